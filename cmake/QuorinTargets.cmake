@@ -1,0 +1,52 @@
+# One static library a folder, its tests beside it.
+#
+#   quorin_library(<name>
+#       SOURCES a.cpp b.cpp            sources by name
+#       LINKS quorin::x Qt6::Core      what its headers need
+#       PRIVATE_LINKS ...              what only its sources need
+#       TESTS a_test.cpp b_test.cpp    one executable <name>_test, each case a ctest
+#       TEST_LINKS ...
+#       MOC                            the sources hold QObject classes
+#       THREADED)                      the tests also run under ThreadSanitizer
+include(GoogleTest)
+
+function(quorin_library name)
+    cmake_parse_arguments(ARG "MOC;THREADED" "" "SOURCES;LINKS;PRIVATE_LINKS;TESTS;TEST_LINKS" ${ARGN})
+    add_library(quorin_${name} STATIC ${ARG_SOURCES})
+    add_library(quorin::${name} ALIAS quorin_${name})
+    target_include_directories(quorin_${name} PUBLIC "${CMAKE_SOURCE_DIR}/src")
+    target_link_libraries(quorin_${name} PUBLIC quorin_flags ${ARG_LINKS} PRIVATE ${ARG_PRIVATE_LINKS})
+    if(ARG_MOC)
+        set_target_properties(quorin_${name} PROPERTIES AUTOMOC ON)
+    endif()
+    if(ARG_TESTS)
+        set(threaded)
+        if(ARG_THREADED)
+            set(threaded THREADED)
+        endif()
+        quorin_test(${name}_test ${threaded} SOURCES ${ARG_TESTS} LINKS quorin::${name} ${ARG_TEST_LINKS})
+    endif()
+endfunction()
+
+# A test executable of GoogleTest cases that run under a QCoreApplication.
+function(quorin_test name)
+    cmake_parse_arguments(ARG "THREADED;MOC" "" "SOURCES;LINKS" ${ARGN})
+    if(NOT QUORIN_UNIT_TESTS OR (QUORIN_TSAN AND NOT ARG_THREADED))
+        return()
+    endif()
+    add_executable(${name} ${ARG_SOURCES})
+    target_include_directories(${name} PRIVATE "${CMAKE_SOURCE_DIR}")
+    target_link_libraries(${name} PRIVATE ${ARG_LINKS} quorin_test_main GTest::gmock)
+    if(ARG_MOC)
+        set_target_properties(${name} PROPERTIES AUTOMOC ON)
+    endif()
+    set(environment)
+    if(QUORIN_TSAN)
+        set(environment "TSAN_OPTIONS=halt_on_error=1:suppressions=${CMAKE_SOURCE_DIR}/tools/tsan.supp")
+    elseif(QUORIN_ASAN)
+        set(environment "ASAN_OPTIONS=detect_leaks=1" "LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tools/lsan.supp")
+    endif()
+    gtest_discover_tests(
+        ${name} DISCOVERY_MODE PRE_TEST
+        PROPERTIES LABELS "unit" TIMEOUT 120 ENVIRONMENT "${environment}")
+endfunction()

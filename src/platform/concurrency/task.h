@@ -1,0 +1,43 @@
+#pragma once
+
+#include "platform/concurrency/mutex.h"
+
+#include <functional>
+#include <memory>
+#include <stop_token>
+#include <thread>
+
+namespace gateway::platform {
+
+/// A unit of blocking background work on a thread of its own, which can be asked to stop and be joined.
+///
+/// Owner: holds it as the last member. Thread: any. The destructor requests the stop and joins; on the
+/// task's own thread it detaches instead, so that the last owner of a graph may die inside its own task.
+class Task
+{
+public:
+    using Body = std::function<void(std::stop_token)>;
+
+    Task() = default;
+
+    /// \param name  thread name, at most 15 characters.
+    Task(const char *name, Body body);
+    ~Task();
+
+    Task(Task &&) noexcept = default;
+    Task &operator=(Task &&other) noexcept;
+
+    /// Asks the body to stop; returns at once.
+    void cancel();
+
+    /// Blocks until the body has returned.
+    void join();
+
+    /// True while a body belongs to this handle, finished or not.
+    bool isSet() const { return m_thread.joinable(); }
+
+private:
+    std::jthread m_thread;
+};
+
+} // namespace gateway::platform

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "platform/concurrency/clock.h"
+#include "platform/concurrency/mutex.h"
+
+#include <memory>
+#include <vector>
+
+namespace gateway::platform::testing {
+
+/// A clock that moves only when a test says so.
+///
+/// Thread: any; sleepers may wait on any thread while a test advances the clock from another.
+class ManualClock final : public Clock
+{
+public:
+    explicit ManualClock(QDateTime start = QDateTime(QDate(2026, 1, 1), QTime(12, 0), Qt::UTC));
+    ~ManualClock() override;
+
+    QDateTime now() const override;
+    std::chrono::nanoseconds monotonic() const override;
+    bool sleep(std::chrono::nanoseconds duration, std::stop_token stop) override;
+
+    /// Moves both clocks forward and wakes every sleeper whose time has come.
+    void advance(std::chrono::nanoseconds duration);
+
+    /// Blocks until at least `count` threads sleep on this clock.
+    void waitForSleepers(int count) const;
+
+private:
+    mutable Mutex m_mutex;
+    mutable Condition m_changed;
+    QDateTime m_start;
+    std::chrono::nanoseconds m_elapsed QUORIN_GUARDED_BY(m_mutex){0};
+    int m_sleepers QUORIN_GUARDED_BY(m_mutex) = 0;
+};
+
+} // namespace gateway::platform::testing

@@ -1,0 +1,120 @@
+#include "platform/dicom_protocol/channel.h"
+
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <system_error>
+#include <vector>
+
+namespace gateway::platform::dicom_protocol {
+
+namespace {
+
+using SteadyClock = std::chrono::steady_clock;
+
+/// Waits until `descriptor` can be read; false when the deadline has passed first.
+bool waitReadable(int descriptor, std::optional<SteadyClock::time_point> deadline)
+{
+    for (;;) {
+        int wait = -1;
+        if (deadline) {
+            const auto left = std::chrono::ceil<std::chrono::milliseconds>(*deadline - SteadyClock::now());
+            wait = static_cast<int>(std::clamp<std::int64_t>(left.count(), 0, INT_MAX));
+        }
+        pollfd entry{descriptor, POLLIN, 0};
+        const int ready = ::poll(&entry, 1, wait);
+        if (ready > 0 || (ready < 0 && errno != EINTR)) {
+            return true;
+        }
+        if (ready == 0 && deadline) {
+            return false;
+        }
+    }
+}
+
+} // namespace
+
+Channel::~Channel()
+{
+    close();
+}
+
+Channel &Channel::operator=(Channel &&other) noexcept
+{
+    if (this != &other) {
+        close();
+        m_descriptor = std::exchange(other.m_descriptor, -1);
+    }
+    return *this;
+}
+
+std::pair<Channel, Channel> Channel::makePair()
+{
+    std::array<int, 2> ends{};
+    if (::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()) != 0) {
+        throw std::system_error(errno, std::generic_category(), "socketpair");
+    }
+    return {Channel(ends[0]), Channel(ends[1])};
+}
+
+void Channel::close()
+{
+    if (m_descriptor >= 0) {
+        ::close(std::exchange(m_descriptor, -1));
+    }
+}
+
+void Channel::shutdown()
+{
+    if (m_descriptor >= 0) {
+        ::shutdown(m_descriptor, SHUT_RDWR);
+    }
+}
+
+bool Channel::send(const Record &record)
+{
+    const std::string bytes = encode(record);
+    for (;;) {
+        const ssize_t sent = ::send(m_descriptor, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+        if (sent >= 0) {
+            return true;
+        }
+        if (errno != EINTR) {
+            return false;
+        }
+    }
+}
+
+Channel::Receipt Channel::receive(Record &record, std::chrono::milliseconds timeout)
+{
+    std::optional<SteadyClock::time_point> deadline;
+    if (timeout.count() >= 0) {
+        deadline = SteadyClock::now() + timeout;
+    }
+    std::vector<char> bytes(kMaxRecordBytes);
+    for (;;) {
+        if (!waitReadable(m_descriptor, deadline)) {
+            return Receipt::timeout;
+        }
+        const ssize_t size = ::recv(m_descriptor, bytes.data(), bytes.size(), 0);
+        if (size < 0 && errno == EINTR) {
+            continue;
+        }
+        if (size <= 0) {
+            return Receipt::closed;
+        }
+        auto decoded = decode(std::string_view(bytes.data(), static_cast<std::size_t>(size)));
+        if (!decoded) {
+            return Receipt::broken;
+        }
+        record = std::move(*decoded);
+        return Receipt::record;
+    }
+}
+
+} // namespace gateway::platform::dicom_protocol

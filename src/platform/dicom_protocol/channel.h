@@ -1,0 +1,54 @@
+#pragma once
+
+#include "platform/dicom_protocol/record.h"
+
+#include <chrono>
+#include <optional>
+#include <utility>
+
+namespace gateway::platform::dicom_protocol {
+
+/// One end of a socket pair of whole packets (AF_UNIX, SOCK_SEQPACKET) that carries records.
+///
+/// Owns its descriptor, which is close-on-exec. Thread: any number of threads and processes may send at
+/// once, since a packet is never split; one receives.
+class Channel
+{
+public:
+    enum class Receipt
+    {
+        record,  ///< a record came
+        closed,  ///< the other end is gone
+        timeout, ///< nothing came in time
+        broken   ///< something came that is no record; the channel is of no further use
+    };
+
+    Channel() = default;
+    explicit Channel(int descriptor) : m_descriptor(descriptor) {}
+    ~Channel();
+    Channel(Channel &&other) noexcept : m_descriptor(std::exchange(other.m_descriptor, -1)) {}
+    Channel &operator=(Channel &&other) noexcept;
+
+    /// Two connected ends. \throws std::system_error
+    static std::pair<Channel, Channel> makePair();
+
+    bool isOpen() const { return m_descriptor >= 0; }
+    int descriptor() const { return m_descriptor; }
+    void close();
+
+    /// Makes a receive on any thread end with `closed`.
+    void shutdown();
+
+    /// Sends one record; blocks while the other end is behind.
+    ///
+    /// \return false when the other end is gone. \throws std::length_error as encode() does.
+    bool send(const Record &record);
+
+    /// Waits for one record; a negative `timeout` waits for ever.
+    Receipt receive(Record &record, std::chrono::milliseconds timeout = std::chrono::milliseconds(-1));
+
+private:
+    int m_descriptor = -1;
+};
+
+} // namespace gateway::platform::dicom_protocol

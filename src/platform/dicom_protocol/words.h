@@ -1,0 +1,33 @@
+#pragma once
+
+/// The words and field names of the records between the gateway and quorin-dicom.
+///
+/// quorin-dicom finds its end of the channel as descriptor kChannelDescriptor; nothing stands in its
+/// argument list but the role, "scp" or "worker".
+namespace gateway::platform::dicom_protocol {
+
+inline constexpr int kChannelDescriptor = 3;
+
+// To the scp: `start` once, then `stop`. Closing the channel means stop as well.
+//   start    aeTitle, port, bind (address, empty for all), timeout (seconds, idle association),
+//            inbox (folder), reserve (bytes kept free), umask-safe defaults apply to all files
+//   stop
+// From the scp:
+//   listening  port (the bound one)
+//   refused    message; the scp then ends with a non-zero status
+//   started    peer, association
+//   progress   association, path (a complete, durable file in the inbox)
+//   complete   association
+//   failed     association, message
+// The last four may come from any of the association's processes, in order for one association.
+
+// To a worker: one job at a time, answered by one record.
+//   parse    path
+//   convert  path, output (a path that doesn't exist yet)
+// From a worker:
+//   parsed     the elements, by their keys
+//   unreadable message (not DICOM, truncated, too deep, ...)
+//   converted  path (the output, or the input's where nothing is to convert)
+//   failed     message
+
+} // namespace gateway::platform::dicom_protocol
