@@ -1,0 +1,174 @@
+#include "platform/sqlite/database.h"
+
+#include <sqlite3.h>
+
+#include <utility>
+
+namespace gateway::platform {
+
+namespace {
+
+SqliteError lastError(sqlite3 *connection)
+{
+    return {QString::fromUtf8(sqlite3_errmsg(connection)), sqlite3_extended_errcode(connection)};
+}
+
+} // namespace
+
+void Database::Closer::operator()(sqlite3 *connection) const
+{
+    sqlite3_close(connection);
+}
+
+Database Database::open(const QString &path, Access access, std::chrono::milliseconds busyTimeout)
+{
+    const int flags =
+        (access == Access::readOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE) |
+        SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE;
+    sqlite3 *raw = nullptr;
+    const int code = sqlite3_open_v2(path.toUtf8().constData(), &raw, flags, nullptr);
+    std::unique_ptr<sqlite3, Closer> connection(raw);
+    if (code != SQLITE_OK) {
+        const char *text = raw != nullptr ? sqlite3_errmsg(raw) : sqlite3_errstr(code);
+        throw SqliteError(QString::fromUtf8(text), code);
+    }
+    sqlite3_busy_timeout(raw, static_cast<int>(busyTimeout.count()));
+    Database database(std::move(connection));
+    database.exec("PRAGMA foreign_keys = ON");
+    return database;
+}
+
+Database::Database(std::unique_ptr<sqlite3, Closer> connection)
+    : m_connection(std::move(connection)), m_cache(std::make_unique<Cache>())
+{
+}
+
+Database::Database(Database &&) noexcept = default;
+
+Database &Database::operator=(Database &&other) noexcept
+{
+    if (this != &other) {
+        dropCache();
+        m_connection = std::move(other.m_connection);
+        m_cache = std::move(other.m_cache);
+    }
+    return *this;
+}
+
+Database::~Database()
+{
+    dropCache();
+}
+
+void Database::dropCache()
+{
+    if (m_cache) {
+        for (const auto &[text, statement] : *m_cache) {
+            sqlite3_finalize(statement);
+        }
+        m_cache->clear();
+    }
+}
+
+void Database::useDurableWriteAheadLog()
+{
+    exec("PRAGMA journal_mode = WAL; PRAGMA synchronous = FULL");
+}
+
+void Database::exec(const std::string &sql)
+{
+    if (sqlite3_exec(m_connection.get(), sql.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) {
+        throw lastError(m_connection.get());
+    }
+}
+
+Statement Database::prepare(std::string_view sql)
+{
+    auto entry = m_cache->find(sql);
+    if (entry == m_cache->end()) {
+        entry = m_cache->emplace(sql, nullptr).first;
+    }
+    if (sqlite3_stmt *idle = std::exchange(entry->second, nullptr)) {
+        return {m_connection.get(), idle, &entry->second};
+    }
+    sqlite3_stmt *statement = nullptr;
+    const int code = sqlite3_prepare_v3(m_connection.get(),
+                                        sql.data(),
+                                        static_cast<int>(sql.size()),
+                                        SQLITE_PREPARE_PERSISTENT,
+                                        &statement,
+                                        nullptr);
+    if (code != SQLITE_OK) {
+        throw lastError(m_connection.get());
+    }
+    return {m_connection.get(), statement, &entry->second};
+}
+
+std::int64_t Database::integer(std::string_view sql)
+{
+    Statement statement = prepare(sql);
+    return statement.step() ? statement.integer(0) : 0;
+}
+
+std::int64_t Database::lastInsertedRow() const
+{
+    return sqlite3_last_insert_rowid(m_connection.get());
+}
+
+std::int64_t Database::changes() const
+{
+    return sqlite3_changes64(m_connection.get());
+}
+
+bool Database::inTransaction() const
+{
+    return sqlite3_get_autocommit(m_connection.get()) == 0;
+}
+
+Transaction::Transaction(Database &database) : m_database(database)
+{
+    m_database.prepare("BEGIN IMMEDIATE").run();
+}
+
+Transaction::~Transaction()
+{
+    if (m_open && m_database.inTransaction()) {
+        try {
+            m_database.prepare("ROLLBACK").run();
+        } catch (const SqliteError &) {
+            // A rollback that fails leaves the connection in a transaction; the next BEGIN reports it.
+        }
+    }
+}
+
+void Transaction::commit()
+{
+    m_database.prepare("COMMIT").run();
+    m_open = false;
+}
+
+Savepoint::Savepoint(Database &database) : m_database(database)
+{
+    m_database.prepare("SAVEPOINT part").run();
+}
+
+Savepoint::~Savepoint()
+{
+    // SQLite may have rolled the whole transaction back already, as it does on a full disk.
+    if (m_open && m_database.inTransaction()) {
+        try {
+            m_database.prepare("ROLLBACK TO part").run();
+            m_database.prepare("RELEASE part").run();
+        } catch (const SqliteError &) {
+            // The transaction around this part notices at its commit.
+        }
+    }
+}
+
+void Savepoint::keep()
+{
+    m_database.prepare("RELEASE part").run();
+    m_open = false;
+}
+
+} // namespace gateway::platform

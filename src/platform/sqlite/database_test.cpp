@@ -1,0 +1,235 @@
+#include "platform/sqlite/database.h"
+
+#include <QtCore/QFile>
+#include <QtCore/QTemporaryDir>
+
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+
+#include <optional>
+
+using namespace gateway::platform;
+
+namespace {
+
+class SqliteRoom : public ::testing::Test
+{
+protected:
+    QString path() const { return m_folder.filePath(QStringLiteral("test.sqlite")); }
+
+    Database open(Database::Access access = Database::Access::readWrite)
+    {
+        return Database::open(path(), access, std::chrono::milliseconds(0));
+    }
+
+    QTemporaryDir m_folder;
+};
+
+using SqliteDatabase = SqliteRoom;
+using SqliteTransaction = SqliteRoom;
+
+} // namespace
+
+TEST_F(SqliteDatabase, GivesBackEachTypeThatWasBound)
+{
+    Database db = open();
+    db.exec("CREATE TABLE t (a, b, c, d, e, f)");
+    const QString text = QStringLiteral("Müller^\u00c4nne");
+    const QByteArray bytes("a\0b", 3);
+
+    db.prepare("INSERT INTO t VALUES (?, ?, ?, ?, ?, ?)")
+        .bindAll(std::int64_t{1} << 40, 2.5, text, bytes, std::optional<QString>(), QString())
+        .run();
+
+    Statement row = db.prepare("SELECT * FROM t");
+    ASSERT_TRUE(row.step());
+    EXPECT_EQ(row.integer(0), std::int64_t{1} << 40);
+    EXPECT_EQ(row.real(1), 2.5);
+    EXPECT_EQ(row.text(2), text);
+    EXPECT_EQ(row.blob(3), bytes);
+    EXPECT_TRUE(row.isNull(4));
+    EXPECT_FALSE(row.isNull(5)) << "an empty text is a text";
+    EXPECT_FALSE(row.step());
+}
+
+TEST_F(SqliteDatabase, KeepsATextWithANulByteWhole)
+{
+    Database db = open();
+    db.exec("CREATE TABLE t (a)");
+    const QString text = QStringLiteral("a") + QChar(0) + QStringLiteral("b");
+
+    db.prepare("INSERT INTO t VALUES (?)").bindAll(text).run();
+
+    Statement row = db.prepare("SELECT a FROM t");
+    ASSERT_TRUE(row.step());
+    EXPECT_EQ(row.text(0), text);
+}
+
+TEST_F(SqliteDatabase, LendsOneTextTwiceAtATime)
+{
+    Database db = open();
+    db.exec("CREATE TABLE t (a); INSERT INTO t VALUES (1), (2)");
+
+    Statement outer = db.prepare("SELECT a FROM t ORDER BY a");
+    Statement inner = db.prepare("SELECT a FROM t ORDER BY a");
+
+    ASSERT_TRUE(outer.step());
+    ASSERT_TRUE(inner.step());
+    ASSERT_TRUE(inner.step());
+    EXPECT_EQ(outer.integer(0), 1);
+    EXPECT_EQ(inner.integer(0), 2);
+}
+
+TEST_F(SqliteDatabase, LendsACachedStatementWithoutItsOldBindings)
+{
+    Database db = open();
+    db.exec("CREATE TABLE t (a)");
+    db.prepare("INSERT INTO t VALUES (?)").bindAll(7).run();
+
+    db.prepare("INSERT INTO t VALUES (?)").run();
+
+    EXPECT_EQ(db.integer("SELECT count(*) FROM t WHERE a IS NULL"), 1);
+}
+
+TEST_F(SqliteDatabase, ThrowsWithMessageAndCodeForABadStatement)
+{
+    Database db = open();
+
+    try {
+        db.prepare("SELECT a FROM nowhere");
+        FAIL() << "prepared";
+    } catch (const SqliteError &error) {
+        EXPECT_EQ(error.code(), SQLITE_ERROR);
+        EXPECT_EQ(error.message(), QStringLiteral("no such table: nowhere"));
+        EXPECT_FALSE(error.maySucceedLater());
+    }
+}
+
+TEST_F(SqliteDatabase, ThrowsForAViolatedConstraintAndWorksOn)
+{
+    Database db = open();
+    db.exec("CREATE TABLE t (a UNIQUE); INSERT INTO t VALUES (1)");
+
+    EXPECT_THROW(db.prepare("INSERT INTO t VALUES (?)").bindAll(1).run(), SqliteError);
+    db.prepare("INSERT INTO t VALUES (?)").bindAll(2).run();
+
+    EXPECT_EQ(db.integer("SELECT count(*) FROM t"), 2);
+}
+
+TEST_F(SqliteDatabase, EnforcesForeignKeys)
+{
+    Database db = open();
+    db.exec("CREATE TABLE p (k INTEGER PRIMARY KEY); CREATE TABLE c (p REFERENCES p ON DELETE CASCADE);"
+            "INSERT INTO p VALUES (1); INSERT INTO c VALUES (1); DELETE FROM p");
+
+    EXPECT_EQ(db.integer("SELECT count(*) FROM c"), 0);
+    EXPECT_THROW(db.exec("INSERT INTO c VALUES (9)"), SqliteError);
+}
+
+TEST_F(SqliteDatabase, ReadOnlyNeitherMakesNorChangesAFile)
+{
+    EXPECT_THROW(open(Database::Access::readOnly), SqliteError);
+    EXPECT_FALSE(QFile::exists(path()));
+    open().exec("CREATE TABLE t (a)");
+
+    Database reader = open(Database::Access::readOnly);
+
+    EXPECT_THROW(reader.exec("INSERT INTO t VALUES (1)"), SqliteError);
+}
+
+TEST_F(SqliteDatabase, ThrowsForAFileThatIsNoDatabase)
+{
+    QFile file(path());
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(QByteArray(4096, 'x'));
+    file.close();
+
+    try {
+        Database db = open();
+        db.integer("PRAGMA user_version");
+        FAIL() << "read";
+    } catch (const SqliteError &error) {
+        EXPECT_EQ(error.code(), SQLITE_NOTADB);
+    }
+}
+
+TEST_F(SqliteDatabase, MovesWithItsStatements)
+{
+    Database first = open();
+    first.exec("CREATE TABLE t (a)");
+    first.prepare("INSERT INTO t VALUES (?)").bindAll(1).run();
+
+    Database second = std::move(first);
+    second.prepare("INSERT INTO t VALUES (?)").bindAll(2).run();
+
+    EXPECT_EQ(second.integer("SELECT count(*) FROM t"), 2);
+}
+
+TEST_F(SqliteTransaction, IsUndoneUnlessCommitted)
+{
+    Database db = open();
+    db.exec("CREATE TABLE t (a)");
+    {
+        Transaction transaction(db);
+        db.exec("INSERT INTO t VALUES (1)");
+    }
+    EXPECT_EQ(db.integer("SELECT count(*) FROM t"), 0);
+
+    Transaction transaction(db);
+    db.exec("INSERT INTO t VALUES (1)");
+    transaction.commit();
+
+    EXPECT_FALSE(db.inTransaction());
+    EXPECT_EQ(open().integer("SELECT count(*) FROM t"), 1);
+}
+
+TEST_F(SqliteTransaction, ASecondWriterIsToldThatTheFileIsBusy)
+{
+    Database first = open();
+    first.useDurableWriteAheadLog();
+    Database second = open();
+    Transaction held(first);
+
+    try {
+        Transaction refused(second);
+        FAIL() << "two writers";
+    } catch (const SqliteError &error) {
+        EXPECT_EQ(error.code(), SQLITE_BUSY);
+        EXPECT_TRUE(error.maySucceedLater());
+    }
+}
+
+TEST_F(SqliteTransaction, AReaderSeesTheLastCommitWhileAWriterWrites)
+{
+    Database writer = open();
+    writer.useDurableWriteAheadLog();
+    writer.exec("CREATE TABLE t (a); INSERT INTO t VALUES (1)");
+    Database reader = open(Database::Access::readOnly);
+    Transaction transaction(writer);
+    writer.exec("INSERT INTO t VALUES (2)");
+
+    EXPECT_EQ(reader.integer("SELECT count(*) FROM t"), 1);
+    transaction.commit();
+    EXPECT_EQ(reader.integer("SELECT count(*) FROM t"), 2);
+}
+
+TEST_F(SqliteTransaction, ASavepointIsUndoneAlone)
+{
+    Database db = open();
+    db.exec("CREATE TABLE t (a)");
+
+    Transaction transaction(db);
+    {
+        Savepoint kept(db);
+        db.exec("INSERT INTO t VALUES (1)");
+        kept.keep();
+    }
+    {
+        Savepoint undone(db);
+        db.exec("INSERT INTO t VALUES (2)");
+    }
+    transaction.commit();
+
+    EXPECT_EQ(db.integer("SELECT count(*) FROM t"), 1);
+    EXPECT_EQ(db.integer("SELECT a FROM t"), 1);
+}
