@@ -7,8 +7,8 @@ namespace gateway::platform {
 
 /// The main thread, which is the Qt event loop's thread, as a place to send work to.
 ///
-/// Made once, on the main thread, before any other thread starts; lives as long as the application
-/// object. Thread: `post` on any.
+/// Made on the main thread, after the application object and before any other thread starts; dies after
+/// every thread that posts. Blocks run from the event loop, a nested one included. Thread: `post` on any.
 class MainExecutor
 {
 public:

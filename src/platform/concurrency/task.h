@@ -1,9 +1,6 @@
 #pragma once
 
-#include "platform/concurrency/mutex.h"
-
 #include <functional>
-#include <memory>
 #include <stop_token>
 #include <thread>
 
@@ -11,8 +8,9 @@ namespace gateway::platform {
 
 /// A unit of blocking background work on a thread of its own, which can be asked to stop and be joined.
 ///
-/// Owner: holds it as the last member. Thread: any. The destructor requests the stop and joins; on the
-/// task's own thread it detaches instead, so that the last owner of a graph may die inside its own task.
+/// Owner: holds it as the last member. Thread: any, one at a time. The destructor, and an assignment over a
+/// body that still belongs to the handle, request the stop and join; on the task's own thread they detach
+/// instead, so that the last owner of a graph may die inside its own task.
 class Task
 {
 public:
@@ -20,6 +18,8 @@ public:
 
     Task() = default;
 
+    /// Starts `body` at once.
+    ///
     /// \param name  thread name, at most 15 characters.
     Task(const char *name, Body body);
     ~Task();
@@ -30,13 +30,15 @@ public:
     /// Asks the body to stop; returns at once.
     void cancel();
 
-    /// Blocks until the body has returned.
+    /// Blocks until the body has returned; the handle is empty then.
     void join();
 
-    /// True while a body belongs to this handle, finished or not.
+    /// True while a body belongs to this handle, finished or not; false once it was joined.
     bool isSet() const { return m_thread.joinable(); }
 
 private:
+    void end();
+
     std::jthread m_thread;
 };
 

@@ -12,7 +12,8 @@ namespace gateway::platform {
 /// A sliding window of child tasks on a pool.
 ///
 /// Thread: one thread drives the group; children run on the pool. The pool must be at least as wide as
-/// the group, or children wait for one another.
+/// the group, or children wait for one another. A child that was added runs, also after a cancel: it sees
+/// the stop in its token. The destructor cancels and waits.
 class TaskGroup
 {
 public:

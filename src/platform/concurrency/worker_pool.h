@@ -34,6 +34,7 @@ public:
     void waitUntilIdle();
 
 private:
+    bool take(std::function<void()> &work);
     void work();
 
     Mutex m_mutex;

@@ -1,13 +1,11 @@
 #pragma once
 
-#include "platform/concurrency/mutex.h"
-
 #include <QtCore/QString>
 #include <QtCore/QVariantMap>
 
 #include <functional>
-#include <map>
 #include <memory>
+#include <utility>
 
 namespace gateway::platform {
 

@@ -1,0 +1,82 @@
+#include "platform/concurrency/testing/manual_clock.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <thread>
+
+using namespace gateway::platform;
+using gateway::platform::testing::ManualClock;
+using namespace std::chrono_literals;
+
+TEST(SystemClock, TellsTheTimeInUtc)
+{
+    EXPECT_EQ(SystemClock().now().timeSpec(), Qt::UTC);
+}
+
+TEST(SystemClock, AStoppedSleepReturnsAtOnceAndSaysSo)
+{
+    std::stop_source stop;
+    stop.request_stop();
+
+    EXPECT_FALSE(SystemClock().sleep(24h, stop.get_token()));
+}
+
+TEST(SystemClock, ASleepIsWokenByALaterStop)
+{
+    std::stop_source stop;
+    std::atomic<bool> whole = true;
+    std::thread sleeper([&] { whole = SystemClock().sleep(24h, stop.get_token()); });
+
+    stop.request_stop();
+    sleeper.join();
+
+    EXPECT_FALSE(whole);
+}
+
+TEST(SystemClock, ASleepOfNoLengthHasPassed)
+{
+    EXPECT_TRUE(SystemClock().sleep(0ns, {}));
+}
+
+TEST(ManualClock, BothClocksMoveTogetherAndOnlyWhenTold)
+{
+    ManualClock clock;
+    const QDateTime start = clock.now();
+
+    clock.advance(1500ms);
+
+    EXPECT_EQ(start.msecsTo(clock.now()), 1500);
+    EXPECT_EQ(clock.monotonic(), 1500ms);
+    EXPECT_EQ(clock.now().timeSpec(), Qt::UTC);
+}
+
+TEST(ManualClock, ASleeperWakesWhenItsTimeHasCome)
+{
+    ManualClock clock;
+    std::atomic<bool> whole = false;
+    std::thread sleeper([&] { whole = clock.sleep(2s, {}); });
+
+    clock.waitForSleepers(1);
+    clock.advance(1s);
+    clock.waitForSleepers(1);
+    EXPECT_FALSE(whole);
+    clock.advance(1s);
+    sleeper.join();
+
+    EXPECT_TRUE(whole);
+}
+
+TEST(ManualClock, AStopWakesASleeper)
+{
+    ManualClock clock;
+    std::stop_source stop;
+    std::atomic<bool> whole = true;
+    std::thread sleeper([&] { whole = clock.sleep(1h, stop.get_token()); });
+
+    clock.waitForSleepers(1);
+    stop.request_stop();
+    sleeper.join();
+
+    EXPECT_FALSE(whole);
+}
