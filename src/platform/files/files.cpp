@@ -63,7 +63,8 @@ qint64 bytesOf(fsblkcnt_t blocks, unsigned long blockSize)
 {
     constexpr auto kMost = static_cast<fsblkcnt_t>(std::numeric_limits<qint64>::max());
     const fsblkcnt_t most = blockSize == 0 ? 0 : kMost / blockSize;
-    return static_cast<qint64>(std::min(blocks, most) * blockSize);
+    const fsblkcnt_t bytes = std::min(blocks, most) * blockSize;
+    return static_cast<qint64>(bytes);
 }
 
 } // namespace
