@@ -2,6 +2,7 @@
 
 #include "log/log_line.h"
 #include "log/redaction.h"
+#include "platform/files/files.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
@@ -69,7 +70,7 @@ void GatewayLogFileSink::rotateIfNeeded(qsizetype incoming)
     // removes or changes the file.
     std::optional<qint64> size;
     if (m_activeLogFile) {
-        size = fileSizeBytes(QUrl::fromLocalFile(*m_activeLogFile));
+        size = platform::fileSizeBytes(*m_activeLogFile);
     }
     if (!size) {
         beginNewFile();

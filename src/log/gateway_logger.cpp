@@ -1,8 +1,16 @@
 #include "log/gateway_logger.h"
 
+#include <chrono>
+#include <thread>
+
 namespace gateway::log {
 
 namespace {
+
+/// Waking a sleeping thread costs its caller some 3 microseconds, more than building the event. The writer
+/// therefore gathers for so long before it takes what waits: under load that is one wake-up a
+/// millisecond, and no reader of a log notices the delay.
+constexpr std::chrono::milliseconds kGathering{1};
 
 QString subsystem()
 {
@@ -52,6 +60,7 @@ void GatewayLogger::log(GatewayLogEvent event)
 void GatewayLogger::writeWaiting()
 {
     while (true) {
+        std::this_thread::sleep_for(kGathering);
         std::deque<GatewayLogEvent> batch;
         std::size_t lost = 0;
         {

@@ -1,11 +1,13 @@
 #include "log/redaction.h"
 
+#include "platform/files/files.h"
+
 #include <QtCore/QCryptographicHash>
-#include <QtCore/QDir>
-#include <QtCore/QFile>
+#include <QtCore/QRandomGenerator>
 #include <QtCore/QUuid>
 
-#include <sys/stat.h>
+#include <array>
+#include <cstring>
 
 namespace gateway::log {
 
@@ -28,7 +30,7 @@ std::optional<QString> hashedFileURL(const std::optional<QUrl> &url)
     if (!url) {
         return std::nullopt;
     }
-    return hashedIdentifier(QDir::cleanPath(url->toLocalFile()));
+    return hashedIdentifier(platform::standardizedPath(url->toLocalFile()));
 }
 
 std::optional<qint64> fileSizeBytes(const std::optional<QUrl> &url)
@@ -36,11 +38,7 @@ std::optional<qint64> fileSizeBytes(const std::optional<QUrl> &url)
     if (!url) {
         return std::nullopt;
     }
-    struct stat status = {};
-    if (::stat(QFile::encodeName(url->toLocalFile()).constData(), &status) != 0) {
-        return std::nullopt;
-    }
-    return status.st_size;
+    return platform::fileSizeBytes(url->toLocalFile());
 }
 
 GatewayLogError redactedError(const QString &domain, qint64 code, const QString &description)
@@ -52,7 +50,17 @@ GatewayLogError redactedError(const QString &domain, qint64 code, const QString 
 
 QString newUuidText()
 {
-    return QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper();
+    // One generator a thread, seeded by the system: asking the system for each event would cost more than
+    // the rest of the event. An event id must be unique, not secret.
+    thread_local QRandomGenerator chance = QRandomGenerator::securelySeeded();
+    std::array<quint32, 4> words = {};
+    chance.fillRange(words.data(), static_cast<qsizetype>(words.size()));
+    std::array<char, 16> bytes = {};
+    std::memcpy(bytes.data(), words.data(), bytes.size());
+    bytes[6] = static_cast<char>((bytes[6] & 0x0F) | 0x40); // RFC 4122, version 4: random
+    bytes[8] = static_cast<char>((bytes[8] & 0x3F) | 0x80);
+    const auto uuid = QUuid::fromRfc4122(QByteArrayView(bytes.data(), bytes.size()));
+    return uuid.toString(QUuid::WithoutBraces).toUpper();
 }
 
 } // namespace gateway::log

@@ -1,9 +1,15 @@
 #include "log/redaction.h"
 
 #include <QtCore/QFile>
+#include <QtCore/QRegularExpression>
 #include <QtCore/QTemporaryDir>
 
 #include <gtest/gtest.h>
+
+#include <algorithm>
+#include <future>
+#include <set>
+#include <vector>
 
 namespace gateway::log {
 
@@ -81,13 +87,34 @@ TEST(RedactedError, OfAnErrorWithAnEmptyDescriptionSaysUnknown)
     EXPECT_EQ(redactedError(QStringLiteral("D"), 1, QStringLiteral(" \n")).message, unknown);
 }
 
-TEST(UuidText, IsFreshAndUpperCase)
+TEST(UuidText, IsARandomUuidInUpperCase)
 {
-    const QString first = newUuidText();
+    const QRegularExpression shape(
+        QStringLiteral("^[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}$"));
 
-    EXPECT_EQ(first.size(), 36);
-    EXPECT_EQ(first, first.toUpper());
-    EXPECT_NE(first, newUuidText());
+    EXPECT_TRUE(shape.match(newUuidText()).hasMatch()) << newUuidText().toStdString();
+}
+
+TEST(UuidText, IsFreshOnEveryThread)
+{
+    constexpr int kThreads = 4;
+    constexpr int kEach = 2'000;
+    std::vector<std::future<std::vector<QString>>> makers;
+    makers.reserve(kThreads);
+    for (int thread = 0; thread < kThreads; ++thread) {
+        makers.push_back(std::async(std::launch::async, [] {
+            std::vector<QString> made(kEach);
+            std::ranges::generate(made, &newUuidText);
+            return made;
+        }));
+    }
+
+    std::set<QString> all;
+    for (auto &maker : makers) {
+        const std::vector<QString> made = maker.get();
+        all.insert(made.begin(), made.end());
+    }
+    EXPECT_EQ(all.size(), static_cast<std::size_t>(kThreads * kEach));
 }
 
 } // namespace gateway::log
