@@ -5,10 +5,9 @@
 #include <atomic>
 #include <thread>
 
-namespace gateway::platform {
-
+using namespace gateway::platform;
+using gateway::platform::testing::ManualClock;
 using namespace std::chrono_literals;
-using testing::ManualClock;
 
 TEST(SystemClock, TellsTheTimeInUtc)
 {
@@ -81,5 +80,3 @@ TEST(ManualClock, AStopWakesASleeper)
 
     EXPECT_FALSE(whole);
 }
-
-} // namespace gateway::platform

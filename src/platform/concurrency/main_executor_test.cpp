@@ -10,7 +10,7 @@
 #include <thread>
 #include <vector>
 
-namespace gateway::platform {
+using namespace gateway::platform;
 
 TEST(MainExecutor, RunsBlocksOfOtherThreadsOnTheMainThreadInOrder)
 {
@@ -44,7 +44,6 @@ TEST(MainExecutor, TakesPostsFromManyThreadsWhileTheLoopRuns)
     QEventLoop loop;
     int ran = 0;
     std::vector<std::thread> posters;
-    posters.reserve(4);
 
     for (int t = 0; t < 4; ++t) {
         posters.emplace_back([&] {
@@ -143,5 +142,3 @@ TEST(MainExecutor, OnlyTheMainThreadIsCurrent)
     EXPECT_TRUE(main.isCurrent());
     EXPECT_FALSE(elsewhere);
 }
-
-} // namespace gateway::platform

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace gateway::platform {
+using namespace gateway::platform;
 
 TEST(SerialQueue, RunsBlocksOneAfterAnotherInTheOrderOfTheirComing)
 {
@@ -32,7 +32,6 @@ TEST(SerialQueue, BlocksOfManyThreadsNeverOverlap)
     {
         SerialQueue queue(QStringLiteral("test.overlap.queue"));
         std::vector<std::thread> threads;
-        threads.reserve(4);
         for (int t = 0; t < 4; ++t) {
             threads.emplace_back([&] {
                 for (int i = 0; i < 250; ++i) {
@@ -104,5 +103,3 @@ TEST(SerialQueue, ItsThreadIsNamedAfterTheLabelsLastWord)
 
     EXPECT_EQ(std::string(name.c_str()), "storageMetricsW");
 }
-
-} // namespace gateway::platform

@@ -7,7 +7,7 @@
 #include <barrier>
 #include <latch>
 
-namespace gateway::platform {
+using namespace gateway::platform;
 
 TEST(TaskGroup, NeverRunsMoreChildrenThanItIsWide)
 {
@@ -110,5 +110,3 @@ TEST(TaskGroup, DyingCancelsAndWaits)
 
     EXPECT_TRUE(ended);
 }
-
-} // namespace gateway::platform

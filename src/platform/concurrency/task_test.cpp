@@ -7,7 +7,7 @@
 #include <memory>
 #include <optional>
 
-namespace gateway::platform {
+using namespace gateway::platform;
 
 namespace {
 
@@ -107,5 +107,3 @@ TEST(Task, AnEmptyHandleMayBeCancelledAndJoined)
 
     EXPECT_FALSE(task.isSet());
 }
-
-} // namespace gateway::platform

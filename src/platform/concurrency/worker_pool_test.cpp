@@ -6,7 +6,7 @@
 #include <barrier>
 #include <memory>
 
-namespace gateway::platform {
+using namespace gateway::platform;
 
 TEST(WorkerPool, RunsAsManyAtOnceAsItIsWide)
 {
@@ -69,5 +69,3 @@ TEST(WorkerPool, AWidthBelowOneCountsAsOne)
 
     EXPECT_EQ(pool.width(), 1);
 }
-
-} // namespace gateway::platform

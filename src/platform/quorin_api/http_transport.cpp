@@ -1,0 +1,305 @@
+#include "platform/quorin_api/http_transport.h"
+
+#include "platform/quorin_api/quorin_error.h"
+#include "platform/quorin_api/transport_error.h"
+
+#include <QtCore/QString>
+
+#include <curl/curl.h>
+
+#include <cstdio>
+#include <cstring>
+#include <exception>
+#include <new>
+#include <utility>
+
+namespace gateway::platform {
+
+namespace {
+
+// More idle handles than calls ever run side by side would only keep connections open for nothing.
+constexpr std::size_t kIdleHandles = 16;
+
+// Large enough that the loop around sending costs little beside the copying.
+constexpr long kUploadBuffer = 512 * 1024;
+
+/// libcurl's own start, once a process and before its first handle.
+void startCurl()
+{
+    static const CURLcode started = curl_global_init(CURL_GLOBAL_DEFAULT);
+    if (started != CURLE_OK) {
+        throw std::bad_alloc();
+    }
+}
+
+/// What the callbacks of one call work on.
+struct Exchange
+{
+    const HttpRequest &request;
+    const std::atomic<bool> &isShutDown;
+    QByteArray body;
+    qint64 reported = -1;
+    bool tooLarge = false;
+    std::exception_ptr error; // thrown in a callback; C code can't carry it
+};
+
+std::size_t onBody(char *data, std::size_t size, std::size_t count, void *context)
+{
+    auto &exchange = *static_cast<Exchange *>(context);
+    const std::size_t bytes = size * count;
+    if (exchange.body.size() + static_cast<qint64>(bytes) > exchange.request.answerLimit) {
+        exchange.tooLarge = true;
+        return 0;
+    }
+    try {
+        exchange.body.append(data, static_cast<qsizetype>(bytes));
+    } catch (...) {
+        exchange.error = std::current_exception();
+        return 0;
+    }
+    return bytes;
+}
+
+std::size_t onRead(char *buffer, std::size_t size, std::size_t count, void *context)
+{
+    auto &exchange = *static_cast<Exchange *>(context);
+    try {
+        return static_cast<std::size_t>(
+            exchange.request.stream->read(buffer, static_cast<qint64>(size) * static_cast<qint64>(count)));
+    } catch (...) {
+        exchange.error = std::current_exception();
+        return CURL_READFUNC_ABORT;
+    }
+}
+
+int onSeek(void *context, curl_off_t offset, int origin)
+{
+    auto &exchange = *static_cast<Exchange *>(context);
+    if (origin != SEEK_SET) {
+        return CURL_SEEKFUNC_CANTSEEK;
+    }
+    try {
+        exchange.request.stream->seek(offset);
+    } catch (...) {
+        exchange.error = std::current_exception();
+        return CURL_SEEKFUNC_FAIL;
+    }
+    return CURL_SEEKFUNC_OK;
+}
+
+int onProgress(void *context, curl_off_t, curl_off_t, curl_off_t, curl_off_t sent)
+{
+    auto &exchange = *static_cast<Exchange *>(context);
+    if (exchange.isShutDown) {
+        return 1;
+    }
+    if (exchange.request.progress && exchange.request.stream && sent > exchange.reported) {
+        exchange.reported = sent;
+        try {
+            exchange.request.progress({sent, exchange.request.stream->size()});
+        } catch (...) {
+            exchange.error = std::current_exception();
+            return 1;
+        }
+    }
+    return 0;
+}
+
+struct FreeList
+{
+    void operator()(curl_slist *list) const { curl_slist_free_all(list); }
+};
+using HeaderList = std::unique_ptr<curl_slist, FreeList>;
+
+HeaderList headerList(const HttpRequest &request)
+{
+    HeaderList list(curl_slist_append(nullptr, "Expect:"));
+    const auto append = [&list](const QByteArray &line) {
+        curl_slist *longer = list ? curl_slist_append(list.get(), line.constData()) : nullptr;
+        if (longer == nullptr) {
+            throw std::bad_alloc();
+        }
+        // Appending to a list that isn't empty keeps its head.
+    };
+    for (const auto &[name, value] : request.headers) {
+        append(name + ": " + value);
+    }
+    return list;
+}
+
+QByteArray mediaType(CURL *handle)
+{
+    const char *type = nullptr;
+    curl_easy_getinfo(handle, CURLINFO_CONTENT_TYPE, &type);
+    const QByteArray whole(type);
+    return whole.left(whole.indexOf(';') < 0 ? whole.size() : whole.indexOf(';')).trimmed().toLower();
+}
+
+bool warnsOfMore(CURL *handle)
+{
+    curl_header *warning = nullptr;
+    return curl_easy_header(handle, "Warning", 0, CURLH_HEADER, -1, &warning) == CURLHE_OK &&
+           std::strncmp(warning->value, "299", 3) == 0;
+}
+
+void setBody(CURL *handle, const HttpRequest &request, Exchange &exchange)
+{
+    if (request.stream != nullptr) {
+        curl_easy_setopt(handle, CURLOPT_POST, 1L);
+        curl_easy_setopt(
+            handle, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(request.stream->size()));
+        curl_easy_setopt(handle, CURLOPT_READFUNCTION, onRead);
+        curl_easy_setopt(handle, CURLOPT_READDATA, &exchange);
+        curl_easy_setopt(handle, CURLOPT_SEEKFUNCTION, onSeek);
+        curl_easy_setopt(handle, CURLOPT_SEEKDATA, &exchange);
+        curl_easy_setopt(handle, CURLOPT_UPLOAD_BUFFERSIZE, kUploadBuffer);
+    } else if (request.method != "GET" && request.method != "DELETE") {
+        curl_easy_setopt(handle, CURLOPT_POST, 1L);
+        curl_easy_setopt(handle, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(request.body.size()));
+        curl_easy_setopt(handle, CURLOPT_POSTFIELDS, request.body.constData());
+    }
+    curl_easy_setopt(handle, CURLOPT_CUSTOMREQUEST, request.method.constData());
+}
+
+void setCallbacks(CURL *handle, Exchange &exchange)
+{
+    curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, onBody);
+    curl_easy_setopt(handle, CURLOPT_WRITEDATA, &exchange);
+    curl_easy_setopt(handle, CURLOPT_NOPROGRESS, 0L);
+    curl_easy_setopt(handle, CURLOPT_XFERINFOFUNCTION, onProgress);
+    curl_easy_setopt(handle, CURLOPT_XFERINFODATA, &exchange);
+}
+
+/// A server that refuses a body early may close before all of it was sent; its refusal counts all the same.
+bool isEarlyRefusal(CURLcode result, long status)
+{
+    return status >= 400 &&
+           (result == CURLE_SEND_ERROR || result == CURLE_RECV_ERROR || result == CURLE_PARTIAL_FILE);
+}
+
+} // namespace
+
+/// A handle for the time of one call.
+class HttpTransport::Lease
+{
+public:
+    explicit Lease(HttpTransport &transport) : m_transport(transport), m_handle(transport.borrowHandle()) {}
+    ~Lease() { m_transport.giveBack(m_handle); }
+    Lease(const Lease &) = delete;
+    Lease &operator=(const Lease &) = delete;
+
+    CURL *handle() const { return m_handle; }
+
+private:
+    HttpTransport &m_transport;
+    CURL *m_handle;
+};
+
+HttpTransport::HttpTransport(const CloudConfiguration &configuration)
+    : m_limits(configuration.limits), m_certificateFile(configuration.certificateFile.toLocal8Bit()),
+      m_host(configuration.baseUrl.host())
+{
+    startCurl();
+}
+
+HttpTransport::~HttpTransport()
+{
+    const MutexLock lock(m_mutex);
+    for (void *handle : m_idle) {
+        curl_easy_cleanup(handle);
+    }
+}
+
+void HttpTransport::shutDown()
+{
+    m_isShutDown = true;
+}
+
+void *HttpTransport::borrowHandle()
+{
+    {
+        const MutexLock lock(m_mutex);
+        if (!m_idle.empty()) {
+            void *handle = m_idle.back();
+            m_idle.pop_back();
+            return handle;
+        }
+    }
+    void *handle = curl_easy_init();
+    if (handle == nullptr) {
+        throw std::bad_alloc();
+    }
+    return handle;
+}
+
+void HttpTransport::giveBack(void *handle)
+{
+    curl_easy_reset(handle); // forgets the call, keeps the connections
+    {
+        const MutexLock lock(m_mutex);
+        if (m_idle.size() < kIdleHandles) {
+            m_idle.push_back(handle);
+            return;
+        }
+    }
+    curl_easy_cleanup(handle);
+}
+
+void HttpTransport::prepare(void *handle, const HttpRequest &request) const
+{
+    curl_easy_setopt(handle, CURLOPT_URL, request.url.constData());
+    curl_easy_setopt(handle, CURLOPT_PATH_AS_IS, 1L);
+    curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, "http,https");
+    curl_easy_setopt(handle, CURLOPT_HTTP_VERSION, CURL_HTTP_VERSION_1_1);
+    curl_easy_setopt(handle, CURLOPT_FOLLOWLOCATION, 0L);
+    curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
+    curl_easy_setopt(handle, CURLOPT_TCP_KEEPALIVE, 1L);
+    curl_easy_setopt(handle, CURLOPT_USERAGENT, "QuorinGateway/" QUORIN_VERSION);
+    curl_easy_setopt(handle, CURLOPT_ACCEPT_ENCODING, ""); // whatever libcurl can undo
+    curl_easy_setopt(handle, CURLOPT_SSLVERSION, CURL_SSLVERSION_TLSv1_2);
+    if (!m_certificateFile.isEmpty()) {
+        // Stands in for the system's bundle file only; the system's certificate folder still counts.
+        curl_easy_setopt(handle, CURLOPT_CAINFO, m_certificateFile.constData());
+    }
+    if (isLoopbackHost(m_host)) {
+        curl_easy_setopt(handle, CURLOPT_NOPROXY, "*");
+    }
+    curl_easy_setopt(handle, CURLOPT_CONNECTTIMEOUT, static_cast<long>(m_limits.connect.count()));
+    curl_easy_setopt(handle, CURLOPT_LOW_SPEED_LIMIT, 1L);
+    curl_easy_setopt(handle, CURLOPT_LOW_SPEED_TIME, static_cast<long>(m_limits.silence.count()));
+    curl_easy_setopt(handle, CURLOPT_TIMEOUT, static_cast<long>(request.total.count()));
+}
+
+HttpResponse HttpTransport::perform(const HttpRequest &request)
+{
+    const Lease lease(*this);
+    CURL *handle = lease.handle();
+    Exchange exchange{request, m_isShutDown, {}, -1, false, nullptr};
+    const HeaderList headers = headerList(request);
+    prepare(handle, request);
+    setBody(handle, request, exchange);
+    setCallbacks(handle, exchange);
+    curl_easy_setopt(handle, CURLOPT_HTTPHEADER, headers.get());
+
+    const CURLcode result = curl_easy_perform(handle);
+
+    if (exchange.error) {
+        std::rethrow_exception(exchange.error);
+    }
+    long status = 0;
+    long systemError = 0;
+    curl_easy_getinfo(handle, CURLINFO_RESPONSE_CODE, &status);
+    curl_easy_getinfo(handle, CURLINFO_OS_ERRNO, &systemError);
+    if (exchange.tooLarge) {
+        throw AFError(
+            QStringLiteral("The answer of the cloud service at %1 is larger than it may be.").arg(m_host),
+            std::nullopt,
+            CURLE_WRITE_ERROR);
+    }
+    if (result != CURLE_OK && !isEarlyRefusal(result, status)) {
+        throw transportError(result, static_cast<int>(systemError), m_host);
+    }
+    return {static_cast<int>(status), mediaType(handle), warnsOfMore(handle), std::move(exchange.body)};
+}
+
+} // namespace gateway::platform

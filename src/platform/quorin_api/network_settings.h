@@ -1,0 +1,54 @@
+#pragma once
+
+#include "platform/concurrency/mutex.h"
+#include "platform/concurrency/serial_queue.h"
+
+#include <QtCore/QString>
+
+#include <optional>
+
+namespace gateway::platform {
+
+class TokenStore;
+
+/// The session: whether one exists, and for whom. It outlives the process in the token store.
+///
+/// Owner: QuorinApiClient. Thread: any; reading and writing never wait for the token store, which is told
+/// on a queue of its own.
+class NetworkSettings
+{
+public:
+    /// Reads the kept session.
+    ///
+    /// \param store  outlives this.
+    /// \param key    names the service; a session kept for one service is never offered to another.
+    NetworkSettings(TokenStore &store, QString key);
+
+    NetworkSettings(const NetworkSettings &) = delete;
+    NetworkSettings &operator=(const NetworkSettings &) = delete;
+
+    /// The bearer token, or for a plain archive the encoded Basic credentials; nothing when signed out.
+    std::optional<QString> token() const;
+    void setToken(std::optional<QString> token);
+
+    std::optional<qint64> userId() const;
+    void setUserId(std::optional<qint64> userId);
+
+private:
+    struct Session
+    {
+        std::optional<QString> token;
+        std::optional<qint64> userId;
+    };
+
+    void load();
+    void store();
+
+    TokenStore &m_store; // borrowed, outlives this
+    const QString m_key;
+    mutable Mutex m_mutex;
+    Session m_session QUORIN_GUARDED_BY(m_mutex);
+    SerialQueue m_queue; // last: drained before the session goes
+};
+
+} // namespace gateway::platform

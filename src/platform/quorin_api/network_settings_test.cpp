@@ -1,0 +1,88 @@
+#include "platform/quorin_api/network_settings.h"
+#include "platform/quorin_api/testing/memory_token_store.h"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+
+namespace gateway::platform {
+using testing::MemoryTokenStore;
+
+namespace {
+
+const QString kKey = QStringLiteral("quorin https://cloud.example");
+
+} // namespace
+
+TEST(NetworkSettings, KeepsTheSessionBetweenRuns)
+{
+    MemoryTokenStore store;
+    {
+        NetworkSettings settings(store, kKey);
+        EXPECT_FALSE(settings.token());
+        settings.setToken(QStringLiteral("secret"));
+        settings.setUserId(42);
+    }
+
+    const NetworkSettings next(store, kKey);
+
+    EXPECT_EQ(next.token(), QStringLiteral("secret"));
+    EXPECT_EQ(next.userId(), 42);
+}
+
+TEST(NetworkSettings, OffersNoServiceTheSessionOfAnother)
+{
+    MemoryTokenStore store;
+    {
+        NetworkSettings(store, kKey).setToken(QStringLiteral("secret"));
+    }
+
+    EXPECT_FALSE(NetworkSettings(store, QStringLiteral("quorin https://other.example")).token());
+}
+
+TEST(NetworkSettings, LeavesNothingBehindOnceSignedOut)
+{
+    MemoryTokenStore store;
+    {
+        NetworkSettings settings(store, kKey);
+        settings.setToken(QStringLiteral("secret"));
+        settings.setUserId(42);
+        settings.setToken(std::nullopt);
+        settings.setUserId(std::nullopt);
+        EXPECT_FALSE(settings.token());
+    }
+
+    EXPECT_TRUE(store.isEmpty());
+}
+
+TEST(NetworkSettings, TakesARecordThatIsDamagedForNoSession)
+{
+    MemoryTokenStore store;
+    store.write(kKey, "{\"token\": 7, \"userId\": \"x\"");
+
+    const NetworkSettings settings(store, kKey);
+
+    EXPECT_FALSE(settings.token());
+    EXPECT_FALSE(settings.userId());
+}
+
+TEST(NetworkSettings, CanBeReadWhileItIsWritten)
+{
+    MemoryTokenStore store;
+    NetworkSettings settings(store, kKey);
+
+    std::thread writer([&settings] {
+        for (int round = 0; round < 500; ++round) {
+            settings.setToken(QStringLiteral("token %1").arg(round));
+        }
+    });
+    for (int round = 0; round < 500; ++round) {
+        const std::optional<QString> token = settings.token();
+        EXPECT_TRUE(!token || token->startsWith(QStringLiteral("token ")));
+    }
+    writer.join();
+
+    EXPECT_EQ(settings.token(), QStringLiteral("token 499"));
+}
+
+} // namespace gateway::platform

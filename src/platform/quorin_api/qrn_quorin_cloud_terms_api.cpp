@@ -1,0 +1,85 @@
+#include "platform/quorin_api/qrn_quorin_cloud_terms_api.h"
+
+#include "platform/quorin_api/answer_error.h"
+#include "platform/quorin_api/quorin_api_client.h"
+#include "platform/quorin_api/quorin_error.h"
+
+namespace gateway::platform {
+
+namespace {
+
+QString stamp(const QDateTime &time)
+{
+    return time.toUTC().toString(Qt::ISODateWithMs);
+}
+
+ApiCall get(const QByteArray &path)
+{
+    ApiCall call;
+    call.path = path;
+    return call;
+}
+
+} // namespace
+
+void QrnQuorinCloudTermsAPI::needTerms() const
+{
+    if (m_client.isPlainArchive()) {
+        throw QrnNotOffered(QStringLiteral("This archive has no terms to accept."));
+    }
+}
+
+QrnQuorinCloudTermsResponse QrnQuorinCloudTermsAPI::terms()
+{
+    needTerms();
+    const QVariantMap answer = m_client.requestObject(get("/terms"));
+    return {answer.value(QStringLiteral("version")).toString(),
+            answer.value(QStringLiteral("text")).toString()};
+}
+
+QrnQuorinCloudTermsStatusResponse QrnQuorinCloudTermsAPI::status()
+{
+    if (m_client.isPlainArchive()) {
+        return {};
+    }
+    const QVariantMap answer = m_client.requestObject(get("/terms/status"));
+    const QVariant required = answer.value(QStringLiteral("required"));
+    if (required.typeId() != QMetaType::Bool) {
+        throwUnreadableAnswer();
+    }
+    QrnQuorinCloudTermsStatusResponse response;
+    response.required = required.toBool();
+    response.requiredVersion = answer.value(QStringLiteral("requiredVersion")).toString();
+    const QVariant reason = answer.value(QStringLiteral("reason"));
+    if (reason.typeId() == QMetaType::QString) {
+        response.reason = reason.toString();
+    }
+    return response;
+}
+
+QrnQuorinCloudTermsAcceptResponse
+QrnQuorinCloudTermsAPI::accept(const QrnQuorinCloudTermsAcceptRequest &request)
+{
+    needTerms();
+    ApiCall call = jsonCall("POST",
+                            "/terms/accept",
+                            {{QStringLiteral("version"), request.version},
+                             {QStringLiteral("clientTimestamp"), stamp(request.clientTimestamp)},
+                             {QStringLiteral("deviceUid"), request.deviceUID},
+                             {QStringLiteral("deviceName"), request.deviceName},
+                             {QStringLiteral("osVersion"), request.osVersion},
+                             {QStringLiteral("quorinVersion"), request.quorinVersion}});
+    call.deviceId = request.deviceUID;
+    return {m_client.requestObject(call).value(QStringLiteral("acceptedVersion")).toString()};
+}
+
+void QrnQuorinCloudTermsAPI::decline(const QrnQuorinCloudTermsDeclineRequest &request)
+{
+    needTerms();
+    m_client.request(jsonCall("POST",
+                              "/terms/decline",
+                              {{QStringLiteral("version"), request.version},
+                               {QStringLiteral("clientTimestamp"), stamp(request.clientTimestamp)}}));
+}
+
+} // namespace gateway::platform

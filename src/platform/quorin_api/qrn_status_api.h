@@ -1,0 +1,35 @@
+#pragma once
+
+namespace gateway::platform {
+
+class QuorinApiClient;
+
+/// Whether the cloud can be reached.
+///
+/// Thread: any; calls block.
+class QrnStatusAPIProtocol
+{
+public:
+    virtual ~QrnStatusAPIProtocol() = default;
+
+    /// Returning means reachable; needs no session.
+    ///
+    /// \throws QrnErrorResponse, AFError
+    virtual void ping() = 0;
+};
+
+/// Asks the configured service. A plain archive counts as reachable when it answers a query, if only to
+/// ask for a sign-in.
+class QrnStatusAPI final : public QrnStatusAPIProtocol
+{
+public:
+    /// \param client  outlives this.
+    explicit QrnStatusAPI(QuorinApiClient &client) : m_client(client) {}
+
+    void ping() override;
+
+private:
+    QuorinApiClient &m_client;
+};
+
+} // namespace gateway::platform

@@ -1,0 +1,63 @@
+#pragma once
+
+#include "platform/quorin_api/http_message.h"
+
+#include <QtCore/QList>
+#include <QtCore/QString>
+#include <QtCore/QUrl>
+#include <QtCore/QVariantMap>
+
+namespace gateway::platform {
+
+class QuorinApiClient;
+
+/// Uploads of DICOM files.
+///
+/// Returning means that the server is proven to hold the instance of every file. The proof is the server's
+/// answer naming it as stored, or as stored already; where a good answer can't be read, a query that finds
+/// it. Everything else throws, and nothing that throws has to be lost: a file may be sent again.
+///
+/// Thread: any; calls block until the server has answered.
+class QrnStowAPIProtocol
+{
+public:
+    virtual ~QrnStowAPIProtocol() = default;
+
+    /// Sends the files of a batch in one request, or in halves where the server finds it too large.
+    ///
+    /// A file that can't be read or has no DICOM meta header fails alone; the others still go.
+    ///
+    /// \param progress  bytes of the request; called on this thread, never blocks. May be empty.
+    /// \return the proven instances as a DICOM JSON dataset with ReferencedSOPSequence.
+    /// \throws QrnStowResponse   when some instances are not proven: ask its `names` for each file. Files
+    ///                           that it doesn't name are proven.
+    /// \throws QrnErrorResponse  the service refused all with words of its own.
+    /// \throws AFError           nothing is proven: no answer, or a status without words.
+    virtual QVariantMap
+    upload(const QList<QUrl> &files, const QString &deviceId, const UploadProgressCallback &progress) = 0;
+
+    /// Sends one file; otherwise the same.
+    virtual QVariantMap upload(const QUrl &fileUrl,
+                               const QString &deviceId,
+                               const UploadProgressCallback &progressCompletion) = 0;
+};
+
+/// The uploads of the configured service, streamed from disk: memory doesn't grow with the files.
+class QrnStowAPI final : public QrnStowAPIProtocol
+{
+public:
+    /// \param client  outlives this.
+    explicit QrnStowAPI(QuorinApiClient &client) : m_client(client) {}
+
+    QVariantMap upload(const QList<QUrl> &files,
+                       const QString &deviceId,
+                       const UploadProgressCallback &progress) override;
+    QVariantMap upload(const QUrl &fileUrl,
+                       const QString &deviceId,
+                       const UploadProgressCallback &progressCompletion) override;
+
+private:
+    QuorinApiClient &m_client;
+};
+
+} // namespace gateway::platform

@@ -1,0 +1,294 @@
+#include "platform/quorin_api/quorin_api_client.h"
+
+#include "platform/quorin_api/qrn_status_api.h"
+#include "platform/quorin_api/testing/client_fixture.h"
+
+#include <gtest/gtest.h>
+
+#include <future>
+#include <memory>
+#include <thread>
+#include <vector>
+
+namespace gateway::platform::testing {
+
+namespace {
+
+const auto kAnswerEmpty = [](const ReceivedRequest &) { return ScriptedHttpServer::answer(204); };
+
+ApiCall get(const QByteArray &path)
+{
+    ApiCall call;
+    call.path = path;
+    return call;
+}
+
+std::optional<AFError> errorAt(const QUrl &url)
+{
+    MemoryTokenStore store;
+    QuorinApiClient client(configurationFor(url), store);
+    return errorOf<AFError>([&client] { client.request(get("/ping")); });
+}
+
+} // namespace
+
+TEST(QuorinApiClient, SendsTheHeadersOfEveryRequest)
+{
+    ScriptedService service(kAnswerEmpty);
+    service.client.networkSettings().setToken(QStringLiteral("secret"));
+    ApiCall call = get("/ping");
+    call.deviceId = QStringLiteral("DEVICE-1");
+
+    service.client.request(call);
+
+    const ReceivedRequest request = service.server.requests().first();
+    EXPECT_TRUE(request.is("GET", "/api/v1/ping"));
+    EXPECT_EQ(request.headers.value("user-agent"), "QuorinGateway/" QUORIN_VERSION);
+    EXPECT_EQ(request.headers.value("authorization"), "Bearer secret");
+    EXPECT_EQ(request.headers.value("x-quorin-device"), "DEVICE-1");
+    EXPECT_TRUE(request.headers.value("accept-encoding").contains("gzip"));
+    EXPECT_FALSE(request.headers.contains("expect"));
+}
+
+TEST(QuorinApiClient, SendsNoCredentialsWhenSignedOut)
+{
+    ScriptedService service(kAnswerEmpty);
+
+    service.client.request(get("/ping"));
+
+    EXPECT_FALSE(service.server.requests().first().headers.contains("authorization"));
+}
+
+TEST(QuorinApiClient, NeverLetsATextBreakOutOfItsHeader)
+{
+    ScriptedService service(kAnswerEmpty);
+    service.client.networkSettings().setToken(QStringLiteral("a\r\nX-Evil: 1"));
+
+    service.client.request(get("/ping"));
+
+    EXPECT_FALSE(service.server.requests().first().headers.contains("x-evil"));
+}
+
+TEST(QuorinApiClient, KeepsTheConnectionBetweenCalls)
+{
+    ScriptedService service(kAnswerEmpty);
+
+    for (int round = 0; round < 5; ++round) {
+        service.client.request(get("/ping"));
+    }
+
+    EXPECT_EQ(service.server.connectionCount(), 1);
+}
+
+TEST(QuorinApiClient, ServesManyThreadsAtOnce)
+{
+    ScriptedService service([](const ReceivedRequest &request) {
+        return ScriptedHttpServer::answer(200, "application/json", "{\"path\": \"" + request.target + "\"}");
+    });
+    std::vector<std::thread> threads;
+    threads.reserve(6);
+    std::atomic<int> right = 0;
+
+    for (int thread = 0; thread < 6; ++thread) {
+        threads.emplace_back([&service, &right, thread] {
+            for (int round = 0; round < 20; ++round) {
+                const QByteArray path = "/" + QByteArray::number(thread) + "/" + QByteArray::number(round);
+                const QVariantMap answer = service.client.requestObject(get(path));
+                right += answer.value(QStringLiteral("path")).toByteArray() == "/api/v1" + path ? 1 : 0;
+            }
+        });
+    }
+    for (std::thread &thread : threads) {
+        thread.join();
+    }
+
+    EXPECT_EQ(right, 120);
+    EXPECT_LE(service.server.connectionCount(), 6);
+}
+
+TEST(QuorinApiClient, FollowsNoRedirect)
+{
+    ScriptedService elsewhere(kAnswerEmpty);
+    ScriptedService service([&elsewhere](const ReceivedRequest &) {
+        return ScriptedHttpServer::answer(
+            307, {}, {}, "Location: " + elsewhere.server.url().toEncoded() + "/api/v1/ping\r\n");
+    });
+    service.client.networkSettings().setToken(QStringLiteral("secret"));
+
+    const auto error = errorOf<AFError>([&service] { service.client.request(get("/ping")); });
+
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->responseCode, 307);
+    EXPECT_TRUE(elsewhere.server.requests().isEmpty());
+}
+
+TEST(QuorinApiClient, ThrowsTheWordsOfTheServiceWithTheirKind)
+{
+    ScriptedService service([](const ReceivedRequest &) {
+        return ScriptedHttpServer::answer(
+            403,
+            "application/problem+json; charset=utf-8",
+            R"({"type":"x","title":"t","status":403,"detail":"Accept the terms.","kind":2})");
+    });
+
+    const auto error = errorOf<QrnErrorResponse>([&service] { service.client.request(get("/user")); });
+
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->kind, QrnErrorKind::termsNotAccepted);
+    EXPECT_EQ(error->message, QStringLiteral("Accept the terms."));
+    EXPECT_EQ(error->code, 2);
+}
+
+TEST(QuorinApiClient, ThrowsTheBareStatusWhereNoWordsCame)
+{
+    for (const int status : {400, 401, 403, 404, 413, 429, 500, 507}) {
+        ScriptedService service([status](const ReceivedRequest &) {
+            return ScriptedHttpServer::answer(status, "text/html", "<html>no</html>");
+        });
+
+        const auto error = errorOf<AFError>([&service] { service.client.request(get("/user")); });
+
+        ASSERT_TRUE(error) << status;
+        EXPECT_EQ(error->responseCode, status);
+        EXPECT_TRUE(error->localizedDescription.contains(QString::number(status)));
+    }
+}
+
+TEST(QuorinApiClient, TakesADamagedProblemForABareStatus)
+{
+    ScriptedService service([](const ReceivedRequest &) {
+        return ScriptedHttpServer::answer(500, "application/problem+json", "{\"kind\": ");
+    });
+
+    EXPECT_EQ(errorOf<AFError>([&service] { service.client.request(get("/user")); })->responseCode, 500);
+}
+
+TEST(QuorinApiClient, RefusesAPageOfHtmlInPlaceOfAnAnswer)
+{
+    ScriptedService service([](const ReceivedRequest &) {
+        return ScriptedHttpServer::answer(200, "text/html", "<html>Welcome to our hotel</html>");
+    });
+
+    EXPECT_TRUE(errorOf<AFError>([&service] { service.client.requestObject(get("/user")); }));
+    EXPECT_TRUE(errorOf<AFError>([&service] { QrnStatusAPI(service.client).ping(); }));
+}
+
+TEST(QuorinApiClient, SaysWhyNoAnswerCame)
+{
+    QUrl closed;
+    {
+        const ScriptedHttpServer gone(kAnswerEmpty);
+        closed = gone.url();
+    }
+
+    const auto refused = errorAt(closed);
+    ASSERT_TRUE(refused);
+    EXPECT_FALSE(refused->responseCode);
+    EXPECT_EQ(refused->localizedDescription,
+              QStringLiteral("The cloud service at 127.0.0.1 refused the connection."));
+
+    const auto unknown = errorAt(QUrl(QStringLiteral("https://no-such-host.invalid")));
+    ASSERT_TRUE(unknown);
+    EXPECT_EQ(unknown->localizedDescription,
+              QStringLiteral("The address of the cloud service, no-such-host.invalid, could not be found."));
+}
+
+TEST(QuorinApiClient, SaysThatAConnectionWasLost)
+{
+    ScriptedService service([](const ReceivedRequest &) { return QByteArray(); });
+
+    const auto error = errorOf<AFError>([&service] { service.client.request(get("/ping")); });
+
+    ASSERT_TRUE(error);
+    EXPECT_FALSE(error->responseCode);
+    EXPECT_EQ(error->localizedDescription,
+              QStringLiteral("The connection to the cloud service at 127.0.0.1 was lost."));
+}
+
+TEST(QuorinApiClient, SpeaksNoPlainHttpToOtherHosts)
+{
+    const auto error = errorAt(QUrl(QStringLiteral("http://cloud.example")));
+
+    ASSERT_TRUE(error);
+    EXPECT_FALSE(error->responseCode);
+    EXPECT_TRUE(error->localizedDescription.contains(QStringLiteral("QUORIN_CLOUD_ALLOW_HTTP=1")));
+}
+
+TEST(QuorinApiClient, GivesUpOnAServerThatFallsSilent)
+{
+    std::promise<void> done;
+    const std::shared_future<void> released = done.get_future().share();
+    ScriptedHttpServer server([released](const ReceivedRequest &) {
+        released.wait();
+        return QByteArray();
+    });
+    CloudConfiguration configuration = configurationFor(server.url());
+    configuration.limits.silence = std::chrono::seconds(1);
+    MemoryTokenStore store;
+    QuorinApiClient client(configuration, store);
+
+    const auto error = errorOf<AFError>([&client] { client.request(get("/ping")); });
+    done.set_value();
+
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->localizedDescription,
+              QStringLiteral("The cloud service at 127.0.0.1 did not answer in time."));
+}
+
+TEST(QuorinApiClient, EndsCallsInFlightWhenItIsShutDown)
+{
+    std::promise<void> done;
+    const std::shared_future<void> released = done.get_future().share();
+    std::promise<void> asked;
+    ScriptedService service([released, &asked](const ReceivedRequest &) {
+        asked.set_value();
+        released.wait();
+        return QByteArray();
+    });
+    auto call = std::async(std::launch::async, [&service] {
+        return errorOf<AFError>([&service] { service.client.request(get("/ping")); });
+    });
+    asked.get_future().wait();
+
+    service.client.shutDown();
+    const auto error = call.get();
+    done.set_value();
+
+    ASSERT_TRUE(error);
+    EXPECT_FALSE(error->responseCode);
+    EXPECT_TRUE(errorOf<AFError>([&service] { service.client.request(get("/ping")); }));
+}
+
+TEST(QuorinApiClient, KeepsNoAnswerLargerThanAllowed)
+{
+    ScriptedService service([](const ReceivedRequest &) {
+        return ScriptedHttpServer::answer(200, "application/json", QByteArray(17 << 20, ' '));
+    });
+
+    const auto error = errorOf<AFError>([&service] { service.client.request(get("/user")); });
+
+    ASSERT_TRUE(error);
+    EXPECT_TRUE(error->localizedDescription.contains(QStringLiteral("larger than it may be")));
+}
+
+TEST(QuorinApiClient, SpeaksBelowTheBaseAddressWhateverItsPath)
+{
+    ScriptedHttpServer server(kAnswerEmpty);
+    MemoryTokenStore store;
+    QUrl base = server.url();
+    base.setPath(QStringLiteral("/imaging/"));
+    QuorinApiClient service(configurationFor(base), store);
+    QuorinApiClient archive(configurationFor(base, CloudKind::dicomweb), store);
+    ApiCall studies = get("/studies");
+    studies.service = ApiCall::Service::dicomWeb;
+
+    service.request(get("/ping"));
+    service.request(studies);
+    archive.request(studies);
+
+    EXPECT_EQ(server.requests().at(0).target, "/imaging/api/v1/ping");
+    EXPECT_EQ(server.requests().at(1).target, "/imaging/dicom-web/studies");
+    EXPECT_EQ(server.requests().at(2).target, "/imaging/studies");
+}
+
+} // namespace gateway::platform::testing

@@ -1,0 +1,71 @@
+#include "platform/quorin_api/quorin_error.h"
+
+#include <utility>
+
+namespace gateway::platform {
+
+QuorinError::QuorinError(QString description, QString errorDomain, int errorCode)
+    : localizedDescription(std::move(description)), domain(std::move(errorDomain)), code(errorCode),
+      m_what(localizedDescription.toUtf8())
+{
+}
+
+QrnErrorResponse::QrnErrorResponse(QrnErrorKind errorKind, std::optional<QString> errorMessage)
+    : QuorinError(errorMessage.value_or(QString()),
+                  QStringLiteral("QuorinAPI.QrnErrorResponse"),
+                  static_cast<int>(errorKind)),
+      kind(errorKind), message(std::move(errorMessage))
+{
+}
+
+AFError::AFError(QString description, std::optional<int> status, int transportCode)
+    : QuorinError(
+          std::move(description), QStringLiteral("QuorinAPI.AFError"), status.value_or(transportCode)),
+      responseCode(status)
+{
+}
+
+QrnNotOffered::QrnNotOffered(QString description)
+    : QuorinError(std::move(description), QStringLiteral("QuorinAPI.QrnNotOffered"), 0)
+{
+}
+
+QrnStowResponse::QrnStowResponse(QList<QStringList> failedInstances, int reason)
+    : QuorinError(
+          failedInstances.size() == 1
+              ? QStringLiteral("The cloud service did not store one image.")
+              : QStringLiteral("The cloud service did not store %1 images.").arg(failedInstances.size()),
+          QStringLiteral("QuorinAPI.QrnStowResponse"),
+          reason),
+      failures(std::move(failedInstances))
+{
+}
+
+bool QrnStowResponse::names(const QUrl &file, const QStringList &sopInstanceUIDs) const
+{
+    const QString path = file.toLocalFile();
+    for (const QStringList &identifiers : failures) {
+        for (const QString &identifier : identifiers) {
+            const QString text = identifier.trimmed();
+            if (!text.isEmpty() && (text == path.trimmed() || sopInstanceUIDs.contains(text))) {
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
+QString userFacingMessage(const std::exception &error, const QString &fallback)
+{
+    if (const auto *response = dynamic_cast<const QrnErrorResponse *>(&error)) {
+        const QString message = response->message.value_or(QString()).trimmed();
+        if (!message.isEmpty()) {
+            return message;
+        }
+    }
+    const auto *known = dynamic_cast<const QuorinError *>(&error);
+    const QString words = (known ? known->localizedDescription : QString::fromUtf8(error.what())).trimmed();
+    return words.isEmpty() || words == QStringLiteral("(null)") ? fallback : words;
+}
+
+} // namespace gateway::platform

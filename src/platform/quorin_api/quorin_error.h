@@ -1,0 +1,101 @@
+#pragma once
+
+#include <QtCore/QByteArray>
+#include <QtCore/QList>
+#include <QtCore/QString>
+#include <QtCore/QStringList>
+#include <QtCore/QUrl>
+
+#include <exception>
+#include <optional>
+
+namespace gateway::platform {
+
+/// What a call of the cloud client throws: one plain sentence for the user, and a domain and a number for
+/// the log.
+///
+/// Thread: a value, any.
+class QuorinError : public std::exception
+{
+public:
+    QuorinError(QString description, QString errorDomain, int errorCode);
+
+    const char *what() const noexcept override { return m_what.constData(); }
+
+    QString localizedDescription;
+    QString domain;
+    int code;
+
+private:
+    QByteArray m_what; // the description in UTF-8
+};
+
+/// The kinds of refusal that the cloud service tells apart; a number outside this list is kept as it came.
+enum class QrnErrorKind : int
+{
+    sessionInvalid = 0,
+    credentialsRefused = 1,
+    termsNotAccepted = 2,
+    badRequest = 3,
+    passwordsDoNotMatch = 4,
+    currentPasswordIncorrect = 5,
+    notFound = 6,
+    storageUsedUp = 7,
+    tooManyRequests = 8,
+    serviceFault = 9
+};
+
+/// The service refused the call and said why.
+///
+/// Without a message the localized description is empty too, so that the caller's own words show.
+class QrnErrorResponse final : public QuorinError
+{
+public:
+    QrnErrorResponse(QrnErrorKind errorKind, std::optional<QString> errorMessage);
+
+    QrnErrorKind kind;
+    std::optional<QString> message; ///< the service's words for the user
+};
+
+/// The call failed without such words: no answer, an answer that can't be used, or a bare HTTP status.
+class AFError final : public QuorinError
+{
+public:
+    /// \param transportCode  the number for the log where no status came.
+    AFError(QString description, std::optional<int> status, int transportCode = 0);
+
+    std::optional<int> responseCode; ///< the HTTP status; absent when no answer came
+};
+
+/// The archive this gateway is set up for has no such service (any plain DICOMweb archive).
+class QrnNotOffered final : public QuorinError
+{
+public:
+    explicit QrnNotOffered(QString description);
+};
+
+/// The server answered an upload, but some of its instances are not proven to be stored.
+class QrnStowResponse final : public QuorinError
+{
+public:
+    /// \param failures  one entry a failure, see the member.
+    /// \param reason    the first failure reason that the server gave (PS3.18 I.2.2), 0 for none.
+    QrnStowResponse(QList<QStringList> failures, int reason);
+
+    /// One entry a failed instance, each with the texts that identify it: the bare SOP instance UID where
+    /// it is known, and the local path of the file that was sent. A file without a readable meta header
+    /// has its path alone; an instance that the server named of its own accord has its UID alone.
+    QList<QStringList> failures;
+
+    /// True when the file, known to the caller by these bare SOP instance UIDs, is among the failures.
+    /// The one safe question to ask before a file of a batch counts as sent.
+    bool names(const QUrl &file, const QStringList &sopInstanceUIDs) const;
+};
+
+/// The one rule that turns a thrown error into words for the user.
+///
+/// \param error     anything thrown; the service's message comes first, then the localized description.
+/// \param fallback  used where the error has no words of its own.
+QString userFacingMessage(const std::exception &error, const QString &fallback);
+
+} // namespace gateway::platform

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QtCore/QByteArray>
+#include <QtCore/QList>
+#include <QtCore/QSet>
+#include <QtCore/QString>
+
+#include <optional>
+
+namespace gateway::platform {
+
+/// One entry of FailedSOPSequence (0008,1198).
+struct StowRefusal
+{
+    QString sopInstanceUid;    ///< empty when the entry names none
+    std::optional<int> reason; ///< FailureReason (0008,1197)
+
+    /// True when the reason says that the very same instance is there already: duplicate SOP instance
+    /// (0111H, PS3.7 C.5.6) or 45070, by which archives say the same of a store over the web.
+    bool isAlreadyStored() const { return reason == 0x0111 || reason == 45070; }
+
+    bool operator==(const StowRefusal &) const = default;
+};
+
+/// What a server says of the instances of an upload (PS3.18 10.5.3 and annex I.2).
+struct StowAnswer
+{
+    QSet<QString> referenced; ///< named in ReferencedSOPSequence (0008,1199): stored
+    QList<StowRefusal> refused;
+};
+
+/// Reads the dataset that answers an upload, as `application/dicom+json` or `application/dicom+xml`.
+///
+/// \param mediaType  of the answer, lower case, without parameters; an empty one is taken for JSON.
+/// \return nothing when the body isn't such a dataset or names neither sequence: it then proves nothing.
+///
+/// Thread: any. Nesting is bounded; entities are not expanded beyond what the XML reader allows, and a
+/// document type declaration makes the body unreadable.
+std::optional<StowAnswer> parseStowAnswer(const QByteArray &mediaType, const QByteArray &body);
+
+} // namespace gateway::platform

@@ -1,0 +1,287 @@
+#include "platform/quorin_api/stow_batch.h"
+
+#include "platform/quorin_api/answer_error.h"
+#include "platform/quorin_api/dicom_meta_header.h"
+#include "platform/quorin_api/network_json.h"
+#include "platform/quorin_api/quorin_api_client.h"
+#include "platform/quorin_api/quorin_error.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace gateway::platform {
+
+namespace {
+
+const auto kReferencedSequence = QStringLiteral("00081199");
+const auto kReferencedInstance = QStringLiteral("00081155");
+const auto kSopInstanceUid = QStringLiteral("00080018");
+
+/// Statuses under which a server settles instances one by one: good ones, and those of PS3.18 10.5.3 by
+/// which it says that it took not one of them.
+bool maySettle(int status)
+{
+    return (status >= 200 && status < 300) || status == 400 || status == 409;
+}
+
+QVariantMap attribute(const QString &representation, const QVariantList &values)
+{
+    return {{QStringLiteral("vr"), representation}, {QStringLiteral("Value"), values}};
+}
+
+} // namespace
+
+StowBatch::StowBatch(QuorinApiClient &client,
+                     const QList<QUrl> &files,
+                     QString deviceId,
+                     UploadProgressCallback progress)
+    : m_client(client), m_deviceId(std::move(deviceId)), m_progress(std::move(progress))
+{
+    for (const QUrl &url : files) {
+        m_files.append(examine(url));
+    }
+}
+
+StowBatch::File StowBatch::examine(const QUrl &url)
+{
+    File file;
+    file.path = url.toLocalFile();
+    const std::optional<ReadableFile> opened = ReadableFile::open(file.path);
+    if (!opened) {
+        return file;
+    }
+    QByteArray start(kMetaHeaderWindow, Qt::Uninitialized);
+    const qint64 count = opened->read(0, start.data(), start.size());
+    const std::optional<DicomMetaHeader> header =
+        readDicomMetaHeader(QByteArrayView(start).first(std::max<qint64>(count, 0)));
+    if (!header) {
+        return file;
+    }
+    QByteArray type = "Content-Type: application/dicom";
+    if (!header->transferSyntaxUid.isEmpty()) {
+        type += "; transfer-syntax=" + header->transferSyntaxUid;
+    }
+    file.sopInstanceUid = QString::fromLatin1(header->sopInstanceUid);
+    file.part = {type + "\r\n", {}, file.path, opened->identity()};
+    return file;
+}
+
+QVariantMap StowBatch::run()
+{
+    Files sendable;
+    for (File &file : m_files) {
+        if (!file.sopInstanceUid.isEmpty()) {
+            sendable.append(&file);
+        }
+    }
+    send(sendable);
+    return outcome();
+}
+
+void StowBatch::send(Files files)
+{
+    if (files.isEmpty() || m_isUnreachable) {
+        return;
+    }
+    const std::optional<HttpResponse> response = attempt(files);
+    if (!response) {
+        return;
+    }
+    if (response->status == 413 && files.size() > 1) {
+        sendInHalves(files);
+        return;
+    }
+    settle(files, *response);
+}
+
+void StowBatch::sendInHalves(const Files &files)
+{
+    const qsizetype half = files.size() / 2;
+    send(files.first(half));
+    send(files.sliced(half));
+}
+
+std::optional<HttpResponse> StowBatch::attempt(Files &files)
+{
+    while (!files.isEmpty()) {
+        QList<BodyPart> parts;
+        for (const File *file : files) {
+            parts.append(file->part);
+        }
+        MultipartBody body(parts);
+        m_total = std::max(m_total, body.size());
+        try {
+            HttpResponse response = post(body);
+            if (response.status != 413) {
+                m_settledBytes += body.size();
+            }
+            return response;
+        } catch (const FileChanged &changed) {
+            files.removeAt(changed.part());
+        } catch (const QuorinError &) {
+            m_isUnreachable = true;
+            keepFirst(std::current_exception());
+            return std::nullopt;
+        }
+    }
+    return std::nullopt;
+}
+
+HttpResponse StowBatch::post(MultipartBody &body)
+{
+    ApiCall call;
+    call.service = ApiCall::Service::dicomWeb;
+    call.method = "POST";
+    call.path = "/studies";
+    call.accept = "application/dicom+json";
+    call.contentType = "multipart/related; type=\"application/dicom\"; boundary=" + body.boundary();
+    call.stream = &body;
+    call.deviceId = m_deviceId;
+    call.isBrief = false;
+    if (m_progress) {
+        call.progress = [this](const UploadProgress &progress) { report(progress); };
+    }
+    return m_client.send(call);
+}
+
+void StowBatch::settle(const Files &files, const HttpResponse &response)
+{
+    const std::optional<StowAnswer> answer =
+        maySettle(response.status) ? parseStowAnswer(response.contentType, response.body) : std::nullopt;
+    if (answer) {
+        m_wasSettled = true;
+        apply(files, *answer);
+    } else if (response.isSuccess()) {
+        m_wasSettled = true;
+        proveByQuery(files);
+    } else {
+        try {
+            throwAnswerError(response);
+        } catch (const QuorinError &) {
+            keepFirst(std::current_exception());
+        }
+    }
+}
+
+void StowBatch::apply(const Files &files, const StowAnswer &answer)
+{
+    QSet<QString> held = answer.referenced;
+    QSet<QString> ours;
+    for (const File *file : files) {
+        ours.insert(file->sopInstanceUid);
+    }
+    for (const StowRefusal &refusal : answer.refused) {
+        if (refusal.isAlreadyStored()) {
+            held.insert(refusal.sopInstanceUid);
+        }
+    }
+    for (File *file : files) {
+        file->isProven = held.contains(file->sopInstanceUid);
+    }
+    // Last, so that an instance named both ways counts as refused.
+    for (const StowRefusal &refusal : answer.refused) {
+        if (refusal.isAlreadyStored()) {
+            continue;
+        }
+        if (!ours.contains(refusal.sopInstanceUid)) {
+            m_strangers.append(refusal);
+        }
+        for (File *file : files) {
+            if (file->sopInstanceUid == refusal.sopInstanceUid) {
+                file->isProven = false;
+                file->reason = refusal.reason;
+            }
+        }
+    }
+}
+
+void StowBatch::proveByQuery(const Files &files)
+{
+    try {
+        for (File *file : files) {
+            file->isProven = isFound(file->sopInstanceUid);
+        }
+    } catch (const QuorinError &) {
+        // Whoever wasn't asked for isn't proven. One unanswered question is enough: a thousand more would
+        // each wait as long.
+        keepFirst(std::current_exception());
+    }
+}
+
+bool StowBatch::isFound(const QString &sopInstanceUid)
+{
+    ApiCall call;
+    call.service = ApiCall::Service::dicomWeb;
+    call.path = "/instances?SOPInstanceUID=" + QUrl::toPercentEncoding(sopInstanceUid) + "&limit=1";
+    call.accept = "application/dicom+json";
+    const HttpResponse response = m_client.request(call);
+    const QVariantList found = parseNetworkJson(response.body).value_or(QVariant()).toList();
+    for (const QVariant &entry : found) {
+        const QVariantMap attributes = entry.toMap().value(kSopInstanceUid).toMap();
+        const QVariantList values = attributes.value(QStringLiteral("Value")).toList();
+        if (!values.isEmpty() && values.first().toString().trimmed() == sopInstanceUid) {
+            return true;
+        }
+    }
+    return false;
+}
+
+void StowBatch::report(const UploadProgress &progress)
+{
+    const qint64 done = std::min(m_total, m_settledBytes + progress.completedUnitCount);
+    if (done > m_reported) {
+        m_reported = done;
+        m_progress({done, m_total});
+    }
+}
+
+void StowBatch::keepFirst(const std::exception_ptr &error)
+{
+    if (!m_error) {
+        m_error = error;
+    }
+}
+
+QVariantMap StowBatch::outcome() const
+{
+    QList<QStringList> failures;
+    int reason = 0;
+    bool isAnyProven = false;
+    for (const File &file : m_files) {
+        isAnyProven = isAnyProven || file.isProven;
+        if (!file.isProven) {
+            failures.append(file.sopInstanceUid.isEmpty() ? QStringList{file.path}
+                                                          : QStringList{file.sopInstanceUid, file.path});
+            reason = reason == 0 ? file.reason.value_or(0) : reason;
+        }
+    }
+    for (const StowRefusal &stranger : m_strangers) {
+        failures.append(stranger.sopInstanceUid.isEmpty() ? QStringList{}
+                                                          : QStringList{stranger.sopInstanceUid});
+        reason = reason == 0 ? stranger.reason.value_or(0) : reason;
+    }
+    if (failures.isEmpty()) {
+        return provenInstances();
+    }
+    if (!isAnyProven && !m_wasSettled) {
+        if (m_error) {
+            std::rethrow_exception(m_error);
+        }
+        throw AFError(QStringLiteral("The file can't be sent: it can't be read, has no DICOM meta header, or "
+                                     "changed while it was being sent."),
+                      std::nullopt);
+    }
+    throw QrnStowResponse(failures, reason);
+}
+
+QVariantMap StowBatch::provenInstances() const
+{
+    QVariantList items;
+    for (const File &file : m_files) {
+        items.append(
+            QVariantMap{{kReferencedInstance, attribute(QStringLiteral("UI"), {file.sopInstanceUid})}});
+    }
+    return {{kReferencedSequence, attribute(QStringLiteral("SQ"), items)}};
+}
+
+} // namespace gateway::platform

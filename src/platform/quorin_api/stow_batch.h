@@ -1,0 +1,76 @@
+#pragma once
+
+#include "platform/quorin_api/http_message.h"
+#include "platform/quorin_api/multipart_body.h"
+#include "platform/quorin_api/stow_answer.h"
+
+#include <QtCore/QList>
+#include <QtCore/QString>
+#include <QtCore/QStringList>
+#include <QtCore/QUrl>
+#include <QtCore/QVariantMap>
+
+#include <exception>
+#include <optional>
+
+namespace gateway::platform {
+
+class QuorinApiClient;
+
+/// One upload of one or more files, from looking at them to the proof of each.
+///
+/// Owner: the call that makes it. Thread: the caller's.
+class StowBatch
+{
+public:
+    StowBatch(QuorinApiClient &client,
+              const QList<QUrl> &files,
+              QString deviceId,
+              UploadProgressCallback progress);
+
+    /// Does the whole upload; see QrnStowAPIProtocol.
+    QVariantMap run();
+
+private:
+    struct File
+    {
+        QString path;
+        QString sopInstanceUid; // bare; empty when there is no meta header
+        BodyPart part;
+        bool isProven = false;
+        std::optional<int> reason; // the server's, when it refused
+    };
+    using Files = QList<File *>;
+
+    static File examine(const QUrl &url);
+
+    void send(Files files);
+    void sendInHalves(const Files &files);
+
+    /// Posts the files; those that turn out to have changed are taken off the list, to fail, and the others
+    /// are posted again. Nothing when the request failed as a whole.
+    std::optional<HttpResponse> attempt(Files &files);
+    HttpResponse post(MultipartBody &body);
+    void settle(const Files &files, const HttpResponse &response);
+    void apply(const Files &files, const StowAnswer &answer);
+    void proveByQuery(const Files &files);
+    bool isFound(const QString &sopInstanceUid);
+    void report(const UploadProgress &progress);
+    void keepFirst(const std::exception_ptr &error);
+    QVariantMap outcome() const;
+    QVariantMap provenInstances() const;
+
+    QuorinApiClient &m_client;
+    const QString m_deviceId;
+    const UploadProgressCallback m_progress;
+    QList<File> m_files;
+    QList<StowRefusal> m_strangers; // refusals that name no file of this upload
+    std::exception_ptr m_error;     // the first failure of a whole request
+    bool m_isUnreachable = false;   // no answer came: further requests would only wait for nothing
+    bool m_wasSettled = false;      // at least one request was answered instance by instance
+    qint64 m_total = 0;             // bytes of the first request
+    qint64 m_settledBytes = 0;      // bytes of the requests that are over
+    qint64 m_reported = 0;
+};
+
+} // namespace gateway::platform

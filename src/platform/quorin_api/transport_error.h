@@ -1,0 +1,16 @@
+#pragma once
+
+#include "platform/quorin_api/quorin_error.h"
+
+#include <QtCore/QString>
+
+namespace gateway::platform {
+
+/// The error for a call that ended without an answer, with one plain sentence for its cause.
+///
+/// \param curlCode     libcurl's result.
+/// \param systemError  errno of the last connection attempt, 0 for none.
+/// \param host         the host of the service, for the sentence.
+AFError transportError(int curlCode, int systemError, const QString &host);
+
+} // namespace gateway::platform
