@@ -47,3 +47,9 @@ elseif(QUORIN_TSAN)
 elseif(NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
     target_compile_options(quorin_flags INTERFACE -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3)
 endif()
+
+# Coverage feedback for the fuzzers; the fuzzing main itself is linked by the fuzz targets alone.
+if(QUORIN_FUZZ)
+    target_compile_options(quorin_flags INTERFACE -fsanitize=fuzzer-no-link)
+    target_link_options(quorin_flags INTERFACE -fsanitize=fuzzer-no-link)
+endif()

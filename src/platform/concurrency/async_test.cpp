@@ -9,7 +9,7 @@
 #include <stdexcept>
 #include <thread>
 
-using namespace gateway::platform;
+namespace gateway::platform {
 
 namespace {
 
@@ -75,3 +75,5 @@ TEST(OnPool, HandsTheExceptionOfTheWorkToTheAwaitingCoroutine)
     EXPECT_EQ(outcome.error, QStringLiteral("the share is away"));
     EXPECT_TRUE(outcome.resumedOnMain);
 }
+
+} // namespace gateway::platform

@@ -5,9 +5,10 @@
 #include <atomic>
 #include <thread>
 
-using namespace gateway::platform;
-using gateway::platform::testing::ManualClock;
+namespace gateway::platform {
+
 using namespace std::chrono_literals;
+using testing::ManualClock;
 
 TEST(SystemClock, TellsTheTimeInUtc)
 {
@@ -80,3 +81,5 @@ TEST(ManualClock, AStopWakesASleeper)
 
     EXPECT_FALSE(whole);
 }
+
+} // namespace gateway::platform

@@ -10,7 +10,7 @@
 #include <thread>
 #include <vector>
 
-using namespace gateway::platform;
+namespace gateway::platform {
 
 TEST(MainExecutor, RunsBlocksOfOtherThreadsOnTheMainThreadInOrder)
 {
@@ -44,6 +44,7 @@ TEST(MainExecutor, TakesPostsFromManyThreadsWhileTheLoopRuns)
     QEventLoop loop;
     int ran = 0;
     std::vector<std::thread> posters;
+    posters.reserve(4);
 
     for (int t = 0; t < 4; ++t) {
         posters.emplace_back([&] {
@@ -142,3 +143,5 @@ TEST(MainExecutor, OnlyTheMainThreadIsCurrent)
     EXPECT_TRUE(main.isCurrent());
     EXPECT_FALSE(elsewhere);
 }
+
+} // namespace gateway::platform

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-using namespace gateway::platform;
+namespace gateway::platform {
 
 TEST(SerialQueue, RunsBlocksOneAfterAnotherInTheOrderOfTheirComing)
 {
@@ -32,6 +32,7 @@ TEST(SerialQueue, BlocksOfManyThreadsNeverOverlap)
     {
         SerialQueue queue(QStringLiteral("test.overlap.queue"));
         std::vector<std::thread> threads;
+        threads.reserve(4);
         for (int t = 0; t < 4; ++t) {
             threads.emplace_back([&] {
                 for (int i = 0; i < 250; ++i) {
@@ -103,3 +104,5 @@ TEST(SerialQueue, ItsThreadIsNamedAfterTheLabelsLastWord)
 
     EXPECT_EQ(std::string(name.c_str()), "storageMetricsW");
 }
+
+} // namespace gateway::platform

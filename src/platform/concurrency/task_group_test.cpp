@@ -7,7 +7,7 @@
 #include <barrier>
 #include <latch>
 
-using namespace gateway::platform;
+namespace gateway::platform {
 
 TEST(TaskGroup, NeverRunsMoreChildrenThanItIsWide)
 {
@@ -110,3 +110,5 @@ TEST(TaskGroup, DyingCancelsAndWaits)
 
     EXPECT_TRUE(ended);
 }
+
+} // namespace gateway::platform

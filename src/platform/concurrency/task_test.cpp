@@ -7,7 +7,7 @@
 #include <memory>
 #include <optional>
 
-using namespace gateway::platform;
+namespace gateway::platform {
 
 namespace {
 
@@ -107,3 +107,5 @@ TEST(Task, AnEmptyHandleMayBeCancelledAndJoined)
 
     EXPECT_FALSE(task.isSet());
 }
+
+} // namespace gateway::platform

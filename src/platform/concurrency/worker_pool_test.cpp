@@ -6,7 +6,7 @@
 #include <barrier>
 #include <memory>
 
-using namespace gateway::platform;
+namespace gateway::platform {
 
 TEST(WorkerPool, RunsAsManyAtOnceAsItIsWide)
 {
@@ -69,3 +69,5 @@ TEST(WorkerPool, AWidthBelowOneCountsAsOne)
 
     EXPECT_EQ(pool.width(), 1);
 }
+
+} // namespace gateway::platform

@@ -4,24 +4,37 @@
 #include <QtCore/QStringList>
 #include <QtCore/QVariant>
 
+#include <chrono>
 #include <memory>
 #include <optional>
+#include <stdexcept>
 
 namespace gateway::platform {
+
+/// The defaults can't be used; the message is one plain sentence for the operator.
+class DefaultsError : public std::runtime_error
+{
+public:
+    explicit DefaultsError(const QString &message) : std::runtime_error(message.toStdString()) {}
+
+    QString message() const { return QString::fromUtf8(what()); }
+};
 
 /// The user's defaults: what the operator and the system keep between runs, one value a key.
 ///
 /// Kept in one SQLite file, written through at once; safe from any thread and from several processes at
 /// a time. Values are strings, integers, booleans, doubles, byte arrays and dates (UTC, milliseconds),
-/// and come back with the type that they were stored with.
+/// and come back with the type that they were stored with; integers of every width come back as qlonglong.
 class UserDefaults
 {
 public:
-    /// Opens or makes the file, with its folders.
+    /// Opens or makes the file, with its folders, for its owner alone.
     ///
+    /// \param busyTimeout  how long a call waits for another process that writes before it fails.
     /// \throws DefaultsError  with one plain sentence, when the file can't be made, opened or isn't a
     ///                        defaults file. Nothing is overwritten then.
-    explicit UserDefaults(const QString &path);
+    explicit UserDefaults(const QString &path,
+                          std::chrono::milliseconds busyTimeout = std::chrono::seconds(5));
     ~UserDefaults();
 
     UserDefaults(const UserDefaults &) = delete;
@@ -32,11 +45,20 @@ public:
 
     /// Stores `value` durably; an invalid QVariant removes the key.
     ///
-    /// \return false when the value could not be written; it then stands as before.
+    /// \return false when the value is of no type named above, not a number, or could not be written; the
+    ///         old value then stands.
     bool setObject(const QString &key, const QVariant &value);
 
+    /// Stores `value` durably unless the key has a value other than an empty string; one step for all
+    /// threads and processes, so that they agree.
+    ///
+    /// \return the value that now stands; `value` itself where it could not be written.
+    QVariant setObjectIfMissing(const QString &key, const QVariant &value);
+
     /// Removes the key; a missing key is no failure.
-    void removeObject(const QString &key);
+    ///
+    /// \return false when it could not be written; the old value then stands.
+    bool removeObject(const QString &key);
 
     /// All keys that have a value, ascending.
     QStringList keys() const;

@@ -8,7 +8,7 @@
 #include <thread>
 #include <vector>
 
-using namespace gateway::platform;
+namespace gateway::platform {
 
 namespace {
 const QString kName = QStringLiteral("Test.name");
@@ -116,6 +116,7 @@ TEST(NotificationCenter, TakesPostsAndObserversOfManyThreadsAtOnce)
     std::atomic<int> heard = 0;
     const auto steady = center.observe(kName, [&](const QVariantMap &) { ++heard; });
     std::vector<std::thread> threads;
+    threads.reserve(4);
 
     for (int t = 0; t < 4; ++t) {
         threads.emplace_back([&] {
@@ -131,3 +132,5 @@ TEST(NotificationCenter, TakesPostsAndObserversOfManyThreadsAtOnce)
 
     EXPECT_EQ(heard, 400);
 }
+
+} // namespace gateway::platform

@@ -1,0 +1,43 @@
+#include "core/retention_policy.h"
+
+#include "core/settings.h"
+
+namespace gateway::core {
+
+bool isValidAutoDeleteValue(GatewayAutoDeleteMode mode, std::optional<int> value)
+{
+    switch (mode) {
+    case GatewayAutoDeleteMode::never:
+        return true;
+    case GatewayAutoDeleteMode::days:
+        return value && *value >= 1 && *value <= 3650;
+    case GatewayAutoDeleteMode::months:
+        return value && *value >= 1 && *value <= 120;
+    }
+    return false;
+}
+
+QString autoDeleteValueMessage(GatewayAutoDeleteMode mode)
+{
+    switch (mode) {
+    case GatewayAutoDeleteMode::never:
+        return {};
+    case GatewayAutoDeleteMode::days:
+        return QStringLiteral("Auto-delete in days must be a number between 1 and 3650.");
+    case GatewayAutoDeleteMode::months:
+        return QStringLiteral("Auto-delete in months must be a number between 1 and 120.");
+    }
+    return {};
+}
+
+RetentionPolicy effectiveRetentionPolicy(const Settings &settings)
+{
+    const GatewayAutoDeleteMode mode = settings.gatewayAutoDeleteMode.get();
+    const std::optional<int> value = settings.gatewayAutoDeleteValue.get();
+    if (mode == GatewayAutoDeleteMode::never || !isValidAutoDeleteValue(mode, value)) {
+        return {};
+    }
+    return {mode, *value};
+}
+
+} // namespace gateway::core

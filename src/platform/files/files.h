@@ -1,0 +1,70 @@
+#pragma once
+
+#include "platform/files/file_system.h"
+
+#include <QtCore/QByteArray>
+#include <QtCore/QString>
+
+#include <optional>
+
+namespace gateway::platform {
+
+// Durable operations. When one has returned, its effect survives a power cut. Each throws FileError.
+// Thread: any.
+
+/// Gives `path` the content `bytes`, whole or not at all: readers see the old content or the new, also
+/// after a failure and after a power cut. The file is readable for its owner alone.
+void writeFileDurably(const QString &path, const QByteArray &bytes, FileSystem &files = systemFiles());
+
+/// Waits until the content of a file is on the disk.
+void syncFile(const QString &path, FileSystem &files = systemFiles());
+
+/// Waits until the names in a folder are on the disk.
+void syncFolder(const QString &path, FileSystem &files = systemFiles());
+
+/// How `copyForStore` may come by the new file.
+enum class CopyManner
+{
+    ownContent, ///< later writes to the source must not show in the copy
+    mayLink     ///< nobody writes to the source any more: a second name on one volume is copy enough
+};
+
+/// Makes `destination`, which must not exist, hold what `source` holds; the source is left alone. After a
+/// failure there is no destination, or the one that stood there before.
+void copyForStore(const QString &source,
+                  const QString &destination,
+                  CopyManner manner = CopyManner::ownContent,
+                  FileSystem &files = systemFiles());
+
+/// Renames within a volume, over a file that may stand at `to`. After a failure the file has one of the two
+/// names: the old one unless the sync was what failed.
+void renameDurably(const QString &from, const QString &to, FileSystem &files = systemFiles());
+
+/// Makes a folder and those above it that are missing, each for its owner alone. A folder that exists is
+/// no failure.
+void makeFoldersDurably(const QString &path, FileSystem &files = systemFiles());
+
+// Questions. Thread: any.
+
+/// The length of a regular file, in bytes; nothing when there is none or it can't be asked.
+std::optional<qint64> fileSizeBytes(const QString &path);
+
+/// The bytes that a regular file occupies on its volume; nothing when there is none or it can't be asked.
+std::optional<qint64> allocatedBytes(const QString &path);
+
+/// Room on a volume, in bytes.
+struct VolumeFigures
+{
+    qint64 totalBytes = 0;
+    qint64 availableBytes = 0; ///< for this user; never negative
+
+    bool operator==(const VolumeFigures &) const = default;
+};
+
+/// The figures of the volume that holds `path`, which must exist; nothing when they can't be had.
+std::optional<VolumeFigures> volumeFigures(const QString &path);
+
+/// The path without ".", ".." and needless slashes, worked out on the text alone; the disk isn't asked.
+QString standardizedPath(const QString &path);
+
+} // namespace gateway::platform

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "platform/files/file_descriptor.h"
+
+#include <QtCore/QString>
+
+#include <optional>
+
+namespace gateway::platform {
+
+/// Keeps two processes from working one home folder.
+///
+/// A lock of the system on a file, which holds the owner's process id for whoever comes second. The system
+/// lets it go with the process, however that ends. Owner: the program's entry, for life. Thread: any.
+class HomeLock
+{
+public:
+    /// Takes the lock, making the file where it is missing.
+    ///
+    /// \return nothing when somebody else holds it, another HomeLock of this process included.
+    /// \throws FileError  when the file can't be made or locked.
+    static std::optional<HomeLock> tryLock(const QString &path);
+
+    /// The process id of whoever holds the lock now; nothing when nobody does or it can't be read.
+    static std::optional<qint64> owner(const QString &path);
+
+private:
+    explicit HomeLock(FileDescriptor file) : m_file(std::move(file)) {}
+
+    FileDescriptor m_file;
+};
+
+} // namespace gateway::platform

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "platform/files/file_system.h"
+
+#include <limits>
+
+namespace gateway::platform::testing {
+
+/// Counts the steps and fails those that a test names; the others go to the file system below.
+///
+/// A test runs its operation once to learn `steps()`, then once for each step that may fail. Thread: one at
+/// a time.
+class FaultyFileSystem final : public FileSystem
+{
+public:
+    explicit FaultyFileSystem(FileSystem &below = systemFiles()) : m_below(below) {}
+
+    /// Lets the step with this number, counted from 0 at this call, fail with `code`.
+    void failStep(int step, int code);
+
+    /// Lets that step and all after it fail, as if the machine had stopped there.
+    void failFromStep(int step, int code);
+
+    /// No further step fails; the count begins anew.
+    void heal();
+
+    /// Steps since the construction or the last call of the above.
+    int steps() const { return m_steps; }
+
+    void create(const QString &path, const QByteArray &bytes) override;
+    void copy(const QString &source, const QString &destination) override;
+    void link(const QString &source, const QString &destination) override;
+    void rename(const QString &from, const QString &to) override;
+    void remove(const QString &path) override;
+    void makeFolder(const QString &path) override;
+    void syncFile(const QString &path) override;
+    void syncFolder(const QString &path) override;
+
+private:
+    void setFault(int first, int last, int code);
+    void step();
+
+    FileSystem &m_below;
+    int m_steps = 0;
+    int m_firstFault = std::numeric_limits<int>::max();
+    int m_lastFault = std::numeric_limits<int>::max();
+    int m_code = 0;
+};
+
+} // namespace gateway::platform::testing
