@@ -8,7 +8,7 @@
 
 #include <optional>
 
-using namespace gateway::platform;
+namespace gateway::platform {
 
 namespace {
 
@@ -233,3 +233,5 @@ TEST_F(SqliteTransaction, ASavepointIsUndoneAlone)
     EXPECT_EQ(db.integer("SELECT count(*) FROM t"), 1);
     EXPECT_EQ(db.integer("SELECT a FROM t"), 1);
 }
+
+} // namespace gateway::platform

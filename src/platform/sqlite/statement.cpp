@@ -89,10 +89,10 @@ bool Statement::step()
         sqlite3_reset(m_statement);
         return false;
     }
-    const SqliteError error(QString::fromUtf8(sqlite3_errmsg(m_connection)),
-                            sqlite3_extended_errcode(m_connection));
+    const QString message = QString::fromUtf8(sqlite3_errmsg(m_connection));
+    const int extendedCode = sqlite3_extended_errcode(m_connection);
     sqlite3_reset(m_statement);
-    throw error;
+    throw SqliteError(message, extendedCode);
 }
 
 void Statement::run()
@@ -104,6 +104,11 @@ void Statement::run()
 void Statement::reset()
 {
     sqlite3_reset(m_statement);
+}
+
+int Statement::columnCount() const
+{
+    return sqlite3_column_count(m_statement);
 }
 
 bool Statement::isNull(int column) const

@@ -68,6 +68,7 @@ public:
     /// Makes the statement ready to be bound and run anew; bindings stay.
     void reset();
 
+    int columnCount() const;
     bool isNull(int column) const;
     std::int64_t integer(int column) const;
     double real(int column) const;

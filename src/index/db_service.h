@@ -1,0 +1,55 @@
+#pragma once
+
+#include "index/gateway_import_error.h"
+
+#include <QtCore/QString>
+#include <QtCore/QStringList>
+#include <QtCore/QUrl>
+
+namespace gateway::index {
+
+class DicomDB;
+
+/// What an import wrote.
+struct ImportedFileSummary
+{
+    QString patientUID;
+    QString studyID;        ///< `studyInstanceUID` of the study
+    QStringList seriesKeys; ///< the keys of the series, in order
+
+    bool operator==(const ImportedFileSummary &) const = default;
+};
+
+/// Who else has hands on a source file.
+enum class ImportSource
+{
+    foreign, ///< anybody: the store takes a copy
+    ownInbox ///< nobody: durable already and never written again, so the store may share its blocks
+};
+
+/// Imports files.
+class DBServiceProtocol
+{
+public:
+    virtual ~DBServiceProtocol() = default;
+
+    /// Takes one file in and returns when it is durable in file store and index. The source stays.
+    ///
+    /// \throws GatewayImportError
+    virtual ImportedFileSummary importFile(const QUrl &url) = 0;
+};
+
+/// Imports into the index. Owner: app. Thread: any.
+class DBService final : public DBServiceProtocol
+{
+public:
+    DBService(DicomDB &index, ImportSource source) : m_index(index), m_source(source) {}
+
+    ImportedFileSummary importFile(const QUrl &url) override;
+
+private:
+    DicomDB &m_index; // borrowed, outlives this
+    const ImportSource m_source;
+};
+
+} // namespace gateway::index

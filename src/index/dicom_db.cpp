@@ -1,0 +1,101 @@
+#include "index/dicom_db.h"
+
+#include "core/notification_names.h"
+#include "platform/concurrency/clock.h"
+#include "platform/concurrency/main_executor.h"
+#include "platform/notifications/notification_center.h"
+#include "platform/sqlite/database.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace gateway::index {
+
+/// Outlives the index while a post is queued. Thread: any.
+struct DicomDB::Announcement
+{
+    std::atomic<bool> queued = false;
+};
+
+namespace {
+
+std::int64_t nextNumberOf(const IndexStore &store)
+{
+    return store.read(
+        [](platform::Database &database) { return database.integer("SELECT nextFileNumber FROM Ledger"); });
+}
+
+} // namespace
+
+DicomDB::DicomDB(DicomDBPaths paths, DicomDBCollaborators with)
+    : m_with(with), m_store(paths.indexFile),
+      m_files(std::move(paths.fileStoreRoot), with.defaults, with.clock, with.files, nextNumberOf(m_store)),
+      m_announcement(std::make_shared<Announcement>())
+{
+}
+
+DicomDB::~DicomDB()
+{
+    m_stop.request_stop();
+}
+
+QString DicomDB::fileStoreRoot()
+{
+    return m_files.root();
+}
+
+QUrl DicomDB::fileURL(const QString &pathString) const
+{
+    return m_files.fileURL(pathString);
+}
+
+std::int64_t DicomDB::nowInMilliseconds() const
+{
+    return m_with.clock.now().toMSecsSinceEpoch();
+}
+
+bool DicomDB::writeQuietly(const IndexStore::Change &change)
+{
+    try {
+        m_store.write(change);
+        return true;
+    } catch (const platform::SqliteError &) {
+        return false; // undone; the caller gives its empty result
+    }
+}
+
+bool DicomDB::rollUpAllStates()
+{
+    bool changed = false;
+    const bool saved =
+        writeQuietly([&](platform::Database &database) { changed = index::rollUpAllStates(database); });
+    return saved && changed;
+}
+
+void DicomDB::backfillOnce()
+{
+    if (m_hasPerformedSyncStateBackfill.exchange(true)) {
+        return;
+    }
+    try {
+        // A look first, so that a screen waits for a commit only where there is something to write.
+        if (m_store.read(hasUnsettledStates)) {
+            rollUpAllStates();
+        }
+    } catch (const platform::SqliteError &) {
+        return; // the states stay as stored
+    }
+}
+
+void DicomDB::postLocalSyncStateChanged()
+{
+    if (m_announcement->queued.exchange(true)) {
+        return; // the one that is queued runs after this change
+    }
+    m_with.main.post([announcement = m_announcement, &notifications = m_with.notifications] {
+        announcement->queued.store(false);
+        notifications.post(core::kLocalSyncStateChanged);
+    });
+}
+
+} // namespace gateway::index

@@ -1,0 +1,166 @@
+#pragma once
+
+#include "index/db_service.h"
+#include "index/file_store.h"
+#include "index/image_object_id.h"
+#include "index/index_store.h"
+#include "index/local_snapshots.h"
+#include "index/pending_image_upload.h"
+#include "index/sync_state.h"
+
+#include <QtCore/QDateTime>
+#include <QtCore/QList>
+#include <QtCore/QString>
+#include <QtCore/QUrl>
+
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <stop_token>
+#include <vector>
+
+namespace gateway::platform {
+class Clock;
+class DicomParsing;
+class FileSystem;
+class MainExecutor;
+class NotificationCenter;
+class UserDefaults;
+} // namespace gateway::platform
+
+namespace gateway::index {
+
+/// Where the index keeps its things.
+struct DicomDBPaths
+{
+    QString indexFile;     ///< the index, "QuorinGateway.sqlite"
+    QString fileStoreRoot; ///< the file store, "Pavan Data"
+};
+
+/// What `DicomDB` works with; all of it outlives the index.
+struct DicomDBCollaborators
+{
+    platform::UserDefaults &defaults;
+    platform::DicomParsing &parser;
+    platform::NotificationCenter &notifications;
+    platform::MainExecutor &main;
+    platform::Clock &clock;
+    platform::FileSystem &files;
+};
+
+/// The one holder of the index, of the record of what the gateway keeps, and of the file store beside it.
+///
+/// Every operation is synchronous, and one transaction: a failed one has changed nothing and gives zero
+/// counts or an empty result. None throws but `importFile`. Operations that write block until their result
+/// is durable; those that only read never wait for a writer.
+///
+/// Owner: app. Thread: any.
+class DicomDB
+{
+public:
+    /// Opens or makes the index. \throws IndexOpenError  with the sentence for the operator.
+    DicomDB(DicomDBPaths paths, DicomDBCollaborators with);
+    ~DicomDB();
+
+    DicomDB(const DicomDB &) = delete;
+    DicomDB &operator=(const DicomDB &) = delete;
+
+    // --- The file store ------------------------------------------------------------------------------
+
+    /// The file store's root; made when it is missing, a failure to make it shows at the first import.
+    QString fileStoreRoot();
+
+    /// Where the file of a `pathString` lies: an absolute one as it stands, any other below the root.
+    QUrl fileURL(const QString &pathString) const;
+
+    /// Takes one file in: private copy, parsing, move into the file store, rows. The source stays. When this
+    /// returns, file and rows are durable. Storage trouble that may pass is waited out for up to half a
+    /// minute.
+    ///
+    /// \throws GatewayImportError
+    ImportedFileSummary importFile(const QUrl &url, ImportSource source = ImportSource::foreign);
+
+    // --- Uploads -------------------------------------------------------------------------------------
+
+    /// The oldest candidates, at most `limit` (below 1 counts as 1), each with all its waiting rows.
+    QList<PendingImageUpload> pendingImageUploads(int limit) const;
+
+    /// The next candidates behind `cursor`, which moves past them: a run that keeps one cursor is offered
+    /// each candidate once, however many fail, and those that arrive meanwhile as well.
+    QList<PendingImageUpload> pendingImageUploads(int limit, PendingCursor &cursor) const;
+
+    /// Marks the rows as handed to a running upload.
+    void markImagesInProgress(const QList<ImageObjectID> &imageObjectIDs);
+
+    /// Records how the upload of the file at `storagePath` ended, on every row that stands for this file.
+    /// Rows of `imageObjectIDs` that stand for another file by now, because it was sent again, keep their
+    /// state. Without a path, the rows of `imageObjectIDs` themselves move.
+    ///
+    /// \return the number of rows updated.
+    std::int64_t recordUploadResult(const QList<ImageObjectID> &imageObjectIDs,
+                                    const std::optional<QString> &storagePath,
+                                    bool synced);
+
+    /// Puts back what an earlier process left in progress.
+    RecoveryCounts recoverInProgressImages();
+
+    /// Puts those of the rows back that are in progress still. Posts nothing. \return how many.
+    std::int64_t resetInProgressImages(const QList<ImageObjectID> &imageObjectIDs);
+
+    // --- Counts and snapshots ------------------------------------------------------------------------
+
+    /// Rows that aren't synced: absent, 0, 2 or 3; of studies and series by their stored state.
+    EntityCounts notSyncedCounts();
+    EntityCounts totalCounts() const;
+    std::int64_t syncedImagesCount() const;
+    std::int64_t failedImagesCount() const;
+
+    /// What came and went between `start` and `end`, a figure a bucket.
+    struct TransferBuckets
+    {
+        std::vector<std::int64_t> received;
+        std::vector<std::int64_t> sent;
+    };
+
+    /// \param start, end  read to the whole five minutes below, on which buckets of every time zone start.
+    /// \param duration    of one bucket, a multiple of five minutes.
+    /// \param count       number of buckets; figures outside of them are left out.
+    TransferBuckets transferBuckets(const QDateTime &start,
+                                    const QDateTime &end,
+                                    std::chrono::seconds duration,
+                                    int count) const;
+
+    /// All studies, the latest acquired first.
+    QList<LocalStudySnapshot> studySnapshots();
+
+    /// The series of one study, by number. \param identity  the `id` of a study's snapshot.
+    QList<LocalSeriesSnapshot> seriesSnapshots(const QString &identity);
+
+    // --- States --------------------------------------------------------------------------------------
+
+    /// The full sweep in a transaction of its own. \return true when a stored state changed.
+    bool rollUpAllStates();
+
+    /// Posts "QuorinGateway.localSyncStateChanged" from the main thread, soon. Calls that come before the
+    /// post share it.
+    void postLocalSyncStateChanged();
+
+private:
+    struct Announcement;
+
+    std::int64_t nowInMilliseconds() const;
+    bool writeQuietly(const IndexStore::Change &change);
+    void backfillOnce();
+    PendingImageUpload gather(platform::Database &database, const QString &storedPath) const;
+
+    const DicomDBCollaborators m_with;
+    IndexStore m_store;
+    FileStore m_files;
+    std::atomic<bool> m_hasPerformedSyncStateBackfill = false;
+    std::shared_ptr<Announcement> m_announcement;
+    std::stop_source m_stop;
+};
+
+} // namespace gateway::index

@@ -1,0 +1,188 @@
+// Counts, transfer buckets and the snapshots of the local browser.
+
+#include "index/dicom_db.h"
+#include "index/row_identity.h"
+#include "platform/sqlite/database.h"
+
+#include <QtCore/QStringList>
+
+#include <algorithm>
+
+namespace gateway::index {
+
+using platform::Database;
+using platform::SqliteError;
+using platform::Statement;
+
+namespace {
+
+using Milliseconds = std::chrono::milliseconds;
+
+// The length of a row of Activity.
+constexpr Milliseconds kSlot = std::chrono::minutes(5);
+
+struct Ledger
+{
+    EntityCounts total;
+    EntityCounts synced;
+    std::int64_t failedImages = 0;
+};
+
+Ledger readLedger(const IndexStore &store)
+{
+    try {
+        return store.read([](Database &database) {
+            Statement row = database.prepare("SELECT studyCount, seriesCount, imageCount, syncedStudyCount, "
+                                             "syncedSeriesCount, syncedCount, failedCount FROM Ledger");
+            row.step();
+            return Ledger{{row.integer(0), row.integer(1), row.integer(2)},
+                          {row.integer(3), row.integer(4), row.integer(5)},
+                          row.integer(6)};
+        });
+    } catch (const SqliteError &) {
+        return {};
+    }
+}
+
+std::int16_t computedState(const Statement &row, int firstColumn)
+{
+    return static_cast<std::int16_t>(stateOf({row.integer(firstColumn),
+                                              row.integer(firstColumn + 1),
+                                              row.integer(firstColumn + 2),
+                                              row.integer(firstColumn + 3)}));
+}
+
+LocalStudySnapshot studyAt(const Statement &row, const RowAddress &address)
+{
+    LocalStudySnapshot study;
+    study.studyInstanceUID = row.text(1).trimmed();
+    study.id = study.studyInstanceUID.isEmpty() ? address.of(row.integer(0)) : study.studyInstanceUID;
+    study.patientName = row.text(2).trimmed();
+    study.patientID = row.text(3).trimmed();
+    study.modality = row.text(4).trimmed();
+    study.studyDescription = row.text(5).trimmed();
+    study.accessionNumber = row.text(6).trimmed();
+    if (!row.isNull(7)) {
+        study.acquisitionDate = QDateTime::fromMSecsSinceEpoch(row.integer(7), Qt::UTC);
+    }
+    study.syncState = computedState(row, 8);
+    study.imageCount = row.integer(8);
+    return study;
+}
+
+LocalSeriesSnapshot seriesAt(const Statement &row, const RowAddress &address)
+{
+    LocalSeriesSnapshot series;
+    series.seriesInstanceUID = row.text(1).trimmed();
+    series.id = series.seriesInstanceUID.isEmpty() ? address.of(row.integer(0)) : series.seriesInstanceUID;
+    series.seriesNumber = row.integer(2);
+    series.seriesDescription = row.text(3).trimmed();
+    series.modality = row.text(4).trimmed();
+    series.syncState = computedState(row, 5);
+    series.imageCount = row.integer(5);
+    return series;
+}
+
+} // namespace
+
+EntityCounts DicomDB::notSyncedCounts()
+{
+    backfillOnce();
+    const Ledger ledger = readLedger(m_store);
+    return {ledger.total.studies - ledger.synced.studies,
+            ledger.total.series - ledger.synced.series,
+            ledger.total.images - ledger.synced.images};
+}
+
+EntityCounts DicomDB::totalCounts() const
+{
+    return readLedger(m_store).total;
+}
+
+std::int64_t DicomDB::syncedImagesCount() const
+{
+    return readLedger(m_store).synced.images;
+}
+
+std::int64_t DicomDB::failedImagesCount() const
+{
+    return readLedger(m_store).failedImages;
+}
+
+DicomDB::TransferBuckets DicomDB::transferBuckets(const QDateTime &start,
+                                                  const QDateTime &end,
+                                                  std::chrono::seconds duration,
+                                                  int count) const
+{
+    const auto size = static_cast<std::size_t>(std::max(0, count));
+    TransferBuckets buckets{std::vector<std::int64_t>(size), std::vector<std::int64_t>(size)};
+    const std::int64_t slotsOfBucket = std::max<std::int64_t>(1, duration / kSlot);
+    const std::int64_t first = start.toMSecsSinceEpoch() / kSlot.count();
+    const std::int64_t last =
+        std::min<std::int64_t>(end.toMSecsSinceEpoch() / kSlot.count(), first + slotsOfBucket * count);
+    try {
+        m_store.read([&](Database &database) {
+            Statement row =
+                database.prepare("SELECT slot, received, sent FROM Activity WHERE slot >= ? AND slot < ?");
+            row.bindAll(first, last);
+            while (row.step()) {
+                const auto bucket = static_cast<std::size_t>((row.integer(0) - first) / slotsOfBucket);
+                buckets.received.at(bucket) += row.integer(1);
+                buckets.sent.at(bucket) += row.integer(2);
+            }
+        });
+    } catch (const SqliteError &) {
+        return {std::vector<std::int64_t>(size), std::vector<std::int64_t>(size)};
+    }
+    return buckets;
+}
+
+QList<LocalStudySnapshot> DicomDB::studySnapshots()
+{
+    backfillOnce();
+    QList<LocalStudySnapshot> studies;
+    try {
+        m_store.read([&](Database &database) {
+            const RowAddress address(database, QStringLiteral("Study"));
+            Statement row =
+                database.prepare("SELECT pk, studyInstanceUID, name, id, modality, studyName, "
+                                 "accessionNumber, acquisitionDate, "
+                                 "imageCount, syncedCount, failedCount, inProgressCount FROM Study "
+                                 "ORDER BY acquisitionDate DESC, createDate DESC");
+            while (row.step()) {
+                studies.append(studyAt(row, address));
+            }
+        });
+    } catch (const SqliteError &) {
+        return {};
+    }
+    return studies;
+}
+
+QList<LocalSeriesSnapshot> DicomDB::seriesSnapshots(const QString &identity)
+{
+    backfillOnce();
+    QList<LocalSeriesSnapshot> list;
+    try {
+        m_store.read([&](Database &database) {
+            const auto study = findStudy(database, identity);
+            if (!study) {
+                return;
+            }
+            const RowAddress address(database, QStringLiteral("Series"));
+            Statement row = database.prepare(
+                "SELECT pk, seriesInstanceUID, seriesNumber, name, modality, "
+                "imageCount, syncedCount, failedCount, inProgressCount FROM Series WHERE study = ? "
+                "ORDER BY coalesce(seriesNumber, 0), createDate DESC");
+            row.bindAll(*study);
+            while (row.step()) {
+                list.append(seriesAt(row, address));
+            }
+        });
+    } catch (const SqliteError &) {
+        return {};
+    }
+    return list;
+}
+
+} // namespace gateway::index

@@ -1,0 +1,204 @@
+#include "index/file_store.h"
+
+#include "platform/concurrency/clock.h"
+#include "platform/defaults/user_defaults.h"
+#include "platform/files/files.h"
+
+#include <QtCore/QDir>
+#include <QtCore/QFileInfo>
+#include <QtCore/QUuid>
+
+#include <algorithm>
+#include <utility>
+
+namespace gateway::index {
+
+using platform::FileError;
+
+namespace {
+
+constexpr std::int64_t kFilesOfABucket = 10'000;
+
+const QString kNumberKey = QStringLiteral("QuorinGateway.DataFileIndex");
+
+std::int64_t bucketOf(std::int64_t number)
+{
+    return (number / kFilesOfABucket + 1) * kFilesOfABucket;
+}
+
+/// The extension of a file name, as the stored file carries it on. One that would not come back whole from
+/// the index, or that is too long for a file name, counts as none.
+QString extensionOf(const QString &path)
+{
+    constexpr qsizetype kLongest = 64;
+    const QString name = QFileInfo(path).fileName();
+    const qsizetype point = name.lastIndexOf(QLatin1Char('.'));
+    const QString extension = point > 0 ? name.mid(point + 1) : QString();
+    const bool usable =
+        extension.size() <= kLongest &&
+        std::all_of(extension.begin(), extension.end(), [](QChar c) { return c.isPrint() && !c.isSpace(); });
+    return usable ? extension : QString();
+}
+
+std::optional<std::int64_t> numberIn(const QString &text)
+{
+    // Anything longer isn't a number of ours, and would not leave room to count on.
+    constexpr qsizetype kMostDigits = 15;
+    bool isNumber = text.size() <= kMostDigits;
+    const std::int64_t number = isNumber ? text.toLongLong(&isNumber) : 0;
+    return isNumber && number >= 0 ? std::optional(number) : std::nullopt;
+}
+
+} // namespace
+
+FileStore::FileStore(QString root,
+                     platform::UserDefaults &defaults,
+                     platform::Clock &clock,
+                     platform::FileSystem &files,
+                     std::int64_t atLeast)
+    : m_root(QDir::cleanPath(root)), m_defaults(defaults), m_clock(clock), m_files(files),
+      m_importQueue(QStringLiteral("com.ovelt.pavan.gateway.importdb.queue"))
+{
+    const auto kept = m_defaults.object(kNumberKey);
+    m_nextNumber = std::max<std::int64_t>({kept ? kept->toLongLong() : 0, atLeast, numberBehindAllFiles()});
+    sweepPrivateFolder();
+}
+
+QString FileStore::root()
+{
+    try {
+        platform::makeFoldersDurably(m_root, m_files);
+    } catch (const FileError &) {
+        // Whoever writes below it will notice.
+    }
+    return m_root;
+}
+
+QUrl FileStore::fileURL(const QString &pathString) const
+{
+    const bool absolute = pathString.startsWith(QLatin1Char('/'));
+    return QUrl::fromLocalFile(absolute ? pathString : m_root + QLatin1Char('/') + pathString);
+}
+
+QString FileStore::pathStringOf(const QString &path) const
+{
+    if (!path.startsWith(m_root + QLatin1Char('/'))) {
+        return QFileInfo(path).fileName();
+    }
+    QStringView relative = QStringView(path).mid(m_root.size());
+    while (relative.startsWith(QLatin1Char('/'))) {
+        relative = relative.mid(1);
+    }
+    while (relative.endsWith(QLatin1Char('/'))) {
+        relative.chop(1);
+    }
+    return relative.toString();
+}
+
+QString FileStore::privateFolder() const
+{
+    // Hidden, so that what stands in it doesn't count as stored.
+    return m_root + QStringLiteral("/.incoming");
+}
+
+void FileStore::sweepPrivateFolder()
+{
+    const QDir folder(privateFolder());
+    for (const QString &name : folder.entryList(QDir::Files | QDir::Hidden)) {
+        dropPrivateCopy(folder.filePath(name));
+    }
+}
+
+std::int64_t FileStore::numberBehindAllFiles() const
+{
+    std::int64_t highestBucket = 0;
+    for (const QString &name : QDir(m_root).entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+        const std::int64_t bucket = numberIn(name).value_or(0);
+        if (bucket % kFilesOfABucket == 0) {
+            highestBucket = std::max(highestBucket, bucket);
+        }
+    }
+    if (highestBucket == 0) {
+        return 0;
+    }
+    std::int64_t next = highestBucket - kFilesOfABucket; // lower buckets end before this
+    const QDir folder(m_root + QLatin1Char('/') + QString::number(highestBucket));
+    for (const QString &name : folder.entryList(QDir::Files | QDir::Hidden | QDir::System)) {
+        const std::int64_t number = numberIn(name.section(QLatin1Char('.'), 0, 0)).value_or(-1);
+        next = std::max(next, number + 1);
+    }
+    return next;
+}
+
+QString FileStore::takePrivateCopy(const QString &source, ImportSource hands)
+{
+    platform::makeFoldersDurably(privateFolder(), m_files);
+    const QString copy = privateFolder() + QLatin1Char('/') +
+                         QUuid::createUuid().toString(QUuid::WithoutBraces) + QLatin1Char('.') +
+                         extensionOf(source);
+    if (hands == ImportSource::ownInbox) {
+        try {
+            m_files.link(source, copy);
+            return copy;
+        } catch (const FileError &) {
+            // Another volume, or one without links: copied then.
+        }
+    }
+    m_files.copy(source, copy);
+    return copy;
+}
+
+void FileStore::dropPrivateCopy(const QString &copy)
+{
+    try {
+        m_files.remove(copy);
+    } catch (const FileError &) {
+        // Swept at the next opening.
+    }
+}
+
+StoredFile FileStore::moveIn(const QString &copy)
+{
+    StoredFile stored;
+    m_importQueue.sync([&] { stored = moveToNextNumber(copy); });
+    return stored;
+}
+
+StoredFile FileStore::moveToNextNumber(const QString &copy)
+{
+    for (;; ++m_nextNumber) {
+        const QString folder = m_root + QLatin1Char('/') + QString::number(bucketOf(m_nextNumber));
+        const QString path =
+            folder + QLatin1Char('/') + QString::number(m_nextNumber) + QLatin1Char('.') + extensionOf(copy);
+        platform::makeFoldersDurably(folder, m_files);
+        if (!QFileInfo::exists(path)) {
+            m_files.rename(copy, path);
+            const StoredFile stored{path, pathStringOf(path), m_nextNumber};
+            ++m_nextNumber;
+            keepNumber();
+            return stored;
+        }
+    }
+}
+
+void FileStore::keepNumber()
+{
+    constexpr auto kInterval = std::chrono::seconds(1); // a durable write a file would halve the throughput
+    const auto now = m_clock.monotonic();
+    if (!m_numberKeptAt || now - *m_numberKeptAt >= kInterval) {
+        m_numberKeptAt = now;
+        m_defaults.setObject(kNumberKey, QVariant::fromValue<qlonglong>(m_nextNumber));
+    }
+}
+
+void FileStore::makeDurable(const StoredFile &file)
+{
+    m_files.syncFolder(QFileInfo(file.path).path());
+}
+
+void FileStore::discard(const StoredFile &file)
+{
+    dropPrivateCopy(file.path);
+}
+
+} // namespace gateway::index

@@ -1,0 +1,209 @@
+#include "index/import_recorder.h"
+
+#include "index/import_elements.h"
+#include "index/sync_state.h"
+#include "platform/sqlite/database.h"
+
+#include <QtCore/QFileInfo>
+
+#include <algorithm>
+#include <limits>
+#include <string_view>
+
+namespace gateway::index {
+
+using elements::boolean;
+using elements::date;
+using elements::floats;
+using elements::integer;
+using elements::number;
+using elements::text;
+using platform::Database;
+using platform::Statement;
+
+namespace {
+
+constexpr std::string_view kStudy = R"sql(
+INSERT INTO Study (createDate, name, modality, id, studyInstanceUID, acquisitionDate, studyName,
+    referringPhysician, performingPhysician, institutionName, accessionNumber, hasDICOM, syncState)
+VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, 0)
+ON CONFLICT (studyInstanceUID) DO UPDATE SET
+    createDate = excluded.createDate, name = excluded.name, modality = excluded.modality, id = excluded.id,
+    acquisitionDate = excluded.acquisitionDate, studyName = excluded.studyName,
+    referringPhysician = excluded.referringPhysician, performingPhysician = excluded.performingPhysician,
+    institutionName = excluded.institutionName, accessionNumber = excluded.accessionNumber,
+    hasDICOM = excluded.hasDICOM
+RETURNING pk)sql";
+
+constexpr std::string_view kSeries = R"sql(
+INSERT INTO Series (study, createDate, seriesInstanceUID, originalSeriesInstanceUID, name, modality,
+    seriesNumber, seriesDICOMUID, seriesSOPClassUID, numberOfFrames, windowWidth, windowLevel, syncState)
+VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, 0)
+ON CONFLICT (study, seriesInstanceUID) DO UPDATE SET
+    createDate = excluded.createDate, originalSeriesInstanceUID = excluded.originalSeriesInstanceUID,
+    name = excluded.name, modality = excluded.modality, seriesNumber = excluded.seriesNumber,
+    seriesDICOMUID = excluded.seriesDICOMUID, seriesSOPClassUID = excluded.seriesSOPClassUID,
+    numberOfFrames = excluded.numberOfFrames, windowWidth = excluded.windowWidth,
+    windowLevel = excluded.windowLevel
+RETURNING pk)sql";
+
+// An instance without a UID has NULL in the last column of the unique key and so never meets another's row.
+constexpr std::string_view kImage = R"sql(
+INSERT INTO DicomImage (series, createDate, date, pathString, fileType, fileExtension, height, width,
+    numberOfFrames, numberOfSeries, seriesInstanceUID, sopInstanceUID, originalSOPInstanceUID, orientation,
+    origin, sliceLocation, comment, modality, frameID, instanceNumber, syncState)
+VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12, ?13, ?14, ?15, ?16, ?17, ?18, ?19, ?20, 0)
+ON CONFLICT (series, sopInstanceUID, frameID, originalSOPInstanceUID) DO UPDATE SET
+    createDate = excluded.createDate, date = excluded.date, pathString = excluded.pathString,
+    fileType = excluded.fileType, fileExtension = excluded.fileExtension, height = excluded.height,
+    width = excluded.width, numberOfFrames = excluded.numberOfFrames,
+    numberOfSeries = excluded.numberOfSeries, orientation = excluded.orientation, origin = excluded.origin,
+    sliceLocation = coalesce(excluded.sliceLocation, sliceLocation), comment = excluded.comment,
+    modality = excluded.modality, instanceNumber = excluded.instanceNumber,
+    syncState = CASE WHEN trim(pathString, ?21) IS excluded.pathString THEN syncState ELSE 0 END,
+    uploadDate = CASE WHEN trim(pathString, ?21) IS excluded.pathString THEN uploadDate END)sql";
+
+constexpr int kFrameParameter = 19;
+constexpr int kInstanceNumberParameter = 20;
+constexpr int kWhiteSpaceParameter = 21;
+
+std::int64_t atLeastOne(const QVariantMap &found, const QString &key)
+{
+    return std::max<std::int64_t>(1, integer(found, key, 1));
+}
+
+std::int64_t fittingInt32(std::int64_t value, std::int64_t highestAddition = 0)
+{
+    const bool fits = value >= std::numeric_limits<std::int32_t>::min() &&
+                      value <= std::numeric_limits<std::int32_t>::max() - highestAddition;
+    return fits ? value : 0;
+}
+
+struct Extent
+{
+    std::int64_t series = 1;
+    std::int64_t frames = 1;
+};
+
+Extent extentOf(const QVariantMap &found)
+{
+    const Extent claimed{atLeastOne(found, QStringLiteral("numberOfSeries")),
+                         atLeastOne(found, QStringLiteral("numberOfFrames"))};
+    const bool believable = claimed.series <= kMaxRowsOfAFile && claimed.frames <= kMaxRowsOfAFile &&
+                            claimed.series * claimed.frames <= kMaxRowsOfAFile;
+    return believable ? claimed : Extent{};
+}
+
+// The key of the row that the statement wrote.
+std::int64_t writtenRow(Statement &statement)
+{
+    const std::int64_t key = statement.step() ? statement.integer(0) : 0;
+    statement.run();
+    return key;
+}
+
+std::int64_t writeStudy(Database &database, const QVariantMap &found, std::int64_t now)
+{
+    Statement study = database.prepare(kStudy);
+    study.bindAll(now,
+                  text(found, QStringLiteral("patientName")),
+                  text(found, QStringLiteral("modality")),
+                  text(found, QStringLiteral("studyNumber")),
+                  text(found, QStringLiteral("studyID")),
+                  date(found, QStringLiteral("studyDate")),
+                  text(found, QStringLiteral("studyDescription")),
+                  text(found, QStringLiteral("referringPhysiciansName")),
+                  text(found, QStringLiteral("performingPhysiciansName")),
+                  text(found, QStringLiteral("institutionName")),
+                  text(found, QStringLiteral("accessionNumber")),
+                  boolean(found, QStringLiteral("hasDICOM")).value_or(false));
+    return writtenRow(study);
+}
+
+std::int64_t writeSeries(Database &database,
+                         const QVariantMap &found,
+                         std::int64_t study,
+                         const QString &key,
+                         const Extent &extent,
+                         std::int64_t now)
+{
+    Statement series = database.prepare(kSeries);
+    series.bindAll(study,
+                   now,
+                   key,
+                   text(found, QStringLiteral("seriesInstanceUID")).value_or(QString()),
+                   text(found, QStringLiteral("seriesDescription")).value_or(QString()),
+                   text(found, QStringLiteral("modality")),
+                   fittingInt32(integer(found, QStringLiteral("seriesNumber"), 0)),
+                   text(found, QStringLiteral("seriesDICOMUID")),
+                   text(found, QStringLiteral("SOPClassUID")),
+                   extent.frames,
+                   number(found, QStringLiteral("WindowWidth")),
+                   number(found, QStringLiteral("WindowCenter")));
+    return writtenRow(series);
+}
+
+struct SeriesRow
+{
+    std::int64_t row = 0;
+    QString key;
+    std::int64_t index = 0; // of the series within the file
+};
+
+void writeImages(Database &database,
+                 const QVariantMap &found,
+                 const SeriesRow &series,
+                 const StoredFile &file,
+                 const Extent &extent,
+                 std::int64_t now)
+{
+    const QString uid = text(found, QStringLiteral("SOPUID")).value_or(QString());
+    Statement image = database.prepare(kImage);
+    image.bindAll(series.row,
+                  now,
+                  date(found, QStringLiteral("studyDate")),
+                  file.pathString,
+                  text(found, QStringLiteral("fileType")),
+                  QFileInfo(file.pathString).suffix(),
+                  fittingInt32(integer(found, QStringLiteral("height"), 0)),
+                  fittingInt32(integer(found, QStringLiteral("width"), 0)),
+                  extent.frames,
+                  extent.series,
+                  series.key,
+                  uid + QString::number(series.index),
+                  uid.isEmpty() ? std::nullopt : std::optional(uid),
+                  floats(found, QStringLiteral("orientation")),
+                  floats(found, QStringLiteral("origin")),
+                  number(found, QStringLiteral("sliceLocation")),
+                  text(found, QStringLiteral("ImageComments")),
+                  text(found, QStringLiteral("modality")));
+    image.bind(kWhiteSpaceParameter, QStringLiteral(" \t\n\r\f\v"));
+    const std::int64_t first = fittingInt32(integer(found, QStringLiteral("imageID"), 0), extent.frames - 1);
+    for (std::int64_t frame = 0; frame < extent.frames; ++frame) {
+        image.bind(kFrameParameter, frame).bind(kInstanceNumberParameter, first + frame).run();
+    }
+}
+
+} // namespace
+
+QStringList
+recordImport(Database &database, const QVariantMap &found, const StoredFile &file, std::int64_t now)
+{
+    const Extent extent = extentOf(found);
+    const QString seriesID = text(found, QStringLiteral("seriesID")).value_or(QString());
+    const std::int64_t study = writeStudy(database, found, now);
+    QStringList keys;
+    for (std::int64_t index = 0; index < extent.series; ++index) {
+        const QString key = seriesID + QString::number(index);
+        const std::int64_t row = writeSeries(database, found, study, key, extent, now);
+        writeImages(database, found, {row, key, index}, file, extent, now);
+        keys.append(key);
+    }
+    database.prepare("UPDATE Ledger SET nextFileNumber = max(nextFileNumber, ?)")
+        .bindAll(file.number + 1)
+        .run();
+    rollUpAllStates(database);
+    return keys;
+}
+
+} // namespace gateway::index

@@ -1,0 +1,166 @@
+#include "index/index_store.h"
+
+#include "index/schema.h"
+
+#include <QtCore/QDir>
+#include <QtCore/QFileInfo>
+
+#include <algorithm>
+#include <utility>
+
+namespace gateway::index {
+
+using platform::Database;
+using platform::MutexLock;
+using platform::SqliteError;
+
+namespace {
+
+// So many changes share a commit at most: the first writer of a group waits for all of them.
+constexpr std::size_t kLargestGroup = 64;
+
+// Idle connections beyond this are closed: more readers at a time are rare.
+constexpr std::size_t kIdleReaders = 3;
+
+std::unique_ptr<Database> openWriter(const QString &path)
+{
+    checkIndexFile(path);
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    try {
+        auto database = std::make_unique<Database>(Database::open(path, Database::Access::readWrite));
+        database->useDurableWriteAheadLog();
+        // 16 MiB of cache hold the inner pages of an index of some million rows; a log of as much lets pages
+        // that many imports touch be written back once.
+        database->exec("PRAGMA cache_size = -16384; PRAGMA wal_autocheckpoint = 4096;"
+                       "PRAGMA journal_size_limit = 67108864");
+        bringSchemaUpToDate(*database);
+        return database;
+    } catch (const SqliteError &error) {
+        throw IndexOpenError(error.message());
+    }
+}
+
+} // namespace
+
+struct IndexStore::Writer
+{
+    const Change &change;
+    std::exception_ptr error;
+    bool done = false;
+    platform::Condition turn;
+};
+
+IndexStore::IndexStore(const QString &path) : m_path(path), m_writer(openWriter(path)) {}
+
+IndexStore::~IndexStore() = default;
+
+void IndexStore::write(const Change &change)
+{
+    Writer self{change, nullptr, false, {}};
+    std::vector<Writer *> group;
+    {
+        const MutexLock lock(m_mutex);
+        m_queue.push_back(&self);
+        while (!self.done && m_queue.front() != &self) {
+            self.turn.wait(m_mutex);
+        }
+        if (!self.done) {
+            const auto size = std::min(m_queue.size(), kLargestGroup);
+            group.assign(m_queue.begin(), m_queue.begin() + static_cast<std::ptrdiff_t>(size));
+        }
+    }
+    if (!group.empty()) {
+        commitTogether(group);
+        const MutexLock lock(m_mutex);
+        for (Writer *writer : group) {
+            m_queue.pop_front();
+            writer->done = true;
+            writer->turn.notifyOne();
+        }
+        if (!m_queue.empty()) {
+            m_queue.front()->turn.notifyOne();
+        }
+    }
+    if (self.error) {
+        std::rethrow_exception(self.error);
+    }
+}
+
+std::size_t IndexStore::queueLength() const
+{
+    const MutexLock lock(m_mutex);
+    return m_queue.size();
+}
+
+void IndexStore::commitTogether(const std::vector<Writer *> &writers)
+{
+    if (tryCommit(writers) || writers.size() == 1) {
+        return;
+    }
+    // One of them may have been too much for the disk: alone, each meets its own fate.
+    for (Writer *writer : writers) {
+        tryCommit({writer});
+    }
+}
+
+bool IndexStore::tryCommit(const std::vector<Writer *> &writers)
+{
+    try {
+        platform::Transaction transaction(*m_writer);
+        for (Writer *writer : writers) {
+            carryOut(*writer);
+            if (!m_writer->inTransaction()) {
+                std::rethrow_exception(writer->error);
+            }
+        }
+        transaction.commit();
+        return true;
+    } catch (...) {
+        for (Writer *writer : writers) {
+            writer->error = std::current_exception();
+        }
+        return false;
+    }
+}
+
+void IndexStore::carryOut(Writer &writer)
+{
+    writer.error = nullptr;
+    try {
+        platform::Savepoint part(*m_writer);
+        writer.change(*m_writer);
+        part.keep();
+    } catch (...) {
+        writer.error = std::current_exception();
+    }
+}
+
+IndexStore::Loan::Loan(const IndexStore &store) : m_store(store)
+{
+    {
+        const MutexLock lock(store.m_mutex);
+        if (!store.m_idleReaders.empty()) {
+            m_database = std::move(store.m_idleReaders.back());
+            store.m_idleReaders.pop_back();
+        }
+    }
+    if (!m_database) {
+        m_database = std::make_unique<Database>(Database::open(store.m_path, Database::Access::readOnly));
+    }
+    m_database->prepare("BEGIN").run();
+}
+
+IndexStore::Loan::~Loan()
+{
+    try {
+        m_database->prepare("COMMIT").run();
+    } catch (const SqliteError &) {
+        return; // this connection isn't used again
+    }
+    const MutexLock lock(m_store.m_mutex);
+    if (m_store.m_idleReaders.size() < kIdleReaders) {
+        m_store.m_idleReaders.push_back(std::move(m_database));
+    }
+}
+
+} // namespace gateway::index

@@ -1,0 +1,85 @@
+#pragma once
+
+#include "platform/concurrency/mutex.h"
+#include "platform/sqlite/database.h"
+
+#include <QtCore/QString>
+
+#include <deque>
+#include <exception>
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace gateway::index {
+
+/// The index file: one connection that writes, and as many that read as there are readers at a time.
+///
+/// Writers that arrive while another commit is under way share the next one: the first of them carries out
+/// the changes of all, each undone alone if it fails, and one sync makes them durable.
+///
+/// Owner: DicomDB. Thread: any.
+class IndexStore
+{
+public:
+    using Change = std::function<void(platform::Database &)>;
+
+    /// Opens or makes the file, with its folder. \throws IndexOpenError
+    explicit IndexStore(const QString &path);
+    ~IndexStore();
+
+    IndexStore(const IndexStore &) = delete;
+    IndexStore &operator=(const IndexStore &) = delete;
+
+    /// Carries out `change` in a transaction and returns once it is durable; blocks until then. A change may
+    /// run more than once (when the commit that it shared failed) and perhaps on another writer's thread: it
+    /// starts its results anew each time. What it throws comes out of this call, and nothing has changed
+    /// then.
+    ///
+    /// \throws SqliteError  when the transaction failed; nothing has changed then.
+    void write(const Change &change);
+
+    /// Calls `query` with a connection that sees the last committed state, the same one throughout the call.
+    /// Never waits for a writer. \throws SqliteError
+    template <typename Query>
+    auto read(Query query) const
+    {
+        const Loan loan(*this);
+        return query(loan.database());
+    }
+
+    /// Writers that wait or are being served.
+    std::size_t queueLength() const;
+
+private:
+    struct Writer;
+
+    /// A read connection with a snapshot, for the length of one query.
+    class Loan
+    {
+    public:
+        explicit Loan(const IndexStore &store);
+        ~Loan();
+        Loan(const Loan &) = delete;
+        Loan &operator=(const Loan &) = delete;
+
+        platform::Database &database() const { return *m_database; }
+
+    private:
+        const IndexStore &m_store;
+        std::unique_ptr<platform::Database> m_database;
+    };
+
+    void commitTogether(const std::vector<Writer *> &writers);
+    bool tryCommit(const std::vector<Writer *> &writers);
+    void carryOut(Writer &writer);
+
+    const QString m_path;
+    std::unique_ptr<platform::Database> m_writer; // used by the writer at the head of the queue only
+
+    mutable platform::Mutex m_mutex;
+    std::deque<Writer *> m_queue QUORIN_GUARDED_BY(m_mutex);
+    mutable std::vector<std::unique_ptr<platform::Database>> m_idleReaders QUORIN_GUARDED_BY(m_mutex);
+};
+
+} // namespace gateway::index

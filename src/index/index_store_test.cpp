@@ -1,0 +1,209 @@
+#include "index/index_store.h"
+
+#include "index/schema.h"
+
+#include <QtCore/QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <latch>
+#include <stdexcept>
+#include <thread>
+#include <vector>
+
+namespace gateway::index {
+
+namespace {
+
+using platform::Database;
+using platform::SqliteError;
+
+class Store : public ::testing::Test
+{
+protected:
+    static void insert(Database &database, int value)
+    {
+        database.prepare("INSERT INTO Study (id) VALUES (?)").bindAll(QString::number(value)).run();
+    }
+
+    std::int64_t studies()
+    {
+        return store.read([](Database &database) { return database.integer("SELECT count(*) FROM Study"); });
+    }
+
+    QTemporaryDir m_home;
+    IndexStore store{m_home.filePath(QStringLiteral("i.sqlite"))};
+};
+
+using IndexStoreWriters = Store;
+using IndexStoreReaders = Store;
+
+} // namespace
+
+TEST_F(IndexStoreWriters, AFailedChangeIsUndoneAndItsErrorComesOut)
+{
+    const auto failing = [](Database &database) {
+        insert(database, 1);
+        throw std::runtime_error("no");
+    };
+
+    EXPECT_THROW(store.write(failing), std::runtime_error);
+
+    EXPECT_EQ(studies(), 0);
+    store.write([](Database &database) { insert(database, 2); });
+    EXPECT_EQ(studies(), 1);
+}
+
+TEST_F(IndexStoreWriters, ThatArriveTogetherEachLearnTheirOwnResult)
+{
+    constexpr int kWriters = 8;
+    constexpr int kRounds = 25;
+    std::atomic<int> failures = 0;
+    std::latch start(kWriters);
+    std::vector<std::thread> threads;
+    threads.reserve(kWriters);
+    for (int writer = 0; writer < kWriters; ++writer) {
+        threads.emplace_back([&, writer] {
+            start.arrive_and_wait();
+            for (int round = 0; round < kRounds; ++round) {
+                try {
+                    store.write([&](Database &database) {
+                        insert(database, writer);
+                        if (writer % 2 == 1) {
+                            throw std::runtime_error("odd");
+                        }
+                    });
+                } catch (const std::runtime_error &) {
+                    ++failures;
+                }
+            }
+        });
+    }
+    for (std::thread &thread : threads) {
+        thread.join();
+    }
+
+    EXPECT_EQ(failures, kWriters / 2 * kRounds);
+    EXPECT_EQ(studies(), kWriters / 2 * kRounds);
+}
+
+TEST_F(IndexStoreWriters, ThatQueueBehindACommitShareTheNextOne)
+{
+    std::latch inside(1);
+    std::latch release(1);
+    std::thread first([&] {
+        store.write([&](Database &database) {
+            insert(database, 0);
+            inside.count_down();
+            release.wait();
+        });
+    });
+    inside.wait();
+    constexpr int kFollowers = 4;
+    std::vector<std::thread> followers;
+    followers.reserve(kFollowers);
+    std::vector<std::thread::id> carriers(kFollowers);
+    for (int follower = 0; follower < kFollowers; ++follower) {
+        followers.emplace_back([&, follower] {
+            store.write([&, follower](Database &database) {
+                insert(database, follower);
+                carriers[static_cast<std::size_t>(follower)] = std::this_thread::get_id();
+            });
+        });
+    }
+    while (store.queueLength() < kFollowers + 1) {
+        std::this_thread::yield();
+    }
+    release.count_down();
+    first.join();
+    for (std::thread &thread : followers) {
+        thread.join();
+    }
+
+    EXPECT_EQ(studies(), kFollowers + 1);
+    for (const std::thread::id carrier : carriers) {
+        EXPECT_EQ(carrier, carriers[0]) << "one of them carried out all";
+    }
+}
+
+TEST_F(IndexStoreWriters, OneThatBreaksTheCommonTransactionDoesNotTakeTheOthersWithIt)
+{
+    std::latch inside(1);
+    std::latch release(1);
+    std::thread first([&] {
+        store.write([&](Database &) {
+            inside.count_down();
+            release.wait();
+        });
+    });
+    inside.wait();
+    std::atomic<int> refused = 0;
+    const auto tryWriting = [&](const char *sql) {
+        try {
+            store.write([sql](Database &database) { database.exec(sql); });
+        } catch (const SqliteError &) {
+            ++refused;
+        }
+    };
+    std::thread good([&] { tryWriting("INSERT INTO Study (id) VALUES (1)"); });
+    std::thread bad(
+        [&] { tryWriting("INSERT INTO Study (id) VALUES (2); ROLLBACK; SELECT a FROM nowhere"); });
+    std::thread alsoGood([&] { tryWriting("INSERT INTO Study (id) VALUES (3)"); });
+    while (store.queueLength() < 4) {
+        std::this_thread::yield();
+    }
+    release.count_down();
+    for (std::thread *thread : {&first, &good, &bad, &alsoGood}) {
+        thread->join();
+    }
+
+    EXPECT_EQ(refused, 1);
+    EXPECT_EQ(store.read([](Database &database) { return database.integer("SELECT sum(id) FROM Study"); }),
+              4);
+}
+
+TEST_F(IndexStoreReaders, DoNotWaitForAWriter)
+{
+    std::latch inside(1);
+    std::latch release(1);
+    std::thread writer([&] {
+        store.write([&](Database &database) {
+            insert(database, 0);
+            inside.count_down();
+            release.wait();
+        });
+    });
+    inside.wait();
+
+    EXPECT_EQ(studies(), 0) << "what was committed last";
+
+    release.count_down();
+    writer.join();
+    EXPECT_EQ(studies(), 1);
+}
+
+TEST_F(IndexStoreReaders, SeeOneStateThroughoutAQuery)
+{
+    store.write([](Database &database) { insert(database, 0); });
+
+    const auto counts = store.read([&](Database &database) {
+        const auto before = database.integer("SELECT count(*) FROM Study");
+        store.write([](Database &writer) { insert(writer, 1); });
+        return std::pair(before, database.integer("SELECT count(*) FROM Study"));
+    });
+
+    EXPECT_EQ(counts.first, counts.second);
+    EXPECT_EQ(studies(), 2);
+}
+
+TEST_F(IndexStoreReaders, CannotWrite)
+{
+    EXPECT_THROW(store.read([](Database &database) {
+        insert(database, 1);
+        return 0;
+    }),
+                 SqliteError);
+}
+
+} // namespace gateway::index

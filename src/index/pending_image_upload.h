@@ -1,0 +1,60 @@
+#pragma once
+
+#include "index/image_object_id.h"
+
+#include <QtCore/QList>
+#include <QtCore/QString>
+#include <QtCore/QStringList>
+#include <QtCore/QUrl>
+
+#include <cstdint>
+
+namespace gateway::index {
+
+/// One upload candidate: one stored file with all the rows that wait for it.
+struct PendingImageUpload
+{
+    QString storagePath; ///< the rows' `pathString`, trimmed
+    QList<ImageObjectID> imageObjectIDs;
+    QUrl fileURL;
+
+    /// The index's instance keys: each a SOP Instance UID followed by the decimal index of its series in the
+    /// file. Without repeats, ascending. Not to be compared with UIDs that a server names.
+    QStringList sopInstanceUIDs;
+
+    /// The SOP Instance UIDs (PS3.3 C.12.1) as they stand in the file, which is what servers name. Without
+    /// repeats, ascending.
+    QStringList originalSOPInstanceUIDs;
+
+    bool operator==(const PendingImageUpload &) const = default;
+};
+
+/// How far a run has come in the order of candidates; a new one stands before the oldest.
+struct PendingCursor
+{
+    std::int64_t createDate = INT64_MIN;
+    std::int64_t row = 0;
+};
+
+/// What a recovery put back.
+struct RecoveryCounts
+{
+    std::int64_t images = 0;
+    std::int64_t series = 0;
+    std::int64_t studies = 0;
+    bool saved = false;
+
+    bool operator==(const RecoveryCounts &) const = default;
+};
+
+/// Rows of each entity.
+struct EntityCounts
+{
+    std::int64_t studies = 0;
+    std::int64_t series = 0;
+    std::int64_t images = 0;
+
+    bool operator==(const EntityCounts &) const = default;
+};
+
+} // namespace gateway::index

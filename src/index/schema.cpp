@@ -1,0 +1,76 @@
+#include "index/schema.h"
+
+#include "index/schema_version_1.h"
+#include "platform/sqlite/database.h"
+
+#include <QtCore/QFileInfo>
+#include <QtCore/QUuid>
+
+#include <string>
+
+namespace gateway::index {
+
+using platform::Database;
+using platform::SqliteError;
+
+namespace {
+
+// "QGIX": tells our file from every other program's.
+constexpr std::int64_t kApplicationId = 0x51474958;
+
+void check(Database &database)
+{
+    const std::int64_t application = database.integer("PRAGMA application_id");
+    const std::int64_t version = database.integer("PRAGMA user_version");
+    const bool unused =
+        application == 0 && version == 0 && database.integer("SELECT count(*) FROM sqlite_master") == 0;
+    if (unused) {
+        return; // made by a run that died before its first transaction
+    }
+    if (application != kApplicationId) {
+        throw IndexOpenError(QStringLiteral("the file belongs to another program"));
+    }
+    if (version > kSchemaVersion) {
+        throw IndexOpenError(QStringLiteral("the file was written by a later version of this program"));
+    }
+    if (version < 1 || database.integer("SELECT count(*) FROM Ledger") != 1) {
+        throw IndexOpenError(QStringLiteral("the file is damaged"));
+    }
+}
+
+} // namespace
+
+IndexOpenError::IndexOpenError(const QString &reason)
+    : std::runtime_error((QStringLiteral("Failed loading persistent store: ") + reason).toStdString())
+{
+}
+
+void checkIndexFile(const QString &path)
+{
+    const QFileInfo file(path);
+    if (!file.exists() || (file.isFile() && file.size() == 0)) {
+        return;
+    }
+    try {
+        Database database = Database::open(path, Database::Access::readOnly);
+        check(database);
+    } catch (const SqliteError &error) {
+        throw IndexOpenError(error.message());
+    }
+}
+
+void bringSchemaUpToDate(Database &database)
+{
+    platform::Transaction transaction(database);
+    if (database.integer("PRAGMA user_version") < 1) {
+        database.exec(kSchemaVersion1);
+        database.prepare("INSERT INTO Ledger (pk, storeIdentity) VALUES (1, ?)")
+            .bindAll(QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper())
+            .run();
+        database.exec("PRAGMA application_id = " + std::to_string(kApplicationId) +
+                      "; PRAGMA user_version = 1");
+    }
+    transaction.commit();
+}
+
+} // namespace gateway::index

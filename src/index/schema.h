@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QtCore/QString>
+
+#include <stdexcept>
+
+namespace gateway::platform {
+class Database;
+}
+
+namespace gateway::index {
+
+/// The index file can't be used: unreadable, damaged, another program's, or written by a later version.
+/// Its text is one sentence for the operator; the file is as it was.
+class IndexOpenError : public std::runtime_error
+{
+public:
+    /// \param reason  what is wrong, as the end of the sentence.
+    explicit IndexOpenError(const QString &reason);
+
+    QString message() const { return QString::fromUtf8(what()); }
+};
+
+/// The layout of the index file that this program writes; kept in the file as PRAGMA user_version.
+inline constexpr int kSchemaVersion = 1;
+
+/// Looks at the file at `path` through a read-only connection and throws IndexOpenError unless it is missing,
+/// empty, or an index of this version or an older one. Changes nothing.
+void checkIndexFile(const QString &path);
+
+/// Makes the tables of a new file, or brings an older file to this version, in one transaction.
+/// Throws SqliteError.
+void bringSchemaUpToDate(platform::Database &database);
+
+} // namespace gateway::index

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QtCore/QString>
+#include <QtCore/QVariantMap>
+
+#include <optional>
+
+namespace gateway::platform {
+
+/// What the parser found in a file, by the names that the index knows.
+using DicomElements = QVariantMap;
+
+/// Reads the elements of DICOM files (PS3.10), up to the pixel data.
+///
+/// Thread: any; several files at a time.
+class DicomParsing
+{
+public:
+    virtual ~DicomParsing() = default;
+
+    /// Reads the file at `path`; blocks until it is read or given up.
+    ///
+    /// \return nothing when the file isn't readable as DICOM.
+    /// \throws std::exception  when the service that reads could not do its work, which says nothing about
+    ///                         the file.
+    virtual std::optional<DicomElements> parse(const QString &path) = 0;
+};
+
+} // namespace gateway::platform
