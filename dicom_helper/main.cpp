@@ -1,4 +1,5 @@
 #include "dicom_helper/scp/scp.h"
+#include "dicom_helper/worker/worker.h"
 #include "platform/dicom_protocol/words.h"
 
 #include <csignal>
@@ -20,6 +21,7 @@ struct Role
 
 constexpr Role kRoles[] = {
     {"scp", gateway::dicom_helper::scp::run},
+    {"worker", gateway::dicom_helper::worker::run},
 };
 
 /// Takes the gateway's end of the channel; not inherited by anything that is started from here.

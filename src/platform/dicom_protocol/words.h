@@ -25,9 +25,18 @@ inline constexpr int kChannelDescriptor = 3;
 //   parse    path
 //   convert  path, output (a path that doesn't exist yet)
 // From a worker:
-//   parsed     the elements, by their keys
-//   unreadable message (not DICOM, truncated, too deep, ...)
+//   parsed     the elements, by their keys; each value begins with the letter of its type, see below
+//   unreadable message (not DICOM, no identity, ...)
 //   converted  path (the output, or the input's where nothing is to convert)
 //   failed     message
+// No message holds anything that a file says.
+
+inline constexpr char kTextValue = 's';    ///< UTF-8
+inline constexpr char kIntegerValue = 'i'; ///< decimal, within 64 bits
+inline constexpr char kRealValue = 'r';    ///< decimal, with a point or an exponent where needed
+inline constexpr char kRealsValue = 'v';   ///< such numbers, parted by backslashes
+inline constexpr char kBooleanValue = 'b'; ///< 1 or 0
+/// YYYY-MM-DD, THH:MM:SS.mmm where the time is known, and +HH:MM where the offset from UTC is too.
+inline constexpr char kDateValue = 'd';
 
 } // namespace gateway::platform::dicom_protocol

@@ -1,0 +1,436 @@
+#include "dicom_helper/worker/converter.h"
+
+#include "dicom_helper/worker/charls_codec.h"
+#include "dicom_helper/worker/object_header.h"
+#include "dicom_helper/worker/testing/sample_object.h"
+#include "dicom_helper/worker/toolkit_object.h"
+
+#include <QtCore/QProcess>
+#include <QtCore/QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+namespace gateway::dicom_helper::worker::testing {
+
+using gateway::platform::dicom_protocol::Record;
+
+namespace {
+
+/// CharLS with a fault that the test puts in.
+class FaultyCodec final : public FrameCodec
+{
+public:
+    std::optional<std::size_t>
+    encode(const FrameShape &shape, std::span<const std::byte> frame, std::span<std::byte> encoded) override
+    {
+        if (refuses) {
+            throw CodecError("refused");
+        }
+        std::vector<std::byte> changed(frame.begin(), frame.end());
+        if (shape.bytes() > 100 && frameCount++ == faultyFrame) {
+            changed[100] ^= std::byte{1};
+        }
+        return m_codec.encode(shape, changed, encoded);
+    }
+
+    void
+    decode(const FrameShape &shape, std::span<const std::byte> encoded, std::span<std::byte> frame) override
+    {
+        m_codec.decode(shape, encoded, frame);
+    }
+
+    int faultyFrame = -1;
+    bool refuses = false;
+
+private:
+    CharlsCodec m_codec;
+    int frameCount = 0;
+};
+
+class ConverterTest : public ::testing::Test
+{
+protected:
+    ConverterTest() { prepareToolkit(); }
+
+    std::string path(const char *name) const
+    {
+        return m_folder.filePath(QString::fromLatin1(name)).toStdString();
+    }
+
+    Record converted(std::string_view bytes)
+    {
+        writeFile(path("source"), bytes);
+        return Converter(m_codec).convert(path("source"), path("output"));
+    }
+
+    bool isConverted(const Record &record) const
+    {
+        return record.word == "converted" && record.text("path") == path("output");
+    }
+
+    bool nothingToConvert(const Record &record) const
+    {
+        return record.word == "converted" && record.text("path") == path("source") && !hasOutput();
+    }
+
+    bool hasOutput() const { return QFile::exists(QString::fromStdString(path("output"))); }
+
+    /// The pixel data that the toolkit's own tool decodes from the output, as little endian bytes.
+    std::string decodedByTheToolkit(const char *planar = "+pr")
+    {
+        const QStringList arguments{QString::fromLatin1(planar),
+                                    QStringLiteral("+te"),
+                                    QString::fromStdString(path("output")),
+                                    QString::fromStdString(path("decoded"))};
+        if (QProcess::execute(QStringLiteral("dcmdjpls"), arguments) != 0) {
+            ADD_FAILURE() << "the toolkit refuses the output";
+            return {};
+        }
+        auto source = DicomSource::open(path("decoded"));
+        const ObjectHeader header = readHeader(*source);
+        return source->dataset().text(header.pixelData->valueOffset, header.pixelData->length);
+    }
+
+    QTemporaryDir m_folder;
+    FaultyCodec m_codec;
+};
+
+std::string littleEndianWords(std::string bytes)
+{
+    for (std::size_t i = 0; i + 1 < bytes.size(); i += 2) {
+        std::swap(bytes[i], bytes[i + 1]);
+    }
+    return bytes;
+}
+
+std::string byPixel(const std::string &planes, std::size_t frames, std::size_t width)
+{
+    std::string pixels;
+    const std::size_t frame = planes.size() / frames;
+    for (std::size_t base = 0; base < planes.size(); base += frame) {
+        for (std::size_t i = 0; i < frame / 3; i += width) {
+            for (std::size_t sample = 0; sample < 3; ++sample) {
+                pixels += planes.substr(base + sample * (frame / 3) + i, width);
+            }
+        }
+    }
+    return pixels;
+}
+
+} // namespace
+
+TEST_F(ConverterTest, GreyOfAllDepthsIsDecodedToTheSameBitsByAnotherDecoder)
+{
+    for (const auto &[allocated, stored] : std::vector<std::pair<std::uint16_t, std::uint16_t>>{
+             {8, 2}, {8, 7}, {8, 8}, {16, 8}, {16, 10}, {16, 12}, {16, 15}, {16, 16}}) {
+        for (const auto sign : std::initializer_list<std::uint16_t>{0, 1}) {
+            SampleImage image;
+            image.allocated = allocated;
+            image.stored = stored;
+            image.highBit = static_cast<std::uint16_t>(stored - 1);
+            image.sign = sign;
+            QFile::remove(QString::fromStdString(path("output")));
+
+            const Record record = converted(fileOf(image));
+
+            ASSERT_TRUE(isConverted(record)) << allocated << ' ' << stored << record.text("message");
+            EXPECT_EQ(decodedByTheToolkit(), somePixels(image)) << allocated << ' ' << stored << ' ' << sign;
+        }
+    }
+}
+
+TEST_F(ConverterTest, EveryNativeEncodingGivesTheSameResult)
+{
+    SampleImage image;
+    ASSERT_TRUE(isConverted(converted(fileOf(image))));
+    const std::string wanted = readFile(path("output"));
+
+    for (const auto syntax : {kImplicitLittleEndian, kExplicitBigEndian, kDeflatedExplicitLittleEndian}) {
+        image.transferSyntax = syntax;
+        QFile::remove(QString::fromStdString(path("output")));
+        const Record record = converted(fileOf(image));
+        ASSERT_TRUE(isConverted(record)) << syntax << record.text("message");
+        EXPECT_EQ(readFile(path("output")), wanted) << syntax;
+    }
+}
+
+TEST_F(ConverterTest, BytesInBigEndianWordsComeInTheirOrder)
+{
+    SampleImage image;
+    image.allocated = 8;
+    image.stored = 8;
+    image.highBit = 7;
+    const std::string pixels = somePixels(image);
+    image.transferSyntax = kExplicitBigEndian;
+    image.pixels = littleEndianWords(pixels);
+    std::string bytes = fileOf(image);
+    const std::size_t at = bytes.rfind("OB");
+    bytes.replace(at, 2, "OW");
+
+    ASSERT_TRUE(isConverted(converted(bytes)));
+
+    EXPECT_EQ(decodedByTheToolkit(), pixels);
+}
+
+TEST_F(ConverterTest, BitsOutsideTheStoredOnesSurvive)
+{
+    SampleImage overlay;
+    overlay.pixels = somePixels(overlay);
+    for (std::size_t i = 1; i < overlay.pixels.size(); i += 20) {
+        overlay.pixels[i] = static_cast<char>(overlay.pixels[i] | '\x80');
+    }
+    ASSERT_TRUE(isConverted(converted(fileOf(overlay))));
+    EXPECT_EQ(decodedByTheToolkit(), overlay.pixels);
+
+    SampleImage shifted;
+    shifted.highBit = 15;
+    QFile::remove(QString::fromStdString(path("output")));
+    ASSERT_TRUE(isConverted(converted(fileOf(shifted))));
+    EXPECT_EQ(decodedByTheToolkit(), somePixels(shifted));
+}
+
+TEST_F(ConverterTest, ColourByPixelAndByPlaneBothArriveByPixel)
+{
+    for (const auto allocated : std::initializer_list<std::uint16_t>{8, 16}) {
+        for (const auto planar : std::initializer_list<std::uint16_t>{0, 1}) {
+            SampleImage image;
+            image.photometric = "RGB";
+            image.samples = 3;
+            image.planar = planar;
+            image.allocated = allocated;
+            image.stored = allocated;
+            image.highBit = static_cast<std::uint16_t>(allocated - 1);
+            image.frames = 2;
+            QFile::remove(QString::fromStdString(path("output")));
+
+            ASSERT_TRUE(isConverted(converted(fileOf(image)))) << planar;
+
+            const std::string pixels = somePixels(image);
+            EXPECT_EQ(decodedByTheToolkit("+px"), planar == 0 ? pixels : byPixel(pixels, 2, allocated / 8U));
+            auto output = DicomSource::open(path("output"));
+            EXPECT_EQ(readHeader(*output).unsignedShort(kPlanarConfiguration), 0U);
+        }
+    }
+}
+
+TEST_F(ConverterTest, MultiFrameAndPaletteObjectsAreConverted)
+{
+    SampleImage cine;
+    cine.allocated = 8;
+    cine.stored = 8;
+    cine.highBit = 7;
+    cine.frames = 9;
+    ASSERT_TRUE(isConverted(converted(fileOf(cine))));
+    EXPECT_EQ(decodedByTheToolkit(), somePixels(cine));
+
+    SampleImage palette = cine;
+    palette.frames = 1;
+    palette.photometric = "PALETTE COLOR";
+    QFile::remove(QString::fromStdString(path("output")));
+    ASSERT_TRUE(isConverted(converted(fileOf(palette))));
+    EXPECT_EQ(decodedByTheToolkit(), somePixels(palette));
+}
+
+TEST_F(ConverterTest, FramesOfAnOddNumberOfBytesAreConverted)
+{
+    SampleImage image;
+    image.allocated = 8;
+    image.stored = 8;
+    image.highBit = 7;
+    image.columns = 63;
+    image.rows = 47;
+    image.frames = 3;
+
+    ASSERT_TRUE(isConverted(converted(fileOf(image))));
+
+    EXPECT_EQ(decodedByTheToolkit().substr(0, std::size_t{63} * 47 * 3), somePixels(image));
+}
+
+TEST_F(ConverterTest, AllOtherAttributesStay)
+{
+    DatasetWriter item;
+    item.text(0x00081150U, "UI", "1.2").text(0x00081155U, "UI", "3.4");
+    SampleImage image;
+    DatasetWriter dataset;
+    dataset.sequence(0x00080006U, item, true)
+        .bytes(datasetOf(image))
+        .text(0x7FE11001U, "LO", "behind the pixels")
+        .raw(0xFFFCFFFCU, vr('O', 'B'), std::string(6, '\0'));
+
+    ASSERT_TRUE(isConverted(converted(part10(kExplicitLittleEndian, dataset.all()))));
+
+    auto output = DicomSource::open(path("output"));
+    EXPECT_EQ(output->layout().transferSyntax, kJpegLsLossless);
+    EXPECT_EQ(output->layout().mediaStorageSopInstance, image.sopInstance);
+    const std::string bytes = readFile(path("output"));
+    EXPECT_NE(bytes.find("behind the pixels"), std::string::npos);
+    ElementScanner scanner(output->file(), output->datasetOffset(), {}, {});
+    std::vector<Tag> tags;
+    while (const auto element = scanner.next()) {
+        tags.push_back(element->tag);
+    }
+    EXPECT_EQ(scanner.end(), ScanEnd::atEnd);
+    EXPECT_EQ(tags,
+              (std::vector<Tag>{0x00080006U,
+                                0x00081150U,
+                                0x00081155U,
+                                kSopClassUid,
+                                kSopInstanceUid,
+                                kStudyDate,
+                                kModality,
+                                kPatientName,
+                                kPatientId,
+                                kStudyInstanceUid,
+                                kSeriesInstanceUid,
+                                kSamplesPerPixel,
+                                kPhotometricInterpretation,
+                                kRows,
+                                kColumns,
+                                kBitsAllocated,
+                                kBitsStored,
+                                kHighBit,
+                                kPixelRepresentation,
+                                kPixelData,
+                                0x7FE11001U,
+                                0xFFFCFFFCU}));
+}
+
+TEST_F(ConverterTest, WhatIsNotForTheEncoderComesBackAsItIs)
+{
+    SampleImage image;
+    DatasetWriter compressed;
+    compressed.bytes(datasetOf(image).substr(0, datasetOf(image).size() - 12 - somePixels(image).size()))
+        .fragments({"0123"});
+    EXPECT_TRUE(nothingToConvert(converted(part10("1.2.840.10008.1.2.5", compressed.all()))));
+    EXPECT_TRUE(nothingToConvert(converted(part10(kJpegLsLossless, compressed.all()))));
+    EXPECT_TRUE(nothingToConvert(converted(part10("1.2.3.4.private", datasetOf(image)))));
+
+    DatasetWriter report;
+    report.text(kSopInstanceUid, "UI", "1.2").text(kStudyInstanceUid, "UI", "1.2.3");
+    EXPECT_TRUE(nothingToConvert(converted(part10(kExplicitLittleEndian, report.all()))));
+
+    const auto varied = [this](auto change) {
+        SampleImage other;
+        change(other);
+        other.pixels = std::string(std::size_t{64} * 48 * 2 * other.samples, '\0');
+        return nothingToConvert(converted(fileOf(other)));
+    };
+    EXPECT_TRUE(varied([](SampleImage &i) { i.allocated = 32; }));
+    EXPECT_TRUE(varied([](SampleImage &i) { i.allocated = 1; }));
+    EXPECT_TRUE(varied([](SampleImage &i) { i.stored = 17; }));
+    EXPECT_TRUE(varied([](SampleImage &i) { i.stored = 1; }));
+    EXPECT_TRUE(varied([](SampleImage &i) { i.photometric = "YBR_FULL_422"; }));
+    EXPECT_TRUE(varied([](SampleImage &i) { i.samples = 4; }));
+    EXPECT_TRUE(varied([](SampleImage &i) { i.rows = 0; }));
+    EXPECT_TRUE(varied([](SampleImage &i) { i.frames = 2; }));
+    EXPECT_TRUE(varied([](SampleImage &i) { i.sign = 2; }));
+}
+
+TEST_F(ConverterTest, WhatWouldNotGetSmallerComesBackAsItIs)
+{
+    SampleImage image;
+    image.allocated = 8;
+    image.stored = 8;
+    image.highBit = 7;
+    std::uint64_t state = 7;
+    while (image.pixels.size() < std::size_t{64} * 48) {
+        state = state * 6364136223846793005U + 1442695040888963407U;
+        image.pixels.push_back(static_cast<char>(state >> 56U));
+    }
+
+    EXPECT_TRUE(nothingToConvert(converted(fileOf(image))));
+}
+
+TEST_F(ConverterTest, ADifferenceInAnyFrameIsFound)
+{
+    SampleImage image;
+    image.frames = 3;
+    for (int frame = 0; frame < 3; ++frame) {
+        FaultyCodec codec;
+        codec.faultyFrame = frame;
+        writeFile(path("source"), fileOf(image));
+
+        const Record record = Converter(codec).convert(path("source"), path("output"));
+
+        EXPECT_EQ(record.word, "failed");
+        EXPECT_EQ(record.text("message"), "the converted pixels differ from the source's");
+        EXPECT_FALSE(hasOutput());
+    }
+}
+
+TEST_F(ConverterTest, TheEncodersDoubtIsAFailure)
+{
+    m_codec.refuses = true;
+
+    EXPECT_EQ(converted(fileOf({})).word, "failed");
+    EXPECT_FALSE(hasOutput());
+}
+
+TEST_F(ConverterTest, AnExistingOutputIsNotTouched)
+{
+    writeFile(path("output"), "precious");
+
+    EXPECT_EQ(converted(fileOf({})).word, "failed");
+    EXPECT_EQ(readFile(path("output")), "precious");
+}
+
+TEST_F(ConverterTest, AnAbandonedConversionEndsBeforeTheNextFrame)
+{
+    writeFile(path("source"), fileOf({}));
+
+    const Record record = Converter(m_codec, [] { return true; }).convert(path("source"), path("output"));
+
+    EXPECT_EQ(record.word, "failed");
+    EXPECT_FALSE(hasOutput());
+}
+
+TEST_F(ConverterTest, DamagedObjectsFailOrComeBackButAreNeverConverted)
+{
+    const std::string whole = fileOf({});
+
+    for (std::size_t size = 0; size < whole.size(); size += size < 1200 ? 13 : 997) {
+        const Record record = converted(std::string_view(whole).substr(0, size));
+        EXPECT_FALSE(isConverted(record)) << size;
+        EXPECT_FALSE(hasOutput());
+    }
+}
+
+TEST_F(ConverterTest, NestingBeyondTheLimitNeverReachesTheToolkit)
+{
+    for (const int levels : {65, 50'000}) {
+        DatasetWriter dataset;
+        for (int i = 0; i < levels; ++i) {
+            dataset.header(0x00081115U, vr('S', 'Q'), kUndefinedLength)
+                .header(0xFFFEE000U, 0, kUndefinedLength);
+        }
+        for (int i = 0; i < levels; ++i) {
+            dataset.header(0xFFFEE00DU, 0, 0).header(0xFFFEE0DDU, 0, 0);
+        }
+        dataset.bytes(datasetOf({}));
+
+        const Record record = converted(part10(kExplicitLittleEndian, dataset.all()));
+
+        EXPECT_EQ(record.text("message"), "the object's sequences are nested too deep");
+    }
+}
+
+TEST_F(ConverterTest, ADeflateBombFailsCleanly)
+{
+    SampleImage image;
+    DatasetWriter dataset;
+    dataset.bytes(datasetOf(image))
+        .header(0x7FE11001U, vr('O', 'B'), 200U * 1024 * 1024)
+        .bytes(std::string(std::size_t{200} * 1024 * 1024, '\0'));
+
+    const Record record = converted(part10(kDeflatedExplicitLittleEndian, deflated(dataset.all())));
+
+    EXPECT_EQ(record.text("message"), "the deflated object can't be unpacked whole");
+    EXPECT_FALSE(hasOutput());
+}
+
+TEST_F(ConverterTest, AHeaderThatContradictsItsMetaInformationFails)
+{
+    EXPECT_EQ(converted(part10(kImplicitLittleEndian, datasetOf({}))).word, "failed");
+}
+
+} // namespace gateway::dicom_helper::worker::testing

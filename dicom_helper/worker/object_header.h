@@ -1,0 +1,64 @@
+#pragma once
+
+#include "dicom_helper/worker/file_layout.h"
+
+#include <map>
+#include <memory>
+#include <string>
+
+namespace gateway::dicom_helper::worker {
+
+/// What the jobs need of an object: the raw values of the attributes they know, and where the pixels are.
+///
+/// Thread: a plain value.
+struct ObjectHeader
+{
+    FileLayout layout;
+    DatasetEncoding encoding;
+    std::map<Tag, std::string> values; ///< as they stand in the file, the first of each tag; bounded
+    std::optional<Element> pixelData;
+    ScanEnd end = ScanEnd::running; ///< `running` when the walk stopped at the pixel data
+    unsigned elements = 0;          ///< how many the dataset had up to there
+
+    /// The raw value, empty where it is absent.
+    std::string_view raw(Tag tag) const;
+
+    /// The first value as a text of the default repertoire, without padding.
+    std::string_view word(Tag tag) const;
+
+    /// The value of an attribute of representation US (or UL).
+    std::optional<std::uint32_t> unsignedShort(Tag tag) const;
+
+    /// The first value of an attribute of representation IS.
+    std::optional<std::int64_t> integerString(Tag tag) const;
+};
+
+/// A file and, where its dataset is deflated, what it unpacks to.
+///
+/// Owner: the job. Thread: the worker's only one.
+class DicomSource
+{
+public:
+    /// Nothing when `path` can't be opened or is no regular file.
+    static std::optional<DicomSource> open(const std::string &path);
+
+    const FileLayout &layout() const { return m_layout; }
+    FileBytes &file() { return *m_file; }
+
+    /// The bytes that hold the dataset, and where it begins in them.
+    ByteSource &dataset();
+    std::uint64_t datasetOffset() const { return m_layout.deflated ? 0 : m_layout.datasetOffset; }
+
+    /// False when a deflated dataset, read to where it seemed to end, was cut short by damage or its limit.
+    bool unpackedWhole() const { return !m_inflated || m_inflated->endedWell(); }
+
+private:
+    std::unique_ptr<FileBytes> m_file;
+    FileLayout m_layout;
+    std::unique_ptr<InflatedBytes> m_inflated;
+};
+
+/// Reads the elements up to the pixel data. A damaged object gives what stands before the damage.
+ObjectHeader readHeader(DicomSource &source);
+
+} // namespace gateway::dicom_helper::worker

@@ -1,0 +1,112 @@
+#include "platform/dicom/dicom_file.h"
+
+#include "platform/concurrency/clock.h"
+#include "platform/dicom/worker_process_pool.h"
+#include "platform/dicom_protocol/words.h"
+
+#include <QtCore/QDateTime>
+#include <QtCore/QFile>
+
+#include <array>
+
+namespace gateway::platform {
+
+namespace {
+
+using dicom_protocol::Record;
+
+/// Parsing takes less than a millisecond; only a disk that has gone to sleep takes longer.
+constexpr std::chrono::seconds kJobTimeout(60);
+
+/// Pauses before the next try. A full process table or memory gets a minute to recover.
+constexpr std::array<std::chrono::milliseconds, 7> kPauses{std::chrono::milliseconds(100),
+                                                           std::chrono::milliseconds(400),
+                                                           std::chrono::milliseconds(1500),
+                                                           std::chrono::seconds(5),
+                                                           std::chrono::seconds(10),
+                                                           std::chrono::seconds(20),
+                                                           std::chrono::seconds(25)};
+
+/// A file that a worker couldn't stand twice has shown that it isn't chance.
+constexpr int kTriesOnWorkers = 2;
+
+QDateTime toDate(const QString &text)
+{
+    const qsizetype time = text.indexOf(u'T');
+    if (time < 0) {
+        // Midnight where the gateway stands: DICOM times are local to the equipment (PS3.3 C.12.1.1).
+        return QDate::fromString(text, Qt::ISODate).startOfDay().toUTC();
+    }
+    return QDateTime::fromString(text, Qt::ISODateWithMs).toUTC();
+}
+
+QVariant toReals(const QString &text)
+{
+    QVariantList values;
+    for (const QString &value : text.split(u'\\')) {
+        values.append(value.toDouble());
+    }
+    return values;
+}
+
+/// The value of one field; an invalid one where the worker sent something unexpected.
+QVariant toVariant(std::string_view field)
+{
+    if (field.empty()) {
+        return {};
+    }
+    const QString text = QString::fromUtf8(field.data() + 1, static_cast<qsizetype>(field.size() - 1));
+    switch (field.front()) {
+    case dicom_protocol::kTextValue:
+        return text;
+    case dicom_protocol::kIntegerValue:
+        return text.toLongLong();
+    case dicom_protocol::kRealValue:
+        return text.toDouble();
+    case dicom_protocol::kRealsValue:
+        return toReals(text);
+    case dicom_protocol::kBooleanValue:
+        return text == QStringLiteral("1");
+    case dicom_protocol::kDateValue:
+        return toDate(text);
+    default:
+        return {};
+    }
+}
+
+DicomElements toElements(const Record &record, const QString &path)
+{
+    DicomElements elements;
+    for (const auto &[key, field] : record.fields) {
+        const QVariant value = toVariant(field);
+        if (value.isValid()) {
+            elements.insert(QString::fromStdString(key), value);
+        }
+    }
+    elements.insert(QStringLiteral("filePath"), path);
+    return elements;
+}
+
+} // namespace
+
+std::optional<DicomElements> DicomFile::parse(const QString &path)
+{
+    const Record job{"parse", {{"path", QFile::encodeName(path).toStdString()}}};
+    int triesOnWorkers = 0;
+    for (std::size_t pause = 0;; ++pause) {
+        const WorkerProcessPool::Result result = m_workers.run(job, kJobTimeout);
+        if (result.outcome == WorkerProcessPool::Outcome::answered) {
+            const bool parsed = result.answer.word == "parsed";
+            return parsed ? std::optional(toElements(result.answer, path)) : std::nullopt;
+        }
+        if (result.outcome != WorkerProcessPool::Outcome::notStarted && ++triesOnWorkers == kTriesOnWorkers) {
+            return std::nullopt;
+        }
+        if (pause == kPauses.size()) {
+            return std::nullopt;
+        }
+        m_clock.sleep(kPauses[pause], {});
+    }
+}
+
+} // namespace gateway::platform

@@ -1,0 +1,222 @@
+#include "platform/dicom/dicom_file.h"
+
+#include "platform/concurrency/clock.h"
+#include "platform/dicom/dicom_converter_wrapper.h"
+#include "platform/dicom/testing/small_object.h"
+#include "platform/dicom/worker_process_pool.h"
+
+#include <QtCore/QCoreApplication>
+#include <QtCore/QDateTime>
+#include <QtCore/QDir>
+#include <QtCore/QFile>
+#include <QtCore/QTemporaryDir>
+#include <QtCore/QTimeZone>
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+namespace gateway::platform {
+
+using gateway::platform::testing::element;
+using gateway::platform::testing::smallObject;
+
+namespace {
+
+/// A clock on which sleeping takes no time, and which can do something meanwhile.
+class ImpatientClock final : public Clock
+{
+public:
+    QDateTime now() const override { return {}; }
+    std::chrono::nanoseconds monotonic() const override { return slept; }
+    bool sleep(std::chrono::nanoseconds duration, std::stop_token) override
+    {
+        slept += duration;
+        ++sleeps;
+        if (onSleep) {
+            onSleep();
+        }
+        return true;
+    }
+
+    std::function<void()> onSleep;
+    std::chrono::nanoseconds slept{0};
+    int sleeps = 0;
+};
+
+class DicomClients : public ::testing::Test
+{
+protected:
+    QString write(const QString &name, const std::string &bytes) const
+    {
+        const QString path = m_folder.filePath(name);
+        QFile file(path);
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(QByteArray::fromStdString(bytes));
+        return path;
+    }
+
+    QString temporaryFolder() const { return m_folder.filePath(QStringLiteral("converted")); }
+
+    QStringList temporaryFiles() const { return QDir(temporaryFolder()).entryList(QDir::Files); }
+
+    QTemporaryDir m_folder;
+    ImpatientClock m_clock;
+    WorkerProcessPool m_workers{1, helperProgramPath()};
+};
+
+} // namespace
+
+TEST_F(DicomClients, ParsingGivesTypedElements)
+{
+    const QString path =
+        write(QStringLiteral("Bild ü.dcm"),
+              smallObject(element(0x0008, 0x0030, "TM", "120000.5") + element(0x0008, 0x0201, "SH", "+0200") +
+                          element(0x0020, 0x0011, "IS", "3") + element(0x0020, 0x0032, "DS", "1.5\\-2\\3") +
+                          element(0x0020, 0x1041, "DS", "7.25")));
+
+    const auto elements = DicomFile(m_workers, m_clock).parse(path);
+
+    ASSERT_TRUE(elements);
+    EXPECT_EQ(elements->value(QStringLiteral("patientUID")), QVariant(QStringLiteral("P1")));
+    EXPECT_EQ(elements->value(QStringLiteral("filePath")), QVariant(path));
+    EXPECT_EQ(elements->value(QStringLiteral("hasDICOM")), QVariant(true));
+    EXPECT_EQ(elements->value(QStringLiteral("width")), QVariant(64LL));
+    EXPECT_EQ(elements->value(QStringLiteral("seriesNumber")), QVariant(3LL));
+    EXPECT_EQ(elements->value(QStringLiteral("sliceLocation")), QVariant(7.25));
+    EXPECT_EQ(elements->value(QStringLiteral("origin")), QVariant(QVariantList{1.5, -2.0, 3.0}));
+    EXPECT_EQ(elements->value(QStringLiteral("studyDate")).toDateTime(),
+              QDateTime(QDate(2020, 1, 31), QTime(10, 0, 0, 500), Qt::UTC));
+    EXPECT_FALSE(elements->contains(QStringLiteral("orientation")));
+    EXPECT_FALSE(elements->contains(QStringLiteral("numberOfSeries")));
+}
+
+TEST_F(DicomClients, ADateWithoutATimeIsMidnightWhereTheGatewayStands)
+{
+    const QString path = write(QStringLiteral("a"), smallObject());
+
+    const auto elements = DicomFile(m_workers, m_clock).parse(path);
+
+    ASSERT_TRUE(elements);
+    const QDateTime date = elements->value(QStringLiteral("studyDate")).toDateTime();
+    EXPECT_EQ(date.timeSpec(), Qt::UTC);
+    EXPECT_EQ(date.toLocalTime().date(), QDate(2020, 1, 31));
+}
+
+TEST_F(DicomClients, WhatIsNotDicomGivesNothingAtOnce)
+{
+    DicomFile parser(m_workers, m_clock);
+
+    EXPECT_FALSE(parser.parse(write(QStringLiteral("a"), "no image")));
+    EXPECT_FALSE(parser.parse(write(QStringLiteral("b"), "")));
+    EXPECT_FALSE(parser.parse(m_folder.filePath(QStringLiteral("none"))));
+    EXPECT_EQ(m_clock.sleeps, 0);
+}
+
+TEST_F(DicomClients, AWorkerThatCannotBeStartedIsWaitedFor)
+{
+    const QString path = write(QStringLiteral("a"), smallObject());
+    const QString program = m_folder.filePath(QStringLiteral("program"));
+    WorkerProcessPool workers(1, program);
+    m_clock.onSleep = [&] {
+        if (m_clock.sleeps == 3) {
+            QFile::link(helperProgramPath(), program);
+        }
+    };
+
+    const auto elements = DicomFile(workers, m_clock).parse(path);
+
+    EXPECT_TRUE(elements);
+    EXPECT_EQ(m_clock.sleeps, 3);
+}
+
+TEST_F(DicomClients, AWorkerThatNeverStartsMakesTheFileUnreadableAfterAMinute)
+{
+    WorkerProcessPool workers(1, QStringLiteral("/nowhere/quorin-dicom"));
+
+    EXPECT_FALSE(DicomFile(workers, m_clock).parse(write(QStringLiteral("a"), smallObject())));
+    EXPECT_GE(m_clock.slept, std::chrono::minutes(1));
+}
+
+TEST_F(DicomClients, ConvertingGivesASmallerFileInTheTemporaryFolder)
+{
+    const QString path = write(QStringLiteral("a"), smallObject());
+    DicomConverterWrapper converter(m_workers, temporaryFolder());
+
+    const Conversion conversion = converter.convertToJPEGLossless(path);
+
+    EXPECT_EQ(conversion.error, QString());
+    ASSERT_TRUE(conversion.path.startsWith(temporaryFolder()));
+    EXPECT_LT(QFileInfo(conversion.path).size(), QFileInfo(path).size());
+    QFile source(path);
+    ASSERT_TRUE(source.open(QIODevice::ReadOnly));
+    EXPECT_EQ(source.readAll().toStdString(), smallObject());
+    const auto elements = DicomFile(m_workers, m_clock).parse(conversion.path);
+    ASSERT_TRUE(elements);
+    EXPECT_EQ(elements->value(QStringLiteral("SOPUID")), QVariant(QStringLiteral("1.2.3.4.5")));
+}
+
+TEST_F(DicomClients, WhereNothingIsToConvertTheGivenPathComesBack)
+{
+    const QString path = write(QStringLiteral("a"), smallObject({}, 32));
+
+    const Conversion conversion =
+        DicomConverterWrapper(m_workers, temporaryFolder()).convertToJPEGLossless(path);
+
+    EXPECT_EQ(conversion.path, path);
+    EXPECT_EQ(conversion.error, QString());
+    EXPECT_TRUE(temporaryFiles().isEmpty());
+}
+
+TEST_F(DicomClients, AFailedConversionHasAnErrorAndLeavesNoFile)
+{
+    const std::string whole = smallObject();
+    DicomConverterWrapper converter(m_workers, temporaryFolder());
+
+    const Conversion missing = converter.convertToJPEGLossless(m_folder.filePath(QStringLiteral("none")));
+    const Conversion truncated =
+        converter.convertToJPEGLossless(write(QStringLiteral("a"), whole.substr(0, whole.size() - 100)));
+
+    EXPECT_EQ(missing.path, QString());
+    EXPECT_NE(missing.error, QString());
+    EXPECT_EQ(truncated.path, QString());
+    EXPECT_NE(truncated.error, QString());
+    EXPECT_TRUE(temporaryFiles().isEmpty());
+}
+
+TEST_F(DicomClients, AWorkerThatDiesInAConversionIsAnError)
+{
+    WorkerProcessPool workers(1, QStringLiteral("/bin/false"));
+
+    const Conversion conversion = DicomConverterWrapper(workers, temporaryFolder())
+                                      .convertToJPEGLossless(write(QStringLiteral("a"), smallObject()));
+
+    EXPECT_EQ(conversion.path, QString());
+    EXPECT_EQ(conversion.error, QStringLiteral("the worker ended in the middle of the conversion"));
+}
+
+TEST_F(DicomClients, AFolderThatCannotBeMadeIsAnError)
+{
+    const QString path = write(QStringLiteral("a"), smallObject());
+
+    const Conversion conversion =
+        DicomConverterWrapper(m_workers, path + QStringLiteral("/inside")).convertToJPEGLossless(path);
+
+    EXPECT_EQ(conversion.path, QString());
+    EXPECT_NE(conversion.error, QString());
+}
+
+TEST_F(DicomClients, LeftoversOfACrashAreSweptAndNothingElse)
+{
+    DicomConverterWrapper converter(m_workers, temporaryFolder());
+    const Conversion leftover = converter.convertToJPEGLossless(write(QStringLiteral("a"), smallObject()));
+    write(QStringLiteral("converted/other"), "other");
+
+    EXPECT_EQ(converter.sweepLeftovers(), 1);
+    EXPECT_EQ(converter.sweepLeftovers(), 0);
+
+    EXPECT_FALSE(QFile::exists(leftover.path));
+    EXPECT_EQ(temporaryFiles(), QStringList{QStringLiteral("other")});
+}
+
+} // namespace gateway::platform

@@ -1,0 +1,45 @@
+#include "platform/dicom_protocol/channel.h"
+#include "platform/dicom_protocol/words.h"
+
+#include <csignal>
+#include <cstdlib>
+#include <string>
+
+#include <unistd.h>
+
+using gateway::platform::dicom_protocol::Channel;
+using gateway::platform::dicom_protocol::Record;
+
+namespace {
+
+/// What a worker might do with a job; the job's word tells.
+Record obey(const Record &job, int jobsBefore)
+{
+    if (job.word == "hang") {
+        for (;;) {
+            ::pause();
+        }
+    }
+    if (job.word == "crash") {
+        std::raise(SIGKILL);
+    }
+    if (job.word == "leave" || (job.word == "leave unless new" && jobsBefore > 0)) {
+        std::_Exit(0);
+    }
+    return {"done", {{"pid", std::to_string(::getpid())}, {"echo", std::string(job.text("echo"))}}};
+}
+
+} // namespace
+
+/// Stands for quorin-dicom where a test wants a worker that misbehaves.
+int main()
+{
+    Channel channel(gateway::platform::dicom_protocol::kChannelDescriptor);
+    Record job;
+    for (int jobs = 0; channel.receive(job) == Channel::Receipt::record; ++jobs) {
+        if (!channel.send(obey(job, jobs)) || job.word == "answer and leave") {
+            break;
+        }
+    }
+    return 0;
+}
