@@ -1,0 +1,28 @@
+#pragma once
+
+#include "platform/keychain/token_store.h"
+
+namespace gateway::platform {
+
+/// Keeps secrets in the desktop's secret service, such as a keyring.
+///
+/// A locked keyring asks its user to unlock it; the call waits for that. Each call opens a session of its
+/// own, so that a service which was restarted in between is found again. Owner: app. Thread: any.
+class SecretServiceTokenStore final : public TokenStore
+{
+public:
+    /// \param home  tells these secrets from those of other homes in the same service.
+    explicit SecretServiceTokenStore(QString home);
+
+    /// True when a secret service runs, or can be started, on this session's bus.
+    static bool answers();
+
+    std::optional<QByteArray> read(const QString &key) override;
+    bool write(const QString &key, const QByteArray &value) override;
+    bool remove(const QString &key) override;
+
+private:
+    const QString m_home;
+};
+
+} // namespace gateway::platform
