@@ -1,0 +1,278 @@
+#include "account/quorin_auth_view_model.h"
+
+#include "core/device_id.h"
+#include "core/notification_names.h"
+#include "platform/concurrency/async.h"
+#include "platform/concurrency/async_sleep.h"
+#include "platform/notifications/notification_center.h"
+#include "platform/quorin_api/network_settings.h"
+#include "platform/quorin_api/qrn_user_api.h"
+#include "platform/quorin_api/quorin_error.h"
+
+#include <QtCore/QtGlobal>
+
+#include <utility>
+
+namespace gateway::account {
+
+namespace {
+
+using platform::userFacingMessage;
+
+bool isSessionRefused(const std::exception &error)
+{
+    const auto *response = dynamic_cast<const platform::QrnErrorResponse *>(&error);
+    return response != nullptr && response->kind == platform::QrnErrorKind::sessionInvalid;
+}
+
+QString labelOf(const platform::QrnUser &user)
+{
+    if (user.workplaceName) {
+        return *user.workplaceName;
+    }
+    return user.email ? *user.email : QStringLiteral("User #%1").arg(user.id);
+}
+
+} // namespace
+
+QuorinAuthViewModel::QuorinAuthViewModel(const QuorinAuthParts &parts,
+                                         const std::optional<QString> &clientVersion)
+    : m_parts(parts),
+      m_clientVersion(clientVersion && !clientVersion->isEmpty() ? *clientVersion : QStringLiteral("1.0.0")),
+      m_scope(parts.main, parts.pool)
+{
+}
+
+QuorinAuthViewModel::~QuorinAuthViewModel()
+{
+    close();
+}
+
+void QuorinAuthViewModel::close()
+{
+    m_scope.close();
+}
+
+void QuorinAuthViewModel::enterMain() const
+{
+    if (!m_parts.main.isCurrent()) {
+        qFatal("QuorinAuthViewModel was used away from the main thread");
+    }
+}
+
+void QuorinAuthViewModel::clearLastAuthError()
+{
+    enterMain();
+    setError(std::nullopt);
+}
+
+void QuorinAuthViewModel::startPolling(std::chrono::seconds interval)
+{
+    enterMain();
+    if (!std::exchange(m_isPolling, true)) {
+        m_scope.start(poll(interval, m_scope.stopToken()));
+    }
+}
+
+QCoro::Task<> QuorinAuthViewModel::poll(std::chrono::seconds interval, std::stop_token stop)
+{
+    const auto operation = m_scope.enter();
+    while (!stop.stop_requested()) {
+        co_await refresh(false);
+        const bool sleptThrough = co_await platform::asyncSleep(m_parts.main, m_parts.clock, interval, stop);
+        if (!sleptThrough) {
+            break;
+        }
+    }
+}
+
+QCoro::Task<> QuorinAuthViewModel::refresh(bool force)
+{
+    enterMain();
+    const bool mayRun = (force || !m_refreshInFlight) && !m_scope.stopToken().stop_requested();
+    if (!mayRun) {
+        co_return;
+    }
+    const auto operation = m_scope.enter();
+    m_refreshInFlight = true;
+    bool isSettled = false;
+    while (!isSettled) {
+        isSettled = co_await lookOnce();
+    }
+    m_refreshInFlight = false;
+}
+
+/// One look at the session as it stands; false when the session became another one meanwhile.
+QCoro::Task<bool> QuorinAuthViewModel::lookOnce()
+{
+    const std::optional<QString> token = m_parts.networkSettings.token();
+    if (!token) {
+        endSession();
+        co_return true;
+    }
+    Verdict verdict = co_await checkToken(*token);
+    if (verdict == Verdict::good) {
+        verdict = co_await loadUser(*token);
+    }
+    co_return verdict != Verdict::overtaken;
+}
+
+QCoro::Task<QuorinAuthViewModel::Verdict> QuorinAuthViewModel::checkToken(QString token)
+{
+    bool isRefused = false;
+    std::optional<QString> message;
+    try {
+        co_await platform::onPool(
+            m_parts.main, m_parts.pool, [api = &m_parts.user] { api->tokenExpiration(); });
+    } catch (const std::exception &error) {
+        isRefused = isSessionRefused(error);
+        message = userFacingMessage(error,
+                                    isRefused ? QStringLiteral("Session expired. Please sign in again.")
+                                              : QStringLiteral("Unable to verify account session."));
+    }
+    if (m_scope.stopToken().stop_requested()) {
+        co_return Verdict::closing;
+    }
+    if (isOvertaken(token)) {
+        co_return Verdict::overtaken;
+    }
+    if (message) {
+        setError(message);
+    }
+    if (isRefused) {
+        forgetSession();
+        endSession();
+        co_return Verdict::ended;
+    }
+    co_return Verdict::good;
+}
+
+QCoro::Task<QuorinAuthViewModel::Verdict> QuorinAuthViewModel::loadUser(QString token)
+{
+    std::optional<platform::QrnUser> user;
+    QString message;
+    try {
+        user = co_await platform::onPool(
+            m_parts.main, m_parts.pool, [api = &m_parts.user] { return api->getUser(); });
+    } catch (const std::exception &error) {
+        message = userFacingMessage(error, QStringLiteral("Unable to load account details."));
+    }
+    if (m_scope.stopToken().stop_requested()) {
+        co_return Verdict::closing;
+    }
+    if (isOvertaken(token)) {
+        co_return Verdict::overtaken;
+    }
+    m_signedInLabel = user ? std::optional(labelOf(*user)) : std::nullopt;
+    m_lastAuthError = user ? std::nullopt : std::optional(message);
+    m_state = AuthState::signedIn(m_signedInLabel);
+    announce();
+    co_return Verdict::good;
+}
+
+QCoro::Task<bool> QuorinAuthViewModel::signIn(QString email, QString password)
+{
+    enterMain();
+    if (m_isChecking || m_scope.stopToken().stop_requested()) {
+        co_return false;
+    }
+    const auto operation = m_scope.enter();
+    setChecking(true);
+    setError(std::nullopt);
+    const bool isSignedIn = co_await login(std::move(email), std::move(password));
+    if (isSignedIn) {
+        co_await refresh(true);
+    }
+    setChecking(false);
+    co_return isSignedIn;
+}
+
+QCoro::Task<bool> QuorinAuthViewModel::login(QString email, QString password)
+{
+    try {
+        co_await platform::onPool(m_parts.main,
+                                  m_parts.pool,
+                                  [api = &m_parts.authentication, request = loginRequest(email, password)] {
+                                      api->login(request);
+                                  });
+    } catch (const std::exception &error) {
+        setError(userFacingMessage(
+            error, QStringLiteral("Sign in failed. Please check your credentials and try again.")));
+        co_return false;
+    }
+    co_return true;
+}
+
+QCoro::Task<> QuorinAuthViewModel::signOut()
+{
+    enterMain();
+    if (m_isChecking || m_scope.stopToken().stop_requested()) {
+        co_return;
+    }
+    const auto operation = m_scope.enter();
+    setChecking(true);
+    co_await logout();
+    co_await refresh(true);
+    setChecking(false);
+}
+
+QCoro::Task<> QuorinAuthViewModel::logout()
+{
+    try {
+        co_await platform::onPool(
+            m_parts.main, m_parts.pool, [api = &m_parts.authentication] { api->logout(); });
+    } catch (const std::exception &error) {
+        setError(userFacingMessage(error, QStringLiteral("Sign out failed. Local session was cleared.")));
+        forgetSession();
+        co_return;
+    }
+    setError(std::nullopt);
+}
+
+bool QuorinAuthViewModel::isOvertaken(const QString &token) const
+{
+    return m_parts.networkSettings.token() != token;
+}
+
+void QuorinAuthViewModel::endSession()
+{
+    m_state = AuthState::signedOut();
+    m_signedInLabel.reset();
+    announce();
+}
+
+void QuorinAuthViewModel::forgetSession()
+{
+    m_parts.networkSettings.setToken(std::nullopt);
+    m_parts.networkSettings.setUserId(std::nullopt);
+}
+
+void QuorinAuthViewModel::setChecking(bool isChecking)
+{
+    m_isChecking = isChecking;
+    Q_EMIT changed();
+}
+
+void QuorinAuthViewModel::setError(std::optional<QString> message)
+{
+    if (m_lastAuthError != message) {
+        m_lastAuthError = std::move(message);
+        Q_EMIT changed();
+    }
+}
+
+void QuorinAuthViewModel::announce()
+{
+    Q_EMIT changed();
+    m_parts.notifications.post(core::kAuthStateChanged);
+}
+
+platform::QrnLoginRequest QuorinAuthViewModel::loginRequest(const QString &email,
+                                                            const QString &password) const
+{
+    const QString deviceId = core::deviceId(m_parts.defaults);
+    const platform::QrnUserDeviceRequest device(std::nullopt, deviceId, m_clientVersion);
+    return {email, password, std::nullopt, QStringLiteral("macOS"), deviceId, std::nullopt, device};
+}
+
+} // namespace gateway::account

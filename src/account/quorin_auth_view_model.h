@@ -1,0 +1,136 @@
+#pragma once
+
+#include "account/auth_state.h"
+#include "platform/concurrency/task_scope.h"
+
+#include <QCoro/QCoroTask>
+
+#include <QtCore/QObject>
+#include <QtCore/QString>
+
+#include <chrono>
+#include <optional>
+#include <stop_token>
+
+namespace gateway::platform {
+class Clock;
+class MainExecutor;
+class NetworkSettings;
+class NotificationCenter;
+class QrnAuthenticationAPIProtocol;
+class QrnUserAPIProtocol;
+class UserDefaults;
+class WorkerPool;
+struct QrnLoginRequest;
+} // namespace gateway::platform
+
+namespace gateway::account {
+
+/// What the session model works with; all outlive it.
+struct QuorinAuthParts
+{
+    platform::QrnAuthenticationAPIProtocol &authentication;
+    platform::QrnUserAPIProtocol &user;
+    platform::NetworkSettings &networkSettings;
+    platform::UserDefaults &defaults;
+    platform::NotificationCenter &notifications;
+    platform::MainExecutor &main;
+    platform::WorkerPool &pool;
+    platform::Clock &clock;
+};
+
+/// The one source of truth for whether the gateway has a cloud session.
+///
+/// It signs in and out, polls the session, and posts core::kAuthStateChanged after each look at it, changed
+/// or not. The token itself is kept by NetworkSettings; here is only what the screens show. An unverifiable
+/// session is not ended: only the service's own word ends one.
+///
+/// Owner: app; exactly one exists. Thread: main.
+class QuorinAuthViewModel : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// \param clientVersion  of this build; "1.0.0" stands in where it is absent or empty.
+    explicit QuorinAuthViewModel(const QuorinAuthParts &parts, const std::optional<QString> &clientVersion);
+    ~QuorinAuthViewModel() override;
+
+    /// The state as of the last look, signed out before the first.
+    const AuthState &state() const { return m_state; }
+
+    /// A sign-in or sign-out is in flight; both refuse to start meanwhile.
+    bool isChecking() const { return m_isChecking; }
+
+    /// The words for "signed in as".
+    const std::optional<QString> &signedInLabel() const { return m_signedInLabel; }
+
+    /// The last message for the user; nothing when the last step went well.
+    const std::optional<QString> &lastAuthError() const { return m_lastAuthError; }
+
+    /// Takes the last message away, as the sign-in sheet does when it opens and closes.
+    void clearLastAuthError();
+
+    /// Looks at the session now and then after each `interval`, until the model closes. A second call changes
+    /// nothing.
+    void startPolling(std::chrono::seconds interval);
+
+    /// Looks at the session: is the token good, and whose is it?
+    ///
+    /// \param force  runs beside a look that is under way; without it the call returns at once then.
+    QCoro::Task<> refresh(bool force);
+
+    /// Signs in.
+    ///
+    /// \param email     as the service knows it, trimmed by the caller.
+    /// \param password  as typed.
+    /// \return true when signed in; false with `lastAuthError` set, or when another sign-in or sign-out runs.
+    QCoro::Task<bool> signIn(QString email, QString password);
+
+    /// Signs out. The session ends here whatever the service says.
+    QCoro::Task<> signOut();
+
+    /// Ends the poll, refuses new operations, and returns when none is under way. Calls in flight are waited
+    /// for; QuorinApiClient::shutDown makes them end.
+    void close();
+
+Q_SIGNALS:
+    /// Some field has another value.
+    void changed();
+
+private:
+    enum class Verdict
+    {
+        good,      // or unverifiable: the session goes on
+        ended,     // the service refused the token
+        overtaken, // the token is another one by now: the answer belongs to a session that is over
+        closing
+    };
+
+    QCoro::Task<> poll(std::chrono::seconds interval, std::stop_token stop);
+    QCoro::Task<bool> lookOnce();
+    QCoro::Task<Verdict> checkToken(QString token);
+    QCoro::Task<Verdict> loadUser(QString token);
+    QCoro::Task<bool> login(QString email, QString password);
+    QCoro::Task<> logout();
+
+    void enterMain() const;
+    bool isOvertaken(const QString &token) const;
+    void endSession();
+    void forgetSession();
+    void setChecking(bool isChecking);
+    void setError(std::optional<QString> message);
+    void announce();
+    platform::QrnLoginRequest loginRequest(const QString &email, const QString &password) const;
+
+    const QuorinAuthParts m_parts;
+    const QString m_clientVersion;
+    AuthState m_state = AuthState::signedOut();
+    bool m_isChecking = false;
+    bool m_refreshInFlight = false;
+    bool m_isPolling = false;
+    std::optional<QString> m_signedInLabel;
+    std::optional<QString> m_lastAuthError;
+    platform::TaskScope m_scope; // last: drained before the fields go
+};
+
+} // namespace gateway::account
