@@ -8,6 +8,7 @@
 #include <QtCore/QFile>
 
 #include <array>
+#include <stdexcept>
 
 namespace gateway::platform {
 
@@ -103,7 +104,7 @@ std::optional<DicomElements> DicomFile::parse(const QString &path)
             return std::nullopt;
         }
         if (pause == kPauses.size()) {
-            return std::nullopt;
+            throw std::runtime_error("no worker process could be started");
         }
         m_clock.sleep(kPauses[pause], {});
     }

@@ -130,11 +130,12 @@ TEST_F(DicomClients, AWorkerThatCannotBeStartedIsWaitedFor)
     EXPECT_EQ(m_clock.sleeps, 3);
 }
 
-TEST_F(DicomClients, AWorkerThatNeverStartsMakesTheFileUnreadableAfterAMinute)
+TEST_F(DicomClients, AWorkerThatNeverStartsIsNotTheFilesFault)
 {
     WorkerProcessPool workers(1, QStringLiteral("/nowhere/quorin-dicom"));
 
-    EXPECT_FALSE(DicomFile(workers, m_clock).parse(write(QStringLiteral("a"), smallObject())));
+    EXPECT_THROW(DicomFile(workers, m_clock).parse(write(QStringLiteral("a"), smallObject())),
+                 std::runtime_error);
     EXPECT_GE(m_clock.slept, std::chrono::minutes(1));
 }
 

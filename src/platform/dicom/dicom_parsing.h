@@ -7,7 +7,11 @@
 
 namespace gateway::platform {
 
-/// What the parser found in a file, by the names that the index knows.
+/// The elements of a DICOM object by the keys that the index knows. Texts are QString; "seriesNumber",
+/// "imageID", "height", "width" and "numberOfFrames" are qlonglong; "sliceLocation", "WindowWidth" and
+/// "WindowCenter" are double; "orientation" and "origin" are QVariantList of double; "hasDICOM" is bool;
+/// "studyDate" is QDateTime in UTC. What the object hasn't, or has in no readable form, is absent; only
+/// "patientUID", "studyID", "SOPUID", "fileType", "hasDICOM" and "filePath" always stand there.
 using DicomElements = QVariantMap;
 
 /// Reads the elements of DICOM files (PS3.10), up to the pixel data.
