@@ -1,6 +1,7 @@
 #include "dicom_helper/worker/converter.h"
 
 #include "dicom_helper/worker/charls_codec.h"
+#include "dicom_helper/worker/elements.h"
 #include "dicom_helper/worker/object_header.h"
 #include "dicom_helper/worker/testing/sample_object.h"
 #include "dicom_helper/worker/toolkit_object.h"
@@ -9,6 +10,10 @@
 #include <QtCore/QTemporaryDir>
 
 #include <gtest/gtest.h>
+
+#include <csignal>
+
+#include <sys/resource.h>
 
 namespace gateway::dicom_helper::worker::testing {
 
@@ -326,6 +331,42 @@ TEST_F(ConverterTest, WhatIsNotForTheEncoderComesBackAsItIs)
     EXPECT_TRUE(varied([](SampleImage &i) { i.sign = 2; }));
 }
 
+TEST_F(ConverterTest, ObjectsThatOtherToolsEncodedAreReadTheSameAndConvertedWhereNative)
+{
+    const struct
+    {
+        const char *tool;
+        QStringList options;
+        bool native;
+    } tools[] = {{"dcmcrle", {}, false},
+                 {"dcmcjpeg", {QStringLiteral("+e1")}, false},
+                 {"dcmcjpls", {}, false},
+                 {"dcmconv", {QStringLiteral("+ti"), QStringLiteral("-e")}, true},
+                 {"dcmconv", {QStringLiteral("+ti"), QStringLiteral("+e"), QStringLiteral("+g")}, true},
+                 {"dcmconv", {QStringLiteral("+tb"), QStringLiteral("+g=")}, true},
+                 {"dcmconv", {QStringLiteral("+td")}, true},
+                 {"dcmconv", {QStringLiteral("-F")}, true}};
+    const std::string native = path("native");
+    writeFile(native, fileOf({}));
+    const Record wanted = parseObject(native);
+    const QStringList files{QString::fromStdString(native), QString::fromStdString(path("source"))};
+    for (const auto &tool : tools) {
+        QFile::remove(QString::fromStdString(path("output")));
+        ASSERT_EQ(QProcess::execute(QString::fromLatin1(tool.tool), tool.options + files), 0) << tool.tool;
+
+        EXPECT_EQ(parseObject(path("source")), wanted) << tool.tool;
+        const Record record = Converter(m_codec).convert(path("source"), path("output"));
+        if (tool.options.contains(QStringLiteral("-F"))) {
+            EXPECT_TRUE(nothingToConvert(record));
+        } else if (tool.native) {
+            ASSERT_TRUE(isConverted(record)) << tool.tool << record.text("message");
+            EXPECT_EQ(decodedByTheToolkit(), somePixels({}));
+        } else {
+            EXPECT_TRUE(nothingToConvert(record)) << tool.tool;
+        }
+    }
+}
+
 TEST_F(ConverterTest, WhatWouldNotGetSmallerComesBackAsItIs)
 {
     SampleImage image;
@@ -364,6 +405,25 @@ TEST_F(ConverterTest, TheEncodersDoubtIsAFailure)
 
     EXPECT_EQ(converted(fileOf({})).word, "failed");
     EXPECT_FALSE(hasOutput());
+}
+
+TEST_F(ConverterTest, ADiskWithoutRoomIsAFailureAndLeavesNoFile)
+{
+    writeFile(path("source"), fileOf({}));
+    rlimit before{};
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
+    for (const rlim_t room : {100U, 1000U, 3000U}) {
+        const auto handlerBefore = std::signal(SIGXFSZ, SIG_IGN);
+        const rlimit little{room, before.rlim_max};
+        ::setrlimit(RLIMIT_FSIZE, &little);
+
+        const Record record = Converter(m_codec).convert(path("source"), path("output"));
+
+        ::setrlimit(RLIMIT_FSIZE, &before);
+        std::signal(SIGXFSZ, handlerBefore);
+        EXPECT_EQ(record.text("message"), "the output can't be written") << room;
+        EXPECT_FALSE(hasOutput());
+    }
 }
 
 TEST_F(ConverterTest, AnExistingOutputIsNotTouched)

@@ -83,6 +83,48 @@ Converter &converterNamed(const char *name)
     return converter;
 }
 
+/// The length of the character at the front of `bytes`, 0 where there is none (RFC 3629).
+std::size_t utf8CharacterSize(std::string_view bytes)
+{
+    const auto at = [bytes](std::size_t i) {
+        return i < bytes.size() ? static_cast<unsigned char>(bytes[i]) : 0U;
+    };
+    const auto isWithin = [at](std::size_t i, unsigned low, unsigned high) {
+        return at(i) >= low && at(i) <= high;
+    };
+    const unsigned first = at(0);
+    if (first < 0x80) {
+        return 1;
+    }
+    if (first >= 0xC2 && first <= 0xDF) {
+        return isWithin(1, 0x80, 0xBF) ? 2 : 0;
+    }
+    if (first >= 0xE0 && first <= 0xEF) {
+        const bool second = isWithin(1, first == 0xE0 ? 0xA0 : 0x80, first == 0xED ? 0x9F : 0xBF);
+        return second && isWithin(2, 0x80, 0xBF) ? 3 : 0;
+    }
+    if (first >= 0xF0 && first <= 0xF4) {
+        const bool second = isWithin(1, first == 0xF0 ? 0x90 : 0x80, first == 0xF4 ? 0x8F : 0xBF);
+        return second && isWithin(2, 0x80, 0xBF) && isWithin(3, 0x80, 0xBF) ? 4 : 0;
+    }
+    return 0;
+}
+
+/// Takes UTF-8 over as it is: the system's converter lets sequences through that are none.
+///
+/// \return false when a byte had to be replaced.
+bool appendUtf8(std::string &out, std::string_view bytes)
+{
+    bool clean = true;
+    while (!bytes.empty()) {
+        const std::size_t size = utf8CharacterSize(bytes);
+        out += size == 0 ? kReplacement : bytes.substr(0, size);
+        clean = clean && size > 0;
+        bytes.remove_prefix(std::max<std::size_t>(size, 1));
+    }
+    return clean;
+}
+
 /// \return false when a byte had to be replaced.
 bool appendConverted(std::string &out, std::string_view bytes, const char *converterName)
 {
@@ -159,7 +201,7 @@ void TextDecoder::readTerms(std::string_view terms)
     if (first.find("GB18030") != std::string_view::npos || first.find("GBK") != std::string_view::npos) {
         m_whole = "GB18030";
     } else if (number == "192") {
-        m_whole = "UTF-8";
+        m_utf8 = true;
     } else if (number == "13") {
         m_initial.right = {nullptr, 1, true, false};
     } else if (known != kSingleByteSets.end()) {
@@ -178,10 +220,12 @@ std::string TextDecoder::decode(std::string_view raw) const
     std::string out;
     if (m_undeclared && !escapes) {
         // Some senders leave the set out; valid UTF-8 is hardly ever anything else.
-        if (!appendConverted(out, raw, "UTF-8")) {
+        if (!appendUtf8(out, raw)) {
             out.clear();
             appendConverted(out, raw, "ISO-8859-1");
         }
+    } else if (m_utf8) {
+        appendUtf8(out, raw);
     } else if (m_whole != nullptr) {
         appendConverted(out, raw, m_whole);
     } else {

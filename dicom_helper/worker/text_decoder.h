@@ -40,7 +40,8 @@ private:
     static bool applyEscape(std::string_view &rest, State &state);
     static void appendRun(std::string &out, std::string_view bytes, const State &state);
 
-    const char *m_whole = nullptr; ///< one converter for whole texts: UTF-8, GB18030, a single-byte set
+    const char *m_whole = nullptr; ///< one converter for whole texts: GB18030, a single-byte set
+    bool m_utf8 = false;           ///< the texts are UTF-8 already
     bool m_undeclared = false;     ///< no character set was stated
     State m_initial;               ///< of a text with escape sequences
 };

@@ -82,6 +82,19 @@ TEST(TextDecoder, ReplacesWhatCannotBeDecoded)
               "b\uFFFD");
 }
 
+TEST(TextDecoder, TakesNoSequenceForUtf8ThatIsNone)
+{
+    for (const std::string_view wrong :
+         {"\xC0\x80", "\xED\xA0\x80", "\xF4\x90\x80\x80", "\xFC\x8F\x8F\x8F\x8F\x8F", "\xE2\x82"}) {
+        std::string replaced;
+        for (std::size_t i = 0; i < wrong.size(); ++i) {
+            replaced += "\uFFFD";
+        }
+        EXPECT_EQ(decoded("ISO_IR 192", wrong), replaced);
+    }
+    EXPECT_EQ(decoded("ISO_IR 192", "é€😀"), "é€😀");
+}
+
 TEST(TextDecoder, CutsBetweenCharacters)
 {
     EXPECT_EQ(cutUtf8("aé", 2), "a");

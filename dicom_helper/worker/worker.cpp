@@ -23,6 +23,8 @@ using platform::dicom_protocol::Record;
 /// Address space for the libraries, a frame of the largest size in its three forms, and the attributes.
 [[maybe_unused]] constexpr rlim_t kAddressSpace = rlim_t{1024} * 1024 * 1024;
 
+constexpr int kConvertingNiceness = 10;
+
 /// Nobody needs a process that had nothing to do for so long; the gateway starts another one.
 constexpr std::chrono::seconds kIdle(20);
 
@@ -60,6 +62,8 @@ Record answer(const Record &job, Converter &converter)
 {
     const std::string path(job.text("path"));
     if (job.word == "convert") {
+        // Receiving comes first; a process that has converted stays behind it for good.
+        ::setpriority(PRIO_PROCESS, 0, kConvertingNiceness);
         return converter.convert(path, std::string(job.text("output")));
     }
     if (job.word != "parse") {

@@ -31,14 +31,13 @@ constexpr std::array<std::chrono::milliseconds, 7> kPauses{std::chrono::millisec
 /// A file that a worker couldn't stand twice has shown that it isn't chance.
 constexpr int kTriesOnWorkers = 2;
 
-QDateTime toDate(const QString &text)
+QVariant toDate(const QString &text)
 {
-    const qsizetype time = text.indexOf(u'T');
-    if (time < 0) {
-        // Midnight where the gateway stands: DICOM times are local to the equipment (PS3.3 C.12.1.1).
-        return QDate::fromString(text, Qt::ISODate).startOfDay().toUTC();
-    }
-    return QDateTime::fromString(text, Qt::ISODateWithMs).toUTC();
+    // Without an offset a time is meant where the gateway stands: DICOM times are local to the equipment
+    // (PS3.3 C.12.1.1). A date alone is that day's beginning.
+    const QDateTime date = text.contains(u'T') ? QDateTime::fromString(text, Qt::ISODateWithMs)
+                                               : QDate::fromString(text, Qt::ISODate).startOfDay();
+    return date.isValid() ? QVariant(date.toUTC()) : QVariant();
 }
 
 QVariant toReals(const QString &text)

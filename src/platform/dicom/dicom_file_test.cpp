@@ -185,15 +185,16 @@ TEST_F(DicomClients, AFailedConversionHasAnErrorAndLeavesNoFile)
     EXPECT_TRUE(temporaryFiles().isEmpty());
 }
 
-TEST_F(DicomClients, AWorkerThatDiesInAConversionIsAnError)
+TEST_F(DicomClients, AWorkerThatDiesInAConversionIsAnErrorAndLeavesNoFile)
 {
-    WorkerProcessPool workers(1, QStringLiteral("/bin/false"));
+    WorkerProcessPool workers(1, QCoreApplication::applicationDirPath() + QStringLiteral("/scripted_worker"));
 
     const Conversion conversion = DicomConverterWrapper(workers, temporaryFolder())
                                       .convertToJPEGLossless(write(QStringLiteral("a"), smallObject()));
 
     EXPECT_EQ(conversion.path, QString());
     EXPECT_EQ(conversion.error, QStringLiteral("the worker ended in the middle of the conversion"));
+    EXPECT_TRUE(temporaryFiles().isEmpty());
 }
 
 TEST_F(DicomClients, AFolderThatCannotBeMadeIsAnError)

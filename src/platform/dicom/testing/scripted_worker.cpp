@@ -3,6 +3,7 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <fstream>
 #include <string>
 
 #include <unistd.h>
@@ -21,6 +22,11 @@ Record obey(const Record &job, int jobsBefore)
         }
     }
     if (job.word == "crash") {
+        std::raise(SIGKILL);
+    }
+    if (job.word == "convert") {
+        // Dies with half of the output written.
+        std::ofstream(std::string(job.text("output"))) << "half";
         std::raise(SIGKILL);
     }
     if (job.word == "leave" || (job.word == "leave unless new" && jobsBefore > 0)) {
