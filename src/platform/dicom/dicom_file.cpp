@@ -16,9 +16,6 @@ namespace {
 
 using dicom_protocol::Record;
 
-/// Parsing takes less than a millisecond; only a disk that has gone to sleep takes longer.
-constexpr std::chrono::seconds kJobTimeout(60);
-
 /// Pauses before the next try. A full process table or memory gets a minute to recover.
 constexpr std::array<std::chrono::milliseconds, 7> kPauses{std::chrono::milliseconds(100),
                                                            std::chrono::milliseconds(400),
@@ -29,7 +26,10 @@ constexpr std::array<std::chrono::milliseconds, 7> kPauses{std::chrono::millisec
                                                            std::chrono::seconds(25)};
 
 /// A file that a worker couldn't stand twice has shown that it isn't chance.
-constexpr int kTriesOnWorkers = 2;
+constexpr int kDeathsOfAFile = 2;
+
+/// A second time-out shows that the disk won't come back soon.
+constexpr int kTimeOuts = 2;
 
 QVariant toDate(const QString &text)
 {
@@ -92,21 +92,30 @@ DicomElements toElements(const Record &record, const QString &path)
 std::optional<DicomElements> DicomFile::parse(const QString &path)
 {
     const Record job{"parse", {{"path", QFile::encodeName(path).toStdString()}}};
-    int triesOnWorkers = 0;
-    for (std::size_t pause = 0;; ++pause) {
-        const WorkerProcessPool::Result result = m_workers.run(job, kJobTimeout);
-        if (result.outcome == WorkerProcessPool::Outcome::answered) {
-            const bool parsed = result.answer.word == "parsed";
-            return parsed ? std::optional(toElements(result.answer, path)) : std::nullopt;
+    int deaths = 0;
+    int timeOuts = 0;
+    for (const std::chrono::milliseconds pause : kPauses) {
+        const WorkerProcessPool::Result result = m_workers.run(job, m_timeout);
+        switch (result.outcome) {
+        case WorkerProcessPool::Outcome::answered:
+            return result.answer.word == "parsed" ? std::optional(toElements(result.answer, path))
+                                                  : std::nullopt;
+        case WorkerProcessPool::Outcome::died:
+            if (++deaths == kDeathsOfAFile) {
+                return std::nullopt;
+            }
+            break;
+        case WorkerProcessPool::Outcome::timedOut:
+            if (++timeOuts == kTimeOuts) {
+                throw std::runtime_error("the file couldn't be read in time");
+            }
+            break;
+        case WorkerProcessPool::Outcome::notStarted:
+            break;
         }
-        if (result.outcome != WorkerProcessPool::Outcome::notStarted && ++triesOnWorkers == kTriesOnWorkers) {
-            return std::nullopt;
-        }
-        if (pause == kPauses.size()) {
-            throw std::runtime_error("no worker process could be started");
-        }
-        m_clock.sleep(kPauses[pause], {});
+        m_clock.sleep(pause, {});
     }
+    throw std::runtime_error("no worker process could be started");
 }
 
 } // namespace gateway::platform

@@ -2,6 +2,8 @@
 
 #include "platform/dicom/dicom_parsing.h"
 
+#include <chrono>
+
 namespace gateway::platform {
 
 class Clock;
@@ -14,15 +16,25 @@ class WorkerProcessPool;
 class DicomFile final : public DicomParsing
 {
 public:
-    /// Both are borrowed and outlive this.
-    DicomFile(WorkerProcessPool &workers, Clock &clock) : m_workers(workers), m_clock(clock) {}
+    /// \param workers, clock  borrowed; outlive this.
+    /// \param timeout         of one try. Parsing takes less than a millisecond; only a disk that has gone to
+    ///                        sleep takes longer.
+    DicomFile(WorkerProcessPool &workers,
+              Clock &clock,
+              std::chrono::milliseconds timeout = std::chrono::seconds(60))
+        : m_workers(workers), m_clock(clock), m_timeout(timeout)
+    {
+    }
 
-    /// \throws std::runtime_error  when no worker could be started for a minute.
+    /// \throws std::runtime_error  when no worker could be started for a minute, or the file couldn't be read
+    /// in
+    ///                             time: the file isn't to blame then.
     std::optional<DicomElements> parse(const QString &path) override;
 
 private:
     WorkerProcessPool &m_workers;
     Clock &m_clock;
+    const std::chrono::milliseconds m_timeout;
 };
 
 } // namespace gateway::platform

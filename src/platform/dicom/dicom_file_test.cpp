@@ -44,6 +44,11 @@ public:
     int sleeps = 0;
 };
 
+QString scriptedWorker()
+{
+    return QCoreApplication::applicationDirPath() + QStringLiteral("/scripted_worker");
+}
+
 class DicomClients : public ::testing::Test
 {
 protected:
@@ -139,6 +144,23 @@ TEST_F(DicomClients, AWorkerThatNeverStartsIsNotTheFilesFault)
     EXPECT_GE(m_clock.slept, std::chrono::minutes(1));
 }
 
+TEST_F(DicomClients, AFileThatCannotBeReadInTimeIsNotToBlame)
+{
+    WorkerProcessPool workers(1, scriptedWorker());
+    DicomFile parser(workers, m_clock, std::chrono::milliseconds(1));
+
+    EXPECT_THROW(parser.parse(QStringLiteral("hang")), std::runtime_error);
+    EXPECT_EQ(m_clock.sleeps, 1);
+}
+
+TEST_F(DicomClients, AFileThatEndsASecondWorkerIsUnreadable)
+{
+    WorkerProcessPool workers(1, scriptedWorker());
+
+    EXPECT_FALSE(DicomFile(workers, m_clock).parse(QStringLiteral("crash")));
+    EXPECT_EQ(m_clock.sleeps, 1);
+}
+
 TEST_F(DicomClients, ConvertingGivesASmallerFileInTheTemporaryFolder)
 {
     const QString path = write(QStringLiteral("a"), smallObject());
@@ -187,7 +209,7 @@ TEST_F(DicomClients, AFailedConversionHasAnErrorAndLeavesNoFile)
 
 TEST_F(DicomClients, AWorkerThatDiesInAConversionIsAnErrorAndLeavesNoFile)
 {
-    WorkerProcessPool workers(1, QCoreApplication::applicationDirPath() + QStringLiteral("/scripted_worker"));
+    WorkerProcessPool workers(1, scriptedWorker());
 
     const Conversion conversion = DicomConverterWrapper(workers, temporaryFolder())
                                       .convertToJPEGLossless(write(QStringLiteral("a"), smallObject()));
