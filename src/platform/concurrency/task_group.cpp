@@ -17,6 +17,14 @@ TaskGroup::~TaskGroup()
     wait();
 }
 
+void TaskGroup::waitForRoom()
+{
+    const MutexLock lock(m_mutex);
+    while (m_running >= m_width) {
+        m_changed.wait(m_mutex);
+    }
+}
+
 void TaskGroup::add(std::function<void(std::stop_token)> child)
 {
     {

@@ -24,6 +24,9 @@ public:
     TaskGroup(const TaskGroup &) = delete;
     TaskGroup &operator=(const TaskGroup &) = delete;
 
+    /// Blocks while `width` children run, for a driver that has something to do before it adds the next one.
+    void waitForRoom();
+
     /// Blocks while `width` children run, then starts `child` on the pool.
     void add(std::function<void(std::stop_token)> child);
 

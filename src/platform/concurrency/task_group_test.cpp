@@ -45,6 +45,25 @@ TEST(TaskGroup, RunsAsManyChildrenAtOnceAsItIsWide)
     group.wait(); // hangs unless both run at once
 }
 
+TEST(TaskGroup, WaitsForRoomUntilAChildEnds)
+{
+    WorkerPool pool(QStringLiteral("test"), 2);
+    std::latch release(1);
+    std::atomic<int> ended = 0;
+    TaskGroup group(pool, 2, {});
+    group.add([&](const std::stop_token &) {
+        release.wait();
+        ++ended;
+    });
+    group.waitForRoom(); // one of two: returns at once
+    group.add([&](const std::stop_token &) { ++ended; });
+
+    group.waitForRoom();
+    EXPECT_EQ(ended, 1);
+    release.count_down();
+    group.wait();
+}
+
 TEST(TaskGroup, AddBlocksUntilAChildEnds)
 {
     WorkerPool pool(QStringLiteral("test"), 2);

@@ -1,27 +1,12 @@
 #pragma once
 
+#include "platform/dicom/dicom_converting.h"
+
 #include <QtCore/QString>
 
 namespace gateway::platform {
 
 class WorkerProcessPool;
-
-struct Conversion
-{
-    QString path; ///< the converted file, or the given one where nothing is to convert; empty where it failed
-    QString error; ///< why it failed, without anything that the file says; else empty
-};
-
-/// Port of the upload run. Thread: any; blocks.
-class DicomConverting
-{
-public:
-    virtual ~DicomConverting() = default;
-
-    /// Makes the JPEG-LS lossless form of the file at `path`, which stays as it is. A new file is the
-    /// caller's to remove.
-    virtual Conversion convertToJPEGLossless(const QString &path) = 0;
-};
 
 /// Converts files in a worker process, into a folder of its own.
 ///

@@ -1,0 +1,179 @@
+#include "upload/candidate_preparer.h"
+
+#include "upload/testing/fake_surroundings.h"
+
+#include <gtest/gtest.h>
+
+namespace gateway::upload {
+
+using StoreUpload::CandidateContext;
+using StoreUpload::CandidatePreparationResult;
+using StoreUpload::MissingFile;
+using StoreUpload::PreparedCandidate;
+
+namespace {
+
+struct CandidatePreparerTest : ::testing::Test
+{
+    testing::FakeSurroundings around;
+    RunIdentity run{QStringLiteral("RUN"), {.compressionEnabled = true}, QStringLiteral("DEVICE")};
+    CandidatePreparer preparer{around.with, run};
+    QString path = around.store(QStringLiteral("1.2.3"));
+    CandidateContext context = contextOf(path);
+    Details details = {{QStringLiteral("linked_images"), QStringLiteral("1")}};
+
+    static CandidateContext contextOf(const QString &storagePath)
+    {
+        CandidateContext made;
+        made.candidate.storagePath = storagePath;
+        made.candidate.fileURL = QUrl::fromLocalFile(storagePath);
+        made.candidate.imageObjectIDs = {{0}};
+        return made;
+    }
+
+    PreparedCandidate ready() const
+    {
+        return std::get<PreparedCandidate>(preparer.prepare(context, details));
+    }
+
+    void convertTo(const platform::Conversion &conversion)
+    {
+        around.converter.behave([conversion](const QString &) { return conversion; });
+    }
+
+    Details expected(const QString &source, const QString &fallback) const
+    {
+        Details made = details;
+        made.insert(QStringLiteral("upload_source"), source);
+        made.insert(QStringLiteral("compression_fallback"), fallback);
+        return made;
+    }
+
+    void expectFallBack(const QString &reason) const
+    {
+        const PreparedCandidate prepared = ready();
+        Details wanted = expected(QStringLiteral("original"), QStringLiteral("true"));
+        wanted.insert(QStringLiteral("compression_fallback_reason"), reason);
+        EXPECT_EQ(prepared.details, wanted);
+        EXPECT_EQ(prepared.uploadURL, QUrl::fromLocalFile(path));
+        EXPECT_EQ(prepared.cleanupURL, std::nullopt);
+    }
+};
+
+} // namespace
+
+TEST_F(CandidatePreparerTest, SendsTheConvertedFileAndRemovesItAfterwards)
+{
+    const PreparedCandidate prepared = ready();
+
+    EXPECT_EQ(prepared.details, expected(QStringLiteral("converted"), QStringLiteral("false")));
+    EXPECT_TRUE(prepared.uploadURL.toLocalFile().endsWith(QStringLiteral("/converted/converted-1.2.3")));
+    EXPECT_EQ(prepared.cleanupURL, prepared.uploadURL);
+    preparer.cleanUp(prepared);
+    EXPECT_EQ(around.leftovers(), 0);
+    EXPECT_TRUE(QFile::exists(path));
+}
+
+TEST_F(CandidatePreparerTest, SendsTheOriginalWithoutConvertingWhenCompressionIsOff)
+{
+    const RunIdentity plain(QStringLiteral("RUN"), {.compressionEnabled = false}, QString());
+
+    const CandidatePreparationResult result = CandidatePreparer(around.with, plain).prepare(context, details);
+
+    EXPECT_EQ(std::get<PreparedCandidate>(result).details,
+              expected(QStringLiteral("original"), QStringLiteral("false")));
+    EXPECT_EQ(around.converter.conversions(), 0);
+}
+
+TEST_F(CandidatePreparerTest, TakesTheInputPathForNothingToConvertAndNeverDeletesIt)
+{
+    convertTo({path, QString()});
+
+    const PreparedCandidate prepared = ready();
+
+    EXPECT_EQ(prepared.details, expected(QStringLiteral("original"), QStringLiteral("false")));
+    EXPECT_EQ(prepared.cleanupURL, std::nullopt);
+    preparer.cleanUp(prepared);
+    EXPECT_TRUE(QFile::exists(path));
+}
+
+TEST_F(CandidatePreparerTest, KnowsTheInputPathAlsoInAnotherSpelling)
+{
+    const QFileInfo file(path);
+    convertTo({file.path() + QStringLiteral("/./x/../") + file.fileName(), QString()});
+
+    const PreparedCandidate prepared = ready();
+
+    EXPECT_EQ(prepared.details, expected(QStringLiteral("original"), QStringLiteral("false")));
+    EXPECT_EQ(prepared.cleanupURL, std::nullopt);
+}
+
+TEST_F(CandidatePreparerTest, NeverDeletesAStoredFileWhateverIsToBeCleanedUp)
+{
+    const QFileInfo file(path);
+    PreparedCandidate prepared = ready();
+    prepared.cleanupURL = QUrl::fromLocalFile(file.path() + QStringLiteral("/../store/") + file.fileName());
+
+    preparer.cleanUp(prepared);
+
+    EXPECT_TRUE(QFile::exists(path));
+}
+
+TEST_F(CandidatePreparerTest, FallsBackToTheOriginalWhenTheConvertedFileIsMissing)
+{
+    convertTo({around.folder.filePath(QStringLiteral("nowhere")), QString()});
+
+    expectFallBack(QStringLiteral("converted_file_missing"));
+}
+
+TEST_F(CandidatePreparerTest, FallsBackToTheOriginalWhenConversionFails)
+{
+    convertTo({QString(), QStringLiteral("the words of the encoder")});
+
+    expectFallBack(QStringLiteral("conversion_error"));
+    EXPECT_TRUE(around.log.events().empty());
+}
+
+TEST_F(CandidatePreparerTest, FallsBackToTheOriginalWhenConversionGivesBlankTextAndNoError)
+{
+    convertTo({QStringLiteral(" \n"), QString()});
+
+    expectFallBack(QStringLiteral("empty_conversion_result"));
+}
+
+TEST_F(CandidatePreparerTest, TellsOfAFileThatIsMissing)
+{
+    ASSERT_TRUE(QFile::remove(path));
+
+    const CandidatePreparationResult result = preparer.prepare(context, details);
+
+    EXPECT_EQ(std::get<MissingFile>(result).details, details);
+    const auto events = around.log.events();
+    ASSERT_EQ(events.size(), 1U);
+    EXPECT_EQ(events[0].action, log::GatewayLogAction::uploadCandidateFileMissing);
+    EXPECT_EQ(events[0].level, log::GatewayLogLevel::warning);
+    EXPECT_EQ(events[0].category, log::GatewayLogCategory::send);
+    EXPECT_EQ(events[0].outcome, log::GatewayLogOutcome::failed);
+    EXPECT_EQ(events[0].correlationId, QStringLiteral("RUN"));
+    EXPECT_EQ(events[0].fileHash, log::hashedIdentifier(path));
+    EXPECT_EQ(events[0].fileSizeBytes, std::nullopt);
+    EXPECT_EQ(events[0].attempt, 1);
+    EXPECT_EQ(events[0].details, details);
+}
+
+TEST_F(CandidatePreparerTest, TellsOfAFileThatGoesAwayDuringItsConversion)
+{
+    around.converter.behave([](const QString &source) {
+        QFile::remove(source);
+        return platform::Conversion{QString(), QStringLiteral("gone")};
+    });
+
+    const CandidatePreparationResult result = preparer.prepare(context, details);
+
+    Details wanted = expected(QStringLiteral("original"), QStringLiteral("true"));
+    wanted.insert(QStringLiteral("compression_fallback_reason"), QStringLiteral("conversion_error"));
+    EXPECT_EQ(std::get<MissingFile>(result).details, wanted);
+    EXPECT_EQ(around.log.events().at(0).details, wanted);
+}
+
+} // namespace gateway::upload

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "log/store_log_emitter.h"
+#include "platform/concurrency/main_executor.h"
+#include "platform/notifications/notification_center.h"
+#include "platform/quorin_api/qrn_quorin_cloud_terms_api.h"
+#include "upload/quorin_cloud_terms_prompt_gate.h"
+#include "upload/upload_ports.h"
+
+namespace gateway::upload {
+
+/// Asks the cloud, after an upload that smells of unaccepted terms, whether they are what it wants, and sends
+/// the user to them, at most once in twenty seconds however many uploads fail together.
+///
+/// Owner: app, for as long as the upload coordinator, so that the wait spans runs. Thread: any.
+class CloudTermsFollowUp final : public TermsFollowUp
+{
+public:
+    /// All outlive this, and `notifications` the last block of `main`.
+    struct Collaborators
+    {
+        platform::QrnQuorinCloudTermsAPIProtocol &terms;
+        log::StoreLogEmitter &emitter;
+        platform::NotificationCenter &notifications;
+        platform::MainExecutor &main;
+        const platform::Clock &clock;
+    };
+
+    explicit CloudTermsFollowUp(const Collaborators &with) : m_with(with), m_gate(with.clock) {}
+
+    void checkTermsAfterUploadFailure(const std::exception &error,
+                                      const QString &runId,
+                                      const QUrl &fileURL) override;
+
+private:
+    bool promptIfRequired(const QString &runId, const QUrl &fileURL) const;
+
+    const Collaborators m_with;
+    QuorinCloudTermsPromptGate m_gate;
+};
+
+} // namespace gateway::upload

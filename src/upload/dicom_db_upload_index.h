@@ -1,0 +1,43 @@
+#pragma once
+
+#include "index/dicom_db.h"
+#include "upload/upload_ports.h"
+
+namespace gateway::upload {
+
+/// The index as upload runs see it. Owner: app. Thread: any.
+class DicomDBUploadIndex final : public UploadIndex
+{
+public:
+    /// \param database  outlives this.
+    explicit DicomDBUploadIndex(index::DicomDB &database) : m_database(database) {}
+
+    index::RecoveryCounts recoverInProgressImages() override { return m_database.recoverInProgressImages(); }
+
+    QList<index::PendingImageUpload> pendingImageUploads(int limit, index::PendingCursor &cursor) override
+    {
+        return m_database.pendingImageUploads(limit, cursor);
+    }
+
+    void markImagesInProgress(const QList<index::ImageObjectID> &imageObjectIDs) override
+    {
+        m_database.markImagesInProgress(imageObjectIDs);
+    }
+
+    std::int64_t recordUploadResult(const QList<index::ImageObjectID> &imageObjectIDs,
+                                    const QString &storagePath,
+                                    bool synced) override
+    {
+        return m_database.recordUploadResult(imageObjectIDs, storagePath, synced);
+    }
+
+    std::int64_t resetInProgressImages(const QList<index::ImageObjectID> &imageObjectIDs) override
+    {
+        return m_database.resetInProgressImages(imageObjectIDs);
+    }
+
+private:
+    index::DicomDB &m_database;
+};
+
+} // namespace gateway::upload

@@ -1,0 +1,48 @@
+#include "upload/speed_sample_throttle.h"
+
+#include <memory>
+
+namespace gateway::upload {
+
+namespace {
+
+constexpr std::chrono::seconds kMinimumInterval{1}; // the figure on the screen is read by people
+
+void tell(const UploadCollaborators &with, qint64 bytes, std::chrono::nanoseconds elapsed)
+{
+    if (bytes < 1 || elapsed.count() <= 0) {
+        return;
+    }
+    with.main.post([&state = with.state, bytes, elapsed] { state.recordUploadThroughput(bytes, elapsed); });
+}
+
+} // namespace
+
+bool SpeedSampleThrottle::takeSample(std::chrono::nanoseconds now)
+{
+    const platform::MutexLock lock(m_mutex);
+    if (m_lastSample && now - *m_lastSample < m_minimumInterval) {
+        return false;
+    }
+    m_lastSample = now;
+    return true;
+}
+
+platform::UploadProgressCallback SpeedSampler::callback() const
+{
+    return [throttle = std::make_shared<SpeedSampleThrottle>(kMinimumInterval),
+            &with = m_with,
+            start = m_start](const platform::UploadProgress &progress) {
+        const std::chrono::nanoseconds now = with.clock.monotonic();
+        if (throttle->takeSample(now)) {
+            tell(with, progress.completedUnitCount, now - start);
+        }
+    };
+}
+
+void SpeedSampler::tellWhole(qint64 bytes) const
+{
+    tell(m_with, bytes, m_with.clock.monotonic() - m_start);
+}
+
+} // namespace gateway::upload

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "platform/concurrency/mutex.h"
+#include "platform/quorin_api/http_message.h"
+#include "upload/upload_collaborators.h"
+
+#include <chrono>
+#include <optional>
+
+namespace gateway::upload {
+
+/// Lets through one speed sample an interval, however often a transfer reports its progress.
+///
+/// Owner: the callback of one transfer. Thread: any.
+class SpeedSampleThrottle
+{
+public:
+    explicit SpeedSampleThrottle(std::chrono::nanoseconds minimumInterval)
+        : m_minimumInterval(minimumInterval)
+    {
+    }
+
+    /// \param now  on the clock that never goes back.
+    /// \return true when a sample may be taken now; the next one may be after the interval.
+    bool takeSample(std::chrono::nanoseconds now);
+
+private:
+    const std::chrono::nanoseconds m_minimumInterval;
+    platform::Mutex m_mutex;
+    std::optional<std::chrono::nanoseconds> m_lastSample QUORIN_GUARDED_BY(m_mutex);
+};
+
+/// Tells the live state how fast one transfer is.
+///
+/// Owner: the attempt. Thread: any; nothing here blocks.
+class SpeedSampler
+{
+public:
+    /// Starts counting now.
+    explicit SpeedSampler(const UploadCollaborators &with) : m_with(with), m_start(with.clock.monotonic()) {}
+
+    /// For the upload's progress: at most one sample a second, of all bytes since the start.
+    platform::UploadProgressCallback callback() const;
+
+    /// The sample of a whole transfer; nothing is told for less than a byte.
+    void tellWhole(qint64 bytes) const;
+
+private:
+    const UploadCollaborators &m_with;
+    const std::chrono::nanoseconds m_start;
+};
+
+} // namespace gateway::upload

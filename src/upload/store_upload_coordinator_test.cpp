@@ -1,0 +1,336 @@
+#include "upload/store_upload_coordinator.h"
+
+#include "log/testing/recording_log.h"
+#include "platform/concurrency/testing/manual_clock.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <latch>
+#include <memory>
+#include <thread>
+
+namespace gateway::upload {
+
+using log::GatewayLogAction;
+using StoreUpload::ExecutionConfig;
+using StoreUpload::RunSummary;
+
+namespace {
+
+/// Runs that last until a test lets them end. Thread: any.
+class FakeRuns
+{
+public:
+    RunSummary perform(const QString &runId, const ExecutionConfig &config, const std::stop_token &stop)
+    {
+        const std::stop_callback wake(stop, [this] { endOne(); });
+        const platform::MutexLock lock(m_mutex);
+        ++m_started;
+        m_most = std::max(m_most, m_started - m_ended);
+        m_runIds.push_back(runId);
+        m_configs.push_back(config);
+        m_changed.notifyAll();
+        while (m_allowed <= m_ended) {
+            m_changed.wait(m_mutex);
+        }
+        ++m_ended;
+        return {.selectedCandidates = m_ended, .executionDetails = StoreUpload::executionDetails(config)};
+    }
+
+    void endOne()
+    {
+        const platform::MutexLock lock(m_mutex);
+        ++m_allowed;
+        m_changed.notifyAll();
+    }
+
+    /// Blocks until so many runs have started.
+    void waitForStarted(int count)
+    {
+        const platform::MutexLock lock(m_mutex);
+        while (m_started < count) {
+            m_changed.wait(m_mutex);
+        }
+    }
+
+    int started() const
+    {
+        const platform::MutexLock lock(m_mutex);
+        return m_started;
+    }
+
+    int mostAtOnce() const
+    {
+        const platform::MutexLock lock(m_mutex);
+        return m_most;
+    }
+
+    std::vector<QString> runIds() const
+    {
+        const platform::MutexLock lock(m_mutex);
+        return m_runIds;
+    }
+
+    std::vector<ExecutionConfig> configs() const
+    {
+        const platform::MutexLock lock(m_mutex);
+        return m_configs;
+    }
+
+private:
+    mutable platform::Mutex m_mutex;
+    platform::Condition m_changed;
+    int m_started QUORIN_GUARDED_BY(m_mutex) = 0;
+    int m_ended QUORIN_GUARDED_BY(m_mutex) = 0;
+    int m_allowed QUORIN_GUARDED_BY(m_mutex) = 0;
+    int m_most QUORIN_GUARDED_BY(m_mutex) = 0;
+    std::vector<QString> m_runIds QUORIN_GUARDED_BY(m_mutex);
+    std::vector<ExecutionConfig> m_configs QUORIN_GUARDED_BY(m_mutex);
+};
+
+/// A log that can be waited on.
+class AwaitableLog final : public log::GatewayLogging
+{
+public:
+    void log(log::GatewayLogEvent event) override
+    {
+        const platform::MutexLock lock(m_mutex);
+        m_events.push_back(std::move(event));
+        m_changed.notifyAll();
+    }
+
+    /// Blocks until `count` events of an action are there, and gives them.
+    std::vector<log::GatewayLogEvent> waitFor(GatewayLogAction action, std::size_t count)
+    {
+        const platform::MutexLock lock(m_mutex);
+        while (of(action).size() < count) {
+            m_changed.wait(m_mutex);
+        }
+        return of(action);
+    }
+
+    std::vector<log::GatewayLogEvent> events(GatewayLogAction action) const
+    {
+        const platform::MutexLock lock(m_mutex);
+        return of(action);
+    }
+
+private:
+    std::vector<log::GatewayLogEvent> of(GatewayLogAction action) const QUORIN_REQUIRES(m_mutex)
+    {
+        std::vector<log::GatewayLogEvent> found;
+        std::ranges::copy_if(m_events, std::back_inserter(found), [action](const auto &event) {
+            return event.action == action;
+        });
+        return found;
+    }
+
+    mutable platform::Mutex m_mutex;
+    platform::Condition m_changed;
+    std::vector<log::GatewayLogEvent> m_events QUORIN_GUARDED_BY(m_mutex);
+};
+
+struct StoreUploadCoordinatorTest : ::testing::Test
+{
+    AwaitableLog log;
+    platform::testing::ManualClock clock;
+    log::StoreLogEmitter emitter{log, clock};
+    FakeRuns runs;
+    std::atomic<int> maxConcurrent = 2;
+    std::unique_ptr<StoreUploadCoordinator> coordinator = std::make_unique<StoreUploadCoordinator>(
+        emitter,
+        [this] { return ExecutionConfig{.maxConcurrent = maxConcurrent}; },
+        [this](const QString &runId, const ExecutionConfig &config, const std::stop_token &stop) {
+            return runs.perform(runId, config, stop);
+        });
+
+    void request(const char *trigger = "app_launch")
+    {
+        coordinator->requestUploadRun(QString::fromLatin1(trigger));
+    }
+
+    static QString detail(const log::GatewayLogEvent &event, const char *key)
+    {
+        return event.details ? event.details->value(QString::fromLatin1(key)) : QString();
+    }
+};
+
+} // namespace
+
+TEST_F(StoreUploadCoordinatorTest, TenRequestsInARowCostOneRunAndOneMore)
+{
+    for (int number = 0; number < 10; ++number) {
+        request("receive_import_succeeded");
+    }
+    log.waitFor(GatewayLogAction::uploadRunRequeued, 9);
+    EXPECT_EQ(log.events(GatewayLogAction::uploadRunStarted).size(), 1U);
+    EXPECT_EQ(log.events(GatewayLogAction::uploadRunRequested).size(), 10U);
+
+    runs.endOne();
+    const auto requested = log.waitFor(GatewayLogAction::uploadRunRequested, 11);
+    log.waitFor(GatewayLogAction::uploadRunStarted, 2);
+    runs.endOne();
+    log.waitFor(GatewayLogAction::uploadRunFinished, 2);
+
+    EXPECT_EQ(detail(requested.back(), "trigger"), QStringLiteral("deferred_while_running"));
+    EXPECT_EQ(runs.started(), 2);
+    EXPECT_EQ(log.events(GatewayLogAction::uploadRunRequested).size(), 11U);
+    EXPECT_EQ(log.events(GatewayLogAction::uploadRunRequeued).size(), 9U);
+}
+
+TEST_F(StoreUploadCoordinatorTest, ARequestAfterTheEndOfARunStartsARunByItself)
+{
+    request();
+    runs.endOne();
+    log.waitFor(GatewayLogAction::uploadRunFinished, 1);
+
+    request("auth_state_changed");
+    const auto started = log.waitFor(GatewayLogAction::uploadRunStarted, 2);
+    runs.endOne();
+    log.waitFor(GatewayLogAction::uploadRunFinished, 2);
+
+    EXPECT_EQ(detail(started.back(), "trigger"), QStringLiteral("auth_state_changed"));
+    EXPECT_TRUE(log.events(GatewayLogAction::uploadRunRequeued).empty());
+}
+
+TEST_F(StoreUploadCoordinatorTest, TellsEachStepWithItsDetails)
+{
+    request("app_launch");
+    runs.waitForStarted(1);
+    request("auth_state_changed");
+    const auto requeued = log.waitFor(GatewayLogAction::uploadRunRequeued, 1).front();
+    runs.endOne();
+    const auto finished = log.waitFor(GatewayLogAction::uploadRunFinished, 1).front();
+
+    const auto requested = log.events(GatewayLogAction::uploadRunRequested).front();
+    const auto started = log.events(GatewayLogAction::uploadRunStarted).front();
+    for (const log::GatewayLogEvent &event : {requested, requeued, started, finished}) {
+        EXPECT_EQ(event.level, log::GatewayLogLevel::info);
+        EXPECT_EQ(event.category, log::GatewayLogCategory::uploadQueue);
+        EXPECT_EQ(event.fileHash, std::nullopt);
+        EXPECT_EQ(detail(event, "execution_mode"), QStringLiteral("single"));
+    }
+    EXPECT_EQ(requested.outcome, log::GatewayLogOutcome::queued);
+    EXPECT_EQ(requeued.outcome, log::GatewayLogOutcome::queued);
+    EXPECT_EQ(started.outcome, log::GatewayLogOutcome::started);
+    EXPECT_EQ(finished.outcome, log::GatewayLogOutcome::completed);
+    EXPECT_EQ(detail(requested, "trigger"), QStringLiteral("app_launch"));
+    EXPECT_EQ(detail(started, "trigger"), QStringLiteral("app_launch"));
+    EXPECT_EQ(detail(requeued, "trigger"), QStringLiteral("auth_state_changed"));
+    EXPECT_EQ(detail(requeued, "reason"), QStringLiteral("run_already_in_progress"));
+    EXPECT_EQ(detail(finished, "selected_candidates"), QStringLiteral("1"));
+    EXPECT_EQ(detail(finished, "trigger"), QString());
+}
+
+TEST_F(StoreUploadCoordinatorTest, GivesRunsAnIdentityAndRequestsNone)
+{
+    request();
+    runs.waitForStarted(1);
+    request();
+    log.waitFor(GatewayLogAction::uploadRunRequeued, 1);
+    runs.endOne();
+    const auto started = log.waitFor(GatewayLogAction::uploadRunStarted, 2);
+    runs.endOne();
+    const auto finished = log.waitFor(GatewayLogAction::uploadRunFinished, 2);
+
+    for (const auto action : {GatewayLogAction::uploadRunRequested, GatewayLogAction::uploadRunRequeued}) {
+        for (const log::GatewayLogEvent &event : log.events(action)) {
+            EXPECT_EQ(event.correlationId, std::nullopt);
+        }
+    }
+    const auto runIds = runs.runIds();
+    EXPECT_NE(runIds.at(0), runIds.at(1));
+    EXPECT_EQ(started[0].correlationId, runIds[0]);
+    EXPECT_EQ(finished[0].correlationId, runIds[0]);
+    EXPECT_EQ(started[1].correlationId, runIds[1]);
+    EXPECT_EQ(finished[1].correlationId, runIds[1]);
+}
+
+TEST_F(StoreUploadCoordinatorTest, ARunTakesTheSettingsOfItsStartAndALaterChangeCountsFromTheNext)
+{
+    request();
+    runs.waitForStarted(1);
+    maxConcurrent = 5;
+    request();
+    log.waitFor(GatewayLogAction::uploadRunRequeued, 1);
+
+    runs.endOne();
+    log.waitFor(GatewayLogAction::uploadRunStarted, 2);
+    runs.endOne();
+    log.waitFor(GatewayLogAction::uploadRunFinished, 2);
+
+    EXPECT_EQ(runs.configs().at(0).maxConcurrent, 2);
+    EXPECT_EQ(runs.configs().at(1).maxConcurrent, 5);
+    EXPECT_EQ(detail(log.events(GatewayLogAction::uploadRunFinished).at(0), "max_concurrent"),
+              QStringLiteral("2"));
+}
+
+TEST_F(StoreUploadCoordinatorTest, TheConfigOfARequestMayDifferFromTheOneThatItsRunUses)
+{
+    // The first reading is the request's, the second the run's.
+    std::atomic<int> readings = 0;
+    coordinator = std::make_unique<StoreUploadCoordinator>(
+        emitter,
+        [&readings] { return ExecutionConfig{.maxConcurrent = ++readings}; },
+        [this](const QString &runId, const ExecutionConfig &config, const std::stop_token &stop) {
+            return runs.perform(runId, config, stop);
+        });
+
+    request();
+    const auto started = log.waitFor(GatewayLogAction::uploadRunStarted, 1).front();
+    runs.endOne();
+    log.waitFor(GatewayLogAction::uploadRunFinished, 1);
+
+    EXPECT_EQ(detail(log.events(GatewayLogAction::uploadRunRequested).front(), "max_concurrent"),
+              QStringLiteral("1"));
+    EXPECT_EQ(detail(started, "max_concurrent"), QStringLiteral("2"));
+    EXPECT_EQ(runs.configs().at(0).maxConcurrent, 2);
+    coordinator.reset(); // before the counter that it reads
+}
+
+TEST_F(StoreUploadCoordinatorTest, LosesNoRequestOfManyThreadsAndNeverRunsTwice)
+{
+    constexpr int kThreads = 4;
+    constexpr int kRequestsEach = 100;
+    {
+        std::vector<std::jthread> threads;
+        threads.reserve(kThreads);
+        for (int thread = 0; thread < kThreads; ++thread) {
+            threads.emplace_back([this] {
+                for (int number = 0; number < kRequestsEach; ++number) {
+                    request();
+                    runs.endOne();
+                }
+            });
+        }
+    }
+
+    // Each request starts a run or is noted; a note is followed by a request of the coordinator's own.
+    const auto count = [this](GatewayLogAction action) { return log.events(action).size(); };
+    while (count(GatewayLogAction::uploadRunStarted) + count(GatewayLogAction::uploadRunRequeued) <
+               count(GatewayLogAction::uploadRunRequested) ||
+           count(GatewayLogAction::uploadRunFinished) < count(GatewayLogAction::uploadRunStarted)) {
+        runs.endOne();
+        std::this_thread::yield();
+    }
+    coordinator.reset();
+    EXPECT_EQ(runs.mostAtOnce(), 1);
+    EXPECT_GE(count(GatewayLogAction::uploadRunRequested), std::size_t{kThreads * kRequestsEach});
+    EXPECT_EQ(count(GatewayLogAction::uploadRunStarted), static_cast<std::size_t>(runs.started()));
+}
+
+TEST_F(StoreUploadCoordinatorTest, StopsItsRunWhenItGoesAndTellsNoMore)
+{
+    request();
+    runs.waitForStarted(1);
+    request();
+    log.waitFor(GatewayLogAction::uploadRunRequeued, 1);
+
+    coordinator.reset(); // hangs unless the run is asked to stop
+
+    EXPECT_EQ(runs.started(), 1);
+    EXPECT_TRUE(log.events(GatewayLogAction::uploadRunFinished).empty());
+}
+
+} // namespace gateway::upload

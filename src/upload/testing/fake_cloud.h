@@ -1,0 +1,170 @@
+#pragma once
+
+#include "platform/concurrency/mutex.h"
+#include "platform/quorin_api/qrn_stow_api.h"
+#include "platform/quorin_api/quorin_error.h"
+
+#include <QtCore/QFile>
+#include <QtCore/QFileInfo>
+#include <QtCore/QMap>
+#include <QtCore/QSet>
+
+#include <functional>
+#include <vector>
+
+namespace gateway::upload::testing {
+
+/// A cloud in memory: keeps what it is sent, counts, and refuses on demand.
+///
+/// Files of these tests are named after their SOP instance UID, so that the cloud knows what it is sent
+/// without reading DICOM; a converted file carries the name of its original behind a hyphen.
+///
+/// Thread: any.
+class FakeCloud final : public platform::QrnStowAPIProtocol
+{
+public:
+    struct Request
+    {
+        QList<QUrl> files;
+        QString deviceId;
+    };
+
+    /// Refuses one instance of whatever request it comes with, by its bare UID.
+    void refuse(const QString &sopInstanceUid)
+    {
+        const platform::MutexLock lock(m_mutex);
+        m_refused.insert(sopInstanceUid);
+    }
+
+    /// Takes a refusal back.
+    void accept(const QString &sopInstanceUid)
+    {
+        const platform::MutexLock lock(m_mutex);
+        m_refused.remove(sopInstanceUid);
+    }
+
+    /// Fails every request with this HTTP status; 0 ends that.
+    void answerWith(int status)
+    {
+        const platform::MutexLock lock(m_mutex);
+        m_status = status;
+    }
+
+    /// Runs within each request, before anything is kept; may throw in place of an answer.
+    void duringRequest(std::function<void(const Request &, const platform::UploadProgressCallback &)> action)
+    {
+        const platform::MutexLock lock(m_mutex);
+        m_duringRequest = std::move(action);
+    }
+
+    std::vector<Request> requests() const
+    {
+        const platform::MutexLock lock(m_mutex);
+        return m_requests;
+    }
+
+    /// How often each instance was sent.
+    QMap<QString, int> attempts() const
+    {
+        const platform::MutexLock lock(m_mutex);
+        return m_attempts;
+    }
+
+    bool holds(const QString &sopInstanceUid) const
+    {
+        const platform::MutexLock lock(m_mutex);
+        return m_stored.contains(sopInstanceUid);
+    }
+
+    /// The most requests that were in flight at once.
+    int mostAtOnce() const
+    {
+        const platform::MutexLock lock(m_mutex);
+        return m_mostAtOnce;
+    }
+
+    QVariantMap upload(const QList<QUrl> &files,
+                       const QString &deviceId,
+                       const platform::UploadProgressCallback &progress) override
+    {
+        const InFlight inFlight(*this);
+        const Request request = {files, deviceId};
+        std::function<void(const Request &, const platform::UploadProgressCallback &)> action;
+        {
+            const platform::MutexLock lock(m_mutex);
+            action = m_duringRequest;
+            m_requests.push_back(request);
+            for (const QUrl &file : files) {
+                ++m_attempts[uidOf(file)];
+            }
+        }
+        if (action) {
+            action(request, progress);
+        }
+        keep(files);
+        return {};
+    }
+
+    QVariantMap upload(const QUrl &fileUrl,
+                       const QString &deviceId,
+                       const platform::UploadProgressCallback &progress) override
+    {
+        return upload(QList<QUrl>{fileUrl}, deviceId, progress);
+    }
+
+private:
+    class InFlight
+    {
+    public:
+        explicit InFlight(FakeCloud &cloud) : m_cloud(cloud)
+        {
+            const platform::MutexLock lock(m_cloud.m_mutex);
+            ++m_cloud.m_atOnce;
+            m_cloud.m_mostAtOnce = std::max(m_cloud.m_mostAtOnce, m_cloud.m_atOnce);
+        }
+        ~InFlight()
+        {
+            const platform::MutexLock lock(m_cloud.m_mutex);
+            --m_cloud.m_atOnce;
+        }
+        InFlight(const InFlight &) = delete;
+        InFlight &operator=(const InFlight &) = delete;
+
+    private:
+        FakeCloud &m_cloud;
+    };
+
+    static QString uidOf(const QUrl &file) { return file.fileName().section(u'-', -1); }
+
+    void keep(const QList<QUrl> &files)
+    {
+        const platform::MutexLock lock(m_mutex);
+        if (m_status != 0) {
+            throw platform::AFError(QStringLiteral("status %1").arg(m_status), m_status);
+        }
+        QList<QStringList> failures;
+        for (const QUrl &file : files) {
+            if (m_refused.contains(uidOf(file)) || !QFileInfo::exists(file.toLocalFile())) {
+                failures.append({uidOf(file), file.toLocalFile()});
+            } else {
+                m_stored.insert(uidOf(file));
+            }
+        }
+        if (!failures.isEmpty()) {
+            throw platform::QrnStowResponse(failures, 0xA700);
+        }
+    }
+
+    mutable platform::Mutex m_mutex;
+    QSet<QString> m_refused QUORIN_GUARDED_BY(m_mutex);
+    QSet<QString> m_stored QUORIN_GUARDED_BY(m_mutex);
+    QMap<QString, int> m_attempts QUORIN_GUARDED_BY(m_mutex);
+    std::vector<Request> m_requests QUORIN_GUARDED_BY(m_mutex);
+    std::function<void(const Request &, const platform::UploadProgressCallback &)>
+        m_duringRequest QUORIN_GUARDED_BY(m_mutex);
+    int m_status QUORIN_GUARDED_BY(m_mutex) = 0;
+    int m_atOnce QUORIN_GUARDED_BY(m_mutex) = 0;
+    int m_mostAtOnce QUORIN_GUARDED_BY(m_mutex) = 0;
+};
+
+} // namespace gateway::upload::testing

@@ -1,0 +1,239 @@
+#pragma once
+
+#include "platform/concurrency/mutex.h"
+#include "upload/upload_ports.h"
+
+#include <QtCore/QMap>
+
+#include <functional>
+#include <vector>
+
+namespace gateway::upload::testing {
+
+/// The states of a row: 0 not synced, 1 synced, 2 failed, 3 in progress.
+enum class RowState
+{
+    notSynced = 0,
+    synced = 1,
+    failed = 2,
+    inProgress = 3
+};
+
+/// An index in memory: rows that move through their states, in the order of their coming.
+///
+/// Thread: any.
+class FakeUploadIndex final : public UploadIndex
+{
+public:
+    /// Adds a stored file with `frames` rows; its bare SOP instance UID may be empty.
+    ///
+    /// \return the file's `storagePath`, which is its absolute path.
+    QString add(const QUrl &file, const QString &sopInstanceUid, int frames = 1)
+    {
+        const platform::MutexLock lock(m_mutex);
+        const QString path = file.toLocalFile();
+        for (int frame = 0; frame < frames; ++frame) {
+            m_rows.push_back({path, sopInstanceUid, RowState::notSynced});
+        }
+        return path;
+    }
+
+    /// What happens just before a result is recorded.
+    void whenRecording(std::function<void()> action)
+    {
+        const platform::MutexLock lock(m_mutex);
+        m_whenRecording = std::move(action);
+    }
+
+    /// What happens when rows are marked in progress.
+    void whenMarking(std::function<void()> action)
+    {
+        const platform::MutexLock lock(m_mutex);
+        m_whenMarking = std::move(action);
+    }
+
+    /// Lets every later attempt to record or to mark fail as a full disk would make it.
+    void failWrites()
+    {
+        const platform::MutexLock lock(m_mutex);
+        m_failsWrites = true;
+    }
+
+    void setState(const QString &path, RowState state)
+    {
+        const platform::MutexLock lock(m_mutex);
+        setAll(path, state);
+    }
+
+    /// Takes the rows of a file away.
+    void remove(const QString &path)
+    {
+        const platform::MutexLock lock(m_mutex);
+        for (Row &row : m_rows) {
+            if (row.path == path) {
+                row.path.clear();
+                row.state = RowState::synced;
+            }
+        }
+    }
+
+    /// The state that the rows of a file share.
+    RowState state(const QString &path) const
+    {
+        const platform::MutexLock lock(m_mutex);
+        for (const Row &row : m_rows) {
+            if (row.path == path) {
+                return row.state;
+            }
+        }
+        qFatal("the fake index has no such file");
+    }
+
+    /// Files with a row in `state`.
+    int count(RowState state) const
+    {
+        const platform::MutexLock lock(m_mutex);
+        QMap<QString, bool> paths;
+        for (const Row &row : m_rows) {
+            if (row.state == state && !row.path.isEmpty()) {
+                paths.insert(row.path, true);
+            }
+        }
+        return static_cast<int>(paths.size());
+    }
+
+    /// Pages that were asked for.
+    int fetches() const
+    {
+        const platform::MutexLock lock(m_mutex);
+        return m_fetches;
+    }
+
+    index::RecoveryCounts recoverInProgressImages() override
+    {
+        const platform::MutexLock lock(m_mutex);
+        index::RecoveryCounts counts;
+        for (Row &row : m_rows) {
+            if (row.state == RowState::inProgress) {
+                row.state = RowState::notSynced;
+                ++counts.images;
+                counts.series = 1;
+                counts.studies = 1;
+                counts.saved = true;
+            }
+        }
+        return counts;
+    }
+
+    QList<index::PendingImageUpload> pendingImageUploads(int limit, index::PendingCursor &cursor) override
+    {
+        const platform::MutexLock lock(m_mutex);
+        ++m_fetches;
+        QList<index::PendingImageUpload> found;
+        auto at = static_cast<std::size_t>(cursor.row);
+        for (; at < m_rows.size() && found.size() < limit; ++at) {
+            const Row &row = m_rows[at];
+            const bool isNext = found.isEmpty() || found.last().storagePath != row.path;
+            if (row.state != RowState::synced && isNext) {
+                found.append(gather(at));
+            }
+        }
+        while (at < m_rows.size() && !found.isEmpty() && m_rows[at].path == found.last().storagePath) {
+            ++at; // the other frames of the last file
+        }
+        cursor.row = static_cast<std::int64_t>(at);
+        return found;
+    }
+
+    void markImagesInProgress(const QList<index::ImageObjectID> &imageObjectIDs) override
+    {
+        runHook(&FakeUploadIndex::m_whenMarking);
+        const platform::MutexLock lock(m_mutex);
+        for (const index::ImageObjectID image : imageObjectIDs) {
+            if (!m_failsWrites) {
+                m_rows.at(static_cast<std::size_t>(image.value)).state = RowState::inProgress;
+            }
+        }
+    }
+
+    std::int64_t
+    recordUploadResult(const QList<index::ImageObjectID> &, const QString &storagePath, bool synced) override
+    {
+        runHook(&FakeUploadIndex::m_whenRecording);
+        const platform::MutexLock lock(m_mutex);
+        return m_failsWrites ? 0 : setAll(storagePath, synced ? RowState::synced : RowState::failed);
+    }
+
+    std::int64_t resetInProgressImages(const QList<index::ImageObjectID> &imageObjectIDs) override
+    {
+        const platform::MutexLock lock(m_mutex);
+        std::int64_t reset = 0;
+        for (const index::ImageObjectID image : imageObjectIDs) {
+            Row &row = m_rows.at(static_cast<std::size_t>(image.value));
+            if (row.state == RowState::inProgress) {
+                row.state = RowState::notSynced;
+                ++reset;
+            }
+        }
+        return reset;
+    }
+
+private:
+    struct Row
+    {
+        QString path;
+        QString sopInstanceUid;
+        RowState state;
+    };
+
+    /// Runs what a test left here, with no lock held.
+    void runHook(std::function<void()> FakeUploadIndex::*hook)
+    {
+        std::function<void()> action;
+        {
+            const platform::MutexLock lock(m_mutex);
+            action = this->*hook;
+        }
+        if (action) {
+            action();
+        }
+    }
+
+    /// The candidate whose first row is `at`; the rows of a file lie side by side.
+    index::PendingImageUpload gather(std::size_t at) const QUORIN_REQUIRES(m_mutex)
+    {
+        const Row first = m_rows[at];
+        index::PendingImageUpload candidate;
+        candidate.storagePath = first.path;
+        candidate.fileURL = QUrl::fromLocalFile(first.path);
+        if (!first.sopInstanceUid.isEmpty()) {
+            candidate.originalSOPInstanceUIDs = {first.sopInstanceUid};
+            candidate.sopInstanceUIDs = {first.sopInstanceUid + u'0'};
+        }
+        for (; at < m_rows.size() && m_rows[at].path == first.path; ++at) {
+            candidate.imageObjectIDs.append({static_cast<std::int64_t>(at)});
+        }
+        return candidate;
+    }
+
+    std::int64_t setAll(const QString &path, RowState state) QUORIN_REQUIRES(m_mutex)
+    {
+        std::int64_t changed = 0;
+        for (Row &row : m_rows) {
+            if (row.path == path) {
+                row.state = state;
+                ++changed;
+            }
+        }
+        return changed;
+    }
+
+    mutable platform::Mutex m_mutex;
+    std::vector<Row> m_rows QUORIN_GUARDED_BY(m_mutex);
+    std::function<void()> m_whenRecording QUORIN_GUARDED_BY(m_mutex);
+    std::function<void()> m_whenMarking QUORIN_GUARDED_BY(m_mutex);
+    bool m_failsWrites QUORIN_GUARDED_BY(m_mutex) = false;
+    int m_fetches QUORIN_GUARDED_BY(m_mutex) = 0;
+};
+
+} // namespace gateway::upload::testing

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "upload/candidate_preparer.h"
+#include "upload/store_upload.h"
+#include "upload/upload_collaborators.h"
+
+#include <QtCore/QList>
+
+namespace gateway::upload {
+
+/// Sends prepared candidates to the cloud, once, and tells the log how it went.
+///
+/// Owner: UploadRun. Thread: any, several attempts at a time; each blocks until the cloud has answered.
+class UploadAttempt
+{
+public:
+    UploadAttempt(const UploadCollaborators &with, const RunIdentity &run, const CandidatePreparer &preparer)
+        : m_with(with), m_run(run), m_preparer(preparer)
+    {
+    }
+
+    /// Sends one file in a request of its own.
+    StoreUpload::AttemptResult sendFile(const StoreUpload::PreparedCandidate &prepared) const;
+
+    /// Sends the files of a batch in one request; each candidate gets an outcome of its own.
+    ///
+    /// \param prepared      at least one.
+    /// \param chunkDetails  merged into the details of every event and outcome.
+    QList<StoreUpload::CandidateOutcome> sendBatch(const QList<StoreUpload::PreparedCandidate> &prepared,
+                                                   const Details &chunkDetails) const;
+
+private:
+    void tellFailure(log::StoreLogRecord record, const std::exception &error) const;
+
+    const UploadCollaborators &m_with;
+    const RunIdentity &m_run;
+    const CandidatePreparer &m_preparer;
+};
+
+} // namespace gateway::upload

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "log/store_log_emitter.h"
+#include "platform/concurrency/clock.h"
+#include "platform/concurrency/main_executor.h"
+#include "platform/dicom/dicom_converting.h"
+#include "platform/quorin_api/qrn_stow_api.h"
+#include "upload/store_upload.h"
+#include "upload/upload_ports.h"
+
+namespace gateway::upload {
+
+/// Whom upload runs work with; all of it outlives them, and `state` outlives the last block of `main`.
+struct UploadCollaborators
+{
+    UploadIndex &index;
+    platform::QrnStowAPIProtocol &cloud;
+    platform::DicomConverting &converter;
+    UploadSession &session;
+    UploadState &state;
+    TermsFollowUp &terms;
+    GatewayAutoDeleteCleanupServicing &cleanup;
+    log::StoreLogEmitter &emitter;
+    platform::MainExecutor &main;
+    platform::Clock &clock;
+};
+
+/// What one run is: its identity, its orders, and the details that nearly all of its events carry.
+struct RunIdentity
+{
+    RunIdentity(QString id, const StoreUpload::ExecutionConfig &orders, QString device)
+        : runId(std::move(id)), config(orders), executionDetails(StoreUpload::executionDetails(orders)),
+          deviceId(std::move(device))
+    {
+    }
+
+    const QString runId;
+    const StoreUpload::ExecutionConfig config;
+    const Details executionDetails;
+    const QString deviceId;
+};
+
+} // namespace gateway::upload

@@ -1,0 +1,249 @@
+#include "upload/upload_run.h"
+
+#include "platform/concurrency/task_group.h"
+
+#include <QtCore/QHash>
+
+#include <algorithm>
+
+namespace gateway::upload {
+
+using StoreUpload::AttemptResult;
+using StoreUpload::CandidateContext;
+using StoreUpload::CandidateOutcome;
+
+namespace {
+
+bool hasSuccess(const QList<CandidateOutcome> &outcomes)
+{
+    return std::ranges::any_of(
+        outcomes, [](const CandidateOutcome &outcome) { return outcome.result == AttemptResult::success; });
+}
+
+/// The last look before files may count as sent, and so be let go of one day: each was taken in this round,
+/// stands for something, and is told once. Whatever else comes here must not go on.
+void assertMayBeRecorded(const QList<CandidateContext> &contexts, const QList<CandidateOutcome> &outcomes)
+{
+    QSet<QString> open;
+    for (const CandidateContext &context : contexts) {
+        open.insert(context.candidate.storagePath);
+    }
+    for (const CandidateOutcome &outcome : outcomes) {
+        const index::PendingImageUpload &candidate = outcome.context.candidate;
+        if (candidate.storagePath.isEmpty() || candidate.imageObjectIDs.isEmpty() ||
+            !open.remove(candidate.storagePath)) {
+            qFatal("an upload run was about to record the result of a file that it did not send");
+        }
+    }
+}
+
+} // namespace
+
+UploadRun::UploadRun(const UploadCollaborators &with,
+                     QString runId,
+                     const StoreUpload::ExecutionConfig &config,
+                     QString deviceId)
+    : m_with(with), m_run(std::move(runId), config, std::move(deviceId)), m_round(with, m_run)
+{
+    m_summary.executionDetails = m_run.executionDetails;
+}
+
+StoreUpload::RunSummary UploadRun::run(const std::stop_token &stop)
+{
+    recover();
+    if (!m_with.session.hasToken()) {
+        m_summary.missingToken = true;
+        return m_summary;
+    }
+    while (playRound(stop)) {
+    }
+    m_summary.wasCancelled = stop.stop_requested();
+    return m_summary;
+}
+
+/// \return true when there may be more to do.
+bool UploadRun::playRound(const std::stop_token &stop)
+{
+    if (stop.stop_requested()) {
+        return false;
+    }
+    if (!m_with.session.hasToken()) {
+        m_summary.missingToken = true;
+        return false;
+    }
+    const Contexts contexts = nextPage();
+    if (contexts.isEmpty()) {
+        return false;
+    }
+    const UploadRound::Result round = m_round.work(contexts, stop);
+    m_summary.selectedCandidates += round.begun;
+    const std::int64_t resetImages = reconcile(contexts, round.outcomes);
+    assertMayBeRecorded(contexts, round.outcomes);
+    record(round.outcomes);
+    if (hasSuccess(round.outcomes)) {
+        m_with.cleanup.requestCleanup(QStringLiteral("upload_success"), m_run.runId);
+    }
+    if (!round.outcomes.isEmpty() || resetImages > 0) {
+        refreshState();
+    }
+    return !round.wasStopped;
+}
+
+void UploadRun::recover()
+{
+    const index::RecoveryCounts counts = m_with.index.recoverInProgressImages();
+    if (counts.images < 1) {
+        return;
+    }
+    m_summary.recoveredInProgressImages = counts.images;
+    m_summary.recoveredInProgressSeries = counts.series;
+    m_summary.recoveredInProgressStudies = counts.studies;
+    m_with.emitter.emit({.level = log::GatewayLogLevel::warning,
+                         .category = log::GatewayLogCategory::uploadQueue,
+                         .action = log::GatewayLogAction::uploadStateRecovered,
+                         .outcome = log::GatewayLogOutcome::completed,
+                         .correlationId = m_run.runId,
+                         .details = with({{QStringLiteral("recovered_images"), counts.images},
+                                          {QStringLiteral("affected_series"), counts.series},
+                                          {QStringLiteral("affected_studies"), counts.studies}})});
+    refreshState();
+}
+
+UploadRun::Contexts UploadRun::nextPage()
+{
+    Contexts contexts;
+    while (contexts.isEmpty()) {
+        const auto page = m_with.index.pendingImageUploads(m_run.config.fetchLimit, m_cursor);
+        if (page.isEmpty()) {
+            break;
+        }
+        for (const index::PendingImageUpload &candidate : page) {
+            // Two paths with one hash would cost the second nothing but the wait for the next run.
+            const std::size_t hash = qHash(candidate.storagePath);
+            if (!m_seen.contains(hash)) {
+                m_seen.insert(hash);
+                contexts.append({candidate, 1});
+            }
+        }
+    }
+    return contexts;
+}
+
+/// Puts back what was marked in progress and got no result, because the run was told to stop.
+///
+/// \return the number of rows reset.
+std::int64_t UploadRun::reconcile(const Contexts &contexts, const Outcomes &outcomes)
+{
+    QSet<QString> resolved;
+    for (const CandidateOutcome &outcome : outcomes) {
+        resolved.insert(outcome.context.candidate.storagePath);
+    }
+    std::int64_t unresolved = 0;
+    QList<index::ImageObjectID> images;
+    for (const CandidateContext &context : contexts) {
+        if (!resolved.contains(context.candidate.storagePath)) {
+            ++unresolved;
+            images.append(context.candidate.imageObjectIDs);
+        }
+    }
+    if (unresolved == 0) {
+        return 0;
+    }
+    const std::int64_t resetImages = m_with.index.resetInProgressImages(images);
+    m_with.emitter.emit({.level = log::GatewayLogLevel::warning,
+                         .category = log::GatewayLogCategory::uploadQueue,
+                         .action = log::GatewayLogAction::uploadIterationReconciled,
+                         .outcome = log::GatewayLogOutcome::completed,
+                         .correlationId = m_run.runId,
+                         .details = with({{QStringLiteral("selected_candidates"), contexts.size()},
+                                          {QStringLiteral("completed_outcomes"), outcomes.size()},
+                                          {QStringLiteral("unresolved_candidates"), unresolved},
+                                          {QStringLiteral("reset_images"), resetImages}})});
+    m_summary.reconciledCandidates += unresolved;
+    m_summary.reconciledImages += resetImages;
+    return resetImages;
+}
+
+void UploadRun::record(const Outcomes &outcomes)
+{
+    const QList<std::int64_t> updated = recordInIndex(outcomes);
+    for (qsizetype index = 0; index < outcomes.size(); ++index) {
+        tellRecorded(outcomes[index], updated[index]);
+    }
+}
+
+/// In the parallel modes the results of a round are recorded side by side, so that they can share the wait
+/// for the disk.
+QList<std::int64_t> UploadRun::recordInIndex(const Outcomes &outcomes)
+{
+    QList<std::int64_t> updated(outcomes.size(), 0);
+    const auto recordOne = [&, slots = updated.data()](qsizetype index) {
+        const CandidateOutcome &outcome = outcomes[index];
+        slots[index] = m_with.index.recordUploadResult(outcome.context.candidate.imageObjectIDs,
+                                                       outcome.context.candidate.storagePath,
+                                                       outcome.result == AttemptResult::success);
+    };
+    platform::WorkerPool *pool = m_round.pool();
+    if (!pool) {
+        for (qsizetype index = 0; index < outcomes.size(); ++index) {
+            recordOne(index);
+        }
+        return updated;
+    }
+    platform::TaskGroup group(*pool, pool->width(), {});
+    for (qsizetype index = 0; index < outcomes.size(); ++index) {
+        group.add([&recordOne, index](const std::stop_token &) { recordOne(index); });
+    }
+    group.wait();
+    return updated;
+}
+
+void UploadRun::tellRecorded(const CandidateOutcome &outcome, std::int64_t updated)
+{
+    switch (outcome.result) {
+    case AttemptResult::success:
+        ++m_summary.successfulUploads;
+        break;
+    case AttemptResult::failed:
+        ++m_summary.failedUploads;
+        break;
+    case AttemptResult::missingFile:
+        ++m_summary.missingFiles;
+        break;
+    }
+    const index::PendingImageUpload &candidate = outcome.context.candidate;
+    const bool didSync = outcome.result == AttemptResult::success;
+    const bool isWell = didSync && updated > 0;
+    Details details = outcome.details;
+    details.insert(QStringLiteral("linked_images"), QString::number(candidate.imageObjectIDs.size()));
+    details.insert(QStringLiteral("did_sync"), StoreUpload::boolText(didSync));
+    details.insert(QStringLiteral("updated_images"), QString::number(updated));
+    m_with.emitter.emit(
+        {.level = isWell ? log::GatewayLogLevel::info : log::GatewayLogLevel::warning,
+         .category = log::GatewayLogCategory::send,
+         .action = log::GatewayLogAction::uploadResultRecorded,
+         .outcome = isWell ? log::GatewayLogOutcome::succeeded : log::GatewayLogOutcome::failed,
+         .correlationId = m_run.runId,
+         .fileURL = candidate.fileURL,
+         .attempt = outcome.context.attempt,
+         .details = details});
+}
+
+void UploadRun::refreshState() const
+{
+    m_with.main.post([&state = m_with.state] {
+        state.refreshCounters();
+        state.refreshTransferSeries();
+    });
+}
+
+Details UploadRun::with(std::initializer_list<std::pair<QString, std::int64_t>> figures) const
+{
+    Details details = m_run.executionDetails;
+    for (const auto &[key, value] : figures) {
+        details.insert(key, QString::number(value));
+    }
+    return details;
+}
+
+} // namespace gateway::upload

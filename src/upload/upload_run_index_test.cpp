@@ -1,0 +1,159 @@
+#include "index/testing/temporary_index.h"
+#include "upload/dicom_db_upload_index.h"
+#include "upload/testing/fake_surroundings.h"
+#include "upload/upload_run.h"
+
+#include <gtest/gtest.h>
+
+#include <mutex>
+
+// Upload runs over the real index: what a run does to it, and what a crash leaves of it.
+
+namespace gateway::upload {
+
+using StoreUpload::ExecutionConfig;
+using StoreUpload::ExecutionMode;
+using StoreUpload::RunSummary;
+
+namespace {
+
+struct UploadRunOnIndexTest : ::testing::Test
+{
+    testing::FakeSurroundings around;
+    index::testing::TemporaryIndex store;
+
+    RunSummary run(ExecutionMode mode = ExecutionMode::parallelBatch)
+    {
+        DicomDBUploadIndex port(store.index());
+        const UploadCollaborators with = {port,
+                                          around.cloud,
+                                          around.converter,
+                                          around.session,
+                                          around.state,
+                                          around.terms,
+                                          around.cleanup,
+                                          around.emitter,
+                                          around.main,
+                                          around.clock};
+        const ExecutionConfig orders = {
+            .mode = mode, .maxConcurrent = 2, .batchSize = 2, .compressionEnabled = true, .fetchLimit = 8};
+        RunSummary summary = UploadRun(with, QStringLiteral("RUN"), orders, QStringLiteral("DEVICE")).run({});
+        around.main.drain();
+        return summary;
+    }
+
+    /// Imports an image. \return the name under which the cloud of these tests knows its stored file.
+    QString import(const QString &sopInstanceUid)
+    {
+        return store.import(index::testing::TemporaryIndex::image(sopInstanceUid)).section(u'/', -1);
+    }
+
+    /// The states of all rows, oldest first.
+    QStringList states()
+    {
+        return store.rows(QStringLiteral("SELECT syncState FROM DicomImage ORDER BY createDate"));
+    }
+};
+
+} // namespace
+
+TEST_F(UploadRunOnIndexTest, TriesEachOfManyFilesOnceInEveryModeThoughTheOldestFail)
+{
+    constexpr int kFiles = 60;
+    constexpr int kFailing = 30;
+    for (int number = 0; number < kFiles; ++number) {
+        const QString name = import(QStringLiteral("1.%1").arg(number));
+        if (number < kFailing) {
+            around.cloud.refuse(name);
+        }
+    }
+
+    const RunSummary first = run(ExecutionMode::parallelBatch);
+    EXPECT_EQ(first.selectedCandidates, kFiles);
+    EXPECT_EQ(first.successfulUploads, kFiles - kFailing);
+    const RunSummary second = run(ExecutionMode::parallelFile);
+    EXPECT_EQ(second.selectedCandidates, kFailing);
+    const RunSummary third = run(ExecutionMode::single);
+    EXPECT_EQ(third.selectedCandidates, kFailing);
+
+    const QMap<QString, int> attempts = around.cloud.attempts();
+    EXPECT_EQ(attempts.size(), kFiles);
+    EXPECT_EQ(std::ranges::count(attempts, 3), kFailing);
+    EXPECT_EQ(std::ranges::count(attempts, 1), kFiles - kFailing);
+    EXPECT_EQ(states().count(QStringLiteral("2")), kFailing);
+    EXPECT_EQ(states().count(QStringLiteral("1")), kFiles - kFailing);
+}
+
+TEST_F(UploadRunOnIndexTest, SendsAgainWhatACrashLeftInProgressThoughTheCloudHasItAlready)
+{
+    const QString name = import(QStringLiteral("1.1"));
+    index::PendingCursor cursor;
+    const auto candidates = store.index().pendingImageUploads(1, cursor);
+    ASSERT_EQ(candidates.size(), 1);
+    store.index().markImagesInProgress(candidates.first().imageObjectIDs);
+    around.cloud.upload(candidates.first().fileURL, QString(), {});
+    store.reopen(); // the process died between the answer and the record
+
+    const RunSummary summary = run();
+
+    EXPECT_EQ(summary.recoveredInProgressImages, 1);
+    EXPECT_EQ(around.cloud.attempts().value(name), 2);
+    EXPECT_EQ(states(), QStringList{QStringLiteral("1")});
+}
+
+TEST_F(UploadRunOnIndexTest, KeepsWhatARoundRecordedThroughACrash)
+{
+    for (int number = 0; number < 12; ++number) {
+        import(QStringLiteral("1.%1").arg(number));
+    }
+    // The session goes in the first round, so the run ends with its record.
+    around.cloud.duringRequest([this](const auto &, const auto &) { around.session.signIn(false); });
+    const RunSummary summary = run();
+    around.cloud.duringRequest({});
+    around.session.signIn(true);
+    store.reopen();
+    EXPECT_EQ(states().count(QStringLiteral("1")), summary.successfulUploads);
+
+    run();
+
+    EXPECT_EQ(states().count(QStringLiteral("1")), 12);
+    EXPECT_TRUE(std::ranges::all_of(around.cloud.attempts(), [](int count) { return count == 1; }));
+}
+
+TEST_F(UploadRunOnIndexTest, DoesNotTakeAFileForSentThatCameAgainDuringTheUploadOfTheOneBefore)
+{
+    const QString older = import(QStringLiteral("1.1"));
+    QString newer;
+    std::once_flag once;
+    around.cloud.duringRequest([&](const auto &, const auto &) {
+        std::call_once(once, [&] {
+            newer = import(QStringLiteral("1.1"));
+            around.cloud.refuse(newer);
+        });
+    });
+
+    run(ExecutionMode::single);
+
+    EXPECT_TRUE(around.cloud.holds(older));
+    EXPECT_FALSE(around.cloud.holds(newer));
+    EXPECT_NE(states(), QStringList{QStringLiteral("1")});
+    around.cloud.accept(newer);
+    run(ExecutionMode::single);
+    EXPECT_EQ(states(), QStringList{QStringLiteral("1")});
+    EXPECT_TRUE(around.cloud.holds(newer));
+}
+
+TEST_F(UploadRunOnIndexTest, SendsAFileWithManyFramesOnceAndMovesAllItsRows)
+{
+    store.import(index::testing::TemporaryIndex::image(QStringLiteral("1.1"),
+                                                       {{QStringLiteral("numberOfFrames"), 5}}));
+    const qsizetype rows = states().size();
+
+    const RunSummary summary = run();
+
+    EXPECT_EQ(summary.selectedCandidates, 1);
+    EXPECT_EQ(around.cloud.requests().size(), 1U);
+    EXPECT_EQ(states().count(QStringLiteral("1")), rows);
+}
+
+} // namespace gateway::upload
