@@ -1,17 +1,53 @@
 #include "dicom_helper/scp/scp.h"
 
+#include "dicom_helper/scp/inbox.h"
+#include "dicom_helper/scp/listener.h"
+
+#include <exception>
+#include <string>
+
 namespace gateway::dicom_helper::scp {
+
+namespace {
 
 using platform::dicom_protocol::Channel;
 using platform::dicom_protocol::Record;
 
+ListenerSettings settingsOf(const Record &start)
+{
+    ListenerSettings settings;
+    settings.address = std::string(start.text("bind"));
+    settings.port = start.number("port", -1);
+    settings.timeout = std::chrono::seconds(start.number("timeout", 0));
+    settings.reserve = start.number("reserve", 0);
+    return settings;
+}
+
+Record listening(std::uint16_t port)
+{
+    Record record{"listening", {}};
+    record.setNumber("port", port);
+    return record;
+}
+
+} // namespace
+
 int run(Channel channel)
 {
-    Record record;
-    while (channel.receive(record) == Channel::Receipt::record && record.word != "stop") {
-        channel.send(Record{"refused", {{"message", "This build has no listener."}}});
+    Record start;
+    if (channel.receive(start) != Channel::Receipt::record || start.word != "start") {
+        return 0; // the gateway changed its mind before it began
     }
-    return 1;
+    try {
+        Inbox inbox{std::string(start.text("inbox"))};
+        Listener listener(settingsOf(start), inbox, channel);
+        inbox.sweep();
+        channel.send(listening(listener.port()));
+        return listener.run();
+    } catch (const std::exception &error) {
+        channel.send(Record{"refused", {{"message", error.what()}}});
+        return 1;
+    }
 }
 
 } // namespace gateway::dicom_helper::scp

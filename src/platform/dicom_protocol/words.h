@@ -10,11 +10,13 @@ inline constexpr int kChannelDescriptor = 3;
 
 // To the scp: `start` once, then `stop`. Closing the channel means stop as well.
 //   start    aeTitle, port, bind (address, empty for all), timeout (seconds, idle association),
-//            inbox (folder), reserve (bytes kept free), umask-safe defaults apply to all files
+//            inbox (folder), reserve (bytes kept free)
+//   abort    association; it may finish its object under way
 //   stop
 // From the scp:
 //   listening  port (the bound one)
 //   refused    message; the scp then ends with a non-zero status
+//   unbound    after a stop: the port is free again; associations may still finish their object
 //   started    peer, association
 //   progress   association, path (a complete, durable file in the inbox)
 //   complete   association

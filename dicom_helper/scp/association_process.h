@@ -1,0 +1,38 @@
+#pragma once
+
+#include "dicom_helper/scp/association_request.h"
+#include "dicom_helper/scp/descriptor.h"
+#include "dicom_helper/scp/inbox.h"
+#include "platform/dicom_protocol/channel.h"
+
+#include <chrono>
+#include <cstdint>
+#include <string>
+
+#include <sys/types.h>
+
+namespace gateway::dicom_helper::scp {
+
+/// What the process of one association works on.
+struct AssociationJob
+{
+    Descriptor socket; // non-blocking; the request has been read off it
+    AssociationRequest request;
+    std::string peer;        // address and port, for people
+    std::string association; // its identifier
+    std::string fileNames;   // what its files' names begin with
+    std::chrono::seconds timeout{0};
+    std::int64_t reserve = 0;
+};
+
+/// Serves one association in a process of its own from the answer to its end, and tells the gateway what
+/// happens: `started`, a `progress` an object, then `complete` or `failed`.
+///
+/// SIGTERM (which must be blocked) and the end of process `listener` let it finish the object under way and
+/// then abort. \return the status that the process ends with; any status means that the end has been told.
+int runAssociation(AssociationJob job,
+                   Inbox &inbox,
+                   platform::dicom_protocol::Channel &channel,
+                   pid_t listener);
+
+} // namespace gateway::dicom_helper::scp

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <utility>
+
+#include <unistd.h>
+
+namespace gateway::dicom_helper::scp {
+
+/// Owns a file descriptor. Thread: a plain value.
+class Descriptor
+{
+public:
+    Descriptor() = default;
+    explicit Descriptor(int value) : m_value(value) {}
+    ~Descriptor() { close(); }
+    Descriptor(Descriptor &&other) noexcept : m_value(std::exchange(other.m_value, -1)) {}
+    Descriptor &operator=(Descriptor &&other) noexcept
+    {
+        if (this != &other) {
+            close();
+            m_value = std::exchange(other.m_value, -1);
+        }
+        return *this;
+    }
+
+    bool isOpen() const { return m_value >= 0; }
+    int get() const { return m_value; }
+
+    /// Hands the descriptor over to the caller.
+    int release() { return std::exchange(m_value, -1); }
+
+    /// \return what close(2) says; 0 when nothing was open.
+    int close() { return m_value < 0 ? 0 : ::close(std::exchange(m_value, -1)); }
+
+private:
+    int m_value = -1;
+};
+
+} // namespace gateway::dicom_helper::scp

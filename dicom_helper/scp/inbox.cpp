@@ -1,0 +1,185 @@
+#include "dicom_helper/scp/inbox.h"
+
+#include <cerrno>
+#include <filesystem>
+#include <memory>
+#include <stdexcept>
+#include <system_error>
+#include <vector>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <sys/statvfs.h>
+
+namespace gateway::dicom_helper::scp {
+
+namespace {
+
+constexpr char kPartFolder[] = ".part";
+constexpr char kOurs[] = "quorin-";
+
+[[noreturn]] void refuse(const std::string &path, int error)
+{
+    throw std::runtime_error("The incoming folder " + path +
+                             " can't be used: " + std::generic_category().message(error) + ".");
+}
+
+Descriptor openFolder(int base, const std::string &name, int flags)
+{
+    return Descriptor(::openat(base, name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | flags));
+}
+
+/// The names in a folder that begin with `prefix`.
+std::vector<std::string> namesIn(const Descriptor &folder, std::string_view prefix)
+{
+    std::vector<std::string> names;
+    Descriptor opened = openFolder(folder.get(), ".", 0); // its own position in the folder
+    const std::unique_ptr<DIR, int (*)(DIR *)> listing(::fdopendir(opened.get()), ::closedir);
+    if (!listing) {
+        return names;
+    }
+    opened.release();
+    while (const dirent *entry = ::readdir(listing.get())) {
+        if (std::string_view(entry->d_name).starts_with(prefix)) {
+            names.emplace_back(entry->d_name);
+        }
+    }
+    return names;
+}
+
+/// A folder made a moment ago is only as durable as the entries that lead to it.
+void syncWayTo(const std::string &path)
+{
+    std::filesystem::path folder = std::filesystem::path(path).parent_path();
+    while (folder.has_relative_path()) {
+        const Descriptor opened = openFolder(AT_FDCWD, folder.string(), 0);
+        ::fsync(opened.get());
+        folder = folder.parent_path();
+    }
+}
+
+int result(int returned)
+{
+    return returned < 0 ? -errno : returned;
+}
+
+} // namespace
+
+Inbox::Inbox(const std::string &path) : m_path(path)
+{
+    std::error_code error;
+    std::filesystem::create_directories(path, error);
+    m_folder = openFolder(AT_FDCWD, path, 0);
+    if (!m_folder.isOpen()) {
+        refuse(path, error ? error.value() : errno);
+    }
+    if (::mkdirat(m_folder.get(), kPartFolder, 0700) != 0 && errno != EEXIST) {
+        refuse(path, errno);
+    }
+    m_part = openFolder(m_folder.get(), kPartFolder, O_NOFOLLOW);
+    if (!m_part.isOpen()) {
+        refuse(path, errno);
+    }
+    if (::faccessat(m_folder.get(), ".", W_OK | X_OK, AT_EACCESS) != 0 ||
+        ::faccessat(m_part.get(), ".", W_OK | X_OK, AT_EACCESS) != 0) {
+        refuse(path, errno);
+    }
+    syncInbox();
+    syncWayTo(path);
+}
+
+void Inbox::sweep()
+{
+    for (const std::string &name : namesIn(m_part, kOurs)) {
+        const Descriptor file(
+            ::openat(m_part.get(), name.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+        if (file.isOpen() && ::flock(file.get(), LOCK_EX | LOCK_NB) == 0) {
+            removeUnfinished(name);
+        }
+    }
+}
+
+void Inbox::removeUnfinishedOf(const std::string &prefix)
+{
+    for (const std::string &name : namesIn(m_part, prefix)) {
+        removeUnfinished(name);
+    }
+}
+
+int Inbox::create(const std::string &name)
+{
+    constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
+    Descriptor file(::openat(m_part.get(), name.c_str(), kFlags, 0600));
+    if (!file.isOpen()) {
+        return -errno;
+    }
+    // A volume without locks is served too: only the sweep of another listener's start needs them.
+    const bool sweptMeanwhile = ::flock(file.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+    struct stat status{};
+    if (sweptMeanwhile || ::fstat(file.get(), &status) != 0 || status.st_nlink == 0) {
+        return -EAGAIN;
+    }
+    return file.release();
+}
+
+ssize_t Inbox::write(int file, std::string_view bytes)
+{
+    for (;;) {
+        const ssize_t written = ::write(file, bytes.data(), bytes.size());
+        if (written >= 0) {
+            return written;
+        }
+        if (errno != EINTR) {
+            return -errno;
+        }
+    }
+}
+
+std::int64_t Inbox::size(int file)
+{
+    struct stat status{};
+    return ::fstat(file, &status) != 0 ? -errno : status.st_size;
+}
+
+int Inbox::sync(int file)
+{
+    return result(::fsync(file));
+}
+
+int Inbox::close(int file)
+{
+    return result(::close(file));
+}
+
+int Inbox::publish(const std::string &name, const std::string &finalName)
+{
+    return result(::renameat(m_part.get(), name.c_str(), m_folder.get(), finalName.c_str()));
+}
+
+int Inbox::syncInbox()
+{
+    return result(::fsync(m_folder.get()));
+}
+
+void Inbox::removeUnfinished(const std::string &name)
+{
+    ::unlinkat(m_part.get(), name.c_str(), 0);
+}
+
+void Inbox::removePublished(const std::string &finalName)
+{
+    ::unlinkat(m_folder.get(), finalName.c_str(), 0);
+}
+
+std::int64_t Inbox::availableBytes()
+{
+    struct statvfs figures{};
+    if (::fstatvfs(m_folder.get(), &figures) != 0) {
+        return -errno;
+    }
+    return static_cast<std::int64_t>(figures.f_bavail) * static_cast<std::int64_t>(figures.f_frsize);
+}
+
+} // namespace gateway::dicom_helper::scp

@@ -1,0 +1,76 @@
+#pragma once
+
+#include "dicom_helper/scp/descriptor.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include <sys/types.h>
+
+namespace gateway::dicom_helper::scp {
+
+/// The file operations by which an object gets into the inbox, so that a test can let each of them fail.
+///
+/// All return 0 or a positive number when they succeed, else the negated errno. Names have no folder.
+class InboxDisk
+{
+public:
+    virtual ~InboxDisk() = default;
+
+    /// Makes a new, locked, empty file among the unfinished ones. \return its descriptor.
+    virtual int create(const std::string &name) = 0;
+    virtual ssize_t write(int file, std::string_view bytes) = 0;
+    virtual std::int64_t size(int file) = 0;
+    virtual int sync(int file) = 0;
+    virtual int close(int file) = 0;
+
+    /// Moves an unfinished file into the inbox under its final name.
+    virtual int publish(const std::string &name, const std::string &finalName) = 0;
+    virtual int syncInbox() = 0;
+    virtual void removeUnfinished(const std::string &name) = 0;
+    virtual void removePublished(const std::string &finalName) = 0;
+
+    /// What a user without privileges may still write on this volume.
+    virtual std::int64_t availableBytes() = 0;
+};
+
+/// The inbox as a folder: complete files lie in it, unfinished ones in its folder ".part".
+///
+/// Names begin with "quorin-", so that files that people put there are never taken for ours. Each
+/// unfinished file is locked by the process that writes it for as long as it does. Thread: one.
+class Inbox : public InboxDisk
+{
+public:
+    /// Opens the inbox and makes what is missing of it; proves that it can be written.
+    ///
+    /// \throws std::runtime_error with a sentence for people.
+    explicit Inbox(const std::string &path);
+
+    /// Removes unfinished files whose writer is gone.
+    void sweep();
+
+    /// Removes the unfinished files whose names begin so.
+    void removeUnfinishedOf(const std::string &prefix);
+
+    /// The whole path of a complete file.
+    std::string pathOf(const std::string &finalName) const { return m_path + "/" + finalName; }
+
+    int create(const std::string &name) override;
+    ssize_t write(int file, std::string_view bytes) override;
+    std::int64_t size(int file) override;
+    int sync(int file) override;
+    int close(int file) override;
+    int publish(const std::string &name, const std::string &finalName) override;
+    int syncInbox() override;
+    void removeUnfinished(const std::string &name) override;
+    void removePublished(const std::string &finalName) override;
+    std::int64_t availableBytes() override;
+
+private:
+    std::string m_path;
+    Descriptor m_folder;
+    Descriptor m_part;
+};
+
+} // namespace gateway::dicom_helper::scp

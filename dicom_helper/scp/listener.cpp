@@ -1,0 +1,320 @@
+#include "dicom_helper/scp/listener.h"
+
+#include "dicom_helper/scp/pdus.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <csignal>
+#include <cstring>
+#include <stdexcept>
+#include <system_error>
+#include <utility>
+
+#include <sys/random.h>
+#include <sys/resource.h>
+#include <sys/signalfd.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+
+namespace gateway::dicom_helper::scp {
+
+namespace {
+
+using platform::dicom_protocol::Channel;
+using platform::dicom_protocol::Record;
+using SteadyClock = std::chrono::steady_clock;
+
+// A peer has so long for its association request (the upper layer's ARTIM timer, PS3.8 9.1.4).
+constexpr std::chrono::seconds kRequestDeadline(10);
+
+// The grace that an association gives itself after a stop, and some for the disk.
+constexpr std::chrono::seconds kChildrenDeadline(8);
+
+// When the system has no descriptor left, asking again at once would only spin.
+constexpr std::chrono::milliseconds kAcceptPause(200);
+
+/// How many associations at once: a quarter of the descriptors, and never so many that memory suffers.
+std::size_t associationLimit()
+{
+    constexpr std::size_t kMost = 256;
+    rlimit descriptors{};
+    if (::getrlimit(RLIMIT_NOFILE, &descriptors) != 0) {
+        return kMost;
+    }
+    return std::clamp<std::size_t>(descriptors.rlim_cur / 4, 1, kMost);
+}
+
+/// 128 bits of chance in hexadecimal digits.
+std::string randomText()
+{
+    std::array<unsigned char, 16> chance{};
+    if (::getrandom(chance.data(), chance.size(), 0) != static_cast<ssize_t>(chance.size())) {
+        throw std::system_error(errno, std::generic_category(), "getrandom");
+    }
+    std::string text;
+    for (const unsigned char one : chance) {
+        constexpr std::string_view kDigits = "0123456789abcdef";
+        text.push_back(kDigits[one >> 4U]);
+        text.push_back(kDigits[one & 15U]);
+    }
+    return text;
+}
+
+/// Blocks the signals that are read from a descriptor, here and in all children.
+Descriptor signalDescriptor()
+{
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGCHLD);
+    sigaddset(&signals, SIGTERM);
+    sigaddset(&signals, SIGINT);
+    ::sigprocmask(SIG_BLOCK, &signals, nullptr);
+    return Descriptor(::signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK));
+}
+
+} // namespace
+
+Listener::Listener(ListenerSettings settings, Inbox &inbox, Channel &channel)
+    : m_settings(std::move(settings)), m_inbox(inbox), m_channel(channel),
+      m_listening(listenOn(m_settings.address, m_settings.port)), m_signals(signalDescriptor()),
+      m_limit(associationLimit())
+{
+}
+
+int Listener::run()
+{
+    while (!m_stopping && !m_ownEnd) {
+        waitForWork();
+    }
+    if (m_ownEnd) {
+        return *m_ownEnd;
+    }
+    stopAccepting();
+    endChildren();
+    return 0;
+}
+
+/// Channel, signals, listening socket, then the pending peers in order.
+std::vector<pollfd> Listener::descriptors() const
+{
+    const bool accepts = SteadyClock::now() >= m_acceptAgain;
+    std::vector<pollfd> entries{{m_channel.descriptor(), POLLIN, 0},
+                                {m_signals.get(), POLLIN, 0},
+                                {accepts ? m_listening.socket.get() : -1, POLLIN, 0}};
+    entries.reserve(entries.size() + m_pending.size());
+    for (const PendingPeer &peer : m_pending) {
+        entries.push_back({peer.descriptor(), POLLIN, 0});
+    }
+    return entries;
+}
+
+/// Until the next deadline; negative when there is none.
+std::chrono::milliseconds Listener::waitSpan() const
+{
+    std::optional<SteadyClock::time_point> next;
+    const auto now = SteadyClock::now();
+    if (now < m_acceptAgain) {
+        next = m_acceptAgain;
+    }
+    if (!m_pending.empty()) {
+        next = std::min(next.value_or(SteadyClock::time_point::max()), m_pending.front().deadline());
+    }
+    if (!next) {
+        return std::chrono::milliseconds(-1);
+    }
+    return std::max(std::chrono::ceil<std::chrono::milliseconds>(*next - now), std::chrono::milliseconds(0));
+}
+
+void Listener::waitForWork()
+{
+    std::vector<pollfd> entries = descriptors();
+    if (::poll(entries.data(), entries.size(), static_cast<int>(waitSpan().count())) < 0 && errno != EINTR) {
+        throw std::system_error(errno, std::generic_category(), "poll");
+    }
+    if (entries[1].revents != 0) {
+        reapChildren();
+    }
+    if (entries[0].revents != 0) {
+        onChannel();
+    }
+    if (!m_stopping) {
+        readPeers();
+    }
+    if (!m_stopping && !m_ownEnd && entries[2].revents != 0) {
+        acceptPeers();
+    }
+}
+
+void Listener::onChannel()
+{
+    Record record;
+    if (m_channel.receive(record) != Channel::Receipt::record || record.word == "stop") {
+        m_stopping = true;
+        return;
+    }
+    if (record.word == "abort") {
+        for (const auto &[process, child] : m_children) {
+            if (child.association == record.text("association")) {
+                ::kill(process, SIGTERM);
+            }
+        }
+    }
+}
+
+void Listener::acceptPeers()
+{
+    for (;;) {
+        sockaddr_storage address{};
+        socklen_t size = sizeof(address);
+        Descriptor socket(::accept4(m_listening.socket.get(),
+                                    reinterpret_cast<sockaddr *>(&address),
+                                    &size,
+                                    SOCK_NONBLOCK | SOCK_CLOEXEC));
+        if (!socket.isOpen()) {
+            if (errno == EINTR || errno == ECONNABORTED) {
+                continue;
+            }
+            if (errno != EAGAIN) {
+                makeRoom();
+            }
+            return;
+        }
+        if (m_pending.size() >= m_limit) {
+            m_pending.pop_front(); // it has had the most time of all
+        }
+        m_pending.emplace_back(
+            std::move(socket), describePeer(address), SteadyClock::now() + kRequestDeadline);
+    }
+}
+
+/// The system gave no descriptor for one more connection.
+void Listener::makeRoom()
+{
+    if (!m_pending.empty()) {
+        m_pending.pop_front();
+    }
+    m_acceptAgain = SteadyClock::now() + kAcceptPause;
+}
+
+void Listener::readPeers()
+{
+    const auto now = SteadyClock::now();
+    for (auto peer = m_pending.begin(); peer != m_pending.end() && !m_ownEnd;) {
+        const PendingPeer::Progress progress = peer->read();
+        if (progress == PendingPeer::Progress::waiting && now < peer->deadline()) {
+            ++peer;
+            continue;
+        }
+        PendingPeer taken = std::move(*peer);
+        peer = m_pending.erase(peer);
+        if (progress == PendingPeer::Progress::complete) {
+            startAssociation(std::move(taken));
+            if (m_ownEnd) {
+                return;
+            }
+        }
+    }
+}
+
+void Listener::startAssociation(PendingPeer peer)
+{
+    if (m_children.size() >= m_limit) {
+        peer.answer(encodeReject(kLocalLimitExceeded));
+        return;
+    }
+    const std::string chance = randomText();
+    AssociationJob job;
+    job.peer = peer.address();
+    job.association = job.peer + "/" + std::to_string(++m_associations) + "/" + chance.substr(0, 8);
+    job.fileNames = "quorin-" + chance + "-";
+    job.timeout = m_settings.timeout;
+    job.reserve = m_settings.reserve;
+    job.request = peer.takeRequest();
+    const Child child{job.association, job.fileNames};
+
+    const pid_t listener = ::getpid();
+    const pid_t process = ::fork();
+    if (process == 0) {
+        job.socket = peer.takeSocket();
+        m_ownEnd = becomeAssociation(std::move(job), listener);
+    } else if (process > 0) {
+        m_children.emplace(process, child);
+    } else {
+        peer.answer(encodeReject(kLocalLimitExceeded));
+    }
+}
+
+/// In the new process: lets go of everything that is the listener's.
+int Listener::becomeAssociation(AssociationJob job, pid_t listener)
+{
+    m_listening.socket.close();
+    m_signals.close();
+    m_pending.clear();
+    m_children.clear();
+    return runAssociation(std::move(job), m_inbox, m_channel, listener);
+}
+
+void Listener::reapChildren()
+{
+    std::array<signalfd_siginfo, 16> signals{};
+    const ssize_t size = ::read(m_signals.get(), signals.data(), sizeof(signals));
+    for (std::size_t i = 0; size > 0 && i < static_cast<std::size_t>(size) / sizeof(signalfd_siginfo); ++i) {
+        m_stopping = m_stopping || signals[i].ssi_signo != SIGCHLD;
+    }
+    int status = 0;
+    for (pid_t process = 0; (process = ::waitpid(-1, &status, WNOHANG)) > 0;) {
+        onChildEnd(process, status);
+    }
+}
+
+void Listener::onChildEnd(pid_t process, int status)
+{
+    const auto ended = m_children.extract(process);
+    if (ended.empty() || (WIFEXITED(status) && WEXITSTATUS(status) <= 1)) {
+        return;
+    }
+    // It could neither tidy up nor tell.
+    const Child &child = ended.mapped();
+    m_inbox.removeUnfinishedOf(child.fileNames);
+    const std::string why = WIFSIGNALED(status) ? "signal " + std::to_string(WTERMSIG(status))
+                                                : "status " + std::to_string(WEXITSTATUS(status));
+    m_channel.send(Record{"failed",
+                          {{"association", child.association},
+                           {"message", "The association's process ended unexpectedly (" + why + ")."}}});
+}
+
+void Listener::stopAccepting()
+{
+    // Shut down first: a child that was made a moment ago may still hold a copy of the socket.
+    ::shutdown(m_listening.socket.get(), SHUT_RDWR);
+    m_listening.socket.close();
+    m_pending.clear();
+    m_channel.send(Record{"unbound", {}});
+}
+
+void Listener::endChildren()
+{
+    for (const auto &[process, child] : m_children) {
+        ::kill(process, SIGTERM);
+    }
+    const auto deadline = SteadyClock::now() + kChildrenDeadline;
+    bool killed = false;
+    while (!m_children.empty()) {
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - SteadyClock::now());
+        pollfd entry{m_signals.get(), POLLIN, 0};
+        if (!killed && ::poll(&entry, 1, static_cast<int>(std::max<std::int64_t>(left.count(), 0))) == 0) {
+            for (const auto &[process, child] : m_children) {
+                ::kill(process, SIGKILL);
+            }
+            killed = true;
+        }
+        if (killed) {
+            ::poll(&entry, 1, -1);
+        }
+        reapChildren();
+    }
+}
+
+} // namespace gateway::dicom_helper::scp

@@ -1,0 +1,82 @@
+#pragma once
+
+#include "dicom_helper/scp/association_process.h"
+#include "dicom_helper/scp/inbox.h"
+#include "dicom_helper/scp/listening_socket.h"
+#include "dicom_helper/scp/pending_peer.h"
+#include "platform/dicom_protocol/channel.h"
+
+#include <chrono>
+#include <cstdint>
+#include <list>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <poll.h>
+
+namespace gateway::dicom_helper::scp {
+
+struct ListenerSettings
+{
+    std::string address;
+    std::int64_t port = 0;
+    std::chrono::seconds timeout{0}; // of an idle association; 0 or less for none
+    std::int64_t reserve = 0;        // bytes of free space that are left alone
+};
+
+/// Takes connections, reads their association requests side by side, and gives each association a
+/// process of its own; so a slow, broken or hostile peer costs itself alone.
+///
+/// Owner: run(). Thread: one; the program has no other, since it forks.
+class Listener
+{
+public:
+    /// Starts to listen. \throws std::runtime_error with a sentence for people.
+    Listener(ListenerSettings settings, Inbox &inbox, platform::dicom_protocol::Channel &channel);
+
+    /// The bound port.
+    std::uint16_t port() const { return m_listening.port; }
+
+    /// Serves until the gateway says stop or is gone; then lets the associations finish their object under
+    /// way, and returns when the last has ended. \return the status for the process to end with; in the
+    /// process of an association, which leaves by the same door, its status.
+    int run();
+
+private:
+    struct Child
+    {
+        std::string association;
+        std::string fileNames;
+    };
+
+    void waitForWork();
+    std::vector<pollfd> descriptors() const;
+    std::chrono::milliseconds waitSpan() const;
+    void onChannel();
+    void acceptPeers();
+    void makeRoom();
+    void readPeers();
+    void startAssociation(PendingPeer peer);
+    int becomeAssociation(AssociationJob job, pid_t listener);
+    void reapChildren();
+    void onChildEnd(pid_t process, int status);
+    void stopAccepting();
+    void endChildren();
+
+    ListenerSettings m_settings;
+    Inbox &m_inbox;
+    platform::dicom_protocol::Channel &m_channel;
+    ListeningSocket m_listening;
+    Descriptor m_signals;
+    std::list<PendingPeer> m_pending; // the oldest first
+    std::map<pid_t, Child> m_children;
+    std::size_t m_limit; // of associations, and of connections that aren't yet
+    std::int64_t m_associations = 0;
+    std::chrono::steady_clock::time_point m_acceptAgain;
+    bool m_stopping = false;
+    std::optional<int> m_ownEnd; // set in the process of an association only
+};
+
+} // namespace gateway::dicom_helper::scp

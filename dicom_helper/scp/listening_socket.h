@@ -1,0 +1,29 @@
+#pragma once
+
+#include "dicom_helper/scp/descriptor.h"
+
+#include <cstdint>
+#include <string>
+
+struct sockaddr_storage;
+
+namespace gateway::dicom_helper::scp {
+
+/// A socket that listens, not blocking and closed on exec.
+struct ListeningSocket
+{
+    Descriptor socket;
+    std::uint16_t port = 0; // the bound one
+};
+
+/// Binds and listens.
+///
+/// \param address  numeric or a name; empty for all addresses, of IPv6 too where the machine has it.
+/// \param port  0 lets the system choose.
+/// \throws std::runtime_error with a sentence for people: port taken, privileged, address not this machine's.
+ListeningSocket listenOn(const std::string &address, std::int64_t port);
+
+/// A peer's address and port as text.
+std::string describePeer(const sockaddr_storage &address);
+
+} // namespace gateway::dicom_helper::scp

@@ -1,0 +1,124 @@
+#include "dicom_helper/scp/pdus.h"
+
+#include "dicom_helper/implementation.h"
+#include "dicom_helper/scp/bytes.h"
+
+#include <algorithm>
+
+namespace gateway::dicom_helper::scp {
+
+namespace {
+
+constexpr std::uint8_t kApplicationContext = 0x10;
+constexpr std::uint8_t kAnsweredContext = 0x21;
+constexpr std::uint8_t kTransferSyntax = 0x40;
+constexpr std::uint8_t kUserInformation = 0x50;
+constexpr std::uint8_t kMaximumLength = 0x51;
+constexpr std::uint8_t kImplementationClass = 0x52;
+constexpr std::uint8_t kImplementationVersion = 0x55;
+
+std::string pdu(PduType type, std::string_view body)
+{
+    std::string bytes;
+    bytes.reserve(kPduHeaderBytes + body.size());
+    putBig(bytes, static_cast<std::uint8_t>(type), 1);
+    putBig(bytes, 0, 1);
+    putBig(bytes, static_cast<std::uint32_t>(body.size()), 4);
+    bytes += body;
+    return bytes;
+}
+
+void putItem(std::string &bytes, std::uint8_t type, std::string_view body)
+{
+    putBig(bytes, type, 1);
+    putBig(bytes, 0, 1);
+    putBig(bytes, static_cast<std::uint32_t>(body.size()), 2);
+    bytes += body;
+}
+
+std::string contextBody(const AnsweredContext &answer)
+{
+    std::string body;
+    putBig(body, answer.id, 1);
+    putBig(body, 0, 1);
+    putBig(body, static_cast<std::uint8_t>(answer.result), 1);
+    putBig(body, 0, 1);
+    putItem(body, kTransferSyntax, answer.transferSyntax);
+    return body;
+}
+
+std::string userInformation()
+{
+    std::string length;
+    putBig(length, kOurMaximumLength, 4);
+    std::string body;
+    putItem(body, kMaximumLength, length);
+    putItem(body, kImplementationClass, kImplementationClassUid);
+    putItem(body, kImplementationVersion, kImplementationVersionName);
+    return body;
+}
+
+} // namespace
+
+std::string encodeAccept(const AssociationRequest &request, const Negotiation &negotiation)
+{
+    std::string body;
+    putBig(body, 1, 2);
+    putBig(body, 0, 2);
+    body += request.titles;
+    putItem(body, kApplicationContext, request.applicationContext);
+    for (const AnsweredContext &answer : negotiation.answers()) {
+        putItem(body, kAnsweredContext, contextBody(answer));
+    }
+    putItem(body, kUserInformation, userInformation());
+    return pdu(PduType::associateAccept, body);
+}
+
+std::string encodeReject(Rejection rejection)
+{
+    std::string body;
+    putBig(body, 0, 1);
+    putBig(body, rejection.result, 1);
+    putBig(body, rejection.source, 1);
+    putBig(body, rejection.reason, 1);
+    return pdu(PduType::associateReject, body);
+}
+
+std::string encodeAbort(AbortReason reason)
+{
+    constexpr std::uint8_t kServiceProvider = 2;
+    std::string body;
+    putBig(body, 0, 2);
+    putBig(body, kServiceProvider, 1);
+    putBig(body, static_cast<std::uint8_t>(reason), 1);
+    return pdu(PduType::abort, body);
+}
+
+std::string encodeReleaseReply()
+{
+    return pdu(PduType::releaseReply, std::string(4, '\0'));
+}
+
+std::string encodeCommand(std::uint8_t contextId, std::string_view command, std::uint32_t maximumLength)
+{
+    constexpr std::uint32_t kPdvHeaderBytes = 6;
+    constexpr std::uint32_t kLeastFragmentBytes = 64; // a peer that asks for less can't mean it
+    constexpr std::uint8_t kCommand = 1;
+    constexpr std::uint8_t kLastFragment = 2;
+    const std::uint32_t whole = maximumLength == 0 ? kOurMaximumLength : maximumLength;
+    const std::size_t room = std::max(whole, kPdvHeaderBytes + kLeastFragmentBytes) - kPdvHeaderBytes;
+    std::string bytes;
+    do {
+        const std::string_view fragment = command.substr(0, room);
+        command.remove_prefix(fragment.size());
+        std::string body;
+        putBig(body, static_cast<std::uint32_t>(fragment.size() + 2), 4);
+        putBig(body, contextId, 1);
+        putBig(body, command.empty() ? kCommand | kLastFragment : kCommand, 1);
+        body += fragment;
+        bytes += pdu(PduType::data, body);
+    } while (!command.empty());
+    return bytes;
+}
+
+} // namespace gateway::dicom_helper::scp

@@ -1,0 +1,91 @@
+#include "platform/dicom/association_events.h"
+
+#include <QtCore/QFile>
+
+#include <utility>
+
+namespace gateway::platform {
+
+using dicom_protocol::Record;
+
+namespace {
+
+QString textOf(const Record &record, std::string_view field)
+{
+    const std::string_view text = record.text(field);
+    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+QString pathOf(const Record &record)
+{
+    const std::string_view path = record.text("path");
+    return QFile::decodeName(QByteArray(path.data(), static_cast<qsizetype>(path.size())));
+}
+
+} // namespace
+
+AssociationEvents::AssociationEvents(StoreSCPCallbacks callbacks, dicom_protocol::Channel &channel)
+    : m_callbacks(std::move(callbacks)), m_channel(channel)
+{
+}
+
+bool AssociationEvents::dispatch(const Record &record)
+{
+    const QString association = textOf(record, "association");
+    if (record.word == "started") {
+        onStarted(textOf(record, "peer"), association);
+    } else if (record.word == "progress") {
+        onProgress(pathOf(record), association);
+    } else if (record.word == "complete") {
+        if (m_open.remove(association) && m_callbacks.complete) {
+            m_callbacks.complete(association);
+        }
+    } else if (record.word == "failed") {
+        if (m_open.remove(association) && m_callbacks.failed) {
+            m_callbacks.failed(association, textOf(record, "message"));
+        }
+    } else {
+        return false;
+    }
+    return true;
+}
+
+void AssociationEvents::onStarted(const QString &peer, const QString &association)
+{
+    m_open.insert(association);
+    if (m_callbacks.started) {
+        m_callbacks.started(peer, association);
+    }
+    if (m_callbacks.shouldAcceptAssoc && !m_callbacks.shouldAcceptAssoc()) {
+        abort(association);
+    }
+}
+
+void AssociationEvents::onProgress(const QString &path, const QString &association)
+{
+    if (m_callbacks.incomingData) {
+        m_callbacks.incomingData();
+    }
+    if (m_callbacks.progress) {
+        m_callbacks.progress(1.0, QString(), path, association);
+    }
+    if (m_callbacks.isCancelled && m_callbacks.isCancelled(association)) {
+        abort(association);
+    }
+}
+
+void AssociationEvents::abort(const QString &association)
+{
+    m_channel.send(Record{"abort", {{"association", association.toStdString()}}});
+}
+
+void AssociationEvents::failAll(const QString &message)
+{
+    for (const QString &association : std::exchange(m_open, {})) {
+        if (m_callbacks.failed) {
+            m_callbacks.failed(association, message);
+        }
+    }
+}
+
+} // namespace gateway::platform

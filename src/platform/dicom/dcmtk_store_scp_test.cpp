@@ -1,0 +1,209 @@
+#include "platform/dicom/dcmtk_store_scp.h"
+
+#include "platform/dicom/helper_process.h"
+#include "platform/dicom/testing/running_store_scp.h"
+#include "platform/dicom/testing/scripted_modality.h"
+
+#include <QtCore/QDir>
+#include <QtCore/QFile>
+#include <QtCore/QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <thread>
+
+using namespace gateway::platform;
+using namespace gateway::platform::testing;
+
+namespace {
+
+StoreSCPConfig configFor(const QString &inbox, int port, const QString &address = QStringLiteral("127.0.0.1"))
+{
+    StoreSCPConfig config;
+    config.port = port;
+    config.incomingPath = inbox;
+    config.bindAddress = address;
+    return config;
+}
+
+StoreSCPEnvironment environment()
+{
+    return {helperProgramPath(), QString(), 0};
+}
+
+const std::vector<OfferedContext> kOneContext{{1, kCtStorage, {kExplicitLittleEndian}}};
+
+} // namespace
+
+TEST(DCMTKStoreSCP, TellsOfAnAssociationAndItsObjectInOrder)
+{
+    const QTemporaryDir inbox;
+    RunningStoreSCP running(inbox.path());
+    ScriptedModality modality(running.port());
+
+    modality.associate(kOneContext);
+    const auto status = modality.store(1, kCtStorage, "1.2.3", smallDataSet(kCtStorage, "1.2.3", 1000));
+    modality.release();
+
+    EXPECT_EQ(status, 0);
+    running.await(QStringLiteral("complete"));
+    const QStringList events = running.events();
+    ASSERT_EQ(events.size(), 3);
+    EXPECT_TRUE(events[0].startsWith(QStringLiteral("started 127.0.0.1:")));
+    EXPECT_TRUE(QFile::exists(events[1].mid(9)));
+    EXPECT_EQ(events[2].mid(9), events[0].mid(8));
+    EXPECT_EQ(running.stop(), 0);
+    EXPECT_EQ(running.scp().lastMessage(), QString());
+}
+
+TEST(DCMTKStoreSCP, UsesItsDefaultFolderWhereNoneIsGivenAndMakesIt)
+{
+    const QTemporaryDir home;
+    const QString folder = home.filePath(QStringLiteral("Documents/Import"));
+    DCMTKStoreSCP scp({helperProgramPath(), folder, 0});
+    StoreSCPConfig config = configFor({}, 0);
+    config.incomingPath.reset();
+    std::thread thread([&] { EXPECT_EQ(scp.start(config, {}), 0); });
+
+    EXPECT_TRUE(scp.awaitPort());
+    scp.stop();
+    thread.join();
+
+    EXPECT_TRUE(QDir(folder).exists());
+}
+
+TEST(DCMTKStoreSCP, APortInUseIsRefusedWithASentenceThatSaysSo)
+{
+    const QTemporaryDir inbox;
+    RunningStoreSCP first(inbox.path());
+    DCMTKStoreSCP second(environment());
+
+    const int result = second.start(configFor(inbox.path(), first.port()), {});
+
+    EXPECT_NE(result, 0);
+    EXPECT_EQ(second.lastMessage(),
+              QStringLiteral("Port %1 is already in use by another program.").arg(first.port()));
+    EXPECT_FALSE(second.boundPort());
+}
+
+TEST(DCMTKStoreSCP, AnAddressOfAnotherMachineIsRefused)
+{
+    const QTemporaryDir inbox;
+    DCMTKStoreSCP scp(environment());
+
+    EXPECT_NE(scp.start(configFor(inbox.path(), 0, QStringLiteral("192.0.2.1")), {}), 0);
+
+    EXPECT_EQ(scp.lastMessage(), QStringLiteral("The address 192.0.2.1 doesn't belong to this machine."));
+}
+
+TEST(DCMTKStoreSCP, APortThatDoesNotExistIsRefused)
+{
+    const QTemporaryDir inbox;
+    DCMTKStoreSCP scp(environment());
+
+    EXPECT_NE(scp.start(configFor(inbox.path(), 65536), {}), 0);
+
+    EXPECT_EQ(scp.lastMessage(), QStringLiteral("Port 65536 doesn't exist."));
+}
+
+TEST(DCMTKStoreSCP, AnInboxThatCannotBeMadeIsRefused)
+{
+    const QTemporaryDir folder;
+    QFile file(folder.filePath(QStringLiteral("file")));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    DCMTKStoreSCP scp(environment());
+
+    EXPECT_NE(scp.start(configFor(file.fileName() + QStringLiteral("/inbox"), 0), {}), 0);
+
+    EXPECT_TRUE(scp.lastMessage().startsWith(QStringLiteral("The incoming folder ")));
+    EXPECT_TRUE(scp.lastMessage().endsWith(QStringLiteral("Not a directory.")));
+}
+
+TEST(DCMTKStoreSCP, AProgramThatIsNotThereIsAnErrorAndNotACrash)
+{
+    DCMTKStoreSCP scp({QStringLiteral("/nowhere/quorin-dicom"), QString(), 0});
+
+    EXPECT_NE(scp.start(configFor(QStringLiteral("/nowhere"), 0), {}), 0);
+
+    EXPECT_TRUE(scp.lastMessage().contains(QStringLiteral("/nowhere/quorin-dicom")));
+}
+
+TEST(DCMTKStoreSCP, AStopBeforeTheStartMakesItReturnAtOnce)
+{
+    const QTemporaryDir inbox;
+    DCMTKStoreSCP scp(environment());
+
+    scp.stop();
+
+    EXPECT_EQ(scp.start(configFor(inbox.path(), 0), {}), 0);
+}
+
+TEST(DCMTKStoreSCP, ThePortIsFreeForTheNextStartWhenStopReturns)
+{
+    const QTemporaryDir inbox;
+    RunningStoreSCP first(inbox.path());
+    ScriptedModality staying(first.port()); // keeps the old run busy while the new one begins
+    staying.associate(kOneContext);
+    first.await(QStringLiteral("started"));
+
+    first.scp().stop();
+    DCMTKStoreSCP second(environment());
+    std::thread thread([&] { EXPECT_EQ(second.start(configFor(inbox.path(), first.port()), {}), 0); });
+
+    EXPECT_EQ(second.awaitPort(), first.port());
+    second.stop();
+    thread.join();
+    EXPECT_EQ(first.join(), 0);
+}
+
+TEST(DCMTKStoreSCP, AStopFromACallbackDoesNotWaitForItself)
+{
+    const QTemporaryDir inbox;
+    DCMTKStoreSCP scp(environment());
+    StoreSCPCallbacks callbacks;
+    callbacks.started = [&scp](QString, QString) { scp.stop(); };
+    std::thread thread([&] { EXPECT_EQ(scp.start(configFor(inbox.path(), 0), callbacks), 0); });
+
+    ScriptedModality modality(scp.awaitPort().value());
+    modality.associate(kOneContext);
+
+    thread.join();
+}
+
+TEST(DCMTKStoreSCP, ADeathOfTheHelperEndsTheRunAndItsAssociations)
+{
+    const QTemporaryDir inbox;
+    RunningStoreSCP running(inbox.path());
+    ScriptedModality modality(running.port());
+    modality.associate(kOneContext);
+    running.await(QStringLiteral("started"));
+
+    ::kill(running.scp().processId().value(), SIGKILL);
+
+    EXPECT_NE(running.join(), 0);
+    EXPECT_EQ(running.await(QStringLiteral("failed")).size(), 1);
+    EXPECT_EQ(running.scp().lastMessage(),
+              QStringLiteral("The DICOM listener ended unexpectedly (status 137)."));
+    EXPECT_FALSE(running.scp().boundPort());
+}
+
+TEST(DCMTKStoreSCP, AnAssociationThatIsNotWantedIsEnded)
+{
+    const QTemporaryDir inbox;
+    DCMTKStoreSCP scp(environment());
+    StoreSCPCallbacks callbacks;
+    callbacks.shouldAcceptAssoc = [] { return false; };
+    callbacks.failed = [&scp](QString, QString why) {
+        EXPECT_EQ(why, QStringLiteral("The association was ended by the gateway."));
+        scp.stop();
+    };
+    std::thread thread([&] { EXPECT_EQ(scp.start(configFor(inbox.path(), 0), callbacks), 0); });
+
+    ScriptedModality modality(scp.awaitPort().value());
+    modality.associate(kOneContext);
+    const auto ending = modality.receive();
+
+    EXPECT_TRUE(!ending || ending->type == 7);
+    thread.join();
+}

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "platform/dicom/dcmtk_store_scp.h"
+
+#include <QtCore/QRegularExpression>
+#include <QtCore/QStringList>
+
+#include <thread>
+
+namespace gateway::platform::testing {
+
+/// A storage SCP that listens on a port of the system's choice on the loopback address, on a thread of its
+/// own, and writes down what it tells: "started ID", "complete ID", "failed ID: MESSAGE", "progress PATH".
+///
+/// Owner: a test. Thread: the test's.
+class RunningStoreSCP
+{
+public:
+    /// Returns when it listens or has given up.
+    explicit RunningStoreSCP(const QString &inbox,
+                             std::chrono::seconds timeout = std::chrono::seconds(30),
+                             qint64 reserveBytes = 0);
+    ~RunningStoreSCP();
+
+    int port() const { return m_port; }
+    DCMTKStoreSCP &scp() { return m_scp; }
+
+    /// Stops it and waits for start(). \return what start() returned.
+    int stop();
+
+    /// Waits for start() to return by itself. \return what it returned.
+    int join();
+
+    /// Waits until so many events begin with `word`, or start() is over. \return those events.
+    QStringList await(const QString &word, int count = 1);
+
+    QStringList events() const;
+
+private:
+    StoreSCPCallbacks callbacks();
+    void note(const QString &event);
+
+    DCMTKStoreSCP m_scp;
+    mutable Mutex m_mutex;
+    Condition m_changed;
+    QStringList m_events QUORIN_GUARDED_BY(m_mutex);
+    bool m_isOver QUORIN_GUARDED_BY(m_mutex) = false;
+    int m_result QUORIN_GUARDED_BY(m_mutex) = -1;
+    int m_port = 0;
+    std::thread m_thread;
+};
+
+} // namespace gateway::platform::testing
