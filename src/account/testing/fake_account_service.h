@@ -9,6 +9,7 @@
 
 #include <optional>
 #include <utility>
+#include <vector>
 
 namespace gateway::account::testing {
 
@@ -95,7 +96,7 @@ public:
     QStringList calls() const
     {
         const platform::MutexLock lock(m_mutex);
-        return m_calls;
+        return {m_calls.begin(), m_calls.end()};
     }
 
     std::optional<platform::QrnLoginRequest> lastLogin;
@@ -104,7 +105,7 @@ private:
     void arrive(const QString &name)
     {
         const platform::MutexLock lock(m_mutex);
-        m_calls.append(name);
+        m_calls.push_back(name);
         while (m_held == name) {
             m_changed.wait(m_mutex);
         }
@@ -117,7 +118,7 @@ private:
     mutable platform::Mutex m_mutex;
     platform::Condition m_changed;
     QString m_held QUORIN_GUARDED_BY(m_mutex);
-    QStringList m_calls QUORIN_GUARDED_BY(m_mutex);
+    std::vector<QString> m_calls QUORIN_GUARDED_BY(m_mutex);
 };
 
 } // namespace gateway::account::testing
