@@ -22,7 +22,27 @@ namespace gateway::tests {
 
 namespace {
 
-using namespace platform;
+using platform::AFError;
+using platform::CloudConfiguration;
+using platform::QrnAuthenticationAPI;
+using platform::QrnBugReportAPI;
+using platform::QrnBugReportRequest;
+using platform::QrnDeleteAPI;
+using platform::QrnDicomTag;
+using platform::QrnErrorKind;
+using platform::QrnErrorResponse;
+using platform::QrnLoginRequest;
+using platform::QrnQidoAPI;
+using platform::QrnQuorinCloudTermsAPI;
+using platform::QrnStatusAPI;
+using platform::QrnStowAPI;
+using platform::QrnStowResponse;
+using platform::QrnTagParser;
+using platform::QrnUserAPI;
+using platform::QrnUserDeviceRequest;
+using platform::QrnVersionsAPI;
+using platform::QuorinApiClient;
+using platform::QuorinError;
 using platform::testing::configurationFor;
 using platform::testing::errorOf;
 using platform::testing::MemoryTokenStore;
@@ -72,9 +92,10 @@ struct CloudClient : ::testing::Test
     qint64 storedImages()
     {
         const QList<QVariantMap> studies = QrnQidoAPI(client).getAll({});
-        return studies.isEmpty() ? 0
-                                 : QrnTagParser::getIntTag(studies.first(), QrnDicomTag::NumberOfStudyRelatedInstances)
-                                       .value_or(-1);
+        return studies.isEmpty()
+                   ? 0
+                   : QrnTagParser::getIntTag(studies.first(), QrnDicomTag::NumberOfStudyRelatedInstances)
+                         .value_or(-1);
     }
 
     LocalCloud cloud;
@@ -130,8 +151,10 @@ TEST_F(CloudClient, UploadsOneImageAndABatchAndFindsThem)
     const QList<QVariantMap> studies = QrnQidoAPI(client).getAll({});
     ASSERT_EQ(studies.size(), 1);
     EXPECT_EQ(QrnTagParser::getStringTag(studies.first(), QrnDicomTag::StudyInstanceUID), kStudy);
-    EXPECT_EQ(QrnTagParser::getStringTag(studies.first(), QrnDicomTag::PatientName), QStringLiteral("Doe^Jane"));
-    EXPECT_EQ(QrnTagParser::getStringTag(studies.first(), QrnDicomTag::ModalitiesInStudy), QStringLiteral("CT"));
+    EXPECT_EQ(QrnTagParser::getStringTag(studies.first(), QrnDicomTag::PatientName),
+              QStringLiteral("Doe^Jane"));
+    EXPECT_EQ(QrnTagParser::getStringTag(studies.first(), QrnDicomTag::ModalitiesInStudy),
+              QStringLiteral("CT"));
     EXPECT_EQ(storedImages(), 5);
     const QList<QVariantMap> series = QrnQidoAPI(client).getSeries(kStudy);
     ASSERT_EQ(series.size(), 1);
@@ -206,7 +229,8 @@ TEST_F(CloudClient, SplitsABatchThatIsLargerThanTheCloudTakes)
 {
     QList<QUrl> urls;
     for (int number = 1; number <= 5; ++number) {
-        urls.append(writeImage(files, "1.2.10", "1.2.10.1", "1.2.10.1." + QByteArray::number(number), 300'000));
+        urls.append(
+            writeImage(files, "1.2.10", "1.2.10.1", "1.2.10.1." + QByteArray::number(number), 300'000));
     }
     cloud.control("limits", {{QStringLiteral("maxBodyBytes"), 700'000}});
 
@@ -218,7 +242,8 @@ TEST_F(CloudClient, SplitsABatchThatIsLargerThanTheCloudTakes)
 TEST_F(CloudClient, MayNotUploadBeforeNewTermsAreAccepted)
 {
     cloud.control("terms",
-                  {{QStringLiteral("version"), QStringLiteral("99")}, {QStringLiteral("text"), QStringLiteral("New.")}});
+                  {{QStringLiteral("version"), QStringLiteral("99")},
+                   {QStringLiteral("text"), QStringLiteral("New.")}});
 
     const auto error =
         errorOf<QrnErrorResponse>([this] { QrnStowAPI(client).upload(images(1).first(), kDevice, {}); });
@@ -235,7 +260,9 @@ TEST_F(CloudClient, DeletesASeriesAndAStudy)
 {
     writeImage(files, "1.2.10", "1.2.10.2", "1.2.10.2.1");
     QrnStowAPI(client).upload(
-        images(1) + QList<QUrl>{QUrl::fromLocalFile(files.path(QStringLiteral("1.2.10.2.1.dcm")))}, kDevice, {});
+        images(1) + QList<QUrl>{QUrl::fromLocalFile(files.path(QStringLiteral("1.2.10.2.1.dcm")))},
+        kDevice,
+        {});
     QrnDeleteAPI api(client);
 
     api.deleteSeries(kStudy, QStringLiteral("1.2.10.2"), kDevice);

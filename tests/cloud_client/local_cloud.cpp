@@ -20,7 +20,8 @@ PrivateAuthority::PrivateAuthority()
     }
     extensions.close();
     const auto list = [](const char *words) { return QString::fromLatin1(words).split(u' '); };
-    run(list("req -x509 -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes -days 2 -subj /CN=TestAuthority "
+    run(list("req -x509 -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes -days 2 -subj "
+             "/CN=TestAuthority "
              "-addext keyUsage=keyCertSign -keyout") +
         QStringList{path("ca.key"), QStringLiteral("-out"), path("ca.pem")});
     run(list("req -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes -subj /CN=127.0.0.1 -keyout") +
@@ -107,17 +108,14 @@ QUrl writeImage(platform::testing::SampleFiles &files,
         }
         return bytes;
     };
-    const QByteArray dataset = shortElement(0x0008, 0x0016, "UI", uid("1.2.840.10008.5.1.4.1.1.2")) +
-                               shortElement(0x0008, 0x0018, "UI", uid(instance)) +
-                               shortElement(0x0008, 0x0020, "DA", "20260102") +
-                               shortElement(0x0008, 0x0060, "CS", "CT") +
-                               shortElement(0x0008, 0x1030, "LO", "Head ") +
-                               shortElement(0x0010, 0x0010, "PN", "Doe^Jane") +
-                               shortElement(0x0010, 0x0020, "LO", "ID 7") +
-                               shortElement(0x0020, 0x000d, "UI", uid(study)) +
-                               shortElement(0x0020, 0x000e, "UI", uid(series)) +
-                               shortElement(0x0020, 0x0011, "IS", "3 ") + QByteArray::fromHex("e07f1000") + "OW" +
-                               QByteArray::fromHex("0000") + number(pixelBytes) + QByteArray(pixelBytes, 'p');
+    const QByteArray dataset =
+        shortElement(0x0008, 0x0016, "UI", uid("1.2.840.10008.5.1.4.1.1.2")) +
+        shortElement(0x0008, 0x0018, "UI", uid(instance)) + shortElement(0x0008, 0x0020, "DA", "20260102") +
+        shortElement(0x0008, 0x0060, "CS", "CT") + shortElement(0x0008, 0x1030, "LO", "Head ") +
+        shortElement(0x0010, 0x0010, "PN", "Doe^Jane") + shortElement(0x0010, 0x0020, "LO", "ID 7") +
+        shortElement(0x0020, 0x000d, "UI", uid(study)) + shortElement(0x0020, 0x000e, "UI", uid(series)) +
+        shortElement(0x0020, 0x0011, "IS", "3 ") + QByteArray::fromHex("e07f1000") + "OW" +
+        QByteArray::fromHex("0000") + number(pixelBytes) + QByteArray(pixelBytes, 'p');
     return files.file(QString::fromLatin1(instance) + QStringLiteral(".dcm"),
                       platform::testing::metaHeader(instance) + dataset);
 }

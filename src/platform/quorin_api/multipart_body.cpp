@@ -93,8 +93,7 @@ bool ReadableFile::isUnchanged() const
 }
 
 MultipartBody::MultipartBody(QList<BodyPart> parts)
-    : m_parts(std::move(parts)), m_boundary("quorin-" + QUuid::createUuid().toByteArray(QUuid::Id128) +
-                                            QUuid::createUuid().toByteArray(QUuid::Id128)),
+    : m_parts(std::move(parts)), m_boundary("quorin-" + QUuid::createUuid().toByteArray(QUuid::Id128)),
       m_tail("\r\n--" + m_boundary + "--\r\n")
 {
     for (qsizetype part = 0; part < m_parts.size(); ++part) {

@@ -51,8 +51,9 @@ TEST(MultipartBody, IsTheSameBytesHoweverItIsRead)
     EXPECT_EQ(readAll(body, 64), expected.right(10));
 }
 
-TEST(MultipartBody, NeverUsesABoundaryTwice)
+TEST(MultipartBody, UsesEachBoundaryOnceAndWithinTheSeventyCharactersAllowed)
 {
+    EXPECT_LE(MultipartBody({}).boundary().size(), 70);
     EXPECT_NE(MultipartBody({}).boundary(), MultipartBody({}).boundary());
 }
 
