@@ -7,6 +7,8 @@
 
 #include <curl/curl.h>
 
+#include <sys/socket.h>
+
 #include <cstdio>
 #include <cstring>
 #include <exception>
@@ -103,6 +105,12 @@ int onProgress(void *context, curl_off_t, curl_off_t, curl_off_t, curl_off_t sen
         }
     }
     return 0;
+}
+
+/// A socket that no program started later inherits.
+curl_socket_t onOpenSocket(void *, curlsocktype, curl_sockaddr *address)
+{
+    return ::socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
 }
 
 struct FreeList
@@ -254,6 +262,7 @@ void HttpTransport::prepare(void *handle, const HttpRequest &request) const
     curl_easy_setopt(handle, CURLOPT_FOLLOWLOCATION, 0L);
     curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
     curl_easy_setopt(handle, CURLOPT_TCP_KEEPALIVE, 1L);
+    curl_easy_setopt(handle, CURLOPT_OPENSOCKETFUNCTION, onOpenSocket);
     curl_easy_setopt(handle, CURLOPT_USERAGENT, "QuorinGateway/" QUORIN_VERSION);
     curl_easy_setopt(handle, CURLOPT_ACCEPT_ENCODING, ""); // whatever libcurl can undo
     curl_easy_setopt(handle, CURLOPT_SSLVERSION, CURL_SSLVERSION_TLSv1_2);

@@ -208,6 +208,28 @@ TEST(StowUpload, ThrowsForARefusalThatNamesAnotherInstanceAndKeepsItsOwnAsSent)
     EXPECT_FALSE(refusal->names(url, {QStringLiteral("1.2.3")}));
 }
 
+TEST(StowUpload, TakesANamelessRefusalForTheInstanceThatTheAnswerPassesOver)
+{
+    const QByteArray nameless =
+        "\"00081198\":{\"vr\":\"SQ\",\"Value\":[{\"00081197\":{\"vr\":\"US\",\"Value\":[49152]}}]}";
+    SampleFiles files;
+    const QList<QUrl> urls{files.dicom("1.2.3"), files.dicom("1.2.4")};
+
+    ScriptedService partly(
+        answeringDataset(202, "{\"00081199\":" + entries({"1.2.3"}) + "," + nameless + "}"));
+    const auto refusal = refusalOf(partly.client, urls);
+    ASSERT_TRUE(refusal);
+    EXPECT_EQ(refusal->failures, (QList<QStringList>{{QStringLiteral("1.2.4"), urls[1].toLocalFile()}}));
+    EXPECT_EQ(refusal->code, 49152);
+
+    ScriptedService wholly(
+        answeringDataset(202, "{\"00081199\":" + entries({"1.2.3", "1.2.4"}) + "," + nameless + "}"));
+    const auto vague = refusalOf(wholly.client, urls);
+    ASSERT_TRUE(vague);
+    EXPECT_EQ(vague->failures, (QList<QStringList>{{}}));
+    EXPECT_EQ(vague->code, 49152);
+}
+
 TEST(StowUpload, ReadsAnAnswerInXml)
 {
     ScriptedService service(answeringDataset(

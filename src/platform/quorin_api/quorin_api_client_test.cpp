@@ -5,6 +5,11 @@
 
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+
+#include <atomic>
 #include <future>
 #include <memory>
 #include <thread>
@@ -78,6 +83,25 @@ TEST(QuorinApiClient, KeepsTheConnectionBetweenCalls)
     }
 
     EXPECT_EQ(service.server.connectionCount(), 1);
+}
+
+TEST(QuorinApiClient, KeepsItsConnectionsFromProgramsStartedLater)
+{
+    ScriptedService service(kAnswerEmpty);
+    service.client.request(get("/ping"));
+
+    int connections = 0;
+    for (int descriptor = 0; descriptor < 1024; ++descriptor) {
+        sockaddr_in peer = {};
+        socklen_t length = sizeof peer;
+        if (::getpeername(descriptor, reinterpret_cast<sockaddr *>(&peer), &length) == 0 &&
+            peer.sin_family == AF_INET && ntohs(peer.sin_port) == service.server.url().port()) {
+            ++connections;
+            EXPECT_NE(::fcntl(descriptor, F_GETFD) & FD_CLOEXEC, 0);
+        }
+    }
+
+    EXPECT_EQ(connections, 1);
 }
 
 TEST(QuorinApiClient, ServesManyThreadsAtOnce)

@@ -255,10 +255,14 @@ QVariantMap StowBatch::outcome() const
             reason = reason == 0 ? file.reason.value_or(0) : reason;
         }
     }
+    const bool isAnyOfOursUnproven = !failures.isEmpty();
     for (const StowRefusal &stranger : m_strangers) {
-        failures.append(stranger.sopInstanceUid.isEmpty() ? QStringList{}
-                                                          : QStringList{stranger.sopInstanceUid});
         reason = reason == 0 ? stranger.reason.value_or(0) : reason;
+        if (!stranger.sopInstanceUid.isEmpty()) {
+            failures.append(QStringList{stranger.sopInstanceUid});
+        } else if (!isAnyOfOursUnproven) {
+            failures.append(QStringList{});
+        } // else it means one of ours: a server that can't read an instance can't name it either
     }
     if (failures.isEmpty()) {
         return provenInstances();
