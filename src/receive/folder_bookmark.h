@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QtCore/QByteArray>
+#include <QtCore/QString>
+
+#include <optional>
+
+namespace gateway::receive {
+
+/// Remembers a folder by its path, and finds it again.
+///
+/// The bytes kept are the path's, in its standardized form. Thread: any; plain functions.
+struct ResolvedBookmark
+{
+    QString path;         ///< standardized, absolute
+    bool isStale = false; ///< the kept bytes aren't the ones that would be kept now
+};
+
+/// The bytes to keep for a folder, or nothing when it doesn't exist, isn't a directory or may not be
+/// entered.
+std::optional<QByteArray> makeFolderBookmark(const QString &folder);
+
+/// The folder behind kept bytes, or nothing when there is no such directory any more.
+std::optional<ResolvedBookmark> resolveFolderBookmark(const QByteArray &bookmark);
+
+/// Whether this process may enter the folder and write in it.
+bool mayUseFolder(const QString &folder);
+
+} // namespace gateway::receive

@@ -1,0 +1,224 @@
+#include "receive/incoming_importer.h"
+
+#include "log/redaction.h"
+#include "platform/files/files.h"
+#include "receive/inbox.h"
+
+#include <QtCore/QFile>
+#include <QtCore/QFileInfo>
+#include <QtCore/QUrl>
+
+#include <algorithm>
+#include <utility>
+
+namespace gateway::receive {
+
+using log::GatewayLogAction;
+using log::GatewayLogLevel;
+using log::GatewayLogOutcome;
+
+IncomingImporter::IncomingImporter(Collaborators collaborators)
+    : m_with(std::move(collaborators)),
+      m_retry("inbox-retry", [this](std::stop_token stop) { retryLoop(std::move(stop)); })
+{
+}
+
+IncomingImporter::~IncomingImporter()
+{
+    {
+        const platform::MutexLock lock(m_mutex);
+        m_closing = true;
+    }
+    m_wake.notifyAll();
+}
+
+void IncomingImporter::fileArrived(const QString &path, const QString &association)
+{
+    enqueue({path, log::hashedIdentifier(association), false});
+}
+
+void IncomingImporter::fileFound(const QString &path)
+{
+    enqueue({path, std::nullopt, true});
+}
+
+void IncomingImporter::enqueue(Item item)
+{
+    if (!takeInHand(item)) {
+        return;
+    }
+    m_with.pool.run([weak = weak_from_this(), item = std::move(item)] {
+        // An importer that has gone leaves the file where it is: the next start finds it.
+        if (const auto self = weak.lock()) {
+            self->handle(item);
+        }
+    });
+}
+
+/// False when the file is in hand already, or was taken over from an earlier run before the receiver handed
+/// it over itself.
+bool IncomingImporter::takeInHand(const Item &item)
+{
+    const platform::MutexLock lock(m_mutex);
+    if (m_inHand.contains(item.path) || m_found.contains(item.path)) {
+        return false;
+    }
+    m_inHand.insert(item.path);
+    if (item.found) {
+        m_found.insert(item.path);
+    }
+    return true;
+}
+
+void IncomingImporter::handle(const Item &item)
+{
+    if (item.found && !QFileInfo::exists(item.path)) {
+        letGo(item);
+        return;
+    }
+    emitRecord(item, GatewayLogAction::fileReceivedCallback, GatewayLogOutcome::started);
+    m_with.main.post(weak_from_this(), [this] { m_with.state.recordReceivedItem(); });
+    leaveInbox(item, importFile(item));
+}
+
+IncomingImporter::Fate IncomingImporter::importFile(const Item &item)
+{
+    emitRecord(item, GatewayLogAction::importAttempted, GatewayLogOutcome::started);
+    try {
+        m_with.dbService.importFile(QUrl::fromLocalFile(item.path));
+    } catch (const index::GatewayImportError &error) {
+        emitRecord(item,
+                   GatewayLogAction::importFailed,
+                   GatewayLogOutcome::failed,
+                   GatewayLogLevel::error,
+                   log::redactedError(QStringLiteral("QuorinGateway.GatewayImportError"),
+                                      static_cast<int>(error.kind()),
+                                      error.errorDescription()));
+        const bool mayPass =
+            error.blame() == index::GatewayImportError::Blame::storage && QFileInfo::exists(item.path);
+        return mayPass ? Fate::noStorage : Fate::refused;
+    }
+    emitRecord(item, GatewayLogAction::importSucceeded, GatewayLogOutcome::succeeded);
+    m_with.main.post(weak_from_this(), [this] { m_with.state.refreshCounters(); });
+    m_with.onImportSucceeded(QStringLiteral("receive_import_succeeded"));
+    return Fate::imported;
+}
+
+void IncomingImporter::leaveInbox(const Item &item, Fate fate)
+{
+    if (fate == Fate::noStorage) {
+        keepForRetry(item);
+        return;
+    }
+    const InboxRemoval removal = fate == Fate::imported ? removeFromInbox(item.path) : setAside(item.path);
+    if (!removal.error) {
+        QMap<QString, QString> details;
+        if (fate == Fate::refused) {
+            details.insert(QStringLiteral("disposition"), QStringLiteral("set_aside"));
+        }
+        emitRecord(item,
+                   GatewayLogAction::incomingFileDeleted,
+                   GatewayLogOutcome::succeeded,
+                   GatewayLogLevel::info,
+                   std::nullopt,
+                   details);
+    } else {
+        emitRecord(item,
+                   GatewayLogAction::incomingFileDeleted,
+                   GatewayLogOutcome::failed,
+                   GatewayLogLevel::warning,
+                   removal.error);
+    }
+    letGo(item);
+}
+
+void IncomingImporter::keepForRetry(const Item &item)
+{
+    emitRecord(item,
+               GatewayLogAction::incomingFileDeleted,
+               GatewayLogOutcome::skipped,
+               GatewayLogLevel::warning,
+               std::nullopt,
+               {{QStringLiteral("reason"), QStringLiteral("kept_for_retry")}});
+    {
+        const platform::MutexLock lock(m_mutex);
+        m_waiting.push_back(item);
+    }
+    m_wake.notifyAll();
+}
+
+void IncomingImporter::letGo(const Item &item)
+{
+    const platform::MutexLock lock(m_mutex);
+    m_inHand.remove(item.path);
+}
+
+void IncomingImporter::retryLoop(std::stop_token stop)
+{
+    while (waitForWork(stop)) {
+        std::chrono::seconds pause = kFirstPause;
+        bool more = true;
+        while (more) {
+            if (!m_with.clock.sleep(pause, stop)) {
+                return;
+            }
+            more = !retryRound(stop);
+            pause = std::min(pause * 2, kLongestPause);
+        }
+    }
+}
+
+/// Blocks until a file waits; false when there is nothing more to do at all.
+bool IncomingImporter::waitForWork(const std::stop_token &stop)
+{
+    const platform::MutexLock lock(m_mutex);
+    while (m_waiting.empty() && !m_closing) {
+        m_wake.wait(m_mutex);
+    }
+    return !m_closing && !stop.stop_requested();
+}
+
+/// Tries the waiting files in their order, up to the first that finds no storage again.
+///
+/// \return true when none waits any more.
+bool IncomingImporter::retryRound(const std::stop_token &stop)
+{
+    while (!stop.stop_requested()) {
+        std::optional<Item> item;
+        {
+            const platform::MutexLock lock(m_mutex);
+            if (m_waiting.empty()) {
+                return true;
+            }
+            item = std::move(m_waiting.front());
+            m_waiting.pop_front();
+        }
+        const Fate fate = importFile(*item);
+        leaveInbox(*item, fate);
+        if (fate == Fate::noStorage) {
+            return false;
+        }
+    }
+    return false;
+}
+
+void IncomingImporter::emitRecord(const Item &item,
+                                  GatewayLogAction action,
+                                  GatewayLogOutcome outcome,
+                                  GatewayLogLevel level,
+                                  std::optional<log::GatewayLogError> error,
+                                  QMap<QString, QString> details)
+{
+    log::StoreLogRecord record;
+    record.level = level;
+    record.category = log::GatewayLogCategory::receive;
+    record.action = action;
+    record.outcome = outcome;
+    record.assocHash = item.assocHash;
+    record.fileURL = QUrl::fromLocalFile(item.path);
+    record.details = std::move(details);
+    record.error = std::move(error);
+    m_with.logEmitter.emit(record);
+}
+
+} // namespace gateway::receive

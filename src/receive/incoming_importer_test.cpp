@@ -1,0 +1,175 @@
+#include "receive/incoming_importer.h"
+
+#include "log/redaction.h"
+#include "receive/testing/receive_world.h"
+
+#include <QtCore/QUrl>
+
+#include <gtest/gtest.h>
+
+namespace gateway::receive {
+namespace {
+
+using log::GatewayLogAction;
+using log::GatewayLogOutcome;
+using testing::ReceiveWorld;
+
+class Importer : public ::testing::Test
+{
+protected:
+    void SetUp() override { m_importer = make(); }
+
+    std::shared_ptr<IncomingImporter> make()
+    {
+        return std::make_shared<IncomingImporter>(
+            IncomingImporter::Collaborators{m_world.imports,
+                                            m_world.emitter,
+                                            m_world.state,
+                                            m_world.main,
+                                            m_world.pool,
+                                            m_world.clock,
+                                            [this](const QString &reason) {
+                                                EXPECT_EQ(reason, u"receive_import_succeeded"_qs);
+                                                ++m_world.uploadRequests;
+                                            }});
+    }
+
+    std::vector<GatewayLogAction> actions() const
+    {
+        std::vector<GatewayLogAction> actions;
+        for (const auto &event : m_world.log.events()) {
+            actions.push_back(event.action);
+        }
+        return actions;
+    }
+
+    ReceiveWorld m_world;
+    std::shared_ptr<IncomingImporter> m_importer;
+};
+
+TEST_F(Importer, LogsTheWholeWayOfAFile)
+{
+    const QString path = m_world.receivedFile("DICM content");
+
+    m_importer->fileArrived(path, u"A"_qs);
+    m_world.settle();
+
+    EXPECT_EQ(actions(),
+              (std::vector{GatewayLogAction::fileReceivedCallback,
+                           GatewayLogAction::importAttempted,
+                           GatewayLogAction::importSucceeded,
+                           GatewayLogAction::incomingFileDeleted}));
+    for (const auto &event : m_world.log.events()) {
+        EXPECT_EQ(event.category, log::GatewayLogCategory::receive);
+        EXPECT_EQ(event.assocHash, log::hashedIdentifier(u"A"_qs));
+        EXPECT_EQ(event.fileHash, log::hashedFileURL(QUrl::fromLocalFile(path)));
+    }
+    EXPECT_EQ(m_world.log.events().front().fileSizeBytes, 12);
+}
+
+TEST_F(Importer, TakesANonDicomFileOutOfTheInboxWithoutDeletingItOrAskingForAnUpload)
+{
+    const QString path = m_world.receivedFile("no image");
+
+    m_importer->fileArrived(path, u"A"_qs);
+    m_world.settle();
+
+    EXPECT_EQ(m_world.log.count(GatewayLogAction::importFailed), 1U);
+    EXPECT_EQ(m_world.log.events(GatewayLogAction::incomingFileDeleted).front().outcome,
+              GatewayLogOutcome::succeeded);
+    EXPECT_FALSE(QFile::exists(path));
+    EXPECT_EQ(m_world.uploadRequests, 0);
+    const QString aside = m_world.inbox() + u"/.rejected"_qs;
+    ASSERT_EQ(ReceiveWorld::filesIn(aside).size(), 1);
+    QFile kept(aside + u'/' + ReceiveWorld::filesIn(aside).front());
+    ASSERT_TRUE(kept.open(QIODevice::ReadOnly));
+    EXPECT_EQ(kept.readAll(), "no image");
+}
+
+TEST_F(Importer, KeepsAFileThatFoundNoStorageAndTriesItAgain)
+{
+    m_world.imports.setNoStorage(true);
+    const QString path = m_world.receivedFile("DICM patient");
+
+    m_importer->fileArrived(path, u"A"_qs);
+    m_world.settle();
+    EXPECT_TRUE(QFile::exists(path));
+    const auto kept = m_world.log.events(GatewayLogAction::incomingFileDeleted);
+    ASSERT_EQ(kept.size(), 1U);
+    EXPECT_EQ(kept.front().outcome, GatewayLogOutcome::skipped);
+    m_world.imports.setNoStorage(false);
+    m_world.clock.waitForSleepers(1);
+    m_world.clock.advance(IncomingImporter::kFirstPause);
+    m_world.imports.waitForAttempts(2);
+    m_world.waitUntil([&] { return !QFile::exists(path); });
+
+    EXPECT_TRUE(m_world.imports.holds("DICM patient"));
+    m_world.waitUntil([&] { return m_world.uploadRequests == 1; });
+    EXPECT_EQ(m_world.log.count(GatewayLogAction::fileReceivedCallback), 1U);
+    EXPECT_EQ(m_world.state.receivedItems, 1);
+}
+
+TEST_F(Importer, TriesOneFileARoundWhileThereIsNoStorageAndPausesLongerEachTime)
+{
+    m_world.imports.setNoStorage(true);
+    for (int number = 1; number <= 3; ++number) {
+        m_importer->fileArrived(m_world.receivedFile("DICM " + QByteArray::number(number), number), u"A"_qs);
+    }
+    m_world.settle();
+    ASSERT_EQ(m_world.imports.attempts(), 3);
+
+    m_world.clock.waitForSleepers(1);
+    m_world.clock.advance(std::chrono::seconds(30));
+    m_world.imports.waitForAttempts(4);
+    m_world.clock.waitForSleepers(1);
+    m_world.clock.advance(std::chrono::seconds(59));
+    m_world.clock.waitForSleepers(1);
+    EXPECT_EQ(m_world.imports.attempts(), 4);
+    m_world.imports.setNoStorage(false);
+    m_world.clock.advance(std::chrono::seconds(1));
+    m_world.waitUntil([&] { return m_world.uploadRequests == 3; });
+
+    EXPECT_EQ(m_world.imports.attempts(), 7);
+    EXPECT_TRUE(m_world.imports.holds("DICM 1"));
+    EXPECT_TRUE(m_world.imports.holds("DICM 2"));
+    EXPECT_TRUE(m_world.imports.holds("DICM 3"));
+}
+
+TEST_F(Importer, LosesNothingWhenTheProgramEndsBetweenAFailureAndItsRetry)
+{
+    m_world.imports.setNoStorage(true);
+    const QString path = m_world.receivedFile("DICM survivor");
+    m_importer->fileArrived(path, u"A"_qs);
+    m_world.settle();
+
+    m_importer = make(); // the next start of the program
+    m_world.imports.setNoStorage(false);
+    m_importer->fileFound(path);
+    m_world.settle();
+
+    EXPECT_TRUE(m_world.imports.holds("DICM survivor"));
+    EXPECT_FALSE(QFile::exists(path));
+}
+
+TEST_F(Importer, PassesInSilenceOverAFoundFileThatHasGone)
+{
+    m_importer->fileFound(m_world.inbox() + u"/gone.dcm"_qs);
+    m_world.settle();
+
+    EXPECT_TRUE(m_world.log.events().empty());
+}
+
+TEST_F(Importer, GivesUpOnADeliveredFileThatHasGone)
+{
+    m_importer->fileArrived(m_world.inbox() + u"/gone.dcm"_qs, u"A"_qs);
+    m_world.settle();
+
+    EXPECT_EQ(m_world.log.count(GatewayLogAction::importFailed), 1U);
+    const auto removal = m_world.log.events(GatewayLogAction::incomingFileDeleted);
+    ASSERT_EQ(removal.size(), 1U);
+    EXPECT_EQ(removal.front().outcome, GatewayLogOutcome::failed);
+    EXPECT_EQ(removal.front().level, log::GatewayLogLevel::warning);
+}
+
+} // namespace
+} // namespace gateway::receive

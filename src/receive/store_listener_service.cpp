@@ -1,0 +1,365 @@
+#include "receive/store_listener_service.h"
+
+#include "core/notification_names.h"
+#include "core/store_errors.h"
+#include "log/redaction.h"
+#include "platform/dicom/inbox_files.h"
+#include "receive/bonjour_record.h"
+#include "receive/folder_bookmark.h"
+
+#include <chrono>
+#include <utility>
+
+namespace gateway::receive {
+
+using log::GatewayLogAction;
+using log::GatewayLogCategory;
+using log::GatewayLogLevel;
+using log::GatewayLogOutcome;
+
+namespace {
+
+const QString kPort = QStringLiteral("port");
+const QString kReason = QStringLiteral("reason");
+
+log::GatewayLogError logError(const core::StoreError &error)
+{
+    return log::redactedError(QStringLiteral("QuorinGateway.StoreError"), 1, error.message);
+}
+
+} // namespace
+
+StoreListenerService::StoreListenerService(Collaborators collaborators, Places places)
+    : m_with(std::move(collaborators)), m_places(std::move(places)),
+      m_importer(
+          std::make_shared<IncomingImporter>(IncomingImporter::Collaborators{m_with.dbService,
+                                                                             m_with.logEmitter,
+                                                                             m_with.state,
+                                                                             m_with.main,
+                                                                             m_with.pool,
+                                                                             m_with.clock,
+                                                                             m_with.onImportSucceeded}))
+{
+}
+
+StoreListenerService::~StoreListenerService()
+{
+    if (m_storeListener) {
+        m_storeListener->stop(); // or its thread would never be joined
+    }
+}
+
+void StoreListenerService::startListener()
+{
+    Q_ASSERT(m_with.main.isCurrent());
+    const core::DCMListenerSettings settings = core::DCMListenerSettings::load(m_with.defaults);
+    if (!mayStart(settings)) {
+        return;
+    }
+    Run run{{}, nullptr, configFor(settings), {}};
+    run.config.incomingPath = resolveIncomingPath();
+    run.inbox = run.config.incomingPath.value_or(m_places.defaultIncomingFolder);
+    run.scp = m_with.makeStoreSCP();
+    run.id = beginRun();
+    m_storeListener = run.scp;
+    publishBonjourService(settings);
+    m_with.notifications.post(core::kStoreListenerStateChanged);
+    launch(std::move(run));
+}
+
+bool StoreListenerService::mayStart(const core::DCMListenerSettings &settings)
+{
+    const QString port = QString::number(settings.port);
+    const auto skip = [&](const QString &reason) {
+        logListener(GatewayLogAction::listenerStartRequested,
+                    GatewayLogOutcome::skipped,
+                    {{kReason, reason}, {kPort, port}});
+        return false;
+    };
+    logListener(GatewayLogAction::listenerStartRequested, GatewayLogOutcome::started, {{kPort, port}});
+    if (!settings.isEnabled.value_or(true)) {
+        return skip(QStringLiteral("listener_disabled"));
+    }
+    if (m_storeListener) {
+        return skip(QStringLiteral("already_listening"));
+    }
+    return true;
+}
+
+QUuid StoreListenerService::beginRun()
+{
+    const QUuid id = QUuid::createUuid();
+    const platform::MutexLock lock(m_listenerRunStateLock);
+    m_currentListenerRunId = id;
+    m_stopRequestedListenerRunIDs.remove(id);
+    return id;
+}
+
+platform::StoreSCPConfig StoreListenerService::configFor(const core::DCMListenerSettings &settings) const
+{
+    platform::StoreSCPConfig config;
+    config.aeTitle = settings.aeTitle;
+    config.port = settings.port;
+    // The listener is plain, whatever the stored profile says.
+    config.secureConnection = false;
+    config.doAuthenticate = false;
+    config.securityProfile = 1;
+    config.verifyPeerCert = false;
+    config.timeout = settings.timeout;
+    config.bindAddress = m_places.bindAddress;
+    return config;
+}
+
+/// The folder for the receiver. Where the chosen one can't be reached the listener still starts, with the
+/// plain stored path, and the receiver fails or not by itself.
+std::optional<QString> StoreListenerService::resolveIncomingPath()
+{
+    const std::optional<QString> plainPath = m_with.settings.listenerDestinationFolder.get();
+    const std::optional<QByteArray> bookmark = m_with.settings.listenerDestinationFolderBookmark.get();
+    if (!bookmark) {
+        return plainPath;
+    }
+    const auto refuse = [&](QMap<QString, QString> details, std::optional<log::GatewayLogError> error) {
+        logListener(GatewayLogAction::listenerIncomingPathResolutionFailed,
+                    GatewayLogOutcome::failed,
+                    std::move(details),
+                    GatewayLogLevel::warning,
+                    std::move(error));
+        return plainPath;
+    };
+    const std::optional<ResolvedBookmark> resolved = resolveFolderBookmark(*bookmark);
+    if (!resolved) {
+        return refuse({},
+                      logError(core::StoreError(QStringLiteral("The incoming folder could not be found."))));
+    }
+    if (resolved->isStale) {
+        if (const std::optional<QByteArray> fresh = makeFolderBookmark(resolved->path)) {
+            m_with.settings.listenerDestinationFolderBookmark.set(fresh);
+        }
+    }
+    if (!mayUseFolder(resolved->path)) {
+        return refuse({{kReason, QStringLiteral("start_accessing_security_scoped_resource_failed")}},
+                      std::nullopt);
+    }
+    return resolved->path;
+}
+
+void StoreListenerService::publishBonjourService(const core::DCMListenerSettings &settings)
+{
+    m_bonjourService.reset();
+    if (const auto record = bonjourRecord(settings)) {
+        m_bonjourService = m_with.netServices.publish(*record);
+    }
+}
+
+void StoreListenerService::launch(Run run)
+{
+    m_runs.remove_if([](const RunThread &thread) { return thread.ended->load(); });
+    auto ended = std::make_shared<std::atomic<bool>>(false);
+    platform::Task task("listener", [weak = weak_from_this(), run = std::move(run), ended](std::stop_token) {
+        perform(weak, run);
+        ended->store(true);
+    });
+    m_runs.push_back({std::move(ended), std::move(task)});
+}
+
+void StoreListenerService::perform(const std::weak_ptr<StoreListenerService> &weak, const Run &run)
+{
+    platform::StoreSCPCallbacks callbacks;
+    {
+        const auto self = weak.lock();
+        if (!self) {
+            return;
+        }
+        self->recoverInbox(run.inbox);
+        callbacks = self->callbacksFor(run.id);
+    }
+    // May keep this thread for the whole run; the service isn't held meanwhile.
+    const std::int32_t result = run.scp->start(run.config, std::move(callbacks));
+    if (const auto self = weak.lock()) {
+        self->runEnded(run, result);
+    }
+}
+
+platform::StoreSCPCallbacks StoreListenerService::callbacksFor(QUuid runId)
+{
+    const auto weak = weak_from_this();
+    platform::StoreSCPCallbacks callbacks;
+    callbacks.started = [weak, runId](const QString &, const QString &association) {
+        if (const auto self = weak.lock()) {
+            self->associationStarted(runId, association);
+        }
+    };
+    callbacks.complete = [weak, runId](const QString &association) {
+        if (const auto self = weak.lock()) {
+            self->associationCompleted(runId, association);
+        }
+    };
+    callbacks.failed = [weak, runId](const QString &association, const QString &message) {
+        if (const auto self = weak.lock()) {
+            self->associationFailed(runId, association, message);
+        }
+    };
+    callbacks.progress = [weak](double, const QString &, const QString &path, const QString &association) {
+        if (const auto self = weak.lock()) {
+            self->m_importer->fileArrived(path, association);
+        }
+    };
+    callbacks.shouldAcceptAssoc = [] { return true; };
+    callbacks.incomingData = [] {};
+    callbacks.isCancelled = [](const QString &) { return false; };
+    return callbacks;
+}
+
+/// Hands over what was acknowledged but not imported before a crash, and what found no storage. Listed before
+/// the receiver starts, so that nothing it delivers can be among it.
+void StoreListenerService::recoverInbox(const QString &inbox)
+{
+    const QStringList left = platform::completeInboxFiles(inbox);
+    for (const QString &path : left) {
+        m_importer->fileFound(path);
+    }
+}
+
+void StoreListenerService::runEnded(const Run &run, std::int32_t result)
+{
+    if (!wasStopped(run.id)) {
+        const QString port = QString::number(run.config.port);
+        if (result == 0) {
+            logListener(
+                GatewayLogAction::listenerStartSucceeded, GatewayLogOutcome::succeeded, {{kPort, port}});
+        } else {
+            logListener(
+                GatewayLogAction::listenerStartFailed,
+                GatewayLogOutcome::failed,
+                {{kPort, port}, {QStringLiteral("listener_result"), QString::number(result)}},
+                GatewayLogLevel::error,
+                logError(core::StoreError(QStringLiteral("startListeningAETitle returned non-zero result"))));
+            m_with.main.post(weak_from_this(), [this, run] { startFailed(run); });
+        }
+    }
+    retireRun(run.id);
+}
+
+bool StoreListenerService::wasStopped(QUuid runId)
+{
+    const platform::MutexLock lock(m_listenerRunStateLock);
+    return m_stopRequestedListenerRunIDs.contains(runId);
+}
+
+void StoreListenerService::retireRun(QUuid runId)
+{
+    const platform::MutexLock lock(m_listenerRunStateLock);
+    m_stopRequestedListenerRunIDs.remove(runId);
+    if (m_currentListenerRunId == runId) {
+        m_currentListenerRunId.reset();
+    }
+}
+
+void StoreListenerService::startFailed(const Run &run)
+{
+    if (m_storeListener != run.scp) {
+        return; // stopped, and perhaps started anew, before this had its turn
+    }
+    m_bonjourService.reset();
+    m_storeListener.reset();
+    m_with.notifications.post(core::kStoreListenerStateChanged);
+    m_with.notifications.post(
+        core::kStoreListenerError,
+        {{core::kMessageKey,
+          QStringLiteral(
+              "Failed to start DIMSE listener on port %1. Another app may already be using this port.")
+              .arg(run.config.port)},
+         {kListenerFailureReasonKey, run.scp->lastMessage()}});
+}
+
+void StoreListenerService::stopListener()
+{
+    Q_ASSERT(m_with.main.isCurrent());
+    const bool hadListener = m_storeListener != nullptr;
+    if (hadListener) {
+        {
+            const platform::MutexLock lock(m_listenerRunStateLock);
+            if (m_currentListenerRunId) {
+                m_stopRequestedListenerRunIDs.insert(*m_currentListenerRunId);
+            }
+        }
+        m_storeListener->stop();
+    }
+    m_storeListener.reset();
+    m_bonjourService.reset();
+    m_with.notifications.post(core::kStoreListenerStateChanged);
+    logListener(GatewayLogAction::listenerStopped,
+                hadListener ? GatewayLogOutcome::completed : GatewayLogOutcome::skipped,
+                {{QStringLiteral("had_active_listener"),
+                  hadListener ? QStringLiteral("true") : QStringLiteral("false")}});
+    m_with.main.post(weak_from_this(), [this] { m_with.state.clearReceiveAssociations(); });
+}
+
+void StoreListenerService::associationStarted(QUuid runId, const QString &association)
+{
+    logAssociation(runId, association, GatewayLogAction::associationStarted, GatewayLogOutcome::started);
+    m_with.main.post(weak_from_this(),
+                     [this, association] { m_with.state.beginReceiveAssociation(association); });
+}
+
+void StoreListenerService::associationCompleted(QUuid runId, const QString &association)
+{
+    logAssociation(runId, association, GatewayLogAction::associationCompleted, GatewayLogOutcome::completed);
+    endAssociation(association);
+}
+
+void StoreListenerService::associationFailed(QUuid runId, const QString &association, const QString &message)
+{
+    logAssociation(runId,
+                   association,
+                   GatewayLogAction::associationFailed,
+                   GatewayLogOutcome::failed,
+                   GatewayLogLevel::error,
+                   logError(core::StoreError(message)));
+    endAssociation(association);
+}
+
+void StoreListenerService::endAssociation(const QString &association)
+{
+    m_with.main.post(weak_from_this(),
+                     [this, association] { m_with.state.endReceiveAssociation(association); });
+}
+
+void StoreListenerService::logListener(GatewayLogAction action,
+                                       GatewayLogOutcome outcome,
+                                       QMap<QString, QString> details,
+                                       GatewayLogLevel level,
+                                       std::optional<log::GatewayLogError> error)
+{
+    log::StoreLogRecord record;
+    record.level = level;
+    record.category = GatewayLogCategory::listener;
+    record.action = action;
+    record.outcome = outcome;
+    record.details = std::move(details);
+    record.error = std::move(error);
+    m_with.logEmitter.emit(record);
+}
+
+void StoreListenerService::logAssociation(QUuid runId,
+                                          const QString &association,
+                                          GatewayLogAction action,
+                                          GatewayLogOutcome outcome,
+                                          GatewayLogLevel level,
+                                          std::optional<log::GatewayLogError> error)
+{
+    if (wasStopped(runId)) {
+        return;
+    }
+    log::StoreLogRecord record;
+    record.level = level;
+    record.category = GatewayLogCategory::receive;
+    record.action = action;
+    record.outcome = outcome;
+    record.assocHash = log::hashedIdentifier(association);
+    record.error = std::move(error);
+    m_with.logEmitter.emit(record);
+}
+
+} // namespace gateway::receive

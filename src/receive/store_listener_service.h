@@ -1,0 +1,153 @@
+#pragma once
+
+#include "core/dcm_listener_settings.h"
+#include "core/settings.h"
+#include "index/db_service.h"
+#include "log/store_log_emitter.h"
+#include "platform/concurrency/clock.h"
+#include "platform/concurrency/main_executor.h"
+#include "platform/concurrency/mutex.h"
+#include "platform/concurrency/task.h"
+#include "platform/concurrency/worker_pool.h"
+#include "platform/defaults/user_defaults.h"
+#include "platform/dicom/store_scp.h"
+#include "platform/net_service/net_service_publishing.h"
+#include "platform/notifications/notification_center.h"
+#include "receive/incoming_importer.h"
+#include "receive/receive_state.h"
+
+#include <QtCore/QSet>
+#include <QtCore/QString>
+#include <QtCore/QUuid>
+
+#include <atomic>
+#include <functional>
+#include <list>
+#include <memory>
+#include <optional>
+
+namespace gateway::receive {
+
+/// User information of core::kStoreListenerError besides its message: why the receiver says it failed, a
+/// sentence for people, perhaps empty.
+inline const QString kListenerFailureReasonKey = QStringLiteral("reason");
+
+/// The gateway's network door: runs the DICOM listener, announces it on the local network, and sees to each
+/// file that arrives.
+///
+/// Every start has a run id of its own, so that late callbacks and the late end of a run can tell a stop on
+/// purpose from a failure.
+///
+/// Owner: Store, as a shared pointer, since callbacks hold the service weakly. Thread: `startListener`,
+/// `stopListener` and the accessors on main; callbacks of the receiver on any.
+class StoreListenerService : public std::enable_shared_from_this<StoreListenerService>
+{
+public:
+    struct Collaborators
+    {
+        platform::UserDefaults &defaults;
+        core::Settings &settings;
+        platform::NotificationCenter &notifications;
+        platform::MainExecutor &main;
+        platform::WorkerPool &pool;
+        platform::Clock &clock;
+        index::DBServiceProtocol &dbService;
+        log::StoreLogEmitter &logEmitter;
+        ReceiveState &state;
+        platform::NetServicePublishing &netServices;
+        std::function<std::shared_ptr<platform::StoreSCP>()> makeStoreSCP; ///< a new one for each start
+        std::function<void(QString)> onImportSucceeded;                    ///< any thread
+    };
+
+    struct Places
+    {
+        QString defaultIncomingFolder; ///< where the receiver puts files when no folder is configured
+        QString bindAddress;           ///< empty for all interfaces
+    };
+
+    StoreListenerService(Collaborators collaborators, Places places);
+    ~StoreListenerService();
+
+    StoreListenerService(const StoreListenerService &) = delete;
+    StoreListenerService &operator=(const StoreListenerService &) = delete;
+
+    /// Starts the listener, unless it is disabled in its settings or runs already. Returns at once; a failure
+    /// arrives as the notification "QuorinGateway.storeListenerError", and there is no retry.
+    void startListener();
+
+    /// Stops the listener; without one it still tells everybody that none runs.
+    void stopListener();
+
+    /// The receiver; its presence is what "listening" means everywhere.
+    const std::shared_ptr<platform::StoreSCP> &storeListener() const { return m_storeListener; }
+
+    /// True while the listener is announced on the local network.
+    bool isAnnounced() const { return m_bonjourService != nullptr; }
+
+private:
+    struct Run
+    {
+        QUuid id;
+        std::shared_ptr<platform::StoreSCP> scp;
+        platform::StoreSCPConfig config;
+        QString inbox;
+    };
+
+    // Steps of a start, on main.
+    bool mayStart(const core::DCMListenerSettings &settings);
+    QUuid beginRun();
+    std::optional<QString> resolveIncomingPath();
+    void publishBonjourService(const core::DCMListenerSettings &settings);
+    void launch(Run run);
+    platform::StoreSCPConfig configFor(const core::DCMListenerSettings &settings) const;
+
+    // The run itself, on its own thread.
+    static void perform(const std::weak_ptr<StoreListenerService> &weak, const Run &run);
+    platform::StoreSCPCallbacks callbacksFor(QUuid runId);
+    void recoverInbox(const QString &inbox);
+    void runEnded(const Run &run, std::int32_t result);
+    void retireRun(QUuid runId) QUORIN_EXCLUDES(m_listenerRunStateLock);
+    bool wasStopped(QUuid runId) QUORIN_EXCLUDES(m_listenerRunStateLock);
+    void startFailed(const Run &run);
+
+    // Association events, on any thread.
+    void associationStarted(QUuid runId, const QString &association);
+    void associationCompleted(QUuid runId, const QString &association);
+    void associationFailed(QUuid runId, const QString &association, const QString &message);
+    void endAssociation(const QString &association);
+
+    void logListener(log::GatewayLogAction action,
+                     log::GatewayLogOutcome outcome,
+                     QMap<QString, QString> details,
+                     log::GatewayLogLevel level = log::GatewayLogLevel::info,
+                     std::optional<log::GatewayLogError> error = std::nullopt);
+    void logAssociation(QUuid runId,
+                        const QString &association,
+                        log::GatewayLogAction action,
+                        log::GatewayLogOutcome outcome,
+                        log::GatewayLogLevel level = log::GatewayLogLevel::info,
+                        std::optional<log::GatewayLogError> error = std::nullopt);
+
+    Collaborators m_with;
+    Places m_places;
+    std::shared_ptr<IncomingImporter> m_importer;
+
+    // Main thread only.
+    std::shared_ptr<platform::StoreSCP> m_storeListener;
+    std::unique_ptr<platform::NetServicePublication> m_bonjourService;
+
+    platform::Mutex m_listenerRunStateLock;
+    std::optional<QUuid> m_currentListenerRunId QUORIN_GUARDED_BY(m_listenerRunStateLock);
+    QSet<QUuid> m_stopRequestedListenerRunIDs QUORIN_GUARDED_BY(m_listenerRunStateLock);
+
+    // Main thread only. A start call keeps its thread for the whole run, so each run has its own; a run that
+    // was stopped ends by itself a little later.
+    struct RunThread
+    {
+        std::shared_ptr<std::atomic<bool>> ended;
+        platform::Task task;
+    };
+    std::list<RunThread> m_runs; // last: the threads use the fields above
+};
+
+} // namespace gateway::receive

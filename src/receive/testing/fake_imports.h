@@ -1,0 +1,77 @@
+#pragma once
+
+#include "index/db_service.h"
+#include "platform/concurrency/mutex.h"
+
+#include <QtCore/QFile>
+#include <QtCore/QSet>
+#include <QtCore/QString>
+
+#include <optional>
+
+namespace gateway::receive::testing {
+
+/// An index that keeps the contents of what it imports, and fails on demand. A content that begins with
+/// "DICM" is readable.
+///
+/// Thread: any.
+class FakeImports final : public index::DBServiceProtocol
+{
+public:
+    index::ImportedFileSummary importFile(const QUrl &url) override
+    {
+        using Error = index::GatewayImportError;
+        const platform::MutexLock lock(m_mutex);
+        ++m_attempts;
+        m_changed.notifyAll();
+        QFile file(url.toLocalFile());
+        if (m_hasNoStorage || !file.open(QIODevice::ReadOnly)) {
+            throw Error(Error::Kind::copyToTemporaryFailed,
+                        Error::Blame::storage,
+                        QStringLiteral("No space left on device"));
+        }
+        const QByteArray content = file.readAll();
+        if (!content.startsWith("DICM")) {
+            throw Error(Error::Kind::dicomParseFailed, Error::Blame::file);
+        }
+        m_imported.insert(content);
+        return {QStringLiteral("patient"), QStringLiteral("study"), {QStringLiteral("series0")}};
+    }
+
+    /// Every import fails for want of storage, until told otherwise.
+    void setNoStorage(bool none)
+    {
+        const platform::MutexLock lock(m_mutex);
+        m_hasNoStorage = none;
+    }
+
+    /// Blocks until so many imports have been tried.
+    void waitForAttempts(int count)
+    {
+        const platform::MutexLock lock(m_mutex);
+        while (m_attempts < count) {
+            m_changed.wait(m_mutex);
+        }
+    }
+
+    int attempts() const
+    {
+        const platform::MutexLock lock(m_mutex);
+        return m_attempts;
+    }
+
+    bool holds(const QByteArray &content) const
+    {
+        const platform::MutexLock lock(m_mutex);
+        return m_imported.contains(content);
+    }
+
+private:
+    mutable platform::Mutex m_mutex;
+    platform::Condition m_changed;
+    bool m_hasNoStorage QUORIN_GUARDED_BY(m_mutex) = false;
+    int m_attempts QUORIN_GUARDED_BY(m_mutex) = 0;
+    QSet<QByteArray> m_imported QUORIN_GUARDED_BY(m_mutex);
+};
+
+} // namespace gateway::receive::testing

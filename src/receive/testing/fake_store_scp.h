@@ -1,0 +1,95 @@
+#pragma once
+
+#include "platform/concurrency/mutex.h"
+#include "platform/dicom/store_scp.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace gateway::receive::testing {
+
+/// A receiver without a network: its start call keeps its thread until it is stopped or told to end.
+///
+/// Thread: any.
+class FakeStoreSCP final : public platform::StoreSCP
+{
+public:
+    std::int32_t start(const platform::StoreSCPConfig &config, platform::StoreSCPCallbacks callbacks) override
+    {
+        const platform::MutexLock lock(m_mutex);
+        m_config = config;
+        m_callbacks = std::move(callbacks);
+        m_changed.notifyAll();
+        while (!m_result) {
+            m_changed.wait(m_mutex);
+        }
+        return *m_result;
+    }
+
+    void stop() override
+    {
+        {
+            const platform::MutexLock lock(m_mutex);
+            ++m_stops;
+            if (m_staysWhenStopped) {
+                return;
+            }
+        }
+        end(0);
+    }
+
+    std::optional<int> boundPort() const override { return std::nullopt; }
+
+    QString lastMessage() const override { return QStringLiteral("The fake was told to fail."); }
+
+    /// The start call returns with this result.
+    void end(std::int32_t result)
+    {
+        const platform::MutexLock lock(m_mutex);
+        m_result = result;
+        m_changed.notifyAll();
+    }
+
+    /// From now on a stop doesn't end the start call: its return comes late.
+    void stayWhenStopped()
+    {
+        const platform::MutexLock lock(m_mutex);
+        m_staysWhenStopped = true;
+    }
+
+    /// Blocks until the start call has come, and gives its blocks.
+    platform::StoreSCPCallbacks callbacks()
+    {
+        const platform::MutexLock lock(m_mutex);
+        while (!m_config) {
+            m_changed.wait(m_mutex);
+        }
+        return m_callbacks;
+    }
+
+    platform::StoreSCPConfig config()
+    {
+        callbacks();
+        const platform::MutexLock lock(m_mutex);
+        return *m_config;
+    }
+
+    int stops() const
+    {
+        const platform::MutexLock lock(m_mutex);
+        return m_stops;
+    }
+
+private:
+    mutable platform::Mutex m_mutex;
+    platform::Condition m_changed;
+    std::optional<platform::StoreSCPConfig> m_config QUORIN_GUARDED_BY(m_mutex);
+    platform::StoreSCPCallbacks m_callbacks QUORIN_GUARDED_BY(m_mutex);
+    std::optional<std::int32_t> m_result QUORIN_GUARDED_BY(m_mutex);
+    bool m_staysWhenStopped QUORIN_GUARDED_BY(m_mutex) = false;
+    int m_stops QUORIN_GUARDED_BY(m_mutex) = 0;
+};
+
+} // namespace gateway::receive::testing

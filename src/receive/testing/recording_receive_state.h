@@ -1,0 +1,34 @@
+#pragma once
+
+#include "receive/receive_state.h"
+
+#include <QtCore/QSet>
+#include <QtCore/QString>
+
+namespace gateway::receive::testing {
+
+/// Live figures that a test can read. Thread: main.
+class RecordingReceiveState final : public ReceiveState
+{
+public:
+    void beginReceiveAssociation(const QString &association) override { associations.insert(association); }
+
+    void endReceiveAssociation(const QString &association) override { associations.remove(association); }
+
+    void clearReceiveAssociations() override
+    {
+        associations.clear();
+        ++clearings;
+    }
+
+    void recordReceivedItem() override { ++receivedItems; }
+
+    void refreshCounters() override { ++refreshes; }
+
+    QSet<QString> associations;
+    int clearings = 0;
+    int receivedItems = 0;
+    int refreshes = 0;
+};
+
+} // namespace gateway::receive::testing
