@@ -1,0 +1,42 @@
+#include "wizard/setup_apply.h"
+
+#include "core/ae_title_formatter.h"
+#include "core/dcm_listener_settings.h"
+#include "receive/folder_bookmark.h"
+
+namespace gateway::wizard {
+
+std::optional<QString>
+writeDraft(const SetupDraft &draft, core::Settings &settings, platform::UserDefaults &defaults)
+{
+    std::optional<QByteArray> bookmark;
+    if (draft.destinationFolder) {
+        bookmark = receive::makeFolderBookmark(*draft.destinationFolder);
+        if (!bookmark) {
+            return QStringLiteral("Could not save folder permissions. Choose a different folder.");
+        }
+    }
+    core::DCMListenerSettings record = core::DCMListenerSettings::load(defaults);
+    record.aeTitle = core::AETitleFormatter::format(draft.aeTitle.trimmed());
+    record.port = parsedPort(draft.portText).value_or(record.port);
+    record.isEnabled = true;
+    record.advertiseWithBonjour = draft.advertiseWithBonjour;
+    const std::optional<int> retention = draft.autoDeleteMode == core::GatewayAutoDeleteMode::never
+                                             ? std::nullopt
+                                             : parsedRetentionValue(draft.autoDeleteValueText);
+    const bool kept = record.save(defaults) &&
+                      settings.listenerDestinationFolder.set(draft.destinationFolder) &&
+                      settings.listenerDestinationFolderBookmark.set(bookmark) &&
+                      settings.gatewayAutoDeleteMode.set(draft.autoDeleteMode) &&
+                      settings.gatewayAutoDeleteValue.set(retention);
+    return kept ? std::nullopt : std::optional(QStringLiteral("The settings could not be written."));
+}
+
+bool markSetupCompleted(core::Settings &settings, const QDateTime &now)
+{
+    // The gate opens with the last of them.
+    return settings.gatewaySetupCompletedAt.set(now) && settings.gatewaySetupVersion.set(kSetupVersion) &&
+           settings.gatewaySetupCompleted.set(true);
+}
+
+} // namespace gateway::wizard

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "core/settings.h"
+#include "platform/defaults/user_defaults.h"
+#include "wizard/setup_checks.h"
+
+#include <QtCore/QDateTime>
+
+namespace gateway::wizard {
+
+/// The version that a finished setup is marked with.
+inline constexpr int kSetupVersion = 1;
+
+/// Writes a draft that has passed its checks into the settings; what it doesn't hold stays as it is. Setup
+/// isn't marked as done yet.
+///
+/// \return the sentence for the operator when the folder can't be kept, in which case nothing is written, or
+/// when
+///         the settings can't be written.
+std::optional<QString>
+writeDraft(const SetupDraft &draft, core::Settings &settings, platform::UserDefaults &defaults);
+
+/// Marks setup as done; to be called once the listener runs.
+///
+/// \param now  UTC.
+/// \return false when that could not be written; the gate stays closed then.
+bool markSetupCompleted(core::Settings &settings, const QDateTime &now);
+
+} // namespace gateway::wizard
