@@ -1,0 +1,153 @@
+#include "app/client_commands.h"
+
+#include "app/command_requests.h"
+#include "app/console.h"
+#include "app/control_client.h"
+#include "app/offline_commands.h"
+#include "app/retention_option.h"
+#include "app/status_report.h"
+
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonDocument>
+
+#include <chrono>
+#include <thread>
+#include <variant>
+
+namespace gateway::app {
+
+namespace {
+
+/// Long enough for a cloud that is slow to refuse a sign-in.
+constexpr std::chrono::seconds kPatience{150};
+
+constexpr std::chrono::seconds kWatchInterval{2};
+
+ControlReply noInstance()
+{
+    return ControlReply::failure(
+        QStringLiteral("No gateway runs for this home. Start one with: quorin-gateway --headless"),
+        ExitCode::noInstance);
+}
+
+ExitCode report(const ControlReply &reply)
+{
+    if (reply.code != ExitCode::done) {
+        printError(reply.error);
+    }
+    return reply.code;
+}
+
+/// One run of the program: each command is one member function.
+class CommandRunner
+{
+public:
+    CommandRunner(const HomeLayout &layout, const GlobalOptions &options)
+        : m_layout(layout), m_options(options)
+    {
+    }
+
+    ExitCode operator()(const RunHeadless &) const { return ExitCode::usage; }
+
+    ExitCode operator()(const SetupCommand &command) const
+    {
+        if (!parseRetentionOption(command.autoDelete)) {
+            printError(QStringLiteral("--auto-delete takes never, N-days or N-months."));
+            return ExitCode::usage;
+        }
+        return finish(askOrWork(setupRequest(command)), [](const QJsonObject &result) {
+            return QStringLiteral("Setup is finished. The listener's address is %1.\n")
+                .arg(result.value(QStringLiteral("address")).toString());
+        });
+    }
+
+    ExitCode operator()(const SignInCommand &command) const
+    {
+        return finish(ask(signInRequest(command, readSecret())), [](const QJsonObject &result) {
+            const QString label = result.value(QStringLiteral("label")).toString();
+            return label.isEmpty() ? QStringLiteral("You are now signed in.\n")
+                                   : QStringLiteral("You are now signed in as %1.\n").arg(label);
+        });
+    }
+
+    ExitCode operator()(const SignOutCommand &) const
+    {
+        return finish(ask({requests::kSignOut, {}}),
+                      [](const QJsonObject &) { return QStringLiteral("You are signed out.\n"); });
+    }
+
+    ExitCode operator()(const UploadCommand &) const
+    {
+        return finish(ask({requests::kUpload, {}}),
+                      [](const QJsonObject &) { return QStringLiteral("An upload run was asked for.\n"); });
+    }
+
+    ExitCode operator()(const StatusCommand &command) const
+    {
+        const auto words = [&](const QJsonObject &status) {
+            return command.asJson
+                       ? QString::fromUtf8(QJsonDocument(status).toJson(QJsonDocument::Compact)) + u'\n'
+                       : statusText(status);
+        };
+        ExitCode code = finish(ask({requests::kStatus, {}}), words);
+        while (command.watch && code == ExitCode::done) {
+            std::this_thread::sleep_for(kWatchInterval);
+            if (!command.asJson) {
+                printOut(QStringLiteral("\n"));
+            }
+            code = finish(ask({requests::kStatus, {}}), words);
+        }
+        return code;
+    }
+
+    ExitCode operator()(const SettingsCommand &command) const
+    {
+        return finish(askOrWork(settingsRequest(command)), [&](const QJsonObject &result) {
+            return command.action == SettingsCommand::Action::list
+                       ? listText(result.value(QStringLiteral("settings")).toArray())
+                       : result.value(QStringLiteral("value")).toString() + u'\n';
+        });
+    }
+
+private:
+    ControlReply ask(const ControlRequest &request) const
+    {
+        return askInstance(m_layout.controlSocket(), request, kPatience).value_or(noInstance());
+    }
+
+    ControlReply askOrWork(const ControlRequest &request) const
+    {
+        const std::optional<ControlReply> reply = askInstance(m_layout.controlSocket(), request, kPatience);
+        return reply ? *reply : workWithoutInstance(m_layout, m_options, request);
+    }
+
+    template <typename Words>
+    static ExitCode finish(const ControlReply &reply, Words words)
+    {
+        if (reply.code == ExitCode::done) {
+            printOut(words(reply.result));
+        }
+        return report(reply);
+    }
+
+    static QString listText(const QJsonArray &settings)
+    {
+        QString text;
+        for (const QJsonValue &setting : settings) {
+            text += QStringLiteral("%1 = %2\n").arg(setting[u"key"].toString(), setting[u"value"].toString());
+        }
+        return text;
+    }
+
+    const HomeLayout &m_layout;
+    const GlobalOptions &m_options;
+};
+
+} // namespace
+
+ExitCode runCommand(const HomeLayout &layout, const Invocation &invocation)
+{
+    return std::visit(CommandRunner(layout, invocation.options), invocation.command);
+}
+
+} // namespace gateway::app

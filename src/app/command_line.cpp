@@ -1,0 +1,191 @@
+#include "app/command_line.h"
+
+#include <CLI/CLI.hpp>
+
+#include <string>
+#include <vector>
+
+namespace gateway::app {
+
+namespace {
+
+constexpr int kBadUsage = 2;
+
+/// What CLI11 fills in, in its own types.
+struct Raw
+{
+    std::string home, cloud, cloudKind, bind;
+    bool headless = false;
+    std::string aeTitle, port, incoming, autoDelete = "never";
+    bool noBonjour = false;
+    std::string email;
+    bool json = false, watch = false;
+    std::string key, value;
+    std::string helpTopic;
+};
+
+QString text(const std::string &value)
+{
+    return QString::fromStdString(value);
+}
+
+std::optional<QString> optionalText(const std::string &value)
+{
+    return value.empty() ? std::nullopt : std::optional(text(value));
+}
+
+void addGlobalOptions(CLI::App &app, Raw &raw)
+{
+    app.add_option("--home", raw.home, "Keep everything below this folder")
+        ->envname("QUORIN_GATEWAY_HOME")
+        ->type_name("DIR");
+    app.add_option("--cloud", raw.cloud, "Base address of the cloud service")->type_name("URL");
+    app.add_option("--cloud-kind", raw.cloudKind, "What stands behind that address: quorin or dicomweb")
+        ->type_name("KIND")
+        ->check(CLI::IsMember({"quorin", "dicomweb"}).description(""));
+    app.add_option("--bind", raw.bind, "Address that the DICOM listener binds; all interfaces without it")
+        ->envname("QUORIN_GATEWAY_BIND")
+        ->type_name("ADDRESS")
+        ->check(CLI::ValidIPV4.description(""));
+    app.add_flag("--headless", raw.headless, "Run the gateway without a display");
+    app.set_version_flag("--version", "quorin-gateway " QUORIN_VERSION, "Print the version");
+    app.set_help_flag("-h,--help", "Print this help");
+}
+
+void addSetup(CLI::App &app, Raw &raw)
+{
+    CLI::App *setup = app.add_subcommand("setup", "Check the settings, apply them and start the listener");
+    setup->add_option("--ae-title", raw.aeTitle, "AE title of the listener")->required()->type_name("T");
+    setup->add_option("--port", raw.port, "TCP port of the listener")->required()->type_name("N");
+    setup->add_option("--incoming", raw.incoming, "Folder for incoming files")->type_name("DIR");
+    setup->add_option("--auto-delete", raw.autoDelete, "never, N-days or N-months after the upload")
+        ->type_name("WHEN");
+    setup->add_flag("--no-bonjour", raw.noBonjour, "Don't announce the listener on the local network");
+}
+
+void addOthers(CLI::App &app, Raw &raw)
+{
+    CLI::App *signIn =
+        app.add_subcommand("sign-in", "Sign in to the cloud; the password comes on standard input");
+    signIn->add_option("--email", raw.email, "The account's e-mail address")->required()->type_name("E");
+    app.add_subcommand("sign-out", "End the cloud session");
+    app.add_subcommand("upload", "Ask for an upload run");
+    CLI::App *status = app.add_subcommand("status", "Tell how the gateway does");
+    status->add_flag("--json", raw.json, "As one JSON object");
+    status->add_flag("--watch", raw.watch, "Again every two seconds, until interrupted");
+
+    CLI::App *settings = app.add_subcommand("settings", "Show and change the settings");
+    settings->require_subcommand(1);
+    settings->add_subcommand("list", "Show all settings");
+    CLI::App *get = settings->add_subcommand("get", "Show one setting");
+    get->add_option("KEY", raw.key, "The setting")->required();
+    CLI::App *set = settings->add_subcommand("set", "Change one setting");
+    set->add_option("KEY", raw.key, "The setting")->required();
+    set->add_option("VALUE", raw.value, "Its new value")->required();
+
+    CLI::App *help = app.add_subcommand("help", "Print the help of a command");
+    help->add_option("COMMAND", raw.helpTopic, "The command");
+}
+
+SettingsCommand settingsCommand(const CLI::App &settings, const Raw &raw)
+{
+    SettingsCommand command;
+    if (settings.got_subcommand("get")) {
+        command.action = SettingsCommand::Action::get;
+    } else if (settings.got_subcommand("set")) {
+        command.action = SettingsCommand::Action::set;
+    }
+    command.key = text(raw.key);
+    command.value = text(raw.value);
+    return command;
+}
+
+std::optional<Command> command(const CLI::App &app, const Raw &raw)
+{
+    if (app.got_subcommand("setup")) {
+        return SetupCommand{text(raw.aeTitle),
+                            text(raw.port),
+                            optionalText(raw.incoming),
+                            text(raw.autoDelete),
+                            !raw.noBonjour};
+    }
+    if (app.got_subcommand("sign-in")) {
+        return SignInCommand{text(raw.email)};
+    }
+    if (app.got_subcommand("sign-out")) {
+        return SignOutCommand{};
+    }
+    if (app.got_subcommand("upload")) {
+        return UploadCommand{};
+    }
+    if (app.got_subcommand("status")) {
+        return StatusCommand{raw.json, raw.watch};
+    }
+    if (app.got_subcommand("settings")) {
+        return settingsCommand(*app.get_subcommand("settings"), raw);
+    }
+    if (raw.headless) {
+        return RunHeadless{};
+    }
+    return std::nullopt;
+}
+
+CommandLineEnd helpOn(const CLI::App &app, const std::string &topic)
+{
+    if (topic.empty()) {
+        return {0, text(app.help())};
+    }
+    for (const CLI::App *command : app.get_subcommands({})) {
+        if (command->get_name() == topic) {
+            return {0, text(command->help())};
+        }
+    }
+    return {kBadUsage, QStringLiteral("There is no command named %1.\n").arg(text(topic))};
+}
+
+} // namespace
+
+std::variant<Invocation, CommandLineEnd> parseCommandLine(const QStringList &arguments)
+{
+    Raw raw;
+    CLI::App app("A DICOM gateway: takes images over the network, keeps them safe, sends them to the cloud.",
+                 "quorin-gateway");
+    app.require_subcommand(0, 1);
+    app.fallthrough();
+    addGlobalOptions(app, raw);
+    addSetup(app, raw);
+    addOthers(app, raw);
+
+    // CLI11 takes the arguments last first.
+    std::vector<std::string> reversed;
+    for (auto argument = arguments.crbegin(); argument != arguments.crend(); ++argument) {
+        reversed.push_back(argument->toStdString());
+    }
+    try {
+        app.parse(std::move(reversed));
+    } catch (const CLI::CallForHelp &) {
+        const std::vector<CLI::App *> chosen = app.get_subcommands();
+        return CommandLineEnd{0, text(chosen.empty() ? app.help() : chosen.front()->help())};
+    } catch (const CLI::CallForVersion &version) {
+        return CommandLineEnd{0, text(version.what()) + u'\n'};
+    } catch (const CLI::ParseError &error) {
+        return CommandLineEnd{
+            kBadUsage,
+            QStringLiteral("%1\nRun quorin-gateway --help for the usage.\n").arg(text(error.what()))};
+    }
+    if (app.got_subcommand("help")) {
+        return helpOn(app, raw.helpTopic);
+    }
+    std::optional<Command> chosen = command(app, raw);
+    if (!chosen) {
+        return CommandLineEnd{kBadUsage,
+                              text(app.help()) +
+                                  QStringLiteral("\nThe gateway runs without a display only: give a "
+                                                 "command, or start it with --headless.\n")};
+    }
+    GlobalOptions options{
+        optionalText(raw.home), optionalText(raw.cloud), optionalText(raw.cloudKind), text(raw.bind)};
+    return Invocation{std::move(options), *std::move(chosen)};
+}
+
+} // namespace gateway::app

@@ -1,0 +1,94 @@
+#pragma once
+
+#include <QtCore/QString>
+#include <QtCore/QStringList>
+
+#include <optional>
+#include <variant>
+
+namespace gateway::app {
+
+/// What may stand before or behind any command.
+struct GlobalOptions
+{
+    std::optional<QString> home;      ///< --home or QUORIN_GATEWAY_HOME
+    std::optional<QString> cloudUrl;  ///< --cloud
+    std::optional<QString> cloudKind; ///< --cloud-kind, "quorin" or "dicomweb"
+    QString bindAddress;              ///< --bind or QUORIN_GATEWAY_BIND; empty for all interfaces
+};
+
+/// Run the gateway without a display.
+struct RunHeadless
+{
+};
+
+struct SetupCommand
+{
+    QString aeTitle;
+    QString port; ///< as typed; the checks of setup judge it
+    std::optional<QString> incomingFolder;
+    QString autoDelete = QStringLiteral("never"); ///< "never", "N-days" or "N-months"
+    bool withBonjour = true;
+};
+
+struct SignInCommand
+{
+    QString email;
+};
+
+struct SignOutCommand
+{
+};
+
+struct UploadCommand
+{
+};
+
+struct StatusCommand
+{
+    bool asJson = false;
+    bool watch = false;
+};
+
+struct SettingsCommand
+{
+    enum class Action
+    {
+        list,
+        get,
+        set
+    };
+
+    Action action = Action::list;
+    QString key;
+    QString value;
+};
+
+using Command = std::variant<RunHeadless,
+                             SetupCommand,
+                             SignInCommand,
+                             SignOutCommand,
+                             UploadCommand,
+                             StatusCommand,
+                             SettingsCommand>;
+
+/// What the program was asked to do.
+struct Invocation
+{
+    GlobalOptions options;
+    Command command;
+};
+
+/// The command line itself ends the program: help, the version, or a mistake.
+struct CommandLineEnd
+{
+    int exitCode = 0; ///< 0 for what was asked for, 2 for bad usage
+    QString text;     ///< to standard output with exit code 0, else to standard error
+};
+
+/// Reads the command line. Options may also come from the environment, as `--help` tells.
+///
+/// \param arguments  without the program's name.
+std::variant<Invocation, CommandLineEnd> parseCommandLine(const QStringList &arguments);
+
+} // namespace gateway::app

@@ -1,0 +1,149 @@
+#include "app/command_line.h"
+
+#include <QtCore/QByteArray>
+
+#include <gtest/gtest.h>
+
+namespace gateway::app {
+namespace {
+
+Invocation invocation(const QStringList &arguments)
+{
+    auto parsed = parseCommandLine(arguments);
+    if (const auto *end = std::get_if<CommandLineEnd>(&parsed)) {
+        ADD_FAILURE() << end->text.toStdString();
+        return {};
+    }
+    return std::get<Invocation>(parsed);
+}
+
+CommandLineEnd ending(const QStringList &arguments)
+{
+    auto parsed = parseCommandLine(arguments);
+    if (const auto *end = std::get_if<CommandLineEnd>(&parsed)) {
+        return *end;
+    }
+    ADD_FAILURE() << "was taken as a command";
+    return {};
+}
+
+class CommandLine : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        qunsetenv("QUORIN_GATEWAY_HOME");
+        qunsetenv("QUORIN_GATEWAY_BIND");
+    }
+
+    void TearDown() override { SetUp(); }
+};
+
+TEST_F(CommandLine, RunsHeadlessWhenAsked)
+{
+    const Invocation taken = invocation({u"--home"_qs, u"/srv/gateway"_qs, u"--headless"_qs});
+
+    EXPECT_TRUE(std::holds_alternative<RunHeadless>(taken.command));
+    EXPECT_EQ(taken.options.home, u"/srv/gateway"_qs);
+}
+
+TEST_F(CommandLine, PrintsItsHelpAsBadUsageWithoutACommand)
+{
+    const CommandLineEnd end = ending({});
+
+    EXPECT_EQ(end.exitCode, 2);
+    EXPECT_TRUE(end.text.contains(u"--headless"_qs));
+}
+
+TEST_F(CommandLine, TakesGlobalOptionsBeforeAndBehindTheCommand)
+{
+    const Invocation before = invocation({u"--home"_qs, u"/a"_qs, u"status"_qs, u"--json"_qs});
+    const Invocation behind = invocation({u"status"_qs, u"--json"_qs, u"--home"_qs, u"/a"_qs});
+
+    EXPECT_EQ(before.options.home, u"/a"_qs);
+    EXPECT_EQ(behind.options.home, u"/a"_qs);
+    EXPECT_TRUE(std::get<StatusCommand>(behind.command).asJson);
+}
+
+TEST_F(CommandLine, TakesTheHomeFromTheEnvironmentUnlessTheFlagNamesOne)
+{
+    qputenv("QUORIN_GATEWAY_HOME", "/from/environment");
+
+    EXPECT_EQ(invocation({u"upload"_qs}).options.home, u"/from/environment"_qs);
+    EXPECT_EQ(invocation({u"upload"_qs, u"--home"_qs, u"/flag"_qs}).options.home, u"/flag"_qs);
+}
+
+TEST_F(CommandLine, ReadsEveryOptionOfSetup)
+{
+    const Invocation taken = invocation({u"setup"_qs,
+                                         u"--ae-title"_qs,
+                                         u"GATE"_qs,
+                                         u"--port"_qs,
+                                         u"11112"_qs,
+                                         u"--incoming"_qs,
+                                         u"/in box"_qs,
+                                         u"--auto-delete"_qs,
+                                         u"30-days"_qs,
+                                         u"--no-bonjour"_qs});
+
+    const auto &setup = std::get<SetupCommand>(taken.command);
+    EXPECT_EQ(setup.aeTitle, u"GATE"_qs);
+    EXPECT_EQ(setup.port, u"11112"_qs);
+    EXPECT_EQ(setup.incomingFolder, u"/in box"_qs);
+    EXPECT_EQ(setup.autoDelete, u"30-days"_qs);
+    EXPECT_FALSE(setup.withBonjour);
+}
+
+TEST_F(CommandLine, ReadsSettingsCommands)
+{
+    const auto list = std::get<SettingsCommand>(invocation({u"settings"_qs, u"list"_qs}).command);
+    const auto get = std::get<SettingsCommand>(invocation({u"settings"_qs, u"get"_qs, u"k"_qs}).command);
+    const auto set =
+        std::get<SettingsCommand>(invocation({u"settings"_qs, u"set"_qs, u"k"_qs, u"v"_qs}).command);
+
+    EXPECT_EQ(list.action, SettingsCommand::Action::list);
+    EXPECT_EQ(get.action, SettingsCommand::Action::get);
+    EXPECT_EQ(get.key, u"k"_qs);
+    EXPECT_EQ(set.action, SettingsCommand::Action::set);
+    EXPECT_EQ(set.value, u"v"_qs);
+}
+
+TEST_F(CommandLine, RefusesWhatItDoesNotKnow)
+{
+    const QList<QStringList> mistakes{
+        {u"nonsense"_qs},
+        {u"--nonsense"_qs},
+        {u"setup"_qs},
+        {u"sign-in"_qs},
+        {u"settings"_qs},
+        {u"settings"_qs, u"get"_qs},
+        {u"status"_qs, u"--xml"_qs},
+        {u"--cloud-kind"_qs, u"ftp"_qs, u"status"_qs},
+        {u"--bind"_qs, u"not-an-address"_qs, u"--headless"_qs},
+    };
+
+    for (const QStringList &mistake : mistakes) {
+        EXPECT_EQ(ending(mistake).exitCode, 2) << mistake.join(u' ').toStdString();
+    }
+}
+
+TEST_F(CommandLine, PrintsVersionAndHelp)
+{
+    EXPECT_EQ(ending({u"--version"_qs}).text, u"quorin-gateway " QUORIN_VERSION "\n"_qs);
+    EXPECT_EQ(ending({u"--version"_qs}).exitCode, 0);
+    EXPECT_EQ(ending({u"--help"_qs}).exitCode, 0);
+    EXPECT_TRUE(ending({u"--help"_qs}).text.contains(u"sign-in"_qs));
+}
+
+TEST_F(CommandLine, PrintsTheHelpOfOneCommand)
+{
+    const CommandLineEnd end = ending({u"help"_qs, u"setup"_qs});
+
+    EXPECT_EQ(end.exitCode, 0);
+    EXPECT_TRUE(end.text.contains(u"--ae-title"_qs));
+    EXPECT_EQ(ending({u"setup"_qs, u"--help"_qs}).text, end.text);
+    EXPECT_EQ(ending({u"help"_qs, u"nonsense"_qs}).exitCode, 2);
+}
+
+} // namespace
+} // namespace gateway::app

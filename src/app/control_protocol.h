@@ -1,0 +1,56 @@
+#pragma once
+
+#include <QtCore/QByteArray>
+#include <QtCore/QJsonObject>
+#include <QtCore/QString>
+
+#include <optional>
+
+namespace gateway::app {
+
+/// How a command ends, as the program's exit code.
+enum class ExitCode
+{
+    done = 0,
+    failed = 1,     ///< the work failed; a sentence says why
+    usage = 2,      ///< what was asked for makes no sense
+    noInstance = 3, ///< no gateway runs for this home
+};
+
+/// What a command asks of the running instance: one JSON object on one line,
+/// `{"command": "upload", "arguments": {...}}`.
+struct ControlRequest
+{
+    QString command;
+    QJsonObject arguments;
+};
+
+/// What the instance answers: one JSON object on one line, `{"code": 0, "result": {...}}` or
+/// `{"code": 1, "error": "a sentence"}`.
+struct ControlReply
+{
+    ExitCode code = ExitCode::done;
+    QString error;      ///< one sentence when the code isn't `done`
+    QJsonObject result; ///< by the command
+
+    static ControlReply success(QJsonObject result = {}) { return {ExitCode::done, {}, std::move(result)}; }
+
+    static ControlReply failure(QString sentence, ExitCode code = ExitCode::failed)
+    {
+        return {code, std::move(sentence), {}};
+    }
+};
+
+/// The longest line that either side takes, in bytes without the line feed.
+inline constexpr qsizetype kMaxControlLine = 64 * 1024;
+
+QByteArray encode(const ControlRequest &request);
+QByteArray encode(const ControlReply &reply);
+
+/// The request in a line, or nothing when it is none: not an object, no command, or too long.
+std::optional<ControlRequest> decodeRequest(const QByteArray &line);
+
+/// The reply in a line, or nothing when it is none.
+std::optional<ControlReply> decodeReply(const QByteArray &line);
+
+} // namespace gateway::app

@@ -1,0 +1,210 @@
+#include "app/gateway.h"
+
+#include "app/no_announcements.h"
+#include "core/device_id.h"
+#include "log/gateway_log_file_sink.h"
+#include "platform/dicom/dcmtk_store_scp.h"
+#include "platform/dicom/helper_process.h"
+#include "platform/files/file_system.h"
+#include "platform/keychain/token_store.h"
+#include "upload/upload_run.h"
+
+#include <QtCore/QProcessEnvironment>
+
+#include <algorithm>
+#include <chrono>
+#include <thread>
+#include <utility>
+
+namespace gateway::app {
+
+namespace {
+
+constexpr std::chrono::seconds kSessionPoll{60};
+
+/// Imports mostly wait for the disk, and share its syncs: more of them at once than there are cores.
+constexpr int kGlobalPoolWidth = 12;
+constexpr int kCloudPoolWidth = 4;
+
+int cores()
+{
+    return std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
+}
+
+std::optional<QString> storedText(const platform::UserDefaults &defaults, const char *key)
+{
+    const std::optional<QVariant> value = defaults.object(QString::fromLatin1(key));
+    return value ? std::optional(value->toString()) : std::nullopt;
+}
+
+} // namespace
+
+/// Whether the cloud client holds a session.
+class Gateway::Session final : public upload::UploadSession
+{
+public:
+    explicit Session(platform::QuorinApiClient &cloud) : m_cloud(cloud) {}
+
+    bool hasToken() override { return m_cloud.networkSettings().token().has_value(); }
+
+private:
+    platform::QuorinApiClient &m_cloud;
+};
+
+Gateway::Gateway(Options options)
+    : m_options(std::move(options)), m_defaults(m_options.layout.defaultsFile), m_settings(m_defaults),
+      m_logger(m_systemLog, std::make_unique<log::GatewayLogFileSink>(m_options.layout.logFolder, m_clock)),
+      m_uploadWatcher(m_logger), m_emitter(m_uploadWatcher, m_clock),
+      m_parserProcesses(cores(), platform::helperProgramPath()),
+      m_converterProcesses(cores(), platform::helperProgramPath()), m_parser(m_parserProcesses, m_clock),
+      m_converter(m_converterProcesses, m_options.layout.temporaryFolder + QStringLiteral("/converted")),
+      m_index({m_options.layout.indexFile, m_options.layout.fileStore},
+              {m_defaults, m_parser, m_notifications, m_main, m_clock, platform::systemFiles()}),
+      m_inboxImports(m_index, index::ImportSource::ownInbox),
+      m_tokens(platform::makeTokenStore(m_options.layout.tokenFolder())),
+      m_cloud(cloudConfiguration(), *m_tokens), m_authenticationApi(m_cloud), m_userApi(m_cloud),
+      m_statusApi(m_cloud), m_stowApi(m_cloud), m_face(m_options.writeLine), m_figures(m_clock),
+      m_netServices(makeNetServices()), m_session(std::make_unique<Session>(m_cloud)), m_uploadIndex(m_index),
+      m_uploadCollaborators{m_uploadIndex,
+                            m_stowApi,
+                            m_converter,
+                            *m_session,
+                            m_figures,
+                            m_terms,
+                            m_cleanup,
+                            m_emitter,
+                            m_main,
+                            m_clock},
+      m_cloudPool(QStringLiteral("cloud"), kCloudPoolWidth),
+      m_globalPool(QStringLiteral("global"), kGlobalPoolWidth), m_auth({m_authenticationApi,
+                                                                        m_userApi,
+                                                                        m_cloud.networkSettings(),
+                                                                        m_defaults,
+                                                                        m_notifications,
+                                                                        m_main,
+                                                                        m_cloudPool,
+                                                                        m_clock},
+                                                                       QStringLiteral(QUORIN_VERSION)),
+      m_storage(std::make_shared<StorageMeter>(m_options.layout.fileStore, m_main)),
+      m_reachability(std::make_shared<CloudReachability>(m_statusApi, m_main, m_cloudPool, m_clock)),
+      m_store(makeStore()), m_delegate(std::make_shared<AppDelegate>(delegateCollaborators())),
+      m_commands(std::make_shared<InstanceCommands>(commandCollaborators()))
+{
+    m_converter.sweepLeftovers();
+}
+
+Gateway::~Gateway() = default;
+
+platform::CloudConfiguration Gateway::cloudConfiguration()
+{
+    return platform::resolveCloudConfiguration({m_options.cloudUrl,
+                                                m_options.cloudKind,
+                                                QProcessEnvironment::systemEnvironment(),
+                                                storedText(m_defaults, platform::kCloudBaseUrlKey),
+                                                storedText(m_defaults, platform::kCloudKindKey)},
+                                               core::deviceId(m_defaults));
+}
+
+upload::StoreUpload::ExecutionConfig Gateway::uploadConfig() const
+{
+    return upload::StoreUpload::executionConfig({m_settings.wadoLimit.get(),
+                                                 m_settings.quorinCloudBatchUploadCount.get(),
+                                                 m_settings.quorinCloudBatchEnabled.get(),
+                                                 m_settings.quorinCloudCompressToLS.get(),
+                                                 core::retrieveMode(m_defaults)});
+}
+
+std::unique_ptr<platform::NetServicePublishing> Gateway::makeNetServices()
+{
+    if (m_options.bindAddress.startsWith(QStringLiteral("127."))) {
+        return std::make_unique<NoAnnouncements>();
+    }
+    return std::make_unique<platform::AvahiPublishing>(m_systemLog);
+}
+
+std::shared_ptr<Store> Gateway::makeStore()
+{
+    auto coordinator = std::make_shared<upload::StoreUploadCoordinator>(
+        m_emitter,
+        [this] { return uploadConfig(); },
+        [this](const QString &runId,
+               const upload::StoreUpload::ExecutionConfig &config,
+               const std::stop_token &stop) {
+            return upload::UploadRun(m_uploadCollaborators, runId, config, core::deviceId(m_defaults))
+                .run(stop);
+        });
+    return std::make_shared<Store>(
+        Store::Collaborators{m_settings, m_notifications, m_main, m_clock},
+        std::move(coordinator),
+        [this](std::function<void(QString)> onImported) { return makeListener(std::move(onImported)); });
+}
+
+std::shared_ptr<receive::StoreListenerService> Gateway::makeListener(std::function<void(QString)> onImported)
+{
+    const QString defaultInbox = m_options.layout.incomingFolder;
+    return std::make_shared<receive::StoreListenerService>(
+        receive::StoreListenerService::Collaborators{
+            m_defaults,
+            m_settings,
+            m_notifications,
+            m_main,
+            m_globalPool,
+            m_clock,
+            m_inboxImports,
+            m_emitter,
+            m_figures,
+            *m_netServices,
+            [defaultInbox] {
+                return std::make_shared<platform::DCMTKStoreSCP>(
+                    platform::StoreSCPEnvironment{platform::helperProgramPath(), defaultInbox});
+            },
+            std::move(onImported)},
+        receive::StoreListenerService::Places{defaultInbox, m_options.bindAddress});
+}
+
+AppDelegate::Collaborators Gateway::delegateCollaborators()
+{
+    return {m_settings, m_notifications, m_main, m_clock, m_face, m_upkeep, m_cleanup, [this]() -> Store & {
+                return *m_store;
+            }};
+}
+
+InstanceCommands::Collaborators Gateway::commandCollaborators()
+{
+    return {m_defaults,
+            m_settings,
+            m_notifications,
+            m_main,
+            m_globalPool,
+            m_clock,
+            m_index,
+            m_auth,
+            m_cloud.configuration(),
+            m_figures,
+            m_uploadWatcher,
+            m_face,
+            *m_delegate,
+            *m_store,
+            m_storage,
+            m_reachability,
+            m_options.bindAddress};
+}
+
+void Gateway::launch()
+{
+    m_delegate->applicationDidFinishLaunching();
+    m_auth.startPolling(kSessionPoll);
+    m_reachability->refresh();
+}
+
+void Gateway::terminate()
+{
+    m_delegate->applicationWillTerminate();
+}
+
+void Gateway::handle(const ControlRequest &request, const InstanceCommands::Answer &answer)
+{
+    m_commands->handle(request, answer);
+}
+
+} // namespace gateway::app

@@ -1,0 +1,136 @@
+#pragma once
+
+#include "account/quorin_auth_view_model.h"
+#include "app/app_delegate.h"
+#include "app/cloud_reachability.h"
+#include "app/control_protocol.h"
+#include "app/headless_face.h"
+#include "app/home_layout.h"
+#include "app/instance_commands.h"
+#include "app/live_figures.h"
+#include "app/storage_meter.h"
+#include "app/store.h"
+#include "app/upkeep_elsewhere.h"
+#include "app/upload_run_watcher.h"
+#include "core/settings.h"
+#include "index/db_service.h"
+#include "index/dicom_db.h"
+#include "log/gateway_logger.h"
+#include "log/store_log_emitter.h"
+#include "platform/concurrency/clock.h"
+#include "platform/concurrency/main_executor.h"
+#include "platform/concurrency/worker_pool.h"
+#include "platform/defaults/user_defaults.h"
+#include "platform/dicom/dicom_converter_wrapper.h"
+#include "platform/dicom/dicom_file.h"
+#include "platform/dicom/worker_process_pool.h"
+#include "platform/keychain/token_store.h"
+#include "platform/net_service/net_service_publishing.h"
+#include "platform/notifications/notification_center.h"
+#include "platform/quorin_api/qrn_authentication_api.h"
+#include "platform/quorin_api/qrn_status_api.h"
+#include "platform/quorin_api/qrn_stow_api.h"
+#include "platform/quorin_api/qrn_user_api.h"
+#include "platform/quorin_api/quorin_api_client.h"
+#include "platform/system_log/journal_system_log.h"
+#include "upload/dicom_db_upload_index.h"
+#include "upload/upload_collaborators.h"
+
+#include <memory>
+#include <optional>
+
+namespace gateway::app {
+
+/// The shared objects of one running gateway, each made once and joined to the others here and nowhere else.
+///
+/// Owner: main. Thread: main; made after the application object. Nothing is torn down in life: the program
+/// ends with the process, and what was in flight is found again at the next start.
+class Gateway
+{
+public:
+    struct Options
+    {
+        HomeLayout layout;
+        QString bindAddress;
+        std::optional<QString> cloudUrl;
+        std::optional<QString> cloudKind;
+        HeadlessFace::WriteLine writeLine; ///< one plain line for people
+    };
+
+    /// Opens the defaults and the index.
+    ///
+    /// \throws platform::DefaultsError, index::IndexOpenError  each with one plain sentence.
+    explicit Gateway(Options options);
+    ~Gateway();
+
+    Gateway(const Gateway &) = delete;
+    Gateway &operator=(const Gateway &) = delete;
+
+    /// Comes up in the given order; the listener follows from the event loop.
+    void launch();
+
+    /// Goes down as an application does.
+    void terminate();
+
+    /// Carries out a request of the command line; `answer` is called once, now or later.
+    void handle(const ControlRequest &request, const InstanceCommands::Answer &answer);
+
+private:
+    class Session;
+
+    platform::CloudConfiguration cloudConfiguration();
+    std::unique_ptr<platform::NetServicePublishing> makeNetServices();
+    std::shared_ptr<Store> makeStore();
+    std::shared_ptr<receive::StoreListenerService> makeListener(std::function<void(QString)> onImported);
+    upload::StoreUpload::ExecutionConfig uploadConfig() const;
+    AppDelegate::Collaborators delegateCollaborators();
+    InstanceCommands::Collaborators commandCollaborators();
+
+    const Options m_options;
+
+    platform::SystemClock m_clock;
+    platform::MainExecutor m_main;
+    platform::NotificationCenter m_notifications;
+    platform::UserDefaults m_defaults;
+    core::Settings m_settings;
+
+    platform::JournalSystemLog m_systemLog;
+    log::GatewayLogger m_logger;
+    UploadRunWatcher m_uploadWatcher;
+    log::StoreLogEmitter m_emitter;
+
+    platform::WorkerProcessPool m_parserProcesses;
+    platform::WorkerProcessPool m_converterProcesses;
+    platform::DicomFile m_parser;
+    platform::DicomConverterWrapper m_converter;
+    index::DicomDB m_index;
+    index::DBService m_inboxImports;
+
+    std::unique_ptr<platform::TokenStore> m_tokens;
+    platform::QuorinApiClient m_cloud;
+    platform::QrnAuthenticationAPI m_authenticationApi;
+    platform::QrnUserAPI m_userApi;
+    platform::QrnStatusAPI m_statusApi;
+    platform::QrnStowAPI m_stowApi;
+
+    HeadlessFace m_face;
+    LiveFigures m_figures;
+    PackagedUpkeep m_upkeep;
+    KeepsEverything m_cleanup;
+    NoTermsFollowUp m_terms;
+    std::unique_ptr<platform::NetServicePublishing> m_netServices;
+    std::unique_ptr<Session> m_session;
+    upload::DicomDBUploadIndex m_uploadIndex;
+    upload::UploadCollaborators m_uploadCollaborators;
+
+    platform::WorkerPool m_cloudPool;  // calls that wait for the network
+    platform::WorkerPool m_globalPool; // everything else
+    account::QuorinAuthViewModel m_auth;
+    std::shared_ptr<StorageMeter> m_storage;
+    std::shared_ptr<CloudReachability> m_reachability;
+    std::shared_ptr<Store> m_store;
+    std::shared_ptr<AppDelegate> m_delegate;
+    std::shared_ptr<InstanceCommands> m_commands;
+};
+
+} // namespace gateway::app

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "app/launch_ports.h"
+
+#include <functional>
+
+namespace gateway::app {
+
+/// The gateway without a display: each step that would show a window writes one plain line instead.
+///
+/// Owner: Gateway. Thread: main.
+class HeadlessFace final : public GatewayFace
+{
+public:
+    using WriteLine = std::function<void(const QString &)>;
+
+    explicit HeadlessFace(WriteLine writeLine) : m_writeLine(std::move(writeLine)) {}
+
+    void showStatusBar() override {}
+    void bringForward() override {}
+    void showDashboard() override;
+    void showSignInSheet() override;
+    void showPreferences() override;
+    void showBugReport() override;
+    void showSetupWizard(bool blocking) override;
+
+    /// While `setup` applies its settings it reports a failed start itself.
+    bool isSetupWizardVisible() const override { return m_isApplyingSetup; }
+
+    void showAlert(const QString &title, const QString &message) override;
+
+    /// Told by `setup`, before and after.
+    void setApplyingSetup(bool applying) { m_isApplyingSetup = applying; }
+
+private:
+    WriteLine m_writeLine;
+    bool m_isApplyingSetup = false;
+};
+
+} // namespace gateway::app

@@ -1,0 +1,274 @@
+#include "app/instance_commands.h"
+
+#include "app/app_delegate.h"
+#include "app/command_requests.h"
+#include "app/settings_commands.h"
+#include "core/dcm_listener_settings.h"
+#include "core/notification_names.h"
+#include "core/store_errors.h"
+#include "receive/network_address.h"
+#include "wizard/setup_apply.h"
+
+#include <QtCore/QCoreApplication>
+
+#include <chrono>
+#include <utility>
+
+namespace gateway::app {
+
+namespace {
+
+constexpr std::chrono::nanoseconds kListenerStartWait{2'000'000'000};
+constexpr double kListenerStartWaitSeconds = 2.0;
+
+QString kindText(platform::CloudKind kind)
+{
+    switch (kind) {
+    case platform::CloudKind::quorin:
+        return QStringLiteral("quorin");
+    case platform::CloudKind::dicomweb:
+        return QStringLiteral("dicomweb");
+    }
+    return {};
+}
+
+} // namespace
+
+InstanceCommands::InstanceCommands(Collaborators collaborators)
+    : m_with(std::move(collaborators)), m_scope(m_with.main, m_with.pool)
+{
+    m_errorObserver =
+        m_with.notifications.observe(core::kStoreListenerError, [this](const QVariantMap &userInfo) {
+            m_listenerError = listenerFailureText(userInfo);
+        });
+    m_stateObserver =
+        m_with.notifications.observe(core::kStoreListenerStateChanged, [this](const QVariantMap &) {
+            if (m_with.store.listenerService().storeListener()) {
+                m_listenerError.clear();
+            }
+        });
+}
+
+void InstanceCommands::handle(const ControlRequest &request, const Answer &answer)
+{
+    if (request.command == requests::kActivate) {
+        answer(activate());
+    } else if (request.command == requests::kStatus) {
+        status(answer);
+    } else if (request.command == requests::kUpload) {
+        answer(requestUpload());
+    } else if (request.command == requests::kSignIn) {
+        m_scope.start(signIn(request, answer));
+    } else if (request.command == requests::kSignOut) {
+        m_scope.start(signOut(answer));
+    } else if (request.command == requests::kSetup) {
+        setUp(request, answer);
+    } else if (request.command == requests::kSettingsList || request.command == requests::kSettingsGet ||
+               request.command == requests::kSettingsSet) {
+        answer(changeSettings(request));
+    } else {
+        answer(ControlReply::failure(
+            QStringLiteral("The running gateway doesn't know the command %1.").arg(request.command),
+            ExitCode::usage));
+    }
+}
+
+ControlReply InstanceCommands::activate()
+{
+    m_with.delegate.enforceSetupWizardIfNeeded();
+    return ControlReply::success({{QStringLiteral("pid"), QCoreApplication::applicationPid()}});
+}
+
+ControlReply InstanceCommands::requestUpload()
+{
+    if (core::isSetupRequired(m_with.settings)) {
+        return ControlReply::failure(QStringLiteral("Setup isn't finished, so nothing can be uploaded."));
+    }
+    if (!m_with.auth.state().isSignedIn()) {
+        return ControlReply::failure(QStringLiteral("No account is signed in, so nothing can be uploaded."));
+    }
+    m_with.store.requestUpload(QStringLiteral("command_line"));
+    return ControlReply::success();
+}
+
+ControlReply InstanceCommands::changeSettings(const ControlRequest &request)
+{
+    SettingsCatalogue catalogue(m_with.settings, m_with.defaults);
+    SettingsAnswer answer = answerSettings(catalogue, request);
+    if (answer.needsListenerRestart) {
+        restartListener();
+    }
+    return std::move(answer.reply);
+}
+
+/// Makes the listener go by its new settings: off when it is disabled, else stopped and, with setup finished,
+/// started.
+void InstanceCommands::restartListener()
+{
+    receive::StoreListenerService &listener = m_with.store.listenerService();
+    const bool isEnabled = core::DCMListenerSettings::load(m_with.defaults).isEnabled.value_or(true);
+    if (!isEnabled || listener.storeListener()) {
+        listener.stopListener();
+    }
+    if (isEnabled && !core::isSetupRequired(m_with.settings)) {
+        listener.startListener();
+    }
+}
+
+void InstanceCommands::status(const Answer &answer)
+{
+    m_with.reachability->refresh();
+    m_with.storage->measure([self = shared_from_this(), answer](StorageFigures storage) {
+        answer(ControlReply::success(toJson(self->report(storage))));
+    });
+}
+
+StatusReport InstanceCommands::report(StorageFigures storage) const
+{
+    StatusReport report;
+    report.listener = listenerReport();
+    const index::EntityCounts all = m_with.index.totalCounts();
+    report.counters = {all.studies,
+                       all.series,
+                       all.images,
+                       m_with.index.notSyncedCounts().images,
+                       m_with.index.syncedImagesCount(),
+                       m_with.index.failedImagesCount()};
+    report.storage = {storage.usedBytes, storage.availableBytes};
+    report.cloud = {kindText(m_with.cloud.kind),
+                    m_with.cloud.baseUrl.toString(),
+                    m_with.reachability->isOnline(),
+                    m_with.reachability->lastError()};
+    const bool isSignedIn = m_with.auth.state().isSignedIn();
+    report.session = {isSignedIn, m_with.auth.signedInLabel().value_or(QString())};
+    report.setup = {core::isSetupRequired(m_with.settings), m_with.settings.gatewaySetupVersion.get()};
+    report.openAssociations = m_with.figures.openAssociations();
+    report.upload = m_with.uploads.figures();
+    report.uploadSpeedMbps = m_with.figures.uploadSpeedMbps();
+    return report;
+}
+
+StatusReport::Listener InstanceCommands::listenerReport() const
+{
+    const core::DCMListenerSettings settings = core::DCMListenerSettings::load(m_with.defaults);
+    const auto &receiver = m_with.store.listenerService().storeListener();
+    const std::optional<int> bound = receiver ? receiver->boundPort() : std::nullopt;
+    const int port = bound.value_or(settings.port);
+    return {receiver != nullptr, settings.aeTitle, port, listenerAddress(port), m_listenerError};
+}
+
+QString InstanceCommands::listenerAddress(int port) const
+{
+    const std::optional<QString> address = m_with.bindAddress.isEmpty()
+                                               ? receive::primaryAddress(receive::interfaceAddresses())
+                                               : std::optional(m_with.bindAddress);
+    return receive::addressText(address, port);
+}
+
+wizard::PortState InstanceCommands::probe(int port) const
+{
+    // The gateway's own listener is no conflict.
+    const auto &receiver = m_with.store.listenerService().storeListener();
+    if (receiver && core::DCMListenerSettings::load(m_with.defaults).port == port) {
+        return wizard::PortState::available;
+    }
+    return wizard::probePort(port, m_with.bindAddress);
+}
+
+void InstanceCommands::setUp(const ControlRequest &request, const Answer &answer)
+{
+    const std::optional<wizard::SetupDraft> draft = draftIn(request);
+    if (!draft) {
+        answer(ControlReply::failure(QStringLiteral("This is no retention policy."), ExitCode::usage));
+        return;
+    }
+    if (m_isApplyingSetup) {
+        answer(ControlReply::failure(QStringLiteral("Setup is being applied already.")));
+        return;
+    }
+    std::optional<QString> issue =
+        wizard::firstBlockingIssue(*draft, [this](int port) { return probe(port); });
+    if (!issue) {
+        issue = wizard::writeDraft(*draft, m_with.settings, m_with.defaults);
+    }
+    if (issue) {
+        answer(ControlReply::failure(*issue));
+        return;
+    }
+    m_scope.start(applySetup(*draft, answer));
+}
+
+QCoro::Task<void> InstanceCommands::applySetup(wizard::SetupDraft draft, Answer answer)
+{
+    m_isApplyingSetup = true;
+    m_with.face.setApplyingSetup(true);
+
+    QString problem = co_await restartAndWait();
+
+    if (!problem.isEmpty()) {
+        m_with.store.listenerService().stopListener();
+    } else if (!wizard::markSetupCompleted(m_with.settings, m_with.clock.now())) {
+        problem = QStringLiteral("The settings could not be written.");
+    }
+    m_with.face.setApplyingSetup(false);
+    m_isApplyingSetup = false;
+    const int port = wizard::parsedPort(draft.portText).value_or(0);
+    answer(problem.isEmpty() ? ControlReply::success({{QStringLiteral("address"), listenerAddress(port)}})
+                             : ControlReply::failure(problem));
+}
+
+/// Restarts the listener and gives its start two seconds. \return why it failed, or nothing.
+QCoro::Task<QString> InstanceCommands::restartAndWait()
+{
+    receive::StoreListenerService &listener = m_with.store.listenerService();
+    if (listener.storeListener()) {
+        listener.stopListener();
+    }
+    listener.startListener();
+    try {
+        co_await m_with.store.waitForListenerStart(kListenerStartWait, kListenerStartWaitSeconds);
+    } catch (const core::StoreStartupError &error) {
+        co_return error.message;
+    }
+    co_return QString();
+}
+
+QCoro::Task<void> InstanceCommands::signIn(ControlRequest request, Answer answer)
+{
+    const QString email = request.arguments.value(QStringLiteral("email")).toString().trimmed();
+    const QString password = request.arguments.value(QStringLiteral("password")).toString();
+    if (email.isEmpty() || password.isEmpty()) {
+        answer(ControlReply::failure(QStringLiteral("Enter both email and password to sign in.")));
+        co_return;
+    }
+    if (m_with.auth.isChecking()) {
+        answer(ControlReply::failure(QStringLiteral("Another sign-in or sign-out is under way.")));
+        co_return;
+    }
+
+    const bool signedIn = co_await m_with.auth.signIn(email, password);
+
+    if (signedIn) {
+        const QString label = m_with.auth.signedInLabel().value_or(QString());
+        answer(ControlReply::success({{QStringLiteral("label"), label}}));
+    } else {
+        answer(
+            ControlReply::failure(m_with.auth.lastAuthError().value_or(QStringLiteral("Sign in failed."))));
+    }
+}
+
+QCoro::Task<void> InstanceCommands::signOut(Answer answer)
+{
+    if (m_with.auth.isChecking()) {
+        answer(ControlReply::failure(QStringLiteral("Another sign-in or sign-out is under way.")));
+        co_return;
+    }
+
+    co_await m_with.auth.signOut();
+
+    // The session has ended here in any case; what the cloud had to say about it is told.
+    answer(
+        ControlReply::success({{QStringLiteral("notice"), m_with.auth.lastAuthError().value_or(QString())}}));
+}
+
+} // namespace gateway::app

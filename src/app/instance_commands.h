@@ -1,0 +1,88 @@
+#pragma once
+
+#include "account/quorin_auth_view_model.h"
+#include "app/cloud_reachability.h"
+#include "app/control_protocol.h"
+#include "app/headless_face.h"
+#include "app/live_figures.h"
+#include "app/settings_catalogue.h"
+#include "app/status_report.h"
+#include "app/storage_meter.h"
+#include "app/store.h"
+#include "app/upload_run_watcher.h"
+#include "core/settings.h"
+#include "index/dicom_db.h"
+#include "platform/concurrency/task_scope.h"
+#include "platform/quorin_api/cloud_configuration.h"
+#include "wizard/setup_checks.h"
+
+#include <QCoro/QCoroTask>
+
+#include <functional>
+#include <memory>
+
+namespace gateway::app {
+
+class AppDelegate;
+
+/// What the running instance does for the commands of the command line.
+///
+/// Owner: Gateway, as a shared pointer. Thread: main.
+class InstanceCommands : public std::enable_shared_from_this<InstanceCommands>
+{
+public:
+    struct Collaborators
+    {
+        platform::UserDefaults &defaults;
+        core::Settings &settings;
+        platform::NotificationCenter &notifications;
+        platform::MainExecutor &main;
+        platform::WorkerPool &pool;
+        platform::Clock &clock;
+        index::DicomDB &index;
+        account::QuorinAuthViewModel &auth;
+        const platform::CloudConfiguration &cloud;
+        LiveFigures &figures;
+        const UploadRunWatcher &uploads;
+        HeadlessFace &face;
+        AppDelegate &delegate;
+        Store &store;
+        std::shared_ptr<StorageMeter> storage;
+        std::shared_ptr<CloudReachability> reachability;
+        QString bindAddress;
+    };
+
+    using Answer = std::function<void(ControlReply)>;
+
+    explicit InstanceCommands(Collaborators collaborators);
+
+    /// Carries out a request; `answer` is called once, now or later.
+    void handle(const ControlRequest &request, const Answer &answer);
+
+private:
+    ControlReply activate();
+    ControlReply requestUpload();
+    ControlReply changeSettings(const ControlRequest &request);
+    void status(const Answer &answer);
+    void setUp(const ControlRequest &request, const Answer &answer);
+
+    QCoro::Task<> signIn(ControlRequest request, Answer answer);
+    QCoro::Task<> signOut(Answer answer);
+    QCoro::Task<> applySetup(wizard::SetupDraft draft, Answer answer);
+    QCoro::Task<QString> restartAndWait();
+
+    StatusReport report(StorageFigures storage) const;
+    StatusReport::Listener listenerReport() const;
+    QString listenerAddress(int port) const;
+    wizard::PortState probe(int port) const;
+    void restartListener();
+
+    Collaborators m_with;
+    bool m_isApplyingSetup = false;
+    QString m_listenerError; ///< of the last start; empty once a listener stands
+    platform::NotificationCenter::Token m_errorObserver;
+    platform::NotificationCenter::Token m_stateObserver;
+    platform::TaskScope m_scope; // last: drained before the fields go
+};
+
+} // namespace gateway::app

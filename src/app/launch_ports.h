@@ -1,0 +1,54 @@
+#pragma once
+
+#include <QtCore/QString>
+
+namespace gateway::app {
+
+/// What people see of the launch and of the requests to open things: windows on a desktop, plain lines
+/// without one.
+///
+/// Owner: main. Thread: main.
+class GatewayFace
+{
+public:
+    virtual ~GatewayFace() = default;
+
+    /// Shows the status item, once, early in the launch.
+    virtual void showStatusBar() = 0;
+
+    /// Makes the application a regular foreground one before a window of it is shown.
+    virtual void bringForward() = 0;
+
+    virtual void showDashboard() = 0;
+    virtual void showSignInSheet() = 0;
+    virtual void showPreferences() = 0;
+    virtual void showBugReport() = 0;
+
+    /// \param blocking  setup isn't finished: the wizard can't be closed before it is.
+    virtual void showSetupWizard(bool blocking) = 0;
+
+    /// While it is visible the wizard reports a listener failure itself.
+    virtual bool isSetupWizardVisible() const = 0;
+
+    /// An alert of warning style with one button.
+    virtual void showAlert(const QString &title, const QString &message) = 0;
+};
+
+/// Keeps the program itself up to date and in its place. Thread: main.
+class ProgramUpkeep
+{
+public:
+    virtual ~ProgramUpkeep() = default;
+
+    /// Offers to move the program where it belongs.
+    virtual void checkInstallLocation() = 0;
+
+    /// Both may be called again without effect.
+    virtual void startUpdater() = 0;
+    virtual void startVersionPolicy() = 0;
+
+    /// A check that the user asked for.
+    virtual void checkForUpdates(const QString &reason) = 0;
+};
+
+} // namespace gateway::app

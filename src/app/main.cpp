@@ -1,0 +1,42 @@
+#include "app/client_commands.h"
+#include "app/command_line.h"
+#include "app/console.h"
+#include "app/home_layout.h"
+#include "app/program.h"
+
+#include <QtCore/QCoreApplication>
+#include <QtCore/QProcessEnvironment>
+
+#include <csignal>
+
+#include <sys/stat.h>
+
+/// quorin-gateway: the gateway itself with --headless, else one command for the instance that runs.
+int main(int argc, char **argv)
+{
+    using namespace gateway::app;
+
+    // A peer or a pipe that has gone is an error of one write, not the end of the program.
+    std::signal(SIGPIPE, SIG_IGN);
+    // Images and settings are for their owner's eyes.
+    ::umask(S_IRWXG | S_IRWXO);
+    const QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("quorin-gateway"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(QUORIN_VERSION));
+
+    const auto parsed = parseCommandLine(QCoreApplication::arguments().mid(1));
+    if (const auto *end = std::get_if<CommandLineEnd>(&parsed)) {
+        if (end->exitCode == 0) {
+            printOut(end->text);
+        } else {
+            printError(end->text.trimmed());
+        }
+        return end->exitCode;
+    }
+    const auto &invocation = std::get<Invocation>(parsed);
+    const HomeLayout layout = homeLayout(invocation.options.home, QProcessEnvironment::systemEnvironment());
+    const ExitCode code = std::holds_alternative<RunHeadless>(invocation.command)
+                              ? runHeadless(layout, invocation.options)
+                              : runCommand(layout, invocation);
+    return static_cast<int>(code);
+}

@@ -1,0 +1,108 @@
+#include "app/program.h"
+
+#include "app/command_requests.h"
+#include "app/console.h"
+#include "app/control_client.h"
+#include "app/control_server.h"
+#include "app/gateway.h"
+#include "app/quit_signals.h"
+#include "app/service_manager.h"
+#include "index/schema.h"
+#include "platform/files/file_error.h"
+#include "platform/files/home_lock.h"
+
+#include <QtCore/QCoreApplication>
+#include <QtCore/QTimer>
+
+#include <chrono>
+#include <cstdlib>
+#include <optional>
+#include <thread>
+
+namespace gateway::app {
+
+namespace {
+
+/// An instance that has just taken its lock may still be opening its index.
+constexpr std::chrono::seconds kStartingPatience{10};
+constexpr std::chrono::milliseconds kStartingStep{100};
+constexpr std::chrono::seconds kAnswerPatience{30};
+
+/// Hands the request to the instance that holds this home.
+ExitCode handOver(const HomeLayout &layout)
+{
+    for (auto waited = std::chrono::milliseconds(0); waited < kStartingPatience; waited += kStartingStep) {
+        const auto reply = askInstance(layout.controlSocket(), {requests::kActivate, {}}, kAnswerPatience);
+        if (reply && reply->code == ExitCode::done) {
+            printOut(QStringLiteral("The gateway runs already for this home, as process %1.\n")
+                         .arg(reply->result.value(QStringLiteral("pid")).toInteger()));
+            return ExitCode::done;
+        }
+        std::this_thread::sleep_for(kStartingStep);
+    }
+    const std::optional<qint64> owner = platform::HomeLock::owner(layout.lockFile());
+    printError(owner ? QStringLiteral("This home is used by process %1, which doesn't answer.").arg(*owner)
+                     : QStringLiteral("This home is used by another process, which doesn't answer."));
+    return ExitCode::failed;
+}
+
+/// The event loop of one instance, from launch to quitting.
+ExitCode live(const HomeLayout &layout, const GlobalOptions &options)
+{
+    Gateway gateway({layout, options.bindAddress, options.cloudUrl, options.cloudKind, printError});
+    ServiceManager serviceManager;
+    std::optional<ControlServer> server;
+    server.emplace(layout.controlSocket(),
+                   [&gateway](const ControlRequest &request, const ControlServer::Answer &answer) {
+                       gateway.handle(request, answer);
+                   });
+    const QuitSignals quitSignals([] { QCoreApplication::quit(); });
+    QTimer watchdog;
+    if (const auto interval = serviceManager.watchdogInterval()) {
+        QObject::connect(&watchdog, &QTimer::timeout, &watchdog, [&] { serviceManager.alive(); });
+        watchdog.start(*interval);
+    }
+    gateway.launch();
+    // Behind the late part of the launch, which waits in the same queue.
+    QTimer::singleShot(0, [&serviceManager] { serviceManager.ready(); });
+
+    QCoreApplication::exec();
+
+    serviceManager.stopping();
+    gateway.terminate();
+    server.reset();
+    // Nothing is waited for: what is in flight ends with the process, and the next start takes it up.
+    std::_Exit(EXIT_SUCCESS);
+}
+
+} // namespace
+
+ExitCode runHeadless(const HomeLayout &layout, const GlobalOptions &options)
+{
+    try {
+        makeFolders(layout);
+        const auto lock = platform::HomeLock::tryLock(layout.lockFile());
+        if (!lock) {
+            return handOver(layout);
+        }
+        const auto indexLock = platform::HomeLock::tryLock(layout.indexLockFile());
+        if (!indexLock) {
+            printError(QStringLiteral("The index is used by another process."));
+            return ExitCode::failed;
+        }
+        return live(layout, options);
+    } catch (const HomeError &error) {
+        printError(error.message);
+    } catch (const ControlError &error) {
+        printError(error.message);
+    } catch (const platform::FileError &error) {
+        printError(error.message());
+    } catch (const platform::DefaultsError &error) {
+        printError(error.message());
+    } catch (const index::IndexOpenError &error) {
+        printError(QStringLiteral("The index can't be opened: %1.").arg(QString::fromUtf8(error.what())));
+    }
+    return ExitCode::failed;
+}
+
+} // namespace gateway::app

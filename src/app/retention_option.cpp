@@ -1,0 +1,22 @@
+#include "app/retention_option.h"
+
+#include <QtCore/QRegularExpression>
+
+namespace gateway::app {
+
+std::optional<RetentionOption> parseRetentionOption(const QString &text)
+{
+    if (text == QStringLiteral("never")) {
+        return RetentionOption{};
+    }
+    static const QRegularExpression form(QStringLiteral("\\A([0-9]+)-(days|months)\\z"));
+    const QRegularExpressionMatch match = form.match(text);
+    if (!match.hasMatch()) {
+        return std::nullopt;
+    }
+    const bool inDays = match.capturedView(2) == QStringLiteral("days");
+    return RetentionOption{inDays ? core::GatewayAutoDeleteMode::days : core::GatewayAutoDeleteMode::months,
+                           match.captured(1)};
+}
+
+} // namespace gateway::app

@@ -1,0 +1,33 @@
+#include "app/service_manager.h"
+
+#include <cstdint>
+
+#include <systemd/sd-daemon.h>
+
+namespace gateway::app {
+
+void ServiceManager::ready()
+{
+    ::sd_notify(0, "READY=1");
+}
+
+void ServiceManager::alive()
+{
+    ::sd_notify(0, "WATCHDOG=1");
+}
+
+void ServiceManager::stopping()
+{
+    ::sd_notify(0, "STOPPING=1");
+}
+
+std::optional<std::chrono::milliseconds> ServiceManager::watchdogInterval() const
+{
+    std::uint64_t microseconds = 0;
+    if (::sd_watchdog_enabled(0, &microseconds) <= 0) {
+        return std::nullopt;
+    }
+    return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::microseconds(microseconds) / 2);
+}
+
+} // namespace gateway::app

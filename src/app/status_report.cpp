@@ -1,0 +1,185 @@
+#include "app/status_report.h"
+
+#include <QtCore/QJsonValue>
+#include <QtCore/QLocale>
+#include <QtCore/QStringList>
+
+namespace gateway::app {
+
+namespace {
+
+QJsonValue textOrNull(const QString &text)
+{
+    return text.isEmpty() ? QJsonValue(QJsonValue::Null) : QJsonValue(text);
+}
+
+/// "successful_uploads" as "successfulUploads", like every key of the object.
+QString camelCase(const QString &snakeCase)
+{
+    const QStringList words = snakeCase.split(u'_');
+    QString joined = words.first();
+    for (qsizetype i = 1; i < words.size(); ++i) {
+        joined += words.at(i).left(1).toUpper() + words.at(i).mid(1);
+    }
+    return joined;
+}
+
+QJsonValue typed(const QString &text)
+{
+    if (text == QStringLiteral("true") || text == QStringLiteral("false")) {
+        return text == QStringLiteral("true");
+    }
+    bool isNumber = false;
+    const qint64 number = text.toLongLong(&isNumber);
+    return isNumber ? QJsonValue(number) : QJsonValue(text);
+}
+
+QJsonValue lastRun(const UploadRunFigures &figures)
+{
+    if (!figures.last) {
+        return QJsonValue::Null;
+    }
+    QJsonObject run{{QStringLiteral("finishedAt"), figures.lastFinishedAt.toString(Qt::ISODate)}};
+    for (auto entry = figures.last->cbegin(); entry != figures.last->cend(); ++entry) {
+        run.insert(camelCase(entry.key()), typed(entry.value()));
+    }
+    return run;
+}
+
+QJsonObject listenerJson(const StatusReport::Listener &listener)
+{
+    return {{QStringLiteral("state"),
+             listener.isListening ? QStringLiteral("listening") : QStringLiteral("stopped")},
+            {QStringLiteral("aeTitle"), listener.aeTitle},
+            {QStringLiteral("port"), listener.port},
+            {QStringLiteral("address"), listener.address},
+            {QStringLiteral("error"), textOrNull(listener.error)}};
+}
+
+QJsonObject countersJson(const StatusReport::Counters &counters)
+{
+    return {{QStringLiteral("studies"), counters.studies},
+            {QStringLiteral("series"), counters.series},
+            {QStringLiteral("images"), counters.images},
+            {QStringLiteral("notSynced"), counters.notSynced},
+            {QStringLiteral("synced"), counters.synced},
+            {QStringLiteral("failed"), counters.failed}};
+}
+
+QString bytesText(const QJsonValue &bytes)
+{
+    return QLocale::c().formattedDataSize(bytes.toInteger());
+}
+
+QString listenerText(const QJsonObject &listener)
+{
+    if (listener.value(QStringLiteral("state")).toString() == QStringLiteral("listening")) {
+        return QStringLiteral("%1 on port %2 (%3)")
+            .arg(listener.value(QStringLiteral("aeTitle")).toString())
+            .arg(listener.value(QStringLiteral("port")).toInteger())
+            .arg(listener.value(QStringLiteral("address")).toString());
+    }
+    const QString error = listener.value(QStringLiteral("error")).toString();
+    return error.isEmpty() ? QStringLiteral("Stopped") : QStringLiteral("Stopped: ") + error;
+}
+
+QString cloudText(const QJsonObject &cloud)
+{
+    QString text = cloud.value(QStringLiteral("baseUrl")).toString();
+    const QJsonValue online = cloud.value(QStringLiteral("online"));
+    if (online.isBool()) {
+        text += online.toBool() ? QStringLiteral(", online") : QStringLiteral(", away");
+    }
+    const QString error = cloud.value(QStringLiteral("lastError")).toString();
+    return error.isEmpty() ? text : text + QStringLiteral(": ") + error;
+}
+
+QString sessionText(const QJsonObject &session)
+{
+    if (!session.value(QStringLiteral("signedIn")).toBool()) {
+        return QStringLiteral("Signed out");
+    }
+    const QString label = session.value(QStringLiteral("label")).toString();
+    return label.isEmpty() ? QStringLiteral("Signed in") : QStringLiteral("Signed in as ") + label;
+}
+
+QString countersText(const QJsonObject &counters)
+{
+    const auto count = [&](const QString &key) { return counters.value(key).toInteger(); };
+    return QStringLiteral("%1 in %2 series of %3 studies; %4 synced, %5 to send, %6 failed")
+        .arg(count(QStringLiteral("images")))
+        .arg(count(QStringLiteral("series")))
+        .arg(count(QStringLiteral("studies")))
+        .arg(count(QStringLiteral("synced")))
+        .arg(count(QStringLiteral("notSynced")))
+        .arg(count(QStringLiteral("failed")));
+}
+
+} // namespace
+
+QJsonObject toJson(const StatusReport &report)
+{
+    return {
+        {QStringLiteral("listener"), listenerJson(report.listener)},
+        {QStringLiteral("receiving"),
+         QJsonObject{{QStringLiteral("active"), report.openAssociations > 0},
+                     {QStringLiteral("associations"), report.openAssociations}}},
+        {QStringLiteral("counters"), countersJson(report.counters)},
+        {QStringLiteral("storage"),
+         QJsonObject{{QStringLiteral("usedBytes"), report.storage.usedBytes},
+                     {QStringLiteral("availableBytes"), report.storage.availableBytes}}},
+        {QStringLiteral("upload"),
+         QJsonObject{{QStringLiteral("running"), report.upload.isRunning},
+                     {QStringLiteral("mode"), textOrNull(report.upload.mode)},
+                     {QStringLiteral("speedMbps"), report.uploadSpeedMbps},
+                     {QStringLiteral("lastRun"), lastRun(report.upload)}}},
+        {QStringLiteral("cloud"),
+         QJsonObject{
+             {QStringLiteral("kind"), report.cloud.kind},
+             {QStringLiteral("baseUrl"), report.cloud.baseUrl},
+             {QStringLiteral("online"),
+              report.cloud.isOnline ? QJsonValue(*report.cloud.isOnline) : QJsonValue(QJsonValue::Null)},
+             {QStringLiteral("lastError"), textOrNull(report.cloud.lastError)}}},
+        {QStringLiteral("session"),
+         QJsonObject{{QStringLiteral("signedIn"), report.session.isSignedIn},
+                     {QStringLiteral("label"), textOrNull(report.session.label)}}},
+        {QStringLiteral("setup"),
+         QJsonObject{{QStringLiteral("required"), report.setup.isRequired},
+                     {QStringLiteral("version"), report.setup.version}}},
+        {QStringLiteral("banner"), textOrNull(report.banner)},
+    };
+}
+
+QString statusText(const QJsonObject &status)
+{
+    const auto part = [&](const QString &key) { return status.value(key).toObject(); };
+    const QJsonObject receiving = part(QStringLiteral("receiving"));
+    const QJsonObject storage = part(QStringLiteral("storage"));
+    const QJsonObject upload = part(QStringLiteral("upload"));
+    QStringList lines{
+        QStringLiteral("Listener   ") + listenerText(part(QStringLiteral("listener"))),
+        QStringLiteral("Receiving  %1 open associations")
+            .arg(receiving.value(QStringLiteral("associations")).toInteger()),
+        QStringLiteral("Images     ") + countersText(part(QStringLiteral("counters"))),
+        QStringLiteral("Storage    %1 used, %2 free")
+            .arg(bytesText(storage.value(QStringLiteral("usedBytes"))),
+                 bytesText(storage.value(QStringLiteral("availableBytes")))),
+        QStringLiteral("Upload     %1, %2 Mbit/s")
+            .arg(upload.value(QStringLiteral("running")).toBool() ? QStringLiteral("running")
+                                                                  : QStringLiteral("idle"))
+            .arg(upload.value(QStringLiteral("speedMbps")).toDouble(), 0, 'f', 1),
+        QStringLiteral("Cloud      ") + cloudText(part(QStringLiteral("cloud"))),
+        QStringLiteral("Session    ") + sessionText(part(QStringLiteral("session"))),
+    };
+    if (part(QStringLiteral("setup")).value(QStringLiteral("required")).toBool()) {
+        lines.append(QStringLiteral(
+            "Setup      not finished; run: quorin-gateway setup --ae-title TITLE --port PORT"));
+    }
+    const QString banner = status.value(QStringLiteral("banner")).toString();
+    if (!banner.isEmpty()) {
+        lines.append(QStringLiteral("Notice     ") + banner);
+    }
+    return lines.join(u'\n') + u'\n';
+}
+
+} // namespace gateway::app

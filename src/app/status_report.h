@@ -1,0 +1,65 @@
+#pragma once
+
+#include "app/upload_run_watcher.h"
+
+#include <QtCore/QJsonObject>
+#include <QtCore/QString>
+
+#include <optional>
+
+namespace gateway::app {
+
+/// How the gateway does at one moment. Thread: a plain value.
+struct StatusReport
+{
+    struct Listener
+    {
+        bool isListening = false;
+        QString aeTitle;
+        int port = 0;    ///< the bound one while listening, else the configured one
+        QString address; ///< to register in a modality
+        QString error;   ///< why the last start failed; empty once one succeeded
+    } listener;
+
+    struct Counters
+    {
+        qint64 studies = 0, series = 0, images = 0, notSynced = 0, synced = 0, failed = 0;
+    } counters;
+
+    struct Storage
+    {
+        qint64 usedBytes = 0, availableBytes = 0;
+    } storage;
+
+    struct Cloud
+    {
+        QString kind, baseUrl;
+        std::optional<bool> isOnline; ///< nothing before it has been asked
+        QString lastError;
+    } cloud;
+
+    struct Session
+    {
+        bool isSignedIn = false;
+        QString label;
+    } session;
+
+    struct Setup
+    {
+        bool isRequired = true;
+        qint64 version = 0;
+    } setup;
+
+    int openAssociations = 0;
+    UploadRunFigures upload;
+    double uploadSpeedMbps = 0;
+    QString banner; ///< one line about updates; empty when there is nothing to say
+};
+
+/// The report as one JSON object with keys that don't change.
+QJsonObject toJson(const StatusReport &report);
+
+/// The JSON object in words, some lines for people.
+QString statusText(const QJsonObject &status);
+
+} // namespace gateway::app

@@ -1,0 +1,75 @@
+#include "app/status_report.h"
+
+#include <QtCore/QStringList>
+
+#include <gtest/gtest.h>
+
+namespace gateway::app {
+namespace {
+
+TEST(StatusReport, AlwaysHasTheSameKeys)
+{
+    const QJsonObject json = toJson(StatusReport());
+
+    EXPECT_EQ(json.keys(),
+              (QStringList{u"banner"_qs,
+                           u"cloud"_qs,
+                           u"counters"_qs,
+                           u"listener"_qs,
+                           u"receiving"_qs,
+                           u"session"_qs,
+                           u"setup"_qs,
+                           u"storage"_qs,
+                           u"upload"_qs}));
+    EXPECT_EQ(json[u"listener"].toObject().keys(),
+              (QStringList{u"address"_qs, u"aeTitle"_qs, u"error"_qs, u"port"_qs, u"state"_qs}));
+    EXPECT_EQ(json[u"counters"].toObject().keys(),
+              (QStringList{
+                  u"failed"_qs, u"images"_qs, u"notSynced"_qs, u"series"_qs, u"studies"_qs, u"synced"_qs}));
+    EXPECT_EQ(json[u"upload"].toObject().keys(),
+              (QStringList{u"lastRun"_qs, u"mode"_qs, u"running"_qs, u"speedMbps"_qs}));
+    EXPECT_EQ(json[u"cloud"].toObject().keys(),
+              (QStringList{u"baseUrl"_qs, u"kind"_qs, u"lastError"_qs, u"online"_qs}));
+}
+
+TEST(StatusReport, TellsALastRunInItsOwnWords)
+{
+    StatusReport report;
+    report.upload.last = QMap<QString, QString>{{u"successful_uploads"_qs, u"12"_qs},
+                                                {u"missing_token"_qs, u"false"_qs},
+                                                {u"execution_mode"_qs, u"single"_qs}};
+
+    const QJsonObject run = toJson(report)[u"upload"][u"lastRun"].toObject();
+
+    EXPECT_EQ(run[u"successfulUploads"].toInt(), 12);
+    EXPECT_TRUE(run[u"missingToken"].isBool());
+    EXPECT_EQ(run[u"executionMode"].toString(), u"single"_qs);
+}
+
+TEST(StatusReport, ReadsAsAFewLines)
+{
+    StatusReport report;
+    report.listener = {true, u"GATE"_qs, 1115, u"10.0.0.1:1115"_qs, {}};
+    report.session = {true, u"Radiology"_qs};
+    report.setup = {false, 1};
+
+    const QString text = statusText(toJson(report));
+
+    EXPECT_TRUE(text.contains(u"GATE on port 1115 (10.0.0.1:1115)"_qs));
+    EXPECT_TRUE(text.contains(u"Signed in as Radiology"_qs));
+    EXPECT_FALSE(text.contains(u"Setup"_qs));
+}
+
+TEST(StatusReport, SaysWhatToDoWhileSetupIsNotFinishedAndWhyTheListenerStands)
+{
+    StatusReport report;
+    report.listener.error = u"No port."_qs;
+
+    const QString text = statusText(toJson(report));
+
+    EXPECT_TRUE(text.contains(u"Stopped: No port."_qs));
+    EXPECT_TRUE(text.contains(u"quorin-gateway setup"_qs));
+}
+
+} // namespace
+} // namespace gateway::app

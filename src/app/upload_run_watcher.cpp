@@ -1,0 +1,30 @@
+#include "app/upload_run_watcher.h"
+
+#include <utility>
+
+namespace gateway::app {
+
+void UploadRunWatcher::log(log::GatewayLogEvent event)
+{
+    const bool starts = event.action == log::GatewayLogAction::uploadRunStarted;
+    const bool ends = event.action == log::GatewayLogAction::uploadRunFinished;
+    if (starts || ends) {
+        const platform::MutexLock lock(m_mutex);
+        m_figures.isRunning = starts;
+        m_figures.mode = event.details.value_or(QMap<QString, QString>())
+                             .value(QStringLiteral("execution_mode"), m_figures.mode);
+        if (ends) {
+            m_figures.last = event.details;
+            m_figures.lastFinishedAt = event.timestamp;
+        }
+    }
+    m_log.log(std::move(event));
+}
+
+UploadRunFigures UploadRunWatcher::figures() const
+{
+    const platform::MutexLock lock(m_mutex);
+    return m_figures;
+}
+
+} // namespace gateway::app

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "log/gateway_logging.h"
+#include "platform/concurrency/mutex.h"
+
+#include <QtCore/QDateTime>
+#include <QtCore/QMap>
+#include <QtCore/QString>
+
+#include <optional>
+
+namespace gateway::app {
+
+/// What is known of the upload runs.
+struct UploadRunFigures
+{
+    bool isRunning = false;
+    QString mode;             ///< execution mode of the current or last run; empty before the first
+    QDateTime lastFinishedAt; ///< UTC; invalid before the first run has ended
+    std::optional<QMap<QString, QString>> last; ///< summary of the last run that ended, by its log keys
+};
+
+/// Passes every event on to the log, and remembers what the events tell about upload runs.
+///
+/// Owner: Gateway. Thread: any.
+class UploadRunWatcher final : public log::GatewayLogging
+{
+public:
+    /// \param log  outlives the watcher.
+    explicit UploadRunWatcher(log::GatewayLogging &log) : m_log(log) {}
+
+    void log(log::GatewayLogEvent event) override;
+
+    UploadRunFigures figures() const;
+
+private:
+    log::GatewayLogging &m_log;
+    mutable platform::Mutex m_mutex;
+    UploadRunFigures m_figures QUORIN_GUARDED_BY(m_mutex);
+};
+
+} // namespace gateway::app
