@@ -1,0 +1,374 @@
+#include "tests/support/gateway_process.h"
+
+#include <QtCore/QDir>
+#include <QtCore/QFile>
+
+#include <csignal>
+
+#include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+namespace gateway::testing {
+namespace {
+
+/// A port of the loopback that somebody listens on for as long as this lives.
+class OccupiedPort
+{
+public:
+    OccupiedPort() : m_socket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))
+    {
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        socklen_t size = sizeof(address);
+        auto *plain = reinterpret_cast<sockaddr *>(&address);
+        EXPECT_EQ(::bind(m_socket, plain, size), 0);
+        EXPECT_EQ(::listen(m_socket, 1), 0);
+        EXPECT_EQ(::getsockname(m_socket, plain, &size), 0);
+        m_port = ntohs(address.sin_port);
+    }
+
+    ~OccupiedPort() { ::close(m_socket); }
+
+    OccupiedPort(const OccupiedPort &) = delete;
+    OccupiedPort &operator=(const OccupiedPort &) = delete;
+
+    QString text() const { return QString::number(m_port); }
+
+private:
+    int m_socket;
+    int m_port = 0;
+};
+
+class Program : public ::testing::Test
+{
+protected:
+    /// Setup on a free port; taken again should somebody else be quicker.
+    ProgramResult setUp()
+    {
+        ProgramResult result;
+        for (int attempt = 0; attempt < 5 && result.exitCode != 0; ++attempt) {
+            result = m_home.run({u"setup"_qs,
+                                 u"--ae-title"_qs,
+                                 u"GATE"_qs,
+                                 u"--port"_qs,
+                                 QString::number(GatewayHome::freePort()),
+                                 u"--no-bonjour"_qs});
+        }
+        return result;
+    }
+
+    static void expectOneSentence(const QString &text)
+    {
+        EXPECT_EQ(text.trimmed().count(u'\n'), 0) << text.toStdString();
+        EXPECT_TRUE(text.trimmed().endsWith(u'.')) << text.toStdString();
+    }
+
+    QByteArray contentOf(const QString &name) const
+    {
+        QFile file(m_home.path(name));
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+        return file.readAll();
+    }
+
+    void writeFile(const QString &name, const QByteArray &content) const
+    {
+        ASSERT_TRUE(QDir().mkpath(QFileInfo(m_home.path(name)).absolutePath()));
+        QFile file(m_home.path(name));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        ASSERT_EQ(file.write(content), content.size());
+    }
+
+    GatewayHome m_home;
+};
+
+TEST_F(Program, PrintsItsVersion)
+{
+    const ProgramResult result = m_home.run({u"--version"_qs});
+
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.out, u"quorin-gateway " QUORIN_VERSION "\n"_qs);
+}
+
+TEST_F(Program, TakesNothingToDoForBadUsage)
+{
+    const ProgramResult result = m_home.run({});
+
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_TRUE(result.out.isEmpty());
+    EXPECT_TRUE(result.error.contains(u"--headless"_qs));
+}
+
+TEST_F(Program, SaysThatNoInstanceRuns)
+{
+    for (const QStringList &command :
+         {QStringList{u"status"_qs}, QStringList{u"upload"_qs}, QStringList{u"sign-out"_qs}}) {
+        const ProgramResult result = m_home.run(command);
+        EXPECT_EQ(result.exitCode, 3) << command.front().toStdString();
+        EXPECT_TRUE(result.error.startsWith(u"No gateway runs"_qs));
+    }
+    EXPECT_EQ(m_home.run({u"sign-in"_qs, u"--email"_qs, u"a@b.example"_qs}, "secret\n").exitCode, 3);
+}
+
+TEST_F(Program, KeepsSettingsWithoutAnInstance)
+{
+    EXPECT_EQ(m_home.run({u"settings"_qs, u"set"_qs, u"wadoLimit"_qs, u"6"_qs}).exitCode, 0);
+
+    EXPECT_EQ(m_home.run({u"settings"_qs, u"get"_qs, u"wadoLimit"_qs}).out, u"6\n"_qs);
+    EXPECT_TRUE(m_home.run({u"settings"_qs, u"list"_qs}).out.contains(u"wadoLimit = 6\n"_qs));
+}
+
+TEST_F(Program, RefusesASettingThatNoScreenWouldTake)
+{
+    const ProgramResult refused =
+        m_home.run({u"settings"_qs, u"set"_qs, u"ListenerSettings.port"_qs, u"70000"_qs});
+    EXPECT_EQ(refused.exitCode, 1);
+    EXPECT_EQ(refused.error, u"Port must be a number between 1 and 65535.\n"_qs);
+
+    EXPECT_EQ(m_home.run({u"settings"_qs, u"get"_qs, u"nonsense"_qs}).exitCode, 2);
+}
+
+TEST_F(Program, SetsUpWithoutAnInstance)
+{
+    const ProgramResult result = setUp();
+
+    EXPECT_EQ(result.exitCode, 0) << result.error.toStdString();
+    EXPECT_EQ(m_home.run({u"settings"_qs, u"get"_qs, u"GatewaySetupVersion"_qs}).out, u"1\n"_qs);
+    EXPECT_EQ(m_home.run({u"settings"_qs, u"get"_qs, u"ListenerSettings.aeTitle"_qs}).out, u"GATE\n"_qs);
+}
+
+TEST_F(Program, RefusesASetupOnAPortInUse)
+{
+    const OccupiedPort occupied;
+
+    const ProgramResult result =
+        m_home.run({u"setup"_qs, u"--ae-title"_qs, u"GATE"_qs, u"--port"_qs, occupied.text()});
+
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.error, u"Port %1 is already in use by another process.\n"_qs.arg(occupied.text()));
+    EXPECT_EQ(m_home.run({u"settings"_qs, u"get"_qs, u"GatewaySetupCompleted"_qs}).out, u"false\n"_qs);
+}
+
+TEST_F(Program, RefusesARetentionOfNoKnownForm)
+{
+    EXPECT_EQ(m_home
+                  .run({u"setup"_qs,
+                        u"--ae-title"_qs,
+                        u"G"_qs,
+                        u"--port"_qs,
+                        u"11112"_qs,
+                        u"--auto-delete"_qs,
+                        u"sometime"_qs})
+                  .exitCode,
+              2);
+}
+
+TEST_F(Program, SaysWhatToDoBeforeSetupAndNeitherReceivesNorSends)
+{
+    RunningGateway gateway(m_home);
+
+    const QJsonObject status = m_home.status();
+    EXPECT_EQ(status[u"setup"][u"required"].toBool(), true);
+    EXPECT_EQ(status[u"listener"][u"state"].toString(), u"stopped"_qs);
+    const ProgramResult upload = m_home.run({u"upload"_qs});
+    EXPECT_EQ(upload.exitCode, 1);
+    expectOneSentence(upload.error);
+    const ProgramResult ended = gateway.end(SIGTERM);
+    EXPECT_TRUE(ended.error.contains(u"quorin-gateway setup"_qs)) << ended.error.toStdString();
+}
+
+TEST_F(Program, SetsUpTheRunningInstanceAndListens)
+{
+    const RunningGateway gateway(m_home);
+
+    const ProgramResult result = setUp();
+
+    EXPECT_EQ(result.exitCode, 0) << result.error.toStdString();
+    const QJsonObject status = m_home.status();
+    EXPECT_EQ(status[u"setup"][u"required"].toBool(true), false);
+    EXPECT_EQ(status[u"listener"][u"state"].toString(), u"listening"_qs);
+    EXPECT_EQ(status[u"listener"][u"aeTitle"].toString(), u"GATE"_qs);
+    EXPECT_TRUE(status[u"listener"][u"address"].toString().startsWith(u"127.0.0.1:"_qs));
+}
+
+TEST_F(Program, ListensAtItsNextStart)
+{
+    ASSERT_EQ(setUp().exitCode, 0);
+
+    const RunningGateway gateway(m_home);
+
+    EXPECT_EQ(m_home.status()[u"listener"][u"state"].toString(), u"listening"_qs);
+}
+
+TEST_F(Program, StaysUpWhenItsPortIsTakenAndSaysSo)
+{
+    const OccupiedPort occupied;
+    ASSERT_EQ(setUp().exitCode, 0);
+    ASSERT_EQ(m_home.run({u"settings"_qs, u"set"_qs, u"ListenerSettings.port"_qs, occupied.text()}).exitCode,
+              0);
+
+    RunningGateway gateway(m_home);
+    while (m_home.status()[u"listener"][u"error"].isNull()) {
+    }
+
+    EXPECT_EQ(m_home.status()[u"listener"][u"state"].toString(), u"stopped"_qs);
+    const ProgramResult ended = gateway.end(SIGTERM);
+    EXPECT_EQ(ended.exitCode, 0);
+    EXPECT_TRUE(ended.error.contains(u"DIMSE Listener Error: Failed to start DIMSE listener on port "_qs));
+}
+
+TEST_F(Program, HandsASecondStartToTheFirst)
+{
+    const RunningGateway gateway(m_home);
+
+    const ProgramResult second = m_home.run({u"--headless"_qs});
+
+    EXPECT_EQ(second.exitCode, 0);
+    EXPECT_TRUE(second.out.contains(QString::number(gateway.processId())));
+    EXPECT_FALSE(m_home.status().isEmpty());
+}
+
+TEST_F(Program, QuitsOnBothSignals)
+{
+    for (const int signal : {SIGTERM, SIGINT}) {
+        RunningGateway gateway(m_home);
+
+        EXPECT_EQ(gateway.end(signal).exitCode, 0);
+        EXPECT_EQ(m_home.run({u"status"_qs}).exitCode, 3);
+    }
+}
+
+TEST_F(Program, ComesUpAgainAfterItWasKilled)
+{
+    ASSERT_EQ(setUp().exitCode, 0);
+    {
+        RunningGateway gateway(m_home);
+        gateway.end(SIGKILL);
+    }
+
+    const RunningGateway gateway(m_home);
+
+    EXPECT_EQ(m_home.status()[u"listener"][u"aeTitle"].toString(), u"GATE"_qs);
+}
+
+TEST_F(Program, KeepsWhatItCannotReadOfItsInbox)
+{
+    ASSERT_EQ(setUp().exitCode, 0);
+    const QString name = u"quorin-%1-1.dcm"_qs.arg(QString(32, u'a'));
+    writeFile(u"Documents/Import/"_qs + name, "acknowledged, and no image");
+    writeFile(u"Documents/Import/holiday.jpg"_qs, "somebody's own");
+
+    const RunningGateway gateway(m_home);
+    const QDir aside(m_home.path(u"Documents/Import/.rejected"_qs));
+    while (aside.entryList(QDir::Files).isEmpty()) {
+        ASSERT_FALSE(m_home.status().isEmpty());
+    }
+
+    EXPECT_EQ(contentOf(u"Documents/Import/.rejected/"_qs + aside.entryList(QDir::Files).front()),
+              "acknowledged, and no image");
+    EXPECT_EQ(contentOf(u"Documents/Import/holiday.jpg"_qs), "somebody's own");
+}
+
+TEST_F(Program, RefusesCorruptDefaultsAndLeavesThemAlone)
+{
+    const QByteArray garbage(5000, 'x');
+    writeFile(u"defaults.sqlite"_qs, garbage);
+
+    const ProgramResult start = m_home.run({u"--headless"_qs});
+
+    EXPECT_EQ(start.exitCode, 1);
+    expectOneSentence(start.error);
+    EXPECT_EQ(m_home.run({u"settings"_qs, u"list"_qs}).exitCode, 1);
+    EXPECT_EQ(contentOf(u"defaults.sqlite"_qs), garbage);
+}
+
+TEST_F(Program, RefusesACorruptIndexAndLeavesItAlone)
+{
+    const QByteArray garbage(5000, 'x');
+    writeFile(u"index/QuorinGateway.sqlite"_qs, garbage);
+
+    const ProgramResult start = m_home.run({u"--headless"_qs});
+
+    EXPECT_EQ(start.exitCode, 1);
+    expectOneSentence(start.error);
+    EXPECT_EQ(contentOf(u"index/QuorinGateway.sqlite"_qs), garbage);
+}
+
+TEST_F(Program, RefusesAHomeThatCannotBeWritten)
+{
+    writeFile(u"occupied"_qs, "a file");
+
+    const ProgramResult start = m_home.run({u"--home"_qs, m_home.path(u"occupied"_qs), u"--headless"_qs});
+
+    EXPECT_EQ(start.exitCode, 1);
+    expectOneSentence(start.error);
+    EXPECT_EQ(contentOf(u"occupied"_qs), "a file");
+}
+
+TEST_F(Program, SignsInAndOut)
+{
+    const RunningCloud cloud(m_home);
+    m_home.environment().insert(u"QUORIN_CLOUD_URL"_qs, cloud.address());
+    const RunningGateway gateway(m_home);
+    const QStringList signIn{u"sign-in"_qs, u"--email"_qs, u"demo@quorin.example"_qs};
+
+    const ProgramResult refused = m_home.run(signIn, "wrong\n");
+    EXPECT_EQ(refused.exitCode, 1);
+    expectOneSentence(refused.error);
+    EXPECT_FALSE(m_home.status()[u"session"][u"signedIn"].toBool());
+
+    const ProgramResult accepted = m_home.run(signIn, "demo-password\n");
+    EXPECT_EQ(accepted.exitCode, 0) << accepted.error.toStdString();
+    EXPECT_TRUE(m_home.status()[u"session"][u"signedIn"].toBool());
+
+    EXPECT_EQ(m_home.run({u"sign-out"_qs}).exitCode, 0);
+    EXPECT_FALSE(m_home.status()[u"session"][u"signedIn"].toBool());
+}
+
+TEST_F(Program, SaysThatTheCloudIsAway)
+{
+    const RunningGateway gateway(m_home);
+
+    const ProgramResult result = m_home.run({u"sign-in"_qs, u"--email"_qs, u"a@b.example"_qs}, "secret\n");
+
+    EXPECT_EQ(result.exitCode, 1);
+    expectOneSentence(result.error);
+}
+
+TEST_F(Program, TellsItsServiceManagerHowItDoes)
+{
+    const QString path = m_home.path(u"notify"_qs);
+    const int manager = ::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    const QByteArray name = QFile::encodeName(path);
+    ASSERT_LT(name.size(), static_cast<qsizetype>(sizeof(address.sun_path)));
+    std::copy(name.begin(), name.end(), address.sun_path);
+    ASSERT_EQ(::bind(manager, reinterpret_cast<const sockaddr *>(&address), sizeof(address)), 0);
+    const auto heard = [manager] {
+        char text[256];
+        const ssize_t count = ::recv(manager, text, sizeof(text), 0);
+        return QByteArray(text, std::max<ssize_t>(count, 0));
+    };
+    m_home.environment().insert(u"NOTIFY_SOCKET"_qs, path);
+    m_home.environment().insert(u"WATCHDOG_USEC"_qs, u"200000"_qs);
+
+    RunningGateway gateway(m_home);
+
+    QByteArray word = heard();
+    EXPECT_EQ(word, "READY=1");
+    EXPECT_EQ(heard(), "WATCHDOG=1");
+    EXPECT_EQ(heard(), "WATCHDOG=1");
+    gateway.end(SIGTERM);
+    do {
+        word = heard();
+    } while (word == "WATCHDOG=1");
+    EXPECT_EQ(word, "STOPPING=1");
+    ::close(manager);
+}
+
+} // namespace
+} // namespace gateway::testing

@@ -1,0 +1,88 @@
+#pragma once
+
+#include <QtCore/QByteArray>
+#include <QtCore/QJsonObject>
+#include <QtCore/QProcess>
+#include <QtCore/QProcessEnvironment>
+#include <QtCore/QString>
+#include <QtCore/QStringList>
+#include <QtCore/QTemporaryDir>
+
+namespace gateway::testing {
+
+/// How a program ended.
+struct ProgramResult
+{
+    int exitCode = -1; ///< -1 when it crashed or didn't end
+    QString out;
+    QString error;
+};
+
+/// A throw-away home, and the program's commands in it. Thread: main.
+class GatewayHome
+{
+public:
+    QString path(const QString &name = {}) const { return m_folder.filePath(name); }
+
+    /// The environment of every program started here: nothing of the user's own.
+    QProcessEnvironment &environment() { return m_environment; }
+
+    /// Runs one command to its end.
+    ProgramResult run(const QStringList &arguments, const QByteArray &input = {}) const;
+
+    /// `status --json` of the running instance; empty where none answers.
+    QJsonObject status() const;
+
+    /// A TCP port of the loopback that nobody uses at this moment.
+    static int freePort();
+
+    GatewayHome();
+
+private:
+    QTemporaryDir m_folder;
+    QProcessEnvironment m_environment;
+};
+
+/// A gateway that runs without a display in a throw-away home, on loopback; ended with its owner.
+class RunningGateway
+{
+public:
+    /// Starts it and waits until it answers.
+    explicit RunningGateway(GatewayHome &home, const QStringList &options = {});
+    ~RunningGateway();
+
+    RunningGateway(const RunningGateway &) = delete;
+    RunningGateway &operator=(const RunningGateway &) = delete;
+
+    qint64 processId() const { return m_process.processId(); }
+
+    /// What it has written to standard error so far.
+    QString errorText();
+
+    /// Sends a signal and waits for the end.
+    ProgramResult end(int signal);
+
+private:
+    GatewayHome &m_home;
+    QProcess m_process;
+    QByteArray m_error;
+};
+
+/// A local cloud with one account, demo@quorin.example and "demo-password"; ended with its owner.
+class RunningCloud
+{
+public:
+    explicit RunningCloud(const GatewayHome &home);
+    ~RunningCloud();
+
+    RunningCloud(const RunningCloud &) = delete;
+    RunningCloud &operator=(const RunningCloud &) = delete;
+
+    const QString &address() const { return m_address; }
+
+private:
+    QProcess m_process;
+    QString m_address;
+};
+
+} // namespace gateway::testing
