@@ -45,7 +45,6 @@ public:
     void write(SystemLogLevel level, QString, QString, QString message) override
     {
         m_notes.append({level, message});
-        fprintf(stderr, "NOTE %s\n", qPrintable(message));
         m_loop.quit();
     }
 
