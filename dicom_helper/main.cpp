@@ -45,6 +45,7 @@ int main(int argc, char **argv)
             return 2;
         }
         std::signal(SIGPIPE, SIG_IGN);
+        std::signal(SIGXFSZ, SIG_IGN); // a file over its limit is a failed write, not the end
         try {
             return role.run(Channel(gateway::platform::dicom_protocol::kChannelDescriptor));
         } catch (const std::exception &error) {

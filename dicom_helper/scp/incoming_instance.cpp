@@ -93,6 +93,7 @@ int IncomingInstance::settle()
 {
     const std::int64_t size = m_disk.size(*m_file);
     int result = size == m_written ? 0 : -EIO;
+    result = size < 0 ? static_cast<int>(size) : result;
     if (result == 0) {
         result = m_disk.sync(*m_file);
     }

@@ -26,17 +26,15 @@ using platform::dicom_protocol::Channel;
 using platform::dicom_protocol::Record;
 using SteadyClock = std::chrono::steady_clock;
 
-// A peer has so long for its association request (the upper layer's ARTIM timer, PS3.8 9.1.4).
-constexpr std::chrono::seconds kRequestDeadline(10);
-
 // The grace that an association gives itself after a stop, and some for the disk.
 constexpr std::chrono::seconds kChildrenDeadline(8);
 
 // When the system has no descriptor left, asking again at once would only spin.
 constexpr std::chrono::milliseconds kAcceptPause(200);
 
-/// How many associations at once: a quarter of the descriptors, and never so many that memory suffers.
-std::size_t associationLimit()
+/// How many associations at once, and how many connections that aren't one yet: a quarter of the descriptors
+/// that the system gives us now, and never so many that memory suffers.
+std::size_t mostAtOnce()
 {
     constexpr std::size_t kMost = 256;
     rlimit descriptors{};
@@ -70,7 +68,7 @@ Descriptor signalDescriptor()
     sigaddset(&signals, SIGCHLD);
     sigaddset(&signals, SIGTERM);
     sigaddset(&signals, SIGINT);
-    ::sigprocmask(SIG_BLOCK, &signals, nullptr);
+    ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
     return Descriptor(::signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK));
 }
 
@@ -78,8 +76,7 @@ Descriptor signalDescriptor()
 
 Listener::Listener(ListenerSettings settings, Inbox &inbox, Channel &channel)
     : m_settings(std::move(settings)), m_inbox(inbox), m_channel(channel),
-      m_listening(listenOn(m_settings.address, m_settings.port)), m_signals(signalDescriptor()),
-      m_limit(associationLimit())
+      m_listening(listenOn(m_settings.address, m_settings.port)), m_signals(signalDescriptor())
 {
 }
 
@@ -181,11 +178,11 @@ void Listener::acceptPeers()
             }
             return;
         }
-        if (m_pending.size() >= m_limit) {
+        if (m_pending.size() >= mostAtOnce()) {
             m_pending.pop_front(); // it has had the most time of all
         }
         m_pending.emplace_back(
-            std::move(socket), describePeer(address), SteadyClock::now() + kRequestDeadline);
+            std::move(socket), describePeer(address), SteadyClock::now() + m_settings.requestDeadline);
     }
 }
 
@@ -220,7 +217,7 @@ void Listener::readPeers()
 
 void Listener::startAssociation(PendingPeer peer)
 {
-    if (m_children.size() >= m_limit) {
+    if (m_children.size() >= mostAtOnce()) {
         peer.answer(encodeReject(kLocalLimitExceeded));
         return;
     }

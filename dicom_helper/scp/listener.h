@@ -24,6 +24,9 @@ struct ListenerSettings
     std::int64_t port = 0;
     std::chrono::seconds timeout{0}; // of an idle association; 0 or less for none
     std::int64_t reserve = 0;        // bytes of free space that are left alone
+
+    // A peer has so long for its association request (the upper layer's ARTIM timer, PS3.8 9.1.4).
+    std::chrono::milliseconds requestDeadline{10'000};
 };
 
 /// Takes connections, reads their association requests side by side, and gives each association a
@@ -72,7 +75,6 @@ private:
     Descriptor m_signals;
     std::list<PendingPeer> m_pending; // the oldest first
     std::map<pid_t, Child> m_children;
-    std::size_t m_limit; // of associations, and of connections that aren't yet
     std::int64_t m_associations = 0;
     std::chrono::steady_clock::time_point m_acceptAgain;
     bool m_stopping = false;

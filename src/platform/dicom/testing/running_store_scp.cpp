@@ -65,7 +65,9 @@ StoreSCPCallbacks RunningStoreSCP::callbacks()
     StoreSCPCallbacks all;
     all.started = [this](QString, QString id) { note(QStringLiteral("started ") + id); };
     all.complete = [this](QString id) { note(QStringLiteral("complete ") + id); };
-    all.failed = [this](QString id, QString why) { note(QStringLiteral("failed ") + id + QStringLiteral(": ") + why); };
+    all.failed = [this](QString id, QString why) {
+        note(QStringLiteral("failed ") + id + QStringLiteral(": ") + why);
+    };
     all.progress = [this](double, QString, QString path, QString) {
         note(QStringLiteral("progress ") + path);
     };

@@ -1,0 +1,112 @@
+#include "dicom_helper/scp/listener.h"
+
+#include "platform/dicom/testing/scripted_modality.h"
+
+#include <QtCore/QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <sys/resource.h>
+
+#include <thread>
+
+using namespace gateway::dicom_helper::scp;
+using namespace gateway::platform::testing;
+using gateway::platform::dicom_protocol::Channel;
+using gateway::platform::dicom_protocol::Record;
+
+namespace {
+
+/// A listener on a thread of this process; for peers that never get as far as an association.
+class ListenerOnThread
+{
+public:
+    explicit ListenerOnThread(std::chrono::milliseconds requestDeadline)
+        : m_ends(Channel::makePair()), m_inbox(m_folder.path().toStdString()),
+          m_listener({"127.0.0.1", 0, std::chrono::seconds(30), 0, requestDeadline}, m_inbox, m_ends.second),
+          m_thread([this] { EXPECT_EQ(m_listener.run(), 0); })
+    {
+    }
+
+    ~ListenerOnThread()
+    {
+        m_ends.first.close();
+        m_thread.join();
+    }
+
+    int port() const { return m_listener.port(); }
+
+private:
+    QTemporaryDir m_folder;
+    std::pair<Channel, Channel> m_ends;
+    Inbox m_inbox;
+    Listener m_listener;
+    std::thread m_thread;
+};
+
+} // namespace
+
+TEST(Listener, APeerThatDripFeedsItsRequestIsDroppedAtItsDeadline)
+{
+    ListenerOnThread listener(std::chrono::milliseconds(50));
+    ScriptedModality modality(listener.port());
+
+    modality.send(associateRequest({{1, kCtStorage, {kImplicitLittleEndian}}}).substr(0, 20));
+
+    EXPECT_FALSE(modality.receive());
+}
+
+TEST(Listener, APeerThatSendsNothingIsDroppedAtItsDeadline)
+{
+    ListenerOnThread listener(std::chrono::milliseconds(50));
+    ScriptedModality modality(listener.port());
+
+    EXPECT_FALSE(modality.receive());
+}
+
+TEST(Listener, WhatIsNoRequestIsAborted)
+{
+    ListenerOnThread listener(std::chrono::minutes(1));
+    const std::string huge("\1\0\x7F\xFF\xFF\xFF", 6);
+    for (const std::string &bytes :
+         {std::string("GET / HTTP/1.1\r\n\r\n"), pdu(4, "data"), huge, pdu(1, "short")}) {
+        ScriptedModality modality(listener.port());
+
+        modality.send(bytes);
+        const auto answer = modality.receive();
+
+        ASSERT_TRUE(answer);
+        EXPECT_EQ(answer->type, 7);
+    }
+}
+
+TEST(Listener, AnotherProtocolVersionIsRejected)
+{
+    ListenerOnThread listener(std::chrono::minutes(1));
+    ScriptedModality modality(listener.port());
+    std::string request = associateRequest({{1, kCtStorage, {kImplicitLittleEndian}}});
+    request[7] = 2;
+
+    modality.send(request);
+    const auto answer = modality.receive();
+
+    ASSERT_TRUE(answer);
+    EXPECT_EQ(answer->type, 3);
+    EXPECT_EQ(answer->body, std::string("\0\1\2\2", 4));
+}
+
+TEST(Listener, AFloodOfConnectionsDropsTheOldestAndServesTheNewest)
+{
+    ListenerOnThread listener(std::chrono::minutes(1));
+    rlimit descriptors{};
+    ::getrlimit(RLIMIT_NOFILE, &descriptors);
+    const std::size_t more = std::min<std::size_t>(descriptors.rlim_cur / 4, 256) + 1;
+    std::list<ScriptedModality> flood;
+    for (std::size_t i = 0; i < more; ++i) {
+        flood.emplace_back(listener.port());
+    }
+
+    EXPECT_FALSE(flood.front().receive());
+    flood.back().send("not DICOM");
+    EXPECT_TRUE(flood.back().receive());
+}
