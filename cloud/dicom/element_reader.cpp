@@ -181,7 +181,7 @@ private:
     bool stepInItem()
     {
         const Header header = readHeader(m_cursor, encoding());
-        if (m_frames.empty() && header.tag >= m_stopTag) {
+        if (m_frames.empty() && header.tag >= m_stopTag && header.tag >> 16U != 0xFFFE) {
             return false;
         }
         if (header.tag == kItemEnd && !m_frames.empty() && !m_frames.back().end) {

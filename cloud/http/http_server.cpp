@@ -25,6 +25,7 @@ constexpr std::chrono::seconds kTransferLimit(30);
 constexpr std::size_t kRequestsPerConnection = 1'000'000;
 // The library listens with a backlog of 5, too short for a burst of senders.
 constexpr int kBacklog = 256;
+constexpr std::uint64_t kLargeRest = 256 * 1024;
 
 } // namespace
 
@@ -132,6 +133,10 @@ private:
             const HttpProblem problem(
                 500, ProblemKind::serviceFault, QStringLiteral("The service has a fault."));
             exchange.answer(problem.status(), "application/problem+json", problem.toJson());
+        }
+        // Reading a small rest is cheaper than a new connection.
+        if (exchange.bodyLeft() && exchange.contentLength().value_or(kLargeRest) < kLargeRest) {
+            exchange.readBody([](std::string_view) { return true; });
         }
         s_bodyLeft = exchange.bodyLeft();
         if (s_bodyLeft) {

@@ -60,7 +60,9 @@ public:
         if (m_attachment) {
             // The sender's name is only written down; on the disk attachments are numbered.
             const qsizetype number = m_attachments.size() + 1;
-            m_attachment->moveTo(m_folder + QStringLiteral("/attachment-%1").arg(number), true);
+            const QString path = m_folder + QStringLiteral("/attachment-%1").arg(number);
+            m_attachment->moveTo(path);
+            syncFile(path);
             m_attachments.append(
                 QJsonObject{{QStringLiteral("fileName"), m_fileName},
                             {QStringLiteral("bytes"), static_cast<qint64>(m_attachment->size())}});
@@ -80,7 +82,9 @@ public:
         const QByteArray json = QJsonDocument(report).toJson();
         PartFile file(m_folder);
         file.write({json.constData(), static_cast<std::size_t>(json.size())});
-        file.moveTo(m_folder + QStringLiteral("/report.json"), true);
+        const QString path = m_folder + QStringLiteral("/report.json");
+        file.moveTo(path);
+        syncFile(path);
         syncFolder(m_folder);
     }
 

@@ -26,7 +26,7 @@ CloudService::CloudService(const Options &options,
                            const platform::Clock &clock,
                            std::function<ConnectionCounts()> connections)
     : m_store(options.dataFolder, options.durable),
-      m_accounts(options.dataFolder + QStringLiteral("/accounts.sqlite"), clock),
+      m_accounts(options.dataFolder + QStringLiteral("/accounts.sqlite"), options.durable, clock),
       m_settings(options.dataFolder + QStringLiteral("/settings.json")),
       m_accountRoutes(
           m_accounts, m_settings, m_store.index(), options.dataFolder + QStringLiteral("/bug-reports")),

@@ -48,11 +48,14 @@ QByteArray credentialsKey(const QString &email, const QString &password)
 
 } // namespace
 
-Accounts::Accounts(const QString &path, const platform::Clock &clock)
+Accounts::Accounts(const QString &path, bool durable, const platform::Clock &clock)
     : m_clock(clock), m_database(Database::open(path, Database::Access::readWrite))
 {
     const MutexLock lock(m_mutex);
     m_database.useDurableWriteAheadLog();
+    if (!durable) {
+        m_database.exec("PRAGMA synchronous = OFF;");
+    }
     m_database.exec(kTables);
 }
 

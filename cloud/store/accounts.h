@@ -35,8 +35,9 @@ struct Session
 class Accounts
 {
 public:
-    /// \param path  of the SQLite file; made where it is missing.
-    Accounts(const QString &path, const platform::Clock &clock);
+    /// \param path     of the SQLite file; made where it is missing.
+    /// \param durable  false gives up on surviving a power cut.
+    Accounts(const QString &path, bool durable, const platform::Clock &clock);
 
     /// Adds the user, or gives a known one this password.
     void putUser(const QString &email, const QString &password) QUORIN_EXCLUDES(m_mutex);

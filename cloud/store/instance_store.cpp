@@ -1,6 +1,8 @@
 #include "cloud/store/instance_store.h"
 
+#include "cloud/dicom/attributes.h"
 #include "cloud/store/mapped_file.h"
+#include "cloud/store/secrets.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QDirIterator>
@@ -14,8 +16,9 @@ namespace gateway::cloud {
 
 namespace {
 
-// Keeps any one folder small with a million files.
-constexpr int kBuckets = 256;
+// Sixteen folders: few to make, and file systems with indexed folders find a file among many as fast.
+constexpr int kBucketDigits = 1;
+constexpr int kBuckets = 16;
 
 QString incoming(const QString &folder)
 {
@@ -33,7 +36,7 @@ QString madeFolder(const QString &path)
 
 QString bucketOf(const QString &file)
 {
-    return file.left(2);
+    return file.left(kBucketDigits);
 }
 
 } // namespace
@@ -50,10 +53,12 @@ void InstanceStore::makeFolders() const
 {
     madeFolder(incoming(m_folder));
     for (int bucket = 0; bucket < kBuckets; ++bucket) {
-        madeFolder(pathOf(QStringLiteral("%1").arg(bucket, 2, 16, QLatin1Char('0'))));
+        madeFolder(pathOf(QStringLiteral("%1").arg(bucket, kBucketDigits, 16, QLatin1Char('0'))));
     }
-    syncFolder(pathOf(QString()));
-    syncFolder(m_folder);
+    if (m_durable) {
+        syncFolder(pathOf(QString()));
+        syncFolder(m_folder);
+    }
 }
 
 void InstanceStore::sweep() const
@@ -85,25 +90,33 @@ NewInstance InstanceStore::place(PartFile &part) const
         const MappedFile mapped(part.descriptor());
         instance.summary = summarize(mapped.bytes());
     }
-    const QString name = QUuid::createUuid().toString(QUuid::Id128);
-    instance.file = bucketOf(name) + u'/' + name + QStringLiteral(".dcm");
+    // By study, so that an upload has few folders to sync.
+    const QByteArray bucket = sha256(instance.summary.value(kStudyInstanceUid).toUtf8()).left(kBucketDigits);
+    instance.file = QString::fromLatin1(bucket) + u'/' + QUuid::createUuid().toString(QUuid::Id128) +
+                    QStringLiteral(".dcm");
     instance.bytes = static_cast<std::int64_t>(part.size());
-    part.moveTo(pathOf(instance.file), m_durable);
+    part.moveTo(pathOf(instance.file));
     return instance;
+}
+
+void InstanceStore::syncAll(const std::vector<NewInstance> &instances) const
+{
+    std::set<QString> buckets;
+    for (const NewInstance &instance : instances) {
+        syncFile(pathOf(instance.file));
+        buckets.insert(bucketOf(instance.file));
+    }
+    for (const QString &bucket : buckets) {
+        syncFolder(pathOf(bucket));
+    }
 }
 
 void InstanceStore::commit(const std::vector<NewInstance> &instances)
 {
     std::vector<QString> unused;
     try {
-        std::set<QString> buckets;
-        for (const NewInstance &instance : instances) {
-            buckets.insert(bucketOf(instance.file));
-        }
-        for (const QString &bucket : buckets) {
-            if (m_durable) {
-                syncFolder(pathOf(bucket));
-            }
+        if (m_durable) {
+            syncAll(instances);
         }
         unused = m_index.record(instances);
     } catch (...) {

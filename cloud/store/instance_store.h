@@ -48,6 +48,7 @@ public:
 private:
     void makeFolders() const;
     void sweep() const;
+    void syncAll(const std::vector<NewInstance> &instances) const;
 
     const QString m_folder;
     const bool m_durable;

@@ -25,9 +25,9 @@ public:
 
     int descriptor() const { return m_descriptor; }
 
-    /// Syncs the content and moves the file to `path`, on the same volume. The move itself is durable once
-    /// the folder of `path` is synced.
-    void moveTo(const QString &path, bool sync);
+    /// Moves the file to `path`, on the same volume, and has the system begin to write it out. It is durable
+    /// once syncFile() of it and syncFolder() of its folder are done.
+    void moveTo(const QString &path);
 
 private:
     QString m_path;
@@ -35,6 +35,9 @@ private:
     std::uint64_t m_size = 0;
     bool m_moved = false;
 };
+
+/// Makes a file's content durable. Thread: any. \throws std::system_error
+void syncFile(const QString &path);
 
 /// Makes the names in a folder durable. Thread: any. \throws std::system_error
 void syncFolder(const QString &folder);
