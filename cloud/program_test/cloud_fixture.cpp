@@ -73,7 +73,7 @@ QStringList CloudTest::uidsIn(const HttpAnswer &answer, const char *sequence)
 {
     QStringList uids;
     const QJsonArray items = itemsOf(answer, sequence);
-    for (const QJsonValue &item : items) {
+    for (const auto &item : items) {
         uids.append(valueOf(item, "00081155"));
     }
     return uids;

@@ -58,6 +58,7 @@ TEST_F(Crash, UnderManySendersLosesNothingThatWasAnswered)
     std::latch enough(kSenders);
     std::vector<QStringList> answered(kSenders);
     std::vector<std::thread> senders;
+    senders.reserve(kSenders);
     const QString url = m_cloud.url();
     for (int sender = 0; sender < kSenders; ++sender) {
         senders.emplace_back([&, sender] {
@@ -84,7 +85,7 @@ TEST_F(Crash, UnderManySendersLosesNothingThatWasAnswered)
 
     QStringList stored;
     const QJsonArray list = control(QStringLiteral("instances")).array();
-    for (const QJsonValue &instance : list) {
+    for (const auto &instance : list) {
         stored.append(instance.toObject().value(QStringLiteral("sopInstanceUID")).toString());
     }
     for (const QStringList &uids : answered) {

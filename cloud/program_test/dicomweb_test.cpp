@@ -294,7 +294,7 @@ TEST_F(DicomwebService, PagesThroughStudiesUntilAShortPage)
     QJsonArray page;
     do {
         page = session.get(kStudies + QStringLiteral("?limit=2&offset=%1").arg(found.size())).array();
-        for (const QJsonValue &study : std::as_const(page)) {
+        for (const auto &study : std::as_const(page)) {
             found.append(valueOf(study, "0020000D"));
         }
     } while (page.size() == 2);

@@ -97,7 +97,7 @@ void ControlRoutes::refuseInstances(Exchange &exchange)
         static_cast<int>(request.value(QStringLiteral("failureReason")).toInteger(kProcessingFailure));
     const QJsonValue count = request.value(QStringLiteral("count"));
     const QJsonArray uids = request.value(QStringLiteral("sopInstanceUIDs")).toArray();
-    for (const QJsonValue &uid : uids) {
+    for (const auto &uid : uids) {
         m_parts.faults.refuse(
             uid.toString(), reason, count.isDouble() ? std::optional(count.toInteger()) : std::nullopt);
     }

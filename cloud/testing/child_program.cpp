@@ -26,10 +26,12 @@ bool ChildProgram::start(const QStringList &command)
         return false;
     }
     std::vector<QByteArray> words;
+    words.reserve(static_cast<std::size_t>(command.size()));
     for (const QString &word : command) {
         words.push_back(QFile::encodeName(word));
     }
     std::vector<char *> arguments;
+    arguments.reserve(words.size() + 1);
     for (QByteArray &word : words) {
         arguments.push_back(word.data());
     }

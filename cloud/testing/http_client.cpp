@@ -22,19 +22,21 @@ namespace {
 
 std::size_t takeBody(char *data, std::size_t size, std::size_t count, void *answer)
 {
-    static_cast<HttpAnswer *>(answer)->body.append(data, static_cast<qsizetype>(size * count));
-    return size * count;
+    const std::size_t length = size * count;
+    static_cast<HttpAnswer *>(answer)->body.append(data, static_cast<qsizetype>(length));
+    return length;
 }
 
 std::size_t takeHeader(char *data, std::size_t size, std::size_t count, void *answer)
 {
-    const QByteArray line = QByteArray(data, static_cast<qsizetype>(size * count)).trimmed();
+    const std::size_t length = size * count;
+    const QByteArray line = QByteArray(data, static_cast<qsizetype>(length)).trimmed();
     const qsizetype colon = line.indexOf(':');
     if (colon > 0) {
         static_cast<HttpAnswer *>(answer)->headers.insert(line.left(colon).toLower(),
                                                           line.mid(colon + 1).trimmed());
     }
-    return size * count;
+    return length;
 }
 
 std::size_t giveBody(char *target, std::size_t size, std::size_t count, void *reader)
