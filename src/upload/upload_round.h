@@ -1,61 +1,81 @@
 #pragma once
 
 #include "platform/concurrency/mutex.h"
-#include "platform/concurrency/worker_pool.h"
-#include "upload/candidate_preparer.h"
-#include "upload/slots.h"
-#include "upload/upload_attempt.h"
+#include "upload/store_upload.h"
 
 #include <QtCore/QList>
 
 #include <cstdint>
-#include <optional>
-#include <stop_token>
 
 namespace gateway::upload {
 
-/// Works through pages of candidates, as wide as the run's mode allows.
+/// One page of candidates on its way: what was begun of it, and the outcomes so far.
 ///
-/// In the parallel modes a candidate passes two stages, conversion and request, each of which holds at most
-/// `maxConcurrent` at a time: while requests wait for the network, the processor converts the next files.
-///
-/// Owner: UploadRun. Thread: the run's.
+/// Owner: UploadRun. Thread: any.
 class UploadRound
 {
 public:
-    UploadRound(const UploadCollaborators &with, const RunIdentity &run);
-
-    struct Result
-    {
-        std::int64_t begun = 0;                        ///< candidates that were marked in progress
-        QList<StoreUpload::CandidateOutcome> outcomes; ///< in the order in which they came about
-        bool wasStopped = false;                       ///< mode `single` left candidates out
-    };
-
-    /// Tries each candidate once; blocks until all that were begun have ended. A stop leaves the rest out.
-    Result work(const QList<StoreUpload::CandidateContext> &contexts, const std::stop_token &stop);
-
-    /// The threads of the parallel modes; nothing in mode `single`.
-    platform::WorkerPool *pool() { return m_pool ? &*m_pool : nullptr; }
-
-private:
     using Contexts = QList<StoreUpload::CandidateContext>;
     using Outcomes = QList<StoreUpload::CandidateOutcome>;
 
-    Result workOneByOne(const Contexts &contexts, const std::stop_token &stop);
-    Result workInWindow(const Contexts &contexts, const std::stop_token &stop);
-    void begin(const Contexts &contexts) const;
-    StoreUpload::CandidateOutcome finishFile(const StoreUpload::CandidateContext &context);
-    Outcomes finishChunk(const Contexts &chunk);
-    StoreUpload::CandidatePreparationResult prepare(const StoreUpload::CandidateContext &context);
+    explicit UploadRound(Contexts contexts) : m_contexts(std::move(contexts)) {}
 
-    const UploadCollaborators &m_with;
-    const RunIdentity &m_run;
-    const CandidatePreparer m_preparer;
-    const UploadAttempt m_attempt;
-    Slots m_conversions;
-    Slots m_requests;
-    std::optional<platform::WorkerPool> m_pool; // last: its threads end before what they use
+    const Contexts &contexts() const { return m_contexts; }
+
+    /// Notes that a chunk of so many candidates was marked in progress.
+    void chunkBegan(qsizetype candidates)
+    {
+        const platform::MutexLock lock(m_mutex);
+        m_begun += candidates;
+        ++m_open;
+    }
+
+    /// Notes that a begun chunk has ended; without outcomes when it was cancelled.
+    void chunkEnded(const Outcomes &outcomes)
+    {
+        const platform::MutexLock lock(m_mutex);
+        m_outcomes.append(outcomes);
+        --m_open;
+        m_changed.notifyAll();
+    }
+
+    /// True when no begun chunk is under way.
+    bool isAtRest() const
+    {
+        const platform::MutexLock lock(m_mutex);
+        return m_open == 0;
+    }
+
+    /// Blocks until no begun chunk is under way.
+    void wait()
+    {
+        const platform::MutexLock lock(m_mutex);
+        while (m_open > 0) {
+            m_changed.wait(m_mutex);
+        }
+    }
+
+    /// Candidates that were marked in progress.
+    std::int64_t begun() const
+    {
+        const platform::MutexLock lock(m_mutex);
+        return m_begun;
+    }
+
+    /// In the order in which they came about.
+    Outcomes outcomes() const
+    {
+        const platform::MutexLock lock(m_mutex);
+        return m_outcomes;
+    }
+
+private:
+    const Contexts m_contexts;
+    mutable platform::Mutex m_mutex;
+    platform::Condition m_changed;
+    std::int64_t m_begun QUORIN_GUARDED_BY(m_mutex) = 0;
+    int m_open QUORIN_GUARDED_BY(m_mutex) = 0;
+    Outcomes m_outcomes QUORIN_GUARDED_BY(m_mutex);
 };
 
 } // namespace gateway::upload

@@ -1,7 +1,5 @@
 #include "upload/upload_run.h"
 
-#include "platform/concurrency/task_group.h"
-
 #include <QtCore/QHash>
 
 #include <algorithm>
@@ -43,9 +41,15 @@ UploadRun::UploadRun(const UploadCollaborators &with,
                      QString runId,
                      const StoreUpload::ExecutionConfig &config,
                      QString deviceId)
-    : m_with(with), m_run(std::move(runId), config, std::move(deviceId)), m_round(with, m_run)
+    : m_with(with), m_run(std::move(runId), config, std::move(deviceId)), m_handler(with, m_run)
 {
+    // Enough for the results of a usual page to reach the index together.
+    constexpr int kRecorders = 4;
     m_summary.executionDetails = m_run.executionDetails;
+    if (config.mode != StoreUpload::ExecutionMode::single) {
+        m_pool.emplace(QStringLiteral("upload"), m_handler.width());
+        m_recorders.emplace(QStringLiteral("uploadRecord"), kRecorders);
+    }
 }
 
 StoreUpload::RunSummary UploadRun::run(const std::stop_token &stop)
@@ -55,38 +59,104 @@ StoreUpload::RunSummary UploadRun::run(const std::stop_token &stop)
         m_summary.missingToken = true;
         return m_summary;
     }
-    while (playRound(stop)) {
+    if (m_pool) {
+        runInWindow(stop);
+    } else {
+        runOneByOne(stop);
     }
     m_summary.wasCancelled = stop.stop_requested();
     return m_summary;
 }
 
-/// \return true when there may be more to do.
-bool UploadRun::playRound(const std::stop_token &stop)
+void UploadRun::runOneByOne(const std::stop_token &stop)
 {
-    if (stop.stop_requested()) {
+    while (mayBeginPage(stop)) {
+        UploadRound round(nextPage());
+        if (round.contexts().isEmpty()) {
+            return;
+        }
+        for (const CandidateContext &context : round.contexts()) {
+            if (stop.stop_requested()) {
+                break;
+            }
+            m_handler.begin({context});
+            round.chunkBegan(1);
+            round.chunkEnded(m_handler.finish({context}));
+        }
+        settle(round);
+    }
+}
+
+void UploadRun::runInWindow(const std::stop_token &stop)
+{
+    platform::TaskGroup window(*m_pool, m_pool->width(), stop);
+    while (true) {
+        const Contexts contexts = mayBeginPage(stop) ? nextPage() : Contexts();
+        if (!contexts.isEmpty()) {
+            begin(*m_open.emplace_back(std::make_unique<UploadRound>(contexts)), window, stop);
+        } else if (m_open.empty()) {
+            return;
+        }
+        // Without a further page each open one is waited for, and then the index is asked once more:
+        // something may have come meanwhile.
+        if (contexts.isEmpty() || m_open.size() > 1) {
+            settleOldest();
+        }
+    }
+}
+
+void UploadRun::begin(UploadRound &round, platform::TaskGroup &window, const std::stop_token &stop)
+{
+    const int step = m_handler.chunkSize();
+    for (qsizetype from = 0; from < round.contexts().size(); from += step) {
+        window.waitForRoom();
+        if (m_open.size() > 1 && m_open.front()->isAtRest()) {
+            settleOldest();
+        }
+        if (stop.stop_requested()) {
+            window.cancel();
+            return;
+        }
+        const Contexts chunk = round.contexts().mid(from, step);
+        m_handler.begin(chunk);
+        round.chunkBegan(chunk.size());
+        window.add([this, chunk, &round](const std::stop_token &cancelled) {
+            round.chunkEnded(cancelled.stop_requested() ? Outcomes() : m_handler.finish(chunk));
+        });
+    }
+}
+
+void UploadRun::settleOldest()
+{
+    m_open.front()->wait();
+    settle(*m_open.front());
+    m_open.pop_front();
+}
+
+/// The questions before each page.
+bool UploadRun::mayBeginPage(const std::stop_token &stop)
+{
+    if (stop.stop_requested() || m_summary.missingToken) {
         return false;
     }
-    if (!m_with.session.hasToken()) {
-        m_summary.missingToken = true;
-        return false;
-    }
-    const Contexts contexts = nextPage();
-    if (contexts.isEmpty()) {
-        return false;
-    }
-    const UploadRound::Result round = m_round.work(contexts, stop);
-    m_summary.selectedCandidates += round.begun;
-    const std::int64_t resetImages = reconcile(contexts, round.outcomes);
-    assertMayBeRecorded(contexts, round.outcomes);
-    record(round.outcomes);
-    if (hasSuccess(round.outcomes)) {
+    m_summary.missingToken = !m_with.session.hasToken();
+    return !m_summary.missingToken;
+}
+
+/// Does what follows when a page has ended.
+void UploadRun::settle(UploadRound &round)
+{
+    const Outcomes outcomes = round.outcomes();
+    m_summary.selectedCandidates += round.begun();
+    const std::int64_t resetImages = reconcile(round.contexts(), outcomes);
+    assertMayBeRecorded(round.contexts(), outcomes);
+    record(outcomes);
+    if (hasSuccess(outcomes)) {
         m_with.cleanup.requestCleanup(QStringLiteral("upload_success"), m_run.runId);
     }
-    if (!round.outcomes.isEmpty() || resetImages > 0) {
+    if (!outcomes.isEmpty() || resetImages > 0) {
         refreshState();
     }
-    return !round.wasStopped;
 }
 
 void UploadRun::recover()
@@ -183,14 +253,13 @@ QList<std::int64_t> UploadRun::recordInIndex(const Outcomes &outcomes)
                                                        outcome.context.candidate.storagePath,
                                                        outcome.result == AttemptResult::success);
     };
-    platform::WorkerPool *pool = m_round.pool();
-    if (!pool) {
+    if (!m_recorders) {
         for (qsizetype index = 0; index < outcomes.size(); ++index) {
             recordOne(index);
         }
         return updated;
     }
-    platform::TaskGroup group(*pool, pool->width(), {});
+    platform::TaskGroup group(*m_recorders, m_recorders->width(), {});
     for (qsizetype index = 0; index < outcomes.size(); ++index) {
         group.add([&recordOne, index](const std::stop_token &) { recordOne(index); });
     }

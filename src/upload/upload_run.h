@@ -1,5 +1,8 @@
 #pragma once
 
+#include "platform/concurrency/task_group.h"
+#include "platform/concurrency/worker_pool.h"
+#include "upload/candidate_handler.h"
 #include "upload/store_upload.h"
 #include "upload/upload_collaborators.h"
 #include "upload/upload_round.h"
@@ -9,13 +12,19 @@
 #include <QtCore/QString>
 
 #include <cstddef>
+#include <deque>
+#include <memory>
+#include <optional>
 #include <stop_token>
 
 namespace gateway::upload {
 
 /// One drain of the index: puts back what an earlier process left half done, then tries each candidate once,
-/// page by page and oldest first, however many fail, and records each result. Nothing is retried within a
-/// run; what failed is a candidate of the next one.
+/// page by page and oldest first, however many fail, and records the results of each page when all are there.
+/// Nothing is retried within a run; what failed is a candidate of the next one.
+///
+/// In the parallel modes the next page begins while the last files of the one before are still on their way,
+/// so that neither the processor nor the network stands still between pages. At most two pages are open.
 ///
 /// Owner: the upload task. Thread: that task's.
 class UploadRun
@@ -34,12 +43,17 @@ public:
     StoreUpload::RunSummary run(const std::stop_token &stop);
 
 private:
-    using Contexts = QList<StoreUpload::CandidateContext>;
-    using Outcomes = QList<StoreUpload::CandidateOutcome>;
+    using Contexts = UploadRound::Contexts;
+    using Outcomes = UploadRound::Outcomes;
 
     void recover();
-    bool playRound(const std::stop_token &stop);
+    void runOneByOne(const std::stop_token &stop);
+    void runInWindow(const std::stop_token &stop);
+    void begin(UploadRound &round, platform::TaskGroup &window, const std::stop_token &stop);
+    void settleOldest();
+    bool mayBeginPage(const std::stop_token &stop);
     Contexts nextPage();
+    void settle(UploadRound &round);
     std::int64_t reconcile(const Contexts &contexts, const Outcomes &outcomes);
     void record(const Outcomes &outcomes);
     QList<std::int64_t> recordInIndex(const Outcomes &outcomes);
@@ -52,7 +66,10 @@ private:
     StoreUpload::RunSummary m_summary;
     index::PendingCursor m_cursor;
     QSet<std::size_t> m_seen; // hashes of the storage paths taken: a backlog may hold a million of them
-    UploadRound m_round;
+    CandidateHandler m_handler;
+    std::deque<std::unique_ptr<UploadRound>> m_open; // oldest first
+    std::optional<platform::WorkerPool> m_pool;      // sends
+    std::optional<platform::WorkerPool> m_recorders; // record results side by side
 };
 
 } // namespace gateway::upload

@@ -294,9 +294,11 @@ TEST_P(UploadRunInEachModeTest, EndsAtTheNextRoundWhenTheSessionIsLost)
 
     EXPECT_TRUE(summary.missingToken);
     EXPECT_FALSE(summary.wasCancelled);
-    EXPECT_EQ(summary.selectedCandidates, 8);
-    EXPECT_EQ(summary.successfulUploads, 8);
-    EXPECT_EQ(around.index.count(RowState::notSynced), 32);
+    // The page under way, and in the parallel modes the one that had begun behind it.
+    EXPECT_LE(summary.selectedCandidates, GetParam() == ExecutionMode::single ? 8 : 16);
+    EXPECT_GE(summary.selectedCandidates, 8);
+    EXPECT_EQ(summary.successfulUploads, summary.selectedCandidates);
+    EXPECT_EQ(around.index.count(RowState::notSynced), 40 - summary.selectedCandidates);
 }
 
 TEST_P(UploadRunInEachModeTest, LeavesNothingInProgressWhenItIsStopped)
@@ -443,6 +445,39 @@ TEST_F(UploadRunTest, ConvertsTheNextFilesWhileRequestsWaitForTheNetwork)
 
     // Two places for requests: they hang unless the other two files are converted meanwhile.
     EXPECT_EQ(run(config(ExecutionMode::parallelFile, 2)).successfulUploads, 4);
+}
+
+TEST_F(UploadRunTest, BeginsTheNextPageWhileAFileOfTheOneBeforeIsOnItsWayButNoThirdOne)
+{
+    storeMany(30); // pages of eight
+    std::latch lastOfSecondPage(1);
+    std::atomic<std::size_t> begunMeanwhile = 0;
+    around.cloud.duringRequest([&](const testing::FakeCloud::Request &request, const auto &) {
+        const QString name = request.files.first().fileName();
+        if (name == QStringLiteral("converted-1.15")) {
+            lastOfSecondPage.count_down();
+        } else if (name == QStringLiteral("converted-1.7")) {
+            lastOfSecondPage.wait(); // hangs unless the second page goes on
+            begunMeanwhile = around.log.count(GatewayLogAction::uploadCandidateSelected);
+        }
+    });
+
+    const RunSummary summary = run(config(ExecutionMode::parallelFile, 2));
+
+    EXPECT_EQ(begunMeanwhile, 16U);
+    EXPECT_EQ(summary.successfulUploads, 30);
+}
+
+TEST_F(UploadRunTest, RecordsAPageWhenAllItsFilesHaveEnded)
+{
+    storeMany(4);
+    around.cloud.duringRequest([this](const testing::FakeCloud::Request &request, const auto &) {
+        if (request.files.first().fileName() == QStringLiteral("converted-1.3")) {
+            EXPECT_EQ(around.log.count(GatewayLogAction::uploadResultRecorded), 0U);
+        }
+    });
+
+    EXPECT_EQ(run(config(ExecutionMode::parallelFile, 1)).successfulUploads, 4);
 }
 
 TEST_F(UploadRunTest, SplitsAPageIntoBatchesInOrderTheLastOneShorter)

@@ -1,0 +1,108 @@
+#include "upload/candidate_handler.h"
+
+#include <algorithm>
+
+namespace gateway::upload {
+
+using StoreUpload::AttemptResult;
+using StoreUpload::CandidateContext;
+using StoreUpload::CandidateOutcome;
+using StoreUpload::CandidatePreparationResult;
+using StoreUpload::ExecutionMode;
+using StoreUpload::MissingFile;
+using StoreUpload::PreparedCandidate;
+
+CandidateHandler::CandidateHandler(const UploadCollaborators &with, const RunIdentity &run)
+    : m_with(with), m_run(run), m_preparer(with, run), m_attempt(with, run, m_preparer),
+      m_conversions(run.config.maxConcurrent), m_requests(run.config.maxConcurrent)
+{
+}
+
+int CandidateHandler::chunkSize() const
+{
+    return m_run.config.mode == ExecutionMode::parallelBatch ? m_run.config.batchSize : 1;
+}
+
+int CandidateHandler::width() const
+{
+    // A setting of thousands would only cost threads: no network gets faster by that.
+    constexpr int kMostRequests = 32;
+    if (m_run.config.mode == ExecutionMode::single) {
+        return 1;
+    }
+    return 2 * std::min(m_run.config.maxConcurrent, kMostRequests);
+}
+
+void CandidateHandler::begin(const Contexts &contexts) const
+{
+    QList<index::ImageObjectID> images;
+    for (const CandidateContext &context : contexts) {
+        m_with.emitter.emit({.category = log::GatewayLogCategory::send,
+                             .action = log::GatewayLogAction::uploadCandidateSelected,
+                             .outcome = log::GatewayLogOutcome::started,
+                             .correlationId = m_run.runId,
+                             .fileURL = context.candidate.fileURL,
+                             .attempt = context.attempt,
+                             .details = candidateDetails(context, m_run.executionDetails)});
+        images.append(context.candidate.imageObjectIDs);
+    }
+    m_with.index.markImagesInProgress(images);
+}
+
+CandidateHandler::Outcomes CandidateHandler::finish(const Contexts &chunk)
+{
+    return m_run.config.mode == ExecutionMode::parallelBatch ? finishBatch(chunk)
+                                                             : Outcomes{finishFile(chunk.first())};
+}
+
+CandidateOutcome CandidateHandler::finishFile(const CandidateContext &context)
+{
+    const CandidatePreparationResult prepared = prepare(context);
+    if (const auto *missing = std::get_if<MissingFile>(&prepared)) {
+        return {context, AttemptResult::missingFile, missing->details};
+    }
+    const auto &ready = std::get<PreparedCandidate>(prepared);
+    CandidateOutcome outcome = {context, AttemptResult::failed, ready.details};
+    {
+        const Slots::Hold request(m_requests);
+        outcome.result = m_attempt.sendFile(ready);
+    }
+    m_preparer.cleanUp(ready);
+    return outcome;
+}
+
+CandidateHandler::Outcomes CandidateHandler::finishBatch(const Contexts &chunk)
+{
+    const Details chunkDetails = {{QStringLiteral("chunk_candidate_count"), QString::number(chunk.size())}};
+    Outcomes outcomes;
+    QList<PreparedCandidate> ready;
+    for (const CandidateContext &context : chunk) {
+        const CandidatePreparationResult prepared = prepare(context);
+        if (const auto *missing = std::get_if<MissingFile>(&prepared)) {
+            Details details = missing->details;
+            details.insert(chunkDetails);
+            outcomes.append({context, AttemptResult::missingFile, details});
+        } else {
+            ready.append(std::get<PreparedCandidate>(prepared));
+        }
+    }
+    if (ready.isEmpty()) {
+        return outcomes;
+    }
+    {
+        const Slots::Hold request(m_requests);
+        outcomes.append(m_attempt.sendBatch(ready, chunkDetails));
+    }
+    for (const PreparedCandidate &candidate : ready) {
+        m_preparer.cleanUp(candidate);
+    }
+    return outcomes;
+}
+
+CandidatePreparationResult CandidateHandler::prepare(const CandidateContext &context)
+{
+    const Slots::Hold conversion(m_conversions);
+    return m_preparer.prepare(context, candidateDetails(context, m_run.executionDetails));
+}
+
+} // namespace gateway::upload
