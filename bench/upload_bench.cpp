@@ -32,7 +32,8 @@
 
 namespace {
 
-using namespace gateway;
+namespace platform = gateway::platform;
+namespace upload = gateway::upload;
 using upload::StoreUpload::ExecutionConfig;
 using upload::StoreUpload::ExecutionMode;
 using Clock = std::chrono::steady_clock;
@@ -45,10 +46,10 @@ public:
     bool remove(const QString &) override { return true; }
 };
 
-class SilentLog final : public log::GatewayLogging
+class SilentLog final : public gateway::log::GatewayLogging
 {
 public:
-    void log(log::GatewayLogEvent) override {}
+    void log(gateway::log::GatewayLogEvent) override {}
 };
 
 class SilentState final : public upload::UploadState
@@ -163,7 +164,7 @@ struct Bench
     platform::WorkerProcessPool parsers{2, platform::helperProgramPath()};
     platform::WorkerProcessPool converters{2, platform::helperProgramPath()};
     platform::DicomFile parser{parsers, clock};
-    index::DicomDB database{
+    gateway::index::DicomDB database{
         {home.filePath(QStringLiteral("index.sqlite")), home.filePath(QStringLiteral("store"))},
         {defaults, parser, notifications, main, clock, platform::systemFiles()}};
     platform::DicomConverterWrapper wrapper{converters, home.filePath(QStringLiteral("tmp"))};
@@ -177,7 +178,7 @@ struct Bench
     SilentTerms terms;
     NoCleanup cleanup;
     SilentLog log;
-    log::StoreLogEmitter emitter{log, clock};
+    gateway::log::StoreLogEmitter emitter{log, clock};
     upload::UploadCollaborators with{
         index, stow, converter, session, state, terms, cleanup, emitter, main, clock};
 
