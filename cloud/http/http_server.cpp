@@ -103,14 +103,16 @@ private:
         bool closing = false;
         while (!closing && connection.waitForRequest(kIdleLimit)) {
             connection.beginRequest();
-            s_bodyLeft = false;
-            process_request(connection, false, closing, [&session](httplib::Request &request) {
-                request.ssl = session.get();
-            });
-            if (s_bodyLeft) {
+            // Stands when the handler isn't reached: behind a malformed head nothing can be told apart.
+            s_bodyLeft = true;
+            const bool served =
+                process_request(connection, false, closing, [&session](httplib::Request &request) {
+                    request.ssl = session.get();
+                });
+            if (served && s_bodyLeft) {
                 connection.linger();
-                closing = true;
             }
+            closing |= !served || s_bodyLeft;
         }
         s_connection = nullptr;
         if (connection.isCut()) {
