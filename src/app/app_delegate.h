@@ -11,6 +11,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace gateway::app {
@@ -39,7 +40,8 @@ public:
         GatewayFace &face;
         ProgramUpkeep &upkeep;
         upload::GatewayAutoDeleteCleanupServicing &autoDeleteCleanupService;
-        std::function<Store &()> store; ///< makes the store on first use
+        std::function<Store &()> store;         ///< makes the store on first use
+        std::optional<QString> dicomDictionary; ///< the installed one, where there is one
     };
 
     /// How long the hourly cleanup waits, measured from the end of the wait before.

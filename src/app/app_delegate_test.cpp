@@ -189,5 +189,26 @@ TEST_F(Launch, TerminatingLeavesTheListenerAlone)
     EXPECT_NE(m_world.receive.service->storeListener(), nullptr);
 }
 
+TEST(DicomDictionary, IsNamedToTheDicomProgramsWhereOneIsInstalled)
+{
+    qputenv("DCMDICTPATH", "/somebody/elses.dic");
+    AppWorld world(u"/opt/share/dicom.dic"_qs);
+
+    world.delegate->applicationDidFinishLaunching();
+
+    EXPECT_EQ(qgetenv("DCMDICTPATH"), "/opt/share/dicom.dic");
+}
+
+TEST(DicomDictionary, IsLeftToTheDicomProgramsWhereNoneIsInstalled)
+{
+    qputenv("DCMDICTPATH", "/somebody/elses.dic");
+    AppWorld world;
+
+    world.delegate->applicationDidFinishLaunching();
+
+    EXPECT_EQ(qgetenv("DCMDICTPATH"), "");
+    EXPECT_TRUE(qEnvironmentVariableIsSet("DCMDICTPATH"));
+}
+
 } // namespace
 } // namespace gateway::app

@@ -1,5 +1,6 @@
 #include "app/gateway.h"
 
+#include "app/dicom_dictionary.h"
 #include "app/no_announcements.h"
 #include "core/device_id.h"
 #include "log/gateway_log_file_sink.h"
@@ -134,7 +135,7 @@ std::shared_ptr<Store> Gateway::makeStore()
                 .run(stop);
         });
     return std::make_shared<Store>(
-        Store::Collaborators{m_settings, m_notifications, m_main, m_clock},
+        Store::Collaborators{m_settings, m_notifications, m_main, m_clock, installedDicomDictionary()},
         std::move(coordinator),
         [this](std::function<void(QString)> onImported) { return makeListener(std::move(onImported)); });
 }
@@ -164,9 +165,15 @@ std::shared_ptr<receive::StoreListenerService> Gateway::makeListener(std::functi
 
 AppDelegate::Collaborators Gateway::delegateCollaborators()
 {
-    return {m_settings, m_notifications, m_main, m_clock, m_face, m_upkeep, m_cleanup, [this]() -> Store & {
-                return *m_store;
-            }};
+    return {m_settings,
+            m_notifications,
+            m_main,
+            m_clock,
+            m_face,
+            m_upkeep,
+            m_cleanup,
+            [this]() -> Store & { return *m_store; },
+            installedDicomDictionary()};
 }
 
 InstanceCommands::Collaborators Gateway::commandCollaborators()

@@ -154,15 +154,11 @@ StatusReport::Listener InstanceCommands::listenerReport() const
     const auto &receiver = m_with.store.listenerService().storeListener();
     const std::optional<int> bound = receiver ? receiver->boundPort() : std::nullopt;
     const int port = bound.value_or(settings.port);
-    return {receiver != nullptr, settings.aeTitle, port, listenerAddress(port), m_listenerError};
-}
-
-QString InstanceCommands::listenerAddress(int port) const
-{
-    const std::optional<QString> address = m_with.bindAddress.isEmpty()
-                                               ? receive::primaryAddress(receive::interfaceAddresses())
-                                               : std::optional(m_with.bindAddress);
-    return receive::addressText(address, port);
+    return {receiver != nullptr,
+            settings.aeTitle,
+            port,
+            receive::listenerAddressText(m_with.bindAddress, port),
+            m_listenerError};
 }
 
 wizard::PortState InstanceCommands::probe(int port) const
@@ -213,8 +209,10 @@ QCoro::Task<void> InstanceCommands::applySetup(wizard::SetupDraft draft, Answer 
     m_with.face.setApplyingSetup(false);
     m_isApplyingSetup = false;
     const int port = wizard::parsedPort(draft.portText).value_or(0);
-    answer(problem.isEmpty() ? ControlReply::success({{QStringLiteral("address"), listenerAddress(port)}})
-                             : ControlReply::failure(problem));
+    answer(problem.isEmpty()
+               ? ControlReply::success(
+                     {{QStringLiteral("address"), receive::listenerAddressText(m_with.bindAddress, port)}})
+               : ControlReply::failure(problem));
 }
 
 /// Restarts the listener and gives its start two seconds. \return why it failed, or nothing.

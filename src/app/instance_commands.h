@@ -73,7 +73,6 @@ private:
 
     StatusReport report(StorageFigures storage) const;
     StatusReport::Listener listenerReport() const;
-    QString listenerAddress(int port) const;
     wizard::PortState probe(int port) const;
     void restartListener();
 

@@ -36,8 +36,7 @@ ControlReply setUp(const ControlRequest &request,
     }
     return ControlReply::success(
         {{QStringLiteral("address"),
-          receive::addressText(receive::primaryAddress(receive::interfaceAddresses()),
-                               wizard::parsedPort(draft->portText))}});
+          receive::listenerAddressText(bindAddress, wizard::parsedPort(draft->portText))}});
 }
 
 } // namespace

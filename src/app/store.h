@@ -13,6 +13,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace gateway::app {
 
@@ -28,6 +29,7 @@ public:
         platform::NotificationCenter &notifications;
         platform::MainExecutor &main;
         platform::Clock &clock;
+        std::optional<QString> dicomDictionary; ///< the installed one, where there is one
     };
 
     /// Makes the listener around the closure that asks for an upload.

@@ -73,6 +73,12 @@ std::optional<QString> primaryAddress(const std::vector<InterfaceAddress> &addre
     return best == nullptr ? std::nullopt : std::optional(best->address);
 }
 
+QString listenerAddressText(const QString &bindAddress, std::optional<int> port)
+{
+    return addressText(
+        bindAddress.isEmpty() ? primaryAddress(interfaceAddresses()) : std::optional(bindAddress), port);
+}
+
 QString addressText(const std::optional<QString> &address, std::optional<int> port)
 {
     if (!address) {

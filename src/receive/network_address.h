@@ -26,4 +26,10 @@ std::optional<QString> primaryAddress(const std::vector<InterfaceAddress> &addre
 /// "192.0.2.7", or "192.0.2.7:1115" with a port; "Unavailable" without an address.
 QString addressText(const std::optional<QString> &address, std::optional<int> port);
 
+/// The address to register in a modality for a listener on this port.
+///
+/// \param bindAddress  the one address that the listener binds; empty for all, of which the primary one is
+/// told.
+QString listenerAddressText(const QString &bindAddress, std::optional<int> port);
+
 } // namespace gateway::receive

@@ -34,6 +34,12 @@ TEST(NetworkAddress, ReadsAsUnavailableWithoutOne)
     EXPECT_EQ(addressText(u"10.0.0.1"_qs, 1115), u"10.0.0.1:1115"_qs);
 }
 
+TEST(NetworkAddress, IsTheOneThatAListenerBindsWhereThereIsOne)
+{
+    EXPECT_EQ(listenerAddressText(u"10.0.0.9"_qs, 1115), u"10.0.0.9:1115"_qs);
+    EXPECT_EQ(listenerAddressText({}, 1115), addressText(primaryAddress(interfaceAddresses()), 1115));
+}
+
 TEST(NetworkAddress, ListsTheLoopbackOfThisMachine)
 {
     bool found = false;

@@ -9,6 +9,7 @@
 #include <QtCore/QStringList>
 
 #include <memory>
+#include <optional>
 
 namespace gateway::app::testing {
 
@@ -93,7 +94,8 @@ private:
 class AppWorld
 {
 public:
-    AppWorld()
+    /// \param dictionary  the installed DICOM dictionary.
+    explicit AppWorld(const std::optional<QString> &dictionary = std::nullopt)
     {
         coordinator = std::make_shared<upload::StoreUploadCoordinator>(
             receive.emitter,
@@ -102,7 +104,8 @@ public:
                 return upload::StoreUpload::RunSummary();
             });
         store = std::make_shared<Store>(
-            Store::Collaborators{receive.settings, receive.notifications, receive.main, receive.clock},
+            Store::Collaborators{
+                receive.settings, receive.notifications, receive.main, receive.clock, dictionary},
             coordinator,
             [this](std::function<void(QString)>) { return receive.service; });
         delegate =
@@ -113,7 +116,8 @@ public:
                                                                      face,
                                                                      upkeep,
                                                                      cleanup,
-                                                                     [this]() -> Store & { return *store; }});
+                                                                     [this]() -> Store & { return *store; },
+                                                                     dictionary});
     }
 
     void finishSetup()
