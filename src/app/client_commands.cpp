@@ -133,7 +133,7 @@ private:
     static QString listText(const QJsonArray &settings)
     {
         QString text;
-        for (const QJsonValue &setting : settings) {
+        for (const auto &setting : settings) {
             text += QStringLiteral("%1 = %2\n").arg(setting[u"key"].toString(), setting[u"value"].toString());
         }
         return text;

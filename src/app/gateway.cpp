@@ -202,6 +202,7 @@ void Gateway::launch()
     m_delegate->applicationDidFinishLaunching();
     m_auth.startPolling(kSessionPoll);
     m_reachability->refresh();
+    m_storage->measure([](StorageFigures) {});
 }
 
 void Gateway::terminate()

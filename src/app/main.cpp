@@ -11,11 +11,11 @@
 
 #include <sys/stat.h>
 
+namespace app = gateway::app;
+
 /// quorin-gateway: the gateway itself with --headless, else one command for the instance that runs.
 int main(int argc, char **argv)
 {
-    using namespace gateway::app;
-
     // A peer or a pipe that has gone is an error of one write, not the end of the program.
     std::signal(SIGPIPE, SIG_IGN);
     // Images and settings are for their owner's eyes.
@@ -24,19 +24,20 @@ int main(int argc, char **argv)
     QCoreApplication::setApplicationName(QStringLiteral("quorin-gateway"));
     QCoreApplication::setApplicationVersion(QStringLiteral(QUORIN_VERSION));
 
-    const auto parsed = parseCommandLine(QCoreApplication::arguments().mid(1));
-    if (const auto *end = std::get_if<CommandLineEnd>(&parsed)) {
+    const auto parsed = app::parseCommandLine(QCoreApplication::arguments().mid(1));
+    if (const auto *end = std::get_if<app::CommandLineEnd>(&parsed)) {
         if (end->exitCode == 0) {
-            printOut(end->text);
+            app::printOut(end->text);
         } else {
-            printError(end->text.trimmed());
+            app::printError(end->text.trimmed());
         }
         return end->exitCode;
     }
-    const auto &invocation = std::get<Invocation>(parsed);
-    const HomeLayout layout = homeLayout(invocation.options.home, QProcessEnvironment::systemEnvironment());
-    const ExitCode code = std::holds_alternative<RunHeadless>(invocation.command)
-                              ? runHeadless(layout, invocation.options)
-                              : runCommand(layout, invocation);
+    const auto &invocation = std::get<app::Invocation>(parsed);
+    const app::HomeLayout layout =
+        app::homeLayout(invocation.options.home, QProcessEnvironment::systemEnvironment());
+    const app::ExitCode code = std::holds_alternative<app::RunHeadless>(invocation.command)
+                                   ? app::runHeadless(layout, invocation.options)
+                                   : app::runCommand(layout, invocation);
     return static_cast<int>(code);
 }
