@@ -23,27 +23,28 @@ namespace gateway::app {
 
 namespace {
 
-/// An instance that has just taken its lock may still be opening its index.
-constexpr std::chrono::seconds kStartingPatience{10};
+/// An index of a million rows opens in a fraction of this.
+constexpr std::chrono::seconds kStartingPatience{3};
 constexpr std::chrono::milliseconds kStartingStep{100};
 constexpr std::chrono::seconds kAnswerPatience{30};
 
-/// Hands the request to the instance that holds this home.
-ExitCode handOver(const HomeLayout &layout)
+/// Hands the request to the instance that holds this home; false when none answers.
+bool handOver(const HomeLayout &layout)
 {
-    for (auto waited = std::chrono::milliseconds(0); waited < kStartingPatience; waited += kStartingStep) {
-        const auto reply = askInstance(layout.controlSocket(), {requests::kActivate, {}}, kAnswerPatience);
-        if (reply && reply->code == ExitCode::done) {
-            printOut(QStringLiteral("The gateway runs already for this home, as process %1.\n")
-                         .arg(reply->result.value(QStringLiteral("pid")).toInteger()));
-            return ExitCode::done;
-        }
-        std::this_thread::sleep_for(kStartingStep);
+    const auto reply = askInstance(layout.controlSocket(), {requests::kActivate, {}}, kAnswerPatience);
+    if (!reply || reply->code != ExitCode::done) {
+        return false;
     }
+    printOut(QStringLiteral("The gateway runs already for this home, as process %1.\n")
+                 .arg(reply->result.value(QStringLiteral("pid")).toInteger()));
+    return true;
+}
+
+QString unansweredSentence(const HomeLayout &layout)
+{
     const std::optional<qint64> owner = platform::HomeLock::owner(layout.lockFile());
-    printError(owner ? QStringLiteral("This home is used by process %1, which doesn't answer.").arg(*owner)
-                     : QStringLiteral("This home is used by another process, which doesn't answer."));
-    return ExitCode::failed;
+    return owner ? QStringLiteral("This home is used by process %1, which doesn't answer.").arg(*owner)
+                 : QStringLiteral("This home is used by another process, which doesn't answer.");
 }
 
 /// The event loop of one instance, from launch to quitting.
@@ -75,22 +76,35 @@ ExitCode live(const HomeLayout &layout, const GlobalOptions &options)
     std::_Exit(EXIT_SUCCESS);
 }
 
+/// Becomes the instance of this home, or hands the request to the one that is. Whoever holds the lock without
+/// answering is given some time: an instance may still be starting, a command may be about to end.
+ExitCode liveOrHandOver(const HomeLayout &layout, const GlobalOptions &options)
+{
+    for (auto waited = std::chrono::milliseconds(0); waited < kStartingPatience; waited += kStartingStep) {
+        if (const auto lock = platform::HomeLock::tryLock(layout.lockFile())) {
+            const auto indexLock = platform::HomeLock::tryLock(layout.indexLockFile());
+            if (indexLock) {
+                return live(layout, options);
+            }
+            printError(QStringLiteral("The index is used by another process."));
+            return ExitCode::failed;
+        }
+        if (handOver(layout)) {
+            return ExitCode::done;
+        }
+        std::this_thread::sleep_for(kStartingStep);
+    }
+    printError(unansweredSentence(layout));
+    return ExitCode::failed;
+}
+
 } // namespace
 
 ExitCode runHeadless(const HomeLayout &layout, const GlobalOptions &options)
 {
     try {
         makeFolders(layout);
-        const auto lock = platform::HomeLock::tryLock(layout.lockFile());
-        if (!lock) {
-            return handOver(layout);
-        }
-        const auto indexLock = platform::HomeLock::tryLock(layout.indexLockFile());
-        if (!indexLock) {
-            printError(QStringLiteral("The index is used by another process."));
-            return ExitCode::failed;
-        }
-        return live(layout, options);
+        return liveOrHandOver(layout, options);
     } catch (const HomeError &error) {
         printError(error.message);
     } catch (const ControlError &error) {

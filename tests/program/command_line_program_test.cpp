@@ -1,9 +1,12 @@
 #include "tests/support/gateway_process.h"
 
+#include "platform/files/home_lock.h"
+
 #include <QtCore/QDir>
 #include <QtCore/QFile>
 
 #include <csignal>
+#include <optional>
 
 #include <gtest/gtest.h>
 #include <netinet/in.h>
@@ -41,6 +44,21 @@ public:
 private:
     int m_socket;
     int m_port = 0;
+};
+
+/// This process as the owner of somebody's home.
+class OtherOwner
+{
+public:
+    explicit OtherOwner(const QString &lockFile)
+    {
+        EXPECT_TRUE(QDir().mkpath(QFileInfo(lockFile).absolutePath()));
+        m_lock = platform::HomeLock::tryLock(lockFile);
+        EXPECT_TRUE(m_lock.has_value());
+    }
+
+private:
+    std::optional<platform::HomeLock> m_lock;
 };
 
 class Program : public ::testing::Test
@@ -229,6 +247,17 @@ TEST_F(Program, HandsASecondStartToTheFirst)
     EXPECT_EQ(second.exitCode, 0);
     EXPECT_TRUE(second.out.contains(QString::number(gateway.processId())));
     EXPECT_FALSE(m_home.status().isEmpty());
+}
+
+TEST_F(Program, SaysWhoUsesItsHomeWithoutAnswering)
+{
+    const OtherOwner owner(m_home.path(u"run/instance.lock"_qs));
+
+    const ProgramResult start = m_home.run({u"--headless"_qs});
+
+    EXPECT_EQ(start.exitCode, 1);
+    expectOneSentence(start.error);
+    EXPECT_TRUE(start.error.contains(QString::number(::getpid()))) << start.error.toStdString();
 }
 
 TEST_F(Program, QuitsOnBothSignals)
