@@ -11,8 +11,15 @@
 
 #include <gtest/gtest.h>
 
-using namespace gateway::dicom_helper::scp;
-using namespace gateway::platform::testing;
+namespace gateway::dicom_helper::scp {
+
+using platform::testing::associateRequest;
+using platform::testing::kCtStorage;
+using platform::testing::kExplicitLittleEndian;
+using platform::testing::kImplicitLittleEndian;
+using platform::testing::kVerification;
+using platform::testing::OfferedContext;
+using platform::testing::pdu;
 
 namespace {
 
@@ -158,3 +165,5 @@ TEST(Negotiation, AnIdThatComesTwiceKeepsOneTransferSyntax)
     EXPECT_EQ(negotiation.answers()[1].transferSyntax, "1.2.3");
     EXPECT_EQ(negotiation.answers()[2].result, ContextResult::userRejection);
 }
+
+} // namespace gateway::dicom_helper::scp

@@ -8,9 +8,17 @@
 
 #include <cerrno>
 
-using namespace gateway::dicom_helper::scp;
-using namespace gateway::platform::testing;
-using gateway::dicom_helper::scp::testing::MemoryDisk;
+namespace gateway::dicom_helper::scp {
+
+using platform::testing::associateRequest;
+using platform::testing::commandSet;
+using platform::testing::dataPdus;
+using platform::testing::kCtStorage;
+using platform::testing::kExplicitLittleEndian;
+using platform::testing::kVerification;
+using platform::testing::pdu;
+using platform::testing::smallDataSet;
+using testing::MemoryDisk;
 
 namespace {
 
@@ -265,3 +273,5 @@ TEST(Association, AnObjectThatIsKeptButCannotBeAcknowledgedIsHandedOver)
     EXPECT_EQ(served.association.state(), Association::State::cut);
     EXPECT_EQ(served.stored.size(), 1U);
 }
+
+} // namespace gateway::dicom_helper::scp

@@ -6,8 +6,9 @@
 
 #include <cerrno>
 
-using namespace gateway::dicom_helper::scp;
-using gateway::dicom_helper::scp::testing::MemoryDisk;
+namespace gateway::dicom_helper::scp {
+
+using testing::MemoryDisk;
 
 namespace {
 
@@ -141,3 +142,5 @@ TEST(IncomingInstance, OneThatIsNeverFinishedLeavesNothing)
     EXPECT_FALSE(disk.hasUnfinished());
     EXPECT_TRUE(disk.inbox().empty());
 }
+
+} // namespace gateway::dicom_helper::scp

@@ -10,10 +10,15 @@
 
 #include <thread>
 
-using namespace gateway::dicom_helper::scp;
-using namespace gateway::platform::testing;
-using gateway::platform::dicom_protocol::Channel;
-using gateway::platform::dicom_protocol::Record;
+namespace gateway::dicom_helper::scp {
+
+using platform::dicom_protocol::Channel;
+using platform::dicom_protocol::Record;
+using platform::testing::associateRequest;
+using platform::testing::kCtStorage;
+using platform::testing::kImplicitLittleEndian;
+using platform::testing::pdu;
+using platform::testing::ScriptedModality;
 
 namespace {
 
@@ -110,3 +115,5 @@ TEST(Listener, AFloodOfConnectionsDropsTheOldestAndServesTheNewest)
     flood.back().send("not DICOM");
     EXPECT_TRUE(flood.back().receive());
 }
+
+} // namespace gateway::dicom_helper::scp

@@ -1,3 +1,4 @@
+#include "platform/dicom/helper_process.h"
 #include "platform/dicom/inbox_files.h"
 #include "platform/dicom/testing/running_store_scp.h"
 #include "platform/dicom/testing/scripted_modality.h"
@@ -15,8 +16,23 @@
 
 #include <sys/resource.h>
 
-using namespace gateway::platform;
-using namespace gateway::platform::testing;
+namespace gateway::platform {
+
+using dicom_protocol::Channel;
+using dicom_protocol::Record;
+using testing::associateRequest;
+using testing::commandSet;
+using testing::dataPdus;
+using testing::kCtStorage;
+using testing::kExplicitLittleEndian;
+using testing::kImplicitLittleEndian;
+using testing::kVerification;
+using testing::OfferedContext;
+using testing::pdu;
+using testing::RunningStoreSCP;
+using testing::ScriptedModality;
+using testing::smallDataSet;
+using testing::subItem;
 
 namespace {
 
@@ -72,6 +88,7 @@ TEST(Peers, MoreThan128ContextsAreAllTaken)
     RunningStoreSCP running(inbox.path());
     ScriptedModality modality(running.port());
     std::vector<OfferedContext> contexts;
+    contexts.reserve(256);
     for (int id = 0; id < 256; ++id) {
         contexts.push_back({static_cast<std::uint8_t>(id),
                             kPrivateClass + "." + std::to_string(id),
@@ -377,6 +394,31 @@ TEST(Peers, ADeathOfTheListenerLetsAnObjectUnderWayFinishInTheInbox)
     EXPECT_EQ(completeInboxFiles(inbox.path()).size(), 1);
 }
 
+TEST(Peers, ADeathOfTheGatewayLeavesTheObjectUnderWayInTheInbox)
+{
+    const QTemporaryDir inbox;
+    HelperProcess process(helperProgramPath(), QStringLiteral("scp"));
+    process.channel().send(Record{
+        "start",
+        {{"bind", "127.0.0.1"}, {"port", "0"}, {"timeout", "30"}, {"inbox", inbox.path().toStdString()}}});
+    Record listening;
+    ASSERT_EQ(process.channel().receive(listening), Channel::Receipt::record);
+    ScriptedModality modality(static_cast<int>(listening.number("port", 0)));
+    modality.associate(kOneContext);
+    const std::string bytes = dataPdus(1, false, smallDataSet(kCtStorage, "1.2.3", 30000));
+    modality.send(storeCommand() + bytes.substr(0, 100));
+    while (unfinished(inbox).isEmpty()) {
+        std::this_thread::yield();
+    }
+
+    process.channel().close();
+    modality.send(bytes.substr(100));
+
+    EXPECT_EQ(modality.receiveStatus(), 0);
+    EXPECT_EQ(process.wait(std::chrono::milliseconds(-1)), 0);
+    EXPECT_EQ(completeInboxFiles(inbox.path()).size(), 1);
+}
+
 TEST(Peers, WhatACrashLeftUnfinishedIsSweptAndWhatWasAcknowledgedStays)
 {
     const QTemporaryDir inbox;
@@ -393,3 +435,5 @@ TEST(Peers, WhatACrashLeftUnfinishedIsSweptAndWhatWasAcknowledgedStays)
     EXPECT_TRUE(unfinished(inbox).isEmpty());
     EXPECT_EQ(completeInboxFiles(inbox.path()).size(), 1);
 }
+
+} // namespace gateway::platform

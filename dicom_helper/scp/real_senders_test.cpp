@@ -9,8 +9,9 @@
 
 #include <gtest/gtest.h>
 
-using namespace gateway::platform;
-using namespace gateway::platform::testing;
+namespace gateway::platform {
+
+using testing::RunningStoreSCP;
 
 namespace {
 
@@ -154,3 +155,5 @@ TEST(RealSenders, StorescuAbortingAnAssociationLosesNothingThatWasAcknowledged)
     EXPECT_EQ(running.await(QStringLiteral("failed")).size(), 1);
     EXPECT_EQ(completeInboxFiles(inbox.path()).size(), 1);
 }
+
+} // namespace gateway::platform

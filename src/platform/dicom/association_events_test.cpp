@@ -4,7 +4,8 @@
 
 #include <gtest/gtest.h>
 
-using namespace gateway::platform;
+namespace gateway::platform {
+
 using dicom_protocol::Channel;
 using dicom_protocol::Record;
 
@@ -108,3 +109,5 @@ TEST(AssociationEvents, OtherRecordsAreLeftAlone)
 
     EXPECT_TRUE(recorded.lines.isEmpty());
 }
+
+} // namespace gateway::platform

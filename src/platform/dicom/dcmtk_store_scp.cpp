@@ -21,10 +21,9 @@ constexpr std::chrono::milliseconds kForEver(-1);
 Record startRecord(const StoreSCPConfig &config, const StoreSCPEnvironment &environment)
 {
     const QString inbox = config.incomingPath.value_or(environment.defaultIncomingPath);
-    Record record{"start",
-                  {{"aeTitle", config.aeTitle.toStdString()},
-                   {"bind", config.bindAddress.toStdString()},
-                   {"inbox", QFile::encodeName(inbox).toStdString()}}};
+    Record record{
+        "start",
+        {{"bind", config.bindAddress.toStdString()}, {"inbox", QFile::encodeName(inbox).toStdString()}}};
     record.setNumber("port", config.port);
     record.setNumber("timeout", config.timeout.count());
     record.setNumber("reserve", environment.reserveBytes);

@@ -13,8 +13,14 @@
 #include <csignal>
 #include <thread>
 
-using namespace gateway::platform;
-using namespace gateway::platform::testing;
+namespace gateway::platform {
+
+using testing::kCtStorage;
+using testing::kExplicitLittleEndian;
+using testing::OfferedContext;
+using testing::RunningStoreSCP;
+using testing::ScriptedModality;
+using testing::smallDataSet;
 
 namespace {
 
@@ -207,3 +213,5 @@ TEST(DCMTKStoreSCP, AnAssociationThatIsNotWantedIsEnded)
     EXPECT_TRUE(!ending || ending->type == 7);
     thread.join();
 }
+
+} // namespace gateway::platform

@@ -5,7 +5,7 @@
 #include <csignal>
 #include <system_error>
 
-using namespace gateway::platform;
+namespace gateway::platform {
 
 namespace {
 
@@ -61,3 +61,5 @@ TEST(HelperProcess, ASignalShowsInTheStatus)
 
     EXPECT_EQ(process.wait(kForEver), 128 + SIGKILL);
 }
+
+} // namespace gateway::platform

@@ -8,7 +8,7 @@
 
 #include <initializer_list>
 
-using namespace gateway::platform;
+namespace gateway::platform {
 
 namespace {
 
@@ -53,3 +53,5 @@ TEST(InboxFiles, AFolderThatIsNotThereHoldsNone)
 {
     EXPECT_TRUE(completeInboxFiles(QStringLiteral("/nowhere/at/all")).isEmpty());
 }
+
+} // namespace gateway::platform

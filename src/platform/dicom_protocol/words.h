@@ -9,7 +9,7 @@ namespace gateway::platform::dicom_protocol {
 inline constexpr int kChannelDescriptor = 3;
 
 // To the scp: `start` once, then `stop`. Closing the channel means stop as well.
-//   start    aeTitle, port, bind (address, empty for all), timeout (seconds, idle association),
+//   start    port, bind (address, empty for all), timeout (seconds, idle association),
 //            inbox (folder), reserve (bytes kept free)
 //   abort    association; it may finish its object under way
 //   stop
