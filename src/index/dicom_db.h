@@ -153,7 +153,8 @@ private:
     std::int64_t nowInMilliseconds() const;
     bool writeQuietly(const IndexStore::Change &change);
     void backfillOnce();
-    PendingImageUpload gather(platform::Database &database, const QString &storedPath) const;
+    std::optional<PendingImageUpload>
+    gather(platform::Database &database, const QString &storedPath, const PendingCursor &start) const;
 
     const DicomDBCollaborators m_with;
     IndexStore m_store;

@@ -21,12 +21,9 @@ constexpr const char *kNextWaiting =
     "AND (createDate, pk) > (?, ?) ORDER BY createDate, pk";
 
 constexpr const char *kRowsOfPath =
-    "SELECT pk, sopInstanceUID, originalSOPInstanceUID FROM DicomImage INDEXED BY DicomImage_path "
+    "SELECT pk, createDate, sopInstanceUID, originalSOPInstanceUID FROM DicomImage INDEXED BY "
+    "DicomImage_path "
     "WHERE pathString = ? AND (syncState IS NULL OR syncState IN (0, 2, 3)) ORDER BY createDate, pk";
-
-constexpr const char *kOfferedBefore =
-    "SELECT 1 FROM DicomImage INDEXED BY DicomImage_path "
-    "WHERE pathString = ? AND (syncState IS NULL OR syncState IN (0, 2, 3)) AND (createDate, pk) <= (?, ?)";
 
 constexpr const char *kPutBack = "UPDATE DicomImage SET syncState = 0, uploadDate = NULL WHERE pk = ?";
 
@@ -122,9 +119,8 @@ QList<PendingImageUpload> DicomDB::pendingImageUploads(int limit, PendingCursor 
                         return;
                     }
                     passed.insert(path);
-                    Statement before = database.prepare(kOfferedBefore);
-                    if (!before.bindAll(stored, start.createDate, start.row).step()) {
-                        candidates.append(gather(database, stored));
+                    if (auto candidate = gather(database, stored, start)) {
+                        candidates.append(*std::move(candidate));
                     }
                 }
                 reached = {row.integer(1), row.integer(0)};
@@ -137,7 +133,8 @@ QList<PendingImageUpload> DicomDB::pendingImageUploads(int limit, PendingCursor 
     return candidates;
 }
 
-PendingImageUpload DicomDB::gather(Database &database, const QString &storedPath) const
+std::optional<PendingImageUpload>
+DicomDB::gather(Database &database, const QString &storedPath, const PendingCursor &start) const
 {
     PendingImageUpload candidate;
     candidate.storagePath = storedPath.trimmed();
@@ -147,9 +144,12 @@ PendingImageUpload DicomDB::gather(Database &database, const QString &storedPath
     Statement row = database.prepare(kRowsOfPath);
     row.bindAll(storedPath);
     while (row.step()) {
+        if (PendingCursor{row.integer(1), row.integer(0)} <= start) {
+            return std::nullopt; // an earlier page has offered it
+        }
         candidate.imageObjectIDs.append({row.integer(0)});
-        addTrimmed(keys, row.text(1));
-        addTrimmed(uids, row.text(2));
+        addTrimmed(keys, row.text(2));
+        addTrimmed(uids, row.text(3));
     }
     candidate.sopInstanceUIDs = ascending(keys);
     candidate.originalSOPInstanceUIDs = ascending(uids);

@@ -29,8 +29,7 @@ std::unique_ptr<Database> openWriter(const QString &path)
     try {
         auto database = std::make_unique<Database>(Database::open(path, Database::Access::readWrite));
         database->useDurableWriteAheadLog();
-        // 16 MiB of cache hold the inner pages of an index of some million rows; a log of as much lets pages
-        // that many imports touch be written back once.
+        // A log of 16 MiB lets pages that many imports touch be written back once; the cache holds as much.
         database->exec("PRAGMA cache_size = -16384; PRAGMA wal_autocheckpoint = 4096;"
                        "PRAGMA journal_size_limit = 67108864");
         bringSchemaUpToDate(*database);
@@ -146,6 +145,8 @@ IndexStore::Loan::Loan(const IndexStore &store) : m_store(store)
     }
     if (!m_database) {
         m_database = std::make_unique<Database>(Database::open(store.m_path, Database::Access::readOnly));
+        m_database->exec(
+            "PRAGMA cache_size = -4096"); // holds the inner pages of an index of some million rows
     }
     m_database->prepare("BEGIN").run();
 }

@@ -7,6 +7,7 @@
 #include <QtCore/QStringList>
 #include <QtCore/QUrl>
 
+#include <compare>
 #include <cstdint>
 
 namespace gateway::index {
@@ -34,6 +35,8 @@ struct PendingCursor
 {
     std::int64_t createDate = INT64_MIN;
     std::int64_t row = 0;
+
+    auto operator<=>(const PendingCursor &) const = default;
 };
 
 /// What a recovery put back.

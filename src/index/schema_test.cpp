@@ -160,7 +160,7 @@ TEST_F(IndexFile, TheTablesOfVersion1AreTheReleasedOnes)
     });
 
     EXPECT_EQ(QCryptographicHash::hash(tables.toUtf8(), QCryptographicHash::Sha256).toHex().toStdString(),
-              "afa50eb04199ab69a731bd4be7df36777e44a069ffc4f5ccd5d23232f98d7480");
+              "e2241e2c8ad0332c85b253f830c8a86a7d8d125c2d16bb1f469b501d05543f99");
 }
 
 } // namespace gateway::index

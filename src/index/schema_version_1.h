@@ -101,7 +101,7 @@ CREATE TABLE DicomImage (
     UNIQUE (series, sopInstanceUID, frameID, originalSOPInstanceUID)
 );
 CREATE INDEX DicomImage_path ON DicomImage (pathString);
-CREATE INDEX DicomImage_waiting ON DicomImage (createDate)
+CREATE INDEX DicomImage_waiting ON DicomImage (createDate, pk, pathString)
     WHERE (syncState IS NULL OR syncState IN (0, 2, 3)) AND pathString <> '';
 CREATE INDEX DicomImage_inProgress ON DicomImage (syncState) WHERE syncState = 3;
 CREATE INDEX DicomImage_uploaded ON DicomImage (uploadDate) WHERE syncState = 1 AND uploadDate IS NOT NULL;

@@ -1,0 +1,229 @@
+// What an import, a roll-up, the counters and the next page of candidates cost in a small and in a large
+// index, taken in turns on the same machine, so that the ratio means something where the times don't.
+//
+//   quorin-index-bench [small rows] [large rows] [rounds]
+
+#include "index/import_recorder.h"
+#include "index/index_store.h"
+#include "index/testing/temporary_index.h"
+#include "platform/sqlite/database.h"
+
+#include <QtCore/QCoreApplication>
+#include <QtCore/QStringList>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace {
+
+using gateway::index::DicomDB;
+using gateway::index::IndexStore;
+using gateway::index::PendingCursor;
+using gateway::index::PendingImageUpload;
+using gateway::index::StoredFile;
+using gateway::index::testing::TemporaryIndex;
+using gateway::platform::Database;
+
+constexpr std::int64_t kImagesOfASeries = 250;
+constexpr std::int64_t kSeriesOfAStudy = 2;
+
+// The latest tenth waits, the rest is uploaded, as in a site with a backlog.
+constexpr std::int64_t kWaitingShare = 10;
+
+QVariantMap imageNumber(std::int64_t number)
+{
+    const std::int64_t series = number / kImagesOfASeries;
+    const QString study = QStringLiteral("1.2.840.99999.1.%1").arg(series / kSeriesOfAStudy);
+    return TemporaryIndex::image(
+        QStringLiteral("1.2.840.99999.3.%1.%2").arg(series).arg(number),
+        {{QStringLiteral("studyID"), study},
+         {QStringLiteral("studyNumber"), QStringLiteral("P%1").arg(series / kSeriesOfAStudy)},
+         {QStringLiteral("seriesID"), QStringLiteral("1.2.840.99999.2.%1").arg(series)},
+         {QStringLiteral("studyDescription"), QStringLiteral("Thorax with contrast")},
+         {QStringLiteral("seriesDescription"), QStringLiteral("Axial 1 mm")},
+         {QStringLiteral("imageID"), static_cast<int>(number % kImagesOfASeries)},
+         {QStringLiteral("height"), 512},
+         {QStringLiteral("width"), 512},
+         {QStringLiteral("orientation"), QVariantList{1.0, 0.0, 0.0, 0.0, 1.0, 0.0}},
+         {QStringLiteral("origin"), QVariantList{-250.0, -250.0, 1.0 * static_cast<double>(number % 250)}},
+         {QStringLiteral("sliceLocation"), 1.5}});
+}
+
+/// An index with some rows, on which operations are timed.
+class Subject
+{
+public:
+    explicit Subject(std::int64_t rows) : m_rows(rows), m_next(rows)
+    {
+        m_home.close();
+        fill();
+        const auto start = std::chrono::steady_clock::now();
+        m_home.reopen();
+        m_openingTime = std::chrono::steady_clock::now() - start;
+    }
+
+    std::int64_t rows() const { return m_rows; }
+    double openingMilliseconds() const
+    {
+        return std::chrono::duration<double, std::milli>(m_openingTime).count();
+    }
+    DicomDB &index() { return m_home.index(); }
+
+    void prepareFile() { m_file = m_home.file(imageNumber(m_next++)); }
+
+    void importFile()
+    {
+        m_home.index().importFile(m_file);
+        m_home.clock.advance(std::chrono::milliseconds(5));
+    }
+
+    void choose() { m_candidate = m_home.index().pendingImageUploads(1, m_cursor).value(0); }
+
+    void rollUp()
+    {
+        m_home.index().markImagesInProgress(m_candidate.imageObjectIDs);
+        m_home.index().recordUploadResult(m_candidate.imageObjectIDs, m_candidate.storagePath, false);
+    }
+
+    void nextPage() { m_home.index().pendingImageUploads(8, m_pageCursor); }
+
+    void counters()
+    {
+        m_home.index().notSyncedCounts();
+        m_home.index().totalCounts();
+        m_home.index().syncedImagesCount();
+        m_home.index().failedImagesCount();
+    }
+
+    void buckets()
+    {
+        const QDateTime now = m_home.clock.now();
+        m_home.index().transferBuckets(now.addDays(-1), now, std::chrono::hours(1), 24);
+    }
+
+private:
+    void fill()
+    {
+        IndexStore store(m_home.indexFile());
+        constexpr std::int64_t kTogether = 10'000;
+        const std::int64_t start = m_home.clock.now().toMSecsSinceEpoch() - 5 * m_rows;
+        for (std::int64_t from = 0; from < m_rows; from += kTogether) {
+            store.write([&](Database &database) {
+                for (std::int64_t n = from; n < std::min(from + kTogether, m_rows); ++n) {
+                    const std::int64_t bucket = (n / 10'000 + 1) * 10'000;
+                    const StoredFile file{QString(), QStringLiteral("%1/%2.dcm").arg(bucket).arg(n), n};
+                    gateway::index::recordImport(database, imageNumber(n), file, start + 5 * n);
+                }
+                database
+                    .prepare("UPDATE DicomImage SET syncState = 1, uploadDate = createDate + 60000 "
+                             "WHERE pk > ? AND pk <= ?")
+                    .bindAll(from, m_rows - m_rows / kWaitingShare)
+                    .run();
+                gateway::index::rollUpAllStates(database);
+            });
+        }
+    }
+
+    const std::int64_t m_rows;
+    std::int64_t m_next;
+    TemporaryIndex m_home;
+    QUrl m_file;
+    PendingImageUpload m_candidate;
+    PendingCursor m_cursor;
+    PendingCursor m_pageCursor;
+    std::chrono::nanoseconds m_openingTime{};
+};
+
+double median(std::vector<double> values)
+{
+    std::nth_element(
+        values.begin(), values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2), values.end());
+    return values[values.size() / 2];
+}
+
+double mean(const std::vector<double> &values)
+{
+    double sum = 0;
+    for (const double value : values) {
+        sum += value;
+    }
+    return sum / static_cast<double>(values.size());
+}
+
+/// Microseconds of each round, by subject.
+using Times = std::vector<std::vector<double>>;
+
+Times takeTurns(const std::vector<std::unique_ptr<Subject>> &subjects,
+                int rounds,
+                const std::function<void(Subject &)> &prepare,
+                const std::function<void(Subject &)> &operation)
+{
+    Times times(subjects.size());
+    for (int round = 0; round < rounds; ++round) {
+        for (std::size_t i = 0; i < subjects.size(); ++i) {
+            prepare(*subjects[i]);
+            const auto start = std::chrono::steady_clock::now();
+            operation(*subjects[i]);
+            const std::chrono::duration<double, std::micro> took = std::chrono::steady_clock::now() - start;
+            times[i].push_back(took.count());
+        }
+    }
+    return times;
+}
+
+void report(const char *name, const Times &times)
+{
+    const double small = median(times[0]);
+    const double large = median(times[1]);
+    std::printf("%-34s %11.1f %11.1f %8.2f %11.1f %11.1f %8.2f\n",
+                name,
+                small,
+                large,
+                large / small,
+                mean(times[0]),
+                mean(times[1]),
+                mean(times[1]) / mean(times[0]));
+}
+
+std::int64_t argument(const QStringList &arguments, int at, std::int64_t fallback)
+{
+    return arguments.size() > at ? arguments[at].toLongLong() : fallback;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    const QCoreApplication application(argc, argv);
+    const QStringList arguments = QCoreApplication::arguments();
+    const auto rounds = static_cast<int>(argument(arguments, 3, 1000));
+    std::vector<std::unique_ptr<Subject>> subjects;
+    for (const std::int64_t rows : {argument(arguments, 1, 10'000), argument(arguments, 2, 1'000'000)}) {
+        subjects.push_back(std::make_unique<Subject>(rows));
+        std::printf("%lld rows: opened in %.1f ms\n",
+                    static_cast<long long>(rows),
+                    subjects.back()->openingMilliseconds());
+    }
+    std::printf("%-34s %11s %11s %8s %11s %11s %8s\n",
+                "microseconds",
+                "median",
+                "median",
+                "ratio",
+                "mean",
+                "mean",
+                "ratio");
+
+    const auto nothing = [](Subject &) {};
+    report("import, durable", takeTurns(subjects, rounds, &Subject::prepareFile, &Subject::importFile));
+    report("mark and result of a candidate", takeTurns(subjects, rounds, &Subject::choose, &Subject::rollUp));
+    report("next page of 8 candidates", takeTurns(subjects, rounds / 5, nothing, &Subject::nextPage));
+    report("all counters", takeTurns(subjects, rounds, nothing, &Subject::counters));
+    report("transfer buckets of a day", takeTurns(subjects, rounds, nothing, &Subject::buckets));
+    return 0;
+}
