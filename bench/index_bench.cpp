@@ -191,6 +191,28 @@ void report(const char *name, const Times &times)
                 mean(times[1]) / mean(times[0]));
 }
 
+/// What a screen with very many studies waits for.
+void reportStudySnapshots()
+{
+    constexpr int kStudies = 100'000;
+    TemporaryIndex home;
+    home.execute(
+        QStringLiteral("WITH RECURSIVE n (i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < %1) "
+                       "INSERT INTO Study (createDate, acquisitionDate, name, id, modality, studyName, "
+                       "accessionNumber, studyInstanceUID, syncState, unsettled) "
+                       "SELECT i, i * 7919 % 100003, 'Doe^Jane' || i, 'P' || i, 'CT', "
+                       "'Thorax with contrast', 'A' || i, '1.2.840.99999.1.' || i, 0, 0 FROM n")
+            .arg(kStudies));
+    std::vector<double> milliseconds;
+    for (int round = 0; round < 5; ++round) {
+        const auto start = std::chrono::steady_clock::now();
+        const auto studies = home.index().studySnapshots();
+        const std::chrono::duration<double, std::milli> took = std::chrono::steady_clock::now() - start;
+        milliseconds.push_back(studies.size() == kStudies ? took.count() : -1);
+    }
+    std::printf("snapshots of %d studies: %.1f ms\n", kStudies, median(milliseconds));
+}
+
 std::int64_t argument(const QStringList &arguments, int at, std::int64_t fallback)
 {
     return arguments.size() > at ? arguments[at].toLongLong() : fallback;
@@ -225,5 +247,6 @@ int main(int argc, char **argv)
     report("next page of 8 candidates", takeTurns(subjects, rounds / 5, nothing, &Subject::nextPage));
     report("all counters", takeTurns(subjects, rounds, nothing, &Subject::counters));
     report("transfer buckets of a day", takeTurns(subjects, rounds, nothing, &Subject::buckets));
+    reportStudySnapshots();
     return 0;
 }
