@@ -8,8 +8,6 @@
 #include <QtCore/QFileInfo>
 #include <QtCore/QUuid>
 
-#include <sqlite3.h>
-
 #include <cerrno>
 #include <cmath>
 #include <limits>
@@ -125,11 +123,16 @@ QString sentence(const QString &path, const QString &rest)
     return QStringLiteral("The settings file \"%1\" %2.").arg(path, rest);
 }
 
+DefaultsError damageError(const QString &path)
+{
+    return DefaultsError(
+        sentence(path, QStringLiteral("is damaged; move it away to start with fresh settings")));
+}
+
 DefaultsError openingError(const QString &path, const SqliteError &error)
 {
-    if (error.code() == SQLITE_NOTADB || error.code() == SQLITE_CORRUPT) {
-        return DefaultsError(
-            sentence(path, QStringLiteral("is damaged; move it away to start with fresh settings")));
+    if (error.saysDamaged()) {
+        return damageError(path);
     }
     return DefaultsError(sentence(path, QStringLiteral("can't be opened: ") + error.message()));
 }
@@ -149,7 +152,7 @@ bool isNew(Database &database, const QString &path)
     }
     Statement check = database.prepare("PRAGMA quick_check(1)");
     if (!check.step() || check.text(0) != QStringLiteral("ok")) {
-        throw SqliteError(QStringLiteral("quick_check failed"), SQLITE_CORRUPT);
+        throw damageError(path);
     }
     return false;
 }

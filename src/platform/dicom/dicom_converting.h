@@ -7,7 +7,7 @@ namespace gateway::platform {
 /// What became of a conversion.
 struct Conversion
 {
-    QString path;  ///< the converted file, or the given one where nothing is to convert; empty where it failed
+    QString path; ///< the converted file, or the given one where nothing is to convert; empty where it failed
     QString error; ///< why it failed, without anything that the file says; else empty
 };
 

@@ -24,4 +24,9 @@ bool SqliteError::maySucceedLater() const
     }
 }
 
+bool SqliteError::saysDamaged() const
+{
+    return code() == SQLITE_NOTADB || code() == SQLITE_CORRUPT;
+}
+
 } // namespace gateway::platform

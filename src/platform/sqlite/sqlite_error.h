@@ -26,6 +26,9 @@ public:
     /// a disk or share that doesn't answer, no memory. The same call may work later.
     bool maySucceedLater() const;
 
+    /// True where the file is damaged or is no database at all.
+    bool saysDamaged() const;
+
 private:
     QString m_message;
     int m_extendedCode;
