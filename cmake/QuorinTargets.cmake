@@ -44,7 +44,7 @@ function(quorin_test name)
     if(QUORIN_TSAN)
         set(environment "TSAN_OPTIONS=halt_on_error=1:suppressions=${CMAKE_SOURCE_DIR}/tools/tsan.supp")
     elseif(QUORIN_ASAN)
-        set(environment "ASAN_OPTIONS=detect_leaks=1" "LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tools/lsan.supp")
+        set(environment "LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tools/lsan.supp")
     endif()
     gtest_discover_tests(
         ${name} DISCOVERY_MODE PRE_TEST

@@ -274,10 +274,19 @@ TEST_F(GatewayLoggerTest, BoundsWhatWaitsWhileADiskStallsAndTellsTheSystemLogWha
     EXPECT_LE(written, 2 * GatewayLogger::kMaxWaitingEvents);
     EXPECT_GE(written, GatewayLogger::kMaxWaitingEvents);
     const std::size_t lost = 2 * GatewayLogger::kMaxWaitingEvents + kBeyond - written;
-    ASSERT_EQ(entries.size(), written + 1);
-    EXPECT_EQ(entries.back().level, platform::SystemLogLevel::error);
-    EXPECT_EQ(entries.back().message,
-              QStringLiteral("%1 events were lost while the log could not keep up").arg(lost));
+    ASSERT_GT(lost, 0U);
+    std::size_t told =
+        0; // in one line, or in two where the line also filled before the first batch was taken
+    std::size_t lines = 0;
+    for (const SystemLogEntry &entry : entries) {
+        if (entry.message.endsWith(QStringLiteral(" events were lost while the log could not keep up"))) {
+            EXPECT_EQ(entry.level, platform::SystemLogLevel::error);
+            told += entry.message.section(u' ', 0, 0).toULongLong();
+            ++lines;
+        }
+    }
+    EXPECT_EQ(told, lost);
+    EXPECT_EQ(entries.size(), written + lines);
 }
 
 } // namespace gateway::log
