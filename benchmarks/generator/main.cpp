@@ -1,4 +1,4 @@
-#include "bench/generator/samples.h"
+#include "benchmarks/generator/samples.h"
 
 #include <CLI/CLI.hpp>
 

@@ -1,4 +1,4 @@
-#include "bench/generator/dataset_writer.h"
+#include "benchmarks/generator/dataset_writer.h"
 
 namespace gateway::bench {
 

@@ -1,4 +1,4 @@
-#include "bench/generator/phantom.h"
+#include "benchmarks/generator/phantom.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,7 +1,7 @@
-#include "bench/generator/samples.h"
+#include "benchmarks/generator/samples.h"
 
-#include "bench/generator/dataset_writer.h"
-#include "bench/generator/phantom.h"
+#include "benchmarks/generator/dataset_writer.h"
+#include "benchmarks/generator/phantom.h"
 
 #include <array>
 #include <string_view>
