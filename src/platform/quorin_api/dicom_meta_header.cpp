@@ -101,8 +101,6 @@ std::optional<DicomMetaHeader> readDicomMetaHeader(QByteArrayView start)
         previous = element->number;
         if (element->number == kSopInstance) {
             header.sopInstanceUid = uidText(*element);
-        } else if (element->number == kTransferSyntax) {
-            header.transferSyntaxUid = uidText(*element);
         }
         if (element->number >= kTransferSyntax) {
             break;

@@ -7,11 +7,10 @@
 
 namespace gateway::platform {
 
-/// The two facts that an upload needs of a file.
+/// What an upload needs of a file.
 struct DicomMetaHeader
 {
-    QByteArray sopInstanceUid;    ///< (0002,0003), without padding, never empty
-    QByteArray transferSyntaxUid; ///< (0002,0010); empty when it isn't there or isn't a UID
+    QByteArray sopInstanceUid; ///< (0002,0003), without padding, never empty
 };
 
 /// How many bytes of a file's start the reader needs to see at most.

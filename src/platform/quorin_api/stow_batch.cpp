@@ -57,12 +57,10 @@ StowBatch::File StowBatch::examine(const QUrl &url)
     if (!header) {
         return file;
     }
-    QByteArray type = "Content-Type: application/dicom";
-    if (!header->transferSyntaxUid.isEmpty()) {
-        type += "; transfer-syntax=" + header->transferSyntaxUid;
-    }
     file.sopInstanceUid = QString::fromLatin1(header->sopInstanceUid);
-    file.part = {type + "\r\n", {}, file.path, opened->identity()};
+    // Without the optional transfer-syntax parameter (PS3.18 8.7.3): the file says it itself, and there are
+    // archives that refuse a part with it.
+    file.part = {"Content-Type: application/dicom\r\n", {}, file.path, opened->identity()};
     return file;
 }
 
