@@ -1,0 +1,100 @@
+"""The gateway in front of an archive of others': Orthanc with its DICOMweb plugin."""
+
+import base64
+import json
+import subprocess
+import unittest
+
+from harness import (EMAIL, PASSWORD, EndToEndTest, attributes_of, await_true, end, environment, free_port, identity_of,
+                     pixels_of, request, send)
+
+PLUGIN = "/usr/share/orthanc/plugins/libOrthancDicomWeb.so"
+ROOT = "/dicom-web"
+
+
+class Orthanc:
+    """One of its own: one user, HTTP on the loopback, no DICOM listener."""
+
+    def __init__(self, folder):
+        self._log = folder / "orthanc.log"
+        port = free_port()
+        self.address = f"http://127.0.0.1:{port}"
+        (folder / "orthanc").mkdir()
+        configuration = folder / "orthanc.json"
+        configuration.write_text(json.dumps({
+            "Name": "e2e", "StorageDirectory": str(folder / "orthanc"), "IndexDirectory": str(folder / "orthanc"),
+            "Plugins": [PLUGIN], "HttpPort": port, "HttpBindAddresses": ["127.0.0.1"], "RemoteAccessAllowed": False,
+            "DicomServerEnabled": False, "AuthenticationEnabled": True, "RegisteredUsers": {EMAIL: PASSWORD},
+            "DicomWeb": {"Enable": True, "Root": "/dicom-web/"}}))
+        with open(self._log, "w", encoding="utf-8") as log:
+            self.process = subprocess.Popen(["Orthanc", configuration], stdout=log, stderr=log, env=environment())
+        await_true("Orthanc", self._answers, self.process)
+
+    def _answers(self):
+        try:
+            return self.get("/system")
+        except OSError:
+            return None
+
+    def get(self, path):
+        user = base64.b64encode(f"{EMAIL}:{PASSWORD}".encode()).decode()
+        status, _, body = request(self.address + path, headers={"Authorization": f"Basic {user}"})
+        if status != 200:
+            raise AssertionError(f"{path} was answered with {status}: {body!r}")
+        return body
+
+    def files(self, folder):
+        """SOP instance UID -> its file, by Orthanc's own interface."""
+        found = {}
+        for key in json.loads(self.get("/instances")):
+            file = folder / f"{key}.dcm"
+            file.write_bytes(self.get(f"/instances/{key}/file"))
+            found[identity_of(file)[2]] = file
+        return found
+
+    def end(self):
+        end(self.process)
+
+
+class BehindAnArchive(EndToEndTest):
+
+    def setUp(self):
+        super().setUp()
+        self.orthanc = Orthanc(self.folder)
+        self.addCleanup(self.orthanc.end)
+        self.gateway = self.start_gateway(self.orthanc.address + ROOT, kind="dicomweb")
+
+    def test_everything_that_is_sent_arrives(self):
+        # Given
+        self.gateway.sign_in()
+        sent = self.samples(ct=3, mr=2, us=1, us_frames=4, dx=1, colour=1, report=1)
+
+        # When
+        send(self.gateway, sent)
+        self.gateway.await_synced(sent)
+
+        # Then
+        there = self.orthanc.files(self.folder)
+        self.assertEqual(set(there), {identity_of(file)[2] for file in sent})
+        for file in sent:
+            with self.subTest(file.stem):
+                back = there[identity_of(file)[2]]
+                self.assertEqual(attributes_of(file), attributes_of(back))
+                pixels = pixels_of(file, self.folder / "pixels" / file.stem / "sent")
+                self.assertEqual(len(pixels) == 0, file.stem.startswith("report"))
+                self.assertTrue(pixels == pixels_of(back, self.folder / "pixels" / file.stem / "fetched"),
+                                f"the pixels of {file.stem} differ")
+
+    def test_a_wrong_password_is_refused_with_one_sentence(self):
+        # When
+        refused = self.gateway.sign_in(password="not-the-password", check=False)
+
+        # Then
+        self.assertEqual(refused.returncode, 1)
+        self.assertRegex(refused.stderr, r"\A[A-Z][^.\n]+\.\n\Z")
+        self.assertEqual(refused.stdout, "")
+        self.assertFalse(self.gateway.status()["session"]["signedIn"])
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)
