@@ -7,9 +7,11 @@
 #include "index/local_snapshots.h"
 #include "index/pending_image_upload.h"
 #include "index/sync_state.h"
+#include "index/upload_failure.h"
 
 #include <QtCore/QDateTime>
 #include <QtCore/QList>
+#include <QtCore/QMap>
 #include <QtCore/QString>
 #include <QtCore/QUrl>
 
@@ -108,6 +110,26 @@ public:
 
     /// Puts those of the rows back that are in progress still. Posts nothing. \return how many.
     std::int64_t resetInProgressImages(const QList<ImageObjectID> &imageObjectIDs);
+
+    // --- Failures ------------------------------------------------------------------------------------
+
+    /// Keeps why the upload of a stored file failed, now; an earlier failure of the file is forgotten. It
+    /// goes by itself when a result says synced, and with the file's last row.
+    ///
+    /// \param failureClass  a short word, by which failures are counted.
+    /// \return false when no row stands for this file, or nothing could be written.
+    bool
+    recordUploadFailure(const QString &storagePath, const QString &failureClass, std::int64_t failureCode);
+
+    /// Forgets the failure of a stored file, if it has one.
+    void forgetUploadFailure(const QString &storagePath);
+
+    /// The next failures behind `cursor`, newest first, at most `limit` (below 1 counts as 1); the cursor
+    /// moves past them.
+    QList<UploadFailure> uploadFailures(int limit, UploadFailureCursor &cursor) const;
+
+    /// How many stored files have failed last with which class.
+    QMap<QString, std::int64_t> uploadFailureCounts() const;
 
     // --- Counts and snapshots ------------------------------------------------------------------------
 

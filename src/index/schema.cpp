@@ -1,6 +1,7 @@
 #include "index/schema.h"
 
 #include "index/schema_version_1.h"
+#include "index/schema_version_2.h"
 #include "platform/sqlite/database.h"
 
 #include <QtCore/QFileInfo>
@@ -62,13 +63,19 @@ void checkIndexFile(const QString &path)
 void bringSchemaUpToDate(Database &database)
 {
     platform::Transaction transaction(database);
-    if (database.integer("PRAGMA user_version") < 1) {
+    const std::int64_t found = database.integer("PRAGMA user_version");
+    if (found < 1) {
         database.exec(kSchemaVersion1);
         database.prepare("INSERT INTO Ledger (pk, storeIdentity) VALUES (1, ?)")
             .bindAll(QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper())
             .run();
-        database.exec("PRAGMA application_id = " + std::to_string(kApplicationId) +
-                      "; PRAGMA user_version = 1");
+        database.exec("PRAGMA application_id = " + std::to_string(kApplicationId));
+    }
+    if (found < 2) {
+        database.exec(kSchemaVersion2);
+    }
+    if (found < kSchemaVersion) {
+        database.exec("PRAGMA user_version = " + std::to_string(kSchemaVersion));
     }
     transaction.commit();
 }

@@ -42,6 +42,40 @@ protected:
         Database::open(path(), Database::Access::readWrite).exec(sql);
     }
 
+    // A file as an earlier version of the program has left it.
+    void putStored(const QString &name)
+    {
+        QDir().mkpath(QFileInfo(path()).path());
+        ASSERT_TRUE(QFile::copy(QStringLiteral(QUORIN_OLD_INDEXES "/") + name, path()));
+        ASSERT_TRUE(QFile::setPermissions(path(), QFile::ReadOwner | QFile::WriteOwner));
+    }
+
+    QStringList texts(const char *sql) const
+    {
+        Database database = Database::open(path(), Database::Access::readOnly);
+        QStringList result;
+        platform::Statement row = database.prepare(sql);
+        while (row.step()) {
+            QStringList columns;
+            for (int column = 0; column < row.columnCount(); ++column) {
+                columns.append(row.text(column));
+            }
+            result.append(columns.join(QLatin1Char('|')).simplified());
+        }
+        return result;
+    }
+
+    QStringList tables() const
+    {
+        return texts("SELECT sql FROM sqlite_master WHERE sql IS NOT NULL ORDER BY name");
+    }
+
+    QStringList rowsOfVersion1() const
+    {
+        return texts("SELECT * FROM Ledger") + texts("SELECT * FROM Study") + texts("SELECT * FROM Series") +
+               texts("SELECT * FROM DicomImage");
+    }
+
     // Opening must fail with this sentence and leave every byte as it was.
     void expectRefusal(const QString &sentence)
     {
@@ -106,7 +140,7 @@ TEST_F(IndexFile, OfALaterVersionIsRefusedAndNotTouched)
     {
         IndexStore store(path());
     }
-    execute("PRAGMA user_version = 2");
+    execute("PRAGMA user_version = 3");
 
     expectRefusal(
         QStringLiteral("Failed loading persistent store: the file was written by a later version of "
@@ -144,23 +178,58 @@ TEST_F(IndexFile, ThatIsAFolderIsRefused)
     EXPECT_THROW(IndexStore store(path()), IndexOpenError);
 }
 
-// A file in the field has exactly these tables. Who changes them writes version 2 and a migration.
-TEST_F(IndexFile, TheTablesOfVersion1AreTheReleasedOnes)
+TEST_F(IndexFile, OfVersion1IsBroughtForwardWithEveryRowItHeld)
+{
+    putStored(QStringLiteral("version_1.sqlite"));
+    const QStringList before = rowsOfVersion1();
+    ASSERT_EQ(before.size(), 13);
+
+    IndexStore store(path());
+
+    Database database = Database::open(path(), Database::Access::readOnly);
+    EXPECT_EQ(database.integer("PRAGMA user_version"), kSchemaVersion);
+    EXPECT_EQ(rowsOfVersion1(), before);
+    EXPECT_EQ(database.integer("SELECT count(*) FROM PendingRemoval"), 0);
+    EXPECT_EQ(database.integer("SELECT count(*) FROM UploadFailure"), 0);
+}
+
+TEST_F(IndexFile, OfVersion1HasTheTablesOfANewOneOnceItIsBroughtForward)
+{
+    putStored(QStringLiteral("version_1.sqlite"));
+    {
+        IndexStore store(path());
+    }
+    const QStringList forwarded = tables();
+
+    QFile::remove(path());
+    IndexStore store(path());
+
+    EXPECT_EQ(forwarded, tables());
+}
+
+TEST_F(IndexFile, OfVersion1StaysOneWhenTheMigrationFails)
+{
+    putStored(QStringLiteral("version_1.sqlite"));
+    execute("CREATE TABLE UploadFailure (another INTEGER)");
+    const QStringList before = rowsOfVersion1();
+
+    EXPECT_THROW(IndexStore store(path()), IndexOpenError);
+
+    Database database = Database::open(path(), Database::Access::readOnly);
+    EXPECT_EQ(database.integer("PRAGMA user_version"), 1);
+    EXPECT_EQ(database.integer("SELECT count(*) FROM sqlite_master WHERE name = 'PendingRemoval'"), 0);
+    EXPECT_EQ(rowsOfVersion1(), before);
+}
+
+// A file in the field has exactly these tables. Who changes them writes the next version and a migration.
+TEST_F(IndexFile, TheTablesOfVersion2AreTheReleasedOnes)
 {
     IndexStore store(path());
 
-    const QString tables = store.read([](Database &database) {
-        QString all;
-        platform::Statement row =
-            database.prepare("SELECT sql FROM sqlite_master WHERE sql IS NOT NULL ORDER BY name");
-        while (row.step()) {
-            all += row.text(0).simplified() + QLatin1Char('\n');
-        }
-        return all;
-    });
+    const QByteArray all = tables().join(QLatin1Char('\n')).toUtf8();
 
-    EXPECT_EQ(QCryptographicHash::hash(tables.toUtf8(), QCryptographicHash::Sha256).toHex().toStdString(),
-              "e2241e2c8ad0332c85b253f830c8a86a7d8d125c2d16bb1f469b501d05543f99");
+    EXPECT_EQ(QCryptographicHash::hash(all, QCryptographicHash::Sha256).toHex().toStdString(),
+              "5d85cdab5f972a396be11acf7d7f703a77ab30a852bf68f61b2ef24a2bba73f2");
 }
 
 } // namespace gateway::index

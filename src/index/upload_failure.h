@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QtCore/QDateTime>
+#include <QtCore/QString>
+#include <QtCore/QUrl>
+
+#include <cstdint>
+#include <limits>
+
+namespace gateway::index {
+
+/// The last failure of a stored file that isn't uploaded.
+struct UploadFailure
+{
+    QString storagePath; ///< the file's `pathString`
+    QUrl fileURL;
+    QString sopInstanceUID;   ///< as it stands in the file; empty when there is none
+    QString studyInstanceUID; ///< empty when there is none
+    QString failureClass;     ///< a short word; whoever records failures gives the words
+    std::int64_t failureCode = 0;
+    QDateTime failedAt; ///< UTC
+
+    bool operator==(const UploadFailure &) const = default;
+};
+
+/// How far a reader has come in the list of failures; a new one stands before the newest.
+struct UploadFailureCursor
+{
+    std::int64_t failedAt = std::numeric_limits<std::int64_t>::max();
+    QString storagePath;
+
+    bool operator==(const UploadFailureCursor &) const = default;
+};
+
+} // namespace gateway::index
