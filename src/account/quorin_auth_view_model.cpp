@@ -1,9 +1,9 @@
 #include "account/quorin_auth_view_model.h"
 
+#include "account/poll.h"
 #include "core/device_id.h"
 #include "core/notification_names.h"
 #include "platform/concurrency/async.h"
-#include "platform/concurrency/async_sleep.h"
 #include "platform/notifications/notification_center.h"
 #include "platform/quorin_api/network_settings.h"
 #include "platform/quorin_api/qrn_user_api.h"
@@ -70,19 +70,8 @@ void QuorinAuthViewModel::startPolling(std::chrono::seconds interval)
 {
     enterMain();
     if (!std::exchange(m_isPolling, true)) {
-        m_scope.start(poll(interval, m_scope.stopToken()));
-    }
-}
-
-QCoro::Task<> QuorinAuthViewModel::poll(std::chrono::seconds interval, std::stop_token stop)
-{
-    const auto operation = m_scope.enter();
-    while (!stop.stop_requested()) {
-        co_await refresh(false);
-        const bool sleptThrough = co_await platform::asyncSleep(m_parts.main, m_parts.clock, interval, stop);
-        if (!sleptThrough) {
-            break;
-        }
+        m_scope.start(poll(
+            m_parts.main, m_parts.clock, interval, [this] { return refresh(false); }, m_scope.stopToken()));
     }
 }
 

@@ -10,7 +10,6 @@
 
 #include <chrono>
 #include <optional>
-#include <stop_token>
 
 namespace gateway::platform {
 class Clock;
@@ -106,7 +105,6 @@ private:
         closing
     };
 
-    QCoro::Task<> poll(std::chrono::seconds interval, std::stop_token stop);
     QCoro::Task<bool> lookOnce();
     QCoro::Task<Verdict> checkToken(QString token);
     QCoro::Task<Verdict> loadUser(QString token);

@@ -1,19 +1,8 @@
 #include "account/quorin_auth_view_model.h"
 
-#include "account/testing/fake_account_service.h"
+#include "account/testing/account_world.h"
 #include "core/device_id.h"
 #include "core/notification_names.h"
-#include "platform/concurrency/testing/manual_clock.h"
-#include "platform/defaults/user_defaults.h"
-#include "platform/notifications/notification_center.h"
-#include "platform/quorin_api/testing/memory_token_store.h"
-
-#include <QtCore/QCoreApplication>
-#include <QtCore/QTemporaryDir>
-
-#include <gtest/gtest.h>
-
-#include <thread>
 
 namespace gateway::account::testing {
 
@@ -25,7 +14,7 @@ using std::chrono::seconds;
 const QString kEmail = QStringLiteral("ann@site.example");
 const QString kRight = QStringLiteral("right");
 
-struct QuorinAuth : ::testing::Test
+struct QuorinAuth : AccountWorld
 {
     QuorinAuth()
     {
@@ -38,51 +27,16 @@ struct QuorinAuth : ::testing::Test
 
     ~QuorinAuth() override { service.release(); }
 
-    /// Runs the main thread until `task` is done.
-    template <typename Task>
-    void finish(const Task &task)
-    {
-        while (!task.isReady()) {
-            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-        }
-    }
-
-    /// Runs the main thread until `count` calls of `name` have reached the service.
-    void reach(const QString &name, int count)
-    {
-        while (service.calls().count(name) < count) {
-            QCoreApplication::processEvents();
-            std::this_thread::yield();
-        }
-    }
-
     /// Runs the main thread until the notification was posted `count` times in all.
     void reachPosts(int count)
     {
-        while (posts < count) {
-            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-        }
+        runUntil([&] { return posts >= count; });
     }
 
-    bool signIn(const QString &password = kRight)
-    {
-        bool result = false;
-        auto task = model.signIn(kEmail, password).then([&result](bool value) { result = value; });
-        finish(task);
-        return result;
-    }
+    bool signIn(const QString &password = kRight) { return resultOf(model.signIn(kEmail, password)); }
 
     void refresh(bool force = false) { finish(model.refresh(force)); }
 
-    QTemporaryDir folder;
-    platform::UserDefaults defaults{folder.filePath(QStringLiteral("defaults.sqlite"))};
-    platform::MainExecutor main;
-    platform::WorkerPool pool{QStringLiteral("test"), 3};
-    platform::testing::ManualClock clock;
-    platform::testing::MemoryTokenStore store;
-    platform::NetworkSettings settings{store, QStringLiteral("test")};
-    NotificationCenter notifications;
-    FakeAccountService service{settings};
     QuorinAuthViewModel model{{service, service, settings, defaults, notifications, main, pool, clock},
                               QStringLiteral("3.1.0")};
     NotificationCenter::Token token;

@@ -5,6 +5,7 @@
 #include "platform/quorin_api/qrn_user_api.h"
 #include "platform/quorin_api/quorin_error.h"
 
+#include <QtCore/QMap>
 #include <QtCore/QStringList>
 
 #include <optional>
@@ -13,8 +14,8 @@
 
 namespace gateway::account::testing {
 
-/// A working account service in memory: one user, one password, sessions that can be ended, a line that can
-/// be cut, and a door at which calls can be made to wait.
+/// A working account service in memory: one user, one password, figures of storage, sessions that can be
+/// ended, a line that can be cut, and a door at which calls can be made to wait.
 ///
 /// Thread: any.
 class FakeAccountService final : public platform::QrnAuthenticationAPIProtocol,
@@ -31,6 +32,9 @@ public:
     bool isOffline = false;
     std::optional<QString> endedToken; ///< the session that the service has ended
     bool knowsUser = true;
+    std::optional<platform::QrnErrorKind> passwordRefusal; ///< every change of the password is refused so
+    platform::QrnCloudLimitResponse limit;
+    QMap<QString, platform::QrnCloudLimitResponse> limitOf; ///< by token, in place of `limit`
 
     platform::QrnLoginResponse login(const platform::QrnLoginRequest &request) override
     {
@@ -71,12 +75,41 @@ public:
         return user;
     }
 
-    platform::QrnUser updateUser(const platform::QrnUpdateUserRequest &) override { return user; }
-    platform::QrnEmptyResponse changePassword(const platform::QrnPasswordChangeRequest &) override
+    platform::QrnUser updateUser(const platform::QrnUpdateUserRequest &request) override
     {
+        arrive(QStringLiteral("updateUser"));
+        lastUpdate = request;
+        user.title = request.title;
+        user.firstName = request.firstName;
+        user.middleName = request.middleName;
+        user.lastName = request.lastName;
+        user.suffix = request.suffix;
+        user.profession = request.profession;
+        user.phoneNumber = request.phoneNumber;
+        user.workplaceName = request.workplace;
+        return user;
+    }
+
+    platform::QrnEmptyResponse changePassword(const platform::QrnPasswordChangeRequest &request) override
+    {
+        arrive(QStringLiteral("changePassword"));
+        lastPasswordChange = request;
+        if (passwordRefusal) {
+            throw platform::QrnErrorResponse(*passwordRefusal, refusal);
+        }
+        if (request.currentPassword != password) {
+            throw platform::QrnErrorResponse(platform::QrnErrorKind::currentPasswordIncorrect, refusal);
+        }
+        password = request.newPassword;
         return {};
     }
-    platform::QrnCloudLimitResponse quorinCloudStorageLimit() override { return {}; }
+
+    platform::QrnCloudLimitResponse quorinCloudStorageLimit() override
+    {
+        const std::optional<QString> token = m_settings.token(); // as the request carries it
+        arrive(QStringLiteral("quorinCloudStorageLimit"));
+        return limitOf.value(token.value_or(QString()), limit);
+    }
 
     /// Makes calls of `name` wait from now on.
     void hold(const QString &name)
@@ -100,6 +133,8 @@ public:
     }
 
     std::optional<platform::QrnLoginRequest> lastLogin;
+    std::optional<platform::QrnUpdateUserRequest> lastUpdate;
+    std::optional<platform::QrnPasswordChangeRequest> lastPasswordChange;
 
 private:
     void arrive(const QString &name)

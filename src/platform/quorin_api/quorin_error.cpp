@@ -55,6 +55,23 @@ bool QrnStowResponse::names(const QUrl &file, const QStringList &sopInstanceUIDs
     return false;
 }
 
+QString localizedDescription(const std::exception &error)
+{
+    const auto *known = dynamic_cast<const QuorinError *>(&error);
+    return known ? known->localizedDescription : QString::fromUtf8(error.what());
+}
+
+QString plainText(const std::exception &error)
+{
+    const QString words = localizedDescription(error);
+    const auto *known = dynamic_cast<const QuorinError *>(&error);
+    if (known == nullptr) {
+        return words;
+    }
+    const QString name = known->domain.section(u'.', -1) + u' ' + QString::number(known->code);
+    return words.isEmpty() ? name : name + QStringLiteral(": ") + words;
+}
+
 QString userFacingMessage(const std::exception &error, const QString &fallback)
 {
     if (const auto *response = dynamic_cast<const QrnErrorResponse *>(&error)) {
@@ -63,8 +80,7 @@ QString userFacingMessage(const std::exception &error, const QString &fallback)
             return message;
         }
     }
-    const auto *known = dynamic_cast<const QuorinError *>(&error);
-    const QString words = (known ? known->localizedDescription : QString::fromUtf8(error.what())).trimmed();
+    const QString words = localizedDescription(error).trimmed();
     return words.isEmpty() || words == QStringLiteral("(null)") ? fallback : words;
 }
 

@@ -92,6 +92,12 @@ public:
     bool names(const QUrl &file, const QStringList &sopInstanceUIDs) const;
 };
 
+/// The words of an error as they stand; empty where it has none.
+QString localizedDescription(const std::exception &error);
+
+/// An error as one line for somebody who looks for its cause: what it is, its number, its words.
+QString plainText(const std::exception &error);
+
 /// The one rule that turns a thrown error into words for the user.
 ///
 /// \param error     anything thrown; the service's message comes first, then the localized description.

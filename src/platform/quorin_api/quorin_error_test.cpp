@@ -42,6 +42,23 @@ TEST(UserFacingMessage, TakesNullTextsAsNoWords)
     EXPECT_EQ(words(AFError(QString(), 500)), kFallback);
 }
 
+TEST(LocalizedDescription, IsTheErrorsWordsAsTheyStand)
+{
+    EXPECT_EQ(localizedDescription(AFError(QStringLiteral(" No route. "), std::nullopt)),
+              QStringLiteral(" No route. "));
+    EXPECT_EQ(localizedDescription(QrnErrorResponse(QrnErrorKind::notFound, std::nullopt)), QString());
+    EXPECT_EQ(localizedDescription(std::runtime_error("plain trouble")), QStringLiteral("plain trouble"));
+}
+
+TEST(PlainText, NamesTheErrorAndItsNumberBeforeItsWords)
+{
+    EXPECT_EQ(plainText(AFError(QStringLiteral("No route."), std::nullopt, 7)),
+              QStringLiteral("AFError 7: No route."));
+    EXPECT_EQ(plainText(QrnErrorResponse(QrnErrorKind::serviceFault, std::nullopt)),
+              QStringLiteral("QrnErrorResponse 9"));
+    EXPECT_EQ(plainText(std::runtime_error("plain trouble")), QStringLiteral("plain trouble"));
+}
+
 TEST(AFError, CarriesTheStatusAsItsNumberForTheLog)
 {
     EXPECT_EQ(AFError(QStringLiteral("x"), 413, 7).code, 413);

@@ -1,0 +1,93 @@
+#include "account/gateway_change_password_view_model.h"
+
+#include "platform/concurrency/async.h"
+#include "platform/quorin_api/qrn_user_api.h"
+#include "platform/quorin_api/quorin_error.h"
+
+#include <utility>
+
+namespace gateway::account {
+
+namespace {
+
+const auto kNoMatch = QStringLiteral("New passwords do not match.");
+
+/// What is wrong with the form, the first thing only; nothing when it may be sent.
+std::optional<QString> issueOf(const GatewayPasswordForm &form)
+{
+    if (form.currentPassword.trimmed().isEmpty()) {
+        return QStringLiteral("Current password is required.");
+    }
+    // A new password may be made of spaces.
+    if (form.newPassword.isEmpty()) {
+        return QStringLiteral("New password is required.");
+    }
+    if (form.confirmPassword.isEmpty()) {
+        return QStringLiteral("Please confirm your new password.");
+    }
+    return form.newPassword == form.confirmPassword ? std::nullopt : std::optional(kNoMatch);
+}
+
+QString failureText(const std::exception &error)
+{
+    using platform::QrnErrorKind;
+    if (const auto *response = dynamic_cast<const platform::QrnErrorResponse *>(&error)) {
+        if (response->kind == QrnErrorKind::sessionInvalid) {
+            return QStringLiteral("Your session has expired. Please sign in again.");
+        }
+        if (response->kind == QrnErrorKind::passwordsDoNotMatch) {
+            return kNoMatch;
+        }
+        if (response->kind == QrnErrorKind::currentPasswordIncorrect) {
+            return QStringLiteral("Current password is incorrect.");
+        }
+    }
+    return platform::userFacingMessage(error, QStringLiteral("Failed to change password. Please try again."));
+}
+
+} // namespace
+
+GatewayChangePasswordViewModel::GatewayChangePasswordViewModel(const GatewayChangePasswordParts &parts)
+    : m_parts(parts), m_scope(parts.main, parts.pool)
+{
+}
+
+GatewayChangePasswordViewModel::~GatewayChangePasswordViewModel()
+{
+    close();
+}
+
+void GatewayChangePasswordViewModel::close()
+{
+    m_scope.close();
+}
+
+QCoro::Task<bool> GatewayChangePasswordViewModel::changePassword()
+{
+    if (m_isSaving || m_scope.stopToken().stop_requested()) {
+        co_return false;
+    }
+    m_errorMessage = issueOf(m_form);
+    if (m_errorMessage) {
+        Q_EMIT changed();
+        co_return false;
+    }
+    const auto operation = m_scope.enter();
+    m_isSaving = true;
+    Q_EMIT changed();
+    const platform::QrnPasswordChangeRequest request{
+        m_form.currentPassword, m_form.newPassword, m_form.confirmPassword};
+    std::optional<QString> error;
+    try {
+        co_await platform::onPool(
+            m_parts.main, m_parts.pool, [api = &m_parts.user, request] { api->changePassword(request); });
+    } catch (const std::exception &failure) {
+        error = failureText(failure);
+    }
+    m_errorMessage = std::move(error);
+    m_isSaving = false;
+    Q_EMIT changed();
+    co_return !m_errorMessage.has_value();
+}
+
+} // namespace gateway::account
