@@ -1,4 +1,5 @@
 #include "dicom_helper/scp/scp.h"
+#include "dicom_helper/unpack/unpack.h"
 #include "dicom_helper/worker/worker.h"
 #include "platform/dicom_protocol/words.h"
 
@@ -22,6 +23,7 @@ struct Role
 constexpr Role kRoles[] = {
     {"scp", gateway::dicom_helper::scp::run},
     {"worker", gateway::dicom_helper::worker::run},
+    {"unpack", gateway::dicom_helper::unpack::run},
 };
 
 /// Takes the gateway's end of the channel; not inherited by anything that is started from here.
@@ -53,6 +55,6 @@ int main(int argc, char **argv)
             return 1;
         }
     }
-    std::fputs("usage: quorin-dicom scp|worker\n", stderr);
+    std::fputs("usage: quorin-dicom scp|worker|unpack\n", stderr);
     return 2;
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "dicom_helper/scp/descriptor.h"
+#include "dicom_helper/descriptor.h"
 
 #include <cstdint>
 #include <string>

@@ -3,7 +3,7 @@
 /// The words and field names of the records between the gateway and quorin-dicom.
 ///
 /// quorin-dicom finds its end of the channel as descriptor kChannelDescriptor; nothing stands in its
-/// argument list but the role, "scp" or "worker".
+/// argument list but the role, "scp", "worker" or "unpack".
 namespace gateway::platform::dicom_protocol {
 
 inline constexpr int kChannelDescriptor = 3;
@@ -32,6 +32,16 @@ inline constexpr int kChannelDescriptor = 3;
 //   converted  path (the output, or the input's where nothing is to convert)
 //   failed     message
 // No message holds anything that a file says.
+
+// To an unpacker: one job, after which it ends.
+//   unpack   path, folder (empty), entries and bytes (the most there may be), reserve (bytes kept free)
+// From an unpacker:
+//   unpacking  files, bytes; so far, again and again
+//   unpacked   files, bytes, leftout (links, devices and the like)
+//   unreadable the archive is damaged or of a kind that isn't known
+//   encrypted  the archive is protected by a password
+//   toolarge   the archive holds more than it may
+//   nostorage  the folder can't take what the archive holds
 
 inline constexpr char kTextValue = 's';    ///< UTF-8
 inline constexpr char kIntegerValue = 'i'; ///< decimal, within 64 bits

@@ -4,7 +4,7 @@
 
 #include <unistd.h>
 
-namespace gateway::dicom_helper::scp {
+namespace gateway::dicom_helper {
 
 /// Owns a file descriptor. Thread: a plain value.
 class Descriptor
@@ -36,4 +36,4 @@ private:
     int m_value = -1;
 };
 
-} // namespace gateway::dicom_helper::scp
+} // namespace gateway::dicom_helper

@@ -1,0 +1,103 @@
+#include "dicom_helper/unpack/confinement.h"
+
+#include <QtCore/QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include <fcntl.h>
+#include <linux/landlock.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace gateway::dicom_helper::unpack {
+namespace {
+
+class Confinement : public ::testing::Test
+{
+protected:
+    /// Whether something works in a process of its own that was confined to the folder.
+    bool works(const std::function<bool(int folder)> &something) const
+    {
+        const int folder =
+            ::open(m_folder.path().toLocal8Bit().constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        const pid_t child = ::fork();
+        if (child == 0) {
+            confine(folder, 1000);
+            ::_exit(something(folder) ? 0 : 1);
+        }
+        int status = 0;
+        ::waitpid(child, &status, 0);
+        ::close(folder);
+        EXPECT_TRUE(WIFEXITED(status));
+        return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+    }
+
+    static bool hasLandlock()
+    {
+        return ::syscall(SYS_landlock_create_ruleset, nullptr, 0, LANDLOCK_CREATE_RULESET_VERSION) > 0;
+    }
+
+    QTemporaryDir m_folder;
+    QTemporaryDir m_elsewhere;
+};
+
+TEST_F(Confinement, LeavesMakingFilesAndFoldersBelowTheFolder)
+{
+    EXPECT_TRUE(works([](int folder) {
+        if (::mkdirat(folder, "sub", S_IRWXU) != 0) {
+            return false;
+        }
+        const int sub = ::openat(folder, "sub", O_PATH | O_DIRECTORY);
+        const int file = ::openat(sub, "file", O_WRONLY | O_CREAT | O_EXCL, S_IRUSR | S_IWUSR);
+        return ::write(file, "x", 1) == 1;
+    }));
+}
+
+TEST_F(Confinement, TakesTheRestOfTheFileSystem)
+{
+    if (!hasLandlock()) {
+        GTEST_SKIP() << "this kernel has no Landlock";
+    }
+    const QByteArray other = m_elsewhere.filePath(QStringLiteral("file")).toLocal8Bit();
+
+    EXPECT_FALSE(works([&](int) { return ::open(other.constData(), O_WRONLY | O_CREAT, S_IRUSR) >= 0; }));
+    EXPECT_FALSE(works([](int) { return ::open("/etc/passwd", O_RDONLY) >= 0; }));
+    EXPECT_FALSE(works([](int folder) { return ::symlinkat("/etc/passwd", folder, "link") == 0; }));
+    EXPECT_FALSE(works([](int folder) { return ::mkfifoat(folder, "pipe", S_IRUSR) == 0; }));
+    EXPECT_FALSE(QFile::exists(QString::fromLocal8Bit(other)));
+}
+
+TEST_F(Confinement, TakesTheNetworkAndOtherPrograms)
+{
+    EXPECT_FALSE(works([](int) { return ::socket(AF_INET, SOCK_STREAM, 0) >= 0; }));
+    EXPECT_FALSE(works([](int) { return ::socket(AF_UNIX, SOCK_STREAM, 0) >= 0; }));
+    EXPECT_FALSE(works([](int) {
+        char name[] = "/bin/true";
+        char *arguments[] = {name, nullptr};
+        ::execv(name, arguments);
+        return false;
+    }));
+    EXPECT_FALSE(works(
+        [](int) { return ::syscall(SYS_process_vm_readv, ::getppid(), nullptr, 0, nullptr, 0, 0) == 0; }));
+}
+
+TEST_F(Confinement, BoundsTheSizeOfAFileAndKeepsNoCore)
+{
+    EXPECT_FALSE(works([](int folder) {
+        ::signal(SIGXFSZ, SIG_IGN);
+        const int file = ::openat(folder, "file", O_WRONLY | O_CREAT, S_IRUSR | S_IWUSR);
+        return ::ftruncate(file, 1001) == 0;
+    }));
+    EXPECT_TRUE(works([](int) {
+        rlimit core{1, 1};
+        return ::getrlimit(RLIMIT_CORE, &core) == 0 && core.rlim_max == 0;
+    }));
+}
+
+} // namespace
+} // namespace gateway::dicom_helper::unpack
