@@ -1,6 +1,7 @@
 #pragma once
 
 #include "index/db_service.h"
+#include "index/deletion_results.h"
 #include "index/file_store.h"
 #include "index/image_object_id.h"
 #include "index/index_store.h"
@@ -8,16 +9,20 @@
 #include "index/pending_image_upload.h"
 #include "index/sync_state.h"
 #include "index/upload_failure.h"
+#include "platform/concurrency/mutex.h"
 
 #include <QtCore/QDateTime>
 #include <QtCore/QList>
 #include <QtCore/QMap>
+#include <QtCore/QSet>
 #include <QtCore/QString>
+#include <QtCore/QStringList>
 #include <QtCore/QUrl>
 
 #include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <stop_token>
@@ -160,6 +165,28 @@ public:
     /// The series of one study, by number. \param identity  the `id` of a study's snapshot.
     QList<LocalSeriesSnapshot> seriesSnapshots(const QString &identity);
 
+    // --- Letting go ----------------------------------------------------------------------------------
+
+    /// Deletes the rows that are synced and were uploaded before `cutoff`, then the studies and series that
+    /// are empty, also those left so from earlier, and then the files to which no row refers any more. Rows
+    /// go in several transactions, each with its files behind it, so that importers wait for a part alone;
+    /// the first that fails ends the prune, and what it left comes up again at the next one. A file whose
+    /// removal failed is tried again by the next `finishRemovals`.
+    LocalPruneResult pruneSyncedImages(const QDateTime &cutoff);
+
+    /// Deletes studies with all that is theirs, whatever their state, in one transaction, and then the files
+    /// to which no row refers any more. Doesn't roll up and posts nothing.
+    ///
+    /// \param studyInstanceUIDs  identities: the `id` of snapshots.
+    DeletionCounts deleteStudies(const QStringList &studyInstanceUIDs);
+
+    /// The same for series of one study, which stays, if need be empty.
+    DeletionCounts deleteSeries(const QString &studyInstanceUID, const QStringList &seriesInstanceUIDs);
+
+    /// Removes the files that an earlier deletion had to leave because the process ended or the disk failed.
+    /// Called once after opening; each prune starts with it.
+    void finishRemovals();
+
     // --- States --------------------------------------------------------------------------------------
 
     /// The full sweep in a transaction of its own. \return true when a stored state changed.
@@ -171,16 +198,23 @@ public:
 
 private:
     struct Announcement;
+    using DeleteRows = std::function<std::int64_t(platform::Database &, QSet<QString> &paths)>;
 
     std::int64_t nowInMilliseconds() const;
     bool writeQuietly(const IndexStore::Change &change);
     void backfillOnce();
     std::optional<PendingImageUpload>
     gather(platform::Database &database, const QString &storedPath, const PendingCursor &start) const;
+    bool pruneBatch(std::int64_t cutoff, LocalPruneResult &result);
+    DeletionCounts deleteParents(std::int64_t requested, const DeleteRows &deleteRows);
+    std::int64_t removeFiles(const QSet<QString> &paths) QUORIN_REQUIRES(m_deletion);
+    void forgetRemovals(const QStringList &paths);
+    bool isReferred(const QString &path) const;
 
     const DicomDBCollaborators m_with;
     IndexStore m_store;
     FileStore m_files;
+    platform::Mutex m_deletion; // one deletion at a time, from its rows to its files
     std::atomic<bool> m_hasPerformedSyncStateBackfill = false;
     std::shared_ptr<Announcement> m_announcement;
     std::stop_source m_stop;

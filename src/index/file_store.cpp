@@ -3,12 +3,15 @@
 #include "platform/concurrency/clock.h"
 #include "platform/defaults/user_defaults.h"
 #include "platform/files/files.h"
+#include "platform/sqlite/sqlite_error.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
+#include <QtCore/QSet>
 #include <QtCore/QUuid>
 
 #include <algorithm>
+#include <cerrno>
 #include <utility>
 
 namespace gateway::index {
@@ -199,6 +202,47 @@ void FileStore::makeDurable(const StoredFile &file)
 void FileStore::discard(const StoredFile &file)
 {
     dropPrivateCopy(file.path);
+}
+
+FileStore::Removal FileStore::removeUnless(const QString &pathString, const std::function<bool()> &isInUse)
+{
+    auto outcome = Removal::failed;
+    m_importQueue.sync([&] {
+        try {
+            outcome = isInUse() ? Removal::kept : remove(fileURL(pathString).toLocalFile());
+        } catch (const platform::SqliteError &) {
+            // Who refers to it is not known: it stays.
+        }
+    });
+    return outcome;
+}
+
+FileStore::Removal FileStore::remove(const QString &path)
+{
+    try {
+        m_files.remove(path);
+        return Removal::removed;
+    } catch (const FileError &error) {
+        // Without its folder a file may only be out of sight, as on a volume that isn't mounted.
+        const bool isAbsent = error.code() == ENOENT && QFileInfo(QFileInfo(path).path()).isDir();
+        return isAbsent ? Removal::absent : Removal::failed;
+    }
+}
+
+bool FileStore::makeRemovalsDurable(const QStringList &pathStrings)
+{
+    QSet<QString> folders;
+    for (const QString &pathString : pathStrings) {
+        folders.insert(QFileInfo(fileURL(pathString).toLocalFile()).path());
+    }
+    try {
+        for (const QString &folder : folders) {
+            m_files.syncFolder(folder);
+        }
+        return true;
+    } catch (const FileError &) {
+        return false;
+    }
 }
 
 } // namespace gateway::index

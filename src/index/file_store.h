@@ -5,10 +5,12 @@
 #include "platform/concurrency/serial_queue.h"
 
 #include <QtCore/QString>
+#include <QtCore/QStringList>
 #include <QtCore/QUrl>
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <optional>
 
 namespace gateway::platform {
@@ -63,12 +65,29 @@ public:
     /// Removes a file that no row refers to; a failure is ignored.
     void discard(const StoredFile &file);
 
+    /// What became of a file that was to go.
+    enum class Removal
+    {
+        removed,
+        absent, ///< it had gone before
+        kept,   ///< still in use
+        failed  ///< it is there, or nobody can tell
+    };
+
+    /// Removes a stored file unless `isInUse` says otherwise or throws; no file is moved in between the
+    /// question and the removal.
+    Removal removeUnless(const QString &pathString, const std::function<bool()> &isInUse);
+
+    /// Makes sure that removed files don't come back after a power cut. \return false when that failed.
+    bool makeRemovalsDurable(const QStringList &pathStrings);
+
 private:
     QString privateFolder() const;
     void sweepPrivateFolder();
     std::int64_t numberBehindAllFiles() const;
     StoredFile moveToNextNumber(const QString &copy);
     void keepNumber();
+    Removal remove(const QString &path);
 
     const QString m_root;
     platform::UserDefaults &m_defaults; // borrowed, outlives this, as the next two

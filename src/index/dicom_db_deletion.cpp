@@ -1,0 +1,297 @@
+// Letting go of rows and of the files behind them: rows first, in one transaction with the note of which
+// files are to go; then the files, each only if no row refers to it any more; then the notes.
+
+#include "index/dicom_db.h"
+#include "index/row_identity.h"
+#include "platform/sqlite/database.h"
+
+#include <QtCore/QSet>
+
+namespace gateway::index {
+
+using platform::Database;
+using platform::MutexLock;
+using platform::SqliteError;
+using platform::Statement;
+
+namespace {
+
+// So many rows go in one transaction: importers share the writer, and wait for no more than these.
+constexpr int kRowsOfABatch = 500;
+
+// So many files are looked at between two notes in the index.
+constexpr int kFilesOfAPage = 500;
+
+constexpr const char *kEligible =
+    "SELECT pk, pathString FROM DicomImage INDEXED BY DicomImage_uploaded "
+    "WHERE syncState = 1 AND uploadDate IS NOT NULL AND uploadDate < ? ORDER BY uploadDate, pk LIMIT ?";
+
+constexpr const char *kCountEligible =
+    "SELECT count(*) FROM (SELECT 1 FROM DicomImage INDEXED BY DicomImage_uploaded "
+    "WHERE syncState = 1 AND uploadDate IS NOT NULL AND uploadDate < ? LIMIT ?)";
+
+constexpr std::int64_t kAll = -1;
+
+// The count alone would do. But the images of a series go with it: what is deleted for being empty is looked
+// at, so that no slip of a count can take an image along.
+constexpr const char *kDeleteEmptySeries =
+    "DELETE FROM Series INDEXED BY Series_empty WHERE imageCount = 0 "
+    "AND NOT EXISTS (SELECT 1 FROM DicomImage WHERE DicomImage.series = Series.pk)";
+constexpr const char *kDeleteEmptyStudies =
+    "DELETE FROM Study INDEXED BY Study_empty WHERE seriesCount = 0 "
+    "AND NOT EXISTS (SELECT 1 FROM Series WHERE Series.study = Study.pk)";
+
+constexpr const char *kPathsOfStudy =
+    "SELECT DISTINCT pathString FROM DicomImage JOIN Series ON Series.pk = series WHERE study = ?";
+constexpr const char *kPathsOfSeries = "SELECT DISTINCT pathString FROM DicomImage WHERE series = ?";
+
+void addTrimmed(QSet<QString> &paths, const QString &stored)
+{
+    const QString path = stored.trimmed();
+    if (!path.isEmpty()) {
+        paths.insert(path);
+    }
+}
+
+std::int64_t countEligible(Database &database, std::int64_t cutoff, std::int64_t atMost)
+{
+    Statement row = database.prepare(kCountEligible);
+    row.bindAll(cutoff, atMost);
+    return row.step() ? row.integer(0) : 0;
+}
+
+std::int64_t runAndCount(Database &database, const char *sql)
+{
+    database.prepare(sql).run();
+    return database.changes();
+}
+
+void noteForRemoval(Database &database, const QSet<QString> &paths)
+{
+    for (const QString &path : paths) {
+        database.prepare("INSERT OR IGNORE INTO PendingRemoval (pathString) VALUES (?)").bindAll(path).run();
+    }
+}
+
+struct PrunedRows
+{
+    std::int64_t images = 0;
+    std::int64_t series = 0;
+    std::int64_t studies = 0;
+    QSet<QString> paths;
+};
+
+PrunedRows pruneRows(Database &database, std::int64_t cutoff)
+{
+    std::vector<std::int64_t> keys; // read to the end before anything is written
+    PrunedRows rows;
+    Statement image = database.prepare(kEligible);
+    image.bindAll(cutoff, kRowsOfABatch);
+    while (image.step()) {
+        keys.push_back(image.integer(0));
+        addTrimmed(rows.paths, image.text(1));
+    }
+    if (keys.empty()) {
+        return rows;
+    }
+    for (const std::int64_t key : keys) {
+        database.prepare("DELETE FROM DicomImage WHERE pk = ?").bindAll(key).run();
+    }
+    rows.images = std::ssize(keys);
+    noteForRemoval(database, rows.paths);
+    rows.series = runAndCount(database, kDeleteEmptySeries);
+    rows.studies = runAndCount(database, kDeleteEmptyStudies);
+    index::rollUpAllStates(database);
+    return rows;
+}
+
+/// Deletes the row of a study or series and adds the paths of its images.
+void deleteParent(
+    Database &database, std::int64_t key, const char *pathsOf, const char *deletion, QSet<QString> &paths)
+{
+    Statement image = database.prepare(pathsOf);
+    image.bindAll(key);
+    while (image.step()) {
+        addTrimmed(paths, image.text(0));
+    }
+    database.prepare(deletion).bindAll(key).run();
+}
+
+/// Trimmed, without empty ones and repeats, in the given order.
+QStringList normalized(const QStringList &identifiers)
+{
+    QStringList kept;
+    for (const QString &identifier : identifiers) {
+        kept.append(identifier.trimmed());
+    }
+    kept.removeAll(QString());
+    kept.removeDuplicates();
+    return kept;
+}
+
+} // namespace
+
+bool DicomDB::pruneBatch(std::int64_t cutoff, LocalPruneResult &result)
+{
+    const MutexLock lock(m_deletion);
+    PrunedRows rows;
+    if (!writeQuietly([&](Database &database) { rows = pruneRows(database, cutoff); })) {
+        return false;
+    }
+    result.deletedImageCount += rows.images;
+    result.deletedSeriesCount += rows.series;
+    result.deletedStudyCount += rows.studies;
+    result.deletedFileCount += removeFiles(rows.paths);
+    return true;
+}
+
+LocalPruneResult DicomDB::pruneSyncedImages(const QDateTime &cutoff)
+{
+    finishRemovals();
+    const std::int64_t before = cutoff.toMSecsSinceEpoch();
+    const auto eligible = [&](std::int64_t atMost) -> std::int64_t {
+        try {
+            return m_store.read([&](Database &database) { return countEligible(database, before, atMost); });
+        } catch (const SqliteError &) {
+            return 0;
+        }
+    };
+    LocalPruneResult result;
+    while (eligible(1) > 0 && pruneBatch(before, result)) {
+    }
+    result.failedImageCount = eligible(kAll);
+    result.eligibleImageCount = result.deletedImageCount + result.failedImageCount;
+    if (result.deletedImageCount > 0) {
+        postLocalSyncStateChanged();
+    }
+    return result;
+}
+
+DeletionCounts DicomDB::deleteStudies(const QStringList &studyInstanceUIDs)
+{
+    const QStringList wanted = normalized(studyInstanceUIDs);
+    return deleteParents(wanted.size(), [&](Database &database, QSet<QString> &paths) {
+        std::int64_t deleted = 0;
+        for (const QString &identity : wanted) {
+            if (const auto study = findStudy(database, identity)) {
+                deleteParent(database, *study, kPathsOfStudy, "DELETE FROM Study WHERE pk = ?", paths);
+                ++deleted;
+            }
+        }
+        return deleted;
+    });
+}
+
+DeletionCounts DicomDB::deleteSeries(const QString &studyInstanceUID, const QStringList &seriesInstanceUIDs)
+{
+    const QStringList wanted = normalized(seriesInstanceUIDs);
+    if (studyInstanceUID.trimmed().isEmpty()) {
+        return DeletionCounts::of(wanted.size(), 0);
+    }
+    return deleteParents(wanted.size(), [&](Database &database, QSet<QString> &paths) {
+        std::int64_t deleted = 0;
+        const auto study = findStudy(database, studyInstanceUID);
+        for (const QString &identity : study ? wanted : QStringList()) {
+            if (const auto series = findSeries(database, *study, identity)) {
+                deleteParent(database, *series, kPathsOfSeries, "DELETE FROM Series WHERE pk = ?", paths);
+                ++deleted;
+            }
+        }
+        return deleted;
+    });
+}
+
+DeletionCounts DicomDB::deleteParents(std::int64_t requested, const DeleteRows &deleteRows)
+{
+    if (requested == 0) {
+        return {};
+    }
+    const MutexLock lock(m_deletion);
+    std::int64_t deleted = 0;
+    QSet<QString> paths;
+    const bool saved = writeQuietly([&](Database &database) {
+        paths.clear();
+        deleted = deleteRows(database, paths);
+        noteForRemoval(database, paths);
+    });
+    if (!saved) {
+        return DeletionCounts::of(requested, 0);
+    }
+    removeFiles(paths);
+    return DeletionCounts::of(requested, deleted);
+}
+
+void DicomDB::finishRemovals()
+{
+    QString last;
+    for (;;) {
+        const MutexLock lock(m_deletion);
+        QSet<QString> page;
+        try {
+            m_store.read([&](Database &database) {
+                Statement row = database.prepare(
+                    "SELECT pathString FROM PendingRemoval WHERE pathString > ? ORDER BY pathString LIMIT ?");
+                row.bindAll(last, kFilesOfAPage);
+                while (row.step()) {
+                    last = row.text(0);
+                    page.insert(last);
+                }
+            });
+        } catch (const SqliteError &) {
+            return; // next time
+        }
+        if (page.isEmpty()) {
+            return;
+        }
+        removeFiles(page);
+    }
+}
+
+std::int64_t DicomDB::removeFiles(const QSet<QString> &paths)
+{
+    std::int64_t removed = 0;
+    QStringList gone;
+    QStringList kept;
+    for (const QString &path : paths) {
+        switch (m_files.removeUnless(path, [&] { return isReferred(path); })) {
+        case FileStore::Removal::removed:
+            ++removed;
+            [[fallthrough]];
+        case FileStore::Removal::absent:
+            gone.append(path);
+            break;
+        case FileStore::Removal::kept:
+            kept.append(path);
+            break;
+        case FileStore::Removal::failed:
+            break; // stays noted
+        }
+    }
+    // A file that could come back after a power cut stays noted, too.
+    forgetRemovals(m_files.makeRemovalsDurable(gone) ? kept + gone : kept);
+    return removed;
+}
+
+void DicomDB::forgetRemovals(const QStringList &paths)
+{
+    if (paths.isEmpty()) {
+        return;
+    }
+    writeQuietly([&](Database &database) {
+        for (const QString &path : paths) {
+            database.prepare("DELETE FROM PendingRemoval WHERE pathString = ?").bindAll(path).run();
+        }
+    });
+}
+
+/// Throws SqliteError.
+bool DicomDB::isReferred(const QString &path) const
+{
+    return m_store.read([&](Database &database) {
+        Statement row = database.prepare("SELECT EXISTS (SELECT 1 FROM DicomImage WHERE pathString = ?)");
+        row.bindAll(path);
+        return row.step() && row.integer(0) != 0;
+    });
+}
+
+} // namespace gateway::index

@@ -1,0 +1,522 @@
+#include "index/testing/temporary_index.h"
+
+#include "platform/files/testing/faulty_file_system.h"
+
+#include <QtCore/QDir>
+#include <QtCore/QDirIterator>
+#include <QtCore/QFile>
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <latch>
+#include <thread>
+
+namespace gateway::index {
+
+namespace {
+
+using platform::testing::FaultyFileSystem;
+using testing::TemporaryIndex;
+
+const QString kStudy = QStringLiteral("studyID");
+const QString kSeries = QStringLiteral("seriesID");
+const QString kFrames = QStringLiteral("numberOfFrames");
+
+class Deletion : public ::testing::Test
+{
+protected:
+    QString importOne(const QString &uid, const QVariantMap &changes = {})
+    {
+        return home.import(TemporaryIndex::image(uid, changes));
+    }
+
+    /// An image that was uploaded now. \return its stored path.
+    QString uploaded(const QString &uid, const QVariantMap &changes = {})
+    {
+        const QString path = importOne(uid, changes);
+        index.recordUploadResult({}, path, true);
+        return path;
+    }
+
+    LocalPruneResult pruneAll()
+    {
+        home.clock.advance(std::chrono::milliseconds(1));
+        return index.pruneSyncedImages(home.clock.now());
+    }
+
+    bool isStored(const QString &path) const { return QFile::exists(index.fileURL(path).toLocalFile()); }
+
+    QStringList storedFiles() const
+    {
+        QStringList files;
+        QDirIterator walk(home.fileStoreRoot(), QDir::Files, QDirIterator::Subdirectories);
+        while (walk.hasNext()) {
+            files.append(walk.next());
+        }
+        return files;
+    }
+
+    std::int64_t noted() { return home.number(QStringLiteral("SELECT count(*) FROM PendingRemoval")); }
+
+    FaultyFileSystem disk;
+    TemporaryIndex home{disk};
+    DicomDB &index = home.index();
+};
+
+using Prune = Deletion;
+using DeleteStudies = Deletion;
+using DeleteSeries = Deletion;
+using Removals = Deletion;
+
+} // namespace
+
+TEST_F(Prune, LetsGoOfRowsFilesAndEmptiedParents)
+{
+    const QString first = uploaded(QStringLiteral("9.1"), {{kFrames, 3}});
+    const QString second = uploaded(QStringLiteral("9.2"), {{kSeries, QStringLiteral("5")}});
+    home.announcements();
+
+    EXPECT_EQ(pruneAll(), (LocalPruneResult{4, 4, 2, 1, 2, 0}));
+
+    EXPECT_FALSE(isStored(first));
+    EXPECT_FALSE(isStored(second));
+    EXPECT_EQ(index.totalCounts(), (EntityCounts{0, 0, 0}));
+    EXPECT_EQ(noted(), 0);
+    EXPECT_EQ(home.announcements(), 1);
+}
+
+TEST_F(Prune, OfNothingTouchesNothing)
+{
+    importOne(QStringLiteral("9.1"));
+    home.execute(QStringLiteral("INSERT INTO Study (id) VALUES ('empty')"));
+    home.announcements();
+
+    EXPECT_EQ(pruneAll(), LocalPruneResult{});
+
+    EXPECT_EQ(index.totalCounts(), (EntityCounts{2, 1, 1})) << "no sweep of emptied parents";
+    EXPECT_EQ(home.announcements(), 0);
+}
+
+TEST_F(Prune, AnImageUploadedJustAtTheCutoffIsNotEligible)
+{
+    const QString path = uploaded(QStringLiteral("9.1"));
+    const QDateTime uploadDate = home.clock.now();
+
+    EXPECT_EQ(index.pruneSyncedImages(uploadDate), LocalPruneResult{});
+    EXPECT_TRUE(isStored(path));
+    EXPECT_EQ(index.pruneSyncedImages(uploadDate.addMSecs(1)).deletedImageCount, 1);
+}
+
+TEST_F(Prune, ASyncedImageWithoutUploadDateIsNeverEligible)
+{
+    const QString path = uploaded(QStringLiteral("9.1"));
+    home.execute(QStringLiteral("UPDATE DicomImage SET uploadDate = NULL"));
+
+    EXPECT_EQ(pruneAll(), LocalPruneResult{});
+    EXPECT_TRUE(isStored(path));
+}
+
+TEST_F(Prune, AnImageInAnyOtherStateIsNeverEligibleHoweverOld)
+{
+    for (int row = 0; row < 4; ++row) {
+        importOne(QStringLiteral("9.%1").arg(row));
+    }
+    home.execute(QStringLiteral("UPDATE DicomImage SET uploadDate = 5, syncState = CASE pk WHEN 1 THEN 0 "
+                                "WHEN 2 THEN 2 WHEN 3 THEN 3 END"));
+
+    EXPECT_EQ(pruneAll(), LocalPruneResult{});
+
+    EXPECT_EQ(index.totalCounts().images, 4);
+    EXPECT_EQ(storedFiles().size(), 4);
+}
+
+TEST_F(Prune, AFileSharedByTwoRowsOfWhichOneGoesStaysOnDisk)
+{
+    const QString path = uploaded(QStringLiteral("9.1"), {{kFrames, 2}});
+    home.execute(QStringLiteral("UPDATE DicomImage SET syncState = 2, uploadDate = NULL WHERE frameID = 1"));
+
+    EXPECT_EQ(pruneAll(), (LocalPruneResult{1, 1, 0, 0, 0, 0}));
+
+    EXPECT_TRUE(isStored(path));
+    EXPECT_EQ(noted(), 0) << "the row that is left protects it, and takes it along when it goes";
+    index.recordUploadResult({}, path, true);
+    EXPECT_EQ(pruneAll(), (LocalPruneResult{1, 1, 1, 1, 1, 0}));
+    EXPECT_FALSE(isStored(path));
+}
+
+TEST_F(Prune, AnImageSentAnewKeepsItsNewFile)
+{
+    uploaded(QStringLiteral("9.1"));
+    const QString anew = importOne(QStringLiteral("9.1"));
+
+    EXPECT_EQ(pruneAll(), LocalPruneResult{});
+    EXPECT_TRUE(isStored(anew));
+}
+
+TEST_F(Prune, KeepsParentsThatStillHoldImagesAndRollsThemUp)
+{
+    uploaded(QStringLiteral("9.1"));
+    const QString waiting = importOne(QStringLiteral("9.2"));
+    index.recordUploadResult({}, waiting, false);
+    uploaded(QStringLiteral("9.3"), {{kSeries, QStringLiteral("5")}});
+
+    EXPECT_EQ(pruneAll(), (LocalPruneResult{2, 2, 1, 0, 2, 0}));
+
+    EXPECT_EQ(home.rows(QStringLiteral("SELECT syncState FROM Series")), QStringList{QStringLiteral("2")});
+    EXPECT_EQ(home.rows(QStringLiteral("SELECT syncState FROM Study")), QStringList{QStringLiteral("2")});
+    EXPECT_TRUE(isStored(waiting));
+}
+
+TEST_F(Prune, HealsParentsThatWereEmptiedEarlier)
+{
+    importOne(QStringLiteral("7.1"), {{kStudy, QStringLiteral("7")}, {kSeries, QStringLiteral("7.1")}});
+    index.deleteSeries(QStringLiteral("7"), {QStringLiteral("7.10")});
+    importOne(QStringLiteral("8.1"), {{kStudy, QStringLiteral("8")}});
+    home.execute(QStringLiteral("DELETE FROM DicomImage"));
+    ASSERT_EQ(index.totalCounts(), (EntityCounts{2, 1, 0}));
+    uploaded(QStringLiteral("9.1"));
+
+    EXPECT_EQ(pruneAll(), (LocalPruneResult{1, 1, 2, 3, 1, 0}));
+    EXPECT_EQ(index.totalCounts(), (EntityCounts{0, 0, 0}));
+}
+
+TEST_F(Prune, ASlipOfAKeptCountTakesNoImageAlong)
+{
+    uploaded(QStringLiteral("9.1"));
+    const QString waiting = importOne(QStringLiteral("9.2"), {{kSeries, QStringLiteral("5")}});
+    home.execute(QStringLiteral("UPDATE Series SET imageCount = 0 WHERE seriesInstanceUID = '50'; "
+                                "UPDATE Study SET seriesCount = 1"));
+
+    EXPECT_EQ(pruneAll().deletedImageCount, 1);
+
+    EXPECT_TRUE(isStored(waiting));
+    EXPECT_EQ(home.rows(QStringLiteral("SELECT pathString FROM DicomImage")), QStringList{waiting});
+}
+
+TEST_F(Prune, ASaveThatFailsLeavesEveryRowAndFile)
+{
+    const QString path = uploaded(QStringLiteral("9.1"), {{kFrames, 2}});
+    home.execute(QStringLiteral("CREATE TRIGGER refuse BEFORE DELETE ON Study "
+                                "BEGIN SELECT raise(ABORT, 'refused'); END"));
+    home.announcements();
+
+    EXPECT_EQ(pruneAll(), (LocalPruneResult{2, 0, 0, 0, 0, 2}));
+
+    EXPECT_TRUE(isStored(path));
+    EXPECT_EQ(index.totalCounts(), (EntityCounts{1, 1, 2}));
+    EXPECT_EQ(noted(), 0);
+    EXPECT_EQ(home.announcements(), 0);
+}
+
+TEST_F(Prune, ASaveThatFailsHalfWayKeepsWhatWentBeforeAndCountsTheRest)
+{
+    uploaded(QStringLiteral("9.1"), {{kFrames, 700}});
+    home.execute(QStringLiteral("CREATE TRIGGER refuse BEFORE DELETE ON DicomImage WHEN OLD.frameID = 600 "
+                                "BEGIN SELECT raise(ABORT, 'refused'); END"));
+
+    const LocalPruneResult result = pruneAll();
+
+    EXPECT_EQ(result.eligibleImageCount, 700);
+    EXPECT_GT(result.deletedImageCount, 0);
+    EXPECT_EQ(result.failedImageCount, index.totalCounts().images);
+    EXPECT_EQ(result.deletedImageCount + result.failedImageCount, 700);
+    EXPECT_EQ(result.deletedFileCount, 0);
+    EXPECT_EQ(storedFiles().size(), 1);
+    home.execute(QStringLiteral("DROP TRIGGER refuse"));
+    EXPECT_EQ(pruneAll().deletedFileCount, 1);
+    EXPECT_TRUE(storedFiles().isEmpty());
+}
+
+TEST_F(Prune, CountsManyBatchesAsOne)
+{
+    for (int number = 0; number < 3; ++number) {
+        uploaded(QStringLiteral("9.%1").arg(number), {{kFrames, 400}});
+    }
+
+    EXPECT_EQ(pruneAll(), (LocalPruneResult{1200, 1200, 1, 1, 3, 0}));
+}
+
+TEST_F(Prune, ABlankPathIsNobodysFile)
+{
+    uploaded(QStringLiteral("9.1"));
+    home.execute(QStringLiteral("UPDATE DicomImage SET pathString = ' '"));
+
+    EXPECT_EQ(pruneAll(), (LocalPruneResult{1, 1, 1, 1, 0, 0}));
+    EXPECT_TRUE(QDir(home.fileStoreRoot()).exists());
+}
+
+TEST_F(Prune, AnAbsolutePathIsRemovedThere)
+{
+    const QString elsewhere = home.path(QStringLiteral("elsewhere.dcm"));
+    const QString path = uploaded(QStringLiteral("9.1"));
+    ASSERT_TRUE(QFile::rename(index.fileURL(path).toLocalFile(), elsewhere));
+    home.execute(QStringLiteral("UPDATE DicomImage SET pathString = '%1'").arg(elsewhere));
+
+    EXPECT_EQ(pruneAll().deletedFileCount, 1);
+    EXPECT_FALSE(QFile::exists(elsewhere));
+}
+
+TEST_F(Prune, AMissingFileIsNoErrorAndNotCounted)
+{
+    uploaded(QStringLiteral("9.1"));
+    const QString missing = uploaded(QStringLiteral("9.2"));
+    QFile::remove(index.fileURL(missing).toLocalFile());
+
+    EXPECT_EQ(pruneAll(), (LocalPruneResult{2, 2, 1, 1, 1, 0}));
+    EXPECT_EQ(noted(), 0);
+}
+
+TEST_F(DeleteStudies, TakeEverythingOfTheirsWhateverItsState)
+{
+    importOne(QStringLiteral("9.1"), {{kFrames, 2}});
+    uploaded(QStringLiteral("9.2"), {{kSeries, QStringLiteral("5")}});
+    const QString other = importOne(QStringLiteral("8.1"), {{kStudy, QStringLiteral("8")}});
+    home.announcements();
+
+    EXPECT_EQ(index.deleteStudies({QStringLiteral(" 1.2\n")}), (DeletionCounts{1, 1, 0}));
+
+    EXPECT_EQ(index.totalCounts(), (EntityCounts{1, 1, 1}));
+    EXPECT_EQ(storedFiles(), QStringList{index.fileURL(other).toLocalFile()});
+    EXPECT_EQ(noted(), 0);
+    EXPECT_EQ(home.announcements(), 0);
+}
+
+TEST_F(DeleteStudies, OfAListOfBlanksGiveThreeZeros)
+{
+    EXPECT_EQ(index.deleteStudies({QString(), QStringLiteral("  "), QStringLiteral("\n")}),
+              (DeletionCounts{0, 0, 0}));
+}
+
+TEST_F(DeleteStudies, OfOneUnknownIdentifierCountItAsFailed)
+{
+    importOne(QStringLiteral("9.1"));
+
+    EXPECT_EQ(index.deleteStudies({QStringLiteral("4.4")}), (DeletionCounts{1, 0, 1}));
+    EXPECT_EQ(index.totalCounts().studies, 1);
+}
+
+TEST_F(DeleteStudies, CountARepeatedIdentifierOnce)
+{
+    importOne(QStringLiteral("9.1"));
+
+    EXPECT_EQ(index.deleteStudies({QStringLiteral("1.2"), QStringLiteral(" 1.2 "), QStringLiteral("4.4")}),
+              (DeletionCounts{2, 1, 1}));
+}
+
+TEST_F(DeleteStudies, GoByTheIdentityOfASnapshotAlsoWithoutAUID)
+{
+    importOne(QStringLiteral("9.1"));
+    home.execute(QStringLiteral("UPDATE Study SET studyInstanceUID = NULL"));
+    const QString identity = index.studySnapshots().first().id;
+    ASSERT_TRUE(identity.startsWith(QStringLiteral("x-coredata://")));
+
+    EXPECT_EQ(index.deleteStudies({identity}), (DeletionCounts{1, 1, 0}));
+    EXPECT_TRUE(storedFiles().isEmpty());
+}
+
+TEST_F(DeleteStudies, ThatCanNotBeSavedHaveAllFailedAndTouchNoFile)
+{
+    importOne(QStringLiteral("9.1"));
+    importOne(QStringLiteral("8.1"), {{kStudy, QStringLiteral("8")}});
+    home.execute(
+        QStringLiteral("CREATE TRIGGER refuse BEFORE DELETE ON Study WHEN OLD.studyInstanceUID = '8' "
+                       "BEGIN SELECT raise(ABORT, 'refused'); END"));
+
+    EXPECT_EQ(index.deleteStudies({QStringLiteral("1.2"), QStringLiteral("8")}), (DeletionCounts{2, 0, 2}));
+
+    EXPECT_EQ(index.totalCounts(), (EntityCounts{2, 2, 2}));
+    EXPECT_EQ(storedFiles().size(), 2);
+    EXPECT_EQ(noted(), 0);
+}
+
+TEST_F(DeleteSeries, TakeTheirImagesAndLeaveTheStudy)
+{
+    importOne(QStringLiteral("9.1"));
+    const QString other = importOne(QStringLiteral("9.2"), {{kSeries, QStringLiteral("5")}});
+
+    EXPECT_EQ(index.deleteSeries(QStringLiteral("1.2"), {QStringLiteral("1.2.30"), QStringLiteral("4")}),
+              (DeletionCounts{2, 1, 1}));
+
+    EXPECT_EQ(index.totalCounts(), (EntityCounts{1, 1, 1}));
+    EXPECT_EQ(storedFiles(), QStringList{index.fileURL(other).toLocalFile()});
+}
+
+TEST_F(DeleteSeries, LeaveAnEmptyStudyUntilThePruneThatFindsRows)
+{
+    importOne(QStringLiteral("9.1"));
+
+    EXPECT_EQ(index.deleteSeries(QStringLiteral("1.2"), {QStringLiteral("1.2.30")}),
+              (DeletionCounts{1, 1, 0}));
+
+    EXPECT_EQ(index.totalCounts(), (EntityCounts{1, 0, 0}));
+    uploaded(QStringLiteral("8.1"), {{kStudy, QStringLiteral("8")}});
+    EXPECT_EQ(pruneAll().deletedStudyCount, 2);
+}
+
+TEST_F(DeleteSeries, OfABlankStudyHaveAllFailed)
+{
+    importOne(QStringLiteral("9.1"));
+
+    EXPECT_EQ(index.deleteSeries(QStringLiteral(" \n"), {QStringLiteral("1.2.30"), QStringLiteral("5")}),
+              (DeletionCounts{2, 0, 2}));
+    EXPECT_EQ(index.deleteSeries(QStringLiteral("1.2"), {QStringLiteral(" ")}), (DeletionCounts{0, 0, 0}));
+    EXPECT_EQ(index.totalCounts().series, 1);
+}
+
+TEST_F(DeleteSeries, OfAnUnknownStudyHaveAllFailed)
+{
+    importOne(QStringLiteral("9.1"));
+
+    EXPECT_EQ(index.deleteSeries(QStringLiteral("4.4"), {QStringLiteral("1.2.30")}),
+              (DeletionCounts{1, 0, 1}));
+}
+
+TEST_F(DeleteSeries, OfAnotherStudyAreNotFound)
+{
+    importOne(QStringLiteral("9.1"));
+    importOne(QStringLiteral("8.1"), {{kStudy, QStringLiteral("8")}, {kSeries, QStringLiteral("5")}});
+
+    EXPECT_EQ(index.deleteSeries(QStringLiteral("1.2"), {QStringLiteral("50")}), (DeletionCounts{1, 0, 1}));
+    EXPECT_EQ(index.totalCounts().series, 2);
+}
+
+TEST_F(Removals, ThatFailAreNotCountedAndDoneByTheNextPrune)
+{
+    const QString path = uploaded(QStringLiteral("9.1"));
+    disk.failStep(0, EACCES);
+
+    EXPECT_EQ(pruneAll(), (LocalPruneResult{1, 1, 1, 1, 0, 0}));
+    EXPECT_TRUE(isStored(path));
+    EXPECT_EQ(noted(), 1);
+
+    disk.heal();
+    EXPECT_EQ(pruneAll(), LocalPruneResult{}) << "the rows have gone with another prune";
+    EXPECT_FALSE(isStored(path));
+    EXPECT_EQ(noted(), 0);
+}
+
+TEST_F(Removals, ThatAreNotYetDurableStayNoted)
+{
+    uploaded(QStringLiteral("9.1"));
+    disk.failStep(1, EIO); // the sync of the folder
+
+    EXPECT_EQ(pruneAll().deletedFileCount, 1);
+    EXPECT_EQ(noted(), 1);
+
+    disk.heal();
+    index.finishRemovals();
+    EXPECT_EQ(noted(), 0);
+}
+
+TEST_F(Removals, OneThatFailsHoldsUpNoOther)
+{
+    for (int number = 0; number < 3; ++number) {
+        uploaded(QStringLiteral("9.%1").arg(number));
+    }
+    disk.failStep(1, EACCES);
+
+    EXPECT_EQ(pruneAll().deletedFileCount, 2);
+    EXPECT_EQ(storedFiles().size(), 1);
+    EXPECT_EQ(noted(), 1);
+}
+
+TEST_F(Removals, WaitWhileTheFolderIsOutOfSight)
+{
+    const QString path = uploaded(QStringLiteral("9.1"));
+    const QString away = home.path(QStringLiteral("away"));
+    ASSERT_TRUE(QDir().rename(home.fileStoreRoot(), away));
+
+    EXPECT_EQ(pruneAll().deletedFileCount, 0);
+    EXPECT_EQ(noted(), 1);
+
+    ASSERT_TRUE(QDir().rename(away, home.fileStoreRoot()));
+    index.finishRemovals();
+    EXPECT_FALSE(isStored(path));
+    EXPECT_EQ(noted(), 0);
+}
+
+TEST_F(Removals, OfAFileThatARowRefersToAgainAreDropped)
+{
+    const QString path = importOne(QStringLiteral("9.1"));
+    home.execute(QStringLiteral("INSERT INTO PendingRemoval VALUES ('%1')").arg(path));
+
+    index.finishRemovals();
+
+    EXPECT_TRUE(isStored(path));
+    EXPECT_EQ(noted(), 0);
+}
+
+TEST_F(Removals, AreFinishedPageByPageAlsoWhenSomeFail)
+{
+    constexpr int kFiles = 1100;
+    for (int number = 0; number < kFiles; ++number) {
+        QDir().mkpath(home.fileStoreRoot() + QStringLiteral("/10000"));
+        QFile file(home.fileStoreRoot() + QStringLiteral("/10000/%1.dcm").arg(number));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    }
+    home.execute(
+        QStringLiteral("WITH RECURSIVE n (i) AS (SELECT 0 UNION ALL SELECT i + 1 FROM n WHERE i < %1) "
+                       "INSERT INTO PendingRemoval SELECT '10000/' || i || '.dcm' FROM n")
+            .arg(kFiles - 1));
+    disk.failStep(3, EACCES);
+
+    index.finishRemovals();
+
+    EXPECT_EQ(storedFiles().size(), 1);
+    EXPECT_EQ(noted(), 1);
+}
+
+TEST(DeletionThreads, PruneDeleteAndImportAtTheSameTime)
+{
+    constexpr int kImages = 40;
+    TemporaryIndex home;
+    DicomDB &index = home.index();
+    std::atomic<int> importing = 2;
+    std::latch start(4);
+    std::atomic<std::int64_t> pruned = 0;
+    std::vector<std::thread> threads;
+    threads.reserve(4);
+    for (int importer = 0; importer < 2; ++importer) {
+        threads.emplace_back([&, importer] {
+            start.arrive_and_wait();
+            for (int image = 0; image < kImages; ++image) {
+                const auto elements =
+                    TemporaryIndex::image(QStringLiteral("9.%1.%2").arg(importer).arg(image),
+                                          {{kStudy, QStringLiteral("%1").arg(image)}});
+                index.importFile(home.file(elements, QStringLiteral("source-%1.dcm").arg(importer)));
+            }
+            --importing;
+        });
+    }
+    threads.emplace_back([&] {
+        start.arrive_and_wait();
+        for (bool last = false; !last;) {
+            last = importing == 0;
+            for (const PendingImageUpload &candidate : index.pendingImageUploads(5)) {
+                index.recordUploadResult(candidate.imageObjectIDs, candidate.storagePath, true);
+                last = false;
+            }
+            home.clock.advance(std::chrono::milliseconds(1));
+            pruned += index.pruneSyncedImages(home.clock.now()).deletedImageCount;
+        }
+    });
+    threads.emplace_back([&] {
+        start.arrive_and_wait();
+        while (importing > 0) {
+            index.deleteStudies({QStringLiteral("7")});
+            index.finishRemovals();
+        }
+    });
+    for (std::thread &thread : threads) {
+        thread.join();
+    }
+
+    EXPECT_GE(pruned, 2 * (kImages - 1));
+    EXPECT_EQ(index.totalCounts().images, 0);
+    EXPECT_EQ(home.number(QStringLiteral("SELECT count(*) FROM PendingRemoval")), 0);
+    QDirIterator walk(home.fileStoreRoot(), QDir::Files, QDirIterator::Subdirectories);
+    EXPECT_FALSE(walk.hasNext());
+}
+
+} // namespace gateway::index
