@@ -72,7 +72,10 @@ public:
 class NoCleanup final : public upload::GatewayAutoDeleteCleanupServicing
 {
 public:
-    void requestCleanup(const QString &, const std::optional<QString> &) override {}
+    void
+    runCleanup(const QString &, const std::optional<QString> &, const std::optional<QDateTime> &) override
+    {
+    }
 };
 
 class AlwaysSignedIn final : public upload::UploadSession

@@ -29,7 +29,7 @@ void AppDelegate::applicationDidFinishLaunching()
     observeRequests();
     m_with.main.post(weak_from_this(), [this] { finishLaunching(); });
     m_with.store().requestUpload(QStringLiteral("app_launch"));
-    m_with.autoDeleteCleanupService.requestCleanup(QStringLiteral("app_launch"), std::nullopt);
+    m_with.autoDeleteCleanupService.runCleanup(QStringLiteral("app_launch"), std::nullopt, std::nullopt);
     startPeriodicCleanup();
 }
 
@@ -82,7 +82,7 @@ void AppDelegate::startPeriodicCleanup()
         "auto-delete",
         [&clock = m_with.clock, &service = m_with.autoDeleteCleanupService](const std::stop_token &stop) {
             while (clock.sleep(kPeriodicAutoDeleteCleanupInterval, stop)) {
-                service.requestCleanup(QStringLiteral("periodic_1h"), std::nullopt);
+                service.runCleanup(QStringLiteral("periodic_1h"), std::nullopt, std::nullopt);
             }
         });
 }

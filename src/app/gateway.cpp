@@ -3,14 +3,17 @@
 #include "app/dicom_dictionary.h"
 #include "app/no_announcements.h"
 #include "core/device_id.h"
+#include "core/retention_policy.h"
 #include "log/gateway_log_file_sink.h"
 #include "platform/dicom/dcmtk_store_scp.h"
 #include "platform/dicom/helper_process.h"
 #include "platform/files/file_system.h"
 #include "platform/keychain/token_store.h"
+#include "upload/retention_cutoff.h"
 #include "upload/upload_run.h"
 
 #include <QtCore/QProcessEnvironment>
+#include <QtCore/QTimeZone>
 
 #include <algorithm>
 #include <chrono>
@@ -65,7 +68,8 @@ Gateway::Gateway(Options options)
       m_tokens(platform::makeTokenStore(m_options.layout.tokenFolder())),
       m_cloud(cloudConfiguration(), *m_tokens), m_authenticationApi(m_cloud), m_userApi(m_cloud),
       m_statusApi(m_cloud), m_stowApi(m_cloud), m_face(m_options.writeLine), m_figures(m_clock),
-      m_netServices(makeNetServices()), m_session(std::make_unique<Session>(m_cloud)), m_uploadIndex(m_index),
+      m_cleanup(cleanupCollaborators()), m_netServices(makeNetServices()),
+      m_session(std::make_unique<Session>(m_cloud)), m_uploadIndex(m_index),
       m_uploadCollaborators{m_uploadIndex,
                             m_stowApi,
                             m_converter,
@@ -163,6 +167,22 @@ std::shared_ptr<receive::StoreListenerService> Gateway::makeListener(std::functi
         receive::StoreListenerService::Places{defaultInbox, m_options.bindAddress});
 }
 
+upload::GatewayAutoDeleteCleanupService::Collaborators Gateway::cleanupCollaborators()
+{
+    return {m_emitter,
+            m_main,
+            [this](const QDateTime &now) {
+                return upload::retentionCutoff(
+                    core::effectiveRetentionPolicy(m_settings), now, QTimeZone::systemTimeZone());
+            },
+            [this](const QDateTime &cutoff) { return m_index.pruneSyncedImages(cutoff); },
+            [this] {
+                m_figures.refreshCounters();
+                m_figures.refreshTransferSeries();
+            },
+            [this] { return m_clock.now(); }};
+}
+
 AppDelegate::Collaborators Gateway::delegateCollaborators()
 {
     return {m_settings,
@@ -203,6 +223,7 @@ void Gateway::launch()
     m_auth.startPolling(kSessionPoll);
     m_reachability->refresh();
     m_storage->measure([](StorageFigures) {});
+    m_globalPool.run([this] { m_index.finishRemovals(); });
 }
 
 void Gateway::terminate()

@@ -34,6 +34,7 @@
 #include "platform/quorin_api/quorin_api_client.h"
 #include "platform/system_log/journal_system_log.h"
 #include "upload/dicom_db_upload_index.h"
+#include "upload/gateway_auto_delete_cleanup_service.h"
 #include "upload/upload_collaborators.h"
 
 #include <memory>
@@ -83,6 +84,7 @@ private:
     std::shared_ptr<Store> makeStore();
     std::shared_ptr<receive::StoreListenerService> makeListener(std::function<void(QString)> onImported);
     upload::StoreUpload::ExecutionConfig uploadConfig() const;
+    upload::GatewayAutoDeleteCleanupService::Collaborators cleanupCollaborators();
     AppDelegate::Collaborators delegateCollaborators();
     InstanceCommands::Collaborators commandCollaborators();
 
@@ -116,7 +118,7 @@ private:
     HeadlessFace m_face;
     LiveFigures m_figures;
     PackagedUpkeep m_upkeep;
-    KeepsEverything m_cleanup;
+    upload::GatewayAutoDeleteCleanupService m_cleanup;
     NoTermsFollowUp m_terms;
     std::unique_ptr<platform::NetServicePublishing> m_netServices;
     std::unique_ptr<Session> m_session;

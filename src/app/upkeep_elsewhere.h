@@ -15,13 +15,6 @@ public:
     void checkForUpdates(const QString &) override {}
 };
 
-/// Keeps every stored image: no retention is carried out.
-class KeepsEverything final : public upload::GatewayAutoDeleteCleanupServicing
-{
-public:
-    void requestCleanup(const QString &, const std::optional<QString> &) override {}
-};
-
 /// Leaves the question of terms to whoever signs in next.
 class NoTermsFollowUp final : public upload::TermsFollowUp
 {

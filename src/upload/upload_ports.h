@@ -2,6 +2,7 @@
 
 #include "index/pending_image_upload.h"
 
+#include <QtCore/QDateTime>
 #include <QtCore/QList>
 #include <QtCore/QString>
 #include <QtCore/QUrl>
@@ -85,9 +86,12 @@ public:
 
     /// Queues a cleanup and returns at once.
     ///
-    /// \param trigger        a short word for the log.
-    /// \param correlationId  the run that asks, if one does.
-    virtual void requestCleanup(const QString &trigger, const std::optional<QString> &correlationId) = 0;
+    /// \param trigger         a short word for the log.
+    /// \param correlationId   the run that asks, if one does.
+    /// \param overrideCutoff  stands for now: the policy still goes from there.
+    virtual void runCleanup(const QString &trigger,
+                            const std::optional<QString> &correlationId,
+                            const std::optional<QDateTime> &overrideCutoff) = 0;
 };
 
 } // namespace gateway::upload

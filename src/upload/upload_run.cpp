@@ -152,7 +152,7 @@ void UploadRun::settle(UploadRound &round)
     assertMayBeRecorded(round.contexts(), outcomes);
     record(outcomes);
     if (hasSuccess(outcomes)) {
-        m_with.cleanup.requestCleanup(QStringLiteral("upload_success"), m_run.runId);
+        m_with.cleanup.runCleanup(QStringLiteral("upload_success"), m_run.runId, std::nullopt);
     }
     if (!outcomes.isEmpty() || resetImages > 0) {
         refreshState();

@@ -60,7 +60,9 @@ private:
 class RecordingCleanup final : public upload::GatewayAutoDeleteCleanupServicing
 {
 public:
-    void requestCleanup(const QString &trigger, const std::optional<QString> &) override
+    void runCleanup(const QString &trigger,
+                    const std::optional<QString> &,
+                    const std::optional<QDateTime> &) override
     {
         const platform::MutexLock lock(m_mutex);
         m_triggers.append(trigger);

@@ -94,7 +94,9 @@ public:
 class RecordingCleanup final : public GatewayAutoDeleteCleanupServicing
 {
 public:
-    void requestCleanup(const QString &trigger, const std::optional<QString> &correlationId) override
+    void runCleanup(const QString &trigger,
+                    const std::optional<QString> &correlationId,
+                    const std::optional<QDateTime> &) override
     {
         const platform::MutexLock lock(m_mutex);
         m_requests.push_back({trigger, correlationId.value_or(QString())});
