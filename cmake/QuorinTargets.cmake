@@ -7,11 +7,12 @@
 #       TESTS a_test.cpp b_test.cpp    one executable <name>_test, each case a ctest
 #       TEST_LINKS ...
 #       MOC                            the sources hold QObject classes
-#       THREADED)                      the tests also run under ThreadSanitizer
+#       THREADED                       the tests also run under ThreadSanitizer
+#       WIDGETS)                       the tests run under a QApplication, without a display
 include(GoogleTest)
 
 function(quorin_library name)
-    cmake_parse_arguments(ARG "MOC;THREADED" "" "SOURCES;LINKS;PRIVATE_LINKS;TESTS;TEST_LINKS" ${ARGN})
+    cmake_parse_arguments(ARG "MOC;THREADED;WIDGETS" "" "SOURCES;LINKS;PRIVATE_LINKS;TESTS;TEST_LINKS" ${ARGN})
     add_library(quorin_${name} STATIC ${ARG_SOURCES})
     add_library(quorin::${name} ALIAS quorin_${name})
     target_include_directories(quorin_${name} PUBLIC "${CMAKE_SOURCE_DIR}/src")
@@ -20,23 +21,30 @@ function(quorin_library name)
         set_target_properties(quorin_${name} PROPERTIES AUTOMOC ON)
     endif()
     if(ARG_TESTS)
-        set(threaded)
-        if(ARG_THREADED)
-            set(threaded THREADED)
-        endif()
-        quorin_test(${name}_test ${threaded} SOURCES ${ARG_TESTS} LINKS quorin::${name} ${ARG_TEST_LINKS})
+        set(options)
+        foreach(option IN ITEMS THREADED WIDGETS)
+            if(ARG_${option})
+                list(APPEND options ${option})
+            endif()
+        endforeach()
+        quorin_test(${name}_test ${options} SOURCES ${ARG_TESTS} LINKS quorin::${name} ${ARG_TEST_LINKS})
     endif()
 endfunction()
 
-# A test executable of GoogleTest cases that run under a QCoreApplication.
+# A test executable of GoogleTest cases that run under a QCoreApplication, or with WIDGETS under a QApplication whose
+# windows need no display.
 function(quorin_test name)
-    cmake_parse_arguments(ARG "THREADED;MOC" "" "SOURCES;LINKS" ${ARGN})
+    cmake_parse_arguments(ARG "THREADED;MOC;WIDGETS" "" "SOURCES;LINKS" ${ARGN})
     if(NOT QUORIN_UNIT_TESTS OR (QUORIN_TSAN AND NOT ARG_THREADED))
         return()
     endif()
     add_executable(${name} ${ARG_SOURCES})
     target_include_directories(${name} PRIVATE "${CMAKE_SOURCE_DIR}")
-    target_link_libraries(${name} PRIVATE ${ARG_LINKS} quorin_test_main GTest::gmock)
+    set(main quorin_test_main)
+    if(ARG_WIDGETS)
+        set(main quorin_widget_test_main)
+    endif()
+    target_link_libraries(${name} PRIVATE ${ARG_LINKS} ${main} GTest::gmock)
     if(ARG_MOC)
         set_target_properties(${name} PROPERTIES AUTOMOC ON)
     endif()

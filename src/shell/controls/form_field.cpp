@@ -1,0 +1,40 @@
+#include "shell/controls/form_field.h"
+
+#include "shell/controls/text_field.h"
+#include "shell/controls/text_label.h"
+#include "shell/theme/theme.h"
+
+#include <QtWidgets/QVBoxLayout>
+
+namespace gateway::shell {
+
+FormField::FormField(
+    const Theme &theme, const QString &label, TextField *field, const QString &hint, QWidget *parent)
+    : QWidget(parent), m_field(field), m_hint(hint),
+      m_below(new TextLabel(theme, hint, TypeStyle::small, Color::muted))
+{
+    auto *column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(theme.space(Space::hair) + 2);
+    auto *name = new TextLabel(theme, label, TypeStyle::small, Color::text2);
+    name->setBuddy(field);
+    column->addWidget(name);
+    column->addWidget(field);
+    m_below->setWordWrap(true);
+    m_below->setVisible(!hint.isEmpty());
+    column->addWidget(m_below);
+    field->setAccessibleName(label);
+    field->setAccessibleDescription(hint);
+}
+
+void FormField::setError(const QString &reason)
+{
+    const bool isWrong = !reason.isEmpty();
+    m_field->setInvalid(isWrong);
+    m_field->setAccessibleDescription(isWrong ? reason : m_hint);
+    m_below->setColor(isWrong ? Color::red : Color::muted);
+    m_below->setText(isWrong ? reason : m_hint);
+    m_below->setVisible(!m_below->text().isEmpty());
+}
+
+} // namespace gateway::shell

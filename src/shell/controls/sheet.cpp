@@ -1,0 +1,184 @@
+#include "shell/controls/sheet.h"
+
+#include "shell/controls/painting.h"
+#include "shell/controls/text_label.h"
+#include "shell/theme/focus_watcher.h"
+#include "shell/theme/theme.h"
+
+#include <QtGui/QKeyEvent>
+#include <QtGui/QPainter>
+#include <QtGui/QShortcutEvent>
+#include <QtWidgets/QApplication>
+
+namespace gateway::shell {
+
+namespace {
+
+constexpr int kPanelWidth = 420;
+
+/// Whether the keyboard is what the operator works with at the moment.
+Qt::FocusReason reasonAfter(const QWidget *focusBefore)
+{
+    return focusBefore != nullptr && showsFocus(*focusBefore) ? Qt::TabFocusReason : Qt::OtherFocusReason;
+}
+
+} // namespace
+
+Sheet::Sheet(const Theme &theme, QWidget &window, const QString &title)
+    : QWidget(&window), m_theme(theme), m_title(title), m_panel(new QWidget(this)),
+      m_body(new QVBoxLayout(m_panel)), m_dim(theme, *this, 0)
+{
+    announceAccessible();
+    setFocusPolicy(Qt::StrongFocus);
+    const int page = theme.space(Space::page);
+    m_body->setContentsMargins(page, page, page, page);
+    m_body->setSpacing(theme.space(Space::wide));
+    auto *heading = new TextLabel(theme, title, TypeStyle::h2);
+    heading->setWordWrap(true);
+    m_body->addWidget(heading);
+    m_panel->setFixedWidth(kPanelWidth);
+    hide();
+    window.installEventFilter(this);
+    connect(&theme, &Theme::themeChanged, this, qOverload<>(&QWidget::update));
+}
+
+void Sheet::setPanelWidth(int width)
+{
+    m_panel->setFixedWidth(width);
+}
+
+void Sheet::open(QWidget *first)
+{
+    m_focusBefore = window()->focusWidget();
+    place();
+    raise();
+    show();
+    place(); // the height is known only now that the parts are polished
+    m_dim.moveTo(1, Motion::base);
+    qApp->installEventFilter(this);
+    const QList<QWidget *> all = stops();
+    QWidget *const wanted = first != nullptr ? first : all.isEmpty() ? this : all.first();
+    wanted->setFocus(reasonAfter(m_focusBefore));
+}
+
+void Sheet::closeSheet()
+{
+    if (isHidden()) {
+        return;
+    }
+    qApp->removeEventFilter(this);
+    const Qt::FocusReason reason = reasonAfter(window()->focusWidget());
+    hide();
+    m_dim.jumpTo(0);
+    if (m_focusBefore != nullptr) {
+        m_focusBefore->setFocus(reason);
+    }
+}
+
+void Sheet::dismiss()
+{
+    if (m_isDismissible) {
+        closeSheet();
+        Q_EMIT dismissed();
+    }
+}
+
+void Sheet::place()
+{
+    setGeometry(parentWidget()->rect());
+    m_panel->adjustSize();
+    const int room = height() - 2 * m_theme.space(Space::page);
+    if (m_panel->height() > room) {
+        m_panel->resize(m_panel->width(), room);
+    }
+    m_panel->move((width() - m_panel->width()) / 2, (height() - m_panel->height()) / 2);
+}
+
+QList<QWidget *> Sheet::stops() const
+{
+    QList<QWidget *> found;
+    QWidget *const start = m_panel;
+    for (QWidget *widget = start->nextInFocusChain(); widget != start; widget = widget->nextInFocusChain()) {
+        const bool stops = (widget->focusPolicy() & Qt::TabFocus) != 0 && widget->focusProxy() == nullptr;
+        if (m_panel->isAncestorOf(widget) && widget->isVisibleTo(this) && widget->isEnabled() && stops) {
+            found.append(widget);
+        }
+    }
+    return found;
+}
+
+bool Sheet::focusNextPrevChild(bool next)
+{
+    const QList<QWidget *> all = stops();
+    if (all.isEmpty()) {
+        return true; // handled: the focus stays in the sheet
+    }
+    const qsizetype at = all.indexOf(window()->focusWidget());
+    const qsizetype count = all.size();
+    const qsizetype wanted = at < 0 ? (next ? 0 : count - 1) : (at + (next ? 1 : count - 1)) % count;
+    all[wanted]->setFocus(next ? Qt::TabFocusReason : Qt::BacktabFocusReason);
+    return true;
+}
+
+bool Sheet::isForeignShortcut(QObject *receiver) const
+{
+    for (const QObject *object = receiver; object != nullptr; object = object->parent()) {
+        if (object == this) {
+            return false;
+        }
+        if (object == window()) {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool Sheet::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched == parentWidget() && event->type() == QEvent::Resize && isVisible()) {
+        place();
+    }
+    if (event->type() == QEvent::Shortcut && isVisible() && isForeignShortcut(watched)) {
+        return true;
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
+void Sheet::keyPressEvent(QKeyEvent *event)
+{
+    if (event->key() == Qt::Key_Escape) {
+        dismiss();
+    } else if ((event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) &&
+               m_defaultButton != nullptr) {
+        m_defaultButton->click();
+    }
+    // No key reaches what is behind the sheet.
+}
+
+void Sheet::mousePressEvent(QMouseEvent *event)
+{
+    if (!m_panel->geometry().contains(event->position().toPoint())) {
+        dismiss();
+    }
+}
+
+void Sheet::paintEvent(QPaintEvent * /*event*/)
+{
+    QPainter painter(this);
+    QColor scrim = m_theme.color(Color::scrim);
+    scrim.setAlphaF(scrim.alphaF() * static_cast<float>(m_dim.value()));
+    painter.fillRect(rect(), scrim);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const int radius = m_theme.radius(Radius::window);
+    const QRect body = m_panel->geometry();
+    paintSoftShadow(painter, m_theme, body, radius);
+    QLinearGradient light(body.topLeft(), body.bottomLeft());
+    light.setColorAt(0, m_theme.color(Color::cardTop));
+    light.setColorAt(1, m_theme.color(Color::card));
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(light);
+    painter.drawRoundedRect(body, radius, radius);
+    paintInnerStroke(painter, m_theme, body, radius);
+}
+
+} // namespace gateway::shell

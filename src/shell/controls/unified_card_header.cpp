@@ -1,0 +1,31 @@
+#include "shell/controls/unified_card_header.h"
+
+#include "shell/controls/symbol_tile.h"
+#include "shell/controls/text_label.h"
+#include "shell/theme/theme.h"
+
+namespace gateway::shell {
+
+UnifiedCardHeader::UnifiedCardHeader(const Theme &theme,
+                                     const QString &icon,
+                                     const QString &title,
+                                     Color iconColor,
+                                     QWidget *trailing,
+                                     QWidget *parent)
+    : QWidget(parent)
+{
+    auto *row = new QHBoxLayout(this);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->setSpacing(theme.space(Space::gap));
+    row->addWidget(
+        new SymbolTile(theme, icon, iconColor, theme.size(Size::icon), SymbolTile::Ground::tinted));
+    row->addWidget(new TextLabel(theme, title, TypeStyle::h3));
+    row->addStretch();
+    if (trailing != nullptr) {
+        row->addWidget(trailing);
+    }
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    setAccessibleName(title);
+}
+
+} // namespace gateway::shell

@@ -1,0 +1,55 @@
+#include "shell/testing/screen_checks.h"
+
+#include <QtWidgets/QAbstractButton>
+#include <QtWidgets/QLabel>
+
+namespace gateway::shell::testing {
+
+namespace {
+
+bool isNarrow(const QWidget &widget)
+{
+    return widget.width() < widget.sizeHint().width();
+}
+
+bool isLow(const QLabel &label)
+{
+    return label.wordWrap() ? label.height() < label.heightForWidth(label.width())
+                            : label.height() < label.sizeHint().height();
+}
+
+} // namespace
+
+QString lengthened(const QString &text)
+{
+    const qsizetype more = (text.size() * 2 + 4) / 5;
+    return text + QStringLiteral("åßéñ").repeated(more / 4 + 1).left(more);
+}
+
+QString PseudoLocale::translate(const char * /*context*/,
+                                const char *sourceText,
+                                const char * /*disambiguation*/,
+                                int /*number*/) const
+{
+    return lengthened(QString::fromUtf8(sourceText));
+}
+
+QStringList clippedIn(const QWidget &root)
+{
+    QStringList clipped;
+    const QList<QLabel *> labels = root.findChildren<QLabel *>();
+    for (const QLabel *label : labels) {
+        if (label->isVisible() && ((!label->wordWrap() && isNarrow(*label)) || isLow(*label))) {
+            clipped.append(label->text());
+        }
+    }
+    const QList<QAbstractButton *> buttons = root.findChildren<QAbstractButton *>();
+    for (const QAbstractButton *button : buttons) {
+        if (button->isVisible() && !button->text().isEmpty() && isNarrow(*button)) {
+            clipped.append(button->text());
+        }
+    }
+    return clipped;
+}
+
+} // namespace gateway::shell::testing
