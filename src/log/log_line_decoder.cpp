@@ -2,30 +2,35 @@
 
 #include <simdjson.h>
 
+#include <chrono>
+
 namespace gateway::log {
 
 struct LogLineDecoder::Parser
 {
     simdjson::dom::parser json;
+    LogLineView view;
 };
 
 namespace {
+
+static_assert(LogLineDecoder::kReadAhead >= static_cast<qsizetype>(simdjson::SIMDJSON_PADDING));
 
 QString toText(std::string_view utf8)
 {
     return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
 }
 
+std::optional<QString> toText(const std::optional<std::string_view> &utf8)
+{
+    return utf8 ? std::optional(toText(*utf8)) : std::nullopt;
+}
+
 // The readers below take the value of one key into its field and say whether it was of the right kind.
 
-bool read(simdjson::dom::element value, QString &field)
+bool read(simdjson::dom::element value, std::string_view &field)
 {
-    std::string_view text;
-    if (value.get(text) != simdjson::SUCCESS) {
-        return false;
-    }
-    field = toText(text);
-    return true;
+    return value.get(field) == simdjson::SUCCESS;
 }
 
 bool read(simdjson::dom::element value, qint64 &field)
@@ -38,23 +43,24 @@ bool read(simdjson::dom::element value, qint64 &field)
     return true;
 }
 
-bool read(simdjson::dom::element value, QMap<QString, QString> &field)
+bool read(simdjson::dom::element value, std::vector<LogLineDetail> &field)
 {
     simdjson::dom::object object;
     if (value.get(object) != simdjson::SUCCESS) {
         return false;
     }
+    field.reserve(object.size());
     for (const auto entry : object) {
-        QString text;
-        if (!read(entry.value, text)) {
+        LogLineDetail &detail = field.emplace_back();
+        detail.key = entry.key;
+        if (!read(entry.value, detail.value)) {
             return false;
         }
-        field.insert(toText(entry.key), text);
     }
     return true;
 }
 
-bool read(simdjson::dom::element value, GatewayLogError &field)
+bool read(simdjson::dom::element value, LogLineError &field)
 {
     simdjson::dom::object object;
     if (value.get(object) != simdjson::SUCCESS) {
@@ -113,7 +119,7 @@ int digits(std::string_view text)
 }
 
 /// Takes a time of the form 2026-01-31T23:59:59Z.
-bool readTimestamp(simdjson::dom::element value, QDateTime &field)
+bool readTimestamp(simdjson::dom::element value, qint64 &field)
 {
     std::string_view text;
     if (value.get(text) != simdjson::SUCCESS || text.size() != 20 || text[4] != '-' || text[7] != '-' ||
@@ -121,12 +127,20 @@ bool readTimestamp(simdjson::dom::element value, QDateTime &field)
         return false;
     }
     const int year = digits(text.substr(0, 4));
-    const QDate date(year, digits(text.substr(5, 2)), digits(text.substr(8, 2)));
-    const QTime time(digits(text.substr(11, 2)), digits(text.substr(14, 2)), digits(text.substr(17, 2)));
-    if (year < 1 || !date.isValid() || !time.isValid()) {
+    const int month = digits(text.substr(5, 2));
+    const int day = digits(text.substr(8, 2));
+    const int hour = digits(text.substr(11, 2));
+    const int minute = digits(text.substr(14, 2));
+    const int second = digits(text.substr(17, 2));
+    const std::chrono::year_month_day date(std::chrono::year(year),
+                                           std::chrono::month(static_cast<unsigned>(month)),
+                                           std::chrono::day(static_cast<unsigned>(day)));
+    const bool isTime = hour >= 0 && hour < 24 && minute >= 0 && minute < 60 && second >= 0 && second < 60;
+    if (year < 1 || month < 1 || day < 1 || !date.ok() || !isTime) {
         return false;
     }
-    field = QDateTime(date, time, Qt::UTC);
+    const auto midnight = std::chrono::sys_days(date).time_since_epoch();
+    field = std::chrono::seconds(midnight).count() + (hour * 60 + minute) * 60 + second;
     return true;
 }
 
@@ -144,57 +158,104 @@ struct Presence
 };
 
 /// \return false when the key is known and its value is wrong.
-bool readMandatory(simdjson::dom::key_value_pair entry, GatewayLogEvent &event, Presence &presence)
+bool readMandatory(simdjson::dom::key_value_pair entry, LogLineView &view, Presence &presence)
 {
     if (entry.key == "eventId") {
-        return presence.eventId = read(entry.value, event.eventId);
+        return presence.eventId = read(entry.value, view.eventId);
     }
     if (entry.key == "timestamp") {
-        return presence.timestamp = readTimestamp(entry.value, event.timestamp);
+        return presence.timestamp = readTimestamp(entry.value, view.secondsSinceEpoch);
     }
     if (entry.key == "level") {
-        return presence.level = readCase(entry.value, &logLevel, event.level);
+        return presence.level = readCase(entry.value, &logLevel, view.level);
     }
     if (entry.key == "category") {
-        return presence.category = readCase(entry.value, &logCategory, event.category);
+        return presence.category = readCase(entry.value, &logCategory, view.category);
     }
     if (entry.key == "action") {
-        return presence.action = readCase(entry.value, &logAction, event.action);
+        return presence.action = readCase(entry.value, &logAction, view.action);
     }
     if (entry.key == "outcome") {
-        return presence.outcome = readCase(entry.value, &logOutcome, event.outcome);
+        return presence.outcome = readCase(entry.value, &logOutcome, view.outcome);
     }
     return true;
 }
 
 /// \return false when the key is known and its value is wrong.
-bool readOptionals(simdjson::dom::key_value_pair entry, GatewayLogEvent &event)
+bool readOptionals(simdjson::dom::key_value_pair entry, LogLineView &view)
 {
     if (entry.key == "correlationId") {
-        return readOptional(entry.value, event.correlationId);
+        return readOptional(entry.value, view.correlationId);
     }
     if (entry.key == "assocHash") {
-        return readOptional(entry.value, event.assocHash);
+        return readOptional(entry.value, view.assocHash);
     }
     if (entry.key == "fileHash") {
-        return readOptional(entry.value, event.fileHash);
+        return readOptional(entry.value, view.fileHash);
     }
     if (entry.key == "fileSizeBytes") {
-        return readOptional(entry.value, event.fileSizeBytes);
+        return readOptional(entry.value, view.fileSizeBytes);
     }
     if (entry.key == "attempt") {
-        return readOptional(entry.value, event.attempt);
+        return readOptional(entry.value, view.attempt);
     }
     if (entry.key == "details") {
-        return readOptional(entry.value, event.details);
+        return readOptional(entry.value, view.details);
     }
     if (entry.key == "error") {
-        return readOptional(entry.value, event.error);
+        return readOptional(entry.value, view.error);
     }
     return true;
 }
 
+bool fill(LogLineView &view, simdjson::simdjson_result<simdjson::dom::element> parsed)
+{
+    simdjson::dom::object object;
+    if (parsed.get(object) != simdjson::SUCCESS) {
+        return false;
+    }
+    view = LogLineView();
+    Presence presence;
+    for (const auto entry : object) {
+        if (!readMandatory(entry, view, presence) || !readOptionals(entry, view)) {
+            return false;
+        }
+    }
+    return presence.isComplete();
+}
+
+GatewayLogEvent toEvent(const LogLineView &view)
+{
+    GatewayLogEvent event;
+    event.eventId = toText(view.eventId);
+    event.timestamp = QDateTime::fromSecsSinceEpoch(view.secondsSinceEpoch, Qt::UTC);
+    event.level = view.level;
+    event.category = view.category;
+    event.action = view.action;
+    event.outcome = view.outcome;
+    event.correlationId = toText(view.correlationId);
+    event.assocHash = toText(view.assocHash);
+    event.fileHash = toText(view.fileHash);
+    event.fileSizeBytes = view.fileSizeBytes;
+    event.attempt = view.attempt;
+    if (view.details) {
+        event.details.emplace();
+        for (const LogLineDetail &detail : *view.details) {
+            event.details->insert(toText(detail.key), toText(detail.value));
+        }
+    }
+    if (view.error) {
+        event.error = {toText(view.error->domain), view.error->code, toText(view.error->message)};
+    }
+    return event;
+}
+
 } // namespace
+
+bool isUtf8(QByteArrayView text)
+{
+    return simdjson::validate_utf8(text.data(), static_cast<std::size_t>(text.size()));
+}
 
 LogLineDecoder::LogLineDecoder() : m_parser(std::make_unique<Parser>()) {}
 
@@ -202,22 +263,14 @@ LogLineDecoder::~LogLineDecoder() = default;
 
 std::optional<GatewayLogEvent> LogLineDecoder::decode(QByteArrayView line)
 {
-    simdjson::dom::object object;
     const auto parsed = m_parser->json.parse(line.data(), static_cast<std::size_t>(line.size()));
-    if (parsed.get(object) != simdjson::SUCCESS) {
-        return std::nullopt;
-    }
-    GatewayLogEvent event;
-    Presence presence;
-    for (const auto entry : object) {
-        if (!readMandatory(entry, event, presence) || !readOptionals(entry, event)) {
-            return std::nullopt;
-        }
-    }
-    if (!presence.isComplete()) {
-        return std::nullopt;
-    }
-    return event;
+    return fill(m_parser->view, parsed) ? std::optional(toEvent(m_parser->view)) : std::nullopt;
+}
+
+const LogLineView *LogLineDecoder::view(QByteArrayView line)
+{
+    const auto parsed = m_parser->json.parse(line.data(), static_cast<std::size_t>(line.size()), false);
+    return fill(m_parser->view, parsed) ? &m_parser->view : nullptr;
 }
 
 } // namespace gateway::log
