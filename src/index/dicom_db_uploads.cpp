@@ -147,7 +147,7 @@ DicomDB::gather(Database &database, const QString &storedPath, const PendingCurs
         if (PendingCursor{row.integer(1), row.integer(0)} <= start) {
             return std::nullopt; // an earlier page has offered it
         }
-        candidate.imageObjectIDs.append({row.integer(0)});
+        candidate.imageObjectIDs.append(ImageObjectID{row.integer(0)});
         addTrimmed(keys, row.text(2));
         addTrimmed(uids, row.text(3));
     }
