@@ -10,7 +10,8 @@ namespace {
 
 // Real parts carry two or three short fields; more is an attempt to fill the memory.
 constexpr std::size_t kMaxHeaderBytes = 16 * 1024;
-constexpr std::size_t kMaxBoundaryLength = 70; // RFC 2046
+// RFC 2046 allows 70 characters; a widespread archive sends 73.
+constexpr std::size_t kMaxBoundaryLength = 200;
 
 } // namespace
 

@@ -43,7 +43,7 @@ public:
 class MultipartParser
 {
 public:
-    /// \param boundary  the media type's parameter, 1 to 70 characters without line ends.
+    /// \param boundary  the media type's parameter, 1 to 200 characters without line ends.
     /// \throws MultipartError  when it isn't.
     MultipartParser(std::string_view boundary, MultipartSink &sink);
 

@@ -126,7 +126,20 @@ TEST(MultipartParser, RefusesABoundaryThatCantBe)
 
     EXPECT_THROW(MultipartParser("", sink), MultipartError);
     EXPECT_THROW(MultipartParser("a\r\nb", sink), MultipartError);
-    EXPECT_THROW(MultipartParser(std::string(71, 'x'), sink), MultipartError);
+    EXPECT_THROW(MultipartParser(std::string(201, 'x'), sink), MultipartError);
+}
+
+TEST(MultipartParser, TakesABoundaryLongerThanTheStandardAllowsAsSomeArchivesSendIt)
+{
+    CollectingSink sink;
+    const std::string boundary(73, 'x');
+    MultipartParser parser(boundary, sink);
+
+    parser.feed("--" + boundary + "\r\n\r\nabc\r\n--" + boundary + "--");
+    parser.finish();
+
+    ASSERT_EQ(sink.parts.size(), 1U);
+    EXPECT_EQ(sink.parts[0].content, "abc");
 }
 
 } // namespace
