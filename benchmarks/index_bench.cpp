@@ -2,6 +2,7 @@
 // index, taken in turns on the same machine, so that the ratio means something where the times don't.
 //
 //   quorin-index-bench [small rows] [large rows] [rounds]
+//   quorin-index-bench --make ROWS HOME      only writes the index of a gateway's home
 
 #include "index/import_recorder.h"
 #include "index/index_store.h"
@@ -55,20 +56,42 @@ QVariantMap imageNumber(std::int64_t number)
          {QStringLiteral("sliceLocation"), 1.5}});
 }
 
+/// Writes rows as imports and uploads until `now` would have left them.
+void fill(const QString &indexFile, std::int64_t rows, const QDateTime &now)
+{
+    IndexStore store(indexFile);
+    constexpr std::int64_t kTogether = 10'000;
+    const std::int64_t start = now.toMSecsSinceEpoch() - 5 * rows;
+    for (std::int64_t from = 0; from < rows; from += kTogether) {
+        store.write([&](Database &database) {
+            for (std::int64_t n = from; n < std::min(from + kTogether, rows); ++n) {
+                const std::int64_t bucket = (n / 10'000 + 1) * 10'000;
+                const StoredFile file{QString(), QStringLiteral("%1/%2.dcm").arg(bucket).arg(n), n};
+                gateway::index::recordImport(database, imageNumber(n), file, start + 5 * n);
+            }
+            database
+                .prepare("UPDATE DicomImage SET syncState = 1, uploadDate = createDate + 60000 "
+                         "WHERE pk > ? AND pk <= ?")
+                .bindAll(from, rows - rows / kWaitingShare)
+                .run();
+            gateway::index::rollUpAllStates(database);
+        });
+    }
+}
+
 /// An index with some rows, on which operations are timed.
 class Subject
 {
 public:
-    explicit Subject(std::int64_t rows) : m_rows(rows), m_next(rows)
+    explicit Subject(std::int64_t rows) : m_next(rows)
     {
         m_home.close();
-        fill();
+        fill(m_home.indexFile(), rows, m_home.clock.now());
         const auto start = std::chrono::steady_clock::now();
         m_home.reopen();
         m_openingTime = std::chrono::steady_clock::now() - start;
     }
 
-    std::int64_t rows() const { return m_rows; }
     double openingMilliseconds() const
     {
         return std::chrono::duration<double, std::milli>(m_openingTime).count();
@@ -108,29 +131,6 @@ public:
     }
 
 private:
-    void fill()
-    {
-        IndexStore store(m_home.indexFile());
-        constexpr std::int64_t kTogether = 10'000;
-        const std::int64_t start = m_home.clock.now().toMSecsSinceEpoch() - 5 * m_rows;
-        for (std::int64_t from = 0; from < m_rows; from += kTogether) {
-            store.write([&](Database &database) {
-                for (std::int64_t n = from; n < std::min(from + kTogether, m_rows); ++n) {
-                    const std::int64_t bucket = (n / 10'000 + 1) * 10'000;
-                    const StoredFile file{QString(), QStringLiteral("%1/%2.dcm").arg(bucket).arg(n), n};
-                    gateway::index::recordImport(database, imageNumber(n), file, start + 5 * n);
-                }
-                database
-                    .prepare("UPDATE DicomImage SET syncState = 1, uploadDate = createDate + 60000 "
-                             "WHERE pk > ? AND pk <= ?")
-                    .bindAll(from, m_rows - m_rows / kWaitingShare)
-                    .run();
-                gateway::index::rollUpAllStates(database);
-            });
-        }
-    }
-
-    const std::int64_t m_rows;
     std::int64_t m_next;
     TemporaryIndex m_home;
     QUrl m_file;
@@ -224,6 +224,12 @@ int main(int argc, char **argv)
 {
     const QCoreApplication application(argc, argv);
     const QStringList arguments = QCoreApplication::arguments();
+    if (arguments.value(1) == QStringLiteral("--make")) {
+        fill(arguments.value(3) + QStringLiteral("/index/QuorinGateway.sqlite"),
+             argument(arguments, 2, 0),
+             QDateTime::currentDateTimeUtc());
+        return 0;
+    }
     const auto rounds = static_cast<int>(argument(arguments, 3, 1000));
     std::vector<std::unique_ptr<Subject>> subjects;
     for (const std::int64_t rows : {argument(arguments, 1, 10'000), argument(arguments, 2, 1'000'000)}) {

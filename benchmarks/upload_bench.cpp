@@ -28,7 +28,7 @@
 #include <thread>
 
 // From the index to the cloud: imports the DICOM files of a folder, sends them to a local cloud in each way
-// of working, and converts them without sending, to compare.
+// of working; or converts them without sending, to compare.
 
 namespace {
 
@@ -37,6 +37,8 @@ namespace upload = gateway::upload;
 using upload::StoreUpload::ExecutionConfig;
 using upload::StoreUpload::ExecutionMode;
 using Clock = std::chrono::steady_clock;
+
+constexpr int kConnections = 4; // where files go out in parallel
 
 class MemoryTokenStore final : public platform::TokenStore
 {
@@ -253,11 +255,17 @@ int main(int argc, char **argv)
     CLI::App app("Measures the road from the index to a local cloud.");
     std::string folder;
     bool cloudSyncs = false;
+    bool conversionOnly = false;
     app.add_option("folder", folder, "DICOM files to send")->required()->check(CLI::ExistingDirectory);
     app.add_flag("--cloud-syncs", cloudSyncs, "The cloud waits for its disk before it answers");
+    app.add_flag("--conversion-only", conversionOnly, "Convert the files and send none");
     CLI11_PARSE(app, argc, argv);
 
     const QFileInfoList files = QDir(QString::fromStdString(folder)).entryInfoList(QDir::Files, QDir::Name);
+    if (conversionOnly) {
+        Bench(cloudSyncs).convertOnly(files);
+        return 0;
+    }
     const struct
     {
         const char *what;
@@ -276,11 +284,10 @@ int main(int argc, char **argv)
         bench.send(way.what,
                    {.mode = way.mode,
                     .batchEnabled = inBatches,
-                    .maxConcurrent = 2,
+                    .maxConcurrent = kConnections,
                     .batchSize = 2,
                     .compressionEnabled = way.compresses,
                     .fetchLimit = 8});
     }
-    Bench(cloudSyncs).convertOnly(files);
     return 0;
 }

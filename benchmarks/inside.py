@@ -1,0 +1,80 @@
+"""Rows about what is measured inside one process, and about a gateway that has nothing to do."""
+
+import contextlib
+import re
+import statistics
+import time
+
+from rig import Failure, Gateway, Row, accepts, await_true, memory_mib, processor_seconds, started, wake_ups
+
+
+def idle(bench):
+    """What a gateway that listens and has nothing to do takes."""
+    with contextlib.ExitStack() as stack:
+        gateway = Gateway(stack, bench.binaries, bench.fresh("idle"))
+        time.sleep(3)
+        before = wake_ups(gateway.pid), processor_seconds(gateway.pid)
+        time.sleep(10)
+        switches = wake_ups(gateway.pid) - before[0]
+        share = (processor_seconds(gateway.pid) - before[1]) / 10
+        return [Row("idle memory of the tree, MiB", f"{memory_mib(gateway.pid):.0f}", goal="<= 45 MiB"),
+                Row("idle wake-ups in 10 s", f"{switches}", goal="timers only"),
+                Row("idle share of a core", f"{share:.2%}", goal="< 0.2 %")]
+
+
+def index(bench):
+    """The costs of the index at two sizes, as its own benchmark tells them."""
+    rows = []
+    for line in bench.run("quorin-index-bench", "10000", "1000000", "300").splitlines():
+        found = re.match(r"(.+?)\s+([\d.]+)\s+([\d.]+)\s+([\d.]+)\s+[\d.]+\s+[\d.]+\s+[\d.]+$", line)
+        if found:
+            name, small, large, ratio = found.groups()
+            rows.append(Row(f"{name}, µs, 1,000,000 rows", large, f"10,000: {small}", ratio, "<= 1.15"))
+        elif found := re.match(r"(snapshots of \d+ studies): ([\d.]+) ms", line):
+            rows.append(Row(f"{found[1]}, ms", found[2], goal="<= 300 ms"))
+    if not rows:
+        raise Failure("quorin-index-bench printed no figures")
+    return rows
+
+
+def log(bench):
+    """What a caller of the log pays, and reading it back."""
+    text = bench.run("quorin-log-bench")
+    rate, median, tail = re.search(r"events at (\d+) a second: caller ([\d.]+) us median, ([\d.]+) us p95",
+                                   text).groups()
+    read = float(re.search(r"events read: ([\d.]+) us each", text)[1])
+    return [Row(f"log, µs a call at {rate} events/s (p95)", f"{median} ({tail})", goal="<= 5 µs"),
+            Row("log, reading back, s for each 1,000,000 lines", f"{read:.2f}", goal="<= 2 s")]
+
+
+def codec(bench):
+    """What one core encodes, and encodes and verifies, beside CharLS as it is packaged."""
+    rows = []
+    for name, ours, peer, verified in re.findall(
+            r"^(.+?): encode ([\d.]+) MB/s, CharLS ([\d.]+) MB/s, encode and verify ([\d.]+) MB/s$",
+            bench.run("quorin-codec-bench"), re.M):
+        ours, peer, verified = float(ours), float(peer), float(verified)
+        wide = not name.startswith("US")
+        rows += [Row(f"encode {name}, one core, MB/s", f"{ours:.1f}", f"CharLS {peer:.1f}", f"{ours / peer:.2f}",
+                     ">= 3.8" if wide else ">= 3"),
+                 Row("  encode and verify, MB/s", f"{verified:.1f}", f"CharLS {peer:.1f}", f"{verified / peer:.2f}",
+                     ">= 1.8" if wide else ">= 1.3")]
+    if not rows:
+        raise Failure("quorin-codec-bench printed no figures")
+    return rows
+
+
+def start(bench):
+    """From the start of the program to a listener, with 1,000,000 images in its index."""
+    home = bench.fresh("large")
+    with contextlib.ExitStack() as stack:
+        first = Gateway(stack, bench.binaries, home)
+        command, port = first.start_command, first.port
+    bench.run("quorin-index-bench", "--make", "1000000", str(home / "home"))
+    took = []
+    for _ in range(bench.rounds):
+        begin = time.monotonic()
+        with started(command, home / "again.log"):
+            await_true("the listener", lambda: accepts(port), 0.005)
+            took.append(time.monotonic() - begin)
+    return [Row("start to listening, 1,000,000 images, s", f"{statistics.median(took):.2f}", goal="< 0.7 s")]
