@@ -1,7 +1,7 @@
 #pragma once
 
-#include "dicom_helper/scp/association_request.h"
 #include "dicom_helper/descriptor.h"
+#include "dicom_helper/scp/association_request.h"
 #include "dicom_helper/scp/inbox.h"
 #include "platform/dicom_protocol/channel.h"
 
