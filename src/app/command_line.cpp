@@ -14,7 +14,7 @@ constexpr int kBadUsage = 2;
 /// What CLI11 fills in, in its own types.
 struct Raw
 {
-    std::string home, cloud, cloudKind, bind;
+    std::string home, cloud, cloudKind, bind, metrics;
     bool headless = false;
     std::string aeTitle, port, incoming, autoDelete = "never";
     bool noBonjour = false;
@@ -47,6 +47,14 @@ void addGlobalOptions(CLI::App &app, Raw &raw)
         ->envname("QUORIN_GATEWAY_BIND")
         ->type_name("ADDRESS")
         ->check(CLI::ValidIPV4.description(""));
+    app.add_option("--metrics", raw.metrics, "Serve /metrics and /healthz over HTTP there, too")
+        ->envname("QUORIN_GATEWAY_METRICS")
+        ->type_name("ADDRESS:PORT")
+        ->check([](const std::string &value) {
+            return parseSocketAddress(text(value))
+                       ? std::string()
+                       : "takes a numeric address and a port, such as 127.0.0.1:9464";
+        });
     app.add_flag("--headless", raw.headless, "Run the gateway without a display");
     app.set_version_flag("--version", "quorin-gateway " QUORIN_VERSION, "Print the version");
     app.set_help_flag("-h,--help", "Print this help");
@@ -183,8 +191,11 @@ std::variant<Invocation, CommandLineEnd> parseCommandLine(const QStringList &arg
                                   QStringLiteral("\nThe gateway runs without a display only: give a "
                                                  "command, or start it with --headless.\n")};
     }
-    GlobalOptions options{
-        optionalText(raw.home), optionalText(raw.cloud), optionalText(raw.cloudKind), text(raw.bind)};
+    GlobalOptions options{optionalText(raw.home),
+                          optionalText(raw.cloud),
+                          optionalText(raw.cloudKind),
+                          text(raw.bind),
+                          parseSocketAddress(text(raw.metrics))};
     return Invocation{std::move(options), *std::move(chosen)};
 }
 

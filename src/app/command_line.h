@@ -1,5 +1,7 @@
 #pragma once
 
+#include "app/listening_socket.h"
+
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 
@@ -11,10 +13,11 @@ namespace gateway::app {
 /// What may stand before or behind any command.
 struct GlobalOptions
 {
-    std::optional<QString> home;      ///< --home or QUORIN_GATEWAY_HOME
-    std::optional<QString> cloudUrl;  ///< --cloud
-    std::optional<QString> cloudKind; ///< --cloud-kind, "quorin" or "dicomweb"
-    QString bindAddress;              ///< --bind or QUORIN_GATEWAY_BIND; empty for all interfaces
+    std::optional<QString> home;                 ///< --home or QUORIN_GATEWAY_HOME
+    std::optional<QString> cloudUrl;             ///< --cloud
+    std::optional<QString> cloudKind;            ///< --cloud-kind, "quorin" or "dicomweb"
+    QString bindAddress;                         ///< --bind or QUORIN_GATEWAY_BIND; empty for all interfaces
+    std::optional<SocketAddress> metricsAddress; ///< --metrics or QUORIN_GATEWAY_METRICS
 };
 
 /// Run the gateway without a display.

@@ -34,6 +34,7 @@ protected:
     {
         qunsetenv("QUORIN_GATEWAY_HOME");
         qunsetenv("QUORIN_GATEWAY_BIND");
+        qunsetenv("QUORIN_GATEWAY_METRICS");
     }
 
     void TearDown() override { SetUp(); }
@@ -71,6 +72,27 @@ TEST_F(CommandLine, TakesTheHomeFromTheEnvironmentUnlessTheFlagNamesOne)
 
     EXPECT_EQ(invocation({u"upload"_qs}).options.home, u"/from/environment"_qs);
     EXPECT_EQ(invocation({u"upload"_qs, u"--home"_qs, u"/flag"_qs}).options.home, u"/flag"_qs);
+}
+
+TEST_F(CommandLine, TakesTheAddressOfTheMetrics)
+{
+    EXPECT_FALSE(invocation({u"--headless"_qs}).options.metricsAddress.has_value());
+
+    const Invocation flag = invocation({u"--headless"_qs, u"--metrics"_qs, u"127.0.0.1:9464"_qs});
+    EXPECT_EQ(flag.options.metricsAddress->host, u"127.0.0.1"_qs);
+    EXPECT_EQ(flag.options.metricsAddress->port, 9464);
+
+    qputenv("QUORIN_GATEWAY_METRICS", "[::1]:9465");
+    EXPECT_EQ(invocation({u"--headless"_qs}).options.metricsAddress->port, 9465);
+}
+
+TEST_F(CommandLine, RefusesMetricsOnWhatIsNoAddress)
+{
+    for (const QString &text : {u"9464"_qs, u"localhost:9464"_qs, u"127.0.0.1:99999"_qs}) {
+        const CommandLineEnd end = ending({u"--headless"_qs, u"--metrics"_qs, text});
+        EXPECT_EQ(end.exitCode, 2);
+        EXPECT_TRUE(end.text.contains(u"such as 127.0.0.1:9464"_qs)) << end.text.toStdString();
+    }
 }
 
 TEST_F(CommandLine, ReadsEveryOptionOfSetup)

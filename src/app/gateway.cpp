@@ -2,6 +2,7 @@
 
 #include "app/dicom_dictionary.h"
 #include "app/no_announcements.h"
+#include "core/dcm_listener_settings.h"
 #include "core/device_id.h"
 #include "core/retention_policy.h"
 #include "log/gateway_log_file_sink.h"
@@ -58,7 +59,7 @@ private:
 Gateway::Gateway(Options options)
     : m_options(std::move(options)), m_defaults(m_options.layout.defaultsFile), m_settings(m_defaults),
       m_logger(m_systemLog, std::make_unique<log::GatewayLogFileSink>(m_options.layout.logFolder, m_clock)),
-      m_uploadWatcher(m_logger), m_emitter(m_uploadWatcher, m_clock),
+      m_eventCounts(m_logger), m_uploadWatcher(m_eventCounts), m_emitter(m_uploadWatcher, m_clock),
       m_parserProcesses(cores(), platform::helperProgramPath()),
       m_converterProcesses(cores(), platform::helperProgramPath()), m_parser(m_parserProcesses, m_clock),
       m_converter(m_converterProcesses, m_options.layout.temporaryFolder + QStringLiteral("/converted")),
@@ -93,7 +94,7 @@ Gateway::Gateway(Options options)
       m_storage(std::make_shared<StorageMeter>(m_options.layout.fileStore, m_main)),
       m_reachability(std::make_shared<CloudReachability>(m_statusApi, m_main, m_cloudPool, m_clock)),
       m_store(makeStore()), m_delegate(std::make_shared<AppDelegate>(delegateCollaborators())),
-      m_commands(std::make_shared<InstanceCommands>(commandCollaborators()))
+      m_commands(std::make_shared<InstanceCommands>(commandCollaborators())), m_health(makeHealthService())
 {
     m_converter.sweepLeftovers();
 }
@@ -217,6 +218,35 @@ InstanceCommands::Collaborators Gateway::commandCollaborators()
             m_options.bindAddress};
 }
 
+std::unique_ptr<HealthService> Gateway::makeHealthService()
+{
+    const auto folders = [this] {
+        return QMap<QString, QString>{
+            {QStringLiteral("store"), m_options.layout.fileStore},
+            {QStringLiteral("inbox"),
+             m_settings.listenerDestinationFolder.get().value_or(m_options.layout.incomingFolder)}};
+    };
+    return std::make_unique<HealthService>(
+        HealthCollector::Collaborators{
+            m_settings,
+            m_index,
+            m_auth,
+            m_figures,
+            m_uploadWatcher,
+            m_eventCounts,
+            m_clock,
+            *m_store,
+            m_storage,
+            m_reachability,
+            std::make_shared<FreeSpaceWatch>(folders,
+                                             FreeSpaceWatch::Collaborators{m_main, m_globalPool, m_clock}),
+            [this] { return core::DCMListenerSettings::load(m_defaults).isEnabled.value_or(true); },
+            [this] { return m_commands->listenerReport(); }},
+        m_main,
+        HealthService::Places{m_options.layout.healthSocket(), m_options.metricsAddress},
+        m_options.writeLine);
+}
+
 void Gateway::launch()
 {
     m_delegate->applicationDidFinishLaunching();
@@ -229,6 +259,7 @@ void Gateway::launch()
 void Gateway::terminate()
 {
     m_delegate->applicationWillTerminate();
+    m_health->close();
 }
 
 void Gateway::handle(const ControlRequest &request, const InstanceCommands::Answer &answer)

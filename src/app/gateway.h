@@ -4,7 +4,9 @@
 #include "app/app_delegate.h"
 #include "app/cloud_reachability.h"
 #include "app/control_protocol.h"
+#include "app/event_counts.h"
 #include "app/headless_face.h"
+#include "app/health_service.h"
 #include "app/home_layout.h"
 #include "app/instance_commands.h"
 #include "app/live_figures.h"
@@ -55,6 +57,7 @@ public:
         QString bindAddress;
         std::optional<QString> cloudUrl;
         std::optional<QString> cloudKind;
+        std::optional<SocketAddress> metricsAddress;
         HeadlessFace::WriteLine writeLine; ///< one plain line for people
     };
 
@@ -73,6 +76,9 @@ public:
     /// Goes down as an application does.
     void terminate();
 
+    /// The figures for operators, of this moment.
+    HealthFigures healthFigures() { return m_health->figures(); }
+
     /// Carries out a request of the command line; `answer` is called once, now or later.
     void handle(const ControlRequest &request, const InstanceCommands::Answer &answer);
 
@@ -87,6 +93,7 @@ private:
     upload::GatewayAutoDeleteCleanupService::Collaborators cleanupCollaborators();
     AppDelegate::Collaborators delegateCollaborators();
     InstanceCommands::Collaborators commandCollaborators();
+    std::unique_ptr<HealthService> makeHealthService();
 
     const Options m_options;
 
@@ -98,6 +105,7 @@ private:
 
     platform::JournalSystemLog m_systemLog;
     log::GatewayLogger m_logger;
+    EventCounts m_eventCounts;
     UploadRunWatcher m_uploadWatcher;
     log::StoreLogEmitter m_emitter;
 
@@ -133,6 +141,7 @@ private:
     std::shared_ptr<Store> m_store;
     std::shared_ptr<AppDelegate> m_delegate;
     std::shared_ptr<InstanceCommands> m_commands;
+    std::unique_ptr<HealthService> m_health;
 };
 
 } // namespace gateway::app

@@ -94,6 +94,11 @@ QString HomeLayout::controlSocket() const
     return runFolder + QStringLiteral("/control.socket");
 }
 
+QString HomeLayout::healthSocket() const
+{
+    return runFolder + QStringLiteral("/health.socket");
+}
+
 QString HomeLayout::tokenFolder() const
 {
     return parentOf(defaultsFile);

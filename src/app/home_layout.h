@@ -29,6 +29,9 @@ struct HomeLayout
     /// The socket that commands talk to.
     QString controlSocket() const;
 
+    /// The socket that tells metrics and health.
+    QString healthSocket() const;
+
     /// Where the session token is kept when the desktop has no secret service.
     QString tokenFolder() const;
 };

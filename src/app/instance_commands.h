@@ -59,6 +59,9 @@ public:
     /// Carries out a request; `answer` is called once, now or later.
     void handle(const ControlRequest &request, const Answer &answer);
 
+    /// How the listener stands, with the reason of a failed start.
+    StatusReport::Listener listenerReport() const;
+
 private:
     ControlReply activate();
     ControlReply requestUpload();
@@ -72,7 +75,6 @@ private:
     QCoro::Task<QString> restartAndWait();
 
     StatusReport report(StorageFigures storage) const;
-    StatusReport::Listener listenerReport() const;
     wizard::PortState probe(int port) const;
     void restartListener();
 

@@ -5,6 +5,7 @@
 #include "app/control_client.h"
 #include "app/control_server.h"
 #include "app/gateway.h"
+#include "app/health_verdict.h"
 #include "app/quit_signals.h"
 #include "app/service_manager.h"
 #include "index/schema.h"
@@ -27,6 +28,7 @@ namespace {
 constexpr std::chrono::seconds kStartingPatience{3};
 constexpr std::chrono::milliseconds kStartingStep{100};
 constexpr std::chrono::seconds kAnswerPatience{30};
+constexpr std::chrono::seconds kStatusInterval{1};
 
 /// Hands the request to the instance that holds this home; false when none answers.
 bool handOver(const HomeLayout &layout)
@@ -50,7 +52,12 @@ QString unansweredSentence(const HomeLayout &layout)
 /// The event loop of one instance, from launch to quitting.
 ExitCode live(const HomeLayout &layout, const GlobalOptions &options)
 {
-    Gateway gateway({layout, options.bindAddress, options.cloudUrl, options.cloudKind, printError});
+    Gateway gateway({layout,
+                     options.bindAddress,
+                     options.cloudUrl,
+                     options.cloudKind,
+                     options.metricsAddress,
+                     printError});
     ServiceManager serviceManager;
     std::optional<ControlServer> server;
     server.emplace(layout.controlSocket(),
@@ -62,6 +69,13 @@ ExitCode live(const HomeLayout &layout, const GlobalOptions &options)
     if (const auto interval = serviceManager.watchdogInterval()) {
         QObject::connect(&watchdog, &QTimer::timeout, &watchdog, [&] { serviceManager.alive(); });
         watchdog.start(*interval);
+    }
+    QTimer status;
+    if (serviceManager.isPresent()) {
+        QObject::connect(&status, &QTimer::timeout, &status, [&] {
+            serviceManager.status(statusLine(gateway.healthFigures()));
+        });
+        status.start(kStatusInterval);
     }
     gateway.launch();
     // Behind the late part of the launch, which waits in the same queue.

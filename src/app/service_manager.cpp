@@ -16,6 +16,22 @@ void ServiceManager::alive()
     ::sd_notify(0, "WATCHDOG=1");
 }
 
+void ServiceManager::status(const QString &line)
+{
+    if (line == m_line) {
+        return;
+    }
+    m_line = line;
+    // A line break would begin another assignment.
+    const QString oneLine = QString(line).replace(u'\n', u' ');
+    ::sd_notifyf(0, "STATUS=%s", oneLine.toUtf8().constData());
+}
+
+bool ServiceManager::isPresent() const
+{
+    return qEnvironmentVariableIsSet("NOTIFY_SOCKET");
+}
+
 void ServiceManager::stopping()
 {
     ::sd_notify(0, "STOPPING=1");

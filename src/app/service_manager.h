@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QtCore/QString>
+
 #include <chrono>
 #include <optional>
 
@@ -18,11 +20,20 @@ public:
     /// The gateway is alive; to be called at least every `watchdogInterval()`.
     void alive();
 
+    /// How the gateway does, one short line; told again only when it is another one.
+    void status(const QString &line);
+
+    /// Whether there is anybody to tell.
+    bool isPresent() const;
+
     /// The gateway is ending.
     void stopping();
 
     /// Half of what the service manager waits for a sign of life, or nothing when it doesn't.
     std::optional<std::chrono::milliseconds> watchdogInterval() const;
+
+private:
+    QString m_line; // told last
 };
 
 } // namespace gateway::app

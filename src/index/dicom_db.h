@@ -57,6 +57,15 @@ struct DicomDBCollaborators
     platform::FileSystem &files;
 };
 
+/// What operators watch of the index.
+struct IndexFigures
+{
+    EntityCounts total;
+    std::int64_t syncedImages = 0;
+    std::int64_t failedImages = 0;
+    std::optional<QDateTime> oldestUnsentImageDate; ///< when it came, in UTC; nothing when all is sent
+};
+
 /// The one holder of the index, of the record of what the gateway keeps, and of the file store beside it.
 ///
 /// Every operation is synchronous, and one transaction: a failed one has changed nothing and gives zero
@@ -143,6 +152,10 @@ public:
     EntityCounts totalCounts() const;
     std::int64_t syncedImagesCount() const;
     std::int64_t failedImagesCount() const;
+
+    /// What operators watch, all of one moment; nothing when the index can't be read. Costs the same at any
+    /// number of rows.
+    std::optional<IndexFigures> figures() const;
 
     /// What came and went between `start` and `end`, a figure a bucket.
     struct TransferBuckets

@@ -28,20 +28,32 @@ struct Ledger
     std::int64_t failedImages = 0;
 };
 
+Ledger ledgerIn(Database &database)
+{
+    Statement row = database.prepare("SELECT studyCount, seriesCount, imageCount, syncedStudyCount, "
+                                     "syncedSeriesCount, syncedCount, failedCount FROM Ledger");
+    row.step();
+    return Ledger{{row.integer(0), row.integer(1), row.integer(2)},
+                  {row.integer(3), row.integer(4), row.integer(5)},
+                  row.integer(6)};
+}
+
 Ledger readLedger(const IndexStore &store)
 {
     try {
-        return store.read([](Database &database) {
-            Statement row = database.prepare("SELECT studyCount, seriesCount, imageCount, syncedStudyCount, "
-                                             "syncedSeriesCount, syncedCount, failedCount FROM Ledger");
-            row.step();
-            return Ledger{{row.integer(0), row.integer(1), row.integer(2)},
-                          {row.integer(3), row.integer(4), row.integer(5)},
-                          row.integer(6)};
-        });
+        return store.read([](Database &database) { return ledgerIn(database); });
     } catch (const SqliteError &) {
         return {};
     }
+}
+
+std::optional<QDateTime> oldestUnsentIn(Database &database)
+{
+    Statement row =
+        database.prepare("SELECT createDate FROM DicomImage INDEXED BY DicomImage_waiting "
+                         "WHERE (syncState IS NULL OR syncState IN (0, 2, 3)) AND pathString <> '' "
+                         "ORDER BY createDate, pk LIMIT 1");
+    return row.step() ? std::optional(QDateTime::fromMSecsSinceEpoch(row.integer(0), Qt::UTC)) : std::nullopt;
 }
 
 std::int16_t computedState(const Statement &row, int firstColumn)
@@ -107,6 +119,19 @@ std::int64_t DicomDB::syncedImagesCount() const
 std::int64_t DicomDB::failedImagesCount() const
 {
     return readLedger(m_store).failedImages;
+}
+
+std::optional<IndexFigures> DicomDB::figures() const
+{
+    try {
+        return m_store.read([](Database &database) {
+            const Ledger ledger = ledgerIn(database);
+            return IndexFigures{
+                ledger.total, ledger.synced.images, ledger.failedImages, oldestUnsentIn(database)};
+        });
+    } catch (const SqliteError &) {
+        return std::nullopt;
+    }
 }
 
 DicomDB::TransferBuckets DicomDB::transferBuckets(const QDateTime &start,

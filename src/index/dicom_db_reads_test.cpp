@@ -40,6 +40,7 @@ protected:
 };
 
 using Counters = Reads;
+using Figures = Reads;
 using StudySnapshots = Reads;
 using SeriesSnapshots = Reads;
 using TransferBuckets = Reads;
@@ -66,6 +67,42 @@ TEST_F(Counters, CountRowsByState)
     EXPECT_EQ(index.notSyncedCounts(), (EntityCounts{2, 2, 4})) << "a failed image isn't synced either";
     EXPECT_EQ(index.syncedImagesCount(), 1);
     EXPECT_EQ(index.failedImagesCount(), 1);
+}
+
+TEST_F(Figures, AreThoseOfAnEmptyIndex)
+{
+    const std::optional<IndexFigures> figures = index.figures();
+
+    ASSERT_TRUE(figures.has_value());
+    EXPECT_EQ(figures->total, (EntityCounts{0, 0, 0}));
+    EXPECT_FALSE(figures->oldestUnsentImageDate.has_value());
+}
+
+TEST_F(Figures, NameTheOldestImageThatIsNotSent)
+{
+    const QDateTime start = home.clock.now();
+    const QString first = importOne(QStringLiteral("9.1"));
+    home.clock.advance(std::chrono::hours(1));
+    const QString second = importOne(QStringLiteral("9.2"));
+    EXPECT_EQ(index.figures()->oldestUnsentImageDate->toSecsSinceEpoch(), start.toSecsSinceEpoch());
+
+    index.recordUploadResult({}, first, true);
+    EXPECT_EQ(index.figures()->oldestUnsentImageDate->toSecsSinceEpoch(), start.toSecsSinceEpoch() + 3600);
+    EXPECT_EQ(index.figures()->syncedImages, 1);
+
+    index.recordUploadResult({}, second, false);
+    EXPECT_EQ(index.figures()->failedImages, 1);
+    EXPECT_TRUE(index.figures()->oldestUnsentImageDate.has_value()) << "a failed image isn't sent either";
+
+    index.recordUploadResult({}, second, true);
+    EXPECT_FALSE(index.figures()->oldestUnsentImageDate.has_value());
+}
+
+TEST_F(Figures, AreMissingWhenTheIndexCannotBeRead)
+{
+    home.execute(QStringLiteral("ALTER TABLE Ledger RENAME TO Gone"));
+
+    EXPECT_FALSE(index.figures().has_value());
 }
 
 TEST_F(StudySnapshots, CarryTheStudyTrimmed)

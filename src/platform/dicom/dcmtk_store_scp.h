@@ -13,12 +13,16 @@ namespace gateway::platform {
 
 class HelperProcess;
 
+/// Free space below which the SCP refuses objects (A700): room for the index and the logs, and for what is
+/// under way.
+inline constexpr qint64 kFreeSpaceReserveBytes = 64 * 1024 * 1024;
+
 /// What the SCP is built with; the same for every run of one gateway.
 struct StoreSCPEnvironment
 {
-    QString helperProgram;                  // see helperProgramPath()
-    QString defaultIncomingPath;            // used where the configuration has none
-    qint64 reserveBytes = 64 * 1024 * 1024; // free space below which objects are refused (A700)
+    QString helperProgram;       // see helperProgramPath()
+    QString defaultIncomingPath; // used where the configuration has none
+    qint64 reserveBytes = kFreeSpaceReserveBytes;
 };
 
 /// The storage SCP as a `quorin-dicom scp` process of its own.

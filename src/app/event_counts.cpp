@@ -1,0 +1,53 @@
+#include "app/event_counts.h"
+
+#include <utility>
+
+namespace gateway::app {
+
+using log::GatewayLogAction;
+
+void EventCounts::log(log::GatewayLogEvent event)
+{
+    count(event);
+    m_log.log(std::move(event));
+}
+
+void EventCounts::count(const log::GatewayLogEvent &event)
+{
+    const auto is = [&event](GatewayLogAction action) { return event.action == action; };
+    if (is(GatewayLogAction::associationStarted)) {
+        ++m_associations;
+    } else if (is(GatewayLogAction::associationFailed)) {
+        ++m_failedAssociations;
+    } else if (is(GatewayLogAction::fileReceivedCallback)) {
+        ++m_receivedImages;
+        m_receivedBytes += event.fileSizeBytes.value_or(0);
+    } else if (is(GatewayLogAction::importFailed)) {
+        ++m_failedImports;
+    } else if (is(GatewayLogAction::uploadAttemptSucceeded)) {
+        m_uploadedBytes += event.fileSizeBytes.value_or(0);
+    } else if (is(GatewayLogAction::uploadResultRecorded)) {
+        // The record's outcome also tells whether a row changed; what the cloud said is in this detail.
+        const bool didSync =
+            event.details.value_or(QMap<QString, QString>()).value(QStringLiteral("did_sync")) ==
+            QStringLiteral("true");
+        ++(didSync ? m_uploadedImages : m_failedUploads);
+    } else if (is(GatewayLogAction::listenerStartFailed)) {
+        ++m_listenerFailures;
+    }
+}
+
+EventTotals EventCounts::totals() const
+{
+    return {.associations = m_associations,
+            .failedAssociations = m_failedAssociations,
+            .receivedImages = m_receivedImages,
+            .receivedBytes = m_receivedBytes,
+            .failedImports = m_failedImports,
+            .uploadedImages = m_uploadedImages,
+            .uploadedBytes = m_uploadedBytes,
+            .failedUploads = m_failedUploads,
+            .listenerFailures = m_listenerFailures};
+}
+
+} // namespace gateway::app

@@ -1,0 +1,103 @@
+#include "app/health_collector.h"
+
+#include "platform/dicom/dcmtk_store_scp.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace gateway::app {
+
+namespace {
+
+constexpr double kBytesPerMegabit = 1'000'000.0 / 8;
+
+} // namespace
+
+HealthCollector::HealthCollector(Collaborators collaborators)
+    : m_with(std::move(collaborators)), m_usedBytes(std::make_shared<std::optional<qint64>>())
+{
+}
+
+void HealthCollector::sample()
+{
+    m_receiving.add(m_with.clock.monotonic(), m_with.events.totals().receivedImages);
+    m_with.freeSpace->refresh();
+}
+
+void HealthCollector::refresh()
+{
+    m_with.reachability->refresh();
+    m_with.freeSpace->refresh();
+    const std::chrono::nanoseconds now = m_with.clock.monotonic();
+    if (!m_storeMeasuredAt || now - *m_storeMeasuredAt >= kStoreMeasuring) {
+        m_storeMeasuredAt = now;
+        m_with.storage->measure([used = m_usedBytes](StorageFigures figures) { *used = figures.usedBytes; });
+    }
+}
+
+HealthFigures HealthCollector::collect()
+{
+    HealthFigures figures;
+    figures.listener = listener();
+    figures.index = index();
+    figures.storage = storage();
+    figures.cloud = cloud();
+    figures.isSetupFinished = !core::isSetupRequired(m_with.settings);
+    figures.totals = m_with.events.totals();
+    return figures;
+}
+
+HealthFigures::Listener HealthCollector::listener() const
+{
+    const StatusReport::Listener report = m_with.listener();
+    const auto &receiver = m_with.store.listenerService().storeListener();
+    return {.isEnabled = m_with.isListenerEnabled(),
+            .isListening = receiver && receiver->boundPort(),
+            .aeTitle = report.aeTitle,
+            .port = report.port,
+            .failure = report.error,
+            .openAssociations = m_with.live.openAssociations(),
+            .receivedPerSecond = m_receiving.perSecond()};
+}
+
+HealthFigures::Index HealthCollector::index() const
+{
+    const std::optional<index::IndexFigures> known = m_with.index.figures();
+    if (!known) {
+        return {};
+    }
+    HealthFigures::Index figures{.isAnswering = true,
+                                 .studies = known->total.studies,
+                                 .series = known->total.series,
+                                 .images = known->total.images,
+                                 .unsent = known->total.images - known->syncedImages,
+                                 .synced = known->syncedImages,
+                                 .failed = known->failedImages,
+                                 .oldestUnsentAge = {}};
+    if (known->oldestUnsentImageDate) {
+        // A clock that was set back makes no negative age.
+        figures.oldestUnsentAge =
+            std::max(std::chrono::milliseconds(known->oldestUnsentImageDate->msecsTo(m_with.clock.now())),
+                     std::chrono::milliseconds(0));
+    }
+    return figures;
+}
+
+HealthFigures::Storage HealthCollector::storage() const
+{
+    return {.usedBytes = *m_usedBytes,
+            .reserveBytes = platform::kFreeSpaceReserveBytes,
+            .rooms = m_with.freeSpace->rooms(platform::kFreeSpaceReserveBytes)};
+}
+
+HealthFigures::Cloud HealthCollector::cloud() const
+{
+    return {.isOnline = m_with.reachability->isOnline(),
+            .isSignedIn = m_with.auth.state().isSignedIn(),
+            .areTermsRequired = {},
+            .isUploading = m_with.uploads.figures().isRunning,
+            .uploadBytesPerSecond = m_with.live.uploadSpeedMbps() * kBytesPerMegabit,
+            .failedFiles = {}};
+}
+
+} // namespace gateway::app

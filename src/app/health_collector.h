@@ -1,0 +1,78 @@
+#pragma once
+
+#include "account/quorin_auth_view_model.h"
+#include "app/cloud_reachability.h"
+#include "app/event_counts.h"
+#include "app/free_space_watch.h"
+#include "app/health_figures.h"
+#include "app/live_figures.h"
+#include "app/recent_rate.h"
+#include "app/status_report.h"
+#include "app/storage_meter.h"
+#include "app/store.h"
+#include "app/upload_run_watcher.h"
+#include "core/settings.h"
+#include "index/dicom_db.h"
+#include "platform/concurrency/clock.h"
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <optional>
+
+namespace gateway::app {
+
+/// Gathers what operators watch from those who know it: the one place that knows where each figure lives.
+///
+/// Owner: Gateway. Thread: main. Nothing here waits for a disk or for the network but the index's counts.
+class HealthCollector
+{
+public:
+    struct Collaborators
+    {
+        core::Settings &settings;
+        index::DicomDB &index;
+        account::QuorinAuthViewModel &auth;
+        const LiveFigures &live;
+        const UploadRunWatcher &uploads;
+        const EventCounts &events;
+        const platform::Clock &clock;
+        Store &store;
+        std::shared_ptr<StorageMeter> storage;
+        std::shared_ptr<CloudReachability> reachability;
+        std::shared_ptr<FreeSpaceWatch> freeSpace;
+        std::function<bool()> isListenerEnabled;
+        std::function<StatusReport::Listener()> listener;
+    };
+
+    /// How often the caller takes samples.
+    static constexpr std::chrono::seconds kSampling{10};
+
+    /// The file store is walked at most so often on behalf of these figures.
+    static constexpr std::chrono::minutes kStoreMeasuring{5};
+
+    explicit HealthCollector(Collaborators collaborators);
+
+    /// Takes the samples that rates and forecasts are made of.
+    void sample();
+
+    /// The figures of this moment.
+    HealthFigures collect();
+
+    /// Asks for what others measure, the cloud's answer among it, so that later figures have it; returns at
+    /// once.
+    void refresh();
+
+private:
+    HealthFigures::Listener listener() const;
+    HealthFigures::Index index() const;
+    HealthFigures::Storage storage() const;
+    HealthFigures::Cloud cloud() const;
+
+    const Collaborators m_with;
+    RecentRate m_receiving;
+    std::shared_ptr<std::optional<qint64>> m_usedBytes; // shared with measurements under way
+    std::optional<std::chrono::nanoseconds> m_storeMeasuredAt;
+};
+
+} // namespace gateway::app

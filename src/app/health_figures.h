@@ -1,0 +1,65 @@
+#pragma once
+
+#include "app/event_counts.h"
+
+#include <QtCore/QMap>
+#include <QtCore/QString>
+
+#include <chrono>
+#include <optional>
+#include <vector>
+
+namespace gateway::app {
+
+/// Everything that operators may watch, as it stood at one moment. Thread: a plain value.
+struct HealthFigures
+{
+    struct Listener
+    {
+        bool isEnabled = true;    ///< by its settings
+        bool isListening = false; ///< its port is bound
+        QString aeTitle;
+        int port = 0;    ///< the bound one while listening, else the configured one
+        QString failure; ///< why the last start failed; empty once one succeeded
+        int openAssociations = 0;
+        double receivedPerSecond = 0; ///< images, over the last minute
+    } listener;
+
+    struct Index
+    {
+        bool isAnswering = false;
+        qint64 studies = 0, series = 0, images = 0;
+        qint64 unsent = 0, synced = 0, failed = 0; ///< of the images; a failed one is unsent, too
+        std::optional<std::chrono::milliseconds> oldestUnsentAge; ///< nothing when all is sent
+    } index;
+
+    /// Room on the volume of one of the gateway's folders.
+    struct Room
+    {
+        QString folder; ///< a word: "store" or "inbox"
+        qint64 freeBytes = 0;
+        std::optional<std::chrono::seconds> untilReserve; ///< nothing while it doesn't fill up
+    };
+
+    struct Storage
+    {
+        std::optional<qint64> usedBytes; ///< nothing before the file store was measured
+        qint64 reserveBytes = 0;         ///< free space below which the listener refuses images
+        std::vector<Room> rooms;
+    } storage;
+
+    struct Cloud
+    {
+        std::optional<bool> isOnline; ///< nothing before it has been asked
+        bool isSignedIn = false;
+        std::optional<bool> areTermsRequired; ///< nothing where that isn't known
+        bool isUploading = false;
+        double uploadBytesPerSecond = 0;
+        QMap<QString, qint64> failedFiles; ///< files whose upload failed last, by the class of the failure
+    } cloud;
+
+    bool isSetupFinished = false;
+    EventTotals totals;
+};
+
+} // namespace gateway::app
