@@ -30,8 +30,11 @@ EmptyState::EmptyState(const Theme &theme, const Words &words, QWidget *parent) 
     sentence->setWordWrap(true);
     sentence->setAlignment(Qt::AlignHCenter);
     sentence->setFixedWidth(kLongestLine);
-    sentence->setMinimumHeight(sentence->heightForWidth(kLongestLine)); // layouts don't ask when they align
-    column->addWidget(sentence, 0, Qt::AlignHCenter);
+    auto *middle = new QHBoxLayout; // an alignment would keep the column from asking how high the words are
+    middle->addStretch();
+    middle->addWidget(sentence);
+    middle->addStretch();
+    column->addLayout(middle);
     if (!words.action.isEmpty()) {
         column->addSpacing(theme.space(Space::tight));
         auto *button = new PrimaryButton(theme, words.action);

@@ -2,6 +2,7 @@
 
 #include <QtWidgets/QAbstractButton>
 #include <QtWidgets/QLabel>
+#include <QtWidgets/QToolButton>
 
 namespace gateway::shell::testing {
 
@@ -10,6 +11,15 @@ namespace {
 bool isNarrow(const QWidget &widget)
 {
     return widget.width() < widget.sizeHint().width();
+}
+
+/// A tool button that shows its icon alone has words for assistive tools only.
+bool showsWords(const QAbstractButton &button)
+{
+    const auto *tool = qobject_cast<const QToolButton *>(&button);
+    const bool isIconAlone =
+        tool != nullptr && tool->toolButtonStyle() == Qt::ToolButtonIconOnly && !tool->icon().isNull();
+    return !button.text().isEmpty() && !isIconAlone;
 }
 
 bool isLow(const QLabel &label)
@@ -45,7 +55,7 @@ QStringList clippedIn(const QWidget &root)
     }
     const QList<QAbstractButton *> buttons = root.findChildren<QAbstractButton *>();
     for (const QAbstractButton *button : buttons) {
-        if (button->isVisible() && !button->text().isEmpty() && isNarrow(*button)) {
+        if (button->isVisible() && showsWords(*button) && isNarrow(*button)) {
             clipped.append(button->text());
         }
     }

@@ -48,15 +48,27 @@ FocusWatcher::FocusWatcher(QApplication &application)
 
 bool FocusWatcher::eventFilter(QObject *watched, QEvent *event)
 {
-    if ((event->type() == QEvent::FocusIn || event->type() == QEvent::FocusOut) && watched->isWidgetType()) {
-        auto &widget = *static_cast<QWidget *>(watched);
-        const Qt::FocusReason reason = static_cast<QFocusEvent *>(event)->reason();
-        const bool isTypedInto = widget.testAttribute(Qt::WA_InputMethodEnabled);
-        if (!isInterruption(reason)) {
-            show(widget, event->type() == QEvent::FocusIn && (isReachedByKeyboard(reason) || isTypedInto));
+    if (watched->isWidgetType() && event->type() == QEvent::FocusIn) {
+        focusCame(*static_cast<QWidget *>(watched), static_cast<QFocusEvent *>(event)->reason());
+    } else if (watched->isWidgetType() && event->type() == QEvent::FocusOut) {
+        const bool isLent = QApplication::activePopupWidget() != nullptr; // to a list or menu of the widget
+        if (!isLent && !isInterruption(static_cast<QFocusEvent *>(event)->reason())) {
+            show(*static_cast<QWidget *>(watched), false);
         }
     }
     return false;
+}
+
+void FocusWatcher::focusCame(QWidget &widget, Qt::FocusReason reason)
+{
+    // A focus that moved while its window was inactive told nobody that it left.
+    if (m_last != nullptr && m_last != &widget && m_last->window() == widget.window()) {
+        show(*m_last, false);
+    }
+    m_last = &widget;
+    const bool isTypedInto = widget.testAttribute(Qt::WA_InputMethodEnabled);
+    const bool kept = isInterruption(reason) && showsFocus(widget);
+    show(widget, isReachedByKeyboard(reason) || isTypedInto || kept);
 }
 
 } // namespace gateway::shell

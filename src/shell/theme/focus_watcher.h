@@ -1,9 +1,10 @@
 #pragma once
 
 #include <QtCore/QObject>
+#include <QtCore/QPointer>
+#include <QtWidgets/QWidget>
 
 class QApplication;
-class QWidget;
 
 namespace gateway::shell {
 
@@ -27,6 +28,11 @@ public:
     explicit FocusWatcher(QApplication &application);
 
     bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    void focusCame(QWidget &widget, Qt::FocusReason reason);
+
+    QPointer<QWidget> m_last; // had the focus last
 };
 
 } // namespace gateway::shell
