@@ -3,6 +3,7 @@
 #include "app/command_requests.h"
 #include "app/console.h"
 #include "app/control_client.h"
+#include "app/log_commands.h"
 #include "app/offline_commands.h"
 #include "app/retention_option.h"
 #include "app/status_report.h"
@@ -108,6 +109,8 @@ public:
                        : result.value(QStringLiteral("value")).toString() + u'\n';
         });
     }
+
+    ExitCode operator()(const LogsCommand &command) const { return showLogs(m_layout.logFolder, command); }
 
 private:
     ControlReply ask(const ControlRequest &request) const

@@ -9,7 +9,7 @@ namespace gateway::app {
 /// Carries out a command against the running instance, or without one where the command can do so; prints
 /// what it has to say.
 ///
-/// Thread: main; blocks. There is no event loop.
+/// Thread: main; blocks. No event loop runs when it is called.
 ExitCode runCommand(const HomeLayout &layout, const Invocation &invocation);
 
 } // namespace gateway::app

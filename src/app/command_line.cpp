@@ -20,6 +20,8 @@ struct Raw
     bool noBonjour = false;
     std::string email;
     bool json = false, watch = false;
+    std::string level = "all", category = "all", searchText;
+    bool follow = false;
     std::string key, value;
     std::string helpTopic;
 };
@@ -69,6 +71,18 @@ void addSetup(CLI::App &app, Raw &raw)
     setup->add_option("--auto-delete", raw.autoDelete, "never, N-days or N-months after the upload")
         ->type_name("WHEN");
     setup->add_flag("--no-bonjour", raw.noBonjour, "Don't announce the listener on the local network");
+}
+
+void addLogs(CLI::App &app, Raw &raw)
+{
+    CLI::App *logs = app.add_subcommand("logs", "Show what the gateway did, oldest first");
+    logs->add_flag("--follow", raw.follow, "Go on with what is added, until interrupted");
+    logs->add_option("--level", raw.level, "all, debug, info, warning or error")->type_name("L");
+    logs->add_option("--category", raw.category, "all, listener, receive, send, uploadQueue or quorinCloud")
+        ->type_name("C");
+    logs->add_option("--search", raw.searchText, "Text in action, hashes, correlation, error or details")
+        ->type_name("TEXT");
+    logs->add_flag("--json", raw.json, "As the log files have it, one JSON object a line");
 }
 
 void addOthers(CLI::App &app, Raw &raw)
@@ -132,6 +146,9 @@ std::optional<Command> command(const CLI::App &app, const Raw &raw)
     if (app.got_subcommand("settings")) {
         return settingsCommand(*app.get_subcommand("settings"), raw);
     }
+    if (app.got_subcommand("logs")) {
+        return LogsCommand{text(raw.level), text(raw.category), text(raw.searchText), raw.json, raw.follow};
+    }
     if (raw.headless) {
         return RunHeadless{};
     }
@@ -163,6 +180,7 @@ std::variant<Invocation, CommandLineEnd> parseCommandLine(const QStringList &arg
     addGlobalOptions(app, raw);
     addSetup(app, raw);
     addOthers(app, raw);
+    addLogs(app, raw);
 
     // CLI11 takes the arguments last first.
     std::vector<std::string> reversed;

@@ -67,13 +67,24 @@ struct SettingsCommand
     QString value;
 };
 
+/// Show the log; the words of the filters as typed.
+struct LogsCommand
+{
+    QString level = QStringLiteral("all");
+    QString category = QStringLiteral("all");
+    QString searchText;
+    bool asJson = false;
+    bool follow = false;
+};
+
 using Command = std::variant<RunHeadless,
                              SetupCommand,
                              SignInCommand,
                              SignOutCommand,
                              UploadCommand,
                              StatusCommand,
-                             SettingsCommand>;
+                             SettingsCommand,
+                             LogsCommand>;
 
 /// What the program was asked to do.
 struct Invocation

@@ -167,5 +167,29 @@ TEST_F(CommandLine, PrintsTheHelpOfOneCommand)
     EXPECT_EQ(ending({u"help"_qs, u"nonsense"_qs}).exitCode, 2);
 }
 
+TEST_F(CommandLine, TakesTheFiltersOfTheLogAsTheyAreTyped)
+{
+    const Invocation plain = invocation({u"logs"_qs});
+    const Invocation full = invocation({u"logs"_qs,
+                                        u"--follow"_qs,
+                                        u"--level"_qs,
+                                        u"error"_qs,
+                                        u"--category"_qs,
+                                        u"send"_qs,
+                                        u"--search"_qs,
+                                        u"a b"_qs,
+                                        u"--json"_qs});
+
+    EXPECT_EQ(std::get<LogsCommand>(plain.command).level, u"all"_qs);
+    EXPECT_EQ(std::get<LogsCommand>(plain.command).category, u"all"_qs);
+    EXPECT_FALSE(std::get<LogsCommand>(plain.command).follow);
+    const auto &taken = std::get<LogsCommand>(full.command);
+    EXPECT_EQ(taken.level, u"error"_qs);
+    EXPECT_EQ(taken.category, u"send"_qs);
+    EXPECT_EQ(taken.searchText, u"a b"_qs);
+    EXPECT_TRUE(taken.asJson);
+    EXPECT_TRUE(taken.follow);
+}
+
 } // namespace
 } // namespace gateway::app

@@ -1,9 +1,11 @@
 #include "app/console.h"
 
+#include <cerrno>
 #include <cstdio>
 #include <iostream>
 #include <string>
 
+#include <poll.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -48,6 +50,29 @@ void printOut(const QString &text)
     const QByteArray bytes = text.toUtf8();
     std::fwrite(bytes.constData(), 1, static_cast<std::size_t>(bytes.size()), stdout);
     std::fflush(stdout);
+}
+
+int writeOut(QByteArrayView bytes)
+{
+    while (!bytes.isEmpty()) {
+        const ssize_t step = ::write(STDOUT_FILENO, bytes.data(), static_cast<std::size_t>(bytes.size()));
+        if (step >= 0) {
+            bytes = bytes.sliced(step);
+        } else if (errno == EAGAIN) {
+            // Whoever shares the terminal may have made it so that it doesn't wait.
+            pollfd output{STDOUT_FILENO, POLLOUT, 0};
+            ::poll(&output, 1, -1);
+        } else if (errno != EINTR) {
+            return errno;
+        }
+    }
+    return 0;
+}
+
+bool outputIsGone()
+{
+    pollfd output{STDOUT_FILENO, 0, 0};
+    return ::poll(&output, 1, 0) == 1 && (output.revents & POLLERR) != 0;
 }
 
 void printError(const QString &sentence)

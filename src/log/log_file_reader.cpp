@@ -40,8 +40,7 @@ QByteArray endBefore(int descriptor, qint64 end)
 /// True when the open file begins with everything that `previous` has settled.
 bool continues(int descriptor, const LogFileStamp &stamp, const LogFileRows &previous)
 {
-    return previous.settledBytes > 0 && stamp.isSameFile(previous.stamp) &&
-           stamp.sizeBytes >= previous.settledBytes &&
+    return stamp.isSameFile(previous.stamp) && stamp.sizeBytes >= previous.settledBytes &&
            endBefore(descriptor, previous.settledBytes) == previous.settledEnd;
 }
 

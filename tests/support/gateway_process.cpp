@@ -54,6 +54,19 @@ ProgramResult GatewayHome::run(const QStringList &arguments, const QByteArray &i
     return resultOf(process);
 }
 
+ProgramResult GatewayHome::runIntoHead(const QStringList &arguments) const
+{
+    QProcess command;
+    QProcess head;
+    command.setProcessEnvironment(m_environment);
+    command.setStandardOutputProcess(&head);
+    command.start(QStringLiteral(QUORIN_GATEWAY_PROGRAM), arguments);
+    head.start(QStringLiteral("head"), {QStringLiteral("-n"), QStringLiteral("1")});
+    ProgramResult result = resultOf(command);
+    result.out = resultOf(head).out;
+    return result;
+}
+
 QJsonObject GatewayHome::status() const
 {
     const ProgramResult result = run({QStringLiteral("status"), QStringLiteral("--json")});
@@ -107,6 +120,41 @@ ProgramResult RunningGateway::end(int signal)
     ProgramResult result = resultOf(m_process);
     result.error.prepend(QString::fromUtf8(m_error));
     return result;
+}
+
+RunningCommand::RunningCommand(const GatewayHome &home, const QStringList &arguments)
+{
+    m_process.setProcessEnvironment(home.environment());
+    m_process.start(QStringLiteral(QUORIN_GATEWAY_PROGRAM), arguments);
+}
+
+RunningCommand::~RunningCommand()
+{
+    if (m_process.state() != QProcess::NotRunning) {
+        m_process.kill();
+        m_process.waitForFinished(kPatienceMilliseconds);
+    }
+}
+
+QString RunningCommand::readLine()
+{
+    while (!m_process.canReadLine()) {
+        if (!m_process.waitForReadyRead(kPatienceMilliseconds)) {
+            ADD_FAILURE() << "no line came: " << m_process.readAllStandardError().toStdString();
+            return {};
+        }
+    }
+    return QString::fromUtf8(m_process.readLine()).chopped(1);
+}
+
+void RunningCommand::signal(int signal) const
+{
+    ::kill(static_cast<pid_t>(m_process.processId()), signal);
+}
+
+ProgramResult RunningCommand::result()
+{
+    return resultOf(m_process);
 }
 
 RunningCloud::RunningCloud(const GatewayHome &home)

@@ -26,9 +26,14 @@ public:
 
     /// The environment of every program started here: nothing of the user's own.
     QProcessEnvironment &environment() { return m_environment; }
+    const QProcessEnvironment &environment() const { return m_environment; }
 
     /// Runs one command to its end.
     ProgramResult run(const QStringList &arguments, const QByteArray &input = {}) const;
+
+    /// Runs one command into a reader that goes after the first line, and waits for the end of both; `out` is
+    /// that line.
+    ProgramResult runIntoHead(const QStringList &arguments) const;
 
     /// `status --json` of the running instance; empty where none answers.
     QJsonObject status() const;
@@ -66,6 +71,29 @@ private:
     GatewayHome &m_home;
     QProcess m_process;
     QByteArray m_error;
+};
+
+/// A command that goes on until something ends it. Ended with its owner.
+class RunningCommand
+{
+public:
+    RunningCommand(const GatewayHome &home, const QStringList &arguments);
+    ~RunningCommand();
+
+    RunningCommand(const RunningCommand &) = delete;
+    RunningCommand &operator=(const RunningCommand &) = delete;
+
+    /// Waits for one whole line on its standard output; without the line feed.
+    QString readLine();
+
+    /// Sends a signal.
+    void signal(int signal) const;
+
+    /// Waits for the end.
+    ProgramResult result();
+
+private:
+    QProcess m_process;
 };
 
 /// A local cloud with one account, demo@quorin.example and "demo-password"; ended with its owner.
