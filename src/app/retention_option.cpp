@@ -19,4 +19,12 @@ std::optional<RetentionOption> parseRetentionOption(const QString &text)
                            match.captured(1)};
 }
 
+QString retentionText(const core::RetentionPolicy &policy)
+{
+    const QString mode = core::rawValue(policy.mode);
+    return policy.mode == core::GatewayAutoDeleteMode::never
+               ? mode
+               : QString::number(policy.value) + QLatin1Char('-') + mode;
+}
+
 } // namespace gateway::app

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/gateway_auto_delete_mode.h"
+#include "core/retention_policy.h"
 
 #include <QtCore/QString>
 
@@ -17,5 +18,8 @@ struct RetentionOption
 
 /// Reads "never", "30-days" or "6-months"; nothing for any other form.
 std::optional<RetentionOption> parseRetentionOption(const QString &text);
+
+/// The same words for a policy.
+QString retentionText(const core::RetentionPolicy &policy);
 
 } // namespace gateway::app

@@ -10,9 +10,9 @@
 
 namespace gateway::app {
 
-/// The settings as the command line shows and changes them: every key of the user's defaults, and the members
-/// of the listener's record as keys of their own ("ListenerSettings.port"). Values are checked as the screens
-/// check them.
+/// The settings as the command line shows and changes them: every key of the user's defaults, the members of
+/// the listener's record as keys of their own ("ListenerSettings.port"), and the retention policy as a whole
+/// ("GatewayAutoDelete"). Values are checked as the screens check them.
 ///
 /// Owner: Gateway, or a command that runs without an instance. Thread: main.
 class SettingsCatalogue

@@ -105,6 +105,25 @@ TEST_F(Catalogue, ForgetsTheAmountOfARetentionThatIsSwitchedOff)
     EXPECT_EQ(m_catalogue.get(u"GatewayAutoDeleteValue"_qs), QString());
 }
 
+TEST_F(Catalogue, TakesARetentionPolicyInOneWordAndShowsTheOneThatHolds)
+{
+    EXPECT_EQ(m_catalogue.get(u"GatewayAutoDelete"_qs), u"never"_qs);
+    for (const QString &policy : {u"6-months"_qs, u"30-days"_qs, u"never"_qs, u"3650-days"_qs}) {
+        EXPECT_EQ(refusal(u"GatewayAutoDelete"_qs, policy), QString());
+        EXPECT_EQ(m_catalogue.get(u"GatewayAutoDelete"_qs), policy);
+    }
+    EXPECT_EQ(refusal(u"GatewayAutoDelete"_qs, u"3651-days"_qs),
+              u"Auto-delete in days must be a number between 1 and 3650."_qs);
+    EXPECT_EQ(refusal(u"GatewayAutoDelete"_qs, u"0-months"_qs),
+              u"Auto-delete in months must be a number between 1 and 120."_qs);
+    EXPECT_EQ(refusal(u"GatewayAutoDelete"_qs, u"a week"_qs),
+              u"GatewayAutoDelete must be never, N-days or N-months."_qs);
+    EXPECT_EQ(m_catalogue.get(u"GatewayAutoDelete"_qs), u"3650-days"_qs);
+
+    m_settings.gatewayAutoDeleteValue.set(4000);
+    EXPECT_EQ(m_catalogue.get(u"GatewayAutoDelete"_qs), u"never"_qs) << "what doesn't fit keeps everything";
+}
+
 TEST_F(Catalogue, HoldsAnAmountToTheBoundsOfItsMode)
 {
     m_catalogue.set(u"GatewayAutoDeleteValue"_qs, u"120"_qs);

@@ -1,8 +1,10 @@
 #include "app/settings_rules.h"
 
+#include "app/retention_option.h"
 #include "core/ae_title_formatter.h"
 #include "core/device_id.h"
 #include "core/gateway_auto_delete_mode.h"
+#include "core/retention_policy.h"
 #include "platform/quorin_api/cloud_configuration.h"
 #include "receive/folder_bookmark.h"
 #include "wizard/setup_checks.h"
@@ -170,6 +172,19 @@ Issue setRetrieveMode(platform::UserDefaults &defaults, const QString &value)
     return setFlag(QStringLiteral("QuorinRetrieveMode"), value, [&](bool on) {
         return core::setRetrieveMode(defaults, on);
     });
+}
+
+Issue setAutoDelete(core::Settings &settings, const QString &value)
+{
+    const std::optional<RetentionOption> option = parseRetentionOption(value.trimmed());
+    if (!option) {
+        return QStringLiteral("GatewayAutoDelete must be never, N-days or N-months.");
+    }
+    if (Issue issue = wizard::retentionIssue(option->mode, option->valueText)) {
+        return issue;
+    }
+    return unlessKept(core::storeRetentionPolicy(
+        settings, {option->mode, wizard::parsedRetentionValue(option->valueText).value_or(0)}));
 }
 
 Issue setAutoDeleteMode(core::Settings &settings, const QString &value)

@@ -42,6 +42,9 @@ Issue setCloudAddress(platform::UserDefaults &defaults, const QString &value);
 Issue setCloudKind(platform::UserDefaults &defaults, const QString &value);
 Issue setRetrieveMode(platform::UserDefaults &defaults, const QString &value);
 
+/// The whole policy in one step, as setup words it: never, N-days or N-months.
+Issue setAutoDelete(core::Settings &settings, const QString &value);
+
 /// `never` forgets the amount; the other modes need one that fits.
 Issue setAutoDeleteMode(core::Settings &settings, const QString &value);
 Issue setAutoDeleteValue(core::Settings &settings, const QString &value);

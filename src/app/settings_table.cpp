@@ -1,8 +1,10 @@
 #include "app/settings_table.h"
 
+#include "app/retention_option.h"
 #include "app/settings_rules.h"
 #include "core/dcm_listener_settings.h"
 #include "core/gateway_auto_delete_mode.h"
+#include "core/retention_policy.h"
 #include "platform/quorin_api/cloud_configuration.h"
 
 #include <QtCore/QDateTime>
@@ -175,6 +177,13 @@ QList<CatalogueSetting> cloudSettings()
 QList<CatalogueSetting> retentionSettings()
 {
     return {
+        {QStringLiteral("GatewayAutoDelete"),
+         [](const Settings &settings, const UserDefaults &) {
+             return retentionText(core::effectiveRetentionPolicy(settings));
+         },
+         [](Settings &settings, UserDefaults &, const QString &value) {
+             return settings_rules::setAutoDelete(settings, value);
+         }},
         {QStringLiteral("GatewayAutoDeleteMode"),
          shown(&Settings::gatewayAutoDeleteMode),
          [](Settings &settings, UserDefaults &, const QString &value) {

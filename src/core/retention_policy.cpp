@@ -32,12 +32,25 @@ QString autoDeleteValueMessage(GatewayAutoDeleteMode mode)
 
 RetentionPolicy effectiveRetentionPolicy(const Settings &settings)
 {
-    const GatewayAutoDeleteMode mode = settings.gatewayAutoDeleteMode.get();
-    const std::optional<int> value = settings.gatewayAutoDeleteValue.get();
+    GatewayAutoDeleteMode mode{};
+    std::optional<int> value;
+    do { // a policy that changes meanwhile goes by way of `never`
+        mode = settings.gatewayAutoDeleteMode.get();
+        value = settings.gatewayAutoDeleteValue.get();
+    } while (mode != settings.gatewayAutoDeleteMode.get());
     if (mode == GatewayAutoDeleteMode::never || !isValidAutoDeleteValue(mode, value)) {
         return {};
     }
     return {mode, *value};
+}
+
+bool storeRetentionPolicy(Settings &settings, const RetentionPolicy &policy)
+{
+    using enum GatewayAutoDeleteMode;
+    const auto value = policy.mode == never ? std::nullopt : std::optional(policy.value);
+    const bool sameUnit = settings.gatewayAutoDeleteMode.get() == policy.mode;
+    return (sameUnit || settings.gatewayAutoDeleteMode.set(never)) &&
+           settings.gatewayAutoDeleteValue.set(value) && settings.gatewayAutoDeleteMode.set(policy.mode);
 }
 
 } // namespace gateway::core

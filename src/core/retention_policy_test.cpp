@@ -6,6 +6,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <atomic>
+#include <thread>
+#include <vector>
+
 namespace gateway::core {
 
 namespace {
@@ -70,6 +75,52 @@ TEST_F(ARetentionPolicy, ABadAmountHasItsMessage)
     EXPECT_EQ(autoDeleteValueMessage(GatewayAutoDeleteMode::months),
               QStringLiteral("Auto-delete in months must be a number between 1 and 120."));
     EXPECT_TRUE(autoDeleteValueMessage(GatewayAutoDeleteMode::never).isEmpty());
+}
+
+TEST_F(ARetentionPolicy, IsStoredWhole)
+{
+    using enum GatewayAutoDeleteMode;
+    for (const RetentionPolicy &policy :
+         {RetentionPolicy{months, 6}, RetentionPolicy{days, 30}, RetentionPolicy{days, 7}, kNever}) {
+        EXPECT_TRUE(storeRetentionPolicy(settings, policy));
+        EXPECT_EQ(effectiveRetentionPolicy(settings), policy);
+    }
+    EXPECT_EQ(settings.gatewayAutoDeleteValue.get(), std::nullopt);
+}
+
+TEST_F(ARetentionPolicy, NeverStandsWithTheUnitOfAnotherWhileItChanges)
+{
+    using enum GatewayAutoDeleteMode;
+    storeRetentionPolicy(settings, {months, 6});
+    std::vector<RetentionPolicy> seen;
+    const auto look = [&] { seen.push_back(effectiveRetentionPolicy(settings)); };
+    const auto mode = settings.gatewayAutoDeleteMode.onChange(look);
+    const auto value = settings.gatewayAutoDeleteValue.onChange(look);
+
+    storeRetentionPolicy(settings, {days, 30});
+
+    EXPECT_EQ(seen, (std::vector<RetentionPolicy>{kNever, kNever, {days, 30}}));
+}
+
+TEST_F(ARetentionPolicy, ReadWhileItChangesIsTheOneBeforeTheOneAfterOrNone)
+{
+    using enum GatewayAutoDeleteMode;
+    const std::vector<RetentionPolicy> real{{months, 6}, {days, 30}, kNever};
+    int odd = 0;
+    for (int round = 0; round < 30; ++round) {
+        storeRetentionPolicy(settings, real[0]);
+        std::atomic<bool> changing = true;
+        std::thread writer([&] {
+            storeRetentionPolicy(settings, real[1]);
+            changing = false;
+        });
+        while (changing) {
+            odd += std::count(real.begin(), real.end(), effectiveRetentionPolicy(settings)) == 1 ? 0 : 1;
+        }
+        writer.join();
+    }
+
+    EXPECT_EQ(odd, 0);
 }
 
 } // namespace gateway::core

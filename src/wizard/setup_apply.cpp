@@ -2,6 +2,7 @@
 
 #include "core/ae_title_formatter.h"
 #include "core/dcm_listener_settings.h"
+#include "core/retention_policy.h"
 #include "receive/folder_bookmark.h"
 
 namespace gateway::wizard {
@@ -21,14 +22,12 @@ writeDraft(const SetupDraft &draft, core::Settings &settings, platform::UserDefa
     record.port = parsedPort(draft.portText).value_or(record.port);
     record.isEnabled = true;
     record.advertiseWithBonjour = draft.advertiseWithBonjour;
-    const std::optional<int> retention = draft.autoDeleteMode == core::GatewayAutoDeleteMode::never
-                                             ? std::nullopt
-                                             : parsedRetentionValue(draft.autoDeleteValueText);
+    const core::RetentionPolicy retention{draft.autoDeleteMode,
+                                          parsedRetentionValue(draft.autoDeleteValueText).value_or(0)};
     const bool kept = record.save(defaults) &&
                       settings.listenerDestinationFolder.set(draft.destinationFolder) &&
                       settings.listenerDestinationFolderBookmark.set(bookmark) &&
-                      settings.gatewayAutoDeleteMode.set(draft.autoDeleteMode) &&
-                      settings.gatewayAutoDeleteValue.set(retention);
+                      core::storeRetentionPolicy(settings, retention);
     return kept ? std::nullopt : std::optional(QStringLiteral("The settings could not be written."));
 }
 
