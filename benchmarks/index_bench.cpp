@@ -2,6 +2,7 @@
 // index, taken in turns on the same machine, so that the ratio means something where the times don't.
 //
 //   quorin-index-bench [small rows] [large rows] [rounds]
+//   quorin-index-bench --prune ROWS          how long imports wait while all that is uploaded is let go of
 //   quorin-index-bench --make ROWS HOME      only writes the index of a gateway's home
 
 #include "index/import_recorder.h"
@@ -10,21 +11,26 @@
 #include "platform/sqlite/database.h"
 
 #include <QtCore/QCoreApplication>
+#include <QtCore/QDir>
+#include <QtCore/QFile>
 #include <QtCore/QStringList>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <functional>
 #include <map>
 #include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace {
 
 using gateway::index::DicomDB;
 using gateway::index::IndexStore;
+using gateway::index::LocalPruneResult;
 using gateway::index::PendingCursor;
 using gateway::index::PendingImageUpload;
 using gateway::index::StoredFile;
@@ -56,6 +62,18 @@ QVariantMap imageNumber(std::int64_t number)
          {QStringLiteral("sliceLocation"), 1.5}});
 }
 
+constexpr std::int64_t kFilesOfABucket = 10'000;
+
+std::int64_t bucketOf(std::int64_t number)
+{
+    return (number / kFilesOfABucket + 1) * kFilesOfABucket;
+}
+
+QString pathStringOf(std::int64_t number)
+{
+    return QStringLiteral("%1/%2.dcm").arg(bucketOf(number)).arg(number);
+}
+
 /// Writes rows as imports and uploads until `now` would have left them.
 void fill(const QString &indexFile, std::int64_t rows, const QDateTime &now)
 {
@@ -65,8 +83,7 @@ void fill(const QString &indexFile, std::int64_t rows, const QDateTime &now)
     for (std::int64_t from = 0; from < rows; from += kTogether) {
         store.write([&](Database &database) {
             for (std::int64_t n = from; n < std::min(from + kTogether, rows); ++n) {
-                const std::int64_t bucket = (n / 10'000 + 1) * 10'000;
-                const StoredFile file{QString(), QStringLiteral("%1/%2.dcm").arg(bucket).arg(n), n};
+                const StoredFile file{QString(), pathStringOf(n), n};
                 gateway::index::recordImport(database, imageNumber(n), file, start + 5 * n);
             }
             database
@@ -130,6 +147,23 @@ public:
         m_home.index().transferBuckets(now.addDays(-1), now, std::chrono::hours(1), 24);
     }
 
+    /// Puts an empty file where each of the first rows has its own.
+    void makeFiles(std::int64_t rows) const
+    {
+        for (std::int64_t n = 0; n < rows; ++n) {
+            if (n % kFilesOfABucket == 0) {
+                QDir(m_home.fileStoreRoot()).mkpath(QString::number(bucketOf(n)));
+            }
+            QFile file(m_home.fileStoreRoot() + QLatin1Char('/') + pathStringOf(n));
+            if (!file.open(QIODevice::WriteOnly)) {
+                std::fprintf(stderr, "a file could not be made\n");
+                return;
+            }
+        }
+    }
+
+    LocalPruneResult prune() { return m_home.index().pruneSyncedImages(m_home.clock.now().addDays(1)); }
+
 private:
     std::int64_t m_next;
     TemporaryIndex m_home;
@@ -191,6 +225,57 @@ void report(const char *name, const Times &times)
                 mean(times[1]) / mean(times[0]));
 }
 
+void reportImports(const char *when, std::vector<double> milliseconds)
+{
+    const double middle = median(milliseconds);
+    std::sort(milliseconds.begin(), milliseconds.end());
+    const auto hundredth = static_cast<std::ptrdiff_t>(milliseconds.size() / 100);
+    std::printf("%s: %zu imports, ms: median %.1f, p99 %.1f, longest %.1f\n",
+                when,
+                milliseconds.size(),
+                middle,
+                *(milliseconds.end() - 1 - hundredth),
+                milliseconds.back());
+}
+
+/// How long imports wait while everything that is uploaded is let go of.
+void reportPrune(std::int64_t rows)
+{
+    constexpr int kRounds = 300;
+    Subject subject(rows);
+    subject.makeFiles(rows);
+    std::vector<double> alone;
+    std::vector<double> beside;
+    const auto importOne = [&](std::vector<double> &times) {
+        subject.prepareFile();
+        const auto start = std::chrono::steady_clock::now();
+        subject.importFile();
+        const std::chrono::duration<double, std::milli> took = std::chrono::steady_clock::now() - start;
+        times.push_back(took.count());
+    };
+    for (int round = 0; round < kRounds; ++round) {
+        importOne(alone);
+    }
+    std::atomic<bool> isPruning = true;
+    LocalPruneResult result;
+    const auto start = std::chrono::steady_clock::now();
+    std::thread pruner([&] {
+        result = subject.prune();
+        isPruning = false;
+    });
+    do {
+        importOne(beside);
+    } while (isPruning);
+    pruner.join();
+    const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
+    std::printf("prune of %lld rows and %lld files beside an importer: %.1f s\n",
+                static_cast<long long>(result.deletedImageCount),
+                static_cast<long long>(result.deletedFileCount),
+                took.count());
+    reportImports("without a prune", std::move(alone));
+    reportImports("during the prune", std::move(beside));
+}
+
 /// What a screen with very many studies waits for.
 void reportStudySnapshots()
 {
@@ -228,6 +313,10 @@ int main(int argc, char **argv)
         fill(arguments.value(3) + QStringLiteral("/index/QuorinGateway.sqlite"),
              argument(arguments, 2, 0),
              QDateTime::currentDateTimeUtc());
+        return 0;
+    }
+    if (arguments.value(1) == QStringLiteral("--prune")) {
+        reportPrune(argument(arguments, 2, 1'000'000));
         return 0;
     }
     const auto rounds = static_cast<int>(argument(arguments, 3, 1000));

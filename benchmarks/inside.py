@@ -34,7 +34,19 @@ def index(bench):
             rows.append(Row(f"{found[1]}, ms", found[2], goal="<= 300 ms"))
     if not rows:
         raise Failure("quorin-index-bench printed no figures")
-    return rows
+    return rows + prune(bench)
+
+
+def prune(bench):
+    """Letting go of what is uploaded, and what an import beside it waits for."""
+    told = bench.run("quorin-index-bench", "--prune", "200000")
+    count, seconds = re.search(r"prune of (\d+) rows .+: ([\d.]+) s", told).groups()
+    waits = {when: found for when, *found in re.findall(
+        r"^(without a|during the) prune: .+ median ([\d.]+), p99 ([\d.]+), longest ([\d.]+)$", told, re.M)}
+    alone, beside = waits["without a"], waits["during the"]
+    return [Row(f"retention of {count} images and files beside an importer, s", seconds),
+            Row("  import meanwhile, ms (p99, longest)", f"{beside[0]} ({beside[1]}, {beside[2]})",
+                f"alone {alone[0]} ({alone[1]}, {alone[2]})")]
 
 
 def log(bench):
