@@ -157,6 +157,9 @@ public:
     /// number of rows.
     std::optional<IndexFigures> figures() const;
 
+    /// All of these counts in one read, so that they agree with one another while writers are at work.
+    IndexCounts counts();
+
     /// What came and went between `start` and `end`, a figure a bucket.
     struct TransferBuckets
     {

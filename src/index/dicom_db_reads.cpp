@@ -56,6 +56,13 @@ std::optional<QDateTime> oldestUnsentIn(Database &database)
     return row.step() ? std::optional(QDateTime::fromMSecsSinceEpoch(row.integer(0), Qt::UTC)) : std::nullopt;
 }
 
+EntityCounts notSynced(const Ledger &ledger)
+{
+    return {ledger.total.studies - ledger.synced.studies,
+            ledger.total.series - ledger.synced.series,
+            ledger.total.images - ledger.synced.images};
+}
+
 std::int16_t computedState(const Statement &row, int firstColumn)
 {
     return static_cast<std::int16_t>(stateOf({row.integer(firstColumn),
@@ -97,13 +104,17 @@ LocalSeriesSnapshot seriesAt(const Statement &row, const RowAddress &address)
 
 } // namespace
 
-EntityCounts DicomDB::notSyncedCounts()
+IndexCounts DicomDB::counts()
 {
     backfillOnce();
     const Ledger ledger = readLedger(m_store);
-    return {ledger.total.studies - ledger.synced.studies,
-            ledger.total.series - ledger.synced.series,
-            ledger.total.images - ledger.synced.images};
+    return {ledger.total, notSynced(ledger), ledger.synced.images, ledger.failedImages};
+}
+
+EntityCounts DicomDB::notSyncedCounts()
+{
+    backfillOnce();
+    return notSynced(readLedger(m_store));
 }
 
 EntityCounts DicomDB::totalCounts() const

@@ -67,6 +67,7 @@ TEST_F(Counters, CountRowsByState)
     EXPECT_EQ(index.notSyncedCounts(), (EntityCounts{2, 2, 4})) << "a failed image isn't synced either";
     EXPECT_EQ(index.syncedImagesCount(), 1);
     EXPECT_EQ(index.failedImagesCount(), 1);
+    EXPECT_EQ(index.counts(), (IndexCounts{{3, 3, 5}, {2, 2, 4}, 1, 1}));
 }
 
 TEST_F(Figures, AreThoseOfAnEmptyIndex)

@@ -60,4 +60,15 @@ struct EntityCounts
     bool operator==(const EntityCounts &) const = default;
 };
 
+/// All counts of the index as they stood together at one moment.
+struct IndexCounts
+{
+    EntityCounts total;
+    EntityCounts notSynced;
+    std::int64_t syncedImages = 0;
+    std::int64_t failedImages = 0;
+
+    bool operator==(const IndexCounts &) const = default;
+};
+
 } // namespace gateway::index

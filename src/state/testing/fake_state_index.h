@@ -1,0 +1,77 @@
+#pragma once
+
+#include "state/state_index.h"
+
+#include <QtCore/QTemporaryDir>
+
+#include <algorithm>
+#include <chrono>
+#include <optional>
+#include <vector>
+
+namespace gateway::state::testing {
+
+/// An index of plain rows in memory, counted naively, with an empty file store. Thread: main.
+class FakeStateIndex final : public StateIndex
+{
+public:
+    struct Image
+    {
+        QDateTime createDate;
+        int syncState = 0;
+        QDateTime uploadDate = {};
+    };
+
+    /// The studies and series that `counts` tells; images are counted.
+    index::EntityCounts parents;
+    std::vector<Image> images;
+    int countings = 0;
+    int fetches = 0;
+
+    index::IndexCounts counts() override
+    {
+        ++countings;
+        const auto inState = [this](int state) {
+            return std::count_if(images.begin(), images.end(), [state](const Image &image) {
+                return image.syncState == state;
+            });
+        };
+        const auto all = static_cast<std::int64_t>(images.size());
+        index::IndexCounts counts;
+        counts.total = {parents.studies, parents.series, all};
+        counts.notSynced = {parents.studies, parents.series, all - inState(1)};
+        counts.syncedImages = inState(1);
+        counts.failedImages = inState(2);
+        return counts;
+    }
+
+    index::DicomDB::TransferBuckets transferBuckets(const QDateTime &start,
+                                                    const QDateTime &end,
+                                                    std::chrono::seconds bucketDuration,
+                                                    int count) override
+    {
+        ++fetches;
+        index::DicomDB::TransferBuckets buckets;
+        buckets.received.resize(static_cast<std::size_t>(count));
+        buckets.sent.resize(static_cast<std::size_t>(count));
+        const auto add = [&](std::vector<std::int64_t> &series, const QDateTime &moment) {
+            if (moment.isValid() && moment >= start && moment < end) {
+                ++series.at(static_cast<std::size_t>(start.secsTo(moment) / bucketDuration.count()));
+            }
+        };
+        for (const Image &image : images) {
+            add(buckets.received, image.createDate);
+            if (image.syncState == 1) {
+                add(buckets.sent, image.uploadDate);
+            }
+        }
+        return buckets;
+    }
+
+    QString fileStoreRoot() override { return m_fileStore.path(); }
+
+private:
+    QTemporaryDir m_fileStore;
+};
+
+} // namespace gateway::state::testing

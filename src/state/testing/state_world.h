@@ -1,0 +1,79 @@
+#pragma once
+
+#include "platform/concurrency/main_executor.h"
+#include "platform/concurrency/testing/manual_clock.h"
+#include "platform/concurrency/worker_pool.h"
+#include "platform/notifications/notification_center.h"
+#include "state/gateway_app_state.h"
+#include "state/testing/fake_state_index.h"
+
+#include <QtCore/QCoreApplication>
+
+#include <optional>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace gateway::state::testing {
+
+/// Live figures on a fake index and a manual clock, which begins at noon in UTC. Owner: a test. Thread: main.
+class StateWorld
+{
+public:
+    explicit StateWorld(QTimeZone zone = QTimeZone::utc()) : timeZone(std::move(zone)) {}
+
+    /// Makes the figures anew, as a launch does.
+    GatewayAppState &launch()
+    {
+        m_state.emplace(parts());
+        QObject::connect(&*m_state, &GatewayAppState::published, &*m_state, [this](GatewayField field) {
+            if (field != GatewayField::receivedStorageUsage) {
+                m_published.push_back(field);
+            }
+        });
+        return *m_state;
+    }
+
+    GatewayAppStateParts parts()
+    {
+        return {index,
+                [this] { return isListening; },
+                notifications,
+                main,
+                pool,
+                clock,
+                [this] { return timeZone; }};
+    }
+
+    GatewayAppState &state() { return m_state ? *m_state : launch(); }
+    const GatewayFigures &figures() { return state().figures(); }
+    void destroy() { m_state.reset(); }
+
+    /// The fields published since the last call, in their order, but for the storage usage, which comes when
+    /// it likes.
+    std::vector<GatewayField> published() { return std::exchange(m_published, {}); }
+
+    /// Runs the main thread until the condition holds.
+    template <typename Condition>
+    static void runUntil(const Condition &condition)
+    {
+        while (!condition()) {
+            QCoreApplication::processEvents();
+            std::this_thread::yield();
+        }
+    }
+
+    platform::testing::ManualClock clock;
+    platform::MainExecutor main;
+    platform::WorkerPool pool{QStringLiteral("test"), 1};
+    platform::NotificationCenter notifications;
+    FakeStateIndex index;
+    bool isListening = true;
+    QTimeZone timeZone;
+
+private:
+    std::vector<GatewayField> m_published;
+    std::optional<GatewayAppState> m_state;
+};
+
+} // namespace gateway::state::testing

@@ -1,0 +1,30 @@
+#include "state/update_banner.h"
+
+namespace gateway::state {
+
+QString updateAvailableBanner(const QString &displayVersion, const QString &version)
+{
+    const QString shown = displayVersion.trimmed().isEmpty() ? version : displayVersion;
+    return QStringLiteral("Update available: Quorin Gateway %1. Choose Check for Updates…")
+        .arg(shown)
+        .trimmed();
+}
+
+QString criticalUpdateBanner()
+{
+    return QStringLiteral("Critical update available. Install update now.");
+}
+
+QString installsOnQuitBanner()
+{
+    return QStringLiteral(
+        "A new Quorin Gateway version is available. Updates install automatically on quit.");
+}
+
+QString longUncheckedBanner()
+{
+    return QStringLiteral("Quorin Gateway has not checked for updates for over 30 days. "
+                          "Please connect to the internet.");
+}
+
+} // namespace gateway::state
