@@ -68,14 +68,14 @@ Gateway::Gateway(Options options)
       m_inboxImports(m_index, index::ImportSource::ownInbox),
       m_tokens(platform::makeTokenStore(m_options.layout.tokenFolder())),
       m_cloud(cloudConfiguration(), *m_tokens), m_authenticationApi(m_cloud), m_userApi(m_cloud),
-      m_statusApi(m_cloud), m_stowApi(m_cloud), m_face(m_options.writeLine), m_figures(m_clock),
+      m_statusApi(m_cloud), m_stowApi(m_cloud), m_face(m_options.writeLine), m_liveState(m_state),
       m_cleanup(cleanupCollaborators()), m_netServices(makeNetServices()),
       m_session(std::make_unique<Session>(m_cloud)), m_uploadIndex(m_index),
       m_uploadCollaborators{m_uploadIndex,
                             m_stowApi,
                             m_converter,
                             *m_session,
-                            m_figures,
+                            m_liveState,
                             m_terms,
                             m_cleanup,
                             m_emitter,
@@ -91,9 +91,9 @@ Gateway::Gateway(Options options)
                                                                         m_cloudPool,
                                                                         m_clock},
                                                                        QStringLiteral(QUORIN_VERSION)),
-      m_storage(std::make_shared<StorageMeter>(m_options.layout.fileStore, m_main)),
       m_reachability(std::make_shared<CloudReachability>(m_statusApi, m_main, m_cloudPool, m_clock)),
-      m_store(makeStore()), m_delegate(std::make_shared<AppDelegate>(delegateCollaborators())),
+      m_store(makeStore()), m_stateIndex(m_index), m_state(stateParts()),
+      m_delegate(std::make_shared<AppDelegate>(delegateCollaborators())),
       m_commands(std::make_shared<InstanceCommands>(commandCollaborators())), m_health(makeHealthService())
 {
     m_converter.sweepLeftovers();
@@ -158,7 +158,7 @@ std::shared_ptr<receive::StoreListenerService> Gateway::makeListener(std::functi
             m_clock,
             m_inboxImports,
             m_emitter,
-            m_figures,
+            m_liveState,
             *m_netServices,
             [defaultInbox] {
                 return std::make_shared<platform::DCMTKStoreSCP>(
@@ -178,10 +178,21 @@ upload::GatewayAutoDeleteCleanupService::Collaborators Gateway::cleanupCollabora
             },
             [this](const QDateTime &cutoff) { return m_index.pruneSyncedImages(cutoff); },
             [this] {
-                m_figures.refreshCounters();
-                m_figures.refreshTransferSeries();
+                m_state.refreshCounters();
+                m_state.refreshTransferSeries();
             },
             [this] { return m_clock.now(); }};
+}
+
+state::GatewayAppStateParts Gateway::stateParts()
+{
+    return {m_stateIndex,
+            [this] { return m_store->listenerService().storeListener() != nullptr; },
+            m_notifications,
+            m_main,
+            m_globalPool,
+            m_clock,
+            [] { return QTimeZone::systemTimeZone(); }};
 }
 
 AppDelegate::Collaborators Gateway::delegateCollaborators()
@@ -208,12 +219,11 @@ InstanceCommands::Collaborators Gateway::commandCollaborators()
             m_index,
             m_auth,
             m_cloud.configuration(),
-            m_figures,
+            m_state,
             m_uploadWatcher,
             m_face,
             *m_delegate,
             *m_store,
-            m_storage,
             m_reachability,
             m_options.bindAddress};
 }
@@ -231,12 +241,11 @@ std::unique_ptr<HealthService> Gateway::makeHealthService()
             m_settings,
             m_index,
             m_auth,
-            m_figures,
+            m_state,
             m_uploadWatcher,
             m_eventCounts,
             m_clock,
             *m_store,
-            m_storage,
             m_reachability,
             std::make_shared<FreeSpaceWatch>(folders,
                                              FreeSpaceWatch::Collaborators{m_main, m_globalPool, m_clock}),
@@ -252,7 +261,6 @@ void Gateway::launch()
     m_delegate->applicationDidFinishLaunching();
     m_auth.startPolling(kSessionPoll);
     m_reachability->refresh();
-    m_storage->measure([](StorageFigures) {});
     m_globalPool.run([this] { m_index.finishRemovals(); });
 }
 

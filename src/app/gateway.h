@@ -9,8 +9,7 @@
 #include "app/health_service.h"
 #include "app/home_layout.h"
 #include "app/instance_commands.h"
-#include "app/live_figures.h"
-#include "app/storage_meter.h"
+#include "app/live_state.h"
 #include "app/store.h"
 #include "app/upkeep_elsewhere.h"
 #include "app/upload_run_watcher.h"
@@ -35,6 +34,8 @@
 #include "platform/quorin_api/qrn_user_api.h"
 #include "platform/quorin_api/quorin_api_client.h"
 #include "platform/system_log/journal_system_log.h"
+#include "state/gateway_app_state.h"
+#include "state/state_index.h"
 #include "upload/dicom_db_upload_index.h"
 #include "upload/gateway_auto_delete_cleanup_service.h"
 #include "upload/upload_collaborators.h"
@@ -91,6 +92,7 @@ private:
     std::shared_ptr<receive::StoreListenerService> makeListener(std::function<void(QString)> onImported);
     upload::StoreUpload::ExecutionConfig uploadConfig() const;
     upload::GatewayAutoDeleteCleanupService::Collaborators cleanupCollaborators();
+    state::GatewayAppStateParts stateParts();
     AppDelegate::Collaborators delegateCollaborators();
     InstanceCommands::Collaborators commandCollaborators();
     std::unique_ptr<HealthService> makeHealthService();
@@ -124,7 +126,7 @@ private:
     platform::QrnStowAPI m_stowApi;
 
     HeadlessFace m_face;
-    LiveFigures m_figures;
+    LiveState m_liveState;
     PackagedUpkeep m_upkeep;
     upload::GatewayAutoDeleteCleanupService m_cleanup;
     NoTermsFollowUp m_terms;
@@ -136,9 +138,10 @@ private:
     platform::WorkerPool m_cloudPool;  // calls that wait for the network
     platform::WorkerPool m_globalPool; // everything else
     account::QuorinAuthViewModel m_auth;
-    std::shared_ptr<StorageMeter> m_storage;
     std::shared_ptr<CloudReachability> m_reachability;
     std::shared_ptr<Store> m_store;
+    state::DicomDBStateIndex m_stateIndex;
+    state::GatewayAppState m_state; // behind the store, whose listener it asks for
     std::shared_ptr<AppDelegate> m_delegate;
     std::shared_ptr<InstanceCommands> m_commands;
     std::unique_ptr<HealthService> m_health;

@@ -13,10 +13,7 @@ constexpr double kBytesPerMegabit = 1'000'000.0 / 8;
 
 } // namespace
 
-HealthCollector::HealthCollector(Collaborators collaborators)
-    : m_with(std::move(collaborators)), m_usedBytes(std::make_shared<std::optional<qint64>>())
-{
-}
+HealthCollector::HealthCollector(Collaborators collaborators) : m_with(std::move(collaborators)) {}
 
 void HealthCollector::sample()
 {
@@ -28,11 +25,7 @@ void HealthCollector::refresh()
 {
     m_with.reachability->refresh();
     m_with.freeSpace->refresh();
-    const std::chrono::nanoseconds now = m_with.clock.monotonic();
-    if (!m_storeMeasuredAt || now - *m_storeMeasuredAt >= kStoreMeasuring) {
-        m_storeMeasuredAt = now;
-        m_with.storage->measure([used = m_usedBytes](StorageFigures figures) { *used = figures.usedBytes; });
-    }
+    m_with.state.refreshStorageUsage();
 }
 
 HealthFigures HealthCollector::collect()
@@ -56,7 +49,7 @@ HealthFigures::Listener HealthCollector::listener() const
             .aeTitle = report.aeTitle,
             .port = report.port,
             .failure = report.error,
-            .openAssociations = m_with.live.openAssociations(),
+            .openAssociations = static_cast<int>(m_with.state.openReceiveAssociations()),
             .receivedPerSecond = m_receiving.perSecond()};
 }
 
@@ -85,7 +78,11 @@ HealthFigures::Index HealthCollector::index() const
 
 HealthFigures::Storage HealthCollector::storage() const
 {
-    return {.usedBytes = *m_usedBytes,
+    std::optional<qint64> usedBytes;
+    if (m_with.state.isStorageMeasured()) {
+        usedBytes = m_with.state.figures().receivedStorageUsage.usedBytes;
+    }
+    return {.usedBytes = usedBytes,
             .reserveBytes = platform::kFreeSpaceReserveBytes,
             .rooms = m_with.freeSpace->rooms(platform::kFreeSpaceReserveBytes)};
 }
@@ -96,7 +93,7 @@ HealthFigures::Cloud HealthCollector::cloud() const
             .isSignedIn = m_with.auth.state().isSignedIn(),
             .areTermsRequired = {},
             .isUploading = m_with.uploads.figures().isRunning,
-            .uploadBytesPerSecond = m_with.live.uploadSpeedMbps() * kBytesPerMegabit,
+            .uploadBytesPerSecond = m_with.state.figures().uploadSpeedMbps * kBytesPerMegabit,
             .failedFiles = {}};
 }
 

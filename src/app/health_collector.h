@@ -5,15 +5,14 @@
 #include "app/event_counts.h"
 #include "app/free_space_watch.h"
 #include "app/health_figures.h"
-#include "app/live_figures.h"
 #include "app/recent_rate.h"
 #include "app/status_report.h"
-#include "app/storage_meter.h"
 #include "app/store.h"
 #include "app/upload_run_watcher.h"
 #include "core/settings.h"
 #include "index/dicom_db.h"
 #include "platform/concurrency/clock.h"
+#include "state/gateway_app_state.h"
 
 #include <chrono>
 #include <functional>
@@ -33,12 +32,11 @@ public:
         core::Settings &settings;
         index::DicomDB &index;
         account::QuorinAuthViewModel &auth;
-        const LiveFigures &live;
+        state::GatewayAppState &state;
         const UploadRunWatcher &uploads;
         const EventCounts &events;
         const platform::Clock &clock;
         Store &store;
-        std::shared_ptr<StorageMeter> storage;
         std::shared_ptr<CloudReachability> reachability;
         std::shared_ptr<FreeSpaceWatch> freeSpace;
         std::function<bool()> isListenerEnabled;
@@ -47,9 +45,6 @@ public:
 
     /// How often the caller takes samples.
     static constexpr std::chrono::seconds kSampling{10};
-
-    /// The file store is walked at most so often on behalf of these figures.
-    static constexpr std::chrono::minutes kStoreMeasuring{5};
 
     explicit HealthCollector(Collaborators collaborators);
 
@@ -71,8 +66,6 @@ private:
 
     const Collaborators m_with;
     RecentRate m_receiving;
-    std::shared_ptr<std::optional<qint64>> m_usedBytes; // shared with measurements under way
-    std::optional<std::chrono::nanoseconds> m_storeMeasuredAt;
 };
 
 } // namespace gateway::app

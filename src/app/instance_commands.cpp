@@ -39,12 +39,12 @@ InstanceCommands::InstanceCommands(Collaborators collaborators)
 {
     m_errorObserver =
         m_with.notifications.observe(core::kStoreListenerError, [this](const QVariantMap &userInfo) {
-            m_listenerError = listenerFailureText(userInfo);
+            m_with.state.setDimseAlertMessage(listenerFailureText(userInfo));
         });
     m_stateObserver =
         m_with.notifications.observe(core::kStoreListenerStateChanged, [this](const QVariantMap &) {
             if (m_with.store.listenerService().storeListener()) {
-                m_listenerError.clear();
+                m_with.state.setDimseAlertMessage(std::nullopt);
             }
         });
 }
@@ -118,23 +118,29 @@ void InstanceCommands::restartListener()
 void InstanceCommands::status(const Answer &answer)
 {
     m_with.reachability->refresh();
-    m_with.storage->measure([self = shared_from_this(), answer](StorageFigures storage) {
-        answer(ControlReply::success(toJson(self->report(storage))));
-    });
+    m_with.state.refreshCounters();
+    m_with.state.refreshTransferSeries();
+    m_with.state.whenStorageIsMeasured(
+        [self = shared_from_this(), answer] { answer(ControlReply::success(toJson(self->report()))); });
 }
 
-StatusReport InstanceCommands::report(StorageFigures storage) const
+StatusReport InstanceCommands::report() const
 {
     StatusReport report;
     report.listener = listenerReport();
-    const index::EntityCounts all = m_with.index.totalCounts();
-    report.counters = {all.studies,
-                       all.series,
-                       all.images,
-                       m_with.index.notSyncedCounts().images,
-                       m_with.index.syncedImagesCount(),
-                       m_with.index.failedImagesCount()};
-    report.storage = {storage.usedBytes, storage.availableBytes};
+    const state::GatewayFigures &figures = m_with.state.figures();
+    report.counters = {figures.receivedStudiesCount,
+                       figures.receivedSeriesCount,
+                       figures.receivedImagesCount,
+                       figures.notSyncedImagesCount,
+                       figures.syncedImagesCount,
+                       figures.failedImagesCount};
+    report.storage = {figures.receivedStorageUsage.usedBytes, figures.receivedStorageUsage.availableBytes};
+    report.activity = {state::rawValue(figures.transferTimeframe),
+                       figures.transferWindowStart,
+                       m_with.state.bucketDuration(),
+                       figures.transferReceivedSeries,
+                       figures.transferSentSeries};
     report.cloud = {kindText(m_with.cloud.kind),
                     m_with.cloud.baseUrl.toString(),
                     m_with.reachability->isOnline(),
@@ -142,9 +148,10 @@ StatusReport InstanceCommands::report(StorageFigures storage) const
     const bool isSignedIn = m_with.auth.state().isSignedIn();
     report.session = {isSignedIn, m_with.auth.signedInLabel().value_or(QString())};
     report.setup = {core::isSetupRequired(m_with.settings), m_with.settings.gatewaySetupVersion.get()};
-    report.openAssociations = m_with.figures.openAssociations();
+    report.openAssociations = static_cast<int>(m_with.state.openReceiveAssociations());
     report.upload = m_with.uploads.figures();
-    report.uploadSpeedMbps = m_with.figures.uploadSpeedMbps();
+    report.uploadSpeedMbps = figures.uploadSpeedMbps;
+    report.banner = figures.updateBannerMessage.value_or(QString());
     return report;
 }
 
@@ -158,7 +165,7 @@ StatusReport::Listener InstanceCommands::listenerReport() const
             settings.aeTitle,
             port,
             receive::listenerAddressText(m_with.bindAddress, port),
-            m_listenerError};
+            m_with.state.figures().dimseAlertMessage.value_or(QString())};
 }
 
 wizard::PortState InstanceCommands::probe(int port) const

@@ -4,16 +4,15 @@
 #include "app/cloud_reachability.h"
 #include "app/control_protocol.h"
 #include "app/headless_face.h"
-#include "app/live_figures.h"
 #include "app/settings_catalogue.h"
 #include "app/status_report.h"
-#include "app/storage_meter.h"
 #include "app/store.h"
 #include "app/upload_run_watcher.h"
 #include "core/settings.h"
 #include "index/dicom_db.h"
 #include "platform/concurrency/task_scope.h"
 #include "platform/quorin_api/cloud_configuration.h"
+#include "state/gateway_app_state.h"
 #include "wizard/setup_checks.h"
 
 #include <QCoro/QCoroTask>
@@ -42,12 +41,11 @@ public:
         index::DicomDB &index;
         account::QuorinAuthViewModel &auth;
         const platform::CloudConfiguration &cloud;
-        LiveFigures &figures;
+        state::GatewayAppState &state;
         const UploadRunWatcher &uploads;
         HeadlessFace &face;
         AppDelegate &delegate;
         Store &store;
-        std::shared_ptr<StorageMeter> storage;
         std::shared_ptr<CloudReachability> reachability;
         QString bindAddress;
     };
@@ -74,13 +72,12 @@ private:
     QCoro::Task<> applySetup(wizard::SetupDraft draft, Answer answer);
     QCoro::Task<QString> restartAndWait();
 
-    StatusReport report(StorageFigures storage) const;
+    StatusReport report() const;
     wizard::PortState probe(int port) const;
     void restartListener();
 
     Collaborators m_with;
     bool m_isApplyingSetup = false;
-    QString m_listenerError; ///< of the last start; empty once a listener stands
     platform::NotificationCenter::Token m_errorObserver;
     platform::NotificationCenter::Token m_stateObserver;
     platform::TaskScope m_scope; // last: drained before the fields go

@@ -1,8 +1,13 @@
 #include "app/status_report.h"
 
+#include "state/time_texts.h"
+
+#include <QtCore/QJsonArray>
 #include <QtCore/QJsonValue>
 #include <QtCore/QLocale>
 #include <QtCore/QStringList>
+
+#include <numeric>
 
 namespace gateway::app {
 
@@ -64,6 +69,41 @@ QJsonObject countersJson(const StatusReport::Counters &counters)
             {QStringLiteral("notSynced"), counters.notSynced},
             {QStringLiteral("synced"), counters.synced},
             {QStringLiteral("failed"), counters.failed}};
+}
+
+QJsonArray seriesJson(const std::vector<std::int64_t> &series)
+{
+    QJsonArray array;
+    for (const std::int64_t count : series) {
+        array.append(static_cast<qint64>(count));
+    }
+    return array;
+}
+
+QJsonObject activityJson(const StatusReport::Activity &activity)
+{
+    return {{QStringLiteral("timeframe"), activity.timeframe},
+            {QStringLiteral("windowStart"), textOrNull(activity.windowStart.toString(Qt::ISODate))},
+            {QStringLiteral("bucketSeconds"), static_cast<qint64>(activity.bucket.count())},
+            {QStringLiteral("received"), seriesJson(activity.received)},
+            {QStringLiteral("sent"), seriesJson(activity.sent)}};
+}
+
+qint64 sumOf(const QJsonArray &series)
+{
+    return std::accumulate(series.begin(), series.end(), qint64{0}, [](qint64 sum, const QJsonValue &count) {
+        return sum + count.toInteger();
+    });
+}
+
+QString activityText(const QJsonObject &activity)
+{
+    const QJsonArray received = activity.value(QStringLiteral("received")).toArray();
+    const std::chrono::seconds bucket(activity.value(QStringLiteral("bucketSeconds")).toInteger());
+    return QStringLiteral("%1: %2 received, %3 sent")
+        .arg(state::rangeTitle(bucket * received.size(), QLocale::c()))
+        .arg(sumOf(received))
+        .arg(sumOf(activity.value(QStringLiteral("sent")).toArray()));
 }
 
 QString bytesText(const QJsonValue &bytes)
@@ -128,6 +168,7 @@ QJsonObject toJson(const StatusReport &report)
         {QStringLiteral("storage"),
          QJsonObject{{QStringLiteral("usedBytes"), report.storage.usedBytes},
                      {QStringLiteral("availableBytes"), report.storage.availableBytes}}},
+        {QStringLiteral("activity"), activityJson(report.activity)},
         {QStringLiteral("upload"),
          QJsonObject{{QStringLiteral("running"), report.upload.isRunning},
                      {QStringLiteral("mode"), textOrNull(report.upload.mode)},
@@ -161,6 +202,7 @@ QString statusText(const QJsonObject &status)
         QStringLiteral("Receiving  %1 open associations")
             .arg(receiving.value(QStringLiteral("associations")).toInteger()),
         QStringLiteral("Images     ") + countersText(part(QStringLiteral("counters"))),
+        QStringLiteral("Activity   ") + activityText(part(QStringLiteral("activity"))),
         QStringLiteral("Storage    %1 used, %2 free")
             .arg(bytesText(storage.value(QStringLiteral("usedBytes"))),
                  bytesText(storage.value(QStringLiteral("availableBytes")))),

@@ -2,10 +2,14 @@
 
 #include "app/upload_run_watcher.h"
 
+#include <QtCore/QDateTime>
 #include <QtCore/QJsonObject>
 #include <QtCore/QString>
 
+#include <chrono>
+#include <cstdint>
 #include <optional>
+#include <vector>
 
 namespace gateway::app {
 
@@ -30,6 +34,15 @@ struct StatusReport
     {
         qint64 usedBytes = 0, availableBytes = 0;
     } storage;
+
+    /// Images received and sent in each bucket of a window that ends now.
+    struct Activity
+    {
+        QString timeframe;
+        QDateTime windowStart;
+        std::chrono::seconds bucket{0};
+        std::vector<std::int64_t> received, sent;
+    } activity;
 
     struct Cloud
     {

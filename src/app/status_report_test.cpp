@@ -1,5 +1,6 @@
 #include "app/status_report.h"
 
+#include <QtCore/QJsonArray>
 #include <QtCore/QStringList>
 
 #include <gtest/gtest.h>
@@ -12,7 +13,8 @@ TEST(StatusReport, AlwaysHasTheSameKeys)
     const QJsonObject json = toJson(StatusReport());
 
     EXPECT_EQ(json.keys(),
-              (QStringList{u"banner"_qs,
+              (QStringList{u"activity"_qs,
+                           u"banner"_qs,
                            u"cloud"_qs,
                            u"counters"_qs,
                            u"listener"_qs,
@@ -30,6 +32,29 @@ TEST(StatusReport, AlwaysHasTheSameKeys)
               (QStringList{u"lastRun"_qs, u"mode"_qs, u"running"_qs, u"speedMbps"_qs}));
     EXPECT_EQ(json[u"cloud"].toObject().keys(),
               (QStringList{u"baseUrl"_qs, u"kind"_qs, u"lastError"_qs, u"online"_qs}));
+}
+
+TEST(StatusReport, TellsWhatCameAndWentInEachBucketAndInOneLine)
+{
+    StatusReport report;
+    report.activity = {u"oneDay"_qs,
+                       QDateTime(QDate(2026, 5, 1), QTime(13, 0), Qt::UTC),
+                       std::chrono::hours(1),
+                       std::vector<std::int64_t>(24, 2),
+                       std::vector<std::int64_t>(24, 1)};
+
+    const QJsonObject json = toJson(report);
+    const QJsonObject activity = json[u"activity"].toObject();
+
+    EXPECT_EQ(
+        activity.keys(),
+        (QStringList{u"bucketSeconds"_qs, u"received"_qs, u"sent"_qs, u"timeframe"_qs, u"windowStart"_qs}));
+    EXPECT_EQ(activity[u"timeframe"].toString(), u"oneDay"_qs);
+    EXPECT_EQ(activity[u"windowStart"].toString(), u"2026-05-01T13:00:00Z"_qs);
+    EXPECT_EQ(activity[u"bucketSeconds"].toInt(), 3600);
+    EXPECT_EQ(activity[u"received"].toArray().size(), 24);
+    EXPECT_EQ(activity[u"sent"].toArray().last().toInt(), 1);
+    EXPECT_TRUE(statusText(json).contains(u"Activity   Last 1d: 48 received, 24 sent\n"_qs));
 }
 
 TEST(StatusReport, TellsALastRunInItsOwnWords)

@@ -82,6 +82,9 @@ public:
     /// Asks for a new measurement of the file store, which follows on another thread.
     void refreshStorageUsage();
 
+    /// Whether the storage usage is a measured one by now.
+    bool isStorageMeasured() const { return m_storage.hasMeasured(); }
+
     /// Calls `then` once the file store has been measured: at once, or after the first measurement.
     void whenStorageIsMeasured(std::function<void()> then);
 

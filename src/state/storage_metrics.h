@@ -45,6 +45,9 @@ public:
     /// Asks for a new measurement.
     void refresh();
 
+    /// Whether there has been a result.
+    bool hasMeasured() const { return m_hasMeasured; }
+
     /// Calls `then` once there is a result: at once where there has been one, else right after the first.
     void whenMeasured(std::function<void()> then);
 
