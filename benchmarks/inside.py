@@ -49,6 +49,21 @@ def prune(bench):
                 f"alone {alone[0]} ({alone[1]}, {alone[2]})")]
 
 
+def state(bench):
+    """What the live figures cost the main thread of a gateway with a large index."""
+    goals = {"refresh the counters": "< 1 ms", "at 500 images/s": "<= 8 ms at most"}
+    rows = []
+    for line in bench.run("quorin-state-bench").splitlines():
+        found = re.match(r"(.+?)\s+([\d.]+)\s+([\d.]+)\s+([\d.]+)\s+([\d.]+)\s+\d+$", line)
+        if found:
+            name, median, p99, longest, processor = found.groups()
+            goal = next((goal for start, goal in goals.items() if name.startswith(start)), "")
+            rows.append(Row(f"{name}, ms (p99, longest; of processor)", f"{median} ({p99}, {longest}; {processor})", goal=goal))
+    if not rows:
+        raise Failure("quorin-state-bench printed no figures")
+    return rows
+
+
 def log(bench):
     """What a caller of the log pays, and reading it back."""
     text = bench.run("quorin-log-bench")

@@ -1,0 +1,150 @@
+#include "tests/simulated_day/simulated_gateway.h"
+
+#include "core/notification_names.h"
+#include "platform/files/files.h"
+#include "upload/retention_cutoff.h"
+#include "upload/upload_run.h"
+
+#include <QtCore/QCoreApplication>
+#include <QtCore/QDirIterator>
+
+#include <thread>
+
+namespace gateway::tests {
+
+using upload::StoreUpload::ExecutionConfig;
+using upload::StoreUpload::ExecutionMode;
+
+namespace {
+
+/// Runs the main thread until the condition holds.
+template <typename Condition>
+void runUntil(const Condition &condition)
+{
+    while (!condition()) {
+        QCoreApplication::processEvents();
+        std::this_thread::yield();
+    }
+}
+
+qint64 occupiedBytes(const QString &root)
+{
+    qint64 bytes = 0;
+    QDirIterator files(root, QDir::Files | QDir::NoSymLinks, QDirIterator::Subdirectories);
+    while (files.hasNext()) {
+        bytes += platform::allocatedBytes(files.next()).value_or(0);
+    }
+    return bytes;
+}
+
+ExecutionConfig orders()
+{
+    return {.mode = ExecutionMode::single, .maxConcurrent = 2, .compressionEnabled = true, .fetchLimit = 8};
+}
+
+} // namespace
+
+SimulatedGateway::SimulatedGateway(QTimeZone zone) : m_zone(std::move(zone))
+{
+    m_state =
+        std::make_unique<state::GatewayAppState>(state::GatewayAppStateParts{m_stateIndex,
+                                                                             [this] { return m_isListening; },
+                                                                             m_home.notifications,
+                                                                             m_home.main,
+                                                                             m_pool,
+                                                                             m_home.clock,
+                                                                             [this] { return m_zone; }});
+    m_coordinator = std::make_unique<upload::StoreUploadCoordinator>(
+        m_emitter,
+        [] { return orders(); },
+        [this](const QString &runId, const ExecutionConfig &config, const std::stop_token &stop) {
+            return upload::UploadRun(m_uploadWith, runId, config, QStringLiteral("DEVICE")).run(stop);
+        });
+}
+
+upload::GatewayAutoDeleteCleanupService::Collaborators SimulatedGateway::cleanupCollaborators()
+{
+    return {m_emitter,
+            m_home.main,
+            [this](const QDateTime &now) {
+                return upload::retentionCutoff({core::GatewayAutoDeleteMode::days, 1}, now, m_zone);
+            },
+            [this](const QDateTime &cutoff) {
+                const index::LocalPruneResult result = m_home.index().pruneSyncedImages(cutoff);
+                m_expectedRefreshes += result.deletedImageCount > 0 ? 1 : 0;
+                return result;
+            },
+            [this] {
+                m_state->refreshCounters();
+                m_state->refreshTransferSeries();
+                ++m_refreshes;
+            },
+            [this] { return m_home.clock.now(); }};
+}
+
+QString SimulatedGateway::receive(const QVariantMap &elements)
+{
+    const QString association = QStringLiteral("association");
+    m_state->beginReceiveAssociation(association);
+    m_state->recordReceivedItem();
+    const QString stored = m_home.import(elements);
+    m_state->refreshCounters();
+    m_state->endReceiveAssociation(association);
+    return stored.section(u'/', -1);
+}
+
+void SimulatedGateway::upload()
+{
+    ++m_startedRuns;
+    m_coordinator->requestUploadRun(QStringLiteral("receive_import_succeeded"));
+    settle();
+}
+
+void SimulatedGateway::cleanUp()
+{
+    m_countedCleanup.runCleanup(QStringLiteral("periodic_1h"), std::nullopt, std::nullopt);
+    settle();
+}
+
+/// Waits for what was started, and for what it told the main thread.
+void SimulatedGateway::settle()
+{
+    runUntil([this] { return m_log.finishedRuns == m_startedRuns; });
+    runUntil(
+        [this] { return m_log.finishedCleanups == m_startedCleanups && m_refreshes == m_expectedRefreshes; });
+    m_home.main.drain();
+}
+
+void SimulatedGateway::stopListener()
+{
+    m_isListening = false;
+    m_home.notifications.post(core::kStoreListenerStateChanged);
+}
+
+void SimulatedGateway::startListener()
+{
+    m_isListening = true;
+    m_home.notifications.post(core::kStoreListenerStateChanged);
+}
+
+void SimulatedGateway::pass(std::chrono::seconds duration)
+{
+    m_home.clock.advance(duration);
+    m_home.main.drain();
+}
+
+bool SimulatedGateway::storageIsRight()
+{
+    const qint64 expected = occupiedBytes(m_home.fileStoreRoot());
+    for (int measurement = 0; measurement < 2; ++measurement) {
+        m_state->refreshStorageUsage();
+        for (int looks = 0; looks < 10'000 && figures().receivedStorageUsage.usedBytes != expected; ++looks) {
+            pass(std::chrono::seconds(1));
+            QCoreApplication::processEvents();
+            std::this_thread::yield();
+        }
+    }
+    return figures().receivedStorageUsage.usedBytes == expected;
+}
+
+} // namespace gateway::tests
