@@ -20,11 +20,10 @@ void Calendar::dress()
     header.setForeground(m_theme.color(Color::muted));
     header.setBackground(m_theme.color(Color::card));
     setHeaderTextFormat(header);
-    QTextCharFormat day;
-    day.setForeground(m_theme.color(Color::text));
-    for (int weekday = Qt::Monday; weekday <= Qt::Sunday; ++weekday) {
-        setWeekdayTextFormat(static_cast<Qt::DayOfWeek>(weekday), day);
-    }
+    QTextCharFormat weekend; // Qt's own is a red that belongs to failures here
+    weekend.setForeground(m_theme.color(Color::text2));
+    setWeekdayTextFormat(Qt::Saturday, weekend);
+    setWeekdayTextFormat(Qt::Sunday, weekend);
 }
 
 } // namespace gateway::shell

@@ -5,18 +5,36 @@
 #include "shell/controls/card.h"
 #include "shell/controls/confirm_dialog.h"
 #include "shell/controls/segmented_control.h"
+#include "shell/controls/storage_usage_ring.h"
 #include "shell/controls/switch.h"
 #include "shell/controls/text_label.h"
 #include "shell/controls/toast.h"
 #include "shell/gallery/sections.h"
 #include "shell/theme/theme.h"
 
+#include <QtGui/QEnterEvent>
+#include <QtWidgets/QApplication>
 #include <QtWidgets/QGridLayout>
 #include <QtWidgets/QScrollArea>
 
 namespace gateway::shell {
 
-Gallery::Gallery(Theme &theme) : m_page(new Canvas(theme))
+namespace {
+
+ConfirmDialog::Question deleteLogs()
+{
+    return {QStringLiteral("Delete All Logs?"),
+            QStringLiteral("This permanently removes all local Quorin Gateway transfer log files."),
+            QStringLiteral("Delete"),
+            QStringLiteral("Cancel"),
+            ConfirmDialog::Kind::loss};
+}
+
+} // namespace
+
+Gallery::Gallery(Theme &theme)
+    : m_page(new Canvas(theme)), m_toast(new Toast(theme, *this)),
+      m_question(new ConfirmDialog(theme, *this, deleteLogs()))
 {
     setWindowTitle(QStringLiteral("Gallery"));
     auto *grid = new QGridLayout(m_page);
@@ -52,6 +70,30 @@ QWidget &Gallery::page()
     return *m_page;
 }
 
+void Gallery::tellOfDeletion()
+{
+    m_toast->showMessage(
+        QStringLiteral("checkmark.circle.fill"), QStringLiteral("3 log files are deleted."), Color::green);
+}
+
+void Gallery::showOverlays()
+{
+    m_question->ask();
+    tellOfDeletion();
+    if (auto *ring = m_page->findChild<StorageUsageRing *>()) {
+        auto *scroll = findChild<QScrollArea *>();
+        scroll->ensureWidgetVisible(ring);
+        QEnterEvent enter({}, {}, {});
+        QCoreApplication::sendEvent(ring, &enter);
+    }
+}
+
+void Gallery::hideOverlays()
+{
+    m_question->closeSheet();
+    m_toast->hide();
+}
+
 QWidget *Gallery::head(Theme &theme)
 {
     auto *bar = new QWidget;
@@ -74,24 +116,11 @@ QWidget *Gallery::head(Theme &theme)
     });
     row->addWidget(variant);
 
-    auto *toast = new Toast(theme, *this);
-    auto *question = new ConfirmDialog(
-        theme,
-        *this,
-        {QStringLiteral("Delete All Logs?"),
-         QStringLiteral("This permanently removes all local Quorin Gateway transfer log files."),
-         QStringLiteral("Delete"),
-         QStringLiteral("Cancel"),
-         ConfirmDialog::Kind::loss});
     auto *ask =
         new Button(theme, ButtonKind::destructive, QStringLiteral("Delete Logs"), QStringLiteral("trash"));
     row->addWidget(ask);
-    connect(ask, &QAbstractButton::clicked, question, &ConfirmDialog::ask);
-    connect(question, &ConfirmDialog::confirmed, toast, [toast] {
-        toast->showMessage(QStringLiteral("checkmark.circle.fill"),
-                           QStringLiteral("3 log files are deleted."),
-                           Color::green);
-    });
+    connect(ask, &QAbstractButton::clicked, m_question, &ConfirmDialog::ask);
+    connect(m_question, &ConfirmDialog::confirmed, this, &Gallery::tellOfDeletion);
     return bar;
 }
 

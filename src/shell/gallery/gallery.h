@@ -1,11 +1,14 @@
 #pragma once
 
+#include <QtGui/QImage>
 #include <QtWidgets/QWidget>
 
 namespace gateway::shell {
 
 class Canvas;
+class ConfirmDialog;
 class Theme;
+class Toast;
 
 /// A window with every control of the house in every state, and switches for variant and motion.
 ///
@@ -20,10 +23,17 @@ public:
     /// The page with all sections, for a picture.
     QWidget &page();
 
+    /// Shows what lies over a window: a question, a toast, and the figures of a ring.
+    void showOverlays();
+    void hideOverlays();
+
 private:
     QWidget *head(Theme &theme);
+    void tellOfDeletion();
 
     Canvas *m_page;
+    Toast *m_toast;
+    ConfirmDialog *m_question;
 };
 
 /// The widget as it looks at `ratio` device pixels a pixel.

@@ -12,31 +12,33 @@ using gateway::shell::Gallery;
 using gateway::shell::Theme;
 using gateway::shell::Variant;
 
-bool save(QWidget &widget, qreal ratio, const QString &file)
+bool save(QWidget &widget, const QString &file)
 {
-    const QImage image = gateway::shell::pictureOf(widget, ratio);
-    if (image.save(file)) {
+    if (gateway::shell::pictureOf(widget, widget.devicePixelRatioF()).save(file)) {
         return true;
     }
     std::fprintf(stderr, "quorin-gallery: %s can't be written.\n", qUtf8Printable(file));
     return false;
 }
 
-/// Writes the page in both variants, at one and at two device pixels a pixel.
+/// Writes the page and the window with what lies over it, in both variants.
 int writePictures(Theme &theme, Gallery &gallery, const QString &folder)
 {
     theme.setReducedMotion(true);
     gallery.show();
-    gallery.page().resize(1240, gallery.page().sizeHint().height());
     bool isWritten = true;
     for (const Variant variant : {Variant::dark, Variant::light}) {
         theme.setVariant(variant);
+        gallery.hideOverlays();
         QApplication::processEvents();
-        const QString name = variant == Variant::dark ? QStringLiteral("dark") : QStringLiteral("light");
-        for (const int ratio : {1, 2}) {
-            const QString file = QStringLiteral("%1/gallery-%2-%3x.png").arg(folder, name).arg(ratio);
-            isWritten = save(gallery.page(), ratio, file) && isWritten;
-        }
+        const QString ending =
+            QStringLiteral("%1-%2x.png")
+                .arg(variant == Variant::dark ? QStringLiteral("dark") : QStringLiteral("light"))
+                .arg(gallery.devicePixelRatioF());
+        isWritten = save(gallery.page(), QStringLiteral("%1/gallery-%2").arg(folder, ending)) && isWritten;
+        gallery.showOverlays();
+        QApplication::processEvents();
+        isWritten = save(gallery, QStringLiteral("%1/overlays-%2").arg(folder, ending)) && isWritten;
     }
     return isWritten ? 0 : 1;
 }

@@ -81,7 +81,8 @@ void readFonts(const QJsonObject &root, Tokens &tokens)
     if (tokens.uiFamily.isEmpty() || tokens.monoFamily.isEmpty()) {
         fail(QStringLiteral("font"));
     }
-    for (const QJsonValue &family : font.value(u"fallback").toArray()) {
+    const QJsonArray fallback = font.value(u"fallback").toArray();
+    for (const auto &family : fallback) {
         tokens.fallbackFamilies.append(family.toString());
     }
     const QJsonObject type = objectIn(root, QStringLiteral("type"));
