@@ -164,13 +164,14 @@ class Cloud:
 class Gateway:
     """A gateway without a display, in a home below the folder."""
 
-    def __init__(self, folder, cloud_address, kind="quorin"):
+    def __init__(self, folder, cloud_address, kind="quorin", options=(), variables=None):
         self.home = folder / "home"
         self._log = folder / "gateway.log"
         with open(self._log, "w", encoding="utf-8") as log:
             self.process = subprocess.Popen(
                 [PROGRAMS / "quorin-gateway", "--home", self.home, "--bind", "127.0.0.1", "--cloud", cloud_address,
-                 "--cloud-kind", kind, "--headless"], stdout=log, stderr=log, env=environment())
+                 "--cloud-kind", kind, "--headless", *options], stdout=log, stderr=log,
+                env=environment() | (variables or {}))
         await_true("the gateway", self.status, self.process)
 
     def command(self, *arguments, text_in=None, check=True):
@@ -179,6 +180,10 @@ class Gateway:
     def status(self):
         told = self.command("status", "--json", check=False)
         return json.loads(told.stdout) if told.returncode == 0 else None
+
+    def said(self):
+        """What it has written so far."""
+        return self._log.read_text()
 
     def set_up(self):
         """A port may be taken between the look for a free one and its use: then another one is tried."""
@@ -234,8 +239,8 @@ class EndToEndTest(unittest.TestCase):
         self.addCleanup(cloud.end)
         return cloud
 
-    def start_gateway(self, cloud_address, kind="quorin"):
-        gateway = Gateway(self.folder, cloud_address, kind)
+    def start_gateway(self, cloud_address, kind="quorin", **more):
+        gateway = Gateway(self.folder, cloud_address, kind, **more)
         self.addCleanup(gateway.end)
         gateway.set_up()
         return gateway

@@ -1,0 +1,173 @@
+#include "app/prometheus_text.h"
+#include "app/testing/full_metrics.h"
+
+#include <QtCore/QDir>
+#include <QtCore/QFile>
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
+#include <QtCore/QProcess>
+#include <QtCore/QRegularExpression>
+#include <QtCore/QSet>
+#include <QtCore/QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+namespace gateway::app {
+namespace {
+
+constexpr int kPatienceMilliseconds = 60'000;
+
+QByteArray source(const QString &name)
+{
+    QFile file(QStringLiteral(QUORIN_SOURCES "/") + name);
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << name.toStdString();
+    return file.readAll();
+}
+
+/// The names of all metrics that the gateway can tell.
+QSet<QString> toldMetrics()
+{
+    QSet<QString> names;
+    for (const QByteArray &line : prometheusText(testing::fullMetrics()).split('\n')) {
+        if (line.startsWith("# TYPE ")) {
+            names.insert(QString::fromUtf8(line.split(' ').at(2)));
+        }
+    }
+    return names;
+}
+
+/// The words in a text that look like one of our metrics.
+QSet<QString> metricsIn(const QString &text)
+{
+    static const QRegularExpression name(u"\\b(?:quorin_gateway|process)_[a-z_]+\\b"_qs);
+    QSet<QString> names;
+    auto matches = name.globalMatch(text);
+    while (matches.hasNext()) {
+        names.insert(matches.next().captured());
+    }
+    return names;
+}
+
+/// Every expression in a board, however deep.
+void collectExpressions(const QJsonValue &value, QStringList &expressions)
+{
+    for (const QJsonValue element : value.toArray()) {
+        collectExpressions(element, expressions);
+    }
+    const QJsonObject object = value.toObject();
+    for (auto member = object.begin(); member != object.end(); ++member) {
+        const bool isExpression =
+            member.key() == u"expr"_qs || member.key() == u"query"_qs || member.key() == u"definition"_qs;
+        if (isExpression && member.value().isString()) {
+            expressions.append(member.value().toString());
+        } else {
+            collectExpressions(member.value(), expressions);
+        }
+    }
+}
+
+void expectKnown(const QString &text)
+{
+    for (const QString &name : metricsIn(text)) {
+        EXPECT_TRUE(toldMetrics().contains(name)) << name.toStdString() << " in " << text.toStdString();
+    }
+}
+
+TEST(Board, AsksForNothingButMetricsThatExist)
+{
+    const QJsonDocument board = QJsonDocument::fromJson(source(u"packaging/grafana/quorin-gateway.json"_qs));
+    QStringList expressions;
+    collectExpressions(board.object(), expressions);
+
+    EXPECT_GT(expressions.size(), 40);
+    for (const QString &expression : expressions) {
+        EXPECT_TRUE(expression == u"prometheus"_qs || !metricsIn(expression).isEmpty())
+            << expression.toStdString();
+        expectKnown(expression);
+    }
+}
+
+TEST(Board, ShowsEveryMetric)
+{
+    const QString board = QString::fromUtf8(source(u"packaging/grafana/quorin-gateway.json"_qs));
+
+    for (const QString &name : toldMetrics()) {
+        // What rises only now and then is for the alerts.
+        const bool isForAlerts = name == u"quorin_gateway_listener_failures_total"_qs ||
+                                 name == u"quorin_gateway_listener_enabled"_qs;
+        EXPECT_TRUE(isForAlerts || metricsIn(board).contains(name)) << name.toStdString();
+    }
+}
+
+TEST(Board, NumbersItsPanelsOnce)
+{
+    const QJsonDocument board = QJsonDocument::fromJson(source(u"packaging/grafana/quorin-gateway.json"_qs));
+    QSet<int> ids;
+    for (const QJsonValue panel : board[u"panels"].toArray()) {
+        EXPECT_FALSE(ids.contains(panel[u"id"].toInt()));
+        ids.insert(panel[u"id"].toInt());
+    }
+    EXPECT_GT(ids.size(), 10);
+}
+
+TEST(AlertRules, LookAtNothingButMetricsThatExist)
+{
+    const QString rules = QString::fromUtf8(source(u"packaging/prometheus/quorin-gateway-alerts.yml"_qs));
+    static const QRegularExpression rule(u"- alert: (\\w+)\\n +expr: (.+)\\n"_qs);
+    int count = 0;
+    auto matches = rule.globalMatch(rules);
+    while (matches.hasNext()) {
+        const QString expression = matches.next().captured(2);
+        EXPECT_TRUE(expression.startsWith(u"up{"_qs) || !metricsIn(expression).isEmpty())
+            << expression.toStdString();
+        expectKnown(expression);
+        ++count;
+    }
+    EXPECT_EQ(count, rules.count(u"- alert: "_qs));
+    EXPECT_EQ(count, rules.count(u" summary: \""_qs));
+    EXPECT_GE(count, 10);
+}
+
+TEST(OperatorsPage, TellsOfEveryMetricAndOfNoOther)
+{
+    const QString page = QString::fromUtf8(source(u"docs/operations.md"_qs));
+
+    expectKnown(page);
+    for (const QString &name : toldMetrics()) {
+        EXPECT_TRUE(metricsIn(page).contains(name)) << name.toStdString();
+    }
+}
+
+/// What systemd has to say about a unit; nothing when it is well.
+QString verdictOfSystemd(QByteArray unit)
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(u"quorin-gateway.service"_qs);
+    QFile file(path);
+    EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+    // The program isn't installed on the machine that tests it.
+    file.write(unit.replace("/usr/bin/quorin-gateway", "/bin/true"));
+    file.close();
+    QProcess verify;
+    verify.setProcessChannelMode(QProcess::MergedChannels);
+    verify.start(u"systemd-analyze"_qs, {u"verify"_qs, u"--man=no"_qs, path});
+    EXPECT_TRUE(verify.waitForFinished(kPatienceMilliseconds)) << "systemd-analyze must be installed";
+    return verify.exitCode() == 0 ? QString::fromUtf8(verify.readAll()) : u"refused"_qs;
+}
+
+TEST(SystemdUnit, IsWellInTheEyesOfSystemd)
+{
+    EXPECT_EQ(verdictOfSystemd(source(u"packaging/systemd/quorin-gateway.service"_qs)), QString());
+}
+
+TEST(SystemdUnit, WouldBeFoundOutIfAKeyWereMisspelt)
+{
+    QByteArray unit = source(u"packaging/systemd/quorin-gateway.service"_qs);
+    unit.replace("NoNewPrivileges=", "NoNewPrivilegs=");
+
+    EXPECT_TRUE(verdictOfSystemd(unit).contains(u"NoNewPrivilegs"_qs));
+}
+
+} // namespace
+} // namespace gateway::app
