@@ -186,6 +186,27 @@ TEST_F(AccountService, TakesBackAnAcceptanceThatIsDeclined)
     EXPECT_EQ(status.value(QStringLiteral("reason")).toString(), QStringLiteral("Because."));
 }
 
+TEST_F(AccountService, KeepsEachAnswerToTheTermsAsItCame)
+{
+    HttpClient session = signedIn();
+    steer(QStringLiteral("terms"), {{QStringLiteral("version"), QStringLiteral("1")}});
+    const QJsonObject acceptance{{QStringLiteral("version"), QStringLiteral("1")},
+                                 {QStringLiteral("deviceName"), QStringLiteral("desk")}};
+    const QJsonObject outdated{{QStringLiteral("version"), QStringLiteral("0")}};
+
+    EXPECT_EQ(session.post(QStringLiteral("/api/v1/terms/accept"), outdated).status, 422);
+    EXPECT_EQ(session.post(QStringLiteral("/api/v1/terms/accept"), acceptance).status, 200);
+    EXPECT_EQ(session.post(QStringLiteral("/api/v1/terms/decline"), outdated).status, 204);
+
+    const QJsonArray answers = control(QStringLiteral("terms/answers")).array();
+    ASSERT_EQ(answers.size(), 2);
+    EXPECT_EQ(answers[0][u"email"].toString(), kEmail);
+    EXPECT_EQ(answers[0][u"answer"].toString(), QStringLiteral("accepted"));
+    EXPECT_EQ(answers[0][u"request"].toObject(), acceptance);
+    EXPECT_EQ(answers[1][u"answer"].toString(), QStringLiteral("declined"));
+    EXPECT_FALSE(session.get(kTermsStatus).object().value(QStringLiteral("required")).toBool(true));
+}
+
 TEST_F(AccountService, TellsTheVersionPolicyWithoutASession)
 {
     steer(QStringLiteral("versions"),

@@ -185,22 +185,26 @@ void AccountRoutes::terms(Exchange &exchange)
 void AccountRoutes::acceptTerms(Exchange &exchange)
 {
     const UserId user = m_access.session(exchange).userId;
-    const QString version = textMember(readJson(exchange), QStringLiteral("version"));
+    const QJsonObject request = readJson(exchange);
+    const QString version = textMember(request, QStringLiteral("version"));
     if (version != m_settings.rules().termsVersion) {
         throw HttpProblem(422,
                           ProblemKind::badRequest,
                           QStringLiteral("These terms are not the current ones. Please reload."));
     }
     m_accounts.setAcceptedTerms(user, version);
+    m_accounts.recordTermsAnswer(user, QStringLiteral("accepted"), request);
     answerJson(exchange, 200, QJsonObject{{QStringLiteral("acceptedVersion"), version}});
 }
 
 void AccountRoutes::declineTerms(Exchange &exchange)
 {
     const UserId user = m_access.session(exchange).userId;
-    if (textMember(readJson(exchange), QStringLiteral("version")) == m_accounts.acceptedTerms(user)) {
+    const QJsonObject request = readJson(exchange);
+    if (textMember(request, QStringLiteral("version")) == m_accounts.acceptedTerms(user)) {
         m_accounts.setAcceptedTerms(user, QString());
     }
+    m_accounts.recordTermsAnswer(user, QStringLiteral("declined"), request);
     exchange.answer(204);
 }
 

@@ -48,6 +48,7 @@ void ControlRoutes::handle(Exchange &exchange, const std::vector<std::string> &p
         {"POST refuse-instances", &ControlRoutes::refuseInstances},
         {"POST tokens/expire", &ControlRoutes::expireTokens},
         {"POST terms", &ControlRoutes::setTerms},
+        {"GET terms/answers", &ControlRoutes::termsAnswers},
         {"POST allowance", &ControlRoutes::setAllowance},
         {"POST limits", &ControlRoutes::setLimits},
         {"POST versions", &ControlRoutes::setVersions},
@@ -120,6 +121,11 @@ void ControlRoutes::setTerms(Exchange &exchange)
     take(request, QStringLiteral("reason"), rules.termsReason);
     m_parts.settings.setRules(rules);
     exchange.answer(204);
+}
+
+void ControlRoutes::termsAnswers(Exchange &exchange)
+{
+    answerJson(exchange, 200, m_parts.accounts.termsAnswers());
 }
 
 void ControlRoutes::setAllowance(Exchange &exchange)

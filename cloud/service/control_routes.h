@@ -47,6 +47,7 @@ private:
     void refuseInstances(Exchange &exchange);
     void expireTokens(Exchange &exchange);
     void setTerms(Exchange &exchange);
+    void termsAnswers(Exchange &exchange);
     void setAllowance(Exchange &exchange);
     void setLimits(Exchange &exchange);
     void setVersions(Exchange &exchange);

@@ -22,7 +22,12 @@ constexpr const char *kTables = "CREATE TABLE IF NOT EXISTS users ("
                                 "CREATE TABLE IF NOT EXISTS sessions ("
                                 " tokenHash BLOB PRIMARY KEY,"
                                 " userId INTEGER NOT NULL REFERENCES users ON DELETE CASCADE,"
-                                " expiresAt INTEGER NOT NULL);"; // seconds since 1970
+                                " expiresAt INTEGER NOT NULL);" // seconds since 1970
+                                "CREATE TABLE IF NOT EXISTS termsAnswers ("
+                                " id INTEGER PRIMARY KEY AUTOINCREMENT,"
+                                " userId INTEGER NOT NULL REFERENCES users ON DELETE CASCADE,"
+                                " answer TEXT NOT NULL,"
+                                " request BLOB NOT NULL);";
 
 QByteArray newProfile()
 {
@@ -198,6 +203,29 @@ void Accounts::setAcceptedTerms(UserId user, const QString &version)
     const MutexLock lock(m_mutex);
     Statement statement = m_database.prepare("UPDATE users SET acceptedTerms = ? WHERE id = ?");
     statement.bindAll(version, user).run();
+}
+
+void Accounts::recordTermsAnswer(UserId user, const QString &answer, const QJsonObject &request)
+{
+    const MutexLock lock(m_mutex);
+    Statement statement =
+        m_database.prepare("INSERT INTO termsAnswers (userId, answer, request) VALUES (?, ?, ?)");
+    statement.bindAll(user, answer, QJsonDocument(request).toJson(QJsonDocument::Compact)).run();
+}
+
+QJsonArray Accounts::termsAnswers() const
+{
+    const MutexLock lock(m_mutex);
+    Statement statement = m_database.prepare("SELECT email, answer, request FROM termsAnswers"
+                                             " JOIN users ON users.id = userId ORDER BY termsAnswers.id");
+    QJsonArray answers;
+    while (statement.step()) {
+        answers.append(
+            QJsonObject{{QStringLiteral("email"), statement.text(0)},
+                        {QStringLiteral("answer"), statement.text(1)},
+                        {QStringLiteral("request"), QJsonDocument::fromJson(statement.blob(2)).object()}});
+    }
+    return answers;
 }
 
 } // namespace gateway::cloud

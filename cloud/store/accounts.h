@@ -7,6 +7,7 @@
 #include <QtCore/QByteArray>
 #include <QtCore/QDateTime>
 #include <QtCore/QHash>
+#include <QtCore/QJsonArray>
 #include <QtCore/QJsonObject>
 #include <QtCore/QString>
 
@@ -70,6 +71,13 @@ public:
     QString acceptedTerms(UserId user) const QUORIN_EXCLUDES(m_mutex);
 
     void setAcceptedTerms(UserId user, const QString &version) QUORIN_EXCLUDES(m_mutex);
+
+    /// Keeps an answer to terms as it came, for whoever must prove it later.
+    void recordTermsAnswer(UserId user, const QString &answer, const QJsonObject &request)
+        QUORIN_EXCLUDES(m_mutex);
+
+    /// All answers to terms, oldest first: `email`, `answer`, `request`.
+    QJsonArray termsAnswers() const QUORIN_EXCLUDES(m_mutex);
 
 private:
     QByteArray passwordHash(UserId user) const QUORIN_EXCLUDES(m_mutex);

@@ -207,15 +207,20 @@ QCoro::Task<> QuorinAuthViewModel::signOut()
 
 QCoro::Task<> QuorinAuthViewModel::logout()
 {
+    std::optional<QString> message;
     try {
         co_await platform::onPool(
             m_parts.main, m_parts.pool, [api = &m_parts.authentication] { api->logout(); });
     } catch (const std::exception &error) {
-        setError(userFacingMessage(error, QStringLiteral("Sign out failed. Local session was cleared.")));
-        forgetSession();
-        co_return;
+        message = userFacingMessage(error, QStringLiteral("Sign out failed. Local session was cleared."));
     }
-    setError(std::nullopt);
+    setError(message);
+    if (message) {
+        forgetSession();
+        co_await platform::onPool(m_parts.main, m_parts.pool, [settings = &m_parts.networkSettings] {
+            settings->waitUntilStored();
+        });
+    }
 }
 
 bool QuorinAuthViewModel::isOvertaken(const QString &token) const

@@ -39,6 +39,7 @@ void AppDelegate::observeRequests()
     observe(core::kOpenSignIn, &AppDelegate::openSignIn);
     observe(core::kOpenPreferences, &AppDelegate::openPreferences);
     observe(core::kOpenBugReport, &AppDelegate::openBugReport);
+    observe(core::kQuorinCloudTermsRequired, &AppDelegate::showTermsRequired);
     observe(core::kOpenSetupWizard, &AppDelegate::openSetupWizard);
     observe(core::kCheckForUpdatesRequested, &AppDelegate::checkForUpdates);
     m_observers.push_back(m_with.notifications.observe(
@@ -141,6 +142,11 @@ void AppDelegate::openBugReport()
             m_with.face.showBugReport();
         }
     });
+}
+
+void AppDelegate::showTermsRequired()
+{
+    m_with.face.showTermsRequired();
 }
 
 void AppDelegate::openSetupWizard()

@@ -61,6 +61,7 @@ public:
     void openSignIn();
     void openPreferences();
     void openBugReport();
+    void showTermsRequired();
     void openSetupWizard();
     void checkForUpdates();
 

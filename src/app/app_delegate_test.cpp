@@ -1,5 +1,6 @@
 #include "app/app_delegate.h"
 
+#include "app/headless_face.h"
 #include "app/testing/app_world.h"
 
 #include <gtest/gtest.h>
@@ -115,6 +116,32 @@ TEST_F(Launch, OpensWhatIsAskedForAfterSetup)
                            u"bug report"_qs,
                            u"wizard"_qs}));
     EXPECT_TRUE(m_world.upkeepDone.contains(u"check manual_menu"_qs));
+}
+
+TEST_F(Launch, SendsTheUserToTheTermsThatTheCloudRequires)
+{
+    m_world.finishSetup();
+    m_world.delegate->applicationDidFinishLaunching();
+    m_world.receive.main.drain();
+    m_world.face.shown.clear();
+
+    m_world.receive.notifications.post(core::kOpenPreferences);
+    m_world.receive.notifications.post(core::kQuorinCloudTermsRequired);
+
+    EXPECT_EQ(m_world.face.shown, (QStringList{u"preferences"_qs, u"terms required"_qs}));
+}
+
+TEST(HeadlessFace, HasOneLineForTermsThatSaysWhichCommandToUse)
+{
+    QStringList lines;
+    HeadlessFace face([&lines](const QString &line) { lines.append(line); });
+
+    face.showPreferences();
+    face.showTermsRequired();
+
+    ASSERT_EQ(lines.size(), 1);
+    EXPECT_TRUE(lines.first().contains(u"Run: quorin-gateway terms show"_qs));
+    EXPECT_FALSE(lines.first().contains(u'\n'));
 }
 
 TEST_F(Launch, ShowsAnAlertForAListenerThatFailed)

@@ -1,5 +1,6 @@
 #include "app/client_commands.h"
 
+#include "app/account_requests.h"
 #include "app/command_requests.h"
 #include "app/console.h"
 #include "app/control_client.h"
@@ -21,6 +22,9 @@ namespace {
 
 /// Long enough for a cloud that is slow to refuse a sign-in.
 constexpr std::chrono::seconds kPatience{150};
+
+/// Long enough for large files on a slow line.
+constexpr std::chrono::hours kReportPatience{6};
 
 constexpr std::chrono::seconds kWatchInterval{2};
 
@@ -64,11 +68,13 @@ public:
 
     ExitCode operator()(const SignInCommand &command) const
     {
-        return finish(ask(signInRequest(command, readSecret())), [](const QJsonObject &result) {
-            const QString label = result.value(QStringLiteral("label")).toString();
-            return label.isEmpty() ? QStringLiteral("You are now signed in.\n")
-                                   : QStringLiteral("You are now signed in as %1.\n").arg(label);
-        });
+        return finish(ask(signInRequest(command, readSecret(QStringLiteral("Password")))),
+                      [](const QJsonObject &result) {
+                          const QString label = result.value(QStringLiteral("label")).toString();
+                          return label.isEmpty()
+                                     ? QStringLiteral("You are now signed in.\n")
+                                     : QStringLiteral("You are now signed in as %1.\n").arg(label);
+                      });
     }
 
     ExitCode operator()(const SignOutCommand &) const
@@ -86,9 +92,7 @@ public:
     ExitCode operator()(const StatusCommand &command) const
     {
         const auto words = [&](const QJsonObject &status) {
-            return command.asJson
-                       ? QString::fromUtf8(QJsonDocument(status).toJson(QJsonDocument::Compact)) + u'\n'
-                       : statusText(status);
+            return command.asJson ? jsonLine(status) : statusText(status);
         };
         ExitCode code = finish(ask({requests::kStatus, {}}), words);
         while (command.watch && code == ExitCode::done) {
@@ -112,10 +116,72 @@ public:
 
     ExitCode operator()(const LogsCommand &command) const { return showLogs(m_layout.logFolder, command); }
 
-private:
-    ControlReply ask(const ControlRequest &request) const
+    ExitCode operator()(const TermsCommand &command) const
     {
-        return askInstance(m_layout.controlSocket(), request, kPatience).value_or(noInstance());
+        return finish(ask(termsRequest(command)), [&](const QJsonObject &result) {
+            switch (command.action) {
+            case TermsCommand::Action::show:
+                return command.asJson ? jsonLine(result) : termsText(result);
+            case TermsCommand::Action::accept:
+                return QStringLiteral("Quorin Cloud Terms & Conditions, version %1, accepted.\n")
+                    .arg(result.value(QStringLiteral("version")).toString());
+            case TermsCommand::Action::decline:
+                return QStringLiteral("Quorin Cloud Terms & Conditions were declined. You have been signed "
+                                      "out.\n");
+            }
+            return QString();
+        });
+    }
+
+    ExitCode operator()(const AccountCommand &command) const
+    {
+        switch (command.action) {
+        case AccountCommand::Action::show:
+            return finish(ask(accountRequest(command)), [&](const QJsonObject &profile) {
+                return command.asJson ? jsonLine(profile) : profileText(profile);
+            });
+        case AccountCommand::Action::set:
+            return finish(ask(accountRequest(command)), [](const QJsonObject &) {
+                return QStringLiteral("Account updated successfully.\n");
+            });
+        case AccountCommand::Action::password:
+            return changePassword();
+        }
+        return ExitCode::usage;
+    }
+
+    ExitCode operator()(const ReportCommand &command) const
+    {
+        if (!command.attachments.isEmpty() && !command.happenedDuringImport &&
+            !command.happenedDuringOpening) {
+            printError(QStringLiteral("Files are sent with --during-import or --during-opening only."));
+            return ExitCode::usage;
+        }
+        return finish(ask(reportRequest(command), kReportPatience), [](const QJsonObject &) {
+            return QStringLiteral("Report has been sent successfully.\n");
+        });
+    }
+
+private:
+    ExitCode changePassword() const
+    {
+        account::GatewayPasswordForm form;
+        form.currentPassword = readSecret(QStringLiteral("Current Password"));
+        form.newPassword = readSecret(QStringLiteral("New Password"));
+        form.confirmPassword = readSecret(QStringLiteral("Confirm New Password"));
+        return finish(ask(passwordRequest(form)), [](const QJsonObject &) {
+            return QStringLiteral("Your password has been changed successfully.\n");
+        });
+    }
+
+    static QString jsonLine(const QJsonObject &object)
+    {
+        return QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact)) + u'\n';
+    }
+
+    ControlReply ask(const ControlRequest &request, std::chrono::milliseconds patience = kPatience) const
+    {
+        return askInstance(m_layout.controlSocket(), request, patience).value_or(noInstance());
     }
 
     ControlReply askOrWork(const ControlRequest &request) const

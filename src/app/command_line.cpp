@@ -23,6 +23,9 @@ struct Raw
     std::string level = "all", category = "all", searchText;
     bool follow = false;
     std::string key, value;
+    std::string description;
+    bool reproducible = false, duringImport = false, duringOpening = false;
+    std::vector<std::string> attachments;
     std::string helpTopic;
 };
 
@@ -109,6 +112,75 @@ void addOthers(CLI::App &app, Raw &raw)
     help->add_option("COMMAND", raw.helpTopic, "The command");
 }
 
+void addTerms(CLI::App &app, Raw &raw)
+{
+    CLI::App *terms = app.add_subcommand("terms", "Read and answer the cloud's Terms & Conditions");
+    terms->require_subcommand(1);
+    CLI::App *show = terms->add_subcommand("show", "Show them, and whether they must be accepted");
+    show->add_flag("--json", raw.json, "As one JSON object");
+    terms->add_subcommand("accept", "Accept the version shown last");
+    terms->add_subcommand("decline", "Decline the version shown last, and sign out");
+}
+
+void addAccount(CLI::App &app, Raw &raw)
+{
+    CLI::App *account = app.add_subcommand("account", "Show and change the cloud account");
+    account->require_subcommand(1);
+    CLI::App *show = account->add_subcommand("show", "Show the profile");
+    show->add_flag("--json", raw.json, "As one JSON object");
+    CLI::App *set = account->add_subcommand("set", "Change one text of the profile");
+    set->add_option("KEY", raw.key, "Such as firstName; show names them all")->required();
+    set->add_option("VALUE", raw.value, "Its new value; an empty one clears it")->required();
+    account->add_subcommand("password",
+                            "Change the password; the current one, the new one and the new one again come "
+                            "on three lines of standard input");
+}
+
+void addReport(CLI::App &app, Raw &raw)
+{
+    CLI::App *report = app.add_subcommand("report", "Report a bug to the cloud service");
+    report->add_option("--description", raw.description, "Steps to reproduce it, and what was expected")
+        ->required()
+        ->type_name("TEXT");
+    report->add_flag("--reproducible", raw.reproducible, "It happens again");
+    report->add_flag("--during-import", raw.duringImport, "It happened during import; needs a file");
+    report->add_flag("--during-opening", raw.duringOpening, "It happened during opening; needs a file");
+    report->add_option("--attach", raw.attachments, "A file to send along; may be given several times")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+        ->type_name("FILE");
+}
+
+TermsCommand termsCommand(const CLI::App &terms, const Raw &raw)
+{
+    if (terms.got_subcommand("accept")) {
+        return {TermsCommand::Action::accept, false};
+    }
+    return {terms.got_subcommand("decline") ? TermsCommand::Action::decline : TermsCommand::Action::show,
+            raw.json};
+}
+
+AccountCommand accountCommand(const CLI::App &account, const Raw &raw)
+{
+    if (account.got_subcommand("set")) {
+        return {AccountCommand::Action::set, false, text(raw.key), text(raw.value)};
+    }
+    return {account.got_subcommand("password") ? AccountCommand::Action::password
+                                               : AccountCommand::Action::show,
+            raw.json,
+            {},
+            {}};
+}
+
+ReportCommand reportCommand(const Raw &raw)
+{
+    ReportCommand report{text(raw.description), raw.reproducible, raw.duringImport, raw.duringOpening, {}};
+    for (const std::string &path : raw.attachments) {
+        report.attachments.append(text(path));
+    }
+    return report;
+}
+
 SettingsCommand settingsCommand(const CLI::App &settings, const Raw &raw)
 {
     SettingsCommand command;
@@ -149,6 +221,15 @@ std::optional<Command> command(const CLI::App &app, const Raw &raw)
     if (app.got_subcommand("logs")) {
         return LogsCommand{text(raw.level), text(raw.category), text(raw.searchText), raw.json, raw.follow};
     }
+    if (app.got_subcommand("terms")) {
+        return termsCommand(*app.get_subcommand("terms"), raw);
+    }
+    if (app.got_subcommand("account")) {
+        return accountCommand(*app.get_subcommand("account"), raw);
+    }
+    if (app.got_subcommand("report")) {
+        return reportCommand(raw);
+    }
     if (raw.headless) {
         return RunHeadless{};
     }
@@ -181,6 +262,9 @@ std::variant<Invocation, CommandLineEnd> parseCommandLine(const QStringList &arg
     addSetup(app, raw);
     addOthers(app, raw);
     addLogs(app, raw);
+    addTerms(app, raw);
+    addAccount(app, raw);
+    addReport(app, raw);
 
     // CLI11 takes the arguments last first.
     std::vector<std::string> reversed;

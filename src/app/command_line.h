@@ -77,6 +77,43 @@ struct LogsCommand
     bool follow = false;
 };
 
+struct TermsCommand
+{
+    enum class Action
+    {
+        show,
+        accept,
+        decline
+    };
+
+    Action action = Action::show;
+    bool asJson = false; ///< of a show
+};
+
+struct AccountCommand
+{
+    enum class Action
+    {
+        show,
+        set,
+        password
+    };
+
+    Action action = Action::show;
+    bool asJson = false; ///< of a show
+    QString key;
+    QString value;
+};
+
+struct ReportCommand
+{
+    QString description;
+    bool isReproducible = false;
+    bool happenedDuringImport = false;
+    bool happenedDuringOpening = false;
+    QStringList attachments; ///< paths as typed
+};
+
 using Command = std::variant<RunHeadless,
                              SetupCommand,
                              SignInCommand,
@@ -84,7 +121,10 @@ using Command = std::variant<RunHeadless,
                              UploadCommand,
                              StatusCommand,
                              SettingsCommand,
-                             LogsCommand>;
+                             LogsCommand,
+                             TermsCommand,
+                             AccountCommand,
+                             ReportCommand>;
 
 /// What the program was asked to do.
 struct Invocation

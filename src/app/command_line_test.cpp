@@ -191,5 +191,61 @@ TEST_F(CommandLine, TakesTheFiltersOfTheLogAsTheyAreTyped)
     EXPECT_TRUE(taken.follow);
 }
 
+TEST_F(CommandLine, ReadsTheCommandsAboutTerms)
+{
+    const auto actionOf = [](const QString &word) {
+        return std::get<TermsCommand>(invocation({u"terms"_qs, word}).command).action;
+    };
+
+    EXPECT_EQ(actionOf(u"show"_qs), TermsCommand::Action::show);
+    EXPECT_EQ(actionOf(u"accept"_qs), TermsCommand::Action::accept);
+    EXPECT_EQ(actionOf(u"decline"_qs), TermsCommand::Action::decline);
+    EXPECT_TRUE(std::get<TermsCommand>(invocation({u"terms"_qs, u"show"_qs, u"--json"_qs}).command).asJson);
+    EXPECT_EQ(ending({u"terms"_qs}).exitCode, 2);
+}
+
+TEST_F(CommandLine, ReadsTheCommandsAboutTheAccount)
+{
+    const auto set =
+        std::get<AccountCommand>(invocation({u"account"_qs, u"set"_qs, u"firstName"_qs, u"Ann"_qs}).command);
+    const auto clear =
+        std::get<AccountCommand>(invocation({u"account"_qs, u"set"_qs, u"middleName"_qs, QString()}).command);
+    const auto show = std::get<AccountCommand>(invocation({u"account"_qs, u"show"_qs}).command);
+    const auto password = std::get<AccountCommand>(invocation({u"account"_qs, u"password"_qs}).command);
+
+    EXPECT_EQ(set.action, AccountCommand::Action::set);
+    EXPECT_EQ(set.key, u"firstName"_qs);
+    EXPECT_EQ(set.value, u"Ann"_qs);
+    EXPECT_TRUE(clear.value.isEmpty());
+    EXPECT_EQ(show.action, AccountCommand::Action::show);
+    EXPECT_EQ(password.action, AccountCommand::Action::password);
+}
+
+TEST_F(CommandLine, TakesNoPasswordAsAnArgument)
+{
+    EXPECT_EQ(ending({u"account"_qs, u"password"_qs, u"secret"_qs}).exitCode, 2);
+    EXPECT_EQ(ending({u"account"_qs, u"password"_qs, u"--new"_qs, u"secret"_qs}).exitCode, 2);
+}
+
+TEST_F(CommandLine, ReadsAReportWithItsFiles)
+{
+    const auto report = std::get<ReportCommand>(invocation({u"report"_qs,
+                                                            u"--description"_qs,
+                                                            u"It broke."_qs,
+                                                            u"--during-import"_qs,
+                                                            u"--attach"_qs,
+                                                            u"a.dcm"_qs,
+                                                            u"--attach"_qs,
+                                                            u"b.dcm"_qs})
+                                                    .command);
+
+    EXPECT_EQ(report.description, u"It broke."_qs);
+    EXPECT_TRUE(report.happenedDuringImport);
+    EXPECT_FALSE(report.happenedDuringOpening);
+    EXPECT_FALSE(report.isReproducible);
+    EXPECT_EQ(report.attachments, (QStringList{u"a.dcm"_qs, u"b.dcm"_qs}));
+    EXPECT_EQ(ending({u"report"_qs}).exitCode, 2);
+}
+
 } // namespace
 } // namespace gateway::app

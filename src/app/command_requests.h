@@ -22,6 +22,13 @@ inline const QString kSetup = QStringLiteral("setup");
 inline const QString kSettingsList = QStringLiteral("settings-list");
 inline const QString kSettingsGet = QStringLiteral("settings-get");
 inline const QString kSettingsSet = QStringLiteral("settings-set");
+inline const QString kTermsShow = QStringLiteral("terms-show");
+inline const QString kTermsAccept = QStringLiteral("terms-accept");
+inline const QString kTermsDecline = QStringLiteral("terms-decline");
+inline const QString kAccountShow = QStringLiteral("account-show");
+inline const QString kAccountSet = QStringLiteral("account-set");
+inline const QString kAccountPassword = QStringLiteral("account-password");
+inline const QString kReport = QStringLiteral("report");
 
 } // namespace requests
 

@@ -81,11 +81,11 @@ void printError(const QString &sentence)
     std::fwrite(line.constData(), 1, static_cast<std::size_t>(line.size()), stderr);
 }
 
-QString readSecret()
+QString readSecret(const QString &prompt)
 {
     const HiddenInput hidden;
     if (hidden.isTerminal()) {
-        std::fputs("Password: ", stderr);
+        std::fputs((prompt + QStringLiteral(": ")).toUtf8().constData(), stderr);
     }
     std::string line;
     std::getline(std::cin, line);

@@ -21,7 +21,7 @@ bool outputIsGone();
 /// Writes one line to standard error.
 void printError(const QString &sentence);
 
-/// One line of standard input without its end, not shown while it is typed.
-QString readSecret();
+/// One line of standard input without its end, not shown while it is typed. \param prompt  for a terminal.
+QString readSecret(const QString &prompt);
 
 } // namespace gateway::app

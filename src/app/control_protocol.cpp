@@ -17,9 +17,9 @@ QByteArray line(const QJsonObject &object)
     return QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n';
 }
 
-std::optional<QJsonObject> objectIn(const QByteArray &line)
+std::optional<QJsonObject> objectIn(const QByteArray &line, qsizetype limit)
 {
-    if (line.size() > kMaxControlLine) {
+    if (line.size() > limit) {
         return std::nullopt;
     }
     QJsonParseError error{};
@@ -66,7 +66,7 @@ QByteArray encode(const ControlReply &reply)
 
 std::optional<ControlRequest> decodeRequest(const QByteArray &line)
 {
-    const std::optional<QJsonObject> object = objectIn(line);
+    const std::optional<QJsonObject> object = objectIn(line, kMaxControlLine);
     if (!object) {
         return std::nullopt;
     }
@@ -80,7 +80,7 @@ std::optional<ControlRequest> decodeRequest(const QByteArray &line)
 
 std::optional<ControlReply> decodeReply(const QByteArray &line)
 {
-    const std::optional<QJsonObject> object = objectIn(line);
+    const std::optional<QJsonObject> object = objectIn(line, kMaxControlReply);
     if (!object) {
         return std::nullopt;
     }

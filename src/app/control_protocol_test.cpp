@@ -66,5 +66,18 @@ TEST(ControlProtocol, TakesNoGarbageForAReply)
     }
 }
 
+TEST(ControlProtocol, TakesAReplyWithALongText)
+{
+    const QString text(300'000, u'x');
+    QByteArray line = encode(ControlReply::success({{u"text"_qs, text}}));
+    line.chop(1);
+
+    const std::optional<ControlReply> reply = decodeReply(line);
+
+    ASSERT_TRUE(reply);
+    EXPECT_EQ(reply->result.value(u"text").toString(), text);
+    EXPECT_FALSE(decodeReply(QByteArray(kMaxControlReply + 1, ' ')));
+}
+
 } // namespace
 } // namespace gateway::app

@@ -59,8 +59,9 @@ private:
 Gateway::Gateway(Options options)
     : m_options(std::move(options)), m_defaults(m_options.layout.defaultsFile), m_settings(m_defaults),
       m_logger(m_systemLog, std::make_unique<log::GatewayLogFileSink>(m_options.layout.logFolder, m_clock)),
-      m_eventCounts(m_logger), m_uploadWatcher(m_eventCounts), m_emitter(m_uploadWatcher, m_clock),
-      m_parserProcesses(cores(), platform::helperProgramPath()),
+      m_eventCounts(m_logger),
+      m_uploadWatcher(m_eventCounts, [this] { m_main.post([this] { m_cloudWatch.cloudAnswered(); }); }),
+      m_emitter(m_uploadWatcher, m_clock), m_parserProcesses(cores(), platform::helperProgramPath()),
       m_converterProcesses(cores(), platform::helperProgramPath()), m_parser(m_parserProcesses, m_clock),
       m_converter(m_converterProcesses, m_options.layout.temporaryFolder + QStringLiteral("/converted")),
       m_index({m_options.layout.indexFile, m_options.layout.fileStore},
@@ -68,8 +69,9 @@ Gateway::Gateway(Options options)
       m_inboxImports(m_index, index::ImportSource::ownInbox),
       m_tokens(platform::makeTokenStore(m_options.layout.tokenFolder())),
       m_cloud(cloudConfiguration(), *m_tokens), m_authenticationApi(m_cloud), m_userApi(m_cloud),
-      m_statusApi(m_cloud), m_stowApi(m_cloud), m_face(m_options.writeLine), m_liveState(m_state),
-      m_cleanup(cleanupCollaborators()), m_netServices(makeNetServices()),
+      m_statusApi(m_cloud), m_stowApi(m_cloud), m_termsApi(m_cloud), m_bugReportApi(m_cloud),
+      m_face(m_options.writeLine), m_liveState(m_state), m_cleanup(cleanupCollaborators()),
+      m_terms({m_termsApi, m_emitter, m_notifications, m_main, m_clock}), m_netServices(makeNetServices()),
       m_session(std::make_unique<Session>(m_cloud)), m_uploadIndex(m_index),
       m_uploadCollaborators{m_uploadIndex,
                             m_stowApi,
@@ -91,9 +93,9 @@ Gateway::Gateway(Options options)
                                                                         m_cloudPool,
                                                                         m_clock},
                                                                        QStringLiteral(QUORIN_VERSION)),
-      m_reachability(std::make_shared<CloudReachability>(m_statusApi, m_main, m_cloudPool, m_clock)),
-      m_store(makeStore()), m_stateIndex(m_index), m_state(stateParts()),
-      m_delegate(std::make_shared<AppDelegate>(delegateCollaborators())),
+      m_cloudWatch(watchCollaborators()), m_termsDesk(termsCollaborators()),
+      m_accountDesk(accountCollaborators()), m_store(makeStore()), m_stateIndex(m_index),
+      m_state(stateParts()), m_delegate(std::make_shared<AppDelegate>(delegateCollaborators())),
       m_commands(std::make_shared<InstanceCommands>(commandCollaborators())), m_health(makeHealthService())
 {
     m_converter.sweepLeftovers();
@@ -224,7 +226,9 @@ InstanceCommands::Collaborators Gateway::commandCollaborators()
             m_face,
             *m_delegate,
             *m_store,
-            m_reachability,
+            m_cloudWatch,
+            m_termsDesk,
+            m_accountDesk,
             m_options.bindAddress};
 }
 
@@ -246,7 +250,7 @@ std::unique_ptr<HealthService> Gateway::makeHealthService()
             m_eventCounts,
             m_clock,
             *m_store,
-            m_reachability,
+            m_cloudWatch,
             std::make_shared<FreeSpaceWatch>(folders,
                                              FreeSpaceWatch::Collaborators{m_main, m_globalPool, m_clock}),
             [this] { return core::DCMListenerSettings::load(m_defaults).isEnabled.value_or(true); },
@@ -256,11 +260,37 @@ std::unique_ptr<HealthService> Gateway::makeHealthService()
         m_options.writeLine);
 }
 
+CloudWatch::Collaborators Gateway::watchCollaborators()
+{
+    return {m_statusApi,
+            m_userApi,
+            m_termsApi,
+            m_cloud.networkSettings(),
+            m_defaults,
+            m_notifications,
+            m_main,
+            m_cloudPool,
+            m_clock,
+            m_auth};
+}
+
+TermsDesk::Collaborators Gateway::termsCollaborators()
+{
+    return {m_termsApi, m_defaults, m_notifications, m_main, m_cloudPool, m_clock, m_auth, [this] {
+                m_cloudWatch.checkTerms();
+            }};
+}
+
+AccountDesk::Collaborators Gateway::accountCollaborators()
+{
+    return {m_userApi, m_bugReportApi, m_defaults, m_notifications, m_main, m_cloudPool, m_auth};
+}
+
 void Gateway::launch()
 {
     m_delegate->applicationDidFinishLaunching();
     m_auth.startPolling(kSessionPoll);
-    m_reachability->refresh();
+    m_cloudWatch.start();
     m_globalPool.run([this] { m_index.finishRemovals(); });
 }
 

@@ -1,8 +1,9 @@
 #pragma once
 
 #include "account/quorin_auth_view_model.h"
+#include "app/account_desk.h"
 #include "app/app_delegate.h"
-#include "app/cloud_reachability.h"
+#include "app/cloud_watch.h"
 #include "app/control_protocol.h"
 #include "app/event_counts.h"
 #include "app/headless_face.h"
@@ -11,6 +12,7 @@
 #include "app/instance_commands.h"
 #include "app/live_state.h"
 #include "app/store.h"
+#include "app/terms_desk.h"
 #include "app/upkeep_elsewhere.h"
 #include "app/upload_run_watcher.h"
 #include "core/settings.h"
@@ -29,6 +31,8 @@
 #include "platform/net_service/net_service_publishing.h"
 #include "platform/notifications/notification_center.h"
 #include "platform/quorin_api/qrn_authentication_api.h"
+#include "platform/quorin_api/qrn_bug_report_api.h"
+#include "platform/quorin_api/qrn_quorin_cloud_terms_api.h"
 #include "platform/quorin_api/qrn_status_api.h"
 #include "platform/quorin_api/qrn_stow_api.h"
 #include "platform/quorin_api/qrn_user_api.h"
@@ -36,6 +40,7 @@
 #include "platform/system_log/journal_system_log.h"
 #include "state/gateway_app_state.h"
 #include "state/state_index.h"
+#include "upload/cloud_terms_follow_up.h"
 #include "upload/dicom_db_upload_index.h"
 #include "upload/gateway_auto_delete_cleanup_service.h"
 #include "upload/upload_collaborators.h"
@@ -87,6 +92,9 @@ private:
     class Session;
 
     platform::CloudConfiguration cloudConfiguration();
+    CloudWatch::Collaborators watchCollaborators();
+    TermsDesk::Collaborators termsCollaborators();
+    AccountDesk::Collaborators accountCollaborators();
     std::unique_ptr<platform::NetServicePublishing> makeNetServices();
     std::shared_ptr<Store> makeStore();
     std::shared_ptr<receive::StoreListenerService> makeListener(std::function<void(QString)> onImported);
@@ -124,12 +132,14 @@ private:
     platform::QrnUserAPI m_userApi;
     platform::QrnStatusAPI m_statusApi;
     platform::QrnStowAPI m_stowApi;
+    platform::QrnQuorinCloudTermsAPI m_termsApi;
+    platform::QrnBugReportAPI m_bugReportApi;
 
     HeadlessFace m_face;
     LiveState m_liveState;
     PackagedUpkeep m_upkeep;
     upload::GatewayAutoDeleteCleanupService m_cleanup;
-    NoTermsFollowUp m_terms;
+    upload::CloudTermsFollowUp m_terms;
     std::unique_ptr<platform::NetServicePublishing> m_netServices;
     std::unique_ptr<Session> m_session;
     upload::DicomDBUploadIndex m_uploadIndex;
@@ -138,7 +148,9 @@ private:
     platform::WorkerPool m_cloudPool;  // calls that wait for the network
     platform::WorkerPool m_globalPool; // everything else
     account::QuorinAuthViewModel m_auth;
-    std::shared_ptr<CloudReachability> m_reachability;
+    CloudWatch m_cloudWatch;
+    TermsDesk m_termsDesk;
+    AccountDesk m_accountDesk;
     std::shared_ptr<Store> m_store;
     state::DicomDBStateIndex m_stateIndex;
     state::GatewayAppState m_state; // behind the store, whose listener it asks for

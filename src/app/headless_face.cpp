@@ -12,14 +12,15 @@ void HeadlessFace::showSignInSheet()
     m_writeLine(QStringLiteral("To sign in, run: quorin-gateway sign-in --email ADDRESS"));
 }
 
-void HeadlessFace::showPreferences()
-{
-    m_writeLine(QStringLiteral("To see and change the settings, run: quorin-gateway settings list"));
-}
-
 void HeadlessFace::showBugReport()
 {
-    m_writeLine(QStringLiteral("Bug reports can be written in the desktop application only."));
+    m_writeLine(QStringLiteral("To report a bug, run: quorin-gateway report --description TEXT"));
+}
+
+void HeadlessFace::showTermsRequired()
+{
+    m_writeLine(QStringLiteral("Quorin Cloud takes no images before its Terms & Conditions are accepted. "
+                               "Run: quorin-gateway terms show"));
 }
 
 void HeadlessFace::showSetupWizard(bool blocking)

@@ -20,8 +20,12 @@ public:
     void bringForward() override {}
     void showDashboard() override;
     void showSignInSheet() override;
-    void showPreferences() override;
+
+    /// Only the terms ask for it here, and they have a line of their own.
+    void showPreferences() override {}
+
     void showBugReport() override;
+    void showTermsRequired() override;
     void showSetupWizard(bool blocking) override;
 
     /// While `setup` applies its settings it reports a failed start itself.

@@ -23,7 +23,6 @@ void HealthCollector::sample()
 
 void HealthCollector::refresh()
 {
-    m_with.reachability->refresh();
     m_with.freeSpace->refresh();
     m_with.state.refreshStorageUsage();
 }
@@ -89,9 +88,9 @@ HealthFigures::Storage HealthCollector::storage() const
 
 HealthFigures::Cloud HealthCollector::cloud() const
 {
-    return {.isOnline = m_with.reachability->isOnline(),
+    return {.isOnline = m_with.cloudWatch.isOnline(),
             .isSignedIn = m_with.auth.state().isSignedIn(),
-            .areTermsRequired = {},
+            .areTermsRequired = m_with.cloudWatch.areTermsRequired(),
             .isUploading = m_with.uploads.figures().isRunning,
             .uploadBytesPerSecond = m_with.state.figures().uploadSpeedMbps * kBytesPerMegabit,
             .failedFiles = {}};

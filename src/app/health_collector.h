@@ -1,7 +1,7 @@
 #pragma once
 
 #include "account/quorin_auth_view_model.h"
-#include "app/cloud_reachability.h"
+#include "app/cloud_watch.h"
 #include "app/event_counts.h"
 #include "app/free_space_watch.h"
 #include "app/health_figures.h"
@@ -37,7 +37,7 @@ public:
         const EventCounts &events;
         const platform::Clock &clock;
         Store &store;
-        std::shared_ptr<CloudReachability> reachability;
+        const CloudWatch &cloudWatch;
         std::shared_ptr<FreeSpaceWatch> freeSpace;
         std::function<bool()> isListenerEnabled;
         std::function<StatusReport::Listener()> listener;
@@ -54,8 +54,7 @@ public:
     /// The figures of this moment.
     HealthFigures collect();
 
-    /// Asks for what others measure, the cloud's answer among it, so that later figures have it; returns at
-    /// once.
+    /// Asks for what others measure, so that later figures have it; returns at once.
     void refresh();
 
 private:

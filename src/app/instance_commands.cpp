@@ -54,7 +54,7 @@ void InstanceCommands::handle(const ControlRequest &request, const Answer &answe
     if (request.command == requests::kActivate) {
         answer(activate());
     } else if (request.command == requests::kStatus) {
-        status(answer);
+        m_scope.start(status(answer));
     } else if (request.command == requests::kUpload) {
         answer(requestUpload());
     } else if (request.command == requests::kSignIn) {
@@ -66,7 +66,7 @@ void InstanceCommands::handle(const ControlRequest &request, const Answer &answe
     } else if (request.command == requests::kSettingsList || request.command == requests::kSettingsGet ||
                request.command == requests::kSettingsSet) {
         answer(changeSettings(request));
-    } else {
+    } else if (!m_with.termsDesk.handle(request, answer) && !m_with.accountDesk.handle(request, answer)) {
         answer(ControlReply::failure(
             QStringLiteral("The running gateway doesn't know the command %1.").arg(request.command),
             ExitCode::usage));
@@ -115,9 +115,9 @@ void InstanceCommands::restartListener()
     }
 }
 
-void InstanceCommands::status(const Answer &answer)
+QCoro::Task<void> InstanceCommands::status(Answer answer)
 {
-    m_with.reachability->refresh();
+    co_await m_with.cloudWatch.look();
     m_with.state.refreshCounters();
     m_with.state.refreshTransferSeries();
     m_with.state.whenStorageIsMeasured(
@@ -141,10 +141,8 @@ StatusReport InstanceCommands::report() const
                        m_with.state.bucketDuration(),
                        figures.transferReceivedSeries,
                        figures.transferSentSeries};
-    report.cloud = {kindText(m_with.cloud.kind),
-                    m_with.cloud.baseUrl.toString(),
-                    m_with.reachability->isOnline(),
-                    m_with.reachability->lastError()};
+    report.cloud = cloudReport();
+    report.terms = termsReport();
     const bool isSignedIn = m_with.auth.state().isSignedIn();
     report.session = {isSignedIn, m_with.auth.signedInLabel().value_or(QString())};
     report.setup = {core::isSetupRequired(m_with.settings), m_with.settings.gatewaySetupVersion.get()};
@@ -153,6 +151,30 @@ StatusReport InstanceCommands::report() const
     report.uploadSpeedMbps = figures.uploadSpeedMbps;
     report.banner = figures.updateBannerMessage.value_or(QString());
     return report;
+}
+
+StatusReport::Cloud InstanceCommands::cloudReport() const
+{
+    const account::QuorinCloudStatusViewModel &status = m_with.cloudWatch.status();
+    StatusReport::Cloud cloud{kindText(m_with.cloud.kind),
+                              m_with.cloud.baseUrl.toString(),
+                              m_with.cloudWatch.isOnline(),
+                              status.lastError().value_or(QString()),
+                              status.lastCheckedAt().value_or(QDateTime()),
+                              {}};
+    if (const auto &usage = m_with.cloudWatch.storage().storageUsage()) {
+        cloud.storage = {usage->allowanceInKb, usage->usedInKb};
+    }
+    return cloud;
+}
+
+StatusReport::Terms InstanceCommands::termsReport() const
+{
+    const account::GatewayQuorinCloudTermsCoordinator &terms = m_with.cloudWatch.terms();
+    if (!terms.showTerms()) {
+        return {m_with.cloudWatch.areTermsRequired(), {}, {}};
+    }
+    return {true, terms.termsVersion(), terms.reasonMessage().value_or(QString())};
 }
 
 StatusReport::Listener InstanceCommands::listenerReport() const

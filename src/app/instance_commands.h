@@ -1,12 +1,14 @@
 #pragma once
 
 #include "account/quorin_auth_view_model.h"
-#include "app/cloud_reachability.h"
+#include "app/account_desk.h"
+#include "app/cloud_watch.h"
 #include "app/control_protocol.h"
 #include "app/headless_face.h"
 #include "app/settings_catalogue.h"
 #include "app/status_report.h"
 #include "app/store.h"
+#include "app/terms_desk.h"
 #include "app/upload_run_watcher.h"
 #include "core/settings.h"
 #include "index/dicom_db.h"
@@ -46,7 +48,9 @@ public:
         HeadlessFace &face;
         AppDelegate &delegate;
         Store &store;
-        std::shared_ptr<CloudReachability> reachability;
+        CloudWatch &cloudWatch;
+        TermsDesk &termsDesk;
+        AccountDesk &accountDesk;
         QString bindAddress;
     };
 
@@ -64,15 +68,17 @@ private:
     ControlReply activate();
     ControlReply requestUpload();
     ControlReply changeSettings(const ControlRequest &request);
-    void status(const Answer &answer);
     void setUp(const ControlRequest &request, const Answer &answer);
 
+    QCoro::Task<> status(Answer answer);
     QCoro::Task<> signIn(ControlRequest request, Answer answer);
     QCoro::Task<> signOut(Answer answer);
     QCoro::Task<> applySetup(wizard::SetupDraft draft, Answer answer);
     QCoro::Task<QString> restartAndWait();
 
     StatusReport report() const;
+    StatusReport::Cloud cloudReport() const;
+    StatusReport::Terms termsReport() const;
     wizard::PortState probe(int port) const;
     void restartListener();
 

@@ -24,6 +24,9 @@ public:
     virtual void showPreferences() = 0;
     virtual void showBugReport() = 0;
 
+    /// The cloud wants its terms accepted; comes after showPreferences.
+    virtual void showTermsRequired() = 0;
+
     /// \param blocking  setup isn't finished: the wizard can't be closed before it is.
     virtual void showSetupWizard(bool blocking) = 0;
 

@@ -18,6 +18,11 @@ QJsonValue textOrNull(const QString &text)
     return text.isEmpty() ? QJsonValue(QJsonValue::Null) : QJsonValue(text);
 }
 
+QJsonValue boolOrNull(const std::optional<bool> &value)
+{
+    return value ? QJsonValue(*value) : QJsonValue(QJsonValue::Null);
+}
+
 /// "successful_uploads" as "successfulUploads", like every key of the object.
 QString camelCase(const QString &snakeCase)
 {
@@ -106,9 +111,37 @@ QString activityText(const QJsonObject &activity)
         .arg(sumOf(activity.value(QStringLiteral("sent")).toArray()));
 }
 
+QJsonObject cloudJson(const StatusReport::Cloud &cloud)
+{
+    QJsonValue storage;
+    if (cloud.storage) {
+        storage = QJsonObject{{QStringLiteral("allowanceKb"), cloud.storage->allowanceKb},
+                              {QStringLiteral("usedKb"), cloud.storage->usedKb}};
+    }
+    return {{QStringLiteral("kind"), cloud.kind},
+            {QStringLiteral("baseUrl"), cloud.baseUrl},
+            {QStringLiteral("online"), boolOrNull(cloud.isOnline)},
+            {QStringLiteral("lastError"), textOrNull(cloud.lastError)},
+            {QStringLiteral("lastCheckedAt"), textOrNull(cloud.lastCheckedAt.toString(Qt::ISODate))},
+            {QStringLiteral("storage"), storage}};
+}
+
+QJsonObject termsJson(const StatusReport::Terms &terms)
+{
+    return {{QStringLiteral("required"), boolOrNull(terms.isRequired)},
+            {QStringLiteral("version"), textOrNull(terms.version)},
+            {QStringLiteral("reason"), textOrNull(terms.reason)}};
+}
+
 QString bytesText(const QJsonValue &bytes)
 {
     return QLocale::c().formattedDataSize(bytes.toInteger());
+}
+
+QString kilobytesText(const QJsonValue &kilobytes)
+{
+    constexpr double kBytesPerKb = 1024.0;
+    return QLocale::c().formattedDataSize(static_cast<qint64>(kilobytes.toDouble() * kBytesPerKb));
 }
 
 QString listenerText(const QJsonObject &listener)
@@ -129,6 +162,12 @@ QString cloudText(const QJsonObject &cloud)
     const QJsonValue online = cloud.value(QStringLiteral("online"));
     if (online.isBool()) {
         text += online.toBool() ? QStringLiteral(", online") : QStringLiteral(", away");
+    }
+    const QJsonObject storage = cloud.value(QStringLiteral("storage")).toObject();
+    if (!storage.isEmpty()) {
+        text += QStringLiteral(", %1 of %2 used")
+                    .arg(kilobytesText(storage.value(QStringLiteral("usedKb"))),
+                         kilobytesText(storage.value(QStringLiteral("allowanceKb"))));
     }
     const QString error = cloud.value(QStringLiteral("lastError")).toString();
     return error.isEmpty() ? text : text + QStringLiteral(": ") + error;
@@ -174,13 +213,8 @@ QJsonObject toJson(const StatusReport &report)
                      {QStringLiteral("mode"), textOrNull(report.upload.mode)},
                      {QStringLiteral("speedMbps"), report.uploadSpeedMbps},
                      {QStringLiteral("lastRun"), lastRun(report.upload)}}},
-        {QStringLiteral("cloud"),
-         QJsonObject{
-             {QStringLiteral("kind"), report.cloud.kind},
-             {QStringLiteral("baseUrl"), report.cloud.baseUrl},
-             {QStringLiteral("online"),
-              report.cloud.isOnline ? QJsonValue(*report.cloud.isOnline) : QJsonValue(QJsonValue::Null)},
-             {QStringLiteral("lastError"), textOrNull(report.cloud.lastError)}}},
+        {QStringLiteral("cloud"), cloudJson(report.cloud)},
+        {QStringLiteral("terms"), termsJson(report.terms)},
         {QStringLiteral("session"),
          QJsonObject{{QStringLiteral("signedIn"), report.session.isSignedIn},
                      {QStringLiteral("label"), textOrNull(report.session.label)}}},
@@ -213,6 +247,11 @@ QString statusText(const QJsonObject &status)
         QStringLiteral("Cloud      ") + cloudText(part(QStringLiteral("cloud"))),
         QStringLiteral("Session    ") + sessionText(part(QStringLiteral("session"))),
     };
+    const QJsonObject terms = part(QStringLiteral("terms"));
+    if (terms.value(QStringLiteral("required")).toBool()) {
+        lines.append(QStringLiteral("Terms      version %1 must be accepted; run: quorin-gateway terms show")
+                         .arg(terms.value(QStringLiteral("version")).toString()));
+    }
     if (part(QStringLiteral("setup")).value(QStringLiteral("required")).toBool()) {
         lines.append(QStringLiteral(
             "Setup      not finished; run: quorin-gateway setup --ae-title TITLE --port PORT"));

@@ -49,7 +49,20 @@ struct StatusReport
         QString kind, baseUrl;
         std::optional<bool> isOnline; ///< nothing before it has been asked
         QString lastError;
+        QDateTime lastCheckedAt; ///< UTC; invalid before the first answer
+
+        struct Storage
+        {
+            double allowanceKb = 0, usedKb = 0;
+        };
+        std::optional<Storage> storage; ///< nothing where the cloud doesn't tell
     } cloud;
+
+    struct Terms
+    {
+        std::optional<bool> isRequired; ///< nothing while nobody knows
+        QString version, reason;        ///< of terms that are required
+    } terms;
 
     struct Session
     {

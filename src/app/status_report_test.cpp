@@ -22,6 +22,7 @@ TEST(StatusReport, AlwaysHasTheSameKeys)
                            u"session"_qs,
                            u"setup"_qs,
                            u"storage"_qs,
+                           u"terms"_qs,
                            u"upload"_qs}));
     EXPECT_EQ(json[u"listener"].toObject().keys(),
               (QStringList{u"address"_qs, u"aeTitle"_qs, u"error"_qs, u"port"_qs, u"state"_qs}));
@@ -30,8 +31,11 @@ TEST(StatusReport, AlwaysHasTheSameKeys)
                   u"failed"_qs, u"images"_qs, u"notSynced"_qs, u"series"_qs, u"studies"_qs, u"synced"_qs}));
     EXPECT_EQ(json[u"upload"].toObject().keys(),
               (QStringList{u"lastRun"_qs, u"mode"_qs, u"running"_qs, u"speedMbps"_qs}));
-    EXPECT_EQ(json[u"cloud"].toObject().keys(),
-              (QStringList{u"baseUrl"_qs, u"kind"_qs, u"lastError"_qs, u"online"_qs}));
+    EXPECT_EQ(
+        json[u"cloud"].toObject().keys(),
+        (QStringList{
+            u"baseUrl"_qs, u"kind"_qs, u"lastCheckedAt"_qs, u"lastError"_qs, u"online"_qs, u"storage"_qs}));
+    EXPECT_EQ(json[u"terms"].toObject().keys(), (QStringList{u"reason"_qs, u"required"_qs, u"version"_qs}));
 }
 
 TEST(StatusReport, TellsWhatCameAndWentInEachBucketAndInOneLine)
@@ -83,6 +87,45 @@ TEST(StatusReport, ReadsAsAFewLines)
     EXPECT_TRUE(text.contains(u"GATE on port 1115 (10.0.0.1:1115)"_qs));
     EXPECT_TRUE(text.contains(u"Signed in as Radiology"_qs));
     EXPECT_FALSE(text.contains(u"Setup"_qs));
+}
+
+TEST(StatusReport, LeavesOpenWhatNobodyKnowsOfTheCloud)
+{
+    const QJsonObject json = toJson(StatusReport());
+
+    EXPECT_TRUE(json[u"cloud"][u"online"].isNull());
+    EXPECT_TRUE(json[u"cloud"][u"lastCheckedAt"].isNull());
+    EXPECT_TRUE(json[u"cloud"][u"storage"].isNull());
+    EXPECT_TRUE(json[u"terms"][u"required"].isNull());
+}
+
+TEST(StatusReport, TellsTheRoomInTheCloudAndWhenItWasAsked)
+{
+    StatusReport report;
+    report.cloud.baseUrl = u"https://cloud.example"_qs;
+    report.cloud.isOnline = true;
+    report.cloud.lastCheckedAt = QDateTime(QDate(2026, 1, 2), QTime(3, 4, 5), Qt::UTC);
+    report.cloud.storage = {2048.0, 1024.5};
+
+    const QJsonObject json = toJson(report);
+
+    EXPECT_EQ(json[u"cloud"][u"lastCheckedAt"].toString(), u"2026-01-02T03:04:05Z"_qs);
+    EXPECT_EQ(json[u"cloud"][u"storage"][u"allowanceKb"].toDouble(), 2048.0);
+    EXPECT_EQ(json[u"cloud"][u"storage"][u"usedKb"].toDouble(), 1024.5);
+    EXPECT_TRUE(statusText(json).contains(u"https://cloud.example, online, 1.00 MiB of 2.00 MiB used"_qs));
+}
+
+TEST(StatusReport, SaysWhatToDoWhileTermsWaitForAnAnswer)
+{
+    StatusReport report;
+    report.terms = {true, u"2"_qs, u"Because."_qs};
+
+    const QJsonObject json = toJson(report);
+
+    EXPECT_TRUE(json[u"terms"][u"required"].toBool());
+    EXPECT_EQ(json[u"terms"][u"version"].toString(), u"2"_qs);
+    EXPECT_EQ(json[u"terms"][u"reason"].toString(), u"Because."_qs);
+    EXPECT_TRUE(statusText(json).contains(u"version 2 must be accepted; run: quorin-gateway terms show"_qs));
 }
 
 TEST(StatusReport, SaysWhatToDoWhileSetupIsNotFinishedAndWhyTheListenerStands)

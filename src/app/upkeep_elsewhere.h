@@ -1,7 +1,6 @@
 #pragma once
 
 #include "app/launch_ports.h"
-#include "upload/upload_ports.h"
 
 namespace gateway::app {
 
@@ -13,13 +12,6 @@ public:
     void startUpdater() override {}
     void startVersionPolicy() override {}
     void checkForUpdates(const QString &) override {}
-};
-
-/// Leaves the question of terms to whoever signs in next.
-class NoTermsFollowUp final : public upload::TermsFollowUp
-{
-public:
-    void checkTermsAfterUploadFailure(const std::exception &, const QString &, const QUrl &) override {}
 };
 
 } // namespace gateway::app

@@ -18,6 +18,9 @@ void UploadRunWatcher::log(log::GatewayLogEvent event)
             m_figures.lastFinishedAt = event.timestamp;
         }
     }
+    if (m_succeeded && event.action == log::GatewayLogAction::uploadAttemptSucceeded) {
+        m_succeeded();
+    }
     m_log.log(std::move(event));
 }
 

@@ -47,5 +47,22 @@ TEST_F(Watcher, KnowsARunFromItsStartToItsEnd)
     EXPECT_TRUE(m_watcher.figures().lastFinishedAt.isValid());
 }
 
+TEST(WatcherOfSuccesses, TellsOfEachUploadThatTheCloudTookAndOfNothingElse)
+{
+    log::testing::RecordingLog log;
+    int successes = 0;
+    UploadRunWatcher watcher(log, [&successes] { ++successes; });
+    log::GatewayLogEvent event;
+
+    for (const log::GatewayLogAction action : {log::GatewayLogAction::uploadAttemptStarted,
+                                               log::GatewayLogAction::uploadAttemptSucceeded,
+                                               log::GatewayLogAction::uploadAttemptFailed}) {
+        event.action = action;
+        watcher.log(event);
+    }
+
+    EXPECT_EQ(successes, 1);
+}
+
 } // namespace
 } // namespace gateway::app

@@ -3,7 +3,6 @@
 #include "platform/quorin_api/http_transport.h"
 
 #include <QtCore/QFile>
-#include <QtCore/QJsonDocument>
 
 #include <stdexcept>
 
@@ -81,17 +80,29 @@ LocalCloud::~LocalCloud()
 
 void LocalCloud::control(const QByteArray &what, const QJsonObject &body)
 {
+    ask("POST", what, QJsonDocument(body).toJson());
+}
+
+QJsonDocument LocalCloud::look(const QByteArray &what)
+{
+    return QJsonDocument::fromJson(ask("GET", what, {}));
+}
+
+QByteArray LocalCloud::ask(const QByteArray &method, const QByteArray &what, const QByteArray &body)
+{
     platform::CloudConfiguration configuration;
     configuration.baseUrl = m_url;
     platform::HttpTransport transport(configuration);
     platform::HttpRequest request;
-    request.method = "POST";
+    request.method = method;
     request.url = m_url.toEncoded() + "/control/" + what;
     request.headers = {{"Content-Type", "application/json"}};
-    request.body = QJsonDocument(body).toJson();
-    if (const auto response = transport.perform(request); !response.isSuccess()) {
+    request.body = body;
+    const platform::HttpResponse response = transport.perform(request);
+    if (!response.isSuccess()) {
         throw std::runtime_error("the control call was refused: " + response.body.toStdString());
     }
+    return response.body;
 }
 
 QUrl writeImage(platform::testing::SampleFiles &files,

@@ -5,6 +5,7 @@
 #include "platform/quorin_api/testing/sample_files.h"
 
 #include <QtCore/QByteArray>
+#include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
 #include <QtCore/QProcess>
 #include <QtCore/QStringList>
@@ -49,7 +50,12 @@ public:
     /// Steers the server, such as "faults" or "terms".
     void control(const QByteArray &what, const QJsonObject &body);
 
+    /// What the server tells of itself, such as "counts" or "bug-reports".
+    QJsonDocument look(const QByteArray &what);
+
 private:
+    QByteArray ask(const QByteArray &method, const QByteArray &what, const QByteArray &body);
+
     QTemporaryDir m_data;
     QProcess m_process;
     QUrl m_url;

@@ -23,6 +23,7 @@ public:
     void showSignInSheet() override { shown.append(QStringLiteral("sign-in sheet")); }
     void showPreferences() override { shown.append(QStringLiteral("preferences")); }
     void showBugReport() override { shown.append(QStringLiteral("bug report")); }
+    void showTermsRequired() override { shown.append(QStringLiteral("terms required")); }
 
     void showSetupWizard(bool blocking) override
     {

@@ -52,6 +52,11 @@ void NetworkSettings::setUserId(std::optional<qint64> userId)
     m_queue.async([this] { store(); });
 }
 
+void NetworkSettings::waitUntilStored()
+{
+    m_queue.sync([] {});
+}
+
 void NetworkSettings::load()
 {
     const std::optional<QByteArray> kept = m_store.read(m_key);

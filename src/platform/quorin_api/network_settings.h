@@ -13,7 +13,7 @@ class TokenStore;
 
 /// The session: whether one exists, and for whom. It outlives the process in the token store.
 ///
-/// Owner: QuorinApiClient. Thread: any; reading and writing never wait for the token store, which is told
+/// Owner: QuorinApiClient. Thread: any; reading and setting never wait for the token store, which is told
 /// on a queue of its own.
 class NetworkSettings
 {
@@ -33,6 +33,10 @@ public:
 
     std::optional<qint64> userId() const;
     void setUserId(std::optional<qint64> userId);
+
+    /// Returns when the token store has been told all that was set before: a session then outlives a crash,
+    /// and one that ended is gone. Blocks; not for the main thread.
+    void waitUntilStored();
 
 private:
     struct Session

@@ -12,6 +12,35 @@ namespace {
 
 const QString kKey = QStringLiteral("quorin https://cloud.example");
 
+/// A token store that others overtake on their way, as a disk does. Thread: any.
+class SlowTokenStore final : public TokenStore
+{
+public:
+    std::optional<QByteArray> read(const QString &key) override { return m_store.read(key); }
+
+    bool write(const QString &key, const QByteArray &value) override
+    {
+        dawdle();
+        return m_store.write(key, value);
+    }
+
+    bool remove(const QString &key) override
+    {
+        dawdle();
+        return m_store.remove(key);
+    }
+
+private:
+    static void dawdle()
+    {
+        for (int turn = 0; turn < 1000; ++turn) {
+            std::this_thread::yield();
+        }
+    }
+
+    MemoryTokenStore m_store;
+};
+
 } // namespace
 
 TEST(NetworkSettings, KeepsTheSessionBetweenRuns)
@@ -64,6 +93,22 @@ TEST(NetworkSettings, TakesARecordThatIsDamagedForNoSession)
 
     EXPECT_FALSE(settings.token());
     EXPECT_FALSE(settings.userId());
+}
+
+TEST(NetworkSettings, IsInTheTokenStoreOnceThatWasWaitedFor)
+{
+    SlowTokenStore store;
+    NetworkSettings settings(store, kKey);
+
+    settings.setUserId(42);
+    settings.setToken(QStringLiteral("secret"));
+    settings.waitUntilStored();
+
+    EXPECT_EQ(NetworkSettings(store, kKey).token(), QStringLiteral("secret"));
+    settings.setToken(std::nullopt);
+    settings.setUserId(std::nullopt);
+    settings.waitUntilStored();
+    EXPECT_FALSE(store.read(kKey));
 }
 
 TEST(NetworkSettings, CanBeReadWhileItIsWritten)

@@ -70,6 +70,19 @@ TEST(Authentication, SignsInAndKeepsTokenAndUserId)
     EXPECT_EQ(member(sent.value(QStringLiteral("device")).toMap(), "clientVersion"), QStringLiteral("1.2.3"));
 }
 
+TEST(Authentication, HasStoredTheSessionByTheTimeItTellsOfIt)
+{
+    ScriptedService service(alwaysJson(R"({"token": "secret", "userId": 42})"));
+    QrnAuthenticationAPI api(service.client);
+
+    api.login(loginRequest(QStringLiteral("a@b.example"), QStringLiteral("pw")));
+    EXPECT_EQ(NetworkSettings(service.store, sessionKey(service.client.configuration())).token(),
+              QStringLiteral("secret"));
+
+    api.logout();
+    EXPECT_TRUE(service.store.isEmpty());
+}
+
 TEST(Authentication, LeavesAnOlderSessionAloneWhenSigningInFails)
 {
     ScriptedService service([](const ReceivedRequest &) {

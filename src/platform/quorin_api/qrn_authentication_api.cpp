@@ -69,8 +69,7 @@ QrnLoginResponse QrnAuthenticationAPI::loginToService(const QrnLoginRequest &req
     if (userId.typeId() == QMetaType::LongLong) {
         response.userId = userId.toLongLong();
     }
-    m_client.networkSettings().setUserId(response.userId);
-    m_client.networkSettings().setToken(token.toString());
+    keepSession(token.toString(), response.userId);
     return response;
 }
 
@@ -90,8 +89,7 @@ QrnLoginResponse QrnAuthenticationAPI::loginToArchive(const QrnLoginRequest &req
     if (status < 200 || status >= 300) {
         throwAnswerError({status, {}, false, {}});
     }
-    m_client.networkSettings().setUserId(std::nullopt);
-    m_client.networkSettings().setToken(*token);
+    keepSession(*token, std::nullopt);
     return {};
 }
 
@@ -100,9 +98,17 @@ QrnEmptyResponse QrnAuthenticationAPI::logout()
     if (!m_client.isPlainArchive()) {
         m_client.request(jsonCall("POST", "/auth/logout", {}));
     }
-    m_client.networkSettings().setToken(std::nullopt);
-    m_client.networkSettings().setUserId(std::nullopt);
+    keepSession(std::nullopt, std::nullopt);
     return {};
+}
+
+/// Whoever is told of a success may be sure that it outlives the program.
+void QrnAuthenticationAPI::keepSession(const std::optional<QString> &token, std::optional<qint64> userId)
+{
+    NetworkSettings &settings = m_client.networkSettings();
+    settings.setUserId(userId);
+    settings.setToken(token);
+    settings.waitUntilStored();
 }
 
 } // namespace gateway::platform

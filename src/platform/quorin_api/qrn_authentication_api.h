@@ -54,7 +54,7 @@ class QrnAuthenticationAPIProtocol
 public:
     virtual ~QrnAuthenticationAPIProtocol() = default;
 
-    /// Signs in and keeps the session in NetworkSettings; on a failure an older session stands.
+    /// Signs in and keeps the session in NetworkSettings, durably; on a failure an older session stands.
     virtual QrnLoginResponse login(const QrnLoginRequest &request) = 0;
 
     /// Ends the session at the service, then forgets it; on a failure it stands.
@@ -74,6 +74,7 @@ public:
 private:
     QrnLoginResponse loginToService(const QrnLoginRequest &request);
     QrnLoginResponse loginToArchive(const QrnLoginRequest &request);
+    void keepSession(const std::optional<QString> &token, std::optional<qint64> userId);
 
     QuorinApiClient &m_client;
 };
