@@ -22,6 +22,7 @@
 #include "platform/quorin_api/testing/client_fixture.h"
 
 #include <QtCore/QCoreApplication>
+#include <QtCore/QFileInfo>
 #include <QtCore/QJsonArray>
 
 #include <gtest/gtest.h>
@@ -191,8 +192,10 @@ TEST_F(AccountClient, SeesItsRoomInTheCloudFillUpUntilNothingMoreIsTaken)
     EXPECT_EQ(user.storage.storageUsage(), (account::StorageUsage{100.0, 0.0}));
 
     EXPECT_FALSE(upload("1.2.10.1.1", 60'000));
+    const qint64 bytes = QFileInfo(files.path(QStringLiteral("1.2.10.1.1.dcm"))).size();
     finish(user.storage.refresh());
-    EXPECT_EQ(user.storage.storageUsage(), (account::StorageUsage{100.0, 59.0}));
+    EXPECT_EQ(user.storage.storageUsage(),
+              (account::StorageUsage{100.0, static_cast<double>((bytes + 1023) / 1024)}));
     const auto refusal = upload("1.2.10.1.2", 60'000);
 
     ASSERT_TRUE(refusal);
