@@ -28,7 +28,7 @@ ROWS = {"receive-1": receiving.ct_on_one, "receive-4": receiving.ct_on_four, "re
         "receive-mr": receiving.mr_on_one, "receive-large": receiving.large_objects,
         "receive-busy": receiving.while_converting, "way": sending.way_original, "way-ls": sending.way_compressed,
         "upload": sending.upload, "codec": inside.codec, "idle": inside.idle, "start": inside.start, "log": inside.log,
-        "index": inside.index, "state": inside.state}
+        "log-browser": inside.log_browser, "index": inside.index, "state": inside.state}
 
 CLONE_NEWUSER, CLONE_NEWNET = 0x10000000, 0x40000000  # sched.h
 SIOCSIFFLAGS, IFF_UP = 0x8914, 0x1  # linux/sockios.h, net/if.h

@@ -74,6 +74,22 @@ def log(bench):
             Row("log, reading back, s for each 1,000,000 lines", f"{read:.2f}", goal="<= 2 s")]
 
 
+def log_browser(bench):
+    """Opening and filtering a million lines."""
+    text = bench.run("quorin-log-browser-bench")
+    opened, spent, memory = re.search(
+        r"lines opened: (\d+) ms, (\d+) ms of processor, (\d+) MiB", text).groups()
+    filters = [(float(spent), what) for what, spent in
+               re.findall(r"^filter (.+): [\d.]+ ms, ([\d.]+) ms of processor", text, re.MULTILINE)]
+    slowest, what = max(filters)
+    again, = re.search(r"read again, 1 more: ([\d.]+) ms", text).groups()
+    return [Row("log browser, 1,000,000 lines opened, s (of processor)",
+                f"{int(opened) / 1000:.2f} ({int(spent) / 1000:.2f})", goal="<= 2 s"),
+            Row("  memory of the rows, MiB", memory),
+            Row(f"  slowest filter ({what}), ms of processor", f"{slowest:.1f}", goal="<= 100 ms"),
+            Row("  read again with one line more, ms", again)]
+
+
 def codec(bench):
     """What one core encodes, and encodes and verifies, beside CharLS as it is packaged."""
     rows = []
