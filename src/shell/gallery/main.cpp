@@ -1,4 +1,5 @@
 #include "shell/gallery/gallery.h"
+#include "shell/theme/desktop_preferences.h"
 #include "shell/theme/theme.h"
 
 #include <QtCore/QCommandLineParser>
@@ -64,6 +65,7 @@ int main(int argc, char **argv)
     if (parser.isSet(pictures)) {
         return writePictures(theme, gallery, parser.value(pictures));
     }
+    const gateway::shell::DesktopPreferences preferences(theme, QDBusConnection::sessionBus());
     gallery.show();
     return QApplication::exec();
 }
