@@ -24,7 +24,6 @@ void HealthCollector::sample()
 void HealthCollector::refresh()
 {
     m_with.freeSpace->refresh();
-    m_with.state.refreshStorageUsage();
 }
 
 HealthFigures HealthCollector::collect()
