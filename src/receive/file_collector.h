@@ -1,0 +1,45 @@
+#pragma once
+
+#include <QtCore/QByteArray>
+#include <QtCore/QSet>
+#include <QtCore/QStringList>
+
+#include <stop_token>
+#include <vector>
+
+namespace gateway::receive {
+
+/// A file that a batch is to look at.
+struct CollectedFile
+{
+    QByteArray path; ///< in the file system's own bytes, which needn't be UTF-8
+    qint64 bytes = 0;
+};
+
+/// Finds the files at and below paths, each once, whichever way it is reached.
+///
+/// Hidden files count as well; a folder that can't be listed is empty; what can't be looked at is a file.
+/// Folders of the gateway's own are passed over when they are met on the way, not when they are what was
+/// chosen: whoever imports all Documents doesn't mean the images that the gateway keeps there.
+///
+/// Owner: a batch. Thread: the batch's.
+class FileCollector
+{
+public:
+    /// \param ownFolders  the folders that are passed over.
+    explicit FileCollector(const QStringList &ownFolders);
+
+    /// Appends the files at or below `path` to `files`, in the order of their names; ends early on a stop.
+    void collect(const QByteArray &path, std::vector<CollectedFile> &files, const std::stop_token &stop);
+
+private:
+    void visit(const QByteArray &path,
+               const QByteArray &realPath,
+               std::vector<CollectedFile> &files,
+               const std::stop_token &stop);
+
+    QSet<QByteArray> m_ownFolders;
+    QSet<QByteArray> m_visited; // with all links resolved
+};
+
+} // namespace gateway::receive

@@ -1,0 +1,106 @@
+#pragma once
+
+#include "index/db_service.h"
+#include "platform/archive/archive_unpacking.h"
+#include "platform/concurrency/clock.h"
+#include "receive/file_collector.h"
+#include "receive/manual_import_report.h"
+#include "receive/temporary_root.h"
+
+#include <QtCore/QList>
+#include <QtCore/QStringList>
+#include <QtCore/QUrl>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <stop_token>
+#include <vector>
+
+namespace gateway::receive {
+
+/// One batch of a manual import: finds the files, opens the archives, imports one file after another.
+///
+/// Sources are only read. What an archive held lies in temporary roots, which go when this does.
+///
+/// Owner: the work on the import queue. Thread: that queue's.
+class ManualImportBatch
+{
+public:
+    struct Collaborators
+    {
+        index::DBServiceProtocol &dbService;
+        platform::ArchiveUnpacking &unpacking;
+        const platform::Clock &clock;
+        std::function<std::optional<qint64>()> availableBytes;      ///< where the gateway keeps its files
+        std::function<void(const ManualImportReport &)> onProgress; ///< after each step
+    };
+
+    struct Places
+    {
+        QString temporaryFolder; ///< for temporary roots
+        QStringList ownFolders;  ///< passed over on the way
+    };
+
+    /// Imports leave so much of the volume to the modalities: several times what they are refused below.
+    static constexpr qint64 kReserveBytes = 256LL * 1024 * 1024;
+
+    /// An archive in the seventh archive around it isn't opened.
+    static constexpr int kDeepestArchive = 7;
+
+    /// What one selected archive may come to, with all that is nested in it.
+    static constexpr qint64 kMostEntries = 500'000;
+    static constexpr qint64 kAlwaysAllowedBytes = 1024LL * 1024 * 1024;
+    static constexpr qint64 kLargestRatio = 200;
+
+    ManualImportBatch(Collaborators collaborators, Places places, std::stop_token stop);
+
+    /// Works through the selection, up to a stop. \return the report, its phase still `importing`.
+    ManualImportReport run(const QList<QUrl> &urls);
+
+private:
+    /// A selected archive and all that comes out of it.
+    struct Tree
+    {
+        QString shownPath;
+        qint64 entriesLeft = kMostEntries;
+        qint64 bytesLeft = 0;
+    };
+
+    struct Item
+    {
+        CollectedFile file;
+        std::shared_ptr<Tree> tree; ///< none for a file of the operator's own
+        int depth = 0;              ///< archives around it
+    };
+
+    using Stack = std::vector<Item>;
+
+    void collect(const QByteArray &path, const Item &around, Stack &stack);
+    void work(Stack stack);
+
+    void openArchive(const Item &item, const QString &extension, Stack &stack);
+    std::optional<SkipReason> unpack(const Item &item, const QString &extension, Stack &stack);
+    platform::ArchiveLimits limitsFor(const Tree &tree) const;
+
+    void importOne(const Item &item);
+    std::optional<SkipReason> obstacle(const Item &item);
+    std::optional<SkipReason> importFile(const Item &item);
+    QUrl urlOf(const QByteArray &path);
+
+    bool hasRoomFor(qint64 bytes) const;
+    void itemDone(const Item &item, std::optional<SkipReason> skipped);
+    void enter(ManualImportReport::Phase phase);
+    void tellProgress();
+
+    Collaborators m_with;
+    Places m_places;
+    std::stop_token m_stop;
+    std::chrono::nanoseconds m_begun;
+    FileCollector m_collector;
+    ManualImportReport m_report;
+    std::vector<std::unique_ptr<TemporaryRoot>> m_roots; // of opened archives
+    std::unique_ptr<TemporaryRoot> m_aliases;            // made when the first name needs one
+};
+
+} // namespace gateway::receive

@@ -1,0 +1,98 @@
+#pragma once
+
+#include "index/db_service.h"
+#include "log/store_log_emitter.h"
+#include "platform/archive/archive_unpacking.h"
+#include "platform/concurrency/clock.h"
+#include "platform/concurrency/main_executor.h"
+#include "platform/concurrency/mutex.h"
+#include "platform/concurrency/serial_queue.h"
+#include "receive/import_panel.h"
+#include "receive/manual_import_batch.h"
+#include "receive/manual_import_report.h"
+
+#include <QtCore/QList>
+#include <QtCore/QString>
+#include <QtCore/QUrl>
+
+#include <atomic>
+#include <functional>
+#include <list>
+#include <memory>
+#include <optional>
+#include <stop_token>
+
+namespace gateway::receive {
+
+/// Takes in what the operator chooses: files, folders and archives, one batch after another, each with one
+/// summary in the log and one request for an upload. Sources are never changed or removed.
+///
+/// Owner: Store, as a shared pointer, since the panel holds the service weakly. Thread: `presentImportPanel`
+/// and `importItems` on main; reports and stops any.
+class StoreManualImportService : public std::enable_shared_from_this<StoreManualImportService>
+{
+public:
+    struct Collaborators
+    {
+        index::DBServiceProtocol &dbService;
+        log::StoreLogEmitter &logEmitter;
+        platform::MainExecutor &main;
+        const platform::Clock &clock;
+        platform::ArchiveUnpacking &unpacking;
+        std::function<std::optional<qint64>()>
+            availableBytes;            ///< where the gateway keeps its files; any thread
+        std::function<void()> refresh; ///< counters and transfer series are to be read again; on main
+        std::function<void(QString)> onImportSucceeded; ///< requests an upload with this reason; any thread
+        ImportPanel *panel = nullptr;                   ///< none without a desktop
+    };
+
+    using Places = ManualImportBatch::Places;
+
+    /// Removes what a crash left in the temporary folder, before the first batch.
+    StoreManualImportService(Collaborators collaborators, Places places);
+
+    /// Stops the batch under way between two files, forgets the waiting ones, and waits.
+    ~StoreManualImportService();
+
+    StoreManualImportService(const StoreManualImportService &) = delete;
+    StoreManualImportService &operator=(const StoreManualImportService &) = delete;
+
+    /// Asks the operator what to import, and imports it; nothing happens on cancel or without a desktop.
+    void presentImportPanel();
+
+    /// Queues a batch and returns at once.
+    ///
+    /// \param trigger  where the batch came from, for the log; "manual_upload" when it is blank.
+    /// \return the batch's id, which is its `correlationId`; empty when there is nothing to import.
+    QString importItems(const QList<QUrl> &urls, const QString &trigger);
+
+    /// How far a batch is, and what became of it; nothing for one that isn't known or ended long ago.
+    std::optional<ManualImportReport> report(const QString &batch) const;
+
+    /// Asks a batch to end before its next file; what is imported stays. An unknown batch is no error.
+    void stop(const QString &batch);
+
+private:
+    struct Batch
+    {
+        QString id;
+        ManualImportReport report;
+        std::stop_source stop;
+    };
+
+    void run(const QString &id, const QList<QUrl> &urls, const QString &trigger, const std::stop_token &stop);
+    void conclude(const QString &id, const ManualImportReport &report, const QString &trigger);
+    void publish(const QString &id, const ManualImportReport &report) QUORIN_EXCLUDES(m_mutex);
+    void forgetOldest() QUORIN_REQUIRES(m_mutex);
+
+    Collaborators m_with;
+    const Places m_places;
+
+    mutable platform::Mutex m_mutex;
+    std::list<Batch> m_batches QUORIN_GUARDED_BY(m_mutex); // in the order of their coming
+
+    std::atomic<bool> m_closing = false;
+    platform::SerialQueue m_manualImportQueue; // last: drained before the fields go
+};
+
+} // namespace gateway::receive

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <QtCore/QByteArray>
+#include <QtCore/QString>
+
+#include <memory>
+
+namespace gateway::receive {
+
+/// A folder "QuorinGatewayManualImport-<UUID>" for what a batch needs for a while: an archive's copy and what
+/// came out of it. It goes, with all that is in it, when this does; failures are ignored, since the next
+/// sweep follows.
+///
+/// Owner: a batch. Thread: the batch's.
+class TemporaryRoot
+{
+public:
+    /// Makes the folder, and the folder for extracted files in it. \return nothing when that fails.
+    static std::unique_ptr<TemporaryRoot> make(const QString &temporaryFolder);
+
+    /// Removes what a crash left behind. No batch may be under way.
+    static void sweep(const QString &temporaryFolder);
+
+    ~TemporaryRoot();
+
+    TemporaryRoot(const TemporaryRoot &) = delete;
+    TemporaryRoot &operator=(const TemporaryRoot &) = delete;
+
+    QString extractedFolder() const;
+
+    /// Where the copy of an archive with this extension belongs.
+    QString inputFile(const QString &extension) const;
+
+    /// A path in UTF-8 that leads to a file whose own path isn't; the same file as long as this lives. Empty
+    /// when it can't be made.
+    QString aliasOf(const QByteArray &path);
+
+private:
+    explicit TemporaryRoot(QString path) : m_path(std::move(path)) {}
+
+    const QString m_path;
+    int m_aliases = 0;
+};
+
+} // namespace gateway::receive
