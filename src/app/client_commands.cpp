@@ -4,6 +4,7 @@
 #include "app/command_requests.h"
 #include "app/console.h"
 #include "app/control_client.h"
+#include "app/import_client.h"
 #include "app/log_commands.h"
 #include "app/offline_commands.h"
 #include "app/retention_option.h"
@@ -27,13 +28,6 @@ constexpr std::chrono::seconds kPatience{150};
 constexpr std::chrono::hours kReportPatience{6};
 
 constexpr std::chrono::seconds kWatchInterval{2};
-
-ControlReply noInstance()
-{
-    return ControlReply::failure(
-        QStringLiteral("No gateway runs for this home. Start one with: quorin-gateway --headless"),
-        ExitCode::noInstance);
-}
 
 ExitCode report(const ControlReply &reply)
 {
@@ -88,6 +82,8 @@ public:
         return finish(ask({requests::kUpload, {}}),
                       [](const QJsonObject &) { return QStringLiteral("An upload run was asked for.\n"); });
     }
+
+    ExitCode operator()(const ImportCommand &command) const { return runImport(m_layout, command); }
 
     ExitCode operator()(const StatusCommand &command) const
     {

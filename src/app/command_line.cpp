@@ -26,6 +26,7 @@ struct Raw
     std::string description;
     bool reproducible = false, duringImport = false, duringOpening = false;
     std::vector<std::string> attachments;
+    std::vector<std::string> paths;
     std::string helpTopic;
 };
 
@@ -95,6 +96,9 @@ void addOthers(CLI::App &app, Raw &raw)
     signIn->add_option("--email", raw.email, "The account's e-mail address")->required()->type_name("E");
     app.add_subcommand("sign-out", "End the cloud session");
     app.add_subcommand("upload", "Ask for an upload run");
+    CLI::App *import = app.add_subcommand("import", "Import files, folders and archives (zip, rar)");
+    import->add_option("PATH", raw.paths, "What to import")->required();
+    import->add_flag("--json", raw.json, "The summary as one JSON object");
     CLI::App *status = app.add_subcommand("status", "Tell how the gateway does");
     status->add_flag("--json", raw.json, "As one JSON object");
     status->add_flag("--watch", raw.watch, "Again every two seconds, until interrupted");
@@ -194,6 +198,15 @@ SettingsCommand settingsCommand(const CLI::App &settings, const Raw &raw)
     return command;
 }
 
+ImportCommand importCommand(const Raw &raw)
+{
+    ImportCommand command{{}, raw.json};
+    for (const std::string &path : raw.paths) {
+        command.paths.append(text(path));
+    }
+    return command;
+}
+
 std::optional<Command> command(const CLI::App &app, const Raw &raw)
 {
     if (app.got_subcommand("setup")) {
@@ -211,6 +224,9 @@ std::optional<Command> command(const CLI::App &app, const Raw &raw)
     }
     if (app.got_subcommand("upload")) {
         return UploadCommand{};
+    }
+    if (app.got_subcommand("import")) {
+        return importCommand(raw);
     }
     if (app.got_subcommand("status")) {
         return StatusCommand{raw.json, raw.watch};

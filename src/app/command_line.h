@@ -47,6 +47,12 @@ struct UploadCommand
 {
 };
 
+struct ImportCommand
+{
+    QStringList paths; ///< as typed
+    bool asJson = false;
+};
+
 struct StatusCommand
 {
     bool asJson = false;
@@ -119,6 +125,7 @@ using Command = std::variant<RunHeadless,
                              SignInCommand,
                              SignOutCommand,
                              UploadCommand,
+                             ImportCommand,
                              StatusCommand,
                              SettingsCommand,
                              LogsCommand,

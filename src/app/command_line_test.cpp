@@ -95,6 +95,16 @@ TEST_F(CommandLine, RefusesMetricsOnWhatIsNoAddress)
     }
 }
 
+TEST_F(CommandLine, TakesAnyNumberOfPathsToImportAlsoSuchAsAreNamedLikeACommand)
+{
+    const Invocation taken = invocation({u"import"_qs, u"status"_qs, u"a b.zip"_qs, u"--json"_qs, u"/c"_qs});
+
+    const auto &command = std::get<ImportCommand>(taken.command);
+    EXPECT_EQ(command.paths, (QStringList{u"status"_qs, u"a b.zip"_qs, u"/c"_qs}));
+    EXPECT_TRUE(command.asJson);
+    EXPECT_EQ(ending({u"import"_qs}).exitCode, 2);
+}
+
 TEST_F(CommandLine, ReadsEveryOptionOfSetup)
 {
     const Invocation taken = invocation({u"setup"_qs,

@@ -77,6 +77,13 @@ private:
 
 } // namespace
 
+ControlReply noInstance()
+{
+    return ControlReply::failure(
+        QStringLiteral("No gateway runs for this home. Start one with: quorin-gateway --headless"),
+        ExitCode::noInstance);
+}
+
 std::optional<ControlReply>
 askInstance(const QString &socketPath, const ControlRequest &request, std::chrono::milliseconds patience)
 {

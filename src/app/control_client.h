@@ -21,4 +21,7 @@ namespace gateway::app {
 std::optional<ControlReply>
 askInstance(const QString &socketPath, const ControlRequest &request, std::chrono::milliseconds patience);
 
+/// What a command says that needs an instance where none runs.
+ControlReply noInstance();
+
 } // namespace gateway::app

@@ -41,8 +41,9 @@ struct ControlReply
     }
 };
 
-/// The longest request that the instance takes, in bytes without the line feed.
-inline constexpr qsizetype kMaxControlLine = 64 * 1024;
+/// The longest request that the instance takes, in bytes without the line feed: all that a command line can
+/// hold.
+inline constexpr qsizetype kMaxControlLine = 4 * 1024 * 1024;
 
 /// The longest reply that a command takes, in bytes without the line feed: the text of terms has room in it.
 inline constexpr qsizetype kMaxControlReply = 16 * 1024 * 1024;

@@ -116,7 +116,7 @@ void ControlServer::read(std::uint64_t id)
         return;
     }
     Caller &caller = *found->second;
-    std::array<char, 4096> chunk{};
+    std::array<char, 65536> chunk{};
     const ssize_t count = ::recv(caller.descriptor, chunk.data(), chunk.size(), 0);
     if (count < 0 && (errno == EAGAIN || errno == EINTR)) {
         return;
@@ -125,8 +125,9 @@ void ControlServer::read(std::uint64_t id)
         hangUp(id);
         return;
     }
+    const qsizetype before = caller.received.size();
     caller.received.append(chunk.data(), count);
-    const qsizetype end = caller.received.indexOf('\n');
+    const qsizetype end = caller.received.indexOf('\n', before);
     if (end >= 0) {
         // One request a connection: what follows it is of no interest.
         caller.readable->setEnabled(false);

@@ -9,6 +9,7 @@
 #include "platform/dicom/dcmtk_store_scp.h"
 #include "platform/dicom/helper_process.h"
 #include "platform/files/file_system.h"
+#include "platform/files/files.h"
 #include "platform/keychain/token_store.h"
 #include "upload/retention_cutoff.h"
 #include "upload/upload_run.h"
@@ -67,6 +68,7 @@ Gateway::Gateway(Options options)
       m_index({m_options.layout.indexFile, m_options.layout.fileStore},
               {m_defaults, m_parser, m_notifications, m_main, m_clock, platform::systemFiles()}),
       m_inboxImports(m_index, index::ImportSource::ownInbox),
+      m_manualImports(m_index, index::ImportSource::foreign), m_unpacker(platform::helperProgramPath()),
       m_tokens(platform::makeTokenStore(m_options.layout.tokenFolder())),
       m_cloud(cloudConfiguration(), *m_tokens), m_authenticationApi(m_cloud), m_userApi(m_cloud),
       m_statusApi(m_cloud), m_stowApi(m_cloud), m_termsApi(m_cloud), m_bugReportApi(m_cloud),
@@ -144,7 +146,32 @@ std::shared_ptr<Store> Gateway::makeStore()
     return std::make_shared<Store>(
         Store::Collaborators{m_settings, m_notifications, m_main, m_clock, installedDicomDictionary()},
         std::move(coordinator),
-        [this](std::function<void(QString)> onImported) { return makeListener(std::move(onImported)); });
+        [this](std::function<void(QString)> onImported) { return makeListener(std::move(onImported)); },
+        [this](std::function<void(QString)> onImported) { return makeManualImport(std::move(onImported)); });
+}
+
+std::shared_ptr<receive::StoreManualImportService>
+Gateway::makeManualImport(std::function<void(QString)> onImported)
+{
+    const HomeLayout &layout = m_options.layout;
+    return std::make_shared<receive::StoreManualImportService>(
+        receive::StoreManualImportService::Collaborators{
+            m_manualImports,
+            m_emitter,
+            m_main,
+            m_clock,
+            m_unpacker,
+            [folder = layout.fileStore]() -> std::optional<qint64> {
+                const auto figures = platform::volumeFigures(folder);
+                return figures ? std::optional(figures->availableBytes) : std::nullopt;
+            },
+            [this] {
+                m_liveState.refreshCounters();
+                m_liveState.refreshTransferSeries();
+            },
+            std::move(onImported)},
+        receive::StoreManualImportService::Places{
+            layout.temporaryFolder, {layout.fileStore, layout.temporaryFolder, layout.incomingFolder}});
 }
 
 std::shared_ptr<receive::StoreListenerService> Gateway::makeListener(std::function<void(QString)> onImported)

@@ -20,6 +20,7 @@
 #include "index/dicom_db.h"
 #include "log/gateway_logger.h"
 #include "log/store_log_emitter.h"
+#include "platform/archive/archive_unpacker.h"
 #include "platform/concurrency/clock.h"
 #include "platform/concurrency/main_executor.h"
 #include "platform/concurrency/worker_pool.h"
@@ -98,6 +99,8 @@ private:
     std::unique_ptr<platform::NetServicePublishing> makeNetServices();
     std::shared_ptr<Store> makeStore();
     std::shared_ptr<receive::StoreListenerService> makeListener(std::function<void(QString)> onImported);
+    std::shared_ptr<receive::StoreManualImportService>
+    makeManualImport(std::function<void(QString)> onImported);
     upload::StoreUpload::ExecutionConfig uploadConfig() const;
     upload::GatewayAutoDeleteCleanupService::Collaborators cleanupCollaborators();
     state::GatewayAppStateParts stateParts();
@@ -125,6 +128,8 @@ private:
     platform::DicomConverterWrapper m_converter;
     index::DicomDB m_index;
     index::DBService m_inboxImports;
+    index::DBService m_manualImports;
+    platform::ArchiveUnpacker m_unpacker;
 
     std::unique_ptr<platform::TokenStore> m_tokens;
     platform::QuorinApiClient m_cloud;

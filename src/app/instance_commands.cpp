@@ -2,6 +2,7 @@
 
 #include "app/app_delegate.h"
 #include "app/command_requests.h"
+#include "app/import_commands.h"
 #include "app/settings_commands.h"
 #include "core/dcm_listener_settings.h"
 #include "core/notification_names.h"
@@ -61,6 +62,9 @@ void InstanceCommands::handle(const ControlRequest &request, const Answer &answe
         m_scope.start(signIn(request, answer));
     } else if (request.command == requests::kSignOut) {
         m_scope.start(signOut(answer));
+    } else if (isImportRequest(request)) {
+        answer(answerImport(
+            m_with.store.manualImportService(), request, core::isSetupRequired(m_with.settings)));
     } else if (request.command == requests::kSetup) {
         setUp(request, answer);
     } else if (request.command == requests::kSettingsList || request.command == requests::kSettingsGet ||

@@ -50,19 +50,26 @@ private:
 
 Store::Store(Collaborators collaborators,
              std::shared_ptr<upload::StoreUploadCoordinator> coordinator,
-             const MakeListener &makeListener)
+             const MakeListener &makeListener,
+             const MakeManualImport &makeManualImport)
     : m_with(collaborators), m_uploadCoordinator(std::move(coordinator)),
-      m_listenerService(makeListener([weak = std::weak_ptr(m_uploadCoordinator)](const QString &reason) {
-          if (const auto alive = weak.lock()) {
-              alive->requestUploadRun(reason);
-          }
-      }))
+      m_listenerService(makeListener(uploadRequest())),
+      m_manualImportService(makeManualImport(uploadRequest()))
 {
     // Always, an empty one too: this is the value that stays.
     announceDicomDictionary(m_with.dicomDictionary.value_or(QString()));
     m_authObserver = m_with.notifications.observe(core::kAuthStateChanged, [this](const QVariantMap &) {
         requestUpload(QStringLiteral("auth_state_changed"));
     });
+}
+
+std::function<void(QString)> Store::uploadRequest() const
+{
+    return [weak = std::weak_ptr(m_uploadCoordinator)](const QString &reason) {
+        if (const auto alive = weak.lock()) {
+            alive->requestUploadRun(reason);
+        }
+    };
 }
 
 void Store::requestUpload(const QString &reason)

@@ -5,6 +5,7 @@
 #include "platform/concurrency/main_executor.h"
 #include "platform/notifications/notification_center.h"
 #include "receive/store_listener_service.h"
+#include "receive/store_manual_import_service.h"
 #include "upload/store_upload_coordinator.h"
 
 #include <QCoro/QCoroTask>
@@ -36,9 +37,14 @@ public:
     using MakeListener = std::function<std::shared_ptr<receive::StoreListenerService>(
         std::function<void(QString)> onImportSucceeded)>;
 
+    /// Makes the manual import around a like closure.
+    using MakeManualImport = std::function<std::shared_ptr<receive::StoreManualImportService>(
+        std::function<void(QString)> onImportSucceeded)>;
+
     Store(Collaborators collaborators,
           std::shared_ptr<upload::StoreUploadCoordinator> coordinator,
-          const MakeListener &makeListener);
+          const MakeListener &makeListener,
+          const MakeManualImport &makeManualImport);
 
     /// Asks for an upload run if setup is finished; does nothing otherwise.
     ///
@@ -46,6 +52,8 @@ public:
     void requestUpload(const QString &reason);
 
     receive::StoreListenerService &listenerService() const { return *m_listenerService; }
+
+    receive::StoreManualImportService &manualImportService() const { return *m_manualImportService; }
 
     upload::StoreUploadCoordinator &uploadCoordinator() const { return *m_uploadCoordinator; }
 
@@ -58,9 +66,13 @@ public:
     QCoro::Task<void> waitForListenerStart(std::chrono::nanoseconds wait, double seconds);
 
 private:
+    /// Asks for an upload run as long as the coordinator lives.
+    std::function<void(QString)> uploadRequest() const;
+
     Collaborators m_with;
     std::shared_ptr<upload::StoreUploadCoordinator> m_uploadCoordinator;
     std::shared_ptr<receive::StoreListenerService> m_listenerService;
+    std::shared_ptr<receive::StoreManualImportService> m_manualImportService;
     platform::NotificationCenter::Token m_authObserver;
 };
 

@@ -3,6 +3,7 @@
 #include "app/app_delegate.h"
 #include "app/launch_ports.h"
 #include "app/store.h"
+#include "receive/testing/manual_import_world.h"
 #include "receive/testing/receive_world.h"
 #include "upload/store_upload_coordinator.h"
 
@@ -110,7 +111,8 @@ public:
             Store::Collaborators{
                 receive.settings, receive.notifications, receive.main, receive.clock, dictionary},
             coordinator,
-            [this](std::function<void(QString)>) { return receive.service; });
+            [this](std::function<void(QString)>) { return receive.service; },
+            [this](std::function<void(QString)>) { return imports.service; });
         delegate =
             std::make_shared<AppDelegate>(AppDelegate::Collaborators{receive.settings,
                                                                      receive.notifications,
@@ -141,6 +143,7 @@ public:
     }
 
     receive::testing::ReceiveWorld receive;
+    receive::testing::ManualImportWorld imports;
     QStringList upkeepDone;
     RecordingFace face;
     RecordingUpkeep upkeep{upkeepDone};
