@@ -43,6 +43,16 @@ std::optional<QString> storedText(const platform::UserDefaults &defaults, const 
     return value ? std::optional(value->toString()) : std::nullopt;
 }
 
+FailedFiles::Counts failedFilesIn(const index::DicomDB &index)
+{
+    FailedFiles::Counts counts;
+    const QMap<QString, std::int64_t> known = index.uploadFailureCounts();
+    for (auto row = known.cbegin(); row != known.cend(); ++row) {
+        counts.insert(row.key(), row.value());
+    }
+    return counts;
+}
+
 } // namespace
 
 /// Whether the cloud client holds a session.
@@ -280,6 +290,8 @@ std::unique_ptr<HealthService> Gateway::makeHealthService()
             m_cloudWatch,
             std::make_shared<FreeSpaceWatch>(folders,
                                              FreeSpaceWatch::Collaborators{m_main, m_globalPool, m_clock}),
+            std::make_shared<FailedFiles>(FailedFiles::Collaborators{
+                m_main, m_globalPool, m_clock, [this] { return failedFilesIn(m_index); }}),
             [this] { return core::DCMListenerSettings::load(m_defaults).isEnabled.value_or(true); },
             [this] { return m_commands->listenerReport(); }},
         m_main,

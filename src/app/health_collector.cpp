@@ -24,6 +24,7 @@ void HealthCollector::sample()
 void HealthCollector::refresh()
 {
     m_with.freeSpace->refresh();
+    m_with.failedFiles->refresh();
 }
 
 HealthFigures HealthCollector::collect()
@@ -92,7 +93,7 @@ HealthFigures::Cloud HealthCollector::cloud() const
             .areTermsRequired = m_with.cloudWatch.areTermsRequired(),
             .isUploading = m_with.uploads.figures().isRunning,
             .uploadBytesPerSecond = m_with.state.figures().uploadSpeedMbps * kBytesPerMegabit,
-            .failedFiles = {}};
+            .failedFiles = m_with.failedFiles->counts()};
 }
 
 } // namespace gateway::app

@@ -3,6 +3,7 @@
 #include "account/quorin_auth_view_model.h"
 #include "app/cloud_watch.h"
 #include "app/event_counts.h"
+#include "app/failed_files.h"
 #include "app/free_space_watch.h"
 #include "app/health_figures.h"
 #include "app/recent_rate.h"
@@ -39,6 +40,7 @@ public:
         Store &store;
         const CloudWatch &cloudWatch;
         std::shared_ptr<FreeSpaceWatch> freeSpace;
+        std::shared_ptr<FailedFiles> failedFiles;
         std::function<bool()> isListenerEnabled;
         std::function<StatusReport::Listener()> listener;
     };
