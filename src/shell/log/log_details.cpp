@@ -1,0 +1,135 @@
+#include "shell/log/log_details.h"
+
+#include "shell/controls/button.h"
+#include "shell/controls/chip.h"
+#include "shell/controls/text_label.h"
+#include "shell/log/log_screen_words.h"
+#include "shell/log/log_table_model.h"
+#include "shell/theme/theme.h"
+
+#include <QtGui/QPainter>
+#include <QtWidgets/QGridLayout>
+#include <QtWidgets/QHBoxLayout>
+#include <QtWidgets/QPlainTextEdit>
+
+namespace gateway::shell {
+
+namespace {
+
+constexpr int kFieldsARow = 3;
+constexpr int kRawLines = 5;
+
+} // namespace
+
+LogDetails::LogDetails(const Theme &theme, QWidget *parent)
+    : QWidget(parent), m_theme(theme), m_title(new TextLabel(theme, {}, TypeStyle::h3)),
+      m_level(new Chip(theme, {}, Color::muted)),
+      m_copy(new Button(theme, ButtonKind::quiet, tr("Copy Line"), QStringLiteral("doc.on.doc"))),
+      m_fieldsPlace(new QHBoxLayout), m_rawLine(new QPlainTextEdit)
+{
+    auto *column = new QVBoxLayout(this);
+    column->setContentsMargins(theme.space(Space::gap), theme.space(Space::gap), theme.space(Space::gap), 0);
+    column->setSpacing(theme.space(Space::tight));
+    auto *close = new Button(theme, ButtonKind::quiet, {}, QStringLiteral("xmark"));
+    close->setAccessibleName(tr("Close details"));
+    close->setToolTip(tr("Close details"));
+    auto *head = new QHBoxLayout;
+    head->setSpacing(theme.space(Space::tight));
+    head->addWidget(m_title);
+    head->addWidget(m_level);
+    head->addStretch();
+    head->addWidget(m_copy);
+    head->addWidget(close);
+    column->addLayout(head);
+    column->addLayout(m_fieldsPlace);
+    m_rawLine->setReadOnly(true);
+    m_rawLine->setAccessibleName(tr("Log line"));
+    m_rawLine->setFont(theme.monoFont(TypeStyle::small));
+    m_rawLine->setWordWrapMode(QTextOption::WrapAnywhere);
+    m_rawLine->setTabChangesFocus(true);
+    m_rawLine->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff); // every line wraps
+    m_rawLine->setFixedHeight(kRawLines * m_rawLine->fontMetrics().lineSpacing() +
+                              2 * theme.space(Space::gap));
+    column->addWidget(m_rawLine);
+    connect(m_copy, &QAbstractButton::clicked, this, &LogDetails::copyRequested);
+    connect(&theme, &Theme::themeChanged, this, qOverload<>(&QWidget::update));
+    connect(close, &QAbstractButton::clicked, this, &LogDetails::closeRequested);
+}
+
+void LogDetails::show(const std::optional<log::LogRow> &row)
+{
+    delete m_fields;
+    m_fields = new QWidget;
+    m_grid = new QGridLayout(m_fields);
+    m_grid->setContentsMargins({});
+    m_grid->setHorizontalSpacing(m_theme.space(Space::page));
+    m_grid->setVerticalSpacing(m_theme.space(Space::tight));
+    for (int column = 0; column < kFieldsARow; ++column) {
+        m_grid->setColumnStretch(column, 1);
+    }
+    m_fieldsPlace->addWidget(m_fields);
+    m_level->setVisible(row.has_value());
+    if (row) {
+        m_level->setText(wordFor(row->event.level));
+        m_level->setColor(colorFor(row->event.level));
+    }
+    m_copy->setEnabled(row.has_value());
+    m_title->setText(row ? QString(rawValue(row->event.action))
+                         : tr("This line isn't in its file any more."));
+    m_rawLine->setPlainText(row ? row->rawLine : QString());
+    m_rawLine->setVisible(row.has_value());
+    if (row) {
+        showFields(*row);
+    }
+}
+
+void LogDetails::paintEvent(QPaintEvent * /*event*/)
+{
+    QPainter painter(this);
+    painter.fillRect(0, 0, width(), 1, m_theme.color(Color::line)); // parts it from the list above
+}
+
+void LogDetails::showFields(const log::LogRow &row)
+{
+    const log::GatewayLogEvent &event = row.event;
+    const auto addPresent = [this](const QString &name, const std::optional<QString> &value) {
+        if (value) {
+            addField(name, *value);
+        }
+    };
+    addField(tr("Time"), logTimeText(event.timestamp));
+    addPresent(tr("Correlation"), event.correlationId);
+    addPresent(tr("File"), event.fileHash);
+    addPresent(tr("Assoc"), event.assocHash);
+    if (event.attempt) {
+        addField(tr("Attempt"), QString::number(*event.attempt));
+    }
+    if (event.fileSizeBytes) {
+        addField(tr("Size"), tr("%L1 bytes").arg(*event.fileSizeBytes));
+    }
+    if (event.error) {
+        addField(tr("Error %1").arg(event.error->code), event.error->domain + u'\n' + event.error->message);
+    }
+    if (event.details) {
+        for (auto detail = event.details->begin(); detail != event.details->end(); ++detail) {
+            addField(detail.key(), detail.value());
+        }
+    }
+    addField(tr("Log File"), row.sourceFile);
+}
+
+void LogDetails::addField(const QString &name, const QString &value)
+{
+    const int place = m_grid->count();
+    auto *field = new QVBoxLayout;
+    field->setSpacing(2);
+    field->addWidget(new TextLabel(m_theme, name, TypeStyle::small, Color::muted));
+    auto *text = new TextLabel(m_theme, value, TypeStyle::small);
+    text->setMono();
+    text->setAccessibleName(QStringLiteral("%1: %2").arg(name, value));
+    field->addWidget(text);
+    field->addStretch();
+    m_grid->addLayout(field, place / kFieldsARow, place % kFieldsARow);
+}
+
+} // namespace gateway::shell

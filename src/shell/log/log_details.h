@@ -1,0 +1,57 @@
+#pragma once
+
+#include "log/log_row_reader.h"
+
+#include <QtWidgets/QWidget>
+
+#include <optional>
+
+class QGridLayout;
+class QHBoxLayout;
+class QPlainTextEdit;
+
+namespace gateway::shell {
+
+class Button;
+class Chip;
+class TextLabel;
+class Theme;
+
+/// All that the log knows of one event, and its line as it stands in the file.
+///
+/// Owner: the log screen. Thread: main.
+class LogDetails : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit LogDetails(const Theme &theme, QWidget *parent = nullptr);
+
+    /// Shows a row; without one it says that the line isn't there any more.
+    void show(const std::optional<log::LogRow> &row);
+
+Q_SIGNALS:
+    /// The line is wanted on the clipboard.
+    void copyRequested();
+
+    /// The details were sent away.
+    void closeRequested();
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    void showFields(const log::LogRow &row);
+    void addField(const QString &name, const QString &value);
+
+    const Theme &m_theme;
+    TextLabel *m_title;
+    Chip *m_level;
+    Button *m_copy;
+    QWidget *m_fields = nullptr; // made anew for each row
+    QGridLayout *m_grid = nullptr;
+    QHBoxLayout *m_fieldsPlace;
+    QPlainTextEdit *m_rawLine;
+};
+
+} // namespace gateway::shell
