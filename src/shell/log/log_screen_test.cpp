@@ -12,6 +12,7 @@
 #include "shell/controls/empty_state.h"
 #include "shell/controls/fixed_digit_label.h"
 #include "shell/controls/inline_error.h"
+#include "shell/controls/skeleton.h"
 #include "shell/controls/switch.h"
 #include "shell/controls/text_field.h"
 #include "shell/controls/toast.h"
@@ -29,6 +30,8 @@
 #include <QtWidgets/QScrollBar>
 
 #include <gtest/gtest.h>
+
+#include <future>
 
 namespace gateway::shell {
 namespace {
@@ -100,6 +103,12 @@ log::GatewayLogEvent someEvent(int second)
 class LogScreenTest : public Test
 {
 protected:
+    enum class Wait
+    {
+        no,
+        untilRead
+    };
+
     void fill(int from, int to) const
     {
         for (int second = from; second < to; ++second) {
@@ -107,8 +116,8 @@ protected:
         }
     }
 
-    /// Opens the screen in a window and waits until it has read.
-    void open(const QString &directory)
+    /// Opens the screen in a window and, unless told otherwise, waits until it has read.
+    void open(const QString &directory, Wait wait = Wait::untilRead)
     {
         fixture = std::make_unique<testing::ThemedWindow>();
         fixture->window().resize(1180, 780);
@@ -121,7 +130,9 @@ protected:
                                 }});
         fixture->add(screen);
         ASSERT_TRUE(fixture->show());
-        finishReading();
+        if (wait == Wait::untilRead) {
+            finishReading();
+        }
     }
     void open() { open(folder.path()); }
 
@@ -491,6 +502,39 @@ TEST_F(LogScreenTest, DoesNotCallALogEmptyThatItCouldNotRead)
     EXPECT_TRUE(shows(QStringLiteral("Could not load logs")));
     EXPECT_FALSE(shows(QStringLiteral("No log events yet")));
     picture(QStringLiteral("error-empty"));
+}
+
+TEST_F(LogScreenTest, ShowsBarsUntilTheFirstReadHasEnded)
+{
+    fill(0, 5);
+    std::promise<void> gate;
+    pool.run([opened = gate.get_future().share()] { opened.wait(); });
+    open(folder.path(), Wait::no);
+
+    EXPECT_TRUE(the<Skeleton>().isVisible());
+    EXPECT_FALSE(shows(QStringLiteral("No log events yet")));
+    picture(QStringLiteral("loading"));
+    gate.set_value();
+    finishReading();
+
+    EXPECT_FALSE(the<Skeleton>().isVisible());
+    EXPECT_TRUE(table().isVisible());
+}
+
+TEST_F(LogScreenTest, CopiesNothingOfASelectionThatIsTooLarge)
+{
+    const QByteArray line = log::encodeLogLine(someEvent(1)) + '\n';
+    folder.append(kFile, line.repeated(10'001));
+    open();
+    QGuiApplication::clipboard()->setText(QStringLiteral("before"));
+
+    table().setFocus();
+    QTest::keyClick(&table(), Qt::Key_A, Qt::ControlModifier);
+    QTest::keyClick(&table(), Qt::Key_C, Qt::ControlModifier);
+
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), QStringLiteral("before"));
+    EXPECT_EQ(the<Toast>().accessibleWords(), QStringLiteral("Select at most 10,000 lines to copy them."));
+    picture(QStringLiteral("too-many"));
 }
 
 TEST_F(LogScreenTest, RefreshesByItselfUnlessSwitchedOff)
