@@ -1,0 +1,94 @@
+#include "shell/dashboard/state_binding.h"
+
+#include "shell/dashboard/flow_overlay.h"
+#include "shell/dashboard/transfer_trend_card.h"
+#include "shell/dashboard/upload_speed_value_label.h"
+
+#include <algorithm>
+
+namespace gateway::shell {
+
+using state::GatewayAppState;
+using Field = state::GatewayField;
+
+StateBinding::StateBinding(const GatewayAppState &state,
+                           std::initializer_list<Field> fields,
+                           Show show,
+                           QObject *parent)
+    : QObject(parent), m_state(state), m_fields(fields), m_show(std::move(show))
+{
+    connect(&state, &GatewayAppState::published, this, &StateBinding::fieldMoved);
+    m_show(state);
+}
+
+void StateBinding::fieldMoved(Field field)
+{
+    if (m_isDue || std::find(m_fields.begin(), m_fields.end(), field) == m_fields.end()) {
+        return;
+    }
+    m_isDue = true;
+    QMetaObject::invokeMethod(this, &StateBinding::showNow, Qt::QueuedConnection);
+}
+
+void StateBinding::showNow()
+{
+    m_isDue = false;
+    m_show(m_state);
+}
+
+void bind(TransferTrendCard &card, GatewayAppState &state)
+{
+    QObject::connect(
+        &card, &TransferTrendCard::onTimeframeChange, &state, &GatewayAppState::setTransferTimeframe);
+    QObject::connect(&card, &TransferTrendCard::onRangeZoom, &state, &GatewayAppState::applyTransferZoom);
+    new StateBinding(
+        state,
+        {Field::transferTimeframe,
+         Field::transferVisibleBucketCount,
+         Field::transferZoomRevision,
+         Field::transferReceivedSeries,
+         Field::transferSentSeries,
+         Field::transferWindowStart},
+        [&card](const GatewayAppState &now) {
+            const state::GatewayFigures &figures = now.figures();
+            card.setTrend({figures.transferReceivedSeries,
+                           figures.transferSentSeries,
+                           figures.transferTimeframe,
+                           now.transferRangeTitle(),
+                           figures.transferZoomRevision,
+                           figures.transferWindowStart,
+                           now.bucketDuration()});
+        },
+        &card);
+}
+
+void bind(DownArrowFlowOverlay &overlay, const GatewayAppState &state)
+{
+    new StateBinding(
+        state,
+        {Field::isDimseListening, Field::isReceivingNow},
+        [&overlay](const GatewayAppState &now) {
+            overlay.setState(now.figures().isDimseListening, now.figures().isReceivingNow);
+        },
+        &overlay);
+}
+
+void bind(UpArrowFlowOverlay &overlay, const GatewayAppState &state)
+{
+    new StateBinding(
+        state,
+        {Field::uploadSpeedMbps},
+        [&overlay](const GatewayAppState &now) { overlay.setActive(now.figures().uploadSpeedMbps > 0); },
+        &overlay);
+}
+
+void bind(UploadSpeedValueLabel &label, const GatewayAppState &state)
+{
+    new StateBinding(
+        state,
+        {Field::uploadSpeedMbps},
+        [&label](const GatewayAppState &now) { label.setSpeedMbps(now.figures().uploadSpeedMbps); },
+        &label);
+}
+
+} // namespace gateway::shell
