@@ -69,7 +69,8 @@ void LogScreen::listen()
     connect(m_table->selectionModel(), &QItemSelectionModel::selectionChanged, this, &LogScreen::showDetails);
     connect(
         m_table->selectionModel(), &QItemSelectionModel::currentRowChanged, this, &LogScreen::showDetails);
-    connect(m_details, &LogDetails::copyRequested, this, &LogScreen::copySelected);
+    connect(
+        m_details, &LogDetails::copyRequested, this, [this] { copyRows({m_table->currentIndex().row()}); });
     connect(m_details, &LogDetails::closeRequested, this, [this] {
         m_table->clearSelection();
         m_table->setFocus();
@@ -180,6 +181,7 @@ void LogScreen::showState()
     m_pages->setCurrentWidget(page());
     m_count->setText(tr("Showing %L1 of %L2 logs").arg(m_rows->rowCount()).arg(model.rows()->count()));
     const auto &date = model.lastRefreshDate();
+    m_count->setVisible(date.has_value()); // before the first read nothing is known
     m_lastRefresh->setText(date ? tr("Last refresh: %1").arg(logTimeText(*date)) : QString());
 }
 
@@ -236,6 +238,11 @@ void LogScreen::copySelected()
         }
     }
     std::sort(rows.begin(), rows.end());
+    copyRows(rows);
+}
+
+void LogScreen::copyRows(const QList<int> &rows)
+{
     if (m_toast == nullptr) {
         m_toast = new Toast(m_parts.theme, *window());
     }
@@ -246,7 +253,7 @@ void LogScreen::copySelected()
         return;
     }
     QStringList lines;
-    for (const int row : std::as_const(rows)) {
+    for (const int row : rows) {
         if (const std::optional<log::LogRow> read = m_rows->row(row)) {
             lines.append(read->rawLine);
         }

@@ -90,6 +90,7 @@ private:
     QWidget *page() const;
 
     void copySelected();
+    void copyRows(const QList<int> &rows);
     void openFolder();
     void askToDelete();
     QCoro::Task<> deleteAll();

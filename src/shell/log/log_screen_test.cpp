@@ -380,6 +380,8 @@ TEST_F(LogScreenTest, CopiesTheLinesThatAreSelected)
 
     EXPECT_EQ(QGuiApplication::clipboard()->text(), lines[8] + u'\n' + lines[7]);
     EXPECT_EQ(the<Toast>().accessibleWords(), QStringLiteral("2 lines copied"));
+    QTest::mouseClick(&button(QStringLiteral("Copy Line")), Qt::LeftButton);
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), lines[7]); // the one that the details show
 }
 
 TEST_F(LogScreenTest, KeepsTheSelectionThroughARefresh)
@@ -513,6 +515,7 @@ TEST_F(LogScreenTest, ShowsBarsUntilTheFirstReadHasEnded)
 
     EXPECT_TRUE(the<Skeleton>().isVisible());
     EXPECT_FALSE(shows(QStringLiteral("No log events yet")));
+    EXPECT_FALSE(shows(QStringLiteral("Showing 0 of 0 logs")));
     picture(QStringLiteral("loading"));
     gate.set_value();
     finishReading();
