@@ -1,4 +1,4 @@
-// Counts, transfer buckets and the snapshots of the local browser.
+// Counts and the snapshots of the local browser.
 
 #include "index/dicom_db.h"
 #include "index/row_identity.h"
@@ -15,11 +15,6 @@ using platform::SqliteError;
 using platform::Statement;
 
 namespace {
-
-using Milliseconds = std::chrono::milliseconds;
-
-// The length of a row of Activity.
-constexpr Milliseconds kSlot = std::chrono::minutes(5);
 
 struct Ledger
 {
@@ -143,34 +138,6 @@ std::optional<IndexFigures> DicomDB::figures() const
     } catch (const SqliteError &) {
         return std::nullopt;
     }
-}
-
-DicomDB::TransferBuckets DicomDB::transferBuckets(const QDateTime &start,
-                                                  const QDateTime &end,
-                                                  std::chrono::seconds duration,
-                                                  int count) const
-{
-    const auto size = static_cast<std::size_t>(std::max(0, count));
-    TransferBuckets buckets{std::vector<std::int64_t>(size), std::vector<std::int64_t>(size)};
-    const std::int64_t slotsOfBucket = std::max<std::int64_t>(1, duration / kSlot);
-    const std::int64_t first = start.toMSecsSinceEpoch() / kSlot.count();
-    const std::int64_t last =
-        std::min<std::int64_t>(end.toMSecsSinceEpoch() / kSlot.count(), first + slotsOfBucket * count);
-    try {
-        m_store.read([&](Database &database) {
-            Statement row =
-                database.prepare("SELECT slot, received, sent FROM Activity WHERE slot >= ? AND slot < ?");
-            row.bindAll(first, last);
-            while (row.step()) {
-                const auto bucket = static_cast<std::size_t>((row.integer(0) - first) / slotsOfBucket);
-                buckets.received.at(bucket) += row.integer(1);
-                buckets.sent.at(bucket) += row.integer(2);
-            }
-        });
-    } catch (const SqliteError &) {
-        return {std::vector<std::int64_t>(size), std::vector<std::int64_t>(size)};
-    }
-    return buckets;
 }
 
 QList<LocalStudySnapshot> DicomDB::studySnapshots()

@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <numeric>
+#include <utility>
+
 namespace gateway::index {
 
 namespace {
@@ -285,12 +288,53 @@ TEST_F(TransferBuckets, AnImageThatIsNoLongerSyncedDropsOutOfSent)
     EXPECT_EQ(buckets.received, std::vector<std::int64_t>{1});
 }
 
+TEST_F(TransferBuckets, OfManyHoursAgreeWithThoseOfFiveMinutesWhereverTheyStart)
+{
+    const QDateTime noon(QDate(2026, 1, 1), QTime(12, 0), Qt::UTC);
+    for (int i = 0; i < 40; ++i) {
+        home.clock.advance(std::chrono::minutes(37));
+        const QString stored = importOne(QStringLiteral("9.%1").arg(i));
+        if (i % 3 == 0) {
+            home.clock.advance(std::chrono::minutes(11));
+            index.recordUploadResult({}, stored, true);
+        }
+    }
+    const auto sumOfSlots = [&](const QDateTime &from) { // six hours, five minutes at a time
+        const auto slots = index.transferBuckets(from, from.addSecs(6 * 3600), std::chrono::minutes(5), 72);
+        return std::pair(std::accumulate(slots.received.begin(), slots.received.end(), std::int64_t{0}),
+                         std::accumulate(slots.sent.begin(), slots.sent.end(), std::int64_t{0}));
+    };
+
+    for (const int minutes : {0, 30, -45, 5, -55}) { // zones lie at halves and quarters of an hour
+        const QDateTime start = noon.addSecs(minutes * 60);
+        const auto buckets =
+            index.transferBuckets(start, start.addSecs(5 * 6 * 3600), std::chrono::hours(6), 5);
+        for (std::size_t i = 0; i < 5; ++i) {
+            const auto expected = sumOfSlots(start.addSecs(static_cast<qint64>(i) * 6 * 3600));
+            EXPECT_EQ(std::pair(buckets.received[i], buckets.sent[i]), expected) << minutes << ", " << i;
+        }
+    }
+}
+
 TEST_F(TransferBuckets, NoBucketsAreNone)
 {
     const QDateTime start(QDate(2026, 1, 1), QTime(12, 0), Qt::UTC);
 
     EXPECT_TRUE(index.transferBuckets(start, start.addSecs(3600), std::chrono::hours(1), 0).received.empty());
     EXPECT_TRUE(index.transferBuckets(start, start.addSecs(3600), std::chrono::hours(1), -3).sent.empty());
+    EXPECT_TRUE(index.transferBuckets(start, start.addDays(1), std::chrono::hours(24), 0).sent.empty());
+}
+
+TEST_F(TransferBuckets, OfAWindowThatEndsWithinTheFirstHourLeaveTheRestOut)
+{
+    const QDateTime start(QDate(2026, 1, 1), QTime(12, 0), Qt::UTC);
+    importOne(QStringLiteral("9.1"));
+    home.clock.advance(std::chrono::minutes(40));
+    importOne(QStringLiteral("9.2"));
+
+    const auto buckets = index.transferBuckets(start, start.addSecs(30 * 60), std::chrono::hours(6), 1);
+
+    EXPECT_EQ(buckets.received, std::vector<std::int64_t>{1});
 }
 
 } // namespace gateway::index

@@ -191,6 +191,8 @@ TEST_F(IndexFile, OfVersion1IsBroughtForwardWithEveryRowItHeld)
     EXPECT_EQ(rowsOfVersion1(), before);
     EXPECT_EQ(database.integer("SELECT count(*) FROM PendingRemoval"), 0);
     EXPECT_EQ(database.integer("SELECT count(*) FROM UploadFailure"), 0);
+    EXPECT_EQ(texts("SELECT * FROM ActivityHour"), QStringList{QStringLiteral("490908|7|4")})
+        << "the sums of what stood in Activity";
 }
 
 TEST_F(IndexFile, OfVersion1HasTheTablesOfANewOneOnceItIsBroughtForward)
@@ -229,7 +231,7 @@ TEST_F(IndexFile, TheTablesOfVersion2AreTheReleasedOnes)
     const QByteArray all = tables().join(QLatin1Char('\n')).toUtf8();
 
     EXPECT_EQ(QCryptographicHash::hash(all, QCryptographicHash::Sha256).toHex().toStdString(),
-              "5d85cdab5f972a396be11acf7d7f703a77ab30a852bf68f61b2ef24a2bba73f2");
+              "8fdf2d4393894f59755ad45cacca32ab74222fbfe1b474dfffdb63aaecb517e5");
 }
 
 } // namespace gateway::index

@@ -7,6 +7,7 @@ namespace gateway::index {
 /// `PendingRemoval` holds the stored files whose rows are gone and which wait to be removed from the disk.
 /// `UploadFailure` holds the last failure of each stored file that isn't uploaded; it goes with the file's
 /// last row, and when the file is uploaded.
+/// `ActivityHour` holds what `Activity` holds, a row an hour: a chart of a year would read 100,000 rows otherwise.
 inline constexpr const char *kSchemaVersion2 = R"sql(
 
 CREATE TABLE PendingRemoval (
@@ -35,6 +36,25 @@ CREATE TRIGGER DicomImage_replacedAfterFailure AFTER UPDATE OF pathString ON Dic
 WHEN OLD.pathString IS NOT NEW.pathString BEGIN
     DELETE FROM UploadFailure WHERE pathString = OLD.pathString
         AND NOT EXISTS (SELECT 1 FROM DicomImage WHERE pathString = OLD.pathString);
+END;
+
+CREATE TABLE ActivityHour (
+    hour INTEGER PRIMARY KEY,
+    received INTEGER NOT NULL,
+    sent INTEGER NOT NULL
+);
+INSERT INTO ActivityHour (hour, received, sent)
+    SELECT slot / 12, sum(received), sum(sent) FROM Activity GROUP BY slot / 12;
+
+CREATE TRIGGER Activity_inserted AFTER INSERT ON Activity BEGIN
+    INSERT INTO ActivityHour (hour, received, sent) VALUES (NEW.slot / 12, NEW.received, NEW.sent)
+        ON CONFLICT (hour) DO UPDATE SET received = received + excluded.received, sent = sent + excluded.sent;
+END;
+
+CREATE TRIGGER Activity_counted AFTER UPDATE OF received, sent ON Activity BEGIN
+    UPDATE ActivityHour SET received = received + NEW.received - OLD.received,
+        sent = sent + NEW.sent - OLD.sent
+        WHERE hour = NEW.slot / 12;
 END;
 
 )sql";

@@ -64,6 +64,13 @@ const QString kCountedActivity = QStringLiteral(
     "SELECT createDate / 300000 AS slot, 1 AS received, 0 AS sent FROM DicomImage UNION ALL "
     "SELECT uploadDate / 300000, 0, 1 FROM DicomImage WHERE syncState = 1 AND uploadDate IS NOT NULL) "
     "GROUP BY slot ORDER BY slot");
+const QString kKeptHours = QStringLiteral(
+    "SELECT hour, received, sent FROM ActivityHour WHERE received <> 0 OR sent <> 0 ORDER BY hour");
+const QString kCountedHours = QStringLiteral(
+    "SELECT hour, sum(received), sum(sent) FROM ("
+    "SELECT createDate / 3600000 AS hour, 1 AS received, 0 AS sent FROM DicomImage UNION ALL "
+    "SELECT uploadDate / 3600000, 0, 1 FROM DicomImage WHERE syncState = 1 AND uploadDate IS NOT NULL) "
+    "GROUP BY hour ORDER BY hour");
 
 // The rule over a set of states, written out in SQL over the rows and not over the counts.
 QString ruleOver(const QString &states)
@@ -252,6 +259,7 @@ TEST(SyncStates, KeptCountsEqualARecountAfterAnyOperations)
         ASSERT_EQ(home.rows(kKeptStudies), home.rows(kCountedStudies)) << round;
         ASSERT_EQ(home.rows(kKeptLedger), home.rows(kCountedLedger)) << round;
         ASSERT_EQ(home.rows(kKeptActivity), home.rows(kCountedActivity)) << round;
+        ASSERT_EQ(home.rows(kKeptHours), home.rows(kCountedHours)) << round;
     }
 }
 
