@@ -255,7 +255,6 @@ InstanceCommands::Collaborators Gateway::commandCollaborators()
             m_main,
             m_globalPool,
             m_clock,
-            m_index,
             m_auth,
             m_cloud.configuration(),
             m_state,

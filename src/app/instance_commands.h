@@ -11,7 +11,6 @@
 #include "app/terms_desk.h"
 #include "app/upload_run_watcher.h"
 #include "core/settings.h"
-#include "index/dicom_db.h"
 #include "platform/concurrency/task_scope.h"
 #include "platform/quorin_api/cloud_configuration.h"
 #include "state/gateway_app_state.h"
@@ -40,7 +39,6 @@ public:
         platform::MainExecutor &main;
         platform::WorkerPool &pool;
         platform::Clock &clock;
-        index::DicomDB &index;
         account::QuorinAuthViewModel &auth;
         const platform::CloudConfiguration &cloud;
         state::GatewayAppState &state;
