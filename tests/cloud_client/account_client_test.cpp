@@ -25,6 +25,8 @@
 #include <QtCore/QFileInfo>
 #include <QtCore/QJsonArray>
 
+#include <cmath>
+
 #include <gtest/gtest.h>
 
 /// The models of an account over the real client, against the real local cloud.
@@ -195,7 +197,7 @@ TEST_F(AccountClient, SeesItsRoomInTheCloudFillUpUntilNothingMoreIsTaken)
     const qint64 bytes = QFileInfo(files.path(QStringLiteral("1.2.10.1.1.dcm"))).size();
     finish(user.storage.refresh());
     EXPECT_EQ(user.storage.storageUsage(),
-              (account::StorageUsage{100.0, static_cast<double>((bytes + 1023) / 1024)}));
+              (account::StorageUsage{100.0, std::ceil(static_cast<double>(bytes) / 1024.0)}));
     const auto refusal = upload("1.2.10.1.2", 60'000);
 
     ASSERT_TRUE(refusal);
