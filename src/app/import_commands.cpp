@@ -178,7 +178,7 @@ QString importProgressText(const QJsonObject &report)
 {
     const QString phase = report.value(kPhase).toString();
     if (phase == phaseName(ManualImportReport::Phase::waiting)) {
-        return QStringLiteral("Waiting for another import ...");
+        return QStringLiteral("Waiting ...");
     }
     const QJsonObject progress = report.value(kProgress).toObject();
     const qint64 known = progress.value(QStringLiteral("knownFiles")).toInteger();

@@ -132,7 +132,7 @@ TEST(ImportCommands, TellEveryReasonWithExamplesAndHowOften)
 TEST(ImportCommands, TellHowFarABatchIs)
 {
     ManualImportReport report;
-    EXPECT_EQ(importProgressText(toJson(u"id"_qs, report)), u"Waiting for another import ..."_qs);
+    EXPECT_EQ(importProgressText(toJson(u"id"_qs, report)), u"Waiting ..."_qs);
     report.phase = ManualImportReport::Phase::collecting;
     report.knownFiles = 10;
     EXPECT_EQ(importProgressText(toJson(u"id"_qs, report)), u"Finding files ... 10"_qs);
