@@ -7,7 +7,8 @@ namespace gateway::index {
 /// `PendingRemoval` holds the stored files whose rows are gone and which wait to be removed from the disk.
 /// `UploadFailure` holds the last failure of each stored file that isn't uploaded; it goes with the file's
 /// last row, and when the file is uploaded.
-/// `ActivityHour` holds what `Activity` holds, a row an hour: a chart of a year would read 100,000 rows otherwise.
+/// `ActivityHour` holds what `Activity` holds, a row an hour: a chart of a year would read 100,000 rows
+/// otherwise.
 inline constexpr const char *kSchemaVersion2 = R"sql(
 
 CREATE TABLE PendingRemoval (
