@@ -19,7 +19,7 @@ using namespace std::chrono_literals;
 /// A measurement that takes as long as a test wants, and gives the number of the measurement.
 class Metrics : public ::testing::Test
 {
-protected:
+public:
     Metrics()
     {
         m_metrics.emplace([this](const std::stop_token &) { return measure(); },
@@ -30,6 +30,7 @@ protected:
 
     ~Metrics() override { release(100); }
 
+protected:
     ReceivedStorageUsage measure()
     {
         const platform::MutexLock lock(m_mutex);

@@ -38,7 +38,7 @@ public:
         QDateTime uploadDate = {};
     };
 
-    explicit NaiveGateway(QTimeZone zone) : m_zone(std::move(zone)) {}
+    explicit NaiveGateway(const QTimeZone &zone) : m_zone(zone) {}
 
     /// An image came, perhaps again.
     void receive(const QString &uid, const Image &image) { m_images.insert(uid, image); }

@@ -44,7 +44,7 @@ ExecutionConfig orders()
 
 } // namespace
 
-SimulatedGateway::SimulatedGateway(QTimeZone zone) : m_zone(std::move(zone))
+SimulatedGateway::SimulatedGateway(const QTimeZone &zone) : m_zone(zone)
 {
     m_state =
         std::make_unique<state::GatewayAppState>(state::GatewayAppStateParts{m_stateIndex,

@@ -40,7 +40,7 @@ public:
 class SimulatedGateway
 {
 public:
-    explicit SimulatedGateway(QTimeZone zone);
+    explicit SimulatedGateway(const QTimeZone &zone);
 
     /// A modality sends one image: association, file, rows. \return the stored file's name.
     QString receive(const QVariantMap &elements);

@@ -20,7 +20,7 @@ namespace gateway::state::testing {
 class StateWorld
 {
 public:
-    explicit StateWorld(QTimeZone zone = QTimeZone::utc()) : timeZone(std::move(zone)) {}
+    explicit StateWorld(const QTimeZone &zone = QTimeZone::utc()) : timeZone(zone) {}
 
     /// Makes the figures anew, as a launch does.
     GatewayAppState &launch()
