@@ -39,7 +39,8 @@ QByteArray below(const QByteArray &folder, const QByteArray &name)
 std::vector<Name> namesIn(const QByteArray &folder)
 {
     std::vector<Name> names;
-    const std::unique_ptr<DIR, decltype(&::closedir)> listing(::opendir(folder.constData()), &::closedir);
+    const auto close = [](DIR *open) { ::closedir(open); };
+    const std::unique_ptr<DIR, decltype(close)> listing(::opendir(folder.constData()), close);
     if (!listing) {
         return names;
     }
