@@ -43,7 +43,8 @@ public:
             notifications.observe(core::kStoreListenerError, [this](const QVariantMap &userInfo) {
                 errors.append(userInfo.value(core::kMessageKey).toString());
             });
-        service = std::make_shared<StoreListenerService>(
+        service = std::make_shared<WatchedService>(
+            m_isServiceGone,
             StoreListenerService::Collaborators{defaults,
                                                 settings,
                                                 notifications,
@@ -65,6 +66,11 @@ public:
             scp->end(0);
         }
         service.reset();
+        // The thread of a run that is just ending may be the service's last owner: it needs this world so
+        // long.
+        while (!m_isServiceGone) {
+            std::this_thread::yield();
+        }
     }
 
     ReceiveWorld(const ReceiveWorld &) = delete;
@@ -123,6 +129,29 @@ public:
     platform::MainExecutor main;
 
 private:
+    /// Says so when its life is over.
+    class LastWord
+    {
+    public:
+        explicit LastWord(std::atomic<bool> &isGone) : m_isGone(isGone) {}
+        ~LastWord() { m_isGone = true; }
+        LastWord(const LastWord &) = delete;
+        LastWord &operator=(const LastWord &) = delete;
+
+    private:
+        std::atomic<bool> &m_isGone;
+    };
+
+    /// The base named first is the last to go.
+    class WatchedService final : LastWord, public StoreListenerService
+    {
+    public:
+        WatchedService(std::atomic<bool> &isGone, const Collaborators &collaborators, const Places &places)
+            : LastWord(isGone), StoreListenerService(collaborators, places)
+        {
+        }
+    };
+
     std::shared_ptr<platform::StoreSCP> makeSCP()
     {
         scps.push_back(std::make_shared<FakeStoreSCP>());
@@ -130,6 +159,7 @@ private:
     }
 
     QTemporaryDir m_home;
+    std::atomic<bool> m_isServiceGone = false;
 
 public:
     platform::UserDefaults defaults{m_home.filePath(QStringLiteral("defaults.sqlite"))};
