@@ -139,6 +139,7 @@ StatusReport InstanceCommands::report() const
                        figures.notSyncedImagesCount,
                        figures.syncedImagesCount,
                        figures.failedImagesCount};
+    report.failures = failureFigures(m_with.index.uploadFailureCounts());
     report.storage = {figures.receivedStorageUsage.usedBytes, figures.receivedStorageUsage.availableBytes};
     report.activity = {state::rawValue(figures.transferTimeframe),
                        figures.transferWindowStart,

@@ -204,6 +204,7 @@ QJsonObject toJson(const StatusReport &report)
          QJsonObject{{QStringLiteral("active"), report.openAssociations > 0},
                      {QStringLiteral("associations"), report.openAssociations}}},
         {QStringLiteral("counters"), countersJson(report.counters)},
+        {QStringLiteral("failures"), toJson(report.failures)},
         {QStringLiteral("storage"),
          QJsonObject{{QStringLiteral("usedBytes"), report.storage.usedBytes},
                      {QStringLiteral("availableBytes"), report.storage.availableBytes}}},
@@ -255,6 +256,9 @@ QString statusText(const QJsonObject &status)
     if (part(QStringLiteral("setup")).value(QStringLiteral("required")).toBool()) {
         lines.append(QStringLiteral(
             "Setup      not finished; run: quorin-gateway setup --ae-title TITLE --port PORT"));
+    }
+    for (const QString &line : failureLines(status.value(QStringLiteral("failures")).toArray())) {
+        lines.append(QStringLiteral("Failures   ") + line);
     }
     const QString banner = status.value(QStringLiteral("banner")).toString();
     if (!banner.isEmpty()) {

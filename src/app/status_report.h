@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/failure_figures.h"
 #include "app/upload_run_watcher.h"
 
 #include <QtCore/QDateTime>
@@ -76,6 +77,7 @@ struct StatusReport
         qint64 version = 0;
     } setup;
 
+    QList<FailureFigure> failures; ///< why images wait that were tried
     int openAssociations = 0;
     UploadRunFigures upload;
     double uploadSpeedMbps = 0;

@@ -17,6 +17,7 @@ TEST(StatusReport, AlwaysHasTheSameKeys)
                            u"banner"_qs,
                            u"cloud"_qs,
                            u"counters"_qs,
+                           u"failures"_qs,
                            u"listener"_qs,
                            u"receiving"_qs,
                            u"session"_qs,
@@ -126,6 +127,16 @@ TEST(StatusReport, SaysWhatToDoWhileTermsWaitForAnAnswer)
     EXPECT_EQ(json[u"terms"][u"version"].toString(), u"2"_qs);
     EXPECT_EQ(json[u"terms"][u"reason"].toString(), u"Because."_qs);
     EXPECT_TRUE(statusText(json).contains(u"version 2 must be accepted; run: quorin-gateway terms show"_qs));
+}
+
+TEST(StatusReport, SaysWhyImagesWereNotSent)
+{
+    StatusReport report;
+    report.failures = {{{core::FailureClass::storageUsedUp, 7}, 3}};
+
+    EXPECT_TRUE(statusText(toJson(report))
+                    .contains(u"Failures   3 not sent: The cloud's storage allowance is used up."_qs));
+    EXPECT_FALSE(statusText(toJson(StatusReport())).contains(u"Failures"_qs));
 }
 
 TEST(StatusReport, SaysWhatToDoWhileSetupIsNotFinishedAndWhyTheListenerStands)

@@ -13,7 +13,6 @@
 
 #include <QtCore/QDateTime>
 #include <QtCore/QList>
-#include <QtCore/QMap>
 #include <QtCore/QSet>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
@@ -142,8 +141,8 @@ public:
     /// moves past them.
     QList<UploadFailure> uploadFailures(int limit, UploadFailureCursor &cursor) const;
 
-    /// How many stored files have failed last with which class.
-    QMap<QString, std::int64_t> uploadFailureCounts() const;
+    /// How many stored files have failed last with which class and code, the most frequent first.
+    QList<UploadFailureCount> uploadFailureCounts() const;
 
     // --- Counts and snapshots ------------------------------------------------------------------------
 

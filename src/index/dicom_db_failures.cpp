@@ -23,6 +23,10 @@ constexpr const char *kNewestFirst =
     "SELECT failedAt, pathString, failureClass, failureCode FROM UploadFailure "
     "WHERE (failedAt, pathString) < (?, ?) ORDER BY failedAt DESC, pathString DESC LIMIT ?";
 
+constexpr const char *kCounts =
+    "SELECT failureClass, failureCode, count(*) AS files FROM UploadFailure "
+    "GROUP BY failureClass, failureCode ORDER BY files DESC, failureClass, failureCode";
+
 // A stored file holds one instance of one study: any of its rows tells both.
 constexpr const char *kWhoseFile =
     "SELECT originalSOPInstanceUID, studyInstanceUID FROM DicomImage "
@@ -88,15 +92,14 @@ QList<UploadFailure> DicomDB::uploadFailures(int limit, UploadFailureCursor &cur
     return failures;
 }
 
-QMap<QString, std::int64_t> DicomDB::uploadFailureCounts() const
+QList<UploadFailureCount> DicomDB::uploadFailureCounts() const
 {
-    QMap<QString, std::int64_t> counts;
+    QList<UploadFailureCount> counts;
     try {
         m_store.read([&](Database &database) {
-            Statement row =
-                database.prepare("SELECT failureClass, count(*) FROM UploadFailure GROUP BY failureClass");
+            Statement row = database.prepare(kCounts);
             while (row.step()) {
-                counts.insert(row.text(0), row.integer(1));
+                counts.append({row.text(0), row.integer(1), row.integer(2)});
             }
         });
     } catch (const SqliteError &) {

@@ -157,14 +157,16 @@ TEST_F(UploadFailures, OfAFileWithoutRowsAreNotKept)
     EXPECT_TRUE(all().isEmpty());
 }
 
-TEST_F(UploadFailures, AreCountedByTheirClass)
+TEST_F(UploadFailures, AreCountedByClassAndCodeTheMostFrequentFirst)
 {
     EXPECT_TRUE(index.uploadFailureCounts().isEmpty());
-    index.recordUploadFailure(importOne(QStringLiteral("9.1")), kRefused, 409);
-    index.recordUploadFailure(importOne(QStringLiteral("9.2")), kUnreachable, 7);
-    index.recordUploadFailure(importOne(QStringLiteral("9.3")), kRefused, 400);
+    index.recordUploadFailure(importOne(QStringLiteral("9.1")), kUnreachable, 7);
+    index.recordUploadFailure(importOne(QStringLiteral("9.2")), kRefused, 409);
+    index.recordUploadFailure(importOne(QStringLiteral("9.3")), kRefused, 409);
+    index.recordUploadFailure(importOne(QStringLiteral("9.4")), kRefused, 400);
 
-    EXPECT_EQ(index.uploadFailureCounts(), (QMap<QString, std::int64_t>{{kRefused, 2}, {kUnreachable, 1}}));
+    EXPECT_EQ(index.uploadFailureCounts(),
+              (QList<UploadFailureCount>{{kRefused, 409, 2}, {kRefused, 400, 1}, {kUnreachable, 7, 1}}));
 }
 
 TEST_F(UploadFailures, OutliveARestart)

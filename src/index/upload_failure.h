@@ -23,6 +23,16 @@ struct UploadFailure
     bool operator==(const UploadFailure &) const = default;
 };
 
+/// How many stored files have failed last for one reason.
+struct UploadFailureCount
+{
+    QString failureClass;
+    std::int64_t failureCode = 0;
+    std::int64_t files = 0;
+
+    bool operator==(const UploadFailureCount &) const = default;
+};
+
 /// How far a reader has come in the list of failures; a new one stands before the newest.
 struct UploadFailureCursor
 {

@@ -4,7 +4,6 @@
 
 namespace gateway::upload {
 
-using StoreUpload::AttemptResult;
 using StoreUpload::CandidateContext;
 using StoreUpload::CandidateOutcome;
 using StoreUpload::CandidatePreparationResult;
@@ -59,13 +58,13 @@ CandidateOutcome CandidateHandler::finishFile(const CandidateContext &context)
 {
     const CandidatePreparationResult prepared = prepare(context);
     if (const auto *missing = std::get_if<MissingFile>(&prepared)) {
-        return {context, AttemptResult::missingFile, missing->details};
+        return {context, StoreUpload::kFileMissing, missing->details};
     }
     const auto &ready = std::get<PreparedCandidate>(prepared);
-    CandidateOutcome outcome = {context, AttemptResult::failed, ready.details};
+    CandidateOutcome outcome = {context, {}, ready.details};
     {
         const Slots::Hold request(m_requests);
-        outcome.result = m_attempt.sendFile(ready);
+        outcome.end = m_attempt.sendFile(ready);
     }
     m_preparer.cleanUp(ready);
     return outcome;
@@ -81,7 +80,7 @@ CandidateHandler::Outcomes CandidateHandler::finishBatch(const Contexts &chunk)
         if (const auto *missing = std::get_if<MissingFile>(&prepared)) {
             Details details = missing->details;
             details.insert(chunkDetails);
-            outcomes.append({context, AttemptResult::missingFile, details});
+            outcomes.append({context, StoreUpload::kFileMissing, details});
         } else {
             ready.append(std::get<PreparedCandidate>(prepared));
         }

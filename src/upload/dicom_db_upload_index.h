@@ -31,6 +31,12 @@ public:
         return m_database.recordUploadResult(imageObjectIDs, storagePath, synced);
     }
 
+    void recordUploadFailure(const QString &storagePath, const core::Failure &failure) override
+    {
+        m_database.recordUploadFailure(
+            storagePath, QString(core::rawValue(failure.failureClass)), failure.code);
+    }
+
     std::int64_t resetInProgressImages(const QList<index::ImageObjectID> &imageObjectIDs) override
     {
         return m_database.resetInProgressImages(imageObjectIDs);

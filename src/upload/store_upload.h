@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/failure_class.h"
 #include "core/settings.h"
 #include "index/pending_image_upload.h"
 #include "platform/defaults/user_defaults.h"
@@ -71,6 +72,18 @@ enum class AttemptResult
     missingFile
 };
 
+/// How an attempt ended, and unless it succeeded, why.
+struct AttemptEnd
+{
+    AttemptResult result = AttemptResult::failed;
+    core::Failure failure;
+
+    bool operator==(const AttemptEnd &) const = default;
+};
+
+inline constexpr AttemptEnd kUploaded{AttemptResult::success, {}};
+inline constexpr AttemptEnd kFileMissing{AttemptResult::missingFile, {core::FailureClass::fileMissing, 0}};
+
 /// A candidate in a run.
 struct CandidateContext
 {
@@ -102,7 +115,7 @@ using CandidatePreparationResult = std::variant<PreparedCandidate, MissingFile>;
 struct CandidateOutcome
 {
     CandidateContext context;
-    AttemptResult result = AttemptResult::failed;
+    AttemptEnd end;
     Details details;
 };
 

@@ -2,12 +2,14 @@
 
 #include "log/redaction.h"
 #include "platform/quorin_api/quorin_error.h"
+#include "upload/failure_reason.h"
 #include "upload/speed_sample_throttle.h"
 
 #include <algorithm>
 
 namespace gateway::upload {
 
+using StoreUpload::AttemptEnd;
 using StoreUpload::AttemptResult;
 using StoreUpload::CandidateOutcome;
 using StoreUpload::PreparedCandidate;
@@ -46,33 +48,42 @@ log::StoreLogRecord succeeded(log::StoreLogRecord record)
 ///
 /// The client compares like with like: the UIDs as they stand in the files, not the index's instance keys. A
 /// refusal that names nobody leaves it open whom it meant, so nobody passes then.
-QList<AttemptResult> resultsAfter(const platform::QrnStowResponse &refusal,
-                                  const QList<PreparedCandidate> &prepared)
+QList<AttemptEnd> endsAfter(const platform::QrnStowResponse &refusal,
+                            const QList<PreparedCandidate> &prepared)
 {
     const auto isBlank = [](const QString &identifier) { return identifier.trimmed().isEmpty(); };
     const bool namesSomebodyEachTime =
         !refusal.failures.isEmpty() && std::ranges::none_of(refusal.failures, [&](const QStringList &entry) {
             return std::ranges::all_of(entry, isBlank);
         });
-    QList<AttemptResult> results;
+    QList<AttemptEnd> ends;
     for (const PreparedCandidate &candidate : prepared) {
         const QStringList &uids = candidate.context.candidate.originalSOPInstanceUIDs;
         const bool isStored =
             namesSomebodyEachTime && !uids.isEmpty() && !refusal.names(candidate.uploadURL, uids);
-        results.append(isStored ? AttemptResult::success : AttemptResult::failed);
+        ends.append(isStored ? StoreUpload::kUploaded
+                             : AttemptEnd{AttemptResult::failed, failureOf(refusal, candidate)});
     }
-    return results;
+    return ends;
 }
 
-QList<CandidateOutcome> outcomes(const QList<PreparedCandidate> &prepared,
-                                 const QList<AttemptResult> &results,
-                                 const Details &chunkDetails)
+QList<AttemptEnd> allFailed(const std::exception &error, const QList<PreparedCandidate> &prepared)
+{
+    QList<AttemptEnd> ends;
+    for (const PreparedCandidate &candidate : prepared) {
+        ends.append({AttemptResult::failed, failureOf(error, candidate)});
+    }
+    return ends;
+}
+
+QList<CandidateOutcome>
+outcomes(const QList<PreparedCandidate> &prepared, const QList<AttemptEnd> &ends, const Details &chunkDetails)
 {
     QList<CandidateOutcome> made;
     for (qsizetype index = 0; index < prepared.size(); ++index) {
         Details details = prepared[index].details;
         details.insert(chunkDetails);
-        made.append({prepared[index].context, results[index], details});
+        made.append({prepared[index].context, ends[index], details});
     }
     return made;
 }
@@ -88,11 +99,11 @@ qint64 totalSize(const QList<PreparedCandidate> &prepared)
 
 } // namespace
 
-AttemptResult UploadAttempt::sendFile(const PreparedCandidate &prepared) const
+AttemptEnd UploadAttempt::sendFile(const PreparedCandidate &prepared) const
 {
     if (!exists(prepared.uploadURL)) {
         m_preparer.reportMissing(prepared.context, prepared.details);
-        return AttemptResult::missingFile;
+        return StoreUpload::kFileMissing;
     }
     const std::optional<qint64> size = log::fileSizeBytes(prepared.uploadURL);
     const log::StoreLogRecord record = {.category = log::GatewayLogCategory::send,
@@ -107,11 +118,11 @@ AttemptResult UploadAttempt::sendFile(const PreparedCandidate &prepared) const
         m_with.cloud.upload(prepared.uploadURL, m_run.deviceId, speed.callback());
     } catch (const std::exception &error) {
         tellFailure(record, error);
-        return AttemptResult::failed;
+        return {AttemptResult::failed, failureOf(error, prepared)};
     }
     m_with.emitter.emit(succeeded(record));
     speed.tellWhole(size.value_or(0));
-    return AttemptResult::success;
+    return StoreUpload::kUploaded;
 }
 
 QList<CandidateOutcome> UploadAttempt::sendBatch(const QList<PreparedCandidate> &prepared,
@@ -132,19 +143,20 @@ QList<CandidateOutcome> UploadAttempt::sendBatch(const QList<PreparedCandidate> 
     }
     const SpeedSampler speed(m_with);
     m_with.emitter.emit(started(record));
-    QList<AttemptResult> results(prepared.size(), AttemptResult::failed);
+    QList<AttemptEnd> ends;
     try {
         m_with.cloud.upload(files, m_run.deviceId, speed.callback());
         m_with.emitter.emit(succeeded(record));
         speed.tellWhole(total);
-        results.fill(AttemptResult::success);
+        ends.fill(StoreUpload::kUploaded, prepared.size());
     } catch (const platform::QrnStowResponse &refusal) {
         tellFailure(record, refusal);
-        results = resultsAfter(refusal, prepared);
+        ends = endsAfter(refusal, prepared);
     } catch (const std::exception &error) {
         tellFailure(record, error);
+        ends = allFailed(error, prepared);
     }
-    return outcomes(prepared, results, chunkDetails);
+    return outcomes(prepared, ends, chunkDetails);
 }
 
 void UploadAttempt::tellFailure(log::StoreLogRecord record, const std::exception &error) const

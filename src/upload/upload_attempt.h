@@ -20,7 +20,7 @@ public:
     }
 
     /// Sends one file in a request of its own.
-    StoreUpload::AttemptResult sendFile(const StoreUpload::PreparedCandidate &prepared) const;
+    StoreUpload::AttemptEnd sendFile(const StoreUpload::PreparedCandidate &prepared) const;
 
     /// Sends the files of a batch in one request; each candidate gets an outcome of its own.
     ///

@@ -7,6 +7,7 @@
 namespace gateway::upload {
 
 using log::GatewayLogAction;
+using StoreUpload::AttemptEnd;
 using StoreUpload::AttemptResult;
 using StoreUpload::CandidateOutcome;
 using StoreUpload::PreparedCandidate;
@@ -40,7 +41,7 @@ struct UploadAttemptTest : ::testing::Test
     {
         std::vector<AttemptResult> results;
         for (const CandidateOutcome &outcome : attempt.sendBatch(prepared, {})) {
-            results.push_back(outcome.result);
+            results.push_back(outcome.end.result);
         }
         return results;
     }
@@ -61,7 +62,7 @@ TEST_F(UploadAttemptTest, SendsOneFileWithTheDeviceId)
 {
     const PreparedCandidate prepared = original(QStringLiteral("1.2.3"));
 
-    EXPECT_EQ(attempt.sendFile(prepared), kSuccess);
+    EXPECT_EQ(attempt.sendFile(prepared), StoreUpload::kUploaded);
 
     ASSERT_EQ(around.cloud.requests().size(), 1U);
     EXPECT_EQ(around.cloud.requests()[0].files, QList<QUrl>{prepared.uploadURL});
@@ -99,7 +100,7 @@ TEST_F(UploadAttemptTest, TellsAFailureWithDomainAndCodeAndAsksForTheTerms)
     const PreparedCandidate prepared = original(QStringLiteral("1.2.3"));
     around.cloud.answerWith(413);
 
-    EXPECT_EQ(attempt.sendFile(prepared), kFailed);
+    EXPECT_EQ(attempt.sendFile(prepared), (AttemptEnd{kFailed, {core::FailureClass::tooLarge, 413}}));
 
     const auto failures = around.log.events(GatewayLogAction::uploadAttemptFailed);
     ASSERT_EQ(failures.size(), 1U);
@@ -120,7 +121,8 @@ TEST_F(UploadAttemptTest, TakesAnyOtherExceptionForAFailureToo)
 {
     failWith([] { throw std::runtime_error("out of wires"); });
 
-    EXPECT_EQ(attempt.sendFile(original(QStringLiteral("1.2.3"))), kFailed);
+    EXPECT_EQ(attempt.sendFile(original(QStringLiteral("1.2.3"))),
+              (AttemptEnd{kFailed, {core::FailureClass::unknown, 0}}));
     EXPECT_EQ(around.log.events(GatewayLogAction::uploadAttemptFailed).at(0).error->domain,
               QStringLiteral("std::exception"));
 }
@@ -130,7 +132,7 @@ TEST_F(UploadAttemptTest, TellsOfAConvertedFileThatHasGone)
     PreparedCandidate prepared = original(QStringLiteral("1.2.3"));
     prepared.uploadURL = QUrl::fromLocalFile(around.folder.filePath(QStringLiteral("nowhere")));
 
-    EXPECT_EQ(attempt.sendFile(prepared), AttemptResult::missingFile);
+    EXPECT_EQ(attempt.sendFile(prepared), StoreUpload::kFileMissing);
 
     ASSERT_EQ(around.log.events().size(), 1U);
     EXPECT_EQ(around.log.events()[0].action, GatewayLogAction::uploadCandidateFileMissing);
@@ -202,7 +204,7 @@ TEST_F(UploadAttemptTest, TellsABatchByItsFirstFileWithTheSizeOfAllAndNoAttempt)
     outcomeDetails.insert(chunkDetails);
     ASSERT_EQ(outcomes.size(), 2);
     EXPECT_EQ(outcomes[1].details, outcomeDetails);
-    EXPECT_EQ(outcomes[1].result, kSuccess);
+    EXPECT_EQ(outcomes[1].end.result, kSuccess);
 }
 
 TEST_F(UploadAttemptTest, FailsOnlyTheFileOfABatchWhoseInstanceTheServerNames)
@@ -269,6 +271,36 @@ TEST_F(UploadAttemptTest, FailsEveryFileOfABatchOnAnyOtherError)
     EXPECT_EQ(sendBatch({original(QStringLiteral("1.1")), original(QStringLiteral("1.2"))}),
               (std::vector{kFailed, kFailed}));
     EXPECT_EQ(around.terms.failures().at(0).fileURL.fileName(), QStringLiteral("1.1"));
+}
+
+TEST_F(UploadAttemptTest, TellsForEachFileOfABatchWhyItFailed)
+{
+    const QList<PreparedCandidate> batch = {
+        original(QStringLiteral("1.1")), original(QStringLiteral("1.2")), original(QStringLiteral("1.3"))};
+    failWith([] {
+        throw platform::QrnStowResponse({{QStringLiteral("1.1")}, {QStringLiteral("1.3")}},
+                                        0xA700,
+                                        {{QStringLiteral("1.1"), 0xA700}, {QStringLiteral("1.3"), 0xC000}});
+    });
+
+    const QList<CandidateOutcome> outcomes = attempt.sendBatch(batch, {});
+
+    EXPECT_EQ(outcomes[0].end.failure, (core::Failure{core::FailureClass::outOfResources, 0xA700}));
+    EXPECT_EQ(outcomes[1].end, StoreUpload::kUploaded);
+    EXPECT_EQ(outcomes[2].end.failure, (core::Failure{core::FailureClass::notUnderstood, 0xC000}));
+}
+
+TEST_F(UploadAttemptTest, TellsTheSameOfEveryFileOfABatchThatFailedAsAWhole)
+{
+    around.cloud.answerWith(507);
+
+    const QList<CandidateOutcome> outcomes =
+        attempt.sendBatch({original(QStringLiteral("1.1")), original(QStringLiteral("1.2"))}, {});
+
+    ASSERT_EQ(outcomes.size(), 2);
+    for (const CandidateOutcome &outcome : outcomes) {
+        EXPECT_EQ(outcome.end, (AttemptEnd{kFailed, {core::FailureClass::storageUsedUp, 507}}));
+    }
 }
 
 } // namespace gateway::upload

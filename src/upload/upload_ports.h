@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/failure_class.h"
 #include "index/pending_image_upload.h"
 
 #include <QtCore/QDateTime>
@@ -32,10 +33,14 @@ public:
     /// Marks the rows as handed to the running upload.
     virtual void markImagesInProgress(const QList<index::ImageObjectID> &imageObjectIDs) = 0;
 
-    /// Records how the upload of the file at `storagePath` ended. \return the number of rows updated.
+    /// Records how the upload of the file at `storagePath` ended; a success forgets its last failure.
+    /// \return the number of rows updated.
     virtual std::int64_t recordUploadResult(const QList<index::ImageObjectID> &imageObjectIDs,
                                             const QString &storagePath,
                                             bool synced) = 0;
+
+    /// Keeps why the upload of the file at `storagePath` failed, in place of an earlier failure.
+    virtual void recordUploadFailure(const QString &storagePath, const core::Failure &failure) = 0;
 
     /// Puts those of the rows back that are in progress still. \return how many.
     virtual std::int64_t resetInProgressImages(const QList<index::ImageObjectID> &imageObjectIDs) = 0;

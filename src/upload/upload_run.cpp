@@ -14,8 +14,9 @@ namespace {
 
 bool hasSuccess(const QList<CandidateOutcome> &outcomes)
 {
-    return std::ranges::any_of(
-        outcomes, [](const CandidateOutcome &outcome) { return outcome.result == AttemptResult::success; });
+    return std::ranges::any_of(outcomes, [](const CandidateOutcome &outcome) {
+        return outcome.end.result == AttemptResult::success;
+    });
 }
 
 /// The last look before files may count as sent, and so be let go of one day: each was taken in this round,
@@ -249,9 +250,12 @@ QList<std::int64_t> UploadRun::recordInIndex(const Outcomes &outcomes)
     QList<std::int64_t> updated(outcomes.size(), 0);
     const auto recordOne = [&, slots = updated.data()](qsizetype index) {
         const CandidateOutcome &outcome = outcomes[index];
-        slots[index] = m_with.index.recordUploadResult(outcome.context.candidate.imageObjectIDs,
-                                                       outcome.context.candidate.storagePath,
-                                                       outcome.result == AttemptResult::success);
+        const bool isSynced = outcome.end.result == AttemptResult::success;
+        slots[index] = m_with.index.recordUploadResult(
+            outcome.context.candidate.imageObjectIDs, outcome.context.candidate.storagePath, isSynced);
+        if (!isSynced) {
+            m_with.index.recordUploadFailure(outcome.context.candidate.storagePath, outcome.end.failure);
+        }
     };
     if (!m_recorders) {
         for (qsizetype index = 0; index < outcomes.size(); ++index) {
@@ -269,7 +273,7 @@ QList<std::int64_t> UploadRun::recordInIndex(const Outcomes &outcomes)
 
 void UploadRun::tellRecorded(const CandidateOutcome &outcome, std::int64_t updated)
 {
-    switch (outcome.result) {
+    switch (outcome.end.result) {
     case AttemptResult::success:
         ++m_summary.successfulUploads;
         break;
@@ -281,7 +285,7 @@ void UploadRun::tellRecorded(const CandidateOutcome &outcome, std::int64_t updat
         break;
     }
     const index::PendingImageUpload &candidate = outcome.context.candidate;
-    const bool didSync = outcome.result == AttemptResult::success;
+    const bool didSync = outcome.end.result == AttemptResult::success;
     const bool isWell = didSync && updated > 0;
     Details details = outcome.details;
     details.insert(QStringLiteral("linked_images"), QString::number(candidate.imageObjectIDs.size()));

@@ -571,4 +571,42 @@ TEST_F(UploadRunTest, SaysNothingThatNamesAFileOrAnInstance)
     }
 }
 
+TEST_P(UploadRunInEachModeTest, KeepsWhyAFileFailedUntilItIsUploaded)
+{
+    const QString refused = around.store(QStringLiteral("1.1"));
+    const QString gone = around.store(QStringLiteral("1.2"));
+    const QString fine = around.store(QStringLiteral("1.3"));
+    around.cloud.refuse(QStringLiteral("1.1"));
+    QFile::remove(gone);
+
+    run();
+    const QMap<QString, core::Failure> first = around.index.failures();
+    around.cloud.accept(QStringLiteral("1.1"));
+    run();
+
+    EXPECT_EQ(first,
+              (QMap<QString, core::Failure>{{refused, {core::FailureClass::outOfResources, 0xA700}},
+                                            {gone, {core::FailureClass::fileMissing, 0}}}));
+    EXPECT_EQ(around.index.state(fine), RowState::synced);
+    EXPECT_EQ(around.index.failures().keys(), QStringList{gone});
+}
+
+TEST_P(UploadRunInEachModeTest, LogsAFailureOnceAndItsResultOnceWhoeverKeepsTheReason)
+{
+    around.store(QStringLiteral("1.1"));
+    around.cloud.refuse(QStringLiteral("1.1"));
+
+    run();
+
+    std::vector<GatewayLogAction> actions;
+    for (const log::GatewayLogEvent &event : around.log.events()) {
+        actions.push_back(event.action);
+    }
+    EXPECT_EQ(actions,
+              (std::vector{GatewayLogAction::uploadCandidateSelected,
+                           GatewayLogAction::uploadAttemptStarted,
+                           GatewayLogAction::uploadAttemptFailed,
+                           GatewayLogAction::uploadResultRecorded}));
+}
+
 } // namespace gateway::upload

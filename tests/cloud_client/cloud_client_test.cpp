@@ -315,7 +315,11 @@ TEST(CloudClientTls, TrustsNoCertificateMadeForAnotherHost)
     configuration.certificateFile = authority.certificateFile();
     QuorinApiClient client(configuration, store);
 
-    EXPECT_EQ(errorOf<AFError>([&client] { QrnStatusAPI(client).ping(); })->localizedDescription,
+    const auto error = errorOf<AFError>([&client] { QrnStatusAPI(client).ping(); });
+
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->noAnswer, platform::NoAnswer::notSecure);
+    EXPECT_EQ(error->localizedDescription,
               QStringLiteral("The certificate of the cloud service at localhost could not be verified."));
 }
 

@@ -83,7 +83,7 @@ void throwAnswerError(const HttpResponse &response)
         const QVariant body = parseNetworkJson(response.body).value_or(QVariant());
         if (body.typeId() == QMetaType::QVariantMap) {
             const QVariantMap problem = body.toMap();
-            throw QrnErrorResponse(kindOf(problem, response.status), wordsOf(problem));
+            throw QrnErrorResponse(kindOf(problem, response.status), wordsOf(problem), response.status);
         }
     }
     throw AFError(statusSentence(response.status), response.status);
@@ -91,7 +91,10 @@ void throwAnswerError(const HttpResponse &response)
 
 void throwUnreadableAnswer()
 {
-    throw AFError(QStringLiteral("The answer of the cloud service could not be read."), std::nullopt);
+    throw AFError(QStringLiteral("The answer of the cloud service could not be read."),
+                  std::nullopt,
+                  0,
+                  NoAnswer::unusableAnswer);
 }
 
 } // namespace gateway::platform

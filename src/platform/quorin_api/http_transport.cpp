@@ -303,7 +303,8 @@ HttpResponse HttpTransport::perform(const HttpRequest &request)
         throw AFError(
             QStringLiteral("The answer of the cloud service at %1 is larger than it may be.").arg(m_host),
             std::nullopt,
-            CURLE_WRITE_ERROR);
+            CURLE_WRITE_ERROR,
+            NoAnswer::unusableAnswer);
     }
     if (result != CURLE_OK && !isEarlyRefusal(result, status)) {
         throw transportError(result, static_cast<int>(systemError), m_host);

@@ -144,6 +144,8 @@ TEST(StowUpload, NamesTheFailedInstancesOfA202)
     ASSERT_TRUE(refusal);
     EXPECT_EQ(refusal->failures, (QList<QStringList>{{QStringLiteral("1.2.4"), urls[1].toLocalFile()}}));
     EXPECT_EQ(refusal->code, 0xA700);
+    EXPECT_EQ(refusal->reasons, (QHash<QString, int>{{QStringLiteral("1.2.4"), 0xA700}}));
+    EXPECT_FALSE(refusal->cause);
     EXPECT_FALSE(refusal->names(urls[0], {QStringLiteral("1.2.3")}));
     EXPECT_TRUE(refusal->names(urls[1], {QStringLiteral("1.2.4")}));
 }
@@ -372,6 +374,9 @@ TEST(StowUpload, FailsASingleFileThatIsTooLargeAndSendsTheOthers)
 
     ASSERT_TRUE(refusal);
     EXPECT_EQ(refusal->failures, (QList<QStringList>{{QStringLiteral("1.2.2"), urls[1].toLocalFile()}}));
+    const auto cause = errorOf<AFError>([&] { std::rethrow_exception(refusal->cause); });
+    ASSERT_TRUE(cause);
+    EXPECT_EQ(cause->responseCode, 413);
     ASSERT_TRUE(alone);
     EXPECT_EQ(alone->responseCode, 413);
 }
@@ -421,6 +426,7 @@ TEST(StowUpload, SaysThatASingleFileCannotBeSent)
 
     ASSERT_TRUE(error);
     EXPECT_FALSE(error->responseCode);
+    EXPECT_EQ(error->noAnswer, NoAnswer::unusableFile);
     EXPECT_TRUE(error->localizedDescription.contains(QStringLiteral("no DICOM meta header")));
     EXPECT_TRUE(service.server.requests().isEmpty());
 }

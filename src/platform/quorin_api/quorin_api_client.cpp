@@ -61,7 +61,7 @@ void QuorinApiClient::addHeaders(const ApiCall &call, HttpRequest &request) cons
 HttpResponse QuorinApiClient::send(const ApiCall &call)
 {
     if (m_problem) {
-        throw AFError(*m_problem, std::nullopt);
+        throw AFError(*m_problem, std::nullopt, 0, NoAnswer::badAddress);
     }
     HttpRequest request;
     request.method = call.method;

@@ -161,6 +161,7 @@ TEST(QuorinApiClient, ThrowsTheWordsOfTheServiceWithTheirKind)
     EXPECT_EQ(error->kind, QrnErrorKind::termsNotAccepted);
     EXPECT_EQ(error->message, QStringLiteral("Accept the terms."));
     EXPECT_EQ(error->code, 2);
+    EXPECT_EQ(error->responseCode, 403);
 }
 
 TEST(QuorinApiClient, ThrowsTheBareStatusWhereNoWordsCame)
@@ -208,11 +209,13 @@ TEST(QuorinApiClient, SaysWhyNoAnswerCame)
     const auto refused = errorAt(closed);
     ASSERT_TRUE(refused);
     EXPECT_FALSE(refused->responseCode);
+    EXPECT_EQ(refused->noAnswer, NoAnswer::notReachable);
     EXPECT_EQ(refused->localizedDescription,
               QStringLiteral("The cloud service at 127.0.0.1 refused the connection."));
 
     const auto unknown = errorAt(QUrl(QStringLiteral("https://no-such-host.invalid")));
     ASSERT_TRUE(unknown);
+    EXPECT_EQ(unknown->noAnswer, NoAnswer::addressNotFound);
     EXPECT_EQ(unknown->localizedDescription,
               QStringLiteral("The address of the cloud service, no-such-host.invalid, could not be found."));
 }
@@ -225,6 +228,7 @@ TEST(QuorinApiClient, SaysThatAConnectionWasLost)
 
     ASSERT_TRUE(error);
     EXPECT_FALSE(error->responseCode);
+    EXPECT_EQ(error->noAnswer, NoAnswer::connectionLost);
     EXPECT_EQ(error->localizedDescription,
               QStringLiteral("The connection to the cloud service at 127.0.0.1 was lost."));
 }
@@ -235,6 +239,7 @@ TEST(QuorinApiClient, SpeaksNoPlainHttpToOtherHosts)
 
     ASSERT_TRUE(error);
     EXPECT_FALSE(error->responseCode);
+    EXPECT_EQ(error->noAnswer, NoAnswer::badAddress);
     EXPECT_TRUE(error->localizedDescription.contains(QStringLiteral("QUORIN_CLOUD_ALLOW_HTTP=1")));
 }
 
@@ -255,6 +260,7 @@ TEST(QuorinApiClient, GivesUpOnAServerThatFallsSilent)
     done.set_value();
 
     ASSERT_TRUE(error);
+    EXPECT_EQ(error->noAnswer, NoAnswer::timedOut);
     EXPECT_EQ(error->localizedDescription,
               QStringLiteral("The cloud service at 127.0.0.1 did not answer in time."));
 }

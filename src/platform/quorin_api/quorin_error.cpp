@@ -10,18 +10,20 @@ QuorinError::QuorinError(QString description, QString errorDomain, int errorCode
 {
 }
 
-QrnErrorResponse::QrnErrorResponse(QrnErrorKind errorKind, std::optional<QString> errorMessage)
+QrnErrorResponse::QrnErrorResponse(QrnErrorKind errorKind,
+                                   std::optional<QString> errorMessage,
+                                   std::optional<int> status)
     : QuorinError(errorMessage.value_or(QString()),
                   QStringLiteral("QuorinAPI.QrnErrorResponse"),
                   static_cast<int>(errorKind)),
-      kind(errorKind), message(std::move(errorMessage))
+      kind(errorKind), message(std::move(errorMessage)), responseCode(status)
 {
 }
 
-AFError::AFError(QString description, std::optional<int> status, int transportCode)
+AFError::AFError(QString description, std::optional<int> status, int transportCode, NoAnswer reason)
     : QuorinError(
           std::move(description), QStringLiteral("QuorinAPI.AFError"), status.value_or(transportCode)),
-      responseCode(status)
+      responseCode(status), noAnswer(reason)
 {
 }
 
@@ -30,14 +32,18 @@ QrnNotOffered::QrnNotOffered(QString description)
 {
 }
 
-QrnStowResponse::QrnStowResponse(QList<QStringList> failedInstances, int reason)
+QrnStowResponse::QrnStowResponse(QList<QStringList> failedInstances,
+                                 int reason,
+                                 QHash<QString, int> reasonOfEach,
+                                 std::exception_ptr whatEndedRequests)
     : QuorinError(
           failedInstances.size() == 1
               ? QStringLiteral("The cloud service did not store one image.")
               : QStringLiteral("The cloud service did not store %1 images.").arg(failedInstances.size()),
           QStringLiteral("QuorinAPI.QrnStowResponse"),
           reason),
-      failures(std::move(failedInstances))
+      failures(std::move(failedInstances)), reasons(std::move(reasonOfEach)),
+      cause(std::move(whatEndedRequests))
 {
 }
 

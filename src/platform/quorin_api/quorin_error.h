@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QtCore/QByteArray>
+#include <QtCore/QHash>
 #include <QtCore/QList>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
@@ -51,10 +52,27 @@ enum class QrnErrorKind : int
 class QrnErrorResponse final : public QuorinError
 {
 public:
-    QrnErrorResponse(QrnErrorKind errorKind, std::optional<QString> errorMessage);
+    QrnErrorResponse(QrnErrorKind errorKind,
+                     std::optional<QString> errorMessage,
+                     std::optional<int> status = std::nullopt);
 
     QrnErrorKind kind;
-    std::optional<QString> message; ///< the service's words for the user
+    std::optional<QString> message;  ///< the service's words for the user
+    std::optional<int> responseCode; ///< the HTTP status, which may say more than the kind
+};
+
+/// What kept a call from an answer.
+enum class NoAnswer
+{
+    otherReason,
+    badAddress,      ///< the configured address can't be used
+    addressNotFound, ///< its name isn't known to the network
+    notReachable,    ///< nobody takes the connection there
+    notSecure,       ///< no TLS connection, or none that can be trusted
+    timedOut,
+    connectionLost,
+    unusableAnswer, ///< something came that isn't an answer of the service
+    unusableFile    ///< the file to send can't be read, or changed while it was being sent
 };
 
 /// The call failed without such words: no answer, an answer that can't be used, or a bare HTTP status.
@@ -62,9 +80,14 @@ class AFError final : public QuorinError
 {
 public:
     /// \param transportCode  the number for the log where no status came.
-    AFError(QString description, std::optional<int> status, int transportCode = 0);
+    /// \param reason         why no status came.
+    AFError(QString description,
+            std::optional<int> status,
+            int transportCode = 0,
+            NoAnswer reason = NoAnswer::otherReason);
 
     std::optional<int> responseCode; ///< the HTTP status; absent when no answer came
+    NoAnswer noAnswer;               ///< of meaning only without a status
 };
 
 /// The archive this gateway is set up for has no such service (any plain DICOMweb archive).
@@ -80,12 +103,24 @@ class QrnStowResponse final : public QuorinError
 public:
     /// \param failures  one entry a failure, see the member.
     /// \param reason    the first failure reason that the server gave (PS3.18 I.2.2), 0 for none.
-    QrnStowResponse(QList<QStringList> failures, int reason);
+    /// \param reasons   see the member.
+    /// \param cause     see the member.
+    QrnStowResponse(QList<QStringList> failures,
+                    int reason,
+                    QHash<QString, int> reasons = {},
+                    std::exception_ptr cause = nullptr);
 
     /// One entry a failed instance, each with the texts that identify it: the bare SOP instance UID where
     /// it is known, and the local path of the file that was sent. A file without a readable meta header
     /// has its path alone; an instance that the server named of its own accord has its UID alone.
     QList<QStringList> failures;
+
+    /// The failure reason of each instance for which the server gave one, by its bare SOP instance UID.
+    QHash<QString, int> reasons;
+
+    /// What ended those requests of the upload that weren't answered instance by instance; null when all
+    /// were.
+    std::exception_ptr cause;
 
     /// True when the file, known to the caller by these bare SOP instance UIDs, is among the failures.
     /// The one safe question to ask before a file of a batch counts as sent.

@@ -243,6 +243,7 @@ void StowBatch::keepFirst(const std::exception_ptr &error)
 QVariantMap StowBatch::outcome() const
 {
     QList<QStringList> failures;
+    QHash<QString, int> reasons;
     int reason = 0;
     bool isAnyProven = false;
     for (const File &file : m_files) {
@@ -250,6 +251,9 @@ QVariantMap StowBatch::outcome() const
         if (!file.isProven) {
             failures.append(file.sopInstanceUid.isEmpty() ? QStringList{file.path}
                                                           : QStringList{file.sopInstanceUid, file.path});
+            if (file.reason) {
+                reasons.insert(file.sopInstanceUid, *file.reason);
+            }
             reason = reason == 0 ? file.reason.value_or(0) : reason;
         }
     }
@@ -271,9 +275,11 @@ QVariantMap StowBatch::outcome() const
         }
         throw AFError(QStringLiteral("The file can't be sent: it can't be read, has no DICOM meta header, or "
                                      "changed while it was being sent."),
-                      std::nullopt);
+                      std::nullopt,
+                      0,
+                      NoAnswer::unusableFile);
     }
-    throw QrnStowResponse(failures, reason);
+    throw QrnStowResponse(failures, reason, reasons, m_error);
 }
 
 QVariantMap StowBatch::provenInstances() const

@@ -60,11 +60,44 @@ QString sentence(int curlCode, int systemError)
     }
 }
 
+NoAnswer reasonOf(int curlCode, int systemError)
+{
+    switch (curlCode) {
+    case CURLE_COULDNT_RESOLVE_HOST:
+    case CURLE_COULDNT_RESOLVE_PROXY:
+        return NoAnswer::addressNotFound;
+    case CURLE_COULDNT_CONNECT:
+        return systemError == ETIMEDOUT ? NoAnswer::timedOut : NoAnswer::notReachable;
+    case CURLE_OPERATION_TIMEDOUT:
+        return NoAnswer::timedOut;
+    case CURLE_PEER_FAILED_VERIFICATION:
+    case CURLE_SSL_ISSUER_ERROR:
+    case CURLE_SSL_CACERT_BADFILE:
+    case CURLE_SSL_CONNECT_ERROR:
+    case CURLE_SSL_CIPHER:
+    case CURLE_SSL_CERTPROBLEM:
+    case CURLE_USE_SSL_FAILED:
+        return NoAnswer::notSecure;
+    case CURLE_GOT_NOTHING:
+    case CURLE_SEND_ERROR:
+    case CURLE_RECV_ERROR:
+    case CURLE_PARTIAL_FILE:
+        return NoAnswer::connectionLost;
+    case CURLE_WEIRD_SERVER_REPLY:
+    case CURLE_HTTP2:
+    case CURLE_BAD_CONTENT_ENCODING:
+        return NoAnswer::unusableAnswer;
+    default:
+        return NoAnswer::otherReason;
+    }
+}
+
 } // namespace
 
 AFError transportError(int curlCode, int systemError, const QString &host)
 {
-    return AFError(sentence(curlCode, systemError).arg(host), std::nullopt, curlCode);
+    return AFError(
+        sentence(curlCode, systemError).arg(host), std::nullopt, curlCode, reasonOf(curlCode, systemError));
 }
 
 } // namespace gateway::platform

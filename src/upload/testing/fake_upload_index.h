@@ -102,6 +102,13 @@ public:
         return static_cast<int>(paths.size());
     }
 
+    /// The last failure of each file that isn't synced, by its path.
+    QMap<QString, core::Failure> failures() const
+    {
+        const platform::MutexLock lock(m_mutex);
+        return m_failures;
+    }
+
     /// Pages that were asked for.
     int fetches() const
     {
@@ -161,7 +168,21 @@ public:
     {
         runHook(&FakeUploadIndex::m_whenRecording);
         const platform::MutexLock lock(m_mutex);
-        return m_failsWrites ? 0 : setAll(storagePath, synced ? RowState::synced : RowState::failed);
+        if (m_failsWrites) {
+            return 0;
+        }
+        if (synced) {
+            m_failures.remove(storagePath);
+        }
+        return setAll(storagePath, synced ? RowState::synced : RowState::failed);
+    }
+
+    void recordUploadFailure(const QString &storagePath, const core::Failure &failure) override
+    {
+        const platform::MutexLock lock(m_mutex);
+        if (!m_failsWrites) {
+            m_failures.insert(storagePath, failure);
+        }
     }
 
     std::int64_t resetInProgressImages(const QList<index::ImageObjectID> &imageObjectIDs) override
@@ -230,6 +251,7 @@ private:
 
     mutable platform::Mutex m_mutex;
     std::vector<Row> m_rows QUORIN_GUARDED_BY(m_mutex);
+    QMap<QString, core::Failure> m_failures QUORIN_GUARDED_BY(m_mutex);
     std::function<void()> m_whenRecording QUORIN_GUARDED_BY(m_mutex);
     std::function<void()> m_whenMarking QUORIN_GUARDED_BY(m_mutex);
     bool m_failsWrites QUORIN_GUARDED_BY(m_mutex) = false;

@@ -1,0 +1,134 @@
+// Every sentence about a failed upload. Each says what happened, what goes on all the same, and what to do.
+
+#include "core/failure_class.h"
+
+#include <QtCore/QCoreApplication>
+
+namespace gateway::core {
+
+namespace {
+
+constexpr const char *kContext = "FailureSentence";
+
+const char *sourceText(FailureClass failureClass)
+{
+    switch (failureClass) {
+    case FailureClass::sessionEnded:
+        return QT_TRANSLATE_NOOP("FailureSentence",
+                                 "The session with the cloud has ended. Images are still received and kept "
+                                 "here. Sign in again, and they are sent.");
+    case FailureClass::termsNotAccepted:
+        return QT_TRANSLATE_NOOP("FailureSentence",
+                                 "The cloud waits until its terms are accepted. Images are still received "
+                                 "and kept here. Accept the terms, and they are sent.");
+    case FailureClass::notPermitted:
+        return QT_TRANSLATE_NOOP("FailureSentence",
+                                 "This account may not store images in the cloud. Images are still received "
+                                 "and kept here. Ask whoever runs the cloud account to permit it.");
+    case FailureClass::storageUsedUp:
+        return QT_TRANSLATE_NOOP("FailureSentence",
+                                 "The cloud's storage allowance is used up. Images are kept here and sent "
+                                 "when there is room. Delete studies there that are no longer needed, or "
+                                 "ask for more room.");
+    case FailureClass::outOfResources:
+        return QT_TRANSLATE_NOOP("FailureSentence",
+                                 "The cloud had no room for the image at that moment. It is kept here and "
+                                 "sent again with the next upload. If this goes on, tell whoever runs the "
+                                 "cloud.");
+    case FailureClass::tooLarge:
+        return QT_TRANSLATE_NOOP("FailureSentence",
+                                 "The image is larger than the cloud takes. It is kept here, and other "
+                                 "images are sent. Ask whoever runs the cloud to allow larger ones.");
+    case FailureClass::tooManyRequests:
+        return QT_TRANSLATE_NOOP("FailureSentence",
+                                 "The cloud was too busy for the image. It is kept here and sent again with "
+                                 "the next upload. Nothing needs to be done.");
+    case FailureClass::serviceFault:
+        return QT_TRANSLATE_NOOP("FailureSentence",
+                                 "The cloud has a fault of its own. Images are kept here and sent again "
+                                 "with the next upload. If this lasts for hours, tell whoever runs the "
+                                 "cloud.");
+    case FailureClass::noImageService:
+        return QT_TRANSLATE_NOOP("FailureSentence",
+                                 "Nothing at the cloud's address takes images. Images are still received "
+                                 "and kept here. Check the address of the cloud.");
+    case FailureClass::unexpectedAnswer:
+        return QT_TRANSLATE_NOOP("FailureSentence",
+                                 "Something else answered in the cloud's place. Images are still received "
+                                 "and kept here. Check the address of the cloud, and whether this network "
+                                 "asks for a sign-in of its own.");
+    case FailureClass::refused:
+        return QT_TRANSLATE_NOOP("FailureSentence",
+                                 "The cloud did not take the image. It is kept here and tried again with "
+                                 "each upload. If this goes on, tell whoever runs the cloud.");
+    case FailureClass::kindNotSupported:
+        return QT_TRANSLATE_NOOP("FailureSentence",
+                                 "The cloud does not take images of this kind. They are kept here, and "
+                                 "other images are sent. Ask whoever runs the cloud to take them.");
+    case FailureClass::contentDoesNotFit:
+        return QT_TRANSLATE_NOOP("FailureSentence",
+                                 "The cloud found something wrong with what the image says of itself. It is "
+                                 "kept here, and other images are sent. Have the device that made it "
+                                 "checked, and send the image again from there.");
+    case FailureClass::notUnderstood:
+        return QT_TRANSLATE_NOOP("FailureSentence",
+                                 "The cloud could not read the image. It is kept here, and other images are "
+                                 "sent. Look at it on the device that made it, and send it again from "
+                                 "there.");
+    case FailureClass::conversionFailed:
+        return QT_TRANSLATE_NOOP("FailureSentence",
+                                 "The image could not be compressed, and the cloud did not take it as it "
+                                 "is. It is kept here, and other images are sent. Look at it on the device "
+                                 "that made it, and send it again from there.");
+    case FailureClass::notConfirmed:
+        return QT_TRANSLATE_NOOP("FailureSentence",
+                                 "The cloud did not confirm that it keeps the image. It is kept here and "
+                                 "sent again with the next upload. If this goes on, tell whoever runs the "
+                                 "cloud.");
+    case FailureClass::addressNotFound:
+        return QT_TRANSLATE_NOOP("FailureSentence",
+                                 "The address of the cloud could not be found. Images are still received "
+                                 "and kept here, and are sent when the cloud is found. Check the network "
+                                 "and the address of the cloud.");
+    case FailureClass::notReachable:
+        return QT_TRANSLATE_NOOP("FailureSentence",
+                                 "The cloud could not be reached. Images are still received and kept here, "
+                                 "and are sent when it can be. Check the network.");
+    case FailureClass::notSecure:
+        return QT_TRANSLATE_NOOP("FailureSentence",
+                                 "No secure connection to the cloud could be made. Images are still "
+                                 "received and kept here. Check the date of this computer, and the cloud's "
+                                 "certificate.");
+    case FailureClass::timedOut:
+        return QT_TRANSLATE_NOOP("FailureSentence",
+                                 "The cloud did not answer in time. Images are kept here and sent again "
+                                 "with the next upload. If this goes on, check the network.");
+    case FailureClass::connectionLost:
+        return QT_TRANSLATE_NOOP("FailureSentence",
+                                 "The connection to the cloud was lost. Images are kept here and sent again "
+                                 "with the next upload. If this goes on, check the network.");
+    case FailureClass::fileMissing:
+        return QT_TRANSLATE_NOOP("FailureSentence",
+                                 "The stored file of the image is gone. Other images are sent. Put it back "
+                                 "from a backup, or send the image again from the device that made it.");
+    case FailureClass::fileUnreadable:
+        return QT_TRANSLATE_NOOP("FailureSentence",
+                                 "The stored file of the image could not be read. It is left as it is, and "
+                                 "other images are sent. Check the disk, and send the image again from the "
+                                 "device that made it.");
+    case FailureClass::unknown:
+        break;
+    }
+    return QT_TRANSLATE_NOOP("FailureSentence",
+                             "The upload failed for another reason. Images are kept here and tried again "
+                             "with each upload. If this goes on, report the problem.");
+}
+
+} // namespace
+
+QString failureSentence(FailureClass failureClass)
+{
+    return QCoreApplication::translate(kContext, sourceText(failureClass));
+}
+
+} // namespace gateway::core

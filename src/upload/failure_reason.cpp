@@ -1,0 +1,205 @@
+#include "upload/failure_reason.h"
+
+#include "platform/quorin_api/quorin_error.h"
+
+#include <algorithm>
+
+namespace gateway::upload {
+
+using core::Failure;
+using core::FailureClass;
+using platform::AFError;
+using platform::NoAnswer;
+using platform::QrnErrorKind;
+using platform::QrnErrorResponse;
+using platform::QrnStowResponse;
+using StoreUpload::PreparedCandidate;
+
+namespace {
+
+FailureClass classOfStatus(int status)
+{
+    switch (status) {
+    case 401:
+        return FailureClass::sessionEnded;
+    case 403:
+        return FailureClass::notPermitted;
+    case 404:
+    case 405:
+    case 410:
+    case 501:
+        return FailureClass::noImageService;
+    case 408:
+    case 504:
+        return FailureClass::timedOut;
+    case 413:
+        return FailureClass::tooLarge;
+    case 406:
+    case 415:
+        return FailureClass::kindNotSupported;
+    case 429:
+    case 503:
+        return FailureClass::tooManyRequests;
+    case 407:
+    case 511:
+        return FailureClass::unexpectedAnswer;
+    case 507:
+        return FailureClass::storageUsedUp;
+    default:
+        break;
+    }
+    if (status >= 500) {
+        return FailureClass::serviceFault;
+    }
+    return status >= 400 ? FailureClass::refused : FailureClass::unexpectedAnswer;
+}
+
+FailureClass classOfKind(const QrnErrorResponse &error)
+{
+    switch (error.kind) {
+    case QrnErrorKind::sessionInvalid:
+    case QrnErrorKind::credentialsRefused:
+        return FailureClass::sessionEnded;
+    case QrnErrorKind::termsNotAccepted:
+        return FailureClass::termsNotAccepted;
+    case QrnErrorKind::notFound:
+        return FailureClass::noImageService;
+    case QrnErrorKind::storageUsedUp:
+        return FailureClass::storageUsedUp;
+    case QrnErrorKind::tooManyRequests:
+        return FailureClass::tooManyRequests;
+    case QrnErrorKind::badRequest:
+    case QrnErrorKind::passwordsDoNotMatch:
+    case QrnErrorKind::currentPasswordIncorrect:
+    case QrnErrorKind::serviceFault:
+        break; // the status says as much or more
+    }
+    if (error.responseCode) {
+        return classOfStatus(*error.responseCode);
+    }
+    return error.kind == QrnErrorKind::serviceFault ? FailureClass::serviceFault : FailureClass::refused;
+}
+
+FailureClass classOf(NoAnswer reason)
+{
+    switch (reason) {
+    case NoAnswer::badAddress:
+        return FailureClass::noImageService;
+    case NoAnswer::addressNotFound:
+        return FailureClass::addressNotFound;
+    case NoAnswer::otherReason:
+    case NoAnswer::notReachable:
+        return FailureClass::notReachable;
+    case NoAnswer::notSecure:
+        return FailureClass::notSecure;
+    case NoAnswer::timedOut:
+        return FailureClass::timedOut;
+    case NoAnswer::connectionLost:
+        return FailureClass::connectionLost;
+    case NoAnswer::unusableAnswer:
+        return FailureClass::unexpectedAnswer;
+    case NoAnswer::unusableFile:
+        return FailureClass::fileUnreadable;
+    }
+    return FailureClass::unknown;
+}
+
+/// FailureReason (0008,1197): single values first, then the ranges in which they lie.
+FailureClass classOfReason(int reason)
+{
+    constexpr int kOutOfResources = 0xA700;   // A7xx, PS3.4 GG.4.2
+    constexpr int kDoesNotMatch = 0xA900;     // A9xx
+    constexpr int kCannotUnderstand = 0xC000; // Cxxx
+    switch (reason) {
+    case 0x0106: // invalid attribute value
+    case 0x0117: // invalid object instance
+    case 0x0120: // missing attribute
+    case 0x0121: // missing attribute value
+        return FailureClass::contentDoesNotFit;
+    case 0x0110: // processing failure
+        return FailureClass::serviceFault;
+    case 0x0118: // no such SOP class
+    case 0x0122: // SOP class not supported
+    case 0xC122: // transfer syntax not supported
+        return FailureClass::kindNotSupported;
+    case 0x0124: // not authorized
+        return FailureClass::notPermitted;
+    case 0x0213: // resource limitation
+        return FailureClass::outOfResources;
+    default:
+        break;
+    }
+    if ((reason & 0xFF00) == kOutOfResources) {
+        return FailureClass::outOfResources;
+    }
+    if ((reason & 0xFF00) == kDoesNotMatch) {
+        return FailureClass::contentDoesNotFit;
+    }
+    if ((reason & 0xF000) == kCannotUnderstand) {
+        return FailureClass::notUnderstood;
+    }
+    return reason == 0 ? FailureClass::notConfirmed : FailureClass::refused;
+}
+
+Failure failureIn(const QrnStowResponse &refusal, const PreparedCandidate &prepared);
+
+Failure ofRequest(const std::exception &error, const PreparedCandidate &prepared)
+{
+    if (const auto *refusal = dynamic_cast<const QrnStowResponse *>(&error)) {
+        return failureIn(*refusal, prepared);
+    }
+    if (const auto *response = dynamic_cast<const QrnErrorResponse *>(&error)) {
+        return {classOfKind(*response), response->code};
+    }
+    if (const auto *failed = dynamic_cast<const AFError *>(&error)) {
+        return {failed->responseCode ? classOfStatus(*failed->responseCode) : classOf(failed->noAnswer),
+                failed->code};
+    }
+    if (dynamic_cast<const platform::QrnNotOffered *>(&error)) {
+        return {FailureClass::noImageService, 0};
+    }
+    return {FailureClass::unknown, 0};
+}
+
+/// A file that could not be read has no instance UID of its own: its path stands alone.
+bool couldNotBeRead(const QrnStowResponse &refusal, const QString &path)
+{
+    return std::ranges::any_of(refusal.failures,
+                               [&](const QStringList &entry) { return entry == QStringList{path}; });
+}
+
+Failure failureIn(const QrnStowResponse &refusal, const PreparedCandidate &prepared)
+{
+    for (const QString &uid : prepared.context.candidate.originalSOPInstanceUIDs) {
+        if (const auto reason = refusal.reasons.constFind(uid); reason != refusal.reasons.cend()) {
+            return {classOfReason(*reason), *reason};
+        }
+    }
+    if (couldNotBeRead(refusal, prepared.uploadURL.toLocalFile())) {
+        return {FailureClass::fileUnreadable, 0};
+    }
+    if (refusal.cause) {
+        try {
+            std::rethrow_exception(refusal.cause);
+        } catch (const std::exception &cause) {
+            return ofRequest(cause, prepared);
+        }
+    }
+    return {classOfReason(refusal.code), refusal.code};
+}
+
+} // namespace
+
+Failure failureOf(const std::exception &error, const PreparedCandidate &prepared)
+{
+    Failure failure = ofRequest(error, prepared);
+    // Two readers that can't make anything of an image say more about it than one of them.
+    if (failure.failureClass == FailureClass::notUnderstood &&
+        prepared.details.value(QStringLiteral("compression_fallback_reason")) ==
+            QStringLiteral("conversion_error")) {
+        failure.failureClass = FailureClass::conversionFailed;
+    }
+    return failure;
+}
+
+} // namespace gateway::upload
