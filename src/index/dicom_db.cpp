@@ -49,6 +49,11 @@ QUrl DicomDB::fileURL(const QString &pathString) const
     return m_files.fileURL(pathString);
 }
 
+IndexExamination DicomDB::examination()
+{
+    return {m_store, m_files, m_with.parser, m_with.clock};
+}
+
 std::int64_t DicomDB::nowInMilliseconds() const
 {
     return m_with.clock.now().toMSecsSinceEpoch();

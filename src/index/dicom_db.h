@@ -4,6 +4,7 @@
 #include "index/deletion_results.h"
 #include "index/file_store.h"
 #include "index/image_object_id.h"
+#include "index/index_examination.h"
 #include "index/index_store.h"
 #include "index/local_snapshots.h"
 #include "index/pending_image_upload.h"
@@ -210,6 +211,11 @@ public:
     /// Posts "QuorinGateway.localSyncStateChanged" from the main thread, soon. Calls that come before the
     /// post share it.
     void postLocalSyncStateChanged();
+
+    // --- Examination ---------------------------------------------------------------------------------
+
+    /// What compares the index with itself and with the file store; of use as long as the index lives.
+    IndexExamination examination();
 
 private:
     struct Announcement;

@@ -42,6 +42,21 @@ private:
     bool m_moved = false;
 };
 
+/// Tells the file store that the import of a moved file is over, however it ends.
+class ImportUnderWay
+{
+public:
+    ImportUnderWay(FileStore &files, StoredFile file) : m_files(files), m_file(std::move(file)) {}
+    ~ImportUnderWay() { m_files.importEnded(m_file); }
+
+    ImportUnderWay(const ImportUnderWay &) = delete;
+    ImportUnderWay &operator=(const ImportUnderWay &) = delete;
+
+private:
+    FileStore &m_files;
+    const StoredFile m_file;
+};
+
 QString copyPatiently(FileStore &files, Patience &patience, const QString &source, ImportSource hands)
 {
     try {
@@ -77,6 +92,7 @@ StoredFile movePatiently(FileStore &files, Patience &patience, PrivateCopy &copy
     } catch (const FileError &error) {
         if (stored) {
             files.discard(*stored); // no row refers to it, and the source is where it was
+            files.importEnded(*stored);
         }
         throw GatewayImportError(Kind::moveToLocalDirectoryFailed, Blame::storage, error.message());
     }
@@ -94,6 +110,7 @@ ImportedFileSummary DicomDB::importFile(const QUrl &url, ImportSource source)
     PrivateCopy copy(m_files, copyPatiently(m_files, patience, path, source));
     const QVariantMap found = parse(m_with.parser, copy.path());
     const StoredFile stored = movePatiently(m_files, patience, copy);
+    const ImportUnderWay underWay(m_files, stored);
 
     ImportedFileSummary summary;
     summary.patientUID = elements::text(found, QStringLiteral("patientUID")).value_or(QString());

@@ -175,13 +175,50 @@ StoredFile FileStore::moveToNextNumber(const QString &copy)
             folder + QLatin1Char('/') + QString::number(m_nextNumber) + QLatin1Char('.') + extensionOf(copy);
         platform::makeFoldersDurably(folder, m_files);
         if (!QFileInfo::exists(path)) {
-            m_files.rename(copy, path);
             const StoredFile stored{path, pathStringOf(path), m_nextNumber};
+            beginImport(stored);
+            try {
+                m_files.rename(copy, path);
+            } catch (const FileError &) {
+                importEnded(stored);
+                throw;
+            }
             ++m_nextNumber;
             keepNumber();
             return stored;
         }
     }
+}
+
+void FileStore::beginImport(const StoredFile &file)
+{
+    const platform::MutexLock lock(m_mutex);
+    m_beingImported.insert(file.pathString);
+}
+
+void FileStore::importEnded(const StoredFile &file)
+{
+    const platform::MutexLock lock(m_mutex);
+    m_beingImported.remove(file.pathString);
+}
+
+bool FileStore::isBeingImported(const QString &pathString) const
+{
+    const platform::MutexLock lock(m_mutex);
+    return m_beingImported.contains(pathString);
+}
+
+std::optional<StoredFile> FileStore::numbered(const QString &pathString) const
+{
+    const QStringList parts = pathString.split(QLatin1Char('/'));
+    if (parts.size() != 2) {
+        return std::nullopt;
+    }
+    const auto bucket = numberIn(parts[0]);
+    const auto number = numberIn(parts[1].section(QLatin1Char('.'), 0, 0));
+    const bool isOurs = bucket && number && bucketOf(*number) == *bucket;
+    return isOurs ? std::optional(StoredFile{m_root + QLatin1Char('/') + pathString, pathString, *number})
+                  : std::nullopt;
 }
 
 void FileStore::keepNumber()

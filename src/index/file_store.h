@@ -2,8 +2,10 @@
 
 #include "index/db_service.h"
 #include "index/import_recorder.h"
+#include "platform/concurrency/mutex.h"
 #include "platform/concurrency/serial_queue.h"
 
+#include <QtCore/QSet>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 #include <QtCore/QUrl>
@@ -59,6 +61,16 @@ public:
     /// \throws FileError  when it could not be moved; the number then doesn't rise.
     StoredFile moveIn(const QString &copy);
 
+    /// The import of a file that was moved in is over, with rows or without them.
+    void importEnded(const StoredFile &file);
+
+    /// True from before a file gets its name in the store until its import is over: a file without rows and
+    /// without this belongs to no import any more.
+    bool isBeingImported(const QString &pathString) const;
+
+    /// The stored file of a `pathString` of the form that the store gives; nothing for any other.
+    std::optional<StoredFile> numbered(const QString &pathString) const;
+
     /// Makes the name that `moveIn` gave durable. \throws FileError
     void makeDurable(const StoredFile &file);
 
@@ -88,11 +100,15 @@ private:
     StoredFile moveToNextNumber(const QString &copy);
     void keepNumber();
     Removal remove(const QString &path);
+    void beginImport(const StoredFile &file);
 
     const QString m_root;
     platform::UserDefaults &m_defaults; // borrowed, outlives this, as the next two
     platform::Clock &m_clock;
     platform::FileSystem &m_files;
+
+    mutable platform::Mutex m_mutex;
+    QSet<QString> m_beingImported QUORIN_GUARDED_BY(m_mutex);
 
     // Touched on m_importQueue only, once constructed.
     std::int64_t m_nextNumber = 0;

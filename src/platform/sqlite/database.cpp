@@ -125,6 +125,24 @@ bool Database::inTransaction() const
     return sqlite3_get_autocommit(m_connection.get()) == 0;
 }
 
+StoppableScope::StoppableScope(Database &database, std::stop_token stop)
+    : m_connection(database.m_connection.get()), m_stop(std::move(stop)),
+      m_interrupt(m_stop, [connection = m_connection] { sqlite3_interrupt(connection); })
+{
+    // The interrupt alone is lost on a statement that hasn't begun; this alone doesn't reach into the check
+    // of a large table.
+    constexpr int kSteps = 10'000;
+    const auto isStopped = [](void *token) -> int {
+        return static_cast<const std::stop_token *>(token)->stop_requested() ? 1 : 0;
+    };
+    sqlite3_progress_handler(m_connection, kSteps, isStopped, const_cast<std::stop_token *>(&m_stop));
+}
+
+StoppableScope::~StoppableScope()
+{
+    sqlite3_progress_handler(m_connection, 0, nullptr, nullptr);
+}
+
 Transaction::Transaction(Database &database) : m_database(database)
 {
     m_database.prepare("BEGIN IMMEDIATE").run();

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <stop_token>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -61,6 +62,8 @@ public:
     bool inTransaction() const;
 
 private:
+    friend class StoppableScope;
+
     struct Closer
     {
         void operator()(sqlite3 *connection) const;
@@ -78,6 +81,24 @@ private:
 
     std::unique_ptr<sqlite3, Closer> m_connection;
     std::unique_ptr<Cache> m_cache; // nodes stay where they are when the Database moves
+};
+
+/// Lets a stop end what runs on a connection, with an SqliteError, for as long as this lives.
+///
+/// Owner: a function's scope. Thread: the Database's; the stop may be requested on any.
+class StoppableScope
+{
+public:
+    StoppableScope(Database &database, std::stop_token stop);
+    ~StoppableScope();
+
+    StoppableScope(const StoppableScope &) = delete;
+    StoppableScope &operator=(const StoppableScope &) = delete;
+
+private:
+    sqlite3 *const m_connection;
+    const std::stop_token m_stop;
+    std::stop_callback<std::function<void()>> m_interrupt;
 };
 
 /// A transaction that is rolled back unless it was committed.

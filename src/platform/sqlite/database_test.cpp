@@ -6,7 +6,10 @@
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 
+#include <latch>
 #include <optional>
+#include <stop_token>
+#include <thread>
 
 namespace gateway::platform {
 
@@ -232,6 +235,44 @@ TEST_F(SqliteTransaction, ASavepointIsUndoneAlone)
 
     EXPECT_EQ(db.integer("SELECT count(*) FROM t"), 1);
     EXPECT_EQ(db.integer("SELECT a FROM t"), 1);
+}
+
+namespace {
+
+constexpr const char *kEndless =
+    "WITH RECURSIVE n (i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n) SELECT count(*) FROM n";
+
+} // namespace
+
+TEST_F(SqliteDatabase, EndsAnEndlessStatementWhenItIsToldToStop)
+{
+    Database db = open();
+    std::stop_source stop;
+    std::latch begun(1);
+    const std::jthread other([&] {
+        begun.wait();
+        stop.request_stop();
+    });
+
+    const StoppableScope scope(db, stop.get_token());
+    begun.count_down();
+
+    EXPECT_THROW(db.integer(kEndless), SqliteError);
+}
+
+TEST_F(SqliteDatabase, BeginsNothingLongAfterAStopAndIsUsableOnceTheScopeIsOver)
+{
+    Database db = open();
+    std::stop_source stop;
+    stop.request_stop();
+    {
+        const StoppableScope scope(db, stop.get_token());
+        EXPECT_THROW(db.integer(kEndless), SqliteError);
+    }
+
+    EXPECT_EQ(db.integer("WITH RECURSIVE n (i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 100000) "
+                         "SELECT count(*) FROM n"),
+              100'000);
 }
 
 } // namespace gateway::platform

@@ -1,0 +1,112 @@
+#pragma once
+
+#include "index/import_recorder.h"
+#include "index/tally_recount.h"
+
+#include <QtCore/QList>
+#include <QtCore/QString>
+#include <QtCore/QUrl>
+#include <QtCore/QVariantMap>
+
+#include <cstdint>
+#include <optional>
+#include <stop_token>
+
+namespace gateway::platform {
+class Clock;
+class Database;
+class DicomParsing;
+} // namespace gateway::platform
+
+namespace gateway::index {
+
+class FileStore;
+class IndexStore;
+
+/// A stored file as the rows know it.
+struct RecordedFile
+{
+    QString storagePath;
+    bool isSynced = false;     ///< every row of it is
+    bool isInProgress = false; ///< a row of it is in a running upload, or was in one that died
+
+    bool operator==(const RecordedFile &) const = default;
+};
+
+/// A file of the store that no row refers to.
+struct UnrecordedFile
+{
+    enum class Kind
+    {
+        none,        ///< it is recorded after all, about to be, or about to be removed, or it has gone
+        image,       ///< an image that the index doesn't have
+        earlierCopy, ///< another copy of an image whose rows refer to a file that is there
+        unreadable   ///< no image that could be recorded
+    };
+
+    Kind kind = Kind::none;
+    std::optional<StoredFile> place; ///< where it has the place that the store would give it
+    QUrl fileURL;
+    QVariantMap elements; ///< of an image
+};
+
+/// The index compared with itself and with the file store, in small steps that a live index goes on beside.
+///
+/// Nothing here removes a row or a file. Reads end with an SqliteError when their stop is requested. Each
+/// function throws SqliteError.
+///
+/// Owner: a value for the length of an examination; the index outlives it. Thread: any.
+class IndexExamination
+{
+public:
+    IndexExamination(IndexStore &store,
+                     FileStore &files,
+                     platform::DicomParsing &parser,
+                     platform::Clock &clock)
+        : m_store(store), m_files(files), m_parser(parser), m_clock(clock)
+    {
+    }
+
+    /// What SQLite finds wrong with the file itself: 0 for a sound one.
+    std::int64_t complaints(const std::stop_token &stop) const;
+
+    TallyDifferences tallyDifferences(const std::stop_token &stop) const;
+
+    /// Counts everything anew, in one transaction.
+    void mendTallies();
+
+    /// The next files behind `after` that rows refer to, by their path, at most `limit`.
+    QList<RecordedFile> recordedFiles(const QString &after, int limit, const std::stop_token &stop) const;
+
+    /// The same for one file as it is now; nothing when no row refers to it any more.
+    std::optional<RecordedFile> recordedFile(const QString &storagePath) const;
+
+    /// Rows that name no file, which no upload can reach.
+    std::int64_t rowsWithoutFile(const std::stop_token &stop) const;
+
+    std::int64_t pendingRemovals() const;
+
+    /// What the file of this path is, given that somebody saw it in the store. A file that an import has just
+    /// moved in is never taken for one without rows.
+    ///
+    /// \throws std::exception  when the reader of images broke down: nothing is known then.
+    UnrecordedFile lookAt(const QString &pathString) const;
+
+    /// Records an image where it lies, unless somebody else did or its rows have a file by now: an image
+    /// without a file gets one so, and a later copy takes the place of an earlier one.
+    ///
+    /// \param file  of kind `image`, in its place.
+    /// \return false when there was nothing to record any more.
+    bool record(const UnrecordedFile &file);
+
+private:
+    bool isSpokenFor(platform::Database &database, const QString &pathString) const;
+    bool hasFileAlready(platform::Database &database, const UnrecordedFile &file) const;
+
+    IndexStore &m_store;
+    FileStore &m_files;
+    platform::DicomParsing &m_parser;
+    platform::Clock &m_clock;
+};
+
+} // namespace gateway::index
