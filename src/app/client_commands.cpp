@@ -4,6 +4,8 @@
 #include "app/command_requests.h"
 #include "app/console.h"
 #include "app/control_client.h"
+#include "app/doctor_commands.h"
+#include "app/doctor_report.h"
 #include "app/import_client.h"
 #include "app/log_commands.h"
 #include "app/offline_commands.h"
@@ -26,6 +28,9 @@ constexpr std::chrono::seconds kPatience{150};
 
 /// Long enough for large files on a slow line.
 constexpr std::chrono::hours kReportPatience{6};
+
+/// Every stored file is looked at, and there may be millions.
+constexpr std::chrono::hours kDoctorPatience{24};
 
 constexpr std::chrono::seconds kWatchInterval{2};
 
@@ -110,6 +115,17 @@ public:
         });
     }
 
+    ExitCode operator()(const DoctorCommand &command) const
+    {
+        bool isWell = false;
+        const ExitCode code =
+            finish(askOrWork(doctorRequest(command), kDoctorPatience), [&](const QJsonObject &found) {
+                isWell = found.value(QStringLiteral("well")).toBool();
+                return command.asJson ? jsonLine(found) : doctorText(found);
+            });
+        return code == ExitCode::done && !isWell ? ExitCode::failed : code;
+    }
+
     ExitCode operator()(const LogsCommand &command) const { return showLogs(m_layout.logFolder, command); }
 
     ExitCode operator()(const TermsCommand &command) const
@@ -180,9 +196,10 @@ private:
         return askInstance(m_layout.controlSocket(), request, patience).value_or(noInstance());
     }
 
-    ControlReply askOrWork(const ControlRequest &request) const
+    ControlReply askOrWork(const ControlRequest &request,
+                           std::chrono::milliseconds patience = kPatience) const
     {
-        const std::optional<ControlReply> reply = askInstance(m_layout.controlSocket(), request, kPatience);
+        const std::optional<ControlReply> reply = askInstance(m_layout.controlSocket(), request, patience);
         return reply ? *reply : workWithoutInstance(m_layout, m_options, request);
     }
 

@@ -22,6 +22,7 @@ struct Raw
     bool json = false, watch = false;
     std::string level = "all", category = "all", searchText;
     bool follow = false;
+    bool repair = false;
     std::string key, value;
     std::string description;
     bool reproducible = false, duringImport = false, duringOpening = false;
@@ -87,6 +88,13 @@ void addLogs(CLI::App &app, Raw &raw)
     logs->add_option("--search", raw.searchText, "Text in action, hashes, correlation, error or details")
         ->type_name("TEXT");
     logs->add_flag("--json", raw.json, "As the log files have it, one JSON object a line");
+}
+
+void addDoctor(CLI::App &app, Raw &raw)
+{
+    CLI::App *doctor = app.add_subcommand("doctor", "Say what is wrong with the kept images, and mend it");
+    doctor->add_flag("--repair", raw.repair, "Mend what can be mended; no image is ever removed");
+    doctor->add_flag("--json", raw.json, "As one JSON object");
 }
 
 void addOthers(CLI::App &app, Raw &raw)
@@ -234,6 +242,9 @@ std::optional<Command> command(const CLI::App &app, const Raw &raw)
     if (app.got_subcommand("settings")) {
         return settingsCommand(*app.get_subcommand("settings"), raw);
     }
+    if (app.got_subcommand("doctor")) {
+        return DoctorCommand{raw.repair, raw.json};
+    }
     if (app.got_subcommand("logs")) {
         return LogsCommand{text(raw.level), text(raw.category), text(raw.searchText), raw.json, raw.follow};
     }
@@ -281,6 +292,7 @@ std::variant<Invocation, CommandLineEnd> parseCommandLine(const QStringList &arg
     addTerms(app, raw);
     addAccount(app, raw);
     addReport(app, raw);
+    addDoctor(app, raw);
 
     // CLI11 takes the arguments last first.
     std::vector<std::string> reversed;

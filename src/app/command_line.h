@@ -120,6 +120,13 @@ struct ReportCommand
     QStringList attachments; ///< paths as typed
 };
 
+/// Compare what is recorded with what is there.
+struct DoctorCommand
+{
+    bool repair = false;
+    bool asJson = false;
+};
+
 using Command = std::variant<RunHeadless,
                              SetupCommand,
                              SignInCommand,
@@ -131,7 +138,8 @@ using Command = std::variant<RunHeadless,
                              LogsCommand,
                              TermsCommand,
                              AccountCommand,
-                             ReportCommand>;
+                             ReportCommand,
+                             DoctorCommand>;
 
 /// What the program was asked to do.
 struct Invocation

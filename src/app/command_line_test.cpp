@@ -257,5 +257,16 @@ TEST_F(CommandLine, ReadsAReportWithItsFiles)
     EXPECT_EQ(ending({u"report"_qs}).exitCode, 2);
 }
 
+TEST_F(CommandLine, TakesWhatTheDoctorMayDo)
+{
+    const Invocation plain = invocation({u"doctor"_qs});
+    const Invocation full = invocation({u"doctor"_qs, u"--repair"_qs, u"--json"_qs});
+
+    EXPECT_FALSE(std::get<DoctorCommand>(plain.command).repair);
+    EXPECT_FALSE(std::get<DoctorCommand>(plain.command).asJson);
+    EXPECT_TRUE(std::get<DoctorCommand>(full.command).repair);
+    EXPECT_TRUE(std::get<DoctorCommand>(full.command).asJson);
+}
+
 } // namespace
 } // namespace gateway::app

@@ -5,6 +5,7 @@
 #include <QtCore/QString>
 
 #include <optional>
+#include <stop_token>
 
 namespace gateway::app {
 
@@ -23,6 +24,8 @@ struct ControlRequest
 {
     QString command;
     QJsonObject arguments;
+
+    std::stop_token hungUp = {}; ///< requested when the caller has gone and nobody waits for the answer
 };
 
 /// What the instance answers: one JSON object on one line, `{"code": 0, "result": {...}}` or

@@ -9,7 +9,9 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <stop_token>
 
+#include <poll.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -23,6 +25,8 @@ struct ControlServer::Caller
     QByteArray unsent;
     std::unique_ptr<QSocketNotifier> readable;
     std::unique_ptr<QSocketNotifier> writable;
+    std::stop_source gone;
+    bool hasAsked = false;
 
     ~Caller()
     {
@@ -116,6 +120,10 @@ void ControlServer::read(std::uint64_t id)
         return;
     }
     Caller &caller = *found->second;
+    if (caller.hasAsked) {
+        lookForHangUp(id, caller);
+        return;
+    }
     std::array<char, 65536> chunk{};
     const ssize_t count = ::recv(caller.descriptor, chunk.data(), chunk.size(), 0);
     if (count < 0 && (errno == EAGAIN || errno == EINTR)) {
@@ -129,11 +137,24 @@ void ControlServer::read(std::uint64_t id)
     caller.received.append(chunk.data(), count);
     const qsizetype end = caller.received.indexOf('\n', before);
     if (end >= 0) {
-        // One request a connection: what follows it is of no interest.
-        caller.readable->setEnabled(false);
+        caller.hasAsked = true;
         handleLine(id, caller.received.left(end));
     } else if (caller.received.size() > kMaxControlLine) {
         hangUp(id);
+    }
+}
+
+/// One request a connection: what follows it is of no interest, but for the end.
+void ControlServer::lookForHangUp(std::uint64_t id, Caller &caller)
+{
+    pollfd peer{caller.descriptor, 0, 0};
+    if (::poll(&peer, 1, 0) > 0 && (peer.revents & (POLLHUP | POLLERR)) != 0) {
+        hangUp(id);
+        return;
+    }
+    std::array<char, 4096> chunk{};
+    if (::recv(caller.descriptor, chunk.data(), chunk.size(), 0) == 0) {
+        caller.readable->setEnabled(false); // it only has nothing more to say, and still listens
     }
 }
 
@@ -145,6 +166,9 @@ void ControlServer::handleLine(std::uint64_t id, const QByteArray &line)
                ControlReply::failure(QStringLiteral("This is not a request that the gateway knows."),
                                      ExitCode::usage));
         return;
+    }
+    if (const auto found = m_callers.find(id); found != m_callers.end()) {
+        request->hungUp = found->second->gone.get_token();
     }
     m_handler(*std::move(request), [self = QPointer<ControlServer>(this), id](const ControlReply &reply) {
         if (self) {
@@ -186,7 +210,10 @@ void ControlServer::write(std::uint64_t id)
 
 void ControlServer::hangUp(std::uint64_t id)
 {
-    m_callers.erase(id);
+    // Taken out first: whoever hears of it may come back here.
+    if (const auto caller = m_callers.extract(id)) {
+        caller.mapped()->gone.request_stop();
+    }
 }
 
 } // namespace gateway::app

@@ -39,7 +39,7 @@ public:
     using Answer = std::function<void(ControlReply)>;
 
     /// Called for each request; `answer` may be called later, once, on main. An answer for a caller that
-    /// has gone is dropped.
+    /// has gone is dropped; the request's `hungUp` tells of it.
     using Handler = std::function<void(ControlRequest request, Answer answer)>;
 
     static constexpr std::size_t kMaxCallers = 32;
@@ -56,6 +56,7 @@ private:
 
     void accept();
     void read(std::uint64_t id);
+    void lookForHangUp(std::uint64_t id, Caller &caller);
     void handleLine(std::uint64_t id, const QByteArray &line);
     void answer(std::uint64_t id, const ControlReply &reply);
     void write(std::uint64_t id);

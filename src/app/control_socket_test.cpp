@@ -90,6 +90,56 @@ TEST_F(ControlSocket, AnswersARequest)
     EXPECT_EQ(reply->result.value(u"heard"_qs).toString(), u"status"_qs);
 }
 
+TEST_F(ControlSocket, TellsTheHandlerThatItsCallerHasHungUp)
+{
+    std::stop_token hungUp;
+    bool isAsked = false;
+    const ControlServer server(m_path, [&](const ControlRequest &request, const ControlServer::Answer &) {
+        hungUp = request.hungUp;
+        isAsked = true;
+    });
+    const int caller = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const ControlAddress address(m_path);
+    ASSERT_EQ(::connect(caller, address.address(), address.size()), 0);
+    const QByteArray line = encode(ControlRequest{u"doctor"_qs, {}}) + "and more that nobody reads";
+    ASSERT_EQ(::send(caller, line.constData(), static_cast<std::size_t>(line.size()), MSG_NOSIGNAL),
+              line.size());
+    while (!isAsked) {
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+    }
+    EXPECT_FALSE(hungUp.stop_requested());
+
+    ::close(caller);
+    while (!hungUp.stop_requested()) {
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+    }
+
+    EXPECT_TRUE(hungUp.stop_requested());
+}
+
+TEST_F(ControlSocket, DoesNotTakeACallerForGoneThatOnlyHasNothingMoreToSay)
+{
+    ControlServer::Answer waiting;
+    std::stop_token hungUp;
+    const ControlServer server(m_path, [&](const ControlRequest &request, ControlServer::Answer answer) {
+        waiting = std::move(answer);
+        hungUp = request.hungUp;
+        QMetaObject::invokeMethod(
+            QCoreApplication::instance(),
+            [&] {
+                QCoreApplication::processEvents(); // the end of what it says arrives
+                EXPECT_FALSE(hungUp.stop_requested());
+                waiting(ControlReply::success());
+            },
+            Qt::QueuedConnection);
+    });
+
+    QByteArray heard;
+    runBeside([&] { heard = converse(m_path, encode(ControlRequest{u"status"_qs, {}})); });
+
+    EXPECT_TRUE(decodeReply(heard.trimmed()).has_value());
+}
+
 TEST_F(ControlSocket, AnswersLaterToo)
 {
     ControlServer::Answer waiting;

@@ -108,7 +108,8 @@ Gateway::Gateway(Options options)
       m_cloudWatch(watchCollaborators()), m_termsDesk(termsCollaborators()),
       m_accountDesk(accountCollaborators()), m_store(makeStore()), m_stateIndex(m_index),
       m_state(stateParts()), m_delegate(std::make_shared<AppDelegate>(delegateCollaborators())),
-      m_commands(std::make_shared<InstanceCommands>(commandCollaborators())), m_health(makeHealthService())
+      m_commands(std::make_shared<InstanceCommands>(commandCollaborators())), m_doctor(makeDoctor()),
+      m_health(makeHealthService())
 {
     m_converter.sweepLeftovers();
 }
@@ -324,6 +325,15 @@ AccountDesk::Collaborators Gateway::accountCollaborators()
     return {m_userApi, m_bugReportApi, m_defaults, m_notifications, m_main, m_cloudPool, m_auth};
 }
 
+std::shared_ptr<DoctorCommands> Gateway::makeDoctor()
+{
+    return std::make_shared<DoctorCommands>(
+        m_index,
+        m_main,
+        [this] { return incomingFolder(m_settings, m_options.layout); },
+        [this] { m_store->requestUpload(QStringLiteral("doctor")); });
+}
+
 void Gateway::launch()
 {
     m_delegate->applicationDidFinishLaunching();
@@ -340,7 +350,11 @@ void Gateway::terminate()
 
 void Gateway::handle(const ControlRequest &request, const InstanceCommands::Answer &answer)
 {
-    m_commands->handle(request, answer);
+    if (request.command == requests::kDoctor) {
+        m_doctor->examine(request, answer);
+    } else {
+        m_commands->handle(request, answer);
+    }
 }
 
 } // namespace gateway::app

@@ -5,6 +5,7 @@
 #include "app/app_delegate.h"
 #include "app/cloud_watch.h"
 #include "app/control_protocol.h"
+#include "app/doctor_commands.h"
 #include "app/event_counts.h"
 #include "app/headless_face.h"
 #include "app/health_service.h"
@@ -106,6 +107,7 @@ private:
     state::GatewayAppStateParts stateParts();
     AppDelegate::Collaborators delegateCollaborators();
     InstanceCommands::Collaborators commandCollaborators();
+    std::shared_ptr<DoctorCommands> makeDoctor();
     std::unique_ptr<HealthService> makeHealthService();
 
     const Options m_options;
@@ -161,6 +163,7 @@ private:
     state::GatewayAppState m_state; // behind the store, whose listener it asks for
     std::shared_ptr<AppDelegate> m_delegate;
     std::shared_ptr<InstanceCommands> m_commands;
+    std::shared_ptr<DoctorCommands> m_doctor;
     std::unique_ptr<HealthService> m_health;
 };
 

@@ -1,6 +1,7 @@
 #include "app/offline_commands.h"
 
 #include "app/command_requests.h"
+#include "app/doctor_commands.h"
 #include "app/settings_commands.h"
 #include "core/settings.h"
 #include "platform/defaults/user_defaults.h"
@@ -55,6 +56,9 @@ workWithoutInstance(const HomeLayout &layout, const GlobalOptions &options, cons
         core::Settings settings(defaults);
         if (request.command == requests::kSetup) {
             return setUp(request, options.bindAddress, settings, defaults);
+        }
+        if (request.command == requests::kDoctor) {
+            return examineWithoutInstance(layout, defaults, settings, request);
         }
         SettingsCatalogue catalogue(settings, defaults);
         return answerSettings(catalogue, request).reply;

@@ -6,7 +6,8 @@
 
 namespace gateway::app {
 
-/// Carries out a settings or setup request when no instance runs; for its length this process owns the home.
+/// Carries out a settings, setup or doctor request when no instance runs; for its length this process owns
+/// the home.
 ///
 /// Setup then asks the system for the port in place of starting the listener, and leaves the same marks.
 ///

@@ -102,6 +102,11 @@ std::optional<RecordedFile> IndexExamination::recordedFile(const QString &storag
     });
 }
 
+bool IndexExamination::isNumbered(const QString &storagePath) const
+{
+    return m_files.numbered(storagePath).has_value();
+}
+
 std::int64_t IndexExamination::rowsWithoutFile(const std::stop_token &stop) const
 {
     return m_store.read([&](Database &database) {

@@ -81,6 +81,9 @@ public:
     /// The same for one file as it is now; nothing when no row refers to it any more.
     std::optional<RecordedFile> recordedFile(const QString &storagePath) const;
 
+    /// True for a path of the form that the store gives.
+    bool isNumbered(const QString &storagePath) const;
+
     /// Rows that name no file, which no upload can reach.
     std::int64_t rowsWithoutFile(const std::stop_token &stop) const;
 

@@ -1,0 +1,125 @@
+#include "app/doctor_commands.h"
+
+#include "app/doctor_report.h"
+#include "doctor/doctor.h"
+#include "index/schema.h"
+#include "platform/concurrency/clock.h"
+#include "platform/dicom/dicom_file.h"
+#include "platform/dicom/helper_process.h"
+#include "platform/dicom/worker_process_pool.h"
+#include "platform/files/file_system.h"
+#include "platform/files/home_lock.h"
+#include "platform/notifications/notification_center.h"
+#include "receive/folder_bookmark.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace gateway::app {
+
+namespace {
+
+const QString kRepair = QStringLiteral("repair");
+
+bool recordedImages(const doctor::Diagnosis &diagnosis)
+{
+    return std::ranges::any_of(diagnosis.findings, [](const doctor::Finding &finding) {
+        return finding.kind == doctor::FindingKind::unrecordedImage && finding.mended > 0;
+    });
+}
+
+} // namespace
+
+ControlRequest doctorRequest(const DoctorCommand &command)
+{
+    return {requests::kDoctor, {{kRepair, command.repair}}};
+}
+
+DoctorCommands::DoctorCommands(index::DicomDB &index,
+                               platform::MainExecutor &main,
+                               std::function<QString()> incomingFolder,
+                               std::function<void()> onImagesRecorded)
+    : m_index(index), m_main(main), m_incomingFolder(std::move(incomingFolder)),
+      m_onImagesRecorded(std::move(onImagesRecorded))
+{
+}
+
+void DoctorCommands::examine(const ControlRequest &request, const Answer &answer)
+{
+    if (m_isExamining) {
+        answer(ControlReply::failure(QStringLiteral("Another examination is under way; try again later.")));
+        return;
+    }
+    m_isExamining = true;
+    const bool repair = request.arguments.value(kRepair).toBool();
+    m_task = platform::Task("doctor",
+                            [weak = weak_from_this(),
+                             &index = m_index,
+                             &main = m_main,
+                             folder = m_incomingFolder(),
+                             repair,
+                             hungUp = request.hungUp,
+                             answer](const std::stop_token &quitting) {
+                                std::stop_source stop;
+                                const auto end = [&stop] { stop.request_stop(); };
+                                const std::stop_callback whenQuitting(quitting, end);
+                                const std::stop_callback whenHungUp(hungUp, end);
+                                const doctor::Diagnosis diagnosis =
+                                    doctor::Doctor(index, folder).examine(repair, stop.get_token());
+                                main.post(weak, [weak, diagnosis, repair, answer] {
+                                    if (const auto self = weak.lock()) {
+                                        self->finish(diagnosis, repair, answer);
+                                    }
+                                });
+                            });
+}
+
+void DoctorCommands::finish(const doctor::Diagnosis &diagnosis, bool repair, const Answer &answer)
+{
+    m_isExamining = false;
+    if (recordedImages(diagnosis)) {
+        m_onImagesRecorded();
+    }
+    answer(diagnosis.wasStopped ? ControlReply::failure(QStringLiteral("The examination was ended."))
+                                : ControlReply::success(toJson(diagnosis, repair)));
+}
+
+QString incomingFolder(const core::Settings &settings, const HomeLayout &layout)
+{
+    if (const std::optional<QByteArray> bookmark = settings.listenerDestinationFolderBookmark.get()) {
+        if (const auto resolved = receive::resolveFolderBookmark(*bookmark)) {
+            return resolved->path;
+        }
+    }
+    return settings.listenerDestinationFolder.get().value_or(layout.incomingFolder);
+}
+
+ControlReply examineWithoutInstance(const HomeLayout &layout,
+                                    platform::UserDefaults &defaults,
+                                    const core::Settings &settings,
+                                    const ControlRequest &request)
+{
+    const auto indexLock = platform::HomeLock::tryLock(layout.indexLockFile());
+    if (!indexLock) {
+        return ControlReply::failure(QStringLiteral("The index is used by another process."));
+    }
+    platform::SystemClock clock;
+    platform::MainExecutor main;
+    platform::NotificationCenter notifications;
+    platform::WorkerProcessPool parserProcesses(1, platform::helperProgramPath());
+    platform::DicomFile parser(parserProcesses, clock);
+    try {
+        index::DicomDB index({layout.indexFile, layout.fileStore},
+                             {defaults, parser, notifications, main, clock, platform::systemFiles()});
+        const bool repair = request.arguments.value(kRepair).toBool();
+        doctor::Doctor doctor(index, incomingFolder(settings, layout));
+        return ControlReply::success(toJson(doctor.examine(repair, request.hungUp), repair));
+    } catch (const index::IndexOpenError &error) {
+        return ControlReply::failure(
+            QStringLiteral("The index can't be opened: %1. Restore it from a backup; or move it away and run "
+                           "doctor --repair, which records the stored images anew.")
+                .arg(error.message()));
+    }
+}
+
+} // namespace gateway::app

@@ -1,0 +1,66 @@
+#pragma once
+
+#include "app/command_line.h"
+#include "app/control_protocol.h"
+#include "app/home_layout.h"
+#include "core/settings.h"
+#include "doctor/diagnosis.h"
+#include "index/dicom_db.h"
+#include "platform/concurrency/main_executor.h"
+#include "platform/concurrency/task.h"
+#include "platform/defaults/user_defaults.h"
+
+#include <functional>
+#include <memory>
+
+namespace gateway::app {
+
+namespace requests {
+
+inline const QString kDoctor = QStringLiteral("doctor");
+
+} // namespace requests
+
+ControlRequest doctorRequest(const DoctorCommand &command);
+
+/// The running instance's side of `doctor`: one examination at a time, on a thread of its own, ended when its
+/// caller hangs up.
+///
+/// Owner: Gateway, as a shared pointer. Thread: main.
+class DoctorCommands : public std::enable_shared_from_this<DoctorCommands>
+{
+public:
+    using Answer = std::function<void(ControlReply)>;
+
+    /// \param index, main       outlive this.
+    /// \param incomingFolder    where received files arrive, asked for at each examination.
+    /// \param onImagesRecorded  called when images were recorded that wait for their upload now.
+    DoctorCommands(index::DicomDB &index,
+                   platform::MainExecutor &main,
+                   std::function<QString()> incomingFolder,
+                   std::function<void()> onImagesRecorded);
+
+    /// Answers when the examination is over.
+    void examine(const ControlRequest &request, const Answer &answer);
+
+private:
+    void finish(const doctor::Diagnosis &diagnosis, bool repair, const Answer &answer);
+
+    index::DicomDB &m_index;
+    platform::MainExecutor &m_main;
+    const std::function<QString()> m_incomingFolder;
+    const std::function<void()> m_onImagesRecorded;
+    bool m_isExamining = false;
+    platform::Task m_task; // last: joined before the fields go
+};
+
+/// The folder in which received files arrive by the settings.
+QString incomingFolder(const core::Settings &settings, const HomeLayout &layout);
+
+/// Carries the request out when no instance runs. The caller owns the home. Thread: main; blocks.
+ControlReply examineWithoutInstance(const HomeLayout &layout,
+                                    platform::UserDefaults &defaults,
+                                    const core::Settings &settings,
+                                    const ControlRequest &request);
+
+} // namespace gateway::app

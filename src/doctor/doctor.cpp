@@ -1,0 +1,337 @@
+#include "doctor/doctor.h"
+
+#include "index/gateway_import_error.h"
+#include "log/redaction.h"
+#include "platform/dicom/inbox_files.h"
+#include "platform/sqlite/sqlite_error.h"
+
+#include <QtCore/QDir>
+#include <QtCore/QFileInfo>
+
+#include <algorithm>
+#include <map>
+#include <utility>
+
+namespace gateway::doctor {
+
+using index::RecordedFile;
+using index::UnrecordedFile;
+using platform::SqliteError;
+
+namespace {
+
+FileName nameOf(const QUrl &fileURL, const QString &storagePath = {}, const QString &instanceUID = {})
+{
+    return {storagePath,
+            log::hashedFileURL(fileURL).value_or(QString()),
+            log::hashedIdentifier(instanceUID).value_or(QString())};
+}
+
+/// Names of numbers in the order of the numbers.
+QStringList byNumber(QStringList names)
+{
+    std::ranges::sort(names, [](const QString &left, const QString &right) {
+        const auto number = [](const QString &name) { return name.section(u'.', 0, 0); };
+        return std::pair(number(left).size(), left) < std::pair(number(right).size(), right);
+    });
+    return names;
+}
+
+/// One examination.
+class Round
+{
+public:
+    Round(index::DicomDB &index, bool repair, const std::stop_token &stop)
+        : m_index(index), m_examination(index.examination()), m_repairs(repair), m_stop(stop)
+    {
+    }
+
+    /// Runs a part of the examination; what goes wrong with the index in it is a finding.
+    template <typename Part>
+    void step(Part part)
+    {
+        if (m_stop.stop_requested()) {
+            return;
+        }
+        try {
+            part();
+        } catch (const SqliteError &error) {
+            if (!m_stop.stop_requested()) {
+                giveUpOn(error.saysDamaged() ? FindingKind::indexDamaged : FindingKind::indexNotAnswering);
+            }
+        }
+    }
+
+    void checkIndex()
+    {
+        if (const std::int64_t complaints = m_examination.complaints(m_stop); complaints > 0) {
+            giveUpOn(FindingKind::indexDamaged, complaints);
+        }
+    }
+
+    void recount()
+    {
+        const index::TallyDifferences found = m_examination.tallyDifferences(m_stop);
+        const bool mends = m_repairs && found != index::TallyDifferences();
+        add(FindingKind::wrongCount, found.counts);
+        add(FindingKind::wrongState, found.states);
+        if (mends) {
+            m_examination.mendTallies();
+            addMended(FindingKind::wrongCount, found.counts);
+            addMended(FindingKind::wrongState, found.states);
+            m_index.postLocalSyncStateChanged();
+        }
+    }
+
+    void walkStore() { walk(QString()); }
+
+    void walkRows()
+    {
+        constexpr int kFilesOfAPage = 1000;
+        QString last;
+        for (auto page = m_examination.recordedFiles(last, kFilesOfAPage, m_stop); !page.isEmpty();
+             page = m_examination.recordedFiles(last, kFilesOfAPage, m_stop)) {
+            for (const RecordedFile &file : std::as_const(page)) {
+                if (m_stop.stop_requested()) {
+                    return;
+                }
+                lookFor(file);
+            }
+            last = page.last().storagePath;
+        }
+        add(FindingKind::rowWithoutFile, m_examination.rowsWithoutFile(m_stop));
+    }
+
+    void lookAtRemovals()
+    {
+        const std::int64_t waiting = m_examination.pendingRemovals();
+        add(FindingKind::waitsForRemoval, waiting);
+        if (m_repairs && waiting > 0) {
+            m_index.finishRemovals();
+            addMended(FindingKind::waitsForRemoval, waiting - m_examination.pendingRemovals());
+        }
+    }
+
+    void lookAtInbox(const QString &folder)
+    {
+        for (const QString &path : platform::completeInboxFiles(folder)) {
+            add(FindingKind::waitsInInbox, 1, nameOf(QUrl::fromLocalFile(path)));
+        }
+        const QDir rejected(folder + QStringLiteral("/.rejected"));
+        for (const QString &name : rejected.entryList(QDir::Files | QDir::Hidden, QDir::Name)) {
+            add(FindingKind::rejectedObject, 1, nameOf(QUrl::fromLocalFile(rejected.filePath(name))));
+        }
+    }
+
+    void readFailures()
+    {
+        QList<FailedFiles> &failures = m_found.failures;
+        for (const index::UploadFailureCount &count : m_index.uploadFailureCounts()) {
+            failures.append({{core::failureClassOf(count.failureClass), count.failureCode}, count.files, {}});
+        }
+        const auto lacksExamples = [](const FailedFiles &group) {
+            return group.examples.size() < std::min<qint64>(kMostExamples, group.count);
+        };
+        constexpr int kFailuresOfAPage = 500;
+        index::UploadFailureCursor cursor;
+        while (std::ranges::any_of(failures, lacksExamples) && !m_stop.stop_requested()) {
+            const auto page = m_index.uploadFailures(kFailuresOfAPage, cursor);
+            if (page.isEmpty()) {
+                return;
+            }
+            for (const index::UploadFailure &failure : page) {
+                addExample(failure);
+            }
+        }
+    }
+
+    Diagnosis result() &&
+    {
+        for (const auto &[kind, finding] : m_byKind) {
+            m_found.findings.append(finding);
+        }
+        m_found.wasStopped = m_stop.stop_requested();
+        return std::move(m_found);
+    }
+
+private:
+    /// From here on nothing is mended: what is read from such an index is no ground to change anything.
+    void giveUpOn(FindingKind kind, std::int64_t complaints = 1)
+    {
+        add(kind, complaints);
+        m_repairs = false;
+    }
+
+    Finding &finding(FindingKind kind)
+    {
+        Finding &found = m_byKind[kind];
+        found.kind = kind;
+        return found;
+    }
+
+    void add(FindingKind kind, std::int64_t count)
+    {
+        if (count > 0) {
+            finding(kind).count += count;
+        }
+    }
+
+    void add(FindingKind kind, std::int64_t count, const FileName &example)
+    {
+        Finding &found = finding(kind);
+        found.count += count;
+        if (found.examples.size() < kMostExamples) {
+            found.examples.append(example);
+        }
+    }
+
+    void addMended(FindingKind kind, std::int64_t count)
+    {
+        if (count > 0) {
+            finding(kind).mended += count;
+        }
+    }
+
+    void addExample(const index::UploadFailure &failure)
+    {
+        const core::Failure why{core::failureClassOf(failure.failureClass), failure.failureCode};
+        for (FailedFiles &group : m_found.failures) {
+            if (group.failure == why && group.examples.size() < kMostExamples) {
+                group.examples.append(nameOf(failure.fileURL, failure.storagePath, failure.sopInstanceUID));
+                return;
+            }
+        }
+    }
+
+    /// \param folder  below the store's root; empty for the root. What is hidden isn't stored.
+    void walk(const QString &folder)
+    {
+        const QDir here(m_index.fileURL(folder).toLocalFile());
+        const QString prefix = folder.isEmpty() ? QString() : folder + u'/';
+        for (const QString &name : byNumber(here.entryList(QDir::Files | QDir::NoSymLinks))) {
+            if (m_stop.stop_requested()) {
+                return;
+            }
+            ++m_found.storedFiles;
+            lookAt(prefix + name);
+        }
+        for (const QString &name :
+             byNumber(here.entryList(QDir::Dirs | QDir::NoDotAndDotDot | QDir::NoSymLinks))) {
+            walk(prefix + name);
+        }
+    }
+
+    void lookAt(const QString &pathString)
+    {
+        UnrecordedFile file;
+        try {
+            file = m_examination.lookAt(pathString);
+        } catch (const SqliteError &) {
+            throw;
+        } catch (const std::exception &) {
+            add(FindingKind::unexaminedFile, 1, nameOf(m_index.fileURL(pathString)));
+            return;
+        }
+        const FileName name = nameOf(file.fileURL,
+                                     file.place ? pathString : QString(),
+                                     file.elements.value(QStringLiteral("SOPUID")).toString());
+        switch (file.kind) {
+        case UnrecordedFile::Kind::none:
+            return;
+        case UnrecordedFile::Kind::image:
+            add(FindingKind::unrecordedImage, 1, name);
+            if (m_repairs && record(file)) {
+                addMended(FindingKind::unrecordedImage, 1);
+                m_index.postLocalSyncStateChanged();
+            }
+            return;
+        case UnrecordedFile::Kind::earlierCopy:
+            add(FindingKind::earlierCopy, 1, name);
+            return;
+        case UnrecordedFile::Kind::unreadable:
+            // A name that the store gave was given to an image once.
+            add(file.place ? FindingKind::unreadableFile : FindingKind::foreignFile, 1, name);
+            return;
+        }
+    }
+
+    /// Records a file where it lies; one that somebody put elsewhere is taken in as a copy.
+    bool record(const UnrecordedFile &file)
+    {
+        if (file.place) {
+            m_examination.record(file);
+            return true;
+        }
+        try {
+            m_index.importFile(file.fileURL);
+            return true;
+        } catch (const index::GatewayImportError &) {
+            return false;
+        }
+    }
+
+    bool isThere(const QString &storagePath) const
+    {
+        return QFileInfo(m_index.fileURL(storagePath.trimmed()).toLocalFile()).isFile();
+    }
+
+    void lookFor(const RecordedFile &seen)
+    {
+        ++m_found.recordedFiles;
+        if (seen.storagePath.trimmed().isEmpty() || isThere(seen.storagePath)) {
+            return;
+        }
+        // Rows go before their file does, and the file is there before they are: rows that are there after
+        // the look lack their file.
+        const std::optional<RecordedFile> file = m_examination.recordedFile(seen.storagePath);
+        if (!file || isThere(seen.storagePath)) {
+            return;
+        }
+        const QUrl fileURL = m_index.fileURL(file->storagePath.trimmed());
+        const bool isNumbered = m_examination.isNumbered(file->storagePath);
+        const FileName name = nameOf(fileURL, isNumbered ? file->storagePath : QString());
+        if (!QFileInfo(QFileInfo(fileURL.toLocalFile()).path()).isDir()) {
+            add(FindingKind::folderGone, 1, name);
+        } else if (file->isSynced) {
+            add(FindingKind::fileGoneAfterUpload, 1, name);
+        } else {
+            add(FindingKind::fileGone, 1, name);
+            markFailed(*file);
+        }
+    }
+
+    /// What the next upload would do, done now; an upload under way does it itself.
+    void markFailed(const RecordedFile &file)
+    {
+        if (!m_repairs || file.isInProgress) {
+            return;
+        }
+        m_index.recordUploadResult({}, file.storagePath, false);
+        m_index.recordUploadFailure(
+            file.storagePath, QString(core::rawValue(core::FailureClass::fileMissing)), 0);
+    }
+
+    index::DicomDB &m_index;
+    index::IndexExamination m_examination;
+    bool m_repairs;
+    const std::stop_token m_stop;
+    Diagnosis m_found;
+    std::map<FindingKind, Finding> m_byKind;
+};
+
+} // namespace
+
+Diagnosis Doctor::examine(bool repair, const std::stop_token &stop)
+{
+    Round round(m_index, repair, stop);
+    round.step([&] { round.checkIndex(); });
+    round.step([&] { round.recount(); });
+    round.step([&] { round.walkStore(); });
+    round.step([&] { round.walkRows(); });
+    round.step([&] { round.lookAtRemovals(); });
+    round.step([&] { round.lookAtInbox(m_incomingFolder); });
+    round.step([&] { round.readFailures(); });
+    return std::move(round).result();
+}
+
+} // namespace gateway::doctor

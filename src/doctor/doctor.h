@@ -1,0 +1,38 @@
+#pragma once
+
+#include "doctor/diagnosis.h"
+#include "index/dicom_db.h"
+
+#include <QtCore/QString>
+
+#include <stop_token>
+
+namespace gateway::doctor {
+
+/// Compares what the gateway has recorded with what is there.
+///
+/// Works in small steps beside a live gateway: an image that is just coming in or going out is never taken
+/// for a fault. An examination that is stopped has mended whole things or nothing.
+///
+/// Owner: the command. Thread: any; blocks for as long as it takes to look at every stored file.
+class Doctor
+{
+public:
+    /// \param index           the one of this home; outlives this.
+    /// \param incomingFolder  where received files arrive.
+    Doctor(index::DicomDB &index, QString incomingFolder)
+        : m_index(index), m_incomingFolder(std::move(incomingFolder))
+    {
+    }
+
+    /// Looks at everything. Never throws.
+    ///
+    /// \param repair  whether to mend what can be mended without losing anything.
+    Diagnosis examine(bool repair, const std::stop_token &stop);
+
+private:
+    index::DicomDB &m_index;
+    const QString m_incomingFolder;
+};
+
+} // namespace gateway::doctor

@@ -1,0 +1,356 @@
+#include "doctor/doctor.h"
+
+#include "index/testing/temporary_index.h"
+#include "log/redaction.h"
+
+#include <QtCore/QDir>
+#include <QtCore/QFile>
+#include <QtCore/QFileInfo>
+#include <QtCore/QMap>
+
+#include <gtest/gtest.h>
+
+namespace gateway::doctor {
+
+namespace {
+
+using index::testing::TemporaryIndex;
+
+/// How often each kind was found, and how often it was mended.
+using Counts = QMap<FindingKind, std::pair<qint64, qint64>>;
+
+class DoctorTest : public ::testing::Test
+{
+protected:
+    DoctorTest() { QDir().mkpath(inbox()); }
+
+    QString inbox() const { return home.path(QStringLiteral("Import")); }
+
+    Diagnosis examine(bool repair = false) { return Doctor(home.index(), inbox()).examine(repair, {}); }
+
+    Counts counts(bool repair = false)
+    {
+        Counts found;
+        for (const Finding &finding : examine(repair).findings) {
+            found.insert(finding.kind, {finding.count, finding.mended});
+        }
+        return found;
+    }
+
+    /// Imports an image. \return its stored path.
+    QString importOne(const QString &uid) { return home.import(TemporaryIndex::image(uid)); }
+
+    QString pathOf(const QString &storagePath) { return home.index().fileURL(storagePath).toLocalFile(); }
+
+    void lose(const QString &storagePath) { ASSERT_TRUE(QFile::remove(pathOf(storagePath))); }
+
+    /// Puts an image into the store behind the index's back.
+    void put(const QString &storagePath, const QString &uid)
+    {
+        ASSERT_TRUE(QDir().mkpath(QFileInfo(pathOf(storagePath)).path()));
+        index::testing::writeSyntheticFile(pathOf(storagePath), TemporaryIndex::image(uid));
+    }
+
+    static void write(const QString &path)
+    {
+        ASSERT_TRUE(QDir().mkpath(QFileInfo(path).path()));
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        ASSERT_EQ(file.write("text"), 4);
+    }
+
+    /// Every file below the file store with its bytes.
+    QMap<QString, QByteArray> filesInStore()
+    {
+        QMap<QString, QByteArray> files;
+        QDir store(home.fileStoreRoot());
+        for (const QString &bucket : store.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+            for (const QString &name : QDir(store.filePath(bucket)).entryList(QDir::Files)) {
+                QFile file(store.filePath(bucket + u'/' + name));
+                EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+                files.insert(bucket + u'/' + name, file.readAll());
+            }
+        }
+        return files;
+    }
+
+    qint64 rows() { return home.number(QStringLiteral("SELECT count(*) FROM DicomImage")); }
+
+    TemporaryIndex home;
+};
+
+const QString kStray = QStringLiteral("10000/77.dcm");
+
+} // namespace
+
+TEST_F(DoctorTest, FindsASoundHomeWell)
+{
+    importOne(QStringLiteral("9.1"));
+    home.index().recordUploadResult({}, importOne(QStringLiteral("9.2")), true);
+
+    const Diagnosis diagnosis = examine();
+
+    EXPECT_TRUE(diagnosis.isWell());
+    EXPECT_TRUE(diagnosis.findings.isEmpty());
+    EXPECT_EQ(diagnosis.storedFiles, 2);
+    EXPECT_EQ(diagnosis.recordedFiles, 2);
+}
+
+TEST_F(DoctorTest, FindsAnEmptyHomeWell)
+{
+    EXPECT_TRUE(examine(true).isWell());
+}
+
+TEST_F(DoctorTest, TellsOfAnImageThatTheIndexDoesNotHaveAndRecordsItOnRequest)
+{
+    put(kStray, QStringLiteral("9.7"));
+
+    EXPECT_EQ(counts(), (Counts{{FindingKind::unrecordedImage, {1, 0}}}));
+    EXPECT_EQ(rows(), 0);
+    EXPECT_EQ(counts(true), (Counts{{FindingKind::unrecordedImage, {1, 1}}}));
+
+    EXPECT_EQ(rows(), 1);
+    EXPECT_TRUE(examine().isWell());
+}
+
+TEST_F(DoctorTest, TakesAnImageThatLiesElsewhereInAsACopyAndLeavesItThere)
+{
+    put(QStringLiteral("from Jane/image"), QStringLiteral("9.7"));
+
+    EXPECT_EQ(counts(true), (Counts{{FindingKind::unrecordedImage, {1, 1}}}));
+
+    EXPECT_EQ(home.rows(QStringLiteral("SELECT pathString FROM DicomImage")),
+              QStringList{QStringLiteral("10000/0.")});
+    EXPECT_TRUE(QFileInfo::exists(pathOf(QStringLiteral("from Jane/image"))));
+    EXPECT_EQ(counts(true), (Counts{{FindingKind::earlierCopy, {1, 0}}}));
+}
+
+TEST_F(DoctorTest, TellsOfAFileThatIsGoneAndKeepsItsRowsWaiting)
+{
+    const QString lost = importOne(QStringLiteral("9.1"));
+    lose(lost);
+
+    EXPECT_EQ(counts(), (Counts{{FindingKind::fileGone, {1, 0}}}));
+    EXPECT_EQ(home.index().failedImagesCount(), 0);
+    EXPECT_EQ(counts(true), (Counts{{FindingKind::fileGone, {1, 0}}}));
+
+    EXPECT_EQ(rows(), 1);
+    EXPECT_EQ(home.index().failedImagesCount(), 1);
+    EXPECT_EQ(home.index().uploadFailureCounts(),
+              (QList<index::UploadFailureCount>{{QStringLiteral("fileMissing"), 0, 1}}));
+    EXPECT_FALSE(examine(true).isWell());
+}
+
+TEST_F(DoctorTest, SendsAnImageWhoseFileWasPutBack)
+{
+    const QString lost = importOne(QStringLiteral("9.1"));
+    QFile::rename(pathOf(lost), home.path(QStringLiteral("backup")));
+    examine(true);
+
+    QFile::rename(home.path(QStringLiteral("backup")), pathOf(lost));
+
+    EXPECT_TRUE(examine(true).findings.isEmpty());
+    ASSERT_EQ(home.index().pendingImageUploads(9).size(), 1);
+    EXPECT_EQ(home.index().pendingImageUploads(9).first().storagePath, lost);
+}
+
+TEST_F(DoctorTest, KeepsTheRowsOfAnImageInTheCloudWhoseFileIsGone)
+{
+    const QString lost = importOne(QStringLiteral("9.1"));
+    home.index().recordUploadResult({}, lost, true);
+    lose(lost);
+
+    const Diagnosis diagnosis = examine(true);
+
+    ASSERT_EQ(diagnosis.findings.size(), 1);
+    EXPECT_EQ(diagnosis.findings.first().kind, FindingKind::fileGoneAfterUpload);
+    EXPECT_TRUE(diagnosis.isWell());
+    EXPECT_EQ(home.index().syncedImagesCount(), 1);
+}
+
+TEST_F(DoctorTest, LeavesTheUploadUnderWayAlone)
+{
+    const QString lost = importOne(QStringLiteral("9.1"));
+    home.index().markImagesInProgress(home.index().pendingImageUploads(1).first().imageObjectIDs);
+    lose(lost);
+
+    EXPECT_EQ(counts(true), (Counts{{FindingKind::fileGone, {1, 0}}}));
+
+    EXPECT_EQ(home.number(QStringLiteral("SELECT syncState FROM DicomImage")), 3);
+}
+
+TEST_F(DoctorTest, GivesAnImageWhoseFileIsGoneTheCopyThatIsThere)
+{
+    lose(importOne(QStringLiteral("9.1")));
+    put(kStray, QStringLiteral("9.1"));
+
+    EXPECT_EQ(counts(true), (Counts{{FindingKind::unrecordedImage, {1, 1}}}));
+
+    EXPECT_EQ(home.rows(QStringLiteral("SELECT pathString, syncState FROM DicomImage")),
+              QStringList{kStray + QStringLiteral("|0")});
+}
+
+TEST_F(DoctorTest, ChangesNothingForAStoreThatIsOutOfSight)
+{
+    importOne(QStringLiteral("9.1"));
+    importOne(QStringLiteral("9.2"));
+    ASSERT_TRUE(QDir().rename(home.fileStoreRoot(), home.path(QStringLiteral("away"))));
+
+    EXPECT_EQ(counts(true), (Counts{{FindingKind::folderGone, {2, 0}}}));
+
+    EXPECT_EQ(home.index().failedImagesCount(), 0);
+    EXPECT_EQ(rows(), 2);
+}
+
+TEST_F(DoctorTest, CountsAnewWhereACountIsWrong)
+{
+    importOne(QStringLiteral("9.1"));
+    home.execute(QStringLiteral("UPDATE Ledger SET imageCount = 9; UPDATE Series SET syncState = 1"));
+
+    EXPECT_EQ(counts(), (Counts{{FindingKind::wrongCount, {1, 0}}, {FindingKind::wrongState, {1, 0}}}));
+    examine(true);
+
+    EXPECT_TRUE(examine().isWell());
+    EXPECT_EQ(home.index().totalCounts().images, 1);
+}
+
+TEST_F(DoctorTest, RebuildsALostIndexFromTheStoredFilesWithTheLatestOfEachImage)
+{
+    importOne(QStringLiteral("9.1"));
+    importOne(QStringLiteral("9.2"));
+    const QString again = importOne(QStringLiteral("9.1"));
+    const auto files = filesInStore();
+    home.close();
+    for (const QString &suffix : {QString(), QStringLiteral("-wal"), QStringLiteral("-shm")}) {
+        QFile::remove(home.indexFile() + suffix);
+    }
+    home.reopen();
+
+    EXPECT_TRUE(examine(true).isWell());
+
+    EXPECT_EQ(home.rows(QStringLiteral("SELECT pathString FROM DicomImage ORDER BY pathString")),
+              (QStringList{QStringLiteral("10000/1.dcm"), again}));
+    EXPECT_EQ(filesInStore(), files);
+    EXPECT_EQ(counts(true), (Counts{{FindingKind::earlierCopy, {1, 0}}}));
+}
+
+TEST_F(DoctorTest, NeverChangesOrRemovesAStoredFile)
+{
+    importOne(QStringLiteral("9.1"));
+    importOne(QStringLiteral("9.1"));
+    lose(importOne(QStringLiteral("9.2")));
+    put(kStray, QStringLiteral("9.7"));
+    write(pathOf(QStringLiteral("10000/78.dcm")));
+    write(pathOf(QStringLiteral("10000/notes.txt")));
+    home.execute(QStringLiteral("UPDATE Ledger SET imageCount = 9"));
+    const auto files = filesInStore();
+
+    examine(true);
+    examine(true);
+
+    EXPECT_EQ(filesInStore(), files);
+}
+
+TEST_F(DoctorTest, TellsADamagedImageFromAFileThatNeverWasOne)
+{
+    write(pathOf(QStringLiteral("10000/78.dcm")));
+    write(pathOf(QStringLiteral("notes.txt")));
+
+    EXPECT_EQ(counts(true),
+              (Counts{{FindingKind::unreadableFile, {1, 0}}, {FindingKind::foreignFile, {1, 0}}}));
+}
+
+TEST_F(DoctorTest, SaysThatAFileCouldNotBeLookedAt)
+{
+    put(kStray, QStringLiteral("9.7"));
+    home.parser.breakDown();
+
+    EXPECT_EQ(counts(true), (Counts{{FindingKind::unexaminedFile, {1, 0}}}));
+}
+
+TEST_F(DoctorTest, MendsNothingInADamagedIndex)
+{
+    importOne(QStringLiteral("9.1"));
+    put(kStray, QStringLiteral("9.7"));
+    home.execute(QStringLiteral("PRAGMA foreign_keys = 0; UPDATE DicomImage SET series = 777"));
+
+    const Diagnosis diagnosis = examine(true);
+
+    EXPECT_FALSE(diagnosis.isWell());
+    EXPECT_EQ(diagnosis.findings.first().kind, FindingKind::indexDamaged);
+    EXPECT_EQ(rows(), 1);
+}
+
+TEST_F(DoctorTest, TellsWhatLiesInTheIncomingFolder)
+{
+    write(inbox() + QStringLiteral("/quorin-0123456789abcdef0123456789abcdef-1.dcm"));
+    write(inbox() + QStringLiteral("/somebody's.txt"));
+    write(inbox() + QStringLiteral("/.rejected/quorin-0123456789abcdef0123456789abcdef-2.dcm"));
+
+    EXPECT_EQ(counts(true),
+              (Counts{{FindingKind::waitsInInbox, {1, 0}}, {FindingKind::rejectedObject, {1, 0}}}));
+}
+
+TEST_F(DoctorTest, RemovesOnRequestWhatADeletionHadToLeave)
+{
+    const QString path = importOne(QStringLiteral("9.1"));
+    home.execute(QStringLiteral("PRAGMA foreign_keys = 1; DELETE FROM Study;"
+                                "INSERT INTO PendingRemoval VALUES ('%1')")
+                     .arg(path));
+
+    EXPECT_EQ(counts(), (Counts{{FindingKind::waitsForRemoval, {1, 0}}}));
+    EXPECT_EQ(counts(true), (Counts{{FindingKind::waitsForRemoval, {1, 1}}}));
+
+    EXPECT_FALSE(QFileInfo::exists(pathOf(path)));
+    EXPECT_TRUE(examine().findings.isEmpty());
+}
+
+TEST_F(DoctorTest, TellsWhyImagesWereNotSentWithAFewExamples)
+{
+    for (int number = 0; number < 5; ++number) {
+        const QString path = importOne(QStringLiteral("9.%1").arg(number));
+        home.index().recordUploadFailure(path, QStringLiteral("storageUsedUp"), 7);
+    }
+    const QString other = importOne(QStringLiteral("8.1"));
+    home.index().recordUploadFailure(other, QStringLiteral("timedOut"), 28);
+
+    const Diagnosis diagnosis = examine();
+
+    EXPECT_FALSE(diagnosis.isWell());
+    ASSERT_EQ(diagnosis.failures.size(), 2);
+    EXPECT_EQ(diagnosis.failures[0].failure, (core::Failure{core::FailureClass::storageUsedUp, 7}));
+    EXPECT_EQ(diagnosis.failures[0].count, 5);
+    EXPECT_EQ(diagnosis.failures[0].examples.size(), kMostExamples);
+    EXPECT_EQ(diagnosis.failures[1].examples,
+              (QList<FileName>{{other,
+                                *log::hashedFileURL(home.index().fileURL(other)),
+                                *log::hashedIdentifier(QStringLiteral("8.1"))}}));
+}
+
+TEST_F(DoctorTest, NamesNoFileByANameThatSomebodyGaveIt)
+{
+    put(QStringLiteral("Doe^Jane.dcm"), QStringLiteral("9.7"));
+    put(QStringLiteral("10000/Doe^Jane.dcm"), QStringLiteral("9.8"));
+
+    for (const Finding &finding : examine().findings) {
+        for (const FileName &name : finding.examples) {
+            EXPECT_TRUE(name.storagePath.isEmpty());
+            EXPECT_EQ(name.fileHash.size(), 16);
+        }
+    }
+}
+
+TEST_F(DoctorTest, StopsWhenItIsToldTo)
+{
+    put(kStray, QStringLiteral("9.7"));
+    std::stop_source stop;
+    stop.request_stop();
+
+    const Diagnosis diagnosis = Doctor(home.index(), inbox()).examine(true, stop.get_token());
+
+    EXPECT_TRUE(diagnosis.wasStopped);
+    EXPECT_FALSE(diagnosis.isWell());
+    EXPECT_EQ(rows(), 0);
+}
+
+} // namespace gateway::doctor

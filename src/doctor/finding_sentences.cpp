@@ -1,0 +1,177 @@
+// A sentence for each kind of finding: what it means, and what to do.
+
+#include "doctor/diagnosis.h"
+
+#include <QtCore/QCoreApplication>
+
+#include <algorithm>
+
+namespace gateway::doctor {
+
+namespace {
+
+constexpr const char *kContext = "DoctorFinding";
+
+struct Words
+{
+    const char *rawValue;
+    bool isProblem;
+    const char *sentence;
+};
+
+Words wordsOf(FindingKind kind)
+{
+    switch (kind) {
+    case FindingKind::indexDamaged:
+        return {"indexDamaged",
+                true,
+                QT_TRANSLATE_NOOP("DoctorFinding",
+                                  "The index is damaged, and nothing is changed in it. Restore it from a "
+                                  "backup; or end the gateway, move the index away and run doctor --repair, "
+                                  "which records the stored images anew.")};
+    case FindingKind::indexNotAnswering:
+        return {
+            "indexNotAnswering",
+            true,
+            QT_TRANSLATE_NOOP("DoctorFinding",
+                              "The index could not be read or written to the end. Check that its disk has "
+                              "room and can be written, and run doctor again.")};
+    case FindingKind::wrongCount:
+        return {"wrongCount",
+                true,
+                QT_TRANSLATE_NOOP("DoctorFinding",
+                                  "A count in the index isn't that of its images. --repair counts anew.")};
+    case FindingKind::wrongState:
+        return {"wrongState",
+                true,
+                QT_TRANSLATE_NOOP("DoctorFinding",
+                                  "The state of a study or series isn't that of its images. --repair works "
+                                  "it out anew.")};
+    case FindingKind::unrecordedImage:
+        return {"unrecordedImage",
+                true,
+                QT_TRANSLATE_NOOP("DoctorFinding",
+                                  "A stored image is missing in the index, so that it isn't sent. --repair "
+                                  "records it.")};
+    case FindingKind::unreadableFile:
+        return {"unreadableFile",
+                true,
+                QT_TRANSLATE_NOOP("DoctorFinding",
+                                  "A stored file can't be read as an image. It is kept; look at it, and send "
+                                  "the image again from the device that made it.")};
+    case FindingKind::unexaminedFile:
+        return {"unexaminedFile",
+                true,
+                QT_TRANSLATE_NOOP("DoctorFinding",
+                                  "A stored file could not be looked at, since the reader of images didn't "
+                                  "work. Run doctor again.")};
+    case FindingKind::fileGone:
+        return {"fileGone",
+                true,
+                QT_TRANSLATE_NOOP("DoctorFinding",
+                                  "The stored file of an image is gone, and the image isn't in the cloud. "
+                                  "Put the file back from a backup, or send the image again from the device "
+                                  "that made it.")};
+    case FindingKind::folderGone:
+        return {"folderGone",
+                true,
+                QT_TRANSLATE_NOOP("DoctorFinding",
+                                  "The folder of a stored file can't be seen. Check that its disk is there; "
+                                  "nothing is changed.")};
+    case FindingKind::rowWithoutFile:
+        return {"rowWithoutFile",
+                true,
+                QT_TRANSLATE_NOOP("DoctorFinding",
+                                  "An image in the index names no file, so that it can't be sent. Send it "
+                                  "again from the device that made it.")};
+    case FindingKind::fileGoneAfterUpload:
+        return {"fileGoneAfterUpload",
+                false,
+                QT_TRANSLATE_NOOP("DoctorFinding",
+                                  "The stored file of an image is gone, but the image is in the cloud. "
+                                  "Nothing needs to be done.")};
+    case FindingKind::earlierCopy:
+        return {"earlierCopy",
+                false,
+                QT_TRANSLATE_NOOP("DoctorFinding",
+                                  "Another copy of an image that came more than once is kept. Nothing needs "
+                                  "to be done.")};
+    case FindingKind::foreignFile:
+        return {
+            "foreignFile",
+            false,
+            QT_TRANSLATE_NOOP("DoctorFinding",
+                              "A file that isn't an image lies among the stored ones. It is left alone.")};
+    case FindingKind::waitsForRemoval:
+        return {"waitsForRemoval",
+                false,
+                QT_TRANSLATE_NOOP("DoctorFinding",
+                                  "The file of a deleted image waits to be removed. The gateway goes on "
+                                  "trying.")};
+    case FindingKind::waitsInInbox:
+        return {"waitsInInbox",
+                false,
+                QT_TRANSLATE_NOOP("DoctorFinding",
+                                  "A received image waits in the incoming folder. It is taken in while the "
+                                  "listener runs.")};
+    case FindingKind::rejectedObject:
+        break;
+    }
+    return {"rejectedObject",
+            true,
+            QT_TRANSLATE_NOOP("DoctorFinding",
+                              "A received object could not be read and is kept in the folder .rejected of "
+                              "the incoming folder. Look at it, and send it again from the device that made "
+                              "it; then move it away.")};
+}
+
+} // namespace
+
+QLatin1StringView rawValue(FindingKind kind)
+{
+    return QLatin1StringView(wordsOf(kind).rawValue);
+}
+
+bool isProblem(FindingKind kind)
+{
+    return wordsOf(kind).isProblem;
+}
+
+bool isMendable(FindingKind kind)
+{
+    switch (kind) {
+    case FindingKind::wrongCount:
+    case FindingKind::wrongState:
+    case FindingKind::unrecordedImage:
+    case FindingKind::waitsForRemoval:
+        return true;
+    case FindingKind::indexDamaged:
+    case FindingKind::indexNotAnswering:
+    case FindingKind::unreadableFile:
+    case FindingKind::unexaminedFile:
+    case FindingKind::fileGone:
+    case FindingKind::folderGone:
+    case FindingKind::rowWithoutFile:
+    case FindingKind::fileGoneAfterUpload:
+    case FindingKind::earlierCopy:
+    case FindingKind::foreignFile:
+    case FindingKind::waitsInInbox:
+    case FindingKind::rejectedObject:
+        break;
+    }
+    return false;
+}
+
+QString findingSentence(FindingKind kind)
+{
+    return QCoreApplication::translate(kContext, wordsOf(kind).sentence);
+}
+
+bool Diagnosis::isWell() const
+{
+    return !wasStopped && failures.isEmpty() && std::ranges::all_of(findings, [](const Finding &finding) {
+        return !isProblem(finding.kind) || finding.mended == finding.count;
+    });
+}
+
+} // namespace gateway::doctor
