@@ -46,9 +46,8 @@ std::optional<QString> storedText(const platform::UserDefaults &defaults, const 
 FailedFiles::Counts failedFilesIn(const index::DicomDB &index)
 {
     FailedFiles::Counts counts;
-    const QMap<QString, std::int64_t> known = index.uploadFailureCounts();
-    for (auto row = known.cbegin(); row != known.cend(); ++row) {
-        counts.insert(row.key(), row.value());
+    for (const index::UploadFailureCount &known : index.uploadFailureCounts()) {
+        counts[known.failureClass] += known.files;
     }
     return counts;
 }
@@ -254,10 +253,11 @@ InstanceCommands::Collaborators Gateway::commandCollaborators()
             m_settings,
             m_notifications,
             m_main,
-            m_globalPool,
+            m_cloudPool,
             m_clock,
             m_auth,
             m_cloud.configuration(),
+            m_index,
             m_state,
             m_uploadWatcher,
             m_face,

@@ -7,6 +7,7 @@
 #include "core/dcm_listener_settings.h"
 #include "core/notification_names.h"
 #include "core/store_errors.h"
+#include "platform/concurrency/async.h"
 #include "receive/network_address.h"
 #include "wizard/setup_apply.h"
 
@@ -122,13 +123,17 @@ void InstanceCommands::restartListener()
 QCoro::Task<void> InstanceCommands::status(Answer answer)
 {
     co_await m_with.cloudWatch.look();
+    auto failures = co_await platform::onPool(m_with.main, m_with.pool, [&index = m_with.index] {
+        return failureFigures(index.uploadFailureCounts());
+    });
     m_with.state.refreshCounters();
     m_with.state.refreshTransferSeries();
-    m_with.state.whenStorageIsMeasured(
-        [self = shared_from_this(), answer] { answer(ControlReply::success(toJson(self->report()))); });
+    m_with.state.whenStorageIsMeasured([self = shared_from_this(), failures = std::move(failures), answer] {
+        answer(ControlReply::success(toJson(self->report(failures))));
+    });
 }
 
-StatusReport InstanceCommands::report() const
+StatusReport InstanceCommands::report(QList<FailureFigure> failures) const
 {
     StatusReport report;
     report.listener = listenerReport();
@@ -139,7 +144,7 @@ StatusReport InstanceCommands::report() const
                        figures.notSyncedImagesCount,
                        figures.syncedImagesCount,
                        figures.failedImagesCount};
-    report.failures = failureFigures(m_with.index.uploadFailureCounts());
+    report.failures = std::move(failures);
     report.storage = {figures.receivedStorageUsage.usedBytes, figures.receivedStorageUsage.availableBytes};
     report.activity = {state::rawValue(figures.transferTimeframe),
                        figures.transferWindowStart,

@@ -4,6 +4,7 @@
 #include "app/account_desk.h"
 #include "app/cloud_watch.h"
 #include "app/control_protocol.h"
+#include "app/failure_figures.h"
 #include "app/headless_face.h"
 #include "app/settings_catalogue.h"
 #include "app/status_report.h"
@@ -11,6 +12,7 @@
 #include "app/terms_desk.h"
 #include "app/upload_run_watcher.h"
 #include "core/settings.h"
+#include "index/dicom_db.h"
 #include "platform/concurrency/task_scope.h"
 #include "platform/quorin_api/cloud_configuration.h"
 #include "state/gateway_app_state.h"
@@ -41,6 +43,7 @@ public:
         platform::Clock &clock;
         account::QuorinAuthViewModel &auth;
         const platform::CloudConfiguration &cloud;
+        const index::DicomDB &index;
         state::GatewayAppState &state;
         const UploadRunWatcher &uploads;
         HeadlessFace &face;
@@ -74,7 +77,7 @@ private:
     QCoro::Task<> applySetup(wizard::SetupDraft draft, Answer answer);
     QCoro::Task<QString> restartAndWait();
 
-    StatusReport report() const;
+    StatusReport report(QList<FailureFigure> failures) const;
     StatusReport::Cloud cloudReport() const;
     StatusReport::Terms termsReport() const;
     wizard::PortState probe(int port) const;

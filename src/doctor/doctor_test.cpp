@@ -281,6 +281,30 @@ TEST_F(DoctorTest, MendsNothingInADamagedIndex)
     EXPECT_EQ(rows(), 1);
 }
 
+TEST_F(DoctorTest, SeesADamagedPageOfTheIndexFile)
+{
+    for (int image = 0; image < 200; ++image) {
+        importOne(QStringLiteral("9.%1").arg(image));
+    }
+    home.execute(QStringLiteral("PRAGMA wal_checkpoint(TRUNCATE)"));
+    const qint64 page = home.number(QStringLiteral("SELECT rootpage FROM sqlite_master WHERE type = 'index' "
+                                                   "AND tbl_name = 'DicomImage' ORDER BY rootpage LIMIT 1"));
+    const qint64 pageBytes = home.number(QStringLiteral("PRAGMA page_size"));
+    home.close();
+    QFile file(home.indexFile());
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+    ASSERT_TRUE(file.seek((page - 1) * pageBytes + pageBytes / 2));
+    ASSERT_EQ(file.write(QByteArray(pageBytes / 2, '\x5a')), pageBytes / 2);
+    file.close();
+    home.reopen();
+
+    const Diagnosis diagnosis = examine(true);
+
+    EXPECT_FALSE(diagnosis.isWell());
+    ASSERT_FALSE(diagnosis.findings.isEmpty());
+    EXPECT_EQ(diagnosis.findings.first().kind, FindingKind::indexDamaged);
+}
+
 TEST_F(DoctorTest, TellsWhatLiesInTheIncomingFolder)
 {
     write(inbox() + QStringLiteral("/quorin-0123456789abcdef0123456789abcdef-1.dcm"));

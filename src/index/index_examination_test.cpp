@@ -83,14 +83,6 @@ TEST_F(Examination, FindsNothingWrongWithASoundFile)
     EXPECT_EQ(examination().pendingRemovals(), 0);
 }
 
-TEST_F(Examination, HearsTheComplaintsOfTheQuickCheck)
-{
-    importOne(QStringLiteral("9.1"));
-    home.execute(QStringLiteral("PRAGMA ignore_check_constraints = 1; UPDATE DicomImage SET syncState = 9"));
-
-    EXPECT_GT(examination().complaints({}), 0);
-}
-
 TEST_F(Examination, HearsOfRowsWithoutTheirParent)
 {
     importOne(QStringLiteral("9.1"));
