@@ -1,0 +1,564 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" language="de" sourcelanguage="en">
+<context>
+    <name>DoctorFinding</name>
+    <message>
+        <source>The index is damaged, and nothing is changed in it. Restore it from a backup; or end the gateway, move the index away and run doctor --repair, which records the stored images anew.</source>
+        <translation>Der Index ist beschädigt; darin wird nichts geändert. Stellen Sie ihn aus einer Sicherung wieder her; oder beenden Sie das Gateway, legen Sie den Index beiseite und rufen Sie doctor --repair auf, das die gespeicherten Bilder neu verzeichnet.</translation>
+    </message>
+    <message>
+        <source>The index could not be read or written to the end. Check that its disk has room and can be written, and run doctor again.</source>
+        <translation>Der Index konnte nicht bis zum Ende gelesen oder geschrieben werden. Prüfen Sie, ob sein Datenträger Platz hat und beschreibbar ist, und rufen Sie doctor noch einmal auf.</translation>
+    </message>
+    <message>
+        <source>A count in the index isn&apos;t that of its images. --repair counts anew.</source>
+        <translation>Eine Anzahl im Index stimmt nicht mit seinen Bildern überein. --repair zählt neu.</translation>
+    </message>
+    <message>
+        <source>The state of a study or series isn&apos;t that of its images. --repair works it out anew.</source>
+        <translation>Der Zustand einer Studie oder Serie passt nicht zu ihren Bildern. --repair ermittelt ihn neu.</translation>
+    </message>
+    <message>
+        <source>A stored image is missing in the index, so that it isn&apos;t sent. --repair records it.</source>
+        <translation>Ein gespeichertes Bild fehlt im Index und wird deshalb nicht gesendet. --repair verzeichnet es.</translation>
+    </message>
+    <message>
+        <source>A stored file can&apos;t be read as an image. It is kept; look at it, and send the image again from the device that made it.</source>
+        <translation>Eine gespeicherte Datei ist nicht als Bild lesbar. Sie bleibt erhalten; sehen Sie sie an und senden Sie das Bild von dem Gerät, das es erzeugt hat, noch einmal.</translation>
+    </message>
+    <message>
+        <source>A stored file could not be looked at, since the reader of images didn&apos;t work. Run doctor again.</source>
+        <translation>Eine gespeicherte Datei konnte nicht angesehen werden, weil der Bildleser nicht arbeitete. Rufen Sie doctor noch einmal auf.</translation>
+    </message>
+    <message>
+        <source>The stored file of an image is gone, and the image isn&apos;t in the cloud. Put the file back from a backup, or send the image again from the device that made it.</source>
+        <translation>Die gespeicherte Datei eines Bildes ist verschwunden, und das Bild ist nicht in der Cloud. Legen Sie die Datei aus einer Sicherung zurück oder senden Sie das Bild von dem Gerät, das es erzeugt hat, noch einmal.</translation>
+    </message>
+    <message>
+        <source>The folder of a stored file can&apos;t be seen. Check that its disk is there; nothing is changed.</source>
+        <translation>Der Ordner einer gespeicherten Datei ist nicht zu sehen. Prüfen Sie, ob sein Datenträger da ist; es wird nichts geändert.</translation>
+    </message>
+    <message>
+        <source>An image in the index names no file, so that it can&apos;t be sent. Send it again from the device that made it.</source>
+        <translation>Ein Bild im Index nennt keine Datei und kann deshalb nicht gesendet werden. Senden Sie es von dem Gerät, das es erzeugt hat, noch einmal.</translation>
+    </message>
+    <message>
+        <source>The stored file of an image is gone, but the image is in the cloud. Nothing needs to be done.</source>
+        <translation>Die gespeicherte Datei eines Bildes ist verschwunden, aber das Bild ist in der Cloud. Es ist nichts zu tun.</translation>
+    </message>
+    <message>
+        <source>Another copy of an image that came more than once is kept. Nothing needs to be done.</source>
+        <translation>Von einem Bild, das mehrmals kam, ist noch eine Kopie aufbewahrt. Es ist nichts zu tun.</translation>
+    </message>
+    <message>
+        <source>A file that isn&apos;t an image lies among the stored ones. It is left alone.</source>
+        <translation>Unter den gespeicherten Dateien liegt eine, die kein Bild ist. Sie bleibt unberührt.</translation>
+    </message>
+    <message>
+        <source>The file of a deleted image waits to be removed. The gateway goes on trying.</source>
+        <translation>Die Datei eines gelöschten Bildes wartet darauf, entfernt zu werden. Das Gateway versucht es weiter.</translation>
+    </message>
+    <message>
+        <source>A received image waits in the incoming folder. It is taken in while the listener runs.</source>
+        <translation>Ein empfangenes Bild wartet im Eingangsordner. Es wird aufgenommen, solange der Listener läuft.</translation>
+    </message>
+    <message>
+        <source>A received object could not be read and is kept in the folder .rejected of the incoming folder. Look at it, and send it again from the device that made it; then move it away.</source>
+        <translation>Ein empfangenes Objekt war nicht lesbar und liegt im Ordner .rejected des Eingangsordners. Sehen Sie es an und senden Sie es von dem Gerät, das es erzeugt hat, noch einmal; legen Sie es dann beiseite.</translation>
+    </message>
+</context>
+<context>
+    <name>FailureSentence</name>
+    <message>
+        <source>The session with the cloud has ended. Images are still received and kept here. Sign in again, and they are sent.</source>
+        <translation>Die Anmeldung bei der Cloud ist abgelaufen. Bilder werden weiter empfangen und hier aufbewahrt. Melden Sie sich wieder an, dann werden sie gesendet.</translation>
+    </message>
+    <message>
+        <source>The cloud waits until its terms are accepted. Images are still received and kept here. Accept the terms, and they are sent.</source>
+        <translation>Die Cloud wartet, bis ihre Bedingungen angenommen sind. Bilder werden weiter empfangen und hier aufbewahrt. Nehmen Sie die Bedingungen an, dann werden sie gesendet.</translation>
+    </message>
+    <message>
+        <source>This account may not store images in the cloud. Images are still received and kept here. Ask whoever runs the cloud account to permit it.</source>
+        <translation>Dieses Konto darf keine Bilder in der Cloud ablegen. Bilder werden weiter empfangen und hier aufbewahrt. Bitten Sie, wer das Cloud-Konto verwaltet, es zu erlauben.</translation>
+    </message>
+    <message>
+        <source>The cloud&apos;s storage allowance is used up. Images are kept here and sent when there is room. Delete studies there that are no longer needed, or ask for more room.</source>
+        <translation>Der Speicherplatz in der Cloud ist aufgebraucht. Bilder werden hier aufbewahrt und gesendet, sobald Platz ist. Löschen Sie dort Studien, die nicht mehr gebraucht werden, oder lassen Sie sich mehr Platz geben.</translation>
+    </message>
+    <message>
+        <source>The cloud had no room for the image at that moment. It is kept here and sent again with the next upload. If this goes on, tell whoever runs the cloud.</source>
+        <translation>Die Cloud hatte in diesem Augenblick keinen Platz für das Bild. Es wird hier aufbewahrt und beim nächsten Hochladen wieder gesendet. Geht das so weiter, sagen Sie es dem Betreiber der Cloud.</translation>
+    </message>
+    <message>
+        <source>The image is larger than the cloud takes. It is kept here, and other images are sent. Ask whoever runs the cloud to allow larger ones.</source>
+        <translation>Das Bild ist größer, als die Cloud annimmt. Es wird hier aufbewahrt, andere Bilder werden gesendet. Bitten Sie den Betreiber der Cloud, größere zu erlauben.</translation>
+    </message>
+    <message>
+        <source>The cloud was too busy for the image. It is kept here and sent again with the next upload. Nothing needs to be done.</source>
+        <translation>Die Cloud war für das Bild zu beschäftigt. Es wird hier aufbewahrt und beim nächsten Hochladen wieder gesendet. Es ist nichts zu tun.</translation>
+    </message>
+    <message>
+        <source>The cloud has a fault of its own. Images are kept here and sent again with the next upload. If this lasts for hours, tell whoever runs the cloud.</source>
+        <translation>Die Cloud hat selbst eine Störung. Bilder werden hier aufbewahrt und beim nächsten Hochladen wieder gesendet. Dauert das Stunden, sagen Sie es dem Betreiber der Cloud.</translation>
+    </message>
+    <message>
+        <source>Nothing at the cloud&apos;s address takes images. Images are still received and kept here. Check the address of the cloud.</source>
+        <translation>Unter der Adresse der Cloud nimmt niemand Bilder an. Bilder werden weiter empfangen und hier aufbewahrt. Prüfen Sie die Adresse der Cloud.</translation>
+    </message>
+    <message>
+        <source>Something else answered in the cloud&apos;s place. Images are still received and kept here. Check the address of the cloud, and whether this network asks for a sign-in of its own.</source>
+        <translation>Statt der Cloud hat etwas anderes geantwortet. Bilder werden weiter empfangen und hier aufbewahrt. Prüfen Sie die Adresse der Cloud und ob dieses Netz eine eigene Anmeldung verlangt.</translation>
+    </message>
+    <message>
+        <source>The cloud did not take the image. It is kept here and tried again with each upload. If this goes on, tell whoever runs the cloud.</source>
+        <translation>Die Cloud hat das Bild nicht angenommen. Es wird hier aufbewahrt und bei jedem Hochladen wieder versucht. Geht das so weiter, sagen Sie es dem Betreiber der Cloud.</translation>
+    </message>
+    <message>
+        <source>The cloud does not take images of this kind. They are kept here, and other images are sent. Ask whoever runs the cloud to take them.</source>
+        <translation>Die Cloud nimmt Bilder dieser Art nicht an. Sie werden hier aufbewahrt, andere Bilder werden gesendet. Bitten Sie den Betreiber der Cloud, sie anzunehmen.</translation>
+    </message>
+    <message>
+        <source>The cloud found something wrong with what the image says of itself. It is kept here, and other images are sent. Have the device that made it checked, and send the image again from there.</source>
+        <translation>Die Cloud fand die Angaben des Bildes fehlerhaft. Es wird hier aufbewahrt, andere Bilder werden gesendet. Lassen Sie das Gerät prüfen, das es erzeugt hat, und senden Sie das Bild von dort noch einmal.</translation>
+    </message>
+    <message>
+        <source>The cloud could not read the image. It is kept here, and other images are sent. Look at it on the device that made it, and send it again from there.</source>
+        <translation>Die Cloud konnte das Bild nicht lesen. Es wird hier aufbewahrt, andere Bilder werden gesendet. Sehen Sie es auf dem Gerät an, das es erzeugt hat, und senden Sie es von dort noch einmal.</translation>
+    </message>
+    <message>
+        <source>The image could not be compressed, and the cloud did not take it as it is. It is kept here, and other images are sent. Look at it on the device that made it, and send it again from there.</source>
+        <translation>Das Bild ließ sich nicht komprimieren, und unverändert nahm die Cloud es nicht an. Es wird hier aufbewahrt, andere Bilder werden gesendet. Sehen Sie es auf dem Gerät an, das es erzeugt hat, und senden Sie es von dort noch einmal.</translation>
+    </message>
+    <message>
+        <source>The cloud did not confirm that it keeps the image. It is kept here and sent again with the next upload. If this goes on, tell whoever runs the cloud.</source>
+        <translation>Die Cloud hat nicht bestätigt, dass sie das Bild verwahrt. Es wird hier aufbewahrt und beim nächsten Hochladen wieder gesendet. Geht das so weiter, sagen Sie es dem Betreiber der Cloud.</translation>
+    </message>
+    <message>
+        <source>The address of the cloud could not be found. Images are still received and kept here, and are sent when the cloud is found. Check the network and the address of the cloud.</source>
+        <translation>Die Adresse der Cloud war nicht zu finden. Bilder werden weiter empfangen, hier aufbewahrt und gesendet, sobald die Cloud gefunden ist. Prüfen Sie das Netz und die Adresse der Cloud.</translation>
+    </message>
+    <message>
+        <source>The cloud could not be reached. Images are still received and kept here, and are sent when it can be. Check the network.</source>
+        <translation>Die Cloud war nicht erreichbar. Bilder werden weiter empfangen, hier aufbewahrt und gesendet, sobald sie es ist. Prüfen Sie das Netz.</translation>
+    </message>
+    <message>
+        <source>No secure connection to the cloud could be made. Images are still received and kept here. Check the date of this computer, and the cloud&apos;s certificate.</source>
+        <translation>Es kam keine sichere Verbindung zur Cloud zustande. Bilder werden weiter empfangen und hier aufbewahrt. Prüfen Sie das Datum dieses Rechners und das Zertifikat der Cloud.</translation>
+    </message>
+    <message>
+        <source>The cloud did not answer in time. Images are kept here and sent again with the next upload. If this goes on, check the network.</source>
+        <translation>Die Cloud hat nicht rechtzeitig geantwortet. Bilder werden hier aufbewahrt und beim nächsten Hochladen wieder gesendet. Geht das so weiter, prüfen Sie das Netz.</translation>
+    </message>
+    <message>
+        <source>The connection to the cloud was lost. Images are kept here and sent again with the next upload. If this goes on, check the network.</source>
+        <translation>Die Verbindung zur Cloud ging verloren. Bilder werden hier aufbewahrt und beim nächsten Hochladen wieder gesendet. Geht das so weiter, prüfen Sie das Netz.</translation>
+    </message>
+    <message>
+        <source>The stored file of the image is gone. Other images are sent. Put it back from a backup, or send the image again from the device that made it.</source>
+        <translation>Die gespeicherte Datei des Bildes ist verschwunden. Andere Bilder werden gesendet. Legen Sie sie aus einer Sicherung zurück oder senden Sie das Bild von dem Gerät, das es erzeugt hat, noch einmal.</translation>
+    </message>
+    <message>
+        <source>The stored file of the image could not be read. It is left as it is, and other images are sent. Check the disk, and send the image again from the device that made it.</source>
+        <translation>Die gespeicherte Datei des Bildes war nicht lesbar. Sie bleibt, wie sie ist, andere Bilder werden gesendet. Prüfen Sie den Datenträger und senden Sie das Bild von dem Gerät, das es erzeugt hat, noch einmal.</translation>
+    </message>
+    <message>
+        <source>The upload failed for another reason. Images are kept here and tried again with each upload. If this goes on, report the problem.</source>
+        <translation>Das Hochladen scheiterte aus einem anderen Grund. Bilder werden hier aufbewahrt und bei jedem Hochladen wieder versucht. Geht das so weiter, melden Sie das Problem.</translation>
+    </message>
+</context>
+<context>
+    <name>LogScreenWords</name>
+    <message>
+        <source>Debug</source>
+        <translation>Debug</translation>
+    </message>
+    <message>
+        <source>Info</source>
+        <translation>Info</translation>
+    </message>
+    <message>
+        <source>Warning</source>
+        <translation>Warnung</translation>
+    </message>
+    <message>
+        <source>Error</source>
+        <translation>Fehler</translation>
+    </message>
+    <message>
+        <source>All Levels</source>
+        <translation>Alle Stufen</translation>
+    </message>
+    <message>
+        <source>Listener</source>
+        <translation>Listener</translation>
+    </message>
+    <message>
+        <source>Receive</source>
+        <translation>Empfang</translation>
+    </message>
+    <message>
+        <source>Send</source>
+        <translation>Senden</translation>
+    </message>
+    <message>
+        <source>Upload Queue</source>
+        <translation>Warteschlange</translation>
+    </message>
+    <message>
+        <source>Quorin Cloud</source>
+        <translation>Quorin Cloud</translation>
+    </message>
+    <message>
+        <source>All Categories</source>
+        <translation>Alle Bereiche</translation>
+    </message>
+    <message>
+        <source>Updater</source>
+        <translation>Aktualisierung</translation>
+    </message>
+</context>
+<context>
+    <name>TransferActivity</name>
+    <message>
+        <source>Received</source>
+        <translation>Empfangen</translation>
+    </message>
+    <message>
+        <source>Sent</source>
+        <translation>Gesendet</translation>
+    </message>
+    <message>
+        <source>Last 1 hour</source>
+        <translation>Letzte Stunde</translation>
+    </message>
+    <message>
+        <source>Last 4 hours</source>
+        <translation>Letzte 4 Stunden</translation>
+    </message>
+    <message>
+        <source>Last 24 hours</source>
+        <translation>Letzte 24 Stunden</translation>
+    </message>
+    <message>
+        <source>Last 7 days</source>
+        <translation>Letzte 7 Tage</translation>
+    </message>
+    <message>
+        <source>Last 30 days</source>
+        <translation>Letzte 30 Tage</translation>
+    </message>
+</context>
+<context>
+    <name>gateway::shell::Button</name>
+    <message>
+        <source>Busy</source>
+        <translation>Beschäftigt</translation>
+    </message>
+</context>
+<context>
+    <name>gateway::shell::DownArrowFlowOverlay</name>
+    <message>
+        <source>Images are coming in</source>
+        <translation>Bilder kommen an</translation>
+    </message>
+    <message>
+        <source>No images are coming in</source>
+        <translation>Es kommen keine Bilder an</translation>
+    </message>
+</context>
+<context>
+    <name>gateway::shell::LogDetails</name>
+    <message>
+        <source>Copy Line</source>
+        <translation>Zeile kopieren</translation>
+    </message>
+    <message>
+        <source>Close details</source>
+        <translation>Einzelheiten schließen</translation>
+    </message>
+    <message>
+        <source>Log line</source>
+        <translation>Protokollzeile</translation>
+    </message>
+    <message>
+        <source>This line isn&apos;t in its file any more.</source>
+        <translation>Diese Zeile steht nicht mehr in ihrer Datei.</translation>
+    </message>
+    <message>
+        <source>Time</source>
+        <translation>Zeit</translation>
+    </message>
+    <message>
+        <source>Correlation</source>
+        <translation>Vorgang</translation>
+    </message>
+    <message>
+        <source>File</source>
+        <translation>Datei</translation>
+    </message>
+    <message>
+        <source>Assoc</source>
+        <translation>Assoz.</translation>
+    </message>
+    <message>
+        <source>Attempt</source>
+        <translation>Versuch</translation>
+    </message>
+    <message>
+        <source>Size</source>
+        <translation>Größe</translation>
+    </message>
+    <message>
+        <source>%L1 bytes</source>
+        <translation>%L1 Bytes</translation>
+    </message>
+    <message>
+        <source>Error %1</source>
+        <translation>Fehler %1</translation>
+    </message>
+    <message>
+        <source>Log File</source>
+        <translation>Protokolldatei</translation>
+    </message>
+</context>
+<context>
+    <name>gateway::shell::LogScreen</name>
+    <message>
+        <source>Refresh</source>
+        <translation>Aktualisieren</translation>
+    </message>
+    <message>
+        <source>Showing %L1 of %L2 logs</source>
+        <translation>%L1 von %L2 Einträgen</translation>
+    </message>
+    <message>
+        <source>Last refresh: %1</source>
+        <translation>Zuletzt gelesen: %1</translation>
+    </message>
+    <message>
+        <source>The events below are those of the last successful read.</source>
+        <translation>Die Ereignisse unten stammen vom letzten gelungenen Lesen.</translation>
+    </message>
+    <message>
+        <source>Could not load logs</source>
+        <translation>Protokoll konnte nicht geladen werden</translation>
+    </message>
+    <message>
+        <source>Select at most %L1 lines to copy them.</source>
+        <translation>Wählen Sie zum Kopieren höchstens %L1 Zeilen.</translation>
+    </message>
+    <message>
+        <source>Line copied</source>
+        <translation>Zeile kopiert</translation>
+    </message>
+    <message>
+        <source>%L1 lines copied</source>
+        <translation>%L1 Zeilen kopiert</translation>
+    </message>
+    <message>
+        <source>The folder can&apos;t be opened: %1</source>
+        <translation>Der Ordner lässt sich nicht öffnen: %1</translation>
+    </message>
+    <message>
+        <source>Delete All Logs?</source>
+        <translation>Alle Protokolle löschen?</translation>
+    </message>
+    <message>
+        <source>This permanently removes all local Quorin Gateway transfer log files.</source>
+        <translation>Damit werden alle lokalen Übertragungsprotokolle des Quorin Gateway endgültig entfernt.</translation>
+    </message>
+    <message>
+        <source>Delete</source>
+        <translation>Löschen</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Abbrechen</translation>
+    </message>
+    <message>
+        <source>Transfer Logs</source>
+        <translation>Übertragungsprotokoll</translation>
+    </message>
+    <message>
+        <source>Structured receive/send events with strict redaction</source>
+        <translation>Ereignisse beim Empfangen und Senden, ohne Namen</translation>
+    </message>
+    <message>
+        <source>Search action, hash, correlation, error…</source>
+        <translation>Vorgang, Hash, Aktion, Fehler suchen …</translation>
+    </message>
+    <message>
+        <source>Reset Filters</source>
+        <translation>Filter zurücksetzen</translation>
+    </message>
+    <message>
+        <source>Auto-refresh</source>
+        <translation>Laufend lesen</translation>
+    </message>
+    <message>
+        <source>Delete Logs</source>
+        <translation>Protokolle löschen</translation>
+    </message>
+    <message>
+        <source>Open Folder</source>
+        <translation>Ordner öffnen</translation>
+    </message>
+    <message>
+        <source>Refresh (F5)</source>
+        <translation>Aktualisieren (F5)</translation>
+    </message>
+    <message>
+        <source>Level</source>
+        <translation>Stufe</translation>
+    </message>
+    <message>
+        <source>Category</source>
+        <translation>Bereich</translation>
+    </message>
+    <message>
+        <source>No log events match your filters.</source>
+        <translation>Kein Ereignis passt zu Ihren Filtern.</translation>
+    </message>
+    <message>
+        <source>Search for something else, or show all levels and categories.</source>
+        <translation>Suchen Sie etwas anderes oder zeigen Sie alle Stufen und Bereiche.</translation>
+    </message>
+    <message>
+        <source>No log events yet</source>
+        <translation>Noch keine Ereignisse</translation>
+    </message>
+    <message>
+        <source>As soon as images are received or sent, what happens to them is listed here.</source>
+        <translation>Sobald Bilder empfangen oder gesendet werden, steht hier, was mit ihnen geschieht.</translation>
+    </message>
+</context>
+<context>
+    <name>gateway::shell::LogTable</name>
+    <message>
+        <source>Log events</source>
+        <translation>Protokollereignisse</translation>
+    </message>
+</context>
+<context>
+    <name>gateway::shell::LogTableModel</name>
+    <message>
+        <source>Time</source>
+        <translation>Zeit</translation>
+    </message>
+    <message>
+        <source>Level</source>
+        <translation>Stufe</translation>
+    </message>
+    <message>
+        <source>Category</source>
+        <translation>Bereich</translation>
+    </message>
+    <message>
+        <source>Action</source>
+        <translation>Aktion</translation>
+    </message>
+    <message>
+        <source>Outcome</source>
+        <translation>Ergebnis</translation>
+    </message>
+    <message>
+        <source>Hash</source>
+        <translation>Hash</translation>
+    </message>
+</context>
+<context>
+    <name>gateway::shell::PasswordField</name>
+    <message>
+        <source>Hide password</source>
+        <translation>Kennwort verbergen</translation>
+    </message>
+    <message>
+        <source>Show password</source>
+        <translation>Kennwort zeigen</translation>
+    </message>
+</context>
+<context>
+    <name>gateway::shell::SearchField</name>
+    <message>
+        <source>Clear search</source>
+        <translation>Suche leeren</translation>
+    </message>
+</context>
+<context>
+    <name>gateway::shell::Skeleton</name>
+    <message>
+        <source>Loading</source>
+        <translation>Wird geladen</translation>
+    </message>
+</context>
+<context>
+    <name>gateway::shell::StorageUsageRing</name>
+    <message>
+        <source>%1%</source>
+        <translation>%1 %</translation>
+    </message>
+    <message>
+        <source>Used storage</source>
+        <translation>Belegter Speicher</translation>
+    </message>
+</context>
+<context>
+    <name>gateway::shell::SummaryPill</name>
+    <message>
+        <source>%1: %2</source>
+        <translation>%1: %2</translation>
+    </message>
+</context>
+<context>
+    <name>gateway::shell::TimeRangeButton</name>
+    <message>
+        <source>Time Range</source>
+        <translation>Zeitraum</translation>
+    </message>
+</context>
+<context>
+    <name>gateway::shell::TransferLineChart</name>
+    <message>
+        <source>%1: %2, %3</source>
+        <translation>%1: %2, %3</translation>
+    </message>
+    <message>
+        <source>No images were received or sent in this time range</source>
+        <translation>In diesem Zeitraum wurden keine Bilder empfangen oder gesendet</translation>
+    </message>
+    <message>
+        <source>Received and sent images over time</source>
+        <translation>Empfangene und gesendete Bilder im Zeitverlauf</translation>
+    </message>
+</context>
+<context>
+    <name>gateway::shell::TransferTrendCard</name>
+    <message>
+        <source>Transfer Activity</source>
+        <translation>Übertragungen</translation>
+    </message>
+</context>
+<context>
+    <name>gateway::shell::UpArrowFlowOverlay</name>
+    <message>
+        <source>Images are being sent</source>
+        <translation>Bilder werden gesendet</translation>
+    </message>
+    <message>
+        <source>No images are being sent</source>
+        <translation>Es werden keine Bilder gesendet</translation>
+    </message>
+</context>
+<context>
+    <name>gateway::shell::UploadSpeedValueLabel</name>
+    <message>
+        <source>Speed</source>
+        <translation>Tempo</translation>
+    </message>
+    <message>
+        <source>%1 Mbps</source>
+        <translation>%1 Mbit/s</translation>
+    </message>
+</context>
+</TS>

@@ -1,0 +1,23 @@
+#include "shell/language/translations.h"
+
+#include <QtCore/QCoreApplication>
+#include <QtCore/QLibraryInfo>
+
+namespace gateway::shell {
+
+Translations::Translations(const QLocale &locale)
+{
+    if (m_own.load(
+            locale, QStringLiteral("quorin"), QStringLiteral("_"), QStringLiteral(":/shell/language"))) {
+        QCoreApplication::installTranslator(&m_own);
+        // Two languages on one screen would be worse than one that isn't the user's.
+        if (m_toolkit.load(locale,
+                           QStringLiteral("qtbase"),
+                           QStringLiteral("_"),
+                           QLibraryInfo::path(QLibraryInfo::TranslationsPath))) {
+            QCoreApplication::installTranslator(&m_toolkit);
+        }
+    }
+}
+
+} // namespace gateway::shell
