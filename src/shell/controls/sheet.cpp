@@ -26,20 +26,30 @@ Qt::FocusReason reasonAfter(const QWidget *focusBefore)
 
 Sheet::Sheet(const Theme &theme, QWidget &window, const QString &title)
     : QWidget(&window), m_theme(theme), m_title(title), m_panel(new QWidget(this)),
-      m_body(new QVBoxLayout(m_panel)), m_dim(theme, *this, 0)
+      m_body(new QVBoxLayout(m_panel)), m_heading(new TextLabel(theme, title, TypeStyle::h2)),
+      m_dim(theme, *this, 0)
 {
     announceAccessible();
     setFocusPolicy(Qt::StrongFocus);
     const int page = theme.space(Space::page);
     m_body->setContentsMargins(page, page, page, page);
     m_body->setSpacing(theme.space(Space::wide));
-    auto *heading = new TextLabel(theme, title, TypeStyle::h2);
-    heading->setWordWrap(true);
-    m_body->addWidget(heading);
+    m_heading->setWordWrap(true);
+    m_body->addWidget(m_heading);
     m_panel->setFixedWidth(kPanelWidth);
     hide();
     window.installEventFilter(this);
     connect(&theme, &Theme::themeChanged, this, qOverload<>(&QWidget::update));
+}
+
+void Sheet::setTitle(const QString &title)
+{
+    if (m_title != title) {
+        m_title = title;
+        m_heading->setText(title);
+        QAccessibleEvent renamed(this, QAccessible::NameChanged);
+        QAccessible::updateAccessibility(&renamed);
+    }
 }
 
 void Sheet::setPanelWidth(int width)
@@ -86,12 +96,13 @@ void Sheet::dismiss()
 void Sheet::place()
 {
     setGeometry(parentWidget()->rect());
-    m_panel->adjustSize();
+    m_body->activate();
     const int room = height() - 2 * m_theme.space(Space::page);
-    if (m_panel->height() > room) {
-        m_panel->resize(m_panel->width(), room);
-    }
-    m_panel->move((width() - m_panel->width()) / 2, (height() - m_panel->height()) / 2);
+    const int width = m_panel->maximumWidth();
+    const int wanted =
+        m_body->hasHeightForWidth() ? m_body->totalHeightForWidth(width) : m_body->totalSizeHint().height();
+    m_panel->resize(width, std::min(std::max(wanted, m_panelMinimumHeight), room));
+    m_panel->move((this->width() - m_panel->width()) / 2, (height() - m_panel->height()) / 2);
 }
 
 QList<QWidget *> Sheet::stops() const
@@ -137,6 +148,10 @@ bool Sheet::eventFilter(QObject *watched, QEvent *event)
 {
     if (watched == parentWidget() && event->type() == QEvent::Resize && isVisible()) {
         place();
+    }
+    if (watched == m_panel && event->type() == QEvent::LayoutRequest) {
+        place(); // a part came, went, or has other words
+        update();
     }
     if (event->type() == QEvent::Shortcut && isVisible() && isForeignShortcut(watched)) {
         return true;

@@ -10,6 +10,8 @@
 
 namespace gateway::shell {
 
+class TextLabel;
+
 /// A modal panel inside its window, over a dimmed backdrop.
 ///
 /// While it is open, pointer, keyboard, Tab and shortcuts stay within it. Escape dismisses it unless that is
@@ -27,7 +29,14 @@ public:
     /// The column below the title that the sheet's parts are added to.
     QVBoxLayout &body() { return *m_body; }
 
+    /// Another title, which assistive tools are told of.
+    void setTitle(const QString &title);
+
     void setPanelWidth(int width);
+
+    /// The panel is as high as its parts want it, but not lower than this where the window has the room.
+    void setPanelMinimumHeight(int height) { m_panelMinimumHeight = height; }
+
     void setDefaultButton(QAbstractButton *button) { m_defaultButton = button; }
 
     /// Whether Escape and a click beside the panel may dismiss it; they may, unless told.
@@ -45,7 +54,7 @@ public:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 Q_SIGNALS:
-    /// The operator left it by Escape or by a click beside the panel; it is closed by then.
+    /// The operator left it, by Escape or by a click beside the panel at least; it is closed by then.
     void dismissed();
 
 protected:
@@ -61,9 +70,11 @@ private:
     bool isForeignShortcut(QObject *receiver) const;
 
     const Theme &m_theme;
-    const QString m_title;
+    QString m_title;
     QWidget *m_panel;
     QVBoxLayout *m_body;
+    TextLabel *m_heading;
+    int m_panelMinimumHeight = 0;
     QPointer<QAbstractButton> m_defaultButton;
     QPointer<QWidget> m_focusBefore;
     bool m_isDismissible = true;

@@ -486,6 +486,53 @@
     </message>
 </context>
 <context>
+    <name>gateway::shell::SignInSheet</name>
+    <message>
+        <source>Sign In</source>
+        <translation>Anmelden</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Abbrechen</translation>
+    </message>
+    <message>
+        <source>Sign in</source>
+        <translation>Anmelden</translation>
+    </message>
+    <message>
+        <source>Continue</source>
+        <translation>Weiter</translation>
+    </message>
+    <message>
+        <source>Received images are sent to this account.</source>
+        <translation>Empfangene Bilder werden an dieses Konto gesendet.</translation>
+    </message>
+    <message>
+        <source>Email</source>
+        <translation>E-Mail</translation>
+    </message>
+    <message>
+        <source>Password</source>
+        <translation>Passwort</translation>
+    </message>
+    <message>
+        <source>You are now signed in as %1.</source>
+        <translation>Sie sind jetzt als %1 angemeldet.</translation>
+    </message>
+    <message>
+        <source>You are now signed in.</source>
+        <translation>Sie sind jetzt angemeldet.</translation>
+    </message>
+    <message>
+        <source>Sign In Successful</source>
+        <translation>Anmeldung erfolgreich</translation>
+    </message>
+    <message>
+        <source>Images are still received and kept. Check your entries and the network, then try again.</source>
+        <translation>Bilder werden weiter empfangen und hier aufbewahrt. Prüfen Sie Ihre Eingaben und das Netz und versuchen Sie es noch einmal.</translation>
+    </message>
+</context>
+<context>
     <name>gateway::shell::Skeleton</name>
     <message>
         <source>Loading</source>
@@ -508,6 +555,41 @@
     <message>
         <source>%1: %2</source>
         <translation>%1: %2</translation>
+    </message>
+</context>
+<context>
+    <name>gateway::shell::TermsSheet</name>
+    <message>
+        <source>Quorin Cloud Terms &amp; Conditions</source>
+        <translation>Nutzungsbedingungen der Quorin Cloud</translation>
+    </message>
+    <message>
+        <source>Please scroll to the end of the Terms and Conditions to continue.</source>
+        <translation>Bitte lesen Sie die Nutzungsbedingungen bis zum Ende, um fortzufahren.</translation>
+    </message>
+    <message>
+        <source>Decline</source>
+        <translation>Ablehnen</translation>
+    </message>
+    <message>
+        <source>Accept</source>
+        <translation>Annehmen</translation>
+    </message>
+    <message>
+        <source>Please review and accept the Terms &amp; Conditions before using Quorin Cloud.</source>
+        <translation>Bitte lesen Sie die Nutzungsbedingungen und nehmen Sie sie an, bevor Sie Quorin Cloud benutzen.</translation>
+    </message>
+    <message>
+        <source>Terms and Conditions</source>
+        <translation>Nutzungsbedingungen</translation>
+    </message>
+    <message>
+        <source>Your answer hasn&apos;t been taken. Images are still received and kept.</source>
+        <translation>Ihre Antwort ist nicht angekommen. Bilder werden weiter empfangen und hier aufbewahrt.</translation>
+    </message>
+    <message>
+        <source>Reload</source>
+        <translation>Neu laden</translation>
     </message>
 </context>
 <context>
