@@ -98,7 +98,7 @@ StoreManualImportService::~StoreManualImportService()
     }
 }
 
-void StoreManualImportService::presentImportPanel()
+void StoreManualImportService::presentImportPanel(std::function<void(const QString &batch)> began)
 {
     if (m_with.panel == nullptr) {
         return;
@@ -107,11 +107,14 @@ void StoreManualImportService::presentImportPanel()
     request.title = QStringLiteral("Import DICOM Files");
     request.message = QStringLiteral("Select files and folders to import DICOM files.");
     request.confirmButton = QStringLiteral("Import");
-    m_with.panel->present(request, [weak = weak_from_this()](const QList<QUrl> &urls) {
-        if (const auto self = weak.lock()) {
-            self->importItems(urls, kManualUpload);
-        }
-    });
+    m_with.panel->present(request,
+                          [weak = weak_from_this(), began = std::move(began)](const QList<QUrl> &urls) {
+                              const auto self = weak.lock();
+                              const QString batch = self ? self->importItems(urls, kManualUpload) : QString();
+                              if (began && !batch.isEmpty()) {
+                                  began(batch);
+                              }
+                          });
 }
 
 QString StoreManualImportService::importItems(const QList<QUrl> &urls, const QString &trigger)

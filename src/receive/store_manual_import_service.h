@@ -58,7 +58,9 @@ public:
     StoreManualImportService &operator=(const StoreManualImportService &) = delete;
 
     /// Asks the operator what to import, and imports it; nothing happens on cancel or without a desktop.
-    void presentImportPanel();
+    ///
+    /// \param began  told the id of the batch, if one came of it; on main, now or later.
+    void presentImportPanel(std::function<void(const QString &batch)> began = {});
 
     /// Queues a batch and returns at once.
     ///

@@ -92,6 +92,7 @@ void FlowOverlay::setFlowing(bool flowing)
     m_isFlowing = flowing;
     m_ticker.setWanted(flowing);
     update();
+    Q_EMIT flowingChanged(flowing);
     QAccessibleEvent renamed(this, QAccessible::NameChanged);
     QAccessible::updateAccessibility(&renamed);
 }

@@ -49,18 +49,22 @@ class FlowOverlay : public QWidget, public AccessiblePainted
 public:
     bool isMoving() const { return m_ticker.isTicking(); }
 
+    /// Whether there is something to show; without motion the arrows stand then.
+    bool isFlowing() const { return m_isFlowing; }
+
     QAccessible::Role accessibleRole() const override { return QAccessible::Animation; }
 
 Q_SIGNALS:
     /// The arrows moved on.
     void frame();
 
+    void flowingChanged(bool flowing);
+
 protected:
     /// \param clock  outlives this.
     FlowOverlay(const Theme &theme, const platform::Clock &clock, FlowDirection direction, QWidget *parent);
 
     void setFlowing(bool flowing);
-    bool isFlowing() const { return m_isFlowing; }
 
     void paintEvent(QPaintEvent *event) override;
 

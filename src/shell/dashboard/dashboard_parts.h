@@ -1,0 +1,80 @@
+#pragma once
+
+#include <QtCore/QString>
+#include <QtCore/QTimeZone>
+
+#include <functional>
+
+class QWidget;
+
+namespace gateway::account {
+class QuorinAuthViewModel;
+class QuorinCloudStatusViewModel;
+class QuorinCloudStorageLimitViewModel;
+} // namespace gateway::account
+
+namespace gateway::log {
+class GatewayLogsViewModel;
+}
+
+namespace gateway::platform {
+class Clock;
+class MainExecutor;
+class UserDefaults;
+class WorkerPool;
+} // namespace gateway::platform
+
+namespace gateway::receive {
+class DimseListenerViewModel;
+class StoreManualImportService;
+} // namespace gateway::receive
+
+namespace gateway::state {
+class GatewayAppState;
+}
+
+namespace gateway::shell {
+
+class Sheet;
+class Theme;
+
+/// What the dashboard leads to. An action without a function isn't offered.
+struct DashboardActions
+{
+    std::function<void()> openPreferences;
+    std::function<void()> openLocalStudies;
+    std::function<void()> openQuorinCloud;
+    std::function<void()> checkForUpdates;
+};
+
+/// What the dashboard works with; all outlive it.
+struct DashboardParts
+{
+    using Actions = DashboardActions;
+
+    /// Makes a sheet over the given window, which owns it.
+    using MakeSheet = std::function<Sheet *(QWidget *window)>;
+
+    Theme &theme;
+    state::GatewayAppState &appState;
+    account::QuorinAuthViewModel &auth;
+    account::QuorinCloudStatusViewModel &cloudStatus;
+    account::QuorinCloudStorageLimitViewModel &cloudStorage;
+    receive::DimseListenerViewModel &listener;
+    receive::StoreManualImportService &imports;
+    log::GatewayLogsViewModel &logs;
+    platform::UserDefaults &defaults;
+    platform::MainExecutor &main;
+    platform::WorkerPool &pool; ///< for what may wait
+    platform::Clock &clock;
+    std::function<QTimeZone()> timeZone; ///< the user's, asked at each painting
+
+    /// Shows a folder in the desktop's file browser; false when that can't be done.
+    std::function<bool(const QString &directory)> openFolder;
+
+    Actions actions;
+    MakeSheet makeSignInSheet; ///< opened while GatewayFigures::showSignInSheet holds
+    MakeSheet makeTermsSheet;  ///< opened by DashboardWindowController::showTerms
+};
+
+} // namespace gateway::shell

@@ -1,0 +1,33 @@
+#include "shell/dashboard/dashboard_window_controller.h"
+
+#include "shell/dashboard/dashboard_view.h"
+
+namespace gateway::shell {
+
+DashboardWindowController::DashboardWindowController(const DashboardParts &parts)
+    : m_controller(parts.defaults,
+                   {QStringLiteral("dashboard"), DashboardView::windowTitle(), {1180, 860}, {1000, 700}},
+                   [this, parts] {
+                       m_view = new DashboardView(parts);
+                       return m_view;
+                   })
+{
+}
+
+void DashboardWindowController::show()
+{
+    m_controller.show();
+}
+
+void DashboardWindowController::showTerms()
+{
+    show();
+    m_view->showTerms();
+}
+
+DashboardView *DashboardWindowController::view() const
+{
+    return m_view;
+}
+
+} // namespace gateway::shell

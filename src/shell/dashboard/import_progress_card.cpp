@@ -1,0 +1,165 @@
+#include "shell/dashboard/import_progress_card.h"
+
+#include "receive/store_manual_import_service.h"
+#include "shell/controls/button.h"
+#include "shell/controls/progress_row.h"
+#include "shell/controls/symbol_tile.h"
+#include "shell/controls/text_label.h"
+#include "shell/dashboard/elided_label.h"
+#include "shell/dashboard/import_words.h"
+#include "shell/theme/theme.h"
+
+#include <algorithm>
+
+namespace gateway::shell {
+
+namespace {
+
+constexpr std::chrono::milliseconds kInterval{250}; // often enough to feel live, rare enough to be read
+constexpr int kSymbolEdge = 18;
+
+} // namespace
+
+ImportProgressCard::ImportProgressCard(const Theme &theme,
+                                       receive::StoreManualImportService &imports,
+                                       QWidget *parent)
+    : Card(theme, parent), m_theme(theme), m_imports(imports), m_rows(new QVBoxLayout)
+{
+    setAccessibleName(tr("Imports"));
+    m_rows->setSpacing(theme.space(Space::wide));
+    body().addLayout(m_rows);
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    m_timer.setInterval(kInterval);
+    connect(&m_timer, &QTimer::timeout, this, qOverload<>(&ImportProgressCard::refresh));
+    hide();
+}
+
+void ImportProgressCard::follow(const QString &batch)
+{
+    if (batch.isEmpty()) {
+        return;
+    }
+    removeEnded();
+    add(batch);
+    show();
+    refresh();
+}
+
+void ImportProgressCard::add(const QString &id)
+{
+    Batch batch{id, new QWidget, new ProgressRow(m_theme, tr("Importing"), tr("Stop"))};
+    auto *column = new QVBoxLayout(batch.row);
+    column->setContentsMargins({});
+    column->setSpacing(m_theme.space(Space::hair));
+    column->addWidget(batch.progress);
+    connect(batch.progress, &ProgressRow::stopRequested, this, [this, id, row = batch.progress] {
+        row->setStopping();
+        m_imports.stop(id);
+    });
+    m_rows->addWidget(batch.row);
+    m_batches.push_back(std::move(batch));
+}
+
+void ImportProgressCard::refresh()
+{
+    for (Batch &batch : m_batches) {
+        refresh(batch);
+    }
+    settle();
+}
+
+void ImportProgressCard::refresh(Batch &batch)
+{
+    if (batch.progress == nullptr) {
+        return;
+    }
+    const std::optional<receive::ManualImportReport> report = m_imports.report(batch.id);
+    if (!report || report->phase == receive::ManualImportReport::Phase::finished) {
+        conclude(batch, report.value_or(receive::ManualImportReport()));
+        return;
+    }
+    const bool countsBytes = report->knownBytes > 0;
+    batch.progress->setProgress(countsBytes ? report->doneBytes : report->doneFiles,
+                                countsBytes ? report->knownBytes : report->knownFiles,
+                                importProgressText(*report));
+}
+
+void ImportProgressCard::conclude(Batch &batch, const receive::ManualImportReport &report)
+{
+    const bool hadFocus = batch.progress->isAncestorOf(window()->focusWidget());
+    delete std::exchange(batch.progress, nullptr);
+    const Color color = importOutcomeColor(report);
+    auto *head = new QHBoxLayout;
+    head->setSpacing(m_theme.space(Space::gap));
+    head->addWidget(new SymbolTile(m_theme,
+                                   color == Color::green ? QStringLiteral("checkmark.circle.fill")
+                                                         : QStringLiteral("exclamationmark.triangle.fill"),
+                                   color,
+                                   kSymbolEdge,
+                                   SymbolTile::Ground::none));
+    head->addWidget(new TextLabel(m_theme, importOutcomeText(report), TypeStyle::bodyStrong), 1);
+    auto *dismiss = new Button(m_theme, ButtonKind::quiet, {}, QStringLiteral("xmark"));
+    dismiss->setAccessibleName(tr("Dismiss"));
+    dismiss->setToolTip(tr("Dismiss"));
+    connect(dismiss, &QAbstractButton::clicked, this, [this, id = batch.id] { remove(id); });
+    head->addWidget(dismiss);
+    auto *column = static_cast<QVBoxLayout *>(batch.row->layout());
+    column->addLayout(head);
+    const QStringList lines = importSkipTexts(report);
+    for (const QString &line : lines) {
+        auto *reason = new ElidedLabel(m_theme, TypeStyle::small, Color::text2);
+        reason->setIndent(kSymbolEdge + m_theme.space(Space::gap));
+        reason->setWords(line);
+        column->addWidget(reason);
+    }
+    if (hadFocus) {
+        dismiss->setFocus();
+    }
+}
+
+void ImportProgressCard::remove(const QString &id)
+{
+    const auto found = std::ranges::find(m_batches, id, &Batch::id);
+    if (found != m_batches.end()) {
+        found->row->deleteLater(); // the pressed button lies in it
+        found->row->hide();
+        m_batches.erase(found);
+        settle();
+    }
+}
+
+void ImportProgressCard::removeEnded()
+{
+    const std::vector<Batch> before = m_batches;
+    for (const Batch &batch : before) {
+        if (batch.progress == nullptr) {
+            remove(batch.id);
+        }
+    }
+}
+
+void ImportProgressCard::settle()
+{
+    setVisible(!m_batches.empty());
+    const bool isUnderWay =
+        std::ranges::any_of(m_batches, [](const Batch &batch) { return batch.progress != nullptr; });
+    if (isUnderWay && isVisible()) {
+        m_timer.start();
+    } else {
+        m_timer.stop();
+    }
+}
+
+void ImportProgressCard::showEvent(QShowEvent *event)
+{
+    Card::showEvent(event);
+    refresh();
+}
+
+void ImportProgressCard::hideEvent(QHideEvent *event)
+{
+    Card::hideEvent(event);
+    m_timer.stop();
+}
+
+} // namespace gateway::shell

@@ -1,0 +1,75 @@
+#include "shell/dashboard/listener_card.h"
+
+#include "receive/dimse_listener_view_model.h"
+#include "shell/controls/button.h"
+#include "shell/controls/state_label.h"
+#include "shell/controls/text_label.h"
+#include "shell/controls/unified_card_header.h"
+#include "shell/dashboard/dashboard_parts.h"
+#include "shell/dashboard/elided_label.h"
+#include "shell/dashboard/state_binding.h"
+#include "shell/theme/theme.h"
+#include "state/gateway_app_state.h"
+
+namespace gateway::shell {
+
+using Field = state::GatewayField;
+
+ListenerCard::ListenerCard(const DashboardParts &parts, QWidget *parent)
+    : Card(parts.theme, parent), m_listener(parts.listener), m_appState(parts.appState),
+      m_switch(new Button(parts.theme, ButtonKind::secondary, tr("Start"))),
+      m_state(new StateLabel(parts.theme)),
+      m_address(new ElidedLabel(parts.theme, TypeStyle::small, Color::muted)),
+      m_aeTitle(new ElidedLabel(parts.theme, TypeStyle::bodyStrong, Color::text)),
+      m_port(new ElidedLabel(parts.theme, TypeStyle::bodyStrong, Color::text))
+{
+    const Theme &theme = parts.theme;
+    setAccessibleName(tr("DIMSE Listener"));
+    body().addWidget(new UnifiedCardHeader(
+        theme, QStringLiteral("dot.radiowaves.left.and.right"), tr("DIMSE Listener"), Color::blue, m_switch));
+    const auto caption = [&theme](const QString &words) {
+        return new TextLabel(theme, words, TypeStyle::body, Color::text2);
+    };
+    auto *state = new QHBoxLayout;
+    state->setSpacing(theme.space(Space::wide));
+    state->addWidget(caption(tr("State")));
+    state->addWidget(m_state);
+    state->addWidget(m_address, 1);
+    body().addLayout(state);
+    auto *address = new QHBoxLayout;
+    address->setSpacing(theme.space(Space::tight));
+    address->addWidget(caption(tr("AE Title")));
+    address->addWidget(m_aeTitle, 3);
+    address->addWidget(caption(tr("Port")));
+    address->addWidget(m_port, 1);
+    body().addLayout(address);
+    connect(m_switch, &QAbstractButton::clicked, this, [this] {
+        m_listener.setEnabled(!m_listener.isListening());
+    });
+    connect(&m_listener, &receive::DimseListenerViewModel::changed, this, &ListenerCard::showListener);
+    new StateBinding(
+        m_appState,
+        {Field::isReceivingNow, Field::isDimseListening},
+        [this](const state::GatewayAppState &) { showListener(); },
+        this);
+}
+
+void ListenerCard::showListener()
+{
+    const bool isListening = m_listener.isListening();
+    if (m_appState.figures().isReceivingNow) {
+        m_state->setState(tr("RECEIVING"), Color::blue);
+    } else if (isListening) {
+        m_state->setState(tr("RUNNING"), Color::green);
+    } else {
+        m_state->setState(tr("STOPPED"), Color::amber);
+    }
+    m_address->setWords(isListening ? tr("Reached at %1").arg(m_listener.addressText(true))
+                                    : tr("Modalities can't send now"));
+    m_aeTitle->setWords(m_listener.settings().aeTitle);
+    m_port->setWords(QString::number(m_listener.settings().port));
+    m_switch->setText(isListening ? tr("Stop") : tr("Start"));
+    m_switch->setSymbol(isListening ? QStringLiteral("stop.fill") : QStringLiteral("play.fill"));
+}
+
+} // namespace gateway::shell

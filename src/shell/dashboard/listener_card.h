@@ -1,0 +1,47 @@
+#pragma once
+
+#include "shell/controls/card.h"
+
+namespace gateway::receive {
+class DimseListenerViewModel;
+}
+
+namespace gateway::state {
+class GatewayAppState;
+}
+
+namespace gateway::shell {
+
+class Button;
+class ElidedLabel;
+class StateLabel;
+struct DashboardParts;
+
+/// "DIMSE Listener": whether modalities can send, and what they are told to send to.
+///
+/// Owner: OverviewPage. Thread: main.
+class ListenerCard : public Card
+{
+    Q_OBJECT
+
+public:
+    explicit ListenerCard(const DashboardParts &parts, QWidget *parent = nullptr);
+
+    StateLabel &state() { return *m_state; }
+    Button &switchButton() { return *m_switch; }
+    ElidedLabel &aeTitle() { return *m_aeTitle; }
+    ElidedLabel &port() { return *m_port; }
+
+private:
+    void showListener();
+
+    receive::DimseListenerViewModel &m_listener;
+    const state::GatewayAppState &m_appState;
+    Button *m_switch;
+    StateLabel *m_state;
+    ElidedLabel *m_address;
+    ElidedLabel *m_aeTitle;
+    ElidedLabel *m_port;
+};
+
+} // namespace gateway::shell

@@ -1,0 +1,119 @@
+#include "shell/dashboard/status_card.h"
+
+#include "account/quorin_auth_view_model.h"
+#include "account/quorin_cloud_status_view_model.h"
+#include "shell/controls/button.h"
+#include "shell/controls/state_label.h"
+#include "shell/controls/symbol_tile.h"
+#include "shell/controls/text_label.h"
+#include "shell/controls/unified_card_header.h"
+#include "shell/dashboard/dashboard_parts.h"
+#include "shell/dashboard/elided_label.h"
+#include "shell/theme/theme.h"
+#include "state/gateway_app_state.h"
+
+namespace gateway::shell {
+
+namespace {
+
+constexpr int kSymbolEdge = 16;
+
+} // namespace
+
+StatusCard::StatusCard(const DashboardParts &parts, QWidget *parent)
+    : Card(parts.theme, parent), m_theme(parts.theme), m_auth(parts.auth), m_cloudStatus(parts.cloudStatus),
+      m_appState(parts.appState),
+      m_refresh(new Button(parts.theme, ButtonKind::quiet, tr("Refresh"), QStringLiteral("arrow.clockwise"))),
+      m_state(new StateLabel(parts.theme)),
+      m_detail(new ElidedLabel(parts.theme, TypeStyle::small, Color::muted)),
+      m_accountSymbol(new SymbolTile(
+          parts.theme, QStringLiteral("lock.fill"), Color::text2, kSymbolEdge, SymbolTile::Ground::none)),
+      m_account(new ElidedLabel(parts.theme, TypeStyle::body, Color::text)),
+      m_signIn(new PrimaryButton(parts.theme, tr("Sign in"))),
+      m_signOut(new Button(parts.theme, ButtonKind::secondary, tr("Sign out"))),
+      m_scope(parts.main, parts.pool)
+{
+    setAccessibleName(tr("Quorin Cloud Status"));
+    body().addWidget(new UnifiedCardHeader(
+        m_theme, QStringLiteral("cloud.fill"), tr("Quorin Cloud Status"), Color::green, m_refresh));
+    body().addLayout(stateRow());
+    body().addLayout(accountRow());
+    connect(m_refresh, &QAbstractButton::clicked, this, [this] { m_scope.start(m_cloudStatus.refresh()); });
+    connect(m_signIn, &QAbstractButton::clicked, this, [this] { m_appState.setShowSignInSheet(true); });
+    connect(m_signOut, &QAbstractButton::clicked, this, [this] { m_scope.start(m_auth.signOut()); });
+    connect(&m_cloudStatus, &account::QuorinCloudStatusViewModel::changed, this, &StatusCard::showNow);
+    connect(&m_auth, &account::QuorinAuthViewModel::changed, this, &StatusCard::showNow);
+    showNow();
+}
+
+StatusCard::~StatusCard()
+{
+    m_scope.close();
+}
+
+QLabel &StatusCard::account() const
+{
+    return *m_account;
+}
+
+QLayout *StatusCard::stateRow()
+{
+    auto *row = new QHBoxLayout;
+    row->setSpacing(m_theme.space(Space::wide));
+    row->addWidget(new TextLabel(m_theme, tr("State"), TypeStyle::body, Color::text2));
+    row->addWidget(m_state);
+    row->addWidget(m_detail, 1);
+    return row;
+}
+
+QLayout *StatusCard::accountRow()
+{
+    auto *row = new QHBoxLayout;
+    row->setSpacing(m_theme.space(Space::tight));
+    row->addWidget(m_accountSymbol);
+    row->addWidget(m_account, 1);
+    row->addWidget(m_signIn);
+    row->addWidget(m_signOut);
+    return row;
+}
+
+void StatusCard::showNow()
+{
+    showState();
+    showAccount();
+    m_refresh->setBusy(m_cloudStatus.isChecking());
+}
+
+void StatusCard::showState()
+{
+    const bool isSignedIn = m_auth.state().isSignedIn();
+    if (m_cloudStatus.isOnline() && isSignedIn) {
+        m_state->setState(tr("READY"), Color::green);
+    } else if (!isSignedIn) {
+        m_state->setState(tr("SIGNED OUT"), Color::red);
+    } else if (!m_cloudStatus.lastCheckedAt()) {
+        m_state->setState(QStringLiteral("--"), Color::muted); // nobody has asked yet
+    } else {
+        m_state->setState(tr("UNREACHABLE"), Color::red);
+    }
+    const QString words = m_cloudStatus.detailText().value_or(QString());
+    m_detail->setWords(words.simplified());
+    m_detail->setColor(m_cloudStatus.isOnline() ? Color::muted : Color::text2);
+}
+
+void StatusCard::showAccount()
+{
+    const bool isSignedIn = m_auth.state().isSignedIn();
+    m_accountSymbol->setSymbol(isSignedIn ? QStringLiteral("checkmark.circle.fill")
+                                          : QStringLiteral("lock.fill"),
+                               isSignedIn ? Color::green : Color::amber);
+    m_account->setWords(isSignedIn
+                            ? tr("Signed in as %1").arg(m_auth.signedInLabel().value_or(QStringLiteral("--")))
+                            : tr("Sign in required"));
+    m_signIn->setVisible(!isSignedIn);
+    m_signOut->setVisible(isSignedIn);
+    m_signOut->setBusy(m_auth.isChecking());
+    m_signIn->setBusy(m_auth.isChecking());
+}
+
+} // namespace gateway::shell
