@@ -10,6 +10,7 @@ import time
 from rig import (Failure, Gateway, Orthanc, PeakMemory, Row, await_true, cloud, count_in, login)
 from receiving import send
 
+
 class ForwardingOrthanc(Orthanc):
     """The peer, sending on by STOW-RS what has arrived since it last did. One image a request, from its scripts or its
     queue of jobs, takes it half a second each."""
@@ -38,10 +39,11 @@ class ForwardingOrthanc(Orthanc):
 
 
 def gateway_on_the_way(stack, bench, address, compressed):
+    """As a real site has it: defaults, with parallel transfers on."""
     gateway = Gateway(stack, bench.binaries, bench.fresh("way"), address)
     if not compressed:
         gateway.must("settings", "set", "quorinCloudCompressToLS", "false")
-    gateway.must("settings", "set", "quorinCloudBatchEnabled", "true")
+    gateway.must("settings", "set", "QuorinRetrieveMode", "1")
     gateway.sign_in()
     return gateway
 
