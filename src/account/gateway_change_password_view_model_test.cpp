@@ -114,6 +114,17 @@ TEST_F(GatewayChangePassword, ShowsTheWordsOfAnyOtherFailure)
     EXPECT_FALSE(model.isSaving());
 }
 
+TEST_F(GatewayChangePassword, HasItsOwnWordsForAFailureWithoutAny)
+{
+    service.isOffline = true;
+
+    for (const QString &words : {QString(), QStringLiteral(" \n"), QStringLiteral("(null)")}) {
+        service.offlineWords = words;
+        EXPECT_FALSE(change(kOld, kNew, kNew));
+        EXPECT_EQ(model.errorMessage(), QStringLiteral("Failed to change password. Please try again."));
+    }
+}
+
 TEST_F(GatewayChangePassword, RefusesASecondChangeWhileOneRuns)
 {
     service.hold(kCall);

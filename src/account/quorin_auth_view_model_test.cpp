@@ -176,6 +176,41 @@ TEST_F(QuorinAuth, KeepsTheSessionWithoutALabelWhileThereIsNoNetwork)
     EXPECT_EQ(posts, 1);
 }
 
+TEST_F(QuorinAuth, APollWithoutNetworkKeepsTheTokenThatUploadsGoBy)
+{
+    signIn();
+    model.startPolling(seconds(60));
+    reachPosts(2);
+    clock.waitForSleepers(1);
+    service.isOffline = true;
+
+    clock.advance(seconds(60));
+    reachPosts(3);
+
+    EXPECT_EQ(model.state(), AuthState::signedIn(std::nullopt));
+    EXPECT_FALSE(model.signedInLabel());
+    EXPECT_TRUE(settings.token());
+    EXPECT_TRUE(settings.userId());
+}
+
+TEST_F(QuorinAuth, UsesItsOwnWordsForAFaultWithoutAny)
+{
+    signIn();
+    service.isOffline = true;
+    service.offlineWords = QStringLiteral("(null)");
+    service.hold(QStringLiteral("getUser"));
+    const auto task = model.refresh(false);
+    runUntil([this] { return model.lastAuthError().has_value(); });
+
+    EXPECT_EQ(model.lastAuthError(), QStringLiteral("Unable to verify account session."));
+    service.release();
+    finish(task);
+    EXPECT_EQ(model.lastAuthError(), QStringLiteral("Unable to load account details."));
+    finish(model.signOut());
+    EXPECT_EQ(model.lastAuthError(), QStringLiteral("Sign out failed. Local session was cleared."));
+    EXPECT_EQ(model.state(), AuthState::signedOut());
+}
+
 TEST_F(QuorinAuth, LeavesNoTraceOfAFaultThatPassedBetweenItsTwoQuestions)
 {
     signIn();

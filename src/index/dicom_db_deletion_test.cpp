@@ -447,6 +447,23 @@ TEST_F(Removals, OfAFileThatARowRefersToAgainAreDropped)
     EXPECT_EQ(noted(), 0);
 }
 
+TEST_F(Removals, OfAFileOfWhichTheIndexCanNotBeAskedWait)
+{
+    const QString path = importOne(QStringLiteral("9.1"));
+    home.execute(QStringLiteral("INSERT INTO PendingRemoval VALUES ('%1'); "
+                                "ALTER TABLE DicomImage RENAME TO Hidden")
+                     .arg(path));
+
+    index.finishRemovals();
+
+    EXPECT_TRUE(isStored(path));
+    EXPECT_EQ(noted(), 1);
+    home.execute(QStringLiteral("ALTER TABLE Hidden RENAME TO DicomImage"));
+    index.finishRemovals();
+    EXPECT_TRUE(isStored(path)) << "a row refers to it";
+    EXPECT_EQ(noted(), 0);
+}
+
 TEST_F(Removals, AreFinishedPageByPageAlsoWhenSomeFail)
 {
     constexpr int kFiles = 1100;

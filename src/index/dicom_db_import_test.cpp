@@ -357,6 +357,25 @@ TEST_F(ImportFailures, AParserThatBreaksDownSaysNothingAboutTheFile)
     EXPECT_TRUE(filesInStore().isEmpty());
 }
 
+TEST_F(ImportFailures, AStoreThatCanNotBeWrittenIsReportedAndTheNumberDoesNotRise)
+{
+    ASSERT_TRUE(QDir().mkpath(home.fileStoreRoot()));
+    QFile obstacle(home.fileStoreRoot() + QStringLiteral("/10000"));
+    ASSERT_TRUE(obstacle.open(QIODevice::WriteOnly)); // in the place of the folder
+    const QUrl source = home.file(TemporaryIndex::image(QStringLiteral("9.1")));
+
+    expectError(source,
+                Kind::moveToLocalDirectoryFailed,
+                Blame::storage,
+                "Could not move imported file to local storage.");
+
+    EXPECT_TRUE(home.parser.parse(source.toLocalFile()));
+    EXPECT_EQ(filesInStore(), QStringList{QStringLiteral("10000")}) << "no private copy is left";
+    EXPECT_EQ(index.totalCounts(), (EntityCounts{0, 0, 0}));
+    ASSERT_TRUE(obstacle.remove());
+    EXPECT_EQ(importOne(QStringLiteral("9.1")), QStringLiteral("10000/0.dcm"));
+}
+
 TEST_F(ImportFailures, AFileWithoutPatientIsRejectedAndStaysInTheStore)
 {
     const QUrl source =

@@ -73,6 +73,18 @@ TEST_F(Counters, CountRowsByState)
     EXPECT_EQ(index.counts(), (IndexCounts{{3, 3, 5}, {2, 2, 4}, 1, 1}));
 }
 
+TEST_F(Counters, AreZeroWhenTheIndexCannotBeRead)
+{
+    importOne(QStringLiteral("9.1"));
+    home.execute(QStringLiteral("ALTER TABLE Ledger RENAME TO Gone"));
+
+    EXPECT_EQ(index.counts(), IndexCounts{});
+    EXPECT_EQ(index.notSyncedCounts(), (EntityCounts{0, 0, 0}));
+    EXPECT_EQ(index.totalCounts(), (EntityCounts{0, 0, 0}));
+    EXPECT_EQ(index.syncedImagesCount(), 0);
+    EXPECT_EQ(index.failedImagesCount(), 0);
+}
+
 TEST_F(Figures, AreThoseOfAnEmptyIndex)
 {
     const std::optional<IndexFigures> figures = index.figures();
@@ -171,6 +183,15 @@ TEST_F(StudySnapshots, ComputeTheirStateFromTheImages)
     home.execute(QStringLiteral("UPDATE DicomImage SET syncState = 3"));
 
     EXPECT_EQ(index.studySnapshots().first().syncState, 3) << "the stored roll-up says 0 still";
+}
+
+TEST_F(StudySnapshots, AndThoseOfSeriesAreNoneWhenTheIndexCannotBeRead)
+{
+    importOne(QStringLiteral("9.1"));
+    home.execute(QStringLiteral("ALTER TABLE Study RENAME TO Gone"));
+
+    EXPECT_TRUE(index.studySnapshots().isEmpty());
+    EXPECT_TRUE(index.seriesSnapshots(QStringLiteral("1.2")).isEmpty());
 }
 
 TEST_F(SeriesSnapshots, ComeByNumberThenNewestFirst)
@@ -314,6 +335,18 @@ TEST_F(TransferBuckets, OfManyHoursAgreeWithThoseOfFiveMinutesWhereverTheyStart)
             EXPECT_EQ(std::pair(buckets.received[i], buckets.sent[i]), expected) << minutes << ", " << i;
         }
     }
+}
+
+TEST_F(TransferBuckets, StayAtZeroWhenTheIndexCannotBeRead)
+{
+    const QDateTime start(QDate(2026, 1, 1), QTime(12, 0), Qt::UTC);
+    importOne(QStringLiteral("9.1"));
+    home.execute(QStringLiteral("ALTER TABLE Activity RENAME TO Gone"));
+
+    const auto buckets = index.transferBuckets(start, start.addSecs(2 * 3600), std::chrono::hours(1), 2);
+
+    EXPECT_EQ(buckets.received, std::vector<std::int64_t>(2));
+    EXPECT_EQ(buckets.sent, std::vector<std::int64_t>(2));
 }
 
 TEST_F(TransferBuckets, NoBucketsAreNone)

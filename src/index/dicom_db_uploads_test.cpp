@@ -213,6 +213,21 @@ TEST_F(PendingUploads, ACursorIsOfferedWhatArrivesDuringTheRun)
     EXPECT_EQ(paths(index.pendingImageUploads(5, cursor)), (QStringList{late, again}));
 }
 
+TEST_F(PendingUploads, AreNoneWhileTheIndexCanNotBeReadAndComeBackBehindTheSameCursor)
+{
+    const QString first = importOne(QStringLiteral("9.1"));
+    const QString second = importOne(QStringLiteral("9.2"));
+    PendingCursor cursor;
+    ASSERT_EQ(paths(index.pendingImageUploads(1, cursor)), QStringList{first});
+
+    home.execute(QStringLiteral("ALTER TABLE DicomImage RENAME TO Hidden"));
+    EXPECT_TRUE(index.pendingImageUploads(1).isEmpty());
+    EXPECT_TRUE(index.pendingImageUploads(1, cursor).isEmpty());
+    home.execute(QStringLiteral("ALTER TABLE Hidden RENAME TO DicomImage"));
+
+    EXPECT_EQ(paths(index.pendingImageUploads(1, cursor)), QStringList{second});
+}
+
 TEST_F(UploadMarks, MoveRowsAndTheirParentsAndTellOnce)
 {
     importFrames(QStringLiteral("9.1"), 2);
@@ -380,6 +395,21 @@ TEST_F(Recovery, WithoutRowsInProgressSavesAndPostsNothing)
     EXPECT_EQ(index.recoverInProgressImages(), (RecoveryCounts{0, 0, 0, false}));
 
     EXPECT_EQ(QFileInfo(log.filePath()).size(), before);
+    EXPECT_EQ(home.announcements(), 0);
+}
+
+TEST_F(Recovery, AndAResetThatCanNotBeSavedGiveZeroAndChangeNothing)
+{
+    importOne(QStringLiteral("9.1"));
+    index.markImagesInProgress({{1}});
+    home.announcements();
+    home.execute(QStringLiteral("CREATE TRIGGER refuse BEFORE UPDATE OF syncState ON Series "
+                                "BEGIN SELECT raise(ABORT, 'refused'); END"));
+
+    EXPECT_EQ(index.recoverInProgressImages(), (RecoveryCounts{0, 0, 0, false}));
+    EXPECT_EQ(index.resetInProgressImages({{1}}), 0);
+
+    EXPECT_EQ(states(), QStringList{QStringLiteral("3")});
     EXPECT_EQ(home.announcements(), 0);
 }
 

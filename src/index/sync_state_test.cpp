@@ -240,6 +240,8 @@ TEST(SyncStates, ACrashDuringAnUploadLeavesRowsInProgressUntilTheNextRun)
     home.reopen();
 
     EXPECT_EQ(home.index().notSyncedCounts(), (EntityCounts{1, 1, 1}));
+    EXPECT_EQ(home.number(QStringLiteral("SELECT syncState FROM Series")), 3);
+    EXPECT_EQ(home.number(QStringLiteral("SELECT syncState FROM Study")), 3);
     EXPECT_EQ(home.index().studySnapshots().first().syncState, 3);
     EXPECT_EQ(home.index().pendingImageUploads(1).size(), 1);
     EXPECT_EQ(home.index().recoverInProgressImages(), (RecoveryCounts{1, 1, 1, true}));

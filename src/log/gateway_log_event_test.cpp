@@ -2,13 +2,74 @@
 
 #include <gtest/gtest.h>
 
+#include <iterator>
 #include <set>
+#include <utility>
 
 namespace gateway::log {
 
 namespace {
 
 constexpr int kActionCount = 55;
+
+/// Every action with the word that the log files hold.
+constexpr std::pair<GatewayLogAction, const char *> kActions[] = {
+    {GatewayLogAction::listenerStartRequested, "listener_start_requested"},
+    {GatewayLogAction::listenerStartSucceeded, "listener_start_succeeded"},
+    {GatewayLogAction::listenerStartFailed, "listener_start_failed"},
+    {GatewayLogAction::listenerStopped, "listener_stopped"},
+    {GatewayLogAction::listenerIncomingPathResolutionFailed, "listener_incoming_path_resolution_failed"},
+    {GatewayLogAction::associationStarted, "association_started"},
+    {GatewayLogAction::associationCompleted, "association_completed"},
+    {GatewayLogAction::associationFailed, "association_failed"},
+    {GatewayLogAction::fileReceivedCallback, "file_received_callback"},
+    {GatewayLogAction::importAttempted, "import_attempted"},
+    {GatewayLogAction::importSucceeded, "import_succeeded"},
+    {GatewayLogAction::importFailed, "import_failed"},
+    {GatewayLogAction::incomingFileDeleted, "incoming_file_deleted"},
+    {GatewayLogAction::uploadRunRequested, "upload_run_requested"},
+    {GatewayLogAction::uploadRunStarted, "upload_run_started"},
+    {GatewayLogAction::uploadRunFinished, "upload_run_finished"},
+    {GatewayLogAction::uploadRunRequeued, "upload_run_requeued"},
+    {GatewayLogAction::uploadCandidateSelected, "upload_candidate_selected"},
+    {GatewayLogAction::uploadCandidateFileMissing, "upload_candidate_file_missing"},
+    {GatewayLogAction::uploadAttemptStarted, "upload_attempt_started"},
+    {GatewayLogAction::uploadAttemptProgress, "upload_attempt_progress"},
+    {GatewayLogAction::uploadAttemptSucceeded, "upload_attempt_succeeded"},
+    {GatewayLogAction::uploadAttemptFailed, "upload_attempt_failed"},
+    {GatewayLogAction::uploadResultRecorded, "upload_result_recorded"},
+    {GatewayLogAction::uploadStateRecovered, "upload_state_recovered"},
+    {GatewayLogAction::uploadIterationReconciled, "upload_iteration_reconciled"},
+    {GatewayLogAction::localRetentionCleanupCompleted, "local_retention_cleanup_completed"},
+    {GatewayLogAction::localRetentionCleanupFailed, "local_retention_cleanup_failed"},
+    {GatewayLogAction::quorinCloudQidoFetchStarted, "quorin_cloud_qido_fetch_started"},
+    {GatewayLogAction::quorinCloudQidoFetchSucceeded, "quorin_cloud_qido_fetch_succeeded"},
+    {GatewayLogAction::quorinCloudQidoFetchFailed, "quorin_cloud_qido_fetch_failed"},
+    {GatewayLogAction::quorinCloudDeleteBatchStarted, "quorin_cloud_delete_batch_started"},
+    {GatewayLogAction::quorinCloudDeleteBatchCompleted, "quorin_cloud_delete_batch_completed"},
+    {GatewayLogAction::quorinCloudDeleteBatchFailed, "quorin_cloud_delete_batch_failed"},
+    {GatewayLogAction::quorinCloudDeleteStudyStarted, "quorin_cloud_delete_study_started"},
+    {GatewayLogAction::quorinCloudDeleteStudySucceeded, "quorin_cloud_delete_study_succeeded"},
+    {GatewayLogAction::quorinCloudDeleteStudyFailed, "quorin_cloud_delete_study_failed"},
+    {GatewayLogAction::quorinCloudSeriesFetchStarted, "quorin_cloud_series_fetch_started"},
+    {GatewayLogAction::quorinCloudSeriesFetchSucceeded, "quorin_cloud_series_fetch_succeeded"},
+    {GatewayLogAction::quorinCloudSeriesFetchFailed, "quorin_cloud_series_fetch_failed"},
+    {GatewayLogAction::quorinCloudSeriesDeleteBatchStarted, "quorin_cloud_series_delete_batch_started"},
+    {GatewayLogAction::quorinCloudSeriesDeleteBatchCompleted, "quorin_cloud_series_delete_batch_completed"},
+    {GatewayLogAction::quorinCloudSeriesDeleteBatchFailed, "quorin_cloud_series_delete_batch_failed"},
+    {GatewayLogAction::quorinCloudSeriesDeleteItemStarted, "quorin_cloud_series_delete_item_started"},
+    {GatewayLogAction::quorinCloudSeriesDeleteItemSucceeded, "quorin_cloud_series_delete_item_succeeded"},
+    {GatewayLogAction::quorinCloudSeriesDeleteItemFailed, "quorin_cloud_series_delete_item_failed"},
+    {GatewayLogAction::updaterStarted, "updater_started"},
+    {GatewayLogAction::updaterCheckRequested, "updater_check_requested"},
+    {GatewayLogAction::versionPolicyCheckStarted, "version_policy_check_started"},
+    {GatewayLogAction::versionPolicyCheckSucceeded, "version_policy_check_succeeded"},
+    {GatewayLogAction::versionPolicyCheckFailed, "version_policy_check_failed"},
+    {GatewayLogAction::versionPolicyCriticalUpdateDetected, "version_policy_critical_update_detected"},
+    {GatewayLogAction::versionPolicyNonCriticalUpdateDetected, "version_policy_non_critical_update_detected"},
+    {GatewayLogAction::versionPolicyNoUpdate, "version_policy_no_update"},
+    {GatewayLogAction::versionPolicyOfflineWarningShown, "version_policy_offline_warning_shown"},
+};
 
 GatewayLogEvent sampleEvent()
 {
@@ -40,21 +101,10 @@ TEST(GatewayLogAction, HasAWordOfItsOwnForEachOfItsCases)
 
 TEST(GatewayLogAction, SpellsItsCasesInLowerSnakeCase)
 {
-    EXPECT_EQ(rawValue(GatewayLogAction::listenerStartRequested), QStringLiteral("listener_start_requested"));
-    EXPECT_EQ(rawValue(GatewayLogAction::listenerIncomingPathResolutionFailed),
-              QStringLiteral("listener_incoming_path_resolution_failed"));
-    EXPECT_EQ(rawValue(GatewayLogAction::incomingFileDeleted), QStringLiteral("incoming_file_deleted"));
-    EXPECT_EQ(rawValue(GatewayLogAction::uploadRunRequeued), QStringLiteral("upload_run_requeued"));
-    EXPECT_EQ(rawValue(GatewayLogAction::uploadIterationReconciled),
-              QStringLiteral("upload_iteration_reconciled"));
-    EXPECT_EQ(rawValue(GatewayLogAction::localRetentionCleanupFailed),
-              QStringLiteral("local_retention_cleanup_failed"));
-    EXPECT_EQ(rawValue(GatewayLogAction::quorinCloudDeleteStudyFailed),
-              QStringLiteral("quorin_cloud_delete_study_failed"));
-    EXPECT_EQ(rawValue(GatewayLogAction::quorinCloudSeriesDeleteItemFailed),
-              QStringLiteral("quorin_cloud_series_delete_item_failed"));
-    EXPECT_EQ(rawValue(GatewayLogAction::versionPolicyOfflineWarningShown),
-              QStringLiteral("version_policy_offline_warning_shown"));
+    ASSERT_EQ(std::size(kActions), static_cast<std::size_t>(kActionCount));
+    for (const auto &[action, word] : kActions) {
+        EXPECT_EQ(rawValue(action), QLatin1String(word));
+    }
 }
 
 TEST(GatewayLogCategory, KeepsTheSpellingOfItsCases)
@@ -80,6 +130,14 @@ TEST(TextForm, OfAnEventWithoutOptionalsHasThreePieces)
     EXPECT_EQ(textForm(sampleEvent()),
               QStringLiteral("action=upload_attempt_failed outcome=in_progress "
                              "eventId=0F0E0D0C-0000-4000-8000-000000000001"));
+}
+
+TEST(TextForm, WritesInProgressInSnakeCase)
+{
+    GatewayLogEvent event = sampleEvent();
+    event.outcome = GatewayLogOutcome::inProgress;
+
+    EXPECT_TRUE(textForm(event).contains(QStringLiteral(" outcome=in_progress ")));
 }
 
 TEST(TextForm, OfAFullEventHasItsPiecesInOrder)

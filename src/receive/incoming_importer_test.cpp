@@ -86,6 +86,25 @@ TEST_F(Importer, TakesANonDicomFileOutOfTheInboxWithoutDeletingItOrAskingForAnUp
     EXPECT_EQ(kept.readAll(), "no image");
 }
 
+TEST_F(Importer, WarnsOfAFileThatCanNotBeTakenOutOfTheInboxAndLeavesItThere)
+{
+    const QString path = m_world.receivedFile("no image");
+    QFile obstacle(m_world.inbox() + u"/.rejected"_qs);
+    ASSERT_TRUE(obstacle.open(QIODevice::WriteOnly)); // in the place of the folder
+
+    m_importer->fileArrived(path, u"A"_qs);
+    m_world.settle();
+
+    EXPECT_TRUE(QFile::exists(path));
+    const auto removal = m_world.log.events(GatewayLogAction::incomingFileDeleted);
+    ASSERT_EQ(removal.size(), 1U);
+    EXPECT_EQ(removal.front().outcome, GatewayLogOutcome::failed);
+    EXPECT_EQ(removal.front().level, log::GatewayLogLevel::warning);
+    ASSERT_TRUE(removal.front().error.has_value());
+    EXPECT_NE(removal.front().error->code, 0);
+    EXPECT_EQ(m_world.imports.attempts(), 1) << "nothing tries it again before the next start";
+}
+
 TEST_F(Importer, KeepsAFileThatFoundNoStorageAndTriesItAgain)
 {
     m_world.imports.setNoStorage(true);

@@ -236,9 +236,11 @@ TEST_F(ListenerService, LogsNoAssociationOfAStoppedRunAndEndsClear)
 
     m_world.service->stopListener();
     callbacks.failed(u"A"_qs, u"stopped"_qs);
+    callbacks.started(u"peer"_qs, u"B"_qs);
     callbacks.complete(u"B"_qs);
     m_world.settle();
 
+    EXPECT_EQ(m_world.log.count(GatewayLogAction::associationStarted), 1U) << "the one before the stop";
     EXPECT_EQ(m_world.log.count(GatewayLogAction::associationFailed), 0U);
     EXPECT_EQ(m_world.log.count(GatewayLogAction::associationCompleted), 0U);
     EXPECT_TRUE(m_world.state.associations.isEmpty());

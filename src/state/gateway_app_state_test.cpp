@@ -95,8 +95,18 @@ TEST_F(Counters, OfAnEmptyIndexAreZeroAndEachRefreshResetsTheUploadSpeed)
     bool isMeasured = false;
     state.whenStorageIsMeasured([&] { isMeasured = true; });
     world.runUntil([&] { return isMeasured; });
-    EXPECT_EQ(world.figures().receivedImagesCount, 0);
-    EXPECT_EQ(world.figures().receivedStorageUsage.usedBytes, 0);
+    const GatewayFigures &figures = world.figures();
+    for (const std::int64_t counter : {figures.receivedImagesCount,
+                                       figures.receivedStudiesCount,
+                                       figures.receivedSeriesCount,
+                                       figures.notSyncedImagesCount,
+                                       figures.notSyncedStudiesCount,
+                                       figures.notSyncedSeriesCount,
+                                       figures.syncedImagesCount,
+                                       figures.failedImagesCount}) {
+        EXPECT_EQ(counter, 0);
+    }
+    EXPECT_EQ(figures.receivedStorageUsage.usedBytes, 0);
     EXPECT_GT(world.figures().receivedStorageUsage.availableBytes, 0) << "the volume's room";
 
     for (int i = 0; i < 2; ++i) {

@@ -361,6 +361,28 @@ TEST(StoreUploadCoordinatorWithRuns, SendsEveryFileThatThreadsStoreAndAskFor)
     EXPECT_TRUE(std::ranges::all_of(around.cloud.attempts(), [](int attempts) { return attempts == 1; }));
 }
 
+TEST_F(StoreUploadCoordinatorTest, TellsARunWithoutATokenAsCompletedWithoutOne)
+{
+    testing::FakeSurroundings around;
+    around.store(QStringLiteral("1.1"));
+    around.session.signIn(false);
+    coordinator = std::make_unique<StoreUploadCoordinator>(
+        emitter,
+        [] { return ExecutionConfig(); },
+        [&around](const QString &runId, const ExecutionConfig &config, const std::stop_token &stop) {
+            return UploadRun(around.with, runId, config, QStringLiteral("DEVICE")).run(stop);
+        });
+
+    request();
+    const auto finished = log.waitFor(GatewayLogAction::uploadRunFinished, 1).front();
+    coordinator.reset(); // before what its runs work with
+
+    EXPECT_EQ(finished.level, log::GatewayLogLevel::info);
+    EXPECT_EQ(finished.outcome, log::GatewayLogOutcome::completed);
+    EXPECT_EQ(detail(finished, "missing_token"), QStringLiteral("true"));
+    EXPECT_EQ(detail(finished, "selected_candidates"), QStringLiteral("0"));
+}
+
 TEST_F(StoreUploadCoordinatorTest, StopsItsRunWhenItGoesAndTellsNoMore)
 {
     request();

@@ -101,7 +101,8 @@ TEST_P(UploadRunInEachModeTest, EndsAfterOneFetchOnAnEmptyIndex)
     const RunSummary summary = run();
 
     EXPECT_EQ(around.index.fetches(), 1);
-    EXPECT_EQ(summary.selectedCandidates, 0);
+    const RunSummary nothing{.executionDetails = StoreUpload::executionDetails(config(GetParam()))};
+    EXPECT_EQ(StoreUpload::summaryDetails(summary), StoreUpload::summaryDetails(nothing));
     EXPECT_TRUE(around.log.events().empty());
     EXPECT_EQ(around.state.counterRefreshes, 0);
     EXPECT_TRUE(around.cleanup.requests().empty());
@@ -545,6 +546,34 @@ TEST_F(UploadRunTest, SendsTheOriginalWhenConversionFails)
     EXPECT_EQ(detail(onlyEvent(GatewayLogAction::uploadAttemptSucceeded),
                      QStringLiteral("compression_fallback_reason")),
               QStringLiteral("conversion_error"));
+}
+
+TEST_F(UploadRunTest, SendsTheOriginalWhenTheConvertedFileIsMissing)
+{
+    const QString path = around.store(QStringLiteral("1.1"));
+    around.converter.behave([this](const QString &) {
+        return platform::Conversion{around.folder.filePath(QStringLiteral("nowhere")), QString()};
+    });
+
+    run(config(ExecutionMode::single));
+
+    EXPECT_EQ(around.cloud.requests().at(0).files.first().toLocalFile(), path);
+    EXPECT_EQ(around.index.state(path), RowState::synced);
+    EXPECT_EQ(detail(onlyEvent(GatewayLogAction::uploadAttemptSucceeded),
+                     QStringLiteral("compression_fallback_reason")),
+              QStringLiteral("converted_file_missing"));
+}
+
+TEST_F(UploadRunTest, SendsTheOriginalWhenThereIsNothingToConvertAndKeepsIt)
+{
+    const QString path = around.store(QStringLiteral("1.1"));
+    around.converter.behave([](const QString &source) { return platform::Conversion{source, QString()}; });
+
+    run(config(ExecutionMode::single));
+
+    EXPECT_EQ(around.cloud.requests().at(0).files.first().toLocalFile(), path);
+    EXPECT_EQ(around.index.state(path), RowState::synced);
+    EXPECT_TRUE(QFile::exists(path));
 }
 
 TEST_F(UploadRunTest, KeepsEveryStoredFile)

@@ -30,6 +30,7 @@ public:
     std::optional<QString> refusal = QStringLiteral("Wrong email or password.");
     std::optional<QString> sessionEnd = QStringLiteral("Your session has ended.");
     bool isOffline = false;
+    QString offlineWords = QStringLiteral("The cloud can't be reached.");
     std::optional<QString> endedToken; ///< the session that the service has ended
     bool knowsUser = true;
     std::optional<platform::QrnErrorKind> passwordRefusal; ///< every change of the password is refused so
@@ -145,7 +146,7 @@ private:
             m_changed.wait(m_mutex);
         }
         if (isOffline) {
-            throw platform::AFError(QStringLiteral("The cloud can't be reached."), std::nullopt);
+            throw platform::AFError(offlineWords, std::nullopt);
         }
     }
 
