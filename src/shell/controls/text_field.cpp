@@ -57,7 +57,8 @@ SearchField::SearchField(const Theme &theme, const QString &prompt, QWidget *par
     : TextField(theme, prompt, parent),
       m_clear(addAction(theme.icon(u"xmark", Color::muted), TrailingPosition))
 {
-    addAction(theme.icon(u"magnifyingglass", Color::muted), LeadingPosition);
+    setAccessibleName(prompt);
+    addAction(theme.icon(u"magnifyingglass", Color::muted), LeadingPosition)->setText(tr("Search"));
     m_clear->setText(tr("Clear search"));
     m_clear->setVisible(false);
     connect(m_clear, &QAction::triggered, this, &QLineEdit::clear);

@@ -139,6 +139,18 @@ TEST(PasswordField, SpeaksTheLocalesLanguage)
     QCoreApplication::removeTranslator(&locale);
 }
 
+TEST(SearchField, TellsAssistiveToolsWhatItAndItsSignsAreFor)
+{
+    ThemedWindow fixture;
+    const auto &field = fixture.add(new SearchField(fixture.theme(), QStringLiteral("Search action")));
+
+    EXPECT_EQ(field.accessibleName(), QStringLiteral("Search action"));
+    const QList<QAction *> signs = field.actions();
+    ASSERT_EQ(signs.size(), 2);
+    EXPECT_TRUE(
+        std::none_of(signs.begin(), signs.end(), [](const QAction *sign) { return sign->text().isEmpty(); }));
+}
+
 TEST(SearchField, IsEmptiedByEscapeAndByItsCross)
 {
     ThemedWindow fixture;

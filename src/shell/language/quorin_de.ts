@@ -481,6 +481,10 @@
 <context>
     <name>gateway::shell::SearchField</name>
     <message>
+        <source>Search</source>
+        <translation>Suchen</translation>
+    </message>
+    <message>
         <source>Clear search</source>
         <translation>Suche leeren</translation>
     </message>
