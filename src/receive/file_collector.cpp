@@ -5,6 +5,7 @@
 #include <QtCore/QFile>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
 #include <memory>
 
@@ -35,23 +36,31 @@ QByteArray below(const QByteArray &folder, const QByteArray &name)
     return folder.endsWith('/') ? folder + name : folder + '/' + name;
 }
 
-/// The names in a folder, in their order; none where it can't be listed.
-std::vector<Name> namesIn(const QByteArray &folder)
+struct Listing
 {
-    std::vector<Name> names;
+    std::vector<Name> names; // in their order
+    bool isWhole = false;
+};
+
+Listing listingOf(const QByteArray &folder)
+{
+    Listing listing;
     const auto close = [](DIR *open) { ::closedir(open); };
-    const std::unique_ptr<DIR, decltype(close)> listing(::opendir(folder.constData()), close);
-    if (!listing) {
-        return names;
+    const std::unique_ptr<DIR, decltype(close)> open(::opendir(folder.constData()), close);
+    if (!open) {
+        return listing;
     }
-    while (const dirent *entry = ::readdir(listing.get())) {
+    errno = 0; // the end of a folder and a fault on the way differ in this alone
+    while (const dirent *entry = ::readdir(open.get())) {
         const QByteArray name(entry->d_name);
         if (name != "." && name != "..") {
-            names.push_back({name, entry->d_type == DT_LNK || entry->d_type == DT_UNKNOWN});
+            listing.names.push_back({name, entry->d_type == DT_LNK || entry->d_type == DT_UNKNOWN});
         }
+        errno = 0;
     }
-    std::ranges::sort(names, {}, &Name::text);
-    return names;
+    listing.isWhole = errno == 0;
+    std::ranges::sort(listing.names, {}, &Name::text);
+    return listing;
 }
 
 } // namespace
@@ -63,16 +72,16 @@ FileCollector::FileCollector(const QStringList &ownFolders)
     }
 }
 
-void FileCollector::collect(const QByteArray &path,
-                            std::vector<CollectedFile> &files,
-                            const std::stop_token &stop)
+Collected FileCollector::collect(const QByteArray &path, const std::stop_token &stop)
 {
-    visit(path, realPathOf(path), files, stop);
+    Collected found;
+    visit(path, realPathOf(path), found, stop);
+    return found;
 }
 
 void FileCollector::visit(const QByteArray &path,
                           const QByteArray &realPath,
-                          std::vector<CollectedFile> &files,
+                          Collected &found,
                           const std::stop_token &stop)
 {
     if (stop.stop_requested() || m_visited.contains(realPath)) {
@@ -82,14 +91,18 @@ void FileCollector::visit(const QByteArray &path,
     struct stat status{};
     const bool isThere = ::stat(path.constData(), &status) == 0;
     if (!isThere || !S_ISDIR(status.st_mode)) {
-        files.push_back({path, isThere ? status.st_size : 0});
+        found.files.push_back({path, isThere ? status.st_size : 0});
         return;
     }
-    for (const Name &name : namesIn(path)) {
+    const Listing listing = listingOf(path);
+    if (!listing.isWhole) {
+        found.unlisted.append(path);
+    }
+    for (const Name &name : listing.names) {
         const QByteArray entry = below(path, name.text);
         const QByteArray realEntry = name.mayBeLink ? realPathOf(entry) : below(realPath, name.text);
         if (!m_ownFolders.contains(realEntry)) {
-            visit(entry, realEntry, files, stop);
+            visit(entry, realEntry, found, stop);
         }
     }
 }

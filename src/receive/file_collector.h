@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QtCore/QByteArray>
+#include <QtCore/QList>
 #include <QtCore/QSet>
 #include <QtCore/QStringList>
 
@@ -16,6 +17,13 @@ struct CollectedFile
     qint64 bytes = 0;
 };
 
+/// What lies at and below a path.
+struct Collected
+{
+    std::vector<CollectedFile> files; ///< in the order of their names
+    QList<QByteArray> unlisted;       ///< folders that couldn't be listed, or not to their end
+};
+
 /// Finds the files at and below paths, each once, whichever way it is reached.
 ///
 /// Hidden files count as well; a folder that can't be listed is empty; what can't be looked at is a file.
@@ -29,14 +37,12 @@ public:
     /// \param ownFolders  the folders that are passed over.
     explicit FileCollector(const QStringList &ownFolders);
 
-    /// Appends the files at or below `path` to `files`, in the order of their names; ends early on a stop.
-    void collect(const QByteArray &path, std::vector<CollectedFile> &files, const std::stop_token &stop);
+    /// The files at or below `path`; ends early on a stop.
+    Collected collect(const QByteArray &path, const std::stop_token &stop);
 
 private:
-    void visit(const QByteArray &path,
-               const QByteArray &realPath,
-               std::vector<CollectedFile> &files,
-               const std::stop_token &stop);
+    void
+    visit(const QByteArray &path, const QByteArray &realPath, Collected &found, const std::stop_token &stop);
 
     QSet<QByteArray> m_ownFolders;
     QSet<QByteArray> m_visited; // with all links resolved

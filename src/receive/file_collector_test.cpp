@@ -1,5 +1,7 @@
 #include "receive/file_collector.h"
 
+#include "receive/testing/no_open_files.h"
+
 #include <QtCore/QDir>
 #include <QtCore/QFile>
 #include <QtCore/QTemporaryDir>
@@ -30,16 +32,25 @@ protected:
     /// What is found, by names below the home.
     QStringList collect(const QString &name)
     {
-        std::vector<CollectedFile> files;
-        m_collector.collect(QFile::encodeName(path(name)), files, m_stop.get_token());
+        const Collected found = m_collector.collect(QFile::encodeName(path(name)), m_stop.get_token());
         QStringList names;
-        for (const CollectedFile &file : files) {
-            names.append(QDir(m_home.path()).relativeFilePath(QFile::decodeName(file.path)));
+        for (const CollectedFile &file : found.files) {
+            names.append(nameOf(file.path));
+        }
+        m_unlisted.clear();
+        for (const QByteArray &folder : found.unlisted) {
+            m_unlisted.append(nameOf(folder));
         }
         return names;
     }
 
+    QString nameOf(const QByteArray &found) const
+    {
+        return QDir(m_home.path()).relativeFilePath(QFile::decodeName(found));
+    }
+
     QTemporaryDir m_home;
+    QStringList m_unlisted; ///< by the last `collect`
     std::stop_source m_stop;
     FileCollector m_collector{{m_home.filePath(QStringLiteral("own"))}};
 };
@@ -75,6 +86,20 @@ TEST_F(Collector, EndsInACircleOfLinks)
     const QStringList found = collect(u"s"_qs);
 
     EXPECT_EQ(found, (QStringList{u"s/a"_qs, u"s/knot"_qs}));
+}
+
+TEST_F(Collector, TakesAFolderThatCanNotBeListedForAnEmptyOneAndSaysSo)
+{
+    put(u"s/a"_qs);
+    {
+        const testing::NoOpenFiles noMore;
+        EXPECT_EQ(collect(u"s"_qs), QStringList());
+    }
+    EXPECT_EQ(m_unlisted, QStringList{u"s"_qs});
+
+    put(u"t/b"_qs);
+    EXPECT_EQ(collect(u"t"_qs), QStringList{u"t/b"_qs});
+    EXPECT_EQ(m_unlisted, QStringList());
 }
 
 TEST_F(Collector, TakesWhatIsNotThereForAFile)

@@ -88,9 +88,11 @@ ManualImportReport ManualImportBatch::run(const QList<QUrl> &urls)
 
 void ManualImportBatch::collect(const QByteArray &path, const Item &around, Stack &stack)
 {
-    std::vector<CollectedFile> files;
-    m_collector.collect(path, files, m_stop);
-    for (CollectedFile &file : files) {
+    Collected found = m_collector.collect(path, m_stop);
+    for (const QByteArray &folder : found.unlisted) {
+        m_report.addUnlisted(around.tree ? around.tree->shownPath : QFile::decodeName(folder));
+    }
+    for (CollectedFile &file : found.files) {
         ++m_report.knownFiles;
         m_report.knownBytes += file.bytes;
         stack.push_back({std::move(file), around.tree, around.depth});

@@ -2,6 +2,19 @@
 
 namespace gateway::receive {
 
+namespace {
+
+void note(SkippedFiles &files, const QString &path)
+{
+    constexpr qsizetype kExamples = 5;
+    ++files.count;
+    if (files.examples.size() < kExamples) {
+        files.examples.append(path);
+    }
+}
+
+} // namespace
+
 QString skipReasonName(SkipReason reason)
 {
     switch (reason) {
@@ -52,13 +65,13 @@ bool ManualImportReport::mayMissImages() const
 
 void ManualImportReport::addSkipped(SkipReason reason, const QString &path)
 {
-    constexpr qsizetype kExamples = 5;
     ++skippedFiles;
-    SkippedFiles &files = skipped[reason];
-    ++files.count;
-    if (files.examples.size() < kExamples) {
-        files.examples.append(path);
-    }
+    note(skipped[reason], path);
+}
+
+void ManualImportReport::addUnlisted(const QString &folder)
+{
+    note(skipped[SkipReason::unreadable], folder);
 }
 
 } // namespace gateway::receive

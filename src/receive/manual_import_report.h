@@ -9,7 +9,7 @@
 
 namespace gateway::receive {
 
-/// Why a file or an archive of a batch was passed over.
+/// Why a file, an archive or a folder of a batch was passed over.
 enum class SkipReason
 {
     notDicom,         ///< readable, but no DICOM object
@@ -51,7 +51,7 @@ struct ManualImportReport
     qint64 candidateFiles = 0;
     qint64 importedFiles = 0;
     qint64 skippedFiles = 0;
-    QMap<SkipReason, SkippedFiles> skipped;
+    QMap<SkipReason, SkippedFiles> skipped; ///< also folders, which `skippedFiles` doesn't count
     qint64 leftInArchives = 0; ///< links and special files in archives, which aren't files to import
     bool stopped = false;      ///< ended on request with something left to do
 
@@ -68,10 +68,13 @@ struct ManualImportReport
     /// How long the rest takes at this rate; nothing while that can't be said.
     std::optional<std::chrono::seconds> timeLeft() const;
 
-    /// True when a file was passed over that might have been an image.
+    /// True when something was passed over that might have been an image, or held one.
     bool mayMissImages() const;
 
     void addSkipped(SkipReason reason, const QString &path);
+
+    /// Notes a folder that couldn't be listed: what it holds is not known, so no file is counted.
+    void addUnlisted(const QString &folder);
 };
 
 } // namespace gateway::receive
