@@ -13,13 +13,16 @@
 #include <QtWidgets/QScrollBar>
 #include <QtWidgets/QTextEdit>
 
+#include <algorithm>
+
 namespace gateway::shell {
 
 namespace {
 
 constexpr QSize kLeast(640, 520);
-constexpr double kLinePercent = 135; // long paragraphs want air
-constexpr int kTextHeight = 320;     // the least that a page of terms is read in
+constexpr double kLinePercent = 135;     // long paragraphs want air
+constexpr qsizetype kTextAtOnce = 8'000; // letters laid out in a turn of the event loop: 3 ms
+constexpr int kTextHeight = 320;         // the least that a page of terms is read in
 
 using account::GatewayQuorinCloudTermsCoordinator;
 
@@ -53,6 +56,7 @@ void TermsSheet::addParts()
                       Color::text2);
     m_text->setReadOnly(true);
     m_text->setAcceptRichText(false);
+    m_text->setUndoRedoEnabled(false);
     m_text->setTabChangesFocus(true);
     m_text->setMinimumHeight(kTextHeight);
     m_text->document()->setDocumentMargin(m_theme.space(Space::tight));
@@ -136,29 +140,48 @@ void TermsSheet::answered(Answer answer, bool isTaken)
 
 void TermsSheet::measure()
 {
-    if (!isVisible()) {
-        return; // the text has no width yet
+    if (!isVisible() || !isWhole()) {
+        return; // the text has no width yet, or an end that isn't the last
     }
     const double bottom = m_text->document()->size().height() - m_text->verticalScrollBar()->value();
     m_rule.bottomMoved(bottom, m_text->viewport()->height());
     showAnswers();
 }
 
-void TermsSheet::showText()
+void TermsSheet::beginText()
 {
-    m_text->setPlainText(m_shownText);
+    m_text->clear();
     QTextBlockFormat lines;
     lines.setLineHeight(kLinePercent, QTextBlockFormat::ProportionalHeight);
-    QTextCursor all(m_text->document());
-    all.select(QTextCursor::Document);
-    all.mergeBlockFormat(lines);
+    QTextCursor(m_text->document()).setBlockFormat(lines);
+    m_textAt = 0;
+    addText();
+}
+
+void TermsSheet::addText()
+{
+    const qsizetype from = m_textAt;
+    const qsizetype lineEnd = m_shownText.indexOf(u'\n', from + kTextAtOnce);
+    m_textAt = lineEnd < 0 || lineEnd > from + 2 * kTextAtOnce ? from + kTextAtOnce : lineEnd + 1;
+    m_textAt = std::min(m_textAt, m_shownText.size());
+    QTextCursor end(m_text->document());
+    end.movePosition(QTextCursor::End);
+    end.insertText(m_shownText.sliced(from, m_textAt - from));
+    if (from == 0) {
+        m_text->moveCursor(QTextCursor::Start); // or it would wander to the end with the text
+    }
+    if (isWhole()) {
+        measure();
+    } else {
+        QMetaObject::invokeMethod(this, &TermsSheet::addText, Qt::QueuedConnection);
+    }
 }
 
 void TermsSheet::showState()
 {
     if (m_shownText != m_terms.termsText()) {
         m_shownText = m_terms.termsText();
-        showText();
+        beginText();
     }
     m_reason->setText(m_terms.reasonMessage().value_or(QString()));
     m_reason->setVisible(!m_reason->text().isEmpty());

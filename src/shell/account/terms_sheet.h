@@ -57,7 +57,9 @@ private:
     void answer(Answer answer);
     void answered(Answer answer, bool isTaken);
     void measure();
-    void showText();
+    void beginText();
+    void addText();
+    bool isWhole() const { return m_textAt == m_shownText.size(); }
     void showState();
     void showAnswers();
 
@@ -68,6 +70,7 @@ private:
     TextLabel *m_reason;
     QTextEdit *m_text;
     QString m_shownText;
+    qsizetype m_textAt = 0; // so much of it is laid out
     InlineError *m_error;
     QString m_shownError;
     TextLabel *m_hint;

@@ -308,6 +308,25 @@ TEST_F(TermsSheetTest, KeepsTheEndAsSeenWhenAnotherTextComes)
     EXPECT_TRUE(accept().isEnabled());
 }
 
+TEST_F(TermsSheetTest, TakesTheEndOfAPartForNoEnd)
+{
+    api.text = longTerms().repeated(20);
+    finish(model.refreshStatus());
+    ASSERT_TRUE(fixture.show());
+    sheet.open();
+    ASSERT_LT(text().toPlainText().size(), api.text.size()); // laid out bit by bit
+
+    scrollToEnd();
+    EXPECT_FALSE(accept().isEnabled());
+    runUntil([&] { return text().toPlainText().size() == api.text.size(); });
+    QCoreApplication::processEvents();
+    EXPECT_EQ(text().toPlainText(), api.text);
+    EXPECT_FALSE(accept().isEnabled());
+    scrollToEnd();
+
+    EXPECT_TRUE(accept().isEnabled());
+}
+
 TEST_F(TermsSheetTest, BeginsAnewEachTimeItComesUp)
 {
     open(longTerms());
