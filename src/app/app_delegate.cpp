@@ -162,7 +162,7 @@ void AppDelegate::checkForUpdates()
 
 void AppDelegate::showDimseError(const QVariantMap &userInfo)
 {
-    if (m_with.face.isSetupWizardVisible()) {
+    if (m_with.face.isSetupWizardVisible() || m_with.isApplyingSetup()) {
         return;
     }
     m_with.face.showAlert(QStringLiteral("DIMSE Listener Error"), listenerFailureText(userInfo));
@@ -172,6 +172,16 @@ void AppDelegate::enforceSetupWizardIfNeeded()
 {
     if (core::isSetupRequired(m_with.settings)) {
         presentWizard(true);
+    }
+}
+
+void AppDelegate::reopen()
+{
+    if (core::isSetupRequired(m_with.settings)) {
+        presentWizard(true);
+    } else {
+        m_with.face.bringForward();
+        m_with.face.reopen();
     }
 }
 

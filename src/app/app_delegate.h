@@ -42,6 +42,7 @@ public:
         upload::GatewayAutoDeleteCleanupServicing &autoDeleteCleanupService;
         std::function<Store &()> store;         ///< makes the store on first use
         std::optional<QString> dicomDictionary; ///< the installed one, where there is one
+        std::function<bool()> isApplyingSetup;  ///< whoever applies reports a failed start itself
     };
 
     /// How long the hourly cleanup waits, measured from the end of the wait before.
@@ -70,6 +71,9 @@ public:
 
     /// Brings the wizard back as long as setup isn't finished; called at each activation.
     void enforceSetupWizardIfNeeded();
+
+    /// The program was started once more while this one runs.
+    void reopen();
 
     /// A second call keeps the first task.
     void startPeriodicCleanup();

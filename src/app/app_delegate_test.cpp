@@ -2,6 +2,7 @@
 
 #include "app/headless_face.h"
 #include "app/testing/app_world.h"
+#include "app/upkeep_elsewhere.h"
 
 #include <gtest/gtest.h>
 
@@ -163,6 +164,38 @@ TEST_F(Launch, ShowsNoAlertWhileTheWizardIsVisible)
     m_world.receive.notifications.post(core::kStoreListenerError, {{core::kMessageKey, u"No port."_qs}});
 
     EXPECT_TRUE(m_world.face.shown.isEmpty());
+}
+
+TEST_F(Launch, ShowsNoAlertWhileSetupIsBeingApplied)
+{
+    m_world.delegate->applicationDidFinishLaunching();
+    m_world.face.shown.clear();
+    m_world.isApplyingSetup = true;
+
+    m_world.receive.notifications.post(core::kStoreListenerError, {{core::kMessageKey, u"No port."_qs}});
+
+    EXPECT_TRUE(m_world.face.shown.isEmpty());
+}
+
+TEST_F(Launch, ASecondStartBringsBackTheWizardAndAfterSetupWhatPeopleWorkWith)
+{
+    m_world.delegate->reopen();
+    EXPECT_EQ(m_world.face.shown, QStringList{u"blocking wizard"_qs});
+
+    m_world.finishSetup();
+    m_world.delegate->reopen();
+    EXPECT_EQ(m_world.face.shown.last(), u"reopened"_qs);
+    EXPECT_EQ(m_world.face.forward, 2);
+}
+
+TEST(PackagedUpkeep, SaysWhoKeepsTheGatewayUpToDate)
+{
+    testing::RecordingFace face;
+    PackagedUpkeep upkeep(face);
+
+    upkeep.checkForUpdates(u"manual_menu"_qs);
+
+    EXPECT_EQ(face.shown, QStringList{u"notice Updates Come With the System"_qs});
 }
 
 TEST_F(Launch, HasWordsOfItsOwnForAFailureWithoutAMessage)

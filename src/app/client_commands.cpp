@@ -51,7 +51,9 @@ public:
     {
     }
 
+    // These two aren't for an instance that runs.
     ExitCode operator()(const RunHeadless &) const { return ExitCode::usage; }
+    ExitCode operator()(const RunDesktop &) const { return ExitCode::usage; }
 
     ExitCode operator()(const SetupCommand &command) const
     {

@@ -57,6 +57,10 @@ public:
     /// Whether the cloud answered the last ping; nothing before the first was answered or failed.
     std::optional<bool> isOnline() const;
 
+    // The screens show these models, so that one poll serves all.
+    account::QuorinCloudStatusViewModel &status() { return m_status; }
+    account::QuorinCloudStorageLimitViewModel &storage() { return m_storage; }
+
     const account::QuorinCloudStatusViewModel &status() const { return m_status; }
     const account::QuorinCloudStorageLimitViewModel &storage() const { return m_storage; }
     const account::GatewayQuorinCloudTermsCoordinator &terms() const { return m_terms; }

@@ -215,7 +215,7 @@ ImportCommand importCommand(const Raw &raw)
     return command;
 }
 
-std::optional<Command> command(const CLI::App &app, const Raw &raw)
+Command command(const CLI::App &app, const Raw &raw)
 {
     if (app.got_subcommand("setup")) {
         return SetupCommand{text(raw.aeTitle),
@@ -260,7 +260,7 @@ std::optional<Command> command(const CLI::App &app, const Raw &raw)
     if (raw.headless) {
         return RunHeadless{};
     }
-    return std::nullopt;
+    return RunDesktop{};
 }
 
 CommandLineEnd helpOn(const CLI::App &app, const std::string &topic)
@@ -314,19 +314,12 @@ std::variant<Invocation, CommandLineEnd> parseCommandLine(const QStringList &arg
     if (app.got_subcommand("help")) {
         return helpOn(app, raw.helpTopic);
     }
-    std::optional<Command> chosen = command(app, raw);
-    if (!chosen) {
-        return CommandLineEnd{kBadUsage,
-                              text(app.help()) +
-                                  QStringLiteral("\nThe gateway runs without a display only: give a "
-                                                 "command, or start it with --headless.\n")};
-    }
     GlobalOptions options{optionalText(raw.home),
                           optionalText(raw.cloud),
                           optionalText(raw.cloudKind),
                           text(raw.bind),
                           parseSocketAddress(text(raw.metrics))};
-    return Invocation{std::move(options), *std::move(chosen)};
+    return Invocation{std::move(options), command(app, raw)};
 }
 
 } // namespace gateway::app

@@ -25,6 +25,11 @@ struct RunHeadless
 {
 };
 
+/// Run the gateway with its windows.
+struct RunDesktop
+{
+};
+
 struct SetupCommand
 {
     QString aeTitle;
@@ -128,6 +133,7 @@ struct DoctorCommand
 };
 
 using Command = std::variant<RunHeadless,
+                             RunDesktop,
                              SetupCommand,
                              SignInCommand,
                              SignOutCommand,

@@ -48,12 +48,12 @@ TEST_F(CommandLine, RunsHeadlessWhenAsked)
     EXPECT_EQ(taken.options.home, u"/srv/gateway"_qs);
 }
 
-TEST_F(CommandLine, PrintsItsHelpAsBadUsageWithoutACommand)
+TEST_F(CommandLine, RunsWithWindowsWithoutACommand)
 {
-    const CommandLineEnd end = ending({});
+    const Invocation taken = invocation({u"--home"_qs, u"/srv/gateway"_qs});
 
-    EXPECT_EQ(end.exitCode, 2);
-    EXPECT_TRUE(end.text.contains(u"--headless"_qs));
+    EXPECT_TRUE(std::holds_alternative<RunDesktop>(taken.command));
+    EXPECT_EQ(taken.options.home, u"/srv/gateway"_qs);
 }
 
 TEST_F(CommandLine, TakesGlobalOptionsBeforeAndBehindTheCommand)

@@ -66,7 +66,7 @@ private:
     platform::QuorinApiClient &m_cloud;
 };
 
-Gateway::Gateway(Options options)
+Gateway::Gateway(Options options, GatewayFace &face)
     : m_options(std::move(options)), m_defaults(m_options.layout.defaultsFile), m_settings(m_defaults),
       m_logger(m_systemLog, std::make_unique<log::GatewayLogFileSink>(m_options.layout.logFolder, m_clock)),
       m_eventCounts(m_logger),
@@ -80,8 +80,8 @@ Gateway::Gateway(Options options)
       m_manualImports(m_index, index::ImportSource::foreign), m_unpacker(platform::helperProgramPath()),
       m_tokens(platform::makeTokenStore(m_options.layout.tokenFolder())),
       m_cloud(cloudConfiguration(), *m_tokens), m_authenticationApi(m_cloud), m_userApi(m_cloud),
-      m_statusApi(m_cloud), m_stowApi(m_cloud), m_termsApi(m_cloud), m_bugReportApi(m_cloud),
-      m_face(m_options.writeLine), m_liveState(m_state), m_cleanup(cleanupCollaborators()),
+      m_statusApi(m_cloud), m_stowApi(m_cloud), m_termsApi(m_cloud), m_bugReportApi(m_cloud), m_face(face),
+      m_liveState(m_state), m_upkeep(m_face), m_cleanup(cleanupCollaborators()),
       m_terms({m_termsApi, m_emitter, m_notifications, m_main, m_clock}), m_netServices(makeNetServices()),
       m_session(std::make_unique<Session>(m_cloud)), m_uploadIndex(m_index),
       m_uploadCollaborators{m_uploadIndex,
@@ -106,7 +106,8 @@ Gateway::Gateway(Options options)
                                                                        QStringLiteral(QUORIN_VERSION)),
       m_cloudWatch(watchCollaborators()), m_termsDesk(termsCollaborators()),
       m_accountDesk(accountCollaborators()), m_store(makeStore()), m_stateIndex(m_index),
-      m_state(stateParts()), m_delegate(std::make_shared<AppDelegate>(delegateCollaborators())),
+      m_state(stateParts()), m_setupDesk(setupCollaborators()),
+      m_delegate(std::make_shared<AppDelegate>(delegateCollaborators())),
       m_commands(std::make_shared<InstanceCommands>(commandCollaborators())), m_doctor(makeDoctor()),
       m_health(makeHealthService())
 {
@@ -234,6 +235,11 @@ state::GatewayAppStateParts Gateway::stateParts()
             [] { return QTimeZone::systemTimeZone(); }};
 }
 
+SetupDesk::Collaborators Gateway::setupCollaborators()
+{
+    return {m_defaults, m_settings, m_main, m_globalPool, m_clock, *m_store, m_options.bindAddress};
+}
+
 AppDelegate::Collaborators Gateway::delegateCollaborators()
 {
     return {m_settings,
@@ -244,7 +250,8 @@ AppDelegate::Collaborators Gateway::delegateCollaborators()
             m_upkeep,
             m_cleanup,
             [this]() -> Store & { return *m_store; },
-            installedDicomDictionary()};
+            installedDicomDictionary(),
+            [this] { return m_setupDesk.isApplying(); }};
 }
 
 InstanceCommands::Collaborators Gateway::commandCollaborators()
@@ -260,7 +267,7 @@ InstanceCommands::Collaborators Gateway::commandCollaborators()
             m_index,
             m_state,
             m_uploadWatcher,
-            m_face,
+            m_setupDesk,
             *m_delegate,
             *m_store,
             m_cloudWatch,
@@ -332,6 +339,27 @@ std::shared_ptr<DoctorCommands> Gateway::makeDoctor()
         m_main,
         [this] { return incomingFolder(m_settings, m_options.layout); },
         [this] { m_store->requestUpload(QStringLiteral("doctor")); });
+}
+
+ScreenModels Gateway::screenModels()
+{
+    return {m_defaults,
+            m_settings,
+            m_notifications,
+            m_main,
+            m_globalPool,
+            m_cloudPool,
+            m_clock,
+            m_cloud,
+            m_bugReportApi,
+            m_termsApi,
+            m_state,
+            m_auth,
+            m_cloudWatch,
+            m_setupDesk,
+            *m_store,
+            *m_delegate,
+            m_options.layout};
 }
 
 void Gateway::launch()

@@ -7,11 +7,12 @@
 #include "app/control_protocol.h"
 #include "app/doctor_commands.h"
 #include "app/event_counts.h"
-#include "app/headless_face.h"
 #include "app/health_service.h"
 #include "app/home_layout.h"
 #include "app/instance_commands.h"
+#include "app/launch_ports.h"
 #include "app/live_state.h"
+#include "app/setup_desk.h"
 #include "app/store.h"
 #include "app/terms_desk.h"
 #include "app/upkeep_elsewhere.h"
@@ -47,10 +48,33 @@
 #include "upload/gateway_auto_delete_cleanup_service.h"
 #include "upload/upload_collaborators.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 
 namespace gateway::app {
+
+/// What the screens of a face are made over; all of it outlives them.
+struct ScreenModels
+{
+    platform::UserDefaults &defaults;
+    core::Settings &settings;
+    platform::NotificationCenter &notifications;
+    platform::MainExecutor &main;
+    platform::WorkerPool &pool;        ///< for disks
+    platform::WorkerPool &networkPool; ///< for calls that may take as long as the network lets them
+    platform::Clock &clock;
+    platform::QuorinApiClient &cloud;
+    platform::QrnBugReportAPIProtocol &bugReports;
+    platform::QrnQuorinCloudTermsAPIProtocol &terms;
+    state::GatewayAppState &appState;
+    account::QuorinAuthViewModel &auth;
+    CloudWatch &cloudWatch;
+    SetupDesk &setupDesk;
+    Store &store;
+    AppDelegate &delegate;
+    const HomeLayout &layout;
+};
 
 /// The shared objects of one running gateway, each made once and joined to the others here and nowhere else.
 ///
@@ -66,13 +90,14 @@ public:
         std::optional<QString> cloudUrl;
         std::optional<QString> cloudKind;
         std::optional<SocketAddress> metricsAddress;
-        HeadlessFace::WriteLine writeLine; ///< one plain line for people
+        std::function<void(const QString &)> writeLine; ///< one plain line for operators
     };
 
     /// Opens the defaults and the index.
     ///
+    /// \param face  outlives this; nothing is shown before `launch`.
     /// \throws platform::DefaultsError, index::IndexOpenError  each with one plain sentence.
-    explicit Gateway(Options options);
+    Gateway(Options options, GatewayFace &face);
     ~Gateway();
 
     Gateway(const Gateway &) = delete;
@@ -83,6 +108,9 @@ public:
 
     /// Goes down as an application does.
     void terminate();
+
+    /// What a face with screens works with.
+    ScreenModels screenModels();
 
     /// The figures for operators, of this moment.
     HealthFigures healthFigures() { return m_health->figures(); }
@@ -105,6 +133,7 @@ private:
     upload::StoreUpload::ExecutionConfig uploadConfig() const;
     upload::GatewayAutoDeleteCleanupService::Collaborators cleanupCollaborators();
     state::GatewayAppStateParts stateParts();
+    SetupDesk::Collaborators setupCollaborators();
     AppDelegate::Collaborators delegateCollaborators();
     InstanceCommands::Collaborators commandCollaborators();
     std::shared_ptr<DoctorCommands> makeDoctor();
@@ -142,7 +171,7 @@ private:
     platform::QrnQuorinCloudTermsAPI m_termsApi;
     platform::QrnBugReportAPI m_bugReportApi;
 
-    HeadlessFace m_face;
+    GatewayFace &m_face;
     LiveState m_liveState;
     PackagedUpkeep m_upkeep;
     upload::GatewayAutoDeleteCleanupService m_cleanup;
@@ -161,6 +190,7 @@ private:
     std::shared_ptr<Store> m_store;
     state::DicomDBStateIndex m_stateIndex;
     state::GatewayAppState m_state; // behind the store, whose listener it asks for
+    SetupDesk m_setupDesk;
     std::shared_ptr<AppDelegate> m_delegate;
     std::shared_ptr<InstanceCommands> m_commands;
     std::shared_ptr<DoctorCommands> m_doctor;

@@ -31,6 +31,11 @@ void HeadlessFace::showSetupWizard(bool blocking)
                                           "--port PORT"));
 }
 
+void HeadlessFace::showNotice(const QString &title, const QString &message)
+{
+    m_writeLine(title + QStringLiteral(": ") + message);
+}
+
 void HeadlessFace::showAlert(const QString &title, const QString &message)
 {
     m_writeLine(title + QStringLiteral(": ") + message);

@@ -8,7 +8,7 @@ namespace gateway::app {
 
 /// The gateway without a display: each step that would show a window writes one plain line instead.
 ///
-/// Owner: Gateway. Thread: main.
+/// Owner: main. Thread: main.
 class HeadlessFace final : public GatewayFace
 {
 public:
@@ -28,17 +28,15 @@ public:
     void showTermsRequired() override;
     void showSetupWizard(bool blocking) override;
 
-    /// While `setup` applies its settings it reports a failed start itself.
-    bool isSetupWizardVisible() const override { return m_isApplyingSetup; }
-
+    bool isSetupWizardVisible() const override { return false; }
     void showAlert(const QString &title, const QString &message) override;
+    void showNotice(const QString &title, const QString &message) override;
 
-    /// Told by `setup`, before and after.
-    void setApplyingSetup(bool applying) { m_isApplyingSetup = applying; }
+    /// There is nothing to bring back.
+    void reopen() override {}
 
 private:
     WriteLine m_writeLine;
-    bool m_isApplyingSetup = false;
 };
 
 } // namespace gateway::app

@@ -6,22 +6,16 @@
 #include "app/settings_commands.h"
 #include "core/dcm_listener_settings.h"
 #include "core/notification_names.h"
-#include "core/store_errors.h"
 #include "platform/concurrency/async.h"
 #include "receive/network_address.h"
-#include "wizard/setup_apply.h"
 
 #include <QtCore/QCoreApplication>
 
-#include <chrono>
 #include <utility>
 
 namespace gateway::app {
 
 namespace {
-
-constexpr std::chrono::nanoseconds kListenerStartWait{2'000'000'000};
-constexpr double kListenerStartWaitSeconds = 2.0;
 
 QString kindText(platform::CloudKind kind)
 {
@@ -80,7 +74,7 @@ void InstanceCommands::handle(const ControlRequest &request, const Answer &answe
 
 ControlReply InstanceCommands::activate()
 {
-    m_with.delegate.enforceSetupWizardIfNeeded();
+    m_with.delegate.reopen();
     return ControlReply::success({{QStringLiteral("pid"), QCoreApplication::applicationPid()}});
 }
 
@@ -200,16 +194,6 @@ StatusReport::Listener InstanceCommands::listenerReport() const
             m_with.state.figures().dimseAlertMessage.value_or(QString())};
 }
 
-wizard::PortState InstanceCommands::probe(int port) const
-{
-    // The gateway's own listener is no conflict.
-    const auto &receiver = m_with.store.listenerService().storeListener();
-    if (receiver && core::DCMListenerSettings::load(m_with.defaults).port == port) {
-        return wizard::PortState::available;
-    }
-    return wizard::probePort(port, m_with.bindAddress);
-}
-
 void InstanceCommands::setUp(const ControlRequest &request, const Answer &answer)
 {
     const std::optional<wizard::SetupDraft> draft = draftIn(request);
@@ -217,57 +201,16 @@ void InstanceCommands::setUp(const ControlRequest &request, const Answer &answer
         answer(ControlReply::failure(QStringLiteral("This is no retention policy."), ExitCode::usage));
         return;
     }
-    if (m_isApplyingSetup) {
-        answer(ControlReply::failure(QStringLiteral("Setup is being applied already.")));
-        return;
-    }
-    std::optional<QString> issue =
-        wizard::firstBlockingIssue(*draft, [this](int port) { return probe(port); });
-    if (!issue) {
-        issue = wizard::writeDraft(*draft, m_with.settings, m_with.defaults);
-    }
-    if (issue) {
-        answer(ControlReply::failure(*issue));
-        return;
-    }
     m_scope.start(applySetup(*draft, answer));
 }
 
 QCoro::Task<void> InstanceCommands::applySetup(wizard::SetupDraft draft, Answer answer)
 {
-    m_isApplyingSetup = true;
-    m_with.face.setApplyingSetup(true);
-
-    QString problem = co_await restartAndWait();
-
-    if (!problem.isEmpty()) {
-        m_with.store.listenerService().stopListener();
-    } else if (!wizard::markSetupCompleted(m_with.settings, m_with.clock.now())) {
-        problem = QStringLiteral("The settings could not be written.");
-    }
-    m_with.face.setApplyingSetup(false);
-    m_isApplyingSetup = false;
+    const std::optional<QString> problem = co_await m_with.setupDesk.apply(draft);
     const int port = wizard::parsedPort(draft.portText).value_or(0);
-    answer(problem.isEmpty()
-               ? ControlReply::success(
-                     {{QStringLiteral("address"), receive::listenerAddressText(m_with.bindAddress, port)}})
-               : ControlReply::failure(problem));
-}
-
-/// Restarts the listener and gives its start two seconds. \return why it failed, or nothing.
-QCoro::Task<QString> InstanceCommands::restartAndWait()
-{
-    receive::StoreListenerService &listener = m_with.store.listenerService();
-    if (listener.storeListener()) {
-        listener.stopListener();
-    }
-    listener.startListener();
-    try {
-        co_await m_with.store.waitForListenerStart(kListenerStartWait, kListenerStartWaitSeconds);
-    } catch (const core::StoreStartupError &error) {
-        co_return error.message;
-    }
-    co_return QString();
+    answer(problem ? ControlReply::failure(*problem)
+                   : ControlReply::success({{QStringLiteral("address"),
+                                             receive::listenerAddressText(m_with.bindAddress, port)}}));
 }
 
 QCoro::Task<void> InstanceCommands::signIn(ControlRequest request, Answer answer)

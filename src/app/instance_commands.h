@@ -5,8 +5,8 @@
 #include "app/cloud_watch.h"
 #include "app/control_protocol.h"
 #include "app/failure_figures.h"
-#include "app/headless_face.h"
 #include "app/settings_catalogue.h"
+#include "app/setup_desk.h"
 #include "app/status_report.h"
 #include "app/store.h"
 #include "app/terms_desk.h"
@@ -46,7 +46,7 @@ public:
         const index::DicomDB &index;
         state::GatewayAppState &state;
         const UploadRunWatcher &uploads;
-        HeadlessFace &face;
+        SetupDesk &setupDesk;
         AppDelegate &delegate;
         Store &store;
         CloudWatch &cloudWatch;
@@ -75,16 +75,13 @@ private:
     QCoro::Task<> signIn(ControlRequest request, Answer answer);
     QCoro::Task<> signOut(Answer answer);
     QCoro::Task<> applySetup(wizard::SetupDraft draft, Answer answer);
-    QCoro::Task<QString> restartAndWait();
 
     StatusReport report(QList<FailureFigure> failures) const;
     StatusReport::Cloud cloudReport() const;
     StatusReport::Terms termsReport() const;
-    wizard::PortState probe(int port) const;
     void restartListener();
 
     Collaborators m_with;
-    bool m_isApplyingSetup = false;
     platform::NotificationCenter::Token m_errorObserver;
     platform::NotificationCenter::Token m_stateObserver;
     platform::TaskScope m_scope; // last: drained before the fields go

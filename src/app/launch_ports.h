@@ -35,6 +35,12 @@ public:
 
     /// An alert of warning style with one button.
     virtual void showAlert(const QString &title, const QString &message) = 0;
+
+    /// The answer to something that a person asked for; no warning.
+    virtual void showNotice(const QString &title, const QString &message) = 0;
+
+    /// The program was started once more while this instance runs: brings back what people work with.
+    virtual void reopen() = 0;
 };
 
 /// Keeps the program itself up to date and in its place. Thread: main.

@@ -5,6 +5,7 @@
 #include "app/control_client.h"
 #include "app/control_server.h"
 #include "app/gateway.h"
+#include "app/headless_face.h"
 #include "app/health_verdict.h"
 #include "app/quit_signals.h"
 #include "app/service_manager.h"
@@ -50,21 +51,27 @@ QString unansweredSentence(const HomeLayout &layout)
 }
 
 /// The event loop of one instance, from launch to quitting.
-ExitCode live(const HomeLayout &layout, const GlobalOptions &options)
+ExitCode live(const HomeLayout &layout,
+              const GlobalOptions &options,
+              GatewayFace &face,
+              const std::function<void(Gateway &)> &join)
 {
     Gateway gateway({layout,
                      options.bindAddress,
                      options.cloudUrl,
                      options.cloudKind,
                      options.metricsAddress,
-                     printError});
+                     printError},
+                    face);
+    join(gateway);
     ServiceManager serviceManager;
     std::optional<ControlServer> server;
     server.emplace(layout.controlSocket(),
                    [&gateway](const ControlRequest &request, const ControlServer::Answer &answer) {
                        gateway.handle(request, answer);
                    });
-    const QuitSignals quitSignals([] { QCoreApplication::quit(); });
+    // Not quit(), which windows may refuse.
+    const QuitSignals quitSignals([] { QCoreApplication::exit(); });
     QTimer watchdog;
     if (const auto interval = serviceManager.watchdogInterval()) {
         QObject::connect(&watchdog, &QTimer::timeout, &watchdog, [&] { serviceManager.alive(); });
@@ -92,13 +99,13 @@ ExitCode live(const HomeLayout &layout, const GlobalOptions &options)
 
 /// Becomes the instance of this home, or hands the request to the one that is. Whoever holds the lock without
 /// answering is given some time: an instance may still be starting, a command may be about to end.
-ExitCode liveOrHandOver(const HomeLayout &layout, const GlobalOptions &options)
+ExitCode liveOrHandOver(const HomeLayout &layout, const std::function<ExitCode()> &liveHere)
 {
     for (auto waited = std::chrono::milliseconds(0); waited < kStartingPatience; waited += kStartingStep) {
         if (const auto lock = platform::HomeLock::tryLock(layout.lockFile())) {
             const auto indexLock = platform::HomeLock::tryLock(layout.indexLockFile());
             if (indexLock) {
-                return live(layout, options);
+                return liveHere();
             }
             printError(QStringLiteral("The index is used by another process."));
             return ExitCode::failed;
@@ -114,11 +121,14 @@ ExitCode liveOrHandOver(const HomeLayout &layout, const GlobalOptions &options)
 
 } // namespace
 
-ExitCode runHeadless(const HomeLayout &layout, const GlobalOptions &options)
+ExitCode runInstance(const HomeLayout &layout,
+                     const GlobalOptions &options,
+                     GatewayFace &face,
+                     const std::function<void(Gateway &)> &join)
 {
     try {
         makeFolders(layout);
-        return liveOrHandOver(layout, options);
+        return liveOrHandOver(layout, [&] { return live(layout, options, face, join); });
     } catch (const HomeError &error) {
         printError(error.message);
     } catch (const ControlError &error) {
@@ -131,6 +141,12 @@ ExitCode runHeadless(const HomeLayout &layout, const GlobalOptions &options)
         printError(QStringLiteral("The index can't be opened: %1.").arg(QString::fromUtf8(error.what())));
     }
     return ExitCode::failed;
+}
+
+ExitCode runHeadless(const HomeLayout &layout, const GlobalOptions &options)
+{
+    HeadlessFace face(printError);
+    return runInstance(layout, options, face, [](Gateway &) {});
 }
 
 } // namespace gateway::app

@@ -7,6 +7,20 @@
 
 namespace gateway::wizard {
 
+SetupDraft storedDraft(const core::Settings &settings, const platform::UserDefaults &defaults)
+{
+    const core::DCMListenerSettings record = core::DCMListenerSettings::load(defaults);
+    const core::RetentionPolicy retention = core::effectiveRetentionPolicy(settings);
+    const QString folder = settings.listenerDestinationFolder.get().value_or(QString());
+    return {record.aeTitle,
+            QString::number(record.port),
+            record.advertiseWithBonjour.value_or(true),
+            folder.trimmed().isEmpty() ? std::nullopt : std::optional(folder),
+            retention.mode,
+            retention.mode == core::GatewayAutoDeleteMode::never ? QString()
+                                                                 : QString::number(retention.value)};
+}
+
 std::optional<QString>
 writeDraft(const SetupDraft &draft, core::Settings &settings, platform::UserDefaults &defaults)
 {

@@ -11,6 +11,9 @@ namespace gateway::wizard {
 /// The version that a finished setup is marked with.
 inline constexpr int kSetupVersion = 1;
 
+/// The settings as they stand, as a draft to begin with.
+SetupDraft storedDraft(const core::Settings &settings, const platform::UserDefaults &defaults);
+
 /// Writes a draft that has passed its checks into the settings; what it doesn't hold stays as it is. Setup
 /// isn't marked as done yet.
 ///

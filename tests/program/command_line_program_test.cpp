@@ -80,6 +80,17 @@ protected:
         return result;
     }
 
+    /// Waits until an instance answers; false when none ever does.
+    bool answers() const
+    {
+        for (int attempt = 0; attempt < 1'000; ++attempt) {
+            if (!m_home.status().isEmpty()) {
+                return true;
+            }
+        }
+        return false;
+    }
+
     static void expectOneSentence(const QString &text)
     {
         EXPECT_EQ(text.trimmed().count(u'\n'), 0) << text.toStdString();
@@ -112,13 +123,45 @@ TEST_F(Program, PrintsItsVersion)
     EXPECT_EQ(result.out, u"quorin-gateway " QUORIN_VERSION "\n"_qs);
 }
 
-TEST_F(Program, TakesNothingToDoForBadUsage)
+TEST_F(Program, SaysThatThereIsNoDisplayAndWhatToDoThen)
 {
     const ProgramResult result = m_home.run({});
 
-    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_EQ(result.exitCode, 1);
     EXPECT_TRUE(result.out.isEmpty());
     EXPECT_TRUE(result.error.contains(u"--headless"_qs));
+    expectOneSentence(result.error);
+}
+
+TEST_F(Program, SaysThatTheDisplayCannotBeOpened)
+{
+    m_home.environment().insert(u"DISPLAY"_qs, u"nowhere:0"_qs);
+
+    const ProgramResult result = m_home.run({});
+
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_TRUE(result.error.contains(u"--headless"_qs));
+    expectOneSentence(result.error);
+}
+
+TEST_F(Program, RunsWithItsWindowsUntilItIsToldToQuit)
+{
+    m_home.environment().insert(u"QT_QPA_PLATFORM"_qs, u"offscreen"_qs);
+    for (const bool isSetUp : {false, true}) {
+        if (isSetUp) {
+            ASSERT_EQ(setUp().exitCode, 0);
+        }
+        RunningCommand desktop(m_home, {});
+        ASSERT_TRUE(answers());
+        EXPECT_EQ(m_home.status()[u"setup"][u"required"].toBool(), !isSetUp);
+
+        const ProgramResult second = m_home.run({});
+        EXPECT_EQ(second.exitCode, 0);
+        EXPECT_TRUE(second.out.startsWith(u"The gateway runs already"_qs)) << second.error.toStdString();
+
+        desktop.signal(SIGTERM); // not even a setup that can't be left holds it back
+        EXPECT_EQ(desktop.result().exitCode, 0);
+    }
 }
 
 TEST_F(Program, SaysThatNoInstanceRuns)

@@ -38,6 +38,13 @@ public:
         shown.append(title + QStringLiteral(": ") + message);
     }
 
+    void showNotice(const QString &title, const QString & /*message*/) override
+    {
+        shown.append(QStringLiteral("notice ") + title);
+    }
+
+    void reopen() override { shown.append(QStringLiteral("reopened")); }
+
     QStringList shown;
     int forward = 0;
     bool isWizardVisible = false;
@@ -122,7 +129,8 @@ public:
                                                                      upkeep,
                                                                      cleanup,
                                                                      [this]() -> Store & { return *store; },
-                                                                     dictionary});
+                                                                     dictionary,
+                                                                     [this] { return isApplyingSetup; }});
     }
 
     void finishSetup()
@@ -145,6 +153,7 @@ public:
     receive::testing::ReceiveWorld receive;
     receive::testing::ManualImportWorld imports;
     QStringList upkeepDone;
+    bool isApplyingSetup = false;
     RecordingFace face;
     RecordingUpkeep upkeep{upkeepDone};
     RecordingCleanup cleanup;

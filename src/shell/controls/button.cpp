@@ -14,6 +14,7 @@ namespace {
 
 constexpr int kSymbolEdge = 16;
 constexpr int kSymbolGap = 8;
+constexpr int kCompactSymbolGap = 5;
 constexpr int kChevronEdge = 14;
 
 } // namespace
@@ -60,6 +61,26 @@ void Button::setCapsule(bool capsule)
     update();
 }
 
+void Button::setCompact()
+{
+    m_isCompact = true;
+    setProperty("compact", true); // for the style sheet, which has a word in height and font
+    setFont(m_theme.font(TypeStyle::small));
+    updateGeometry();
+    update();
+}
+
+/// What is kept free at both ends, at most.
+int Button::sideMargin() const
+{
+    return m_theme.space(m_isCompact ? Space::tight : Space::wide);
+}
+
+int Button::symbolGap() const
+{
+    return m_isCompact ? kCompactSymbolGap : kSymbolGap;
+}
+
 double Button::cornerRadius() const
 {
     return m_isCapsule ? height() / 2.0 : m_theme.radius(Radius::control);
@@ -69,18 +90,18 @@ int Button::contentWidth() const
 {
     int width = text().isEmpty() ? 0 : fontMetrics().size(Qt::TextShowMnemonic, text()).width() + 1;
     if (!m_symbol.isEmpty()) {
-        width += kSymbolEdge + (text().isEmpty() ? 0 : kSymbolGap);
+        width += kSymbolEdge + (text().isEmpty() ? 0 : symbolGap());
     }
     return menu() == nullptr ? width : width + kChevronEdge + kSymbolGap / 2;
 }
 
 QSize Button::sizeHint() const
 {
-    const int height = m_theme.size(Size::control);
+    const int height = m_theme.size(m_isCompact ? Size::rowCompact : Size::control);
     if (text().isEmpty()) {
         return {std::max(height, contentWidth() + m_theme.space(Space::wide)), height};
     }
-    return {contentWidth() + 2 * m_theme.space(Space::wide), height};
+    return {contentWidth() + 2 * sideMargin(), height};
 }
 
 bool Button::event(QEvent *event)
@@ -164,13 +185,13 @@ void Button::paintEvent(QPaintEvent * /*event*/)
 
 void Button::paintContent(QPainter &painter, Color color) const
 {
-    const int margin = text().isEmpty() ? 0 : m_theme.space(Space::gap);
+    const int margin = text().isEmpty() ? 0 : std::min(m_theme.space(Space::gap), sideMargin());
     QRect left = rect().adjusted(margin, 0, -margin, 0);
     left.setLeft(left.left() + std::max(0, (left.width() - contentWidth()) / 2));
     if (!m_symbol.isEmpty()) {
         paintSymbol(
             painter, m_theme, QRect(left.left(), 0, kSymbolEdge, height()), m_symbol, color, kSymbolEdge);
-        left.setLeft(left.left() + kSymbolEdge + kSymbolGap);
+        left.setLeft(left.left() + kSymbolEdge + symbolGap());
     }
     if (menu() != nullptr) {
         const int chevron = rect().right() - (text().isEmpty() ? kSymbolGap / 2 : margin - 2) - kChevronEdge;

@@ -44,6 +44,9 @@ public:
     /// Whether the ends are half circles.
     void setCapsule(bool capsule);
 
+    /// For places with little room, such as the panel: lower, narrower, and in small type.
+    void setCompact();
+
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override { return sizeHint(); }
 
@@ -56,6 +59,8 @@ private:
     Look look() const;
     double cornerRadius() const;
     int contentWidth() const;
+    int sideMargin() const;
+    int symbolGap() const;
     void paintContent(QPainter &painter, Color color) const;
 
     const Theme &m_theme;
@@ -63,6 +68,7 @@ private:
     QString m_symbol;
     bool m_isBusy = false;
     bool m_isCapsule = false;
+    bool m_isCompact = false;
     Transition m_hover;
     FrameTicker m_spin;
 };

@@ -1,0 +1,70 @@
+#include "app/attention_watch.h"
+
+#include "core/notification_names.h"
+
+#include <utility>
+
+namespace gateway::app {
+
+namespace {
+
+/// Room for some four thousand CT images: time for a person to come before images are refused.
+constexpr qint64 kNearlyFullBytes = qint64{2} * 1024 * 1024 * 1024;
+
+} // namespace
+
+using shell::AttentionCause;
+
+bool isNearlyFull(qint64 availableBytes)
+{
+    return availableBytes < kNearlyFullBytes;
+}
+
+AttentionWatch::AttentionWatch(const Collaborators &with)
+    : m_with(with), m_wasSignedIn(with.auth.state().isSignedIn())
+{
+    observe(core::kStoreListenerError, AttentionCause::listenerFailed);
+    observe(core::kQuorinCloudTermsRequired, AttentionCause::termsNeeded);
+    m_observers.push_back(m_with.notifications.observe(core::kAuthStateChanged,
+                                                       [this](const QVariantMap &) { sessionChanged(); }));
+    connect(&m_with.cloudStorage,
+            &account::QuorinCloudStorageLimitViewModel::changed,
+            this,
+            &AttentionWatch::cloudStorageChanged);
+    connect(&m_with.appState, &state::GatewayAppState::published, this, &AttentionWatch::figureChanged);
+}
+
+void AttentionWatch::observe(const QString &name, AttentionCause cause)
+{
+    m_observers.push_back(m_with.notifications.observe(
+        name, [this, cause](const QVariantMap &) { m_with.attention.call(cause); }));
+}
+
+/// Whoever signs out on purpose needn't be called; a session that the cloud has ended leaves a message.
+void AttentionWatch::sessionChanged()
+{
+    const bool isSignedIn = m_with.auth.state().isSignedIn();
+    const bool hasEnded = std::exchange(m_wasSignedIn, isSignedIn) && !isSignedIn;
+    if (hasEnded && m_with.auth.lastAuthError()) {
+        m_with.attention.call(AttentionCause::signInNeeded);
+    }
+}
+
+void AttentionWatch::cloudStorageChanged()
+{
+    const auto &usage = m_with.cloudStorage.storageUsage();
+    const bool isUsedUp = usage && usage->allowanceInKb > 0 && usage->usedInKb >= usage->allowanceInKb;
+    if (isUsedUp && m_with.appState.figures().notSyncedImagesCount > 0) {
+        m_with.attention.call(AttentionCause::allowanceUsedUp);
+    }
+}
+
+void AttentionWatch::figureChanged(state::GatewayField field)
+{
+    if (field == state::GatewayField::receivedStorageUsage && m_with.appState.isStorageMeasured() &&
+        isNearlyFull(m_with.appState.figures().receivedStorageUsage.availableBytes)) {
+        m_with.attention.call(AttentionCause::diskNearlyFull);
+    }
+}
+
+} // namespace gateway::app

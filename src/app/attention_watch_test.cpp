@@ -1,0 +1,116 @@
+#include "app/attention_watch.h"
+
+#include "app/testing/account_app.h"
+#include "core/notification_names.h"
+#include "state/testing/state_world.h"
+
+#include <gtest/gtest.h>
+
+namespace gateway::app {
+namespace {
+
+using shell::AttentionCause;
+
+class CountingMessages final : public shell::DesktopMessages
+{
+public:
+    void show(const QString &title, const QString & /*body*/) override { titles += title; }
+
+    QStringList titles;
+};
+
+struct Watching : testing::AccountApp
+{
+    /// The title of a call for this cause.
+    QString titleOf(AttentionCause cause)
+    {
+        CountingMessages own;
+        shell::Attention(own, clock).call(cause);
+        return own.titles.first();
+    }
+
+    void expectCalls(const std::vector<AttentionCause> &causes)
+    {
+        QStringList titles;
+        for (const AttentionCause cause : causes) {
+            titles += titleOf(cause);
+        }
+        EXPECT_EQ(messages.titles, titles);
+    }
+
+    state::testing::StateWorld live;
+    account::QuorinCloudStorageLimitViewModel storage{{service, settings, main, pool, clock}};
+    CountingMessages messages;
+    shell::Attention attention{messages, clock};
+    AttentionWatch watch{{notifications, live.state(), auth, storage, attention}};
+};
+
+TEST_F(Watching, CallsForAListenerThatFailed)
+{
+    notifications.post(core::kStoreListenerError, {{core::kMessageKey, QStringLiteral("No port.")}});
+
+    expectCalls({AttentionCause::listenerFailed});
+}
+
+TEST_F(Watching, CallsForTermsThatAreRequired)
+{
+    notifications.post(core::kQuorinCloudTermsRequired);
+
+    expectCalls({AttentionCause::termsNeeded});
+}
+
+TEST_F(Watching, CallsWhenTheCloudHasEndedTheSession)
+{
+    signIn();
+    service.endedToken = settings.token();
+
+    finish(auth.refresh(false));
+
+    expectCalls({AttentionCause::signInNeeded});
+}
+
+TEST_F(Watching, CallsNobodyWhoSignsOut)
+{
+    signIn();
+
+    finish(auth.signOut());
+
+    expectCalls({});
+}
+
+TEST_F(Watching, CallsForAllowanceThatIsUsedUpOnlyWhileImagesWait)
+{
+    signIn();
+    service.limit = {100, 100};
+    finish(storage.refresh());
+    expectCalls({});
+
+    live.index.images.push_back({live.clock.now(), 0});
+    live.state().refreshCounters();
+    service.limit = {100, 101};
+    finish(storage.refresh());
+    expectCalls({AttentionCause::allowanceUsedUp});
+}
+
+TEST_F(Watching, CallsNobodyForAnAllowanceThatHasRoom)
+{
+    live.index.images.push_back({live.clock.now(), 0});
+    live.state().refreshCounters();
+    signIn();
+    service.limit = {100, 99};
+
+    finish(storage.refresh());
+
+    expectCalls({});
+}
+
+TEST(DiskNearlyFull, IsLessThanTwoGibibytesOnceThatWasMeasured)
+{
+    constexpr qint64 kGibibyte = qint64{1} << 30;
+
+    EXPECT_TRUE(isNearlyFull(2 * kGibibyte - 1));
+    EXPECT_FALSE(isNearlyFull(2 * kGibibyte));
+}
+
+} // namespace
+} // namespace gateway::app

@@ -1,0 +1,72 @@
+#include "app/desktop_face.h"
+
+#include "app/desktop_screens.h"
+
+namespace gateway::app {
+
+DesktopFace::DesktopFace(shell::Theme &theme) : m_theme(theme) {}
+
+DesktopFace::~DesktopFace() = default;
+
+void DesktopFace::join(const ScreenModels &models)
+{
+    m_screens = std::make_unique<DesktopScreens>(m_theme, models);
+}
+
+void DesktopFace::showStatusBar()
+{
+    m_screens->showStatusItem();
+}
+
+void DesktopFace::showDashboard()
+{
+    m_screens->showDashboard();
+}
+
+void DesktopFace::showSignInSheet()
+{
+    m_screens->showSignInSheet();
+}
+
+void DesktopFace::showPreferences()
+{
+    m_screens->showPreferences();
+}
+
+void DesktopFace::showBugReport()
+{
+    m_screens->showBugReport();
+}
+
+void DesktopFace::showTermsRequired()
+{
+    m_screens->showTerms();
+}
+
+void DesktopFace::showSetupWizard(bool blocking)
+{
+    m_screens->showSetup(blocking);
+}
+
+bool DesktopFace::isSetupWizardVisible() const
+{
+    return m_screens->isSetupVisible();
+}
+
+void DesktopFace::showAlert(const QString &title, const QString &message)
+{
+    m_screens->showNotice(
+        {QStringLiteral("exclamationmark.triangle.fill"), shell::Color::amber, title, message});
+}
+
+void DesktopFace::showNotice(const QString &title, const QString &message)
+{
+    m_screens->showNotice({QStringLiteral("info.circle"), shell::Color::blue, title, message});
+}
+
+void DesktopFace::reopen()
+{
+    m_screens->showDashboard();
+}
+
+} // namespace gateway::app

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "app/launch_ports.h"
+
+#include <memory>
+
+namespace gateway::shell {
+class Theme;
+}
+
+namespace gateway::app {
+
+class DesktopScreens;
+struct ScreenModels;
+
+/// The gateway with windows: a status item with its panel, the dashboard, the setup dialog, alerts.
+///
+/// Owner: main. Thread: main, under a DesktopApplication.
+class DesktopFace final : public GatewayFace
+{
+public:
+    /// \param theme  outlives this.
+    explicit DesktopFace(shell::Theme &theme);
+    ~DesktopFace() override;
+
+    /// Gives the screens something to show; before anything is shown.
+    ///
+    /// \param models  outlive this.
+    void join(const ScreenModels &models);
+
+    void showStatusBar() override;
+
+    /// Windows come to the front one by one here.
+    void bringForward() override {}
+
+    void showDashboard() override;
+    void showSignInSheet() override;
+    void showPreferences() override;
+    void showBugReport() override;
+    void showTermsRequired() override;
+    void showSetupWizard(bool blocking) override;
+    bool isSetupWizardVisible() const override;
+    void showAlert(const QString &title, const QString &message) override;
+    void showNotice(const QString &title, const QString &message) override;
+    void reopen() override;
+
+private:
+    shell::Theme &m_theme;
+    std::unique_ptr<DesktopScreens> m_screens;
+};
+
+} // namespace gateway::app

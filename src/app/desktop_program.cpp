@@ -1,0 +1,50 @@
+#include "app/desktop_program.h"
+
+#include "app/app_delegate.h"
+#include "app/console.h"
+#include "app/desktop_face.h"
+#include "app/gateway.h"
+#include "app/program.h"
+#include "shell/desktop/desktop_application.h"
+
+#include <QtCore/QProcessEnvironment>
+#include <QtGui/QGuiApplication>
+
+#include <cstdlib>
+
+namespace gateway::app {
+
+namespace {
+
+/// The wizard comes back whenever somebody turns to the application before setup is finished.
+void enforceSetupAtActivation(AppDelegate &delegate)
+{
+    QObject::connect(
+        qGuiApp, &QGuiApplication::applicationStateChanged, qGuiApp, [&delegate](Qt::ApplicationState state) {
+            if (state == Qt::ApplicationActive) {
+                delegate.enforceSetupWizardIfNeeded();
+            }
+        });
+}
+
+} // namespace
+
+ExitCode runDesktop(int &argc, char **argv, const HomeLayout &layout, const GlobalOptions &options)
+{
+    if (const auto problem = shell::displayProblem(QProcessEnvironment::systemEnvironment())) {
+        printError(*problem);
+        return ExitCode::failed;
+    }
+    shell::DesktopApplication application(argc, argv, [](const QString &problem) {
+        printError(problem);
+        std::_Exit(static_cast<int>(ExitCode::failed));
+    });
+    DesktopFace face(application.theme());
+    return runInstance(layout, options, face, [&face](Gateway &gateway) {
+        const ScreenModels models = gateway.screenModels();
+        face.join(models);
+        enforceSetupAtActivation(models.delegate);
+    });
+}
+
+} // namespace gateway::app

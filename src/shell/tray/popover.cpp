@@ -1,0 +1,99 @@
+#include "shell/tray/popover.h"
+
+#include "shell/controls/painting.h"
+#include "shell/theme/theme.h"
+#include "shell/tray/popover_place.h"
+
+#include <QtCore/QEvent>
+#include <QtGui/QBitmap>
+#include <QtGui/QCursor>
+#include <QtGui/QGuiApplication>
+#include <QtGui/QKeyEvent>
+#include <QtGui/QPainter>
+#include <QtGui/QScreen>
+#include <QtWidgets/QApplication>
+#include <QtWidgets/QVBoxLayout>
+
+namespace gateway::shell {
+
+namespace {
+
+/// Between the press that takes the activation away and the tray's word of the same click.
+constexpr std::chrono::milliseconds kSameClick{300};
+
+} // namespace
+
+Popover::Popover(const Theme &theme, const platform::Clock &clock, QWidget *content)
+    : QWidget(nullptr, Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint), m_theme(theme),
+      m_clock(clock)
+{
+    auto *column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->addWidget(content);
+    setWindowTitle(tr("Quorin Gateway"));
+    connect(&theme, &Theme::themeChanged, this, qOverload<>(&QWidget::update));
+}
+
+void Popover::open(const QRect &anchor)
+{
+    const QPoint pointer = QCursor::pos();
+    const QRect beside = anchor.isEmpty() ? QRect(pointer, QSize(1, 1)) : anchor;
+    const QScreen *screen = QGuiApplication::screenAt(beside.center());
+    adjustSize();
+    move(screen == nullptr ? popoverPlace({}, size(), QGuiApplication::primaryScreen()->availableGeometry())
+                           : popoverPlace(beside, size(), screen->availableGeometry()));
+    show();
+    raise();
+    activateWindow();
+}
+
+bool Popover::hasJustGone() const
+{
+    return m_goneAt && m_clock.monotonic() - *m_goneAt < kSameClick;
+}
+
+bool Popover::event(QEvent *event)
+{
+    // A menu of its own takes the activation, too, on some desktops.
+    if (event->type() == QEvent::WindowDeactivate && isVisible() &&
+        QApplication::activePopupWidget() == nullptr) {
+        m_goneAt = m_clock.monotonic();
+        hide();
+    }
+    return QWidget::event(event);
+}
+
+void Popover::keyPressEvent(QKeyEvent *event)
+{
+    if (event->key() == Qt::Key_Escape) {
+        hide();
+    } else {
+        QWidget::keyPressEvent(event);
+    }
+}
+
+void Popover::resizeEvent(QResizeEvent *event)
+{
+    QBitmap mask(size());
+    mask.clear();
+    QPainter painter(&mask);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(Qt::color1);
+    painter.drawRoundedRect(rect(), m_theme.radius(Radius::card), m_theme.radius(Radius::card));
+    painter.end();
+    setMask(mask);
+    QWidget::resizeEvent(event);
+}
+
+void Popover::paintEvent(QPaintEvent * /*event*/)
+{
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.fillRect(rect(), m_theme.color(Color::canvas));
+    painter.setPen(QPen(m_theme.color(Color::lineStrong), 1));
+    painter.setBrush(Qt::NoBrush);
+    const double radius = m_theme.radius(Radius::card);
+    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
+}
+
+} // namespace gateway::shell
