@@ -1,6 +1,6 @@
 #include "receive/file_collector.h"
 
-#include "receive/testing/no_open_files.h"
+#include "receive/testing/barred_folder.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
@@ -90,15 +90,16 @@ TEST_F(Collector, EndsInACircleOfLinks)
 
 TEST_F(Collector, TakesAFolderThatCanNotBeListedForAnEmptyOneAndSaysSo)
 {
-    put(u"s/a"_qs);
+    put(u"a"_qs);
+    put(u"s/b"_qs);
     {
-        const testing::NoOpenFiles noMore;
-        EXPECT_EQ(collect(u"s"_qs), QStringList());
+        const testing::BarredFolder barred(path(u"s"_qs));
+        EXPECT_EQ(collect(u"."_qs), QStringList{u"a"_qs});
     }
     EXPECT_EQ(m_unlisted, QStringList{u"s"_qs});
 
-    put(u"t/b"_qs);
-    EXPECT_EQ(collect(u"t"_qs), QStringList{u"t/b"_qs});
+    put(u"t/c"_qs);
+    EXPECT_EQ(collect(u"t"_qs), QStringList{u"t/c"_qs});
     EXPECT_EQ(m_unlisted, QStringList());
 }
 

@@ -2,7 +2,6 @@
 
 #include "index/testing/temporary_index.h"
 #include "receive/testing/manual_import_world.h"
-#include "receive/testing/no_open_files.h"
 
 #include <QtCore/QRegularExpression>
 
@@ -223,25 +222,6 @@ TEST_F(ManualImport, CountsHiddenFilesAndPassesOverSpecialFilesAndMissingOnes)
     EXPECT_EQ(skippedFor(report, SkipReason::specialFile), 1);
     EXPECT_EQ(skippedFor(report, SkipReason::unreadable), 2);
     EXPECT_TRUE(report.mayMissImages());
-}
-
-TEST_F(ManualImport, AFolderThatCanNotBeReadIsTakenForAnEmptyOneAndTold)
-{
-    m_world.source(u"a.dcm"_qs, "DICM a");
-    std::optional<ManualImportReport> report;
-    {
-        const testing::NoOpenFiles noMore;
-        report = m_world.import({m_world.sources()});
-    }
-
-    EXPECT_EQ(report->candidateFiles, 0);
-    EXPECT_EQ(report->skippedFiles, 0);
-    EXPECT_EQ(report->skipped.value(SkipReason::unreadable),
-              (SkippedFiles{1, QStringList{m_world.sources()}}));
-    EXPECT_TRUE(report->mayMissImages());
-    const auto failed = only(GatewayLogAction::importFailed);
-    EXPECT_EQ(failed.details->value(u"reason"_qs), u"no_files_found"_qs);
-    EXPECT_TRUE(m_world.uploadRequests().isEmpty());
 }
 
 TEST_F(ManualImport, ImportsAFileWhoseNameIsNoUtf8)

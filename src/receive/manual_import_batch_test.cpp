@@ -1,0 +1,67 @@
+#include "receive/manual_import_batch.h"
+
+#include "platform/concurrency/testing/manual_clock.h"
+#include "receive/testing/barred_folder.h"
+#include "receive/testing/fake_archive_unpacking.h"
+#include "receive/testing/fake_imports.h"
+
+#include <QtCore/QDir>
+#include <QtCore/QFile>
+#include <QtCore/QTemporaryDir>
+#include <QtCore/QUrl>
+
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+
+namespace gateway::receive {
+namespace {
+
+class ImportBatch : public ::testing::Test
+{
+protected:
+    QString put(const QString &name, const QByteArray &content) const
+    {
+        const QString path = m_home.filePath(name);
+        QDir().mkpath(QFileInfo(path).path());
+        QFile file(path);
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        EXPECT_EQ(file.write(content), content.size());
+        return path;
+    }
+
+    /// Works a selection through on this thread.
+    ManualImportReport run(const QString &selected)
+    {
+        ManualImportBatch batch(
+            {m_imports, m_unpacking, m_clock, [] { return std::nullopt; }, [](const ManualImportReport &) {}},
+            {m_home.path(), {}},
+            {});
+        return batch.run({QUrl::fromLocalFile(selected)});
+    }
+
+    QTemporaryDir m_home;
+    platform::testing::ManualClock m_clock;
+    testing::FakeImports m_imports;
+    testing::FakeArchiveUnpacking m_unpacking;
+};
+
+TEST_F(ImportBatch, TakesAFolderThatCanNotBeReadForAnEmptyOneAndTellsOfIt)
+{
+    put(u"s/a.dcm"_qs, "DICM a");
+    put(u"s/barred/b.dcm"_qs, "DICM b");
+    const QString folder = m_home.filePath(u"s/barred"_qs);
+    ::chmod(QFile::encodeName(m_home.path()).constData(), S_IRWXU | S_IXGRP | S_IXOTH);
+    const testing::BarredFolder barred(folder);
+
+    const ManualImportReport report = run(m_home.filePath(u"s"_qs));
+
+    EXPECT_EQ(report.candidateFiles, 1);
+    EXPECT_EQ(report.importedFiles, 1);
+    EXPECT_EQ(report.skippedFiles, 0) << "nobody knows how many files it holds";
+    EXPECT_EQ(report.skipped.value(SkipReason::unreadable), (SkippedFiles{1, QStringList{folder}}));
+    EXPECT_TRUE(report.mayMissImages());
+}
+
+} // namespace
+} // namespace gateway::receive
