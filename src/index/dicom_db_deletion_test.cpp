@@ -108,6 +108,18 @@ TEST_F(Prune, AnImageUploadedJustAtTheCutoffIsNotEligible)
     EXPECT_EQ(index.pruneSyncedImages(uploadDate.addMSecs(1)).deletedImageCount, 1);
 }
 
+TEST_F(Prune, AnImageUploadedJustAtTheCutoffStaysWhenAnOlderOneGoes)
+{
+    const QString older = uploaded(QStringLiteral("9.1"));
+    home.clock.advance(std::chrono::milliseconds(1));
+    const QString path = uploaded(QStringLiteral("9.2"));
+
+    EXPECT_EQ(index.pruneSyncedImages(home.clock.now()), (LocalPruneResult{1, 1, 0, 0, 1, 0}));
+
+    EXPECT_FALSE(isStored(older));
+    EXPECT_TRUE(isStored(path));
+}
+
 TEST_F(Prune, ASyncedImageWithoutUploadDateIsNeverEligible)
 {
     const QString path = uploaded(QStringLiteral("9.1"));
