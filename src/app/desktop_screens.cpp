@@ -118,9 +118,19 @@ shell::DashboardParts DesktopScreens::dashboardParts()
         {.openPreferences = [this] { post(core::kOpenPreferences); },
          .openLocalStudies = {},
          .openQuorinCloud = {},
-         .checkForUpdates = [this] { post(core::kCheckForUpdatesRequested); }},
+         .checkForUpdates = [this] { post(core::kCheckForUpdatesRequested); },
+         .openPanel = wayToPanel()},
         [this](QWidget *window) { return new shell::SignInSheet(m_theme, m_with.auth, window); },
         [this](QWidget *window) { return makeTermsSheet(window); }};
+}
+
+/// A desktop that shows no status item needs another way to what the panel offers, quitting among it.
+std::function<void()> DesktopScreens::wayToPanel()
+{
+    if (statusBar().hasStatusItem()) {
+        return {};
+    }
+    return [this] { statusBar().togglePopover(); };
 }
 
 /// What follows an answer: declining ends the session.

@@ -15,6 +15,7 @@
 
 #include <QtCore/QCoreApplication>
 
+#include <functional>
 #include <memory>
 
 namespace gateway::shell {
@@ -68,6 +69,7 @@ private:
     shell::SetupDialog &setupDialog();
     shell::MenuViewParts menuParts();
     shell::DashboardParts dashboardParts();
+    std::function<void()> wayToPanel();
     shell::Sheet *makeTermsSheet(QWidget *window);
     QCoro::Task<> loadTerms();
     void post(const QString &name) { m_with.notifications.post(name); }

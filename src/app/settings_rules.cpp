@@ -7,6 +7,7 @@
 #include "core/retention_policy.h"
 #include "platform/quorin_api/cloud_configuration.h"
 #include "receive/folder_bookmark.h"
+#include "shell/desktop/feedback_mail.h"
 #include "wizard/setup_checks.h"
 
 #include <QtCore/QStringList>
@@ -172,6 +173,17 @@ Issue setRetrieveMode(platform::UserDefaults &defaults, const QString &value)
     return setFlag(QStringLiteral("QuorinRetrieveMode"), value, [&](bool on) {
         return core::setRetrieveMode(defaults, on);
     });
+}
+
+Issue setSupportEmail(platform::UserDefaults &defaults, const QString &value)
+{
+    const QString address = value.trimmed();
+    const qsizetype at = address.indexOf(u'@');
+    const bool isAddress = at > 0 && at == address.lastIndexOf(u'@') && at < address.size() - 1;
+    if (!address.isEmpty() && (!isAddress || address.contains(u' '))) {
+        return QStringLiteral("The support address must be one e-mail address.");
+    }
+    return unlessKept(defaults.setObject(shell::kSupportEmailKey, address));
 }
 
 Issue setAutoDelete(core::Settings &settings, const QString &value)

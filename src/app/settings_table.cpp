@@ -6,6 +6,7 @@
 #include "core/gateway_auto_delete_mode.h"
 #include "core/retention_policy.h"
 #include "platform/quorin_api/cloud_configuration.h"
+#include "shell/desktop/feedback_mail.h"
 
 #include <QtCore/QDateTime>
 
@@ -164,6 +165,10 @@ QList<CatalogueSetting> cloudSettings()
         plain(QStringLiteral("QuorinRetrieveMode"),
               [](Settings &, UserDefaults &defaults, const QString &value) {
                   return settings_rules::setRetrieveMode(defaults, value);
+              }),
+        plain(shell::kSupportEmailKey,
+              [](Settings &, UserDefaults &defaults, const QString &value) {
+                  return settings_rules::setSupportEmail(defaults, value);
               }),
         choice(QStringLiteral("wadoLimit"), &Settings::wadoLimit, {2, 4, 6, 8, 10}),
         flag(QStringLiteral("quorinCloudBatchEnabled"), &Settings::quorinCloudBatchEnabled),

@@ -45,6 +45,7 @@ struct DashboardActions
     std::function<void()> openLocalStudies;
     std::function<void()> openQuorinCloud;
     std::function<void()> checkForUpdates;
+    std::function<void()> openPanel; ///< the status item's panel, where the desktop shows no such item
 };
 
 /// What the dashboard works with; all outlive it.

@@ -132,6 +132,15 @@ void DashboardSidebar::addEntry(Screen screen, const QString &title, const QStri
     layout()->addWidget(entry);
 }
 
+SidebarEntry &DashboardSidebar::addCommand(const QString &title, const QString &symbol)
+{
+    m_action = new SidebarEntry(m_theme, title, symbol);
+    m_action->setCheckable(false);
+    m_action->setNarrow(m_isNarrow);
+    layout()->addWidget(m_action);
+    return *m_action;
+}
+
 SidebarEntry &DashboardSidebar::entry(Screen screen) const
 {
     return *static_cast<SidebarEntry *>(m_entries.button(static_cast<int>(screen)));
@@ -151,6 +160,9 @@ void DashboardSidebar::setNarrow(bool narrow)
     m_name->setVisible(!narrow);
     for (const Screen screen : {Screen::overview, Screen::logs}) {
         entry(screen).setNarrow(narrow);
+    }
+    if (m_action != nullptr) {
+        m_action->setNarrow(narrow);
     }
     setMinimumWidth(narrow ? kNarrowWidth : m_theme.size(Size::rail));
 }

@@ -54,6 +54,9 @@ public:
 
     SidebarEntry &entry(Screen screen) const;
 
+    /// Adds an entry at the lower end that leads to no screen.
+    SidebarEntry &addCommand(const QString &title, const QString &symbol);
+
 Q_SIGNALS:
     /// The operator chose a screen, be it the present one.
     void chosen(gateway::shell::Screen screen);
@@ -67,6 +70,7 @@ private:
     const Theme &m_theme;
     QButtonGroup m_entries;
     TextLabel *m_name;
+    SidebarEntry *m_action = nullptr;
     bool m_isNarrow = false;
 };
 

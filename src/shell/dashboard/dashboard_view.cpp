@@ -94,6 +94,10 @@ void DashboardView::addShortcuts()
 void DashboardView::listen()
 {
     connect(m_sidebar, &DashboardSidebar::chosen, this, &DashboardView::setSelectedScreen);
+    if (m_parts.actions.openPanel) {
+        SidebarEntry &panel = m_sidebar->addCommand(tr("Menu"), QStringLiteral("ellipsis.circle"));
+        connect(&panel, &QPushButton::clicked, this, m_parts.actions.openPanel);
+    }
     connect(m_header, &DashboardHeader::viewLogsRequested, this, [this] { setSelectedScreen(Screen::logs); });
     connect(m_overview, &OverviewPage::viewLogsRequested, this, [this] { setSelectedScreen(Screen::logs); });
     connect(m_header, &DashboardHeader::preferencesRequested, this, m_parts.actions.openPreferences);

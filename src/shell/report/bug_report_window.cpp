@@ -6,6 +6,7 @@
 #include "shell/theme/theme.h"
 
 #include <QtGui/QKeyEvent>
+#include <QtGui/QScreen>
 #include <QtWidgets/QCheckBox>
 #include <QtWidgets/QHBoxLayout>
 #include <QtWidgets/QPlainTextEdit>
@@ -80,6 +81,9 @@ QWidget *BugReportWindow::makeButtons()
 
 void BugReportWindow::present()
 {
+    if (!isVisible()) {
+        move(screen()->availableGeometry().center() - rect().center());
+    }
     show();
     raise();
     activateWindow();

@@ -10,6 +10,7 @@
 
 #include <QtGui/QCloseEvent>
 #include <QtGui/QKeyEvent>
+#include <QtGui/QScreen>
 #include <QtWidgets/QHBoxLayout>
 #include <QtWidgets/QVBoxLayout>
 
@@ -106,6 +107,9 @@ void SetupDialog::present(bool blocking)
     if (!isVisible()) {
         m_isBlocking = blocking;
         fill();
+        adjustSize();
+        const QRect there(screen()->availableGeometry());
+        move(there.center() - rect().center());
     }
     show();
     raise();

@@ -29,11 +29,16 @@ private:
 PanelGroup::PanelGroup(const Theme &theme, std::optional<Color> tint, QWidget *parent)
     : QWidget(parent), m_theme(theme), m_tint(tint), m_body(new QVBoxLayout(this))
 {
-    const int side = theme.space(Space::gap);
-    const int top = theme.space(Space::tight);
-    m_body->setContentsMargins(side, top, side, top);
     m_body->setSpacing(theme.space(Space::tight));
+    setRoomy(false);
     connect(&theme, &Theme::themeChanged, this, qOverload<>(&QWidget::update));
+}
+
+void PanelGroup::setRoomy(bool roomy)
+{
+    const int side = m_theme.space(Space::gap);
+    const int top = m_theme.space(roomy ? Space::gap : Space::tight);
+    m_body->setContentsMargins(side, top, side, top);
 }
 
 void PanelGroup::addRule()

@@ -26,6 +26,9 @@ public:
 
     QVBoxLayout &body() { return *m_body; }
 
+    /// Whether the rows take the room that the panel has left.
+    void setRoomy(bool roomy);
+
     /// Adds a hair across the group.
     void addRule();
 

@@ -11,10 +11,13 @@
 #include "shell/controls/text_label.h"
 #include "shell/dashboard/state_binding.h"
 #include "shell/theme/theme.h"
+#include "shell/tray/panel_group.h"
 #include "shell/tray/panel_rows.h"
 #include "state/gateway_app_state.h"
 
 #include <QtGui/QShortcut>
+
+#include <QtWidgets/QLayout>
 
 #include <chrono>
 
@@ -119,6 +122,11 @@ void QuorinGatewayMenuView::showBanner()
     m_banner->setVisible(message.has_value());
     m_checkForUpdates->setSymbol(message ? QStringLiteral("exclamationmark.triangle.fill") : QString());
     arrangeFooter();
+    const QList<PanelGroup *> groups = findChildren<PanelGroup *>();
+    for (PanelGroup *group : groups) {
+        group->setRoomy(!message && group != m_banner);
+    }
+    layout()->setSpacing(m_parts.theme.space(message ? Space::tight : Space::gap));
 }
 
 void QuorinGatewayMenuView::showAccount()
