@@ -257,6 +257,84 @@
     </message>
 </context>
 <context>
+    <name>gateway::shell::CardNotice</name>
+    <message>
+        <source>%1. %2</source>
+        <translation>%1. %2</translation>
+    </message>
+</context>
+<context>
+    <name>gateway::shell::DashboardHeader</name>
+    <message>
+        <source>View Logs</source>
+        <translation>Protokoll</translation>
+    </message>
+    <message>
+        <source>Preferences</source>
+        <translation>Einstellungen</translation>
+    </message>
+    <message>
+        <source>Manual Upload</source>
+        <translation>Von Hand hochladen</translation>
+    </message>
+    <message>
+        <source>Preferences (Ctrl+,)</source>
+        <translation>Einstellungen (Strg+,)</translation>
+    </message>
+    <message>
+        <source>Import files or folders from this computer</source>
+        <translation>Dateien oder Ordner von diesem Rechner einlesen</translation>
+    </message>
+    <message>
+        <source>Transfer event logs</source>
+        <translation>Übertragungsprotokoll</translation>
+    </message>
+</context>
+<context>
+    <name>gateway::shell::DashboardSidebar</name>
+    <message>
+        <source>Dashboard</source>
+        <translation>Übersicht</translation>
+    </message>
+    <message>
+        <source>Logs</source>
+        <translation>Protokoll</translation>
+    </message>
+</context>
+<context>
+    <name>gateway::shell::DimseImportCard</name>
+    <message>
+        <source>Open Local Studies</source>
+        <translation>Lokale Studien öffnen</translation>
+    </message>
+    <message>
+        <source>Studies</source>
+        <translation>Studien</translation>
+    </message>
+    <message>
+        <source>Series</source>
+        <translation>Serien</translation>
+    </message>
+    <message>
+        <source>Images</source>
+        <translation>Bilder</translation>
+    </message>
+    <message>
+        <source>Local storage</source>
+        <translation>Lokaler Speicher</translation>
+    </message>
+    <message>
+        <source>Received Items</source>
+        <translation>Empfangen</translation>
+    </message>
+    <message>
+        <source>Used: %1
+Free: %2</source>
+        <translation>Belegt: %1
+Frei: %2</translation>
+    </message>
+</context>
+<context>
     <name>gateway::shell::DownArrowFlowOverlay</name>
     <message>
         <source>Images are coming in</source>
@@ -265,6 +343,189 @@
     <message>
         <source>No images are coming in</source>
         <translation>Es kommen keine Bilder an</translation>
+    </message>
+</context>
+<context>
+    <name>gateway::shell::DropArea</name>
+    <message>
+        <source>Drop DICOM Files Or Folders</source>
+        <translation>DICOM-Dateien oder Ordner hier ablegen</translation>
+    </message>
+    <message>
+        <source>Uses the same pipeline as Manual Import</source>
+        <translation>Derselbe Weg wie beim Einlesen von Hand</translation>
+    </message>
+    <message>
+        <source>Click to choose files or folders</source>
+        <translation>Klicken, um Dateien oder Ordner zu wählen</translation>
+    </message>
+    <message>
+        <source>Import Started</source>
+        <translation>Einlesen begonnen</translation>
+    </message>
+</context>
+<context>
+    <name>gateway::shell::Figure</name>
+    <message>
+        <source>%1: %2</source>
+        <translation>%1: %2</translation>
+    </message>
+</context>
+<context>
+    <name>gateway::shell::ImportProgressCard</name>
+    <message>
+        <source>Imports</source>
+        <translation>Einlesen</translation>
+    </message>
+    <message>
+        <source>Importing</source>
+        <translation>Liest ein</translation>
+    </message>
+    <message>
+        <source>Stop</source>
+        <translation>Anhalten</translation>
+    </message>
+    <message>
+        <source>Dismiss</source>
+        <translation>Schließen</translation>
+    </message>
+</context>
+<context>
+    <name>gateway::shell::ImportWords</name>
+    <message>
+        <source>less than a minute left</source>
+        <translation>noch unter einer Minute</translation>
+    </message>
+    <message>
+        <source>%1 min left</source>
+        <translation>noch %1 min</translation>
+    </message>
+    <message>
+        <source>%1 h %2 min left</source>
+        <translation>noch %1 h %2 min</translation>
+    </message>
+    <message>
+        <source>%1 not DICOM</source>
+        <translation>%1 kein DICOM</translation>
+    </message>
+    <message>
+        <source>%1 can&apos;t be read</source>
+        <translation>%1 nicht lesbar</translation>
+    </message>
+    <message>
+        <source>%1 no ordinary file</source>
+        <translation>%1 keine gewöhnliche Datei</translation>
+    </message>
+    <message>
+        <source>%1 damaged archive</source>
+        <translation>%1 beschädigtes Archiv</translation>
+    </message>
+    <message>
+        <source>%1 archive with a password</source>
+        <translation>%1 Archiv mit Kennwort</translation>
+    </message>
+    <message>
+        <source>%1 archive too large</source>
+        <translation>%1 zu großes Archiv</translation>
+    </message>
+    <message>
+        <source>%1 archive in too many archives</source>
+        <translation>%1 zu tief verschachteltes Archiv</translation>
+    </message>
+    <message>
+        <source>%1 could not be stored here</source>
+        <translation>%1 nicht speicherbar</translation>
+    </message>
+    <message>
+        <source>Waiting for the import before it</source>
+        <translation>Wartet auf das Einlesen davor</translation>
+    </message>
+    <message>
+        <source>Looking for files: %1 found</source>
+        <translation>Sucht Dateien: %1 gefunden</translation>
+    </message>
+    <message>
+        <source>%1 of %2 files</source>
+        <translation>%1 von %2 Dateien</translation>
+    </message>
+    <message>
+        <source>unpacking an archive</source>
+        <translation>packt ein Archiv aus</translation>
+    </message>
+    <message>
+        <source>%1/s</source>
+        <translation>%1/s</translation>
+    </message>
+    <message>
+        <source>Stopped before anything was imported</source>
+        <translation>Angehalten, bevor etwas eingelesen war</translation>
+    </message>
+    <message>
+        <source>No files found</source>
+        <translation>Keine Dateien gefunden</translation>
+    </message>
+    <message>
+        <source>No DICOM files were imported</source>
+        <translation>Es wurden keine DICOM-Dateien eingelesen</translation>
+    </message>
+    <message>
+        <source>Imported %1 of %2 files</source>
+        <translation>%1 von %2 Dateien eingelesen</translation>
+    </message>
+    <message>
+        <source>%1, then stopped</source>
+        <translation>%1, dann angehalten</translation>
+    </message>
+    <message>
+        <source>%1: %2</source>
+        <translation>%1: %2</translation>
+    </message>
+</context>
+<context>
+    <name>gateway::shell::ListenerCard</name>
+    <message>
+        <source>Start</source>
+        <translation>Starten</translation>
+    </message>
+    <message>
+        <source>DIMSE Listener</source>
+        <translation>DIMSE-Listener</translation>
+    </message>
+    <message>
+        <source>State</source>
+        <translation>Zustand</translation>
+    </message>
+    <message>
+        <source>AE Title</source>
+        <translation>AE-Titel</translation>
+    </message>
+    <message>
+        <source>Port</source>
+        <translation>Port</translation>
+    </message>
+    <message>
+        <source>RECEIVING</source>
+        <translation>EMPFÄNGT</translation>
+    </message>
+    <message>
+        <source>RUNNING</source>
+        <translation>LÄUFT</translation>
+    </message>
+    <message>
+        <source>STOPPED</source>
+        <translation>STEHT</translation>
+    </message>
+    <message>
+        <source>Reached at %1</source>
+        <translation>Erreichbar unter %1</translation>
+    </message>
+    <message>
+        <source>Modalities can&apos;t send now</source>
+        <translation>Modalitäten können jetzt nicht senden</translation>
+    </message>
+    <message>
+        <source>Stop</source>
+        <translation>Anhalten</translation>
     </message>
 </context>
 <context>
@@ -468,6 +729,13 @@
     </message>
 </context>
 <context>
+    <name>gateway::shell::MoreMenu</name>
+    <message>
+        <source>More</source>
+        <translation>Mehr</translation>
+    </message>
+</context>
+<context>
     <name>gateway::shell::PasswordField</name>
     <message>
         <source>Hide password</source>
@@ -487,6 +755,112 @@
     <message>
         <source>Clear search</source>
         <translation>Suche leeren</translation>
+    </message>
+</context>
+<context>
+    <name>gateway::shell::SentItemsCard</name>
+    <message>
+        <source>Speed</source>
+        <translation>Tempo</translation>
+    </message>
+    <message>
+        <source>Open Quorin Cloud</source>
+        <translation>Quorin Cloud öffnen</translation>
+    </message>
+    <message>
+        <source>In Progress</source>
+        <translation>Unterwegs</translation>
+    </message>
+    <message>
+        <source>Uploaded</source>
+        <translation>Hochgeladen</translation>
+    </message>
+    <message>
+        <source>Failed</source>
+        <translation>Gescheitert</translation>
+    </message>
+    <message>
+        <source>Quorin Cloud storage</source>
+        <translation>Speicher in der Quorin Cloud</translation>
+    </message>
+    <message>
+        <source>Sent Items</source>
+        <translation>Gesendet</translation>
+    </message>
+    <message>
+        <source>Sign in to load Quorin Cloud storage</source>
+        <translation>Melden Sie sich an, um den Speicher der Quorin Cloud zu sehen</translation>
+    </message>
+    <message>
+        <source>Used: %1
+Free: %2
+Total: %3</source>
+        <translation>Belegt: %1
+Frei: %2
+Gesamt: %3</translation>
+    </message>
+</context>
+<context>
+    <name>gateway::shell::SentNotice</name>
+    <message>
+        <source>Waiting for a sign-in</source>
+        <translation>Wartet auf eine Anmeldung</translation>
+    </message>
+    <message>
+        <source>Images are kept here until then.</source>
+        <translation>Bis dahin bleiben die Bilder hier.</translation>
+    </message>
+    <message>
+        <source>Quorin Cloud can&apos;t be reached</source>
+        <translation>Quorin Cloud ist nicht erreichbar</translation>
+    </message>
+    <message>
+        <source>Images are kept here and sent later.</source>
+        <translation>Bilder bleiben hier und werden später gesendet.</translation>
+    </message>
+    <message>
+        <source>1 image could not be sent</source>
+        <translation>1 Bild ließ sich nicht senden</translation>
+    </message>
+    <message>
+        <source>%1 images could not be sent</source>
+        <translation>%1 Bilder ließen sich nicht senden</translation>
+    </message>
+    <message>
+        <source>Kept here and tried again.</source>
+        <translation>Sie bleiben hier und werden wieder versucht.</translation>
+    </message>
+    <message>
+        <source>View Logs</source>
+        <translation>Protokoll</translation>
+    </message>
+    <message>
+        <source>Sending to Quorin Cloud</source>
+        <translation>Sendet an Quorin Cloud</translation>
+    </message>
+    <message>
+        <source>Waiting to be sent</source>
+        <translation>Wartet aufs Senden</translation>
+    </message>
+    <message>
+        <source>%1 of %2 images are there.</source>
+        <translation>%1 von %2 Bildern sind dort.</translation>
+    </message>
+    <message>
+        <source>Everything is uploaded</source>
+        <translation>Alles ist hochgeladen</translation>
+    </message>
+    <message>
+        <source>Nothing waits here.</source>
+        <translation>Hier wartet nichts.</translation>
+    </message>
+    <message>
+        <source>Nothing to send yet</source>
+        <translation>Noch nichts zu senden</translation>
+    </message>
+    <message>
+        <source>Received images are sent on their own.</source>
+        <translation>Empfangene Bilder werden von selbst gesendet.</translation>
     </message>
 </context>
 <context>
@@ -541,6 +915,60 @@
     <message>
         <source>Loading</source>
         <translation>Wird geladen</translation>
+    </message>
+</context>
+<context>
+    <name>gateway::shell::StatusCard</name>
+    <message>
+        <source>Refresh</source>
+        <translation>Aktualisieren</translation>
+    </message>
+    <message>
+        <source>Sign in</source>
+        <translation>Anmelden</translation>
+    </message>
+    <message>
+        <source>Sign out</source>
+        <translation>Abmelden</translation>
+    </message>
+    <message>
+        <source>Quorin Cloud Status</source>
+        <translation>Quorin Cloud</translation>
+    </message>
+    <message>
+        <source>State</source>
+        <translation>Zustand</translation>
+    </message>
+    <message>
+        <source>READY</source>
+        <translation>BEREIT</translation>
+    </message>
+    <message>
+        <source>SIGNED OUT</source>
+        <translation>ABGEMELDET</translation>
+    </message>
+    <message>
+        <source>UNREACHABLE</source>
+        <translation>NICHT ERREICHBAR</translation>
+    </message>
+    <message>
+        <source>Signed in as %1</source>
+        <translation>Angemeldet als %1</translation>
+    </message>
+    <message>
+        <source>Sign in required</source>
+        <translation>Anmeldung nötig</translation>
+    </message>
+</context>
+<context>
+    <name>gateway::shell::StorageFigures</name>
+    <message>
+        <source>Used</source>
+        <translation>Belegt</translation>
+    </message>
+    <message>
+        <source>Free</source>
+        <translation>Frei</translation>
     </message>
 </context>
 <context>
@@ -634,6 +1062,13 @@
     <message>
         <source>No images are being sent</source>
         <translation>Es werden keine Bilder gesendet</translation>
+    </message>
+</context>
+<context>
+    <name>gateway::shell::UpdateBanner</name>
+    <message>
+        <source>Check for Updates…</source>
+        <translation>Nach Updates suchen …</translation>
     </message>
 </context>
 <context>
