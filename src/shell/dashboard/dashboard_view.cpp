@@ -1,6 +1,5 @@
 #include "shell/dashboard/dashboard_view.h"
 
-#include "account/quorin_auth_view_model.h"
 #include "account/quorin_cloud_status_view_model.h"
 #include "account/quorin_cloud_storage_limit_view_model.h"
 #include "receive/dimse_listener_view_model.h"
@@ -34,7 +33,7 @@ constexpr auto kCloudStatusInterval = 30s;
 constexpr auto kCloudStorageInterval = 60s;
 
 constexpr int kNarrowBelow = 1120; // pixels; the cards need the room more than the rail's words do
-constexpr int kWidestOverview = 1800;
+constexpr int kWidestOverview = 2400;
 
 } // namespace
 
@@ -120,11 +119,6 @@ void DashboardView::listen()
         {Field::showSignInSheet},
         [this](const state::GatewayAppState &) { showSignInSheet(); },
         this);
-    connect(&m_parts.auth, &account::QuorinAuthViewModel::changed, this, [this] {
-        if (m_parts.auth.state().isSignedIn()) {
-            m_parts.appState.setShowSignInSheet(false);
-        }
-    });
 }
 
 void DashboardView::setSelectedScreen(Screen screen)

@@ -115,6 +115,9 @@ void FlowOverlay::paintEvent(QPaintEvent * /*event*/)
     const QPixmap pixmap =
         symbolPixmap(symbol, ink(m_theme), kArrowEdge, painter.device()->devicePixelRatioF());
     const QPointF toCorner(kArrowEdge / 2.0, kArrowEdge / 2.0);
+    if (!isMoving()) { // they stand where they can be seen, also on a low way
+        painter.translate(0, (m_direction == FlowDirection::down ? 0.5 : -0.5) * height());
+    }
     const QList<FlowArrow> arrows = flowArrows(m_direction, size(), seconds());
     for (const FlowArrow &arrow : arrows) {
         painter.setOpacity(arrow.opacity);

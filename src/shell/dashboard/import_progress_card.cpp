@@ -74,8 +74,12 @@ void ImportProgressCard::refresh(Batch &batch)
         return;
     }
     const std::optional<receive::ManualImportReport> report = m_imports.report(batch.id);
-    if (!report || report->phase == receive::ManualImportReport::Phase::finished) {
-        conclude(batch, report.value_or(receive::ManualImportReport()));
+    if (!report) { // it has forgotten this one among those that came since
+        conclude(batch, tr("Ended. The logs tell what became of it."), Color::text2, {});
+        return;
+    }
+    if (report->phase == receive::ManualImportReport::Phase::finished) {
+        conclude(batch, importOutcomeText(*report), importOutcomeColor(*report), importSkipTexts(*report));
         return;
     }
     const bool countsBytes = report->knownBytes > 0;
@@ -84,11 +88,13 @@ void ImportProgressCard::refresh(Batch &batch)
                                 importProgressText(*report));
 }
 
-void ImportProgressCard::conclude(Batch &batch, const receive::ManualImportReport &report)
+void ImportProgressCard::conclude(Batch &batch,
+                                  const QString &outcome,
+                                  Color color,
+                                  const QStringList &skipped)
 {
     const bool hadFocus = batch.progress->isAncestorOf(window()->focusWidget());
     delete std::exchange(batch.progress, nullptr);
-    const Color color = importOutcomeColor(report);
     auto *head = new QHBoxLayout;
     head->setSpacing(m_theme.space(Space::gap));
     head->addWidget(new SymbolTile(m_theme,
@@ -97,7 +103,7 @@ void ImportProgressCard::conclude(Batch &batch, const receive::ManualImportRepor
                                    color,
                                    kSymbolEdge,
                                    SymbolTile::Ground::none));
-    head->addWidget(new TextLabel(m_theme, importOutcomeText(report), TypeStyle::bodyStrong), 1);
+    head->addWidget(new TextLabel(m_theme, outcome, TypeStyle::bodyStrong), 1);
     auto *dismiss = new Button(m_theme, ButtonKind::quiet, {}, QStringLiteral("xmark"));
     dismiss->setAccessibleName(tr("Dismiss"));
     dismiss->setToolTip(tr("Dismiss"));
@@ -105,8 +111,7 @@ void ImportProgressCard::conclude(Batch &batch, const receive::ManualImportRepor
     head->addWidget(dismiss);
     auto *column = static_cast<QVBoxLayout *>(batch.row->layout());
     column->addLayout(head);
-    const QStringList lines = importSkipTexts(report);
-    for (const QString &line : lines) {
+    for (const QString &line : skipped) {
         auto *reason = new ElidedLabel(m_theme, TypeStyle::small, Color::text2);
         reason->setIndent(kSymbolEdge + m_theme.space(Space::gap));
         reason->setWords(line);

@@ -1,15 +1,15 @@
 #pragma once
 
 #include "shell/controls/card.h"
+#include "shell/theme/tokens.h"
 
-#include <QtCore/QString>
+#include <QtCore/QStringList>
 #include <QtCore/QTimer>
 
 #include <vector>
 
 namespace gateway::receive {
 class StoreManualImportService;
-struct ManualImportReport;
 } // namespace gateway::receive
 
 namespace gateway::shell {
@@ -50,7 +50,7 @@ private:
 
     void add(const QString &id);
     void refresh(Batch &batch);
-    void conclude(Batch &batch, const receive::ManualImportReport &report);
+    void conclude(Batch &batch, const QString &outcome, Color color, const QStringList &skipped);
     void remove(const QString &id);
     void removeEnded();
     void settle();

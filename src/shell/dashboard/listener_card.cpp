@@ -20,8 +20,8 @@ ListenerCard::ListenerCard(const DashboardParts &parts, QWidget *parent)
       m_switch(new Button(parts.theme, ButtonKind::secondary, tr("Start"))),
       m_state(new StateLabel(parts.theme)),
       m_address(new ElidedLabel(parts.theme, TypeStyle::small, Color::muted)),
-      m_aeTitle(new ElidedLabel(parts.theme, TypeStyle::bodyStrong, Color::text)),
-      m_port(new ElidedLabel(parts.theme, TypeStyle::bodyStrong, Color::text))
+      m_aeTitle(new TextLabel(parts.theme, {}, TypeStyle::bodyStrong)),
+      m_port(new TextLabel(parts.theme, {}, TypeStyle::bodyStrong))
 {
     const Theme &theme = parts.theme;
     setAccessibleName(tr("DIMSE Listener"));
@@ -39,9 +39,12 @@ ListenerCard::ListenerCard(const DashboardParts &parts, QWidget *parent)
     auto *address = new QHBoxLayout;
     address->setSpacing(theme.space(Space::tight));
     address->addWidget(caption(tr("AE Title")));
-    address->addWidget(m_aeTitle, 3);
+    address->addWidget(m_aeTitle);
+    address->addSpacing(theme.space(Space::wide));
     address->addWidget(caption(tr("Port")));
-    address->addWidget(m_port, 1);
+    address->addWidget(m_port);
+    address->addStretch();
+    address->addStrut(theme.size(Size::control)); // as high as the line with a button beside it
     body().addLayout(address);
     connect(m_switch, &QAbstractButton::clicked, this, [this] {
         m_listener.setEnabled(!m_listener.isListening());
@@ -66,8 +69,8 @@ void ListenerCard::showListener()
     }
     m_address->setWords(isListening ? tr("Reached at %1").arg(m_listener.addressText(true))
                                     : tr("Modalities can't send now"));
-    m_aeTitle->setWords(m_listener.settings().aeTitle);
-    m_port->setWords(QString::number(m_listener.settings().port));
+    m_aeTitle->setText(m_listener.settings().aeTitle);
+    m_port->setText(QString::number(m_listener.settings().port));
     m_switch->setText(isListening ? tr("Stop") : tr("Start"));
     m_switch->setSymbol(isListening ? QStringLiteral("stop.fill") : QStringLiteral("play.fill"));
 }

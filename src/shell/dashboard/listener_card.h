@@ -15,6 +15,7 @@ namespace gateway::shell {
 class Button;
 class ElidedLabel;
 class StateLabel;
+class TextLabel;
 struct DashboardParts;
 
 /// "DIMSE Listener": whether modalities can send, and what they are told to send to.
@@ -29,8 +30,8 @@ public:
 
     StateLabel &state() { return *m_state; }
     Button &switchButton() { return *m_switch; }
-    ElidedLabel &aeTitle() { return *m_aeTitle; }
-    ElidedLabel &port() { return *m_port; }
+    TextLabel &aeTitle() { return *m_aeTitle; }
+    TextLabel &port() { return *m_port; }
 
 private:
     void showListener();
@@ -40,8 +41,8 @@ private:
     Button *m_switch;
     StateLabel *m_state;
     ElidedLabel *m_address;
-    ElidedLabel *m_aeTitle;
-    ElidedLabel *m_port;
+    TextLabel *m_aeTitle;
+    TextLabel *m_port;
 };
 
 } // namespace gateway::shell

@@ -25,6 +25,7 @@ namespace gateway::shell {
 namespace {
 
 constexpr int kLeastChartHeight = 150;
+constexpr double kHighestChart = 0.42; // of the width: a steeper one would say more than there is
 
 } // namespace
 
@@ -47,7 +48,6 @@ OverviewPage::OverviewPage(const DashboardParts &parts, QWidget *parent)
 
     m_grid->setHorizontalSpacing(m_theme.space(Space::wide));
     m_grid->setVerticalSpacing(0);
-    setSideMargin(m_theme.space(Space::page));
     place(true);
     setWidget(m_ground);
     setWidgetResizable(true);
@@ -64,7 +64,8 @@ OverviewPage::OverviewPage(const DashboardParts &parts, QWidget *parent)
 
 void OverviewPage::setSideMargin(int margin)
 {
-    m_grid->setContentsMargins(margin, m_theme.space(Space::wide), margin, m_theme.space(Space::page));
+    m_sideMargin = margin;
+    arrange();
 }
 
 void OverviewPage::manualUpload()
@@ -93,9 +94,16 @@ int OverviewPage::leastColumnWidth() const
 
 void OverviewPage::arrange()
 {
-    const QMargins margins = m_grid->contentsMargins();
-    const int room = viewport()->width() - margins.left() - margins.right() - m_grid->horizontalSpacing();
-    const bool twoColumns = room >= 2 * leastColumnWidth();
+    const int bar = width() - viewport()->width(); // the cards keep their edge when it comes
+    m_grid->setContentsMargins(
+        m_sideMargin, m_theme.space(Space::wide), m_sideMargin - bar, m_theme.space(Space::page));
+    const int aboveImports = m_imports->isHidden() ? 0 : m_theme.space(Space::wide);
+    if (m_grid->rowMinimumHeight(7) != aboveImports) { // setting it lays out anew in any case
+        m_grid->setRowMinimumHeight(7, aboveImports);
+    }
+    const int room = width() - 2 * m_sideMargin;
+    m_trend->setMaximumHeight(std::max(m_trend->minimumSizeHint().height(), qRound(kHighestChart * room)));
+    const bool twoColumns = room >= 2 * leastColumnWidth() + m_theme.space(Space::wide);
     if (twoColumns != m_hasTwoColumns) {
         place(twoColumns);
     }
@@ -120,9 +128,9 @@ void OverviewPage::place(bool twoColumns)
     put(m_trend, 10, 0, 2);
     const int gap = m_theme.space(Space::wide);
     m_grid->setRowMinimumHeight(3, twoColumns ? 0 : gap);
-    m_grid->setRowMinimumHeight(7, m_imports->isHidden() ? 0 : gap);
     m_grid->setRowMinimumHeight(9, gap);
-    m_grid->setRowStretch(10, 1);
+    m_grid->setRowStretch(10, 1000);
+    m_grid->setRowStretch(11, 1); // what the chart leaves
     m_grid->setColumnStretch(0, 1);
     m_grid->setColumnStretch(1, twoColumns ? 1 : 0);
     m_grid->setHorizontalSpacing(twoColumns ? gap : 0);
@@ -131,7 +139,6 @@ void OverviewPage::place(bool twoColumns)
 bool OverviewPage::eventFilter(QObject *watched, QEvent *event)
 {
     if (watched == m_ground && event->type() == QEvent::LayoutRequest) {
-        m_grid->setRowMinimumHeight(7, m_imports->isHidden() ? 0 : m_theme.space(Space::wide));
         arrange(); // words may have become longer
     }
     return QScrollArea::eventFilter(watched, event);

@@ -75,6 +75,7 @@ private:
     SentItemsCard *m_sent;
     ImportProgressCard *m_imports;
     TransferTrendCard *m_trend;
+    int m_sideMargin = 0;
     bool m_hasTwoColumns = false;
 };
 

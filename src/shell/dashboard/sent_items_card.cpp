@@ -131,6 +131,7 @@ void SentItemsCard::authChanged()
     showNotice();
     showStorage();
     if (isSignedIn && std::exchange(m_pendingQuorinCloudOpenAfterSignIn, false)) {
+        m_appState.setShowSignInSheet(false);
         m_openQuorinCloud();
     }
 }

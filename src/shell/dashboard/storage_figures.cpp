@@ -1,5 +1,6 @@
 #include "shell/dashboard/storage_figures.h"
 
+#include "shell/controls/painting.h"
 #include "shell/controls/storage_hover_tooltip.h"
 #include "shell/controls/storage_usage_ring.h"
 #include "shell/dashboard/figure.h"
@@ -42,6 +43,7 @@ StorageFigures::StorageFigures(const Theme &theme, Color color, const QString &r
     values->addStretch();
     row->addLayout(values);
     m_ring->setFixedSize(kRingEdge, kRingEdge);
+    m_used->setMinimumWidth(widthOf(theme.font(TypeStyle::bodyStrong), QStringLiteral("0000.00 GB")));
     m_ring->setAccessibleName(ringName);
     setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Fixed);
     for (QWidget *anchor :

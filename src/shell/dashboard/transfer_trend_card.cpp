@@ -42,6 +42,7 @@ QLayout *TransferTrendCard::headRow(const Theme &theme)
     row->addWidget(new TextLabel(theme, tr("Transfer Activity"), TypeStyle::h2));
     row->addStretch();
     row->addWidget(m_timeRange);
+    row->addStrut(m_timeRange->sizeHint().height()); // the style sheet would let it shrink
     return row;
 }
 

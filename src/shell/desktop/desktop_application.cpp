@@ -64,7 +64,7 @@ DesktopApplication::DesktopApplication(int &argc,
         const FatalMessages whileOpening(fail);
         m_application.emplace(argc, argv);
     }
-    QGuiApplication::setDesktopFileName(QStringLiteral("com.ovelt.QuorinGateway"));
+    QGuiApplication::setDesktopFileName(QStringLiteral("quorin-gateway"));
     QApplication::setQuitOnLastWindowClosed(false);
     m_translations.emplace();
     m_theme.emplace();

@@ -5,13 +5,15 @@
 #include <QtCore/QTemporaryDir>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <optional>
 #include <vector>
 
 namespace gateway::state::testing {
 
-/// An index of plain rows in memory, counted naively, with an empty file store. Thread: main.
+/// An index of plain rows in memory, counted naively, with an empty file store. Thread: main; any for the
+/// file store.
 class FakeStateIndex final : public StateIndex
 {
 public:
@@ -27,6 +29,7 @@ public:
     std::vector<Image> images;
     int countings = 0;
     int fetches = 0;
+    std::atomic<int> measurements = 0; ///< of the file store, that began
 
     index::IndexCounts counts() override
     {
@@ -68,7 +71,14 @@ public:
         return buckets;
     }
 
-    QString fileStoreRoot() override { return m_fileStore.path(); }
+    QString fileStoreRoot() override
+    {
+        ++measurements;
+        return m_fileStore.path();
+    }
+
+    /// A file of the file store.
+    QString pathInFileStore(const QString &name) const { return m_fileStore.filePath(name); }
 
 private:
     QTemporaryDir m_fileStore;

@@ -1,0 +1,191 @@
+#pragma once
+
+#include "account/quorin_auth_view_model.h"
+#include "account/quorin_cloud_status_view_model.h"
+#include "account/quorin_cloud_storage_limit_view_model.h"
+#include "account/testing/fake_account_service.h"
+#include "log/gateway_logs_view_model.h"
+#include "log/testing/log_folder.h"
+#include "platform/quorin_api/testing/memory_token_store.h"
+#include "receive/dimse_listener_view_model.h"
+#include "receive/store_manual_import_service.h"
+#include "receive/testing/manual_import_world.h"
+#include "receive/testing/receive_world.h"
+#include "shell/controls/sheet.h"
+#include "shell/dashboard/dashboard_parts.h"
+#include "shell/dashboard/testing/fake_cloud_status.h"
+#include "shell/dashboard/testing/held_imports.h"
+#include "shell/theme/theme.h"
+#include "state/gateway_app_state.h"
+#include "state/testing/fake_state_index.h"
+
+#include <QtCore/QCoreApplication>
+#include <QtCore/QFile>
+#include <QtCore/QPointer>
+#include <QtWidgets/QApplication>
+
+#include <memory>
+#include <thread>
+
+namespace gateway::shell::testing {
+
+/// Everything that the dashboard shows, with fakes at its ends, on a manual clock that begins at noon in UTC.
+///
+/// Owner: a test. Thread: main.
+class DashboardWorld
+{
+public:
+    DashboardWorld()
+    {
+        theme.setReducedMotion(true);
+        theme.applyTo(*qApp);
+        receive.settings.gatewaySetupCompleted.set(true);
+        receive.settings.gatewaySetupVersion.set(1);
+        receive.configure([](core::DCMListenerSettings &settings) {
+            settings.aeTitle = QStringLiteral("QUORIN");
+            settings.port = 11112;
+        });
+        listener.refresh();
+        account.user.workplaceName = QStringLiteral("St. Anna Radiology");
+        account.limit = {100.0F * 1024 * 1024, 37.5F * 1024 * 1024};
+    }
+
+    ~DashboardWorld()
+    {
+        account.release();
+        heldImports.release();
+    }
+
+    DashboardWorld(const DashboardWorld &) = delete;
+    DashboardWorld &operator=(const DashboardWorld &) = delete;
+
+    DashboardParts parts()
+    {
+        return {theme,
+                state,
+                auth,
+                cloudStatus,
+                cloudStorage,
+                listener,
+                *imports.service,
+                logs,
+                receive.defaults,
+                receive.main,
+                receive.pool,
+                clock,
+                [] { return QTimeZone::utc(); },
+                [](const QString &) { return true; },
+                actions,
+                [this](QWidget *window) {
+                    signInSheet = new Sheet(theme, *window, QStringLiteral("Sign in"));
+                    return signInSheet;
+                },
+                [this](QWidget *window) {
+                    termsSheet = new Sheet(theme, *window, QStringLiteral("Terms"));
+                    return termsSheet;
+                }};
+    }
+
+    /// Runs the main thread until the condition holds.
+    template <typename Condition>
+    static void runUntil(const Condition &condition)
+    {
+        while (!condition()) {
+            QCoreApplication::processEvents();
+            std::this_thread::yield();
+        }
+    }
+
+    template <typename Task>
+    static void finish(const Task &task)
+    {
+        runUntil([&] { return task.isReady(); });
+    }
+
+    void signIn() { finish(auth.signIn(QStringLiteral("ann@example.org"), account.password)); }
+    void signOut() { finish(auth.signOut()); }
+
+    void startListener()
+    {
+        listener.setEnabled(true);
+        runUntil([this] { return listener.isListening(); });
+    }
+
+    /// Rows of the index, and what the figures make of them.
+    void addImages(int count, int syncState, const QDateTime &createDate)
+    {
+        for (int i = 0; i < count; ++i) {
+            index.images.push_back({createDate, syncState, syncState == 1 ? createDate : QDateTime()});
+        }
+    }
+
+    /// Lets measurements of the file store that were asked for come to their end.
+    void restMeasurements()
+    {
+        for (int round = 0; round < 4; ++round) {
+            const QString name = QString::number(++m_fillings);
+            QFile file(index.pathInFileStore(u'.' + name)); // whole before it can be measured
+            if (!file.open(QIODevice::WriteOnly) || file.write(QByteArray(1 << 16, 'x')) < 0 ||
+                !file.rename(index.pathInFileStore(name))) {
+                qFatal("a test file could not be written");
+            }
+            file.close();
+            const qint64 before = state.figures().receivedStorageUsage.usedBytes;
+            state.refreshStorageUsage();
+            runUntil([&] {
+                receive.clock.advance(std::chrono::seconds(2)); // each rests a second after the one before
+                return state.figures().receivedStorageUsage.usedBytes > before;
+            });
+        }
+    }
+
+    void refreshFigures()
+    {
+        state.refreshCounters();
+        state.refreshTransferSeries();
+        QCoreApplication::processEvents();
+    }
+
+    Theme theme;
+    platform::testing::ManualClock clock; ///< of the dashboard alone, so that its sleeps can be told apart
+    DashboardActions actions;
+    HeldImports heldImports;
+    receive::testing::ReceiveWorld receive;
+    receive::testing::ManualImportWorld imports{&heldImports};
+    receive::DimseListenerViewModel listener{
+        {receive.defaults, receive.settings, receive.notifications, *receive.service, receive.inbox()}};
+    log::testing::LogFolder logFolder;
+    log::GatewayLogsViewModel logs{{receive.defaults, receive.main, receive.pool, receive.clock},
+                                   logFolder.path()};
+    platform::testing::MemoryTokenStore tokens;
+    platform::NetworkSettings network{tokens, QStringLiteral("test")};
+    account::testing::FakeAccountService account{network};
+    FakeCloudStatus cloud;
+    account::QuorinAuthViewModel auth{{account,
+                                       account,
+                                       network,
+                                       receive.defaults,
+                                       receive.notifications,
+                                       receive.main,
+                                       receive.pool,
+                                       receive.clock},
+                                      QStringLiteral("3.1.0")};
+    account::QuorinCloudStatusViewModel cloudStatus{{cloud, receive.main, receive.pool, receive.clock}};
+    account::QuorinCloudStorageLimitViewModel cloudStorage{
+        {account, network, receive.main, receive.pool, receive.clock}};
+    state::testing::FakeStateIndex index;
+    state::GatewayAppState state{{index,
+                                  [this] { return listener.isListening(); },
+                                  receive.notifications,
+                                  receive.main,
+                                  receive.pool,
+                                  receive.clock,
+                                  [] { return QTimeZone::utc(); }}};
+    QPointer<Sheet> signInSheet;
+    QPointer<Sheet> termsSheet;
+
+private:
+    int m_fillings = 0;
+};
+
+} // namespace gateway::shell::testing
