@@ -3,7 +3,6 @@
 #include "account/quorin_auth_view_model.h"
 #include "account/quorin_cloud_status_view_model.h"
 #include "core/notification_names.h"
-#include "platform/notifications/notification_center.h"
 #include "receive/dimse_listener_view_model.h"
 #include "shell/controls/button.h"
 #include "shell/controls/state_label.h"
@@ -46,6 +45,11 @@ void QuorinGatewayMenuView::listen()
         showListener();
     });
 
+    // Posted after each look at the session, also after one that was under way when the panel appeared.
+    m_authObserver = m_parts.notifications.observe(core::kAuthStateChanged, [this](const QVariantMap &) {
+        m_isAuthStatusLoading = false;
+        showAccount();
+    });
     connect(&m_parts.auth, &account::QuorinAuthViewModel::changed, this, &QuorinGatewayMenuView::showAccount);
     connect(&m_parts.quorinCloudStatus,
             &account::QuorinCloudStatusViewModel::changed,
@@ -94,16 +98,8 @@ void QuorinGatewayMenuView::refresh()
     m_parts.appState.refreshCounters();
     m_parts.quorinCloudStatus.startPolling(kStatusPoll);
     m_scope.start(m_parts.quorinCloudStatus.refresh());
-    m_scope.start(appear());
-}
-
-QCoro::Task<void> QuorinGatewayMenuView::appear()
-{
-    const auto operation = m_scope.enter();
     m_parts.auth.startPolling(kSessionPoll);
-    co_await m_parts.auth.refresh(false);
-    m_isAuthStatusLoading = false;
-    showAccount();
+    m_scope.start(m_parts.auth.refresh(false));
 }
 
 void QuorinGatewayMenuView::showAll()

@@ -1,9 +1,8 @@
 #pragma once
 
 #include "platform/concurrency/task_scope.h"
+#include "platform/notifications/notification_center.h"
 #include "shell/theme/tokens.h"
-
-#include <QCoro/QCoroTask>
 
 #include <QtWidgets/QWidget>
 
@@ -15,10 +14,6 @@ namespace gateway::account {
 class QuorinAuthViewModel;
 class QuorinCloudStatusViewModel;
 } // namespace gateway::account
-
-namespace gateway::platform {
-class NotificationCenter;
-}
 
 namespace gateway::receive {
 class DimseListenerViewModel;
@@ -87,7 +82,6 @@ private:
     void arrangeFooter();
     void listen();
 
-    QCoro::Task<> appear();
     void refresh();
 
     void showAll();
@@ -118,6 +112,7 @@ private:
     Button *m_checkForUpdates = nullptr;
     Button *m_preferences = nullptr;
     Button *m_more = nullptr;
+    platform::NotificationCenter::Token m_authObserver;
     platform::TaskScope m_scope; // last: drained before the fields go
 };
 

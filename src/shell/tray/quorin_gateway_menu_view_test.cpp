@@ -56,9 +56,8 @@ private:
     bool m_isHeld QUORIN_GUARDED_BY(m_mutex) = false;
 };
 
-class Panel : public account::testing::AccountWorld
+struct Panel : account::testing::AccountWorld
 {
-protected:
     Panel()
     {
         service.user.email = QStringLiteral("ann@site.example");
@@ -175,7 +174,8 @@ protected:
     state::testing::StateWorld live;
     FakeStatusAPI api;
     account::QuorinAuthViewModel auth{
-        {service, service, settings, defaults, notifications, main, pool, clock}, QStringLiteral("3.1.0")};
+        {service, service, settings, defaults, receive.notifications, main, pool, clock},
+        QStringLiteral("3.1.0")};
     account::QuorinCloudStatusViewModel status{{api, main, pool, clock}};
     receive::DimseListenerViewModel listener{
         {receive.defaults, receive.settings, receive.notifications, *receive.service, receive.inbox()}};
@@ -202,6 +202,20 @@ TEST_F(Panel, SaysThatItChecksUntilTheSessionWasLookedAt)
     for (const char *title : {"Sign in", "Manage", "Sign out"}) {
         EXPECT_EQ(button(QString::fromLatin1(title)), nullptr) << title;
     }
+}
+
+TEST_F(Panel, GoesOnCheckingWhileTheFirstLookIsUnderWay)
+{
+    settings.setToken(QStringLiteral("a token"));
+    service.hold(QStringLiteral("tokenExpiration"));
+
+    panel().show();
+    reach(QStringLiteral("tokenExpiration"), 1);
+    EXPECT_NE(line(u"Checking sign-in status…"), nullptr);
+
+    service.release();
+    runUntil([this] { return auth.signedInLabel().has_value(); });
+    EXPECT_NE(line(u"Signed in as"), nullptr);
 }
 
 TEST_F(Panel, AsksToSignIn)
