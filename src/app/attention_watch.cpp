@@ -21,7 +21,8 @@ bool isNearlyFull(qint64 availableBytes)
 }
 
 AttentionWatch::AttentionWatch(const Collaborators &with)
-    : m_with(with), m_wasSignedIn(with.auth.state().isSignedIn())
+    : m_with(with), m_wasSignedIn(with.auth.state().isSignedIn()),
+      m_lastFailedImages(with.appState.figures().failedImagesCount)
 {
     observe(core::kStoreListenerError, AttentionCause::listenerFailed);
     observe(core::kQuorinCloudTermsRequired, AttentionCause::termsNeeded);
@@ -64,6 +65,43 @@ void AttentionWatch::figureChanged(state::GatewayField field)
     if (field == state::GatewayField::receivedStorageUsage && m_with.appState.isStorageMeasured() &&
         isNearlyFull(m_with.appState.figures().receivedStorageUsage.availableBytes)) {
         m_with.attention.call(AttentionCause::diskNearlyFull);
+    } else if (field == state::GatewayField::failedImagesCount) {
+        failuresChanged();
+    }
+}
+
+/// Only failures that have just happened call: those of yesterday may have been seen to by now.
+void AttentionWatch::failuresChanged()
+{
+    const std::int64_t failed = m_with.appState.figures().failedImagesCount;
+    if (failed > std::exchange(m_lastFailedImages, failed)) {
+        askWhyUploadsFail();
+    }
+}
+
+void AttentionWatch::askWhyUploadsFail()
+{
+    const std::chrono::nanoseconds now = m_with.clock.monotonic();
+    if (m_askedAt && now - *m_askedAt < kAskingPause) {
+        return;
+    }
+    m_askedAt = now;
+    m_with.pool.run(
+        [this, &main = m_with.main, ask = m_with.failureClasses, life = std::weak_ptr<const void>(m_life)] {
+            main.post(life, [this, classes = ask()] { uploadsFail(classes); });
+        });
+}
+
+void AttentionWatch::uploadsFail(const QList<core::FailureClass> &classes)
+{
+    if (classes.contains(core::FailureClass::sessionEnded) && !m_with.auth.state().isSignedIn()) {
+        m_with.attention.call(AttentionCause::signInNeeded);
+    }
+    if (classes.contains(core::FailureClass::termsNotAccepted)) {
+        m_with.attention.call(AttentionCause::termsNeeded);
+    }
+    if (classes.contains(core::FailureClass::storageUsedUp)) {
+        m_with.attention.call(AttentionCause::allowanceUsedUp);
     }
 }
 

@@ -2,13 +2,23 @@
 
 #include "account/quorin_auth_view_model.h"
 #include "account/quorin_cloud_storage_limit_view_model.h"
+#include "core/failure_class.h"
+#include "platform/concurrency/clock.h"
+#include "platform/concurrency/main_executor.h"
+#include "platform/concurrency/worker_pool.h"
 #include "platform/notifications/notification_center.h"
 #include "shell/notifying/attention.h"
 #include "state/gateway_app_state.h"
 
+#include <QtCore/QList>
 #include <QtCore/QObject>
 #include <QtCore/QString>
 
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
 #include <vector>
 
 namespace gateway::app {
@@ -30,8 +40,15 @@ public:
         const state::GatewayAppState &appState;
         const account::QuorinAuthViewModel &auth;
         const account::QuorinCloudStorageLimitViewModel &cloudStorage;
+        platform::MainExecutor &main;
+        platform::WorkerPool &pool;
+        const platform::Clock &clock;
+        std::function<QList<core::FailureClass>()> failureClasses; ///< of failed uploads; on the pool
         shell::Attention &attention;
     };
+
+    /// Why uploads fail is asked for at most this often: a cloud that refuses everything fails very many.
+    static constexpr std::chrono::seconds kAskingPause{10};
 
     explicit AttentionWatch(const Collaborators &with);
 
@@ -40,9 +57,15 @@ private:
     void sessionChanged();
     void cloudStorageChanged();
     void figureChanged(state::GatewayField field);
+    void failuresChanged();
+    void askWhyUploadsFail();
+    void uploadsFail(const QList<core::FailureClass> &classes);
 
     const Collaborators m_with;
     bool m_wasSignedIn = false;
+    std::int64_t m_lastFailedImages = 0;
+    std::optional<std::chrono::nanoseconds> m_askedAt;
+    std::shared_ptr<const bool> m_life = std::make_shared<const bool>(true);
     std::vector<platform::NotificationCenter::Token> m_observers;
 };
 

@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+
 namespace gateway::app {
 namespace {
 
@@ -42,7 +44,29 @@ struct Watching : testing::AccountApp
     account::QuorinCloudStorageLimitViewModel storage{{service, settings, main, pool, clock}};
     CountingMessages messages;
     shell::Attention attention{messages, clock};
-    AttentionWatch watch{{notifications, live.state(), auth, storage, attention}};
+    QList<core::FailureClass> classes; ///< set while nobody asks
+    std::atomic<int> askings = 0;
+    AttentionWatch watch{{notifications,
+                          live.state(),
+                          auth,
+                          storage,
+                          main,
+                          pool,
+                          clock,
+                          [this] {
+                              ++askings;
+                              return classes;
+                          },
+                          attention}};
+
+    /// One more image whose upload fails, and what follows from it.
+    void failAnUpload()
+    {
+        live.index.images.push_back({live.clock.now(), 2});
+        live.state().refreshCounters();
+        pool.waitUntilIdle();
+        main.drain();
+    }
 };
 
 TEST_F(Watching, CallsForAListenerThatFailed)
@@ -90,6 +114,54 @@ TEST_F(Watching, CallsForAllowanceThatIsUsedUpOnlyWhileImagesWait)
     service.limit = {100, 101};
     finish(storage.refresh());
     expectCalls({AttentionCause::allowanceUsedUp});
+}
+
+TEST_F(Watching, CallsForWhatOnlyAPersonCanMend)
+{
+    classes = {core::FailureClass::sessionEnded,
+               core::FailureClass::termsNotAccepted,
+               core::FailureClass::storageUsedUp,
+               core::FailureClass::timedOut};
+
+    failAnUpload();
+
+    expectCalls({AttentionCause::signInNeeded, AttentionCause::termsNeeded, AttentionCause::allowanceUsedUp});
+}
+
+TEST_F(Watching, CallsNobodyForUploadsThatAreTriedAgainByThemselves)
+{
+    classes = {core::FailureClass::timedOut, core::FailureClass::serviceFault, core::FailureClass::refused};
+
+    failAnUpload();
+
+    EXPECT_EQ(askings, 1);
+    expectCalls({});
+}
+
+TEST_F(Watching, CallsNobodyWhoIsSignedInToSignIn)
+{
+    signIn();
+    classes = {core::FailureClass::sessionEnded};
+
+    failAnUpload();
+
+    expectCalls({});
+}
+
+TEST_F(Watching, AsksWhyUploadsFailNowAndThenAndOnlyWhenMoreFailed)
+{
+    failAnUpload();
+    failAnUpload();
+    EXPECT_EQ(askings, 1);
+
+    clock.advance(AttentionWatch::kAskingPause);
+    live.index.images.pop_back();
+    live.state().refreshCounters();
+    pool.waitUntilIdle();
+    EXPECT_EQ(askings, 1);
+
+    failAnUpload();
+    EXPECT_EQ(askings, 2);
 }
 
 TEST_F(Watching, CallsNobodyForAnAllowanceThatHasRoom)

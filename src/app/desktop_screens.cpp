@@ -24,6 +24,15 @@ namespace gateway::app {
 
 namespace {
 
+QList<core::FailureClass> failureClassesIn(const index::DicomDB &index)
+{
+    QList<core::FailureClass> classes;
+    for (const index::UploadFailureCount &known : index.uploadFailureCounts()) {
+        classes.append(core::failureClassOf(known.failureClass));
+    }
+    return classes;
+}
+
 void quit()
 {
     QCoreApplication::exit(); // not quit(), which windows may refuse
@@ -43,8 +52,15 @@ DesktopScreens::DesktopScreens(shell::Theme &theme, const ScreenModels &models)
       m_bugReport({models.bugReports, models.defaults, models.main, models.networkPool}),
       m_statusItem(QDBusConnection::sessionBus()), m_notices(theme),
       m_messages(QDBusConnection::sessionBus()), m_attention(m_messages, models.clock),
-      m_attentionWatch(
-          {models.notifications, models.appState, models.auth, models.cloudWatch.storage(), m_attention}),
+      m_attentionWatch({models.notifications,
+                        models.appState,
+                        models.auth,
+                        models.cloudWatch.storage(),
+                        models.main,
+                        models.pool,
+                        models.clock,
+                        [&index = models.index] { return failureClassesIn(index); },
+                        m_attention}),
       m_scope(models.main, models.networkPool)
 {
 }

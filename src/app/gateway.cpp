@@ -350,7 +350,7 @@ ScreenModels Gateway::screenModels()
             m_globalPool,
             m_cloudPool,
             m_clock,
-            m_cloud,
+            m_index,
             m_bugReportApi,
             m_termsApi,
             m_state,

@@ -64,7 +64,7 @@ struct ScreenModels
     platform::WorkerPool &pool;        ///< for disks
     platform::WorkerPool &networkPool; ///< for calls that may take as long as the network lets them
     platform::Clock &clock;
-    platform::QuorinApiClient &cloud;
+    index::DicomDB &index;
     platform::QrnBugReportAPIProtocol &bugReports;
     platform::QrnQuorinCloudTermsAPIProtocol &terms;
     state::GatewayAppState &appState;
