@@ -2,6 +2,76 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="de" sourcelanguage="en">
 <context>
+    <name>Attention</name>
+    <message>
+        <source>No images can be received</source>
+        <translation>Es können keine Bilder empfangen werden</translation>
+    </message>
+    <message>
+        <source>The DIMSE listener could not be started. Open the dashboard to see why.</source>
+        <translation>Der DIMSE-Listener konnte nicht starten. Die Übersicht zeigt, warum.</translation>
+    </message>
+    <message>
+        <source>Sign in to go on uploading</source>
+        <translation>Zum Hochladen bitte anmelden</translation>
+    </message>
+    <message>
+        <source>Images are still received and kept here. They are sent once you are signed in.</source>
+        <translation>Bilder werden weiter empfangen und hier aufbewahrt. Sie werden gesendet, sobald Sie angemeldet sind.</translation>
+    </message>
+    <message>
+        <source>Quorin Cloud asks for its terms to be accepted</source>
+        <translation>Quorin Cloud bittet, ihre Bedingungen anzunehmen</translation>
+    </message>
+    <message>
+        <source>Images are still received and kept here. They are sent once the terms are accepted.</source>
+        <translation>Bilder werden weiter empfangen und hier aufbewahrt. Sie werden gesendet, sobald die Bedingungen angenommen sind.</translation>
+    </message>
+    <message>
+        <source>The room in Quorin Cloud is used up</source>
+        <translation>Der Platz in der Quorin Cloud ist aufgebraucht</translation>
+    </message>
+    <message>
+        <source>Images are still received and kept here. They are sent once there is room again.</source>
+        <translation>Bilder werden weiter empfangen und hier aufbewahrt. Sie werden gesendet, sobald wieder Platz ist.</translation>
+    </message>
+    <message>
+        <source>This computer&apos;s disk is nearly full</source>
+        <translation>Der Datenträger dieses Rechners ist fast voll</translation>
+    </message>
+    <message>
+        <source>Soon no more images can be received. Free some room, or let uploaded images be deleted.</source>
+        <translation>Bald können keine Bilder mehr empfangen werden. Schaffen Sie Platz oder lassen Sie hochgeladene Bilder löschen.</translation>
+    </message>
+</context>
+<context>
+    <name>DesktopScreens</name>
+    <message>
+        <source>Terms Can&apos;t Be Shown</source>
+        <translation>Die Bedingungen lassen sich nicht zeigen</translation>
+    </message>
+    <message>
+        <source>Bug Report Sent</source>
+        <translation>Fehlerbericht gesendet</translation>
+    </message>
+    <message>
+        <source>Report has been sent successfully.</source>
+        <translation>Der Bericht ist angekommen.</translation>
+    </message>
+    <message>
+        <source>Quorin Gateway</source>
+        <translation>Quorin Gateway</translation>
+    </message>
+    <message>
+        <source>Version %1
+
+Takes images over the DICOM network, keeps them safe, and sends them to the cloud.</source>
+        <translation>Version %1
+
+Nimmt Bilder über das DICOM-Netz an, bewahrt sie sicher auf und sendet sie in die Cloud.</translation>
+    </message>
+</context>
+<context>
     <name>DoctorFinding</name>
     <message>
         <source>The index is damaged, and nothing is changed in it. Restore it from a backup; or end the gateway, move the index away and run doctor --repair, which records the stored images anew.</source>
@@ -219,6 +289,24 @@
     </message>
 </context>
 <context>
+    <name>PackagedUpkeep</name>
+    <message>
+        <source>Updates Come With the System</source>
+        <translation>Updates kommen mit dem System</translation>
+    </message>
+    <message>
+        <source>This is version %1. Your system&apos;s package manager keeps the gateway up to date; the gateway itself doesn&apos;t look for newer versions.</source>
+        <translation>Dies ist Version %1. Die Paketverwaltung Ihres Systems hält das Gateway aktuell; das Gateway selbst sucht nicht nach neueren Versionen.</translation>
+    </message>
+</context>
+<context>
+    <name>StatusBarController</name>
+    <message>
+        <source>Quorin Gateway</source>
+        <translation>Quorin Gateway</translation>
+    </message>
+</context>
+<context>
     <name>TransferActivity</name>
     <message>
         <source>Received</source>
@@ -247,6 +335,41 @@
     <message>
         <source>Last 30 days</source>
         <translation>Letzte 30 Tage</translation>
+    </message>
+</context>
+<context>
+    <name>gateway::shell::BugReportWindow</name>
+    <message>
+        <source>Issue is reproducible</source>
+        <translation>Das Problem lässt sich wiederholen</translation>
+    </message>
+    <message>
+        <source>Submit</source>
+        <translation>Absenden</translation>
+    </message>
+    <message>
+        <source>Report a Bug</source>
+        <translation>Fehler melden</translation>
+    </message>
+    <message>
+        <source>Issue Details</source>
+        <translation>Zum Problem</translation>
+    </message>
+    <message>
+        <source>Please include steps to reproduce and expected behavior. Leave out what could name a patient.</source>
+        <translation>Beschreiben Sie bitte die Schritte und was Sie erwartet haben. Lassen Sie weg, was einen Patienten nennen könnte.</translation>
+    </message>
+    <message>
+        <source>Description</source>
+        <translation>Beschreibung</translation>
+    </message>
+    <message>
+        <source>Close</source>
+        <translation>Schließen</translation>
+    </message>
+    <message>
+        <source>Failed to Send</source>
+        <translation>Senden gescheitert</translation>
     </message>
 </context>
 <context>
@@ -299,6 +422,13 @@
     <message>
         <source>Logs</source>
         <translation>Protokoll</translation>
+    </message>
+</context>
+<context>
+    <name>gateway::shell::DashboardView</name>
+    <message>
+        <source>Menu</source>
+        <translation>Menü</translation>
     </message>
 </context>
 <context>
@@ -422,7 +552,7 @@ Frei: %2</translation>
     </message>
     <message>
         <source>%1 archive with a password</source>
-        <translation>%1 Archiv mit Kennwort</translation>
+        <translation>%1 Archiv mit Passwort</translation>
     </message>
     <message>
         <source>%1 archive too large</source>
@@ -736,14 +866,143 @@ Frei: %2</translation>
     </message>
 </context>
 <context>
+    <name>gateway::shell::NoticeWindow</name>
+    <message>
+        <source>OK</source>
+        <translation>OK</translation>
+    </message>
+</context>
+<context>
     <name>gateway::shell::PasswordField</name>
     <message>
         <source>Hide password</source>
-        <translation>Kennwort verbergen</translation>
+        <translation>Passwort verbergen</translation>
     </message>
     <message>
         <source>Show password</source>
-        <translation>Kennwort zeigen</translation>
+        <translation>Passwort zeigen</translation>
+    </message>
+</context>
+<context>
+    <name>gateway::shell::Popover</name>
+    <message>
+        <source>Quorin Gateway</source>
+        <translation>Quorin Gateway</translation>
+    </message>
+</context>
+<context>
+    <name>gateway::shell::QuorinGatewayMenuView</name>
+    <message>
+        <source>Checking sign-in status…</source>
+        <translation>Anmeldung wird geprüft …</translation>
+    </message>
+    <message>
+        <source>Signed in as %1</source>
+        <translation>Angemeldet als %1</translation>
+    </message>
+    <message>
+        <source>Sign in required</source>
+        <translation>Anmeldung nötig</translation>
+    </message>
+    <message>
+        <source>Checking Quorin Cloud…</source>
+        <translation>Quorin Cloud wird geprüft …</translation>
+    </message>
+    <message>
+        <source>Connected to Quorin Cloud</source>
+        <translation>Mit Quorin Cloud verbunden</translation>
+    </message>
+    <message>
+        <source>Quorin Cloud Unreachable</source>
+        <translation>Quorin Cloud nicht erreichbar</translation>
+    </message>
+    <message>
+        <source>Stop Listener</source>
+        <translation>Listener anhalten</translation>
+    </message>
+    <message>
+        <source>Start Listener</source>
+        <translation>Listener starten</translation>
+    </message>
+    <message>
+        <source>Stopped</source>
+        <translation>Angehalten</translation>
+    </message>
+    <message>
+        <source>Receiving on Port %1</source>
+        <translation>Empfängt auf Port %1</translation>
+    </message>
+    <message>
+        <source>Listening on Port %1</source>
+        <translation>Lauscht auf Port %1</translation>
+    </message>
+    <message>
+        <source>Open Dashboard</source>
+        <translation>Übersicht öffnen</translation>
+    </message>
+    <message>
+        <source>Quorin Gateway</source>
+        <translation>Quorin Gateway</translation>
+    </message>
+    <message>
+        <source>Checking…</source>
+        <translation>Prüft …</translation>
+    </message>
+    <message>
+        <source>Sign in</source>
+        <translation>Anmelden</translation>
+    </message>
+    <message>
+        <source>Manage</source>
+        <translation>Verwalten</translation>
+    </message>
+    <message>
+        <source>Sign out</source>
+        <translation>Abmelden</translation>
+    </message>
+    <message>
+        <source>Received Images</source>
+        <translation>Empfangene Bilder</translation>
+    </message>
+    <message>
+        <source>Uploaded Images</source>
+        <translation>Hochgeladene Bilder</translation>
+    </message>
+    <message>
+        <source>Upload Failures</source>
+        <translation>Gescheitertes Hochladen</translation>
+    </message>
+    <message>
+        <source>Check for Updates…</source>
+        <translation>Nach Updates suchen …</translation>
+    </message>
+    <message>
+        <source>Preferences…</source>
+        <translation>Einstellungen …</translation>
+    </message>
+    <message>
+        <source>More</source>
+        <translation>Mehr</translation>
+    </message>
+    <message>
+        <source>Setup Wizard…</source>
+        <translation>Einrichtung …</translation>
+    </message>
+    <message>
+        <source>Send feedback</source>
+        <translation>Rückmeldung senden</translation>
+    </message>
+    <message>
+        <source>Report a bug</source>
+        <translation>Fehler melden</translation>
+    </message>
+    <message>
+        <source>About Quorin Gateway</source>
+        <translation>Über Quorin Gateway</translation>
+    </message>
+    <message>
+        <source>Quit Quorin Gateway</source>
+        <translation>Quorin Gateway beenden</translation>
     </message>
 </context>
 <context>
@@ -861,6 +1120,77 @@ Gesamt: %3</translation>
     <message>
         <source>Received images are sent on their own.</source>
         <translation>Empfangene Bilder werden von selbst gesendet.</translation>
+    </message>
+</context>
+<context>
+    <name>gateway::shell::SetupDialog</name>
+    <message>
+        <source>Start when I sign in to this computer</source>
+        <translation>Bei der Anmeldung an diesem Rechner starten</translation>
+    </message>
+    <message>
+        <source>AE Title</source>
+        <translation>AE-Titel</translation>
+    </message>
+    <message>
+        <source>The name that modalities call, at most 16 characters.</source>
+        <translation>Der Name, den Modalitäten rufen, höchstens 16 Zeichen.</translation>
+    </message>
+    <message>
+        <source>Port</source>
+        <translation>Port</translation>
+    </message>
+    <message>
+        <source>1115 is usual here.</source>
+        <translation>1115 ist hier üblich.</translation>
+    </message>
+    <message>
+        <source>Quit Quorin Gateway</source>
+        <translation>Quorin Gateway beenden</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Abbrechen</translation>
+    </message>
+    <message>
+        <source>Finish Setup</source>
+        <translation>Einrichtung abschließen</translation>
+    </message>
+    <message>
+        <source>Set Up Quorin Gateway</source>
+        <translation>Quorin Gateway einrichten</translation>
+    </message>
+    <message>
+        <source>Preferences</source>
+        <translation>Einstellungen</translation>
+    </message>
+    <message>
+        <source>Set up the listener</source>
+        <translation>Listener einrichten</translation>
+    </message>
+    <message>
+        <source>Listener</source>
+        <translation>Listener</translation>
+    </message>
+    <message>
+        <source>Modalities send their images to this AE title and port. Until this is done nothing is received and nothing is sent.</source>
+        <translation>Modalitäten senden ihre Bilder an diesen AE-Titel und Port. Bis das erledigt ist, wird nichts empfangen und nichts gesendet.</translation>
+    </message>
+    <message>
+        <source>Modalities send their images to this AE title and port. The listener restarts with the new settings.</source>
+        <translation>Modalitäten senden ihre Bilder an diesen AE-Titel und Port. Der Listener startet mit den neuen Einstellungen neu.</translation>
+    </message>
+    <message>
+        <source>Apply</source>
+        <translation>Anwenden</translation>
+    </message>
+    <message>
+        <source>The start with the session can&apos;t be changed: %1</source>
+        <translation>Der Start mit der Sitzung lässt sich nicht ändern: %1</translation>
+    </message>
+    <message>
+        <source>Change the settings and try again.</source>
+        <translation>Ändern Sie die Einstellungen und versuchen Sie es noch einmal.</translation>
     </message>
 </context>
 <context>
@@ -987,6 +1317,21 @@ Gesamt: %3</translation>
     <message>
         <source>%1: %2</source>
         <translation>%1: %2</translation>
+    </message>
+</context>
+<context>
+    <name>gateway::shell::SystemTrayItem</name>
+    <message>
+        <source>Show Panel</source>
+        <translation>Fenster zeigen</translation>
+    </message>
+    <message>
+        <source>Open Dashboard</source>
+        <translation>Übersicht öffnen</translation>
+    </message>
+    <message>
+        <source>Quit Quorin Gateway</source>
+        <translation>Quorin Gateway beenden</translation>
     </message>
 </context>
 <context>
