@@ -162,15 +162,15 @@ class Cloud:
 
 
 class Gateway:
-    """A gateway without a display, in a home below the folder."""
+    """A gateway in a home below the folder; without a display, unless told."""
 
-    def __init__(self, folder, cloud_address, kind="quorin", options=(), variables=None):
+    def __init__(self, folder, cloud_address, kind="quorin", options=(), variables=None, face=("--headless",)):
         self.home = folder / "home"
         self._log = folder / "gateway.log"
         with open(self._log, "w", encoding="utf-8") as log:
             self.process = subprocess.Popen(
                 [PROGRAMS / "quorin-gateway", "--home", self.home, "--bind", "127.0.0.1", "--cloud", cloud_address,
-                 "--cloud-kind", kind, "--headless", *options], stdout=log, stderr=log,
+                 "--cloud-kind", kind, *face, *options], stdout=log, stderr=log,
                 env=environment() | (variables or {}))
         await_true("the gateway", self.status, self.process)
 

@@ -1,0 +1,257 @@
+"""A user at a desktop: the status item, the panel, the dashboard, an account, images that come in, the log."""
+
+import json
+import unittest
+
+from rig import DASHBOARD, EMAIL, PROGRAMS, FaceTest, Modality, await_true, drag_source, free_port, send
+
+
+class Face(FaceTest):
+
+    def test_the_status_item_opens_the_panel_and_closes_it(self):
+        # When
+        panel = self.open_panel()
+        self.see(panel, "Quorin Gateway")
+        self.see(panel, "Sign in required")
+        self.see(panel, "Stop Listener")
+        self.picture("panel")
+        self.desktop.click(self.status_item())
+
+        # Then
+        await_true("the panel to close", lambda: self.panel() is None, self.gateway.process)
+
+    def test_a_click_on_another_window_closes_the_panel(self):
+        # Given
+        _, elsewhere = drag_source(self.desktop)
+        self.open_panel()
+
+        # When
+        self.desktop.click(elsewhere)
+
+        # Then
+        await_true("the panel to close", lambda: self.panel() is None, self.gateway.process)
+
+    def test_the_panel_stops_and_starts_the_listener(self):
+        # When
+        panel = self.open_panel()
+        self.desktop.click(self.see(panel, "Stop Listener", "check box"))
+
+        # Then
+        self.gateway.await_status("the end of the listener", lambda s: s["listener"]["state"] == "stopped")
+        self.picture("stopped")
+
+        # When
+        self.desktop.click(self.see(panel, "Start Listener", "check box"))
+
+        # Then
+        self.gateway.await_status("the listener", lambda s: s["listener"]["state"] == "listening")
+        self.see(panel, "Stop Listener", "check box")
+
+    def test_the_panel_quits_the_program(self):
+        # Given
+        panel = self.open_panel()
+        before = self.windows_of_program()
+
+        # When
+        self.desktop.click(self.see(panel, "More"))
+        await_true("the menu", lambda: len(self.windows_of_program()) > len(before), self.gateway.process)
+        self.picture("menu")
+        self.desktop.keys("Up", "Return")  # its last entry
+
+        # Then
+        self.assertEqual(self.gateway.process.wait(90), 0)
+
+    def test_the_panel_leads_to_one_dashboard(self):
+        # When
+        dashboard = self.open_dashboard()
+        self.see(dashboard, "DIMSE Listener")
+        self.see(dashboard, "RUNNING")
+        self.see(dashboard, "SIGNED OUT")
+        self.picture("dashboard")
+        self.open_dashboard()
+
+        # Then
+        self.assertEqual(len(self.desktop.window_ids("--name", f"^{DASHBOARD}$")), 1)
+
+    def test_who_signs_in_is_told_so_and_finds_the_cloud_ready(self):
+        # Given
+        dashboard = self.open_dashboard()
+
+        # When
+        self.sign_in(dashboard)
+        self.see(dashboard, f"You are now signed in as {EMAIL}.")
+        self.picture("told")
+        self.desktop.keys("Return")
+
+        # Then
+        self.desktop.see_gone(dashboard, "Sign In Successful")
+        self.see(dashboard, "READY")
+        self.see(dashboard, f"Signed in as {EMAIL}")
+        self.picture("ready")
+        self.gateway.await_status("the session", lambda s: s["session"] == {"signedIn": True, "label": EMAIL})
+
+    def test_who_mistypes_stays_in_the_sheet_and_may_leave_it(self):
+        # Given
+        dashboard = self.open_dashboard()
+        self.desktop.click(self.see(dashboard, "Sign in", "push button"))
+        self.see(dashboard, "Password")
+
+        # When
+        self.desktop.write(EMAIL)
+        self.desktop.keys("Tab")
+        self.desktop.write("not it")
+        self.desktop.keys("Return")
+
+        # Then
+        self.see(dashboard, "Images are still received and kept.*")
+        self.picture("refused")
+        self.desktop.keys("Escape")
+        self.desktop.see_gone(dashboard, "Password")
+        self.assertFalse(self.gateway.status()["session"]["signedIn"])
+
+    def test_figures_move_while_images_come_in(self):
+        # Given
+        files = self.samples(ct=20)
+        dashboard = self.open_dashboard()
+        modality = Modality(self.desktop, self.gateway, files, repeat=40)
+
+        # When
+        self.gateway.await_status("a first image", lambda s: s["counters"]["images"] > 0)
+        modality.hold_still()
+
+        # Then
+        self.see(dashboard, "RECEIVING")
+        await_true("the figure of the images so far",
+                   lambda: dashboard.find(f"(Images: )?{self.gateway.status()['counters']['images']:,}"), self.gateway.process)
+        self.picture("receiving")
+        modality.go_on()
+        modality.end_well()
+        self.gateway.await_status("all images", lambda s: s["counters"]["images"] == 40 * len(files))
+        self.see(dashboard, "RUNNING")
+        self.see(dashboard, "(Images: )?800")
+        self.picture("received")
+
+    def test_what_is_dropped_is_imported(self):
+        # Given
+        files = self.samples(ct=3)
+        dashboard = self.open_dashboard()
+        target = self.see(dashboard, "Drop DICOM Files Or Folders.*")
+        source, start = drag_source(self.desktop, files[0].parent)
+
+        # When
+        drop = self.desktop.drag(start, target.place.middle)
+        self.picture("over-the-area")
+        drop()
+
+        # Then
+        self.assertEqual(source.stdout.readline(), "taken\n")
+        self.see(dashboard, "Import Started.*")
+        self.gateway.await_received(files)
+        self.see(dashboard, "Drop DICOM Files Or Folders.*")
+        self.picture("imported")
+
+    def test_images_wait_for_the_terms_that_are_accepted_on_the_screen(self):
+        # Given
+        text = "\n".join(f"{clause}. Be kind." for clause in range(1, 101))
+        self.sign_in(self.open_dashboard())
+        self.desktop.keys("Return")
+        self.cloud.steer("terms", version="7", text=text, reason="T&Cs updated")
+        files = self.samples(ct=2)
+
+        # When
+        send(self.gateway, files)
+
+        # Then
+        terms = await_true("the terms", lambda: self.desktop.window_with("Quorin Cloud Terms & Conditions"),
+                           self.gateway.process)
+        self.see(terms, "The Terms & Conditions were updated.*")
+        accept = self.see(terms, "Accept", "push button")
+        self.assertNotIn("enabled", accept.states)
+        self.picture("unread")
+
+        # When
+        def scrolled():
+            self.desktop.keys("Page_Down")
+            return "enabled" in accept.states
+        await_true("the end of the terms", scrolled, self.gateway.process)
+        self.picture("read")
+        self.desktop.click(accept)
+
+        # Then
+        self.desktop.see_gone(terms, "Quorin Cloud Terms & Conditions")
+        self.gateway.await_status("accepted terms", lambda s: s["terms"]["required"] is False)
+        self.gateway.command("upload")
+        self.gateway.await_synced(files)
+
+    def test_the_log_is_searched_and_deleted(self):
+        # Given
+        files = self.samples(ct=3)
+        send(self.gateway, files)
+        self.gateway.await_received(files)
+        dashboard = self.open_dashboard()
+        self.desktop.click(self.see(dashboard, "View Logs", "push button"))
+        self.see(dashboard, r"Showing (\d+) of \1 logs")
+        self.picture("all")
+
+        # When
+        self.desktop.keys("ctrl+f")
+        self.desktop.write("association_started")
+
+        # Then
+        self.see(dashboard, r"Showing 1 of \d+ logs")
+        self.picture("one")
+        self.desktop.click(self.see(dashboard, "Reset Filters", "push button"))
+        self.see(dashboard, r"Showing (\d+) of \1 logs")
+
+        # When
+        self.desktop.click(self.see(dashboard, "Delete Logs", "push button"))
+        self.see(dashboard, "Delete All Logs\\?")
+        self.picture("question")
+        self.desktop.click(self.see(dashboard, "Delete", "push button"))
+
+        # Then
+        self.see(dashboard, "Showing 0 of 0 logs")
+        self.picture("deleted")
+        logs = self.folder / "home" / "Application Support" / "QuorinGateway" / "Logs"
+        self.assertEqual([json.loads(line)["action"] for file in logs.glob("*.jsonl")
+                          for line in file.read_text().splitlines()], [])
+
+    def test_a_second_start_shows_the_dashboard_of_the_first(self):
+        # When
+        second = self.desktop.start(PROGRAMS / "quorin-gateway", "--home", self.gateway.home,
+                                    variables=self.desktop.variables)
+
+        # Then
+        self.assertEqual(second.wait(90), 0)
+        await_true("the dashboard", self.dashboard, self.gateway.process)
+
+
+class FirstStart(FaceTest):
+
+    IS_SET_UP = False
+
+    def test_the_first_start_asks_for_title_and_port_and_listens_then(self):
+        # Given
+        port = free_port()
+        dialog = await_true("the question", lambda: self.desktop.window_with("Finish Setup"), self.gateway.process)
+        self.picture("question")
+
+        # When
+        for field, value in (("AE Title", "FIRST"), ("Port", str(port))):
+            self.desktop.click(self.see(dialog, field, "text"))
+            self.desktop.keys("ctrl+a")
+            self.desktop.write(value)
+        self.picture("answered")
+        self.desktop.keys("Return")
+
+        # Then
+        dashboard = await_true("the dashboard", self.dashboard, self.gateway.process)
+        self.see(dashboard, "RUNNING")
+        self.see(dashboard, "FIRST")
+        status = self.gateway.await_status("the listener", lambda s: s["listener"]["state"] == "listening")
+        self.assertEqual((status["listener"]["aeTitle"], status["listener"]["port"]), ("FIRST", port))
+        self.picture("running")
+
+
+if __name__ == "__main__":
+    unittest.main()
