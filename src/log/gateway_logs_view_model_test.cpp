@@ -24,7 +24,7 @@ using testing::eventAt;
 
 const QString kName = QStringLiteral("gateway-transfer-20260102-080000-AAAAAAAA.jsonl");
 
-/// A manual clock that tells how often somebody began to sleep, and how often woke.
+/// A manual clock that tells how often somebody began to sleep and for how long, and how often woke.
 class WatchedClock final : public platform::Clock
 {
 public:
@@ -35,12 +35,14 @@ public:
 
     bool sleep(std::chrono::nanoseconds duration, std::stop_token stop) override
     {
+        lastDuration = duration;
         ++begun;
         const bool sleptThrough = m_clock.sleep(duration, std::move(stop));
         ++ended;
         return sleptThrough;
     }
 
+    std::atomic<std::chrono::nanoseconds> lastDuration = {};
     std::atomic<int> begun = 0;
     std::atomic<int> ended = 0;
 
@@ -297,6 +299,7 @@ TEST_F(GatewayLogs, TickOnceASecondForAnIntervalOfAFifthOfOne)
     model->startAutoRefresh(milliseconds(200));
     finishReading();
     reachSleep(1);
+    EXPECT_EQ(watchedClock.lastDuration.load(), std::chrono::seconds(1));
     clock.advance(milliseconds(999));
     main.drain();
     EXPECT_EQ(reads, 1);

@@ -84,6 +84,26 @@ TEST_F(UploadRunOnIndexTest, TriesEachOfManyFilesOnceInEveryModeThoughTheOldestF
     EXPECT_EQ(states().count(QStringLiteral("1")), kFiles - kFailing);
 }
 
+TEST_F(UploadRunOnIndexTest, TriesAFileOnceThatTheIndexOffersAgain)
+{
+    const QString name = import(QStringLiteral("1.1"));
+    around.cloud.refuse(name);
+    for (const ExecutionMode mode :
+         {ExecutionMode::single, ExecutionMode::parallelFile, ExecutionMode::parallelBatch}) {
+        std::once_flag once;
+        around.cloud.duringRequest([&](const auto &, const auto &) {
+            std::call_once(once, [&] {
+                store.execute(QStringLiteral("UPDATE DicomImage SET createDate = createDate + 60000"));
+            });
+        });
+        const int before = around.cloud.attempts().value(name);
+
+        EXPECT_EQ(run(mode).selectedCandidates, 1);
+
+        EXPECT_EQ(around.cloud.attempts().value(name), before + 1);
+    }
+}
+
 TEST_F(UploadRunOnIndexTest, SendsAgainWhatACrashLeftInProgressThoughTheCloudHasItAlready)
 {
     const QString name = import(QStringLiteral("1.1"));
