@@ -58,9 +58,9 @@ def accepts(port):
 
 
 @contextlib.contextmanager
-def started(arguments, log):
+def started(arguments, log, environment=PROMPT):
     with open(log, "w", encoding="utf-8") as out:
-        process = subprocess.Popen(arguments, stdout=out, stderr=subprocess.STDOUT, env=PROMPT)
+        process = subprocess.Popen(arguments, stdout=out, stderr=subprocess.STDOUT, env=environment)
     try:
         yield process
     finally:
@@ -141,25 +141,29 @@ class PeakMemory:
 
 
 class Gateway:
-    """A headless gateway with a fresh home, listening and, without a cloud, not signed in."""
+    """A gateway with a fresh home, listening and, without a cloud, not signed in; headless, or with its windows on a
+    display."""
 
-    def __init__(self, stack, binaries, folder, cloud="http://127.0.0.1:9"):
+    def __init__(self, stack, binaries, folder, cloud="http://127.0.0.1:9", display=None):
         self._command = [str(binaries / "quorin-gateway"), "--home", str(folder / "home")]
+        self._environment = {**PROMPT, "DISPLAY": display, "QT_QPA_PLATFORM": "xcb"} if display else PROMPT
         folder.mkdir()
-        self.start_command = self._command + ["--bind", "127.0.0.1", "--cloud", cloud, "--headless"]
-        self.pid = stack.enter_context(started(self.start_command, folder / "gateway.log")).pid
-        await_true("the start of the gateway", lambda: self.ask("status", "--json").returncode == 0)
         self.port = free_port()
         self.must("setup", "--ae-title", TITLE, "--port", str(self.port), "--no-bonjour")
+        self.start_command = self._command + ["--bind", "127.0.0.1", "--cloud", cloud]
+        self.start_command += [] if display else ["--headless"]
+        self.pid = stack.enter_context(started(self.start_command, folder / "gateway.log", self._environment)).pid
+        await_true("the start of the gateway", lambda: self.ask("status", "--json").returncode == 0)
         await_true("the start of the listener", lambda: accepts(self.port))
 
     def ask(self, *arguments, words=None):
-        return subprocess.run(self._command + list(arguments), input=words, capture_output=True, text=True)
+        return subprocess.run(self._command + list(arguments), input=words, capture_output=True, text=True,
+                              env=self._environment)
 
     def must(self, *arguments, words=None):
         answer = self.ask(*arguments, words=words)
         if answer.returncode != 0:
-            raise Failure(f"quorin-gateway {arguments[0]}: {answer.stderr.strip()}")
+            raise Failure(f"quorin-gateway {' '.join(arguments[:1])}: {answer.stderr.strip()}")
 
     def sign_in(self):
         self.must("sign-in", "--email", EMAIL, words=PASSWORD + "\n")
