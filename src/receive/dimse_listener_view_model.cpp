@@ -32,8 +32,8 @@ QString DimseListenerViewModel::statusText() const
 
 QString DimseListenerViewModel::addressText(bool withPort) const
 {
-    return receive::addressText(primaryAddress(interfaceAddresses()),
-                                withPort ? std::optional(m_settings.port) : std::nullopt);
+    return listenerAddressText(m_with.listenerService.bindAddress(),
+                               withPort ? std::optional(m_settings.port) : std::nullopt);
 }
 
 void DimseListenerViewModel::setEnabled(bool enabled)

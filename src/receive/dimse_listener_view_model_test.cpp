@@ -36,6 +36,15 @@ TEST_F(ListenerViewModel, FollowsTheListener)
     EXPECT_EQ(m_model.statusText(), u"Stopped"_qs);
 }
 
+TEST_F(ListenerViewModel, TellsTheAddressThatTheListenerBinds)
+{
+    m_world.configure([](core::DCMListenerSettings &settings) { settings.port = 1115; });
+    m_model.refresh();
+
+    EXPECT_EQ(m_model.addressText(true), u"127.0.0.1:1115"_qs);
+    EXPECT_EQ(m_model.addressText(false), u"127.0.0.1"_qs);
+}
+
 TEST_F(ListenerViewModel, ShowsTheDefaultFolderUntilOneIsChosen)
 {
     EXPECT_EQ(m_model.storagePath(), m_world.inbox());

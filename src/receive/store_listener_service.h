@@ -81,6 +81,9 @@ public:
     /// The receiver; its presence is what "listening" means everywhere.
     const std::shared_ptr<platform::StoreSCP> &storeListener() const { return m_storeListener; }
 
+    /// The one address that the listener binds; empty for all.
+    const QString &bindAddress() const { return m_places.bindAddress; }
+
     /// True while the listener is announced on the local network.
     bool isAnnounced() const { return m_bonjourService != nullptr; }
 

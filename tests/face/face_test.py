@@ -66,6 +66,7 @@ class Face(FaceTest):
         dashboard = self.open_dashboard()
         self.see(dashboard, "DIMSE Listener")
         self.see(dashboard, "RUNNING")
+        self.see(dashboard, f"Reached at 127.0.0.1:{self.gateway.port}")
         self.see(dashboard, "SIGNED OUT")
         self.picture("dashboard")
         self.open_dashboard()
