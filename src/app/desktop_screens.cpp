@@ -1,5 +1,6 @@
 #include "app/desktop_screens.h"
 
+#include "app/settings_rules.h"
 #include "core/notification_names.h"
 #include "shell/account/sign_in_sheet.h"
 #include "shell/account/terms_sheet.h"
@@ -231,7 +232,8 @@ bool DesktopScreens::isSetupVisible() const
 
 void DesktopScreens::sendFeedback()
 {
-    const QString address = m_with.defaults.object(shell::kSupportEmailKey).value_or(QVariant()).toString();
+    const QString address =
+        m_with.defaults.object(settings_rules::kSupportEmailKey).value_or(QVariant()).toString();
     QDesktopServices::openUrl(shell::feedbackMail(address));
 }
 

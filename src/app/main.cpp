@@ -1,41 +1,28 @@
 #include "app/client_commands.h"
-#include "app/command_line.h"
 #include "app/console.h"
-#include "app/desktop_program.h"
-#include "app/home_layout.h"
+#include "app/entry.h"
 #include "app/program.h"
 
 #include <QtCore/QCoreApplication>
-#include <QtCore/QProcessEnvironment>
+#include <QtCore/QFile>
+#include <QtCore/QFileInfo>
 
-#include <csignal>
-
-#include <sys/stat.h>
+#include <unistd.h>
 
 namespace app = gateway::app;
 
 namespace {
 
-QStringList argumentsOf(int argc, char **argv)
+/// Becomes the program with windows, which lies beside this one. Returns only where that isn't installed.
+app::ExitCode becomeDesktop(char **argv)
 {
-    QStringList arguments;
-    for (int at = 1; at < argc; ++at) {
-        arguments.append(QString::fromLocal8Bit(argv[at]));
-    }
-    return arguments;
-}
-
-app::ExitCode run(int argc, char **argv, const app::Invocation &invocation)
-{
-    const app::HomeLayout layout =
-        app::homeLayout(invocation.options.home, QProcessEnvironment::systemEnvironment());
-    if (std::holds_alternative<app::RunDesktop>(invocation.command)) {
-        return app::runDesktop(argc, argv, layout, invocation.options);
-    }
-    const QCoreApplication application(argc, argv);
-    return std::holds_alternative<app::RunHeadless>(invocation.command)
-               ? app::runHeadless(layout, invocation.options)
-               : app::runCommand(layout, invocation);
+    const QString here = QFileInfo(QStringLiteral("/proc/self/exe")).canonicalPath();
+    const QByteArray program = QFile::encodeName(here + QStringLiteral("/quorin-gateway-desktop"));
+    ::execv(program.constData(), argv);
+    app::printError(
+        QStringLiteral("The gateway's windows aren't installed here; start it with --headless to run "
+                       "it without them."));
+    return app::ExitCode::failed;
 }
 
 } // namespace
@@ -44,21 +31,14 @@ app::ExitCode run(int argc, char **argv, const app::Invocation &invocation)
 /// that runs.
 int main(int argc, char **argv)
 {
-    // A peer or a pipe that has gone is an error of one write, not the end of the program.
-    std::signal(SIGPIPE, SIG_IGN);
-    // Images and settings are for their owner's eyes.
-    ::umask(S_IRWXG | S_IRWXO);
-    QCoreApplication::setApplicationName(QStringLiteral("quorin-gateway"));
-    QCoreApplication::setApplicationVersion(QStringLiteral(QUORIN_VERSION));
-
-    const auto parsed = app::parseCommandLine(argumentsOf(argc, argv));
-    if (const auto *end = std::get_if<app::CommandLineEnd>(&parsed)) {
-        if (end->exitCode == 0) {
-            app::printOut(end->text);
-        } else {
-            app::printError(end->text.trimmed());
-        }
-        return end->exitCode;
-    }
-    return static_cast<int>(run(argc, argv, std::get<app::Invocation>(parsed)));
+    return app::enter(
+        argc, argv, [argc, argv](const app::Invocation &invocation, const app::HomeLayout &layout) mutable {
+            if (std::holds_alternative<app::RunDesktop>(invocation.command)) {
+                return becomeDesktop(argv);
+            }
+            const QCoreApplication application(argc, argv);
+            return std::holds_alternative<app::RunHeadless>(invocation.command)
+                       ? app::runHeadless(layout, invocation.options)
+                       : app::runCommand(layout, invocation);
+        });
 }

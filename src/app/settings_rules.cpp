@@ -7,7 +7,6 @@
 #include "core/retention_policy.h"
 #include "platform/quorin_api/cloud_configuration.h"
 #include "receive/folder_bookmark.h"
-#include "shell/desktop/feedback_mail.h"
 #include "wizard/setup_checks.h"
 
 #include <QtCore/QStringList>
@@ -183,7 +182,7 @@ Issue setSupportEmail(platform::UserDefaults &defaults, const QString &value)
     if (!address.isEmpty() && (!isAddress || address.contains(u' '))) {
         return QStringLiteral("The support address must be one e-mail address.");
     }
-    return unlessKept(defaults.setObject(shell::kSupportEmailKey, address));
+    return unlessKept(defaults.setObject(kSupportEmailKey, address));
 }
 
 Issue setAutoDelete(core::Settings &settings, const QString &value)

@@ -42,6 +42,9 @@ Issue setCloudAddress(platform::UserDefaults &defaults, const QString &value);
 Issue setCloudKind(platform::UserDefaults &defaults, const QString &value);
 Issue setRetrieveMode(platform::UserDefaults &defaults, const QString &value);
 
+/// The key of the support address.
+inline const QString kSupportEmailKey = QStringLiteral("QuorinGateway.supportEmail");
+
 /// Where "Send feedback" goes; an empty text takes the address away.
 Issue setSupportEmail(platform::UserDefaults &defaults, const QString &value);
 

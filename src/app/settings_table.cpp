@@ -6,7 +6,6 @@
 #include "core/gateway_auto_delete_mode.h"
 #include "core/retention_policy.h"
 #include "platform/quorin_api/cloud_configuration.h"
-#include "shell/desktop/feedback_mail.h"
 
 #include <QtCore/QDateTime>
 
@@ -166,7 +165,7 @@ QList<CatalogueSetting> cloudSettings()
               [](Settings &, UserDefaults &defaults, const QString &value) {
                   return settings_rules::setRetrieveMode(defaults, value);
               }),
-        plain(shell::kSupportEmailKey,
+        plain(settings_rules::kSupportEmailKey,
               [](Settings &, UserDefaults &defaults, const QString &value) {
                   return settings_rules::setSupportEmail(defaults, value);
               }),

@@ -51,7 +51,8 @@ class Installation(unittest.TestCase):
         self.run_tool(gateway, "--home", home, "setup", "--ae-title", "QUORIN", "--port", "11112", env=environment)
         self.assertIn("QUORIN", self.run_tool(gateway, "--home", home, "settings", "get", "ListenerSettings.aeTitle",
                                               env=environment))
-        self.assertTrue(os.access(self.root / "usr/bin/quorin-dicom", os.X_OK))
+        for program in "quorin-dicom", "quorin-gateway-desktop":
+            self.assertTrue(os.access(self.root / "usr/bin" / program, os.X_OK))
 
     def test_the_service_unit_starts_the_program_of_the_package(self):
         unit = (self.root / "usr/lib/systemd/system/quorin-gateway.service").read_text()

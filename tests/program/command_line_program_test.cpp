@@ -144,6 +144,19 @@ TEST_F(Program, SaysThatTheDisplayCannotBeOpened)
     expectOneSentence(result.error);
 }
 
+TEST_F(Program, SaysThatItsWindowsAreNotInstalled)
+{
+    const QString alone = m_home.path(u"quorin-gateway"_qs);
+    ASSERT_TRUE(QFile::copy(GatewayHome::program(), alone));
+    m_home.environment().insert(u"QT_QPA_PLATFORM"_qs, u"offscreen"_qs);
+
+    const ProgramResult result = m_home.run(alone, {});
+
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_TRUE(result.error.contains(u"--headless"_qs));
+    expectOneSentence(result.error);
+}
+
 TEST_F(Program, RunsWithItsWindowsUntilItIsToldToQuit)
 {
     m_home.environment().insert(u"QT_QPA_PLATFORM"_qs, u"offscreen"_qs);

@@ -44,6 +44,19 @@ GatewayHome::GatewayHome()
     m_environment.insert(QStringLiteral("QUORIN_CLOUD_URL"), QStringLiteral("http://127.0.0.1:9"));
 }
 
+QString GatewayHome::program()
+{
+    return QStringLiteral(QUORIN_GATEWAY_PROGRAM);
+}
+
+ProgramResult GatewayHome::run(const QString &program, const QStringList &arguments) const
+{
+    QProcess process;
+    process.setProcessEnvironment(m_environment);
+    process.start(program, arguments);
+    return resultOf(process);
+}
+
 ProgramResult GatewayHome::run(const QStringList &arguments, const QByteArray &input) const
 {
     QProcess process;

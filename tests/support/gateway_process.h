@@ -28,8 +28,14 @@ public:
     QProcessEnvironment &environment() { return m_environment; }
     const QProcessEnvironment &environment() const { return m_environment; }
 
+    /// The built program.
+    static QString program();
+
     /// Runs one command to its end.
     ProgramResult run(const QStringList &arguments, const QByteArray &input = {}) const;
+
+    /// The same with another program.
+    ProgramResult run(const QString &program, const QStringList &arguments) const;
 
     /// Runs one command into a reader that goes after the first line, and waits for the end of both; `out` is
     /// that line.

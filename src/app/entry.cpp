@@ -1,0 +1,50 @@
+#include "app/entry.h"
+
+#include "app/console.h"
+
+#include <QtCore/QCoreApplication>
+#include <QtCore/QProcessEnvironment>
+
+#include <csignal>
+
+#include <sys/stat.h>
+
+namespace gateway::app {
+
+namespace {
+
+QStringList argumentsOf(int argc, char **argv)
+{
+    QStringList arguments;
+    for (int at = 1; at < argc; ++at) {
+        arguments.append(QString::fromLocal8Bit(argv[at]));
+    }
+    return arguments;
+}
+
+} // namespace
+
+int enter(int argc, char **argv, const std::function<ExitCode(const Invocation &, const HomeLayout &)> &run)
+{
+    // A peer or a pipe that has gone is an error of one write, not the end of the program.
+    std::signal(SIGPIPE, SIG_IGN);
+    // Images and settings are for their owner's eyes.
+    ::umask(S_IRWXG | S_IRWXO);
+    QCoreApplication::setApplicationName(QStringLiteral("quorin-gateway"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(QUORIN_VERSION));
+
+    const auto parsed = parseCommandLine(argumentsOf(argc, argv));
+    if (const auto *end = std::get_if<CommandLineEnd>(&parsed)) {
+        if (end->exitCode == 0) {
+            printOut(end->text);
+        } else {
+            printError(end->text.trimmed());
+        }
+        return end->exitCode;
+    }
+    const auto &invocation = std::get<Invocation>(parsed);
+    return static_cast<int>(
+        run(invocation, homeLayout(invocation.options.home, QProcessEnvironment::systemEnvironment())));
+}
+
+} // namespace gateway::app
