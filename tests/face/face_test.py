@@ -151,22 +151,23 @@ class Face(FaceTest):
         self.see(dashboard, "Drop DICOM Files Or Folders.*")
         self.picture("imported")
 
-    def test_images_wait_for_the_terms_that_are_accepted_on_the_screen(self):
-        # Given
-        text = "\n".join(f"{clause}. Be kind." for clause in range(1, 101))
-        self.sign_in(self.open_dashboard())
+    def meet_new_terms(self, text):
+        """Signs in, and has two images refused until the terms are accepted."""
+        dashboard = self.open_dashboard()
+        self.sign_in(dashboard)
         self.desktop.keys("Return")
+        self.desktop.see_gone(dashboard, "Sign In Successful")
         self.cloud.steer("terms", version="7", text=text, reason="T&Cs updated")
         files = self.samples(ct=2)
-
-        # When
         send(self.gateway, files)
+        self.see(dashboard, "Quorin Cloud Terms & Conditions")
+        return dashboard, files
 
-        # Then
-        terms = await_true("the terms", lambda: self.desktop.window_with("Quorin Cloud Terms & Conditions"),
-                           self.gateway.process)
-        self.see(terms, "The Terms & Conditions were updated.*")
-        accept = self.see(terms, "Accept", "push button")
+    def test_images_wait_for_the_terms_that_are_accepted_on_the_screen(self):
+        # Given
+        dashboard, files = self.meet_new_terms("\n".join(f"{clause}. Be kind." for clause in range(1, 101)))
+        self.see(dashboard, "The Terms & Conditions were updated.*")
+        accept = self.see(dashboard, "Accept", "push button")
         self.assertNotIn("enabled", accept.states)
         self.picture("unread")
 
@@ -179,10 +180,24 @@ class Face(FaceTest):
         self.desktop.click(accept)
 
         # Then
-        self.desktop.see_gone(terms, "Quorin Cloud Terms & Conditions")
+        self.desktop.see_gone(dashboard, "Quorin Cloud Terms & Conditions")
         self.gateway.await_status("accepted terms", lambda s: s["terms"]["required"] is False)
         self.gateway.command("upload")
         self.gateway.await_synced(files)
+
+    def test_who_declines_the_terms_is_signed_out_and_keeps_the_images(self):
+        # Given
+        dashboard, files = self.meet_new_terms("Be kind.")
+
+        # When
+        self.desktop.click(self.see(dashboard, "Decline", "push button"))
+
+        # Then
+        self.desktop.see_gone(dashboard, "Quorin Cloud Terms & Conditions")
+        self.see(dashboard, "SIGNED OUT")
+        self.picture("signed-out")
+        self.gateway.await_status("the end of the session", lambda s: not s["session"]["signedIn"]
+                                  and s["counters"]["images"] == len(files))
 
     def test_the_log_is_searched_and_deleted(self):
         # Given

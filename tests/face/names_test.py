@@ -3,7 +3,7 @@
 import unittest
 
 from accessible import Gone
-from rig import FaceTest, await_true
+from rig import FaceTest, await_true, send
 
 # Roles that group others, or whose words are their children's; all others must say what they are.
 SILENT = {"filler", "panel", "layered pane", "scroll pane", "viewport", "split pane", "scroll bar", "separator",
@@ -48,6 +48,21 @@ class Names(FaceTest):
         self.see(dashboard, "Password")
 
         self.assert_named(dashboard, 40)
+
+    def test_the_terms_say_what_they_show(self):
+        dashboard = self.open_dashboard()
+        self.sign_in(dashboard)
+        self.desktop.keys("Return")
+        self.cloud.steer("terms", version="7", text="Be kind.", reason="T&Cs updated")
+        send(self.gateway, self.samples(ct=1))
+        self.see(dashboard, "Quorin Cloud Terms & Conditions")
+
+        self.assert_named(dashboard, 40)
+
+    def test_the_preferences_say_what_they_show(self):
+        self.desktop.click(self.see(self.open_dashboard(), "Preferences", "push button"))
+
+        self.assert_named(self.desktop.window("Preferences"), 8)
 
     def test_the_log_says_what_it_shows(self):
         dashboard = self.open_dashboard()
