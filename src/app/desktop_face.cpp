@@ -4,7 +4,11 @@
 
 namespace gateway::app {
 
-DesktopFace::DesktopFace(shell::Theme &theme) : m_theme(theme) {}
+DesktopFace::DesktopFace(shell::Theme &theme)
+    : m_theme(theme),
+      m_importPanel(theme, [this] { return m_screens != nullptr ? m_screens->dashboardWindow() : nullptr; })
+{
+}
 
 DesktopFace::~DesktopFace() = default;
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/launch_ports.h"
+#include "shell/dashboard/open_import_panel.h"
 
 #include <memory>
 
@@ -39,6 +40,7 @@ public:
     void showBugReport() override;
     void showTermsRequired() override;
     void showSetupWizard(bool blocking) override;
+    receive::ImportPanel *importPanel() override { return &m_importPanel; }
     bool isSetupWizardVisible() const override;
     void showAlert(const QString &title, const QString &message) override;
     void showNotice(const QString &title, const QString &message) override;
@@ -46,6 +48,7 @@ public:
 
 private:
     shell::Theme &m_theme;
+    shell::OpenImportPanel m_importPanel;
     std::unique_ptr<DesktopScreens> m_screens;
 };
 

@@ -172,6 +172,11 @@ void DesktopScreens::showDashboard()
     dashboard().show();
 }
 
+QWidget *DesktopScreens::dashboardWindow() const
+{
+    return m_dashboard != nullptr ? m_dashboard->window() : nullptr;
+}
+
 void DesktopScreens::showSignInSheet()
 {
     m_with.appState.setShowSignInSheet(true);

@@ -18,6 +18,8 @@
 #include <functional>
 #include <memory>
 
+class QWidget;
+
 namespace gateway::shell {
 class BugReportWindow;
 class DashboardWindowController;
@@ -50,6 +52,10 @@ public:
     void showStatusItem();
 
     void showDashboard();
+
+    /// Null before it was first shown.
+    QWidget *dashboardWindow() const;
+
     void showSignInSheet();
 
     /// Shows the preferences, unless required terms come right behind: they have a sheet of their own.

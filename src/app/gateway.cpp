@@ -180,7 +180,8 @@ Gateway::makeManualImport(std::function<void(QString)> onImported)
                 m_liveState.refreshCounters();
                 m_liveState.refreshTransferSeries();
             },
-            std::move(onImported)},
+            std::move(onImported),
+            m_face.importPanel()},
         receive::StoreManualImportService::Places{
             layout.temporaryFolder, {layout.fileStore, layout.temporaryFolder, layout.incomingFolder}});
 }

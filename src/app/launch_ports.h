@@ -2,6 +2,10 @@
 
 #include <QtCore/QString>
 
+namespace gateway::receive {
+class ImportPanel;
+}
+
 namespace gateway::app {
 
 /// What people see of the launch and of the requests to open things: windows on a desktop, plain lines
@@ -29,6 +33,9 @@ public:
 
     /// \param blocking  setup isn't finished: the wizard can't be closed before it is.
     virtual void showSetupWizard(bool blocking) = 0;
+
+    /// What a manual import is chosen with; null without a desktop. The same for as long as the face lives.
+    virtual receive::ImportPanel *importPanel() { return nullptr; }
 
     /// While it is visible the wizard reports a listener failure itself.
     virtual bool isSetupWizardVisible() const = 0;

@@ -23,7 +23,7 @@ using testing::DashboardWorld;
 class DashboardPictures : public ::testing::Test
 {
 protected:
-    ~DashboardPictures() override { QCoreApplication::removeTranslator(&pseudoLocale); }
+    void TearDown() override { QCoreApplication::removeTranslator(&pseudoLocale); }
 
     /// Opens the window at a size and lets all figures come in.
     QWidget &open(QSize size = {1180, 860})

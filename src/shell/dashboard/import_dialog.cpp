@@ -2,27 +2,49 @@
 
 #include "receive/import_panel.h"
 #include "shell/controls/button.h"
+#include "shell/controls/canvas.h"
+#include "shell/controls/card.h"
 #include "shell/controls/text_label.h"
 #include "shell/dashboard/elided_label.h"
 #include "shell/theme/theme.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QStandardPaths>
+#include <QtGui/QAbstractFileIconProvider>
 #include <QtGui/QFileSystemModel>
 #include <QtGui/QKeyEvent>
 #include <QtGui/QShortcut>
 #include <QtWidgets/QHBoxLayout>
 #include <QtWidgets/QHeaderView>
 #include <QtWidgets/QListWidget>
+#include <QtWidgets/QStyledItemDelegate>
 #include <QtWidgets/QTreeView>
 
 namespace gateway::shell {
+
+/// The house's icons in place of those of the desktop's theme, which may have none. Thread: the model's.
+class ImportDialog::Icons : public QAbstractFileIconProvider
+{
+public:
+    explicit Icons(const Theme &theme)
+        : m_folder(theme.icon(u"folder.fill", Color::blue)), m_file(theme.icon(u"photo.stack", Color::muted))
+    {
+    }
+
+    QIcon icon(IconType type) const override { return type == File ? m_file : m_folder; }
+    QIcon icon(const QFileInfo &info) const override { return info.isDir() ? m_folder : m_file; }
+
+private:
+    const QIcon m_folder;
+    const QIcon m_file;
+};
 
 namespace {
 
 constexpr QSize kUsualSize{860, 560};
 constexpr int kPlacesWidth = 200;
 constexpr int kNameWidth = 340;
+constexpr int kSymbolEdge = 16;
 constexpr int kPathRole = Qt::UserRole;
 
 enum Column
@@ -31,6 +53,21 @@ enum Column
     size,
     type,
     date
+};
+
+/// Rows as high as those of every list.
+class RowDelegate : public QStyledItemDelegate
+{
+public:
+    RowDelegate(int height, QObject *parent) : QStyledItemDelegate(parent), m_height(height) {}
+
+    QSize sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const override
+    {
+        return {QStyledItemDelegate::sizeHint(option, index).width(), m_height};
+    }
+
+private:
+    const int m_height;
 };
 
 /// What the request asks for, in the user's language.
@@ -55,26 +92,29 @@ ImportDialog::ImportDialog(const Theme &theme,
                            const receive::ImportPanelRequest &request,
                            const QString &folder,
                            QWidget *parent)
-    : QDialog(parent), m_theme(theme), m_model(new QFileSystemModel(this)), m_files(new QTreeView),
-      m_places(new QListWidget)
+    : QDialog(parent), m_theme(theme), m_icons(std::make_unique<Icons>(theme)),
+      m_model(new QFileSystemModel(this)), m_files(new QTreeView), m_places(new QListWidget)
 {
     setWindowTitle(panelWord(request.title));
     resize(kUsualSize);
-    auto *column = new QVBoxLayout(this);
+    auto *ground = new Canvas(theme);
+    auto *whole = new QVBoxLayout(this);
+    whole->setContentsMargins({});
+    whole->addWidget(ground);
+    auto *column = new QVBoxLayout(ground);
     const int page = theme.space(Space::page);
     column->setContentsMargins(page, page, page, page);
     column->setSpacing(theme.space(Space::wide));
     column->addWidget(new TextLabel(theme, panelWord(request.message), TypeStyle::bodyStrong));
     makePlaces();
     makeFiles(request);
-    auto *right = new QVBoxLayout;
-    right->setSpacing(theme.space(Space::tight));
-    right->addWidget(makeLocation());
-    right->addWidget(m_files, 1);
+    auto *card = new Card(theme);
+    card->body().addWidget(makeLocation());
+    card->body().addWidget(m_files, 1);
     auto *middle = new QHBoxLayout;
-    middle->setSpacing(theme.space(Space::wide));
+    middle->setSpacing(theme.space(Space::gap));
     middle->addWidget(m_places);
-    middle->addLayout(right, 1);
+    middle->addWidget(card, 1);
     column->addLayout(middle, 1);
     column->addWidget(makeFoot(request));
     setFolder(QFileInfo(folder).isDir() ? folder : QDir::homePath());
@@ -125,12 +165,16 @@ void ImportDialog::makeFiles(const receive::ImportPanelRequest &request)
         shown |= QDir::Files;
     }
     m_model->setFilter(shown);
+    m_model->setIconProvider(m_icons.get());
     m_model->setReadOnly(!request.canCreateDirectories);
     m_files->setModel(m_model);
     m_files->setAccessibleName(tr("Files and folders"));
     m_files->setRootIsDecorated(false);
     m_files->setItemsExpandable(false);
     m_files->setUniformRowHeights(true);
+    m_files->setIndentation(0);
+    m_files->setIconSize({kSymbolEdge, kSymbolEdge});
+    m_files->setItemDelegate(new RowDelegate(m_theme.size(Size::rowCompact), m_files));
     m_files->setSortingEnabled(true);
     m_files->sortByColumn(Column::name, Qt::AscendingOrder);
     m_files->setSelectionMode(request.allowsMultipleSelection ? QAbstractItemView::ExtendedSelection
@@ -150,6 +194,7 @@ void ImportDialog::makeFiles(const receive::ImportPanelRequest &request)
 void ImportDialog::makePlaces()
 {
     m_places->setFixedWidth(kPlacesWidth);
+    m_places->setIconSize({kSymbolEdge, kSymbolEdge});
     m_places->setAccessibleName(tr("Places"));
     const auto standard = [](QStandardPaths::StandardLocation which) {
         return QStandardPaths::writableLocation(which);
@@ -243,6 +288,11 @@ void ImportDialog::showChoice()
                       : count == 1 ? tr("1 item is selected")
                                    : tr("%L1 items are selected").arg(count));
     m_confirm->setEnabled(count > 0);
+}
+
+ImportDialog::~ImportDialog()
+{
+    delete m_model; // its thread asks for icons
 }
 
 void ImportDialog::keyPressEvent(QKeyEvent *event)

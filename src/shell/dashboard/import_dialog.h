@@ -4,6 +4,8 @@
 #include <QtCore/QUrl>
 #include <QtWidgets/QDialog>
 
+#include <memory>
+
 class QFileSystemModel;
 class QListWidget;
 class QTreeView;
@@ -34,6 +36,7 @@ public:
                  const receive::ImportPanelRequest &request,
                  const QString &folder,
                  QWidget *parent = nullptr);
+    ~ImportDialog() override;
 
     /// What is chosen; empty while nothing is.
     QList<QUrl> chosen() const;
@@ -52,6 +55,8 @@ protected:
     void keyPressEvent(QKeyEvent *event) override;
 
 private:
+    class Icons;
+
     QWidget *makeLocation();
     QWidget *makeFoot(const receive::ImportPanelRequest &request);
     void makeFiles(const receive::ImportPanelRequest &request);
@@ -62,6 +67,7 @@ private:
     void showChoice();
 
     const Theme &m_theme;
+    const std::unique_ptr<Icons> m_icons;
     QFileSystemModel *m_model;
     QTreeView *m_files;
     QListWidget *m_places;

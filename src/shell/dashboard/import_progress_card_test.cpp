@@ -20,7 +20,7 @@ class Imports : public ::testing::Test
 {
 protected:
     void SetUp() override { ASSERT_TRUE(window.show()); }
-    ~Imports() override { held.release(); }
+    void TearDown() override { held.release(); }
 
     /// Begins a batch of so many files, each of which waits.
     QString begin(int files, const QString &folder = u"a"_qs)

@@ -177,6 +177,15 @@ TEST_F(Panel, BeginsWhereItWasLeft)
     panel.present(request, [](const QList<QUrl> &) {});
 
     EXPECT_EQ(static_cast<ImportDialog *>(panel.panel())->folder(), home.filePath(u"CT"_qs));
+}
+
+TEST_F(Panel, ShowsFilesAndFolders)
+{
+    show(home.path());
+    select(u"CT"_qs);
+    QCoreApplication::processEvents();
+
+    EXPECT_EQ(testing::clippedIn(*dialog), QStringList());
     const QString directory = qEnvironmentVariable("QUORIN_PICTURES");
     if (!directory.isEmpty()) {
         ASSERT_TRUE(panel.panel()->grab().save(directory + u"/import-panel-dark.png"_qs));
