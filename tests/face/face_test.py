@@ -1,6 +1,7 @@
 """A user at a desktop: the status item, the panel, the dashboard, an account, images that come in, the log."""
 
 import json
+import shutil
 import unittest
 
 from rig import DASHBOARD, EMAIL, PROGRAMS, FaceTest, Modality, await_true, drag_source, free_port, send
@@ -150,6 +151,23 @@ class Face(FaceTest):
         self.gateway.await_received(files)
         self.see(dashboard, "Drop DICOM Files Or Folders.*")
         self.picture("imported")
+
+    def test_what_is_chosen_is_imported(self):
+        # Given
+        files = self.samples(ct=3)
+        shutil.copytree(files[0].parent, self.desktop.home / "scans")
+        dashboard = self.open_dashboard()
+
+        # When
+        self.desktop.click(self.see(dashboard, "Manual Upload", "push button"))
+        dialog = self.desktop.window("Import DICOM Files")
+        self.desktop.click(self.see(dialog, "scans"))
+        self.picture("chosen")
+        self.desktop.click(self.see(dialog, "Import", "push button"))
+
+        # Then
+        self.see(dashboard, "Imported 3 of 3 files.*")
+        self.gateway.await_received(files)
 
     def meet_new_terms(self, text):
         """Signs in, and has two images refused until the terms are accepted."""
