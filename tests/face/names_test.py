@@ -64,6 +64,11 @@ class Names(FaceTest):
 
         self.assert_named(self.desktop.window("Preferences"), 8)
 
+    def test_the_import_panel_says_what_it_shows(self):
+        self.desktop.click(self.see(self.open_dashboard(), "Manual Upload", "push button"))
+
+        self.assert_named(self.desktop.window("Import DICOM Files"), 8)
+
     def test_the_log_says_what_it_shows(self):
         dashboard = self.open_dashboard()
         self.desktop.click(self.see(dashboard, "View Logs", "push button"))
