@@ -32,7 +32,6 @@ SetupDialog::SetupDialog(const SetupDialogParts &parts)
 {
     setWindowFlags(Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint |
                    Qt::WindowMinimizeButtonHint);
-    setFixedWidth(kWidth);
     auto *column = new QVBoxLayout(this);
     const int page = parts.theme.space(Space::page);
     column->setContentsMargins(page, page, page, page);
@@ -52,7 +51,6 @@ SetupDialog::SetupDialog(const SetupDialogParts &parts)
     m_problem->hide();
     column->addWidget(m_problem);
     column->addWidget(makeButtons());
-    column->setSizeConstraint(QLayout::SetMinimumSize);
 }
 
 SetupDialog::~SetupDialog()
@@ -107,7 +105,7 @@ void SetupDialog::present(bool blocking)
     if (!isVisible()) {
         m_isBlocking = blocking;
         fill();
-        adjustSize();
+        fit();
         const QRect there(screen()->availableGeometry());
         move(there.center() - rect().center());
     }
@@ -208,6 +206,20 @@ void SetupDialog::showProblem(const QString &problem)
     m_problem->showMessage(problem, tr("Change the settings and try again."));
     m_problem->show();
     m_port->setFocus();
+}
+
+bool SetupDialog::event(QEvent *event)
+{
+    const bool isTaken = QWidget::event(event);
+    if (event->type() == QEvent::LayoutRequest) {
+        fit(); // the words about a mistake come and go
+    }
+    return isTaken;
+}
+
+void SetupDialog::fit()
+{
+    setFixedSize(kWidth, layout()->totalHeightForWidth(kWidth));
 }
 
 void SetupDialog::closeEvent(QCloseEvent *event)

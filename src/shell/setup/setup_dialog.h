@@ -56,6 +56,7 @@ public:
     bool isBlocking() const { return m_isBlocking; }
 
 protected:
+    bool event(QEvent *event) override;
     void closeEvent(QCloseEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
 
@@ -63,6 +64,7 @@ private:
     QWidget *makeForm();
     QWidget *makeButtons();
     void fill();
+    void fit();
     void showWords();
     void showIssues(bool all);
     wizard::SetupDraft draft() const;

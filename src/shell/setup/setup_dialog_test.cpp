@@ -84,6 +84,14 @@ protected:
         return false;
     }
 
+    /// Lets layouts that follow from each other find their end.
+    static void settle()
+    {
+        for (int turn = 0; turn < 4; ++turn) {
+            QCoreApplication::processEvents();
+        }
+    }
+
     static void type(TextField &field, const QString &text)
     {
         field.selectAll();
@@ -183,11 +191,15 @@ TEST_F(Setup, StaysAndTellsWhatStoodInTheWay)
 {
     problem = QStringLiteral("Port 1115 is already in use by another process.");
     dialog->present(true);
+    const int height = dialog->height();
 
     confirm(QStringLiteral("Finish Setup"));
+    settle();
 
     EXPECT_TRUE(dialog->isVisible());
     EXPECT_TRUE(says(*problem));
+    EXPECT_GT(dialog->height(), height);
+    EXPECT_EQ(testing::clippedIn(*dialog), QStringList());
     EXPECT_EQ(finished, 0);
     EXPECT_TRUE(port().isEnabled());
 
@@ -223,7 +235,7 @@ TEST_F(Setup, KeepsWhatIsTypedWhenItIsCalledForAgain)
     EXPECT_EQ(aeTitle().text(), QStringLiteral("NORTH"));
 }
 
-TEST_F(Setup, CutsNoWord)
+TEST_F(Setup, CutsNoWordAlsoAboutMistakes)
 {
     testing::PseudoLocale locale;
     for (const bool isLengthened : {false, true}) {
@@ -239,9 +251,16 @@ TEST_F(Setup, CutsNoWord)
                                [] {},
                                [] {}});
             other.present(isBlocking);
-            QCoreApplication::processEvents();
-
+            settle();
             EXPECT_EQ(testing::clippedIn(other), QStringList());
+
+            for (TextField *field : other.findChildren<TextField *>()) {
+                type(*field, QStringLiteral("#"));
+                QTest::keyClick(field, Qt::Key_Return);
+            }
+            settle();
+            EXPECT_EQ(testing::clippedIn(other), QStringList());
+            EXPECT_TRUE(applied.empty());
             QCoreApplication::removeTranslator(&locale);
         }
     }
