@@ -43,7 +43,7 @@ protected:
             return !world.cloudStatus.isChecking() && !world.cloudStorage.isLoading() &&
                    world.state.isStorageMeasured();
         });
-        for (int i = 0; i < 30; ++i) {
+        for (int i = 0; i < 30; ++i) { // a layout hands its wishes up one level a turn
             QCoreApplication::processEvents();
         }
     }
@@ -135,6 +135,38 @@ TEST_F(DashboardPictures, FailingWithAnImportAndAnUpdate)
     settle();
     picture(u"failed-dark"_qs);
     world.heldImports.release();
+}
+
+TEST_F(DashboardPictures, AnImportThatPassedFilesOver)
+{
+    aDay();
+    world.startListener();
+    world.signIn();
+    world.imports.source(u"CD/IM1"_qs, "DICM 1");
+    world.imports.source(u"CD/IM2"_qs, "DICM 2");
+    world.imports.source(u"CD/README.TXT"_qs, "no image");
+    world.imports.source(u"CD/older.zip"_qs, "LOCKED");
+    open();
+    const QString batch = world.imports.begin({world.imports.sources() + u"/CD"_qs});
+    controller->view()->overview().imports().follow(batch);
+    world.imports.awaitEnd(batch);
+    controller->view()->overview().imports().refresh();
+    settle();
+
+    EXPECT_EQ(clipped(), QString());
+    picture(u"imported-dark"_qs);
+}
+
+TEST_F(DashboardPictures, TheLogs)
+{
+    world.startListener();
+    open();
+    controller->view()->setSelectedScreen(Screen::logs);
+    DashboardWorld::runUntil([this] { return world.logs.lastRefreshDate().has_value(); });
+    settle();
+
+    EXPECT_EQ(clipped(), QString());
+    picture(u"logs-dark"_qs);
 }
 
 class AtSize : public DashboardPictures, public ::testing::WithParamInterface<QSize>

@@ -113,9 +113,11 @@ void ImportProgressCard::conclude(Batch &batch,
     column->addLayout(head);
     for (const QString &line : skipped) {
         auto *reason = new ElidedLabel(m_theme, TypeStyle::small, Color::text2);
-        reason->setIndent(kSymbolEdge + m_theme.space(Space::gap));
         reason->setWords(line);
-        column->addWidget(reason);
+        auto *row = new QHBoxLayout;
+        row->addSpacing(kSymbolEdge + m_theme.space(Space::gap)); // below the words above
+        row->addWidget(reason);
+        column->addLayout(row);
     }
     if (hadFocus) {
         dismiss->setFocus();
