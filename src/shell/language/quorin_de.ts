@@ -502,6 +502,73 @@ Frei: %2</translation>
     </message>
 </context>
 <context>
+    <name>gateway::shell::ImportDialog</name>
+    <message>
+        <source>Import DICOM Files</source>
+        <translation>DICOM-Dateien importieren</translation>
+    </message>
+    <message>
+        <source>Select files and folders to import DICOM files.</source>
+        <translation>Dateien und Ordner wählen, aus denen DICOM-Dateien importiert werden.</translation>
+    </message>
+    <message>
+        <source>Import</source>
+        <translation>Importieren</translation>
+    </message>
+    <message>
+        <source>Enclosing folder</source>
+        <translation>Übergeordneter Ordner</translation>
+    </message>
+    <message>
+        <source>Enclosing folder (Backspace)</source>
+        <translation>Übergeordneter Ordner (Rücktaste)</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Abbrechen</translation>
+    </message>
+    <message>
+        <source>Files and folders</source>
+        <translation>Dateien und Ordner</translation>
+    </message>
+    <message>
+        <source>Places</source>
+        <translation>Orte</translation>
+    </message>
+    <message>
+        <source>Home</source>
+        <translation>Persönlicher Ordner</translation>
+    </message>
+    <message>
+        <source>Desktop</source>
+        <translation>Schreibtisch</translation>
+    </message>
+    <message>
+        <source>Documents</source>
+        <translation>Dokumente</translation>
+    </message>
+    <message>
+        <source>Downloads</source>
+        <translation>Downloads</translation>
+    </message>
+    <message>
+        <source>This computer</source>
+        <translation>Dieser Computer</translation>
+    </message>
+    <message>
+        <source>Nothing is selected</source>
+        <translation>Nichts ausgewählt</translation>
+    </message>
+    <message>
+        <source>1 item is selected</source>
+        <translation>1 Objekt ausgewählt</translation>
+    </message>
+    <message>
+        <source>%L1 items are selected</source>
+        <translation>%L1 Objekte ausgewählt</translation>
+    </message>
+</context>
+<context>
     <name>gateway::shell::ImportProgressCard</name>
     <message>
         <source>Imports</source>
@@ -518,6 +585,10 @@ Frei: %2</translation>
     <message>
         <source>Dismiss</source>
         <translation>Schließen</translation>
+    </message>
+    <message>
+        <source>Ended. The logs tell what became of it.</source>
+        <translation>Beendet. Was daraus wurde, steht im Protokoll.</translation>
     </message>
 </context>
 <context>
@@ -1125,10 +1196,6 @@ Gesamt: %3</translation>
 <context>
     <name>gateway::shell::SetupDialog</name>
     <message>
-        <source>Start when I sign in to this computer</source>
-        <translation>Bei der Anmeldung an diesem Rechner starten</translation>
-    </message>
-    <message>
         <source>AE Title</source>
         <translation>AE-Titel</translation>
     </message>
@@ -1183,10 +1250,6 @@ Gesamt: %3</translation>
     <message>
         <source>Apply</source>
         <translation>Anwenden</translation>
-    </message>
-    <message>
-        <source>The start with the session can&apos;t be changed: %1</source>
-        <translation>Der Start mit der Sitzung lässt sich nicht ändern: %1</translation>
     </message>
     <message>
         <source>Change the settings and try again.</source>
