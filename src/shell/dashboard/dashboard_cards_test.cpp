@@ -16,6 +16,7 @@
 #include "shell/dashboard/status_card.h"
 #include "shell/dashboard/storage_figures.h"
 #include "shell/dashboard/testing/dashboard_world.h"
+#include "shell/dashboard/testing/shown_figures.h"
 
 #include <QtTest/QTest>
 #include <QtWidgets/QLabel>
@@ -151,21 +152,21 @@ TEST_F(Cards, TheListenerShowsReceivingOnlyWhileAnAssociationIsOpen)
     EXPECT_EQ(card.switchButton().text(), u"Start"_qs);
 
     world.startListener();
-    QCoreApplication::processEvents();
+    testing::showFigures();
     EXPECT_EQ(listenerWord(), u"RUNNING"_qs);
     EXPECT_EQ(card.switchButton().text(), u"Stop"_qs);
 
     world.state.beginReceiveAssociation(u"A"_qs);
-    QCoreApplication::processEvents();
+    testing::showFigures();
     EXPECT_EQ(listenerWord(), u"RECEIVING"_qs);
 
     world.state.beginReceiveAssociation(u"B"_qs);
     world.state.endReceiveAssociation(u"A"_qs);
-    QCoreApplication::processEvents();
+    testing::showFigures();
     EXPECT_EQ(listenerWord(), u"RECEIVING"_qs);
 
     world.state.endReceiveAssociation(u"B"_qs);
-    QCoreApplication::processEvents();
+    testing::showFigures();
     EXPECT_EQ(listenerWord(), u"RUNNING"_qs);
 }
 
@@ -338,7 +339,7 @@ TEST_F(Cards, WhoIsSignedOutOpensTheCloudAfterSigningIn)
     ASSERT_NE(world.signInSheet, nullptr);
 
     world.signIn();
-    QCoreApplication::processEvents();
+    testing::showFigures();
     EXPECT_EQ(opened, 1);
     EXPECT_FALSE(card.pendingQuorinCloudOpenAfterSignIn());
     EXPECT_FALSE(world.signInSheet->isVisible());

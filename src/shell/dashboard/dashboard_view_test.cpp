@@ -13,6 +13,7 @@
 #include "shell/dashboard/sent_items_card.h"
 #include "shell/dashboard/status_card.h"
 #include "shell/dashboard/testing/dashboard_world.h"
+#include "shell/dashboard/testing/shown_figures.h"
 #include "shell/dashboard/update_banner.h"
 #include "shell/log/log_screen.h"
 #include "state/update_banner.h"
@@ -257,14 +258,14 @@ TEST_F(Dashboard, ShowsTheBannerOfAnUpdateForAsLongAsThereIsOne)
     EXPECT_FALSE(banner.isVisible());
 
     world.state.setUpdateBannerMessage(state::criticalUpdateBanner());
-    QCoreApplication::processEvents();
+    testing::showFigures();
     EXPECT_TRUE(banner.isVisible());
     EXPECT_EQ(banner.message(), u"Critical update available. Install update now."_qs);
     QTest::mouseClick(button(u"Check for Updates…"_qs), Qt::LeftButton);
     EXPECT_EQ(checks, 1);
 
     world.state.setUpdateBannerMessage(std::nullopt);
-    QCoreApplication::processEvents();
+    testing::showFigures();
     EXPECT_FALSE(banner.isVisible());
 }
 
@@ -274,12 +275,12 @@ TEST_F(Dashboard, OpensTheSignInSheetWhileItIsAskedFor)
     EXPECT_EQ(world.signInSheet, nullptr);
 
     world.state.setShowSignInSheet(true);
-    QCoreApplication::processEvents();
+    testing::showFigures();
     ASSERT_NE(world.signInSheet, nullptr);
     EXPECT_TRUE(world.signInSheet->isVisible());
 
     world.state.setShowSignInSheet(false);
-    QCoreApplication::processEvents();
+    testing::showFigures();
     EXPECT_FALSE(world.signInSheet->isVisible());
 }
 
@@ -287,7 +288,7 @@ TEST_F(Dashboard, NoticesThatTheSignInSheetWasDismissed)
 {
     open();
     world.state.setShowSignInSheet(true);
-    QCoreApplication::processEvents();
+    testing::showFigures();
 
     press(Qt::Key_Escape);
 
@@ -296,7 +297,7 @@ TEST_F(Dashboard, NoticesThatTheSignInSheetWasDismissed)
     EXPECT_TRUE(controller->window()->isVisible());
 
     world.state.setShowSignInSheet(true);
-    QCoreApplication::processEvents();
+    testing::showFigures();
     EXPECT_TRUE(world.signInSheet->isVisible());
 }
 

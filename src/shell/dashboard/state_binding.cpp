@@ -1,5 +1,6 @@
 #include "shell/dashboard/state_binding.h"
 
+#include "shell/controls/frame_ticker.h"
 #include "shell/dashboard/flow_overlay.h"
 #include "shell/dashboard/transfer_trend_card.h"
 #include "shell/dashboard/upload_speed_value_label.h"
@@ -17,6 +18,13 @@ StateBinding::StateBinding(const GatewayAppState &state,
                            QObject *parent)
     : QObject(parent), m_state(state), m_fields(fields), m_show(std::move(show))
 {
+    m_rest.setSingleShot(true);
+    m_rest.setInterval(FrameTicker::kInterval);
+    m_rest.callOnTimeout(this, [this] {
+        if (m_isDue) {
+            showNow();
+        }
+    });
     connect(&state, &GatewayAppState::published, this, &StateBinding::fieldMoved);
     m_show(state);
 }
@@ -27,13 +35,16 @@ void StateBinding::fieldMoved(Field field)
         return;
     }
     m_isDue = true;
-    QMetaObject::invokeMethod(this, &StateBinding::showNow, Qt::QueuedConnection);
+    if (!m_rest.isActive()) {
+        QMetaObject::invokeMethod(this, &StateBinding::showNow, Qt::QueuedConnection);
+    }
 }
 
 void StateBinding::showNow()
 {
     m_isDue = false;
     m_show(m_state);
+    m_rest.start();
 }
 
 void bind(TransferTrendCard &card, GatewayAppState &state)

@@ -3,6 +3,7 @@
 #include "state/gateway_app_state.h"
 
 #include <QtCore/QObject>
+#include <QtCore/QTimer>
 
 #include <functional>
 #include <initializer_list>
@@ -16,7 +17,8 @@ class UpArrowFlowOverlay;
 class UploadSpeedValueLabel;
 
 /// Shows some of the live figures: at once, and from then on when the event loop comes round after one of
-/// them moved, so that fields that move together show together.
+/// them moved, so that fields that move together show together. Where they move on, as while images come,
+/// they show again thirty times a second at most: nobody could read more.
 ///
 /// Owner: the widget that shows them. Thread: main.
 class StateBinding : public QObject
@@ -32,6 +34,9 @@ public:
                  Show show,
                  QObject *parent);
 
+    /// Whether something moved that isn't shown yet.
+    bool isDue() const { return m_isDue; }
+
 private:
     void fieldMoved(state::GatewayField field);
     void showNow();
@@ -39,6 +44,7 @@ private:
     const state::GatewayAppState &m_state;
     const std::vector<state::GatewayField> m_fields;
     const Show m_show;
+    QTimer m_rest; ///< runs while what was shown is too new to be replaced
     bool m_isDue = false;
 };
 

@@ -4,6 +4,7 @@
 
 #include "shell/dashboard/flow_overlay.h"
 #include "shell/dashboard/summary_pill.h"
+#include "shell/dashboard/testing/shown_figures.h"
 #include "shell/dashboard/time_range_button.h"
 #include "shell/dashboard/transfer_line_chart.h"
 #include "shell/dashboard/transfer_trend_card.h"
@@ -81,10 +82,12 @@ TEST_F(Bound, MoreBucketsThanAreVisibleLeaveAnEmptyWindow)
 TEST_F(Bound, ScrollingUpNarrowsTheWindowAndDownWidensIt)
 {
     wheel(1);
+    testing::showFigures();
     EXPECT_EQ(buckets(), 22u);
     EXPECT_EQ(card->timeRange().rangeTitle(), QStringLiteral("Last 22h"));
 
     wheel(-3);
+    testing::showFigures();
     EXPECT_GT(buckets(), 22u);
 }
 
@@ -114,7 +117,7 @@ TEST_F(Bound, ChoosingATimeframeShowsItAndChoosingItAgainUndoesTheZoom)
 {
     const QList<QAction *> actions = card->timeRange().menu()->actions();
     actions[3]->trigger();
-    QCoreApplication::processEvents();
+    testing::showFigures();
     EXPECT_EQ(live->figures().transferTimeframe, TransferTimeframe::oneWeek);
     EXPECT_EQ(buckets(), 28u);
     EXPECT_TRUE(actions[3]->isChecked());
@@ -122,9 +125,10 @@ TEST_F(Bound, ChoosingATimeframeShowsItAndChoosingItAgainUndoesTheZoom)
     EXPECT_TRUE(actions[2]->icon().isNull());
 
     wheel(2);
+    testing::showFigures();
     ASSERT_LT(buckets(), 28u);
     actions[3]->trigger();
-    QCoreApplication::processEvents();
+    testing::showFigures();
 
     EXPECT_EQ(buckets(), 28u);
     EXPECT_TRUE(actions[3]->isChecked());
@@ -150,10 +154,10 @@ TEST_F(Bound, TheDownArrowsFlowWhileAnAssociationIsOpen)
     EXPECT_FALSE(overlay.isMoving());
 
     live->beginReceiveAssociation(QStringLiteral("a"));
-    QCoreApplication::processEvents();
+    testing::showFigures();
     EXPECT_TRUE(overlay.isMoving());
     live->endReceiveAssociation(QStringLiteral("a"));
-    QCoreApplication::processEvents();
+    testing::showFigures();
 
     EXPECT_FALSE(overlay.isMoving());
 }
@@ -170,11 +174,11 @@ TEST_F(Bound, TheUpArrowsAndTheSpeedFollowTheUpload)
     EXPECT_EQ(label.text(), QStringLiteral("--"));
 
     live->recordUploadThroughput(2'500'000, 1s);
-    QCoreApplication::processEvents();
+    testing::showFigures();
     EXPECT_TRUE(overlay.isMoving());
     EXPECT_EQ(label.text(), QStringLiteral("20.0 Mbps"));
     live->resetUploadSpeed();
-    QCoreApplication::processEvents();
+    testing::showFigures();
 
     EXPECT_FALSE(overlay.isMoving());
     EXPECT_EQ(label.text(), QStringLiteral("--"));

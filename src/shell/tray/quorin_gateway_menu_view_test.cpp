@@ -12,6 +12,7 @@
 #include "shell/controls/button.h"
 #include "shell/controls/state_label.h"
 #include "shell/controls/switch.h"
+#include "shell/dashboard/testing/shown_figures.h"
 #include "shell/testing/screen_checks.h"
 #include "shell/theme/theme.h"
 #include "shell/tray/panel_rows.h"
@@ -461,13 +462,13 @@ TEST_F(Panel, HasABannerOnlyWhileThereIsAMessage)
     const int plain = button(QStringLiteral("Check for Updates…"))->sizeHint().width();
 
     live.state().setUpdateBannerMessage(message);
-    QCoreApplication::processEvents();
+    testing::showFigures();
     ASSERT_NE(label(message), nullptr);
     EXPECT_EQ(label(message)->textFormat(), Qt::PlainText);
     EXPECT_GT(button(QStringLiteral("Check for Updates…"))->sizeHint().width(), plain); // the warning sign
 
     live.state().setUpdateBannerMessage(std::nullopt);
-    QCoreApplication::processEvents();
+    testing::showFigures();
     EXPECT_EQ(label(message), nullptr);
     EXPECT_EQ(button(QStringLiteral("Check for Updates…"))->sizeHint().width(), plain);
 }
