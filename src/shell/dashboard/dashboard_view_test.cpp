@@ -16,6 +16,7 @@
 #include "shell/dashboard/testing/shown_figures.h"
 #include "shell/dashboard/update_banner.h"
 #include "shell/log/log_screen.h"
+#include "shell/testing/screen_checks.h"
 #include "state/update_banner.h"
 
 #include <QtGui/QAccessible>
@@ -369,6 +370,30 @@ TEST_F(Dashboard, TabGoesInReadingOrder)
             EXPECT_EQ(focus, wanted[i]) << i << ' ' << focus->metaObject()->className();
         }
     }
+}
+
+TEST_F(Dashboard, TabGoesFromTopToBottomWhereThereIsOneColumn)
+{
+    testing::PseudoLocale wordy;
+    ASSERT_TRUE(QCoreApplication::installTranslator(&wordy));
+    world.actions.openQuorinCloud = [] {};
+    DashboardView &view = open();
+    controller->window()->resize(1000, 700);
+    settle();
+    QCoreApplication::removeTranslator(&wordy);
+    ASSERT_FALSE(view.overview().hasTwoColumns());
+
+    std::vector<int> tops;
+    QWidget *const first = &view.overview().listener().switchButton();
+    for (QWidget *next = first->nextInFocusChain(); next != first; next = next->nextInFocusChain()) {
+        if (view.overview().isAncestorOf(next) && next->isVisible() &&
+            next->focusPolicy() == Qt::StrongFocus) {
+            tops.push_back(next->mapTo(view.overview().widget(), QPoint()).y());
+        }
+    }
+
+    ASSERT_GT(tops.size(), 4u);
+    EXPECT_TRUE(std::is_sorted(tops.begin(), tops.end()));
 }
 
 TEST_F(Dashboard, EverythingThatTheKeyboardReachesHasANameForAssistiveTools)

@@ -203,7 +203,7 @@ void ImportDialog::makePlaces()
     addPlace(tr("Desktop"), standard(QStandardPaths::DesktopLocation), QStringLiteral("folder.fill"));
     addPlace(tr("Documents"), standard(QStandardPaths::DocumentsLocation), QStringLiteral("folder.fill"));
     addPlace(tr("Downloads"), standard(QStandardPaths::DownloadLocation), QStringLiteral("folder.fill"));
-    // Discs and sticks. Their names alone are read: to ask what they hold could take as long as the medium.
+    // Discs and sticks, by the names of the places that they are mounted at.
     const QString user = qEnvironmentVariable("USER");
     for (const QString &media : {u"/run/media/"_qs + user, u"/media/"_qs + user, u"/media"_qs, u"/mnt"_qs}) {
         const QStringList volumes = QDir(media).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
@@ -230,7 +230,7 @@ void ImportDialog::addPlace(const QString &name, const QString &path, const QStr
             return;
         }
     }
-    if (!path.isEmpty()) {
+    if (QFileInfo::exists(path)) {
         auto *item = new QListWidgetItem(m_theme.icon(symbol), name, m_places);
         item->setData(kPathRole, path);
         item->setSizeHint({0, m_theme.size(Size::row)});

@@ -24,6 +24,18 @@ namespace gateway::shell {
 
 namespace {
 
+/// What the keyboard stops at in a card, in its order.
+QList<QWidget *> stopsIn(QWidget &card)
+{
+    QList<QWidget *> stops;
+    for (QWidget *next = card.nextInFocusChain(); next != &card; next = next->nextInFocusChain()) {
+        if (card.isAncestorOf(next) && (next->focusPolicy() & Qt::TabFocus) != 0) {
+            stops.append(next);
+        }
+    }
+    return stops;
+}
+
 constexpr int kLeastChartHeight = 150;
 constexpr double kHighestChart = 0.42; // of the width: a steeper one would say more than there is
 
@@ -134,6 +146,22 @@ void OverviewPage::place(bool twoColumns)
     m_grid->setColumnStretch(0, 1);
     m_grid->setColumnStretch(1, twoColumns ? 1 : 0);
     m_grid->setHorizontalSpacing(twoColumns ? gap : 0);
+    followReadingOrder();
+}
+
+void OverviewPage::followReadingOrder()
+{
+    QList<QWidget *> cards{m_listener, m_status, m_received, m_sent, m_imports, m_trend};
+    if (!m_hasTwoColumns) {
+        cards.swapItemsAt(1, 2);
+    }
+    QList<QWidget *> stops;
+    for (QWidget *card : cards) {
+        stops.append(stopsIn(*card));
+    }
+    for (qsizetype i = 1; i < stops.size(); ++i) {
+        setTabOrder(stops[i - 1], stops[i]);
+    }
 }
 
 bool OverviewPage::eventFilter(QObject *watched, QEvent *event)

@@ -61,6 +61,7 @@ protected:
 private:
     void arrange();
     void place(bool twoColumns);
+    void followReadingOrder();
     int leastColumnWidth() const;
 
     const Theme &m_theme;
