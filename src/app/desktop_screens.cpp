@@ -15,9 +15,11 @@
 #include "wizard/setup_apply.h"
 
 #include <QtCore/QCoreApplication>
+#include <QtCore/QStandardPaths>
 #include <QtCore/QTimeZone>
 #include <QtDBus/QDBusConnection>
 #include <QtGui/QDesktopServices>
+#include <QtGui/QGuiApplication>
 
 #include <utility>
 
@@ -39,6 +41,15 @@ void quit()
     QCoreApplication::exit(); // not quit(), which windows may refuse
 }
 
+/// The session starts the gateway as it was started now.
+platform::Autostart autostartOfThisProgram()
+{
+    QStringList command = QCoreApplication::arguments();
+    command.first() = QCoreApplication::applicationFilePath();
+    return {QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation),
+            {QGuiApplication::desktopFileName(), QStringLiteral("Quorin Gateway"), command}};
+}
+
 } // namespace
 
 DesktopScreens::DesktopScreens(shell::Theme &theme, const ScreenModels &models)
@@ -51,7 +62,7 @@ DesktopScreens::DesktopScreens(shell::Theme &theme, const ScreenModels &models)
       m_terms({models.terms, models.defaults, models.main, models.networkPool, models.clock},
               account::TermsSigner::here(QStringLiteral(QUORIN_VERSION))),
       m_bugReport({models.bugReports, models.defaults, models.main, models.networkPool}),
-      m_statusItem(QDBusConnection::sessionBus()), m_notices(theme),
+      m_autostart(autostartOfThisProgram()), m_statusItem(QDBusConnection::sessionBus()), m_notices(theme),
       m_messages(QDBusConnection::sessionBus()), m_attention(m_messages, models.clock),
       m_attentionWatch({models.notifications,
                         models.appState,
@@ -96,6 +107,7 @@ shell::SetupDialog &DesktopScreens::setupDialog()
             m_with.pool,
             [this] { return wizard::storedDraft(m_with.settings, m_with.defaults); },
             [this](wizard::SetupDraft draft) { return m_with.setupDesk.apply(std::move(draft)); },
+            m_autostart,
             [this] { post(core::kOpenDashboard); },
             quit});
     }

@@ -5,6 +5,7 @@
 #include "app/attention_watch.h"
 #include "app/gateway.h"
 #include "log/gateway_logs_view_model.h"
+#include "platform/autostart/autostart.h"
 #include "platform/concurrency/task_scope.h"
 #include "receive/dimse_listener_view_model.h"
 #include "shell/notifying/freedesktop_messages.h"
@@ -88,6 +89,7 @@ private:
     log::GatewayLogsViewModel m_logs;
     account::GatewayQuorinCloudTermsCoordinator m_terms;
     account::GatewayBugReportViewModel m_bugReport;
+    platform::Autostart m_autostart;
     shell::SystemTrayItem m_statusItem;
     shell::Notices m_notices;
     shell::FreedesktopMessages m_messages;

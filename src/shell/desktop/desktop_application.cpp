@@ -64,7 +64,7 @@ DesktopApplication::DesktopApplication(int &argc,
         const FatalMessages whileOpening(fail);
         m_application.emplace(argc, argv);
     }
-    QGuiApplication::setDesktopFileName(QStringLiteral("quorin-gateway"));
+    QGuiApplication::setDesktopFileName(QStringLiteral("com.ovelt.QuorinGateway"));
     QApplication::setQuitOnLastWindowClosed(false);
     m_translations.emplace();
     m_theme.emplace();

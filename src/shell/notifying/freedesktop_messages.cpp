@@ -16,10 +16,10 @@ void FreedesktopMessages::show(const QString &title, const QString &body)
                                                        QStringLiteral("/org/freedesktop/Notifications"),
                                                        QStringLiteral("org.freedesktop.Notifications"),
                                                        QStringLiteral("Notify"));
-    const QVariantMap hints{{QStringLiteral("desktop-entry"), QStringLiteral("quorin-gateway")}};
+    const QVariantMap hints{{QStringLiteral("desktop-entry"), QStringLiteral("com.ovelt.QuorinGateway")}};
     const uint replaces = 0;
     const int lifetime = -1; // as the desktop likes
-    call << QStringLiteral("Quorin Gateway") << replaces << QStringLiteral("quorin-gateway") << title
+    call << QStringLiteral("Quorin Gateway") << replaces << QStringLiteral("com.ovelt.QuorinGateway") << title
          << body.toHtmlEscaped() << QStringList() << hints << lifetime;
     m_session.send(call); // nobody waits for the answer
 }

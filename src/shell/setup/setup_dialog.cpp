@@ -1,8 +1,10 @@
 #include "shell/setup/setup_dialog.h"
 
+#include "platform/files/file_error.h"
 #include "shell/controls/button.h"
 #include "shell/controls/form_field.h"
 #include "shell/controls/inline_error.h"
+#include "shell/controls/switch.h"
 #include "shell/controls/symbol_tile.h"
 #include "shell/controls/text_field.h"
 #include "shell/controls/text_label.h"
@@ -28,6 +30,7 @@ SetupDialog::SetupDialog(const SetupDialogParts &parts)
     : m_parts(parts), m_title(new TextLabel(parts.theme, {}, TypeStyle::h1)),
       m_sentence(new TextLabel(parts.theme, {}, TypeStyle::body, Color::text2)),
       m_aeTitle(new TextField(parts.theme)), m_port(new TextField(parts.theme)),
+      m_autostart(new Switch(parts.theme, tr("Start when I sign in to this computer"))),
       m_problem(new InlineError(parts.theme)), m_scope(parts.main, parts.pool)
 {
     setWindowFlags(Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint |
@@ -48,6 +51,7 @@ SetupDialog::SetupDialog(const SetupDialogParts &parts)
     m_sentence->setWordWrap(true);
     column->addWidget(m_sentence);
     column->addWidget(makeForm());
+    column->addWidget(m_autostart);
     m_problem->hide();
     column->addWidget(m_problem);
     column->addWidget(makeButtons());
@@ -121,6 +125,7 @@ void SetupDialog::fill()
     m_port->setText(m_stored.portText);
     m_aeTitleField->setError({});
     m_portField->setError({});
+    m_autostart->setChecked(m_parts.autostart.isEnabled());
     m_problem->hide();
     showWords();
     m_aeTitle->setFocus();
@@ -175,7 +180,10 @@ QCoro::Task<void> SetupDialog::applyDraft()
     const auto operation = m_scope.enter();
     setApplying(true);
 
-    const std::optional<QString> problem = co_await m_parts.apply(draft());
+    std::optional<QString> problem = co_await m_parts.apply(draft());
+    if (!problem) {
+        problem = applyAutostart();
+    }
 
     setApplying(false);
     if (problem) {
@@ -189,12 +197,27 @@ QCoro::Task<void> SetupDialog::applyDraft()
     }
 }
 
+/// \return what stood in the way, or nothing.
+std::optional<QString> SetupDialog::applyAutostart()
+{
+    if (m_autostart->isChecked() == m_parts.autostart.isEnabled()) {
+        return std::nullopt;
+    }
+    try {
+        m_parts.autostart.setEnabled(m_autostart->isChecked());
+        return std::nullopt;
+    } catch (const platform::FileError &error) {
+        return tr("The start with the session can't be changed: %1").arg(error.message());
+    }
+}
+
 void SetupDialog::setApplying(bool applying)
 {
     m_isApplying = applying;
     m_confirm->setBusy(applying);
     m_aeTitle->setEnabled(!applying);
     m_port->setEnabled(!applying);
+    m_autostart->setEnabled(!applying);
     m_cancel->setEnabled(!applying);
     if (applying) {
         m_problem->hide();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/autostart/autostart.h"
 #include "platform/concurrency/task_scope.h"
 #include "wizard/setup_checks.h"
 
@@ -15,6 +16,7 @@ namespace gateway::shell {
 class Button;
 class FormField;
 class InlineError;
+class Switch;
 class TextField;
 class TextLabel;
 class Theme;
@@ -31,6 +33,8 @@ struct SetupDialogParts
 
     /// Checks them, applies them and starts the listener. \return what stood in the way, or nothing.
     std::function<QCoro::Task<std::optional<QString>>(wizard::SetupDraft)> apply;
+
+    platform::Autostart &autostart; ///< whether the gateway comes up with the desktop's session
 
     std::function<void()> finished; ///< the first setup is done; the dialog is closed by then
     std::function<void()> quit;
@@ -70,6 +74,7 @@ private:
     wizard::SetupDraft draft() const;
     void confirm();
     QCoro::Task<> applyDraft();
+    std::optional<QString> applyAutostart();
     void showProblem(const QString &problem);
     void setApplying(bool applying);
 
@@ -83,6 +88,7 @@ private:
     FormField *m_aeTitleField;
     TextField *m_port;
     FormField *m_portField;
+    Switch *m_autostart;
     InlineError *m_problem;
     Button *m_cancel;
     Button *m_quit;

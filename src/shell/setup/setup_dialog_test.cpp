@@ -6,10 +6,13 @@
 #include "platform/concurrency/worker_pool.h"
 #include "shell/controls/button.h"
 #include "shell/controls/inline_error.h"
+#include "shell/controls/switch.h"
 #include "shell/controls/text_field.h"
 #include "shell/testing/screen_checks.h"
 #include "shell/theme/theme.h"
 
+#include <QtCore/QFile>
+#include <QtCore/QTemporaryDir>
 #include <QtTest/QTest>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QLabel>
@@ -39,6 +42,7 @@ protected:
                              pool,
                              [this] { return stored; },
                              [this](wizard::SetupDraft draft) { return apply(std::move(draft)); },
+                             autostart,
                              [this] { ++finished; },
                              [this] { ++quits; }});
     }
@@ -101,7 +105,13 @@ protected:
     TextField &aeTitle() { return *dialog->findChildren<TextField *>().at(0); }
     TextField &port() { return *dialog->findChildren<TextField *>().at(1); }
 
+    Switch &startsWithTheSession() { return *dialog->findChild<Switch *>(); }
+
     Theme theme;
+    QTemporaryDir config;
+    platform::Autostart autostart{
+        config.path(),
+        {QStringLiteral("gateway"), QStringLiteral("Gateway"), {QStringLiteral("/bin/gateway")}}};
     platform::MainExecutor main;
     platform::WorkerPool pool{QStringLiteral("test"), 1};
     platform::testing::ManualClock clock;
@@ -248,6 +258,7 @@ TEST_F(Setup, CutsNoWordAlsoAboutMistakes)
                                pool,
                                [this] { return stored; },
                                [this](wizard::SetupDraft draft) { return apply(std::move(draft)); },
+                               autostart,
                                [] {},
                                [] {}});
             other.present(isBlocking);
@@ -264,6 +275,39 @@ TEST_F(Setup, CutsNoWordAlsoAboutMistakes)
             QCoreApplication::removeTranslator(&locale);
         }
     }
+}
+
+TEST_F(Setup, StartsWithTheSessionOnlyOnRequest)
+{
+    dialog->present(true);
+    EXPECT_FALSE(startsWithTheSession().isChecked());
+    confirm(QStringLiteral("Finish Setup"));
+    EXPECT_FALSE(autostart.isEnabled());
+
+    dialog->present(false);
+    startsWithTheSession().click();
+    EXPECT_FALSE(autostart.isEnabled()); // not before it is applied
+    confirm(QStringLiteral("Apply"));
+    EXPECT_TRUE(autostart.isEnabled());
+
+    dialog->present(false);
+    EXPECT_TRUE(startsWithTheSession().isChecked());
+    startsWithTheSession().click();
+    confirm(QStringLiteral("Apply"));
+    EXPECT_FALSE(autostart.isEnabled());
+}
+
+TEST_F(Setup, SaysWhenTheStartWithTheSessionCannotBeChanged)
+{
+    QFile blocked(config.filePath(QStringLiteral("autostart"))); // a file stands where the folder should
+    ASSERT_TRUE(blocked.open(QIODevice::WriteOnly));
+    dialog->present(false);
+    startsWithTheSession().click();
+
+    confirm(QStringLiteral("Apply"));
+
+    EXPECT_TRUE(dialog->isVisible());
+    EXPECT_TRUE(says(QStringLiteral("The start with the session can't be changed")));
 }
 
 } // namespace
