@@ -45,7 +45,7 @@ void quit()
 platform::Autostart autostartOfThisProgram()
 {
     QStringList command = QCoreApplication::arguments();
-    command.first() = QCoreApplication::applicationFilePath();
+    command.first() = QCoreApplication::applicationDirPath() + QStringLiteral("/quorin-gateway");
     return {QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation),
             {QGuiApplication::desktopFileName(), QStringLiteral("Quorin Gateway"), command}};
 }

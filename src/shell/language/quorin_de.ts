@@ -1255,6 +1255,14 @@ Gesamt: %3</translation>
         <source>Change the settings and try again.</source>
         <translation>Ändern Sie die Einstellungen und versuchen Sie es noch einmal.</translation>
     </message>
+    <message>
+        <source>Start when I sign in to this computer</source>
+        <translation>Bei der Anmeldung an diesem Rechner starten</translation>
+    </message>
+    <message>
+        <source>The start with the session can&apos;t be changed: %1</source>
+        <translation>Der Start mit der Sitzung lässt sich nicht ändern: %1</translation>
+    </message>
 </context>
 <context>
     <name>gateway::shell::SignInSheet</name>
