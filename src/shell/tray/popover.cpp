@@ -18,8 +18,12 @@ namespace gateway::shell {
 
 namespace {
 
-/// Between the press that takes the activation away and the tray's word of the same click.
-constexpr std::chrono::milliseconds kSameClick{300};
+/// Between the press that takes the activation away and the tray's word of the same click: a moment, but a
+/// busy machine makes it long.
+constexpr std::chrono::milliseconds kSameClick{900};
+
+/// The same where nobody knows which place the press was on.
+constexpr std::chrono::milliseconds kPerhapsSameClick{300};
 
 } // namespace
 
@@ -36,6 +40,7 @@ Popover::Popover(const Theme &theme, const platform::Clock &clock, QWidget *cont
 
 void Popover::open(const QRect &anchor)
 {
+    m_anchor = anchor;
     const QPoint pointer = QCursor::pos();
     const QRect beside = anchor.isEmpty() ? QRect(pointer, QSize(1, 1)) : anchor;
     const QScreen *screen = QGuiApplication::screenAt(beside.center());
@@ -49,7 +54,11 @@ void Popover::open(const QRect &anchor)
 
 bool Popover::hasJustGone() const
 {
-    return m_goneAt && m_clock.monotonic() - *m_goneAt < kSameClick;
+    if (!m_goneAt) {
+        return false;
+    }
+    const auto since = m_clock.monotonic() - *m_goneAt;
+    return m_anchor.isEmpty() ? since < kPerhapsSameClick : m_wasPointerOnAnchor && since < kSameClick;
 }
 
 bool Popover::event(QEvent *event)
@@ -58,6 +67,7 @@ bool Popover::event(QEvent *event)
     if (event->type() == QEvent::WindowDeactivate && isVisible() &&
         QApplication::activePopupWidget() == nullptr) {
         m_goneAt = m_clock.monotonic();
+        m_wasPointerOnAnchor = m_anchor.contains(QCursor::pos());
         hide();
     }
     return QWidget::event(event);

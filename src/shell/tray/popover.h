@@ -2,6 +2,7 @@
 
 #include "platform/concurrency/clock.h"
 
+#include <QtCore/QRect>
 #include <QtWidgets/QWidget>
 
 #include <chrono>
@@ -38,7 +39,9 @@ protected:
 private:
     const Theme &m_theme;
     const platform::Clock &m_clock;
+    QRect m_anchor;
     std::optional<std::chrono::nanoseconds> m_goneAt;
+    bool m_wasPointerOnAnchor = false; // when it went
 };
 
 } // namespace gateway::shell

@@ -42,6 +42,15 @@ protected:
         return *m_controller;
     }
 
+    /// Takes the activation from the open panel, with the pointer there, and waits until it is gone.
+    void turnElsewhere(QPoint pointer)
+    {
+        ASSERT_TRUE(QTest::qWaitForWindowActive(const_cast<QWidget *>(&controller().popover()), 30'000));
+        QCursor::setPos(pointer);
+        m_window.window().activateWindow();
+        ASSERT_TRUE(QTest::qWaitFor([this] { return !controller().popover().isVisible(); }, 30'000));
+    }
+
     testing::ThemedWindow m_window;
     platform::testing::ManualClock m_clock;
     FakeStatusItem m_item;
@@ -104,15 +113,40 @@ TEST_F(StatusBar, TheClickThatTookTheActivationFromThePanelDoesNotOpenItAgain)
 {
     controller();
     m_item.content.clicked();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(const_cast<QWidget *>(&controller().popover()), 30'000));
-    m_window.window().activateWindow();
-    ASSERT_TRUE(QTest::qWaitFor([this] { return !controller().popover().isVisible(); }, 30'000));
+    turnElsewhere(m_item.geometry().center());
 
+    m_clock.advance(std::chrono::milliseconds(600)); // a busy machine
     m_item.content.clicked();
     EXPECT_FALSE(controller().popover().isVisible());
 
     m_clock.advance(std::chrono::seconds(1));
     m_item.content.clicked();
+    EXPECT_TRUE(controller().popover().isVisible());
+}
+
+TEST_F(StatusBar, AClickOnTheItemRightAfterOneElsewhereOpensThePanel)
+{
+    controller();
+    m_item.content.clicked();
+    turnElsewhere(QPoint(100, 300));
+
+    m_item.content.clicked();
+
+    EXPECT_TRUE(controller().popover().isVisible());
+}
+
+TEST_F(StatusBar, AClickOnAnItemWithoutAPlaceDoesNotOpenThePanelAgainForAMoment)
+{
+    controller();
+    m_item.isThere = false;
+    controller().togglePopover();
+    turnElsewhere(QPoint(100, 300));
+
+    controller().togglePopover();
+    EXPECT_FALSE(controller().popover().isVisible());
+
+    m_clock.advance(std::chrono::milliseconds(300));
+    controller().togglePopover();
     EXPECT_TRUE(controller().popover().isVisible());
 }
 
