@@ -1,0 +1,330 @@
+// The rules that hold in every mode.
+
+#include "upload/upload_run.h"
+
+#include "upload/testing/upload_run_world.h"
+
+#include <gtest/gtest.h>
+
+namespace gateway::upload {
+
+using log::GatewayLogAction;
+using StoreUpload::ExecutionConfig;
+using StoreUpload::ExecutionMode;
+using StoreUpload::RunSummary;
+using testing::config;
+using testing::RowState;
+using testing::UploadRunInEachModeTest;
+
+INSTANTIATE_TEST_SUITE_P(,
+                         UploadRunInEachModeTest,
+                         ::testing::Values(ExecutionMode::single,
+                                           ExecutionMode::parallelFile,
+                                           ExecutionMode::parallelBatch),
+                         [](const auto &info) { return StoreUpload::rawValue(info.param).data(); });
+
+TEST_P(UploadRunInEachModeTest, SendsEveryFileOnceAndMarksItSynced)
+{
+    const QStringList paths = storeMany(21);
+
+    const RunSummary summary = run();
+
+    EXPECT_EQ(around.index.count(RowState::synced), 21);
+    EXPECT_EQ(summary.selectedCandidates, 21);
+    EXPECT_EQ(summary.successfulUploads, 21);
+    EXPECT_EQ(summary.failedUploads + summary.missingFiles + summary.reconciledCandidates, 0);
+    EXPECT_FALSE(summary.missingToken);
+    EXPECT_FALSE(summary.wasCancelled);
+    for (int number = 0; number < 21; ++number) {
+        EXPECT_TRUE(around.cloud.holds(QStringLiteral("1.%1").arg(number)));
+    }
+    EXPECT_EQ(around.converter.conversions(), 21);
+    EXPECT_EQ(around.leftovers(), 0);
+}
+
+TEST_P(UploadRunInEachModeTest, EndsAfterOneFetchOnAnEmptyIndex)
+{
+    const RunSummary summary = run();
+
+    EXPECT_EQ(around.index.fetches(), 1);
+    const RunSummary nothing{.executionDetails = StoreUpload::executionDetails(config(GetParam()))};
+    EXPECT_EQ(StoreUpload::summaryDetails(summary), StoreUpload::summaryDetails(nothing));
+    EXPECT_TRUE(around.log.events().empty());
+    EXPECT_EQ(around.state.counterRefreshes, 0);
+    EXPECT_TRUE(around.cleanup.requests().empty());
+}
+
+TEST_P(UploadRunInEachModeTest, RecoversAndLogsWithoutATokenAndTouchesNoCandidate)
+{
+    const QString path = around.store(QStringLiteral("1.1"), 10, 3);
+    around.index.setState(path, RowState::inProgress);
+    around.session.signIn(false);
+
+    const RunSummary summary = run();
+
+    EXPECT_TRUE(summary.missingToken);
+    EXPECT_FALSE(summary.wasCancelled);
+    EXPECT_EQ(summary.recoveredInProgressImages, 3);
+    EXPECT_EQ(around.index.state(path), RowState::notSynced);
+    EXPECT_EQ(around.index.fetches(), 0);
+    const log::GatewayLogEvent recovered = onlyEvent(GatewayLogAction::uploadStateRecovered);
+    EXPECT_EQ(recovered.level, log::GatewayLogLevel::warning);
+    EXPECT_EQ(recovered.category, log::GatewayLogCategory::uploadQueue);
+    EXPECT_EQ(recovered.outcome, log::GatewayLogOutcome::completed);
+    EXPECT_EQ(detail(recovered, QStringLiteral("recovered_images")), QStringLiteral("3"));
+    EXPECT_EQ(detail(recovered, QStringLiteral("affected_series")), QStringLiteral("1"));
+    EXPECT_EQ(detail(recovered, QStringLiteral("affected_studies")), QStringLiteral("1"));
+    EXPECT_EQ(around.state.counterRefreshes, 1);
+    EXPECT_EQ(around.state.seriesRefreshes, 1);
+}
+
+TEST_P(UploadRunInEachModeTest, SendsWhatAProcessThatDiedLeftInProgress)
+{
+    const QString path = around.store(QStringLiteral("1.1"));
+    around.index.setState(path, RowState::inProgress);
+
+    const RunSummary summary = run();
+
+    EXPECT_EQ(summary.recoveredInProgressImages, 1);
+    EXPECT_EQ(around.index.state(path), RowState::synced);
+}
+
+TEST_P(UploadRunInEachModeTest, MakesExactlyOneAttemptAtEachOfThousandsOfFilesThoughManyFail)
+{
+    constexpr int kFiles = 2'000;
+    storeMany(kFiles);
+    // The oldest are the ones that fail, and every third one after them.
+    int failing = 0;
+    for (int number = 0; number < kFiles; ++number) {
+        if (number < 500 || number % 3 == 0) {
+            around.cloud.refuse(QStringLiteral("1.%1").arg(number));
+            ++failing;
+        }
+    }
+
+    const RunSummary summary = run();
+
+    const QMap<QString, int> attempts = around.cloud.attempts();
+    EXPECT_EQ(attempts.size(), kFiles);
+    EXPECT_TRUE(std::ranges::all_of(attempts, [](int count) { return count == 1; }));
+    EXPECT_EQ(summary.failedUploads, failing);
+    EXPECT_EQ(summary.successfulUploads, kFiles - failing);
+    EXPECT_EQ(around.index.count(RowState::failed), failing);
+    EXPECT_EQ(around.index.count(RowState::synced), kFiles - failing);
+}
+
+TEST_P(UploadRunInEachModeTest, MakesOneAttemptAtEachFileWhenAllFailAndEnds)
+{
+    storeMany(30);
+    around.cloud.answerWith(500);
+
+    const RunSummary summary = run();
+
+    EXPECT_EQ(summary.failedUploads, 30);
+    EXPECT_EQ(around.cloud.attempts().size(), 30);
+    EXPECT_TRUE(std::ranges::all_of(around.cloud.attempts(), [](int count) { return count == 1; }));
+    EXPECT_TRUE(around.cleanup.requests().empty());
+}
+
+TEST_P(UploadRunInEachModeTest, TriesWhatFailedAgainInTheNextRun)
+{
+    const QString path = around.store(QStringLiteral("1.1"));
+    around.cloud.answerWith(503);
+    run();
+    ASSERT_EQ(around.index.state(path), RowState::failed);
+    around.cloud.answerWith(0);
+
+    run();
+
+    EXPECT_EQ(around.index.state(path), RowState::synced);
+}
+
+TEST_P(UploadRunInEachModeTest, RecordsAMissingFileAsNotSynced)
+{
+    const QString path = around.store(QStringLiteral("1.1"));
+    const QString present = around.store(QStringLiteral("1.2"));
+    ASSERT_TRUE(QFile::remove(path));
+
+    const RunSummary summary = run();
+
+    EXPECT_EQ(summary.missingFiles, 1);
+    EXPECT_EQ(summary.successfulUploads, 1);
+    EXPECT_EQ(around.index.state(path), RowState::failed);
+    EXPECT_EQ(around.index.state(present), RowState::synced);
+    EXPECT_FALSE(around.cloud.attempts().contains(QStringLiteral("1.1")));
+}
+
+TEST_P(UploadRunInEachModeTest, SelectsEachCandidateWithItsDetails)
+{
+    const QString path = around.store(QStringLiteral("1.1"), 10, 4);
+
+    run();
+
+    const log::GatewayLogEvent selected = onlyEvent(GatewayLogAction::uploadCandidateSelected);
+    EXPECT_EQ(selected.level, log::GatewayLogLevel::info);
+    EXPECT_EQ(selected.category, log::GatewayLogCategory::send);
+    EXPECT_EQ(selected.outcome, log::GatewayLogOutcome::started);
+    EXPECT_EQ(selected.correlationId, QStringLiteral("RUN"));
+    EXPECT_EQ(selected.fileHash, log::hashedIdentifier(path));
+    EXPECT_EQ(selected.fileSizeBytes, 10);
+    EXPECT_EQ(selected.attempt, 1);
+    Details wanted = StoreUpload::executionDetails(config(GetParam()));
+    wanted.insert(QStringLiteral("linked_images"), QStringLiteral("4"));
+    EXPECT_EQ(selected.details, wanted);
+}
+
+TEST_P(UploadRunInEachModeTest, TellsHowEachResultWasRecorded)
+{
+    const QString path = around.store(QStringLiteral("1.1"), 10, 4);
+
+    run();
+
+    const log::GatewayLogEvent recorded = onlyEvent(GatewayLogAction::uploadResultRecorded);
+    EXPECT_EQ(recorded.level, log::GatewayLogLevel::info);
+    EXPECT_EQ(recorded.outcome, log::GatewayLogOutcome::succeeded);
+    EXPECT_EQ(recorded.fileHash, log::hashedIdentifier(path));
+    EXPECT_EQ(recorded.attempt, 1);
+    EXPECT_EQ(detail(recorded, QStringLiteral("linked_images")), QStringLiteral("4"));
+    EXPECT_EQ(detail(recorded, QStringLiteral("did_sync")), QStringLiteral("true"));
+    EXPECT_EQ(detail(recorded, QStringLiteral("updated_images")), QStringLiteral("4"));
+    EXPECT_EQ(detail(recorded, QStringLiteral("upload_source")), QStringLiteral("converted"));
+    EXPECT_EQ(detail(recorded, QStringLiteral("chunk_candidate_count")),
+              GetParam() == ExecutionMode::parallelBatch ? QStringLiteral("1") : QString());
+}
+
+TEST_P(UploadRunInEachModeTest, TellsASuccessThatUpdatedNoImageAsAFailureOfTheRecord)
+{
+    const QString path = around.store(QStringLiteral("1.1"));
+    around.index.whenRecording([this, path] { around.index.remove(path); });
+
+    const RunSummary summary = run();
+
+    const log::GatewayLogEvent recorded = onlyEvent(GatewayLogAction::uploadResultRecorded);
+    EXPECT_EQ(recorded.level, log::GatewayLogLevel::warning);
+    EXPECT_EQ(recorded.outcome, log::GatewayLogOutcome::failed);
+    EXPECT_EQ(detail(recorded, QStringLiteral("did_sync")), QStringLiteral("true"));
+    EXPECT_EQ(detail(recorded, QStringLiteral("updated_images")), QStringLiteral("0"));
+    EXPECT_EQ(summary.successfulUploads, 1);
+}
+
+TEST_P(UploadRunInEachModeTest, KeepsGoingWhenTheIndexCanWriteNothing)
+{
+    const QStringList paths = storeMany(10);
+    around.index.failWrites();
+
+    const RunSummary summary = run();
+
+    EXPECT_EQ(summary.selectedCandidates, 10);
+    EXPECT_EQ(around.index.count(RowState::notSynced), 10);
+}
+
+TEST_P(UploadRunInEachModeTest, AsksForACleanupOnceARoundThatSentSomething)
+{
+    storeMany(20); // three pages of at most eight
+
+    run();
+
+    const std::vector<std::pair<QString, QString>> asked = around.cleanup.requests();
+    ASSERT_EQ(asked.size(), 3U);
+    EXPECT_EQ(asked[0].first, QStringLiteral("upload_success"));
+    EXPECT_EQ(asked[0].second, QStringLiteral("RUN"));
+    EXPECT_EQ(around.state.counterRefreshes, 3);
+    EXPECT_EQ(around.state.seriesRefreshes, 3);
+}
+
+TEST_P(UploadRunInEachModeTest, EndsAtTheNextRoundWhenTheSessionIsLost)
+{
+    storeMany(40);
+    around.cloud.duringRequest([this](const auto &, const auto &) { around.session.signIn(false); });
+
+    const RunSummary summary = run();
+
+    EXPECT_TRUE(summary.missingToken);
+    EXPECT_FALSE(summary.wasCancelled);
+    // The page under way, and in the parallel modes the one that had begun behind it.
+    EXPECT_LE(summary.selectedCandidates, GetParam() == ExecutionMode::single ? 8 : 16);
+    EXPECT_GE(summary.selectedCandidates, 8);
+    EXPECT_EQ(summary.successfulUploads, summary.selectedCandidates);
+    EXPECT_EQ(around.index.count(RowState::notSynced), 40 - summary.selectedCandidates);
+}
+
+TEST_P(UploadRunInEachModeTest, LeavesNothingInProgressWhenItIsStopped)
+{
+    storeMany(40);
+    around.cloud.duringRequest([this](const auto &, const auto &) { stop.request_stop(); });
+
+    const RunSummary summary = run();
+
+    EXPECT_TRUE(summary.wasCancelled);
+    EXPECT_GE(summary.successfulUploads, 1);
+    EXPECT_LT(summary.selectedCandidates, 40);
+    EXPECT_EQ(around.index.count(RowState::inProgress), 0);
+    EXPECT_EQ(around.index.count(RowState::synced), summary.successfulUploads);
+    EXPECT_EQ(around.leftovers(), 0);
+}
+
+TEST_P(UploadRunInEachModeTest, TouchesNothingWhenItWasStoppedBeforeItBegan)
+{
+    storeMany(3);
+    stop.request_stop();
+
+    const RunSummary summary = run();
+
+    EXPECT_TRUE(summary.wasCancelled);
+    EXPECT_EQ(around.index.fetches(), 0);
+    EXPECT_EQ(around.index.count(RowState::notSynced), 3);
+}
+
+TEST_P(UploadRunInEachModeTest, SendsAFileOnceThatComesWhileItRuns)
+{
+    storeMany(8);
+    std::once_flag once;
+    around.cloud.duringRequest([&](const auto &, const auto &) {
+        std::call_once(once, [this] { around.store(QStringLiteral("2.1")); });
+    });
+
+    const RunSummary summary = run();
+
+    EXPECT_EQ(summary.selectedCandidates, 9);
+    EXPECT_EQ(around.cloud.attempts().value(QStringLiteral("2.1")), 1);
+}
+
+TEST_P(UploadRunInEachModeTest, KeepsWhyAFileFailedUntilItIsUploaded)
+{
+    const QString refused = around.store(QStringLiteral("1.1"));
+    const QString gone = around.store(QStringLiteral("1.2"));
+    const QString fine = around.store(QStringLiteral("1.3"));
+    around.cloud.refuse(QStringLiteral("1.1"));
+    QFile::remove(gone);
+
+    run();
+    const QMap<QString, core::Failure> first = around.index.failures();
+    around.cloud.accept(QStringLiteral("1.1"));
+    run();
+
+    EXPECT_EQ(first,
+              (QMap<QString, core::Failure>{{refused, {core::FailureClass::outOfResources, 0xA700}},
+                                            {gone, {core::FailureClass::fileMissing, 0}}}));
+    EXPECT_EQ(around.index.state(fine), RowState::synced);
+    EXPECT_EQ(around.index.failures().keys(), QStringList{gone});
+}
+
+TEST_P(UploadRunInEachModeTest, LogsAFailureOnceAndItsResultOnceWhoeverKeepsTheReason)
+{
+    around.store(QStringLiteral("1.1"));
+    around.cloud.refuse(QStringLiteral("1.1"));
+
+    run();
+
+    std::vector<GatewayLogAction> actions;
+    for (const log::GatewayLogEvent &event : around.log.events()) {
+        actions.push_back(event.action);
+    }
+    EXPECT_EQ(actions,
+              (std::vector{GatewayLogAction::uploadCandidateSelected,
+                           GatewayLogAction::uploadAttemptStarted,
+                           GatewayLogAction::uploadAttemptFailed,
+                           GatewayLogAction::uploadResultRecorded}));
+}
+
+} // namespace gateway::upload
