@@ -1,1501 +1,437 @@
 <?xml version="1.0" encoding="utf-8"?>
 <!DOCTYPE TS>
 <TS version="2.1" language="de" sourcelanguage="en">
-<context>
-    <name>Attention</name>
-    <message>
-        <source>No images can be received</source>
-        <translation>Es können keine Bilder empfangen werden</translation>
-    </message>
-    <message>
-        <source>The DIMSE listener could not be started. Open the dashboard to see why.</source>
-        <translation>Der DIMSE-Listener konnte nicht starten. Die Übersicht zeigt, warum.</translation>
-    </message>
-    <message>
-        <source>Sign in to go on uploading</source>
-        <translation>Zum Hochladen bitte anmelden</translation>
-    </message>
-    <message>
-        <source>Images are still received and kept here. They are sent once you are signed in.</source>
-        <translation>Bilder werden weiter empfangen und hier aufbewahrt. Sie werden gesendet, sobald Sie angemeldet sind.</translation>
-    </message>
-    <message>
-        <source>Quorin Cloud asks for its terms to be accepted</source>
-        <translation>Quorin Cloud bittet, ihre Bedingungen anzunehmen</translation>
-    </message>
-    <message>
-        <source>Images are still received and kept here. They are sent once the terms are accepted.</source>
-        <translation>Bilder werden weiter empfangen und hier aufbewahrt. Sie werden gesendet, sobald die Bedingungen angenommen sind.</translation>
-    </message>
-    <message>
-        <source>The room in Quorin Cloud is used up</source>
-        <translation>Der Platz in der Quorin Cloud ist aufgebraucht</translation>
-    </message>
-    <message>
-        <source>Images are still received and kept here. They are sent once there is room again.</source>
-        <translation>Bilder werden weiter empfangen und hier aufbewahrt. Sie werden gesendet, sobald wieder Platz ist.</translation>
-    </message>
-    <message>
-        <source>This computer&apos;s disk is nearly full</source>
-        <translation>Der Datenträger dieses Rechners ist fast voll</translation>
-    </message>
-    <message>
-        <source>Soon no more images can be received. Free some room, or let uploaded images be deleted.</source>
-        <translation>Bald können keine Bilder mehr empfangen werden. Schaffen Sie Platz oder lassen Sie hochgeladene Bilder löschen.</translation>
-    </message>
+<context><name>Attention</name>
+<message><source>No images can be received</source><translation>Es können keine Bilder empfangen werden</translation></message>
+<message><source>The DIMSE listener could not be started. Open the dashboard to see why.</source><translation>Der DIMSE-Listener konnte nicht starten. Die Übersicht zeigt, warum.</translation></message>
+<message><source>Sign in to go on uploading</source><translation>Zum Hochladen bitte anmelden</translation></message>
+<message><source>Images are still received and kept here. They are sent once you are signed in.</source><translation>Bilder werden weiter empfangen und hier aufbewahrt. Sie werden gesendet, sobald Sie angemeldet sind.</translation></message>
+<message><source>Quorin Cloud asks for its terms to be accepted</source><translation>Quorin Cloud bittet, ihre Bedingungen anzunehmen</translation></message>
+<message><source>Images are still received and kept here. They are sent once the terms are accepted.</source><translation>Bilder werden weiter empfangen und hier aufbewahrt. Sie werden gesendet, sobald die Bedingungen angenommen sind.</translation></message>
+<message><source>The room in Quorin Cloud is used up</source><translation>Der Platz in der Quorin Cloud ist aufgebraucht</translation></message>
+<message><source>Images are still received and kept here. They are sent once there is room again.</source><translation>Bilder werden weiter empfangen und hier aufbewahrt. Sie werden gesendet, sobald wieder Platz ist.</translation></message>
+<message><source>This computer's disk is nearly full</source><translation>Der Datenträger dieses Rechners ist fast voll</translation></message>
+<message><source>Soon no more images can be received. Free some room, or let uploaded images be deleted.</source><translation>Bald können keine Bilder mehr empfangen werden. Schaffen Sie Platz oder lassen Sie hochgeladene Bilder löschen.</translation></message>
 </context>
-<context>
-    <name>DesktopScreens</name>
-    <message>
-        <source>Terms Can&apos;t Be Shown</source>
-        <translation>Die Bedingungen lassen sich nicht zeigen</translation>
-    </message>
-    <message>
-        <source>Bug Report Sent</source>
-        <translation>Fehlerbericht gesendet</translation>
-    </message>
-    <message>
-        <source>Report has been sent successfully.</source>
-        <translation>Der Bericht ist angekommen.</translation>
-    </message>
-    <message>
-        <source>Quorin Gateway</source>
-        <translation>Quorin Gateway</translation>
-    </message>
-    <message>
-        <source>Version %1
-
-Takes images over the DICOM network, keeps them safe, and sends them to the cloud.</source>
-        <translation>Version %1
-
-Nimmt Bilder über das DICOM-Netz an, bewahrt sie sicher auf und sendet sie in die Cloud.</translation>
-    </message>
+<context><name>DesktopScreens</name>
+<message><source>Terms Can't Be Shown</source><translation>Die Bedingungen lassen sich nicht zeigen</translation></message>
+<message><source>Bug Report Sent</source><translation>Fehlerbericht gesendet</translation></message>
+<message><source>Report has been sent successfully.</source><translation>Der Bericht ist angekommen.</translation></message>
+<message><source>Quorin Gateway</source><translation>Quorin Gateway</translation></message>
+<message><source>Version %1&#10;&#10;Takes images over the DICOM network, keeps them safe, and sends them to the cloud.</source><translation>Version %1&#10;&#10;Nimmt Bilder über das DICOM-Netz an, bewahrt sie sicher auf und sendet sie in die Cloud.</translation></message>
 </context>
-<context>
-    <name>DoctorFinding</name>
-    <message>
-        <source>The index is damaged, and nothing is changed in it. Restore it from a backup; or end the gateway, move the index away and run doctor --repair, which records the stored images anew.</source>
-        <translation>Der Index ist beschädigt; darin wird nichts geändert. Stellen Sie ihn aus einer Sicherung wieder her; oder beenden Sie das Gateway, legen Sie den Index beiseite und rufen Sie doctor --repair auf, das die gespeicherten Bilder neu verzeichnet.</translation>
-    </message>
-    <message>
-        <source>The index could not be read or written to the end. Check that its disk has room and can be written, and run doctor again.</source>
-        <translation>Der Index konnte nicht bis zum Ende gelesen oder geschrieben werden. Prüfen Sie, ob sein Datenträger Platz hat und beschreibbar ist, und rufen Sie doctor noch einmal auf.</translation>
-    </message>
-    <message>
-        <source>A count in the index isn&apos;t that of its images. --repair counts anew.</source>
-        <translation>Eine Anzahl im Index stimmt nicht mit seinen Bildern überein. --repair zählt neu.</translation>
-    </message>
-    <message>
-        <source>The state of a study or series isn&apos;t that of its images. --repair works it out anew.</source>
-        <translation>Der Zustand einer Studie oder Serie passt nicht zu ihren Bildern. --repair ermittelt ihn neu.</translation>
-    </message>
-    <message>
-        <source>A stored image is missing in the index, so that it isn&apos;t sent. --repair records it.</source>
-        <translation>Ein gespeichertes Bild fehlt im Index und wird deshalb nicht gesendet. --repair verzeichnet es.</translation>
-    </message>
-    <message>
-        <source>A stored file can&apos;t be read as an image. It is kept; look at it, and send the image again from the device that made it.</source>
-        <translation>Eine gespeicherte Datei ist nicht als Bild lesbar. Sie bleibt erhalten; sehen Sie sie an und senden Sie das Bild von dem Gerät, das es erzeugt hat, noch einmal.</translation>
-    </message>
-    <message>
-        <source>A stored file could not be looked at, since the reader of images didn&apos;t work. Run doctor again.</source>
-        <translation>Eine gespeicherte Datei konnte nicht angesehen werden, weil der Bildleser nicht arbeitete. Rufen Sie doctor noch einmal auf.</translation>
-    </message>
-    <message>
-        <source>The stored file of an image is gone, and the image isn&apos;t in the cloud. Put the file back from a backup, or send the image again from the device that made it.</source>
-        <translation>Die gespeicherte Datei eines Bildes ist verschwunden, und das Bild ist nicht in der Cloud. Legen Sie die Datei aus einer Sicherung zurück oder senden Sie das Bild von dem Gerät, das es erzeugt hat, noch einmal.</translation>
-    </message>
-    <message>
-        <source>The folder of a stored file can&apos;t be seen. Check that its disk is there; nothing is changed.</source>
-        <translation>Der Ordner einer gespeicherten Datei ist nicht zu sehen. Prüfen Sie, ob sein Datenträger da ist; es wird nichts geändert.</translation>
-    </message>
-    <message>
-        <source>An image in the index names no file, so that it can&apos;t be sent. Send it again from the device that made it.</source>
-        <translation>Ein Bild im Index nennt keine Datei und kann deshalb nicht gesendet werden. Senden Sie es von dem Gerät, das es erzeugt hat, noch einmal.</translation>
-    </message>
-    <message>
-        <source>The stored file of an image is gone, but the image is in the cloud. Nothing needs to be done.</source>
-        <translation>Die gespeicherte Datei eines Bildes ist verschwunden, aber das Bild ist in der Cloud. Es ist nichts zu tun.</translation>
-    </message>
-    <message>
-        <source>Another copy of an image that came more than once is kept. Nothing needs to be done.</source>
-        <translation>Von einem Bild, das mehrmals kam, ist noch eine Kopie aufbewahrt. Es ist nichts zu tun.</translation>
-    </message>
-    <message>
-        <source>A file that isn&apos;t an image lies among the stored ones. It is left alone.</source>
-        <translation>Unter den gespeicherten Dateien liegt eine, die kein Bild ist. Sie bleibt unberührt.</translation>
-    </message>
-    <message>
-        <source>The file of a deleted image waits to be removed. The gateway goes on trying.</source>
-        <translation>Die Datei eines gelöschten Bildes wartet darauf, entfernt zu werden. Das Gateway versucht es weiter.</translation>
-    </message>
-    <message>
-        <source>A received image waits in the incoming folder. It is taken in while the listener runs.</source>
-        <translation>Ein empfangenes Bild wartet im Eingangsordner. Es wird aufgenommen, solange der Listener läuft.</translation>
-    </message>
-    <message>
-        <source>A received object could not be read and is kept in the folder .rejected of the incoming folder. Look at it, and send it again from the device that made it; then move it away.</source>
-        <translation>Ein empfangenes Objekt war nicht lesbar und liegt im Ordner .rejected des Eingangsordners. Sehen Sie es an und senden Sie es von dem Gerät, das es erzeugt hat, noch einmal; legen Sie es dann beiseite.</translation>
-    </message>
+<context><name>DoctorFinding</name>
+<message><source>The index is damaged, and nothing is changed in it. Restore it from a backup; or end the gateway, move the index away and run doctor --repair, which records the stored images anew.</source><translation>Der Index ist beschädigt; darin wird nichts geändert. Stellen Sie ihn aus einer Sicherung wieder her; oder beenden Sie das Gateway, legen Sie den Index beiseite und rufen Sie doctor --repair auf, das die gespeicherten Bilder neu verzeichnet.</translation></message>
+<message><source>The index could not be read or written to the end. Check that its disk has room and can be written, and run doctor again.</source><translation>Der Index konnte nicht bis zum Ende gelesen oder geschrieben werden. Prüfen Sie, ob sein Datenträger Platz hat und beschreibbar ist, und rufen Sie doctor noch einmal auf.</translation></message>
+<message><source>A count in the index isn't that of its images. --repair counts anew.</source><translation>Eine Anzahl im Index stimmt nicht mit seinen Bildern überein. --repair zählt neu.</translation></message>
+<message><source>The state of a study or series isn't that of its images. --repair works it out anew.</source><translation>Der Zustand einer Studie oder Serie passt nicht zu ihren Bildern. --repair ermittelt ihn neu.</translation></message>
+<message><source>A stored image is missing in the index, so that it isn't sent. --repair records it.</source><translation>Ein gespeichertes Bild fehlt im Index und wird deshalb nicht gesendet. --repair verzeichnet es.</translation></message>
+<message><source>A stored file can't be read as an image. It is kept; look at it, and send the image again from the device that made it.</source><translation>Eine gespeicherte Datei ist nicht als Bild lesbar. Sie bleibt erhalten; sehen Sie sie an und senden Sie das Bild von dem Gerät, das es erzeugt hat, noch einmal.</translation></message>
+<message><source>A stored file could not be looked at, since the reader of images didn't work. Run doctor again.</source><translation>Eine gespeicherte Datei konnte nicht angesehen werden, weil der Bildleser nicht arbeitete. Rufen Sie doctor noch einmal auf.</translation></message>
+<message><source>The stored file of an image is gone, and the image isn't in the cloud. Put the file back from a backup, or send the image again from the device that made it.</source><translation>Die gespeicherte Datei eines Bildes ist verschwunden, und das Bild ist nicht in der Cloud. Legen Sie die Datei aus einer Sicherung zurück oder senden Sie das Bild von dem Gerät, das es erzeugt hat, noch einmal.</translation></message>
+<message><source>The folder of a stored file can't be seen. Check that its disk is there; nothing is changed.</source><translation>Der Ordner einer gespeicherten Datei ist nicht zu sehen. Prüfen Sie, ob sein Datenträger da ist; es wird nichts geändert.</translation></message>
+<message><source>An image in the index names no file, so that it can't be sent. Send it again from the device that made it.</source><translation>Ein Bild im Index nennt keine Datei und kann deshalb nicht gesendet werden. Senden Sie es von dem Gerät, das es erzeugt hat, noch einmal.</translation></message>
+<message><source>The stored file of an image is gone, but the image is in the cloud. Nothing needs to be done.</source><translation>Die gespeicherte Datei eines Bildes ist verschwunden, aber das Bild ist in der Cloud. Es ist nichts zu tun.</translation></message>
+<message><source>Another copy of an image that came more than once is kept. Nothing needs to be done.</source><translation>Von einem Bild, das mehrmals kam, ist noch eine Kopie aufbewahrt. Es ist nichts zu tun.</translation></message>
+<message><source>A file that isn't an image lies among the stored ones. It is left alone.</source><translation>Unter den gespeicherten Dateien liegt eine, die kein Bild ist. Sie bleibt unberührt.</translation></message>
+<message><source>The file of a deleted image waits to be removed. The gateway goes on trying.</source><translation>Die Datei eines gelöschten Bildes wartet darauf, entfernt zu werden. Das Gateway versucht es weiter.</translation></message>
+<message><source>A received image waits in the incoming folder. It is taken in while the listener runs.</source><translation>Ein empfangenes Bild wartet im Eingangsordner. Es wird aufgenommen, solange der Listener läuft.</translation></message>
+<message><source>A received object could not be read and is kept in the folder .rejected of the incoming folder. Look at it, and send it again from the device that made it; then move it away.</source><translation>Ein empfangenes Objekt war nicht lesbar und liegt im Ordner .rejected des Eingangsordners. Sehen Sie es an und senden Sie es von dem Gerät, das es erzeugt hat, noch einmal; legen Sie es dann beiseite.</translation></message>
 </context>
-<context>
-    <name>FailureSentence</name>
-    <message>
-        <source>The session with the cloud has ended. Images are still received and kept here. Sign in again, and they are sent.</source>
-        <translation>Die Anmeldung bei der Cloud ist abgelaufen. Bilder werden weiter empfangen und hier aufbewahrt. Melden Sie sich wieder an, dann werden sie gesendet.</translation>
-    </message>
-    <message>
-        <source>The cloud waits until its terms are accepted. Images are still received and kept here. Accept the terms, and they are sent.</source>
-        <translation>Die Cloud wartet, bis ihre Bedingungen angenommen sind. Bilder werden weiter empfangen und hier aufbewahrt. Nehmen Sie die Bedingungen an, dann werden sie gesendet.</translation>
-    </message>
-    <message>
-        <source>This account may not store images in the cloud. Images are still received and kept here. Ask whoever runs the cloud account to permit it.</source>
-        <translation>Dieses Konto darf keine Bilder in der Cloud ablegen. Bilder werden weiter empfangen und hier aufbewahrt. Bitten Sie, wer das Cloud-Konto verwaltet, es zu erlauben.</translation>
-    </message>
-    <message>
-        <source>The cloud&apos;s storage allowance is used up. Images are kept here and sent when there is room. Delete studies there that are no longer needed, or ask for more room.</source>
-        <translation>Der Speicherplatz in der Cloud ist aufgebraucht. Bilder werden hier aufbewahrt und gesendet, sobald Platz ist. Löschen Sie dort Studien, die nicht mehr gebraucht werden, oder lassen Sie sich mehr Platz geben.</translation>
-    </message>
-    <message>
-        <source>The cloud had no room for the image at that moment. It is kept here and sent again with the next upload. If this goes on, tell whoever runs the cloud.</source>
-        <translation>Die Cloud hatte in diesem Augenblick keinen Platz für das Bild. Es wird hier aufbewahrt und beim nächsten Hochladen wieder gesendet. Geht das so weiter, sagen Sie es dem Betreiber der Cloud.</translation>
-    </message>
-    <message>
-        <source>The image is larger than the cloud takes. It is kept here, and other images are sent. Ask whoever runs the cloud to allow larger ones.</source>
-        <translation>Das Bild ist größer, als die Cloud annimmt. Es wird hier aufbewahrt, andere Bilder werden gesendet. Bitten Sie den Betreiber der Cloud, größere zu erlauben.</translation>
-    </message>
-    <message>
-        <source>The cloud was too busy for the image. It is kept here and sent again with the next upload. Nothing needs to be done.</source>
-        <translation>Die Cloud war für das Bild zu beschäftigt. Es wird hier aufbewahrt und beim nächsten Hochladen wieder gesendet. Es ist nichts zu tun.</translation>
-    </message>
-    <message>
-        <source>The cloud has a fault of its own. Images are kept here and sent again with the next upload. If this lasts for hours, tell whoever runs the cloud.</source>
-        <translation>Die Cloud hat selbst eine Störung. Bilder werden hier aufbewahrt und beim nächsten Hochladen wieder gesendet. Dauert das Stunden, sagen Sie es dem Betreiber der Cloud.</translation>
-    </message>
-    <message>
-        <source>Nothing at the cloud&apos;s address takes images. Images are still received and kept here. Check the address of the cloud.</source>
-        <translation>Unter der Adresse der Cloud nimmt niemand Bilder an. Bilder werden weiter empfangen und hier aufbewahrt. Prüfen Sie die Adresse der Cloud.</translation>
-    </message>
-    <message>
-        <source>Something else answered in the cloud&apos;s place. Images are still received and kept here. Check the address of the cloud, and whether this network asks for a sign-in of its own.</source>
-        <translation>Statt der Cloud hat etwas anderes geantwortet. Bilder werden weiter empfangen und hier aufbewahrt. Prüfen Sie die Adresse der Cloud und ob dieses Netz eine eigene Anmeldung verlangt.</translation>
-    </message>
-    <message>
-        <source>The cloud did not take the image. It is kept here and tried again with each upload. If this goes on, tell whoever runs the cloud.</source>
-        <translation>Die Cloud hat das Bild nicht angenommen. Es wird hier aufbewahrt und bei jedem Hochladen wieder versucht. Geht das so weiter, sagen Sie es dem Betreiber der Cloud.</translation>
-    </message>
-    <message>
-        <source>The cloud does not take images of this kind. They are kept here, and other images are sent. Ask whoever runs the cloud to take them.</source>
-        <translation>Die Cloud nimmt Bilder dieser Art nicht an. Sie werden hier aufbewahrt, andere Bilder werden gesendet. Bitten Sie den Betreiber der Cloud, sie anzunehmen.</translation>
-    </message>
-    <message>
-        <source>The cloud found something wrong with what the image says of itself. It is kept here, and other images are sent. Have the device that made it checked, and send the image again from there.</source>
-        <translation>Die Cloud fand die Angaben des Bildes fehlerhaft. Es wird hier aufbewahrt, andere Bilder werden gesendet. Lassen Sie das Gerät prüfen, das es erzeugt hat, und senden Sie das Bild von dort noch einmal.</translation>
-    </message>
-    <message>
-        <source>The cloud could not read the image. It is kept here, and other images are sent. Look at it on the device that made it, and send it again from there.</source>
-        <translation>Die Cloud konnte das Bild nicht lesen. Es wird hier aufbewahrt, andere Bilder werden gesendet. Sehen Sie es auf dem Gerät an, das es erzeugt hat, und senden Sie es von dort noch einmal.</translation>
-    </message>
-    <message>
-        <source>The image could not be compressed, and the cloud did not take it as it is. It is kept here, and other images are sent. Look at it on the device that made it, and send it again from there.</source>
-        <translation>Das Bild ließ sich nicht komprimieren, und unverändert nahm die Cloud es nicht an. Es wird hier aufbewahrt, andere Bilder werden gesendet. Sehen Sie es auf dem Gerät an, das es erzeugt hat, und senden Sie es von dort noch einmal.</translation>
-    </message>
-    <message>
-        <source>The cloud did not confirm that it keeps the image. It is kept here and sent again with the next upload. If this goes on, tell whoever runs the cloud.</source>
-        <translation>Die Cloud hat nicht bestätigt, dass sie das Bild verwahrt. Es wird hier aufbewahrt und beim nächsten Hochladen wieder gesendet. Geht das so weiter, sagen Sie es dem Betreiber der Cloud.</translation>
-    </message>
-    <message>
-        <source>The address of the cloud could not be found. Images are still received and kept here, and are sent when the cloud is found. Check the network and the address of the cloud.</source>
-        <translation>Die Adresse der Cloud war nicht zu finden. Bilder werden weiter empfangen, hier aufbewahrt und gesendet, sobald die Cloud gefunden ist. Prüfen Sie das Netz und die Adresse der Cloud.</translation>
-    </message>
-    <message>
-        <source>The cloud could not be reached. Images are still received and kept here, and are sent when it can be. Check the network.</source>
-        <translation>Die Cloud war nicht erreichbar. Bilder werden weiter empfangen, hier aufbewahrt und gesendet, sobald sie es ist. Prüfen Sie das Netz.</translation>
-    </message>
-    <message>
-        <source>No secure connection to the cloud could be made. Images are still received and kept here. Check the date of this computer, and the cloud&apos;s certificate.</source>
-        <translation>Es kam keine sichere Verbindung zur Cloud zustande. Bilder werden weiter empfangen und hier aufbewahrt. Prüfen Sie das Datum dieses Rechners und das Zertifikat der Cloud.</translation>
-    </message>
-    <message>
-        <source>The cloud did not answer in time. Images are kept here and sent again with the next upload. If this goes on, check the network.</source>
-        <translation>Die Cloud hat nicht rechtzeitig geantwortet. Bilder werden hier aufbewahrt und beim nächsten Hochladen wieder gesendet. Geht das so weiter, prüfen Sie das Netz.</translation>
-    </message>
-    <message>
-        <source>The connection to the cloud was lost. Images are kept here and sent again with the next upload. If this goes on, check the network.</source>
-        <translation>Die Verbindung zur Cloud ging verloren. Bilder werden hier aufbewahrt und beim nächsten Hochladen wieder gesendet. Geht das so weiter, prüfen Sie das Netz.</translation>
-    </message>
-    <message>
-        <source>The stored file of the image is gone. Other images are sent. Put it back from a backup, or send the image again from the device that made it.</source>
-        <translation>Die gespeicherte Datei des Bildes ist verschwunden. Andere Bilder werden gesendet. Legen Sie sie aus einer Sicherung zurück oder senden Sie das Bild von dem Gerät, das es erzeugt hat, noch einmal.</translation>
-    </message>
-    <message>
-        <source>The stored file of the image could not be read. It is left as it is, and other images are sent. Check the disk, and send the image again from the device that made it.</source>
-        <translation>Die gespeicherte Datei des Bildes war nicht lesbar. Sie bleibt, wie sie ist, andere Bilder werden gesendet. Prüfen Sie den Datenträger und senden Sie das Bild von dem Gerät, das es erzeugt hat, noch einmal.</translation>
-    </message>
-    <message>
-        <source>The upload failed for another reason. Images are kept here and tried again with each upload. If this goes on, report the problem.</source>
-        <translation>Das Hochladen scheiterte aus einem anderen Grund. Bilder werden hier aufbewahrt und bei jedem Hochladen wieder versucht. Geht das so weiter, melden Sie das Problem.</translation>
-    </message>
+<context><name>FailureSentence</name>
+<message><source>The session with the cloud has ended. Images are still received and kept here. Sign in again, and they are sent.</source><translation>Die Anmeldung bei der Cloud ist abgelaufen. Bilder werden weiter empfangen und hier aufbewahrt. Melden Sie sich wieder an, dann werden sie gesendet.</translation></message>
+<message><source>The cloud waits until its terms are accepted. Images are still received and kept here. Accept the terms, and they are sent.</source><translation>Die Cloud wartet, bis ihre Bedingungen angenommen sind. Bilder werden weiter empfangen und hier aufbewahrt. Nehmen Sie die Bedingungen an, dann werden sie gesendet.</translation></message>
+<message><source>This account may not store images in the cloud. Images are still received and kept here. Ask whoever runs the cloud account to permit it.</source><translation>Dieses Konto darf keine Bilder in der Cloud ablegen. Bilder werden weiter empfangen und hier aufbewahrt. Bitten Sie, wer das Cloud-Konto verwaltet, es zu erlauben.</translation></message>
+<message><source>The cloud's storage allowance is used up. Images are kept here and sent when there is room. Delete studies there that are no longer needed, or ask for more room.</source><translation>Der Speicherplatz in der Cloud ist aufgebraucht. Bilder werden hier aufbewahrt und gesendet, sobald Platz ist. Löschen Sie dort Studien, die nicht mehr gebraucht werden, oder lassen Sie sich mehr Platz geben.</translation></message>
+<message><source>The cloud had no room for the image at that moment. It is kept here and sent again with the next upload. If this goes on, tell whoever runs the cloud.</source><translation>Die Cloud hatte in diesem Augenblick keinen Platz für das Bild. Es wird hier aufbewahrt und beim nächsten Hochladen wieder gesendet. Geht das so weiter, sagen Sie es dem Betreiber der Cloud.</translation></message>
+<message><source>The image is larger than the cloud takes. It is kept here, and other images are sent. Ask whoever runs the cloud to allow larger ones.</source><translation>Das Bild ist größer, als die Cloud annimmt. Es wird hier aufbewahrt, andere Bilder werden gesendet. Bitten Sie den Betreiber der Cloud, größere zu erlauben.</translation></message>
+<message><source>The cloud was too busy for the image. It is kept here and sent again with the next upload. Nothing needs to be done.</source><translation>Die Cloud war für das Bild zu beschäftigt. Es wird hier aufbewahrt und beim nächsten Hochladen wieder gesendet. Es ist nichts zu tun.</translation></message>
+<message><source>The cloud has a fault of its own. Images are kept here and sent again with the next upload. If this lasts for hours, tell whoever runs the cloud.</source><translation>Die Cloud hat selbst eine Störung. Bilder werden hier aufbewahrt und beim nächsten Hochladen wieder gesendet. Dauert das Stunden, sagen Sie es dem Betreiber der Cloud.</translation></message>
+<message><source>Nothing at the cloud's address takes images. Images are still received and kept here. Check the address of the cloud.</source><translation>Unter der Adresse der Cloud nimmt niemand Bilder an. Bilder werden weiter empfangen und hier aufbewahrt. Prüfen Sie die Adresse der Cloud.</translation></message>
+<message><source>Something else answered in the cloud's place. Images are still received and kept here. Check the address of the cloud, and whether this network asks for a sign-in of its own.</source><translation>Statt der Cloud hat etwas anderes geantwortet. Bilder werden weiter empfangen und hier aufbewahrt. Prüfen Sie die Adresse der Cloud und ob dieses Netz eine eigene Anmeldung verlangt.</translation></message>
+<message><source>The cloud did not take the image. It is kept here and tried again with each upload. If this goes on, tell whoever runs the cloud.</source><translation>Die Cloud hat das Bild nicht angenommen. Es wird hier aufbewahrt und bei jedem Hochladen wieder versucht. Geht das so weiter, sagen Sie es dem Betreiber der Cloud.</translation></message>
+<message><source>The cloud does not take images of this kind. They are kept here, and other images are sent. Ask whoever runs the cloud to take them.</source><translation>Die Cloud nimmt Bilder dieser Art nicht an. Sie werden hier aufbewahrt, andere Bilder werden gesendet. Bitten Sie den Betreiber der Cloud, sie anzunehmen.</translation></message>
+<message><source>The cloud found something wrong with what the image says of itself. It is kept here, and other images are sent. Have the device that made it checked, and send the image again from there.</source><translation>Die Cloud fand die Angaben des Bildes fehlerhaft. Es wird hier aufbewahrt, andere Bilder werden gesendet. Lassen Sie das Gerät prüfen, das es erzeugt hat, und senden Sie das Bild von dort noch einmal.</translation></message>
+<message><source>The cloud could not read the image. It is kept here, and other images are sent. Look at it on the device that made it, and send it again from there.</source><translation>Die Cloud konnte das Bild nicht lesen. Es wird hier aufbewahrt, andere Bilder werden gesendet. Sehen Sie es auf dem Gerät an, das es erzeugt hat, und senden Sie es von dort noch einmal.</translation></message>
+<message><source>The image could not be compressed, and the cloud did not take it as it is. It is kept here, and other images are sent. Look at it on the device that made it, and send it again from there.</source><translation>Das Bild ließ sich nicht komprimieren, und unverändert nahm die Cloud es nicht an. Es wird hier aufbewahrt, andere Bilder werden gesendet. Sehen Sie es auf dem Gerät an, das es erzeugt hat, und senden Sie es von dort noch einmal.</translation></message>
+<message><source>The cloud did not confirm that it keeps the image. It is kept here and sent again with the next upload. If this goes on, tell whoever runs the cloud.</source><translation>Die Cloud hat nicht bestätigt, dass sie das Bild verwahrt. Es wird hier aufbewahrt und beim nächsten Hochladen wieder gesendet. Geht das so weiter, sagen Sie es dem Betreiber der Cloud.</translation></message>
+<message><source>The address of the cloud could not be found. Images are still received and kept here, and are sent when the cloud is found. Check the network and the address of the cloud.</source><translation>Die Adresse der Cloud war nicht zu finden. Bilder werden weiter empfangen, hier aufbewahrt und gesendet, sobald die Cloud gefunden ist. Prüfen Sie das Netz und die Adresse der Cloud.</translation></message>
+<message><source>The cloud could not be reached. Images are still received and kept here, and are sent when it can be. Check the network.</source><translation>Die Cloud war nicht erreichbar. Bilder werden weiter empfangen, hier aufbewahrt und gesendet, sobald sie es ist. Prüfen Sie das Netz.</translation></message>
+<message><source>No secure connection to the cloud could be made. Images are still received and kept here. Check the date of this computer, and the cloud's certificate.</source><translation>Es kam keine sichere Verbindung zur Cloud zustande. Bilder werden weiter empfangen und hier aufbewahrt. Prüfen Sie das Datum dieses Rechners und das Zertifikat der Cloud.</translation></message>
+<message><source>The cloud did not answer in time. Images are kept here and sent again with the next upload. If this goes on, check the network.</source><translation>Die Cloud hat nicht rechtzeitig geantwortet. Bilder werden hier aufbewahrt und beim nächsten Hochladen wieder gesendet. Geht das so weiter, prüfen Sie das Netz.</translation></message>
+<message><source>The connection to the cloud was lost. Images are kept here and sent again with the next upload. If this goes on, check the network.</source><translation>Die Verbindung zur Cloud ging verloren. Bilder werden hier aufbewahrt und beim nächsten Hochladen wieder gesendet. Geht das so weiter, prüfen Sie das Netz.</translation></message>
+<message><source>The stored file of the image is gone. Other images are sent. Put it back from a backup, or send the image again from the device that made it.</source><translation>Die gespeicherte Datei des Bildes ist verschwunden. Andere Bilder werden gesendet. Legen Sie sie aus einer Sicherung zurück oder senden Sie das Bild von dem Gerät, das es erzeugt hat, noch einmal.</translation></message>
+<message><source>The stored file of the image could not be read. It is left as it is, and other images are sent. Check the disk, and send the image again from the device that made it.</source><translation>Die gespeicherte Datei des Bildes war nicht lesbar. Sie bleibt, wie sie ist, andere Bilder werden gesendet. Prüfen Sie den Datenträger und senden Sie das Bild von dem Gerät, das es erzeugt hat, noch einmal.</translation></message>
+<message><source>The upload failed for another reason. Images are kept here and tried again with each upload. If this goes on, report the problem.</source><translation>Das Hochladen scheiterte aus einem anderen Grund. Bilder werden hier aufbewahrt und bei jedem Hochladen wieder versucht. Geht das so weiter, melden Sie das Problem.</translation></message>
 </context>
-<context>
-    <name>LogScreenWords</name>
-    <message>
-        <source>Debug</source>
-        <translation>Debug</translation>
-    </message>
-    <message>
-        <source>Info</source>
-        <translation>Info</translation>
-    </message>
-    <message>
-        <source>Warning</source>
-        <translation>Warnung</translation>
-    </message>
-    <message>
-        <source>Error</source>
-        <translation>Fehler</translation>
-    </message>
-    <message>
-        <source>All Levels</source>
-        <translation>Alle Stufen</translation>
-    </message>
-    <message>
-        <source>Listener</source>
-        <translation>Listener</translation>
-    </message>
-    <message>
-        <source>Receive</source>
-        <translation>Empfang</translation>
-    </message>
-    <message>
-        <source>Send</source>
-        <translation>Senden</translation>
-    </message>
-    <message>
-        <source>Upload Queue</source>
-        <translation>Warteschlange</translation>
-    </message>
-    <message>
-        <source>Quorin Cloud</source>
-        <translation>Quorin Cloud</translation>
-    </message>
-    <message>
-        <source>All Categories</source>
-        <translation>Alle Bereiche</translation>
-    </message>
-    <message>
-        <source>Updater</source>
-        <translation>Aktualisierung</translation>
-    </message>
+<context><name>LogScreenWords</name>
+<message><source>Debug</source><translation>Debug</translation></message>
+<message><source>Info</source><translation>Info</translation></message>
+<message><source>Warning</source><translation>Warnung</translation></message>
+<message><source>Error</source><translation>Fehler</translation></message>
+<message><source>All Levels</source><translation>Alle Stufen</translation></message>
+<message><source>Listener</source><translation>Listener</translation></message>
+<message><source>Receive</source><translation>Empfang</translation></message>
+<message><source>Send</source><translation>Senden</translation></message>
+<message><source>Upload Queue</source><translation>Warteschlange</translation></message>
+<message><source>Quorin Cloud</source><translation>Quorin Cloud</translation></message>
+<message><source>All Categories</source><translation>Alle Bereiche</translation></message>
+<message><source>Updater</source><translation>Aktualisierung</translation></message>
 </context>
-<context>
-    <name>PackagedUpkeep</name>
-    <message>
-        <source>Updates Come With the System</source>
-        <translation>Updates kommen mit dem System</translation>
-    </message>
-    <message>
-        <source>This is version %1. Your system&apos;s package manager keeps the gateway up to date; the gateway itself doesn&apos;t look for newer versions.</source>
-        <translation>Dies ist Version %1. Die Paketverwaltung Ihres Systems hält das Gateway aktuell; das Gateway selbst sucht nicht nach neueren Versionen.</translation>
-    </message>
+<context><name>PackagedUpkeep</name>
+<message><source>Updates Come With the System</source><translation>Updates kommen mit dem System</translation></message>
+<message><source>This is version %1. Your system's package manager keeps the gateway up to date; the gateway itself doesn't look for newer versions.</source><translation>Dies ist Version %1. Die Paketverwaltung Ihres Systems hält das Gateway aktuell; das Gateway selbst sucht nicht nach neueren Versionen.</translation></message>
 </context>
-<context>
-    <name>StatusBarController</name>
-    <message>
-        <source>Quorin Gateway</source>
-        <translation>Quorin Gateway</translation>
-    </message>
+<context><name>StatusBarController</name>
+<message><source>Quorin Gateway</source><translation>Quorin Gateway</translation></message>
 </context>
-<context>
-    <name>TransferActivity</name>
-    <message>
-        <source>Received</source>
-        <translation>Empfangen</translation>
-    </message>
-    <message>
-        <source>Sent</source>
-        <translation>Gesendet</translation>
-    </message>
-    <message>
-        <source>Last 1 hour</source>
-        <translation>Letzte Stunde</translation>
-    </message>
-    <message>
-        <source>Last 4 hours</source>
-        <translation>Letzte 4 Stunden</translation>
-    </message>
-    <message>
-        <source>Last 24 hours</source>
-        <translation>Letzte 24 Stunden</translation>
-    </message>
-    <message>
-        <source>Last 7 days</source>
-        <translation>Letzte 7 Tage</translation>
-    </message>
-    <message>
-        <source>Last 30 days</source>
-        <translation>Letzte 30 Tage</translation>
-    </message>
+<context><name>TransferActivity</name>
+<message><source>Received</source><translation>Empfangen</translation></message>
+<message><source>Sent</source><translation>Gesendet</translation></message>
+<message><source>Last 1 hour</source><translation>Letzte Stunde</translation></message>
+<message><source>Last 4 hours</source><translation>Letzte 4 Stunden</translation></message>
+<message><source>Last 24 hours</source><translation>Letzte 24 Stunden</translation></message>
+<message><source>Last 7 days</source><translation>Letzte 7 Tage</translation></message>
+<message><source>Last 30 days</source><translation>Letzte 30 Tage</translation></message>
 </context>
-<context>
-    <name>gateway::shell::BugReportWindow</name>
-    <message>
-        <source>Issue is reproducible</source>
-        <translation>Das Problem lässt sich wiederholen</translation>
-    </message>
-    <message>
-        <source>Submit</source>
-        <translation>Absenden</translation>
-    </message>
-    <message>
-        <source>Report a Bug</source>
-        <translation>Fehler melden</translation>
-    </message>
-    <message>
-        <source>Issue Details</source>
-        <translation>Zum Problem</translation>
-    </message>
-    <message>
-        <source>Please include steps to reproduce and expected behavior. Leave out what could name a patient.</source>
-        <translation>Beschreiben Sie bitte die Schritte und was Sie erwartet haben. Lassen Sie weg, was einen Patienten nennen könnte.</translation>
-    </message>
-    <message>
-        <source>Description</source>
-        <translation>Beschreibung</translation>
-    </message>
-    <message>
-        <source>Close</source>
-        <translation>Schließen</translation>
-    </message>
-    <message>
-        <source>Failed to Send</source>
-        <translation>Senden gescheitert</translation>
-    </message>
+<context><name>gateway::shell::BugReportWindow</name>
+<message><source>Issue is reproducible</source><translation>Das Problem lässt sich wiederholen</translation></message>
+<message><source>Submit</source><translation>Absenden</translation></message>
+<message><source>Report a Bug</source><translation>Fehler melden</translation></message>
+<message><source>Issue Details</source><translation>Zum Problem</translation></message>
+<message><source>Please include steps to reproduce and expected behavior. Leave out what could name a patient.</source><translation>Beschreiben Sie bitte die Schritte und was Sie erwartet haben. Lassen Sie weg, was einen Patienten nennen könnte.</translation></message>
+<message><source>Description</source><translation>Beschreibung</translation></message>
+<message><source>Close</source><translation>Schließen</translation></message>
+<message><source>Failed to Send</source><translation>Senden gescheitert</translation></message>
 </context>
-<context>
-    <name>gateway::shell::Button</name>
-    <message>
-        <source>Busy</source>
-        <translation>Beschäftigt</translation>
-    </message>
+<context><name>gateway::shell::Button</name>
+<message><source>Busy</source><translation>Beschäftigt</translation></message>
 </context>
-<context>
-    <name>gateway::shell::CardNotice</name>
-    <message>
-        <source>%1. %2</source>
-        <translation>%1. %2</translation>
-    </message>
+<context><name>gateway::shell::CardNotice</name>
+<message><source>%1. %2</source><translation>%1. %2</translation></message>
 </context>
-<context>
-    <name>gateway::shell::DashboardHeader</name>
-    <message>
-        <source>View Logs</source>
-        <translation>Protokoll</translation>
-    </message>
-    <message>
-        <source>Preferences</source>
-        <translation>Einstellungen</translation>
-    </message>
-    <message>
-        <source>Manual Upload</source>
-        <translation>Von Hand hochladen</translation>
-    </message>
-    <message>
-        <source>Preferences (Ctrl+,)</source>
-        <translation>Einstellungen (Strg+,)</translation>
-    </message>
-    <message>
-        <source>Import files or folders from this computer</source>
-        <translation>Dateien oder Ordner von diesem Rechner einlesen</translation>
-    </message>
-    <message>
-        <source>Transfer event logs</source>
-        <translation>Übertragungsprotokoll</translation>
-    </message>
+<context><name>gateway::shell::DashboardHeader</name>
+<message><source>View Logs</source><translation>Protokoll</translation></message>
+<message><source>Preferences</source><translation>Einstellungen</translation></message>
+<message><source>Manual Upload</source><translation>Von Hand hochladen</translation></message>
+<message><source>Preferences (Ctrl+,)</source><translation>Einstellungen (Strg+,)</translation></message>
+<message><source>Import files or folders from this computer</source><translation>Dateien oder Ordner von diesem Rechner einlesen</translation></message>
+<message><source>Transfer event logs</source><translation>Übertragungsprotokoll</translation></message>
 </context>
-<context>
-    <name>gateway::shell::DashboardSidebar</name>
-    <message>
-        <source>Dashboard</source>
-        <translation>Übersicht</translation>
-    </message>
-    <message>
-        <source>Logs</source>
-        <translation>Protokoll</translation>
-    </message>
+<context><name>gateway::shell::DashboardSidebar</name>
+<message><source>Dashboard</source><translation>Übersicht</translation></message>
+<message><source>Logs</source><translation>Protokoll</translation></message>
 </context>
-<context>
-    <name>gateway::shell::DashboardView</name>
-    <message>
-        <source>Menu</source>
-        <translation>Menü</translation>
-    </message>
+<context><name>gateway::shell::DashboardView</name>
+<message><source>Menu</source><translation>Menü</translation></message>
 </context>
-<context>
-    <name>gateway::shell::DimseImportCard</name>
-    <message>
-        <source>Open Local Studies</source>
-        <translation>Lokale Studien öffnen</translation>
-    </message>
-    <message>
-        <source>Studies</source>
-        <translation>Studien</translation>
-    </message>
-    <message>
-        <source>Series</source>
-        <translation>Serien</translation>
-    </message>
-    <message>
-        <source>Images</source>
-        <translation>Bilder</translation>
-    </message>
-    <message>
-        <source>Local storage</source>
-        <translation>Lokaler Speicher</translation>
-    </message>
-    <message>
-        <source>Received Items</source>
-        <translation>Empfangen</translation>
-    </message>
-    <message>
-        <source>Used: %1
-Free: %2</source>
-        <translation>Belegt: %1
-Frei: %2</translation>
-    </message>
+<context><name>gateway::shell::DimseImportCard</name>
+<message><source>Open Local Studies</source><translation>Lokale Studien öffnen</translation></message>
+<message><source>Studies</source><translation>Studien</translation></message>
+<message><source>Series</source><translation>Serien</translation></message>
+<message><source>Images</source><translation>Bilder</translation></message>
+<message><source>Local storage</source><translation>Lokaler Speicher</translation></message>
+<message><source>Received Items</source><translation>Empfangen</translation></message>
+<message><source>Used: %1&#10;Free: %2</source><translation>Belegt: %1&#10;Frei: %2</translation></message>
 </context>
-<context>
-    <name>gateway::shell::DownArrowFlowOverlay</name>
-    <message>
-        <source>Images are coming in</source>
-        <translation>Bilder kommen an</translation>
-    </message>
-    <message>
-        <source>No images are coming in</source>
-        <translation>Es kommen keine Bilder an</translation>
-    </message>
+<context><name>gateway::shell::DownArrowFlowOverlay</name>
+<message><source>Images are coming in</source><translation>Bilder kommen an</translation></message>
+<message><source>No images are coming in</source><translation>Es kommen keine Bilder an</translation></message>
 </context>
-<context>
-    <name>gateway::shell::DropArea</name>
-    <message>
-        <source>Drop DICOM Files Or Folders</source>
-        <translation>DICOM-Dateien oder Ordner hier ablegen</translation>
-    </message>
-    <message>
-        <source>Uses the same pipeline as Manual Import</source>
-        <translation>Derselbe Weg wie beim Einlesen von Hand</translation>
-    </message>
-    <message>
-        <source>Click to choose files or folders</source>
-        <translation>Klicken, um Dateien oder Ordner zu wählen</translation>
-    </message>
-    <message>
-        <source>Import Started</source>
-        <translation>Einlesen begonnen</translation>
-    </message>
+<context><name>gateway::shell::DropArea</name>
+<message><source>Drop DICOM Files Or Folders</source><translation>DICOM-Dateien oder Ordner hier ablegen</translation></message>
+<message><source>Uses the same pipeline as Manual Import</source><translation>Derselbe Weg wie beim Einlesen von Hand</translation></message>
+<message><source>Click to choose files or folders</source><translation>Klicken, um Dateien oder Ordner zu wählen</translation></message>
+<message><source>Import Started</source><translation>Einlesen begonnen</translation></message>
 </context>
-<context>
-    <name>gateway::shell::Figure</name>
-    <message>
-        <source>%1: %2</source>
-        <translation>%1: %2</translation>
-    </message>
+<context><name>gateway::shell::Figure</name>
+<message><source>%1: %2</source><translation>%1: %2</translation></message>
 </context>
-<context>
-    <name>gateway::shell::ImportDialog</name>
-    <message>
-        <source>Import DICOM Files</source>
-        <translation>DICOM-Dateien importieren</translation>
-    </message>
-    <message>
-        <source>Select files and folders to import DICOM files.</source>
-        <translation>Dateien und Ordner wählen, aus denen DICOM-Dateien importiert werden.</translation>
-    </message>
-    <message>
-        <source>Import</source>
-        <translation>Importieren</translation>
-    </message>
-    <message>
-        <source>Enclosing folder</source>
-        <translation>Übergeordneter Ordner</translation>
-    </message>
-    <message>
-        <source>Enclosing folder (Backspace)</source>
-        <translation>Übergeordneter Ordner (Rücktaste)</translation>
-    </message>
-    <message>
-        <source>Cancel</source>
-        <translation>Abbrechen</translation>
-    </message>
-    <message>
-        <source>Files and folders</source>
-        <translation>Dateien und Ordner</translation>
-    </message>
-    <message>
-        <source>Places</source>
-        <translation>Orte</translation>
-    </message>
-    <message>
-        <source>Home</source>
-        <translation>Persönlicher Ordner</translation>
-    </message>
-    <message>
-        <source>Desktop</source>
-        <translation>Schreibtisch</translation>
-    </message>
-    <message>
-        <source>Documents</source>
-        <translation>Dokumente</translation>
-    </message>
-    <message>
-        <source>Downloads</source>
-        <translation>Downloads</translation>
-    </message>
-    <message>
-        <source>This computer</source>
-        <translation>Dieser Computer</translation>
-    </message>
-    <message>
-        <source>Nothing is selected</source>
-        <translation>Nichts ausgewählt</translation>
-    </message>
-    <message>
-        <source>1 item is selected</source>
-        <translation>1 Objekt ausgewählt</translation>
-    </message>
-    <message>
-        <source>%L1 items are selected</source>
-        <translation>%L1 Objekte ausgewählt</translation>
-    </message>
+<context><name>gateway::shell::ImportDialog</name>
+<message><source>Import DICOM Files</source><translation>DICOM-Dateien importieren</translation></message>
+<message><source>Select files and folders to import DICOM files.</source><translation>Dateien und Ordner wählen, aus denen DICOM-Dateien importiert werden.</translation></message>
+<message><source>Import</source><translation>Importieren</translation></message>
+<message><source>Enclosing folder</source><translation>Übergeordneter Ordner</translation></message>
+<message><source>Enclosing folder (Backspace)</source><translation>Übergeordneter Ordner (Rücktaste)</translation></message>
+<message><source>Cancel</source><translation>Abbrechen</translation></message>
+<message><source>Files and folders</source><translation>Dateien und Ordner</translation></message>
+<message><source>Places</source><translation>Orte</translation></message>
+<message><source>Home</source><translation>Persönlicher Ordner</translation></message>
+<message><source>Desktop</source><translation>Schreibtisch</translation></message>
+<message><source>Documents</source><translation>Dokumente</translation></message>
+<message><source>Downloads</source><translation>Downloads</translation></message>
+<message><source>This computer</source><translation>Dieser Computer</translation></message>
+<message><source>Nothing is selected</source><translation>Nichts ausgewählt</translation></message>
+<message><source>1 item is selected</source><translation>1 Objekt ausgewählt</translation></message>
+<message><source>%L1 items are selected</source><translation>%L1 Objekte ausgewählt</translation></message>
 </context>
-<context>
-    <name>gateway::shell::ImportProgressCard</name>
-    <message>
-        <source>Imports</source>
-        <translation>Einlesen</translation>
-    </message>
-    <message>
-        <source>Importing</source>
-        <translation>Liest ein</translation>
-    </message>
-    <message>
-        <source>Stop</source>
-        <translation>Anhalten</translation>
-    </message>
-    <message>
-        <source>Dismiss</source>
-        <translation>Schließen</translation>
-    </message>
-    <message>
-        <source>Ended. The logs tell what became of it.</source>
-        <translation>Beendet. Was daraus wurde, steht im Protokoll.</translation>
-    </message>
+<context><name>gateway::shell::ImportProgressCard</name>
+<message><source>Imports</source><translation>Einlesen</translation></message>
+<message><source>Importing</source><translation>Liest ein</translation></message>
+<message><source>Stop</source><translation>Anhalten</translation></message>
+<message><source>Dismiss</source><translation>Schließen</translation></message>
+<message><source>Ended. The logs tell what became of it.</source><translation>Beendet. Was daraus wurde, steht im Protokoll.</translation></message>
 </context>
-<context>
-    <name>gateway::shell::ImportWords</name>
-    <message>
-        <source>less than a minute left</source>
-        <translation>noch unter einer Minute</translation>
-    </message>
-    <message>
-        <source>%1 min left</source>
-        <translation>noch %1 min</translation>
-    </message>
-    <message>
-        <source>%1 h %2 min left</source>
-        <translation>noch %1 h %2 min</translation>
-    </message>
-    <message>
-        <source>%1 not DICOM</source>
-        <translation>%1 kein DICOM</translation>
-    </message>
-    <message>
-        <source>%1 can&apos;t be read</source>
-        <translation>%1 nicht lesbar</translation>
-    </message>
-    <message>
-        <source>%1 no ordinary file</source>
-        <translation>%1 keine gewöhnliche Datei</translation>
-    </message>
-    <message>
-        <source>%1 damaged archive</source>
-        <translation>%1 beschädigtes Archiv</translation>
-    </message>
-    <message>
-        <source>%1 archive with a password</source>
-        <translation>%1 Archiv mit Passwort</translation>
-    </message>
-    <message>
-        <source>%1 archive too large</source>
-        <translation>%1 zu großes Archiv</translation>
-    </message>
-    <message>
-        <source>%1 archive in too many archives</source>
-        <translation>%1 zu tief verschachteltes Archiv</translation>
-    </message>
-    <message>
-        <source>%1 could not be stored here</source>
-        <translation>%1 nicht speicherbar</translation>
-    </message>
-    <message>
-        <source>Waiting for the import before it</source>
-        <translation>Wartet auf das Einlesen davor</translation>
-    </message>
-    <message>
-        <source>Looking for files: %1 found</source>
-        <translation>Sucht Dateien: %1 gefunden</translation>
-    </message>
-    <message>
-        <source>%1 of %2 files</source>
-        <translation>%1 von %2 Dateien</translation>
-    </message>
-    <message>
-        <source>unpacking an archive</source>
-        <translation>packt ein Archiv aus</translation>
-    </message>
-    <message>
-        <source>%1/s</source>
-        <translation>%1/s</translation>
-    </message>
-    <message>
-        <source>Stopped before anything was imported</source>
-        <translation>Angehalten, bevor etwas eingelesen war</translation>
-    </message>
-    <message>
-        <source>No files found</source>
-        <translation>Keine Dateien gefunden</translation>
-    </message>
-    <message>
-        <source>No DICOM files were imported</source>
-        <translation>Es wurden keine DICOM-Dateien eingelesen</translation>
-    </message>
-    <message>
-        <source>Imported %1 of %2 files</source>
-        <translation>%1 von %2 Dateien eingelesen</translation>
-    </message>
-    <message>
-        <source>%1, then stopped</source>
-        <translation>%1, dann angehalten</translation>
-    </message>
-    <message>
-        <source>%1: %2</source>
-        <translation>%1: %2</translation>
-    </message>
+<context><name>gateway::shell::ImportWords</name>
+<message><source>less than a minute left</source><translation>noch unter einer Minute</translation></message>
+<message><source>%1 min left</source><translation>noch %1 min</translation></message>
+<message><source>%1 h %2 min left</source><translation>noch %1 h %2 min</translation></message>
+<message><source>%1 not DICOM</source><translation>%1 kein DICOM</translation></message>
+<message><source>%1 can't be read</source><translation>%1 nicht lesbar</translation></message>
+<message><source>%1 no ordinary file</source><translation>%1 keine gewöhnliche Datei</translation></message>
+<message><source>%1 damaged archive</source><translation>%1 beschädigtes Archiv</translation></message>
+<message><source>%1 archive with a password</source><translation>%1 Archiv mit Passwort</translation></message>
+<message><source>%1 archive too large</source><translation>%1 zu großes Archiv</translation></message>
+<message><source>%1 archive in too many archives</source><translation>%1 zu tief verschachteltes Archiv</translation></message>
+<message><source>%1 could not be stored here</source><translation>%1 nicht speicherbar</translation></message>
+<message><source>Waiting for the import before it</source><translation>Wartet auf das Einlesen davor</translation></message>
+<message><source>Looking for files: %1 found</source><translation>Sucht Dateien: %1 gefunden</translation></message>
+<message><source>%1 of %2 files</source><translation>%1 von %2 Dateien</translation></message>
+<message><source>unpacking an archive</source><translation>packt ein Archiv aus</translation></message>
+<message><source>%1/s</source><translation>%1/s</translation></message>
+<message><source>Stopped before anything was imported</source><translation>Angehalten, bevor etwas eingelesen war</translation></message>
+<message><source>No files found</source><translation>Keine Dateien gefunden</translation></message>
+<message><source>No DICOM files were imported</source><translation>Es wurden keine DICOM-Dateien eingelesen</translation></message>
+<message><source>Imported %1 of %2 files</source><translation>%1 von %2 Dateien eingelesen</translation></message>
+<message><source>%1, then stopped</source><translation>%1, dann angehalten</translation></message>
+<message><source>%1: %2</source><translation>%1: %2</translation></message>
 </context>
-<context>
-    <name>gateway::shell::ListenerCard</name>
-    <message>
-        <source>Start</source>
-        <translation>Starten</translation>
-    </message>
-    <message>
-        <source>DIMSE Listener</source>
-        <translation>DIMSE-Listener</translation>
-    </message>
-    <message>
-        <source>State</source>
-        <translation>Zustand</translation>
-    </message>
-    <message>
-        <source>AE Title</source>
-        <translation>AE-Titel</translation>
-    </message>
-    <message>
-        <source>Port</source>
-        <translation>Port</translation>
-    </message>
-    <message>
-        <source>RECEIVING</source>
-        <translation>EMPFÄNGT</translation>
-    </message>
-    <message>
-        <source>RUNNING</source>
-        <translation>LÄUFT</translation>
-    </message>
-    <message>
-        <source>STOPPED</source>
-        <translation>STEHT</translation>
-    </message>
-    <message>
-        <source>Reached at %1</source>
-        <translation>Erreichbar unter %1</translation>
-    </message>
-    <message>
-        <source>Modalities can&apos;t send now</source>
-        <translation>Modalitäten können jetzt nicht senden</translation>
-    </message>
-    <message>
-        <source>Stop</source>
-        <translation>Anhalten</translation>
-    </message>
+<context><name>gateway::shell::ListenerCard</name>
+<message><source>Start</source><translation>Starten</translation></message>
+<message><source>DIMSE Listener</source><translation>DIMSE-Listener</translation></message>
+<message><source>State</source><translation>Zustand</translation></message>
+<message><source>AE Title</source><translation>AE-Titel</translation></message>
+<message><source>Port</source><translation>Port</translation></message>
+<message><source>RECEIVING</source><translation>EMPFÄNGT</translation></message>
+<message><source>RUNNING</source><translation>LÄUFT</translation></message>
+<message><source>STOPPED</source><translation>STEHT</translation></message>
+<message><source>Reached at %1</source><translation>Erreichbar unter %1</translation></message>
+<message><source>Modalities can't send now</source><translation>Modalitäten können jetzt nicht senden</translation></message>
+<message><source>Stop</source><translation>Anhalten</translation></message>
 </context>
-<context>
-    <name>gateway::shell::LogDetails</name>
-    <message>
-        <source>Copy Line</source>
-        <translation>Zeile kopieren</translation>
-    </message>
-    <message>
-        <source>Close details</source>
-        <translation>Einzelheiten schließen</translation>
-    </message>
-    <message>
-        <source>Log line</source>
-        <translation>Protokollzeile</translation>
-    </message>
-    <message>
-        <source>This line isn&apos;t in its file any more.</source>
-        <translation>Diese Zeile steht nicht mehr in ihrer Datei.</translation>
-    </message>
-    <message>
-        <source>Time</source>
-        <translation>Zeit</translation>
-    </message>
-    <message>
-        <source>Correlation</source>
-        <translation>Vorgang</translation>
-    </message>
-    <message>
-        <source>File</source>
-        <translation>Datei</translation>
-    </message>
-    <message>
-        <source>Assoc</source>
-        <translation>Assoz.</translation>
-    </message>
-    <message>
-        <source>Attempt</source>
-        <translation>Versuch</translation>
-    </message>
-    <message>
-        <source>Size</source>
-        <translation>Größe</translation>
-    </message>
-    <message>
-        <source>%L1 bytes</source>
-        <translation>%L1 Bytes</translation>
-    </message>
-    <message>
-        <source>Error %1</source>
-        <translation>Fehler %1</translation>
-    </message>
-    <message>
-        <source>Log File</source>
-        <translation>Protokolldatei</translation>
-    </message>
+<context><name>gateway::shell::LogDetails</name>
+<message><source>Copy Line</source><translation>Zeile kopieren</translation></message>
+<message><source>Close details</source><translation>Einzelheiten schließen</translation></message>
+<message><source>Log line</source><translation>Protokollzeile</translation></message>
+<message><source>This line isn't in its file any more.</source><translation>Diese Zeile steht nicht mehr in ihrer Datei.</translation></message>
+<message><source>Time</source><translation>Zeit</translation></message>
+<message><source>Correlation</source><translation>Vorgang</translation></message>
+<message><source>File</source><translation>Datei</translation></message>
+<message><source>Assoc</source><translation>Assoz.</translation></message>
+<message><source>Attempt</source><translation>Versuch</translation></message>
+<message><source>Size</source><translation>Größe</translation></message>
+<message><source>%L1 bytes</source><translation>%L1 Bytes</translation></message>
+<message><source>Error %1</source><translation>Fehler %1</translation></message>
+<message><source>Log File</source><translation>Protokolldatei</translation></message>
 </context>
-<context>
-    <name>gateway::shell::LogScreen</name>
-    <message>
-        <source>Refresh</source>
-        <translation>Aktualisieren</translation>
-    </message>
-    <message>
-        <source>Showing %L1 of %L2 logs</source>
-        <translation>%L1 von %L2 Einträgen</translation>
-    </message>
-    <message>
-        <source>Last refresh: %1</source>
-        <translation>Zuletzt gelesen: %1</translation>
-    </message>
-    <message>
-        <source>The events below are those of the last successful read.</source>
-        <translation>Die Ereignisse unten stammen vom letzten gelungenen Lesen.</translation>
-    </message>
-    <message>
-        <source>Could not load logs</source>
-        <translation>Protokoll konnte nicht geladen werden</translation>
-    </message>
-    <message>
-        <source>Select at most %L1 lines to copy them.</source>
-        <translation>Wählen Sie zum Kopieren höchstens %L1 Zeilen.</translation>
-    </message>
-    <message>
-        <source>Line copied</source>
-        <translation>Zeile kopiert</translation>
-    </message>
-    <message>
-        <source>%L1 lines copied</source>
-        <translation>%L1 Zeilen kopiert</translation>
-    </message>
-    <message>
-        <source>The folder can&apos;t be opened: %1</source>
-        <translation>Der Ordner lässt sich nicht öffnen: %1</translation>
-    </message>
-    <message>
-        <source>Delete All Logs?</source>
-        <translation>Alle Protokolle löschen?</translation>
-    </message>
-    <message>
-        <source>This permanently removes all local Quorin Gateway transfer log files.</source>
-        <translation>Damit werden alle lokalen Übertragungsprotokolle des Quorin Gateway endgültig entfernt.</translation>
-    </message>
-    <message>
-        <source>Delete</source>
-        <translation>Löschen</translation>
-    </message>
-    <message>
-        <source>Cancel</source>
-        <translation>Abbrechen</translation>
-    </message>
-    <message>
-        <source>Transfer Logs</source>
-        <translation>Übertragungsprotokoll</translation>
-    </message>
-    <message>
-        <source>Structured receive/send events with strict redaction</source>
-        <translation>Ereignisse beim Empfangen und Senden, ohne Namen</translation>
-    </message>
-    <message>
-        <source>Search action, hash, correlation, error…</source>
-        <translation>Vorgang, Hash, Aktion, Fehler suchen …</translation>
-    </message>
-    <message>
-        <source>Reset Filters</source>
-        <translation>Filter zurücksetzen</translation>
-    </message>
-    <message>
-        <source>Auto-refresh</source>
-        <translation>Laufend lesen</translation>
-    </message>
-    <message>
-        <source>Delete Logs</source>
-        <translation>Protokolle löschen</translation>
-    </message>
-    <message>
-        <source>Open Folder</source>
-        <translation>Ordner öffnen</translation>
-    </message>
-    <message>
-        <source>Refresh (F5)</source>
-        <translation>Aktualisieren (F5)</translation>
-    </message>
-    <message>
-        <source>Level</source>
-        <translation>Stufe</translation>
-    </message>
-    <message>
-        <source>Category</source>
-        <translation>Bereich</translation>
-    </message>
-    <message>
-        <source>No log events match your filters.</source>
-        <translation>Kein Ereignis passt zu Ihren Filtern.</translation>
-    </message>
-    <message>
-        <source>Search for something else, or show all levels and categories.</source>
-        <translation>Suchen Sie etwas anderes oder zeigen Sie alle Stufen und Bereiche.</translation>
-    </message>
-    <message>
-        <source>No log events yet</source>
-        <translation>Noch keine Ereignisse</translation>
-    </message>
-    <message>
-        <source>As soon as images are received or sent, what happens to them is listed here.</source>
-        <translation>Sobald Bilder empfangen oder gesendet werden, steht hier, was mit ihnen geschieht.</translation>
-    </message>
+<context><name>gateway::shell::LogScreen</name>
+<message><source>Refresh</source><translation>Aktualisieren</translation></message>
+<message><source>Showing %L1 of %L2 logs</source><translation>%L1 von %L2 Einträgen</translation></message>
+<message><source>Last refresh: %1</source><translation>Zuletzt gelesen: %1</translation></message>
+<message><source>The events below are those of the last successful read.</source><translation>Die Ereignisse unten stammen vom letzten gelungenen Lesen.</translation></message>
+<message><source>Could not load logs</source><translation>Protokoll konnte nicht geladen werden</translation></message>
+<message><source>Select at most %L1 lines to copy them.</source><translation>Wählen Sie zum Kopieren höchstens %L1 Zeilen.</translation></message>
+<message><source>Line copied</source><translation>Zeile kopiert</translation></message>
+<message><source>%L1 lines copied</source><translation>%L1 Zeilen kopiert</translation></message>
+<message><source>The folder can't be opened: %1</source><translation>Der Ordner lässt sich nicht öffnen: %1</translation></message>
+<message><source>Delete All Logs?</source><translation>Alle Protokolle löschen?</translation></message>
+<message><source>This permanently removes all local Quorin Gateway transfer log files.</source><translation>Damit werden alle lokalen Übertragungsprotokolle des Quorin Gateway endgültig entfernt.</translation></message>
+<message><source>Delete</source><translation>Löschen</translation></message>
+<message><source>Cancel</source><translation>Abbrechen</translation></message>
+<message><source>Transfer Logs</source><translation>Übertragungsprotokoll</translation></message>
+<message><source>Structured receive/send events with strict redaction</source><translation>Ereignisse beim Empfangen und Senden, ohne Namen</translation></message>
+<message><source>Search action, hash, correlation, error…</source><translation>Vorgang, Hash, Aktion, Fehler suchen …</translation></message>
+<message><source>Reset Filters</source><translation>Filter zurücksetzen</translation></message>
+<message><source>Auto-refresh</source><translation>Laufend lesen</translation></message>
+<message><source>Delete Logs</source><translation>Protokolle löschen</translation></message>
+<message><source>Open Folder</source><translation>Ordner öffnen</translation></message>
+<message><source>Refresh (F5)</source><translation>Aktualisieren (F5)</translation></message>
+<message><source>Level</source><translation>Stufe</translation></message>
+<message><source>Category</source><translation>Bereich</translation></message>
+<message><source>No log events match your filters.</source><translation>Kein Ereignis passt zu Ihren Filtern.</translation></message>
+<message><source>Search for something else, or show all levels and categories.</source><translation>Suchen Sie etwas anderes oder zeigen Sie alle Stufen und Bereiche.</translation></message>
+<message><source>No log events yet</source><translation>Noch keine Ereignisse</translation></message>
+<message><source>As soon as images are received or sent, what happens to them is listed here.</source><translation>Sobald Bilder empfangen oder gesendet werden, steht hier, was mit ihnen geschieht.</translation></message>
 </context>
-<context>
-    <name>gateway::shell::LogTable</name>
-    <message>
-        <source>Log events</source>
-        <translation>Protokollereignisse</translation>
-    </message>
+<context><name>gateway::shell::LogTable</name>
+<message><source>Log events</source><translation>Protokollereignisse</translation></message>
 </context>
-<context>
-    <name>gateway::shell::LogTableModel</name>
-    <message>
-        <source>Time</source>
-        <translation>Zeit</translation>
-    </message>
-    <message>
-        <source>Level</source>
-        <translation>Stufe</translation>
-    </message>
-    <message>
-        <source>Category</source>
-        <translation>Bereich</translation>
-    </message>
-    <message>
-        <source>Action</source>
-        <translation>Aktion</translation>
-    </message>
-    <message>
-        <source>Outcome</source>
-        <translation>Ergebnis</translation>
-    </message>
-    <message>
-        <source>Hash</source>
-        <translation>Hash</translation>
-    </message>
+<context><name>gateway::shell::LogTableModel</name>
+<message><source>Time</source><translation>Zeit</translation></message>
+<message><source>Level</source><translation>Stufe</translation></message>
+<message><source>Category</source><translation>Bereich</translation></message>
+<message><source>Action</source><translation>Aktion</translation></message>
+<message><source>Outcome</source><translation>Ergebnis</translation></message>
+<message><source>Hash</source><translation>Hash</translation></message>
 </context>
-<context>
-    <name>gateway::shell::MoreMenu</name>
-    <message>
-        <source>More</source>
-        <translation>Mehr</translation>
-    </message>
+<context><name>gateway::shell::MoreMenu</name>
+<message><source>More</source><translation>Mehr</translation></message>
 </context>
-<context>
-    <name>gateway::shell::NoticeWindow</name>
-    <message>
-        <source>OK</source>
-        <translation>OK</translation>
-    </message>
+<context><name>gateway::shell::NoticeWindow</name>
+<message><source>OK</source><translation>OK</translation></message>
 </context>
-<context>
-    <name>gateway::shell::PasswordField</name>
-    <message>
-        <source>Hide password</source>
-        <translation>Passwort verbergen</translation>
-    </message>
-    <message>
-        <source>Show password</source>
-        <translation>Passwort zeigen</translation>
-    </message>
+<context><name>gateway::shell::PasswordField</name>
+<message><source>Hide password</source><translation>Passwort verbergen</translation></message>
+<message><source>Show password</source><translation>Passwort zeigen</translation></message>
 </context>
-<context>
-    <name>gateway::shell::Popover</name>
-    <message>
-        <source>Quorin Gateway</source>
-        <translation>Quorin Gateway</translation>
-    </message>
+<context><name>gateway::shell::Popover</name>
+<message><source>Quorin Gateway</source><translation>Quorin Gateway</translation></message>
 </context>
-<context>
-    <name>gateway::shell::QuorinGatewayMenuView</name>
-    <message>
-        <source>Checking sign-in status…</source>
-        <translation>Anmeldung wird geprüft …</translation>
-    </message>
-    <message>
-        <source>Signed in as %1</source>
-        <translation>Angemeldet als %1</translation>
-    </message>
-    <message>
-        <source>Sign in required</source>
-        <translation>Anmeldung nötig</translation>
-    </message>
-    <message>
-        <source>Checking Quorin Cloud…</source>
-        <translation>Quorin Cloud wird geprüft …</translation>
-    </message>
-    <message>
-        <source>Connected to Quorin Cloud</source>
-        <translation>Mit Quorin Cloud verbunden</translation>
-    </message>
-    <message>
-        <source>Quorin Cloud Unreachable</source>
-        <translation>Quorin Cloud nicht erreichbar</translation>
-    </message>
-    <message>
-        <source>Stop Listener</source>
-        <translation>Listener anhalten</translation>
-    </message>
-    <message>
-        <source>Start Listener</source>
-        <translation>Listener starten</translation>
-    </message>
-    <message>
-        <source>Stopped</source>
-        <translation>Angehalten</translation>
-    </message>
-    <message>
-        <source>Receiving on Port %1</source>
-        <translation>Empfängt auf Port %1</translation>
-    </message>
-    <message>
-        <source>Listening on Port %1</source>
-        <translation>Lauscht auf Port %1</translation>
-    </message>
-    <message>
-        <source>Open Dashboard</source>
-        <translation>Übersicht öffnen</translation>
-    </message>
-    <message>
-        <source>Quorin Gateway</source>
-        <translation>Quorin Gateway</translation>
-    </message>
-    <message>
-        <source>Checking…</source>
-        <translation>Prüft …</translation>
-    </message>
-    <message>
-        <source>Sign in</source>
-        <translation>Anmelden</translation>
-    </message>
-    <message>
-        <source>Manage</source>
-        <translation>Verwalten</translation>
-    </message>
-    <message>
-        <source>Sign out</source>
-        <translation>Abmelden</translation>
-    </message>
-    <message>
-        <source>Received Images</source>
-        <translation>Empfangene Bilder</translation>
-    </message>
-    <message>
-        <source>Uploaded Images</source>
-        <translation>Hochgeladene Bilder</translation>
-    </message>
-    <message>
-        <source>Upload Failures</source>
-        <translation>Gescheitertes Hochladen</translation>
-    </message>
-    <message>
-        <source>Check for Updates…</source>
-        <translation>Nach Updates suchen …</translation>
-    </message>
-    <message>
-        <source>Preferences…</source>
-        <translation>Einstellungen …</translation>
-    </message>
-    <message>
-        <source>More</source>
-        <translation>Mehr</translation>
-    </message>
-    <message>
-        <source>Setup Wizard…</source>
-        <translation>Einrichtung …</translation>
-    </message>
-    <message>
-        <source>Send feedback</source>
-        <translation>Rückmeldung senden</translation>
-    </message>
-    <message>
-        <source>Report a bug</source>
-        <translation>Fehler melden</translation>
-    </message>
-    <message>
-        <source>About Quorin Gateway</source>
-        <translation>Über Quorin Gateway</translation>
-    </message>
-    <message>
-        <source>Quit Quorin Gateway</source>
-        <translation>Quorin Gateway beenden</translation>
-    </message>
+<context><name>gateway::shell::QuorinGatewayMenuView</name>
+<message><source>Checking sign-in status…</source><translation>Anmeldung wird geprüft …</translation></message>
+<message><source>Signed in as %1</source><translation>Angemeldet als %1</translation></message>
+<message><source>Sign in required</source><translation>Anmeldung nötig</translation></message>
+<message><source>Checking Quorin Cloud…</source><translation>Quorin Cloud wird geprüft …</translation></message>
+<message><source>Connected to Quorin Cloud</source><translation>Mit Quorin Cloud verbunden</translation></message>
+<message><source>Quorin Cloud Unreachable</source><translation>Quorin Cloud nicht erreichbar</translation></message>
+<message><source>Stop Listener</source><translation>Listener anhalten</translation></message>
+<message><source>Start Listener</source><translation>Listener starten</translation></message>
+<message><source>Stopped</source><translation>Angehalten</translation></message>
+<message><source>Receiving on Port %1</source><translation>Empfängt auf Port %1</translation></message>
+<message><source>Listening on Port %1</source><translation>Lauscht auf Port %1</translation></message>
+<message><source>Open Dashboard</source><translation>Übersicht öffnen</translation></message>
+<message><source>Quorin Gateway</source><translation>Quorin Gateway</translation></message>
+<message><source>Checking…</source><translation>Prüft …</translation></message>
+<message><source>Sign in</source><translation>Anmelden</translation></message>
+<message><source>Manage</source><translation>Verwalten</translation></message>
+<message><source>Sign out</source><translation>Abmelden</translation></message>
+<message><source>Received Images</source><translation>Empfangene Bilder</translation></message>
+<message><source>Uploaded Images</source><translation>Hochgeladene Bilder</translation></message>
+<message><source>Upload Failures</source><translation>Gescheitertes Hochladen</translation></message>
+<message><source>Check for Updates…</source><translation>Nach Updates suchen …</translation></message>
+<message><source>Preferences…</source><translation>Einstellungen …</translation></message>
+<message><source>More</source><translation>Mehr</translation></message>
+<message><source>Setup Wizard…</source><translation>Einrichtung …</translation></message>
+<message><source>Send feedback</source><translation>Rückmeldung senden</translation></message>
+<message><source>Report a bug</source><translation>Fehler melden</translation></message>
+<message><source>About Quorin Gateway</source><translation>Über Quorin Gateway</translation></message>
+<message><source>Quit Quorin Gateway</source><translation>Quorin Gateway beenden</translation></message>
 </context>
-<context>
-    <name>gateway::shell::SearchField</name>
-    <message>
-        <source>Search</source>
-        <translation>Suchen</translation>
-    </message>
-    <message>
-        <source>Clear search</source>
-        <translation>Suche leeren</translation>
-    </message>
+<context><name>gateway::shell::SearchField</name>
+<message><source>Search</source><translation>Suchen</translation></message>
+<message><source>Clear search</source><translation>Suche leeren</translation></message>
 </context>
-<context>
-    <name>gateway::shell::SentItemsCard</name>
-    <message>
-        <source>Speed</source>
-        <translation>Tempo</translation>
-    </message>
-    <message>
-        <source>Open Quorin Cloud</source>
-        <translation>Quorin Cloud öffnen</translation>
-    </message>
-    <message>
-        <source>In Progress</source>
-        <translation>Unterwegs</translation>
-    </message>
-    <message>
-        <source>Uploaded</source>
-        <translation>Hochgeladen</translation>
-    </message>
-    <message>
-        <source>Failed</source>
-        <translation>Gescheitert</translation>
-    </message>
-    <message>
-        <source>Quorin Cloud storage</source>
-        <translation>Speicher in der Quorin Cloud</translation>
-    </message>
-    <message>
-        <source>Sent Items</source>
-        <translation>Gesendet</translation>
-    </message>
-    <message>
-        <source>Sign in to load Quorin Cloud storage</source>
-        <translation>Melden Sie sich an, um den Speicher der Quorin Cloud zu sehen</translation>
-    </message>
-    <message>
-        <source>Used: %1
-Free: %2
-Total: %3</source>
-        <translation>Belegt: %1
-Frei: %2
-Gesamt: %3</translation>
-    </message>
+<context><name>gateway::shell::SentItemsCard</name>
+<message><source>Speed</source><translation>Tempo</translation></message>
+<message><source>Open Quorin Cloud</source><translation>Quorin Cloud öffnen</translation></message>
+<message><source>In Progress</source><translation>Unterwegs</translation></message>
+<message><source>Uploaded</source><translation>Hochgeladen</translation></message>
+<message><source>Failed</source><translation>Gescheitert</translation></message>
+<message><source>Quorin Cloud storage</source><translation>Speicher in der Quorin Cloud</translation></message>
+<message><source>Sent Items</source><translation>Gesendet</translation></message>
+<message><source>Sign in to load Quorin Cloud storage</source><translation>Melden Sie sich an, um den Speicher der Quorin Cloud zu sehen</translation></message>
+<message><source>Used: %1&#10;Free: %2&#10;Total: %3</source><translation>Belegt: %1&#10;Frei: %2&#10;Gesamt: %3</translation></message>
 </context>
-<context>
-    <name>gateway::shell::SentNotice</name>
-    <message>
-        <source>Waiting for a sign-in</source>
-        <translation>Wartet auf eine Anmeldung</translation>
-    </message>
-    <message>
-        <source>Images are kept here until then.</source>
-        <translation>Bis dahin bleiben die Bilder hier.</translation>
-    </message>
-    <message>
-        <source>Quorin Cloud can&apos;t be reached</source>
-        <translation>Quorin Cloud ist nicht erreichbar</translation>
-    </message>
-    <message>
-        <source>Images are kept here and sent later.</source>
-        <translation>Bilder bleiben hier und werden später gesendet.</translation>
-    </message>
-    <message>
-        <source>1 image could not be sent</source>
-        <translation>1 Bild ließ sich nicht senden</translation>
-    </message>
-    <message>
-        <source>%1 images could not be sent</source>
-        <translation>%1 Bilder ließen sich nicht senden</translation>
-    </message>
-    <message>
-        <source>Kept here and tried again.</source>
-        <translation>Sie bleiben hier und werden wieder versucht.</translation>
-    </message>
-    <message>
-        <source>View Logs</source>
-        <translation>Protokoll</translation>
-    </message>
-    <message>
-        <source>Sending to Quorin Cloud</source>
-        <translation>Sendet an Quorin Cloud</translation>
-    </message>
-    <message>
-        <source>Waiting to be sent</source>
-        <translation>Wartet aufs Senden</translation>
-    </message>
-    <message>
-        <source>%1 of %2 images are there.</source>
-        <translation>%1 von %2 Bildern sind dort.</translation>
-    </message>
-    <message>
-        <source>Everything is uploaded</source>
-        <translation>Alles ist hochgeladen</translation>
-    </message>
-    <message>
-        <source>Nothing waits here.</source>
-        <translation>Hier wartet nichts.</translation>
-    </message>
-    <message>
-        <source>Nothing to send yet</source>
-        <translation>Noch nichts zu senden</translation>
-    </message>
-    <message>
-        <source>Received images are sent on their own.</source>
-        <translation>Empfangene Bilder werden von selbst gesendet.</translation>
-    </message>
+<context><name>gateway::shell::SentNotice</name>
+<message><source>Waiting for a sign-in</source><translation>Wartet auf eine Anmeldung</translation></message>
+<message><source>Images are kept here until then.</source><translation>Bis dahin bleiben die Bilder hier.</translation></message>
+<message><source>Quorin Cloud can't be reached</source><translation>Quorin Cloud ist nicht erreichbar</translation></message>
+<message><source>Images are kept here and sent later.</source><translation>Bilder bleiben hier und werden später gesendet.</translation></message>
+<message><source>1 image could not be sent</source><translation>1 Bild ließ sich nicht senden</translation></message>
+<message><source>%1 images could not be sent</source><translation>%1 Bilder ließen sich nicht senden</translation></message>
+<message><source>Kept here and tried again.</source><translation>Sie bleiben hier und werden wieder versucht.</translation></message>
+<message><source>View Logs</source><translation>Protokoll</translation></message>
+<message><source>Sending to Quorin Cloud</source><translation>Sendet an Quorin Cloud</translation></message>
+<message><source>Waiting to be sent</source><translation>Wartet aufs Senden</translation></message>
+<message><source>%1 of %2 images are there.</source><translation>%1 von %2 Bildern sind dort.</translation></message>
+<message><source>Everything is uploaded</source><translation>Alles ist hochgeladen</translation></message>
+<message><source>Nothing waits here.</source><translation>Hier wartet nichts.</translation></message>
+<message><source>Nothing to send yet</source><translation>Noch nichts zu senden</translation></message>
+<message><source>Received images are sent on their own.</source><translation>Empfangene Bilder werden von selbst gesendet.</translation></message>
 </context>
-<context>
-    <name>gateway::shell::SetupDialog</name>
-    <message>
-        <source>AE Title</source>
-        <translation>AE-Titel</translation>
-    </message>
-    <message>
-        <source>The name that modalities call, at most 16 characters.</source>
-        <translation>Der Name, den Modalitäten rufen, höchstens 16 Zeichen.</translation>
-    </message>
-    <message>
-        <source>Port</source>
-        <translation>Port</translation>
-    </message>
-    <message>
-        <source>1115 is usual here.</source>
-        <translation>1115 ist hier üblich.</translation>
-    </message>
-    <message>
-        <source>Quit Quorin Gateway</source>
-        <translation>Quorin Gateway beenden</translation>
-    </message>
-    <message>
-        <source>Cancel</source>
-        <translation>Abbrechen</translation>
-    </message>
-    <message>
-        <source>Finish Setup</source>
-        <translation>Einrichtung abschließen</translation>
-    </message>
-    <message>
-        <source>Set Up Quorin Gateway</source>
-        <translation>Quorin Gateway einrichten</translation>
-    </message>
-    <message>
-        <source>Preferences</source>
-        <translation>Einstellungen</translation>
-    </message>
-    <message>
-        <source>Set up the listener</source>
-        <translation>Listener einrichten</translation>
-    </message>
-    <message>
-        <source>Listener</source>
-        <translation>Listener</translation>
-    </message>
-    <message>
-        <source>Modalities send their images to this AE title and port. Until this is done nothing is received and nothing is sent.</source>
-        <translation>Modalitäten senden ihre Bilder an diesen AE-Titel und Port. Bis das erledigt ist, wird nichts empfangen und nichts gesendet.</translation>
-    </message>
-    <message>
-        <source>Modalities send their images to this AE title and port. The listener restarts with the new settings.</source>
-        <translation>Modalitäten senden ihre Bilder an diesen AE-Titel und Port. Der Listener startet mit den neuen Einstellungen neu.</translation>
-    </message>
-    <message>
-        <source>Apply</source>
-        <translation>Anwenden</translation>
-    </message>
-    <message>
-        <source>Change the settings and try again.</source>
-        <translation>Ändern Sie die Einstellungen und versuchen Sie es noch einmal.</translation>
-    </message>
-    <message>
-        <source>Start when I sign in to this computer</source>
-        <translation>Bei der Anmeldung an diesem Rechner starten</translation>
-    </message>
-    <message>
-        <source>The start with the session can&apos;t be changed: %1</source>
-        <translation>Der Start mit der Sitzung lässt sich nicht ändern: %1</translation>
-    </message>
+<context><name>gateway::shell::SetupDialog</name>
+<message><source>AE Title</source><translation>AE-Titel</translation></message>
+<message><source>The name that modalities call, at most 16 characters.</source><translation>Der Name, den Modalitäten rufen, höchstens 16 Zeichen.</translation></message>
+<message><source>Port</source><translation>Port</translation></message>
+<message><source>1115 is usual here.</source><translation>1115 ist hier üblich.</translation></message>
+<message><source>Quit Quorin Gateway</source><translation>Quorin Gateway beenden</translation></message>
+<message><source>Cancel</source><translation>Abbrechen</translation></message>
+<message><source>Finish Setup</source><translation>Einrichtung abschließen</translation></message>
+<message><source>Set Up Quorin Gateway</source><translation>Quorin Gateway einrichten</translation></message>
+<message><source>Preferences</source><translation>Einstellungen</translation></message>
+<message><source>Set up the listener</source><translation>Listener einrichten</translation></message>
+<message><source>Listener</source><translation>Listener</translation></message>
+<message><source>Modalities send their images to this AE title and port. Until this is done nothing is received and nothing is sent.</source><translation>Modalitäten senden ihre Bilder an diesen AE-Titel und Port. Bis das erledigt ist, wird nichts empfangen und nichts gesendet.</translation></message>
+<message><source>Modalities send their images to this AE title and port. The listener restarts with the new settings.</source><translation>Modalitäten senden ihre Bilder an diesen AE-Titel und Port. Der Listener startet mit den neuen Einstellungen neu.</translation></message>
+<message><source>Apply</source><translation>Anwenden</translation></message>
+<message><source>Change the settings and try again.</source><translation>Ändern Sie die Einstellungen und versuchen Sie es noch einmal.</translation></message>
+<message><source>Start when I sign in to this computer</source><translation>Bei der Anmeldung an diesem Rechner starten</translation></message>
+<message><source>The start with the session can't be changed: %1</source><translation>Der Start mit der Sitzung lässt sich nicht ändern: %1</translation></message>
 </context>
-<context>
-    <name>gateway::shell::SignInSheet</name>
-    <message>
-        <source>Sign In</source>
-        <translation>Anmelden</translation>
-    </message>
-    <message>
-        <source>Cancel</source>
-        <translation>Abbrechen</translation>
-    </message>
-    <message>
-        <source>Sign in</source>
-        <translation>Anmelden</translation>
-    </message>
-    <message>
-        <source>Continue</source>
-        <translation>Weiter</translation>
-    </message>
-    <message>
-        <source>Received images are sent to this account.</source>
-        <translation>Empfangene Bilder werden an dieses Konto gesendet.</translation>
-    </message>
-    <message>
-        <source>Email</source>
-        <translation>E-Mail</translation>
-    </message>
-    <message>
-        <source>Password</source>
-        <translation>Passwort</translation>
-    </message>
-    <message>
-        <source>You are now signed in as %1.</source>
-        <translation>Sie sind jetzt als %1 angemeldet.</translation>
-    </message>
-    <message>
-        <source>You are now signed in.</source>
-        <translation>Sie sind jetzt angemeldet.</translation>
-    </message>
-    <message>
-        <source>Sign In Successful</source>
-        <translation>Anmeldung erfolgreich</translation>
-    </message>
-    <message>
-        <source>Images are still received and kept. Check your entries and the network, then try again.</source>
-        <translation>Bilder werden weiter empfangen und hier aufbewahrt. Prüfen Sie Ihre Eingaben und das Netz und versuchen Sie es noch einmal.</translation>
-    </message>
+<context><name>gateway::shell::SignInSheet</name>
+<message><source>Sign In</source><translation>Anmelden</translation></message>
+<message><source>Cancel</source><translation>Abbrechen</translation></message>
+<message><source>Sign in</source><translation>Anmelden</translation></message>
+<message><source>Continue</source><translation>Weiter</translation></message>
+<message><source>Received images are sent to this account.</source><translation>Empfangene Bilder werden an dieses Konto gesendet.</translation></message>
+<message><source>Email</source><translation>E-Mail</translation></message>
+<message><source>Password</source><translation>Passwort</translation></message>
+<message><source>You are now signed in as %1.</source><translation>Sie sind jetzt als %1 angemeldet.</translation></message>
+<message><source>You are now signed in.</source><translation>Sie sind jetzt angemeldet.</translation></message>
+<message><source>Sign In Successful</source><translation>Anmeldung erfolgreich</translation></message>
+<message><source>Images are still received and kept. Check your entries and the network, then try again.</source><translation>Bilder werden weiter empfangen und hier aufbewahrt. Prüfen Sie Ihre Eingaben und das Netz und versuchen Sie es noch einmal.</translation></message>
 </context>
-<context>
-    <name>gateway::shell::Skeleton</name>
-    <message>
-        <source>Loading</source>
-        <translation>Wird geladen</translation>
-    </message>
+<context><name>gateway::shell::Skeleton</name>
+<message><source>Loading</source><translation>Wird geladen</translation></message>
 </context>
-<context>
-    <name>gateway::shell::StatusCard</name>
-    <message>
-        <source>Refresh</source>
-        <translation>Aktualisieren</translation>
-    </message>
-    <message>
-        <source>Sign in</source>
-        <translation>Anmelden</translation>
-    </message>
-    <message>
-        <source>Sign out</source>
-        <translation>Abmelden</translation>
-    </message>
-    <message>
-        <source>Quorin Cloud Status</source>
-        <translation>Quorin Cloud</translation>
-    </message>
-    <message>
-        <source>State</source>
-        <translation>Zustand</translation>
-    </message>
-    <message>
-        <source>READY</source>
-        <translation>BEREIT</translation>
-    </message>
-    <message>
-        <source>SIGNED OUT</source>
-        <translation>ABGEMELDET</translation>
-    </message>
-    <message>
-        <source>UNREACHABLE</source>
-        <translation>NICHT ERREICHBAR</translation>
-    </message>
-    <message>
-        <source>Signed in as %1</source>
-        <translation>Angemeldet als %1</translation>
-    </message>
-    <message>
-        <source>Sign in required</source>
-        <translation>Anmeldung nötig</translation>
-    </message>
+<context><name>gateway::shell::StatusCard</name>
+<message><source>Refresh</source><translation>Aktualisieren</translation></message>
+<message><source>Sign in</source><translation>Anmelden</translation></message>
+<message><source>Sign out</source><translation>Abmelden</translation></message>
+<message><source>Quorin Cloud Status</source><translation>Quorin Cloud</translation></message>
+<message><source>State</source><translation>Zustand</translation></message>
+<message><source>READY</source><translation>BEREIT</translation></message>
+<message><source>SIGNED OUT</source><translation>ABGEMELDET</translation></message>
+<message><source>UNREACHABLE</source><translation>NICHT ERREICHBAR</translation></message>
+<message><source>Signed in as %1</source><translation>Angemeldet als %1</translation></message>
+<message><source>Sign in required</source><translation>Anmeldung nötig</translation></message>
 </context>
-<context>
-    <name>gateway::shell::StorageFigures</name>
-    <message>
-        <source>Used</source>
-        <translation>Belegt</translation>
-    </message>
-    <message>
-        <source>Free</source>
-        <translation>Frei</translation>
-    </message>
+<context><name>gateway::shell::StorageFigures</name>
+<message><source>Used</source><translation>Belegt</translation></message>
+<message><source>Free</source><translation>Frei</translation></message>
 </context>
-<context>
-    <name>gateway::shell::StorageUsageRing</name>
-    <message>
-        <source>%1%</source>
-        <translation>%1 %</translation>
-    </message>
-    <message>
-        <source>Used storage</source>
-        <translation>Belegter Speicher</translation>
-    </message>
+<context><name>gateway::shell::StorageUsageRing</name>
+<message><source>%1%</source><translation>%1 %</translation></message>
+<message><source>Used storage</source><translation>Belegter Speicher</translation></message>
 </context>
-<context>
-    <name>gateway::shell::SummaryPill</name>
-    <message>
-        <source>%1: %2</source>
-        <translation>%1: %2</translation>
-    </message>
+<context><name>gateway::shell::SummaryPill</name>
+<message><source>%1: %2</source><translation>%1: %2</translation></message>
 </context>
-<context>
-    <name>gateway::shell::SystemTrayItem</name>
-    <message>
-        <source>Show Panel</source>
-        <translation>Fenster zeigen</translation>
-    </message>
-    <message>
-        <source>Open Dashboard</source>
-        <translation>Übersicht öffnen</translation>
-    </message>
-    <message>
-        <source>Quit Quorin Gateway</source>
-        <translation>Quorin Gateway beenden</translation>
-    </message>
+<context><name>gateway::shell::SystemTrayItem</name>
+<message><source>Show Panel</source><translation>Fenster zeigen</translation></message>
+<message><source>Open Dashboard</source><translation>Übersicht öffnen</translation></message>
+<message><source>Quit Quorin Gateway</source><translation>Quorin Gateway beenden</translation></message>
 </context>
-<context>
-    <name>gateway::shell::TermsSheet</name>
-    <message>
-        <source>Quorin Cloud Terms &amp; Conditions</source>
-        <translation>Nutzungsbedingungen der Quorin Cloud</translation>
-    </message>
-    <message>
-        <source>Please scroll to the end of the Terms and Conditions to continue.</source>
-        <translation>Bitte lesen Sie die Nutzungsbedingungen bis zum Ende, um fortzufahren.</translation>
-    </message>
-    <message>
-        <source>Decline</source>
-        <translation>Ablehnen</translation>
-    </message>
-    <message>
-        <source>Accept</source>
-        <translation>Annehmen</translation>
-    </message>
-    <message>
-        <source>Please review and accept the Terms &amp; Conditions before using Quorin Cloud.</source>
-        <translation>Bitte lesen Sie die Nutzungsbedingungen und nehmen Sie sie an, bevor Sie Quorin Cloud benutzen.</translation>
-    </message>
-    <message>
-        <source>Terms and Conditions</source>
-        <translation>Nutzungsbedingungen</translation>
-    </message>
-    <message>
-        <source>Your answer hasn&apos;t been taken. Images are still received and kept.</source>
-        <translation>Ihre Antwort ist nicht angekommen. Bilder werden weiter empfangen und hier aufbewahrt.</translation>
-    </message>
-    <message>
-        <source>Reload</source>
-        <translation>Neu laden</translation>
-    </message>
+<context><name>gateway::shell::TermsSheet</name>
+<message><source>Quorin Cloud Terms &amp; Conditions</source><translation>Nutzungsbedingungen der Quorin Cloud</translation></message>
+<message><source>Please scroll to the end of the Terms and Conditions to continue.</source><translation>Bitte lesen Sie die Nutzungsbedingungen bis zum Ende, um fortzufahren.</translation></message>
+<message><source>Decline</source><translation>Ablehnen</translation></message>
+<message><source>Accept</source><translation>Annehmen</translation></message>
+<message><source>Please review and accept the Terms &amp; Conditions before using Quorin Cloud.</source><translation>Bitte lesen Sie die Nutzungsbedingungen und nehmen Sie sie an, bevor Sie Quorin Cloud benutzen.</translation></message>
+<message><source>Terms and Conditions</source><translation>Nutzungsbedingungen</translation></message>
+<message><source>Your answer hasn't been taken. Images are still received and kept.</source><translation>Ihre Antwort ist nicht angekommen. Bilder werden weiter empfangen und hier aufbewahrt.</translation></message>
+<message><source>Reload</source><translation>Neu laden</translation></message>
 </context>
-<context>
-    <name>gateway::shell::TimeRangeButton</name>
-    <message>
-        <source>Time Range</source>
-        <translation>Zeitraum</translation>
-    </message>
+<context><name>gateway::shell::TimeRangeButton</name>
+<message><source>Time Range</source><translation>Zeitraum</translation></message>
 </context>
-<context>
-    <name>gateway::shell::TransferLineChart</name>
-    <message>
-        <source>%1: %2, %3</source>
-        <translation>%1: %2, %3</translation>
-    </message>
-    <message>
-        <source>No images were received or sent in this time range</source>
-        <translation>In diesem Zeitraum wurden keine Bilder empfangen oder gesendet</translation>
-    </message>
-    <message>
-        <source>Received and sent images over time</source>
-        <translation>Empfangene und gesendete Bilder im Zeitverlauf</translation>
-    </message>
+<context><name>gateway::shell::TransferLineChart</name>
+<message><source>%1: %2, %3</source><translation>%1: %2, %3</translation></message>
+<message><source>No images were received or sent in this time range</source><translation>In diesem Zeitraum wurden keine Bilder empfangen oder gesendet</translation></message>
+<message><source>Received and sent images over time</source><translation>Empfangene und gesendete Bilder im Zeitverlauf</translation></message>
 </context>
-<context>
-    <name>gateway::shell::TransferTrendCard</name>
-    <message>
-        <source>Transfer Activity</source>
-        <translation>Übertragungen</translation>
-    </message>
+<context><name>gateway::shell::TransferTrendCard</name>
+<message><source>Transfer Activity</source><translation>Übertragungen</translation></message>
 </context>
-<context>
-    <name>gateway::shell::UpArrowFlowOverlay</name>
-    <message>
-        <source>Images are being sent</source>
-        <translation>Bilder werden gesendet</translation>
-    </message>
-    <message>
-        <source>No images are being sent</source>
-        <translation>Es werden keine Bilder gesendet</translation>
-    </message>
+<context><name>gateway::shell::UpArrowFlowOverlay</name>
+<message><source>Images are being sent</source><translation>Bilder werden gesendet</translation></message>
+<message><source>No images are being sent</source><translation>Es werden keine Bilder gesendet</translation></message>
 </context>
-<context>
-    <name>gateway::shell::UpdateBanner</name>
-    <message>
-        <source>Check for Updates…</source>
-        <translation>Nach Updates suchen …</translation>
-    </message>
+<context><name>gateway::shell::UpdateBanner</name>
+<message><source>Check for Updates…</source><translation>Nach Updates suchen …</translation></message>
 </context>
-<context>
-    <name>gateway::shell::UploadSpeedValueLabel</name>
-    <message>
-        <source>Speed</source>
-        <translation>Tempo</translation>
-    </message>
-    <message>
-        <source>%1 Mbps</source>
-        <translation>%1 Mbit/s</translation>
-    </message>
+<context><name>gateway::shell::UploadSpeedValueLabel</name>
+<message><source>Speed</source><translation>Tempo</translation></message>
+<message><source>%1 Mbps</source><translation>%1 Mbit/s</translation></message>
 </context>
 </TS>
