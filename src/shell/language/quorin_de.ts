@@ -297,7 +297,7 @@
 <message><source>Sign out</source><translation>Abmelden</translation></message>
 <message><source>Received Images</source><translation>Empfangene Bilder</translation></message>
 <message><source>Uploaded Images</source><translation>Hochgeladene Bilder</translation></message>
-<message><source>Upload Failures</source><translation>Gescheitertes Hochladen</translation></message>
+<message><source>Upload Failures</source><translation>Fehler beim Hochladen</translation></message>
 <message><source>Check for Updates…</source><translation>Nach Updates suchen …</translation></message>
 <message><source>Preferences…</source><translation>Einstellungen …</translation></message>
 <message><source>More</source><translation>Mehr</translation></message>
@@ -314,9 +314,9 @@
 <context><name>gateway::shell::SentItemsCard</name>
 <message><source>Speed</source><translation>Tempo</translation></message>
 <message><source>Open Quorin Cloud</source><translation>Quorin Cloud öffnen</translation></message>
-<message><source>In Progress</source><translation>Unterwegs</translation></message>
+<message><source>In Progress</source><translation>Offen</translation></message>
 <message><source>Uploaded</source><translation>Hochgeladen</translation></message>
-<message><source>Failed</source><translation>Gescheitert</translation></message>
+<message><source>Failed</source><translation>Fehler</translation></message>
 <message><source>Quorin Cloud storage</source><translation>Speicher in der Quorin Cloud</translation></message>
 <message><source>Sent Items</source><translation>Gesendet</translation></message>
 <message><source>Sign in to load Quorin Cloud storage</source><translation>Melden Sie sich an, um den Speicher der Quorin Cloud zu sehen</translation></message>
