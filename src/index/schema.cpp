@@ -2,6 +2,7 @@
 
 #include "index/schema_version_1.h"
 #include "index/schema_version_2.h"
+#include "index/schema_version_3.h"
 #include "platform/sqlite/database.h"
 
 #include <QtCore/QFileInfo>
@@ -73,6 +74,11 @@ void bringSchemaUpToDate(Database &database)
     }
     if (found < 2) {
         database.exec(kSchemaVersion2);
+    }
+    if (found < 3) {
+        database.exec(kQueueOfSchemaVersion3);
+        database.exec(kCopiesOfSchemaVersion3);
+        database.exec(kSentOfSchemaVersion3);
     }
     if (found < kSchemaVersion) {
         database.exec("PRAGMA user_version = " + std::to_string(kSchemaVersion));

@@ -22,7 +22,7 @@ public:
 };
 
 /// The layout of the index file that this program writes; kept in the file as PRAGMA user_version.
-inline constexpr int kSchemaVersion = 2;
+inline constexpr int kSchemaVersion = 3;
 
 /// Looks at the file at `path` through a read-only connection and throws IndexOpenError unless it is missing,
 /// empty, or an index of this version or an older one. Changes nothing.

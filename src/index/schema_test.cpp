@@ -10,6 +10,8 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+
 namespace gateway::index {
 
 namespace {
@@ -140,7 +142,7 @@ TEST_F(IndexFile, OfALaterVersionIsRefusedAndNotTouched)
     {
         IndexStore store(path());
     }
-    execute("PRAGMA user_version = 3");
+    execute(("PRAGMA user_version = " + std::to_string(kSchemaVersion + 1)).c_str());
 
     expectRefusal(
         QStringLiteral("Failed loading persistent store: the file was written by a later version of "
