@@ -108,8 +108,33 @@ void Inbox::removeUnfinishedOf(const std::string &prefix)
     }
 }
 
+bool Inbox::isInPlace() const
+{
+    struct stat there{};
+    struct stat ours{};
+    return ::stat(m_path.c_str(), &there) == 0 && ::fstat(m_folder.get(), &ours) == 0 &&
+           there.st_dev == ours.st_dev && there.st_ino == ours.st_ino;
+}
+
+void Inbox::takeUpWhatIsThere()
+{
+    if (isInPlace()) {
+        return;
+    }
+    // Nothing is made: the empty folder under a share that is away must not pass for the inbox.
+    Descriptor folder = openFolder(AT_FDCWD, m_path, 0);
+    Descriptor part = folder.isOpen() ? openFolder(folder.get(), kPartFolder, O_NOFOLLOW) : Descriptor();
+    if (part.isOpen()) {
+        m_folder = std::move(folder);
+        m_part = std::move(part);
+    }
+}
+
 int Inbox::create(const std::string &name)
 {
+    if (!isInPlace()) {
+        return -ESTALE;
+    }
     constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
     Descriptor file(::openat(m_part.get(), name.c_str(), kFlags, 0600));
     if (!file.isOpen()) {
@@ -155,6 +180,9 @@ int Inbox::close(int file)
 
 int Inbox::publish(const std::string &name, const std::string &finalName)
 {
+    if (!isInPlace()) {
+        return -ESTALE;
+    }
     return result(::renameat(m_part.get(), name.c_str(), m_folder.get(), finalName.c_str()));
 }
 

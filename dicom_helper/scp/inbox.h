@@ -47,6 +47,10 @@ public:
     /// \throws std::runtime_error with a sentence for people.
     explicit Inbox(const std::string &path);
 
+    /// Takes up the folder that stands at the path now, where that is an inbox and another one than before: a
+    /// share that went away and came back.
+    void takeUpWhatIsThere();
+
     /// Removes unfinished files whose writer is gone.
     void sweep();
 
@@ -56,11 +60,14 @@ public:
     /// The whole path of a complete file.
     std::string pathOf(const std::string &finalName) const { return m_path + "/" + finalName; }
 
+    /// Fails with ESTALE while another folder, or none, stands at the path: what lay in ours would be out of
+    /// the gateway's sight.
     int create(const std::string &name) override;
     ssize_t write(int file, std::string_view bytes) override;
     std::int64_t size(int file) override;
     int sync(int file) override;
     int close(int file) override;
+    /// Fails like `create`.
     int publish(const std::string &name, const std::string &finalName) override;
     int syncInbox() override;
     void removeUnfinished(const std::string &name) override;
@@ -68,6 +75,8 @@ public:
     std::int64_t availableBytes() override;
 
 private:
+    bool isInPlace() const;
+
     std::string m_path;
     Descriptor m_folder;
     Descriptor m_part;

@@ -51,6 +51,46 @@ TEST(Inbox, AFileIsReadableByItsOwnerAlone)
     inbox.close(file);
 }
 
+TEST(Inbox, TakesNothingWhileItsFolderIsAwayAndGoesOnWhenItIsBack)
+{
+    const QTemporaryDir home;
+    const QString folder = home.filePath(QStringLiteral("inbox"));
+    const QString away = home.filePath(QStringLiteral("away"));
+    Inbox inbox(folder.toStdString());
+    const int begun = inbox.create("quorin-a-1.part");
+    ASSERT_GE(begun, 0);
+    inbox.close(begun);
+    ASSERT_TRUE(QDir().rename(folder, away));
+
+    EXPECT_EQ(inbox.create("quorin-a-2.part"), -ESTALE);
+    EXPECT_EQ(inbox.publish("quorin-a-1.part", "quorin-a-1.dcm"), -ESTALE);
+    ASSERT_TRUE(QDir().mkdir(folder)); // what lies under a share
+    inbox.takeUpWhatIsThere();
+    EXPECT_EQ(inbox.create("quorin-a-3.part"), -ESTALE);
+    EXPECT_TRUE(QDir(folder).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot));
+
+    ASSERT_TRUE(QDir().rmdir(folder));
+    ASSERT_TRUE(QDir().rename(away, folder));
+    EXPECT_EQ(inbox.publish("quorin-a-1.part", "quorin-a-1.dcm"), 0);
+    EXPECT_EQ(namesIn(folder), QStringList{QStringLiteral("quorin-a-1.dcm")});
+}
+
+TEST(Inbox, TakesUpTheFolderThatHasComeInThePlaceOfTheOldOne)
+{
+    const QTemporaryDir home;
+    const QString folder = home.filePath(QStringLiteral("inbox"));
+    Inbox inbox(folder.toStdString());
+    ASSERT_TRUE(QDir().rename(folder, home.filePath(QStringLiteral("old"))));
+    ASSERT_TRUE(QDir().mkpath(folder + QStringLiteral("/.part")));
+
+    inbox.takeUpWhatIsThere();
+    const int file = inbox.create("quorin-b-1.part");
+
+    EXPECT_GE(file, 0);
+    inbox.close(file);
+    EXPECT_EQ(namesIn(folder + QStringLiteral("/.part")), QStringList{QStringLiteral("quorin-b-1.part")});
+}
+
 TEST(Inbox, AnExistingFileOrLinkIsNeverWritten)
 {
     const QTemporaryDir home;

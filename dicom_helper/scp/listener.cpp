@@ -231,6 +231,7 @@ void Listener::startAssociation(PendingPeer peer)
     job.request = peer.takeRequest();
     const Child child{job.association, job.fileNames};
 
+    m_inbox.takeUpWhatIsThere();
     const pid_t listener = ::getpid();
     const pid_t process = ::fork();
     if (process == 0) {

@@ -46,14 +46,18 @@ std::unique_ptr<FileBytes> FileBytes::open(const std::string &path)
     // Not blocking, so that a named pipe in a folder of files can't hold the worker.
     const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
     if (descriptor < 0) {
-        return nullptr;
+        // A socket or a device without a driver can't be opened at all.
+        if (errno == ENXIO || errno == ENODEV) {
+            return nullptr;
+        }
+        throw ReadError(errno);
     }
     auto file = std::make_unique<FileBytes>(descriptor);
     struct stat about = {};
-    if (::fstat(descriptor, &about) != 0 || !S_ISREG(about.st_mode)) {
-        return nullptr;
+    if (::fstat(descriptor, &about) != 0) {
+        throw ReadError(errno);
     }
-    return file;
+    return S_ISREG(about.st_mode) ? std::move(file) : nullptr;
 }
 
 FileBytes::FileBytes(int descriptor) : m_descriptor(descriptor)
@@ -69,7 +73,8 @@ FileBytes::~FileBytes()
     ::close(m_descriptor);
 }
 
-std::size_t FileBytes::readFile(std::uint64_t offset, std::span<std::byte> to) const
+/// \param needed  how many of the bytes matter; trouble behind them is left for whoever needs those.
+std::size_t FileBytes::readFile(std::uint64_t offset, std::span<std::byte> to, std::size_t needed) const
 {
     std::size_t filled = 0;
     while (filled < to.size()) {
@@ -78,10 +83,17 @@ std::size_t FileBytes::readFile(std::uint64_t offset, std::span<std::byte> to) c
         if (got < 0 && errno == EINTR) {
             continue;
         }
+        if (got < 0 && filled < needed) {
+            throw ReadError(errno);
+        }
         if (got <= 0) {
             break;
         }
         filled += static_cast<std::size_t>(got);
+    }
+    // A file that ends before its size has lost bytes on the way here: nobody writes to it any more.
+    if (filled < needed && offset + filled < m_size) {
+        throw ReadError(EIO);
     }
     return filled;
 }
@@ -92,13 +104,14 @@ std::size_t FileBytes::read(std::uint64_t offset, std::span<std::byte> to)
         return 0;
     }
     if (to.size() >= kFileWindow) {
-        return readFile(offset, to);
+        return readFile(offset, to, to.size());
     }
     const bool inside = offset >= m_windowOffset && offset + to.size() <= m_windowOffset + m_windowFill;
     if (!inside) {
         m_window.resize(kFileWindow);
+        m_windowFill = 0;
         m_windowOffset = offset;
-        m_windowFill = readFile(offset, m_window);
+        m_windowFill = readFile(offset, m_window, to.size());
     }
     return copyOut(std::span(m_window).first(m_windowFill), offset - m_windowOffset, to);
 }

@@ -2,12 +2,27 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <exception>
 #include <memory>
 #include <span>
 #include <string>
 #include <vector>
 
 namespace gateway::dicom_helper::worker {
+
+/// The system could not give bytes that should be there. That says nothing about what the bytes are.
+class ReadError final : public std::exception
+{
+public:
+    /// \param code  errno, or what comes closest.
+    explicit ReadError(int code) : m_code(code) {}
+
+    int code() const { return m_code; }
+    const char *what() const noexcept override { return "the file can't be read"; }
+
+private:
+    int m_code;
+};
 
 /// Bytes at offsets, from a file or from something that is unpacked on the way.
 ///
@@ -18,6 +33,7 @@ public:
     virtual ~ByteSource() = default;
 
     /// Fills `to` from `offset` on. \return how many bytes there were; fewer than asked for only at the end.
+    /// \throws ReadError
     virtual std::size_t read(std::uint64_t offset, std::span<std::byte> to) = 0;
 
     /// An upper bound of the number of bytes; exact for a file.
@@ -31,7 +47,7 @@ public:
 class FileBytes final : public ByteSource
 {
 public:
-    /// Nothing when `path` can't be opened or isn't a regular file.
+    /// Nothing when `path` isn't a regular file. \throws ReadError when it can't be opened
     static std::unique_ptr<FileBytes> open(const std::string &path);
 
     /// Takes over `descriptor`, which is open for reading.
@@ -46,7 +62,7 @@ public:
     int descriptor() const { return m_descriptor; }
 
 private:
-    std::size_t readFile(std::uint64_t offset, std::span<std::byte> to) const;
+    std::size_t readFile(std::uint64_t offset, std::span<std::byte> to, std::size_t needed) const;
 
     int m_descriptor;
     std::uint64_t m_size = 0;

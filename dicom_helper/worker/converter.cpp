@@ -27,7 +27,7 @@ DicomSource openSource(const std::string &path)
 {
     auto source = DicomSource::open(path);
     if (!source) {
-        throw Doubt("the file can't be opened");
+        throw Doubt("it isn't a regular file");
     }
     return std::move(*source);
 }
@@ -218,8 +218,6 @@ Record Converter::convert(const std::string &path, const std::string &output)
 try {
     Conversion conversion(m_codec, m_abandoned, path);
     return {"converted", {{"path", conversion.into(output) ? output : path}}};
-} catch (const std::bad_alloc &) {
-    return {"failed", {{"message", "the object needs too much memory"}}};
 } catch (const std::runtime_error &error) {
     return {"failed", {{"message", error.what()}}};
 }

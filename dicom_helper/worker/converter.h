@@ -26,7 +26,7 @@ public:
     /// \return `converted` with `output`, or with `path` where nothing is to convert: the object is
     /// compressed,
     ///         has no pixel data, has some that JPEG-LS can't carry exactly, or wouldn't get smaller.
-    ///         `failed` with a message where there is any doubt.
+    ///         `failed` with a message where there is any doubt. \throws ReadError, std::bad_alloc
     platform::dicom_protocol::Record convert(const std::string &path, const std::string &output);
 
 private:

@@ -220,7 +220,7 @@ Record parseObject(const std::string &path)
 {
     auto source = DicomSource::open(path);
     if (!source) {
-        return {"unreadable", {{"message", "the file can't be opened"}}};
+        return {"unreadable", {{"message", "it isn't a regular file"}}};
     }
     const ObjectHeader header = readHeader(*source);
     if (!isObject(header)) {

@@ -1,5 +1,6 @@
 #include "dicom_helper/worker/elements.h"
 
+#include "dicom_helper/worker/byte_source.h"
 #include "dicom_helper/worker/testing/sample_object.h"
 
 #include <QtCore/QTemporaryDir>
@@ -152,7 +153,7 @@ TEST_F(Elements, WhatIsNotDicomIsUnreadable)
     EXPECT_EQ(parsed(std::string(128, '\0') + "DICM").word, "unreadable");
     EXPECT_EQ(parsed(std::string(128, '\0') + "DICM" + std::string(512, '\x7F')).word, "unreadable");
     EXPECT_EQ(parseObject(m_folder.path().toStdString()).word, "unreadable");
-    EXPECT_EQ(parseObject(m_folder.filePath(QStringLiteral("none")).toStdString()).word, "unreadable");
+    EXPECT_THROW(parseObject(m_folder.filePath(QStringLiteral("none")).toStdString()), ReadError);
 }
 
 TEST_F(Elements, AHeaderCutInsideTheMetaInformationIsUnreadable)

@@ -39,7 +39,7 @@ struct ObjectHeader
 class DicomSource
 {
 public:
-    /// Nothing when `path` can't be opened or is no regular file.
+    /// Nothing when `path` is no regular file. Here and in all that reads: throws ReadError.
     static std::optional<DicomSource> open(const std::string &path);
 
     const FileLayout &layout() const { return m_layout; }

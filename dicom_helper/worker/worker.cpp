@@ -1,10 +1,12 @@
 #include "dicom_helper/worker/worker.h"
 
+#include "dicom_helper/worker/byte_source.h"
 #include "dicom_helper/worker/charls_codec.h"
 #include "dicom_helper/worker/converter.h"
 #include "dicom_helper/worker/elements.h"
 #include "dicom_helper/worker/toolkit_object.h"
 
+#include <cerrno>
 #include <csignal>
 #include <poll.h>
 #include <sys/prctl.h>
@@ -58,8 +60,14 @@ bool isClosed(const Channel &channel)
     return ::poll(&entry, 1, 0) > 0 && (entry.revents & (POLLHUP | POLLERR)) != 0;
 }
 
-Record answer(const Record &job, Converter &converter)
+/// The answer where something else than the object stood in the way.
+Record trouble(int code, const char *message)
 {
+    return {"trouble", {{"errno", std::to_string(code)}, {"message", message}}};
+}
+
+Record answer(const Record &job, Converter &converter)
+try {
     const std::string path(job.text("path"));
     if (job.word == "convert") {
         // Receiving comes first; a process that has converted stays behind it for good.
@@ -69,11 +77,11 @@ Record answer(const Record &job, Converter &converter)
     if (job.word != "parse") {
         return {"failed", {{"message", "the job isn't known"}}};
     }
-    try {
-        return parseObject(path);
-    } catch (const std::bad_alloc &) {
-        return {"unreadable", {{"message", "the object needs too much memory"}}};
-    }
+    return parseObject(path);
+} catch (const ReadError &error) {
+    return trouble(error.code(), error.what());
+} catch (const std::bad_alloc &) {
+    return trouble(ENOMEM, "the object needs too much memory");
 }
 
 } // namespace

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <thread>
 
 namespace gateway::dicom_helper::worker::testing {
@@ -59,7 +60,20 @@ TEST(Worker, AnswersJobsOneAfterAnother)
     EXPECT_EQ(worker.answerTo({"parse", {{"path", source}}}).text("SOPUID"), "s1.2.3.4.5");
     EXPECT_EQ(worker.answerTo({"convert", {{"path", source}, {"output", output}}}).text("path"), output);
     EXPECT_EQ(worker.answerTo({"parse", {{"path", output}}}).text("SOPUID"), "s1.2.3.4.5");
-    EXPECT_EQ(worker.answerTo({"parse", {}}).word, "unreadable");
+    EXPECT_EQ(worker.answerTo({"parse", {{"path", folder.path().toStdString()}}}).word, "unreadable");
+}
+
+TEST(Worker, WhatCannotBeOpenedIsTroubleAndNothingIsSaidOfItsContent)
+{
+    const QTemporaryDir folder;
+    const std::string none = folder.filePath(QStringLiteral("none")).toStdString();
+    Worker worker;
+
+    for (const char *job : {"parse", "convert"}) {
+        const Record answer = worker.answerTo({job, {{"path", none}, {"output", none + "2"}}});
+        EXPECT_EQ(answer.word, "trouble") << job;
+        EXPECT_EQ(answer.text("errno"), std::to_string(ENOENT)) << job;
+    }
 }
 
 TEST(Worker, AnUnknownJobFails)

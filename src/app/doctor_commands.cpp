@@ -24,7 +24,8 @@ const QString kRepair = QStringLiteral("repair");
 bool recordedImages(const doctor::Diagnosis &diagnosis)
 {
     return std::ranges::any_of(diagnosis.findings, [](const doctor::Finding &finding) {
-        return finding.kind == doctor::FindingKind::unrecordedImage && finding.mended > 0;
+        return finding.mended > 0 && (finding.kind == doctor::FindingKind::unrecordedImage ||
+                                      finding.kind == doctor::FindingKind::rejectedObject);
     });
 }
 

@@ -4,6 +4,7 @@
 #include "log/redaction.h"
 #include "platform/dicom/inbox_files.h"
 #include "platform/sqlite/sqlite_error.h"
+#include "receive/inbox.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
@@ -117,9 +118,14 @@ public:
         for (const QString &path : platform::completeInboxFiles(folder)) {
             add(FindingKind::waitsInInbox, 1, nameOf(QUrl::fromLocalFile(path)));
         }
-        const QDir rejected(folder + QStringLiteral("/.rejected"));
-        for (const QString &name : rejected.entryList(QDir::Files | QDir::Hidden, QDir::Name)) {
-            add(FindingKind::rejectedObject, 1, nameOf(QUrl::fromLocalFile(rejected.filePath(name))));
+        for (const QString &path : receive::setAsideFiles(folder)) {
+            if (m_stop.stop_requested()) {
+                return;
+            }
+            add(FindingKind::rejectedObject, 1, nameOf(QUrl::fromLocalFile(path)));
+            if (m_repairs && takeIn(path)) {
+                addMended(FindingKind::rejectedObject, 1);
+            }
         }
     }
 
@@ -223,15 +229,7 @@ private:
 
     void lookAt(const QString &pathString)
     {
-        UnrecordedFile file;
-        try {
-            file = m_examination.lookAt(pathString);
-        } catch (const SqliteError &) {
-            throw;
-        } catch (const std::exception &) {
-            add(FindingKind::unexaminedFile, 1, nameOf(m_index.fileURL(pathString)));
-            return;
-        }
+        const UnrecordedFile file = m_examination.lookAt(pathString);
         const FileName name = nameOf(file.fileURL,
                                      file.place ? pathString : QString(),
                                      file.elements.value(QStringLiteral("SOPUID")).toString());
@@ -252,6 +250,9 @@ private:
             // A name that the store gave was given to an image once.
             add(file.place ? FindingKind::unreadableFile : FindingKind::foreignFile, 1, name);
             return;
+        case UnrecordedFile::Kind::unexamined:
+            add(FindingKind::unexaminedFile, 1, name);
+            return;
         }
     }
 
@@ -268,6 +269,17 @@ private:
         } catch (const index::GatewayImportError &) {
             return false;
         }
+    }
+
+    /// Imports what was set aside: the disk that couldn't be read, or the reader, may be a better one by now.
+    bool takeIn(const QString &path)
+    {
+        try {
+            m_index.importFile(QUrl::fromLocalFile(path));
+        } catch (const index::GatewayImportError &) {
+            return false;
+        }
+        return !receive::removeFromInbox(path).error;
     }
 
     bool isThere(const QString &storagePath) const

@@ -315,6 +315,20 @@ TEST_F(DoctorTest, TellsWhatLiesInTheIncomingFolder)
               (Counts{{FindingKind::waitsInInbox, {1, 0}}, {FindingKind::rejectedObject, {1, 0}}}));
 }
 
+TEST_F(DoctorTest, TakesInOnRequestWhatWasSetAsideAndCanBeReadByNow)
+{
+    const QString aside = inbox() + QStringLiteral("/.rejected/12345678-quorin-a-1.dcm");
+    write(aside);
+    index::testing::writeSyntheticFile(aside, TemporaryIndex::image(QStringLiteral("9.1")));
+
+    EXPECT_EQ(counts(), (Counts{{FindingKind::rejectedObject, {1, 0}}}));
+    EXPECT_EQ(counts(true), (Counts{{FindingKind::rejectedObject, {1, 1}}}));
+
+    EXPECT_FALSE(QFileInfo::exists(aside));
+    EXPECT_EQ(rows(), 1);
+    EXPECT_TRUE(examine().findings.isEmpty());
+}
+
 TEST_F(DoctorTest, RemovesOnRequestWhatADeletionHadToLeave)
 {
     const QString path = importOne(QStringLiteral("9.1"));

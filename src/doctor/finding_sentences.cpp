@@ -63,8 +63,8 @@ Words wordsOf(FindingKind kind)
         return {"unexaminedFile",
                 true,
                 QT_TRANSLATE_NOOP("DoctorFinding",
-                                  "A stored file could not be looked at, since the reader of images didn't "
-                                  "work. Run doctor again.")};
+                                  "A stored file could not be read, which may pass. Check its disk, and run "
+                                  "doctor again.")};
     case FindingKind::fileGone:
         return {"fileGone",
                 true,
@@ -117,12 +117,13 @@ Words wordsOf(FindingKind kind)
     case FindingKind::rejectedObject:
         break;
     }
-    return {"rejectedObject",
-            true,
-            QT_TRANSLATE_NOOP("DoctorFinding",
-                              "A received object could not be read and is kept in the folder .rejected of "
-                              "the incoming folder. Look at it, and send it again from the device that made "
-                              "it; then move it away.")};
+    return {
+        "rejectedObject",
+        true,
+        QT_TRANSLATE_NOOP("DoctorFinding",
+                          "A received object could not be taken in and is kept in the folder .rejected of "
+                          "the incoming folder. --repair tries it again. What stays is perhaps no image: "
+                          "look at it, send it again from the device that made it, and move it away.")};
 }
 
 } // namespace
@@ -144,6 +145,7 @@ bool isMendable(FindingKind kind)
     case FindingKind::wrongState:
     case FindingKind::unrecordedImage:
     case FindingKind::waitsForRemoval:
+    case FindingKind::rejectedObject:
         return true;
     case FindingKind::indexDamaged:
     case FindingKind::indexNotAnswering:
@@ -156,7 +158,6 @@ bool isMendable(FindingKind kind)
     case FindingKind::earlierCopy:
     case FindingKind::foreignFile:
     case FindingKind::waitsInInbox:
-    case FindingKind::rejectedObject:
         break;
     }
     return false;

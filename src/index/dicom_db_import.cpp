@@ -68,17 +68,24 @@ QString copyPatiently(FileStore &files, Patience &patience, const QString &sourc
 
 QVariantMap parse(platform::DicomParsing &parser, const QString &path)
 {
-    std::optional<QVariantMap> elements;
-    try {
-        elements = parser.parse(path);
-    } catch (const std::exception &error) {
-        // The parsing service broke down: that says nothing about the file.
-        throw GatewayImportError(Kind::dicomParseFailed, Blame::storage, QString::fromUtf8(error.what()));
+    const platform::ParsedFile file = parser.parse(path);
+    const auto refuse = [&file](Blame blame) {
+        throw GatewayImportError(Kind::dicomParseFailed, blame, file.message, file.code);
+    };
+    switch (file.fate) {
+    case platform::ParsedFile::Fate::parsed:
+        break;
+    case platform::ParsedFile::Fate::notDicom:
+        refuse(Blame::file);
+        break;
+    case platform::ParsedFile::Fate::trouble:
+        refuse(Blame::reading);
+        break;
+    case platform::ParsedFile::Fate::unavailable:
+        refuse(Blame::storage);
+        break;
     }
-    if (!elements) {
-        throw GatewayImportError(Kind::dicomParseFailed, Blame::file);
-    }
-    return *elements;
+    return file.elements;
 }
 
 StoredFile movePatiently(FileStore &files, Patience &patience, PrivateCopy &copy)

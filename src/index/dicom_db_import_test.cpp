@@ -76,7 +76,7 @@ TEST_F(Import, GivesTheSummaryAndLeavesTheSource)
         (ImportedFileSummary{QStringLiteral("PAT1"), QStringLiteral("1.2"), {QStringLiteral("1.2.30")}}));
     EXPECT_TRUE(QFile::exists(source.toLocalFile()));
     EXPECT_EQ(filesInStore(), QStringList{QStringLiteral("10000/0.dcm")});
-    EXPECT_TRUE(home.parser.parse(home.fileStoreRoot() + QStringLiteral("/10000/0.dcm"))) << "whole";
+    EXPECT_TRUE(home.parser.reads(home.fileStoreRoot() + QStringLiteral("/10000/0.dcm"))) << "whole";
 }
 
 TEST_F(Import, ASharedInboxFileLivesOnInTheStoreWhenTheInboxLosesIt)
@@ -86,7 +86,7 @@ TEST_F(Import, ASharedInboxFileLivesOnInTheStoreWhenTheInboxLosesIt)
     DBService(index, ImportSource::ownInbox).importFile(source);
     QFile::remove(source.toLocalFile());
 
-    EXPECT_TRUE(home.parser.parse(home.fileStoreRoot() + QStringLiteral("/10000/0.dcm")));
+    EXPECT_TRUE(home.parser.reads(home.fileStoreRoot() + QStringLiteral("/10000/0.dcm")));
 }
 
 TEST_F(Import, AForeignFileWrittenToLaterDoesNotChangeTheStoredOne)
@@ -99,7 +99,7 @@ TEST_F(Import, AForeignFileWrittenToLaterDoesNotChangeTheStoredOne)
     file.write("overwritten");
     file.close();
 
-    EXPECT_TRUE(home.parser.parse(home.fileStoreRoot() + QStringLiteral("/10000/0.dcm")));
+    EXPECT_TRUE(home.parser.reads(home.fileStoreRoot() + QStringLiteral("/10000/0.dcm")));
 }
 
 TEST_F(ImportedRows, StudyFieldsComeFromTheElements)
@@ -357,6 +357,17 @@ TEST_F(ImportFailures, AParserThatBreaksDownSaysNothingAboutTheFile)
     EXPECT_TRUE(filesInStore().isEmpty());
 }
 
+TEST_F(ImportFailures, AFileThatCannotBeReadIsNotCalledUnreadable)
+{
+    home.parser.breakDown(platform::ParsedFile::Fate::trouble);
+
+    expectError(home.file(TemporaryIndex::image(QStringLiteral("9.1"))),
+                Kind::dicomParseFailed,
+                Blame::reading,
+                "Could not parse incoming file as DICOM.");
+    EXPECT_TRUE(filesInStore().isEmpty());
+}
+
 TEST_F(ImportFailures, AStoreThatCanNotBeWrittenIsReportedAndTheNumberDoesNotRise)
 {
     ASSERT_TRUE(QDir().mkpath(home.fileStoreRoot()));
@@ -369,7 +380,7 @@ TEST_F(ImportFailures, AStoreThatCanNotBeWrittenIsReportedAndTheNumberDoesNotRis
                 Blame::storage,
                 "Could not move imported file to local storage.");
 
-    EXPECT_TRUE(home.parser.parse(source.toLocalFile()));
+    EXPECT_TRUE(home.parser.reads(source.toLocalFile()));
     EXPECT_EQ(filesInStore(), QStringList{QStringLiteral("10000")}) << "no private copy is left";
     EXPECT_EQ(index.totalCounts(), (EntityCounts{0, 0, 0}));
     ASSERT_TRUE(obstacle.remove());
@@ -415,14 +426,14 @@ TEST_F(ImportFailures, ABrokenStepOfTheDiskLosesNothingAndTheNextImportWorks)
         disk.failStep(broken, EACCES);
         EXPECT_THROW(index.importFile(source), GatewayImportError) << broken;
 
-        EXPECT_TRUE(home.parser.parse(source.toLocalFile())) << broken;
+        EXPECT_TRUE(home.parser.reads(source.toLocalFile())) << broken;
         EXPECT_EQ(index.totalCounts(), counts) << broken;
         EXPECT_EQ(filesInStore().size(), stored) << broken;
     }
     disk.heal();
     EXPECT_NO_THROW(index.importFile(source));
     for (const PendingImageUpload &candidate : index.pendingImageUploads(9)) {
-        EXPECT_TRUE(home.parser.parse(candidate.fileURL.toLocalFile()));
+        EXPECT_TRUE(home.parser.reads(candidate.fileURL.toLocalFile()));
     }
 }
 
@@ -482,7 +493,7 @@ TEST(ImportAndPowerCut, AnImportedFileIsThereWholeAfterwards)
 
         const auto candidates = home.index().pendingImageUploads(9);
         ASSERT_EQ(candidates.size(), 1);
-        EXPECT_TRUE(home.parser.parse(candidates[0].fileURL.toLocalFile()));
+        EXPECT_TRUE(home.parser.reads(candidates[0].fileURL.toLocalFile()));
         EXPECT_EQ(home.import(TemporaryIndex::image(QStringLiteral("9.2"))), QStringLiteral("10000/1.dcm"));
     }
 }

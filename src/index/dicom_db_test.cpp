@@ -84,9 +84,9 @@ void expectAllThere(TemporaryIndex &home, int acknowledged)
             home.rows(QStringLiteral("SELECT pathString FROM DicomImage WHERE originalSOPInstanceUID = '%1'")
                           .arg(uidOf(number)));
         ASSERT_EQ(rows.size(), 1 + number % 3) << number;
-        const auto elements = home.parser.parse(home.index().fileURL(rows[0]).toLocalFile());
-        ASSERT_TRUE(elements) << number;
-        EXPECT_EQ(elements->value(QStringLiteral("SOPUID")).toString(), uidOf(number));
+        const platform::ParsedFile file = home.parser.parse(home.index().fileURL(rows[0]).toLocalFile());
+        ASSERT_EQ(file.fate, platform::ParsedFile::Fate::parsed) << number;
+        EXPECT_EQ(file.elements.value(QStringLiteral("SOPUID")).toString(), uidOf(number));
     }
 }
 

@@ -4,8 +4,9 @@
 
 namespace gateway::index {
 
-GatewayImportError::GatewayImportError(Kind kind, Blame blame, QString underlying)
-    : m_kind(kind), m_blame(blame), m_underlying(std::move(underlying)), m_what(errorDescription().toUtf8())
+GatewayImportError::GatewayImportError(Kind kind, Blame blame, QString underlying, int code)
+    : m_kind(kind), m_blame(blame), m_underlying(std::move(underlying)), m_code(code),
+      m_what(errorDescription().toUtf8())
 {
 }
 

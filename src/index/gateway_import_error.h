@@ -29,18 +29,26 @@ public:
         /// with the same bytes can't end otherwise.
         file,
 
+        /// Reading it, now: the system gave an error in place of bytes, or no reader survived them. The same
+        /// file may be imported later, but it alone is in trouble, and perhaps for good.
+        reading,
+
         /// The storage, the index or the parsing service, now: the same file may be imported later, so a
         /// source that nobody else keeps must not be deleted.
         storage
     };
 
-    GatewayImportError(Kind kind, Blame blame, QString underlying = {});
+    /// \param code  errno, where there is one.
+    GatewayImportError(Kind kind, Blame blame, QString underlying = {}, int code = 0);
 
     Kind kind() const { return m_kind; }
     Blame blame() const { return m_blame; }
 
     /// The operating system's or the database's own words, where there are any.
     const QString &underlying() const { return m_underlying; }
+
+    /// The operating system's number for it, 0 where there is none.
+    int code() const { return m_code; }
 
     /// The sentence for the operator.
     QString errorDescription() const;
@@ -51,6 +59,7 @@ private:
     Kind m_kind;
     Blame m_blame;
     QString m_underlying;
+    int m_code;
     QByteArray m_what;
 };
 

@@ -167,13 +167,17 @@ UnrecordedFile IndexExamination::lookAt(const QString &pathString) const
     if (isSpoken() || !QFileInfo(path).isFile()) {
         return file;
     }
-    const std::optional<QVariantMap> found = m_parser.parse(path);
-    if (!found || textOr(*found, QStringLiteral("patientUID")).isEmpty()) {
+    const platform::ParsedFile found = m_parser.parse(path);
+    using Fate = platform::ParsedFile::Fate;
+    if (found.fate != Fate::parsed || textOr(found.elements, QStringLiteral("patientUID")).isEmpty()) {
+        const bool isTrouble = found.fate == Fate::trouble || found.fate == Fate::unavailable;
         const bool isStillThere = QFileInfo(path).isFile() && !isSpoken();
-        file.kind = isStillThere ? UnrecordedFile::Kind::unreadable : UnrecordedFile::Kind::none;
+        file.kind = !isStillThere ? UnrecordedFile::Kind::none
+                    : isTrouble   ? UnrecordedFile::Kind::unexamined
+                                  : UnrecordedFile::Kind::unreadable;
         return file;
     }
-    file.elements = *found;
+    file.elements = found.elements;
     const bool isHeld = m_store.read([&](Database &database) { return hasFileAlready(database, file); });
     file.kind = isHeld ? UnrecordedFile::Kind::earlierCopy : UnrecordedFile::Kind::image;
     return file;

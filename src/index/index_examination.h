@@ -41,7 +41,8 @@ struct UnrecordedFile
         none,        ///< it is recorded after all, about to be, or about to be removed, or it has gone
         image,       ///< an image that the index doesn't have
         earlierCopy, ///< another copy of an image whose rows refer to a file that is there
-        unreadable   ///< no image that could be recorded
+        unreadable,  ///< no image that could be recorded
+        unexamined   ///< trouble stood in the way of looking at it
     };
 
     Kind kind = Kind::none;
@@ -91,8 +92,6 @@ public:
 
     /// What the file of this path is, given that somebody saw it in the store. A file that an import has just
     /// moved in is never taken for one without rows.
-    ///
-    /// \throws std::exception  when the reader of images broke down: nothing is known then.
     UnrecordedFile lookAt(const QString &pathString) const;
 
     /// Records an image where it lies, unless somebody else did or its rows have a file by now: an image

@@ -253,12 +253,15 @@ TEST_F(Examination, KnowsTheFormOfItsOwnPathsOnly)
     }
 }
 
-TEST_F(Examination, SaysSoWhenTheReaderOfImagesBrokeDown)
+TEST_F(Examination, SaysSoWhenTroubleStoodInTheWay)
 {
     put(QStringLiteral("10000/77.dcm"), TemporaryIndex::image(QStringLiteral("9.7")));
-    home.parser.breakDown();
 
-    EXPECT_THROW(examination().lookAt(QStringLiteral("10000/77.dcm")), std::exception);
+    for (const auto fate : {platform::ParsedFile::Fate::trouble, platform::ParsedFile::Fate::unavailable}) {
+        home.parser.breakDown(fate);
+        EXPECT_EQ(examination().lookAt(QStringLiteral("10000/77.dcm")).kind,
+                  UnrecordedFile::Kind::unexamined);
+    }
 }
 
 } // namespace gateway::index

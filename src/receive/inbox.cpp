@@ -24,6 +24,21 @@ log::GatewayLogError systemError(int code)
 
 } // namespace
 
+QString setAsideFolder(const QString &inbox)
+{
+    return inbox + QStringLiteral("/.rejected");
+}
+
+QStringList setAsideFiles(const QString &inbox)
+{
+    const QDir folder(setAsideFolder(inbox));
+    QStringList paths;
+    for (const QString &name : folder.entryList(QDir::Files | QDir::Hidden | QDir::NoSymLinks, QDir::Name)) {
+        paths.append(folder.absoluteFilePath(name));
+    }
+    return paths;
+}
+
 InboxRemoval removeFromInbox(const QString &path)
 {
     if (::unlink(QFile::encodeName(path).constData()) != 0) {
@@ -35,13 +50,11 @@ InboxRemoval removeFromInbox(const QString &path)
 InboxRemoval setAside(const QString &path)
 {
     const QFileInfo file(path);
-    const QString rejected = file.absolutePath() + QStringLiteral("/.rejected");
-    if (!QDir().mkpath(rejected)) {
-        return {systemError(errno)};
-    }
+    const QString rejected = setAsideFolder(file.absolutePath());
     const QString name =
         QStringLiteral("%1-%2").arg(QUuid::createUuid().toString(QUuid::Id128).left(8), file.fileName());
     try {
+        platform::makeFoldersDurably(rejected);
         platform::renameDurably(path, rejected + u'/' + name);
     } catch (const platform::FileError &error) {
         return {log::redactedError(QStringLiteral("POSIX"), error.code(), error.message())};

@@ -3,6 +3,7 @@
 #include "log/gateway_log_event.h"
 
 #include <QtCore/QString>
+#include <QtCore/QStringList>
 
 #include <optional>
 
@@ -17,8 +18,14 @@ struct InboxRemoval
 /// Removes an imported file. Call it only when the file's rows are durable.
 InboxRemoval removeFromInbox(const QString &path);
 
-/// Moves a file that can't be imported to the folder `.rejected` beside it, durably and under a name that
-/// nothing there has: its sender was told that it is stored, so it isn't deleted.
+/// The folder of an inbox where that lies which can't be imported.
+QString setAsideFolder(const QString &inbox);
+
+/// What lies there, by name. Thread: any.
+QStringList setAsideFiles(const QString &inbox);
+
+/// Moves a file that can't be imported to the folder for those, durably and under a name that nothing there
+/// has: its sender was told that it is stored, so it isn't deleted.
 InboxRemoval setAside(const QString &path);
 
 } // namespace gateway::receive

@@ -55,24 +55,33 @@ void IncomingImporter::enqueue(Item item)
     });
 }
 
-/// False when the file is in hand already, or was taken over from an earlier run before the receiver handed
-/// it over itself.
+/// False when the file is in hand already.
 bool IncomingImporter::takeInHand(const Item &item)
 {
     const platform::MutexLock lock(m_mutex);
-    if (m_inHand.contains(item.path) || m_found.contains(item.path)) {
+    if (m_inHand.contains(item.path)) {
         return false;
     }
     m_inHand.insert(item.path);
-    if (item.found) {
-        m_found.insert(item.path);
-    }
     return true;
+}
+
+std::optional<IncomingImporter::Fate> IncomingImporter::decidedFate(const Item &item)
+{
+    const platform::MutexLock lock(m_mutex);
+    const auto found = m_decided.constFind(item.path);
+    return found == m_decided.constEnd() ? std::nullopt : std::optional(*found);
 }
 
 void IncomingImporter::handle(const Item &item)
 {
-    if (item.found && !QFileInfo::exists(item.path)) {
+    const bool isThere = QFileInfo::exists(item.path);
+    const std::optional<Fate> decided = decidedFate(item);
+    if (decided && isThere) {
+        depart(item, *decided);
+        return;
+    }
+    if (!isThere && (decided || item.found)) {
         letGo(item);
         return;
     }
@@ -94,9 +103,7 @@ IncomingImporter::Fate IncomingImporter::importFile(const Item &item)
                    log::redactedError(QStringLiteral("QuorinGateway.GatewayImportError"),
                                       static_cast<int>(error.kind()),
                                       error.errorDescription()));
-        const bool mayPass =
-            error.blame() == index::GatewayImportError::Blame::storage && QFileInfo::exists(item.path);
-        return mayPass ? Fate::noStorage : Fate::refused;
+        return fateOf(item, error);
     }
     emitRecord(item, GatewayLogAction::importSucceeded, GatewayLogOutcome::succeeded);
     m_with.main.post(weak_from_this(), [this] { m_with.state.refreshCounters(); });
@@ -104,17 +111,58 @@ IncomingImporter::Fate IncomingImporter::importFile(const Item &item)
     return Fate::imported;
 }
 
-void IncomingImporter::leaveInbox(const Item &item, Fate fate)
+IncomingImporter::Fate IncomingImporter::fateOf(const Item &item, const index::GatewayImportError &error)
 {
-    if (fate == Fate::noStorage) {
+    using Blame = index::GatewayImportError::Blame;
+    switch (error.blame()) {
+    case Blame::file:
+        return Fate::refused;
+    case Blame::reading:
+        return Fate::trouble;
+    case Blame::storage:
+        break;
+    }
+    return QFileInfo::exists(item.path) ? Fate::noStorage : Fate::outOfSight;
+}
+
+void IncomingImporter::leaveInbox(Item item, Fate fate)
+{
+    switch (fate) {
+    case Fate::imported:
+    case Fate::refused:
+        depart(item, fate);
+        return;
+    case Fate::trouble:
+        if (++item.troubles == kTriesInTrouble) {
+            depart(item, fate);
+            return;
+        }
         keepForRetry(item);
         return;
+    case Fate::noStorage:
+        keepForRetry(item);
+        return;
+    case Fate::outOfSight:
+        keepOutOfSight(item);
+        return;
     }
+}
+
+/// Takes a file whose fate is decided out of the inbox.
+void IncomingImporter::depart(const Item &item, Fate fate)
+{
     const InboxRemoval removal = fate == Fate::imported ? removeFromInbox(item.path) : setAside(item.path);
+    if (removal.error || item.found) {
+        const platform::MutexLock lock(m_mutex);
+        m_decided.insert(item.path, fate);
+    }
     if (!removal.error) {
         QMap<QString, QString> details;
-        if (fate == Fate::refused) {
+        if (fate != Fate::imported) {
             details.insert(QStringLiteral("disposition"), QStringLiteral("set_aside"));
+        }
+        if (fate == Fate::trouble) {
+            details.insert(QStringLiteral("reason"), QStringLiteral("could_not_be_read"));
         }
         emitRecord(item,
                    GatewayLogAction::incomingFileDeleted,
@@ -145,6 +193,18 @@ void IncomingImporter::keepForRetry(const Item &item)
         m_waiting.push_back(item);
     }
     m_wake.notifyAll();
+}
+
+/// The sender was told that it is stored, so the log says that it couldn't be seen.
+void IncomingImporter::keepOutOfSight(const Item &item)
+{
+    emitRecord(item,
+               GatewayLogAction::incomingFileDeleted,
+               GatewayLogOutcome::skipped,
+               GatewayLogLevel::warning,
+               std::nullopt,
+               {{QStringLiteral("reason"), QStringLiteral("out_of_sight")}});
+    letGo(item);
 }
 
 void IncomingImporter::letGo(const Item &item)
@@ -178,20 +238,15 @@ bool IncomingImporter::waitForWork(const std::stop_token &stop)
     return !m_closing && !stop.stop_requested();
 }
 
-/// Tries the waiting files in their order, up to the first that finds no storage again.
+/// Tries each waiting file once, in their order, up to the first that finds no storage again.
 ///
 /// \return true when none waits any more.
 bool IncomingImporter::retryRound(const std::stop_token &stop)
 {
-    while (!stop.stop_requested()) {
-        std::optional<Item> item;
-        {
-            const platform::MutexLock lock(m_mutex);
-            if (m_waiting.empty()) {
-                return true;
-            }
-            item = std::move(m_waiting.front());
-            m_waiting.pop_front();
+    for (std::size_t left = waiting(); left > 0 && !stop.stop_requested(); --left) {
+        const std::optional<Item> item = nextWaiting();
+        if (!item) {
+            break;
         }
         const Fate fate = importFile(*item);
         leaveInbox(*item, fate);
@@ -199,7 +254,24 @@ bool IncomingImporter::retryRound(const std::stop_token &stop)
             return false;
         }
     }
-    return false;
+    return waiting() == 0;
+}
+
+std::optional<IncomingImporter::Item> IncomingImporter::nextWaiting()
+{
+    const platform::MutexLock lock(m_mutex);
+    if (m_waiting.empty()) {
+        return std::nullopt;
+    }
+    Item item = std::move(m_waiting.front());
+    m_waiting.pop_front();
+    return item;
+}
+
+std::size_t IncomingImporter::waiting() const
+{
+    const platform::MutexLock lock(m_mutex);
+    return m_waiting.size();
 }
 
 void IncomingImporter::emitRecord(const Item &item,

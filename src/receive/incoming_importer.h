@@ -9,6 +9,7 @@
 #include "platform/concurrency/worker_pool.h"
 #include "receive/receive_state.h"
 
+#include <QtCore/QHash>
 #include <QtCore/QSet>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
@@ -23,10 +24,12 @@ namespace gateway::receive {
 
 /// Takes each received file from the inbox into the index, and out of the inbox.
 ///
-/// A file leaves the inbox only when its rows are durable, or when no retry could ever import it; then it
-/// is moved aside into `.rejected`, because its sender was told that it is stored. A file whose import failed
-/// for want of storage stays and is tried again, one at a time, after 30 seconds at first and up to 10
-/// minutes apart, and at the next start of the listener.
+/// A file leaves the inbox only when its rows are durable, or when it is moved aside into `.rejected`,
+/// because its sender was told that it is stored. That happens to what was read well and is no DICOM object,
+/// and to what could not be read `kTriesInTrouble` times. A file whose import failed for want of storage
+/// stays and is tried again without limit. Tries are 30 seconds apart at first and up to 10 minutes later; a
+/// file in trouble holds up no other one. A file that is out of sight at its turn is let go of: whoever finds
+/// it again offers it again.
 ///
 /// Owner: StoreListenerService. Thread: any.
 class IncomingImporter : public std::enable_shared_from_this<IncomingImporter>
@@ -47,6 +50,9 @@ public:
     static constexpr std::chrono::seconds kFirstPause{30};
     static constexpr std::chrono::seconds kLongestPause{600};
 
+    /// About an hour and a half: what can't be read for so long needs a person.
+    static constexpr int kTriesInTrouble = 12;
+
     explicit IncomingImporter(Collaborators collaborators);
     ~IncomingImporter();
 
@@ -58,7 +64,8 @@ public:
     /// \param association  the identifier of the association that it came by.
     void fileArrived(const QString &path, const QString &association);
 
-    /// Imports a complete file that an earlier run left in the inbox, unless it is in hand already.
+    /// Imports a complete file that lies in the inbox, unless it is in hand already. May be called again and
+    /// again for one file: what has been imported but could not be removed is only removed then.
     void fileFound(const QString &path);
 
 private:
@@ -66,27 +73,36 @@ private:
     {
         QString path;
         std::optional<QString> assocHash;
-        bool found = false; ///< left by an earlier run, not delivered by this one
+        bool found = false; ///< found in the inbox, not delivered by the network
+        int troubles = 0;   ///< how often it could not be read
     };
 
     enum class Fate
     {
         imported,
-        refused,
-        noStorage
+        refused,   ///< it was read without an error and isn't an image that can be recorded
+        trouble,   ///< it could not be read this time
+        noStorage, ///< it could not be stored this time, as perhaps no file could
+        outOfSight ///< it isn't there, or its folder is away
     };
 
     void enqueue(Item item);
     bool takeInHand(const Item &item) QUORIN_EXCLUDES(m_mutex);
     void handle(const Item &item);
     Fate importFile(const Item &item);
-    void leaveInbox(const Item &item, Fate fate);
+    Fate fateOf(const Item &item, const index::GatewayImportError &error);
+    void leaveInbox(Item item, Fate fate);
+    void depart(const Item &item, Fate fate);
     void keepForRetry(const Item &item);
+    void keepOutOfSight(const Item &item);
     void letGo(const Item &item);
+    std::optional<Fate> decidedFate(const Item &item);
 
     void retryLoop(std::stop_token stop);
     bool waitForWork(const std::stop_token &stop);
     bool retryRound(const std::stop_token &stop);
+    std::optional<Item> nextWaiting();
+    std::size_t waiting() const;
 
     void emitRecord(const Item &item,
                     log::GatewayLogAction action,
@@ -97,11 +113,12 @@ private:
 
     Collaborators m_with;
 
-    platform::Mutex m_mutex;
+    mutable platform::Mutex m_mutex;
     platform::Condition m_wake;
-    QSet<QString> m_inHand QUORIN_GUARDED_BY(m_mutex);     // queued, being imported or waiting
-    QSet<QString> m_found QUORIN_GUARDED_BY(m_mutex);      // left by an earlier run and taken over
-    std::deque<Item> m_waiting QUORIN_GUARDED_BY(m_mutex); // found no storage
+    QSet<QString> m_inHand QUORIN_GUARDED_BY(m_mutex); // queued, being imported or waiting
+    // Imported or refused, and still there or found before the network delivered them: never imported twice.
+    QHash<QString, Fate> m_decided QUORIN_GUARDED_BY(m_mutex);
+    std::deque<Item> m_waiting QUORIN_GUARDED_BY(m_mutex); // to be tried again
     bool m_closing QUORIN_GUARDED_BY(m_mutex) = false;
 
     platform::Task m_retry; // last: it uses the fields above

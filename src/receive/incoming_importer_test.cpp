@@ -3,6 +3,7 @@
 #include "log/redaction.h"
 #include "receive/testing/receive_world.h"
 
+#include <QtCore/QDir>
 #include <QtCore/QUrl>
 
 #include <gtest/gtest.h>
@@ -102,7 +103,7 @@ TEST_F(Importer, WarnsOfAFileThatCanNotBeTakenOutOfTheInboxAndLeavesItThere)
     EXPECT_EQ(removal.front().level, log::GatewayLogLevel::warning);
     ASSERT_TRUE(removal.front().error.has_value());
     EXPECT_NE(removal.front().error->code, 0);
-    EXPECT_EQ(m_world.imports.attempts(), 1) << "nothing tries it again before the next start";
+    EXPECT_EQ(m_world.imports.attempts(), 1);
 }
 
 TEST_F(Importer, KeepsAFileThatFoundNoStorageAndTriesItAgain)
@@ -178,16 +179,116 @@ TEST_F(Importer, PassesInSilenceOverAFoundFileThatHasGone)
     EXPECT_TRUE(m_world.log.events().empty());
 }
 
-TEST_F(Importer, GivesUpOnADeliveredFileThatHasGone)
+TEST_F(Importer, TakesADeliveredFileThatIsOutOfSightWhenItIsFoundAgain)
 {
-    m_importer->fileArrived(m_world.inbox() + u"/gone.dcm"_qs, u"A"_qs);
+    const QString path = m_world.receivedFile("DICM on a share");
+    const QString away = m_world.inbox() + u"-away"_qs;
+    ASSERT_TRUE(QDir().rename(m_world.inbox(), away));
+    m_importer->fileArrived(path, u"A"_qs);
     m_world.settle();
-
-    EXPECT_EQ(m_world.log.count(GatewayLogAction::importFailed), 1U);
     const auto removal = m_world.log.events(GatewayLogAction::incomingFileDeleted);
     ASSERT_EQ(removal.size(), 1U);
-    EXPECT_EQ(removal.front().outcome, GatewayLogOutcome::failed);
+    EXPECT_EQ(removal.front().outcome, GatewayLogOutcome::skipped);
     EXPECT_EQ(removal.front().level, log::GatewayLogLevel::warning);
+    ASSERT_TRUE(removal.front().details);
+    EXPECT_EQ(removal.front().details->value(u"reason"_qs), u"out_of_sight"_qs);
+
+    ASSERT_TRUE(QDir().rename(away, m_world.inbox()));
+    m_importer->fileFound(path);
+    m_world.settle();
+
+    EXPECT_TRUE(m_world.imports.holds("DICM on a share"));
+    EXPECT_FALSE(QFile::exists(path));
+}
+
+TEST_F(Importer, OffersAFoundFileAgainThatWasOutOfSightAtItsTurn)
+{
+    const QString path = m_world.receivedFile("DICM later");
+    ASSERT_TRUE(QFile::rename(path, path + u".away"_qs));
+    m_importer->fileFound(path);
+    m_world.settle();
+    ASSERT_TRUE(QFile::rename(path + u".away"_qs, path));
+
+    m_importer->fileFound(path);
+    m_world.settle();
+
+    EXPECT_TRUE(m_world.imports.holds("DICM later"));
+}
+
+TEST_F(Importer, TriesAFileThatCannotBeReadAgainAndImportsItWhenItCan)
+{
+    m_world.imports.setUnreadable(2);
+    const QString path = m_world.receivedFile("DICM behind a bad moment");
+
+    m_importer->fileArrived(path, u"A"_qs);
+    m_world.settle();
+    EXPECT_TRUE(QFile::exists(path));
+    for (const int tries : {1, 2}) {
+        m_world.clock.waitForSleepers(1);
+        m_world.clock.advance(tries * IncomingImporter::kFirstPause);
+        m_world.imports.waitForAttempts(tries + 1);
+    }
+    m_world.waitUntil([&] { return !QFile::exists(path); });
+
+    EXPECT_TRUE(m_world.imports.holds("DICM behind a bad moment"));
+    EXPECT_TRUE(ReceiveWorld::filesIn(m_world.inbox() + u"/.rejected"_qs).isEmpty());
+}
+
+TEST_F(Importer, SetsAFileAsideThatCouldNotBeReadForLongAndSaysWhy)
+{
+    m_world.imports.setUnreadable(IncomingImporter::kTriesInTrouble);
+    const QString path = m_world.receivedFile("DICM on a bad sector");
+
+    m_importer->fileArrived(path, u"A"_qs);
+    m_world.settle();
+    for (int tries = 1; tries < IncomingImporter::kTriesInTrouble; ++tries) {
+        EXPECT_TRUE(QFile::exists(path)) << tries;
+        m_world.clock.waitForSleepers(1);
+        m_world.clock.advance(IncomingImporter::kLongestPause);
+        m_world.imports.waitForAttempts(tries + 1);
+    }
+    m_world.waitUntil([&] { return !QFile::exists(path); });
+
+    EXPECT_EQ(ReceiveWorld::filesIn(m_world.inbox() + u"/.rejected"_qs).size(), 1);
+    const auto last = m_world.log.events(GatewayLogAction::incomingFileDeleted).back();
+    ASSERT_TRUE(last.details);
+    EXPECT_EQ(last.details->value(u"disposition"_qs), u"set_aside"_qs);
+    EXPECT_EQ(last.details->value(u"reason"_qs), u"could_not_be_read"_qs);
+}
+
+TEST_F(Importer, AFileInTroubleHoldsUpNoOtherOne)
+{
+    m_world.imports.setUnreadable(2);
+    m_importer->fileArrived(m_world.receivedFile("DICM 1", 1), u"A"_qs);
+    m_world.settle();
+    m_importer->fileArrived(m_world.receivedFile("DICM 2", 2), u"A"_qs);
+    m_world.settle();
+    m_world.imports.setUnreadable(1);
+
+    m_world.clock.waitForSleepers(1);
+    m_world.clock.advance(IncomingImporter::kFirstPause);
+    m_world.waitUntil([&] { return m_world.uploadRequests == 1; });
+
+    EXPECT_TRUE(m_world.imports.holds("DICM 2"));
+}
+
+TEST_F(Importer, NeverImportsAFileAgainThatOnlyCouldNotBeRemoved)
+{
+    const QString path = m_world.receivedFile("no image");
+    QFile obstacle(m_world.inbox() + u"/.rejected"_qs);
+    ASSERT_TRUE(obstacle.open(QIODevice::WriteOnly)); // in the place of the folder
+    m_importer->fileArrived(path, u"A"_qs);
+    m_world.settle();
+
+    m_importer->fileFound(path);
+    m_world.settle();
+    EXPECT_TRUE(QFile::exists(path));
+    ASSERT_TRUE(obstacle.remove());
+    m_importer->fileFound(path);
+    m_world.settle();
+
+    EXPECT_FALSE(QFile::exists(path));
+    EXPECT_EQ(m_world.imports.attempts(), 1);
 }
 
 } // namespace

@@ -210,6 +210,7 @@ std::optional<SkipReason> ManualImportBatch::obstacle(const Item &item)
 std::optional<SkipReason> ManualImportBatch::importFile(const Item &item)
 {
     using Error = index::GatewayImportError;
+    using Blame = Error::Blame;
     try {
         m_with.dbService.importFile(urlOf(item.file.path));
         return std::nullopt;
@@ -222,7 +223,9 @@ std::optional<SkipReason> ManualImportBatch::importFile(const Item &item)
             return SkipReason::storage;
         case Error::Kind::dicomParseFailed:
         case Error::Kind::databaseSaveRejected:
-            return error.blame() == Error::Blame::file ? SkipReason::notDicom : SkipReason::storage;
+            return error.blame() == Blame::file      ? SkipReason::notDicom
+                   : error.blame() == Blame::reading ? SkipReason::unreadable
+                                                     : SkipReason::storage;
         }
     }
     return SkipReason::storage;

@@ -78,6 +78,10 @@ public:
     /// Stops the listener; without one it still tells everybody that none runs.
     void stopListener();
 
+    /// Takes a complete file that was found in the inbox, unless it is in hand already. Returns at once; any
+    /// thread.
+    void offerInboxFile(const QString &path) { m_importer->fileFound(path); }
+
     /// The receiver; its presence is what "listening" means everywhere.
     const std::shared_ptr<platform::StoreSCP> &storeListener() const { return m_storeListener; }
 

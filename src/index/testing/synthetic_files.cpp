@@ -5,6 +5,7 @@
 #include <QtCore/QFile>
 #include <QtCore/QIODevice>
 
+#include <cerrno>
 #include <stdexcept>
 
 namespace gateway::index::testing {
@@ -31,24 +32,25 @@ void writeSyntheticFile(const QString &path, const platform::DicomElements &elem
     }
 }
 
-std::optional<platform::DicomElements> SyntheticParser::parse(const QString &path)
+platform::ParsedFile SyntheticParser::parse(const QString &path)
 {
-    if (m_broken) {
-        throw std::runtime_error("the parser broke down");
+    using Fate = platform::ParsedFile::Fate;
+    if (m_fate != Fate::parsed) {
+        return {m_fate, {}, 0, QStringLiteral("the parser broke down")};
     }
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
-        return std::nullopt;
+        return {Fate::trouble, {}, ENOENT, file.errorString()};
     }
     const QByteArray bytes = file.readAll();
     const QByteArray body = bytes.mid(kDigestBytes);
     if (body.isEmpty() || digest(body) != bytes.left(kDigestBytes)) {
-        return std::nullopt;
+        return {Fate::notDicom};
     }
     platform::DicomElements elements;
     QDataStream stream(body);
     stream >> elements;
-    return elements;
+    return {Fate::parsed, elements};
 }
 
 } // namespace gateway::index::testing

@@ -15,13 +15,19 @@ void writeSyntheticFile(const QString &path, const platform::DicomElements &elem
 class SyntheticParser final : public platform::DicomParsing
 {
 public:
-    std::optional<platform::DicomElements> parse(const QString &path) override;
+    platform::ParsedFile parse(const QString &path) override;
 
-    /// From now on the parser itself is broken and throws.
-    void breakDown() { m_broken = true; }
+    /// True when the file at `path` is a whole one.
+    bool reads(const QString &path) { return parse(path).fate == platform::ParsedFile::Fate::parsed; }
+
+    /// From now on no file ends otherwise.
+    void breakDown(platform::ParsedFile::Fate fate = platform::ParsedFile::Fate::unavailable)
+    {
+        m_fate = fate;
+    }
 
 private:
-    std::atomic<bool> m_broken = false;
+    std::atomic<platform::ParsedFile::Fate> m_fate = platform::ParsedFile::Fate::parsed;
 };
 
 } // namespace gateway::index::testing

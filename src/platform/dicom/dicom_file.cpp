@@ -8,7 +8,7 @@
 #include <QtCore/QFile>
 
 #include <array>
-#include <stdexcept>
+#include <cerrno>
 
 namespace gateway::platform {
 
@@ -25,11 +25,11 @@ constexpr std::array<std::chrono::milliseconds, 7> kPauses{std::chrono::millisec
                                                            std::chrono::seconds(20),
                                                            std::chrono::seconds(25)};
 
-/// A file that a worker couldn't stand twice has shown that it isn't chance.
-constexpr int kDeathsOfAFile = 2;
+/// After so many tries with one file its turn is over, so that others get theirs.
+constexpr int kTriesOfAFile = 3;
 
-/// A second time-out shows that the disk won't come back soon.
-constexpr int kTimeOuts = 2;
+/// Deaths and time-outs cost more than an answer: a second one shows that a third won't help now.
+constexpr int kLossesOfAFile = 2;
 
 QVariant toDate(const QString &text)
 {
@@ -87,35 +87,66 @@ DicomElements toElements(const Record &record, const QString &path)
     return elements;
 }
 
+ParsedFile trouble(int code, const QString &message)
+{
+    return {ParsedFile::Fate::trouble, {}, code, message};
+}
+
+/// What a worker's answer says; an answer that isn't known is trouble with the worker.
+ParsedFile toParsedFile(const Record &answer, const QString &path)
+{
+    if (answer.word == "parsed") {
+        return {ParsedFile::Fate::parsed, toElements(answer, path)};
+    }
+    const auto text = [&answer](std::string_view key) {
+        const std::string_view value = answer.text(key);
+        return QString::fromUtf8(value.data(), static_cast<qsizetype>(value.size()));
+    };
+    if (answer.word == "unreadable") {
+        return {ParsedFile::Fate::notDicom, {}, 0, text("message")};
+    }
+    return trouble(text("errno").toInt(), text("message"));
+}
+
+/// What one try says about the file.
+ParsedFile toParsedFile(const WorkerProcessPool::Result &result, const QString &path)
+{
+    switch (result.outcome) {
+    case WorkerProcessPool::Outcome::answered:
+        return toParsedFile(result.answer, path);
+    case WorkerProcessPool::Outcome::died:
+        return trouble(0, QStringLiteral("the worker ended while it read the file"));
+    case WorkerProcessPool::Outcome::timedOut:
+        return trouble(ETIMEDOUT, QStringLiteral("the file couldn't be read in time"));
+    case WorkerProcessPool::Outcome::notStarted:
+        break;
+    }
+    return {ParsedFile::Fate::unavailable, {}, 0, QStringLiteral("no worker process could be started")};
+}
+
 } // namespace
 
-std::optional<DicomElements> DicomFile::parse(const QString &path)
+ParsedFile DicomFile::parse(const QString &path)
 {
     const Record job{"parse", {{"path", QFile::encodeName(path).toStdString()}}};
-    int deaths = 0;
-    int timeOuts = 0;
+    int tries = 0;
+    int losses = 0;
+    ParsedFile file;
     for (const std::chrono::milliseconds pause : kPauses) {
         const WorkerProcessPool::Result result = m_workers.run(job, m_timeout);
-        switch (result.outcome) {
-        case WorkerProcessPool::Outcome::answered:
-            return result.answer.word == "parsed" ? std::optional(toElements(result.answer, path))
-                                                  : std::nullopt;
-        case WorkerProcessPool::Outcome::died:
-            if (++deaths == kDeathsOfAFile) {
-                return std::nullopt;
+        file = toParsedFile(result, path);
+        if (file.fate == ParsedFile::Fate::parsed || file.fate == ParsedFile::Fate::notDicom) {
+            return file;
+        }
+        if (file.fate == ParsedFile::Fate::trouble) {
+            losses += result.outcome == WorkerProcessPool::Outcome::answered ? 0 : 1;
+            if (++tries == kTriesOfAFile || losses == kLossesOfAFile) {
+                return file;
             }
-            break;
-        case WorkerProcessPool::Outcome::timedOut:
-            if (++timeOuts == kTimeOuts) {
-                throw std::runtime_error("the file couldn't be read in time");
-            }
-            break;
-        case WorkerProcessPool::Outcome::notStarted:
-            break;
         }
         m_clock.sleep(pause, {});
     }
-    throw std::runtime_error("no worker process could be started");
+    return file;
 }
 
 } // namespace gateway::platform

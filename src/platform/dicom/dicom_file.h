@@ -11,8 +11,9 @@ class WorkerProcessPool;
 
 /// Parses files in a worker process.
 ///
-/// Owner: app. Thread: any. Trouble that isn't the file's is waited out: where no process can be started,
-/// or one dies or hangs, the job is tried again. A file that ends a second worker counts as unreadable.
+/// Owner: app. Thread: any. Trouble is met with a few more tries: quick ones where the file can't be read or
+/// its worker dies or hangs, since callers have other files to go on with, and a minute of them where no
+/// process can be started.
 class DicomFile final : public DicomParsing
 {
 public:
@@ -26,10 +27,7 @@ public:
     {
     }
 
-    /// \throws std::runtime_error  when no worker could be started for a minute, or the file couldn't be read
-    /// in
-    ///                             time: the file isn't to blame then.
-    std::optional<DicomElements> parse(const QString &path) override;
+    ParsedFile parse(const QString &path) override;
 
 private:
     WorkerProcessPool &m_workers;

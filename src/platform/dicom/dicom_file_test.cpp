@@ -14,9 +14,12 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <functional>
 
 namespace gateway::platform {
+
+using Fate = ParsedFile::Fate;
 
 using gateway::platform::testing::element;
 using gateway::platform::testing::smallObject;
@@ -80,42 +83,63 @@ TEST_F(DicomClients, ParsingGivesTypedElements)
                           element(0x0020, 0x0011, "IS", "3") + element(0x0020, 0x0032, "DS", "1.5\\-2\\3") +
                           element(0x0020, 0x1041, "DS", "7.25")));
 
-    const auto elements = DicomFile(m_workers, m_clock).parse(path);
+    const ParsedFile file = DicomFile(m_workers, m_clock).parse(path);
 
-    ASSERT_TRUE(elements);
-    EXPECT_EQ(elements->value(QStringLiteral("patientUID")), QVariant(QStringLiteral("P1")));
-    EXPECT_EQ(elements->value(QStringLiteral("filePath")), QVariant(path));
-    EXPECT_EQ(elements->value(QStringLiteral("hasDICOM")), QVariant(true));
-    EXPECT_EQ(elements->value(QStringLiteral("width")), QVariant(64LL));
-    EXPECT_EQ(elements->value(QStringLiteral("seriesNumber")), QVariant(3LL));
-    EXPECT_EQ(elements->value(QStringLiteral("sliceLocation")), QVariant(7.25));
-    EXPECT_EQ(elements->value(QStringLiteral("origin")), QVariant(QVariantList{1.5, -2.0, 3.0}));
-    EXPECT_EQ(elements->value(QStringLiteral("studyDate")).toDateTime(),
+    ASSERT_EQ(file.fate, Fate::parsed);
+    const DicomElements &elements = file.elements;
+    EXPECT_EQ(elements.value(QStringLiteral("patientUID")), QVariant(QStringLiteral("P1")));
+    EXPECT_EQ(elements.value(QStringLiteral("filePath")), QVariant(path));
+    EXPECT_EQ(elements.value(QStringLiteral("hasDICOM")), QVariant(true));
+    EXPECT_EQ(elements.value(QStringLiteral("width")), QVariant(64LL));
+    EXPECT_EQ(elements.value(QStringLiteral("seriesNumber")), QVariant(3LL));
+    EXPECT_EQ(elements.value(QStringLiteral("sliceLocation")), QVariant(7.25));
+    EXPECT_EQ(elements.value(QStringLiteral("origin")), QVariant(QVariantList{1.5, -2.0, 3.0}));
+    EXPECT_EQ(elements.value(QStringLiteral("studyDate")).toDateTime(),
               QDateTime(QDate(2020, 1, 31), QTime(10, 0, 0, 500), Qt::UTC));
-    EXPECT_FALSE(elements->contains(QStringLiteral("orientation")));
-    EXPECT_FALSE(elements->contains(QStringLiteral("numberOfSeries")));
+    EXPECT_FALSE(elements.contains(QStringLiteral("orientation")));
+    EXPECT_FALSE(elements.contains(QStringLiteral("numberOfSeries")));
 }
 
 TEST_F(DicomClients, ADateWithoutATimeIsMidnightWhereTheGatewayStands)
 {
     const QString path = write(QStringLiteral("a"), smallObject());
 
-    const auto elements = DicomFile(m_workers, m_clock).parse(path);
+    const ParsedFile file = DicomFile(m_workers, m_clock).parse(path);
 
-    ASSERT_TRUE(elements);
-    const QDateTime date = elements->value(QStringLiteral("studyDate")).toDateTime();
+    ASSERT_EQ(file.fate, Fate::parsed);
+    const DicomElements &elements = file.elements;
+    const QDateTime date = elements.value(QStringLiteral("studyDate")).toDateTime();
     EXPECT_EQ(date.timeSpec(), Qt::UTC);
     EXPECT_EQ(date.toLocalTime().date(), QDate(2020, 1, 31));
 }
 
-TEST_F(DicomClients, WhatIsNotDicomGivesNothingAtOnce)
+TEST_F(DicomClients, WhatIsNotDicomIsToldAtOnce)
 {
     DicomFile parser(m_workers, m_clock);
 
-    EXPECT_FALSE(parser.parse(write(QStringLiteral("a"), "no image")));
-    EXPECT_FALSE(parser.parse(write(QStringLiteral("b"), "")));
-    EXPECT_FALSE(parser.parse(m_folder.filePath(QStringLiteral("none"))));
+    EXPECT_EQ(parser.parse(write(QStringLiteral("a"), "no image")).fate, Fate::notDicom);
+    EXPECT_EQ(parser.parse(write(QStringLiteral("b"), "")).fate, Fate::notDicom);
+    EXPECT_EQ(parser.parse(m_folder.path()).fate, Fate::notDicom) << "a folder";
     EXPECT_EQ(m_clock.sleeps, 0);
+}
+
+TEST_F(DicomClients, AFileThatCannotBeOpenedIsTroubleWithItsNumber)
+{
+    const ParsedFile file = DicomFile(m_workers, m_clock).parse(m_folder.filePath(QStringLiteral("none")));
+
+    EXPECT_EQ(file.fate, Fate::trouble);
+    EXPECT_EQ(file.code, ENOENT);
+    EXPECT_NE(file.message, QString());
+    EXPECT_EQ(m_clock.sleeps, 2);
+}
+
+TEST_F(DicomClients, TroubleThatPassesBetweenTwoTriesIsNotNoticed)
+{
+    const QString path = m_folder.filePath(QStringLiteral("a"));
+    m_clock.onSleep = [&] { write(QStringLiteral("a"), smallObject()); };
+
+    EXPECT_EQ(DicomFile(m_workers, m_clock).parse(path).fate, Fate::parsed);
+    EXPECT_EQ(m_clock.sleeps, 1);
 }
 
 TEST_F(DicomClients, AWorkerThatCannotBeStartedIsWaitedFor)
@@ -129,9 +153,9 @@ TEST_F(DicomClients, AWorkerThatCannotBeStartedIsWaitedFor)
         }
     };
 
-    const auto elements = DicomFile(workers, m_clock).parse(path);
+    const ParsedFile file = DicomFile(workers, m_clock).parse(path);
 
-    EXPECT_TRUE(elements);
+    EXPECT_EQ(file.fate, Fate::parsed);
     EXPECT_EQ(m_clock.sleeps, 3);
 }
 
@@ -139,8 +163,8 @@ TEST_F(DicomClients, AWorkerThatNeverStartsIsNotTheFilesFault)
 {
     WorkerProcessPool workers(1, QStringLiteral("/nowhere/quorin-dicom"));
 
-    EXPECT_THROW(DicomFile(workers, m_clock).parse(write(QStringLiteral("a"), smallObject())),
-                 std::runtime_error);
+    EXPECT_EQ(DicomFile(workers, m_clock).parse(write(QStringLiteral("a"), smallObject())).fate,
+              Fate::unavailable);
     EXPECT_GE(m_clock.slept, std::chrono::minutes(1));
 }
 
@@ -149,15 +173,18 @@ TEST_F(DicomClients, AFileThatCannotBeReadInTimeIsNotToBlame)
     WorkerProcessPool workers(1, scriptedWorker());
     DicomFile parser(workers, m_clock, std::chrono::milliseconds(1));
 
-    EXPECT_THROW(parser.parse(QStringLiteral("hang")), std::runtime_error);
+    const ParsedFile file = parser.parse(QStringLiteral("hang"));
+
+    EXPECT_EQ(file.fate, Fate::trouble);
+    EXPECT_EQ(file.code, ETIMEDOUT);
     EXPECT_EQ(m_clock.sleeps, 1);
 }
 
-TEST_F(DicomClients, AFileThatEndsASecondWorkerIsUnreadable)
+TEST_F(DicomClients, AFileThatEndsASecondWorkerIsTroubleAndNotCalledUnreadable)
 {
     WorkerProcessPool workers(1, scriptedWorker());
 
-    EXPECT_FALSE(DicomFile(workers, m_clock).parse(QStringLiteral("crash")));
+    EXPECT_EQ(DicomFile(workers, m_clock).parse(QStringLiteral("crash")).fate, Fate::trouble);
     EXPECT_EQ(m_clock.sleeps, 1);
 }
 
@@ -174,9 +201,9 @@ TEST_F(DicomClients, ConvertingGivesASmallerFileInTheTemporaryFolder)
     QFile source(path);
     ASSERT_TRUE(source.open(QIODevice::ReadOnly));
     EXPECT_EQ(source.readAll().toStdString(), smallObject());
-    const auto elements = DicomFile(m_workers, m_clock).parse(conversion.path);
-    ASSERT_TRUE(elements);
-    EXPECT_EQ(elements->value(QStringLiteral("SOPUID")), QVariant(QStringLiteral("1.2.3.4.5")));
+    const ParsedFile converted = DicomFile(m_workers, m_clock).parse(conversion.path);
+    ASSERT_EQ(converted.fate, Fate::parsed);
+    EXPECT_EQ(converted.elements.value(QStringLiteral("SOPUID")), QVariant(QStringLiteral("1.2.3.4.5")));
 }
 
 TEST_F(DicomClients, WhereNothingIsToConvertTheGivenPathComesBack)

@@ -3,8 +3,6 @@
 #include <QtCore/QString>
 #include <QtCore/QVariantMap>
 
-#include <optional>
-
 namespace gateway::platform {
 
 /// The elements of a DICOM object by the keys that the index knows. Texts are QString; "seriesNumber",
@@ -13,6 +11,25 @@ namespace gateway::platform {
 /// "studyDate" is QDateTime in UTC. What the object hasn't, or has in no readable form, is absent; only
 /// "patientUID", "studyID", "SOPUID", "fileType", "hasDICOM" and "filePath" always stand there.
 using DicomElements = QVariantMap;
+
+/// How reading a file ended. What becomes of an image hangs on it, so each fate is a case of its own.
+///
+/// Thread: a plain value.
+struct ParsedFile
+{
+    enum class Fate
+    {
+        parsed,     ///< a DICOM object; `elements` are its
+        notDicom,   ///< read without any error, and no DICOM object: no other try could end otherwise
+        trouble,    ///< this file could not be read, or no reader survived it: another try may end otherwise
+        unavailable ///< no file can be read now: there is no reader
+    };
+
+    Fate fate = Fate::unavailable;
+    DicomElements elements = {}; ///< where parsed
+    int code = 0;                ///< errno of trouble, 0 where there is none
+    QString message = {};        ///< of what isn't parsed: why, without anything that the file says
+};
 
 /// Reads the elements of DICOM files (PS3.10), up to the pixel data.
 ///
@@ -23,11 +40,7 @@ public:
     virtual ~DicomParsing() = default;
 
     /// Reads the file at `path`; blocks until it is read or given up.
-    ///
-    /// \return nothing when the file isn't readable as DICOM.
-    /// \throws std::exception  when the service that reads could not do its work, which says nothing about
-    ///                         the file.
-    virtual std::optional<DicomElements> parse(const QString &path) = 0;
+    virtual ParsedFile parse(const QString &path) = 0;
 };
 
 } // namespace gateway::platform

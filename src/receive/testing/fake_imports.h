@@ -7,6 +7,7 @@
 #include <QtCore/QSet>
 #include <QtCore/QString>
 
+#include <cerrno>
 #include <optional>
 
 namespace gateway::receive::testing {
@@ -30,6 +31,11 @@ public:
                         Error::Blame::storage,
                         QStringLiteral("No space left on device"));
         }
+        if (m_unreadable > 0) {
+            --m_unreadable;
+            throw Error(
+                Error::Kind::dicomParseFailed, Error::Blame::reading, QStringLiteral("no bytes"), EIO);
+        }
         const QByteArray content = file.readAll();
         if (!content.startsWith("DICM")) {
             throw Error(Error::Kind::dicomParseFailed, Error::Blame::file);
@@ -43,6 +49,13 @@ public:
     {
         const platform::MutexLock lock(m_mutex);
         m_hasNoStorage = none;
+    }
+
+    /// The next so many imports of a file that is there can't read it.
+    void setUnreadable(int imports)
+    {
+        const platform::MutexLock lock(m_mutex);
+        m_unreadable = imports;
     }
 
     /// Blocks until so many imports have been tried.
@@ -70,6 +83,7 @@ private:
     mutable platform::Mutex m_mutex;
     platform::Condition m_changed;
     bool m_hasNoStorage QUORIN_GUARDED_BY(m_mutex) = false;
+    int m_unreadable QUORIN_GUARDED_BY(m_mutex) = 0;
     int m_attempts QUORIN_GUARDED_BY(m_mutex) = 0;
     QSet<QByteArray> m_imported QUORIN_GUARDED_BY(m_mutex);
 };

@@ -1,0 +1,47 @@
+#include "receive/inbox_watch.h"
+
+#include "platform/concurrency/clock.h"
+#include "platform/dicom/inbox_files.h"
+#include "receive/inbox.h"
+
+#include <QtCore/QSet>
+
+#include <utility>
+
+namespace gateway::receive {
+
+InboxWatch::InboxWatch(platform::Clock &clock,
+                       std::function<QString()> folder,
+                       std::function<void(const QString &path)> offer,
+                       std::function<void(qsizetype count)> setAside)
+    : m_clock(clock), m_folder(std::move(folder)), m_offer(std::move(offer)),
+      m_tellSetAside(std::move(setAside)),
+      m_task("inbox-watch", [this](const std::stop_token &stop) { watch(stop); })
+{
+}
+
+void InboxWatch::watch(const std::stop_token &stop)
+{
+    do {
+        look();
+    } while (m_clock.sleep(kPause, stop));
+}
+
+void InboxWatch::look()
+{
+    const QString folder = m_folder();
+    const qsizetype setAside = setAsideFiles(folder).size();
+    if (setAside != std::exchange(m_setAside, setAside)) {
+        m_tellSetAside(setAside);
+    }
+    const QStringList found = platform::completeInboxFiles(folder);
+    const QSet<QString> before(m_seen.cbegin(), m_seen.cend());
+    for (const QString &path : found) {
+        if (before.contains(path)) {
+            m_offer(path);
+        }
+    }
+    m_seen = found;
+}
+
+} // namespace gateway::receive

@@ -1,0 +1,100 @@
+#include "receive/inbox_watch.h"
+
+#include "receive/inbox.h"
+#include "receive/testing/receive_world.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <vector>
+
+namespace gateway::receive {
+namespace {
+
+using testing::ReceiveWorld;
+
+class Watch : public ::testing::Test
+{
+protected:
+    /// Lets the next look be taken.
+    void look()
+    {
+        const int before = m_looks;
+        m_world.clock.waitForSleepers(1);
+        m_world.clock.advance(InboxWatch::kPause);
+        m_world.waitUntil([&] { return m_looks > before; }); // the watch sleeps no more
+        m_world.clock.waitForSleepers(1);
+    }
+
+    ReceiveWorld m_world;
+    std::atomic<int> m_looks = 0;
+    // Written between two sleeps of the watch, read while it sleeps.
+    QStringList m_offered;
+    std::vector<qsizetype> m_told;
+    InboxWatch m_watch{m_world.clock,
+                       [this] {
+                           ++m_looks;
+                           return m_world.inbox();
+                       },
+                       [this](const QString &path) { m_offered.append(path); },
+                       [this](qsizetype count) { m_told.push_back(count); }};
+};
+
+TEST_F(Watch, CountsWhatWasSetAside)
+{
+    m_world.clock.waitForSleepers(1);
+    ASSERT_FALSE(setAside(m_world.receivedFile("DICM")).error);
+
+    look();
+    look();
+
+    EXPECT_EQ(m_told, (std::vector<qsizetype>{1}));
+}
+
+TEST_F(Watch, OffersAFileThatLiesThereAtTwoLooksAndAgainWhileItStays)
+{
+    m_world.clock.waitForSleepers(1); // the first look found nothing
+    const QString path = m_world.receivedFile("DICM");
+
+    look();
+    EXPECT_TRUE(m_offered.isEmpty()) << "it may just have arrived";
+    look();
+    EXPECT_EQ(m_offered, QStringList{path});
+    look();
+    EXPECT_EQ(m_offered, (QStringList{path, path}));
+    ASSERT_TRUE(QFile::remove(path));
+    look();
+    EXPECT_EQ(m_offered.size(), 2);
+}
+
+TEST_F(Watch, FindsWhatAFolderHoldsThatWasAway)
+{
+    m_world.clock.waitForSleepers(1); // the first look found nothing
+    const QString path = m_world.receivedFile("DICM");
+    const QString away = m_world.inbox() + u"-away"_qs;
+    ASSERT_TRUE(QDir().rename(m_world.inbox(), away));
+    look();
+    look();
+    EXPECT_TRUE(m_offered.isEmpty());
+
+    ASSERT_TRUE(QDir().rename(away, m_world.inbox()));
+    look();
+    look();
+
+    EXPECT_EQ(m_offered, QStringList{path});
+}
+
+TEST_F(Watch, LeavesFilesOfOthersAlone)
+{
+    QFile letter(m_world.inbox() + u"/letter.dcm"_qs);
+    ASSERT_TRUE(letter.open(QIODevice::WriteOnly));
+    letter.close();
+
+    look();
+    look();
+
+    EXPECT_TRUE(m_offered.isEmpty());
+}
+
+} // namespace
+} // namespace gateway::receive
