@@ -1,0 +1,195 @@
+#pragma once
+
+#include "dicom_helper/jpeg_ls/code_queue.h"
+#include "dicom_helper/jpeg_ls/contexts.h"
+#include "dicom_helper/jpeg_ls/line_buffers.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+
+namespace gateway::dicom_helper::jpeg_ls {
+
+/// J of A.7.1.1: the lengths of a run's segments as exponents of two.
+constexpr std::array<std::uint8_t, 32> kJ{0, 0, 0, 0, 1, 1, 1, 1, 2, 2, 2,  2,  3,  3,  3,  3,
+                                          4, 4, 5, 5, 6, 6, 7, 7, 8, 9, 10, 11, 12, 13, 14, 15};
+
+/// The only pass over the samples that goes one by one: errors, runs and the contexts that both change.
+class LineCoder
+{
+public:
+    LineCoder(const CodingParameters &parameters, ScanContexts &contexts, CodeQueue &queue)
+        : m_contexts(contexts), m_queue(queue), m_RESET(parameters.RESET), m_LIMIT(parameters.LIMIT),
+          m_qbpp(parameters.qbpp)
+    {
+    }
+
+    /// A line of one component. \return how many code words it takes
+    [[gnu::always_inline]] std::size_t
+    code(const ComponentLines &lines, const LineAnalysis &analysis, std::size_t width, unsigned component)
+    {
+        CodeQueue::Filling filling = m_queue.filling();
+        const std::uint16_t *contexts = analysis.contexts.data();
+        std::size_t i = 0;
+        while (i < width) {
+            for (; i < width && contexts[i] != 0; ++i) {
+                codeRegular(analysis, i, filling);
+            }
+            if (i < width) {
+                i = codeRun(lines, i, width, m_contexts.RUNindex[component], filling);
+            }
+        }
+        return filling.count;
+    }
+
+    /// A line of three components by sample: a run is one of all three.
+    [[gnu::always_inline]] std::size_t codeBySample(const std::array<ComponentLines, 3> &lines,
+                                                    const std::array<LineAnalysis, 3> &analyses,
+                                                    std::size_t width)
+    {
+        CodeQueue::Filling filling = m_queue.filling();
+        std::size_t i = 0;
+        while (i < width) {
+            if ((analyses[0].contexts.data()[i] | analyses[1].contexts.data()[i] |
+                 analyses[2].contexts.data()[i]) == 0) {
+                i = codeRunBySample(lines, i, width, filling);
+                continue;
+            }
+            for (const LineAnalysis &analysis : analyses) {
+                codeRegular(analysis, i, filling);
+            }
+            ++i;
+        }
+        return filling.count;
+    }
+
+private:
+    /// A.4.2 to A.6
+    [[gnu::always_inline]] void
+    codeRegular(const LineAnalysis &analysis, std::size_t i, CodeQueue::Filling &filling)
+    {
+        Context &context = m_contexts.regular.data()[analysis.contexts.data()[i]];
+        const unsigned limits = analysis.limits.data()[i];
+        const int least = limits & 0xFFU;
+        const int greatest = limits >> 8U;
+        int C = context.C;
+        C = C < least ? least : C;
+        C = C > greatest ? greatest : C;
+        const int Errval = reduced(analysis.residuals.data()[i] - C);
+        filling.add(Errval, context);
+        update(context, Errval, m_RESET);
+    }
+
+    /// A.4.5 for a RANGE that is a power of two.
+    [[gnu::always_inline]] int reduced(int Errval) const
+    {
+        const int unused = 32 - m_qbpp;
+        return static_cast<int>(static_cast<unsigned>(Errval) << unused) >> unused;
+    }
+
+    /// A.7 from sample `i` on. \return the sample behind the run and what interrupts it
+    [[gnu::always_inline]] std::size_t codeRun(const ComponentLines &lines,
+                                               std::size_t i,
+                                               std::size_t width,
+                                               unsigned &RUNindex,
+                                               CodeQueue::Filling &filling)
+    {
+        const std::int16_t *samples = lines.current.data();
+        const std::int16_t Ra = *(samples + i - 1);
+        std::size_t end = i;
+        while (end < width && samples[end] == Ra) {
+            ++end;
+        }
+        codeRunLength(end - i, end == width, RUNindex, filling);
+        if (end == width) {
+            return width;
+        }
+        const int Rb = lines.previous.data()[end];
+        codeInterruption(samples[end], Ra, Rb, Ra == Rb ? 1U : 0U, RUNindex, filling);
+        RUNindex -= RUNindex > 0 ? 1U : 0U;
+        return end + 1;
+    }
+
+    [[gnu::always_inline]] std::size_t codeRunBySample(const std::array<ComponentLines, 3> &lines,
+                                                       std::size_t i,
+                                                       std::size_t width,
+                                                       CodeQueue::Filling &filling)
+    {
+        unsigned &RUNindex = m_contexts.RUNindex[0];
+        std::size_t end = i;
+        while (end < width && std::ranges::all_of(
+                                  lines,
+                                  [i, end](const ComponentLines &of) {
+                                      return of.current.data()[end] == *(of.current.data() + i - 1);
+                                  })) {
+            ++end;
+        }
+        codeRunLength(end - i, end == width, RUNindex, filling);
+        if (end == width) {
+            return width;
+        }
+        for (const ComponentLines &of : lines) {
+            // A.7.2 for several components: RItype is always 0.
+            codeInterruption(of.current.data()[end],
+                             *(of.current.data() + i - 1),
+                             of.previous.data()[end],
+                             0,
+                             RUNindex,
+                             filling);
+        }
+        RUNindex -= RUNindex > 0 ? 1U : 0U;
+        return end + 1;
+    }
+
+    /// A.7.1.2
+    void codeRunLength(std::size_t length, bool toEndOfLine, unsigned &RUNindex, CodeQueue::Filling &filling)
+    {
+        std::size_t left = length;
+        while (left >= std::size_t{1} << kJ[RUNindex]) {
+            m_queue.addWord(filling, {1, 1});
+            left -= std::size_t{1} << kJ[RUNindex];
+            RUNindex += RUNindex < 31 ? 1U : 0U;
+        }
+        if (!toEndOfLine) {
+            m_queue.addWord(filling, {static_cast<std::uint32_t>(left), kJ[RUNindex] + 1U});
+        } else if (left > 0) {
+            m_queue.addWord(filling, {1, 1});
+        }
+    }
+
+    /// A.7.2
+    void
+    codeInterruption(int Ix, int Ra, int Rb, unsigned RItype, unsigned RUNindex, CodeQueue::Filling &filling)
+    {
+        RunContext &context = m_contexts.interrupted[RItype];
+        const int difference = RItype == 1 ? Ix - Ra : Ra > Rb ? Rb - Ix : Ix - Rb;
+        const int Errval = reduced(difference);
+        const int TEMP = RItype == 1 ? context.A + (context.N >> 1) : context.A;
+        unsigned k = 0;
+        while (context.N << k < TEMP) {
+            ++k;
+        }
+        const bool mostlyNegative = 2 * context.Nn >= context.N;
+        const bool map = Errval != 0 && (Errval > 0 ? k == 0 && !mostlyNegative : k != 0 || mostlyNegative);
+        const int EMErrval = 2 * std::abs(Errval) - static_cast<int>(RItype) - (map ? 1 : 0);
+        const unsigned longest = static_cast<unsigned>(m_LIMIT) - kJ[RUNindex] - 1U;
+        m_queue.addWord(
+            filling, golomb(static_cast<std::uint32_t>(EMErrval), k, longest, static_cast<unsigned>(m_qbpp)));
+        context.Nn += Errval < 0 ? 1 : 0;
+        context.A += (EMErrval + 1 - static_cast<int>(RItype)) >> 1;
+        if (context.N == m_RESET) {
+            context.A >>= 1;
+            context.N >>= 1;
+            context.Nn >>= 1;
+        }
+        ++context.N;
+    }
+
+    ScanContexts &m_contexts;
+    CodeQueue &m_queue;
+    int m_RESET;
+    int m_LIMIT;
+    int m_qbpp;
+};
+
+} // namespace gateway::dicom_helper::jpeg_ls
