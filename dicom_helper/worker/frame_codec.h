@@ -20,7 +20,7 @@ struct FrameShape
     std::size_t bytes() const { return std::size_t{columns} * rows * samples * bytesPerSample; }
 };
 
-/// The codec's doubt: it can't do this frame, or what it reads is no such frame.
+/// The codec can't do this frame.
 class CodecError : public std::runtime_error
 {
     using std::runtime_error::runtime_error;
@@ -38,9 +38,10 @@ public:
     virtual std::optional<std::size_t>
     encode(const FrameShape &shape, std::span<const std::byte> frame, std::span<std::byte> encoded) = 0;
 
-    /// Decodes into `frame`, of shape.bytes() bytes. \throws CodecError
-    virtual void
-    decode(const FrameShape &shape, std::span<const std::byte> encoded, std::span<std::byte> frame) = 0;
+    /// True when `fragment`, as it was read back from a file, decodes to `frame` and to nothing else.
+    virtual bool carries(const FrameShape &shape,
+                         std::span<const std::byte> frame,
+                         std::span<const std::byte> fragment) = 0;
 };
 
 } // namespace gateway::dicom_helper::worker

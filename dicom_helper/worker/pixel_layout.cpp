@@ -9,7 +9,7 @@ namespace gateway::dicom_helper::worker {
 
 namespace {
 
-/// A frame, its coded form and its decoded form are in memory at once.
+/// A frame and two copies of its coded form are in memory at once.
 constexpr std::size_t kLargestFrame = std::size_t{128} * 1024 * 1024;
 
 struct Kind

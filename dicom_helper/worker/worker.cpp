@@ -1,9 +1,9 @@
 #include "dicom_helper/worker/worker.h"
 
 #include "dicom_helper/worker/byte_source.h"
-#include "dicom_helper/worker/charls_codec.h"
 #include "dicom_helper/worker/converter.h"
 #include "dicom_helper/worker/elements.h"
+#include "dicom_helper/worker/jpeg_ls_codec.h"
 #include "dicom_helper/worker/toolkit_object.h"
 
 #include <cerrno>
@@ -95,7 +95,7 @@ int run(Channel channel)
 int serve(Channel channel, std::chrono::milliseconds idle)
 {
     prepareToolkit();
-    CharlsCodec codec;
+    JpegLsCodec codec;
     Converter converter(codec, [&channel] { return isClosed(channel); });
     Record job;
     while (channel.receive(job, idle) == Channel::Receipt::record) {
