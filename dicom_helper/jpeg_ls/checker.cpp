@@ -26,7 +26,12 @@ struct RunStatistics
     int A, N, Nn;
 };
 
-/// A.6, as the standard puts it down.
+[[gnu::always_inline]] inline int clampedTo(int value, int least, int greatest)
+{
+    return value < least ? least : value > greatest ? greatest : value;
+}
+
+/// A.6
 [[gnu::always_inline]] inline void learn(Statistics &of, int error)
 {
     int A = of.A + std::abs(error);
@@ -40,10 +45,11 @@ struct RunStatistics
     N += 1;
     const bool low = B <= -N;
     const bool high = B > 0;
-    const int lowB = std::max(B + N, 1 - N);
-    const int highB = std::min(B - N, 0);
-    const int C = of.C - (low && of.C > -128 ? 1 : 0) + (high && of.C < 127 ? 1 : 0);
-    of = {A, low ? lowB : high ? highB : B, C, N};
+    int C = of.C + (high ? 1 : 0) - (low ? 1 : 0);
+    if (C < -128 || C > 127) [[unlikely]] {
+        C = of.C;
+    }
+    of = {A, clampedTo(B + (low ? N : 0) - (high ? N : 0), 1 - N, 0), C, N};
 }
 
 /// A.5.1: the least k where N * 2^k reaches `sum`.
@@ -51,15 +57,40 @@ struct RunStatistics
 {
     const auto goal = static_cast<unsigned>(sum);
     const auto count = static_cast<unsigned>(N);
-    const auto wide = static_cast<unsigned>(std::bit_width(goal));
-    const auto narrow = static_cast<unsigned>(std::bit_width(count));
-    const unsigned k = wide > narrow ? wide - narrow : 0;
-    return count << k < goal ? k + 1 : k;
+    const int guess = std::max(0, std::countl_zero(count) - std::countl_zero(goal));
+    return static_cast<unsigned>(guess) + (count << guess < goal ? 1U : 0U);
 }
 
-[[gnu::always_inline]] inline int clampedTo(int value, int least, int greatest)
+/// A Golomb code as it was read; without a length where it isn't one.
+struct Code
 {
-    return value < least ? least : value > greatest ? greatest : value;
+    unsigned value;
+    unsigned length;
+};
+
+/// A.5.3 where the code doesn't fit the bits that are at hand, or is cut off. Nothing is accepted that could
+/// have been said shorter.
+[[gnu::noinline]] Code longCode(BitCursor at, unsigned k, unsigned most, unsigned bits)
+{
+    const auto zeros = static_cast<unsigned>(std::countl_zero(at.next()));
+    if (zeros < most) {
+        const std::uint64_t behind = at.nextBehind(zeros + 1);
+        return {static_cast<unsigned>((behind >> 1U) >> (63U - k)) | zeros << k, zeros + 1 + k};
+    }
+    const unsigned value = static_cast<unsigned>(at.nextBehind(most + 1) >> (64U - bits)) + 1;
+    return {value, zeros == most && value >> k >= most ? most + 1 + bits : 0};
+}
+
+[[gnu::always_inline]] inline Code readCode(const BitCursor &at, unsigned k, unsigned most, unsigned bits)
+{
+    const std::uint64_t word = at.next();
+    const auto zeros = static_cast<unsigned>(std::countl_zero(word));
+    const unsigned length = zeros + 1 + k;
+    if (zeros >= most || length > 57) [[unlikely]] {
+        return longCode(at, k, most, bits);
+    }
+    // The marker bit among the k + 1 lowest is what one of the zeros counts for.
+    return {static_cast<unsigned>(word >> (64U - length)) + ((zeros - 1U) << k), length};
 }
 
 /// J of A.7.1.1.
@@ -97,23 +128,23 @@ public:
 
 private:
     void prepare(const ImageShape &shape);
-    [[gnu::always_inline]] inline void
-    look(const ImageShape &shape, const ScanRules &rules, const std::byte *line);
-    void lookAtLine(const ImageShape &shape, const ScanRules &rules, const std::byte *line);
-    void lookAtLineAvx2(const ImageShape &shape, const ScanRules &rules, const std::byte *line);
     bool carriesLines(const ImageShape &shape, const ScanRules &rules, std::span<const std::byte> image);
-    bool carriesLine(const ScanRules &rules, Lines &lines, unsigned &runIndex);
-    bool carriesLineBySample(const ScanRules &rules, unsigned &runIndex);
+    bool carriesLinesAvx2(const ImageShape &shape, const ScanRules &rules, std::span<const std::byte> image);
     [[gnu::always_inline]] inline bool
-    carriesSample(const ScanRules &rules, const Lines &lines, std::size_t x);
+    carriesAll(const ImageShape &shape, const ScanRules &rules, std::span<const std::byte> image);
+    [[gnu::always_inline]] inline bool
+    look(const ImageShape &shape, const ScanRules &rules, const std::byte *line);
+    [[gnu::always_inline]] inline bool carriesLine(const ScanRules &rules, Lines &lines, unsigned &runIndex);
+    [[gnu::always_inline]] inline bool carriesLineBySample(const ScanRules &rules, unsigned &runIndex);
+    [[gnu::always_inline]] inline bool
+    carriesSample(const ScanRules &rules, const Lines &lines, std::size_t x, BitCursor &at);
     bool carriesRun(const ScanRules &rules, std::span<Lines> together, std::size_t &x, unsigned &runIndex);
     bool carriesInterruption(
         const ScanRules &rules, const Lines &lines, std::size_t x, bool likeAbove, unsigned runIndex);
     std::optional<std::size_t> readRunLength(std::size_t most, unsigned &runIndex);
-    [[gnu::always_inline]] inline std::optional<unsigned>
-    readGolomb(unsigned k, unsigned limit, unsigned bits);
 
     ScanBits m_bits;
+    BitCursor m_at;
     std::array<Lines, 3> m_lines;
     std::array<Statistics, 365> m_regular{};
     std::array<RunStatistics, 2> m_interrupted{};
@@ -139,54 +170,66 @@ void Checker::Scan::prepare(const ImageShape &shape)
     return up - down;
 }
 
-void Checker::Scan::look(const ImageShape &shape, const ScanRules &rules, const std::byte *line)
+/// Reads every `step`th sample into `to`. \return all bits that any of them has
+template <unsigned Width>
+[[gnu::always_inline]] inline unsigned
+readSamples(const std::byte *from, std::size_t step, std::size_t count, int *to)
+{
+    unsigned used = 0;
+    for (std::size_t x = 0; x < count; ++x) {
+        const std::byte *const sample = from + x * step;
+        const auto low = std::to_integer<unsigned>(sample[0]);
+        const unsigned value = Width == 1 ? low : low | std::to_integer<unsigned>(sample[1]) << 8U;
+        used |= value;
+        to[x] = static_cast<int>(value);
+    }
+    return used;
+}
+
+/// A.3 and A.4.1
+[[gnu::always_inline]] inline void describe(Lines &of, const ScanRules &given)
+{
+    const ScanRules rules = given; // which nothing below can change, as the compiler then sees
+    const std::size_t width = of.contexts.size();
+    const int *const here = of.here.data();
+    const int *const above = of.above.data();
+    int *const contexts = of.contexts.data();
+    int *const predictions = of.predictions.data();
+    for (std::size_t x = 0; x < width; ++x) {
+        const int left = here[x];
+        const int corner = above[x];
+        const int top = above[x + 1];
+        contexts[x] = 81 * region(above[x + 2] - top, rules) + 9 * region(top - corner, rules) +
+                      region(corner - left, rules);
+        const int least = std::min(left, top);
+        const int greatest = std::max(left, top);
+        predictions[x] = corner >= greatest ? least : corner <= least ? greatest : left + top - corner;
+    }
+}
+
+/// \return false where a sample has more bits than the precision: no stream says that.
+bool Checker::Scan::look(const ImageShape &shape, const ScanRules &rules, const std::byte *line)
 {
     const std::size_t width = shape.columns;
     const std::size_t step = std::size_t{shape.components} * shape.bytesPerSample();
+    unsigned used = 0;
     for (unsigned component = 0; component < shape.components; ++component) {
         Lines &of = m_lines[component];
         of.above.swap(of.here);
         int *const here = of.here.data() + 1;
-        const int *const above = of.above.data() + 1;
         const std::byte *const from = line + component * shape.bytesPerSample();
-        if (shape.bytesPerSample() == 1) {
-            for (std::size_t x = 0; x < width; ++x) {
-                here[x] = std::to_integer<int>(from[x * step]);
-            }
+        if (step == 1) {
+            used |= readSamples<1>(from, 1, width, here);
+        } else if (shape.bytesPerSample() == 1) {
+            used |= readSamples<1>(from, step, width, here);
         } else {
-            for (std::size_t x = 0; x < width; ++x) {
-                here[x] = std::to_integer<int>(from[x * step]) | std::to_integer<int>(from[x * step + 1])
-                                                                     << 8;
-            }
+            used |= readSamples<2>(from, step, width, here);
         }
-        here[-1] = above[0];
-        here[width] = here[width - 1];
-        int *const contexts = of.contexts.data();
-        int *const predictions = of.predictions.data();
-        for (std::size_t x = 0; x < width; ++x) {
-            const int left = here[static_cast<std::ptrdiff_t>(x) - 1];
-            const int top = above[x];
-            const int corner = above[static_cast<std::ptrdiff_t>(x) - 1];
-            contexts[x] = 81 * region(above[x + 1] - top, rules) + 9 * region(top - corner, rules) +
-                          region(corner - left, rules);
-            const int least = std::min(left, top);
-            const int greatest = std::max(left, top);
-            predictions[x] = corner >= greatest ? least : corner <= least ? greatest : left + top - corner;
-        }
+        of.here[0] = of.above[1];
+        of.here[width + 1] = of.here[width];
+        describe(of, rules);
     }
-}
-
-void Checker::Scan::lookAtLine(const ImageShape &shape, const ScanRules &rules, const std::byte *line)
-{
-    look(shape, rules, line);
-}
-
-#if defined(__x86_64__)
-[[gnu::target("avx2")]]
-#endif
-void Checker::Scan::lookAtLineAvx2(const ImageShape &shape, const ScanRules &rules, const std::byte *line)
-{
-    look(shape, rules, line);
+    return used >> shape.precision == 0;
 }
 
 bool Checker::Scan::carries(const ImageShape &shape,
@@ -203,27 +246,42 @@ bool Checker::Scan::carries(const ImageShape &shape,
     if (!end || scan.size() - *end != 2 || scan[*end + 1] != std::byte{0xD9}) {
         return false;
     }
+    m_at = m_bits.cursor();
     prepare(shape);
-    return carriesLines(shape, rules, image) && m_bits.isAtPadding();
+#if defined(__x86_64__)
+    if (__builtin_cpu_supports("avx2") != 0 && __builtin_cpu_supports("bmi2") != 0) {
+        return carriesLinesAvx2(shape, rules, image) && m_at.isAtPadding();
+    }
+#endif
+    return carriesLines(shape, rules, image) && m_at.isAtPadding();
+}
+
+#if defined(__x86_64__)
+[[gnu::target("avx2,bmi,bmi2,lzcnt")]]
+#endif
+bool Checker::Scan::carriesLinesAvx2(const ImageShape &shape,
+                                     const ScanRules &rules,
+                                     std::span<const std::byte> image)
+{
+    return carriesAll(shape, rules, image);
 }
 
 bool Checker::Scan::carriesLines(const ImageShape &shape,
                                  const ScanRules &rules,
                                  std::span<const std::byte> image)
 {
-#if defined(__x86_64__)
-    const bool hasAvx2 = __builtin_cpu_supports("avx2") != 0;
-#else
-    const bool hasAvx2 = false;
-#endif
+    return carriesAll(shape, rules, image);
+}
+
+bool Checker::Scan::carriesAll(const ImageShape &shape,
+                               const ScanRules &rules,
+                               std::span<const std::byte> image)
+{
     std::array<unsigned, 3> runIndices{};
     const std::size_t stride = image.size() / shape.rows;
     for (std::size_t y = 0; y < shape.rows; ++y) {
-        const std::byte *const line = image.data() + y * stride;
-        if (hasAvx2) {
-            lookAtLineAvx2(shape, rules, line);
-        } else {
-            lookAtLine(shape, rules, line);
+        if (!look(shape, rules, image.data() + y * stride)) {
+            return false;
         }
         if (shape.interleave == Interleave::sample) {
             if (!carriesLineBySample(rules, runIndices[0])) {
@@ -244,13 +302,19 @@ bool Checker::Scan::carriesLine(const ScanRules &rules, Lines &lines, unsigned &
 {
     const std::size_t width = lines.contexts.size();
     const int *const contexts = lines.contexts.data();
-    for (std::size_t x = 0; x < width;) {
-        if (contexts[x] != 0) {
-            if (!carriesSample(rules, lines, x)) {
+    std::size_t x = 0;
+    while (x < width) {
+        const ScanRules fixed = rules;
+        BitCursor at = m_at;
+        std::size_t here = x;
+        for (; here < width && contexts[here] != 0; ++here) {
+            if (!carriesSample(fixed, lines, here, at)) {
                 return false;
             }
-            ++x;
-        } else if (!carriesRun(rules, std::span(&lines, 1), x, runIndex)) {
+        }
+        m_at = at;
+        x = here;
+        if (x < width && !carriesRun(rules, std::span(&lines, 1), x, runIndex)) {
             return false;
         }
     }
@@ -269,7 +333,7 @@ bool Checker::Scan::carriesLineBySample(const ScanRules &rules, unsigned &runInd
             continue;
         }
         for (const Lines &lines : m_lines) {
-            if (!carriesSample(rules, lines, x)) {
+            if (!carriesSample(rules, lines, x, m_at)) {
                 return false;
             }
         }
@@ -278,54 +342,30 @@ bool Checker::Scan::carriesLineBySample(const ScanRules &rules, unsigned &runInd
     return true;
 }
 
-bool Checker::Scan::carriesSample(const ScanRules &rules, const Lines &lines, std::size_t x)
+/// Reads the error of a sample, which must be the one that leads to the image's.
+bool Checker::Scan::carriesSample(const ScanRules &rules, const Lines &lines, std::size_t x, BitCursor &at)
 {
     const int context = lines.contexts.data()[x];
     const int sign = context >> 31;
     Statistics &of = m_regular.data()[(context ^ sign) - sign];
-    const int prediction = clampedTo(lines.predictions.data()[x] + ((of.C ^ sign) - sign), 0, rules.greatest);
+    int prediction = lines.predictions.data()[x] + ((of.C ^ sign) - sign);
+    if (prediction < 0 || prediction > rules.greatest) [[unlikely]] {
+        prediction = prediction < 0 ? 0 : rules.greatest;
+    }
+    const int half = (rules.greatest >> 1) + 1;
+    int wanted = ((lines.here.data()[x + 1] - prediction) ^ sign) - sign;
+    if (wanted < -half || wanted >= half) [[unlikely]] {
+        wanted += wanted < 0 ? 2 * half : -2 * half;
+    }
     const unsigned k = golombParameter(of.N, of.A);
-    const auto read = readGolomb(k, rules.limit, rules.bits);
-    if (!read || *read >> rules.bits != 0) {
-        return false;
-    }
     const unsigned turned = k == 0 && 2 * of.B <= -of.N ? 1 : 0;
-    const unsigned mapped = *read ^ turned;
-    const int error = static_cast<int>(mapped >> 1U) ^ -static_cast<int>(mapped & 1U);
-    const int sample = (prediction + ((error ^ sign) - sign)) & rules.greatest;
-    if (sample != lines.here.data()[x + 1]) {
-        return false;
-    }
-    learn(of, error);
-    return true;
-}
+    learn(of, wanted);
 
-/// A.5.3. Nothing for what isn't, or isn't as short as it could be.
-std::optional<unsigned> Checker::Scan::readGolomb(unsigned k, unsigned limit, unsigned bits)
-{
-    if (m_bits.isOverrun()) {
-        return std::nullopt;
-    }
-    const std::uint64_t word = m_bits.next();
-    const auto zeros = static_cast<unsigned>(std::countl_zero(word));
-    const unsigned most = limit - bits - 1;
-    unsigned value = 0;
-    if (zeros < most && zeros + 1 + k <= 57) [[likely]] {
-        value = static_cast<unsigned>(((word << zeros << 1U) >> 1U) >> (63U - k)) | zeros << k;
-        m_bits.skip(zeros + 1 + k);
-    } else if (zeros < most) {
-        m_bits.skip(zeros + 1);
-        value = static_cast<unsigned>((m_bits.next() >> 1U) >> (63U - k)) | zeros << k;
-        m_bits.skip(k);
-    } else {
-        m_bits.skip(most + 1);
-        value = static_cast<unsigned>(m_bits.next() >> (64U - bits)) + 1;
-        m_bits.skip(bits);
-        if (zeros != most || value >> k < most) {
-            return std::nullopt;
-        }
-    }
-    return value;
+    const Code code = readCode(at, k, rules.limit - rules.bits - 1, rules.bits);
+    at.skip(code.length);
+    const unsigned mapped = code.value ^ turned;
+    const int error = static_cast<int>(mapped >> 1U) ^ -static_cast<int>(mapped & 1U);
+    return error == wanted && code.length != 0 && !at.isOverrun();
 }
 
 /// A run from `x` on, of one component or of all together, and what interrupts it.
@@ -372,10 +412,10 @@ bool Checker::Scan::carriesRun(const ScanRules &rules,
 std::optional<std::size_t> Checker::Scan::readRunLength(std::size_t most, unsigned &runIndex)
 {
     std::size_t length = 0;
-    while (!m_bits.isOverrun()) {
-        const std::uint64_t word = m_bits.next();
+    while (!m_at.isOverrun()) {
+        const std::uint64_t word = m_at.next();
         const unsigned exponent = segmentExponent(runIndex);
-        m_bits.skip(1);
+        m_at.skip(1);
         if (word >> 63U != 0) {
             const std::size_t segment = std::size_t{1} << exponent;
             if (segment > most - length) {
@@ -388,7 +428,7 @@ std::optional<std::size_t> Checker::Scan::readRunLength(std::size_t most, unsign
             }
             continue;
         }
-        m_bits.skip(exponent);
+        m_at.skip(exponent);
         length += static_cast<std::size_t>(word << 1U >> 1U >> (63U - exponent));
         return length < most ? std::optional(length) : std::nullopt;
     }
@@ -403,11 +443,12 @@ bool Checker::Scan::carriesInterruption(
     const int left = lines.here[x];
     const int top = lines.above[x + 1];
     const unsigned k = golombParameter(of.N, of.A + (likeAbove ? of.N / 2 : 0));
-    const auto read = readGolomb(k, rules.limit - segmentExponent(runIndex) - 1, rules.bits);
-    if (!read) {
+    const Code code = readCode(m_at, k, rules.limit - segmentExponent(runIndex) - 2 - rules.bits, rules.bits);
+    m_at.skip(code.length);
+    if (code.length == 0 || m_at.isOverrun()) {
         return false;
     }
-    const int folded = static_cast<int>(*read) + (likeAbove ? 1 : 0);
+    const int folded = static_cast<int>(code.value) + (likeAbove ? 1 : 0);
     const int size = (folded + 1) / 2;
     // An odd one was mapped: to the sign that is the rarer so far, or to the negative one where k isn't 0.
     const bool negativeIsMapped = k != 0 || 2 * of.Nn >= of.N;
@@ -422,7 +463,7 @@ bool Checker::Scan::carriesInterruption(
         return false;
     }
     of.Nn += error < 0 ? 1 : 0;
-    of.A += (static_cast<int>(*read) + (likeAbove ? 0 : 1)) >> 1;
+    of.A += (static_cast<int>(code.value) + (likeAbove ? 0 : 1)) >> 1;
     if (of.N == kHalving) {
         of.A >>= 1;
         of.N >>= 1;

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <bit>
 #include <cstddef>
+#include <memory>
 #include <vector>
 
 namespace gateway::dicom_helper::jpeg_ls {
@@ -39,10 +40,6 @@ public:
     {
         // At worst each sample is an interrupted run of none: two words.
         const std::size_t room = 2 * width + 64;
-        m_errors.resize(room);
-        m_A.resize(room);
-        m_B.resize(room);
-        m_N.resize(room);
         m_values.resize(room);
         m_lengths.resize(room);
         m_plain.clear();
@@ -54,32 +51,32 @@ public:
     /// How many bytes the words of a line take at most, with stuffed bits and what BitWriter asks for.
     std::size_t mostBytes() const { return m_values.size() * 9 + 16; }
 
-    /// The raw form of the arrays, for the loop that fills them.
-    struct Filling
+    /// What is noted of each word while the contexts change. Of fixed sizes as LineAnalysis is.
+    struct Notes
     {
-        std::int16_t *errors;
-        std::int32_t *A;
-        std::int8_t *B;
-        std::uint8_t *N;
-        std::size_t count;
+        static constexpr std::size_t kWords = 2 * 3 * kRoom;
 
-        [[gnu::always_inline]] void add(int Errval, const Context &context)
+        std::int32_t A[kWords]; ///< of the context before the error, as are B and N
+        std::int16_t errors[kWords];
+        std::int8_t B[kWords];
+        std::uint8_t N[kWords];
+
+        [[gnu::always_inline]] void note(std::size_t at, int Errval, const Context &context)
         {
-            errors[count] = static_cast<std::int16_t>(Errval);
-            A[count] = context.A;
-            B[count] = static_cast<std::int8_t>(context.B);
-            N[count] = context.N;
-            ++count;
+            errors[at] = static_cast<std::int16_t>(Errval);
+            A[at] = context.A;
+            B[at] = context.B;
+            N[at] = context.N;
         }
     };
 
-    Filling filling() { return {m_errors.data(), m_A.data(), m_B.data(), m_N.data(), 0}; }
+    Notes &notes() { return *m_notes; }
 
     /// A word that is known already.
-    void addWord(Filling &filling, CodeWord word)
+    void addWord(std::size_t at, CodeWord word)
     {
-        m_plain.push_back({filling.count, word});
-        filling.add(0, {1, 0, 0, 1});
+        m_plain.push_back({at, word});
+        m_notes->note(at, 0, {1, 0, 0, 1});
     }
 
     /// Computes the words of the first `count` and puts them.
@@ -112,14 +109,14 @@ private:
 
     [[gnu::always_inline]] void computeOne(std::size_t i)
     {
-        const auto A = static_cast<std::uint32_t>(m_A.data()[i]);
-        const std::uint32_t N = m_N.data()[i];
+        const auto A = static_cast<std::uint32_t>(m_notes->A[i]);
+        const std::uint32_t N = m_notes->N[i];
         auto k = static_cast<unsigned>(std::max(0, std::countl_zero(N) - std::countl_zero(A)));
         k += N << k < A ? 1U : 0U;
-        const int Errval = m_errors.data()[i];
+        const int Errval = m_notes->errors[i];
         // A.5.2: even for what isn't negative, or the reverse.
         const auto folded = static_cast<std::uint32_t>((Errval << 1) ^ (Errval >> 31));
-        const bool isReversed = k == 0 && 2 * m_B.data()[i] <= -static_cast<int>(N);
+        const bool isReversed = k == 0 && 2 * m_notes->B[i] <= -static_cast<int>(N);
         const CodeWord word = golomb(folded ^ (isReversed ? 1U : 0U), k, m_longest, m_qbpp);
         m_values.data()[i] = word.value;
         m_lengths.data()[i] = word.length;
@@ -129,10 +126,10 @@ private:
     [[gnu::always_inline]] void computeEight(std::size_t i)
     {
         using V = Vectors<32>;
-        const auto A = loaded<V::I32>(m_A.data() + i);
-        const auto B = __builtin_convertvector(loaded<V::SmallI8>(m_B.data() + i), V::I32);
-        const auto N = __builtin_convertvector(loaded<V::SmallI8>(m_N.data() + i), V::I32);
-        const auto Errval = __builtin_convertvector(loaded<V::SmallI16>(m_errors.data() + i), V::I32);
+        const auto A = loaded<V::I32>(m_notes->A + i);
+        const auto B = __builtin_convertvector(loaded<V::SmallI8>(m_notes->B + i), V::I32);
+        const auto N = __builtin_convertvector(loaded<V::SmallI8>(m_notes->N + i), V::I32);
+        const auto Errval = __builtin_convertvector(loaded<V::SmallI16>(m_notes->errors + i), V::I32);
         const V::I32 difference =
             V::I32(__builtin_convertvector(A, V::F32)) - V::I32(__builtin_convertvector(N, V::F32));
         const V::I32 exponent = (difference + 0x7FFFFF) >> 23;
@@ -183,10 +180,7 @@ private:
         }
     }
 
-    std::vector<std::int16_t> m_errors;
-    std::vector<std::int32_t> m_A; // of the context before the error, as are the next two
-    std::vector<std::int8_t> m_B;
-    std::vector<std::uint8_t> m_N;
+    std::unique_ptr<Notes> m_notes = std::make_unique_for_overwrite<Notes>();
     std::vector<std::uint32_t> m_values;
     std::vector<std::uint32_t> m_lengths;
     std::vector<Plain> m_plain;

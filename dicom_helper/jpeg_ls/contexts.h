@@ -11,7 +11,7 @@ namespace gateway::dicom_helper::jpeg_ls {
 struct Context
 {
     std::int32_t A; ///< sum of the errors' magnitudes
-    std::int16_t B; ///< sum of the errors, in (-N, 0]
+    std::int8_t B;  ///< sum of the errors, in (-N, 0]
     std::uint8_t C; ///< what corrects the prediction, plus kBiasOfC
     std::uint8_t N; ///< how often it was met since it was halved
 };
@@ -39,7 +39,7 @@ struct ScanContexts
 };
 
 /// A.6: the context after an error. No branch but one depends on the image.
-[[gnu::always_inline]] inline void update(Context &context, int Errval, int RESET)
+[[gnu::always_inline]] inline void update(Context &context, int Errval)
 {
     int A = context.A + (Errval < 0 ? -Errval : Errval);
     int B = context.B + Errval;
@@ -56,8 +56,10 @@ struct ScanContexts
     B = B < 1 - N ? 1 - N : B;
     B = B > 0 ? 0 : B;
     int C = context.C + isLow - isHigh;
-    C -= C >> 8; // from 256 back to 255, and from -1 to 0
-    context = {A, static_cast<std::int16_t>(B), static_cast<std::uint8_t>(C), static_cast<std::uint8_t>(N)};
+    if (C < 0 || C > 255) [[unlikely]] {
+        C = C < 0 ? 0 : 255;
+    }
+    context = {A, static_cast<std::int8_t>(B), static_cast<std::uint8_t>(C), static_cast<std::uint8_t>(N)};
 }
 
 } // namespace gateway::dicom_helper::jpeg_ls

@@ -97,7 +97,7 @@ private:
     [[gnu::always_inline]] unsigned load(const ImageShape &shape, const std::byte *line);
 
     std::array<ComponentLines, 3> m_lines;
-    std::array<LineAnalysis, 3> m_analyses;
+    std::array<std::unique_ptr<LineAnalysis>, 3> m_analyses;
     CodeQueue m_queue;
     std::vector<std::uint8_t> m_coded;
 };
@@ -110,9 +110,9 @@ void Encoder::Scan::prepare(const ImageShape &shape, const CodingParameters &par
         m_lines[component].previous.prepare(shape.columns, zero);
         m_lines[component].gradients.prepare(shape.columns);
         m_lines[component].newGradients.prepare(shape.columns);
-        m_analyses[component].contexts.prepare(shape.columns);
-        m_analyses[component].residuals.prepare(shape.columns);
-        m_analyses[component].limits.prepare(shape.columns);
+        if (!m_analyses[component]) {
+            m_analyses[component] = std::make_unique_for_overwrite<LineAnalysis>();
+        }
     }
     const std::size_t together = shape.interleave == Interleave::sample ? shape.components : 1U;
     m_queue.prepare(shape.columns * together, parameters);
@@ -148,15 +148,18 @@ void Encoder::Scan::encodeLine(const ImageShape &shape,
                                BitWriter &writer)
 {
     for (unsigned component = 0; component < shape.components; ++component) {
-        neighbourhood.analyse(m_lines[component], shape.columns, m_analyses[component]);
+        neighbourhood.analyse(m_lines[component], shape.columns, *m_analyses[component]);
         if (shape.interleave != Interleave::sample) {
             const std::size_t count =
-                coder.code(m_lines[component], m_analyses[component], shape.columns, component);
+                coder.code(m_lines[component], *m_analyses[component], shape.columns, component);
             m_queue.flush<Bytes>(count, writer);
         }
     }
     if (shape.interleave == Interleave::sample) {
-        m_queue.flush<Bytes>(coder.codeBySample(m_lines, m_analyses, shape.columns), writer);
+        m_queue.flush<Bytes>(
+            coder.codeBySample(
+                m_lines, {m_analyses[0].get(), m_analyses[1].get(), m_analyses[2].get()}, shape.columns),
+            writer);
     }
 }
 

@@ -9,6 +9,10 @@ namespace gateway::dicom_helper::jpeg_ls {
 /// Vectors read and write beyond a line's ends by so many samples at most.
 constexpr std::size_t kMargin = 32;
 
+/// The longest line with a margin behind it. Not a power of two: arrays of this size one after the other
+/// would then compete for the same lines of the cache.
+constexpr std::size_t kRoom = 65535 + 33 + 96;
+
 /// An array of a line's width with margins, so that index -1 and the width exist.
 template <typename T>
 class LineArray
@@ -38,12 +42,15 @@ struct ComponentLines
 
 /// What the neighbourhoods of one line's samples say before anything is coded: all that doesn't depend on the
 /// state of the contexts.
+///
+/// Arrays of fixed sizes, so that one pointer leads to all of them: the pass that reads them is short of
+/// registers. Pages that a line doesn't reach are never touched.
 struct LineAnalysis
 {
-    LineArray<std::uint16_t> contexts; ///< Q of A.3.4, 0 to 364
-    LineArray<std::int16_t> residuals; ///< SIGN * (Ix - predicted) + 128, modulo 65536
-    LineArray<std::uint16_t> limits;   ///< low byte: the least C + 128 that keeps the prediction in its range
-                                       ///< (A.4.2); high byte: the greatest
+    std::uint16_t contexts[kRoom]; ///< Q of A.3.4, 0 to 364
+    std::int16_t residuals[kRoom]; ///< SIGN * (Ix - predicted) + 128, modulo 65536
+    std::uint16_t limits[kRoom];   ///< low byte: the least C + 128 that keeps the prediction in its range
+                                   ///< (A.4.2); high byte: the greatest
 };
 
 } // namespace gateway::dicom_helper::jpeg_ls

@@ -19,8 +19,8 @@ class LineCoder
 {
 public:
     LineCoder(const CodingParameters &parameters, ScanContexts &contexts, CodeQueue &queue)
-        : m_contexts(contexts), m_queue(queue), m_RESET(parameters.RESET), m_LIMIT(parameters.LIMIT),
-          m_qbpp(parameters.qbpp)
+        : m_contexts(contexts), m_queue(queue), m_LIMIT(parameters.LIMIT), m_qbpp(parameters.qbpp),
+          m_unused(32 - m_qbpp)
     {
     }
 
@@ -28,71 +28,89 @@ public:
     [[gnu::always_inline]] std::size_t
     code(const ComponentLines &lines, const LineAnalysis &analysis, std::size_t width, unsigned component)
     {
-        CodeQueue::Filling filling = m_queue.filling();
-        const std::uint16_t *contexts = analysis.contexts.data();
+        std::size_t count = 0;
         std::size_t i = 0;
         while (i < width) {
-            for (; i < width && contexts[i] != 0; ++i) {
-                codeRegular(analysis, i, filling);
+            // Locals: what the loop stores could otherwise be a member, as far as the compiler knows.
+            Context *const contexts = m_contexts.regular.data();
+            CodeQueue::Notes &notes = m_queue.notes();
+            const int unused = m_unused;
+            const int half = 1 << (m_qbpp - 1);
+            std::size_t next = count;
+            for (; i < width && analysis.contexts[i] != 0; ++i) {
+                codeRegular(contexts, analysis, i, unused, half, notes, next);
+                ++next;
             }
+            count = next;
             if (i < width) {
-                i = codeRun(lines, i, width, m_contexts.RUNindex[component], filling);
+                i = codeRun(lines, i, width, m_contexts.RUNindex[component], count);
             }
         }
-        return filling.count;
+        return count;
     }
 
     /// A line of three components by sample: a run is one of all three.
     [[gnu::always_inline]] std::size_t codeBySample(const std::array<ComponentLines, 3> &lines,
-                                                    const std::array<LineAnalysis, 3> &analyses,
+                                                    const std::array<const LineAnalysis *, 3> &analyses,
                                                     std::size_t width)
     {
-        CodeQueue::Filling filling = m_queue.filling();
+        std::size_t count = 0;
         std::size_t i = 0;
         while (i < width) {
-            if ((analyses[0].contexts.data()[i] | analyses[1].contexts.data()[i] |
-                 analyses[2].contexts.data()[i]) == 0) {
-                i = codeRunBySample(lines, i, width, filling);
+            if ((analyses[0]->contexts[i] | analyses[1]->contexts[i] | analyses[2]->contexts[i]) == 0) {
+                i = codeRunBySample(lines, i, width, count);
                 continue;
             }
-            for (const LineAnalysis &analysis : analyses) {
-                codeRegular(analysis, i, filling);
+            for (const LineAnalysis *analysis : analyses) {
+                codeRegular(m_contexts.regular.data(),
+                            *analysis,
+                            i,
+                            m_unused,
+                            1 << (m_qbpp - 1),
+                            m_queue.notes(),
+                            count);
+                ++count;
             }
             ++i;
         }
-        return filling.count;
+        return count;
     }
 
 private:
-    /// A.4.2 to A.6
-    [[gnu::always_inline]] void
-    codeRegular(const LineAnalysis &analysis, std::size_t i, CodeQueue::Filling &filling)
+    /// A.4.2 to A.6 of one sample, which takes the code word `at`.
+    [[gnu::always_inline]] static void codeRegular(Context *contexts,
+                                                   const LineAnalysis &analysis,
+                                                   std::size_t i,
+                                                   int unused,
+                                                   int half,
+                                                   CodeQueue::Notes &notes,
+                                                   std::size_t at)
     {
-        Context &context = m_contexts.regular.data()[analysis.contexts.data()[i]];
-        const unsigned limits = analysis.limits.data()[i];
-        const int least = limits & 0xFFU;
-        const int greatest = limits >> 8U;
+        Context &context = contexts[analysis.contexts[i]];
+        const unsigned limits = analysis.limits[i];
+        const auto least = static_cast<int>(limits & 0xFFU);
+        const auto greatest = static_cast<int>(limits >> 8U);
         int C = context.C;
-        C = C < least ? least : C;
-        C = C > greatest ? greatest : C;
-        const int Errval = reduced(analysis.residuals.data()[i] - C);
-        filling.add(Errval, context);
-        update(context, Errval, m_RESET);
+        if (C < least || C > greatest) [[unlikely]] {
+            C = C < least ? least : greatest;
+        }
+        int Errval = analysis.residuals[i] - C;
+        if (Errval < -half || Errval >= half) [[unlikely]] {
+            Errval = reduced(Errval, unused);
+        }
+        notes.note(at, Errval, context);
+        update(context, Errval);
     }
 
     /// A.4.5 for a RANGE that is a power of two.
-    [[gnu::always_inline]] int reduced(int Errval) const
+    [[gnu::always_inline]] static int reduced(int Errval, int unused)
     {
-        const int unused = 32 - m_qbpp;
         return static_cast<int>(static_cast<unsigned>(Errval) << unused) >> unused;
     }
 
     /// A.7 from sample `i` on. \return the sample behind the run and what interrupts it
-    [[gnu::always_inline]] std::size_t codeRun(const ComponentLines &lines,
-                                               std::size_t i,
-                                               std::size_t width,
-                                               unsigned &RUNindex,
-                                               CodeQueue::Filling &filling)
+    [[gnu::always_inline]] std::size_t codeRun(
+        const ComponentLines &lines, std::size_t i, std::size_t width, unsigned &RUNindex, std::size_t &count)
     {
         const std::int16_t *samples = lines.current.data();
         const std::int16_t Ra = *(samples + i - 1);
@@ -100,12 +118,12 @@ private:
         while (end < width && samples[end] == Ra) {
             ++end;
         }
-        codeRunLength(end - i, end == width, RUNindex, filling);
+        codeRunLength(end - i, end == width, RUNindex, count);
         if (end == width) {
             return width;
         }
         const int Rb = lines.previous.data()[end];
-        codeInterruption(samples[end], Ra, Rb, Ra == Rb ? 1U : 0U, RUNindex, filling);
+        codeInterruption(samples[end], Ra, Rb, Ra == Rb ? 1U : 0U, RUNindex, count);
         RUNindex -= RUNindex > 0 ? 1U : 0U;
         return end + 1;
     }
@@ -113,7 +131,7 @@ private:
     [[gnu::always_inline]] std::size_t codeRunBySample(const std::array<ComponentLines, 3> &lines,
                                                        std::size_t i,
                                                        std::size_t width,
-                                                       CodeQueue::Filling &filling)
+                                                       std::size_t &count)
     {
         unsigned &RUNindex = m_contexts.RUNindex[0];
         std::size_t end = i;
@@ -124,7 +142,7 @@ private:
                                   })) {
             ++end;
         }
-        codeRunLength(end - i, end == width, RUNindex, filling);
+        codeRunLength(end - i, end == width, RUNindex, count);
         if (end == width) {
             return width;
         }
@@ -135,35 +153,34 @@ private:
                              of.previous.data()[end],
                              0,
                              RUNindex,
-                             filling);
+                             count);
         }
         RUNindex -= RUNindex > 0 ? 1U : 0U;
         return end + 1;
     }
 
     /// A.7.1.2
-    void codeRunLength(std::size_t length, bool toEndOfLine, unsigned &RUNindex, CodeQueue::Filling &filling)
+    void codeRunLength(std::size_t length, bool toEndOfLine, unsigned &RUNindex, std::size_t &count)
     {
         std::size_t left = length;
         while (left >= std::size_t{1} << kJ[RUNindex]) {
-            m_queue.addWord(filling, {1, 1});
+            m_queue.addWord(count++, {1, 1});
             left -= std::size_t{1} << kJ[RUNindex];
             RUNindex += RUNindex < 31 ? 1U : 0U;
         }
         if (!toEndOfLine) {
-            m_queue.addWord(filling, {static_cast<std::uint32_t>(left), kJ[RUNindex] + 1U});
+            m_queue.addWord(count++, {static_cast<std::uint32_t>(left), kJ[RUNindex] + 1U});
         } else if (left > 0) {
-            m_queue.addWord(filling, {1, 1});
+            m_queue.addWord(count++, {1, 1});
         }
     }
 
     /// A.7.2
-    void
-    codeInterruption(int Ix, int Ra, int Rb, unsigned RItype, unsigned RUNindex, CodeQueue::Filling &filling)
+    void codeInterruption(int Ix, int Ra, int Rb, unsigned RItype, unsigned RUNindex, std::size_t &count)
     {
         RunContext &context = m_contexts.interrupted[RItype];
         const int difference = RItype == 1 ? Ix - Ra : Ra > Rb ? Rb - Ix : Ix - Rb;
-        const int Errval = reduced(difference);
+        const int Errval = reduced(difference, m_unused);
         const int TEMP = RItype == 1 ? context.A + (context.N >> 1) : context.A;
         unsigned k = 0;
         while (context.N << k < TEMP) {
@@ -174,10 +191,10 @@ private:
         const int EMErrval = 2 * std::abs(Errval) - static_cast<int>(RItype) - (map ? 1 : 0);
         const unsigned longest = static_cast<unsigned>(m_LIMIT) - kJ[RUNindex] - 1U;
         m_queue.addWord(
-            filling, golomb(static_cast<std::uint32_t>(EMErrval), k, longest, static_cast<unsigned>(m_qbpp)));
+            count++, golomb(static_cast<std::uint32_t>(EMErrval), k, longest, static_cast<unsigned>(m_qbpp)));
         context.Nn += Errval < 0 ? 1 : 0;
         context.A += (EMErrval + 1 - static_cast<int>(RItype)) >> 1;
-        if (context.N == m_RESET) {
+        if (context.N == RESET) {
             context.A >>= 1;
             context.N >>= 1;
             context.Nn >>= 1;
@@ -187,9 +204,9 @@ private:
 
     ScanContexts &m_contexts;
     CodeQueue &m_queue;
-    int m_RESET;
     int m_LIMIT;
     int m_qbpp;
+    int m_unused; // bits of an int above those of an error
 };
 
 } // namespace gateway::dicom_helper::jpeg_ls

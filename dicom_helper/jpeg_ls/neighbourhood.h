@@ -61,11 +61,11 @@ private:
 
         const I16 Q = (Q1 * 9 + Q2) * 9 + Q3;
         const I16 isNegative = Q < 0;
-        stored(to.contexts.data() + i, Q < 0 ? -Q : Q);
+        stored(to.contexts + i, Q < 0 ? -Q : Q);
         const I16 Px = median(Ra, Rb, Rc);
         const I16 residual = wrapped(Ix, Px);
-        stored(to.residuals.data() + i, plus((residual ^ isNegative), I16(kBiasOfC - isNegative)));
-        stored(to.limits.data() + i, limits(Px, isNegative));
+        stored(to.residuals + i, plus((residual ^ isNegative), I16(kBiasOfC - isNegative)));
+        stored(to.limits + i, limits(Px, isNegative));
     }
 
     /// a - b, which stays between -INT16_MAX and INT16_MAX, far beyond every threshold.

@@ -27,7 +27,6 @@ bool isPlain(std::uint64_t word)
 std::optional<std::size_t> ScanBits::take(std::span<const std::byte> bytes)
 {
     m_bytes.assign(bytes.size() + kBehind, 0);
-    m_at = 0;
     m_end = 0;
     std::size_t i = 0;
     while (i < bytes.size()) {

@@ -47,8 +47,7 @@ void writePresetParameters(HeaderWriter &to, const CodingParameters &parameters)
     to.marker(0xF8);
     to.word(13);
     to.byte(1);
-    for (const int value :
-         {parameters.MAXVAL, parameters.T1, parameters.T2, parameters.T3, parameters.RESET}) {
+    for (const int value : {parameters.MAXVAL, parameters.T1, parameters.T2, parameters.T3, RESET}) {
         to.word(static_cast<unsigned>(value));
     }
 }

@@ -164,7 +164,8 @@ class AssociationServer : private AssociationOutlet
 {
 public:
     AssociationServer(AssociationJob job, Inbox &inbox, Channel &channel)
-        : m_job(std::move(job)), m_channel(channel), m_connection(std::move(m_job.socket), m_job.timeout),
+        : m_job(std::move(job)), m_inbox(inbox), m_channel(channel),
+          m_connection(std::move(m_job.socket), m_job.timeout),
           m_association(m_job.request, inbox, *this, m_job.fileNames, m_job.reserve)
     {
     }
@@ -186,7 +187,8 @@ private:
     void onStored(const std::string &finalName) override
     {
         // With the gateway gone the file stays in the inbox, where its next start finds it.
-        const Record progress{"progress", {{"association", m_job.association}, {"file", finalName}}};
+        const Record progress{"progress",
+                              {{"association", m_job.association}, {"path", m_inbox.pathOf(finalName)}}};
         m_gatewayIsThere = m_channel.send(progress) && m_gatewayIsThere;
     }
 
@@ -252,6 +254,7 @@ private:
     }
 
     AssociationJob m_job;
+    Inbox &m_inbox;
     Channel &m_channel;
     PeerConnection m_connection;
     Association m_association;

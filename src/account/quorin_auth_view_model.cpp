@@ -11,7 +11,6 @@
 
 #include <QtCore/QtGlobal>
 
-#include <algorithm>
 #include <utility>
 
 namespace gateway::account {
@@ -19,15 +18,6 @@ namespace gateway::account {
 namespace {
 
 using platform::userFacingMessage;
-
-/// Between two tries of refused credentials: at first the next poll, since a password that was changed back
-/// should soon work again; seldom later.
-constexpr std::chrono::seconds kFirstPause{50};
-constexpr std::chrono::seconds kLongestPause{15 * 60};
-
-const char *const kRefusedWords =
-    "The archive refuses the user name or the password. They are kept and tried "
-    "again. If the password has changed, sign in again.";
 
 bool isSessionRefused(const std::exception &error)
 {
@@ -96,23 +86,17 @@ QCoro::Task<> QuorinAuthViewModel::refresh(bool force)
     m_refreshInFlight = true;
     bool isSettled = false;
     while (!isSettled) {
-        isSettled = co_await lookOnce(force);
+        isSettled = co_await lookOnce();
     }
     m_refreshInFlight = false;
 }
 
 /// One look at the session as it stands; false when the session became another one meanwhile.
-QCoro::Task<bool> QuorinAuthViewModel::lookOnce(bool force)
+QCoro::Task<bool> QuorinAuthViewModel::lookOnce()
 {
     const std::optional<QString> token = m_parts.networkSettings.token();
     if (!token) {
-        showNoSession();
-        co_return true;
-    }
-    const bool isPausing = m_parts.networkSettings.areCredentialsRefused() && m_refusal &&
-                           m_parts.clock.monotonic() < m_refusal->nextTry;
-    if (isPausing && !force) {
-        announce();
+        endSession();
         co_return true;
     }
     Verdict verdict = co_await checkToken(*token);
@@ -145,11 +129,10 @@ QCoro::Task<QuorinAuthViewModel::Verdict> QuorinAuthViewModel::checkToken(QStrin
         setError(message);
     }
     if (isRefused) {
-        m_parts.networkSettings.endSession(m_parts.clock.now());
-        showNoSession();
+        forgetSession();
+        endSession();
         co_return Verdict::ended;
     }
-    noteRefusal();
     co_return Verdict::good;
 }
 
@@ -170,7 +153,9 @@ QCoro::Task<QuorinAuthViewModel::Verdict> QuorinAuthViewModel::loadUser(QString 
         co_return Verdict::overtaken;
     }
     m_signedInLabel = user ? std::optional(labelOf(*user)) : std::nullopt;
-    showSession(user ? std::nullopt : std::optional(message));
+    m_lastAuthError = user ? std::nullopt : std::optional(message);
+    m_state = AuthState::signedIn(m_signedInLabel);
+    announce();
     co_return Verdict::good;
 }
 
@@ -243,39 +228,10 @@ bool QuorinAuthViewModel::isOvertaken(const QString &token) const
     return m_parts.networkSettings.token() != token;
 }
 
-/// Refused credentials wait longer before each further try.
-void QuorinAuthViewModel::noteRefusal()
+void QuorinAuthViewModel::endSession()
 {
-    if (!m_parts.networkSettings.areCredentialsRefused()) {
-        m_refusal.reset();
-        return;
-    }
-    const std::chrono::seconds pause =
-        m_refusal ? std::min(2 * m_refusal->pause, kLongestPause) : kFirstPause;
-    const QDateTime since = m_refusal ? m_refusal->since : m_parts.clock.now();
-    m_refusal = Refusal{since, pause, m_parts.clock.monotonic() + pause};
-}
-
-void QuorinAuthViewModel::showNoSession()
-{
-    const std::optional<QDateTime> endedAt = m_parts.networkSettings.endedAt();
-    m_standing = {endedAt ? SessionState::ended : SessionState::signedOut, endedAt};
-    m_refusal.reset();
     m_state = AuthState::signedOut();
     m_signedInLabel.reset();
-    announce();
-}
-
-void QuorinAuthViewModel::showSession(std::optional<QString> message)
-{
-    if (m_refusal) {
-        m_standing = {SessionState::credentialsRefused, m_refusal->since};
-        m_lastAuthError = QString::fromLatin1(kRefusedWords);
-    } else {
-        m_standing = {SessionState::signedIn};
-        m_lastAuthError = std::move(message);
-    }
-    m_state = AuthState::signedIn(m_signedInLabel);
     announce();
 }
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "account/session_standing.h"
 #include "app/event_counts.h"
 
 #include <QtCore/QMap>
@@ -52,7 +51,7 @@ struct HealthFigures
     struct Cloud
     {
         std::optional<bool> isOnline; ///< nothing before it has been asked
-        account::SessionState session = account::SessionState::notKnownYet;
+        bool isSignedIn = false;
         std::optional<bool> areTermsRequired; ///< nothing where that isn't known
         bool isUploading = false;
         double uploadBytesPerSecond = 0;

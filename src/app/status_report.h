@@ -1,6 +1,5 @@
 #pragma once
 
-#include "account/session_standing.h"
 #include "app/failure_figures.h"
 #include "app/upload_run_watcher.h"
 
@@ -70,7 +69,6 @@ struct StatusReport
     {
         bool isSignedIn = false;
         QString label;
-        account::SessionStanding standing;
     } session;
 
     struct Setup

@@ -45,7 +45,9 @@ void checkArchiveSession(QuorinApiClient &client)
 {
     const HttpResponse response = queryOneStudy(client, std::nullopt);
     if (response.status == 401) {
-        throw QrnErrorResponse(QrnErrorKind::credentialsRefused, std::nullopt, response.status);
+        throw QrnErrorResponse(QrnErrorKind::sessionInvalid,
+                               QStringLiteral("The archive no longer accepts the user name and password. "
+                                              "Please sign in again."));
     }
     if (!response.isSuccess()) {
         throwAnswerError(response);
