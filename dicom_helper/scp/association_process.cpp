@@ -164,8 +164,7 @@ class AssociationServer : private AssociationOutlet
 {
 public:
     AssociationServer(AssociationJob job, Inbox &inbox, Channel &channel)
-        : m_job(std::move(job)), m_inbox(inbox), m_channel(channel),
-          m_connection(std::move(m_job.socket), m_job.timeout),
+        : m_job(std::move(job)), m_channel(channel), m_connection(std::move(m_job.socket), m_job.timeout),
           m_association(m_job.request, inbox, *this, m_job.fileNames, m_job.reserve)
     {
     }
@@ -187,8 +186,7 @@ private:
     void onStored(const std::string &finalName) override
     {
         // With the gateway gone the file stays in the inbox, where its next start finds it.
-        const Record progress{"progress",
-                              {{"association", m_job.association}, {"path", m_inbox.pathOf(finalName)}}};
+        const Record progress{"progress", {{"association", m_job.association}, {"file", finalName}}};
         m_gatewayIsThere = m_channel.send(progress) && m_gatewayIsThere;
     }
 
@@ -254,7 +252,6 @@ private:
     }
 
     AssociationJob m_job;
-    Inbox &m_inbox;
     Channel &m_channel;
     PeerConnection m_connection;
     Association m_association;

@@ -57,9 +57,6 @@ public:
     /// Removes the unfinished files whose names begin so.
     void removeUnfinishedOf(const std::string &prefix);
 
-    /// The whole path of a complete file.
-    std::string pathOf(const std::string &finalName) const { return m_path + "/" + finalName; }
-
     /// Fails with ESTALE while another folder, or none, stands at the path: what lay in ours would be out of
     /// the gateway's sight.
     int create(const std::string &name) override;

@@ -151,7 +151,9 @@ void Listener::onChannel()
         m_stopping = true;
         return;
     }
-    if (record.word == "abort") {
+    if (record.word == "ping") {
+        m_channel.send(Record{"pong", {}});
+    } else if (record.word == "abort") {
         for (const auto &[process, child] : m_children) {
             if (child.association == record.text("association")) {
                 ::kill(process, SIGTERM);
@@ -278,6 +280,7 @@ void Listener::onChildEnd(pid_t process, int status)
     m_inbox.removeUnfinishedOf(child.fileNames);
     const std::string why = WIFSIGNALED(status) ? "signal " + std::to_string(WTERMSIG(status))
                                                 : "status " + std::to_string(WEXITSTATUS(status));
+    m_channel.send(Record{"leftover", {}});
     m_channel.send(Record{"failed",
                           {{"association", child.association},
                            {"message", "The association's process ended unexpectedly (" + why + ")."}}});

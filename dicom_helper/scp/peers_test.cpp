@@ -10,7 +10,6 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
-#include <fstream>
 #include <list>
 #include <thread>
 
@@ -21,6 +20,7 @@ namespace gateway::platform {
 using dicom_protocol::Channel;
 using dicom_protocol::Record;
 using testing::associateRequest;
+using testing::childrenOf;
 using testing::commandSet;
 using testing::dataPdus;
 using testing::kCtStorage;
@@ -66,18 +66,6 @@ std::string half(const std::string &dataSet)
 std::string storeCommand()
 {
     return dataPdus(1, true, commandSet(1, 1, kCtStorage, "1.2.3"));
-}
-
-/// The processes that a process has started and not yet reaped.
-std::vector<pid_t> childrenOf(pid_t process)
-{
-    const std::string id = std::to_string(process);
-    std::ifstream list("/proc/" + id + "/task/" + id + "/children");
-    std::vector<pid_t> children;
-    for (pid_t child = 0; list >> child;) {
-        children.push_back(child);
-    }
-    return children;
 }
 
 } // namespace
@@ -390,7 +378,7 @@ TEST(Peers, ADeathOfTheListenerLetsAnObjectUnderWayFinishInTheInbox)
     modality.send(bytes.substr(100));
 
     EXPECT_EQ(modality.receiveStatus(), 0);
-    EXPECT_NE(running.join(), 0);
+    EXPECT_EQ(running.await(QStringLiteral("failed")).size(), 1);
     EXPECT_EQ(completeInboxFiles(inbox.path()).size(), 1);
 }
 

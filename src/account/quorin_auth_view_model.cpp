@@ -11,6 +11,7 @@
 
 #include <QtCore/QtGlobal>
 
+#include <algorithm>
 #include <utility>
 
 namespace gateway::account {
@@ -18,6 +19,15 @@ namespace gateway::account {
 namespace {
 
 using platform::userFacingMessage;
+
+/// Between two tries of refused credentials: at first the next poll, since a password that was changed back
+/// should soon work again; seldom later.
+constexpr std::chrono::seconds kFirstPause{50};
+constexpr std::chrono::seconds kLongestPause{15 * 60};
+
+const char *const kRefusedWords =
+    "The archive refuses the user name or the password. They are kept and tried "
+    "again. If the password has changed, sign in again.";
 
 bool isSessionRefused(const std::exception &error)
 {
@@ -86,17 +96,23 @@ QCoro::Task<> QuorinAuthViewModel::refresh(bool force)
     m_refreshInFlight = true;
     bool isSettled = false;
     while (!isSettled) {
-        isSettled = co_await lookOnce();
+        isSettled = co_await lookOnce(force);
     }
     m_refreshInFlight = false;
 }
 
 /// One look at the session as it stands; false when the session became another one meanwhile.
-QCoro::Task<bool> QuorinAuthViewModel::lookOnce()
+QCoro::Task<bool> QuorinAuthViewModel::lookOnce(bool force)
 {
     const std::optional<QString> token = m_parts.networkSettings.token();
     if (!token) {
-        endSession();
+        showNoSession();
+        co_return true;
+    }
+    const bool isPausing = m_parts.networkSettings.areCredentialsRefused() && m_refusal &&
+                           m_parts.clock.monotonic() < m_refusal->nextTry;
+    if (isPausing && !force) {
+        announce();
         co_return true;
     }
     Verdict verdict = co_await checkToken(*token);
@@ -129,10 +145,11 @@ QCoro::Task<QuorinAuthViewModel::Verdict> QuorinAuthViewModel::checkToken(QStrin
         setError(message);
     }
     if (isRefused) {
-        forgetSession();
-        endSession();
+        m_parts.networkSettings.endSession(m_parts.clock.now());
+        showNoSession();
         co_return Verdict::ended;
     }
+    noteRefusal();
     co_return Verdict::good;
 }
 
@@ -153,9 +170,7 @@ QCoro::Task<QuorinAuthViewModel::Verdict> QuorinAuthViewModel::loadUser(QString 
         co_return Verdict::overtaken;
     }
     m_signedInLabel = user ? std::optional(labelOf(*user)) : std::nullopt;
-    m_lastAuthError = user ? std::nullopt : std::optional(message);
-    m_state = AuthState::signedIn(m_signedInLabel);
-    announce();
+    showSession(user ? std::nullopt : std::optional(message));
     co_return Verdict::good;
 }
 
@@ -228,10 +243,39 @@ bool QuorinAuthViewModel::isOvertaken(const QString &token) const
     return m_parts.networkSettings.token() != token;
 }
 
-void QuorinAuthViewModel::endSession()
+/// Refused credentials wait longer before each further try.
+void QuorinAuthViewModel::noteRefusal()
 {
+    if (!m_parts.networkSettings.areCredentialsRefused()) {
+        m_refusal.reset();
+        return;
+    }
+    const std::chrono::seconds pause =
+        m_refusal ? std::min(2 * m_refusal->pause, kLongestPause) : kFirstPause;
+    const QDateTime since = m_refusal ? m_refusal->since : m_parts.clock.now();
+    m_refusal = Refusal{since, pause, m_parts.clock.monotonic() + pause};
+}
+
+void QuorinAuthViewModel::showNoSession()
+{
+    const std::optional<QDateTime> endedAt = m_parts.networkSettings.endedAt();
+    m_standing = {endedAt ? SessionState::ended : SessionState::signedOut, endedAt};
+    m_refusal.reset();
     m_state = AuthState::signedOut();
     m_signedInLabel.reset();
+    announce();
+}
+
+void QuorinAuthViewModel::showSession(std::optional<QString> message)
+{
+    if (m_refusal) {
+        m_standing = {SessionState::credentialsRefused, m_refusal->since};
+        m_lastAuthError = QString::fromLatin1(kRefusedWords);
+    } else {
+        m_standing = {SessionState::signedIn};
+        m_lastAuthError = std::move(message);
+    }
+    m_state = AuthState::signedIn(m_signedInLabel);
     announce();
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "account/auth_state.h"
+#include "account/session_standing.h"
 #include "platform/concurrency/task_scope.h"
 
 #include <QCoro/QCoroTask>
@@ -42,7 +43,8 @@ struct QuorinAuthParts
 ///
 /// It signs in and out, polls the session, and posts core::kAuthStateChanged after each look at it, changed
 /// or not. The token itself is kept by NetworkSettings; here is only what the screens show. An unverifiable
-/// session is not ended: only the service's own word ends one.
+/// session is not ended: only the service's own word ends one. Credentials that an archive refuses stay: the
+/// poll tries them again, after pauses that grow, so that no account is locked by too many wrong sign-ins.
 ///
 /// Owner: app; exactly one exists. Thread: main.
 class QuorinAuthViewModel : public QObject
@@ -56,6 +58,10 @@ public:
 
     /// The state as of the last look, signed out before the first.
     const AuthState &state() const { return m_state; }
+
+    /// How things stand as of the last look, in more detail: signed out isn't the same as ended by the cloud,
+    /// and credentials that are refused are still there.
+    const SessionStanding &standing() const { return m_standing; }
 
     /// A sign-in or sign-out is in flight; both refuse to start meanwhile.
     bool isChecking() const { return m_isChecking; }
@@ -75,7 +81,8 @@ public:
 
     /// Looks at the session: is the token good, and whose is it?
     ///
-    /// \param force  runs beside a look that is under way; without it the call returns at once then.
+    /// \param force  runs beside a look that is under way; without it the call returns at once then. It also
+    ///               tries refused credentials before their pause is over.
     QCoro::Task<> refresh(bool force);
 
     /// Signs in.
@@ -105,7 +112,15 @@ private:
         closing
     };
 
-    QCoro::Task<bool> lookOnce();
+    /// Credentials that an archive refuses.
+    struct Refusal
+    {
+        QDateTime since;
+        std::chrono::seconds pause;
+        std::chrono::nanoseconds nextTry; // of the monotonic clock
+    };
+
+    QCoro::Task<bool> lookOnce(bool force);
     QCoro::Task<Verdict> checkToken(QString token);
     QCoro::Task<Verdict> loadUser(QString token);
     QCoro::Task<bool> login(QString email, QString password);
@@ -113,7 +128,9 @@ private:
 
     void enterMain() const;
     bool isOvertaken(const QString &token) const;
-    void endSession();
+    void noteRefusal();
+    void showNoSession();
+    void showSession(std::optional<QString> message);
     void forgetSession();
     void setChecking(bool isChecking);
     void setError(std::optional<QString> message);
@@ -123,6 +140,8 @@ private:
     const QuorinAuthParts m_parts;
     const QString m_clientVersion;
     AuthState m_state = AuthState::signedOut();
+    SessionStanding m_standing;
+    std::optional<Refusal> m_refusal;
     bool m_isChecking = false;
     bool m_refreshInFlight = false;
     bool m_isPolling = false;

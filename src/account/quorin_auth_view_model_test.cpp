@@ -161,6 +161,83 @@ TEST_F(QuorinAuth, SaysThatTheSessionExpiredWhenTheServiceEndsItWithoutWords)
     EXPECT_EQ(model.lastAuthError(), QStringLiteral("Session expired. Please sign in again."));
 }
 
+TEST_F(QuorinAuth, TellsASessionThatTheCloudEndedFromOneThatAPersonEnded)
+{
+    EXPECT_EQ(model.standing().state, SessionState::notKnownYet);
+    signIn();
+    EXPECT_EQ(model.standing(), (SessionStanding{SessionState::signedIn}));
+    service.endedToken = settings.token();
+
+    refresh();
+    EXPECT_EQ(model.standing(), (SessionStanding{SessionState::ended, clock.now()}));
+    const QDateTime endedAt = clock.now();
+    clock.advance(seconds(60));
+    refresh();
+    EXPECT_EQ(model.standing(), (SessionStanding{SessionState::ended, endedAt}));
+
+    finish(model.signOut());
+    EXPECT_EQ(model.standing(), (SessionStanding{SessionState::signedOut}));
+}
+
+TEST_F(QuorinAuth, KeepsRefusedCredentialsAndUsesThemAgainOnceTheyWork)
+{
+    signIn();
+    service.refusesCredentials = true;
+
+    refresh();
+
+    EXPECT_EQ(model.standing(), (SessionStanding{SessionState::credentialsRefused, clock.now()}));
+    EXPECT_EQ(model.state(), AuthState::signedIn(kEmail));
+    EXPECT_TRUE(settings.token());
+    ASSERT_TRUE(model.lastAuthError());
+    EXPECT_TRUE(model.lastAuthError()->startsWith(QStringLiteral("The archive refuses")));
+
+    service.refusesCredentials = false;
+    clock.advance(seconds(60));
+    refresh();
+
+    EXPECT_EQ(model.standing(), (SessionStanding{SessionState::signedIn}));
+    EXPECT_FALSE(model.lastAuthError());
+}
+
+TEST_F(QuorinAuth, TriesRefusedCredentialsAfterPausesThatGrowToAQuarterOfAnHour)
+{
+    signIn();
+    service.refusesCredentials = true;
+    refresh();
+    const QDateTime since = clock.now();
+    const auto tries = [this] { return service.calls().count(QStringLiteral("tokenExpiration")); };
+    const auto before = tries();
+    posts = 0;
+
+    QList<int> minutes;
+    for (int minute = 1; minute <= 60; ++minute) {
+        const auto soFar = tries();
+        clock.advance(seconds(60));
+        refresh();
+        if (tries() > soFar) {
+            minutes.append(minute);
+        }
+    }
+
+    EXPECT_EQ(minutes, (QList<int>{1, 3, 7, 14, 28, 43, 58}));
+    EXPECT_EQ(tries() - before, 7);
+    EXPECT_EQ(posts, 60);
+    EXPECT_EQ(model.standing(), (SessionStanding{SessionState::credentialsRefused, since}));
+}
+
+TEST_F(QuorinAuth, TakesANewPasswordWhileTheOldOneIsRefused)
+{
+    signIn();
+    service.refusesCredentials = true;
+    refresh();
+    service.refusesCredentials = false;
+
+    EXPECT_TRUE(signIn());
+
+    EXPECT_EQ(model.standing(), (SessionStanding{SessionState::signedIn}));
+}
+
 TEST_F(QuorinAuth, KeepsTheSessionWithoutALabelWhileThereIsNoNetwork)
 {
     signIn();

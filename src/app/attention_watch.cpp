@@ -21,7 +21,7 @@ bool isNearlyFull(qint64 availableBytes)
 }
 
 AttentionWatch::AttentionWatch(const Collaborators &with)
-    : m_with(with), m_wasSignedIn(with.auth.state().isSignedIn()),
+    : m_with(with), m_lastSession(with.auth.standing().state),
       m_lastFailedImages(with.appState.figures().failedImagesCount)
 {
     observe(core::kStoreListenerError, AttentionCause::listenerFailed);
@@ -41,12 +41,14 @@ void AttentionWatch::observe(const QString &name, AttentionCause cause)
         name, [this, cause](const QVariantMap &) { m_with.attention.call(cause); }));
 }
 
-/// Whoever signs out on purpose needn't be called; a session that the cloud has ended leaves a message.
+/// Whoever signs out on purpose needn't be called; a session that the cloud has ended leaves images waiting,
+/// and so do credentials that an archive refuses.
 void AttentionWatch::sessionChanged()
 {
-    const bool isSignedIn = m_with.auth.state().isSignedIn();
-    const bool hasEnded = std::exchange(m_wasSignedIn, isSignedIn) && !isSignedIn;
-    if (hasEnded && m_with.auth.lastAuthError()) {
+    using account::SessionState;
+    const SessionState now = m_with.auth.standing().state;
+    const SessionState before = std::exchange(m_lastSession, now);
+    if (now != before && (now == SessionState::ended || now == SessionState::credentialsRefused)) {
         m_with.attention.call(AttentionCause::signInNeeded);
     }
 }

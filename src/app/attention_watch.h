@@ -62,7 +62,7 @@ private:
     void uploadsFail(const QList<core::FailureClass> &classes);
 
     const Collaborators m_with;
-    bool m_wasSignedIn = false;
+    account::SessionState m_lastSession;
     std::int64_t m_lastFailedImages = 0;
     std::optional<std::chrono::nanoseconds> m_askedAt;
     std::shared_ptr<const bool> m_life = std::make_shared<const bool>(true);

@@ -93,6 +93,17 @@ TEST_F(Watching, CallsWhenTheCloudHasEndedTheSession)
     expectCalls({AttentionCause::signInNeeded});
 }
 
+TEST_F(Watching, CallsOnceForCredentialsThatAreRefused)
+{
+    signIn();
+    service.refusesCredentials = true;
+
+    finish(auth.refresh(false));
+    finish(auth.refresh(false));
+
+    expectCalls({AttentionCause::signInNeeded});
+}
+
 TEST_F(Watching, CallsNobodyWhoSignsOut)
 {
     signIn();

@@ -89,7 +89,7 @@ HealthFigures::Storage HealthCollector::storage() const
 HealthFigures::Cloud HealthCollector::cloud() const
 {
     return {.isOnline = m_with.cloudWatch.isOnline(),
-            .isSignedIn = m_with.auth.state().isSignedIn(),
+            .session = m_with.auth.standing().state,
             .areTermsRequired = m_with.cloudWatch.areTermsRequired(),
             .isUploading = m_with.uploads.figures().isRunning,
             .uploadBytesPerSecond = m_with.state.figures().uploadSpeedMbps * kBytesPerMegabit,

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "account/session_standing.h"
 #include "app/event_counts.h"
 
 #include <QtCore/QMap>
@@ -51,7 +52,7 @@ struct HealthFigures
     struct Cloud
     {
         std::optional<bool> isOnline; ///< nothing before it has been asked
-        bool isSignedIn = false;
+        account::SessionState session = account::SessionState::notKnownYet;
         std::optional<bool> areTermsRequired; ///< nothing where that isn't known
         bool isUploading = false;
         double uploadBytesPerSecond = 0;

@@ -49,6 +49,23 @@ QString queueWords(const HealthFigures::Index &index)
     return index.failed == 0 ? words : words + QStringLiteral(", %1 failed").arg(index.failed);
 }
 
+QString sessionWords(account::SessionState session)
+{
+    switch (session) {
+    case account::SessionState::notKnownYet:
+        return QStringLiteral("session not known yet");
+    case account::SessionState::signedOut:
+        return QStringLiteral("signed out");
+    case account::SessionState::ended:
+        return QStringLiteral("session ended by the cloud");
+    case account::SessionState::signedIn:
+        return QStringLiteral("signed in");
+    case account::SessionState::credentialsRefused:
+        return QStringLiteral("user name or password refused");
+    }
+    return {};
+}
+
 } // namespace
 
 HealthVerdict verdictOn(const HealthFigures &figures)
@@ -79,8 +96,8 @@ HealthVerdict verdictOnSilence()
 QString statusLine(const HealthFigures &figures)
 {
     QStringList parts{listenerWords(figures), queueWords(figures.index)};
-    if (!figures.cloud.isSignedIn) {
-        parts.append(QStringLiteral("signed out"));
+    if (figures.cloud.session != account::SessionState::signedIn) {
+        parts.append(sessionWords(figures.cloud.session));
     } else if (!figures.cloud.isOnline.value_or(true)) {
         parts.append(QStringLiteral("cloud away"));
     }

@@ -13,7 +13,7 @@ HealthFigures well()
     figures.listener.aeTitle = u"QUORIN"_qs;
     figures.listener.port = 11112;
     figures.index.isAnswering = true;
-    figures.cloud.isSignedIn = true;
+    figures.cloud.session = account::SessionState::signedIn;
     return figures;
 }
 
@@ -62,7 +62,7 @@ TEST(HealthVerdict, IsGoodBeforeSetupSoThatNobodyRestartsAGatewayThatWaitsForIt)
 TEST(HealthVerdict, DoesNotDependOnTheCloud)
 {
     HealthFigures figures = well();
-    figures.cloud.isSignedIn = false;
+    figures.cloud.session = account::SessionState::signedOut;
     figures.cloud.isOnline = false;
 
     EXPECT_TRUE(verdictOn(figures).isHealthy);
@@ -91,7 +91,7 @@ TEST(StatusLine, TellsWhatIsWrong)
     figures.cloud.isOnline = false;
     EXPECT_TRUE(statusLine(figures).endsWith(u"; cloud away"_qs));
 
-    figures.cloud.isSignedIn = false;
+    figures.cloud.session = account::SessionState::signedOut;
     EXPECT_TRUE(statusLine(figures).endsWith(u"; signed out"_qs));
 
     figures.listener.isListening = false;

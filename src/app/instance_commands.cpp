@@ -148,7 +148,7 @@ StatusReport InstanceCommands::report(QList<FailureFigure> failures) const
     report.cloud = cloudReport();
     report.terms = termsReport();
     const bool isSignedIn = m_with.auth.state().isSignedIn();
-    report.session = {isSignedIn, m_with.auth.signedInLabel().value_or(QString())};
+    report.session = {isSignedIn, m_with.auth.signedInLabel().value_or(QString()), m_with.auth.standing()};
     report.setup = {core::isSetupRequired(m_with.settings), m_with.settings.gatewaySetupVersion.get()};
     report.openAssociations = static_cast<int>(m_with.state.openReceiveAssociations());
     report.upload = m_with.uploads.figures();

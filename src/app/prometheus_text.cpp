@@ -149,8 +149,8 @@ void writeUploading(PrometheusWriter &out, const HealthFigures &figures)
               QStringLiteral("The upload speed of late; 0 when nothing was sent for some seconds."),
               cloud.uploadBytesPerSecond);
     out.gauge("quorin_gateway_signed_in",
-              QStringLiteral("1 while there is a session with the cloud."),
-              asNumber(cloud.isSignedIn));
+              QStringLiteral("1 while there is a session with the cloud that it hasn't refused."),
+              asNumber(cloud.session == account::SessionState::signedIn));
     if (cloud.isOnline) {
         out.gauge("quorin_gateway_cloud_up",
                   QStringLiteral("1 when the cloud answered last time."),

@@ -173,13 +173,41 @@ QString cloudText(const QJsonObject &cloud)
     return error.isEmpty() ? text : text + QStringLiteral(": ") + error;
 }
 
+QString localMoment(const QString &isoText)
+{
+    return QDateTime::fromString(isoText, Qt::ISODate)
+        .toLocalTime()
+        .toString(QStringLiteral("yyyy-MM-dd HH:mm"));
+}
+
 QString sessionText(const QJsonObject &session)
 {
+    const QString state = session.value(QStringLiteral("state")).toString();
+    const QString since = localMoment(session.value(QStringLiteral("since")).toString());
+    const QString label = session.value(QStringLiteral("label")).toString();
+    if (state == account::rawValue(account::SessionState::notKnownYet)) {
+        return QStringLiteral("Not known yet");
+    }
+    if (state == account::rawValue(account::SessionState::ended)) {
+        return QStringLiteral("Ended by the cloud on %1; sign in again").arg(since);
+    }
+    if (state == account::rawValue(account::SessionState::credentialsRefused)) {
+        return QStringLiteral("User name or password of %1 refused since %2; tried again by itself")
+            .arg(label, since);
+    }
     if (!session.value(QStringLiteral("signedIn")).toBool()) {
         return QStringLiteral("Signed out");
     }
-    const QString label = session.value(QStringLiteral("label")).toString();
     return label.isEmpty() ? QStringLiteral("Signed in") : QStringLiteral("Signed in as ") + label;
+}
+
+QJsonObject sessionJson(const StatusReport::Session &session)
+{
+    const std::optional<QDateTime> &since = session.standing.since;
+    return {{QStringLiteral("signedIn"), session.isSignedIn},
+            {QStringLiteral("label"), textOrNull(session.label)},
+            {QStringLiteral("state"), QString(account::rawValue(session.standing.state))},
+            {QStringLiteral("since"), textOrNull(since ? since->toUTC().toString(Qt::ISODate) : QString())}};
 }
 
 QString countersText(const QJsonObject &counters)
@@ -216,9 +244,7 @@ QJsonObject toJson(const StatusReport &report)
                      {QStringLiteral("lastRun"), lastRun(report.upload)}}},
         {QStringLiteral("cloud"), cloudJson(report.cloud)},
         {QStringLiteral("terms"), termsJson(report.terms)},
-        {QStringLiteral("session"),
-         QJsonObject{{QStringLiteral("signedIn"), report.session.isSignedIn},
-                     {QStringLiteral("label"), textOrNull(report.session.label)}}},
+        {QStringLiteral("session"), sessionJson(report.session)},
         {QStringLiteral("setup"),
          QJsonObject{{QStringLiteral("required"), report.setup.isRequired},
                      {QStringLiteral("version"), report.setup.version}}},

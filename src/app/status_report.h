@@ -1,5 +1,6 @@
 #pragma once
 
+#include "account/session_standing.h"
 #include "app/failure_figures.h"
 #include "app/upload_run_watcher.h"
 
@@ -69,6 +70,7 @@ struct StatusReport
     {
         bool isSignedIn = false;
         QString label;
+        account::SessionStanding standing;
     } session;
 
     struct Setup

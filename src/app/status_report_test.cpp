@@ -39,6 +39,39 @@ TEST(StatusReport, AlwaysHasTheSameKeys)
     EXPECT_EQ(json[u"terms"].toObject().keys(), (QStringList{u"reason"_qs, u"required"_qs, u"version"_qs}));
 }
 
+TEST(StatusReport, CallsASessionThatTheCloudEndedBySomethingElseThanSignedOut)
+{
+    using account::SessionState;
+    const QDateTime moment(QDate(2026, 5, 1), QTime(13, 0), Qt::UTC);
+    const auto sessionLine = [&](bool isSignedIn, SessionState state, const QString &label) {
+        StatusReport report;
+        report.session = {isSignedIn, label, {state, moment}};
+        const QStringList lines = statusText(toJson(report)).split(u'\n');
+        return lines.filter(u"Session "_qs).value(0).mid(11);
+    };
+    const QString local = moment.toLocalTime().toString(u"yyyy-MM-dd HH:mm"_qs);
+
+    EXPECT_EQ(sessionLine(false, SessionState::notKnownYet, {}), u"Not known yet"_qs);
+    EXPECT_EQ(sessionLine(false, SessionState::signedOut, {}), u"Signed out"_qs);
+    EXPECT_EQ(sessionLine(false, SessionState::ended, {}),
+              u"Ended by the cloud on %1; sign in again"_qs.arg(local));
+    EXPECT_EQ(sessionLine(true, SessionState::credentialsRefused, u"mod1"_qs),
+              u"User name or password of mod1 refused since %1; tried again by itself"_qs.arg(local));
+}
+
+TEST(StatusReport, SaysForProgramsHowTheSessionStandsAndSinceWhen)
+{
+    StatusReport report;
+    report.session = {
+        false, {}, {account::SessionState::ended, QDateTime(QDate(2026, 5, 1), QTime(13, 0), Qt::UTC)}};
+
+    const QJsonObject session = toJson(report)[u"session"].toObject();
+
+    EXPECT_EQ(session.keys(), (QStringList{u"label"_qs, u"signedIn"_qs, u"since"_qs, u"state"_qs}));
+    EXPECT_EQ(session[u"state"].toString(), u"ended"_qs);
+    EXPECT_EQ(session[u"since"].toString(), u"2026-05-01T13:00:00Z"_qs);
+}
+
 TEST(StatusReport, TellsWhatCameAndWentInEachBucketAndInOneLine)
 {
     StatusReport report;
@@ -80,7 +113,7 @@ TEST(StatusReport, ReadsAsAFewLines)
 {
     StatusReport report;
     report.listener = {true, u"GATE"_qs, 1115, u"10.0.0.1:1115"_qs, {}};
-    report.session = {true, u"Radiology"_qs};
+    report.session = {true, u"Radiology"_qs, {account::SessionState::signedIn}};
     report.setup = {false, 1};
 
     const QString text = statusText(toJson(report));

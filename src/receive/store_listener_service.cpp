@@ -16,11 +16,25 @@ using log::GatewayLogAction;
 using log::GatewayLogCategory;
 using log::GatewayLogLevel;
 using log::GatewayLogOutcome;
+using platform::StoreSCPInterruption;
 
 namespace {
 
 const QString kPort = QStringLiteral("port");
 const QString kReason = QStringLiteral("reason");
+
+QString reasonOf(StoreSCPInterruption::Cause cause)
+{
+    switch (cause) {
+    case StoreSCPInterruption::Cause::ended:
+        return QStringLiteral("process_ended");
+    case StoreSCPInterruption::Cause::silent:
+        return QStringLiteral("process_gave_no_sign_of_life");
+    case StoreSCPInterruption::Cause::notStarted:
+        return QStringLiteral("restart_failed");
+    }
+    return {};
+}
 
 log::GatewayLogError logError(const core::StoreError &error)
 {
@@ -56,10 +70,11 @@ void StoreListenerService::startListener()
     if (!mayStart(settings)) {
         return;
     }
-    Run run{{}, nullptr, configFor(settings), {}};
+    Run run{{}, nullptr, configFor(settings), {}, nullptr};
     run.config.incomingPath = resolveIncomingPath();
     run.inbox = run.config.incomingPath.value_or(m_places.defaultIncomingFolder);
     run.scp = m_with.makeStoreSCP();
+    run.former = std::exchange(m_formerListener, nullptr);
     run.id = beginRun();
     m_storeListener = run.scp;
     publishBonjourService(settings);
@@ -172,7 +187,10 @@ void StoreListenerService::perform(const std::weak_ptr<StoreListenerService> &we
             return;
         }
         self->recoverInbox(run.inbox);
-        callbacks = self->callbacksFor(run.id);
+        callbacks = self->callbacksFor(run);
+    }
+    if (run.former) {
+        run.former->awaitFreePort();
     }
     // May keep this thread for the whole run; the service isn't held meanwhile.
     const std::int32_t result = run.scp->start(run.config, std::move(callbacks));
@@ -181,9 +199,10 @@ void StoreListenerService::perform(const std::weak_ptr<StoreListenerService> &we
     }
 }
 
-platform::StoreSCPCallbacks StoreListenerService::callbacksFor(QUuid runId)
+platform::StoreSCPCallbacks StoreListenerService::callbacksFor(const Run &run)
 {
     const auto weak = weak_from_this();
+    const QUuid runId = run.id;
     platform::StoreSCPCallbacks callbacks;
     callbacks.started = [weak, runId](const QString &, const QString &association) {
         if (const auto self = weak.lock()) {
@@ -208,11 +227,31 @@ platform::StoreSCPCallbacks StoreListenerService::callbacksFor(QUuid runId)
     callbacks.shouldAcceptAssoc = [] { return true; };
     callbacks.incomingData = [] {};
     callbacks.isCancelled = [](const QString &) { return false; };
+    callbacks.interrupted = [weak, runId, port = run.config.port](const StoreSCPInterruption &interruption) {
+        if (const auto self = weak.lock()) {
+            self->listeningInterrupted(runId, port, interruption);
+        }
+    };
+    callbacks.resumed = [weak, runId, port = run.config.port] {
+        if (const auto self = weak.lock()) {
+            self->listeningResumed(runId, port);
+        }
+    };
+    callbacks.leftFiles = [weak, inbox = run.inbox] {
+        if (const auto self = weak.lock()) {
+            self->recoverInbox(inbox);
+        }
+    };
+    callbacks.misnamed = [weak, runId](const QString &association) {
+        if (const auto self = weak.lock()) {
+            self->fileMisnamed(runId, association);
+        }
+    };
     return callbacks;
 }
 
-/// Hands over what was acknowledged but not imported before a crash, and what found no storage. Listed before
-/// the receiver starts, so that nothing it delivers can be among it.
+/// Hands over what was acknowledged but not imported before a crash, of the gateway or of the receiver, and
+/// what found no storage. A file that is delivered as well is imported once.
 void StoreListenerService::recoverInbox(const QString &inbox)
 {
     const QStringList left = platform::completeInboxFiles(inbox);
@@ -285,6 +324,7 @@ void StoreListenerService::stopListener()
             }
         }
         m_storeListener->stop();
+        m_formerListener = m_storeListener;
     }
     m_storeListener.reset();
     m_bonjourService.reset();
@@ -294,6 +334,48 @@ void StoreListenerService::stopListener()
                 {{QStringLiteral("had_active_listener"),
                   hadListener ? QStringLiteral("true") : QStringLiteral("false")}});
     m_with.main.post(weak_from_this(), [this] { m_with.state.clearReceiveAssociations(); });
+}
+
+/// The receiver's process is gone though nobody stopped it; it comes again by itself.
+void StoreListenerService::listeningInterrupted(QUuid runId,
+                                                int port,
+                                                const StoreSCPInterruption &interruption)
+{
+    if (wasStopped(runId)) {
+        return;
+    }
+    logListener(GatewayLogAction::listenerStopped,
+                GatewayLogOutcome::failed,
+                {{kPort, QString::number(port)},
+                 {kReason, reasonOf(interruption.cause)},
+                 {QStringLiteral("listener_result"), QString::number(interruption.status)},
+                 {QStringLiteral("restart_in_ms"), QString::number(interruption.pause.count())}},
+                GatewayLogLevel::error,
+                logError(core::StoreError(interruption.message)));
+}
+
+void StoreListenerService::listeningResumed(QUuid runId, int port)
+{
+    if (!wasStopped(runId)) {
+        logListener(GatewayLogAction::listenerStartSucceeded,
+                    GatewayLogOutcome::succeeded,
+                    {{kPort, QString::number(port)}, {kReason, QStringLiteral("after_interruption")}});
+    }
+}
+
+/// The receiver named a file that isn't one of its own; nothing is taken by that name.
+void StoreListenerService::fileMisnamed(QUuid runId, const QString &association)
+{
+    log::StoreLogRecord record;
+    record.level = GatewayLogLevel::error;
+    record.category = GatewayLogCategory::receive;
+    record.action = GatewayLogAction::fileReceivedCallback;
+    record.outcome = GatewayLogOutcome::failed;
+    record.assocHash = log::hashedIdentifier(association);
+    record.details = {{kReason, QStringLiteral("not_a_file_of_the_inbox")}};
+    if (!wasStopped(runId)) {
+        m_with.logEmitter.emit(record);
+    }
 }
 
 void StoreListenerService::associationStarted(QUuid runId, const QString &association)

@@ -72,10 +72,12 @@ public:
     StoreListenerService &operator=(const StoreListenerService &) = delete;
 
     /// Starts the listener, unless it is disabled in its settings or runs already. Returns at once; a failure
-    /// arrives as the notification "QuorinGateway.storeListenerError", and there is no retry.
+    /// arrives as the notification "QuorinGateway.storeListenerError", and there is no retry. A receiver that
+    /// had listened and ended is started again by itself.
     void startListener();
 
-    /// Stops the listener; without one it still tells everybody that none runs.
+    /// Stops the listener; without one it still tells everybody that none runs. Waits for nothing: a start
+    /// that follows waits on a thread of its own until the port is free.
     void stopListener();
 
     /// Takes a complete file that was found in the inbox, unless it is in hand already. Returns at once; any
@@ -98,6 +100,7 @@ private:
         std::shared_ptr<platform::StoreSCP> scp;
         platform::StoreSCPConfig config;
         QString inbox;
+        std::shared_ptr<platform::StoreSCP> former; // the one before it, which may still have the port
     };
 
     // Steps of a start, on main.
@@ -110,12 +113,17 @@ private:
 
     // The run itself, on its own thread.
     static void perform(const std::weak_ptr<StoreListenerService> &weak, const Run &run);
-    platform::StoreSCPCallbacks callbacksFor(QUuid runId);
+    platform::StoreSCPCallbacks callbacksFor(const Run &run);
     void recoverInbox(const QString &inbox);
     void runEnded(const Run &run, std::int32_t result);
     void retireRun(QUuid runId) QUORIN_EXCLUDES(m_listenerRunStateLock);
     bool wasStopped(QUuid runId) QUORIN_EXCLUDES(m_listenerRunStateLock);
     void startFailed(const Run &run);
+
+    // The receiver's own events, on any thread.
+    void listeningInterrupted(QUuid runId, int port, const platform::StoreSCPInterruption &interruption);
+    void listeningResumed(QUuid runId, int port);
+    void fileMisnamed(QUuid runId, const QString &association);
 
     // Association events, on any thread.
     void associationStarted(QUuid runId, const QString &association);
@@ -141,6 +149,7 @@ private:
 
     // Main thread only.
     std::shared_ptr<platform::StoreSCP> m_storeListener;
+    std::shared_ptr<platform::StoreSCP> m_formerListener; // the one stopped last, until the next start
     std::unique_ptr<platform::NetServicePublication> m_bonjourService;
 
     platform::Mutex m_listenerRunStateLock;

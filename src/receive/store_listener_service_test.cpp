@@ -290,6 +290,57 @@ TEST_F(ListenerService, ImportsWhatAnEarlierRunLeftInTheInbox)
     EXPECT_TRUE(ReceiveWorld::filesIn(m_world.inbox()).isEmpty());
 }
 
+TEST_F(ListenerService, TellsOfAnInterruptionInTheLogAndListensOn)
+{
+    m_world.configure([](core::DCMListenerSettings &settings) { settings.port = 11112; });
+    m_world.service->startListener();
+    const auto callbacks = m_world.scps.front()->callbacks();
+
+    callbacks.interrupted({platform::StoreSCPInterruption::Cause::ended,
+                           137,
+                           u"It was ended."_qs,
+                           std::chrono::milliseconds(200)});
+    callbacks.resumed();
+    m_world.settle();
+
+    const auto stopped = last(GatewayLogAction::listenerStopped);
+    EXPECT_EQ(stopped.outcome, GatewayLogOutcome::failed);
+    EXPECT_EQ(stopped.level, log::GatewayLogLevel::error);
+    EXPECT_EQ(detail(stopped, u"reason"_qs), u"process_ended"_qs);
+    EXPECT_EQ(detail(stopped, u"listener_result"_qs), u"137"_qs);
+    EXPECT_EQ(detail(stopped, u"restart_in_ms"_qs), u"200"_qs);
+    EXPECT_EQ(detail(last(GatewayLogAction::listenerStartSucceeded), u"reason"_qs), u"after_interruption"_qs);
+    EXPECT_TRUE(m_world.errors.isEmpty()) << "nothing is told about a port";
+    EXPECT_NE(m_world.service->storeListener(), nullptr);
+}
+
+TEST_F(ListenerService, ImportsWhatAReceiverThatDiedCouldNotTell)
+{
+    m_world.service->startListener();
+    const auto callbacks = m_world.scps.front()->callbacks();
+    m_world.settle();
+    m_world.receivedFile("DICM untold");
+
+    callbacks.leftFiles();
+    m_world.settle();
+
+    EXPECT_TRUE(m_world.imports.holds("DICM untold"));
+    EXPECT_TRUE(ReceiveWorld::filesIn(m_world.inbox()).isEmpty());
+}
+
+TEST_F(ListenerService, SaysWhenTheReceiverNamesAFileThatIsNotItsOwn)
+{
+    m_world.service->startListener();
+
+    m_world.scps.front()->callbacks().misnamed(u"A"_qs);
+    m_world.settle();
+
+    const auto event = last(GatewayLogAction::fileReceivedCallback);
+    EXPECT_EQ(event.outcome, GatewayLogOutcome::failed);
+    EXPECT_EQ(detail(event, u"reason"_qs), u"not_a_file_of_the_inbox"_qs);
+    EXPECT_EQ(m_world.imports.attempts(), 0);
+}
+
 TEST_F(ListenerService, ImportsAFileOnceThatIsFoundAndDelivered)
 {
     const QString path = m_world.receivedFile("DICM twice");

@@ -91,7 +91,8 @@ class Face(FaceTest):
         self.see(dashboard, "READY")
         self.see(dashboard, f"Signed in as {EMAIL}")
         self.picture("ready")
-        self.gateway.await_status("the session", lambda s: s["session"] == {"signedIn": True, "label": EMAIL})
+        self.gateway.await_status("the session", lambda s: s["session"]["state"] == "signedIn"
+                                  and s["session"]["label"] == EMAIL)
 
     def test_who_mistypes_stays_in_the_sheet_and_may_leave_it(self):
         # Given

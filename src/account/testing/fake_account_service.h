@@ -32,6 +32,7 @@ public:
     bool isOffline = false;
     QString offlineWords = QStringLiteral("The cloud can't be reached.");
     std::optional<QString> endedToken; ///< the session that the service has ended
+    bool refusesCredentials = false;   ///< of the session, as an archive does
     bool knowsUser = true;
     std::optional<platform::QrnErrorKind> passwordRefusal; ///< every change of the password is refused so
     platform::QrnCloudLimitResponse limit;
@@ -62,7 +63,11 @@ public:
         const std::optional<QString> token = m_settings.token(); // as the request carries it
         arrive(QStringLiteral("tokenExpiration"));
         if (endedToken && token == endedToken) {
-            throw platform::QrnErrorResponse(platform::QrnErrorKind::sessionInvalid, sessionEnd);
+            throw platform::QrnErrorResponse(platform::QrnErrorKind::sessionInvalid, sessionEnd, 401);
+        }
+        m_settings.setCredentialsRefused(token.value_or(QString()), refusesCredentials);
+        if (refusesCredentials) {
+            throw platform::QrnErrorResponse(platform::QrnErrorKind::credentialsRefused, std::nullopt, 401);
         }
         return {};
     }

@@ -29,7 +29,7 @@ inline MetricsView fullMetrics()
                        .rooms = {{QStringLiteral("inbox"), 2'000'000'000, std::chrono::hours(1)},
                                  {QStringLiteral("store"), 3'000'000'000, std::chrono::hours(2)}}};
     figures.cloud = {.isOnline = true,
-                     .isSignedIn = true,
+                     .session = account::SessionState::signedIn,
                      .areTermsRequired = false,
                      .isUploading = true,
                      .uploadBytesPerSecond = 1'250'000,

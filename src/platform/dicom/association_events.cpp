@@ -1,6 +1,6 @@
 #include "platform/dicom/association_events.h"
 
-#include <QtCore/QFile>
+#include "platform/dicom/inbox_files.h"
 
 #include <utility>
 
@@ -16,16 +16,12 @@ QString textOf(const Record &record, std::string_view field)
     return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
 }
 
-QString pathOf(const Record &record)
-{
-    const std::string_view path = record.text("path");
-    return QFile::decodeName(QByteArray(path.data(), static_cast<qsizetype>(path.size())));
-}
-
 } // namespace
 
-AssociationEvents::AssociationEvents(StoreSCPCallbacks callbacks, dicom_protocol::Channel &channel)
-    : m_callbacks(std::move(callbacks)), m_channel(channel)
+AssociationEvents::AssociationEvents(StoreSCPCallbacks callbacks,
+                                     QString inbox,
+                                     dicom_protocol::Channel &channel)
+    : m_callbacks(std::move(callbacks)), m_inbox(std::move(inbox)), m_channel(channel)
 {
 }
 
@@ -35,7 +31,7 @@ bool AssociationEvents::dispatch(const Record &record)
     if (record.word == "started") {
         onStarted(textOf(record, "peer"), association);
     } else if (record.word == "progress") {
-        onProgress(pathOf(record), association);
+        onProgress(textOf(record, "file"), association);
     } else if (record.word == "complete") {
         if (m_open.remove(association) && m_callbacks.complete) {
             m_callbacks.complete(association);
@@ -43,6 +39,10 @@ bool AssociationEvents::dispatch(const Record &record)
     } else if (record.word == "failed") {
         if (m_open.remove(association) && m_callbacks.failed) {
             m_callbacks.failed(association, textOf(record, "message"));
+        }
+    } else if (record.word == "leftover") {
+        if (m_callbacks.leftFiles) {
+            m_callbacks.leftFiles();
         }
     } else {
         return false;
@@ -61,13 +61,20 @@ void AssociationEvents::onStarted(const QString &peer, const QString &associatio
     }
 }
 
-void AssociationEvents::onProgress(const QString &path, const QString &association)
+void AssociationEvents::onProgress(const QString &file, const QString &association)
 {
+    const std::optional<QString> path = inboxFile(m_inbox, file);
+    if (!path) {
+        if (m_callbacks.misnamed) {
+            m_callbacks.misnamed(association);
+        }
+        return;
+    }
     if (m_callbacks.incomingData) {
         m_callbacks.incomingData();
     }
     if (m_callbacks.progress) {
-        m_callbacks.progress(1.0, QString(), path, association);
+        m_callbacks.progress(1.0, QString(), *path, association);
     }
     if (m_callbacks.isCancelled && m_callbacks.isCancelled(association)) {
         abort(association);
@@ -76,7 +83,7 @@ void AssociationEvents::onProgress(const QString &path, const QString &associati
 
 void AssociationEvents::abort(const QString &association)
 {
-    m_channel.send(Record{"abort", {{"association", association.toStdString()}}});
+    m_channel.trySend(Record{"abort", {{"association", association.toStdString()}}});
 }
 
 void AssociationEvents::failAll(const QString &message)

@@ -15,8 +15,9 @@ namespace gateway::platform {
 class AssociationEvents
 {
 public:
+    /// \param inbox    where the objects lie.
     /// \param channel  takes the requests to end an association; borrowed.
-    AssociationEvents(StoreSCPCallbacks callbacks, dicom_protocol::Channel &channel);
+    AssociationEvents(StoreSCPCallbacks callbacks, QString inbox, dicom_protocol::Channel &channel);
 
     /// Calls what belongs to one record. \return false when the record isn't about an association.
     bool dispatch(const dicom_protocol::Record &record);
@@ -26,10 +27,11 @@ public:
 
 private:
     void onStarted(const QString &peer, const QString &association);
-    void onProgress(const QString &path, const QString &association);
+    void onProgress(const QString &file, const QString &association);
     void abort(const QString &association);
 
     StoreSCPCallbacks m_callbacks;
+    QString m_inbox;
     dicom_protocol::Channel &m_channel;
     QSet<QString> m_open;
 };

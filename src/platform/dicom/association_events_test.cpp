@@ -1,6 +1,8 @@
 #include "platform/dicom/association_events.h"
 
+#include <QtCore/QFile>
 #include <QtCore/QStringList>
+#include <QtCore/QTemporaryDir>
 
 #include <gtest/gtest.h>
 
@@ -24,6 +26,8 @@ public:
         all.progress = [this](double, QString, QString path, QString id) {
             lines << QStringLiteral("progress ") + path + id;
         };
+        all.misnamed = [this](QString id) { lines << QStringLiteral("misnamed ") + id; };
+        all.leftFiles = [this] { lines << QStringLiteral("left files"); };
         all.incomingData = [this] { lines << QStringLiteral("incoming"); };
         return all;
     }
@@ -31,18 +35,38 @@ public:
     QStringList lines;
 };
 
+constexpr char kFile[] = "quorin-00000000000000000000000000000000-1.dcm";
+
+/// An inbox with one object in it.
+class InboxWithObject
+{
+public:
+    InboxWithObject()
+    {
+        QFile file(path());
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+    }
+
+    QString folder() const { return m_folder.path(); }
+    QString path() const { return m_folder.filePath(QString::fromLatin1(kFile)); }
+
+private:
+    QTemporaryDir m_folder;
+};
+
 Record about(const char *word, const char *association)
 {
-    return {word, {{"association", association}, {"peer", "p "}, {"path", "/f "}, {"message", " m"}}};
+    return {word, {{"association", association}, {"peer", "p "}, {"file", kFile}, {"message", " m"}}};
 }
 
 } // namespace
 
 TEST(AssociationEvents, AreCalledInTheOrderOfTheirRecords)
 {
+    const InboxWithObject inbox;
     Recorded recorded;
     Channel channel;
-    AssociationEvents events(recorded.callbacks(), channel);
+    AssociationEvents events(recorded.callbacks(), inbox.folder(), channel);
 
     EXPECT_TRUE(events.dispatch(about("started", "1")));
     EXPECT_TRUE(events.dispatch(about("progress", "1")));
@@ -51,15 +75,16 @@ TEST(AssociationEvents, AreCalledInTheOrderOfTheirRecords)
     EXPECT_EQ(recorded.lines,
               QStringList({QStringLiteral("started p 1"),
                            QStringLiteral("incoming"),
-                           QStringLiteral("progress /f 1"),
+                           QStringLiteral("progress ") + inbox.path() + u'1',
                            QStringLiteral("complete 1")}));
 }
 
 TEST(AssociationEvents, AnAssociationEndsOnce)
 {
+    const InboxWithObject inbox;
     Recorded recorded;
     Channel channel;
-    AssociationEvents events(recorded.callbacks(), channel);
+    AssociationEvents events(recorded.callbacks(), inbox.folder(), channel);
     events.dispatch(about("started", "1"));
 
     events.dispatch(about("complete", "1"));
@@ -71,9 +96,10 @@ TEST(AssociationEvents, AnAssociationEndsOnce)
 
 TEST(AssociationEvents, WhatIsStillOpenAtTheEndFails)
 {
+    const InboxWithObject inbox;
     Recorded recorded;
     Channel channel;
-    AssociationEvents events(recorded.callbacks(), channel);
+    AssociationEvents events(recorded.callbacks(), inbox.folder(), channel);
     events.dispatch(about("started", "1"));
 
     events.failAll(QStringLiteral(" over"));
@@ -83,11 +109,12 @@ TEST(AssociationEvents, WhatIsStillOpenAtTheEndFails)
 
 TEST(AssociationEvents, ARefusedOrCancelledAssociationIsAskedToEnd)
 {
+    const InboxWithObject inbox;
     auto [ours, theirs] = Channel::makePair();
     StoreSCPCallbacks callbacks;
     callbacks.shouldAcceptAssoc = [] { return false; };
     callbacks.isCancelled = [](QString id) { return id == QStringLiteral("2"); };
-    AssociationEvents events(callbacks, ours);
+    AssociationEvents events(callbacks, inbox.folder(), ours);
     Record asked;
 
     events.dispatch(about("started", "1"));
@@ -101,13 +128,42 @@ TEST(AssociationEvents, ARefusedOrCancelledAssociationIsAskedToEnd)
 
 TEST(AssociationEvents, OtherRecordsAreLeftAlone)
 {
+    const InboxWithObject inbox;
     Recorded recorded;
     Channel channel;
-    AssociationEvents events(recorded.callbacks(), channel);
+    AssociationEvents events(recorded.callbacks(), inbox.folder(), channel);
 
     EXPECT_FALSE(events.dispatch(about("listening", "1")));
 
     EXPECT_TRUE(recorded.lines.isEmpty());
+}
+
+TEST(AssociationEvents, AFileThatIsNoObjectOfTheInboxIsNotPassedOn)
+{
+    const InboxWithObject inbox;
+    Recorded recorded;
+    Channel channel;
+    AssociationEvents events(recorded.callbacks(), inbox.folder(), channel);
+
+    for (const char *file :
+         {"/etc/passwd", "../quorin-00000000000000000000000000000000-1.dcm", "", "notes.dcm"}) {
+        EXPECT_TRUE(events.dispatch({"progress", {{"association", "1"}, {"file", file}}}));
+    }
+
+    EXPECT_EQ(recorded.lines.count(QStringLiteral("misnamed 1")), 4);
+    EXPECT_EQ(recorded.lines.size(), 4);
+}
+
+TEST(AssociationEvents, FilesThatNobodyNamedAreToldOf)
+{
+    const InboxWithObject inbox;
+    Recorded recorded;
+    Channel channel;
+    AssociationEvents events(recorded.callbacks(), inbox.folder(), channel);
+
+    EXPECT_TRUE(events.dispatch({"leftover", {}}));
+
+    EXPECT_EQ(recorded.lines, QStringList({QStringLiteral("left files")}));
 }
 
 } // namespace gateway::platform

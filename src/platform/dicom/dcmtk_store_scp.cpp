@@ -1,24 +1,32 @@
 #include "platform/dicom/dcmtk_store_scp.h"
 
-#include "platform/dicom/association_events.h"
-#include "platform/dicom/helper_process.h"
+#include "platform/dicom/restart_pause.h"
 
 #include <QtCore/QFile>
 
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <cstdint>
+#include <list>
 #include <system_error>
 #include <utility>
 
+#include <sys/eventfd.h>
+#include <unistd.h>
+
 namespace gateway::platform {
 
-using dicom_protocol::Channel;
 using dicom_protocol::Record;
+using Cause = StoreSCPInterruption::Cause;
+using SteadyClock = std::chrono::steady_clock;
 
 namespace {
 
 constexpr std::int32_t kFailed = 1;
-constexpr std::chrono::milliseconds kForEver(-1);
+constexpr int kFirstSignalStatus = 129; // 128 plus the number of a signal
 
-Record startRecord(const StoreSCPConfig &config, const StoreSCPEnvironment &environment)
+ListenerProcess::Setup setupFor(const StoreSCPConfig &config, const StoreSCPEnvironment &environment)
 {
     const QString inbox = config.incomingPath.value_or(environment.defaultIncomingPath);
     Record record{
@@ -27,110 +35,236 @@ Record startRecord(const StoreSCPConfig &config, const StoreSCPEnvironment &envi
     record.setNumber("port", config.port);
     record.setNumber("timeout", config.timeout.count());
     record.setNumber("reserve", environment.reserveBytes);
-    return record;
+    return {environment.helperProgram, std::move(record), inbox, environment.patience};
+}
+
+QString endSentence(const ListenerProcess &process)
+{
+    const int status = process.status().value_or(0);
+    if (process.wasSilent()) {
+        return QStringLiteral("The DICOM listener's process gave no sign of life and was ended.");
+    }
+    if (!process.refusal().isEmpty()) {
+        return process.refusal();
+    }
+    return status < kFirstSignalStatus
+               ? QStringLiteral("The DICOM listener's process ended unexpectedly (status %1).").arg(status)
+               : QStringLiteral("The DICOM listener's process was ended by signal %1.").arg(status - 128);
+}
+
+int openEvent()
+{
+    const int descriptor = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    if (descriptor < 0) {
+        throw std::system_error(errno, std::generic_category(), "eventfd");
+    }
+    return descriptor;
 }
 
 } // namespace
 
-DCMTKStoreSCP::DCMTKStoreSCP(StoreSCPEnvironment environment) : m_environment(std::move(environment)) {}
+/// What start() works on; of its thread alone.
+struct DCMTKStoreSCP::Run
+{
+    ListenerProcess::Setup setup;
+    StoreSCPCallbacks callbacks;
+    std::unique_ptr<ListenerProcess> current = nullptr; // the one that listens, or is to
+    std::list<std::unique_ptr<ListenerProcess>> former =
+        {}; // their associations may still finish their object
+    RestartPause pause = {};
+    std::optional<SteadyClock::time_point> startAgainAt = std::nullopt;
+    bool hasListened = false;
+    bool isInterrupted = false;
+    bool stopSent = false;
+    std::int32_t result = 0;
+
+    bool isOver() const { return !current && !startAgainAt && former.empty(); }
+};
+
+DCMTKStoreSCP::DCMTKStoreSCP(StoreSCPEnvironment environment)
+    : m_environment(std::move(environment)), m_wake(openEvent())
+{
+}
+
+DCMTKStoreSCP::~DCMTKStoreSCP()
+{
+    ::close(m_wake);
+}
 
 std::int32_t DCMTKStoreSCP::start(const StoreSCPConfig &config, StoreSCPCallbacks callbacks)
 {
-    std::shared_ptr<HelperProcess> process;
-    try {
-        process = std::make_shared<HelperProcess>(m_environment.helperProgram, QStringLiteral("scp"));
-    } catch (const std::system_error &error) {
-        return refuse(QStringLiteral("The DICOM listener can't be started: %1.")
-                          .arg(QString::fromLocal8Bit(error.what())));
+    Run run{.setup = setupFor(config, m_environment), .callbacks = std::move(callbacks)};
+    if (begin()) {
+        launch(run);
+        publish(run);
     }
-    {
-        const MutexLock lock(m_mutex);
-        if (m_stopRequested) {
-            m_isOver = true;
-            m_changed.notifyAll();
-            return 0;
-        }
-        m_process = process;
-        m_startThread = std::this_thread::get_id();
+    while (!run.isOver()) {
+        waitForNews(run);
+        attend(run);
+        publish(run);
     }
-    process->channel().send(startRecord(config, m_environment));
-    return listen(process, std::move(callbacks));
+    return finish(run);
 }
 
-std::int32_t DCMTKStoreSCP::refuse(const QString &message)
+/// False when a stop came first.
+bool DCMTKStoreSCP::begin()
+{
+    const MutexLock lock(m_mutex);
+    m_mayHoldPort = !m_stopRequested;
+    return m_mayHoldPort;
+}
+
+void DCMTKStoreSCP::launch(Run &run)
+{
+    run.startAgainAt.reset();
+    try {
+        run.current = std::make_unique<ListenerProcess>(run.setup, run.callbacks);
+    } catch (const std::system_error &error) {
+        const QString message = QStringLiteral("The DICOM listener can't be started: %1.")
+                                    .arg(QString::fromLocal8Bit(error.what()));
+        setMessage(message);
+        run.result = kFailed;
+        if (run.hasListened) {
+            interrupt(run, Cause::notStarted, 0, message);
+        }
+    }
+}
+
+void DCMTKStoreSCP::waitForNews(const Run &run) const
+{
+    // Once the stop is known, its descriptor would only keep poll from waiting.
+    std::vector<pollfd> entries{{run.stopSent ? -1 : m_wake, POLLIN, 0}};
+    auto next = run.startAgainAt.value_or(SteadyClock::time_point::max());
+    const auto add = [&](const ListenerProcess &process) {
+        process.addDescriptors(entries);
+        next = std::min(next, process.deadline());
+    };
+    if (run.current) {
+        add(*run.current);
+    }
+    for (const auto &process : run.former) {
+        add(*process);
+    }
+    int span = -1;
+    if (next != SteadyClock::time_point::max()) {
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(next - SteadyClock::now());
+        span = static_cast<int>(std::clamp<std::int64_t>(left.count(), 0, INT_MAX));
+    }
+    ::poll(entries.data(), entries.size(), span);
+}
+
+void DCMTKStoreSCP::attend(Run &run)
+{
+    if (!run.stopSent && stopRequested()) {
+        run.stopSent = true;
+        run.startAgainAt.reset();
+        if (run.current) {
+            run.current->requestStop();
+        }
+    }
+    if (run.current) {
+        run.current->attend();
+        if (run.current->port() && (!run.hasListened || run.isInterrupted)) {
+            onListening(run);
+        }
+        if (run.current->status()) {
+            onEnd(run);
+        }
+    } else if (run.startAgainAt && SteadyClock::now() >= *run.startAgainAt) {
+        launch(run);
+    }
+    // After the one that may just have joined them, whose associations may be over already.
+    for (const auto &process : run.former) {
+        process->attend();
+        if (process->isOver() && process->listened().count() > 0 && run.callbacks.leftFiles) {
+            run.callbacks.leftFiles();
+        }
+    }
+    run.former.remove_if([](const auto &process) { return process->isOver(); });
+}
+
+void DCMTKStoreSCP::onListening(Run &run)
+{
+    run.hasListened = true;
+    setMessage({});
+    if (std::exchange(run.isInterrupted, false) && run.callbacks.resumed) {
+        run.callbacks.resumed();
+    }
+}
+
+/// The process that listened, or should have, has ended.
+void DCMTKStoreSCP::onEnd(Run &run)
+{
+    ListenerProcess &ended = *run.former.emplace_back(std::move(run.current));
+    const int status = *ended.status();
+    run.result = status == 0 ? kFailed : status;
+    if (run.stopSent) {
+        return;
+    }
+    const QString message = endSentence(ended);
+    setMessage(message);
+    if (run.hasListened) {
+        const Cause ending = ended.wasSilent() ? Cause::silent : Cause::ended;
+        interrupt(run, ended.listened().count() > 0 ? ending : Cause::notStarted, status, message);
+    }
+}
+
+void DCMTKStoreSCP::interrupt(Run &run, Cause cause, int status, const QString &message)
+{
+    const auto listened = cause == Cause::notStarted || run.former.empty() ? std::chrono::milliseconds(0)
+                                                                           : run.former.back()->listened();
+    const std::chrono::milliseconds pause = run.pause.next(listened);
+    run.isInterrupted = true;
+    run.startAgainAt = SteadyClock::now() + pause;
+    if (run.callbacks.interrupted) {
+        run.callbacks.interrupted({cause, status, message, pause});
+    }
+}
+
+/// Makes known to other threads how things stand.
+void DCMTKStoreSCP::publish(const Run &run)
+{
+    const std::optional<int> port = run.current ? run.current->port() : std::nullopt;
+    const MutexLock lock(m_mutex);
+    m_port = port;
+    m_processId = run.current ? std::optional(run.current->processId()) : std::nullopt;
+    m_mayHoldPort = run.startAgainAt || (run.current && !run.current->hasUnbound());
+    m_changed.notifyAll();
+}
+
+void DCMTKStoreSCP::setMessage(const QString &message)
 {
     const MutexLock lock(m_mutex);
     m_message = message;
-    m_isOver = true;
-    m_changed.notifyAll();
-    return kFailed;
 }
 
-/// Passes on what the process tells until it has ended.
-std::int32_t DCMTKStoreSCP::listen(const std::shared_ptr<HelperProcess> &process, StoreSCPCallbacks callbacks)
-{
-    AssociationEvents events(std::move(callbacks), process->channel());
-    Record record;
-    Channel::Receipt receipt = Channel::Receipt::record;
-    while ((receipt = process->channel().receive(record)) == Channel::Receipt::record) {
-        if (!events.dispatch(record)) {
-            onStandingChanged(record);
-        }
-    }
-    if (receipt == Channel::Receipt::broken) {
-        process->kill();
-    }
-    const int status = process->wait(kForEver).value_or(kFailed);
-    events.failAll(QStringLiteral("The DICOM listener ended before the association."));
-    return finish(status);
-}
-
-/// The listener itself, not one of its associations, has something to tell.
-void DCMTKStoreSCP::onStandingChanged(const Record &record)
+std::int32_t DCMTKStoreSCP::finish(const Run &run)
 {
     const MutexLock lock(m_mutex);
-    if (record.word == "listening") {
-        m_port = static_cast<int>(record.number("port", 0));
-        m_changed.notifyAll();
-    } else if (record.word == "refused") {
-        m_message = QString::fromStdString(std::string(record.text("message")));
-    } else if (record.word == "unbound") {
-        m_port.reset();
-        m_process.reset();
-        m_changed.notifyAll();
-    }
+    m_isOver = true;
+    m_mayHoldPort = false;
+    m_changed.notifyAll();
+    return m_stopRequested ? 0 : run.result;
 }
 
-std::int32_t DCMTKStoreSCP::finish(int status)
+bool DCMTKStoreSCP::stopRequested() const
 {
     const MutexLock lock(m_mutex);
-    m_port.reset();
-    m_process.reset();
-    m_isOver = true;
-    m_changed.notifyAll();
-    if (status == 0 && m_stopRequested) {
-        return 0;
-    }
-    if (m_message.isEmpty()) {
-        m_message = QStringLiteral("The DICOM listener ended unexpectedly (status %1).").arg(status);
-    }
-    return status == 0 ? kFailed : status;
+    return m_stopRequested;
 }
 
 void DCMTKStoreSCP::stop()
 {
-    std::shared_ptr<HelperProcess> process;
-    {
-        const MutexLock lock(m_mutex);
-        m_stopRequested = true;
-        process = m_process;
-    }
-    if (!process) {
-        return;
-    }
-    process->channel().send(Record{"stop", {}});
     const MutexLock lock(m_mutex);
-    while (m_process && m_startThread != std::this_thread::get_id()) {
+    m_stopRequested = true;
+    const std::uint64_t one = 1;
+    [[maybe_unused]] const ssize_t written = ::write(m_wake, &one, sizeof(one));
+}
+
+void DCMTKStoreSCP::awaitFreePort()
+{
+    const MutexLock lock(m_mutex);
+    while (m_mayHoldPort) {
         m_changed.wait(m_mutex);
     }
 }
@@ -153,7 +287,7 @@ std::optional<int> DCMTKStoreSCP::boundPort() const
 std::optional<pid_t> DCMTKStoreSCP::processId() const
 {
     const MutexLock lock(m_mutex);
-    return m_process ? std::optional(m_process->processId()) : std::nullopt;
+    return m_processId;
 }
 
 QString DCMTKStoreSCP::lastMessage() const

@@ -1,17 +1,14 @@
 #pragma once
 
 #include "platform/concurrency/mutex.h"
+#include "platform/dicom/listener_process.h"
 #include "platform/dicom/store_scp.h"
-#include "platform/dicom_protocol/record.h"
 
 #include <memory>
-#include <thread>
 
 #include <sys/types.h>
 
 namespace gateway::platform {
-
-class HelperProcess;
 
 /// Free space below which the SCP refuses objects (A700): room for the index and the logs, and for what is
 /// under way.
@@ -23,41 +20,58 @@ struct StoreSCPEnvironment
     QString helperProgram;       // see helperProgramPath()
     QString defaultIncomingPath; // used where the configuration has none
     qint64 reserveBytes = kFreeSpaceReserveBytes;
+    ListenerPatience patience = {};
 };
 
-/// The storage SCP as a `quorin-dicom scp` process of its own.
+/// The storage SCP as a `quorin-dicom scp` process of its own, started again where it ends by itself.
 ///
-/// Callbacks must not wait for a thread that may be in stop(). Owner and threads: as StoreSCP says.
+/// Owner and threads: as StoreSCP says; callbacks may call all of it but start() and awaitFreePort().
 class DCMTKStoreSCP : public StoreSCP
 {
 public:
+    /// \throws std::system_error when the process has no descriptor left.
     explicit DCMTKStoreSCP(StoreSCPEnvironment environment);
+    ~DCMTKStoreSCP() override;
+
+    DCMTKStoreSCP(const DCMTKStoreSCP &) = delete;
+    DCMTKStoreSCP &operator=(const DCMTKStoreSCP &) = delete;
 
     std::int32_t start(const StoreSCPConfig &config, StoreSCPCallbacks callbacks) override;
     void stop() override;
+    void awaitFreePort() override;
     std::optional<int> boundPort() const override;
     QString lastMessage() const override;
 
     /// Waits until start(), on another thread, listens or is over. \return the bound port; nothing when over.
     std::optional<int> awaitPort();
 
-    /// The process that listens; nothing before and after. Any thread.
+    /// The process that listens or is about to; nothing before and after. Any thread.
     std::optional<pid_t> processId() const;
 
 private:
-    std::int32_t refuse(const QString &message);
-    std::int32_t listen(const std::shared_ptr<HelperProcess> &process, StoreSCPCallbacks callbacks);
-    void onStandingChanged(const dicom_protocol::Record &record);
-    std::int32_t finish(int status);
+    struct Run;
+
+    bool begin();
+    void launch(Run &run);
+    void waitForNews(const Run &run) const;
+    void attend(Run &run);
+    void onListening(Run &run);
+    void onEnd(Run &run);
+    void interrupt(Run &run, StoreSCPInterruption::Cause cause, int status, const QString &message);
+    void publish(const Run &run);
+    void setMessage(const QString &message);
+    std::int32_t finish(const Run &run);
+    bool stopRequested() const;
 
     const StoreSCPEnvironment m_environment;
+    const int m_wake; // an eventfd: readable once a stop is requested
 
     mutable Mutex m_mutex;
     Condition m_changed;
     bool m_isOver QUORIN_GUARDED_BY(m_mutex) = false;
     bool m_stopRequested QUORIN_GUARDED_BY(m_mutex) = false;
-    std::shared_ptr<HelperProcess> m_process QUORIN_GUARDED_BY(m_mutex); // while the port may be bound
-    std::thread::id m_startThread QUORIN_GUARDED_BY(m_mutex);
+    bool m_mayHoldPort QUORIN_GUARDED_BY(m_mutex) = false;
+    std::optional<pid_t> m_processId QUORIN_GUARDED_BY(m_mutex);
     std::optional<int> m_port QUORIN_GUARDED_BY(m_mutex);
     QString m_message QUORIN_GUARDED_BY(m_mutex);
 };

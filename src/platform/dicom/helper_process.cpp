@@ -121,6 +121,11 @@ void HelperProcess::kill()
     }
 }
 
+void HelperProcess::killGroup()
+{
+    ::kill(-m_process, SIGKILL);
+}
+
 std::optional<int> HelperProcess::wait(std::chrono::milliseconds timeout)
 {
     using SteadyClock = std::chrono::steady_clock;

@@ -36,10 +36,18 @@ public:
     ~HelperProcess();
 
     dicom_protocol::Channel &channel() { return m_channel; }
+    const dicom_protocol::Channel &channel() const { return m_channel; }
     pid_t processId() const { return m_process; }
+
+    /// A descriptor that is readable from the end of the process on.
+    int processDescriptor() const { return m_processDescriptor; }
 
     /// Sends SIGKILL; does nothing when the process has been waited for.
     void kill();
+
+    /// Sends SIGKILL to the process and to all that it started. Call it only while one of them is known to
+    /// live.
+    void killGroup();
 
     /// Waits until the process has ended, at most `timeout` (a negative one: for ever), and reaps it.
     ///

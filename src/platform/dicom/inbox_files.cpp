@@ -5,20 +5,38 @@
 
 namespace gateway::platform {
 
+namespace {
+
+/// The name that the listener gives: 128 bits of chance for the association, the object's number in it.
+bool isListenersName(const QString &name)
+{
+    static const QRegularExpression kName(QStringLiteral("\\Aquorin-[0-9a-f]{32}-[0-9]+\\.dcm\\z"));
+    return kName.match(name).hasMatch();
+}
+
+} // namespace
+
 QStringList completeInboxFiles(const QString &folder)
 {
-    // The name that the listener gives: 128 bits of chance for the association, the object's number in it.
-    static const QRegularExpression kName(QStringLiteral("\\Aquorin-[0-9a-f]{32}-[0-9]+\\.dcm\\z"));
     const QDir inbox(folder);
     const QFileInfoList entries = inbox.entryInfoList(
         {QStringLiteral("quorin-*.dcm")}, QDir::Files | QDir::NoSymLinks, QDir::Time | QDir::Reversed);
     QStringList paths;
     for (const QFileInfo &entry : entries) {
-        if (kName.match(entry.fileName()).hasMatch()) {
+        if (isListenersName(entry.fileName())) {
             paths.append(entry.absoluteFilePath());
         }
     }
     return paths;
+}
+
+std::optional<QString> inboxFile(const QString &folder, const QString &name)
+{
+    if (!isListenersName(name)) {
+        return std::nullopt;
+    }
+    const QFileInfo file(QDir(folder), name);
+    return file.isFile() && !file.isSymLink() ? std::optional(file.absoluteFilePath()) : std::nullopt;
 }
 
 } // namespace gateway::platform

@@ -3,6 +3,8 @@
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 
+#include <optional>
+
 namespace gateway::platform {
 
 /// The paths of the complete objects that a storage SCP left in its inbox: acknowledged, durable, and not
@@ -10,5 +12,11 @@ namespace gateway::platform {
 ///
 /// Files that others put into the folder aren't among them, nor what is unfinished. Any thread.
 QStringList completeInboxFiles(const QString &folder);
+
+/// The path, as completeInboxFiles() tells it, of the file that a helper says has this name in its inbox.
+///
+/// Nothing when the name isn't one that the listener gives, or names no file: a helper is believed no more
+/// than that. A link isn't a file. Any thread.
+std::optional<QString> inboxFile(const QString &folder, const QString &name);
 
 } // namespace gateway::platform

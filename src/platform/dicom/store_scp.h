@@ -24,6 +24,22 @@ struct StoreSCPConfig
     QString bindAddress;                 // empty for all addresses
 };
 
+/// Why a storage SCP that had listened does not at this moment, though nobody stopped it.
+struct StoreSCPInterruption
+{
+    enum class Cause
+    {
+        ended,     ///< its process ended or was ended by somebody else
+        silent,    ///< its process gave no sign of life and was killed
+        notStarted ///< a further try to listen failed
+    };
+
+    Cause cause = Cause::ended;
+    int status = 0;                  // of the process: its exit status, or 128 and the signal; 0 without one
+    QString message;                 // a sentence for people
+    std::chrono::milliseconds pause; // until it is started again
+};
+
 /// What a storage SCP tells and asks. Called one at a time on the thread that called start(); an empty one is
 /// left out.
 struct StoreSCPCallbacks
@@ -43,6 +59,15 @@ struct StoreSCPCallbacks
     std::function<void()> incomingData;
     /// Asked after each `progress`; true ends the association with this identifier.
     std::function<bool(QString)> isCancelled;
+    /// The listening was interrupted; it goes on by itself after the pause.
+    std::function<void(StoreSCPInterruption)> interrupted;
+    /// The listening goes on after an interruption.
+    std::function<void()> resumed;
+    /// Complete objects that no `progress` named may lie in the inbox: a process ended before it could tell.
+    std::function<void()> leftFiles;
+    /// A helper named something that is no object in the inbox, for the association with this identifier; it
+    /// was not taken.
+    std::function<void(QString)> misnamed;
 };
 
 /// The network door of the gateway: takes DICOM associations and keeps what they store.
@@ -55,18 +80,25 @@ public:
 
     /// Listens until stop(); blocks for the whole run. Any thread but the main one; once an object.
     ///
-    /// \return 0 when it was stopped, else non-zero: it could not listen, or ended by itself; lastMessage()
-    /// says why.
+    /// Once it has listened, an end of its process only interrupts it: it is started again until stop().
+    ///
+    /// \return 0 when it was stopped, else non-zero: it could not listen; lastMessage() says why.
     virtual std::int32_t start(const StoreSCPConfig &config, StoreSCPCallbacks callbacks) = 0;
 
-    /// Ends the listening: returns when the port is free again, while start() may still be waiting for
-    /// the last associations to finish their object. Before start() it makes that return at once. Any thread.
+    /// Asks for the end of the listening and returns at once. The port is free soon after, while start() may
+    /// still be waiting for the last associations to finish their object. Before start() it makes that return
+    /// at once. Any thread.
     virtual void stop() = 0;
+
+    /// After a stop(): waits until the port is free again, for some seconds at most, since a process that
+    /// doesn't let go of it is killed. Any thread but the main one and the one in start().
+    virtual void awaitFreePort() = 0;
 
     /// The port that is listened on; nothing before and after. Any thread.
     virtual std::optional<int> boundPort() const = 0;
 
-    /// A sentence for people that says why start() returned non-zero; else empty. Any thread.
+    /// A sentence for people that says why start() returned non-zero, or why the listening is interrupted at
+    /// this moment; else empty. Any thread.
     virtual QString lastMessage() const = 0;
 };
 

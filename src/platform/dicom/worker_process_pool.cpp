@@ -1,9 +1,13 @@
 #include "platform/dicom/worker_process_pool.h"
 
 #include <algorithm>
-#include <stdexcept>
+#include <cerrno>
+#include <cstdint>
 #include <system_error>
 #include <utility>
+
+#include <sys/eventfd.h>
+#include <unistd.h>
 
 namespace gateway::platform {
 
@@ -19,26 +23,48 @@ bool hasEnded(HelperProcess &process)
     return process.channel().receive(nothing, std::chrono::milliseconds(0)) != Channel::Receipt::timeout;
 }
 
+bool isReadable(int descriptor)
+{
+    pollfd entry{descriptor, POLLIN, 0};
+    return ::poll(&entry, 1, 0) > 0;
+}
+
+int openEvent()
+{
+    const int descriptor = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    if (descriptor < 0) {
+        throw std::system_error(errno, std::generic_category(), "eventfd");
+    }
+    return descriptor;
+}
+
 } // namespace
 
 WorkerProcessPool::WorkerProcessPool(int width, QString program, int jobsPerProcess)
     : m_width(std::max(width, 1)), m_program(std::move(program)), m_jobsPerProcess(jobsPerProcess),
+      m_wake(openEvent()), m_reaper("workerReaper", [this](const std::stop_token &stop) { reapEnded(stop); }),
       m_starter(QStringLiteral("dicomWorkers.queue"))
 {
 }
 
-WorkerProcessPool::~WorkerProcessPool() = default;
+WorkerProcessPool::~WorkerProcessPool()
+{
+    m_reaper.cancel();
+    wakeReaper();
+    m_reaper.join();
+    ::close(m_wake);
+}
 
 WorkerProcessPool::Result WorkerProcessPool::run(const Record &job, std::chrono::milliseconds timeout)
 {
     Worker &worker = acquire();
     if (worker.process && hasEnded(*worker.process)) {
-        worker.process.reset();
+        retire(worker);
     }
     Result result = runOn(worker, job, timeout);
     // A worker that had been idle for long may have ended just before it saw the job.
     if (result.outcome == Outcome::died && worker.jobs > 0 && worker.process->wait(timeout) == 0) {
-        worker.process.reset();
+        retire(worker);
         result = runOn(worker, job, timeout);
     }
     release(worker, result.outcome == Outcome::answered && worker.jobs < m_jobsPerProcess);
@@ -77,15 +103,15 @@ WorkerProcessPool::Worker &WorkerProcessPool::acquire()
 
 void WorkerProcessPool::release(Worker &worker, bool reusable)
 {
-    if (!reusable) {
-        worker.process.reset();
+    std::unique_ptr<HelperProcess> gone; // waited for without the lock
+    {
+        const MutexLock lock(m_mutex);
+        if (!reusable || worker.descriptor < 0) {
+            gone = take(worker);
+        }
+        worker.busy = false;
+        m_freed.notifyOne();
     }
-    const MutexLock lock(m_mutex);
-    if (!reusable) {
-        worker.pid = -1;
-    }
-    worker.busy = false;
-    m_freed.notifyOne();
 }
 
 bool WorkerProcessPool::start(Worker &worker)
@@ -100,7 +126,78 @@ bool WorkerProcessPool::start(Worker &worker)
     worker.jobs = 0;
     const MutexLock lock(m_mutex);
     worker.pid = worker.process->processId();
+    worker.descriptor = worker.process->processDescriptor();
+    wakeReaper();
     return true;
+}
+
+void WorkerProcessPool::wakeReaper() const
+{
+    const std::uint64_t one = 1;
+    [[maybe_unused]] const ssize_t written = ::write(m_wake, &one, sizeof(one));
+}
+
+/// Waits for the end of any process; one that had nothing to do is reaped here, the others by their caller.
+void WorkerProcessPool::reapEnded(const std::stop_token &stop)
+{
+    while (!stop.stop_requested()) {
+        std::vector<pollfd> entries = endings();
+        ::poll(entries.data(), entries.size(), -1);
+        std::uint64_t wakes = 0;
+        [[maybe_unused]] const ssize_t taken = ::read(m_wake, &wakes, sizeof(wakes));
+        for (const pollfd &entry : entries) {
+            if (entry.fd != m_wake && entry.revents != 0) {
+                noteEnding(entry.fd).reset();
+            }
+        }
+    }
+}
+
+std::vector<pollfd> WorkerProcessPool::endings() const
+{
+    std::vector<pollfd> entries{{m_wake, POLLIN, 0}};
+    const MutexLock lock(m_mutex);
+    for (const auto &worker : m_workers) {
+        if (worker->descriptor >= 0) {
+            entries.push_back({worker->descriptor, POLLIN, 0});
+        }
+    }
+    return entries;
+}
+
+/// \return an idle process that has ended, for the caller to let go of; a busy one is its caller's.
+std::unique_ptr<HelperProcess> WorkerProcessPool::noteEnding(int descriptor)
+{
+    const MutexLock lock(m_mutex);
+    const auto found =
+        std::ranges::find_if(m_workers, [&](const auto &w) { return w->descriptor == descriptor; });
+    // Another process may have got the number meanwhile; it is the present one that counts.
+    if (found == m_workers.end() || !isReadable(descriptor)) {
+        return nullptr;
+    }
+    if ((*found)->busy) {
+        (*found)->descriptor = -1;
+        return nullptr;
+    }
+    return take(**found);
+}
+
+/// The worker's process, of which nobody else knows any more.
+std::unique_ptr<HelperProcess> WorkerProcessPool::take(Worker &worker)
+{
+    worker.pid = -1;
+    worker.descriptor = -1;
+    return std::move(worker.process);
+}
+
+/// Lets a worker's process go, by whoever has the worker.
+void WorkerProcessPool::retire(Worker &worker)
+{
+    std::unique_ptr<HelperProcess> process;
+    {
+        const MutexLock lock(m_mutex);
+        process = take(worker);
+    }
 }
 
 WorkerProcessPool::Result

@@ -116,6 +116,33 @@ TEST(WorkerProcessPool, AnIdleProcessThatEndedIsNoFailure)
     }
 }
 
+TEST(WorkerProcessPool, AnIdleProcessThatEndedIsReapedAtOnce)
+{
+    WorkerProcessPool pool(1, scriptedWorker());
+    const pid_t pid = std::stoi(pidOf(pool.run(job("answer and leave"), kForEver)));
+
+    while (::kill(pid, 0) == 0) { // a process that nobody reaped is there for ever
+        std::this_thread::yield();
+    }
+
+    EXPECT_EQ(errno, ESRCH);
+    EXPECT_TRUE(pool.processIds().empty());
+}
+
+TEST(WorkerProcessPool, AnIdleProcessThatIsKilledIsReapedAndReplaced)
+{
+    WorkerProcessPool pool(2, scriptedWorker());
+    const pid_t pid = std::stoi(pidOf(pool.run(job("work"), kForEver)));
+
+    ::kill(pid, SIGKILL);
+    while (!pool.processIds().empty()) {
+        std::this_thread::yield();
+    }
+
+    EXPECT_EQ(::kill(pid, 0), -1);
+    EXPECT_EQ(pool.run(job("work"), kForEver).outcome, Outcome::answered);
+}
+
 TEST(WorkerProcessPool, AProcessThatEndsForIdlenessJustAsAJobComesIsNoFailure)
 {
     WorkerProcessPool pool(1, scriptedWorker());

@@ -78,9 +78,19 @@ void Channel::shutdown()
 
 bool Channel::send(const Record &record)
 {
+    return send(record, 0);
+}
+
+bool Channel::trySend(const Record &record)
+{
+    return send(record, MSG_DONTWAIT);
+}
+
+bool Channel::send(const Record &record, int flags)
+{
     const std::string bytes = encode(record);
     for (;;) {
-        const ssize_t sent = ::send(m_descriptor, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+        const ssize_t sent = ::send(m_descriptor, bytes.data(), bytes.size(), MSG_NOSIGNAL | flags);
         if (sent >= 0) {
             return true;
         }

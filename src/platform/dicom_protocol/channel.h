@@ -44,10 +44,18 @@ public:
     /// \return false when the other end is gone. \throws std::length_error as encode() does.
     bool send(const Record &record);
 
+    /// Sends one record unless that would have to wait.
+    ///
+    /// \return false when it wasn't sent: the other end is gone or far behind.
+    /// \throws std::length_error as encode() does.
+    bool trySend(const Record &record);
+
     /// Waits for one record; a negative `timeout` waits for ever.
     Receipt receive(Record &record, std::chrono::milliseconds timeout = std::chrono::milliseconds(-1));
 
 private:
+    bool send(const Record &record, int flags);
+
     int m_descriptor = -1;
 };
 

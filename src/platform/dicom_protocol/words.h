@@ -12,13 +12,18 @@ inline constexpr int kChannelDescriptor = 3;
 //   start    port, bind (address, empty for all), timeout (seconds, idle association),
 //            inbox (folder), reserve (bytes kept free)
 //   abort    association; it may finish its object under way
+//   ping     answered by `pong`: a sign of life; not while it stops
 //   stop
 // From the scp:
 //   listening  port (the bound one)
 //   refused    message; the scp then ends with a non-zero status
+//   pong
+//   leftover   an association's process ended before it could tell everything: the inbox may hold complete
+//   files
+//              that no `progress` named
 //   unbound    after a stop: the port is free again; associations may still finish their object
 //   started    peer, association
-//   progress   association, path (a complete, durable file in the inbox)
+//   progress   association, file (the name of a complete, durable file in the inbox)
 //   complete   association
 //   failed     association, message
 // The last four may come from any of the association's processes, in order for one association.

@@ -50,12 +50,13 @@ std::optional<QString> wordsOf(const QVariantMap &problem)
     return std::nullopt;
 }
 
-/// The kind of a problem that doesn't name one, after its status.
+/// The kind of a problem that doesn't name one, after its status. Never sessionInvalid: that is for the
+/// service itself to say.
 QrnErrorKind kindOfStatus(int status)
 {
     switch (status) {
     case 401:
-        return QrnErrorKind::sessionInvalid;
+        return QrnErrorKind::credentialsRefused;
     case 404:
         return QrnErrorKind::notFound;
     case 429:
@@ -71,7 +72,9 @@ QrnErrorKind kindOf(const QVariantMap &problem, int status)
 {
     const QVariant kind = problem.value(QStringLiteral("kind"));
     const qlonglong number = kind.toLongLong();
-    const bool isKind = kind.typeId() == QMetaType::LongLong && number >= 0 && number <= kLargestKind;
+    // A session ends by 401 alone: a service that is being restarted may say anything beside its 503.
+    const bool isKind = kind.typeId() == QMetaType::LongLong && number <= kLargestKind &&
+                        (number > 0 || (number == 0 && status == 401));
     return isKind ? static_cast<QrnErrorKind>(number) : kindOfStatus(status);
 }
 

@@ -45,9 +45,7 @@ void checkArchiveSession(QuorinApiClient &client)
 {
     const HttpResponse response = queryOneStudy(client, std::nullopt);
     if (response.status == 401) {
-        throw QrnErrorResponse(QrnErrorKind::sessionInvalid,
-                               QStringLiteral("The archive no longer accepts the user name and password. "
-                                              "Please sign in again."));
+        throw QrnErrorResponse(QrnErrorKind::credentialsRefused, std::nullopt, response.status);
     }
     if (!response.isSuccess()) {
         throwAnswerError(response);

@@ -27,7 +27,7 @@ int askArchive(QuorinApiClient &client, const std::optional<QString> &token = st
 
 /// Makes sure that the archive takes the session's pair.
 ///
-/// \throws QrnErrorResponse  of kind sessionInvalid when it doesn't any more.
+/// \throws QrnErrorResponse  of kind credentialsRefused when it doesn't.
 /// \throws AFError           for any other answer than a good one, and for none.
 void checkArchiveSession(QuorinApiClient &client);
 

@@ -13,6 +13,7 @@ namespace {
 
 const auto kTokenMember = QStringLiteral("token");
 const auto kUserIdMember = QStringLiteral("userId");
+const auto kEndedAtMember = QStringLiteral("endedAt");
 
 } // namespace
 
@@ -33,8 +34,39 @@ void NetworkSettings::setToken(std::optional<QString> token)
     {
         const MutexLock lock(m_mutex);
         m_session.token = std::move(token);
+        m_session.endedAt.reset();
+        m_session.areRefused = false;
     }
     m_queue.async([this] { store(); });
+}
+
+void NetworkSettings::endSession(const QDateTime &when)
+{
+    {
+        const MutexLock lock(m_mutex);
+        m_session = {std::nullopt, std::nullopt, when, false};
+    }
+    m_queue.async([this] { store(); });
+}
+
+std::optional<QDateTime> NetworkSettings::endedAt() const
+{
+    const MutexLock lock(m_mutex);
+    return m_session.endedAt;
+}
+
+void NetworkSettings::setCredentialsRefused(const QString &token, bool areRefused)
+{
+    const MutexLock lock(m_mutex);
+    if (m_session.token == token) {
+        m_session.areRefused = areRefused;
+    }
+}
+
+bool NetworkSettings::areCredentialsRefused() const
+{
+    const MutexLock lock(m_mutex);
+    return m_session.areRefused;
 }
 
 std::optional<qint64> NetworkSettings::userId() const
@@ -68,6 +100,11 @@ void NetworkSettings::load()
     if (record.value(kUserIdMember).isDouble()) {
         m_session.userId = record.value(kUserIdMember).toInteger();
     }
+    const QDateTime endedAt =
+        QDateTime::fromString(record.value(kEndedAtMember).toString(), Qt::ISODateWithMs);
+    if (endedAt.isValid()) {
+        m_session.endedAt = endedAt.toUTC();
+    }
 }
 
 void NetworkSettings::store()
@@ -79,7 +116,7 @@ void NetworkSettings::store()
         const MutexLock lock(m_mutex);
         session = m_session;
     }
-    if (!session.token && !session.userId) {
+    if (!session.token && !session.userId && !session.endedAt) {
         m_store.remove(m_key);
         return;
     }
@@ -89,6 +126,9 @@ void NetworkSettings::store()
     }
     if (session.userId) {
         record.insert(kUserIdMember, *session.userId);
+    }
+    if (session.endedAt) {
+        record.insert(kEndedAtMember, session.endedAt->toString(Qt::ISODateWithMs));
     }
     m_store.write(m_key, QJsonDocument(record).toJson(QJsonDocument::Compact));
 }

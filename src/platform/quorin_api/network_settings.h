@@ -3,6 +3,7 @@
 #include "platform/concurrency/mutex.h"
 #include "platform/concurrency/serial_queue.h"
 
+#include <QtCore/QDateTime>
 #include <QtCore/QString>
 
 #include <optional>
@@ -29,7 +30,25 @@ public:
 
     /// The bearer token, or for a plain archive the encoded Basic credentials; nothing when signed out.
     std::optional<QString> token() const;
+
+    /// Takes a session, or forgets it on a person's word. It is a new beginning: nothing has ended and
+    /// nothing was refused.
     void setToken(std::optional<QString> token);
+
+    /// Forgets the session because the service has ended it, and keeps when that was.
+    ///
+    /// \param when  UTC.
+    void endSession(const QDateTime &when);
+
+    /// When the service ended the last session; nothing when it didn't. Outlives the process.
+    std::optional<QDateTime> endedAt() const;
+
+    /// Marks whether the service refuses these credentials, which are kept all the same; nothing happens when
+    /// the session is another one by now.
+    void setCredentialsRefused(const QString &token, bool areRefused);
+
+    /// True when the service refused the session's credentials the last time that it heard them.
+    bool areCredentialsRefused() const;
 
     std::optional<qint64> userId() const;
     void setUserId(std::optional<qint64> userId);
@@ -43,6 +62,8 @@ private:
     {
         std::optional<QString> token;
         std::optional<qint64> userId;
+        std::optional<QDateTime> endedAt;
+        bool areRefused = false; // not kept: the next run asks anew
     };
 
     void load();

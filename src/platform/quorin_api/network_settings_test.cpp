@@ -84,6 +84,41 @@ TEST(NetworkSettings, LeavesNothingBehindOnceSignedOut)
     EXPECT_TRUE(store.isEmpty());
 }
 
+TEST(NetworkSettings, RemembersBetweenRunsWhenTheServiceEndedTheSession)
+{
+    const QDateTime when(QDate(2026, 5, 1), QTime(13, 0), Qt::UTC);
+    MemoryTokenStore store;
+    {
+        NetworkSettings settings(store, kKey);
+        settings.setToken(QStringLiteral("secret"));
+        settings.setUserId(42);
+        settings.endSession(when);
+    }
+
+    NetworkSettings next(store, kKey);
+    EXPECT_FALSE(next.token());
+    EXPECT_FALSE(next.userId());
+    EXPECT_EQ(next.endedAt(), when);
+
+    next.setToken(QStringLiteral("new"));
+    EXPECT_FALSE(next.endedAt());
+}
+
+TEST(NetworkSettings, MarksOnlyTheCredentialsThatWereRefused)
+{
+    MemoryTokenStore store;
+    NetworkSettings settings(store, kKey);
+    settings.setToken(QStringLiteral("new"));
+
+    settings.setCredentialsRefused(QStringLiteral("old"), true);
+    EXPECT_FALSE(settings.areCredentialsRefused());
+    settings.setCredentialsRefused(QStringLiteral("new"), true);
+    EXPECT_TRUE(settings.areCredentialsRefused());
+    EXPECT_EQ(settings.token(), QStringLiteral("new"));
+    settings.setToken(QStringLiteral("newer"));
+    EXPECT_FALSE(settings.areCredentialsRefused());
+}
+
 TEST(NetworkSettings, TakesARecordThatIsDamagedForNoSession)
 {
     MemoryTokenStore store;

@@ -323,13 +323,29 @@ TEST(PlainArchive, SignsInByBasicCheckedWithOneQuery)
     EXPECT_EQ(QrnUserAPI(service.client).getUser().email, QStringLiteral("ann"));
     QrnUserAPI(service.client).tokenExpiration();
 
-    isClosed = true;
-    const auto ended =
-        errorOf<QrnErrorResponse>([&service] { QrnUserAPI(service.client).tokenExpiration(); });
-    ASSERT_TRUE(ended);
-    EXPECT_EQ(ended->kind, QrnErrorKind::sessionInvalid);
     api.logout();
     EXPECT_FALSE(service.client.networkSettings().token());
+}
+
+TEST(PlainArchive, NeverTakesTheCredentialsAwayThatItRefuses)
+{
+    bool isClosed = false;
+    ScriptedService service(archive(true, &isClosed), CloudKind::dicomweb);
+    QrnAuthenticationAPI(service.client).login(loginRequest(QStringLiteral("ann"), QStringLiteral("p:w")));
+    const NetworkSettings &settings = service.client.networkSettings();
+    EXPECT_FALSE(settings.areCredentialsRefused());
+
+    isClosed = true;
+    const auto refused =
+        errorOf<QrnErrorResponse>([&service] { QrnUserAPI(service.client).tokenExpiration(); });
+    ASSERT_TRUE(refused);
+    EXPECT_EQ(refused->kind, QrnErrorKind::credentialsRefused);
+    EXPECT_TRUE(settings.areCredentialsRefused());
+    EXPECT_TRUE(settings.token());
+
+    isClosed = false;
+    QrnUserAPI(service.client).tokenExpiration();
+    EXPECT_FALSE(settings.areCredentialsRefused());
 }
 
 TEST(PlainArchive, WithoutSignInAcceptsAnyPairThatIsNotEmpty)

@@ -40,7 +40,9 @@ QByteArray QuorinApiClient::address(const ApiCall &call) const
     return base + (isPlainArchive() ? QByteArray() : QByteArray("/dicom-web")) + call.path;
 }
 
-void QuorinApiClient::addHeaders(const ApiCall &call, HttpRequest &request) const
+void QuorinApiClient::addHeaders(const ApiCall &call,
+                                 const std::optional<QString> &token,
+                                 HttpRequest &request) const
 {
     const auto add = [&request](const QByteArray &name, const QByteArray &value) {
         if (!value.isEmpty() && isHeaderSafe(value)) {
@@ -50,7 +52,6 @@ void QuorinApiClient::addHeaders(const ApiCall &call, HttpRequest &request) cons
     add("Accept", call.accept);
     add("Content-Type", call.contentType);
     add("X-Quorin-Device", call.deviceId.toUtf8());
-    const std::optional<QString> token = call.authorized ? m_settings.token() : std::nullopt;
     if (!call.authorization.isEmpty()) {
         add("Authorization", call.authorization);
     } else if (token) {
@@ -73,8 +74,24 @@ HttpResponse QuorinApiClient::send(const ApiCall &call)
     if (call.isBrief) {
         request.total = m_configuration.limits.call;
     }
-    addHeaders(call, request);
-    return m_transport.perform(request);
+    const bool carriesSession = call.authorized && call.authorization.isEmpty();
+    const std::optional<QString> token = carriesSession ? m_settings.token() : std::nullopt;
+    addHeaders(call, token, request);
+    HttpResponse response = m_transport.perform(request);
+    if (token && isPlainArchive()) {
+        noteCredentials(*token, response);
+    }
+    return response;
+}
+
+/// An archive has no word for a session that is over: it refuses the credentials, perhaps for a minute only.
+void QuorinApiClient::noteCredentials(const QString &token, const HttpResponse &response)
+{
+    if (response.status == 401) {
+        m_settings.setCredentialsRefused(token, true);
+    } else if (response.isSuccess()) {
+        m_settings.setCredentialsRefused(token, false);
+    }
 }
 
 HttpResponse QuorinApiClient::request(const ApiCall &call)

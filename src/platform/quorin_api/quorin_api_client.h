@@ -10,6 +10,8 @@
 #include <QtCore/QString>
 #include <QtCore/QVariantMap>
 
+#include <optional>
+
 namespace gateway::platform {
 
 class TokenStore;
@@ -74,7 +76,8 @@ public:
 
 private:
     QByteArray address(const ApiCall &call) const;
-    void addHeaders(const ApiCall &call, HttpRequest &request) const;
+    void addHeaders(const ApiCall &call, const std::optional<QString> &token, HttpRequest &request) const;
+    void noteCredentials(const QString &token, const HttpResponse &response);
 
     const CloudConfiguration m_configuration;
     const std::optional<QString> m_problem; // why no call may be made

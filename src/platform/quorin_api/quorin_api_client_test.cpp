@@ -164,6 +164,21 @@ TEST(QuorinApiClient, ThrowsTheWordsOfTheServiceWithTheirKind)
     EXPECT_EQ(error->responseCode, 403);
 }
 
+TEST(QuorinApiClient, TakesASessionForEndedByA401ThatSaysSoAndByNothingElse)
+{
+    const auto answer = [](int status, const QByteArray &problem) {
+        ScriptedService service([&](const ReceivedRequest &) {
+            return ScriptedHttpServer::answer(status, "application/problem+json", problem);
+        });
+        return errorOf<QrnErrorResponse>([&service] { service.client.request(get("/auth/token")); });
+    };
+
+    EXPECT_EQ(answer(401, "{\"kind\": 0}")->kind, QrnErrorKind::sessionInvalid);
+    EXPECT_EQ(answer(503, "{\"kind\": 0}")->kind, QrnErrorKind::serviceFault);
+    EXPECT_EQ(answer(403, "{\"kind\": 0}")->kind, QrnErrorKind::badRequest);
+    EXPECT_EQ(answer(401, "{\"title\": \"Unauthorized\"}")->kind, QrnErrorKind::credentialsRefused);
+}
+
 TEST(QuorinApiClient, ThrowsTheBareStatusWhereNoWordsCame)
 {
     for (const int status : {400, 401, 403, 404, 413, 429, 500, 507}) {

@@ -40,6 +40,14 @@ public:
         end(0);
     }
 
+    void awaitFreePort() override
+    {
+        const platform::MutexLock lock(m_mutex);
+        while (m_config && !m_result && !m_staysWhenStopped) {
+            m_changed.wait(m_mutex);
+        }
+    }
+
     std::optional<int> boundPort() const override { return std::nullopt; }
 
     QString lastMessage() const override { return QStringLiteral("The fake was told to fail."); }

@@ -2,16 +2,52 @@
 
 #include "platform/dicom/helper_process.h"
 
+#include <fstream>
+#include <string>
+
 namespace gateway::platform::testing {
 
-RunningStoreSCP::RunningStoreSCP(const QString &inbox, std::chrono::seconds timeout, qint64 reserveBytes)
-    : m_scp(StoreSCPEnvironment{helperProgramPath(), QString(), reserveBytes})
+namespace {
+
+StoreSCPConfig configFor(const QString &inbox, int port, std::chrono::seconds timeout)
 {
     StoreSCPConfig config;
     config.aeTitle = QStringLiteral("QUORIN");
+    config.port = port;
     config.timeout = timeout;
     config.incomingPath = inbox;
     config.bindAddress = QStringLiteral("127.0.0.1");
+    return config;
+}
+
+} // namespace
+
+std::vector<pid_t> childrenOf(pid_t process)
+{
+    const std::string id = std::to_string(process);
+    std::ifstream list("/proc/" + id + "/task/" + id + "/children");
+    std::vector<pid_t> children;
+    for (pid_t child = 0; list >> child;) {
+        children.push_back(child);
+    }
+    return children;
+}
+
+RunningStoreSCP::RunningStoreSCP(const QString &inbox, std::chrono::seconds timeout, qint64 reserveBytes)
+    : RunningStoreSCP(StoreSCPEnvironment{helperProgramPath(), QString(), reserveBytes},
+                      configFor(inbox, 0, timeout))
+{
+}
+
+RunningStoreSCP::RunningStoreSCP(const QString &inbox, int port, const ListenerPatience &patience)
+    : RunningStoreSCP(StoreSCPEnvironment{helperProgramPath(), QString(), 0, patience},
+                      configFor(inbox, port, std::chrono::seconds(30)))
+{
+}
+
+RunningStoreSCP::RunningStoreSCP(const StoreSCPEnvironment &environment, const StoreSCPConfig &config)
+    : m_scp(environment)
+{
     m_thread = std::thread([this, config] {
         const int result = m_scp.start(config, callbacks());
         const MutexLock lock(m_mutex);
@@ -71,6 +107,12 @@ StoreSCPCallbacks RunningStoreSCP::callbacks()
     all.progress = [this](double, QString, QString path, QString) {
         note(QStringLiteral("progress ") + path);
     };
+    all.interrupted = [this](StoreSCPInterruption why) {
+        note(QStringLiteral("interrupted ") + why.message);
+    };
+    all.resumed = [this] { note(QStringLiteral("resumed")); };
+    all.leftFiles = [this] { note(QStringLiteral("left files")); };
+    all.misnamed = [this](QString id) { note(QStringLiteral("misnamed ") + id); };
     return all;
 }
 

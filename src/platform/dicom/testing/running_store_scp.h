@@ -6,11 +6,16 @@
 #include <QtCore/QStringList>
 
 #include <thread>
+#include <vector>
 
 namespace gateway::platform::testing {
 
-/// A storage SCP that listens on a port of the system's choice on the loopback address, on a thread of its
-/// own, and writes down what it tells: "started ID", "complete ID", "failed ID: MESSAGE", "progress PATH".
+/// The processes that a process has started and not yet reaped.
+std::vector<pid_t> childrenOf(pid_t process);
+
+/// A storage SCP that listens on the loopback address, on a thread of its own, and writes down what it tells:
+/// "started ID", "complete ID", "failed ID: MESSAGE", "progress PATH", "interrupted MESSAGE", "resumed",
+/// "left files", "misnamed ID".
 ///
 /// Owner: a test. Thread: the test's.
 class RunningStoreSCP
@@ -20,6 +25,9 @@ public:
     explicit RunningStoreSCP(const QString &inbox,
                              std::chrono::seconds timeout = std::chrono::seconds(30),
                              qint64 reserveBytes = 0);
+
+    /// \param port  0 lets the system choose; one that must survive a restart is chosen by the test.
+    RunningStoreSCP(const QString &inbox, int port, const ListenerPatience &patience = {});
     ~RunningStoreSCP();
 
     int port() const { return m_port; }
@@ -37,6 +45,7 @@ public:
     QStringList events() const;
 
 private:
+    RunningStoreSCP(const StoreSCPEnvironment &environment, const StoreSCPConfig &config);
     StoreSCPCallbacks callbacks();
     void note(const QString &event);
 
