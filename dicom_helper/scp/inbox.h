@@ -51,6 +51,9 @@ public:
     /// share that went away and came back.
     void takeUpWhatIsThere();
 
+    /// The folder, for as long as takeUpWhatIsThere() isn't called.
+    int descriptor() const { return m_folder.get(); }
+
     /// Removes unfinished files whose writer is gone.
     void sweep();
 

@@ -1,5 +1,6 @@
 #include "dicom_helper/scp/listener.h"
 
+#include "dicom_helper/confinement/confinement.h"
 #include "dicom_helper/scp/pdus.h"
 
 #include <algorithm>
@@ -7,6 +8,7 @@
 #include <cerrno>
 #include <climits>
 #include <csignal>
+#include <cstdlib>
 #include <cstring>
 #include <stdexcept>
 #include <system_error>
@@ -82,11 +84,8 @@ Listener::Listener(ListenerSettings settings, Inbox &inbox, Channel &channel)
 
 int Listener::run()
 {
-    while (!m_stopping && !m_ownEnd) {
+    while (!m_stopping) {
         waitForWork();
-    }
-    if (m_ownEnd) {
-        return *m_ownEnd;
     }
     stopAccepting();
     endChildren();
@@ -139,7 +138,7 @@ void Listener::waitForWork()
     if (!m_stopping) {
         readPeers();
     }
-    if (!m_stopping && !m_ownEnd && entries[2].revents != 0) {
+    if (!m_stopping && entries[2].revents != 0) {
         acceptPeers();
     }
 }
@@ -200,7 +199,7 @@ void Listener::makeRoom()
 void Listener::readPeers()
 {
     const auto now = SteadyClock::now();
-    for (auto peer = m_pending.begin(); peer != m_pending.end() && !m_ownEnd;) {
+    for (auto peer = m_pending.begin(); peer != m_pending.end();) {
         const PendingPeer::Progress progress = peer->read();
         if (progress == PendingPeer::Progress::waiting && now < peer->deadline()) {
             ++peer;
@@ -210,9 +209,6 @@ void Listener::readPeers()
         peer = m_pending.erase(peer);
         if (progress == PendingPeer::Progress::complete) {
             startAssociation(std::move(taken));
-            if (m_ownEnd) {
-                return;
-            }
         }
     }
 }
@@ -238,7 +234,7 @@ void Listener::startAssociation(PendingPeer peer)
     const pid_t process = ::fork();
     if (process == 0) {
         job.socket = peer.takeSocket();
-        m_ownEnd = becomeAssociation(std::move(job), listener);
+        becomeAssociation(std::move(job), listener);
     } else if (process > 0) {
         m_children.emplace(process, child);
     } else {
@@ -246,14 +242,15 @@ void Listener::startAssociation(PendingPeer peer)
     }
 }
 
-/// In the new process: lets go of everything that is the listener's.
-int Listener::becomeAssociation(AssociationJob job, pid_t listener)
+/// In the new process: lets go of everything that is the listener's, and of every right that only that needs.
+void Listener::becomeAssociation(AssociationJob job, pid_t listener)
 {
     m_listening.socket.close();
     m_signals.close();
     m_pending.clear();
     m_children.clear();
-    return runAssociation(std::move(job), m_inbox, m_channel, listener);
+    confine({.places = {{m_inbox.descriptor(), FolderUse::keepFiles}}});
+    std::_Exit(runAssociation(std::move(job), m_inbox, m_channel, listener));
 }
 
 void Listener::reapChildren()

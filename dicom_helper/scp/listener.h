@@ -43,8 +43,7 @@ public:
     std::uint16_t port() const { return m_listening.port; }
 
     /// Serves until the gateway says stop or is gone; then lets the associations finish their object under
-    /// way, and returns when the last has ended. \return the status for the process to end with; in the
-    /// process of an association, which leaves by the same door, its status.
+    /// way, and returns when the last has ended. \return the status for the process to end with.
     int run();
 
 private:
@@ -62,7 +61,7 @@ private:
     void makeRoom();
     void readPeers();
     void startAssociation(PendingPeer peer);
-    int becomeAssociation(AssociationJob job, pid_t listener);
+    [[noreturn]] void becomeAssociation(AssociationJob job, pid_t listener);
     void reapChildren();
     void onChildEnd(pid_t process, int status);
     void stopAccepting();
@@ -78,7 +77,6 @@ private:
     std::int64_t m_associations = 0;
     std::chrono::steady_clock::time_point m_acceptAgain;
     bool m_stopping = false;
-    std::optional<int> m_ownEnd; // set in the process of an association only
 };
 
 } // namespace gateway::dicom_helper::scp

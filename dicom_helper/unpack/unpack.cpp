@@ -1,6 +1,6 @@
 #include "dicom_helper/unpack/unpack.h"
 
-#include "dicom_helper/unpack/confinement.h"
+#include "dicom_helper/confinement/confinement.h"
 #include "dicom_helper/unpack/output_folder.h"
 #include "dicom_helper/unpack/unpacker.h"
 
@@ -20,6 +20,9 @@ namespace {
 
 using platform::dicom_protocol::Channel;
 using platform::dicom_protocol::Record;
+
+/// An archive that keeps a processor busy for longer is made to.
+constexpr std::uint64_t kProcessorSeconds = 3600;
 
 /// The gateway has gone, or wants no more of this job.
 struct NobodyWaits
@@ -74,7 +77,9 @@ Record unpack(const Record &job, Channel &channel)
         if (!input.isOpen()) {
             throw NoStorage("the archive can't be opened");
         }
-        confine(folder.descriptor(), limits.bytes);
+        confine({.places = {{folder.descriptor(), FolderUse::fill}},
+                 .fileBytes = limits.bytes,
+                 .processorSeconds = kProcessorSeconds});
         ArchiveReader archive(input.get());
         return counted("unpacked", unpackAll(archive, folder, limits, ProgressTeller(channel)));
     } catch (const UnreadableArchive &error) {

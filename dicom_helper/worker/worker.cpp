@@ -1,5 +1,7 @@
 #include "dicom_helper/worker/worker.h"
 
+#include "dicom_helper/confinement/confinement.h"
+#include "dicom_helper/descriptor.h"
 #include "dicom_helper/worker/byte_source.h"
 #include "dicom_helper/worker/converter.h"
 #include "dicom_helper/worker/elements.h"
@@ -8,12 +10,16 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <new>
+#include <optional>
+#include <string>
+
+#include <fcntl.h>
 #include <poll.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
-
-#include <new>
-#include <string>
 
 namespace gateway::dicom_helper::worker {
 
@@ -22,37 +28,10 @@ namespace {
 using platform::dicom_protocol::Channel;
 using platform::dicom_protocol::Record;
 
-/// Address space for the libraries, a frame of the largest size in its three forms, and the attributes.
-[[maybe_unused]] constexpr rlim_t kAddressSpace = rlim_t{1024} * 1024 * 1024;
-
 constexpr int kConvertingNiceness = 10;
 
 /// Nobody needs a process that had nothing to do for so long; the gateway starts another one.
 constexpr std::chrono::seconds kIdle(20);
-
-#if defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-#define QUORIN_RESERVES_ADDRESS_SPACE 1
-#endif
-#endif
-
-void limit(int resource, rlim_t value)
-{
-    const rlimit both{value, value};
-    ::setrlimit(static_cast<__rlimit_resource>(resource), &both);
-}
-
-void prepareProcess()
-{
-    // A worker never outlives the gateway: its result would belong to nobody.
-    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-    ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
-    // A core file would hold a patient's image.
-    limit(RLIMIT_CORE, 0);
-#ifndef QUORIN_RESERVES_ADDRESS_SPACE
-    limit(RLIMIT_AS, kAddressSpace);
-#endif
-}
 
 bool isClosed(const Channel &channel)
 {
@@ -84,21 +63,53 @@ try {
     return trouble(ENOMEM, "the object needs too much memory");
 }
 
+/// Confines the process to what its first job needs, and says which further jobs it can still do.
+class Cell
+{
+public:
+    bool admits(const Record &job)
+    {
+        const std::string output = std::filesystem::path(job.text("output")).parent_path().string();
+        if (!m_output) {
+            m_output = output;
+            close(output);
+        }
+        return output.empty() || output == *m_output;
+    }
+
+private:
+    /// Files are read wherever a job finds them: a person may choose any for an import.
+    static void close(const std::string &output)
+    {
+        const Descriptor root(::open("/", O_PATH | O_DIRECTORY | O_CLOEXEC));
+        const Descriptor target(::open(output.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+        Confinement confinement{.places = {{root.get(), FolderUse::read}}};
+        if (target.isOpen()) {
+            confinement.places.push_back({target.get(), FolderUse::keepFiles});
+        }
+        confine(confinement);
+    }
+
+    std::optional<std::string> m_output; // the folder of the first job's output; empty where it had none
+};
+
 } // namespace
 
 int run(Channel channel)
 {
-    prepareProcess();
-    return serve(std::move(channel), kIdle);
+    // A worker never outlives the gateway: its result would belong to nobody.
+    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    Cell cell;
+    std::_Exit(serve(std::move(channel), kIdle, [&cell](const Record &job) { return cell.admits(job); }));
 }
 
-int serve(Channel channel, std::chrono::milliseconds idle)
+int serve(Channel channel, std::chrono::milliseconds idle, const std::function<bool(const Record &)> &admits)
 {
     prepareToolkit();
     JpegLsCodec codec;
     Converter converter(codec, [&channel] { return isClosed(channel); });
     Record job;
-    while (channel.receive(job, idle) == Channel::Receipt::record) {
+    while (channel.receive(job, idle) == Channel::Receipt::record && admits(job)) {
         if (!channel.send(answer(job, converter))) {
             break;
         }

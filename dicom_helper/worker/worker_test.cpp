@@ -38,7 +38,7 @@ public:
 private:
     explicit Worker(std::pair<Channel, Channel> ends)
         : m_channel(std::move(ends.first)), m_thread([theirs = std::move(ends.second)]() mutable {
-              serve(std::move(theirs), std::chrono::milliseconds(-1));
+              serve(std::move(theirs), std::chrono::milliseconds(-1), [](const Record &) { return true; });
           })
     {
     }
@@ -87,7 +87,7 @@ TEST(Worker, EndsWhenItHasNothingToDo)
 {
     auto [ours, theirs] = Channel::makePair();
 
-    EXPECT_EQ(serve(std::move(theirs), std::chrono::milliseconds(0)), 0);
+    EXPECT_EQ(serve(std::move(theirs), std::chrono::milliseconds(0), [](const Record &) { return true; }), 0);
 }
 
 } // namespace gateway::dicom_helper::worker::testing

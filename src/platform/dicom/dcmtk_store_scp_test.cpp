@@ -298,6 +298,24 @@ TEST(DCMTKStoreSCP, FilesOfAKilledAssociationAreLookedFor)
     EXPECT_TRUE(running.await(QStringLiteral("interrupted"), 0).isEmpty());
 }
 
+TEST(DCMTKStoreSCP, TheProcessOfAnAssociationIsConfined)
+{
+    const QTemporaryDir inbox;
+    RunningStoreSCP running(inbox.path());
+    ScriptedModality modality(running.port());
+    modality.associate(kOneContext);
+    ASSERT_EQ(modality.store(1, kCtStorage, "1.2.3", smallDataSet(kCtStorage, "1.2.3", 1000)), 0);
+
+    const pid_t child = testing::childrenOf(running.scp().processId().value()).at(0);
+    const QByteArray status = testing::procFile(child, "status");
+    const QByteArray limits = testing::procFile(child, "limits");
+
+    EXPECT_TRUE(status.contains("NoNewPrivs:\t1"));
+    EXPECT_TRUE(status.contains("Seccomp:\t2"));
+    EXPECT_TRUE(limits.contains(QByteArray("Max core file size").leftJustified(26) + "0"));
+    EXPECT_TRUE(limits.contains(QByteArray("Max open files").leftJustified(26) + "64"));
+}
+
 TEST(DCMTKStoreSCP, AnAssociationThatIsNotWantedIsEnded)
 {
     const QTemporaryDir inbox;

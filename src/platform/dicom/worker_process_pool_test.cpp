@@ -1,6 +1,9 @@
 #include "platform/dicom/worker_process_pool.h"
 
+#include "platform/dicom/testing/running_store_scp.h"
+
 #include <QtCore/QCoreApplication>
+#include <QtCore/QTemporaryDir>
 
 #include <gtest/gtest.h>
 
@@ -169,6 +172,29 @@ TEST(WorkerProcessPool, AProgramThatIsNotThereIsNotStarted)
 
     EXPECT_EQ(pool.run(job("work"), kForEver).outcome, Outcome::notStarted);
     EXPECT_EQ(pool.run(job("work"), kForEver).outcome, Outcome::notStarted);
+}
+
+TEST(WorkerProcessPool, ARealWorkerIsConfinedAndMakesWayForAJobThatNeedsAnotherFolder)
+{
+    const QTemporaryDir one;
+    const QTemporaryDir other;
+    const std::string missing = one.filePath(QStringLiteral("missing")).toStdString();
+    WorkerProcessPool pool(1, helperProgramPath());
+    const auto convertInto = [&](const QTemporaryDir &folder) {
+        const std::string output = folder.filePath(QStringLiteral("output")).toStdString();
+        return pool.run({"convert", {{"path", missing}, {"output", output}}}, kForEver).outcome;
+    };
+
+    EXPECT_EQ(convertInto(one), Outcome::answered);
+    const pid_t first = pool.processIds().at(0);
+    const QByteArray status = testing::procFile(first, "status");
+    EXPECT_TRUE(status.contains("NoNewPrivs:\t1"));
+    EXPECT_TRUE(status.contains("Seccomp:\t2"));
+    EXPECT_EQ(pool.run({"parse", {{"path", missing}}}, kForEver).outcome, Outcome::answered);
+    EXPECT_EQ(pool.processIds().at(0), first);
+
+    EXPECT_EQ(convertInto(other), Outcome::answered);
+    EXPECT_NE(pool.processIds().at(0), first);
 }
 
 TEST(WorkerProcessPool, ManyCallersShareAsManyProcessesAsItIsWide)

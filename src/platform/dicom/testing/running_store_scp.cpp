@@ -2,6 +2,8 @@
 
 #include "platform/dicom/helper_process.h"
 
+#include <QtCore/QFile>
+
 #include <fstream>
 #include <string>
 
@@ -31,6 +33,12 @@ std::vector<pid_t> childrenOf(pid_t process)
         children.push_back(child);
     }
     return children;
+}
+
+QByteArray procFile(pid_t process, const char *name)
+{
+    QFile file(QStringLiteral("/proc/%1/%2").arg(process).arg(QString::fromLatin1(name)));
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 RunningStoreSCP::RunningStoreSCP(const QString &inbox, std::chrono::seconds timeout, qint64 reserveBytes)

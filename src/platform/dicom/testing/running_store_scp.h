@@ -2,6 +2,7 @@
 
 #include "platform/dicom/dcmtk_store_scp.h"
 
+#include <QtCore/QByteArray>
 #include <QtCore/QRegularExpression>
 #include <QtCore/QStringList>
 
@@ -12,6 +13,9 @@ namespace gateway::platform::testing {
 
 /// The processes that a process has started and not yet reaped.
 std::vector<pid_t> childrenOf(pid_t process);
+
+/// What the system tells of a process in one of its files below /proc.
+QByteArray procFile(pid_t process, const char *name);
 
 /// A storage SCP that listens on the loopback address, on a thread of its own, and writes down what it tells:
 /// "started ID", "complete ID", "failed ID: MESSAGE", "progress PATH", "interrupted MESSAGE", "resumed",

@@ -1,9 +1,12 @@
-#include "dicom_helper/unpack/confinement.h"
+#include "dicom_helper/confinement/confinement.h"
 
+#include <QtCore/QDir>
+#include <QtCore/QFile>
 #include <QtCore/QTemporaryDir>
 
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <functional>
 
 #include <fcntl.h>
@@ -14,20 +17,20 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-namespace gateway::dicom_helper::unpack {
+namespace gateway::dicom_helper {
 namespace {
 
 class Confinement : public ::testing::Test
 {
 protected:
     /// Whether something works in a process of its own that was confined to the folder.
-    bool works(const std::function<bool(int folder)> &something) const
+    bool works(const std::function<bool(int folder)> &something, FolderUse use = FolderUse::fill) const
     {
         const int folder =
             ::open(m_folder.path().toLocal8Bit().constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
         const pid_t child = ::fork();
         if (child == 0) {
-            confine(folder, 1000);
+            confine({.places = {{folder, use}}, .fileBytes = 1000});
             ::_exit(something(folder) ? 0 : 1);
         }
         int status = 0;
@@ -58,6 +61,32 @@ TEST_F(Confinement, LeavesMakingFilesAndFoldersBelowTheFolder)
     }));
 }
 
+TEST_F(Confinement, LeavesMakingMovingAndRemovingFilesWhereTheyAreKept)
+{
+    ASSERT_TRUE(QDir(m_folder.path()).mkdir(QStringLiteral(".part")));
+
+    EXPECT_TRUE(works(
+        [](int folder) {
+            const int file = ::openat(folder, ".part/a", O_WRONLY | O_CREAT | O_EXCL, S_IRUSR | S_IWUSR);
+            return ::write(file, "x", 1) == 1 && ::renameat(folder, ".part/a", folder, "a") == 0 &&
+                   ::fsync(folder) == 0 && ::unlinkat(folder, "a", 0) == 0;
+        },
+        FolderUse::keepFiles));
+}
+
+TEST_F(Confinement, LeavesReadingAndNoMoreWhereFilesAreRead)
+{
+    if (!hasLandlock()) {
+        GTEST_SKIP() << "this kernel has no Landlock";
+    }
+    QFile file(m_folder.filePath(QStringLiteral("file")));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+
+    EXPECT_TRUE(works([](int folder) { return ::openat(folder, "file", O_RDONLY) >= 0; }, FolderUse::read));
+    EXPECT_FALSE(works([](int folder) { return ::openat(folder, "file", O_WRONLY) >= 0; }, FolderUse::read));
+    EXPECT_FALSE(works([](int folder) { return ::unlinkat(folder, "file", 0) == 0; }, FolderUse::read));
+}
+
 TEST_F(Confinement, TakesTheRestOfTheFileSystem)
 {
     if (!hasLandlock()) {
@@ -86,6 +115,11 @@ TEST_F(Confinement, TakesTheNetworkAndOtherPrograms)
         [](int) { return ::syscall(SYS_process_vm_readv, ::getppid(), nullptr, 0, nullptr, 0, 0) == 0; }));
 }
 
+TEST_F(Confinement, LeavesOtherProcessesAlone)
+{
+    EXPECT_FALSE(works([](int) { return ::kill(::getppid(), 0) == 0; }));
+}
+
 TEST_F(Confinement, BoundsTheSizeOfAFileAndKeepsNoCore)
 {
     EXPECT_FALSE(works([](int folder) {
@@ -100,4 +134,4 @@ TEST_F(Confinement, BoundsTheSizeOfAFileAndKeepsNoCore)
 }
 
 } // namespace
-} // namespace gateway::dicom_helper::unpack
+} // namespace gateway::dicom_helper

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+namespace gateway::dicom_helper {
+
+/// What a process may still do with a folder and all below it.
+enum class FolderUse
+{
+    read,     ///< read files and list folders
+    fill,     ///< make files and folders, and write into them
+    keepFiles ///< make, write, move and remove files
+};
+
+/// What is left to a process that reads strangers' bytes.
+struct Confinement
+{
+    struct Place
+    {
+        int folder; // a descriptor of it
+        FolderUse use;
+    };
+
+    std::vector<Place> places;
+    std::optional<std::uint64_t> fileBytes = std::nullopt; ///< the longest file that it may write
+    std::optional<std::uint64_t> processorSeconds = std::nullopt;
+};
+
+/// Takes from this process, for good, what it doesn't need: memory beyond 1 GiB, core files, more than 64
+/// descriptors, the network but for what is open, other programs, other processes, and all files but those of
+/// its places and those that are open already.
+///
+/// The limits hold everywhere. The rest holds where the kernel offers it (Landlock since 5.13, and since 5.19
+/// with a folder to keep files in; seccomp) and is passed over where it doesn't. What runs at a process's end
+/// may miss it, so such a process ends by _Exit. Thread: main, the only one.
+void confine(const Confinement &confinement);
+
+} // namespace gateway::dicom_helper
