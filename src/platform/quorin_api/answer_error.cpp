@@ -86,10 +86,14 @@ void throwAnswerError(const HttpResponse &response)
         const QVariant body = parseNetworkJson(response.body).value_or(QVariant());
         if (body.typeId() == QMetaType::QVariantMap) {
             const QVariantMap problem = body.toMap();
-            throw QrnErrorResponse(kindOf(problem, response.status), wordsOf(problem), response.status);
+            QrnErrorResponse refusal(kindOf(problem, response.status), wordsOf(problem), response.status);
+            refusal.retryAfter = response.retryAfter;
+            throw refusal;
         }
     }
-    throw AFError(statusSentence(response.status), response.status);
+    AFError failed(statusSentence(response.status), response.status);
+    failed.retryAfter = response.retryAfter;
+    throw failed;
 }
 
 void throwUnreadableAnswer()

@@ -6,6 +6,7 @@
 
 #include <chrono>
 #include <functional>
+#include <optional>
 #include <utility>
 
 namespace gateway::platform {
@@ -68,6 +69,7 @@ struct HttpResponse
     QByteArray contentType;     ///< lower case, without parameters
     bool moreAvailable = false; ///< the server warned that it holds back results (PS3.18 8.3.4.4)
     QByteArray body;
+    std::optional<std::chrono::seconds> retryAfter = {}; ///< as far as the server asks to be left alone
 
     bool isSuccess() const { return status >= 200 && status < 300; }
 };

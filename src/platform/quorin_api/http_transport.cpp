@@ -1,6 +1,7 @@
 #include "platform/quorin_api/http_transport.h"
 
 #include "platform/quorin_api/quorin_error.h"
+#include "platform/quorin_api/retry_after.h"
 #include "platform/quorin_api/transport_error.h"
 
 #include <QtCore/QString>
@@ -148,6 +149,14 @@ bool warnsOfMore(CURL *handle)
     curl_header *warning = nullptr;
     return curl_easy_header(handle, "Warning", 0, CURLH_HEADER, -1, &warning) == CURLHE_OK &&
            std::strncmp(warning->value, "299", 3) == 0;
+}
+
+std::optional<std::chrono::seconds> retryAfter(CURL *handle)
+{
+    curl_header *header = nullptr;
+    return curl_easy_header(handle, "Retry-After", 0, CURLH_HEADER, -1, &header) == CURLHE_OK
+               ? parseRetryAfter(header->value, QDateTime::currentDateTimeUtc())
+               : std::nullopt;
 }
 
 void setBody(CURL *handle, const HttpRequest &request, Exchange &exchange)
@@ -309,7 +318,11 @@ HttpResponse HttpTransport::perform(const HttpRequest &request)
     if (result != CURLE_OK && !isEarlyRefusal(result, status)) {
         throw transportError(result, static_cast<int>(systemError), m_host);
     }
-    return {static_cast<int>(status), mediaType(handle), warnsOfMore(handle), std::move(exchange.body)};
+    return {static_cast<int>(status),
+            mediaType(handle),
+            warnsOfMore(handle),
+            std::move(exchange.body),
+            retryAfter(handle)};
 }
 
 } // namespace gateway::platform

@@ -7,6 +7,7 @@
 #include <QtCore/QStringList>
 #include <QtCore/QUrl>
 
+#include <chrono>
 #include <exception>
 #include <optional>
 
@@ -26,6 +27,9 @@ public:
     QString localizedDescription;
     QString domain;
     int code;
+
+    /// For how long the service asked to be left alone, where it did; an hour at most.
+    std::optional<std::chrono::seconds> retryAfter;
 
 private:
     QByteArray m_what; // the description in UTF-8
