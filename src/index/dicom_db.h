@@ -25,6 +25,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <span>
 #include <stop_token>
 #include <vector>
 
@@ -100,11 +101,13 @@ public:
 
     // --- Uploads -------------------------------------------------------------------------------------
 
-    /// The oldest candidates, at most `limit` (below 1 counts as 1), each with all its waiting rows.
+    /// The first candidates, at most `limit` (below 1 counts as 1), each with all its waiting rows.
     QList<PendingImageUpload> pendingImageUploads(int limit) const;
 
     /// The next candidates behind `cursor`, which moves past them: a run that keeps one cursor is offered
-    /// each candidate once, however many fail, and those that arrive meanwhile as well.
+    /// each candidate once, however many fail, and those that arrive meanwhile as well. Oldest first; files
+    /// that failed before and whose time has come follow, with a quarter of the page at the most, and with
+    /// a share of it while others wait, too. Reads no row of a file whose time hasn't come.
     QList<PendingImageUpload> pendingImageUploads(int limit, PendingCursor &cursor) const;
 
     /// Marks the rows as handed to a running upload.
@@ -119,7 +122,8 @@ public:
                                     const std::optional<QString> &storagePath,
                                     bool synced);
 
-    /// Puts back what an earlier process left in progress.
+    /// Puts back what an earlier process left in progress. A file that would wait for longer than
+    /// kLongestWait may be tried now: the clock was set.
     RecoveryCounts recoverInProgressImages();
 
     /// Puts those of the rows back that are in progress still. Posts nothing. \return how many.
@@ -127,15 +131,34 @@ public:
 
     // --- Failures ------------------------------------------------------------------------------------
 
+    /// No file waits for longer than this for its next try.
+    static constexpr std::chrono::hours kLongestWait{24};
+
     /// Keeps why the upload of a stored file failed, now; an earlier failure of the file is forgotten. It
     /// goes by itself when a result says synced, and with the file's last row.
     ///
     /// \param failureClass  a short word, by which failures are counted.
+    /// \param pauses        how long the file waits after its first failure, its second and so on; the last
+    ///                      one counts for all later. Up to an eighth is left out, other for each file, so
+    ///                      that not all come back together. Without any it may be tried again at once.
     /// \return false when no row stands for this file, or nothing could be written.
-    bool
-    recordUploadFailure(const QString &storagePath, const QString &failureClass, std::int64_t failureCode);
+    bool recordUploadFailure(const QString &storagePath,
+                             const QString &failureClass,
+                             std::int64_t failureCode,
+                             std::span<const std::chrono::seconds> pauses = {});
 
-    /// Forgets the failure of a stored file, if it has one.
+    /// Lets every file that waits for its time be tried at once; returns when that is durable. Importers are
+    /// let in between.
+    void releaseRetries();
+
+    /// The files that wait for their time. Takes longer the more there are.
+    WaitingRetries waitingRetries() const;
+
+    /// When the next file is to be tried that failed before, in UTC; in the past when its time has come.
+    /// Nothing where none waits. Costs the same at any number of files.
+    std::optional<QDateTime> nextRetry() const;
+
+    /// Forgets the failure of a stored file, if it has one, and its wait.
     void forgetUploadFailure(const QString &storagePath);
 
     /// The next failures behind `cursor`, newest first, at most `limit` (below 1 counts as 1); the cursor
@@ -224,8 +247,15 @@ private:
     std::int64_t nowInMilliseconds() const;
     bool writeQuietly(const IndexStore::Change &change);
     void backfillOnce();
-    std::optional<PendingImageUpload>
-    gather(platform::Database &database, const QString &storedPath, const PendingCursor &start) const;
+    void appendCandidates(platform::Database &database,
+                          bool isRetry,
+                          qsizetype limit,
+                          PendingPlace &place,
+                          QList<PendingImageUpload> &candidates) const;
+    std::optional<PendingImageUpload> gather(platform::Database &database,
+                                             const QString &storedPath,
+                                             bool isRetry,
+                                             const PendingPlace &start) const;
     bool pruneBatch(std::int64_t cutoff, LocalPruneResult &result);
     DeletionCounts deleteParents(std::int64_t requested, const DeleteRows &deleteRows);
     std::int64_t removeFiles(const QSet<QString> &paths) QUORIN_REQUIRES(m_deletion);

@@ -2,6 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <QtCore/QSet>
+
+#include <algorithm>
+#include <array>
+
 namespace gateway::index {
 
 namespace {
@@ -28,6 +33,12 @@ protected:
     TemporaryIndex home;
     DicomDB &index = home.index();
 };
+
+using UploadRetries = UploadFailures;
+
+using namespace std::chrono_literals;
+
+constexpr std::array<std::chrono::seconds, 3> kPauses{1min, 10min, 1h};
 
 } // namespace
 
@@ -177,6 +188,158 @@ TEST_F(UploadFailures, OutliveARestart)
 
     UploadFailureCursor fromTheNewest;
     EXPECT_EQ(home.index().uploadFailures(9, fromTheNewest).size(), 1);
+}
+
+TEST_F(UploadRetries, WaitLongerEachTimeUpToTheLastPause)
+{
+    const QString path = importOne(QStringLiteral("9.1"), {{QStringLiteral("numberOfFrames"), 3}});
+
+    for (const std::chrono::seconds pause : {60s, 600s, 3600s, 3600s}) {
+        index.recordUploadFailure(path, kRefused, 409, kPauses);
+        const auto wait = std::chrono::milliseconds(home.clock.now().msecsTo(*index.nextRetry()));
+        EXPECT_LE(wait, pause);
+        EXPECT_GE(wait, pause * 7 / 8);
+        EXPECT_TRUE(index.pendingImageUploads(9).isEmpty());
+
+        home.clock.advance(wait);
+        const auto due = index.pendingImageUploads(9);
+        ASSERT_EQ(due.size(), 1);
+        EXPECT_TRUE(due.first().isRetry);
+        EXPECT_EQ(due.first().imageObjectIDs.size(), 3);
+    }
+}
+
+TEST_F(UploadRetries, AreKeptOverARestart)
+{
+    const QString path = importOne(QStringLiteral("9.1"));
+    index.recordUploadFailure(path, kRefused, 409, kPauses);
+    const auto next = index.nextRetry();
+
+    home.reopen();
+
+    EXPECT_EQ(index.nextRetry(), next);
+    EXPECT_TRUE(index.pendingImageUploads(9).isEmpty());
+    index.recordUploadFailure(path, kRefused, 409, kPauses);
+    EXPECT_GT(*index.nextRetry(), home.clock.now().addSecs(500)) << "the second failure, not the first";
+}
+
+TEST_F(UploadRetries, AreToldWithTheirNumberAndTheNextTime)
+{
+    EXPECT_EQ(index.waitingRetries(), WaitingRetries());
+    const QString first = importOne(QStringLiteral("9.1"), {{QStringLiteral("numberOfFrames"), 3}});
+    const QString second = importOne(QStringLiteral("9.2"));
+    importOne(QStringLiteral("9.3"));
+    index.recordUploadFailure(first, kRefused, 409, kPauses);
+    index.recordUploadFailure(second, kRefused, 409, kPauses);
+
+    const WaitingRetries waiting = index.waitingRetries();
+
+    EXPECT_EQ(waiting.files, 2);
+    EXPECT_EQ(waiting.next, index.nextRetry());
+    home.clock.advance(1h);
+    EXPECT_EQ(index.waitingRetries(), WaitingRetries()) << "their time has come";
+}
+
+TEST_F(UploadRetries, OfAFileWithoutPausesAreDueWithTheOthers)
+{
+    const QString path = importOne(QStringLiteral("9.1"));
+
+    index.recordUploadFailure(path, kUnreachable, 7);
+
+    EXPECT_EQ(index.pendingImageUploads(9).size(), 1);
+    EXPECT_FALSE(index.pendingImageUploads(9).first().isRetry);
+    EXPECT_EQ(index.nextRetry(), std::nullopt);
+}
+
+TEST_F(UploadRetries, NeverStandBeforeFreshFilesAndNeverStarveBehindThem)
+{
+    QStringList failed;
+    for (int number = 0; number < 20; ++number) {
+        failed.append(importOne(QStringLiteral("8.%1").arg(number)));
+        index.recordUploadFailure(failed.last(), kRefused, 409, kPauses);
+    }
+    home.clock.advance(1h);
+    QStringList fresh;
+    for (int number = 0; number < 20; ++number) {
+        fresh.append(importOne(QStringLiteral("9.%1").arg(number)));
+    }
+    PendingCursor cursor;
+    QStringList offered;
+
+    const auto page = index.pendingImageUploads(8, cursor);
+    for (auto next = page; !next.isEmpty(); next = index.pendingImageUploads(8, cursor)) {
+        for (const PendingImageUpload &candidate : next) {
+            offered.append(candidate.storagePath);
+        }
+    }
+
+    ASSERT_EQ(page.size(), 8);
+    EXPECT_EQ(std::ranges::count_if(page, &PendingImageUpload::isRetry), 2);
+    EXPECT_EQ(page.first().storagePath, fresh.first());
+    EXPECT_EQ(offered.size(), 40);
+    EXPECT_EQ(QSet<QString>(offered.begin(), offered.end()).size(), 40);
+}
+
+TEST_F(UploadRetries, AreAllDueOnceReleased)
+{
+    for (int number = 0; number < 5; ++number) {
+        index.recordUploadFailure(importOne(QStringLiteral("9.%1").arg(number)), kRefused, 409, kPauses);
+    }
+
+    index.releaseRetries();
+
+    EXPECT_EQ(index.pendingImageUploads(5).size(), 1) << "a quarter of a page";
+    EXPECT_EQ(index.pendingImageUploads(20).size(), 5);
+    EXPECT_EQ(index.waitingRetries().files, 0);
+}
+
+TEST_F(UploadRetries, OfAFileThatCameAgainAreForgotten)
+{
+    const QString before = importOne(QStringLiteral("9.1"));
+    index.recordUploadFailure(before, kRefused, 409, kPauses);
+
+    const QString after = importOne(QStringLiteral("9.1"));
+
+    ASSERT_NE(before, after);
+    ASSERT_EQ(index.pendingImageUploads(9).size(), 1);
+    EXPECT_FALSE(index.pendingImageUploads(9).first().isRetry);
+    EXPECT_EQ(index.nextRetry(), std::nullopt);
+}
+
+TEST_F(UploadRetries, FurtherAwayThanADayComeWithTheNextRun)
+{
+    const QString path = importOne(QStringLiteral("9.1"));
+    index.recordUploadFailure(path, kRefused, 409, kPauses);
+    home.execute(QStringLiteral("UPDATE DicomImage SET notBefore = notBefore + 2 * 86400000"));
+    ASSERT_TRUE(index.pendingImageUploads(9).isEmpty());
+
+    index.recoverInProgressImages(); // as each run begins
+
+    EXPECT_EQ(index.pendingImageUploads(9).size(), 1);
+}
+
+TEST_F(UploadRetries, StillCountForTheAgeOfTheOldestUnsentImage)
+{
+    const QString path = importOne(QStringLiteral("9.1"));
+    const QDateTime came = home.clock.now();
+    index.recordUploadFailure(path, kRefused, 409, kPauses);
+    home.clock.advance(1h);
+    importOne(QStringLiteral("9.2"));
+
+    EXPECT_LE(index.figures()->oldestUnsentImageDate, came);
+}
+
+TEST_F(UploadRetries, AreFoundWithoutReadingPastThoseThatWait)
+{
+    const QStringList plan = home.rows(
+        QStringLiteral("EXPLAIN QUERY PLAN SELECT pk, notBefore, pathString FROM DicomImage INDEXED BY "
+                       "DicomImage_retrying WHERE (syncState IS NULL OR syncState IN (0, 2, 3)) AND "
+                       "pathString <> '' AND notBefore IS NOT NULL AND (notBefore, pk) > (1, 1) AND "
+                       "notBefore <= 2 ORDER BY notBefore, pk"));
+
+    ASSERT_EQ(plan.size(), 1) << plan.join(u'\n').toStdString();
+    EXPECT_TRUE(plan.first().contains(QStringLiteral("SEARCH DicomImage USING")));
+    EXPECT_TRUE(plan.first().contains(QStringLiteral("notBefore<?")));
 }
 
 } // namespace gateway::index

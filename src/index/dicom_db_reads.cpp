@@ -42,13 +42,27 @@ Ledger readLedger(const IndexStore &store)
     }
 }
 
+constexpr const char *kOldestWaiting =
+    "SELECT createDate FROM DicomImage INDEXED BY DicomImage_waiting "
+    "WHERE (syncState IS NULL OR syncState IN (0, 2, 3)) AND pathString <> '' AND notBefore IS NULL "
+    "ORDER BY createDate, pk LIMIT 1";
+
+constexpr const char *kOldestRetrying =
+    "SELECT createDate FROM DicomImage INDEXED BY DicomImage_retryingByAge "
+    "WHERE (syncState IS NULL OR syncState IN (0, 2, 3)) AND pathString <> '' AND notBefore IS NOT NULL "
+    "ORDER BY createDate LIMIT 1";
+
 std::optional<QDateTime> oldestUnsentIn(Database &database)
 {
-    Statement row =
-        database.prepare("SELECT createDate FROM DicomImage INDEXED BY DicomImage_waiting "
-                         "WHERE (syncState IS NULL OR syncState IN (0, 2, 3)) AND pathString <> '' "
-                         "ORDER BY createDate, pk LIMIT 1");
-    return row.step() ? std::optional(QDateTime::fromMSecsSinceEpoch(row.integer(0), Qt::UTC)) : std::nullopt;
+    std::optional<QDateTime> oldest;
+    for (const char *sql : {kOldestWaiting, kOldestRetrying}) {
+        Statement row = database.prepare(sql);
+        if (row.step()) {
+            const QDateTime date = QDateTime::fromMSecsSinceEpoch(row.integer(0), Qt::UTC);
+            oldest = oldest ? std::min(*oldest, date) : date;
+        }
+    }
+    return oldest;
 }
 
 EntityCounts notSynced(const Ledger &ledger)

@@ -17,11 +17,22 @@ namespace {
 
 constexpr const char *kNextWaiting =
     "SELECT pk, createDate, pathString FROM DicomImage INDEXED BY DicomImage_waiting "
-    "WHERE (syncState IS NULL OR syncState IN (0, 2, 3)) AND pathString <> '' "
+    "WHERE (syncState IS NULL OR syncState IN (0, 2, 3)) AND pathString <> '' AND notBefore IS NULL "
     "AND (createDate, pk) > (?, ?) ORDER BY createDate, pk";
 
+constexpr const char *kNextRetrying =
+    "SELECT pk, notBefore, pathString FROM DicomImage INDEXED BY DicomImage_retrying "
+    "WHERE (syncState IS NULL OR syncState IN (0, 2, 3)) AND pathString <> '' AND notBefore IS NOT NULL "
+    "AND (notBefore, pk) > (?, ?) AND notBefore <= ? ORDER BY notBefore, pk";
+
+// A clock that was set back must not hold files for as long as it went.
+constexpr const char *kReleaseUnbelievable =
+    "UPDATE DicomImage INDEXED BY DicomImage_retrying SET notBefore = ?1 "
+    "WHERE (syncState IS NULL OR syncState IN (0, 2, 3)) AND pathString <> '' AND notBefore IS NOT NULL "
+    "AND notBefore > ?2";
+
 constexpr const char *kRowsOfPath =
-    "SELECT pk, createDate, sopInstanceUID, originalSOPInstanceUID FROM DicomImage INDEXED BY "
+    "SELECT pk, createDate, notBefore, sopInstanceUID, originalSOPInstanceUID FROM DicomImage INDEXED BY "
     "DicomImage_path "
     "WHERE pathString = ? AND (syncState IS NULL OR syncState IN (0, 2, 3)) ORDER BY createDate, pk";
 
@@ -103,28 +114,19 @@ QList<PendingImageUpload> DicomDB::pendingImageUploads(int limit) const
 
 QList<PendingImageUpload> DicomDB::pendingImageUploads(int limit, PendingCursor &cursor) const
 {
-    const PendingCursor start = cursor;
-    PendingCursor reached = start;
+    // Of each page a part is kept for what failed before: neither kind starves the other.
+    constexpr qsizetype kPartForRetries = 4;
+    const qsizetype whole = std::max(1, limit);
+    const qsizetype share = whole > 1 ? std::max<qsizetype>(1, whole / kPartForRetries) : 0;
+    PendingCursor reached = cursor;
     QList<PendingImageUpload> candidates;
     try {
         m_store.read([&](Database &database) {
-            QSet<QString> passed;
-            Statement row = database.prepare(kNextWaiting);
-            row.bindAll(start.createDate, start.row);
-            while (row.step()) {
-                const QString stored = row.text(2);
-                const QString path = stored.trimmed();
-                if (!path.isEmpty() && !passed.contains(path)) {
-                    if (candidates.size() >= std::max(1, limit)) {
-                        return;
-                    }
-                    passed.insert(path);
-                    if (auto candidate = gather(database, stored, start)) {
-                        candidates.append(*std::move(candidate));
-                    }
-                }
-                reached = {row.integer(1), row.integer(0)};
-            }
+            appendCandidates(database, false, whole - share, reached.fresh, candidates);
+            const qsizetype room = whole - candidates.size();
+            appendCandidates(
+                database, true, std::min(room, std::max<qsizetype>(1, share)), reached.retrying, candidates);
+            appendCandidates(database, false, whole - candidates.size(), reached.fresh, candidates);
         });
     } catch (const SqliteError &) {
         return {};
@@ -133,23 +135,58 @@ QList<PendingImageUpload> DicomDB::pendingImageUploads(int limit, PendingCursor 
     return candidates;
 }
 
+void DicomDB::appendCandidates(Database &database,
+                               bool isRetry,
+                               qsizetype limit,
+                               PendingPlace &place,
+                               QList<PendingImageUpload> &candidates) const
+{
+    if (limit < 1) {
+        return;
+    }
+    const PendingPlace start = place;
+    const qsizetype full = candidates.size() + limit;
+    QSet<QString> passed;
+    Statement row = database.prepare(isRetry ? kNextRetrying : kNextWaiting);
+    if (isRetry) {
+        row.bindAll(start.date, start.row, nowInMilliseconds());
+    } else {
+        row.bindAll(start.date, start.row);
+    }
+    while (row.step()) {
+        const QString stored = row.text(2);
+        const QString path = stored.trimmed();
+        if (!path.isEmpty() && !passed.contains(path)) {
+            if (candidates.size() >= full) {
+                return;
+            }
+            passed.insert(path);
+            if (auto candidate = gather(database, stored, isRetry, start)) {
+                candidates.append(*std::move(candidate));
+            }
+        }
+        place = {row.integer(1), row.integer(0)};
+    }
+}
+
 std::optional<PendingImageUpload>
-DicomDB::gather(Database &database, const QString &storedPath, const PendingCursor &start) const
+DicomDB::gather(Database &database, const QString &storedPath, bool isRetry, const PendingPlace &start) const
 {
     PendingImageUpload candidate;
     candidate.storagePath = storedPath.trimmed();
     candidate.fileURL = fileURL(candidate.storagePath);
+    candidate.isRetry = isRetry;
     QSet<QString> keys;
     QSet<QString> uids;
     Statement row = database.prepare(kRowsOfPath);
     row.bindAll(storedPath);
     while (row.step()) {
-        if (PendingCursor{row.integer(1), row.integer(0)} <= start) {
+        if (PendingPlace{row.integer(isRetry ? 2 : 1), row.integer(0)} <= start) {
             return std::nullopt; // an earlier page has offered it
         }
         candidate.imageObjectIDs.append(ImageObjectID{row.integer(0)});
-        addTrimmed(keys, row.text(2));
-        addTrimmed(uids, row.text(3));
+        addTrimmed(keys, row.text(3));
+        addTrimmed(uids, row.text(4));
     }
     candidate.sopInstanceUIDs = ascending(keys);
     candidate.originalSOPInstanceUIDs = ascending(uids);
@@ -223,7 +260,13 @@ std::int64_t DicomDB::recordUploadResult(const QList<ImageObjectID> &imageObject
 RecoveryCounts DicomDB::recoverInProgressImages()
 {
     RecoveryCounts counts;
-    const bool saved = writeQuietly([&](Database &database) { counts = putAllBack(database); });
+    const std::int64_t now = nowInMilliseconds();
+    const bool saved = writeQuietly([&](Database &database) {
+        database.prepare(kReleaseUnbelievable)
+            .bindAll(now, now + std::chrono::milliseconds(kLongestWait).count())
+            .run();
+        counts = putAllBack(database);
+    });
     if (!saved || !counts.saved) {
         return {};
     }

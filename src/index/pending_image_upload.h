@@ -27,16 +27,27 @@ struct PendingImageUpload
     /// repeats, ascending.
     QStringList originalSOPInstanceUIDs;
 
+    bool isRetry = false; ///< it was tried in vain before, and has waited for its time since
+
     bool operator==(const PendingImageUpload &) const = default;
 };
 
-/// How far a run has come in the order of candidates; a new one stands before the oldest.
-struct PendingCursor
+/// A place in an order of candidates: the date by which it goes, and the row.
+struct PendingPlace
 {
-    std::int64_t createDate = INT64_MIN;
+    std::int64_t date = INT64_MIN;
     std::int64_t row = 0;
 
-    auto operator<=>(const PendingCursor &) const = default;
+    auto operator<=>(const PendingPlace &) const = default;
+};
+
+/// How far a run has come in the two orders of candidates; a new one stands before the first of each.
+struct PendingCursor
+{
+    PendingPlace fresh;    ///< among files that weren't tried in vain, by the date of their coming
+    PendingPlace retrying; ///< among those that were, by the date from which they may be tried again
+
+    bool operator==(const PendingCursor &) const = default;
 };
 
 /// What a recovery put back.

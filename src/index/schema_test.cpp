@@ -190,7 +190,11 @@ TEST_F(IndexFile, OfVersion1IsBroughtForwardWithEveryRowItHeld)
 
     Database database = Database::open(path(), Database::Access::readOnly);
     EXPECT_EQ(database.integer("PRAGMA user_version"), kSchemaVersion);
-    EXPECT_EQ(rowsOfVersion1(), before);
+    const QStringList after = rowsOfVersion1();
+    ASSERT_EQ(after.size(), before.size());
+    for (qsizetype row = 0; row < before.size(); ++row) {
+        EXPECT_TRUE(after[row].startsWith(before[row])) << "new columns stand behind what there was";
+    }
     EXPECT_EQ(database.integer("SELECT count(*) FROM PendingRemoval"), 0);
     EXPECT_EQ(database.integer("SELECT count(*) FROM UploadFailure"), 0);
     EXPECT_EQ(texts("SELECT * FROM ActivityHour"), QStringList{QStringLiteral("490908|7|4")})
@@ -226,14 +230,14 @@ TEST_F(IndexFile, OfVersion1StaysOneWhenTheMigrationFails)
 }
 
 // A file in the field has exactly these tables. Who changes them writes the next version and a migration.
-TEST_F(IndexFile, TheTablesOfVersion2AreTheReleasedOnes)
+TEST_F(IndexFile, TheTablesOfVersion3AreTheReleasedOnes)
 {
     IndexStore store(path());
 
     const QByteArray all = tables().join(QLatin1Char('\n')).toUtf8();
 
     EXPECT_EQ(QCryptographicHash::hash(all, QCryptographicHash::Sha256).toHex().toStdString(),
-              "8fdf2d4393894f59755ad45cacca32ab74222fbfe1b474dfffdb63aaecb517e5");
+              "a7038ec101794f5492d9474d24cc043171fe5ac0a6042ca2446beb3486607576");
 }
 
 } // namespace gateway::index

@@ -6,7 +6,27 @@ namespace gateway::index {
 // later layout is a migration.
 
 /// The order in which files wait for their upload, and until when.
+///
+/// `notBefore` is absent for a file that wasn't tried in vain; else the moment from which it is tried again,
+/// as milliseconds since 1970 in UTC, the same in all rows of the file. The two kinds wait apart, so that new
+/// files never stand behind failed ones, and nobody reads past files whose time hasn't come. `tries` counts
+/// the failures after which the file had to wait.
 inline constexpr const char *kQueueOfSchemaVersion3 = R"sql(
+ALTER TABLE DicomImage ADD COLUMN notBefore INTEGER;
+ALTER TABLE UploadFailure ADD COLUMN tries INTEGER NOT NULL DEFAULT 0;
+
+DROP INDEX DicomImage_waiting;
+CREATE INDEX DicomImage_waiting ON DicomImage (createDate, pk, pathString)
+    WHERE (syncState IS NULL OR syncState IN (0, 2, 3)) AND pathString <> '' AND notBefore IS NULL;
+CREATE INDEX DicomImage_retrying ON DicomImage (notBefore, pk, pathString)
+    WHERE (syncState IS NULL OR syncState IN (0, 2, 3)) AND pathString <> '' AND notBefore IS NOT NULL;
+CREATE INDEX DicomImage_retryingByAge ON DicomImage (createDate)
+    WHERE (syncState IS NULL OR syncState IN (0, 2, 3)) AND pathString <> '' AND notBefore IS NOT NULL;
+
+CREATE TRIGGER DicomImage_replacedWhileRetrying AFTER UPDATE OF pathString ON DicomImage
+WHEN NEW.notBefore IS NOT NULL AND OLD.pathString IS NOT NEW.pathString BEGIN
+    UPDATE DicomImage SET notBefore = NULL WHERE pk = NEW.pk;
+END;
 )sql";
 
 /// Which of several stored copies of an image counts, and which of them may go.

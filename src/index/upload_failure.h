@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <limits>
+#include <optional>
 
 namespace gateway::index {
 
@@ -21,6 +22,15 @@ struct UploadFailure
     QDateTime failedAt; ///< UTC
 
     bool operator==(const UploadFailure &) const = default;
+};
+
+/// Stored files that failed and wait for their time.
+struct WaitingRetries
+{
+    std::int64_t files = 0;
+    std::optional<QDateTime> next; ///< when the first of them is tried again, in UTC
+
+    bool operator==(const WaitingRetries &) const = default;
 };
 
 /// How many stored files have failed last for one reason.
