@@ -39,9 +39,10 @@ ControlRequest doctorRequest(const DoctorCommand &command)
 DoctorCommands::DoctorCommands(index::DicomDB &index,
                                platform::MainExecutor &main,
                                std::function<QString()> incomingFolder,
-                               std::function<void()> onImagesRecorded)
+                               std::function<void()> onImagesRecorded,
+                               std::function<Uploads()> uploads)
     : m_index(index), m_main(main), m_incomingFolder(std::move(incomingFolder)),
-      m_onImagesRecorded(std::move(onImagesRecorded))
+      m_onImagesRecorded(std::move(onImagesRecorded)), m_uploads(std::move(uploads))
 {
 }
 
@@ -67,22 +68,35 @@ void DoctorCommands::examine(const ControlRequest &request, const Answer &answer
                                 const std::stop_callback whenHungUp(hungUp, end);
                                 const doctor::Diagnosis diagnosis =
                                     doctor::Doctor(index, folder).examine(repair, stop.get_token());
-                                main.post(weak, [weak, diagnosis, repair, answer] {
+                                const index::WaitingRetries retries = index.waitingRetries();
+                                main.post(weak, [weak, diagnosis, retries, repair, answer] {
                                     if (const auto self = weak.lock()) {
-                                        self->finish(diagnosis, repair, answer);
+                                        self->finish(diagnosis, retries, repair, answer);
                                     }
                                 });
                             });
 }
 
-void DoctorCommands::finish(const doctor::Diagnosis &diagnosis, bool repair, const Answer &answer)
+void DoctorCommands::finish(const doctor::Diagnosis &diagnosis,
+                            const index::WaitingRetries &retries,
+                            bool repair,
+                            const Answer &answer)
 {
     m_isExamining = false;
     if (recordedImages(diagnosis)) {
         m_onImagesRecorded();
     }
-    answer(diagnosis.wasStopped ? ControlReply::failure(QStringLiteral("The examination was ended."))
-                                : ControlReply::success(toJson(diagnosis, repair)));
+    if (diagnosis.wasStopped) {
+        answer(ControlReply::failure(QStringLiteral("The examination was ended.")));
+        return;
+    }
+    const Uploads uploads = m_uploads();
+    QJsonObject report = toJson(diagnosis, repair, {retries, uploads.pause});
+    const qint64 unsent = m_index.notSyncedCounts().images;
+    if (unsent > 0 && !uploads.missingSession.isEmpty()) {
+        addMissingSession(report, unsent, uploads.missingSession);
+    }
+    answer(ControlReply::success(report));
 }
 
 QString incomingFolder(const core::Settings &settings, const HomeLayout &layout)
@@ -114,7 +128,8 @@ ControlReply examineWithoutInstance(const HomeLayout &layout,
                              {defaults, parser, notifications, main, clock, platform::systemFiles()});
         const bool repair = request.arguments.value(kRepair).toBool();
         doctor::Doctor doctor(index, incomingFolder(settings, layout));
-        return ControlReply::success(toJson(doctor.examine(repair, request.hungUp), repair));
+        const doctor::Diagnosis diagnosis = doctor.examine(repair, request.hungUp);
+        return ControlReply::success(toJson(diagnosis, repair, {index.waitingRetries(), {}}));
     } catch (const index::IndexOpenError &error) {
         return ControlReply::failure(
             QStringLiteral("The index can't be opened: %1. Restore it from a backup; or move it away and run "

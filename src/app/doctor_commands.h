@@ -9,9 +9,11 @@
 #include "platform/concurrency/main_executor.h"
 #include "platform/concurrency/task.h"
 #include "platform/defaults/user_defaults.h"
+#include "upload/upload_gate.h"
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace gateway::app {
 
@@ -32,24 +34,37 @@ class DoctorCommands : public std::enable_shared_from_this<DoctorCommands>
 public:
     using Answer = std::function<void(ControlReply)>;
 
+    /// How uploads stand beside what the index says.
+    struct Uploads
+    {
+        std::optional<upload::UploadGate::Closure> pause;
+        QString missingSession; ///< who ended the session and what to do; empty where nobody did
+    };
+
     /// \param index, main       outlive this.
     /// \param incomingFolder    where received files arrive, asked for at each examination.
     /// \param onImagesRecorded  called when images were recorded that wait for their upload now.
+    /// \param uploads           asked for at the end of each examination.
     DoctorCommands(index::DicomDB &index,
                    platform::MainExecutor &main,
                    std::function<QString()> incomingFolder,
-                   std::function<void()> onImagesRecorded);
+                   std::function<void()> onImagesRecorded,
+                   std::function<Uploads()> uploads);
 
     /// Answers when the examination is over.
     void examine(const ControlRequest &request, const Answer &answer);
 
 private:
-    void finish(const doctor::Diagnosis &diagnosis, bool repair, const Answer &answer);
+    void finish(const doctor::Diagnosis &diagnosis,
+                const index::WaitingRetries &retries,
+                bool repair,
+                const Answer &answer);
 
     index::DicomDB &m_index;
     platform::MainExecutor &m_main;
     const std::function<QString()> m_incomingFolder;
     const std::function<void()> m_onImagesRecorded;
+    const std::function<Uploads()> m_uploads;
     bool m_isExamining = false;
     platform::Task m_task; // last: joined before the fields go
 };

@@ -5,6 +5,7 @@
 #include <QtCore/QCoreApplication>
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
+#include <QtCore/QJsonArray>
 
 #include <gtest/gtest.h>
 
@@ -40,8 +41,13 @@ protected:
 
     TemporaryIndex home;
     int uploadRequests = 0;
+    DoctorCommands::Uploads uploads;
     std::shared_ptr<DoctorCommands> commands = std::make_shared<DoctorCommands>(
-        home.index(), home.main, [this] { return home.path(u"Import"_qs); }, [this] { ++uploadRequests; });
+        home.index(),
+        home.main,
+        [this] { return home.path(u"Import"_qs); },
+        [this] { ++uploadRequests; },
+        [this] { return uploads; });
 };
 
 TEST_F(DoctorCommandsTest, AnswersWithTheReport)
@@ -67,6 +73,26 @@ TEST_F(DoctorCommandsTest, AsksForAnUploadOfWhatItRecorded)
     EXPECT_TRUE(reply->result[u"well"].toBool());
     EXPECT_EQ(uploadRequests, 1);
     EXPECT_EQ(home.index().totalCounts().images, 1);
+}
+
+TEST_F(DoctorCommandsTest, FindsThatImagesWaitWithoutASession)
+{
+    uploads.missingSession = u"The cloud ended the session."_qs;
+    std::optional<ControlReply> empty;
+    commands->examine(doctorRequest({}), into(empty));
+    await(empty);
+    EXPECT_EQ(empty->result[u"findings"].toArray().size(), 1)
+        << "no image waits: only the stray file is told";
+
+    home.import(TemporaryIndex::image(u"9.8"_qs));
+    std::optional<ControlReply> reply;
+    commands->examine(doctorRequest({.repair = true}), into(reply));
+    await(reply);
+
+    const QJsonValue finding = reply->result[u"findings"].toArray().last();
+    EXPECT_EQ(finding[u"kind"].toString(), u"noSession"_qs);
+    EXPECT_EQ(finding[u"count"].toInt(), 2);
+    EXPECT_FALSE(reply->result[u"well"].toBool());
 }
 
 TEST_F(DoctorCommandsTest, ExaminesOneAtATimeAndAgainLater)

@@ -99,14 +99,29 @@ QString closingLine(const QJsonObject &report)
 
 } // namespace
 
-QJsonObject toJson(const doctor::Diagnosis &diagnosis, bool repaired)
+QJsonObject toJson(const doctor::Diagnosis &diagnosis, bool repaired, const WaitingUploads &waiting)
 {
     return {{QStringLiteral("well"), diagnosis.isWell()},
             {QStringLiteral("repaired"), repaired},
             {QStringLiteral("storedFiles"), diagnosis.storedFiles},
             {QStringLiteral("recordedFiles"), diagnosis.recordedFiles},
             {QStringLiteral("findings"), findingsJson(diagnosis.findings)},
-            {QStringLiteral("failures"), failuresJson(diagnosis.failures)}};
+            {QStringLiteral("failures"), failuresJson(diagnosis.failures)},
+            {QStringLiteral("waiting"), toJson(waiting)}};
+}
+
+void addMissingSession(QJsonObject &report, qint64 images, const QString &sentence)
+{
+    QJsonArray findings = report.value(QStringLiteral("findings")).toArray();
+    findings.append(QJsonObject{{QStringLiteral("kind"), QStringLiteral("noSession")},
+                                {QStringLiteral("problem"), true},
+                                {QStringLiteral("mendable"), false},
+                                {QStringLiteral("sentence"), sentence},
+                                {QStringLiteral("count"), images},
+                                {QStringLiteral("mended"), 0},
+                                {QStringLiteral("examples"), QJsonArray()}});
+    report.insert(QStringLiteral("findings"), findings);
+    report.insert(QStringLiteral("well"), false);
 }
 
 QString doctorText(const QJsonObject &report)
@@ -123,6 +138,9 @@ QString doctorText(const QJsonObject &report)
     }
     for (const auto &failure : report.value(QStringLiteral("failures")).toArray()) {
         addGroup(QStringLiteral("%1 not sent").arg(failure[u"count"].toInteger()), failure);
+    }
+    for (const QString &line : waitingLines(report.value(QStringLiteral("waiting")).toObject())) {
+        lines.append(QStringLiteral("Waiting: ") + line);
     }
     lines.append(closingLine(report));
     return lines.join(u'\n') + u'\n';

@@ -36,6 +36,7 @@ TEST(DoctorReport, AlwaysHasTheSameKeys)
                            u"recordedFiles"_qs,
                            u"repaired"_qs,
                            u"storedFiles"_qs,
+                           u"waiting"_qs,
                            u"well"_qs}));
     EXPECT_EQ(toJson(Diagnosis(), false).keys(), json.keys());
     EXPECT_EQ(json[u"findings"][0].toObject().keys(),
@@ -51,6 +52,29 @@ TEST(DoctorReport, AlwaysHasTheSameKeys)
     EXPECT_EQ(json[u"failures"][0][u"examples"][0].toObject().keys(),
               (QStringList{u"file"_qs, u"fileHash"_qs, u"instanceHash"_qs}));
     EXPECT_TRUE(json[u"findings"][0][u"examples"][1][u"file"].isNull());
+}
+
+TEST(DoctorReport, SaysWhatUploadsWaitFor)
+{
+    const QDateTime moment(QDate(2026, 5, 1), QTime(13, 0), Qt::UTC);
+
+    const QJsonObject json = toJson(Diagnosis(), false, {{7, moment}, {}});
+
+    EXPECT_EQ(json[u"waiting"][u"files"].toInt(), 7);
+    EXPECT_TRUE(json[u"well"].toBool()) << "waiting is no fault";
+    EXPECT_TRUE(doctorText(json).contains(u"Waiting: files that failed and are tried again later: 7"_qs));
+}
+
+TEST(DoctorReport, IsNotWellWhileImagesWaitWithoutASession)
+{
+    QJsonObject json = toJson(Diagnosis(), false);
+
+    addMissingSession(json, 12, u"There is no session."_qs);
+
+    EXPECT_FALSE(json[u"well"].toBool());
+    EXPECT_EQ(json[u"findings"][0].toObject().keys(), toJson(sick(), true)[u"findings"][0].toObject().keys());
+    EXPECT_TRUE(doctorText(json).contains(u"12 found: There is no session.\n"_qs));
+    EXPECT_FALSE(doctorText(json).contains(u"All is well"_qs));
 }
 
 TEST(DoctorReport, ReadsAsAFewLines)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "index/upload_failure.h"
 #include "platform/concurrency/clock.h"
 #include "platform/concurrency/main_executor.h"
 #include "platform/concurrency/worker_pool.h"
@@ -15,14 +16,20 @@
 
 namespace gateway::app {
 
-/// How many files failed last, by the class of the failure. They are counted away from the main thread: a
-/// cloud that refuses everything leaves very many.
+/// How many files failed last, by the class of the failure, and how many of them wait for their time. They
+/// are counted away from the main thread: a cloud that refuses everything leaves very many.
 ///
 /// Owner: Gateway, as a shared pointer. Thread: main.
 class FailedFiles : public std::enable_shared_from_this<FailedFiles>
 {
 public:
-    using Counts = QMap<QString, qint64>;
+    struct Counts
+    {
+        QMap<QString, qint64> byClass;
+        index::WaitingRetries waiting;
+
+        bool operator==(const Counts &) const = default;
+    };
 
     /// Counts older than this are taken again.
     static constexpr std::chrono::seconds kFresh{10};

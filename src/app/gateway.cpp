@@ -4,6 +4,7 @@
 #include "app/no_announcements.h"
 #include "core/dcm_listener_settings.h"
 #include "core/device_id.h"
+#include "core/notification_names.h"
 #include "core/retention_policy.h"
 #include "log/gateway_log_file_sink.h"
 #include "platform/dicom/dcmtk_store_scp.h"
@@ -15,6 +16,7 @@
 #include "upload/upload_run.h"
 
 #include <QtCore/QProcessEnvironment>
+#include <QtCore/QRandomGenerator>
 #include <QtCore/QTimeZone>
 
 #include <algorithm>
@@ -47,8 +49,9 @@ FailedFiles::Counts failedFilesIn(const index::DicomDB &index)
 {
     FailedFiles::Counts counts;
     for (const index::UploadFailureCount &known : index.uploadFailureCounts()) {
-        counts[known.failureClass] += known.files;
+        counts.byClass[known.failureClass] += known.files;
     }
+    counts.waiting = index.waitingRetries();
     return counts;
 }
 
@@ -105,12 +108,14 @@ Gateway::Gateway(Options options, GatewayFace &face)
                                                                         m_clock},
                                                                        QStringLiteral(QUORIN_VERSION)),
       m_cloudWatch(watchCollaborators()), m_termsDesk(termsCollaborators()),
-      m_accountDesk(accountCollaborators()), m_store(makeStore()), m_stateIndex(m_index),
-      m_state(stateParts()), m_setupDesk(setupCollaborators()),
+      m_accountDesk(accountCollaborators()), m_store(makeStore()), m_uploadOpener(openerCollaborators()),
+      m_stateIndex(m_index), m_state(stateParts()), m_setupDesk(setupCollaborators()),
       m_delegate(std::make_shared<AppDelegate>(delegateCollaborators())),
       m_commands(std::make_shared<InstanceCommands>(commandCollaborators())), m_doctor(makeDoctor()),
       m_health(makeHealthService())
 {
+    m_sessionObserver = m_notifications.observe(core::kAuthStateChanged,
+                                                [this](const QVariantMap &) { tellMissingSession(); });
     m_converter.sweepLeftovers();
 }
 
@@ -145,15 +150,19 @@ std::unique_ptr<platform::NetServicePublishing> Gateway::makeNetServices()
 
 std::shared_ptr<Store> Gateway::makeStore()
 {
-    auto coordinator = std::make_shared<upload::StoreUploadCoordinator>(
-        m_emitter,
-        [this] { return uploadConfig(); },
-        [this](const QString &runId,
-               const upload::StoreUpload::ExecutionConfig &config,
-               const std::stop_token &stop) {
-            return upload::UploadRun(m_uploadCollaborators, runId, config, core::deviceId(m_defaults))
-                .run(stop);
-        });
+    auto coordinator =
+        std::make_shared<upload::StoreUploadCoordinator>(upload::StoreUploadCoordinator::Collaborators{
+            m_emitter,
+            m_clock,
+            m_uploadIndex,
+            [this] { return uploadConfig(); },
+            [this](const QString &runId,
+                   const upload::StoreUpload::ExecutionConfig &config,
+                   const std::stop_token &stop) {
+                return upload::UploadRun(m_uploadCollaborators, runId, config, core::deviceId(m_defaults))
+                    .run(stop);
+            },
+            [] { return QRandomGenerator::global()->generateDouble(); }});
     return std::make_shared<Store>(
         Store::Collaborators{m_settings, m_notifications, m_main, m_clock, installedDicomDictionary()},
         std::move(coordinator),
@@ -328,9 +337,63 @@ TermsDesk::Collaborators Gateway::termsCollaborators()
             }};
 }
 
+UploadOpener::Collaborators Gateway::openerCollaborators()
+{
+    return {m_defaults,
+            m_notifications,
+            m_auth,
+            m_cloudWatch,
+            [this](const QString &reason, upload::UploadUrgency urgency) {
+                m_store->requestUpload(reason, urgency);
+            }};
+}
+
 AccountDesk::Collaborators Gateway::accountCollaborators()
 {
     return {m_userApi, m_bugReportApi, m_defaults, m_notifications, m_main, m_cloudPool, m_auth};
+}
+
+QString Gateway::missingSession() const
+{
+    const account::SessionStanding &standing = m_auth.standing();
+    switch (standing.state) {
+    case account::SessionState::signedIn:
+    case account::SessionState::notKnownYet:
+    case account::SessionState::signedOut: // on a person's word
+        return {};
+    case account::SessionState::ended:
+        return QStringLiteral(
+                   "Images wait, and there is no session: the cloud ended it at %1. They are kept "
+                   "here, but none is sent. Sign in again: quorin-gateway sign-in --email ADDRESS.")
+            .arg(standing.since.value_or(QDateTime()).toLocalTime().toString(Qt::ISODate));
+    case account::SessionState::credentialsRefused:
+        return QStringLiteral("Images wait, and the archive refuses the user name or password since %1. They "
+                              "are tried again by themselves; if they have changed, sign in again: "
+                              "quorin-gateway sign-in --email NAME.")
+            .arg(standing.since.value_or(QDateTime()).toLocalTime().toString(Qt::ISODate));
+    }
+    return {};
+}
+
+/// Once for each way in which the session is missing, as soon as images wait for it.
+void Gateway::tellMissingSession()
+{
+    const QString words = missingSession();
+    if (words == m_toldSession) {
+        return;
+    }
+    if (!words.isEmpty()) {
+        const std::optional<index::IndexFigures> figures = m_index.figures();
+        if (!figures || figures->total.images == figures->syncedImages) {
+            return;
+        }
+        m_options.writeLine(words);
+        m_systemLog.write(platform::SystemLogLevel::error,
+                          QStringLiteral("com.ovelt.QuorinGateway"),
+                          QStringLiteral("session"),
+                          words);
+    }
+    m_toldSession = words;
 }
 
 std::shared_ptr<DoctorCommands> Gateway::makeDoctor()
@@ -339,7 +402,8 @@ std::shared_ptr<DoctorCommands> Gateway::makeDoctor()
         m_index,
         m_main,
         [this] { return incomingFolder(m_settings, m_options.layout); },
-        [this] { m_store->requestUpload(QStringLiteral("doctor")); });
+        [this] { m_store->requestUpload(QStringLiteral("doctor")); },
+        [this] { return DoctorCommands::Uploads{m_store->uploadCoordinator().closure(), missingSession()}; });
 }
 
 ScreenModels Gateway::screenModels()
@@ -366,6 +430,10 @@ ScreenModels Gateway::screenModels()
 void Gateway::launch()
 {
     m_delegate->applicationDidFinishLaunching();
+    if (!core::isSetupRequired(m_settings)) {
+        m_uploadOpener.launched(QStringLiteral(QUORIN_VERSION " ") +
+                                m_cloud.configuration().baseUrl.toString(QUrl::RemoveUserInfo));
+    }
     m_auth.startPolling(kSessionPoll);
     m_cloudWatch.start();
     m_globalPool.run([this] { m_index.finishRemovals(); });

@@ -16,6 +16,7 @@
 #include "app/store.h"
 #include "app/terms_desk.h"
 #include "app/upkeep_elsewhere.h"
+#include "app/upload_opener.h"
 #include "app/upload_run_watcher.h"
 #include "core/settings.h"
 #include "index/db_service.h"
@@ -125,6 +126,7 @@ private:
     CloudWatch::Collaborators watchCollaborators();
     TermsDesk::Collaborators termsCollaborators();
     AccountDesk::Collaborators accountCollaborators();
+    UploadOpener::Collaborators openerCollaborators();
     std::unique_ptr<platform::NetServicePublishing> makeNetServices();
     std::shared_ptr<Store> makeStore();
     std::shared_ptr<receive::StoreListenerService> makeListener(std::function<void(QString)> onImported);
@@ -137,6 +139,8 @@ private:
     AppDelegate::Collaborators delegateCollaborators();
     InstanceCommands::Collaborators commandCollaborators();
     std::shared_ptr<DoctorCommands> makeDoctor();
+    QString missingSession() const;
+    void tellMissingSession();
     std::unique_ptr<HealthService> makeHealthService();
 
     const Options m_options;
@@ -188,6 +192,7 @@ private:
     TermsDesk m_termsDesk;
     AccountDesk m_accountDesk;
     std::shared_ptr<Store> m_store;
+    UploadOpener m_uploadOpener;
     state::DicomDBStateIndex m_stateIndex;
     state::GatewayAppState m_state; // behind the store, whose listener it asks for
     SetupDesk m_setupDesk;
@@ -195,6 +200,8 @@ private:
     std::shared_ptr<InstanceCommands> m_commands;
     std::shared_ptr<DoctorCommands> m_doctor;
     std::unique_ptr<HealthService> m_health;
+    QString m_toldSession; // what operators were told of it last
+    platform::NotificationCenter::Token m_sessionObserver;
 };
 
 } // namespace gateway::app

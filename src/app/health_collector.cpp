@@ -86,14 +86,27 @@ HealthFigures::Storage HealthCollector::storage() const
             .rooms = m_with.freeSpace->rooms(platform::kFreeSpaceReserveBytes)};
 }
 
+std::optional<std::chrono::milliseconds> HealthCollector::until(const std::optional<QDateTime> &moment) const
+{
+    if (!moment) {
+        return std::nullopt;
+    }
+    const std::chrono::milliseconds left(m_with.clock.now().msecsTo(*moment));
+    return std::max(left, std::chrono::milliseconds(0));
+}
+
 HealthFigures::Cloud HealthCollector::cloud() const
 {
+    const auto pause = m_with.store.uploadCoordinator().closure();
     return {.isOnline = m_with.cloudWatch.isOnline(),
             .session = m_with.auth.standing().state,
             .areTermsRequired = m_with.cloudWatch.areTermsRequired(),
             .isUploading = m_with.uploads.figures().isRunning,
             .uploadBytesPerSecond = m_with.state.figures().uploadSpeedMbps * kBytesPerMegabit,
-            .failedFiles = m_with.failedFiles->counts()};
+            .failedFiles = m_with.failedFiles->counts().byClass,
+            .waitingFiles = m_with.failedFiles->counts().waiting.files,
+            .untilNextTry = until(m_with.failedFiles->counts().waiting.next),
+            .pause = pause ? until(pause->until) : std::nullopt};
 }
 
 } // namespace gateway::app

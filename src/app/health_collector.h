@@ -64,6 +64,7 @@ private:
     HealthFigures::Index index() const;
     HealthFigures::Storage storage() const;
     HealthFigures::Cloud cloud() const;
+    std::optional<std::chrono::milliseconds> until(const std::optional<QDateTime> &moment) const;
 
     const Collaborators m_with;
     RecentRate m_receiving;

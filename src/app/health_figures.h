@@ -57,6 +57,11 @@ struct HealthFigures
         bool isUploading = false;
         double uploadBytesPerSecond = 0;
         QMap<QString, qint64> failedFiles; ///< files whose upload failed last, by the class of the failure
+        qint64 waitingFiles = 0;           ///< of these, such as wait for their time
+        std::optional<std::chrono::milliseconds>
+            untilNextTry; ///< of the first of them; nothing when none waits
+        std::optional<std::chrono::milliseconds>
+            pause; ///< until anything is sent again; nothing while it may be
     } cloud;
 
     bool isSetupFinished = false;

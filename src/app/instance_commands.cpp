@@ -86,7 +86,7 @@ ControlReply InstanceCommands::requestUpload()
     if (!m_with.auth.state().isSignedIn()) {
         return ControlReply::failure(QStringLiteral("No account is signed in, so nothing can be uploaded."));
     }
-    m_with.store.requestUpload(QStringLiteral("command_line"));
+    m_with.store.requestUpload(QStringLiteral("command_line"), upload::UploadUrgency::everythingNow);
     return ControlReply::success();
 }
 
@@ -118,16 +118,17 @@ QCoro::Task<void> InstanceCommands::status(Answer answer)
 {
     co_await m_with.cloudWatch.look();
     auto failures = co_await platform::onPool(m_with.main, m_with.pool, [&index = m_with.index] {
-        return failureFigures(index.uploadFailureCounts());
+        return std::pair(failureFigures(index.uploadFailureCounts()), index.waitingRetries());
     });
     m_with.state.refreshCounters();
     m_with.state.refreshTransferSeries();
     m_with.state.whenStorageIsMeasured([self = shared_from_this(), failures = std::move(failures), answer] {
-        answer(ControlReply::success(toJson(self->report(failures))));
+        answer(ControlReply::success(toJson(self->report(failures.first, failures.second))));
     });
 }
 
-StatusReport InstanceCommands::report(QList<FailureFigure> failures) const
+StatusReport InstanceCommands::report(const QList<FailureFigure> &failures,
+                                      const index::WaitingRetries &retries) const
 {
     StatusReport report;
     report.listener = listenerReport();
@@ -138,7 +139,8 @@ StatusReport InstanceCommands::report(QList<FailureFigure> failures) const
                        figures.notSyncedImagesCount,
                        figures.syncedImagesCount,
                        figures.failedImagesCount};
-    report.failures = std::move(failures);
+    report.failures = failures;
+    report.waiting = {retries, m_with.store.uploadCoordinator().closure()};
     report.storage = {figures.receivedStorageUsage.usedBytes, figures.receivedStorageUsage.availableBytes};
     report.activity = {state::rawValue(figures.transferTimeframe),
                        figures.transferWindowStart,

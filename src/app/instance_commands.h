@@ -76,7 +76,7 @@ private:
     QCoro::Task<> signOut(Answer answer);
     QCoro::Task<> applySetup(wizard::SetupDraft draft, Answer answer);
 
-    StatusReport report(QList<FailureFigure> failures) const;
+    StatusReport report(const QList<FailureFigure> &failures, const index::WaitingRetries &retries) const;
     StatusReport::Cloud cloudReport() const;
     StatusReport::Terms termsReport() const;
     void restartListener();

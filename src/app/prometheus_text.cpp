@@ -142,6 +142,16 @@ void writeUploading(PrometheusWriter &out, const HealthFigures &figures)
                 QStringLiteral("Uploads of an image (file) that failed; each new try counts."),
                 asNumber(figures.totals.failedUploads));
     writeFailureClasses(out, cloud.failedFiles);
+    out.gauge("quorin_gateway_waiting_files",
+              QStringLiteral("Files whose upload failed and which wait for the time of their next try."),
+              asNumber(cloud.waitingFiles));
+    out.gauge("quorin_gateway_next_try_seconds",
+              QStringLiteral("Until the first of the waiting files is tried again; 0 when none waits."),
+              std::chrono::duration<double>(cloud.untilNextTry.value_or(std::chrono::seconds(0))).count());
+    out.gauge("quorin_gateway_upload_pause_seconds",
+              QStringLiteral("Until anything is sent again after the cloud was away, busy or refused "
+                             "everything; 0 while there is no such pause."),
+              std::chrono::duration<double>(cloud.pause.value_or(std::chrono::seconds(0))).count());
     out.gauge("quorin_gateway_upload_running",
               QStringLiteral("1 while an upload run is under way."),
               asNumber(cloud.isUploading));

@@ -233,6 +233,7 @@ QJsonObject toJson(const StatusReport &report)
                      {QStringLiteral("associations"), report.openAssociations}}},
         {QStringLiteral("counters"), countersJson(report.counters)},
         {QStringLiteral("failures"), toJson(report.failures)},
+        {QStringLiteral("waiting"), toJson(report.waiting)},
         {QStringLiteral("storage"),
          QJsonObject{{QStringLiteral("usedBytes"), report.storage.usedBytes},
                      {QStringLiteral("availableBytes"), report.storage.availableBytes}}},
@@ -285,6 +286,9 @@ QString statusText(const QJsonObject &status)
     }
     for (const QString &line : failureLines(status.value(QStringLiteral("failures")).toArray())) {
         lines.append(QStringLiteral("Failures   ") + line);
+    }
+    for (const QString &line : waitingLines(part(QStringLiteral("waiting")))) {
+        lines.append(QStringLiteral("Waiting    ") + line);
     }
     const QString banner = status.value(QStringLiteral("banner")).toString();
     if (!banner.isEmpty()) {

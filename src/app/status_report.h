@@ -3,6 +3,7 @@
 #include "account/session_standing.h"
 #include "app/failure_figures.h"
 #include "app/upload_run_watcher.h"
+#include "app/waiting_uploads.h"
 
 #include <QtCore/QDateTime>
 #include <QtCore/QJsonObject>
@@ -80,6 +81,7 @@ struct StatusReport
     } setup;
 
     QList<FailureFigure> failures; ///< why images wait that were tried
+    WaitingUploads waiting;
     int openAssociations = 0;
     UploadRunFigures upload;
     double uploadSpeedMbps = 0;

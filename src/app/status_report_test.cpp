@@ -24,7 +24,8 @@ TEST(StatusReport, AlwaysHasTheSameKeys)
                            u"setup"_qs,
                            u"storage"_qs,
                            u"terms"_qs,
-                           u"upload"_qs}));
+                           u"upload"_qs,
+                           u"waiting"_qs}));
     EXPECT_EQ(json[u"listener"].toObject().keys(),
               (QStringList{u"address"_qs, u"aeTitle"_qs, u"error"_qs, u"port"_qs, u"state"_qs}));
     EXPECT_EQ(json[u"counters"].toObject().keys(),
@@ -121,6 +122,17 @@ TEST(StatusReport, ReadsAsAFewLines)
     EXPECT_TRUE(text.contains(u"GATE on port 1115 (10.0.0.1:1115)"_qs));
     EXPECT_TRUE(text.contains(u"Signed in as Radiology"_qs));
     EXPECT_FALSE(text.contains(u"Setup"_qs));
+}
+
+TEST(StatusReport, SaysWhatUploadsWaitFor)
+{
+    StatusReport report;
+    EXPECT_FALSE(statusText(toJson(report)).contains(u"Waiting"_qs));
+
+    report.waiting.retries = {3, QDateTime(QDate(2026, 5, 1), QTime(13, 0), Qt::UTC)};
+
+    EXPECT_EQ(toJson(report)[u"waiting"][u"files"].toInt(), 3);
+    EXPECT_TRUE(statusText(toJson(report)).contains(u"\nWaiting    files that failed"_qs));
 }
 
 TEST(StatusReport, LeavesOpenWhatNobodyKnowsOfTheCloud)

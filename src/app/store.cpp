@@ -72,10 +72,10 @@ std::function<void(QString)> Store::uploadRequest() const
     };
 }
 
-void Store::requestUpload(const QString &reason)
+void Store::requestUpload(const QString &reason, upload::UploadUrgency urgency)
 {
     if (!core::isSetupRequired(m_with.settings)) {
-        m_uploadCoordinator->requestUploadRun(reason);
+        m_uploadCoordinator->requestUploadRun(reason, urgency);
     }
 }
 

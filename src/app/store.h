@@ -49,7 +49,8 @@ public:
     /// Asks for an upload run if setup is finished; does nothing otherwise.
     ///
     /// \param reason  a short word for the log, such as "app_launch".
-    void requestUpload(const QString &reason);
+    void requestUpload(const QString &reason,
+                       upload::UploadUrgency urgency = upload::UploadUrgency::whenOpen);
 
     receive::StoreListenerService &listenerService() const { return *m_listenerService; }
 

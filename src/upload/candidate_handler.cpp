@@ -5,21 +5,26 @@
 namespace gateway::upload {
 
 using StoreUpload::CandidateContext;
-using StoreUpload::CandidateOutcome;
 using StoreUpload::CandidatePreparationResult;
 using StoreUpload::ExecutionMode;
 using StoreUpload::MissingFile;
 using StoreUpload::PreparedCandidate;
 
-CandidateHandler::CandidateHandler(const UploadCollaborators &with, const RunIdentity &run)
-    : m_with(with), m_run(run), m_preparer(with, run), m_attempt(with, run, m_preparer),
+CandidateHandler::CandidateHandler(const UploadCollaborators &with, const RunIdentity &run, RunHalt &halt)
+    : m_with(with), m_run(run), m_halt(halt), m_preparer(with, run), m_attempt(with, run, m_preparer),
       m_conversions(run.config.maxConcurrent), m_requests(run.config.maxConcurrent)
 {
 }
 
-int CandidateHandler::chunkSize() const
+CandidateHandler::Contexts CandidateHandler::chunkAt(const Contexts &contexts, qsizetype from) const
 {
-    return m_run.config.mode == ExecutionMode::parallelBatch ? m_run.config.batchSize : 1;
+    const qsizetype most = m_run.config.mode == ExecutionMode::parallelBatch ? m_run.config.batchSize : 1;
+    qsizetype size = 1;
+    while (!contexts[from].candidate.isRetry && size < most && from + size < contexts.size() &&
+           !contexts[from + size].candidate.isRetry) {
+        ++size;
+    }
+    return contexts.mid(from, size);
 }
 
 int CandidateHandler::width() const
@@ -50,24 +55,29 @@ void CandidateHandler::begin(const Contexts &contexts) const
 
 CandidateHandler::Outcomes CandidateHandler::finish(const Contexts &chunk)
 {
-    return m_run.config.mode == ExecutionMode::parallelBatch ? finishBatch(chunk)
-                                                             : Outcomes{finishFile(chunk.first())};
+    return m_run.config.mode == ExecutionMode::parallelBatch ? finishBatch(chunk) : finishFile(chunk.first());
 }
 
-CandidateOutcome CandidateHandler::finishFile(const CandidateContext &context)
+CandidateHandler::Outcomes CandidateHandler::finishFile(const CandidateContext &context)
 {
+    if (m_halt.isHalted()) {
+        return {};
+    }
     const CandidatePreparationResult prepared = prepare(context);
     if (const auto *missing = std::get_if<MissingFile>(&prepared)) {
-        return {context, StoreUpload::kFileMissing, missing->details};
+        return {{context, StoreUpload::kFileMissing, missing->details}};
     }
     const auto &ready = std::get<PreparedCandidate>(prepared);
-    CandidateOutcome outcome = {context, {}, ready.details};
+    Outcomes outcomes;
     {
         const Slots::Hold request(m_requests);
-        outcome.end = m_attempt.sendFile(ready);
+        if (!m_halt.isHalted()) {
+            outcomes.append({context, m_attempt.sendFile(ready), ready.details});
+            m_halt.requestEnded(outcomes);
+        }
     }
     m_preparer.cleanUp(ready);
-    return outcome;
+    return outcomes;
 }
 
 CandidateHandler::Outcomes CandidateHandler::finishBatch(const Contexts &chunk)
@@ -76,6 +86,9 @@ CandidateHandler::Outcomes CandidateHandler::finishBatch(const Contexts &chunk)
     Outcomes outcomes;
     QList<PreparedCandidate> ready;
     for (const CandidateContext &context : chunk) {
+        if (m_halt.isHalted()) {
+            break;
+        }
         const CandidatePreparationResult prepared = prepare(context);
         if (const auto *missing = std::get_if<MissingFile>(&prepared)) {
             Details details = missing->details;
@@ -90,7 +103,11 @@ CandidateHandler::Outcomes CandidateHandler::finishBatch(const Contexts &chunk)
     }
     {
         const Slots::Hold request(m_requests);
-        outcomes.append(m_attempt.sendBatch(ready, chunkDetails));
+        if (!m_halt.isHalted()) {
+            const Outcomes sent = m_attempt.sendBatch(ready, chunkDetails);
+            m_halt.requestEnded(sent);
+            outcomes.append(sent);
+        }
     }
     for (const PreparedCandidate &candidate : ready) {
         m_preparer.cleanUp(candidate);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "upload/candidate_preparer.h"
+#include "upload/run_halt.h"
 #include "upload/slots.h"
 #include "upload/upload_attempt.h"
 
@@ -20,10 +21,12 @@ public:
     using Contexts = QList<StoreUpload::CandidateContext>;
     using Outcomes = QList<StoreUpload::CandidateOutcome>;
 
-    CandidateHandler(const UploadCollaborators &with, const RunIdentity &run);
+    /// \param halt  told how each request ended, and asked before each; outlives the handler.
+    CandidateHandler(const UploadCollaborators &with, const RunIdentity &run, RunHalt &halt);
 
-    /// Candidates that go together: one, or in batches as many as a batch holds.
-    int chunkSize() const;
+    /// The candidates from `from` on that go together: one, or in batches as many as a batch holds. One that
+    /// failed before goes alone, so that it takes nobody down with it.
+    Contexts chunkAt(const Contexts &contexts, qsizetype from) const;
 
     /// How many chunks may be under way at once: as many as are sent, and as many again that are made ready.
     /// Mode `single` knows one.
@@ -32,16 +35,18 @@ public:
     /// Tells the log that the candidates are next, and marks their rows as in progress.
     void begin(const Contexts &chunk) const;
 
-    /// Tries each candidate of a chunk once; blocks until all have an outcome.
+    /// Tries each candidate of a chunk once; blocks until all have an outcome. Once the run is halted nothing
+    /// is begun any more, and those candidates have none.
     Outcomes finish(const Contexts &chunk);
 
 private:
-    StoreUpload::CandidateOutcome finishFile(const StoreUpload::CandidateContext &context);
+    Outcomes finishFile(const StoreUpload::CandidateContext &context);
     Outcomes finishBatch(const Contexts &chunk);
     StoreUpload::CandidatePreparationResult prepare(const StoreUpload::CandidateContext &context);
 
     const UploadCollaborators &m_with;
     const RunIdentity &m_run;
+    RunHalt &m_halt;
     const CandidatePreparer m_preparer;
     const UploadAttempt m_attempt;
     Slots m_conversions;

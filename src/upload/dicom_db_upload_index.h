@@ -31,11 +31,17 @@ public:
         return m_database.recordUploadResult(imageObjectIDs, storagePath, synced);
     }
 
-    void recordUploadFailure(const QString &storagePath, const core::Failure &failure) override
+    void recordUploadFailure(const QString &storagePath,
+                             const core::Failure &failure,
+                             std::span<const std::chrono::seconds> pauses) override
     {
         m_database.recordUploadFailure(
-            storagePath, QString(core::rawValue(failure.failureClass)), failure.code);
+            storagePath, QString(core::rawValue(failure.failureClass)), failure.code, pauses);
     }
+
+    std::optional<QDateTime> nextRetry() override { return m_database.nextRetry(); }
+
+    void releaseRetries() override { m_database.releaseRetries(); }
 
     std::int64_t resetInProgressImages(const QList<index::ImageObjectID> &imageObjectIDs) override
     {

@@ -13,6 +13,9 @@ using platform::NoAnswer;
 using platform::QrnErrorKind;
 using platform::QrnErrorResponse;
 using platform::QrnStowResponse;
+using StoreUpload::AttemptEnd;
+using StoreUpload::AttemptResult;
+using StoreUpload::FailureReach;
 using StoreUpload::PreparedCandidate;
 
 namespace {
@@ -188,7 +191,112 @@ Failure failureIn(const QrnStowResponse &refusal, const PreparedCandidate &prepa
     return {classOfReason(refusal.code), refusal.code};
 }
 
+FailureReach reachOfStatus(int status)
+{
+    switch (status) {
+    case 401:
+    case 403:
+    case 407:
+    case 429:
+    case 503:
+    case 507:
+    case 511:
+        return FailureReach::queue;
+    case 408:
+    case 502: // a proxy's word that the service itself gave no answer
+    case 504:
+        return FailureReach::unanswered;
+    default:
+        return FailureReach::file;
+    }
+}
+
+FailureReach reachOfKind(const QrnErrorResponse &error)
+{
+    switch (error.kind) {
+    case QrnErrorKind::termsNotAccepted:
+    case QrnErrorKind::storageUsedUp:
+    case QrnErrorKind::tooManyRequests:
+    case QrnErrorKind::sessionInvalid:
+    case QrnErrorKind::credentialsRefused:
+        return FailureReach::queue;
+    case QrnErrorKind::badRequest:
+    case QrnErrorKind::passwordsDoNotMatch:
+    case QrnErrorKind::currentPasswordIncorrect:
+    case QrnErrorKind::notFound:
+    case QrnErrorKind::serviceFault:
+        break;
+    }
+    return error.responseCode ? reachOfStatus(*error.responseCode) : FailureReach::file;
+}
+
+FailureReach reachOf(NoAnswer reason)
+{
+    switch (reason) {
+    case NoAnswer::badAddress:
+    case NoAnswer::addressNotFound:
+    case NoAnswer::notReachable:
+    case NoAnswer::notSecure:
+        return FailureReach::queue;
+    case NoAnswer::timedOut:
+    case NoAnswer::connectionLost:
+    case NoAnswer::unusableAnswer:
+    case NoAnswer::otherReason:
+        return FailureReach::unanswered;
+    case NoAnswer::unusableFile:
+        break;
+    }
+    return FailureReach::file;
+}
+
+/// What ended the request in which the file was sent; nothing where the answer spoke of the file, or of
+/// nobody.
+const std::exception *
+endOfRequest(const std::exception &error, const PreparedCandidate &prepared, std::exception_ptr &held)
+{
+    const auto *refusal = dynamic_cast<const QrnStowResponse *>(&error);
+    if (!refusal) {
+        return &error;
+    }
+    const bool isNamed =
+        std::ranges::any_of(prepared.context.candidate.originalSOPInstanceUIDs,
+                            [&](const QString &uid) { return refusal->reasons.contains(uid); });
+    if (isNamed || !refusal->cause || couldNotBeRead(*refusal, prepared.uploadURL.toLocalFile())) {
+        return nullptr;
+    }
+    try {
+        held = refusal->cause;
+        std::rethrow_exception(held);
+    } catch (const std::exception &cause) {
+        return &cause; // `held` keeps it
+    }
+}
+
+FailureReach reachOfRequest(const std::exception &error)
+{
+    if (const auto *response = dynamic_cast<const QrnErrorResponse *>(&error)) {
+        return reachOfKind(*response);
+    }
+    if (const auto *failed = dynamic_cast<const AFError *>(&error)) {
+        return failed->responseCode ? reachOfStatus(*failed->responseCode) : reachOf(failed->noAnswer);
+    }
+    return FailureReach::file;
+}
+
 } // namespace
+
+AttemptEnd failedEnd(const std::exception &error, const PreparedCandidate &prepared)
+{
+    AttemptEnd end{.result = AttemptResult::failed, .failure = failureOf(error, prepared)};
+    std::exception_ptr held;
+    if (const std::exception *ended = endOfRequest(error, prepared, held)) {
+        end.reach = reachOfRequest(*ended);
+        if (const auto *known = dynamic_cast<const platform::QuorinError *>(ended)) {
+            end.retryAfter = known->retryAfter;
+        }
+    }
+    return end;
+}
 
 Failure failureOf(const std::exception &error, const PreparedCandidate &prepared)
 {

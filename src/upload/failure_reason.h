@@ -17,4 +17,11 @@ namespace gateway::upload {
 /// Thread: any; a pure function.
 core::Failure failureOf(const std::exception &error, const StoreUpload::PreparedCandidate &prepared);
 
+/// The end of an attempt at this file that threw this error: why it failed, and whom that concerns. A reason
+/// that the server gave for the file itself never concerns others.
+///
+/// Thread: any; a pure function.
+StoreUpload::AttemptEnd failedEnd(const std::exception &error,
+                                  const StoreUpload::PreparedCandidate &prepared);
+
 } // namespace gateway::upload

@@ -85,6 +85,10 @@ Details summaryDetails(const RunSummary &summary)
     add(QStringLiteral("reconciled_images"), summary.reconciledImages);
     details.insert(QStringLiteral("missing_token"), boolText(summary.missingToken));
     details.insert(QStringLiteral("was_cancelled"), boolText(summary.wasCancelled));
+    if (summary.trouble) {
+        details.insert(QStringLiteral("ended_by"),
+                       QString(core::rawValue(summary.trouble->failure.failureClass)));
+    }
     return details;
 }
 

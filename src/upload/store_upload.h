@@ -10,6 +10,7 @@
 #include <QtCore/QString>
 #include <QtCore/QUrl>
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <variant>
@@ -56,6 +57,9 @@ struct ExecutionConfig
     bool compressionEnabled = false;
     int fetchLimit = 1; ///< candidates of one page; at least 1
 
+    /// One file at a time goes alone until a request was answered: the last run met trouble.
+    bool probesFirst = false;
+
     bool operator==(const ExecutionConfig &) const = default;
 };
 
@@ -72,17 +76,37 @@ enum class AttemptResult
     missingFile
 };
 
+/// Whom a failure concerns.
+enum class FailureReach
+{
+    file,       ///< this file: the answer was about it, or it never left
+    unanswered, ///< this file, unless others get no answer either
+    queue       ///< every file that waits
+};
+
 /// How an attempt ended, and unless it succeeded, why.
 struct AttemptEnd
 {
     AttemptResult result = AttemptResult::failed;
-    core::Failure failure;
+    core::Failure failure = {};
+    FailureReach reach = FailureReach::file;
+    std::optional<std::chrono::seconds> retryAfter = {}; ///< for how long the cloud asked to be left alone
 
     bool operator==(const AttemptEnd &) const = default;
 };
 
-inline constexpr AttemptEnd kUploaded{AttemptResult::success, {}};
-inline constexpr AttemptEnd kFileMissing{AttemptResult::missingFile, {core::FailureClass::fileMissing, 0}};
+inline constexpr AttemptEnd kUploaded{.result = AttemptResult::success};
+inline constexpr AttemptEnd kFileMissing{.result = AttemptResult::missingFile,
+                                         .failure = {core::FailureClass::fileMissing, 0}};
+
+/// What ended a run before every candidate was tried: it would have met each of them.
+struct QueueTrouble
+{
+    core::Failure failure = {};
+    std::optional<std::chrono::seconds> retryAfter = {}; ///< for how long the cloud asked to be left alone
+
+    bool operator==(const QueueTrouble &) const = default;
+};
 
 /// A candidate in a run.
 struct CandidateContext
@@ -133,10 +157,11 @@ struct RunSummary
     std::int64_t reconciledImages = 0;
     bool missingToken = false;
     bool wasCancelled = false;
-    Details executionDetails;
+    std::optional<QueueTrouble> trouble = {}; ///< what ended it early
+    Details executionDetails = {};
 };
 
-/// The execution details with every figure of the summary.
+/// The execution details with every figure of the summary, and "ended_by" where something ended it early.
 Details summaryDetails(const RunSummary &summary);
 
 /// "true" or "false".

@@ -2,6 +2,9 @@
 
 #include "log/redaction.h"
 
+#include <algorithm>
+#include <utility>
+
 namespace gateway::upload {
 
 namespace {
@@ -23,10 +26,8 @@ Details requestDetails(const StoreUpload::ExecutionConfig &config, const QString
 
 } // namespace
 
-StoreUploadCoordinator::StoreUploadCoordinator(log::StoreLogEmitter &emitter,
-                                               ReadConfig readConfig,
-                                               PerformRun performRun)
-    : m_emitter(emitter), m_readConfig(std::move(readConfig)), m_performRun(std::move(performRun)),
+StoreUploadCoordinator::StoreUploadCoordinator(Collaborators with)
+    : m_with(std::move(with)), m_gate(m_with.clock, m_with.chance),
       m_uploadCoordinationQueue(QStringLiteral("com.ovelt.pavan.gateway.cloudUpload.queue"))
 {
 }
@@ -34,49 +35,71 @@ StoreUploadCoordinator::StoreUploadCoordinator(log::StoreLogEmitter &emitter,
 StoreUploadCoordinator::~StoreUploadCoordinator()
 {
     platform::Task running;
-    m_uploadCoordinationQueue.sync([this, &running] {
+    platform::Task timer;
+    m_uploadCoordinationQueue.sync([this, &running, &timer] {
         m_closing = true;
         running = std::move(m_uploadTask);
+        timer = std::move(m_timer);
     });
+    timer.cancel();
     running.cancel();
     running.join();
+    timer.join();
 }
 
-void StoreUploadCoordinator::requestUploadRun(const QString &trigger)
+void StoreUploadCoordinator::requestUploadRun(const QString &trigger, UploadUrgency urgency)
 {
-    m_emitter.emit(event(log::GatewayLogAction::uploadRunRequested,
-                         log::GatewayLogOutcome::queued,
-                         requestDetails(m_readConfig(), trigger)));
-    m_uploadCoordinationQueue.async([this, trigger] { startOrRequeue(trigger); });
+    m_with.emitter.emit(event(log::GatewayLogAction::uploadRunRequested,
+                              log::GatewayLogOutcome::queued,
+                              requestDetails(m_with.readConfig(), trigger)));
+    m_uploadCoordinationQueue.async([this, trigger, urgency] { startOrRequeue(trigger, urgency); });
 }
 
-void StoreUploadCoordinator::startOrRequeue(const QString &trigger)
+void StoreUploadCoordinator::startOrRequeue(const QString &trigger, UploadUrgency urgency)
 {
     if (m_closing) {
         return;
     }
-    const StoreUpload::ExecutionConfig config = m_readConfig();
-    if (!m_uploadTask.isSet()) {
-        start(trigger, config);
-        return;
-    }
-    m_uploadRequestedWhileRunning = true;
-    Details details = requestDetails(config, trigger);
-    details.insert(QStringLiteral("reason"), QStringLiteral("run_already_in_progress"));
-    m_emitter.emit(
-        event(log::GatewayLogAction::uploadRunRequeued, log::GatewayLogOutcome::queued, std::move(details)));
+    openFor(urgency);
+    if (m_uploadTask.isSet()) {
+        m_requestedWhileRunning = std::max(urgency, m_requestedWhileRunning.value_or(urgency));
+        Details details = requestDetails(m_with.readConfig(), trigger);
+        details.insert(QStringLiteral("reason"), QStringLiteral("run_already_in_progress"));
+        m_with.emitter.emit(event(
+            log::GatewayLogAction::uploadRunRequeued, log::GatewayLogOutcome::queued, std::move(details)));
+    } else if (m_gate.isOpen()) {
+        start(trigger, m_with.readConfig());
+    } // else the run that begins when the gate opens finds whatever this one would have
 }
 
-void StoreUploadCoordinator::start(const QString &trigger, const StoreUpload::ExecutionConfig &config)
+void StoreUploadCoordinator::openFor(UploadUrgency urgency)
+{
+    switch (urgency) {
+    case UploadUrgency::whenOpen:
+        break;
+    case UploadUrgency::unlessAskedToWait:
+        if (const auto closure = m_gate.closure(); closure && !closure->wasAskedFor) {
+            m_gate.open();
+        }
+        break;
+    case UploadUrgency::everythingNow:
+        m_with.index.releaseRetries();
+        m_gate.open();
+        break;
+    }
+}
+
+void StoreUploadCoordinator::start(const QString &trigger, StoreUpload::ExecutionConfig config)
 {
     const QString runId = log::newUuidText();
     log::StoreLogRecord started = event(log::GatewayLogAction::uploadRunStarted,
                                         log::GatewayLogOutcome::started,
                                         requestDetails(config, trigger));
     started.correlationId = runId;
-    m_emitter.emit(std::move(started));
+    m_with.emitter.emit(std::move(started));
+    config.probesFirst = m_gate.isTroubled();
     m_uploadTask = platform::Task("uploadRun", [this, runId, config](const std::stop_token &stop) {
-        const StoreUpload::RunSummary summary = m_performRun(runId, config, stop);
+        const StoreUpload::RunSummary summary = m_with.performRun(runId, config, stop);
         m_uploadCoordinationQueue.async([this, runId, summary] { finish(runId, summary); });
     });
 }
@@ -87,14 +110,69 @@ void StoreUploadCoordinator::finish(const QString &runId, const StoreUpload::Run
         return;
     }
     m_uploadTask.join(); // it has nothing left to do
+    m_gate.runEnded(summary);
     log::StoreLogRecord finished = event(log::GatewayLogAction::uploadRunFinished,
                                          log::GatewayLogOutcome::completed,
                                          StoreUpload::summaryDetails(summary));
     finished.correlationId = runId;
-    m_emitter.emit(std::move(finished));
-    if (std::exchange(m_uploadRequestedWhileRunning, false)) {
-        requestUploadRun(QStringLiteral("deferred_while_running"));
+    m_with.emitter.emit(std::move(finished));
+    if (const auto wanted = std::exchange(m_requestedWhileRunning, std::nullopt)) {
+        openFor(*wanted);
+        if (m_gate.isOpen()) {
+            requestUploadRun(QStringLiteral("deferred_while_running"));
+            return; // the timer is set when that one has ended
+        }
     }
+    setTimer();
+}
+
+/// Sets the timer for the moment when the gate opens, else for that when a file's time comes.
+void StoreUploadCoordinator::setTimer()
+{
+    const std::optional<std::chrono::nanoseconds> wait =
+        m_gate.isTroubled() ? m_gate.remaining() : untilNextRetry();
+    if (!wait) {
+        return;
+    }
+    m_timer = platform::Task("uploadTimer", [this, wait = *wait](const std::stop_token &stop) {
+        if (m_with.clock.sleep(wait, stop)) {
+            m_uploadCoordinationQueue.async([this] { timerFired(); });
+        }
+    });
+}
+
+void StoreUploadCoordinator::timerFired()
+{
+    if (m_closing || m_uploadTask.isSet()) {
+        return; // the run that is under way sets it anew
+    }
+    if (m_gate.isTroubled()) {
+        if (m_gate.isOpen()) {
+            requestUploadRun(QStringLiteral("pause_over"));
+        } else {
+            setTimer();
+        }
+        return;
+    }
+    const std::optional<QDateTime> next = m_with.index.nextRetry();
+    if (next && *next <= m_with.clock.now()) {
+        requestUploadRun(QStringLiteral("retry_due"));
+    } else {
+        setTimer();
+    }
+}
+
+/// The time until a file is to be tried again, or until the clock is to be looked at again: it may be set.
+std::optional<std::chrono::nanoseconds> StoreUploadCoordinator::untilNextRetry() const
+{
+    constexpr std::chrono::milliseconds kSoonest =
+        std::chrono::seconds(5); // also where nothing can be written
+    constexpr std::chrono::milliseconds kLatest = std::chrono::minutes(5);
+    const std::optional<QDateTime> next = m_with.index.nextRetry();
+    if (!next) {
+        return std::nullopt;
+    }
+    return std::clamp(std::chrono::milliseconds(m_with.clock.now().msecsTo(*next)), kSoonest, kLatest);
 }
 
 } // namespace gateway::upload

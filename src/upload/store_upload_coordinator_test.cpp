@@ -24,6 +24,13 @@ namespace {
 class FakeRuns
 {
 public:
+    /// How the next runs end that are let go.
+    void endWith(const std::optional<StoreUpload::QueueTrouble> &trouble)
+    {
+        const platform::MutexLock lock(m_mutex);
+        m_trouble = trouble;
+    }
+
     RunSummary perform(const QString &runId, const ExecutionConfig &config, const std::stop_token &stop)
     {
         const std::stop_callback wake(stop, [this] { endOne(); });
@@ -37,7 +44,9 @@ public:
             m_changed.wait(m_mutex);
         }
         ++m_ended;
-        return {.selectedCandidates = m_ended, .executionDetails = StoreUpload::executionDetails(config)};
+        return {.selectedCandidates = m_ended,
+                .trouble = m_trouble,
+                .executionDetails = StoreUpload::executionDetails(config)};
     }
 
     void endOne()
@@ -87,6 +96,7 @@ private:
     int m_ended QUORIN_GUARDED_BY(m_mutex) = 0;
     int m_allowed QUORIN_GUARDED_BY(m_mutex) = 0;
     int m_most QUORIN_GUARDED_BY(m_mutex) = 0;
+    std::optional<StoreUpload::QueueTrouble> m_trouble QUORIN_GUARDED_BY(m_mutex);
     std::vector<QString> m_runIds QUORIN_GUARDED_BY(m_mutex);
     std::vector<ExecutionConfig> m_configs QUORIN_GUARDED_BY(m_mutex);
 };
@@ -139,18 +149,42 @@ struct StoreUploadCoordinatorTest : ::testing::Test
     platform::testing::ManualClock clock;
     log::StoreLogEmitter emitter{log, clock};
     FakeRuns runs;
+    testing::FakeUploadIndex index;
     std::atomic<int> maxConcurrent = 2;
-    std::unique_ptr<StoreUploadCoordinator> coordinator = std::make_unique<StoreUploadCoordinator>(
-        emitter,
-        [this] { return ExecutionConfig{.maxConcurrent = maxConcurrent}; },
-        [this](const QString &runId, const ExecutionConfig &config, const std::stop_token &stop) {
-            return runs.perform(runId, config, stop);
-        });
+    std::unique_ptr<StoreUploadCoordinator> coordinator =
+        make([this] { return ExecutionConfig{.maxConcurrent = maxConcurrent}; });
 
-    void request(const char *trigger = "app_launch")
+    std::unique_ptr<StoreUploadCoordinator> make(std::function<ExecutionConfig()> readConfig)
     {
-        coordinator->requestUploadRun(QString::fromLatin1(trigger));
+        return std::make_unique<StoreUploadCoordinator>(StoreUploadCoordinator::Collaborators{
+            emitter,
+            clock,
+            index,
+            std::move(readConfig),
+            [this](const QString &runId, const ExecutionConfig &config, const std::stop_token &stop) {
+                return runs.perform(runId, config, stop);
+            },
+            [] { return 0.0; }});
     }
+
+    void request(const char *trigger = "app_launch", UploadUrgency urgency = UploadUrgency::whenOpen)
+    {
+        coordinator->requestUploadRun(QString::fromLatin1(trigger), urgency);
+    }
+
+    /// One run that meets `trouble`, to its end. The gate is closed then and the timer set.
+    void meetTrouble(const StoreUpload::QueueTrouble &trouble = {{core::FailureClass::notReachable, 7}, {}})
+    {
+        const int before = runs.started();
+        runs.endWith(trouble);
+        request();
+        runs.endOne();
+        log.waitFor(GatewayLogAction::uploadRunFinished, static_cast<std::size_t>(before) + 1);
+        clock.waitForSleepers(1);
+        runs.endWith(std::nullopt);
+    }
+
+    std::size_t count(GatewayLogAction action) const { return log.events(action).size(); }
 
     static QString detail(const log::GatewayLogEvent &event, const char *key)
     {
@@ -272,12 +306,7 @@ TEST_F(StoreUploadCoordinatorTest, TheConfigOfARequestMayDifferFromTheOneThatIts
 {
     // The first reading is the request's, the second the run's.
     std::atomic<int> readings = 0;
-    coordinator = std::make_unique<StoreUploadCoordinator>(
-        emitter,
-        [&readings] { return ExecutionConfig{.maxConcurrent = ++readings}; },
-        [this](const QString &runId, const ExecutionConfig &config, const std::stop_token &stop) {
-            return runs.perform(runId, config, stop);
-        });
+    coordinator = make([&readings] { return ExecutionConfig{.maxConcurrent = ++readings}; });
 
     request();
     const auto started = log.waitFor(GatewayLogAction::uploadRunStarted, 1).front();
@@ -309,7 +338,6 @@ TEST_F(StoreUploadCoordinatorTest, LosesNoRequestOfManyThreadsAndNeverRunsTwice)
     }
 
     // Each request starts a run or is noted; a note is followed by a request of the coordinator's own.
-    const auto count = [this](GatewayLogAction action) { return log.events(action).size(); };
     while (count(GatewayLogAction::uploadRunStarted) + count(GatewayLogAction::uploadRunRequeued) <
                count(GatewayLogAction::uploadRunRequested) ||
            count(GatewayLogAction::uploadRunFinished) < count(GatewayLogAction::uploadRunStarted)) {
@@ -332,12 +360,15 @@ TEST(StoreUploadCoordinatorWithRuns, SendsEveryFileThatThreadsStoreAndAskFor)
                                     .batchSize = 2,
                                     .compressionEnabled = true,
                                     .fetchLimit = 8};
-    auto coordinator = std::make_unique<StoreUploadCoordinator>(
+    auto coordinator = std::make_unique<StoreUploadCoordinator>(StoreUploadCoordinator::Collaborators{
         around.emitter,
+        around.clock,
+        around.index,
         [&] { return orders; },
         [&](const QString &runId, const ExecutionConfig &config, const std::stop_token &stop) {
             return UploadRun(around.with, runId, config, QStringLiteral("DEVICE")).run(stop);
-        });
+        },
+        [] { return 0.0; }});
     {
         std::vector<std::jthread> receivers;
         receivers.reserve(kThreads);
@@ -366,12 +397,15 @@ TEST_F(StoreUploadCoordinatorTest, TellsARunWithoutATokenAsCompletedWithoutOne)
     testing::FakeSurroundings around;
     around.store(QStringLiteral("1.1"));
     around.session.signIn(false);
-    coordinator = std::make_unique<StoreUploadCoordinator>(
+    coordinator = std::make_unique<StoreUploadCoordinator>(StoreUploadCoordinator::Collaborators{
         emitter,
+        clock,
+        around.index,
         [] { return ExecutionConfig(); },
         [&around](const QString &runId, const ExecutionConfig &config, const std::stop_token &stop) {
             return UploadRun(around.with, runId, config, QStringLiteral("DEVICE")).run(stop);
-        });
+        },
+        [] { return 0.0; }});
 
     request();
     const auto finished = log.waitFor(GatewayLogAction::uploadRunFinished, 1).front();
@@ -394,6 +428,175 @@ TEST_F(StoreUploadCoordinatorTest, StopsItsRunWhenItGoesAndTellsNoMore)
 
     EXPECT_EQ(runs.started(), 1);
     EXPECT_TRUE(log.events(GatewayLogAction::uploadRunFinished).empty());
+}
+
+TEST_F(StoreUploadCoordinatorTest, WhileTheGateIsClosedRequestsCostALineEachAndNothingElse)
+{
+    meetTrouble();
+
+    for (int number = 0; number < 1000; ++number) {
+        request("receive_import_succeeded");
+    }
+    coordinator.reset(); // carries all of them out
+
+    EXPECT_EQ(runs.started(), 1);
+    EXPECT_EQ(count(GatewayLogAction::uploadRunRequested), 1001U);
+    EXPECT_EQ(count(GatewayLogAction::uploadRunRequeued), 0U);
+}
+
+TEST_F(StoreUploadCoordinatorTest, ATimerOpensTheGateWithoutAnyFurtherRequest)
+{
+    meetTrouble();
+
+    clock.advance(UploadGate::kFirstPause);
+    const auto started = log.waitFor(GatewayLogAction::uploadRunStarted, 2);
+    runs.endOne();
+    log.waitFor(GatewayLogAction::uploadRunFinished, 2);
+
+    EXPECT_EQ(detail(started.back(), "trigger"), QStringLiteral("pause_over"));
+}
+
+TEST_F(StoreUploadCoordinatorTest, ADayWithoutACloudCostsFewRunsAndLinesBesideThoseOfTheRequests)
+{
+    constexpr std::size_t kMostRuns = 310;
+    runs.endWith(StoreUpload::QueueTrouble{{core::FailureClass::notReachable, 7}, {}});
+    request();
+    std::size_t asked = 1;
+    for (const auto end = clock.monotonic() + std::chrono::hours(24); clock.monotonic() < end;) {
+        runs.waitForStarted(static_cast<int>(count(GatewayLogAction::uploadRunFinished)) + 1);
+        const std::size_t finished = count(GatewayLogAction::uploadRunFinished);
+        runs.endOne();
+        log.waitFor(GatewayLogAction::uploadRunFinished, finished + 1);
+        clock.waitForSleepers(1);
+        request("receive_import_succeeded");
+        ++asked;
+        const auto closure = coordinator->closure();
+        ASSERT_TRUE(closure);
+        clock.advance(std::chrono::milliseconds(clock.now().msecsTo(closure->until)));
+    }
+    coordinator.reset();
+
+    EXPECT_LT(count(GatewayLogAction::uploadRunStarted), kMostRuns);
+    EXPECT_LT(count(GatewayLogAction::uploadRunRequested), asked + kMostRuns);
+}
+
+TEST_F(StoreUploadCoordinatorTest, APersonOpensTheGateAndLetsEverythingBeTried)
+{
+    meetTrouble({{core::FailureClass::tooManyRequests, 429}, std::chrono::minutes(5)});
+
+    request("command_line", UploadUrgency::everythingNow);
+    const auto started = log.waitFor(GatewayLogAction::uploadRunStarted, 2);
+    runs.endOne();
+    log.waitFor(GatewayLogAction::uploadRunFinished, 2);
+
+    EXPECT_EQ(detail(started.back(), "trigger"), QStringLiteral("command_line"));
+    EXPECT_EQ(index.releases(), 1);
+}
+
+TEST_F(StoreUploadCoordinatorTest, ACloudThatIsBackOpensTheGateUnlessItAskedToWait)
+{
+    meetTrouble();
+    request("cloud_back", UploadUrgency::unlessAskedToWait);
+    log.waitFor(GatewayLogAction::uploadRunStarted, 2);
+    runs.endOne();
+    log.waitFor(GatewayLogAction::uploadRunFinished, 2);
+    meetTrouble({{core::FailureClass::tooManyRequests, 503}, std::chrono::minutes(5)});
+
+    request("cloud_back", UploadUrgency::unlessAskedToWait);
+    coordinator.reset(); // carries the request out
+
+    EXPECT_EQ(runs.started(), 3);
+    EXPECT_EQ(index.releases(), 0);
+}
+
+TEST_F(StoreUploadCoordinatorTest, TheFirstRunBehindTheGateProbesAndTheOneAfterDoesNot)
+{
+    meetTrouble();
+    clock.advance(UploadGate::kFirstPause);
+    runs.waitForStarted(2);
+    runs.endOne();
+    log.waitFor(GatewayLogAction::uploadRunFinished, 2);
+
+    request();
+    runs.waitForStarted(3);
+    runs.endOne();
+    log.waitFor(GatewayLogAction::uploadRunFinished, 3);
+
+    const auto configs = runs.configs();
+    EXPECT_FALSE(configs.at(0).probesFirst);
+    EXPECT_TRUE(configs.at(1).probesFirst);
+    EXPECT_FALSE(configs.at(2).probesFirst);
+}
+
+TEST_F(StoreUploadCoordinatorTest, APersonsRequestDuringARunThatMeetsTroubleGivesOneMoreAtOnce)
+{
+    request();
+    runs.waitForStarted(1);
+    request("command_line", UploadUrgency::everythingNow);
+    log.waitFor(GatewayLogAction::uploadRunRequeued, 1);
+    runs.endWith(StoreUpload::QueueTrouble{{core::FailureClass::timedOut, 28}, {}});
+
+    runs.endOne();
+    const auto started = log.waitFor(GatewayLogAction::uploadRunStarted, 2);
+    runs.endOne();
+    log.waitFor(GatewayLogAction::uploadRunFinished, 2);
+
+    EXPECT_EQ(detail(started.back(), "trigger"), QStringLiteral("deferred_while_running"));
+}
+
+TEST_F(StoreUploadCoordinatorTest, AnImageThatComesDuringARunThatMeetsTroubleWaitsForTheGate)
+{
+    runs.endWith(StoreUpload::QueueTrouble{{core::FailureClass::timedOut, 28}, {}});
+    request();
+    runs.waitForStarted(1);
+    request("receive_import_succeeded");
+    log.waitFor(GatewayLogAction::uploadRunRequeued, 1);
+
+    runs.endOne();
+    log.waitFor(GatewayLogAction::uploadRunFinished, 1);
+    clock.waitForSleepers(1);
+    coordinator.reset();
+
+    EXPECT_EQ(runs.started(), 1);
+}
+
+TEST_F(StoreUploadCoordinatorTest, AsksForARunWhenTheTimeOfAFileComesThatFailedBefore)
+{
+    index.setNextRetry(clock.now().addSecs(60));
+    request();
+    runs.endOne();
+    log.waitFor(GatewayLogAction::uploadRunFinished, 1);
+    clock.waitForSleepers(1);
+
+    clock.advance(std::chrono::seconds(60));
+    const auto started = log.waitFor(GatewayLogAction::uploadRunStarted, 2);
+    index.setNextRetry(std::nullopt);
+    runs.endOne();
+    log.waitFor(GatewayLogAction::uploadRunFinished, 2);
+
+    EXPECT_EQ(detail(started.back(), "trigger"), QStringLiteral("retry_due"));
+}
+
+TEST_F(StoreUploadCoordinatorTest, LooksAtTheTimeOfAFileFarAwayAgainWithoutARun)
+{
+    const QDateTime due = clock.now().addSecs(400);
+    index.setNextRetry(clock.now().addDays(1));
+    request();
+    runs.endOne();
+    log.waitFor(GatewayLogAction::uploadRunFinished, 1);
+    clock.waitForSleepers(1);
+    index.setNextRetry(due); // as a clock that was set would make it
+
+    while (runs.started() < 2) {
+        clock.advance(std::chrono::seconds(1));
+        std::this_thread::yield();
+    }
+    index.setNextRetry(std::nullopt);
+    runs.endOne();
+    log.waitFor(GatewayLogAction::uploadRunFinished, 2);
+
+    EXPECT_GE(log.events(GatewayLogAction::uploadRunStarted).back().timestamp, due);
+    EXPECT_EQ(count(GatewayLogAction::uploadRunRequested), 2U);
 }
 
 } // namespace gateway::upload

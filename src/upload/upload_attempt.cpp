@@ -10,7 +10,6 @@
 namespace gateway::upload {
 
 using StoreUpload::AttemptEnd;
-using StoreUpload::AttemptResult;
 using StoreUpload::CandidateOutcome;
 using StoreUpload::PreparedCandidate;
 
@@ -61,8 +60,7 @@ QList<AttemptEnd> endsAfter(const platform::QrnStowResponse &refusal,
         const QStringList &uids = candidate.context.candidate.originalSOPInstanceUIDs;
         const bool isStored =
             namesSomebodyEachTime && !uids.isEmpty() && !refusal.names(candidate.uploadURL, uids);
-        ends.append(isStored ? StoreUpload::kUploaded
-                             : AttemptEnd{AttemptResult::failed, failureOf(refusal, candidate)});
+        ends.append(isStored ? StoreUpload::kUploaded : failedEnd(refusal, candidate));
     }
     return ends;
 }
@@ -71,7 +69,7 @@ QList<AttemptEnd> allFailed(const std::exception &error, const QList<PreparedCan
 {
     QList<AttemptEnd> ends;
     for (const PreparedCandidate &candidate : prepared) {
-        ends.append({AttemptResult::failed, failureOf(error, candidate)});
+        ends.append(failedEnd(error, candidate));
     }
     return ends;
 }
@@ -118,7 +116,7 @@ AttemptEnd UploadAttempt::sendFile(const PreparedCandidate &prepared) const
         m_with.cloud.upload(prepared.uploadURL, m_run.deviceId, speed.callback());
     } catch (const std::exception &error) {
         tellFailure(record, error);
-        return {AttemptResult::failed, failureOf(error, prepared)};
+        return failedEnd(error, prepared);
     }
     m_with.emitter.emit(succeeded(record));
     speed.tellWhole(size.value_or(0));

@@ -299,7 +299,9 @@ TEST_F(UploadAttemptTest, TellsTheSameOfEveryFileOfABatchThatFailedAsAWhole)
 
     ASSERT_EQ(outcomes.size(), 2);
     for (const CandidateOutcome &outcome : outcomes) {
-        EXPECT_EQ(outcome.end, (AttemptEnd{kFailed, {core::FailureClass::storageUsedUp, 507}}));
+        EXPECT_EQ(outcome.end,
+                  (AttemptEnd{
+                      kFailed, {core::FailureClass::storageUsedUp, 507}, StoreUpload::FailureReach::queue}));
     }
 }
 

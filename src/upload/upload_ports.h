@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <exception>
 #include <optional>
+#include <span>
 
 namespace gateway::upload {
 
@@ -27,7 +28,8 @@ public:
     /// Puts back what an earlier run left in progress.
     virtual index::RecoveryCounts recoverInProgressImages() = 0;
 
-    /// The next candidates behind `cursor`, oldest first, at most `limit`; moves the cursor past them.
+    /// The next candidates behind `cursor`, oldest first, at most `limit`, and among them those that failed
+    /// before and whose time has come; moves the cursor past them.
     virtual QList<index::PendingImageUpload> pendingImageUploads(int limit, index::PendingCursor &cursor) = 0;
 
     /// Marks the rows as handed to the running upload.
@@ -40,7 +42,18 @@ public:
                                             bool synced) = 0;
 
     /// Keeps why the upload of the file at `storagePath` failed, in place of an earlier failure.
-    virtual void recordUploadFailure(const QString &storagePath, const core::Failure &failure) = 0;
+    ///
+    /// \param pauses  how long the file waits after its first failure, its second and so on; empty where it
+    ///                may be tried again with the others.
+    virtual void recordUploadFailure(const QString &storagePath,
+                                     const core::Failure &failure,
+                                     std::span<const std::chrono::seconds> pauses) = 0;
+
+    /// When the next file is to be tried that failed before, in UTC; nothing where none waits.
+    virtual std::optional<QDateTime> nextRetry() = 0;
+
+    /// Lets every file that waits for its time be tried at once.
+    virtual void releaseRetries() = 0;
 
     /// Puts those of the rows back that are in progress still. \return how many.
     virtual std::int64_t resetInProgressImages(const QList<index::ImageObjectID> &imageObjectIDs) = 0;

@@ -1,5 +1,7 @@
 #include "upload/upload_run.h"
 
+#include "upload/retry_pauses.h"
+
 #include <QtCore/QHash>
 
 #include <algorithm>
@@ -42,7 +44,7 @@ UploadRun::UploadRun(const UploadCollaborators &with,
                      QString runId,
                      const StoreUpload::ExecutionConfig &config,
                      QString deviceId)
-    : m_with(with), m_run(std::move(runId), config, std::move(deviceId)), m_handler(with, m_run)
+    : m_with(with), m_run(std::move(runId), config, std::move(deviceId)), m_handler(with, m_run, m_halt)
 {
     // Enough for the results of a usual page to reach the index together.
     constexpr int kRecorders = 4;
@@ -66,6 +68,7 @@ StoreUpload::RunSummary UploadRun::run(const std::stop_token &stop)
         runOneByOne(stop);
     }
     m_summary.wasCancelled = stop.stop_requested();
+    m_summary.trouble = m_halt.trouble();
     return m_summary;
 }
 
@@ -77,7 +80,7 @@ void UploadRun::runOneByOne(const std::stop_token &stop)
             return;
         }
         for (const CandidateContext &context : round.contexts()) {
-            if (stop.stop_requested()) {
+            if (mustEnd(stop)) {
                 break;
             }
             m_handler.begin({context});
@@ -100,7 +103,7 @@ void UploadRun::runInWindow(const std::stop_token &stop)
         }
         // Without a further page each open one is waited for, and then the index is asked once more:
         // something may have come meanwhile.
-        if (contexts.isEmpty() || m_open.size() > 1) {
+        if (contexts.isEmpty() || m_open.size() > 1 || isProbing()) {
             settleOldest();
         }
     }
@@ -108,17 +111,18 @@ void UploadRun::runInWindow(const std::stop_token &stop)
 
 void UploadRun::begin(UploadRound &round, platform::TaskGroup &window, const std::stop_token &stop)
 {
-    const int step = m_handler.chunkSize();
-    for (qsizetype from = 0; from < round.contexts().size(); from += step) {
+    qsizetype from = 0;
+    while (from < round.contexts().size()) {
         window.waitForRoom();
         if (m_open.size() > 1 && m_open.front()->isAtRest()) {
             settleOldest();
         }
-        if (stop.stop_requested()) {
+        if (mustEnd(stop)) {
             window.cancel();
             return;
         }
-        const Contexts chunk = round.contexts().mid(from, step);
+        const Contexts chunk = m_handler.chunkAt(round.contexts(), from);
+        from += chunk.size();
         m_handler.begin(chunk);
         round.chunkBegan(chunk.size());
         window.add([this, chunk, &round](const std::stop_token &cancelled) {
@@ -134,10 +138,21 @@ void UploadRun::settleOldest()
     m_open.pop_front();
 }
 
+bool UploadRun::mustEnd(const std::stop_token &stop) const
+{
+    return stop.stop_requested() || m_halt.isHalted();
+}
+
+/// One file goes alone while nobody knows whether the cloud answers again.
+bool UploadRun::isProbing() const
+{
+    return m_run.config.probesFirst && !m_halt.wasAnswered();
+}
+
 /// The questions before each page.
 bool UploadRun::mayBeginPage(const std::stop_token &stop)
 {
-    if (stop.stop_requested() || m_summary.missingToken) {
+    if (mustEnd(stop) || m_summary.missingToken) {
         return false;
     }
     m_summary.missingToken = !m_with.session.hasToken();
@@ -183,8 +198,9 @@ void UploadRun::recover()
 UploadRun::Contexts UploadRun::nextPage()
 {
     Contexts contexts;
+    const int limit = isProbing() ? 1 : m_run.config.fetchLimit;
     while (contexts.isEmpty()) {
-        const auto page = m_with.index.pendingImageUploads(m_run.config.fetchLimit, m_cursor);
+        const auto page = m_with.index.pendingImageUploads(limit, m_cursor);
         if (page.isEmpty()) {
             break;
         }
@@ -254,7 +270,8 @@ QList<std::int64_t> UploadRun::recordInIndex(const Outcomes &outcomes)
         slots[index] = m_with.index.recordUploadResult(
             outcome.context.candidate.imageObjectIDs, outcome.context.candidate.storagePath, isSynced);
         if (!isSynced) {
-            m_with.index.recordUploadFailure(outcome.context.candidate.storagePath, outcome.end.failure);
+            m_with.index.recordUploadFailure(
+                outcome.context.candidate.storagePath, outcome.end.failure, pausesAfter(outcome.end));
         }
     };
     if (!m_recorders) {

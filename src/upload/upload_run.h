@@ -21,7 +21,8 @@ namespace gateway::upload {
 
 /// One drain of the index: puts back what an earlier process left half done, then tries each candidate once,
 /// page by page and oldest first, however many fail, and records the results of each page when all are there.
-/// Nothing is retried within a run; what failed is a candidate of the next one.
+/// Nothing is retried within a run; what failed is a candidate of a later one. What concerns the whole queue
+/// ends the run: what isn't on its way then is put back.
 ///
 /// In the parallel modes the next page begins while the last files of the one before are still on their way,
 /// so that neither the processor nor the network stands still between pages. At most two pages are open.
@@ -38,8 +39,8 @@ public:
               const StoreUpload::ExecutionConfig &config,
               QString deviceId);
 
-    /// Blocks until every candidate was tried once, the session has gone, or `stop` was requested. Never
-    /// throws. To be called once.
+    /// Blocks until every candidate was tried once, the run was halted, the session has gone, or `stop` was
+    /// requested. Never throws. To be called once.
     StoreUpload::RunSummary run(const std::stop_token &stop);
 
 private:
@@ -51,6 +52,8 @@ private:
     void runInWindow(const std::stop_token &stop);
     void begin(UploadRound &round, platform::TaskGroup &window, const std::stop_token &stop);
     void settleOldest();
+    bool mustEnd(const std::stop_token &stop) const;
+    bool isProbing() const;
     bool mayBeginPage(const std::stop_token &stop);
     Contexts nextPage();
     void settle(UploadRound &round);
@@ -66,6 +69,7 @@ private:
     StoreUpload::RunSummary m_summary;
     index::PendingCursor m_cursor;
     QSet<std::size_t> m_seen; // hashes of the storage paths taken: a backlog may hold a million of them
+    RunHalt m_halt;
     CandidateHandler m_handler;
     std::deque<std::unique_ptr<UploadRound>> m_open; // oldest first
     std::optional<platform::WorkerPool> m_pool;      // sends

@@ -71,8 +71,11 @@ TEST_F(UploadRunOnIndexTest, TriesEachOfManyFilesOnceInEveryModeThoughTheOldestF
     const RunSummary first = run(ExecutionMode::parallelBatch);
     EXPECT_EQ(first.selectedCandidates, kFiles);
     EXPECT_EQ(first.successfulUploads, kFiles - kFailing);
+    EXPECT_EQ(run().selectedCandidates, 0) << "their time hasn't come";
+    store.clock.advance(std::chrono::minutes(1));
     const RunSummary second = run(ExecutionMode::parallelFile);
     EXPECT_EQ(second.selectedCandidates, kFailing);
+    store.clock.advance(std::chrono::minutes(1));
     const RunSummary third = run(ExecutionMode::single);
     EXPECT_EQ(third.selectedCandidates, kFailing);
 
@@ -97,6 +100,7 @@ TEST_F(UploadRunOnIndexTest, TriesAFileOnceThatTheIndexOffersAgain)
             });
         });
         const int before = around.cloud.attempts().value(name);
+        store.clock.advance(std::chrono::hours(1));
 
         EXPECT_EQ(run(mode).selectedCandidates, 1);
 
@@ -158,6 +162,7 @@ TEST_F(UploadRunOnIndexTest, DoesNotTakeAFileForSentThatCameAgainDuringTheUpload
     EXPECT_FALSE(around.cloud.holds(newer));
     EXPECT_NE(states(), QStringList{QStringLiteral("1")});
     around.cloud.accept(newer);
+    store.clock.advance(std::chrono::minutes(1));
     run(ExecutionMode::single);
     EXPECT_EQ(states(), QStringList{QStringLiteral("1")});
     EXPECT_TRUE(around.cloud.holds(newer));
@@ -174,6 +179,74 @@ TEST_F(UploadRunOnIndexTest, SendsAFileWithManyFramesOnceAndMovesAllItsRows)
     EXPECT_EQ(summary.selectedCandidates, 1);
     EXPECT_EQ(around.cloud.requests().size(), 1U);
     EXPECT_EQ(states().count(QStringLiteral("1")), rows);
+}
+
+TEST_F(UploadRunOnIndexTest, SendsAFreshFileBeforeThoseThatWereRefusedHoweverManyTheyAre)
+{
+    constexpr int kRefused = 300;
+    for (int number = 0; number < kRefused; ++number) {
+        around.cloud.refuse(import(QStringLiteral("1.%1").arg(number)));
+    }
+    run();
+    const std::size_t before = around.cloud.requests().size();
+    const QString waitingBehindAll = import(QStringLiteral("2.1"));
+    run(ExecutionMode::single);
+    EXPECT_EQ(around.cloud.requests().size(), before + 1) << "the others wait for their time";
+    EXPECT_TRUE(around.cloud.holds(waitingBehindAll));
+
+    store.clock.advance(std::chrono::minutes(1));
+    const QString first = import(QStringLiteral("2.2"));
+    run(ExecutionMode::single);
+
+    const auto requests = around.cloud.requests();
+    EXPECT_EQ(requests.size(), before + 2 + kRefused);
+    EXPECT_EQ(requests[before + 1].files.first().fileName(), QStringLiteral("converted-") + first);
+}
+
+TEST_F(UploadRunOnIndexTest, SendsAFileThatGotNoAnswerBehindAllOthersAndAlone)
+{
+    const QString cutOff = import(QStringLiteral("1.1"));
+    QStringList others;
+    for (int number = 2; number < 9; ++number) {
+        others.append(import(QStringLiteral("1.%1").arg(number)));
+    }
+    around.cloud.duringRequest([&](const auto &request, const auto &) {
+        if (std::ranges::any_of(request.files,
+                                [&](const QUrl &file) { return file.fileName().endsWith(cutOff); })) {
+            throw platform::AFError(
+                QStringLiteral("cut off"), std::nullopt, 56, platform::NoAnswer::connectionLost);
+        }
+    });
+
+    run();
+    store.reopen(); // the order stays
+    store.clock.advance(std::chrono::minutes(1));
+    const RunSummary second = run();
+
+    for (const QString &other : others) {
+        EXPECT_TRUE(around.cloud.holds(other));
+    }
+    EXPECT_EQ(second.failedUploads, 1);
+    EXPECT_EQ(second.trouble, std::nullopt);
+}
+
+TEST_F(UploadRunOnIndexTest, ACloudThatIsAwayCostsFilesNeitherTheirPlaceNorAWait)
+{
+    for (int number = 0; number < 60; ++number) {
+        import(QStringLiteral("1.%1").arg(number));
+    }
+    around.cloud.duringRequest([](const auto &, const auto &) {
+        throw platform::AFError(QStringLiteral("refused"), std::nullopt, 7, platform::NoAnswer::notReachable);
+    });
+
+    const RunSummary away = run();
+    around.cloud.duringRequest({});
+    const RunSummary back = run();
+
+    EXPECT_LE(around.cloud.requests().size(), 2U + 30U) << "what was on its way, and the batches afterwards";
+    ASSERT_TRUE(away.trouble);
+    EXPECT_EQ(away.trouble->failure.failureClass, core::FailureClass::notReachable);
+    EXPECT_EQ(back.successfulUploads, 60);
 }
 
 } // namespace gateway::upload

@@ -327,4 +327,77 @@ TEST_P(UploadRunInEachModeTest, LogsAFailureOnceAndItsResultOnceWhoeverKeepsTheR
                            GatewayLogAction::uploadResultRecorded}));
 }
 
+TEST_P(UploadRunInEachModeTest, EndsAtWhatConcernsTheWholeQueueAndPutsTheRestBack)
+{
+    for (const int status : {401, 403, 429, 503, 507}) {
+        testing::FakeSurroundings fresh;
+        for (int number = 0; number < 60; ++number) {
+            fresh.store(QStringLiteral("1.%1").arg(number));
+        }
+        fresh.cloud.answerWith(status);
+
+        const RunSummary summary =
+            UploadRun(
+                fresh.with, QStringLiteral("RUN"), testing::config(GetParam()), QStringLiteral("DEVICE"))
+                .run({});
+        fresh.main.drain();
+
+        ASSERT_TRUE(summary.trouble) << status;
+        EXPECT_LE(fresh.cloud.requests().size(), 2U) << status << ": no more than were on their way";
+        EXPECT_LE(fresh.converter.conversions(), 8) << status;
+        EXPECT_EQ(fresh.index.count(RowState::inProgress), 0);
+        EXPECT_EQ(fresh.index.count(RowState::failed), summary.failedUploads);
+        EXPECT_TRUE(fresh.index.pauses().isEmpty()) << "no file is to blame";
+        EXPECT_EQ(fresh.leftovers(), 0);
+    }
+}
+
+TEST_P(UploadRunInEachModeTest, ProbesWithOneFileWhileNobodyKnowsWhetherTheCloudIsBack)
+{
+    storeMany(60);
+    StoreUpload::ExecutionConfig orders = testing::config(GetParam());
+    orders.probesFirst = true;
+    around.cloud.answerWith(503);
+
+    const RunSummary inVain = UploadRunTest::run(orders);
+    EXPECT_EQ(inVain.selectedCandidates, 1);
+    EXPECT_EQ(around.cloud.requests().size(), 1U);
+    EXPECT_EQ(around.converter.conversions(), 1);
+
+    around.cloud.answerWith(0);
+    const RunSummary back = UploadRunTest::run(orders);
+    EXPECT_EQ(around.cloud.requests().at(1).files.size(), 1);
+    EXPECT_EQ(back.successfulUploads, 60);
+}
+
+TEST_P(UploadRunInEachModeTest, EndsAfterThreeRequestsInARowWithoutAnAnswer)
+{
+    storeMany(60);
+    around.cloud.duringRequest([](const auto &, const auto &) {
+        throw platform::AFError(QStringLiteral("silence"), std::nullopt, 28, platform::NoAnswer::timedOut);
+    });
+
+    const RunSummary summary = run();
+
+    ASSERT_TRUE(summary.trouble);
+    EXPECT_EQ(summary.trouble->failure.failureClass, core::FailureClass::timedOut);
+    EXPECT_LE(around.cloud.requests().size(), 4U);
+    EXPECT_EQ(around.index.pauses().size(), summary.failedUploads);
+}
+
+TEST_P(UploadRunInEachModeTest, CarriesHowLongTheCloudAskedToBeLeftAlone)
+{
+    around.store(QStringLiteral("1.1"));
+    around.cloud.duringRequest([](const auto &, const auto &) {
+        platform::AFError busy(QStringLiteral("busy"), 429);
+        busy.retryAfter = std::chrono::seconds(300);
+        throw busy;
+    });
+
+    const RunSummary summary = run();
+
+    ASSERT_TRUE(summary.trouble);
+    EXPECT_EQ(summary.trouble->retryAfter, std::chrono::seconds(300));
+}
+
 } // namespace gateway::upload

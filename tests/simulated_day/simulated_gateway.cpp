@@ -54,12 +54,16 @@ SimulatedGateway::SimulatedGateway(const QTimeZone &zone) : m_zone(zone)
                                                                              m_pool,
                                                                              m_home.clock,
                                                                              [this] { return m_zone; }});
-    m_coordinator = std::make_unique<upload::StoreUploadCoordinator>(
-        m_emitter,
-        [] { return orders(); },
-        [this](const QString &runId, const ExecutionConfig &config, const std::stop_token &stop) {
-            return upload::UploadRun(m_uploadWith, runId, config, QStringLiteral("DEVICE")).run(stop);
-        });
+    m_coordinator =
+        std::make_unique<upload::StoreUploadCoordinator>(upload::StoreUploadCoordinator::Collaborators{
+            m_emitter,
+            m_home.clock,
+            m_uploadIndex,
+            [] { return orders(); },
+            [this](const QString &runId, const ExecutionConfig &config, const std::stop_token &stop) {
+                return upload::UploadRun(m_uploadWith, runId, config, QStringLiteral("DEVICE")).run(stop);
+            },
+            [] { return 0.0; }});
 }
 
 upload::GatewayAutoDeleteCleanupService::Collaborators SimulatedGateway::cleanupCollaborators()

@@ -33,7 +33,10 @@ inline MetricsView fullMetrics()
                      .areTermsRequired = false,
                      .isUploading = true,
                      .uploadBytesPerSecond = 1'250'000,
-                     .failedFiles = {{QStringLiteral("network"), 3}}};
+                     .failedFiles = {{QStringLiteral("network"), 3}},
+                     .waitingFiles = 2,
+                     .untilNextTry = std::chrono::seconds(60),
+                     .pause = std::chrono::seconds(30)};
     figures.totals = {.associations = 9,
                       .failedAssociations = 1,
                       .receivedImages = 120,

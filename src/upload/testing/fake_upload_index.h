@@ -137,7 +137,7 @@ public:
         const platform::MutexLock lock(m_mutex);
         ++m_fetches;
         QList<index::PendingImageUpload> found;
-        auto at = static_cast<std::size_t>(cursor.row);
+        auto at = static_cast<std::size_t>(cursor.fresh.row);
         for (; at < m_rows.size() && found.size() < limit; ++at) {
             const Row &row = m_rows[at];
             const bool isNext = found.isEmpty() || found.last().storagePath != row.path;
@@ -148,7 +148,7 @@ public:
         while (at < m_rows.size() && !found.isEmpty() && m_rows[at].path == found.last().storagePath) {
             ++at; // the other frames of the last file
         }
-        cursor.row = static_cast<std::int64_t>(at);
+        cursor.fresh.row = static_cast<std::int64_t>(at);
         return found;
     }
 
@@ -177,12 +177,50 @@ public:
         return setAll(storagePath, synced ? RowState::synced : RowState::failed);
     }
 
-    void recordUploadFailure(const QString &storagePath, const core::Failure &failure) override
+    void recordUploadFailure(const QString &storagePath,
+                             const core::Failure &failure,
+                             std::span<const std::chrono::seconds> pauses) override
     {
         const platform::MutexLock lock(m_mutex);
         if (!m_failsWrites) {
             m_failures.insert(storagePath, failure);
+            if (!pauses.empty()) {
+                m_pauses.insert(storagePath, pauses.front());
+            }
         }
+    }
+
+    std::optional<QDateTime> nextRetry() override
+    {
+        const platform::MutexLock lock(m_mutex);
+        return m_nextRetry;
+    }
+
+    void releaseRetries() override
+    {
+        const platform::MutexLock lock(m_mutex);
+        ++m_releases;
+    }
+
+    /// What nextRetry says from now on.
+    void setNextRetry(const std::optional<QDateTime> &date)
+    {
+        const platform::MutexLock lock(m_mutex);
+        m_nextRetry = date;
+    }
+
+    int releases() const
+    {
+        const platform::MutexLock lock(m_mutex);
+        return m_releases;
+    }
+
+    /// The first pause of each file that was told to wait, by its path. Here it is offered to the next run
+    /// all the same.
+    QMap<QString, std::chrono::seconds> pauses() const
+    {
+        const platform::MutexLock lock(m_mutex);
+        return m_pauses;
     }
 
     std::int64_t resetInProgressImages(const QList<index::ImageObjectID> &imageObjectIDs) override
@@ -226,6 +264,7 @@ private:
         const Row first = m_rows[at];
         index::PendingImageUpload candidate;
         candidate.storagePath = first.path;
+        candidate.isRetry = m_pauses.contains(first.path);
         candidate.fileURL = QUrl::fromLocalFile(first.path);
         if (!first.sopInstanceUid.isEmpty()) {
             candidate.originalSOPInstanceUIDs = {first.sopInstanceUid};
@@ -252,6 +291,9 @@ private:
     mutable platform::Mutex m_mutex;
     std::vector<Row> m_rows QUORIN_GUARDED_BY(m_mutex);
     QMap<QString, core::Failure> m_failures QUORIN_GUARDED_BY(m_mutex);
+    QMap<QString, std::chrono::seconds> m_pauses QUORIN_GUARDED_BY(m_mutex);
+    std::optional<QDateTime> m_nextRetry QUORIN_GUARDED_BY(m_mutex);
+    int m_releases QUORIN_GUARDED_BY(m_mutex) = 0;
     std::function<void()> m_whenRecording QUORIN_GUARDED_BY(m_mutex);
     std::function<void()> m_whenMarking QUORIN_GUARDED_BY(m_mutex);
     bool m_failsWrites QUORIN_GUARDED_BY(m_mutex) = false;

@@ -1,0 +1,75 @@
+#include "app/upload_opener.h"
+
+#include "core/notification_names.h"
+
+#include <utility>
+
+namespace gateway::app {
+
+using upload::UploadUrgency;
+
+namespace {
+
+const QString kSenderKey = QStringLiteral("QuorinUploadSender");
+
+} // namespace
+
+UploadOpener::UploadOpener(Collaborators with) : m_with(std::move(with)), m_wasSignedIn(isSignedIn())
+{
+    m_authObserver = m_with.notifications.observe(core::kAuthStateChanged,
+                                                  [this](const QVariantMap &) { sessionLookedAt(); });
+    connect(&m_with.cloudWatch.status(),
+            &account::QuorinCloudStatusViewModel::changed,
+            this,
+            &UploadOpener::cloudLookedAt);
+    connect(&std::as_const(m_with.cloudWatch).terms(),
+            &account::GatewayQuorinCloudTermsCoordinator::changed,
+            this,
+            &UploadOpener::termsLookedAt);
+}
+
+void UploadOpener::launched(const QString &sender)
+{
+    const std::optional<QVariant> before = m_with.defaults.object(kSenderKey);
+    if (before && before->toString() == sender) {
+        return;
+    }
+    m_with.request(QStringLiteral("another_sender"), UploadUrgency::everythingNow);
+    m_with.defaults.setObject(kSenderKey, sender);
+}
+
+/// Credentials that an archive refuses are there, but nothing goes with them.
+bool UploadOpener::isSignedIn() const
+{
+    return m_with.auth.standing().state == account::SessionState::signedIn;
+}
+
+void UploadOpener::sessionLookedAt()
+{
+    const bool isGood = isSignedIn();
+    const bool wasGood = std::exchange(m_wasSignedIn, isGood);
+    if (isGood && m_with.auth.isChecking()) {
+        m_with.request(QStringLiteral("signed_in"), UploadUrgency::everythingNow); // by a person, just now
+    } else if (isGood && !wasGood) {
+        m_with.request(QStringLiteral("session_back"), UploadUrgency::unlessAskedToWait);
+    }
+}
+
+void UploadOpener::cloudLookedAt()
+{
+    const std::optional<bool> isOnline = m_with.cloudWatch.isOnline();
+    const std::optional<bool> wasOnline = std::exchange(m_wasOnline, isOnline);
+    if (isOnline == true && wasOnline == false) {
+        m_with.request(QStringLiteral("cloud_back"), UploadUrgency::unlessAskedToWait);
+    }
+}
+
+void UploadOpener::termsLookedAt()
+{
+    const std::optional<bool> areRequired = m_with.cloudWatch.areTermsRequired();
+    if (areRequired && std::exchange(m_wereTermsRequired, *areRequired) && !*areRequired) {
+        m_with.request(QStringLiteral("terms_accepted"), UploadUrgency::unlessAskedToWait);
+    }
+}
+
+} // namespace gateway::app

@@ -1,0 +1,64 @@
+#include "upload/retry_pauses.h"
+
+#include <array>
+
+namespace gateway::upload {
+
+using core::FailureClass;
+using StoreUpload::FailureReach;
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr std::array<std::chrono::seconds, 5> kAfterRefusal{1min, 10min, 1h, 6h, 24h};
+
+// The longest wait for an answer is three minutes: an hour apart, such attempts cost a run a twentieth of its
+// time.
+constexpr std::array<std::chrono::seconds, 5> kAfterTrouble{10s, 1min, 5min, 15min, 1h};
+
+/// True where only a person, another cloud or another program can change the answer.
+bool isForGood(FailureClass failureClass)
+{
+    switch (failureClass) {
+    case FailureClass::tooLarge:
+    case FailureClass::refused:
+    case FailureClass::kindNotSupported:
+    case FailureClass::contentDoesNotFit:
+    case FailureClass::notUnderstood:
+    case FailureClass::conversionFailed:
+    case FailureClass::notPermitted:
+    case FailureClass::fileUnreadable:
+        return true;
+    case FailureClass::sessionEnded:
+    case FailureClass::termsNotAccepted:
+    case FailureClass::storageUsedUp:
+    case FailureClass::outOfResources:
+    case FailureClass::tooManyRequests:
+    case FailureClass::serviceFault:
+    case FailureClass::noImageService:
+    case FailureClass::unexpectedAnswer:
+    case FailureClass::notConfirmed:
+    case FailureClass::addressNotFound:
+    case FailureClass::notReachable:
+    case FailureClass::notSecure:
+    case FailureClass::timedOut:
+    case FailureClass::connectionLost:
+    case FailureClass::fileMissing:
+    case FailureClass::unknown:
+        break;
+    }
+    return false;
+}
+
+} // namespace
+
+std::span<const std::chrono::seconds> pausesAfter(const StoreUpload::AttemptEnd &end)
+{
+    if (end.reach == FailureReach::queue) {
+        return {};
+    }
+    return isForGood(end.failure.failureClass) ? std::span(kAfterRefusal) : std::span(kAfterTrouble);
+}
+
+} // namespace gateway::upload
