@@ -56,6 +56,10 @@ void Association::onCommandPiece(std::uint8_t contextId, std::string_view piece,
     if (m_dataSetFollows) {
         throw ProtocolError("a command came where a dataset should go on");
     }
+    if (m_commandContext.value_or(contextId) != contextId) {
+        throw ProtocolError("the fragments of a command came in two presentation contexts");
+    }
+    m_commandContext = contextId;
     if (m_commandBytes.size() + piece.size() > kMaxCommandBytes) {
         throw ProtocolError("a command is too long");
     }
@@ -69,6 +73,7 @@ void Association::onCommand(std::uint8_t contextId)
 {
     m_command = parseCommandSet(m_commandBytes);
     m_commandBytes.clear();
+    m_commandContext.reset();
     m_contextId = contextId;
     if (!m_command.hasDataSet) {
         onMessage();

@@ -86,6 +86,7 @@ private:
     PduParser m_parser;
     State m_state = State::open;
     std::string m_commandBytes;
+    std::optional<std::uint8_t> m_commandContext; // of the command whose fragments come
     CommandSet m_command;
     std::uint8_t m_contextId = 0;
     bool m_dataSetFollows = false;

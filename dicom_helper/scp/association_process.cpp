@@ -34,6 +34,9 @@ constexpr std::size_t kReceiveBytes = 2 * 128 * 1024;
 // After a stop: long enough for an object that is really coming, short enough for whoever waits.
 constexpr std::chrono::seconds kGraceAfterStop(5);
 
+// The upper layer's ARTIM timer, as for a request.
+constexpr std::chrono::seconds kGraceAfterRelease(10);
+
 // For the peer to take our abort before the socket goes.
 constexpr std::chrono::milliseconds kGraceAfterAbort(500);
 
@@ -111,6 +114,20 @@ public:
         return m_stopped;
     }
 
+    /// After the answer to a release the peer closes (PS3.8 9.2, AR-4); ours would cut the answer off where
+    /// bytes of its are still unread. A stop isn't kept waiting.
+    void awaitClose()
+    {
+        const auto deadline = SteadyClock::now() + kGraceAfterRelease;
+        for (;;) {
+            const auto bytes = receive();
+            if ((bytes && bytes->empty()) || SteadyClock::now() >= deadline ||
+                (!bytes && wait(POLLIN, deadline) != Wait::ready)) {
+                return;
+            }
+        }
+    }
+
     /// Sends an abort and lets the peer read it: closing at once would reset the connection under it.
     void abort(AbortReason reason)
     {
@@ -175,8 +192,16 @@ public:
         try {
             return exchange();
         } catch (const ProtocolError &error) {
-            m_connection.abort(AbortReason::invalidParameter);
+            m_connection.abort(error.reason());
             return std::string("The peer broke the protocol: ") + error.what() + ".";
+        }
+    }
+
+    /// Once the end has been told: leaves the peer its time to close a released association.
+    void awaitClose()
+    {
+        if (m_association.state() == Association::State::released) {
+            m_connection.awaitClose();
         }
     }
 
@@ -258,14 +283,25 @@ private:
     bool m_gatewayIsThere = true;
 };
 
-/// \return why the association failed; nothing when it ended well.
-std::optional<std::string> serve(AssociationJob job, Inbox &inbox, Channel &channel)
+/// Serves the association and tells its end. \return the status of the process.
+int serveAndTell(AssociationJob job, Inbox &inbox, Channel &channel)
 {
+    const std::string association = job.association;
+    std::string failure;
     try {
-        return AssociationServer(std::move(job), inbox, channel).serve();
+        AssociationServer server(std::move(job), inbox, channel);
+        const std::optional<std::string> why = server.serve();
+        if (!why) {
+            channel.send(Record{"complete", {{"association", association}}});
+            server.awaitClose();
+            return 0;
+        }
+        failure = *why;
     } catch (const std::exception &error) {
-        return std::string("The association's process failed: ") + error.what();
+        failure = std::string("The association's process failed: ") + error.what();
     }
+    channel.send(Record{"failed", {{"association", association}, {"message", failure}}});
+    return 1;
 }
 
 } // namespace
@@ -276,16 +312,10 @@ int runAssociation(AssociationJob job, Inbox &inbox, Channel &channel, pid_t lis
     if (::getppid() != listener) {
         ::raise(SIGTERM); // the listener ended before the line above; blocked, so it is found later
     }
-    const std::string association = job.association;
-    if (!channel.send(Record{"started", {{"association", association}, {"peer", job.peer}}})) {
+    if (!channel.send(Record{"started", {{"association", job.association}, {"peer", job.peer}}})) {
         return 1; // the gateway is gone
     }
-    if (const auto failure = serve(std::move(job), inbox, channel)) {
-        channel.send(Record{"failed", {{"association", association}, {"message", *failure}}});
-        return 1;
-    }
-    channel.send(Record{"complete", {{"association", association}}});
-    return 0;
+    return serveAndTell(std::move(job), inbox, channel);
 }
 
 } // namespace gateway::dicom_helper::scp

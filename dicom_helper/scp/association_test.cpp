@@ -125,6 +125,18 @@ TEST(Association, HostileUidsKeepTheImageAndStayOutOfNameAndHeader)
     }
 }
 
+TEST(Association, FragmentsOfOneCommandInTwoContextsBreakTheProtocol)
+{
+    Served served;
+    const std::string command = commandSet(0x30, 1, kVerification, {}, false);
+    const std::string whole = dataPdus(1, true, command, command.size() / 2);
+    std::string torn = whole;
+    torn[torn.size() - (command.size() - command.size() / 2) - 2] = 3; // the context of the last fragment
+
+    EXPECT_NO_THROW(served.association.take(whole));
+    EXPECT_THROW(served.association.take(torn), ProtocolError);
+}
+
 TEST(Association, AnswersAnEcho)
 {
     Served served;

@@ -71,9 +71,10 @@ void PduParser::onPduHeader()
     case PduType::associateAccept:
     case PduType::associateReject:
     case PduType::releaseReply:
-        throw ProtocolError("a PDU came that has no place in an open association");
+        throw ProtocolError("a PDU came that has no place in an open association",
+                            AbortReason::unexpectedPdu);
     }
-    throw ProtocolError("a PDU of an unknown type came");
+    throw ProtocolError("a PDU of an unknown type came", AbortReason::unrecognizedPdu);
 }
 
 void PduParser::onValueHeader(PduSink &sink)

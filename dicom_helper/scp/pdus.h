@@ -1,6 +1,7 @@
 #pragma once
 
 #include "dicom_helper/scp/negotiation.h"
+#include "dicom_helper/scp/protocol_error.h"
 
 #include <cstdint>
 #include <string>
@@ -30,15 +31,6 @@ struct Rejection
 
 inline constexpr Rejection kLocalLimitExceeded{2, 3, 2}; // transient, so the peer tries again later
 inline constexpr Rejection kProtocolVersionNotSupported{1, 2, 2};
-
-/// Reasons of an abort by the service provider (PS3.8 table 9-26).
-enum class AbortReason : std::uint8_t
-{
-    notSpecified = 0,
-    unrecognizedPdu = 1,
-    unexpectedPdu = 2,
-    invalidParameter = 6
-};
 
 /// The longest P-DATA that we ask peers for, in bytes; 128 KiB was measured to gain 12 to 16 % over 16 KiB.
 inline constexpr std::uint32_t kOurMaximumLength = 128 * 1024;

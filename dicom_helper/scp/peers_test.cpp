@@ -257,6 +257,42 @@ TEST(Peers, ASilentPeerIsAbortedAfterTheTimeOut)
     EXPECT_TRUE(running.await(QStringLiteral("failed")).value(0).endsWith(QStringLiteral("silent for 1 s.")));
 }
 
+TEST(Peers, AnAbortSaysWhetherThePduWasUnexpectedUnknownOrWrong)
+{
+    const QTemporaryDir inbox;
+    RunningStoreSCP running(inbox.path());
+    const auto abortFor = [&](const std::string &bytes) {
+        ScriptedModality modality(running.port());
+        modality.associate(kOneContext);
+        modality.send(bytes);
+        const auto abort = modality.receive();
+        return abort && abort->type == 7 ? abort->body : std::string();
+    };
+
+    // The source is the service provider; the reasons are those of PS3.8 table 9-26.
+    EXPECT_EQ(abortFor(pdu(0x01, std::string(68, '\0'))), std::string("\0\0\2\2", 4));
+    EXPECT_EQ(abortFor(pdu(0x06, std::string(4, '\0'))), std::string("\0\0\2\2", 4));
+    EXPECT_EQ(abortFor(pdu(0x99, "what")), std::string("\0\0\2\1", 4));
+    EXPECT_EQ(abortFor(pdu(0x05, "short")), std::string("\0\0\2\6", 4));
+}
+
+TEST(Peers, AReleasedConnectionStaysUntilThePeerClosesIt)
+{
+    const QTemporaryDir inbox;
+    RunningStoreSCP running(inbox.path());
+    ScriptedModality modality(running.port());
+    modality.associate(kOneContext);
+
+    ASSERT_TRUE(modality.release());
+    ASSERT_EQ(running.await(QStringLiteral("complete")).size(), 1);
+
+    EXPECT_EQ(childrenOf(running.scp().processId().value()).size(), 1U);
+    modality.close();
+    while (!childrenOf(running.scp().processId().value()).empty()) {
+        std::this_thread::yield();
+    }
+}
+
 TEST(Peers, AProcessKilledInsideAnObjectCostsItsAssociationAlone)
 {
     const QTemporaryDir inbox;
