@@ -43,7 +43,7 @@ constexpr int kConnections = 4; // where files go out in parallel
 class MemoryTokenStore final : public platform::TokenStore
 {
 public:
-    std::optional<QByteArray> read(const QString &) override { return std::nullopt; }
+    platform::TokenAnswer read(const QString &) override { return platform::TokenAnswer::absent(); }
     bool write(const QString &, const QByteArray &) override { return true; }
     bool remove(const QString &) override { return true; }
 };

@@ -9,6 +9,7 @@
 #include "platform/quorin_api/qrn_user_api.h"
 #include "platform/quorin_api/quorin_error.h"
 
+#include <QtCore/QStringList>
 #include <QtCore/QtGlobal>
 
 #include <algorithm>
@@ -33,6 +34,25 @@ bool isSessionRefused(const std::exception &error)
 {
     const auto *response = dynamic_cast<const platform::QrnErrorResponse *>(&error);
     return response != nullptr && response->kind == platform::QrnErrorKind::sessionInvalid;
+}
+
+/// What a sign-in couldn't make sure of; nothing where all is well.
+std::optional<QString> remarkOn(const platform::QrnLoginResponse &response)
+{
+    QStringList remarks;
+    if (response.uncheckedStatus) {
+        remarks.append(
+            QStringLiteral(
+                "The archive refuses queries (status %1), so the user name and the password could not be "
+                "checked. The first upload will show whether they are right.")
+                .arg(*response.uncheckedStatus));
+    }
+    if (!response.isKept) {
+        remarks.append(
+            QStringLiteral("The keyring has not taken the session, which lasts for this run of the program "
+                           "until it does."));
+    }
+    return remarks.isEmpty() ? std::nullopt : std::optional(remarks.join(u' '));
 }
 
 QString labelOf(const platform::QrnUser &user)
@@ -92,6 +112,11 @@ QCoro::Task<> QuorinAuthViewModel::refresh(bool force)
     if (!mayRun) {
         co_return;
     }
+    m_parts.networkSettings.askAgain();
+    if (!m_parts.networkSettings.isKnown()) {
+        lookOnceKnown();
+        co_return;
+    }
     const auto operation = m_scope.enter();
     m_refreshInFlight = true;
     bool isSettled = false;
@@ -99,6 +124,14 @@ QCoro::Task<> QuorinAuthViewModel::refresh(bool force)
         isSettled = co_await lookOnce(force);
     }
     m_refreshInFlight = false;
+}
+
+/// Nothing is said while the keyring hasn't answered: there may be a session.
+void QuorinAuthViewModel::lookOnceKnown()
+{
+    m_parts.networkSettings.whenKnown([this, &main = m_parts.main, life = std::weak_ptr<const void>(m_life)] {
+        main.post(life, [this] { m_scope.start(refresh(false)); });
+    });
 }
 
 /// One look at the session as it stands; false when the session became another one meanwhile.
@@ -193,12 +226,15 @@ QCoro::Task<bool> QuorinAuthViewModel::signIn(QString email, QString password)
 
 QCoro::Task<bool> QuorinAuthViewModel::login(QString email, QString password)
 {
+    m_signInRemark.reset();
     try {
-        co_await platform::onPool(m_parts.main,
-                                  m_parts.pool,
-                                  [api = &m_parts.authentication, request = loginRequest(email, password)] {
-                                      api->login(request);
-                                  });
+        const platform::QrnLoginResponse response = co_await platform::onPool(
+            m_parts.main,
+            m_parts.pool,
+            [api = &m_parts.authentication, request = loginRequest(email, password)] {
+                return api->login(request);
+            });
+        m_signInRemark = remarkOn(response);
     } catch (const std::exception &error) {
         setError(userFacingMessage(
             error, QStringLiteral("Sign in failed. Please check your credentials and try again.")));

@@ -10,6 +10,7 @@
 #include <QtCore/QString>
 
 #include <chrono>
+#include <memory>
 #include <optional>
 
 namespace gateway::platform {
@@ -72,6 +73,9 @@ public:
     /// The last message for the user; nothing when the last step went well.
     const std::optional<QString> &lastAuthError() const { return m_lastAuthError; }
 
+    /// What the last sign-in, which succeeded, could not make sure of; nothing where all is well.
+    const std::optional<QString> &signInRemark() const { return m_signInRemark; }
+
     /// Takes the last message away, as the sign-in sheet does when it opens and closes.
     void clearLastAuthError();
 
@@ -79,7 +83,8 @@ public:
     /// nothing.
     void startPolling(std::chrono::seconds interval);
 
-    /// Looks at the session: is the token good, and whose is it?
+    /// Looks at the session: is the token good, and whose is it? While the place that keeps the session
+    /// hasn't answered, nothing is known and nothing posted; the look follows as soon as it has.
     ///
     /// \param force  runs beside a look that is under way; without it the call returns at once then. It also
     ///               tries refused credentials before their pause is over.
@@ -127,6 +132,7 @@ private:
     QCoro::Task<> logout();
 
     void enterMain() const;
+    void lookOnceKnown();
     bool isOvertaken(const QString &token) const;
     void noteRefusal();
     void showNoSession();
@@ -147,6 +153,8 @@ private:
     bool m_isPolling = false;
     std::optional<QString> m_signedInLabel;
     std::optional<QString> m_lastAuthError;
+    std::optional<QString> m_signInRemark;
+    const std::shared_ptr<const bool> m_life = std::make_shared<const bool>(true);
     platform::TaskScope m_scope; // last: drained before the fields go
 };
 

@@ -91,6 +91,51 @@ TEST_F(QuorinAuth, CallsABuildWithoutAVersionOneZeroZero)
     }
 }
 
+TEST_F(QuorinAuth, SaysNothingBeforeTheKeyringHasAnsweredAndLooksAtOnceThen)
+{
+    store.write(QStringLiteral("slow"), R"({"token": "kept", "userId": 42})");
+    store.setSilent(true);
+    platform::NetworkSettings slow(store, QStringLiteral("slow"));
+    slow.waitUntilStored();
+    QuorinAuthViewModel early({service, service, slow, defaults, notifications, main, pool, clock},
+                              std::nullopt);
+    early.startPolling(seconds(60));
+    clock.waitForSleepers(1);
+    main.drain();
+    EXPECT_EQ(early.standing().state, SessionState::notKnownYet);
+    EXPECT_EQ(posts, 0);
+
+    store.setSilent(false);
+    clock.advance(seconds(60));
+    reachPosts(1);
+
+    EXPECT_EQ(early.standing().state, SessionState::signedIn);
+    EXPECT_EQ(slow.token(), QStringLiteral("kept"));
+    early.close();
+}
+
+TEST_F(QuorinAuth, SaysWhenTheKeyringHasNotTakenTheSession)
+{
+    service.isKept = false;
+
+    EXPECT_TRUE(signIn());
+
+    ASSERT_TRUE(model.signInRemark());
+    EXPECT_TRUE(model.signInRemark()->startsWith(QStringLiteral("The keyring has not taken")));
+}
+
+TEST_F(QuorinAuth, SaysWhatASignInCouldNotMakeSureOf)
+{
+    service.uncheckedStatus = 405;
+    EXPECT_TRUE(signIn());
+    ASSERT_TRUE(model.signInRemark());
+    EXPECT_TRUE(model.signInRemark()->contains(QStringLiteral("status 405")));
+
+    service.uncheckedStatus.reset();
+    EXPECT_TRUE(signIn());
+    EXPECT_FALSE(model.signInRemark());
+}
+
 TEST_F(QuorinAuth, LeavesTheStateAloneWhenSigningInFails)
 {
     EXPECT_FALSE(signIn(QStringLiteral("wrong")));

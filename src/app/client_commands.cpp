@@ -72,9 +72,11 @@ public:
         return finish(ask(signInRequest(command, readSecret(QStringLiteral("Password")))),
                       [](const QJsonObject &result) {
                           const QString label = result.value(QStringLiteral("label")).toString();
-                          return label.isEmpty()
-                                     ? QStringLiteral("You are now signed in.\n")
-                                     : QStringLiteral("You are now signed in as %1.\n").arg(label);
+                          const QString remark = result.value(QStringLiteral("remark")).toString();
+                          const QString words =
+                              label.isEmpty() ? QStringLiteral("You are now signed in.\n")
+                                              : QStringLiteral("You are now signed in as %1.\n").arg(label);
+                          return remark.isEmpty() ? words : words + remark + u'\n';
                       });
     }
 

@@ -232,7 +232,8 @@ QCoro::Task<void> InstanceCommands::signIn(ControlRequest request, Answer answer
 
     if (signedIn) {
         const QString label = m_with.auth.signedInLabel().value_or(QString());
-        answer(ControlReply::success({{QStringLiteral("label"), label}}));
+        const QString remark = m_with.auth.signInRemark().value_or(QString());
+        answer(ControlReply::success({{QStringLiteral("label"), label}, {QStringLiteral("remark"), remark}}));
     } else {
         answer(
             ControlReply::failure(m_with.auth.lastAuthError().value_or(QStringLiteral("Sign in failed."))));

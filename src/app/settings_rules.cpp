@@ -156,7 +156,18 @@ Issue setCloudAddress(platform::UserDefaults &defaults, const QString &value)
     if (!url.isValid() || !isWeb || url.host().isEmpty()) {
         return QStringLiteral("QuorinAPI.BaseURL must be an http or https address.");
     }
+    if (!url.userInfo().isEmpty()) {
+        return QStringLiteral("QuorinAPI.BaseURL must hold no user name and no password; sign in instead.");
+    }
     return unlessKept(defaults.setObject(QString::fromLatin1(platform::kCloudBaseUrlKey), value.trimmed()));
+}
+
+QString cloudAddressText(const platform::UserDefaults &defaults)
+{
+    const QString text =
+        defaults.object(QString::fromLatin1(platform::kCloudBaseUrlKey)).value_or(QVariant()).toString();
+    const qsizetype at = text.lastIndexOf(u'@');
+    return at < 0 ? text : QStringLiteral("(hidden)@") + text.mid(at + 1);
 }
 
 Issue setCloudKind(platform::UserDefaults &defaults, const QString &value)

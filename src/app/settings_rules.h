@@ -39,6 +39,10 @@ Issue setAdvertise(core::DCMListenerSettings &record, const QString &value);
 Issue setDestinationFolder(core::Settings &settings, const QString &value);
 
 Issue setCloudAddress(platform::UserDefaults &defaults, const QString &value);
+
+/// The cloud's address without what may be a password in it.
+QString cloudAddressText(const platform::UserDefaults &defaults);
+
 Issue setCloudKind(platform::UserDefaults &defaults, const QString &value);
 Issue setRetrieveMode(platform::UserDefaults &defaults, const QString &value);
 

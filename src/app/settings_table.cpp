@@ -153,10 +153,13 @@ QList<CatalogueSetting> listenerSettings()
 QList<CatalogueSetting> cloudSettings()
 {
     return {
-        plain(QString::fromLatin1(platform::kCloudBaseUrlKey),
-              [](Settings &, UserDefaults &defaults, const QString &value) {
-                  return settings_rules::setCloudAddress(defaults, value);
-              }),
+        {QString::fromLatin1(platform::kCloudBaseUrlKey),
+         [](const Settings &, const UserDefaults &defaults) {
+             return settings_rules::cloudAddressText(defaults);
+         },
+         [](Settings &, UserDefaults &defaults, const QString &value) {
+             return settings_rules::setCloudAddress(defaults, value);
+         }},
         plain(QString::fromLatin1(platform::kCloudKindKey),
               [](Settings &, UserDefaults &defaults, const QString &value) {
                   return settings_rules::setCloudKind(defaults, value);

@@ -99,6 +99,7 @@ FailureClass classOf(NoAnswer reason)
         return FailureClass::timedOut;
     case NoAnswer::connectionLost:
         return FailureClass::connectionLost;
+    case NoAnswer::proxyRefused:
     case NoAnswer::unusableAnswer:
         return FailureClass::unexpectedAnswer;
     case NoAnswer::unusableFile:
@@ -236,6 +237,7 @@ FailureReach reachOf(NoAnswer reason)
     case NoAnswer::badAddress:
     case NoAnswer::addressNotFound:
     case NoAnswer::notReachable:
+    case NoAnswer::proxyRefused:
     case NoAnswer::notSecure:
         return FailureReach::queue;
     case NoAnswer::timedOut:

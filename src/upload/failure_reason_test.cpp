@@ -108,6 +108,7 @@ TEST(FailureReason, TellsApartWhyNoAnswerCame)
 {
     const std::vector<std::pair<NoAnswer, FailureClass>> table = {
         {NoAnswer::otherReason, FailureClass::notReachable},
+        {NoAnswer::proxyRefused, FailureClass::unexpectedAnswer},
         {NoAnswer::badAddress, FailureClass::noImageService},
         {NoAnswer::addressNotFound, FailureClass::addressNotFound},
         {NoAnswer::notReachable, FailureClass::notReachable},

@@ -23,6 +23,7 @@ namespace gateway::account::testing {
 /// Owner: a test. Thread: main.
 struct AccountWorld : ::testing::Test
 {
+    AccountWorld() { settings.waitUntilStored(); }
     ~AccountWorld() override { service.release(); }
 
     /// Runs the main thread until `task` is done.

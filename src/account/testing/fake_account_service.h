@@ -33,6 +33,8 @@ public:
     QString offlineWords = QStringLiteral("The cloud can't be reached.");
     std::optional<QString> endedToken; ///< the session that the service has ended
     bool refusesCredentials = false;   ///< of the session, as an archive does
+    std::optional<int> uncheckedStatus;
+    bool isKept = true;
     bool knowsUser = true;
     std::optional<platform::QrnErrorKind> passwordRefusal; ///< every change of the password is refused so
     platform::QrnCloudLimitResponse limit;
@@ -47,7 +49,7 @@ public:
         lastLogin = request;
         m_settings.setToken(QStringLiteral("token of ") + request.email);
         m_settings.setUserId(user.id);
-        return {user.id};
+        return {user.id, isKept, uncheckedStatus};
     }
 
     platform::QrnEmptyResponse logout() override

@@ -23,14 +23,15 @@ QString FileTokenStore::pathOf(const QString &key) const
     return m_folder + u'/' + QString::fromLatin1(hash) + QStringLiteral(".token");
 }
 
-std::optional<QByteArray> FileTokenStore::read(const QString &key)
+TokenAnswer FileTokenStore::read(const QString &key)
 {
     QFile file(pathOf(key));
     if (!file.open(QIODevice::ReadOnly)) {
-        return std::nullopt;
+        return file.exists() ? TokenAnswer::notReached() : TokenAnswer::absent();
     }
     QByteArray value = file.readAll();
-    return file.error() == QFileDevice::NoError ? std::optional(std::move(value)) : std::nullopt;
+    return file.error() == QFileDevice::NoError ? TokenAnswer::found(std::move(value))
+                                                : TokenAnswer::notReached();
 }
 
 bool FileTokenStore::write(const QString &key, const QByteArray &value)

@@ -17,7 +17,7 @@ public:
     explicit FileTokenStore(QString folder);
     FileTokenStore(QString folder, FileSystem &files);
 
-    std::optional<QByteArray> read(const QString &key) override;
+    TokenAnswer read(const QString &key) override;
     bool write(const QString &key, const QByteArray &value) override;
     bool remove(const QString &key) override;
 

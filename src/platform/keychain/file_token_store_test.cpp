@@ -86,11 +86,11 @@ TEST_F(AFileTokenStore, KeepsASecretForTheNextRunAndLosesItWhenTold)
     EXPECT_TRUE(FileTokenStore(folder()).write(kKey, secret));
 
     FileTokenStore next(folder());
-    EXPECT_EQ(next.read(kKey), secret);
-    EXPECT_EQ(next.read(QStringLiteral("other")), std::nullopt);
+    EXPECT_EQ(next.read(kKey), TokenAnswer::found(secret));
+    EXPECT_EQ(next.read(QStringLiteral("other")), TokenAnswer::absent());
     EXPECT_TRUE(next.remove(kKey));
     EXPECT_TRUE(next.remove(kKey)) << "a missing secret is no failure";
-    EXPECT_EQ(next.read(kKey), std::nullopt);
+    EXPECT_EQ(next.read(kKey), TokenAnswer::absent());
     EXPECT_TRUE(files().isEmpty());
 }
 
@@ -128,7 +128,9 @@ TEST_F(AFileTokenStore, AFailureAtAnyStepLeavesTheOldSecretOrTheNew)
     for (int step = 0; step < 3; ++step) {
         faulty.failStep(step, ENOSPC);
         EXPECT_FALSE(store.write(kKey, "new")) << step;
-        const QByteArray left = store.read(kKey).value_or("(none)");
+        const TokenAnswer answer = store.read(kKey);
+        const QByteArray left =
+            answer.outcome == TokenAnswer::Outcome::found ? answer.value : QByteArray("(none)");
         EXPECT_TRUE(left == "old" || left == "new") << step << left.toStdString();
         EXPECT_EQ(files().size(), 1) << step;
     }
@@ -141,11 +143,11 @@ TEST_F(AFileTokenStore, ASecretThatWasTakenOrRemovedStaysSoAfterAPowerCut)
 
     ASSERT_TRUE(store.write(kKey, "secret"));
     disk.cutPower();
-    EXPECT_EQ(store.read(kKey), QByteArray("secret"));
+    EXPECT_EQ(store.read(kKey), TokenAnswer::found("secret"));
 
     ASSERT_TRUE(store.remove(kKey));
     disk.cutPower();
-    EXPECT_EQ(store.read(kKey), std::nullopt);
+    EXPECT_EQ(store.read(kKey), TokenAnswer::absent());
 }
 
 TEST_F(AFileTokenStore, SaysSoWhenItCannotStore)

@@ -39,6 +39,15 @@ public:
     GError **out() { return &m_error; }
     bool isSet() const { return m_error != nullptr; }
 
+    /// Somebody was asked and didn't answer, as opposed to: there is nobody.
+    bool isSilence() const
+    {
+        return g_error_matches(m_error, G_IO_ERROR, G_IO_ERROR_TIMED_OUT) ||
+               g_error_matches(m_error, G_DBUS_ERROR, G_DBUS_ERROR_TIMEOUT) ||
+               g_error_matches(m_error, G_DBUS_ERROR, G_DBUS_ERROR_TIMED_OUT) ||
+               g_error_matches(m_error, G_DBUS_ERROR, G_DBUS_ERROR_NO_REPLY);
+    }
+
 private:
     GError *m_error = nullptr;
 };
@@ -64,16 +73,19 @@ using Value = std::unique_ptr<SecretValue, ValueDeleter>;
 
 SecretServiceTokenStore::SecretServiceTokenStore(QString home) : m_home(std::move(home)) {}
 
-bool SecretServiceTokenStore::answers()
+SecretServiceTokenStore::Presence SecretServiceTokenStore::presence()
 {
     const Conversation conversation;
     Refusal refusal;
     SecretService *service = secret_service_get_sync(SECRET_SERVICE_OPEN_SESSION, nullptr, refusal.out());
     g_clear_object(&service);
-    return !refusal.isSet();
+    if (!refusal.isSet()) {
+        return Presence::answers;
+    }
+    return refusal.isSilence() ? Presence::silent : Presence::none;
 }
 
-std::optional<QByteArray> SecretServiceTokenStore::read(const QString &key)
+TokenAnswer SecretServiceTokenStore::read(const QString &key)
 {
     const Conversation conversation;
     Refusal refusal;
@@ -86,11 +98,29 @@ std::optional<QByteArray> SecretServiceTokenStore::read(const QString &key)
                                                          key.toUtf8().constData(),
                                                          nullptr));
     if (!value) {
-        return std::nullopt;
+        return refusal.isSet() || isThereUnread(key) ? TokenAnswer::notReached() : TokenAnswer::absent();
     }
     gsize size = 0;
     const gchar *bytes = secret_value_get(value.get(), &size);
-    return QByteArray(bytes, static_cast<qsizetype>(size));
+    return TokenAnswer::found(QByteArray(bytes, static_cast<qsizetype>(size)));
+}
+
+/// A keyring that stayed locked gives no value and no error; its items can be seen all the same.
+bool SecretServiceTokenStore::isThereUnread(const QString &key) const
+{
+    Refusal refusal;
+    GList *items = secret_password_search_sync(schema(),
+                                               SECRET_SEARCH_NONE,
+                                               nullptr,
+                                               refusal.out(),
+                                               "home",
+                                               m_home.toUtf8().constData(),
+                                               "key",
+                                               key.toUtf8().constData(),
+                                               nullptr);
+    const bool isThere = items != nullptr;
+    g_list_free_full(items, g_object_unref);
+    return isThere || refusal.isSet();
 }
 
 bool SecretServiceTokenStore::write(const QString &key, const QByteArray &value)

@@ -14,14 +14,24 @@ public:
     /// \param home  tells these secrets from those of other homes in the same service.
     explicit SecretServiceTokenStore(QString home);
 
-    /// True when a secret service runs, or can be started, on this session's bus.
-    static bool answers();
+    /// What is on this session's bus.
+    enum class Presence
+    {
+        answers, ///< a secret service runs, or was started by asking
+        none,
+        silent ///< there is one, and it hasn't answered in time
+    };
 
-    std::optional<QByteArray> read(const QString &key) override;
+    /// Asks the bus; blocks for as long as a call may take, some 25 seconds.
+    static Presence presence();
+
+    TokenAnswer read(const QString &key) override;
     bool write(const QString &key, const QByteArray &value) override;
     bool remove(const QString &key) override;
 
 private:
+    bool isThereUnread(const QString &key) const;
+
     const QString m_home;
 };
 

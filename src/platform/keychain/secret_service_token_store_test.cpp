@@ -7,6 +7,7 @@
 #include <QtDBus/QDBusConnection>
 #include <QtDBus/QDBusConnectionInterface>
 #include <QtDBus/QDBusServiceWatcher>
+#include <QtDBus/QDBusVirtualObject>
 
 #include <gtest/gtest.h>
 
@@ -102,19 +103,74 @@ TEST(TokenStoreWithoutASecretService, KeepsFiles)
     const QTemporaryDir home;
     const QString folder = home.filePath(QStringLiteral("tokens"));
 
-    ASSERT_FALSE(SecretServiceTokenStore::answers());
+    ASSERT_EQ(SecretServiceTokenStore::presence(), SecretServiceTokenStore::Presence::none);
     const auto store = makeTokenStore(folder);
 
     EXPECT_TRUE(store->write(kKey, "secret"));
-    EXPECT_EQ(store->read(kKey), QByteArray("secret"));
+    EXPECT_EQ(store->read(kKey), TokenAnswer::found("secret"));
     EXPECT_EQ(QDir(folder).entryList(QDir::Files).size(), 1);
+}
+
+/// A secret service that doesn't get round to answering: the bus says so for it.
+class SilentService final : public QDBusVirtualObject
+{
+public:
+    SilentService()
+    {
+        m_bus.registerVirtualObject(QStringLiteral("/"), this, QDBusConnection::SubPath);
+        m_bus.registerService(kSecretsName);
+    }
+
+    ~SilentService() override
+    {
+        m_bus.unregisterService(kSecretsName);
+        QDBusConnection::disconnectFromBus(m_bus.name());
+    }
+
+    SilentService(const SilentService &) = delete;
+    SilentService &operator=(const SilentService &) = delete;
+
+    QString introspect(const QString &) const override { return {}; }
+
+    bool handleMessage(const QDBusMessage &message, const QDBusConnection &connection) override
+    {
+        return connection.send(message.createErrorReply(QDBusError::NoReply, QStringLiteral("No reply.")));
+    }
+
+private:
+    QDBusConnection m_bus = QDBusConnection::connectToBus(session->bus().address(), QStringLiteral("silent"));
+};
+
+TEST(TokenStoreWithASilentSecretService, KeepsNothingInFilesAndGoesOnOnceItAnswers)
+{
+    const QTemporaryDir home;
+    const QString folder = home.filePath(QStringLiteral("tokens"));
+    const auto store = makeTokenStore(folder);
+    {
+        const SilentService silent;
+        QEventLoop loop;
+        std::thread asker([&] {
+            EXPECT_EQ(SecretServiceTokenStore::presence(), SecretServiceTokenStore::Presence::silent);
+            EXPECT_EQ(store->read(kKey), TokenAnswer::notReached());
+            EXPECT_FALSE(store->write(kKey, "secret"));
+            QMetaObject::invokeMethod(&loop, &QEventLoop::quit);
+        });
+        loop.exec();
+        asker.join();
+        EXPECT_FALSE(QFileInfo::exists(folder));
+    }
+
+    const Keyring keyring;
+    EXPECT_TRUE(store->write(kKey, "secret"));
+    EXPECT_EQ(store->read(kKey), TokenAnswer::found("secret"));
+    EXPECT_FALSE(QFileInfo::exists(folder));
 }
 
 TEST(SecretServiceTokenStore, RefusesWhenNoServiceAnswers)
 {
     SecretServiceTokenStore store(kHome);
 
-    EXPECT_EQ(store.read(kKey), std::nullopt);
+    EXPECT_EQ(store.read(kKey), TokenAnswer::notReached());
     EXPECT_FALSE(store.write(kKey, "secret"));
 }
 
@@ -122,21 +178,21 @@ TEST(SecretServiceTokenStore, KeepsSecretsInARealKeyring)
 {
     const Keyring keyring;
     const QByteArray secret("to\0ken\xff", 7);
-    ASSERT_TRUE(SecretServiceTokenStore::answers());
+    ASSERT_EQ(SecretServiceTokenStore::presence(), SecretServiceTokenStore::Presence::answers);
     {
         SecretServiceTokenStore store(kHome);
-        EXPECT_EQ(store.read(kKey), std::nullopt);
+        EXPECT_EQ(store.read(kKey), TokenAnswer::absent());
         EXPECT_TRUE(store.write(kKey, "older"));
         EXPECT_TRUE(store.write(kKey, secret));
     }
 
     SecretServiceTokenStore next(kHome);
-    EXPECT_EQ(next.read(kKey), secret);
-    EXPECT_EQ(SecretServiceTokenStore(QStringLiteral("/homes/two")).read(kKey), std::nullopt);
+    EXPECT_EQ(next.read(kKey), TokenAnswer::found(secret));
+    EXPECT_EQ(SecretServiceTokenStore(QStringLiteral("/homes/two")).read(kKey), TokenAnswer::absent());
     EXPECT_FALSE(keyring.stored().isEmpty());
     EXPECT_TRUE(next.remove(kKey));
     EXPECT_TRUE(next.remove(kKey)) << "a missing secret is no failure";
-    EXPECT_EQ(next.read(kKey), std::nullopt);
+    EXPECT_EQ(next.read(kKey), TokenAnswer::absent());
 }
 
 TEST(SecretServiceTokenStore, FindsTheServiceAgainAfterItsRestartAndFromAnyThread)
@@ -146,12 +202,12 @@ TEST(SecretServiceTokenStore, FindsTheServiceAgainAfterItsRestartAndFromAnyThrea
         const Keyring keyring;
         EXPECT_TRUE(store.write(kKey, "gone with its keyring"));
     }
-    EXPECT_EQ(store.read(kKey), std::nullopt);
+    EXPECT_EQ(store.read(kKey), TokenAnswer::notReached());
     EXPECT_FALSE(store.remove(kKey)) << "it may still be there";
     const Keyring keyring;
 
     std::thread([&] { EXPECT_TRUE(store.write(kKey, "secret")); }).join();
-    std::thread([&] { EXPECT_EQ(store.read(kKey), QByteArray("secret")); }).join();
+    std::thread([&] { EXPECT_EQ(store.read(kKey), TokenAnswer::found("secret")); }).join();
 }
 
 TEST(TokenStoreWithASecretService, KeepsNoFiles)
@@ -163,7 +219,7 @@ TEST(TokenStoreWithASecretService, KeepsNoFiles)
     const auto store = makeTokenStore(folder);
 
     EXPECT_TRUE(store->write(kKey, "secret"));
-    EXPECT_EQ(makeTokenStore(folder)->read(kKey), QByteArray("secret"));
+    EXPECT_EQ(makeTokenStore(folder)->read(kKey), TokenAnswer::found("secret"));
     EXPECT_FALSE(QFileInfo::exists(folder));
 }
 

@@ -2,6 +2,7 @@
 
 #include "platform/quorin_api/network_json.h"
 #include "platform/quorin_api/quorin_error.h"
+#include "platform/quorin_api/server_words.h"
 
 #include <optional>
 
@@ -12,31 +13,49 @@ namespace {
 // A later service may know more kinds than this client, but not this many.
 constexpr qlonglong kLargestKind = 999;
 
+/// What a status means; %1 is the host, %2 the status.
 QString statusSentence(int status)
 {
     if (status >= 300 && status < 400) {
         return QStringLiteral(
-                   "The cloud service pointed to another address (status %1), which is not followed.")
-            .arg(status);
+            "The server at %1 pointed to another address (status %2), which is not followed.");
     }
     switch (status) {
     case 401:
-        return QStringLiteral("The cloud service asks for a sign-in (status 401).");
+        return QStringLiteral("The server at %1 asks for a sign-in (status %2).");
     case 403:
-        return QStringLiteral("The cloud service does not allow this (status 403).");
+        return QStringLiteral("The server at %1 does not allow this (status %2).");
     case 404:
-        return QStringLiteral("The cloud service does not know what was asked for (status 404).");
+        return QStringLiteral("The server at %1 does not know what was asked for (status %2).");
+    case 407:
+        return QStringLiteral("A web proxy on the way to %1 asks for a sign-in (status %2).");
     case 413:
-        return QStringLiteral("The cloud service does not take anything this large (status 413).");
+        return QStringLiteral("The server at %1 does not take anything this large (status %2).");
     case 429:
-        return QStringLiteral("The cloud service has had too many requests (status 429).");
+        return QStringLiteral("The server at %1 has had too many requests (status %2).");
     case 507:
-        return QStringLiteral("The cloud service has no room left (status 507).");
+        return QStringLiteral("The server at %1 has no room left (status %2).");
+    case 511:
+        return QStringLiteral("The network on the way to %1 asks for a sign-in of its own (status %2).");
     default:
         break;
     }
-    return status >= 500 ? QStringLiteral("The cloud service has a fault of its own (status %1).").arg(status)
-                         : QStringLiteral("The cloud service answered with status %1.").arg(status);
+    return status >= 500 ? QStringLiteral("The server at %1 has a fault of its own (status %2).")
+                         : QStringLiteral("The server at %1 answered with status %2.");
+}
+
+bool isWebPage(const HttpResponse &response)
+{
+    return response.contentType == "text/html" || response.contentType == "application/xhtml+xml";
+}
+
+/// Whose answer it was and what it means, in our words.
+QString sentenceOn(const HttpResponse &response)
+{
+    const QString meaning = statusSentence(response.status).arg(response.host).arg(response.status);
+    return isWebPage(response)
+               ? meaning + QStringLiteral(" It sent a web page, so it may be something on the way there.")
+               : meaning;
 }
 
 std::optional<QString> wordsOf(const QVariantMap &problem)
@@ -44,7 +63,7 @@ std::optional<QString> wordsOf(const QVariantMap &problem)
     for (const auto &member : {QStringLiteral("detail"), QStringLiteral("title")}) {
         const QVariant text = problem.value(member);
         if (text.typeId() == QMetaType::QString && !text.toString().trimmed().isEmpty()) {
-            return text.toString();
+            return cleanServerWords(text.toString());
         }
     }
     return std::nullopt;
@@ -91,9 +110,23 @@ void throwAnswerError(const HttpResponse &response)
             throw refusal;
         }
     }
-    AFError failed(statusSentence(response.status), response.status);
+    AFError failed(sentenceOn(response), response.status);
     failed.retryAfter = response.retryAfter;
     throw failed;
+}
+
+void throwUnusableAnswer(const HttpResponse &response)
+{
+    const QString sentence =
+        isWebPage(response)
+            ? QStringLiteral(
+                  "A web page came from %1 (status %2) in place of an answer of the cloud service. "
+                  "This network may ask for a sign-in of its own, or the address may be wrong.")
+            : QStringLiteral("The answer from %1 (status %2) is none of a cloud service.");
+    throw AFError(sentence.arg(response.host).arg(response.status),
+                  std::nullopt,
+                  response.status,
+                  NoAnswer::unusableAnswer);
 }
 
 void throwUnreadableAnswer()

@@ -8,7 +8,11 @@ namespace gateway::platform {
 /// (`application/problem+json`), else AFError with the status.
 [[noreturn]] void throwAnswerError(const HttpResponse &response);
 
-/// Throws the AFError for an answer whose status was good and whose body can't be used.
+/// Throws the AFError for an answer with a good status that nothing but something else can have given, such
+/// as a web page: it says whose answer it was, and its status.
+[[noreturn]] void throwUnusableAnswer(const HttpResponse &response);
+
+/// Throws the AFError for an answer of the service in which something is missing.
 [[noreturn]] void throwUnreadableAnswer();
 
 } // namespace gateway::platform

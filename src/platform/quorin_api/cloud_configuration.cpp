@@ -41,7 +41,17 @@ CloudConfiguration resolveCloudConfiguration(const CloudSources &sources, const 
                                 .value_or(QStringLiteral("https://cloud.quorin.example"));
     configuration.baseUrl = QUrl(address, QUrl::StrictMode);
     if (!isUsableAddress(configuration.baseUrl)) {
-        configuration.problem = QStringLiteral("The cloud address \"%1\" is not a web address.").arg(address);
+        configuration.problem =
+            address.contains(u'@')
+                ? QStringLiteral(
+                      "The cloud address holds a user name or a password, which has no place there; "
+                      "sign in instead.")
+                : QStringLiteral("The cloud address \"%1\" is not a web address.").arg(address);
+        // Addresses are shown and logged.
+        configuration.baseUrl.setUserInfo({});
+        if (configuration.baseUrl.toString().contains(u'@')) {
+            configuration.baseUrl = QUrl();
+        }
     }
 
     const QString kind = firstOf(sources.kindFlag, variable("QUORIN_CLOUD_KIND"), sources.kindDefault)

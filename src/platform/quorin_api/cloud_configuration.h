@@ -24,6 +24,8 @@ struct HttpLimits
     std::chrono::seconds silence{180}; ///< without a byte in either direction; a server may take that long to
                                        ///< settle a large batch before it answers
     std::chrono::seconds call{60};     ///< for a whole call other than an upload or a query
+    std::chrono::seconds answer{600};  ///< for the whole answer to an upload or a query, from the moment when
+                                       ///< the request has left
 };
 
 /// Where the cloud service is and how it may be reached.

@@ -58,7 +58,7 @@ struct HttpRequest
     QByteArray body;
     HttpBodySource *stream = nullptr; ///< borrowed; in place of `body`
     qint64 answerLimit = 4 << 20;     ///< bytes of the answer's body, after decompression
-    std::chrono::seconds total{0};    ///< for the whole call; 0 for no limit but that of silence
+    std::chrono::seconds total{0};    ///< for the whole call; 0 for a call whose length depends on its body
     UploadProgressCallback progress;  ///< bytes of the body that have left
 };
 
@@ -70,6 +70,7 @@ struct HttpResponse
     bool moreAvailable = false; ///< the server warned that it holds back results (PS3.18 8.3.4.4)
     QByteArray body;
     std::optional<std::chrono::seconds> retryAfter = {}; ///< as far as the server asks to be left alone
+    QString host;                                        ///< whose answer it is, as far as the address tells
 
     bool isSuccess() const { return status >= 200 && status < 300; }
 };

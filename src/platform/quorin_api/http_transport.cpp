@@ -10,10 +10,13 @@
 
 #include <sys/socket.h>
 
+#include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <cstring>
 #include <exception>
 #include <new>
+#include <optional>
 #include <utility>
 
 namespace gateway::platform {
@@ -22,6 +25,13 @@ namespace {
 
 // More idle handles than calls ever run side by side would only keep connections open for nothing.
 constexpr std::size_t kIdleHandles = 16;
+
+// A transfer that is slower for long isn't one: a server that takes or gives a byte a second would hold a
+// call for ever.
+constexpr long kLeastBytesPerSecond = 256;
+
+// More than the longest words of a refusal need.
+constexpr qint64 kRefusalLimit = 64 * 1024;
 
 // Large enough that the loop around sending costs little beside the copying.
 constexpr long kUploadBuffer = 512 * 1024;
@@ -38,19 +48,48 @@ void startCurl()
 /// What the callbacks of one call work on.
 struct Exchange
 {
+    CURL *handle;
     const HttpRequest &request;
     const std::atomic<bool> &isShutDown;
-    QByteArray body;
+    const std::chrono::seconds answerLimit; // of time, for the answer to a streamed body
+    QByteArray body = {};
     qint64 reported = -1;
     bool tooLarge = false;
-    std::exception_ptr error; // thrown in a callback; C code can't carry it
+    bool tooLate = false;
+    std::optional<std::chrono::steady_clock::time_point> sentAt =
+        std::nullopt;                   // when all of the body had left
+    std::exception_ptr error = nullptr; // thrown in a callback; C code can't carry it
 };
+
+QByteArray mediaType(CURL *handle)
+{
+    const char *type = nullptr;
+    curl_easy_getinfo(handle, CURLINFO_CONTENT_TYPE, &type);
+    const QByteArray whole(type);
+    return whole.left(whole.indexOf(';') < 0 ? whole.size() : whole.indexOf(';')).trimmed().toLower();
+}
+
+long statusOf(CURL *handle)
+{
+    long status = 0;
+    curl_easy_getinfo(handle, CURLINFO_RESPONSE_CODE, &status);
+    return status;
+}
+
+/// A refusal in words is brief; one in a dataset names each instance of an upload.
+qint64 bodyLimit(const Exchange &exchange)
+{
+    const bool isBriefRefusal =
+        statusOf(exchange.handle) >= 400 && !mediaType(exchange.handle).startsWith("application/dicom");
+    return isBriefRefusal ? std::min(kRefusalLimit, exchange.request.answerLimit)
+                          : exchange.request.answerLimit;
+}
 
 std::size_t onBody(char *data, std::size_t size, std::size_t count, void *context)
 {
     auto &exchange = *static_cast<Exchange *>(context);
     const std::size_t bytes = size * count;
-    if (exchange.body.size() + static_cast<qint64>(bytes) > exchange.request.answerLimit) {
+    if (exchange.body.size() + static_cast<qint64>(bytes) > bodyLimit(exchange)) {
         exchange.tooLarge = true;
         return 0;
     }
@@ -90,10 +129,22 @@ int onSeek(void *context, curl_off_t offset, int origin)
     return CURL_SEEKFUNC_OK;
 }
 
+/// True when all of a streamed body has left and the answer takes longer than it may.
+bool isTooLate(Exchange &exchange, qint64 sent)
+{
+    if (exchange.request.stream == nullptr || sent < exchange.request.stream->size()) {
+        return false;
+    }
+    const auto now = std::chrono::steady_clock::now();
+    exchange.sentAt = exchange.sentAt.value_or(now);
+    return now - *exchange.sentAt > exchange.answerLimit;
+}
+
 int onProgress(void *context, curl_off_t, curl_off_t, curl_off_t, curl_off_t sent)
 {
     auto &exchange = *static_cast<Exchange *>(context);
-    if (exchange.isShutDown) {
+    exchange.tooLate = isTooLate(exchange, sent);
+    if (exchange.isShutDown || exchange.tooLate) {
         return 1;
     }
     if (exchange.request.progress && exchange.request.stream && sent > exchange.reported) {
@@ -134,14 +185,6 @@ HeaderList headerList(const HttpRequest &request)
         append(name + ": " + value);
     }
     return list;
-}
-
-QByteArray mediaType(CURL *handle)
-{
-    const char *type = nullptr;
-    curl_easy_getinfo(handle, CURLINFO_CONTENT_TYPE, &type);
-    const QByteArray whole(type);
-    return whole.left(whole.indexOf(';') < 0 ? whole.size() : whole.indexOf(';')).trimmed().toLower();
 }
 
 bool warnsOfMore(CURL *handle)
@@ -192,6 +235,30 @@ bool isEarlyRefusal(CURLcode result, long status)
 {
     return status >= 400 &&
            (result == CURLE_SEND_ERROR || result == CURLE_RECV_ERROR || result == CURLE_PARTIAL_FILE);
+}
+
+void throwUnlessAnswered(CURL *handle, CURLcode result, const Exchange &exchange, const QString &host)
+{
+    long proxyStatus = 0;
+    long systemError = 0;
+    curl_easy_getinfo(handle, CURLINFO_HTTP_CONNECTCODE, &proxyStatus);
+    curl_easy_getinfo(handle, CURLINFO_OS_ERRNO, &systemError);
+    if (result != CURLE_OK && proxyStatus >= 300) {
+        throw proxyError(static_cast<int>(proxyStatus), host);
+    }
+    const long status = statusOf(handle);
+    if (result == CURLE_OK || isEarlyRefusal(result, status) || (exchange.tooLarge && status >= 400)) {
+        return;
+    }
+    if (exchange.tooLarge) {
+        throw AFError(
+            QStringLiteral("The answer of the cloud service at %1 is larger than it may be.").arg(host),
+            std::nullopt,
+            CURLE_WRITE_ERROR,
+            NoAnswer::unusableAnswer);
+    }
+    const CURLcode cause = exchange.tooLate ? CURLE_OPERATION_TIMEDOUT : result;
+    throw transportError(cause, static_cast<int>(systemError), host);
 }
 
 } // namespace
@@ -283,7 +350,7 @@ void HttpTransport::prepare(void *handle, const HttpRequest &request) const
         curl_easy_setopt(handle, CURLOPT_NOPROXY, "*");
     }
     curl_easy_setopt(handle, CURLOPT_CONNECTTIMEOUT, static_cast<long>(m_limits.connect.count()));
-    curl_easy_setopt(handle, CURLOPT_LOW_SPEED_LIMIT, 1L);
+    curl_easy_setopt(handle, CURLOPT_LOW_SPEED_LIMIT, kLeastBytesPerSecond);
     curl_easy_setopt(handle, CURLOPT_LOW_SPEED_TIME, static_cast<long>(m_limits.silence.count()));
     curl_easy_setopt(handle, CURLOPT_TIMEOUT, static_cast<long>(request.total.count()));
 }
@@ -292,7 +359,7 @@ HttpResponse HttpTransport::perform(const HttpRequest &request)
 {
     const Lease lease(*this);
     CURL *handle = lease.handle();
-    Exchange exchange{request, m_isShutDown, {}, -1, false, nullptr};
+    Exchange exchange{handle, request, m_isShutDown, m_limits.answer};
     const HeaderList headers = headerList(request);
     prepare(handle, request);
     setBody(handle, request, exchange);
@@ -304,25 +371,17 @@ HttpResponse HttpTransport::perform(const HttpRequest &request)
     if (exchange.error) {
         std::rethrow_exception(exchange.error);
     }
-    long status = 0;
-    long systemError = 0;
-    curl_easy_getinfo(handle, CURLINFO_RESPONSE_CODE, &status);
-    curl_easy_getinfo(handle, CURLINFO_OS_ERRNO, &systemError);
+    const long status = statusOf(handle);
+    throwUnlessAnswered(handle, result, exchange, m_host);
     if (exchange.tooLarge) {
-        throw AFError(
-            QStringLiteral("The answer of the cloud service at %1 is larger than it may be.").arg(m_host),
-            std::nullopt,
-            CURLE_WRITE_ERROR,
-            NoAnswer::unusableAnswer);
-    }
-    if (result != CURLE_OK && !isEarlyRefusal(result, status)) {
-        throw transportError(result, static_cast<int>(systemError), m_host);
+        exchange.body.clear(); // of a refusal: its status says enough
     }
     return {static_cast<int>(status),
             mediaType(handle),
             warnsOfMore(handle),
             std::move(exchange.body),
-            retryAfter(handle)};
+            retryAfter(handle),
+            m_host};
 }
 
 } // namespace gateway::platform

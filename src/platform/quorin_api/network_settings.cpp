@@ -5,6 +5,8 @@
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
 
+#include <future>
+#include <memory>
 #include <utility>
 
 namespace gateway::platform {
@@ -20,7 +22,39 @@ const auto kEndedAtMember = QStringLiteral("endedAt");
 NetworkSettings::NetworkSettings(TokenStore &store, QString key)
     : m_store(store), m_key(std::move(key)), m_queue(QStringLiteral("com.ovelt.pavan.gateway.session.queue"))
 {
-    load();
+    m_queue.async([this] { load(); });
+}
+
+bool NetworkSettings::isKnown() const
+{
+    const MutexLock lock(m_mutex);
+    return m_isKnown;
+}
+
+void NetworkSettings::whenKnown(std::function<void()> handler)
+{
+    {
+        const MutexLock lock(m_mutex);
+        if (!m_isKnown) {
+            m_whenKnown = std::move(handler);
+            return;
+        }
+    }
+    handler();
+}
+
+void NetworkSettings::askAgain()
+{
+    bool isKnown = false;
+    {
+        const MutexLock lock(m_mutex);
+        isKnown = m_isKnown;
+        if (m_isAsking || (m_isKnown && m_isStored)) {
+            return;
+        }
+        m_isAsking = true;
+    }
+    m_queue.async([this, isKnown] { isKnown ? store() : load(); });
 }
 
 std::optional<QString> NetworkSettings::token() const
@@ -31,22 +65,16 @@ std::optional<QString> NetworkSettings::token() const
 
 void NetworkSettings::setToken(std::optional<QString> token)
 {
-    {
-        const MutexLock lock(m_mutex);
-        m_session.token = std::move(token);
-        m_session.endedAt.reset();
-        m_session.areRefused = false;
-    }
-    m_queue.async([this] { store(); });
+    change([&token](Session &session) {
+        session.token = std::move(token);
+        session.endedAt.reset();
+        session.areRefused = false;
+    });
 }
 
 void NetworkSettings::endSession(const QDateTime &when)
 {
-    {
-        const MutexLock lock(m_mutex);
-        m_session = {std::nullopt, std::nullopt, when, false};
-    }
-    m_queue.async([this] { store(); });
+    change([&when](Session &session) { session = {std::nullopt, std::nullopt, when, false}; });
 }
 
 std::optional<QDateTime> NetworkSettings::endedAt() const
@@ -77,34 +105,69 @@ std::optional<qint64> NetworkSettings::userId() const
 
 void NetworkSettings::setUserId(std::optional<qint64> userId)
 {
+    change([&userId](Session &session) { session.userId = userId; });
+}
+
+/// What a person or the service says counts more than what was kept: an answer of the store that comes later
+/// is dropped.
+void NetworkSettings::change(const std::function<void(Session &)> &set)
+{
     {
         const MutexLock lock(m_mutex);
-        m_session.userId = userId;
+        set(m_session);
+        m_isKnown = true;
+        m_isStored = false;
+        m_isAsking = true;
     }
     m_queue.async([this] { store(); });
 }
 
-void NetworkSettings::waitUntilStored()
+bool NetworkSettings::waitUntilStored(std::chrono::milliseconds patience)
 {
-    m_queue.sync([] {});
+    const auto done = std::make_shared<std::promise<void>>();
+    m_queue.async([done] { done->set_value(); });
+    if (done->get_future().wait_for(patience) != std::future_status::ready) {
+        return false;
+    }
+    const MutexLock lock(m_mutex);
+    return m_isStored;
 }
 
 void NetworkSettings::load()
 {
-    const std::optional<QByteArray> kept = m_store.read(m_key);
-    const QJsonObject record = QJsonDocument::fromJson(kept.value_or(QByteArray())).object();
-    const MutexLock lock(m_mutex);
+    const TokenAnswer answer = m_store.read(m_key);
+    std::function<void()> handler;
+    {
+        const MutexLock lock(m_mutex);
+        m_isAsking = m_isKnown && !m_isStored; // a word to the store follows
+        if (m_isKnown || answer.outcome == TokenAnswer::Outcome::notReached) {
+            return;
+        }
+        m_session = sessionIn(answer.value);
+        m_isKnown = true;
+        handler = std::exchange(m_whenKnown, nullptr);
+    }
+    if (handler) {
+        handler();
+    }
+}
+
+NetworkSettings::Session NetworkSettings::sessionIn(const QByteArray &kept)
+{
+    const QJsonObject record = QJsonDocument::fromJson(kept).object();
+    Session session;
     if (record.value(kTokenMember).isString()) {
-        m_session.token = record.value(kTokenMember).toString();
+        session.token = record.value(kTokenMember).toString();
     }
     if (record.value(kUserIdMember).isDouble()) {
-        m_session.userId = record.value(kUserIdMember).toInteger();
+        session.userId = record.value(kUserIdMember).toInteger();
     }
     const QDateTime endedAt =
         QDateTime::fromString(record.value(kEndedAtMember).toString(), Qt::ISODateWithMs);
     if (endedAt.isValid()) {
-        m_session.endedAt = endedAt.toUTC();
+        session.endedAt = endedAt.toUTC();
     }
+    return session;
 }
 
 void NetworkSettings::store()
@@ -115,10 +178,18 @@ void NetworkSettings::store()
     {
         const MutexLock lock(m_mutex);
         session = m_session;
+        m_isStored = true; // unless something changes meanwhile
     }
+    const bool isTold = tell(session);
+    const MutexLock lock(m_mutex);
+    m_isStored = m_isStored && isTold;
+    m_isAsking = false;
+}
+
+bool NetworkSettings::tell(const Session &session)
+{
     if (!session.token && !session.userId && !session.endedAt) {
-        m_store.remove(m_key);
-        return;
+        return m_store.remove(m_key);
     }
     QJsonObject record;
     if (session.token) {
@@ -130,7 +201,7 @@ void NetworkSettings::store()
     if (session.endedAt) {
         record.insert(kEndedAtMember, session.endedAt->toString(Qt::ISODateWithMs));
     }
-    m_store.write(m_key, QJsonDocument(record).toJson(QJsonDocument::Compact));
+    return m_store.write(m_key, QJsonDocument(record).toJson(QJsonDocument::Compact));
 }
 
 } // namespace gateway::platform

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <future>
 #include <thread>
 
 namespace gateway::platform {
@@ -16,7 +17,7 @@ const QString kKey = QStringLiteral("quorin https://cloud.example");
 class SlowTokenStore final : public TokenStore
 {
 public:
-    std::optional<QByteArray> read(const QString &key) override { return m_store.read(key); }
+    TokenAnswer read(const QString &key) override { return m_store.read(key); }
 
     bool write(const QString &key, const QByteArray &value) override
     {
@@ -53,7 +54,8 @@ TEST(NetworkSettings, KeepsTheSessionBetweenRuns)
         settings.setUserId(42);
     }
 
-    const NetworkSettings next(store, kKey);
+    NetworkSettings next(store, kKey);
+    next.waitUntilStored();
 
     EXPECT_EQ(next.token(), QStringLiteral("secret"));
     EXPECT_EQ(next.userId(), 42);
@@ -66,7 +68,9 @@ TEST(NetworkSettings, OffersNoServiceTheSessionOfAnother)
         NetworkSettings(store, kKey).setToken(QStringLiteral("secret"));
     }
 
-    EXPECT_FALSE(NetworkSettings(store, QStringLiteral("quorin https://other.example")).token());
+    NetworkSettings other(store, QStringLiteral("quorin https://other.example"));
+    other.waitUntilStored();
+    EXPECT_FALSE(other.token());
 }
 
 TEST(NetworkSettings, LeavesNothingBehindOnceSignedOut)
@@ -96,6 +100,7 @@ TEST(NetworkSettings, RemembersBetweenRunsWhenTheServiceEndedTheSession)
     }
 
     NetworkSettings next(store, kKey);
+    next.waitUntilStored();
     EXPECT_FALSE(next.token());
     EXPECT_FALSE(next.userId());
     EXPECT_EQ(next.endedAt(), when);
@@ -124,7 +129,8 @@ TEST(NetworkSettings, TakesARecordThatIsDamagedForNoSession)
     MemoryTokenStore store;
     store.write(kKey, "{\"token\": 7, \"userId\": \"x\"");
 
-    const NetworkSettings settings(store, kKey);
+    NetworkSettings settings(store, kKey);
+    settings.waitUntilStored();
 
     EXPECT_FALSE(settings.token());
     EXPECT_FALSE(settings.userId());
@@ -139,11 +145,88 @@ TEST(NetworkSettings, IsInTheTokenStoreOnceThatWasWaitedFor)
     settings.setToken(QStringLiteral("secret"));
     settings.waitUntilStored();
 
-    EXPECT_EQ(NetworkSettings(store, kKey).token(), QStringLiteral("secret"));
+    NetworkSettings next(store, kKey);
+    next.waitUntilStored();
+    EXPECT_EQ(next.token(), QStringLiteral("secret"));
     settings.setToken(std::nullopt);
     settings.setUserId(std::nullopt);
     settings.waitUntilStored();
-    EXPECT_FALSE(store.read(kKey));
+    EXPECT_EQ(store.read(kKey), TokenAnswer::absent());
+}
+
+TEST(NetworkSettings, WaitsForAStoreThatDoesNotAnswerAndTakesItsLateAnswer)
+{
+    MemoryTokenStore store;
+    store.write(kKey, R"({"token": "secret", "userId": 42})");
+    store.setSilent(true);
+    NetworkSettings settings(store, kKey);
+    settings.waitUntilStored();
+    EXPECT_FALSE(settings.isKnown());
+    EXPECT_FALSE(settings.token());
+    std::promise<void> known;
+    settings.whenKnown([&known] { known.set_value(); });
+
+    settings.askAgain();
+    settings.waitUntilStored();
+    EXPECT_FALSE(settings.isKnown());
+    store.setSilent(false);
+    settings.askAgain();
+
+    known.get_future().wait();
+    EXPECT_TRUE(settings.isKnown());
+    EXPECT_EQ(settings.token(), QStringLiteral("secret"));
+}
+
+TEST(NetworkSettings, LetsWhoSignsInMeanwhileCountMoreThanALateAnswer)
+{
+    MemoryTokenStore store;
+    store.write(kKey, R"({"token": "old", "userId": 42})");
+    store.setSilent(true);
+    NetworkSettings settings(store, kKey);
+    settings.waitUntilStored();
+
+    settings.setToken(QStringLiteral("new"));
+    EXPECT_FALSE(settings.waitUntilStored());
+    store.setSilent(false);
+    settings.askAgain();
+
+    EXPECT_TRUE(settings.waitUntilStored());
+    EXPECT_EQ(settings.token(), QStringLiteral("new"));
+    EXPECT_TRUE(store.read(kKey).value.contains("new"));
+}
+
+/// A store that answers when it is told to, as a keyring that waits to be unlocked. Thread: any.
+class LockedTokenStore final : public TokenStore
+{
+public:
+    explicit LockedTokenStore(std::shared_future<void> unlocked) : m_unlocked(std::move(unlocked)) {}
+
+    TokenAnswer read(const QString &) override
+    {
+        m_unlocked.wait();
+        return TokenAnswer::found(R"({"token": "secret"})");
+    }
+
+    bool write(const QString &, const QByteArray &) override { return true; }
+    bool remove(const QString &) override { return true; }
+
+private:
+    std::shared_future<void> m_unlocked;
+};
+
+TEST(NetworkSettings, KeepsNobodyWaitingForALockedStore)
+{
+    std::promise<void> unlock;
+    LockedTokenStore store(unlock.get_future().share());
+    NetworkSettings settings(store, kKey);
+
+    EXPECT_FALSE(settings.isKnown());
+    EXPECT_FALSE(settings.waitUntilStored(std::chrono::milliseconds(0)));
+    settings.askAgain();
+
+    unlock.set_value();
+    settings.waitUntilStored();
+    EXPECT_EQ(settings.token(), QStringLiteral("secret"));
 }
 
 TEST(NetworkSettings, CanBeReadWhileItIsWritten)

@@ -76,8 +76,9 @@ TEST(Authentication, HasStoredTheSessionByTheTimeItTellsOfIt)
     QrnAuthenticationAPI api(service.client);
 
     api.login(loginRequest(QStringLiteral("a@b.example"), QStringLiteral("pw")));
-    EXPECT_EQ(NetworkSettings(service.store, sessionKey(service.client.configuration())).token(),
-              QStringLiteral("secret"));
+    NetworkSettings next(service.store, sessionKey(service.client.configuration()));
+    next.waitUntilStored();
+    EXPECT_EQ(next.token(), QStringLiteral("secret"));
 
     api.logout();
     EXPECT_TRUE(service.store.isEmpty());
@@ -360,6 +361,95 @@ TEST(PlainArchive, WithoutSignInAcceptsAnyPairThatIsNotEmpty)
     api.login(loginRequest(QStringLiteral("anyone"), QStringLiteral("x")));
 
     EXPECT_TRUE(service.client.networkSettings().token());
+}
+
+TEST(PlainArchive, ThatTakesNoQueriesCanBeSignedInTo)
+{
+    for (const int status : {403, 404, 405, 501}) {
+        ScriptedService service(
+            [status](const ReceivedRequest &) { return ScriptedHttpServer::answer(status); },
+            CloudKind::dicomweb);
+
+        const QrnLoginResponse response =
+            QrnAuthenticationAPI(service.client)
+                .login(loginRequest(QStringLiteral("ann"), QStringLiteral("x")));
+
+        EXPECT_EQ(response.uncheckedStatus, status);
+        EXPECT_TRUE(service.client.networkSettings().token());
+        EXPECT_FALSE(errorOf<QuorinError>([&service] { QrnUserAPI(service.client).tokenExpiration(); }));
+        EXPECT_FALSE(errorOf<QuorinError>([&service] { QrnStatusAPI(service.client).ping(); }));
+    }
+}
+
+TEST(PlainArchive, IsNothingThatSendsAWebPageOrSomethingElse)
+{
+    const std::vector<std::pair<QByteArray, QByteArray>> answers = {
+        {"text/html", "<html>Welcome to our hotel</html>"},
+        {"text/html", "[]"},
+        {"application/dicom+json", "<html></html>"},
+        {"application/json", "{\"status\": \"ok\"}"},
+        {"", ""}};
+    for (const auto &[type, body] : answers) {
+        ScriptedService service(
+            [&](const ReceivedRequest &) { return ScriptedHttpServer::answer(200, type, body); },
+            CloudKind::dicomweb);
+
+        const auto signIn = errorOf<AFError>([&service] {
+            QrnAuthenticationAPI(service.client)
+                .login(loginRequest(QStringLiteral("ann"), QStringLiteral("x")));
+        });
+        ASSERT_TRUE(signIn) << body.toStdString();
+        EXPECT_EQ(signIn->noAnswer, NoAnswer::unusableAnswer);
+        EXPECT_FALSE(service.client.networkSettings().token());
+        EXPECT_TRUE(errorOf<AFError>([&service] { QrnStatusAPI(service.client).ping(); }));
+    }
+}
+
+TEST(PlainArchive, IsAskedWithoutTheCredentialsThatItRefuses)
+{
+    bool isClosed = false;
+    ScriptedService service(archive(true, &isClosed), CloudKind::dicomweb);
+    QrnAuthenticationAPI(service.client).login(loginRequest(QStringLiteral("ann"), QStringLiteral("p:w")));
+    QrnStatusAPI(service.client).ping();
+    EXPECT_TRUE(service.server.requests().last().headers.contains("authorization"));
+
+    isClosed = true;
+    QrnStatusAPI(service.client).ping();
+    QrnStatusAPI(service.client).ping();
+
+    EXPECT_FALSE(service.server.requests().last().headers.contains("authorization"));
+    isClosed = false;
+    QrnUserAPI(service.client).tokenExpiration();
+    EXPECT_FALSE(service.client.networkSettings().areCredentialsRefused());
+}
+
+TEST(PlainArchive, RefusesAPairThatCannotBeSent)
+{
+    ScriptedService service(archive(false), CloudKind::dicomweb);
+    QrnAuthenticationAPI api(service.client);
+
+    for (const QString &password : {QStringLiteral("a\nb"), QStringLiteral("a\x7f"), QString(5000, u'x')}) {
+        EXPECT_TRUE(
+            errorOf<QrnErrorResponse>([&] { api.login(loginRequest(QStringLiteral("ann"), password)); }));
+    }
+    EXPECT_TRUE(service.server.requests().isEmpty());
+}
+
+TEST(Authentication, RefusesATokenThatCannotBeSent)
+{
+    const QList<QByteArray> tokens = {"a\\nb", "a b", "\\u0000", "\u00e9", "\u263a", QByteArray(8000, 'x')};
+    for (const QByteArray &token : tokens) {
+        ScriptedService service(alwaysJson(R"({"userId": 42, "token": ")" + token + "\"}"));
+
+        const auto error = errorOf<AFError>([&service] {
+            QrnAuthenticationAPI(service.client)
+                .login(loginRequest(QStringLiteral("a"), QStringLiteral("b")));
+        });
+
+        ASSERT_TRUE(error) << token.toStdString();
+        EXPECT_TRUE(error->localizedDescription.contains(QStringLiteral("can't be sent")));
+        EXPECT_FALSE(service.client.networkSettings().token());
+    }
 }
 
 TEST(PlainArchive, CountsAsReachableWhenItAsksForASignIn)

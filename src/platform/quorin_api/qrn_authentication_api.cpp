@@ -8,6 +8,7 @@
 #include <QtCore/QJsonObject>
 #include <QtCore/QSysInfo>
 
+#include <algorithm>
 #include <utility>
 
 namespace gateway::platform {
@@ -40,6 +41,15 @@ QJsonObject loginRecord(const QrnLoginRequest &request)
             {QStringLiteral("device"), deviceRecord(request.device)}};
 }
 
+/// Whether a header can carry the token (RFC 6750 2.1 allows even fewer characters), and servers take it.
+bool canBeSent(const QString &token)
+{
+    constexpr qsizetype kLongestToken = 7 * 1024;
+    return token.size() <= kLongestToken && std::all_of(token.begin(), token.end(), [](QChar letter) {
+               return letter > u' ' && letter <= u'~';
+           });
+}
+
 } // namespace
 
 QrnUserDeviceRequest::QrnUserDeviceRequest(std::optional<QString> devicePushId, QString id, QString version)
@@ -64,12 +74,20 @@ QrnLoginResponse QrnAuthenticationAPI::loginToService(const QrnLoginRequest &req
     if (token.typeId() != QMetaType::QString || token.toString().isEmpty()) {
         throwUnreadableAnswer();
     }
+    if (!canBeSent(token.toString())) {
+        throw AFError(
+            QStringLiteral("The cloud service gave a session that can't be sent back to it: its token "
+                           "holds characters that no request may carry, or is too long."),
+            std::nullopt,
+            0,
+            NoAnswer::unusableAnswer);
+    }
     QrnLoginResponse response;
     const QVariant userId = answer.value(QStringLiteral("userId"));
     if (userId.typeId() == QMetaType::LongLong) {
         response.userId = userId.toLongLong();
     }
-    keepSession(token.toString(), response.userId);
+    response.isKept = keepSession(token.toString(), response.userId);
     return response;
 }
 
@@ -79,18 +97,24 @@ QrnLoginResponse QrnAuthenticationAPI::loginToArchive(const QrnLoginRequest &req
     if (!token || request.email.isEmpty() || request.password.isEmpty()) {
         throw QrnErrorResponse(
             QrnErrorKind::badRequest,
-            QStringLiteral("The archive needs a user name without a colon, and a password."));
+            QStringLiteral("The archive needs a user name without a colon, and a password, both without "
+                           "control characters and of less than a thousand letters together."));
     }
-    const int status = askArchive(m_client, token);
-    if (status == 401 || status == 403) {
+    const ArchiveAnswer answer = askArchive(m_client, *token);
+    QrnLoginResponse response;
+    switch (answer.meaning) {
+    case ArchiveAnswer::Meaning::found:
+        break;
+    case ArchiveAnswer::Meaning::signInWanted:
         throw QrnErrorResponse(QrnErrorKind::credentialsRefused,
-                               QStringLiteral("The archive refused the user name or the password."));
+                               QStringLiteral("The archive refused the user name or the password."),
+                               answer.status);
+    case ArchiveAnswer::Meaning::queryRefused:
+        response.uncheckedStatus = answer.status;
+        break;
     }
-    if (status < 200 || status >= 300) {
-        throwAnswerError({status, {}, false, {}});
-    }
-    keepSession(*token, std::nullopt);
-    return {};
+    response.isKept = keepSession(*token, std::nullopt);
+    return response;
 }
 
 QrnEmptyResponse QrnAuthenticationAPI::logout()
@@ -102,13 +126,13 @@ QrnEmptyResponse QrnAuthenticationAPI::logout()
     return {};
 }
 
-/// Whoever is told of a success may be sure that it outlives the program.
-void QrnAuthenticationAPI::keepSession(const std::optional<QString> &token, std::optional<qint64> userId)
+/// Whoever is told of a success may be sure that it outlives the program; false when it may not.
+bool QrnAuthenticationAPI::keepSession(const std::optional<QString> &token, std::optional<qint64> userId)
 {
     NetworkSettings &settings = m_client.networkSettings();
     settings.setUserId(userId);
     settings.setToken(token);
-    settings.waitUntilStored();
+    return settings.waitUntilStored();
 }
 
 } // namespace gateway::platform

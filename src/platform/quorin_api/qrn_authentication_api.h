@@ -43,6 +43,9 @@ struct QrnLoginRequest
 struct QrnLoginResponse
 {
     std::optional<qint64> userId;
+    bool isKept = true; ///< false when the session is known to this run alone: what keeps it didn't answer
+    std::optional<int> uncheckedStatus; ///< of an archive that takes no queries: it could not be asked
+                                        ///< whether the user name and the password are right
 };
 
 /// Signing in and out.
@@ -54,7 +57,8 @@ class QrnAuthenticationAPIProtocol
 public:
     virtual ~QrnAuthenticationAPIProtocol() = default;
 
-    /// Signs in and keeps the session in NetworkSettings, durably; on a failure an older session stands.
+    /// Signs in and keeps the session in NetworkSettings, durably unless the answer says otherwise; on a
+    /// failure an older session stands.
     virtual QrnLoginResponse login(const QrnLoginRequest &request) = 0;
 
     /// Ends the session at the service, then forgets it; on a failure it stands.
@@ -74,7 +78,7 @@ public:
 private:
     QrnLoginResponse loginToService(const QrnLoginRequest &request);
     QrnLoginResponse loginToArchive(const QrnLoginRequest &request);
-    void keepSession(const std::optional<QString> &token, std::optional<qint64> userId);
+    bool keepSession(const std::optional<QString> &token, std::optional<qint64> userId);
 
     QuorinApiClient &m_client;
 };

@@ -94,7 +94,7 @@ private:
         }
         const QVariant page = parseNetworkJson(response.body).value_or(QVariant());
         if (page.typeId() != QMetaType::QVariantList) {
-            throwUnreadableAnswer();
+            throwUnusableAnswer(response);
         }
         const QVariantList objects = page.toList();
         const bool hasNews = keep(objects);

@@ -3,10 +3,14 @@
 #include "platform/quorin_api/answer_error.h"
 #include "platform/quorin_api/quorin_api_client.h"
 #include "platform/quorin_api/quorin_error.h"
+#include "platform/quorin_api/server_words.h"
 
 namespace gateway::platform {
 
 namespace {
+
+// A thick book.
+constexpr qint64 kLongestTerms = 2 << 20;
 
 QString stamp(const QDateTime &time)
 {
@@ -32,9 +36,11 @@ void QrnQuorinCloudTermsAPI::needTerms() const
 QrnQuorinCloudTermsResponse QrnQuorinCloudTermsAPI::terms()
 {
     needTerms();
-    const QVariantMap answer = m_client.requestObject(get("/terms"));
+    ApiCall call = get("/terms");
+    call.answerLimit = kLongestTerms;
+    const QVariantMap answer = m_client.requestObject(call);
     return {answer.value(QStringLiteral("version")).toString(),
-            answer.value(QStringLiteral("text")).toString()};
+            cleanServerText(answer.value(QStringLiteral("text")).toString())};
 }
 
 QrnQuorinCloudTermsStatusResponse QrnQuorinCloudTermsAPI::status()
@@ -52,7 +58,7 @@ QrnQuorinCloudTermsStatusResponse QrnQuorinCloudTermsAPI::status()
     response.requiredVersion = answer.value(QStringLiteral("requiredVersion")).toString();
     const QVariant reason = answer.value(QStringLiteral("reason"));
     if (reason.typeId() == QMetaType::QString) {
-        response.reason = reason.toString();
+        response.reason = cleanServerWords(reason.toString());
     }
     return response;
 }

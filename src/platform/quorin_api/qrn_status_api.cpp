@@ -9,17 +9,15 @@ namespace gateway::platform {
 void QrnStatusAPI::ping()
 {
     if (m_client.isPlainArchive()) {
-        const int status = askArchive(m_client);
-        if ((status < 200 || status >= 300) && status != 401 && status != 403) {
-            throwAnswerError({status, {}, false, {}});
-        }
+        askArchive(m_client);
         return;
     }
     ApiCall call;
     call.path = "/ping";
     // A page with status 200 comes from something on the way, such as a hotel's sign-in.
-    if (m_client.request(call).status != 204) {
-        throwUnreadableAnswer();
+    const HttpResponse response = m_client.request(call);
+    if (response.status != 204) {
+        throwUnusableAnswer(response);
     }
 }
 

@@ -18,8 +18,8 @@ public:
     virtual void ping() = 0;
 };
 
-/// Asks the configured service. A plain archive counts as reachable when it answers a query, if only to
-/// ask for a sign-in.
+/// Asks the configured service for what only it answers. A plain archive counts as reachable when it answers
+/// a query as an archive does, if only to ask for a sign-in or to refuse the query.
 class QrnStatusAPI final : public QrnStatusAPIProtocol
 {
 public:

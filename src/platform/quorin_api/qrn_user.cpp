@@ -1,15 +1,21 @@
 #include "platform/quorin_api/qrn_user.h"
 
 #include "platform/quorin_api/answer_error.h"
+#include "platform/quorin_api/server_words.h"
 
 namespace gateway::platform {
 
 namespace {
 
+// Longer than anybody's field, since what was shortened would go back so.
+constexpr qsizetype kLongestField = 2000;
+
 std::optional<QString> textOf(const QVariantMap &record, const QString &member)
 {
     const QVariant value = record.value(member);
-    return value.typeId() == QMetaType::QString ? std::optional(value.toString()) : std::nullopt;
+    return value.typeId() == QMetaType::QString
+               ? std::optional(cleanServerWords(value.toString(), kLongestField))
+               : std::nullopt;
 }
 
 QrnUserWorkplace workplaceFrom(const QVariantMap &record)

@@ -13,9 +13,6 @@ namespace gateway::platform {
 
 namespace {
 
-// Largest answer that is kept: a page of a query or the settlement of a large batch stays well below.
-constexpr qint64 kAnswerLimit = 16 << 20;
-
 bool isHeaderSafe(const QByteArray &value)
 {
     return std::none_of(value.begin(), value.end(), [](char letter) {
@@ -69,10 +66,12 @@ HttpResponse QuorinApiClient::send(const ApiCall &call)
     request.url = address(call);
     request.body = call.body;
     request.stream = call.stream;
-    request.answerLimit = kAnswerLimit;
+    request.answerLimit = call.isBrief ? call.answerLimit : kLargeAnswer;
     request.progress = call.progress;
     if (call.isBrief) {
         request.total = m_configuration.limits.call;
+    } else if (call.stream == nullptr) {
+        request.total = m_configuration.limits.answer;
     }
     const bool carriesSession = call.authorized && call.authorization.isEmpty();
     const std::optional<QString> token = carriesSession ? m_settings.token() : std::nullopt;
@@ -108,7 +107,7 @@ QVariantMap QuorinApiClient::requestObject(const ApiCall &call)
     const HttpResponse response = request(call);
     const QVariant body = parseNetworkJson(response.body).value_or(QVariant());
     if (body.typeId() != QMetaType::QVariantMap) {
-        throwUnreadableAnswer();
+        throwUnusableAnswer(response);
     }
     return body.toMap();
 }

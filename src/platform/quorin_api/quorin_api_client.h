@@ -16,6 +16,11 @@ namespace gateway::platform {
 
 class TokenStore;
 
+/// The largest answers that are taken in: for one record, and for a page of a query or what became of a
+/// batch.
+inline constexpr qint64 kBriefAnswer = 256 << 10;
+inline constexpr qint64 kLargeAnswer = 16 << 20;
+
 /// One call in the terms of the service; the client turns it into a request.
 struct ApiCall
 {
@@ -29,13 +34,14 @@ struct ApiCall
     QByteArray method = "GET";
     QByteArray path; ///< encoded, from the slash on; may hold a query
     QByteArray accept = "application/json";
-    QByteArray contentType;           ///< empty where there is no body
-    QByteArray body;                  ///< small bodies
-    HttpBodySource *stream = nullptr; ///< large ones; borrowed
-    bool authorized = true;           ///< carries the session, when there is one
-    QByteArray authorization;         ///< in place of the session's, where it isn't empty
-    QString deviceId;                 ///< empty where the operation has none
-    bool isBrief = true;              ///< ends within the limit for calls; false for uploads and queries
+    QByteArray contentType;            ///< empty where there is no body
+    QByteArray body;                   ///< small bodies
+    HttpBodySource *stream = nullptr;  ///< large ones; borrowed
+    bool authorized = true;            ///< carries the session, when there is one
+    QByteArray authorization;          ///< in place of the session's, where it isn't empty
+    QString deviceId;                  ///< empty where the operation has none
+    bool isBrief = true;               ///< ends within the limit for calls; false for uploads and queries
+    qint64 answerLimit = kBriefAnswer; ///< bytes of the answer; what isn't brief may always be large
     UploadProgressCallback progress;
 };
 

@@ -209,8 +209,97 @@ TEST(QuorinApiClient, RefusesAPageOfHtmlInPlaceOfAnAnswer)
         return ScriptedHttpServer::answer(200, "text/html", "<html>Welcome to our hotel</html>");
     });
 
-    EXPECT_TRUE(errorOf<AFError>([&service] { service.client.requestObject(get("/user")); }));
-    EXPECT_TRUE(errorOf<AFError>([&service] { QrnStatusAPI(service.client).ping(); }));
+    const auto user = errorOf<AFError>([&service] { service.client.requestObject(get("/user")); });
+    const auto ping = errorOf<AFError>([&service] { QrnStatusAPI(service.client).ping(); });
+
+    for (const auto &error : {user, ping}) {
+        ASSERT_TRUE(error);
+        EXPECT_EQ(error->noAnswer, NoAnswer::unusableAnswer);
+        EXPECT_EQ(
+            error->localizedDescription,
+            QStringLiteral("A web page came from 127.0.0.1 (status 200) in place of an answer of the cloud "
+                           "service. This network may ask for a sign-in of its own, or the address may be "
+                           "wrong."));
+    }
+}
+
+TEST(QuorinApiClient, SaysWhoseRefusalItWasAndItsStatus)
+{
+    const auto sentence = [](int status, const QByteArray &type) {
+        ScriptedService service(
+            [&](const ReceivedRequest &) { return ScriptedHttpServer::answer(status, type, "x"); });
+        return errorOf<AFError>([&service] { service.client.request(get("/user")); })->localizedDescription;
+    };
+
+    EXPECT_EQ(sentence(403, "text/plain"),
+              QStringLiteral("The server at 127.0.0.1 does not allow this (status 403)."));
+    EXPECT_EQ(
+        sentence(403, "text/html"),
+        QStringLiteral("The server at 127.0.0.1 does not allow this (status 403). It sent a web page, so it "
+                       "may be something on the way there."));
+    EXPECT_TRUE(sentence(407, {}).startsWith(QStringLiteral("A web proxy on the way to 127.0.0.1")));
+    EXPECT_TRUE(sentence(511, {}).startsWith(QStringLiteral("The network on the way to 127.0.0.1")));
+}
+
+/// The variables of a proxy, for the length of a test.
+class ProxyVariable
+{
+public:
+    explicit ProxyVariable(const QUrl &proxy) { qputenv("https_proxy", proxy.toEncoded()); }
+    ~ProxyVariable() { qunsetenv("https_proxy"); }
+    ProxyVariable(const ProxyVariable &) = delete;
+    ProxyVariable &operator=(const ProxyVariable &) = delete;
+};
+
+TEST(QuorinApiClient, TellsAProxyThatRefusesFromAConnectionThatWasLost)
+{
+    for (const int status : {403, 407, 502}) {
+        ScriptedHttpServer proxy([status](const ReceivedRequest &request) {
+            EXPECT_EQ(request.method, "CONNECT");
+            return ScriptedHttpServer::answer(status, "text/html", "<html>no</html>");
+        });
+        const ProxyVariable variable(proxy.url());
+
+        const auto error = errorAt(QUrl(QStringLiteral("https://cloud.example")));
+
+        ASSERT_TRUE(error);
+        EXPECT_EQ(error->noAnswer, NoAnswer::proxyRefused);
+        EXPECT_EQ(error->code, status);
+        EXPECT_FALSE(error->responseCode);
+        EXPECT_TRUE(error->localizedDescription.startsWith(
+            QStringLiteral("The web proxy on the way to cloud.example")));
+        EXPECT_TRUE(error->localizedDescription.contains(QString::number(status)));
+    }
+}
+
+TEST(QuorinApiClient, TakesInNoMoreOfARefusalThanItsWordsNeed)
+{
+    const QByteArray problem = R"({"kind": 8, "detail": ")" + QByteArray(9'000'000, 'x') + "\"}";
+    ScriptedService service([&problem](const ReceivedRequest &) {
+        return ScriptedHttpServer::answer(429, "application/problem+json", problem);
+    });
+
+    const auto error = errorOf<AFError>([&service] { service.client.request(get("/user")); });
+
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->responseCode, 429);
+    EXPECT_LT(error->localizedDescription.size(), 200);
+}
+
+TEST(QuorinApiClient, CleansAndCutsTheWordsOfTheService)
+{
+    ScriptedService service([](const ReceivedRequest &) {
+        return ScriptedHttpServer::answer(403,
+                                          "application/problem+json",
+                                          R"({"kind": 2, "detail": "\u001b[31mAccept\nthe \u202eterms.)" +
+                                              QByteArray(5000, 'x') + "\"}");
+    });
+
+    const auto error = errorOf<QrnErrorResponse>([&service] { service.client.request(get("/user")); });
+
+    ASSERT_TRUE(error && error->message);
+    EXPECT_TRUE(error->message->startsWith(QStringLiteral("Accept the terms.x")));
+    EXPECT_EQ(error->message->size(), 300);
 }
 
 TEST(QuorinApiClient, SaysWhyNoAnswerCame)
@@ -278,6 +367,70 @@ TEST(QuorinApiClient, GivesUpOnAServerThatFallsSilent)
     EXPECT_EQ(error->noAnswer, NoAnswer::timedOut);
     EXPECT_EQ(error->localizedDescription,
               QStringLiteral("The cloud service at 127.0.0.1 did not answer in time."));
+}
+
+TEST(QuorinApiClient, GivesUpOnAnAnswerThatDrips)
+{
+    ScriptedHttpServer server(
+        [](const ReceivedRequest &) {
+            return ScriptedHttpServer::answer(200, "application/dicom+json", QByteArray(1 << 20, ' '));
+        },
+        ScriptedHttpServer::Moment::afterBody,
+        ScriptedHttpServer::Pace::dripping);
+    CloudConfiguration configuration = configurationFor(server.url());
+    configuration.limits.silence = std::chrono::seconds(1);
+    MemoryTokenStore store;
+    QuorinApiClient client(configuration, store);
+    ApiCall query = get("/studies");
+    query.service = ApiCall::Service::dicomWeb;
+    query.isBrief = false;
+
+    const auto error = errorOf<AFError>([&] { client.request(query); });
+
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->noAnswer, NoAnswer::timedOut);
+}
+
+/// A small body that is made while it is sent.
+class SmallBody final : public HttpBodySource
+{
+public:
+    qint64 size() const override { return 5; }
+    qint64 read(char *buffer, qint64 capacity) override
+    {
+        const qint64 count = std::min(capacity, size() - m_offset);
+        std::fill_n(buffer, count, 'x');
+        m_offset += count;
+        return count;
+    }
+    void seek(qint64 offset) override { m_offset = offset; }
+
+private:
+    qint64 m_offset = 0;
+};
+
+TEST(QuorinApiClient, GivesAnUploadsAnswerOnlySoLong)
+{
+    ScriptedHttpServer server(
+        [](const ReceivedRequest &) {
+            return ScriptedHttpServer::answer(200, "application/dicom+json", QByteArray(1 << 20, ' '));
+        },
+        ScriptedHttpServer::Moment::afterBody,
+        ScriptedHttpServer::Pace::dripping);
+    CloudConfiguration configuration = configurationFor(server.url());
+    configuration.limits.answer = std::chrono::seconds(1);
+    MemoryTokenStore store;
+    QuorinApiClient client(configuration, store);
+    SmallBody body;
+    ApiCall upload = get("/studies");
+    upload.method = "POST";
+    upload.stream = &body;
+    upload.isBrief = false;
+
+    const auto error = errorOf<AFError>([&] { client.request(upload); });
+
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->noAnswer, NoAnswer::timedOut);
 }
 
 TEST(QuorinApiClient, EndsCallsInFlightWhenItIsShutDown)

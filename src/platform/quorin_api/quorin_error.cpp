@@ -69,12 +69,19 @@ QString localizedDescription(const std::exception &error)
 
 QString plainText(const std::exception &error)
 {
-    const QString words = localizedDescription(error);
     const auto *known = dynamic_cast<const QuorinError *>(&error);
     if (known == nullptr) {
-        return words;
+        return localizedDescription(error);
     }
     const QString name = known->domain.section(u'.', -1) + u' ' + QString::number(known->code);
+    const auto *response = dynamic_cast<const QrnErrorResponse *>(&error);
+    if (response != nullptr) {
+        return response->responseCode ? QStringLiteral("%1: The cloud service refused the call (status %2).")
+                                            .arg(name)
+                                            .arg(*response->responseCode)
+                                      : name;
+    }
+    const QString words = localizedDescription(error);
     return words.isEmpty() ? name : name + QStringLiteral(": ") + words;
 }
 

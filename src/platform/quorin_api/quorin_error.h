@@ -72,6 +72,7 @@ enum class NoAnswer
     badAddress,      ///< the configured address can't be used
     addressNotFound, ///< its name isn't known to the network
     notReachable,    ///< nobody takes the connection there
+    proxyRefused,    ///< a web proxy on the way doesn't let the connection through
     notSecure,       ///< no TLS connection, or none that can be trusted
     timedOut,
     connectionLost,
@@ -134,7 +135,8 @@ public:
 /// The words of an error as they stand; empty where it has none.
 QString localizedDescription(const std::exception &error);
 
-/// An error as one line for somebody who looks for its cause: what it is, its number, its words.
+/// An error as one line for somebody who looks for its cause: what it is, its number, and our words for it. A
+/// server's words, which may name a patient, aren't in it.
 QString plainText(const std::exception &error);
 
 /// The one rule that turns a thrown error into words for the user.

@@ -56,6 +56,9 @@ TEST(PlainText, NamesTheErrorAndItsNumberBeforeItsWords)
               QStringLiteral("AFError 7: No route."));
     EXPECT_EQ(plainText(QrnErrorResponse(QrnErrorKind::serviceFault, std::nullopt)),
               QStringLiteral("QrnErrorResponse 9"));
+    EXPECT_EQ(
+        plainText(QrnErrorResponse(QrnErrorKind::serviceFault, QStringLiteral("No room for Doe^Jane."), 503)),
+        QStringLiteral("QrnErrorResponse 9: The cloud service refused the call (status 503)."));
     EXPECT_EQ(plainText(std::runtime_error("plain trouble")), QStringLiteral("plain trouble"));
 }
 

@@ -32,6 +32,8 @@ QString sentence(int curlCode, int systemError)
         return QStringLiteral("The address of the web proxy on the way to %1 could not be found.");
     case CURLE_COULDNT_CONNECT:
         return connectSentence(systemError);
+    case CURLE_PROXY:
+        return QStringLiteral("The web proxy on the way to %1 refused the connection.");
     case CURLE_OPERATION_TIMEDOUT:
         return QStringLiteral("The cloud service at %1 did not answer in time.");
     case CURLE_PEER_FAILED_VERIFICATION:
@@ -68,6 +70,8 @@ NoAnswer reasonOf(int curlCode, int systemError)
         return NoAnswer::addressNotFound;
     case CURLE_COULDNT_CONNECT:
         return systemError == ETIMEDOUT ? NoAnswer::timedOut : NoAnswer::notReachable;
+    case CURLE_PROXY:
+        return NoAnswer::proxyRefused;
     case CURLE_OPERATION_TIMEDOUT:
         return NoAnswer::timedOut;
     case CURLE_PEER_FAILED_VERIFICATION:
@@ -98,6 +102,14 @@ AFError transportError(int curlCode, int systemError, const QString &host)
 {
     return AFError(
         sentence(curlCode, systemError).arg(host), std::nullopt, curlCode, reasonOf(curlCode, systemError));
+}
+
+AFError proxyError(int status, const QString &host)
+{
+    const QString sentence =
+        status == 407 ? QStringLiteral("The web proxy on the way to %1 asks for a sign-in (status %2).")
+                      : QStringLiteral("The web proxy on the way to %1 refused the connection (status %2).");
+    return AFError(sentence.arg(host).arg(status), std::nullopt, status, NoAnswer::proxyRefused);
 }
 
 } // namespace gateway::platform

@@ -157,8 +157,10 @@ void SignInSheet::signInEnded(bool isSignedIn)
 void SignInSheet::showSuccess()
 {
     const std::optional<QString> &label = m_auth.signedInLabel();
-    m_successMessage->setText(label ? tr("You are now signed in as %1.").arg(*label)
-                                    : tr("You are now signed in."));
+    const QString words =
+        label ? tr("You are now signed in as %1.").arg(*label) : tr("You are now signed in.");
+    const std::optional<QString> &remark = m_auth.signInRemark();
+    m_successMessage->setText(remark ? words + u' ' + *remark : words);
     setTitle(tr("Sign In Successful"));
     forgetEntries();
     m_form->hide();

@@ -25,6 +25,7 @@ struct ScriptedService
     explicit ScriptedService(ScriptedHttpServer::Handler handler, CloudKind kind = CloudKind::quorin)
         : server(std::move(handler)), client(configurationFor(server.url(), kind), store)
     {
+        client.networkSettings().waitUntilStored();
     }
 
     MemoryTokenStore store;

@@ -11,24 +11,38 @@ namespace gateway::platform::testing {
 class MemoryTokenStore final : public TokenStore
 {
 public:
-    std::optional<QByteArray> read(const QString &key) override
+    TokenAnswer read(const QString &key) override
     {
         const MutexLock lock(m_mutex);
-        return m_values.contains(key) ? std::optional(m_values.value(key)) : std::nullopt;
+        if (m_isSilent) {
+            return TokenAnswer::notReached();
+        }
+        return m_values.contains(key) ? TokenAnswer::found(m_values.value(key)) : TokenAnswer::absent();
     }
 
     bool write(const QString &key, const QByteArray &value) override
     {
         const MutexLock lock(m_mutex);
-        m_values.insert(key, value);
-        return true;
+        if (!m_isSilent) {
+            m_values.insert(key, value);
+        }
+        return !m_isSilent;
     }
 
     bool remove(const QString &key) override
     {
         const MutexLock lock(m_mutex);
-        m_values.remove(key);
-        return true;
+        if (!m_isSilent) {
+            m_values.remove(key);
+        }
+        return !m_isSilent;
+    }
+
+    /// Makes it a store that doesn't answer, or one that does again.
+    void setSilent(bool isSilent)
+    {
+        const MutexLock lock(m_mutex);
+        m_isSilent = isSilent;
     }
 
     bool isEmpty() const
@@ -39,6 +53,7 @@ public:
 
 private:
     mutable Mutex m_mutex;
+    bool m_isSilent QUORIN_GUARDED_BY(m_mutex) = false;
     QMap<QString, QByteArray> m_values QUORIN_GUARDED_BY(m_mutex);
 };
 

@@ -3,6 +3,7 @@
 #include <arpa/inet.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
+#include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -100,10 +101,22 @@ bool sendAll(int socket, const QByteArray &bytes)
     return true;
 }
 
+/// False once the other side has gone.
+bool drip(int socket, const QByteArray &bytes)
+{
+    for (const char byte : bytes) {
+        pollfd peer{socket, POLLIN, 0};
+        if (::poll(&peer, 1, 100) != 0 || !sendAll(socket, QByteArray(1, byte))) {
+            return false;
+        }
+    }
+    return true;
+}
+
 } // namespace
 
-ScriptedHttpServer::ScriptedHttpServer(Handler handler, Moment moment)
-    : m_handler(std::move(handler)), m_moment(moment)
+ScriptedHttpServer::ScriptedHttpServer(Handler handler, Moment moment, Pace pace)
+    : m_handler(std::move(handler)), m_moment(moment), m_pace(pace)
 {
     m_listener = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
     sockaddr_in address = {};
@@ -202,13 +215,19 @@ void ScriptedHttpServer::serve(int socket, int connection)
             break;
         }
         const QByteArray bytes = answerTo(request);
-        if (bytes.isEmpty() || !sendAll(socket, bytes)) {
+        if (bytes.isEmpty() || !sendAnswer(socket, bytes)) {
             break;
         }
     }
     const MutexLock lock(m_mutex);
     std::erase(m_sockets, socket);
     ::close(socket);
+}
+
+bool ScriptedHttpServer::sendAnswer(int socket, const QByteArray &bytes) const
+{
+    const qsizetype head = m_pace == Pace::atOnce ? bytes.size() : bytes.indexOf("\r\n\r\n") + 4;
+    return sendAll(socket, bytes.left(head)) && drip(socket, bytes.mid(head));
 }
 
 QByteArray ScriptedHttpServer::answerTo(const ReceivedRequest &request)

@@ -50,7 +50,15 @@ public:
         afterHead
     };
 
-    explicit ScriptedHttpServer(Handler handler, Moment moment = Moment::afterBody);
+    /// How an answer goes out: at once, or, after its head, byte by byte, ten in a second, until the other
+    /// side has had enough.
+    enum class Pace
+    {
+        atOnce,
+        dripping
+    };
+
+    explicit ScriptedHttpServer(Handler handler, Moment moment = Moment::afterBody, Pace pace = Pace::atOnce);
 
     /// Closes all connections and waits for their threads; a handler must not be waiting for the test then.
     ~ScriptedHttpServer();
@@ -71,10 +79,12 @@ public:
 private:
     void acceptLoop();
     void serve(int socket, int connection);
+    bool sendAnswer(int socket, const QByteArray &bytes) const;
     QByteArray answerTo(const ReceivedRequest &request);
 
     const Handler m_handler;
     const Moment m_moment;
+    const Pace m_pace;
     int m_listener = -1;
     int m_port = 0;
     mutable Mutex m_mutex;

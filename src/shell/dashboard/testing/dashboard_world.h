@@ -37,6 +37,7 @@ class DashboardWorld
 public:
     DashboardWorld()
     {
+        network.waitUntilStored();
         theme.setReducedMotion(true);
         theme.applyTo(*qApp);
         receive.settings.gatewaySetupCompleted.set(true);
