@@ -70,7 +70,7 @@ struct HttpResponse
     bool moreAvailable = false; ///< the server warned that it holds back results (PS3.18 8.3.4.4)
     QByteArray body;
     std::optional<std::chrono::seconds> retryAfter = {}; ///< as far as the server asks to be left alone
-    QString host;                                        ///< whose answer it is, as far as the address tells
+    QString host = {};                                   ///< whose answer it is, as far as the address tells
 
     bool isSuccess() const { return status >= 200 && status < 300; }
 };
