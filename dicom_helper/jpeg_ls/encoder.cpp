@@ -83,18 +83,18 @@ private:
                     Output &to);
 
     template <int Bytes>
-    [[gnu::always_inline]] bool encodeLines(const ImageShape &shape,
-                                            const CodingParameters &parameters,
-                                            std::span<const std::byte> image,
-                                            Output &to);
+    [[gnu::always_inline]] inline bool encodeLines(const ImageShape &shape,
+                                                   const CodingParameters &parameters,
+                                                   std::span<const std::byte> image,
+                                                   Output &to);
 
     template <int Bytes>
-    [[gnu::always_inline]] void encodeLine(const ImageShape &shape,
-                                           const Neighbourhood<Bytes> &neighbourhood,
-                                           LineCoder &coder,
-                                           BitWriter &writer);
+    [[gnu::always_inline]] inline void encodeLine(const ImageShape &shape,
+                                                  const Neighbourhood<Bytes> &neighbourhood,
+                                                  LineCoder &coder,
+                                                  BitWriter &writer);
 
-    [[gnu::always_inline]] unsigned load(const ImageShape &shape, const std::byte *line);
+    [[gnu::always_inline]] inline unsigned load(const ImageShape &shape, const std::byte *line);
 
     std::array<ComponentLines, 3> m_lines;
     std::array<std::unique_ptr<LineAnalysis>, 3> m_analyses;
