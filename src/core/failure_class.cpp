@@ -51,6 +51,10 @@ QLatin1StringView rawValue(FailureClass failureClass)
         return QLatin1StringView("fileMissing");
     case FailureClass::fileUnreadable:
         return QLatin1StringView("fileUnreadable");
+    case FailureClass::withoutIdentity:
+        return QLatin1StringView("withoutIdentity");
+    case FailureClass::anotherVersionInCloud:
+        return QLatin1StringView("anotherVersionInCloud");
     case FailureClass::unknown:
         break;
     }

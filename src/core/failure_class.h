@@ -34,6 +34,8 @@ enum class FailureClass
     connectionLost,
     fileMissing,
     fileUnreadable,
+    withoutIdentity,
+    anotherVersionInCloud,
     unknown
 };
 

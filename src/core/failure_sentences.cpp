@@ -116,6 +116,17 @@ const char *sourceText(FailureClass failureClass)
                                  "The stored file of the image could not be read. It is left as it is, and "
                                  "other images are sent. Check the disk, and send the image again from the "
                                  "device that made it.");
+    case FailureClass::withoutIdentity:
+        return QT_TRANSLATE_NOOP("FailureSentence",
+                                 "The image has no identifier that the cloud could confirm. It is kept "
+                                 "here, and other images are sent. Have the device that made it checked, "
+                                 "and send the image again from there.");
+    case FailureClass::anotherVersionInCloud:
+        return QT_TRANSLATE_NOOP("FailureSentence",
+                                 "The cloud holds another image under this identifier and did not take "
+                                 "this one in its place. It is kept here and never removed by itself, and "
+                                 "other images are sent. Ask whoever runs the cloud which of the two is "
+                                 "wanted there.");
     case FailureClass::unknown:
         break;
     }
