@@ -46,6 +46,7 @@ void ControlRoutes::handle(Exchange &exchange, const std::vector<std::string> &p
         {"GET faults", &ControlRoutes::listFaults},
         {"POST faults/clear", &ControlRoutes::clearFaults},
         {"POST refuse-instances", &ControlRoutes::refuseInstances},
+        {"POST second-versions", &ControlRoutes::setSecondVersions},
         {"POST tokens/expire", &ControlRoutes::expireTokens},
         {"POST terms", &ControlRoutes::setTerms},
         {"GET terms/answers", &ControlRoutes::termsAnswers},
@@ -101,6 +102,21 @@ void ControlRoutes::refuseInstances(Exchange &exchange)
     for (const auto &uid : uids) {
         m_parts.faults.refuse(
             uid.toString(), reason, count.isDouble() ? std::optional(count.toInteger()) : std::nullopt);
+    }
+    exchange.answer(204);
+}
+
+void ControlRoutes::setSecondVersions(Exchange &exchange)
+{
+    const QString policy = readJson(exchange).value(QStringLiteral("policy")).toString();
+    if (policy == u"replace") {
+        m_parts.faults.setSecondVersion(SecondVersion::replaces);
+    } else if (policy == u"refuse") {
+        m_parts.faults.setSecondVersion(SecondVersion::isRefused);
+    } else if (policy == u"ignore") {
+        m_parts.faults.setSecondVersion(SecondVersion::isDropped);
+    } else {
+        throw HttpProblem(422, ProblemKind::badRequest, QStringLiteral("There is no such policy."));
     }
     exchange.answer(204);
 }

@@ -45,6 +45,7 @@ private:
     void listFaults(Exchange &exchange);
     void clearFaults(Exchange &exchange);
     void refuseInstances(Exchange &exchange);
+    void setSecondVersions(Exchange &exchange);
     void expireTokens(Exchange &exchange);
     void setTerms(Exchange &exchange);
     void termsAnswers(Exchange &exchange);

@@ -17,6 +17,19 @@ void FaultPlan::clear()
     const MutexLock lock(m_mutex);
     m_rules.clear();
     m_refusals.clear();
+    m_secondVersion = SecondVersion::replaces;
+}
+
+void FaultPlan::setSecondVersion(SecondVersion fate)
+{
+    const MutexLock lock(m_mutex);
+    m_secondVersion = fate;
+}
+
+SecondVersion FaultPlan::secondVersion() const
+{
+    const MutexLock lock(m_mutex);
+    return m_secondVersion;
 }
 
 std::optional<FaultRule> FaultPlan::take(const std::string &method, const std::string &path)

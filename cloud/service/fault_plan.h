@@ -33,6 +33,14 @@ struct FaultRule
     bool cutBeforeAnswer = false;
 };
 
+/// What becomes of an instance that is stored in this place already: real archives differ.
+enum class SecondVersion
+{
+    replaces,
+    isRefused, ///< with 45070, "already stored"
+    isDropped  ///< and answered like one that is stored
+};
+
 /// The faults that tests have asked for.
 ///
 /// Owner: CloudService. Thread: any.
@@ -41,7 +49,10 @@ class FaultPlan
 public:
     void add(const FaultRule &rule) QUORIN_EXCLUDES(m_mutex);
 
-    /// Forgets all rules and refusals.
+    void setSecondVersion(SecondVersion fate) QUORIN_EXCLUDES(m_mutex);
+    SecondVersion secondVersion() const QUORIN_EXCLUDES(m_mutex);
+
+    /// Forgets all rules and refusals, and lets second versions replace the first.
     void clear() QUORIN_EXCLUDES(m_mutex);
 
     /// Uses up one count of the oldest rule that fits the request.
@@ -68,6 +79,7 @@ private:
     mutable platform::Mutex m_mutex;
     std::vector<FaultRule> m_rules QUORIN_GUARDED_BY(m_mutex);
     std::map<QString, Refusal> m_refusals QUORIN_GUARDED_BY(m_mutex);
+    SecondVersion m_secondVersion QUORIN_GUARDED_BY(m_mutex) = SecondVersion::replaces;
 };
 
 } // namespace gateway::cloud

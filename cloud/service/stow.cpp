@@ -19,6 +19,7 @@ namespace {
 constexpr int kOutOfResources = 0xA700;
 constexpr int kStudyDiffers = 0xA900;
 constexpr int kCannotUnderstand = 0xC000;
+constexpr int kAlreadyStored = 45070; // by custom of archives
 
 constexpr std::int64_t kBytesPerKb = 1024;
 
@@ -97,14 +98,15 @@ public:
         m_part.reset();
     }
 
-    /// Makes what arrived durable and known. \return the instances now stored.
+    /// Makes what arrived durable and known. \return the instances that are to be named as stored.
     std::vector<NewInstance> commit()
     {
-        const std::vector<NewInstance> placed = std::exchange(m_placed, {});
-        if (!placed.empty()) {
-            m_store.commit(placed);
+        std::vector<NewInstance> named = std::exchange(m_placed, {});
+        if (!named.empty()) {
+            m_store.commit(named);
         }
-        return placed;
+        named.insert(named.end(), m_dropped.begin(), m_dropped.end());
+        return named;
     }
 
     const std::vector<Failure> &failures() const { return m_failures; }
@@ -116,6 +118,16 @@ private:
         std::optional<int> refusal = m_faults.takeRefusal(sopInstance);
         if (m_studyUid && instance.summary.value(kStudyInstanceUid) != *m_studyUid) {
             refusal = kStudyDiffers;
+        }
+        const SecondVersion fate = m_faults.secondVersion();
+        if (!refusal && fate != SecondVersion::replaces &&
+            !m_store.index().instances(placeOf(instance.summary)).empty()) {
+            if (fate == SecondVersion::isDropped) {
+                m_dropped.push_back(instance);
+                m_store.discard({instance});
+                return;
+            }
+            refusal = kAlreadyStored;
         }
         if (!refusal) {
             m_placed.push_back(instance);
@@ -137,6 +149,7 @@ private:
     const std::optional<QString> m_studyUid;
     std::unique_ptr<PartFile> m_part;
     std::vector<NewInstance> m_placed;
+    std::vector<NewInstance> m_dropped; // second versions; their files are gone
     std::vector<Failure> m_failures;
 };
 

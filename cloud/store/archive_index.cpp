@@ -8,6 +8,9 @@ using platform::Database;
 using platform::Statement;
 using platform::Transaction;
 
+/// Of the index's layout.
+constexpr int kVersion = 1;
+
 /// The attributes that are columns of a level's table. A parent's UID is one of the child's columns, too.
 std::vector<const Attribute *> columnsOf(Level level)
 {
@@ -44,7 +47,7 @@ const char *keyOf(Level level)
     case Level::series:
         return "StudyInstanceUID, SeriesInstanceUID";
     case Level::instance:
-        return "SOPInstanceUID";
+        return "StudyInstanceUID, SeriesInstanceUID, SOPInstanceUID";
     }
     return "";
 }
@@ -102,6 +105,12 @@ void bindScope(Statement &statement, const InstanceScope &scope)
 
 } // namespace
 
+InstanceScope placeOf(const DicomSummary &summary)
+{
+    return {
+        summary.value(kStudyInstanceUid), summary.value(kSeriesInstanceUid), summary.value(kSopInstanceUid)};
+}
+
 ArchiveIndex::ArchiveIndex(const QString &path, bool durable)
     : m_database(Database::open(path, Database::Access::readWrite))
 {
@@ -117,9 +126,24 @@ ArchiveIndex::ArchiveIndex(const QString &path, bool durable)
 
 void ArchiveIndex::createTables()
 {
+    Transaction transaction(m_database);
+    // An index of before had room for one place of an instance UID only.
+    const bool isOld = m_database.integer("PRAGMA user_version") < kVersion &&
+                       m_database.integer("SELECT COUNT(*) FROM sqlite_master WHERE name = 'instances'") == 1;
+    if (isOld) {
+        m_database.exec(
+            "ALTER TABLE instances RENAME TO oldInstances; DROP INDEX IF EXISTS instancesBySeries;");
+    }
     m_database.exec(createTable(Level::study) + createTable(Level::series) + createTable(Level::instance) +
                     "CREATE INDEX IF NOT EXISTS instancesBySeries"
-                    " ON instances (StudyInstanceUID, SeriesInstanceUID);");
+                    " ON instances (StudyInstanceUID, SeriesInstanceUID);"
+                    "CREATE INDEX IF NOT EXISTS instancesByUid ON instances (SOPInstanceUID);");
+    if (isOld) {
+        m_database.exec(
+            "INSERT INTO instances SELECT * FROM oldInstances ORDER BY rowid; DROP TABLE oldInstances;");
+    }
+    m_database.exec("PRAGMA user_version = " + std::to_string(kVersion));
+    transaction.commit();
 }
 
 std::vector<QString> ArchiveIndex::record(const std::vector<NewInstance> &instances)
@@ -142,8 +166,7 @@ std::vector<QString> ArchiveIndex::record(const std::vector<NewInstance> &instan
 
 void ArchiveIndex::recordOne(const NewInstance &instance, std::vector<QString> &unused)
 {
-    const QString sopInstance = instance.summary.value(kSopInstanceUid);
-    const std::vector<StoredInstance> known = select({std::nullopt, std::nullopt, sopInstance});
+    const std::vector<StoredInstance> known = select(placeOf(instance.summary));
     upsert(Level::study, instance);
     upsert(Level::series, instance);
     upsert(Level::instance, instance);
@@ -154,10 +177,6 @@ void ArchiveIndex::recordOne(const NewInstance &instance, std::vector<QString> &
     }
     m_totals.bytes -= known.front().bytes;
     unused.push_back(known.front().file);
-    if (known.front().studyUid != instance.summary.value(kStudyInstanceUid) ||
-        known.front().seriesUid != instance.summary.value(kSeriesInstanceUid)) {
-        dropEmptyParents();
-    }
 }
 
 void ArchiveIndex::upsert(Level level, const NewInstance &instance)

@@ -49,6 +49,9 @@ struct InstanceScope
     std::optional<QString> sopInstanceUid;
 };
 
+/// The one place of an instance: its UID alone may stand in several.
+InstanceScope placeOf(const DicomSummary &summary);
+
 /// Sums over the archive.
 ///
 /// Thread: any; a value.
@@ -68,8 +71,8 @@ public:
     /// \param durable  false gives up on surviving a power cut, for measuring without the disk.
     ArchiveIndex(const QString &path, bool durable);
 
-    /// Makes the files known, all or none, durably. An instance that is known already now stands in its new
-    /// file.
+    /// Makes the files known, all or none, durably. An instance that is known already in this
+    /// study and series now stands in its new file.
     ///
     /// \return the files that nothing refers to any more.
     std::vector<QString> record(const std::vector<NewInstance> &instances) QUORIN_EXCLUDES(m_mutex);

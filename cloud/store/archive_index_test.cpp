@@ -73,13 +73,33 @@ TEST_F(ArchiveIndexTest, PutsAnInstanceThatComesAgainIntoItsNewFile)
     EXPECT_EQ(index.totals().instances, 1);
 }
 
-TEST_F(ArchiveIndexTest, MovesAnInstanceThatComesAgainForAnotherStudy)
+TEST_F(ArchiveIndexTest, KeepsAnInstanceUidThatComesInTwoStudiesInBoth)
 {
     index.record({instance(kOne, kSeries, QStringLiteral("a"))});
 
-    index.record({instance(kTwo, kSeries, QStringLiteral("a"))});
+    EXPECT_TRUE(index.record({instance(kTwo, kSeries, QStringLiteral("a"))}).empty());
 
-    EXPECT_EQ(search("StudyInstanceUID", ""), QStringList{kTwo});
+    EXPECT_EQ(search("StudyInstanceUID", ""), (QStringList{kOne, kTwo}));
+    EXPECT_EQ(index.totals().instances, 2);
+}
+
+TEST_F(ArchiveIndexTest, TakesOverAnIndexThatHadOnePlaceForAnInstanceUid)
+{
+    index.record(
+        {instance(kOne, kSeries, QStringLiteral("a")), instance(kOne, kSeries, QStringLiteral("b"))});
+    const QString path = home.filePath(QStringLiteral("i.sqlite"));
+    {
+        platform::Database old = platform::Database::open(path, platform::Database::Access::readWrite);
+        old.exec("CREATE TABLE copy AS SELECT * FROM instances; DROP TABLE instances;"
+                 "ALTER TABLE copy RENAME TO instances;"
+                 "CREATE UNIQUE INDEX one ON instances (SOPInstanceUID); PRAGMA user_version = 0;");
+    }
+
+    ArchiveIndex again(path, true);
+    again.record({instance(kTwo, kSeries, QStringLiteral("a"))});
+
+    EXPECT_EQ(again.totals().instances, 3);
+    EXPECT_EQ(again.instances({kOne, kSeries, QStringLiteral("b")}).size(), 1U);
 }
 
 TEST_F(ArchiveIndexTest, RemovesAScopeWithEmptiedParents)

@@ -135,6 +135,12 @@ class Cloud:
         return {next(value for key, value in one.items() if key.lower() == "sopinstanceuid"): one
                 for one in json.loads(body)}
 
+    def requests(self, method, path):
+        """How many requests of a kind came, to all addresses that begin with the path."""
+        _, _, body = request(f"{self.address}/control/counts")
+        return sum(count for name, count in json.loads(body)["requests"].items()
+                   if name.startswith(f"{method} {path}"))
+
     def token(self):
         """A session of another client's."""
         device = {"pushId": None, "deviceId": "test", "clientVersion": "1", "deviceName": "test", "osVersion": "1",
