@@ -92,12 +92,21 @@ class TimedConverter final : public platform::DicomConverting
 public:
     explicit TimedConverter(platform::DicomConverting &inner) : m_inner(inner) {}
 
-    platform::Conversion convertToJPEGLossless(const QString &path) override
+    platform::SendableFile convertToJPEGLossless(const QString &path) override
     {
         const Clock::time_point before = Clock::now();
-        platform::Conversion made = m_inner.convertToJPEGLossless(path);
+        platform::SendableFile made = m_inner.convertToJPEGLossless(path);
         m_spent += (Clock::now() - before).count();
         return made;
+    }
+
+    platform::SendableFile makeSendable(const QString &path) override { return m_inner.makeSendable(path); }
+
+    QString temporaryPath() override { return m_inner.temporaryPath(); }
+
+    platform::Likeness compare(const QString &fetched, const QString &sent, const QString &stored) override
+    {
+        return m_inner.compare(fetched, sent, stored);
     }
 
     std::chrono::nanoseconds takeSpent() { return std::chrono::nanoseconds(m_spent.exchange(0)); }

@@ -1,18 +1,25 @@
-#include "dicom_helper/scp/file_header.h"
+#include "dicom_helper/file_header.h"
 
 #include "dicom_helper/implementation.h"
-#include "dicom_helper/scp/bytes.h"
-#include "dicom_helper/scp/sop_classes.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <string_view>
 
-namespace gateway::dicom_helper::scp {
+namespace gateway::dicom_helper {
 
 namespace {
 
 constexpr std::size_t kPreambleBytes = 128;
 constexpr std::size_t kMaxTitleBytes = 16;
+constexpr std::size_t kMaxUidBytes = 256;
+
+void putLittle(std::string &bytes, std::uint32_t value, unsigned width)
+{
+    for (unsigned shift = 0; shift < 8 * width; shift += 8) {
+        bytes.push_back(static_cast<char>((value >> shift) & 0xFFU));
+    }
+}
 
 void putTag(std::string &bytes, std::uint16_t element, std::string_view representation)
 {
@@ -35,16 +42,15 @@ void putText(std::string &bytes,
     bytes += value;
 }
 
-void putUid(std::string &bytes, std::uint16_t element, const std::string &uid)
+bool isPlain(std::string_view text)
 {
-    putText(bytes, element, "UI", isPlainUid(uid) ? uid : std::string(), '\0');
+    return std::ranges::all_of(text, [](char one) { return one >= ' ' && one <= '~' && one != '\\'; });
 }
 
-bool isPlainTitle(std::string_view title)
+void putUid(std::string &bytes, std::uint16_t element, const std::string &uid)
 {
-    const auto isPlain = [](char one) { return one >= ' ' && one <= '~' && one != '\\'; };
-    return !title.empty() && title.size() <= kMaxTitleBytes &&
-           std::all_of(title.begin(), title.end(), isPlain);
+    const bool isHarmless = uid.size() <= kMaxUidBytes && isPlain(uid);
+    putText(bytes, element, "UI", isHarmless ? uid : std::string(), '\0');
 }
 
 } // namespace
@@ -60,8 +66,9 @@ std::string encodeFileHeader(const FileHeader &header)
     putUid(elements, 0x0010, header.transferSyntax);
     putUid(elements, 0x0012, kImplementationClassUid);
     putText(elements, 0x0013, "SH", kImplementationVersionName, ' ');
-    if (isPlainTitle(header.sourceTitle)) {
-        putText(elements, 0x0016, "AE", header.sourceTitle, ' ');
+    const std::string &title = header.sourceTitle;
+    if (!title.empty() && title.size() <= kMaxTitleBytes && isPlain(title)) {
+        putText(elements, 0x0016, "AE", title, ' ');
     }
     std::string bytes(kPreambleBytes, '\0');
     bytes += "DICM";
@@ -71,4 +78,4 @@ std::string encodeFileHeader(const FileHeader &header)
     return bytes + elements;
 }
 
-} // namespace gateway::dicom_helper::scp
+} // namespace gateway::dicom_helper

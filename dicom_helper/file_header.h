@@ -2,9 +2,9 @@
 
 #include <string>
 
-namespace gateway::dicom_helper::scp {
+namespace gateway::dicom_helper {
 
-/// What the header of a received file tells about it; texts as the peer sent them.
+/// What the header of a file tells about it; texts as they came.
 struct FileHeader
 {
     std::string sopClass;
@@ -15,8 +15,8 @@ struct FileHeader
 
 /// Preamble and file meta information (PS3.10 7.1), to be followed by the dataset as it came.
 ///
-/// A SOP class or instance that isn't made of digits and dots is left empty, and a title that isn't plain
-/// ASCII is left out: the dataset says them too, and nobody downstream meets a hostile text here.
+/// A UID that isn't plain ASCII is left empty, and a title that isn't plain ASCII is left out:
+/// nobody downstream meets a hostile text here. A sloppy UID stays: it may be the object's only name.
 std::string encodeFileHeader(const FileHeader &header);
 
-} // namespace gateway::dicom_helper::scp
+} // namespace gateway::dicom_helper

@@ -13,7 +13,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     const QByteArray type = data[0] == 'x' ? "application/dicom+xml" : "application/dicom+json";
     const QByteArray body(reinterpret_cast<const char *>(data + 1), static_cast<qsizetype>(size - 1));
     const auto answer = gateway::platform::parseStowAnswer(type, body);
-    if (answer && answer->referenced.contains(QString())) {
+    if (answer && answer->referenced.contains(gateway::platform::StowReference())) {
         std::abort();
     }
     return 0;

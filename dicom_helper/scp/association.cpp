@@ -1,6 +1,6 @@
 #include "dicom_helper/scp/association.h"
 
-#include "dicom_helper/scp/file_header.h"
+#include "dicom_helper/file_header.h"
 #include "dicom_helper/scp/pdus.h"
 #include "dicom_helper/scp/protocol_error.h"
 

@@ -1,6 +1,8 @@
 #include "dicom_helper/worker/content_uid.h"
 
 #include <algorithm>
+#include <bit>
+#include <cstring>
 
 namespace gateway::dicom_helper::worker {
 
@@ -11,10 +13,34 @@ namespace {
 class Digest
 {
 public:
-    void add(std::uint64_t word)
+    /// Takes the bytes of a file from an offset to its end, eight at a time, the first one highest.
+    void addFile(ByteSource &file, std::uint64_t offset)
     {
-        m_first = mixed((m_first ^ word) * 0x9E3779B97F4A7C15U);
-        m_second = mixed((m_second + word) * 0xD6E8FEB86659FD93U);
+        std::vector<std::byte> piece(std::size_t{64} * 1024);
+        std::uint64_t size = 0;
+        for (std::size_t got = file.read(offset, piece); got > 0; got = file.read(offset + size, piece)) {
+            std::size_t at = 0;
+            for (; at + 8 <= got; at += 8) {
+                std::uint64_t word = 0;
+                std::memcpy(&word, &piece[at], 8);
+                add(std::endian::native == std::endian::little ? __builtin_bswap64(word) : word);
+            }
+            if (at < got) {
+                std::uint64_t word = 0;
+                for (; at < got; ++at) {
+                    word = (word << 8U) | std::to_integer<std::uint64_t>(piece[at]);
+                }
+                add(word);
+            }
+            size += got;
+        }
+        add(size);
+    }
+
+    /// 63 of the bits, never 0.
+    std::int64_t number() const
+    {
+        return std::max<std::int64_t>(1, static_cast<std::int64_t>((m_first ^ (m_second << 1U)) >> 1U));
     }
 
     /// The 128 bits as a decimal number.
@@ -34,6 +60,12 @@ public:
     }
 
 private:
+    void add(std::uint64_t word)
+    {
+        m_first = mixed((m_first ^ word) * 0x9E3779B97F4A7C15U);
+        m_second = mixed((m_second + word) * 0xD6E8FEB86659FD93U);
+    }
+
     static std::uint64_t mixed(std::uint64_t value) { return value ^ (value >> 29U) ^ (value >> 47U); }
 
     /// One limb of a long division by ten; carries the remainder on to the next.
@@ -57,24 +89,15 @@ private:
 std::string contentUid(ByteSource &file)
 {
     Digest digest;
-    std::vector<std::byte> piece(std::size_t{64} * 1024);
-    std::uint64_t offset = 0;
-    for (;;) {
-        const std::size_t got = file.read(offset, piece);
-        if (got == 0) {
-            break;
-        }
-        for (std::size_t at = 0; at < got; at += 8) {
-            std::uint64_t word = 0;
-            for (std::size_t i = at; i < std::min(at + 8, got); ++i) {
-                word = (word << 8U) | std::to_integer<std::uint64_t>(piece[i]);
-            }
-            digest.add(word);
-        }
-        offset += got;
-    }
-    digest.add(offset);
+    digest.addFile(file, 0);
     return "2.25." + digest.decimal();
+}
+
+std::int64_t contentVersion(ByteSource &file, std::uint64_t offset)
+{
+    Digest digest;
+    digest.addFile(file, offset);
+    return digest.number();
 }
 
 } // namespace gateway::dicom_helper::worker

@@ -3,6 +3,7 @@
 #include "dicom_helper/worker/attributes.h"
 #include "dicom_helper/worker/content_uid.h"
 #include "dicom_helper/worker/frame_count.h"
+#include "dicom_helper/worker/identity.h"
 #include "dicom_helper/worker/numbers.h"
 #include "dicom_helper/worker/object_header.h"
 #include "dicom_helper/worker/text_decoder.h"
@@ -41,15 +42,6 @@ constexpr std::array kTexts{TextElement{"patientName", kPatientName},
                             TextElement{"performingPhysiciansName", kPerformingPhysicianName},
                             TextElement{"seriesDescription", kSeriesDescription},
                             TextElement{"ImageComments", kImageComments}};
-
-/// Who an object is. Never empty where an object was read at all.
-struct Identity
-{
-    std::string study;
-    std::string series;
-    std::string sopClass;
-    std::string sopInstance;
-};
 
 /// Collects typed values under their keys; an empty or absent one leaves no field.
 class Fields
@@ -107,18 +99,10 @@ private:
     Record m_record{"parsed", {}};
 };
 
-Identity readIdentity(const ObjectHeader &header, DicomSource &source)
+/// The identity as it serves the index: with a study and an instance, whatever the object lacks.
+Identity indexedIdentity(const ObjectHeader &header, DicomSource &source)
 {
-    Identity identity{uidText(header.raw(kStudyInstanceUid)),
-                      uidText(header.raw(kSeriesInstanceUid)),
-                      uidText(header.raw(kSopClassUid)),
-                      uidText(header.raw(kSopInstanceUid))};
-    if (identity.sopClass.empty()) {
-        identity.sopClass = header.layout.mediaStorageSopClass;
-    }
-    if (identity.sopInstance.empty()) {
-        identity.sopInstance = header.layout.mediaStorageSopInstance;
-    }
+    Identity identity = identityOf(header);
     // Without a UID two images would share one row, and the first would never go out.
     if (identity.sopInstance.empty()) {
         identity.sopInstance = contentUid(source.file());
@@ -226,7 +210,7 @@ Record parseObject(const std::string &path)
     if (!isObject(header)) {
         return {"unreadable", {{"message", "the file isn't a DICOM object"}}};
     }
-    const Identity identity = readIdentity(header, *source);
+    const Identity identity = indexedIdentity(header, *source);
     if (identity.sopClass == kMediaStorageDirectory) {
         return {"unreadable", {{"message", "the file is the directory of a medium"}}};
     }

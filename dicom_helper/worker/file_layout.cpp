@@ -12,6 +12,7 @@ constexpr std::uint64_t kPrefixBytes = 4;
 /// PS3.5 allows 64 characters; what is longer than this is no UID at all.
 constexpr std::size_t kLongestUid = 256;
 
+constexpr Tag kMetaGroupLength = 0x00020000U;
 constexpr Tag kMediaStorageSopClass = 0x00020002U;
 constexpr Tag kMediaStorageSopInstance = 0x00020003U;
 constexpr Tag kTransferSyntax = 0x00020010U;
@@ -23,6 +24,41 @@ bool isDeflated(std::string_view transferSyntax)
            transferSyntax == "1.2.840.10008.1.2.4.205";
 }
 
+/// Holds the elements of a header to PS3.10 7.1 while they are read.
+class MetaRules
+{
+public:
+    MetaRules(ByteSource &file, DatasetEncoding encoding)
+        : m_file(file), m_isKept(encoding == DatasetEncoding{true, false})
+    {
+    }
+
+    void see(const Element &element)
+    {
+        const bool isUid = element.tag == kMediaStorageSopClass || element.tag == kMediaStorageSopInstance ||
+                           element.tag == kTransferSyntax;
+        m_isKept = m_isKept && element.tag > m_last && element.length != kUndefinedLength &&
+                   (!isUid || element.vr == vr('U', 'I'));
+        m_last = element.tag;
+        if (element.tag == kMetaGroupLength) {
+            const std::string bytes = m_file.text(element.valueOffset, element.length == 4 ? 4 : 0);
+            for (std::size_t at = bytes.size(); at > 0; --at) {
+                m_stated = (m_stated << 8U) | static_cast<unsigned char>(bytes[at - 1]);
+            }
+            m_counted = element.valueOffset + element.length;
+        }
+    }
+
+    bool areKept(std::uint64_t end) const { return m_isKept && m_counted > 0 && m_counted + m_stated == end; }
+
+private:
+    ByteSource &m_file;
+    bool m_isKept;
+    Tag m_last = 0;
+    std::uint64_t m_stated = 0;
+    std::uint64_t m_counted = 0; // where the group length begins to count
+};
+
 void readMetaInformation(ByteSource &file, FileLayout &layout)
 {
     const auto encoding = sniffEncoding(file, layout.datasetOffset);
@@ -30,14 +66,18 @@ void readMetaInformation(ByteSource &file, FileLayout &layout)
         return;
     }
     ElementScanner scanner(file, layout.datasetOffset, *encoding, {.intoDefinedLength = false});
+    MetaRules rules(file, *encoding);
+    const bool hasPrefix = layout.isPart10;
     for (;;) {
         const std::uint64_t here = scanner.position();
         const auto element = scanner.next();
         if (!element || group(element->tag) != 0x0002) {
             layout.datasetOffset = here;
+            layout.isRegular = hasPrefix && rules.areKept(here);
             return;
         }
         layout.isPart10 = true;
+        rules.see(*element);
         if (element->length == 0 || element->length > kLongestUid) {
             continue;
         }

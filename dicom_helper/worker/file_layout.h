@@ -22,6 +22,10 @@ struct FileLayout
     std::uint64_t datasetOffset = 0;
     bool deflated = false;
 
+    /// True when preamble, prefix and meta information are as PS3.10 7.1 wants them: explicit little endian,
+    /// ascending, with the right group length, and no UID of another representation.
+    bool isRegular = false;
+
     /// True with the prefix "DICM" or with meta information; otherwise it is only a guess.
     bool isPart10 = false;
 };

@@ -6,6 +6,8 @@
 #include "dicom_helper/worker/converter.h"
 #include "dicom_helper/worker/elements.h"
 #include "dicom_helper/worker/jpeg_ls_codec.h"
+#include "dicom_helper/worker/object_comparison.h"
+#include "dicom_helper/worker/sendable.h"
 #include "dicom_helper/worker/toolkit_object.h"
 
 #include <cerrno>
@@ -39,6 +41,15 @@ bool isClosed(const Channel &channel)
     return ::poll(&entry, 1, 0) > 0 && (entry.revents & (POLLHUP | POLLERR)) != 0;
 }
 
+Record convertedAndSendable(const std::string &path, const std::string &output, Converter &converter)
+{
+    Record made = converter.convert(path, output);
+    if (made.word != "converted") {
+        return made;
+    }
+    return made.text("path") == output ? makeConvertedSendable(path, output) : makeSendable(path, output);
+}
+
 /// The answer where something else than the object stood in the way.
 Record trouble(int code, const char *message)
 {
@@ -51,7 +62,13 @@ try {
     if (job.word == "convert") {
         // Receiving comes first; a process that has converted stays behind it for good.
         ::setpriority(PRIO_PROCESS, 0, kConvertingNiceness);
-        return converter.convert(path, std::string(job.text("output")));
+        return convertedAndSendable(path, std::string(job.text("output")), converter);
+    }
+    if (job.word == "sendable") {
+        return makeSendable(path, std::string(job.text("output")));
+    }
+    if (job.word == "compare") {
+        return compareObjects(path, std::string(job.text("sent")), std::string(job.text("stored")));
     }
     if (job.word != "parse") {
         return {"failed", {{"message", "the job isn't known"}}};

@@ -8,6 +8,7 @@
 #include "index/index_store.h"
 #include "index/local_snapshots.h"
 #include "index/pending_image_upload.h"
+#include "index/sent_instances.h"
 #include "index/sync_state.h"
 #include "index/upload_failure.h"
 #include "platform/concurrency/mutex.h"
@@ -117,10 +118,16 @@ public:
     /// Rows of `imageObjectIDs` that stand for another file by now, because it was sent again, keep their
     /// state. Without a path, the rows of `imageObjectIDs` themselves move.
     ///
+    /// \param sent  what went to the cloud; noted for as long as the index lives, also when it failed.
     /// \return the number of rows updated.
     std::int64_t recordUploadResult(const QList<ImageObjectID> &imageObjectIDs,
                                     const std::optional<QString> &storagePath,
-                                    bool synced);
+                                    bool synced,
+                                    const SentInstance &sent = {});
+
+    /// Whether the cloud may hold another version of the instance, because one was or is being sent; true as
+    /// well when the index can't be read.
+    bool mayOtherVersionBeSent(const SentInstance &sent) const;
 
     /// Puts back what an earlier process left in progress. A file that would wait for longer than
     /// kLongestWait may be tried now: the clock was set.

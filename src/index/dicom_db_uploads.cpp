@@ -60,6 +60,20 @@ std::optional<std::int64_t> seriesOf(Database &database, ImageObjectID image)
     return row.step() ? std::optional(row.integer(0)) : std::nullopt;
 }
 
+/// The SOP instance UIDs of rows, each once.
+QStringList instancesOf(Database &database, const QList<ImageObjectID> &images)
+{
+    QStringList instances;
+    Statement row = database.prepare("SELECT originalSOPInstanceUID FROM DicomImage WHERE pk = ?");
+    for (const ImageObjectID image : images) {
+        if (row.bindAll(image.value).step() && !row.text(0).isEmpty() && !instances.endsWith(row.text(0))) {
+            instances.append(row.text(0));
+        }
+        row.reset();
+    }
+    return instances;
+}
+
 SeriesKeys seriesOfPath(Database &database, const QString &path)
 {
     SeriesKeys series;
@@ -209,6 +223,7 @@ void DicomDB::markImagesInProgress(const QList<ImageObjectID> &imageObjectIDs)
                 series.insert(*parent);
             }
         }
+        noteSending(database, instancesOf(database, imageObjectIDs));
         rollUpSeriesAndStudies(database, series);
         found = !series.empty();
     });
@@ -219,7 +234,8 @@ void DicomDB::markImagesInProgress(const QList<ImageObjectID> &imageObjectIDs)
 
 std::int64_t DicomDB::recordUploadResult(const QList<ImageObjectID> &imageObjectIDs,
                                          const std::optional<QString> &storagePath,
-                                         bool synced)
+                                         bool synced,
+                                         const SentInstance &sent)
 {
     const QString path = storagePath.value_or(QString()).trimmed();
     if (imageObjectIDs.isEmpty() && path.isEmpty()) {
@@ -231,6 +247,11 @@ std::int64_t DicomDB::recordUploadResult(const QList<ImageObjectID> &imageObject
     const bool saved = writeQuietly([&](Database &database) {
         updated = 0;
         SeriesKeys series;
+        if (sent.instance.isEmpty()) {
+            noteNotSent(database, instancesOf(database, imageObjectIDs));
+        } else {
+            noteSent(database, sent);
+        }
         if (!path.isEmpty()) {
             series = seriesOfPath(database, path);
             database.prepare("UPDATE DicomImage SET syncState = ?, uploadDate = ? WHERE pathString = ?")
@@ -265,6 +286,7 @@ RecoveryCounts DicomDB::recoverInProgressImages()
         database.prepare(kReleaseUnbelievable)
             .bindAll(now, now + std::chrono::milliseconds(kLongestWait).count())
             .run();
+        closeSending(database);
         counts = putAllBack(database);
     });
     if (!saved || !counts.saved) {
@@ -283,6 +305,7 @@ std::int64_t DicomDB::resetInProgressImages(const QList<ImageObjectID> &imageObj
     const bool saved = writeQuietly([&](Database &database) {
         reset = 0;
         SeriesKeys series;
+        noteNotSent(database, instancesOf(database, imageObjectIDs));
         for (const ImageObjectID image : imageObjectIDs) {
             Statement row = database.prepare("SELECT series FROM DicomImage WHERE pk = ? AND syncState = 3");
             if (row.bindAll(image.value).step()) {
@@ -295,6 +318,17 @@ std::int64_t DicomDB::resetInProgressImages(const QList<ImageObjectID> &imageObj
         rollUpSeriesAndStudies(database, series);
     });
     return saved ? reset : 0;
+}
+
+bool DicomDB::mayOtherVersionBeSent(const SentInstance &sent) const
+{
+    bool may = true;
+    try {
+        m_store.read([&](Database &database) { may = index::mayOtherVersionBeSent(database, sent); });
+    } catch (const SqliteError &) {
+        return true;
+    }
+    return may;
 }
 
 } // namespace gateway::index

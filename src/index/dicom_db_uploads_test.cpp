@@ -343,6 +343,34 @@ TEST_F(UploadResults, AResultForRowsDeletedMeanwhileMeetsNoStranger)
     EXPECT_EQ(states(), QStringList{QStringLiteral("0")});
 }
 
+TEST_F(UploadResults, WhatWasSentIsKnownAfterItsRowsAreGone)
+{
+    const QString path = importOne(QStringLiteral("9.1"));
+    index.markImagesInProgress({{1}});
+    EXPECT_FALSE(index.mayOtherVersionBeSent({QStringLiteral("9.1"), 7}));
+    index.recordUploadResult({{1}}, path, true, {QStringLiteral("9.1"), 7});
+
+    index.pruneSyncedImages(QDateTime::currentDateTimeUtc().addYears(100));
+
+    EXPECT_EQ(index.totalCounts().images, 0);
+    EXPECT_FALSE(index.mayOtherVersionBeSent({QStringLiteral("9.1"), 7}));
+    EXPECT_TRUE(index.mayOtherVersionBeSent({QStringLiteral("9.1"), 8}));
+}
+
+TEST_F(UploadResults, WhatWasUnderWayWhenTheProcessDiedMayHaveBeenAnyVersion)
+{
+    importOne(QStringLiteral("9.1"));
+    importOne(QStringLiteral("9.2"));
+    index.markImagesInProgress({{1}, {2}});
+    index.resetInProgressImages({{2}});
+
+    home.reopen();
+    home.index().recoverInProgressImages();
+
+    EXPECT_TRUE(home.index().mayOtherVersionBeSent({QStringLiteral("9.1"), 7}));
+    EXPECT_FALSE(home.index().mayOtherVersionBeSent({QStringLiteral("9.2"), 7})) << "it was never sent";
+}
+
 TEST_F(UploadResults, AFailedSaveGivesZeroAndChangesNothing)
 {
     const QString stored = importOne(QStringLiteral("9.1"));

@@ -3,6 +3,7 @@
 #include "index/schema_version_1.h"
 #include "index/schema_version_2.h"
 #include "index/schema_version_3.h"
+#include "index/sent_instances.h"
 #include "platform/sqlite/database.h"
 
 #include <QtCore/QFileInfo>
@@ -79,6 +80,7 @@ void bringSchemaUpToDate(Database &database)
         database.exec(kQueueOfSchemaVersion3);
         database.exec(kCopiesOfSchemaVersion3);
         database.exec(kSentOfSchemaVersion3);
+        noteSentBefore(database);
     }
     if (found < kSchemaVersion) {
         database.exec("PRAGMA user_version = " + std::to_string(kSchemaVersion));

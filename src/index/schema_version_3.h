@@ -33,8 +33,18 @@ END;
 inline constexpr const char *kCopiesOfSchemaVersion3 = R"sql(
 )sql";
 
-/// What was sent to the cloud of each instance.
+/// What was sent to the cloud of each instance. It outlives the instance's rows: the cloud does, too.
+///
+/// `instance` is a digest of the SOP instance UID, `version` one of the dataset that alone was sent under it;
+/// 0 where several were, or nobody knows which; NULL while the first one is being sent.
 inline constexpr const char *kSentOfSchemaVersion3 = R"sql(
+
+CREATE TABLE SentInstance (
+    instance INTEGER PRIMARY KEY,
+    version INTEGER
+);
+CREATE INDEX SentInstance_sending ON SentInstance (instance) WHERE version IS NULL;
+
 )sql";
 
 } // namespace gateway::index

@@ -1,14 +1,59 @@
 #include "upload/candidate_handler.h"
 
+#include <QtCore/QSet>
+
 #include <algorithm>
+#include <optional>
 
 namespace gateway::upload {
 
+using StoreUpload::AttemptResult;
 using StoreUpload::CandidateContext;
 using StoreUpload::CandidatePreparationResult;
 using StoreUpload::ExecutionMode;
 using StoreUpload::MissingFile;
 using StoreUpload::PreparedCandidate;
+using StoreUpload::UnsendableFile;
+
+namespace {
+
+/// How a candidate ended for which nothing can be sent.
+std::optional<StoreUpload::CandidateOutcome> outcomeWithoutRequest(const CandidateContext &context,
+                                                                   const CandidatePreparationResult &prepared)
+{
+    if (const auto *missing = std::get_if<MissingFile>(&prepared)) {
+        return StoreUpload::CandidateOutcome{context, StoreUpload::kFileMissing, missing->details};
+    }
+    if (const auto *unsendable = std::get_if<UnsendableFile>(&prepared)) {
+        return StoreUpload::CandidateOutcome{
+            context,
+            {.result = AttemptResult::failed, .failure = {unsendable->failureClass, 0}},
+            unsendable->details};
+    }
+    return std::nullopt;
+}
+
+/// The files in as few batches as need be, so that no request holds two that an answer can't tell apart.
+QList<QList<PreparedCandidate>> withoutTwins(const QList<PreparedCandidate> &files)
+{
+    QList<QList<PreparedCandidate>> batches;
+    QList<QSet<QString>> instances;
+    for (const PreparedCandidate &file : files) {
+        qsizetype batch = 0;
+        while (batch < batches.size() && instances[batch].contains(file.identity.instance)) {
+            ++batch;
+        }
+        if (batch == batches.size()) {
+            batches.append(QList<PreparedCandidate>());
+            instances.append(QSet<QString>());
+        }
+        batches[batch].append(file);
+        instances[batch].insert(file.identity.instance);
+    }
+    return batches;
+}
+
+} // namespace
 
 CandidateHandler::CandidateHandler(const UploadCollaborators &with, const RunIdentity &run, RunHalt &halt)
     : m_with(with), m_run(run), m_halt(halt), m_preparer(with, run), m_attempt(with, run, m_preparer),
@@ -64,15 +109,16 @@ CandidateHandler::Outcomes CandidateHandler::finishFile(const CandidateContext &
         return {};
     }
     const CandidatePreparationResult prepared = prepare(context);
-    if (const auto *missing = std::get_if<MissingFile>(&prepared)) {
-        return {{context, StoreUpload::kFileMissing, missing->details}};
+    if (const auto outcome = outcomeWithoutRequest(context, prepared)) {
+        return {*outcome};
     }
     const auto &ready = std::get<PreparedCandidate>(prepared);
     Outcomes outcomes;
     {
         const Slots::Hold request(m_requests);
         if (!m_halt.isHalted()) {
-            outcomes.append({context, m_attempt.sendFile(ready), ready.details});
+            const StoreUpload::AttemptEnd end = m_attempt.sendFile(ready);
+            outcomes.append({context, end, ready.details, sentOf(ready, end)});
             m_halt.requestEnded(outcomes);
         }
     }
@@ -90,21 +136,17 @@ CandidateHandler::Outcomes CandidateHandler::finishBatch(const Contexts &chunk)
             break;
         }
         const CandidatePreparationResult prepared = prepare(context);
-        if (const auto *missing = std::get_if<MissingFile>(&prepared)) {
-            Details details = missing->details;
-            details.insert(chunkDetails);
-            outcomes.append({context, StoreUpload::kFileMissing, details});
+        if (auto outcome = outcomeWithoutRequest(context, prepared)) {
+            outcome->details.insert(chunkDetails);
+            outcomes.append(*outcome);
         } else {
             ready.append(std::get<PreparedCandidate>(prepared));
         }
     }
-    if (ready.isEmpty()) {
-        return outcomes;
-    }
-    {
+    for (const QList<PreparedCandidate> &batch : withoutTwins(ready)) {
         const Slots::Hold request(m_requests);
         if (!m_halt.isHalted()) {
-            const Outcomes sent = m_attempt.sendBatch(ready, chunkDetails);
+            const Outcomes sent = m_attempt.sendBatch(batch, chunkDetails);
             m_halt.requestEnded(sent);
             outcomes.append(sent);
         }

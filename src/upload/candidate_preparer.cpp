@@ -7,25 +7,20 @@
 
 namespace gateway::upload {
 
+using platform::SendableFile;
 using StoreUpload::CandidateContext;
 using StoreUpload::CandidatePreparationResult;
 using StoreUpload::MissingFile;
 using StoreUpload::PreparedCandidate;
+using StoreUpload::UnsendableFile;
 
 namespace {
 
-PreparedCandidate original(const CandidateContext &context, const QUrl &sourceURL, Details details)
+Details sourceDetails(Details details, const QString &source, bool isFallback)
 {
-    details.insert(QStringLiteral("upload_source"), QStringLiteral("original"));
-    details.insert(QStringLiteral("compression_fallback"), StoreUpload::boolText(false));
-    return {context, sourceURL, std::nullopt, details};
-}
-
-PreparedCandidate converted(const CandidateContext &context, const QUrl &outputURL, Details details)
-{
-    details.insert(QStringLiteral("upload_source"), QStringLiteral("converted"));
-    details.insert(QStringLiteral("compression_fallback"), StoreUpload::boolText(false));
-    return {context, outputURL, outputURL, details};
+    details.insert(QStringLiteral("upload_source"), source);
+    details.insert(QStringLiteral("compression_fallback"), StoreUpload::boolText(isFallback));
+    return details;
 }
 
 } // namespace
@@ -37,23 +32,25 @@ CandidatePreparationResult CandidatePreparer::prepare(const CandidateContext &co
     if (!exists(sourceURL)) {
         return reportMissing(context, details);
     }
+    const Details asOriginal = sourceDetails(details, QStringLiteral("original"), false);
     if (!m_run.config.compressionEnabled) {
-        return original(context, sourceURL, details);
+        return asItIs(context, sourceURL, asOriginal);
     }
-    const platform::Conversion conversion = m_with.converter.convertToJPEGLossless(sourceURL.toLocalFile());
-    if (conversion.path.trimmed().isEmpty()) {
-        const QString reason = conversion.error.isEmpty() ? QStringLiteral("empty_conversion_result")
-                                                          : QStringLiteral("conversion_error");
+    const SendableFile made = m_with.converter.convertToJPEGLossless(sourceURL.toLocalFile());
+    if (made.fate == SendableFile::Fate::nameless) {
+        return reportUnsendable(context, made, asOriginal);
+    }
+    if (made.fate == SendableFile::Fate::failed || made.path.trimmed().isEmpty()) {
+        const QString reason = made.error.isEmpty() ? QStringLiteral("empty_conversion_result")
+                                                    : QStringLiteral("conversion_error");
         return fallBack(context, sourceURL, reason, details);
     }
-    const QUrl outputURL = standardized(QUrl::fromLocalFile(conversion.path));
-    if (outputURL == sourceURL) {
-        return original(context, sourceURL, details);
-    }
-    if (!exists(outputURL)) {
+    if (!exists(QUrl::fromLocalFile(made.path))) {
         return fallBack(context, sourceURL, QStringLiteral("converted_file_missing"), details);
     }
-    return converted(context, outputURL, details);
+    return ready(context,
+                 made,
+                 made.isConverted ? sourceDetails(details, QStringLiteral("converted"), false) : asOriginal);
 }
 
 CandidatePreparationResult CandidatePreparer::fallBack(const CandidateContext &context,
@@ -61,13 +58,60 @@ CandidatePreparationResult CandidatePreparer::fallBack(const CandidateContext &c
                                                        const QString &reason,
                                                        Details details) const
 {
-    details.insert(QStringLiteral("upload_source"), QStringLiteral("original"));
-    details.insert(QStringLiteral("compression_fallback"), StoreUpload::boolText(true));
+    details = sourceDetails(details, QStringLiteral("original"), true);
     details.insert(QStringLiteral("compression_fallback_reason"), reason);
+    return asItIs(context, sourceURL, details);
+}
+
+/// The stored file, or a copy of it with a right header.
+CandidatePreparationResult
+CandidatePreparer::asItIs(const CandidateContext &context, const QUrl &sourceURL, Details details) const
+{
     if (!exists(sourceURL)) {
         return reportMissing(context, details);
     }
-    return PreparedCandidate{context, sourceURL, std::nullopt, details};
+    const SendableFile made = m_with.converter.makeSendable(sourceURL.toLocalFile());
+    if (made.fate == SendableFile::Fate::ready) {
+        return ready(context, made, details);
+    }
+    if (!exists(sourceURL)) {
+        return reportMissing(context, details);
+    }
+    return reportUnsendable(context, made, details);
+}
+
+CandidatePreparationResult CandidatePreparer::ready(const CandidateContext &context,
+                                                    const SendableFile &file,
+                                                    const Details &details) const
+{
+    const QUrl sourceURL = standardized(context.candidate.fileURL);
+    const QUrl uploadURL = standardized(QUrl::fromLocalFile(file.path));
+    return PreparedCandidate{context,
+                             uploadURL,
+                             uploadURL == sourceURL ? std::nullopt : std::optional(uploadURL),
+                             details,
+                             file.identity,
+                             file.version};
+}
+
+UnsendableFile CandidatePreparer::reportUnsendable(const CandidateContext &context,
+                                                   const SendableFile &file,
+                                                   const Details &details) const
+{
+    const core::FailureClass failureClass = file.fate == SendableFile::Fate::nameless
+                                                ? core::FailureClass::withoutIdentity
+                                                : core::FailureClass::fileUnreadable;
+    log::StoreLogRecord record = {.level = log::GatewayLogLevel::error,
+                                  .category = log::GatewayLogCategory::send,
+                                  .action = log::GatewayLogAction::uploadAttemptFailed,
+                                  .outcome = log::GatewayLogOutcome::failed,
+                                  .correlationId = m_run.runId,
+                                  .fileURL = standardized(context.candidate.fileURL),
+                                  .attempt = context.attempt,
+                                  .details = details};
+    record.details.insert(QStringLiteral("unsendable_reason"), QString(core::rawValue(failureClass)));
+    m_with.emitter.emit(record);
+    return {failureClass, details};
 }
 
 void CandidatePreparer::cleanUp(const PreparedCandidate &prepared) const

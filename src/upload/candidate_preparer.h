@@ -14,7 +14,8 @@ class CandidatePreparer
 public:
     CandidatePreparer(const UploadCollaborators &with, const RunIdentity &run) : m_with(with), m_run(run) {}
 
-    /// Converts if the run is told to; blocks for so long.
+    /// Converts if the run is told to, and puts a header right that contradicts its dataset; blocks for so
+    /// long.
     ///
     /// \param details  the details so far; the result carries them on.
     StoreUpload::CandidatePreparationResult prepare(const StoreUpload::CandidateContext &context,
@@ -32,6 +33,14 @@ private:
                                                      const QUrl &sourceURL,
                                                      const QString &reason,
                                                      Details details) const;
+    StoreUpload::CandidatePreparationResult
+    asItIs(const StoreUpload::CandidateContext &context, const QUrl &sourceURL, Details details) const;
+    StoreUpload::CandidatePreparationResult ready(const StoreUpload::CandidateContext &context,
+                                                  const platform::SendableFile &file,
+                                                  const Details &details) const;
+    StoreUpload::UnsendableFile reportUnsendable(const StoreUpload::CandidateContext &context,
+                                                 const platform::SendableFile &file,
+                                                 const Details &details) const;
 
     const UploadCollaborators &m_with;
     const RunIdentity &m_run;

@@ -36,9 +36,9 @@ struct CandidatePreparerTest : ::testing::Test
         return std::get<PreparedCandidate>(preparer.prepare(context, details));
     }
 
-    void convertTo(const platform::Conversion &conversion)
+    void convertTo(const platform::SendableFile &made)
     {
-        around.converter.behave([conversion](const QString &) { return conversion; });
+        around.converter.behave([made](const QString &) { return made; });
     }
 
     Details expected(const QString &source, const QString &fallback) const
@@ -87,7 +87,7 @@ TEST_F(CandidatePreparerTest, SendsTheOriginalWithoutConvertingWhenCompressionIs
 
 TEST_F(CandidatePreparerTest, TakesTheInputPathForNothingToConvertAndNeverDeletesIt)
 {
-    convertTo({path, QString()});
+    convertTo(testing::FakeConverter::ready(path, path));
 
     const PreparedCandidate prepared = ready();
 
@@ -100,7 +100,9 @@ TEST_F(CandidatePreparerTest, TakesTheInputPathForNothingToConvertAndNeverDelete
 TEST_F(CandidatePreparerTest, KnowsTheInputPathAlsoInAnotherSpelling)
 {
     const QFileInfo file(path);
-    convertTo({file.path() + QStringLiteral("/./x/../") + file.fileName(), QString()});
+    platform::SendableFile made = testing::FakeConverter::ready(path, path);
+    made.path = file.path() + QStringLiteral("/./x/../") + file.fileName();
+    convertTo(made);
 
     const PreparedCandidate prepared = ready();
 
@@ -121,14 +123,14 @@ TEST_F(CandidatePreparerTest, NeverDeletesAStoredFileWhateverIsToBeCleanedUp)
 
 TEST_F(CandidatePreparerTest, FallsBackToTheOriginalWhenTheConvertedFileIsMissing)
 {
-    convertTo({around.folder.filePath(QStringLiteral("nowhere")), QString()});
+    convertTo(testing::FakeConverter::ready(around.folder.filePath(QStringLiteral("nowhere")), path));
 
     expectFallBack(QStringLiteral("converted_file_missing"));
 }
 
 TEST_F(CandidatePreparerTest, FallsBackToTheOriginalWhenConversionFails)
 {
-    convertTo({QString(), QStringLiteral("the words of the encoder")});
+    convertTo(testing::FakeConverter::failed(QStringLiteral("the words of the encoder")));
 
     expectFallBack(QStringLiteral("conversion_error"));
     EXPECT_TRUE(around.log.events().empty());
@@ -136,9 +138,50 @@ TEST_F(CandidatePreparerTest, FallsBackToTheOriginalWhenConversionFails)
 
 TEST_F(CandidatePreparerTest, FallsBackToTheOriginalWhenConversionGivesBlankTextAndNoError)
 {
-    convertTo({QStringLiteral(" \n"), QString()});
+    convertTo(testing::FakeConverter::ready(QStringLiteral(" \n"), path));
 
     expectFallBack(QStringLiteral("empty_conversion_result"));
+}
+
+TEST_F(CandidatePreparerTest, SendsACopyWithARightHeaderInPlaceOfTheOriginalAndRemovesIt)
+{
+    const RunIdentity plain(QStringLiteral("RUN"), {.compressionEnabled = false}, QString());
+    const CandidatePreparer uncompressed(around.with, plain);
+    around.converter.behaveUnconverted([this](const QString &source) {
+        platform::SendableFile made = around.converter.write(source);
+        made.isConverted = false;
+        return made;
+    });
+
+    const auto prepared = std::get<PreparedCandidate>(uncompressed.prepare(context, details));
+
+    EXPECT_EQ(prepared.details, expected(QStringLiteral("original"), QStringLiteral("false")));
+    EXPECT_NE(prepared.uploadURL, QUrl::fromLocalFile(path));
+    EXPECT_EQ(prepared.identity.instance, QStringLiteral("1.2.3"));
+    uncompressed.cleanUp(prepared);
+    EXPECT_EQ(around.leftovers(), 0);
+}
+
+TEST_F(CandidatePreparerTest, TellsOfAnObjectThatNoAnswerCouldName)
+{
+    convertTo({.fate = platform::SendableFile::Fate::nameless});
+
+    const CandidatePreparationResult result = preparer.prepare(context, details);
+
+    EXPECT_EQ(std::get<StoreUpload::UnsendableFile>(result).failureClass,
+              core::FailureClass::withoutIdentity);
+    EXPECT_EQ(around.log.events().at(0).action, log::GatewayLogAction::uploadAttemptFailed);
+}
+
+TEST_F(CandidatePreparerTest, TellsOfAFileThatCannotBeMadeReady)
+{
+    convertTo(testing::FakeConverter::failed(QStringLiteral("no worker")));
+    around.converter.behaveUnconverted(
+        [](const QString &) { return testing::FakeConverter::failed(QStringLiteral("no worker")); });
+
+    const CandidatePreparationResult result = preparer.prepare(context, details);
+
+    EXPECT_EQ(std::get<StoreUpload::UnsendableFile>(result).failureClass, core::FailureClass::fileUnreadable);
 }
 
 TEST_F(CandidatePreparerTest, TellsOfAFileThatIsMissing)
@@ -165,7 +208,7 @@ TEST_F(CandidatePreparerTest, TellsOfAFileThatGoesAwayDuringItsConversion)
 {
     around.converter.behave([](const QString &source) {
         QFile::remove(source);
-        return platform::Conversion{QString(), QStringLiteral("gone")};
+        return testing::FakeConverter::failed(QStringLiteral("gone"));
     });
 
     const CandidatePreparationResult result = preparer.prepare(context, details);

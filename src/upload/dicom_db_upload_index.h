@@ -26,9 +26,15 @@ public:
 
     std::int64_t recordUploadResult(const QList<index::ImageObjectID> &imageObjectIDs,
                                     const QString &storagePath,
-                                    bool synced) override
+                                    bool synced,
+                                    const index::SentInstance &sent) override
     {
-        return m_database.recordUploadResult(imageObjectIDs, storagePath, synced);
+        return m_database.recordUploadResult(imageObjectIDs, storagePath, synced, sent);
+    }
+
+    bool mayOtherVersionBeSent(const index::SentInstance &sent) override
+    {
+        return m_database.mayOtherVersionBeSent(sent);
     }
 
     void recordUploadFailure(const QString &storagePath,

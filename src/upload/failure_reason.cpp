@@ -174,10 +174,9 @@ bool couldNotBeRead(const QrnStowResponse &refusal, const QString &path)
 
 Failure failureIn(const QrnStowResponse &refusal, const PreparedCandidate &prepared)
 {
-    for (const QString &uid : prepared.context.candidate.originalSOPInstanceUIDs) {
-        if (const auto reason = refusal.reasons.constFind(uid); reason != refusal.reasons.cend()) {
-            return {classOfReason(*reason), *reason};
-        }
+    const auto reason = refusal.reasons.constFind(prepared.identity.instance);
+    if (reason != refusal.reasons.cend()) {
+        return {classOfReason(*reason), *reason};
     }
     if (couldNotBeRead(refusal, prepared.uploadURL.toLocalFile())) {
         return {FailureClass::fileUnreadable, 0};

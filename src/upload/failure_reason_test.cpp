@@ -27,7 +27,7 @@ const QString kPath = QStringLiteral("/store/10000/7.dcm");
 PreparedCandidate candidate()
 {
     PreparedCandidate prepared;
-    prepared.context.candidate.originalSOPInstanceUIDs = {kUid};
+    prepared.identity.instance = kUid;
     prepared.uploadURL = QUrl::fromLocalFile(kPath);
     return prepared;
 }

@@ -28,7 +28,8 @@ bool isForGood(FailureClass failureClass)
     case FailureClass::notUnderstood:
     case FailureClass::conversionFailed:
     case FailureClass::notPermitted:
-    case FailureClass::fileUnreadable:
+    case FailureClass::withoutIdentity:
+    case FailureClass::anotherVersionInCloud:
         return true;
     case FailureClass::sessionEnded:
     case FailureClass::termsNotAccepted:
@@ -45,6 +46,7 @@ bool isForGood(FailureClass failureClass)
     case FailureClass::timedOut:
     case FailureClass::connectionLost:
     case FailureClass::fileMissing:
+    case FailureClass::fileUnreadable:
     case FailureClass::unknown:
         break;
     }

@@ -32,7 +32,8 @@ TEST(RetryPauses, GrowToADayForWhatWasRefusedForGood)
                                        FailureClass::tooLarge,
                                        FailureClass::refused,
                                        FailureClass::conversionFailed,
-                                       FailureClass::fileUnreadable}) {
+                                       FailureClass::withoutIdentity,
+                                       FailureClass::anotherVersionInCloud}) {
         EXPECT_EQ(pauses(refused).front(), 1min);
         EXPECT_EQ(pauses(refused).back(), 24h);
     }

@@ -3,7 +3,9 @@
 #include "core/failure_class.h"
 #include "core/settings.h"
 #include "index/pending_image_upload.h"
+#include "index/sent_instances.h"
 #include "platform/defaults/user_defaults.h"
+#include "platform/dicom/instance_identity.h"
 
 #include <QtCore/QLatin1StringView>
 #include <QtCore/QMap>
@@ -91,6 +93,7 @@ struct AttemptEnd
     core::Failure failure = {};
     FailureReach reach = FailureReach::file;
     std::optional<std::chrono::seconds> retryAfter = {}; ///< for how long the cloud asked to be left alone
+    bool isVerified = false;                             ///< the cloud was seen to hold what was sent
 
     bool operator==(const AttemptEnd &) const = default;
 };
@@ -125,6 +128,8 @@ struct PreparedCandidate
     QUrl uploadURL;
     std::optional<QUrl> cleanupURL; ///< a temporary file to remove afterwards
     Details details;
+    platform::InstanceIdentity identity;
+    std::int64_t version = 0; ///< of the instance, see platform::SendableFile
 };
 
 /// The stored file isn't there.
@@ -133,7 +138,14 @@ struct MissingFile
     Details details;
 };
 
-using CandidatePreparationResult = std::variant<PreparedCandidate, MissingFile>;
+/// Nothing can be sent for the stored file.
+struct UnsendableFile
+{
+    core::FailureClass failureClass = core::FailureClass::fileUnreadable;
+    Details details;
+};
+
+using CandidatePreparationResult = std::variant<PreparedCandidate, MissingFile, UnsendableFile>;
 
 /// How a candidate ended.
 struct CandidateOutcome
@@ -141,6 +153,7 @@ struct CandidateOutcome
     CandidateContext context;
     AttemptEnd end;
     Details details;
+    index::SentInstance sent = {}; ///< what went to the cloud, if anything did
 };
 
 /// What a run did.

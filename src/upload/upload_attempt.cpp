@@ -10,6 +10,7 @@
 namespace gateway::upload {
 
 using StoreUpload::AttemptEnd;
+using StoreUpload::AttemptResult;
 using StoreUpload::CandidateOutcome;
 using StoreUpload::PreparedCandidate;
 
@@ -43,9 +44,14 @@ log::StoreLogRecord succeeded(log::StoreLogRecord record)
         std::move(record), log::GatewayLogAction::uploadAttemptSucceeded, log::GatewayLogOutcome::succeeded);
 }
 
+platform::StowFile stowFile(const PreparedCandidate &prepared)
+{
+    return {prepared.uploadURL, prepared.identity};
+}
+
 /// Which of a batch the server is known to hold after it refused some.
 ///
-/// The client compares like with like: the UIDs as they stand in the files, not the index's instance keys. A
+/// The client compares like with like: the UID as it stands in the file, not the index's instance keys. A
 /// refusal that names nobody leaves it open whom it meant, so nobody passes then.
 QList<AttemptEnd> endsAfter(const platform::QrnStowResponse &refusal,
                             const QList<PreparedCandidate> &prepared)
@@ -57,9 +63,9 @@ QList<AttemptEnd> endsAfter(const platform::QrnStowResponse &refusal,
         });
     QList<AttemptEnd> ends;
     for (const PreparedCandidate &candidate : prepared) {
-        const QStringList &uids = candidate.context.candidate.originalSOPInstanceUIDs;
+        const QString &uid = candidate.identity.instance;
         const bool isStored =
-            namesSomebodyEachTime && !uids.isEmpty() && !refusal.names(candidate.uploadURL, uids);
+            namesSomebodyEachTime && !uid.isEmpty() && !refusal.names(candidate.uploadURL, {uid});
         ends.append(isStored ? StoreUpload::kUploaded : failedEnd(refusal, candidate));
     }
     return ends;
@@ -81,10 +87,22 @@ outcomes(const QList<PreparedCandidate> &prepared, const QList<AttemptEnd> &ends
     for (qsizetype index = 0; index < prepared.size(); ++index) {
         Details details = prepared[index].details;
         details.insert(chunkDetails);
-        made.append({prepared[index].context, ends[index], details});
+        made.append({prepared[index].context, ends[index], details, sentOf(prepared[index], ends[index])});
     }
     return made;
 }
+
+} // namespace
+
+index::SentInstance sentOf(const PreparedCandidate &prepared, const AttemptEnd &end)
+{
+    if (end.result == AttemptResult::missingFile) {
+        return {};
+    }
+    return {prepared.identity.instance, prepared.version, end.isVerified};
+}
+
+namespace {
 
 qint64 totalSize(const QList<PreparedCandidate> &prepared)
 {
@@ -113,14 +131,33 @@ AttemptEnd UploadAttempt::sendFile(const PreparedCandidate &prepared) const
     const SpeedSampler speed(m_with);
     m_with.emitter.emit(started(record));
     try {
-        m_with.cloud.upload(prepared.uploadURL, m_run.deviceId, speed.callback());
+        m_with.cloud.upload(stowFile(prepared), m_run.deviceId, speed.callback());
     } catch (const std::exception &error) {
         tellFailure(record, error);
         return failedEnd(error, prepared);
     }
-    m_with.emitter.emit(succeeded(record));
     speed.tellWhole(size.value_or(0));
-    return StoreUpload::kUploaded;
+    const AttemptEnd end = confirm(prepared, record);
+    if (end.result == AttemptResult::success) {
+        m_with.emitter.emit(succeeded(record));
+    }
+    return end;
+}
+
+/// What the cloud's word is worth; where it isn't enough, the log tells why.
+AttemptEnd UploadAttempt::confirm(const PreparedCandidate &prepared, const log::StoreLogRecord &record) const
+{
+    const AttemptEnd end = m_verifier.confirm(prepared);
+    if (end.result != AttemptResult::success) {
+        log::StoreLogRecord unproven =
+            as(record, log::GatewayLogAction::uploadAttemptFailed, log::GatewayLogOutcome::failed);
+        unproven.level = log::GatewayLogLevel::error;
+        unproven.fileURL = prepared.context.candidate.fileURL;
+        unproven.details.insert(QStringLiteral("unproven_reason"),
+                                QString(core::rawValue(end.failure.failureClass)));
+        m_with.emitter.emit(unproven);
+    }
+    return end;
 }
 
 QList<CandidateOutcome> UploadAttempt::sendBatch(const QList<PreparedCandidate> &prepared,
@@ -135,9 +172,9 @@ QList<CandidateOutcome> UploadAttempt::sendBatch(const QList<PreparedCandidate> 
     if (total > 0) {
         record.fileSizeBytes = total;
     }
-    QList<QUrl> files;
+    QList<platform::StowFile> files;
     for (const PreparedCandidate &candidate : prepared) {
-        files.append(candidate.uploadURL);
+        files.append(stowFile(candidate));
     }
     const SpeedSampler speed(m_with);
     m_with.emitter.emit(started(record));
@@ -153,6 +190,11 @@ QList<CandidateOutcome> UploadAttempt::sendBatch(const QList<PreparedCandidate> 
     } catch (const std::exception &error) {
         tellFailure(record, error);
         ends = allFailed(error, prepared);
+    }
+    for (qsizetype index = 0; index < ends.size(); ++index) {
+        if (ends[index].result == AttemptResult::success) {
+            ends[index] = confirm(prepared[index], record);
+        }
     }
     return outcomes(prepared, ends, chunkDetails);
 }

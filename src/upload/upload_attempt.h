@@ -1,6 +1,7 @@
 #pragma once
 
 #include "upload/candidate_preparer.h"
+#include "upload/instance_verifier.h"
 #include "upload/store_upload.h"
 #include "upload/upload_collaborators.h"
 
@@ -15,7 +16,7 @@ class UploadAttempt
 {
 public:
     UploadAttempt(const UploadCollaborators &with, const RunIdentity &run, const CandidatePreparer &preparer)
-        : m_with(with), m_run(run), m_preparer(preparer)
+        : m_with(with), m_run(run), m_preparer(preparer), m_verifier(with)
     {
     }
 
@@ -31,10 +32,17 @@ public:
 
 private:
     void tellFailure(log::StoreLogRecord record, const std::exception &error) const;
+    StoreUpload::AttemptEnd confirm(const StoreUpload::PreparedCandidate &prepared,
+                                    const log::StoreLogRecord &record) const;
 
     const UploadCollaborators &m_with;
     const RunIdentity &m_run;
     const CandidatePreparer &m_preparer;
+    const InstanceVerifier m_verifier;
 };
+
+/// What an attempt may have left in the cloud.
+index::SentInstance sentOf(const StoreUpload::PreparedCandidate &prepared,
+                           const StoreUpload::AttemptEnd &end);
 
 } // namespace gateway::upload

@@ -30,7 +30,7 @@ struct UploadAttemptTest : ::testing::Test
         prepared.context.candidate.storagePath = path;
         prepared.context.candidate.fileURL = QUrl::fromLocalFile(path);
         prepared.context.candidate.imageObjectIDs = {{0}};
-        prepared.context.candidate.originalSOPInstanceUIDs = {uid};
+        prepared.identity.instance = uid;
         prepared.context.candidate.sopInstanceUIDs = {uid + u'0'};
         prepared.uploadURL = prepared.context.candidate.fileURL;
         prepared.details = {{QStringLiteral("upload_source"), QStringLiteral("original")}};
@@ -237,7 +237,7 @@ TEST_F(UploadAttemptTest, TellsAnInstanceFromOneWhoseKeyReadsLikeIt)
 TEST_F(UploadAttemptTest, FailsAFileWithoutAnyIdentifierWhenItsBatchWasRefusedInPart)
 {
     PreparedCandidate nameless = original(QStringLiteral("1.1"));
-    nameless.context.candidate.originalSOPInstanceUIDs.clear();
+    nameless.identity.instance.clear();
     nameless.context.candidate.sopInstanceUIDs.clear();
     around.cloud.refuse(QStringLiteral("1.2"));
 

@@ -2,6 +2,7 @@
 
 #include "core/failure_class.h"
 #include "index/pending_image_upload.h"
+#include "index/sent_instances.h"
 
 #include <QtCore/QDateTime>
 #include <QtCore/QList>
@@ -36,10 +37,16 @@ public:
     virtual void markImagesInProgress(const QList<index::ImageObjectID> &imageObjectIDs) = 0;
 
     /// Records how the upload of the file at `storagePath` ended; a success forgets its last failure.
+    /// \param sent  what went to the cloud, if anything did.
     /// \return the number of rows updated.
     virtual std::int64_t recordUploadResult(const QList<index::ImageObjectID> &imageObjectIDs,
                                             const QString &storagePath,
-                                            bool synced) = 0;
+                                            bool synced,
+                                            const index::SentInstance &sent) = 0;
+
+    /// Whether the cloud may hold another version of an instance, which this gateway sent. To be asked when
+    /// the cloud has answered: one that is sent meanwhile counts.
+    virtual bool mayOtherVersionBeSent(const index::SentInstance &sent) = 0;
 
     /// Keeps why the upload of the file at `storagePath` failed, in place of an earlier failure.
     ///

@@ -267,8 +267,10 @@ QList<std::int64_t> UploadRun::recordInIndex(const Outcomes &outcomes)
     const auto recordOne = [&, slots = updated.data()](qsizetype index) {
         const CandidateOutcome &outcome = outcomes[index];
         const bool isSynced = outcome.end.result == AttemptResult::success;
-        slots[index] = m_with.index.recordUploadResult(
-            outcome.context.candidate.imageObjectIDs, outcome.context.candidate.storagePath, isSynced);
+        slots[index] = m_with.index.recordUploadResult(outcome.context.candidate.imageObjectIDs,
+                                                       outcome.context.candidate.storagePath,
+                                                       isSynced,
+                                                       outcome.sent);
         if (!isSynced) {
             m_with.index.recordUploadFailure(
                 outcome.context.candidate.storagePath, outcome.end.failure, pausesAfter(outcome.end));

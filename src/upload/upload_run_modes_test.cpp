@@ -42,6 +42,51 @@ TEST_P(UploadRunInEachModeTest, SendsEveryFileOnceAndMarksItSynced)
     EXPECT_EQ(around.leftovers(), 0);
 }
 
+TEST_P(UploadRunInEachModeTest, NeverPutsTwoFilesOfOneInstanceIntoOneRequest)
+{
+    around.store(QStringLiteral("1.7"));
+    const QUrl twin =
+        QUrl::fromLocalFile(around.makeFolder(QStringLiteral("elsewhere")) + QStringLiteral("/1.7"));
+    testing::FakeSurroundings::write(twin, 20);
+    around.index.add(twin, QStringLiteral("1.7"));
+    ExecutionConfig uncompressed = config(GetParam());
+    uncompressed.compressionEnabled = false;
+
+    UploadRunTest::run(uncompressed);
+
+    EXPECT_EQ(around.index.count(RowState::synced), 2);
+    for (const auto &request : around.cloud.requests()) {
+        EXPECT_EQ(request.files.size(), 1);
+    }
+}
+
+TEST_P(UploadRunInEachModeTest, TellsTheIndexWhatWasSentAlsoWhenItFailed)
+{
+    around.store(QStringLiteral("1.1"), 10);
+    around.cloud.refuse(QStringLiteral("1.1"));
+
+    run();
+
+    EXPECT_EQ(around.index.sent(), (QList<index::SentInstance>{{QStringLiteral("1.1"), 10, false}}));
+}
+
+TEST_P(UploadRunInEachModeTest, HoldsBackAnImageInWhosePlaceTheCloudKeepsAnother)
+{
+    const QString path = around.store(QStringLiteral("1.1"));
+    around.index.rememberOtherVersion(QStringLiteral("1.1"));
+    around.converter.compareAs(platform::Likeness::different);
+    around.converter.behave([this](const QString &source) {
+        platform::SendableFile made = around.converter.write(source);
+        made.identity = {QStringLiteral("1"), QStringLiteral("1.0"), QStringLiteral("1.1")};
+        return made;
+    });
+
+    run();
+
+    EXPECT_EQ(around.index.state(path), RowState::failed);
+    EXPECT_EQ(around.index.failures().value(path).failureClass, core::FailureClass::anotherVersionInCloud);
+}
+
 TEST_P(UploadRunInEachModeTest, EndsAfterOneFetchOnAnEmptyIndex)
 {
     const RunSummary summary = run();

@@ -87,7 +87,7 @@ TEST_F(UploadRunTest, NeverConvertsMoreAtOnceThanItIsWide)
         int seen = most;
         while (running > seen && !most.compare_exchange_weak(seen, running)) {
         }
-        const platform::Conversion converted = around.converter.write(path);
+        const platform::SendableFile converted = around.converter.write(path);
         --now;
         return converted;
     });
@@ -210,7 +210,7 @@ TEST_F(UploadRunTest, SendsTheOriginalWhenConversionFails)
 {
     const QString path = around.store(QStringLiteral("1.1"));
     around.converter.behave(
-        [](const QString &) { return platform::Conversion{QString(), QStringLiteral("odd bits")}; });
+        [](const QString &) { return testing::FakeConverter::failed(QStringLiteral("odd bits")); });
 
     run(config(ExecutionMode::single));
 
@@ -225,8 +225,8 @@ TEST_F(UploadRunTest, SendsTheOriginalWhenConversionFails)
 TEST_F(UploadRunTest, SendsTheOriginalWhenTheConvertedFileIsMissing)
 {
     const QString path = around.store(QStringLiteral("1.1"));
-    around.converter.behave([this](const QString &) {
-        return platform::Conversion{around.folder.filePath(QStringLiteral("nowhere")), QString()};
+    around.converter.behave([this](const QString &source) {
+        return testing::FakeConverter::ready(around.folder.filePath(QStringLiteral("nowhere")), source);
     });
 
     run(config(ExecutionMode::single));
@@ -241,7 +241,8 @@ TEST_F(UploadRunTest, SendsTheOriginalWhenTheConvertedFileIsMissing)
 TEST_F(UploadRunTest, SendsTheOriginalWhenThereIsNothingToConvertAndKeepsIt)
 {
     const QString path = around.store(QStringLiteral("1.1"));
-    around.converter.behave([](const QString &source) { return platform::Conversion{source, QString()}; });
+    around.converter.behave(
+        [](const QString &source) { return testing::FakeConverter::ready(source, source); });
 
     run(config(ExecutionMode::single));
 

@@ -101,8 +101,10 @@ struct AccountClient : ::testing::Test
     std::optional<QrnErrorResponse> upload(const QByteArray &instance, qsizetype pixelBytes = 4000)
     {
         const QUrl image = writeImage(files, "1.2.10", "1.2.10.1", instance, pixelBytes);
-        return errorOf<QrnErrorResponse>(
-            [&] { platform::QrnStowAPI(user.client).upload(image, core::deviceId(user.defaults), {}); });
+        return errorOf<QrnErrorResponse>([&] {
+            platform::QrnStowAPI(user.client)
+                .upload(platform::testing::identified(image), core::deviceId(user.defaults), {});
+        });
     }
 
     LocalCloud cloud;

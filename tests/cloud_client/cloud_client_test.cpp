@@ -45,6 +45,7 @@ using platform::QuorinApiClient;
 using platform::QuorinError;
 using platform::testing::configurationFor;
 using platform::testing::errorOf;
+using platform::testing::identified;
 using platform::testing::MemoryTokenStore;
 using platform::testing::SampleFiles;
 
@@ -145,8 +146,8 @@ TEST_F(CloudClient, UploadsOneImageAndABatchAndFindsThem)
 {
     const QList<QUrl> urls = images(5);
 
-    QrnStowAPI(client).upload(urls.first(), kDevice, {});
-    QrnStowAPI(client).upload(urls.mid(1), kDevice, {});
+    QrnStowAPI(client).upload(identified(urls.first()), kDevice, {});
+    QrnStowAPI(client).upload(identified(urls.mid(1)), kDevice, {});
 
     const QList<QVariantMap> studies = QrnQidoAPI(client).getAll({});
     ASSERT_EQ(studies.size(), 1);
@@ -165,9 +166,9 @@ TEST_F(CloudClient, UploadsOneImageAndABatchAndFindsThem)
 TEST_F(CloudClient, SendsTheSameImageTwiceWithoutHarm)
 {
     const QList<QUrl> urls = images(2);
-    QrnStowAPI(client).upload(urls, kDevice, {});
+    QrnStowAPI(client).upload(identified(urls), kDevice, {});
 
-    QrnStowAPI(client).upload(urls, kDevice, {});
+    QrnStowAPI(client).upload(identified(urls), kDevice, {});
 
     EXPECT_EQ(storedImages(), 2);
 }
@@ -181,11 +182,12 @@ TEST_F(CloudClient, SendsAgainWhatWasStoredBeforeTheConnectionWasCut)
                    {QStringLiteral("count"), 2}, // the client tries a kept connection that died once more
                    {QStringLiteral("cutBeforeAnswer"), true}});
 
-    const auto error = errorOf<AFError>([&] { QrnStowAPI(client).upload(urls.first(), kDevice, {}); });
+    const auto error =
+        errorOf<AFError>([&] { QrnStowAPI(client).upload(identified(urls.first()), kDevice, {}); });
     ASSERT_TRUE(error);
     EXPECT_FALSE(error->responseCode);
     cloud.control("faults/clear", {});
-    QrnStowAPI(client).upload(urls.first(), kDevice, {});
+    QrnStowAPI(client).upload(identified(urls.first()), kDevice, {});
 
     EXPECT_EQ(storedImages(), 1);
 }
@@ -197,7 +199,8 @@ TEST_F(CloudClient, NamesTheImageThatTheCloudRefuses)
                   {{QStringLiteral("sopInstanceUIDs"), QJsonArray{QStringLiteral("1.2.10.1.2")}},
                    {QStringLiteral("failureReason"), 0xA700}});
 
-    const auto refusal = errorOf<QrnStowResponse>([&] { QrnStowAPI(client).upload(urls, kDevice, {}); });
+    const auto refusal =
+        errorOf<QrnStowResponse>([&] { QrnStowAPI(client).upload(identified(urls), kDevice, {}); });
 
     ASSERT_TRUE(refusal);
     EXPECT_FALSE(refusal->names(urls[0], {QStringLiteral("1.2.10.1.1")}));
@@ -209,7 +212,7 @@ TEST_F(CloudClient, NamesTheImageThatTheCloudRefuses)
 TEST_F(CloudClient, AsksTheCloudWhereAPageStandsInForTheAnswer)
 {
     const QList<QUrl> urls = images(2);
-    QrnStowAPI(client).upload(urls.first(), kDevice, {});
+    QrnStowAPI(client).upload(identified(urls.first()), kDevice, {});
     cloud.control("faults",
                   {{QStringLiteral("path"), QStringLiteral("/dicom-web/studies")},
                    {QStringLiteral("method"), QStringLiteral("POST")},
@@ -218,7 +221,8 @@ TEST_F(CloudClient, AsksTheCloudWhereAPageStandsInForTheAnswer)
                    {QStringLiteral("contentType"), QStringLiteral("text/html")},
                    {QStringLiteral("body"), QStringLiteral("<html>Please log in</html>")}});
 
-    const auto refusal = errorOf<QrnStowResponse>([&] { QrnStowAPI(client).upload(urls, kDevice, {}); });
+    const auto refusal =
+        errorOf<QrnStowResponse>([&] { QrnStowAPI(client).upload(identified(urls), kDevice, {}); });
 
     ASSERT_TRUE(refusal);
     EXPECT_FALSE(refusal->names(urls[0], {QStringLiteral("1.2.10.1.1")})); // stored before, and found
@@ -234,7 +238,7 @@ TEST_F(CloudClient, SplitsABatchThatIsLargerThanTheCloudTakes)
     }
     cloud.control("limits", {{QStringLiteral("maxBodyBytes"), 700'000}});
 
-    QrnStowAPI(client).upload(urls, kDevice, {});
+    QrnStowAPI(client).upload(identified(urls), kDevice, {});
 
     EXPECT_EQ(storedImages(), 5);
 }
@@ -245,24 +249,24 @@ TEST_F(CloudClient, MayNotUploadBeforeNewTermsAreAccepted)
                   {{QStringLiteral("version"), QStringLiteral("99")},
                    {QStringLiteral("text"), QStringLiteral("New.")}});
 
-    const auto error =
-        errorOf<QrnErrorResponse>([this] { QrnStowAPI(client).upload(images(1).first(), kDevice, {}); });
+    const auto error = errorOf<QrnErrorResponse>(
+        [this] { QrnStowAPI(client).upload(identified(images(1).first()), kDevice, {}); });
 
     ASSERT_TRUE(error);
     EXPECT_EQ(error->kind, QrnErrorKind::termsNotAccepted);
     EXPECT_EQ(QrnQuorinCloudTermsAPI(client).terms().version, QStringLiteral("99"));
     acceptTerms();
-    QrnStowAPI(client).upload(images(1).first(), kDevice, {});
+    QrnStowAPI(client).upload(identified(images(1).first()), kDevice, {});
     EXPECT_EQ(storedImages(), 1);
 }
 
 TEST_F(CloudClient, DeletesASeriesAndAStudy)
 {
     writeImage(files, "1.2.10", "1.2.10.2", "1.2.10.2.1");
-    QrnStowAPI(client).upload(
-        images(1) + QList<QUrl>{QUrl::fromLocalFile(files.path(QStringLiteral("1.2.10.2.1.dcm")))},
-        kDevice,
-        {});
+    QrnStowAPI(client).upload(identified(images(1) + QList<QUrl>{QUrl::fromLocalFile(
+                                                         files.path(QStringLiteral("1.2.10.2.1.dcm")))}),
+                              kDevice,
+                              {});
     QrnDeleteAPI api(client);
 
     api.deleteSeries(kStudy, QStringLiteral("1.2.10.2"), kDevice);

@@ -5,8 +5,9 @@ import json
 import subprocess
 import unittest
 
-from harness import (EMAIL, PASSWORD, EndToEndTest, attributes_of, await_true, end, environment, free_port, identity_of,
-                     pixels_of, request, send)
+from harness import (EMAIL, PASSWORD, TITLE, EndToEndTest, attributes_of, await_true, end, environment, free_port,
+                     identity_of, pixels_of, request, send)
+from odd_objects import Sender, dataset
 
 PLUGIN = "/usr/share/orthanc/plugins/libOrthancDicomWeb.so"
 ROOT = "/dicom-web"
@@ -84,6 +85,23 @@ class BehindAnArchive(EndToEndTest):
                 self.assertEqual(len(pixels) == 0, file.stem.startswith("report"))
                 self.assertTrue(pixels == pixels_of(back, self.folder / "pixels" / file.stem / "fetched"),
                                 f"the pixels of {file.stem} differ")
+
+    def test_a_corrected_image_that_the_archive_drops_is_not_taken_for_sent(self):
+        # Given
+        first, second = dataset("1.2.7.1", shade=1), dataset("1.2.7.1", shade=2)
+        self.gateway.sign_in()
+        sender = Sender(self.gateway.port, TITLE)
+        sender.store(first, "1.2.7.1")
+        self.gateway.await_status("the first version", lambda s: s["counters"]["synced"] == 1)
+
+        # When
+        sender.store(second, "1.2.7.1")
+        sender.release()
+        status = self.gateway.await_status("the second version is held back", lambda s: "anotherVersionInCloud"
+                                           in json.dumps(s["failures"]))
+
+        # Then
+        self.assertEqual(status["counters"]["synced"], 0)
 
     def test_a_wrong_password_is_refused_with_one_sentence(self):
         # When

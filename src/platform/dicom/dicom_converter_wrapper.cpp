@@ -22,6 +22,12 @@ QString outputName(const QString &unique)
     return QStringLiteral("converted-%1.dcm").arg(unique);
 }
 
+QString text(const Record &record, std::string_view name)
+{
+    const std::string_view value = record.text(name);
+    return QString::fromUtf8(value.data(), static_cast<qsizetype>(value.size()));
+}
+
 bool makeFolder(const QString &folder)
 {
     return QDir().mkpath(folder) && ::chmod(QFile::encodeName(folder).constData(), S_IRWXU) == 0;
@@ -49,30 +55,61 @@ DicomConverterWrapper::DicomConverterWrapper(WorkerProcessPool &workers, QString
 {
 }
 
-Conversion DicomConverterWrapper::convertToJPEGLossless(const QString &path)
+SendableFile DicomConverterWrapper::convertToJPEGLossless(const QString &path)
 {
-    if (!makeFolder(m_temporaryFolder)) {
-        return {{}, QStringLiteral("the folder for converted files can't be made")};
+    return made("convert", path);
+}
+
+SendableFile DicomConverterWrapper::makeSendable(const QString &path)
+{
+    return made("sendable", path);
+}
+
+SendableFile DicomConverterWrapper::made(const char *job, const QString &path)
+{
+    const QString output = temporaryPath();
+    if (output.isEmpty()) {
+        return {.error = QStringLiteral("the folder for converted files can't be made")};
     }
-    const QString unique = QUuid::createUuid().toString(QUuid::WithoutBraces);
-    const QString output = m_temporaryFolder + u'/' + outputName(unique);
     const std::string source = QFile::encodeName(path).toStdString();
     const std::string target = QFile::encodeName(output).toStdString();
-    const auto result = m_workers.run({"convert", {{"path", source}, {"output", target}}}, kJobTimeout);
-    const std::string_view answered = result.answer.text("path");
-    if (result.outcome == WorkerProcessPool::Outcome::answered && result.answer.word == "converted") {
-        if (answered == target) {
-            return {output, {}};
-        }
-        if (answered == source) {
-            return {path, {}};
-        }
+    const auto result = m_workers.run({job, {{"path", source}, {"output", target}}}, kJobTimeout);
+    const Record &answer = result.answer;
+    const bool isAnswered = result.outcome == WorkerProcessPool::Outcome::answered;
+    const std::string_view answered = answer.text("path");
+    if (isAnswered && answer.word == "sendable" && (answered == target || answered == source)) {
+        return {.fate = SendableFile::Fate::ready,
+                .path = answered == target ? output : path,
+                .identity = {text(answer, "study"), text(answer, "series"), text(answer, "instance")},
+                .version = answer.number("version", 0),
+                .isConverted = answer.number("converted", 0) == 1};
     }
     QFile::remove(output);
-    const std::string_view message = result.answer.text("message");
-    return {{},
-            message.empty() ? reason(result.outcome)
-                            : QString::fromUtf8(message.data(), static_cast<qsizetype>(message.size()))};
+    if (isAnswered && answer.word == "nameless") {
+        return {.fate = SendableFile::Fate::nameless};
+    }
+    const QString message = text(answer, "message");
+    return {.error = message.isEmpty() ? reason(result.outcome) : message};
+}
+
+QString DicomConverterWrapper::temporaryPath()
+{
+    const QString unique = QUuid::createUuid().toString(QUuid::WithoutBraces);
+    return makeFolder(m_temporaryFolder) ? m_temporaryFolder + u'/' + outputName(unique) : QString();
+}
+
+Likeness DicomConverterWrapper::compare(const QString &fetched, const QString &sent, const QString &stored)
+{
+    const auto encoded = [](const QString &path) { return QFile::encodeName(path).toStdString(); };
+    const auto result = m_workers.run(
+        {"compare", {{"path", encoded(fetched)}, {"sent", encoded(sent)}, {"stored", encoded(stored)}}},
+        kJobTimeout);
+    if (result.outcome == WorkerProcessPool::Outcome::answered && result.answer.word == "same") {
+        return Likeness::same;
+    }
+    return result.outcome == WorkerProcessPool::Outcome::answered && result.answer.word == "different"
+               ? Likeness::different
+               : Likeness::unknown;
 }
 
 int DicomConverterWrapper::sweepLeftovers() const

@@ -8,7 +8,7 @@ namespace gateway::platform {
 
 class WorkerProcessPool;
 
-/// Converts files in a worker process, into a folder of its own.
+/// Has files made ready in a worker process, new ones in a folder of their own.
 ///
 /// Owner: app. Thread: any.
 class DicomConverterWrapper final : public DicomConverting
@@ -19,13 +19,18 @@ public:
     ///                         belong there.
     DicomConverterWrapper(WorkerProcessPool &workers, QString temporaryFolder);
 
-    Conversion convertToJPEGLossless(const QString &path) override;
+    SendableFile convertToJPEGLossless(const QString &path) override;
+    SendableFile makeSendable(const QString &path) override;
+    QString temporaryPath() override;
+    Likeness compare(const QString &fetched, const QString &sent, const QString &stored) override;
 
     /// Removes converted files that a process which died left in the folder; how many it were. Call it once
     /// at the start, before the first conversion.
     int sweepLeftovers() const;
 
 private:
+    SendableFile made(const char *job, const QString &path);
+
     WorkerProcessPool &m_workers;
     const QString m_temporaryFolder;
 };

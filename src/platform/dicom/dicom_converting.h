@@ -1,27 +1,62 @@
 #pragma once
 
+#include "platform/dicom/instance_identity.h"
+
 #include <QtCore/QString>
+
+#include <cstdint>
 
 namespace gateway::platform {
 
-/// What became of a conversion.
-struct Conversion
+/// What became of making a file ready to go up.
+struct SendableFile
 {
-    QString path; ///< the converted file, or the given one where nothing is to convert; empty where it failed
-    QString error; ///< why it failed, without anything that the file says; else empty
+    enum class Fate
+    {
+        ready,
+        nameless, ///< the object has no instance UID by which an answer could name it
+        failed    ///< it could not be made, which says nothing about the object
+    };
+
+    Fate fate = Fate::failed;
+    QString path = {};  ///< where ready: the given file, or a new one, which is the caller's to remove
+    QString error = {}; ///< where failed: why, without anything that the file says
+    InstanceIdentity identity = {};
+    std::int64_t version =
+        0; ///< tells versions of one instance apart, by the stored dataset's bytes; above 0
+    bool isConverted = false; ///< it is the smaller form
 };
 
-/// Makes files smaller without loss.
+/// What a look at an instance that was fetched from the cloud gave.
+enum class Likeness
+{
+    same,
+    different,
+    unknown ///< it could not be compared
+};
+
+/// Makes files ready to go up, and smaller without loss. A file that is ready has a meta header (PS3.10 7.1)
+/// that agrees with its dataset; where the given one hasn't, a new one is written.
 ///
-/// Thread: any, several files at a time.
+/// Thread: any, several files at a time; calls block until the work is done or given up. Given files stay as
+/// they are.
 class DicomConverting
 {
 public:
     virtual ~DicomConverting() = default;
 
-    /// Makes the JPEG-LS lossless form of the file at `path`, which stays as it is; blocks until that is done
-    /// or given up. A new file is the caller's to remove.
-    virtual Conversion convertToJPEGLossless(const QString &path) = 0;
+    /// Makes the JPEG-LS lossless form of the file at `path`; where nothing is to convert, as `makeSendable`.
+    virtual SendableFile convertToJPEGLossless(const QString &path) = 0;
+
+    /// Makes the file at `path` ready as it is.
+    virtual SendableFile makeSendable(const QString &path) = 0;
+
+    /// A path for a file of the caller's, beside the new ones that are made here; leftovers are swept with
+    /// them. Empty where the folder can't be made.
+    virtual QString temporaryPath() = 0;
+
+    /// Whether the file at `fetched` holds the very object that went up as `sent`, made of `stored`.
+    virtual Likeness compare(const QString &fetched, const QString &sent, const QString &stored) = 0;
 };
 
 } // namespace gateway::platform

@@ -193,7 +193,7 @@ TEST_F(DicomClients, ConvertingGivesASmallerFileInTheTemporaryFolder)
     const QString path = write(QStringLiteral("a"), smallObject());
     DicomConverterWrapper converter(m_workers, temporaryFolder());
 
-    const Conversion conversion = converter.convertToJPEGLossless(path);
+    const SendableFile conversion = converter.convertToJPEGLossless(path);
 
     EXPECT_EQ(conversion.error, QString());
     ASSERT_TRUE(conversion.path.startsWith(temporaryFolder()));
@@ -210,7 +210,7 @@ TEST_F(DicomClients, WhereNothingIsToConvertTheGivenPathComesBack)
 {
     const QString path = write(QStringLiteral("a"), smallObject({}, 32));
 
-    const Conversion conversion =
+    const SendableFile conversion =
         DicomConverterWrapper(m_workers, temporaryFolder()).convertToJPEGLossless(path);
 
     EXPECT_EQ(conversion.path, path);
@@ -218,13 +218,35 @@ TEST_F(DicomClients, WhereNothingIsToConvertTheGivenPathComesBack)
     EXPECT_TRUE(temporaryFiles().isEmpty());
 }
 
+TEST_F(DicomClients, AFileWhoseHeaderContradictsItGoesAsACopyUnderTheNameOfItsDataset)
+{
+    const std::string whole = smallObject();
+    const std::string bare = whole.substr(whole.find(std::string("\x08\x00\x16\x00", 4)));
+    DicomConverterWrapper converter(m_workers, temporaryFolder());
+
+    const SendableFile good = converter.makeSendable(write(QStringLiteral("a"), whole));
+    const SendableFile copy = converter.makeSendable(write(QStringLiteral("b"), bare));
+    const SendableFile converted = converter.convertToJPEGLossless(m_folder.filePath(QStringLiteral("b")));
+
+    EXPECT_EQ(good.path, m_folder.filePath(QStringLiteral("a")));
+    EXPECT_EQ(good.identity.instance, QStringLiteral("1.2.3.4.5"));
+    EXPECT_TRUE(copy.path.startsWith(temporaryFolder()));
+    EXPECT_EQ(copy.identity, good.identity);
+    EXPECT_EQ(copy.version, good.version);
+    EXPECT_EQ(converted.fate, SendableFile::Fate::ready);
+    EXPECT_FALSE(converted.isConverted);
+    EXPECT_EQ(converter.compare(copy.path, good.path, good.path), Likeness::same);
+    EXPECT_EQ(converter.compare(temporaryFolder(), good.path, good.path), Likeness::unknown);
+    EXPECT_EQ(converter.makeSendable(write(QStringLiteral("c"), "none")).fate, SendableFile::Fate::nameless);
+}
+
 TEST_F(DicomClients, AFailedConversionHasAnErrorAndLeavesNoFile)
 {
     const std::string whole = smallObject();
     DicomConverterWrapper converter(m_workers, temporaryFolder());
 
-    const Conversion missing = converter.convertToJPEGLossless(m_folder.filePath(QStringLiteral("none")));
-    const Conversion truncated =
+    const SendableFile missing = converter.convertToJPEGLossless(m_folder.filePath(QStringLiteral("none")));
+    const SendableFile truncated =
         converter.convertToJPEGLossless(write(QStringLiteral("a"), whole.substr(0, whole.size() - 100)));
 
     EXPECT_EQ(missing.path, QString());
@@ -238,8 +260,8 @@ TEST_F(DicomClients, AWorkerThatDiesInAConversionIsAnErrorAndLeavesNoFile)
 {
     WorkerProcessPool workers(1, scriptedWorker());
 
-    const Conversion conversion = DicomConverterWrapper(workers, temporaryFolder())
-                                      .convertToJPEGLossless(write(QStringLiteral("a"), smallObject()));
+    const SendableFile conversion = DicomConverterWrapper(workers, temporaryFolder())
+                                        .convertToJPEGLossless(write(QStringLiteral("a"), smallObject()));
 
     EXPECT_EQ(conversion.path, QString());
     EXPECT_EQ(conversion.error, QStringLiteral("the worker ended in the middle of the conversion"));
@@ -250,7 +272,7 @@ TEST_F(DicomClients, AFolderThatCannotBeMadeIsAnError)
 {
     const QString path = write(QStringLiteral("a"), smallObject());
 
-    const Conversion conversion =
+    const SendableFile conversion =
         DicomConverterWrapper(m_workers, path + QStringLiteral("/inside")).convertToJPEGLossless(path);
 
     EXPECT_EQ(conversion.path, QString());
@@ -260,7 +282,7 @@ TEST_F(DicomClients, AFolderThatCannotBeMadeIsAnError)
 TEST_F(DicomClients, LeftoversOfACrashAreSweptAndNothingElse)
 {
     DicomConverterWrapper converter(m_workers, temporaryFolder());
-    const Conversion leftover = converter.convertToJPEGLossless(write(QStringLiteral("a"), smallObject()));
+    const SendableFile leftover = converter.convertToJPEGLossless(write(QStringLiteral("a"), smallObject()));
     write(QStringLiteral("converted/other"), "other");
 
     EXPECT_EQ(converter.sweepLeftovers(), 1);

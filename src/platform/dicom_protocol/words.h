@@ -31,10 +31,15 @@ inline constexpr int kChannelDescriptor = 3;
 // To a worker: one job at a time, answered by one record.
 //   parse    path
 //   convert  path, output (a path that doesn't exist yet)
+//   sendable path, output (a path that doesn't exist yet)
+//   compare  path (fetched), sent, stored
 // From a worker:
 //   parsed     the elements, by their keys; each value begins with the letter of its type, see below
 //   unreadable message (not DICOM, no identity, ...)
-//   converted  path (the output, or the input's where nothing is to convert)
+//   sendable   path (the output, or the input's where that can go as it is), converted (1 where the output is
+//              the JPEG-LS form), study, series, instance (of the dataset; empty where it has none), version
+//   nameless   the object has no instance UID by which an answer could name it
+//   same, different
 //   failed     message
 // No message holds anything that a file says.
 

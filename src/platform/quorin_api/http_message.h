@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QtCore/QByteArray>
+#include <QtCore/QByteArrayView>
 #include <QtCore/QList>
 #include <QtCore/QString>
 
@@ -49,6 +50,10 @@ public:
     virtual void seek(qint64 offset) = 0;
 };
 
+/// Takes the next bytes of an answer's body, on the thread that performs the request. May throw; the request
+/// ends and the exception comes out of it.
+using HttpBodySink = std::function<void(QByteArrayView)>;
+
 /// One request, complete but for what the transport adds.
 struct HttpRequest
 {
@@ -58,6 +63,7 @@ struct HttpRequest
     QByteArray body;
     HttpBodySource *stream = nullptr; ///< borrowed; in place of `body`
     qint64 answerLimit = 4 << 20;     ///< bytes of the answer's body, after decompression
+    HttpBodySink sink = {};           ///< takes the body of an answer whose status is a success
     std::chrono::seconds total{0};    ///< for the whole call; 0 for a call whose length depends on its body
     UploadProgressCallback progress;  ///< bytes of the body that have left
 };

@@ -53,6 +53,7 @@ struct Exchange
     const std::atomic<bool> &isShutDown;
     const std::chrono::seconds answerLimit; // of time, for the answer to a streamed body
     QByteArray body = {};
+    qint64 received = 0;
     qint64 reported = -1;
     bool tooLarge = false;
     bool tooLate = false;
@@ -85,16 +86,26 @@ qint64 bodyLimit(const Exchange &exchange)
                           : exchange.request.answerLimit;
 }
 
+bool isGood(CURL *handle)
+{
+    return statusOf(handle) >= 200 && statusOf(handle) < 300;
+}
+
 std::size_t onBody(char *data, std::size_t size, std::size_t count, void *context)
 {
     auto &exchange = *static_cast<Exchange *>(context);
     const std::size_t bytes = size * count;
-    if (exchange.body.size() + static_cast<qint64>(bytes) > bodyLimit(exchange)) {
+    exchange.received += static_cast<qint64>(bytes);
+    if (exchange.received > bodyLimit(exchange)) {
         exchange.tooLarge = true;
         return 0;
     }
     try {
-        exchange.body.append(data, static_cast<qsizetype>(bytes));
+        if (exchange.request.sink && isGood(exchange.handle)) {
+            exchange.request.sink(QByteArrayView(data, static_cast<qsizetype>(bytes)));
+        } else {
+            exchange.body.append(data, static_cast<qsizetype>(bytes));
+        }
     } catch (...) {
         exchange.error = std::current_exception();
         return 0;

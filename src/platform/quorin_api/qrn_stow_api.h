@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/dicom/instance_identity.h"
 #include "platform/quorin_api/http_message.h"
 
 #include <QtCore/QList>
@@ -10,6 +11,13 @@
 namespace gateway::platform {
 
 class QuorinApiClient;
+
+/// A file to upload, with a meta header that agrees with its dataset, and what it holds.
+struct StowFile
+{
+    QUrl url;
+    InstanceIdentity identity;
+};
 
 /// Uploads of DICOM files.
 ///
@@ -25,8 +33,9 @@ public:
 
     /// Sends the files of a batch in one request, or in halves where the server finds it too large.
     ///
-    /// A file that can't be read or has no DICOM meta header fails alone; the others still go.
+    /// A file that can't be read fails alone; the others still go.
     ///
+    /// \param files  no two with the same instance UID: an answer could not tell them apart.
     /// \param progress  bytes of the request; called on this thread, never blocks. May be empty.
     /// \return the proven instances as a DICOM JSON dataset with ReferencedSOPSequence.
     /// \throws QrnStowResponse   when some instances are not proven: ask its `names` for each file. Files
@@ -34,12 +43,20 @@ public:
     /// \throws QrnErrorResponse  the service refused all with words of its own.
     /// \throws AFError           nothing is proven: no answer, or a status without words.
     virtual QVariantMap
-    upload(const QList<QUrl> &files, const QString &deviceId, const UploadProgressCallback &progress) = 0;
+    upload(const QList<StowFile> &files, const QString &deviceId, const UploadProgressCallback &progress) = 0;
 
     /// Sends one file; otherwise the same.
-    virtual QVariantMap upload(const QUrl &fileUrl,
+    virtual QVariantMap upload(const StowFile &file,
                                const QString &deviceId,
                                const UploadProgressCallback &progressCompletion) = 0;
+
+    /// Fetches the instance as the server holds it (PS3.18 10.4), for a look at what became of an upload.
+    ///
+    /// \param path   of the file that it is written to, readable by its owner alone; the caller's to remove,
+    ///               also after an error.
+    /// \param limit  bytes that it may have.
+    /// \throws QrnErrorResponse, AFError  also where what came isn't one instance.
+    virtual void retrieve(const InstanceIdentity &identity, const QString &path, qint64 limit) = 0;
 };
 
 /// The uploads of the configured service, streamed from disk: memory doesn't grow with the files.
@@ -49,12 +66,13 @@ public:
     /// \param client  outlives this.
     explicit QrnStowAPI(QuorinApiClient &client) : m_client(client) {}
 
-    QVariantMap upload(const QList<QUrl> &files,
+    QVariantMap upload(const QList<StowFile> &files,
                        const QString &deviceId,
                        const UploadProgressCallback &progress) override;
-    QVariantMap upload(const QUrl &fileUrl,
+    QVariantMap upload(const StowFile &file,
                        const QString &deviceId,
                        const UploadProgressCallback &progressCompletion) override;
+    void retrieve(const InstanceIdentity &identity, const QString &path, qint64 limit) override;
 
 private:
     QuorinApiClient &m_client;

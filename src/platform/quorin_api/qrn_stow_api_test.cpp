@@ -9,6 +9,8 @@
 
 #include <gtest/gtest.h>
 
+#include <variant>
+
 namespace gateway::platform::testing {
 
 namespace {
@@ -81,12 +83,12 @@ answeringDataset(int status, const QByteArray &body, const QByteArray &type = kD
 
 std::optional<QrnStowResponse> refusalOf(QuorinApiClient &client, const QList<QUrl> &files)
 {
-    return errorOf<QrnStowResponse>([&] { QrnStowAPI(client).upload(files, kDevice, {}); });
+    return errorOf<QrnStowResponse>([&] { QrnStowAPI(client).upload(identified(files), kDevice, {}); });
 }
 
 bool succeeds(QuorinApiClient &client, const QList<QUrl> &files)
 {
-    QrnStowAPI(client).upload(files, kDevice, {});
+    QrnStowAPI(client).upload(identified(files), kDevice, {});
     return true;
 }
 
@@ -97,7 +99,8 @@ TEST(StowUpload, SendsOneFileAsOnePartOfKnownLength)
     ScriptedService service(answeringDataset(200, dataset({"1.2.3"})));
     SampleFiles files;
 
-    const QVariantMap answer = QrnStowAPI(service.client).upload(files.dicom("1.2.3"), kDevice, {});
+    const QVariantMap answer =
+        QrnStowAPI(service.client).upload(identified(files.dicom("1.2.3")), kDevice, {});
 
     const ReceivedRequest request = service.server.requests().first();
     EXPECT_TRUE(request.is("POST", "/dicom-web/studies"));
@@ -272,6 +275,41 @@ TEST(StowUpload, AsksForEachInstanceWhereAGoodAnswerCannotBeRead)
     EXPECT_EQ(service.server.requests().at(1).target, "/dicom-web/instances?SOPInstanceUID=1.2.3&limit=1");
 }
 
+TEST(StowUpload, AsksForAnInstanceInItsStudyAndSeries)
+{
+    ScriptedService service(answering(ScriptedHttpServer::answer(200), {"1.2.3"}));
+    SampleFiles files;
+    const StowFile file{files.dicom("1.2.3"),
+                        {QStringLiteral("1.2"), QStringLiteral("1.2.9"), QStringLiteral("1.2.3")}};
+
+    QrnStowAPI(service.client).upload(file, kDevice, {});
+
+    EXPECT_EQ(service.server.requests().at(1).target,
+              "/dicom-web/studies/1.2/series/1.2.9/instances?SOPInstanceUID=1.2.3&limit=1");
+}
+
+TEST(StowUpload, TakesAnInstanceThatIsStoredInAnotherPlaceForUnproven)
+{
+    const auto retrieveUrl = [](const QByteArray &path) {
+        return ",\"00081190\":{\"vr\":\"UR\",\"Value\":[\"" + path + "\"]}";
+    };
+    const StowFile file{{}, {QStringLiteral("1.2"), QStringLiteral("1.2.9"), QStringLiteral("1.2.3")}};
+    SampleFiles files;
+    const auto isProven = [&](const QByteArray &path) {
+        ScriptedService service(
+            answeringDataset(200, "{\"00081199\":" + entries({"1.2.3"}, retrieveUrl(path)) + "}"));
+        const QUrl url = files.dicom("1.2.3");
+        return !errorOf<QrnStowResponse>(
+            [&] { QrnStowAPI(service.client).upload(StowFile{url, file.identity}, kDevice, {}); });
+    };
+
+    EXPECT_TRUE(isProven("http://x/studies/9/dicom-web/studies/1.2/series/1.2.9/instances/1.2.3"));
+    EXPECT_TRUE(isProven("/studies/1.2/series/1.2.9/instances/1.2.3"));
+    EXPECT_TRUE(isProven("http://x/objects/17"));
+    EXPECT_FALSE(isProven("http://x/studies/1.20/series/1.2.9/instances/1.2.3"));
+    EXPECT_FALSE(isProven("http://x/studies/1.2/series/1.2.8/instances/1.2.3"));
+}
+
 TEST(StowUpload, TakesNoAnswerToAQueryForAProofThatNamesAnotherInstance)
 {
     ScriptedService service([](const ReceivedRequest &request) {
@@ -309,7 +347,8 @@ TEST(StowUpload, FailsWhenTheConnectionIsCutAfterStoringAndSucceedsWhenSentAgain
     SampleFiles files;
     const QUrl url = files.dicom("1.2.3");
 
-    const auto error = errorOf<AFError>([&] { QrnStowAPI(service.client).upload(url, kDevice, {}); });
+    const auto error =
+        errorOf<AFError>([&] { QrnStowAPI(service.client).upload(identified(url), kDevice, {}); });
 
     ASSERT_TRUE(error);
     EXPECT_FALSE(error->responseCode);
@@ -323,7 +362,7 @@ TEST(StowUpload, ThrowsTheWordsOfTheServiceForARefusedRequest)
     SampleFiles files;
 
     const auto error = errorOf<QrnErrorResponse>(
-        [&] { QrnStowAPI(service.client).upload(files.dicom("1.2.3"), kDevice, {}); });
+        [&] { QrnStowAPI(service.client).upload(identified(files.dicom("1.2.3")), kDevice, {}); });
 
     ASSERT_TRUE(error);
     EXPECT_EQ(error->kind, QrnErrorKind::termsNotAccepted);
@@ -335,8 +374,8 @@ TEST(StowUpload, ThrowsTheStatusOfARequestWithoutWords)
         ScriptedService service(answeringDataset(status, "<html/>", "text/html"));
         SampleFiles files;
 
-        const auto error =
-            errorOf<AFError>([&] { QrnStowAPI(service.client).upload(files.dicom("1.2.3"), kDevice, {}); });
+        const auto error = errorOf<AFError>(
+            [&] { QrnStowAPI(service.client).upload(identified(files.dicom("1.2.3")), kDevice, {}); });
 
         ASSERT_TRUE(error) << status;
         EXPECT_EQ(error->responseCode, status);
@@ -370,7 +409,8 @@ TEST(StowUpload, FailsASingleFileThatIsTooLargeAndSendsTheOthers)
     const QList<QUrl> urls{files.dicom("1.2.1"), files.dicom("1.2.2"), files.dicom("1.2.3")};
 
     const auto refusal = refusalOf(service.client, urls);
-    const auto alone = errorOf<AFError>([&] { QrnStowAPI(service.client).upload(urls[1], kDevice, {}); });
+    const auto alone =
+        errorOf<AFError>([&] { QrnStowAPI(service.client).upload(identified(urls[1]), kDevice, {}); });
 
     ASSERT_TRUE(refusal);
     EXPECT_EQ(refusal->failures, (QList<QStringList>{{QStringLiteral("1.2.2"), urls[1].toLocalFile()}}));
@@ -389,8 +429,8 @@ TEST(StowUpload, HearsARefusalThatComesBeforeTheBodyIsOver)
     QuorinApiClient client(configurationFor(server.url()), store);
     SampleFiles files;
 
-    const auto error =
-        errorOf<AFError>([&] { QrnStowAPI(client).upload(files.dicom("1.2.3", 32 << 20), kDevice, {}); });
+    const auto error = errorOf<AFError>(
+        [&] { QrnStowAPI(client).upload(identified(files.dicom("1.2.3", 32 << 20)), kDevice, {}); });
 
     ASSERT_TRUE(error);
     EXPECT_EQ(error->responseCode, 413);
@@ -421,13 +461,14 @@ TEST(StowUpload, SaysThatASingleFileCannotBeSent)
     SampleFiles files;
 
     const auto error = errorOf<AFError>([&] {
-        QrnStowAPI(service.client).upload(files.file(QStringLiteral("x"), "not dicom"), kDevice, {});
+        QrnStowAPI(service.client)
+            .upload(identified(files.file(QStringLiteral("x"), "not dicom")), kDevice, {});
     });
 
     ASSERT_TRUE(error);
     EXPECT_FALSE(error->responseCode);
     EXPECT_EQ(error->noAnswer, NoAnswer::unusableFile);
-    EXPECT_TRUE(error->localizedDescription.contains(QStringLiteral("no DICOM meta header")));
+    EXPECT_TRUE(error->localizedDescription.contains(QStringLiteral("can't be read")));
     EXPECT_TRUE(service.server.requests().isEmpty());
 }
 
@@ -441,7 +482,7 @@ TEST(StowUpload, LeavesOutAFileThatChangesInFlightAndSendsTheOthers)
     bool hasChanged = false;
 
     const auto refusal = errorOf<QrnStowResponse>([&] {
-        QrnStowAPI(service.client).upload(urls, kDevice, [&](const UploadProgress &) {
+        QrnStowAPI(service.client).upload(identified(urls), kDevice, [&](const UploadProgress &) {
             if (!std::exchange(hasChanged, true)) {
                 files.dicom("1.2.2", 1001);
             }
@@ -463,7 +504,7 @@ TEST(StowUpload, ReportsProgressThatNeverGoesBackAndEndsWithTheWhole)
     QList<UploadProgress> seen;
 
     QrnStowAPI(service.client)
-        .upload({files.dicom("1.2.1", 3 << 20), files.dicom("1.2.2", 3 << 20)},
+        .upload(identified({files.dicom("1.2.1", 3 << 20), files.dicom("1.2.2", 3 << 20)}),
                 kDevice,
                 [&seen](const UploadProgress &progress) { seen.append(progress); });
 
@@ -494,6 +535,70 @@ TEST(StowUpload, NeedsNoMemoryForTheSizeOfAFile)
 
     EXPECT_LT(peakKilobytes() - before, 64 * 1024);
     EXPECT_GT(service.server.requests().first().bodySize, qint64{256} << 20);
+}
+
+namespace {
+
+const InstanceIdentity kInstance{QStringLiteral("1.2"), QStringLiteral("1.2.9"), QStringLiteral("1.2.3")};
+
+/// What is fetched where the server answers so; the error's reason where that can't be used.
+std::variant<QByteArray, NoAnswer>
+fetched(const QByteArray &type, const QByteArray &body, qint64 limit = 1 << 20)
+{
+    ScriptedService service(answeringDataset(200, body, type));
+    SampleFiles files;
+    const QString path = files.path(QStringLiteral("fetched"));
+    const auto error = errorOf<AFError>([&] { QrnStowAPI(service.client).retrieve(kInstance, path, limit); });
+    if (error) {
+        return error->noAnswer;
+    }
+    EXPECT_EQ(service.server.requests().first().target,
+              "/dicom-web/studies/1.2/series/1.2.9/instances/1.2.3");
+    EXPECT_EQ(service.server.requests().first().headers.value("accept"),
+              "multipart/related; type=\"application/dicom\"; transfer-syntax=*");
+    QFile file(path);
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+    return file.readAll();
+}
+
+QByteArray message(const QByteArray &bytes)
+{
+    return "\r\n--b\r\nContent-Type: application/dicom\r\n\r\n" + bytes + "\r\n--b--\r\n";
+}
+
+const QByteArray kMultipart = "multipart/related; type=\"application/dicom\"; boundary=b";
+
+} // namespace
+
+TEST(Retrieval, TakesTheInstanceOutOfTheMessage)
+{
+    const QByteArray bytes = QByteArray(3 << 20, 'p') + "\r\n--b but no end";
+
+    EXPECT_EQ(std::get<QByteArray>(fetched(kMultipart, message(bytes), 4 << 20)), bytes);
+    EXPECT_EQ(std::get<QByteArray>(fetched(kMultipart, message("short").mid(2))), "short");
+    EXPECT_EQ(std::get<QByteArray>(fetched("application/dicom", "as it is")), "as it is");
+}
+
+TEST(Retrieval, TakesNothingElseForAnInstance)
+{
+    EXPECT_EQ(std::get<NoAnswer>(fetched("text/html", "<html>Hotel</html>")), NoAnswer::unusableAnswer);
+    EXPECT_EQ(std::get<NoAnswer>(fetched(kMultipart, "")), NoAnswer::unusableAnswer);
+    EXPECT_EQ(std::get<NoAnswer>(fetched(kMultipart, message("cut off").chopped(8))),
+              NoAnswer::unusableAnswer);
+    EXPECT_EQ(std::get<NoAnswer>(fetched(kMultipart, message(QByteArray(100'000, 'p')), 1000)),
+              NoAnswer::unusableAnswer);
+}
+
+TEST(Retrieval, ThrowsTheStatusOfARefusal)
+{
+    ScriptedService service(answeringDataset(404, "none", "text/plain"));
+    SampleFiles files;
+
+    const auto error = errorOf<AFError>(
+        [&] { QrnStowAPI(service.client).retrieve(kInstance, files.path(QStringLiteral("fetched")), 1000); });
+
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->responseCode, 404);
 }
 
 } // namespace gateway::platform::testing

@@ -66,7 +66,8 @@ HttpResponse QuorinApiClient::send(const ApiCall &call)
     request.url = address(call);
     request.body = call.body;
     request.stream = call.stream;
-    request.answerLimit = call.isBrief ? call.answerLimit : kLargeAnswer;
+    request.answerLimit = call.isBrief || call.sink ? call.answerLimit : kLargeAnswer;
+    request.sink = call.sink;
     request.progress = call.progress;
     if (call.isBrief) {
         request.total = m_configuration.limits.call;

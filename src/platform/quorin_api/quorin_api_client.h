@@ -43,6 +43,8 @@ struct ApiCall
     bool isBrief = true;               ///< ends within the limit for calls; false for uploads and queries
     qint64 answerLimit = kBriefAnswer; ///< bytes of the answer; what isn't brief may always be large
     UploadProgressCallback progress;
+    HttpBodySink sink =
+        {}; ///< takes the body of a good answer, up to its limit, which isn't kept in memory then
 };
 
 /// The cloud service as the Qrn...API classes see it: its address, its kind, the session and the transport.

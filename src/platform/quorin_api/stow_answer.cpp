@@ -1,5 +1,7 @@
 #include "platform/quorin_api/stow_answer.h"
 
+#include <QtCore/QStringList>
+#include <QtCore/QUrl>
 #include <QtCore/QXmlStreamReader>
 
 #include <simdjson.h>
@@ -16,12 +18,14 @@ constexpr std::string_view kReferenced = "00081199";
 constexpr std::string_view kFailed = "00081198";
 constexpr std::string_view kInstance = "00081155";
 constexpr std::string_view kReason = "00081197";
+constexpr std::string_view kRetrieveUrl = "00081190";
 
 /// One item of either sequence, before it is known which.
 struct Item
 {
     QString instance;
     std::optional<int> reason;
+    QString retrieveUrl;
 };
 
 QString uid(QString text)
@@ -37,7 +41,7 @@ void add(StowAnswer &answer, bool isRefusal, const Item &item)
     if (isRefusal) {
         answer.refused.append({item.instance, item.reason});
     } else if (!item.instance.isEmpty()) {
-        answer.referenced.insert(item.instance);
+        answer.referenced.append({item.instance, item.retrieveUrl});
     }
 }
 
@@ -80,6 +84,8 @@ Item itemOf(const simdjson::dom::object &object)
             item.instance = uid(toText(text));
         } else if (field.key == kReason) {
             item.reason = number(value);
+        } else if (field.key == kRetrieveUrl && value.get(text) == simdjson::SUCCESS) {
+            item.retrieveUrl = uid(toText(text));
         }
     }
     return item;
@@ -216,6 +222,8 @@ private:
         m_value.reset();
         if (m_attribute == QLatin1String("00081155")) {
             m_item->instance = uid(value);
+        } else if (m_attribute == QLatin1String("00081190")) {
+            m_item->retrieveUrl = uid(value);
         } else if (m_attribute == QLatin1String("00081197")) {
             bool isNumber = false;
             const int reason = value.trimmed().toInt(&isNumber);
@@ -237,6 +245,21 @@ private:
 };
 
 } // namespace
+
+bool StowReference::names(const InstanceIdentity &identity) const
+{
+    if (sopInstanceUid != identity.instance) {
+        return false;
+    }
+    // The path ends .../studies/{study}/series/{series}/instances/{instance}, where the server follows the
+    // standard (PS3.18 10.4.1); the last word of each name counts, since a base address may hold them too.
+    const QStringList segments = QUrl(retrieveUrl).path(QUrl::FullyDecoded).split(u'/');
+    const auto isIn = [&segments](const QString &parent, const QString &expected) {
+        const qsizetype at = segments.lastIndexOf(parent);
+        return expected.isEmpty() || at < 0 || at + 1 >= segments.size() || segments[at + 1] == expected;
+    };
+    return isIn(QStringLiteral("studies"), identity.study) && isIn(QStringLiteral("series"), identity.series);
+}
 
 std::optional<StowAnswer> parseStowAnswer(const QByteArray &mediaType, const QByteArray &body)
 {

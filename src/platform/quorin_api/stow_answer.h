@@ -1,8 +1,9 @@
 #pragma once
 
+#include "platform/dicom/instance_identity.h"
+
 #include <QtCore/QByteArray>
 #include <QtCore/QList>
-#include <QtCore/QSet>
 #include <QtCore/QString>
 
 #include <optional>
@@ -22,10 +23,22 @@ struct StowRefusal
     bool operator==(const StowRefusal &) const = default;
 };
 
+/// One entry of ReferencedSOPSequence (0008,1199): an instance that is stored.
+struct StowReference
+{
+    QString sopInstanceUid; ///< never empty
+    QString retrieveUrl;    ///< RetrieveURL (0008,1190); may be empty
+
+    /// True when this is the instance, and the address, as far as it says where, is in its study and series.
+    bool names(const InstanceIdentity &identity) const;
+
+    bool operator==(const StowReference &) const = default;
+};
+
 /// What a server says of the instances of an upload (PS3.18 10.5.3 and annex I.2).
 struct StowAnswer
 {
-    QSet<QString> referenced; ///< named in ReferencedSOPSequence (0008,1199): stored
+    QList<StowReference> referenced;
     QList<StowRefusal> refused;
 };
 

@@ -1,5 +1,7 @@
 #include "platform/quorin_api/stow_answer.h"
 
+#include <QtCore/QSet>
+
 #include <gtest/gtest.h>
 
 namespace gateway::platform {
@@ -16,7 +18,35 @@ QByteArray model(const QByteArray &inside)
            inside + "</NativeDicomModel>";
 }
 
+QSet<QString> instances(const StowAnswer &answer)
+{
+    QSet<QString> found;
+    for (const StowReference &reference : answer.referenced) {
+        found.insert(reference.sopInstanceUid);
+    }
+    return found;
+}
+
 } // namespace
+
+TEST(StowAnswer, ReadsWhereAnInstanceIsStored)
+{
+    const auto json = parseStowAnswer(kJson, R"({"00081199": {"vr": "SQ", "Value": [
+        {"00081190": {"vr": "UR", "Value": ["http://x/1"]}, "00081155": {"vr": "UI", "Value": ["1.2.4"]}}]}})");
+    const auto xml = parseStowAnswer(
+        kXml,
+        model("<DicomAttribute tag=\"00081199\" vr=\"SQ\"><Item number=\"1\">"
+              "<DicomAttribute tag=\"00081155\" vr=\"UI\"><Value number=\"1\">1.2.4</Value></DicomAttribute>"
+              "<DicomAttribute tag=\"00081190\" vr=\"UR\"><Value "
+              "number=\"1\">http://x/1</Value></DicomAttribute>"
+              "</Item></DicomAttribute>"));
+
+    const QList<StowReference> expected{{QStringLiteral("1.2.4"), QStringLiteral("http://x/1")}};
+    ASSERT_TRUE(json);
+    EXPECT_EQ(json->referenced, expected);
+    ASSERT_TRUE(xml);
+    EXPECT_EQ(xml->referenced, expected);
+}
 
 TEST(StowAnswer, ReadsStoredAndFailedInstancesFromJson)
 {
@@ -30,7 +60,7 @@ TEST(StowAnswer, ReadsStoredAndFailedInstancesFromJson)
             {"00081155": {"vr": "UI", "Value": ["1.2.5"]}}]}})");
 
     ASSERT_TRUE(answer);
-    EXPECT_EQ(answer->referenced, (QSet<QString>{QStringLiteral("1.2.4"), QStringLiteral("1.2.5")}));
+    EXPECT_EQ(instances(*answer), (QSet<QString>{QStringLiteral("1.2.4"), QStringLiteral("1.2.5")}));
     EXPECT_EQ(answer->refused, (QList<StowRefusal>{{QStringLiteral("1.2.3"), 272}}));
 }
 
@@ -49,7 +79,7 @@ TEST(StowAnswer, ReadsStoredAndFailedInstancesFromXml)
         </Item></DicomAttribute>)"));
 
     ASSERT_TRUE(answer);
-    EXPECT_EQ(answer->referenced, (QSet<QString>{QStringLiteral("1.2.4"), QStringLiteral("1.2.5")}));
+    EXPECT_EQ(instances(*answer), (QSet<QString>{QStringLiteral("1.2.4"), QStringLiteral("1.2.5")}));
     EXPECT_EQ(answer->refused, (QList<StowRefusal>{{QStringLiteral("1.2.3"), 45070}}));
     EXPECT_TRUE(answer->refused.first().isAlreadyStored());
 }
@@ -78,7 +108,7 @@ TEST(StowAnswer, ReadsADatasetInsideAListOfOne)
         kJson, R"([{"00081199": {"vr": "SQ", "Value": [{"00081155": {"vr": "UI", "Value": ["1.2.4"]}}]}}])");
 
     ASSERT_TRUE(answer);
-    EXPECT_TRUE(answer->referenced.contains(QStringLiteral("1.2.4")));
+    EXPECT_TRUE(instances(*answer).contains(QStringLiteral("1.2.4")));
 }
 
 TEST(StowAnswer, KeepsARefusalThatNamesNoInstance)
@@ -139,7 +169,7 @@ TEST(StowAnswer, NeverReadsTwoXmlValuesAsOne)
         <DicomAttribute tag="00081155"><Value>1.2.</Value><Value>4</Value></DicomAttribute></Item></DicomAttribute>)"));
 
     ASSERT_TRUE(answer);
-    EXPECT_FALSE(answer->referenced.contains(QStringLiteral("1.2.4")));
+    EXPECT_FALSE(instances(*answer).contains(QStringLiteral("1.2.4")));
 }
 
 TEST(StowAnswer, SeesOnlyInstancesDirectlyInsideTheSequence)
@@ -150,7 +180,7 @@ TEST(StowAnswer, SeesOnlyInstancesDirectlyInsideTheSequence)
         </DicomAttribute></Item></DicomAttribute></Item></DicomAttribute>)"));
 
     ASSERT_TRUE(answer);
-    EXPECT_EQ(answer->referenced, QSet<QString>{QStringLiteral("1.2.3")});
+    EXPECT_EQ(instances(*answer), QSet<QString>{QStringLiteral("1.2.3")});
 }
 
 TEST(StowAnswer, RefusesNestingWithoutEndAndEntities)

@@ -1,7 +1,6 @@
 #include "platform/quorin_api/stow_batch.h"
 
 #include "platform/quorin_api/answer_error.h"
-#include "platform/quorin_api/dicom_meta_header.h"
 #include "platform/quorin_api/network_json.h"
 #include "platform/quorin_api/quorin_api_client.h"
 #include "platform/quorin_api/quorin_error.h"
@@ -32,32 +31,26 @@ QVariantMap attribute(const QString &representation, const QVariantList &values)
 } // namespace
 
 StowBatch::StowBatch(QuorinApiClient &client,
-                     const QList<QUrl> &files,
+                     const QList<StowFile> &files,
                      QString deviceId,
                      UploadProgressCallback progress)
     : m_client(client), m_deviceId(std::move(deviceId)), m_progress(std::move(progress))
 {
-    for (const QUrl &url : files) {
-        m_files.append(examine(url));
+    for (const StowFile &given : files) {
+        m_files.append(examine(given));
     }
 }
 
-StowBatch::File StowBatch::examine(const QUrl &url)
+StowBatch::File StowBatch::examine(const StowFile &given)
 {
     File file;
-    file.path = url.toLocalFile();
+    file.path = given.url.toLocalFile();
+    file.identity = given.identity;
     const std::optional<ReadableFile> opened = ReadableFile::open(file.path);
-    if (!opened) {
+    if (!opened || file.identity.instance.isEmpty()) {
         return file;
     }
-    QByteArray start(kMetaHeaderWindow, Qt::Uninitialized);
-    const qint64 count = opened->read(0, start.data(), start.size());
-    const std::optional<DicomMetaHeader> header =
-        readDicomMetaHeader(QByteArrayView(start).first(std::max<qint64>(count, 0)));
-    if (!header) {
-        return file;
-    }
-    file.sopInstanceUid = QString::fromLatin1(header->sopInstanceUid);
+    file.isReadable = true;
     // Without the optional transfer-syntax parameter (PS3.18 8.7.3): the file says it itself, and there are
     // archives that refuse a part with it.
     file.part = {"Content-Type: application/dicom\r\n", {}, file.path, opened->identity()};
@@ -68,7 +61,7 @@ QVariantMap StowBatch::run()
 {
     Files sendable;
     for (File &file : m_files) {
-        if (!file.sopInstanceUid.isEmpty()) {
+        if (file.isReadable) {
             sendable.append(&file);
         }
     }
@@ -163,29 +156,25 @@ void StowBatch::settle(const Files &files, const HttpResponse &response)
 
 void StowBatch::apply(const Files &files, const StowAnswer &answer)
 {
-    QSet<QString> held = answer.referenced;
     QSet<QString> ours;
-    for (const File *file : files) {
-        ours.insert(file->sopInstanceUid);
-    }
-    for (const StowRefusal &refusal : answer.refused) {
-        if (refusal.isAlreadyStored()) {
-            held.insert(refusal.sopInstanceUid);
-        }
-    }
     for (File *file : files) {
-        file->isProven = held.contains(file->sopInstanceUid);
+        ours.insert(file->identity.instance);
+        file->isProven = std::ranges::any_of(answer.referenced, [file](const StowReference &reference) {
+            return reference.names(file->identity);
+        });
     }
     // Last, so that an instance named both ways counts as refused.
     for (const StowRefusal &refusal : answer.refused) {
-        if (refusal.isAlreadyStored()) {
-            continue;
-        }
-        if (!ours.contains(refusal.sopInstanceUid)) {
+        if (!refusal.isAlreadyStored() && !ours.contains(refusal.sopInstanceUid)) {
             m_strangers.append(refusal);
         }
         for (File *file : files) {
-            if (file->sopInstanceUid == refusal.sopInstanceUid) {
+            if (file->identity.instance != refusal.sopInstanceUid) {
+                continue;
+            }
+            if (refusal.isAlreadyStored()) {
+                file->isProven = file->isProven || !file->reason;
+            } else {
                 file->isProven = false;
                 file->reason = refusal.reason;
             }
@@ -197,7 +186,7 @@ void StowBatch::proveByQuery(const Files &files)
 {
     try {
         for (File *file : files) {
-            file->isProven = isFound(file->sopInstanceUid);
+            file->isProven = isFound(file->identity);
         }
     } catch (const QuorinError &) {
         // Whoever wasn't asked for isn't proven. One unanswered question is enough: a thousand more would
@@ -206,18 +195,21 @@ void StowBatch::proveByQuery(const Files &files)
     }
 }
 
-bool StowBatch::isFound(const QString &sopInstanceUid)
+bool StowBatch::isFound(const InstanceIdentity &identity)
 {
     ApiCall call;
     call.service = ApiCall::Service::dicomWeb;
-    call.path = "/instances?SOPInstanceUID=" + QUrl::toPercentEncoding(sopInstanceUid) + "&limit=1";
+    if (!identity.study.isEmpty() && !identity.series.isEmpty()) {
+        call.path = "/studies/" + pathSegment(identity.study) + "/series/" + pathSegment(identity.series);
+    }
+    call.path += "/instances?SOPInstanceUID=" + QUrl::toPercentEncoding(identity.instance) + "&limit=1";
     call.accept = "application/dicom+json";
     const HttpResponse response = m_client.request(call);
     const QVariantList found = parseNetworkJson(response.body).value_or(QVariant()).toList();
     for (const QVariant &entry : found) {
         const QVariantMap attributes = entry.toMap().value(kSopInstanceUid).toMap();
         const QVariantList values = attributes.value(QStringLiteral("Value")).toList();
-        if (!values.isEmpty() && values.first().toString().trimmed() == sopInstanceUid) {
+        if (!values.isEmpty() && values.first().toString().trimmed() == identity.instance) {
             return true;
         }
     }
@@ -249,10 +241,10 @@ QVariantMap StowBatch::outcome() const
     for (const File &file : m_files) {
         isAnyProven = isAnyProven || file.isProven;
         if (!file.isProven) {
-            failures.append(file.sopInstanceUid.isEmpty() ? QStringList{file.path}
-                                                          : QStringList{file.sopInstanceUid, file.path});
+            failures.append(file.isReadable ? QStringList{file.identity.instance, file.path}
+                                            : QStringList{file.path});
             if (file.reason) {
-                reasons.insert(file.sopInstanceUid, *file.reason);
+                reasons.insert(file.identity.instance, *file.reason);
             }
             reason = reason == 0 ? file.reason.value_or(0) : reason;
         }
@@ -273,8 +265,8 @@ QVariantMap StowBatch::outcome() const
         if (m_error) {
             std::rethrow_exception(m_error);
         }
-        throw AFError(QStringLiteral("The file can't be sent: it can't be read, has no DICOM meta header, or "
-                                     "changed while it was being sent."),
+        throw AFError(QStringLiteral("The file can't be sent: it can't be read, or changed while it was "
+                                     "being sent."),
                       std::nullopt,
                       0,
                       NoAnswer::unusableFile);
@@ -287,7 +279,7 @@ QVariantMap StowBatch::provenInstances() const
     QVariantList items;
     for (const File &file : m_files) {
         items.append(
-            QVariantMap{{kReferencedInstance, attribute(QStringLiteral("UI"), {file.sopInstanceUid})}});
+            QVariantMap{{kReferencedInstance, attribute(QStringLiteral("UI"), {file.identity.instance})}});
     }
     return {{kReferencedSequence, attribute(QStringLiteral("SQ"), items)}};
 }

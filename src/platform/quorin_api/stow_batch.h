@@ -2,12 +2,12 @@
 
 #include "platform/quorin_api/http_message.h"
 #include "platform/quorin_api/multipart_body.h"
+#include "platform/quorin_api/qrn_stow_api.h"
 #include "platform/quorin_api/stow_answer.h"
 
 #include <QtCore/QList>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
-#include <QtCore/QUrl>
 #include <QtCore/QVariantMap>
 
 #include <exception>
@@ -24,7 +24,7 @@ class StowBatch
 {
 public:
     StowBatch(QuorinApiClient &client,
-              const QList<QUrl> &files,
+              const QList<StowFile> &files,
               QString deviceId,
               UploadProgressCallback progress);
 
@@ -35,14 +35,15 @@ private:
     struct File
     {
         QString path;
-        QString sopInstanceUid; // bare; empty when there is no meta header
+        InstanceIdentity identity;
         BodyPart part;
+        bool isReadable = false;
         bool isProven = false;
         std::optional<int> reason; // the server's, when it refused
     };
     using Files = QList<File *>;
 
-    static File examine(const QUrl &url);
+    static File examine(const StowFile &given);
 
     void send(Files files);
     void sendInHalves(const Files &files);
@@ -54,7 +55,7 @@ private:
     void settle(const Files &files, const HttpResponse &response);
     void apply(const Files &files, const StowAnswer &answer);
     void proveByQuery(const Files &files);
-    bool isFound(const QString &sopInstanceUid);
+    bool isFound(const InstanceIdentity &identity);
     void report(const UploadProgress &progress);
     void keepFirst(const std::exception_ptr &error);
     QVariantMap outcome() const;

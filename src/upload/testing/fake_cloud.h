@@ -83,11 +83,15 @@ public:
         return m_mostAtOnce;
     }
 
-    QVariantMap upload(const QList<QUrl> &files,
+    QVariantMap upload(const QList<platform::StowFile> &given,
                        const QString &deviceId,
                        const platform::UploadProgressCallback &progress) override
     {
         const InFlight inFlight(*this);
+        QList<QUrl> files;
+        for (const platform::StowFile &file : given) {
+            files.append(file.url);
+        }
         const Request request = {files, deviceId};
         std::function<void(const Request &, const platform::UploadProgressCallback &)> action;
         {
@@ -105,11 +109,31 @@ public:
         return {};
     }
 
-    QVariantMap upload(const QUrl &fileUrl,
+    QVariantMap upload(const platform::StowFile &file,
                        const QString &deviceId,
                        const platform::UploadProgressCallback &progress) override
     {
-        return upload(QList<QUrl>{fileUrl}, deviceId, progress);
+        return upload(QList<platform::StowFile>{file}, deviceId, progress);
+    }
+
+    void retrieve(const platform::InstanceIdentity &identity, const QString &path, qint64) override
+    {
+        const platform::MutexLock lock(m_mutex);
+        m_retrieved.append(identity.instance);
+        if (!m_stored.contains(identity.instance)) {
+            throw platform::AFError(QStringLiteral("status 404"), 404);
+        }
+        QFile file(path);
+        if (!file.open(QIODevice::WriteOnly)) {
+            qFatal("a test can't write its files");
+        }
+    }
+
+    /// The instances that were fetched.
+    QStringList retrieved() const
+    {
+        const platform::MutexLock lock(m_mutex);
+        return m_retrieved;
     }
 
 private:
@@ -158,6 +182,7 @@ private:
     mutable platform::Mutex m_mutex;
     QSet<QString> m_refused QUORIN_GUARDED_BY(m_mutex);
     QSet<QString> m_stored QUORIN_GUARDED_BY(m_mutex);
+    QStringList m_retrieved QUORIN_GUARDED_BY(m_mutex);
     QMap<QString, int> m_attempts QUORIN_GUARDED_BY(m_mutex);
     std::vector<Request> m_requests QUORIN_GUARDED_BY(m_mutex);
     std::function<void(const Request &, const platform::UploadProgressCallback &)>

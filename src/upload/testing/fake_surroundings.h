@@ -12,31 +12,45 @@
 #include <QtCore/QFile>
 #include <QtCore/QTemporaryDir>
 
+#include <algorithm>
 #include <atomic>
 #include <utility>
 #include <vector>
 
 namespace gateway::upload::testing {
 
-/// Converts by writing a smaller file beside the others, or as a test tells it to. Thread: any.
+/// Converts by writing a smaller file beside the others, or as a test tells it to. Files are called after
+/// their instance; a version is a file's size unless a test tells another. Thread: any.
 class FakeConverter final : public platform::DicomConverting
 {
 public:
+    using Behaviour = std::function<platform::SendableFile(const QString &)>;
+
     /// \param folder  where converted files go.
     explicit FakeConverter(QString folder) : m_folder(std::move(folder)) {}
 
     /// What the converter does in place of converting.
-    void behave(std::function<platform::Conversion(const QString &)> behaviour)
+    void behave(Behaviour behaviour)
     {
         const platform::MutexLock lock(m_mutex);
         m_behaviour = std::move(behaviour);
     }
 
+    /// What it does in place of handing the file back as it is.
+    void behaveUnconverted(Behaviour behaviour)
+    {
+        const platform::MutexLock lock(m_mutex);
+        m_unconverted = std::move(behaviour);
+    }
+
+    /// What each comparison finds from now on.
+    void compareAs(platform::Likeness likeness) { m_likeness = likeness; }
+
     int conversions() const { return m_conversions; }
 
-    platform::Conversion convertToJPEGLossless(const QString &path) override
+    platform::SendableFile convertToJPEGLossless(const QString &path) override
     {
-        std::function<platform::Conversion(const QString &)> behaviour;
+        Behaviour behaviour;
         {
             const platform::MutexLock lock(m_mutex);
             behaviour = m_behaviour;
@@ -45,22 +59,53 @@ public:
         return behaviour ? behaviour(path) : write(path);
     }
 
+    platform::SendableFile makeSendable(const QString &path) override
+    {
+        Behaviour behaviour;
+        {
+            const platform::MutexLock lock(m_mutex);
+            behaviour = m_unconverted;
+        }
+        return behaviour ? behaviour(path) : ready(path, path);
+    }
+
+    QString temporaryPath() override { return m_folder + QStringLiteral("/fetched"); }
+
+    platform::Likeness compare(const QString &, const QString &, const QString &) override
+    {
+        return m_likeness;
+    }
+
+    /// A file that is ready, made of the one at `source`.
+    static platform::SendableFile ready(const QString &path, const QString &source)
+    {
+        return {.fate = platform::SendableFile::Fate::ready,
+                .path = path,
+                .identity = {{}, {}, source.section(u'/', -1)},
+                .version = std::max<qint64>(1, QFileInfo(source).size()),
+                .isConverted = path != source};
+    }
+
+    static platform::SendableFile failed(const QString &error) { return {.error = error}; }
+
     /// Writes the converted form of a file: one byte.
-    platform::Conversion write(const QString &path) const
+    platform::SendableFile write(const QString &path) const
     {
         QFile file(m_folder + QStringLiteral("/converted-") + path.section(u'/', -1));
         if (!file.open(QIODevice::WriteOnly)) {
-            return {QString(), QStringLiteral("can't write")};
+            return failed(QStringLiteral("can't write"));
         }
         file.write("s");
-        return {file.fileName(), QString()};
+        return ready(file.fileName(), path);
     }
 
 private:
     const QString m_folder;
     std::atomic<int> m_conversions = 0;
+    std::atomic<platform::Likeness> m_likeness = platform::Likeness::same;
     platform::Mutex m_mutex;
-    std::function<platform::Conversion(const QString &)> m_behaviour QUORIN_GUARDED_BY(m_mutex);
+    Behaviour m_behaviour QUORIN_GUARDED_BY(m_mutex);
+    Behaviour m_unconverted QUORIN_GUARDED_BY(m_mutex);
 };
 
 /// A sign-in that a test can end. Thread: any.

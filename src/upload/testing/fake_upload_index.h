@@ -4,6 +4,7 @@
 #include "upload/upload_ports.h"
 
 #include <QtCore/QMap>
+#include <QtCore/QSet>
 
 #include <functional>
 #include <vector>
@@ -163,11 +164,14 @@ public:
         }
     }
 
-    std::int64_t
-    recordUploadResult(const QList<index::ImageObjectID> &, const QString &storagePath, bool synced) override
+    std::int64_t recordUploadResult(const QList<index::ImageObjectID> &,
+                                    const QString &storagePath,
+                                    bool synced,
+                                    const index::SentInstance &sent) override
     {
         runHook(&FakeUploadIndex::m_whenRecording);
         const platform::MutexLock lock(m_mutex);
+        m_sent.append(sent);
         if (m_failsWrites) {
             return 0;
         }
@@ -175,6 +179,26 @@ public:
             m_failures.remove(storagePath);
         }
         return setAll(storagePath, synced ? RowState::synced : RowState::failed);
+    }
+
+    bool mayOtherVersionBeSent(const index::SentInstance &sent) override
+    {
+        const platform::MutexLock lock(m_mutex);
+        return m_otherVersions.contains(sent.instance);
+    }
+
+    /// Another version of the instance was sent before.
+    void rememberOtherVersion(const QString &instance)
+    {
+        const platform::MutexLock lock(m_mutex);
+        m_otherVersions.insert(instance);
+    }
+
+    /// What the results said of what was sent.
+    QList<index::SentInstance> sent() const
+    {
+        const platform::MutexLock lock(m_mutex);
+        return m_sent;
     }
 
     void recordUploadFailure(const QString &storagePath,
@@ -290,6 +314,8 @@ private:
 
     mutable platform::Mutex m_mutex;
     std::vector<Row> m_rows QUORIN_GUARDED_BY(m_mutex);
+    QSet<QString> m_otherVersions QUORIN_GUARDED_BY(m_mutex);
+    QList<index::SentInstance> m_sent QUORIN_GUARDED_BY(m_mutex);
     QMap<QString, core::Failure> m_failures QUORIN_GUARDED_BY(m_mutex);
     QMap<QString, std::chrono::seconds> m_pauses QUORIN_GUARDED_BY(m_mutex);
     std::optional<QDateTime> m_nextRetry QUORIN_GUARDED_BY(m_mutex);

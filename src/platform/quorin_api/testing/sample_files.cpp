@@ -42,6 +42,29 @@ QByteArray metaHeader(const QByteArray &sopInstanceUid, const QByteArray &transf
            shortElement(2, 0, "UL", littleEndian(length) + littleEndian(length >> 16)) + group;
 }
 
+StowFile identified(const QUrl &url)
+{
+    static const QByteArray tag = QByteArray::fromHex("02000300") + "UI";
+    QFile file(url.toLocalFile());
+    const QByteArray start = file.open(QIODevice::ReadOnly) ? file.read(1024) : QByteArray();
+    const qsizetype at = start.indexOf(tag);
+    if (at < 0) {
+        return {url, {}};
+    }
+    QByteArray uid = start.mid(at + 8, static_cast<unsigned char>(start[at + 6]));
+    uid.replace('\0', "");
+    return {url, {{}, {}, QString::fromLatin1(uid)}};
+}
+
+QList<StowFile> identified(const QList<QUrl> &urls)
+{
+    QList<StowFile> files;
+    for (const QUrl &url : urls) {
+        files.append(identified(url));
+    }
+    return files;
+}
+
 QUrl SampleFiles::dicom(const QByteArray &sopInstanceUid, qsizetype payload)
 {
     return file(QString::fromLatin1(sopInstanceUid) + QStringLiteral(".dcm"),

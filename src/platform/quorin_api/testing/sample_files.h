@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/quorin_api/qrn_stow_api.h"
+
 #include <QtCore/QByteArray>
 #include <QtCore/QString>
 #include <QtCore/QTemporaryDir>
@@ -13,6 +15,10 @@ QByteArray shortElement(int group, int number, const QByteArray &representation,
 /// The start of a DICOM file: preamble, "DICM" and the meta header.
 QByteArray metaHeader(const QByteArray &sopInstanceUid,
                       const QByteArray &transferSyntax = "1.2.840.10008.1.2.1");
+
+/// A file by the instance UID in its meta header, which sample files have; without one for any other file.
+StowFile identified(const QUrl &url);
+QList<StowFile> identified(const QList<QUrl> &urls);
 
 /// Files of one test, in a folder that goes with it.
 class SampleFiles

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "platform/dicom_protocol/record.h"
+
+#include <string>
+
+namespace gateway::dicom_helper::worker {
+
+/// The answer to a job that makes the file at `path` ready to go up: `sendable`, `nameless` or `failed`.
+///
+/// A file whose meta information agrees with its dataset goes as it is. For any other a copy is written to
+/// `output`, which must not exist: with a right header (PS3.10 7.1) and the dataset bit for bit. Where the
+/// dataset has no SOP instance UID and the header has one, the copy's dataset gets it. \throws ReadError
+platform::dicom_protocol::Record makeSendable(const std::string &path, const std::string &output);
+
+/// As `makeSendable`, for the file at `path` of which `converted` is another form: that one goes up where its
+/// header agrees with its dataset, else it is removed and the file itself is made ready.
+platform::dicom_protocol::Record makeConvertedSendable(const std::string &path, const std::string &converted);
+
+} // namespace gateway::dicom_helper::worker

@@ -1,0 +1,94 @@
+#include "index/sent_instances.h"
+
+#include "index/schema.h"
+#include "index/testing/temporary_index.h"
+#include "platform/sqlite/database.h"
+
+#include <gtest/gtest.h>
+
+namespace gateway::index {
+
+namespace {
+
+const QString kUid = QStringLiteral("1.2.3");
+
+struct SentInstances : ::testing::Test
+{
+    QTemporaryDir home;
+    platform::Database database = opened();
+
+    platform::Database opened() const
+    {
+        platform::Database made = platform::Database::open(home.filePath(QStringLiteral("i.sqlite")),
+                                                           platform::Database::Access::readWrite);
+        bringSchemaUpToDate(made);
+        return made;
+    }
+
+    void send(std::int64_t version, bool isVerified = false)
+    {
+        noteSending(database, {kUid});
+        noteSent(database, {kUid, version, isVerified});
+    }
+
+    bool mayOtherBeSent(std::int64_t version) { return mayOtherVersionBeSent(database, {kUid, version}); }
+};
+
+} // namespace
+
+TEST_F(SentInstances, KnowTheOnlyVersionThatWasSent)
+{
+    noteSending(database, {kUid, QStringLiteral("1.2.4")});
+
+    EXPECT_FALSE(mayOtherBeSent(7)) << "the first one is on its way";
+    noteSent(database, {kUid, 7});
+    EXPECT_FALSE(mayOtherBeSent(7));
+    EXPECT_TRUE(mayOtherBeSent(8));
+    send(7);
+    EXPECT_FALSE(mayOtherBeSent(7)) << "the same again";
+}
+
+TEST_F(SentInstances, DoubtEachVersionOnceTwoWereSentUntilOneWasSeen)
+{
+    send(7);
+    send(8);
+
+    EXPECT_TRUE(mayOtherBeSent(7));
+    EXPECT_TRUE(mayOtherBeSent(8));
+
+    send(8, true);
+    EXPECT_FALSE(mayOtherBeSent(8));
+    EXPECT_TRUE(mayOtherBeSent(7));
+}
+
+TEST_F(SentInstances, DoubtBothOfTwoThatAreOnTheirWayAtOnce)
+{
+    noteSending(database, {kUid});
+    noteSending(database, {kUid});
+
+    EXPECT_TRUE(mayOtherBeSent(7));
+    noteSent(database, {kUid, 7});
+    EXPECT_TRUE(mayOtherBeSent(7));
+}
+
+TEST_F(SentInstances, DoubtWhatWasUnderWayWhenTheProcessDied)
+{
+    noteSending(database, {kUid});
+
+    closeSending(database);
+
+    EXPECT_TRUE(mayOtherBeSent(7));
+}
+
+TEST_F(SentInstances, ForgetWhatWasNotSentAfterAllAndNothingElse)
+{
+    noteSending(database, {kUid, QStringLiteral("1.2.4")});
+    noteSent(database, {kUid, 7});
+
+    noteNotSent(database, {kUid, QStringLiteral("1.2.4")});
+
+    EXPECT_EQ(database.integer("SELECT count(*) FROM SentInstance"), 1);
+    EXPECT_TRUE(mayOtherBeSent(8));
+}
+
+} // namespace gateway::index

@@ -1,0 +1,179 @@
+"""What an image is called: its dataset says it, whatever a command, a header or an answer says."""
+
+import json
+import unittest
+
+from harness import TITLE, EndToEndTest, await_true
+from odd_objects import IMPLICIT, Sender, dataset, dataset_of, part10
+
+STUDY, SERIES = "1.2.9", "1.2.9.1"
+
+
+class WithoutCompression(EndToEndTest):
+    """What arrives can be held against what was sent, byte by byte."""
+
+    def setUp(self):
+        super().setUp()
+        self.cloud = self.start_cloud()
+        self.gateway = self.start_gateway(self.cloud.address)
+        self.gateway.sign_in()
+        self.gateway.command("settings", "set", "quorinCloudCompressToLS", "false")
+
+    def await_all(self, count):
+        self.gateway.await_status(f"{count} uploaded images", lambda s: s["counters"]["synced"] == count
+                                  and s["counters"]["notSynced"] == 0)
+
+    def fetched(self, instance, study=STUDY, series=SERIES):
+        return dataset_of(self.cloud.fetch(self.cloud.token(), study, series, instance))
+
+
+class Identity(WithoutCompression):
+
+    def test_what_a_command_says_of_an_object_does_not_keep_it_from_the_cloud(self):
+        # Given
+        sent = {"1.2.3.1": ("9.9.9", dataset("1.2.3.1")), "1.2.3.2": (None, dataset("1.2.3.2")),
+                "1.2.3.3": ("1.2.3.4.abc", dataset("1.2.3.3")), "1.2.3.abc": ("1.2.3.abc", dataset("1.2.3.abc")),
+                "1.02.003": ("1.02.003", dataset("1.02.003")), "1.2.3.7": ("1.2.3.7", dataset(None))}
+
+        # When
+        sender = Sender(self.gateway.port, TITLE)
+        for command, body in sent.values():
+            sender.store(body, command)
+        sender.release()
+        self.await_all(len(sent))
+
+        # Then
+        self.assertEqual(set(self.cloud.instances()), set(sent))
+        for instance, (_, body) in sent.items():
+            with self.subTest(instance):
+                wanted = dataset("1.2.3.7") if instance == "1.2.3.7" else body
+                self.assertEqual(self.fetched(instance), wanted)
+
+    def test_files_with_an_odd_header_or_none_arrive(self):
+        # Given
+        files = {"1.2.4.1": part10(dataset("1.2.4.1"), None), "1.2.4.2": part10(dataset("1.2.4.2"), "1.2.4.2", ascending=False),
+                 "1.2.4.3": dataset("1.2.4.3"), "1.2.4.4": dataset("1.2.4.4", explicit=False),
+                 "1.2.4.5": part10(dataset("1.2.4.5", explicit=False), "7.7", IMPLICIT)}
+        folder = self.folder / "odd"
+        folder.mkdir()
+        for instance, content in files.items():
+            (folder / f"{instance}.dcm").write_bytes(content)
+
+        # When
+        self.gateway.command("import", folder)
+        self.await_all(len(files))
+
+        # Then
+        for instance in files:
+            with self.subTest(instance):
+                self.assertEqual(self.fetched(instance),
+                                 dataset(instance, explicit=instance not in ("1.2.4.4", "1.2.4.5")))
+
+    def test_what_nobody_could_name_is_told_so_and_keeps_no_other_image_back(self):
+        # When
+        sender = Sender(self.gateway.port, TITLE)
+        sender.store(dataset(None, name="No^Body"), None)
+        sender.store(dataset("1.2.5.1"), "1.2.5.1")
+        sender.release()
+
+        # Then
+        status = self.gateway.await_status("a told failure", lambda s: "withoutIdentity" in json.dumps(s["failures"])
+                                           and s["counters"]["synced"] == 1)
+        self.assertEqual(status["counters"]["failed"], 1)
+
+    def test_one_identifier_in_two_studies_is_two_images(self):
+        # Given
+        one = dataset("1.2.6.1", study="1.2.61", series="1.2.61.1", shade=1)
+        other = dataset("1.2.6.1", study="1.2.62", series="1.2.62.1", shade=2)
+
+        # When
+        sender = Sender(self.gateway.port, TITLE)
+        sender.store(one, "1.2.6.1")
+        sender.store(other, "1.2.6.1")
+        sender.release()
+        self.await_all(2)
+
+        # Then
+        self.assertEqual(self.fetched("1.2.6.1", "1.2.61", "1.2.61.1"), one)
+        self.assertEqual(self.fetched("1.2.6.1", "1.2.62", "1.2.62.1"), other)
+
+
+class CorrectedImage(WithoutCompression):
+    """An image that is sent again under its identifier with other pixels."""
+
+    FIRST, SECOND = dataset("1.2.7.1", shade=1), dataset("1.2.7.1", shade=2)
+
+    def send(self, body):
+        sender = Sender(self.gateway.port, TITLE)
+        sender.store(body, "1.2.7.1")
+        sender.release()
+
+    def send_both(self, policy):
+        self.send(self.FIRST)
+        self.await_all(1)
+        self.cloud.steer("second-versions", policy=policy)
+        self.send(self.SECOND)
+
+    def await_held_back(self):
+        status = self.gateway.await_status("the corrected image is held back", lambda s: "anotherVersionInCloud"
+                                           in json.dumps(s["failures"]))
+        self.assertEqual(status["counters"]["failed"], 1)
+        self.assertEqual(self.fetched("1.2.7.1"), self.FIRST)
+
+    def test_it_arrives_where_the_cloud_replaces(self):
+        self.send_both("replace")
+        await_true("the corrected image", lambda: self.fetched("1.2.7.1") == self.SECOND)
+        self.await_all(1)
+
+    def test_it_arrives_compressed_where_the_cloud_replaces(self):
+        # Given
+        self.gateway.command("settings", "set", "quorinCloudCompressToLS", "true")
+
+        # When
+        self.send_both("replace")
+        await_true("the second upload", lambda: self.cloud.instances()["1.2.7.1"]["timesStored"] == 2)
+        self.await_all(1)
+
+        # Then
+        self.assertEqual(self.cloud.instances()["1.2.7.1"]["transferSyntaxUID"], "1.2.840.10008.1.2.4.80")
+        self.assertEqual(self.cloud.requests("GET", "/dicom-web"), 1)
+
+    def test_it_is_not_sent_where_the_cloud_says_that_it_has_the_first(self):
+        self.send_both("refuse")
+        self.await_held_back()
+
+    def test_it_is_not_sent_where_the_cloud_drops_it_without_a_word(self):
+        self.send_both("ignore")
+        self.await_held_back()
+
+    def test_it_is_not_sent_where_the_answer_cannot_be_read(self):
+        # Given
+        self.send(self.FIRST)
+        self.await_all(1)
+        self.cloud.steer("faults", path="/dicom-web/studies", method="POST", count=None, status=200,
+                         contentType="text/html", body="<html>Hotel</html>")
+
+        # When
+        self.send(self.SECOND)
+
+        # Then
+        self.await_held_back()
+
+    def test_the_same_image_again_needs_no_look_into_the_cloud(self):
+        # Given
+        self.send(self.FIRST)
+        self.await_all(1)
+        self.cloud.steer("second-versions", policy="refuse")
+        self.cloud.steer("counts/reset")
+
+        # When
+        self.send(self.FIRST)
+        await_true("the second upload", lambda: self.cloud.requests("POST", "/dicom-web/studies") == 1)
+        self.await_all(1)
+
+        # Then
+        self.assertEqual(self.cloud.requests("GET", "/dicom-web"), 0)
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)
