@@ -69,7 +69,7 @@ protected:
     void changeTheWeather()
     {
         m_isCloudDown = m_isCloudDown ? !chance(30) : chance(5);
-        m_real.cloud.answerWith(m_isCloudDown ? 503 : 0);
+        m_real.cloud.answerWith(m_isCloudDown ? 500 : 0);
         m_isSignedIn = m_isSignedIn ? !chance(5) : chance(40);
         m_real.session.signIn(m_isSignedIn);
         if (chance(5)) {

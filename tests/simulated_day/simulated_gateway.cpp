@@ -57,7 +57,7 @@ SimulatedGateway::SimulatedGateway(const QTimeZone &zone) : m_zone(zone)
     m_coordinator =
         std::make_unique<upload::StoreUploadCoordinator>(upload::StoreUploadCoordinator::Collaborators{
             m_emitter,
-            m_home.clock,
+            m_stillClock,
             m_uploadIndex,
             [] { return orders(); },
             [this](const QString &runId, const ExecutionConfig &config, const std::stop_token &stop) {
@@ -100,7 +100,7 @@ QString SimulatedGateway::receive(const QVariantMap &elements)
 void SimulatedGateway::upload()
 {
     ++m_startedRuns;
-    m_coordinator->requestUploadRun(QStringLiteral("receive_import_succeeded"));
+    m_coordinator->requestUploadRun(QStringLiteral("command_line"), upload::UploadUrgency::everythingNow);
     settle();
 }
 

@@ -90,6 +90,7 @@ private:
 
     const QTimeZone m_zone;
     index::testing::TemporaryIndex m_home;
+    platform::testing::ManualClock m_stillClock; // so that no run begins but those that are asked for
     QTemporaryDir m_converted;
     CountingLog m_log;
     log::StoreLogEmitter m_emitter{m_log, m_home.clock};
