@@ -6,6 +6,7 @@
 
 #include <QtCore/QDateTime>
 #include <QtCore/QFileInfo>
+#include <QtCore/QHash>
 #include <QtCore/QUuid>
 
 #include <cerrno>
@@ -104,6 +105,18 @@ std::optional<QVariant> read(Database &database, const QString &key)
     Statement statement = database.prepare(kSelect);
     statement.bind(1, key);
     return statement.step() ? valueOf(statement) : std::nullopt;
+}
+
+QHash<QString, QVariant> readAll(Database &database)
+{
+    QHash<QString, QVariant> values;
+    Statement row = database.prepare("SELECT type, value, key FROM defaults");
+    while (row.step()) {
+        if (const std::optional<QVariant> value = valueOf(row)) {
+            values.insert(row.text(2), *value);
+        }
+    }
+    return values;
 }
 
 /// \return false when the value has no stored form.
@@ -217,15 +230,34 @@ Database openFile(const QString &path, std::chrono::milliseconds busyTimeout)
 
 struct UserDefaults::Connection
 {
-    explicit Connection(Database opened) : database(std::move(opened)) {}
+    explicit Connection(Database opened) : database(std::move(opened)), known(readAll(database)) {}
 
     Mutex mutex;
     Database database QUORIN_GUARDED_BY(mutex);
+
+    // What was last read or written, for the time in which the file can't be read.
+    QHash<QString, QVariant> known QUORIN_GUARDED_BY(mutex);
+
+    void remember(const QString &key, const std::optional<QVariant> &value) QUORIN_REQUIRES(mutex)
+    {
+        if (value) {
+            known.insert(key, *value);
+        } else {
+            known.remove(key);
+        }
+    }
+
+    std::optional<QVariant> remembered(const QString &key) const QUORIN_REQUIRES(mutex)
+    {
+        const auto found = known.constFind(key);
+        return found == known.constEnd() ? std::nullopt : std::optional(*found);
+    }
 };
 
 UserDefaults::UserDefaults(const QString &path, std::chrono::milliseconds busyTimeout)
-    : m_connection(std::make_unique<Connection>(openFile(path, busyTimeout)))
-{
+try : m_connection(std::make_unique<Connection>(openFile(path, busyTimeout))) {
+} catch (const SqliteError &error) {
+    throw openingError(path, error);
 }
 
 UserDefaults::~UserDefaults() = default;
@@ -234,9 +266,11 @@ std::optional<QVariant> UserDefaults::object(const QString &key) const
 {
     const MutexLock lock(m_connection->mutex);
     try {
-        return read(m_connection->database, key);
+        std::optional<QVariant> value = read(m_connection->database, key);
+        m_connection->remember(key, value);
+        return value;
     } catch (const SqliteError &) {
-        return std::nullopt;
+        return m_connection->remembered(key);
     }
 }
 
@@ -247,7 +281,11 @@ bool UserDefaults::setObject(const QString &key, const QVariant &value)
     }
     const MutexLock lock(m_connection->mutex);
     try {
-        return write(m_connection->database, key, value);
+        const bool isWritten = write(m_connection->database, key, value);
+        if (isWritten) {
+            m_connection->remember(key, value);
+        }
+        return isWritten;
     } catch (const SqliteError &) {
         return false;
     }
@@ -264,9 +302,13 @@ QVariant UserDefaults::setObjectIfMissing(const QString &key, const QVariant &va
         }
         if (write(m_connection->database, key, value)) {
             transaction.commit();
+            m_connection->remember(key, value);
         }
     } catch (const SqliteError &) {
-        // The caller goes on with its own value, as it would with an unreadable one.
+        const std::optional<QVariant> present = m_connection->remembered(key);
+        if (present && *present != QVariant(QString())) {
+            return *present;
+        }
     }
     return value;
 }
@@ -276,6 +318,7 @@ bool UserDefaults::removeObject(const QString &key)
     const MutexLock lock(m_connection->mutex);
     try {
         m_connection->database.prepare("DELETE FROM defaults WHERE key = ?").bind(1, key).run();
+        m_connection->remember(key, std::nullopt);
         return true;
     } catch (const SqliteError &) {
         return false;
@@ -292,7 +335,8 @@ QStringList UserDefaults::keys() const
             keys.append(statement.text(0));
         }
     } catch (const SqliteError &) {
-        keys.clear(); // half a list would pass for a whole one
+        keys = m_connection->known.keys(); // half a list would pass for a whole one
+        keys.sort();
     }
     return keys;
 }

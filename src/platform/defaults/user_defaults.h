@@ -22,17 +22,17 @@ public:
 
 /// The user's defaults: what the operator and the system keep between runs, one value a key.
 ///
-/// Kept in one SQLite file, written through at once; safe from any thread and from several processes at
-/// a time. Values are strings, integers, booleans, doubles, byte arrays and dates (UTC, milliseconds),
-/// and come back with the type that they were stored with; integers of every width come back as qlonglong.
+/// Kept in one SQLite file, written through at once; safe from any thread and from several processes. Values
+/// are strings, integers (back as qlonglong), booleans, doubles, byte arrays and dates (UTC, milliseconds).
+/// While the file can't be read, a value is what it was when it could: a bad moment changes no setting.
 class UserDefaults
 {
 public:
-    /// Opens or makes the file, with its folders, for its owner alone.
+    /// Opens or makes the file, with its folders, for its owner alone, and reads it whole.
     ///
     /// \param busyTimeout  how long a call waits for another process that writes before it fails.
-    /// \throws DefaultsError  with one plain sentence, when the file can't be made, opened or isn't a
-    ///                        defaults file. Nothing is overwritten then.
+    /// \throws DefaultsError  with one plain sentence, when the file can't be made, opened or read, or isn't
+    ///                        a defaults file. Nothing is overwritten then.
     explicit UserDefaults(const QString &path,
                           std::chrono::milliseconds busyTimeout = std::chrono::seconds(5));
     ~UserDefaults();
@@ -40,7 +40,7 @@ public:
     UserDefaults(const UserDefaults &) = delete;
     UserDefaults &operator=(const UserDefaults &) = delete;
 
-    /// The value under `key`, or nothing when there is none or it can't be read.
+    /// The value under `key`, or nothing when there is none.
     std::optional<QVariant> object(const QString &key) const;
 
     /// Stores `value` durably; an invalid QVariant removes the key.

@@ -280,6 +280,39 @@ TEST_F(Defaults, AnEmptyFileIsAFreshOne)
     EXPECT_TRUE(defaults.setObject(kKey, 1));
 }
 
+TEST_F(Defaults, AFileThatCannotBeReadForAWhileChangesNoValue)
+{
+    UserDefaults defaults(path());
+    defaults.setObject(kKey, 11112);
+    UserDefaults reader(path()); // which never asked for the key while it could be read
+    const auto run = [this](const char *sql) {
+        Database::open(path(), Database::Access::readWrite).exec(sql);
+    };
+
+    run("ALTER TABLE defaults RENAME TO away");
+    EXPECT_EQ(defaults.object(kKey), QVariant(11112));
+    EXPECT_EQ(reader.object(kKey), QVariant(11112));
+    EXPECT_EQ(reader.setObjectIfMissing(kKey, 1), QVariant(11112));
+    EXPECT_EQ(reader.keys(), QStringList{kKey});
+    EXPECT_FALSE(reader.setObject(kKey, 2));
+    EXPECT_EQ(reader.object(kKey), QVariant(11112));
+
+    run("ALTER TABLE away RENAME TO defaults");
+    EXPECT_TRUE(reader.setObject(kKey, 3));
+    EXPECT_EQ(defaults.object(kKey), QVariant(3));
+}
+
+TEST_F(Defaults, AFileThatCannotBeReadAtTheStartIsReported)
+{
+    {
+        UserDefaults defaults(path());
+        defaults.setObject(kKey, 1);
+    }
+    Database::open(path(), Database::Access::readWrite).exec("ALTER TABLE defaults RENAME TO away");
+
+    EXPECT_TRUE(openingError(path()).contains(QStringLiteral("can't be opened")));
+}
+
 TEST_F(Defaults, AnImpossiblePlaceIsReportedInOneSentence)
 {
     write(file(QStringLiteral("d")), "a file where a folder should be");
