@@ -1,5 +1,8 @@
 #include "app/home_layout.h"
 
+#include "platform/files/file_error.h"
+#include "platform/files/files.h"
+
 #include <QtCore/QDir>
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
@@ -67,7 +70,12 @@ QString parentOf(const QString &file)
 void makeFolder(const QString &folder, bool forThisUserAlone)
 {
     const QByteArray name = QFile::encodeName(folder);
-    if (!QDir().mkpath(folder) || ::access(name.constData(), W_OK | X_OK) != 0) {
+    try {
+        platform::makeFoldersDurably(folder);
+    } catch (const platform::FileError &error) {
+        throw HomeError(QStringLiteral("The folder %1 can't be made: %2.").arg(folder, error.message()));
+    }
+    if (::access(name.constData(), W_OK | X_OK) != 0) {
         const QString reason = QString::fromLocal8Bit(std::strerror(errno));
         throw HomeError(QStringLiteral("The folder %1 can't be written: %2.").arg(folder, reason));
     }

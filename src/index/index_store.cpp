@@ -1,8 +1,9 @@
 #include "index/index_store.h"
 
 #include "index/schema.h"
+#include "platform/files/file_error.h"
+#include "platform/files/files.h"
 
-#include <QtCore/QDir>
 #include <QtCore/QFileInfo>
 
 #include <algorithm>
@@ -25,8 +26,8 @@ constexpr std::size_t kIdleReaders = 3;
 std::unique_ptr<Database> openWriter(const QString &path)
 {
     checkIndexFile(path);
-    QDir().mkpath(QFileInfo(path).absolutePath());
     try {
+        platform::makeFoldersDurably(QFileInfo(path).absolutePath());
         auto database = std::make_unique<Database>(Database::open(path, Database::Access::readWrite));
         database->useDurableWriteAheadLog();
         // A log of 16 MiB lets pages that many imports touch be written back once; the cache holds as much.
@@ -35,6 +36,8 @@ std::unique_ptr<Database> openWriter(const QString &path)
         bringSchemaUpToDate(*database);
         return database;
     } catch (const SqliteError &error) {
+        throw IndexOpenError(error.message());
+    } catch (const platform::FileError &error) {
         throw IndexOpenError(error.message());
     }
 }

@@ -55,6 +55,19 @@ TEST_F(IndexStoreWriters, AFailedChangeIsUndoneAndItsErrorComesOut)
     EXPECT_EQ(studies(), 1);
 }
 
+TEST_F(IndexStoreReaders, AnIndexIsOpenedWhileAnotherProgramHoldsItsWriteLock)
+{
+    store.write([](Database &database) { insert(database, 1); });
+    Database holder =
+        Database::open(m_home.filePath(QStringLiteral("i.sqlite")), Database::Access::readWrite);
+    const platform::Transaction backup(holder);
+
+    const IndexStore second(m_home.filePath(QStringLiteral("i.sqlite")));
+
+    EXPECT_EQ(second.read([](Database &database) { return database.integer("SELECT count(*) FROM Study"); }),
+              1);
+}
+
 TEST_F(IndexStoreWriters, ThatArriveTogetherEachLearnTheirOwnResult)
 {
     constexpr int kWriters = 8;

@@ -64,6 +64,10 @@ void checkIndexFile(const QString &path)
 
 void bringSchemaUpToDate(Database &database)
 {
+    // A start has no need of the write lock, which a backup or another program's reader may hold for long.
+    if (database.integer("PRAGMA user_version") == kSchemaVersion) {
+        return;
+    }
     platform::Transaction transaction(database);
     const std::int64_t found = database.integer("PRAGMA user_version");
     if (found < 1) {
