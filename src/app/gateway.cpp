@@ -84,9 +84,9 @@ Gateway::Gateway(Options options, GatewayFace &face)
       m_tokens(platform::makeTokenStore(m_options.layout.tokenFolder())),
       m_cloud(cloudConfiguration(), *m_tokens), m_authenticationApi(m_cloud), m_userApi(m_cloud),
       m_statusApi(m_cloud), m_stowApi(m_cloud), m_termsApi(m_cloud), m_bugReportApi(m_cloud), m_face(face),
-      m_liveState(m_state), m_upkeep(m_face), m_cleanup(cleanupCollaborators()),
-      m_terms({m_termsApi, m_emitter, m_notifications, m_main, m_clock}), m_netServices(makeNetServices()),
-      m_session(std::make_unique<Session>(m_cloud)), m_uploadIndex(m_index),
+      m_liveState(m_state), m_upkeep(m_face), m_retentionClock(m_clock, m_defaults),
+      m_cleanup(cleanupCollaborators()), m_terms({m_termsApi, m_emitter, m_notifications, m_main, m_clock}),
+      m_netServices(makeNetServices()), m_session(std::make_unique<Session>(m_cloud)), m_uploadIndex(m_index),
       m_uploadCollaborators{m_uploadIndex,
                             m_stowApi,
                             m_converter,
@@ -231,7 +231,8 @@ upload::GatewayAutoDeleteCleanupService::Collaborators Gateway::cleanupCollabora
                 m_state.refreshCounters();
                 m_state.refreshTransferSeries();
             },
-            [this] { return m_clock.now(); }};
+            [this] { return m_clock.now(); },
+            [this] { return m_retentionClock.isBelieved(); }};
 }
 
 state::GatewayAppStateParts Gateway::stateParts()

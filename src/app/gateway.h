@@ -42,11 +42,13 @@
 #include "platform/quorin_api/qrn_user_api.h"
 #include "platform/quorin_api/quorin_api_client.h"
 #include "platform/system_log/journal_system_log.h"
+#include "receive/inbox_watch.h"
 #include "state/gateway_app_state.h"
 #include "state/state_index.h"
 #include "upload/cloud_terms_follow_up.h"
 #include "upload/dicom_db_upload_index.h"
 #include "upload/gateway_auto_delete_cleanup_service.h"
+#include "upload/retention_clock.h"
 #include "upload/upload_collaborators.h"
 
 #include <functional>
@@ -178,6 +180,7 @@ private:
     GatewayFace &m_face;
     LiveState m_liveState;
     PackagedUpkeep m_upkeep;
+    upload::RetentionClock m_retentionClock;
     upload::GatewayAutoDeleteCleanupService m_cleanup;
     upload::CloudTermsFollowUp m_terms;
     std::unique_ptr<platform::NetServicePublishing> m_netServices;

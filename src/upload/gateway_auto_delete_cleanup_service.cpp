@@ -65,7 +65,7 @@ GatewayAutoDeleteCleanupService::performCleanup(const QString &trigger,
     }
     const QDateTime now = overrideCutoff ? *overrideCutoff : m_with.dateProvider();
     const std::optional<QDateTime> cutoff = m_with.cutoffDateProvider(now);
-    if (!cutoff) {
+    if (!cutoff || (!overrideCutoff && !mayTrustClock(trigger, correlationId))) {
         return std::nullopt;
     }
     const index::LocalPruneResult result = m_with.pruner(*cutoff);
@@ -76,6 +76,25 @@ GatewayAutoDeleteCleanupService::performCleanup(const QString &trigger,
         m_with.main.post(m_with.appStateRefreshHandler);
     }
     return result;
+}
+
+/// Says so in the log when a doubt begins, and not at each trigger while it lasts.
+bool GatewayAutoDeleteCleanupService::mayTrustClock(const QString &trigger,
+                                                    const std::optional<QString> &correlationId)
+{
+    const bool isBelieved = m_with.isClockBelieved();
+    if (!m_isHeldBack.exchange(!isBelieved) && !isBelieved) {
+        log::StoreLogRecord record;
+        record.level = log::GatewayLogLevel::warning;
+        record.category = log::GatewayLogCategory::uploadQueue;
+        record.action = log::GatewayLogAction::localRetentionCleanupCompleted;
+        record.outcome = log::GatewayLogOutcome::skipped;
+        record.correlationId = correlationId;
+        record.details = {{QStringLiteral("trigger"), trigger},
+                          {QStringLiteral("reason"), QStringLiteral("clock_in_doubt")}};
+        m_with.logger.emit(std::move(record));
+    }
+    return isBelieved;
 }
 
 void GatewayAutoDeleteCleanupService::tell(const index::LocalPruneResult &result,

@@ -41,6 +41,9 @@ public:
         std::function<void()> appStateRefreshHandler;
 
         std::function<QDateTime()> dateProvider; ///< now
+
+        /// False while the clock is in doubt, so that nothing may go by its age.
+        std::function<bool()> isClockBelieved;
     };
 
     explicit GatewayAutoDeleteCleanupService(Collaborators collaborators);
@@ -56,20 +59,26 @@ public:
     /// The work itself, on the caller's thread; blocks until it is done.
     ///
     /// \param overrideCutoff  stands for now: the policy still goes from there.
-    /// \return nothing when the policy keeps everything, or when a cleanup is running already.
+    /// \return nothing when the policy keeps everything, when the clock is in doubt, or when a cleanup is
+    ///         running already.
     std::optional<index::LocalPruneResult> performCleanup(const QString &trigger,
                                                           const std::optional<QString> &correlationId,
                                                           const std::optional<QDateTime> &overrideCutoff);
 
+    /// True when the last cleanup was held back because the clock was in doubt.
+    bool isHeldBack() const { return m_isHeldBack; }
+
 private:
     class Running;
 
+    bool mayTrustClock(const QString &trigger, const std::optional<QString> &correlationId);
     void tell(const index::LocalPruneResult &result,
               const QString &trigger,
               const std::optional<QString> &correlationId);
 
     const Collaborators m_with;
     std::atomic<bool> m_closing = false;
+    std::atomic<bool> m_isHeldBack = false;
     platform::Mutex m_stateLock;
     bool m_isCleanupRunning QUORIN_GUARDED_BY(m_stateLock) = false;
 

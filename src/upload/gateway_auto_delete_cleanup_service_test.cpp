@@ -54,7 +54,8 @@ protected:
                     return m_result;
                 },
                 [this] { ++m_refreshes; },
-                [this] { return m_clock.now(); }};
+                [this] { return m_clock.now(); },
+                [this] { return m_isClockBelieved; }};
     }
 
     std::vector<log::GatewayLogEvent> events() const
@@ -77,6 +78,7 @@ protected:
     std::function<void()> m_whilePruning;
     std::optional<QDateTime> m_askedFor;
     std::vector<QDateTime> m_pruned;
+    bool m_isClockBelieved = true;
     int m_refreshes = 0;
     std::unique_ptr<Service> m_service;
 };
@@ -125,6 +127,25 @@ TEST_F(Cleanup, TellsWhatItDid)
                                       {QStringLiteral("deleted_studies"), QStringLiteral("2")},
                                       {QStringLiteral("deleted_files"), QStringLiteral("4")},
                                       {QStringLiteral("failed_images"), QStringLiteral("0")}}));
+}
+
+TEST_F(Cleanup, IsHeldBackWhileTheClockIsInDoubtAndSaysSoOnce)
+{
+    m_isClockBelieved = false;
+
+    EXPECT_EQ(perform(), std::nullopt);
+    EXPECT_EQ(perform(), std::nullopt);
+
+    EXPECT_TRUE(m_pruned.empty());
+    EXPECT_TRUE(m_service->isHeldBack());
+    ASSERT_EQ(events().size(), 1U);
+    EXPECT_EQ(events().front().outcome, log::GatewayLogOutcome::skipped);
+    EXPECT_EQ(events().front().level, log::GatewayLogLevel::warning);
+    EXPECT_EQ(detail(QStringLiteral("reason")), QStringLiteral("clock_in_doubt"));
+    m_isClockBelieved = true;
+    EXPECT_TRUE(perform());
+    EXPECT_FALSE(m_service->isHeldBack());
+    EXPECT_EQ(m_pruned.size(), 1U);
 }
 
 TEST_F(Cleanup, WithNothingEligibleTellsZerosAndCausesNoRefresh)
@@ -282,7 +303,8 @@ protected:
                          },
                          [this](const QDateTime &cutoff) { return m_home.index().pruneSyncedImages(cutoff); },
                          [] {},
-                         [this] { return m_home.clock.now(); }});
+                         [this] { return m_home.clock.now(); },
+                         [] { return true; }});
         return service.performCleanup(kTrigger, std::nullopt, overrideCutoff);
     }
 

@@ -83,7 +83,8 @@ upload::GatewayAutoDeleteCleanupService::Collaborators SimulatedGateway::cleanup
                 m_state->refreshTransferSeries();
                 ++m_refreshes;
             },
-            [this] { return m_home.clock.now(); }};
+            [this] { return m_home.clock.now(); },
+            [] { return true; }};
 }
 
 QString SimulatedGateway::receive(const QVariantMap &elements)
