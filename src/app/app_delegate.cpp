@@ -1,6 +1,5 @@
 #include "app/app_delegate.h"
 
-#include "app/dicom_dictionary.h"
 #include "app/store.h"
 #include "core/notification_names.h"
 
@@ -22,9 +21,6 @@ AppDelegate::AppDelegate(Collaborators collaborators) : m_with(std::move(collabo
 
 void AppDelegate::applicationDidFinishLaunching()
 {
-    if (m_with.dicomDictionary) {
-        announceDicomDictionary(*m_with.dicomDictionary);
-    }
     m_with.face.showStatusBar();
     observeRequests();
     m_with.main.post(weak_from_this(), [this] { finishLaunching(); });

@@ -11,7 +11,6 @@
 #include <chrono>
 #include <functional>
 #include <memory>
-#include <optional>
 #include <vector>
 
 namespace gateway::app {
@@ -40,9 +39,8 @@ public:
         GatewayFace &face;
         ProgramUpkeep &upkeep;
         upload::GatewayAutoDeleteCleanupServicing &autoDeleteCleanupService;
-        std::function<Store &()> store;         ///< makes the store on first use
-        std::optional<QString> dicomDictionary; ///< the installed one, where there is one
-        std::function<bool()> isApplyingSetup;  ///< whoever applies reports a failed start itself
+        std::function<Store &()> store;        ///< makes the store on first use
+        std::function<bool()> isApplyingSetup; ///< whoever applies reports a failed start itself
     };
 
     /// How long the hourly cleanup waits, measured from the end of the wait before.

@@ -1,8 +1,13 @@
 #include "app/app_delegate.h"
 
+#include "app/dicom_dictionary.h"
 #include "app/headless_face.h"
 #include "app/testing/app_world.h"
 #include "app/upkeep_elsewhere.h"
+
+#include <QtCore/QDir>
+#include <QtCore/QFile>
+#include <QtCore/QTemporaryDir>
 
 #include <gtest/gtest.h>
 
@@ -251,20 +256,22 @@ TEST_F(Launch, TerminatingLeavesTheListenerAlone)
 
 TEST(DicomDictionary, IsNamedToTheDicomProgramsWhereOneIsInstalled)
 {
+    const QTemporaryDir installed;
+    ASSERT_TRUE(QDir().mkpath(installed.filePath(u"share/quorin-gateway"_qs)));
+    const QString path = installed.filePath(u"share/quorin-gateway/dicom.dic"_qs);
+    ASSERT_TRUE(QFile(path).open(QIODevice::WriteOnly));
     qputenv("DCMDICTPATH", "/somebody/elses.dic");
-    AppWorld world(u"/opt/share/dicom.dic"_qs);
 
-    world.delegate->applicationDidFinishLaunching();
+    announceDicomDictionary(installed.filePath(u"bin"_qs));
 
-    EXPECT_EQ(qgetenv("DCMDICTPATH"), "/opt/share/dicom.dic");
+    EXPECT_EQ(qgetenv("DCMDICTPATH"), QFile::encodeName(path));
 }
 
 TEST(DicomDictionary, IsLeftToTheDicomProgramsWhereNoneIsInstalled)
 {
     qputenv("DCMDICTPATH", "/somebody/elses.dic");
-    AppWorld world;
 
-    world.delegate->applicationDidFinishLaunching();
+    announceDicomDictionary(u"/nowhere/bin"_qs);
 
     EXPECT_EQ(qgetenv("DCMDICTPATH"), "");
     EXPECT_TRUE(qEnvironmentVariableIsSet("DCMDICTPATH"));

@@ -1,21 +1,15 @@
 #include "app/dicom_dictionary.h"
 
-#include <QtCore/QCoreApplication>
 #include <QtCore/QDir>
 #include <QtCore/QFile>
 
 namespace gateway::app {
 
-std::optional<QString> installedDicomDictionary()
+void announceDicomDictionary(const QString &programFolder)
 {
-    const QString path = QDir::cleanPath(QCoreApplication::applicationDirPath() +
-                                         QStringLiteral("/../share/quorin-gateway/dicom.dic"));
-    return QFile::exists(path) ? std::optional(path) : std::nullopt;
-}
-
-void announceDicomDictionary(const QString &path)
-{
-    ::qputenv("DCMDICTPATH", QFile::encodeName(path));
+    const QString path =
+        QDir::cleanPath(programFolder + QStringLiteral("/../share/quorin-gateway/dicom.dic"));
+    ::qputenv("DCMDICTPATH", QFile::exists(path) ? QFile::encodeName(path) : QByteArray());
 }
 
 } // namespace gateway::app

@@ -2,17 +2,14 @@
 
 #include <QtCore/QString>
 
-#include <optional>
-
 namespace gateway::app {
 
-/// The data dictionary that was installed with this program, `share/quorin-gateway/dicom.dic` beside its
-/// `bin`; nothing where there is none, and the toolkit's own is used. Thread: any.
-std::optional<QString> installedDicomDictionary();
-
-/// Names the dictionary to the DICOM programs that are started from now on, in the environment variable
-/// DCMDICTPATH; an empty path leaves them to their own. Main thread, while no other thread reads the
-/// environment.
-void announceDicomDictionary(const QString &path);
+/// Names the data dictionary that was installed with this program, `share/quorin-gateway/dicom.dic` beside
+/// its `bin`, to the DICOM programs that it starts, in the environment variable DCMDICTPATH. Always, an empty
+/// one where none is installed, and the toolkit's own is used then.
+///
+/// \param programFolder  where this program lies.
+/// Main thread, before there is any other: the environment can't be changed under a thread that reads it.
+void announceDicomDictionary(const QString &programFolder);
 
 } // namespace gateway::app

@@ -1,8 +1,10 @@
 #include "app/entry.h"
 
 #include "app/console.h"
+#include "app/dicom_dictionary.h"
 
 #include <QtCore/QCoreApplication>
+#include <QtCore/QFileInfo>
 #include <QtCore/QProcessEnvironment>
 
 #include <csignal>
@@ -30,6 +32,8 @@ int enter(int argc, char **argv, const std::function<ExitCode(const Invocation &
     std::signal(SIGPIPE, SIG_IGN);
     // Images and settings are for their owner's eyes.
     ::umask(S_IRWXG | S_IRWXO);
+    // Here, since nothing has started a thread yet.
+    announceDicomDictionary(QFileInfo(QStringLiteral("/proc/self/exe")).canonicalPath());
     QCoreApplication::setApplicationName(QStringLiteral("quorin-gateway"));
     QCoreApplication::setApplicationVersion(QStringLiteral(QUORIN_VERSION));
 

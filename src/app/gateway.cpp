@@ -1,6 +1,5 @@
 #include "app/gateway.h"
 
-#include "app/dicom_dictionary.h"
 #include "app/no_announcements.h"
 #include "core/dcm_listener_settings.h"
 #include "core/device_id.h"
@@ -164,7 +163,7 @@ std::shared_ptr<Store> Gateway::makeStore()
             },
             [] { return QRandomGenerator::global()->generateDouble(); }});
     return std::make_shared<Store>(
-        Store::Collaborators{m_settings, m_notifications, m_main, m_clock, installedDicomDictionary()},
+        Store::Collaborators{m_settings, m_notifications, m_main, m_clock},
         std::move(coordinator),
         [this](std::function<void(QString)> onImported) { return makeListener(std::move(onImported)); },
         [this](std::function<void(QString)> onImported) { return makeManualImport(std::move(onImported)); });
@@ -261,7 +260,6 @@ AppDelegate::Collaborators Gateway::delegateCollaborators()
             m_upkeep,
             m_cleanup,
             [this]() -> Store & { return *m_store; },
-            installedDicomDictionary(),
             [this] { return m_setupDesk.isApplying(); }};
 }
 

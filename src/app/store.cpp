@@ -1,6 +1,5 @@
 #include "app/store.h"
 
-#include "app/dicom_dictionary.h"
 #include "core/notification_names.h"
 #include "core/store_errors.h"
 #include "platform/concurrency/async_sleep.h"
@@ -56,8 +55,6 @@ Store::Store(Collaborators collaborators,
       m_listenerService(makeListener(uploadRequest())),
       m_manualImportService(makeManualImport(uploadRequest()))
 {
-    // Always, an empty one too: this is the value that stays.
-    announceDicomDictionary(m_with.dicomDictionary.value_or(QString()));
     m_authObserver = m_with.notifications.observe(core::kAuthStateChanged, [this](const QVariantMap &) {
         requestUpload(QStringLiteral("auth_state_changed"));
     });

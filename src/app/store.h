@@ -30,7 +30,6 @@ public:
         platform::NotificationCenter &notifications;
         platform::MainExecutor &main;
         platform::Clock &clock;
-        std::optional<QString> dicomDictionary; ///< the installed one, where there is one
     };
 
     /// Makes the listener around the closure that asks for an upload.

@@ -105,8 +105,7 @@ private:
 class AppWorld
 {
 public:
-    /// \param dictionary  the installed DICOM dictionary.
-    explicit AppWorld(const std::optional<QString> &dictionary = std::nullopt)
+    AppWorld()
     {
         coordinator = std::make_shared<upload::StoreUploadCoordinator>(
             receive.emitter,
@@ -115,8 +114,7 @@ public:
                 return upload::StoreUpload::RunSummary();
             });
         store = std::make_shared<Store>(
-            Store::Collaborators{
-                receive.settings, receive.notifications, receive.main, receive.clock, dictionary},
+            Store::Collaborators{receive.settings, receive.notifications, receive.main, receive.clock},
             coordinator,
             [this](std::function<void(QString)>) { return receive.service; },
             [this](std::function<void(QString)>) { return imports.service; });
@@ -129,7 +127,6 @@ public:
                                                                      upkeep,
                                                                      cleanup,
                                                                      [this]() -> Store & { return *store; },
-                                                                     dictionary,
                                                                      [this] { return isApplyingSetup; }});
     }
 
