@@ -282,7 +282,13 @@ InstanceCommands::Collaborators Gateway::commandCollaborators()
             m_cloudWatch,
             m_termsDesk,
             m_accountDesk,
-            m_options.bindAddress};
+            m_options.bindAddress,
+            [this] { return upkeepReport(); }};
+}
+
+StatusReport::Upkeep Gateway::upkeepReport() const
+{
+    return {m_state.figures().setAsideFilesCount, m_cleanup.isHeldBack()};
 }
 
 std::unique_ptr<HealthService> Gateway::makeHealthService()
@@ -309,7 +315,8 @@ std::unique_ptr<HealthService> Gateway::makeHealthService()
             std::make_shared<FailedFiles>(FailedFiles::Collaborators{
                 m_main, m_globalPool, m_clock, [this] { return failedFilesIn(m_index); }}),
             [this] { return core::DCMListenerSettings::load(m_defaults).isEnabled.value_or(true); },
-            [this] { return m_commands->listenerReport(); }},
+            [this] { return m_commands->listenerReport(); },
+            [this] { return upkeepReport(); }},
         m_main,
         HealthService::Places{m_options.layout.healthSocket(), m_options.metricsAddress},
         m_options.writeLine);
@@ -436,6 +443,11 @@ void Gateway::launch()
     m_auth.startPolling(kSessionPoll);
     m_cloudWatch.start();
     m_globalPool.run([this] { m_index.finishRemovals(); });
+    m_inboxWatch.emplace(
+        m_clock,
+        [this] { return incomingFolder(m_settings, m_options.layout); },
+        [this](const QString &path) { m_store->listenerService().offerInboxFile(path); },
+        [this](qsizetype count) { m_main.post([this, count] { m_state.setSetAsideFilesCount(count); }); });
 }
 
 void Gateway::terminate()

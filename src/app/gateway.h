@@ -144,6 +144,7 @@ private:
     QString missingSession() const;
     void tellMissingSession();
     std::unique_ptr<HealthService> makeHealthService();
+    StatusReport::Upkeep upkeepReport() const;
 
     const Options m_options;
 
@@ -205,6 +206,7 @@ private:
     std::unique_ptr<HealthService> m_health;
     QString m_toldSession; // what operators were told of it last
     platform::NotificationCenter::Token m_sessionObserver;
+    std::optional<receive::InboxWatch> m_inboxWatch; // from the launch on
 };
 
 } // namespace gateway::app

@@ -31,6 +31,9 @@ HealthFigures HealthCollector::collect()
 {
     HealthFigures figures;
     figures.listener = listener();
+    const StatusReport::Upkeep upkeep = m_with.upkeep();
+    figures.setAsideFiles = upkeep.setAsideFiles;
+    figures.isRetentionHeldBack = upkeep.isRetentionHeldBack;
     figures.index = index();
     figures.storage = storage();
     figures.cloud = cloud();

@@ -43,6 +43,7 @@ public:
         std::shared_ptr<FailedFiles> failedFiles;
         std::function<bool()> isListenerEnabled;
         std::function<StatusReport::Listener()> listener;
+        std::function<StatusReport::Upkeep()> upkeep;
     };
 
     /// How often the caller takes samples.

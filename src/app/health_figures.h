@@ -26,6 +26,9 @@ struct HealthFigures
         double receivedPerSecond = 0; ///< images, over the last minute
     } listener;
 
+    qint64 setAsideFiles = 0; ///< received and acknowledged, and not taken in: a person is to look at them
+    bool isRetentionHeldBack = false; ///< the clock is in doubt, so nothing goes by its age
+
     struct Index
     {
         bool isAnswering = false;

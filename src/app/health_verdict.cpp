@@ -96,6 +96,9 @@ HealthVerdict verdictOnSilence()
 QString statusLine(const HealthFigures &figures)
 {
     QStringList parts{listenerWords(figures), queueWords(figures.index)};
+    if (figures.setAsideFiles > 0) {
+        parts.append(QStringLiteral("%1 set aside").arg(figures.setAsideFiles));
+    }
     if (figures.cloud.session != account::SessionState::signedIn) {
         parts.append(sessionWords(figures.cloud.session));
     } else if (!figures.cloud.isOnline.value_or(true)) {

@@ -91,6 +91,10 @@ TEST(StatusLine, TellsWhatIsWrong)
     figures.cloud.isOnline = false;
     EXPECT_TRUE(statusLine(figures).endsWith(u"; cloud away"_qs));
 
+    figures.setAsideFiles = 3;
+    EXPECT_TRUE(statusLine(figures).contains(u"; 3 set aside; "_qs));
+
+    figures.setAsideFiles = 0;
     figures.cloud.session = account::SessionState::signedOut;
     EXPECT_TRUE(statusLine(figures).endsWith(u"; signed out"_qs));
 

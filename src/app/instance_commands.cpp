@@ -139,6 +139,7 @@ StatusReport InstanceCommands::report(const QList<FailureFigure> &failures,
                        figures.notSyncedImagesCount,
                        figures.syncedImagesCount,
                        figures.failedImagesCount};
+    report.upkeep = m_with.upkeep();
     report.failures = failures;
     report.waiting = {retries, m_with.store.uploadCoordinator().closure()};
     report.storage = {figures.receivedStorageUsage.usedBytes, figures.receivedStorageUsage.availableBytes};

@@ -53,6 +53,7 @@ public:
         TermsDesk &termsDesk;
         AccountDesk &accountDesk;
         QString bindAddress;
+        std::function<StatusReport::Upkeep()> upkeep;
     };
 
     using Answer = std::function<void(ControlReply)>;

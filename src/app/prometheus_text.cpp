@@ -91,6 +91,17 @@ void writeReceiving(PrometheusWriter &out, const HealthFigures &figures)
                 asNumber(totals.listenerFailures));
 }
 
+void writeUpkeep(PrometheusWriter &out, const HealthFigures &figures)
+{
+    out.gauge(
+        "quorin_gateway_set_aside_files",
+        QStringLiteral("Received files that could not be taken in and are kept for a person to look at."),
+        asNumber(figures.setAsideFiles));
+    out.gauge("quorin_gateway_retention_held_back",
+              QStringLiteral("1 while nothing is removed by its age, because the clock is in doubt."),
+              asNumber(figures.isRetentionHeldBack));
+}
+
 void writeIndex(PrometheusWriter &out, const HealthFigures::Index &index)
 {
     if (!index.isAnswering) {
@@ -215,6 +226,7 @@ QByteArray prometheusText(const MetricsView &view)
     if (view.figures) {
         writeState(out, *view.figures, view.isMainLoopAnswering);
         writeReceiving(out, *view.figures);
+        writeUpkeep(out, *view.figures);
         writeIndex(out, view.figures->index);
         writeUploading(out, *view.figures);
         writeStorage(out, view.figures->storage);

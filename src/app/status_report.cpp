@@ -222,6 +222,24 @@ QString countersText(const QJsonObject &counters)
         .arg(count(QStringLiteral("failed")));
 }
 
+/// Nothing where nobody has to know anything.
+QStringList upkeepLines(const QJsonObject &status)
+{
+    QStringList lines;
+    const qint64 setAside = status[u"inbox"][u"setAside"].toInteger();
+    if (setAside > 0) {
+        lines.append(QStringLiteral("Set aside  %1 received files that could not be taken in; "
+                                    "run: quorin-gateway doctor --repair")
+                         .arg(setAside));
+    }
+    if (status[u"retention"][u"heldBack"].toBool()) {
+        lines.append(
+            QStringLiteral("Retention  held back until the clock has been right for an hour: it jumped "
+                           "by more than a day"));
+    }
+    return lines;
+}
+
 } // namespace
 
 QJsonObject toJson(const StatusReport &report)
@@ -231,6 +249,9 @@ QJsonObject toJson(const StatusReport &report)
         {QStringLiteral("receiving"),
          QJsonObject{{QStringLiteral("active"), report.openAssociations > 0},
                      {QStringLiteral("associations"), report.openAssociations}}},
+        {QStringLiteral("inbox"), QJsonObject{{QStringLiteral("setAside"), report.upkeep.setAsideFiles}}},
+        {QStringLiteral("retention"),
+         QJsonObject{{QStringLiteral("heldBack"), report.upkeep.isRetentionHeldBack}}},
         {QStringLiteral("counters"), countersJson(report.counters)},
         {QStringLiteral("failures"), toJson(report.failures)},
         {QStringLiteral("waiting"), toJson(report.waiting)},
@@ -275,6 +296,7 @@ QString statusText(const QJsonObject &status)
         QStringLiteral("Cloud      ") + cloudText(part(QStringLiteral("cloud"))),
         QStringLiteral("Session    ") + sessionText(part(QStringLiteral("session"))),
     };
+    lines.append(upkeepLines(status));
     const QJsonObject terms = part(QStringLiteral("terms"));
     if (terms.value(QStringLiteral("required")).toBool()) {
         lines.append(QStringLiteral("Terms      version %1 must be accepted; run: quorin-gateway terms show")

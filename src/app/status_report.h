@@ -28,6 +28,13 @@ struct StatusReport
         QString error;   ///< why the last start failed; empty once one succeeded
     } listener;
 
+    /// What a person should know of although nothing of it has failed.
+    struct Upkeep
+    {
+        qint64 setAsideFiles = 0;         ///< received, and not taken in
+        bool isRetentionHeldBack = false; ///< the clock is in doubt
+    } upkeep;
+
     struct Counters
     {
         qint64 studies = 0, series = 0, images = 0, notSynced = 0, synced = 0, failed = 0;

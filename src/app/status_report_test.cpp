@@ -18,8 +18,10 @@ TEST(StatusReport, AlwaysHasTheSameKeys)
                            u"cloud"_qs,
                            u"counters"_qs,
                            u"failures"_qs,
+                           u"inbox"_qs,
                            u"listener"_qs,
                            u"receiving"_qs,
+                           u"retention"_qs,
                            u"session"_qs,
                            u"setup"_qs,
                            u"storage"_qs,
@@ -38,6 +40,21 @@ TEST(StatusReport, AlwaysHasTheSameKeys)
         (QStringList{
             u"baseUrl"_qs, u"kind"_qs, u"lastCheckedAt"_qs, u"lastError"_qs, u"online"_qs, u"storage"_qs}));
     EXPECT_EQ(json[u"terms"].toObject().keys(), (QStringList{u"reason"_qs, u"required"_qs, u"version"_qs}));
+}
+
+TEST(StatusReport, TellsOfFilesSetAsideAndOfARetentionThatIsHeldBackAndElseIsSilent)
+{
+    StatusReport report;
+    EXPECT_FALSE(statusText(toJson(report)).contains(u"Set aside"_qs));
+    EXPECT_FALSE(statusText(toJson(report)).contains(u"Retention"_qs));
+
+    report.upkeep = {2, true};
+    const QJsonObject json = toJson(report);
+
+    EXPECT_EQ(json[u"inbox"][u"setAside"].toInt(), 2);
+    EXPECT_TRUE(json[u"retention"][u"heldBack"].toBool());
+    EXPECT_TRUE(statusText(json).contains(u"Set aside  2 received files"_qs));
+    EXPECT_TRUE(statusText(json).contains(u"Retention  held back"_qs));
 }
 
 TEST(StatusReport, CallsASessionThatTheCloudEndedBySomethingElseThanSignedOut)

@@ -350,6 +350,12 @@ void GatewayAppState::setDimseAlertMessage(const std::optional<QString> &message
     publish(Field::dimseAlertMessage, &GatewayFigures::dimseAlertMessage, message);
 }
 
+void GatewayAppState::setSetAsideFilesCount(std::int64_t count)
+{
+    enterMain();
+    publish(Field::setAsideFilesCount, &GatewayFigures::setAsideFilesCount, count);
+}
+
 void GatewayAppState::setUpdateBannerMessage(const std::optional<QString> &message)
 {
     enterMain();

@@ -130,6 +130,7 @@ public:
 
     void setShowSignInSheet(bool show);
     void setDimseAlertMessage(const std::optional<QString> &message);
+    void setSetAsideFilesCount(std::int64_t count);
 
     /// The text is trimmed; a blank one takes the banner away.
     void setUpdateBannerMessage(const std::optional<QString> &message);

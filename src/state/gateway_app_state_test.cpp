@@ -389,10 +389,13 @@ TEST_F(Banner, AndTheOtherSlotsTellWhenTheyAreSet)
 
     state.setShowSignInSheet(true);
     state.setDimseAlertMessage(QStringLiteral("port taken"));
+    state.setSetAsideFilesCount(2);
 
+    EXPECT_EQ(world.figures().setAsideFilesCount, 2);
     EXPECT_TRUE(world.figures().showSignInSheet);
     EXPECT_EQ(world.figures().dimseAlertMessage, QStringLiteral("port taken"));
-    EXPECT_EQ(world.published(), (Fields{Field::showSignInSheet, Field::dimseAlertMessage}));
+    EXPECT_EQ(world.published(),
+              (Fields{Field::showSignInSheet, Field::dimseAlertMessage, Field::setAsideFilesCount}));
 }
 
 // --- Storage -----------------------------------------------------------------------------------------

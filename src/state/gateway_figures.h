@@ -42,6 +42,7 @@ struct GatewayFigures
     ReceivedStorageUsage receivedStorageUsage;
     double uploadSpeedMbps = 0; ///< smoothed, decimal megabits per second
     std::optional<QString> updateBannerMessage;
+    std::int64_t setAsideFilesCount = 0; ///< received files that could not be taken in
 };
 
 /// A field of GatewayFigures, by its name and in its order.
@@ -67,7 +68,8 @@ enum class GatewayField
     transferWindowStart,
     receivedStorageUsage,
     uploadSpeedMbps,
-    updateBannerMessage
+    updateBannerMessage,
+    setAsideFilesCount
 };
 
 } // namespace gateway::state

@@ -9,6 +9,7 @@
 #include "shell/dashboard/dashboard_view.h"
 #include "shell/dashboard/dashboard_window_controller.h"
 #include "shell/dashboard/dimse_import_card.h"
+#include "shell/dashboard/elided_label.h"
 #include "shell/dashboard/figure.h"
 #include "shell/dashboard/listener_card.h"
 #include "shell/dashboard/overview_page.h"
@@ -176,6 +177,21 @@ TEST_F(Cards, TheListenerShowsItsTitleAndItsPort)
 
     EXPECT_EQ(card.aeTitle().text(), u"QUORIN"_qs);
     EXPECT_EQ(card.port().text(), u"11112"_qs);
+}
+
+TEST_F(Cards, TheListenerTellsOfFilesThatWereSetAsideAndElseSaysNothingOfThem)
+{
+    ListenerCard &card = open().listener();
+    EXPECT_FALSE(card.setAside().isVisible());
+
+    world.state.setSetAsideFilesCount(3);
+    testing::showFigures();
+    EXPECT_TRUE(card.setAside().isVisible());
+    EXPECT_TRUE(card.setAside().text().contains(u"set aside: 3"_qs));
+
+    world.state.setSetAsideFilesCount(0);
+    testing::showFigures();
+    EXPECT_FALSE(card.setAside().isVisible());
 }
 
 TEST_F(Cards, TheListenersButtonStartsAndStopsIt)

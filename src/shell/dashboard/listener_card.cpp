@@ -21,7 +21,8 @@ ListenerCard::ListenerCard(const DashboardParts &parts, QWidget *parent)
       m_state(new StateLabel(parts.theme)),
       m_address(new ElidedLabel(parts.theme, TypeStyle::small, Color::muted)),
       m_aeTitle(new TextLabel(parts.theme, {}, TypeStyle::bodyStrong)),
-      m_port(new TextLabel(parts.theme, {}, TypeStyle::bodyStrong))
+      m_port(new TextLabel(parts.theme, {}, TypeStyle::bodyStrong)),
+      m_setAside(new ElidedLabel(parts.theme, TypeStyle::small, Color::amber))
 {
     const Theme &theme = parts.theme;
     setAccessibleName(tr("DIMSE Listener"));
@@ -46,6 +47,8 @@ ListenerCard::ListenerCard(const DashboardParts &parts, QWidget *parent)
     address->addStretch();
     address->addStrut(theme.size(Size::control)); // as high as the line with a button beside it
     body().addLayout(address);
+    m_setAside->hide();
+    body().addWidget(m_setAside);
     connect(m_switch, &QAbstractButton::clicked, this, [this] {
         m_listener.setEnabled(!m_listener.isListening());
     });
@@ -54,6 +57,11 @@ ListenerCard::ListenerCard(const DashboardParts &parts, QWidget *parent)
         m_appState,
         {Field::isReceivingNow, Field::isDimseListening},
         [this](const state::GatewayAppState &) { showListener(); },
+        this);
+    new StateBinding(
+        m_appState,
+        {Field::setAsideFilesCount},
+        [this](const state::GatewayAppState &) { showSetAside(); },
         this);
 }
 
@@ -73,6 +81,14 @@ void ListenerCard::showListener()
     m_port->setText(QString::number(m_listener.settings().port));
     m_switch->setText(isListening ? tr("Stop") : tr("Start"));
     m_switch->setSymbol(isListening ? QStringLiteral("stop.fill") : QStringLiteral("play.fill"));
+}
+
+/// Nothing, while there is nothing to say.
+void ListenerCard::showSetAside()
+{
+    const std::int64_t count = m_appState.figures().setAsideFilesCount;
+    m_setAside->setWords(tr("Received files set aside: %1. Run quorin-gateway doctor --repair").arg(count));
+    m_setAside->setVisible(count > 0);
 }
 
 } // namespace gateway::shell

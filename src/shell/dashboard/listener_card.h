@@ -32,9 +32,11 @@ public:
     Button &switchButton() { return *m_switch; }
     TextLabel &aeTitle() { return *m_aeTitle; }
     TextLabel &port() { return *m_port; }
+    ElidedLabel &setAside() { return *m_setAside; }
 
 private:
     void showListener();
+    void showSetAside();
 
     receive::DimseListenerViewModel &m_listener;
     const state::GatewayAppState &m_appState;
@@ -43,6 +45,7 @@ private:
     ElidedLabel *m_address;
     TextLabel *m_aeTitle;
     TextLabel *m_port;
+    ElidedLabel *m_setAside; // seen only where there is something to say
 };
 
 } // namespace gateway::shell

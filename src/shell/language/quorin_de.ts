@@ -210,6 +210,7 @@
 <message><source>Reached at %1</source><translation>Erreichbar unter %1</translation></message>
 <message><source>Modalities can't send now</source><translation>Modalitäten können jetzt nicht senden</translation></message>
 <message><source>Stop</source><translation>Anhalten</translation></message>
+<message><source>Received files set aside: %1. Run quorin-gateway doctor --repair</source><translation>Beiseitegelegte Dateien: %1. Rufen Sie quorin-gateway doctor --repair auf</translation></message>
 </context>
 <context><name>gateway::shell::LogDetails</name>
 <message><source>Copy Line</source><translation>Zeile kopieren</translation></message>
