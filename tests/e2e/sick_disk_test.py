@@ -1,0 +1,140 @@
+"""Trouble of a disk decides about no image: what was acknowledged is tried again, or set aside where people see it."""
+
+import errno
+import re
+import subprocess
+import time
+import unittest
+
+from failing_disk import FailingDisk
+from harness import (PATIENCE_SECONDS, PROGRAMS, TITLE, EndToEndTest, await_true, environment, request, run,
+                     send)
+
+COPY = "*/.incoming/*"  # an image while it is being taken in
+
+
+class SickDisk(EndToEndTest):
+
+    def setUp(self):
+        super().setUp()
+        self.cloud = self.start_cloud()
+        self.disk = FailingDisk(self.folder)
+        self.gateway = self.start_gateway(self.cloud.address, variables=self.disk.variables(),
+                                          options=("--metrics", "127.0.0.1:0"))
+        self.inbox = next(self.gateway.home.rglob(".part")).parent
+
+    def set_aside(self):
+        return sorted((self.inbox / ".rejected").glob("*"))
+
+    def test_a_read_error_of_a_moment_is_not_noticed(self):
+        # Given
+        files = self.samples(ct=1)
+        self.disk.fail("read", COPY, times=1)
+
+        # When
+        send(self.gateway, files)
+
+        # Then
+        self.gateway.await_received(files)
+        self.assertEqual(self.disk.failures(), 1)
+        self.assertEqual(self.set_aside(), [])
+
+    def test_an_image_that_could_not_be_read_for_a_while_is_taken_in_when_it_can(self):
+        # Given
+        files = self.samples(ct=1)
+        self.disk.fail("read", COPY, errno.ESTALE)
+
+        # When
+        send(self.gateway, files)
+        await_true("three tries", lambda: self.disk.failures() >= 3, self.gateway.process)
+        time.sleep(1)  # what would be set aside would be by now
+
+        # Then
+        self.assertEqual(self.set_aside(), [])
+        self.assertEqual(len(list(self.inbox.glob("*.dcm"))), 1)
+        self.disk.heal()
+        self.gateway.await_received(files)
+        await_true("an empty inbox", lambda: not list(self.inbox.glob("*.dcm")), self.gateway.process)
+
+    def test_what_was_set_aside_is_told_everywhere_and_taken_in_by_a_repair(self):
+        # Given: as an earlier version left an image that it couldn't read in a bad moment
+        files = self.samples(ct=1)
+        aside = self.inbox / ".rejected"
+        aside.mkdir()
+        (aside / "0123abcd-quorin-00000000000000000000000000000001-1.dcm").write_bytes(files[0].read_bytes())
+
+        # Then
+        self.gateway.await_status("the count", lambda s: s["inbox"]["setAside"] == 1)
+        self.assertIn("Set aside  1", self.gateway.command("status").stdout)
+        address = re.search(r"Metrics are served at (http://\S+)/metrics\.", self.gateway.said()).group(1)
+        _, _, metrics = request(f"{address}/metrics")
+        self.assertIn(b"quorin_gateway_set_aside_files 1", metrics)
+        examined = self.gateway.command("doctor", check=False)
+        self.assertNotEqual(examined.returncode, 0)
+        self.assertIn(".rejected", examined.stdout)
+        self.gateway.command("doctor", "--repair")
+        self.gateway.await_received(files)
+        self.assertEqual(self.set_aside(), [])
+        self.gateway.await_status("nothing set aside", lambda s: s["inbox"]["setAside"] == 0)
+
+    def test_an_inbox_that_is_away_refuses_for_want_of_resources_and_receives_again_when_it_is_back(self):
+        # Given
+        files = self.samples(ct=2)
+        away = self.inbox.with_name("away")
+        self.inbox.rename(away)
+
+        # When
+        refused = run("storescu", "-v", "-aec", TITLE, "127.0.0.1", self.gateway.port, files[0], check=False)
+
+        # Then
+        self.assertIn("OutOfResources", refused.stdout + refused.stderr)
+        self.assertEqual(list(away.glob("*.dcm")), [])
+        away.rename(self.inbox)
+        send(self.gateway, files)
+        self.gateway.await_received(files)
+
+    def test_an_acknowledged_image_that_was_out_of_sight_needs_no_restart(self):
+        # Given: its folder goes away between the acknowledgement and its import
+        files = self.samples(ct=1)
+        self.disk.fail("read", COPY)
+        send(self.gateway, files)
+        await_true("three tries", lambda: self.disk.failures() >= 3, self.gateway.process)
+        away = self.inbox.with_name("away")
+        self.inbox.rename(away)
+        self.disk.heal()
+        await_true("a try without the folder", lambda: "out_of_sight" in self.log(), self.gateway.process)
+
+        # When
+        away.rename(self.inbox)
+
+        # Then
+        self.gateway.await_received(files)
+        self.assertEqual(self.set_aside(), [])
+
+    def log(self):
+        return "".join(file.read_text() for file in self.gateway.home.rglob("gateway-transfer-*.jsonl"))
+
+
+class SickSettings(EndToEndTest):
+
+    def test_settings_that_cannot_be_read_are_not_taken_for_the_defaults(self):
+        # Given: a gateway that was set up on a port of its own
+        cloud = self.start_cloud()
+        gateway = self.start_gateway(cloud.address)
+        gateway.end()
+        disk = FailingDisk(self.folder)
+        disk.fail("read", "*defaults*")
+
+        # When
+        ended = subprocess.run([PROGRAMS / "quorin-gateway", "--home", gateway.home, "--bind", "127.0.0.1",
+                                "--headless"], env=environment() | disk.variables(), capture_output=True, text=True,
+                               timeout=PATIENCE_SECONDS, check=False)
+
+        # Then
+        self.assertGreater(disk.failures(), 0)
+        self.assertNotEqual(ended.returncode, 0)
+        self.assertIn("settings file", ended.stderr)
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)
