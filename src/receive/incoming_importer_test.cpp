@@ -247,8 +247,12 @@ TEST_F(Importer, SetsAFileAsideThatCouldNotBeReadForLongAndSaysWhy)
         m_world.clock.advance(IncomingImporter::kLongestPause);
         m_world.imports.waitForAttempts(tries + 1);
     }
-    m_world.waitUntil([&] { return !QFile::exists(path); });
+    m_world.waitUntil([&] {
+        return m_world.log.count(GatewayLogAction::incomingFileDeleted) ==
+               std::size_t{IncomingImporter::kTriesInTrouble};
+    });
 
+    EXPECT_FALSE(QFile::exists(path));
     EXPECT_EQ(ReceiveWorld::filesIn(m_world.inbox() + u"/.rejected"_qs).size(), 1);
     const auto last = m_world.log.events(GatewayLogAction::incomingFileDeleted).back();
     ASSERT_TRUE(last.details);
