@@ -115,7 +115,7 @@ TEST_F(UploadRunOnIndexTest, SendsAgainWhatACrashLeftInProgressThoughTheCloudHas
     const auto candidates = store.index().pendingImageUploads(1, cursor);
     ASSERT_EQ(candidates.size(), 1);
     store.index().markImagesInProgress(candidates.first().imageObjectIDs);
-    around.cloud.upload(candidates.first().fileURL, QString(), {});
+    around.cloud.upload(platform::StowFile{candidates.first().fileURL, {}}, QString(), {});
     store.reopen(); // the process died between the answer and the record
 
     const RunSummary summary = run();
