@@ -1,6 +1,8 @@
 #include "dicom_helper/scp/inbox.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <ctime>
 #include <filesystem>
 #include <memory>
 #include <stdexcept>
@@ -18,6 +20,7 @@ namespace gateway::dicom_helper::scp {
 namespace {
 
 constexpr char kPartFolder[] = ".part";
+constexpr char kOrderFile[] = "order";
 constexpr char kOurs[] = "quorin-";
 
 [[noreturn]] void refuse(const std::string &path, int error)
@@ -47,6 +50,26 @@ std::vector<std::string> namesIn(const Descriptor &folder, std::string_view pref
         }
     }
     return names;
+}
+
+std::int64_t nanoseconds(const timespec &time)
+{
+    constexpr std::int64_t kSecond = 1'000'000'000;
+    constexpr std::int64_t kLatest = 9'000'000'000; // seconds; what lies beyond doesn't fit, and is no date
+    return time.tv_sec > kLatest ? 0 : static_cast<std::int64_t>(time.tv_sec) * kSecond + time.tv_nsec;
+}
+
+/// When the newest of the named files of a folder was modified; 0 without any.
+std::int64_t newestOf(const Descriptor &folder, const std::vector<std::string> &names)
+{
+    std::int64_t newest = 0;
+    for (const std::string &name : names) {
+        struct stat status{};
+        if (::fstatat(folder.get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0) {
+            newest = std::max(newest, nanoseconds(status.st_mtim));
+        }
+    }
+    return newest;
 }
 
 /// A folder made a moment ago is only as durable as the entries that lead to it.
@@ -86,6 +109,10 @@ Inbox::Inbox(const std::string &path) : m_path(path)
         ::faccessat(m_part.get(), ".", W_OK | X_OK, AT_EACCESS) != 0) {
         refuse(path, errno);
     }
+    m_orderFile = Descriptor(
+        ::openat(m_part.get(), kOrderFile, O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600));
+    m_order = std::make_unique<AcknowledgementOrder>(
+        std::max(newestOf(m_part, {kOrderFile}), newestOf(m_folder, namesIn(m_folder, kOurs))));
     syncInbox();
     syncWayTo(path);
 }
@@ -166,6 +193,17 @@ std::int64_t Inbox::size(int file)
 {
     struct stat status{};
     return ::fstat(file, &status) != 0 ? -errno : status.st_size;
+}
+
+void Inbox::stamp(int file)
+{
+    constexpr std::int64_t kSecond = 1'000'000'000;
+    timespec now{};
+    ::clock_gettime(CLOCK_REALTIME, &now);
+    const std::int64_t given = m_order->next(nanoseconds(now));
+    const timespec times[2]{{0, UTIME_OMIT}, {given / kSecond, given % kSecond}};
+    ::futimens(file, times);
+    ::futimens(m_orderFile.get(), times);
 }
 
 int Inbox::sync(int file)

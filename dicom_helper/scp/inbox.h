@@ -1,8 +1,10 @@
 #pragma once
 
 #include "dicom_helper/descriptor.h"
+#include "dicom_helper/scp/acknowledgement_order.h"
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -22,6 +24,10 @@ public:
     virtual int create(const std::string &name) = 0;
     virtual ssize_t write(int file, std::string_view bytes) = 0;
     virtual std::int64_t size(int file) = 0;
+
+    /// Gives the file a time of its own, later than that of every object kept before it. Where the volume
+    /// can't, the file keeps the time at which it was written.
+    virtual void stamp(int file) = 0;
     virtual int sync(int file) = 0;
     virtual int close(int file) = 0;
 
@@ -38,7 +44,9 @@ public:
 /// The inbox as a folder: complete files lie in it, unfinished ones in its folder ".part".
 ///
 /// Names begin with "quorin-", so that files that people put there are never taken for ours. Each
-/// unfinished file is locked by the process that writes it for as long as it does. Thread: one.
+/// unfinished file is locked by the process that writes it for as long as it does. The time of a complete
+/// file tells when it was acknowledged, and no two have the same; the last one given is kept as the time of
+/// ".part/order", so that a clock that was set back doesn't turn the order. Thread: one.
 class Inbox : public InboxDisk
 {
 public:
@@ -65,6 +73,7 @@ public:
     int create(const std::string &name) override;
     ssize_t write(int file, std::string_view bytes) override;
     std::int64_t size(int file) override;
+    void stamp(int file) override;
     int sync(int file) override;
     int close(int file) override;
     /// Fails like `create`.
@@ -80,6 +89,8 @@ private:
     std::string m_path;
     Descriptor m_folder;
     Descriptor m_part;
+    Descriptor m_orderFile;
+    std::unique_ptr<AcknowledgementOrder> m_order;
 };
 
 } // namespace gateway::dicom_helper::scp

@@ -7,8 +7,11 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <cstdint>
 #include <stdexcept>
+#include <string>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 
 using gateway::dicom_helper::scp::Inbox;
@@ -26,6 +29,18 @@ void put(const QString &path)
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
 }
 
+/// What a listener that has just been started gives an object. \return nanoseconds since 1970.
+std::int64_t stampedFile(const QTemporaryDir &home, const std::string &name)
+{
+    Inbox inbox(home.path().toStdString());
+    const int file = inbox.create(name);
+    inbox.stamp(file);
+    struct stat status{};
+    EXPECT_EQ(::fstat(file, &status), 0);
+    inbox.close(file);
+    return status.st_mtim.tv_sec * std::int64_t{1'000'000'000} + status.st_mtim.tv_nsec;
+}
+
 } // namespace
 
 TEST(Inbox, IsMadeWithAllThatLeadsToIt)
@@ -36,6 +51,29 @@ TEST(Inbox, IsMadeWithAllThatLeadsToIt)
     Inbox inbox(folder.toStdString());
 
     EXPECT_TRUE(QDir(folder + QStringLiteral("/.part")).exists());
+}
+
+TEST(Inbox, EachFileHasALaterTimeThanTheOneBeforeAlsoInTheNextListener)
+{
+    const QTemporaryDir home;
+    const std::int64_t first = stampedFile(home, "quorin-a-1.part");
+    const std::int64_t second = stampedFile(home, "quorin-a-2.part");
+
+    EXPECT_GT(first, 0);
+    EXPECT_GT(second, first);
+}
+
+TEST(Inbox, TheTimesOfFilesGoOnRisingAfterTheClockWasSetBack)
+{
+    constexpr std::int64_t kLongAhead = 4'000'000'000; // seconds: the clock was wrong once, and is right now
+    const QTemporaryDir home;
+    stampedFile(home, "quorin-a-1.part");
+    const timespec times[2]{{0, UTIME_OMIT}, {kLongAhead, 0}};
+    const QByteArray order = QFile::encodeName(home.filePath(QStringLiteral(".part/order")));
+    ASSERT_EQ(::utimensat(AT_FDCWD, order.constData(), times, 0), 0);
+
+    EXPECT_EQ(stampedFile(home, "quorin-a-2.part"), kLongAhead * 1'000'000'000 + 1);
+    EXPECT_EQ(stampedFile(home, "quorin-a-3.part"), kLongAhead * 1'000'000'000 + 2);
 }
 
 TEST(Inbox, AFileIsReadableByItsOwnerAlone)
@@ -115,8 +153,9 @@ TEST(Inbox, ASweepTakesWhatNobodyWritesAndNothingElse)
 
     Inbox(home.path().toStdString()).sweep();
 
-    EXPECT_EQ(namesIn(home.filePath(QStringLiteral(".part"))),
-              QStringList({QStringLiteral("notes"), QStringLiteral("quorin-a-1.part")}));
+    EXPECT_EQ(
+        namesIn(home.filePath(QStringLiteral(".part"))),
+        QStringList({QStringLiteral("notes"), QStringLiteral("order"), QStringLiteral("quorin-a-1.part")}));
     EXPECT_EQ(namesIn(home.path()), QStringList({QStringLiteral("quorin-c-1.dcm")}));
     inbox.close(alive);
 }

@@ -37,6 +37,7 @@ TEST(IncomingInstance, IsDurableUnderItsFinalNameBeforeItCountsAsKept)
 
     EXPECT_EQ(disk.durableInbox(), (std::map<std::string, std::string>{{"name.dcm", kWhole}}));
     EXPECT_FALSE(disk.hasUnfinished());
+    EXPECT_EQ(disk.stamps(), 1);
 }
 
 TEST(IncomingInstance, IsWrittenWholeThoughTheDiskTakesItInBits)

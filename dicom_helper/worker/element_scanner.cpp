@@ -92,11 +92,6 @@ bool ElementScanner::inside(Tag tag) const
     return std::ranges::any_of(m_levels, [tag](const Level &level) { return level.tag == tag; });
 }
 
-bool ElementScanner::anyUndefinedOpen() const
-{
-    return std::ranges::any_of(m_levels, [](const Level &level) { return level.end == kOpenEnd; });
-}
-
 std::nullopt_t ElementScanner::stop(ScanEnd end)
 {
     m_end = end;
@@ -122,11 +117,12 @@ std::optional<ElementScanner::Header> ElementScanner::readHeader()
 {
     std::array<std::byte, 12> bytes{};
     const std::size_t got = m_source.read(m_position, bytes);
-    if (got == 0 && !anyUndefinedOpen()) {
-        return stop(m_position > m_source.size() ? ScanEnd::truncated : ScanEnd::atEnd);
-    }
     if (got < 8) {
-        return stop(ScanEnd::truncated);
+        // Some writers fill the last block up with a few zeros.
+        const bool isPadding =
+            std::all_of(bytes.begin(), bytes.end(), [](std::byte b) { return b == std::byte{0}; });
+        const bool isWhole = m_levels.empty() && isPadding && m_position <= m_source.size();
+        return stop(isWhole ? ScanEnd::atEnd : ScanEnd::truncated);
     }
     const DatasetEncoding here = encoding();
     const Words words(bytes, here.bigEndian);

@@ -133,7 +133,6 @@ private:
     bool beginsWithItem(const Element &element);
     bool mayEnter(Tag tag) const;
     void pop();
-    bool anyUndefinedOpen() const;
     std::nullopt_t stop(ScanEnd end);
 
     ByteSource &m_source;

@@ -218,6 +218,9 @@ Record parseObject(const std::string &path)
     putIdentity(fields, header, identity);
     putTexts(fields, header, identity);
     putNumbers(fields, header, *source);
+    if (endsTooEarly(header, *source)) {
+        fields.put("damaged", platform::dicom_protocol::kBooleanValue, "1");
+    }
     return fields.take();
 }
 

@@ -23,6 +23,13 @@ protected:
         return parseObject(path);
     }
 
+    bool isDamaged(std::string_view bytes)
+    {
+        const Record record = parsed(bytes);
+        EXPECT_EQ(record.word, "parsed");
+        return record.fields.contains("damaged");
+    }
+
     /// A dataset with an identity and whatever the test puts there before; explicit little endian.
     static std::string identified(const DatasetWriter &more)
     {
@@ -184,7 +191,66 @@ TEST_F(Elements, TruncatedPixelDataKeepsTheImage)
 {
     const std::string whole = fileOf({});
 
-    EXPECT_EQ(parsed(std::string_view(whole).substr(0, whole.size() - 100)), parsed(whole));
+    Record kept = parsed(std::string_view(whole).substr(0, whole.size() - 100));
+    EXPECT_EQ(kept.fields.erase("damaged"), 1U);
+    EXPECT_EQ(kept, parsed(whole));
+}
+
+TEST_F(Elements, AWholeObjectIsNotDamaged)
+{
+    SampleImage image;
+    EXPECT_FALSE(isDamaged(fileOf(image)));
+    image.transferSyntax = kImplicitLittleEndian;
+    EXPECT_FALSE(isDamaged(fileOf(image)));
+    image.transferSyntax = kDeflatedExplicitLittleEndian;
+    EXPECT_FALSE(isDamaged(fileOf(image)));
+    EXPECT_FALSE(isDamaged(identified(DatasetWriter().fragments({"", "abcd", "efgh"}))));
+    EXPECT_FALSE(isDamaged(identified(DatasetWriter().text(kPatientId, "LO", "A report has no pixels"))));
+}
+
+TEST_F(Elements, AFewZerosBehindTheObjectAreNoDamage)
+{
+    EXPECT_FALSE(isDamaged(fileOf(SampleImage()) + std::string(5, '\0')));
+}
+
+TEST_F(Elements, AnObjectCutInsideItsPixelDataIsDamaged)
+{
+    const std::string whole = fileOf(SampleImage());
+
+    EXPECT_TRUE(isDamaged(whole.substr(0, whole.size() - 1)));
+    EXPECT_TRUE(isDamaged(whole.substr(0, whole.size() / 2)));
+}
+
+TEST_F(Elements, AnObjectCutInsideAnElementBeforeThePixelDataIsDamaged)
+{
+    const std::string whole = identified(DatasetWriter().text(kPatientName, "PN", "Somebody^With^A^Name"));
+
+    EXPECT_FALSE(isDamaged(whole));
+    EXPECT_TRUE(isDamaged(whole.substr(0, whole.size() - 4)));
+}
+
+TEST_F(Elements, AnObjectThatEndsInsideItsFragmentsIsDamaged)
+{
+    const std::string whole = identified(DatasetWriter().fragments({"", "abcd", "efgh"}));
+
+    EXPECT_TRUE(isDamaged(whole.substr(0, whole.size() - 8))) << "the delimiter is missing";
+    EXPECT_TRUE(isDamaged(whole.substr(0, whole.size() - 10)));
+    EXPECT_TRUE(isDamaged(whole.substr(0, whole.size() - 16)));
+}
+
+TEST_F(Elements, AnObjectWithASequenceThatNothingClosesIsDamaged)
+{
+    DatasetWriter item;
+    item.text(kPatientId, "LO", "inside");
+    const std::string whole =
+        identified(DatasetWriter().sequence(kSharedFunctionalGroupsSequence, item, true));
+    EXPECT_FALSE(isDamaged(whole));
+    EXPECT_TRUE(isDamaged(whole.substr(0, whole.size() - 8)));
+
+    const std::string measured =
+        identified(DatasetWriter().sequence(kSharedFunctionalGroupsSequence, item, false));
+    EXPECT_FALSE(isDamaged(measured));
+    EXPECT_TRUE(isDamaged(measured.substr(0, measured.size() - 2)));
 }
 
 TEST_F(Elements, PatientUidFallsBackFromIdToNameToStudy)

@@ -158,6 +158,7 @@ ObjectHeader readHeader(DicomSource &source)
                            {.deepest = kDeepestForReading,
                             .intoDefinedLength = false,
                             .intoGroup = group(kSharedFunctionalGroupsSequence)});
+    header.pixelDataOffset = scanner.position();
     while (const auto element = scanner.next()) {
         ++header.elements;
         if (element->depth == 0 && isPixelData(element->tag)) {
@@ -167,9 +168,25 @@ ObjectHeader readHeader(DicomSource &source)
         if (isWanted(*element, scanner)) {
             take(header, *element, bytes);
         }
+        header.pixelDataOffset = scanner.position();
     }
     header.end = scanner.end();
     return header;
+}
+
+bool endsTooEarly(const ObjectHeader &header, DicomSource &source)
+{
+    if (!header.pixelData) {
+        return header.end == ScanEnd::truncated;
+    }
+    ElementScanner scanner(source.dataset(),
+                           header.pixelDataOffset,
+                           header.encoding,
+                           {.deepest = kDeepestForReading, .intoDefinedLength = false});
+    while (scanner.next()) {
+    }
+    const bool isOutOfSight = header.layout.deflated && scanner.position() >= kInflateLimit;
+    return scanner.end() == ScanEnd::truncated && !isOutOfSight;
 }
 
 } // namespace gateway::dicom_helper::worker

@@ -17,8 +17,9 @@ struct ObjectHeader
     DatasetEncoding encoding;
     std::map<Tag, std::string> values; ///< as they stand in the file, the first of each tag; bounded
     std::optional<Element> pixelData;
-    ScanEnd end = ScanEnd::running; ///< `running` when the walk stopped at the pixel data
-    unsigned elements = 0;          ///< how many the dataset had up to there
+    std::uint64_t pixelDataOffset = 0; ///< where to begin the walk that comes to the pixel data first
+    ScanEnd end = ScanEnd::running;    ///< `running` when the walk stopped at the pixel data
+    unsigned elements = 0;             ///< how many the dataset had up to there
 
     /// The raw value, empty where it is absent.
     std::string_view raw(Tag tag) const;
@@ -60,5 +61,9 @@ private:
 
 /// Reads the elements up to the pixel data. A damaged object gives what stands before the damage.
 ObjectHeader readHeader(DicomSource &source);
+
+/// True when the source ends before the object does: inside of an element, or of a sequence that nothing
+/// closes. False also where that can't be told, as far behind in a deflated dataset.
+bool endsTooEarly(const ObjectHeader &header, DicomSource &source);
 
 } // namespace gateway::dicom_helper::worker

@@ -130,6 +130,8 @@ ControlReply examineWithoutInstance(const HomeLayout &layout,
         doctor::Doctor doctor(index, incomingFolder(settings, layout));
         const doctor::Diagnosis diagnosis = doctor.examine(repair, request.hungUp);
         return ControlReply::success(toJson(diagnosis, repair, {index.waitingRetries(), {}}));
+    } catch (const index::StoreInUseError &error) {
+        return ControlReply::failure(error.message());
     } catch (const index::IndexOpenError &error) {
         return ControlReply::failure(
             QStringLiteral("The index can't be opened: %1. Restore it from a backup; or move it away and run "

@@ -448,6 +448,40 @@ void Gateway::launch()
         [this] { return incomingFolder(m_settings, m_options.layout); },
         [this](const QString &path) { m_store->listenerService().offerInboxFile(path); },
         [this](qsizetype count) { m_main.post([this, count] { m_state.setSetAsideFilesCount(count); }); });
+    if (m_index.lacksStoredFiles()) {
+        say(QStringLiteral("The index was missing and was made anew. The stored images are being recorded in "
+                           "it again, and are sent again where the cloud doesn't have them."));
+    }
+    m_recording =
+        platform::Task("recording", [this](const std::stop_token &stop) { recordStoredFiles(stop); });
+}
+
+/// Gives the stored files rows again that a lost index leaves without.
+void Gateway::recordStoredFiles(const std::stop_token &stop)
+{
+    constexpr std::chrono::minutes kPause(1); // trouble of the disk, or a share that is away
+    std::int64_t recorded = 0;
+    const auto count = [&](std::int64_t files) {
+        recorded += files;
+        m_store->requestUpload(QStringLiteral("store_recorded_again"));
+    };
+    while (!m_index.recordStoredFiles(stop, count)) {
+        if (!m_clock.sleep(kPause, stop)) {
+            return;
+        }
+    }
+    if (recorded > 0) {
+        say(QStringLiteral("%1 stored files are recorded in the index again.").arg(recorded));
+    }
+}
+
+void Gateway::say(const QString &sentence)
+{
+    m_systemLog.write(platform::SystemLogLevel::error,
+                      QStringLiteral("com.ovelt.pavan.gateway"),
+                      QStringLiteral("index"),
+                      sentence);
+    m_options.writeLine(sentence);
 }
 
 void Gateway::terminate()

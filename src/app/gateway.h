@@ -26,6 +26,7 @@
 #include "platform/archive/archive_unpacker.h"
 #include "platform/concurrency/clock.h"
 #include "platform/concurrency/main_executor.h"
+#include "platform/concurrency/task.h"
 #include "platform/concurrency/worker_pool.h"
 #include "platform/defaults/user_defaults.h"
 #include "platform/dicom/dicom_converter_wrapper.h"
@@ -99,7 +100,8 @@ public:
     /// Opens the defaults and the index.
     ///
     /// \param face  outlives this; nothing is shown before `launch`.
-    /// \throws platform::DefaultsError, index::IndexOpenError  each with one plain sentence.
+    /// \throws platform::DefaultsError, index::IndexOpenError, index::StoreInUseError  each with one plain
+    /// sentence.
     Gateway(Options options, GatewayFace &face);
     ~Gateway();
 
@@ -123,6 +125,9 @@ public:
 
 private:
     class Session;
+
+    void recordStoredFiles(const std::stop_token &stop);
+    void say(const QString &sentence);
 
     platform::CloudConfiguration cloudConfiguration();
     CloudWatch::Collaborators watchCollaborators();
@@ -207,6 +212,7 @@ private:
     QString m_toldSession; // what operators were told of it last
     platform::NotificationCenter::Token m_sessionObserver;
     std::optional<receive::InboxWatch> m_inboxWatch; // from the launch on
+    platform::Task m_recording; // last: it uses the index and the store
 };
 
 } // namespace gateway::app

@@ -81,6 +81,7 @@ QString reasonText(const QString &reason)
 {
     static const QMap<QString, QString> texts{
         {skipReasonName(SkipReason::notDicom), QStringLiteral("not DICOM")},
+        {skipReasonName(SkipReason::damagedObject), QStringLiteral("DICOM that ends too early")},
         {skipReasonName(SkipReason::unreadable), QStringLiteral("can't be read")},
         {skipReasonName(SkipReason::specialFile), QStringLiteral("a pipe, socket or device")},
         {skipReasonName(SkipReason::damagedArchive),

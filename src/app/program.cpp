@@ -137,6 +137,8 @@ ExitCode runInstance(const HomeLayout &layout,
         printError(error.message());
     } catch (const platform::DefaultsError &error) {
         printError(error.message());
+    } catch (const index::StoreInUseError &error) {
+        printError(error.message());
     } catch (const index::IndexOpenError &error) {
         printError(QStringLiteral("The index can't be opened: %1.").arg(QString::fromUtf8(error.what())));
     }

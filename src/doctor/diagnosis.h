@@ -13,6 +13,7 @@ enum class FindingKind
 {
     indexDamaged,
     indexNotAnswering,
+    indexMadeAnew,
     wrongCount,
     wrongState,
     unrecordedImage,
@@ -23,6 +24,8 @@ enum class FindingKind
     rowWithoutFile,
     fileGoneAfterUpload,
     earlierCopy,
+    wholeCopy,
+    damagedImage,
     foreignFile,
     waitsForRemoval,
     waitsInInbox,

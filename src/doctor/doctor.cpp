@@ -70,6 +70,17 @@ public:
         }
     }
 
+    void lookForLostIndex()
+    {
+        if (!m_index.lacksStoredFiles()) {
+            return;
+        }
+        add(FindingKind::indexMadeAnew, 1);
+        if (m_repairs && m_index.recordStoredFiles(m_stop, [](std::int64_t) {})) {
+            addMended(FindingKind::indexMadeAnew, 1);
+        }
+    }
+
     void recount()
     {
         const index::TallyDifferences found = m_examination.tallyDifferences(m_stop);
@@ -101,6 +112,7 @@ public:
             last = page.last().storagePath;
         }
         add(FindingKind::rowWithoutFile, m_examination.rowsWithoutFile(m_stop));
+        add(FindingKind::damagedImage, m_examination.damagedFiles());
     }
 
     void lookAtRemovals()
@@ -237,14 +249,13 @@ private:
         case UnrecordedFile::Kind::none:
             return;
         case UnrecordedFile::Kind::image:
-            add(FindingKind::unrecordedImage, 1, name);
-            if (m_repairs && record(file)) {
-                addMended(FindingKind::unrecordedImage, 1);
-                m_index.postLocalSyncStateChanged();
-            }
+            record(FindingKind::unrecordedImage, file, name);
             return;
         case UnrecordedFile::Kind::earlierCopy:
-            add(FindingKind::earlierCopy, 1, name);
+            record(FindingKind::earlierCopy, file, name);
+            return;
+        case UnrecordedFile::Kind::wholeCopy:
+            record(FindingKind::wholeCopy, file, name);
             return;
         case UnrecordedFile::Kind::unreadable:
             // A name that the store gave was given to an image once.
@@ -253,6 +264,16 @@ private:
         case UnrecordedFile::Kind::unexamined:
             add(FindingKind::unexaminedFile, 1, name);
             return;
+        }
+    }
+
+    void record(FindingKind kind, const UnrecordedFile &file, const FileName &name)
+    {
+        add(kind, 1, name);
+        // One that somebody put elsewhere takes no image's place.
+        if (m_repairs && (file.place || file.kind == UnrecordedFile::Kind::image) && record(file)) {
+            addMended(kind, 1);
+            m_index.postLocalSyncStateChanged();
         }
     }
 
@@ -275,7 +296,7 @@ private:
     bool takeIn(const QString &path)
     {
         try {
-            m_index.importFile(QUrl::fromLocalFile(path));
+            m_index.importFile(QUrl::fromLocalFile(path), index::ImportSource::ownInbox);
         } catch (const index::GatewayImportError &) {
             return false;
         }
@@ -337,6 +358,7 @@ Diagnosis Doctor::examine(bool repair, const std::stop_token &stop)
 {
     Round round(m_index, repair, stop);
     round.step([&] { round.checkIndex(); });
+    round.step([&] { round.lookForLostIndex(); });
     round.step([&] { round.recount(); });
     round.step([&] { round.walkStore(); });
     round.step([&] { round.walkRows(); });

@@ -218,7 +218,8 @@ TEST_F(DoctorTest, RebuildsALostIndexFromTheStoredFilesWithTheLatestOfEachImage)
 {
     importOne(QStringLiteral("9.1"));
     importOne(QStringLiteral("9.2"));
-    const QString again = importOne(QStringLiteral("9.1"));
+    const QString again = home.import(TemporaryIndex::image(
+        QStringLiteral("9.1"), {{QStringLiteral("ImageComments"), QStringLiteral("corrected")}}));
     const auto files = filesInStore();
     home.close();
     for (const QString &suffix : {QString(), QStringLiteral("-wal"), QStringLiteral("-shm")}) {
@@ -231,7 +232,65 @@ TEST_F(DoctorTest, RebuildsALostIndexFromTheStoredFilesWithTheLatestOfEachImage)
     EXPECT_EQ(home.rows(QStringLiteral("SELECT pathString FROM DicomImage ORDER BY pathString")),
               (QStringList{QStringLiteral("10000/1.dcm"), again}));
     EXPECT_EQ(filesInStore(), files);
-    EXPECT_EQ(counts(true), (Counts{{FindingKind::earlierCopy, {1, 0}}}));
+    EXPECT_EQ(counts(true), Counts());
+}
+
+TEST_F(DoctorTest, TellsOfAnIndexThatWasMadeAnewUntilAllIsRecordedInItAgain)
+{
+    importOne(QStringLiteral("9.1"));
+    home.close();
+    QFile::remove(home.indexFile());
+    home.reopen();
+
+    EXPECT_EQ(counts(),
+              (Counts{{FindingKind::indexMadeAnew, {1, 0}}, {FindingKind::unrecordedImage, {1, 0}}}));
+    EXPECT_EQ(counts(true), (Counts{{FindingKind::indexMadeAnew, {1, 1}}}));
+    EXPECT_EQ(rows(), 1);
+    EXPECT_TRUE(examine().findings.isEmpty());
+}
+
+TEST_F(DoctorTest, LetsAWholeImageTakeThePlaceOfOneThatEndsTooEarly)
+{
+    const QVariantMap stump{{QStringLiteral("damaged"), true}};
+    const QString path = importOne(QStringLiteral("9.1"));
+    index::testing::writeSyntheticFile(pathOf(kStray), TemporaryIndex::image(QStringLiteral("9.1"), stump));
+    home.execute(QStringLiteral("UPDATE DicomImage SET pathString = '%1', acknowledged = 0").arg(kStray));
+
+    EXPECT_EQ(counts(), (Counts{{FindingKind::wholeCopy, {1, 0}}}));
+    EXPECT_EQ(counts(true), (Counts{{FindingKind::wholeCopy, {1, 1}}}));
+
+    EXPECT_EQ(home.rows(QStringLiteral("SELECT pathString FROM DicomImage")), QStringList{path});
+    EXPECT_TRUE(examine().findings.isEmpty());
+}
+
+TEST_F(DoctorTest, TellsOfImagesThatEndTooEarly)
+{
+    importOne(QStringLiteral("9.1"));
+    home.execute(QStringLiteral("UPDATE DicomImage SET damaged = 1"));
+
+    EXPECT_EQ(counts(), (Counts{{FindingKind::damagedImage, {1, 0}}}));
+    EXPECT_TRUE(examine().isWell());
+}
+
+TEST_F(DoctorTest, FindsNothingToDoAfterImagesWereSentAgain)
+{
+    for (int version = 0; version < 3; ++version) {
+        for (int image = 1; image <= 3; ++image) {
+            home.import(TemporaryIndex::image(QStringLiteral("9.%1").arg(image),
+                                              {{QStringLiteral("ImageComments"), QString::number(version)}}));
+        }
+    }
+    EXPECT_EQ(counts(true), Counts());
+    for (const QString &path : home.rows(QStringLiteral("SELECT pathString FROM DicomImage"))) {
+        home.index().recordUploadResult({}, path, true);
+    }
+    EXPECT_EQ(counts(true), Counts());
+    home.clock.advance(std::chrono::hours(1));
+    home.index().pruneSyncedImages(home.clock.now());
+
+    EXPECT_EQ(counts(true), Counts());
+    EXPECT_EQ(rows(), 0);
+    EXPECT_TRUE(filesInStore().isEmpty());
 }
 
 TEST_F(DoctorTest, NeverChangesOrRemovesAStoredFile)

@@ -36,6 +36,12 @@ Words wordsOf(FindingKind kind)
             QT_TRANSLATE_NOOP("DoctorFinding",
                               "The index could not be read or written to the end. Check that its disk has "
                               "room and can be written, and run doctor again.")};
+    case FindingKind::indexMadeAnew:
+        return {"indexMadeAnew",
+                true,
+                QT_TRANSLATE_NOOP("DoctorFinding",
+                                  "The index was missing and was made anew. The stored images are being "
+                                  "recorded in it again while the gateway runs, and by --repair at once.")};
     case FindingKind::wrongCount:
         return {"wrongCount",
                 true,
@@ -94,8 +100,22 @@ Words wordsOf(FindingKind kind)
         return {"earlierCopy",
                 false,
                 QT_TRANSLATE_NOOP("DoctorFinding",
-                                  "Another copy of an image that came more than once is kept. Nothing needs "
-                                  "to be done.")};
+                                  "An earlier copy of an image that came more than once is kept. Where the "
+                                  "store put it there itself, --repair lets it go once the later one is in "
+                                  "the cloud.")};
+    case FindingKind::wholeCopy:
+        return {
+            "wholeCopy",
+            true,
+            QT_TRANSLATE_NOOP("DoctorFinding",
+                              "A stored file of an image ends too early, and an earlier one that is whole "
+                              "is kept beside it. --repair lets the whole one be sent.")};
+    case FindingKind::damagedImage:
+        return {"damagedImage",
+                false,
+                QT_TRANSLATE_NOOP("DoctorFinding",
+                                  "A received image ends too early. It is kept and sent as it is. Send it "
+                                  "again from the device that made it: a whole one takes its place.")};
     case FindingKind::foreignFile:
         return {
             "foreignFile",
@@ -141,9 +161,12 @@ bool isProblem(FindingKind kind)
 bool isMendable(FindingKind kind)
 {
     switch (kind) {
+    case FindingKind::indexMadeAnew:
     case FindingKind::wrongCount:
     case FindingKind::wrongState:
     case FindingKind::unrecordedImage:
+    case FindingKind::earlierCopy:
+    case FindingKind::wholeCopy:
     case FindingKind::waitsForRemoval:
     case FindingKind::rejectedObject:
         return true;
@@ -155,7 +178,7 @@ bool isMendable(FindingKind kind)
     case FindingKind::folderGone:
     case FindingKind::rowWithoutFile:
     case FindingKind::fileGoneAfterUpload:
-    case FindingKind::earlierCopy:
+    case FindingKind::damagedImage:
     case FindingKind::foreignFile:
     case FindingKind::waitsInInbox:
         break;

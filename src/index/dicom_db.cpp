@@ -19,17 +19,21 @@ struct DicomDB::Announcement
 
 namespace {
 
-std::int64_t nextNumberOf(const IndexStore &store)
+std::int64_t ledger(const IndexStore &store, const char *sql)
 {
-    return store.read(
-        [](platform::Database &database) { return database.integer("SELECT nextFileNumber FROM Ledger"); });
+    return store.read([sql](platform::Database &database) { return database.integer(sql); });
 }
 
 } // namespace
 
 DicomDB::DicomDB(DicomDBPaths paths, DicomDBCollaborators with)
     : m_with(with), m_store(paths.indexFile),
-      m_files(std::move(paths.fileStoreRoot), with.defaults, with.clock, with.files, nextNumberOf(m_store)),
+      m_files(std::move(paths.fileStoreRoot),
+              with.defaults,
+              with.clock,
+              with.files,
+              ledger(m_store, "SELECT nextFileNumber FROM Ledger"),
+              ledger(m_store, "SELECT newestAcknowledged FROM Ledger")),
       m_announcement(std::make_shared<Announcement>())
 {
 }

@@ -19,6 +19,7 @@
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 #include <QtCore/QUrl>
+#include <QtCore/QVariantMap>
 
 #include <atomic>
 #include <chrono>
@@ -40,6 +41,8 @@ class UserDefaults;
 } // namespace gateway::platform
 
 namespace gateway::index {
+
+class Patience;
 
 /// Where the index keeps its things.
 struct DicomDBPaths
@@ -96,6 +99,11 @@ public:
     /// Takes one file in: private copy, parsing, move into the file store, rows. The source stays. When this
     /// returns, file and rows are durable. Storage trouble that may pass is waited out for up to half a
     /// minute.
+    ///
+    /// A damaged object, which ends before its elements do, is taken from the own inbox alone.
+    ///
+    /// Of an image that comes more than once the rows stand for what was acknowledged last, in whatever order
+    /// the files arrive here. The others go once that one is in the cloud, or with its rows.
     ///
     /// \throws GatewayImportError
     ImportedFileSummary importFile(const QUrl &url, ImportSource source = ImportSource::foreign);
@@ -233,6 +241,20 @@ public:
     /// Called once after opening; each prune starts with it.
     void finishRemovals();
 
+    // --- A lost index --------------------------------------------------------------------------------
+
+    /// True while stored files may lack their rows, because the index file was missing beside a store with
+    /// files and was made anew. Survives restarts.
+    bool lacksStoredFiles() const;
+
+    /// Records stored files that lack their rows, in batches by number, the next one behind the last that an
+    /// earlier call came to, beside everything else that goes on. Blocks.
+    ///
+    /// \param onRecorded  called after each batch with how many files it has recorded.
+    /// \return false when something is left: it was stopped, files are out of sight or could not be read or
+    ///         saved.
+    bool recordStoredFiles(const std::stop_token &stop, const std::function<void(std::int64_t)> &onRecorded);
+
     // --- States --------------------------------------------------------------------------------------
 
     /// The full sweep in a transaction of its own. \return true when a stored state changed.
@@ -263,6 +285,14 @@ private:
                                              const QString &storedPath,
                                              bool isRetry,
                                              const PendingPlace &start) const;
+    std::optional<StoredFile> takeUpEarlierImport(const QString &path, ImportSource source);
+    bool isToGo(const QString &path) const;
+    Recorded save(Patience &patience, const QVariantMap &found, const StoredFile &stored);
+    void settleUnsaved(Patience &patience);
+    void dropEqualCopies(const Recorded &recorded, const StoredFile &stored);
+    void removeReleased(const QSet<QString> &paths);
+    std::optional<std::int64_t> recordAgainFrom() const;
+    bool noteRecordAgainFrom(std::optional<std::int64_t> number);
     bool pruneBatch(std::int64_t cutoff, LocalPruneResult &result);
     DeletionCounts deleteParents(std::int64_t requested, const DeleteRows &deleteRows);
     std::int64_t removeFiles(const QSet<QString> &paths) QUORIN_REQUIRES(m_deletion);
@@ -273,6 +303,8 @@ private:
     IndexStore m_store;
     FileStore m_files;
     platform::Mutex m_deletion; // one deletion at a time, from its rows to its files
+    platform::Mutex m_unsavedMutex;
+    QSet<QString> m_unsaved QUORIN_GUARDED_BY(m_unsavedMutex); // moved in, and their rows could not be saved
     std::atomic<bool> m_hasPerformedSyncStateBackfill = false;
     std::shared_ptr<Announcement> m_announcement;
     std::stop_source m_stop;

@@ -3,6 +3,7 @@
 
 #include "index/dicom_db.h"
 #include "index/row_identity.h"
+#include "index/stored_copies.h"
 #include "platform/sqlite/database.h"
 
 #include <QtCore/QSet>
@@ -66,13 +67,6 @@ std::int64_t runAndCount(Database &database, const char *sql)
     return database.changes();
 }
 
-void noteForRemoval(Database &database, const QSet<QString> &paths)
-{
-    for (const QString &path : paths) {
-        database.prepare("INSERT OR IGNORE INTO PendingRemoval (pathString) VALUES (?)").bindAll(path).run();
-    }
-}
-
 struct PrunedRows
 {
     std::int64_t images = 0;
@@ -99,6 +93,7 @@ PrunedRows pruneRows(Database &database, std::int64_t cutoff)
     }
     rows.images = std::ssize(keys);
     noteForRemoval(database, rows.paths);
+    rows.paths += releaseBesideDeleted(database, rows.paths);
     rows.series = runAndCount(database, kDeleteEmptySeries);
     rows.studies = runAndCount(database, kDeleteEmptyStudies);
     index::rollUpAllStates(database);
@@ -213,6 +208,7 @@ DeletionCounts DicomDB::deleteParents(std::int64_t requested, const DeleteRows &
         paths.clear();
         deleted = deleteRows(database, paths);
         noteForRemoval(database, paths);
+        paths += releaseBesideDeleted(database, paths);
     });
     if (!saved) {
         return DeletionCounts::of(requested, 0);
@@ -253,7 +249,8 @@ std::int64_t DicomDB::removeFiles(const QSet<QString> &paths)
     QStringList gone;
     QStringList kept;
     for (const QString &path : paths) {
-        switch (m_files.removeUnless(path, [&] { return isReferred(path); })) {
+        switch (
+            m_files.removeUnless(path, [&] { return m_files.isBeingImported(path) || isReferred(path); })) {
         case FileStore::Removal::removed:
             ++removed;
             [[fallthrough]];
@@ -287,11 +284,31 @@ void DicomDB::forgetRemovals(const QStringList &paths)
 /// Throws SqliteError.
 bool DicomDB::isReferred(const QString &path) const
 {
-    return m_store.read([&](Database &database) {
-        Statement row = database.prepare("SELECT EXISTS (SELECT 1 FROM DicomImage WHERE pathString = ?)");
-        row.bindAll(path);
-        return row.step() && row.integer(0) != 0;
-    });
+    return m_store.read([&](Database &database) { return isNeeded(database, path); });
+}
+
+/// True for a file that waits for its removal, and when that can't be told.
+bool DicomDB::isToGo(const QString &path) const
+{
+    try {
+        return m_store.read([&](Database &database) {
+            Statement row =
+                database.prepare("SELECT EXISTS (SELECT 1 FROM PendingRemoval WHERE pathString = ?)");
+            row.bindAll(path);
+            return row.step() && row.integer(0) != 0;
+        });
+    } catch (const SqliteError &) {
+        return true;
+    }
+}
+
+/// Removes files that are noted for it; what can't be removed now stays noted.
+void DicomDB::removeReleased(const QSet<QString> &paths)
+{
+    if (!paths.isEmpty()) {
+        const MutexLock lock(m_deletion);
+        removeFiles(paths);
+    }
 }
 
 } // namespace gateway::index

@@ -49,6 +49,16 @@ public:
         step();
         systemFiles().rename(from, to);
     }
+    void renameToNew(const QString &from, const QString &to) override
+    {
+        step();
+        systemFiles().renameToNew(from, to);
+    }
+    void setModified(const QString &path, std::chrono::nanoseconds time) override
+    {
+        step();
+        systemFiles().setModified(path, time);
+    }
     void remove(const QString &path) override
     {
         step();
@@ -214,7 +224,7 @@ TEST(PruneAndKill, LeavesNoRowWithoutFileAndIsFinishedByTheNextOne)
         TemporaryIndex home;
         for (int file = 0; file < 4; ++file) {
             const QVariantMap frames{{QStringLiteral("numberOfFrames"), 300}};
-            const QString path = home.import(TemporaryIndex::image(QStringLiteral("9.%1").arg(file), frames));
+            const QString path = home.import(TemporaryIndex::image(QStringLiteral("7.%1").arg(file), frames));
             home.index().recordUploadResult({}, path, true);
         }
         fill(home);

@@ -3,8 +3,10 @@
 #include "index/dicom_db.h"
 #include "index/import_elements.h"
 #include "index/patience.h"
+#include "index/stored_copies.h"
 #include "platform/dicom/dicom_parsing.h"
 #include "platform/files/file_error.h"
+#include "platform/files/files.h"
 
 #include <QtCore/QVariantMap>
 
@@ -66,7 +68,7 @@ QString copyPatiently(FileStore &files, Patience &patience, const QString &sourc
     }
 }
 
-QVariantMap parse(platform::DicomParsing &parser, const QString &path)
+QVariantMap parse(platform::DicomParsing &parser, const QString &path, ImportSource source)
 {
     const platform::ParsedFile file = parser.parse(path);
     const auto refuse = [&file](Blame blame) {
@@ -85,7 +87,19 @@ QVariantMap parse(platform::DicomParsing &parser, const QString &path)
         refuse(Blame::storage);
         break;
     }
+    // What a sender was told to be stored is kept as it is; a person can look for the whole file.
+    if (source == ImportSource::foreign &&
+        elements::boolean(file.elements, QStringLiteral("damaged")).value_or(false)) {
+        throw GatewayImportError(Kind::objectDamaged, Blame::file);
+    }
     return file.elements;
+}
+
+ImportedFileSummary summaryOf(const QVariantMap &found, const Recorded &recorded)
+{
+    return {elements::text(found, QStringLiteral("patientUID")).value_or(QString()),
+            elements::text(found, QStringLiteral("studyID")).value_or(QString()),
+            recorded.seriesKeys};
 }
 
 StoredFile movePatiently(FileStore &files, Patience &patience, PrivateCopy &copy)
@@ -114,27 +128,100 @@ ImportedFileSummary DicomDB::importFile(const QUrl &url, ImportSource source)
         throw GatewayImportError(Kind::invalidSourceURL, Blame::file);
     }
     Patience patience(m_with.clock, m_stop.get_token());
-    PrivateCopy copy(m_files, copyPatiently(m_files, patience, path, source));
-    const QVariantMap found = parse(m_with.parser, copy.path());
-    const StoredFile stored = movePatiently(m_files, patience, copy);
-    const ImportUnderWay underWay(m_files, stored);
-
-    ImportedFileSummary summary;
-    summary.patientUID = elements::text(found, QStringLiteral("patientUID")).value_or(QString());
-    summary.studyID = elements::text(found, QStringLiteral("studyID")).value_or(QString());
-    if (summary.patientUID.isEmpty()) {
+    settleUnsaved(patience);
+    std::optional<StoredFile> stored = takeUpEarlierImport(path, source);
+    std::optional<ImportUnderWay> underWay;
+    QVariantMap found;
+    if (stored) {
+        underWay.emplace(m_files, *stored);
+        found = parse(m_with.parser, stored->path, source);
+    } else {
+        PrivateCopy copy(m_files, copyPatiently(m_files, patience, path, source));
+        found = parse(m_with.parser, copy.path(), source);
+        stored = movePatiently(m_files, patience, copy);
+        underWay.emplace(m_files, *stored);
+    }
+    if (elements::text(found, QStringLiteral("patientUID")).value_or(QString()).isEmpty()) {
         throw GatewayImportError(Kind::databaseSaveRejected, Blame::file);
     }
+    const Recorded recorded = save(patience, found, *stored);
+    underWay.reset(); // what is being imported isn't removed
+    removeReleased(recorded.released);
+    dropEqualCopies(recorded, *stored);
+    return summaryOf(found, recorded);
+}
+
+/// The name that an earlier import of an inbox file gave it, be it with rows or without them: the file was
+/// acknowledged once, and is recorded once.
+std::optional<StoredFile> DicomDB::takeUpEarlierImport(const QString &path, ImportSource source)
+{
+    std::optional<StoredFile> stored =
+        source == ImportSource::ownInbox ? m_files.takeUpName(path) : std::nullopt;
+    if (stored && isToGo(stored->pathString)) {
+        m_files.importEnded(*stored); // nothing can rely on this name any more
+        return std::nullopt;
+    }
+    return stored;
+}
+
+Recorded DicomDB::save(Patience &patience, const QVariantMap &found, const StoredFile &stored)
+{
+    Recorded recorded;
     try {
         patience.untilDone([&] {
             m_store.write([&](platform::Database &database) {
-                summary.seriesKeys = recordImport(database, found, stored, nowInMilliseconds());
+                recorded = recordImport(database, found, stored, nowInMilliseconds());
             });
         });
     } catch (const SqliteError &error) {
+        const platform::MutexLock lock(m_unsavedMutex);
+        m_unsaved.insert(stored.pathString);
         throw GatewayImportError(Kind::databaseSaveRejected, Blame::storage, error.message());
     }
-    return summary;
+    return recorded;
+}
+
+/// Lets go of what imports moved in whose rows could not be saved. Whether a failed commit took place after
+/// all is known for certain only after the next one, so nothing is removed before that; and until then
+/// nothing more is moved in, since its rows could not be saved either.
+void DicomDB::settleUnsaved(Patience &patience)
+{
+    QSet<QString> paths;
+    {
+        const platform::MutexLock lock(m_unsavedMutex);
+        paths = m_unsaved;
+    }
+    if (paths.isEmpty()) {
+        return;
+    }
+    try {
+        patience.untilDone(
+            [&] { m_store.write([&](platform::Database &database) { noteForRemoval(database, paths); }); });
+    } catch (const SqliteError &error) {
+        throw GatewayImportError(Kind::databaseSaveRejected, Blame::storage, error.message());
+    }
+    removeReleased(paths);
+    const platform::MutexLock lock(m_unsavedMutex);
+    m_unsaved.subtract(paths);
+}
+
+/// A file that holds the same bytes as the one that took its place has served.
+void DicomDB::dropEqualCopies(const Recorded &recorded, const StoredFile &stored)
+{
+    QSet<QString> equal;
+    for (const QString &path : recorded.replaced) {
+        if (platform::haveSameContent(fileURL(path).toLocalFile(), stored.path)) {
+            equal.insert(path);
+        }
+    }
+    if (equal.isEmpty()) {
+        return;
+    }
+    const bool noted =
+        writeQuietly([&](platform::Database &database) { releaseSuperseded(database, equal); });
+    if (noted) {
+        removeReleased(equal);
+    }
 }
 
 ImportedFileSummary DBService::importFile(const QUrl &url)

@@ -51,6 +51,7 @@ protected:
         while (files.hasNext()) {
             found.append(QDir(home.fileStoreRoot()).relativeFilePath(files.next()));
         }
+        found.removeAll(QStringLiteral(".lock")); // the store's own
         found.sort();
         return found;
     }

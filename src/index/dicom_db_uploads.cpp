@@ -1,6 +1,7 @@
 // Choosing what to upload, and moving rows through their states.
 
 #include "index/dicom_db.h"
+#include "index/stored_copies.h"
 #include "platform/sqlite/database.h"
 
 #include <QtCore/QSet>
@@ -244,6 +245,7 @@ std::int64_t DicomDB::recordUploadResult(const QList<ImageObjectID> &imageObject
     const int state = static_cast<int>(synced ? SyncState::synced : SyncState::failed);
     const auto uploadDate = synced ? std::optional(nowInMilliseconds()) : std::nullopt;
     std::int64_t updated = 0;
+    QSet<QString> released;
     const bool saved = writeQuietly([&](Database &database) {
         updated = 0;
         SeriesKeys series;
@@ -258,6 +260,7 @@ std::int64_t DicomDB::recordUploadResult(const QList<ImageObjectID> &imageObject
                 .bindAll(state, uploadDate, path)
                 .run();
             updated = database.changes();
+            released = releaseIfProven(database, path);
         } else {
             for (const ImageObjectID image : std::set(imageObjectIDs.begin(), imageObjectIDs.end())) {
                 if (const auto parent = seriesOf(database, image)) {
@@ -274,6 +277,7 @@ std::int64_t DicomDB::recordUploadResult(const QList<ImageObjectID> &imageObject
     if (!saved || updated < 1) {
         return 0;
     }
+    removeReleased(released);
     postLocalSyncStateChanged();
     return updated;
 }

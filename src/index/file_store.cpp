@@ -3,9 +3,11 @@
 #include "platform/concurrency/clock.h"
 #include "platform/defaults/user_defaults.h"
 #include "platform/files/files.h"
+#include "platform/files/folder_entries.h"
 #include "platform/sqlite/sqlite_error.h"
 
 #include <QtCore/QDir>
+#include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 #include <QtCore/QSet>
 #include <QtCore/QUuid>
@@ -52,19 +54,71 @@ std::optional<std::int64_t> numberIn(const QString &text)
     return isNumber && number >= 0 ? std::optional(number) : std::nullopt;
 }
 
+QString lockFileIn(const QString &root)
+{
+    return root + QStringLiteral("/.lock"); // hidden, so that it doesn't count as stored
+}
+
 } // namespace
+
+StoreInUseError::StoreInUseError(std::optional<qint64> owner)
+    : std::runtime_error(
+          (owner ? QStringLiteral("The file store is used by another gateway, process %1, whose documents "
+                                  "folder is the same. Give each gateway a documents folder of its own.")
+                       .arg(*owner)
+                 : QStringLiteral("The file store is used by another gateway, whose documents folder is the "
+                                  "same. Give each gateway a documents folder of its own."))
+              .toStdString())
+{
+}
 
 FileStore::FileStore(QString root,
                      platform::UserDefaults &defaults,
                      platform::Clock &clock,
                      platform::FileSystem &files,
-                     std::int64_t atLeast)
+                     std::int64_t atLeast,
+                     std::int64_t newestAcknowledged)
     : m_root(QDir::cleanPath(root)), m_defaults(defaults), m_clock(clock), m_files(files),
+      m_newestAcknowledged(newestAcknowledged),
       m_importQueue(QStringLiteral("com.ovelt.pavan.gateway.importdb.queue"))
 {
+    if (!takeLock()) {
+        throw StoreInUseError(platform::HomeLock::owner(lockFileIn(m_root)));
+    }
     const auto kept = m_defaults.object(kNumberKey);
     m_nextNumber = std::max<std::int64_t>({kept ? kept->toLongLong() : 0, atLeast, numberBehindAllFiles()});
+    m_numberAtOpening = m_nextNumber;
     sweepPrivateFolder();
+}
+
+/// \return false when another process has the store. What can't be locked now is locked with the first file.
+bool FileStore::takeLock()
+{
+    try {
+        platform::makeFoldersDurably(m_root, m_files);
+        m_lock = platform::HomeLock::tryLock(lockFileIn(m_root));
+        return m_lock.has_value();
+    } catch (const FileError &) {
+        return true;
+    }
+}
+
+QList<StoredFile> FileStore::filesFrom(std::int64_t from, int limit) const
+{
+    QList<StoredFile> files;
+    for (std::int64_t bucket = bucketOf(from); bucket <= bucketOf(m_numberAtOpening) && files.isEmpty();
+         bucket += kFilesOfABucket) {
+        const QString prefix = QString::number(bucket);
+        const QDir folder(m_root + QLatin1Char('/') + prefix);
+        for (const QString &name : folder.entryList(QDir::Files | QDir::NoSymLinks)) {
+            const auto file = numbered(prefix + QLatin1Char('/') + name);
+            if (file && file->number >= from) {
+                files.append(*file);
+            }
+        }
+    }
+    std::ranges::sort(files, {}, &StoredFile::number);
+    return files.mid(0, limit);
 }
 
 QString FileStore::root()
@@ -112,7 +166,12 @@ void FileStore::sweepPrivateFolder()
     }
 }
 
-std::int64_t FileStore::numberBehindAllFiles() const
+bool FileStore::isInSight() const
+{
+    return highestBucket() > 0;
+}
+
+std::int64_t FileStore::highestBucket() const
 {
     std::int64_t highestBucket = 0;
     for (const QString &name : QDir(m_root).entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
@@ -121,11 +180,17 @@ std::int64_t FileStore::numberBehindAllFiles() const
             highestBucket = std::max(highestBucket, bucket);
         }
     }
-    if (highestBucket == 0) {
+    return highestBucket;
+}
+
+std::int64_t FileStore::numberBehindAllFiles() const
+{
+    const std::int64_t highest = highestBucket();
+    if (highest == 0) {
         return 0;
     }
-    std::int64_t next = highestBucket - kFilesOfABucket; // lower buckets end before this
-    const QDir folder(m_root + QLatin1Char('/') + QString::number(highestBucket));
+    std::int64_t next = highest - kFilesOfABucket; // lower buckets end before this
+    const QDir folder(m_root + QLatin1Char('/') + QString::number(highest));
     for (const QString &name : folder.entryList(QDir::Files | QDir::Hidden | QDir::System)) {
         const std::int64_t number = numberIn(name.section(QLatin1Char('.'), 0, 0)).value_or(-1);
         next = std::max(next, number + 1);
@@ -148,7 +213,27 @@ QString FileStore::takePrivateCopy(const QString &source, ImportSource hands)
         }
     }
     m_files.copy(source, copy);
+    const auto original = hands == ImportSource::ownInbox ? platform::fileIdentity(source) : std::nullopt;
+    if (original) {
+        m_files.setModified(copy, original->modified);
+    } else {
+        dateForeignCopy(copy);
+    }
     return copy;
+}
+
+void FileStore::dateForeignCopy(const QString &copy)
+{
+    const auto identity = platform::fileIdentity(copy);
+    std::int64_t time = identity ? identity->modified.count() : 0;
+    {
+        const platform::MutexLock lock(m_mutex);
+        time = std::max(time, m_newestAcknowledged + 1);
+        m_newestAcknowledged = time;
+    }
+    if (!identity || identity->modified.count() != time) {
+        m_files.setModified(copy, std::chrono::nanoseconds(time)); // the clock stands, or was set back
+    }
 }
 
 void FileStore::dropPrivateCopy(const QString &copy)
@@ -169,31 +254,71 @@ StoredFile FileStore::moveIn(const QString &copy)
 
 StoredFile FileStore::moveToNextNumber(const QString &copy)
 {
+    if (!m_lock && !takeLock()) {
+        throw FileError("use the file store, which another gateway uses", EACCES);
+    }
     for (;; ++m_nextNumber) {
-        const QString folder = m_root + QLatin1Char('/') + QString::number(bucketOf(m_nextNumber));
+        const QString folder = folderOf(m_nextNumber);
         const QString path =
             folder + QLatin1Char('/') + QString::number(m_nextNumber) + QLatin1Char('.') + extensionOf(copy);
         platform::makeFoldersDurably(folder, m_files);
-        if (!QFileInfo::exists(path)) {
-            const StoredFile stored{path, pathStringOf(path), m_nextNumber};
-            beginImport(stored);
-            try {
-                m_files.rename(copy, path);
-            } catch (const FileError &) {
-                importEnded(stored);
-                throw;
+        const auto identity = platform::fileIdentity(copy);
+        const StoredFile stored{
+            path, pathStringOf(path), m_nextNumber, identity ? identity->modified.count() : 0};
+        beginImport(stored);
+        try {
+            m_files.renameToNew(copy, path);
+        } catch (const FileError &error) {
+            importEnded(stored);
+            if (error.code() == EEXIST) {
+                continue;
             }
-            ++m_nextNumber;
-            keepNumber();
-            return stored;
+            throw;
         }
+        ++m_nextNumber;
+        keepNumber();
+        return stored;
     }
+}
+
+QString FileStore::folderOf(std::int64_t number) const
+{
+    return m_root + QLatin1Char('/') + QString::number(bucketOf(number));
+}
+
+std::optional<StoredFile> FileStore::takeUpName(const QString &inboxFile)
+{
+    const auto wanted = platform::fileIdentity(inboxFile);
+    if (!wanted || wanted->names < 2) {
+        return std::nullopt; // the usual case costs no more than this
+    }
+    std::optional<StoredFile> found;
+    m_importQueue.sync([&] {
+        const std::int64_t newest = std::max<std::int64_t>(m_nextNumber - 1, 0);
+        QSet<QString> folders{folderOf(newest),
+                              folderOf(std::max<std::int64_t>(newest - kFilesOfABucket, 0))};
+        for (const QString &folder : std::as_const(folders)) {
+            platform::visitFolder(QFile::encodeName(folder), [&](const platform::FolderEntry &entry) {
+                const QString path = folder + u'/' + QFile::decodeName(entry.name());
+                const auto identity =
+                    entry.number() == wanted->number ? platform::fileIdentity(path) : std::nullopt;
+                if (identity && identity->isSameFile(*wanted) && !found) {
+                    found = numbered(pathStringOf(path));
+                }
+            });
+        }
+        if (found) {
+            beginImport(*found);
+        }
+    });
+    return found;
 }
 
 void FileStore::beginImport(const StoredFile &file)
 {
     const platform::MutexLock lock(m_mutex);
     m_beingImported.insert(file.pathString);
+    m_newestAcknowledged = std::max(m_newestAcknowledged, file.acknowledged);
 }
 
 void FileStore::importEnded(const StoredFile &file)
@@ -216,9 +341,12 @@ std::optional<StoredFile> FileStore::numbered(const QString &pathString) const
     }
     const auto bucket = numberIn(parts[0]);
     const auto number = numberIn(parts[1].section(QLatin1Char('.'), 0, 0));
-    const bool isOurs = bucket && number && bucketOf(*number) == *bucket;
-    return isOurs ? std::optional(StoredFile{m_root + QLatin1Char('/') + pathString, pathString, *number})
-                  : std::nullopt;
+    if (!bucket || !number || bucketOf(*number) != *bucket) {
+        return std::nullopt;
+    }
+    const QString path = m_root + QLatin1Char('/') + pathString;
+    const auto identity = platform::fileIdentity(path);
+    return StoredFile{path, pathString, *number, identity ? identity->modified.count() : 0};
 }
 
 void FileStore::keepNumber()

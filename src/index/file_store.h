@@ -4,7 +4,9 @@
 #include "index/import_recorder.h"
 #include "platform/concurrency/mutex.h"
 #include "platform/concurrency/serial_queue.h"
+#include "platform/files/home_lock.h"
 
+#include <QtCore/QList>
 #include <QtCore/QSet>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
@@ -14,6 +16,7 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <stdexcept>
 
 namespace gateway::platform {
 class Clock;
@@ -23,24 +26,49 @@ class UserDefaults;
 
 namespace gateway::index {
 
+/// Another process works in this file store. Its text is one sentence for the operator.
+class StoreInUseError : public std::runtime_error
+{
+public:
+    /// \param owner  the other one's process id, where it is known.
+    explicit StoreInUseError(std::optional<qint64> owner);
+
+    QString message() const { return QString::fromUtf8(what()); }
+};
+
 /// The files that the gateway keeps: `<root>/<bucket>/<number>.<extension>`, at most 10000 a bucket.
 ///
 /// The running number only rises, and never leads to a file that exists. It stands under the defaults key
 /// "QuorinGateway.DataFileIndex", written at most once a second; where that write was lost, the files and
 /// the index's own record of the number tell more, and opening takes the highest.
 ///
-/// Owner: DicomDB. Thread: any. One process at a time works in one root.
+/// Owner: DicomDB. Thread: any. One process at a time works in one root, whatever home it has: a lock in the
+/// root sees to it. Where the root can't be reached at opening, the lock is taken with the first file.
 class FileStore
 {
 public:
     /// Takes the running number up and sweeps private copies that a crash left behind.
     ///
-    /// \param atLeast  no file gets a number below this.
+    /// \param atLeast             no file gets a number below this.
+    /// \param newestAcknowledged  nanoseconds since 1970: what is copied in counts as acknowledged later.
+    /// \throws StoreInUseError
     FileStore(QString root,
               platform::UserDefaults &defaults,
               platform::Clock &clock,
               platform::FileSystem &files,
-              std::int64_t atLeast);
+              std::int64_t atLeast,
+              std::int64_t newestAcknowledged = 0);
+
+    /// The number that the first file moved in by this process gets, above those of all files that were
+    /// there.
+    std::int64_t numberAtOpening() const { return m_numberAtOpening; }
+
+    /// True when the folders that files once lay in, or some of them, can be seen: with a share that is away
+    /// there are none.
+    bool isInSight() const;
+
+    /// The next files of the store from the number `from` on, by number, at most `limit`.
+    QList<StoredFile> filesFrom(std::int64_t from, int limit) const;
 
     /// The root; made, with its parents, when it is missing. A failure to make it is ignored here.
     QString root();
@@ -51,15 +79,21 @@ public:
     /// The `pathString` of a file: its path relative to the root; of a file elsewhere, its last component.
     QString pathStringOf(const QString &path) const;
 
-    /// Copies `source` to a new name on the store's own volume, content durable. \throws FileError
+    /// Copies `source` to a new name on the store's own volume, content durable. A copy of an inbox file has
+    /// its time, that of any other a time of its own, later than those of all before it. \throws FileError
     QString takePrivateCopy(const QString &source, ImportSource hands);
 
     /// Removes a private copy; a failure leaves it for the sweep at the next opening.
     void dropPrivateCopy(const QString &copy);
 
     /// Moves a private copy in under the next running number, strictly one after another over all threads.
-    /// \throws FileError  when it could not be moved; the number then doesn't rise.
+    /// \throws FileError  when it could not be moved, or another process has the store (EACCES); the number
+    ///                    then doesn't rise.
     StoredFile moveIn(const QString &copy);
+
+    /// The name that an inbox file has in the store already, because an import of it died or failed before
+    /// the file could leave the inbox. It counts as being imported from now on. Looks among the newest names.
+    std::optional<StoredFile> takeUpName(const QString &inboxFile);
 
     /// The import of a file that was moved in is over, with rows or without them.
     void importEnded(const StoredFile &file);
@@ -68,13 +102,14 @@ public:
     /// without this belongs to no import any more.
     bool isBeingImported(const QString &pathString) const;
 
-    /// The stored file of a `pathString` of the form that the store gives; nothing for any other.
+    /// The stored file of a `pathString` of the form that the store gives, with its time where it is there;
+    /// nothing for any other.
     std::optional<StoredFile> numbered(const QString &pathString) const;
 
     /// Makes the name that `moveIn` gave durable. \throws FileError
     void makeDurable(const StoredFile &file);
 
-    /// Removes a file that no row refers to; a failure is ignored.
+    /// Removes a file to which no row was ever to refer; a failure is ignored.
     void discard(const StoredFile &file);
 
     /// What became of a file that was to go.
@@ -96,9 +131,13 @@ public:
 private:
     QString privateFolder() const;
     void sweepPrivateFolder();
+    std::int64_t highestBucket() const;
     std::int64_t numberBehindAllFiles() const;
     StoredFile moveToNextNumber(const QString &copy);
     void keepNumber();
+    void dateForeignCopy(const QString &copy);
+    bool takeLock();
+    QString folderOf(std::int64_t number) const;
     Removal remove(const QString &path);
     void beginImport(const StoredFile &file);
 
@@ -109,9 +148,12 @@ private:
 
     mutable platform::Mutex m_mutex;
     QSet<QString> m_beingImported QUORIN_GUARDED_BY(m_mutex);
+    std::int64_t m_newestAcknowledged QUORIN_GUARDED_BY(m_mutex);
 
     // Touched on m_importQueue only, once constructed.
+    std::optional<platform::HomeLock> m_lock;
     std::int64_t m_nextNumber = 0;
+    std::int64_t m_numberAtOpening = 0; // not changed any more
     std::optional<std::chrono::nanoseconds> m_numberKeptAt;
 
     platform::SerialQueue m_importQueue; // last: drained before the fields go

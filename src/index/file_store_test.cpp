@@ -181,4 +181,38 @@ TEST_F(StoreRoot, PrivateCopiesOfACrashAreSweptAtOpening)
         QDir(home.fileStoreRoot() + QStringLiteral("/.incoming")).isEmpty(QDir::Files | QDir::Hidden));
 }
 
+TEST_F(StoreRoot, BelongsToOneAtATime)
+{
+    const QString path = importAs(QStringLiteral("a.dcm"));
+    platform::UserDefaults others(home.path(QStringLiteral("others.sqlite")));
+    const auto openSecond = [&] {
+        DicomDB second(
+            {home.path(QStringLiteral("other/index.sqlite")), home.fileStoreRoot()},
+            {others, home.parser, home.notifications, home.main, home.clock, platform::systemFiles()});
+    };
+
+    EXPECT_THROW(openSecond(), StoreInUseError);
+    home.close();
+    EXPECT_NO_THROW(openSecond());
+    EXPECT_TRUE(QFile::exists(home.fileStoreRoot() + QLatin1Char('/') + path));
+}
+
+TEST_F(StoreRoot, LocksAgainstOthersWithTheFirstFileWhereItWasOutOfReach)
+{
+    home.close();
+    QDir(home.fileStoreRoot()).removeRecursively();
+    QFile inTheWay(home.fileStoreRoot());
+    ASSERT_TRUE(inTheWay.open(QIODevice::WriteOnly));
+    home.reopen();
+    ASSERT_TRUE(inTheWay.remove());
+    ASSERT_TRUE(QDir().mkpath(home.fileStoreRoot()));
+    {
+        const auto other = platform::HomeLock::tryLock(home.fileStoreRoot() + QStringLiteral("/.lock"));
+        ASSERT_TRUE(other);
+        EXPECT_THROW(importAs(QStringLiteral("a.dcm")), GatewayImportError);
+    }
+
+    EXPECT_EQ(importAs(QStringLiteral("b.dcm")), QStringLiteral("10000/0.dcm"));
+}
+
 } // namespace gateway::index

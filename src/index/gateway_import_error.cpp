@@ -23,6 +23,8 @@ QString GatewayImportError::errorDescription() const
         return QStringLiteral("Could not move imported file to local storage.");
     case Kind::databaseSaveRejected:
         return QStringLiteral("DICOM metadata could not be persisted.");
+    case Kind::objectDamaged:
+        return QStringLiteral("The file ends before its DICOM object does.");
     }
     return {};
 }

@@ -19,7 +19,8 @@ public:
         invalidSourceURL,
         dicomParseFailed,
         moveToLocalDirectoryFailed,
-        databaseSaveRejected
+        databaseSaveRejected,
+        objectDamaged
     };
 
     /// Whose fault it was, which decides what may become of the source.

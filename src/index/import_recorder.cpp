@@ -1,6 +1,7 @@
 #include "index/import_recorder.h"
 
 #include "index/import_elements.h"
+#include "index/stored_copies.h"
 #include "index/sync_state.h"
 #include "platform/sqlite/database.h"
 
@@ -51,8 +52,8 @@ RETURNING pk)sql";
 constexpr std::string_view kImage = R"sql(
 INSERT INTO DicomImage (series, createDate, date, pathString, fileType, fileExtension, height, width,
     numberOfFrames, numberOfSeries, seriesInstanceUID, sopInstanceUID, originalSOPInstanceUID, orientation,
-    origin, sliceLocation, comment, modality, frameID, instanceNumber, syncState)
-VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12, ?13, ?14, ?15, ?16, ?17, ?18, ?19, ?20, 0)
+    origin, sliceLocation, comment, modality, frameID, instanceNumber, acknowledged, damaged, syncState)
+VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12, ?13, ?14, ?15, ?16, ?17, ?18, ?19, ?20, ?22, ?23, 0)
 ON CONFLICT (series, sopInstanceUID, frameID, originalSOPInstanceUID) DO UPDATE SET
     createDate = excluded.createDate, date = excluded.date, pathString = excluded.pathString,
     fileType = excluded.fileType, fileExtension = excluded.fileExtension, height = excluded.height,
@@ -60,12 +61,20 @@ ON CONFLICT (series, sopInstanceUID, frameID, originalSOPInstanceUID) DO UPDATE 
     numberOfSeries = excluded.numberOfSeries, orientation = excluded.orientation, origin = excluded.origin,
     sliceLocation = coalesce(excluded.sliceLocation, sliceLocation), comment = excluded.comment,
     modality = excluded.modality, instanceNumber = excluded.instanceNumber,
+    acknowledged = excluded.acknowledged, damaged = excluded.damaged,
     syncState = CASE WHEN trim(pathString, ?21) IS excluded.pathString THEN syncState ELSE 0 END,
     uploadDate = CASE WHEN trim(pathString, ?21) IS excluded.pathString THEN uploadDate END)sql";
 
 constexpr int kFrameParameter = 19;
 constexpr int kInstanceNumberParameter = 20;
 constexpr int kWhiteSpaceParameter = 21;
+constexpr int kAcknowledgedParameter = 22;
+constexpr int kDamagedParameter = 23;
+
+// Frames that only an earlier version of the image had.
+constexpr std::string_view kDeleteOtherFrames =
+    "DELETE FROM DicomImage WHERE series = ? AND sopInstanceUID = ? AND originalSOPInstanceUID = ? "
+    "AND pathString IS NOT ?";
 
 std::int64_t atLeastOne(const QVariantMap &found, const QString &key)
 {
@@ -178,32 +187,88 @@ void writeImages(Database &database,
                   text(found, QStringLiteral("ImageComments")),
                   text(found, QStringLiteral("modality")));
     image.bind(kWhiteSpaceParameter, QStringLiteral(" \t\n\r\f\v"));
+    image.bind(kAcknowledgedParameter, file.acknowledged);
+    image.bind(kDamagedParameter, boolean(found, QStringLiteral("damaged")).value_or(false));
     const std::int64_t first = fittingInt32(integer(found, QStringLiteral("imageID"), 0), extent.frames - 1);
     for (std::int64_t frame = 0; frame < extent.frames; ++frame) {
         image.bind(kFrameParameter, frame).bind(kInstanceNumberParameter, first + frame).run();
     }
+    database.prepare(kDeleteOtherFrames)
+        .bindAll(series.row, uid + QString::number(series.index), uid, file.pathString)
+        .run();
+}
+
+QStringList keysOf(const QVariantMap &found, const Extent &extent)
+{
+    const QString seriesID = text(found, QStringLiteral("seriesID")).value_or(QString());
+    QStringList keys;
+    for (std::int64_t index = 0; index < extent.series; ++index) {
+        keys.append(seriesID + QString::number(index));
+    }
+    return keys;
+}
+
+void writeRows(Database &database,
+               const QVariantMap &found,
+               const StoredFile &file,
+               const Extent &extent,
+               const QStringList &keys,
+               std::int64_t now)
+{
+    const std::int64_t study = writeStudy(database, found, now);
+    for (qsizetype index = 0; index < keys.size(); ++index) {
+        const std::int64_t row = writeSeries(database, found, study, keys[index], extent, now);
+        writeImages(database, found, {row, keys[index], index}, file, extent, now);
+    }
+}
+
+/// The rows stand for the file now: notes those that they stood for before.
+void noteReplaced(Database &database, const StoredFile &file, const std::vector<CurrentCopy> &copies)
+{
+    database.prepare("DELETE FROM SupersededFile WHERE pathString = ?").bindAll(file.pathString).run();
+    for (const CurrentCopy &copy : copies) {
+        noteSuperseded(database, copy.pathString, copy.acknowledged, file.pathString);
+    }
+}
+
+/// The rows stay with the rival: notes the file beside it.
+QSet<QString> noteBeside(Database &database, const StoredFile &file, const Judgement &judgement)
+{
+    const CurrentCopy &rival = judgement.rival;
+    if (judgement.standing == Standing::sameObject) {
+        noteForRemoval(database, {file.pathString});
+        return {file.pathString};
+    }
+    noteSuperseded(database, file.pathString, file.acknowledged, rival.pathString);
+    database.prepare("UPDATE DicomImage SET acknowledged = ? WHERE pathString = ? AND acknowledged = 0")
+        .bindAll(rival.acknowledged, rival.pathString)
+        .run();
+    return releaseIfProven(database, rival.pathString);
 }
 
 } // namespace
 
-QStringList
-recordImport(Database &database, const QVariantMap &found, const StoredFile &file, std::int64_t now)
+Recorded recordImport(Database &database, const QVariantMap &found, const StoredFile &file, std::int64_t now)
 {
     const Extent extent = extentOf(found);
-    const QString seriesID = text(found, QStringLiteral("seriesID")).value_or(QString());
-    const std::int64_t study = writeStudy(database, found, now);
-    QStringList keys;
-    for (std::int64_t index = 0; index < extent.series; ++index) {
-        const QString key = seriesID + QString::number(index);
-        const std::int64_t row = writeSeries(database, found, study, key, extent, now);
-        writeImages(database, found, {row, key, index}, file, extent, now);
-        keys.append(key);
+    const Judgement judgement = judge(database, found, file);
+    Recorded recorded{keysOf(found, extent), judgement.standing == Standing::current, {}, {}};
+    if (recorded.isCurrent) {
+        noteReplaced(database, file, judgement.copies);
+        writeRows(database, found, file, extent, recorded.seriesKeys, now);
+        for (const CurrentCopy &copy : judgement.copies) {
+            recorded.replaced.insert(copy.pathString);
+        }
+    } else {
+        recorded.released = noteBeside(database, file, judgement);
     }
-    database.prepare("UPDATE Ledger SET nextFileNumber = max(nextFileNumber, ?)")
-        .bindAll(file.number + 1)
+    database
+        .prepare("UPDATE Ledger SET nextFileNumber = max(nextFileNumber, ?), "
+                 "newestAcknowledged = max(newestAcknowledged, ?)")
+        .bindAll(file.number + 1, file.acknowledged)
         .run();
     rollUpAllStates(database);
-    return keys;
+    return recorded;
 }
 
 } // namespace gateway::index

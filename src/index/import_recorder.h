@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QtCore/QSet>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 #include <QtCore/QVariantMap>
@@ -18,21 +19,34 @@ struct StoredFile
     QString path;            ///< absolute
     QString pathString;      ///< relative to the store's root, as the rows keep it
     std::int64_t number = 0; ///< its running number
+
+    /// When its sender or a person was told that it is taken, in nanoseconds since 1970: the time of the
+    /// file, which all of its names share.
+    std::int64_t acknowledged = 0;
 };
 
 /// A file is recorded with at most this many rows (frames times series). A header that claims more counts as
 /// one that claims nothing: the file still has its row and goes to the cloud whole.
 inline constexpr std::int64_t kMaxRowsOfAFile = 100'000;
 
+/// What became of a stored file.
+struct Recorded
+{
+    QStringList seriesKeys; ///< of its series, in order
+    bool isCurrent = true;  ///< its image's rows stand for it, not for another copy
+    QSet<QString> replaced; ///< the files for which they stood until now
+    QSet<QString> released; ///< files that are noted for their removal, perhaps this one
+};
+
 /// Writes or updates the Study, Series and DicomImage rows of one stored file and settles what changed with
-/// them. Runs inside the caller's transaction.
+/// them; where the rows of its image stand for a file that was acknowledged later, or for a whole one while
+/// this one is damaged, they stay, and this file is noted beside them. Runs inside the caller's transaction.
 ///
 /// \param elements  what the parser read from the file.
-/// \param now       milliseconds since 1970, UTC.
-/// \return the keys of the series written, in order. Throws SqliteError.
-QStringList recordImport(platform::Database &database,
-                         const QVariantMap &elements,
-                         const StoredFile &file,
-                         std::int64_t now);
+/// \param now       milliseconds since 1970, UTC. Throws SqliteError.
+Recorded recordImport(platform::Database &database,
+                      const QVariantMap &elements,
+                      const StoredFile &file,
+                      std::int64_t now);
 
 } // namespace gateway::index

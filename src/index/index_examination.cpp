@@ -3,6 +3,7 @@
 #include "index/file_store.h"
 #include "index/import_elements.h"
 #include "index/index_store.h"
+#include "index/stored_copies.h"
 #include "platform/concurrency/clock.h"
 #include "platform/dicom/dicom_parsing.h"
 #include "platform/sqlite/database.h"
@@ -11,6 +12,7 @@
 
 namespace gateway::index {
 
+using elements::boolean;
 using elements::text;
 using platform::Database;
 using platform::Statement;
@@ -25,16 +27,6 @@ constexpr const char *kFilesBehind = "SELECT pathString, min(syncState IS 1), ma
 constexpr const char *kOneFile =
     "SELECT pathString, min(syncState IS 1), max(syncState IS 3) "
     "FROM DicomImage INDEXED BY DicomImage_path WHERE pathString = ? GROUP BY pathString";
-
-constexpr const char *kIsSpokenFor = "SELECT EXISTS (SELECT 1 FROM DicomImage WHERE pathString = ?1) "
-                                     "OR EXISTS (SELECT 1 FROM PendingRemoval WHERE pathString = ?1)";
-
-// The files of the rows that an import of the same instance would write to.
-constexpr const char *kFilesOfInstance =
-    "SELECT DISTINCT pathString FROM Study JOIN Series ON Series.study = Study.pk "
-    "JOIN DicomImage ON DicomImage.series = Series.pk "
-    "WHERE studyInstanceUID = ? AND Series.seriesInstanceUID = ? AND sopInstanceUID = ? "
-    "AND originalSOPInstanceUID = ?";
 
 RecordedFile recordedAt(const Statement &row)
 {
@@ -123,77 +115,94 @@ std::int64_t IndexExamination::pendingRemovals() const
         [](Database &database) { return database.integer("SELECT count(*) FROM PendingRemoval"); });
 }
 
-bool IndexExamination::isSpokenFor(Database &database, const QString &pathString) const
+/// True for a file that has its place in the index: rows, a note that it may go, or a note that it stands
+/// beside a file that is there.
+bool IndexExamination::hasItsPlace(Database &database, const QString &pathString) const
 {
-    Statement row = database.prepare(kIsSpokenFor);
-    row.bindAll(pathString);
-    return row.step() && row.integer(0) != 0;
+    const QString successor = successorOf(database, pathString);
+    return successor.isEmpty() ? isSpokenFor(database, pathString)
+                               : QFileInfo(m_files.fileURL(successor).toLocalFile()).isFile();
 }
 
-/// True where rows of the same instance refer to a file that is there, and which isn't the older of the two.
-bool IndexExamination::hasFileAlready(Database &database, const UnrecordedFile &file) const
+bool IndexExamination::hasPlace(const QString &pathString) const
 {
-    const std::optional<QString> study = text(file.elements, QStringLiteral("studyID"));
-    const QString uid = textOr(file.elements, QStringLiteral("SOPUID"));
-    if (!study || uid.isEmpty()) {
-        return false; // images without an identity stay apart
-    }
-    Statement row = database.prepare(kFilesOfInstance);
-    row.bindAll(*study, textOr(file.elements, QStringLiteral("seriesID")) + u'0', uid + u'0', uid);
-    while (row.step()) {
-        const QString other = row.text(0).trimmed();
-        const std::optional<StoredFile> place = m_files.numbered(other);
-        const bool isLater = file.place && place && file.place->number > place->number;
-        if (!other.isEmpty() && !isLater && QFileInfo(m_files.fileURL(other).toLocalFile()).isFile()) {
-            return true;
-        }
-    }
-    return false;
+    return m_store.read([&](Database &database) { return hasItsPlace(database, pathString); });
 }
 
 UnrecordedFile IndexExamination::lookAt(const QString &pathString) const
 {
     UnrecordedFile file{
-        UnrecordedFile::Kind::none, m_files.numbered(pathString), m_files.fileURL(pathString), {}};
+        UnrecordedFile::Kind::none, m_files.numbered(pathString), m_files.fileURL(pathString), {}, {}};
     // In this order: an import writes its rows first and says then that it is over. A file that was seen, is
     // in no import's hands and has no rows after that belongs to none.
     if (m_files.isBeingImported(pathString)) {
         return file;
     }
-    const auto isSpoken = [&] {
-        return m_store.read([&](Database &database) { return isSpokenFor(database, pathString); });
-    };
     const QString path = file.fileURL.toLocalFile();
-    if (isSpoken() || !QFileInfo(path).isFile()) {
+    if (hasPlace(pathString) || !QFileInfo(path).isFile()) {
         return file;
     }
     const platform::ParsedFile found = m_parser.parse(path);
     using Fate = platform::ParsedFile::Fate;
     if (found.fate != Fate::parsed || textOr(found.elements, QStringLiteral("patientUID")).isEmpty()) {
         const bool isTrouble = found.fate == Fate::trouble || found.fate == Fate::unavailable;
-        const bool isStillThere = QFileInfo(path).isFile() && !isSpoken();
+        const bool isStillThere = QFileInfo(path).isFile() && !hasPlace(pathString);
         file.kind = !isStillThere ? UnrecordedFile::Kind::none
                     : isTrouble   ? UnrecordedFile::Kind::unexamined
                                   : UnrecordedFile::Kind::unreadable;
         return file;
     }
     file.elements = found.elements;
-    const bool isHeld = m_store.read([&](Database &database) { return hasFileAlready(database, file); });
-    file.kind = isHeld ? UnrecordedFile::Kind::earlierCopy : UnrecordedFile::Kind::image;
+    compareWithCurrent(file);
     return file;
 }
 
-bool IndexExamination::record(const UnrecordedFile &file)
+/// Tells what a readable file without a place is beside the one that its image's rows refer to.
+void IndexExamination::compareWithCurrent(UnrecordedFile &file) const
 {
-    bool recorded = false;
+    // A file outside of the store's places has no number, and never takes the place of another.
+    const QString path = file.fileURL.toLocalFile();
+    const StoredFile place = file.place.value_or(StoredFile{path, m_files.pathStringOf(path), -1, 0});
+    const Judgement judgement =
+        m_store.read([&](Database &database) { return judge(database, file.elements, place); });
+    const bool isWhole = !boolean(file.elements, QStringLiteral("damaged")).value_or(false);
+    file.kind = UnrecordedFile::Kind::earlierCopy;
+    if (judgement.standing == Standing::current) {
+        file.kind = UnrecordedFile::Kind::image;
+    } else if (isWhole && judgement.standing == Standing::superseded && file.place) {
+        const platform::ParsedFile rival =
+            m_parser.parse(m_files.fileURL(judgement.rival.pathString).toLocalFile());
+        if (boolean(rival.elements, QStringLiteral("damaged")).value_or(false)) {
+            file.kind = UnrecordedFile::Kind::wholeCopy;
+            file.damagedRival = judgement.rival.pathString;
+        }
+    }
+}
+
+std::int64_t IndexExamination::record(const QList<UnrecordedFile> &files)
+{
+    std::int64_t recorded = 0;
     m_store.write([&](Database &database) {
-        recorded = !isSpokenFor(database, file.place->pathString) && !hasFileAlready(database, file) &&
-                   QFileInfo(file.place->path).isFile();
-        if (recorded) {
+        recorded = 0;
+        for (const UnrecordedFile &file : files) {
+            if (hasItsPlace(database, file.place->pathString) || !QFileInfo(file.place->path).isFile()) {
+                continue;
+            }
+            database.prepare("UPDATE DicomImage SET damaged = 1 WHERE pathString = ?")
+                .bindAll(file.damagedRival)
+                .run();
             recordImport(database, file.elements, *file.place, m_clock.now().toMSecsSinceEpoch());
+            ++recorded;
         }
     });
     return recorded;
+}
+
+std::int64_t IndexExamination::damagedFiles() const
+{
+    return m_store.read([](Database &database) {
+        return database.integer("SELECT count(DISTINCT pathString) FROM DicomImage WHERE damaged <> 0");
+    });
 }
 
 } // namespace gateway::index

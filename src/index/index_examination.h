@@ -40,7 +40,8 @@ struct UnrecordedFile
     {
         none,        ///< it is recorded after all, about to be, or about to be removed, or it has gone
         image,       ///< an image that the index doesn't have
-        earlierCopy, ///< another copy of an image whose rows refer to a file that is there
+        earlierCopy, ///< a copy of an image whose rows refer to a later file, or to a whole one
+        wholeCopy,   ///< an image whose rows refer to a later file that ends before its elements do
         unreadable,  ///< no image that could be recorded
         unexamined   ///< trouble stood in the way of looking at it
     };
@@ -49,11 +50,12 @@ struct UnrecordedFile
     std::optional<StoredFile> place; ///< where it has the place that the store would give it
     QUrl fileURL;
     QVariantMap elements; ///< of an image
+    QString damagedRival; ///< of a `wholeCopy`: the file that its rows refer to
 };
 
 /// The index compared with itself and with the file store, in small steps that a live index goes on beside.
 ///
-/// Nothing here removes a row or a file. Reads end with an SqliteError when their stop is requested. Each
+/// Nothing here removes a file. Reads end with an SqliteError when their stop is requested. Each
 /// function throws SqliteError.
 ///
 /// Owner: a value for the length of an examination; the index outlives it. Thread: any.
@@ -94,16 +96,23 @@ public:
     /// moved in is never taken for one without rows.
     UnrecordedFile lookAt(const QString &pathString) const;
 
-    /// Records an image where it lies, unless somebody else did or its rows have a file by now: an image
-    /// without a file gets one so, and a later copy takes the place of an earlier one.
+    /// Records a file where it lies, unless somebody else did by now: as the one for which its image's rows
+    /// stand, or as a copy beside it that goes when it has served.
     ///
-    /// \param file  of kind `image`, in its place.
+    /// \param file  of kind `image`, `earlierCopy` or `wholeCopy`, in its place.
     /// \return false when there was nothing to record any more.
-    bool record(const UnrecordedFile &file);
+    bool record(const UnrecordedFile &file) { return record(QList<UnrecordedFile>{file}) == 1; }
+
+    /// The same for several in one transaction. \return how many were recorded.
+    std::int64_t record(const QList<UnrecordedFile> &files);
+
+    /// How many stored files that rows stand for end before their elements do.
+    std::int64_t damagedFiles() const;
 
 private:
-    bool isSpokenFor(platform::Database &database, const QString &pathString) const;
-    bool hasFileAlready(platform::Database &database, const UnrecordedFile &file) const;
+    bool hasItsPlace(platform::Database &database, const QString &pathString) const;
+    bool hasPlace(const QString &pathString) const;
+    void compareWithCurrent(UnrecordedFile &file) const;
 
     IndexStore &m_store;
     FileStore &m_files;

@@ -18,6 +18,8 @@ namespace {
 using Kind = UnrecordedFile::Kind;
 using testing::TemporaryIndex;
 
+const QVariantMap kChanged{{QStringLiteral("ImageComments"), QStringLiteral("corrected")}};
+
 /// The machine's disk, with something that happens when a folder is synced: a file has its name then, and no
 /// rows yet.
 class WatchedDisk final : public platform::FileSystem
@@ -29,6 +31,11 @@ public:
     void copy(const QString &from, const QString &to) override { m_below.copy(from, to); }
     void link(const QString &from, const QString &to) override { m_below.link(from, to); }
     void rename(const QString &from, const QString &to) override { m_below.rename(from, to); }
+    void renameToNew(const QString &from, const QString &to) override { m_below.renameToNew(from, to); }
+    void setModified(const QString &path, std::chrono::nanoseconds time) override
+    {
+        m_below.setModified(path, time);
+    }
     void remove(const QString &path) override { m_below.remove(path); }
     void makeFolder(const QString &path) override { m_below.makeFolder(path); }
     void syncFile(const QString &path) override { m_below.syncFile(path); }
@@ -177,11 +184,13 @@ TEST_F(Examination, TakesAFileThatWaitsForItsRemovalForNoOrphan)
 TEST_F(Examination, KnowsTheEarlierCopyOfAnImageThatWasSentAgain)
 {
     const QString first = importOne(QStringLiteral("9.1"));
-    const QString second = importOne(QStringLiteral("9.1"));
+    const QString second = importOne(QStringLiteral("9.1"), kChanged);
 
-    EXPECT_EQ(kindOf(first), Kind::earlierCopy);
+    EXPECT_EQ(kindOf(first), Kind::none);
     EXPECT_EQ(kindOf(second), Kind::none);
-    EXPECT_FALSE(examination().record(examination().lookAt(first)));
+    home.execute(QStringLiteral("DELETE FROM SupersededFile"));
+    EXPECT_EQ(kindOf(first), Kind::earlierCopy);
+    EXPECT_TRUE(examination().record(examination().lookAt(first)));
     EXPECT_EQ(pathsOfRows(), QStringList{second});
 }
 
@@ -225,11 +234,12 @@ TEST_F(Examination, GivesAnImageWhoseFileIsGoneTheCopyThatIsThere)
 TEST_F(Examination, PrefersTheLaterOfTwoCopiesAndNeverTurnsBack)
 {
     const QString first = importOne(QStringLiteral("9.1"));
-    put(QStringLiteral("10000/77.dcm"), TemporaryIndex::image(QStringLiteral("9.1")));
+    put(QStringLiteral("10000/77.dcm"), TemporaryIndex::image(QStringLiteral("9.1"), kChanged));
 
     EXPECT_TRUE(examination().record(examination().lookAt(QStringLiteral("10000/77.dcm"))));
 
-    EXPECT_EQ(kindOf(first), Kind::earlierCopy);
+    EXPECT_EQ(kindOf(first), Kind::none);
+    EXPECT_FALSE(examination().record(examination().lookAt(QStringLiteral("10000/77.dcm"))));
     EXPECT_EQ(pathsOfRows(), QStringList{QStringLiteral("10000/77.dcm")});
 }
 

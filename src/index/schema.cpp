@@ -4,6 +4,7 @@
 #include "index/schema_version_2.h"
 #include "index/schema_version_3.h"
 #include "index/sent_instances.h"
+#include "index/tally_recount.h"
 #include "platform/sqlite/database.h"
 
 #include <QtCore/QFileInfo>
@@ -83,6 +84,11 @@ void bringSchemaUpToDate(Database &database)
     if (found < 3) {
         database.exec(kQueueOfSchemaVersion3);
         database.exec(kCopiesOfSchemaVersion3);
+        rebuildActivityHours(database); // a repair of earlier versions added them again
+        if (found < 1) {
+            // Files may lie in the store already, when an index was lost.
+            database.exec("UPDATE Ledger SET recordAgainFrom = 0");
+        }
         database.exec(kSentOfSchemaVersion3);
         noteSentBefore(database);
     }

@@ -1,6 +1,8 @@
 #include "index/schema.h"
 
 #include "index/index_store.h"
+#include "index/schema_version_1.h"
+#include "index/schema_version_2.h"
 #include "platform/sqlite/database.h"
 
 #include <QtCore/QCryptographicHash>
@@ -76,6 +78,16 @@ protected:
     {
         return texts("SELECT * FROM Ledger") + texts("SELECT * FROM Study") + texts("SELECT * FROM Series") +
                texts("SELECT * FROM DicomImage");
+    }
+
+    // Later versions add columns behind those that were there.
+    void expectKept(const QStringList &before) const
+    {
+        const QStringList now = rowsOfVersion1();
+        ASSERT_EQ(now.size(), before.size());
+        for (qsizetype row = 0; row < before.size(); ++row) {
+            EXPECT_TRUE((now[row] + u'|').startsWith(before[row] + u'|')) << now[row].toStdString();
+        }
     }
 
     // Opening must fail with this sentence and leave every byte as it was.
@@ -190,11 +202,7 @@ TEST_F(IndexFile, OfVersion1IsBroughtForwardWithEveryRowItHeld)
 
     Database database = Database::open(path(), Database::Access::readOnly);
     EXPECT_EQ(database.integer("PRAGMA user_version"), kSchemaVersion);
-    const QStringList after = rowsOfVersion1();
-    ASSERT_EQ(after.size(), before.size());
-    for (qsizetype row = 0; row < before.size(); ++row) {
-        EXPECT_TRUE(after[row].startsWith(before[row])) << "new columns stand behind what there was";
-    }
+    expectKept(before);
     EXPECT_EQ(database.integer("SELECT count(*) FROM PendingRemoval"), 0);
     EXPECT_EQ(database.integer("SELECT count(*) FROM UploadFailure"), 0);
     EXPECT_EQ(texts("SELECT * FROM ActivityHour"), QStringList{QStringLiteral("490908|7|4")})
@@ -230,14 +238,45 @@ TEST_F(IndexFile, OfVersion1StaysOneWhenTheMigrationFails)
 }
 
 // A file in the field has exactly these tables. Who changes them writes the next version and a migration.
-TEST_F(IndexFile, TheTablesOfVersion3AreTheReleasedOnes)
+TEST_F(IndexFile, TheTablesOfVersion2AreTheReleasedOnes)
 {
-    IndexStore store(path());
+    execute((std::string(kSchemaVersion1) + kSchemaVersion2).c_str());
 
     const QByteArray all = tables().join(QLatin1Char('\n')).toUtf8();
 
     EXPECT_EQ(QCryptographicHash::hash(all, QCryptographicHash::Sha256).toHex().toStdString(),
-              "fd242d2a436e7f8fd73c4ca0046c942d0319c4cb802b5b17d8d430c07047f0a4");
+              "8fdf2d4393894f59755ad45cacca32ab74222fbfe1b474dfffdb63aaecb517e5");
+}
+
+TEST_F(IndexFile, OfVersion2KeepsItsRowsAndHasItsHoursCountedAnew)
+{
+    putStored(QStringLiteral("version_2.sqlite"));
+    const QStringList before = rowsOfVersion1();
+    ASSERT_EQ(texts("SELECT * FROM ActivityHour"), QStringList{QStringLiteral("490908|14|8")})
+        << "a repair has added them twice";
+
+    IndexStore store(path());
+
+    Database database = Database::open(path(), Database::Access::readOnly);
+    EXPECT_EQ(database.integer("PRAGMA user_version"), kSchemaVersion);
+    expectKept(before);
+    EXPECT_EQ(texts("SELECT pathString FROM PendingRemoval"), QStringList{QStringLiteral("10000/99.dcm")});
+    EXPECT_EQ(database.integer("SELECT count(*) FROM UploadFailure"), 1);
+    EXPECT_EQ(texts("SELECT * FROM ActivityHour"), QStringList{QStringLiteral("490908|7|4")});
+}
+
+TEST_F(IndexFile, OfVersion2HasTheTablesOfANewOneOnceItIsBroughtForward)
+{
+    putStored(QStringLiteral("version_2.sqlite"));
+    {
+        IndexStore store(path());
+    }
+    const QStringList forwarded = tables();
+
+    QFile::remove(path());
+    IndexStore store(path());
+
+    EXPECT_EQ(forwarded, tables());
 }
 
 } // namespace gateway::index

@@ -39,6 +39,12 @@ constexpr const char *kActivityByRows =
 constexpr const char *kActivityByHeart =
     "SELECT slot, received, sent FROM Activity WHERE received <> 0 OR sent <> 0";
 
+constexpr const char *kHoursBySlots =
+    "SELECT slot / 12, sum(received), sum(sent) FROM Activity GROUP BY slot / 12";
+
+constexpr const char *kHoursByHeart =
+    "SELECT hour, received, sent FROM ActivityHour WHERE received <> 0 OR sent <> 0";
+
 // Joined with their table: true where it differs from them.
 constexpr const char *kSeriesDiffers =
     "(Series.imageCount, Series.syncedCount, Series.failedCount, Series.inProgressCount) IS NOT "
@@ -94,12 +100,16 @@ std::string studyTable()
            kStudyBySeries + " AS n ON n.pk = Study.pk";
 }
 
-std::int64_t wrongSlots(Database &database)
+/// How many values of the first column, the time, have other figures in one query than in the other.
+std::int64_t wrongTimes(Database &database, const std::string &counted, const std::string &byHeart)
 {
-    const std::string byRows = kActivityByRows;
-    const std::string byHeart = kActivityByHeart;
-    return database.integer("SELECT count(DISTINCT slot) FROM (SELECT * FROM (" + byRows + " EXCEPT " +
-                            byHeart + ") UNION ALL SELECT * FROM (" + byHeart + " EXCEPT " + byRows + "))");
+    return database.integer("WITH Every (time, received, sent) AS (" + counted +
+                            "), Counted AS (SELECT * FROM Every WHERE received <> 0 OR sent <> 0), Known "
+                            "(time, received, sent) AS (" +
+                            byHeart +
+                            ") SELECT count(DISTINCT time) FROM (SELECT * FROM (SELECT * FROM Counted EXCEPT "
+                            "SELECT * FROM Known) "
+                            "UNION ALL SELECT * FROM (SELECT * FROM Known EXCEPT SELECT * FROM Counted))");
 }
 
 } // namespace
@@ -110,7 +120,15 @@ TallyDifferences compareTallies(Database &database)
     const TallyDifferences studies = differencesIn(database, studyTable());
     const std::int64_t ledger = database.integer(std::string("SELECT count(*) FROM Ledger WHERE (") +
                                                  kLedger + ") IS NOT (" + kLedgerByRows + ")");
-    return {series.counts + studies.counts + ledger + wrongSlots(database), series.states + studies.states};
+    const std::int64_t times = wrongTimes(database, kActivityByRows, kActivityByHeart) +
+                               wrongTimes(database, kHoursBySlots, kHoursByHeart);
+    return {series.counts + studies.counts + ledger + times, series.states + studies.states};
+}
+
+void rebuildActivityHours(Database &database)
+{
+    database.exec("DELETE FROM ActivityHour");
+    database.exec(std::string("INSERT INTO ActivityHour (hour, received, sent) ") + kHoursBySlots);
 }
 
 void rebuildTallies(Database &database)
@@ -129,6 +147,8 @@ void rebuildTallies(Database &database)
     rollUpAllStates(database);
     run("DELETE FROM Activity");
     run(std::string("INSERT INTO Activity (slot, received, sent) ") + kActivityByRows);
+    // After the triggers have added to what was there.
+    rebuildActivityHours(database);
     // Last: the triggers have moved it along with everything above.
     run(std::string("UPDATE Ledger SET (") + kLedger + ") = (SELECT " + kLedgerByRows + ")");
 }

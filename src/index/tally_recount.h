@@ -24,4 +24,8 @@ TallyDifferences compareTallies(platform::Database &database);
 /// other writers wait for. Throws SqliteError.
 void rebuildTallies(platform::Database &database);
 
+/// Adds the five-minute slots of the activity up to hours anew. Runs inside the caller's transaction. Throws
+/// SqliteError.
+void rebuildActivityHours(platform::Database &database);
+
 } // namespace gateway::index

@@ -73,6 +73,8 @@ TEST_F(Recount, SeesEachCountThatIsWrongAndMendsThemAll)
         QStringLiteral("UPDATE Ledger SET syncedSeriesCount = 0"),
         QStringLiteral("UPDATE Activity SET received = received + 1"),
         QStringLiteral("INSERT INTO Activity (slot, sent) VALUES (1, 1)"),
+        QStringLiteral("UPDATE ActivityHour SET received = 2 * received"),
+        QStringLiteral("DELETE FROM ActivityHour"),
     };
     for (const QString &sql : wrong) {
         home.execute(sql);
@@ -116,6 +118,21 @@ TEST_F(Recount, HoldsAStudyBackThatHasAnEmptySeries)
 
     EXPECT_EQ(differences(), none);
     EXPECT_EQ(home.number(QStringLiteral("SELECT syncState FROM Study")), 0);
+}
+
+TEST_F(Recount, AddsNoHourTwiceHoweverOftenItMends)
+{
+    index.recordUploadResult({}, importOne(1), true);
+    const QString hours = QStringLiteral("SELECT hour, received, sent FROM ActivityHour WHERE received <> 0");
+    const QStringList before = home.rows(hours);
+    ASSERT_EQ(before.size(), 1);
+
+    for (int time = 0; time < 3; ++time) {
+        index.examination().mendTallies();
+    }
+
+    EXPECT_EQ(home.rows(hours), before);
+    EXPECT_EQ(differences(), none);
 }
 
 TEST_F(Recount, MovesNoImageAndNoState)

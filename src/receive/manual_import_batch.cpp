@@ -221,6 +221,8 @@ std::optional<SkipReason> ManualImportBatch::importFile(const Item &item)
         case Error::Kind::copyToTemporaryFailed:
         case Error::Kind::moveToLocalDirectoryFailed:
             return SkipReason::storage;
+        case Error::Kind::objectDamaged:
+            return SkipReason::damagedObject;
         case Error::Kind::dicomParseFailed:
         case Error::Kind::databaseSaveRejected:
             return error.blame() == Blame::file      ? SkipReason::notDicom

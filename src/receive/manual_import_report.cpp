@@ -20,6 +20,8 @@ QString skipReasonName(SkipReason reason)
     switch (reason) {
     case SkipReason::notDicom:
         return QStringLiteral("not_dicom");
+    case SkipReason::damagedObject:
+        return QStringLiteral("damaged_object");
     case SkipReason::unreadable:
         return QStringLiteral("unreadable");
     case SkipReason::specialFile:

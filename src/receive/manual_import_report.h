@@ -13,6 +13,7 @@ namespace gateway::receive {
 enum class SkipReason
 {
     notDicom,         ///< readable, but no DICOM object
+    damagedObject,    ///< a DICOM object that ends too early
     unreadable,       ///< it isn't there, or its medium or its permissions don't let it be read
     specialFile,      ///< a pipe, a socket or a device
     damagedArchive,   ///< damaged, or of a kind that can't be read

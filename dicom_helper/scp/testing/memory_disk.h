@@ -31,11 +31,15 @@ public:
     std::map<std::string, std::string> inbox() const;
     bool hasUnfinished() const { return !m_unfinished.empty(); }
     int operations() const { return m_operations; }
+
+    /// How many files were given a time.
+    int stamps() const { return m_stamps; }
     void setAvailableBytes(std::int64_t bytes) { m_available = bytes; }
 
     int create(const std::string &name) override;
     ssize_t write(int file, std::string_view bytes) override;
     std::int64_t size(int file) override;
+    void stamp(int /*file*/) override { ++m_stamps; }
     int sync(int file) override;
     int close(int file) override;
     int publish(const std::string &name, const std::string &finalName) override;
@@ -58,6 +62,7 @@ private:
     std::map<std::string, int> m_published;
     std::set<std::string> m_syncedNames;
     int m_operations = 0;
+    int m_stamps = 0;
     int m_failAt = 0;
     int m_failure = 0;
     std::size_t m_mostBytes = std::string::npos;

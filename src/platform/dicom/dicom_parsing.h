@@ -7,9 +7,10 @@ namespace gateway::platform {
 
 /// The elements of a DICOM object by the keys that the index knows. Texts are QString; "seriesNumber",
 /// "imageID", "height", "width" and "numberOfFrames" are qlonglong; "sliceLocation", "WindowWidth" and
-/// "WindowCenter" are double; "orientation" and "origin" are QVariantList of double; "hasDICOM" is bool;
-/// "studyDate" is QDateTime in UTC. What the object hasn't, or has in no readable form, is absent; only
-/// "patientUID", "studyID", "SOPUID", "fileType", "hasDICOM" and "filePath" always stand there.
+/// "WindowCenter" are double; "orientation" and "origin" are QVariantList of double; "hasDICOM" is bool, and
+/// so is "damaged", which stands there where the file ends before its elements do; "studyDate" is QDateTime
+/// in UTC. What the object hasn't, or has in no readable form, is absent; only "patientUID", "studyID",
+/// "SOPUID", "fileType", "hasDICOM" and "filePath" always stand there.
 using DicomElements = QVariantMap;
 
 /// How reading a file ended. What becomes of an image hangs on it, so each fate is a case of its own.
@@ -31,7 +32,7 @@ struct ParsedFile
     QString message = {};        ///< of what isn't parsed: why, without anything that the file says
 };
 
-/// Reads the elements of DICOM files (PS3.10), up to the pixel data.
+/// Reads the elements of DICOM files (PS3.10), and sees to it that they are whole.
 ///
 /// Thread: any; several files at a time.
 class DicomParsing

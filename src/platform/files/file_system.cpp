@@ -11,6 +11,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <cstdio>
 
@@ -100,6 +101,24 @@ qint64 sizeOf(int descriptor)
     return status.st_size;
 }
 
+/// For volumes that know no rename without replacing: a second name is never given to a file that exists.
+void renameByLink(const QByteArray &from, const QByteArray &to)
+{
+    if (::link(from.constData(), to.constData()) == 0) {
+        require(::unlink(from.constData()), "rename a file");
+        return;
+    }
+    const bool hasNoLinks = errno == EPERM || errno == EOPNOTSUPP || errno == ENOSYS || errno == EMLINK;
+    if (!hasNoLinks) {
+        throw FileError("rename a file", errno);
+    }
+    struct stat status{};
+    if (::lstat(to.constData(), &status) == 0) {
+        throw FileError("rename a file", EEXIST);
+    }
+    require(::rename(from.constData(), to.constData()), "rename a file");
+}
+
 class SystemFiles final : public FileSystem
 {
 public:
@@ -133,6 +152,29 @@ public:
     {
         require(::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()),
                 "rename a file");
+    }
+
+    void renameToNew(const QString &from, const QString &to) override
+    {
+        const QByteArray source = QFile::encodeName(from);
+        const QByteArray destination = QFile::encodeName(to);
+        if (::renameat2(AT_FDCWD, source.constData(), AT_FDCWD, destination.constData(), RENAME_NOREPLACE) ==
+            0) {
+            return;
+        }
+        if (errno != EINVAL && errno != ENOSYS) {
+            throw FileError("rename a file", errno);
+        }
+        renameByLink(source, destination);
+    }
+
+    void setModified(const QString &path, std::chrono::nanoseconds time) override
+    {
+        const auto seconds = std::chrono::floor<std::chrono::seconds>(time);
+        const timespec modified{seconds.count(), (time - seconds).count()};
+        const std::array<timespec, 2> times{timespec{0, UTIME_OMIT}, modified};
+        require(::utimensat(AT_FDCWD, QFile::encodeName(path).constData(), times.data(), 0),
+                "set a file's time");
     }
 
     void remove(const QString &path) override

@@ -5,6 +5,8 @@
 #include <QtCore/QByteArray>
 #include <QtCore/QString>
 
+#include <chrono>
+
 namespace gateway::platform {
 
 /// The single steps from which durable operations are made, one system call's worth of effect each.
@@ -30,6 +32,12 @@ public:
 
     /// Renames within a volume, over a file that may stand there.
     virtual void rename(const QString &from, const QString &to) = 0;
+
+    /// Renames within a volume; a file that stands at `to` is an error (EEXIST).
+    virtual void renameToNew(const QString &from, const QString &to) = 0;
+
+    /// Sets when a file was last modified. \param time  since 1970, UTC.
+    virtual void setModified(const QString &path, std::chrono::nanoseconds time) = 0;
 
     virtual void remove(const QString &path) = 0;
 

@@ -1,5 +1,7 @@
 #include "platform/files/file_system.h"
 
+#include "platform/files/files.h"
+
 #include <QtCore/QDir>
 #include <QtCore/QFile>
 #include <QtCore/QTemporaryDir>
@@ -165,6 +167,46 @@ TEST_F(SystemFiles, LinkRenameAndRemove)
     EXPECT_EQ(names(), (QStringList{QStringLiteral("c")}));
     EXPECT_EQ(read(path(QStringLiteral("c"))), "content");
     EXPECT_EQ(codeOf([&] { files.remove(path(QStringLiteral("a"))); }), ENOENT);
+}
+
+TEST_F(SystemFiles, ARenameToANewNameNeverReplaces)
+{
+    files.create(path(QStringLiteral("a")), "content");
+    files.create(path(QStringLiteral("b")), "other");
+
+    const auto rename = [&](const QString &to) { files.renameToNew(path(QStringLiteral("a")), path(to)); };
+    EXPECT_EQ(codeOf([&] { rename(QStringLiteral("b")); }), EEXIST);
+    EXPECT_EQ(read(path(QStringLiteral("b"))), "other");
+    rename(QStringLiteral("c"));
+
+    EXPECT_EQ(names(), (QStringList{QStringLiteral("b"), QStringLiteral("c")}));
+    EXPECT_EQ(read(path(QStringLiteral("c"))), "content");
+}
+
+TEST_F(SystemFiles, KeepATimeToTheNanosecond)
+{
+    constexpr std::chrono::nanoseconds kTime(1'700'000'000'123'456'789);
+    files.create(path(QStringLiteral("a")), "content");
+
+    files.setModified(path(QStringLiteral("a")), kTime);
+
+    EXPECT_EQ(fileIdentity(path(QStringLiteral("a")))->modified, kTime);
+}
+
+TEST_F(SystemFiles, FilesWithTheSameBytesAreTold)
+{
+    files.create(path(QStringLiteral("a")), "content");
+    files.create(path(QStringLiteral("b")), "content");
+    files.create(path(QStringLiteral("c")), "contend");
+    files.link(path(QStringLiteral("a")), path(QStringLiteral("d")));
+
+    const auto same = [&](const char *other) {
+        return haveSameContent(path(QStringLiteral("a")), path(QString::fromLatin1(other)));
+    };
+    EXPECT_TRUE(same("b"));
+    EXPECT_FALSE(same("c"));
+    EXPECT_TRUE(same("d"));
+    EXPECT_FALSE(same("missing"));
 }
 
 TEST(FileError, TellsPassingTroubleFromLasting)

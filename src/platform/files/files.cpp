@@ -150,6 +150,44 @@ std::optional<qint64> allocatedBytes(const QString &path)
     return status ? std::optional<qint64>(status->st_blocks * kBlock) : std::nullopt;
 }
 
+std::optional<FileIdentity> fileIdentity(const QString &path)
+{
+    const auto status = statusOfRegularFile(path);
+    if (!status) {
+        return std::nullopt;
+    }
+    const auto modified =
+        std::chrono::seconds(status->st_mtim.tv_sec) + std::chrono::nanoseconds(status->st_mtim.tv_nsec);
+    return FileIdentity{status->st_dev, status->st_ino, status->st_nlink, status->st_size, modified};
+}
+
+bool haveSameContent(const QString &path, const QString &other)
+{
+    const auto first = fileIdentity(path);
+    const auto second = fileIdentity(other);
+    if (!first || !second || first->bytes != second->bytes) {
+        return false;
+    }
+    if (first->isSameFile(*second)) {
+        return true;
+    }
+    constexpr qint64 kPiece = qint64{256} * 1024;
+    QFile left(path);
+    QFile right(other);
+    if (!left.open(QIODevice::ReadOnly) || !right.open(QIODevice::ReadOnly)) {
+        return false;
+    }
+    qint64 compared = 0;
+    while (compared < first->bytes) {
+        const QByteArray piece = left.read(kPiece);
+        if (piece.isEmpty() || piece != right.read(piece.size())) {
+            return false;
+        }
+        compared += piece.size();
+    }
+    return true;
+}
+
 std::optional<VolumeFigures> volumeFigures(const QString &path)
 {
     struct statvfs figures{};

@@ -5,6 +5,7 @@
 #include <QtCore/QByteArray>
 #include <QtCore/QString>
 
+#include <chrono>
 #include <optional>
 
 namespace gateway::platform {
@@ -51,6 +52,28 @@ std::optional<qint64> fileSizeBytes(const QString &path);
 
 /// The bytes that a regular file occupies on its volume; nothing when there is none or it can't be asked.
 std::optional<qint64> allocatedBytes(const QString &path);
+
+/// Which file a name stands for, and what of it tells it from others.
+struct FileIdentity
+{
+    quint64 volume = 0;
+    quint64 number = 0; ///< the inode's
+    quint64 names = 0;  ///< how many names it has
+    qint64 bytes = 0;
+    std::chrono::nanoseconds modified{0}; ///< since 1970, UTC
+
+    /// True for two names of one file.
+    bool isSameFile(const FileIdentity &other) const
+    {
+        return volume == other.volume && number == other.number;
+    }
+};
+
+/// The identity of a regular file; nothing when there is none or it can't be asked.
+std::optional<FileIdentity> fileIdentity(const QString &path);
+
+/// True when both paths lead to regular files that could be read whole and hold the same bytes.
+bool haveSameContent(const QString &path, const QString &other);
 
 /// Room on a volume, in bytes.
 struct VolumeFigures

@@ -85,7 +85,8 @@ bool visitFolder(const QByteArray &path, const std::function<void(const FolderEn
             return errno == 0;
         }
         if (!isDotOrDotDot(entry->d_name)) {
-            visit(FolderEntry(::dirfd(folder.get()), QByteArray(entry->d_name), kindOf(entry->d_type)));
+            visit(FolderEntry(
+                ::dirfd(folder.get()), QByteArray(entry->d_name), entry->d_ino, kindOf(entry->d_type)));
         }
     }
 }

@@ -21,13 +21,16 @@ public:
         other ///< links among them: they aren't followed
     };
 
-    FolderEntry(int folder, QByteArray name, std::optional<Kind> kind)
-        : m_folder(folder), m_name(std::move(name)), m_kind(kind)
+    FolderEntry(int folder, QByteArray name, quint64 number, std::optional<Kind> kind)
+        : m_folder(folder), m_name(std::move(name)), m_number(number), m_kind(kind)
     {
     }
 
     /// The name as the file system spells it.
     const QByteArray &name() const { return m_name; }
+
+    /// The number of the inode, as the folder has it.
+    quint64 number() const { return m_number; }
 
     /// What it is; asks the disk only where the folder itself doesn't tell. Nothing when it can't be asked.
     std::optional<Kind> kind() const;
@@ -38,6 +41,7 @@ public:
 private:
     const int m_folder;
     const QByteArray m_name;
+    const quint64 m_number;
     const std::optional<Kind> m_kind;
 };
 

@@ -41,6 +41,15 @@ public:
         systemFiles().rename(from, to);
         m_widest |= modeOf(to);
     }
+    void renameToNew(const QString &from, const QString &to) override
+    {
+        systemFiles().renameToNew(from, to);
+        m_widest |= modeOf(to);
+    }
+    void setModified(const QString &path, std::chrono::nanoseconds time) override
+    {
+        systemFiles().setModified(path, time);
+    }
     void remove(const QString &path) override { systemFiles().remove(path); }
     void makeFolder(const QString &path) override
     {

@@ -39,6 +39,8 @@ QString reasonText(SkipReason reason)
     switch (reason) {
     case SkipReason::notDicom:
         return ImportWords::tr("%1 not DICOM");
+    case SkipReason::damagedObject:
+        return ImportWords::tr("%1 ends too early");
     case SkipReason::unreadable:
         return ImportWords::tr("%1 can't be read");
     case SkipReason::specialFile:

@@ -112,6 +112,7 @@ TEST(ImportWords, KeepAPathAsItIsAlsoWhereItLooksLikeAPlaceholder)
 TEST(ImportWords, HaveWordsForEachReason)
 {
     for (const SkipReason reason : {SkipReason::notDicom,
+                                    SkipReason::damagedObject,
                                     SkipReason::unreadable,
                                     SkipReason::specialFile,
                                     SkipReason::damagedArchive,

@@ -57,6 +57,18 @@ void FaultyFileSystem::rename(const QString &from, const QString &to)
     m_below.rename(from, to);
 }
 
+void FaultyFileSystem::renameToNew(const QString &from, const QString &to)
+{
+    step();
+    m_below.renameToNew(from, to);
+}
+
+void FaultyFileSystem::setModified(const QString &path, std::chrono::nanoseconds time)
+{
+    step();
+    m_below.setModified(path, time);
+}
+
 void FaultyFileSystem::remove(const QString &path)
 {
     step();

@@ -116,6 +116,16 @@ void ForgetfulDisk::rename(const QString &from, const QString &to)
     systemFiles().rename(from, to);
 }
 
+void ForgetfulDisk::renameToNew(const QString &from, const QString &to)
+{
+    systemFiles().renameToNew(from, to);
+}
+
+void ForgetfulDisk::setModified(const QString &path, std::chrono::nanoseconds time)
+{
+    systemFiles().setModified(path, time);
+}
+
 void ForgetfulDisk::remove(const QString &path)
 {
     systemFiles().remove(path);

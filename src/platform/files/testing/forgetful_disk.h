@@ -28,6 +28,8 @@ public:
     void copy(const QString &source, const QString &destination) override;
     void link(const QString &source, const QString &destination) override;
     void rename(const QString &from, const QString &to) override;
+    void renameToNew(const QString &from, const QString &to) override;
+    void setModified(const QString &path, std::chrono::nanoseconds time) override;
     void remove(const QString &path) override;
     void makeFolder(const QString &path) override;
     void syncFile(const QString &path) override;

@@ -1,0 +1,105 @@
+// Recording the stored files again whose rows were lost with the index.
+
+#include "index/dicom_db.h"
+#include "platform/sqlite/database.h"
+
+namespace gateway::index {
+
+using platform::Database;
+using platform::SqliteError;
+using platform::Statement;
+
+namespace {
+
+// So many files share a transaction: importers share the writer, and wait for no more than these.
+constexpr int kFilesOfABatch = 50;
+
+struct Batch
+{
+    QList<UnrecordedFile> files;
+    std::optional<std::int64_t> firstLeft; // the first that could not be looked at
+};
+
+Batch lookAt(const IndexExamination &examination, const QList<StoredFile> &files, const std::stop_token &stop)
+{
+    Batch batch;
+    for (const StoredFile &file : files) {
+        UnrecordedFile found = examination.lookAt(file.pathString);
+        switch (found.kind) {
+        case UnrecordedFile::Kind::image:
+        case UnrecordedFile::Kind::earlierCopy:
+        case UnrecordedFile::Kind::wholeCopy:
+            batch.files.append(std::move(found));
+            break;
+        case UnrecordedFile::Kind::unexamined:
+            batch.firstLeft = batch.firstLeft.value_or(file.number); // another time
+            break;
+        case UnrecordedFile::Kind::none:
+        case UnrecordedFile::Kind::unreadable:
+            break;
+        }
+        if (stop.stop_requested()) {
+            batch.firstLeft = batch.firstLeft.value_or(file.number);
+            break;
+        }
+    }
+    return batch;
+}
+
+} // namespace
+
+std::optional<std::int64_t> DicomDB::recordAgainFrom() const
+{
+    return m_store.read([](Database &database) -> std::optional<std::int64_t> {
+        Statement row = database.prepare("SELECT recordAgainFrom FROM Ledger");
+        return row.step() && !row.isNull(0) ? std::optional(row.integer(0)) : std::nullopt;
+    });
+}
+
+bool DicomDB::noteRecordAgainFrom(std::optional<std::int64_t> number)
+{
+    return writeQuietly([&](Database &database) {
+        database.prepare("UPDATE Ledger SET recordAgainFrom = ?").bindAll(number).run();
+    });
+}
+
+bool DicomDB::lacksStoredFiles() const
+{
+    try {
+        return recordAgainFrom() && m_files.numberAtOpening() > 0;
+    } catch (const SqliteError &) {
+        return false; // whoever reads the index next will say so
+    }
+}
+
+bool DicomDB::recordStoredFiles(const std::stop_token &stop,
+                                const std::function<void(std::int64_t)> &onRecorded)
+{
+    try {
+        std::optional<std::int64_t> from = recordAgainFrom();
+        if (!from) {
+            return true;
+        }
+        const bool isOutOfSight = m_files.numberAtOpening() > 0 && !m_files.isInSight();
+        std::optional<std::int64_t> firstLeft;
+        for (auto files = m_files.filesFrom(*from, kFilesOfABatch);
+             !files.isEmpty() && !stop.stop_requested();
+             files = m_files.filesFrom(*from, kFilesOfABatch)) {
+            const Batch batch = lookAt(examination(), files, stop);
+            const std::int64_t recorded = examination().record(batch.files);
+            firstLeft = firstLeft ? firstLeft : batch.firstLeft;
+            from = files.last().number + 1;
+            noteRecordAgainFrom(firstLeft.value_or(*from));
+            if (recorded > 0) {
+                postLocalSyncStateChanged();
+                onRecorded(recorded);
+            }
+        }
+        const bool isDone = !isOutOfSight && !firstLeft && !stop.stop_requested();
+        return isDone && noteRecordAgainFrom(std::nullopt);
+    } catch (const SqliteError &) {
+        return false;
+    }
+}
+
+} // namespace gateway::index

@@ -1,0 +1,152 @@
+#include "index/dicom_db.h"
+
+#include "index/testing/temporary_index.h"
+#include "platform/files/files.h"
+
+#include <QtCore/QDir>
+#include <QtCore/QFile>
+
+#include <gtest/gtest.h>
+
+namespace gateway::index {
+
+namespace {
+
+using testing::TemporaryIndex;
+
+class LostIndex : public ::testing::Test
+{
+protected:
+    QString import(const QString &uid, const QVariantMap &changes = {})
+    {
+        return home.import(TemporaryIndex::image(uid, changes));
+    }
+
+    void loseIndex()
+    {
+        home.close();
+        QDir(home.path(QStringLiteral("index"))).removeRecursively();
+        home.reopen();
+    }
+
+    bool record(const std::stop_token &stop = {})
+    {
+        return home.index().recordStoredFiles(stop, [&](std::int64_t files) { told += files; });
+    }
+
+    QStringList waiting()
+    {
+        return home.rows(
+            QStringLiteral("SELECT pathString FROM DicomImage WHERE syncState = 0 ORDER BY createDate, pk"));
+    }
+
+    TemporaryIndex home;
+    std::int64_t told = 0;
+};
+
+} // namespace
+
+TEST_F(LostIndex, IsNoneWhereThereIsNoFile)
+{
+    EXPECT_FALSE(home.index().lacksStoredFiles());
+    EXPECT_TRUE(record());
+    EXPECT_EQ(told, 0);
+}
+
+TEST_F(LostIndex, IsNoticedAndRecordedAgainInTheOrderOfItsFiles)
+{
+    QStringList paths;
+    for (int number = 1; number <= 120; ++number) {
+        paths.append(import(QStringLiteral("9.%1").arg(number)));
+    }
+    home.index().recordUploadResult({}, paths.first(), true);
+    loseIndex();
+    EXPECT_TRUE(home.index().lacksStoredFiles());
+    EXPECT_EQ(home.index().totalCounts().images, 0);
+
+    EXPECT_TRUE(record());
+
+    EXPECT_EQ(told, 120);
+    EXPECT_EQ(waiting(), paths);
+    EXPECT_FALSE(home.index().lacksStoredFiles());
+    EXPECT_EQ(home.index().examination().tallyDifferences({}), TallyDifferences());
+}
+
+TEST_F(LostIndex, HasTheLastAcknowledgedOfSeveralCopies)
+{
+    const QString first = import(QStringLiteral("9.1"), {{QStringLiteral("ImageComments"), 1}});
+    const QString second = import(QStringLiteral("9.1"), {{QStringLiteral("ImageComments"), 2}});
+    platform::systemFiles().setModified(home.index().fileURL(first).toLocalFile(),
+                                        std::chrono::hours(500'000));
+    loseIndex();
+
+    EXPECT_TRUE(record());
+
+    EXPECT_EQ(waiting(), QStringList{first});
+    EXPECT_EQ(home.rows(QStringLiteral("SELECT pathString FROM SupersededFile")), QStringList{second});
+}
+
+TEST_F(LostIndex, GoesOnWhereItWasStoppedAlsoAfterARestart)
+{
+    for (int number = 1; number <= 70; ++number) {
+        import(QStringLiteral("9.%1").arg(number));
+    }
+    loseIndex();
+    std::stop_source stop;
+    EXPECT_FALSE(
+        home.index().recordStoredFiles(stop.get_token(), [&](std::int64_t) { stop.request_stop(); }));
+    EXPECT_EQ(home.index().totalCounts().images, 50);
+
+    home.reopen();
+    EXPECT_TRUE(home.index().lacksStoredFiles());
+    EXPECT_TRUE(record());
+
+    EXPECT_EQ(home.index().totalCounts().images, 70);
+    EXPECT_EQ(told, 20);
+}
+
+TEST_F(LostIndex, TakesImagesMeanwhileAndRecordsNoneTwice)
+{
+    const QString old = import(QStringLiteral("9.1"));
+    loseIndex();
+
+    const QString fresh = import(QStringLiteral("9.2"));
+    EXPECT_NE(fresh, old);
+    home.index().recordUploadResult({}, fresh, true);
+    EXPECT_TRUE(record());
+
+    EXPECT_EQ(home.index().totalCounts().images, 2);
+    EXPECT_EQ(home.index().syncedImagesCount(), 1);
+}
+
+TEST_F(LostIndex, StaysOneWhileTheReaderOfImagesDoesNotWork)
+{
+    import(QStringLiteral("9.1"));
+    loseIndex();
+    home.parser.breakDown();
+
+    EXPECT_FALSE(record());
+
+    EXPECT_TRUE(home.index().lacksStoredFiles());
+}
+
+TEST_F(LostIndex, StaysOneWhileTheStoreIsOutOfSight)
+{
+    import(QStringLiteral("9.1"));
+    home.close();
+    const QString away = home.path(QStringLiteral("away"));
+    ASSERT_TRUE(QFile::rename(home.fileStoreRoot(), away));
+    loseIndex();
+
+    EXPECT_FALSE(record());
+    EXPECT_TRUE(home.index().lacksStoredFiles());
+
+    home.close();
+    QDir(home.fileStoreRoot()).removeRecursively();
+    ASSERT_TRUE(QFile::rename(away, home.fileStoreRoot()));
+    home.reopen();
+    EXPECT_TRUE(record());
+    EXPECT_EQ(home.index().totalCounts().images, 1);
+}
+
+} // namespace gateway::index

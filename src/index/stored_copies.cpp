@@ -1,0 +1,196 @@
+#include "index/stored_copies.h"
+
+#include "index/import_elements.h"
+#include "platform/files/files.h"
+#include "platform/sqlite/database.h"
+
+#include <tuple>
+
+namespace gateway::index {
+
+using platform::Database;
+using platform::Statement;
+
+namespace {
+
+constexpr const char *kCurrentCopies =
+    "SELECT pathString, max(acknowledged), max(damaged) FROM Study JOIN Series ON Series.study = Study.pk "
+    "JOIN DicomImage ON DicomImage.series = Series.pk "
+    "WHERE studyInstanceUID = ? AND Series.seriesInstanceUID = ? AND sopInstanceUID = ? "
+    "AND originalSOPInstanceUID = ? GROUP BY pathString";
+
+constexpr const char *kProven =
+    "SELECT pathString FROM SupersededFile WHERE successor = ?1 "
+    "AND acknowledged < (SELECT max(acknowledged) FROM DicomImage WHERE pathString = ?1) "
+    "AND NOT EXISTS (SELECT 1 FROM DicomImage WHERE pathString = ?1 AND syncState IS NOT 1)";
+
+constexpr const char *kIsSpokenFor = "SELECT EXISTS (SELECT 1 FROM DicomImage WHERE pathString = ?1) "
+                                     "OR EXISTS (SELECT 1 FROM SupersededFile WHERE pathString = ?1) "
+                                     "OR EXISTS (SELECT 1 FROM PendingRemoval WHERE pathString = ?1)";
+
+constexpr const char *kIsNeeded = "SELECT EXISTS (SELECT 1 FROM DicomImage WHERE pathString = ?1) "
+                                  "OR EXISTS (SELECT 1 FROM SupersededFile WHERE pathString = ?1)";
+
+QString textOr(const QVariantMap &found, const char *key)
+{
+    return elements::text(found, QString::fromLatin1(key)).value_or(QString());
+}
+
+QString rootOf(const StoredFile &file)
+{
+    return file.path.endsWith(file.pathString) ? file.path.chopped(file.pathString.size()) : QString();
+}
+
+std::int64_t numberOf(const QString &pathString)
+{
+    return pathString.section(u'/', -1).section(u'.', 0, 0).toLongLong();
+}
+
+/// True where `file` is to take the place of `copy`.
+bool takesPlaceOf(const CurrentCopy &copy, const StoredFile &file, bool isDamaged)
+{
+    if (!copy.isThere) {
+        return true;
+    }
+    if (copy.isDamaged != isDamaged) {
+        return copy.isDamaged;
+    }
+    return std::tuple(file.acknowledged, file.number) >
+           std::tuple(copy.acknowledged, numberOf(copy.pathString));
+}
+
+bool isSameObject(const CurrentCopy &copy, const StoredFile &file, const QString &root)
+{
+    return copy.isThere && copy.acknowledged != 0 && copy.acknowledged == file.acknowledged &&
+           platform::haveSameContent(root + copy.pathString, file.path);
+}
+
+QSet<QString> pathsOf(Statement &row)
+{
+    QSet<QString> paths;
+    while (row.step()) {
+        paths.insert(row.text(0));
+    }
+    return paths;
+}
+
+bool exists(Database &database, const char *question, const QString &pathString)
+{
+    Statement row = database.prepare(question);
+    row.bindAll(pathString);
+    return row.step() && row.integer(0) != 0;
+}
+
+} // namespace
+
+std::vector<CurrentCopy>
+currentCopies(Database &database, const QVariantMap &elements, const StoredFile &beside)
+{
+    const auto study = elements::text(elements, QStringLiteral("studyID"));
+    const QString uid = textOr(elements, "SOPUID");
+    std::vector<CurrentCopy> copies;
+    if (!study || uid.isEmpty()) {
+        return copies; // images without an identity stay apart
+    }
+    Statement row = database.prepare(kCurrentCopies);
+    row.bindAll(*study, textOr(elements, "seriesID") + u'0', uid + u'0', uid);
+    while (row.step()) {
+        CurrentCopy copy{row.text(0).trimmed(), row.integer(1), row.integer(2) != 0, false};
+        if (copy.pathString.isEmpty() || copy.pathString == beside.pathString) {
+            continue;
+        }
+        const auto identity = platform::fileIdentity(rootOf(beside) + copy.pathString);
+        copy.isThere = identity.has_value();
+        if (identity && copy.acknowledged == 0) {
+            copy.acknowledged = identity->modified.count(); // recorded before times were kept
+        }
+        copies.push_back(copy);
+    }
+    return copies;
+}
+
+Judgement judge(Database &database, const QVariantMap &elements, const StoredFile &file)
+{
+    const bool isDamaged = elements::boolean(elements, QStringLiteral("damaged")).value_or(false);
+    Judgement result{Standing::current, {}, currentCopies(database, elements, file)};
+    for (const CurrentCopy &copy : result.copies) {
+        const bool isSame = isSameObject(copy, file, rootOf(file));
+        if (isSame || !takesPlaceOf(copy, file, isDamaged)) {
+            result.standing = isSame ? Standing::sameObject : Standing::superseded;
+            result.rival = copy;
+            return result;
+        }
+    }
+    return result;
+}
+
+void noteSuperseded(Database &database,
+                    const QString &pathString,
+                    std::int64_t acknowledged,
+                    const QString &successor)
+{
+    database
+        .prepare("INSERT INTO SupersededFile (pathString, successor, acknowledged) VALUES (?, ?, ?) "
+                 "ON CONFLICT (pathString) DO UPDATE SET successor = excluded.successor")
+        .bindAll(pathString, successor, acknowledged)
+        .run();
+    database.prepare("UPDATE SupersededFile SET successor = ? WHERE successor = ?")
+        .bindAll(successor, pathString)
+        .run();
+}
+
+void noteForRemoval(Database &database, const QSet<QString> &paths)
+{
+    for (const QString &path : paths) {
+        database.prepare("INSERT OR IGNORE INTO PendingRemoval (pathString) VALUES (?)").bindAll(path).run();
+    }
+}
+
+void releaseSuperseded(Database &database, const QSet<QString> &paths)
+{
+    for (const QString &path : paths) {
+        database.prepare("DELETE FROM SupersededFile WHERE pathString = ?").bindAll(path).run();
+    }
+    noteForRemoval(database, paths);
+}
+
+QSet<QString> releaseIfProven(Database &database, const QString &current)
+{
+    Statement row = database.prepare(kProven);
+    row.bindAll(current);
+    const QSet<QString> paths = pathsOf(row);
+    releaseSuperseded(database, paths);
+    return paths;
+}
+
+QSet<QString> releaseBesideDeleted(Database &database, const QSet<QString> &paths)
+{
+    QSet<QString> released;
+    for (const QString &path : paths) {
+        Statement row = database.prepare("SELECT pathString FROM SupersededFile WHERE successor = ?1 "
+                                         "AND NOT EXISTS (SELECT 1 FROM DicomImage WHERE pathString = ?1)");
+        row.bindAll(path);
+        released += pathsOf(row);
+    }
+    releaseSuperseded(database, released);
+    return released;
+}
+
+QString successorOf(Database &database, const QString &pathString)
+{
+    Statement row = database.prepare("SELECT successor FROM SupersededFile WHERE pathString = ?");
+    row.bindAll(pathString);
+    return row.step() ? row.text(0) : QString();
+}
+
+bool isSpokenFor(Database &database, const QString &pathString)
+{
+    return exists(database, kIsSpokenFor, pathString);
+}
+
+bool isNeeded(Database &database, const QString &pathString)
+{
+    return exists(database, kIsNeeded, pathString);
+}
+
+} // namespace gateway::index

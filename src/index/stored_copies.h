@@ -1,0 +1,83 @@
+#pragma once
+
+#include "index/import_recorder.h"
+
+#include <QtCore/QSet>
+#include <QtCore/QString>
+#include <QtCore/QVariantMap>
+
+#include <cstdint>
+#include <vector>
+
+namespace gateway::platform {
+class Database;
+}
+
+namespace gateway::index {
+
+// An image may have come more than once. Its rows stand for one of its stored files, the *current* one; the
+// others are noted in `SupersededFile` beside it and go when it is safe. All of this runs inside the
+// caller's transaction, and throws SqliteError. Thread: any.
+
+/// What becomes of a stored file beside those that its image has already.
+enum class Standing
+{
+    current,    ///< its image's rows are to stand for it
+    superseded, ///< they stand for another, which was acknowledged later, or is whole where this one isn't
+    sameObject  ///< they stand for another name of what was acknowledged once: this one isn't needed
+};
+
+/// A stored file that rows of an image stand for.
+struct CurrentCopy
+{
+    QString pathString;
+    std::int64_t acknowledged = 0; ///< nanoseconds since 1970; 0 where nobody knows
+    bool isDamaged = false;
+    bool isThere = false; ///< the file could be seen
+};
+
+struct Judgement
+{
+    Standing standing = Standing::current;
+    CurrentCopy rival;               ///< the current copy that stays, unless `file` is to be current
+    std::vector<CurrentCopy> copies; ///< all that rows stand for now, but `file`
+};
+
+/// The stored files that the rows of the image with these elements stand for.
+std::vector<CurrentCopy>
+currentCopies(platform::Database &database, const QVariantMap &elements, const StoredFile &beside);
+
+/// Decides by the order of acknowledgement, and at equal times by number. A damaged file never takes the
+/// place of a whole one, and one that is there always takes that of one that isn't.
+Judgement judge(platform::Database &database, const QVariantMap &elements, const StoredFile &file);
+
+/// Notes that `file` isn't current: rows of its image stand for `successor`.
+void noteSuperseded(platform::Database &database,
+                    const QString &pathString,
+                    std::int64_t acknowledged,
+                    const QString &successor);
+
+/// Notes files that nothing needs any more for their removal from the disk.
+void noteForRemoval(platform::Database &database, const QSet<QString> &paths);
+
+/// Notes superseded files for their removal.
+void releaseSuperseded(platform::Database &database, const QSet<QString> &paths);
+
+/// Notes for removal what was acknowledged before `current`, given that its rows are all synced; nothing
+/// otherwise. \return what was noted.
+QSet<QString> releaseIfProven(platform::Database &database, const QString &current);
+
+/// Notes for removal all copies beside those of `paths` for which no row stands any more. \return what was
+/// noted.
+QSet<QString> releaseBesideDeleted(platform::Database &database, const QSet<QString> &paths);
+
+/// The current copy that a superseded file stands beside; empty for any other file.
+QString successorOf(platform::Database &database, const QString &pathString);
+
+/// True for a file that rows stand for, that is superseded, or that waits for its removal.
+bool isSpokenFor(platform::Database &database, const QString &pathString);
+
+/// True for a file that rows stand for or that is superseded: it must not be removed.
+bool isNeeded(platform::Database &database, const QString &pathString);
+
+} // namespace gateway::index

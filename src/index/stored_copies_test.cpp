@@ -1,0 +1,340 @@
+#include "index/stored_copies.h"
+
+#include "index/testing/temporary_index.h"
+#include "platform/files/files.h"
+
+#include <QtCore/QDir>
+#include <QtCore/QDirIterator>
+#include <QtCore/QFile>
+
+#include <gtest/gtest.h>
+
+namespace gateway::index {
+
+namespace {
+
+using std::chrono::seconds;
+using testing::TemporaryIndex;
+using Kind = UnrecordedFile::Kind;
+
+constexpr seconds kMorning{1'700'000'000};
+
+const QVariantMap kWhole{{QStringLiteral("ImageComments"), QStringLiteral("whole")}};
+const QVariantMap kStump{{QStringLiteral("damaged"), true}};
+
+QVariantMap saying(const QString &comment)
+{
+    return {{QStringLiteral("ImageComments"), comment}};
+}
+
+/// An image that comes more than once.
+class StoredCopies : public ::testing::Test
+{
+protected:
+    /// A received file of the one image, as the listener leaves it in its inbox. \return its path.
+    QString receive(seconds acknowledged, const QVariantMap &changes = {})
+    {
+        const QString path = home.path(QStringLiteral("inbox-%1.dcm").arg(++m_received));
+        testing::writeSyntheticFile(path, TemporaryIndex::image(QStringLiteral("9.1"), changes));
+        platform::systemFiles().setModified(path, acknowledged);
+        return path;
+    }
+
+    void import(const QString &path, ImportSource source = ImportSource::ownInbox)
+    {
+        home.clock.advance(std::chrono::milliseconds(1));
+        home.index().importFile(QUrl::fromLocalFile(path), source);
+    }
+
+    /// Receives and imports. \return the name in the store that came of it; empty when none did.
+    QString take(seconds acknowledged, const QVariantMap &changes = {})
+    {
+        const QStringList before = stored();
+        import(receive(acknowledged, changes));
+        QStringList added = stored();
+        for (const QString &path : before) {
+            added.removeAll(path);
+        }
+        return added.value(0);
+    }
+
+    QStringList current()
+    {
+        return home.rows(QStringLiteral("SELECT DISTINCT pathString FROM DicomImage ORDER BY 1"));
+    }
+
+    QStringList superseded()
+    {
+        return home.rows(QStringLiteral("SELECT pathString, successor FROM SupersededFile ORDER BY 1"));
+    }
+
+    /// The stored files, by their paths below the root.
+    QStringList stored()
+    {
+        const QDir root(home.fileStoreRoot());
+        QStringList paths;
+        QDirIterator file(root.path(), QDir::Files, QDirIterator::Subdirectories);
+        while (file.hasNext()) {
+            paths.append(root.relativeFilePath(file.next()));
+        }
+        paths.sort();
+        return paths;
+    }
+
+    void send(const QString &path) { home.index().recordUploadResult({}, path, true); }
+
+    Kind kindOf(const QString &path) { return home.index().examination().lookAt(path).kind; }
+
+    TemporaryIndex home;
+
+private:
+    int m_received = 0;
+};
+
+} // namespace
+
+TEST_F(StoredCopies, TheLastAcknowledgedIsCurrentThoughItCameInFirst)
+{
+    const QString later = take(kMorning + seconds(2), saying(QStringLiteral("corrected")));
+    const QString earlier = take(kMorning + seconds(1), saying(QStringLiteral("first")));
+
+    EXPECT_EQ(current(), QStringList{later});
+    EXPECT_EQ(home.rows(QStringLiteral("SELECT comment FROM DicomImage")),
+              QStringList{QStringLiteral("corrected")});
+    EXPECT_EQ(superseded(), QStringList{earlier + u'|' + later});
+    EXPECT_EQ(kindOf(earlier), Kind::none);
+}
+
+TEST_F(StoredCopies, ANanosecondDecides)
+{
+    const QString path = receive(kMorning, saying(QStringLiteral("first")));
+    const QString next = receive(kMorning, saying(QStringLiteral("second")));
+    platform::systemFiles().setModified(next, kMorning + std::chrono::nanoseconds(1));
+    import(next);
+    import(path);
+
+    EXPECT_EQ(home.rows(QStringLiteral("SELECT comment FROM DicomImage")),
+              QStringList{QStringLiteral("second")});
+}
+
+TEST_F(StoredCopies, TheOrderSurvivesARestartBetweenThem)
+{
+    const QString waiting = receive(kMorning + seconds(1), saying(QStringLiteral("first")));
+    const QString later = take(kMorning + seconds(2), saying(QStringLiteral("corrected")));
+    send(later);
+
+    home.reopen();
+    import(waiting);
+
+    EXPECT_EQ(current(), QStringList{later});
+    EXPECT_EQ(home.index().syncedImagesCount(), 1);
+    EXPECT_EQ(stored(), QStringList{later}); // the later one is in the cloud, so the other has served
+}
+
+TEST_F(StoredCopies, WhatAPersonBringsInIsTheLatestAlsoWhenTheClockWasSetBack)
+{
+    constexpr seconds kLongAhead{8'000'000'000};
+    take(kLongAhead, saying(QStringLiteral("received")));
+
+    import(receive(kMorning, saying(QStringLiteral("brought in"))), ImportSource::foreign);
+
+    EXPECT_EQ(home.rows(QStringLiteral("SELECT comment FROM DicomImage")),
+              QStringList{QStringLiteral("brought in")});
+}
+
+TEST_F(StoredCopies, AnEarlierOneGoesWhenItsSuccessorIsInTheCloud)
+{
+    const QString first = take(kMorning, saying(QStringLiteral("first")));
+    const QString second = take(kMorning + seconds(1), saying(QStringLiteral("second")));
+    const QString third = take(kMorning + seconds(2), saying(QStringLiteral("third")));
+    EXPECT_EQ(superseded(), (QStringList{first + u'|' + third, second + u'|' + third}));
+
+    home.index().recordUploadResult({}, second, true); // the upload that was under way meanwhile
+    home.index().recordUploadResult({}, third, false);
+    EXPECT_EQ(stored().size(), 3);
+
+    send(third);
+    EXPECT_EQ(stored(), QStringList{third});
+    EXPECT_EQ(superseded(), QStringList());
+    EXPECT_EQ(home.number(QStringLiteral("SELECT count(*) FROM PendingRemoval")), 0);
+}
+
+TEST_F(StoredCopies, OneWithTheSameBytesGoesAtOnce)
+{
+    take(kMorning, kWhole);
+    const QString again = take(kMorning + seconds(1), kWhole);
+
+    EXPECT_EQ(stored(), QStringList{again});
+    EXPECT_EQ(current(), QStringList{again});
+}
+
+TEST_F(StoredCopies, FramesThatOnlyTheEarlierVersionHadGoWithIt)
+{
+    take(kMorning, {{QStringLiteral("numberOfFrames"), 5}});
+    const QString second = take(kMorning + seconds(1), {{QStringLiteral("numberOfFrames"), 2}});
+
+    EXPECT_EQ(current(), QStringList{second});
+    EXPECT_EQ(home.index().totalCounts(), (EntityCounts{1, 1, 2}));
+    EXPECT_EQ(home.index().examination().tallyDifferences({}), TallyDifferences());
+}
+
+TEST_F(StoredCopies, RetentionLetsGoOfAllOfThem)
+{
+    const QString whole = take(kMorning, kWhole);
+    take(kMorning + seconds(1), kStump);
+    send(whole);
+    ASSERT_EQ(stored().size(), 2);
+
+    home.clock.advance(std::chrono::hours(24));
+    home.index().pruneSyncedImages(home.clock.now());
+
+    EXPECT_EQ(stored(), QStringList());
+    EXPECT_EQ(superseded(), QStringList());
+}
+
+TEST_F(StoredCopies, APersonsDeletionTakesAllOfThem)
+{
+    take(kMorning, saying(QStringLiteral("first")));
+    take(kMorning + seconds(1), saying(QStringLiteral("second")));
+
+    home.index().deleteStudies({QStringLiteral("1.2")});
+
+    EXPECT_EQ(stored(), QStringList());
+    EXPECT_EQ(superseded(), QStringList());
+}
+
+TEST_F(StoredCopies, AnInboxFileThatWasImportedAndCouldNotLeaveKeepsItsOneName)
+{
+    const QString inbox = receive(kMorning);
+    import(inbox);
+    const QStringList before = stored();
+    send(before.value(0));
+
+    home.reopen();
+    import(inbox);
+
+    EXPECT_EQ(stored(), before);
+    EXPECT_EQ(home.index().syncedImagesCount(), 1);
+}
+
+TEST_F(StoredCopies, AnImportThatDiedBeforeItsRowsIsTakenUpUnderItsName)
+{
+    const QString inbox = receive(kMorning);
+    import(inbox);
+    const QStringList before = stored();
+    home.execute(QStringLiteral("DELETE FROM DicomImage"));
+
+    home.reopen();
+    import(inbox);
+
+    EXPECT_EQ(stored(), before);
+    EXPECT_EQ(current(), before);
+}
+
+TEST_F(StoredCopies, AnInboxFileWhoseNameIsToGoGetsAnother)
+{
+    const QString inbox = receive(kMorning);
+    import(inbox);
+    const QString first = stored().value(0);
+    home.execute(
+        QStringLiteral("DELETE FROM DicomImage; INSERT INTO PendingRemoval VALUES ('%1')").arg(first));
+
+    import(inbox);
+    home.index().finishRemovals();
+
+    EXPECT_EQ(current(), stored());
+    EXPECT_NE(stored(), QStringList{first});
+}
+
+TEST_F(StoredCopies, SavesThatFailLeaveNoNamesBehind)
+{
+    home.execute(
+        QStringLiteral("CREATE TRIGGER fails BEFORE INSERT ON Study BEGIN SELECT RAISE(ABORT, 'no'); END"));
+    const QString inbox = receive(kMorning);
+    for (int time = 0; time < 3; ++time) {
+        EXPECT_THROW(import(inbox), GatewayImportError);
+        EXPECT_LE(stored().size(), 1);
+    }
+    EXPECT_THROW(import(receive(kMorning + seconds(1)), ImportSource::foreign), GatewayImportError);
+    home.execute(QStringLiteral("DROP TRIGGER fails"));
+
+    import(inbox);
+
+    EXPECT_EQ(stored().size(), 1);
+    EXPECT_EQ(stored(), current());
+}
+
+TEST_F(StoredCopies, ADamagedOneNeverTakesThePlaceOfAWholeOne)
+{
+    const QString whole = take(kMorning, kWhole);
+    const QString stump = take(kMorning + seconds(1), kStump);
+
+    EXPECT_EQ(current(), QStringList{whole});
+    send(whole);
+    EXPECT_EQ(stored(), (QStringList{whole, stump})); // it was acknowledged, and nothing like it was sent
+    EXPECT_EQ(kindOf(stump), Kind::none);
+}
+
+TEST_F(StoredCopies, AWholeOneTakesThePlaceOfADamagedOneWhicheverCameLater)
+{
+    const QString stump = take(kMorning + seconds(1), kStump);
+    EXPECT_EQ(current(), QStringList{stump});
+    EXPECT_EQ(home.index().examination().damagedFiles(), 1);
+
+    const QString whole = take(kMorning, kWhole);
+
+    EXPECT_EQ(current(), QStringList{whole});
+    EXPECT_EQ(home.index().examination().damagedFiles(), 0);
+}
+
+TEST_F(StoredCopies, AnEarlierOneWhoseSuccessorsFileIsGoneCanTakeItsPlace)
+{
+    const QString first = take(kMorning, saying(QStringLiteral("first")));
+    const QString second = take(kMorning + seconds(1), saying(QStringLiteral("second")));
+    QFile::remove(home.index().fileURL(second).toLocalFile());
+
+    auto examination = home.index().examination();
+    const UnrecordedFile found = examination.lookAt(first);
+    ASSERT_EQ(found.kind, Kind::image);
+    EXPECT_TRUE(examination.record(found));
+
+    EXPECT_EQ(current(), QStringList{first});
+    EXPECT_EQ(kindOf(first), Kind::none);
+}
+
+TEST_F(StoredCopies, AWholeOneIsFoundBesideADamagedOneOfBeforeSuchWereTold)
+{
+    const QString whole = take(kMorning, kWhole);
+    const QString stump = take(kMorning + seconds(1), kStump);
+    home.execute(QStringLiteral("DELETE FROM SupersededFile; UPDATE DicomImage SET damaged = 0, "
+                                "acknowledged = 0, pathString = '%1'")
+                     .arg(stump));
+    auto examination = home.index().examination();
+
+    const UnrecordedFile found = examination.lookAt(whole);
+    ASSERT_EQ(found.kind, Kind::wholeCopy);
+    EXPECT_TRUE(examination.record(found));
+
+    EXPECT_EQ(current(), QStringList{whole});
+    EXPECT_EQ(kindOf(whole), Kind::none);
+    EXPECT_EQ(kindOf(stump), Kind::none);
+}
+
+TEST_F(StoredCopies, AnOlderOneOfBeforeCopiesWereNotedIsNotedAndGoes)
+{
+    const QString first = take(kMorning, saying(QStringLiteral("first")));
+    const QString second = take(kMorning + seconds(1), saying(QStringLiteral("second")));
+    home.execute(QStringLiteral("DELETE FROM SupersededFile; UPDATE DicomImage SET acknowledged = 0"));
+    send(second);
+    auto examination = home.index().examination();
+
+    const UnrecordedFile found = examination.lookAt(first);
+    ASSERT_EQ(found.kind, Kind::earlierCopy);
+    EXPECT_TRUE(examination.record(found));
+    home.index().finishRemovals();
+
+    EXPECT_EQ(stored(), QStringList{second});
+    EXPECT_EQ(home.index().syncedImagesCount(), 1);
+}
+
+} // namespace gateway::index
