@@ -21,9 +21,9 @@ Association::Association(const AssociationRequest &request,
                          InboxDisk &disk,
                          AssociationOutlet &outlet,
                          std::string fileNames,
-                         std::int64_t reserve)
+                         SpaceClaim claim)
     : m_request(request), m_negotiation(request), m_disk(disk), m_outlet(outlet),
-      m_fileNames(std::move(fileNames)), m_reserve(reserve)
+      m_fileNames(std::move(fileNames)), m_claim(claim)
 {
 }
 
@@ -86,7 +86,7 @@ void Association::onCommand(std::uint8_t contextId)
                                 std::string(m_negotiation.transferSyntax(contextId)),
                                 m_request.callingTitle};
         m_instance.emplace(
-            m_disk, m_fileNames + std::to_string(++m_objects), encodeFileHeader(header), m_reserve);
+            m_disk, m_fileNames + std::to_string(++m_objects), encodeFileHeader(header), m_claim);
     }
 }
 

@@ -41,11 +41,12 @@ public:
     };
 
     /// \param fileNames  what the names of this association's files begin with; unguessable.
+    /// \param claim  of this association alone.
     Association(const AssociationRequest &request,
                 InboxDisk &disk,
                 AssociationOutlet &outlet,
                 std::string fileNames,
-                std::int64_t reserve);
+                SpaceClaim claim);
 
     /// The answer to the request, to be sent first.
     std::string accept() const;
@@ -81,7 +82,7 @@ private:
     InboxDisk &m_disk;
     AssociationOutlet &m_outlet;
     std::string m_fileNames;
-    std::int64_t m_reserve;
+    SpaceClaim m_claim;
 
     PduParser m_parser;
     State m_state = State::open;

@@ -182,7 +182,7 @@ class AssociationServer : private AssociationOutlet
 public:
     AssociationServer(AssociationJob job, Inbox &inbox, Channel &channel)
         : m_job(std::move(job)), m_channel(channel), m_connection(std::move(m_job.socket), m_job.timeout),
-          m_association(m_job.request, inbox, *this, m_job.fileNames, m_job.reserve)
+          m_association(m_job.request, inbox, *this, m_job.fileNames, m_job.claim)
     {
     }
 

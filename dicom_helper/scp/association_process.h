@@ -3,10 +3,10 @@
 #include "dicom_helper/descriptor.h"
 #include "dicom_helper/scp/association_request.h"
 #include "dicom_helper/scp/inbox.h"
+#include "dicom_helper/scp/space_claims.h"
 #include "platform/dicom_protocol/channel.h"
 
 #include <chrono>
-#include <cstdint>
 #include <string>
 
 #include <sys/types.h>
@@ -18,11 +18,11 @@ struct AssociationJob
 {
     Descriptor socket; // non-blocking; the request has been read off it
     AssociationRequest request;
-    std::string peer;        // address and port, for people
-    std::string association; // its identifier
-    std::string fileNames;   // what its files' names begin with
+    SpaceClaim claim;             // on the free space
+    std::string peer = {};        // address and port, for people
+    std::string association = {}; // its identifier
+    std::string fileNames = {};   // what its files' names begin with
     std::chrono::seconds timeout{0};
-    std::int64_t reserve = 0;
 };
 
 /// Serves one association in a process of its own from the answer to its end, and tells the gateway what

@@ -32,7 +32,7 @@ public:
                                                              {},
                                                              maximumLength)
                                                 .substr(kPduHeaderBytes))),
-          association(m_request, disk, *this, "quorin-x-", 0)
+          association(m_request, disk, *this, "quorin-x-", SpaceClaim(m_claims, 0))
     {
     }
 
@@ -61,6 +61,7 @@ public:
     bool reachable = true;
     std::string sent;
     std::vector<std::string> stored;
+    SpaceClaims m_claims{0};
     Association association;
 };
 

@@ -5,20 +5,14 @@
 
 namespace gateway::dicom_helper::scp {
 
-namespace {
-
-// Asking for the free space costs a microsecond; once in so many bytes keeps the reserve whole enough.
-constexpr std::int64_t kBytesBetweenChecks = 16 * 1024 * 1024;
-
-} // namespace
-
 IncomingInstance::IncomingInstance(InboxDisk &disk,
                                    std::string name,
                                    std::string_view header,
-                                   std::int64_t reserve)
-    : m_disk(disk), m_name(name + ".part"), m_finalName(name + ".dcm"), m_reserve(reserve)
+                                   SpaceClaim claim)
+    : m_disk(disk), m_name(name + ".part"), m_finalName(name + ".dcm"), m_claim(claim)
 {
-    if (!leavesReserve()) {
+    m_trouble = m_claim.cover(static_cast<std::int64_t>(header.size()), m_disk);
+    if (m_trouble != 0) {
         return;
     }
     const int file = m_disk.create(m_name);
@@ -35,28 +29,21 @@ IncomingInstance::~IncomingInstance()
     if (m_file) {
         fail(-ECANCELED);
     }
+    m_claim.giveBack();
 }
 
 void IncomingInstance::append(std::string_view bytes)
 {
-    m_dataSetBytes += static_cast<std::int64_t>(bytes.size());
-    if (m_file && m_written - m_checkedAt >= kBytesBetweenChecks && !leavesReserve()) {
-        fail(m_trouble);
+    const auto count = static_cast<std::int64_t>(bytes.size());
+    m_dataSetBytes += count;
+    if (!m_file) {
+        return;
+    }
+    if (const int trouble = m_claim.cover(count, m_disk); trouble != 0) {
+        fail(trouble);
+        return;
     }
     write(bytes);
-}
-
-/// Whether there is more free space than the reserve; notes the trouble when there isn't.
-bool IncomingInstance::leavesReserve()
-{
-    m_checkedAt = m_written;
-    const std::int64_t available = m_disk.availableBytes();
-    if (available < 0) {
-        m_trouble = static_cast<int>(available);
-    } else if (available < m_reserve) {
-        m_trouble = -ENOSPC;
-    }
-    return m_trouble == 0;
 }
 
 void IncomingInstance::write(std::string_view bytes)
@@ -68,6 +55,7 @@ void IncomingInstance::write(std::string_view bytes)
             return;
         }
         m_written += written;
+        m_claim.written(written);
         bytes.remove_prefix(static_cast<std::size_t>(written));
     }
 }
@@ -77,6 +65,7 @@ void IncomingInstance::fail(int trouble)
     m_trouble = trouble;
     m_disk.close(*std::exchange(m_file, std::nullopt));
     m_disk.removeUnfinished(m_name);
+    m_claim.giveBack();
 }
 
 bool IncomingInstance::finish()

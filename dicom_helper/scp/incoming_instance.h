@@ -1,6 +1,7 @@
 #pragma once
 
 #include "dicom_helper/scp/inbox.h"
+#include "dicom_helper/scp/space_claims.h"
 
 #include <cstdint>
 #include <optional>
@@ -19,8 +20,8 @@ class IncomingInstance
 public:
     /// \param name  of the file, without ending; new and unguessable.
     /// \param header  what the file begins with.
-    /// \param reserve  bytes of free space that are left alone.
-    IncomingInstance(InboxDisk &disk, std::string name, std::string_view header, std::int64_t reserve);
+    /// \param claim  on the free space; no other object uses it meanwhile.
+    IncomingInstance(InboxDisk &disk, std::string name, std::string_view header, SpaceClaim claim);
 
     /// Removes the unfinished file.
     ~IncomingInstance();
@@ -40,11 +41,10 @@ public:
     /// The name of the file in the inbox once finish() has kept it.
     const std::string &finalName() const { return m_finalName; }
 
-    /// The negated errno of the first trouble, or 0. Space below the reserve counts as ENOSPC.
+    /// The negated errno of the first trouble, or 0. Space that would not leave the reserve counts as ENOSPC.
     int trouble() const { return m_trouble; }
 
 private:
-    bool leavesReserve();
     void write(std::string_view bytes);
     void fail(int trouble);
     int settle();
@@ -52,10 +52,9 @@ private:
     InboxDisk &m_disk;
     std::string m_name;
     std::string m_finalName;
-    std::int64_t m_reserve;
+    SpaceClaim m_claim;
     std::optional<int> m_file;
     std::int64_t m_written = 0;
-    std::int64_t m_checkedAt = 0;
     std::int64_t m_dataSetBytes = 0;
     int m_trouble = 0;
 };

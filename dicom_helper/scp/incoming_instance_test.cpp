@@ -17,7 +17,8 @@ const std::string kWhole = "headerone two";
 
 bool store(MemoryDisk &disk, int *trouble = nullptr)
 {
-    IncomingInstance instance(disk, "name", kHeader, 0);
+    SpaceClaims claims(0);
+    IncomingInstance instance(disk, "name", kHeader, SpaceClaim(claims, 0));
     instance.append("one ");
     instance.append("two");
     const bool kept = instance.finish();
@@ -70,7 +71,8 @@ TEST(IncomingInstance, AFailureOfAnyStepRefusesItAndLeavesNothing)
 TEST(IncomingInstance, ACrashAfterAnyStepLeavesNoTornFileUnderAFinalName)
 {
     MemoryDisk disk;
-    IncomingInstance instance(disk, "name", kHeader, 0);
+    SpaceClaims claims(0);
+    IncomingInstance instance(disk, "name", kHeader, SpaceClaim(claims, 0));
     instance.append("one ");
     EXPECT_TRUE(disk.inboxAfterCrash().empty());
     instance.append("two");
@@ -109,7 +111,8 @@ TEST(IncomingInstance, BelowTheReserveNothingIsBegun)
     MemoryDisk disk;
     disk.setAvailableBytes(999);
 
-    IncomingInstance instance(disk, "name", kHeader, 1000);
+    SpaceClaims claims(1000);
+    IncomingInstance instance(disk, "name", kHeader, SpaceClaim(claims, 0));
     instance.append("bytes");
 
     EXPECT_FALSE(instance.finish());
@@ -120,7 +123,8 @@ TEST(IncomingInstance, BelowTheReserveNothingIsBegun)
 TEST(IncomingInstance, ALongObjectThatEatsIntoTheReserveIsGivenUpAndItsSpaceFreed)
 {
     MemoryDisk disk;
-    IncomingInstance instance(disk, "name", kHeader, 1000);
+    SpaceClaims claims(1000);
+    IncomingInstance instance(disk, "name", kHeader, SpaceClaim(claims, 0));
     instance.append(std::string(17 * 1024 * 1024, 'x'));
 
     disk.setAvailableBytes(999);
@@ -135,7 +139,8 @@ TEST(IncomingInstance, OneThatIsNeverFinishedLeavesNothing)
 {
     MemoryDisk disk;
     {
-        IncomingInstance instance(disk, "name", kHeader, 0);
+        SpaceClaims claims(0);
+        IncomingInstance instance(disk, "name", kHeader, SpaceClaim(claims, 0));
         instance.append("half");
         EXPECT_TRUE(disk.hasUnfinished());
     }

@@ -38,7 +38,7 @@ constexpr std::chrono::milliseconds kAcceptPause(200);
 /// that the system gives us now, and never so many that memory suffers.
 std::size_t mostAtOnce()
 {
-    constexpr std::size_t kMost = 256;
+    constexpr std::size_t kMost = SpaceClaims::kSlots;
     rlimit descriptors{};
     if (::getrlimit(RLIMIT_NOFILE, &descriptors) != 0) {
         return kMost;
@@ -78,7 +78,8 @@ Descriptor signalDescriptor()
 
 Listener::Listener(ListenerSettings settings, Inbox &inbox, Channel &channel)
     : m_settings(std::move(settings)), m_inbox(inbox), m_channel(channel),
-      m_listening(listenOn(m_settings.address, m_settings.port)), m_signals(signalDescriptor())
+      m_listening(listenOn(m_settings.address, m_settings.port)), m_claims(m_settings.reserve),
+      m_signals(signalDescriptor())
 {
 }
 
@@ -220,14 +221,15 @@ void Listener::startAssociation(PendingPeer peer)
         return;
     }
     const std::string chance = randomText();
-    AssociationJob job;
-    job.peer = peer.address();
+    const std::size_t slot = freeSlot();
+    AssociationJob job{.socket = {},
+                       .request = peer.takeRequest(),
+                       .claim = SpaceClaim(m_claims, slot),
+                       .peer = peer.address()};
     job.association = job.peer + "/" + std::to_string(++m_associations) + "/" + chance.substr(0, 8);
     job.fileNames = "quorin-" + chance + "-";
     job.timeout = m_settings.timeout;
-    job.reserve = m_settings.reserve;
-    job.request = peer.takeRequest();
-    const Child child{job.association, job.fileNames};
+    const Child child{job.association, job.fileNames, slot};
 
     m_inbox.takeUpWhatIsThere();
     const pid_t listener = ::getpid();
@@ -240,6 +242,16 @@ void Listener::startAssociation(PendingPeer peer)
     } else {
         peer.answer(encodeReject(kLocalLimitExceeded));
     }
+}
+
+/// One that no association has; the caller has seen to it that there is one.
+std::size_t Listener::freeSlot() const
+{
+    std::size_t slot = 0;
+    while (std::ranges::any_of(m_children, [slot](const auto &child) { return child.second.slot == slot; })) {
+        ++slot;
+    }
+    return slot;
 }
 
 /// In the new process: lets go of everything that is the listener's, and of every right that only that needs.
@@ -269,7 +281,11 @@ void Listener::reapChildren()
 void Listener::onChildEnd(pid_t process, int status)
 {
     const auto ended = m_children.extract(process);
-    if (ended.empty() || (WIFEXITED(status) && WEXITSTATUS(status) <= 1)) {
+    if (ended.empty()) {
+        return;
+    }
+    m_claims.giveBack(ended.mapped().slot);
+    if (WIFEXITED(status) && WEXITSTATUS(status) <= 1) {
         return;
     }
     // It could neither tidy up nor tell.

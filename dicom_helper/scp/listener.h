@@ -4,6 +4,7 @@
 #include "dicom_helper/scp/inbox.h"
 #include "dicom_helper/scp/listening_socket.h"
 #include "dicom_helper/scp/pending_peer.h"
+#include "dicom_helper/scp/space_claims.h"
 #include "platform/dicom_protocol/channel.h"
 
 #include <chrono>
@@ -51,6 +52,7 @@ private:
     {
         std::string association;
         std::string fileNames;
+        std::size_t slot = 0; // of its claim on the free space
     };
 
     void waitForWork();
@@ -61,6 +63,7 @@ private:
     void makeRoom();
     void readPeers();
     void startAssociation(PendingPeer peer);
+    std::size_t freeSlot() const;
     [[noreturn]] void becomeAssociation(AssociationJob job, pid_t listener);
     void reapChildren();
     void onChildEnd(pid_t process, int status);
@@ -71,6 +74,7 @@ private:
     Inbox &m_inbox;
     platform::dicom_protocol::Channel &m_channel;
     ListeningSocket m_listening;
+    SpaceClaims m_claims;
     Descriptor m_signals;
     std::list<PendingPeer> m_pending; // the oldest first
     std::map<pid_t, Child> m_children;
