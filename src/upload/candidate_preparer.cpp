@@ -45,7 +45,7 @@ CandidatePreparationResult CandidatePreparer::prepare(const CandidateContext &co
                                                     : QStringLiteral("conversion_error");
         return fallBack(context, sourceURL, reason, details);
     }
-    if (!exists(QUrl::fromLocalFile(made.path))) {
+    if (!exists(standardized(QUrl::fromLocalFile(made.path)))) {
         return fallBack(context, sourceURL, QStringLiteral("converted_file_missing"), details);
     }
     return ready(context,
