@@ -49,7 +49,7 @@ bool isPlain(std::string_view text)
 
 void putUid(std::string &bytes, std::uint16_t element, const std::string &uid)
 {
-    const bool isHarmless = uid.size() <= kMaxUidBytes && isPlain(uid);
+    const bool isHarmless = uid.size() <= kMaxUidBytes && isPlain(uid) && uid.find('/') == std::string::npos;
     putText(bytes, element, "UI", isHarmless ? uid : std::string(), '\0');
 }
 

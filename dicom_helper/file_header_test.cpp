@@ -28,8 +28,11 @@ TEST(FileHeader, KeepsASloppyUidThatMayBeTheOnlyNameOfTheObject)
 
 TEST(FileHeader, LeavesOutAUidThatIsNoPlainText)
 {
-    for (const std::string &uid :
-         {std::string("1.2\n3"), std::string("1.2\\3"), std::string("1.2.\xE4"), std::string(300, '1')}) {
+    for (const std::string &uid : {std::string("1.2\n3"),
+                                   std::string("1.2\\3"),
+                                   std::string("../1"),
+                                   std::string("1.2.\xE4"),
+                                   std::string(300, '1')}) {
         EXPECT_EQ(instanceIn(headerOf(uid)), "") << uid;
     }
 }

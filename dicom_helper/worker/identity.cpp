@@ -24,8 +24,9 @@ Identity identityOf(const ObjectHeader &header)
 bool isNameable(std::string_view uid)
 {
     // A text without any of these is no segment of an address, nor one value of an attribute.
-    return !uid.empty() && uid != "." && uid != ".." &&
-           std::ranges::all_of(uid, [](char one) { return one >= ' ' && one <= '~' && one != '\\'; });
+    return !uid.empty() && uid != "." && uid != ".." && std::ranges::all_of(uid, [](char one) {
+        return one >= ' ' && one <= '~' && one != '\\' && one != '/';
+    });
 }
 
 } // namespace gateway::dicom_helper::worker

@@ -541,11 +541,17 @@ namespace {
 
 const InstanceIdentity kInstance{QStringLiteral("1.2"), QStringLiteral("1.2.9"), QStringLiteral("1.2.3")};
 
+ScriptedHttpServer::Handler answeringAlways(int status, const QByteArray &body, const QByteArray &type)
+{
+    return
+        [answer = ScriptedHttpServer::answer(status, type, body)](const ReceivedRequest &) { return answer; };
+}
+
 /// What is fetched where the server answers so; the error's reason where that can't be used.
 std::variant<QByteArray, NoAnswer>
 fetched(const QByteArray &type, const QByteArray &body, qint64 limit = 1 << 20)
 {
-    ScriptedService service(answeringDataset(200, body, type));
+    ScriptedService service(answeringAlways(200, body, type));
     SampleFiles files;
     const QString path = files.path(QStringLiteral("fetched"));
     const auto error = errorOf<AFError>([&] { QrnStowAPI(service.client).retrieve(kInstance, path, limit); });
@@ -591,7 +597,7 @@ TEST(Retrieval, TakesNothingElseForAnInstance)
 
 TEST(Retrieval, ThrowsTheStatusOfARefusal)
 {
-    ScriptedService service(answeringDataset(404, "none", "text/plain"));
+    ScriptedService service(answeringAlways(404, "none", "text/plain"));
     SampleFiles files;
 
     const auto error = errorOf<AFError>(
