@@ -212,7 +212,7 @@ private:
     QString m_toldSession; // what operators were told of it last
     platform::NotificationCenter::Token m_sessionObserver;
     std::optional<receive::InboxWatch> m_inboxWatch; // from the launch on
-    platform::Task m_recording; // last: it uses the index and the store
+    platform::Task m_recording;                      // last: it uses the index and the store
 };
 
 } // namespace gateway::app
