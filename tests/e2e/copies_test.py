@@ -1,0 +1,199 @@
+"""Of an image that comes more than once the last acknowledged version counts, and no other copy stays behind."""
+
+import json
+import shutil
+import signal
+import sqlite3
+import subprocess
+import unittest
+
+from harness import PROGRAMS, TITLE, EndToEndTest, Gateway, await_true, end, environment, run, send
+
+DAY_MS = 24 * 3600 * 1000
+
+
+class Copies(EndToEndTest):
+
+    def setUp(self):
+        super().setUp()
+        self.cloud = self.start_cloud()
+        self.gateway = self.start_gateway(self.cloud.address)
+
+    def store(self):
+        return self.gateway.home / "Documents/Pavan Data"
+
+    def stored(self):
+        """The files in the file store, by their paths below its root."""
+        return sorted(str(file.relative_to(self.store())) for file in self.store().glob("*/*") if file.is_file())
+
+    def rows(self, sql, *values):
+        with sqlite3.connect(self.gateway.home / "index/QuorinGateway.sqlite", timeout=30) as index:
+            return index.execute(sql, values).fetchall()
+
+    def current(self):
+        return sorted(path for path, in self.rows("SELECT DISTINCT pathString FROM DicomImage"))
+
+    def start_again(self, *, before=None):
+        port = self.gateway.port
+        self.gateway.end()
+        if before:
+            before()
+        self.gateway = Gateway(self.folder, self.cloud.address)
+        self.addCleanup(self.gateway.end)
+        self.gateway.port = port
+
+    def findings(self, *options):
+        """Exit code, and kind -> (found, mended)."""
+        ended = self.gateway.command("doctor", "--json", *options, check=False)
+        report = json.loads(ended.stdout)
+        return ended.returncode, {found["kind"]: (found["count"], found["mended"]) for found in report["findings"]}
+
+    def version_of(self, file, name, comment, size=None):
+        """A copy of a file with another comment, and with pixel data of so many rows and columns."""
+        copy = self.folder / name
+        shutil.copy(file, copy)
+        changes = ["-i", f"(0020,4000)={comment}"]
+        if size:
+            pixels = self.folder / f"{name}.raw"
+            pixels.write_bytes(bytes(size * size * 2))
+            changes += ["-m", f"(0028,0010)={size}", "-m", f"(0028,0011)={size}", "-mf", f"(7fe0,0010)={pixels}"]
+        run("dcmodify", "-nb", "-q", *changes, copy)
+        return copy
+
+    def test_the_last_version_of_an_association_counts_though_the_one_before_is_large(self):
+        # Given
+        images = self.samples(ct=4)
+        pairs = [(self.version_of(image, f"{number}-a.dcm", "first", size=3000),
+                  self.version_of(image, f"{number}-b.dcm", "corrected")) for number, image in enumerate(images)]
+
+        # When
+        for first, corrected in pairs:
+            send(self.gateway, [first, corrected])
+        self.gateway.await_received(images)
+        await_true("an empty inbox", lambda: not list(self.gateway.home.rglob("quorin-*.dcm")), self.gateway.process)
+
+        # Then
+        self.assertEqual([comment for comment, in self.rows("SELECT comment FROM DicomImage")],
+                         ["corrected"] * len(images))
+        self.assertEqual(self.findings()[1], {})
+        self.gateway.sign_in()
+        self.gateway.await_synced(images)
+        await_true("one file an image", lambda: self.stored() == self.current(), self.gateway.process)
+
+    def test_nothing_is_left_or_sent_again_once_retention_has_let_go_of_images_that_came_often(self):
+        # Given
+        self.gateway.sign_in()
+        images = self.samples(ct=3)
+        for turn in range(3):
+            send(self.gateway, [self.version_of(image, f"{turn}-{number}.dcm", f"turn {turn}")
+                                for number, image in enumerate(images)])
+        self.gateway.await_synced(images)
+        await_true("one file an image", lambda: self.stored() == self.current(), self.gateway.process)
+
+        # When
+        self.gateway.command("settings", "set", "GatewayAutoDelete", "30-days")
+        self.start_again(before=lambda: self.rows(
+            "UPDATE DicomImage SET uploadDate = uploadDate - ?", 60 * DAY_MS))
+        self.gateway.await_status("an empty index", lambda status: status["counters"]["images"] == 0)
+
+        # Then
+        await_true("an empty store", lambda: not self.stored(), self.gateway.process)
+        self.assertEqual(self.findings("--repair"), (0, {}))
+        self.assertEqual(self.gateway.status()["counters"]["images"], 0)
+
+    def test_a_kill_while_receiving_leaves_one_name_an_image(self):
+        # Given
+        images = self.samples(ct=40)
+        sender = subprocess.Popen(["dcmsend", "--decompress-never", "-aec", TITLE, "127.0.0.1",
+                                   str(self.gateway.port), *images], stdout=subprocess.DEVNULL,
+                                  stderr=subprocess.DEVNULL)
+        self.addCleanup(end, sender)
+        await_true("some images", lambda: len(self.stored()) >= 5, self.gateway.process)
+
+        # When
+        self.gateway.process.send_signal(signal.SIGKILL)
+        self.gateway.process.wait()
+        sender.wait()
+        self.start_again()
+        await_true("an empty inbox", lambda: not list(self.gateway.home.rglob("quorin-*.dcm")), self.gateway.process)
+
+        # Then
+        self.assertGreaterEqual(len(self.stored()), 5)
+        self.assertEqual(self.stored(), self.current())
+        self.assertEqual(self.findings()[1], {})
+
+    def test_a_cut_image_is_passed_over_and_one_from_the_network_takes_no_whole_ones_place(self):
+        # Given
+        image, other = self.samples(ct=2)
+        cut = self.folder / "cut.dcm"
+        cut.write_bytes(image.read_bytes()[:image.stat().st_size // 2])
+        send(self.gateway, [image])
+        self.gateway.await_received([image])
+
+        # When
+        ended = self.gateway.command("import", "--json", cut, check=False)
+        plain = self.gateway.command("import", cut, check=False)
+
+        # Then
+        self.assertEqual(json.loads(ended.stdout)["importedFiles"], 0)
+        self.assertEqual([skipped["reason"] for skipped in json.loads(ended.stdout)["skipped"]], ["damaged_object"])
+        self.assertIn("ends too early", plain.stdout + plain.stderr)
+        self.assertEqual(self.stored(), self.current())
+        self.gateway.command("import", other)
+        self.gateway.await_received([image, other])
+
+    def test_an_index_that_vanished_is_told_and_its_images_are_sent(self):
+        # Given
+        images = self.samples(ct=30)
+        send(self.gateway, images)
+        self.gateway.await_received(images)
+        await_true("an empty inbox", lambda: not list(self.gateway.home.rglob("quorin-*.dcm")), self.gateway.process)
+        files = self.stored()
+
+        # When
+        self.start_again(before=lambda: shutil.rmtree(self.gateway.home / "index"))
+
+        # Then
+        self.gateway.await_received(images)
+        self.assertIn("The index was missing", self.gateway.said())
+        await_true("the end of it", lambda: "30 stored files are recorded" in self.gateway.said(),
+                   self.gateway.process)
+        self.assertEqual(self.current(), files)
+        self.gateway.sign_in()
+        self.gateway.await_synced(images)
+        self.assertEqual(self.findings(), (0, {}))
+
+    def test_a_second_home_with_the_same_documents_is_refused(self):
+        # Given
+        second = self.folder / "second"
+        second.mkdir()
+        (second / "Documents").symlink_to(self.gateway.home / "Documents")
+
+        # When
+        ended = subprocess.run([PROGRAMS / "quorin-gateway", "--home", second, "--headless"], env=environment(),
+                               capture_output=True, text=True, timeout=120, check=False)
+
+        # Then
+        self.assertNotEqual(ended.returncode, 0)
+        self.assertIn("The file store is used by another gateway", ended.stderr)
+        self.assertIn(str(self.gateway.process.pid), ended.stderr)
+
+    def test_a_repair_adds_no_hours(self):
+        # Given
+        images = self.samples(ct=3)
+        send(self.gateway, images)
+        self.gateway.await_received(images)
+        hours = self.rows("SELECT sum(received) FROM ActivityHour")
+
+        # When
+        for _ in range(2):
+            self.rows("UPDATE Ledger SET failedCount = failedCount + 1")
+            self.assertEqual(self.findings("--repair")[1], {"wrongCount": (1, 1)})
+
+        # Then
+        self.assertEqual(self.rows("SELECT sum(received) FROM ActivityHour"), hours)
+        self.assertEqual(self.findings(), (0, {}))
+
+
+if __name__ == "__main__":
+    unittest.main()
