@@ -6,6 +6,7 @@
 #include "receive/testing/manual_import_world.h"
 #include "receive/testing/receive_world.h"
 #include "upload/store_upload_coordinator.h"
+#include "upload/testing/fake_upload_index.h"
 
 #include <QtCore/QStringList>
 
@@ -107,12 +108,16 @@ class AppWorld
 public:
     AppWorld()
     {
-        coordinator = std::make_shared<upload::StoreUploadCoordinator>(
-            receive.emitter,
-            [] { return upload::StoreUpload::ExecutionConfig(); },
-            [](const QString &, const upload::StoreUpload::ExecutionConfig &, const std::stop_token &) {
-                return upload::StoreUpload::RunSummary();
-            });
+        coordinator =
+            std::make_shared<upload::StoreUploadCoordinator>(upload::StoreUploadCoordinator::Collaborators{
+                receive.emitter,
+                receive.clock,
+                uploadIndex,
+                [] { return upload::StoreUpload::ExecutionConfig(); },
+                [](const QString &, const upload::StoreUpload::ExecutionConfig &, const std::stop_token &) {
+                    return upload::StoreUpload::RunSummary();
+                },
+                [] { return 0.0; }});
         store = std::make_shared<Store>(
             Store::Collaborators{receive.settings, receive.notifications, receive.main, receive.clock},
             coordinator,
@@ -149,6 +154,7 @@ public:
 
     receive::testing::ReceiveWorld receive;
     receive::testing::ManualImportWorld imports;
+    upload::testing::FakeUploadIndex uploadIndex;
     QStringList upkeepDone;
     bool isApplyingSetup = false;
     RecordingFace face;
