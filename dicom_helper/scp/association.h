@@ -59,6 +59,9 @@ public:
     /// Whether an object has begun and isn't answered yet.
     bool isInsideObject() const { return m_instance.has_value(); }
 
+    /// Whether something has begun, be it a PDU or a message, that more must follow of.
+    bool isInsideMessage() const { return m_dataSetFollows || m_commandContext || m_parser.isInsidePdu(); }
+
     /// How many objects were not kept, and why the last wasn't.
     int refusedObjects() const { return m_refusedObjects; }
     const std::string &lastRefusal() const { return m_lastRefusal; }

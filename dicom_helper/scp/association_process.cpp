@@ -1,8 +1,10 @@
 #include "dicom_helper/scp/association_process.h"
 
 #include "dicom_helper/scp/association.h"
+#include "dicom_helper/scp/least_progress.h"
 #include "dicom_helper/scp/pdus.h"
 #include "dicom_helper/scp/protocol_error.h"
+#include "dicom_helper/scp/turned_away.h"
 
 #include <algorithm>
 #include <array>
@@ -182,7 +184,7 @@ class AssociationServer : private AssociationOutlet
 public:
     AssociationServer(AssociationJob job, Inbox &inbox, Channel &channel)
         : m_job(std::move(job)), m_channel(channel), m_connection(std::move(m_job.socket), m_job.timeout),
-          m_association(m_job.request, inbox, *this, m_job.fileNames, m_job.claim)
+          m_progress(m_job.timeout), m_association(m_job.request, inbox, *this, m_job.fileNames, m_job.claim)
     {
     }
 
@@ -242,12 +244,27 @@ private:
             return "The peer closed the connection without a release.";
         }
         if (bytes) {
-            m_association.take(*bytes);
-            return std::nullopt;
+            return take(*bytes);
         }
-        if (m_connection.waitForBytes(deadline) == PeerConnection::Wait::silence && !deadline) {
+        const auto since = SteadyClock::now();
+        const PeerConnection::Wait end = m_connection.waitForBytes(deadline);
+        m_progress.onWaited(SteadyClock::now() - since);
+        if (end == PeerConnection::Wait::silence && !deadline) {
             return abortFor(AbortReason::notSpecified,
                             "The peer was silent for " + std::to_string(m_job.timeout.count()) + " s.");
+        }
+        return std::nullopt;
+    }
+
+    std::optional<std::string> take(std::string_view bytes)
+    {
+        const bool goesOn = m_association.isInsideMessage();
+        m_association.take(bytes);
+        if (!goesOn || !m_association.isInsideMessage()) {
+            m_progress.reset();
+        } else if (!m_progress.onBytes(static_cast<std::int64_t>(bytes.size()))) {
+            m_channel.send(TurnedAway::record(kObjectTooSlow, m_job.host, 1));
+            return abortFor(AbortReason::notSpecified, "The peer sent less than 1 KiB a second.");
         }
         return std::nullopt;
     }
@@ -279,6 +296,7 @@ private:
     AssociationJob m_job;
     Channel &m_channel;
     PeerConnection m_connection;
+    LeastProgress m_progress;
     Association m_association;
     bool m_gatewayIsThere = true;
 };

@@ -100,28 +100,22 @@ std::vector<pollfd> Listener::descriptors() const
     std::vector<pollfd> entries{{m_channel.descriptor(), POLLIN, 0},
                                 {m_signals.get(), POLLIN, 0},
                                 {accepts ? m_listening.socket.get() : -1, POLLIN, 0}};
-    entries.reserve(entries.size() + m_pending.size());
-    for (const PendingPeer &peer : m_pending) {
-        entries.push_back({peer.descriptor(), POLLIN, 0});
-    }
+    m_pending.addDescriptors(entries);
     return entries;
 }
 
 /// Until the next deadline; negative when there is none.
 std::chrono::milliseconds Listener::waitSpan() const
 {
-    std::optional<SteadyClock::time_point> next;
+    constexpr auto kNever = SteadyClock::time_point::max();
     const auto now = SteadyClock::now();
-    if (now < m_acceptAgain) {
-        next = m_acceptAgain;
-    }
-    if (!m_pending.empty()) {
-        next = std::min(next.value_or(SteadyClock::time_point::max()), m_pending.front().deadline());
-    }
-    if (!next) {
+    const auto next = std::min({now < m_acceptAgain ? m_acceptAgain : kNever,
+                                m_pending.deadline().value_or(kNever),
+                                m_turnedAway.due().value_or(kNever)});
+    if (next == kNever) {
         return std::chrono::milliseconds(-1);
     }
-    return std::max(std::chrono::ceil<std::chrono::milliseconds>(*next - now), std::chrono::milliseconds(0));
+    return std::max(std::chrono::ceil<std::chrono::milliseconds>(next - now), std::chrono::milliseconds(0));
 }
 
 void Listener::waitForWork()
@@ -137,11 +131,12 @@ void Listener::waitForWork()
         onChannel();
     }
     if (!m_stopping) {
-        readPeers();
+        m_pending.read(SteadyClock::now(), [this](PendingPeer peer) { startAssociation(std::move(peer)); });
     }
     if (!m_stopping && entries[2].revents != 0) {
         acceptPeers();
     }
+    m_turnedAway.tell(m_channel, SteadyClock::now());
 }
 
 void Listener::onChannel()
@@ -180,43 +175,34 @@ void Listener::acceptPeers()
             }
             return;
         }
-        if (m_pending.size() >= mostAtOnce()) {
-            m_pending.pop_front(); // it has had the most time of all
-        }
-        m_pending.emplace_back(
-            std::move(socket), describePeer(address), SteadyClock::now() + m_settings.requestDeadline);
+        m_pending.add(
+            {std::move(socket), describePeer(address), SteadyClock::now() + m_settings.requestDeadline},
+            {.most = mostAtOnce(), .mostOfAddress = m_settings.perAddress});
     }
 }
 
 /// The system gave no descriptor for one more connection.
 void Listener::makeRoom()
 {
-    if (!m_pending.empty()) {
-        m_pending.pop_front();
-    }
+    m_pending.dropOldest();
     m_acceptAgain = SteadyClock::now() + kAcceptPause;
 }
 
-void Listener::readPeers()
+/// Why this host gets no further association now; nothing where it does.
+const char *Listener::whyNot(const std::string &host) const
 {
-    const auto now = SteadyClock::now();
-    for (auto peer = m_pending.begin(); peer != m_pending.end();) {
-        const PendingPeer::Progress progress = peer->read();
-        if (progress == PendingPeer::Progress::waiting && now < peer->deadline()) {
-            ++peer;
-            continue;
-        }
-        PendingPeer taken = std::move(*peer);
-        peer = m_pending.erase(peer);
-        if (progress == PendingPeer::Progress::complete) {
-            startAssociation(std::move(taken));
-        }
+    if (m_children.size() >= mostAtOnce()) {
+        return kAllAssociationsTaken;
     }
+    const auto ofHost = static_cast<std::size_t>(
+        std::ranges::count_if(m_children, [&host](const auto &child) { return child.second.host == host; }));
+    return ofHost >= m_settings.perAddress ? kAddressHasItsAssociations : nullptr;
 }
 
 void Listener::startAssociation(PendingPeer peer)
 {
-    if (m_children.size() >= mostAtOnce()) {
+    if (const char *reason = whyNot(peer.host())) {
+        m_turnedAway.note(reason, peer.host());
         peer.answer(encodeReject(kLocalLimitExceeded));
         return;
     }
@@ -225,11 +211,12 @@ void Listener::startAssociation(PendingPeer peer)
     AssociationJob job{.socket = {},
                        .request = peer.takeRequest(),
                        .claim = SpaceClaim(m_claims, slot),
+                       .host = peer.host(),
                        .peer = peer.address()};
     job.association = job.peer + "/" + std::to_string(++m_associations) + "/" + chance.substr(0, 8);
     job.fileNames = "quorin-" + chance + "-";
     job.timeout = m_settings.timeout;
-    const Child child{job.association, job.fileNames, slot};
+    const Child child{job.host, job.association, job.fileNames, slot};
 
     m_inbox.takeUpWhatIsThere();
     const pid_t listener = ::getpid();

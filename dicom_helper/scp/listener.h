@@ -3,13 +3,13 @@
 #include "dicom_helper/scp/association_process.h"
 #include "dicom_helper/scp/inbox.h"
 #include "dicom_helper/scp/listening_socket.h"
-#include "dicom_helper/scp/pending_peer.h"
+#include "dicom_helper/scp/pending_peers.h"
 #include "dicom_helper/scp/space_claims.h"
+#include "dicom_helper/scp/turned_away.h"
 #include "platform/dicom_protocol/channel.h"
 
 #include <chrono>
 #include <cstdint>
-#include <list>
 #include <map>
 #include <optional>
 #include <string>
@@ -28,6 +28,8 @@ struct ListenerSettings
 
     // A peer has so long for its association request (the upper layer's ARTIM timer, PS3.8 9.1.4).
     std::chrono::milliseconds requestDeadline{10'000};
+
+    std::size_t perAddress = 128; // associations at once, and connections that aren't one yet
 };
 
 /// Takes connections, reads their association requests side by side, and gives each association a
@@ -50,6 +52,7 @@ public:
 private:
     struct Child
     {
+        std::string host;
         std::string association;
         std::string fileNames;
         std::size_t slot = 0; // of its claim on the free space
@@ -61,8 +64,8 @@ private:
     void onChannel();
     void acceptPeers();
     void makeRoom();
-    void readPeers();
     void startAssociation(PendingPeer peer);
+    const char *whyNot(const std::string &host) const;
     std::size_t freeSlot() const;
     [[noreturn]] void becomeAssociation(AssociationJob job, pid_t listener);
     void reapChildren();
@@ -76,7 +79,8 @@ private:
     ListeningSocket m_listening;
     SpaceClaims m_claims;
     Descriptor m_signals;
-    std::list<PendingPeer> m_pending; // the oldest first
+    TurnedAway m_turnedAway;
+    PendingPeers m_pending{m_turnedAway};
     std::map<pid_t, Child> m_children;
     std::int64_t m_associations = 0;
     std::chrono::steady_clock::time_point m_acceptAgain;

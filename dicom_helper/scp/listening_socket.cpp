@@ -120,7 +120,7 @@ ListeningSocket listenOn(const std::string &address, std::int64_t port)
     return listening;
 }
 
-std::string describePeer(const sockaddr_storage &address)
+PeerName describePeer(const sockaddr_storage &address)
 {
     constexpr std::string_view kMappedPrefix = "::ffff:";
     std::array<char, NI_MAXHOST> host{};
@@ -132,13 +132,14 @@ std::string describePeer(const sockaddr_storage &address)
                       port.data(),
                       port.size(),
                       NI_NUMERICHOST | NI_NUMERICSERV) != 0) {
-        return "unknown";
+        return {"unknown", "unknown"};
     }
     std::string text(host.data());
     if (text.starts_with(kMappedPrefix)) {
         text.erase(0, kMappedPrefix.size());
     }
-    return text.find(':') == std::string::npos ? text + ":" + port.data() : "[" + text + "]:" + port.data();
+    const std::string named = text.find(':') == std::string::npos ? text : "[" + text + "]";
+    return {text, named + ":" + port.data()};
 }
 
 } // namespace gateway::dicom_helper::scp

@@ -23,7 +23,13 @@ struct ListeningSocket
 /// \throws std::runtime_error with a sentence for people: port taken, privileged, address not this machine's.
 ListeningSocket listenOn(const std::string &address, std::int64_t port);
 
-/// A peer's address and port as text.
-std::string describePeer(const sockaddr_storage &address);
+/// Who a peer is, as text.
+struct PeerName
+{
+    std::string host;    // its address
+    std::string address; // with its port
+};
+
+PeerName describePeer(const sockaddr_storage &address);
 
 } // namespace gateway::dicom_helper::scp

@@ -32,6 +32,9 @@ public:
     /// Takes the bytes that came next. \throws ProtocolError, after which the parser is of no use.
     void take(std::string_view bytes, PduSink &sink);
 
+    /// Whether a PDU has begun and not ended.
+    bool isInsidePdu() const { return m_state != State::pduHeader || !m_gathered.empty(); }
+
 private:
     enum class State
     {

@@ -30,8 +30,17 @@ std::size_t PendingPeer::wantedBytes() const
     return m_bytes.size() < kPduHeaderBytes ? kPduHeaderBytes : kPduHeaderBytes + bodyLength(m_bytes);
 }
 
+void PendingPeer::abandon()
+{
+    m_socket.close();
+    std::string().swap(m_bytes); // an assignment would keep the memory
+}
+
 PendingPeer::Progress PendingPeer::read()
 {
+    if (isAbandoned()) {
+        return Progress::dropped;
+    }
     for (;;) {
         std::array<char, 64 * 1024> piece;
         const std::size_t wanted = std::min(piece.size(), wantedBytes() - m_bytes.size());

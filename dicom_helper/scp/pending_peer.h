@@ -2,6 +2,7 @@
 
 #include "dicom_helper/descriptor.h"
 #include "dicom_helper/scp/association_request.h"
+#include "dicom_helper/scp/listening_socket.h"
 
 #include <chrono>
 #include <optional>
@@ -22,8 +23,8 @@ public:
         dropped   ///< it isn't DICOM, or the peer went away: answered where that makes sense, to be closed
     };
 
-    PendingPeer(Descriptor socket, std::string address, std::chrono::steady_clock::time_point deadline)
-        : m_socket(std::move(socket)), m_address(std::move(address)), m_deadline(deadline)
+    PendingPeer(Descriptor socket, PeerName name, std::chrono::steady_clock::time_point deadline)
+        : m_socket(std::move(socket)), m_name(std::move(name)), m_deadline(deadline)
     {
     }
 
@@ -36,15 +37,23 @@ public:
     int descriptor() const { return m_socket.get(); }
     Descriptor takeSocket() { return std::move(m_socket); }
     AssociationRequest takeRequest() { return std::move(m_request); }
-    const std::string &address() const { return m_address; }
+    const std::string &host() const { return m_name.host; }
+    const std::string &address() const { return m_name.address; }
     std::chrono::steady_clock::time_point deadline() const { return m_deadline; }
+
+    /// The memory that its unfinished request takes.
+    std::size_t heldBytes() const { return m_bytes.capacity(); }
+
+    /// Closes the connection and lets go of what came.
+    void abandon();
+    bool isAbandoned() const { return !m_socket.isOpen(); }
 
 private:
     Progress onBytes();
     std::size_t wantedBytes() const;
 
     Descriptor m_socket;
-    std::string m_address;
+    PeerName m_name;
     std::chrono::steady_clock::time_point m_deadline;
     std::string m_bytes;
     AssociationRequest m_request;

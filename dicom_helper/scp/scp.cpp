@@ -3,6 +3,7 @@
 #include "dicom_helper/scp/inbox.h"
 #include "dicom_helper/scp/listener.h"
 
+#include <algorithm>
 #include <exception>
 #include <string>
 
@@ -20,6 +21,7 @@ ListenerSettings settingsOf(const Record &start)
     settings.port = start.number("port", -1);
     settings.timeout = std::chrono::seconds(start.number("timeout", 0));
     settings.reserve = start.number("reserve", 0);
+    settings.perAddress = static_cast<std::size_t>(std::max<std::int64_t>(start.number("peraddress", 1), 1));
     return settings;
 }
 

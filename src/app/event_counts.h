@@ -1,7 +1,10 @@
 #pragma once
 
 #include "log/gateway_logging.h"
+#include "platform/concurrency/mutex.h"
 
+#include <QtCore/QMap>
+#include <QtCore/QString>
 #include <QtCore/QtGlobal>
 
 #include <atomic>
@@ -20,6 +23,7 @@ struct EventTotals
     qint64 uploadedBytes = 0;  ///< of successful requests, as they went over the network
     qint64 failedUploads = 0;  ///< files whose upload failed; tried again they count again
     qint64 listenerFailures = 0;
+    QMap<QString, qint64> turnedAway = {}; ///< peers that were turned away, by the reason
 };
 
 /// Passes every event on to the log, and counts what operators watch.
@@ -37,6 +41,7 @@ public:
 
 private:
     void count(const log::GatewayLogEvent &event);
+    void countTurnedAway(const QMap<QString, QString> &details) QUORIN_EXCLUDES(m_mutex);
 
     log::GatewayLogging &m_log;
     std::atomic<qint64> m_associations = 0;
@@ -48,6 +53,8 @@ private:
     std::atomic<qint64> m_uploadedBytes = 0;
     std::atomic<qint64> m_failedUploads = 0;
     std::atomic<qint64> m_listenerFailures = 0;
+    mutable platform::Mutex m_mutex;
+    QMap<QString, qint64> m_turnedAway QUORIN_GUARDED_BY(m_mutex);
 };
 
 } // namespace gateway::app

@@ -52,6 +52,20 @@ TEST_F(Counts, TellWhatCameAndHowMuch)
     EXPECT_EQ(totals.failedImports, 1);
 }
 
+TEST_F(Counts, TellWhoWasTurnedAwayByTheReason)
+{
+    tell(GatewayLogAction::associationFailed,
+         std::nullopt,
+         {{u"reason"_qs, u"request_too_late"_qs}, {u"turned_away"_qs, u"1"_qs}});
+    tell(GatewayLogAction::associationFailed,
+         std::nullopt,
+         {{u"reason"_qs, u"request_too_late"_qs}, {u"turned_away"_qs, u"40"_qs}});
+
+    const EventTotals totals = m_counts.totals();
+    EXPECT_EQ(totals.turnedAway, (QMap<QString, qint64>{{u"request_too_late"_qs, 41}}));
+    EXPECT_EQ(totals.failedAssociations, 0);
+}
+
 TEST_F(Counts, TakeAFileForUploadedOnlyWhereTheCloudHoldsIt)
 {
     tell(GatewayLogAction::uploadAttemptSucceeded, 900);

@@ -62,6 +62,18 @@ void writeState(PrometheusWriter &out, const HealthFigures &figures, bool isMain
               asNumber(figures.index.isAnswering));
 }
 
+void writeTurnedAway(PrometheusWriter &out, const QMap<QString, qint64> &turnedAway)
+{
+    if (turnedAway.isEmpty()) {
+        return;
+    }
+    out.counterFamily("quorin_gateway_turned_away_total",
+                      QStringLiteral("DICOM peers that were turned away or cut off, by the reason."));
+    for (auto row = turnedAway.cbegin(); row != turnedAway.cend(); ++row) {
+        out.sample("reason", row.key(), asNumber(row.value()));
+    }
+}
+
 void writeReceiving(PrometheusWriter &out, const HealthFigures &figures)
 {
     const EventTotals &totals = figures.totals;
@@ -89,6 +101,7 @@ void writeReceiving(PrometheusWriter &out, const HealthFigures &figures)
     out.counter("quorin_gateway_listener_failures_total",
                 QStringLiteral("Times that the DICOM listener failed."),
                 asNumber(totals.listenerFailures));
+    writeTurnedAway(out, totals.turnedAway);
 }
 
 void writeUpkeep(PrometheusWriter &out, const HealthFigures &figures)

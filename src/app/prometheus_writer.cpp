@@ -52,6 +52,11 @@ void PrometheusWriter::gauge(const QByteArray &name, const QString &help, double
     end(value);
 }
 
+void PrometheusWriter::counterFamily(const QByteArray &name, const QString &help)
+{
+    begin(name, help, "counter");
+}
+
 void PrometheusWriter::gaugeFamily(const QByteArray &name, const QString &help)
 {
     begin(name, help, "gauge");

@@ -18,7 +18,8 @@ public:
     void counter(const QByteArray &name, const QString &help, double value);
     void gauge(const QByteArray &name, const QString &help, double value);
 
-    /// Begins a family of gauges whose samples follow.
+    /// Begins a family whose samples follow.
+    void counterFamily(const QByteArray &name, const QString &help);
     void gaugeFamily(const QByteArray &name, const QString &help);
 
     /// A sample of the family begun last. The label's value may hold anything.

@@ -25,6 +25,7 @@ TEST_F(Catalogue, ShowsTheDefaultsOfAnEmptyHome)
 {
     EXPECT_EQ(m_catalogue.get(u"ListenerSettings.port"_qs), u"1115"_qs);
     EXPECT_EQ(m_catalogue.get(u"ListenerSettings.timeout"_qs), u"30"_qs);
+    EXPECT_EQ(m_catalogue.get(u"ListenerSettings.associationsPerAddress"_qs), u"128"_qs);
     EXPECT_EQ(m_catalogue.get(u"ListenerSettings.isEnabled"_qs), u"true"_qs);
     EXPECT_EQ(m_catalogue.get(u"ListenerSettings.syntax"_qs), u"2"_qs);
     EXPECT_EQ(m_catalogue.get(u"wadoLimit"_qs), u"2"_qs);
@@ -39,6 +40,7 @@ TEST_F(Catalogue, KeepsEveryValueThatItTakes)
         {u"ListenerSettings.aeTitle"_qs, u"GATE"_qs},
         {u"ListenerSettings.port"_qs, u"11112"_qs},
         {u"ListenerSettings.timeout"_qs, u"600"_qs},
+        {u"ListenerSettings.associationsPerAddress"_qs, u"256"_qs},
         {u"ListenerSettings.syntax"_qs, u"24"_qs},
         {u"ListenerSettings.isEnabled"_qs, u"false"_qs},
         {u"ListenerSettings.advertiseWithBonjour"_qs, u"false"_qs},
@@ -70,7 +72,9 @@ TEST_F(Catalogue, RefusesWhatTheScreensRefuseAndChangesNothing)
               u"Timeout must be a number between 1 and 600."_qs);
     EXPECT_EQ(refusal(u"ListenerSettings.aeTitle"_qs, u" "_qs), u"AE Title is required."_qs);
     for (const auto &[key, value] :
-         QList<QPair<QString, QString>>{{u"ListenerSettings.syntax"_qs, u"3"_qs},
+         QList<QPair<QString, QString>>{{u"ListenerSettings.associationsPerAddress"_qs, u"0"_qs},
+                                        {u"ListenerSettings.associationsPerAddress"_qs, u"257"_qs},
+                                        {u"ListenerSettings.syntax"_qs, u"3"_qs},
                                         {u"ListenerSettings.syntax"_qs, u""_qs},
                                         {u"ListenerSettings.isEnabled"_qs, u"yes"_qs},
                                         {u"ListenerDestinationFolder"_qs, u"/no"_qs},

@@ -109,6 +109,17 @@ Issue setTimeout(DCMListenerSettings &record, const QString &value)
     return std::nullopt;
 }
 
+Issue setAssociationsPerAddress(DCMListenerSettings &record, const QString &value)
+{
+    constexpr int kMost = 256; // that the listener serves at once
+    const std::optional<int> count = number(value);
+    if (!count || *count < 1 || *count > kMost) {
+        return QStringLiteral("ListenerSettings.associationsPerAddress must be a number between 1 and 256.");
+    }
+    record.associationsPerAddress = count;
+    return std::nullopt;
+}
+
 Issue setSyntax(DCMListenerSettings &record, const QString &value)
 {
     const std::optional<int> raw = number(value);

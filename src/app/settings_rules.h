@@ -31,6 +31,7 @@ Issue changeListener(platform::UserDefaults &defaults,
 Issue setAETitle(core::DCMListenerSettings &record, const QString &value);
 Issue setPort(core::DCMListenerSettings &record, const QString &value);
 Issue setTimeout(core::DCMListenerSettings &record, const QString &value);
+Issue setAssociationsPerAddress(core::DCMListenerSettings &record, const QString &value);
 Issue setSyntax(core::DCMListenerSettings &record, const QString &value);
 Issue setIsEnabled(core::DCMListenerSettings &record, const QString &value);
 Issue setAdvertise(core::DCMListenerSettings &record, const QString &value);

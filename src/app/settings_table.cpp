@@ -112,6 +112,8 @@ CatalogueSetting listenerMember(const QString &name,
                 const DCMListenerSettings record = DCMListenerSettings::load(defaults);
                 if constexpr (std::is_same_v<Value, std::optional<bool>>) {
                     return textOf((record.*member).value_or(true));
+                } else if constexpr (std::is_same_v<Value, std::optional<int>>) {
+                    return textOf((record.*member).value_or(core::kDefaultAssociationsPerAddress));
                 } else if constexpr (std::is_enum_v<Value>) {
                     return QString::number(static_cast<int>(record.*member));
                 } else {
@@ -140,6 +142,9 @@ QList<CatalogueSetting> listenerSettings()
         listenerMember(QStringLiteral("aeTitle"), &DCMListenerSettings::aeTitle, settings_rules::setAETitle),
         listenerMember(QStringLiteral("port"), &DCMListenerSettings::port, settings_rules::setPort),
         listenerMember(QStringLiteral("timeout"), &DCMListenerSettings::timeout, settings_rules::setTimeout),
+        listenerMember(QStringLiteral("associationsPerAddress"),
+                       &DCMListenerSettings::associationsPerAddress,
+                       settings_rules::setAssociationsPerAddress),
         listenerMember(QStringLiteral("syntax"), &DCMListenerSettings::syntax, settings_rules::setSyntax),
         listenerMember(
             QStringLiteral("isEnabled"), &DCMListenerSettings::isEnabled, settings_rules::setIsEnabled),

@@ -24,6 +24,7 @@ const QString kIsEnabled = QStringLiteral("isEnabled");
 const QString kAdvertiseWithBonjour = QStringLiteral("advertiseWithBonjour");
 const QString kSecurityProfile = QStringLiteral("securityProfile");
 const QString kVerifyPeer = QStringLiteral("verifyPeer");
+const QString kAssociationsPerAddress = QStringLiteral("associationsPerAddress");
 
 std::optional<int> integerOf(const QJsonValue &value)
 {
@@ -105,6 +106,7 @@ QByteArray DCMListenerSettings::toJson() const
         object.insert(kSecurityProfile, static_cast<int>(*securityProfile));
     }
     writeOptional(object, kVerifyPeer, verifyPeer);
+    writeOptional(object, kAssociationsPerAddress, associationsPerAddress);
     return QJsonDocument(object).toJson(QJsonDocument::Compact);
 }
 
@@ -128,7 +130,8 @@ std::optional<DCMListenerSettings> DCMListenerSettings::fromJson(const QByteArra
         readOptional(object, kIsEnabled, settings.isEnabled, booleanOf) &&
         readOptional(object, kAdvertiseWithBonjour, settings.advertiseWithBonjour, booleanOf) &&
         readOptional(object, kSecurityProfile, settings.securityProfile, profileOf) &&
-        readOptional(object, kVerifyPeer, settings.verifyPeer, booleanOf);
+        readOptional(object, kVerifyPeer, settings.verifyPeer, booleanOf) &&
+        readOptional(object, kAssociationsPerAddress, settings.associationsPerAddress, integerOf);
     return whole ? std::optional(settings) : std::nullopt;
 }
 

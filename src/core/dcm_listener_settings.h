@@ -20,6 +20,10 @@ enum class TLSSecurityProfile : int
     bcp195 = 1 ///< BCP 195 TLS Secure Transport Connection Profile, PS3.15, B.9
 };
 
+/// How many associations one address may have at once, unless the settings say otherwise: half of the most
+/// that there may be in all, so that no sender alone shuts out the others, and far more than any opens.
+inline constexpr int kDefaultAssociationsPerAddress = 128;
+
 /// Under which title and port the listener answers, and how it shows itself on the network.
 ///
 /// A plain value without a live object: loaded at each use, so that a change is seen by the next reader and
@@ -34,6 +38,7 @@ struct DCMListenerSettings
     std::optional<bool> advertiseWithBonjour = true; ///< absent counts as true
     std::optional<TLSSecurityProfile> securityProfile = TLSSecurityProfile::bcp195;
     std::optional<bool> verifyPeer = false;
+    std::optional<int> associationsPerAddress = std::nullopt; ///< absent counts as the default
 
     bool operator==(const DCMListenerSettings &) const = default;
 

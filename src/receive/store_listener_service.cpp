@@ -122,6 +122,8 @@ platform::StoreSCPConfig StoreListenerService::configFor(const core::DCMListener
     config.verifyPeerCert = false;
     config.timeout = settings.timeout;
     config.bindAddress = m_places.bindAddress;
+    config.associationsPerAddress =
+        settings.associationsPerAddress.value_or(core::kDefaultAssociationsPerAddress);
     return config;
 }
 
@@ -245,6 +247,11 @@ platform::StoreSCPCallbacks StoreListenerService::callbacksFor(const Run &run)
     callbacks.misnamed = [weak, runId](const QString &association) {
         if (const auto self = weak.lock()) {
             self->fileMisnamed(runId, association);
+        }
+    };
+    callbacks.turnedAway = [weak, runId](const platform::StoreSCPTurnedAway &away) {
+        if (const auto self = weak.lock()) {
+            self->peersTurnedAway(runId, away);
         }
     };
     return callbacks;
@@ -373,6 +380,21 @@ void StoreListenerService::fileMisnamed(QUuid runId, const QString &association)
     record.outcome = GatewayLogOutcome::failed;
     record.assocHash = log::hashedIdentifier(association);
     record.details = {{kReason, QStringLiteral("not_a_file_of_the_inbox")}};
+    if (!wasStopped(runId)) {
+        m_with.logEmitter.emit(record);
+    }
+}
+
+void StoreListenerService::peersTurnedAway(QUuid runId, const platform::StoreSCPTurnedAway &away)
+{
+    log::StoreLogRecord record;
+    record.level = GatewayLogLevel::warning;
+    record.category = GatewayLogCategory::receive;
+    record.action = GatewayLogAction::associationFailed;
+    record.outcome = GatewayLogOutcome::skipped;
+    record.details = {{kReason, away.reason},
+                      {QStringLiteral("turned_away"), QString::number(away.count)},
+                      {QStringLiteral("host_hash"), log::hashedIdentifier(away.host).value_or(QString())}};
     if (!wasStopped(runId)) {
         m_with.logEmitter.emit(record);
     }

@@ -124,6 +124,7 @@ private:
     void listeningInterrupted(QUuid runId, int port, const platform::StoreSCPInterruption &interruption);
     void listeningResumed(QUuid runId, int port);
     void fileMisnamed(QUuid runId, const QString &association);
+    void peersTurnedAway(QUuid runId, const platform::StoreSCPTurnedAway &away);
 
     // Association events, on any thread.
     void associationStarted(QUuid runId, const QString &association);

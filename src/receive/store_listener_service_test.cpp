@@ -328,6 +328,23 @@ TEST_F(ListenerService, ImportsWhatAReceiverThatDiedCouldNotTell)
     EXPECT_TRUE(ReceiveWorld::filesIn(m_world.inbox()).isEmpty());
 }
 
+TEST_F(ListenerService, TellsWhoWasTurnedAwayWithoutAnAddress)
+{
+    m_world.service->startListener();
+
+    m_world.scps.front()->callbacks().turnedAway({u"object_too_slow"_qs, u"10.0.0.9"_qs, 7});
+    m_world.settle();
+
+    const auto event = last(GatewayLogAction::associationFailed);
+    EXPECT_EQ(event.outcome, GatewayLogOutcome::skipped);
+    EXPECT_EQ(detail(event, u"reason"_qs), u"object_too_slow"_qs);
+    EXPECT_EQ(detail(event, u"turned_away"_qs), u"7"_qs);
+    EXPECT_EQ(detail(event, u"host_hash"_qs), log::hashedIdentifier(u"10.0.0.9"_qs));
+    for (const QString &value : *event.details) {
+        EXPECT_FALSE(value.contains(u"10.0.0.9"_qs));
+    }
+}
+
 TEST_F(ListenerService, SaysWhenTheReceiverNamesAFileThatIsNotItsOwn)
 {
     m_world.service->startListener();

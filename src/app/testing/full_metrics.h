@@ -45,7 +45,8 @@ inline MetricsView fullMetrics()
                       .uploadedImages = 110,
                       .uploadedBytes = 20'000'000,
                       .failedUploads = 7,
-                      .listenerFailures = 1};
+                      .listenerFailures = 1,
+                      .turnedAway = {{QStringLiteral("request_too_late"), 3}}};
     MetricsView view;
     view.figures = figures;
     view.age = std::chrono::milliseconds(5);

@@ -40,6 +40,11 @@ bool AssociationEvents::dispatch(const Record &record)
         if (m_open.remove(association) && m_callbacks.failed) {
             m_callbacks.failed(association, textOf(record, "message"));
         }
+    } else if (record.word == "turnedaway") {
+        if (m_callbacks.turnedAway) {
+            m_callbacks.turnedAway(
+                {textOf(record, "reason"), textOf(record, "host"), record.number("count", 0)});
+        }
     } else if (record.word == "leftover") {
         if (m_callbacks.leftFiles) {
             m_callbacks.leftFiles();

@@ -27,6 +27,9 @@ public:
             lines << QStringLiteral("progress ") + path + id;
         };
         all.misnamed = [this](QString id) { lines << QStringLiteral("misnamed ") + id; };
+        all.turnedAway = [this](const StoreSCPTurnedAway &away) {
+            lines << QStringLiteral("turned away %1 %2 %3").arg(away.reason, away.host).arg(away.count);
+        };
         all.leftFiles = [this] { lines << QStringLiteral("left files"); };
         all.incomingData = [this] { lines << QStringLiteral("incoming"); };
         return all;
@@ -152,6 +155,20 @@ TEST(AssociationEvents, AFileThatIsNoObjectOfTheInboxIsNotPassedOn)
 
     EXPECT_EQ(recorded.lines.count(QStringLiteral("misnamed 1")), 4);
     EXPECT_EQ(recorded.lines.size(), 4);
+}
+
+TEST(AssociationEvents, PeersThatWereTurnedAwayAreToldOf)
+{
+    const InboxWithObject inbox;
+    Recorded recorded;
+    Channel channel;
+    AssociationEvents events(recorded.callbacks(), inbox.folder(), channel);
+    Record record{"turnedaway", {{"reason", "request_too_late"}, {"host", "10.0.0.1"}}};
+    record.setNumber("count", 3);
+
+    EXPECT_TRUE(events.dispatch(record));
+
+    EXPECT_EQ(recorded.lines, QStringList({QStringLiteral("turned away request_too_late 10.0.0.1 3")}));
 }
 
 TEST(AssociationEvents, FilesThatNobodyNamedAreToldOf)

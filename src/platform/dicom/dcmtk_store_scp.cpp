@@ -34,6 +34,7 @@ ListenerProcess::Setup setupFor(const StoreSCPConfig &config, const StoreSCPEnvi
         {{"bind", config.bindAddress.toStdString()}, {"inbox", QFile::encodeName(inbox).toStdString()}}};
     record.setNumber("port", config.port);
     record.setNumber("timeout", config.timeout.count());
+    record.setNumber("peraddress", config.associationsPerAddress);
     record.setNumber("reserve", environment.reserveBytes);
     return {environment.helperProgram, std::move(record), inbox, environment.patience};
 }

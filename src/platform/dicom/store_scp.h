@@ -22,6 +22,7 @@ struct StoreSCPConfig
     std::chrono::seconds timeout{30};    // until a silent association is aborted; 0 or less for never
     std::optional<QString> incomingPath; // absent for the SCP's own default
     QString bindAddress;                 // empty for all addresses
+    int associationsPerAddress = 128;    // at once; beyond that they are rejected
 };
 
 /// Why a storage SCP that had listened does not at this moment, though nobody stopped it.
@@ -38,6 +39,14 @@ struct StoreSCPInterruption
     int status = 0;                  // of the process: its exit status, or 128 and the signal; 0 without one
     QString message;                 // a sentence for people
     std::chrono::milliseconds pause; // until it is started again
+};
+
+/// Peers that a storage SCP turned away.
+struct StoreSCPTurnedAway
+{
+    QString reason; // a word that never changes
+    QString host;   // the address of the last of them
+    qint64 count = 0;
 };
 
 /// What a storage SCP tells and asks. Called one at a time on the thread that called start(); an empty one is
@@ -68,6 +77,8 @@ struct StoreSCPCallbacks
     /// A helper named something that is no object in the inbox, for the association with this identifier; it
     /// was not taken.
     std::function<void(QString)> misnamed;
+    /// Peers were turned away; told once a minute at most for each reason, but for those in an association.
+    std::function<void(StoreSCPTurnedAway)> turnedAway;
 };
 
 /// The network door of the gateway: takes DICOM associations and keeps what they store.
