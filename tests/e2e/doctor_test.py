@@ -62,14 +62,18 @@ class Doctor(EndToEndTest):
 
         # When
         self.receive(images)
-        status = self.gateway.await_status("the failures", lambda s: sum(f["count"] for f in s["failures"]) == 2)
+        status = self.gateway.await_status("a pause", lambda s: s["waiting"]["pausedBy"] == "storageUsedUp"
+                                           and not s["upload"]["running"])
 
-        # Then
+        # Then: the first that is refused stands for those behind it, which are not tried
+        self.assertEqual(status["counters"]["notSynced"], 2)
+        self.assertIn(NO_ROOM, status["waiting"]["pausedFor"])
         self.assertEqual([failure["class"] for failure in status["failures"]], ["storageUsedUp"])
+        refused = status["failures"][0]["count"]
         self.assertIn(NO_ROOM, self.gateway.command("status").stdout)
         told = self.gateway.command("doctor", check=False)
         self.assertEqual(told.returncode, 1)
-        self.assertIn(f"2 not sent: {NO_ROOM}", told.stdout)
+        self.assertIn(f"{refused} not sent: {NO_ROOM}", told.stdout)
         for image in images:
             self.assertNotIn(value_of(image, "0010,0010"), told.stdout)
             self.assertNotIn(identity_of(image)[2], told.stdout)
