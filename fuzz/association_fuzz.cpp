@@ -1,5 +1,6 @@
 #include "dicom_helper/scp/association.h"
 #include "dicom_helper/scp/protocol_error.h"
+#include "dicom_helper/scp/space_claims.h"
 #include "dicom_helper/scp/testing/memory_disk.h"
 
 #include <algorithm>
@@ -47,10 +48,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     const std::size_t piece = std::max<std::size_t>(data[0], 1);
     std::string_view bytes(reinterpret_cast<const char *>(data) + 1, size - 1);
     const AssociationRequest request = oneContext();
+    SpaceClaims claims(0);
     testing::MemoryDisk disk;
     Outlet outlet(disk);
     try {
-        Association association(request, disk, outlet, "quorin-fuzz-", 0);
+        Association association(request, disk, outlet, "quorin-fuzz-", SpaceClaim(claims, 0));
         while (!bytes.empty() && association.state() == Association::State::open) {
             association.take(bytes.substr(0, piece));
             bytes.remove_prefix(std::min(piece, bytes.size()));
