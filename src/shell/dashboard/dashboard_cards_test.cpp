@@ -98,6 +98,33 @@ TEST_F(Cards, TheCloudIsSignedOutWithoutASessionWhetherItAnswersOrNot)
     EXPECT_EQ(statusWord(), u"SIGNED OUT"_qs);
 }
 
+TEST_F(Cards, ASessionThatTheCloudEndedIsToldFromSigningOut)
+{
+    world.signIn();
+    StatusCard &card = open().status();
+    world.account.endedToken = world.network.token();
+
+    const auto look = world.auth.refresh(true);
+    DashboardWorld::runUntil([&look] { return look.isReady(); });
+
+    EXPECT_EQ(statusWord(), u"SESSION ENDED"_qs);
+    EXPECT_EQ(card.account().text(), u"Session ended. Sign in again."_qs);
+    EXPECT_TRUE(card.signInButton().isVisible());
+}
+
+TEST_F(Cards, CredentialsThatAreRefusedAreNotReady)
+{
+    world.signIn();
+    StatusCard &card = open().status();
+    world.account.refusesCredentials = true;
+
+    const auto look = world.auth.refresh(true);
+    DashboardWorld::runUntil([&look] { return look.isReady(); });
+
+    EXPECT_EQ(statusWord(), u"PASSWORD REFUSED"_qs);
+    EXPECT_EQ(card.account().text(), u"User name or password refused"_qs);
+}
+
 TEST_F(Cards, TheCloudIsUnreachableWhenItDoesNotAnswerWhoIsSignedIn)
 {
     world.signIn();

@@ -86,11 +86,15 @@ void StatusCard::showNow()
 
 void StatusCard::showState()
 {
-    const bool isSignedIn = m_auth.state().isSignedIn();
-    if (m_cloudStatus.isOnline() && isSignedIn) {
-        m_state->setState(tr("READY"), Color::green);
-    } else if (!isSignedIn) {
+    const account::SessionState session = m_auth.standing().state;
+    if (session == account::SessionState::ended) {
+        m_state->setState(tr("SESSION ENDED"), Color::red);
+    } else if (!m_auth.state().isSignedIn()) {
         m_state->setState(tr("SIGNED OUT"), Color::red);
+    } else if (session == account::SessionState::credentialsRefused) {
+        m_state->setState(tr("PASSWORD REFUSED"), Color::red);
+    } else if (m_cloudStatus.isOnline()) {
+        m_state->setState(tr("READY"), Color::green);
     } else if (!m_cloudStatus.lastCheckedAt()) {
         m_state->setState(QStringLiteral("--"), Color::muted); // nobody has asked yet
     } else {
@@ -104,12 +108,18 @@ void StatusCard::showState()
 void StatusCard::showAccount()
 {
     const bool isSignedIn = m_auth.state().isSignedIn();
-    m_accountSymbol->setSymbol(isSignedIn ? QStringLiteral("checkmark.circle.fill")
-                                          : QStringLiteral("lock.fill"),
-                               isSignedIn ? Color::green : Color::amber);
-    m_account->setWords(isSignedIn
-                            ? tr("Signed in as %1").arg(m_auth.signedInLabel().value_or(QStringLiteral("--")))
-                            : tr("Sign in required"));
+    const account::SessionState session = m_auth.standing().state;
+    if (session == account::SessionState::credentialsRefused) {
+        m_accountSymbol->setSymbol(QStringLiteral("exclamationmark.triangle.fill"), Color::red);
+        m_account->setWords(tr("User name or password refused"));
+    } else if (isSignedIn) {
+        m_accountSymbol->setSymbol(QStringLiteral("checkmark.circle.fill"), Color::green);
+        m_account->setWords(tr("Signed in as %1").arg(m_auth.signedInLabel().value_or(QStringLiteral("--"))));
+    } else {
+        m_accountSymbol->setSymbol(QStringLiteral("lock.fill"), Color::amber);
+        m_account->setWords(session == account::SessionState::ended ? tr("Session ended. Sign in again.")
+                                                                    : tr("Sign in required"));
+    }
     m_signIn->setVisible(!isSignedIn);
     m_signOut->setVisible(isSignedIn);
     m_signOut->setBusy(m_auth.isChecking());

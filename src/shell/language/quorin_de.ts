@@ -288,6 +288,8 @@
 <message><source>Checking sign-in status…</source><translation>Anmeldung wird geprüft …</translation></message>
 <message><source>Signed in as %1</source><translation>Angemeldet als %1</translation></message>
 <message><source>Sign in required</source><translation>Anmeldung nötig</translation></message>
+<message><source>User name or password refused</source><translation>Benutzername oder Passwort abgelehnt</translation></message>
+<message><source>Session ended. Sign in again.</source><translation>Sitzung beendet. Bitte neu anmelden.</translation></message>
 <message><source>Checking Quorin Cloud…</source><translation>Quorin Cloud wird geprüft …</translation></message>
 <message><source>Connected to Quorin Cloud</source><translation>Mit Quorin Cloud verbunden</translation></message>
 <message><source>Quorin Cloud Unreachable</source><translation>Quorin Cloud nicht erreichbar</translation></message>
@@ -388,10 +390,14 @@
 <message><source>Quorin Cloud Status</source><translation>Quorin Cloud</translation></message>
 <message><source>State</source><translation>Zustand</translation></message>
 <message><source>READY</source><translation>BEREIT</translation></message>
+<message><source>SESSION ENDED</source><translation>SITZUNG BEENDET</translation></message>
 <message><source>SIGNED OUT</source><translation>ABGEMELDET</translation></message>
+<message><source>PASSWORD REFUSED</source><translation>PASSWORT ABGELEHNT</translation></message>
 <message><source>UNREACHABLE</source><translation>NICHT ERREICHBAR</translation></message>
 <message><source>Signed in as %1</source><translation>Angemeldet als %1</translation></message>
 <message><source>Sign in required</source><translation>Anmeldung nötig</translation></message>
+<message><source>User name or password refused</source><translation>Benutzername oder Passwort abgelehnt</translation></message>
+<message><source>Session ended. Sign in again.</source><translation>Sitzung beendet. Bitte neu anmelden.</translation></message>
 </context>
 <context><name>gateway::shell::StorageFigures</name>
 <message><source>Used</source><translation>Belegt</translation></message>

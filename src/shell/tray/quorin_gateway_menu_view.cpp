@@ -129,8 +129,14 @@ void QuorinGatewayMenuView::showAccount()
 {
     const bool isLoading = m_isAuthStatusLoading || m_parts.auth.isChecking();
     const bool isSignedIn = m_parts.auth.state().isSignedIn();
+    const account::SessionState session = m_parts.auth.standing().state;
     if (isLoading) {
         m_account->setBusy(tr("Checking sign-in status…"));
+    } else if (session == account::SessionState::credentialsRefused) {
+        m_account->setContent(
+            QStringLiteral("exclamationmark.triangle.fill"), Color::red, tr("User name or password refused"));
+    } else if (session == account::SessionState::ended) {
+        m_account->setContent(QStringLiteral("lock.fill"), Color::amber, tr("Session ended. Sign in again."));
     } else if (isSignedIn) {
         m_account->setContent(
             QStringLiteral("checkmark.circle.fill"),

@@ -247,6 +247,32 @@ TEST_F(Panel, SaysWhoIsSignedInAndOffersToManageTheAccount)
     EXPECT_EQ(asked, QStringList{core::kOpenPreferences});
 }
 
+TEST_F(Panel, SaysThatTheCloudEndedTheSession)
+{
+    signIn();
+    open();
+    service.endedToken = settings.token();
+
+    finish(auth.refresh(true));
+
+    EXPECT_NE(line(u"Session ended. Sign in again."), nullptr);
+    EXPECT_NE(button(QStringLiteral("Sign in")), nullptr);
+}
+
+TEST_F(Panel, SaysThatTheArchiveRefusesTheCredentials)
+{
+    signIn();
+    open();
+    service.refusesCredentials = true;
+
+    finish(auth.refresh(true));
+
+    const PanelLine *account = line(u"User name or password refused");
+    ASSERT_NE(account, nullptr);
+    EXPECT_EQ(account->symbol(), QStringLiteral("exclamationmark.triangle.fill"));
+    EXPECT_EQ(line(u"Signed in as"), nullptr);
+}
+
 TEST_F(Panel, SignsOut)
 {
     signIn();
