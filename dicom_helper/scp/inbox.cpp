@@ -29,6 +29,19 @@ constexpr char kOurs[] = "quorin-";
                              " can't be used: " + std::generic_category().message(error) + ".");
 }
 
+/// Whether a failed sync of a folder means that the volume can't do it at all; other trouble may pass.
+bool isUnableToSync(int error)
+{
+    return error == EINVAL || error == ENOTSUP || error == ENOSYS;
+}
+
+[[noreturn]] void refuseVolume(const std::string &path, int error)
+{
+    throw std::runtime_error("The incoming folder " + path + " lies on a volume that can't sync folders (" +
+                             std::generic_category().message(error) +
+                             "), so that no image on it would be safe. Choose a folder on another volume.");
+}
+
 Descriptor openFolder(int base, const std::string &name, int flags)
 {
     return Descriptor(::openat(base, name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | flags));
@@ -113,7 +126,9 @@ Inbox::Inbox(const std::string &path) : m_path(path)
         ::openat(m_part.get(), kOrderFile, O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600));
     m_order = std::make_unique<AcknowledgementOrder>(
         std::max(newestOf(m_part, {kOrderFile}), newestOf(m_folder, namesIn(m_folder, kOurs))));
-    syncInbox();
+    if (const int synced = syncInbox(); isUnableToSync(-synced)) {
+        refuseVolume(path, -synced);
+    }
     syncWayTo(path);
 }
 

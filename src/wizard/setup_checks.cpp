@@ -2,10 +2,14 @@
 
 #include "core/ae_title_formatter.h"
 #include "core/retention_policy.h"
+#include "platform/files/file_error.h"
+#include "platform/files/files.h"
 #include "receive/folder_bookmark.h"
 
 #include <QtCore/QFile>
 #include <QtCore/QUuid>
+
+#include <cerrno>
 
 namespace gateway::wizard {
 
@@ -33,6 +37,17 @@ bool takesAFile(const QString &folder)
         probe.open(QIODevice::WriteOnly | QIODevice::NewOnly) && probe.write("probe") == 5 && probe.flush();
     probe.close();
     return QFile::remove(name) && written;
+}
+
+/// Trouble that may pass isn't this check's business: the listener waits it out.
+bool canSync(const QString &folder, platform::FileSystem &files)
+{
+    try {
+        platform::syncFolder(folder, files);
+        return true;
+    } catch (const platform::FileError &error) {
+        return error.code() != EINVAL && error.code() != ENOTSUP && error.code() != ENOSYS;
+    }
 }
 
 } // namespace
@@ -97,7 +112,7 @@ std::optional<QString> retentionIssue(core::GatewayAutoDeleteMode mode, const QS
                : std::optional(core::autoDeleteValueMessage(mode));
 }
 
-std::optional<QString> folderIssue(const QString &folder)
+std::optional<QString> folderIssue(const QString &folder, platform::FileSystem &files)
 {
     const std::optional<QByteArray> bookmark = receive::makeFolderBookmark(folder);
     if (!bookmark || !receive::resolveFolderBookmark(*bookmark)) {
@@ -106,6 +121,11 @@ std::optional<QString> folderIssue(const QString &folder)
     if (!takesAFile(folder)) {
         return QStringLiteral(
             "Selected folder is not writable. Choose a different folder or restore defaults.");
+    }
+    if (!canSync(folder, files)) {
+        return QStringLiteral(
+            "Selected folder lies on a volume that can't sync folders, so that no received image "
+            "would be safe there. Choose a folder on another volume.");
     }
     return std::nullopt;
 }

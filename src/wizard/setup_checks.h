@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/gateway_auto_delete_mode.h"
+#include "platform/files/file_system.h"
 #include "wizard/port_probe.h"
 
 #include <QtCore/QString>
@@ -34,8 +35,10 @@ std::optional<QString> portStateIssue(int port, PortState state);
 std::optional<QString> timeoutIssue(const QString &secondsText);
 std::optional<QString> retentionIssue(core::GatewayAutoDeleteMode mode, const QString &valueText);
 
-/// Checks that the folder exists, may be entered, and takes a file, by writing one and removing it.
-std::optional<QString> folderIssue(const QString &folder);
+/// Checks that the folder exists, may be entered, and takes a file, by writing one and removing it; and that
+/// its volume can sync folders, without which the listener could acknowledge nothing.
+std::optional<QString> folderIssue(const QString &folder,
+                                   platform::FileSystem &files = platform::systemFiles());
 
 /// The first thing that stands in the way of applying the draft.
 ///

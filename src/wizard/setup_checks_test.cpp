@@ -1,5 +1,7 @@
 #include "wizard/setup_checks.h"
 
+#include "platform/files/testing/faulty_file_system.h"
+
 #include <QtCore/QDir>
 #include <QtCore/QFile>
 #include <QtCore/QTemporaryDir>
@@ -103,6 +105,21 @@ TEST(SetupChecks, RefuseAFolderThatIsNotThere)
 {
     EXPECT_EQ(folderIssue(u"/no/such/folder"_qs),
               u"Could not create or validate a folder permission bookmark."_qs);
+}
+
+TEST(SetupChecks, RefuseAVolumeThatCannotSyncFolders)
+{
+    const QTemporaryDir folder;
+    platform::testing::FaultyFileSystem files;
+    for (const int code : {EINVAL, ENOTSUP}) {
+        files.failStep(0, code);
+        EXPECT_EQ(
+            folderIssue(folder.path(), files),
+            u"Selected folder lies on a volume that can't sync folders, so that no received image would be "
+            u"safe there. Choose a folder on another volume."_qs);
+    }
+    files.failStep(0, EIO);
+    EXPECT_EQ(folderIssue(folder.path(), files), std::nullopt) << "which may pass";
 }
 
 TEST(SetupChecks, RefuseAFolderThatTakesNoFile)

@@ -26,6 +26,31 @@ class SickDisk(EndToEndTest):
     def set_aside(self):
         return sorted((self.inbox / ".rejected").glob("*"))
 
+    def test_a_volume_that_cannot_sync_folders_is_said_by_setup_and_by_the_listener(self):
+        # Given
+        folder = self.folder / "share"
+        folder.mkdir()
+        self.disk.fail("fsync", str(folder), errno.EINVAL)
+
+        # When: it is chosen
+        chosen = self.gateway.command("settings", "set", "ListenerDestinationFolder", folder, check=False)
+
+        # Then
+        self.assertNotEqual(chosen.returncode, 0)
+        self.assertIn("can't sync folders", chosen.stderr)
+
+        # Given: it was chosen when it still could
+        self.disk.heal()
+        self.gateway.command("settings", "set", "ListenerDestinationFolder", folder)
+        self.disk.fail("fsync", str(folder), errno.EINVAL)
+
+        # When
+        self.gateway.command("settings", "set", "ListenerSettings.timeout", "31")  # which starts it again
+
+        # Then
+        await_true("the listener's words", lambda: "can't sync folders" in (self.gateway.status()["listener"]["error"] or ""),
+                   self.gateway.process)
+
     def test_a_read_error_of_a_moment_is_not_noticed(self):
         # Given
         files = self.samples(ct=1)
