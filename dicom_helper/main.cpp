@@ -1,3 +1,4 @@
+#include "dicom_helper/confinement/fences.h"
 #include "dicom_helper/scp/scp.h"
 #include "dicom_helper/unpack/unpack.h"
 #include "dicom_helper/worker/worker.h"
@@ -24,6 +25,7 @@ constexpr Role kRoles[] = {
     {"scp", gateway::dicom_helper::scp::run},
     {"worker", gateway::dicom_helper::worker::run},
     {"unpack", gateway::dicom_helper::unpack::run},
+    {"fences", gateway::dicom_helper::tellFences},
 };
 
 /// Takes the gateway's end of the channel; not inherited by anything that is started from here.
@@ -55,6 +57,6 @@ int main(int argc, char **argv)
             return 1;
         }
     }
-    std::fputs("usage: quorin-dicom scp|worker|unpack\n", stderr);
+    std::fputs("usage: quorin-dicom scp|worker|unpack|fences\n", stderr);
     return 2;
 }

@@ -71,20 +71,20 @@ bool movesFiles(const Confinement &confinement)
                                [](const auto &place) { return place.use == FolderUse::keepFiles; });
 }
 
-/// Leaves nothing of the file system but the places.
-void confineFiles(const Confinement &confinement)
+/// Leaves nothing of the file system but the places. \return whether that could be had.
+bool confineFiles(const Confinement &confinement)
 {
     constexpr std::uint64_t kFirstVersion = (LANDLOCK_ACCESS_FS_MAKE_SYM << 1) - 1;
     constexpr int kVersionWithMoves = 2; // the first one denies every move from folder to folder
     const long version = ::syscall(SYS_landlock_create_ruleset, nullptr, 0, LANDLOCK_CREATE_RULESET_VERSION);
     if (version < (movesFiles(confinement) ? kVersionWithMoves : 1)) {
-        return;
+        return false;
     }
     landlock_ruleset_attr handled{};
     handled.handled_access_fs = kFirstVersion | (version >= kVersionWithMoves ? LANDLOCK_ACCESS_FS_REFER : 0);
     const long rules = ::syscall(SYS_landlock_create_ruleset, &handled, sizeof(handled.handled_access_fs), 0);
     if (rules < 0) {
-        return;
+        return false;
     }
     bool isWhole = true;
     for (const Confinement::Place &place : confinement.places) {
@@ -94,10 +94,9 @@ void confineFiles(const Confinement &confinement)
         isWhole =
             ::syscall(SYS_landlock_add_rule, rules, LANDLOCK_RULE_PATH_BENEATH, &below, 0) == 0 && isWhole;
     }
-    if (isWhole) {
-        ::syscall(SYS_landlock_restrict_self, rules, 0);
-    }
+    const bool isConfined = isWhole && ::syscall(SYS_landlock_restrict_self, rules, 0) == 0;
     ::close(static_cast<int>(rules));
+    return isConfined;
 }
 
 #if defined(__x86_64__)
@@ -133,7 +132,8 @@ constexpr std::array kForbiddenCalls{SYS_socket,
                                      SYS_add_key,
                                      SYS_keyctl};
 
-void forbidCalls()
+/// \return whether the kernel has taken the list.
+bool forbidCalls()
 {
     constexpr std::uint32_t kRefuse = SECCOMP_RET_ERRNO | EPERM;
     constexpr std::uint32_t kForeignTable = 0x40000000; // from here on: the x32 numbers of the same calls
@@ -149,19 +149,17 @@ void forbidCalls()
     }
     program.push_back(BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW));
     const sock_fprog filter{static_cast<unsigned short>(program.size()), program.data()};
-    ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter);
+    return ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter) == 0;
 }
 
 } // namespace
 
-void confine(const Confinement &confinement)
+Fences confine(const Confinement &confinement)
 {
     ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
     limitResources(confinement);
-    confineFiles(confinement);
-    if (kArchitecture != 0) {
-        forbidCalls();
-    }
+    const bool files = confineFiles(confinement);
+    return {.files = files, .calls = kArchitecture != 0 && forbidCalls()};
 }
 
 } // namespace gateway::dicom_helper

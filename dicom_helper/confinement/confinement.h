@@ -28,13 +28,21 @@ struct Confinement
     std::optional<std::uint64_t> processorSeconds = std::nullopt;
 };
 
+/// Which fences stand.
+struct Fences
+{
+    bool files = false; ///< around the files: Landlock
+    bool calls = false; ///< around the system calls: seccomp
+};
+
 /// Takes from this process, for good, what it doesn't need: memory beyond 1 GiB, core files, more than 64
 /// descriptors, the network but for what is open, other programs, other processes, and all files but those of
 /// its places and those that are open already.
 ///
 /// The limits hold everywhere. The rest holds where the kernel offers it (Landlock since 5.13, and since 5.19
 /// with a folder to keep files in; seccomp) and is passed over where it doesn't. What runs at a process's end
-/// may miss it, so such a process ends by _Exit. Thread: main, the only one.
-void confine(const Confinement &confinement);
+/// may miss it, so such a process ends by _Exit. \return what of the rest the kernel gave. Thread: main, the
+/// only one.
+Fences confine(const Confinement &confinement);
 
 } // namespace gateway::dicom_helper

@@ -69,9 +69,10 @@ void DoctorCommands::examine(const ControlRequest &request, const Answer &answer
                                 const doctor::Diagnosis diagnosis =
                                     doctor::Doctor(index, folder).examine(repair, stop.get_token());
                                 const index::WaitingRetries retries = index.waitingRetries();
-                                main.post(weak, [weak, diagnosis, retries, repair, answer] {
+                                const auto fences = platform::askForFences(platform::helperProgramPath());
+                                main.post(weak, [weak, diagnosis, retries, fences, repair, answer] {
                                     if (const auto self = weak.lock()) {
-                                        self->finish(diagnosis, retries, repair, answer);
+                                        self->finish(diagnosis, retries, fences, repair, answer);
                                     }
                                 });
                             });
@@ -79,6 +80,7 @@ void DoctorCommands::examine(const ControlRequest &request, const Answer &answer
 
 void DoctorCommands::finish(const doctor::Diagnosis &diagnosis,
                             const index::WaitingRetries &retries,
+                            const std::optional<platform::HelperFences> &fences,
                             bool repair,
                             const Answer &answer)
 {
@@ -92,6 +94,7 @@ void DoctorCommands::finish(const doctor::Diagnosis &diagnosis,
     }
     const Uploads uploads = m_uploads();
     QJsonObject report = toJson(diagnosis, repair, {retries, uploads.pause});
+    addFences(report, fences);
     const qint64 unsent = m_index.notSyncedCounts().images;
     if (unsent > 0 && !uploads.missingSession.isEmpty()) {
         addMissingSession(report, unsent, uploads.missingSession);
@@ -129,7 +132,9 @@ ControlReply examineWithoutInstance(const HomeLayout &layout,
         const bool repair = request.arguments.value(kRepair).toBool();
         doctor::Doctor doctor(index, incomingFolder(settings, layout));
         const doctor::Diagnosis diagnosis = doctor.examine(repair, request.hungUp);
-        return ControlReply::success(toJson(diagnosis, repair, {index.waitingRetries(), {}}));
+        QJsonObject report = toJson(diagnosis, repair, {index.waitingRetries(), {}});
+        addFences(report, platform::askForFences(platform::helperProgramPath()));
+        return ControlReply::success(report);
     } catch (const index::StoreInUseError &error) {
         return ControlReply::failure(error.message());
     } catch (const index::IndexOpenError &error) {

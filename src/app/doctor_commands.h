@@ -9,6 +9,7 @@
 #include "platform/concurrency/main_executor.h"
 #include "platform/concurrency/task.h"
 #include "platform/defaults/user_defaults.h"
+#include "platform/dicom/helper_fences.h"
 #include "upload/upload_gate.h"
 
 #include <functional>
@@ -57,6 +58,7 @@ public:
 private:
     void finish(const doctor::Diagnosis &diagnosis,
                 const index::WaitingRetries &retries,
+                const std::optional<platform::HelperFences> &fences,
                 bool repair,
                 const Answer &answer);
 

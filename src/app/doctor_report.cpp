@@ -82,6 +82,23 @@ QString countText(const QJsonValue &finding)
                       : QStringLiteral("%1 found").arg(count);
 }
 
+/// Empty where nothing is lacking.
+QString fencesSentence(const platform::HelperFences &fences)
+{
+    QStringList lacking;
+    if (!fences.files) {
+        lacking.append(QStringLiteral("Landlock, in Linux 5.19 or later, which keeps them from other files"));
+    }
+    if (!fences.calls) {
+        lacking.append(QStringLiteral("seccomp, which keeps them from the network and from other programs"));
+    }
+    return lacking.isEmpty()
+               ? QString()
+               : QStringLiteral("The processes that read what others send are less confined than "
+                                "they could be. The kernel lacks %1.")
+                     .arg(lacking.join(QStringLiteral("; and ")));
+}
+
 QString closingLine(const QJsonObject &report)
 {
     if (report.value(QStringLiteral("well")).toBool()) {
@@ -124,6 +141,16 @@ void addMissingSession(QJsonObject &report, qint64 images, const QString &senten
     report.insert(QStringLiteral("well"), false);
 }
 
+void addFences(QJsonObject &report, const std::optional<platform::HelperFences> &fences)
+{
+    if (fences) {
+        report.insert(QStringLiteral("confinement"),
+                      QJsonObject{{QStringLiteral("files"), fences->files},
+                                  {QStringLiteral("systemCalls"), fences->calls},
+                                  {QStringLiteral("sentence"), textOrNull(fencesSentence(*fences))}});
+    }
+}
+
 QString doctorText(const QJsonObject &report)
 {
     QStringList lines{QStringLiteral("Looked at %1 stored files, and for %2 files that the index knows.")
@@ -141,6 +168,10 @@ QString doctorText(const QJsonObject &report)
     }
     for (const QString &line : waitingLines(report.value(QStringLiteral("waiting")).toObject())) {
         lines.append(QStringLiteral("Waiting: ") + line);
+    }
+    if (const QString lacking = report.value(QStringLiteral("confinement"))[u"sentence"].toString();
+        !lacking.isEmpty()) {
+        lines.append(lacking);
     }
     lines.append(closingLine(report));
     return lines.join(u'\n') + u'\n';

@@ -2,9 +2,12 @@
 
 #include "app/waiting_uploads.h"
 #include "doctor/diagnosis.h"
+#include "platform/dicom/helper_fences.h"
 
 #include <QtCore/QJsonObject>
 #include <QtCore/QString>
+
+#include <optional>
 
 namespace gateway::app {
 
@@ -19,6 +22,10 @@ QJsonObject toJson(const doctor::Diagnosis &diagnosis, bool repaired, const Wait
 ///
 /// \param sentence  what happened and what to do.
 void addMissingSession(QJsonObject &report, qint64 images, const QString &sentence);
+
+/// Adds what this system gives to confine the processes that read strangers' bytes; people are told only what
+/// it lacks, which is no fault of the gateway's images. Nothing is added where it isn't known.
+void addFences(QJsonObject &report, const std::optional<platform::HelperFences> &fences);
 
 /// The JSON object in words, some lines for people.
 QString doctorText(const QJsonObject &report);

@@ -54,6 +54,24 @@ TEST(DoctorReport, AlwaysHasTheSameKeys)
     EXPECT_TRUE(json[u"findings"][0][u"examples"][1][u"file"].isNull());
 }
 
+TEST(DoctorReport, SaysOnlyWhatTheKernelLacksToConfineProcesses)
+{
+    QJsonObject whole = toJson(Diagnosis(), false);
+    addFences(whole, platform::HelperFences{.files = true, .calls = true});
+    QJsonObject lacking = toJson(Diagnosis(), false);
+    addFences(lacking, platform::HelperFences{.files = false, .calls = true});
+    QJsonObject unknown = toJson(Diagnosis(), false);
+    addFences(unknown, std::nullopt);
+
+    EXPECT_TRUE(whole[u"confinement"][u"files"].toBool());
+    EXPECT_FALSE(doctorText(whole).contains(u"kernel"_qs));
+    EXPECT_FALSE(lacking[u"confinement"][u"files"].toBool());
+    EXPECT_TRUE(doctorText(lacking).contains(u"The kernel lacks Landlock"_qs));
+    EXPECT_FALSE(doctorText(lacking).contains(u"seccomp"_qs));
+    EXPECT_TRUE(lacking[u"well"].toBool());
+    EXPECT_FALSE(unknown.contains(u"confinement"_qs));
+}
+
 TEST(DoctorReport, SaysWhatUploadsWaitFor)
 {
     const QDateTime moment(QDate(2026, 5, 1), QTime(13, 0), Qt::UTC);

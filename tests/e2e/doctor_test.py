@@ -54,6 +54,11 @@ class Doctor(EndToEndTest):
         self.gateway = Gateway(self.folder, self.cloud.address)
         self.addCleanup(self.gateway.end)
 
+    def test_what_the_kernel_gives_to_confine_helpers_is_told(self):
+        _, report = self.doctor()
+        self.assertEqual(sorted(report["confinement"]), ["files", "sentence", "systemCalls"])
+        self.assertTrue(report["confinement"]["systemCalls"])
+
     def test_a_used_up_allowance_is_told_in_a_sentence_until_there_is_room(self):
         # Given
         self.gateway.sign_in()
