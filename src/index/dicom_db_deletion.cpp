@@ -23,13 +23,19 @@ constexpr int kRowsOfABatch = 500;
 // So many files are looked at between two notes in the index.
 constexpr int kFilesOfAPage = 500;
 
+// Rows stay as long as their file stands for another that its own upload doesn't prove (see kProven).
 constexpr const char *kEligible =
     "SELECT pk, pathString FROM DicomImage INDEXED BY DicomImage_uploaded "
-    "WHERE syncState = 1 AND uploadDate IS NOT NULL AND uploadDate < ? ORDER BY uploadDate, pk LIMIT ?";
+    "WHERE syncState = 1 AND uploadDate IS NOT NULL AND uploadDate < ? "
+    "AND NOT EXISTS (SELECT 1 FROM SupersededFile WHERE successor = DicomImage.pathString "
+    "AND (SupersededFile.acknowledged >= DicomImage.acknowledged OR DicomImage.damaged <> 0)) "
+    "ORDER BY uploadDate, pk LIMIT ?";
 
 constexpr const char *kCountEligible =
     "SELECT count(*) FROM (SELECT 1 FROM DicomImage INDEXED BY DicomImage_uploaded "
-    "WHERE syncState = 1 AND uploadDate IS NOT NULL AND uploadDate < ? LIMIT ?)";
+    "WHERE syncState = 1 AND uploadDate IS NOT NULL AND uploadDate < ? "
+    "AND NOT EXISTS (SELECT 1 FROM SupersededFile WHERE successor = DicomImage.pathString "
+    "AND (SupersededFile.acknowledged >= DicomImage.acknowledged OR DicomImage.damaged <> 0)) LIMIT ?)";
 
 constexpr std::int64_t kAll = -1;
 

@@ -102,6 +102,16 @@ ImportedFileSummary summaryOf(const QVariantMap &found, const Recorded &recorded
             recorded.seriesKeys};
 }
 
+/// An earlier import may have died, or failed, before its file's name was durable.
+void makeDurablePatiently(FileStore &files, Patience &patience, const StoredFile &stored)
+{
+    try {
+        patience.untilDone([&] { files.makeDurable(stored); });
+    } catch (const FileError &error) {
+        throw GatewayImportError(Kind::moveToLocalDirectoryFailed, Blame::storage, error.message());
+    }
+}
+
 StoredFile movePatiently(FileStore &files, Patience &patience, PrivateCopy &copy)
 {
     std::optional<StoredFile> stored;
@@ -134,6 +144,7 @@ ImportedFileSummary DicomDB::importFile(const QUrl &url, ImportSource source)
     QVariantMap found;
     if (stored) {
         underWay.emplace(m_files, *stored);
+        makeDurablePatiently(m_files, patience, *stored);
         found = parse(m_with.parser, stored->path, source);
     } else {
         PrivateCopy copy(m_files, copyPatiently(m_files, patience, path, source));

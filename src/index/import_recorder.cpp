@@ -227,7 +227,11 @@ void noteReplaced(Database &database, const StoredFile &file, const std::vector<
 {
     database.prepare("DELETE FROM SupersededFile WHERE pathString = ?").bindAll(file.pathString).run();
     for (const CurrentCopy &copy : copies) {
-        noteSuperseded(database, copy.pathString, copy.acknowledged, file.pathString);
+        if (copy.isThere) {
+            noteSuperseded(database, copy.pathString, copy.acknowledged, file.pathString);
+        } else {
+            handOver(database, copy.pathString, file.pathString); // should it come back, it is judged anew
+        }
     }
 }
 

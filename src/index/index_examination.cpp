@@ -116,12 +116,13 @@ std::int64_t IndexExamination::pendingRemovals() const
 }
 
 /// True for a file that has its place in the index: rows, a note that it may go, or a note that it stands
-/// beside a file that is there.
+/// beside a file that is there and was acknowledged later.
 bool IndexExamination::hasItsPlace(Database &database, const QString &pathString) const
 {
     const QString successor = successorOf(database, pathString);
     return successor.isEmpty() ? isSpokenFor(database, pathString)
-                               : QFileInfo(m_files.fileURL(successor).toLocalFile()).isFile();
+                               : QFileInfo(m_files.fileURL(successor).toLocalFile()).isFile() &&
+                                     !isLaterThanSuccessor(database, pathString);
 }
 
 bool IndexExamination::hasPlace(const QString &pathString) const
@@ -177,6 +178,16 @@ void IndexExamination::compareWithCurrent(UnrecordedFile &file) const
             file.damagedRival = judgement.rival.pathString;
         }
     }
+    if (file.kind == UnrecordedFile::Kind::earlierCopy && isNotedBeside(place, judgement)) {
+        file.kind = UnrecordedFile::Kind::none; // it came later, but is damaged
+    }
+}
+
+bool IndexExamination::isNotedBeside(const StoredFile &file, const Judgement &judgement) const
+{
+    return judgement.standing == Standing::superseded && m_store.read([&](Database &database) {
+        return successorOf(database, file.pathString) == judgement.rival.pathString;
+    });
 }
 
 std::int64_t IndexExamination::record(const QList<UnrecordedFile> &files)

@@ -22,6 +22,7 @@ namespace gateway::index {
 
 class FileStore;
 class IndexStore;
+struct Judgement;
 
 /// A stored file as the rows know it.
 struct RecordedFile
@@ -112,6 +113,7 @@ public:
 private:
     bool hasItsPlace(platform::Database &database, const QString &pathString) const;
     bool hasPlace(const QString &pathString) const;
+    bool isNotedBeside(const StoredFile &file, const Judgement &judgement) const;
     void compareWithCurrent(UnrecordedFile &file) const;
 
     IndexStore &m_store;

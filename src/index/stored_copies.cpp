@@ -19,10 +19,16 @@ constexpr const char *kCurrentCopies =
     "WHERE studyInstanceUID = ? AND Series.seriesInstanceUID = ? AND sopInstanceUID = ? "
     "AND originalSOPInstanceUID = ? GROUP BY pathString";
 
+// What is damaged proves nothing: one that came before may hold more of the image.
 constexpr const char *kProven =
     "SELECT pathString FROM SupersededFile WHERE successor = ?1 "
     "AND acknowledged < (SELECT max(acknowledged) FROM DicomImage WHERE pathString = ?1) "
-    "AND NOT EXISTS (SELECT 1 FROM DicomImage WHERE pathString = ?1 AND syncState IS NOT 1)";
+    "AND NOT EXISTS (SELECT 1 FROM DicomImage WHERE pathString = ?1 AND (syncState IS NOT 1 OR damaged <> "
+    "0))";
+
+constexpr const char *kIsLaterThanSuccessor =
+    "SELECT EXISTS (SELECT 1 FROM SupersededFile WHERE pathString = ?1 AND acknowledged > "
+    "(SELECT max(acknowledged) FROM DicomImage WHERE DicomImage.pathString = SupersededFile.successor))";
 
 constexpr const char *kIsSpokenFor = "SELECT EXISTS (SELECT 1 FROM DicomImage WHERE pathString = ?1) "
                                      "OR EXISTS (SELECT 1 FROM SupersededFile WHERE pathString = ?1) "
@@ -134,8 +140,13 @@ void noteSuperseded(Database &database,
                  "ON CONFLICT (pathString) DO UPDATE SET successor = excluded.successor")
         .bindAll(pathString, successor, acknowledged)
         .run();
+    handOver(database, pathString, successor);
+}
+
+void handOver(Database &database, const QString &from, const QString &successor)
+{
     database.prepare("UPDATE SupersededFile SET successor = ? WHERE successor = ?")
-        .bindAll(successor, pathString)
+        .bindAll(successor, from)
         .run();
 }
 
@@ -181,6 +192,11 @@ QString successorOf(Database &database, const QString &pathString)
     Statement row = database.prepare("SELECT successor FROM SupersededFile WHERE pathString = ?");
     row.bindAll(pathString);
     return row.step() ? row.text(0) : QString();
+}
+
+bool isLaterThanSuccessor(Database &database, const QString &pathString)
+{
+    return exists(database, kIsLaterThanSuccessor, pathString);
 }
 
 bool isSpokenFor(Database &database, const QString &pathString)

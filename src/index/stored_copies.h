@@ -57,14 +57,17 @@ void noteSuperseded(platform::Database &database,
                     std::int64_t acknowledged,
                     const QString &successor);
 
+/// What stood beside `from` stands beside `successor` from now on.
+void handOver(platform::Database &database, const QString &from, const QString &successor);
+
 /// Notes files that nothing needs any more for their removal from the disk.
 void noteForRemoval(platform::Database &database, const QSet<QString> &paths);
 
 /// Notes superseded files for their removal.
 void releaseSuperseded(platform::Database &database, const QSet<QString> &paths);
 
-/// Notes for removal what was acknowledged before `current`, given that its rows are all synced; nothing
-/// otherwise. \return what was noted.
+/// Notes for removal what was acknowledged before `current`, given that it is whole and its rows are all
+/// synced; nothing otherwise. \return what was noted.
 QSet<QString> releaseIfProven(platform::Database &database, const QString &current);
 
 /// Notes for removal all copies beside those of `paths` for which no row stands any more. \return what was
@@ -73,6 +76,9 @@ QSet<QString> releaseBesideDeleted(platform::Database &database, const QSet<QStr
 
 /// The current copy that a superseded file stands beside; empty for any other file.
 QString successorOf(platform::Database &database, const QString &pathString);
+
+/// True for a superseded file that was acknowledged later than the one that it stands beside.
+bool isLaterThanSuccessor(platform::Database &database, const QString &pathString);
 
 /// True for a file that rows stand for, that is superseded, or that waits for its removal.
 bool isSpokenFor(platform::Database &database, const QString &pathString);

@@ -81,6 +81,12 @@ protected:
         return paths;
     }
 
+    LocalPruneResult prune()
+    {
+        home.clock.advance(std::chrono::hours(24));
+        return home.index().pruneSyncedImages(home.clock.now());
+    }
+
     void send(const QString &path) { home.index().recordUploadResult({}, path, true); }
 
     Kind kindOf(const QString &path) { return home.index().examination().lookAt(path).kind; }
@@ -178,18 +184,35 @@ TEST_F(StoredCopies, FramesThatOnlyTheEarlierVersionHadGoWithIt)
     EXPECT_EQ(home.index().examination().tallyDifferences({}), TallyDifferences());
 }
 
-TEST_F(StoredCopies, RetentionLetsGoOfAllOfThem)
+TEST_F(StoredCopies, RetentionWaitsForADamagedOneThatCameLaterAndWasNeverSent)
 {
     const QString whole = take(kMorning, kWhole);
-    take(kMorning + seconds(1), kStump);
+    const QString stump = take(kMorning + seconds(1), kStump);
     send(whole);
-    ASSERT_EQ(stored().size(), 2);
+    EXPECT_EQ(prune().eligibleImageCount, 0);
+    EXPECT_EQ(stored(), (QStringList{whole, stump}));
 
-    home.clock.advance(std::chrono::hours(24));
-    home.index().pruneSyncedImages(home.clock.now());
+    const QString corrected = take(kMorning + seconds(2), saying(QStringLiteral("corrected")));
+    send(corrected);
+    EXPECT_EQ(stored(), QStringList{corrected});
+    EXPECT_EQ(prune().deletedImageCount, 1);
 
     EXPECT_EQ(stored(), QStringList());
     EXPECT_EQ(superseded(), QStringList());
+}
+
+TEST_F(StoredCopies, ADamagedOneInTheCloudProvesNoneBeforeIt)
+{
+    const QString longer = take(kMorning, kStump);
+    QVariantMap cutEarlier = kStump;
+    cutEarlier.insert(QStringLiteral("ImageComments"), QStringLiteral("less of it"));
+    const QString shorter = take(kMorning + seconds(1), cutEarlier);
+
+    send(shorter);
+    prune();
+
+    EXPECT_EQ(stored(), (QStringList{longer, shorter}));
+    EXPECT_EQ(superseded(), QStringList{longer + u'|' + shorter});
 }
 
 TEST_F(StoredCopies, APersonsDeletionTakesAllOfThem)
@@ -300,6 +323,44 @@ TEST_F(StoredCopies, AnEarlierOneWhoseSuccessorsFileIsGoneCanTakeItsPlace)
 
     EXPECT_EQ(current(), QStringList{first});
     EXPECT_EQ(kindOf(first), Kind::none);
+}
+
+TEST_F(StoredCopies, OfSeveralWhoseSuccessorsFileIsGoneTheLastTakesItsPlace)
+{
+    const QString first = take(kMorning, saying(QStringLiteral("first")));
+    const QString second = take(kMorning + seconds(1), saying(QStringLiteral("second")));
+    const QString third = take(kMorning + seconds(2), saying(QStringLiteral("third")));
+    QFile::remove(home.index().fileURL(third).toLocalFile());
+
+    auto examination = home.index().examination();
+    for (const QString &path : {first, second}) {
+        const UnrecordedFile found = examination.lookAt(path);
+        ASSERT_EQ(found.kind, Kind::image);
+        EXPECT_TRUE(examination.record(found));
+    }
+
+    EXPECT_EQ(current(), QStringList{second});
+    EXPECT_EQ(superseded(), QStringList{first + u'|' + second});
+}
+
+TEST_F(StoredCopies, OneThatWasOutOfSightWhenAnEarlierOneTookItsPlaceGetsItBack)
+{
+    const QString first = take(kMorning, saying(QStringLiteral("first")));
+    const QString second = take(kMorning + seconds(1), saying(QStringLiteral("second")));
+    const QString file = home.index().fileURL(second).toLocalFile();
+    QFile::rename(file, home.path(QStringLiteral("away")));
+    auto examination = home.index().examination();
+    examination.record(examination.lookAt(first));
+    ASSERT_EQ(current(), QStringList{first});
+    send(first);
+
+    QFile::rename(home.path(QStringLiteral("away")), file);
+    const UnrecordedFile found = examination.lookAt(second);
+    ASSERT_EQ(found.kind, Kind::image);
+    EXPECT_TRUE(examination.record(found));
+
+    EXPECT_EQ(current(), QStringList{second});
+    EXPECT_EQ(home.index().notSyncedCounts().images, 1);
 }
 
 TEST_F(StoredCopies, AWholeOneIsFoundBesideADamagedOneOfBeforeSuchWereTold)
