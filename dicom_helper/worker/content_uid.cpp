@@ -37,6 +37,13 @@ public:
         add(size);
     }
 
+    void addText(std::string_view text)
+    {
+        for (const char character : text) {
+            add(static_cast<unsigned char>(character));
+        }
+    }
+
     /// 63 of the bits, never 0.
     std::int64_t number() const
     {
@@ -93,9 +100,10 @@ std::string contentUid(ByteSource &file)
     return "2.25." + digest.decimal();
 }
 
-std::int64_t contentVersion(ByteSource &file, std::uint64_t offset)
+std::int64_t contentVersion(ByteSource &file, std::uint64_t offset, std::string_view transferSyntax)
 {
     Digest digest;
+    digest.addText(transferSyntax);
     digest.addFile(file, offset);
     return digest.number();
 }

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace gateway::dicom_helper::worker {
 
@@ -11,7 +12,8 @@ namespace gateway::dicom_helper::worker {
 /// For telling apart objects that have none of their own; it is not written into any object.
 std::string contentUid(ByteSource &file);
 
-/// A number by which versions of one object are told apart, made of the bytes from `offset` on; above 0.
-std::int64_t contentVersion(ByteSource &file, std::uint64_t offset);
+/// A number by which versions of one object are told apart, made of the bytes from `offset` on and of what
+/// says how to read them; above 0.
+std::int64_t contentVersion(ByteSource &file, std::uint64_t offset, std::string_view transferSyntax);
 
 } // namespace gateway::dicom_helper::worker

@@ -139,13 +139,36 @@ bool sameFragments(Elements &one, const Element &first, Elements &other, const E
     }
 }
 
+/// The value representations in which padding at the end says nothing (PS3.5 6.2); in all others a zero or a
+/// space is a part of the value.
+bool mayBePadded(Vr of)
+{
+    constexpr std::array kTexts{vr('A', 'E'),
+                                vr('A', 'S'),
+                                vr('C', 'S'),
+                                vr('D', 'A'),
+                                vr('D', 'S'),
+                                vr('D', 'T'),
+                                vr('I', 'S'),
+                                vr('L', 'O'),
+                                vr('L', 'T'),
+                                vr('P', 'N'),
+                                vr('S', 'H'),
+                                vr('S', 'T'),
+                                vr('T', 'M'),
+                                vr('U', 'C'),
+                                vr('U', 'I'),
+                                vr('U', 'R'),
+                                vr('U', 'T')};
+    return std::ranges::find(kTexts, of) != kTexts.end();
+}
+
 /// How long a value is without the padding that a text may have at its end.
 std::uint64_t lengthWithoutPadding(ByteSource &bytes, const Element &element)
 {
     std::uint64_t length = element.length;
     std::array<std::byte, 1> last{};
-    while (length > 0 && !isPixelData(element.tag) &&
-           bytes.read(element.valueOffset + length - 1, last) == 1 &&
+    while (length > 0 && bytes.read(element.valueOffset + length - 1, last) == 1 &&
            (last[0] == std::byte{0} || last[0] == std::byte{' '}) && element.length - length < 2) {
         --length;
     }
@@ -179,8 +202,10 @@ bool sameElement(Elements &one, const Element &first, Elements &other, const Ele
         // What is inside comes one by one; an empty sequence has no length either way.
         return isSequence(first, one) == isSequence(second, other) || first.length == second.length;
     }
-    const std::uint64_t length = lengthWithoutPadding(one.bytes(), first);
-    return length == lengthWithoutPadding(other.bytes(), second) &&
+    // One of the two may not say its value representation: the other's holds for both.
+    const bool isText = mayBePadded(first.vr != 0 ? first.vr : second.vr);
+    const std::uint64_t length = isText ? lengthWithoutPadding(one.bytes(), first) : first.length;
+    return length == (isText ? lengthWithoutPadding(other.bytes(), second) : second.length) &&
            sameBytes(one.bytes(), first.valueOffset, other.bytes(), second.valueOffset, length);
 }
 

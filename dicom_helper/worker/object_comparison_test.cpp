@@ -82,6 +82,23 @@ TEST_F(ObjectComparison, FindsAnotherPixelAnotherValueAndAnotherElement)
     EXPECT_EQ(compare("<html>", sent), "different");
 }
 
+TEST_F(ObjectComparison, TakesPaddingForNothingInTextsAlone)
+{
+    const auto with = [](std::string_view representation, std::string_view value) {
+        return part10(kExplicitLittleEndian,
+                      DatasetWriter()
+                          .text(kSopInstanceUid, "UI", "1.2.3.4.5")
+                          .raw(0x00280120U, vr(representation[0], representation[1]), value)
+                          .all());
+    };
+    using namespace std::string_view_literals;
+
+    EXPECT_EQ(compare(with("US", " \0"sv), with("US", "\0\0"sv)), "different");
+    EXPECT_EQ(compare(with("US", "\0 "sv), with("US", "\0\0"sv)), "different");
+    EXPECT_EQ(compare(with("US", ""sv), with("US", "\0\0"sv)), "different");
+    EXPECT_EQ(compare(with("LO", "ab  "sv), with("LO", "ab"sv)), "same");
+}
+
 TEST_F(ObjectComparison, LooksIntoSequencesHoweverTheyAreWritten)
 {
     const std::string sent = withSequence(kExplicitLittleEndian, "1.2", false);

@@ -153,7 +153,10 @@ public:
                layout.transferSyntax == m_transferSyntax;
     }
 
-    std::int64_t version() { return contentVersion(m_source.file(), m_header.layout.datasetOffset); }
+    std::int64_t version()
+    {
+        return contentVersion(m_source.file(), m_header.layout.datasetOffset, m_transferSyntax);
+    }
 
     void copyTo(const std::string &output)
     {

@@ -61,14 +61,21 @@ std::optional<std::int64_t> seriesOf(Database &database, ImageObjectID image)
     return row.step() ? std::optional(row.integer(0)) : std::nullopt;
 }
 
-/// The SOP instance UIDs of rows, each once.
+/// The SOP instance UIDs of the files that rows stand for: once for each file, so that two files of one
+/// instance count as two.
 QStringList instancesOf(Database &database, const QList<ImageObjectID> &images)
 {
     QStringList instances;
-    Statement row = database.prepare("SELECT originalSOPInstanceUID FROM DicomImage WHERE pk = ?");
+    QSet<std::pair<QString, QString>> seen;
+    Statement row =
+        database.prepare("SELECT originalSOPInstanceUID, pathString FROM DicomImage WHERE pk = ?");
     for (const ImageObjectID image : images) {
-        if (row.bindAll(image.value).step() && !row.text(0).isEmpty() && !instances.endsWith(row.text(0))) {
-            instances.append(row.text(0));
+        if (row.bindAll(image.value).step() && !row.text(0).isEmpty()) {
+            const std::pair fileAndInstance(row.text(1), row.text(0));
+            if (!seen.contains(fileAndInstance)) {
+                seen.insert(fileAndInstance);
+                instances.append(row.text(0));
+            }
         }
         row.reset();
     }

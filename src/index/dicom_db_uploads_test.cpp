@@ -371,6 +371,15 @@ TEST_F(UploadResults, WhatWasUnderWayWhenTheProcessDiedMayHaveBeenAnyVersion)
     EXPECT_FALSE(home.index().mayOtherVersionBeSent({QStringLiteral("9.2"), 7})) << "it was never sent";
 }
 
+TEST_F(UploadResults, TwoFilesOfOneInstanceThatAreMarkedTogetherAreBothInDoubt)
+{
+    importOne(QStringLiteral("9.1"));
+    importOne(QStringLiteral("9.1"), {{QStringLiteral("studyID"), QStringLiteral("5.5")}});
+    index.markImagesInProgress({{1}, {2}});
+
+    EXPECT_TRUE(index.mayOtherVersionBeSent({QStringLiteral("9.1"), 7}));
+}
+
 TEST_F(UploadResults, AFailedSaveGivesZeroAndChangesNothing)
 {
     const QString stored = importOne(QStringLiteral("9.1"));

@@ -3,6 +3,7 @@
 #include "index/file_store.h"
 #include "index/import_elements.h"
 #include "index/index_store.h"
+#include "index/sent_instances.h"
 #include "index/stored_copies.h"
 #include "platform/concurrency/clock.h"
 #include "platform/dicom/dicom_parsing.h"
@@ -203,6 +204,8 @@ std::int64_t IndexExamination::record(const QList<UnrecordedFile> &files)
                 .bindAll(file.damagedRival)
                 .run();
             recordImport(database, file.elements, *file.place, m_clock.now().toMSecsSinceEpoch());
+            // Whoever recorded it before may have sent it, or another version of it.
+            noteUnknownHistory(database, text(file.elements, QStringLiteral("SOPUID")).value_or(QString()));
             ++recorded;
         }
     });
@@ -212,7 +215,10 @@ std::int64_t IndexExamination::record(const QList<UnrecordedFile> &files)
 std::int64_t IndexExamination::damagedFiles() const
 {
     return m_store.read([](Database &database) {
-        return database.integer("SELECT count(DISTINCT pathString) FROM DicomImage WHERE damaged <> 0");
+        return database.integer(
+            "SELECT (SELECT count(DISTINCT pathString) FROM DicomImage WHERE damaged <> 0) + "
+            "(SELECT count(*) FROM SupersededFile JOIN DicomImage ON DicomImage.pathString = successor "
+            "WHERE frameID = 0 AND SupersededFile.acknowledged > DicomImage.acknowledged)");
     });
 }
 

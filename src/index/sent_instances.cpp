@@ -60,13 +60,21 @@ bool mayOtherVersionBeSent(Database &database, const SentInstance &sent)
     return row.bindAll(keyOf(sent.instance), sent.version).step();
 }
 
+void noteUnknownHistory(Database &database, const QString &instance)
+{
+    if (!instance.isEmpty()) {
+        database.prepare("INSERT OR IGNORE INTO SentInstance (instance, version) VALUES (?, 0)")
+            .bindAll(keyOf(instance))
+            .run();
+    }
+}
+
 void noteSentBefore(Database &database)
 {
-    Statement note = database.prepare("INSERT OR IGNORE INTO SentInstance (instance, version) VALUES (?, 0)");
     Statement row = database.prepare("SELECT DISTINCT originalSOPInstanceUID FROM DicomImage "
                                      "WHERE syncState IN (1, 2, 3) AND originalSOPInstanceUID IS NOT NULL");
     while (row.step()) {
-        note.bindAll(keyOf(row.text(0))).run();
+        noteUnknownHistory(database, row.text(0));
     }
 }
 

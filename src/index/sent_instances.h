@@ -39,6 +39,10 @@ void noteSent(platform::Database &database, const SentInstance &sent);
 /// Whether another version than this one may have been sent before, so that the cloud may hold that.
 bool mayOtherVersionBeSent(platform::Database &database, const SentInstance &sent);
 
+/// Notes that some version of the instance may have been sent, unless more is known of it. An empty UID is
+/// nobody's.
+void noteUnknownHistory(platform::Database &database, const QString &instance);
+
 /// Fills an index of before these notes: of what was sent then, nobody knows the version.
 void noteSentBefore(platform::Database &database);
 

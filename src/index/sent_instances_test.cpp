@@ -91,4 +91,14 @@ TEST_F(SentInstances, ForgetWhatWasNotSentAfterAllAndNothingElse)
     EXPECT_TRUE(mayOtherBeSent(8));
 }
 
+TEST_F(SentInstances, DoubtWhatWasRecordedAgainUntilMoreIsKnown)
+{
+    send(7);
+    noteUnknownHistory(database, kUid);
+    EXPECT_FALSE(mayOtherBeSent(7)) << "more was known already";
+
+    noteUnknownHistory(database, QStringLiteral("1.2.9"));
+    EXPECT_TRUE(mayOtherVersionBeSent(database, {QStringLiteral("1.2.9"), 7}));
+}
+
 } // namespace gateway::index

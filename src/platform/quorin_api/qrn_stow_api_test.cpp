@@ -288,6 +288,26 @@ TEST(StowUpload, AsksForAnInstanceInItsStudyAndSeries)
               "/dicom-web/studies/1.2/series/1.2.9/instances?SOPInstanceUID=1.2.3&limit=1");
 }
 
+TEST(StowUpload, BelievesNoQueryThatFindsTheInstanceInAnotherStudy)
+{
+    const auto isProven = [](const QByteArray &study) {
+        const QByteArray found = "[{\"00080018\":{\"vr\":\"UI\",\"Value\":[\"1.2.3\"]},"
+                                 "\"0020000D\":{\"vr\":\"UI\",\"Value\":[\"" +
+                                 study + "\"]}}]";
+        ScriptedService service([found](const ReceivedRequest &request) {
+            return request.method == "POST" ? ScriptedHttpServer::answer(200)
+                                            : ScriptedHttpServer::answer(200, kDicomJson, found);
+        });
+        SampleFiles files;
+        const StowFile file{files.dicom("1.2.3"),
+                            {QStringLiteral("1.2"), QString(), QStringLiteral("1.2.3")}};
+        return !errorOf<QrnStowResponse>([&] { QrnStowAPI(service.client).upload(file, kDevice, {}); });
+    };
+
+    EXPECT_TRUE(isProven("1.2"));
+    EXPECT_FALSE(isProven("9.9.9"));
+}
+
 TEST(StowUpload, TakesAnInstanceThatIsStoredInAnotherPlaceForUnproven)
 {
     const auto retrieveUrl = [](const QByteArray &path) {

@@ -15,12 +15,32 @@ namespace {
 const auto kReferencedSequence = QStringLiteral("00081199");
 const auto kReferencedInstance = QStringLiteral("00081155");
 const auto kSopInstanceUid = QStringLiteral("00080018");
+const auto kStudyInstanceUid = QStringLiteral("0020000D");
+const auto kSeriesInstanceUid = QStringLiteral("0020000E");
 
 /// Statuses under which a server settles instances one by one: good ones, and those of PS3.18 10.5.3 by
 /// which it says that it took not one of them.
 bool maySettle(int status)
 {
     return (status >= 200 && status < 300) || status == 400 || status == 409;
+}
+
+QString firstText(const QVariantMap &entry, const QString &tag)
+{
+    const QVariantList values = entry.value(tag).toMap().value(QStringLiteral("Value")).toList();
+    return values.isEmpty() ? QString() : values.first().toString().trimmed();
+}
+
+/// True for an answer that names the instance, and names no other study or series for it.
+bool isEntryOf(const QVariantMap &entry, const InstanceIdentity &identity)
+{
+    const auto contradicts = [&entry](const QString &tag, const QString &mine) {
+        const QString named = firstText(entry, tag);
+        return !mine.isEmpty() && !named.isEmpty() && named != mine;
+    };
+    return firstText(entry, kSopInstanceUid) == identity.instance &&
+           !contradicts(kStudyInstanceUid, identity.study) &&
+           !contradicts(kSeriesInstanceUid, identity.series);
 }
 
 QVariantMap attribute(const QString &representation, const QVariantList &values)
@@ -206,14 +226,8 @@ bool StowBatch::isFound(const InstanceIdentity &identity)
     call.accept = "application/dicom+json";
     const HttpResponse response = m_client.request(call);
     const QVariantList found = parseNetworkJson(response.body).value_or(QVariant()).toList();
-    for (const QVariant &entry : found) {
-        const QVariantMap attributes = entry.toMap().value(kSopInstanceUid).toMap();
-        const QVariantList values = attributes.value(QStringLiteral("Value")).toList();
-        if (!values.isEmpty() && values.first().toString().trimmed() == identity.instance) {
-            return true;
-        }
-    }
-    return false;
+    return std::ranges::any_of(found,
+                               [&](const QVariant &entry) { return isEntryOf(entry.toMap(), identity); });
 }
 
 void StowBatch::report(const UploadProgress &progress)
