@@ -114,8 +114,9 @@ Words wordsOf(FindingKind kind)
         return {"damagedImage",
                 false,
                 QT_TRANSLATE_NOOP("DoctorFinding",
-                                  "A received image ends too early. It is kept and sent as it is. Send it "
-                                  "again from the device that made it: a whole one takes its place.")};
+                                  "A received image ends too early. It is kept, and sent where no whole one "
+                                  "is known. Send it again from the device that made it: a whole one "
+                                  "takes its place.")};
     case FindingKind::foreignFile:
         return {
             "foreignFile",
