@@ -52,9 +52,12 @@ bool endsWith(const QString &path, const std::string &dataSet)
     return contents(path).endsWith(QByteArrayView(dataSet.data(), static_cast<qsizetype>(dataSet.size())));
 }
 
+/// The objects under way; the record of the order of acknowledgement lies beside them for good.
 QStringList unfinished(const QTemporaryDir &inbox)
 {
-    return QDir(inbox.filePath(QStringLiteral(".part"))).entryList(QDir::Files | QDir::Hidden);
+    QStringList files = QDir(inbox.filePath(QStringLiteral(".part"))).entryList(QDir::Files | QDir::Hidden);
+    files.removeAll(QStringLiteral("order"));
+    return files;
 }
 
 std::string half(const std::string &dataSet)
