@@ -97,6 +97,14 @@ QrnErrorKind kindOf(const QVariantMap &problem, int status)
     return isKind ? static_cast<QrnErrorKind>(number) : kindOfStatus(status);
 }
 
+/// The error with the pause that the answer asks for.
+template <typename Error>
+Error withPause(Error error, const HttpResponse &response)
+{
+    error.retryAfter = response.retryAfter;
+    return error;
+}
+
 } // namespace
 
 void throwAnswerError(const HttpResponse &response)
@@ -105,14 +113,12 @@ void throwAnswerError(const HttpResponse &response)
         const QVariant body = parseNetworkJson(response.body).value_or(QVariant());
         if (body.typeId() == QMetaType::QVariantMap) {
             const QVariantMap problem = body.toMap();
-            QrnErrorResponse refusal(kindOf(problem, response.status), wordsOf(problem), response.status);
-            refusal.retryAfter = response.retryAfter;
-            throw refusal;
+            throw withPause(
+                QrnErrorResponse(kindOf(problem, response.status), wordsOf(problem), response.status),
+                response);
         }
     }
-    AFError failed(sentenceOn(response), response.status);
-    failed.retryAfter = response.retryAfter;
-    throw failed;
+    throw withPause(AFError(sentenceOn(response), response.status), response);
 }
 
 void throwUnusableAnswer(const HttpResponse &response)
