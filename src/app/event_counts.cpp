@@ -23,6 +23,9 @@ void EventCounts::count(const log::GatewayLogEvent &event)
     } else if (is(GatewayLogAction::associationFailed)) {
         ++m_failedAssociations;
     } else if (is(GatewayLogAction::fileReceivedCallback)) {
+        if (event.outcome == log::GatewayLogOutcome::failed) {
+            return; // what the receiver named is no file of its inbox
+        }
         ++m_receivedImages;
         m_receivedBytes += event.fileSizeBytes.value_or(0);
     } else if (is(GatewayLogAction::importFailed)) {

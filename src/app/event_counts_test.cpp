@@ -52,6 +52,19 @@ TEST_F(Counts, TellWhatCameAndHowMuch)
     EXPECT_EQ(totals.failedImports, 1);
 }
 
+TEST_F(Counts, TakeNothingForReceivedThatIsNoFileOfTheInbox)
+{
+    log::GatewayLogEvent misnamed;
+    misnamed.action = GatewayLogAction::fileReceivedCallback;
+    misnamed.outcome = log::GatewayLogOutcome::failed;
+    misnamed.fileSizeBytes = 500;
+
+    m_counts.log(misnamed);
+
+    EXPECT_EQ(m_counts.totals().receivedImages, 0);
+    EXPECT_EQ(m_counts.totals().receivedBytes, 0);
+}
+
 TEST_F(Counts, TellWhoWasTurnedAwayByTheReason)
 {
     tell(GatewayLogAction::associationFailed,

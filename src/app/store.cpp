@@ -55,9 +55,6 @@ Store::Store(Collaborators collaborators,
       m_listenerService(makeListener(uploadRequest())),
       m_manualImportService(makeManualImport(uploadRequest()))
 {
-    m_authObserver = m_with.notifications.observe(core::kAuthStateChanged, [this](const QVariantMap &) {
-        requestUpload(QStringLiteral("auth_state_changed"));
-    });
 }
 
 std::function<void(QString)> Store::uploadRequest() const

@@ -73,7 +73,6 @@ private:
     std::shared_ptr<upload::StoreUploadCoordinator> m_uploadCoordinator;
     std::shared_ptr<receive::StoreListenerService> m_listenerService;
     std::shared_ptr<receive::StoreManualImportService> m_manualImportService;
-    platform::NotificationCenter::Token m_authObserver;
 };
 
 } // namespace gateway::app

@@ -54,25 +54,6 @@ TEST_F(GatewayStore, AsksForNoUploadBeforeSetup)
     EXPECT_TRUE(m_world.wasUploadRequested(u"app_launch"_qs));
 }
 
-TEST_F(GatewayStore, AsksForAnUploadWhenTheSignInChanges)
-{
-    m_world.finishSetup();
-
-    m_world.receive.notifications.post(core::kAuthStateChanged);
-
-    EXPECT_TRUE(m_world.wasUploadRequested(u"auth_state_changed"_qs));
-}
-
-TEST_F(GatewayStore, StopsListeningForSignInsWhenItDies)
-{
-    m_world.finishSetup();
-    m_world.store.reset();
-
-    m_world.receive.notifications.post(core::kAuthStateChanged);
-
-    EXPECT_FALSE(m_world.wasUploadRequested(u"auth_state_changed"_qs));
-}
-
 TEST_F(GatewayStore, FindsAListenerThatStillStandsAfterTheWait)
 {
     m_world.receive.service->startListener();

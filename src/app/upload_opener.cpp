@@ -11,10 +11,11 @@ using upload::UploadUrgency;
 namespace {
 
 const QString kSenderKey = QStringLiteral("QuorinUploadSender");
+const QString kSessionReason = QStringLiteral("auth_state_changed");
 
 } // namespace
 
-UploadOpener::UploadOpener(Collaborators with) : m_with(std::move(with)), m_wasSignedIn(isSignedIn())
+UploadOpener::UploadOpener(Collaborators with) : m_with(std::move(with)), m_session(m_with.auth.standing().state)
 {
     m_authObserver = m_with.notifications.observe(core::kAuthStateChanged,
                                                   [this](const QVariantMap &) { sessionLookedAt(); });
@@ -38,20 +39,18 @@ void UploadOpener::launched(const QString &sender)
     m_with.defaults.setObject(kSenderKey, sender);
 }
 
-/// Credentials that an archive refuses are there, but nothing goes with them.
-bool UploadOpener::isSignedIn() const
-{
-    return m_with.auth.standing().state == account::SessionState::signedIn;
-}
-
+/// Posted at every look at the session, changed or not: only a change of its standing asks, and a sign-in.
 void UploadOpener::sessionLookedAt()
 {
-    const bool isGood = isSignedIn();
-    const bool wasGood = std::exchange(m_wasSignedIn, isGood);
+    using account::SessionState;
+    const SessionState session = m_with.auth.standing().state;
+    const SessionState before = std::exchange(m_session, session);
+    const bool isGood = session == SessionState::signedIn;
     if (isGood && m_with.auth.isChecking()) {
-        m_with.request(QStringLiteral("signed_in"), UploadUrgency::everythingNow); // by a person, just now
-    } else if (isGood && !wasGood) {
-        m_with.request(QStringLiteral("session_back"), UploadUrgency::unlessAskedToWait);
+        m_with.request(kSessionReason, UploadUrgency::everythingNow); // by a person, just now
+    } else if (session != before) {
+        m_with.request(kSessionReason,
+                       isGood ? UploadUrgency::unlessAskedToWait : UploadUrgency::whenOpen);
     }
 }
 

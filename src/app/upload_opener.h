@@ -14,8 +14,8 @@
 
 namespace gateway::app {
 
-/// Asks for uploads when what stood in their way has gone: somebody signed in, the session or the cloud is
-/// back, terms were accepted, or the program is another or sends elsewhere than it did the last time.
+/// Asks for uploads when what stood in their way has gone: the session is another, the cloud is back, terms
+/// were accepted, or the program is another or sends elsewhere than it did the last time.
 ///
 /// Owner: Gateway. Thread: main.
 class UploadOpener : public QObject
@@ -41,13 +41,12 @@ public:
     void launched(const QString &sender);
 
 private:
-    bool isSignedIn() const;
     void sessionLookedAt();
     void cloudLookedAt();
     void termsLookedAt();
 
     const Collaborators m_with;
-    bool m_wasSignedIn;
+    account::SessionState m_session;
     std::optional<bool> m_wasOnline;
     bool m_wereTermsRequired = false;
     platform::NotificationCenter::Token m_authObserver;

@@ -67,8 +67,23 @@ TEST_F(UploadOpenerTest, LetsEverythingBeTriedWhenSomebodySignsIn)
     signIn();
     settle();
 
-    ASSERT_EQ(requests.size(), 1U);
+    EXPECT_EQ(reasons(), QStringList{QStringLiteral("auth_state_changed")});
     EXPECT_EQ(requests.front().second, UploadUrgency::everythingNow);
+}
+
+TEST_F(UploadOpenerTest, AsksOnceMoreWhenTheSessionHasGone)
+{
+    signIn();
+    settle();
+    requests.clear();
+
+    networkSettings.setToken(std::nullopt);
+    finish(auth.refresh(true));
+    finish(auth.refresh(true));
+    settle();
+
+    EXPECT_EQ(reasons(), QStringList{QStringLiteral("auth_state_changed")});
+    EXPECT_EQ(requests.front().second, UploadUrgency::whenOpen);
 }
 
 TEST_F(UploadOpenerTest, TakesALaterLookAtTheSessionForNoSignIn)
