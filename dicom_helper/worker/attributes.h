@@ -44,5 +44,6 @@ inline constexpr Tag kWindowCenter = 0x00281050U;
 inline constexpr Tag kWindowWidth = 0x00281051U;
 inline constexpr Tag kSharedFunctionalGroupsSequence = 0x52009229U;
 inline constexpr Tag kPerFrameFunctionalGroupsSequence = 0x52009230U;
+inline constexpr Tag kDataSetTrailingPadding = 0xFFFCFFFCU;
 
 } // namespace gateway::dicom_helper::worker

@@ -59,6 +59,7 @@ void checkStructure(const std::string &path, const DatasetEncoding &encoding)
         break;
     case ScanEnd::tooDeep:
         throw Doubt("the object's sequences are nested too deep");
+    case ScanEnd::oddTail:
     case ScanEnd::truncated:
         throw Doubt("the object is truncated");
     case ScanEnd::running:

@@ -7,9 +7,6 @@ namespace gateway::dicom_helper::worker {
 
 namespace {
 
-constexpr Tag kItem = 0xFFFEE000U;
-constexpr Tag kItemDelimiter = 0xFFFEE00DU;
-constexpr Tag kSequenceDelimiter = 0xFFFEE0DDU;
 constexpr std::uint64_t kOpenEnd = UINT64_MAX;
 
 constexpr std::array kLongForm{vr('O', 'B'),
@@ -121,8 +118,9 @@ std::optional<ElementScanner::Header> ElementScanner::readHeader()
         // Some writers fill the last block up with a few zeros.
         const bool isPadding =
             std::all_of(bytes.begin(), bytes.end(), [](std::byte b) { return b == std::byte{0}; });
-        const bool isWhole = m_levels.empty() && isPadding && m_position <= m_source.size();
-        return stop(isWhole ? ScanEnd::atEnd : ScanEnd::truncated);
+        const bool isWhole = m_levels.empty() && m_position <= m_source.size();
+        const ScanEnd whole = isPadding ? ScanEnd::atEnd : ScanEnd::oddTail;
+        return stop(isWhole ? whole : ScanEnd::truncated);
     }
     const DatasetEncoding here = encoding();
     const Words words(bytes, here.bigEndian);
@@ -171,25 +169,22 @@ bool ElementScanner::takeDelimiter(const Header &header)
     return true;
 }
 
-/// \return true when the header was an item's and could be entered or stepped over.
-bool ElementScanner::takeItem(const Header &header)
+/// Moves behind an item's header. \return true when what follows are the elements of that item.
+bool ElementScanner::enterItem(const Header &header)
 {
-    if (header.tag != kItem) {
-        return false;
-    }
     m_position += 8;
     if (m_levels.empty() || m_levels.back().kind == Kind::item) {
         stop(ScanEnd::malformed);
-        return true;
+        return false;
     }
     const Level around = m_levels.back();
     if (around.kind == Kind::fragments) {
         m_position += header.length;
-        return true;
+        return false;
     }
     if (m_depth >= m_options.deepest) {
         stop(ScanEnd::tooDeep);
-        return true;
+        return false;
     }
     const std::uint64_t end = header.length == kUndefinedLength ? kOpenEnd : m_position + header.length;
     m_levels.push_back({end, around.tag, Kind::item, around.implicitInside});
@@ -221,14 +216,15 @@ void ElementScanner::stepPast(const Element &element)
     const bool sequence = element.vr == vr('S', 'Q');
     if (element.length == kUndefinedLength) {
         // Without a known representation only a sequence can have no length; its items are implicit.
-        const bool unknown = element.vr == vr('U', 'N') || (element.vr == 0 && element.tag != kPixelData);
+        const bool unknown = (element.vr == vr('U', 'N') || element.vr == 0) && element.tag != kPixelData;
         const Kind kind = sequence || unknown ? Kind::sequence : Kind::fragments;
         m_levels.push_back({kOpenEnd, element.tag, kind, unknown});
         return;
     }
     const std::uint64_t end = m_position + element.length;
+    const bool unknown = element.vr == 0 || (m_options.intoUnknown && element.vr == vr('U', 'N'));
     const bool isEntered =
-        mayEnter(element.tag) && (sequence ? element.length > 0 : element.vr == 0 && beginsWithItem(element));
+        mayEnter(element.tag) && (sequence ? element.length > 0 : unknown && beginsWithItem(element));
     if (isEntered) {
         m_levels.push_back({end, element.tag, Kind::sequence, !sequence});
         return;
@@ -240,14 +236,21 @@ std::optional<Element> ElementScanner::next()
 {
     while (m_end == ScanEnd::running) {
         leaveFinishedLevels();
+        const std::uint64_t here = m_position;
         const auto header = readHeader();
-        if (!header || takeItem(*header) || takeDelimiter(*header)) {
+        if (!header || takeDelimiter(*header)) {
+            continue;
+        }
+        if (header->tag == kItem) {
+            if (enterItem(*header) && m_options.reportItems) {
+                return Element{kItem, 0, header->length, here, m_position, m_depth};
+            }
             continue;
         }
         if (!m_levels.empty() && m_levels.back().kind != Kind::item) {
             return stop(ScanEnd::malformed);
         }
-        const Element element{header->tag, header->vr, header->length, m_position + header->size, m_depth};
+        const Element element{header->tag, header->vr, header->length, here, here + header->size, m_depth};
         stepPast(element);
         return element;
     }

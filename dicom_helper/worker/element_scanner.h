@@ -29,6 +29,10 @@ bool isKnownVr(Vr candidate);
 
 inline constexpr std::uint32_t kUndefinedLength = 0xFFFFFFFFU;
 
+inline constexpr Tag kItem = 0xFFFEE000U;
+inline constexpr Tag kItemDelimiter = 0xFFFEE00DU;
+inline constexpr Tag kSequenceDelimiter = 0xFFFEE0DDU;
+
 inline constexpr Tag kFloatPixelData = 0x7FE00008U;
 inline constexpr Tag kDoubleFloatPixelData = 0x7FE00009U;
 inline constexpr Tag kPixelData = 0x7FE00010U;
@@ -47,12 +51,13 @@ struct DatasetEncoding
     bool operator==(const DatasetEncoding &) const = default;
 };
 
-/// Where a data element stands. Delimiters and items are never reported as elements.
+/// Where a data element stands. Delimiters are never reported as elements, items where it is asked for.
 struct Element
 {
     Tag tag = 0;
     Vr vr = 0;
     std::uint32_t length = 0;      ///< in bytes, or kUndefinedLength
+    std::uint64_t offset = 0;      ///< of its header, in the source
     std::uint64_t valueOffset = 0; ///< in the source
     unsigned depth = 0;            ///< how many items are around it; 0 in the dataset itself
 };
@@ -61,6 +66,7 @@ enum class ScanEnd
 {
     running,   ///< not there yet
     atEnd,     ///< the source was read to its end, and all that was opened was closed
+    oddTail,   ///< so it was, but for fewer bytes than the shortest element has, which aren't all zero
     truncated, ///< the source ends in the middle of something
     malformed, ///< what stands there is no element
     tooDeep    ///< sequences are nested deeper than allowed
@@ -83,6 +89,12 @@ public:
 
         /// Walk through sequences of this group all the same, and through all that is inside them.
         std::uint16_t intoGroup = 0;
+
+        /// Walk through elements of representation UN that look like sequences, too.
+        bool intoUnknown = false;
+
+        /// Report each item of a sequence that is walked through, before what is in it, as an element kItem.
+        bool reportItems = false;
     };
 
     ElementScanner(ByteSource &source, std::uint64_t offset, DatasetEncoding encoding, Options options);
@@ -94,6 +106,9 @@ public:
 
     /// Where the next element is looked for.
     std::uint64_t position() const { return m_position; }
+
+    /// True while some sequence or some fragments are open.
+    bool isInsideSequence() const { return !m_levels.empty(); }
 
     /// True when the last element stands somewhere inside the sequence `tag`.
     bool inside(Tag tag) const;
@@ -128,7 +143,7 @@ private:
     std::optional<Header> readHeader();
     void leaveFinishedLevels();
     bool takeDelimiter(const Header &header);
-    bool takeItem(const Header &header);
+    bool enterItem(const Header &header);
     void stepPast(const Element &element);
     bool beginsWithItem(const Element &element);
     bool mayEnter(Tag tag) const;

@@ -5,6 +5,7 @@
 #include "dicom_helper/worker/frame_count.h"
 #include "dicom_helper/worker/identity.h"
 #include "dicom_helper/worker/numbers.h"
+#include "dicom_helper/worker/object_end.h"
 #include "dicom_helper/worker/object_header.h"
 #include "dicom_helper/worker/text_decoder.h"
 #include "platform/dicom_protocol/words.h"
@@ -218,7 +219,7 @@ Record parseObject(const std::string &path)
     putIdentity(fields, header, identity);
     putTexts(fields, header, identity);
     putNumbers(fields, header, *source);
-    if (endsTooEarly(header, *source)) {
+    if (endOf(header, *source).isTooEarly) {
         fields.put("damaged", platform::dicom_protocol::kBooleanValue, "1");
     }
     return fields.take();

@@ -1,9 +1,9 @@
 #include "dicom_helper/worker/frame_count.h"
 
 #include "dicom_helper/worker/attributes.h"
+#include "dicom_helper/worker/fragments.h"
 
 #include <algorithm>
-#include <array>
 
 namespace gateway::dicom_helper::worker {
 
@@ -19,54 +19,44 @@ std::uint64_t bytesLeft(const ObjectHeader &header, DicomSource &source)
     return size > begin ? size - begin : 0;
 }
 
-/// MPEG-2, MPEG-4 and HEVC hold all frames in one stream (PS3.5 8.2.5 to 8.2.9).
+bool nativeHolds(const ObjectHeader &header, DicomSource &source, std::uint64_t frames)
+{
+    const std::uint64_t there = std::min<std::uint64_t>(header.pixelData->length, bytesLeft(header, source));
+    const auto frameBits = nativeFrameBits(header);
+    return frameBits && frames <= (there * 8 + 7) / *frameBits;
+}
+
+/// Each frame has a fragment of its own at least (PS3.5 A.4); those that begin inside the file count.
+bool fragmentsHold(const ObjectHeader &header, DicomSource &source, std::uint64_t frames)
+{
+    Fragments fragments(source.dataset(), header.pixelData->valueOffset);
+    while (frames > 0 && fragments.next()) {
+        --frames;
+    }
+    return frames == 0;
+}
+
+} // namespace
+
 bool isVideo(std::string_view transferSyntax)
 {
     constexpr std::string_view prefix = "1.2.840.10008.1.2.4.10";
     return transferSyntax.starts_with(prefix) && transferSyntax.size() > prefix.size();
 }
 
-bool nativeHolds(const ObjectHeader &header, DicomSource &source, std::uint64_t frames)
+std::optional<std::uint64_t> nativeFrameBits(const ObjectHeader &header)
 {
     const std::uint64_t rows = header.unsignedShort(kRows).value_or(0);
     const std::uint64_t columns = header.unsignedShort(kColumns).value_or(0);
     const std::uint64_t samples = std::max(header.unsignedShort(kSamplesPerPixel).value_or(1), 1U);
     const std::uint64_t bits = header.unsignedShort(kBitsAllocated).value_or(0);
-    const std::uint64_t there = std::min<std::uint64_t>(header.pixelData->length, bytesLeft(header, source));
     if (rows == 0 || columns == 0 || bits == 0 || rows > 0xFFFF || columns > 0xFFFF || bits > 64 ||
         samples > 0xFFFF) {
-        return false;
+        return std::nullopt;
     }
-    std::uint64_t frameBits = rows * columns * samples * bits;
-    if (header.word(kPhotometricInterpretation) == "YBR_FULL_422") {
-        frameBits -= frameBits / 3;
-    }
-    return frames <= (there * 8 + 7) / frameBits;
+    const std::uint64_t frameBits = rows * columns * samples * bits;
+    return header.word(kPhotometricInterpretation) == "YBR_FULL_422" ? frameBits - frameBits / 3 : frameBits;
 }
-
-/// Each frame has a fragment of its own at least (PS3.5 A.4); those that begin inside the file count.
-bool fragmentsHold(const ObjectHeader &header, DicomSource &source, std::uint64_t frames)
-{
-    ByteSource &bytes = source.dataset();
-    std::uint64_t position = header.pixelData->valueOffset;
-    std::uint64_t items = 0;
-    while (items <= frames) { // the first item is the offset table
-        std::array<std::byte, 8> item{};
-        if (bytes.read(position, item) < item.size() || item[0] != std::byte{0xFE} ||
-            item[1] != std::byte{0xFF} || item[2] != std::byte{0x00} || item[3] != std::byte{0xE0}) {
-            return false;
-        }
-        std::uint64_t length = 0;
-        for (std::size_t i = 8; i > 4; --i) {
-            length = (length << 8U) | std::to_integer<std::uint64_t>(item[i - 1]);
-        }
-        position += item.size() + length;
-        ++items;
-    }
-    return true;
-}
-
-} // namespace
 
 std::optional<std::int64_t> believableFrameCount(const ObjectHeader &header, DicomSource &source)
 {

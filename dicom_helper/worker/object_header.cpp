@@ -19,10 +19,6 @@ constexpr std::size_t kLongestComment = 10240;
 /// How much of a deflated dataset is unpacked in search of the pixel data.
 constexpr std::uint64_t kInflateLimit = std::uint64_t{64} * 1024 * 1024;
 
-/// Reading elements needs no recursion, so that even an absurd nesting hides no attribute behind it. Memory
-/// stays small: 32 bytes a level.
-constexpr unsigned kDeepestForReading = 100'000;
-
 constexpr std::array kWanted{kSpecificCharacterSet,
                              kSopClassUid,
                              kSopInstanceUid,
@@ -141,6 +137,12 @@ ByteSource &DicomSource::dataset()
     return *m_file;
 }
 
+bool DicomSource::isOutOfSight(std::uint64_t offset) const
+{
+    constexpr std::uint64_t kLongestHeader = 12; // nothing begins where its header doesn't fit
+    return m_inflated && offset + kLongestHeader > kInflateLimit;
+}
+
 ObjectHeader readHeader(DicomSource &source)
 {
     ObjectHeader header;
@@ -158,7 +160,6 @@ ObjectHeader readHeader(DicomSource &source)
                            {.deepest = kDeepestForReading,
                             .intoDefinedLength = false,
                             .intoGroup = group(kSharedFunctionalGroupsSequence)});
-    header.pixelDataOffset = scanner.position();
     while (const auto element = scanner.next()) {
         ++header.elements;
         if (element->depth == 0 && isPixelData(element->tag)) {
@@ -168,25 +169,10 @@ ObjectHeader readHeader(DicomSource &source)
         if (isWanted(*element, scanner)) {
             take(header, *element, bytes);
         }
-        header.pixelDataOffset = scanner.position();
     }
     header.end = scanner.end();
+    header.endOffset = scanner.position();
     return header;
-}
-
-bool endsTooEarly(const ObjectHeader &header, DicomSource &source)
-{
-    if (!header.pixelData) {
-        return header.end == ScanEnd::truncated;
-    }
-    ElementScanner scanner(source.dataset(),
-                           header.pixelDataOffset,
-                           header.encoding,
-                           {.deepest = kDeepestForReading, .intoDefinedLength = false});
-    while (scanner.next()) {
-    }
-    const bool isOutOfSight = header.layout.deflated && scanner.position() >= kInflateLimit;
-    return scanner.end() == ScanEnd::truncated && !isOutOfSight;
 }
 
 } // namespace gateway::dicom_helper::worker

@@ -8,6 +8,10 @@
 
 namespace gateway::dicom_helper::worker {
 
+/// Reading elements needs no recursion, so that even an absurd nesting hides no attribute behind it. Memory
+/// stays small: 32 bytes a level.
+inline constexpr unsigned kDeepestForReading = 100'000;
+
 /// What the jobs need of an object: the raw values of the attributes they know, and where the pixels are.
 ///
 /// Thread: a plain value.
@@ -17,9 +21,9 @@ struct ObjectHeader
     DatasetEncoding encoding;
     std::map<Tag, std::string> values; ///< as they stand in the file, the first of each tag; bounded
     std::optional<Element> pixelData;
-    std::uint64_t pixelDataOffset = 0; ///< where to begin the walk that comes to the pixel data first
-    ScanEnd end = ScanEnd::running;    ///< `running` when the walk stopped at the pixel data
-    unsigned elements = 0;             ///< how many the dataset had up to there
+    ScanEnd end = ScanEnd::running; ///< `running` when the walk stopped at the pixel data
+    std::uint64_t endOffset = 0;    ///< in the dataset's bytes, where the walk came to that end
+    unsigned elements = 0;          ///< how many the dataset had up to there
 
     /// The raw value, empty where it is absent.
     std::string_view raw(Tag tag) const;
@@ -50,6 +54,9 @@ public:
     ByteSource &dataset();
     std::uint64_t datasetOffset() const { return m_layout.deflated ? 0 : m_layout.datasetOffset; }
 
+    /// True when `offset` lies so far behind in a deflated dataset that nobody looks there.
+    bool isOutOfSight(std::uint64_t offset) const;
+
     /// False when a deflated dataset, read to where it seemed to end, was cut short by damage or its limit.
     bool unpackedWhole() const { return !m_inflated || m_inflated->endedWell(); }
 
@@ -61,9 +68,5 @@ private:
 
 /// Reads the elements up to the pixel data. A damaged object gives what stands before the damage.
 ObjectHeader readHeader(DicomSource &source);
-
-/// True when the source ends before the object does: inside of an element, or of a sequence that nothing
-/// closes. False also where that can't be told, as far behind in a deflated dataset.
-bool endsTooEarly(const ObjectHeader &header, DicomSource &source);
 
 } // namespace gateway::dicom_helper::worker

@@ -5,6 +5,7 @@
 #include "dicom_helper/worker/content_uid.h"
 #include "dicom_helper/worker/encapsulated_writer.h"
 #include "dicom_helper/worker/identity.h"
+#include "dicom_helper/worker/object_end.h"
 #include "dicom_helper/worker/output_file.h"
 
 #include <unistd.h>
@@ -138,7 +139,9 @@ public:
     explicit Candidate(DicomSource source)
         : m_source(std::move(source)), m_header(readHeader(m_source)), m_identity(identityOf(m_header)),
           m_transferSyntax(transferSyntaxOf(m_header)),
-          m_lacksInstance(uidText(m_header.raw(kSopInstanceUid)).empty())
+          m_lacksInstance(uidText(m_header.raw(kSopInstanceUid)).empty()), m_end(endOf(m_header, m_source)),
+          m_endsWell(m_header.layout.deflated || m_end.isTooEarly ||
+                     (m_end.offset == m_source.file().size() && m_end.missing.empty()))
     {
     }
 
@@ -148,7 +151,8 @@ public:
     bool agrees() const
     {
         const FileLayout &layout = m_header.layout;
-        return layout.isRegular && !lacksInstance() && layout.mediaStorageSopClass == m_identity.sopClass &&
+        return layout.isRegular && !lacksInstance() && m_endsWell &&
+               layout.mediaStorageSopClass == m_identity.sopClass &&
                layout.mediaStorageSopInstance == m_identity.sopInstance &&
                layout.transferSyntax == m_transferSyntax;
     }
@@ -161,7 +165,7 @@ public:
     void copyTo(const std::string &output)
     {
         const std::uint64_t offset = m_header.layout.datasetOffset;
-        const std::uint64_t end = m_source.file().size();
+        const std::uint64_t end = m_endsWell ? m_source.file().size() : m_end.offset;
         const std::string header =
             encodeFileHeader({m_identity.sopClass, m_identity.sopInstance, m_transferSyntax, std::string()});
         Copy copy(m_source.file(), output);
@@ -177,6 +181,7 @@ public:
         } else {
             copy.range(offset, end);
         }
+        copy.text(m_end.missing);
         copy.keep();
     }
 
@@ -189,6 +194,8 @@ private:
     Identity m_identity;
     std::string m_transferSyntax;
     bool m_lacksInstance;
+    ObjectEnd m_end;
+    bool m_endsWell; // or in a way that nobody can mend
 };
 
 Record ready(const std::string &path, Candidate &original)

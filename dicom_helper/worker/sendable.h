@@ -10,7 +10,9 @@ namespace gateway::dicom_helper::worker {
 ///
 /// A file whose meta information agrees with its dataset goes as it is. For any other a copy is written to
 /// `output`, which must not exist: with a right header (PS3.10 7.1) and the dataset bit for bit. Where the
-/// dataset has no SOP instance UID and the header has one, the copy's dataset gets it. \throws ReadError
+/// dataset has no SOP instance UID and the header has one, the copy's dataset gets it. A whole object that
+/// lacks its last delimiter or padding gets that, and bytes behind its last element are left out.
+/// \throws ReadError
 platform::dicom_protocol::Record makeSendable(const std::string &path, const std::string &output);
 
 /// As `makeSendable`, for the file at `path` of which `converted` is another form: that one goes up where its

@@ -161,6 +161,36 @@ TEST_F(Sendable, TellsVersionsApartByTheDatasetAlone)
     EXPECT_NE(answerFor(part10(kExplicitLittleEndian, corrected)).number("version", 0), version);
 }
 
+TEST_F(Sendable, GivesAWholeObjectTheDelimiterThatItLacks)
+{
+    const std::string syntax = "1.2.840.10008.1.2.5";
+    const std::string whole = DatasetWriter().bytes(datasetWith("1.2.3.4.5")).fragments({"frame."}).all();
+
+    EXPECT_EQ(answerFor(part10(syntax, whole.substr(0, whole.size() - 8))).text("path"), output);
+    EXPECT_EQ(datasetOfCopy("1.2.3.4.5", syntax), whole);
+}
+
+TEST_F(Sendable, LeavesOutWhatStandsBehindAWholeObject)
+{
+    SampleImage image;
+    for (const std::string_view syntax : {kExplicitLittleEndian, kImplicitLittleEndian, kExplicitBigEndian}) {
+        image.transferSyntax = std::string(syntax);
+        for (const std::string tail : {"abc", "\n", "     "}) {
+            EXPECT_EQ(answerFor(fileOf(image) + tail).text("path"), output);
+            EXPECT_EQ(datasetOfCopy("1.2.3.4.5", std::string(syntax)), datasetOf(image));
+            QFile::remove(QString::fromStdString(output));
+        }
+    }
+}
+
+TEST_F(Sendable, SendsWhatEndsTooEarlyAsItIs)
+{
+    const std::string whole = fileOf(SampleImage());
+
+    EXPECT_EQ(answerFor(whole.substr(0, whole.size() - 100)).text("path"), path);
+    EXPECT_FALSE(hasCopy());
+}
+
 TEST_F(Sendable, LeavesNoCopyWhereTheOutputCannotBeMade)
 {
     output = folder.filePath(QStringLiteral("none/output")).toStdString();

@@ -4,7 +4,7 @@ import json
 import unittest
 
 from harness import TITLE, EndToEndTest, await_true
-from odd_objects import IMPLICIT, Sender, dataset, dataset_of, part10
+from odd_objects import DELIMITER, EXPLICIT, IMPLICIT, RLE, Sender, dataset, dataset_of, part10, with_fragments
 
 STUDY, SERIES = "1.2.9", "1.2.9.1"
 
@@ -96,6 +96,71 @@ class Identity(WithoutCompression):
         # Then
         self.assertEqual(self.fetched("1.2.6.1", "1.2.61", "1.2.61.1"), one)
         self.assertEqual(self.fetched("1.2.6.1", "1.2.62", "1.2.62.1"), other)
+
+
+class Endings(WithoutCompression):
+    """A whole object that ends in an odd way is a whole object."""
+
+    def store(self, body, instance, transfer_syntax=EXPLICIT):
+        sender = Sender(self.gateway.port, TITLE, transfer_syntax)
+        sender.store(body, instance)
+        sender.release()
+
+    def assert_nothing_is_found(self):
+        report = json.loads(self.gateway.command("doctor", "--json", check=False).stdout)
+        self.assertEqual(report["findings"], [])
+
+    def test_a_later_version_that_lacks_its_last_delimiter_takes_the_place_of_the_earlier_one(self):
+        # Given
+        earlier, later = (with_fragments(dataset("1.2.8.1"), bytes([shade]) * 90) for shade in (1, 2))
+        self.store(earlier, "1.2.8.1", RLE)
+        self.await_all(1)
+        self.cloud.steer("second-versions", policy="replace")
+
+        # When
+        self.store(later[:-len(DELIMITER)], "1.2.8.1", RLE)
+
+        # Then
+        await_true("the later one", lambda: self.fetched("1.2.8.1") == later, self.gateway.process)
+        self.await_all(1)
+        self.assert_nothing_is_found()
+
+    def test_a_later_version_with_bytes_behind_it_takes_the_place_of_the_earlier_one(self):
+        # Given
+        earlier, later = (dataset("1.2.8.2", shade=shade) for shade in (1, 2))
+        self.store(earlier, "1.2.8.2")
+        self.await_all(1)
+        self.cloud.steer("second-versions", policy="replace")
+
+        # When
+        self.store(later + b"abc", "1.2.8.2")
+
+        # Then
+        await_true("the later one", lambda: self.fetched("1.2.8.2") == later, self.gateway.process)
+        self.await_all(1)
+        self.assert_nothing_is_found()
+
+    def test_an_import_takes_both_and_passes_over_what_is_cut(self):
+        # Given
+        compressed = with_fragments(dataset("1.2.8.3"), b"one frame ", b"or a part?")
+        whole = {"1.2.8.4": (with_fragments(dataset("1.2.8.4"), b"one frame "), RLE, -len(DELIMITER), b""),
+                 "1.2.8.5": (dataset("1.2.8.5"), EXPLICIT, None, b"\r\n7")}
+        folder = self.folder / "endings"
+        folder.mkdir()
+        (folder / "cut.dcm").write_bytes(part10(compressed[:-len(DELIMITER)], "1.2.8.3", RLE))
+        for instance, (body, transfer_syntax, cut, tail) in whole.items():
+            (folder / f"{instance}.dcm").write_bytes(part10(body[:cut], instance, transfer_syntax) + tail)
+
+        # When
+        report = json.loads(self.gateway.command("import", "--json", folder, check=False).stdout)
+
+        # Then
+        self.assertEqual(report["importedFiles"], 2)
+        self.assertEqual([skipped["reason"] for skipped in report["skipped"]], ["damaged_object"])
+        self.await_all(2)
+        for instance, (body, *_) in whole.items():
+            with self.subTest(instance):
+                self.assertEqual(self.fetched(instance), body)
 
 
 class CorrectedImage(WithoutCompression):

@@ -6,6 +6,8 @@ import struct
 CT = "1.2.840.10008.5.1.4.1.1.2"
 EXPLICIT = "1.2.840.10008.1.2.1"
 IMPLICIT = "1.2.840.10008.1.2"
+RLE = "1.2.840.10008.1.2.5"
+DELIMITER = struct.pack("<HHI", 0xFFFE, 0xE0DD, 0)
 
 
 def padded(text, padding=b"\0"):
@@ -39,6 +41,13 @@ def dataset(instance, study="1.2.9", series="1.2.9.1", name="Doe^Jane", explicit
                  (0x00280102, "US", 11), (0x00280103, "US", 0),
                  (0x7FE00010, "OW", b"".join(struct.pack("<H", (at // 32 + shade) % 4096) for at in range(1024)))]
     return b"".join(element(*each, explicit=explicit) for each in elements)
+
+
+def with_fragments(body, *fragments):
+    """The dataset with these fragments in place of its native pixel data, and an empty offset table."""
+    head = body[:body.rindex(b"\xe0\x7f\x10\x00OW")]
+    items = b"".join(struct.pack("<HHI", 0xFFFE, 0xE000, len(each)) + each for each in (b"", *fragments))
+    return head + struct.pack("<HH2sHI", 0x7FE0, 0x0010, b"OB", 0, 0xFFFFFFFF) + items + DELIMITER
 
 
 def part10(body, instance, transfer_syntax=EXPLICIT, ascending=True):
