@@ -12,7 +12,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     namespace cloud = gateway::cloud;
     const cloud::Bytes file = std::as_bytes(std::span(data, size));
     for (const cloud::Encoding encoding :
-         {cloud::Encoding::explicitLittle, cloud::Encoding::implicitLittle}) {
+         {cloud::Encoding::explicitLittle, cloud::Encoding::implicitLittle, cloud::Encoding::explicitBig}) {
         QJsonDocument(cloud::jsonFromDataset(file, encoding)).toJson();
     }
     try {

@@ -7,9 +7,10 @@
 #include <QtCore/QJsonArray>
 #include <QtCore/QStringList>
 
+#include <algorithm>
+#include <array>
 #include <bit>
 #include <cmath>
-#include <cstring>
 #include <vector>
 
 namespace gateway::cloud {
@@ -61,11 +62,21 @@ QJsonValue singleValue(std::string_view vr, const QString &text)
 }
 
 template <typename Number>
-void appendNumbers(Bytes value, QJsonArray &values)
+Number numberAt(Bytes value, std::size_t at, std::endian order)
 {
-    for (std::size_t at = 0; at + sizeof(Number) <= value.size(); at += sizeof(Number)) {
-        Number number{};
-        std::memcpy(&number, value.data() + at, sizeof number);
+    std::array<std::byte, sizeof(Number)> bytes{};
+    std::copy_n(value.begin() + static_cast<std::ptrdiff_t>(at), bytes.size(), bytes.begin());
+    if (order != std::endian::native) {
+        std::ranges::reverse(bytes);
+    }
+    return std::bit_cast<Number>(bytes);
+}
+
+template <typename Number>
+void appendNumbers(const DicomElement &element, QJsonArray &values)
+{
+    for (std::size_t at = 0; at + sizeof(Number) <= element.value.size(); at += sizeof(Number)) {
+        const auto number = numberAt<Number>(element.value, at, element.order);
         if constexpr (std::is_floating_point_v<Number>) {
             values.append(std::isfinite(number) ? QJsonValue(static_cast<double>(number)) : QJsonValue());
         } else {
@@ -74,28 +85,27 @@ void appendNumbers(Bytes value, QJsonArray &values)
     }
 }
 
-static_assert(std::endian::native == std::endian::little, "numbers are copied as they lie in the file");
-
-/// The values of a binary number VR; false when `vr` isn't one.
-bool numbersOf(std::string_view vr, Bytes value, QJsonArray &values)
+/// The values of a binary number VR; false when the element has another.
+bool numbersOf(const DicomElement &element, QJsonArray &values)
 {
+    const std::string_view vr = element.vr;
     if (vr == "US") {
-        appendNumbers<std::uint16_t>(value, values);
+        appendNumbers<std::uint16_t>(element, values);
     } else if (vr == "SS") {
-        appendNumbers<std::int16_t>(value, values);
+        appendNumbers<std::int16_t>(element, values);
     } else if (vr == "UL") {
-        appendNumbers<std::uint32_t>(value, values);
+        appendNumbers<std::uint32_t>(element, values);
     } else if (vr == "SL") {
-        appendNumbers<std::int32_t>(value, values);
+        appendNumbers<std::int32_t>(element, values);
     } else if (isOneOf(vr, {"SV", "UV"})) {
-        appendNumbers<std::int64_t>(value, values);
+        appendNumbers<std::int64_t>(element, values);
     } else if (vr == "FL") {
-        appendNumbers<float>(value, values);
+        appendNumbers<float>(element, values);
     } else if (vr == "FD") {
-        appendNumbers<double>(value, values);
+        appendNumbers<double>(element, values);
     } else if (vr == "AT") {
         QJsonArray halves;
-        appendNumbers<std::uint16_t>(value, halves);
+        appendNumbers<std::uint16_t>(element, halves);
         for (qsizetype i = 0; i + 1 < halves.size(); i += 2) {
             values.append(jsonName((static_cast<std::uint32_t>(halves[i].toInt()) << 16U) |
                                    static_cast<std::uint32_t>(halves[i + 1].toInt())));
@@ -162,7 +172,7 @@ private:
     {
         if (!isBinary(element.vr)) {
             QJsonArray numbers;
-            if (!numbersOf(element.vr, element.value, numbers)) {
+            if (!numbersOf(element, numbers)) {
                 return jsonFromText(element.vr, decodeText(textOf(element.value), m_characterSet));
             }
             QJsonObject value{{QStringLiteral("vr"), vrText(element.vr)}};

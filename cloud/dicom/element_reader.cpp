@@ -17,11 +17,19 @@ constexpr std::uint32_t kItem = 0xFFFEE000;
 constexpr std::uint32_t kItemEnd = 0xFFFEE00D;
 constexpr std::uint32_t kSequenceEnd = 0xFFFEE0DD;
 
-/// Reads little-endian numbers from a place that moves forward.
+std::endian orderOf(Encoding encoding)
+{
+    return encoding == Encoding::explicitBig ? std::endian::big : std::endian::little;
+}
+
+/// Reads numbers from a place that moves forward.
 class Cursor
 {
 public:
     Cursor(Bytes bytes, std::size_t at) : m_bytes(bytes), m_at(at) {}
+
+    /// What is read from here on is written so. Little endian until then.
+    void setOrder(std::endian order) { m_order = order; }
 
     std::size_t at() const { return m_at; }
 
@@ -30,14 +38,16 @@ public:
     std::uint16_t number16()
     {
         const Bytes two = take(2);
-        return static_cast<std::uint16_t>(std::to_integer<unsigned>(two[0]) |
-                                          (std::to_integer<unsigned>(two[1]) << 8U));
+        const bool isBig = m_order == std::endian::big;
+        return static_cast<std::uint16_t>(std::to_integer<unsigned>(two[isBig ? 1 : 0]) |
+                                          (std::to_integer<unsigned>(two[isBig ? 0 : 1]) << 8U));
     }
 
     std::uint32_t number32()
     {
-        const std::uint32_t low = number16();
-        return low | (std::uint32_t{number16()} << 16U);
+        const std::uint32_t first = number16();
+        const std::uint32_t second = number16();
+        return m_order == std::endian::big ? (first << 16U) | second : first | (second << 16U);
     }
 
     std::uint32_t tag()
@@ -59,6 +69,7 @@ public:
 private:
     Bytes m_bytes;
     std::size_t m_at;
+    std::endian m_order = std::endian::little;
 };
 
 struct Header
@@ -78,6 +89,7 @@ bool hasLongLength(std::string_view vr)
 Header readHeader(Cursor &cursor, Encoding encoding)
 {
     Header header;
+    cursor.setOrder(orderOf(encoding));
     header.tag = cursor.tag();
     if (header.tag >> 16U == 0xFFFE || encoding == Encoding::implicitLittle) {
         header.vr = header.tag >> 16U == 0xFFFE ? std::string_view() : dictionaryVr(header.tag);
@@ -200,7 +212,7 @@ private:
             push(false, implicit ? Encoding::implicitLittle : encoding(), header.length);
             m_visitor.sequenceBegan(header.tag);
         } else {
-            m_visitor.element({header.tag, header.vr, m_cursor.take(header.length)});
+            m_visitor.element({header.tag, header.vr, m_cursor.take(header.length), orderOf(encoding())});
         }
         return true;
     }

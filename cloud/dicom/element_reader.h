@@ -1,5 +1,6 @@
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -28,6 +29,7 @@ struct DicomElement
     std::uint32_t tag;
     std::string_view vr;
     Bytes value;
+    std::endian order; ///< of the numbers in `value`
 };
 
 /// Is told what a data set holds, in its order.
@@ -49,7 +51,8 @@ public:
 enum class Encoding
 {
     explicitLittle,
-    implicitLittle
+    implicitLittle,
+    explicitBig
 };
 
 /// What the File Meta Information says (PS3.10, section 7.1).

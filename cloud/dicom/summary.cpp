@@ -2,16 +2,17 @@
 
 #include "cloud/dicom/attributes.h"
 #include "cloud/dicom/character_set.h"
-
-#include <cstring>
+#include "cloud/dicom/dataset.h"
 
 namespace gateway::cloud {
 
 namespace {
 
-constexpr std::string_view kImplicitLittle = "1.2.840.10008.1.2";
-constexpr std::string_view kExplicitBig = "1.2.840.10008.1.2.2";
-constexpr std::string_view kDeflated = "1.2.840.10008.1.2.1.99";
+int firstNumber(const DicomElement &element)
+{
+    const std::size_t low = element.order == std::endian::big ? 1 : 0;
+    return std::to_integer<int>(element.value[low]) | (std::to_integer<int>(element.value[1 - low]) << 8);
+}
 
 /// Keeps the indexed attributes of the top level.
 class SummaryBuilder final : public DicomVisitor
@@ -33,9 +34,7 @@ public:
         }
         if (std::string_view(attribute->vr) == "US") {
             if (element.value.size() >= 2) {
-                std::uint16_t number = 0;
-                std::memcpy(&number, element.value.data(), sizeof number);
-                m_summary.attributes[element.tag] = QString::number(number);
+                m_summary.attributes[element.tag] = QString::number(firstNumber(element));
             }
             return;
         }
@@ -56,6 +55,14 @@ private:
     int m_depth = 0;
 };
 
+/// True where the object itself says which instance it is, and of what. What stands before a break is then
+/// good enough to find the object by; its bytes are kept as they are.
+bool hasItsPlace(const DicomSummary &summary)
+{
+    return !summary.value(kSopInstanceUid).isEmpty() && !summary.value(kSeriesInstanceUid).isEmpty() &&
+           !summary.value(kStudyInstanceUid).isEmpty();
+}
+
 void replaceIfEmpty(QString &text, const QString &substitute)
 {
     if (text.isEmpty()) {
@@ -71,33 +78,17 @@ QString DicomSummary::value(std::uint32_t tag) const
     return found == attributes.end() ? QString() : found->second;
 }
 
-Encoding encodingOf(const std::string &transferSyntaxUid)
-{
-    return transferSyntaxUid == kImplicitLittle ? Encoding::implicitLittle : Encoding::explicitLittle;
-}
-
-bool isReadableSyntax(const std::string &transferSyntaxUid)
-{
-    return transferSyntaxUid != kExplicitBig && transferSyntaxUid != kDeflated;
-}
-
 DicomSummary summarize(Bytes file)
 {
+    const Dataset dataset(file);
     DicomSummary summary;
-    summary.meta = readFileMeta(file);
-    if (isReadableSyntax(summary.meta.transferSyntaxUid)) {
-        SummaryBuilder builder(summary);
-        try {
-            readDataset(file.subspan(summary.meta.datasetOffset),
-                        encodingOf(summary.meta.transferSyntaxUid),
-                        kFloatPixelData,
-                        builder);
-        } catch (const DicomFormatError &) {
-            // What stands before the break is good enough to find the object by; its bytes are kept as they
-            // are.
-            if (summary.meta.sopInstanceUid.empty() && summary.value(kSopInstanceUid).isEmpty()) {
-                throw;
-            }
+    summary.meta = dataset.meta();
+    SummaryBuilder builder(summary);
+    try {
+        readDataset(dataset.bytes(), dataset.encoding(), kFloatPixelData, builder);
+    } catch (const DicomFormatError &) {
+        if (!hasItsPlace(summary)) {
+            throw;
         }
     }
     QString &sopInstance = summary.attributes[kSopInstanceUid];

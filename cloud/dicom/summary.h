@@ -21,16 +21,11 @@ struct DicomSummary
     QString value(std::uint32_t tag) const;
 };
 
-/// How the data set of that transfer syntax is written. Thread: any.
-Encoding encodingOf(const std::string &transferSyntaxUid);
-
-/// True where the data set can be read as it lies: not deflated, not big-endian. Thread: any.
-bool isReadableSyntax(const std::string &transferSyntaxUid);
-
-/// Reads a whole file's meta information and indexed attributes. An object whose data set can't be read, or
-/// which names no study or series, is a study and a series of its own: its SOP instance UID stands for the
-/// missing ones. Thread: any.
-/// \throws DicomFormatError  where even the SOP instance UID can't be found.
+/// Reads a whole file's meta information and indexed attributes. An object which names no study or series is
+/// a study and a series of its own: its SOP instance UID stands for the missing ones. Thread: any.
+/// \throws DicomFormatError  where the SOP instance UID can't be found, or the data set breaks off before it
+/// has
+///                           named instance, series and study.
 DicomSummary summarize(Bytes file);
 
 } // namespace gateway::cloud

@@ -10,6 +10,11 @@ namespace {
 
 using testing::Sample;
 
+constexpr const char *kImplicit = "1.2.840.10008.1.2";
+constexpr const char *kExplicit = "1.2.840.10008.1.2.1";
+constexpr const char *kBigEndian = "1.2.840.10008.1.2.2";
+constexpr const char *kDeflated = "1.2.840.10008.1.2.1.99";
+
 DicomSummary summaryOf(const QByteArray &file)
 {
     return summarize(std::as_bytes(std::span(file.constData(), static_cast<std::size_t>(file.size()))));
@@ -44,17 +49,58 @@ TEST(Summary, IgnoresAttributesInsideSequences)
     EXPECT_EQ(summary.value(kStudyInstanceUid), QStringLiteral("1.2"));
 }
 
+TEST(Summary, ReadsEverySyntax)
+{
+    for (const char *syntax : {kImplicit, kExplicit, kBigEndian, kDeflated}) {
+        Sample sample;
+        sample.transferSyntaxUid = syntax;
+
+        const DicomSummary summary = summaryOf(testing::sampleFile(sample));
+
+        EXPECT_EQ(summary.value(kSopInstanceUid), QStringLiteral("1.2.3.1.1")) << syntax;
+        EXPECT_EQ(summary.value(kSeriesInstanceUid), QStringLiteral("1.2.3.1")) << syntax;
+        EXPECT_EQ(summary.value(kStudyInstanceUid), QStringLiteral("1.2.3")) << syntax;
+        EXPECT_EQ(summary.value(0x00280010), QStringLiteral("16")) << syntax;
+    }
+}
+
 TEST(Summary, LetsTheInstanceStandForAMissingStudyAndSeries)
 {
-    // A deflated data set, a big-endian one, and one that breaks off at once.
-    for (const char *syntax : {"1.2.840.10008.1.2.1.99", "1.2.840.10008.1.2.2", "1.2.840.10008.1.2.4.80"}) {
-        const DicomSummary summary = summaryOf(testing::fileHead(syntax, "1.9") + "\x01\x02\x03");
+    const QByteArray dataset = testing::DatasetBuilder().add(0x00080060, "CS", "CT").bytes();
 
-        EXPECT_EQ(summary.value(kSopInstanceUid), QStringLiteral("1.9")) << syntax;
-        EXPECT_EQ(summary.value(kStudyInstanceUid), QStringLiteral("1.9")) << syntax;
-        EXPECT_EQ(summary.value(kSeriesInstanceUid), QStringLiteral("1.9")) << syntax;
-        EXPECT_EQ(summary.value(kSopClassUid), QStringLiteral("1.2.840.10008.5.1.4.1.1.2")) << syntax;
+    const DicomSummary summary = summaryOf(testing::fileHead(kExplicit, "1.9") + dataset);
+
+    EXPECT_EQ(summary.value(kSopInstanceUid), QStringLiteral("1.9"));
+    EXPECT_EQ(summary.value(kStudyInstanceUid), QStringLiteral("1.9"));
+    EXPECT_EQ(summary.value(kSeriesInstanceUid), QStringLiteral("1.9"));
+    EXPECT_EQ(summary.value(kSopClassUid), QStringLiteral("1.2.840.10008.5.1.4.1.1.2"));
+}
+
+TEST(Summary, RefusesADatasetThatBreaksOffBeforeItSaysWhereItBelongs)
+{
+    for (const char *syntax : {kImplicit, kExplicit, kBigEndian, kDeflated}) {
+        EXPECT_THROW(summaryOf(testing::fileHead(syntax, "1.9") + "\x01\x02\x03"), DicomFormatError)
+            << syntax;
     }
+    Sample deflated;
+    deflated.transferSyntaxUid = kDeflated;
+    const QByteArray whole = testing::sampleFile(deflated);
+    EXPECT_THROW(summaryOf(whole.first(whole.size() / 2)), DicomFormatError);
+}
+
+TEST(Summary, KeepsWhatBreaksOffAfterItHasSaidWhereItBelongs)
+{
+    const QByteArray dataset = testing::DatasetBuilder()
+                                   .add(0x00080018, "UI", "1.9")
+                                   .add(0x0020000D, "UI", "1.2")
+                                   .add(0x0020000E, "UI", "1.2.1")
+                                   .add(0x00280010, "US", "ab")
+                                   .bytes();
+
+    const DicomSummary summary = summaryOf(testing::fileHead(kExplicit, "1.9") + dataset.chopped(1));
+
+    EXPECT_EQ(summary.value(kStudyInstanceUid), QStringLiteral("1.2"));
+    EXPECT_EQ(summary.value(kSeriesInstanceUid), QStringLiteral("1.2.1"));
 }
 
 TEST(Summary, RefusesAFileThatNamesNoInstance)

@@ -353,21 +353,32 @@ TEST_F(DicomwebService, GivesBackTheBytesItWasSent)
               406);
 }
 
-TEST_F(DicomwebService, TellsTheMetadataOfReadableAndUnreadableSyntaxes)
+TEST_F(DicomwebService, TellsTheMetadataOfEverySyntax)
 {
     HttpClient session = signedIn();
     Sample deflated = sampleNumber(2);
     deflated.transferSyntaxUid = "1.2.840.10008.1.2.1.99";
-    ASSERT_EQ(upload(session, {sampleFile(), sampleFile(deflated)}).status, 200);
+    Sample bigEndian = sampleNumber(3);
+    bigEndian.transferSyntaxUid = "1.2.840.10008.1.2.2";
+    ASSERT_EQ(upload(session, {sampleFile(), sampleFile(deflated), sampleFile(bigEndian)}).status, 200);
 
     const QJsonArray read = session.get(kStudies + QStringLiteral("/1.2.3/metadata")).array();
-    const QJsonArray unread = session.get(kStudies + QStringLiteral("/1.2.3.1.2/metadata")).array();
 
-    ASSERT_EQ(read.size(), 1);
-    EXPECT_EQ(valueOf(read[0], "00081030"), QStringLiteral("Thorax"));
-    EXPECT_FALSE(read[0].toObject().contains(QStringLiteral("7FE00010")));
-    ASSERT_EQ(unread.size(), 1);
-    EXPECT_EQ(valueOf(unread[0], "00080018"), QStringLiteral("1.2.3.1.2"));
+    ASSERT_EQ(read.size(), 3);
+    for (const QJsonValue &instance : read) {
+        EXPECT_EQ(valueOf(instance, "00081030"), QStringLiteral("Thorax"));
+        EXPECT_EQ(valueOf(instance, "00280010").toInt(), 16);
+        EXPECT_FALSE(instance.toObject().contains(QStringLiteral("7FE00010")));
+    }
+}
+
+TEST_F(DicomwebService, RefusesADatasetThatItCantRead)
+{
+    HttpClient session = signedIn();
+    const QByteArray broken = testing::fileHead("1.2.840.10008.1.2.1.99", "1.9") + "not deflated";
+
+    EXPECT_EQ(upload(session, {broken}).status, 409);
+    EXPECT_EQ(instanceCount(), 0);
 }
 
 TEST_F(DicomwebService, DeletesSeriesAndStudies)

@@ -1,6 +1,7 @@
 #include "cloud/service/wado.h"
 
 #include "cloud/dicom/attributes.h"
+#include "cloud/dicom/dataset.h"
 #include "cloud/dicom/dicom_json.h"
 #include "cloud/http/exchange.h"
 #include "cloud/http/problem.h"
@@ -131,16 +132,9 @@ void answerMetadata(Exchange &exchange, const InstanceStore &store, const Instan
 {
     QJsonArray answer;
     for (const StoredInstance &instance : found(store, scope)) {
-        const std::string syntax = instance.transferSyntaxUid.toStdString();
-        QJsonObject json{{jsonName(kSopClassUid), jsonFromText("UI", instance.sopClassUid)},
-                         {jsonName(kSopInstanceUid), jsonFromText("UI", instance.sopInstanceUid)},
-                         {jsonName(kStudyInstanceUid), jsonFromText("UI", instance.studyUid)},
-                         {jsonName(kSeriesInstanceUid), jsonFromText("UI", instance.seriesUid)}};
-        if (isReadableSyntax(syntax)) {
-            const MappedFile file(store.pathOf(instance.file));
-            const FileMeta meta = readFileMeta(file.bytes());
-            json = jsonFromDataset(file.bytes().subspan(meta.datasetOffset), encodingOf(syntax));
-        }
+        const MappedFile file(store.pathOf(instance.file));
+        const Dataset dataset(file.bytes());
+        QJsonObject json = jsonFromDataset(dataset.bytes(), dataset.encoding());
         json.insert(jsonName(kAvailableTransferSyntaxUid), jsonFromText("UI", instance.transferSyntaxUid));
         answer.append(json);
     }

@@ -11,6 +11,12 @@ bool hasLongLength(const QByteArray &vr)
     return QByteArray("OB OW OF OD UN SQ UT UC UR").split(' ').contains(vr);
 }
 
+/// A raw deflate stream: what zlib's format adds around it is cut off.
+QByteArray deflated(const QByteArray &bytes)
+{
+    return qCompress(bytes).mid(4 + 2).chopped(4);
+}
+
 } // namespace
 
 DatasetBuilder &DatasetBuilder::add(std::uint32_t tag, const char *vr, QByteArray value)
@@ -56,14 +62,17 @@ DatasetBuilder &DatasetBuilder::raw(const QByteArray &bytes)
 
 void DatasetBuilder::number16(std::uint16_t value)
 {
-    m_bytes.append(static_cast<char>(value & 0xFFU));
-    m_bytes.append(static_cast<char>(value >> 8U));
+    const auto low = static_cast<char>(value & 0xFFU);
+    const auto high = static_cast<char>(value >> 8U);
+    m_bytes.append(m_bigEndian ? high : low).append(m_bigEndian ? low : high);
 }
 
 void DatasetBuilder::number32(std::uint32_t value)
 {
-    number16(static_cast<std::uint16_t>(value & 0xFFFFU));
-    number16(static_cast<std::uint16_t>(value >> 16U));
+    const auto low = static_cast<std::uint16_t>(value & 0xFFFFU);
+    const auto high = static_cast<std::uint16_t>(value >> 16U);
+    number16(m_bigEndian ? high : low);
+    number16(m_bigEndian ? low : high);
 }
 
 QByteArray fileHead(const QByteArray &transferSyntaxUid, const QByteArray &sopInstanceUid)
@@ -79,7 +88,8 @@ QByteArray fileHead(const QByteArray &transferSyntaxUid, const QByteArray &sopIn
 
 QByteArray sampleFile(const Sample &sample)
 {
-    DatasetBuilder dataset(sample.transferSyntaxUid == "1.2.840.10008.1.2");
+    const bool isBig = sample.transferSyntaxUid == "1.2.840.10008.1.2.2";
+    DatasetBuilder dataset(sample.transferSyntaxUid == "1.2.840.10008.1.2", isBig);
     dataset.add(0x00080005, "CS", sample.characterSet)
         .add(0x00080016, "UI", "1.2.840.10008.5.1.4.1.1.2")
         .add(0x00080018, "UI", sample.sopInstanceUid)
@@ -91,9 +101,11 @@ QByteArray sampleFile(const Sample &sample)
         .add(0x0020000D, "UI", sample.studyUid)
         .add(0x0020000E, "UI", sample.seriesUid)
         .add(0x00200011, "IS", "2")
-        .add(0x00280010, "US", QByteArray("\x10\x00", 2))
+        .add(0x00280010, "US", isBig ? QByteArray("\x00\x10", 2) : QByteArray("\x10\x00", 2))
         .add(0x7FE00010, "OW", sample.pixels);
-    return fileHead(sample.transferSyntaxUid, sample.sopInstanceUid) + dataset.bytes();
+    const bool isDeflated = sample.transferSyntaxUid == "1.2.840.10008.1.2.1.99";
+    return fileHead(sample.transferSyntaxUid, sample.sopInstanceUid) +
+           (isDeflated ? deflated(dataset.bytes()) : dataset.bytes());
 }
 
 Sample sampleNumber(int number)

@@ -13,7 +13,11 @@ class DatasetBuilder
 {
 public:
     /// \param implicit  leaves the value representations out.
-    explicit DatasetBuilder(bool implicit = false) : m_implicit(implicit) {}
+    /// \param bigEndian  of tags and lengths; values are taken as they are.
+    explicit DatasetBuilder(bool implicit = false, bool bigEndian = false)
+        : m_implicit(implicit), m_bigEndian(bigEndian)
+    {
+    }
 
     /// An element of which the length is right; odd values are padded.
     DatasetBuilder &add(std::uint32_t tag, const char *vr, QByteArray value);
@@ -33,6 +37,7 @@ private:
     void number32(std::uint32_t value);
 
     bool m_implicit;
+    bool m_bigEndian;
     QByteArray m_bytes;
 };
 

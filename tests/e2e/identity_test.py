@@ -1,6 +1,7 @@
 """What an image is called: its dataset says it, whatever a command, a header or an answer says."""
 
 import json
+import subprocess
 import unittest
 
 from harness import TITLE, EndToEndTest, await_true
@@ -68,6 +69,24 @@ class Identity(WithoutCompression):
             with self.subTest(instance):
                 self.assertEqual(self.fetched(instance),
                                  dataset(instance, explicit=instance not in ("1.2.4.4", "1.2.4.5")))
+
+    def test_big_endian_and_deflated_files_arrive_where_their_dataset_says(self):
+        # Given
+        folder = self.folder / "written otherwise"
+        folder.mkdir()
+        for instance, option in (("1.2.6.1", "+tb"), ("1.2.6.2", "+td")):
+            plain = self.folder / f"{instance}.dcm"
+            plain.write_bytes(part10(dataset(instance), instance))
+            subprocess.run(["dcmconv", option, plain, folder / plain.name], check=True)
+
+        # When
+        self.gateway.command("import", folder)
+        self.await_all(2)
+
+        # Then
+        for instance in ("1.2.6.1", "1.2.6.2"):
+            with self.subTest(instance):
+                self.assertEqual(self.fetched(instance), dataset_of((folder / f"{instance}.dcm").read_bytes()))
 
     def test_what_nobody_could_name_is_told_so_and_keeps_no_other_image_back(self):
         # When
