@@ -15,7 +15,8 @@ const QString kSessionReason = QStringLiteral("auth_state_changed");
 
 } // namespace
 
-UploadOpener::UploadOpener(Collaborators with) : m_with(std::move(with)), m_session(m_with.auth.standing().state)
+UploadOpener::UploadOpener(Collaborators with)
+    : m_with(std::move(with)), m_session(m_with.auth.standing().state)
 {
     m_authObserver = m_with.notifications.observe(core::kAuthStateChanged,
                                                   [this](const QVariantMap &) { sessionLookedAt(); });
@@ -49,8 +50,7 @@ void UploadOpener::sessionLookedAt()
     if (isGood && m_with.auth.isChecking()) {
         m_with.request(kSessionReason, UploadUrgency::everythingNow); // by a person, just now
     } else if (session != before) {
-        m_with.request(kSessionReason,
-                       isGood ? UploadUrgency::unlessAskedToWait : UploadUrgency::whenOpen);
+        m_with.request(kSessionReason, isGood ? UploadUrgency::unlessAskedToWait : UploadUrgency::whenOpen);
     }
 }
 

@@ -123,6 +123,12 @@ TEST_F(Cards, CredentialsThatAreRefusedAreNotReady)
 
     EXPECT_EQ(statusWord(), u"PASSWORD REFUSED"_qs);
     EXPECT_EQ(card.account().text(), u"User name or password refused"_qs);
+    EXPECT_TRUE(card.signInButton().isVisible()) << "the right password can be given at once";
+    EXPECT_TRUE(card.signOutButton().isVisible());
+    world.addImages(5, 0, world.receive.clock.now());
+    world.refreshFigures();
+    settle();
+    EXPECT_EQ(controller->view()->overview().sent().notice().words().title, u"Waiting for a sign-in"_qs);
 }
 
 TEST_F(Cards, TheCloudIsUnreachableWhenItDoesNotAnswerWhoIsSignedIn)

@@ -157,6 +157,22 @@ TEST_F(DashboardPictures, AnImportThatPassedFilesOver)
     picture(u"imported-dark"_qs);
 }
 
+TEST_F(DashboardPictures, ARefusedPasswordAndFilesSetAside)
+{
+    aDay(0, 40);
+    world.startListener();
+    world.signIn();
+    world.state.setSetAsideFilesCount(3);
+    open();
+    world.account.refusesCredentials = true;
+    const auto look = world.auth.refresh(true);
+    DashboardWorld::runUntil([&look] { return look.isReady(); });
+    settle();
+
+    EXPECT_EQ(clipped(), QString());
+    picture(u"refused-dark"_qs);
+}
+
 TEST_F(DashboardPictures, TheLogs)
 {
     world.startListener();

@@ -176,7 +176,7 @@ void SentItemsCard::showNotice()
                                    m_uploadedFiles,
                                    m_failedFiles,
                                    m_appState.figures().uploadSpeedMbps > 0,
-                                   m_auth.state().isSignedIn(),
+                                   m_auth.standing().state == account::SessionState::signedIn,
                                    m_cloudStatus.isOnline() || !m_cloudStatus.lastCheckedAt()}));
 }
 

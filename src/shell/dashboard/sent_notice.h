@@ -13,7 +13,7 @@ struct SentSituation
     std::int64_t sent = 0;
     std::int64_t failed = 0;
     bool isSending = false;
-    bool isSignedIn = false;
+    bool isSignedIn = false; ///< and not refused
     bool isReachable = false;
 };
 

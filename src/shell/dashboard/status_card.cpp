@@ -120,7 +120,7 @@ void StatusCard::showAccount()
         m_account->setWords(session == account::SessionState::ended ? tr("Session ended. Sign in again.")
                                                                     : tr("Sign in required"));
     }
-    m_signIn->setVisible(!isSignedIn);
+    m_signIn->setVisible(!isSignedIn || session == account::SessionState::credentialsRefused);
     m_signOut->setVisible(isSignedIn);
     m_signOut->setBusy(m_auth.isChecking());
     m_signIn->setBusy(m_auth.isChecking());

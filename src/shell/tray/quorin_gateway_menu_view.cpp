@@ -146,7 +146,7 @@ void QuorinGatewayMenuView::showAccount()
         m_account->setContent(QStringLiteral("lock.fill"), Color::amber, tr("Sign in required"));
     }
     m_checking->setVisible(isLoading);
-    m_signIn->setVisible(!isLoading && !isSignedIn);
+    m_signIn->setVisible(!isLoading && (!isSignedIn || session == account::SessionState::credentialsRefused));
     m_manage->setVisible(!isLoading && isSignedIn);
     m_signOut->setVisible(!isLoading && isSignedIn);
 }

@@ -271,6 +271,7 @@ TEST_F(Panel, SaysThatTheArchiveRefusesTheCredentials)
     ASSERT_NE(account, nullptr);
     EXPECT_EQ(account->symbol(), QStringLiteral("exclamationmark.triangle.fill"));
     EXPECT_EQ(line(u"Signed in as"), nullptr);
+    EXPECT_NE(button(QStringLiteral("Sign in")), nullptr) << "the right password can be given at once";
 }
 
 TEST_F(Panel, SignsOut)
