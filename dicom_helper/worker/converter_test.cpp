@@ -2,6 +2,7 @@
 
 #include "dicom_helper/worker/elements.h"
 #include "dicom_helper/worker/jpeg_ls_codec.h"
+#include "dicom_helper/worker/object_comparison.h"
 #include "dicom_helper/worker/object_header.h"
 #include "dicom_helper/worker/testing/sample_object.h"
 #include "dicom_helper/worker/toolkit_object.h"
@@ -497,6 +498,60 @@ TEST_F(ConverterTest, ADeflateBombFailsCleanly)
 
     EXPECT_EQ(record.text("message"), "the deflated object can't be unpacked whole");
     EXPECT_FALSE(hasOutput());
+}
+
+TEST_F(ConverterTest, AnObjectWhoseTagsDoNotRiseIsNotConverted)
+{
+    const auto comment = [](const char *text) {
+        return DatasetWriter().text(kImageComments, "LT", text).all();
+    };
+    const std::string image = datasetOf({});
+    const std::string twice = comment("one") + comment("two");
+    const std::string disorder = DatasetWriter().text(0x00204002U, "LT", "later").all() + comment("one");
+    const auto inItem = [](const std::string &item, bool undefined) {
+        return DatasetWriter().items(0x7FE11001U, {item}, undefined).all();
+    };
+    // Behind the pixel data, so that what stands before is as it should be.
+    for (const std::string &odd :
+         {twice,
+          disorder,
+          DatasetWriter().text(kPatientId, "LO", "P2").all(),
+          DatasetWriter().text(0x7FE10010U, "LO", "A").text(0x7FE10010U, "LO", "B").all(),
+          inItem(twice, false),
+          inItem(disorder, true),
+          inItem(inItem(twice, true), false)}) {
+        EXPECT_EQ(converted(part10(kExplicitLittleEndian, image + odd)).text("message"),
+                  "the object's elements aren't in ascending order");
+        EXPECT_FALSE(hasOutput());
+    }
+    const std::string again = image.substr(0, image.find("CS")) + image.substr(image.find("CS") - 4);
+    EXPECT_FALSE(isConverted(converted(part10(kExplicitLittleEndian, again))));
+}
+
+TEST_F(ConverterTest, ElementsBehindThePixelDataAndEqualTagsInTwoItemsAreCarried)
+{
+    const std::string one = DatasetWriter().text(0x7FE11003U, "LO", "one").all();
+    const std::string two = DatasetWriter().text(0x7FE11003U, "LO", "two").all();
+    const DatasetWriter behind = DatasetWriter()
+                                     .text(0x7FE10010U, "LO", "OURS")
+                                     .items(0x7FE11001U, {one, "", two}, true)
+                                     .items(0x7FE11002U, {}, false)
+                                     .raw(0x7FE11004U, vr('U', 'N'), "\1\2\3\4");
+
+    EXPECT_TRUE(isConverted(converted(part10(kExplicitLittleEndian, datasetOf({}) + behind.all()))));
+    EXPECT_TRUE(sameAttributes(path("output"), path("source")));
+}
+
+TEST_F(ConverterTest, AValueThatTheToolkitWouldChangeKeepsTheOriginal)
+{
+    const auto withOdd = [](const DatasetWriter &odd) {
+        return part10(kExplicitLittleEndian, datasetOf({}) + odd.all());
+    };
+
+    // No group length has eight bytes, but whoever wrote it meant them.
+    EXPECT_FALSE(isConverted(converted(withOdd(DatasetWriter().raw(0x7FE30000U, vr('L', 'O'), "precious")))));
+    EXPECT_FALSE(hasOutput());
+    EXPECT_TRUE(isConverted(converted(withOdd(DatasetWriter().raw(0x7FE30000U, vr('U', 'L'), "1234")))));
 }
 
 TEST_F(ConverterTest, AHeaderThatContradictsItsMetaInformationFails)

@@ -210,7 +210,8 @@ bool ElementScanner::mayEnter(Tag tag) const
 }
 
 /// Moves to what follows the element's header where the element is to be entered, else behind its value.
-void ElementScanner::stepPast(const Element &element)
+/// \return true when it is a sequence that was entered.
+bool ElementScanner::stepPast(const Element &element)
 {
     m_position = element.valueOffset;
     const bool sequence = element.vr == vr('S', 'Q');
@@ -219,7 +220,7 @@ void ElementScanner::stepPast(const Element &element)
         const bool unknown = (element.vr == vr('U', 'N') || element.vr == 0) && element.tag != kPixelData;
         const Kind kind = sequence || unknown ? Kind::sequence : Kind::fragments;
         m_levels.push_back({kOpenEnd, element.tag, kind, unknown});
-        return;
+        return kind == Kind::sequence;
     }
     const std::uint64_t end = m_position + element.length;
     const bool unknown = element.vr == 0 || (m_options.intoUnknown && element.vr == vr('U', 'N'));
@@ -227,9 +228,10 @@ void ElementScanner::stepPast(const Element &element)
         mayEnter(element.tag) && (sequence ? element.length > 0 : unknown && beginsWithItem(element));
     if (isEntered) {
         m_levels.push_back({end, element.tag, Kind::sequence, !sequence});
-        return;
+        return true;
     }
     m_position = end;
+    return false;
 }
 
 std::optional<Element> ElementScanner::next()
@@ -250,8 +252,8 @@ std::optional<Element> ElementScanner::next()
         if (!m_levels.empty() && m_levels.back().kind != Kind::item) {
             return stop(ScanEnd::malformed);
         }
-        const Element element{header->tag, header->vr, header->length, here, here + header->size, m_depth};
-        stepPast(element);
+        Element element{header->tag, header->vr, header->length, here, here + header->size, m_depth};
+        element.isEntered = stepPast(element);
         return element;
     }
     return std::nullopt;

@@ -60,6 +60,7 @@ struct Element
     std::uint64_t offset = 0;      ///< of its header, in the source
     std::uint64_t valueOffset = 0; ///< in the source
     unsigned depth = 0;            ///< how many items are around it; 0 in the dataset itself
+    bool isEntered = false;        ///< a sequence whose items, if it has any, come next
 };
 
 enum class ScanEnd
@@ -144,7 +145,7 @@ private:
     void leaveFinishedLevels();
     bool takeDelimiter(const Header &header);
     bool enterItem(const Header &header);
-    void stepPast(const Element &element);
+    bool stepPast(const Element &element);
     bool beginsWithItem(const Element &element);
     bool mayEnter(Tag tag) const;
     void pop();

@@ -128,6 +128,44 @@ TEST(ElementScanner, ReadsTheItemsOfUnknownElementsAsImplicit)
     EXPECT_EQ(result.end, ScanEnd::atEnd);
 }
 
+TEST(ElementScanner, ReportsItemsWhereToldSo)
+{
+    const std::string inner = DatasetWriter().text(kInner, "UI", "1.2").all();
+    for (const bool undefined : {true, false}) {
+        DatasetWriter dataset;
+        dataset.items(kSequence, {inner, ""}, undefined).fragments({"xx"});
+
+        const Walk result = walk(dataset.all(), {}, {.reportItems = true});
+
+        EXPECT_EQ(result.tags, (std::vector<Tag>{kSequence, kItem, kInner, kItem, kPixelData}));
+        EXPECT_EQ(result.end, ScanEnd::atEnd);
+    }
+}
+
+TEST(ElementScanner, WalksThroughUnknownElementsOfKnownLengthWhereToldSo)
+{
+    const DatasetEncoding implicitly{false, false};
+    const std::string inner = DatasetWriter(implicitly).text(kInner, "UI", "1.2").all();
+    const std::string sequence = DatasetWriter(implicitly).items(0x00091001U, {inner}, false).all();
+    DatasetWriter dataset;
+    dataset.raw(0x00091001U, vr('U', 'N'), sequence.substr(8)).raw(0x00091002U, vr('U', 'N'), "plain bytes.");
+
+    const Walk result = walk(dataset.all(), {}, {.intoUnknown = true});
+
+    EXPECT_EQ(result.tags, (std::vector<Tag>{0x00091001U, kInner, 0x00091002U}));
+    EXPECT_EQ(result.end, ScanEnd::atEnd);
+    EXPECT_EQ(walk(dataset.all()).tags, (std::vector<Tag>{0x00091001U, 0x00091002U}));
+}
+
+TEST(ElementScanner, TellsAnOddTailFromACutElement)
+{
+    const std::string whole = DatasetWriter().number(0x00280010U, 7).all();
+
+    EXPECT_EQ(walk(whole + std::string(7, '\0')).end, ScanEnd::atEnd);
+    EXPECT_EQ(walk(whole + "1234567").end, ScanEnd::oddTail);
+    EXPECT_EQ(walk(whole.substr(0, 9)).end, ScanEnd::truncated);
+}
+
 TEST(ElementScanner, EveryTruncationEndsWithoutReadingBeyond)
 {
     const std::string whole = nested(2, true) + nested(2, false);

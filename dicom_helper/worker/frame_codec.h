@@ -18,6 +18,7 @@ struct FrameShape
     unsigned precision = 8;      ///< bits that are coded; above 8 exactly where bytesPerSample is 2
 
     std::size_t bytes() const { return std::size_t{columns} * rows * samples * bytesPerSample; }
+    bool operator==(const FrameShape &) const = default;
 };
 
 /// The codec can't do this frame.

@@ -1,11 +1,12 @@
 #include "dicom_helper/worker/object_comparison.h"
 
 #include "dicom_helper/worker/attributes.h"
+#include "dicom_helper/worker/element_comparison.h"
 #include "dicom_helper/worker/object_header.h"
+#include "dicom_helper/worker/pixel_layout.h"
 
-#include <algorithm>
-#include <array>
 #include <optional>
+#include <vector>
 
 namespace gateway::dicom_helper::worker {
 
@@ -13,232 +14,213 @@ namespace {
 
 using platform::dicom_protocol::Record;
 
-constexpr Tag kDataSetTrailingPadding = 0xFFFCFFFCU;
-constexpr Tag kItem = 0xFFFEE000U;
-constexpr std::size_t kPiece = std::size_t{64} * 1024;
-
-/// What a change of the transfer syntax alone may add, drop or change.
-bool isPassedOver(Tag tag)
+/// What a change of the transfer syntax alone may add, drop or change. How colours are arranged counts with
+/// the pixels.
+bool isPassedOver(const Element &element)
 {
-    return (tag & 0xFFFFU) == 0 || tag == kPlanarConfiguration || tag == kDataSetTrailingPadding;
+    constexpr std::uint32_t kGroupLengthBytes = 4;
+    const bool isGroupLength = (element.tag & 0xFFFFU) == 0 && element.length == kGroupLengthBytes;
+    return isGroupLength || (element.depth == 0 &&
+                             (element.tag == kPlanarConfiguration || element.tag == kDataSetTrailingPadding));
 }
 
-/// The elements of one object that count, one after another.
+/// The elements and items of one object that count, one after another.
 class Elements
 {
 public:
-    explicit Elements(const std::string &path) : m_source(DicomSource::open(path))
+    Elements(std::string path, bool intoUnknown)
+        : m_path(std::move(path)), m_source(DicomSource::open(m_path))
     {
         if (m_source) {
             m_encoding = sniffEncoding(m_source->dataset(), m_source->datasetOffset());
         }
         if (m_encoding) {
-            m_scanner.emplace(
-                m_source->dataset(), m_source->datasetOffset(), *m_encoding, ElementScanner::Options{});
+            m_scanner.emplace(m_source->dataset(),
+                              m_source->datasetOffset(),
+                              *m_encoding,
+                              ElementScanner::Options{.intoUnknown = intoUnknown, .reportItems = true});
         }
     }
 
-    bool isOpen() const { return m_source.has_value(); }
+    const std::string &path() const { return m_path; }
     bool isReadable() const { return m_scanner.has_value(); }
-    bool isBigEndian() const { return m_encoding->bigEndian; }
-    ByteSource &bytes() { return m_source->dataset(); }
+    const std::string &transferSyntax() const { return m_source->layout().transferSyntax; }
 
     std::optional<Element> next()
     {
         std::optional<Element> element = m_scanner->next();
-        while (element && isPassedOver(element->tag)) {
+        while (element && isPassedOver(*element)) {
+            seeArrangement(*element);
             element = m_scanner->next();
         }
         return element;
+    }
+
+    /// The last element, with what it takes to read it.
+    PlacedElement placed(const Element &element)
+    {
+        return {m_source->dataset(), element, m_scanner->encoding().bigEndian};
+    }
+
+    /// Planar Configuration as it has been met so far; nothing where it was met more than once.
+    std::optional<std::string> arrangement() const
+    {
+        return m_arrangements > 1 ? std::nullopt : std::optional(m_arrangement);
     }
 
     /// True when the last element there was, was the last of a whole dataset.
     bool endedWell() const { return m_scanner->end() == ScanEnd::atEnd && m_source->unpackedWhole(); }
 
 private:
+    void seeArrangement(const Element &element)
+    {
+        if (element.tag == kPlanarConfiguration) {
+            ++m_arrangements;
+            const std::string value = m_source->dataset().text(element.valueOffset, 2);
+            const bool isByPixel = element.length == 2 && value == std::string(2, '\0');
+            m_arrangement = isByPixel ? std::string() : value;
+        }
+    }
+
+    std::string m_path;
     std::optional<DicomSource> m_source;
     std::optional<DatasetEncoding> m_encoding;
     std::optional<ElementScanner> m_scanner;
+    unsigned m_arrangements = 0;
+    std::string m_arrangement;
 };
 
-bool sameBytes(
-    ByteSource &one, std::uint64_t oneAt, ByteSource &other, std::uint64_t otherAt, std::uint64_t size)
+/// The same frames in whatever arrangement of colours, for pixel data of the kinds that are converted.
+bool sameFrames(const std::string &one, const std::string &other)
 {
-    std::array<std::vector<std::byte>, 2> pieces{std::vector<std::byte>(kPiece),
-                                                 std::vector<std::byte>(kPiece)};
-    while (size > 0) {
-        const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(kPiece, size));
-        const auto first = std::span(pieces[0]).first(wanted);
-        const auto second = std::span(pieces[1]).first(wanted);
-        if (one.read(oneAt, first) != wanted || other.read(otherAt, second) != wanted ||
-            !std::ranges::equal(first, second)) {
+    auto first = DicomSource::open(one);
+    auto second = DicomSource::open(other);
+    const auto left = first ? carriedPixels(readHeader(*first)) : std::nullopt;
+    const auto right = second ? carriedPixels(readHeader(*second)) : std::nullopt;
+    if (!left || !right || left->shape != right->shape || left->frames != right->frames) {
+        return false;
+    }
+    FrameReader a(first->dataset(), *left);
+    FrameReader b(second->dataset(), *right);
+    std::vector<std::byte> frame(left->shape.bytes());
+    std::vector<std::byte> counterpart(frame.size());
+    for (std::uint64_t i = 0; i < left->frames; ++i) {
+        if (!a.read(i, frame) || !b.read(i, counterpart) || frame != counterpart) {
             return false;
         }
-        oneAt += wanted;
-        otherAt += wanted;
-        size -= wanted;
     }
     return true;
 }
 
-/// The fragments of encapsulated pixel data (PS3.5 A.4), always little endian.
-class Fragments
+enum class Pixels
+{
+    compared,
+    passedOver
+};
+
+/// Two objects side by side.
+class Comparison
 {
 public:
-    struct Fragment
+    Comparison(const std::string &one, const std::string &other, Pixels pixels, bool intoUnknown)
+        : m_one(one, intoUnknown), m_other(other, intoUnknown), m_pixels(pixels)
     {
-        std::uint64_t offset = 0;
-        std::uint32_t length = 0;
-    };
-
-    Fragments(ByteSource &bytes, std::uint64_t offset) : m_bytes(bytes), m_position(offset)
-    {
-        next(); // the offset table, which an archive may drop or write anew
     }
 
-    std::optional<Fragment> next()
+    bool isSame()
     {
-        std::array<std::byte, 8> header{};
-        if (m_bytes.read(m_position, header) != header.size() || number(header, 0, 2) != (kItem >> 16U) ||
-            number(header, 2, 2) != (kItem & 0xFFFFU)) {
-            return std::nullopt;
+        if (!m_one.isReadable() || !m_other.isReadable()) {
+            return false;
         }
-        const Fragment found{m_position + header.size(), number(header, 4, 4)};
-        m_position = found.offset + found.length;
-        return found;
+        for (unsigned elements = 0;; ++elements) {
+            const auto first = m_one.next();
+            const auto second = m_other.next();
+            if (!first || !second) {
+                return !first && !second && elements > 0 && endedAlike();
+            }
+            if (first->tag != second->tag || first->depth != second->depth || !isSame(*first, *second)) {
+                return false;
+            }
+        }
     }
 
 private:
-    static std::uint32_t number(std::span<const std::byte> bytes, std::size_t at, std::size_t width)
+    bool endedAlike() const
     {
-        std::uint32_t value = 0;
-        for (std::size_t i = at + width; i > at; --i) {
-            value = (value << 8U) | std::to_integer<std::uint32_t>(bytes[i - 1]);
+        return m_one.endedWell() && m_other.endedWell() && m_one.arrangement() && m_other.arrangement() &&
+               (m_isArranged || m_one.arrangement() == m_other.arrangement());
+    }
+
+    bool isSame(const Element &first, const Element &second)
+    {
+        if (first.tag == kItem) {
+            return true; // it is there
         }
-        return value;
-    }
-
-    ByteSource &m_bytes;
-    std::uint64_t m_position;
-};
-
-bool sameFragments(Elements &one, const Element &first, Elements &other, const Element &second)
-{
-    Fragments left(one.bytes(), first.valueOffset);
-    Fragments right(other.bytes(), second.valueOffset);
-    for (;;) {
-        const auto a = left.next();
-        const auto b = right.next();
-        if (!a || !b) {
-            return !a && !b;
+        if (isPixelData(first.tag)) {
+            return samePixelData(first, second);
         }
-        if (a->length != b->length ||
-            !sameBytes(one.bytes(), a->offset, other.bytes(), b->offset, a->length)) {
-            return false;
+        if (first.isEntered || second.isEntered) {
+            // What is inside comes one by one; an empty sequence needn't be entered.
+            return (first.isEntered || first.length == 0) && (second.isEntered || second.length == 0);
         }
+        return sameValue(m_one.placed(first), m_other.placed(second));
     }
-}
 
-/// The value representations in which padding at the end says nothing (PS3.5 6.2); in all others a zero or a
-/// space is a part of the value.
-bool mayBePadded(Vr of)
-{
-    constexpr std::array kTexts{vr('A', 'E'),
-                                vr('A', 'S'),
-                                vr('C', 'S'),
-                                vr('D', 'A'),
-                                vr('D', 'S'),
-                                vr('D', 'T'),
-                                vr('I', 'S'),
-                                vr('L', 'O'),
-                                vr('L', 'T'),
-                                vr('P', 'N'),
-                                vr('S', 'H'),
-                                vr('S', 'T'),
-                                vr('T', 'M'),
-                                vr('U', 'C'),
-                                vr('U', 'I'),
-                                vr('U', 'R'),
-                                vr('U', 'T')};
-    return std::ranges::find(kTexts, of) != kTexts.end();
-}
-
-/// How long a value is without the padding that a text may have at its end.
-std::uint64_t lengthWithoutPadding(ByteSource &bytes, const Element &element)
-{
-    std::uint64_t length = element.length;
-    std::array<std::byte, 1> last{};
-    while (length > 0 && bytes.read(element.valueOffset + length - 1, last) == 1 &&
-           (last[0] == std::byte{0} || last[0] == std::byte{' '}) && element.length - length < 2) {
-        --length;
-    }
-    return length;
-}
-
-bool isSequence(const Element &element, Elements &of)
-{
-    if (element.vr == vr('S', 'Q') || element.length == kUndefinedLength) {
-        return true;
-    }
-    std::array<std::byte, 4> start{};
-    return element.vr == 0 && element.length >= 8 && of.bytes().read(element.valueOffset, start) == 4 &&
-           start == std::array{std::byte{0xFE}, std::byte{0xFF}, std::byte{0x00}, std::byte{0xE0}};
-}
-
-bool sameElement(Elements &one, const Element &first, Elements &other, const Element &second)
-{
-    if (first.tag != second.tag || first.depth != second.depth) {
-        return false;
-    }
-    if (isPixelData(first.tag)) {
+    bool samePixelData(const Element &first, const Element &second)
+    {
         const bool isEncapsulated = first.length == kUndefinedLength;
+        if (first.depth == 0 && m_pixels == Pixels::passedOver) {
+            m_isArranged = true;
+            return true;
+        }
         if (isEncapsulated != (second.length == kUndefinedLength)) {
             return false;
         }
         if (isEncapsulated) {
-            return sameFragments(one, first, other, second);
+            m_isArranged = m_isArranged || first.depth == 0; // the fragments say it themselves
+            return m_one.transferSyntax() == m_other.transferSyntax() &&
+                   sameFragments(m_one.placed(first), m_other.placed(second));
         }
-    } else if (isSequence(first, one) || isSequence(second, other)) {
-        // What is inside comes one by one; an empty sequence has no length either way.
-        return isSequence(first, one) == isSequence(second, other) || first.length == second.length;
+        if (first.depth > 0 || m_isArranged || m_one.arrangement() == m_other.arrangement()) {
+            return sameValue(m_one.placed(first), m_other.placed(second));
+        }
+        m_isArranged = true;
+        return first.tag == kPixelData && sameFrames(m_one.path(), m_other.path());
     }
-    // One of the two may not say its value representation: the other's holds for both.
-    const bool isText = mayBePadded(first.vr != 0 ? first.vr : second.vr);
-    const std::uint64_t length = isText ? lengthWithoutPadding(one.bytes(), first) : first.length;
-    return length == (isText ? lengthWithoutPadding(other.bytes(), second) : second.length) &&
-           sameBytes(one.bytes(), first.valueOffset, other.bytes(), second.valueOffset, length);
+
+    Elements m_one;
+    Elements m_other;
+    Pixels m_pixels;
+    bool m_isArranged = false; // the arrangements of colours have been taken into account
+};
+
+/// Elements of unknown representation are taken for what they are, and else for the sequences that they look
+/// like: whoever doesn't know a private sequence writes it so (PS3.5 6.2.2).
+bool sameObject(const std::string &one, const std::string &other, Pixels pixels)
+{
+    return Comparison(one, other, pixels, false).isSame() || Comparison(one, other, pixels, true).isSame();
 }
 
-bool sameObject(const std::string &fetched, const std::string &mine)
+bool isFile(const std::string &path)
 {
-    Elements one(fetched);
-    Elements other(mine);
-    if (!one.isReadable() || !other.isReadable() || one.isBigEndian() != other.isBigEndian()) {
-        return false;
-    }
-    unsigned elements = 0;
-    for (;;) {
-        const auto first = one.next();
-        const auto second = other.next();
-        if (!first || !second) {
-            return !first && !second && elements > 0 && one.endedWell() && other.endedWell();
-        }
-        if (!sameElement(one, *first, other, *second)) {
-            return false;
-        }
-        ++elements;
-    }
+    return DicomSource::open(path).has_value();
 }
 
 } // namespace
 
 Record compareObjects(const std::string &fetched, const std::string &sent, const std::string &stored)
 {
-    if (!Elements(fetched).isOpen() || !Elements(sent).isOpen()) {
+    if (!isFile(fetched) || !isFile(sent)) {
         return {"failed", {{"message", "it isn't a regular file"}}};
     }
-    const bool isSame = sameObject(fetched, sent) || (sent != stored && sameObject(fetched, stored));
+    const bool isSame = sameObject(fetched, sent, Pixels::compared) ||
+                        (sent != stored && sameObject(fetched, stored, Pixels::compared));
     return {isSame ? "same" : "different", {}};
+}
+
+bool sameAttributes(const std::string &converted, const std::string &source)
+{
+    return sameObject(converted, source, Pixels::passedOver);
 }
 
 } // namespace gateway::dicom_helper::worker

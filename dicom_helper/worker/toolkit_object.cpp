@@ -156,9 +156,4 @@ void ToolkitObject::writePart(int descriptor, Part part)
     stream.finish();
 }
 
-bool ToolkitObject::sameAttributes(ToolkitObject &other)
-{
-    return m_file->getDataset()->compare(*other.m_file->getDataset()) == 0;
-}
-
 } // namespace gateway::dicom_helper::worker

@@ -38,9 +38,6 @@ public:
     /// Writes what comes after the pixel data. \throws ToolkitError
     void writeAfterPixels(int descriptor);
 
-    /// True when both have the same attributes with the same values, pixel data and group lengths aside.
-    bool sameAttributes(ToolkitObject &other);
-
 private:
     enum class Part
     {

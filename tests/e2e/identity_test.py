@@ -5,7 +5,7 @@ import subprocess
 import unittest
 
 from harness import TITLE, EndToEndTest, await_true
-from odd_objects import DELIMITER, EXPLICIT, IMPLICIT, RLE, Sender, dataset, dataset_of, part10, with_fragments
+from odd_objects import DELIMITER, EXPLICIT, IMPLICIT, JPEG_LS, RLE, Sender, dataset, dataset_of, element, item, part10, with_fragments
 
 STUDY, SERIES = "1.2.9", "1.2.9.1"
 
@@ -117,6 +117,37 @@ class Identity(WithoutCompression):
         self.assertEqual(self.fetched("1.2.6.1", "1.2.62", "1.2.62.1"), other)
 
 
+class Compressed(WithoutCompression):
+    """With the compression that is on by default."""
+
+    def setUp(self):
+        super().setUp()
+        self.gateway.command("settings", "set", "quorinCloudCompressToLS", "true")
+
+    def test_what_the_compressed_form_could_not_hold_goes_up_as_it_came(self):
+        # Given
+        twice = [(0x00204000, "LT", "first"), (0x00204000, "LT", "second")]
+        inside = item((0x00081155, "UI", "1.2"), (0x00081155, "UI", "1.2.3"))
+        sent = {"1.2.10.1": dataset("1.2.10.1"), "1.2.10.2": dataset("1.2.10.2", more=twice),
+                "1.2.10.3": dataset("1.2.10.3", more=[(0x00081140, "SQ", inside)]),
+                "1.2.10.4": dataset("1.2.10.4") + element(0x00104000, "LT", "behind the pixels")}
+
+        # When
+        sender = Sender(self.gateway.port, TITLE)
+        for instance, body in sent.items():
+            sender.store(body, instance)
+        sender.store(dataset("1.2.10.5") + b"abc", "1.2.10.5")
+        sender.release()
+        self.await_all(len(sent) + 1)
+
+        # Then
+        self.assertEqual(self.cloud.instances()["1.2.10.1"]["transferSyntaxUID"], JPEG_LS)
+        for instance in ("1.2.10.2", "1.2.10.3", "1.2.10.4"):
+            with self.subTest(instance):
+                self.assertEqual(self.fetched(instance), sent[instance])
+        self.assertEqual(self.fetched("1.2.10.5"), dataset("1.2.10.5"))
+
+
 class Endings(WithoutCompression):
     """A whole object that ends in an odd way is a whole object."""
 
@@ -192,17 +223,17 @@ class CorrectedImage(WithoutCompression):
         sender.store(body, "1.2.7.1")
         sender.release()
 
-    def send_both(self, policy):
-        self.send(self.FIRST)
+    def send_both(self, policy, first=FIRST, second=SECOND):
+        self.send(first)
         self.await_all(1)
         self.cloud.steer("second-versions", policy=policy)
-        self.send(self.SECOND)
+        self.send(second)
 
-    def await_held_back(self):
+    def await_held_back(self, first=FIRST):
         status = self.gateway.await_status("the corrected image is held back", lambda s: "anotherVersionInCloud"
                                            in json.dumps(s["failures"]))
         self.assertEqual(status["counters"]["failed"], 1)
-        self.assertEqual(self.fetched("1.2.7.1"), self.FIRST)
+        self.assertEqual(self.fetched("1.2.7.1"), first)
 
     def test_it_arrives_where_the_cloud_replaces(self):
         self.send_both("replace")
@@ -219,7 +250,7 @@ class CorrectedImage(WithoutCompression):
         self.await_all(1)
 
         # Then
-        self.assertEqual(self.cloud.instances()["1.2.7.1"]["transferSyntaxUID"], "1.2.840.10008.1.2.4.80")
+        self.assertEqual(self.cloud.instances()["1.2.7.1"]["transferSyntaxUID"], JPEG_LS)
         self.assertEqual(self.cloud.requests("GET", "/dicom-web"), 1)
 
     def test_it_is_not_sent_where_the_cloud_says_that_it_has_the_first(self):
@@ -229,6 +260,31 @@ class CorrectedImage(WithoutCompression):
     def test_it_is_not_sent_where_the_cloud_drops_it_without_a_word(self):
         self.send_both("ignore")
         self.await_held_back()
+
+    def test_other_colours_by_the_arrangement_alone_are_another_image(self):
+        # Given
+        pixels = bytes(at % 251 for at in range(32 * 32 * 3))
+        by_pixel, by_plane = (dataset("1.2.7.1", more=[
+            (0x00280002, "US", 3), (0x00280004, "CS", "RGB"), (0x00280006, "US", arrangement), (0x00280100, "US", 8),
+            (0x00280101, "US", 8), (0x00280102, "US", 7), (0x7FE00010, "OW", pixels)]) for arrangement in (0, 1))
+
+        # When
+        self.send_both("ignore", by_pixel, by_plane)
+
+        # Then
+        self.await_held_back(by_pixel)
+
+    def test_the_same_elements_in_other_items_are_another_image(self):
+        # Given
+        sop_class, instance = (0x00081150, "UI", "1.2"), (0x00081155, "UI", "1.2.3")
+        two, one = (dataset("1.2.7.1", more=[(0x00081140, "SQ", items)])
+                    for items in (item(sop_class) + item(instance), item(sop_class, instance)))
+
+        # When
+        self.send_both("ignore", two, one)
+
+        # Then
+        self.await_held_back(two)
 
     def test_it_is_not_sent_where_the_answer_cannot_be_read(self):
         # Given

@@ -6,6 +6,7 @@ import struct
 CT = "1.2.840.10008.5.1.4.1.1.2"
 EXPLICIT = "1.2.840.10008.1.2.1"
 IMPLICIT = "1.2.840.10008.1.2"
+JPEG_LS = "1.2.840.10008.1.2.4.80"
 RLE = "1.2.840.10008.1.2.5"
 DELIMITER = struct.pack("<HHI", 0xFFFE, 0xE0DD, 0)
 
@@ -29,8 +30,8 @@ def element(tag, representation, value, explicit=True):
     return head + representation.encode() + struct.pack("<H", len(raw)) + raw
 
 
-def dataset(instance, study="1.2.9", series="1.2.9.1", name="Doe^Jane", explicit=True, shade=0):
-    """A small CT image; without an instance UID where that is None."""
+def dataset(instance, study="1.2.9", series="1.2.9.1", name="Doe^Jane", explicit=True, shade=0, more=()):
+    """A small CT image; without an instance UID where that is None. Of what is `more`, tags may be there twice."""
     elements = [(0x00080016, "UI", CT)]
     if instance is not None:
         elements.append((0x00080018, "UI", instance))
@@ -40,7 +41,15 @@ def dataset(instance, study="1.2.9", series="1.2.9.1", name="Doe^Jane", explicit
                  (0x00280010, "US", 32), (0x00280011, "US", 32), (0x00280100, "US", 16), (0x00280101, "US", 12),
                  (0x00280102, "US", 11), (0x00280103, "US", 0),
                  (0x7FE00010, "OW", b"".join(struct.pack("<H", (at // 32 + shade) % 4096) for at in range(1024)))]
+    elements = [each for each in elements if each[0] not in {tag for tag, *_ in more}] + list(more)
+    elements.sort(key=lambda each: each[0])
     return b"".join(element(*each, explicit=explicit) for each in elements)
+
+
+def item(*elements):
+    """An item of a sequence in explicit little endian."""
+    body = b"".join(element(*each) for each in elements)
+    return struct.pack("<HHI", 0xFFFE, 0xE000, len(body)) + body
 
 
 def with_fragments(body, *fragments):

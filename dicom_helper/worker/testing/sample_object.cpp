@@ -11,10 +11,6 @@ namespace gateway::dicom_helper::worker::testing {
 
 namespace {
 
-constexpr Tag kItem = 0xFFFEE000U;
-constexpr Tag kItemDelimiter = 0xFFFEE00DU;
-constexpr Tag kSequenceDelimiter = 0xFFFEE0DDU;
-
 bool hasLongForm(Vr representation)
 {
     return representation == vr('O', 'B') || representation == vr('O', 'W') ||
@@ -93,15 +89,24 @@ DatasetWriter &DatasetWriter::number(Tag tag, std::uint16_t value)
 
 DatasetWriter &DatasetWriter::sequence(Tag tag, const DatasetWriter &item, bool undefinedLength)
 {
-    const auto size = static_cast<std::uint32_t>(item.all().size());
-    header(tag, vr('S', 'Q'), undefinedLength ? kUndefinedLength : size + 8);
-    header(kItem, 0, undefinedLength ? kUndefinedLength : size);
-    bytes(item.all());
-    if (undefinedLength) {
-        header(kItemDelimiter, 0, 0);
-        header(kSequenceDelimiter, 0, 0);
+    return items(tag, {item.all()}, undefinedLength);
+}
+
+DatasetWriter &DatasetWriter::items(Tag tag, const std::vector<std::string> &items, bool undefinedLength)
+{
+    std::size_t size = 0;
+    for (const std::string &item : items) {
+        size += 8 + item.size();
     }
-    return *this;
+    header(tag, vr('S', 'Q'), undefinedLength ? kUndefinedLength : static_cast<std::uint32_t>(size));
+    for (const std::string &item : items) {
+        header(kItem, 0, undefinedLength ? kUndefinedLength : static_cast<std::uint32_t>(item.size()));
+        bytes(item);
+        if (undefinedLength) {
+            header(kItemDelimiter, 0, 0);
+        }
+    }
+    return undefinedLength ? header(kSequenceDelimiter, 0, 0) : *this;
 }
 
 DatasetWriter &DatasetWriter::fragments(const std::vector<std::string> &fragments)

@@ -27,6 +27,9 @@ public:
     /// A sequence of one item that holds `items`' bytes; of undefined length where so wanted.
     DatasetWriter &sequence(Tag tag, const DatasetWriter &item, bool undefinedLength);
 
+    /// A sequence of such items.
+    DatasetWriter &items(Tag tag, const std::vector<std::string> &items, bool undefinedLength);
+
     /// Encapsulated pixel data with an empty offset table.
     DatasetWriter &fragments(const std::vector<std::string> &fragments);
 
