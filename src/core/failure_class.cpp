@@ -55,6 +55,10 @@ QLatin1StringView rawValue(FailureClass failureClass)
         return QLatin1StringView("withoutIdentity");
     case FailureClass::anotherVersionInCloud:
         return QLatin1StringView("anotherVersionInCloud");
+    case FailureClass::notComparable:
+        return QLatin1StringView("notComparable");
+    case FailureClass::indexTrouble:
+        return QLatin1StringView("indexTrouble");
     case FailureClass::unknown:
         break;
     }

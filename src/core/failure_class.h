@@ -36,6 +36,8 @@ enum class FailureClass
     fileUnreadable,
     withoutIdentity,
     anotherVersionInCloud,
+    notComparable,
+    indexTrouble,
     unknown
 };
 

@@ -127,6 +127,17 @@ const char *sourceText(FailureClass failureClass)
                                  "this one in its place. It is kept here and never removed by itself, and "
                                  "other images are sent. Ask whoever runs the cloud which of the two is "
                                  "wanted there.");
+    case FailureClass::notComparable:
+        return QT_TRANSLATE_NOOP("FailureSentence",
+                                 "The cloud says that it has the image, but another image may have been sent "
+                                 "under this identifier before, and what the cloud has can't be fetched for "
+                                 "comparison. It is kept here and never removed by itself, and other images "
+                                 "are sent. Ask whoever runs the cloud to permit fetching images.");
+    case FailureClass::indexTrouble:
+        return QT_TRANSLATE_NOOP("FailureSentence",
+                                 "The gateway's own record of its images could not be read or written. "
+                                 "Images are kept here, and sending goes on by itself once it can be. Check "
+                                 "the disk of this computer, and make room on it.");
     case FailureClass::unknown:
         break;
     }

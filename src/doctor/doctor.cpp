@@ -339,9 +339,8 @@ private:
         if (!m_repairs || file.isInProgress) {
             return;
         }
-        m_index.recordUploadResult({}, file.storagePath, false);
-        m_index.recordUploadFailure(
-            file.storagePath, QString(core::rawValue(core::FailureClass::fileMissing)), 0);
+        const index::FailedUpload failure{QString(core::rawValue(core::FailureClass::fileMissing)), 0};
+        m_index.recordUploadResult({}, file.storagePath, false, {.failure = failure});
     }
 
     index::DicomDB &m_index;

@@ -408,10 +408,12 @@ TEST_F(DoctorTest, TellsWhyImagesWereNotSentWithAFewExamples)
 {
     for (int number = 0; number < 5; ++number) {
         const QString path = importOne(QStringLiteral("9.%1").arg(number));
-        home.index().recordUploadFailure(path, QStringLiteral("storageUsedUp"), 7);
+        home.index().recordUploadResult(
+            {}, path, false, {.failure = index::FailedUpload{QStringLiteral("storageUsedUp"), 7}});
     }
     const QString other = importOne(QStringLiteral("8.1"));
-    home.index().recordUploadFailure(other, QStringLiteral("timedOut"), 28);
+    home.index().recordUploadResult(
+        {}, other, false, {.failure = index::FailedUpload{QStringLiteral("timedOut"), 28}});
 
     const Diagnosis diagnosis = examine();
 

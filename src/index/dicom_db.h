@@ -27,7 +27,6 @@
 #include <functional>
 #include <memory>
 #include <optional>
-#include <span>
 #include <stop_token>
 #include <vector>
 
@@ -117,21 +116,28 @@ public:
     /// each candidate once, however many fail, and those that arrive meanwhile as well. Oldest first; files
     /// that failed before and whose time has come follow, with a quarter of the page at the most, and with
     /// a share of it while others wait, too. Reads no row of a file whose time hasn't come.
-    QList<PendingImageUpload> pendingImageUploads(int limit, PendingCursor &cursor) const;
+    /// \return nothing when the index can't be read.
+    std::optional<QList<PendingImageUpload>> pendingImageUploads(int limit, PendingCursor &cursor) const;
 
     /// Marks the rows as handed to a running upload.
     void markImagesInProgress(const QList<ImageObjectID> &imageObjectIDs);
+
+    /// Notes what is about to be sent, before a byte of it leaves: for as long as the index lives, whatever
+    /// becomes of the request and of this process.
+    ///
+    /// \return false when it could not be written: then nothing may be sent.
+    bool noteSending(const QList<SentInstance> &instances);
 
     /// Records how the upload of the file at `storagePath` ended, on every row that stands for this file.
     /// Rows of `imageObjectIDs` that stand for another file by now, because it was sent again, keep their
     /// state. Without a path, the rows of `imageObjectIDs` themselves move.
     ///
-    /// \param sent  what went to the cloud; noted for as long as the index lives, also when it failed.
-    /// \return the number of rows updated.
-    std::int64_t recordUploadResult(const QList<ImageObjectID> &imageObjectIDs,
-                                    const std::optional<QString> &storagePath,
-                                    bool synced,
-                                    const SentInstance &sent = {});
+    /// \param more  what else is known of it, kept with it.
+    /// \return the number of rows updated; nothing when it could not be written.
+    std::optional<std::int64_t> recordUploadResult(const QList<ImageObjectID> &imageObjectIDs,
+                                                   const std::optional<QString> &storagePath,
+                                                   bool synced,
+                                                   const UploadResultDetails &more = {});
 
     /// Whether the cloud may hold another version of the instance, because one was or is being sent; true as
     /// well when the index can't be read.
@@ -149,19 +155,6 @@ public:
     /// No file waits for longer than this for its next try.
     static constexpr std::chrono::hours kLongestWait{24};
 
-    /// Keeps why the upload of a stored file failed, now; an earlier failure of the file is forgotten. It
-    /// goes by itself when a result says synced, and with the file's last row.
-    ///
-    /// \param failureClass  a short word, by which failures are counted.
-    /// \param pauses        how long the file waits after its first failure, its second and so on; the last
-    ///                      one counts for all later. Up to an eighth is left out, other for each file, so
-    ///                      that not all come back together. Without any it may be tried again at once.
-    /// \return false when no row stands for this file, or nothing could be written.
-    bool recordUploadFailure(const QString &storagePath,
-                             const QString &failureClass,
-                             std::int64_t failureCode,
-                             std::span<const std::chrono::seconds> pauses = {});
-
     /// Lets every file that waits for its time be tried at once; returns when that is durable. Importers are
     /// let in between.
     void releaseRetries();
@@ -170,11 +163,8 @@ public:
     WaitingRetries waitingRetries() const;
 
     /// When the next file is to be tried that failed before, in UTC; in the past when its time has come.
-    /// Nothing where none waits. Costs the same at any number of files.
+    /// Nothing where none waits; now when the index can't be read. Costs the same at any number of files.
     std::optional<QDateTime> nextRetry() const;
-
-    /// Forgets the failure of a stored file, if it has one, and its wait.
-    void forgetUploadFailure(const QString &storagePath);
 
     /// The next failures behind `cursor`, newest first, at most `limit` (below 1 counts as 1); the cursor
     /// moves past them.

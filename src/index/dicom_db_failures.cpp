@@ -13,15 +13,6 @@ using platform::Statement;
 
 namespace {
 
-constexpr const char *kRecord =
-    "INSERT INTO UploadFailure (pathString, failureClass, failureCode, failedAt, tries) "
-    "SELECT ?1, ?2, ?3, ?4, ?5 WHERE EXISTS (SELECT 1 FROM DicomImage WHERE pathString = ?1) "
-    "ON CONFLICT (pathString) DO UPDATE SET failureClass = excluded.failureClass, "
-    "failureCode = excluded.failureCode, failedAt = excluded.failedAt, tries = tries + excluded.tries "
-    "RETURNING tries";
-
-constexpr const char *kHold = "UPDATE DicomImage SET notBefore = ? WHERE pathString = ?";
-
 constexpr const char *kReleaseSome =
     "UPDATE DicomImage SET notBefore = 0 WHERE pk IN (SELECT pk FROM DicomImage INDEXED BY "
     "DicomImage_retrying WHERE (syncState IS NULL OR syncState IN (0, 2, 3)) AND pathString <> '' "
@@ -66,45 +57,12 @@ UploadFailure failureAt(Database &database, const Statement &row)
     return failure;
 }
 
-/// The pause after a file's `tries`-th failure, shortened by the file's own share.
-std::int64_t
-pauseInMilliseconds(std::span<const std::chrono::seconds> pauses, std::int64_t tries, const QString &path)
-{
-    constexpr std::size_t kShares = 256;
-    constexpr std::int64_t kWhole = 8 * kShares; // the largest share is an eighth
-    const auto last = static_cast<std::int64_t>(pauses.size());
-    const auto step = static_cast<std::size_t>(std::clamp<std::int64_t>(tries, 1, last) - 1);
-    const std::int64_t whole = std::chrono::milliseconds(pauses[step]).count();
-    return whole - whole / kWhole * static_cast<std::int64_t>(qHash(path, 0) % kShares);
-}
-
 QDateTime dateOf(std::int64_t milliseconds)
 {
     return QDateTime::fromMSecsSinceEpoch(milliseconds, Qt::UTC);
 }
 
 } // namespace
-
-bool DicomDB::recordUploadFailure(const QString &storagePath,
-                                  const QString &failureClass,
-                                  std::int64_t failureCode,
-                                  std::span<const std::chrono::seconds> pauses)
-{
-    const QString path = storagePath.trimmed();
-    const std::int64_t now = nowInMilliseconds();
-    bool recorded = false;
-    const bool saved = writeQuietly([&](Database &database) {
-        Statement failure = database.prepare(kRecord);
-        failure.bindAll(path, failureClass, failureCode, now, pauses.empty() ? 0 : 1);
-        recorded = failure.step();
-        const std::int64_t tries = recorded ? failure.integer(0) : 0;
-        failure.run();
-        if (recorded && !pauses.empty()) {
-            database.prepare(kHold).bindAll(now + pauseInMilliseconds(pauses, tries, path), path).run();
-        }
-    });
-    return saved && recorded;
-}
 
 void DicomDB::releaseRetries()
 {
@@ -148,17 +106,8 @@ std::optional<QDateTime> DicomDB::nextRetry() const
             return row.step() ? std::optional(dateOf(row.integer(0))) : std::nullopt;
         });
     } catch (const SqliteError &) {
-        return std::nullopt;
+        return dateOf(nowInMilliseconds()); // some may wait: whoever asks comes again
     }
-}
-
-void DicomDB::forgetUploadFailure(const QString &storagePath)
-{
-    const QString path = storagePath.trimmed();
-    writeQuietly([&](Database &database) {
-        database.prepare("DELETE FROM UploadFailure WHERE pathString = ?").bindAll(path).run();
-        database.prepare("UPDATE DicomImage SET notBefore = NULL WHERE pathString = ?").bindAll(path).run();
-    });
 }
 
 QList<UploadFailure> DicomDB::uploadFailures(int limit, UploadFailureCursor &cursor) const

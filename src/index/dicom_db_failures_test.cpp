@@ -24,6 +24,17 @@ protected:
         return home.import(TemporaryIndex::image(uid, changes));
     }
 
+    /// Records that the upload of the file failed. \return whether that changed anything.
+    bool fail(const QString &path,
+              const QString &failureClass,
+              std::int64_t code,
+              std::span<const std::chrono::seconds> pauses = {})
+    {
+        return index
+                   .recordUploadResult({}, path, false, {.failure = FailedUpload{failureClass, code, pauses}})
+                   .value_or(0) > 0;
+    }
+
     QList<UploadFailure> all()
     {
         UploadFailureCursor fromTheNewest;
@@ -42,12 +53,24 @@ constexpr std::array<std::chrono::seconds, 3> kPauses{1min, 10min, 1h};
 
 } // namespace
 
+TEST_F(UploadFailures, AreThereAsSoonAsTheStateIs)
+{
+    const QString path = importOne(QStringLiteral("9.1"));
+    home.execute(QStringLiteral(
+        "CREATE TRIGGER Refuse BEFORE INSERT ON UploadFailure BEGIN SELECT RAISE(ABORT, 'no'); END"));
+
+    EXPECT_EQ(index.recordUploadResult({}, path, false, {.failure = FailedUpload{kRefused, 409}}),
+              std::nullopt);
+
+    EXPECT_EQ(index.counts().failedImages, 0) << "neither without the other";
+}
+
 TEST_F(UploadFailures, TellWhichFileFailedWhenAndWhy)
 {
     const QString path = importOne(QStringLiteral("1.2.3.4"), {{QStringLiteral("numberOfFrames"), 2}});
     home.clock.advance(std::chrono::seconds(5));
 
-    EXPECT_TRUE(index.recordUploadFailure(path, kRefused, 409));
+    EXPECT_TRUE(fail(path, kRefused, 409));
 
     const UploadFailure expected{path,
                                  index.fileURL(path),
@@ -62,10 +85,10 @@ TEST_F(UploadFailures, TellWhichFileFailedWhenAndWhy)
 TEST_F(UploadFailures, AreTheLastOfEachFile)
 {
     const QString path = importOne(QStringLiteral("9.1"));
-    index.recordUploadFailure(path, kUnreachable, 7);
+    fail(path, kUnreachable, 7);
     home.clock.advance(std::chrono::seconds(1));
 
-    index.recordUploadFailure(path, kRefused, 409);
+    fail(path, kRefused, 409);
 
     ASSERT_EQ(all().size(), 1);
     EXPECT_EQ(all().first().failureClass, kRefused);
@@ -78,7 +101,7 @@ TEST_F(UploadFailures, ComeNewestFirstInPages)
     QStringList newestFirst;
     for (int number = 0; number < 5; ++number) {
         newestFirst.prepend(importOne(QStringLiteral("9.%1").arg(number)));
-        index.recordUploadFailure(newestFirst.first(), kRefused, number);
+        fail(newestFirst.first(), kRefused, number);
     }
 
     UploadFailureCursor cursor;
@@ -100,8 +123,8 @@ TEST_F(UploadFailures, OfOneMomentAreAllReached)
 {
     const QString first = importOne(QStringLiteral("9.1"));
     const QString second = importOne(QStringLiteral("9.2"));
-    index.recordUploadFailure(first, kRefused, 1);
-    index.recordUploadFailure(second, kRefused, 2);
+    fail(first, kRefused, 1);
+    fail(second, kRefused, 2);
 
     UploadFailureCursor cursor;
     const auto firstPage = index.uploadFailures(0, cursor);
@@ -117,8 +140,8 @@ TEST_F(UploadFailures, AreForgottenWhenAResultSaysSynced)
 {
     const QString path = importOne(QStringLiteral("9.1"));
     const QString other = importOne(QStringLiteral("9.2"));
-    index.recordUploadFailure(path, kRefused, 409);
-    index.recordUploadFailure(other, kRefused, 409);
+    fail(path, kRefused, 409);
+    fail(other, kRefused, 409);
 
     index.recordUploadResult({}, path, false);
     EXPECT_EQ(all().size(), 2);
@@ -128,20 +151,10 @@ TEST_F(UploadFailures, AreForgottenWhenAResultSaysSynced)
     EXPECT_EQ(all().first().storagePath, other);
 }
 
-TEST_F(UploadFailures, AreForgottenWhenAskedTo)
-{
-    const QString path = importOne(QStringLiteral("9.1"));
-    index.recordUploadFailure(path, kRefused, 409);
-
-    index.forgetUploadFailure(path);
-
-    EXPECT_TRUE(all().isEmpty());
-}
-
 TEST_F(UploadFailures, GoWithTheLastRowOfTheirFile)
 {
     const QString path = importOne(QStringLiteral("9.1"), {{QStringLiteral("numberOfFrames"), 2}});
-    index.recordUploadFailure(path, kRefused, 409);
+    fail(path, kRefused, 409);
 
     home.execute(QStringLiteral("DELETE FROM DicomImage WHERE frameID = 0"));
     EXPECT_EQ(all().size(), 1);
@@ -153,7 +166,7 @@ TEST_F(UploadFailures, GoWithTheLastRowOfTheirFile)
 TEST_F(UploadFailures, GoWhenTheImageIsSentAnewAndStandsInAnotherFile)
 {
     const QString path = importOne(QStringLiteral("9.1"));
-    index.recordUploadFailure(path, kRefused, 409);
+    fail(path, kRefused, 409);
 
     importOne(QStringLiteral("9.1"));
 
@@ -162,8 +175,8 @@ TEST_F(UploadFailures, GoWhenTheImageIsSentAnewAndStandsInAnotherFile)
 
 TEST_F(UploadFailures, OfAFileWithoutRowsAreNotKept)
 {
-    EXPECT_FALSE(index.recordUploadFailure(QStringLiteral("10000/77.dcm"), kRefused, 409));
-    EXPECT_FALSE(index.recordUploadFailure(QStringLiteral("  "), kRefused, 409));
+    EXPECT_FALSE(fail(QStringLiteral("10000/77.dcm"), kRefused, 409));
+    EXPECT_FALSE(fail(QStringLiteral("  "), kRefused, 409));
 
     EXPECT_TRUE(all().isEmpty());
 }
@@ -171,10 +184,10 @@ TEST_F(UploadFailures, OfAFileWithoutRowsAreNotKept)
 TEST_F(UploadFailures, AreCountedByClassAndCodeTheMostFrequentFirst)
 {
     EXPECT_TRUE(index.uploadFailureCounts().isEmpty());
-    index.recordUploadFailure(importOne(QStringLiteral("9.1")), kUnreachable, 7);
-    index.recordUploadFailure(importOne(QStringLiteral("9.2")), kRefused, 409);
-    index.recordUploadFailure(importOne(QStringLiteral("9.3")), kRefused, 409);
-    index.recordUploadFailure(importOne(QStringLiteral("9.4")), kRefused, 400);
+    fail(importOne(QStringLiteral("9.1")), kUnreachable, 7);
+    fail(importOne(QStringLiteral("9.2")), kRefused, 409);
+    fail(importOne(QStringLiteral("9.3")), kRefused, 409);
+    fail(importOne(QStringLiteral("9.4")), kRefused, 400);
 
     EXPECT_EQ(index.uploadFailureCounts(),
               (QList<UploadFailureCount>{{kRefused, 409, 2}, {kRefused, 400, 1}, {kUnreachable, 7, 1}}));
@@ -182,7 +195,7 @@ TEST_F(UploadFailures, AreCountedByClassAndCodeTheMostFrequentFirst)
 
 TEST_F(UploadFailures, OutliveARestart)
 {
-    index.recordUploadFailure(importOne(QStringLiteral("9.1")), kRefused, 409);
+    fail(importOne(QStringLiteral("9.1")), kRefused, 409);
 
     home.reopen();
 
@@ -195,7 +208,7 @@ TEST_F(UploadRetries, WaitLongerEachTimeUpToTheLastPause)
     const QString path = importOne(QStringLiteral("9.1"), {{QStringLiteral("numberOfFrames"), 3}});
 
     for (const std::chrono::seconds pause : {60s, 600s, 3600s, 3600s}) {
-        index.recordUploadFailure(path, kRefused, 409, kPauses);
+        fail(path, kRefused, 409, kPauses);
         const auto wait = std::chrono::milliseconds(home.clock.now().msecsTo(*index.nextRetry()));
         EXPECT_LE(wait, pause);
         EXPECT_GE(wait, pause * 7 / 8);
@@ -212,14 +225,14 @@ TEST_F(UploadRetries, WaitLongerEachTimeUpToTheLastPause)
 TEST_F(UploadRetries, AreKeptOverARestart)
 {
     const QString path = importOne(QStringLiteral("9.1"));
-    index.recordUploadFailure(path, kRefused, 409, kPauses);
+    fail(path, kRefused, 409, kPauses);
     const auto next = index.nextRetry();
 
     home.reopen();
 
     EXPECT_EQ(index.nextRetry(), next);
     EXPECT_TRUE(index.pendingImageUploads(9).isEmpty());
-    index.recordUploadFailure(path, kRefused, 409, kPauses);
+    fail(path, kRefused, 409, kPauses);
     EXPECT_GT(*index.nextRetry(), home.clock.now().addSecs(500)) << "the second failure, not the first";
 }
 
@@ -229,8 +242,8 @@ TEST_F(UploadRetries, AreToldWithTheirNumberAndTheNextTime)
     const QString first = importOne(QStringLiteral("9.1"), {{QStringLiteral("numberOfFrames"), 3}});
     const QString second = importOne(QStringLiteral("9.2"));
     importOne(QStringLiteral("9.3"));
-    index.recordUploadFailure(first, kRefused, 409, kPauses);
-    index.recordUploadFailure(second, kRefused, 409, kPauses);
+    fail(first, kRefused, 409, kPauses);
+    fail(second, kRefused, 409, kPauses);
 
     const WaitingRetries waiting = index.waitingRetries();
 
@@ -244,7 +257,7 @@ TEST_F(UploadRetries, OfAFileWithoutPausesAreDueWithTheOthers)
 {
     const QString path = importOne(QStringLiteral("9.1"));
 
-    index.recordUploadFailure(path, kUnreachable, 7);
+    fail(path, kUnreachable, 7);
 
     EXPECT_EQ(index.pendingImageUploads(9).size(), 1);
     EXPECT_FALSE(index.pendingImageUploads(9).first().isRetry);
@@ -256,7 +269,7 @@ TEST_F(UploadRetries, NeverStandBeforeFreshFilesAndNeverStarveBehindThem)
     QStringList failed;
     for (int number = 0; number < 20; ++number) {
         failed.append(importOne(QStringLiteral("8.%1").arg(number)));
-        index.recordUploadFailure(failed.last(), kRefused, 409, kPauses);
+        fail(failed.last(), kRefused, 409, kPauses);
     }
     home.clock.advance(1h);
     QStringList fresh;
@@ -266,8 +279,8 @@ TEST_F(UploadRetries, NeverStandBeforeFreshFilesAndNeverStarveBehindThem)
     PendingCursor cursor;
     QStringList offered;
 
-    const auto page = index.pendingImageUploads(8, cursor);
-    for (auto next = page; !next.isEmpty(); next = index.pendingImageUploads(8, cursor)) {
+    const auto page = *index.pendingImageUploads(8, cursor);
+    for (auto next = page; !next.isEmpty(); next = *index.pendingImageUploads(8, cursor)) {
         for (const PendingImageUpload &candidate : next) {
             offered.append(candidate.storagePath);
         }
@@ -283,7 +296,7 @@ TEST_F(UploadRetries, NeverStandBeforeFreshFilesAndNeverStarveBehindThem)
 TEST_F(UploadRetries, AreAllDueOnceReleased)
 {
     for (int number = 0; number < 5; ++number) {
-        index.recordUploadFailure(importOne(QStringLiteral("9.%1").arg(number)), kRefused, 409, kPauses);
+        fail(importOne(QStringLiteral("9.%1").arg(number)), kRefused, 409, kPauses);
     }
 
     index.releaseRetries();
@@ -296,7 +309,7 @@ TEST_F(UploadRetries, AreAllDueOnceReleased)
 TEST_F(UploadRetries, OfAFileThatCameAgainAreForgotten)
 {
     const QString before = importOne(QStringLiteral("9.1"));
-    index.recordUploadFailure(before, kRefused, 409, kPauses);
+    fail(before, kRefused, 409, kPauses);
 
     const QString after = importOne(QStringLiteral("9.1"));
 
@@ -309,7 +322,7 @@ TEST_F(UploadRetries, OfAFileThatCameAgainAreForgotten)
 TEST_F(UploadRetries, FurtherAwayThanADayComeWithTheNextRun)
 {
     const QString path = importOne(QStringLiteral("9.1"));
-    index.recordUploadFailure(path, kRefused, 409, kPauses);
+    fail(path, kRefused, 409, kPauses);
     home.execute(QStringLiteral("UPDATE DicomImage SET notBefore = notBefore + 2 * 86400000"));
     ASSERT_TRUE(index.pendingImageUploads(9).isEmpty());
 
@@ -322,7 +335,7 @@ TEST_F(UploadRetries, StillCountForTheAgeOfTheOldestUnsentImage)
 {
     const QString path = importOne(QStringLiteral("9.1"));
     const QDateTime came = home.clock.now();
-    index.recordUploadFailure(path, kRefused, 409, kPauses);
+    fail(path, kRefused, 409, kPauses);
     home.clock.advance(1h);
     importOne(QStringLiteral("9.2"));
 

@@ -155,7 +155,8 @@ TEST(DicomDBThreads, ImportUploadAndCountAtTheSameTime)
             last = importing == 0;
             for (const PendingImageUpload &candidate : index.pendingImageUploads(5)) {
                 index.markImagesInProgress(candidate.imageObjectIDs);
-                uploaded += index.recordUploadResult(candidate.imageObjectIDs, candidate.storagePath, true);
+                uploaded += index.recordUploadResult(candidate.imageObjectIDs, candidate.storagePath, true)
+                                .value_or(0);
                 last = false;
             }
         }

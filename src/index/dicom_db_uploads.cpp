@@ -1,6 +1,7 @@
 // Choosing what to upload, and moving rows through their states.
 
 #include "index/dicom_db.h"
+#include "index/kept_failures.h"
 #include "index/stored_copies.h"
 #include "platform/sqlite/database.h"
 
@@ -61,27 +62,6 @@ std::optional<std::int64_t> seriesOf(Database &database, ImageObjectID image)
     return row.step() ? std::optional(row.integer(0)) : std::nullopt;
 }
 
-/// The SOP instance UIDs of the files that rows stand for: once for each file, so that two files of one
-/// instance count as two.
-QStringList instancesOf(Database &database, const QList<ImageObjectID> &images)
-{
-    QStringList instances;
-    QSet<std::pair<QString, QString>> seen;
-    Statement row =
-        database.prepare("SELECT originalSOPInstanceUID, pathString FROM DicomImage WHERE pk = ?");
-    for (const ImageObjectID image : images) {
-        if (row.bindAll(image.value).step() && !row.text(0).isEmpty()) {
-            const std::pair fileAndInstance(row.text(1), row.text(0));
-            if (!seen.contains(fileAndInstance)) {
-                seen.insert(fileAndInstance);
-                instances.append(row.text(0));
-            }
-        }
-        row.reset();
-    }
-    return instances;
-}
-
 SeriesKeys seriesOfPath(Database &database, const QString &path)
 {
     SeriesKeys series;
@@ -91,6 +71,42 @@ SeriesKeys seriesOfPath(Database &database, const QString &path)
         series.insert(row.integer(0));
     }
     return series;
+}
+
+/// The state in which an upload leaves rows.
+struct EndState
+{
+    SyncState state = SyncState::failed;
+    std::optional<std::int64_t> uploadDate;
+};
+
+/// Moves all rows that stand for the file. \return how many.
+std::int64_t endFile(Database &database, const QString &path, const EndState &end)
+{
+    database.prepare("UPDATE DicomImage SET syncState = ?, uploadDate = ? WHERE pathString = ?")
+        .bindAll(static_cast<int>(end.state), end.uploadDate, path)
+        .run();
+    const std::int64_t updated = database.changes();
+    rollUpSeriesAndStudies(database, seriesOfPath(database, path));
+    return updated;
+}
+
+/// Moves these rows. \return how many there were.
+std::int64_t endRows(Database &database, const QList<ImageObjectID> &images, const EndState &end)
+{
+    std::int64_t updated = 0;
+    SeriesKeys series;
+    for (const ImageObjectID image : std::set(images.begin(), images.end())) {
+        if (const auto parent = seriesOf(database, image)) {
+            database.prepare("UPDATE DicomImage SET syncState = ?, uploadDate = ? WHERE pk = ?")
+                .bindAll(static_cast<int>(end.state), end.uploadDate, image.value)
+                .run();
+            series.insert(*parent);
+            ++updated;
+        }
+    }
+    rollUpSeriesAndStudies(database, series);
+    return updated;
 }
 
 struct RowInProgress
@@ -131,10 +147,10 @@ RecoveryCounts putAllBack(Database &database)
 QList<PendingImageUpload> DicomDB::pendingImageUploads(int limit) const
 {
     PendingCursor fromTheOldest;
-    return pendingImageUploads(limit, fromTheOldest);
+    return pendingImageUploads(limit, fromTheOldest).value_or(QList<PendingImageUpload>());
 }
 
-QList<PendingImageUpload> DicomDB::pendingImageUploads(int limit, PendingCursor &cursor) const
+std::optional<QList<PendingImageUpload>> DicomDB::pendingImageUploads(int limit, PendingCursor &cursor) const
 {
     // Of each page a part is kept for what failed before: neither kind starves the other.
     constexpr qsizetype kPartForRetries = 4;
@@ -151,7 +167,7 @@ QList<PendingImageUpload> DicomDB::pendingImageUploads(int limit, PendingCursor 
             appendCandidates(database, false, whole - candidates.size(), reached.fresh, candidates);
         });
     } catch (const SqliteError &) {
-        return {};
+        return std::nullopt;
     }
     cursor = reached;
     return candidates;
@@ -231,7 +247,6 @@ void DicomDB::markImagesInProgress(const QList<ImageObjectID> &imageObjectIDs)
                 series.insert(*parent);
             }
         }
-        noteSending(database, instancesOf(database, imageObjectIDs));
         rollUpSeriesAndStudies(database, series);
         found = !series.empty();
     });
@@ -240,52 +255,59 @@ void DicomDB::markImagesInProgress(const QList<ImageObjectID> &imageObjectIDs)
     }
 }
 
-std::int64_t DicomDB::recordUploadResult(const QList<ImageObjectID> &imageObjectIDs,
-                                         const std::optional<QString> &storagePath,
-                                         bool synced,
-                                         const SentInstance &sent)
+bool DicomDB::noteSending(const QList<SentInstance> &instances)
+{
+    try {
+        // Of what is tried again nothing new is to be noted, and nobody waits for the disk.
+        const bool areNoted = m_store.read([&](Database &database) {
+            return std::ranges::all_of(
+                instances, [&](const SentInstance &sent) { return isNotedAsSent(database, sent); });
+        });
+        if (!areNoted) {
+            m_store.write([&](Database &database) {
+                for (const SentInstance &sent : instances) {
+                    index::noteSending(database, sent);
+                }
+            });
+        }
+        return true;
+    } catch (const SqliteError &) {
+        return false;
+    }
+}
+
+std::optional<std::int64_t> DicomDB::recordUploadResult(const QList<ImageObjectID> &imageObjectIDs,
+                                                        const std::optional<QString> &storagePath,
+                                                        bool synced,
+                                                        const UploadResultDetails &more)
 {
     const QString path = storagePath.value_or(QString()).trimmed();
     if (imageObjectIDs.isEmpty() && path.isEmpty()) {
         return 0;
     }
-    const int state = static_cast<int>(synced ? SyncState::synced : SyncState::failed);
-    const auto uploadDate = synced ? std::optional(nowInMilliseconds()) : std::nullopt;
+    const EndState end{synced ? SyncState::synced : SyncState::failed,
+                       synced ? std::optional(nowInMilliseconds()) : std::nullopt};
     std::int64_t updated = 0;
     QSet<QString> released;
     const bool saved = writeQuietly([&](Database &database) {
-        updated = 0;
-        SeriesKeys series;
-        if (sent.instance.isEmpty()) {
-            noteNotSent(database, instancesOf(database, imageObjectIDs));
-        } else {
-            noteSent(database, sent);
+        if (more.verified) {
+            noteVerified(database, *more.verified);
         }
+        updated = path.isEmpty() ? endRows(database, imageObjectIDs, end) : endFile(database, path, end);
         if (!path.isEmpty()) {
-            series = seriesOfPath(database, path);
-            database.prepare("UPDATE DicomImage SET syncState = ?, uploadDate = ? WHERE pathString = ?")
-                .bindAll(state, uploadDate, path)
-                .run();
-            updated = database.changes();
             released = releaseIfProven(database, path);
-        } else {
-            for (const ImageObjectID image : std::set(imageObjectIDs.begin(), imageObjectIDs.end())) {
-                if (const auto parent = seriesOf(database, image)) {
-                    database.prepare("UPDATE DicomImage SET syncState = ?, uploadDate = ? WHERE pk = ?")
-                        .bindAll(state, uploadDate, image.value)
-                        .run();
-                    series.insert(*parent);
-                    ++updated;
-                }
-            }
         }
-        rollUpSeriesAndStudies(database, series);
+        if (more.failure) {
+            keepFailure(database, path, *more.failure, nowInMilliseconds());
+        }
     });
-    if (!saved || updated < 1) {
-        return 0;
+    if (!saved) {
+        return std::nullopt;
     }
-    removeReleased(released);
-    postLocalSyncStateChanged();
+    if (updated > 0) {
+        removeReleased(released);
+        postLocalSyncStateChanged();
+    }
     return updated;
 }
 
@@ -297,7 +319,6 @@ RecoveryCounts DicomDB::recoverInProgressImages()
         database.prepare(kReleaseUnbelievable)
             .bindAll(now, now + std::chrono::milliseconds(kLongestWait).count())
             .run();
-        closeSending(database);
         counts = putAllBack(database);
     });
     if (!saved || !counts.saved) {
@@ -316,7 +337,6 @@ std::int64_t DicomDB::resetInProgressImages(const QList<ImageObjectID> &imageObj
     const bool saved = writeQuietly([&](Database &database) {
         reset = 0;
         SeriesKeys series;
-        noteNotSent(database, instancesOf(database, imageObjectIDs));
         for (const ImageObjectID image : imageObjectIDs) {
             Statement row = database.prepare("SELECT series FROM DicomImage WHERE pk = ? AND syncState = 3");
             if (row.bindAll(image.value).step()) {

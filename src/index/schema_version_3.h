@@ -53,15 +53,14 @@ CREATE INDEX SupersededFile_successor ON SupersededFile (successor);
 
 /// What was sent to the cloud of each instance. It outlives the instance's rows: the cloud does, too.
 ///
-/// `instance` is a digest of the SOP instance UID, `version` one of the dataset that alone was sent under it;
-/// 0 where several were, or nobody knows which; NULL while the first one is being sent.
+/// `instance` is a digest of the SOP instance UID, `version` one of the dataset that alone was sent under it,
+/// or is being sent; 0 where several were, or nobody knows which.
 inline constexpr const char *kSentOfSchemaVersion3 = R"sql(
 
 CREATE TABLE SentInstance (
     instance INTEGER PRIMARY KEY,
-    version INTEGER
+    version INTEGER NOT NULL
 );
-CREATE INDEX SentInstance_sending ON SentInstance (instance) WHERE version IS NULL;
 
 )sql";
 

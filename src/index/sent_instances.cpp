@@ -21,36 +21,25 @@ std::int64_t keyOf(const QString &instance)
 
 } // namespace
 
-void noteSending(Database &database, const QStringList &instances)
-{
-    Statement note =
-        database.prepare("INSERT INTO SentInstance (instance) VALUES (?) "
-                         "ON CONFLICT (instance) DO UPDATE SET version = 0 WHERE version IS NULL");
-    for (const QString &instance : instances) {
-        note.bindAll(keyOf(instance)).run();
-    }
-}
-
-void noteNotSent(Database &database, const QStringList &instances)
-{
-    Statement forget = database.prepare("DELETE FROM SentInstance WHERE instance = ? AND version IS NULL");
-    for (const QString &instance : instances) {
-        forget.bindAll(keyOf(instance)).run();
-    }
-}
-
-void closeSending(Database &database)
-{
-    database.exec("UPDATE SentInstance SET version = 0 WHERE version IS NULL");
-}
-
-void noteSent(Database &database, const SentInstance &sent)
+void noteSending(Database &database, const SentInstance &sent)
 {
     database
         .prepare("INSERT INTO SentInstance (instance, version) VALUES (?1, ?2) "
-                 "ON CONFLICT (instance) DO UPDATE SET version = "
-                 "CASE WHEN ?3 OR version IS NULL OR version = ?2 THEN ?2 ELSE 0 END")
-        .bindAll(keyOf(sent.instance), sent.version, sent.isVerified ? 1 : 0)
+                 "ON CONFLICT (instance) DO UPDATE SET version = CASE WHEN version = ?2 THEN ?2 ELSE 0 END")
+        .bindAll(keyOf(sent.instance), sent.version)
+        .run();
+}
+
+bool isNotedAsSent(Database &database, const SentInstance &sent)
+{
+    Statement row = database.prepare("SELECT 1 FROM SentInstance WHERE instance = ?1 AND version IN (?2, 0)");
+    return row.bindAll(keyOf(sent.instance), sent.version).step();
+}
+
+void noteVerified(Database &database, const SentInstance &seen)
+{
+    database.prepare("INSERT OR REPLACE INTO SentInstance (instance, version) VALUES (?, ?)")
+        .bindAll(keyOf(seen.instance), seen.version)
         .run();
 }
 

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QtCore/QString>
-#include <QtCore/QStringList>
 
 #include <cstdint>
 
@@ -11,12 +10,11 @@ class Database;
 
 namespace gateway::index {
 
-/// What was sent of an instance; nothing was where `instance` is empty.
+/// A version of an instance that goes to the cloud, or went there.
 struct SentInstance
 {
     QString instance = {};    ///< its SOP instance UID
     std::int64_t version = 0; ///< tells versions of it apart, above 0
-    bool isVerified = false;  ///< the cloud was seen to hold this version
 
     bool operator==(const SentInstance &) const = default;
 };
@@ -24,17 +22,14 @@ struct SentInstance
 // Which versions of an instance went to the cloud. All run inside the caller's transaction and throw
 // SqliteError. An instance is known by its UID alone: a server may know it by no more.
 
-/// Notes that the instances are about to be sent, before it is known in which version.
-void noteSending(platform::Database &database, const QStringList &instances);
+/// Notes what is about to be sent, whatever will become of it.
+void noteSending(platform::Database &database, const SentInstance &sent);
 
-/// Takes that back for those that were not sent.
-void noteNotSent(platform::Database &database, const QStringList &instances);
+/// True when noting this would change nothing.
+bool isNotedAsSent(platform::Database &database, const SentInstance &sent);
 
-/// Closes what an earlier process left open: some version may have been sent.
-void closeSending(platform::Database &database);
-
-/// Notes what was sent, whatever became of it.
-void noteSent(platform::Database &database, const SentInstance &sent);
+/// Notes that the cloud was seen to hold this version: what was sent before it is of no account any more.
+void noteVerified(platform::Database &database, const SentInstance &seen);
 
 /// Whether another version than this one may have been sent before, so that the cloud may hold that.
 bool mayOtherVersionBeSent(platform::Database &database, const SentInstance &sent);

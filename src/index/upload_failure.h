@@ -1,14 +1,41 @@
 #pragma once
 
+#include "index/sent_instances.h"
+
 #include <QtCore/QDateTime>
 #include <QtCore/QString>
 #include <QtCore/QUrl>
 
+#include <chrono>
 #include <cstdint>
 #include <limits>
 #include <optional>
+#include <span>
 
 namespace gateway::index {
+
+/// Why the upload of a stored file failed, and for how long the file waits then.
+struct FailedUpload
+{
+    QString
+        failureClass; ///< a short word, by which failures are counted; whoever records them gives the words
+    std::int64_t failureCode = 0;
+
+    /// How long the file waits after its first failure, its second and so on; the last one counts for all
+    /// later. Up to an eighth is left out, other for each file, so that not all come back together. Without
+    /// any it may be tried again at once.
+    std::span<const std::chrono::seconds> pauses = {};
+};
+
+/// What is known of an upload's end beside its success.
+struct UploadResultDetails
+{
+    /// Why it failed. It takes the place of the file's earlier failure, and goes by itself when a result says
+    /// synced, and with the file's last row.
+    std::optional<FailedUpload> failure = {};
+
+    std::optional<SentInstance> verified = {}; ///< the version that the cloud was seen to hold
+};
 
 /// The last failure of a stored file that isn't uploaded.
 struct UploadFailure
@@ -17,7 +44,7 @@ struct UploadFailure
     QUrl fileURL;
     QString sopInstanceUID;   ///< as it stands in the file; empty when there is none
     QString studyInstanceUID; ///< empty when there is none
-    QString failureClass;     ///< a short word; whoever records failures gives the words
+    QString failureClass;
     std::int64_t failureCode = 0;
     QDateTime failedAt; ///< UTC
 

@@ -116,14 +116,31 @@ CandidateHandler::Outcomes CandidateHandler::finishFile(const CandidateContext &
     Outcomes outcomes;
     {
         const Slots::Hold request(m_requests);
-        if (!m_halt.isHalted()) {
-            const StoreUpload::AttemptEnd end = m_attempt.sendFile(ready);
-            outcomes.append({context, end, ready.details, sentOf(ready, end)});
+        if (mayBeSent({ready})) {
+            outcomes.append(outcomeOf(ready, m_attempt.sendFile(ready)));
             m_halt.requestEnded(outcomes);
         }
     }
     m_preparer.cleanUp(ready);
     return outcomes;
+}
+
+/// Notes what is about to be sent. Without that note nobody would know after a crash which version of an
+/// instance the cloud may hold.
+bool CandidateHandler::mayBeSent(const QList<PreparedCandidate> &files)
+{
+    if (m_halt.isHalted()) {
+        return false;
+    }
+    QList<index::SentInstance> instances;
+    for (const PreparedCandidate &file : files) {
+        instances.append({file.identity.instance, file.version});
+    }
+    if (!m_with.index.noteSending(instances)) {
+        m_halt.indexFailed();
+        return false;
+    }
+    return true;
 }
 
 CandidateHandler::Outcomes CandidateHandler::finishBatch(const Contexts &chunk)
@@ -145,7 +162,7 @@ CandidateHandler::Outcomes CandidateHandler::finishBatch(const Contexts &chunk)
     }
     for (const QList<PreparedCandidate> &batch : withoutTwins(ready)) {
         const Slots::Hold request(m_requests);
-        if (!m_halt.isHalted()) {
+        if (mayBeSent(batch)) {
             const Outcomes sent = m_attempt.sendBatch(batch, chunkDetails);
             m_halt.requestEnded(sent);
             outcomes.append(sent);

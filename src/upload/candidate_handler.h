@@ -42,6 +42,7 @@ public:
 private:
     Outcomes finishFile(const StoreUpload::CandidateContext &context);
     Outcomes finishBatch(const Contexts &chunk);
+    bool mayBeSent(const QList<StoreUpload::PreparedCandidate> &files);
     StoreUpload::CandidatePreparationResult prepare(const StoreUpload::CandidateContext &context);
 
     const UploadCollaborators &m_with;

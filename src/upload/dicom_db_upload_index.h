@@ -14,7 +14,8 @@ public:
 
     index::RecoveryCounts recoverInProgressImages() override { return m_database.recoverInProgressImages(); }
 
-    QList<index::PendingImageUpload> pendingImageUploads(int limit, index::PendingCursor &cursor) override
+    std::optional<QList<index::PendingImageUpload>> pendingImageUploads(int limit,
+                                                                        index::PendingCursor &cursor) override
     {
         return m_database.pendingImageUploads(limit, cursor);
     }
@@ -24,25 +25,22 @@ public:
         m_database.markImagesInProgress(imageObjectIDs);
     }
 
-    std::int64_t recordUploadResult(const QList<index::ImageObjectID> &imageObjectIDs,
-                                    const QString &storagePath,
-                                    bool synced,
-                                    const index::SentInstance &sent) override
+    bool noteSending(const QList<index::SentInstance> &instances) override
     {
-        return m_database.recordUploadResult(imageObjectIDs, storagePath, synced, sent);
+        return m_database.noteSending(instances);
+    }
+
+    std::optional<std::int64_t> recordUploadResult(const QList<index::ImageObjectID> &imageObjectIDs,
+                                                   const QString &storagePath,
+                                                   bool synced,
+                                                   const index::UploadResultDetails &more) override
+    {
+        return m_database.recordUploadResult(imageObjectIDs, storagePath, synced, more);
     }
 
     bool mayOtherVersionBeSent(const index::SentInstance &sent) override
     {
         return m_database.mayOtherVersionBeSent(sent);
-    }
-
-    void recordUploadFailure(const QString &storagePath,
-                             const core::Failure &failure,
-                             std::span<const std::chrono::seconds> pauses) override
-    {
-        m_database.recordUploadFailure(
-            storagePath, QString(core::rawValue(failure.failureClass)), failure.code, pauses);
     }
 
     std::optional<QDateTime> nextRetry() override { return m_database.nextRetry(); }

@@ -32,7 +32,7 @@ qint64 mostBytes(const PreparedCandidate &prepared)
 }
 
 /// Why an instance that is called stored could not be fetched. One that isn't there, or can't be had from
-/// this archive, is not confirmed; all else is as with an upload.
+/// this archive, can't be compared; all else is as with an upload.
 AttemptEnd endOf(const std::exception &error, const PreparedCandidate &prepared)
 {
     const AttemptEnd end = failedEnd(error, prepared);
@@ -40,7 +40,7 @@ AttemptEnd endOf(const std::exception &error, const PreparedCandidate &prepared)
     const bool isMissing = failureClass == FailureClass::noImageService ||
                            failureClass == FailureClass::kindNotSupported ||
                            failureClass == FailureClass::unexpectedAnswer;
-    return isMissing ? failed(FailureClass::notConfirmed, end.failure.code) : end;
+    return isMissing ? failed(FailureClass::notComparable, end.failure.code) : end;
 }
 
 } // namespace
@@ -52,7 +52,10 @@ AttemptEnd InstanceVerifier::confirm(const PreparedCandidate &prepared) const
         return StoreUpload::kUploaded;
     }
     const QString fetched = m_with.converter.temporaryPath();
-    if (fetched.isEmpty() || identity.study.isEmpty() || identity.series.isEmpty()) {
+    if (identity.study.isEmpty() || identity.series.isEmpty()) {
+        return failed(FailureClass::notComparable); // nobody could be asked for it
+    }
+    if (fetched.isEmpty()) {
         return failed(FailureClass::notConfirmed);
     }
     const auto cleanUp = qScopeGuard([&fetched] { QFile::remove(fetched); });

@@ -73,14 +73,14 @@ TEST_F(InstanceVerifierTest, TakesNothingForProvenThatCannotBeFetchedOrCompared)
 {
     around.index.rememberOtherVersion(kUid);
 
-    EXPECT_EQ(verifier.confirm(prepared), failedFor(FailureClass::notConfirmed, 404));
+    EXPECT_EQ(verifier.confirm(prepared), failedFor(FailureClass::notComparable, 404));
 
     upload();
     around.converter.compareAs(platform::Likeness::unknown);
     EXPECT_EQ(verifier.confirm(prepared), failedFor(FailureClass::notConfirmed));
 
     prepared.identity.study.clear();
-    EXPECT_EQ(verifier.confirm(prepared), failedFor(FailureClass::notConfirmed));
+    EXPECT_EQ(verifier.confirm(prepared), failedFor(FailureClass::notComparable));
 }
 
 } // namespace gateway::upload

@@ -30,6 +30,7 @@ bool isForGood(FailureClass failureClass)
     case FailureClass::notPermitted:
     case FailureClass::withoutIdentity:
     case FailureClass::anotherVersionInCloud:
+    case FailureClass::notComparable:
         return true;
     case FailureClass::sessionEnded:
     case FailureClass::termsNotAccepted:
@@ -47,6 +48,7 @@ bool isForGood(FailureClass failureClass)
     case FailureClass::connectionLost:
     case FailureClass::fileMissing:
     case FailureClass::fileUnreadable:
+    case FailureClass::indexTrouble:
     case FailureClass::unknown:
         break;
     }

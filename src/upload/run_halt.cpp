@@ -40,6 +40,14 @@ void RunHalt::requestEnded(const QList<CandidateOutcome> &files)
     }
 }
 
+void RunHalt::indexFailed()
+{
+    const platform::MutexLock lock(m_mutex);
+    if (!m_trouble) {
+        m_trouble = QueueTrouble{{core::FailureClass::indexTrouble, 0}, std::nullopt};
+    }
+}
+
 std::optional<QueueTrouble> RunHalt::trouble() const
 {
     const platform::MutexLock lock(m_mutex);

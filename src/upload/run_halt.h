@@ -9,8 +9,8 @@
 
 namespace gateway::upload {
 
-/// Whether a run may begin anything more. It may not once a request met what would meet every file, or when
-/// three requests in a row, each with other files, got no answer.
+/// Whether a run may begin anything more. It may not once a request met what would meet every file, when
+/// three requests in a row, each with other files, got no answer, or when the index failed.
 ///
 /// Owner: UploadRun. Thread: any.
 class RunHalt
@@ -18,6 +18,9 @@ class RunHalt
 public:
     /// Learns how the files of one request ended; at least one.
     void requestEnded(const QList<StoreUpload::CandidateOutcome> &files);
+
+    /// Learns that the index could not be read or written.
+    void indexFailed();
 
     bool isHalted() const { return trouble().has_value(); }
 

@@ -153,7 +153,7 @@ struct CandidateOutcome
     CandidateContext context;
     AttemptEnd end;
     Details details;
-    index::SentInstance sent = {}; ///< what went to the cloud, if anything did
+    std::optional<index::SentInstance> verified = {}; ///< the version that the cloud was seen to hold
 };
 
 /// What a run did.

@@ -80,30 +80,6 @@ QList<AttemptEnd> allFailed(const std::exception &error, const QList<PreparedCan
     return ends;
 }
 
-QList<CandidateOutcome>
-outcomes(const QList<PreparedCandidate> &prepared, const QList<AttemptEnd> &ends, const Details &chunkDetails)
-{
-    QList<CandidateOutcome> made;
-    for (qsizetype index = 0; index < prepared.size(); ++index) {
-        Details details = prepared[index].details;
-        details.insert(chunkDetails);
-        made.append({prepared[index].context, ends[index], details, sentOf(prepared[index], ends[index])});
-    }
-    return made;
-}
-
-} // namespace
-
-index::SentInstance sentOf(const PreparedCandidate &prepared, const AttemptEnd &end)
-{
-    if (end.result == AttemptResult::missingFile) {
-        return {};
-    }
-    return {prepared.identity.instance, prepared.version, end.isVerified};
-}
-
-namespace {
-
 qint64 totalSize(const QList<PreparedCandidate> &prepared)
 {
     qint64 total = 0;
@@ -114,6 +90,17 @@ qint64 totalSize(const QList<PreparedCandidate> &prepared)
 }
 
 } // namespace
+
+CandidateOutcome
+outcomeOf(const PreparedCandidate &prepared, const AttemptEnd &end, const Details &chunkDetails)
+{
+    CandidateOutcome outcome{prepared.context, end, prepared.details, std::nullopt};
+    outcome.details.insert(chunkDetails);
+    if (end.isVerified) {
+        outcome.verified = {prepared.identity.instance, prepared.version};
+    }
+    return outcome;
+}
 
 AttemptEnd UploadAttempt::sendFile(const PreparedCandidate &prepared) const
 {
@@ -196,7 +183,11 @@ QList<CandidateOutcome> UploadAttempt::sendBatch(const QList<PreparedCandidate> 
             ends[index] = confirm(prepared[index], record);
         }
     }
-    return outcomes(prepared, ends, chunkDetails);
+    QList<CandidateOutcome> outcomes;
+    for (qsizetype index = 0; index < prepared.size(); ++index) {
+        outcomes.append(outcomeOf(prepared[index], ends[index], chunkDetails));
+    }
+    return outcomes;
 }
 
 void UploadAttempt::tellFailure(log::StoreLogRecord record, const std::exception &error) const

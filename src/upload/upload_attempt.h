@@ -41,8 +41,9 @@ private:
     const InstanceVerifier m_verifier;
 };
 
-/// What an attempt may have left in the cloud.
-index::SentInstance sentOf(const StoreUpload::PreparedCandidate &prepared,
-                           const StoreUpload::AttemptEnd &end);
+/// The outcome of a candidate whose attempt ended so.
+StoreUpload::CandidateOutcome outcomeOf(const StoreUpload::PreparedCandidate &prepared,
+                                        const StoreUpload::AttemptEnd &end,
+                                        const Details &chunkDetails = {});
 
 } // namespace gateway::upload

@@ -1,8 +1,7 @@
 #pragma once
 
-#include "core/failure_class.h"
 #include "index/pending_image_upload.h"
-#include "index/sent_instances.h"
+#include "index/upload_failure.h"
 
 #include <QtCore/QDateTime>
 #include <QtCore/QList>
@@ -13,7 +12,6 @@
 #include <cstdint>
 #include <exception>
 #include <optional>
-#include <span>
 
 namespace gateway::upload {
 
@@ -30,31 +28,26 @@ public:
     virtual index::RecoveryCounts recoverInProgressImages() = 0;
 
     /// The next candidates behind `cursor`, oldest first, at most `limit`, and among them those that failed
-    /// before and whose time has come; moves the cursor past them.
-    virtual QList<index::PendingImageUpload> pendingImageUploads(int limit, index::PendingCursor &cursor) = 0;
+    /// before and whose time has come; moves the cursor past them. Nothing where they can't be read.
+    virtual std::optional<QList<index::PendingImageUpload>>
+    pendingImageUploads(int limit, index::PendingCursor &cursor) = 0;
 
     /// Marks the rows as handed to the running upload.
     virtual void markImagesInProgress(const QList<index::ImageObjectID> &imageObjectIDs) = 0;
 
+    /// Notes what is about to be sent. \return false when it could not be written: nothing may be sent then.
+    virtual bool noteSending(const QList<index::SentInstance> &instances) = 0;
+
     /// Records how the upload of the file at `storagePath` ended; a success forgets its last failure.
-    /// \param sent  what went to the cloud, if anything did.
-    /// \return the number of rows updated.
-    virtual std::int64_t recordUploadResult(const QList<index::ImageObjectID> &imageObjectIDs,
-                                            const QString &storagePath,
-                                            bool synced,
-                                            const index::SentInstance &sent) = 0;
+    /// \return the number of rows updated; nothing when it could not be written.
+    virtual std::optional<std::int64_t> recordUploadResult(const QList<index::ImageObjectID> &imageObjectIDs,
+                                                           const QString &storagePath,
+                                                           bool synced,
+                                                           const index::UploadResultDetails &more) = 0;
 
     /// Whether the cloud may hold another version of an instance, which this gateway sent. To be asked when
     /// the cloud has answered: one that is sent meanwhile counts.
     virtual bool mayOtherVersionBeSent(const index::SentInstance &sent) = 0;
-
-    /// Keeps why the upload of the file at `storagePath` failed, in place of an earlier failure.
-    ///
-    /// \param pauses  how long the file waits after its first failure, its second and so on; empty where it
-    ///                may be tried again with the others.
-    virtual void recordUploadFailure(const QString &storagePath,
-                                     const core::Failure &failure,
-                                     std::span<const std::chrono::seconds> pauses) = 0;
 
     /// When the next file is to be tried that failed before, in UTC; nothing where none waits.
     virtual std::optional<QDateTime> nextRetry() = 0;

@@ -201,10 +201,14 @@ UploadRun::Contexts UploadRun::nextPage()
     const int limit = isProbing() ? 1 : m_run.config.fetchLimit;
     while (contexts.isEmpty()) {
         const auto page = m_with.index.pendingImageUploads(limit, m_cursor);
-        if (page.isEmpty()) {
+        if (!page) {
+            m_halt.indexFailed(); // what waits isn't known, so the run comes again
             break;
         }
-        for (const index::PendingImageUpload &candidate : page) {
+        if (page->isEmpty()) {
+            break;
+        }
+        for (const index::PendingImageUpload &candidate : *page) {
             // Two paths with one hash would cost the second nothing but the wait for the next run.
             const std::size_t hash = qHash(candidate.storagePath);
             if (!m_seen.contains(hash)) {
@@ -265,16 +269,7 @@ QList<std::int64_t> UploadRun::recordInIndex(const Outcomes &outcomes)
 {
     QList<std::int64_t> updated(outcomes.size(), 0);
     const auto recordOne = [&, slots = updated.data()](qsizetype index) {
-        const CandidateOutcome &outcome = outcomes[index];
-        const bool isSynced = outcome.end.result == AttemptResult::success;
-        slots[index] = m_with.index.recordUploadResult(outcome.context.candidate.imageObjectIDs,
-                                                       outcome.context.candidate.storagePath,
-                                                       isSynced,
-                                                       outcome.sent);
-        if (!isSynced) {
-            m_with.index.recordUploadFailure(
-                outcome.context.candidate.storagePath, outcome.end.failure, pausesAfter(outcome.end));
-        }
+        slots[index] = recordOutcome(outcomes[index]);
     };
     if (!m_recorders) {
         for (qsizetype index = 0; index < outcomes.size(); ++index) {
@@ -288,6 +283,24 @@ QList<std::int64_t> UploadRun::recordInIndex(const Outcomes &outcomes)
     }
     group.wait();
     return updated;
+}
+
+/// \return the number of rows updated.
+std::int64_t UploadRun::recordOutcome(const CandidateOutcome &outcome)
+{
+    const bool isSynced = outcome.end.result == AttemptResult::success;
+    index::UploadResultDetails more{.verified = outcome.verified};
+    if (!isSynced) {
+        more.failure = index::FailedUpload{QString(core::rawValue(outcome.end.failure.failureClass)),
+                                           outcome.end.failure.code,
+                                           pausesAfter(outcome.end)};
+    }
+    const std::optional<std::int64_t> updated = m_with.index.recordUploadResult(
+        outcome.context.candidate.imageObjectIDs, outcome.context.candidate.storagePath, isSynced, more);
+    if (!updated) {
+        m_halt.indexFailed(); // its rows stay in progress until the next run's recovery
+    }
+    return updated.value_or(0);
 }
 
 void UploadRun::tellRecorded(const CandidateOutcome &outcome, std::int64_t updated)

@@ -60,6 +60,7 @@ private:
     std::int64_t reconcile(const Contexts &contexts, const Outcomes &outcomes);
     void record(const Outcomes &outcomes);
     QList<std::int64_t> recordInIndex(const Outcomes &outcomes);
+    std::int64_t recordOutcome(const StoreUpload::CandidateOutcome &outcome);
     void tellRecorded(const StoreUpload::CandidateOutcome &outcome, std::int64_t updated);
     void refreshState() const;
     Details with(std::initializer_list<std::pair<QString, std::int64_t>> figures) const;

@@ -112,7 +112,7 @@ TEST_F(UploadRunOnIndexTest, SendsAgainWhatACrashLeftInProgressThoughTheCloudHas
 {
     const QString name = import(QStringLiteral("1.1"));
     index::PendingCursor cursor;
-    const auto candidates = store.index().pendingImageUploads(1, cursor);
+    const auto candidates = *store.index().pendingImageUploads(1, cursor);
     ASSERT_EQ(candidates.size(), 1);
     store.index().markImagesInProgress(candidates.first().imageObjectIDs);
     around.cloud.upload(platform::StowFile{candidates.first().fileURL, {}}, QString(), {});

@@ -60,14 +60,14 @@ TEST_P(UploadRunInEachModeTest, NeverPutsTwoFilesOfOneInstanceIntoOneRequest)
     }
 }
 
-TEST_P(UploadRunInEachModeTest, TellsTheIndexWhatWasSentAlsoWhenItFailed)
+TEST_P(UploadRunInEachModeTest, TellsTheIndexWhatItIsAboutToSendAlsoWhenThatFails)
 {
     around.store(QStringLiteral("1.1"), 10);
     around.cloud.refuse(QStringLiteral("1.1"));
 
     run();
 
-    EXPECT_EQ(around.index.sent(), (QList<index::SentInstance>{{QStringLiteral("1.1"), 10, false}}));
+    EXPECT_EQ(around.index.sent(), (QList<index::SentInstance>{{QStringLiteral("1.1"), 10}}));
 }
 
 TEST_P(UploadRunInEachModeTest, HoldsBackAnImageInWhosePlaceTheCloudKeepsAnother)
@@ -252,15 +252,42 @@ TEST_P(UploadRunInEachModeTest, TellsASuccessThatUpdatedNoImageAsAFailureOfTheRe
     EXPECT_EQ(summary.successfulUploads, 1);
 }
 
-TEST_P(UploadRunInEachModeTest, KeepsGoingWhenTheIndexCanWriteNothing)
+TEST_P(UploadRunInEachModeTest, SendsNothingThatTheIndexCannotNoteAndSaysWhatIsWrong)
 {
-    const QStringList paths = storeMany(10);
+    storeMany(10);
     around.index.failWrites();
 
     const RunSummary summary = run();
 
-    EXPECT_EQ(summary.selectedCandidates, 10);
+    EXPECT_TRUE(around.cloud.requests().empty());
     EXPECT_EQ(around.index.count(RowState::notSynced), 10);
+    ASSERT_TRUE(summary.trouble);
+    EXPECT_EQ(summary.trouble->failure.failureClass, core::FailureClass::indexTrouble);
+}
+
+TEST_P(UploadRunInEachModeTest, EndsInTroubleWhenAResultCannotBeRecorded)
+{
+    const QString path = around.store(QStringLiteral("1.1"));
+    around.index.whenRecording([this] { around.index.failWrites(); });
+
+    const RunSummary summary = run();
+
+    EXPECT_TRUE(around.cloud.holds(QStringLiteral("1.1")));
+    EXPECT_EQ(around.index.state(path), RowState::inProgress);
+    ASSERT_TRUE(summary.trouble);
+    EXPECT_EQ(summary.trouble->failure.failureClass, core::FailureClass::indexTrouble);
+}
+
+TEST_P(UploadRunInEachModeTest, TakesAnIndexThatCannotBeReadForTroubleAndNotForEmpty)
+{
+    storeMany(2);
+    around.index.failReads(true);
+
+    const RunSummary summary = run();
+
+    EXPECT_EQ(summary.selectedCandidates, 0);
+    ASSERT_TRUE(summary.trouble);
+    EXPECT_EQ(summary.trouble->failure.failureClass, core::FailureClass::indexTrouble);
 }
 
 TEST_P(UploadRunInEachModeTest, AsksForACleanupOnceARoundThatSentSomething)

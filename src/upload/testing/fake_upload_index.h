@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/failure_class.h"
 #include "platform/concurrency/mutex.h"
 #include "upload/upload_ports.h"
 
@@ -58,6 +59,13 @@ public:
     {
         const platform::MutexLock lock(m_mutex);
         m_failsWrites = true;
+    }
+
+    /// Whether the next pages can't be read.
+    void failReads(bool fails)
+    {
+        const platform::MutexLock lock(m_mutex);
+        m_failsReads = fails;
     }
 
     void setState(const QString &path, RowState state)
@@ -133,10 +141,14 @@ public:
         return counts;
     }
 
-    QList<index::PendingImageUpload> pendingImageUploads(int limit, index::PendingCursor &cursor) override
+    std::optional<QList<index::PendingImageUpload>> pendingImageUploads(int limit,
+                                                                        index::PendingCursor &cursor) override
     {
         const platform::MutexLock lock(m_mutex);
         ++m_fetches;
+        if (m_failsReads) {
+            return std::nullopt;
+        }
         QList<index::PendingImageUpload> found;
         auto at = static_cast<std::size_t>(cursor.fresh.row);
         for (; at < m_rows.size() && found.size() < limit; ++at) {
@@ -164,21 +176,42 @@ public:
         }
     }
 
-    std::int64_t recordUploadResult(const QList<index::ImageObjectID> &,
-                                    const QString &storagePath,
-                                    bool synced,
-                                    const index::SentInstance &sent) override
+    bool noteSending(const QList<index::SentInstance> &instances) override
+    {
+        const platform::MutexLock lock(m_mutex);
+        if (!m_failsWrites) {
+            m_sent.append(instances);
+        }
+        return !m_failsWrites;
+    }
+
+    std::optional<std::int64_t> recordUploadResult(const QList<index::ImageObjectID> &,
+                                                   const QString &storagePath,
+                                                   bool synced,
+                                                   const index::UploadResultDetails &more) override
     {
         runHook(&FakeUploadIndex::m_whenRecording);
         const platform::MutexLock lock(m_mutex);
-        m_sent.append(sent);
         if (m_failsWrites) {
-            return 0;
+            return std::nullopt;
         }
         if (synced) {
             m_failures.remove(storagePath);
         }
+        if (more.verified) {
+            m_verified.append(*more.verified);
+        }
+        if (more.failure) {
+            keep(storagePath, *more.failure);
+        }
         return setAll(storagePath, synced ? RowState::synced : RowState::failed);
+    }
+
+    /// What the results said that the cloud was seen to hold.
+    QList<index::SentInstance> verified() const
+    {
+        const platform::MutexLock lock(m_mutex);
+        return m_verified;
     }
 
     bool mayOtherVersionBeSent(const index::SentInstance &sent) override
@@ -194,24 +227,11 @@ public:
         m_otherVersions.insert(instance);
     }
 
-    /// What the results said of what was sent.
+    /// What was noted before it was sent.
     QList<index::SentInstance> sent() const
     {
         const platform::MutexLock lock(m_mutex);
         return m_sent;
-    }
-
-    void recordUploadFailure(const QString &storagePath,
-                             const core::Failure &failure,
-                             std::span<const std::chrono::seconds> pauses) override
-    {
-        const platform::MutexLock lock(m_mutex);
-        if (!m_failsWrites) {
-            m_failures.insert(storagePath, failure);
-            if (!pauses.empty()) {
-                m_pauses.insert(storagePath, pauses.front());
-            }
-        }
     }
 
     std::optional<QDateTime> nextRetry() override
@@ -300,6 +320,14 @@ private:
         return candidate;
     }
 
+    void keep(const QString &path, const index::FailedUpload &failure) QUORIN_REQUIRES(m_mutex)
+    {
+        m_failures.insert(path, {core::failureClassOf(failure.failureClass), failure.failureCode});
+        if (!failure.pauses.empty()) {
+            m_pauses.insert(path, failure.pauses.front());
+        }
+    }
+
     std::int64_t setAll(const QString &path, RowState state) QUORIN_REQUIRES(m_mutex)
     {
         std::int64_t changed = 0;
@@ -316,6 +344,7 @@ private:
     std::vector<Row> m_rows QUORIN_GUARDED_BY(m_mutex);
     QSet<QString> m_otherVersions QUORIN_GUARDED_BY(m_mutex);
     QList<index::SentInstance> m_sent QUORIN_GUARDED_BY(m_mutex);
+    QList<index::SentInstance> m_verified QUORIN_GUARDED_BY(m_mutex);
     QMap<QString, core::Failure> m_failures QUORIN_GUARDED_BY(m_mutex);
     QMap<QString, std::chrono::seconds> m_pauses QUORIN_GUARDED_BY(m_mutex);
     std::optional<QDateTime> m_nextRetry QUORIN_GUARDED_BY(m_mutex);
@@ -323,6 +352,7 @@ private:
     std::function<void()> m_whenRecording QUORIN_GUARDED_BY(m_mutex);
     std::function<void()> m_whenMarking QUORIN_GUARDED_BY(m_mutex);
     bool m_failsWrites QUORIN_GUARDED_BY(m_mutex) = false;
+    bool m_failsReads QUORIN_GUARDED_BY(m_mutex) = false;
     int m_fetches QUORIN_GUARDED_BY(m_mutex) = 0;
 };
 
