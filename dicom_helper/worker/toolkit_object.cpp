@@ -68,6 +68,12 @@ void prepareToolkit()
     dcmReplaceWrongDelimitationItem.set(OFFalse);
 }
 
+void loadDictionary()
+{
+    dcmDataDict.rdlock(); // loads it
+    dcmDataDict.rdunlock();
+}
+
 ToolkitObject::ToolkitObject(std::unique_ptr<DcmFileFormat> file) : m_file(std::move(file)) {}
 
 ToolkitObject::ToolkitObject(ToolkitObject &&other) noexcept = default;

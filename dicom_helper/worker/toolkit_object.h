@@ -55,4 +55,7 @@ private:
 /// Readies the toolkit for a process that shall say nothing and change no value.
 void prepareToolkit();
 
+/// Reads the toolkit's dictionary, which it would do with the first object else. Thread: main, the only one.
+void loadDictionary();
+
 } // namespace gateway::dicom_helper::worker

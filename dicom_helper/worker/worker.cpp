@@ -10,6 +10,8 @@
 #include "dicom_helper/worker/sendable.h"
 #include "dicom_helper/worker/toolkit_object.h"
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
@@ -17,6 +19,7 @@
 #include <new>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -80,34 +83,63 @@ try {
     return trouble(ENOMEM, "the object needs too much memory");
 }
 
+std::string folderOf(std::string_view path)
+{
+    return std::filesystem::path(path).parent_path().string();
+}
+
 /// Confines the process to what its first job needs, and says which further jobs it can still do.
 class Cell
 {
 public:
     bool admits(const Record &job)
     {
-        const std::string output = std::filesystem::path(job.text("output")).parent_path().string();
+        const std::string output = folderOf(job.text("output"));
         if (!m_output) {
             m_output = output;
-            close(output);
+            close(job);
+            return true;
         }
-        return output.empty() || output == *m_output;
+        return (output.empty() || output == *m_output) &&
+               std::ranges::none_of(kInputs, [&](const char *input) {
+                   return m_isClosed && isForbidden(std::string(job.text(input)));
+               });
     }
 
 private:
-    /// Files are read wherever a job finds them: a person may choose any for an import.
-    static void close(const std::string &output)
+    static constexpr std::array kInputs{"path", "sent", "stored"};
+
+    /// What jobs read lies in folders of the gateway's: private copies, stored files, those on their way up.
+    void close(const Record &job)
     {
-        const Descriptor root(::open("/", O_PATH | O_DIRECTORY | O_CLOEXEC));
-        const Descriptor target(::open(output.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-        Confinement confinement{.places = {{root.get(), FolderUse::read}}};
-        if (target.isOpen()) {
-            confinement.places.push_back({target.get(), FolderUse::keepFiles});
+        Confinement confinement;
+        std::vector<Descriptor> folders;
+        const auto open = [&](std::string_view path, FolderUse use) {
+            folders.emplace_back(::open(folderOf(path).c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+            if (folders.back().isOpen()) {
+                confinement.places.push_back({folders.back().get(), use});
+            }
+        };
+        for (const char *input : kInputs) {
+            open(job.text(input), FolderUse::read);
         }
-        confine(confinement);
+        if (!m_output->empty()) {
+            loadDictionary(); // as long as it can be read
+            open(job.text("output"), FolderUse::read);
+            open(job.text("output"), FolderUse::keepFiles);
+        }
+        m_isClosed = confine(confinement).files;
+    }
+
+    /// True for a file that may be closed to this process alone: a fresh one will see.
+    static bool isForbidden(const std::string &path)
+    {
+        const Descriptor file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+        return !file.isOpen() && errno == EACCES;
     }
 
     std::optional<std::string> m_output; // the folder of the first job's output; empty where it had none
+    bool m_isClosed = false;             // around the files
 };
 
 } // namespace

@@ -17,6 +17,10 @@
 #include <cerrno>
 #include <functional>
 
+#include <linux/landlock.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
 namespace gateway::platform {
 
 using Fate = ParsedFile::Fate;
@@ -186,6 +190,56 @@ TEST_F(DicomClients, AFileThatEndsASecondWorkerIsTroubleAndNotCalledUnreadable)
 
     EXPECT_EQ(DicomFile(workers, m_clock).parse(QStringLiteral("crash")).fate, Fate::trouble);
     EXPECT_EQ(m_clock.sleeps, 1);
+}
+
+TEST_F(DicomClients, AWorkerReadsNothingOutsideTheFoldersOfItsJobs)
+{
+    if (::syscall(SYS_landlock_create_ruleset, nullptr, 0, LANDLOCK_CREATE_RULESET_VERSION) <= 0) {
+        GTEST_SKIP() << "this kernel has no Landlock";
+    }
+    const QTemporaryDir elsewhere;
+    const QString other = elsewhere.filePath(QStringLiteral("other"));
+    const QString link = m_folder.filePath(QStringLiteral("link"));
+    ASSERT_TRUE(QFile::copy(write(QStringLiteral("own"), smallObject()), other));
+    ASSERT_TRUE(QFile::link(other, link));
+    DicomFile dicom(m_workers, m_clock);
+
+    const ParsedFile linked = dicom.parse(link);
+
+    EXPECT_EQ(linked.fate, Fate::trouble);
+    EXPECT_EQ(linked.code, EACCES);
+    EXPECT_EQ(dicom.parse(other).fate, Fate::parsed);
+    EXPECT_EQ(dicom.parse(m_folder.filePath(QStringLiteral("own"))).fate, Fate::parsed);
+}
+
+TEST_F(DicomClients, AFolderThatWasMadeAnewIsReadLikeTheOneBefore)
+{
+    DicomFile dicom(m_workers, m_clock);
+    const QString folder = m_folder.filePath(QStringLiteral("again"));
+    for (int round = 0; round < 3; ++round) {
+        ASSERT_TRUE(QDir().mkdir(folder));
+
+        EXPECT_EQ(dicom.parse(write(QStringLiteral("again/object"), smallObject())).fate, Fate::parsed);
+
+        ASSERT_TRUE(QDir(folder).removeRecursively());
+    }
+    EXPECT_EQ(m_clock.sleeps, 0);
+}
+
+TEST_F(DicomClients, ImagesOfManyFoldersAreConvertedAndComparedInTurn)
+{
+    DicomConverterWrapper converter(m_workers, temporaryFolder());
+    for (const char *name : {"one", "two", "one", "two"}) {
+        const QString folder = QString::fromLatin1(name);
+        QDir(m_folder.path()).mkdir(folder);
+        const QString path = write(folder + QStringLiteral("/object"), smallObject());
+
+        const SendableFile made = converter.convertToJPEGLossless(path);
+
+        EXPECT_TRUE(made.isConverted) << made.error.toStdString();
+        EXPECT_EQ(converter.compare(made.path, path, path), Likeness::different); // the frames are coded
+        EXPECT_EQ(converter.compare(made.path, made.path, path), Likeness::same);
+    }
 }
 
 TEST_F(DicomClients, ConvertingGivesASmallerFileInTheTemporaryFolder)
