@@ -14,6 +14,31 @@ using StoreUpload::CandidateOutcome;
 
 namespace {
 
+// Of what is made ready ahead: enough that the network never waits, and few files beside the store.
+constexpr qsizetype kFilesAhead = 2;
+
+UploadCollaborators withConverter(const UploadCollaborators &with, platform::DicomConverting &converter)
+{
+    return {with.index,
+            with.cloud,
+            converter,
+            with.session,
+            with.state,
+            with.terms,
+            with.cleanup,
+            with.emitter,
+            with.main,
+            with.clock};
+}
+
+std::unique_ptr<ConversionAhead> aheadFor(const StoreUpload::ExecutionConfig &config,
+                                          platform::DicomConverting &converter)
+{
+    return config.mode == StoreUpload::ExecutionMode::single
+               ? std::make_unique<ConversionAhead>(converter, config.compressionEnabled)
+               : nullptr;
+}
+
 bool hasSuccess(const QList<CandidateOutcome> &outcomes)
 {
     return std::ranges::any_of(outcomes, [](const CandidateOutcome &outcome) {
@@ -44,12 +69,13 @@ UploadRun::UploadRun(const UploadCollaborators &with,
                      QString runId,
                      const StoreUpload::ExecutionConfig &config,
                      QString deviceId)
-    : m_with(with), m_run(std::move(runId), config, std::move(deviceId)), m_handler(with, m_run, m_halt)
+    : m_run(std::move(runId), config, std::move(deviceId)), m_ahead(aheadFor(config, with.converter)),
+      m_with(m_ahead ? withConverter(with, *m_ahead) : with), m_handler(m_with, m_run, m_halt)
 {
     // Enough for the results of a usual page to reach the index together.
     constexpr int kRecorders = 4;
     m_summary.executionDetails = m_run.executionDetails;
-    if (config.mode != StoreUpload::ExecutionMode::single) {
+    if (!m_ahead) {
         m_pool.emplace(QStringLiteral("upload"), m_handler.width());
         m_recorders.emplace(QStringLiteral("uploadRecord"), kRecorders);
     }
@@ -79,15 +105,26 @@ void UploadRun::runOneByOne(const std::stop_token &stop)
         if (round.contexts().isEmpty()) {
             return;
         }
-        for (const CandidateContext &context : round.contexts()) {
-            if (mustEnd(stop)) {
-                break;
-            }
+        for (qsizetype at = 0; at < round.contexts().size() && !mustEnd(stop); ++at) {
+            const CandidateContext &context = round.contexts()[at];
+            expectFrom(round.contexts(), at);
             m_handler.begin({context});
             round.chunkBegan(1);
             round.chunkEnded(m_handler.finish({context}));
         }
         settle(round);
+    }
+}
+
+/// The file whose turn it is, and the next ones.
+void UploadRun::expectFrom(const Contexts &contexts, qsizetype from)
+{
+    const qsizetype end = std::min(contexts.size(), from + 1 + kFilesAhead);
+    for (qsizetype at = from; at < end; ++at) {
+        const QUrl file = standardized(contexts[at].candidate.fileURL);
+        if (exists(file)) {
+            m_ahead->expect(file.toLocalFile());
+        }
     }
 }
 

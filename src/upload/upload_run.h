@@ -3,6 +3,7 @@
 #include "platform/concurrency/task_group.h"
 #include "platform/concurrency/worker_pool.h"
 #include "upload/candidate_handler.h"
+#include "upload/conversion_ahead.h"
 #include "upload/store_upload.h"
 #include "upload/upload_collaborators.h"
 #include "upload/upload_round.h"
@@ -24,8 +25,9 @@ namespace gateway::upload {
 /// Nothing is retried within a run; what failed is a candidate of a later one. What concerns the whole queue
 /// ends the run: what isn't on its way then is put back.
 ///
-/// In the parallel modes the next page begins while the last files of the one before are still on their way,
-/// so that neither the processor nor the network stands still between pages. At most two pages are open.
+/// In mode `single` the next files are made ready while one is on its way. In the parallel modes the next
+/// page begins while the last files of the one before are still on their way, so that neither the processor
+/// nor the network stands still between pages. At most two pages are open.
 ///
 /// Owner: the upload task. Thread: that task's.
 class UploadRun
@@ -49,6 +51,7 @@ private:
 
     void recover();
     void runOneByOne(const std::stop_token &stop);
+    void expectFrom(const Contexts &contexts, qsizetype from);
     void runInWindow(const std::stop_token &stop);
     void begin(UploadRound &round, platform::TaskGroup &window, const std::stop_token &stop);
     void settleOldest();
@@ -65,8 +68,9 @@ private:
     void refreshState() const;
     Details with(std::initializer_list<std::pair<QString, std::int64_t>> figures) const;
 
-    const UploadCollaborators &m_with;
     const RunIdentity m_run;
+    const std::unique_ptr<ConversionAhead> m_ahead; // where one file goes at a time
+    const UploadCollaborators m_with;               // its converter is `m_ahead` where there is one
     StoreUpload::RunSummary m_summary;
     index::PendingCursor m_cursor;
     QSet<std::size_t> m_seen; // hashes of the storage paths taken: a backlog may hold a million of them
