@@ -1,5 +1,5 @@
-#include "app/command_requests.h"
-#include "app/control_protocol.h"
+#include "terminal/commands/command_requests.h"
+#include "terminal/control/control_protocol.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -9,7 +9,7 @@
 /// request must come back unchanged from its own encoding.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
-    using namespace gateway::app;
+    using namespace gateway::terminal;
     const QByteArray line(reinterpret_cast<const char *>(data), static_cast<qsizetype>(size));
     if (const auto request = decodeRequest(line)) {
         (void)draftIn(*request);

@@ -1,4 +1,4 @@
-#include "app/health_answers.h"
+#include "monitor/health_answers.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -10,7 +10,7 @@
 /// answer.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
-    static gateway::app::HealthAnswers answers;
+    static gateway::monitor::HealthAnswers answers;
     const std::string_view head(reinterpret_cast<const char *>(data), size);
     const std::string answer = answers.answer(head, {});
     if (!answer.starts_with("HTTP/1.1 ") || answer.find("\r\n\r\n") == std::string::npos) {

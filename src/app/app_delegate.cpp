@@ -2,20 +2,11 @@
 
 #include "app/store.h"
 #include "core/notification_names.h"
+#include "receive/listener_watch.h"
 
 #include <utility>
 
 namespace gateway::app {
-
-QString listenerFailureText(const QVariantMap &userInfo)
-{
-    const QVariant message = userInfo.value(core::kMessageKey);
-    const QString text = message.typeId() == QMetaType::QString
-                             ? message.toString()
-                             : QStringLiteral("Failed to start DIMSE listener.");
-    const QString reason = userInfo.value(receive::kListenerFailureReasonKey).toString();
-    return reason.isEmpty() ? text : text + u' ' + reason;
-}
 
 AppDelegate::AppDelegate(Collaborators collaborators) : m_with(std::move(collaborators)) {}
 
@@ -161,7 +152,7 @@ void AppDelegate::showDimseError(const QVariantMap &userInfo)
     if (m_with.face.isSetupWizardVisible() || m_with.isApplyingSetup()) {
         return;
     }
-    m_with.face.showAlert(QStringLiteral("DIMSE Listener Error"), listenerFailureText(userInfo));
+    m_with.face.showAlert(QStringLiteral("DIMSE Listener Error"), receive::listenerFailureText(userInfo));
 }
 
 void AppDelegate::enforceSetupWizardIfNeeded()

@@ -17,10 +17,6 @@ namespace gateway::app {
 
 class Store;
 
-/// What a notification of a failed listener start says to people: its message, and the reason where it has
-/// one.
-QString listenerFailureText(const QVariantMap &userInfo);
-
 /// The order in which the gateway comes up and goes down, and the answers to requests to open something.
 ///
 /// While setup isn't finished there is no listener and no upload, and every request to open a window lands in

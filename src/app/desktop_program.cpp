@@ -1,11 +1,11 @@
 #include "app/desktop_program.h"
 
 #include "app/app_delegate.h"
-#include "app/console.h"
 #include "app/desktop_face.h"
 #include "app/gateway.h"
 #include "app/program.h"
 #include "shell/desktop/desktop_application.h"
+#include "terminal/client/console.h"
 
 #include <QtCore/QProcessEnvironment>
 #include <QtGui/QGuiApplication>
@@ -29,15 +29,16 @@ void enforceSetupAtActivation(AppDelegate &delegate)
 
 } // namespace
 
-ExitCode runDesktop(int &argc, char **argv, const HomeLayout &layout, const GlobalOptions &options)
+terminal::ExitCode
+runDesktop(int &argc, char **argv, const core::HomeLayout &layout, const terminal::GlobalOptions &options)
 {
     if (const auto problem = shell::displayProblem(QProcessEnvironment::systemEnvironment())) {
-        printError(*problem);
-        return ExitCode::failed;
+        terminal::printError(*problem);
+        return terminal::ExitCode::failed;
     }
     shell::DesktopApplication application(argc, argv, [](const QString &problem) {
-        printError(problem);
-        std::_Exit(static_cast<int>(ExitCode::failed));
+        terminal::printError(problem);
+        std::_Exit(static_cast<int>(terminal::ExitCode::failed));
     });
     DesktopFace face(application.theme());
     return runInstance(layout, options, face, [&face](Gateway &gateway) {

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "app/command_line.h"
-#include "app/control_protocol.h"
-#include "app/home_layout.h"
+#include "core/home_layout.h"
+#include "terminal/commands/command_line.h"
+#include "terminal/control/control_protocol.h"
 
 namespace gateway::app {
 
@@ -12,6 +12,7 @@ namespace gateway::app {
 /// \param argc, argv  as main got them.
 ///
 /// Thread: main, before any application object is made.
-ExitCode runDesktop(int &argc, char **argv, const HomeLayout &layout, const GlobalOptions &options);
+terminal::ExitCode
+runDesktop(int &argc, char **argv, const core::HomeLayout &layout, const terminal::GlobalOptions &options);
 
 } // namespace gateway::app

@@ -1,7 +1,7 @@
 #include "app/desktop_screens.h"
 
-#include "app/settings_rules.h"
 #include "core/notification_names.h"
+#include "core/support_email.h"
 #include "shell/account/sign_in_sheet.h"
 #include "shell/account/terms_sheet.h"
 #include "shell/dashboard/dashboard_window_controller.h"
@@ -106,7 +106,7 @@ shell::SetupDialog &DesktopScreens::setupDialog()
             m_with.main,
             m_with.pool,
             [this] { return wizard::storedDraft(m_with.settings, m_with.defaults); },
-            [this](wizard::SetupDraft draft) { return m_with.setupDesk.apply(std::move(draft)); },
+            [this](wizard::SetupDraft draft) { return m_with.setup.apply(std::move(draft)); },
             m_autostart,
             [this] { post(core::kOpenDashboard); },
             quit});
@@ -249,8 +249,7 @@ bool DesktopScreens::isSetupVisible() const
 
 void DesktopScreens::sendFeedback()
 {
-    const QString address =
-        m_with.defaults.object(settings_rules::kSupportEmailKey).value_or(QVariant()).toString();
+    const QString address = m_with.defaults.object(core::kSupportEmailKey).value_or(QVariant()).toString();
     QDesktopServices::openUrl(shell::feedbackMail(address));
 }
 

@@ -2,12 +2,12 @@
 
 #include "account/gateway_bug_report_view_model.h"
 #include "account/gateway_quorin_cloud_terms_coordinator.h"
-#include "app/attention_watch.h"
 #include "app/gateway.h"
 #include "log/gateway_logs_view_model.h"
 #include "platform/autostart/autostart.h"
 #include "platform/concurrency/task_scope.h"
 #include "receive/dimse_listener_view_model.h"
+#include "shell/desktop/attention_watch.h"
 #include "shell/notifying/freedesktop_messages.h"
 #include "shell/notifying/notice_window.h"
 #include "shell/tray/system_tray_item.h"
@@ -94,7 +94,7 @@ private:
     shell::Notices m_notices;
     shell::FreedesktopMessages m_messages;
     shell::Attention m_attention;
-    AttentionWatch m_attentionWatch;
+    shell::AttentionWatch m_attentionWatch;
     std::unique_ptr<shell::StatusBarController> m_statusBar;
     std::unique_ptr<shell::DashboardWindowController> m_dashboard;
     std::unique_ptr<shell::SetupDialog> m_setupDialog;

@@ -1,7 +1,7 @@
 #include "app/entry.h"
 
-#include "app/console.h"
 #include "app/dicom_dictionary.h"
+#include "terminal/client/console.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QFileInfo>
@@ -26,7 +26,10 @@ QStringList argumentsOf(int argc, char **argv)
 
 } // namespace
 
-int enter(int argc, char **argv, const std::function<ExitCode(const Invocation &, const HomeLayout &)> &run)
+int enter(
+    int argc,
+    char **argv,
+    const std::function<terminal::ExitCode(const terminal::Invocation &, const core::HomeLayout &)> &run)
 {
     // A peer or a pipe that has gone is an error of one write, not the end of the program.
     std::signal(SIGPIPE, SIG_IGN);
@@ -37,18 +40,18 @@ int enter(int argc, char **argv, const std::function<ExitCode(const Invocation &
     QCoreApplication::setApplicationName(QStringLiteral("quorin-gateway"));
     QCoreApplication::setApplicationVersion(QStringLiteral(QUORIN_VERSION));
 
-    const auto parsed = parseCommandLine(argumentsOf(argc, argv));
-    if (const auto *end = std::get_if<CommandLineEnd>(&parsed)) {
+    const auto parsed = terminal::parseCommandLine(argumentsOf(argc, argv));
+    if (const auto *end = std::get_if<terminal::CommandLineEnd>(&parsed)) {
         if (end->exitCode == 0) {
-            printOut(end->text);
+            terminal::printOut(end->text);
         } else {
-            printError(end->text.trimmed());
+            terminal::printError(end->text.trimmed());
         }
         return end->exitCode;
     }
-    const auto &invocation = std::get<Invocation>(parsed);
+    const auto &invocation = std::get<terminal::Invocation>(parsed);
     return static_cast<int>(
-        run(invocation, homeLayout(invocation.options.home, QProcessEnvironment::systemEnvironment())));
+        run(invocation, core::homeLayout(invocation.options.home, QProcessEnvironment::systemEnvironment())));
 }
 
 } // namespace gateway::app

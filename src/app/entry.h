@@ -1,8 +1,8 @@
 #pragma once
 
-#include "app/command_line.h"
-#include "app/control_protocol.h"
-#include "app/home_layout.h"
+#include "core/home_layout.h"
+#include "terminal/commands/command_line.h"
+#include "terminal/control/control_protocol.h"
 
 #include <functional>
 
@@ -15,6 +15,9 @@ namespace gateway::app {
 /// \return the exit code.
 ///
 /// Thread: main, before any application object is made.
-int enter(int argc, char **argv, const std::function<ExitCode(const Invocation &, const HomeLayout &)> &run);
+int enter(
+    int argc,
+    char **argv,
+    const std::function<terminal::ExitCode(const terminal::Invocation &, const core::HomeLayout &)> &run);
 
 } // namespace gateway::app

@@ -1,7 +1,6 @@
 #include "app/gateway.h"
 
 #include "app/no_announcements.h"
-#include "core/dcm_listener_settings.h"
 #include "core/device_id.h"
 #include "core/notification_names.h"
 #include "core/retention_policy.h"
@@ -11,6 +10,7 @@
 #include "platform/files/file_system.h"
 #include "platform/files/files.h"
 #include "platform/keychain/token_store.h"
+#include "receive/folder_bookmark.h"
 #include "upload/retention_cutoff.h"
 #include "upload/upload_run.h"
 
@@ -44,9 +44,9 @@ std::optional<QString> storedText(const platform::UserDefaults &defaults, const 
     return value ? std::optional(value->toString()) : std::nullopt;
 }
 
-FailedFiles::Counts failedFilesIn(const index::DicomDB &index)
+monitor::FailedFiles::Counts failedFilesIn(const index::DicomDB &index)
 {
-    FailedFiles::Counts counts;
+    monitor::FailedFiles::Counts counts;
     for (const index::UploadFailureCount &known : index.uploadFailureCounts()) {
         counts.byClass[known.failureClass] += known.files;
     }
@@ -106,12 +106,14 @@ Gateway::Gateway(Options options, GatewayFace &face)
                                                                         m_cloudPool,
                                                                         m_clock},
                                                                        QStringLiteral(QUORIN_VERSION)),
-      m_cloudWatch(watchCollaborators()), m_termsDesk(termsCollaborators()),
-      m_accountDesk(accountCollaborators()), m_store(makeStore()), m_uploadOpener(openerCollaborators()),
-      m_stateIndex(m_index), m_state(stateParts()), m_setupDesk(setupCollaborators()),
-      m_delegate(std::make_shared<AppDelegate>(delegateCollaborators())),
-      m_commands(std::make_shared<InstanceCommands>(commandCollaborators())), m_doctor(makeDoctor()),
-      m_health(makeHealthService())
+      m_cloudWatch(watchCollaborators()), m_termsCommands(termsCollaborators()),
+      m_accountCommands(accountCollaborators()), m_store(makeStore()), m_uploadOpener(openerCollaborators()),
+      m_stateIndex(m_index), m_state(stateParts()),
+      m_listenerWatch(
+          {m_defaults, m_notifications, m_store->listenerService(), m_state, m_options.bindAddress}),
+      m_setup(setupCollaborators()), m_delegate(std::make_shared<AppDelegate>(delegateCollaborators())),
+      m_commands(std::make_shared<terminal::InstanceCommands>(commandCollaborators())),
+      m_doctor(makeDoctor()), m_health(makeHealthService())
 {
     m_sessionObserver = m_notifications.observe(core::kAuthStateChanged,
                                                 [this](const QVariantMap &) { tellMissingSession(); });
@@ -172,7 +174,7 @@ std::shared_ptr<Store> Gateway::makeStore()
 std::shared_ptr<receive::StoreManualImportService>
 Gateway::makeManualImport(std::function<void(QString)> onImported)
 {
-    const HomeLayout &layout = m_options.layout;
+    const core::HomeLayout &layout = m_options.layout;
     return std::make_shared<receive::StoreManualImportService>(
         receive::StoreManualImportService::Collaborators{
             m_manualImports,
@@ -245,7 +247,7 @@ state::GatewayAppStateParts Gateway::stateParts()
             [] { return QTimeZone::systemTimeZone(); }};
 }
 
-SetupDesk::Collaborators Gateway::setupCollaborators()
+wizard::SetupApplier::Collaborators Gateway::setupCollaborators()
 {
     return {m_defaults, m_settings, m_main, m_globalPool, m_clock, *m_store, m_options.bindAddress};
 }
@@ -260,38 +262,39 @@ AppDelegate::Collaborators Gateway::delegateCollaborators()
             m_upkeep,
             m_cleanup,
             [this]() -> Store & { return *m_store; },
-            [this] { return m_setupDesk.isApplying(); }};
+            [this] { return m_setup.isApplying(); }};
 }
 
-InstanceCommands::Collaborators Gateway::commandCollaborators()
+terminal::InstanceCommands::Collaborators Gateway::commandCollaborators()
 {
     return {m_defaults,
             m_settings,
-            m_notifications,
             m_main,
             m_cloudPool,
-            m_clock,
             m_auth,
             m_cloud.configuration(),
             m_index,
             m_state,
             m_uploadWatcher,
-            m_setupDesk,
-            *m_delegate,
+            m_store->uploadCoordinator(),
             *m_store,
+            m_setup,
+            m_store->listenerService(),
+            m_listenerWatch,
+            m_store->manualImportService(),
             m_cloudWatch,
-            m_termsDesk,
-            m_accountDesk,
-            m_options.bindAddress,
-            [this] { return upkeepReport(); }};
+            m_termsCommands,
+            m_accountCommands,
+            [this] { return upkeepFigures(); },
+            [this] { m_delegate->reopen(); }};
 }
 
-StatusReport::Upkeep Gateway::upkeepReport() const
+state::UpkeepFigures Gateway::upkeepFigures() const
 {
     return {m_state.figures().setAsideFilesCount, m_cleanup.isHeldBack()};
 }
 
-std::unique_ptr<HealthService> Gateway::makeHealthService()
+std::unique_ptr<monitor::HealthService> Gateway::makeHealthService()
 {
     const auto folders = [this] {
         return QMap<QString, QString>{
@@ -299,8 +302,8 @@ std::unique_ptr<HealthService> Gateway::makeHealthService()
             {QStringLiteral("inbox"),
              m_settings.listenerDestinationFolder.get().value_or(m_options.layout.incomingFolder)}};
     };
-    return std::make_unique<HealthService>(
-        HealthCollector::Collaborators{
+    return std::make_unique<monitor::HealthService>(
+        monitor::HealthCollector::Collaborators{
             m_settings,
             m_index,
             m_auth,
@@ -308,21 +311,20 @@ std::unique_ptr<HealthService> Gateway::makeHealthService()
             m_uploadWatcher,
             m_eventCounts,
             m_clock,
-            *m_store,
+            m_listenerWatch,
+            m_store->uploadCoordinator(),
             m_cloudWatch,
-            std::make_shared<FreeSpaceWatch>(folders,
-                                             FreeSpaceWatch::Collaborators{m_main, m_globalPool, m_clock}),
-            std::make_shared<FailedFiles>(FailedFiles::Collaborators{
+            std::make_shared<monitor::FreeSpaceWatch>(
+                folders, monitor::FreeSpaceWatch::Collaborators{m_main, m_globalPool, m_clock}),
+            std::make_shared<monitor::FailedFiles>(monitor::FailedFiles::Collaborators{
                 m_main, m_globalPool, m_clock, [this] { return failedFilesIn(m_index); }}),
-            [this] { return core::DCMListenerSettings::load(m_defaults).isEnabled.value_or(true); },
-            [this] { return m_commands->listenerReport(); },
-            [this] { return upkeepReport(); }},
+            [this] { return upkeepFigures(); }},
         m_main,
-        HealthService::Places{m_options.layout.healthSocket(), m_options.metricsAddress},
+        monitor::HealthService::Places{m_options.layout.healthSocket(), m_options.metricsAddress},
         m_options.writeLine);
 }
 
-CloudWatch::Collaborators Gateway::watchCollaborators()
+account::CloudWatch::Collaborators Gateway::watchCollaborators()
 {
     return {m_statusApi,
             m_userApi,
@@ -336,25 +338,19 @@ CloudWatch::Collaborators Gateway::watchCollaborators()
             m_auth};
 }
 
-TermsDesk::Collaborators Gateway::termsCollaborators()
+terminal::TermsCommands::Collaborators Gateway::termsCollaborators()
 {
     return {m_termsApi, m_defaults, m_notifications, m_main, m_cloudPool, m_clock, m_auth, [this] {
                 m_cloudWatch.checkTerms();
             }};
 }
 
-UploadOpener::Collaborators Gateway::openerCollaborators()
+upload::UploadOpener::Collaborators Gateway::openerCollaborators()
 {
-    return {m_defaults,
-            m_notifications,
-            m_auth,
-            m_cloudWatch,
-            [this](const QString &reason, upload::UploadUrgency urgency) {
-                m_store->requestUpload(reason, urgency);
-            }};
+    return {m_defaults, m_notifications, m_auth, m_cloudWatch, *m_store};
 }
 
-AccountDesk::Collaborators Gateway::accountCollaborators()
+terminal::AccountCommands::Collaborators Gateway::accountCollaborators()
 {
     return {m_userApi, m_bugReportApi, m_defaults, m_notifications, m_main, m_cloudPool, m_auth};
 }
@@ -402,14 +398,17 @@ void Gateway::tellMissingSession()
     m_toldSession = words;
 }
 
-std::shared_ptr<DoctorCommands> Gateway::makeDoctor()
+std::shared_ptr<terminal::DoctorCommands> Gateway::makeDoctor()
 {
-    return std::make_shared<DoctorCommands>(
+    return std::make_shared<terminal::DoctorCommands>(
         m_index,
         m_main,
-        [this] { return incomingFolder(m_settings, m_options.layout); },
+        [this] { return receive::incomingFolder(m_settings, m_options.layout.incomingFolder); },
         [this] { m_store->requestUpload(QStringLiteral("doctor")); },
-        [this] { return DoctorCommands::Uploads{m_store->uploadCoordinator().closure(), missingSession()}; });
+        [this] {
+            return terminal::DoctorCommands::Uploads{m_store->uploadCoordinator().closure(),
+                                                     missingSession()};
+        });
 }
 
 ScreenModels Gateway::screenModels()
@@ -427,7 +426,7 @@ ScreenModels Gateway::screenModels()
             m_state,
             m_auth,
             m_cloudWatch,
-            m_setupDesk,
+            m_setup,
             *m_store,
             *m_delegate,
             m_options.layout};
@@ -445,7 +444,7 @@ void Gateway::launch()
     m_globalPool.run([this] { m_index.finishRemovals(); });
     m_inboxWatch.emplace(
         m_clock,
-        [this] { return incomingFolder(m_settings, m_options.layout); },
+        [this] { return receive::incomingFolder(m_settings, m_options.layout.incomingFolder); },
         [this](const QString &path) { m_store->listenerService().offerInboxFile(path); },
         [this](qsizetype count) { m_main.post([this, count] { m_state.setSetAsideFilesCount(count); }); });
     if (m_index.lacksStoredFiles()) {
@@ -490,9 +489,10 @@ void Gateway::terminate()
     m_health->close();
 }
 
-void Gateway::handle(const ControlRequest &request, const InstanceCommands::Answer &answer)
+void Gateway::handle(const terminal::ControlRequest &request,
+                     const terminal::InstanceCommands::Answer &answer)
 {
-    if (request.command == requests::kDoctor) {
+    if (request.command == terminal::requests::kDoctor) {
         m_doctor->examine(request, answer);
     } else {
         m_commands->handle(request, answer);

@@ -1,28 +1,20 @@
 #pragma once
 
+#include "account/cloud_watch.h"
 #include "account/quorin_auth_view_model.h"
-#include "app/account_desk.h"
 #include "app/app_delegate.h"
-#include "app/cloud_watch.h"
-#include "app/control_protocol.h"
-#include "app/doctor_commands.h"
-#include "app/event_counts.h"
-#include "app/health_service.h"
-#include "app/home_layout.h"
-#include "app/instance_commands.h"
 #include "app/launch_ports.h"
 #include "app/live_state.h"
-#include "app/setup_desk.h"
 #include "app/store.h"
-#include "app/terms_desk.h"
 #include "app/upkeep_elsewhere.h"
-#include "app/upload_opener.h"
-#include "app/upload_run_watcher.h"
+#include "core/home_layout.h"
 #include "core/settings.h"
 #include "index/db_service.h"
 #include "index/dicom_db.h"
 #include "log/gateway_logger.h"
 #include "log/store_log_emitter.h"
+#include "monitor/event_counts.h"
+#include "monitor/health_service.h"
 #include "platform/archive/archive_unpacker.h"
 #include "platform/concurrency/clock.h"
 #include "platform/concurrency/main_executor.h"
@@ -44,13 +36,22 @@
 #include "platform/quorin_api/quorin_api_client.h"
 #include "platform/system_log/journal_system_log.h"
 #include "receive/inbox_watch.h"
+#include "receive/listener_watch.h"
 #include "state/gateway_app_state.h"
 #include "state/state_index.h"
+#include "terminal/control/control_protocol.h"
+#include "terminal/instance/account_commands.h"
+#include "terminal/instance/doctor_commands.h"
+#include "terminal/instance/instance_commands.h"
+#include "terminal/instance/terms_commands.h"
 #include "upload/cloud_terms_follow_up.h"
 #include "upload/dicom_db_upload_index.h"
 #include "upload/gateway_auto_delete_cleanup_service.h"
 #include "upload/retention_clock.h"
 #include "upload/upload_collaborators.h"
+#include "upload/upload_opener.h"
+#include "upload/upload_run_watcher.h"
+#include "wizard/setup_applier.h"
 
 #include <functional>
 #include <memory>
@@ -73,11 +74,11 @@ struct ScreenModels
     platform::QrnQuorinCloudTermsAPIProtocol &terms;
     state::GatewayAppState &appState;
     account::QuorinAuthViewModel &auth;
-    CloudWatch &cloudWatch;
-    SetupDesk &setupDesk;
+    account::CloudWatch &cloudWatch;
+    wizard::SetupApplier &setup;
     Store &store;
     AppDelegate &delegate;
-    const HomeLayout &layout;
+    const core::HomeLayout &layout;
 };
 
 /// The shared objects of one running gateway, each made once and joined to the others here and nowhere else.
@@ -89,11 +90,11 @@ class Gateway
 public:
     struct Options
     {
-        HomeLayout layout;
+        core::HomeLayout layout;
         QString bindAddress;
         std::optional<QString> cloudUrl;
         std::optional<QString> cloudKind;
-        std::optional<SocketAddress> metricsAddress;
+        std::optional<platform::SocketAddress> metricsAddress;
         std::function<void(const QString &)> writeLine; ///< one plain line for operators
     };
 
@@ -118,10 +119,10 @@ public:
     ScreenModels screenModels();
 
     /// The figures for operators, of this moment.
-    HealthFigures healthFigures() { return m_health->figures(); }
+    monitor::HealthFigures healthFigures() { return m_health->figures(); }
 
     /// Carries out a request of the command line; `answer` is called once, now or later.
-    void handle(const ControlRequest &request, const InstanceCommands::Answer &answer);
+    void handle(const terminal::ControlRequest &request, const terminal::InstanceCommands::Answer &answer);
 
 private:
     class Session;
@@ -130,10 +131,10 @@ private:
     void say(const QString &sentence);
 
     platform::CloudConfiguration cloudConfiguration();
-    CloudWatch::Collaborators watchCollaborators();
-    TermsDesk::Collaborators termsCollaborators();
-    AccountDesk::Collaborators accountCollaborators();
-    UploadOpener::Collaborators openerCollaborators();
+    account::CloudWatch::Collaborators watchCollaborators();
+    terminal::TermsCommands::Collaborators termsCollaborators();
+    terminal::AccountCommands::Collaborators accountCollaborators();
+    upload::UploadOpener::Collaborators openerCollaborators();
     std::unique_ptr<platform::NetServicePublishing> makeNetServices();
     std::shared_ptr<Store> makeStore();
     std::shared_ptr<receive::StoreListenerService> makeListener(std::function<void(QString)> onImported);
@@ -142,14 +143,14 @@ private:
     upload::StoreUpload::ExecutionConfig uploadConfig() const;
     upload::GatewayAutoDeleteCleanupService::Collaborators cleanupCollaborators();
     state::GatewayAppStateParts stateParts();
-    SetupDesk::Collaborators setupCollaborators();
+    wizard::SetupApplier::Collaborators setupCollaborators();
     AppDelegate::Collaborators delegateCollaborators();
-    InstanceCommands::Collaborators commandCollaborators();
-    std::shared_ptr<DoctorCommands> makeDoctor();
+    terminal::InstanceCommands::Collaborators commandCollaborators();
+    std::shared_ptr<terminal::DoctorCommands> makeDoctor();
     QString missingSession() const;
     void tellMissingSession();
-    std::unique_ptr<HealthService> makeHealthService();
-    StatusReport::Upkeep upkeepReport() const;
+    std::unique_ptr<monitor::HealthService> makeHealthService();
+    state::UpkeepFigures upkeepFigures() const;
 
     const Options m_options;
 
@@ -161,8 +162,8 @@ private:
 
     platform::JournalSystemLog m_systemLog;
     log::GatewayLogger m_logger;
-    EventCounts m_eventCounts;
-    UploadRunWatcher m_uploadWatcher;
+    monitor::EventCounts m_eventCounts;
+    upload::UploadRunWatcher m_uploadWatcher;
     log::StoreLogEmitter m_emitter;
 
     platform::WorkerProcessPool m_parserProcesses;
@@ -197,18 +198,19 @@ private:
     platform::WorkerPool m_cloudPool;  // calls that wait for the network
     platform::WorkerPool m_globalPool; // everything else
     account::QuorinAuthViewModel m_auth;
-    CloudWatch m_cloudWatch;
-    TermsDesk m_termsDesk;
-    AccountDesk m_accountDesk;
+    account::CloudWatch m_cloudWatch;
+    terminal::TermsCommands m_termsCommands;
+    terminal::AccountCommands m_accountCommands;
     std::shared_ptr<Store> m_store;
-    UploadOpener m_uploadOpener;
+    upload::UploadOpener m_uploadOpener;
     state::DicomDBStateIndex m_stateIndex;
     state::GatewayAppState m_state; // behind the store, whose listener it asks for
-    SetupDesk m_setupDesk;
+    receive::ListenerWatch m_listenerWatch;
+    wizard::SetupApplier m_setup;
     std::shared_ptr<AppDelegate> m_delegate;
-    std::shared_ptr<InstanceCommands> m_commands;
-    std::shared_ptr<DoctorCommands> m_doctor;
-    std::unique_ptr<HealthService> m_health;
+    std::shared_ptr<terminal::InstanceCommands> m_commands;
+    std::shared_ptr<terminal::DoctorCommands> m_doctor;
+    std::unique_ptr<monitor::HealthService> m_health;
     QString m_toldSession; // what operators were told of it last
     platform::NotificationCenter::Token m_sessionObserver;
     std::optional<receive::InboxWatch> m_inboxWatch; // from the launch on

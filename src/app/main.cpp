@@ -1,7 +1,7 @@
-#include "app/client_commands.h"
-#include "app/console.h"
 #include "app/entry.h"
 #include "app/program.h"
+#include "terminal/client/client_commands.h"
+#include "terminal/client/console.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QFile>
@@ -10,19 +10,20 @@
 #include <unistd.h>
 
 namespace app = gateway::app;
+namespace terminal = gateway::terminal;
 
 namespace {
 
 /// Becomes the program with windows, which lies beside this one. Returns only where that isn't installed.
-app::ExitCode becomeDesktop(char **argv)
+terminal::ExitCode becomeDesktop(char **argv)
 {
     const QString here = QFileInfo(QStringLiteral("/proc/self/exe")).canonicalPath();
     const QByteArray program = QFile::encodeName(here + QStringLiteral("/quorin-gateway-desktop"));
     ::execv(program.constData(), argv);
-    app::printError(
+    terminal::printError(
         QStringLiteral("The gateway's windows aren't installed here; start it with --headless to run "
                        "it without them."));
-    return app::ExitCode::failed;
+    return terminal::ExitCode::failed;
 }
 
 } // namespace
@@ -31,14 +32,16 @@ app::ExitCode becomeDesktop(char **argv)
 /// that runs.
 int main(int argc, char **argv)
 {
-    return app::enter(
-        argc, argv, [argc, argv](const app::Invocation &invocation, const app::HomeLayout &layout) mutable {
-            if (std::holds_alternative<app::RunDesktop>(invocation.command)) {
-                return becomeDesktop(argv);
-            }
-            const QCoreApplication application(argc, argv);
-            return std::holds_alternative<app::RunHeadless>(invocation.command)
-                       ? app::runHeadless(layout, invocation.options)
-                       : app::runCommand(layout, invocation);
-        });
+    return app::enter(argc,
+                      argv,
+                      [argc, argv](const terminal::Invocation &invocation,
+                                   const gateway::core::HomeLayout &layout) mutable {
+                          if (std::holds_alternative<terminal::RunDesktop>(invocation.command)) {
+                              return becomeDesktop(argv);
+                          }
+                          const QCoreApplication application(argc, argv);
+                          return std::holds_alternative<terminal::RunHeadless>(invocation.command)
+                                     ? app::runHeadless(layout, invocation.options)
+                                     : terminal::runCommand(layout, invocation);
+                      });
 }

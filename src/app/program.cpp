@@ -1,17 +1,17 @@
 #include "app/program.h"
 
-#include "app/command_requests.h"
-#include "app/console.h"
-#include "app/control_client.h"
-#include "app/control_server.h"
 #include "app/gateway.h"
 #include "app/headless_face.h"
-#include "app/health_verdict.h"
-#include "app/quit_signals.h"
-#include "app/service_manager.h"
 #include "index/schema.h"
+#include "monitor/health_verdict.h"
+#include "monitor/service_manager.h"
 #include "platform/files/file_error.h"
 #include "platform/files/home_lock.h"
+#include "platform/process/quit_signals.h"
+#include "terminal/client/console.h"
+#include "terminal/commands/command_requests.h"
+#include "terminal/control/control_client.h"
+#include "terminal/control/control_server.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QTimer>
@@ -32,18 +32,19 @@ constexpr std::chrono::seconds kAnswerPatience{30};
 constexpr std::chrono::seconds kStatusInterval{1};
 
 /// Hands the request to the instance that holds this home; false when none answers.
-bool handOver(const HomeLayout &layout)
+bool handOver(const core::HomeLayout &layout)
 {
-    const auto reply = askInstance(layout.controlSocket(), {requests::kActivate, {}}, kAnswerPatience);
-    if (!reply || reply->code != ExitCode::done) {
+    const auto reply =
+        terminal::askInstance(layout.controlSocket(), {terminal::requests::kActivate, {}}, kAnswerPatience);
+    if (!reply || reply->code != terminal::ExitCode::done) {
         return false;
     }
-    printOut(QStringLiteral("The gateway runs already for this home, as process %1.\n")
-                 .arg(reply->result.value(QStringLiteral("pid")).toInteger()));
+    terminal::printOut(QStringLiteral("The gateway runs already for this home, as process %1.\n")
+                           .arg(reply->result.value(QStringLiteral("pid")).toInteger()));
     return true;
 }
 
-QString unansweredSentence(const HomeLayout &layout)
+QString unansweredSentence(const core::HomeLayout &layout)
 {
     const std::optional<qint64> owner = platform::HomeLock::owner(layout.lockFile());
     return owner ? QStringLiteral("This home is used by process %1, which doesn't answer.").arg(*owner)
@@ -51,27 +52,28 @@ QString unansweredSentence(const HomeLayout &layout)
 }
 
 /// The event loop of one instance, from launch to quitting.
-ExitCode live(const HomeLayout &layout,
-              const GlobalOptions &options,
-              GatewayFace &face,
-              const std::function<void(Gateway &)> &join)
+terminal::ExitCode live(const core::HomeLayout &layout,
+                        const terminal::GlobalOptions &options,
+                        GatewayFace &face,
+                        const std::function<void(Gateway &)> &join)
 {
     Gateway gateway({layout,
                      options.bindAddress,
                      options.cloudUrl,
                      options.cloudKind,
                      options.metricsAddress,
-                     printError},
+                     terminal::printError},
                     face);
     join(gateway);
-    ServiceManager serviceManager;
-    std::optional<ControlServer> server;
-    server.emplace(layout.controlSocket(),
-                   [&gateway](const ControlRequest &request, const ControlServer::Answer &answer) {
-                       gateway.handle(request, answer);
-                   });
+    monitor::ServiceManager serviceManager;
+    std::optional<terminal::ControlServer> server;
+    server.emplace(
+        layout.controlSocket(),
+        [&gateway](const terminal::ControlRequest &request, const terminal::ControlServer::Answer &answer) {
+            gateway.handle(request, answer);
+        });
     // Not quit(), which windows may refuse.
-    const QuitSignals quitSignals([] { QCoreApplication::exit(); });
+    const platform::QuitSignals quitSignals([] { QCoreApplication::exit(); });
     QTimer watchdog;
     if (const auto interval = serviceManager.watchdogInterval()) {
         QObject::connect(&watchdog, &QTimer::timeout, &watchdog, [&] { serviceManager.alive(); });
@@ -80,7 +82,7 @@ ExitCode live(const HomeLayout &layout,
     QTimer status;
     if (serviceManager.isPresent()) {
         QObject::connect(&status, &QTimer::timeout, &status, [&] {
-            serviceManager.status(statusLine(gateway.healthFigures()));
+            serviceManager.status(monitor::statusLine(gateway.healthFigures()));
         });
         status.start(kStatusInterval);
     }
@@ -99,7 +101,8 @@ ExitCode live(const HomeLayout &layout,
 
 /// Becomes the instance of this home, or hands the request to the one that is. Whoever holds the lock without
 /// answering is given some time: an instance may still be starting, a command may be about to end.
-ExitCode liveOrHandOver(const HomeLayout &layout, const std::function<ExitCode()> &liveHere)
+terminal::ExitCode liveOrHandOver(const core::HomeLayout &layout,
+                                  const std::function<terminal::ExitCode()> &liveHere)
 {
     for (auto waited = std::chrono::milliseconds(0); waited < kStartingPatience; waited += kStartingStep) {
         if (const auto lock = platform::HomeLock::tryLock(layout.lockFile())) {
@@ -107,47 +110,48 @@ ExitCode liveOrHandOver(const HomeLayout &layout, const std::function<ExitCode()
             if (indexLock) {
                 return liveHere();
             }
-            printError(QStringLiteral("The index is used by another process."));
-            return ExitCode::failed;
+            terminal::printError(QStringLiteral("The index is used by another process."));
+            return terminal::ExitCode::failed;
         }
         if (handOver(layout)) {
-            return ExitCode::done;
+            return terminal::ExitCode::done;
         }
         std::this_thread::sleep_for(kStartingStep);
     }
-    printError(unansweredSentence(layout));
-    return ExitCode::failed;
+    terminal::printError(unansweredSentence(layout));
+    return terminal::ExitCode::failed;
 }
 
 } // namespace
 
-ExitCode runInstance(const HomeLayout &layout,
-                     const GlobalOptions &options,
-                     GatewayFace &face,
-                     const std::function<void(Gateway &)> &join)
+terminal::ExitCode runInstance(const core::HomeLayout &layout,
+                               const terminal::GlobalOptions &options,
+                               GatewayFace &face,
+                               const std::function<void(Gateway &)> &join)
 {
     try {
-        makeFolders(layout);
+        core::makeFolders(layout);
         return liveOrHandOver(layout, [&] { return live(layout, options, face, join); });
-    } catch (const HomeError &error) {
-        printError(error.message);
-    } catch (const ControlError &error) {
-        printError(error.message);
+    } catch (const core::HomeError &error) {
+        terminal::printError(error.message);
+    } catch (const terminal::ControlError &error) {
+        terminal::printError(error.message);
     } catch (const platform::FileError &error) {
-        printError(error.message());
+        terminal::printError(error.message());
     } catch (const platform::DefaultsError &error) {
-        printError(error.message());
+        terminal::printError(error.message());
     } catch (const index::StoreInUseError &error) {
-        printError(error.message());
+        terminal::printError(error.message());
     } catch (const index::IndexOpenError &error) {
-        printError(QStringLiteral("The index can't be opened: %1.").arg(QString::fromUtf8(error.what())));
+        terminal::printError(
+            QStringLiteral("The index can't be opened: %1.").arg(QString::fromUtf8(error.what())));
     }
-    return ExitCode::failed;
+    return terminal::ExitCode::failed;
 }
 
-ExitCode runHeadless(const HomeLayout &layout, const GlobalOptions &options)
+terminal::ExitCode runHeadless(const core::HomeLayout &layout, const terminal::GlobalOptions &options)
 {
-    HeadlessFace face(printError);
+    HeadlessFace face(terminal::printError);
     return runInstance(layout, options, face, [](Gateway &) {});
 }
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "app/command_line.h"
-#include "app/control_protocol.h"
-#include "app/home_layout.h"
+#include "core/home_layout.h"
+#include "terminal/commands/command_line.h"
+#include "terminal/control/control_protocol.h"
 
 #include <functional>
 
@@ -17,14 +17,14 @@ class GatewayFace;
 /// \param join  called once the gateway is made, before its launch, so that a face with screens gets them.
 ///
 /// Thread: main, with an application object.
-ExitCode runInstance(const HomeLayout &layout,
-                     const GlobalOptions &options,
-                     GatewayFace &face,
-                     const std::function<void(Gateway &)> &join);
+terminal::ExitCode runInstance(const core::HomeLayout &layout,
+                               const terminal::GlobalOptions &options,
+                               GatewayFace &face,
+                               const std::function<void(Gateway &)> &join);
 
 /// Runs the gateway without a display.
 ///
 /// Thread: main, with an application object.
-ExitCode runHeadless(const HomeLayout &layout, const GlobalOptions &options);
+terminal::ExitCode runHeadless(const core::HomeLayout &layout, const terminal::GlobalOptions &options);
 
 } // namespace gateway::app

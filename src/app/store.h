@@ -7,6 +7,8 @@
 #include "receive/store_listener_service.h"
 #include "receive/store_manual_import_service.h"
 #include "upload/store_upload_coordinator.h"
+#include "upload/upload_requests.h"
+#include "wizard/setup_listener.h"
 
 #include <QCoro/QCoroTask>
 #include <QtCore/QString>
@@ -21,7 +23,9 @@ namespace gateway::app {
 /// Owns the services that receive and send, and guards them by the setup gate.
 ///
 /// Owner: Gateway, made on first use. Thread: any for `requestUpload`; main for the rest.
-class Store : public std::enable_shared_from_this<Store>
+class Store final : public upload::UploadRequests,
+                    public wizard::SetupListener,
+                    public std::enable_shared_from_this<Store>
 {
 public:
     struct Collaborators
@@ -49,9 +53,9 @@ public:
     ///
     /// \param reason  a short word for the log, such as "app_launch".
     void requestUpload(const QString &reason,
-                       upload::UploadUrgency urgency = upload::UploadUrgency::whenOpen);
+                       upload::UploadUrgency urgency = upload::UploadUrgency::whenOpen) override;
 
-    receive::StoreListenerService &listenerService() const { return *m_listenerService; }
+    receive::StoreListenerService &listenerService() const override { return *m_listenerService; }
 
     receive::StoreManualImportService &manualImportService() const { return *m_manualImportService; }
 
@@ -63,7 +67,7 @@ public:
     /// \param wait     how long to wait.
     /// \param seconds  the same, for the text of the error.
     /// \throws core::StoreStartupError  at once when the listener reports a failed start, or after the wait.
-    QCoro::Task<void> waitForListenerStart(std::chrono::nanoseconds wait, double seconds);
+    QCoro::Task<void> waitForListenerStart(std::chrono::nanoseconds wait, double seconds) override;
 
 private:
     /// Asks for an upload run as long as the coordinator lives.

@@ -42,4 +42,14 @@ bool mayUseFolder(const QString &folder)
     return accessible(folder, W_OK | X_OK);
 }
 
+QString incomingFolder(const core::Settings &settings, const QString &defaultFolder)
+{
+    if (const std::optional<QByteArray> bookmark = settings.listenerDestinationFolderBookmark.get()) {
+        if (const auto resolved = resolveFolderBookmark(*bookmark)) {
+            return resolved->path;
+        }
+    }
+    return settings.listenerDestinationFolder.get().value_or(defaultFolder);
+}
+
 } // namespace gateway::receive

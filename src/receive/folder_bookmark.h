@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/settings.h"
+
 #include <QtCore/QByteArray>
 #include <QtCore/QString>
 
@@ -25,5 +27,10 @@ std::optional<ResolvedBookmark> resolveFolderBookmark(const QByteArray &bookmark
 
 /// Whether this process may enter the folder and write in it.
 bool mayUseFolder(const QString &folder);
+
+/// The folder in which received files arrive by the settings.
+///
+/// \param defaultFolder  where none is chosen.
+QString incomingFolder(const core::Settings &settings, const QString &defaultFolder);
 
 } // namespace gateway::receive

@@ -1,5 +1,5 @@
-#include "app/prometheus_text.h"
-#include "app/testing/full_metrics.h"
+#include "monitor/prometheus_text.h"
+#include "monitor/testing/full_metrics.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
@@ -13,7 +13,7 @@
 
 #include <gtest/gtest.h>
 
-namespace gateway::app {
+namespace gateway::monitor {
 namespace {
 
 constexpr int kPatienceMilliseconds = 60'000;
@@ -171,4 +171,4 @@ TEST(SystemdUnit, WouldBeFoundOutIfAKeyWereMisspelt)
 }
 
 } // namespace
-} // namespace gateway::app
+} // namespace gateway::monitor

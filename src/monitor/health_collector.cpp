@@ -1,0 +1,114 @@
+#include "monitor/health_collector.h"
+
+#include "platform/dicom/dcmtk_store_scp.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace gateway::monitor {
+
+namespace {
+
+constexpr double kBytesPerMegabit = 1'000'000.0 / 8;
+
+} // namespace
+
+HealthCollector::HealthCollector(Collaborators collaborators) : m_with(std::move(collaborators)) {}
+
+void HealthCollector::sample()
+{
+    m_receiving.add(m_with.clock.monotonic(), m_with.events.totals().receivedImages);
+    m_with.freeSpace->refresh();
+}
+
+void HealthCollector::refresh()
+{
+    m_with.freeSpace->refresh();
+    m_with.failedFiles->refresh();
+}
+
+HealthFigures HealthCollector::collect()
+{
+    HealthFigures figures;
+    figures.listener = listener();
+    const state::UpkeepFigures upkeep = m_with.upkeep();
+    figures.setAsideFiles = upkeep.setAsideFiles;
+    figures.isRetentionHeldBack = upkeep.isRetentionHeldBack;
+    figures.index = index();
+    figures.storage = storage();
+    figures.cloud = cloud();
+    figures.isSetupFinished = !core::isSetupRequired(m_with.settings);
+    figures.totals = m_with.events.totals();
+    return figures;
+}
+
+HealthFigures::Listener HealthCollector::listener() const
+{
+    const state::ListenerFigures known = m_with.listener.figures();
+    return {.isEnabled = known.isEnabled,
+            .isListening = known.isBound,
+            .aeTitle = known.aeTitle,
+            .port = known.port,
+            .failure = known.failure,
+            .openAssociations = static_cast<int>(m_with.state.openReceiveAssociations()),
+            .receivedPerSecond = m_receiving.perSecond()};
+}
+
+HealthFigures::Index HealthCollector::index() const
+{
+    const std::optional<index::IndexFigures> known = m_with.index.figures();
+    if (!known) {
+        return {};
+    }
+    HealthFigures::Index figures{.isAnswering = true,
+                                 .studies = known->total.studies,
+                                 .series = known->total.series,
+                                 .images = known->total.images,
+                                 .unsent = known->total.images - known->syncedImages,
+                                 .synced = known->syncedImages,
+                                 .failed = known->failedImages,
+                                 .oldestUnsentAge = {}};
+    if (known->oldestUnsentImageDate) {
+        // A clock that was set back makes no negative age.
+        figures.oldestUnsentAge =
+            std::max(std::chrono::milliseconds(known->oldestUnsentImageDate->msecsTo(m_with.clock.now())),
+                     std::chrono::milliseconds(0));
+    }
+    return figures;
+}
+
+HealthFigures::Storage HealthCollector::storage() const
+{
+    std::optional<qint64> usedBytes;
+    if (m_with.state.isStorageMeasured()) {
+        usedBytes = m_with.state.figures().receivedStorageUsage.usedBytes;
+    }
+    return {.usedBytes = usedBytes,
+            .reserveBytes = platform::kFreeSpaceReserveBytes,
+            .rooms = m_with.freeSpace->rooms(platform::kFreeSpaceReserveBytes)};
+}
+
+std::optional<std::chrono::milliseconds> HealthCollector::until(const std::optional<QDateTime> &moment) const
+{
+    if (!moment) {
+        return std::nullopt;
+    }
+    const std::chrono::milliseconds left(m_with.clock.now().msecsTo(*moment));
+    return std::max(left, std::chrono::milliseconds(0));
+}
+
+HealthFigures::Cloud HealthCollector::cloud() const
+{
+    const auto pause = m_with.uploadCoordinator.closure();
+    return {.isOnline = m_with.cloudWatch.isOnline(),
+            .session = m_with.auth.standing().state,
+            .areTermsRequired = m_with.cloudWatch.areTermsRequired(),
+            .isUploading = m_with.uploadRuns.figures().isRunning,
+            .uploadBytesPerSecond = m_with.state.figures().uploadSpeedMbps * kBytesPerMegabit,
+            .failedFiles = m_with.failedFiles->counts().byClass,
+            .waitingFiles = m_with.failedFiles->counts().waiting.files,
+            .untilNextTry = until(m_with.failedFiles->counts().waiting.next),
+            .pause = pause ? until(pause->until) : std::nullopt};
+}
+
+} // namespace gateway::monitor

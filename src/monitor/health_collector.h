@@ -1,0 +1,74 @@
+#pragma once
+
+#include "account/cloud_watch.h"
+#include "account/quorin_auth_view_model.h"
+#include "core/settings.h"
+#include "index/dicom_db.h"
+#include "monitor/event_counts.h"
+#include "monitor/failed_files.h"
+#include "monitor/free_space_watch.h"
+#include "monitor/health_figures.h"
+#include "monitor/recent_rate.h"
+#include "platform/concurrency/clock.h"
+#include "receive/listener_watch.h"
+#include "state/gateway_app_state.h"
+#include "state/upkeep_figures.h"
+#include "upload/store_upload_coordinator.h"
+#include "upload/upload_run_watcher.h"
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <optional>
+
+namespace gateway::monitor {
+
+/// Gathers what operators watch from those who know it: the one place that knows where each figure lives.
+///
+/// Owner: Gateway. Thread: main. Nothing here waits for a disk or for the network but the index's counts.
+class HealthCollector
+{
+public:
+    struct Collaborators
+    {
+        core::Settings &settings;
+        index::DicomDB &index;
+        account::QuorinAuthViewModel &auth;
+        state::GatewayAppState &state;
+        const upload::UploadRunWatcher &uploadRuns;
+        const EventCounts &events;
+        const platform::Clock &clock;
+        const receive::ListenerWatch &listener;
+        const upload::StoreUploadCoordinator &uploadCoordinator;
+        const account::CloudWatch &cloudWatch;
+        std::shared_ptr<FreeSpaceWatch> freeSpace;
+        std::shared_ptr<FailedFiles> failedFiles;
+        std::function<state::UpkeepFigures()> upkeep;
+    };
+
+    /// How often the caller takes samples.
+    static constexpr std::chrono::seconds kSampling{10};
+
+    explicit HealthCollector(Collaborators collaborators);
+
+    /// Takes the samples that rates and forecasts are made of.
+    void sample();
+
+    /// The figures of this moment.
+    HealthFigures collect();
+
+    /// Asks for what others measure, so that later figures have it; returns at once.
+    void refresh();
+
+private:
+    HealthFigures::Listener listener() const;
+    HealthFigures::Index index() const;
+    HealthFigures::Storage storage() const;
+    HealthFigures::Cloud cloud() const;
+    std::optional<std::chrono::milliseconds> until(const std::optional<QDateTime> &moment) const;
+
+    const Collaborators m_with;
+    RecentRate m_receiving;
+};
+
+} // namespace gateway::monitor

@@ -1,0 +1,193 @@
+#include "monitor/health_server.h"
+
+#include "monitor/health_answers.h"
+#include "monitor/health_connection.h"
+
+#include <list>
+#include <utility>
+
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace gateway::monitor {
+
+namespace {
+
+/// How often deadlines are looked at while there are connections; without any nothing wakes the thread.
+constexpr int kTickMilliseconds = 100;
+
+} // namespace
+
+/// The one thread's work.
+class HealthServer::Loop
+{
+public:
+    Loop(std::vector<platform::ListeningSocket> sockets, const Collaborators &with, int wake, Board &board)
+        : m_sockets(std::move(sockets)), m_with(with), m_wake(wake), m_board(board)
+    {
+    }
+
+    void run(const std::stop_token &stop)
+    {
+        while (!stop.stop_requested()) {
+            wait();
+            const std::chrono::nanoseconds now = m_with.clock.monotonic();
+            acceptAll(now);
+            for (HealthConnection &connection : m_connections) {
+                connection.checkDeadline(now);
+            }
+            answerWaiting(now);
+            m_connections.remove_if([](const HealthConnection &connection) {
+                return connection.state() == HealthConnection::State::over;
+            });
+        }
+    }
+
+private:
+    /// Sleeps until something happens, and lets the connections that can go on do so.
+    void wait()
+    {
+        std::vector<pollfd> polled{{m_wake, POLLIN, 0}};
+        for (HealthConnection &connection : m_connections) {
+            polled.push_back({connection.descriptor(), connection.events(), 0});
+        }
+        if (!std::exchange(m_isStarved, false)) {
+            for (const platform::ListeningSocket &socket : m_sockets) {
+                polled.push_back({socket.descriptor(), POLLIN, 0});
+            }
+        }
+        const bool hasDeadlines = !m_connections.empty() || polled.size() == 1;
+        ::poll(polled.data(), polled.size(), hasDeadlines ? kTickMilliseconds : -1);
+
+        if (polled.front().revents != 0) {
+            eventfd_t count = 0;
+            ::eventfd_read(m_wake, &count);
+        }
+        const std::chrono::nanoseconds now = m_with.clock.monotonic();
+        std::size_t index = 1;
+        for (HealthConnection &connection : m_connections) {
+            if (polled.at(index++).revents != 0) {
+                connection.proceed(now);
+            }
+        }
+    }
+
+    void acceptAll(std::chrono::nanoseconds now)
+    {
+        for (const platform::ListeningSocket &socket : m_sockets) {
+            int accepted = -1;
+            while ((accepted = ::accept4(
+                        socket.descriptor(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK)) >= 0) {
+                take(accepted, now);
+            }
+            // Without a free descriptor the socket would stay readable: it is left alone for a moment.
+            m_isStarved |= errno != EAGAIN && errno != EINTR && errno != ECONNABORTED;
+        }
+    }
+
+    void take(int accepted, std::chrono::nanoseconds now)
+    {
+        // Fails on a Unix socket, which needs it as little.
+        const int on = 1;
+        ::setsockopt(accepted, IPPROTO_TCP, TCP_NODELAY, &on, sizeof(on));
+        if (m_connections.size() >= kMaxConnections) {
+            m_connections.pop_front();
+        }
+        m_connections.emplace_back(accepted, now);
+    }
+
+    void answerWaiting(std::chrono::nanoseconds now)
+    {
+        const std::uint64_t published = lastPublished();
+        for (HealthConnection &connection : m_connections) {
+            if (connection.state() != HealthConnection::State::waiting) {
+                continue;
+            }
+            const std::uint64_t wanted = connection.wantedFigures();
+            if (wanted == 0) {
+                connection.setWantedFigures(published + 1);
+                ask(published + 1);
+            } else if (published >= wanted || connection.hasWaitedEnough(now)) {
+                connection.answer(m_answers.answer(connection.request(), view(published >= wanted, now)),
+                                  now);
+            }
+        }
+    }
+
+    /// Asks the main thread once for the figures of this number, however many requests wait for them.
+    void ask(std::uint64_t number)
+    {
+        if (m_asked < number) {
+            m_asked = number;
+            m_with.askForFigures();
+        }
+    }
+
+    std::uint64_t lastPublished() const
+    {
+        const platform::MutexLock lock(m_board.mutex);
+        return m_board.count;
+    }
+
+    MetricsView view(bool isMainLoopAnswering, std::chrono::nanoseconds now) const
+    {
+        MetricsView view;
+        {
+            const platform::MutexLock lock(m_board.mutex);
+            view.figures = m_board.figures;
+            if (view.figures) {
+                view.age = now - m_board.publishedAt;
+            }
+        }
+        view.isMainLoopAnswering = isMainLoopAnswering;
+        view.process = readProcessFigures();
+        view.version = m_with.version;
+        return view;
+    }
+
+    const std::vector<platform::ListeningSocket> m_sockets;
+    const Collaborators &m_with;
+    const int m_wake;
+    Board &m_board;
+    HealthAnswers m_answers;
+    std::list<HealthConnection> m_connections; // oldest first
+    std::uint64_t m_asked = 0;
+    bool m_isStarved = false; // of descriptors, at the last try to accept
+};
+
+HealthServer::HealthServer(std::vector<platform::ListeningSocket> sockets, Collaborators collaborators)
+    : m_with(std::move(collaborators)), m_wake(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
+      m_loop(std::make_unique<Loop>(std::move(sockets), m_with, m_wake, m_board)),
+      m_thread("health", [this](const std::stop_token &stop) { m_loop->run(stop); })
+{
+}
+
+HealthServer::~HealthServer()
+{
+    m_thread.cancel();
+    wake();
+    m_thread.join();
+    ::close(m_wake);
+}
+
+void HealthServer::publish(HealthFigures figures)
+{
+    {
+        const platform::MutexLock lock(m_board.mutex);
+        m_board.figures = std::move(figures);
+        m_board.publishedAt = m_with.clock.monotonic();
+        ++m_board.count;
+    }
+    wake();
+}
+
+void HealthServer::wake() const
+{
+    ::eventfd_write(m_wake, 1);
+}
+
+} // namespace gateway::monitor

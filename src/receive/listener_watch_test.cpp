@@ -1,0 +1,63 @@
+#include "receive/listener_watch.h"
+
+#include "receive/testing/receive_world.h"
+#include "state/testing/state_world.h"
+
+#include <gtest/gtest.h>
+
+namespace gateway::receive {
+namespace {
+
+class ListenerWatching : public ::testing::Test
+{
+protected:
+    testing::ReceiveWorld m_world;
+    state::testing::StateWorld m_live;
+    ListenerWatch m_watch{
+        {m_world.defaults, m_world.notifications, *m_world.service, m_live.state(), u"127.0.0.1"_qs}};
+};
+
+TEST_F(ListenerWatching, TellsTheConfiguredPortWhileNothingListens)
+{
+    m_world.configure([](core::DCMListenerSettings &record) {
+        record.aeTitle = u"GATE"_qs;
+        record.port = 4242;
+        record.isEnabled = false;
+    });
+
+    const state::ListenerFigures figures = m_watch.figures();
+
+    EXPECT_FALSE(figures.isEnabled);
+    EXPECT_FALSE(figures.isStarted);
+    EXPECT_FALSE(figures.isBound);
+    EXPECT_EQ(figures.aeTitle, u"GATE"_qs);
+    EXPECT_EQ(figures.port, 4242);
+    EXPECT_EQ(figures.address, u"127.0.0.1:4242"_qs);
+    EXPECT_EQ(figures.failure, QString());
+}
+
+TEST_F(ListenerWatching, KeepsWhyAStartFailedUntilOneSucceeds)
+{
+    m_world.service->startListener();
+    m_world.scps.front()->end(1);
+    m_world.waitUntil([this] { return !m_world.errors.isEmpty(); });
+
+    EXPECT_FALSE(m_watch.figures().isStarted);
+    EXPECT_TRUE(m_watch.figures().failure.startsWith(u"Failed to start DIMSE listener"_qs));
+
+    m_world.service->startListener();
+    m_world.waitUntil([this] { return m_watch.figures().failure.isEmpty(); });
+
+    EXPECT_TRUE(m_watch.figures().isStarted);
+}
+
+TEST(ListenerFailureText, NamesTheReasonWhereItHasOne)
+{
+    EXPECT_EQ(listenerFailureText({}), u"Failed to start DIMSE listener."_qs);
+    EXPECT_EQ(
+        listenerFailureText({{core::kMessageKey, u"No port."_qs}, {kListenerFailureReasonKey, u"Taken."_qs}}),
+        u"No port. Taken."_qs);
+}
+
+} // namespace
+} // namespace gateway::receive

@@ -1,0 +1,108 @@
+#include "shell/desktop/attention_watch.h"
+
+#include "core/notification_names.h"
+
+#include <utility>
+
+namespace gateway::shell {
+
+namespace {
+
+/// Room for some four thousand CT images: time for a person to come before images are refused.
+constexpr qint64 kNearlyFullBytes = qint64{2} * 1024 * 1024 * 1024;
+
+} // namespace
+
+bool isNearlyFull(qint64 availableBytes)
+{
+    return availableBytes < kNearlyFullBytes;
+}
+
+AttentionWatch::AttentionWatch(const Collaborators &with)
+    : m_with(with), m_lastSession(with.auth.standing().state),
+      m_lastFailedImages(with.appState.figures().failedImagesCount)
+{
+    observe(core::kStoreListenerError, AttentionCause::listenerFailed);
+    observe(core::kQuorinCloudTermsRequired, AttentionCause::termsNeeded);
+    m_observers.push_back(m_with.notifications.observe(core::kAuthStateChanged,
+                                                       [this](const QVariantMap &) { sessionChanged(); }));
+    connect(&m_with.cloudStorage,
+            &account::QuorinCloudStorageLimitViewModel::changed,
+            this,
+            &AttentionWatch::cloudStorageChanged);
+    connect(&m_with.appState, &state::GatewayAppState::published, this, &AttentionWatch::figureChanged);
+}
+
+void AttentionWatch::observe(const QString &name, AttentionCause cause)
+{
+    m_observers.push_back(m_with.notifications.observe(
+        name, [this, cause](const QVariantMap &) { m_with.attention.call(cause); }));
+}
+
+/// Whoever signs out on purpose needn't be called; a session that the cloud has ended leaves images waiting,
+/// and so do credentials that an archive refuses.
+void AttentionWatch::sessionChanged()
+{
+    using account::SessionState;
+    const SessionState now = m_with.auth.standing().state;
+    const SessionState before = std::exchange(m_lastSession, now);
+    if (now != before && (now == SessionState::ended || now == SessionState::credentialsRefused)) {
+        m_with.attention.call(AttentionCause::signInNeeded);
+    }
+}
+
+void AttentionWatch::cloudStorageChanged()
+{
+    const auto &usage = m_with.cloudStorage.storageUsage();
+    const bool isUsedUp = usage && usage->allowanceInKb > 0 && usage->usedInKb >= usage->allowanceInKb;
+    if (isUsedUp && m_with.appState.figures().notSyncedImagesCount > 0) {
+        m_with.attention.call(AttentionCause::allowanceUsedUp);
+    }
+}
+
+void AttentionWatch::figureChanged(state::GatewayField field)
+{
+    if (field == state::GatewayField::receivedStorageUsage && m_with.appState.isStorageMeasured() &&
+        isNearlyFull(m_with.appState.figures().receivedStorageUsage.availableBytes)) {
+        m_with.attention.call(AttentionCause::diskNearlyFull);
+    } else if (field == state::GatewayField::failedImagesCount) {
+        failuresChanged();
+    }
+}
+
+/// Only failures that have just happened call: those of yesterday may have been seen to by now.
+void AttentionWatch::failuresChanged()
+{
+    const std::int64_t failed = m_with.appState.figures().failedImagesCount;
+    if (failed > std::exchange(m_lastFailedImages, failed)) {
+        askWhyUploadsFail();
+    }
+}
+
+void AttentionWatch::askWhyUploadsFail()
+{
+    const std::chrono::nanoseconds now = m_with.clock.monotonic();
+    if (m_askedAt && now - *m_askedAt < kAskingPause) {
+        return;
+    }
+    m_askedAt = now;
+    m_with.pool.run(
+        [this, &main = m_with.main, ask = m_with.failureClasses, life = std::weak_ptr<const void>(m_life)] {
+            main.post(life, [this, classes = ask()] { uploadsFail(classes); });
+        });
+}
+
+void AttentionWatch::uploadsFail(const QList<core::FailureClass> &classes)
+{
+    if (classes.contains(core::FailureClass::sessionEnded) && !m_with.auth.state().isSignedIn()) {
+        m_with.attention.call(AttentionCause::signInNeeded);
+    }
+    if (classes.contains(core::FailureClass::termsNotAccepted)) {
+        m_with.attention.call(AttentionCause::termsNeeded);
+    }
+    if (classes.contains(core::FailureClass::storageUsedUp)) {
+        m_with.attention.call(AttentionCause::allowanceUsedUp);
+    }
+}
+
+} // namespace gateway::shell

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <QtCore/QtGlobal>
+
+namespace gateway::state {
+
+/// What a person should know of although nothing of it has failed. Thread: a plain value.
+struct UpkeepFigures
+{
+    qint64 setAsideFiles = 0;         ///< received and acknowledged, and not taken in
+    bool isRetentionHeldBack = false; ///< the clock is in doubt, so nothing goes by its age
+};
+
+} // namespace gateway::state

@@ -1,0 +1,239 @@
+#include "terminal/client/client_commands.h"
+
+#include "terminal/client/console.h"
+#include "terminal/client/import_client.h"
+#include "terminal/client/log_commands.h"
+#include "terminal/client/offline_commands.h"
+#include "terminal/commands/account_requests.h"
+#include "terminal/commands/command_requests.h"
+#include "terminal/commands/doctor_report.h"
+#include "terminal/commands/retention_option.h"
+#include "terminal/commands/status_report.h"
+#include "terminal/control/control_client.h"
+#include "terminal/instance/doctor_commands.h"
+
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonDocument>
+
+#include <chrono>
+#include <thread>
+#include <variant>
+
+namespace gateway::terminal {
+
+namespace {
+
+/// Long enough for a cloud that is slow to refuse a sign-in.
+constexpr std::chrono::seconds kPatience{150};
+
+/// Long enough for large files on a slow line.
+constexpr std::chrono::hours kReportPatience{6};
+
+/// Every stored file is looked at, and there may be millions.
+constexpr std::chrono::hours kDoctorPatience{24};
+
+constexpr std::chrono::seconds kWatchInterval{2};
+
+ExitCode report(const ControlReply &reply)
+{
+    if (reply.code != ExitCode::done) {
+        printError(reply.error);
+    }
+    return reply.code;
+}
+
+/// One run of the program: each command is one member function.
+class CommandRunner
+{
+public:
+    CommandRunner(const core::HomeLayout &layout, const GlobalOptions &options)
+        : m_layout(layout), m_options(options)
+    {
+    }
+
+    // These two aren't for an instance that runs.
+    ExitCode operator()(const RunHeadless &) const { return ExitCode::usage; }
+    ExitCode operator()(const RunDesktop &) const { return ExitCode::usage; }
+
+    ExitCode operator()(const SetupCommand &command) const
+    {
+        if (!parseRetentionOption(command.autoDelete)) {
+            printError(QStringLiteral("--auto-delete takes never, N-days or N-months."));
+            return ExitCode::usage;
+        }
+        return finish(askOrWork(setupRequest(command)), [](const QJsonObject &result) {
+            return QStringLiteral("Setup is finished. The listener's address is %1.\n")
+                .arg(result.value(QStringLiteral("address")).toString());
+        });
+    }
+
+    ExitCode operator()(const SignInCommand &command) const
+    {
+        return finish(ask(signInRequest(command, readSecret(QStringLiteral("Password")))),
+                      [](const QJsonObject &result) {
+                          const QString label = result.value(QStringLiteral("label")).toString();
+                          const QString remark = result.value(QStringLiteral("remark")).toString();
+                          const QString words =
+                              label.isEmpty() ? QStringLiteral("You are now signed in.\n")
+                                              : QStringLiteral("You are now signed in as %1.\n").arg(label);
+                          return remark.isEmpty() ? words : words + remark + u'\n';
+                      });
+    }
+
+    ExitCode operator()(const SignOutCommand &) const
+    {
+        return finish(ask({requests::kSignOut, {}}),
+                      [](const QJsonObject &) { return QStringLiteral("You are signed out.\n"); });
+    }
+
+    ExitCode operator()(const UploadCommand &) const
+    {
+        return finish(ask({requests::kUpload, {}}),
+                      [](const QJsonObject &) { return QStringLiteral("An upload run was asked for.\n"); });
+    }
+
+    ExitCode operator()(const ImportCommand &command) const { return runImport(m_layout, command); }
+
+    ExitCode operator()(const StatusCommand &command) const
+    {
+        const auto words = [&](const QJsonObject &status) {
+            return command.asJson ? jsonLine(status) : statusText(status);
+        };
+        ExitCode code = finish(ask({requests::kStatus, {}}), words);
+        while (command.watch && code == ExitCode::done) {
+            std::this_thread::sleep_for(kWatchInterval);
+            if (!command.asJson) {
+                printOut(QStringLiteral("\n"));
+            }
+            code = finish(ask({requests::kStatus, {}}), words);
+        }
+        return code;
+    }
+
+    ExitCode operator()(const SettingsCommand &command) const
+    {
+        return finish(askOrWork(settingsRequest(command)), [&](const QJsonObject &result) {
+            return command.action == SettingsCommand::Action::list
+                       ? listText(result.value(QStringLiteral("settings")).toArray())
+                       : result.value(QStringLiteral("value")).toString() + u'\n';
+        });
+    }
+
+    ExitCode operator()(const DoctorCommand &command) const
+    {
+        bool isWell = false;
+        const ExitCode code =
+            finish(askOrWork(doctorRequest(command), kDoctorPatience), [&](const QJsonObject &found) {
+                isWell = found.value(QStringLiteral("well")).toBool();
+                return command.asJson ? jsonLine(found) : doctorText(found);
+            });
+        return code == ExitCode::done && !isWell ? ExitCode::failed : code;
+    }
+
+    ExitCode operator()(const LogsCommand &command) const { return showLogs(m_layout.logFolder, command); }
+
+    ExitCode operator()(const TermsCommand &command) const
+    {
+        return finish(ask(termsRequest(command)), [&](const QJsonObject &result) {
+            switch (command.action) {
+            case TermsCommand::Action::show:
+                return command.asJson ? jsonLine(result) : termsText(result);
+            case TermsCommand::Action::accept:
+                return QStringLiteral("Quorin Cloud Terms & Conditions, version %1, accepted.\n")
+                    .arg(result.value(QStringLiteral("version")).toString());
+            case TermsCommand::Action::decline:
+                return QStringLiteral("Quorin Cloud Terms & Conditions were declined. You have been signed "
+                                      "out.\n");
+            }
+            return QString();
+        });
+    }
+
+    ExitCode operator()(const AccountCommand &command) const
+    {
+        switch (command.action) {
+        case AccountCommand::Action::show:
+            return finish(ask(accountRequest(command)), [&](const QJsonObject &profile) {
+                return command.asJson ? jsonLine(profile) : profileText(profile);
+            });
+        case AccountCommand::Action::set:
+            return finish(ask(accountRequest(command)), [](const QJsonObject &) {
+                return QStringLiteral("Account updated successfully.\n");
+            });
+        case AccountCommand::Action::password:
+            return changePassword();
+        }
+        return ExitCode::usage;
+    }
+
+    ExitCode operator()(const ReportCommand &command) const
+    {
+        if (!command.attachments.isEmpty() && !command.happenedDuringImport &&
+            !command.happenedDuringOpening) {
+            printError(QStringLiteral("Files are sent with --during-import or --during-opening only."));
+            return ExitCode::usage;
+        }
+        return finish(ask(reportRequest(command), kReportPatience), [](const QJsonObject &) {
+            return QStringLiteral("Report has been sent successfully.\n");
+        });
+    }
+
+private:
+    ExitCode changePassword() const
+    {
+        account::GatewayPasswordForm form;
+        form.currentPassword = readSecret(QStringLiteral("Current Password"));
+        form.newPassword = readSecret(QStringLiteral("New Password"));
+        form.confirmPassword = readSecret(QStringLiteral("Confirm New Password"));
+        return finish(ask(passwordRequest(form)), [](const QJsonObject &) {
+            return QStringLiteral("Your password has been changed successfully.\n");
+        });
+    }
+
+    static QString jsonLine(const QJsonObject &object)
+    {
+        return QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact)) + u'\n';
+    }
+
+    ControlReply ask(const ControlRequest &request, std::chrono::milliseconds patience = kPatience) const
+    {
+        return askInstance(m_layout.controlSocket(), request, patience).value_or(noInstance());
+    }
+
+    ControlReply askOrWork(const ControlRequest &request,
+                           std::chrono::milliseconds patience = kPatience) const
+    {
+        const std::optional<ControlReply> reply = askInstance(m_layout.controlSocket(), request, patience);
+        return reply ? *reply : workWithoutInstance(m_layout, m_options, request);
+    }
+
+    template <typename Words>
+    static ExitCode finish(const ControlReply &reply, Words words)
+    {
+        if (reply.code == ExitCode::done) {
+            printOut(words(reply.result));
+        }
+        return report(reply);
+    }
+
+    static QString listText(const QJsonArray &settings)
+    {
+        QString text;
+        for (const auto &setting : settings) {
+            text += QStringLiteral("%1 = %2\n").arg(setting[u"key"].toString(), setting[u"value"].toString());
+        }
+        return text;
+    }
+
+    const core::HomeLayout &m_layout;
+    const GlobalOptions &m_options;
+};
+
+} // namespace
+
+ExitCode runCommand(const core::HomeLayout &layout, const Invocation &invocation)
+{
+    return std::visit(CommandRunner(layout, invocation.options), invocation.command);
+}
+
+} // namespace gateway::terminal

@@ -1,0 +1,246 @@
+#include "terminal/client/log_commands.h"
+
+#include "log/log_rows.h"
+#include "platform/files/file_error.h"
+#include "platform/process/quit_signals.h"
+#include "terminal/client/console.h"
+
+#include <QtCore/QCoreApplication>
+#include <QtCore/QLocale>
+#include <QtCore/QStringList>
+#include <QtCore/QTimer>
+
+#include <cerrno>
+#include <chrono>
+#include <optional>
+#include <utility>
+
+namespace gateway::terminal {
+
+namespace {
+
+/// As often as the log screen refreshes at most.
+constexpr std::chrono::seconds kFollowInterval{1};
+
+/// Lines that are written together.
+constexpr qsizetype kBatchBytes = 65'536;
+
+constexpr int kLevelWidth = 7;
+constexpr int kCategoryWidth = 11;
+
+/// Control characters and invisible marks could make a terminal show something else than what is there.
+QString harmless(QString text)
+{
+    for (QChar &character : text) {
+        if (character.category() == QChar::Other_Control || character.category() == QChar::Other_Format) {
+            character = QChar::ReplacementCharacter;
+        }
+    }
+    return text;
+}
+
+template <typename Value>
+void appendNumber(QStringList &pieces, const QString &key, const std::optional<Value> &number)
+{
+    if (number) {
+        pieces.append(key + QString::number(*number));
+    }
+}
+
+void appendText(QStringList &pieces, const QString &key, const std::optional<QString> &text)
+{
+    if (text) {
+        pieces.append(key + *text);
+    }
+}
+
+/// Takes the words of the command line; nothing, with the reason said, where one of them is unknown.
+std::optional<log::LogFilter> filterOf(const LogsCommand &command)
+{
+    const auto level = log::levelFilter(command.level);
+    if (!level) {
+        printError(
+            QStringLiteral("There is no level \"%1\": --level takes all, debug, info, warning or error.")
+                .arg(command.level));
+        return std::nullopt;
+    }
+    const auto category = log::categoryFilter(command.category);
+    if (!category) {
+        printError(
+            QStringLiteral("There is no category \"%1\": --category takes all, listener, receive, send, "
+                           "uploadQueue or quorinCloud.")
+                .arg(command.category));
+        return std::nullopt;
+    }
+    return log::LogFilter{*level, *category, command.searchText};
+}
+
+/// Standard output for as long as somebody reads it.
+class Output
+{
+public:
+    bool write(QByteArrayView lines)
+    {
+        if (m_error == 0) {
+            m_error = writeOut(lines);
+        }
+        return m_error == 0;
+    }
+
+    /// The end of the command. A reader who has seen enough is no failure.
+    ExitCode end() const
+    {
+        if (m_error == 0 || m_error == EPIPE) {
+            return ExitCode::done;
+        }
+        printError(platform::FileError("write the log", m_error).message());
+        return ExitCode::failed;
+    }
+
+private:
+    int m_error = 0;
+};
+
+/// Prints what is new at each tick until a signal, a failure or the end of the output.
+ExitCode follow(const QString &folder, const log::LogFilter &filter, LogPrinter::Form form)
+{
+    Output output;
+    bool isInterrupted = false;
+    const platform::QuitSignals quitSignals([&isInterrupted] {
+        isInterrupted = true;
+        QCoreApplication::quit();
+    });
+    LogPrinter printer(folder, filter, form, [&](QByteArrayView lines) {
+        // The first print may be long: a signal must be seen meanwhile.
+        QCoreApplication::processEvents();
+        return !isInterrupted && output.write(lines);
+    });
+    ExitCode code = ExitCode::done;
+    QTimer timer;
+    timer.setSingleShot(true);
+    QObject::connect(&timer, &QTimer::timeout, &timer, [&] {
+        try {
+            if (!outputIsGone() && printer.print()) {
+                timer.start(kFollowInterval);
+                return;
+            }
+            code = output.end();
+        } catch (const platform::FileError &error) {
+            printError(error.message());
+            code = ExitCode::failed;
+        }
+        QCoreApplication::quit();
+    });
+    timer.start(std::chrono::seconds(0));
+    QCoreApplication::exec();
+    return code;
+}
+
+} // namespace
+
+LogPrinter::LogPrinter(QString folder, log::LogFilter filter, Form form, Write write)
+    : m_folder(std::move(folder)), m_filter(std::move(filter)), m_form(form), m_write(std::move(write))
+{
+}
+
+bool LogPrinter::print()
+{
+    auto rows = log::readLogRows(m_folder, std::nullopt, m_rows, {});
+    if (rows == m_rows) {
+        return true;
+    }
+    m_rows = std::move(rows);
+    const log::FilteredLogRows shown = log::filterLogRows(m_rows, m_filter);
+    log::LogRowReader reader(m_rows);
+    QByteArray lines;
+    for (qsizetype index = shown.count() - 1; index >= 0; --index) {
+        const qsizetype position = shown.position(index);
+        if (isNew(m_rows->place(position))) {
+            lines += line(reader, position);
+        }
+        if (lines.size() >= kBatchBytes) {
+            if (!m_write(lines)) {
+                return false;
+            }
+            lines.clear();
+        }
+    }
+    notePrinted();
+    return lines.isEmpty() || m_write(lines);
+}
+
+bool LogPrinter::isNew(const log::LogRows::Place &place) const
+{
+    const auto printed = m_printed.find(m_rows->file(place).lineage);
+    return printed == m_printed.end() || place.record >= printed->second;
+}
+
+/// One row's line with its line feed; nothing for a row whose file has gone meanwhile.
+QByteArray LogPrinter::line(log::LogRowReader &reader, qsizetype position) const
+{
+    if (m_form == Form::json) {
+        const std::optional<QByteArray> raw = reader.rawLine(position);
+        return raw ? *raw + '\n' : QByteArray();
+    }
+    const std::optional<log::LogRow> row = reader.row(position);
+    return row ? logText(*row) : QByteArray();
+}
+
+void LogPrinter::notePrinted()
+{
+    m_printed.clear();
+    for (const auto &file : m_rows->files()) {
+        m_printed.emplace(file->lineage, file->records.size());
+    }
+}
+
+QByteArray logText(const log::LogRow &row)
+{
+    const log::GatewayLogEvent &event = row.event;
+    const QString time =
+        QLocale::c().toString(event.timestamp.toLocalTime(), QStringLiteral("yyyy-MM-dd HH:mm:ss"));
+    QStringList pieces = {time,
+                          QString(rawValue(event.level)).leftJustified(kLevelWidth),
+                          QString(rawValue(event.category)).leftJustified(kCategoryWidth),
+                          rawValue(event.action),
+                          rawValue(event.outcome)};
+    appendNumber(pieces, QStringLiteral("attempt="), event.attempt);
+    appendNumber(pieces, QStringLiteral("fileSizeBytes="), event.fileSizeBytes);
+    appendText(pieces, QStringLiteral("correlationId="), event.correlationId);
+    appendText(pieces, QStringLiteral("assocHash="), event.assocHash);
+    appendText(pieces, QStringLiteral("fileHash="), event.fileHash);
+    const QMap<QString, QString> details = event.details.value_or(QMap<QString, QString>());
+    for (auto entry = details.begin(); entry != details.end(); ++entry) {
+        pieces.append(entry.key() + u'=' + entry.value());
+    }
+    if (event.error) {
+        pieces.append(
+            QStringLiteral("error=%1 %2 %3")
+                .arg(event.error->domain, QString::number(event.error->code), event.error->message));
+    }
+    return harmless(pieces.join(u' ')).toUtf8() + '\n';
+}
+
+ExitCode showLogs(const QString &logFolder, const LogsCommand &command)
+{
+    const std::optional<log::LogFilter> filter = filterOf(command);
+    if (!filter) {
+        return ExitCode::usage;
+    }
+    const auto form = command.asJson ? LogPrinter::Form::json : LogPrinter::Form::text;
+    if (command.follow) {
+        return follow(logFolder, *filter, form);
+    }
+    Output output;
+    try {
+        LogPrinter(logFolder, *filter, form, [&](QByteArrayView lines) {
+            return output.write(lines);
+        }).print();
+    } catch (const platform::FileError &error) {
+        printError(error.message());
+        return ExitCode::failed;
+    }
+    return output.end();
+}
+
+} // namespace gateway::terminal

@@ -1,0 +1,178 @@
+#include "terminal/client/log_commands.h"
+
+#include "log/testing/log_folder.h"
+
+#include <QtCore/QStringList>
+
+#include <gtest/gtest.h>
+
+#include <optional>
+
+namespace gateway::terminal {
+namespace {
+
+using log::testing::eventAt;
+
+log::GatewayLogEvent named(int second, const QString &correlationId)
+{
+    log::GatewayLogEvent event = eventAt(second);
+    event.correlationId = correlationId;
+    return event;
+}
+
+class LogPrinterTest : public ::testing::Test
+{
+protected:
+    LogPrinter printer(const log::LogFilter &filter = {})
+    {
+        return LogPrinter(folder.path(), filter, LogPrinter::Form::json, [this](QByteArrayView lines) {
+            printed += lines;
+            return isWanted;
+        });
+    }
+
+    /// What has been printed since the last look, by correlation ids.
+    QString take()
+    {
+        QStringList names;
+        log::LogLineDecoder decoder;
+        for (const QByteArray &line : printed.split('\n')) {
+            if (!line.isEmpty()) {
+                names.append(decoder.decode(line).value().correlationId.value());
+            }
+        }
+        printed.clear();
+        return names.join(u' ');
+    }
+
+    log::testing::LogFolder folder;
+    QByteArray printed;
+    bool isWanted = true;
+};
+
+TEST_F(LogPrinterTest, PrintsOldestFirst)
+{
+    folder.append(u"a.jsonl"_qs, named(3, u"three"_qs));
+    folder.append(u"b.jsonl"_qs, named(1, u"one"_qs));
+    folder.append(u"b.jsonl"_qs, named(2, u"two"_qs));
+
+    EXPECT_TRUE(printer().print());
+
+    EXPECT_EQ(take(), u"one two three"_qs);
+}
+
+TEST_F(LogPrinterTest, PrintsEachRowOnceAsFilesGrowAndBegin)
+{
+    folder.append(u"a.jsonl"_qs, named(1, u"one"_qs));
+    LogPrinter growing = printer();
+    growing.print();
+    EXPECT_EQ(take(), u"one"_qs);
+
+    growing.print();
+    EXPECT_EQ(take(), QString());
+
+    folder.append(u"a.jsonl"_qs, named(3, u"three"_qs));
+    folder.append(u"b.jsonl"_qs, named(2, u"two"_qs));
+    growing.print();
+    EXPECT_EQ(take(), u"two three"_qs);
+}
+
+TEST_F(LogPrinterTest, PrintsWhatIsLoggedIntoAFolderThatIsMadeLater)
+{
+    QDir().rename(folder.path(), folder.path() + u".away"_qs);
+    LogPrinter growing = printer();
+    EXPECT_TRUE(growing.print());
+
+    QDir().rename(folder.path() + u".away"_qs, folder.path());
+    folder.append(u"a.jsonl"_qs, named(1, u"one"_qs));
+    growing.print();
+
+    EXPECT_EQ(take(), u"one"_qs);
+}
+
+TEST_F(LogPrinterTest, PrintsALineOnceWhoseLineFeedComesLater)
+{
+    folder.append(u"a.jsonl"_qs, log::encodeLogLine(named(1, u"one"_qs)));
+    LogPrinter growing = printer();
+    growing.print();
+    EXPECT_EQ(take(), u"one"_qs);
+
+    folder.append(u"a.jsonl"_qs, QByteArray("\n"));
+    growing.print();
+    EXPECT_EQ(take(), QString());
+}
+
+TEST_F(LogPrinterTest, PrintsAFileThatWasReplacedAndGoesOnAfterADeletion)
+{
+    folder.append(u"a.jsonl"_qs, named(1, u"one"_qs));
+    LogPrinter growing = printer();
+    growing.print();
+    take();
+
+    QFile::remove(folder.filePath(u"a.jsonl"_qs));
+    growing.print();
+    EXPECT_EQ(take(), QString());
+
+    folder.append(u"a.jsonl"_qs, named(2, u"two"_qs));
+    growing.print();
+    EXPECT_EQ(take(), u"two"_qs);
+}
+
+TEST_F(LogPrinterTest, PrintsOnlyWhatTheFilterLetsThrough)
+{
+    folder.append(u"a.jsonl"_qs, named(1, u"one"_qs));
+    folder.append(u"a.jsonl"_qs, named(2, u"two"_qs));
+    LogPrinter filtered = printer({log::LevelFilter::all, log::CategoryFilter::all, u"TWO"_qs});
+
+    filtered.print();
+
+    EXPECT_EQ(take(), u"two"_qs);
+}
+
+TEST_F(LogPrinterTest, StopsWhenNoMoreIsWanted)
+{
+    for (int line = 0; line < 2000; ++line) {
+        folder.append(u"a.jsonl"_qs, named(line, QString::number(line)));
+    }
+    isWanted = false;
+
+    EXPECT_FALSE(printer().print());
+
+    EXPECT_LT(take().count(u' '), 1000);
+}
+
+TEST(LogText, TellsEverythingOfARowInOneLine)
+{
+    log::LogRow row;
+    row.event = eventAt(1);
+    row.event.level = log::GatewayLogLevel::error;
+    row.event.category = log::GatewayLogCategory::send;
+    row.event.action = log::GatewayLogAction::uploadAttemptFailed;
+    row.event.outcome = log::GatewayLogOutcome::failed;
+    row.event.correlationId = u"RUN"_qs;
+    row.event.fileHash = u"00ff"_qs;
+    row.event.fileSizeBytes = 7;
+    row.event.attempt = 1;
+    row.event.details = {{u"mode"_qs, u"single"_qs}};
+    row.event.error = log::GatewayLogError{u"AFError"_qs, -9, u"redacted_message_hash=1e"_qs};
+    const QString time = row.event.timestamp.toLocalTime().toString(u"yyyy-MM-dd HH:mm:ss"_qs);
+
+    EXPECT_EQ(
+        QString::fromUtf8(logText(row)),
+        time + u" error   send        upload_attempt_failed failed attempt=1 fileSizeBytes=7 "
+               "correlationId=RUN fileHash=00ff mode=single error=AFError -9 redacted_message_hash=1e\n"_qs);
+}
+
+TEST(LogText, SteersNoTerminal)
+{
+    log::LogRow row;
+    row.event = eventAt(1);
+    row.event.details = {{u"key"_qs, u"\x1b[2J\n\u202ereversed"_qs}};
+
+    const QString text = QString::fromUtf8(logText(row));
+
+    EXPECT_TRUE(text.endsWith(u"key=\ufffd[2J\ufffd\ufffdreversed\n"_qs)) << text.toStdString();
+}
+
+} // namespace
+} // namespace gateway::terminal

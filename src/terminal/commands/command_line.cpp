@@ -1,0 +1,325 @@
+#include "terminal/commands/command_line.h"
+
+#include <CLI/CLI.hpp>
+
+#include <string>
+#include <vector>
+
+namespace gateway::terminal {
+
+namespace {
+
+constexpr int kBadUsage = 2;
+
+/// What CLI11 fills in, in its own types.
+struct Raw
+{
+    std::string home, cloud, cloudKind, bind, metrics;
+    bool headless = false;
+    std::string aeTitle, port, incoming, autoDelete = "never";
+    bool noBonjour = false;
+    std::string email;
+    bool json = false, watch = false;
+    std::string level = "all", category = "all", searchText;
+    bool follow = false;
+    bool repair = false;
+    std::string key, value;
+    std::string description;
+    bool reproducible = false, duringImport = false, duringOpening = false;
+    std::vector<std::string> attachments;
+    std::vector<std::string> paths;
+    std::string helpTopic;
+};
+
+QString text(const std::string &value)
+{
+    return QString::fromStdString(value);
+}
+
+std::optional<QString> optionalText(const std::string &value)
+{
+    return value.empty() ? std::nullopt : std::optional(text(value));
+}
+
+void addGlobalOptions(CLI::App &app, Raw &raw)
+{
+    app.add_option("--home", raw.home, "Keep everything below this folder")
+        ->envname("QUORIN_GATEWAY_HOME")
+        ->type_name("DIR");
+    app.add_option("--cloud", raw.cloud, "Base address of the cloud service")->type_name("URL");
+    app.add_option("--cloud-kind", raw.cloudKind, "What stands behind that address: quorin or dicomweb")
+        ->type_name("KIND")
+        ->check(CLI::IsMember({"quorin", "dicomweb"}).description(""));
+    app.add_option("--bind", raw.bind, "Address that the DICOM listener binds; all interfaces without it")
+        ->envname("QUORIN_GATEWAY_BIND")
+        ->type_name("ADDRESS")
+        ->check(CLI::ValidIPV4.description(""));
+    app.add_option("--metrics", raw.metrics, "Serve /metrics and /healthz over HTTP there, too")
+        ->envname("QUORIN_GATEWAY_METRICS")
+        ->type_name("ADDRESS:PORT")
+        ->check([](const std::string &value) {
+            return platform::parseSocketAddress(text(value))
+                       ? std::string()
+                       : "takes a numeric address and a port, such as 127.0.0.1:9464";
+        });
+    app.add_flag("--headless", raw.headless, "Run the gateway without a display");
+    app.set_version_flag("--version", "quorin-gateway " QUORIN_VERSION, "Print the version");
+    app.set_help_flag("-h,--help", "Print this help");
+}
+
+void addSetup(CLI::App &app, Raw &raw)
+{
+    CLI::App *setup = app.add_subcommand("setup", "Check the settings, apply them and start the listener");
+    setup->add_option("--ae-title", raw.aeTitle, "AE title of the listener")->required()->type_name("T");
+    setup->add_option("--port", raw.port, "TCP port of the listener")->required()->type_name("N");
+    setup->add_option("--incoming", raw.incoming, "Folder for incoming files")->type_name("DIR");
+    setup->add_option("--auto-delete", raw.autoDelete, "never, N-days or N-months after the upload")
+        ->type_name("WHEN");
+    setup->add_flag("--no-bonjour", raw.noBonjour, "Don't announce the listener on the local network");
+}
+
+void addLogs(CLI::App &app, Raw &raw)
+{
+    CLI::App *logs = app.add_subcommand("logs", "Show what the gateway did, oldest first");
+    logs->add_flag("--follow", raw.follow, "Go on with what is added, until interrupted");
+    logs->add_option("--level", raw.level, "all, debug, info, warning or error")->type_name("L");
+    logs->add_option("--category", raw.category, "all, listener, receive, send, uploadQueue or quorinCloud")
+        ->type_name("C");
+    logs->add_option("--search", raw.searchText, "Text in action, hashes, correlation, error or details")
+        ->type_name("TEXT");
+    logs->add_flag("--json", raw.json, "As the log files have it, one JSON object a line");
+}
+
+void addDoctor(CLI::App &app, Raw &raw)
+{
+    CLI::App *doctor = app.add_subcommand("doctor", "Say what is wrong with the kept images, and mend it");
+    doctor->add_flag("--repair", raw.repair, "Mend what can be mended; no image is ever removed");
+    doctor->add_flag("--json", raw.json, "As one JSON object");
+}
+
+void addOthers(CLI::App &app, Raw &raw)
+{
+    CLI::App *signIn =
+        app.add_subcommand("sign-in", "Sign in to the cloud; the password comes on standard input");
+    signIn->add_option("--email", raw.email, "The account's e-mail address")->required()->type_name("E");
+    app.add_subcommand("sign-out", "End the cloud session");
+    app.add_subcommand("upload", "Ask for an upload run");
+    CLI::App *import = app.add_subcommand("import", "Import files, folders and archives (zip, rar)");
+    import->add_option("PATH", raw.paths, "What to import")->required();
+    import->add_flag("--json", raw.json, "The summary as one JSON object");
+    CLI::App *status = app.add_subcommand("status", "Tell how the gateway does");
+    status->add_flag("--json", raw.json, "As one JSON object");
+    status->add_flag("--watch", raw.watch, "Again every two seconds, until interrupted");
+
+    CLI::App *settings = app.add_subcommand("settings", "Show and change the settings");
+    settings->require_subcommand(1);
+    settings->add_subcommand("list", "Show all settings");
+    CLI::App *get = settings->add_subcommand("get", "Show one setting");
+    get->add_option("KEY", raw.key, "The setting")->required();
+    CLI::App *set = settings->add_subcommand("set", "Change one setting");
+    set->add_option("KEY", raw.key, "The setting")->required();
+    set->add_option("VALUE", raw.value, "Its new value")->required();
+
+    CLI::App *help = app.add_subcommand("help", "Print the help of a command");
+    help->add_option("COMMAND", raw.helpTopic, "The command");
+}
+
+void addTerms(CLI::App &app, Raw &raw)
+{
+    CLI::App *terms = app.add_subcommand("terms", "Read and answer the cloud's Terms & Conditions");
+    terms->require_subcommand(1);
+    CLI::App *show = terms->add_subcommand("show", "Show them, and whether they must be accepted");
+    show->add_flag("--json", raw.json, "As one JSON object");
+    terms->add_subcommand("accept", "Accept the version shown last");
+    terms->add_subcommand("decline", "Decline the version shown last, and sign out");
+}
+
+void addAccount(CLI::App &app, Raw &raw)
+{
+    CLI::App *account = app.add_subcommand("account", "Show and change the cloud account");
+    account->require_subcommand(1);
+    CLI::App *show = account->add_subcommand("show", "Show the profile");
+    show->add_flag("--json", raw.json, "As one JSON object");
+    CLI::App *set = account->add_subcommand("set", "Change one text of the profile");
+    set->add_option("KEY", raw.key, "Such as firstName; show names them all")->required();
+    set->add_option("VALUE", raw.value, "Its new value; an empty one clears it")->required();
+    account->add_subcommand("password",
+                            "Change the password; the current one, the new one and the new one again come "
+                            "on three lines of standard input");
+}
+
+void addReport(CLI::App &app, Raw &raw)
+{
+    CLI::App *report = app.add_subcommand("report", "Report a bug to the cloud service");
+    report->add_option("--description", raw.description, "Steps to reproduce it, and what was expected")
+        ->required()
+        ->type_name("TEXT");
+    report->add_flag("--reproducible", raw.reproducible, "It happens again");
+    report->add_flag("--during-import", raw.duringImport, "It happened during import; needs a file");
+    report->add_flag("--during-opening", raw.duringOpening, "It happened during opening; needs a file");
+    report->add_option("--attach", raw.attachments, "A file to send along; may be given several times")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+        ->type_name("FILE");
+}
+
+TermsCommand termsCommand(const CLI::App &terms, const Raw &raw)
+{
+    if (terms.got_subcommand("accept")) {
+        return {TermsCommand::Action::accept, false};
+    }
+    return {terms.got_subcommand("decline") ? TermsCommand::Action::decline : TermsCommand::Action::show,
+            raw.json};
+}
+
+AccountCommand accountCommand(const CLI::App &account, const Raw &raw)
+{
+    if (account.got_subcommand("set")) {
+        return {AccountCommand::Action::set, false, text(raw.key), text(raw.value)};
+    }
+    return {account.got_subcommand("password") ? AccountCommand::Action::password
+                                               : AccountCommand::Action::show,
+            raw.json,
+            {},
+            {}};
+}
+
+ReportCommand reportCommand(const Raw &raw)
+{
+    ReportCommand report{text(raw.description), raw.reproducible, raw.duringImport, raw.duringOpening, {}};
+    for (const std::string &path : raw.attachments) {
+        report.attachments.append(text(path));
+    }
+    return report;
+}
+
+SettingsCommand settingsCommand(const CLI::App &settings, const Raw &raw)
+{
+    SettingsCommand command;
+    if (settings.got_subcommand("get")) {
+        command.action = SettingsCommand::Action::get;
+    } else if (settings.got_subcommand("set")) {
+        command.action = SettingsCommand::Action::set;
+    }
+    command.key = text(raw.key);
+    command.value = text(raw.value);
+    return command;
+}
+
+ImportCommand importCommand(const Raw &raw)
+{
+    ImportCommand command{{}, raw.json};
+    for (const std::string &path : raw.paths) {
+        command.paths.append(text(path));
+    }
+    return command;
+}
+
+Command command(const CLI::App &app, const Raw &raw)
+{
+    if (app.got_subcommand("setup")) {
+        return SetupCommand{text(raw.aeTitle),
+                            text(raw.port),
+                            optionalText(raw.incoming),
+                            text(raw.autoDelete),
+                            !raw.noBonjour};
+    }
+    if (app.got_subcommand("sign-in")) {
+        return SignInCommand{text(raw.email)};
+    }
+    if (app.got_subcommand("sign-out")) {
+        return SignOutCommand{};
+    }
+    if (app.got_subcommand("upload")) {
+        return UploadCommand{};
+    }
+    if (app.got_subcommand("import")) {
+        return importCommand(raw);
+    }
+    if (app.got_subcommand("status")) {
+        return StatusCommand{raw.json, raw.watch};
+    }
+    if (app.got_subcommand("settings")) {
+        return settingsCommand(*app.get_subcommand("settings"), raw);
+    }
+    if (app.got_subcommand("doctor")) {
+        return DoctorCommand{raw.repair, raw.json};
+    }
+    if (app.got_subcommand("logs")) {
+        return LogsCommand{text(raw.level), text(raw.category), text(raw.searchText), raw.json, raw.follow};
+    }
+    if (app.got_subcommand("terms")) {
+        return termsCommand(*app.get_subcommand("terms"), raw);
+    }
+    if (app.got_subcommand("account")) {
+        return accountCommand(*app.get_subcommand("account"), raw);
+    }
+    if (app.got_subcommand("report")) {
+        return reportCommand(raw);
+    }
+    if (raw.headless) {
+        return RunHeadless{};
+    }
+    return RunDesktop{};
+}
+
+CommandLineEnd helpOn(const CLI::App &app, const std::string &topic)
+{
+    if (topic.empty()) {
+        return {0, text(app.help())};
+    }
+    for (const CLI::App *command : app.get_subcommands({})) {
+        if (command->get_name() == topic) {
+            return {0, text(command->help())};
+        }
+    }
+    return {kBadUsage, QStringLiteral("There is no command named %1.\n").arg(text(topic))};
+}
+
+} // namespace
+
+std::variant<Invocation, CommandLineEnd> parseCommandLine(const QStringList &arguments)
+{
+    Raw raw;
+    CLI::App app("A DICOM gateway: takes images over the network, keeps them safe, sends them to the cloud.",
+                 "quorin-gateway");
+    app.require_subcommand(0, 1);
+    app.fallthrough();
+    addGlobalOptions(app, raw);
+    addSetup(app, raw);
+    addOthers(app, raw);
+    addLogs(app, raw);
+    addTerms(app, raw);
+    addAccount(app, raw);
+    addReport(app, raw);
+    addDoctor(app, raw);
+
+    // CLI11 takes the arguments last first.
+    std::vector<std::string> reversed;
+    for (auto argument = arguments.crbegin(); argument != arguments.crend(); ++argument) {
+        reversed.push_back(argument->toStdString());
+    }
+    try {
+        app.parse(std::move(reversed));
+    } catch (const CLI::CallForHelp &) {
+        const std::vector<CLI::App *> chosen = app.get_subcommands();
+        return CommandLineEnd{0, text(chosen.empty() ? app.help() : chosen.front()->help())};
+    } catch (const CLI::CallForVersion &version) {
+        return CommandLineEnd{0, text(version.what()) + u'\n'};
+    } catch (const CLI::ParseError &error) {
+        return CommandLineEnd{
+            kBadUsage,
+            QStringLiteral("%1\nRun quorin-gateway --help for the usage.\n").arg(text(error.what()))};
+    }
+    if (app.got_subcommand("help")) {
+        return helpOn(app, raw.helpTopic);
+    }
+    GlobalOptions options{optionalText(raw.home),
+                          optionalText(raw.cloud),
+                          optionalText(raw.cloudKind),
+                          text(raw.bind),
+                          platform::parseSocketAddress(text(raw.metrics))};
+    return Invocation{std::move(options), command(app, raw)};
+}
+
+} // namespace gateway::terminal

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "terminal/commands/command_line.h"
+#include "terminal/control/control_protocol.h"
+#include "wizard/setup_checks.h"
+
+#include <optional>
+
+namespace gateway::terminal {
+
+// The commands as they travel over the control socket: how the command line words them, and how the instance
+// reads them again. Thread: plain functions.
+
+namespace requests {
+
+inline const QString kActivate = QStringLiteral("activate");
+inline const QString kStatus = QStringLiteral("status");
+inline const QString kUpload = QStringLiteral("upload");
+inline const QString kSignIn = QStringLiteral("sign-in");
+inline const QString kSignOut = QStringLiteral("sign-out");
+inline const QString kSetup = QStringLiteral("setup");
+inline const QString kSettingsList = QStringLiteral("settings-list");
+inline const QString kSettingsGet = QStringLiteral("settings-get");
+inline const QString kSettingsSet = QStringLiteral("settings-set");
+inline const QString kTermsShow = QStringLiteral("terms-show");
+inline const QString kTermsAccept = QStringLiteral("terms-accept");
+inline const QString kTermsDecline = QStringLiteral("terms-decline");
+inline const QString kAccountShow = QStringLiteral("account-show");
+inline const QString kAccountSet = QStringLiteral("account-set");
+inline const QString kAccountPassword = QStringLiteral("account-password");
+inline const QString kReport = QStringLiteral("report");
+
+} // namespace requests
+
+/// \param password  of the account; travels over the socket only.
+ControlRequest signInRequest(const SignInCommand &command, const QString &password);
+
+ControlRequest setupRequest(const SetupCommand &command);
+ControlRequest settingsRequest(const SettingsCommand &command);
+
+/// The draft in a setup request; nothing when its retention policy has no known form.
+std::optional<wizard::SetupDraft> draftIn(const ControlRequest &setup);
+
+} // namespace gateway::terminal

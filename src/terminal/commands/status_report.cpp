@@ -1,0 +1,324 @@
+#include "terminal/commands/status_report.h"
+
+#include "state/time_texts.h"
+#include "terminal/commands/failure_report.h"
+#include "terminal/commands/waiting_report.h"
+
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonValue>
+#include <QtCore/QLocale>
+#include <QtCore/QStringList>
+
+#include <numeric>
+
+namespace gateway::terminal {
+
+namespace {
+
+QJsonValue textOrNull(const QString &text)
+{
+    return text.isEmpty() ? QJsonValue(QJsonValue::Null) : QJsonValue(text);
+}
+
+QJsonValue boolOrNull(const std::optional<bool> &value)
+{
+    return value ? QJsonValue(*value) : QJsonValue(QJsonValue::Null);
+}
+
+/// "successful_uploads" as "successfulUploads", like every key of the object.
+QString camelCase(const QString &snakeCase)
+{
+    const QStringList words = snakeCase.split(u'_');
+    QString joined = words.first();
+    for (qsizetype i = 1; i < words.size(); ++i) {
+        joined += words.at(i).left(1).toUpper() + words.at(i).mid(1);
+    }
+    return joined;
+}
+
+QJsonValue typed(const QString &text)
+{
+    if (text == QStringLiteral("true") || text == QStringLiteral("false")) {
+        return text == QStringLiteral("true");
+    }
+    bool isNumber = false;
+    const qint64 number = text.toLongLong(&isNumber);
+    return isNumber ? QJsonValue(number) : QJsonValue(text);
+}
+
+QJsonValue lastRun(const state::UploadRunFigures &figures)
+{
+    if (!figures.last) {
+        return QJsonValue::Null;
+    }
+    QJsonObject run{{QStringLiteral("finishedAt"), figures.lastFinishedAt.toString(Qt::ISODate)}};
+    for (auto entry = figures.last->cbegin(); entry != figures.last->cend(); ++entry) {
+        run.insert(camelCase(entry.key()), typed(entry.value()));
+    }
+    return run;
+}
+
+QJsonObject listenerJson(const state::ListenerFigures &listener)
+{
+    return {{QStringLiteral("state"),
+             listener.isStarted ? QStringLiteral("listening") : QStringLiteral("stopped")},
+            {QStringLiteral("aeTitle"), listener.aeTitle},
+            {QStringLiteral("port"), listener.port},
+            {QStringLiteral("address"), listener.address},
+            {QStringLiteral("error"), textOrNull(listener.failure)}};
+}
+
+QJsonObject countersJson(const StatusReport::Counters &counters)
+{
+    return {{QStringLiteral("studies"), counters.studies},
+            {QStringLiteral("series"), counters.series},
+            {QStringLiteral("images"), counters.images},
+            {QStringLiteral("notSynced"), counters.notSynced},
+            {QStringLiteral("synced"), counters.synced},
+            {QStringLiteral("failed"), counters.failed}};
+}
+
+QJsonArray seriesJson(const std::vector<std::int64_t> &series)
+{
+    QJsonArray array;
+    for (const std::int64_t count : series) {
+        array.append(static_cast<qint64>(count));
+    }
+    return array;
+}
+
+QJsonObject activityJson(const StatusReport::Activity &activity)
+{
+    return {{QStringLiteral("timeframe"), activity.timeframe},
+            {QStringLiteral("windowStart"), textOrNull(activity.windowStart.toString(Qt::ISODate))},
+            {QStringLiteral("bucketSeconds"), static_cast<qint64>(activity.bucket.count())},
+            {QStringLiteral("received"), seriesJson(activity.received)},
+            {QStringLiteral("sent"), seriesJson(activity.sent)}};
+}
+
+qint64 sumOf(const QJsonArray &series)
+{
+    return std::accumulate(series.begin(), series.end(), qint64{0}, [](qint64 sum, const QJsonValue &count) {
+        return sum + count.toInteger();
+    });
+}
+
+QString activityText(const QJsonObject &activity)
+{
+    const QJsonArray received = activity.value(QStringLiteral("received")).toArray();
+    const std::chrono::seconds bucket(activity.value(QStringLiteral("bucketSeconds")).toInteger());
+    return QStringLiteral("%1: %2 received, %3 sent")
+        .arg(state::rangeTitle(bucket * received.size(), QLocale::c()))
+        .arg(sumOf(received))
+        .arg(sumOf(activity.value(QStringLiteral("sent")).toArray()));
+}
+
+QJsonObject cloudJson(const StatusReport::Cloud &cloud)
+{
+    QJsonValue storage;
+    if (cloud.storage) {
+        storage = QJsonObject{{QStringLiteral("allowanceKb"), cloud.storage->allowanceKb},
+                              {QStringLiteral("usedKb"), cloud.storage->usedKb}};
+    }
+    return {{QStringLiteral("kind"), cloud.kind},
+            {QStringLiteral("baseUrl"), cloud.baseUrl},
+            {QStringLiteral("online"), boolOrNull(cloud.isOnline)},
+            {QStringLiteral("lastError"), textOrNull(cloud.lastError)},
+            {QStringLiteral("lastCheckedAt"), textOrNull(cloud.lastCheckedAt.toString(Qt::ISODate))},
+            {QStringLiteral("storage"), storage}};
+}
+
+QJsonObject termsJson(const StatusReport::Terms &terms)
+{
+    return {{QStringLiteral("required"), boolOrNull(terms.isRequired)},
+            {QStringLiteral("version"), textOrNull(terms.version)},
+            {QStringLiteral("reason"), textOrNull(terms.reason)}};
+}
+
+QString bytesText(const QJsonValue &bytes)
+{
+    return QLocale::c().formattedDataSize(bytes.toInteger());
+}
+
+QString kilobytesText(const QJsonValue &kilobytes)
+{
+    constexpr double kBytesPerKb = 1024.0;
+    return QLocale::c().formattedDataSize(static_cast<qint64>(kilobytes.toDouble() * kBytesPerKb));
+}
+
+QString listenerText(const QJsonObject &listener)
+{
+    if (listener.value(QStringLiteral("state")).toString() == QStringLiteral("listening")) {
+        return QStringLiteral("%1 on port %2 (%3)")
+            .arg(listener.value(QStringLiteral("aeTitle")).toString())
+            .arg(listener.value(QStringLiteral("port")).toInteger())
+            .arg(listener.value(QStringLiteral("address")).toString());
+    }
+    const QString error = listener.value(QStringLiteral("error")).toString();
+    return error.isEmpty() ? QStringLiteral("Stopped") : QStringLiteral("Stopped: ") + error;
+}
+
+QString cloudText(const QJsonObject &cloud)
+{
+    QString text = cloud.value(QStringLiteral("baseUrl")).toString();
+    const QJsonValue online = cloud.value(QStringLiteral("online"));
+    if (online.isBool()) {
+        text += online.toBool() ? QStringLiteral(", online") : QStringLiteral(", away");
+    }
+    const QJsonObject storage = cloud.value(QStringLiteral("storage")).toObject();
+    if (!storage.isEmpty()) {
+        text += QStringLiteral(", %1 of %2 used")
+                    .arg(kilobytesText(storage.value(QStringLiteral("usedKb"))),
+                         kilobytesText(storage.value(QStringLiteral("allowanceKb"))));
+    }
+    const QString error = cloud.value(QStringLiteral("lastError")).toString();
+    return error.isEmpty() ? text : text + QStringLiteral(": ") + error;
+}
+
+QString localMoment(const QString &isoText)
+{
+    return QDateTime::fromString(isoText, Qt::ISODate)
+        .toLocalTime()
+        .toString(QStringLiteral("yyyy-MM-dd HH:mm"));
+}
+
+QString sessionText(const QJsonObject &session)
+{
+    const QString state = session.value(QStringLiteral("state")).toString();
+    const QString since = localMoment(session.value(QStringLiteral("since")).toString());
+    const QString label = session.value(QStringLiteral("label")).toString();
+    if (state == account::rawValue(account::SessionState::notKnownYet)) {
+        return QStringLiteral("Not known yet");
+    }
+    if (state == account::rawValue(account::SessionState::ended)) {
+        return QStringLiteral("Ended by the cloud on %1; sign in again").arg(since);
+    }
+    if (state == account::rawValue(account::SessionState::credentialsRefused)) {
+        return QStringLiteral("User name or password of %1 refused since %2; tried again by itself")
+            .arg(label, since);
+    }
+    if (!session.value(QStringLiteral("signedIn")).toBool()) {
+        return QStringLiteral("Signed out");
+    }
+    return label.isEmpty() ? QStringLiteral("Signed in") : QStringLiteral("Signed in as ") + label;
+}
+
+QJsonObject sessionJson(const StatusReport::Session &session)
+{
+    const std::optional<QDateTime> &since = session.standing.since;
+    return {{QStringLiteral("signedIn"), session.isSignedIn},
+            {QStringLiteral("label"), textOrNull(session.label)},
+            {QStringLiteral("state"), QString(account::rawValue(session.standing.state))},
+            {QStringLiteral("since"), textOrNull(since ? since->toUTC().toString(Qt::ISODate) : QString())}};
+}
+
+QString countersText(const QJsonObject &counters)
+{
+    const auto count = [&](const QString &key) { return counters.value(key).toInteger(); };
+    return QStringLiteral("%1 in %2 series of %3 studies; %4 synced, %5 to send, %6 failed")
+        .arg(count(QStringLiteral("images")))
+        .arg(count(QStringLiteral("series")))
+        .arg(count(QStringLiteral("studies")))
+        .arg(count(QStringLiteral("synced")))
+        .arg(count(QStringLiteral("notSynced")))
+        .arg(count(QStringLiteral("failed")));
+}
+
+/// Nothing where nobody has to know anything.
+QStringList upkeepLines(const QJsonObject &status)
+{
+    QStringList lines;
+    const qint64 setAside = status[u"inbox"][u"setAside"].toInteger();
+    if (setAside > 0) {
+        lines.append(QStringLiteral("Set aside  %1 received files that could not be taken in; "
+                                    "run: quorin-gateway doctor --repair")
+                         .arg(setAside));
+    }
+    if (status[u"retention"][u"heldBack"].toBool()) {
+        lines.append(
+            QStringLiteral("Retention  held back until the clock has been right for an hour: it jumped "
+                           "by more than a day"));
+    }
+    return lines;
+}
+
+} // namespace
+
+QJsonObject toJson(const StatusReport &report)
+{
+    return {
+        {QStringLiteral("listener"), listenerJson(report.listener)},
+        {QStringLiteral("receiving"),
+         QJsonObject{{QStringLiteral("active"), report.openAssociations > 0},
+                     {QStringLiteral("associations"), report.openAssociations}}},
+        {QStringLiteral("inbox"), QJsonObject{{QStringLiteral("setAside"), report.upkeep.setAsideFiles}}},
+        {QStringLiteral("retention"),
+         QJsonObject{{QStringLiteral("heldBack"), report.upkeep.isRetentionHeldBack}}},
+        {QStringLiteral("counters"), countersJson(report.counters)},
+        {QStringLiteral("failures"), toJson(report.failures)},
+        {QStringLiteral("waiting"), toJson(report.waiting)},
+        {QStringLiteral("storage"),
+         QJsonObject{{QStringLiteral("usedBytes"), report.storage.usedBytes},
+                     {QStringLiteral("availableBytes"), report.storage.availableBytes}}},
+        {QStringLiteral("activity"), activityJson(report.activity)},
+        {QStringLiteral("upload"),
+         QJsonObject{{QStringLiteral("running"), report.upload.isRunning},
+                     {QStringLiteral("mode"), textOrNull(report.upload.mode)},
+                     {QStringLiteral("speedMbps"), report.uploadSpeedMbps},
+                     {QStringLiteral("lastRun"), lastRun(report.upload)}}},
+        {QStringLiteral("cloud"), cloudJson(report.cloud)},
+        {QStringLiteral("terms"), termsJson(report.terms)},
+        {QStringLiteral("session"), sessionJson(report.session)},
+        {QStringLiteral("setup"),
+         QJsonObject{{QStringLiteral("required"), report.setup.isRequired},
+                     {QStringLiteral("version"), report.setup.version}}},
+        {QStringLiteral("banner"), textOrNull(report.banner)},
+    };
+}
+
+QString statusText(const QJsonObject &status)
+{
+    const auto part = [&](const QString &key) { return status.value(key).toObject(); };
+    const QJsonObject receiving = part(QStringLiteral("receiving"));
+    const QJsonObject storage = part(QStringLiteral("storage"));
+    const QJsonObject upload = part(QStringLiteral("upload"));
+    QStringList lines{
+        QStringLiteral("Listener   ") + listenerText(part(QStringLiteral("listener"))),
+        QStringLiteral("Receiving  %1 open associations")
+            .arg(receiving.value(QStringLiteral("associations")).toInteger()),
+        QStringLiteral("Images     ") + countersText(part(QStringLiteral("counters"))),
+        QStringLiteral("Activity   ") + activityText(part(QStringLiteral("activity"))),
+        QStringLiteral("Storage    %1 used, %2 free")
+            .arg(bytesText(storage.value(QStringLiteral("usedBytes"))),
+                 bytesText(storage.value(QStringLiteral("availableBytes")))),
+        QStringLiteral("Upload     %1, %2 Mbit/s")
+            .arg(upload.value(QStringLiteral("running")).toBool() ? QStringLiteral("running")
+                                                                  : QStringLiteral("idle"))
+            .arg(upload.value(QStringLiteral("speedMbps")).toDouble(), 0, 'f', 1),
+        QStringLiteral("Cloud      ") + cloudText(part(QStringLiteral("cloud"))),
+        QStringLiteral("Session    ") + sessionText(part(QStringLiteral("session"))),
+    };
+    lines.append(upkeepLines(status));
+    const QJsonObject terms = part(QStringLiteral("terms"));
+    if (terms.value(QStringLiteral("required")).toBool()) {
+        lines.append(QStringLiteral("Terms      version %1 must be accepted; run: quorin-gateway terms show")
+                         .arg(terms.value(QStringLiteral("version")).toString()));
+    }
+    if (part(QStringLiteral("setup")).value(QStringLiteral("required")).toBool()) {
+        lines.append(QStringLiteral(
+            "Setup      not finished; run: quorin-gateway setup --ae-title TITLE --port PORT"));
+    }
+    for (const QString &line : failureLines(status.value(QStringLiteral("failures")).toArray())) {
+        lines.append(QStringLiteral("Failures   ") + line);
+    }
+    for (const QString &line : waitingLines(part(QStringLiteral("waiting")))) {
+        lines.append(QStringLiteral("Waiting    ") + line);
+    }
+    const QString banner = status.value(QStringLiteral("banner")).toString();
+    if (!banner.isEmpty()) {
+        lines.append(QStringLiteral("Notice     ") + banner);
+    }
+    return lines.join(u'\n') + u'\n';
+}
+
+} // namespace gateway::terminal

@@ -1,0 +1,221 @@
+#include "terminal/commands/status_report.h"
+
+#include <QtCore/QJsonArray>
+#include <QtCore/QStringList>
+
+#include <gtest/gtest.h>
+
+namespace gateway::terminal {
+namespace {
+
+TEST(StatusReport, AlwaysHasTheSameKeys)
+{
+    const QJsonObject json = toJson(StatusReport());
+
+    EXPECT_EQ(json.keys(),
+              (QStringList{u"activity"_qs,
+                           u"banner"_qs,
+                           u"cloud"_qs,
+                           u"counters"_qs,
+                           u"failures"_qs,
+                           u"inbox"_qs,
+                           u"listener"_qs,
+                           u"receiving"_qs,
+                           u"retention"_qs,
+                           u"session"_qs,
+                           u"setup"_qs,
+                           u"storage"_qs,
+                           u"terms"_qs,
+                           u"upload"_qs,
+                           u"waiting"_qs}));
+    EXPECT_EQ(json[u"listener"].toObject().keys(),
+              (QStringList{u"address"_qs, u"aeTitle"_qs, u"error"_qs, u"port"_qs, u"state"_qs}));
+    EXPECT_EQ(json[u"counters"].toObject().keys(),
+              (QStringList{
+                  u"failed"_qs, u"images"_qs, u"notSynced"_qs, u"series"_qs, u"studies"_qs, u"synced"_qs}));
+    EXPECT_EQ(json[u"upload"].toObject().keys(),
+              (QStringList{u"lastRun"_qs, u"mode"_qs, u"running"_qs, u"speedMbps"_qs}));
+    EXPECT_EQ(
+        json[u"cloud"].toObject().keys(),
+        (QStringList{
+            u"baseUrl"_qs, u"kind"_qs, u"lastCheckedAt"_qs, u"lastError"_qs, u"online"_qs, u"storage"_qs}));
+    EXPECT_EQ(json[u"terms"].toObject().keys(), (QStringList{u"reason"_qs, u"required"_qs, u"version"_qs}));
+}
+
+TEST(StatusReport, TellsOfFilesSetAsideAndOfARetentionThatIsHeldBackAndElseIsSilent)
+{
+    StatusReport report;
+    EXPECT_FALSE(statusText(toJson(report)).contains(u"Set aside"_qs));
+    EXPECT_FALSE(statusText(toJson(report)).contains(u"Retention"_qs));
+
+    report.upkeep = {2, true};
+    const QJsonObject json = toJson(report);
+
+    EXPECT_EQ(json[u"inbox"][u"setAside"].toInt(), 2);
+    EXPECT_TRUE(json[u"retention"][u"heldBack"].toBool());
+    EXPECT_TRUE(statusText(json).contains(u"Set aside  2 received files"_qs));
+    EXPECT_TRUE(statusText(json).contains(u"Retention  held back"_qs));
+}
+
+TEST(StatusReport, CallsASessionThatTheCloudEndedBySomethingElseThanSignedOut)
+{
+    using account::SessionState;
+    const QDateTime moment(QDate(2026, 5, 1), QTime(13, 0), Qt::UTC);
+    const auto sessionLine = [&](bool isSignedIn, SessionState state, const QString &label) {
+        StatusReport report;
+        report.session = {isSignedIn, label, {state, moment}};
+        const QStringList lines = statusText(toJson(report)).split(u'\n');
+        return lines.filter(u"Session "_qs).value(0).mid(11);
+    };
+    const QString local = moment.toLocalTime().toString(u"yyyy-MM-dd HH:mm"_qs);
+
+    EXPECT_EQ(sessionLine(false, SessionState::notKnownYet, {}), u"Not known yet"_qs);
+    EXPECT_EQ(sessionLine(false, SessionState::signedOut, {}), u"Signed out"_qs);
+    EXPECT_EQ(sessionLine(false, SessionState::ended, {}),
+              u"Ended by the cloud on %1; sign in again"_qs.arg(local));
+    EXPECT_EQ(sessionLine(true, SessionState::credentialsRefused, u"mod1"_qs),
+              u"User name or password of mod1 refused since %1; tried again by itself"_qs.arg(local));
+}
+
+TEST(StatusReport, SaysForProgramsHowTheSessionStandsAndSinceWhen)
+{
+    StatusReport report;
+    report.session = {
+        false, {}, {account::SessionState::ended, QDateTime(QDate(2026, 5, 1), QTime(13, 0), Qt::UTC)}};
+
+    const QJsonObject session = toJson(report)[u"session"].toObject();
+
+    EXPECT_EQ(session.keys(), (QStringList{u"label"_qs, u"signedIn"_qs, u"since"_qs, u"state"_qs}));
+    EXPECT_EQ(session[u"state"].toString(), u"ended"_qs);
+    EXPECT_EQ(session[u"since"].toString(), u"2026-05-01T13:00:00Z"_qs);
+}
+
+TEST(StatusReport, TellsWhatCameAndWentInEachBucketAndInOneLine)
+{
+    StatusReport report;
+    report.activity = {u"oneDay"_qs,
+                       QDateTime(QDate(2026, 5, 1), QTime(13, 0), Qt::UTC),
+                       std::chrono::hours(1),
+                       std::vector<std::int64_t>(24, 2),
+                       std::vector<std::int64_t>(24, 1)};
+
+    const QJsonObject json = toJson(report);
+    const QJsonObject activity = json[u"activity"].toObject();
+
+    EXPECT_EQ(
+        activity.keys(),
+        (QStringList{u"bucketSeconds"_qs, u"received"_qs, u"sent"_qs, u"timeframe"_qs, u"windowStart"_qs}));
+    EXPECT_EQ(activity[u"timeframe"].toString(), u"oneDay"_qs);
+    EXPECT_EQ(activity[u"windowStart"].toString(), u"2026-05-01T13:00:00Z"_qs);
+    EXPECT_EQ(activity[u"bucketSeconds"].toInt(), 3600);
+    EXPECT_EQ(activity[u"received"].toArray().size(), 24);
+    EXPECT_EQ(activity[u"sent"].toArray().last().toInt(), 1);
+    EXPECT_TRUE(statusText(json).contains(u"Activity   Last 1d: 48 received, 24 sent\n"_qs));
+}
+
+TEST(StatusReport, TellsALastRunInItsOwnWords)
+{
+    StatusReport report;
+    report.upload.last = QMap<QString, QString>{{u"successful_uploads"_qs, u"12"_qs},
+                                                {u"missing_token"_qs, u"false"_qs},
+                                                {u"execution_mode"_qs, u"single"_qs}};
+
+    const QJsonObject run = toJson(report)[u"upload"][u"lastRun"].toObject();
+
+    EXPECT_EQ(run[u"successfulUploads"].toInt(), 12);
+    EXPECT_TRUE(run[u"missingToken"].isBool());
+    EXPECT_EQ(run[u"executionMode"].toString(), u"single"_qs);
+}
+
+TEST(StatusReport, ReadsAsAFewLines)
+{
+    StatusReport report;
+    report.listener = {.isStarted = true,
+                       .isBound = true,
+                       .aeTitle = u"GATE"_qs,
+                       .port = 1115,
+                       .address = u"10.0.0.1:1115"_qs,
+                       .failure = {}};
+    report.session = {true, u"Radiology"_qs, {account::SessionState::signedIn}};
+    report.setup = {false, 1};
+
+    const QString text = statusText(toJson(report));
+
+    EXPECT_TRUE(text.contains(u"GATE on port 1115 (10.0.0.1:1115)"_qs));
+    EXPECT_TRUE(text.contains(u"Signed in as Radiology"_qs));
+    EXPECT_FALSE(text.contains(u"Setup"_qs));
+}
+
+TEST(StatusReport, SaysWhatUploadsWaitFor)
+{
+    StatusReport report;
+    EXPECT_FALSE(statusText(toJson(report)).contains(u"Waiting"_qs));
+
+    report.waiting.retries = {3, QDateTime(QDate(2026, 5, 1), QTime(13, 0), Qt::UTC)};
+
+    EXPECT_EQ(toJson(report)[u"waiting"][u"files"].toInt(), 3);
+    EXPECT_TRUE(statusText(toJson(report)).contains(u"\nWaiting    files that failed"_qs));
+}
+
+TEST(StatusReport, LeavesOpenWhatNobodyKnowsOfTheCloud)
+{
+    const QJsonObject json = toJson(StatusReport());
+
+    EXPECT_TRUE(json[u"cloud"][u"online"].isNull());
+    EXPECT_TRUE(json[u"cloud"][u"lastCheckedAt"].isNull());
+    EXPECT_TRUE(json[u"cloud"][u"storage"].isNull());
+    EXPECT_TRUE(json[u"terms"][u"required"].isNull());
+}
+
+TEST(StatusReport, TellsTheRoomInTheCloudAndWhenItWasAsked)
+{
+    StatusReport report;
+    report.cloud.baseUrl = u"https://cloud.example"_qs;
+    report.cloud.isOnline = true;
+    report.cloud.lastCheckedAt = QDateTime(QDate(2026, 1, 2), QTime(3, 4, 5), Qt::UTC);
+    report.cloud.storage = {2048.0, 1024.5};
+
+    const QJsonObject json = toJson(report);
+
+    EXPECT_EQ(json[u"cloud"][u"lastCheckedAt"].toString(), u"2026-01-02T03:04:05Z"_qs);
+    EXPECT_EQ(json[u"cloud"][u"storage"][u"allowanceKb"].toDouble(), 2048.0);
+    EXPECT_EQ(json[u"cloud"][u"storage"][u"usedKb"].toDouble(), 1024.5);
+    EXPECT_TRUE(statusText(json).contains(u"https://cloud.example, online, 1.00 MiB of 2.00 MiB used"_qs));
+}
+
+TEST(StatusReport, SaysWhatToDoWhileTermsWaitForAnAnswer)
+{
+    StatusReport report;
+    report.terms = {true, u"2"_qs, u"Because."_qs};
+
+    const QJsonObject json = toJson(report);
+
+    EXPECT_TRUE(json[u"terms"][u"required"].toBool());
+    EXPECT_EQ(json[u"terms"][u"version"].toString(), u"2"_qs);
+    EXPECT_EQ(json[u"terms"][u"reason"].toString(), u"Because."_qs);
+    EXPECT_TRUE(statusText(json).contains(u"version 2 must be accepted; run: quorin-gateway terms show"_qs));
+}
+
+TEST(StatusReport, SaysWhyImagesWereNotSent)
+{
+    StatusReport report;
+    report.failures = {{{core::FailureClass::storageUsedUp, 7}, 3}};
+
+    EXPECT_TRUE(statusText(toJson(report))
+                    .contains(u"Failures   3 not sent: The cloud's storage allowance is used up."_qs));
+    EXPECT_FALSE(statusText(toJson(StatusReport())).contains(u"Failures"_qs));
+}
+
+TEST(StatusReport, SaysWhatToDoWhileSetupIsNotFinishedAndWhyTheListenerStands)
+{
+    StatusReport report;
+    report.listener.failure = u"No port."_qs;
+
+    const QString text = statusText(toJson(report));
+
+    EXPECT_TRUE(text.contains(u"Stopped: No port."_qs));
+    EXPECT_TRUE(text.contains(u"quorin-gateway setup"_qs));
+}
+
+} // namespace
+} // namespace gateway::terminal

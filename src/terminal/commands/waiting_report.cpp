@@ -1,0 +1,58 @@
+#include "terminal/commands/waiting_report.h"
+
+#include <QtCore/QDateTime>
+#include <QtCore/QJsonValue>
+
+namespace gateway::terminal {
+
+namespace {
+
+QJsonValue momentOrNull(const QDateTime &moment)
+{
+    return moment.isValid() ? QJsonValue(moment.toUTC().toString(Qt::ISODate)) : QJsonValue(QJsonValue::Null);
+}
+
+QString localMoment(const QJsonValue &moment)
+{
+    return QDateTime::fromString(moment.toString(), Qt::ISODate)
+        .toLocalTime()
+        .toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
+}
+
+} // namespace
+
+QJsonObject toJson(const upload::WaitingUploads &waiting)
+{
+    QJsonValue cause;
+    QJsonValue sentence;
+    QDateTime until;
+    if (waiting.pause) {
+        cause = QString(core::rawValue(waiting.pause->cause));
+        sentence = core::failureSentence(waiting.pause->cause);
+        until = waiting.pause->until;
+    }
+    return {{QStringLiteral("files"), static_cast<qint64>(waiting.retries.files)},
+            {QStringLiteral("nextTryAt"), momentOrNull(waiting.retries.next.value_or(QDateTime()))},
+            {QStringLiteral("pausedBy"), cause},
+            {QStringLiteral("pausedFor"), sentence},
+            {QStringLiteral("pausedUntil"), momentOrNull(until)}};
+}
+
+QStringList waitingLines(const QJsonObject &waiting)
+{
+    QStringList lines;
+    const QJsonValue until = waiting.value(QStringLiteral("pausedUntil"));
+    if (until.isString()) {
+        lines.append(QStringLiteral("uploads pause until %1: %2")
+                         .arg(localMoment(until), waiting.value(QStringLiteral("pausedFor")).toString()));
+    }
+    const qint64 files = waiting.value(QStringLiteral("files")).toInteger();
+    if (files > 0) {
+        lines.append(QStringLiteral("files that failed and are tried again later: %1, the next at %2")
+                         .arg(files)
+                         .arg(localMoment(waiting.value(QStringLiteral("nextTryAt")))));
+    }
+    return lines;
+}
+
+} // namespace gateway::terminal

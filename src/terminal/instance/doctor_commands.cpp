@@ -1,0 +1,138 @@
+#include "terminal/instance/doctor_commands.h"
+
+#include "doctor/doctor.h"
+#include "index/schema.h"
+#include "platform/concurrency/clock.h"
+#include "platform/dicom/dicom_file.h"
+#include "platform/dicom/helper_process.h"
+#include "platform/dicom/worker_process_pool.h"
+#include "platform/files/file_system.h"
+#include "platform/files/home_lock.h"
+#include "platform/notifications/notification_center.h"
+#include "receive/folder_bookmark.h"
+#include "terminal/commands/doctor_report.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace gateway::terminal {
+
+namespace {
+
+const QString kRepair = QStringLiteral("repair");
+
+bool recordedImages(const doctor::Diagnosis &diagnosis)
+{
+    return std::ranges::any_of(diagnosis.findings, [](const doctor::Finding &finding) {
+        return finding.mended > 0 && (finding.kind == doctor::FindingKind::unrecordedImage ||
+                                      finding.kind == doctor::FindingKind::rejectedObject);
+    });
+}
+
+} // namespace
+
+ControlRequest doctorRequest(const DoctorCommand &command)
+{
+    return {requests::kDoctor, {{kRepair, command.repair}}};
+}
+
+DoctorCommands::DoctorCommands(index::DicomDB &index,
+                               platform::MainExecutor &main,
+                               std::function<QString()> incomingFolder,
+                               std::function<void()> onImagesRecorded,
+                               std::function<Uploads()> uploads)
+    : m_index(index), m_main(main), m_incomingFolder(std::move(incomingFolder)),
+      m_onImagesRecorded(std::move(onImagesRecorded)), m_uploads(std::move(uploads))
+{
+}
+
+void DoctorCommands::examine(const ControlRequest &request, const Answer &answer)
+{
+    if (m_isExamining) {
+        answer(ControlReply::failure(QStringLiteral("Another examination is under way; try again later.")));
+        return;
+    }
+    m_isExamining = true;
+    const bool repair = request.arguments.value(kRepair).toBool();
+    m_task = platform::Task("doctor",
+                            [weak = weak_from_this(),
+                             &index = m_index,
+                             &main = m_main,
+                             folder = m_incomingFolder(),
+                             repair,
+                             hungUp = request.hungUp,
+                             answer](const std::stop_token &quitting) {
+                                std::stop_source stop;
+                                const auto end = [&stop] { stop.request_stop(); };
+                                const std::stop_callback whenQuitting(quitting, end);
+                                const std::stop_callback whenHungUp(hungUp, end);
+                                const doctor::Diagnosis diagnosis =
+                                    doctor::Doctor(index, folder).examine(repair, stop.get_token());
+                                const index::WaitingRetries retries = index.waitingRetries();
+                                const auto fences = platform::askForFences(platform::helperProgramPath());
+                                main.post(weak, [weak, diagnosis, retries, fences, repair, answer] {
+                                    if (const auto self = weak.lock()) {
+                                        self->finish(diagnosis, retries, fences, repair, answer);
+                                    }
+                                });
+                            });
+}
+
+void DoctorCommands::finish(const doctor::Diagnosis &diagnosis,
+                            const index::WaitingRetries &retries,
+                            const std::optional<platform::HelperFences> &fences,
+                            bool repair,
+                            const Answer &answer)
+{
+    m_isExamining = false;
+    if (recordedImages(diagnosis)) {
+        m_onImagesRecorded();
+    }
+    if (diagnosis.wasStopped) {
+        answer(ControlReply::failure(QStringLiteral("The examination was ended.")));
+        return;
+    }
+    const Uploads uploads = m_uploads();
+    QJsonObject report = toJson(diagnosis, repair, {retries, uploads.pause});
+    addFences(report, fences);
+    const qint64 unsent = m_index.notSyncedCounts().images;
+    if (unsent > 0 && !uploads.missingSession.isEmpty()) {
+        addMissingSession(report, unsent, uploads.missingSession);
+    }
+    answer(ControlReply::success(report));
+}
+
+ControlReply examineWithoutInstance(const core::HomeLayout &layout,
+                                    platform::UserDefaults &defaults,
+                                    const core::Settings &settings,
+                                    const ControlRequest &request)
+{
+    const auto indexLock = platform::HomeLock::tryLock(layout.indexLockFile());
+    if (!indexLock) {
+        return ControlReply::failure(QStringLiteral("The index is used by another process."));
+    }
+    platform::SystemClock clock;
+    platform::MainExecutor main;
+    platform::NotificationCenter notifications;
+    platform::WorkerProcessPool parserProcesses(1, platform::helperProgramPath());
+    platform::DicomFile parser(parserProcesses, clock);
+    try {
+        index::DicomDB index({layout.indexFile, layout.fileStore},
+                             {defaults, parser, notifications, main, clock, platform::systemFiles()});
+        const bool repair = request.arguments.value(kRepair).toBool();
+        doctor::Doctor doctor(index, receive::incomingFolder(settings, layout.incomingFolder));
+        const doctor::Diagnosis diagnosis = doctor.examine(repair, request.hungUp);
+        QJsonObject report = toJson(diagnosis, repair, {index.waitingRetries(), {}});
+        addFences(report, platform::askForFences(platform::helperProgramPath()));
+        return ControlReply::success(report);
+    } catch (const index::StoreInUseError &error) {
+        return ControlReply::failure(error.message());
+    } catch (const index::IndexOpenError &error) {
+        return ControlReply::failure(
+            QStringLiteral("The index can't be opened: %1. Restore it from a backup; or move it away and run "
+                           "doctor --repair, which records the stored images anew.")
+                .arg(error.message()));
+    }
+}
+
+} // namespace gateway::terminal

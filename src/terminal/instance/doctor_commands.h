@@ -1,0 +1,80 @@
+#pragma once
+
+#include "core/home_layout.h"
+#include "core/settings.h"
+#include "doctor/diagnosis.h"
+#include "index/dicom_db.h"
+#include "platform/concurrency/main_executor.h"
+#include "platform/concurrency/task.h"
+#include "platform/defaults/user_defaults.h"
+#include "platform/dicom/helper_fences.h"
+#include "terminal/commands/command_line.h"
+#include "terminal/control/control_protocol.h"
+#include "upload/upload_gate.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+namespace gateway::terminal {
+
+namespace requests {
+
+inline const QString kDoctor = QStringLiteral("doctor");
+
+} // namespace requests
+
+ControlRequest doctorRequest(const DoctorCommand &command);
+
+/// The running instance's side of `doctor`: one examination at a time, on a thread of its own, ended when its
+/// caller hangs up.
+///
+/// Owner: Gateway, as a shared pointer. Thread: main.
+class DoctorCommands : public std::enable_shared_from_this<DoctorCommands>
+{
+public:
+    using Answer = std::function<void(ControlReply)>;
+
+    /// How uploads stand beside what the index says.
+    struct Uploads
+    {
+        std::optional<upload::UploadGate::Closure> pause;
+        QString missingSession; ///< who ended the session and what to do; empty where nobody did
+    };
+
+    /// \param index, main       outlive this.
+    /// \param incomingFolder    where received files arrive, asked for at each examination.
+    /// \param onImagesRecorded  called when images were recorded that wait for their upload now.
+    /// \param uploads           asked for at the end of each examination.
+    DoctorCommands(index::DicomDB &index,
+                   platform::MainExecutor &main,
+                   std::function<QString()> incomingFolder,
+                   std::function<void()> onImagesRecorded,
+                   std::function<Uploads()> uploads);
+
+    /// Answers when the examination is over.
+    void examine(const ControlRequest &request, const Answer &answer);
+
+private:
+    void finish(const doctor::Diagnosis &diagnosis,
+                const index::WaitingRetries &retries,
+                const std::optional<platform::HelperFences> &fences,
+                bool repair,
+                const Answer &answer);
+
+    index::DicomDB &m_index;
+    platform::MainExecutor &m_main;
+    const std::function<QString()> m_incomingFolder;
+    const std::function<void()> m_onImagesRecorded;
+    const std::function<Uploads()> m_uploads;
+    bool m_isExamining = false;
+    platform::Task m_task; // last: joined before the fields go
+};
+
+/// Carries the request out when no instance runs. The caller owns the home. Thread: main; blocks.
+ControlReply examineWithoutInstance(const core::HomeLayout &layout,
+                                    platform::UserDefaults &defaults,
+                                    const core::Settings &settings,
+                                    const ControlRequest &request);
+
+} // namespace gateway::terminal

@@ -1,0 +1,142 @@
+#include "terminal/instance/doctor_commands.h"
+
+#include "index/testing/temporary_index.h"
+
+#include <QtCore/QCoreApplication>
+#include <QtCore/QDir>
+#include <QtCore/QFileInfo>
+#include <QtCore/QJsonArray>
+
+#include <gtest/gtest.h>
+
+#include <optional>
+
+namespace gateway::terminal {
+namespace {
+
+using index::testing::TemporaryIndex;
+
+class DoctorCommandsTest : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        const QString path = home.index().fileURL(u"10000/77.dcm"_qs).toLocalFile();
+        QDir().mkpath(QFileInfo(path).path());
+        index::testing::writeSyntheticFile(path, TemporaryIndex::image(u"9.7"_qs));
+    }
+
+    DoctorCommands::Answer into(std::optional<ControlReply> &reply)
+    {
+        return [&reply](const ControlReply &given) { reply = given; };
+    }
+
+    /// Runs the event loop until the reply is there.
+    void await(const std::optional<ControlReply> &reply)
+    {
+        while (!reply) {
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+        }
+    }
+
+    TemporaryIndex home;
+    int uploadRequests = 0;
+    DoctorCommands::Uploads uploads;
+    std::shared_ptr<DoctorCommands> commands = std::make_shared<DoctorCommands>(
+        home.index(),
+        home.main,
+        [this] { return home.path(u"Import"_qs); },
+        [this] { ++uploadRequests; },
+        [this] { return uploads; });
+};
+
+TEST_F(DoctorCommandsTest, AnswersWithTheReport)
+{
+    std::optional<ControlReply> reply;
+
+    commands->examine(doctorRequest({}), into(reply));
+    await(reply);
+
+    EXPECT_EQ(reply->code, ExitCode::done);
+    EXPECT_FALSE(reply->result[u"well"].toBool());
+    EXPECT_EQ(reply->result[u"findings"][0][u"kind"].toString(), u"unrecordedImage"_qs);
+    EXPECT_EQ(uploadRequests, 0);
+}
+
+TEST_F(DoctorCommandsTest, AsksForAnUploadOfWhatItRecorded)
+{
+    std::optional<ControlReply> reply;
+
+    commands->examine(doctorRequest({.repair = true}), into(reply));
+    await(reply);
+
+    EXPECT_TRUE(reply->result[u"well"].toBool());
+    EXPECT_EQ(uploadRequests, 1);
+    EXPECT_EQ(home.index().totalCounts().images, 1);
+}
+
+TEST_F(DoctorCommandsTest, FindsThatImagesWaitWithoutASession)
+{
+    uploads.missingSession = u"The cloud ended the session."_qs;
+    std::optional<ControlReply> empty;
+    commands->examine(doctorRequest({}), into(empty));
+    await(empty);
+    EXPECT_EQ(empty->result[u"findings"].toArray().size(), 1)
+        << "no image waits: only the stray file is told";
+
+    home.import(TemporaryIndex::image(u"9.8"_qs));
+    std::optional<ControlReply> reply;
+    commands->examine(doctorRequest({.repair = true}), into(reply));
+    await(reply);
+
+    const QJsonValue finding = reply->result[u"findings"].toArray().last();
+    EXPECT_EQ(finding[u"kind"].toString(), u"noSession"_qs);
+    EXPECT_EQ(finding[u"count"].toInt(), 2);
+    EXPECT_FALSE(reply->result[u"well"].toBool());
+}
+
+TEST_F(DoctorCommandsTest, ExaminesOneAtATimeAndAgainLater)
+{
+    std::optional<ControlReply> first;
+    std::optional<ControlReply> second;
+    std::optional<ControlReply> third;
+
+    commands->examine(doctorRequest({}), into(first));
+    commands->examine(doctorRequest({}), into(second));
+    await(first);
+    commands->examine(doctorRequest({}), into(third));
+    await(third);
+
+    ASSERT_TRUE(second);
+    EXPECT_EQ(second->code, ExitCode::failed);
+    EXPECT_EQ(third->code, ExitCode::done);
+}
+
+TEST_F(DoctorCommandsTest, ChangesNothingMoreOnceItsCallerHasHungUp)
+{
+    std::stop_source caller;
+    caller.request_stop();
+    ControlRequest request = doctorRequest({.repair = true});
+    request.hungUp = caller.get_token();
+    std::optional<ControlReply> reply;
+
+    commands->examine(request, into(reply));
+    await(reply);
+
+    EXPECT_EQ(reply->code, ExitCode::failed);
+    EXPECT_EQ(home.index().totalCounts().images, 0);
+}
+
+TEST_F(DoctorCommandsTest, EndsWithItsOwner)
+{
+    std::optional<ControlReply> reply;
+    commands->examine(doctorRequest({}), into(reply));
+
+    commands.reset();
+    home.main.drain();
+
+    EXPECT_FALSE(reply);
+}
+
+} // namespace
+} // namespace gateway::terminal

@@ -1,0 +1,257 @@
+#include "terminal/instance/settings_rules.h"
+
+#include "core/ae_title_formatter.h"
+#include "core/device_id.h"
+#include "core/gateway_auto_delete_mode.h"
+#include "core/retention_policy.h"
+#include "core/support_email.h"
+#include "platform/quorin_api/cloud_configuration.h"
+#include "receive/folder_bookmark.h"
+#include "terminal/commands/retention_option.h"
+#include "wizard/setup_checks.h"
+
+#include <QtCore/QStringList>
+#include <QtCore/QUrl>
+
+#include <algorithm>
+
+namespace gateway::terminal::settings_rules {
+
+namespace {
+
+using core::DCMListenerSettings;
+using core::GatewayAutoDeleteMode;
+
+Issue unlessKept(bool kept)
+{
+    return kept ? std::nullopt : std::optional(QStringLiteral("The settings could not be written."));
+}
+
+std::optional<bool> parsedFlag(const QString &text)
+{
+    const QString word = text.trimmed().toLower();
+    if (word == QStringLiteral("true") || word == QStringLiteral("on") || word == QStringLiteral("1")) {
+        return true;
+    }
+    if (word == QStringLiteral("false") || word == QStringLiteral("off") || word == QStringLiteral("0")) {
+        return false;
+    }
+    return std::nullopt;
+}
+
+Issue flagIssue(const QString &key)
+{
+    return QStringLiteral("%1 must be true or false.").arg(key);
+}
+
+std::optional<int> number(const QString &text)
+{
+    bool isNumber = false;
+    const int value = text.trimmed().toInt(&isNumber);
+    return isNumber ? std::optional(value) : std::nullopt;
+}
+
+} // namespace
+
+Issue setFlag(const QString &key, const QString &value, const std::function<bool(bool)> &keep)
+{
+    const std::optional<bool> on = parsedFlag(value);
+    return on ? unlessKept(keep(*on)) : flagIssue(key);
+}
+
+Issue setChoice(const QString &key,
+                const QString &value,
+                const std::vector<int> &choices,
+                const std::function<bool(int)> &keep)
+{
+    const std::optional<int> chosen = number(value);
+    if (!chosen || std::find(choices.begin(), choices.end(), *chosen) == choices.end()) {
+        QStringList words;
+        for (const int choice : choices) {
+            words.append(QString::number(choice));
+        }
+        return QStringLiteral("%1 must be one of %2.").arg(key, words.join(QStringLiteral(", ")));
+    }
+    return unlessKept(keep(*chosen));
+}
+
+Issue changeListener(platform::UserDefaults &defaults,
+                     const QString &value,
+                     Issue (*change)(DCMListenerSettings &, const QString &))
+{
+    DCMListenerSettings record = DCMListenerSettings::load(defaults);
+    if (Issue issue = change(record, value)) {
+        return issue;
+    }
+    return unlessKept(record.save(defaults));
+}
+
+Issue setAETitle(DCMListenerSettings &record, const QString &value)
+{
+    if (Issue issue = wizard::aeTitleIssue(value)) {
+        return issue;
+    }
+    record.aeTitle = core::AETitleFormatter::format(value.trimmed());
+    return std::nullopt;
+}
+
+Issue setPort(DCMListenerSettings &record, const QString &value)
+{
+    record.port = wizard::parsedPort(value).value_or(record.port);
+    return wizard::portFormatIssue(value);
+}
+
+Issue setTimeout(DCMListenerSettings &record, const QString &value)
+{
+    if (Issue issue = wizard::timeoutIssue(value)) {
+        return issue;
+    }
+    record.timeout = std::chrono::seconds(value.trimmed().toInt());
+    return std::nullopt;
+}
+
+Issue setAssociationsPerAddress(DCMListenerSettings &record, const QString &value)
+{
+    constexpr int kMost = 256; // that the listener serves at once
+    const std::optional<int> count = number(value);
+    if (!count || *count < 1 || *count > kMost) {
+        return QStringLiteral("ListenerSettings.associationsPerAddress must be a number between 1 and 256.");
+    }
+    record.associationsPerAddress = count;
+    return std::nullopt;
+}
+
+Issue setSyntax(DCMListenerSettings &record, const QString &value)
+{
+    const std::optional<int> raw = number(value);
+    const auto syntax = raw ? core::preferredSyntaxFromRawValue(*raw) : std::nullopt;
+    if (!syntax) {
+        return QStringLiteral("ListenerSettings.syntax must be one of 2, 27, 24, 21, 0, 23, 26.");
+    }
+    record.syntax = *syntax;
+    return std::nullopt;
+}
+
+Issue setIsEnabled(DCMListenerSettings &record, const QString &value)
+{
+    const std::optional<bool> on = parsedFlag(value);
+    record.isEnabled = on;
+    return on ? std::nullopt : flagIssue(QStringLiteral("ListenerSettings.isEnabled"));
+}
+
+Issue setAdvertise(DCMListenerSettings &record, const QString &value)
+{
+    const std::optional<bool> on = parsedFlag(value);
+    record.advertiseWithBonjour = on;
+    return on ? std::nullopt : flagIssue(QStringLiteral("ListenerSettings.advertiseWithBonjour"));
+}
+
+Issue setDestinationFolder(core::Settings &settings, const QString &value)
+{
+    std::optional<QString> folder;
+    std::optional<QByteArray> bookmark;
+    if (!value.trimmed().isEmpty()) {
+        if (Issue issue = wizard::folderIssue(value)) {
+            return issue;
+        }
+        folder = value;
+        bookmark = receive::makeFolderBookmark(value);
+    }
+    return unlessKept(settings.listenerDestinationFolder.set(folder) &&
+                      settings.listenerDestinationFolderBookmark.set(bookmark));
+}
+
+Issue setCloudAddress(platform::UserDefaults &defaults, const QString &value)
+{
+    const QUrl url(value.trimmed(), QUrl::StrictMode);
+    const bool isWeb = url.scheme() == QStringLiteral("https") || url.scheme() == QStringLiteral("http");
+    if (!url.isValid() || !isWeb || url.host().isEmpty()) {
+        return QStringLiteral("QuorinAPI.BaseURL must be an http or https address.");
+    }
+    if (!url.userInfo().isEmpty()) {
+        return QStringLiteral("QuorinAPI.BaseURL must hold no user name and no password; sign in instead.");
+    }
+    return unlessKept(defaults.setObject(QString::fromLatin1(platform::kCloudBaseUrlKey), value.trimmed()));
+}
+
+QString cloudAddressText(const platform::UserDefaults &defaults)
+{
+    const QString text =
+        defaults.object(QString::fromLatin1(platform::kCloudBaseUrlKey)).value_or(QVariant()).toString();
+    const qsizetype at = text.lastIndexOf(u'@');
+    return at < 0 ? text : QStringLiteral("(hidden)@") + text.mid(at + 1);
+}
+
+Issue setCloudKind(platform::UserDefaults &defaults, const QString &value)
+{
+    if (value != QStringLiteral("quorin") && value != QStringLiteral("dicomweb")) {
+        return QStringLiteral("QuorinAPI.Kind must be quorin or dicomweb.");
+    }
+    return unlessKept(defaults.setObject(QString::fromLatin1(platform::kCloudKindKey), value));
+}
+
+Issue setRetrieveMode(platform::UserDefaults &defaults, const QString &value)
+{
+    return setFlag(QStringLiteral("QuorinRetrieveMode"), value, [&](bool on) {
+        return core::setRetrieveMode(defaults, on);
+    });
+}
+
+Issue setSupportEmail(platform::UserDefaults &defaults, const QString &value)
+{
+    const QString address = value.trimmed();
+    const qsizetype at = address.indexOf(u'@');
+    const bool isAddress = at > 0 && at == address.lastIndexOf(u'@') && at < address.size() - 1;
+    if (!address.isEmpty() && (!isAddress || address.contains(u' '))) {
+        return QStringLiteral("The support address must be one e-mail address.");
+    }
+    return unlessKept(defaults.setObject(core::kSupportEmailKey, address));
+}
+
+Issue setAutoDelete(core::Settings &settings, const QString &value)
+{
+    const std::optional<RetentionOption> option = parseRetentionOption(value.trimmed());
+    if (!option) {
+        return QStringLiteral("GatewayAutoDelete must be never, N-days or N-months.");
+    }
+    if (Issue issue = wizard::retentionIssue(option->mode, option->valueText)) {
+        return issue;
+    }
+    return unlessKept(core::storeRetentionPolicy(
+        settings, {option->mode, wizard::parsedRetentionValue(option->valueText).value_or(0)}));
+}
+
+Issue setAutoDeleteMode(core::Settings &settings, const QString &value)
+{
+    const std::optional<GatewayAutoDeleteMode> mode =
+        core::gatewayAutoDeleteModeFromRawValue(value.trimmed());
+    if (!mode) {
+        return QStringLiteral("GatewayAutoDeleteMode must be never, days or months.");
+    }
+    if (*mode != GatewayAutoDeleteMode::never) {
+        const auto amount = settings.gatewayAutoDeleteValue.get();
+        if (const Issue issue =
+                wizard::retentionIssue(*mode, amount ? QString::number(*amount) : QString())) {
+            return QStringLiteral("%1 Set GatewayAutoDeleteValue first.").arg(*issue);
+        }
+    }
+    // The mode first: should the second write fail, an amount without a mode deletes nothing.
+    const bool kept =
+        settings.gatewayAutoDeleteMode.set(*mode) &&
+        (*mode != GatewayAutoDeleteMode::never || settings.gatewayAutoDeleteValue.set(std::nullopt));
+    return unlessKept(kept);
+}
+
+Issue setAutoDeleteValue(core::Settings &settings, const QString &value)
+{
+    // Under `never` the amount only waits for its mode; the wider of the two bounds holds until then.
+    const GatewayAutoDeleteMode mode = settings.gatewayAutoDeleteMode.get();
+    const GatewayAutoDeleteMode judge =
+        mode == GatewayAutoDeleteMode::never ? GatewayAutoDeleteMode::days : mode;
+    if (Issue issue = wizard::retentionIssue(judge, value)) {
+        return issue;
+    }
+    return unlessKept(settings.gatewayAutoDeleteValue.set(wizard::parsedRetentionValue(value)));
+}
+
+} // namespace gateway::terminal::settings_rules

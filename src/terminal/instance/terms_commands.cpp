@@ -1,0 +1,122 @@
+#include "terminal/instance/terms_commands.h"
+
+#include "core/notification_names.h"
+#include "platform/concurrency/async.h"
+#include "platform/quorin_api/qrn_quorin_cloud_terms_api.h"
+#include "platform/quorin_api/quorin_error.h"
+#include "terminal/commands/account_requests.h"
+#include "terminal/commands/command_requests.h"
+
+namespace gateway::terminal {
+
+namespace {
+
+ControlReply termsReply(bool required, const QString &version, const QString &text, const QString &reason)
+{
+    return ControlReply::success({{QStringLiteral("required"), required},
+                                  {QStringLiteral("version"), version},
+                                  {QStringLiteral("reason"), reason},
+                                  {QStringLiteral("text"), text}});
+}
+
+ControlReply showFirst()
+{
+    return ControlReply::failure(
+        QStringLiteral("Only Terms & Conditions that wait for an answer and were shown can be answered. "
+                       "Run: quorin-gateway terms show"));
+}
+
+} // namespace
+
+TermsCommands::TermsCommands(const Collaborators &with)
+    : m_with(with), m_coordinator({with.api, with.defaults, with.main, with.pool, with.clock},
+                                  account::TermsSigner::here(QStringLiteral(QUORIN_VERSION))),
+      m_scope(with.main, with.pool)
+{
+    m_authObserver = with.notifications.observe(core::kAuthStateChanged, [this](const QVariantMap &) {
+        if (!m_with.auth.state().isSignedIn()) {
+            m_coordinator.reset();
+        }
+    });
+}
+
+bool TermsCommands::handle(const ControlRequest &request, const Answer &answer)
+{
+    const bool isShow = request.command == requests::kTermsShow;
+    const bool isAccept = request.command == requests::kTermsAccept;
+    if (!isShow && !isAccept && request.command != requests::kTermsDecline) {
+        return false;
+    }
+    if (!m_with.auth.state().isSignedIn()) {
+        answer(noSessionReply());
+    } else if (m_coordinator.isLoading()) {
+        answer(ControlReply::failure(QStringLiteral("Another question about the terms is under way.")));
+    } else if (isShow) {
+        m_scope.start(show(answer));
+    } else if (!m_coordinator.showTerms()) {
+        answer(showFirst());
+    } else {
+        m_scope.start(isAccept ? accept(answer) : decline(answer));
+    }
+    return true;
+}
+
+QCoro::Task<> TermsCommands::show(Answer answer)
+{
+    co_await m_coordinator.refreshStatus();
+    if (m_coordinator.errorMessage()) {
+        answer(failure());
+    } else if (m_coordinator.showTerms()) {
+        answer(termsReply(true,
+                          m_coordinator.termsVersion(),
+                          m_coordinator.termsText(),
+                          m_coordinator.reasonMessage().value_or(QString())));
+    } else {
+        const ControlReply reply = co_await readTerms();
+        answer(reply);
+    }
+}
+
+/// The terms of which nobody wants an answer.
+QCoro::Task<ControlReply> TermsCommands::readTerms()
+{
+    try {
+        const platform::QrnQuorinCloudTermsResponse terms =
+            co_await platform::onPool(m_with.main, m_with.pool, [api = &m_with.api] { return api->terms(); });
+        co_return termsReply(false, terms.version, terms.text, QString());
+    } catch (const std::exception &error) {
+        co_return ControlReply::failure(platform::userFacingMessage(
+            error, QStringLiteral("Unable to check Quorin Cloud Terms & Conditions.")));
+    }
+}
+
+QCoro::Task<> TermsCommands::accept(Answer answer)
+{
+    const QString version = m_coordinator.termsVersion();
+    const bool isTaken = co_await m_coordinator.accept();
+    if (!isTaken) {
+        answer(failure());
+        co_return;
+    }
+    m_with.answered();
+    answer(ControlReply::success({{QStringLiteral("version"), version}}));
+}
+
+QCoro::Task<> TermsCommands::decline(Answer answer)
+{
+    const bool isTaken = co_await m_coordinator.decline();
+    if (!isTaken) {
+        answer(failure());
+        co_return;
+    }
+    co_await m_with.auth.signOut();
+    answer(ControlReply::success());
+}
+
+ControlReply TermsCommands::failure() const
+{
+    return ControlReply::failure(
+        m_coordinator.errorMessage().value_or(QStringLiteral("The session has ended.")));
+}
+
+} // namespace gateway::terminal

@@ -1,0 +1,20 @@
+#include "upload/failure_figures.h"
+
+#include <gtest/gtest.h>
+
+namespace gateway::upload {
+namespace {
+
+TEST(FailureFigures, AreTheMostFrequentWhereThereAreVeryMany)
+{
+    QList<index::UploadFailureCount> counts;
+    for (int code = 0; code < 500; ++code) {
+        counts.append({u"refused"_qs, code, 500 - code});
+    }
+
+    EXPECT_EQ(failureFigures(counts).size(), 20);
+    EXPECT_EQ(failureFigures(counts).first().files, 500);
+}
+
+} // namespace
+} // namespace gateway::upload

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "index/upload_failure.h"
+#include "upload/upload_gate.h"
+
+#include <optional>
+
+namespace gateway::upload {
+
+/// What uploads wait for. Thread: a plain value.
+struct WaitingUploads
+{
+    index::WaitingRetries retries;                 ///< files that failed and wait for their time
+    std::optional<UploadGate::Closure> pause = {}; ///< what all files wait for
+};
+
+} // namespace gateway::upload
