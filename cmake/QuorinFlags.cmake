@@ -15,9 +15,12 @@ set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
 include(CheckPIESupported)
 check_pie_supported(LANGUAGES CXX)
 
+# The compiler tells what it read, so that ccache need not preprocess each source first. The rest is for precompiled
+# headers, which count by what QuorinPrecompiled.cmake writes beside them, so that two checkouts share what is cached.
 find_program(QUORIN_CCACHE ccache)
 if(QUORIN_CCACHE)
-    set(CMAKE_CXX_COMPILER_LAUNCHER "${QUORIN_CCACHE}")
+    set(CMAKE_CXX_COMPILER_LAUNCHER env CCACHE_DEPEND=1 CCACHE_SLOPPINESS=pch_defines,time_macros CCACHE_PCH_EXTSUM=1
+                                    "${QUORIN_CCACHE}")
 endif()
 
 add_library(quorin_flags INTERFACE)

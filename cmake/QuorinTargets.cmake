@@ -12,6 +12,10 @@
 #       COROUTINES)                    the sources hold coroutines: only clang builds them
 include(GoogleTest)
 
+# Assertions unfold into much code, which the sanitizers multiply: optimised, it takes 2.5 times as long to build.
+set(QUORIN_TEST_OPTIONS -O0)
+include(QuorinPrecompiled)
+
 # Everything that a second compiler must understand: g++ 12 frees twice in some coroutines, so libraries that
 # hold any are left out.
 add_custom_target(quorin_plain_libraries)
@@ -31,6 +35,7 @@ function(quorin_library name)
     add_library(quorin::${name} ALIAS quorin_${name})
     target_include_directories(quorin_${name} PUBLIC "${CMAKE_SOURCE_DIR}/src")
     target_link_libraries(quorin_${name} PUBLIC quorin_flags ${ARG_LINKS} PRIVATE ${ARG_PRIVATE_LINKS})
+    quorin_precompile_library(quorin_${name} ${ARG_LINKS} ${ARG_PRIVATE_LINKS})
     if(NOT ARG_COROUTINES)
         add_dependencies(quorin_plain_libraries quorin_${name})
     endif()
@@ -58,12 +63,14 @@ function(quorin_test name)
     add_executable(${name} ${ARG_SOURCES})
     target_include_directories(${name} PRIVATE "${CMAKE_SOURCE_DIR}")
     set(main quorin_test_main)
+    set(headers core_test)
     if(ARG_WIDGETS)
         set(main quorin_widget_test_main)
+        set(headers widget_test)
     endif()
     target_link_libraries(${name} PRIVATE ${ARG_LINKS} ${main} GTest::gmock)
-    # Assertions unfold into much code, which the sanitizers multiply: optimised, it takes 2.5 times as long to build.
-    target_compile_options(${name} PRIVATE -O0)
+    target_compile_options(${name} PRIVATE ${QUORIN_TEST_OPTIONS})
+    quorin_precompile(${name} ${headers})
     if(ARG_MOC)
         set_target_properties(${name} PROPERTIES AUTOMOC ON)
     endif()
