@@ -7,6 +7,7 @@
 #include "index/stored_copies.h"
 #include "platform/concurrency/clock.h"
 #include "platform/dicom/dicom_parsing.h"
+#include "platform/files/files.h"
 #include "platform/sqlite/database.h"
 
 #include <QtCore/QFileInfo>
@@ -122,7 +123,7 @@ bool IndexExamination::hasItsPlace(Database &database, const QString &pathString
 {
     const QString successor = successorOf(database, pathString);
     return successor.isEmpty() ? isSpokenFor(database, pathString)
-                               : QFileInfo(m_files.fileURL(successor).toLocalFile()).isFile() &&
+                               : !platform::isKnownToBeAbsent(m_files.fileURL(successor).toLocalFile()) &&
                                      !isLaterThanSuccessor(database, pathString);
 }
 

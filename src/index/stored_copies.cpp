@@ -106,7 +106,7 @@ currentCopies(Database &database, const QVariantMap &elements, const StoredFile 
             continue;
         }
         const auto identity = platform::fileIdentity(rootOf(beside) + copy.pathString);
-        copy.isThere = identity.has_value();
+        copy.isThere = identity || !platform::isKnownToBeAbsent(rootOf(beside) + copy.pathString);
         if (identity && copy.acknowledged == 0) {
             copy.acknowledged = identity->modified.count(); // recorded before times were kept
         }

@@ -33,7 +33,7 @@ struct CurrentCopy
     QString pathString;
     std::int64_t acknowledged = 0; ///< nanoseconds since 1970; 0 where nobody knows
     bool isDamaged = false;
-    bool isThere = false; ///< the file could be seen
+    bool isThere = false; ///< unless it is certain that the file is gone
 };
 
 struct Judgement

@@ -99,6 +99,23 @@ private:
 
 } // namespace
 
+TEST_F(StoredCopies, ACurrentOneThatTheDiskDoesNotShowKeepsItsPlace)
+{
+    const QString later = take(kMorning + seconds(2), saying(QStringLiteral("corrected")));
+    const QString path = home.index().fileURL(later).toLocalFile();
+    const QString aside = home.path(QStringLiteral("aside"));
+    QFile::rename(path, aside);
+    QFile::link(path,
+                path); // asking for it fails (ELOOP) as on a disk that fails: it says nothing of the file
+
+    const QString earlier = take(kMorning + seconds(1), saying(QStringLiteral("first")));
+    QFile::remove(path);
+    QFile::rename(aside, path);
+
+    EXPECT_EQ(current(), QStringList{later});
+    EXPECT_EQ(superseded(), QStringList{earlier + u'|' + later});
+}
+
 TEST_F(StoredCopies, TheLastAcknowledgedIsCurrentThoughItCameInFirst)
 {
     const QString later = take(kMorning + seconds(2), saying(QStringLiteral("corrected")));

@@ -161,6 +161,16 @@ std::optional<FileIdentity> fileIdentity(const QString &path)
     return FileIdentity{status->st_dev, status->st_ino, status->st_nlink, status->st_size, modified};
 }
 
+bool isKnownToBeAbsent(const QString &path)
+{
+    struct stat status{};
+    if (::lstat(QFile::encodeName(path).constData(), &status) == 0 || errno != ENOENT) {
+        return false;
+    }
+    const QByteArray folder = QFile::encodeName(QFileInfo(path).path());
+    return ::stat(folder.constData(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
 bool haveSameContent(const QString &path, const QString &other)
 {
     const auto first = fileIdentity(path);

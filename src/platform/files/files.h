@@ -72,6 +72,10 @@ struct FileIdentity
 /// The identity of a regular file; nothing when there is none or it can't be asked.
 std::optional<FileIdentity> fileIdentity(const QString &path);
 
+/// True when it is certain that nothing stands at `path`: its folder is there, and has no such name. What
+/// can't be asked, because a disk fails, a share is away or the way is closed, is not certain.
+bool isKnownToBeAbsent(const QString &path);
+
 /// True when both paths lead to regular files that could be read whole and hold the same bytes.
 bool haveSameContent(const QString &path, const QString &other);
 

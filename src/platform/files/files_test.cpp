@@ -185,6 +185,16 @@ TEST_F(Files, AVolumeHasRoomAndAMissingPathHasNoVolume)
     EXPECT_FALSE(volumeFigures(path(QStringLiteral("missing"))));
 }
 
+TEST_F(Files, AbsenceIsCertainOnlyWhereTheFolderCanBeAsked)
+{
+    QFile::link(path(kB), path(kB)); // asking where it leads fails
+
+    EXPECT_TRUE(isKnownToBeAbsent(path(kA)));
+    EXPECT_FALSE(isKnownToBeAbsent(path(kB)));
+    EXPECT_FALSE(isKnownToBeAbsent(path(kB) + QStringLiteral("/a"))) << "its folder can't be asked";
+    EXPECT_FALSE(isKnownToBeAbsent(path(QStringLiteral("away/a")))) << "its folder is away";
+}
+
 TEST(StandardizedPath, IsWorkedOutOnTheTextAlone)
 {
     EXPECT_EQ(standardizedPath(QStringLiteral("/a/./b//c/../d/")), QStringLiteral("/a/b/d"));
