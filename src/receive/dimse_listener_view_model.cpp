@@ -19,6 +19,7 @@ void DimseListenerViewModel::refresh()
 {
     m_settings = core::DCMListenerSettings::load(m_with.defaults);
     m_isListening = m_with.listenerService.storeListener() != nullptr;
+    m_isInterrupted = m_with.listenerService.interruption().has_value();
     const QString chosen = m_with.settings.listenerDestinationFolder.get().value_or(QString());
     m_storagePath = chosen.trimmed().isEmpty() ? m_with.defaultIncomingFolder : chosen;
     Q_EMIT changed();
@@ -26,6 +27,9 @@ void DimseListenerViewModel::refresh()
 
 QString DimseListenerViewModel::statusText() const
 {
+    if (m_isInterrupted) {
+        return QStringLiteral("Restarting");
+    }
     return m_isListening ? QStringLiteral("Listening on Port %1").arg(m_settings.port)
                          : QStringLiteral("Stopped");
 }

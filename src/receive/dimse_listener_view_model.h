@@ -30,7 +30,11 @@ public:
 
     explicit DimseListenerViewModel(Collaborators collaborators);
 
+    /// True while the listener is switched on and there, even if it is coming back from an interruption.
     bool isListening() const { return m_isListening; }
+
+    /// True while nobody can send though it is there: its process ended and is being started again.
+    bool isInterrupted() const { return m_isInterrupted; }
 
     /// The listener's settings as they were at the last refresh.
     const core::DCMListenerSettings &settings() const { return m_settings; }
@@ -38,7 +42,7 @@ public:
     /// The folder that incoming files go to.
     const QString &storagePath() const { return m_storagePath; }
 
-    /// "Listening on Port 1115" or "Stopped".
+    /// "Listening on Port 1115", "Restarting" or "Stopped".
     QString statusText() const;
 
     /// The address to register in a modality, with ":" and the port where asked for; "Unavailable" without
@@ -59,6 +63,7 @@ Q_SIGNALS:
 private:
     Collaborators m_with;
     bool m_isListening = false;
+    bool m_isInterrupted = false;
     core::DCMListenerSettings m_settings;
     QString m_storagePath;
     platform::NotificationCenter::Token m_observer;

@@ -32,6 +32,12 @@ TEST_F(ListenerViewModel, FollowsTheListener)
     EXPECT_TRUE(m_model.isListening());
     EXPECT_EQ(m_model.statusText(), u"Listening on Port 1115"_qs);
 
+    m_world.scps.front()->callbacks().interrupted(
+        {platform::StoreSCPInterruption::Cause::ended, 137, u"It was ended."_qs, {}});
+    m_world.settle();
+    EXPECT_TRUE(m_model.isListening());
+    EXPECT_EQ(m_model.statusText(), u"Restarting"_qs);
+
     m_world.service->stopListener();
     EXPECT_EQ(m_model.statusText(), u"Stopped"_qs);
 }

@@ -38,14 +38,16 @@ state::ListenerFigures ListenerWatch::figures() const
     const core::DCMListenerSettings settings = core::DCMListenerSettings::load(m_with.defaults);
     const auto &receiver = m_with.listenerService.storeListener();
     const std::optional<int> bound = receiver ? receiver->boundPort() : std::nullopt;
+    const std::optional<QString> &interruption = m_with.listenerService.interruption();
     const int port = bound.value_or(settings.port);
     return {.isEnabled = settings.isEnabled.value_or(true),
             .isStarted = receiver != nullptr,
             .isBound = bound.has_value(),
+            .isInterrupted = interruption.has_value(),
             .aeTitle = settings.aeTitle,
             .port = port,
             .address = addressText(port),
-            .failure = m_with.state.figures().dimseAlertMessage.value_or(QString())};
+            .failure = interruption.value_or(m_with.state.figures().dimseAlertMessage.value_or(QString()))};
 }
 
 QString ListenerWatch::addressText(int port) const

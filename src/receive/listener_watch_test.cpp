@@ -51,6 +51,22 @@ TEST_F(ListenerWatching, KeepsWhyAStartFailedUntilOneSucceeds)
     EXPECT_TRUE(m_watch.figures().isStarted);
 }
 
+TEST_F(ListenerWatching, SaysThatNobodyCanSendWhileTheReceiverIsStartedAgain)
+{
+    m_world.service->startListener();
+    const auto callbacks = m_world.scps.front()->callbacks();
+
+    callbacks.interrupted({platform::StoreSCPInterruption::Cause::ended, 137, u"It was ended."_qs, {}});
+    m_world.settle();
+    EXPECT_TRUE(m_watch.figures().isInterrupted);
+    EXPECT_EQ(m_watch.figures().failure, u"It was ended."_qs);
+
+    callbacks.resumed();
+    m_world.settle();
+    EXPECT_FALSE(m_watch.figures().isInterrupted);
+    EXPECT_EQ(m_watch.figures().failure, QString());
+}
+
 TEST(ListenerFailureText, NamesTheReasonWhereItHasOne)
 {
     EXPECT_EQ(listenerFailureText({}), u"Failed to start DIMSE listener."_qs);

@@ -77,6 +77,7 @@ void StoreListenerService::startListener()
     run.former = std::exchange(m_formerListener, nullptr);
     run.id = beginRun();
     m_storeListener = run.scp;
+    m_interruption.reset();
     publishBonjourService(settings);
     m_with.notifications.post(core::kStoreListenerStateChanged);
     launch(std::move(run));
@@ -334,6 +335,7 @@ void StoreListenerService::stopListener()
         m_formerListener = m_storeListener;
     }
     m_storeListener.reset();
+    m_interruption.reset();
     m_bonjourService.reset();
     m_with.notifications.post(core::kStoreListenerStateChanged);
     logListener(GatewayLogAction::listenerStopped,
@@ -359,6 +361,7 @@ void StoreListenerService::listeningInterrupted(QUuid runId,
                  {QStringLiteral("restart_in_ms"), QString::number(interruption.pause.count())}},
                 GatewayLogLevel::error,
                 logError(core::StoreError(interruption.message)));
+    tellInterruption(runId, interruption.message);
 }
 
 void StoreListenerService::listeningResumed(QUuid runId, int port)
@@ -367,7 +370,18 @@ void StoreListenerService::listeningResumed(QUuid runId, int port)
         logListener(GatewayLogAction::listenerStartSucceeded,
                     GatewayLogOutcome::succeeded,
                     {{kPort, QString::number(port)}, {kReason, QStringLiteral("after_interruption")}});
+        tellInterruption(runId, std::nullopt);
     }
+}
+
+void StoreListenerService::tellInterruption(QUuid runId, std::optional<QString> interruption)
+{
+    m_with.main.post(weak_from_this(), [this, runId, interruption = std::move(interruption)] {
+        if (!wasStopped(runId) && m_storeListener) {
+            m_interruption = interruption;
+            m_with.notifications.post(core::kStoreListenerStateChanged);
+        }
+    });
 }
 
 /// The receiver named a file that isn't one of its own; nothing is taken by that name.

@@ -87,6 +87,10 @@ public:
     /// The receiver; its presence is what "listening" means everywhere.
     const std::shared_ptr<platform::StoreSCP> &storeListener() const { return m_storeListener; }
 
+    /// Why nobody can send at present although the receiver is there: its process ended, and comes back by
+    /// itself. A sentence for people, without which all is well. Main thread.
+    const std::optional<QString> &interruption() const { return m_interruption; }
+
     /// The one address that the listener binds; empty for all.
     const QString &bindAddress() const { return m_places.bindAddress; }
 
@@ -123,6 +127,7 @@ private:
     // The receiver's own events, on any thread.
     void listeningInterrupted(QUuid runId, int port, const platform::StoreSCPInterruption &interruption);
     void listeningResumed(QUuid runId, int port);
+    void tellInterruption(QUuid runId, std::optional<QString> interruption);
     void fileMisnamed(QUuid runId, const QString &association);
     void peersTurnedAway(QUuid runId, const platform::StoreSCPTurnedAway &away);
 
@@ -151,6 +156,7 @@ private:
     // Main thread only.
     std::shared_ptr<platform::StoreSCP> m_storeListener;
     std::shared_ptr<platform::StoreSCP> m_formerListener; // the one stopped last, until the next start
+    std::optional<QString> m_interruption;
     std::unique_ptr<platform::NetServicePublication> m_bonjourService;
 
     platform::Mutex m_listenerRunStateLock;

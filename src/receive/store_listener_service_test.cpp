@@ -300,6 +300,8 @@ TEST_F(ListenerService, TellsOfAnInterruptionInTheLogAndListensOn)
                            137,
                            u"It was ended."_qs,
                            std::chrono::milliseconds(200)});
+    m_world.settle();
+    EXPECT_EQ(m_world.service->interruption(), u"It was ended."_qs);
     callbacks.resumed();
     m_world.settle();
 
@@ -312,6 +314,19 @@ TEST_F(ListenerService, TellsOfAnInterruptionInTheLogAndListensOn)
     EXPECT_EQ(detail(last(GatewayLogAction::listenerStartSucceeded), u"reason"_qs), u"after_interruption"_qs);
     EXPECT_TRUE(m_world.errors.isEmpty()) << "nothing is told about a port";
     EXPECT_NE(m_world.service->storeListener(), nullptr);
+    EXPECT_EQ(m_world.service->interruption(), std::nullopt);
+}
+
+TEST_F(ListenerService, AnInterruptedListenerThatIsStoppedIsStoppedAndNothingElse)
+{
+    m_world.service->startListener();
+    const auto callbacks = m_world.scps.front()->callbacks();
+    callbacks.interrupted({platform::StoreSCPInterruption::Cause::ended, 137, u"It was ended."_qs, {}});
+
+    m_world.service->stopListener();
+    m_world.settle();
+
+    EXPECT_EQ(m_world.service->interruption(), std::nullopt);
 }
 
 TEST_F(ListenerService, ImportsWhatAReceiverThatDiedCouldNotTell)

@@ -204,6 +204,23 @@ TEST_F(Cards, TheListenerShowsReceivingOnlyWhileAnAssociationIsOpen)
     EXPECT_EQ(listenerWord(), u"RUNNING"_qs);
 }
 
+TEST_F(Cards, AListenerThatIsBeingStartedAgainCanNotBeReached)
+{
+    world.startListener();
+    ListenerCard &card = open().listener();
+    const auto callbacks = world.receive.scps.front()->callbacks();
+
+    callbacks.interrupted({platform::StoreSCPInterruption::Cause::ended, 137, u"It was ended."_qs, {}});
+    world.receive.settle();
+    EXPECT_EQ(listenerWord(), u"RESTARTING"_qs);
+    EXPECT_EQ(card.address().text(), u"Modalities can't send now"_qs);
+    EXPECT_EQ(card.switchButton().text(), u"Stop"_qs);
+
+    callbacks.resumed();
+    world.receive.settle();
+    EXPECT_EQ(listenerWord(), u"RUNNING"_qs);
+}
+
 TEST_F(Cards, TheListenerShowsItsTitleAndItsPort)
 {
     ListenerCard &card = open().listener();

@@ -68,15 +68,16 @@ ListenerCard::ListenerCard(const DashboardParts &parts, QWidget *parent)
 void ListenerCard::showListener()
 {
     const bool isListening = m_listener.isListening();
+    const bool canBeReached = isListening && !m_listener.isInterrupted();
     if (m_appState.figures().isReceivingNow) {
         m_state->setState(tr("RECEIVING"), Color::blue);
-    } else if (isListening) {
+    } else if (canBeReached) {
         m_state->setState(tr("RUNNING"), Color::green);
     } else {
-        m_state->setState(tr("STOPPED"), Color::amber);
+        m_state->setState(isListening ? tr("RESTARTING") : tr("STOPPED"), Color::amber);
     }
-    m_address->setWords(isListening ? tr("Reached at %1").arg(m_listener.addressText(true))
-                                    : tr("Modalities can't send now"));
+    m_address->setWords(canBeReached ? tr("Reached at %1").arg(m_listener.addressText(true))
+                                     : tr("Modalities can't send now"));
     m_aeTitle->setText(m_listener.settings().aeTitle);
     m_port->setText(QString::number(m_listener.settings().port));
     m_switch->setText(isListening ? tr("Stop") : tr("Start"));

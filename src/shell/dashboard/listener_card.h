@@ -30,6 +30,7 @@ public:
 
     StateLabel &state() { return *m_state; }
     Button &switchButton() { return *m_switch; }
+    ElidedLabel &address() { return *m_address; }
     TextLabel &aeTitle() { return *m_aeTitle; }
     TextLabel &port() { return *m_port; }
     ElidedLabel &setAside() { return *m_setAside; }

@@ -181,6 +181,8 @@ void QuorinGatewayMenuView::showListener()
     m_listener->setText(isListening ? tr("Stop Listener") : tr("Start Listener"));
     if (!isListening) {
         m_listenerState->setState(tr("Stopped"), Color::muted);
+    } else if (m_parts.dimseListener.isInterrupted()) {
+        m_listenerState->setState(tr("Restarting"), Color::amber);
     } else if (m_parts.appState.figures().isReceivingNow) {
         m_listenerState->setState(tr("Receiving on Port %1").arg(m_parts.dimseListener.settings().port),
                                   Color::blue);

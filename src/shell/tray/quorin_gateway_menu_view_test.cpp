@@ -378,6 +378,20 @@ TEST_F(Panel, FollowsTheFiguresWhileItIsSeenAndNotOtherwise)
     EXPECT_EQ(figures().first(), QStringLiteral("1"));
 }
 
+TEST_F(Panel, SaysThatTheListenerIsBeingStartedAgain)
+{
+    finishSetup();
+    receive.service->startListener();
+    open();
+
+    receive.scps.front()->callbacks().interrupted(
+        {platform::StoreSCPInterruption::Cause::ended, 137, QStringLiteral("It was ended."), {}});
+    receive.settle();
+
+    EXPECT_EQ(listenerState(), QStringLiteral("Restarting"));
+    EXPECT_TRUE(listenerSwitch().isChecked());
+}
+
 TEST_F(Panel, SwitchesTheListener)
 {
     finishSetup();

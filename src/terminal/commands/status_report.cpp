@@ -58,10 +58,17 @@ QJsonValue lastRun(const state::UploadRunFigures &figures)
     return run;
 }
 
+QString listenerState(const state::ListenerFigures &listener)
+{
+    if (listener.isInterrupted) {
+        return QStringLiteral("restarting");
+    }
+    return listener.isStarted ? QStringLiteral("listening") : QStringLiteral("stopped");
+}
+
 QJsonObject listenerJson(const state::ListenerFigures &listener)
 {
-    return {{QStringLiteral("state"),
-             listener.isStarted ? QStringLiteral("listening") : QStringLiteral("stopped")},
+    return {{QStringLiteral("state"), listenerState(listener)},
             {QStringLiteral("aeTitle"), listener.aeTitle},
             {QStringLiteral("port"), listener.port},
             {QStringLiteral("address"), listener.address},
@@ -148,14 +155,17 @@ QString kilobytesText(const QJsonValue &kilobytes)
 
 QString listenerText(const QJsonObject &listener)
 {
-    if (listener.value(QStringLiteral("state")).toString() == QStringLiteral("listening")) {
+    const QString state = listener.value(QStringLiteral("state")).toString();
+    if (state == QStringLiteral("listening")) {
         return QStringLiteral("%1 on port %2 (%3)")
             .arg(listener.value(QStringLiteral("aeTitle")).toString())
             .arg(listener.value(QStringLiteral("port")).toInteger())
             .arg(listener.value(QStringLiteral("address")).toString());
     }
     const QString error = listener.value(QStringLiteral("error")).toString();
-    return error.isEmpty() ? QStringLiteral("Stopped") : QStringLiteral("Stopped: ") + error;
+    const QString word =
+        state == QStringLiteral("restarting") ? QStringLiteral("Restarting") : QStringLiteral("Stopped");
+    return error.isEmpty() ? word : word + QStringLiteral(": ") + error;
 }
 
 QString cloudText(const QJsonObject &cloud)

@@ -130,12 +130,11 @@ TEST(StatusReport, TellsALastRunInItsOwnWords)
 TEST(StatusReport, ReadsAsAFewLines)
 {
     StatusReport report;
-    report.listener = {.isStarted = true,
-                       .isBound = true,
-                       .aeTitle = u"GATE"_qs,
-                       .port = 1115,
-                       .address = u"10.0.0.1:1115"_qs,
-                       .failure = {}};
+    report.listener.isStarted = true;
+    report.listener.isBound = true;
+    report.listener.aeTitle = u"GATE"_qs;
+    report.listener.port = 1115;
+    report.listener.address = u"10.0.0.1:1115"_qs;
     report.session = {true, u"Radiology"_qs, {account::SessionState::signedIn}};
     report.setup = {false, 1};
 
@@ -144,6 +143,19 @@ TEST(StatusReport, ReadsAsAFewLines)
     EXPECT_TRUE(text.contains(u"GATE on port 1115 (10.0.0.1:1115)"_qs));
     EXPECT_TRUE(text.contains(u"Signed in as Radiology"_qs));
     EXPECT_FALSE(text.contains(u"Setup"_qs));
+}
+
+TEST(StatusReport, SaysThatTheListenerIsComingBack)
+{
+    StatusReport report;
+    report.listener.isStarted = true;
+    report.listener.isInterrupted = true;
+    report.listener.failure = u"The receiver was ended."_qs;
+
+    const QJsonObject json = toJson(report);
+
+    EXPECT_EQ(json[u"listener"][u"state"].toString(), u"restarting"_qs);
+    EXPECT_TRUE(statusText(json).contains(u"Listener   Restarting: The receiver was ended."_qs));
 }
 
 TEST(StatusReport, SaysWhatUploadsWaitFor)
