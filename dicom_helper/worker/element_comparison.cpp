@@ -96,13 +96,6 @@ std::uint64_t lengthWithoutPadding(const PlacedElement &of)
     return length;
 }
 
-/// A run of bytes in a source.
-struct Run
-{
-    ByteSource &bytes;
-    std::uint64_t offset;
-};
-
 /// Writes each number of so many bytes the other way around.
 void turn(std::span<std::byte> numbers, std::size_t bytes)
 {
@@ -112,7 +105,7 @@ void turn(std::span<std::byte> numbers, std::size_t bytes)
 }
 
 /// \param turned  numbers of so many bytes are written the other way around in `other`.
-bool sameBytes(const Run &one, const Run &other, std::uint64_t size, std::size_t turned = 1)
+bool sameBytes(const Place &one, const Place &other, std::uint64_t size, std::size_t turned = 1)
 {
     std::vector<std::byte> first(static_cast<std::size_t>(std::min<std::uint64_t>(kPiece, size)));
     std::vector<std::byte> second(first.size());
@@ -134,6 +127,13 @@ bool sameBytes(const Run &one, const Run &other, std::uint64_t size, std::size_t
 }
 
 } // namespace
+
+bool sameRest(const Place &one, const Place &other)
+{
+    const std::uint64_t size = one.bytes.size() - std::min(one.offset, one.bytes.size());
+    return size == other.bytes.size() - std::min(other.offset, other.bytes.size()) &&
+           sameBytes(one, other, size);
+}
 
 bool sameValue(const PlacedElement &one, const PlacedElement &other)
 {

@@ -12,6 +12,16 @@ struct PlacedElement
     bool bigEndian = false;
 };
 
+/// A place in a source. Borrows it.
+struct Place
+{
+    ByteSource &bytes;
+    std::uint64_t offset;
+};
+
+/// True when the two files are the same from these places on. \throws ReadError
+bool sameRest(const Place &one, const Place &other);
+
 /// True when the two have the same value in representations that don't contradict each other, whatever their
 /// byte order. Padding at the end of a text says nothing (PS3.5 6.2). For elements that are neither entered
 /// nor encapsulated. \throws ReadError

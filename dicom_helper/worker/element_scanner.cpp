@@ -97,6 +97,8 @@ std::nullopt_t ElementScanner::stop(ScanEnd end)
 
 void ElementScanner::pop()
 {
+    const std::uint64_t end = m_levels.back().end;
+    m_isConsistent = m_isConsistent && (end == kOpenEnd || end == m_position);
     if (m_levels.back().kind == Kind::item) {
         --m_depth;
     }

@@ -111,6 +111,10 @@ public:
     /// True while some sequence or some fragments are open.
     bool isInsideSequence() const { return !m_levels.empty(); }
 
+    /// False once an element has reached beyond the item or the sequence around it, or a delimiter has closed
+    /// one elsewhere than its length says.
+    bool isConsistent() const { return m_isConsistent; }
+
     /// True when the last element stands somewhere inside the sequence `tag`.
     bool inside(Tag tag) const;
 
@@ -157,6 +161,7 @@ private:
     Options m_options;
     std::vector<Level> m_levels;
     unsigned m_depth = 0;
+    bool m_isConsistent = true;
     ScanEnd m_end = ScanEnd::running;
 };
 

@@ -157,6 +157,35 @@ TEST(ElementScanner, WalksThroughUnknownElementsOfKnownLengthWhereToldSo)
     EXPECT_EQ(walk(dataset.all()).tags, (std::vector<Tag>{0x00091001U, 0x00091002U}));
 }
 
+TEST(ElementScanner, SeesLengthsThatContradictEachOther)
+{
+    const auto isConsistent = [](const std::string &bytes) {
+        MemoryBytes source(std::as_bytes(std::span(bytes)));
+        ElementScanner scanner(source, 0, {}, {});
+        while (scanner.next()) {
+        }
+        EXPECT_EQ(scanner.end(), ScanEnd::atEnd);
+        return scanner.isConsistent();
+    };
+    const std::string inner = DatasetWriter().text(kInner, "UI", "1.2").all();
+    const auto sequence = [&](std::uint32_t size, std::uint32_t ofItem, const std::string &item) {
+        return DatasetWriter()
+            .header(kSequence, vr('S', 'Q'), size)
+            .header(kItem, 0, ofItem)
+            .bytes(item)
+            .all();
+    };
+    const std::string closed =
+        inner + DatasetWriter().header(kItemDelimiter, 0, 0).header(kSequenceDelimiter, 0, 0).all();
+
+    EXPECT_TRUE(isConsistent(sequence(20, 12, inner)));
+    EXPECT_TRUE(isConsistent(sequence(kUndefinedLength, kUndefinedLength, closed)));
+    EXPECT_FALSE(isConsistent(sequence(20, 10, inner)));
+    EXPECT_FALSE(isConsistent(sequence(18, 12, inner)));
+    EXPECT_FALSE(isConsistent(sequence(kUndefinedLength, 30, closed)));
+    EXPECT_FALSE(isConsistent(sequence(60, kUndefinedLength, closed)));
+}
+
 TEST(ElementScanner, TellsAnOddTailFromACutElement)
 {
     const std::string whole = DatasetWriter().number(0x00280010U, 7).all();

@@ -195,6 +195,21 @@ TEST_F(ObjectComparison, SeesInWhichItemOfWhichSequenceAnElementIs)
     EXPECT_EQ(compare(withItems({inner({})}), withItems({inner({""})})), "different");
 }
 
+TEST_F(ObjectComparison, TakesNoContradictionForTheSame)
+{
+    const std::string item = reference(0x00081150U);
+    const std::string sent = withItems({item, item});
+    const std::string start("\xFE\xFF\x00\xE0\x0C\0\0\0", 8);
+    for (const char length : {'\x0A', '\x02'}) {
+        std::string odd = sent;
+        odd[odd.find(start) + 4] = length; // the item ends inside its element
+
+        EXPECT_EQ(compare(odd, sent), "different");
+        EXPECT_EQ(compare(sent, odd), "different");
+        EXPECT_EQ(compare(odd, odd), "same") << "it is what was sent, byte by byte";
+    }
+}
+
 TEST_F(ObjectComparison, TakesPrivateSequencesForTheSameHoweverTheyAreWritten)
 {
     const auto implicitly = [](const std::string &value) {
