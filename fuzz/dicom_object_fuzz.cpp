@@ -1,4 +1,5 @@
 #include "dicom_helper/worker/elements.h"
+#include "dicom_helper/worker/object_comparison.h"
 #include "platform/dicom_protocol/record.h"
 
 #include <cstdint>
@@ -8,7 +9,8 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-/// Parses the bytes as a file. What is read has its keys, and the answer fits a record.
+/// Parses the bytes as a file. What is read has its keys, and the answer fits a record; the object is the same as
+/// itself, and its elements are walked twice side by side.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     static const int file = ::memfd_create("object", MFD_CLOEXEC);
@@ -25,5 +27,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         }
     }
     gateway::platform::dicom_protocol::encode(record);
+    if (gateway::dicom_helper::worker::compareObjects(path, path, path).word != "same") {
+        std::abort();
+    }
+    gateway::dicom_helper::worker::sameAttributes(path, path);
     return 0;
 }

@@ -4,6 +4,7 @@
 #include <array>
 #include <cerrno>
 #include <cstddef>
+#include <span>
 #include <vector>
 
 #include <linux/audit.h>
@@ -32,11 +33,17 @@ void limit(int resource, rlim_t value)
     ::setrlimit(static_cast<__rlimit_resource>(resource), &both);
 }
 
+/// A core file would hold a patient's image, in a pipe as well.
+void keepNoCore()
+{
+    ::prctl(PR_SET_DUMPABLE, 0, 0, 0, 0);
+    limit(RLIMIT_CORE, 0);
+}
+
 void limitResources(const Confinement &confinement)
 {
     constexpr rlim_t kDescriptors = 64;
-    ::prctl(PR_SET_DUMPABLE, 0, 0, 0, 0); // a core file would hold a patient's image, in a pipe as well
-    limit(RLIMIT_CORE, 0);
+    keepNoCore();
     limit(RLIMIT_NOFILE, kDescriptors);
     if (confinement.processorSeconds) {
         limit(RLIMIT_CPU, *confinement.processorSeconds);
@@ -116,10 +123,7 @@ constexpr std::array kForbiddenCalls{SYS_socket,
                                      SYS_execve,
                                      SYS_execveat,
                                      SYS_io_uring_setup,
-                                     SYS_kill,
-                                     SYS_pidfd_open,
                                      SYS_pidfd_getfd,
-                                     SYS_pidfd_send_signal,
                                      SYS_process_vm_readv,
                                      SYS_process_vm_writev,
                                      SYS_ptrace,
@@ -132,8 +136,11 @@ constexpr std::array kForbiddenCalls{SYS_socket,
                                      SYS_add_key,
                                      SYS_keyctl};
 
+/// Calls that end other processes.
+constexpr std::array kEndingCalls{SYS_kill, SYS_pidfd_open, SYS_pidfd_send_signal};
+
 /// \return whether the kernel has taken the list.
-bool forbidCalls()
+bool forbid(std::span<const int> calls)
 {
     constexpr std::uint32_t kRefuse = SECCOMP_RET_ERRNO | EPERM;
     constexpr std::uint32_t kForeignTable = 0x40000000; // from here on: the x32 numbers of the same calls
@@ -143,13 +150,13 @@ bool forbidCalls()
                                      BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
                                      BPF_JUMP(BPF_JMP | BPF_JGE | BPF_K, kForeignTable, 0, 1),
                                      BPF_STMT(BPF_RET | BPF_K, kRefuse)};
-    for (const long call : kForbiddenCalls) {
+    for (const int call : calls) {
         program.push_back(BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, static_cast<std::uint32_t>(call), 0, 1));
         program.push_back(BPF_STMT(BPF_RET | BPF_K, kRefuse));
     }
     program.push_back(BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW));
     const sock_fprog filter{static_cast<unsigned short>(program.size()), program.data()};
-    return ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter) == 0;
+    return kArchitecture != 0 && ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter) == 0;
 }
 
 } // namespace
@@ -159,7 +166,14 @@ Fences confine(const Confinement &confinement)
     ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
     limitResources(confinement);
     const bool files = confineFiles(confinement);
-    return {.files = files, .calls = kArchitecture != 0 && forbidCalls()};
+    return {.files = files, .calls = forbid(kForbiddenCalls) && forbid(kEndingCalls)};
+}
+
+bool confineListener()
+{
+    ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
+    keepNoCore();
+    return forbid(kForbiddenCalls);
 }
 
 } // namespace gateway::dicom_helper

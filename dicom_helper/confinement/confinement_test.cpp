@@ -28,16 +28,31 @@ protected:
     {
         const int folder =
             ::open(m_folder.path().toLocal8Bit().constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        const bool did = worksInAProcess([&] {
+            confine({.places = {{folder, use}}, .fileBytes = 1000});
+            return something(folder);
+        });
+        ::close(folder);
+        return did;
+    }
+
+    static bool worksInAProcess(const std::function<bool()> &something)
+    {
         const pid_t child = ::fork();
         if (child == 0) {
-            confine({.places = {{folder, use}}, .fileBytes = 1000});
-            ::_exit(something(folder) ? 0 : 1);
+            ::_exit(something() ? 0 : 1);
         }
         int status = 0;
         ::waitpid(child, &status, 0);
-        ::close(folder);
         EXPECT_TRUE(WIFEXITED(status));
         return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+    }
+
+    static bool canExecute()
+    {
+        char name[] = "/bin/true";
+        char *arguments[] = {name, nullptr};
+        return ::execv(name, arguments) == 0; // which doesn't return where it works
     }
 
     static bool hasLandlock()
@@ -105,12 +120,7 @@ TEST_F(Confinement, TakesTheNetworkAndOtherPrograms)
 {
     EXPECT_FALSE(works([](int) { return ::socket(AF_INET, SOCK_STREAM, 0) >= 0; }));
     EXPECT_FALSE(works([](int) { return ::socket(AF_UNIX, SOCK_STREAM, 0) >= 0; }));
-    EXPECT_FALSE(works([](int) {
-        char name[] = "/bin/true";
-        char *arguments[] = {name, nullptr};
-        ::execv(name, arguments);
-        return false;
-    }));
+    EXPECT_FALSE(works([](int) { return canExecute(); }));
     EXPECT_FALSE(works(
         [](int) { return ::syscall(SYS_process_vm_readv, ::getppid(), nullptr, 0, nullptr, 0, 0) == 0; }));
 }
@@ -130,6 +140,39 @@ TEST_F(Confinement, BoundsTheSizeOfAFileAndKeepsNoCore)
     EXPECT_TRUE(works([](int) {
         rlimit core{1, 1};
         return ::getrlimit(RLIMIT_CORE, &core) == 0 && core.rlim_max == 0;
+    }));
+}
+
+TEST_F(Confinement, LeavesAListenerItsProcessesAndFilesAndNoMore)
+{
+    EXPECT_FALSE(worksInAProcess([] { return confineListener() && ::socket(AF_INET, SOCK_STREAM, 0) >= 0; }));
+    EXPECT_FALSE(worksInAProcess([] { return confineListener() && canExecute(); }));
+    EXPECT_TRUE(worksInAProcess([] {
+        rlimit core{1, 1};
+        return confineListener() && ::getrlimit(RLIMIT_CORE, &core) == 0 && core.rlim_max == 0;
+    }));
+    EXPECT_TRUE(worksInAProcess([this] {
+        const QByteArray file = m_folder.filePath(QStringLiteral("file")).toLocal8Bit();
+        const bool makesFiles =
+            confineListener() && ::open(file.constData(), O_WRONLY | O_CREAT | O_EXCL, S_IRUSR) >= 0;
+        const pid_t child = ::fork();
+        if (child == 0) {
+            ::pause();
+        }
+        int status = 0;
+        return makesFiles && ::kill(child, SIGKILL) == 0 && ::waitpid(child, &status, 0) == child &&
+               WIFSIGNALED(status);
+    }));
+}
+
+TEST_F(Confinement, OfAListenersChildTakesWhatTheListenerHadLeft)
+{
+    EXPECT_FALSE(works([](int) { return ::kill(::getppid(), 0) == 0; }));
+    EXPECT_TRUE(worksInAProcess([this] {
+        return confineListener() && works([](int folder) {
+                   return ::openat(folder, "own", O_WRONLY | O_CREAT, S_IRUSR) >= 0 &&
+                          ::kill(::getppid(), 0) != 0;
+               });
     }));
 }
 

@@ -446,6 +446,17 @@ TEST(Peers, ADeathOfTheGatewayLeavesTheObjectUnderWayInTheInbox)
     EXPECT_EQ(completeInboxFiles(inbox.path()).size(), 1);
 }
 
+TEST(Peers, TheListenerMayNotRunOtherPrograms)
+{
+    const QTemporaryDir inbox;
+    RunningStoreSCP running(inbox.path());
+
+    const QByteArray status = testing::procFile(running.scp().processId().value(), "status");
+
+    EXPECT_TRUE(status.contains("\nNoNewPrivs:\t1\n"));
+    EXPECT_TRUE(status.contains("\nSeccomp:\t2\n")); // a filter stands
+}
+
 TEST(Peers, WhatACrashLeftUnfinishedIsSweptAndWhatWasAcknowledgedStays)
 {
     const QTemporaryDir inbox;

@@ -1,9 +1,11 @@
 #include "dicom_helper/scp/scp.h"
 
+#include "dicom_helper/confinement/confinement.h"
 #include "dicom_helper/scp/inbox.h"
 #include "dicom_helper/scp/listener.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <exception>
 #include <string>
 
@@ -44,8 +46,9 @@ int run(Channel channel)
         Inbox inbox{std::string(start.text("inbox"))};
         Listener listener(settingsOf(start), inbox, channel);
         inbox.sweep();
+        confineListener();
         channel.send(listening(listener.port()));
-        return listener.run();
+        std::_Exit(listener.run()); // what runs at an end may miss what is forbidden now
     } catch (const std::exception &error) {
         channel.send(Record{"refused", {{"message", error.what()}}});
         return 1;
