@@ -9,8 +9,8 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-/// Parses the bytes as a file. What is read has its keys, and the answer fits a record; the object is the same as
-/// itself, and its elements are walked twice side by side.
+/// Parses the bytes as a file. What is read has its keys, and the answer fits a record; the object is the
+/// same as itself, and its elements are walked twice side by side.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     static const int file = ::memfd_create("object", MFD_CLOEXEC);

@@ -48,7 +48,8 @@ Fences confine(const Confinement &confinement);
 /// Takes from this process, for good, what a listener doesn't need once it listens: core files, new rights,
 /// the network but for what is open and what comes in, other programs, and what others do in their memory. It
 /// keeps its files, of which a share that comes back needs new ones, and may start and end processes, which
-/// take the rest themselves. It ends by _Exit, too. \return whether the kernel has taken it. Thread: main, the only one.
+/// take the rest themselves. It ends by _Exit, too. \return whether the kernel has taken it. Thread: main,
+/// the only one.
 bool confineListener();
 
 } // namespace gateway::dicom_helper
