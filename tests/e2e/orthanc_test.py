@@ -7,7 +7,7 @@ import unittest
 
 from harness import (EMAIL, PASSWORD, TITLE, EndToEndTest, attributes_of, await_true, end, environment, free_port,
                      identity_of, pixels_of, request, send)
-from odd_objects import Sender, dataset
+from odd_objects import DELIMITER, EXPLICIT, RLE, Sender, dataset, dataset_of, with_fragments
 
 PLUGIN = "/usr/share/orthanc/plugins/libOrthancDicomWeb.so"
 ROOT = "/dicom-web"
@@ -102,6 +102,31 @@ class BehindAnArchive(EndToEndTest):
 
         # Then
         self.assertEqual(status["counters"]["synced"], 0)
+
+    def test_whole_objects_that_end_in_an_odd_way_arrive_and_are_the_same_as_the_regular_ones(self):
+        # Given
+        compressed, native = with_fragments(dataset("1.2.7.2"), bytes(90)), dataset("1.2.7.3")
+        self.gateway.sign_in()
+        self.send(compressed[:-len(DELIMITER)], "1.2.7.2", RLE)
+        self.send(native + b"abc", "1.2.7.3")
+        self.gateway.await_status("both", lambda s: s["counters"]["synced"] == 2)
+
+        # When other bytes come of which the archive keeps nothing
+        self.send(compressed, "1.2.7.2", RLE)
+        self.send(native, "1.2.7.3")
+        await_true("an empty inbox", lambda: not list(self.gateway.home.rglob("quorin-*.dcm")), self.gateway.process)
+        self.gateway.await_status("both again", lambda s: s["counters"]["synced"] == 2 and not s["failures"]
+                                  and s["counters"]["notSynced"] == 0)
+
+        # Then
+        there = self.orthanc.files(self.folder)
+        self.assertEqual(set(there), {"1.2.7.2", "1.2.7.3"})
+        self.assertEqual(dataset_of(there["1.2.7.2"].read_bytes()), compressed)
+
+    def send(self, body, instance, transfer_syntax=EXPLICIT):
+        sender = Sender(self.gateway.port, TITLE, transfer_syntax)
+        sender.store(body, instance)
+        sender.release()
 
     def test_a_wrong_password_is_refused_with_one_sentence(self):
         # When
