@@ -42,6 +42,7 @@ inline constexpr Tag kHighBit = 0x00280102U;
 inline constexpr Tag kPixelRepresentation = 0x00280103U;
 inline constexpr Tag kWindowCenter = 0x00281050U;
 inline constexpr Tag kWindowWidth = 0x00281051U;
+inline constexpr Tag kPixelDataProviderUrl = 0x00287FE0U;
 inline constexpr Tag kSharedFunctionalGroupsSequence = 0x52009229U;
 inline constexpr Tag kPerFrameFunctionalGroupsSequence = 0x52009230U;
 inline constexpr Tag kDataSetTrailingPadding = 0xFFFCFFFCU;

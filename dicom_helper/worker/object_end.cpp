@@ -195,14 +195,21 @@ ObjectEnd endOfDeflated(ScanEnd end, std::uint64_t offset, DicomSource &source)
     return found;
 }
 
+/// True for an image whose pixels should be there and aren't (PS3.3 C.7.6.3.1): cut just before them.
+bool lacksPixels(const ObjectHeader &header)
+{
+    return !header.raw(kRows).empty() && !header.raw(kColumns).empty() &&
+           !header.raw(kBitsAllocated).empty() && header.raw(kPixelDataProviderUrl).empty();
+}
+
 ObjectEnd endWithoutPixels(const ObjectHeader &header, DicomSource &source)
 {
     switch (header.end) {
     case ScanEnd::atEnd:
-        return {false, header.endOffset, {}};
+        return lacksPixels(header) ? tooEarly(source) : ObjectEnd{false, header.endOffset, {}};
     case ScanEnd::oddTail:
         // It may be the beginning of the next element, with which all others that follow are gone.
-        return isFilling(source.dataset().text(header.endOffset, kShortestElement))
+        return !lacksPixels(header) && isFilling(source.dataset().text(header.endOffset, kShortestElement))
                    ? ObjectEnd{false, header.endOffset, {}}
                    : tooEarly(source);
     case ScanEnd::truncated:

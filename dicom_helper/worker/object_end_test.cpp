@@ -217,6 +217,25 @@ TEST_F(ObjectEnds, OfAReportOnlyFillingBelongsToNoElement)
     EXPECT_TRUE(becomes(report(), report()));
 }
 
+TEST_F(ObjectEnds, AnImageThatIsCutJustBeforeItsPixelDataIsNotWhole)
+{
+    for (const std::string_view syntax : {kExplicitLittleEndian, kImplicitLittleEndian, kExplicitBigEndian}) {
+        SampleImage image;
+        image.transferSyntax = std::string(syntax);
+        const std::string whole = fileOf(image);
+        const std::string pixels = DatasetWriter(encodingOf(syntax)).raw(kPixelData, vr('O', 'W'), "").all();
+        const std::string cut = whole.substr(0, whole.rfind(pixels.substr(0, 4)));
+        DatasetWriter elsewhere(encodingOf(syntax));
+        elsewhere.text(kPixelDataProviderUrl, "UT", "https://127.0.0.1/image");
+
+        EXPECT_FALSE(isWhole(cut));
+        EXPECT_FALSE(isWhole(cut + "\n"));
+        EXPECT_TRUE(isWhole(cut + elsewhere.all())) << "the pixels are elsewhere";
+    }
+    const DatasetWriter spectrum = DatasetWriter().number(kRows, 1).number(kColumns, 1);
+    EXPECT_TRUE(isWhole(part10(kExplicitLittleEndian, spectrum.all())));
+}
+
 TEST_F(ObjectEnds, ADeflatedStreamThatDoesNotEndIsCut)
 {
     SampleImage image;

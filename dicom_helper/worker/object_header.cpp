@@ -54,7 +54,8 @@ constexpr std::array kWanted{kSpecificCharacterSet,
                              kHighBit,
                              kPixelRepresentation,
                              kWindowCenter,
-                             kWindowWidth};
+                             kWindowWidth,
+                             kPixelDataProviderUrl};
 static_assert(std::ranges::is_sorted(kWanted));
 
 /// Multi-frame objects keep these in functional groups (PS3.3 C.7.6.16); the first one found is taken.

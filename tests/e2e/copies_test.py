@@ -8,6 +8,7 @@ import subprocess
 import unittest
 
 from harness import PROGRAMS, TITLE, EndToEndTest, Gateway, await_true, end, environment, run, send
+from odd_objects import Sender, dataset
 
 DAY_MS = 24 * 3600 * 1000
 
@@ -141,6 +142,27 @@ class Copies(EndToEndTest):
         self.assertEqual(self.stored(), self.current())
         self.gateway.command("import", other)
         self.gateway.await_received([image, other])
+
+    def test_an_image_cut_just_before_its_pixels_takes_no_whole_ones_place(self):
+        # Given
+        whole = dataset("1.2.11.1")
+        self.send_dataset(whole, "1.2.11.1")
+        await_true("the whole one", lambda: len(self.current()) == 1, self.gateway.process)
+        before = self.current()
+
+        # When
+        self.send_dataset(whole[:whole.rindex(b"\xe0\x7f\x10\x00OW")], "1.2.11.1")
+        await_true("two files", lambda: len(self.stored()) == 2, self.gateway.process)
+        await_true("an empty inbox", lambda: not list(self.gateway.home.rglob("quorin-*.dcm")), self.gateway.process)
+
+        # Then
+        self.assertEqual(self.current(), before)
+        self.assertEqual(self.findings()[1], {"damagedImage": (1, 0)})
+
+    def send_dataset(self, body, instance):
+        sender = Sender(self.gateway.port, TITLE)
+        sender.store(body, instance)
+        sender.release()
 
     def test_an_index_that_vanished_is_told_and_its_images_are_sent(self):
         # Given
