@@ -5,9 +5,11 @@
 #include "platform/quorin_api/transport_error.h"
 
 #include <QtCore/QString>
+#include <QtCore/QUrl>
 
 #include <curl/curl.h>
 
+#include <netinet/in.h>
 #include <sys/socket.h>
 
 #include <algorithm>
@@ -57,6 +59,7 @@ struct Exchange
     qint64 reported = -1;
     bool tooLarge = false;
     bool tooLate = false;
+    quint16 peerPort = 0; // to which a connection was last tried
     std::optional<std::chrono::steady_clock::time_point> sentAt =
         std::nullopt;                   // when all of the body had left
     std::exception_ptr error = nullptr; // thrown in a callback; C code can't carry it
@@ -170,9 +173,18 @@ int onProgress(void *context, curl_off_t, curl_off_t, curl_off_t, curl_off_t sen
     return 0;
 }
 
-/// A socket that no program started later inherits.
-curl_socket_t onOpenSocket(void *, curlsocktype, curl_sockaddr *address)
+quint16 portOf(const curl_sockaddr &address)
 {
+    // Both families keep it at the same place (RFC 3493 3.3).
+    sockaddr_in generic{};
+    std::memcpy(&generic, &address.addr, std::min<std::size_t>(address.addrlen, sizeof generic));
+    return ntohs(generic.sin_port);
+}
+
+/// A socket that no program started later inherits.
+curl_socket_t onOpenSocket(void *exchange, curlsocktype, curl_sockaddr *address)
+{
+    static_cast<Exchange *>(exchange)->peerPort = portOf(*address);
     return ::socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
 }
 
@@ -239,6 +251,8 @@ void setCallbacks(CURL *handle, Exchange &exchange)
     curl_easy_setopt(handle, CURLOPT_NOPROGRESS, 0L);
     curl_easy_setopt(handle, CURLOPT_XFERINFOFUNCTION, onProgress);
     curl_easy_setopt(handle, CURLOPT_XFERINFODATA, &exchange);
+    curl_easy_setopt(handle, CURLOPT_OPENSOCKETFUNCTION, onOpenSocket);
+    curl_easy_setopt(handle, CURLOPT_OPENSOCKETDATA, &exchange);
 }
 
 /// A server that refuses a body early may close before all of it was sent; its refusal counts all the same.
@@ -246,6 +260,21 @@ bool isEarlyRefusal(CURLcode result, long status)
 {
     return status >= 400 &&
            (result == CURLE_SEND_ERROR || result == CURLE_RECV_ERROR || result == CURLE_PARTIAL_FILE);
+}
+
+/// True when no connection came about, and the one that was tried went elsewhere than to the service.
+bool isProxyAway(CURL *handle, CURLcode result, const Exchange &exchange)
+{
+    if (result != CURLE_COULDNT_CONNECT && result != CURLE_OPERATION_TIMEDOUT) {
+        return false;
+    }
+    double connected = 0;
+    const char *address = nullptr;
+    curl_easy_getinfo(handle, CURLINFO_CONNECT_TIME, &connected);
+    curl_easy_getinfo(handle, CURLINFO_EFFECTIVE_URL, &address);
+    const QUrl url(QString::fromUtf8(address));
+    const int ownPort = url.port(url.scheme() == QStringLiteral("https") ? 443 : 80);
+    return connected <= 0 && exchange.peerPort != 0 && exchange.peerPort != ownPort;
 }
 
 void throwUnlessAnswered(CURL *handle, CURLcode result, const Exchange &exchange, const QString &host)
@@ -267,6 +296,9 @@ void throwUnlessAnswered(CURL *handle, CURLcode result, const Exchange &exchange
             std::nullopt,
             CURLE_WRITE_ERROR,
             NoAnswer::unusableAnswer);
+    }
+    if (isProxyAway(handle, result, exchange)) {
+        throw proxyAwayError(result, static_cast<int>(systemError), host);
     }
     const CURLcode cause = exchange.tooLate ? CURLE_OPERATION_TIMEDOUT : result;
     throw transportError(cause, static_cast<int>(systemError), host);
@@ -349,7 +381,6 @@ void HttpTransport::prepare(void *handle, const HttpRequest &request) const
     curl_easy_setopt(handle, CURLOPT_FOLLOWLOCATION, 0L);
     curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
     curl_easy_setopt(handle, CURLOPT_TCP_KEEPALIVE, 1L);
-    curl_easy_setopt(handle, CURLOPT_OPENSOCKETFUNCTION, onOpenSocket);
     curl_easy_setopt(handle, CURLOPT_USERAGENT, "QuorinGateway/" QUORIN_VERSION);
     curl_easy_setopt(handle, CURLOPT_ACCEPT_ENCODING, ""); // whatever libcurl can undo
     curl_easy_setopt(handle, CURLOPT_SSLVERSION, CURL_SSLVERSION_TLSv1_2);

@@ -272,6 +272,22 @@ TEST(QuorinApiClient, TellsAProxyThatRefusesFromAConnectionThatWasLost)
     }
 }
 
+TEST(QuorinApiClient, TellsAProxyThatIsAwayFromAServiceThatIs)
+{
+    const QUrl nobody = [] { return ScriptedHttpServer({}).url(); }(); // its port is free again
+    const auto sentence = [](const QString &address) {
+        const auto error = errorAt(QUrl(address));
+        EXPECT_TRUE(error && error->noAnswer == NoAnswer::notReachable);
+        return error ? error->localizedDescription : QString();
+    };
+
+    EXPECT_EQ(sentence(nobody.toString()),
+              QStringLiteral("The cloud service at 127.0.0.1 refused the connection."));
+    const ProxyVariable variable(nobody);
+    EXPECT_EQ(sentence(QStringLiteral("https://cloud.example")),
+              QStringLiteral("The web proxy on the way to cloud.example can't be reached."));
+}
+
 TEST(QuorinApiClient, TakesInNoMoreOfARefusalThanItsWordsNeed)
 {
     const QByteArray problem = R"({"kind": 8, "detail": ")" + QByteArray(9'000'000, 'x') + "\"}";

@@ -104,6 +104,14 @@ AFError transportError(int curlCode, int systemError, const QString &host)
         sentence(curlCode, systemError).arg(host), std::nullopt, curlCode, reasonOf(curlCode, systemError));
 }
 
+AFError proxyAwayError(int curlCode, int systemError, const QString &host)
+{
+    return AFError(QStringLiteral("The web proxy on the way to %1 can't be reached.").arg(host),
+                   std::nullopt,
+                   curlCode,
+                   reasonOf(curlCode, systemError));
+}
+
 AFError proxyError(int status, const QString &host)
 {
     const QString sentence =

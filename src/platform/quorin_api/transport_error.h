@@ -13,6 +13,9 @@ namespace gateway::platform {
 /// \param host         the host of the service, for the sentence.
 AFError transportError(int curlCode, int systemError, const QString &host);
 
+/// The error for a proxy that takes no connections; the rest as above.
+AFError proxyAwayError(int curlCode, int systemError, const QString &host);
+
 /// The error for a proxy that didn't let a connection through to the service.
 ///
 /// \param status  the proxy's answer to CONNECT.
