@@ -193,6 +193,7 @@ private:
     std::unique_ptr<platform::NetServicePublishing> m_netServices;
     std::unique_ptr<Session> m_session;
     upload::DicomDBUploadIndex m_uploadIndex;
+    upload::NewSeries m_newSeries;
     upload::UploadCollaborators m_uploadCollaborators;
 
     platform::WorkerPool m_cloudPool;  // calls that wait for the network

@@ -122,6 +122,9 @@ public:
     /// Marks the rows as handed to a running upload.
     void markImagesInProgress(const QList<ImageObjectID> &imageObjectIDs);
 
+    /// What of an instance was sent before; unknown when the index can't be read.
+    SentBefore sentBefore(const SentInstance &next) const;
+
     /// Notes what is about to be sent, before a byte of it leaves: for as long as the index lives, whatever
     /// becomes of the request and of this process.
     ///
@@ -282,6 +285,7 @@ private:
     void dropEqualCopies(const Recorded &recorded, const StoredFile &stored);
     void removeReleased(const QSet<QString> &paths);
     std::optional<std::int64_t> recordAgainFrom() const;
+    void noteWhatWasLost();
     bool noteRecordAgainFrom(std::optional<std::int64_t> number);
     bool pruneBatch(std::int64_t cutoff, LocalPruneResult &result);
     DeletionCounts deleteParents(std::int64_t requested, const DeleteRows &deleteRows);

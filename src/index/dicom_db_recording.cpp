@@ -1,6 +1,7 @@
 // Recording the stored files again whose rows were lost with the index.
 
 #include "index/dicom_db.h"
+#include "index/sent_instances.h"
 #include "platform/sqlite/database.h"
 
 namespace gateway::index {
@@ -54,6 +55,24 @@ std::optional<std::int64_t> DicomDB::recordAgainFrom() const
         Statement row = database.prepare("SELECT recordAgainFrom FROM Ledger");
         return row.step() && !row.isNull(0) ? std::optional(row.integer(0)) : std::nullopt;
     });
+}
+
+/// A new index beside a store that is or was in use lacks what was sent from there; beside any other it lacks
+/// nothing. Noted before anything is taken in, after which the two could not be told apart.
+void DicomDB::noteWhatWasLost()
+{
+    try {
+        if (!recordAgainFrom()) {
+            return;
+        }
+    } catch (const SqliteError &) {
+        return; // whoever reads the index next will say so
+    }
+    if (m_files.numberAtOpening() > 0) {
+        writeQuietly(noteUnrecordedSends);
+    } else {
+        noteRecordAgainFrom(std::nullopt);
+    }
 }
 
 bool DicomDB::noteRecordAgainFrom(std::optional<std::int64_t> number)

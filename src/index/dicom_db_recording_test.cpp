@@ -53,6 +53,43 @@ TEST_F(LostIndex, IsNoneWhereThereIsNoFile)
     EXPECT_EQ(told, 0);
 }
 
+TEST_F(LostIndex, LacksNothingThatWasSentWhereTheFirstImageCameAfterIt)
+{
+    import(QStringLiteral("9.1")); // and the process died before anybody looked at the store
+    home.reopen();
+
+    EXPECT_FALSE(home.index().lacksStoredFiles());
+    EXPECT_EQ(home.index().sentBefore({QStringLiteral("9.2"), 7}), SentBefore::nothing);
+}
+
+TEST_F(LostIndex, DoesNotKnowAllThatWasSentThoughNoFileIsLeft)
+{
+    const QString path = import(QStringLiteral("9.1"));
+    home.index().noteSending({{QStringLiteral("9.1"), 7}});
+    home.index().recordUploadResult({}, path, true);
+    home.clock.advance(std::chrono::hours(1));
+    home.index().pruneSyncedImages(home.clock.now());
+    loseIndex();
+
+    EXPECT_TRUE(record());
+    home.reopen();
+
+    EXPECT_EQ(home.index().totalCounts().images, 0);
+    EXPECT_EQ(home.index().sentBefore({QStringLiteral("9.1"), 8}), SentBefore::unrecorded);
+    home.index().noteSending({{QStringLiteral("9.1"), 8}});
+    EXPECT_EQ(home.index().sentBefore({QStringLiteral("9.1"), 8}), SentBefore::thisVersion);
+}
+
+TEST_F(LostIndex, DoubtsWhatItHasRecordedAgain)
+{
+    import(QStringLiteral("9.1"));
+    loseIndex();
+
+    EXPECT_TRUE(record());
+
+    EXPECT_EQ(home.index().sentBefore({QStringLiteral("9.1"), 7}), SentBefore::unknown);
+}
+
 TEST_F(LostIndex, IsNoticedAndRecordedAgainInTheOrderOfItsFiles)
 {
     QStringList paths;

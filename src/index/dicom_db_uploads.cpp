@@ -226,6 +226,9 @@ DicomDB::gather(Database &database, const QString &storedPath, bool isRetry, con
         addTrimmed(keys, row.text(3));
         addTrimmed(uids, row.text(4));
     }
+    if (isRetry) {
+        candidate.lastFailure = lastFailureOf(database, candidate.storagePath);
+    }
     candidate.sopInstanceUIDs = ascending(keys);
     candidate.originalSOPInstanceUIDs = ascending(uids);
     return candidate;
@@ -252,6 +255,15 @@ void DicomDB::markImagesInProgress(const QList<ImageObjectID> &imageObjectIDs)
     });
     if (saved && found) {
         postLocalSyncStateChanged();
+    }
+}
+
+SentBefore DicomDB::sentBefore(const SentInstance &next) const
+{
+    try {
+        return m_store.read([&](Database &database) { return index::sentBefore(database, next); });
+    } catch (const SqliteError &) {
+        return SentBefore::unknown;
     }
 }
 

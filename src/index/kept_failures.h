@@ -21,4 +21,7 @@ void keepFailure(platform::Database &database,
                  const FailedUpload &failure,
                  std::int64_t now);
 
+/// The class of the file's last failure; empty where it has none. Throws SqliteError.
+QString lastFailureOf(platform::Database &database, const QString &path);
+
 } // namespace gateway::index

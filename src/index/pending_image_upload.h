@@ -27,7 +27,8 @@ struct PendingImageUpload
     /// repeats, ascending.
     QStringList originalSOPInstanceUIDs;
 
-    bool isRetry = false; ///< it was tried in vain before, and has waited for its time since
+    bool isRetry = false;     ///< it was tried in vain before, and has waited for its time since
+    QString lastFailure = {}; ///< the class of its last failure, where it was
 
     bool operator==(const PendingImageUpload &) const = default;
 };

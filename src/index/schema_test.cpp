@@ -265,6 +265,22 @@ TEST_F(IndexFile, OfVersion2KeepsItsRowsAndHasItsHoursCountedAnew)
     EXPECT_EQ(texts("SELECT * FROM ActivityHour"), QStringList{QStringLiteral("490908|7|4")});
 }
 
+TEST_F(IndexFile, OfVersion2LacksAPartOfWhatWasSentOnceItHasLetGoOfFiles)
+{
+    const auto lacking = [this](int nextFileNumber) {
+        QFile::remove(path());
+        putStored(QStringLiteral("version_2.sqlite"));
+        execute(("UPDATE Ledger SET nextFileNumber = " + std::to_string(nextFileNumber)).c_str());
+        IndexStore store(path());
+        return texts("SELECT lacksSentInstances FROM Ledger");
+    };
+    putStored(QStringLiteral("version_2.sqlite"));
+    const int files = texts("SELECT count(DISTINCT pathString) FROM DicomImage").first().toInt();
+
+    EXPECT_EQ(lacking(files), QStringList{QStringLiteral("0")});
+    EXPECT_EQ(lacking(files + 1), QStringList{QStringLiteral("1")});
+}
+
 TEST_F(IndexFile, OfVersion2HasTheTablesOfANewOneOnceItIsBroughtForward)
 {
     putStored(QStringLiteral("version_2.sqlite"));

@@ -21,6 +21,19 @@ std::int64_t keyOf(const QString &instance)
 
 } // namespace
 
+SentBefore sentBefore(Database &database, const SentInstance &next)
+{
+    Statement row = database.prepare("SELECT version FROM SentInstance WHERE instance = ?");
+    if (!row.bindAll(keyOf(next.instance)).step()) {
+        return database.integer("SELECT lacksSentInstances FROM Ledger") != 0 ? SentBefore::unrecorded
+                                                                              : SentBefore::nothing;
+    }
+    if (row.integer(0) == next.version) {
+        return SentBefore::thisVersion;
+    }
+    return row.integer(0) == 0 ? SentBefore::unknown : SentBefore::anotherVersion;
+}
+
 void noteSending(Database &database, const SentInstance &sent)
 {
     database
@@ -58,8 +71,18 @@ void noteUnknownHistory(Database &database, const QString &instance)
     }
 }
 
+void noteUnrecordedSends(Database &database)
+{
+    database.exec("UPDATE Ledger SET lacksSentInstances = 1");
+}
+
 void noteSentBefore(Database &database)
 {
+    // Each file had a number of its own: fewer files than numbers, and some are gone.
+    if (database.integer("SELECT nextFileNumber FROM Ledger") >
+        database.integer("SELECT count(DISTINCT pathString) FROM DicomImage")) {
+        noteUnrecordedSends(database);
+    }
     Statement row = database.prepare("SELECT DISTINCT originalSOPInstanceUID FROM DicomImage "
                                      "WHERE syncState IN (1, 2, 3) AND originalSOPInstanceUID IS NOT NULL");
     while (row.step()) {

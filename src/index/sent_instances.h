@@ -19,8 +19,21 @@ struct SentInstance
     bool operator==(const SentInstance &) const = default;
 };
 
+/// What of an instance was sent before.
+enum class SentBefore
+{
+    nothing,
+    thisVersion,    ///< and no other
+    anotherVersion, ///< and not this one
+    unknown,        ///< several versions, or nobody knows which
+    unrecorded      ///< the index doesn't say, and lacks a part of what was sent
+};
+
 // Which versions of an instance went to the cloud. All run inside the caller's transaction and throw
 // SqliteError. An instance is known by its UID alone: a server may know it by no more.
+
+/// What is known of the instance, before this version of it is sent.
+SentBefore sentBefore(platform::Database &database, const SentInstance &next);
 
 /// Notes what is about to be sent, whatever will become of it.
 void noteSending(platform::Database &database, const SentInstance &sent);
@@ -38,7 +51,11 @@ bool mayOtherVersionBeSent(platform::Database &database, const SentInstance &sen
 /// nobody's.
 void noteUnknownHistory(platform::Database &database, const QString &instance);
 
-/// Fills an index of before these notes: of what was sent then, nobody knows the version.
+/// Notes that instances may have been sent of which the index knows nothing.
+void noteUnrecordedSends(platform::Database &database);
+
+/// Fills an index of before these notes: of what was sent then, nobody knows the version, nor what went of
+/// the images that it has let go of.
 void noteSentBefore(platform::Database &database);
 
 } // namespace gateway::index

@@ -56,6 +56,25 @@ TEST_F(SentInstances, DoubtEachVersionOnceTwoWereSentUntilOneWasSeen)
     EXPECT_TRUE(mayOtherBeSent(7));
 }
 
+TEST_F(SentInstances, TellWhatWasSentBeforeTheNextOne)
+{
+    EXPECT_EQ(sentBefore(database, {kUid, 7}), SentBefore::nothing);
+    send(7);
+    EXPECT_EQ(sentBefore(database, {kUid, 7}), SentBefore::thisVersion);
+    EXPECT_EQ(sentBefore(database, {kUid, 8}), SentBefore::anotherVersion);
+    send(8);
+    EXPECT_EQ(sentBefore(database, {kUid, 8}), SentBefore::unknown);
+}
+
+TEST_F(SentInstances, SayOfWhatTheyDoNotKnowThatTheyMayLackIt)
+{
+    send(7);
+    noteUnrecordedSends(database);
+
+    EXPECT_EQ(sentBefore(database, {kUid, 7}), SentBefore::thisVersion);
+    EXPECT_EQ(sentBefore(database, {QStringLiteral("1.2.4"), 7}), SentBefore::unrecorded);
+}
+
 TEST_F(SentInstances, NeedNoNoteOfWhatIsNoted)
 {
     EXPECT_FALSE(isNotedAsSent(database, {kUid, 7}));

@@ -116,13 +116,29 @@ CandidateHandler::Outcomes CandidateHandler::finishFile(const CandidateContext &
     Outcomes outcomes;
     {
         const Slots::Hold request(m_requests);
-        if (mayBeSent({ready})) {
+        if (!lookFirst(ready, {}, outcomes) && mayBeSent({ready})) {
             outcomes.append(outcomeOf(ready, m_attempt.sendFile(ready)));
             m_halt.requestEnded(outcomes);
         }
     }
     m_preparer.cleanUp(ready);
     return outcomes;
+}
+
+/// Looks into the cloud before a file is sent, where that is called for. \return true when it has an outcome.
+bool CandidateHandler::lookFirst(const PreparedCandidate &file,
+                                 const Details &chunkDetails,
+                                 Outcomes &outcomes)
+{
+    if (m_halt.isHalted()) {
+        return false;
+    }
+    const auto outcome = m_attempt.outcomeWithoutRequest(file, chunkDetails);
+    if (outcome) {
+        outcomes.append(*outcome);
+        m_halt.requestEnded({*outcome});
+    }
+    return outcome.has_value();
 }
 
 /// Notes what is about to be sent. Without that note nobody would know after a crash which version of an
@@ -160,7 +176,7 @@ CandidateHandler::Outcomes CandidateHandler::finishBatch(const Contexts &chunk)
             ready.append(std::get<PreparedCandidate>(prepared));
         }
     }
-    for (const QList<PreparedCandidate> &batch : withoutTwins(ready)) {
+    for (const QList<PreparedCandidate> &batch : withoutTwins(unseen(ready, chunkDetails, outcomes))) {
         const Slots::Hold request(m_requests);
         if (mayBeSent(batch)) {
             const Outcomes sent = m_attempt.sendBatch(batch, chunkDetails);
@@ -172,6 +188,21 @@ CandidateHandler::Outcomes CandidateHandler::finishBatch(const Contexts &chunk)
         m_preparer.cleanUp(candidate);
     }
     return outcomes;
+}
+
+/// Those that are to be sent; the others have their outcome.
+QList<PreparedCandidate> CandidateHandler::unseen(const QList<PreparedCandidate> &files,
+                                                  const Details &chunkDetails,
+                                                  Outcomes &outcomes)
+{
+    QList<PreparedCandidate> left;
+    for (const PreparedCandidate &file : files) {
+        const Slots::Hold request(m_requests);
+        if (!lookFirst(file, chunkDetails, outcomes)) {
+            left.append(file);
+        }
+    }
+    return left;
 }
 
 CandidatePreparationResult CandidateHandler::prepare(const CandidateContext &context)

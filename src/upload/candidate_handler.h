@@ -42,6 +42,11 @@ public:
 private:
     Outcomes finishFile(const StoreUpload::CandidateContext &context);
     Outcomes finishBatch(const Contexts &chunk);
+    bool
+    lookFirst(const StoreUpload::PreparedCandidate &file, const Details &chunkDetails, Outcomes &outcomes);
+    QList<StoreUpload::PreparedCandidate> unseen(const QList<StoreUpload::PreparedCandidate> &files,
+                                                 const Details &chunkDetails,
+                                                 Outcomes &outcomes);
     bool mayBeSent(const QList<StoreUpload::PreparedCandidate> &files);
     StoreUpload::CandidatePreparationResult prepare(const StoreUpload::CandidateContext &context);
 

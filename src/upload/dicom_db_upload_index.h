@@ -25,6 +25,11 @@ public:
         m_database.markImagesInProgress(imageObjectIDs);
     }
 
+    index::SentBefore sentBefore(const index::SentInstance &next) override
+    {
+        return m_database.sentBefore(next);
+    }
+
     bool noteSending(const QList<index::SentInstance> &instances) override
     {
         return m_database.noteSending(instances);

@@ -31,26 +31,103 @@ qint64 mostBytes(const PreparedCandidate &prepared)
     return 2 * std::max(stored, QFileInfo(prepared.uploadURL.toLocalFile()).size()) + kRoom;
 }
 
-/// Why an instance that is called stored could not be fetched. One that isn't there, or can't be had from
-/// this archive, can't be compared; all else is as with an upload.
-AttemptEnd endOf(const std::exception &error, const PreparedCandidate &prepared)
+/// True where a question can't be asked, rather than has no answer at this moment: there is nothing at that
+/// address, or this account may not ask there.
+bool isNotOffered(const AttemptEnd &end)
 {
-    const AttemptEnd end = failedEnd(error, prepared);
     const FailureClass failureClass = end.failure.failureClass;
-    const bool isMissing = failureClass == FailureClass::noImageService ||
-                           failureClass == FailureClass::kindNotSupported ||
-                           failureClass == FailureClass::unexpectedAnswer;
-    return isMissing ? failed(FailureClass::notComparable, end.failure.code) : end;
+    if (failureClass == FailureClass::notPermitted) {
+        return true;
+    }
+    const bool isOfTheAddress =
+        failureClass == FailureClass::noImageService || failureClass == FailureClass::kindNotSupported ||
+        failureClass == FailureClass::unexpectedAnswer || failureClass == FailureClass::refused;
+    return isOfTheAddress && end.reach != StoreUpload::FailureReach::queue;
 }
 
 } // namespace
 
+std::optional<AttemptEnd> InstanceVerifier::endWithoutRequest(const PreparedCandidate &prepared) const
+{
+    switch (m_with.index.sentBefore({prepared.identity.instance, prepared.version})) {
+    case index::SentBefore::nothing:
+    case index::SentBefore::thisVersion:
+    case index::SentBefore::anotherVersion:
+        return std::nullopt;
+    case index::SentBefore::unrecorded:
+        return lookForUnrecorded(prepared);
+    case index::SentBefore::unknown:
+        return lookForUnknown(prepared);
+    }
+    return std::nullopt;
+}
+
+/// The index doesn't know the instance, but doesn't know all that was sent either.
+std::optional<AttemptEnd> InstanceVerifier::lookForUnrecorded(const PreparedCandidate &prepared) const
+{
+    try {
+        if (!mayBeThere(prepared.identity)) {
+            return std::nullopt;
+        }
+    } catch (const std::exception &error) {
+        const AttemptEnd end = failedEnd(error, prepared);
+        return isNotOffered(end) ? std::nullopt : std::optional(end); // its word is all there is
+    }
+    constexpr std::int64_t kNobodyKnowsWhich = 0;
+    if (!m_with.index.noteSending({{prepared.identity.instance, kNobodyKnowsWhich}})) {
+        return AttemptEnd{.failure = {FailureClass::indexTrouble, 0},
+                          .reach = StoreUpload::FailureReach::queue};
+    }
+    return lookForUnknown(prepared);
+}
+
+std::optional<AttemptEnd> InstanceVerifier::lookForUnknown(const PreparedCandidate &prepared) const
+{
+    const AttemptEnd end = compareWithCloud(prepared);
+    const FailureClass failureClass = end.failure.failureClass;
+    if (failureClass == FailureClass::anotherVersionInCloud || failureClass == FailureClass::notConfirmed) {
+        return std::nullopt; // this one may take its place
+    }
+    if (failureClass != FailureClass::notComparable) {
+        return end; // it is there, or nobody answers
+    }
+    // Sent once, and called stored: while a query finds it there, sending it again would prove no more.
+    const bool wasCalledStored =
+        core::failureClassOf(prepared.context.candidate.lastFailure) == FailureClass::notComparable;
+    try {
+        return wasCalledStored && m_with.cloud.isFound(prepared.identity) ? std::optional(end) : std::nullopt;
+    } catch (const std::exception &error) {
+        const AttemptEnd unasked = failedEnd(error, prepared);
+        return isNotOffered(unasked) ? std::nullopt : std::optional(unasked);
+    }
+}
+
+bool InstanceVerifier::mayBeThere(const platform::InstanceIdentity &identity) const
+{
+    if (!identity.study.isEmpty() && !identity.series.isEmpty()) {
+        if (m_with.newSeries.contains(identity)) {
+            return false;
+        }
+        if (!m_with.cloud.isSeriesFound(identity)) {
+            m_with.newSeries.add(identity);
+            return false;
+        }
+    }
+    return m_with.cloud.isFound(identity);
+}
+
 AttemptEnd InstanceVerifier::confirm(const PreparedCandidate &prepared) const
 {
+    return m_with.index.mayOtherVersionBeSent({prepared.identity.instance, prepared.version})
+               ? compareWithCloud(prepared)
+               : StoreUpload::kUploaded;
+}
+
+/// Fetches the instance and compares it. One that isn't there, or can't be had from this archive, can't be
+/// compared; all else that keeps it away is as with an upload.
+AttemptEnd InstanceVerifier::compareWithCloud(const PreparedCandidate &prepared) const
+{
     const platform::InstanceIdentity &identity = prepared.identity;
-    if (!m_with.index.mayOtherVersionBeSent({identity.instance, prepared.version})) {
-        return StoreUpload::kUploaded;
-    }
     const QString fetched = m_with.converter.temporaryPath();
     if (identity.study.isEmpty() || identity.series.isEmpty()) {
         return failed(FailureClass::notComparable); // nobody could be asked for it
@@ -62,7 +139,8 @@ AttemptEnd InstanceVerifier::confirm(const PreparedCandidate &prepared) const
     try {
         m_with.cloud.retrieve(identity, fetched, mostBytes(prepared));
     } catch (const std::exception &error) {
-        return endOf(error, prepared);
+        const AttemptEnd end = failedEnd(error, prepared);
+        return isNotOffered(end) ? failed(FailureClass::notComparable, end.failure.code) : end;
     }
     switch (m_with.converter.compare(
         fetched, prepared.uploadURL.toLocalFile(), prepared.context.candidate.fileURL.toLocalFile())) {

@@ -3,12 +3,15 @@
 #include "upload/store_upload.h"
 #include "upload/upload_collaborators.h"
 
+#include <optional>
+
 namespace gateway::upload {
 
 /// Decides whether the cloud's word is enough for an instance that it calls stored.
 ///
-/// It is, unless this gateway has sent another version of the instance: some archives keep the first one and
-/// answer a second like one that is stored. Then only the instance itself proves it, fetched and compared.
+/// It is, unless another version of the instance may have been sent before: some archives keep the first one
+/// and answer a second like one that is stored. Then only the instance itself proves it, fetched and
+/// compared.
 ///
 /// Owner: UploadAttempt. Thread: any, several at a time; blocks while the cloud is asked.
 class InstanceVerifier
@@ -16,10 +19,24 @@ class InstanceVerifier
 public:
     explicit InstanceVerifier(const UploadCollaborators &with) : m_with(with) {}
 
+    /// Looks into the cloud before a request where nobody knows which version was sent before: what it holds
+    /// already isn't sent again. Never throws.
+    ///
+    /// \return the end of an attempt that needs no request; nothing where the file is to be sent.
+    std::optional<StoreUpload::AttemptEnd>
+    endWithoutRequest(const StoreUpload::PreparedCandidate &prepared) const;
+
     /// The end of an attempt that the cloud calls a success. Never throws.
     StoreUpload::AttemptEnd confirm(const StoreUpload::PreparedCandidate &prepared) const;
 
 private:
+    std::optional<StoreUpload::AttemptEnd>
+    lookForUnrecorded(const StoreUpload::PreparedCandidate &prepared) const;
+    std::optional<StoreUpload::AttemptEnd>
+    lookForUnknown(const StoreUpload::PreparedCandidate &prepared) const;
+    bool mayBeThere(const platform::InstanceIdentity &identity) const;
+    StoreUpload::AttemptEnd compareWithCloud(const StoreUpload::PreparedCandidate &prepared) const;
+
     const UploadCollaborators &m_with;
 };
 

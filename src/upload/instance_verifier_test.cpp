@@ -83,4 +83,98 @@ TEST_F(InstanceVerifierTest, TakesNothingForProvenThatCannotBeFetchedOrCompared)
     EXPECT_EQ(verifier.confirm(prepared), failedFor(FailureClass::notComparable));
 }
 
+TEST_F(InstanceVerifierTest, TakesAnArchiveThatForbidsFetchingForOneThatGivesNothingBack)
+{
+    around.index.rememberOtherVersion(kUid);
+    around.cloud.giveNothingBack(403);
+
+    EXPECT_EQ(verifier.confirm(prepared), failedFor(FailureClass::notComparable, 403));
+}
+
+TEST_F(InstanceVerifierTest, AsksNothingBeforeARequestWhereTheIndexKnowsWhatWasSent)
+{
+    for (const auto before :
+         {index::SentBefore::nothing, index::SentBefore::thisVersion, index::SentBefore::anotherVersion}) {
+        around.index.doubt(kUid, before);
+
+        EXPECT_EQ(verifier.endWithoutRequest(prepared), std::nullopt);
+    }
+    EXPECT_EQ(around.cloud.queries(), 0);
+    EXPECT_TRUE(around.cloud.retrieved().isEmpty());
+}
+
+TEST_F(InstanceVerifierTest, NeedsNoRequestForWhatTheCloudIsSeenToHold)
+{
+    upload();
+    around.index.doubt(kUid, index::SentBefore::unknown);
+
+    EXPECT_EQ(verifier.endWithoutRequest(prepared),
+              (AttemptEnd{.result = AttemptResult::success, .isVerified = true}));
+
+    around.converter.compareAs(platform::Likeness::different);
+    EXPECT_EQ(verifier.endWithoutRequest(prepared), std::nullopt) << "this one may take its place";
+    EXPECT_EQ(around.leftovers(), 0);
+}
+
+TEST_F(InstanceVerifierTest, SendsWhatCannotBeFetchedOnceAndAgainOnlyWhereNoQueryFindsIt)
+{
+    upload();
+    around.index.doubt(kUid, index::SentBefore::unknown);
+    around.cloud.giveNothingBack(404);
+    EXPECT_EQ(verifier.endWithoutRequest(prepared), std::nullopt) << "it was never called stored";
+
+    prepared.context.candidate.lastFailure = QStringLiteral("notComparable");
+    EXPECT_EQ(verifier.endWithoutRequest(prepared), failedFor(FailureClass::notComparable, 404));
+
+    around.cloud.takeNoQueries();
+    EXPECT_EQ(verifier.endWithoutRequest(prepared), std::nullopt) << "nobody can say that it is there";
+}
+
+TEST_F(InstanceVerifierTest, AsksOnceForASeriesOfWhichTheCloudHoldsNothing)
+{
+    around.index.doubt(kUid, index::SentBefore::unrecorded);
+
+    EXPECT_EQ(verifier.endWithoutRequest(prepared), std::nullopt);
+    upload();
+    EXPECT_EQ(verifier.endWithoutRequest(prepared), std::nullopt) << "this process sent it";
+
+    EXPECT_EQ(around.cloud.queries(), 1);
+    EXPECT_TRUE(around.index.sent().isEmpty());
+}
+
+TEST_F(InstanceVerifierTest, NotesADoubtWhereTheCloudHoldsWhatTheIndexDoesNotKnow)
+{
+    upload();
+    around.index.doubt(kUid, index::SentBefore::unrecorded);
+    around.converter.compareAs(platform::Likeness::different);
+
+    EXPECT_EQ(verifier.endWithoutRequest(prepared), std::nullopt);
+
+    EXPECT_EQ(around.index.sent(), (QList<index::SentInstance>{{kUid, 0}}));
+    EXPECT_EQ(verifier.confirm(prepared), failedFor(FailureClass::anotherVersionInCloud));
+}
+
+TEST_F(InstanceVerifierTest, TakesTheWordOfACloudThatTakesNoQueriesForWhatTheIndexDoesNotKnow)
+{
+    upload();
+    around.index.doubt(kUid, index::SentBefore::unrecorded);
+    around.cloud.takeNoQueries();
+
+    EXPECT_EQ(verifier.endWithoutRequest(prepared), std::nullopt);
+    EXPECT_EQ(verifier.confirm(prepared), StoreUpload::kUploaded);
+}
+
+TEST_F(InstanceVerifierTest, SendsNothingWhereItsDoubtCannotBeNoted)
+{
+    upload();
+    around.index.doubt(kUid, index::SentBefore::unrecorded);
+    around.index.failWrites();
+
+    const std::optional<AttemptEnd> end = verifier.endWithoutRequest(prepared);
+
+    ASSERT_TRUE(end);
+    EXPECT_EQ(end->failure.failureClass, FailureClass::indexTrouble);
+    EXPECT_EQ(end->reach, StoreUpload::FailureReach::queue);
+}
+
 } // namespace gateway::upload

@@ -102,6 +102,18 @@ outcomeOf(const PreparedCandidate &prepared, const AttemptEnd &end, const Detail
     return outcome;
 }
 
+std::optional<CandidateOutcome> UploadAttempt::outcomeWithoutRequest(const PreparedCandidate &prepared,
+                                                                     const Details &chunkDetails) const
+{
+    const std::optional<AttemptEnd> end = m_verifier.endWithoutRequest(prepared);
+    if (!end) {
+        return std::nullopt;
+    }
+    CandidateOutcome outcome = outcomeOf(prepared, *end, chunkDetails);
+    outcome.details.insert(QStringLiteral("sent"), StoreUpload::boolText(false));
+    return outcome;
+}
+
 AttemptEnd UploadAttempt::sendFile(const PreparedCandidate &prepared) const
 {
     if (!exists(prepared.uploadURL)) {

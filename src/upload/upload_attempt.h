@@ -20,6 +20,14 @@ public:
     {
     }
 
+    /// The outcome of a file that the cloud is seen to hold, or that can't be told apart from what it holds,
+    /// so that sending it would be in vain; nothing where it is to be sent.
+    ///
+    /// \param chunkDetails  merged into the details of the outcome.
+    std::optional<StoreUpload::CandidateOutcome>
+    outcomeWithoutRequest(const StoreUpload::PreparedCandidate &prepared,
+                          const Details &chunkDetails = {}) const;
+
     /// Sends one file in a request of its own.
     StoreUpload::AttemptEnd sendFile(const StoreUpload::PreparedCandidate &prepared) const;
 

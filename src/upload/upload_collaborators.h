@@ -5,6 +5,7 @@
 #include "platform/concurrency/main_executor.h"
 #include "platform/dicom/dicom_converting.h"
 #include "platform/quorin_api/qrn_stow_api.h"
+#include "upload/new_series.h"
 #include "upload/store_upload.h"
 #include "upload/upload_ports.h"
 
@@ -23,6 +24,7 @@ struct UploadCollaborators
     log::StoreLogEmitter &emitter;
     platform::MainExecutor &main;
     platform::Clock &clock;
+    NewSeries &newSeries;
 };
 
 /// What one run is: its identity, its orders, and the details that nearly all of its events carry.

@@ -35,6 +35,9 @@ public:
     /// Marks the rows as handed to the running upload.
     virtual void markImagesInProgress(const QList<index::ImageObjectID> &imageObjectIDs) = 0;
 
+    /// What of an instance was sent before.
+    virtual index::SentBefore sentBefore(const index::SentInstance &next) = 0;
+
     /// Notes what is about to be sent. \return false when it could not be written: nothing may be sent then.
     virtual bool noteSending(const QList<index::SentInstance> &instances) = 0;
 

@@ -28,7 +28,8 @@ UploadCollaborators withConverter(const UploadCollaborators &with, platform::Dic
             with.cleanup,
             with.emitter,
             with.main,
-            with.clock};
+            with.clock,
+            with.newSeries};
 }
 
 std::unique_ptr<ConversionAhead> aheadFor(const StoreUpload::ExecutionConfig &config,

@@ -34,7 +34,8 @@ struct UploadRunOnIndexTest : ::testing::Test
                                           around.cleanup,
                                           around.emitter,
                                           around.main,
-                                          around.clock};
+                                          around.clock,
+                                          around.newSeries};
         const ExecutionConfig orders = {
             .mode = mode, .maxConcurrent = 2, .batchSize = 2, .compressionEnabled = true, .fetchLimit = 8};
         RunSummary summary = UploadRun(with, QStringLiteral("RUN"), orders, QStringLiteral("DEVICE")).run({});

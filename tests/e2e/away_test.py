@@ -174,6 +174,21 @@ class Away(EndToEndTest):
         self.gateway.command("upload")
         self.gateway.await_synced(sent)
 
+    def test_a_cloud_that_had_no_room_gets_its_images_by_itself_once_it_has(self):
+        # Given
+        self.start(self.cloud.address)
+        self.cloud.steer("faults", **STORE, count=None, status=507)
+        sent = self.samples(ct=3)
+        send(self.gateway, sent)
+        self.gateway.await_received(sent)
+        self.await_pause("storageUsedUp")
+
+        # When
+        self.cloud.steer("faults/clear")
+
+        # Then
+        self.gateway.await_synced(sent)
+
     def test_one_image_that_is_cut_off_keeps_no_other_waiting(self):
         # Given
         sent = self.samples(ct=12)

@@ -1,6 +1,7 @@
-"""What is known of what was sent, over kills of the gateway, in a cloud that gives nothing back."""
+"""What is known of what was sent, over kills of the gateway and the loss of its index."""
 
 import json
+import shutil
 import unittest
 
 from harness import TITLE, Gateway, await_true
@@ -8,20 +9,17 @@ from identity_test import SERIES, STUDY, WithoutCompression
 from odd_objects import Sender, dataset
 
 STORE = {"path": "/dicom-web/studies", "method": "POST"}
-RETRIEVAL = f"/dicom-web/studies/{STUDY}/series/{SERIES}/instances/"
+INSTANCES = f"/dicom-web/studies/{STUDY}/series/{SERIES}/instances"
 
 
 class Evidence(WithoutCompression):
 
-    FIRST = dataset("1.2.7.1", shade=1)
+    def give_nothing_back(self):
+        self.cloud.steer("faults", path=f"{INSTANCES}/", method="GET", count=None, status=404)
 
-    def setUp(self):
-        super().setUp()
-        self.cloud.steer("faults", path=RETRIEVAL, method="GET", count=None, status=404)
-
-    def send(self, body, instance="1.2.7.1"):
+    def send(self, instance, shade=0):
         sender = Sender(self.gateway.port, TITLE)
-        sender.store(body, instance)
+        sender.store(dataset(instance, shade=shade), instance)
         sender.release()
 
     def start_again(self, before=lambda: None):
@@ -33,23 +31,107 @@ class Evidence(WithoutCompression):
         self.addCleanup(self.gateway.end)
         self.gateway.port = port
 
+    def lose_the_index(self):
+        shutil.rmtree(self.gateway.home / "index")
+
+    def lose_the_index_after_retention(self):
+        self.lose_the_index()
+        files = [file for file in (self.gateway.home / "Documents").rglob("*.dcm")]
+        self.assertEqual(len(files), 1)
+        files[0].unlink()
+
+    def await_failure(self, word):
+        return self.gateway.await_status(f"a failure called {word}", lambda s: word in json.dumps(s["failures"]))
+
     def test_an_image_whose_upload_was_killed_needs_no_look_into_the_cloud(self):
-        for policy in ("refuse", "ignore", "replace"):
+        self.give_nothing_back()
+        for number, policy in enumerate(("refuse", "ignore", "replace"), start=1):
             with self.subTest(policy=policy):
                 # Given
-                instance = f"1.2.7.{len(policy)}"
+                instance = f"1.2.7.{number}"
                 self.cloud.steer("second-versions", policy=policy)
                 self.cloud.steer("faults", **STORE, delayMs=600_000)
-                self.send(dataset(instance), instance)
+                self.send(instance)
                 await_true("it in the cloud", lambda: instance in self.cloud.instances(), self.gateway.process)
 
                 # When
                 self.start_again()
 
                 # Then
-                self.gateway.await_status("the uploaded image", lambda s: s["counters"]["notSynced"] == 0
-                                          and s["counters"]["images"] == s["counters"]["synced"])
-                self.assertEqual(self.cloud.requests("GET", RETRIEVAL), 0)
+                self.await_all(number)
+                self.assertEqual(self.cloud.requests("GET", INSTANCES), 0)
+
+    def test_what_the_cloud_holds_is_not_sent_again_after_the_loss_of_the_index(self):
+        # Given
+        self.send("1.2.7.1")
+        self.send("1.2.7.2")
+        self.await_all(2)
+        self.cloud.steer("counts/reset")
+
+        # When
+        self.start_again(self.lose_the_index)
+
+        # Then
+        self.await_all(2)
+        self.assertEqual(self.cloud.requests("POST", "/dicom-web/studies"), 0)
+
+    def test_what_cannot_be_fetched_after_the_loss_of_the_index_is_told_so_and_sent_once(self):
+        # Given
+        self.send("1.2.7.1")
+        self.await_all(1)
+        self.give_nothing_back()
+        self.cloud.steer("counts/reset")
+
+        # When
+        self.start_again(self.lose_the_index)
+        status = self.await_failure("notComparable")
+
+        # Then
+        self.assertIn("can't be fetched for comparison", json.dumps(status["failures"]))
+        self.assertEqual(self.cloud.requests("POST", "/dicom-web/studies"), 1)
+        looks = self.cloud.requests("GET", INSTANCES)
+        self.gateway.command("upload")
+        await_true("another look", lambda: self.cloud.requests("GET", INSTANCES) > looks + 1, self.gateway.process)
+        self.await_failure("notComparable")
+        self.assertEqual(self.cloud.requests("POST", "/dicom-web/studies"), 1)
+        # And it is settled as soon as the cloud gives it out
+        self.cloud.steer("faults/clear")
+        self.gateway.command("upload")
+        self.await_all(1)
+        self.assertEqual(self.cloud.requests("POST", "/dicom-web/studies"), 1)
+
+    def test_a_second_version_is_known_for_one_though_the_first_and_the_index_are_gone(self):
+        # Given
+        self.send("1.2.7.1", shade=1)
+        self.await_all(1)
+        self.cloud.steer("second-versions", policy="ignore")
+
+        # When
+        self.start_again(self.lose_the_index_after_retention)
+        self.send("1.2.7.1", shade=2)
+
+        # Then
+        self.await_failure("anotherVersionInCloud")
+        self.assertEqual(self.fetched("1.2.7.1"), dataset("1.2.7.1", shade=1))
+
+    def test_a_new_series_costs_one_question_after_the_loss_of_the_index(self):
+        # Given
+        self.send("1.2.7.1")
+        self.await_all(1)
+        self.start_again(self.lose_the_index_after_retention)
+        self.cloud.steer("counts/reset")
+
+        # When
+        sender = Sender(self.gateway.port, TITLE)
+        for number in range(1, 5):
+            instance = f"1.2.8.{number}"
+            sender.store(dataset(instance, study="1.2.8", series="1.2.8.0"), instance)
+        sender.release()
+
+        # Then
+        self.await_all(4)
+        self.assertEqual(self.cloud.requests("GET", "/dicom-web/studies/1.2.8"), 1)
+        self.assertEqual(self.cloud.requests("GET", "/dicom-web/studies"), 1)
 
 
 if __name__ == "__main__":

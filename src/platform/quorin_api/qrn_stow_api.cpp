@@ -3,6 +3,7 @@
 #include "platform/quorin_api/quorin_api_client.h"
 #include "platform/quorin_api/quorin_error.h"
 #include "platform/quorin_api/stow_batch.h"
+#include "platform/quorin_api/stow_query.h"
 
 #include <QtCore/QFile>
 
@@ -105,6 +106,16 @@ void QrnStowAPI::retrieve(const InstanceIdentity &identity, const QString &path,
     } else if (response.contentType != "application/dicom") {
         throwUnusable();
     }
+}
+
+bool QrnStowAPI::isFound(const InstanceIdentity &identity)
+{
+    return isInstanceFound(m_client, identity);
+}
+
+bool QrnStowAPI::isSeriesFound(const InstanceIdentity &identity)
+{
+    return platform::isSeriesFound(m_client, identity);
 }
 
 } // namespace gateway::platform

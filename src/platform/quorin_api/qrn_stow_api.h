@@ -57,6 +57,13 @@ public:
     /// \param limit  bytes that it may have.
     /// \throws QrnErrorResponse, AFError  also where what came isn't one instance.
     virtual void retrieve(const InstanceIdentity &identity, const QString &path, qint64 limit) = 0;
+
+    /// Whether a query finds this very instance.
+    /// \throws QrnErrorResponse, AFError  also where the service takes no queries.
+    virtual bool isFound(const InstanceIdentity &identity) = 0;
+
+    /// Whether a query finds any instance of this one's series, both of which must be named; throws the same.
+    virtual bool isSeriesFound(const InstanceIdentity &identity) = 0;
 };
 
 /// The uploads of the configured service, streamed from disk: memory doesn't grow with the files.
@@ -73,6 +80,8 @@ public:
                        const QString &deviceId,
                        const UploadProgressCallback &progressCompletion) override;
     void retrieve(const InstanceIdentity &identity, const QString &path, qint64 limit) override;
+    bool isFound(const InstanceIdentity &identity) override;
+    bool isSeriesFound(const InstanceIdentity &identity) override;
 
 private:
     QuorinApiClient &m_client;

@@ -1,9 +1,9 @@
 #include "platform/quorin_api/stow_batch.h"
 
 #include "platform/quorin_api/answer_error.h"
-#include "platform/quorin_api/network_json.h"
 #include "platform/quorin_api/quorin_api_client.h"
 #include "platform/quorin_api/quorin_error.h"
+#include "platform/quorin_api/stow_query.h"
 
 #include <algorithm>
 #include <utility>
@@ -14,33 +14,12 @@ namespace {
 
 const auto kReferencedSequence = QStringLiteral("00081199");
 const auto kReferencedInstance = QStringLiteral("00081155");
-const auto kSopInstanceUid = QStringLiteral("00080018");
-const auto kStudyInstanceUid = QStringLiteral("0020000D");
-const auto kSeriesInstanceUid = QStringLiteral("0020000E");
 
 /// Statuses under which a server settles instances one by one: good ones, and those of PS3.18 10.5.3 by
 /// which it says that it took not one of them.
 bool maySettle(int status)
 {
     return (status >= 200 && status < 300) || status == 400 || status == 409;
-}
-
-QString firstText(const QVariantMap &entry, const QString &tag)
-{
-    const QVariantList values = entry.value(tag).toMap().value(QStringLiteral("Value")).toList();
-    return values.isEmpty() ? QString() : values.first().toString().trimmed();
-}
-
-/// True for an answer that names the instance, and names no other study or series for it.
-bool isEntryOf(const QVariantMap &entry, const InstanceIdentity &identity)
-{
-    const auto contradicts = [&entry](const QString &tag, const QString &mine) {
-        const QString named = firstText(entry, tag);
-        return !mine.isEmpty() && !named.isEmpty() && named != mine;
-    };
-    return firstText(entry, kSopInstanceUid) == identity.instance &&
-           !contradicts(kStudyInstanceUid, identity.study) &&
-           !contradicts(kSeriesInstanceUid, identity.series);
 }
 
 QVariantMap attribute(const QString &representation, const QVariantList &values)
@@ -206,28 +185,13 @@ void StowBatch::proveByQuery(const Files &files)
 {
     try {
         for (File *file : files) {
-            file->isProven = isFound(file->identity);
+            file->isProven = isInstanceFound(m_client, file->identity);
         }
     } catch (const QuorinError &) {
         // Whoever wasn't asked for isn't proven. One unanswered question is enough: a thousand more would
         // each wait as long.
         keepFirst(std::current_exception());
     }
-}
-
-bool StowBatch::isFound(const InstanceIdentity &identity)
-{
-    ApiCall call;
-    call.service = ApiCall::Service::dicomWeb;
-    if (!identity.study.isEmpty() && !identity.series.isEmpty()) {
-        call.path = "/studies/" + pathSegment(identity.study) + "/series/" + pathSegment(identity.series);
-    }
-    call.path += "/instances?SOPInstanceUID=" + QUrl::toPercentEncoding(identity.instance) + "&limit=1";
-    call.accept = "application/dicom+json";
-    const HttpResponse response = m_client.request(call);
-    const QVariantList found = parseNetworkJson(response.body).value_or(QVariant()).toList();
-    return std::ranges::any_of(found,
-                               [&](const QVariant &entry) { return isEntryOf(entry.toMap(), identity); });
 }
 
 void StowBatch::report(const UploadProgress &progress)

@@ -55,7 +55,6 @@ private:
     void settle(const Files &files, const HttpResponse &response);
     void apply(const Files &files, const StowAnswer &answer);
     void proveByQuery(const Files &files);
-    bool isFound(const InstanceIdentity &identity);
     void report(const UploadProgress &progress);
     void keepFirst(const std::exception_ptr &error);
     QVariantMap outcome() const;

@@ -120,13 +120,51 @@ public:
     {
         const platform::MutexLock lock(m_mutex);
         m_retrieved.append(identity.instance);
-        if (!m_stored.contains(identity.instance)) {
-            throw platform::AFError(QStringLiteral("status 404"), 404);
+        if (m_retrievalStatus != 0 || !m_stored.contains(identity.instance)) {
+            const int status = m_retrievalStatus != 0 ? m_retrievalStatus : 404;
+            throw platform::AFError(QStringLiteral("status %1").arg(status), status);
         }
         QFile file(path);
         if (!file.open(QIODevice::WriteOnly)) {
             qFatal("a test can't write its files");
         }
+    }
+
+    bool isFound(const platform::InstanceIdentity &identity) override
+    {
+        const platform::MutexLock lock(m_mutex);
+        ++m_queries;
+        mayAsk();
+        return m_stored.contains(identity.instance);
+    }
+
+    /// Here all instances are of one series.
+    bool isSeriesFound(const platform::InstanceIdentity &) override
+    {
+        const platform::MutexLock lock(m_mutex);
+        ++m_queries;
+        mayAsk();
+        return !m_stored.isEmpty();
+    }
+
+    int queries() const
+    {
+        const platform::MutexLock lock(m_mutex);
+        return m_queries;
+    }
+
+    /// Answers no query.
+    void takeNoQueries()
+    {
+        const platform::MutexLock lock(m_mutex);
+        m_takesQueries = false;
+    }
+
+    /// Answers each retrieval with this status.
+    void giveNothingBack(int status)
+    {
+        const platform::MutexLock lock(m_mutex);
+        m_retrievalStatus = status;
     }
 
     /// The instances that were fetched.
@@ -158,6 +196,13 @@ private:
         FakeCloud &m_cloud;
     };
 
+    void mayAsk() const QUORIN_REQUIRES(m_mutex)
+    {
+        if (!m_takesQueries) {
+            throw platform::AFError(QStringLiteral("status 404"), 404);
+        }
+    }
+
     static QString uidOf(const QUrl &file) { return file.fileName().section(u'-', -1); }
 
     void keep(const QList<QUrl> &files)
@@ -188,6 +233,9 @@ private:
     std::function<void(const Request &, const platform::UploadProgressCallback &)>
         m_duringRequest QUORIN_GUARDED_BY(m_mutex);
     int m_status QUORIN_GUARDED_BY(m_mutex) = 0;
+    int m_queries QUORIN_GUARDED_BY(m_mutex) = 0;
+    bool m_takesQueries QUORIN_GUARDED_BY(m_mutex) = true;
+    int m_retrievalStatus QUORIN_GUARDED_BY(m_mutex) = 0;
     int m_atOnce QUORIN_GUARDED_BY(m_mutex) = 0;
     int m_mostAtOnce QUORIN_GUARDED_BY(m_mutex) = 0;
 };

@@ -203,7 +203,9 @@ struct FakeSurroundings
     RecordingState state;
     RecordingTerms terms;
     RecordingCleanup cleanup;
-    UploadCollaborators with{index, cloud, converter, session, state, terms, cleanup, emitter, main, clock};
+    NewSeries newSeries;
+    UploadCollaborators with{
+        index, cloud, converter, session, state, terms, cleanup, emitter, main, clock, newSeries};
 
     /// Stores a file of one instance and lists it in the index.
     ///

@@ -181,6 +181,11 @@ public:
         const platform::MutexLock lock(m_mutex);
         if (!m_failsWrites) {
             m_sent.append(instances);
+            for (const index::SentInstance &sent : instances) {
+                if (sent.version == 0) {
+                    m_otherVersions.insert(sent.instance);
+                }
+            }
         }
         return !m_failsWrites;
     }
@@ -220,11 +225,28 @@ public:
         return m_otherVersions.contains(sent.instance);
     }
 
+    index::SentBefore sentBefore(const index::SentInstance &next) override
+    {
+        const platform::MutexLock lock(m_mutex);
+        return m_sentBefore.value(next.instance, index::SentBefore::nothing);
+    }
+
     /// Another version of the instance was sent before.
     void rememberOtherVersion(const QString &instance)
     {
         const platform::MutexLock lock(m_mutex);
         m_otherVersions.insert(instance);
+        m_sentBefore.insert(instance, index::SentBefore::anotherVersion);
+    }
+
+    /// Some version of the instance may have been sent before; `unrecorded` where the index doesn't know it.
+    void doubt(const QString &instance, index::SentBefore why)
+    {
+        const platform::MutexLock lock(m_mutex);
+        m_sentBefore.insert(instance, why);
+        if (why == index::SentBefore::unknown) {
+            m_otherVersions.insert(instance);
+        }
     }
 
     /// What was noted before it was sent.
@@ -309,6 +331,9 @@ private:
         index::PendingImageUpload candidate;
         candidate.storagePath = first.path;
         candidate.isRetry = m_pauses.contains(first.path);
+        if (m_failures.contains(first.path)) {
+            candidate.lastFailure = core::rawValue(m_failures.value(first.path).failureClass);
+        }
         candidate.fileURL = QUrl::fromLocalFile(first.path);
         if (!first.sopInstanceUid.isEmpty()) {
             candidate.originalSOPInstanceUIDs = {first.sopInstanceUid};
@@ -343,6 +368,7 @@ private:
     mutable platform::Mutex m_mutex;
     std::vector<Row> m_rows QUORIN_GUARDED_BY(m_mutex);
     QSet<QString> m_otherVersions QUORIN_GUARDED_BY(m_mutex);
+    QMap<QString, index::SentBefore> m_sentBefore QUORIN_GUARDED_BY(m_mutex);
     QList<index::SentInstance> m_sent QUORIN_GUARDED_BY(m_mutex);
     QList<index::SentInstance> m_verified QUORIN_GUARDED_BY(m_mutex);
     QMap<QString, core::Failure> m_failures QUORIN_GUARDED_BY(m_mutex);
