@@ -51,6 +51,22 @@ class SickDisk(EndToEndTest):
         await_true("the listener's words", lambda: "can't sync folders" in (self.gateway.status()["listener"]["error"] or ""),
                    self.gateway.process)
 
+    def test_an_index_that_cannot_be_written_holds_uploads_back_and_they_go_on_by_themselves(self):
+        # Given
+        sent = self.samples(ct=3)
+        send(self.gateway, sent)
+        self.gateway.await_received(sent)
+
+        # When
+        self.disk.fail("write", "*QuorinGateway.sqlite*")
+        self.gateway.sign_in()
+
+        # Then
+        self.gateway.await_status("a pause", lambda s: s["waiting"]["pausedBy"] == "indexTrouble")
+        self.assertEqual(self.cloud.requests("POST", "/dicom-web/studies"), 0)
+        self.disk.heal()
+        self.gateway.await_synced(sent)
+
     def test_a_read_error_of_a_moment_is_not_noticed(self):
         # Given
         files = self.samples(ct=1)
