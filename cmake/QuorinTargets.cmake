@@ -19,6 +19,8 @@ include(QuorinPrecompiled)
 # Everything that a second compiler must understand: g++ 12 frees twice in some coroutines, so libraries that
 # hold any are left out.
 add_custom_target(quorin_plain_libraries)
+# Everything that runs under ThreadSanitizer.
+add_custom_target(quorin_threaded_tests)
 
 function(quorin_library name)
     cmake_parse_arguments(
@@ -61,6 +63,9 @@ function(quorin_test name)
         return()
     endif()
     add_executable(${name} ${ARG_SOURCES})
+    if(ARG_THREADED)
+        add_dependencies(quorin_threaded_tests ${name})
+    endif()
     target_include_directories(${name} PRIVATE "${CMAKE_SOURCE_DIR}")
     set(main quorin_test_main)
     set(headers core_test)

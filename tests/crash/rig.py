@@ -4,6 +4,7 @@ QUORIN_PROGRAMS names the folder of the built programs.
 """
 import json
 import os
+import random
 import re
 import selectors
 import shutil
@@ -19,7 +20,7 @@ import urllib.request
 EMAIL = "demo@quorin.example"
 PASSWORD = "demo-password"
 TITLE = "QUORIN"
-PATIENCE = 120  # seconds; far longer than anything takes, so that a test that gets there has failed
+PATIENCE = 180  # seconds; far longer than anything takes, so that a test that gets there has failed
 UID_TAG = b"\x02\x00\x03\x00UI"  # (0002,0003) MediaStorageSOPInstanceUID, PS3.10 7.1
 
 
@@ -37,9 +38,12 @@ def environment():
 
 
 def free_port():
-    with socket.socket() as probe:
-        probe.bind(("127.0.0.1", 0))
-        return probe.getsockname()[1]
+    """A TCP port of the loopback that nobody uses at this moment, and that no outgoing connection is given."""
+    while True:
+        port = random.randrange(20000, 32768)  # below what Linux gives out by itself
+        with socket.socket() as probe:
+            if probe.connect_ex(("127.0.0.1", port)) != 0:
+                return port
 
 
 def await_that(what, condition):

@@ -2,6 +2,7 @@
 
 import json
 import os
+import random
 import re
 import shutil
 import socket
@@ -17,7 +18,7 @@ PROGRAMS = Path(os.environ["QUORIN_PROGRAMS"])  # the folder that holds the buil
 TITLE = "QUORIN"
 EMAIL = "demo@quorin.example"
 PASSWORD = "demo-password"
-PATIENCE_SECONDS = 90.0  # far longer than anything takes; a test that gets there has failed
+PATIENCE_SECONDS = 180.0  # far longer than anything takes; a test that gets there has failed
 
 DECODERS = {
     "1.2.840.10008.1.2": ["dcmconv", "+te"],
@@ -48,10 +49,12 @@ def run(*command, text_in=None, check=True):
 
 
 def free_port():
-    """A TCP port of the loopback that nobody uses at this moment."""
-    with socket.socket() as probe:
-        probe.bind(("127.0.0.1", 0))
-        return probe.getsockname()[1]
+    """A TCP port of the loopback that nobody uses at this moment, and that no outgoing connection is given."""
+    while True:
+        port = random.randrange(20000, 32768)  # below what Linux gives out by itself
+        with socket.socket() as probe:
+            if probe.connect_ex(("127.0.0.1", port)) != 0:
+                return port
 
 
 def await_true(what, condition, *processes):
