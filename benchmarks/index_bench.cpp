@@ -123,7 +123,7 @@ public:
         m_home.clock.advance(std::chrono::milliseconds(5));
     }
 
-    void choose() { m_candidate = m_home.index().pendingImageUploads(1, m_cursor).value(0); }
+    void choose() { m_candidate = m_home.index().pendingImageUploads(1, m_cursor).value().value(0); }
 
     void rollUp()
     {
