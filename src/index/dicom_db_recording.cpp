@@ -115,7 +115,12 @@ bool DicomDB::recordStoredFiles(const std::stop_token &stop,
             }
         }
         const bool isDone = !isOutOfSight && !firstLeft && !stop.stop_requested();
-        return isDone && noteRecordAgainFrom(std::nullopt);
+        return isDone && writeQuietly([this](Database &database) {
+                   if (m_files.numberAtOpening() > 0) {
+                       noteUnrecordedSends(database); // the note at the opening may have failed
+                   }
+                   database.exec("UPDATE Ledger SET recordAgainFrom = NULL");
+               });
     } catch (const SqliteError &) {
         return false;
     }

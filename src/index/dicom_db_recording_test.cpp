@@ -80,6 +80,17 @@ TEST_F(LostIndex, DoesNotKnowAllThatWasSentThoughNoFileIsLeft)
     EXPECT_EQ(home.index().sentBefore({QStringLiteral("9.1"), 8}), SentBefore::thisVersion);
 }
 
+TEST_F(LostIndex, KnowsThatItLacksSomeThoughThatCouldNotBeNotedAtItsOpening)
+{
+    import(QStringLiteral("9.1"));
+    loseIndex();
+    home.execute(QStringLiteral("UPDATE Ledger SET lacksSentInstances = 0"));
+
+    EXPECT_TRUE(record());
+
+    EXPECT_EQ(home.index().sentBefore({QStringLiteral("9.2"), 7}), SentBefore::unrecorded);
+}
+
 TEST_F(LostIndex, DoubtsWhatItHasRecordedAgain)
 {
     import(QStringLiteral("9.1"));
