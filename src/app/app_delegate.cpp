@@ -15,7 +15,7 @@ void AppDelegate::applicationDidFinishLaunching()
     m_with.face.showStatusBar();
     observeRequests();
     m_with.main.post(weak_from_this(), [this] { finishLaunching(); });
-    m_with.store().requestUpload(QStringLiteral("app_launch"));
+    m_with.store.requestUpload(QStringLiteral("app_launch"));
     m_with.autoDeleteCleanupService.runCleanup(QStringLiteral("app_launch"), std::nullopt, std::nullopt);
     startPeriodicCleanup();
 }
@@ -56,7 +56,7 @@ void AppDelegate::finishLaunching()
         presentWizard(true);
     }
     if (!core::isSetupRequired(m_with.settings)) {
-        m_with.store().listenerService().startListener();
+        m_with.store.listenerService().startListener();
     }
 }
 

@@ -35,7 +35,7 @@ public:
         GatewayFace &face;
         ProgramUpkeep &upkeep;
         upload::GatewayAutoDeleteCleanupServicing &autoDeleteCleanupService;
-        std::function<Store &()> store;        ///< makes the store on first use
+        Store &store;
         std::function<bool()> isApplyingSetup; ///< whoever applies reports a failed start itself
     };
 

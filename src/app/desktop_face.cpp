@@ -1,6 +1,6 @@
 #include "app/desktop_face.h"
 
-#include "app/desktop_screens.h"
+#include "shell/desktop/desktop_screens.h"
 
 namespace gateway::app {
 
@@ -12,9 +12,9 @@ DesktopFace::DesktopFace(shell::Theme &theme)
 
 DesktopFace::~DesktopFace() = default;
 
-void DesktopFace::join(const ScreenModels &models)
+void DesktopFace::join(const shell::ScreenModels &models)
 {
-    m_screens = std::make_unique<DesktopScreens>(m_theme, models);
+    m_screens = std::make_unique<shell::DesktopScreens>(m_theme, models);
 }
 
 void DesktopFace::showStatusBar()

@@ -6,13 +6,12 @@
 #include <memory>
 
 namespace gateway::shell {
+class DesktopScreens;
 class Theme;
-}
+struct ScreenModels;
+} // namespace gateway::shell
 
 namespace gateway::app {
-
-class DesktopScreens;
-struct ScreenModels;
 
 /// The gateway with windows: a status item with its panel, the dashboard, the setup dialog, alerts.
 ///
@@ -27,7 +26,7 @@ public:
     /// Gives the screens something to show; before anything is shown.
     ///
     /// \param models  outlive this.
-    void join(const ScreenModels &models);
+    void join(const shell::ScreenModels &models);
 
     void showStatusBar() override;
 
@@ -49,7 +48,7 @@ public:
 private:
     shell::Theme &m_theme;
     shell::OpenImportPanel m_importPanel;
-    std::unique_ptr<DesktopScreens> m_screens;
+    std::unique_ptr<shell::DesktopScreens> m_screens;
 };
 
 } // namespace gateway::app

@@ -42,9 +42,8 @@ runDesktop(int &argc, char **argv, const core::HomeLayout &layout, const termina
     });
     DesktopFace face(application.theme());
     return runInstance(layout, options, face, [&face](Gateway &gateway) {
-        const ScreenModels models = gateway.screenModels();
-        face.join(models);
-        enforceSetupAtActivation(models.delegate);
+        face.join(gateway.screenModels());
+        enforceSetupAtActivation(gateway.delegate());
     });
 }
 

@@ -57,12 +57,12 @@ terminal::ExitCode live(const core::HomeLayout &layout,
                         GatewayFace &face,
                         const std::function<void(Gateway &)> &join)
 {
-    Gateway gateway({layout,
-                     options.bindAddress,
-                     options.cloudUrl,
-                     options.cloudKind,
-                     options.metricsAddress,
-                     terminal::printError},
+    Gateway gateway({.layout = layout,
+                     .bindAddress = options.bindAddress,
+                     .cloudUrl = options.cloudUrl,
+                     .cloudKind = options.cloudKind,
+                     .metricsAddress = options.metricsAddress,
+                     .writeLine = terminal::printError},
                     face);
     join(gateway);
     monitor::ServiceManager serviceManager;

@@ -12,6 +12,9 @@ class ReceiveState
 public:
     virtual ~ReceiveState() = default;
 
+    /// Whether a receiver stands now; told before the notification of the change.
+    virtual void setListening(bool isListening) = 0;
+
     /// An association with this identifier began.
     virtual void beginReceiveAssociation(const QString &association) = 0;
 

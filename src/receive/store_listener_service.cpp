@@ -79,8 +79,14 @@ void StoreListenerService::startListener()
     m_storeListener = run.scp;
     m_interruption.reset();
     publishBonjourService(settings);
-    m_with.notifications.post(core::kStoreListenerStateChanged);
+    tellWhetherListening();
     launch(std::move(run));
+}
+
+void StoreListenerService::tellWhetherListening()
+{
+    m_with.state.setListening(m_storeListener != nullptr);
+    m_with.notifications.post(core::kStoreListenerStateChanged);
 }
 
 bool StoreListenerService::mayStart(const core::DCMListenerSettings &settings)
@@ -310,7 +316,7 @@ void StoreListenerService::startFailed(const Run &run)
     }
     m_bonjourService.reset();
     m_storeListener.reset();
-    m_with.notifications.post(core::kStoreListenerStateChanged);
+    tellWhetherListening();
     m_with.notifications.post(
         core::kStoreListenerError,
         {{core::kMessageKey,
@@ -337,7 +343,7 @@ void StoreListenerService::stopListener()
     m_storeListener.reset();
     m_interruption.reset();
     m_bonjourService.reset();
-    m_with.notifications.post(core::kStoreListenerStateChanged);
+    tellWhetherListening();
     logListener(GatewayLogAction::listenerStopped,
                 hadListener ? GatewayLogOutcome::completed : GatewayLogOutcome::skipped,
                 {{QStringLiteral("had_active_listener"),

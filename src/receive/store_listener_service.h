@@ -108,6 +108,7 @@ private:
     };
 
     // Steps of a start, on main.
+    void tellWhetherListening();
     bool mayStart(const core::DCMListenerSettings &settings);
     QUuid beginRun();
     std::optional<QString> resolveIncomingPath();

@@ -146,6 +146,23 @@ TEST_F(ListenerService, StopsTheReceiverAndClearsWhatItWasReceiving)
     EXPECT_EQ(m_world.log.count(GatewayLogAction::listenerStartFailed), 0U);
 }
 
+TEST_F(ListenerService, TellsTheLiveFiguresWhetherItListensBeforeAnybodyElse)
+{
+    std::vector<bool> known;
+    const auto observer =
+        m_world.notifications.observe(core::kStoreListenerStateChanged, [&](const QVariantMap &) {
+            known.push_back(m_world.state.isListening);
+        });
+
+    m_world.service->startListener();
+    m_world.service->stopListener();
+    m_world.service->startListener();
+    m_world.scps.back()->end(7);
+    m_world.waitUntil([&] { return !m_world.errors.isEmpty(); });
+
+    EXPECT_EQ(known, (std::vector<bool>{true, false, true, false}));
+}
+
 TEST_F(ListenerService, NamesThePortOfAFailedStartAndListensNoMore)
 {
     m_world.configure([](core::DCMListenerSettings &settings) { settings.port = 104; });

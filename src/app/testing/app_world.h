@@ -131,7 +131,7 @@ public:
                                                                      face,
                                                                      upkeep,
                                                                      cleanup,
-                                                                     [this]() -> Store & { return *store; },
+                                                                     *store,
                                                                      [this] { return isApplyingSetup; }});
     }
 

@@ -11,6 +11,8 @@ namespace gateway::receive::testing {
 class RecordingReceiveState final : public ReceiveState
 {
 public:
+    void setListening(bool listening) override { isListening = listening; }
+
     void beginReceiveAssociation(const QString &association) override { associations.insert(association); }
 
     void endReceiveAssociation(const QString &association) override { associations.remove(association); }
@@ -25,6 +27,7 @@ public:
 
     void refreshCounters() override { ++refreshes; }
 
+    bool isListening = false;
     QSet<QString> associations;
     int clearings = 0;
     int receivedItems = 0;

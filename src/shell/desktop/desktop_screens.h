@@ -2,17 +2,15 @@
 
 #include "account/gateway_bug_report_view_model.h"
 #include "account/gateway_quorin_cloud_terms_coordinator.h"
-#include "app/gateway.h"
 #include "log/gateway_logs_view_model.h"
 #include "platform/autostart/autostart.h"
-#include "platform/concurrency/task_scope.h"
 #include "receive/dimse_listener_view_model.h"
 #include "shell/desktop/attention_watch.h"
+#include "shell/desktop/screen_models.h"
+#include "shell/desktop/screen_rules.h"
 #include "shell/notifying/freedesktop_messages.h"
 #include "shell/notifying/notice_window.h"
 #include "shell/tray/system_tray_item.h"
-
-#include <QCoro/QCoroTask>
 
 #include <QtCore/QCoreApplication>
 
@@ -30,21 +28,18 @@ class StatusBarController;
 class Theme;
 struct DashboardParts;
 struct MenuViewParts;
-} // namespace gateway::shell
-
-namespace gateway::app {
 
 /// Every window over the gateway's models, each made when it is first needed.
 ///
 /// Owner: DesktopFace. Thread: main.
-class DesktopScreens
+class DesktopScreens final : public Screens
 {
     Q_DECLARE_TR_FUNCTIONS(DesktopScreens)
 
 public:
     /// \param theme, models  outlive this.
-    DesktopScreens(shell::Theme &theme, const ScreenModels &models);
-    ~DesktopScreens();
+    DesktopScreens(Theme &theme, const ScreenModels &models);
+    ~DesktopScreens() override;
 
     DesktopScreens(const DesktopScreens &) = delete;
     DesktopScreens &operator=(const DesktopScreens &) = delete;
@@ -68,40 +63,41 @@ public:
     void showBugReport();
     void showSetup(bool blocking);
     bool isSetupVisible() const;
-    void showNotice(const shell::Notice &notice) { m_notices.show(notice); }
+    void showNotice(const Notice &notice) { m_notices.show(notice); }
 
 private:
-    shell::StatusBarController &statusBar();
-    shell::DashboardWindowController &dashboard();
-    shell::SetupDialog &setupDialog();
-    shell::MenuViewParts menuParts();
-    shell::DashboardParts dashboardParts();
+    void presentPreferences() override;
+    void presentTerms() override;
+    void tellTermsProblem(const QString &why) override;
+
+    StatusBarController &statusBar();
+    DashboardWindowController &dashboard();
+    SetupDialog &setupDialog();
+    MenuViewParts menuParts();
+    DashboardParts dashboardParts();
     std::function<void()> wayToPanel();
-    shell::Sheet *makeTermsSheet(QWidget *window);
-    QCoro::Task<> loadTerms();
-    void post(const QString &name) { m_with.notifications.post(name); }
+    Sheet *makeTermsSheet(QWidget *window);
+    void post(const QString &name) { m_models.runtime.notifications.post(name); }
     void sendFeedback();
     void showAbout();
 
-    shell::Theme &m_theme;
-    const ScreenModels m_with;
+    Theme &m_theme;
+    const ScreenModels m_models;
     receive::DimseListenerViewModel m_listener; // one for all screens
     log::GatewayLogsViewModel m_logs;
     account::GatewayQuorinCloudTermsCoordinator m_terms;
     account::GatewayBugReportViewModel m_bugReport;
     platform::Autostart m_autostart;
-    shell::SystemTrayItem m_statusItem;
-    shell::Notices m_notices;
-    shell::FreedesktopMessages m_messages;
-    shell::Attention m_attention;
-    shell::AttentionWatch m_attentionWatch;
-    std::unique_ptr<shell::StatusBarController> m_statusBar;
-    std::unique_ptr<shell::DashboardWindowController> m_dashboard;
-    std::unique_ptr<shell::SetupDialog> m_setupDialog;
-    std::unique_ptr<shell::BugReportWindow> m_bugReportWindow;
-    bool m_arePreferencesDue = false;
-    std::shared_ptr<const bool> m_life = std::make_shared<const bool>(true);
-    platform::TaskScope m_scope; // last: drained before the fields go
+    SystemTrayItem m_statusItem;
+    Notices m_notices;
+    FreedesktopMessages m_messages;
+    Attention m_attention;
+    AttentionWatch m_attentionWatch;
+    std::unique_ptr<StatusBarController> m_statusBar;
+    std::unique_ptr<DashboardWindowController> m_dashboard;
+    std::unique_ptr<SetupDialog> m_setupDialog;
+    std::unique_ptr<BugReportWindow> m_bugReportWindow;
+    ScreenRules m_rules; // last: what it has under way ends before the fields go
 };
 
-} // namespace gateway::app
+} // namespace gateway::shell

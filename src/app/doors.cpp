@@ -1,0 +1,128 @@
+#include "app/doors.h"
+
+#include "receive/folder_bookmark.h"
+
+#include <QtCore/QMap>
+
+#include <optional>
+
+namespace gateway::app {
+
+namespace {
+
+monitor::FailedFiles::Counts failedFilesIn(const index::DicomDB &index)
+{
+    monitor::FailedFiles::Counts counts;
+    for (const index::UploadFailureCount &known : index.uploadFailureCounts()) {
+        counts.byClass[known.failureClass] += known.files;
+    }
+    counts.waiting = index.waitingRetries();
+    return counts;
+}
+
+/// The folders whose room operators watch, by their words.
+QMap<QString, QString> watchedFolders(const Ground &ground)
+{
+    const core::HomeLayout &layout = ground.options.layout;
+    return {{QStringLiteral("store"), layout.fileStore},
+            {QStringLiteral("inbox"),
+             ground.settings.listenerDestinationFolder.get().value_or(layout.incomingFolder)}};
+}
+
+} // namespace
+
+bool Doors::areImagesWaiting()
+{
+    const std::optional<index::IndexFigures> figures = ground.index.figures();
+    return figures && figures->total.images != figures->syncedImages;
+}
+
+state::UpkeepFigures Doors::upkeepFigures()
+{
+    return {.setAsideFiles = live.state().figures().setAsideFilesCount,
+            .isRetentionHeldBack = sending.cleanup.isHeldBack()};
+}
+
+std::shared_ptr<AppDelegate> Doors::makeDelegate()
+{
+    return std::make_shared<AppDelegate>(
+        AppDelegate::Collaborators{.settings = ground.settings,
+                                   .notifications = ground.notifications,
+                                   .main = ground.main,
+                                   .clock = ground.clock,
+                                   .face = face,
+                                   .upkeep = upkeep,
+                                   .autoDeleteCleanupService = sending.cleanup,
+                                   .store = *receiving.store,
+                                   .isApplyingSetup = [this] { return setup.isApplying(); }});
+}
+
+std::shared_ptr<terminal::InstanceCommands> Doors::makeCommands()
+{
+    return std::make_shared<terminal::InstanceCommands>(
+        terminal::InstanceCommands::Collaborators{.defaults = ground.defaults,
+                                                  .settings = ground.settings,
+                                                  .main = ground.main,
+                                                  .pool = ground.networkPool,
+                                                  .auth = account.auth,
+                                                  .cloud = account.client.configuration(),
+                                                  .index = ground.index,
+                                                  .state = live.state(),
+                                                  .uploadRuns = sending.runWatcher,
+                                                  .uploadCoordinator = *sending.coordinator,
+                                                  .uploadRequests = *receiving.store,
+                                                  .setup = setup,
+                                                  .listenerService = receiving.store->listenerService(),
+                                                  .listener = receiving.listenerWatch,
+                                                  .manualImports = receiving.store->manualImportService(),
+                                                  .cloudWatch = account.watch,
+                                                  .termsCommands = terms,
+                                                  .accountCommands = profile,
+                                                  .upkeep = [this] { return upkeepFigures(); },
+                                                  .reopen = [this] { delegate->reopen(); }});
+}
+
+std::shared_ptr<terminal::DoctorCommands> Doors::makeDoctor()
+{
+    return std::make_shared<terminal::DoctorCommands>(
+        ground.index,
+        ground.main,
+        [this] { return receive::incomingFolder(ground.settings, ground.options.layout.incomingFolder); },
+        [this] { receiving.store->requestUpload(QStringLiteral("doctor")); },
+        [this] {
+            return terminal::DoctorCommands::Uploads{.pause = sending.coordinator->closure(),
+                                                     .missingSession = missingSession.sentence()};
+        });
+}
+
+std::unique_ptr<monitor::HealthService> Doors::makeHealth()
+{
+    const auto freeSpace = std::make_shared<monitor::FreeSpaceWatch>(
+        [this] { return watchedFolders(ground); },
+        monitor::FreeSpaceWatch::Collaborators{
+            .main = ground.main, .pool = ground.pool, .clock = ground.clock});
+    const auto failedFiles = std::make_shared<monitor::FailedFiles>(monitor::FailedFiles::Collaborators{
+        .main = ground.main, .pool = ground.pool, .clock = ground.clock, .count = [this] {
+            return failedFilesIn(ground.index);
+        }});
+    return std::make_unique<monitor::HealthService>(
+        monitor::HealthCollector::Collaborators{.settings = ground.settings,
+                                                .index = ground.index,
+                                                .auth = account.auth,
+                                                .state = live.state(),
+                                                .uploadRuns = sending.runWatcher,
+                                                .events = ground.eventCounts,
+                                                .clock = ground.clock,
+                                                .listener = receiving.listenerWatch,
+                                                .uploadCoordinator = *sending.coordinator,
+                                                .cloudWatch = account.watch,
+                                                .freeSpace = freeSpace,
+                                                .failedFiles = failedFiles,
+                                                .upkeep = [this] { return upkeepFigures(); }},
+        ground.main,
+        monitor::HealthService::Places{.socket = ground.options.layout.healthSocket(),
+                                       .address = ground.options.metricsAddress},
+        ground.options.writeLine);
+}
+
+} // namespace gateway::app

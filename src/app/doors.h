@@ -1,0 +1,81 @@
+#pragma once
+
+#include "app/app_delegate.h"
+#include "app/launch_ports.h"
+#include "app/missing_session.h"
+#include "app/receiving.h"
+#include "app/upkeep_elsewhere.h"
+#include "monitor/health_service.h"
+#include "state/upkeep_figures.h"
+#include "terminal/instance/account_commands.h"
+#include "terminal/instance/doctor_commands.h"
+#include "terminal/instance/instance_commands.h"
+#include "terminal/instance/terms_commands.h"
+#include "upload/upload_opener.h"
+#include "wizard/setup_applier.h"
+
+#include <memory>
+
+namespace gateway::app {
+
+/// What people and machines reach a gateway by, and what follows from their doing.
+///
+/// Owner: Gateway. Thread: main.
+struct Doors
+{
+    Ground &ground;
+    CloudAccount &account;
+    LiveFigures &live;
+    Sending &sending;
+    Receiving &receiving;
+    GatewayFace &face;
+
+    upload::UploadOpener uploadOpener{{.defaults = ground.defaults,
+                                       .notifications = ground.notifications,
+                                       .auth = account.auth,
+                                       .cloudWatch = account.watch,
+                                       .requests = *receiving.store}};
+    MissingSession missingSession{{.notifications = ground.notifications,
+                                   .auth = account.auth,
+                                   .systemLog = ground.systemLog,
+                                   .areImagesWaiting = [this] { return areImagesWaiting(); },
+                                   .writeLine = ground.options.writeLine}};
+    wizard::SetupApplier setup{{.defaults = ground.defaults,
+                                .settings = ground.settings,
+                                .main = ground.main,
+                                .pool = ground.pool,
+                                .clock = ground.clock,
+                                .listener = *receiving.store,
+                                .bindAddress = ground.options.bindAddress}};
+    PackagedUpkeep upkeep{face};
+    std::shared_ptr<AppDelegate> delegate = makeDelegate();
+
+    terminal::TermsCommands terms{{.api = account.termsApi,
+                                   .defaults = ground.defaults,
+                                   .notifications = ground.notifications,
+                                   .main = ground.main,
+                                   .pool = ground.networkPool,
+                                   .clock = ground.clock,
+                                   .auth = account.auth,
+                                   .answered = [this] { account.watch.checkTerms(); }}};
+    terminal::AccountCommands profile{{.user = account.userApi,
+                                       .bugReports = account.bugReportApi,
+                                       .defaults = ground.defaults,
+                                       .notifications = ground.notifications,
+                                       .main = ground.main,
+                                       .pool = ground.networkPool,
+                                       .auth = account.auth}};
+    std::shared_ptr<terminal::InstanceCommands> commands = makeCommands();
+    std::shared_ptr<terminal::DoctorCommands> doctor = makeDoctor();
+    std::unique_ptr<monitor::HealthService> health = makeHealth();
+
+    bool areImagesWaiting();
+    state::UpkeepFigures upkeepFigures();
+
+    std::shared_ptr<AppDelegate> makeDelegate();
+    std::shared_ptr<terminal::InstanceCommands> makeCommands();
+    std::shared_ptr<terminal::DoctorCommands> makeDoctor();
+    std::unique_ptr<monitor::HealthService> makeHealth();
+};
+
+} // namespace gateway::app

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "index/dicom_db.h"
+#include "platform/concurrency/clock.h"
+#include "platform/concurrency/task.h"
+#include "platform/system_log/system_log.h"
+#include "upload/upload_requests.h"
+
+#include <QtCore/QString>
+
+#include <functional>
+#include <stop_token>
+
+namespace gateway::app {
+
+/// Gives the stored files rows again that a lost index leaves without, and tells operators of it.
+///
+/// Owner: Gateway, from the launch on. Thread: main; the work is done on a thread of its own.
+class IndexRecording
+{
+public:
+    /// What the recording works with; all of it outlives it.
+    struct Collaborators
+    {
+        index::DicomDB &index;
+        platform::Clock &clock;
+        upload::UploadRequests &uploads;
+        platform::SystemLog &systemLog;
+        std::function<void(const QString &)> writeLine; ///< one plain line for operators; any thread
+    };
+
+    /// Begins at once; the destructor stops and waits.
+    explicit IndexRecording(Collaborators with);
+
+private:
+    void record(const std::stop_token &stop);
+    void say(const QString &sentence);
+
+    const Collaborators m_with;
+    platform::Task m_task; // last: joined before the fields go
+};
+
+} // namespace gateway::app

@@ -1,0 +1,58 @@
+#include "app/missing_session.h"
+
+#include "core/notification_names.h"
+
+#include <QtCore/QDateTime>
+
+#include <utility>
+
+namespace gateway::app {
+
+MissingSession::MissingSession(Collaborators with) : m_with(std::move(with))
+{
+    m_sessionObserver =
+        m_with.notifications.observe(core::kAuthStateChanged, [this](const QVariantMap &) { tell(); });
+}
+
+QString MissingSession::sentence() const
+{
+    const account::SessionStanding &standing = m_with.auth.standing();
+    switch (standing.state) {
+    case account::SessionState::signedIn:
+    case account::SessionState::notKnownYet:
+    case account::SessionState::signedOut: // on a person's word
+        return {};
+    case account::SessionState::ended:
+        return QStringLiteral(
+                   "Images wait, and there is no session: the cloud ended it at %1. They are kept "
+                   "here, but none is sent. Sign in again: quorin-gateway sign-in --email ADDRESS.")
+            .arg(standing.since.value_or(QDateTime()).toLocalTime().toString(Qt::ISODate));
+    case account::SessionState::credentialsRefused:
+        return QStringLiteral("Images wait, and the archive refuses the user name or password since %1. They "
+                              "are tried again by themselves; if they have changed, sign in again: "
+                              "quorin-gateway sign-in --email NAME.")
+            .arg(standing.since.value_or(QDateTime()).toLocalTime().toString(Qt::ISODate));
+    }
+    return {};
+}
+
+void MissingSession::tell()
+{
+    const QString words = sentence();
+    if (words == m_told) {
+        return;
+    }
+    if (!words.isEmpty()) {
+        if (!m_with.areImagesWaiting()) {
+            return;
+        }
+        m_with.writeLine(words);
+        m_with.systemLog.write(platform::SystemLogLevel::error,
+                               QStringLiteral("com.ovelt.QuorinGateway"),
+                               QStringLiteral("session"),
+                               words);
+    }
+    m_told = words;
+}
+
+} // namespace gateway::app

@@ -1,0 +1,296 @@
+#include "shell/desktop/desktop_screens.h"
+
+#include "account/cloud_watch.h"
+#include "account/quorin_auth_view_model.h"
+#include "core/home_layout.h"
+#include "core/notification_names.h"
+#include "core/settings.h"
+#include "core/support_email.h"
+#include "index/dicom_db.h"
+#include "platform/defaults/user_defaults.h"
+#include "platform/quorin_api/qrn_bug_report_api.h"
+#include "platform/quorin_api/qrn_quorin_cloud_terms_api.h"
+#include "receive/store_listener_service.h"
+#include "receive/store_manual_import_service.h"
+#include "shell/account/sign_in_sheet.h"
+#include "shell/account/terms_sheet.h"
+#include "shell/dashboard/dashboard_window_controller.h"
+#include "shell/desktop/feedback_mail.h"
+#include "shell/report/bug_report_window.h"
+#include "shell/setup/setup_dialog.h"
+#include "shell/theme/symbols.h"
+#include "shell/theme/theme.h"
+#include "shell/tray/quorin_gateway_menu_view.h"
+#include "shell/tray/status_bar_controller.h"
+#include "state/gateway_app_state.h"
+#include "wizard/setup_applier.h"
+#include "wizard/setup_apply.h"
+
+#include <QtCore/QCoreApplication>
+#include <QtCore/QStandardPaths>
+#include <QtCore/QTimeZone>
+#include <QtDBus/QDBusConnection>
+#include <QtGui/QDesktopServices>
+#include <QtGui/QGuiApplication>
+
+#include <utility>
+
+namespace gateway::shell {
+
+namespace {
+
+QList<core::FailureClass> failureClassesIn(const index::DicomDB &index)
+{
+    QList<core::FailureClass> classes;
+    for (const index::UploadFailureCount &known : index.uploadFailureCounts()) {
+        classes.append(core::failureClassOf(known.failureClass));
+    }
+    return classes;
+}
+
+void quit()
+{
+    QCoreApplication::exit(); // not quit(), which windows may refuse
+}
+
+/// The session starts the gateway as it was started now.
+platform::Autostart autostartOfThisProgram()
+{
+    QStringList command = QCoreApplication::arguments();
+    command.first() = QCoreApplication::applicationDirPath() + QStringLiteral("/quorin-gateway");
+    return {QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation),
+            {QGuiApplication::desktopFileName(), QStringLiteral("Quorin Gateway"), command}};
+}
+
+} // namespace
+
+DesktopScreens::DesktopScreens(Theme &theme, const ScreenModels &models)
+    : m_theme(theme), m_models(models), m_listener({models.runtime.defaults,
+                                                    models.runtime.settings,
+                                                    models.runtime.notifications,
+                                                    models.images.listener,
+                                                    models.runtime.layout.incomingFolder}),
+      m_logs({models.runtime.defaults, models.runtime.main, models.runtime.pool, models.runtime.clock},
+             models.runtime.layout.logFolder),
+      m_terms({models.cloud.terms,
+               models.runtime.defaults,
+               models.runtime.main,
+               models.runtime.networkPool,
+               models.runtime.clock},
+              account::TermsSigner::here(QStringLiteral(QUORIN_VERSION))),
+      m_bugReport({models.cloud.bugReports,
+                   models.runtime.defaults,
+                   models.runtime.main,
+                   models.runtime.networkPool}),
+      m_autostart(autostartOfThisProgram()), m_statusItem(QDBusConnection::sessionBus()), m_notices(theme),
+      m_messages(QDBusConnection::sessionBus()), m_attention(m_messages, models.runtime.clock),
+      m_attentionWatch({.notifications = models.runtime.notifications,
+                        .appState = models.images.appState,
+                        .auth = models.cloud.auth,
+                        .cloudStorage = models.cloud.watch.storage(),
+                        .main = models.runtime.main,
+                        .pool = models.runtime.pool,
+                        .clock = models.runtime.clock,
+                        .failureClasses = [&index = models.images.index] { return failureClassesIn(index); },
+                        .attention = m_attention}),
+      m_rules({.screens = *this,
+               .notifications = models.runtime.notifications,
+               .main = models.runtime.main,
+               .networkPool = models.runtime.networkPool,
+               .appState = models.images.appState,
+               .auth = models.cloud.auth,
+               .cloudWatch = models.cloud.watch,
+               .terms = m_terms})
+{
+}
+
+DesktopScreens::~DesktopScreens() = default;
+
+StatusBarController &DesktopScreens::statusBar()
+{
+    if (m_statusBar == nullptr) {
+        m_statusBar = std::make_unique<StatusBarController>(
+            StatusBarController::Parts{.theme = m_theme,
+                                       .clock = m_models.runtime.clock,
+                                       .statusItem = m_statusItem,
+                                       .openDashboard = [this] { post(core::kOpenDashboard); },
+                                       .quit = quit},
+            std::make_unique<QuorinGatewayMenuView>(menuParts()));
+    }
+    return *m_statusBar;
+}
+
+DashboardWindowController &DesktopScreens::dashboard()
+{
+    if (m_dashboard == nullptr) {
+        m_dashboard = std::make_unique<DashboardWindowController>(dashboardParts());
+    }
+    return *m_dashboard;
+}
+
+SetupDialog &DesktopScreens::setupDialog()
+{
+    if (m_setupDialog == nullptr) {
+        m_setupDialog = std::make_unique<SetupDialog>(SetupDialogParts{
+            .theme = m_theme,
+            .main = m_models.runtime.main,
+            .pool = m_models.runtime.pool,
+            .stored =
+                [this] { return wizard::storedDraft(m_models.runtime.settings, m_models.runtime.defaults); },
+            .apply = [this](wizard::SetupDraft draft) { return m_models.setup.apply(std::move(draft)); },
+            .autostart = m_autostart,
+            .finished = [this] { post(core::kOpenDashboard); },
+            .quit = quit});
+    }
+    return *m_setupDialog;
+}
+
+MenuViewParts DesktopScreens::menuParts()
+{
+    return {.theme = m_theme,
+            .appState = m_models.images.appState,
+            .auth = m_models.cloud.auth,
+            .quorinCloudStatus = m_models.cloud.watch.status(),
+            .dimseListener = m_listener,
+            .notifications = m_models.runtime.notifications,
+            .main = m_models.runtime.main,
+            .pool = m_models.runtime.pool,
+            .actions = {.sendFeedback = [this] { sendFeedback(); },
+                        .openAbout = [this] { showAbout(); },
+                        .quit = quit}};
+}
+
+DashboardParts DesktopScreens::dashboardParts()
+{
+    return {.theme = m_theme,
+            .appState = m_models.images.appState,
+            .auth = m_models.cloud.auth,
+            .cloudStatus = m_models.cloud.watch.status(),
+            .cloudStorage = m_models.cloud.watch.storage(),
+            .listener = m_listener,
+            .imports = m_models.images.manualImports,
+            .logs = m_logs,
+            .defaults = m_models.runtime.defaults,
+            .main = m_models.runtime.main,
+            .pool = m_models.runtime.pool,
+            .clock = m_models.runtime.clock,
+            .timeZone = [] { return QTimeZone::systemTimeZone(); },
+            .openFolder =
+                [](const QString &directory) {
+                    return QDesktopServices::openUrl(QUrl::fromLocalFile(directory));
+                },
+            .actions = {.openPreferences = [this] { post(core::kOpenPreferences); },
+                        .openLocalStudies = {},
+                        .openQuorinCloud = {},
+                        .checkForUpdates = [this] { post(core::kCheckForUpdatesRequested); },
+                        .openPanel = wayToPanel()},
+            .makeSignInSheet =
+                [this](QWidget *window) { return new SignInSheet(m_theme, m_models.cloud.auth, window); },
+            .makeTermsSheet = [this](QWidget *window) { return makeTermsSheet(window); }};
+}
+
+/// A desktop that shows no status item needs another way to what the panel offers, quitting among it.
+std::function<void()> DesktopScreens::wayToPanel()
+{
+    if (statusBar().hasStatusItem()) {
+        return {};
+    }
+    return [this] { statusBar().togglePopover(); };
+}
+
+Sheet *DesktopScreens::makeTermsSheet(QWidget *window)
+{
+    auto *sheet = new TermsSheet(m_theme, m_terms, window);
+    QObject::connect(sheet, &TermsSheet::accepted, sheet, [this] { m_rules.termsAccepted(); });
+    QObject::connect(sheet, &TermsSheet::declined, sheet, [this] { m_rules.termsDeclined(); });
+    return sheet;
+}
+
+void DesktopScreens::showStatusItem()
+{
+    m_rules.statusItemShown(statusBar().hasStatusItem());
+}
+
+void DesktopScreens::showDashboard()
+{
+    dashboard().show();
+}
+
+QWidget *DesktopScreens::dashboardWindow() const
+{
+    return m_dashboard != nullptr ? m_dashboard->window() : nullptr;
+}
+
+void DesktopScreens::showSignInSheet()
+{
+    m_rules.signInAskedFor();
+}
+
+void DesktopScreens::showPreferences()
+{
+    m_rules.preferencesAskedFor();
+}
+
+void DesktopScreens::showTerms()
+{
+    m_rules.termsRequired();
+}
+
+void DesktopScreens::presentPreferences()
+{
+    setupDialog().present(false);
+}
+
+void DesktopScreens::presentTerms()
+{
+    dashboard().showTerms();
+}
+
+void DesktopScreens::tellTermsProblem(const QString &why)
+{
+    showNotice(
+        {QStringLiteral("exclamationmark.triangle.fill"), Color::amber, tr("Terms Can't Be Shown"), why});
+}
+
+void DesktopScreens::showBugReport()
+{
+    if (m_bugReportWindow == nullptr) {
+        m_bugReportWindow = std::make_unique<BugReportWindow>(BugReportWindowParts{
+            m_theme, m_bugReport, m_models.runtime.main, m_models.runtime.networkPool, [this] {
+                showNotice({QStringLiteral("checkmark.circle.fill"),
+                            Color::green,
+                            tr("Bug Report Sent"),
+                            tr("Report has been sent successfully.")});
+            }});
+    }
+    m_bugReportWindow->present();
+}
+
+void DesktopScreens::showSetup(bool blocking)
+{
+    setupDialog().present(blocking);
+}
+
+bool DesktopScreens::isSetupVisible() const
+{
+    return m_setupDialog != nullptr && m_setupDialog->isVisible();
+}
+
+void DesktopScreens::sendFeedback()
+{
+    const QString address =
+        m_models.runtime.defaults.object(core::kSupportEmailKey).value_or(QVariant()).toString();
+    QDesktopServices::openUrl(feedbackMail(address));
+}
+
+void DesktopScreens::showAbout()
+{
+    showNotice({applicationSymbol(kApplicationSymbol),
+                Color::blue,
+                tr("Quorin Gateway"),
+                tr("Version %1\n\nTakes images over the DICOM network, keeps them safe, and sends them to "
+                   "the cloud.")
+                    .arg(QStringLiteral(QUORIN_VERSION))});
+}
+
+} // namespace gateway::shell

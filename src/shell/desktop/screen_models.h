@@ -1,0 +1,84 @@
+#pragma once
+
+#include <QtCore/QString>
+
+namespace gateway::account {
+class CloudWatch;
+class QuorinAuthViewModel;
+} // namespace gateway::account
+
+namespace gateway::core {
+struct HomeLayout;
+class Settings;
+} // namespace gateway::core
+
+namespace gateway::index {
+class DicomDB;
+}
+
+namespace gateway::platform {
+class Clock;
+class MainExecutor;
+class NotificationCenter;
+class QrnBugReportAPIProtocol;
+class QrnQuorinCloudTermsAPIProtocol;
+class UserDefaults;
+class WorkerPool;
+} // namespace gateway::platform
+
+namespace gateway::receive {
+class StoreListenerService;
+class StoreManualImportService;
+} // namespace gateway::receive
+
+namespace gateway::state {
+class GatewayAppState;
+}
+
+namespace gateway::wizard {
+class SetupApplier;
+}
+
+namespace gateway::shell {
+
+/// What all screens are made over; all of it outlives them.
+struct ScreenModels
+{
+    /// What the program runs on.
+    struct Runtime
+    {
+        platform::UserDefaults &defaults;
+        core::Settings &settings;
+        platform::NotificationCenter &notifications;
+        platform::MainExecutor &main;
+        platform::WorkerPool &pool;        ///< for disks
+        platform::WorkerPool &networkPool; ///< for calls that may take as long as the network lets them
+        platform::Clock &clock;
+        const core::HomeLayout &layout;
+    };
+
+    /// The cloud and the account there.
+    struct Cloud
+    {
+        platform::QrnBugReportAPIProtocol &bugReports;
+        platform::QrnQuorinCloudTermsAPIProtocol &terms;
+        account::QuorinAuthViewModel &auth;
+        account::CloudWatch &watch;
+    };
+
+    /// The images and their ways in.
+    struct Images
+    {
+        index::DicomDB &index;
+        state::GatewayAppState &appState;
+        receive::StoreListenerService &listener;
+        receive::StoreManualImportService &manualImports;
+    };
+
+    Runtime runtime;
+    Cloud cloud;
+    Images images;
+    wizard::SetupApplier &setup;
+};
+
+} // namespace gateway::shell
