@@ -57,29 +57,18 @@ std::shared_ptr<AppDelegate> Doors::makeDelegate()
                                    .isApplyingSetup = [this] { return setup.isApplying(); }});
 }
 
-std::shared_ptr<terminal::InstanceCommands> Doors::makeCommands()
+std::shared_ptr<terminal::StatusCommands> Doors::makeStatus()
 {
-    return std::make_shared<terminal::InstanceCommands>(
-        terminal::InstanceCommands::Collaborators{.defaults = ground.defaults,
-                                                  .settings = ground.settings,
-                                                  .main = ground.main,
-                                                  .pool = ground.networkPool,
-                                                  .auth = account.auth,
-                                                  .cloud = account.client.configuration(),
-                                                  .index = ground.index,
-                                                  .state = live.state(),
-                                                  .uploadRuns = sending.runWatcher,
-                                                  .uploadCoordinator = *sending.coordinator,
-                                                  .uploadRequests = *receiving.store,
-                                                  .setup = setup,
-                                                  .listenerService = receiving.store->listenerService(),
-                                                  .listener = receiving.listenerWatch,
-                                                  .manualImports = receiving.store->manualImportService(),
-                                                  .cloudWatch = account.watch,
-                                                  .termsCommands = terms,
-                                                  .accountCommands = profile,
-                                                  .upkeep = [this] { return upkeepFigures(); },
-                                                  .reopen = [this] { delegate->reopen(); }});
+    return std::make_shared<terminal::StatusCommands>(terminal::StatusCommands::Collaborators{
+        .main = ground.main,
+        .pool = ground.networkPool,
+        .settings = ground.settings,
+        .receiving = {.listener = receiving.listenerWatch, .state = live.state()},
+        .sending = {.index = ground.index, .runs = sending.runWatcher, .coordinator = *sending.coordinator},
+        .cloud = {.configuration = account.client.configuration(),
+                  .watch = account.watch,
+                  .auth = account.auth},
+        .upkeep = [this] { return upkeepFigures(); }});
 }
 
 std::shared_ptr<terminal::DoctorCommands> Doors::makeDoctor()

@@ -10,6 +10,9 @@
 #include "terminal/instance/account_commands.h"
 #include "terminal/instance/doctor_commands.h"
 #include "terminal/instance/instance_commands.h"
+#include "terminal/instance/session_commands.h"
+#include "terminal/instance/setup_commands.h"
+#include "terminal/instance/status_commands.h"
 #include "terminal/instance/terms_commands.h"
 #include "upload/upload_opener.h"
 #include "wizard/setup_applier.h"
@@ -65,15 +68,35 @@ struct Doors
                                        .main = ground.main,
                                        .pool = ground.networkPool,
                                        .auth = account.auth}};
-    std::shared_ptr<terminal::InstanceCommands> commands = makeCommands();
+    terminal::SessionCommands session{
+        {.main = ground.main, .pool = ground.networkPool, .auth = account.auth}};
+    terminal::SetupCommands setupCommands{{.main = ground.main,
+                                           .pool = ground.networkPool,
+                                           .setup = setup,
+                                           .listener = receiving.listenerWatch}};
+    std::shared_ptr<terminal::StatusCommands> status = makeStatus();
     std::shared_ptr<terminal::DoctorCommands> doctor = makeDoctor();
+    terminal::InstanceCommands commands{
+        {.defaults = ground.defaults,
+         .settings = ground.settings,
+         .auth = account.auth,
+         .uploadRequests = *receiving.store,
+         .listenerService = receiving.store->listenerService(),
+         .manualImports = receiving.store->manualImportService(),
+         .reopen = [this] { delegate->reopen(); },
+         .handlers = {[this](const auto &...request) { return status->handle(request...); },
+                      [this](const auto &...request) { return session.handle(request...); },
+                      [this](const auto &...request) { return setupCommands.handle(request...); },
+                      [this](const auto &...request) { return terms.handle(request...); },
+                      [this](const auto &...request) { return profile.handle(request...); },
+                      [this](const auto &...request) { return doctor->handle(request...); }}}};
     std::unique_ptr<monitor::HealthService> health = makeHealth();
 
     bool areImagesWaiting();
     state::UpkeepFigures upkeepFigures();
 
     std::shared_ptr<AppDelegate> makeDelegate();
-    std::shared_ptr<terminal::InstanceCommands> makeCommands();
+    std::shared_ptr<terminal::StatusCommands> makeStatus();
     std::shared_ptr<terminal::DoctorCommands> makeDoctor();
     std::unique_ptr<monitor::HealthService> makeHealth();
 };

@@ -73,11 +73,7 @@ void Gateway::terminate()
 void Gateway::handle(const terminal::ControlRequest &request,
                      const terminal::InstanceCommands::Answer &answer)
 {
-    if (request.command == terminal::requests::kDoctor) {
-        m_doors.doctor->examine(request, answer);
-    } else {
-        m_doors.commands->handle(request, answer);
-    }
+    m_doors.commands.handle(request, answer);
 }
 
 } // namespace gateway::app

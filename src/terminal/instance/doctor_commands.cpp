@@ -46,6 +46,15 @@ DoctorCommands::DoctorCommands(index::DicomDB &index,
 {
 }
 
+bool DoctorCommands::handle(const ControlRequest &request, const Answer &answer)
+{
+    if (request.command != requests::kDoctor) {
+        return false;
+    }
+    examine(request, answer);
+    return true;
+}
+
 void DoctorCommands::examine(const ControlRequest &request, const Answer &answer)
 {
     if (m_isExamining) {

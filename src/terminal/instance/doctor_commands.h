@@ -52,10 +52,13 @@ public:
                    std::function<void()> onImagesRecorded,
                    std::function<Uploads()> uploads);
 
-    /// Answers when the examination is over.
-    void examine(const ControlRequest &request, const Answer &answer);
+    /// Carries the request out if it is this one; `answer` is called once then, when the examination is over.
+    ///
+    /// \return false when it is about something else.
+    bool handle(const ControlRequest &request, const Answer &answer);
 
 private:
+    void examine(const ControlRequest &request, const Answer &answer);
     void finish(const doctor::Diagnosis &diagnosis,
                 const index::WaitingRetries &retries,
                 const std::optional<platform::HelperFences> &fences,

@@ -54,7 +54,7 @@ TEST_F(DoctorCommandsTest, AnswersWithTheReport)
 {
     std::optional<ControlReply> reply;
 
-    commands->examine(doctorRequest({}), into(reply));
+    commands->handle(doctorRequest({}), into(reply));
     await(reply);
 
     EXPECT_EQ(reply->code, ExitCode::done);
@@ -67,7 +67,7 @@ TEST_F(DoctorCommandsTest, AsksForAnUploadOfWhatItRecorded)
 {
     std::optional<ControlReply> reply;
 
-    commands->examine(doctorRequest({.repair = true}), into(reply));
+    commands->handle(doctorRequest({.repair = true}), into(reply));
     await(reply);
 
     EXPECT_TRUE(reply->result[u"well"].toBool());
@@ -79,14 +79,14 @@ TEST_F(DoctorCommandsTest, FindsThatImagesWaitWithoutASession)
 {
     uploads.missingSession = u"The cloud ended the session."_qs;
     std::optional<ControlReply> empty;
-    commands->examine(doctorRequest({}), into(empty));
+    commands->handle(doctorRequest({}), into(empty));
     await(empty);
     EXPECT_EQ(empty->result[u"findings"].toArray().size(), 1)
         << "no image waits: only the stray file is told";
 
     home.import(TemporaryIndex::image(u"9.8"_qs));
     std::optional<ControlReply> reply;
-    commands->examine(doctorRequest({.repair = true}), into(reply));
+    commands->handle(doctorRequest({.repair = true}), into(reply));
     await(reply);
 
     const QJsonValue finding = reply->result[u"findings"].toArray().last();
@@ -101,10 +101,10 @@ TEST_F(DoctorCommandsTest, ExaminesOneAtATimeAndAgainLater)
     std::optional<ControlReply> second;
     std::optional<ControlReply> third;
 
-    commands->examine(doctorRequest({}), into(first));
-    commands->examine(doctorRequest({}), into(second));
+    commands->handle(doctorRequest({}), into(first));
+    commands->handle(doctorRequest({}), into(second));
     await(first);
-    commands->examine(doctorRequest({}), into(third));
+    commands->handle(doctorRequest({}), into(third));
     await(third);
 
     ASSERT_TRUE(second);
@@ -120,7 +120,7 @@ TEST_F(DoctorCommandsTest, ChangesNothingMoreOnceItsCallerHasHungUp)
     request.hungUp = caller.get_token();
     std::optional<ControlReply> reply;
 
-    commands->examine(request, into(reply));
+    commands->handle(request, into(reply));
     await(reply);
 
     EXPECT_EQ(reply->code, ExitCode::failed);
@@ -130,7 +130,7 @@ TEST_F(DoctorCommandsTest, ChangesNothingMoreOnceItsCallerHasHungUp)
 TEST_F(DoctorCommandsTest, EndsWithItsOwner)
 {
     std::optional<ControlReply> reply;
-    commands->examine(doctorRequest({}), into(reply));
+    commands->handle(doctorRequest({}), into(reply));
 
     commands.reset();
     home.main.drain();

@@ -1,0 +1,60 @@
+#include "terminal/instance/session_commands.h"
+
+#include "terminal/commands/command_requests.h"
+
+namespace gateway::terminal {
+
+SessionCommands::SessionCommands(const Collaborators &with) : m_with(with), m_scope(with.main, with.pool) {}
+
+bool SessionCommands::handle(const ControlRequest &request, const Answer &answer)
+{
+    if (request.command == requests::kSignIn) {
+        m_scope.start(signIn(request, answer));
+    } else if (request.command == requests::kSignOut) {
+        m_scope.start(signOut(answer));
+    } else {
+        return false;
+    }
+    return true;
+}
+
+QCoro::Task<void> SessionCommands::signIn(ControlRequest request, Answer answer)
+{
+    const QString email = request.arguments.value(QStringLiteral("email")).toString().trimmed();
+    const QString password = request.arguments.value(QStringLiteral("password")).toString();
+    if (email.isEmpty() || password.isEmpty()) {
+        answer(ControlReply::failure(QStringLiteral("Enter both email and password to sign in.")));
+        co_return;
+    }
+    if (m_with.auth.isChecking()) {
+        answer(ControlReply::failure(QStringLiteral("Another sign-in or sign-out is under way.")));
+        co_return;
+    }
+
+    const bool signedIn = co_await m_with.auth.signIn(email, password);
+
+    if (signedIn) {
+        const QString label = m_with.auth.signedInLabel().value_or(QString());
+        const QString remark = m_with.auth.signInRemark().value_or(QString());
+        answer(ControlReply::success({{QStringLiteral("label"), label}, {QStringLiteral("remark"), remark}}));
+    } else {
+        answer(
+            ControlReply::failure(m_with.auth.lastAuthError().value_or(QStringLiteral("Sign in failed."))));
+    }
+}
+
+QCoro::Task<void> SessionCommands::signOut(Answer answer)
+{
+    if (m_with.auth.isChecking()) {
+        answer(ControlReply::failure(QStringLiteral("Another sign-in or sign-out is under way.")));
+        co_return;
+    }
+
+    co_await m_with.auth.signOut();
+
+    // The session has ended here in any case; what the cloud had to say about it is told.
+    answer(
+        ControlReply::success({{QStringLiteral("notice"), m_with.auth.lastAuthError().value_or(QString())}}));
+}
+
+} // namespace gateway::terminal

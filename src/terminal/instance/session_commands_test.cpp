@@ -1,0 +1,65 @@
+#include "terminal/instance/session_commands.h"
+
+#include "terminal/commands/command_requests.h"
+#include "terminal/instance/testing/account_app.h"
+
+namespace gateway::terminal {
+
+namespace {
+
+struct SessionCommandsTest : testing::AccountApp
+{
+    ControlReply ask(const ControlRequest &request) { return AccountApp::ask(commands, request); }
+
+    ControlRequest signInWith(const QString &password) const
+    {
+        return {requests::kSignIn, {{u"email"_qs, *service.user.email}, {u"password"_qs, password}}};
+    }
+
+    SessionCommands commands{{.main = main, .pool = pool, .auth = auth}};
+};
+
+} // namespace
+
+TEST_F(SessionCommandsTest, LeavesOtherRequestsToOthers)
+{
+    EXPECT_FALSE(commands.handle({requests::kStatus, {}}, [](const ControlReply &) { FAIL(); }));
+}
+
+TEST_F(SessionCommandsTest, NamesWhoIsSignedIn)
+{
+    const ControlReply reply = ask(signInWith(service.password));
+
+    EXPECT_EQ(reply.code, ExitCode::done);
+    EXPECT_EQ(reply.result.value(u"label"_qs).toString(), auth.signedInLabel());
+    EXPECT_TRUE(auth.state().isSignedIn());
+}
+
+TEST_F(SessionCommandsTest, AsksTheCloudNothingWithoutAnAddressOrAPassword)
+{
+    const ControlReply reply = ask(signInWith({}));
+
+    EXPECT_EQ(reply.code, ExitCode::failed);
+    EXPECT_TRUE(service.calls().isEmpty());
+}
+
+TEST_F(SessionCommandsTest, SaysWhyASignInFailed)
+{
+    const ControlReply reply = ask(signInWith(u"wrong"_qs));
+
+    EXPECT_EQ(reply.code, ExitCode::failed);
+    EXPECT_EQ(reply.error, auth.lastAuthError());
+    EXPECT_FALSE(auth.state().isSignedIn());
+}
+
+TEST_F(SessionCommandsTest, EndsTheSession)
+{
+    ask(signInWith(service.password));
+
+    const ControlReply reply = ask({requests::kSignOut, {}});
+
+    EXPECT_EQ(reply.code, ExitCode::done);
+    EXPECT_FALSE(auth.state().isSignedIn());
+}
+
+} // namespace gateway::terminal
