@@ -385,7 +385,7 @@ void StoreListenerService::tellInterruption(QUuid runId, std::optional<QString> 
     m_with.main.post(weak_from_this(), [this, runId, interruption = std::move(interruption)] {
         if (!wasStopped(runId) && m_storeListener) {
             m_interruption = interruption;
-            m_with.notifications.post(core::kStoreListenerStateChanged);
+            tellWhetherListening();
         }
     });
 }
