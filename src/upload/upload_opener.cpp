@@ -2,8 +2,6 @@
 
 #include "core/notification_names.h"
 
-#include <utility>
-
 namespace gateway::upload {
 
 namespace {
@@ -14,7 +12,7 @@ const QString kSessionReason = QStringLiteral("auth_state_changed");
 } // namespace
 
 UploadOpener::UploadOpener(Collaborators with)
-    : m_with(std::move(with)), m_session(m_with.auth.standing().state)
+    : m_with(with), m_session(m_with.auth.standing().state)
 {
     m_authObserver = m_with.notifications.observe(core::kAuthStateChanged,
                                                   [this](const QVariantMap &) { sessionLookedAt(); });
