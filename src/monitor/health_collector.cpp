@@ -24,7 +24,7 @@ void HealthCollector::sample()
 void HealthCollector::refresh()
 {
     m_with.freeSpace->refresh();
-    m_with.failedFiles->refresh();
+    m_with.sending.failedFiles->refresh();
 }
 
 HealthFigures HealthCollector::collect()
@@ -44,19 +44,19 @@ HealthFigures HealthCollector::collect()
 
 HealthFigures::Listener HealthCollector::listener() const
 {
-    const state::ListenerFigures known = m_with.listener.figures();
+    const state::ListenerFigures known = m_with.receiving.listener.figures();
     return {.isEnabled = known.isEnabled,
             .isListening = known.isBound,
             .aeTitle = known.aeTitle,
             .port = known.port,
             .failure = known.failure,
-            .openAssociations = static_cast<int>(m_with.state.openReceiveAssociations()),
+            .openAssociations = static_cast<int>(m_with.receiving.state.openReceiveAssociations()),
             .receivedPerSecond = m_receiving.perSecond()};
 }
 
 HealthFigures::Index HealthCollector::index() const
 {
-    const std::optional<index::IndexFigures> known = m_with.index.figures();
+    const std::optional<index::IndexFigures> known = m_with.sending.index.figures();
     if (!known) {
         return {};
     }
@@ -80,8 +80,8 @@ HealthFigures::Index HealthCollector::index() const
 HealthFigures::Storage HealthCollector::storage() const
 {
     std::optional<qint64> usedBytes;
-    if (m_with.state.isStorageMeasured()) {
-        usedBytes = m_with.state.figures().receivedStorageUsage.usedBytes;
+    if (m_with.receiving.state.isStorageMeasured()) {
+        usedBytes = m_with.receiving.state.figures().receivedStorageUsage.usedBytes;
     }
     return {.usedBytes = usedBytes,
             .reserveBytes = platform::kFreeSpaceReserveBytes,
@@ -99,15 +99,15 @@ std::optional<std::chrono::milliseconds> HealthCollector::until(const std::optio
 
 HealthFigures::Cloud HealthCollector::cloud() const
 {
-    const auto pause = m_with.uploadCoordinator.closure();
-    return {.isOnline = m_with.cloudWatch.isOnline(),
-            .session = m_with.auth.standing().state,
-            .areTermsRequired = m_with.cloudWatch.areTermsRequired(),
-            .isUploading = m_with.uploadRuns.figures().isRunning,
-            .uploadBytesPerSecond = m_with.state.figures().uploadSpeedMbps * kBytesPerMegabit,
-            .failedFiles = m_with.failedFiles->counts().byClass,
-            .waitingFiles = m_with.failedFiles->counts().waiting.files,
-            .untilNextTry = until(m_with.failedFiles->counts().waiting.next),
+    const auto pause = m_with.sending.coordinator.closure();
+    return {.isOnline = m_with.cloud.watch.isOnline(),
+            .session = m_with.cloud.auth.standing().state,
+            .areTermsRequired = m_with.cloud.watch.areTermsRequired(),
+            .isUploading = m_with.sending.runs.figures().isRunning,
+            .uploadBytesPerSecond = m_with.receiving.state.figures().uploadSpeedMbps * kBytesPerMegabit,
+            .failedFiles = m_with.sending.failedFiles->counts().byClass,
+            .waitingFiles = m_with.sending.failedFiles->counts().waiting.files,
+            .untilNextTry = until(m_with.sending.failedFiles->counts().waiting.next),
             .pause = pause ? until(pause->until) : std::nullopt};
 }
 

@@ -29,20 +29,39 @@ namespace gateway::monitor {
 class HealthCollector
 {
 public:
+    /// Who knows of what comes in.
+    struct Receiving
+    {
+        const receive::ListenerWatch &listener;
+        const state::GatewayAppState &state;
+    };
+
+    /// Who knows of what goes out.
+    struct Sending
+    {
+        const index::DicomDB &index;
+        const upload::UploadRunWatcher &runs;
+        const upload::StoreUploadCoordinator &coordinator;
+        std::shared_ptr<FailedFiles> failedFiles;
+    };
+
+    /// Who knows of the cloud and the session there.
+    struct Cloud
+    {
+        const account::CloudWatch &watch;
+        const account::QuorinAuthViewModel &auth;
+    };
+
+    /// What the figures are made of; all of it outlives the collector.
     struct Collaborators
     {
-        core::Settings &settings;
-        index::DicomDB &index;
-        account::QuorinAuthViewModel &auth;
-        state::GatewayAppState &state;
-        const upload::UploadRunWatcher &uploadRuns;
+        const core::Settings &settings;
         const EventCounts &events;
         const platform::Clock &clock;
-        const receive::ListenerWatch &listener;
-        const upload::StoreUploadCoordinator &uploadCoordinator;
-        const account::CloudWatch &cloudWatch;
+        Receiving receiving;
+        Sending sending;
+        Cloud cloud;
         std::shared_ptr<FreeSpaceWatch> freeSpace;
-        std::shared_ptr<FailedFiles> failedFiles;
         std::function<state::UpkeepFigures()> upkeep;
     };
 
