@@ -35,6 +35,9 @@ constexpr std::array kSingleByteSets{NamedSet{"100", "-A", "ISO-8859-1"},
                                      NamedSet{"203", "-b", "ISO-8859-15"},
                                      NamedSet{"166", "-T", "TIS-620"}};
 
+/// All other converters that texts need.
+constexpr std::array kFurtherConverters{"GB18030", "EUC-JP", "EUC-KR", "EUC-CN", "US-ASCII"};
+
 bool isAscii(std::string_view bytes)
 {
     return std::ranges::all_of(bytes, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
@@ -345,6 +348,16 @@ void TextDecoder::appendRun(std::string &out, std::string_view bytes, const Stat
             appendConverted(out, shifted, half.converter);
         }
         bytes.remove_prefix(size);
+    }
+}
+
+void loadConverters()
+{
+    for (const NamedSet &set : kSingleByteSets) {
+        converterNamed(set.converter);
+    }
+    for (const char *name : kFurtherConverters) {
+        converterNamed(name);
     }
 }
 

@@ -46,6 +46,10 @@ private:
     State m_initial;               ///< of a text with escape sequences
 };
 
+/// Loads the converters of all character sets, for a process that soon can't read the system's folders any
+/// more. Thread: the worker's only one.
+void loadConverters();
+
 /// Cuts `text` to at most `limit` bytes without splitting a character.
 std::string cutUtf8(std::string text, std::size_t limit);
 

@@ -8,6 +8,7 @@
 #include "dicom_helper/worker/jpeg_ls_codec.h"
 #include "dicom_helper/worker/object_comparison.h"
 #include "dicom_helper/worker/sendable.h"
+#include "dicom_helper/worker/text_decoder.h"
 #include "dicom_helper/worker/toolkit_object.h"
 
 #include <algorithm>
@@ -120,11 +121,12 @@ private:
                 confinement.places.push_back({folders.back().get(), use});
             }
         };
+        loadConverters(); // as long as they can be read, like the dictionary
         for (const char *input : kInputs) {
             open(job.text(input), FolderUse::read);
         }
         if (!m_output->empty()) {
-            loadDictionary(); // as long as it can be read
+            loadDictionary();
             open(job.text("output"), FolderUse::read);
             open(job.text("output"), FolderUse::keepFiles);
         }

@@ -16,6 +16,8 @@
 
 #include <cerrno>
 #include <functional>
+#include <string>
+#include <vector>
 
 #include <linux/landlock.h>
 #include <sys/syscall.h>
@@ -210,6 +212,33 @@ TEST_F(DicomClients, AWorkerReadsNothingOutsideTheFoldersOfItsJobs)
     EXPECT_EQ(linked.code, EACCES);
     EXPECT_EQ(dicom.parse(other).fate, Fate::parsed);
     EXPECT_EQ(dicom.parse(m_folder.filePath(QStringLiteral("own"))).fate, Fate::parsed);
+}
+
+TEST_F(DicomClients, AWorkerReadsEveryCharacterSetInItsCell)
+{
+    struct Named
+    {
+        std::string set;
+        std::string bytes;
+        QString name;
+    };
+    const std::vector<Named> names{{"ISO_IR 100", "M\xfcller^J\xf6rg", QStringLiteral("Müller^Jörg")},
+                                   {"ISO_IR 101", "\xa3\xf3\xb6", QStringLiteral("Łóś")},
+                                   {"ISO_IR 144", "\xb8\xd2\xd0\xdd\xde\xd2", QStringLiteral("Иванов")},
+                                   {"GB18030", "\xcd\xf5", QStringLiteral("王")},
+                                   {"ISO_IR 192", "M\xc3\xbcller", QStringLiteral("Müller")},
+                                   {"\\ISO 2022 IR 87", "Y=\x1b$B;3ED\x1b(B", QStringLiteral("Y=山田")},
+                                   {"\\ISO 2022 IR 149", "H=\x1b$)C\xfb\xf3", QStringLiteral("H=洪")}};
+    for (const Named &named : names) {
+        WorkerProcessPool workers(1, helperProgramPath()); // a cell of its own, closed before it reads
+        const QString path = write(QStringLiteral("a"),
+                                   smallObject(element(0x0008, 0x0005, "CS", named.set) +
+                                               element(0x0010, 0x0010, "PN", named.bytes)));
+
+        const ParsedFile file = DicomFile(workers, m_clock).parse(path);
+
+        EXPECT_EQ(file.elements.value(QStringLiteral("patientName")).toString(), named.name) << named.set;
+    }
 }
 
 TEST_F(DicomClients, AFolderThatWasMadeAnewIsReadLikeTheOneBefore)
