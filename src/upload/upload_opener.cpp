@@ -11,8 +11,7 @@ const QString kSessionReason = QStringLiteral("auth_state_changed");
 
 } // namespace
 
-UploadOpener::UploadOpener(Collaborators with)
-    : m_with(with), m_session(m_with.auth.standing().state)
+UploadOpener::UploadOpener(Collaborators with) : m_with(with), m_session(m_with.auth.standing().state)
 {
     m_authObserver = m_with.notifications.observe(core::kAuthStateChanged,
                                                   [this](const QVariantMap &) { sessionLookedAt(); });
