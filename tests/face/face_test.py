@@ -149,7 +149,6 @@ class Face(FaceTest):
 
         # Then
         self.assertEqual(source.stdout.readline(), "taken\n")
-        self.see(dashboard, "Import Started.*")
         self.gateway.await_received(files)
         self.see(dashboard, "Drop DICOM Files Or Folders.*")
         self.picture("imported")
