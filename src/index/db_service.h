@@ -16,6 +16,7 @@ struct ImportedFileSummary
     QString patientUID;
     QString studyID;        ///< `studyInstanceUID` of the study
     QStringList seriesKeys; ///< the keys of the series, in order
+    QUrl storedFile;        ///< where the file lies in the file store
 
     bool operator==(const ImportedFileSummary &) const = default;
 };

@@ -5,6 +5,16 @@
 
 namespace gateway::index {
 
+/// Why a file goes from the file store.
+enum class RemovalReason
+{
+    retention,  ///< uploaded longer ago than the policy allows
+    deletion,   ///< a person let it go with its study or series
+    superseded, ///< another copy of the image stands for it
+    unrecorded, ///< its rows could not be saved; the source is where it was
+    resumed     ///< an earlier removal that had not come to its end
+};
+
 /// What a prune let go of.
 struct LocalPruneResult
 {

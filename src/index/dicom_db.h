@@ -59,6 +59,11 @@ struct DicomDBCollaborators
     platform::MainExecutor &main;
     platform::Clock &clock;
     platform::FileSystem &files;
+
+    /// Hears of each file that has gone from the file store. Called on the thread that removed it; must
+    /// neither throw nor come back to the index.
+    std::function<void(const QUrl &file, RemovalReason reason)> onFileRemoved = [](const QUrl &,
+                                                                                   RemovalReason) {};
 };
 
 /// What operators watch of the index.
@@ -283,13 +288,13 @@ private:
     Recorded save(Patience &patience, const QVariantMap &found, const StoredFile &stored);
     void settleUnsaved(Patience &patience);
     void dropEqualCopies(const Recorded &recorded, const StoredFile &stored);
-    void removeReleased(const QSet<QString> &paths);
+    void removeReleased(const QSet<QString> &paths, RemovalReason reason);
     std::optional<std::int64_t> recordAgainFrom() const;
     void noteWhatWasLost();
     bool noteRecordAgainFrom(std::optional<std::int64_t> number);
     bool pruneBatch(std::int64_t cutoff, LocalPruneResult &result);
     DeletionCounts deleteParents(std::int64_t requested, const DeleteRows &deleteRows);
-    std::int64_t removeFiles(const QSet<QString> &paths) QUORIN_REQUIRES(m_deletion);
+    std::int64_t removeFiles(const QSet<QString> &paths, RemovalReason reason) QUORIN_REQUIRES(m_deletion);
     void forgetRemovals(const QStringList &paths);
     bool isReferred(const QString &path) const;
 

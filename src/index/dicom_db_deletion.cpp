@@ -142,7 +142,7 @@ bool DicomDB::pruneBatch(std::int64_t cutoff, LocalPruneResult &result)
     result.deletedImageCount += rows.images;
     result.deletedSeriesCount += rows.series;
     result.deletedStudyCount += rows.studies;
-    result.deletedFileCount += removeFiles(rows.paths);
+    result.deletedFileCount += removeFiles(rows.paths, RemovalReason::retention);
     return true;
 }
 
@@ -219,7 +219,7 @@ DeletionCounts DicomDB::deleteParents(std::int64_t requested, const DeleteRows &
     if (!saved) {
         return DeletionCounts::of(requested, 0);
     }
-    removeFiles(paths);
+    removeFiles(paths, RemovalReason::deletion);
     return DeletionCounts::of(requested, deleted);
 }
 
@@ -245,11 +245,11 @@ void DicomDB::finishRemovals()
         if (page.isEmpty()) {
             return;
         }
-        removeFiles(page);
+        removeFiles(page, RemovalReason::resumed);
     }
 }
 
-std::int64_t DicomDB::removeFiles(const QSet<QString> &paths)
+std::int64_t DicomDB::removeFiles(const QSet<QString> &paths, RemovalReason reason)
 {
     std::int64_t removed = 0;
     QStringList gone;
@@ -259,6 +259,7 @@ std::int64_t DicomDB::removeFiles(const QSet<QString> &paths)
             m_files.removeUnless(path, [&] { return m_files.isBeingImported(path) || isReferred(path); })) {
         case FileStore::Removal::removed:
             ++removed;
+            m_with.onFileRemoved(fileURL(path), reason);
             [[fallthrough]];
         case FileStore::Removal::absent:
             gone.append(path);
@@ -309,11 +310,11 @@ bool DicomDB::isToGo(const QString &path) const
 }
 
 /// Removes files that are noted for it; what can't be removed now stays noted.
-void DicomDB::removeReleased(const QSet<QString> &paths)
+void DicomDB::removeReleased(const QSet<QString> &paths, RemovalReason reason)
 {
     if (!paths.isEmpty()) {
         const MutexLock lock(m_deletion);
-        removeFiles(paths);
+        removeFiles(paths, reason);
     }
 }
 

@@ -408,6 +408,42 @@ TEST_F(Removals, ThatFailAreNotCountedAndDoneByTheNextPrune)
     EXPECT_EQ(noted(), 0);
 }
 
+TEST_F(Removals, AreToldOnceTheFileHasGone)
+{
+    const QString pruned = uploaded(QStringLiteral("9.1"));
+    pruneAll();
+    const QString deleted = importOne(QStringLiteral("9.2"));
+    index.deleteStudies({QStringLiteral("1.2")});
+
+    EXPECT_EQ(
+        home.removals(),
+        (QList{std::pair(pruned, RemovalReason::retention), std::pair(deleted, RemovalReason::deletion)}));
+}
+
+TEST_F(Removals, ThatFailAreToldWhenTheyAreMadeUpFor)
+{
+    const QString path = uploaded(QStringLiteral("9.1"));
+    disk.failStep(0, EIO);
+    pruneAll();
+    ASSERT_TRUE(isStored(path));
+    EXPECT_TRUE(home.removals().isEmpty());
+
+    disk.heal();
+    index.finishRemovals();
+
+    EXPECT_EQ(home.removals(), QList{std::pair(path, RemovalReason::resumed)});
+}
+
+TEST_F(Removals, OfACopyThatAnotherOneStandsForAreTold)
+{
+    const QString first = importOne(QStringLiteral("9.1"));
+    const QString second = importOne(QStringLiteral("9.1")); // the same bytes again
+
+    EXPECT_FALSE(isStored(first));
+    EXPECT_TRUE(isStored(second));
+    EXPECT_EQ(home.removals(), QList{std::pair(first, RemovalReason::superseded)});
+}
+
 TEST_F(Removals, ThatAreNotYetDurableStayNoted)
 {
     uploaded(QStringLiteral("9.1"));

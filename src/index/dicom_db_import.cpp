@@ -95,11 +95,12 @@ QVariantMap parse(platform::DicomParsing &parser, const QString &path, ImportSou
     return file.elements;
 }
 
-ImportedFileSummary summaryOf(const QVariantMap &found, const Recorded &recorded)
+ImportedFileSummary summaryOf(const QVariantMap &found, const Recorded &recorded, const QUrl &storedFile)
 {
     return {elements::text(found, QStringLiteral("patientUID")).value_or(QString()),
             elements::text(found, QStringLiteral("studyID")).value_or(QString()),
-            recorded.seriesKeys};
+            recorded.seriesKeys,
+            storedFile};
 }
 
 /// An earlier import may have died, or failed, before its file's name was durable.
@@ -157,9 +158,9 @@ ImportedFileSummary DicomDB::importFile(const QUrl &url, ImportSource source)
     }
     const Recorded recorded = save(patience, found, *stored);
     underWay.reset(); // what is being imported isn't removed
-    removeReleased(recorded.released);
+    removeReleased(recorded.released, RemovalReason::superseded);
     dropEqualCopies(recorded, *stored);
-    return summaryOf(found, recorded);
+    return summaryOf(found, recorded, fileURL(stored->pathString));
 }
 
 /// The name that an earlier import of an inbox file gave it, be it with rows or without them: the file was
@@ -211,7 +212,7 @@ void DicomDB::settleUnsaved(Patience &patience)
     } catch (const SqliteError &error) {
         throw GatewayImportError(Kind::databaseSaveRejected, Blame::storage, error.message());
     }
-    removeReleased(paths);
+    removeReleased(paths, RemovalReason::unrecorded);
     const platform::MutexLock lock(m_unsavedMutex);
     m_unsaved.subtract(paths);
 }
@@ -231,7 +232,7 @@ void DicomDB::dropEqualCopies(const Recorded &recorded, const StoredFile &stored
     const bool noted =
         writeQuietly([&](platform::Database &database) { releaseSuperseded(database, equal); });
     if (noted) {
-        removeReleased(equal);
+        removeReleased(equal, RemovalReason::superseded);
     }
 }
 

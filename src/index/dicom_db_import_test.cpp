@@ -72,9 +72,11 @@ TEST_F(Import, GivesTheSummaryAndLeavesTheSource)
 
     const ImportedFileSummary summary = index.importFile(source);
 
-    EXPECT_EQ(
-        summary,
-        (ImportedFileSummary{QStringLiteral("PAT1"), QStringLiteral("1.2"), {QStringLiteral("1.2.30")}}));
+    EXPECT_EQ(summary,
+              (ImportedFileSummary{QStringLiteral("PAT1"),
+                                   QStringLiteral("1.2"),
+                                   {QStringLiteral("1.2.30")},
+                                   index.fileURL(QStringLiteral("10000/0.dcm"))}));
     EXPECT_TRUE(QFile::exists(source.toLocalFile()));
     EXPECT_EQ(filesInStore(), QStringList{QStringLiteral("10000/0.dcm")});
     EXPECT_TRUE(home.parser.reads(home.fileStoreRoot() + QStringLiteral("/10000/0.dcm"))) << "whole";

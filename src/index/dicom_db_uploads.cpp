@@ -317,7 +317,7 @@ std::optional<std::int64_t> DicomDB::recordUploadResult(const QList<ImageObjectI
         return std::nullopt;
     }
     if (updated > 0) {
-        removeReleased(released);
+        removeReleased(released, RemovalReason::superseded);
         postLocalSyncStateChanged();
     }
     return updated;

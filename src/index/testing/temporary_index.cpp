@@ -3,6 +3,8 @@
 #include "core/notification_names.h"
 #include "platform/sqlite/database.h"
 
+#include <QtCore/QDir>
+
 #include <utility>
 
 namespace gateway::index::testing {
@@ -23,7 +25,24 @@ void TemporaryIndex::reopen()
 {
     close();
     m_index.emplace(DicomDBPaths{indexFile(), fileStoreRoot()},
-                    DicomDBCollaborators{defaults, parser, notifications, main, clock, m_files});
+                    DicomDBCollaborators{defaults,
+                                         parser,
+                                         notifications,
+                                         main,
+                                         clock,
+                                         m_files,
+                                         [this](const QUrl &file, RemovalReason reason) {
+                                             const QDir root(m_fileStoreRoot);
+                                             const platform::MutexLock lock(m_removalsMutex);
+                                             m_removals.append(
+                                                 {root.relativeFilePath(file.toLocalFile()), reason});
+                                         }});
+}
+
+QList<std::pair<QString, RemovalReason>> TemporaryIndex::removals()
+{
+    const platform::MutexLock lock(m_removalsMutex);
+    return std::exchange(m_removals, {});
 }
 
 QVariantMap TemporaryIndex::image(const QString &sopInstanceUID, const QVariantMap &changes)

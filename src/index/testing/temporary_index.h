@@ -3,16 +3,19 @@
 #include "index/dicom_db.h"
 #include "index/testing/synthetic_files.h"
 #include "platform/concurrency/main_executor.h"
+#include "platform/concurrency/mutex.h"
 #include "platform/concurrency/testing/manual_clock.h"
 #include "platform/defaults/user_defaults.h"
 #include "platform/files/file_system.h"
 #include "platform/notifications/notification_center.h"
 
+#include <QtCore/QList>
 #include <QtCore/QStringList>
 #include <QtCore/QTemporaryDir>
 #include <QtCore/QVariantMap>
 
 #include <optional>
+#include <utility>
 
 namespace gateway::index::testing {
 
@@ -52,6 +55,9 @@ public:
     QStringList rows(const QString &sql);
     std::int64_t number(const QString &sql);
 
+    /// The files that went from the store since the last call, by their stored paths, in order, and why.
+    QList<std::pair<QString, RemovalReason>> removals();
+
     /// How often "QuorinGateway.localSyncStateChanged" was posted since the last call.
     int announcements();
 
@@ -69,6 +75,8 @@ public:
     platform::UserDefaults defaults;
 
 private:
+    platform::Mutex m_removalsMutex;
+    QList<std::pair<QString, RemovalReason>> m_removals QUORIN_GUARDED_BY(m_removalsMutex);
     int m_announcements = 0;
     platform::NotificationCenter::Token m_observer;
     std::optional<DicomDB> m_index;
