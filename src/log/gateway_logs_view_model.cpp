@@ -88,6 +88,14 @@ void GatewayLogsViewModel::setCategoryFilter(CategoryFilter filter)
     store(kCategoryFilterKey, rawValue(filter));
 }
 
+void GatewayLogsViewModel::setImageHash(const std::optional<QString> &hash)
+{
+    enterMain();
+    m_filter.imageHash = hash;
+    Q_EMIT changed();
+    Q_EMIT filteredRowsChanged();
+}
+
 void GatewayLogsViewModel::store(const QString &key, const QString &value)
 {
     m_parts.defaults.setObject(key, value);

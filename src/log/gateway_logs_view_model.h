@@ -70,6 +70,11 @@ public:
     void setLevelFilter(LevelFilter filter);
     void setCategoryFilter(CategoryFilter filter);
 
+    /// Shows the life of one image in place of what the other filters let through, which come back when
+    /// nothing is given. Isn't stored. \param hash  of the image or of an association.
+    void setImageHash(const std::optional<QString> &hash);
+    const std::optional<QString> &imageHash() const { return m_filter.imageHash; }
+
     /// All rows of the last read that succeeded, unfiltered; never null.
     const std::shared_ptr<const LogRows> &rows() const { return m_rows; }
 

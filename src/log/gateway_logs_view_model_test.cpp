@@ -264,6 +264,27 @@ TEST_F(GatewayLogs, RememberTheirFilters)
     EXPECT_EQ(model->categoryFilter(), CategoryFilter::uploadQueue);
 }
 
+TEST_F(GatewayLogs, ShowTheLifeOfAnImageInPlaceOfTheFiltersUntilTheyComeBack)
+{
+    GatewayLogEvent sent = eventAt(1);
+    sent.fileHash = QStringLiteral("0123456789abcdef");
+    folder.append(kName, sent);
+    folder.append(kName, eventAt(2));
+    refresh();
+    model->setLevelFilter(LevelFilter::error);
+    ASSERT_EQ(model->filteredRows().count(), 0);
+    const int before = lists;
+
+    model->setImageHash(sent.fileHash);
+
+    EXPECT_EQ(lists, before + 1);
+    EXPECT_EQ(model->imageHash(), sent.fileHash);
+    EXPECT_EQ(model->filteredRows().positions, std::vector<quint32>{1});
+    makeModel(folder.path());
+    EXPECT_EQ(model->imageHash(), std::nullopt) << "a look at one image isn't kept for the next launch";
+    EXPECT_EQ(model->levelFilter(), LevelFilter::error);
+}
+
 TEST_F(GatewayLogs, FallBackToAllForAPersistedLevelFilterWithAnUnknownRawValue)
 {
     defaults.setObject(u"QuorinGateway.logs.levelFilter"_qs, u"loud"_qs);

@@ -1,5 +1,7 @@
 #include "log/log_filter.h"
 
+#include "log/image_trail.h"
+
 #include <QtCore/QByteArray>
 #include <QtCore/QList>
 
@@ -117,6 +119,9 @@ std::optional<CategoryFilter> categoryFilter(const QString &raw)
 
 FilteredLogRows filterLogRows(std::shared_ptr<const LogRows> rows, const LogFilter &filter)
 {
+    if (filter.imageHash) {
+        return imageTrail(std::move(rows), *filter.imageHash);
+    }
     FilteredLogRows filtered{std::move(rows), {}};
     const QString needle = filter.searchText.trimmed().toLower();
     const auto level = wantedLevel(filter.level);

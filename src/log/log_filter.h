@@ -50,6 +50,9 @@ struct LogFilter
     /// and the file, the name of the log file, the error's domain and message, and the details as key=value,
     /// each joined to the next by one blank.
     QString searchText;
+    /// A hash of an image or of an association; with one, exactly the rows of its life are shown (see
+    /// image_trail.h), and nothing else here matters.
+    std::optional<QString> imageHash = std::nullopt;
 
     bool operator==(const LogFilter &) const = default;
 };
@@ -73,7 +76,8 @@ struct FilteredLogRows
 
 /// Filters the rows. \param rows  not null.
 ///
-/// Thread: any. Costs some milliseconds for 100,000 rows.
+/// Thread: any. Costs some milliseconds for 100,000 rows; for an image some times as much, and reads a few
+/// lines from the disk.
 FilteredLogRows filterLogRows(std::shared_ptr<const LogRows> rows, const LogFilter &filter);
 
 } // namespace gateway::log
