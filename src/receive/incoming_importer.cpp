@@ -1,5 +1,6 @@
 #include "receive/incoming_importer.h"
 
+#include "log/image_trail.h"
 #include "log/redaction.h"
 #include "platform/files/files.h"
 #include "receive/inbox.h"
@@ -93,8 +94,13 @@ void IncomingImporter::handle(const Item &item)
 IncomingImporter::Fate IncomingImporter::importFile(const Item &item)
 {
     emitRecord(item, GatewayLogAction::importAttempted, GatewayLogOutcome::started);
+    QMap<QString, QString> details;
     try {
-        m_with.dbService.importFile(QUrl::fromLocalFile(item.path));
+        const index::ImportedFileSummary summary =
+            m_with.dbService.importFile(QUrl::fromLocalFile(item.path));
+        if (const std::optional<QString> hash = log::hashedFileURL(summary.storedFile)) {
+            details.insert(log::kStoredFileHashKey, *hash); // what is told of the image from now on bears it
+        }
     } catch (const index::GatewayImportError &error) {
         emitRecord(item,
                    GatewayLogAction::importFailed,
@@ -105,7 +111,12 @@ IncomingImporter::Fate IncomingImporter::importFile(const Item &item)
                                       error.errorDescription()));
         return fateOf(item, error);
     }
-    emitRecord(item, GatewayLogAction::importSucceeded, GatewayLogOutcome::succeeded);
+    emitRecord(item,
+               GatewayLogAction::importSucceeded,
+               GatewayLogOutcome::succeeded,
+               GatewayLogLevel::info,
+               std::nullopt,
+               details);
     m_with.main.post(weak_from_this(), [this] { m_with.state.refreshCounters(); });
     m_with.onImportSucceeded(QStringLiteral("receive_import_succeeded"));
     return Fate::imported;

@@ -1,5 +1,6 @@
 #include "receive/incoming_importer.h"
 
+#include "log/image_trail.h"
 #include "log/redaction.h"
 #include "receive/testing/receive_world.h"
 
@@ -66,6 +67,21 @@ TEST_F(Importer, LogsTheWholeWayOfAFile)
         EXPECT_EQ(event.fileHash, log::hashedFileURL(QUrl::fromLocalFile(path)));
     }
     EXPECT_EQ(m_world.log.events().front().fileSizeBytes, 12);
+}
+
+TEST_F(Importer, NamesTheStoredFileWhereAnImportSucceedsAndNowhereElse)
+{
+    m_importer->fileArrived(m_world.receivedFile("DICM content"), u"A"_qs);
+    m_world.settle();
+
+    for (const auto &event : m_world.log.events()) {
+        const auto details = event.details.value_or(QMap<QString, QString>());
+        const bool isImport = event.action == GatewayLogAction::importSucceeded;
+        EXPECT_EQ(details.contains(log::kStoredFileHashKey), isImport);
+        EXPECT_TRUE(!isImport || details.value(log::kStoredFileHashKey) ==
+                                     log::hashedFileURL(testing::FakeImports::kStored));
+    }
+    EXPECT_EQ(m_world.log.count(GatewayLogAction::importSucceeded), 1U);
 }
 
 TEST_F(Importer, TakesANonDicomFileOutOfTheInboxWithoutDeletingItOrAskingForAnUpload)

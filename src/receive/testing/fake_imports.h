@@ -19,6 +19,9 @@ namespace gateway::receive::testing {
 class FakeImports final : public index::DBServiceProtocol
 {
 public:
+    /// Where it says that each file lies now.
+    inline static const QUrl kStored = QUrl::fromLocalFile(QStringLiteral("/store/10000/0.dcm"));
+
     index::ImportedFileSummary importFile(const QUrl &url) override
     {
         using Error = index::GatewayImportError;
@@ -41,7 +44,7 @@ public:
             throw Error(Error::Kind::dicomParseFailed, Error::Blame::file);
         }
         m_imported.insert(content);
-        return {QStringLiteral("patient"), QStringLiteral("study"), {QStringLiteral("series0")}};
+        return {QStringLiteral("patient"), QStringLiteral("study"), {QStringLiteral("series0")}, kStored};
     }
 
     /// Every import fails for want of storage, until told otherwise.
