@@ -18,6 +18,7 @@
 #include "platform/files/file_system.h"
 #include "platform/notifications/notification_center.h"
 #include "platform/system_log/journal_system_log.h"
+#include "upload/removal_record.h"
 
 #include <algorithm>
 #include <memory>
@@ -60,7 +61,10 @@ struct Ground
                           .notifications = notifications,
                           .main = main,
                           .clock = clock,
-                          .files = platform::systemFiles()}};
+                          .files = platform::systemFiles(),
+                          .onFileRemoved = [&log = emitter](const QUrl &file, index::RemovalReason reason) {
+                              log.emit(upload::removalRecord(file, reason));
+                          }}};
 
     /// For calls that wait for the network.
     platform::WorkerPool networkPool{QStringLiteral("cloud"), 4};
