@@ -1,5 +1,6 @@
 #include "terminal/client/log_commands.h"
 
+#include "log/image_trail.h"
 #include "log/log_rows.h"
 #include "platform/files/file_error.h"
 #include "platform/process/quit_signals.h"
@@ -72,7 +73,13 @@ std::optional<log::LogFilter> filterOf(const LogsCommand &command)
                 .arg(command.category));
         return std::nullopt;
     }
-    return log::LogFilter{*level, *category, command.searchText};
+    if (command.imageHash && !log::isLogHash(*command.imageHash)) {
+        printError(
+            QStringLiteral("\"%1\" is no hash: --image takes the 16 digits of a fileHash or an assocHash.")
+                .arg(*command.imageHash));
+        return std::nullopt;
+    }
+    return log::LogFilter{*level, *category, command.searchText, command.imageHash};
 }
 
 /// Standard output for as long as somebody reads it.
@@ -232,12 +239,19 @@ ExitCode showLogs(const QString &logFolder, const LogsCommand &command)
         return follow(logFolder, *filter, form);
     }
     Output output;
+    bool isAnythingPrinted = false;
     try {
         LogPrinter(logFolder, *filter, form, [&](QByteArrayView lines) {
+            isAnythingPrinted = true;
             return output.write(lines);
         }).print();
     } catch (const platform::FileError &error) {
         printError(error.message());
+        return ExitCode::failed;
+    }
+    if (command.imageHash && !isAnythingPrinted) {
+        printError(QStringLiteral("The log knows no image and no association of the hash \"%1\".")
+                       .arg(*command.imageHash));
         return ExitCode::failed;
     }
     return output.end();

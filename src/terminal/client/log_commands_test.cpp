@@ -1,5 +1,6 @@
 #include "terminal/client/log_commands.h"
 
+#include "log/image_trail.h"
 #include "log/testing/log_folder.h"
 
 #include <QtCore/QStringList>
@@ -129,6 +130,27 @@ TEST_F(LogPrinterTest, PrintsOnlyWhatTheFilterLetsThrough)
     EXPECT_EQ(take(), u"two"_qs);
 }
 
+TEST_F(LogPrinterTest, PrintsTheLifeOfAnImageOldestFirstThroughAllFiles)
+{
+    log::GatewayLogEvent imported = named(1, u"imported"_qs);
+    imported.category = log::GatewayLogCategory::receive;
+    imported.action = log::GatewayLogAction::importSucceeded;
+    imported.fileHash = u"1111111111111111"_qs;
+    imported.details = {{log::kStoredFileHashKey, u"2222222222222222"_qs}};
+    log::GatewayLogEvent removed = named(3, u"removed"_qs);
+    removed.fileHash = u"2222222222222222"_qs;
+    folder.append(u"b.jsonl"_qs, removed);
+    folder.append(u"a.jsonl"_qs, named(2, u"another"_qs));
+    folder.append(u"a.jsonl"_qs, imported);
+
+    for (const QString &hash : {u"1111111111111111"_qs, u"2222222222222222"_qs}) {
+        log::LogFilter life;
+        life.imageHash = hash;
+        printer(life).print();
+        EXPECT_EQ(take(), u"imported removed"_qs);
+    }
+}
+
 TEST_F(LogPrinterTest, StopsWhenNoMoreIsWanted)
 {
     for (int line = 0; line < 2000; ++line) {
@@ -139,6 +161,43 @@ TEST_F(LogPrinterTest, StopsWhenNoMoreIsWanted)
     EXPECT_FALSE(printer().print());
 
     EXPECT_LT(take().count(u' '), 1000);
+}
+
+class LogsOfAnImage : public ::testing::Test
+{
+protected:
+    ExitCode show(const QString &hash) const
+    {
+        LogsCommand command;
+        command.imageHash = hash;
+        return showLogs(folder.path(), command);
+    }
+
+    log::testing::LogFolder folder;
+};
+
+TEST_F(LogsOfAnImage, FailWithASentenceWhereTheLogKnowsItNot)
+{
+    folder.append(u"a.jsonl"_qs, eventAt(1));
+    ::testing::internal::CaptureStderr();
+
+    EXPECT_EQ(show(u"0123456789abcdef"_qs), ExitCode::failed);
+
+    const std::string said = ::testing::internal::GetCapturedStderr();
+    EXPECT_NE(said.find("knows no image and no association of the hash \"0123456789abcdef\""),
+              std::string::npos)
+        << said;
+}
+
+TEST_F(LogsOfAnImage, AreNotAskedForByWhatIsNoHash)
+{
+    ::testing::internal::CaptureStderr();
+
+    EXPECT_EQ(show(QString()), ExitCode::usage);
+    EXPECT_EQ(show(u"/store/10000/0.dcm"_qs), ExitCode::usage);
+
+    EXPECT_NE(::testing::internal::GetCapturedStderr().find("--image takes the 16 digits"),
+              std::string::npos);
 }
 
 TEST(LogText, TellsEverythingOfARowInOneLine)

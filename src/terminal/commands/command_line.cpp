@@ -20,7 +20,7 @@ struct Raw
     bool noBonjour = false;
     std::string email;
     bool json = false, watch = false;
-    std::string level = "all", category = "all", searchText;
+    std::string level = "all", category = "all", searchText, image;
     bool follow = false;
     bool repair = false;
     std::string key, value;
@@ -81,12 +81,19 @@ void addSetup(CLI::App &app, Raw &raw)
 void addLogs(CLI::App &app, Raw &raw)
 {
     CLI::App *logs = app.add_subcommand("logs", "Show what the gateway did, oldest first");
-    logs->add_flag("--follow", raw.follow, "Go on with what is added, until interrupted");
-    logs->add_option("--level", raw.level, "all, debug, info, warning or error")->type_name("L");
+    CLI::Option *image =
+        logs->add_option("--image", raw.image, "The life of one image alone, by any of its hashes in the log")
+            ->type_name("HASH");
+    logs->add_flag("--follow", raw.follow, "Go on with what is added, until interrupted")->excludes(image);
+    logs->add_option("--level", raw.level, "all, debug, info, warning or error")
+        ->type_name("L")
+        ->excludes(image);
     logs->add_option("--category", raw.category, "all, listener, receive, send, uploadQueue or quorinCloud")
-        ->type_name("C");
+        ->type_name("C")
+        ->excludes(image);
     logs->add_option("--search", raw.searchText, "Text in action, hashes, correlation, error or details")
-        ->type_name("TEXT");
+        ->type_name("TEXT")
+        ->excludes(image);
     logs->add_flag("--json", raw.json, "As the log files have it, one JSON object a line");
 }
 
@@ -193,6 +200,17 @@ ReportCommand reportCommand(const Raw &raw)
     return report;
 }
 
+LogsCommand logsCommand(const CLI::App &logs, const Raw &raw)
+{
+    const bool hasImage = logs.count("--image") > 0; // also an empty one, which is a mistake to be told
+    return {text(raw.level),
+            text(raw.category),
+            text(raw.searchText),
+            hasImage ? std::optional(text(raw.image)) : std::nullopt,
+            raw.json,
+            raw.follow};
+}
+
 SettingsCommand settingsCommand(const CLI::App &settings, const Raw &raw)
 {
     SettingsCommand command;
@@ -246,7 +264,7 @@ Command command(const CLI::App &app, const Raw &raw)
         return DoctorCommand{raw.repair, raw.json};
     }
     if (app.got_subcommand("logs")) {
-        return LogsCommand{text(raw.level), text(raw.category), text(raw.searchText), raw.json, raw.follow};
+        return logsCommand(*app.get_subcommand("logs"), raw);
     }
     if (app.got_subcommand("terms")) {
         return termsCommand(*app.get_subcommand("terms"), raw);

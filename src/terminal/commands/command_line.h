@@ -84,6 +84,7 @@ struct LogsCommand
     QString level = QStringLiteral("all");
     QString category = QStringLiteral("all");
     QString searchText;
+    std::optional<QString> imageHash; ///< then without the filters, and without following
     bool asJson = false;
     bool follow = false;
 };

@@ -201,6 +201,24 @@ TEST_F(CommandLine, TakesTheFiltersOfTheLogAsTheyAreTyped)
     EXPECT_TRUE(taken.follow);
 }
 
+TEST_F(CommandLine, TakesTheHashOfAnImageAloneOrWithJson)
+{
+    const auto imageOf = [](const QStringList &options) {
+        return std::get<LogsCommand>(invocation(QStringList{u"logs"_qs} + options).command).imageHash;
+    };
+
+    EXPECT_EQ(imageOf({}), std::nullopt);
+    EXPECT_EQ(imageOf({u"--image"_qs, u"0123456789abcdef"_qs, u"--json"_qs}), u"0123456789abcdef"_qs);
+    EXPECT_EQ(imageOf({u"--image"_qs, QString()}), QString()) << "an empty one is not the whole log";
+    for (const QStringList &other : {QStringList{u"--follow"_qs},
+                                     QStringList{u"--level"_qs, u"error"_qs},
+                                     QStringList{u"--category"_qs, u"send"_qs},
+                                     QStringList{u"--search"_qs, u"text"_qs}}) {
+        EXPECT_EQ(ending(QStringList{u"logs"_qs, u"--image"_qs, u"0123456789abcdef"_qs} + other).exitCode, 2)
+            << other.first().toStdString();
+    }
+}
+
 TEST_F(CommandLine, ReadsTheCommandsAboutTerms)
 {
     const auto actionOf = [](const QString &word) {
