@@ -233,6 +233,8 @@
 <message><source>%L1 bytes</source><translation>%L1 Bytes</translation></message>
 <message><source>Error %1</source><translation>Fehler %1</translation></message>
 <message><source>Log File</source><translation>Protokolldatei</translation></message>
+<message><source>Show Life of This Image</source><translation>Verlauf dieses Bildes anzeigen</translation></message>
+<message><source>Show Lives of Its Images</source><translation>Verlauf ihrer Bilder anzeigen</translation></message>
 </context>
 <context><name>gateway::shell::LogScreen</name>
 <message><source>Refresh</source><translation>Aktualisieren</translation></message>
@@ -262,6 +264,8 @@
 <message><source>Search for something else, or show all levels and categories.</source><translation>Suchen Sie etwas anderes oder zeigen Sie alle Stufen und Bereiche.</translation></message>
 <message><source>No log events yet</source><translation>Noch keine Ereignisse</translation></message>
 <message><source>As soon as images are received or sent, what happens to them is listed here.</source><translation>Sobald Bilder empfangen oder gesendet werden, steht hier, was mit ihnen geschieht.</translation></message>
+<message><source>From association to removal: %1</source><translation>Von der Assoziation bis zum Löschen: %1</translation></message>
+<message><source>Show All Events</source><translation>Alle Ereignisse anzeigen</translation></message>
 </context>
 <context><name>gateway::shell::LogTable</name>
 <message><source>Log events</source><translation>Protokollereignisse</translation></message>

@@ -24,6 +24,8 @@ constexpr int kRawLines = 5;
 LogDetails::LogDetails(const Theme &theme, QWidget *parent)
     : QWidget(parent), m_theme(theme), m_title(new TextLabel(theme, {}, TypeStyle::h3)),
       m_level(new Chip(theme, {}, Color::muted)),
+      m_life(new Button(
+          theme, ButtonKind::quiet, tr("Show Life of This Image"), QStringLiteral("list.bullet.rectangle"))),
       m_copy(new Button(theme, ButtonKind::quiet, tr("Copy Line"), QStringLiteral("doc.on.doc"))),
       m_fieldsPlace(new QHBoxLayout), m_rawLine(new QPlainTextEdit)
 {
@@ -38,6 +40,7 @@ LogDetails::LogDetails(const Theme &theme, QWidget *parent)
     head->addWidget(m_title);
     head->addWidget(m_level);
     head->addStretch();
+    head->addWidget(m_life);
     head->addWidget(m_copy);
     head->addWidget(close);
     column->addLayout(head);
@@ -51,6 +54,7 @@ LogDetails::LogDetails(const Theme &theme, QWidget *parent)
     m_rawLine->setFixedHeight(kRawLines * m_rawLine->fontMetrics().lineSpacing() +
                               2 * theme.space(Space::gap));
     column->addWidget(m_rawLine);
+    connect(m_life, &QAbstractButton::clicked, this, [this] { Q_EMIT lifeRequested(m_hash); });
     connect(m_copy, &QAbstractButton::clicked, this, &LogDetails::copyRequested);
     connect(&theme, &Theme::themeChanged, this, qOverload<>(&QWidget::update));
     connect(close, &QAbstractButton::clicked, this, &LogDetails::closeRequested);
@@ -74,6 +78,7 @@ void LogDetails::show(const std::optional<log::LogRow> &row)
         m_level->setColor(colorFor(row->event.level));
     }
     m_copy->setEnabled(row.has_value());
+    showLifeButton(row);
     m_title->setText(row ? QString(rawValue(row->event.action))
                          : tr("This line isn't in its file any more."));
     m_rawLine->setPlainText(row ? row->rawLine : QString());
@@ -81,6 +86,19 @@ void LogDetails::show(const std::optional<log::LogRow> &row)
     if (row) {
         showFields(*row);
     }
+}
+
+/// What is done in the cloud concerns no image here.
+void LogDetails::showLifeButton(const std::optional<log::LogRow> &row)
+{
+    const bool isOfImages = row && row->event.category != log::GatewayLogCategory::quorinCloud;
+    const auto hash = isOfImages && row->event.fileHash ? row->event.fileHash
+                      : isOfImages                      ? row->event.assocHash
+                                                        : std::nullopt;
+    m_hash = hash.value_or(QString());
+    m_life->setText(row && row->event.fileHash ? tr("Show Life of This Image")
+                                               : tr("Show Lives of Its Images"));
+    m_life->setVisible(hash.has_value());
 }
 
 void LogDetails::paintEvent(QPaintEvent * /*event*/)

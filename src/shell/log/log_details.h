@@ -34,6 +34,9 @@ Q_SIGNALS:
     /// The line is wanted on the clipboard.
     void copyRequested();
 
+    /// All that happened to the row's image is wanted, or to those of its association. \param hash  of it.
+    void lifeRequested(const QString &hash);
+
     /// The details were sent away.
     void closeRequested();
 
@@ -41,12 +44,15 @@ protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
+    void showLifeButton(const std::optional<log::LogRow> &row);
     void showFields(const log::LogRow &row);
     void addField(const QString &name, const QString &value);
 
     const Theme &m_theme;
     TextLabel *m_title;
     Chip *m_level;
+    Button *m_life;
+    QString m_hash; // of the image or association that the row tells of; empty for another row
     Button *m_copy;
     QWidget *m_fields = nullptr; // made anew for each row
     QGridLayout *m_grid = nullptr;

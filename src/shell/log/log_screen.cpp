@@ -11,6 +11,7 @@
 #include "shell/controls/inline_error.h"
 #include "shell/controls/switch.h"
 #include "shell/controls/text_field.h"
+#include "shell/controls/text_label.h"
 #include "shell/controls/toast.h"
 #include "shell/log/log_details.h"
 #include "shell/log/log_screen_words.h"
@@ -71,6 +72,7 @@ void LogScreen::listen()
         m_table->selectionModel(), &QItemSelectionModel::currentRowChanged, this, &LogScreen::showDetails);
     connect(
         m_details, &LogDetails::copyRequested, this, [this] { copyRows({m_table->currentIndex().row()}); });
+    connect(m_details, &LogDetails::lifeRequested, this, &LogScreen::showLife);
     connect(m_details, &LogDetails::closeRequested, this, [this] {
         m_table->clearSelection();
         m_table->setFocus();
@@ -131,11 +133,29 @@ bool LogScreen::isFiltered() const
 {
     return m_parts.model.levelFilter() != log::LevelFilter::all ||
            m_parts.model.categoryFilter() != log::CategoryFilter::all ||
-           !m_parts.model.searchText().trimmed().isEmpty();
+           !m_parts.model.searchText().trimmed().isEmpty() || m_parts.model.imageHash();
+}
+
+/// The selected row stays selected: it belongs to that life.
+void LogScreen::showLife(const QString &hash)
+{
+    m_table->setFocus(); // the field of the search may have it, which goes
+    m_parts.model.setImageHash(hash);
+    scrollUpUnlessSelected();
+}
+
+/// Shows again what the filters let through.
+void LogScreen::endLife()
+{
+    if (m_parts.model.imageHash()) {
+        m_parts.model.setImageHash(std::nullopt);
+        scrollUpUnlessSelected();
+    }
 }
 
 void LogScreen::resetFilters()
 {
+    endLife();
     m_parts.model.setLevelFilter(log::LevelFilter::all);
     m_parts.model.setCategoryFilter(log::CategoryFilter::all);
     m_search->clear(); // the model follows
@@ -155,6 +175,10 @@ void LogScreen::showFilters()
     m_level->setCurrentIndex(m_level->findData(static_cast<int>(m_parts.model.levelFilter())));
     m_category->setCurrentIndex(m_category->findData(static_cast<int>(m_parts.model.categoryFilter())));
     m_reset->setEnabled(isFiltered());
+    const std::optional<QString> &hash = m_parts.model.imageHash();
+    m_filters->setVisible(!hash);
+    m_lifeBar->setVisible(hash.has_value());
+    m_life->setText(hash ? tr("From association to removal: %1").arg(*hash) : QString());
 }
 
 void LogScreen::showRows()

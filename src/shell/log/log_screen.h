@@ -35,6 +35,7 @@ class LogTable;
 class LogTableModel;
 class SearchField;
 class Switch;
+class TextLabel;
 class Theme;
 class Toast;
 
@@ -68,7 +69,8 @@ protected:
 
 private:
     QWidget *makeActions();
-    QHBoxLayout *makeFilters();
+    QWidget *makeFilters();
+    QWidget *makeLifeBar();
     void addPages();
     QHBoxLayout *makeFooter();
     void listen();
@@ -79,6 +81,8 @@ private:
     void storeAutoRefresh(bool enabled);
     void setAutoRefresh(bool enabled);
     void resetFilters();
+    void showLife(const QString &hash);
+    void endLife();
     void scrollUpUnlessSelected();
     bool isFiltered() const;
 
@@ -101,6 +105,9 @@ private:
     ComboBox *m_level;
     ComboBox *m_category;
     Button *m_reset;
+    QWidget *m_filters = nullptr;
+    QWidget *m_lifeBar = nullptr; // in place of the filters while the life of one image is shown
+    TextLabel *m_life;
     Switch *m_autoRefresh;
     Button *m_refresh;
     Button *m_delete;

@@ -72,6 +72,7 @@ LogScreen::LogScreen(const LogScreenParts &parts, QWidget *parent)
                          ButtonKind::quiet,
                          tr("Reset Filters"),
                          QStringLiteral("line.3.horizontal.decrease.circle"))),
+      m_life(new TextLabel(parts.theme, {}, TypeStyle::body)),
       m_autoRefresh(new Switch(parts.theme, tr("Auto-refresh"))),
       m_refresh(
           new Button(parts.theme, ButtonKind::secondary, tr("Refresh"), QStringLiteral("arrow.clockwise"))),
@@ -93,7 +94,10 @@ LogScreen::LogScreen(const LogScreenParts &parts, QWidget *parent)
     head->addStretch();
     head->addWidget(makeActions());
     card->body().addLayout(head);
-    card->body().addLayout(makeFilters());
+    m_filters = makeFilters();
+    m_lifeBar = makeLifeBar();
+    card->body().addWidget(m_filters);
+    card->body().addWidget(m_lifeBar);
     card->body().addWidget(m_error);
     addPages();
     card->body().addWidget(m_pages, 1);
@@ -132,7 +136,7 @@ QWidget *LogScreen::makeActions()
     return actions;
 }
 
-QHBoxLayout *LogScreen::makeFilters()
+QWidget *LogScreen::makeFilters()
 {
     using log::CategoryFilter;
     using log::LevelFilter;
@@ -147,7 +151,9 @@ QHBoxLayout *LogScreen::makeFilters()
           CategoryFilter::uploadQueue,
           CategoryFilter::quorinCloud},
          tr("Category"));
-    auto *row = new QHBoxLayout;
+    auto *filters = new QWidget;
+    auto *row = new QHBoxLayout(filters);
+    row->setContentsMargins({});
     row->setSpacing(m_parts.theme.space(Space::tight));
     m_search->setMinimumWidth(kLeastSearchWidth);
     m_search->setText(m_parts.model.searchText());
@@ -158,10 +164,29 @@ QHBoxLayout *LogScreen::makeFilters()
     connect(m_reset, &QAbstractButton::clicked, this, &LogScreen::resetFilters);
     auto *find = new QShortcut(QKeySequence(QKeySequence::Find), this);
     connect(find, &QShortcut::activated, this, [this] {
+        endLife();
         m_search->setFocus(Qt::ShortcutFocusReason);
         m_search->selectAll();
     });
-    return row;
+    return filters;
+}
+
+QWidget *LogScreen::makeLifeBar()
+{
+    auto *bar = new QWidget;
+    auto *row = new QHBoxLayout(bar);
+    row->setContentsMargins({});
+    row->setSpacing(m_parts.theme.space(Space::tight));
+    auto *all = new Button(
+        m_parts.theme, ButtonKind::secondary, tr("Show All Events"), QStringLiteral("chevron.left"));
+    row->addWidget(all);
+    row->addWidget(m_life);
+    row->addStretch();
+    connect(all, &QAbstractButton::clicked, this, [this] {
+        endLife();
+        m_table->setFocus();
+    });
+    return bar;
 }
 
 void LogScreen::addPages()

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "log/image_trail.h"
 #include "log/testing/log_folder.h"
+
+#include <QtCore/QList>
 
 namespace gateway::shell::testing {
 
@@ -59,6 +62,44 @@ inline log::GatewayLogEvent someEvent(int second)
     event.outcome = kind.outcome;
     event.fileHash = QStringLiteral("%1").arg(quint64(second) * 0x9E3779B97F4A7C15ULL, 16, 16, QChar(u'0'));
     return event;
+}
+
+/// What happens to one image, an event a second: ten of them.
+inline QList<log::GatewayLogEvent> lifeOfAnImage(int second)
+{
+    using Action = log::GatewayLogAction;
+    using Outcome = log::GatewayLogOutcome;
+    QList<log::GatewayLogEvent> life;
+    const auto add = [&](log::GatewayLogCategory category, Action action, Outcome outcome) {
+        log::GatewayLogEvent event = log::testing::eventAt(second++);
+        event.category = category;
+        event.action = action;
+        event.outcome = outcome;
+        const bool isReceived = category == log::GatewayLogCategory::receive;
+        if (isReceived) {
+            event.assocHash = QStringLiteral("aaaaaaaaaaaaaaaa");
+        }
+        if (action != Action::associationStarted && action != Action::associationCompleted) {
+            event.fileHash =
+                isReceived ? QStringLiteral("1111111111111111") : QStringLiteral("2222222222222222");
+        }
+        if (action == Action::importSucceeded) {
+            event.details = {{log::kStoredFileHashKey, QStringLiteral("2222222222222222")}};
+        }
+        life.append(event);
+    };
+    using enum log::GatewayLogCategory;
+    add(receive, Action::associationStarted, Outcome::started);
+    add(receive, Action::fileReceivedCallback, Outcome::started);
+    add(receive, Action::importAttempted, Outcome::started);
+    add(receive, Action::importSucceeded, Outcome::succeeded);
+    add(receive, Action::incomingFileDeleted, Outcome::succeeded);
+    add(send, Action::uploadCandidateSelected, Outcome::started);
+    add(send, Action::uploadAttemptStarted, Outcome::started);
+    add(send, Action::uploadAttemptSucceeded, Outcome::succeeded);
+    add(send, Action::uploadResultRecorded, Outcome::succeeded);
+    add(uploadQueue, Action::incomingFileDeleted, Outcome::completed);
+    return life;
 }
 
 } // namespace gateway::shell::testing
