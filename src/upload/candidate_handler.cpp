@@ -112,16 +112,16 @@ CandidateHandler::Outcomes CandidateHandler::finishFile(const CandidateContext &
     if (const auto outcome = outcomeWithoutRequest(context, prepared)) {
         return {*outcome};
     }
-    const auto &ready = std::get<PreparedCandidate>(prepared);
+    QList<PreparedCandidate> ready{std::get<PreparedCandidate>(prepared)};
     Outcomes outcomes;
     {
         const Slots::Hold request(m_requests);
-        if (!lookFirst(ready, {}, outcomes) && mayBeSent({ready})) {
-            outcomes.append(outcomeOf(ready, m_attempt.sendFile(ready)));
+        if (!lookFirst(ready.first(), {}, outcomes) && mayBeSent(ready)) {
+            outcomes.append(outcomeOf(ready.first(), m_attempt.sendFile(ready.first())));
             m_halt.requestEnded(outcomes);
         }
     }
-    m_preparer.cleanUp(ready);
+    m_preparer.cleanUp(ready.first());
     return outcomes;
 }
 
@@ -141,16 +141,20 @@ bool CandidateHandler::lookFirst(const PreparedCandidate &file,
     return outcome.has_value();
 }
 
-/// Notes what is about to be sent. Without that note nobody would know after a crash which version of an
-/// instance the cloud may hold.
-bool CandidateHandler::mayBeSent(const QList<PreparedCandidate> &files)
+/// Notes what is about to be sent, and looks what was noted before. Without that note nobody would know after
+/// a crash which version of an instance the cloud may hold.
+bool CandidateHandler::mayBeSent(QList<PreparedCandidate> &files)
 {
     if (m_halt.isHalted()) {
         return false;
     }
     QList<index::SentInstance> instances;
-    for (const PreparedCandidate &file : files) {
-        instances.append({file.identity.instance, file.version});
+    for (PreparedCandidate &file : files) {
+        const index::SentInstance sent{file.identity.instance, file.version};
+        // What failed before is not there for all that is known.
+        file.mayBeThere = file.context.candidate.lastFailure.isEmpty() &&
+                          m_with.index.sentBefore(sent) == index::SentBefore::thisVersion;
+        instances.append(sent);
     }
     if (!m_with.index.noteSending(instances)) {
         m_halt.indexFailed();
@@ -176,7 +180,7 @@ CandidateHandler::Outcomes CandidateHandler::finishBatch(const Contexts &chunk)
             ready.append(std::get<PreparedCandidate>(prepared));
         }
     }
-    for (const QList<PreparedCandidate> &batch : withoutTwins(unseen(ready, chunkDetails, outcomes))) {
+    for (QList<PreparedCandidate> &batch : withoutTwins(unseen(ready, chunkDetails, outcomes))) {
         const Slots::Hold request(m_requests);
         if (mayBeSent(batch)) {
             const Outcomes sent = m_attempt.sendBatch(batch, chunkDetails);

@@ -47,7 +47,7 @@ private:
     QList<StoreUpload::PreparedCandidate> unseen(const QList<StoreUpload::PreparedCandidate> &files,
                                                  const Details &chunkDetails,
                                                  Outcomes &outcomes);
-    bool mayBeSent(const QList<StoreUpload::PreparedCandidate> &files);
+    bool mayBeSent(QList<StoreUpload::PreparedCandidate> &files);
     StoreUpload::CandidatePreparationResult prepare(const StoreUpload::CandidateContext &context);
 
     const UploadCollaborators &m_with;

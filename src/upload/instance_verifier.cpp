@@ -18,6 +18,9 @@ using StoreUpload::PreparedCandidate;
 
 namespace {
 
+const AttemptEnd kDoubtNotNoted{.failure = {FailureClass::indexTrouble, 0},
+                                .reach = StoreUpload::FailureReach::queue};
+
 AttemptEnd failed(FailureClass failureClass, std::int64_t code = 0)
 {
     return {.result = AttemptResult::failed, .failure = {failureClass, code}};
@@ -73,12 +76,7 @@ std::optional<AttemptEnd> InstanceVerifier::lookForUnrecorded(const PreparedCand
         const AttemptEnd end = failedEnd(error, prepared);
         return isNotOffered(end) ? std::nullopt : std::optional(end); // its word is all there is
     }
-    constexpr std::int64_t kNobodyKnowsWhich = 0;
-    if (!m_with.index.noteSending({{prepared.identity.instance, kNobodyKnowsWhich}})) {
-        return AttemptEnd{.failure = {FailureClass::indexTrouble, 0},
-                          .reach = StoreUpload::FailureReach::queue};
-    }
-    return lookForUnknown(prepared);
+    return noteDoubt(prepared) ? lookForUnknown(prepared) : kDoubtNotNoted;
 }
 
 std::optional<AttemptEnd> InstanceVerifier::lookForUnknown(const PreparedCandidate &prepared) const
@@ -116,8 +114,18 @@ bool InstanceVerifier::mayBeThere(const platform::InstanceIdentity &identity) co
     return m_with.cloud.isFound(identity);
 }
 
-AttemptEnd InstanceVerifier::confirm(const PreparedCandidate &prepared) const
+/// Notes that nobody knows which version the cloud holds. False when that can't be written.
+bool InstanceVerifier::noteDoubt(const PreparedCandidate &prepared) const
 {
+    constexpr std::int64_t kNobodyKnowsWhich = 0;
+    return m_with.index.noteSending({{prepared.identity.instance, kNobodyKnowsWhich}});
+}
+
+AttemptEnd InstanceVerifier::confirm(const PreparedCandidate &prepared, bool wasThere) const
+{
+    if (wasThere && !prepared.mayBeThere && !noteDoubt(prepared)) {
+        return kDoubtNotNoted;
+    }
     return m_with.index.mayOtherVersionBeSent({prepared.identity.instance, prepared.version})
                ? compareWithCloud(prepared)
                : StoreUpload::kUploaded;

@@ -9,9 +9,10 @@ namespace gateway::upload {
 
 /// Decides whether the cloud's word is enough for an instance that it calls stored.
 ///
-/// It is, unless another version of the instance may have been sent before: some archives keep the first one
-/// and answer a second like one that is stored. Then only the instance itself proves it, fetched and
-/// compared.
+/// It is, unless the cloud may hold another version of the instance: because this gateway may have sent one,
+/// and some archives keep the first and answer a second like one that is stored; or because the cloud says
+/// that it had the instance already, though it can't have it from here. Then only the instance itself proves
+/// it, fetched and compared.
 ///
 /// Owner: UploadAttempt. Thread: any, several at a time; blocks while the cloud is asked.
 class InstanceVerifier
@@ -27,7 +28,9 @@ public:
     endWithoutRequest(const StoreUpload::PreparedCandidate &prepared) const;
 
     /// The end of an attempt that the cloud calls a success. Never throws.
-    StoreUpload::AttemptEnd confirm(const StoreUpload::PreparedCandidate &prepared) const;
+    ///
+    /// \param wasThere  whether the cloud says that it had the instance already.
+    StoreUpload::AttemptEnd confirm(const StoreUpload::PreparedCandidate &prepared, bool wasThere) const;
 
 private:
     std::optional<StoreUpload::AttemptEnd>
@@ -35,6 +38,7 @@ private:
     std::optional<StoreUpload::AttemptEnd>
     lookForUnknown(const StoreUpload::PreparedCandidate &prepared) const;
     bool mayBeThere(const platform::InstanceIdentity &identity) const;
+    bool noteDoubt(const StoreUpload::PreparedCandidate &prepared) const;
     StoreUpload::AttemptEnd compareWithCloud(const StoreUpload::PreparedCandidate &prepared) const;
 
     const UploadCollaborators &m_with;

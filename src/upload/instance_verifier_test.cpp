@@ -45,7 +45,7 @@ TEST_F(InstanceVerifierTest, TakesTheCloudsWordForTheOnlyVersionThatWasSent)
 {
     upload();
 
-    EXPECT_EQ(verifier.confirm(prepared), StoreUpload::kUploaded);
+    EXPECT_EQ(verifier.confirm(prepared, false), StoreUpload::kUploaded);
     EXPECT_TRUE(around.cloud.retrieved().isEmpty());
 }
 
@@ -54,7 +54,8 @@ TEST_F(InstanceVerifierTest, FetchesASecondVersionAndComparesIt)
     upload();
     around.index.rememberOtherVersion(kUid);
 
-    EXPECT_EQ(verifier.confirm(prepared), (AttemptEnd{.result = AttemptResult::success, .isVerified = true}));
+    EXPECT_EQ(verifier.confirm(prepared, false),
+              (AttemptEnd{.result = AttemptResult::success, .isVerified = true}));
     EXPECT_EQ(around.cloud.retrieved(), QStringList{kUid});
     EXPECT_EQ(around.leftovers(), 0);
 }
@@ -65,7 +66,7 @@ TEST_F(InstanceVerifierTest, SaysThatTheCloudHoldsAnotherVersion)
     around.index.rememberOtherVersion(kUid);
     around.converter.compareAs(platform::Likeness::different);
 
-    EXPECT_EQ(verifier.confirm(prepared), failedFor(FailureClass::anotherVersionInCloud));
+    EXPECT_EQ(verifier.confirm(prepared, false), failedFor(FailureClass::anotherVersionInCloud));
     EXPECT_EQ(around.leftovers(), 0);
 }
 
@@ -73,14 +74,14 @@ TEST_F(InstanceVerifierTest, TakesNothingForProvenThatCannotBeFetchedOrCompared)
 {
     around.index.rememberOtherVersion(kUid);
 
-    EXPECT_EQ(verifier.confirm(prepared), failedFor(FailureClass::notComparable, 404));
+    EXPECT_EQ(verifier.confirm(prepared, false), failedFor(FailureClass::notComparable, 404));
 
     upload();
     around.converter.compareAs(platform::Likeness::unknown);
-    EXPECT_EQ(verifier.confirm(prepared), failedFor(FailureClass::notConfirmed));
+    EXPECT_EQ(verifier.confirm(prepared, false), failedFor(FailureClass::notConfirmed));
 
     prepared.identity.study.clear();
-    EXPECT_EQ(verifier.confirm(prepared), failedFor(FailureClass::notComparable));
+    EXPECT_EQ(verifier.confirm(prepared, false), failedFor(FailureClass::notComparable));
 }
 
 TEST_F(InstanceVerifierTest, TakesAnArchiveThatForbidsFetchingForOneThatGivesNothingBack)
@@ -88,7 +89,43 @@ TEST_F(InstanceVerifierTest, TakesAnArchiveThatForbidsFetchingForOneThatGivesNot
     around.index.rememberOtherVersion(kUid);
     around.cloud.giveNothingBack(403);
 
-    EXPECT_EQ(verifier.confirm(prepared), failedFor(FailureClass::notComparable, 403));
+    EXPECT_EQ(verifier.confirm(prepared, false), failedFor(FailureClass::notComparable, 403));
+}
+
+TEST_F(InstanceVerifierTest, FetchesWhatTheCloudHadThoughItWasNotSentFromHere)
+{
+    upload();
+
+    EXPECT_EQ(verifier.confirm(prepared, true),
+              (AttemptEnd{.result = AttemptResult::success, .isVerified = true}));
+
+    around.converter.compareAs(platform::Likeness::different);
+    EXPECT_EQ(verifier.confirm(prepared, true), failedFor(FailureClass::anotherVersionInCloud));
+    EXPECT_EQ(around.index.sent(), (QList<index::SentInstance>{{kUid, 0}, {kUid, 0}})) << "a doubt for later";
+
+    around.cloud.giveNothingBack(404);
+    EXPECT_EQ(verifier.confirm(prepared, true), failedFor(FailureClass::notComparable, 404));
+    EXPECT_EQ(around.leftovers(), 0);
+}
+
+TEST_F(InstanceVerifierTest, TakesTheWordOfACloudThatMayHaveItFromHere)
+{
+    upload();
+    prepared.mayBeThere = true;
+
+    EXPECT_EQ(verifier.confirm(prepared, true), StoreUpload::kUploaded);
+    EXPECT_TRUE(around.cloud.retrieved().isEmpty());
+    EXPECT_TRUE(around.index.sent().isEmpty());
+}
+
+TEST_F(InstanceVerifierTest, TakesNothingForProvenWhereItsDoubtCannotBeNoted)
+{
+    upload();
+    around.index.failWrites();
+
+    EXPECT_EQ(
+        verifier.confirm(prepared, true),
+        (AttemptEnd{.failure = {FailureClass::indexTrouble, 0}, .reach = StoreUpload::FailureReach::queue}));
 }
 
 TEST_F(InstanceVerifierTest, AsksNothingBeforeARequestWhereTheIndexKnowsWhatWasSent)
@@ -151,7 +188,7 @@ TEST_F(InstanceVerifierTest, NotesADoubtWhereTheCloudHoldsWhatTheIndexDoesNotKno
     EXPECT_EQ(verifier.endWithoutRequest(prepared), std::nullopt);
 
     EXPECT_EQ(around.index.sent(), (QList<index::SentInstance>{{kUid, 0}}));
-    EXPECT_EQ(verifier.confirm(prepared), failedFor(FailureClass::anotherVersionInCloud));
+    EXPECT_EQ(verifier.confirm(prepared, false), failedFor(FailureClass::anotherVersionInCloud));
 }
 
 TEST_F(InstanceVerifierTest, TakesTheWordOfACloudThatTakesNoQueriesForWhatTheIndexDoesNotKnow)
@@ -161,7 +198,7 @@ TEST_F(InstanceVerifierTest, TakesTheWordOfACloudThatTakesNoQueriesForWhatTheInd
     around.cloud.takeNoQueries();
 
     EXPECT_EQ(verifier.endWithoutRequest(prepared), std::nullopt);
-    EXPECT_EQ(verifier.confirm(prepared), StoreUpload::kUploaded);
+    EXPECT_EQ(verifier.confirm(prepared, false), StoreUpload::kUploaded);
 }
 
 TEST_F(InstanceVerifierTest, SendsNothingWhereItsDoubtCannotBeNoted)

@@ -130,6 +130,7 @@ struct PreparedCandidate
     Details details;
     platform::InstanceIdentity identity;
     std::int64_t version = 0; ///< of the instance, see platform::SendableFile
+    bool mayBeThere = false;  ///< this version alone was sent before, and for all that is known it arrived
 };
 
 /// The stored file isn't there.

@@ -129,14 +129,16 @@ AttemptEnd UploadAttempt::sendFile(const PreparedCandidate &prepared) const
                                         .details = prepared.details};
     const SpeedSampler speed(m_with);
     m_with.emitter.emit(started(record));
+    QSet<QString> alreadyStored;
     try {
-        m_with.cloud.upload(stowFile(prepared), m_run.deviceId, speed.callback());
+        alreadyStored = platform::alreadyStoredIn(
+            m_with.cloud.upload(stowFile(prepared), m_run.deviceId, speed.callback()));
     } catch (const std::exception &error) {
         tellFailure(record, error);
         return failedEnd(error, prepared);
     }
     speed.tellWhole(size.value_or(0));
-    const AttemptEnd end = confirm(prepared, record);
+    const AttemptEnd end = confirm(prepared, alreadyStored, record);
     if (end.result == AttemptResult::success) {
         m_with.emitter.emit(succeeded(record));
     }
@@ -144,9 +146,11 @@ AttemptEnd UploadAttempt::sendFile(const PreparedCandidate &prepared) const
 }
 
 /// What the cloud's word is worth; where it isn't enough, the log tells why.
-AttemptEnd UploadAttempt::confirm(const PreparedCandidate &prepared, const log::StoreLogRecord &record) const
+AttemptEnd UploadAttempt::confirm(const PreparedCandidate &prepared,
+                                  const QSet<QString> &alreadyStored,
+                                  const log::StoreLogRecord &record) const
 {
-    const AttemptEnd end = m_verifier.confirm(prepared);
+    const AttemptEnd end = m_verifier.confirm(prepared, alreadyStored.contains(prepared.identity.instance));
     if (end.result != AttemptResult::success) {
         log::StoreLogRecord unproven =
             as(record, log::GatewayLogAction::uploadAttemptFailed, log::GatewayLogOutcome::failed);
@@ -178,21 +182,24 @@ QList<CandidateOutcome> UploadAttempt::sendBatch(const QList<PreparedCandidate> 
     const SpeedSampler speed(m_with);
     m_with.emitter.emit(started(record));
     QList<AttemptEnd> ends;
+    QSet<QString> alreadyStored;
     try {
-        m_with.cloud.upload(files, m_run.deviceId, speed.callback());
+        alreadyStored =
+            platform::alreadyStoredIn(m_with.cloud.upload(files, m_run.deviceId, speed.callback()));
         m_with.emitter.emit(succeeded(record));
         speed.tellWhole(total);
         ends.fill(StoreUpload::kUploaded, prepared.size());
     } catch (const platform::QrnStowResponse &refusal) {
         tellFailure(record, refusal);
         ends = endsAfter(refusal, prepared);
+        alreadyStored = refusal.alreadyStored;
     } catch (const std::exception &error) {
         tellFailure(record, error);
         ends = allFailed(error, prepared);
     }
     for (qsizetype index = 0; index < ends.size(); ++index) {
         if (ends[index].result == AttemptResult::success) {
-            ends[index] = confirm(prepared[index], record);
+            ends[index] = confirm(prepared[index], alreadyStored, record);
         }
     }
     QList<CandidateOutcome> outcomes;

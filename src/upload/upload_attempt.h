@@ -41,6 +41,7 @@ public:
 private:
     void tellFailure(log::StoreLogRecord record, const std::exception &error) const;
     StoreUpload::AttemptEnd confirm(const StoreUpload::PreparedCandidate &prepared,
+                                    const QSet<QString> &alreadyStored,
                                     const log::StoreLogRecord &record) const;
 
     const UploadCollaborators &m_with;

@@ -42,6 +42,36 @@ TEST_P(UploadRunInEachModeTest, SendsEveryFileOnceAndMarksItSynced)
     EXPECT_EQ(around.leftovers(), 0);
 }
 
+TEST_P(UploadRunInEachModeTest, TakesNothingForSentThatTheCloudHadBeforeItWasSentFromHere)
+{
+    const QStringList paths = storeMany(3);
+    for (const auto *uid : {"1.0", "1.1"}) {
+        around.cloud.claimToHave(QString::fromLatin1(uid));
+    }
+    around.index.doubt(QStringLiteral("1.1"), index::SentBefore::thisVersion);
+
+    run();
+
+    EXPECT_EQ(around.index.state(paths[0]), RowState::failed);
+    EXPECT_EQ(around.index.failures().value(paths[0]).failureClass, core::FailureClass::notComparable);
+    EXPECT_EQ(around.index.state(paths[1]), RowState::synced) << "it was sent from here";
+    EXPECT_EQ(around.index.state(paths[2]), RowState::synced);
+}
+
+TEST_P(UploadRunInEachModeTest, TakesNothingForSentBeforeThatFailedThen)
+{
+    const QStringList paths = storeMany(1);
+    around.cloud.answerWith(503);
+    run();
+    around.cloud.answerWith(0);
+    around.cloud.claimToHave(QStringLiteral("1.0"));
+    around.index.doubt(QStringLiteral("1.0"), index::SentBefore::thisVersion);
+
+    run();
+
+    EXPECT_EQ(around.index.failures().value(paths[0]).failureClass, core::FailureClass::notComparable);
+}
+
 TEST_P(UploadRunInEachModeTest, NeverPutsTwoFilesOfOneInstanceIntoOneRequest)
 {
     around.store(QStringLiteral("1.7"));

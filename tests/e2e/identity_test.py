@@ -4,7 +4,7 @@ import json
 import subprocess
 import unittest
 
-from harness import TITLE, EndToEndTest, await_true
+from harness import TITLE, EndToEndTest, await_true, request
 from odd_objects import DELIMITER, EXPLICIT, IMPLICIT, JPEG_LS, RLE, Sender, dataset, dataset_of, element, item, part10, with_fragments
 
 STUDY, SERIES = "1.2.9", "1.2.9.1"
@@ -313,6 +313,72 @@ class CorrectedImage(WithoutCompression):
 
         # Then
         self.assertEqual(self.cloud.requests("GET", "/dicom-web"), 0)
+
+
+class ForeignVersion(WithoutCompression):
+    """An image of which the cloud holds a version that another sent."""
+
+    THEIRS, OURS = dataset("1.2.7.1", shade=1), dataset("1.2.7.1", shade=2)
+
+    def store_theirs(self, policy):
+        body = (b"--part\r\nContent-Type: application/dicom\r\n\r\n" + part10(self.THEIRS, "1.2.7.1")
+                + b"\r\n--part--\r\n")
+        request(f"{self.cloud.address}/dicom-web/studies", body,
+                {"Authorization": f"Bearer {self.cloud.token()}", "Accept": "application/dicom+json",
+                 "Content-Type": 'multipart/related; type="application/dicom"; boundary=part'})
+        self.assertEqual(self.fetched("1.2.7.1"), self.THEIRS)
+        self.cloud.steer("second-versions", policy=policy)
+
+    def send(self, body):
+        sender = Sender(self.gateway.port, TITLE)
+        sender.store(body, "1.2.7.1")
+        sender.release()
+
+    def await_failure(self, word):
+        status = self.gateway.await_status(f"a failure called {word}", lambda s: word in json.dumps(s["failures"]))
+        self.assertEqual((status["counters"]["failed"], status["counters"]["synced"]), (1, 0))
+
+    def stored(self):
+        return [dataset_of(file.read_bytes()) for file in (self.gateway.home / "Documents").rglob("*.dcm")]
+
+    def test_it_is_kept_where_the_cloud_says_that_it_has_one(self):
+        self.store_theirs("refuse")
+        self.send(self.OURS)
+
+        self.await_failure("anotherVersionInCloud")
+        self.assertEqual(self.stored(), [self.OURS])
+        # And it is kept when it is tried again
+        posts = self.cloud.requests("POST", "/dicom-web/studies")
+        self.gateway.command("upload")
+        await_true("another try", lambda: self.cloud.requests("POST", "/dicom-web/studies") > posts)
+        self.await_failure("anotherVersionInCloud")
+
+    def test_it_is_kept_where_an_earlier_try_never_arrived(self):
+        # Given
+        self.store_theirs("refuse")
+        self.cloud.steer("faults", path="/dicom-web/studies", method="POST", count=1, status=500)
+
+        # When
+        self.send(self.OURS)
+        self.await_failure("serviceFault")
+        self.gateway.command("upload")
+
+        # Then
+        self.await_failure("anotherVersionInCloud")
+
+    def test_it_is_kept_where_it_cannot_be_compared(self):
+        self.store_theirs("refuse")
+        self.cloud.steer("faults", path=f"/dicom-web/studies/{STUDY}/series/{SERIES}/instances/", method="GET",
+                         count=None, status=404)
+        self.send(self.OURS)
+
+        self.await_failure("notComparable")
+
+    def test_the_same_version_is_proven_by_a_look(self):
+        self.store_theirs("refuse")
+        self.send(self.THEIRS)
+
+        self.await_all(1)
 
 
 if __name__ == "__main__":

@@ -4,6 +4,7 @@
 #include "platform/quorin_api/http_message.h"
 
 #include <QtCore/QList>
+#include <QtCore/QSet>
 #include <QtCore/QString>
 #include <QtCore/QUrl>
 #include <QtCore/QVariantMap>
@@ -37,7 +38,8 @@ public:
     ///
     /// \param files  no two with the same instance UID: an answer could not tell them apart.
     /// \param progress  bytes of the request; called on this thread, never blocks. May be empty.
-    /// \return the proven instances as a DICOM JSON dataset with ReferencedSOPSequence.
+    /// \return the proven instances as a DICOM JSON dataset with ReferencedSOPSequence, whose items carry a
+    ///         WarningReason where the server says that it had the instance before; see alreadyStoredIn.
     /// \throws QrnStowResponse   when some instances are not proven: ask its `names` for each file. Files
     ///                           that it doesn't name are proven.
     /// \throws QrnErrorResponse  the service refused all with words of its own.
@@ -65,6 +67,10 @@ public:
     /// Whether a query finds any instance of this one's series, both of which must be named; throws the same.
     virtual bool isSeriesFound(const InstanceIdentity &identity) = 0;
 };
+
+/// The instances of what `upload` returned that the server says it had before, in whatever version, by their
+/// bare UIDs.
+QSet<QString> alreadyStoredIn(const QVariantMap &proven);
 
 /// The uploads of the configured service, streamed from disk: memory doesn't grow with the files.
 class QrnStowAPI final : public QrnStowAPIProtocol

@@ -176,6 +176,38 @@ TEST(StowUpload, TakesAnInstanceThatIsThereAlreadyForSent)
     }
 }
 
+TEST(StowUpload, TellsWhatWasThereAlreadyFromWhatIsNew)
+{
+    const QByteArray warned =
+        "{\"00081199\":" + entries({"1.2.3"}, ",\"00081196\":{\"Value\":[45070]}") + "}";
+    for (const auto &[answer, wasThere] : {std::pair(dataset({}, {"1.2.3"}, 45070), true),
+                                           std::pair(warned, true),
+                                           std::pair(dataset({"1.2.3"}), false)}) {
+        ScriptedService service(answeringDataset(200, answer));
+        SampleFiles files;
+        QrnStowAPI api(service.client);
+
+        const QVariantMap proven = api.upload(identified(files.dicom("1.2.3")), kDevice, {});
+
+        EXPECT_EQ(alreadyStoredIn(proven).contains(QStringLiteral("1.2.3")), wasThere)
+            << answer.toStdString();
+    }
+}
+
+TEST(StowUpload, TellsWhatWasThereAlreadyBesideWhatIsRefused)
+{
+    const QByteArray mixed =
+        "{\"00081198\":{\"vr\":\"SQ\",\"Value\":[{\"00081155\":{\"Value\":[\"1.2.3\"]},\"00081197\":{"
+        "\"Value\":[45070]}},{\"00081155\":{\"Value\":[\"1.2.4\"]},\"00081197\":{\"Value\":[272]}}]}}";
+    ScriptedService service(answeringDataset(409, mixed));
+    SampleFiles files;
+
+    const auto refusal = refusalOf(service.client, {files.dicom("1.2.3"), files.dicom("1.2.4")});
+
+    ASSERT_TRUE(refusal);
+    EXPECT_EQ(refusal->alreadyStored, (QSet<QString>{QStringLiteral("1.2.3")}));
+}
+
 TEST(StowUpload, RefusesAnInstanceThatIsNamedBothWays)
 {
     ScriptedService service(answeringDataset(202, dataset({"1.2.3"}, {"1.2.3"})));

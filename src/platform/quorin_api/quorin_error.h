@@ -3,6 +3,7 @@
 #include <QtCore/QByteArray>
 #include <QtCore/QHash>
 #include <QtCore/QList>
+#include <QtCore/QSet>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 #include <QtCore/QUrl>
@@ -122,6 +123,9 @@ public:
 
     /// The failure reason of each instance for which the server gave one, by its bare SOP instance UID.
     QHash<QString, int> reasons;
+
+    /// Those of the others that the server says it had before, in whatever version, by their bare UIDs.
+    QSet<QString> alreadyStored;
 
     /// What ended those requests of the upload that weren't answered instance by instance; null when all
     /// were.

@@ -18,6 +18,7 @@ constexpr std::string_view kReferenced = "00081199";
 constexpr std::string_view kFailed = "00081198";
 constexpr std::string_view kInstance = "00081155";
 constexpr std::string_view kReason = "00081197";
+constexpr std::string_view kWarning = "00081196";
 constexpr std::string_view kRetrieveUrl = "00081190";
 
 /// One item of either sequence, before it is known which.
@@ -25,6 +26,7 @@ struct Item
 {
     QString instance;
     std::optional<int> reason;
+    std::optional<int> warning;
     QString retrieveUrl;
 };
 
@@ -41,7 +43,7 @@ void add(StowAnswer &answer, bool isRefusal, const Item &item)
     if (isRefusal) {
         answer.refused.append({item.instance, item.reason});
     } else if (!item.instance.isEmpty()) {
-        answer.referenced.append({item.instance, item.retrieveUrl});
+        answer.referenced.append({item.instance, item.retrieveUrl, item.warning});
     }
 }
 
@@ -56,6 +58,13 @@ simdjson::simdjson_result<simdjson::dom::element> firstValue(const simdjson::dom
     return attribute["Value"].at(0);
 }
 
+std::optional<int> number(const QString &text)
+{
+    bool isNumber = false;
+    const int parsed = text.trimmed().toInt(&isNumber);
+    return isNumber ? std::optional(parsed) : std::nullopt;
+}
+
 std::optional<int> number(const simdjson::dom::element &element)
 {
     std::int64_t value = 0;
@@ -64,9 +73,7 @@ std::optional<int> number(const simdjson::dom::element &element)
     }
     std::string_view text;
     if (element.get(text) == simdjson::SUCCESS) {
-        bool isNumber = false;
-        const int parsed = toText(text).trimmed().toInt(&isNumber);
-        return isNumber ? std::optional(parsed) : std::nullopt;
+        return number(toText(text));
     }
     return std::nullopt;
 }
@@ -84,6 +91,8 @@ Item itemOf(const simdjson::dom::object &object)
             item.instance = uid(toText(text));
         } else if (field.key == kReason) {
             item.reason = number(value);
+        } else if (field.key == kWarning) {
+            item.warning = number(value);
         } else if (field.key == kRetrieveUrl && value.get(text) == simdjson::SUCCESS) {
             item.retrieveUrl = uid(toText(text));
         }
@@ -225,9 +234,9 @@ private:
         } else if (m_attribute == QLatin1String("00081190")) {
             m_item->retrieveUrl = uid(value);
         } else if (m_attribute == QLatin1String("00081197")) {
-            bool isNumber = false;
-            const int reason = value.trimmed().toInt(&isNumber);
-            m_item->reason = isNumber ? std::optional(reason) : std::nullopt;
+            m_item->reason = number(value);
+        } else if (m_attribute == QLatin1String("00081196")) {
+            m_item->warning = number(value);
         }
         m_attribute.clear();
     }

@@ -10,15 +10,21 @@
 
 namespace gateway::platform {
 
+/// True for duplicate SOP instance (0111H, PS3.7 C.5.6) and for 45070, by which archives say the same of a
+/// store over the web. Neither tells whether it is the same version.
+inline bool saysAlreadyStored(std::optional<int> reason)
+{
+    return reason == 0x0111 || reason == 45070;
+}
+
 /// One entry of FailedSOPSequence (0008,1198).
 struct StowRefusal
 {
     QString sopInstanceUid;    ///< empty when the entry names none
     std::optional<int> reason; ///< FailureReason (0008,1197)
 
-    /// True when the reason says that the very same instance is there already: duplicate SOP instance
-    /// (0111H, PS3.7 C.5.6) or 45070, by which archives say the same of a store over the web.
-    bool isAlreadyStored() const { return reason == 0x0111 || reason == 45070; }
+    /// True when the reason says that an instance of this UID is there already.
+    bool isAlreadyStored() const { return saysAlreadyStored(reason); }
 
     bool operator==(const StowRefusal &) const = default;
 };
@@ -26,11 +32,15 @@ struct StowRefusal
 /// One entry of ReferencedSOPSequence (0008,1199): an instance that is stored.
 struct StowReference
 {
-    QString sopInstanceUid; ///< never empty
-    QString retrieveUrl;    ///< RetrieveURL (0008,1190); may be empty
+    QString sopInstanceUid;          ///< never empty
+    QString retrieveUrl;             ///< RetrieveURL (0008,1190); may be empty
+    std::optional<int> warning = {}; ///< WarningReason (0008,1196)
 
     /// True when this is the instance, and the address, as far as it says where, is in its study and series.
     bool names(const InstanceIdentity &identity) const;
+
+    /// True when the warning says that an instance of this UID was there already.
+    bool isAlreadyStored() const { return saysAlreadyStored(warning); }
 
     bool operator==(const StowReference &) const = default;
 };

@@ -74,14 +74,18 @@ TEST(StowAnswer, ReadsStoredAndFailedInstancesFromXml)
         </Item></DicomAttribute>
         <DicomAttribute tag="00081199" vr="SQ"><Item number="1">
             <DicomAttribute tag="00081155" vr="UI"><Value number="1">1.2.4</Value></DicomAttribute>
+            <DicomAttribute tag="00081196" vr="US"><Value number="1">45070</Value></DicomAttribute>
         </Item><Item number="2">
             <DicomAttribute tag="00081155" vr="UI"><Value number="1"> 1.2.5 </Value></DicomAttribute>
+            <DicomAttribute tag="00081196" vr="US"><Value number="1">45056</Value></DicomAttribute>
         </Item></DicomAttribute>)"));
 
     ASSERT_TRUE(answer);
     EXPECT_EQ(instances(*answer), (QSet<QString>{QStringLiteral("1.2.4"), QStringLiteral("1.2.5")}));
     EXPECT_EQ(answer->refused, (QList<StowRefusal>{{QStringLiteral("1.2.3"), 45070}}));
     EXPECT_TRUE(answer->refused.first().isAlreadyStored());
+    EXPECT_TRUE(answer->referenced.first().isAlreadyStored());
+    EXPECT_FALSE(answer->referenced.last().isAlreadyStored());
 }
 
 TEST(StowAnswer, CountsOnlyTwoReasonsAsStoredAlready)

@@ -14,6 +14,13 @@ namespace {
 
 const auto kReferencedSequence = QStringLiteral("00081199");
 const auto kReferencedInstance = QStringLiteral("00081155");
+const auto kWarningReason = QStringLiteral("00081196");
+constexpr int kAlreadyStored = 45070;
+
+QVariant firstValue(const QVariant &attribute)
+{
+    return attribute.toMap().value(QStringLiteral("Value")).toList().value(0);
+}
 
 /// Statuses under which a server settles instances one by one: good ones, and those of PS3.18 10.5.3 by
 /// which it says that it took not one of them.
@@ -158,9 +165,12 @@ void StowBatch::apply(const Files &files, const StowAnswer &answer)
     QSet<QString> ours;
     for (File *file : files) {
         ours.insert(file->identity.instance);
-        file->isProven = std::ranges::any_of(answer.referenced, [file](const StowReference &reference) {
-            return reference.names(file->identity);
-        });
+        for (const StowReference &reference : answer.referenced) {
+            if (reference.names(file->identity)) {
+                file->isProven = true;
+                file->wasThere = file->wasThere || reference.isAlreadyStored();
+            }
+        }
     }
     // Last, so that an instance named both ways counts as refused.
     for (const StowRefusal &refusal : answer.refused) {
@@ -173,6 +183,7 @@ void StowBatch::apply(const Files &files, const StowAnswer &answer)
             }
             if (refusal.isAlreadyStored()) {
                 file->isProven = file->isProven || !file->reason;
+                file->wasThere = true;
             } else {
                 file->isProven = false;
                 file->reason = refusal.reason;
@@ -249,17 +260,47 @@ QVariantMap StowBatch::outcome() const
                       0,
                       NoAnswer::unusableFile);
     }
-    throw QrnStowResponse(failures, reason, reasons, m_error);
+    QrnStowResponse refusal(failures, reason, reasons, m_error);
+    refusal.alreadyStored = alreadyStored();
+    throw refusal;
+}
+
+QSet<QString> StowBatch::alreadyStored() const
+{
+    QSet<QString> instances;
+    for (const File &file : m_files) {
+        if (file.isProven && file.wasThere) {
+            instances.insert(file.identity.instance);
+        }
+    }
+    return instances;
 }
 
 QVariantMap StowBatch::provenInstances() const
 {
     QVariantList items;
     for (const File &file : m_files) {
-        items.append(
-            QVariantMap{{kReferencedInstance, attribute(QStringLiteral("UI"), {file.identity.instance})}});
+        QVariantMap item{{kReferencedInstance, attribute(QStringLiteral("UI"), {file.identity.instance})}};
+        if (file.wasThere) {
+            item.insert(kWarningReason, attribute(QStringLiteral("US"), {kAlreadyStored}));
+        }
+        items.append(item);
     }
     return {{kReferencedSequence, attribute(QStringLiteral("SQ"), items)}};
+}
+
+QSet<QString> alreadyStoredIn(const QVariantMap &proven)
+{
+    QSet<QString> instances;
+    const QVariantList items =
+        proven.value(kReferencedSequence).toMap().value(QStringLiteral("Value")).toList();
+    for (const QVariant &entry : items) {
+        const QVariantMap item = entry.toMap();
+        if (item.contains(kWarningReason)) {
+            instances.insert(firstValue(item.value(kReferencedInstance)).toString());
+        }
+    }
+    return instances;
 }
 
 } // namespace gateway::platform

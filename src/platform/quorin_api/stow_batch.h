@@ -6,6 +6,7 @@
 #include "platform/quorin_api/stow_answer.h"
 
 #include <QtCore/QList>
+#include <QtCore/QSet>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 #include <QtCore/QVariantMap>
@@ -39,6 +40,7 @@ private:
         BodyPart part;
         bool isReadable = false;
         bool isProven = false;
+        bool wasThere = false;     // the server says that it had an instance of this UID before
         std::optional<int> reason; // the server's, when it refused
     };
     using Files = QList<File *>;
@@ -58,6 +60,7 @@ private:
     void report(const UploadProgress &progress);
     void keepFirst(const std::exception_ptr &error);
     QVariantMap outcome() const;
+    QSet<QString> alreadyStored() const;
     QVariantMap provenInstances() const;
 
     QuorinApiClient &m_client;

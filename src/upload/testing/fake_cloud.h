@@ -43,6 +43,13 @@ public:
         m_refused.remove(sopInstanceUid);
     }
 
+    /// Says of this instance that it had it already.
+    void claimToHave(const QString &sopInstanceUid)
+    {
+        const platform::MutexLock lock(m_mutex);
+        m_hadBefore.insert(sopInstanceUid);
+    }
+
     /// Fails every request with this HTTP status; 0 ends that.
     void answerWith(int status)
     {
@@ -105,8 +112,7 @@ public:
         if (action) {
             action(request, progress);
         }
-        keep(files);
-        return {};
+        return keep(files);
     }
 
     QVariantMap upload(const platform::StowFile &file,
@@ -203,29 +209,45 @@ private:
         }
     }
 
+    static QVariantMap attribute(const QVariant &value)
+    {
+        return {{QStringLiteral("Value"), QVariantList{value}}};
+    }
+
     static QString uidOf(const QUrl &file) { return file.fileName().section(u'-', -1); }
 
-    void keep(const QList<QUrl> &files)
+    QVariantMap keep(const QList<QUrl> &files)
     {
         const platform::MutexLock lock(m_mutex);
         if (m_status != 0) {
             throw platform::AFError(QStringLiteral("status %1").arg(m_status), m_status);
         }
         QList<QStringList> failures;
+        QSet<QString> alreadyStored;
+        QVariantList items;
         for (const QUrl &file : files) {
             if (m_refused.contains(uidOf(file)) || !QFileInfo::exists(file.toLocalFile())) {
                 failures.append({uidOf(file), file.toLocalFile()});
             } else {
                 m_stored.insert(uidOf(file));
+                if (m_hadBefore.contains(uidOf(file))) {
+                    alreadyStored.insert(uidOf(file));
+                    items.append(QVariantMap{{QStringLiteral("00081155"), attribute(uidOf(file))},
+                                             {QStringLiteral("00081196"), attribute(45070)}});
+                }
             }
         }
         if (!failures.isEmpty()) {
-            throw platform::QrnStowResponse(failures, 0xA700);
+            platform::QrnStowResponse refusal(failures, 0xA700);
+            refusal.alreadyStored = alreadyStored;
+            throw refusal;
         }
+        return {{QStringLiteral("00081199"), QVariantMap{{QStringLiteral("Value"), items}}}};
     }
 
     mutable platform::Mutex m_mutex;
     QSet<QString> m_refused QUORIN_GUARDED_BY(m_mutex);
+    QSet<QString> m_hadBefore QUORIN_GUARDED_BY(m_mutex);
     QSet<QString> m_stored QUORIN_GUARDED_BY(m_mutex);
     QStringList m_retrieved QUORIN_GUARDED_BY(m_mutex);
     QMap<QString, int> m_attempts QUORIN_GUARDED_BY(m_mutex);
