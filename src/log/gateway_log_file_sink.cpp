@@ -6,7 +6,6 @@
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
-#include <QtCore/QStandardPaths>
 
 #include <cerrno>
 #include <fcntl.h>
@@ -53,15 +52,6 @@ void GatewayLogFileSink::write(const GatewayLogEvent &event)
     record += '\n';
     rotateIfNeeded(record.size());
     append(record);
-}
-
-QString GatewayLogFileSink::defaultLogDirectory()
-{
-    QString base = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
-    if (base.isEmpty()) {
-        base = QDir::tempPath();
-    }
-    return base + QStringLiteral("/QuorinGateway/Logs");
 }
 
 void GatewayLogFileSink::rotateIfNeeded(qsizetype incoming)

@@ -33,10 +33,6 @@ public:
     /// Appends one record with its line feed, wholly or not at all.
     void write(const GatewayLogEvent &event);
 
-    /// The user's place for log files: "QuorinGateway/Logs" in the folder of application data, or in the
-    /// temporary folder where the system names none.
-    static QString defaultLogDirectory();
-
 private:
     void rotateIfNeeded(qsizetype incoming);
     void beginNewFile();

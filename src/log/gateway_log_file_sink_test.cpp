@@ -239,9 +239,4 @@ TEST_F(GatewayLogFileSinkTest, LeavesNoHalfRecordOnAFullDisk)
     EXPECT_EQ(contents(files().at(0)), expected);
 }
 
-TEST(DefaultLogDirectory, EndsWithTheGatewaysFolder)
-{
-    EXPECT_TRUE(GatewayLogFileSink::defaultLogDirectory().endsWith(QStringLiteral("/QuorinGateway/Logs")));
-}
-
 } // namespace gateway::log

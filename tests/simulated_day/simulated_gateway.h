@@ -131,6 +131,7 @@ private:
 
     upload::GatewayAutoDeleteCleanupService m_cleanup{cleanupCollaborators()};
     CountedCleanup m_countedCleanup{m_cleanup, m_startedCleanups};
+    upload::NewSeries m_newSeries;
     upload::UploadCollaborators m_uploadWith{m_uploadIndex,
                                              cloud,
                                              m_converter,
@@ -140,7 +141,8 @@ private:
                                              m_countedCleanup,
                                              m_emitter,
                                              m_home.main,
-                                             m_home.clock};
+                                             m_home.clock,
+                                             m_newSeries};
     std::unique_ptr<upload::StoreUploadCoordinator> m_coordinator; // last: its run ends first
 };
 

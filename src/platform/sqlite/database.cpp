@@ -110,11 +110,6 @@ std::int64_t Database::integer(std::string_view sql)
     return statement.step() ? statement.integer(0) : 0;
 }
 
-std::int64_t Database::lastInsertedRow() const
-{
-    return sqlite3_last_insert_rowid(m_connection.get());
-}
-
 std::int64_t Database::changes() const
 {
     return sqlite3_changes64(m_connection.get());

@@ -52,9 +52,6 @@ public:
     /// The first column of the first row of `sql` as an integer; 0 when there is no row.
     std::int64_t integer(std::string_view sql);
 
-    /// The row identifier of the last insert on this connection.
-    std::int64_t lastInsertedRow() const;
-
     /// Rows that the last INSERT, UPDATE or DELETE changed, triggers not counted.
     std::int64_t changes() const;
 
