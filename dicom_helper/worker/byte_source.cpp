@@ -19,6 +19,10 @@ namespace {
 constexpr std::size_t kFileWindow = std::size_t{16} * 1024;
 
 constexpr std::size_t kInflatedWindow = std::size_t{128} * 1024;
+/// More bytes behind a stream's end than padding and a line's end are those of a file that was cut and filled
+/// up: a few zeros can end a stream anywhere.
+constexpr std::uint64_t kMostBehindStream = 7;
+
 constexpr std::size_t kPackedPiece = std::size_t{32} * 1024;
 constexpr std::uint64_t kGreatestDeflateRatio = 1032;
 
@@ -155,6 +159,9 @@ public:
         return verdict;
     }
 
+    /// How many bytes it was fed and left alone, its regular end being before them.
+    std::size_t unused() const { return m_zlib.avail_in; }
+
 private:
     z_stream m_zlib = {};
     std::vector<std::byte> m_piece;
@@ -192,7 +199,9 @@ bool InflatedBytes::inflateMore()
     const int verdict =
         m_stream->inflateInto(std::span(m_window).subspan(before), produced, m_packed, m_packedOffset);
     m_window.resize(before + produced);
-    m_endedWell = verdict == Z_STREAM_END;
+    const std::uint64_t fed = std::min(m_packedOffset, m_packed.size());
+    const std::uint64_t behind = m_stream->unused() + m_packed.size() - fed;
+    m_endedWell = verdict == Z_STREAM_END && behind <= kMostBehindStream;
     m_finished = verdict != Z_OK;
     return produced > 0 || !m_finished;
 }

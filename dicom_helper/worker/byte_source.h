@@ -103,7 +103,7 @@ public:
     /// Deflate packs at most 1032 to 1, so this is what the packed bytes can hold.
     std::uint64_t size() const override { return m_bound; }
 
-    /// True when the stream was read to its regular end.
+    /// True when the stream was read to its regular end, and the file ends there but for a few bytes.
     bool endedWell() const { return m_endedWell; }
 
 private:

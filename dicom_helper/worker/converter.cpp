@@ -90,6 +90,9 @@ void checkStructure(const std::string &path, const DatasetEncoding &encoding)
     case ScanEnd::malformed:
         throw Doubt("the object is malformed");
     }
+    if (scanner.hasOddRepresentation()) {
+        throw Doubt("the object is malformed");
+    }
     if (!scanner.isConsistent()) {
         throw Doubt("the lengths in the object contradict each other");
     }

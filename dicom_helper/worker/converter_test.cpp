@@ -528,6 +528,15 @@ TEST_F(ConverterTest, AnObjectWhoseTagsDoNotRiseIsNotConverted)
     EXPECT_FALSE(isConverted(converted(part10(kExplicitLittleEndian, again))));
 }
 
+TEST_F(ConverterTest, AnObjectWithAnOddRepresentationIsNotConverted)
+{
+    const std::string odd = DatasetWriter().raw(0x7FE11010U, vr('?', '?'), "abcd").all();
+
+    EXPECT_EQ(converted(part10(kExplicitLittleEndian, datasetOf({}) + odd)).text("message"),
+              "the object is malformed");
+    EXPECT_FALSE(hasOutput());
+}
+
 TEST_F(ConverterTest, ElementsBehindThePixelDataAndEqualTagsInTwoItemsAreCarried)
 {
     const std::string one = DatasetWriter().text(0x7FE11003U, "LO", "one").all();

@@ -132,7 +132,7 @@ std::optional<ElementScanner::Header> ElementScanner::readHeader()
     }
     header.vr = vr(static_cast<char>(bytes[4]), static_cast<char>(bytes[5]));
     if (!isLetters(header.vr)) {
-        return stop(ScanEnd::malformed);
+        return readOddHeader(std::span(bytes).first(got), header.vr);
     }
     // A value representation that is younger than this list has the long form (PS3.5 7.1.2).
     if (isLongForm(header.vr) || !isKnownVr(header.vr)) {
@@ -145,6 +145,49 @@ std::optional<ElementScanner::Header> ElementScanner::readHeader()
         header.length = words.number(6, 2);
     }
     return header;
+}
+
+/// Some writers put "??", "ox", blanks or zeros where the representation stands, mostly into private
+/// elements. Whether the length has two bytes or four is told by what stands behind the value.
+std::optional<ElementScanner::Header> ElementScanner::readOddHeader(std::span<const std::byte> bytes, Vr odd)
+{
+    const Words words(bytes, encoding().bigEndian);
+    Header header{words.tag(), vr('U', 'N'), words.number(6, 2), 8};
+    bool isRead = fits(header, odd);
+    if (!isRead && bytes.size() == 12) {
+        header.length = words.number(8, 4);
+        header.size = 12;
+        isRead = fits(header, odd);
+    }
+    if (!isRead) {
+        return stop(ScanEnd::malformed);
+    }
+    m_hasOddRepresentation = true;
+    return header;
+}
+
+/// True where an element with this header, whose representation is no legal one, is followed by a higher one
+/// of a known representation or of the same odd one, or ends what is around it.
+bool ElementScanner::fits(const Header &header, Vr odd)
+{
+    const std::uint64_t next = m_position + header.size + header.length;
+    const std::uint64_t end = m_levels.empty() ? kOpenEnd : m_levels.back().end;
+    if (group(header.tag) == 0 || next > end || next == end) {
+        return group(header.tag) != 0 && next == end;
+    }
+    std::array<std::byte, 8> bytes{};
+    const std::size_t got = m_source.read(next, bytes);
+    if (got == 0) {
+        const bool isPrivate = group(header.tag) % 2 == 1;
+        return isPrivate && m_levels.empty() && m_source.read(next - 1, std::span(bytes).first(1)) == 1;
+    }
+    const Words words(bytes, encoding().bigEndian);
+    if (got < bytes.size() || words.tag() <= header.tag) {
+        return false;
+    }
+    const Vr after = vr(static_cast<char>(bytes[4]), static_cast<char>(bytes[5]));
+    return words.tag() == kItemDelimiter ? end == kOpenEnd && !m_levels.empty()
+                                         : isKnownVr(after) || after == odd;
 }
 
 /// \return true when the header was one of the two delimiters, which close what they end.

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <vector>
 
 namespace gateway::dicom_helper::worker {
@@ -115,6 +116,9 @@ public:
     /// one elsewhere than its length says.
     bool isConsistent() const { return m_isConsistent; }
 
+    /// True once an element has had a representation that is none, and was read as UN all the same.
+    bool hasOddRepresentation() const { return m_hasOddRepresentation; }
+
     /// True when the last element stands somewhere inside the sequence `tag`.
     bool inside(Tag tag) const;
 
@@ -146,6 +150,8 @@ private:
     };
 
     std::optional<Header> readHeader();
+    std::optional<Header> readOddHeader(std::span<const std::byte> bytes, Vr odd);
+    bool fits(const Header &header, Vr odd);
     void leaveFinishedLevels();
     bool takeDelimiter(const Header &header);
     bool enterItem(const Header &header);
@@ -162,6 +168,7 @@ private:
     std::vector<Level> m_levels;
     unsigned m_depth = 0;
     bool m_isConsistent = true;
+    bool m_hasOddRepresentation = false;
     ScanEnd m_end = ScanEnd::running;
 };
 

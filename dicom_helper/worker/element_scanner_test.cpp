@@ -215,6 +215,33 @@ TEST(ElementScanner, WhatIsNoElementIsMalformed)
     EXPECT_EQ(walk(itemOutside.all()).end, ScanEnd::malformed);
 }
 
+TEST(ElementScanner, ReadsAnOddRepresentationWhereTheNextElementFits)
+{
+    constexpr Tag kPrivate = 0x00091010U;
+    constexpr Tag kOther = 0x00091011U;
+    constexpr Vr kOdd = vr('?', '?');
+    for (const bool bigEndian : {false, true}) {
+        const DatasetEncoding encoding{true, bigEndian};
+        const std::string rows = DatasetWriter(encoding).number(0x00280010U, 7).all();
+        const std::string odd = DatasetWriter(encoding).raw(kPrivate, kOdd, "abcd").all();
+        const std::string another = DatasetWriter(encoding).raw(kOther, kOdd, "").all();
+
+        EXPECT_EQ(walk(odd + rows, encoding).tags, (std::vector<Tag>{kPrivate, 0x00280010U}));
+        EXPECT_EQ(walk(odd + another + rows, encoding).tags,
+                  (std::vector<Tag>{kPrivate, kOther, 0x00280010U}));
+        EXPECT_EQ(walk(odd, encoding).end, ScanEnd::atEnd);
+        for (const bool undefined : {true, false}) {
+            DatasetWriter dataset(encoding);
+            dataset.items(kSequence, {odd, odd + another}, undefined).bytes(rows);
+            const Walk result = walk(dataset.all(), encoding);
+            EXPECT_EQ(result.tags, (std::vector<Tag>{kSequence, kPrivate, kPrivate, kOther, 0x00280010U}));
+            EXPECT_EQ(result.end, ScanEnd::atEnd);
+        }
+        EXPECT_EQ(walk(another + odd + rows, encoding).end, ScanEnd::malformed) << "no higher one follows";
+        EXPECT_EQ(walk(odd.substr(0, odd.size() - 1), encoding).end, ScanEnd::malformed);
+    }
+}
+
 TEST(ElementScanner, StrayDelimitersAreSteppedOver)
 {
     DatasetWriter dataset;

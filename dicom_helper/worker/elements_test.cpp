@@ -13,6 +13,8 @@ using gateway::platform::dicom_protocol::Record;
 
 namespace {
 
+using namespace std::string_literals;
+
 class Elements : public ::testing::Test
 {
 protected:
@@ -205,7 +207,7 @@ TEST_F(Elements, AWholeObjectIsNotDamaged)
     image.transferSyntax = kDeflatedExplicitLittleEndian;
     EXPECT_FALSE(isDamaged(fileOf(image)));
     EXPECT_FALSE(isDamaged(identified(DatasetWriter().fragments({"", "abcd", "efgh"}))));
-    EXPECT_FALSE(isDamaged(identified(DatasetWriter().text(kPatientId, "LO", "A report has no pixels"))));
+    EXPECT_FALSE(isDamaged(identified(DatasetWriter().text(0x0040A160U, "UT", "A report has no pixels"))));
 }
 
 TEST_F(Elements, AFewZerosBehindTheObjectAreNoDamage)
@@ -223,7 +225,7 @@ TEST_F(Elements, AnObjectCutInsideItsPixelDataIsDamaged)
 
 TEST_F(Elements, AnObjectCutInsideAnElementBeforeThePixelDataIsDamaged)
 {
-    const std::string whole = identified(DatasetWriter().text(kPatientName, "PN", "Somebody^With^A^Name"));
+    const std::string whole = identified(DatasetWriter().text(0x00400275U, "LO", "Somebody's request"));
 
     EXPECT_FALSE(isDamaged(whole));
     EXPECT_TRUE(isDamaged(whole.substr(0, whole.size() - 4)));
@@ -251,6 +253,24 @@ TEST_F(Elements, AnObjectWithASequenceThatNothingClosesIsDamaged)
         identified(DatasetWriter().sequence(kSharedFunctionalGroupsSequence, item, false));
     EXPECT_FALSE(isDamaged(measured));
     EXPECT_TRUE(isDamaged(measured.substr(0, measured.size() - 2)));
+}
+
+TEST_F(Elements, AnOddRepresentationHidesNothingBehindIt)
+{
+    const std::string whole = datasetOf({});
+    const std::size_t at = whole.find("PN") - 4;
+    for (const std::string &odd : {"??"s, "ox"s, "\0\0"s, "  "s}) {
+        const std::string four = "\x09\0\x10\x10"s + odd + "\x04\0abcd"s;
+        const std::string longForm = "\x09\0\x11\x10"s + odd + "\0\0\x04\0\0\0abcd"s;
+        for (const std::string &elements : {four, longForm, four + longForm}) {
+            const std::string bytes =
+                part10(kExplicitLittleEndian, whole.substr(0, at) + elements + whole.substr(at));
+
+            EXPECT_FALSE(isDamaged(bytes)) << odd;
+            EXPECT_EQ(parsed(bytes).text("patientName"), "sDoe^Jane") << odd;
+            EXPECT_EQ(parsed(bytes).text("width"), "i64") << odd;
+        }
+    }
 }
 
 TEST_F(Elements, PatientUidFallsBackFromIdToNameToStudy)

@@ -3,6 +3,7 @@
 #include "dicom_helper/worker/attributes.h"
 #include "dicom_helper/worker/fragments.h"
 #include "dicom_helper/worker/frame_count.h"
+#include "dicom_helper/worker/identity.h"
 
 #include <algorithm>
 #include <array>
@@ -16,6 +17,7 @@ constexpr std::uint16_t kDigitalSignatures = 0xFFFA;
 
 /// Whoever rounds the length of pixel data up does it to a block of his disk at most.
 constexpr std::uint64_t kLongestPadding = std::uint64_t{64} * 1024;
+constexpr std::uint64_t kSmallestBlock = 512;
 
 /// The tags of an item and of a sequence's delimiter, as their four bytes read as one number.
 constexpr std::uint32_t kItemBytes = 0xE000FFFEU;
@@ -25,8 +27,22 @@ constexpr std::uint32_t kDelimiterBytes = 0xE0DDFFFEU;
 bool isFilling(std::string_view tail)
 {
     const bool isOneByte = std::ranges::all_of(tail, [&](char c) { return c == tail.front(); });
-    return tail.find_first_not_of("\r\n\x1A") == std::string_view::npos ||
-           (isOneByte && (tail.front() == ' ' || tail.front() == '\xFF'));
+    const bool isUsual = tail.starts_with(' ') || tail.starts_with('\xFF') || tail.starts_with('\0');
+    return tail.find_first_not_of("\r\n\x1A") == std::string_view::npos || (isUsual && isOneByte);
+}
+
+/// True where the file from `begin` on, behind its pixel data, holds what fills its last block up. What fills
+/// a file up to the length it had before it was cut seldom ends with a block, and may be longer.
+bool fillsLastBlock(ByteSource &file, std::uint64_t begin)
+{
+    const std::uint64_t size = file.size();
+    const std::uint64_t length = size - std::min(size, begin);
+    std::uint64_t block = kSmallestBlock;
+    while (block <= length) {
+        block *= 2;
+    }
+    return block <= kLongestPadding && size % block == 0 &&
+           isFilling(file.text(begin, static_cast<std::size_t>(length)));
 }
 
 /// True where these bytes may be the beginning of an element that is worth something behind pixel data.
@@ -136,7 +152,16 @@ private:
         if (m_codeStreams > 0) {
             return m_codeStreams == m_frames && endsCodeStream(m_bytes, m_last);
         }
-        return m_tableSize > 0 ? m_lastFrameBegins == m_count - 1 : m_count == m_frames;
+        return (m_tableSize > 0 ? m_lastFrameBegins == m_count - 1 : m_count == m_frames) && !endIsFilling();
+    }
+
+    /// A fragment that was cut may have been filled up.
+    bool endIsFilling() const
+    {
+        const std::string last = m_last.length < kShortestElement
+                                     ? std::string()
+                                     : m_bytes.text(m_last.end() - kShortestElement, kShortestElement);
+        return !last.empty() && isFilling(last);
     }
 
     const ObjectHeader &m_header;
@@ -183,43 +208,57 @@ ObjectEnd endOfNative(const ObjectHeader &header, DicomSource &source)
                             : tooEarly(source);
 }
 
+/// Kinds of objects whose last attributes stand before those of an image's pixels (PS3.3 A), as the
+/// beginnings of their class UIDs: stereometric relationships, measurements of eyes, visual fields, protocols
+/// and inventories.
+constexpr std::array<std::string_view, 5> kShortByNature{"1.2.840.10008.5.1.4.1.1.77.1.5.3",
+                                                         "1.2.840.10008.5.1.4.1.1.78.",
+                                                         "1.2.840.10008.5.1.4.1.1.80.1",
+                                                         "1.2.840.10008.5.1.4.1.1.200.",
+                                                         "1.2.840.10008.5.1.4.1.1.201."};
+
+/// True for what is or may be an image whose pixels should be there and aren't (PS3.3 C.7.6.3.1): it says how
+/// large they are, or ends before it could have.
+bool mayLackPixels(const ObjectHeader &header)
+{
+    if (!header.raw(kPixelDataProviderUrl).empty()) {
+        return false;
+    }
+    const std::string sopClass = identityOf(header).sopClass;
+    const bool isShort = std::ranges::any_of(
+        kShortByNature, [&](std::string_view kind) { return sopClass.starts_with(kind); });
+    const bool saysSize =
+        !header.raw(kRows).empty() && !header.raw(kColumns).empty() && !header.raw(kBitsAllocated).empty();
+    return saysSize || (header.last <= kBitsAllocated && !isShort);
+}
+
+/// True where the elements up to the end, or to the pixel data, may be those of a whole object. Where the
+/// pixels are there, nothing in front of them was cut off, in whatever order it stands.
+bool mayBeWhole(const ObjectHeader &header)
+{
+    return !header.hasZeros && (header.pixelData || (header.isAscending && !mayLackPixels(header)));
+}
+
 /// Deflated datasets go up as they are, so that only how they end counts.
 ObjectEnd endOfDeflated(ScanEnd end, std::uint64_t offset, DicomSource &source)
 {
     ObjectEnd found{false, source.dataset().size(), {}};
-    if (!source.isOutOfSight(offset) && end != ScanEnd::malformed && end != ScanEnd::tooDeep) {
+    if (!source.isOutOfSight(offset)) {
         std::array<std::byte, 1> last{};
         const bool isThere = offset > 0 && source.dataset().read(offset - 1, last) == last.size();
-        found.isTooEarly = end == ScanEnd::truncated || !isThere || !source.unpackedWhole();
+        const bool hasEnd = end == ScanEnd::atEnd || end == ScanEnd::oddTail;
+        found.isTooEarly = !hasEnd || !isThere || !source.unpackedWhole();
     }
     return found;
 }
 
-/// True for an image whose pixels should be there and aren't (PS3.3 C.7.6.3.1): cut just before them.
-bool lacksPixels(const ObjectHeader &header)
-{
-    return !header.raw(kRows).empty() && !header.raw(kColumns).empty() &&
-           !header.raw(kBitsAllocated).empty() && header.raw(kPixelDataProviderUrl).empty();
-}
-
 ObjectEnd endWithoutPixels(const ObjectHeader &header, DicomSource &source)
 {
-    switch (header.end) {
-    case ScanEnd::atEnd:
-        return lacksPixels(header) ? tooEarly(source) : ObjectEnd{false, header.endOffset, {}};
-    case ScanEnd::oddTail:
-        // It may be the beginning of the next element, with which all others that follow are gone.
-        return !lacksPixels(header) && isFilling(source.dataset().text(header.endOffset, kShortestElement))
-                   ? ObjectEnd{false, header.endOffset, {}}
-                   : tooEarly(source);
-    case ScanEnd::truncated:
-        return tooEarly(source);
-    case ScanEnd::running:
-    case ScanEnd::malformed:
-    case ScanEnd::tooDeep:
-        break;
-    }
-    return {false, source.dataset().size(), {}};
+    // An odd tail may be the beginning of the next element, with which all others that follow are gone.
+    const bool hasEnd = header.end == ScanEnd::atEnd ||
+                        (header.end == ScanEnd::oddTail &&
+                         isFilling(source.dataset().text(header.endOffset, kShortestElement)));
+    return hasEnd ? ObjectEnd{false, header.endOffset, {}} : tooEarly(source);
 }
 
 /// The end of a file that stops inside something, the last element of the dataset itself being `last`.
@@ -239,14 +278,15 @@ endInside(const Element &last, const ElementScanner &scanner, const ObjectHeader
     return isPadding ? ObjectEnd{false, last.offset, {}} : tooEarly(source);
 }
 
-} // namespace
-
-ObjectEnd endOf(const ObjectHeader &header, DicomSource &source)
+/// The end of a file with something behind its pixel data that is no element.
+ObjectEnd endBefore(std::uint64_t tail, const ElementScanner &scanner, DicomSource &source)
 {
-    if (!header.pixelData) {
-        return header.layout.deflated ? endOfDeflated(header.end, header.endOffset, source)
-                                      : endWithoutPixels(header, source);
-    }
+    const bool isFilled = !scanner.isInsideSequence() && fillsLastBlock(source.dataset(), tail);
+    return isFilled ? ObjectEnd{false, source.dataset().size(), {}} : tooEarly(source);
+}
+
+ObjectEnd endBehindPixels(const ObjectHeader &header, DicomSource &source)
+{
     ElementScanner scanner(source.dataset(),
                            header.pixelData->offset,
                            header.encoding,
@@ -254,6 +294,9 @@ ObjectEnd endOf(const ObjectHeader &header, DicomSource &source)
     Element last = *header.pixelData;
     while (const auto element = scanner.next()) {
         last = element->depth == 0 ? *element : last;
+        if (group(last.tag) == 0) {
+            return header.layout.deflated ? tooEarly(source) : endBefore(last.offset, scanner, source);
+        }
     }
     if (header.layout.deflated) {
         return endOfDeflated(scanner.end(), scanner.position(), source);
@@ -261,12 +304,26 @@ ObjectEnd endOf(const ObjectHeader &header, DicomSource &source)
     if (scanner.end() == ScanEnd::truncated) {
         return endInside(last, scanner, header, source);
     }
+    if (scanner.end() == ScanEnd::malformed || scanner.end() == ScanEnd::tooDeep) {
+        return endBefore(scanner.position(), scanner, source);
+    }
     const std::string tail = source.dataset().text(scanner.position(), kShortestElement);
-    if (scanner.end() == ScanEnd::oddTail && mayBegin(tail, header.encoding.bigEndian)) {
+    const bool isCut = scanner.end() == ScanEnd::oddTail && mayBegin(tail, header.encoding.bigEndian);
+    return isCut ? tooEarly(source) : ObjectEnd{false, scanner.position(), {}};
+}
+
+} // namespace
+
+ObjectEnd endOf(const ObjectHeader &header, DicomSource &source)
+{
+    if (!source.isOutOfSight(header.endOffset) && !mayBeWhole(header)) {
         return tooEarly(source);
     }
-    const bool hasEnd = scanner.end() == ScanEnd::atEnd || scanner.end() == ScanEnd::oddTail;
-    return {false, hasEnd ? scanner.position() : source.dataset().size(), {}};
+    if (header.pixelData) {
+        return endBehindPixels(header, source);
+    }
+    return header.layout.deflated ? endOfDeflated(header.end, header.endOffset, source)
+                                  : endWithoutPixels(header, source);
 }
 
 } // namespace gateway::dicom_helper::worker

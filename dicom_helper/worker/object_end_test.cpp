@@ -232,7 +232,8 @@ TEST_F(ObjectEnds, AnImageThatIsCutJustBeforeItsPixelDataIsNotWhole)
         EXPECT_FALSE(isWhole(cut + "\n"));
         EXPECT_TRUE(isWhole(cut + elsewhere.all())) << "the pixels are elsewhere";
     }
-    const DatasetWriter spectrum = DatasetWriter().number(kRows, 1).number(kColumns, 1);
+    DatasetWriter spectrum;
+    spectrum.number(kRows, 1).number(kColumns, 1).raw(0x56000020U, vr('O', 'F'), "data");
     EXPECT_TRUE(isWhole(part10(kExplicitLittleEndian, spectrum.all())));
 }
 
@@ -242,7 +243,7 @@ TEST_F(ObjectEnds, ADeflatedStreamThatDoesNotEndIsCut)
     image.transferSyntax = kDeflatedExplicitLittleEndian;
     const std::string whole = fileOf(image);
     const std::string inside =
-        DatasetWriter().text(kSopInstanceUid, "UI", "1.2").text(kModality, "CS", "SR").all();
+        DatasetWriter().text(kSopInstanceUid, "UI", "1.2").text(0x0040A160U, "UT", "findings").all();
 
     EXPECT_TRUE(isWhole(whole));
     EXPECT_TRUE(isWhole(whole + "\0"s));

@@ -72,6 +72,17 @@ bool isWanted(const Element &element, const ElementScanner &scanner)
             scanner.inside(kPerFrameFunctionalGroupsSequence));
 }
 
+void count(ObjectHeader &header, const Element &element)
+{
+    // Without representations zeros read as elements of no length. No dataset holds one of a command's group.
+    header.hasZeros = header.hasZeros || (header.elements > 0 && group(element.tag) == 0);
+    if (element.depth == 0) {
+        header.isAscending = header.isAscending && (header.elements == 0 || element.tag > header.last);
+        header.last = element.tag;
+    }
+    ++header.elements;
+}
+
 void take(ObjectHeader &header, const Element &element, ByteSource &source)
 {
     if (element.length == kUndefinedLength || header.values.contains(element.tag)) {
@@ -138,10 +149,12 @@ ByteSource &DicomSource::dataset()
     return *m_file;
 }
 
-bool DicomSource::isOutOfSight(std::uint64_t offset) const
+bool DicomSource::isOutOfSight(std::uint64_t offset)
 {
     constexpr std::uint64_t kLongestHeader = 12; // nothing begins where its header doesn't fit
-    return m_inflated && offset + kLongestHeader > kInflateLimit;
+    std::array<std::byte, 1> last{};
+    return m_inflated && offset + kLongestHeader > kInflateLimit &&
+           m_inflated->read(kInflateLimit - 1, last) == last.size();
 }
 
 ObjectHeader readHeader(DicomSource &source)
@@ -162,7 +175,7 @@ ObjectHeader readHeader(DicomSource &source)
                             .intoDefinedLength = false,
                             .intoGroup = group(kSharedFunctionalGroupsSequence)});
     while (const auto element = scanner.next()) {
-        ++header.elements;
+        count(header, *element);
         if (element->depth == 0 && isPixelData(element->tag)) {
             header.pixelData = element;
             return header;

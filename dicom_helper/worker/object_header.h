@@ -24,6 +24,9 @@ struct ObjectHeader
     ScanEnd end = ScanEnd::running; ///< `running` when the walk stopped at the pixel data
     std::uint64_t endOffset = 0;    ///< in the dataset's bytes, where the walk came to that end
     unsigned elements = 0;          ///< how many the dataset had up to there
+    Tag last = 0;                   ///< the last tag of the dataset itself, up to there
+    bool isAscending = true;        ///< so are the tags of the dataset itself, up to there (PS3.5 7.1)
+    bool hasZeros = false;          ///< zeros stand where an element should begin, behind others
 
     /// The raw value, empty where it is absent.
     std::string_view raw(Tag tag) const;
@@ -54,8 +57,9 @@ public:
     ByteSource &dataset();
     std::uint64_t datasetOffset() const { return m_layout.deflated ? 0 : m_layout.datasetOffset; }
 
-    /// True when `offset` lies so far behind in a deflated dataset that nobody looks there.
-    bool isOutOfSight(std::uint64_t offset) const;
+    /// True when `offset` lies so far behind in a deflated dataset that nobody looks there, and the dataset
+    /// reaches that far. Nothing before it can be read any more.
+    bool isOutOfSight(std::uint64_t offset);
 
     /// False when a deflated dataset, read to where it seemed to end, was cut short by damage or its limit.
     bool unpackedWhole() const { return !m_inflated || m_inflated->endedWell(); }

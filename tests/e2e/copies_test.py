@@ -8,7 +8,7 @@ import subprocess
 import unittest
 
 from harness import PROGRAMS, TITLE, EndToEndTest, Gateway, await_true, end, environment, run, send
-from odd_objects import Sender, dataset
+from odd_objects import EXPLICIT, IMPLICIT, JPEG_LS, RLE, Sender, dataset, dataset_of, part10, with_fragments
 
 DAY_MS = 24 * 3600 * 1000
 
@@ -158,6 +158,51 @@ class Copies(EndToEndTest):
         # Then
         self.assertEqual(self.current(), before)
         self.assertEqual(self.findings()[1], {"damagedImage": (1, 0)})
+
+    def test_the_acknowledged_image_is_sent_whatever_stump_is_imported_after_it(self):
+        # Given
+        wholes, stumps = {}, self.folder / "stumps"
+        stumps.mkdir()
+        for transfer_syntax in (EXPLICIT, IMPLICIT, RLE, JPEG_LS):
+            sender = Sender(self.gateway.port, TITLE, transfer_syntax)
+            for cut, filling in self.cuts(transfer_syntax):
+                instance = f"1.2.12.{len(wholes)}"
+                body = self.whole(instance, transfer_syntax)
+                stump = body[:cut(body)]
+                stump += (filling * len(body))[:len(body) - len(stump)]
+                sender.store(body, instance)
+                wholes[instance] = body
+                (stumps / f"{instance}.dcm").write_bytes(part10(stump, instance, transfer_syntax))
+            sender.release()
+        self.gateway.await_status("all", lambda status: status["counters"]["images"] == len(wholes))
+
+        # When
+        ended = self.gateway.command("import", "--json", stumps, check=False)
+
+        # Then
+        self.assertEqual([(each["reason"], each["files"]) for each in json.loads(ended.stdout)["skipped"]],
+                         [("damaged_object", len(wholes))])
+        self.gateway.command("settings", "set", "quorinCloudCompressToLS", "false")
+        self.gateway.sign_in()
+        self.gateway.await_status("all sent", lambda status: status["counters"]["synced"] == len(wholes))
+        for instance, body in wholes.items():
+            self.assertEqual(dataset_of(self.cloud.fetch(self.cloud.token(), "1.2.9", "1.2.9.1", instance)), body)
+
+    @staticmethod
+    def whole(instance, transfer_syntax):
+        body = dataset(instance, explicit=transfer_syntax != IMPLICIT)
+        frames = {RLE: bytes(range(200)) * 3, JPEG_LS: b"\xff\xd8\xff" + bytes(range(200)) * 3 + b"\xff\xd9"}
+        return with_fragments(body, frames[transfer_syntax]) if transfer_syntax in frames else body
+
+    @staticmethod
+    def cuts(transfer_syntax):
+        """Where an image is cut, and what it is filled up with; of a filling of nothing it stays short."""
+        fillings = (b"\0", b"\xff", b" ", b"<html>Hotel login page, not found", b"")
+        places = [lambda body: body.index(b"MONOCHROME2") - 8, lambda body: body.index(b"MONOCHROME2") + 4,
+                  lambda body: body.rindex(b"\xe0\x7f\x10\x00")]
+        if transfer_syntax in (RLE, JPEG_LS):
+            places = [lambda body: len(body) - 300]
+        return [(place, filling) for place in places for filling in fillings]
 
     def send_dataset(self, body, instance):
         sender = Sender(self.gateway.port, TITLE)

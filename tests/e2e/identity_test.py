@@ -1,6 +1,7 @@
 """What an image is called: its dataset says it, whatever a command, a header or an answer says."""
 
 import json
+import sqlite3
 import subprocess
 import unittest
 
@@ -99,6 +100,29 @@ class Identity(WithoutCompression):
         status = self.gateway.await_status("a told failure", lambda s: "withoutIdentity" in json.dumps(s["failures"])
                                            and s["counters"]["synced"] == 1)
         self.assertEqual(status["counters"]["failed"], 1)
+
+    def test_an_odd_representation_hides_no_patient_and_no_study(self):
+        # Given
+        sent = {}
+        for number, odd in enumerate((b"??", b"ox", b"  ", b"\0\0")):
+            body = dataset(f"1.2.8.{number}", name=f"Odd^{number}")
+            at = body.index(b"\x10\0\x10\0PN")
+            sent[f"1.2.8.{number}"] = body[:at] + b"\x09\0\x10\x10" + odd + b"\x04\0abcd" + body[at:]
+
+        # When
+        sender = Sender(self.gateway.port, TITLE)
+        for instance, body in sent.items():
+            sender.store(body, instance)
+        sender.release()
+        self.await_all(len(sent))
+
+        # Then
+        with sqlite3.connect(self.gateway.home / "index/QuorinGateway.sqlite", timeout=30) as index:
+            self.assertEqual(index.execute("SELECT originalSOPInstanceUID, damaged FROM DicomImage ORDER BY 1").fetchall(),
+                             [(instance, 0) for instance in sent])
+        for instance, body in sent.items():
+            with self.subTest(instance):
+                self.assertEqual(self.fetched(instance), body)
 
     def test_one_identifier_in_two_studies_is_two_images(self):
         # Given
