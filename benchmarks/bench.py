@@ -19,6 +19,7 @@ import tempfile
 import time
 from pathlib import Path
 
+import absent
 import face
 import inside
 import receiving
@@ -28,7 +29,8 @@ from rig import Bench, Failure
 ROWS = {"receive-1": receiving.ct_on_one, "receive-4": receiving.ct_on_four, "receive-8": receiving.ct_on_eight,
         "receive-mr": receiving.mr_on_one, "receive-large": receiving.large_objects,
         "receive-busy": receiving.while_converting, "way": sending.way_original, "way-ls": sending.way_compressed,
-        "upload": sending.upload, "codec": inside.codec, "idle": inside.idle, "face": face.face, "start": inside.start, "log": inside.log,
+        "upload": sending.upload,
+        "away": absent.away, "refused": absent.refused, "codec": inside.codec, "idle": inside.idle, "face": face.face, "start": inside.start, "log": inside.log,
         "log-browser": inside.log_browser, "index": inside.index, "state": inside.state}
 
 CLONE_NEWUSER, CLONE_NEWNET = 0x10000000, 0x40000000  # sched.h
