@@ -28,14 +28,16 @@ constexpr const char *kEligible =
     "SELECT pk, pathString FROM DicomImage INDEXED BY DicomImage_uploaded "
     "WHERE syncState = 1 AND uploadDate IS NOT NULL AND uploadDate < ? "
     "AND NOT EXISTS (SELECT 1 FROM SupersededFile WHERE successor = DicomImage.pathString "
-    "AND (SupersededFile.acknowledged >= DicomImage.acknowledged OR DicomImage.damaged <> 0)) "
+    "AND (SupersededFile.acknowledged >= DicomImage.acknowledged OR DicomImage.damaged <> 0 "
+    "OR SupersededFile.owed <> 0)) "
     "ORDER BY uploadDate, pk LIMIT ?";
 
 constexpr const char *kCountEligible =
     "SELECT count(*) FROM (SELECT 1 FROM DicomImage INDEXED BY DicomImage_uploaded "
     "WHERE syncState = 1 AND uploadDate IS NOT NULL AND uploadDate < ? "
     "AND NOT EXISTS (SELECT 1 FROM SupersededFile WHERE successor = DicomImage.pathString "
-    "AND (SupersededFile.acknowledged >= DicomImage.acknowledged OR DicomImage.damaged <> 0)) LIMIT ?)";
+    "AND (SupersededFile.acknowledged >= DicomImage.acknowledged OR DicomImage.damaged <> 0 "
+    "OR SupersededFile.owed <> 0)) LIMIT ?)";
 
 constexpr std::int64_t kAll = -1;
 

@@ -153,6 +153,7 @@ ImportedFileSummary DicomDB::importFile(const QUrl &url, ImportSource source)
         stored = movePatiently(m_files, patience, copy);
         underWay.emplace(m_files, *stored);
     }
+    stored->origin = source == ImportSource::foreign ? FileOrigin::broughtIn : FileOrigin::network;
     if (elements::text(found, QStringLiteral("patientUID")).value_or(QString()).isEmpty()) {
         throw GatewayImportError(Kind::databaseSaveRejected, Blame::file);
     }

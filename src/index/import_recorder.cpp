@@ -52,8 +52,10 @@ RETURNING pk)sql";
 constexpr std::string_view kImage = R"sql(
 INSERT INTO DicomImage (series, createDate, date, pathString, fileType, fileExtension, height, width,
     numberOfFrames, numberOfSeries, seriesInstanceUID, sopInstanceUID, originalSOPInstanceUID, orientation,
-    origin, sliceLocation, comment, modality, frameID, instanceNumber, acknowledged, damaged, syncState)
-VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12, ?13, ?14, ?15, ?16, ?17, ?18, ?19, ?20, ?22, ?23, 0)
+    origin, sliceLocation, comment, modality, frameID, instanceNumber, acknowledged, damaged, cameFrom,
+    syncState)
+VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12, ?13, ?14, ?15, ?16, ?17, ?18, ?19, ?20, ?22, ?23,
+    ?24, 0)
 ON CONFLICT (series, sopInstanceUID, frameID, originalSOPInstanceUID) DO UPDATE SET
     createDate = excluded.createDate, date = excluded.date, pathString = excluded.pathString,
     fileType = excluded.fileType, fileExtension = excluded.fileExtension, height = excluded.height,
@@ -61,7 +63,7 @@ ON CONFLICT (series, sopInstanceUID, frameID, originalSOPInstanceUID) DO UPDATE 
     numberOfSeries = excluded.numberOfSeries, orientation = excluded.orientation, origin = excluded.origin,
     sliceLocation = coalesce(excluded.sliceLocation, sliceLocation), comment = excluded.comment,
     modality = excluded.modality, instanceNumber = excluded.instanceNumber,
-    acknowledged = excluded.acknowledged, damaged = excluded.damaged,
+    acknowledged = excluded.acknowledged, damaged = excluded.damaged, cameFrom = excluded.cameFrom,
     syncState = CASE WHEN trim(pathString, ?21) IS excluded.pathString THEN syncState ELSE 0 END,
     uploadDate = CASE WHEN trim(pathString, ?21) IS excluded.pathString THEN uploadDate END)sql";
 
@@ -70,6 +72,7 @@ constexpr int kInstanceNumberParameter = 20;
 constexpr int kWhiteSpaceParameter = 21;
 constexpr int kAcknowledgedParameter = 22;
 constexpr int kDamagedParameter = 23;
+constexpr int kOriginParameter = 24;
 
 // Frames that only an earlier version of the image had.
 constexpr std::string_view kDeleteOtherFrames =
@@ -188,6 +191,7 @@ void writeImages(Database &database,
                   text(found, QStringLiteral("modality")));
     image.bind(kWhiteSpaceParameter, QStringLiteral(" \t\n\r\f\v"));
     image.bind(kAcknowledgedParameter, file.acknowledged);
+    image.bind(kOriginParameter, static_cast<std::int64_t>(file.origin));
     image.bind(kDamagedParameter, boolean(found, QStringLiteral("damaged")).value_or(false));
     const std::int64_t first = fittingInt32(integer(found, QStringLiteral("imageID"), 0), extent.frames - 1);
     for (std::int64_t frame = 0; frame < extent.frames; ++frame) {
@@ -228,7 +232,7 @@ void noteReplaced(Database &database, const StoredFile &file, const std::vector<
     database.prepare("DELETE FROM SupersededFile WHERE pathString = ?").bindAll(file.pathString).run();
     for (const CurrentCopy &copy : copies) {
         if (copy.isThere) {
-            noteSuperseded(database, copy.pathString, copy.acknowledged, file.pathString);
+            noteSuperseded(database, copy, file.pathString);
         } else {
             handOver(database, copy.pathString, file.pathString); // should it come back, it is judged anew
         }
@@ -243,7 +247,11 @@ QSet<QString> noteBeside(Database &database, const StoredFile &file, const Judge
         noteForRemoval(database, {file.pathString});
         return {file.pathString};
     }
-    noteSuperseded(database, file.pathString, file.acknowledged, rival.pathString);
+    noteSuperseded(database,
+                   {.pathString = file.pathString,
+                    .acknowledged = file.acknowledged,
+                    .isOwed = file.origin != FileOrigin::broughtIn},
+                   rival.pathString);
     database.prepare("UPDATE DicomImage SET acknowledged = ? WHERE pathString = ? AND acknowledged = 0")
         .bindAll(rival.acknowledged, rival.pathString)
         .run();
@@ -252,8 +260,13 @@ QSet<QString> noteBeside(Database &database, const StoredFile &file, const Judge
 
 } // namespace
 
-Recorded recordImport(Database &database, const QVariantMap &found, const StoredFile &file, std::int64_t now)
+Recorded
+recordImport(Database &database, const QVariantMap &found, const StoredFile &stored, std::int64_t now)
 {
+    StoredFile file = stored;
+    if (isSupersededAndNotOwed(database, file.pathString)) {
+        file.origin = FileOrigin::broughtIn;
+    }
     const Extent extent = extentOf(found);
     const Judgement judgement = judge(database, found, file);
     Recorded recorded{keysOf(found, extent), judgement.standing == Standing::current, {}, {}};

@@ -13,6 +13,14 @@ class Database;
 
 namespace gateway::index {
 
+/// Whose hands a stored file comes from. The numbers are those of the index.
+enum class FileOrigin
+{
+    network = 0,   ///< a modality was told that it is stored
+    broughtIn = 1, ///< by a person: no modality was told anything
+    unknown = 2    ///< found in the store without its rows, or recorded before this was kept
+};
+
 /// Where a file came to lie in the file store.
 struct StoredFile
 {
@@ -23,6 +31,8 @@ struct StoredFile
     /// When its sender or a person was told that it is taken, in nanoseconds since 1970: the time of the
     /// file, which all of its names share.
     std::int64_t acknowledged = 0;
+
+    FileOrigin origin = FileOrigin::unknown;
 };
 
 /// A file is recorded with at most this many rows (frames times series). A header that claims more counts as
@@ -46,7 +56,7 @@ struct Recorded
 /// \param now       milliseconds since 1970, UTC. Throws SqliteError.
 Recorded recordImport(platform::Database &database,
                       const QVariantMap &elements,
-                      const StoredFile &file,
+                      const StoredFile &stored,
                       std::int64_t now);
 
 } // namespace gateway::index

@@ -9,6 +9,7 @@
 #include "platform/dicom/dicom_parsing.h"
 #include "platform/files/files.h"
 #include "platform/sqlite/database.h"
+#include "platform/sqlite/sqlite_error.h"
 
 #include <QtCore/QFileInfo>
 
@@ -57,6 +58,20 @@ std::int64_t IndexExamination::complaints(const std::stop_token &stop) const
         }
         return count;
     });
+}
+
+bool IndexExamination::isWritable()
+{
+    try {
+        m_store.write([](Database &database) {
+            // There and back: what stays as it is SQLite doesn't write at all.
+            database.exec("UPDATE Ledger SET nextFileNumber = nextFileNumber + 1");
+            database.exec("UPDATE Ledger SET nextFileNumber = nextFileNumber - 1");
+        });
+        return true;
+    } catch (const platform::SqliteError &) {
+        return false;
+    }
 }
 
 TallyDifferences IndexExamination::tallyDifferences(const std::stop_token &stop) const
@@ -221,6 +236,11 @@ std::int64_t IndexExamination::damagedFiles() const
             "(SELECT count(*) FROM SupersededFile JOIN DicomImage ON DicomImage.pathString = successor "
             "WHERE frameID = 0 AND SupersededFile.acknowledged > DicomImage.acknowledged)");
     });
+}
+
+std::int64_t IndexExamination::owedFiles() const
+{
+    return m_store.read([](Database &database) { return index::owedFiles(database); });
 }
 
 } // namespace gateway::index

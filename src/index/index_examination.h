@@ -74,6 +74,9 @@ public:
     /// What SQLite finds wrong with the file itself: 0 for a sound one.
     std::int64_t complaints(const std::stop_token &stop) const;
 
+    /// Whether a transaction that changes nothing reaches the disk.
+    bool isWritable();
+
     TallyDifferences tallyDifferences(const std::stop_token &stop) const;
 
     /// Counts everything anew, in one transaction.
@@ -109,6 +112,10 @@ public:
 
     /// How many stored files that rows stand for end before their elements do.
     std::int64_t damagedFiles() const;
+
+    /// How many files that a modality may have been told are stored were not sent, while another version of
+    /// the image, which perhaps a person brought in, took their place in the cloud.
+    std::int64_t owedFiles() const;
 
 private:
     bool hasItsPlace(platform::Database &database, const QString &pathString) const;

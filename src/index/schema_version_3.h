@@ -32,12 +32,15 @@ END;
 /// Which of several stored copies of an image counts, and which of them may go.
 ///
 /// `acknowledged` is when the file of a row was acknowledged, in nanoseconds since 1970, 0 where that isn't
-/// known; `damaged` tells a file that ends before its elements do. `SupersededFile` holds the stored files
-/// of images whose rows stand for another one, `successor`. `recordAgainFrom` is the number of the first
-/// stored file that may lack its rows because the index was made anew; NULL where all have them.
+/// known; `damaged` tells a file that ends before its elements do, `cameFrom` is whose
+/// hands it comes from, a FileOrigin. `SupersededFile` holds the stored files of images whose rows stand for
+/// another one, `successor`; `owed` is 1 for one that a modality may have been told is stored and that wasn't
+/// in the cloud when it came to stand aside. `recordAgainFrom` is the number of the first stored file that
+/// may lack its rows because the index was made anew; NULL where all have them.
 inline constexpr const char *kCopiesOfSchemaVersion3 = R"sql(
 ALTER TABLE DicomImage ADD COLUMN acknowledged INTEGER NOT NULL DEFAULT 0;
 ALTER TABLE DicomImage ADD COLUMN damaged INTEGER NOT NULL DEFAULT 0;
+ALTER TABLE DicomImage ADD COLUMN cameFrom INTEGER NOT NULL DEFAULT 2;
 CREATE INDEX DicomImage_damaged ON DicomImage (pathString) WHERE damaged <> 0;
 
 ALTER TABLE Ledger ADD COLUMN newestAcknowledged INTEGER NOT NULL DEFAULT 0;
@@ -46,7 +49,8 @@ ALTER TABLE Ledger ADD COLUMN recordAgainFrom INTEGER;
 CREATE TABLE SupersededFile (
     pathString TEXT PRIMARY KEY,
     successor TEXT NOT NULL,
-    acknowledged INTEGER NOT NULL
+    acknowledged INTEGER NOT NULL,
+    owed INTEGER NOT NULL DEFAULT 1
 ) WITHOUT ROWID;
 CREATE INDEX SupersededFile_successor ON SupersededFile (successor);
 )sql";

@@ -14,7 +14,9 @@ using platform::Statement;
 namespace {
 
 constexpr const char *kCurrentCopies =
-    "SELECT pathString, max(acknowledged), max(damaged) FROM Study JOIN Series ON Series.study = Study.pk "
+    "SELECT pathString, max(acknowledged), max(damaged), max(cameFrom <> 1 AND DicomImage.syncState IS NOT "
+    "1) "
+    "FROM Study JOIN Series ON Series.study = Study.pk "
     "JOIN DicomImage ON DicomImage.series = Series.pk "
     "WHERE studyInstanceUID = ? AND Series.seriesInstanceUID = ? AND sopInstanceUID = ? "
     "AND originalSOPInstanceUID = ? GROUP BY pathString";
@@ -23,8 +25,16 @@ constexpr const char *kCurrentCopies =
 constexpr const char *kProven =
     "SELECT pathString FROM SupersededFile WHERE successor = ?1 "
     "AND acknowledged < (SELECT max(acknowledged) FROM DicomImage WHERE pathString = ?1) "
-    "AND NOT EXISTS (SELECT 1 FROM DicomImage WHERE pathString = ?1 AND (syncState IS NOT 1 OR damaged <> "
-    "0))";
+    "AND NOT EXISTS (SELECT 1 FROM DicomImage WHERE pathString = ?1 AND (syncState IS NOT 1 OR damaged <> 0 "
+    "OR (cameFrom <> 0 AND owed <> 0)))";
+
+constexpr const char *kOwed =
+    "SELECT count(*) FROM SupersededFile WHERE owed <> 0 "
+    "AND EXISTS (SELECT 1 FROM DicomImage WHERE pathString = successor AND cameFrom <> 0) "
+    "AND NOT EXISTS (SELECT 1 FROM DicomImage WHERE pathString = successor AND syncState IS NOT 1)";
+
+constexpr const char *kIsSupersededAndNotOwed =
+    "SELECT EXISTS (SELECT 1 FROM SupersededFile WHERE pathString = ?1 AND owed = 0)";
 
 constexpr const char *kIsLaterThanSuccessor =
     "SELECT EXISTS (SELECT 1 FROM SupersededFile WHERE pathString = ?1 AND acknowledged > "
@@ -67,7 +77,8 @@ bool takesPlaceOf(const CurrentCopy &copy, const StoredFile &file, bool isDamage
 
 bool isSameObject(const CurrentCopy &copy, const StoredFile &file, const QString &root)
 {
-    return copy.isThere && copy.acknowledged != 0 && copy.acknowledged == file.acknowledged &&
+    const bool isOfOneSending = copy.acknowledged != 0 && copy.acknowledged == file.acknowledged;
+    return copy.isThere && (isOfOneSending || (file.origin == FileOrigin::broughtIn && copy.isOwed)) &&
            platform::haveSameContent(root + copy.pathString, file.path);
 }
 
@@ -101,7 +112,8 @@ currentCopies(Database &database, const QVariantMap &elements, const StoredFile 
     Statement row = database.prepare(kCurrentCopies);
     row.bindAll(*study, textOr(elements, "seriesID") + u'0', uid + u'0', uid);
     while (row.step()) {
-        CurrentCopy copy{row.text(0).trimmed(), row.integer(1), row.integer(2) != 0, false};
+        CurrentCopy copy{
+            row.text(0).trimmed(), row.integer(1), row.integer(2) != 0, row.integer(3) != 0, false};
         if (copy.pathString.isEmpty() || copy.pathString == beside.pathString) {
             continue;
         }
@@ -130,17 +142,14 @@ Judgement judge(Database &database, const QVariantMap &elements, const StoredFil
     return result;
 }
 
-void noteSuperseded(Database &database,
-                    const QString &pathString,
-                    std::int64_t acknowledged,
-                    const QString &successor)
+void noteSuperseded(Database &database, const CurrentCopy &copy, const QString &successor)
 {
     database
-        .prepare("INSERT INTO SupersededFile (pathString, successor, acknowledged) VALUES (?, ?, ?) "
+        .prepare("INSERT INTO SupersededFile (pathString, successor, acknowledged, owed) VALUES (?, ?, ?, ?) "
                  "ON CONFLICT (pathString) DO UPDATE SET successor = excluded.successor")
-        .bindAll(pathString, successor, acknowledged)
+        .bindAll(copy.pathString, successor, copy.acknowledged, copy.isOwed)
         .run();
-    handOver(database, pathString, successor);
+    handOver(database, copy.pathString, successor);
 }
 
 void handOver(Database &database, const QString &from, const QString &successor)
@@ -185,6 +194,16 @@ QSet<QString> releaseBesideDeleted(Database &database, const QSet<QString> &path
     }
     releaseSuperseded(database, released);
     return released;
+}
+
+std::int64_t owedFiles(Database &database)
+{
+    return database.integer(kOwed);
+}
+
+bool isSupersededAndNotOwed(Database &database, const QString &pathString)
+{
+    return exists(database, kIsSupersededAndNotOwed, pathString);
 }
 
 QString successorOf(Database &database, const QString &pathString)

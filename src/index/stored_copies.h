@@ -33,6 +33,7 @@ struct CurrentCopy
     QString pathString;
     std::int64_t acknowledged = 0; ///< nanoseconds since 1970; 0 where nobody knows
     bool isDamaged = false;
+    bool isOwed = false;  ///< a modality may have been told of it, and the cloud isn't known to have it
     bool isThere = false; ///< unless it is certain that the file is gone
 };
 
@@ -48,14 +49,12 @@ std::vector<CurrentCopy>
 currentCopies(platform::Database &database, const QVariantMap &elements, const StoredFile &beside);
 
 /// Decides by the order of acknowledgement, and at equal times by number. A damaged file never takes the
-/// place of a whole one, and one that is there always takes that of one that isn't.
+/// place of a whole one, and one that is there always takes that of one that isn't. What a person brings in
+/// is the same object as one that is owed and holds the same bytes: that one stays.
 Judgement judge(platform::Database &database, const QVariantMap &elements, const StoredFile &file);
 
-/// Notes that `file` isn't current: rows of its image stand for `successor`.
-void noteSuperseded(platform::Database &database,
-                    const QString &pathString,
-                    std::int64_t acknowledged,
-                    const QString &successor);
+/// Notes that `copy` isn't current: rows of its image stand for `successor`.
+void noteSuperseded(platform::Database &database, const CurrentCopy &copy, const QString &successor);
 
 /// What stood beside `from` stands beside `successor` from now on.
 void handOver(platform::Database &database, const QString &from, const QString &successor);
@@ -67,12 +66,19 @@ void noteForRemoval(platform::Database &database, const QSet<QString> &paths);
 void releaseSuperseded(platform::Database &database, const QSet<QString> &paths);
 
 /// Notes for removal what was acknowledged before `current`, given that it is whole and its rows are all
-/// synced; nothing otherwise. \return what was noted.
+/// synced; nothing otherwise. What is owed stays unless `current` came from the network: what a person
+/// brings in acknowledges nothing to a modality. \return what was noted.
 QSet<QString> releaseIfProven(platform::Database &database, const QString &current);
 
 /// Notes for removal all copies beside those of `paths` for which no row stands any more. \return what was
 /// noted.
 QSet<QString> releaseBesideDeleted(platform::Database &database, const QSet<QString> &paths);
+
+/// How many owed files stand beside one that is in the cloud and doesn't stand for them.
+std::int64_t owedFiles(platform::Database &database);
+
+/// True for a superseded file that isn't owed.
+bool isSupersededAndNotOwed(platform::Database &database, const QString &pathString);
 
 /// The current copy that a superseded file stands beside; empty for any other file.
 QString successorOf(platform::Database &database, const QString &pathString);

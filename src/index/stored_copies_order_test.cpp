@@ -32,9 +32,10 @@ struct Version
     int instance = 0;
     int content = 0;
     std::int64_t acknowledged = 0;
-    bool isRecorded = false; // an import of it succeeded
-    bool isProven = false;   // the file of this version is in the cloud
-    bool isDeleted = false;  // by a person
+    bool isRecorded = false;  // an import of it succeeded
+    bool isProven = false;    // the file of this version is in the cloud
+    bool isDeleted = false;   // by a person
+    bool isBroughtIn = false; // by a person: no modality was told of it
 
     bool isWhole() const { return content < kFirstDamaged; }
 };
@@ -166,7 +167,8 @@ private:
     {
         return std::ranges::any_of(m_versions, [&](const Version &other) {
             const bool isSame = other.content == version.content;
-            const bool isLater = other.isWhole() && other.acknowledged > version.acknowledged;
+            const bool isLater = other.isWhole() && other.acknowledged > version.acknowledged &&
+                                 (version.isBroughtIn || !other.isBroughtIn);
             return other.isProven && other.instance == version.instance && (isSame || isLater);
         });
     }
@@ -239,6 +241,7 @@ private:
                               .arg(version.content)
                               .arg(version.instance));
         version.isRecorded = true;
+        version.isBroughtIn = true;
         m_time = std::max(m_time, nanoseconds(version.acknowledged));
         m_versions.push_back(version);
     }

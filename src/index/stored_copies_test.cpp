@@ -58,6 +58,13 @@ protected:
         return added.value(0);
     }
 
+    /// Imports a file that a person has. \return its name in the store.
+    QString bringIn(const QVariantMap &changes)
+    {
+        import(receive(kMorning, changes), ImportSource::foreign);
+        return current().value(0);
+    }
+
     QStringList current()
     {
         return home.rows(QStringLiteral("SELECT DISTINCT pathString FROM DicomImage ORDER BY 1"));
@@ -180,6 +187,58 @@ TEST_F(StoredCopies, AnEarlierOneGoesWhenItsSuccessorIsInTheCloud)
     EXPECT_EQ(stored(), QStringList{third});
     EXPECT_EQ(superseded(), QStringList());
     EXPECT_EQ(home.number(QStringLiteral("SELECT count(*) FROM PendingRemoval")), 0);
+}
+
+TEST_F(StoredCopies, OneThatAModalityWasToldOfIsKeptWhereAPersonsTookItsPlaceUnsent)
+{
+    const QString received = take(kMorning, saying(QStringLiteral("received")));
+    const QString brought = bringIn(saying(QStringLiteral("from an old disc")));
+    send(brought);
+
+    EXPECT_EQ(current(), QStringList{brought});
+    EXPECT_EQ(superseded(), QStringList{received + u'|' + brought});
+    EXPECT_EQ(home.index().examination().owedFiles(), 1);
+    EXPECT_EQ(prune().deletedImageCount, 0) << "its rows keep the other from going";
+    EXPECT_EQ(stored(), (QStringList{received, brought}));
+
+    const QString again =
+        take(kMorning + std::chrono::hours(24 * 365 * 10), saying(QStringLiteral("received")));
+    send(again);
+
+    EXPECT_EQ(stored(), QStringList{again});
+    EXPECT_EQ(home.index().examination().owedFiles(), 0);
+}
+
+TEST_F(StoredCopies, OneThatIsInTheCloudGoesWithAPersonsThatIsThereToo)
+{
+    send(take(kMorning, saying(QStringLiteral("received"))));
+    const QString brought = bringIn(saying(QStringLiteral("corrected")));
+    send(brought);
+
+    EXPECT_EQ(stored(), QStringList{brought});
+}
+
+TEST_F(StoredCopies, WhatAPersonBringsInIsNotNeededWhereTheSameBytesWaitForTheCloud)
+{
+    const QString received = take(kMorning);
+    bringIn({});
+
+    EXPECT_EQ(current(), QStringList{received});
+    EXPECT_EQ(stored(), QStringList{received});
+}
+
+TEST_F(StoredCopies, NobodyKnowsWhoWasToldOfAFileThatIsRecordedAgain)
+{
+    const QString received = take(kMorning, saying(QStringLiteral("received")));
+    const QString brought = bringIn(saying(QStringLiteral("from an old disc")));
+    home.close();
+    QDir(home.path(QStringLiteral("index"))).removeRecursively();
+    home.reopen();
+    home.index().recordStoredFiles({}, [](std::int64_t) {});
+    send(brought);
+
+    EXPECT_EQ(current(), QStringList{brought});
+    EXPECT_EQ(stored(), (QStringList{received, brought}));
 }
 
 TEST_F(StoredCopies, OneWithTheSameBytesGoesAtOnce)

@@ -44,10 +44,11 @@ class Copies(EndToEndTest):
         self.gateway.port = port
 
     def findings(self, *options):
-        """Exit code, and kind -> (found, mended)."""
+        """Exit code, and kind -> (found, mended); without that nobody is signed in, as in most of these tests."""
         ended = self.gateway.command("doctor", "--json", *options, check=False)
         report = json.loads(ended.stdout)
-        return ended.returncode, {found["kind"]: (found["count"], found["mended"]) for found in report["findings"]}
+        return ended.returncode, {found["kind"]: (found["count"], found["mended"]) for found in report["findings"]
+                                  if found["kind"] != "noSession"}
 
     def version_of(self, file, name, comment, size=None):
         """A copy of a file with another comment, and with pixel data of so many rows and columns."""
@@ -101,6 +102,35 @@ class Copies(EndToEndTest):
         await_true("an empty store", lambda: not self.stored(), self.gateway.process)
         self.assertEqual(self.findings("--repair"), (0, {}))
         self.assertEqual(self.gateway.status()["counters"]["images"], 0)
+
+    def test_an_old_version_that_a_person_brings_in_pushes_out_no_received_one_that_was_not_sent(self):
+        # Given
+        received, old = dataset("1.2.3.1", shade=2), dataset("1.2.3.1", shade=1)
+        self.gateway.command("settings", "set", "quorinCloudCompressToLS", "false")
+        sender = Sender(self.gateway.port, TITLE)
+        sender.store(received, "1.2.3.1")
+        sender.release()
+        self.gateway.await_status("the image", lambda s: s["counters"]["images"] == 1)
+        disc = self.folder / "old.dcm"
+        disc.write_bytes(part10(old, "1.2.3.1"))
+
+        # When
+        self.gateway.command("import", disc)
+        self.gateway.sign_in()
+        self.gateway.await_status("an upload", lambda s: s["counters"]["synced"] == 1)
+
+        # Then
+        kept = [dataset_of((self.store() / path).read_bytes()) for path in self.stored()]
+        self.assertIn(received, kept)
+        self.assertEqual(self.findings("--repair"), (1, {"unsentVersion": (1, 0)}))
+        # And the device's goes up when it is sent again
+        self.cloud.steer("second-versions", policy="replace")
+        sender = Sender(self.gateway.port, TITLE)
+        sender.store(received, "1.2.3.1")
+        sender.release()
+        await_true("one file", lambda: self.stored() == self.current(), self.gateway.process)
+        self.assertEqual(dataset_of(self.cloud.fetch(self.cloud.token(), "1.2.9", "1.2.9.1", "1.2.3.1")), received)
+        self.assertEqual(self.findings(), (0, {}))
 
     def test_a_kill_while_receiving_leaves_one_name_an_image(self):
         # Given
@@ -259,6 +289,8 @@ class Copies(EndToEndTest):
 
         # Then
         self.assertEqual(self.rows("SELECT sum(received) FROM ActivityHour"), hours)
+        self.gateway.sign_in()
+        self.gateway.await_synced(images)
         self.assertEqual(self.findings(), (0, {}))
 
 
