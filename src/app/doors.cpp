@@ -79,8 +79,11 @@ std::shared_ptr<terminal::DoctorCommands> Doors::makeDoctor()
         [this] { return receive::incomingFolder(ground.settings, ground.options.layout.incomingFolder); },
         [this] { receiving.store->requestUpload(QStringLiteral("doctor")); },
         [this] {
-            return terminal::DoctorCommands::Uploads{.pause = sending.coordinator->closure(),
-                                                     .missingSession = missingSession.sentence()};
+            return terminal::DoctorCommands::Standing{
+                .pause = sending.coordinator->closure(),
+                .missingSession = missingSession.sentence(),
+                .isSignedIn = account.auth.standing().state != account::SessionState::signedOut,
+                .isListeningAsItShould = receiving.listenerWatch.figures().isAsItShouldBe()};
         });
 }
 

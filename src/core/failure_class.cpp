@@ -7,6 +7,8 @@ QLatin1StringView rawValue(FailureClass failureClass)
     switch (failureClass) {
     case FailureClass::sessionEnded:
         return QLatin1StringView("sessionEnded");
+    case FailureClass::notSignedIn:
+        return QLatin1StringView("notSignedIn");
     case FailureClass::termsNotAccepted:
         return QLatin1StringView("termsNotAccepted");
     case FailureClass::notPermitted:

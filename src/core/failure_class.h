@@ -12,6 +12,7 @@ namespace gateway::core {
 enum class FailureClass
 {
     sessionEnded,
+    notSignedIn, ///< at the start of a run: nobody ever was, a person signed out, or the session is over
     termsNotAccepted,
     notPermitted,
     storageUsedUp,

@@ -17,6 +17,10 @@ const char *sourceText(FailureClass failureClass)
         return QT_TRANSLATE_NOOP("FailureSentence",
                                  "The session with the cloud has ended. Images are still received and kept "
                                  "here. Sign in again, and they are sent.");
+    case FailureClass::notSignedIn:
+        return QT_TRANSLATE_NOOP("FailureSentence",
+                                 "Nobody is signed in to the cloud. Images are still received and kept here. "
+                                 "Sign in, and they are sent.");
     case FailureClass::termsNotAccepted:
         return QT_TRANSLATE_NOOP("FailureSentence",
                                  "The cloud waits until its terms are accepted. Images are still received "

@@ -27,8 +27,12 @@ enum class FindingKind
     wholeCopy,
     damagedImage,
     foreignFile,
+    unsentVersion,
     waitsForRemoval,
     waitsInInbox,
+    indexNotWritten,
+    listenerNotListening,
+    nobodySignedIn,
     rejectedObject
 };
 
@@ -51,7 +55,7 @@ struct Finding
     FindingKind kind = FindingKind::indexDamaged;
     qint64 count = 0;
     qint64 mended = 0;
-    QList<FileName> examples;
+    QList<FileName> examples = {};
 };
 
 /// Files that were not sent, last for one reason.

@@ -70,6 +70,14 @@ public:
         }
     }
 
+    /// What can't be written is mended by nobody, and holds up all that comes in or goes out.
+    void checkWriting()
+    {
+        if (!m_examination.isWritable()) {
+            giveUpOn(FindingKind::indexNotWritten);
+        }
+    }
+
     void lookForLostIndex()
     {
         if (!m_index.lacksStoredFiles()) {
@@ -113,6 +121,7 @@ public:
         }
         add(FindingKind::rowWithoutFile, m_examination.rowsWithoutFile(m_stop));
         add(FindingKind::damagedImage, m_examination.damagedFiles());
+        add(FindingKind::unsentVersion, m_examination.owedFiles());
     }
 
     void lookAtRemovals()
@@ -357,6 +366,7 @@ Diagnosis Doctor::examine(bool repair, const std::stop_token &stop)
 {
     Round round(m_index, repair, stop);
     round.step([&] { round.checkIndex(); });
+    round.step([&] { round.checkWriting(); });
     round.step([&] { round.lookForLostIndex(); });
     round.step([&] { round.recount(); });
     round.step([&] { round.walkStore(); });

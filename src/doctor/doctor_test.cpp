@@ -454,4 +454,33 @@ TEST_F(DoctorTest, StopsWhenItIsToldTo)
     EXPECT_EQ(rows(), 0);
 }
 
+TEST_F(DoctorTest, FindsAnIndexThatCannotBeWritten)
+{
+    home.execute(
+        QStringLiteral("CREATE TRIGGER fails BEFORE UPDATE ON Ledger BEGIN SELECT RAISE(ABORT, 'no'); END"));
+
+    EXPECT_EQ(counts(true).value(FindingKind::indexNotWritten), (std::pair<qint64, qint64>(1, 0)));
+    EXPECT_FALSE(examine().isWell());
+
+    home.execute(QStringLiteral("DROP TRIGGER fails"));
+    EXPECT_TRUE(examine().isWell());
+}
+
+TEST_F(DoctorTest, FindsAnImageThatStandsAsideUnsentForOneThatAPersonBroughtIn)
+{
+    const QString path = home.path(QStringLiteral("received.dcm"));
+    index::testing::writeSyntheticFile(
+        path,
+        TemporaryIndex::image(QStringLiteral("9.1"),
+                              {{QStringLiteral("ImageComments"), QStringLiteral("received")}}));
+    home.index().importFile(QUrl::fromLocalFile(path), index::ImportSource::ownInbox);
+    EXPECT_TRUE(examine().isWell());
+
+    const QString brought = importOne(QStringLiteral("9.1"));
+    home.index().recordUploadResult({}, brought, true);
+
+    EXPECT_EQ(counts(true).value(FindingKind::unsentVersion), (std::pair<qint64, qint64>(1, 0)));
+    EXPECT_FALSE(examine().isWell());
+}
+
 } // namespace gateway::doctor

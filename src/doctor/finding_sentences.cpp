@@ -117,6 +117,14 @@ Words wordsOf(FindingKind kind)
                                   "A received image ends too early. It is kept, and sent where no whole one "
                                   "is known. Send it again from the device that made it: a whole one "
                                   "takes its place.")};
+    case FindingKind::unsentVersion:
+        return {"unsentVersion",
+                true,
+                QT_TRANSLATE_NOOP(
+                    "DoctorFinding",
+                    "A received image was not sent: another version of it, brought in by a person or of "
+                    "unknown origin, came later and is in the cloud. Both are kept. Send it again "
+                    "from the device that made it: what comes last is sent.")};
     case FindingKind::foreignFile:
         return {
             "foreignFile",
@@ -135,6 +143,27 @@ Words wordsOf(FindingKind kind)
                 QT_TRANSLATE_NOOP("DoctorFinding",
                                   "A received image waits in the incoming folder. It is taken in while the "
                                   "listener runs.")};
+    case FindingKind::indexNotWritten:
+        return {"indexNotWritten",
+                true,
+                QT_TRANSLATE_NOOP("DoctorFinding",
+                                  "The index can't be written, so that nothing is taken in or sent. What was "
+                                  "received is kept. Check that its disk has room and can be written; the "
+                                  "gateway goes on by itself then.")};
+    case FindingKind::listenerNotListening:
+        return {
+            "listenerNotListening",
+            true,
+            QT_TRANSLATE_NOOP("DoctorFinding",
+                              "The listener is switched on but doesn't listen, so that no device can send "
+                              "images. quorin-gateway status says why.")};
+    case FindingKind::nobodySignedIn:
+        return {
+            "noSession",
+            true,
+            QT_TRANSLATE_NOOP("DoctorFinding",
+                              "An image waits, and nobody is signed in to the cloud. It is kept here, but "
+                              "not sent. Sign in: quorin-gateway sign-in --email ADDRESS.")};
     case FindingKind::rejectedObject:
         break;
     }
@@ -180,8 +209,12 @@ bool isMendable(FindingKind kind)
     case FindingKind::rowWithoutFile:
     case FindingKind::fileGoneAfterUpload:
     case FindingKind::damagedImage:
+    case FindingKind::unsentVersion:
     case FindingKind::foreignFile:
     case FindingKind::waitsInInbox:
+    case FindingKind::indexNotWritten:
+    case FindingKind::listenerNotListening:
+    case FindingKind::nobodySignedIn:
         break;
     }
     return false;

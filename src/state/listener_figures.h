@@ -15,6 +15,13 @@ struct ListenerFigures
     int port = 0;    ///< the bound one, else the configured one
     QString address; ///< to register in a modality
     QString failure; ///< why the last start failed, or why it is interrupted; empty once it listens
+
+    /// False when it should listen and doesn't. A listener that nobody has started yet is as it should be.
+    bool isAsItShouldBe() const
+    {
+        const bool wasTried = isStarted || isInterrupted || !failure.isEmpty();
+        return !isEnabled || !wasTried || (isBound && !isInterrupted);
+    }
 };
 
 } // namespace gateway::state

@@ -33,6 +33,7 @@ bool isForGood(FailureClass failureClass)
     case FailureClass::notComparable:
         return true;
     case FailureClass::sessionEnded:
+    case FailureClass::notSignedIn:
     case FailureClass::termsNotAccepted:
     case FailureClass::storageUsedUp:
     case FailureClass::outOfResources:

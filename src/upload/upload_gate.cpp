@@ -15,7 +15,7 @@ constexpr double kSpread = 0.2;
 std::optional<QueueTrouble> troubleOf(const RunSummary &summary)
 {
     if (summary.missingToken && !summary.trouble) {
-        return QueueTrouble{{core::FailureClass::sessionEnded, 0}, std::nullopt};
+        return QueueTrouble{{core::FailureClass::notSignedIn, 0}, std::nullopt};
     }
     return summary.trouble;
 }

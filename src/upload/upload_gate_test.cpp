@@ -144,7 +144,7 @@ TEST_F(UploadGateTest, ClosesForARunThatHadNoSession)
 {
     gate.runEnded({.missingToken = true});
 
-    EXPECT_EQ(gate.closure()->cause, FailureClass::sessionEnded);
+    EXPECT_EQ(gate.closure()->cause, FailureClass::notSignedIn);
     EXPECT_FALSE(gate.closure()->wasAskedFor);
 }
 

@@ -3,6 +3,7 @@
 import json
 import shutil
 import signal
+import socket
 import sqlite3
 import subprocess
 import unittest
@@ -58,6 +59,48 @@ class Doctor(EndToEndTest):
         _, report = self.doctor()
         self.assertEqual(sorted(report["confinement"]), ["files", "sentence", "systemCalls"])
         self.assertTrue(report["confinement"]["systemCalls"])
+
+    def test_images_that_wait_while_nobody_has_signed_in_yet_are_no_health(self):
+        # Given
+        images = self.samples(ct=2)
+        self.assertEqual(self.counts(), (0, {}))
+
+        # When
+        self.receive(images)
+        status = self.gateway.await_status("a pause", lambda s: s["waiting"]["pausedBy"])
+
+        # Then
+        self.assertEqual(self.counts(), (1, {"noSession": (2, 0)}))
+        self.assertEqual(status["waiting"]["pausedBy"], "notSignedIn")
+        told = self.gateway.command("doctor", check=False).stdout + self.gateway.command("status").stdout
+        self.assertIn("obody is signed in to the cloud", told)
+        self.assertNotIn("has ended", told)
+        self.assertNotIn("All is well", told)
+        self.gateway.sign_in()
+        self.gateway.await_synced(images)
+        self.assertEqual(self.counts(), (0, {}))
+
+    def test_a_listener_that_should_listen_and_does_not_is_no_health(self):
+        # Given
+        port = self.gateway.port
+        self.gateway.end()
+        with socket.socket() as other:
+            other.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
+            other.bind(("127.0.0.1", port))
+            other.listen()
+
+            # When
+            self.start_again()
+            self.gateway.await_status("its failure", lambda s: s["listener"]["error"])
+
+            # Then
+            self.assertEqual(self.counts(), (1, {"listenerNotListening": (1, 0)}))
+            self.assertNotIn("All is well", self.gateway.command("doctor", check=False).stdout)
+
+        # And: one that is switched off is as it should be
+        self.gateway.command("settings", "set", "ListenerSettings.isEnabled", "false")
+        self.gateway.await_status("a stopped one", lambda s: s["listener"]["state"] == "stopped")
+        self.assertEqual(self.counts(), (0, {}))
 
     def test_a_used_up_allowance_is_told_in_a_sentence_until_there_is_room(self):
         # Given
@@ -130,6 +173,7 @@ class Doctor(EndToEndTest):
 
     def test_images_that_are_just_coming_in_are_no_fault(self):
         # Given
+        self.gateway.sign_in()
         images = self.samples(ct=300)
 
         # When

@@ -1,6 +1,7 @@
 """Trouble of a disk decides about no image: what was acknowledged is tried again, or set aside where people see it."""
 
 import errno
+import json
 import re
 import subprocess
 import time
@@ -63,6 +64,9 @@ class SickDisk(EndToEndTest):
 
         # Then
         self.gateway.await_status("a pause", lambda s: s["waiting"]["pausedBy"] == "indexTrouble")
+        examined = self.gateway.command("doctor", "--json", check=False)
+        self.assertEqual(examined.returncode, 1)
+        self.assertIn("indexNotWritten", [finding["kind"] for finding in json.loads(examined.stdout)["findings"]])
         self.assertEqual(self.cloud.requests("POST", "/dicom-web/studies"), 0)
         self.disk.heal()
         self.gateway.await_synced(sent)
@@ -98,6 +102,7 @@ class SickDisk(EndToEndTest):
         await_true("an empty inbox", lambda: not list(self.inbox.glob("*.dcm")), self.gateway.process)
 
     def test_what_was_set_aside_is_told_everywhere_and_taken_in_by_a_repair(self):
+        self.gateway.sign_in()
         # Given: as an earlier version left an image that it couldn't read in a bad moment
         files = self.samples(ct=1)
         aside = self.inbox / ".rejected"

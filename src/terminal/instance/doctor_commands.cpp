@@ -40,9 +40,9 @@ DoctorCommands::DoctorCommands(index::DicomDB &index,
                                platform::MainExecutor &main,
                                std::function<QString()> incomingFolder,
                                std::function<void()> onImagesRecorded,
-                               std::function<Uploads()> uploads)
+                               std::function<Standing()> standing)
     : m_index(index), m_main(main), m_incomingFolder(std::move(incomingFolder)),
-      m_onImagesRecorded(std::move(onImagesRecorded)), m_uploads(std::move(uploads))
+      m_onImagesRecorded(std::move(onImagesRecorded)), m_standing(std::move(standing))
 {
 }
 
@@ -87,7 +87,7 @@ void DoctorCommands::examine(const ControlRequest &request, const Answer &answer
                             });
 }
 
-void DoctorCommands::finish(const doctor::Diagnosis &diagnosis,
+void DoctorCommands::finish(doctor::Diagnosis diagnosis,
                             const index::WaitingRetries &retries,
                             const std::optional<platform::HelperFences> &fences,
                             bool repair,
@@ -101,12 +101,18 @@ void DoctorCommands::finish(const doctor::Diagnosis &diagnosis,
         answer(ControlReply::failure(QStringLiteral("The examination was ended.")));
         return;
     }
-    const Uploads uploads = m_uploads();
-    QJsonObject report = toJson(diagnosis, repair, {retries, uploads.pause});
-    addFences(report, fences);
+    const Standing standing = m_standing();
     const qint64 unsent = m_index.notSyncedCounts().images;
-    if (unsent > 0 && !uploads.missingSession.isEmpty()) {
-        addMissingSession(report, unsent, uploads.missingSession);
+    if (!standing.isListeningAsItShould) {
+        diagnosis.findings.append({.kind = doctor::FindingKind::listenerNotListening, .count = 1});
+    }
+    if (unsent > 0 && !standing.isSignedIn && standing.missingSession.isEmpty()) {
+        diagnosis.findings.append({.kind = doctor::FindingKind::nobodySignedIn, .count = unsent});
+    }
+    QJsonObject report = toJson(diagnosis, repair, {retries, standing.pause});
+    addFences(report, fences);
+    if (unsent > 0 && !standing.missingSession.isEmpty()) {
+        addMissingSession(report, unsent, standing.missingSession);
     }
     answer(ControlReply::success(report));
 }

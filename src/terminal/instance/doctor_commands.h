@@ -35,22 +35,24 @@ class DoctorCommands : public std::enable_shared_from_this<DoctorCommands>
 public:
     using Answer = std::function<void(ControlReply)>;
 
-    /// How uploads stand beside what the index says.
-    struct Uploads
+    /// How the rest of the instance stands beside what the index says.
+    struct Standing
     {
         std::optional<upload::UploadGate::Closure> pause;
-        QString missingSession; ///< who ended the session and what to do; empty where nobody did
+        QString missingSession;            ///< who ended the session and what to do; empty where nobody did
+        bool isSignedIn = true;            ///< or it isn't known
+        bool isListeningAsItShould = true; ///< or it isn't meant to listen
     };
 
     /// \param index, main       outlive this.
     /// \param incomingFolder    where received files arrive, asked for at each examination.
     /// \param onImagesRecorded  called when images were recorded that wait for their upload now.
-    /// \param uploads           asked for at the end of each examination.
+    /// \param standing          asked for at the end of each examination.
     DoctorCommands(index::DicomDB &index,
                    platform::MainExecutor &main,
                    std::function<QString()> incomingFolder,
                    std::function<void()> onImagesRecorded,
-                   std::function<Uploads()> uploads);
+                   std::function<Standing()> standing);
 
     /// Carries the request out if it is this one; `answer` is called once then, when the examination is over.
     ///
@@ -59,7 +61,7 @@ public:
 
 private:
     void examine(const ControlRequest &request, const Answer &answer);
-    void finish(const doctor::Diagnosis &diagnosis,
+    void finish(doctor::Diagnosis diagnosis,
                 const index::WaitingRetries &retries,
                 const std::optional<platform::HelperFences> &fences,
                 bool repair,
@@ -69,7 +71,7 @@ private:
     platform::MainExecutor &m_main;
     const std::function<QString()> m_incomingFolder;
     const std::function<void()> m_onImagesRecorded;
-    const std::function<Uploads()> m_uploads;
+    const std::function<Standing()> m_standing;
     bool m_isExamining = false;
     platform::Task m_task; // last: joined before the fields go
 };

@@ -41,13 +41,13 @@ protected:
 
     TemporaryIndex home;
     int uploadRequests = 0;
-    DoctorCommands::Uploads uploads;
+    DoctorCommands::Standing standing;
     std::shared_ptr<DoctorCommands> commands = std::make_shared<DoctorCommands>(
         home.index(),
         home.main,
         [this] { return home.path(u"Import"_qs); },
         [this] { ++uploadRequests; },
-        [this] { return uploads; });
+        [this] { return standing; });
 };
 
 TEST_F(DoctorCommandsTest, AnswersWithTheReport)
@@ -77,7 +77,7 @@ TEST_F(DoctorCommandsTest, AsksForAnUploadOfWhatItRecorded)
 
 TEST_F(DoctorCommandsTest, FindsThatImagesWaitWithoutASession)
 {
-    uploads.missingSession = u"The cloud ended the session."_qs;
+    standing.missingSession = u"The cloud ended the session."_qs;
     std::optional<ControlReply> empty;
     commands->handle(doctorRequest({}), into(empty));
     await(empty);
@@ -92,6 +92,37 @@ TEST_F(DoctorCommandsTest, FindsThatImagesWaitWithoutASession)
     const QJsonValue finding = reply->result[u"findings"].toArray().last();
     EXPECT_EQ(finding[u"kind"].toString(), u"noSession"_qs);
     EXPECT_EQ(finding[u"count"].toInt(), 2);
+    EXPECT_FALSE(reply->result[u"well"].toBool());
+}
+
+TEST_F(DoctorCommandsTest, FindsThatImagesWaitAndNobodyIsSignedIn)
+{
+    standing.isSignedIn = false;
+    std::optional<ControlReply> empty;
+    commands->handle(doctorRequest({}), into(empty));
+    await(empty);
+    EXPECT_EQ(empty->result[u"findings"].toArray().size(), 1) << "no image waits";
+
+    home.import(TemporaryIndex::image(u"9.8"_qs));
+    std::optional<ControlReply> reply;
+    commands->handle(doctorRequest({.repair = true}), into(reply));
+    await(reply);
+
+    const QJsonValue finding = reply->result[u"findings"].toArray().last();
+    EXPECT_EQ(finding[u"kind"].toString(), u"noSession"_qs);
+    EXPECT_EQ(finding[u"count"].toInt(), 2);
+    EXPECT_TRUE(finding[u"sentence"].toString().contains(u"nobody is signed in"_qs));
+    EXPECT_FALSE(reply->result[u"well"].toBool());
+}
+
+TEST_F(DoctorCommandsTest, FindsAListenerThatDoesNotListen)
+{
+    standing.isListeningAsItShould = false;
+    std::optional<ControlReply> reply;
+    commands->handle(doctorRequest({.repair = true}), into(reply));
+    await(reply);
+
+    EXPECT_EQ(reply->result[u"findings"].toArray().last()[u"kind"].toString(), u"listenerNotListening"_qs);
     EXPECT_FALSE(reply->result[u"well"].toBool());
 }
 
