@@ -34,6 +34,7 @@ TEST_F(ListenerWatching, TellsTheConfiguredPortWhileNothingListens)
     EXPECT_EQ(figures.port, 4242);
     EXPECT_EQ(figures.address, u"127.0.0.1:4242"_qs);
     EXPECT_EQ(figures.failure, QString());
+    EXPECT_TRUE(figures.isAsItShouldBe()) << "it is switched off";
 }
 
 TEST_F(ListenerWatching, KeepsWhyAStartFailedUntilOneSucceeds)
@@ -44,6 +45,7 @@ TEST_F(ListenerWatching, KeepsWhyAStartFailedUntilOneSucceeds)
 
     EXPECT_FALSE(m_watch.figures().isStarted);
     EXPECT_TRUE(m_watch.figures().failure.startsWith(u"Failed to start DIMSE listener"_qs));
+    EXPECT_FALSE(m_watch.figures().isAsItShouldBe());
 
     m_world.service->startListener();
     m_world.waitUntil([this] { return m_watch.figures().failure.isEmpty(); });
@@ -59,6 +61,7 @@ TEST_F(ListenerWatching, SaysThatNobodyCanSendWhileTheReceiverIsStartedAgain)
     callbacks.interrupted({platform::StoreSCPInterruption::Cause::ended, 137, u"It was ended."_qs, {}});
     m_world.settle();
     EXPECT_TRUE(m_watch.figures().isInterrupted);
+    EXPECT_FALSE(m_watch.figures().isAsItShouldBe());
     EXPECT_EQ(m_watch.figures().failure, u"It was ended."_qs);
 
     callbacks.resumed();

@@ -2,6 +2,7 @@
 
 import json
 import shutil
+import socket
 import unittest
 
 from harness import TITLE, Gateway, await_true
@@ -30,6 +31,11 @@ class Evidence(WithoutCompression):
         self.gateway = Gateway(self.folder, self.cloud.address)
         self.addCleanup(self.gateway.end)
         self.gateway.port = port
+        await_true("the listener", self.is_listening, self.gateway.process)
+
+    def is_listening(self):
+        with socket.socket() as device:
+            return device.connect_ex(("127.0.0.1", self.gateway.port)) == 0
 
     def lose_the_index(self):
         shutil.rmtree(self.gateway.home / "index")
