@@ -101,7 +101,8 @@ public:
             return false;
         }
         const auto next = littleEndianAt(m_bytes, m_fragments.position());
-        const bool isCounted = !isVideo(m_header.layout.transferSyntax) && next != kItemBytes;
+        const bool isShort = m_bytes.size() - m_last.end() < kShortestElement;
+        const bool isCounted = isShort && !isVideo(m_header.layout.transferSyntax) && next != kItemBytes;
         return next == kDelimiterBytes || (isCounted && m_count > 0 && tableIsKept() && lastFrameIsWhole());
     }
 
@@ -155,13 +156,13 @@ private:
         return (m_tableSize > 0 ? m_lastFrameBegins == m_count - 1 : m_count == m_frames) && !endIsFilling();
     }
 
-    /// A fragment that was cut may have been filled up.
+    /// A fragment that was cut may have been filled up, and what should stand behind it, too.
     bool endIsFilling() const
     {
-        const std::string last = m_last.length < kShortestElement
-                                     ? std::string()
-                                     : m_bytes.text(m_last.end() - kShortestElement, kShortestElement);
-        return !last.empty() && isFilling(last);
+        const std::uint64_t behind = m_bytes.size() - m_last.end();
+        const std::uint64_t seen = std::min<std::uint64_t>(behind > 0 ? 1 : kShortestElement, m_last.length);
+        return seen > 0 &&
+               isFilling(m_bytes.text(m_last.end() - seen, static_cast<std::size_t>(seen + behind)));
     }
 
     const ObjectHeader &m_header;
