@@ -35,7 +35,8 @@ QrnNotOffered::QrnNotOffered(QString description)
 QrnStowResponse::QrnStowResponse(QList<QStringList> failedInstances,
                                  int reason,
                                  QHash<QString, int> reasonOfEach,
-                                 std::exception_ptr whatEndedRequests)
+                                 std::exception_ptr whatEndedRequests,
+                                 QSet<QString> thereAlready)
     : QuorinError(
           failedInstances.size() == 1
               ? QStringLiteral("The cloud service did not store one image.")
@@ -43,7 +44,7 @@ QrnStowResponse::QrnStowResponse(QList<QStringList> failedInstances,
           QStringLiteral("QuorinAPI.QrnStowResponse"),
           reason),
       failures(std::move(failedInstances)), reasons(std::move(reasonOfEach)),
-      cause(std::move(whatEndedRequests))
+      alreadyStored(std::move(thereAlready)), cause(std::move(whatEndedRequests))
 {
 }
 

@@ -111,10 +111,12 @@ public:
     /// \param reason    the first failure reason that the server gave (PS3.18 I.2.2), 0 for none.
     /// \param reasons   see the member.
     /// \param cause     see the member.
+    /// \param thereAlready  see `alreadyStored`.
     QrnStowResponse(QList<QStringList> failures,
                     int reason,
                     QHash<QString, int> reasons = {},
-                    std::exception_ptr cause = nullptr);
+                    std::exception_ptr cause = nullptr,
+                    QSet<QString> thereAlready = {});
 
     /// One entry a failed instance, each with the texts that identify it: the bare SOP instance UID where
     /// it is known, and the local path of the file that was sent. A file without a readable meta header

@@ -260,9 +260,7 @@ QVariantMap StowBatch::outcome() const
                       0,
                       NoAnswer::unusableFile);
     }
-    QrnStowResponse refusal(failures, reason, reasons, m_error);
-    refusal.alreadyStored = alreadyStored();
-    throw refusal;
+    throw QrnStowResponse(failures, reason, reasons, m_error, alreadyStored());
 }
 
 QSet<QString> StowBatch::alreadyStored() const

@@ -238,9 +238,7 @@ private:
             }
         }
         if (!failures.isEmpty()) {
-            platform::QrnStowResponse refusal(failures, 0xA700);
-            refusal.alreadyStored = alreadyStored;
-            throw refusal;
+            throw platform::QrnStowResponse(failures, 0xA700, {}, nullptr, alreadyStored);
         }
         return {{QStringLiteral("00081199"), QVariantMap{{QStringLiteral("Value"), items}}}};
     }
