@@ -193,8 +193,9 @@ struct Bench
     NoCleanup cleanup;
     SilentLog log;
     gateway::log::StoreLogEmitter emitter{log, clock};
+    upload::NewSeries newSeries;
     upload::UploadCollaborators with{
-        index, stow, converter, session, state, terms, cleanup, emitter, main, clock};
+        index, stow, converter, session, state, terms, cleanup, emitter, main, clock, newSeries};
 
     platform::CloudConfiguration configuration() const
     {
