@@ -107,6 +107,21 @@ std::optional<QVariant> read(Database &database, const QString &key)
     return statement.step() ? valueOf(statement) : std::nullopt;
 }
 
+/// The value with a text of its own: what is kept here for all threads and what one of them holds share
+/// nothing.
+QVariant unshared(const QVariant &value)
+{
+    if (value.typeId() == QMetaType::QString) {
+        const QString text = value.toString();
+        return QString(text.constData(), text.size());
+    }
+    if (value.typeId() == QMetaType::QByteArray) {
+        const QByteArray bytes = value.toByteArray();
+        return QByteArray(bytes.constData(), bytes.size());
+    }
+    return value;
+}
+
 QHash<QString, QVariant> readAll(Database &database)
 {
     QHash<QString, QVariant> values;
@@ -241,7 +256,7 @@ struct UserDefaults::Connection
     void remember(const QString &key, const std::optional<QVariant> &value) QUORIN_REQUIRES(mutex)
     {
         if (value) {
-            known.insert(key, *value);
+            known.insert(key, unshared(*value));
         } else {
             known.remove(key);
         }
@@ -250,7 +265,7 @@ struct UserDefaults::Connection
     std::optional<QVariant> remembered(const QString &key) const QUORIN_REQUIRES(mutex)
     {
         const auto found = known.constFind(key);
-        return found == known.constEnd() ? std::nullopt : std::optional(*found);
+        return found == known.constEnd() ? std::nullopt : std::optional(unshared(*found));
     }
 };
 
