@@ -126,9 +126,15 @@ AttemptEnd InstanceVerifier::confirm(const PreparedCandidate &prepared, bool was
     if (wasThere && !prepared.mayBeThere && !noteDoubt(prepared)) {
         return kDoubtNotNoted;
     }
-    return m_with.index.mayOtherVersionBeSent({prepared.identity.instance, prepared.version})
-               ? compareWithCloud(prepared)
-               : StoreUpload::kUploaded;
+    const bool isInDoubt = m_with.index.mayOtherVersionBeSent({prepared.identity.instance, prepared.version});
+    if (!wasThere && !isInDoubt) {
+        return StoreUpload::kUploaded;
+    }
+    const AttemptEnd end = compareWithCloud(prepared);
+    // What was there may have come from here before, as the record says. Its word counts only where the cloud
+    // gives nothing out: a request that failed or broke off has left the same record.
+    const bool isRecordAll = !isInDoubt && end.failure.failureClass == FailureClass::notComparable;
+    return isRecordAll ? StoreUpload::kUploaded : end;
 }
 
 /// Fetches the instance and compares it. One that isn't there, or can't be had from this archive, can't be

@@ -108,13 +108,18 @@ TEST_F(InstanceVerifierTest, FetchesWhatTheCloudHadThoughItWasNotSentFromHere)
     EXPECT_EQ(around.leftovers(), 0);
 }
 
-TEST_F(InstanceVerifierTest, TakesTheWordOfACloudThatMayHaveItFromHere)
+TEST_F(InstanceVerifierTest, TakesTheWordOfACloudThatMayHaveItFromHereWhereItGivesNothingBack)
 {
     upload();
     prepared.mayBeThere = true;
 
+    EXPECT_EQ(verifier.confirm(prepared, true),
+              (AttemptEnd{.result = AttemptResult::success, .isVerified = true}));
+    around.converter.compareAs(platform::Likeness::different);
+    EXPECT_EQ(verifier.confirm(prepared, true), failedFor(FailureClass::anotherVersionInCloud));
+
+    around.cloud.giveNothingBack(404);
     EXPECT_EQ(verifier.confirm(prepared, true), StoreUpload::kUploaded);
-    EXPECT_TRUE(around.cloud.retrieved().isEmpty());
     EXPECT_TRUE(around.index.sent().isEmpty());
 }
 

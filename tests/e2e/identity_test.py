@@ -323,7 +323,7 @@ class CorrectedImage(WithoutCompression):
         # Then
         self.await_held_back()
 
-    def test_the_same_image_again_needs_no_look_into_the_cloud(self):
+    def test_the_same_image_again_is_proven_by_one_look(self):
         # Given
         self.send(self.FIRST)
         self.await_all(1)
@@ -336,7 +336,7 @@ class CorrectedImage(WithoutCompression):
         self.await_all(1)
 
         # Then
-        self.assertEqual(self.cloud.requests("GET", "/dicom-web"), 0)
+        self.assertEqual(self.cloud.requests("GET", "/dicom-web"), 1)
 
 
 class ForeignVersion(WithoutCompression):
@@ -386,6 +386,19 @@ class ForeignVersion(WithoutCompression):
         self.send(self.OURS)
         self.await_failure("serviceFault")
         self.gateway.command("upload")
+
+        # Then
+        self.await_failure("anotherVersionInCloud")
+
+    def test_it_is_kept_where_an_earlier_try_never_arrived_and_the_device_sends_it_again(self):
+        # Given
+        self.store_theirs("refuse")
+        self.cloud.steer("faults", path="/dicom-web/studies", method="POST", count=1, status=500)
+        self.send(self.OURS)
+        self.await_failure("serviceFault")
+
+        # When
+        self.send(self.OURS)
 
         # Then
         self.await_failure("anotherVersionInCloud")
