@@ -1,9 +1,8 @@
 #pragma once
 
-#include "dicom_helper/worker/byte_source.h"
+#include "dicom_helper/worker/fragments.h"
 
 #include <cstdint>
-#include <optional>
 #include <span>
 #include <stdexcept>
 #include <vector>
@@ -32,13 +31,10 @@ public:
     bool atEnd();
 
 private:
-    std::optional<std::uint32_t> itemLength();
-
     ByteSource &m_source;
-    std::uint64_t m_position;
-    std::uint64_t m_firstFragment = 0;
+    Fragments m_fragments;
+    std::uint64_t m_first; // where the first fragment begins
     std::uint64_t m_index = 0;
-    std::vector<std::byte> m_table;
     std::vector<std::byte> m_fragment;
 };
 

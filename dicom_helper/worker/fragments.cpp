@@ -4,13 +4,6 @@
 
 namespace gateway::dicom_helper::worker {
 
-namespace {
-
-/// The tag (FFFE,E000) as its four bytes read as one number.
-constexpr std::uint32_t kItemBytes = 0xE000FFFEU;
-
-} // namespace
-
 Fragments::Fragments(ByteSource &source, std::uint64_t offset) : m_source(source), m_position(offset)
 {
     m_table = next();

@@ -7,6 +7,10 @@
 
 namespace gateway::dicom_helper::worker {
 
+/// The tags of an item and of a sequence's delimiter, as their four bytes read as one number.
+inline constexpr std::uint32_t kItemBytes = 0xE000FFFEU;
+inline constexpr std::uint32_t kDelimiterBytes = 0xE0DDFFFEU;
+
 /// The fragments of encapsulated pixel data, one after another (PS3.5 A.4). They may reach beyond the source.
 ///
 /// Thread: the worker's only one. Borrows the source.

@@ -19,10 +19,6 @@ constexpr std::uint16_t kDigitalSignatures = 0xFFFA;
 constexpr std::uint64_t kLongestPadding = std::uint64_t{64} * 1024;
 constexpr std::uint64_t kSmallestBlock = 512;
 
-/// The tags of an item and of a sequence's delimiter, as their four bytes read as one number.
-constexpr std::uint32_t kItemBytes = 0xE000FFFEU;
-constexpr std::uint32_t kDelimiterBytes = 0xE0DDFFFEU;
-
 /// What nothing but the filling of a last block looks like.
 bool isFilling(std::string_view tail)
 {

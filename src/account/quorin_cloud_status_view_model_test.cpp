@@ -1,47 +1,13 @@
 #include "account/quorin_cloud_status_view_model.h"
 
 #include "account/testing/account_world.h"
-#include "platform/quorin_api/qrn_status_api.h"
-
-#include <atomic>
+#include "account/testing/fake_status_api.h"
 
 namespace gateway::account::testing {
 
 namespace {
 
 using std::chrono::seconds;
-
-/// A cloud that answers or not, as told, and can be made to think. Thread: any.
-class FakeStatusAPI final : public platform::QrnStatusAPIProtocol
-{
-public:
-    void ping() override
-    {
-        const platform::MutexLock lock(m_mutex);
-        ++pings;
-        while (m_isHeld) {
-            m_changed.wait(m_mutex);
-        }
-        if (isAway) {
-            throw platform::AFError(QStringLiteral("Nobody answers."), std::nullopt, 7);
-        }
-    }
-
-    void hold(bool isHeld)
-    {
-        const platform::MutexLock lock(m_mutex);
-        m_isHeld = isHeld;
-        m_changed.notifyAll();
-    }
-
-    std::atomic<bool> isAway = false;
-    std::atomic<int> pings = 0;
-
-private:
-    platform::Mutex m_mutex;
-    platform::Condition m_changed;
-    bool m_isHeld QUORIN_GUARDED_BY(m_mutex) = false;
-};
 
 struct QuorinCloudStatus : AccountWorld
 {

@@ -13,7 +13,7 @@ class Database;
 
 namespace gateway::index {
 
-/// Whose hands a stored file comes from. The numbers are those of the index.
+/// By which way a stored file came. The numbers are those of the index.
 enum class FileOrigin
 {
     network = 0,   ///< a modality was told that it is stored

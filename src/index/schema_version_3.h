@@ -32,8 +32,8 @@ END;
 /// Which of several stored copies of an image counts, and which of them may go.
 ///
 /// `acknowledged` is when the file of a row was acknowledged, in nanoseconds since 1970, 0 where that isn't
-/// known; `damaged` tells a file that ends before its elements do, `cameFrom` is whose
-/// hands it comes from, a FileOrigin. `SupersededFile` holds the stored files of images whose rows stand for
+/// known; `damaged` tells a file that ends before its elements do, `cameFrom` is the
+/// way by which it came, a FileOrigin. `SupersededFile` holds the stored files of images whose rows stand for
 /// another one, `successor`; `owed` is 1 for one that a modality may have been told is stored and that wasn't
 /// in the cloud when it came to stand aside. `recordAgainFrom` is the number of the first stored file that
 /// may lack its rows because the index was made anew; NULL where all have them.

@@ -69,7 +69,7 @@ std::optional<AttemptEnd> InstanceVerifier::endWithoutRequest(const PreparedCand
 std::optional<AttemptEnd> InstanceVerifier::lookForUnrecorded(const PreparedCandidate &prepared) const
 {
     try {
-        if (!mayBeThere(prepared.identity)) {
+        if (!isHeld(prepared.identity)) {
             return std::nullopt;
         }
     } catch (const std::exception &error) {
@@ -100,7 +100,7 @@ std::optional<AttemptEnd> InstanceVerifier::lookForUnknown(const PreparedCandida
     }
 }
 
-bool InstanceVerifier::mayBeThere(const platform::InstanceIdentity &identity) const
+bool InstanceVerifier::isHeld(const platform::InstanceIdentity &identity) const
 {
     if (!identity.study.isEmpty() && !identity.series.isEmpty()) {
         if (m_with.newSeries.contains(identity)) {
@@ -131,10 +131,22 @@ AttemptEnd InstanceVerifier::confirm(const PreparedCandidate &prepared, bool was
         return StoreUpload::kUploaded;
     }
     const AttemptEnd end = compareWithCloud(prepared);
-    // What was there may have come from here before, as the record says. Its word counts only where the cloud
-    // gives nothing out: a request that failed or broke off has left the same record.
-    const bool isRecordAll = !isInDoubt && end.failure.failureClass == FailureClass::notComparable;
-    return isRecordAll ? StoreUpload::kUploaded : end;
+    const bool isInTheDark = end.failure.failureClass == FailureClass::notComparable;
+    return isInDoubt || !isInTheDark ? end : endByRecord(prepared);
+}
+
+/// What was there may have come from here before, as the record says. Its word counts only where the cloud
+/// gives nothing out, for a request that failed or broke off has left the same record; and not against a
+/// query.
+AttemptEnd InstanceVerifier::endByRecord(const PreparedCandidate &prepared) const
+{
+    try {
+        return m_with.cloud.isFound(prepared.identity) ? StoreUpload::kUploaded
+                                                       : failed(FailureClass::notConfirmed);
+    } catch (const std::exception &error) {
+        const AttemptEnd unasked = failedEnd(error, prepared);
+        return isNotOffered(unasked) ? StoreUpload::kUploaded : unasked;
+    }
 }
 
 /// Fetches the instance and compares it. One that isn't there, or can't be had from this archive, can't be

@@ -11,8 +11,7 @@ namespace gateway::upload {
 ///
 /// It is, unless the cloud may hold another version of the instance: because this gateway may have sent one,
 /// and some archives keep the first and answer a second like one that is stored; or because the cloud says
-/// that it had the instance already, though it can't have it from here. Then only the instance itself proves
-/// it, fetched and compared.
+/// that it had the instance already. Then only the instance itself proves it, fetched and compared.
 ///
 /// Owner: UploadAttempt. Thread: any, several at a time; blocks while the cloud is asked.
 class InstanceVerifier
@@ -37,8 +36,9 @@ private:
     lookForUnrecorded(const StoreUpload::PreparedCandidate &prepared) const;
     std::optional<StoreUpload::AttemptEnd>
     lookForUnknown(const StoreUpload::PreparedCandidate &prepared) const;
-    bool mayBeThere(const platform::InstanceIdentity &identity) const;
+    bool isHeld(const platform::InstanceIdentity &identity) const;
     bool noteDoubt(const StoreUpload::PreparedCandidate &prepared) const;
+    StoreUpload::AttemptEnd endByRecord(const StoreUpload::PreparedCandidate &prepared) const;
     StoreUpload::AttemptEnd compareWithCloud(const StoreUpload::PreparedCandidate &prepared) const;
 
     const UploadCollaborators &m_with;

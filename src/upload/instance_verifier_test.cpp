@@ -120,7 +120,17 @@ TEST_F(InstanceVerifierTest, TakesTheWordOfACloudThatMayHaveItFromHereWhereItGiv
 
     around.cloud.giveNothingBack(404);
     EXPECT_EQ(verifier.confirm(prepared, true), StoreUpload::kUploaded);
+    around.cloud.takeNoQueries();
+    EXPECT_EQ(verifier.confirm(prepared, true), StoreUpload::kUploaded);
     EXPECT_TRUE(around.index.sent().isEmpty());
+}
+
+TEST_F(InstanceVerifierTest, TakesNoWordAgainstAQueryThatDoesNotFindIt)
+{
+    prepared.mayBeThere = true;
+    around.cloud.giveNothingBack(404);
+
+    EXPECT_EQ(verifier.confirm(prepared, true), failedFor(FailureClass::notConfirmed));
 }
 
 TEST_F(InstanceVerifierTest, TakesNothingForProvenWhereItsDoubtCannotBeNoted)

@@ -1,27 +1,12 @@
 #include "upload/upload_opener.h"
 
+#include "account/testing/fake_status_api.h"
 #include "account/testing/session_world.h"
 #include "core/notification_names.h"
-#include "platform/quorin_api/qrn_status_api.h"
-
-#include <atomic>
 
 namespace gateway::upload {
 
 namespace {
-
-class FakeStatusAPI final : public platform::QrnStatusAPIProtocol
-{
-public:
-    void ping() override
-    {
-        if (isAway) {
-            throw platform::AFError(QStringLiteral("Nobody answers."), std::nullopt);
-        }
-    }
-
-    std::atomic<bool> isAway = false;
-};
 
 class RecordingRequests final : public UploadRequests
 {
@@ -62,7 +47,7 @@ struct UploadOpenerTest : account::testing::SessionWorld
 
     RecordingRequests recorded;
     std::vector<std::pair<QString, UploadUrgency>> &requests = recorded.all;
-    FakeStatusAPI status;
+    account::testing::FakeStatusAPI status;
     account::CloudWatch watch{
         {status, service, terms, settings, defaults, notifications, main, pool, clock, auth}};
     UploadOpener opener{{defaults, notifications, auth, watch, recorded}};

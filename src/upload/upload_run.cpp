@@ -19,17 +19,17 @@ constexpr qsizetype kFilesAhead = 2;
 
 UploadCollaborators withConverter(const UploadCollaborators &with, platform::DicomConverting &converter)
 {
-    return {with.index,
-            with.cloud,
-            converter,
-            with.session,
-            with.state,
-            with.terms,
-            with.cleanup,
-            with.emitter,
-            with.main,
-            with.clock,
-            with.newSeries};
+    return {.index = with.index,
+            .cloud = with.cloud,
+            .converter = converter,
+            .session = with.session,
+            .state = with.state,
+            .terms = with.terms,
+            .cleanup = with.cleanup,
+            .emitter = with.emitter,
+            .main = with.main,
+            .clock = with.clock,
+            .newSeries = with.newSeries};
 }
 
 std::unique_ptr<ConversionAhead> aheadFor(const StoreUpload::ExecutionConfig &config,

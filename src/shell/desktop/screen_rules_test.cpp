@@ -2,9 +2,9 @@
 
 #include "account/cloud_watch.h"
 #include "account/gateway_quorin_cloud_terms_coordinator.h"
+#include "account/testing/fake_status_api.h"
 #include "account/testing/session_world.h"
 #include "core/notification_names.h"
-#include "platform/quorin_api/qrn_status_api.h"
 #include "state/testing/state_world.h"
 
 #include <QtCore/QStringList>
@@ -14,12 +14,6 @@
 namespace gateway::shell {
 
 namespace {
-
-class FakeStatusAPI final : public platform::QrnStatusAPIProtocol
-{
-public:
-    void ping() override {}
-};
 
 class RecordingScreens final : public Screens
 {
@@ -49,7 +43,7 @@ struct ScreenRulesTest : account::testing::SessionWorld
         main.drain();
     }
 
-    FakeStatusAPI status;
+    account::testing::FakeStatusAPI status;
     state::testing::StateWorld live;
     RecordingScreens screens;
     account::CloudWatch watch{

@@ -1,13 +1,4 @@
-#include "shell/log/log_screen.h"
-
-#include "log/gateway_logs_view_model.h"
-#include "log/testing/log_folder.h"
-#include "platform/concurrency/main_executor.h"
-#include "platform/concurrency/testing/manual_clock.h"
-#include "platform/concurrency/worker_pool.h"
-#include "platform/defaults/user_defaults.h"
 #include "shell/controls/button.h"
-#include "shell/controls/combo_box.h"
 #include "shell/controls/confirm_dialog.h"
 #include "shell/controls/empty_state.h"
 #include "shell/controls/fixed_digit_label.h"
@@ -17,22 +8,13 @@
 #include "shell/controls/text_field.h"
 #include "shell/controls/toast.h"
 #include "shell/log/log_details.h"
-#include "shell/log/log_table.h"
-#include "shell/log/log_table_model.h"
-#include "shell/log/testing/log_events.h"
-#include "shell/testing/screen_checks.h"
-#include "shell/testing/themed_window.h"
+#include "shell/log/testing/log_screen_world.h"
 
 #include <QtGui/QClipboard>
-#include <QtWidgets/QAbstractButton>
 #include <QtWidgets/QHeaderView>
-#include <QtWidgets/QLabel>
 #include <QtWidgets/QPlainTextEdit>
 #include <QtWidgets/QScrollBar>
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <future>
 
 namespace gateway::shell {
@@ -40,149 +22,11 @@ namespace {
 
 using log::testing::eventAt;
 using testing::failedUpload;
+using testing::kAutoRefreshKey;
+using testing::kFile;
+using testing::kOther;
+using testing::LogScreenTest;
 using testing::someEvent;
-using ::testing::Test;
-
-const QString kFile = QStringLiteral("gateway-transfer-20260102-080000-AAAAAAAA.jsonl");
-const QString kOther = QStringLiteral("gateway-transfer-20260102-070000-BBBBBBBB.jsonl");
-const QString kAutoRefreshKey = QStringLiteral("QuorinGateway.logs.autoRefreshEnabled");
-
-class LogScreenTest : public Test
-{
-protected:
-    enum class Wait
-    {
-        no,
-        untilRead
-    };
-
-    void fill(int from, int to) const
-    {
-        for (int second = from; second < to; ++second) {
-            folder.append(kFile, someEvent(second));
-        }
-    }
-
-    /// Opens the screen in a window and, unless told otherwise, waits until it has read.
-    void open(const QString &directory, Wait wait = Wait::untilRead)
-    {
-        fixture = std::make_unique<testing::ThemedWindow>();
-        fixture->window().resize(1180, 780);
-        fixture->window().layout()->setContentsMargins({});
-        model = std::make_unique<log::GatewayLogsViewModel>(
-            log::GatewayLogsParts{defaults, main, pool, clock}, directory);
-        screen = new LogScreen({fixture->theme(), *model, defaults, main, pool, [this](const QString &path) {
-                                    opened.append(path);
-                                    return canOpen;
-                                }});
-        fixture->add(screen);
-        ASSERT_TRUE(fixture->show());
-        if (wait == Wait::untilRead) {
-            finishReading();
-        }
-    }
-    void open() { open(folder.path()); }
-
-    void TearDown() override
-    {
-        fixture.reset();
-        model.reset();
-    }
-
-    void finishReading()
-    {
-        while (model->isLoading()) {
-            QApplication::processEvents();
-        }
-        QApplication::processEvents();
-    }
-
-    void refresh()
-    {
-        model->refresh();
-        finishReading();
-    }
-
-    template <typename Widget>
-    Widget &the() const
-    {
-        return *fixture->window().findChild<Widget *>();
-    }
-
-    LogTable &table() const { return the<LogTable>(); }
-    int rowCount() const { return table().model()->rowCount(); }
-
-    QAbstractButton &button(const QString &text) const
-    {
-        for (auto *each : fixture->window().findChildren<QAbstractButton *>()) {
-            if (each->text() == text && each->isVisible()) {
-                return *each;
-            }
-        }
-        ADD_FAILURE() << "no button " << text.toStdString();
-        std::abort();
-    }
-
-    /// Whether a label with these words is to be seen.
-    bool shows(const QString &words) const
-    {
-        const auto labels = screen->findChildren<QLabel *>();
-        return std::any_of(labels.begin(), labels.end(), [&](const QLabel *label) {
-            return label->isVisible() && label->text() == words;
-        });
-    }
-
-    ComboBox &box(const QString &name) const
-    {
-        for (auto *each : screen->findChildren<ComboBox *>()) {
-            if (each->accessibleName() == name) {
-                return *each;
-            }
-        }
-        std::abort();
-    }
-
-    /// Chooses by the keyboard.
-    void choose(ComboBox &from, int downwards) const
-    {
-        from.setFocus();
-        for (int step = 0; step < downwards; ++step) {
-            QTest::keyClick(&from, Qt::Key_Down);
-        }
-    }
-
-    void clickRow(int row) const
-    {
-        const QRect cell = table().visualRect(table().model()->index(row, LogTableModel::action));
-        QTest::mouseClick(table().viewport(), Qt::LeftButton, {}, cell.center());
-    }
-
-    QString timeAt(int row) const
-    {
-        return table().model()->index(row, LogTableModel::time).data().toString();
-    }
-
-    /// Keeps a picture of the window for whoever asks for them.
-    void picture(const QString &name) const
-    {
-        const QString directory = qEnvironmentVariable("QUORIN_PICTURES");
-        if (!directory.isEmpty()) {
-            ASSERT_TRUE(fixture->window().grab().save(directory + u"/log-screen-"_qs + name + u".png"_qs));
-        }
-    }
-
-    log::testing::LogFolder folder;
-    QTemporaryDir home;
-    platform::UserDefaults defaults{home.filePath(QStringLiteral("defaults.sqlite"))};
-    platform::MainExecutor main;
-    platform::WorkerPool pool{QStringLiteral("test"), 1};
-    platform::testing::ManualClock clock;
-    std::unique_ptr<log::GatewayLogsViewModel> model;
-    std::unique_ptr<testing::ThemedWindow> fixture;
-    LogScreen *screen = nullptr;
-    QStringList opened;
-    bool canOpen = true;
-};
 
 TEST_F(LogScreenTest, ShowsTheNewestEventOnTopAndCounts)
 {
@@ -279,99 +123,6 @@ TEST_F(LogScreenTest, TellsAllOfTheEventThatIsClicked)
     picture(QStringLiteral("details-light"));
     QTest::keyClick(&table(), Qt::Key_Escape);
     EXPECT_FALSE(details.isVisible());
-}
-
-TEST_F(LogScreenTest, ShowsTheLifeOfTheImageOfARowUntilAllEventsAreWantedAgain)
-{
-    fill(0, 40);
-    for (const log::GatewayLogEvent &event : testing::lifeOfAnImage(40)) {
-        folder.append(kFile, event);
-    }
-    fill(60, 80);
-    open();
-    choose(box(QStringLiteral("Level")), 2); // info: neither the failed uploads nor the debugging
-    const int all = rowCount();
-    clickRow(13);
-    ASSERT_EQ(timeAt(table().currentIndex().row()), logTimeText(eventAt(45).timestamp));
-
-    QTest::mouseClick(&button(QStringLiteral("Show Life of This Image")), Qt::LeftButton);
-    QApplication::processEvents();
-
-    EXPECT_EQ(rowCount(), 10);
-    EXPECT_EQ(timeAt(0), logTimeText(eventAt(49).timestamp));
-    EXPECT_EQ(timeAt(9), logTimeText(eventAt(40).timestamp));
-    EXPECT_EQ(timeAt(table().currentIndex().row()), logTimeText(eventAt(45).timestamp));
-    EXPECT_TRUE(shows(QStringLiteral("From association to removal: 2222222222222222")));
-    EXPECT_FALSE(the<SearchField>().isVisible());
-    EXPECT_TRUE(table().hasFocus());
-    EXPECT_EQ(testing::clippedIn(*screen), QStringList());
-    picture(QStringLiteral("life-dark"));
-    fixture->theme().setVariant(Variant::light);
-    picture(QStringLiteral("life-light"));
-    QTest::mouseClick(&button(QStringLiteral("Show All Events")), Qt::LeftButton);
-
-    EXPECT_EQ(rowCount(), all);
-    EXPECT_TRUE(the<SearchField>().isVisible());
-    EXPECT_EQ(model->levelFilter(), log::LevelFilter::info);
-}
-
-TEST_F(LogScreenTest, OffersTheLifeOfAnImageWhereTheRowHasOne)
-{
-    log::GatewayLogEvent ofNobody = eventAt(1);
-    log::GatewayLogEvent inTheCloud = eventAt(2);
-    inTheCloud.category = log::GatewayLogCategory::quorinCloud;
-    inTheCloud.fileHash = QStringLiteral("0123456789abcdef");
-    log::GatewayLogEvent association = eventAt(3);
-    association.category = log::GatewayLogCategory::receive;
-    association.action = log::GatewayLogAction::associationStarted;
-    association.assocHash = QStringLiteral("aaaaaaaaaaaaaaaa");
-    for (const log::GatewayLogEvent &event : {ofNobody, inTheCloud, association}) {
-        folder.append(kFile, event);
-    }
-    open();
-    const auto offers = [this] {
-        const auto buttons = the<LogDetails>().findChildren<QAbstractButton *>();
-        return std::ranges::any_of(buttons, [](const QAbstractButton *each) {
-            return each->isVisible() && each->text().startsWith(QStringLiteral("Show Li"));
-        });
-    };
-
-    clickRow(2);
-    EXPECT_FALSE(offers());
-    clickRow(1);
-    EXPECT_FALSE(offers());
-    clickRow(0);
-    QTest::mouseClick(&button(QStringLiteral("Show Lives of Its Images")), Qt::LeftButton);
-
-    EXPECT_EQ(rowCount(), 1);
-    EXPECT_EQ(model->imageHash(), QStringLiteral("aaaaaaaaaaaaaaaa"));
-}
-
-TEST_F(LogScreenTest, LeavesTheLifeOfAnImageForASearch)
-{
-    fill(0, 10);
-    open();
-    model->setImageHash(QStringLiteral("0123456789abcdef"));
-    ASSERT_FALSE(the<SearchField>().isVisible());
-    table().setFocus();
-
-    QTest::keyClick(&table(), Qt::Key_F, Qt::ControlModifier);
-
-    EXPECT_TRUE(the<SearchField>().hasFocus());
-    EXPECT_EQ(rowCount(), 10);
-}
-
-TEST_F(LogScreenTest, ComesBackToAllEventsFromALifeThatWasDeleted)
-{
-    fill(0, 10);
-    open();
-    model->setImageHash(QStringLiteral("ffffffffffffffff"));
-    ASSERT_EQ(rowCount(), 0);
-
-    QTest::mouseClick(&button(QStringLiteral("Reset Filters")), Qt::LeftButton);
-
-    EXPECT_EQ(rowCount(), 10);
-    EXPECT_TRUE(the<SearchField>().isVisible());
 }
 
 TEST_F(LogScreenTest, KeepsTheClickedRowInSightWhenItsDetailsCome)

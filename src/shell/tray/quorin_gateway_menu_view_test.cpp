@@ -5,8 +5,8 @@
 #include "account/quorin_auth_view_model.h"
 #include "account/quorin_cloud_status_view_model.h"
 #include "account/testing/account_world.h"
+#include "account/testing/fake_status_api.h"
 #include "core/notification_names.h"
-#include "platform/quorin_api/qrn_status_api.h"
 #include "receive/dimse_listener_view_model.h"
 #include "receive/testing/receive_world.h"
 #include "shell/controls/button.h"
@@ -26,36 +26,6 @@
 
 namespace gateway::shell {
 namespace {
-
-/// A cloud that answers or not, as told, and can be made to think. Thread: any.
-class FakeStatusAPI final : public platform::QrnStatusAPIProtocol
-{
-public:
-    void ping() override
-    {
-        const platform::MutexLock lock(m_mutex);
-        while (m_isHeld) {
-            m_changed.wait(m_mutex);
-        }
-        if (isAway) {
-            throw platform::AFError(QStringLiteral("Nobody answers."), std::nullopt, 7);
-        }
-    }
-
-    void hold(bool isHeld)
-    {
-        const platform::MutexLock lock(m_mutex);
-        m_isHeld = isHeld;
-        m_changed.notifyAll();
-    }
-
-    std::atomic<bool> isAway = false;
-
-private:
-    platform::Mutex m_mutex;
-    platform::Condition m_changed;
-    bool m_isHeld QUORIN_GUARDED_BY(m_mutex) = false;
-};
 
 struct Panel : account::testing::AccountWorld
 {
@@ -173,7 +143,7 @@ struct Panel : account::testing::AccountWorld
     Theme theme;
     receive::testing::ReceiveWorld receive;
     state::testing::StateWorld live;
-    FakeStatusAPI api;
+    account::testing::FakeStatusAPI api;
     account::QuorinAuthViewModel auth{
         {service, service, settings, defaults, receive.notifications, main, pool, clock},
         QStringLiteral("3.1.0")};

@@ -39,6 +39,24 @@ protected:
         }
     }
 
+    ControlReply examine(const DoctorCommand &command = {})
+    {
+        std::optional<ControlReply> reply;
+        commands->handle(doctorRequest(command), into(reply));
+        await(reply);
+        return *reply;
+    }
+
+    /// What is found of a session that is missing: nothing without an image that waits, then with two.
+    QJsonValue foundOfSession()
+    {
+        EXPECT_EQ(examine().result[u"findings"].toArray().size(), 1) << "only the stray file is told";
+        home.import(TemporaryIndex::image(u"9.8"_qs));
+        const ControlReply reply = examine({.repair = true});
+        EXPECT_FALSE(reply.result[u"well"].toBool());
+        return reply.result[u"findings"].toArray().last();
+    }
+
     TemporaryIndex home;
     int uploadRequests = 0;
     DoctorCommands::Standing standing;
@@ -52,25 +70,19 @@ protected:
 
 TEST_F(DoctorCommandsTest, AnswersWithTheReport)
 {
-    std::optional<ControlReply> reply;
+    const ControlReply reply = examine();
 
-    commands->handle(doctorRequest({}), into(reply));
-    await(reply);
-
-    EXPECT_EQ(reply->code, ExitCode::done);
-    EXPECT_FALSE(reply->result[u"well"].toBool());
-    EXPECT_EQ(reply->result[u"findings"][0][u"kind"].toString(), u"unrecordedImage"_qs);
+    EXPECT_EQ(reply.code, ExitCode::done);
+    EXPECT_FALSE(reply.result[u"well"].toBool());
+    EXPECT_EQ(reply.result[u"findings"][0][u"kind"].toString(), u"unrecordedImage"_qs);
     EXPECT_EQ(uploadRequests, 0);
 }
 
 TEST_F(DoctorCommandsTest, AsksForAnUploadOfWhatItRecorded)
 {
-    std::optional<ControlReply> reply;
+    const ControlReply reply = examine({.repair = true});
 
-    commands->handle(doctorRequest({.repair = true}), into(reply));
-    await(reply);
-
-    EXPECT_TRUE(reply->result[u"well"].toBool());
+    EXPECT_TRUE(reply.result[u"well"].toBool());
     EXPECT_EQ(uploadRequests, 1);
     EXPECT_EQ(home.index().totalCounts().images, 1);
 }
@@ -78,52 +90,32 @@ TEST_F(DoctorCommandsTest, AsksForAnUploadOfWhatItRecorded)
 TEST_F(DoctorCommandsTest, FindsThatImagesWaitWithoutASession)
 {
     standing.missingSession = u"The cloud ended the session."_qs;
-    std::optional<ControlReply> empty;
-    commands->handle(doctorRequest({}), into(empty));
-    await(empty);
-    EXPECT_EQ(empty->result[u"findings"].toArray().size(), 1)
-        << "no image waits: only the stray file is told";
 
-    home.import(TemporaryIndex::image(u"9.8"_qs));
-    std::optional<ControlReply> reply;
-    commands->handle(doctorRequest({.repair = true}), into(reply));
-    await(reply);
+    const QJsonValue finding = foundOfSession();
 
-    const QJsonValue finding = reply->result[u"findings"].toArray().last();
     EXPECT_EQ(finding[u"kind"].toString(), u"noSession"_qs);
     EXPECT_EQ(finding[u"count"].toInt(), 2);
-    EXPECT_FALSE(reply->result[u"well"].toBool());
+    EXPECT_EQ(finding[u"sentence"].toString(), u"The cloud ended the session."_qs);
 }
 
 TEST_F(DoctorCommandsTest, FindsThatImagesWaitAndNobodyIsSignedIn)
 {
     standing.isSignedIn = false;
-    std::optional<ControlReply> empty;
-    commands->handle(doctorRequest({}), into(empty));
-    await(empty);
-    EXPECT_EQ(empty->result[u"findings"].toArray().size(), 1) << "no image waits";
 
-    home.import(TemporaryIndex::image(u"9.8"_qs));
-    std::optional<ControlReply> reply;
-    commands->handle(doctorRequest({.repair = true}), into(reply));
-    await(reply);
+    const QJsonValue finding = foundOfSession();
 
-    const QJsonValue finding = reply->result[u"findings"].toArray().last();
     EXPECT_EQ(finding[u"kind"].toString(), u"noSession"_qs);
     EXPECT_EQ(finding[u"count"].toInt(), 2);
     EXPECT_TRUE(finding[u"sentence"].toString().contains(u"nobody is signed in"_qs));
-    EXPECT_FALSE(reply->result[u"well"].toBool());
 }
 
 TEST_F(DoctorCommandsTest, FindsAListenerThatDoesNotListen)
 {
     standing.isListeningAsItShould = false;
-    std::optional<ControlReply> reply;
-    commands->handle(doctorRequest({.repair = true}), into(reply));
-    await(reply);
+    const ControlReply reply = examine({.repair = true});
 
-    EXPECT_EQ(reply->result[u"findings"].toArray().last()[u"kind"].toString(), u"listenerNotListening"_qs);
-    EXPECT_FALSE(reply->result[u"well"].toBool());
+    EXPECT_EQ(reply.result[u"findings"].toArray().last()[u"kind"].toString(), u"listenerNotListening"_qs);
+    EXPECT_FALSE(reply.result[u"well"].toBool());
 }
 
 TEST_F(DoctorCommandsTest, ExaminesOneAtATimeAndAgainLater)

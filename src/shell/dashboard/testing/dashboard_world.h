@@ -4,6 +4,7 @@
 #include "account/quorin_cloud_status_view_model.h"
 #include "account/quorin_cloud_storage_limit_view_model.h"
 #include "account/testing/fake_account_service.h"
+#include "account/testing/fake_status_api.h"
 #include "log/gateway_logs_view_model.h"
 #include "log/testing/log_folder.h"
 #include "platform/quorin_api/testing/memory_token_store.h"
@@ -13,7 +14,6 @@
 #include "receive/testing/receive_world.h"
 #include "shell/controls/sheet.h"
 #include "shell/dashboard/dashboard_parts.h"
-#include "shell/dashboard/testing/fake_cloud_status.h"
 #include "shell/dashboard/testing/held_imports.h"
 #include "shell/theme/theme.h"
 #include "state/gateway_app_state.h"
@@ -161,7 +161,7 @@ public:
     platform::testing::MemoryTokenStore tokens;
     platform::NetworkSettings network{tokens, QStringLiteral("test")};
     account::testing::FakeAccountService account{network};
-    FakeCloudStatus cloud;
+    account::testing::FakeStatusAPI cloud;
     account::QuorinAuthViewModel auth{{account,
                                        account,
                                        network,
