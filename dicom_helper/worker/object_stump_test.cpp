@@ -169,6 +169,22 @@ TEST_F(Stumps, WhatIsMissingBehindPixelDataIsSeenWhereItIsFilledUp)
     }
 }
 
+TEST_F(Stumps, AHoleOfZerosInFrontOfThePixelsIsALoss)
+{
+    for (const std::string_view syntax : {kExplicitLittleEndian, kImplicitLittleEndian, kExplicitBigEndian}) {
+        const std::string image = datasetOf(small(syntax));
+        const std::string uid = DatasetWriter(encodingOf(syntax)).text(kStudyInstanceUid, "UI", "").all();
+        const std::size_t begin = image.find(uid.substr(0, 4));
+        ASSERT_NE(begin, std::string::npos);
+        ASSERT_GT(begin, 0U);
+        for (const std::size_t length : {8U, 16U, 24U}) {
+            std::string holed = image;
+            holed.replace(begin, length, length, '\0');
+            EXPECT_FALSE(isWholeDataset(syntax, holed)) << length;
+        }
+    }
+}
+
 TEST_F(Stumps, TheFillingOfALastBlockBehindAnImageIsNoLoss)
 {
     for (const std::string_view syntax : {kExplicitLittleEndian, kImplicitLittleEndian, kExplicitBigEndian}) {

@@ -290,7 +290,7 @@ private:
     void dropEqualCopies(const Recorded &recorded, const StoredFile &stored);
     void removeReleased(const QSet<QString> &paths, RemovalReason reason);
     std::optional<std::int64_t> recordAgainFrom() const;
-    void noteWhatWasLost();
+    void noteThatNothingWasLost();
     bool noteRecordAgainFrom(std::optional<std::int64_t> number);
     bool pruneBatch(std::int64_t cutoff, LocalPruneResult &result);
     DeletionCounts deleteParents(std::int64_t requested, const DeleteRows &deleteRows);

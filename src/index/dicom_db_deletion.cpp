@@ -257,8 +257,12 @@ std::int64_t DicomDB::removeFiles(const QSet<QString> &paths, RemovalReason reas
     QStringList gone;
     QStringList kept;
     for (const QString &path : paths) {
-        switch (
-            m_files.removeUnless(path, [&] { return m_files.isBeingImported(path) || isReferred(path); })) {
+        bool isBeingImported = false;
+        const auto isInUse = [&] {
+            isBeingImported = m_files.isBeingImported(path);
+            return isBeingImported || isReferred(path);
+        };
+        switch (m_files.removeUnless(path, isInUse)) {
         case FileStore::Removal::removed:
             ++removed;
             m_with.onFileRemoved(fileURL(path), reason);
@@ -267,7 +271,10 @@ std::int64_t DicomDB::removeFiles(const QSet<QString> &paths, RemovalReason reas
             gone.append(path);
             break;
         case FileStore::Removal::kept:
-            kept.append(path);
+            // What is being imported stays noted: that import may leave no row, or its row may have gone.
+            if (!isBeingImported) {
+                kept.append(path);
+            }
             break;
         case FileStore::Removal::failed:
             break; // stays noted

@@ -495,6 +495,25 @@ TEST_F(Removals, OfAFileThatARowRefersToAgainAreDropped)
     EXPECT_EQ(noted(), 0);
 }
 
+TEST_F(Removals, OfAFileThatIsBeingImportedWaitForTheEndOfItsImport)
+{
+    const QUrl source = home.file(TemporaryIndex::image(QStringLiteral("9.1")));
+    const QUrl stored = index.importFile(source, ImportSource::ownInbox).storedFile;
+    home.parser.onParse([&] {
+        index.deleteStudies({QStringLiteral("1.2")});
+        home.parser.breakDown();
+    });
+
+    EXPECT_THROW(index.importFile(source, ImportSource::ownInbox), GatewayImportError);
+
+    EXPECT_TRUE(QFile::exists(stored.toLocalFile()));
+    EXPECT_EQ(noted(), 1);
+    index.finishRemovals();
+    EXPECT_FALSE(QFile::exists(stored.toLocalFile()));
+    EXPECT_TRUE(QFile::exists(source.toLocalFile()));
+    EXPECT_EQ(noted(), 0);
+}
+
 TEST_F(Removals, OfAFileOfWhichTheIndexCanNotBeAskedWait)
 {
     const QString path = importOne(QStringLiteral("9.1"));
@@ -576,6 +595,7 @@ TEST(DeletionThreads, PruneDeleteAndImportAtTheSameTime)
     for (std::thread &thread : threads) {
         thread.join();
     }
+    index.finishRemovals(); // of files whose rows went before their import had ended
 
     EXPECT_GE(pruned, 2 * (kImages - 1));
     EXPECT_EQ(index.totalCounts().images, 0);

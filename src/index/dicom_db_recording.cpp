@@ -57,21 +57,16 @@ std::optional<std::int64_t> DicomDB::recordAgainFrom() const
     });
 }
 
-/// A new index beside a store that is or was in use lacks what was sent from there; beside any other it lacks
-/// nothing. Noted before anything is taken in, after which the two could not be told apart.
-void DicomDB::noteWhatWasLost()
+/// A new index beside a store that was never in use lacks nothing. Noted before anything is taken in, after
+/// which it could not be told from one that was lost.
+void DicomDB::noteThatNothingWasLost()
 {
     try {
-        if (!recordAgainFrom()) {
-            return;
+        if (recordAgainFrom() && m_files.numberAtOpening() == 0) {
+            noteRecordAgainFrom(std::nullopt);
         }
     } catch (const SqliteError &) {
         return; // whoever reads the index next will say so
-    }
-    if (m_files.numberAtOpening() > 0) {
-        writeQuietly(noteUnrecordedSends);
-    } else {
-        noteRecordAgainFrom(std::nullopt);
     }
 }
 
@@ -117,7 +112,7 @@ bool DicomDB::recordStoredFiles(const std::stop_token &stop,
         const bool isDone = !isOutOfSight && !firstLeft && !stop.stop_requested();
         return isDone && writeQuietly([this](Database &database) {
                    if (m_files.numberAtOpening() > 0) {
-                       noteUnrecordedSends(database); // the note at the opening may have failed
+                       noteUnrecordedSends(database);
                    }
                    database.exec("UPDATE Ledger SET recordAgainFrom = NULL");
                });

@@ -80,11 +80,11 @@ TEST_F(LostIndex, DoesNotKnowAllThatWasSentThoughNoFileIsLeft)
     EXPECT_EQ(home.index().sentBefore({QStringLiteral("9.1"), 8}), SentBefore::thisVersion);
 }
 
-TEST_F(LostIndex, KnowsThatItLacksSomeThoughThatCouldNotBeNotedAtItsOpening)
+TEST_F(LostIndex, KnowsThatItLacksSomeBeforeItsFilesAreRecordedAndAfter)
 {
     import(QStringLiteral("9.1"));
     loseIndex();
-    home.execute(QStringLiteral("UPDATE Ledger SET lacksSentInstances = 0"));
+    EXPECT_EQ(home.index().sentBefore({QStringLiteral("9.2"), 7}), SentBefore::unrecorded);
 
     EXPECT_TRUE(record());
 

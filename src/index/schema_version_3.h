@@ -59,7 +59,8 @@ CREATE INDEX SupersededFile_successor ON SupersededFile (successor);
 ///
 /// `instance` is a digest of the SOP instance UID, `version` one of the dataset that alone was sent under it,
 /// or is being sent; 0 where several were, or nobody knows which. `lacksSentInstances` is 1 where instances
-/// may have been sent that have no entry: by an earlier version of the program, or before the index was lost.
+/// may have been sent that have no entry: by an earlier version of the program, or before the index was lost
+/// whose files have been recorded again since.
 inline constexpr const char *kSentOfSchemaVersion3 = R"sql(
 
 ALTER TABLE Ledger ADD COLUMN lacksSentInstances INTEGER NOT NULL DEFAULT 0;

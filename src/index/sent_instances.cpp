@@ -25,8 +25,9 @@ SentBefore sentBefore(Database &database, const SentInstance &next)
 {
     Statement row = database.prepare("SELECT version FROM SentInstance WHERE instance = ?");
     if (!row.bindAll(keyOf(next.instance)).step()) {
-        return database.integer("SELECT lacksSentInstances FROM Ledger") != 0 ? SentBefore::unrecorded
-                                                                              : SentBefore::nothing;
+        constexpr const char *kLacksSome =
+            "SELECT lacksSentInstances <> 0 OR recordAgainFrom IS NOT NULL FROM Ledger";
+        return database.integer(kLacksSome) != 0 ? SentBefore::unrecorded : SentBefore::nothing;
     }
     if (row.integer(0) == next.version) {
         return SentBefore::thisVersion;

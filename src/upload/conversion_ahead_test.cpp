@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <chrono>
+#include <future>
 #include <latch>
 #include <optional>
 
@@ -104,15 +107,21 @@ TEST_F(ConversionAheadTest, RemovesAtItsEndWhatNobodyAskedForAndNoStoredFile)
 
 TEST_F(UploadRunTest, MakesTheNextFileReadyWhileASingleOneIsOnItsWay)
 {
+    constexpr std::chrono::seconds kLongEnough(20); // it comes at once, or never
     storeMany(3);
-    std::latch allConverted(3);
+    std::promise<void> allConverted;
+    std::atomic<int> converted = 0;
     around.converter.behave([&](const QString &path) {
-        allConverted.count_down();
+        if (++converted == 3) {
+            allConverted.set_value();
+        }
         return around.converter.write(path);
     });
-    around.cloud.duringRequest([&](const auto &, const auto &) { allConverted.wait(); });
+    const auto areConverted = allConverted.get_future().share();
+    around.cloud.duringRequest([&](const auto &, const auto &) {
+        EXPECT_EQ(areConverted.wait_for(kLongEnough), std::future_status::ready);
+    });
 
-    // Hangs unless the two other files are made ready meanwhile.
     EXPECT_EQ(run(config(ExecutionMode::single)).successfulUploads, 3);
     EXPECT_EQ(around.cloud.mostAtOnce(), 1);
     EXPECT_EQ(around.converter.conversions(), 3);

@@ -35,6 +35,7 @@ void writeSyntheticFile(const QString &path, const platform::DicomElements &elem
 platform::ParsedFile SyntheticParser::parse(const QString &path)
 {
     using Fate = platform::ParsedFile::Fate;
+    m_onParse();
     if (m_fate != Fate::parsed) {
         return {m_fate, {}, 0, QStringLiteral("the parser broke down")};
     }

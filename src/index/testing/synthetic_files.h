@@ -5,6 +5,7 @@
 #include <QtCore/QString>
 
 #include <atomic>
+#include <functional>
 
 namespace gateway::index::testing {
 
@@ -26,7 +27,11 @@ public:
         m_fate = fate;
     }
 
+    /// Runs `then` in every parse from now on, before the file is looked at. Call it before threads parse.
+    void onParse(std::function<void()> then) { m_onParse = std::move(then); }
+
 private:
+    std::function<void()> m_onParse = [] {};
     std::atomic<platform::ParsedFile::Fate> m_fate = platform::ParsedFile::Fate::parsed;
 };
 
