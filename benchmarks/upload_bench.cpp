@@ -1,3 +1,5 @@
+#include "cloud_client/qrn_authentication_api.h"
+#include "cloud_client/quorin_api_client.h"
 #include "index/dicom_db.h"
 #include "platform/concurrency/main_executor.h"
 #include "platform/defaults/user_defaults.h"
@@ -8,8 +10,6 @@
 #include "platform/files/file_system.h"
 #include "platform/keychain/token_store.h"
 #include "platform/notifications/notification_center.h"
-#include "platform/quorin_api/qrn_authentication_api.h"
-#include "platform/quorin_api/quorin_api_client.h"
 #include "upload/dicom_db_upload_index.h"
 #include "upload/upload_run.h"
 
@@ -32,6 +32,7 @@
 
 namespace {
 
+namespace cloud_client = gateway::cloud_client;
 namespace platform = gateway::platform;
 namespace upload = gateway::upload;
 using upload::StoreUpload::ExecutionConfig;
@@ -160,13 +161,13 @@ struct Bench
     explicit Bench(bool cloudSyncs) : localCloud(home.filePath(QStringLiteral("cloud")), cloudSyncs)
     {
         const QString device = QStringLiteral("BENCH");
-        platform::QrnAuthenticationAPI(client).login({QStringLiteral("bench@example.org"),
-                                                      QStringLiteral("bench"),
-                                                      std::nullopt,
-                                                      QStringLiteral("linux"),
-                                                      device,
-                                                      std::nullopt,
-                                                      {std::nullopt, device, QStringLiteral("1")}});
+        cloud_client::QrnAuthenticationAPI(client).login({QStringLiteral("bench@example.org"),
+                                                          QStringLiteral("bench"),
+                                                          std::nullopt,
+                                                          QStringLiteral("linux"),
+                                                          device,
+                                                          std::nullopt,
+                                                          {std::nullopt, device, QStringLiteral("1")}});
     }
 
     QTemporaryDir home;
@@ -184,8 +185,8 @@ struct Bench
     platform::DicomConverterWrapper wrapper{converters, home.filePath(QStringLiteral("tmp"))};
     TimedConverter converter{wrapper};
     MemoryTokenStore tokens;
-    platform::QuorinApiClient client{configuration(), tokens};
-    platform::QrnStowAPI stow{client};
+    cloud_client::QuorinApiClient client{configuration(), tokens};
+    cloud_client::QrnStowAPI stow{client};
     upload::DicomDBUploadIndex index{database};
     AlwaysSignedIn session;
     SilentState state;
@@ -197,9 +198,9 @@ struct Bench
     upload::UploadCollaborators with{
         index, stow, converter, session, state, terms, cleanup, emitter, main, clock, newSeries};
 
-    platform::CloudConfiguration configuration() const
+    cloud_client::CloudConfiguration configuration() const
     {
-        platform::CloudConfiguration made;
+        cloud_client::CloudConfiguration made;
         made.baseUrl = localCloud.url();
         return made;
     }

@@ -1,4 +1,4 @@
-#include "platform/quorin_api/network_json.h"
+#include "cloud_client/network_json.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -7,6 +7,6 @@
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     const QByteArray text(reinterpret_cast<const char *>(data), static_cast<qsizetype>(size));
-    static_cast<void>(gateway::platform::parseNetworkJson(text));
+    static_cast<void>(gateway::cloud_client::parseNetworkJson(text));
     return 0;
 }

@@ -1,4 +1,4 @@
-#include "platform/quorin_api/stow_answer.h"
+#include "cloud_client/stow_answer.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -12,8 +12,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     }
     const QByteArray type = data[0] == 'x' ? "application/dicom+xml" : "application/dicom+json";
     const QByteArray body(reinterpret_cast<const char *>(data + 1), static_cast<qsizetype>(size - 1));
-    const auto answer = gateway::platform::parseStowAnswer(type, body);
-    if (answer && answer->referenced.contains(gateway::platform::StowReference())) {
+    const auto answer = gateway::cloud_client::parseStowAnswer(type, body);
+    if (answer && answer->referenced.contains(gateway::cloud_client::StowReference())) {
         std::abort();
     }
     return 0;

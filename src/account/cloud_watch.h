@@ -24,10 +24,10 @@ class CloudWatch
 public:
     struct Collaborators
     {
-        platform::QrnStatusAPIProtocol &status;
-        platform::QrnUserAPIProtocol &user;
-        platform::QrnQuorinCloudTermsAPIProtocol &terms;
-        platform::NetworkSettings &networkSettings;
+        cloud_client::QrnStatusAPIProtocol &status;
+        cloud_client::QrnUserAPIProtocol &user;
+        cloud_client::QrnQuorinCloudTermsAPIProtocol &terms;
+        cloud_client::NetworkSettings &networkSettings;
         platform::UserDefaults &defaults;
         platform::NotificationCenter &notifications;
         platform::MainExecutor &main;

@@ -1,9 +1,9 @@
 #include "account/gateway_account_settings_view_model.h"
 
 #include "account/quorin_auth_view_model.h"
+#include "cloud_client/qrn_user_api.h"
+#include "cloud_client/quorin_error.h"
 #include "platform/concurrency/async.h"
-#include "platform/quorin_api/qrn_user_api.h"
-#include "platform/quorin_api/quorin_error.h"
 
 #include <utility>
 
@@ -17,13 +17,13 @@ QString textOf(const std::optional<QString> &field)
 }
 
 /// The record's own workplace, else the first of the list that is marked as primary.
-QString workplaceOf(const platform::QrnUser &user)
+QString workplaceOf(const cloud_client::QrnUser &user)
 {
     const QString own = textOf(user.workplaceName);
     if (!own.trimmed().isEmpty()) {
         return own;
     }
-    for (const platform::QrnUserWorkplace &workplace : user.workplaces) {
+    for (const cloud_client::QrnUserWorkplace &workplace : user.workplaces) {
         if (workplace.isPrimary) {
             return workplace.name.trimmed();
         }
@@ -68,7 +68,7 @@ void GatewayAccountSettingsViewModel::beginEditing()
     Q_EMIT changed();
 }
 
-void GatewayAccountSettingsViewModel::applyUser(const platform::QrnUser &user)
+void GatewayAccountSettingsViewModel::applyUser(const cloud_client::QrnUser &user)
 {
     m_shown.user = user;
     m_shown.form = {textOf(user.title),
@@ -119,7 +119,7 @@ QCoro::Task<GatewayAccountSettingsViewModel::Answer> GatewayAccountSettingsViewM
         answer.user = co_await platform::onPool(
             m_parts.main, m_parts.pool, [api = &m_parts.user] { return api->getUser(); });
     } catch (const std::exception &error) {
-        answer.error = platform::localizedDescription(error);
+        answer.error = cloud_client::localizedDescription(error);
     }
     co_return answer;
 }
@@ -156,9 +156,9 @@ QCoro::Task<> GatewayAccountSettingsViewModel::save()
     }
 }
 
-platform::QrnUpdateUserRequest GatewayAccountSettingsViewModel::updateRequest() const
+cloud_client::QrnUpdateUserRequest GatewayAccountSettingsViewModel::updateRequest() const
 {
-    platform::QrnUpdateUserRequest request(*m_shown.user);
+    cloud_client::QrnUpdateUserRequest request(*m_shown.user);
     const GatewayAccountForm &form = m_shown.form;
     request.title = trimmedOrNone(form.title);
     request.firstName = trimmedOrNone(form.firstName);
@@ -172,7 +172,7 @@ platform::QrnUpdateUserRequest GatewayAccountSettingsViewModel::updateRequest() 
 }
 
 QCoro::Task<GatewayAccountSettingsViewModel::Answer>
-GatewayAccountSettingsViewModel::update(platform::QrnUpdateUserRequest request)
+GatewayAccountSettingsViewModel::update(cloud_client::QrnUpdateUserRequest request)
 {
     Answer answer;
     try {
@@ -181,7 +181,7 @@ GatewayAccountSettingsViewModel::update(platform::QrnUpdateUserRequest request)
                 return api->updateUser(request);
             });
     } catch (const std::exception &error) {
-        answer.error = platform::localizedDescription(error);
+        answer.error = cloud_client::localizedDescription(error);
     }
     co_return answer;
 }
@@ -196,7 +196,7 @@ void GatewayAccountSettingsViewModel::reset()
 void GatewayAccountSettingsViewModel::cancelEditing()
 {
     if (m_shown.user) {
-        applyUser(platform::QrnUser(*m_shown.user));
+        applyUser(cloud_client::QrnUser(*m_shown.user));
         m_shown.errorMessage.reset();
         m_shown.successMessage.reset();
     }

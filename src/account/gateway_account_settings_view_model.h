@@ -1,7 +1,7 @@
 #pragma once
 
+#include "cloud_client/qrn_user.h"
 #include "platform/concurrency/task_scope.h"
-#include "platform/quorin_api/qrn_user.h"
 
 #include <QCoro/QCoroTask>
 
@@ -11,9 +11,12 @@
 
 #include <optional>
 
+namespace gateway::cloud_client {
+class QrnUserAPIProtocol;
+}
+
 namespace gateway::platform {
 class MainExecutor;
-class QrnUserAPIProtocol;
 class WorkerPool;
 } // namespace gateway::platform
 
@@ -39,7 +42,7 @@ struct GatewayAccountForm
 /// What the profile model works with; all outlive it.
 struct GatewayAccountSettingsParts
 {
-    platform::QrnUserAPIProtocol &user;
+    cloud_client::QrnUserAPIProtocol &user;
     QuorinAuthViewModel &auth;
     platform::MainExecutor &main;
     platform::WorkerPool &pool;
@@ -59,14 +62,14 @@ public:
     ~GatewayAccountSettingsViewModel() override;
 
     /// The record as it came last from the service.
-    const std::optional<platform::QrnUser> &user() const { return m_shown.user; }
+    const std::optional<cloud_client::QrnUser> &user() const { return m_shown.user; }
 
     const GatewayAccountForm &form() const { return m_shown.form; }
     void setForm(const GatewayAccountForm &form);
 
     /// Not edited here.
     const QString &email() const { return m_shown.email; }
-    const QList<platform::QrnUserWorkplace> &workplaces() const { return m_shown.workplaces; }
+    const QList<cloud_client::QrnUserWorkplace> &workplaces() const { return m_shown.workplaces; }
 
     bool isLoading() const { return m_shown.isLoading; }
     bool isSaving() const { return m_shown.isSaving; }
@@ -105,10 +108,10 @@ Q_SIGNALS:
 private:
     struct Shown
     {
-        std::optional<platform::QrnUser> user;
+        std::optional<cloud_client::QrnUser> user;
         GatewayAccountForm form;
         QString email;
-        QList<platform::QrnUserWorkplace> workplaces;
+        QList<cloud_client::QrnUserWorkplace> workplaces;
         bool isLoading = false;
         bool isSaving = false;
         bool isEditing = false;
@@ -118,14 +121,14 @@ private:
 
     struct Answer
     {
-        std::optional<platform::QrnUser> user;
+        std::optional<cloud_client::QrnUser> user;
         QString error;
     };
 
-    void applyUser(const platform::QrnUser &user);
-    platform::QrnUpdateUserRequest updateRequest() const;
+    void applyUser(const cloud_client::QrnUser &user);
+    cloud_client::QrnUpdateUserRequest updateRequest() const;
     QCoro::Task<Answer> fetch();
-    QCoro::Task<Answer> update(platform::QrnUpdateUserRequest request);
+    QCoro::Task<Answer> update(cloud_client::QrnUpdateUserRequest request);
 
     const GatewayAccountSettingsParts m_parts;
     Shown m_shown;

@@ -1,9 +1,9 @@
 #include "account/gateway_bug_report_view_model.h"
 
+#include "cloud_client/qrn_bug_report_api.h"
+#include "cloud_client/quorin_error.h"
 #include "core/device_id.h"
 #include "platform/concurrency/async.h"
-#include "platform/quorin_api/qrn_bug_report_api.h"
-#include "platform/quorin_api/quorin_error.h"
 
 #include <utility>
 
@@ -67,7 +67,7 @@ QCoro::Task<> GatewayBugReportViewModel::send()
     Q_EMIT changed();
 }
 
-platform::QrnBugReportRequest GatewayBugReportViewModel::request() const
+cloud_client::QrnBugReportRequest GatewayBugReportViewModel::request() const
 {
     return {m_form.isReproducible,
             m_form.happenedDuringImport,
@@ -78,10 +78,11 @@ platform::QrnBugReportRequest GatewayBugReportViewModel::request() const
 }
 
 /// \return why it failed; nothing on success.
-QCoro::Task<std::optional<QString>> GatewayBugReportViewModel::deliver(platform::QrnBugReportRequest request)
+QCoro::Task<std::optional<QString>>
+GatewayBugReportViewModel::deliver(cloud_client::QrnBugReportRequest request)
 {
     const auto progress = [this, &main = m_parts.main, alive = std::weak_ptr<const void>(m_alive)](
-                              const platform::UploadProgress &reported) {
+                              const cloud_client::UploadProgress &reported) {
         main.post(alive, [this, fraction = reported.fractionCompleted()] { showProgress(fraction); });
     };
     try {
@@ -91,7 +92,7 @@ QCoro::Task<std::optional<QString>> GatewayBugReportViewModel::deliver(platform:
                                       api->send(request, progress);
                                   });
     } catch (const std::exception &error) {
-        co_return platform::localizedDescription(error);
+        co_return cloud_client::localizedDescription(error);
     }
     co_return std::nullopt;
 }

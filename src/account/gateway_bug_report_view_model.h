@@ -12,12 +12,15 @@
 #include <memory>
 #include <optional>
 
+namespace gateway::cloud_client {
+class QrnBugReportAPIProtocol;
+struct QrnBugReportRequest;
+} // namespace gateway::cloud_client
+
 namespace gateway::platform {
 class MainExecutor;
-class QrnBugReportAPIProtocol;
 class UserDefaults;
 class WorkerPool;
-struct QrnBugReportRequest;
 } // namespace gateway::platform
 
 namespace gateway::account {
@@ -39,7 +42,7 @@ struct GatewayBugReportForm
 /// What the report model works with; all outlive it.
 struct GatewayBugReportParts
 {
-    platform::QrnBugReportAPIProtocol &bugReportAPI;
+    cloud_client::QrnBugReportAPIProtocol &bugReportAPI;
     platform::UserDefaults &defaults;
     platform::MainExecutor &main;
     platform::WorkerPool &pool;
@@ -85,8 +88,8 @@ Q_SIGNALS:
     void changed();
 
 private:
-    platform::QrnBugReportRequest request() const;
-    QCoro::Task<std::optional<QString>> deliver(platform::QrnBugReportRequest request);
+    cloud_client::QrnBugReportRequest request() const;
+    QCoro::Task<std::optional<QString>> deliver(cloud_client::QrnBugReportRequest request);
     void showProgress(double fraction);
 
     const GatewayBugReportParts m_parts;

@@ -1,8 +1,8 @@
 #include "account/gateway_bug_report_view_model.h"
 
 #include "account/testing/account_world.h"
+#include "cloud_client/qrn_bug_report_api.h"
 #include "core/device_id.h"
-#include "platform/quorin_api/qrn_bug_report_api.h"
 
 namespace gateway::account::testing {
 
@@ -10,11 +10,11 @@ namespace {
 
 /// A service that takes reports, tells of the progress that it is told to, and can be made to fail or to
 /// wait. Thread: any.
-class FakeBugReports final : public platform::QrnBugReportAPIProtocol
+class FakeBugReports final : public cloud_client::QrnBugReportAPIProtocol
 {
 public:
-    void send(const platform::QrnBugReportRequest &request,
-              const platform::UploadProgressCallback &progress) override
+    void send(const cloud_client::QrnBugReportRequest &request,
+              const cloud_client::UploadProgressCallback &progress) override
     {
         const platform::MutexLock lock(m_mutex);
         last = request;
@@ -27,7 +27,7 @@ public:
             m_changed.wait(m_mutex);
         }
         if (failure) {
-            throw platform::AFError(*failure, std::nullopt);
+            throw cloud_client::AFError(*failure, std::nullopt);
         }
     }
 
@@ -44,10 +44,10 @@ public:
         return m_arrived;
     }
 
-    QList<platform::UploadProgress> reports;
+    QList<cloud_client::UploadProgress> reports;
     std::optional<QString> failure;
-    std::optional<platform::QrnBugReportRequest> last;
-    platform::UploadProgressCallback lastProgress;
+    std::optional<cloud_client::QrnBugReportRequest> last;
+    cloud_client::UploadProgressCallback lastProgress;
 
 private:
     mutable platform::Mutex m_mutex;

@@ -1,8 +1,8 @@
 #include "account/gateway_change_password_view_model.h"
 
+#include "cloud_client/qrn_user_api.h"
+#include "cloud_client/quorin_error.h"
 #include "platform/concurrency/async.h"
-#include "platform/quorin_api/qrn_user_api.h"
-#include "platform/quorin_api/quorin_error.h"
 
 #include <utility>
 
@@ -30,8 +30,8 @@ std::optional<QString> issueOf(const GatewayPasswordForm &form)
 
 QString failureText(const std::exception &error)
 {
-    using platform::QrnErrorKind;
-    if (const auto *response = dynamic_cast<const platform::QrnErrorResponse *>(&error)) {
+    using cloud_client::QrnErrorKind;
+    if (const auto *response = dynamic_cast<const cloud_client::QrnErrorResponse *>(&error)) {
         if (response->kind == QrnErrorKind::sessionInvalid) {
             return QStringLiteral("Your session has expired. Please sign in again.");
         }
@@ -42,7 +42,8 @@ QString failureText(const std::exception &error)
             return QStringLiteral("Current password is incorrect.");
         }
     }
-    return platform::userFacingMessage(error, QStringLiteral("Failed to change password. Please try again."));
+    return cloud_client::userFacingMessage(error,
+                                           QStringLiteral("Failed to change password. Please try again."));
 }
 
 } // namespace
@@ -75,7 +76,7 @@ QCoro::Task<bool> GatewayChangePasswordViewModel::changePassword()
     const auto operation = m_scope.enter();
     m_isSaving = true;
     Q_EMIT changed();
-    const platform::QrnPasswordChangeRequest request{
+    const cloud_client::QrnPasswordChangeRequest request{
         m_form.currentPassword, m_form.newPassword, m_form.confirmPassword};
     std::optional<QString> error;
     try {

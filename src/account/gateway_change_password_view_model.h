@@ -9,9 +9,12 @@
 
 #include <optional>
 
+namespace gateway::cloud_client {
+class QrnUserAPIProtocol;
+}
+
 namespace gateway::platform {
 class MainExecutor;
-class QrnUserAPIProtocol;
 class WorkerPool;
 } // namespace gateway::platform
 
@@ -28,7 +31,7 @@ struct GatewayPasswordForm
 /// What the password model works with; all outlive it.
 struct GatewayChangePasswordParts
 {
-    platform::QrnUserAPIProtocol &user;
+    cloud_client::QrnUserAPIProtocol &user;
     platform::MainExecutor &main;
     platform::WorkerPool &pool;
 };

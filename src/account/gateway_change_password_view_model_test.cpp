@@ -6,7 +6,7 @@ namespace gateway::account::testing {
 
 namespace {
 
-using platform::QrnErrorKind;
+using cloud_client::QrnErrorKind;
 
 const QString kCall = QStringLiteral("changePassword");
 const QString kOld = QStringLiteral("right");

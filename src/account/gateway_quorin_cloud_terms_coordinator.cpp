@@ -1,10 +1,10 @@
 #include "account/gateway_quorin_cloud_terms_coordinator.h"
 
+#include "cloud_client/qrn_quorin_cloud_terms_api.h"
+#include "cloud_client/quorin_error.h"
 #include "core/device_id.h"
 #include "platform/concurrency/async.h"
 #include "platform/concurrency/clock.h"
-#include "platform/quorin_api/qrn_quorin_cloud_terms_api.h"
-#include "platform/quorin_api/quorin_error.h"
 
 #include <QtCore/QSysInfo>
 
@@ -96,7 +96,7 @@ QCoro::Task<> GatewayQuorinCloudTermsCoordinator::refreshStatus()
 QCoro::Task<> GatewayQuorinCloudTermsCoordinator::check(quint64 epoch)
 {
     try {
-        const platform::QrnQuorinCloudTermsStatusResponse status = co_await platform::onPool(
+        const cloud_client::QrnQuorinCloudTermsStatusResponse status = co_await platform::onPool(
             m_parts.main, m_parts.pool, [api = &m_parts.api] { return api->status(); });
         if (epoch != m_epoch) {
             co_return;
@@ -106,7 +106,7 @@ QCoro::Task<> GatewayQuorinCloudTermsCoordinator::check(quint64 epoch)
             m_shown.reasonMessage.reset();
             co_return;
         }
-        const platform::QrnQuorinCloudTermsResponse terms = co_await platform::onPool(
+        const cloud_client::QrnQuorinCloudTermsResponse terms = co_await platform::onPool(
             m_parts.main, m_parts.pool, [api = &m_parts.api] { return api->terms(); });
         if (epoch == m_epoch) {
             present(status, terms);
@@ -121,12 +121,13 @@ QCoro::Task<> GatewayQuorinCloudTermsCoordinator::check(quint64 epoch)
 void GatewayQuorinCloudTermsCoordinator::failCheck(const std::exception &error)
 {
     m_shown.showTerms = false;
-    m_shown.errorMessage = platform::userFacingMessage(
+    m_shown.errorMessage = cloud_client::userFacingMessage(
         error, QStringLiteral("Unable to check Quorin Cloud Terms & Conditions."));
 }
 
-void GatewayQuorinCloudTermsCoordinator::present(const platform::QrnQuorinCloudTermsStatusResponse &status,
-                                                 const platform::QrnQuorinCloudTermsResponse &terms)
+void GatewayQuorinCloudTermsCoordinator::present(
+    const cloud_client::QrnQuorinCloudTermsStatusResponse &status,
+    const cloud_client::QrnQuorinCloudTermsResponse &terms)
 {
     m_shown.termsText = terms.text;
     m_shown.termsVersion = status.requiredVersion.isEmpty() ? terms.version : status.requiredVersion;
@@ -141,12 +142,12 @@ QCoro::Task<bool> GatewayQuorinCloudTermsCoordinator::accept()
     }
     const auto operation = m_scope.enter();
     begin();
-    const platform::QrnQuorinCloudTermsAcceptRequest request{m_shown.termsVersion,
-                                                             m_parts.clock.now(),
-                                                             core::deviceId(m_parts.defaults),
-                                                             m_signer.deviceName,
-                                                             m_signer.osVersion,
-                                                             m_signer.quorinVersion};
+    const cloud_client::QrnQuorinCloudTermsAcceptRequest request{m_shown.termsVersion,
+                                                                 m_parts.clock.now(),
+                                                                 core::deviceId(m_parts.defaults),
+                                                                 m_signer.deviceName,
+                                                                 m_signer.osVersion,
+                                                                 m_signer.quorinVersion};
     const bool isTaken = co_await answer([api = &m_parts.api, request] { api->accept(request); },
                                          QStringLiteral("Failed to accept Quorin Cloud Terms & Conditions."));
     co_return isTaken;
@@ -159,7 +160,7 @@ QCoro::Task<bool> GatewayQuorinCloudTermsCoordinator::decline()
     }
     const auto operation = m_scope.enter();
     begin();
-    const platform::QrnQuorinCloudTermsDeclineRequest request{m_shown.termsVersion, m_parts.clock.now()};
+    const cloud_client::QrnQuorinCloudTermsDeclineRequest request{m_shown.termsVersion, m_parts.clock.now()};
     const bool isTaken =
         co_await answer([api = &m_parts.api, request] { api->decline(request); },
                         QStringLiteral("Failed to decline Quorin Cloud Terms & Conditions."));
@@ -184,7 +185,7 @@ QCoro::Task<bool> GatewayQuorinCloudTermsCoordinator::answer(std::function<void(
     try {
         co_await platform::onPool(m_parts.main, m_parts.pool, std::move(send));
     } catch (const std::exception &failure) {
-        error = platform::userFacingMessage(failure, fallback);
+        error = cloud_client::userFacingMessage(failure, fallback);
     }
     if (epoch == m_epoch) {
         m_shown.showTerms = m_shown.showTerms && error.has_value();

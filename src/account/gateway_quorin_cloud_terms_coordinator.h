@@ -10,14 +10,17 @@
 #include <functional>
 #include <optional>
 
+namespace gateway::cloud_client {
+class QrnQuorinCloudTermsAPIProtocol;
+struct QrnQuorinCloudTermsResponse;
+struct QrnQuorinCloudTermsStatusResponse;
+} // namespace gateway::cloud_client
+
 namespace gateway::platform {
 class Clock;
 class MainExecutor;
-class QrnQuorinCloudTermsAPIProtocol;
 class UserDefaults;
 class WorkerPool;
-struct QrnQuorinCloudTermsResponse;
-struct QrnQuorinCloudTermsStatusResponse;
 } // namespace gateway::platform
 
 namespace gateway::account {
@@ -41,7 +44,7 @@ struct TermsSigner
 /// What the terms model works with; all outlive it.
 struct GatewayQuorinCloudTermsParts
 {
-    platform::QrnQuorinCloudTermsAPIProtocol &api;
+    cloud_client::QrnQuorinCloudTermsAPIProtocol &api;
     platform::UserDefaults &defaults;
     platform::MainExecutor &main;
     platform::WorkerPool &pool;
@@ -115,8 +118,8 @@ private:
     void begin();
     void end();
     void failCheck(const std::exception &error);
-    void present(const platform::QrnQuorinCloudTermsStatusResponse &status,
-                 const platform::QrnQuorinCloudTermsResponse &terms);
+    void present(const cloud_client::QrnQuorinCloudTermsStatusResponse &status,
+                 const cloud_client::QrnQuorinCloudTermsResponse &terms);
     QCoro::Task<> check(quint64 epoch);
     QCoro::Task<bool> answer(std::function<void()> send, QString fallback);
 

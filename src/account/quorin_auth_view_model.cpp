@@ -1,13 +1,13 @@
 #include "account/quorin_auth_view_model.h"
 
 #include "account/poll.h"
+#include "cloud_client/network_settings.h"
+#include "cloud_client/qrn_user_api.h"
+#include "cloud_client/quorin_error.h"
 #include "core/device_id.h"
 #include "core/notification_names.h"
 #include "platform/concurrency/async.h"
 #include "platform/notifications/notification_center.h"
-#include "platform/quorin_api/network_settings.h"
-#include "platform/quorin_api/qrn_user_api.h"
-#include "platform/quorin_api/quorin_error.h"
 
 #include <QtCore/QStringList>
 #include <QtCore/QtGlobal>
@@ -19,7 +19,7 @@ namespace gateway::account {
 
 namespace {
 
-using platform::userFacingMessage;
+using cloud_client::userFacingMessage;
 
 /// Between two tries of refused credentials: at first the next poll, since a password that was changed back
 /// should soon work again; seldom later.
@@ -32,12 +32,12 @@ const char *const kRefusedWords =
 
 bool isSessionRefused(const std::exception &error)
 {
-    const auto *response = dynamic_cast<const platform::QrnErrorResponse *>(&error);
-    return response != nullptr && response->kind == platform::QrnErrorKind::sessionInvalid;
+    const auto *response = dynamic_cast<const cloud_client::QrnErrorResponse *>(&error);
+    return response != nullptr && response->kind == cloud_client::QrnErrorKind::sessionInvalid;
 }
 
 /// What a sign-in couldn't make sure of; nothing where all is well.
-std::optional<QString> remarkOn(const platform::QrnLoginResponse &response)
+std::optional<QString> remarkOn(const cloud_client::QrnLoginResponse &response)
 {
     QStringList remarks;
     if (response.uncheckedStatus) {
@@ -55,7 +55,7 @@ std::optional<QString> remarkOn(const platform::QrnLoginResponse &response)
     return remarks.isEmpty() ? std::nullopt : std::optional(remarks.join(u' '));
 }
 
-QString labelOf(const platform::QrnUser &user)
+QString labelOf(const cloud_client::QrnUser &user)
 {
     if (user.workplaceName) {
         return *user.workplaceName;
@@ -188,7 +188,7 @@ QCoro::Task<QuorinAuthViewModel::Verdict> QuorinAuthViewModel::checkToken(QStrin
 
 QCoro::Task<QuorinAuthViewModel::Verdict> QuorinAuthViewModel::loadUser(QString token)
 {
-    std::optional<platform::QrnUser> user;
+    std::optional<cloud_client::QrnUser> user;
     QString message;
     try {
         user = co_await platform::onPool(
@@ -228,7 +228,7 @@ QCoro::Task<bool> QuorinAuthViewModel::login(QString email, QString password)
 {
     m_signInRemark.reset();
     try {
-        const platform::QrnLoginResponse response = co_await platform::onPool(
+        const cloud_client::QrnLoginResponse response = co_await platform::onPool(
             m_parts.main,
             m_parts.pool,
             [api = &m_parts.authentication, request = loginRequest(email, password)] {
@@ -341,11 +341,11 @@ void QuorinAuthViewModel::announce()
     m_parts.notifications.post(core::kAuthStateChanged);
 }
 
-platform::QrnLoginRequest QuorinAuthViewModel::loginRequest(const QString &email,
-                                                            const QString &password) const
+cloud_client::QrnLoginRequest QuorinAuthViewModel::loginRequest(const QString &email,
+                                                                const QString &password) const
 {
     const QString deviceId = core::deviceId(m_parts.defaults);
-    const platform::QrnUserDeviceRequest device(std::nullopt, deviceId, m_clientVersion);
+    const cloud_client::QrnUserDeviceRequest device(std::nullopt, deviceId, m_clientVersion);
     return {email, password, std::nullopt, QStringLiteral("macOS"), deviceId, std::nullopt, device};
 }
 

@@ -13,16 +13,19 @@
 #include <memory>
 #include <optional>
 
+namespace gateway::cloud_client {
+class NetworkSettings;
+class QrnAuthenticationAPIProtocol;
+class QrnUserAPIProtocol;
+struct QrnLoginRequest;
+} // namespace gateway::cloud_client
+
 namespace gateway::platform {
 class Clock;
 class MainExecutor;
-class NetworkSettings;
 class NotificationCenter;
-class QrnAuthenticationAPIProtocol;
-class QrnUserAPIProtocol;
 class UserDefaults;
 class WorkerPool;
-struct QrnLoginRequest;
 } // namespace gateway::platform
 
 namespace gateway::account {
@@ -30,9 +33,9 @@ namespace gateway::account {
 /// What the session model works with; all outlive it.
 struct QuorinAuthParts
 {
-    platform::QrnAuthenticationAPIProtocol &authentication;
-    platform::QrnUserAPIProtocol &user;
-    platform::NetworkSettings &networkSettings;
+    cloud_client::QrnAuthenticationAPIProtocol &authentication;
+    cloud_client::QrnUserAPIProtocol &user;
+    cloud_client::NetworkSettings &networkSettings;
     platform::UserDefaults &defaults;
     platform::NotificationCenter &notifications;
     platform::MainExecutor &main;
@@ -141,7 +144,7 @@ private:
     void setChecking(bool isChecking);
     void setError(std::optional<QString> message);
     void announce();
-    platform::QrnLoginRequest loginRequest(const QString &email, const QString &password) const;
+    cloud_client::QrnLoginRequest loginRequest(const QString &email, const QString &password) const;
 
     const QuorinAuthParts m_parts;
     const QString m_clientVersion;

@@ -95,7 +95,7 @@ TEST_F(QuorinAuth, SaysNothingBeforeTheKeyringHasAnsweredAndLooksAtOnceThen)
 {
     store.write(QStringLiteral("slow"), R"({"token": "kept", "userId": 42})");
     store.setSilent(true);
-    platform::NetworkSettings slow(store, QStringLiteral("slow"));
+    cloud_client::NetworkSettings slow(store, QStringLiteral("slow"));
     slow.waitUntilStored();
     QuorinAuthViewModel early({service, service, slow, defaults, notifications, main, pool, clock},
                               std::nullopt);

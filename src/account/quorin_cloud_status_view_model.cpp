@@ -1,9 +1,9 @@
 #include "account/quorin_cloud_status_view_model.h"
 
 #include "account/poll.h"
+#include "cloud_client/qrn_status_api.h"
+#include "cloud_client/quorin_error.h"
 #include "platform/concurrency/async.h"
-#include "platform/quorin_api/qrn_status_api.h"
-#include "platform/quorin_api/quorin_error.h"
 
 #include <utility>
 
@@ -62,7 +62,7 @@ QCoro::Task<> QuorinCloudStatusViewModel::refresh()
     try {
         co_await platform::onPool(m_parts.main, m_parts.pool, [api = &m_parts.status] { api->ping(); });
     } catch (const std::exception &failure) {
-        error = platform::plainText(failure);
+        error = cloud_client::plainText(failure);
     }
     m_isOnline = !error;
     m_lastError = std::move(error);

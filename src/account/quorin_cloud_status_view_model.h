@@ -12,10 +12,13 @@
 #include <chrono>
 #include <optional>
 
+namespace gateway::cloud_client {
+class QrnStatusAPIProtocol;
+}
+
 namespace gateway::platform {
 class Clock;
 class MainExecutor;
-class QrnStatusAPIProtocol;
 class WorkerPool;
 } // namespace gateway::platform
 
@@ -24,7 +27,7 @@ namespace gateway::account {
 /// What the status model works with; all outlive it.
 struct QuorinCloudStatusParts
 {
-    platform::QrnStatusAPIProtocol &status;
+    cloud_client::QrnStatusAPIProtocol &status;
     platform::MainExecutor &main;
     platform::WorkerPool &pool;
     platform::Clock &clock;

@@ -1,10 +1,10 @@
 #include "account/quorin_cloud_storage_limit_view_model.h"
 
 #include "account/poll.h"
+#include "cloud_client/network_settings.h"
+#include "cloud_client/qrn_user_api.h"
+#include "cloud_client/quorin_error.h"
 #include "platform/concurrency/async.h"
-#include "platform/quorin_api/network_settings.h"
-#include "platform/quorin_api/qrn_user_api.h"
-#include "platform/quorin_api/quorin_error.h"
 
 #include <utility>
 
@@ -64,11 +64,11 @@ QCoro::Task<bool> QuorinCloudStorageLimitViewModel::readOnce()
     std::optional<StorageUsage> usage;
     std::optional<QString> error;
     try {
-        const platform::QrnCloudLimitResponse limit = co_await platform::onPool(
+        const cloud_client::QrnCloudLimitResponse limit = co_await platform::onPool(
             m_parts.main, m_parts.pool, [api = &m_parts.user] { return api->quorinCloudStorageLimit(); });
         usage = {static_cast<double>(limit.allowanceKb), static_cast<double>(limit.usedKb)};
     } catch (const std::exception &failure) {
-        error = platform::localizedDescription(failure);
+        error = cloud_client::localizedDescription(failure);
     }
     if (m_scope.stopToken().stop_requested()) {
         co_return true;

@@ -10,11 +10,14 @@
 #include <chrono>
 #include <optional>
 
+namespace gateway::cloud_client {
+class NetworkSettings;
+class QrnUserAPIProtocol;
+} // namespace gateway::cloud_client
+
 namespace gateway::platform {
 class Clock;
 class MainExecutor;
-class NetworkSettings;
-class QrnUserAPIProtocol;
 class WorkerPool;
 } // namespace gateway::platform
 
@@ -32,8 +35,8 @@ struct StorageUsage
 /// What the storage model works with; all outlive it.
 struct QuorinCloudStorageLimitParts
 {
-    platform::QrnUserAPIProtocol &user;
-    platform::NetworkSettings &networkSettings;
+    cloud_client::QrnUserAPIProtocol &user;
+    cloud_client::NetworkSettings &networkSettings;
     platform::MainExecutor &main;
     platform::WorkerPool &pool;
     platform::Clock &clock;

@@ -1,7 +1,7 @@
 #include "app/cloud_account.h"
 
+#include "cloud_client/cloud_configuration.h"
 #include "core/device_id.h"
-#include "platform/quorin_api/cloud_configuration.h"
 
 #include <QtCore/QProcessEnvironment>
 
@@ -19,14 +19,15 @@ std::optional<QString> storedText(const platform::UserDefaults &defaults, const 
 
 } // namespace
 
-platform::CloudConfiguration cloudConfiguration(Ground &ground)
+cloud_client::CloudConfiguration cloudConfiguration(Ground &ground)
 {
-    return platform::resolveCloudConfiguration({ground.options.cloudUrl,
-                                                ground.options.cloudKind,
-                                                QProcessEnvironment::systemEnvironment(),
-                                                storedText(ground.defaults, platform::kCloudBaseUrlKey),
-                                                storedText(ground.defaults, platform::kCloudKindKey)},
-                                               core::deviceId(ground.defaults));
+    return cloud_client::resolveCloudConfiguration(
+        {ground.options.cloudUrl,
+         ground.options.cloudKind,
+         QProcessEnvironment::systemEnvironment(),
+         storedText(ground.defaults, cloud_client::kCloudBaseUrlKey),
+         storedText(ground.defaults, cloud_client::kCloudKindKey)},
+        core::deviceId(ground.defaults));
 }
 
 } // namespace gateway::app

@@ -3,21 +3,21 @@
 #include "account/cloud_watch.h"
 #include "account/quorin_auth_view_model.h"
 #include "app/ground.h"
+#include "cloud_client/qrn_authentication_api.h"
+#include "cloud_client/qrn_bug_report_api.h"
+#include "cloud_client/qrn_quorin_cloud_terms_api.h"
+#include "cloud_client/qrn_status_api.h"
+#include "cloud_client/qrn_stow_api.h"
+#include "cloud_client/qrn_user_api.h"
+#include "cloud_client/quorin_api_client.h"
 #include "platform/keychain/token_store.h"
-#include "platform/quorin_api/qrn_authentication_api.h"
-#include "platform/quorin_api/qrn_bug_report_api.h"
-#include "platform/quorin_api/qrn_quorin_cloud_terms_api.h"
-#include "platform/quorin_api/qrn_status_api.h"
-#include "platform/quorin_api/qrn_stow_api.h"
-#include "platform/quorin_api/qrn_user_api.h"
-#include "platform/quorin_api/quorin_api_client.h"
 
 #include <memory>
 
 namespace gateway::app {
 
 /// The cloud that the command line, the environment or the settings name, in this order.
-platform::CloudConfiguration cloudConfiguration(Ground &ground);
+cloud_client::CloudConfiguration cloudConfiguration(Ground &ground);
 
 /// The cloud's client, and what is known of account and cloud.
 ///
@@ -28,13 +28,13 @@ struct CloudAccount
 
     std::unique_ptr<platform::TokenStore> tokens =
         platform::makeTokenStore(ground.options.layout.tokenFolder());
-    platform::QuorinApiClient client{cloudConfiguration(ground), *tokens};
-    platform::QrnAuthenticationAPI authenticationApi{client};
-    platform::QrnUserAPI userApi{client};
-    platform::QrnStatusAPI statusApi{client};
-    platform::QrnStowAPI stowApi{client};
-    platform::QrnQuorinCloudTermsAPI termsApi{client};
-    platform::QrnBugReportAPI bugReportApi{client};
+    cloud_client::QuorinApiClient client{cloudConfiguration(ground), *tokens};
+    cloud_client::QrnAuthenticationAPI authenticationApi{client};
+    cloud_client::QrnUserAPI userApi{client};
+    cloud_client::QrnStatusAPI statusApi{client};
+    cloud_client::QrnStowAPI stowApi{client};
+    cloud_client::QrnQuorinCloudTermsAPI termsApi{client};
+    cloud_client::QrnBugReportAPI bugReportApi{client};
 
     account::QuorinAuthViewModel auth{{.authentication = authenticationApi,
                                        .user = userApi,

@@ -20,12 +20,12 @@ namespace gateway::app {
 class CloudSession final : public upload::UploadSession
 {
 public:
-    explicit CloudSession(platform::QuorinApiClient &client) : m_client(client) {}
+    explicit CloudSession(cloud_client::QuorinApiClient &client) : m_client(client) {}
 
     bool hasToken() override { return m_client.networkSettings().token().has_value(); }
 
 private:
-    platform::QuorinApiClient &m_client;
+    cloud_client::QuorinApiClient &m_client;
 };
 
 /// What leaves: upload runs, and what lets go of the local copy afterwards.

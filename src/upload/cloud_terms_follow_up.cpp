@@ -1,7 +1,7 @@
 #include "upload/cloud_terms_follow_up.h"
 
+#include "cloud_client/quorin_error.h"
 #include "core/notification_names.h"
-#include "platform/quorin_api/quorin_error.h"
 
 #include <chrono>
 
@@ -17,10 +17,10 @@ bool looksLikeTermsRefusal(const std::exception &error)
 {
     constexpr int kFirstClientError = 400;
     constexpr int kLastClientError = 499;
-    if (dynamic_cast<const platform::QrnErrorResponse *>(&error)) {
+    if (dynamic_cast<const cloud_client::QrnErrorResponse *>(&error)) {
         return true;
     }
-    const auto *failed = dynamic_cast<const platform::AFError *>(&error);
+    const auto *failed = dynamic_cast<const cloud_client::AFError *>(&error);
     return failed && failed->responseCode && *failed->responseCode >= kFirstClientError &&
            *failed->responseCode <= kLastClientError;
 }
@@ -39,7 +39,7 @@ void CloudTermsFollowUp::checkTermsAfterUploadFailure(const std::exception &erro
 /// \return true when the user was sent to the terms.
 bool CloudTermsFollowUp::promptIfRequired(const QString &runId, const QUrl &fileURL) const
 {
-    platform::QrnQuorinCloudTermsStatusResponse status;
+    cloud_client::QrnQuorinCloudTermsStatusResponse status;
     try {
         status = m_with.terms.status();
     } catch (const std::exception &) {

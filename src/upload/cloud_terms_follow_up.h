@@ -1,9 +1,9 @@
 #pragma once
 
+#include "cloud_client/qrn_quorin_cloud_terms_api.h"
 #include "log/store_log_emitter.h"
 #include "platform/concurrency/main_executor.h"
 #include "platform/notifications/notification_center.h"
-#include "platform/quorin_api/qrn_quorin_cloud_terms_api.h"
 #include "upload/quorin_cloud_terms_prompt_gate.h"
 #include "upload/upload_ports.h"
 
@@ -19,7 +19,7 @@ public:
     /// All outlive this, and `notifications` the last block of `main`.
     struct Collaborators
     {
-        platform::QrnQuorinCloudTermsAPIProtocol &terms;
+        cloud_client::QrnQuorinCloudTermsAPIProtocol &terms;
         log::StoreLogEmitter &emitter;
         platform::NotificationCenter &notifications;
         platform::MainExecutor &main;

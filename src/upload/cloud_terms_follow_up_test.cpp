@@ -1,10 +1,10 @@
 #include "upload/cloud_terms_follow_up.h"
 
+#include "cloud_client/quorin_error.h"
 #include "core/notification_names.h"
 #include "log/redaction.h"
 #include "log/testing/recording_log.h"
 #include "platform/concurrency/testing/manual_clock.h"
-#include "platform/quorin_api/quorin_error.h"
 
 #include <QtCore/QStringList>
 
@@ -23,29 +23,29 @@ using namespace std::chrono_literals;
 namespace {
 
 /// A cloud that knows nothing but whether its terms were accepted. Thread: any.
-class FakeTermsAPI final : public platform::QrnQuorinCloudTermsAPIProtocol
+class FakeTermsAPI final : public cloud_client::QrnQuorinCloudTermsAPIProtocol
 {
 public:
     std::atomic<bool> required = true;
     std::atomic<bool> isDown = false;
     std::atomic<int> statusRequests = 0;
 
-    platform::QrnQuorinCloudTermsStatusResponse status() override
+    cloud_client::QrnQuorinCloudTermsStatusResponse status() override
     {
         ++statusRequests;
         if (isDown) {
-            throw platform::AFError(QString(), std::nullopt);
+            throw cloud_client::AFError(QString(), std::nullopt);
         }
         return {required, QStringLiteral("2026-03"), std::nullopt};
     }
-    platform::QrnQuorinCloudTermsResponse terms() override { return {}; }
-    platform::QrnQuorinCloudTermsAcceptResponse
-    accept(const platform::QrnQuorinCloudTermsAcceptRequest &) override
+    cloud_client::QrnQuorinCloudTermsResponse terms() override { return {}; }
+    cloud_client::QrnQuorinCloudTermsAcceptResponse
+    accept(const cloud_client::QrnQuorinCloudTermsAcceptRequest &) override
     {
         required = false;
         return {};
     }
-    void decline(const platform::QrnQuorinCloudTermsDeclineRequest &) override {}
+    void decline(const cloud_client::QrnQuorinCloudTermsDeclineRequest &) override {}
 };
 
 struct CloudTermsFollowUpTest : ::testing::Test
@@ -73,7 +73,7 @@ struct CloudTermsFollowUpTest : ::testing::Test
         main.drain();
     }
 
-    void failWithStatus(int status) { fail(platform::AFError(QString(), status)); }
+    void failWithStatus(int status) { fail(cloud_client::AFError(QString(), status)); }
 };
 
 } // namespace
@@ -136,8 +136,8 @@ TEST_F(CloudTermsFollowUpTest, AsksAfterEveryAnswerOfTheServiceWhateverItSays)
 {
     api.required = false;
 
-    fail(platform::QrnErrorResponse(platform::QrnErrorKind::serviceFault, QStringLiteral("on fire")));
-    fail(platform::QrnErrorResponse(platform::QrnErrorKind::termsNotAccepted, std::nullopt));
+    fail(cloud_client::QrnErrorResponse(cloud_client::QrnErrorKind::serviceFault, QStringLiteral("on fire")));
+    fail(cloud_client::QrnErrorResponse(cloud_client::QrnErrorKind::termsNotAccepted, std::nullopt));
 
     EXPECT_EQ(api.statusRequests, 2);
 }
@@ -149,8 +149,8 @@ TEST_F(CloudTermsFollowUpTest, AsksForStatusesFromFourHundredToFourNinetyNineOnl
     for (const int status : {399, 500, 200}) {
         failWithStatus(status);
     }
-    fail(platform::AFError(QString(), std::nullopt));
-    fail(platform::QrnStowResponse({}, 0));
+    fail(cloud_client::AFError(QString(), std::nullopt));
+    fail(cloud_client::QrnStowResponse({}, 0));
     fail(std::runtime_error("terms"));
     EXPECT_EQ(api.statusRequests, 0);
 
@@ -181,7 +181,7 @@ TEST_F(CloudTermsFollowUpTest, AsksOnceForTenUploadsThatFailTogether)
             uploads.emplace_back([&] {
                 together.arrive_and_wait();
                 followUp.checkTermsAfterUploadFailure(
-                    platform::AFError(QString(), 403), QStringLiteral("RUN"), file);
+                    cloud_client::AFError(QString(), 403), QStringLiteral("RUN"), file);
             });
         }
     }

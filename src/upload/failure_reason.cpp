@@ -1,18 +1,18 @@
 #include "upload/failure_reason.h"
 
-#include "platform/quorin_api/quorin_error.h"
+#include "cloud_client/quorin_error.h"
 
 #include <algorithm>
 
 namespace gateway::upload {
 
+using cloud_client::AFError;
+using cloud_client::NoAnswer;
+using cloud_client::QrnErrorKind;
+using cloud_client::QrnErrorResponse;
+using cloud_client::QrnStowResponse;
 using core::Failure;
 using core::FailureClass;
-using platform::AFError;
-using platform::NoAnswer;
-using platform::QrnErrorKind;
-using platform::QrnErrorResponse;
-using platform::QrnStowResponse;
 using StoreUpload::AttemptEnd;
 using StoreUpload::AttemptResult;
 using StoreUpload::FailureReach;
@@ -159,7 +159,7 @@ Failure ofRequest(const std::exception &error, const PreparedCandidate &prepared
         return {failed->responseCode ? classOfStatus(*failed->responseCode) : classOf(failed->noAnswer),
                 failed->code};
     }
-    if (dynamic_cast<const platform::QrnNotOffered *>(&error)) {
+    if (dynamic_cast<const cloud_client::QrnNotOffered *>(&error)) {
         return {FailureClass::noImageService, 0};
     }
     return {FailureClass::unknown, 0};
@@ -292,7 +292,7 @@ AttemptEnd failedEnd(const std::exception &error, const PreparedCandidate &prepa
     std::exception_ptr held;
     if (const std::exception *ended = endOfRequest(error, prepared, held)) {
         end.reach = reachOfRequest(*ended);
-        if (const auto *known = dynamic_cast<const platform::QuorinError *>(ended)) {
+        if (const auto *known = dynamic_cast<const cloud_client::QuorinError *>(ended)) {
             end.retryAfter = known->retryAfter;
         }
     }

@@ -1,6 +1,6 @@
 #include "upload/failure_reason.h"
 
-#include "platform/quorin_api/quorin_error.h"
+#include "cloud_client/quorin_error.h"
 
 #include <gtest/gtest.h>
 
@@ -10,13 +10,13 @@
 
 namespace gateway::upload {
 
+using cloud_client::AFError;
+using cloud_client::NoAnswer;
+using cloud_client::QrnErrorKind;
+using cloud_client::QrnErrorResponse;
+using cloud_client::QrnStowResponse;
 using core::Failure;
 using core::FailureClass;
-using platform::AFError;
-using platform::NoAnswer;
-using platform::QrnErrorKind;
-using platform::QrnErrorResponse;
-using platform::QrnStowResponse;
 using StoreUpload::PreparedCandidate;
 
 namespace {
@@ -188,7 +188,7 @@ TEST(FailureReason, NamesTheConversionWhereNeitherEncoderNorCloudUnderstoodTheIm
 TEST(FailureReason, OfAnythingElseHasNoName)
 {
     EXPECT_EQ(failureOf(std::runtime_error("out of wires")), (Failure{FailureClass::unknown, 0}));
-    EXPECT_EQ(failureOf(platform::QrnNotOffered(QString())), (Failure{FailureClass::noImageService, 0}));
+    EXPECT_EQ(failureOf(cloud_client::QrnNotOffered(QString())), (Failure{FailureClass::noImageService, 0}));
 }
 
 } // namespace gateway::upload

@@ -1,6 +1,6 @@
 #include "upload/instance_verifier.h"
 
-#include "platform/quorin_api/quorin_error.h"
+#include "cloud_client/quorin_error.h"
 #include "upload/failure_reason.h"
 
 #include <QtCore/QFile>

@@ -29,7 +29,7 @@ struct InstanceVerifierTest : ::testing::Test
         return made;
     }
 
-    void upload() { around.cloud.upload(platform::StowFile{storedFile(), prepared.identity}, {}, {}); }
+    void upload() { around.cloud.upload(cloud_client::StowFile{storedFile(), prepared.identity}, {}, {}); }
 
     QUrl storedFile() { return QUrl::fromLocalFile(around.store(kUid)); }
 };

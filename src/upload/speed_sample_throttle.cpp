@@ -28,11 +28,11 @@ bool SpeedSampleThrottle::takeSample(std::chrono::nanoseconds now)
     return true;
 }
 
-platform::UploadProgressCallback SpeedSampler::callback() const
+cloud_client::UploadProgressCallback SpeedSampler::callback() const
 {
     return [throttle = std::make_shared<SpeedSampleThrottle>(kMinimumInterval),
             &with = m_with,
-            start = m_start](const platform::UploadProgress &progress) {
+            start = m_start](const cloud_client::UploadProgress &progress) {
         const std::chrono::nanoseconds now = with.clock.monotonic();
         if (throttle->takeSample(now)) {
             tell(with, progress.completedUnitCount, now - start);

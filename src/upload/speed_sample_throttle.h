@@ -1,7 +1,7 @@
 #pragma once
 
+#include "cloud_client/http_message.h"
 #include "platform/concurrency/mutex.h"
-#include "platform/quorin_api/http_message.h"
 #include "upload/upload_collaborators.h"
 
 #include <chrono>
@@ -40,7 +40,7 @@ public:
     explicit SpeedSampler(const UploadCollaborators &with) : m_with(with), m_start(with.clock.monotonic()) {}
 
     /// For the upload's progress: at most one sample a second, of all bytes since the start.
-    platform::UploadProgressCallback callback() const;
+    cloud_client::UploadProgressCallback callback() const;
 
     /// The sample of a whole transfer; nothing is told for less than a byte.
     void tellWhole(qint64 bytes) const;

@@ -1,7 +1,7 @@
 #include "upload/upload_attempt.h"
 
+#include "cloud_client/quorin_error.h"
 #include "log/redaction.h"
-#include "platform/quorin_api/quorin_error.h"
 #include "upload/failure_reason.h"
 #include "upload/speed_sample_throttle.h"
 
@@ -18,7 +18,7 @@ namespace {
 
 log::GatewayLogError redacted(const std::exception &error)
 {
-    if (const auto *known = dynamic_cast<const platform::QuorinError *>(&error)) {
+    if (const auto *known = dynamic_cast<const cloud_client::QuorinError *>(&error)) {
         return log::redactedError(known->domain, known->code, known->localizedDescription);
     }
     return log::redactedError(QStringLiteral("std::exception"), 0, QString::fromUtf8(error.what()));
@@ -44,7 +44,7 @@ log::StoreLogRecord succeeded(log::StoreLogRecord record)
         std::move(record), log::GatewayLogAction::uploadAttemptSucceeded, log::GatewayLogOutcome::succeeded);
 }
 
-platform::StowFile stowFile(const PreparedCandidate &prepared)
+cloud_client::StowFile stowFile(const PreparedCandidate &prepared)
 {
     return {prepared.uploadURL, prepared.identity};
 }
@@ -53,7 +53,7 @@ platform::StowFile stowFile(const PreparedCandidate &prepared)
 ///
 /// The client compares like with like: the UID as it stands in the file, not the index's instance keys. A
 /// refusal that names nobody leaves it open whom it meant, so nobody passes then.
-QList<AttemptEnd> endsAfter(const platform::QrnStowResponse &refusal,
+QList<AttemptEnd> endsAfter(const cloud_client::QrnStowResponse &refusal,
                             const QList<PreparedCandidate> &prepared)
 {
     const auto isBlank = [](const QString &identifier) { return identifier.trimmed().isEmpty(); };
@@ -131,7 +131,7 @@ AttemptEnd UploadAttempt::sendFile(const PreparedCandidate &prepared) const
     m_with.emitter.emit(started(record));
     QSet<QString> alreadyStored;
     try {
-        alreadyStored = platform::alreadyStoredIn(
+        alreadyStored = cloud_client::alreadyStoredIn(
             m_with.cloud.upload(stowFile(prepared), m_run.deviceId, speed.callback()));
     } catch (const std::exception &error) {
         tellFailure(record, error);
@@ -175,7 +175,7 @@ QList<CandidateOutcome> UploadAttempt::sendBatch(const QList<PreparedCandidate> 
     if (total > 0) {
         record.fileSizeBytes = total;
     }
-    QList<platform::StowFile> files;
+    QList<cloud_client::StowFile> files;
     for (const PreparedCandidate &candidate : prepared) {
         files.append(stowFile(candidate));
     }
@@ -185,11 +185,11 @@ QList<CandidateOutcome> UploadAttempt::sendBatch(const QList<PreparedCandidate> 
     QSet<QString> alreadyStored;
     try {
         alreadyStored =
-            platform::alreadyStoredIn(m_with.cloud.upload(files, m_run.deviceId, speed.callback()));
+            cloud_client::alreadyStoredIn(m_with.cloud.upload(files, m_run.deviceId, speed.callback()));
         m_with.emitter.emit(succeeded(record));
         speed.tellWhole(total);
         ends.fill(StoreUpload::kUploaded, prepared.size());
-    } catch (const platform::QrnStowResponse &refusal) {
+    } catch (const cloud_client::QrnStowResponse &refusal) {
         tellFailure(record, refusal);
         ends = endsAfter(refusal, prepared);
         alreadyStored = refusal.alreadyStored;

@@ -155,7 +155,7 @@ TEST_F(UploadAttemptTest, TellsNoSpeedOfAFailure)
 {
     failWith([this] {
         around.clock.advance(2s);
-        throw platform::AFError(QString(), 500);
+        throw cloud_client::AFError(QString(), 500);
     });
 
     attempt.sendFile(original(QStringLiteral("1.2.3"), 500));
@@ -166,7 +166,7 @@ TEST_F(UploadAttemptTest, TellsNoSpeedOfAFailure)
 
 TEST_F(UploadAttemptTest, SamplesTheSpeedOnceASecondAsCumulativeBytesOverCumulativeSeconds)
 {
-    around.cloud.duringRequest([this](const auto &, const platform::UploadProgressCallback &progress) {
+    around.cloud.duringRequest([this](const auto &, const cloud_client::UploadProgressCallback &progress) {
         progress({0, 1000});
         around.clock.advance(1s);
         progress({100, 1000});
@@ -250,7 +250,7 @@ TEST_F(UploadAttemptTest, LetsNoFilePassWhenARefusalNamesNobody)
     const QList<QList<QStringList>> vague = {
         {}, {{}}, {{QStringLiteral(" ")}}, {{QStringLiteral("1.1")}, {}}};
     for (const QList<QStringList> &failures : vague) {
-        failWith([failures] { throw platform::QrnStowResponse(failures, 0xA700); });
+        failWith([failures] { throw cloud_client::QrnStowResponse(failures, 0xA700); });
         EXPECT_EQ(sendBatch({original(QStringLiteral("1.1")), original(QStringLiteral("1.2"))}),
                   (std::vector{kFailed, kFailed}));
     }
@@ -258,7 +258,7 @@ TEST_F(UploadAttemptTest, LetsNoFilePassWhenARefusalNamesNobody)
 
 TEST_F(UploadAttemptTest, ReadsIdentifiersWithBlanksAroundThem)
 {
-    failWith([] { throw platform::QrnStowResponse({{QStringLiteral(" 1.1\n"), QString()}}, 0xA700); });
+    failWith([] { throw cloud_client::QrnStowResponse({{QStringLiteral(" 1.1\n"), QString()}}, 0xA700); });
 
     EXPECT_EQ(sendBatch({original(QStringLiteral("1.1")), original(QStringLiteral("1.2"))}),
               (std::vector{kFailed, kSuccess}));
@@ -278,9 +278,10 @@ TEST_F(UploadAttemptTest, TellsForEachFileOfABatchWhyItFailed)
     const QList<PreparedCandidate> batch = {
         original(QStringLiteral("1.1")), original(QStringLiteral("1.2")), original(QStringLiteral("1.3"))};
     failWith([] {
-        throw platform::QrnStowResponse({{QStringLiteral("1.1")}, {QStringLiteral("1.3")}},
-                                        0xA700,
-                                        {{QStringLiteral("1.1"), 0xA700}, {QStringLiteral("1.3"), 0xC000}});
+        throw cloud_client::QrnStowResponse(
+            {{QStringLiteral("1.1")}, {QStringLiteral("1.3")}},
+            0xA700,
+            {{QStringLiteral("1.1"), 0xA700}, {QStringLiteral("1.3"), 0xC000}});
     });
 
     const QList<CandidateOutcome> outcomes = attempt.sendBatch(batch, {});

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "cloud_client/qrn_stow_api.h"
 #include "log/store_log_emitter.h"
 #include "platform/concurrency/clock.h"
 #include "platform/concurrency/main_executor.h"
 #include "platform/dicom/dicom_converting.h"
-#include "platform/quorin_api/qrn_stow_api.h"
 #include "upload/new_series.h"
 #include "upload/store_upload.h"
 #include "upload/upload_ports.h"
@@ -15,7 +15,7 @@ namespace gateway::upload {
 struct UploadCollaborators
 {
     UploadIndex &index;
-    platform::QrnStowAPIProtocol &cloud;
+    cloud_client::QrnStowAPIProtocol &cloud;
     platform::DicomConverting &converter;
     UploadSession &session;
     UploadState &state;

@@ -116,7 +116,7 @@ TEST_F(UploadRunOnIndexTest, SendsAgainWhatACrashLeftInProgressThoughTheCloudHas
     const auto candidates = *store.index().pendingImageUploads(1, cursor);
     ASSERT_EQ(candidates.size(), 1);
     store.index().markImagesInProgress(candidates.first().imageObjectIDs);
-    around.cloud.upload(platform::StowFile{candidates.first().fileURL, {}}, QString(), {});
+    around.cloud.upload(cloud_client::StowFile{candidates.first().fileURL, {}}, QString(), {});
     store.reopen(); // the process died between the answer and the record
 
     const RunSummary summary = run();
@@ -214,8 +214,8 @@ TEST_F(UploadRunOnIndexTest, SendsAFileThatGotNoAnswerBehindAllOthersAndAlone)
     around.cloud.duringRequest([&](const auto &request, const auto &) {
         if (std::ranges::any_of(request.files,
                                 [&](const QUrl &file) { return file.fileName().endsWith(cutOff); })) {
-            throw platform::AFError(
-                QStringLiteral("cut off"), std::nullopt, 56, platform::NoAnswer::connectionLost);
+            throw cloud_client::AFError(
+                QStringLiteral("cut off"), std::nullopt, 56, cloud_client::NoAnswer::connectionLost);
         }
     });
 
@@ -237,7 +237,8 @@ TEST_F(UploadRunOnIndexTest, ACloudThatIsAwayCostsFilesNeitherTheirPlaceNorAWait
         import(QStringLiteral("1.%1").arg(number));
     }
     around.cloud.duringRequest([](const auto &, const auto &) {
-        throw platform::AFError(QStringLiteral("refused"), std::nullopt, 7, platform::NoAnswer::notReachable);
+        throw cloud_client::AFError(
+            QStringLiteral("refused"), std::nullopt, 7, cloud_client::NoAnswer::notReachable);
     });
 
     const RunSummary away = run();

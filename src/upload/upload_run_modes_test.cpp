@@ -476,7 +476,8 @@ TEST_P(UploadRunInEachModeTest, EndsAfterThreeRequestsInARowWithoutAnAnswer)
 {
     storeMany(60);
     around.cloud.duringRequest([](const auto &, const auto &) {
-        throw platform::AFError(QStringLiteral("silence"), std::nullopt, 28, platform::NoAnswer::timedOut);
+        throw cloud_client::AFError(
+            QStringLiteral("silence"), std::nullopt, 28, cloud_client::NoAnswer::timedOut);
     });
 
     const RunSummary summary = run();
@@ -491,7 +492,7 @@ TEST_P(UploadRunInEachModeTest, CarriesHowLongTheCloudAskedToBeLeftAlone)
 {
     around.store(QStringLiteral("1.1"));
     around.cloud.duringRequest([](const auto &, const auto &) {
-        platform::AFError busy(QStringLiteral("busy"), 429);
+        cloud_client::AFError busy(QStringLiteral("busy"), 429);
         busy.retryAfter = std::chrono::seconds(300);
         throw busy;
     });

@@ -7,19 +7,19 @@
 #include "account/quorin_auth_view_model.h"
 #include "account/quorin_cloud_status_view_model.h"
 #include "account/quorin_cloud_storage_limit_view_model.h"
+#include "cloud_client/qrn_authentication_api.h"
+#include "cloud_client/qrn_bug_report_api.h"
+#include "cloud_client/qrn_quorin_cloud_terms_api.h"
+#include "cloud_client/qrn_status_api.h"
+#include "cloud_client/qrn_stow_api.h"
+#include "cloud_client/qrn_user_api.h"
+#include "cloud_client/testing/client_fixture.h"
 #include "core/device_id.h"
 #include "platform/concurrency/clock.h"
 #include "platform/concurrency/main_executor.h"
 #include "platform/concurrency/worker_pool.h"
 #include "platform/defaults/user_defaults.h"
 #include "platform/notifications/notification_center.h"
-#include "platform/quorin_api/qrn_authentication_api.h"
-#include "platform/quorin_api/qrn_bug_report_api.h"
-#include "platform/quorin_api/qrn_quorin_cloud_terms_api.h"
-#include "platform/quorin_api/qrn_status_api.h"
-#include "platform/quorin_api/qrn_stow_api.h"
-#include "platform/quorin_api/qrn_user_api.h"
-#include "platform/quorin_api/testing/client_fixture.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QFileInfo>
@@ -34,11 +34,11 @@ namespace gateway::tests {
 
 namespace {
 
-using platform::CloudKind;
-using platform::QrnErrorKind;
-using platform::QrnErrorResponse;
-using platform::testing::configurationFor;
-using platform::testing::errorOf;
+using cloud_client::CloudKind;
+using cloud_client::QrnErrorKind;
+using cloud_client::QrnErrorResponse;
+using cloud_client::testing::configurationFor;
+using cloud_client::testing::errorOf;
 
 const QString kEmail = QString::fromLatin1(LocalCloud::kEmail);
 const QString kPassword = QString::fromLatin1(LocalCloud::kPassword);
@@ -57,13 +57,13 @@ struct Account
     platform::WorkerPool pool{QStringLiteral("test"), 3};
     platform::SystemClock clock;
     platform::NotificationCenter notifications;
-    platform::testing::MemoryTokenStore store;
-    platform::QuorinApiClient client;
-    platform::QrnAuthenticationAPI authenticationApi{client};
-    platform::QrnUserAPI userApi{client};
-    platform::QrnStatusAPI statusApi{client};
-    platform::QrnQuorinCloudTermsAPI termsApi{client};
-    platform::QrnBugReportAPI reportApi{client};
+    cloud_client::testing::MemoryTokenStore store;
+    cloud_client::QuorinApiClient client;
+    cloud_client::QrnAuthenticationAPI authenticationApi{client};
+    cloud_client::QrnUserAPI userApi{client};
+    cloud_client::QrnStatusAPI statusApi{client};
+    cloud_client::QrnQuorinCloudTermsAPI termsApi{client};
+    cloud_client::QrnBugReportAPI reportApi{client};
     account::QuorinAuthViewModel auth{
         {authenticationApi, userApi, client.networkSettings(), defaults, notifications, main, pool, clock},
         QStringLiteral("3.1.0")};
@@ -102,14 +102,14 @@ struct AccountClient : ::testing::Test
     {
         const QUrl image = writeImage(files, "1.2.10", "1.2.10.1", instance, pixelBytes);
         return errorOf<QrnErrorResponse>([&] {
-            platform::QrnStowAPI(user.client)
-                .upload(platform::testing::identified(image), core::deviceId(user.defaults), {});
+            cloud_client::QrnStowAPI(user.client)
+                .upload(cloud_client::testing::identified(image), core::deviceId(user.defaults), {});
         });
     }
 
     LocalCloud cloud;
     Account user{cloud.url()};
-    platform::testing::SampleFiles files;
+    cloud_client::testing::SampleFiles files;
 };
 
 } // namespace
@@ -209,11 +209,11 @@ TEST_F(AccountClient, SeesItsRoomInTheCloudFillUpUntilNothingMoreIsTaken)
 TEST_F(AccountClient, ChangesItsProfileAndLeavesTheRestOfTheRecordAlone)
 {
     ASSERT_TRUE(signIn());
-    platform::ApiCall stranger =
-        platform::jsonCall("PUT",
-                           "/user",
-                           {{QStringLiteral("theme"), QJsonObject{{QStringLiteral("dark"), true}}},
-                            {QStringLiteral("middleName"), QStringLiteral("B.")}});
+    cloud_client::ApiCall stranger =
+        cloud_client::jsonCall("PUT",
+                               "/user",
+                               {{QStringLiteral("theme"), QJsonObject{{QStringLiteral("dark"), true}}},
+                                {QStringLiteral("middleName"), QStringLiteral("B.")}});
     user.client.request(stranger);
     finish(user.profile.load(false));
 
@@ -227,7 +227,7 @@ TEST_F(AccountClient, ChangesItsProfileAndLeavesTheRestOfTheRecordAlone)
 
     EXPECT_EQ(user.profile.successMessage(), QStringLiteral("Account updated successfully."));
     EXPECT_EQ(user.auth.signedInLabel(), QStringLiteral("East Clinic"));
-    platform::ApiCall read;
+    cloud_client::ApiCall read;
     read.path = "/user";
     const QVariantMap record = user.client.requestObject(read);
     EXPECT_EQ(record.value(QStringLiteral("firstName")).toString(), QStringLiteral("Ann"));

@@ -1,17 +1,17 @@
 #include "tests/cloud_client/local_cloud.h"
 
-#include "platform/quorin_api/qrn_authentication_api.h"
-#include "platform/quorin_api/qrn_bug_report_api.h"
-#include "platform/quorin_api/qrn_delete_api.h"
-#include "platform/quorin_api/qrn_qido_api.h"
-#include "platform/quorin_api/qrn_quorin_cloud_terms_api.h"
-#include "platform/quorin_api/qrn_status_api.h"
-#include "platform/quorin_api/qrn_stow_api.h"
-#include "platform/quorin_api/qrn_tag_parser.h"
-#include "platform/quorin_api/qrn_user_api.h"
-#include "platform/quorin_api/qrn_versions_api.h"
-#include "platform/quorin_api/quorin_error.h"
-#include "platform/quorin_api/testing/client_fixture.h"
+#include "cloud_client/qrn_authentication_api.h"
+#include "cloud_client/qrn_bug_report_api.h"
+#include "cloud_client/qrn_delete_api.h"
+#include "cloud_client/qrn_qido_api.h"
+#include "cloud_client/qrn_quorin_cloud_terms_api.h"
+#include "cloud_client/qrn_status_api.h"
+#include "cloud_client/qrn_stow_api.h"
+#include "cloud_client/qrn_tag_parser.h"
+#include "cloud_client/qrn_user_api.h"
+#include "cloud_client/qrn_versions_api.h"
+#include "cloud_client/quorin_error.h"
+#include "cloud_client/testing/client_fixture.h"
 
 #include <QtCore/QJsonArray>
 
@@ -22,32 +22,32 @@ namespace gateway::tests {
 
 namespace {
 
-using platform::AFError;
-using platform::CloudConfiguration;
-using platform::QrnAuthenticationAPI;
-using platform::QrnBugReportAPI;
-using platform::QrnBugReportRequest;
-using platform::QrnDeleteAPI;
-using platform::QrnDicomTag;
-using platform::QrnErrorKind;
-using platform::QrnErrorResponse;
-using platform::QrnLoginRequest;
-using platform::QrnQidoAPI;
-using platform::QrnQuorinCloudTermsAPI;
-using platform::QrnStatusAPI;
-using platform::QrnStowAPI;
-using platform::QrnStowResponse;
-using platform::QrnTagParser;
-using platform::QrnUserAPI;
-using platform::QrnUserDeviceRequest;
-using platform::QrnVersionsAPI;
-using platform::QuorinApiClient;
-using platform::QuorinError;
-using platform::testing::configurationFor;
-using platform::testing::errorOf;
-using platform::testing::identified;
-using platform::testing::MemoryTokenStore;
-using platform::testing::SampleFiles;
+using cloud_client::AFError;
+using cloud_client::CloudConfiguration;
+using cloud_client::QrnAuthenticationAPI;
+using cloud_client::QrnBugReportAPI;
+using cloud_client::QrnBugReportRequest;
+using cloud_client::QrnDeleteAPI;
+using cloud_client::QrnDicomTag;
+using cloud_client::QrnErrorKind;
+using cloud_client::QrnErrorResponse;
+using cloud_client::QrnLoginRequest;
+using cloud_client::QrnQidoAPI;
+using cloud_client::QrnQuorinCloudTermsAPI;
+using cloud_client::QrnStatusAPI;
+using cloud_client::QrnStowAPI;
+using cloud_client::QrnStowResponse;
+using cloud_client::QrnTagParser;
+using cloud_client::QrnUserAPI;
+using cloud_client::QrnUserDeviceRequest;
+using cloud_client::QrnVersionsAPI;
+using cloud_client::QuorinApiClient;
+using cloud_client::QuorinError;
+using cloud_client::testing::configurationFor;
+using cloud_client::testing::errorOf;
+using cloud_client::testing::identified;
+using cloud_client::testing::MemoryTokenStore;
+using cloud_client::testing::SampleFiles;
 
 const QString kDevice = QStringLiteral("DEVICE-1");
 const QString kStudy = QStringLiteral("1.2.10");
@@ -322,7 +322,7 @@ TEST(CloudClientTls, TrustsNoCertificateMadeForAnotherHost)
     const auto error = errorOf<AFError>([&client] { QrnStatusAPI(client).ping(); });
 
     ASSERT_TRUE(error);
-    EXPECT_EQ(error->noAnswer, platform::NoAnswer::notSecure);
+    EXPECT_EQ(error->noAnswer, cloud_client::NoAnswer::notSecure);
     EXPECT_EQ(error->localizedDescription,
               QStringLiteral("The certificate of the cloud service at localhost could not be verified."));
 }

@@ -1,6 +1,6 @@
 #include "tests/cloud_client/local_cloud.h"
 
-#include "platform/quorin_api/http_transport.h"
+#include "cloud_client/http_transport.h"
 
 #include <QtCore/QFile>
 
@@ -8,7 +8,7 @@
 
 namespace gateway::tests {
 
-using platform::testing::shortElement;
+using cloud_client::testing::shortElement;
 
 PrivateAuthority::PrivateAuthority()
 {
@@ -90,22 +90,22 @@ QJsonDocument LocalCloud::look(const QByteArray &what)
 
 QByteArray LocalCloud::ask(const QByteArray &method, const QByteArray &what, const QByteArray &body)
 {
-    platform::CloudConfiguration configuration;
+    cloud_client::CloudConfiguration configuration;
     configuration.baseUrl = m_url;
-    platform::HttpTransport transport(configuration);
-    platform::HttpRequest request;
+    cloud_client::HttpTransport transport(configuration);
+    cloud_client::HttpRequest request;
     request.method = method;
     request.url = m_url.toEncoded() + "/control/" + what;
     request.headers = {{"Content-Type", "application/json"}};
     request.body = body;
-    const platform::HttpResponse response = transport.perform(request);
+    const cloud_client::HttpResponse response = transport.perform(request);
     if (!response.isSuccess()) {
         throw std::runtime_error("the control call was refused: " + response.body.toStdString());
     }
     return response.body;
 }
 
-QUrl writeImage(platform::testing::SampleFiles &files,
+QUrl writeImage(cloud_client::testing::SampleFiles &files,
                 const QByteArray &study,
                 const QByteArray &series,
                 const QByteArray &instance,
@@ -128,7 +128,7 @@ QUrl writeImage(platform::testing::SampleFiles &files,
         shortElement(0x0020, 0x0011, "IS", "3 ") + QByteArray::fromHex("e07f1000") + "OW" +
         QByteArray::fromHex("0000") + number(pixelBytes) + QByteArray(pixelBytes, 'p');
     return files.file(QString::fromLatin1(instance) + QStringLiteral(".dcm"),
-                      platform::testing::metaHeader(instance) + dataset);
+                      cloud_client::testing::metaHeader(instance) + dataset);
 }
 
 } // namespace gateway::tests

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "platform/quorin_api/quorin_api_client.h"
-#include "platform/quorin_api/testing/memory_token_store.h"
-#include "platform/quorin_api/testing/sample_files.h"
+#include "cloud_client/quorin_api_client.h"
+#include "cloud_client/testing/memory_token_store.h"
+#include "cloud_client/testing/sample_files.h"
 
 #include <QtCore/QByteArray>
 #include <QtCore/QJsonDocument>
@@ -62,7 +62,7 @@ private:
 };
 
 /// Writes a small but whole CT image.
-QUrl writeImage(platform::testing::SampleFiles &files,
+QUrl writeImage(cloud_client::testing::SampleFiles &files,
                 const QByteArray &study,
                 const QByteArray &series,
                 const QByteArray &instance,

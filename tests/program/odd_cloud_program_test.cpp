@@ -1,6 +1,6 @@
 // The gateway before something that isn't its cloud, or that says odd things.
 
-#include "platform/quorin_api/testing/scripted_http_server.h"
+#include "cloud_client/testing/scripted_http_server.h"
 #include "tests/support/gateway_process.h"
 
 #include <QtCore/QJsonObject>
@@ -14,8 +14,8 @@ namespace gateway::testing {
 
 namespace {
 
-using platform::testing::ReceivedRequest;
-using platform::testing::ScriptedHttpServer;
+using cloud_client::testing::ReceivedRequest;
+using cloud_client::testing::ScriptedHttpServer;
 
 /// A home whose cloud is a server that says anything.
 struct OddCloud : ::testing::Test

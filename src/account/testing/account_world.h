@@ -1,12 +1,12 @@
 #pragma once
 
 #include "account/testing/fake_account_service.h"
+#include "cloud_client/testing/memory_token_store.h"
 #include "platform/concurrency/main_executor.h"
 #include "platform/concurrency/testing/manual_clock.h"
 #include "platform/concurrency/worker_pool.h"
 #include "platform/defaults/user_defaults.h"
 #include "platform/notifications/notification_center.h"
-#include "platform/quorin_api/testing/memory_token_store.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QTemporaryDir>
@@ -65,8 +65,8 @@ struct AccountWorld : ::testing::Test
     platform::MainExecutor main;
     platform::WorkerPool pool{QStringLiteral("test"), 3};
     platform::testing::ManualClock clock;
-    platform::testing::MemoryTokenStore store;
-    platform::NetworkSettings settings{store, QStringLiteral("test")};
+    cloud_client::testing::MemoryTokenStore store;
+    cloud_client::NetworkSettings settings{store, QStringLiteral("test")};
     platform::NotificationCenter notifications;
     FakeAccountService service{settings};
 };

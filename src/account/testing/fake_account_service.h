@@ -1,9 +1,9 @@
 #pragma once
 
+#include "cloud_client/network_settings.h"
+#include "cloud_client/qrn_user_api.h"
+#include "cloud_client/quorin_error.h"
 #include "platform/concurrency/mutex.h"
-#include "platform/quorin_api/network_settings.h"
-#include "platform/quorin_api/qrn_user_api.h"
-#include "platform/quorin_api/quorin_error.h"
 
 #include <QtCore/QMap>
 #include <QtCore/QStringList>
@@ -18,14 +18,17 @@ namespace gateway::account::testing {
 /// ended, a line that can be cut, and a door at which calls can be made to wait.
 ///
 /// Thread: any.
-class FakeAccountService final : public platform::QrnAuthenticationAPIProtocol,
-                                 public platform::QrnUserAPIProtocol
+class FakeAccountService final : public cloud_client::QrnAuthenticationAPIProtocol,
+                                 public cloud_client::QrnUserAPIProtocol
 {
 public:
-    explicit FakeAccountService(platform::NetworkSettings &settings) : m_settings(settings) { user.id = 42; }
+    explicit FakeAccountService(cloud_client::NetworkSettings &settings) : m_settings(settings)
+    {
+        user.id = 42;
+    }
 
     // Set by the test while no call is under way.
-    platform::QrnUser user;
+    cloud_client::QrnUser user;
     QString password = QStringLiteral("right");
     std::optional<QString> refusal = QStringLiteral("Wrong email or password.");
     std::optional<QString> sessionEnd = QStringLiteral("Your session has ended.");
@@ -36,15 +39,15 @@ public:
     std::optional<int> uncheckedStatus;
     bool isKept = true;
     bool knowsUser = true;
-    std::optional<platform::QrnErrorKind> passwordRefusal; ///< every change of the password is refused so
-    platform::QrnCloudLimitResponse limit;
-    QMap<QString, platform::QrnCloudLimitResponse> limitOf; ///< by token, in place of `limit`
+    std::optional<cloud_client::QrnErrorKind> passwordRefusal; ///< every change of the password is refused so
+    cloud_client::QrnCloudLimitResponse limit;
+    QMap<QString, cloud_client::QrnCloudLimitResponse> limitOf; ///< by token, in place of `limit`
 
-    platform::QrnLoginResponse login(const platform::QrnLoginRequest &request) override
+    cloud_client::QrnLoginResponse login(const cloud_client::QrnLoginRequest &request) override
     {
         arrive(QStringLiteral("login"));
         if (request.password != password) {
-            throw platform::QrnErrorResponse(platform::QrnErrorKind::credentialsRefused, refusal);
+            throw cloud_client::QrnErrorResponse(cloud_client::QrnErrorKind::credentialsRefused, refusal);
         }
         lastLogin = request;
         m_settings.setToken(QStringLiteral("token of ") + request.email);
@@ -52,7 +55,7 @@ public:
         return {user.id, isKept, uncheckedStatus};
     }
 
-    platform::QrnEmptyResponse logout() override
+    cloud_client::QrnEmptyResponse logout() override
     {
         arrive(QStringLiteral("logout"));
         m_settings.setToken(std::nullopt);
@@ -60,30 +63,31 @@ public:
         return {};
     }
 
-    platform::QrnTokenExpirationResponse tokenExpiration() override
+    cloud_client::QrnTokenExpirationResponse tokenExpiration() override
     {
         const std::optional<QString> token = m_settings.token(); // as the request carries it
         arrive(QStringLiteral("tokenExpiration"));
         if (endedToken && token == endedToken) {
-            throw platform::QrnErrorResponse(platform::QrnErrorKind::sessionInvalid, sessionEnd, 401);
+            throw cloud_client::QrnErrorResponse(cloud_client::QrnErrorKind::sessionInvalid, sessionEnd, 401);
         }
         m_settings.setCredentialsRefused(token.value_or(QString()), refusesCredentials);
         if (refusesCredentials) {
-            throw platform::QrnErrorResponse(platform::QrnErrorKind::credentialsRefused, std::nullopt, 401);
+            throw cloud_client::QrnErrorResponse(
+                cloud_client::QrnErrorKind::credentialsRefused, std::nullopt, 401);
         }
         return {};
     }
 
-    platform::QrnUser getUser() override
+    cloud_client::QrnUser getUser() override
     {
         arrive(QStringLiteral("getUser"));
         if (!knowsUser) {
-            throw platform::AFError(QString(), 500);
+            throw cloud_client::AFError(QString(), 500);
         }
         return user;
     }
 
-    platform::QrnUser updateUser(const platform::QrnUpdateUserRequest &request) override
+    cloud_client::QrnUser updateUser(const cloud_client::QrnUpdateUserRequest &request) override
     {
         arrive(QStringLiteral("updateUser"));
         lastUpdate = request;
@@ -98,21 +102,23 @@ public:
         return user;
     }
 
-    platform::QrnEmptyResponse changePassword(const platform::QrnPasswordChangeRequest &request) override
+    cloud_client::QrnEmptyResponse
+    changePassword(const cloud_client::QrnPasswordChangeRequest &request) override
     {
         arrive(QStringLiteral("changePassword"));
         lastPasswordChange = request;
         if (passwordRefusal) {
-            throw platform::QrnErrorResponse(*passwordRefusal, refusal);
+            throw cloud_client::QrnErrorResponse(*passwordRefusal, refusal);
         }
         if (request.currentPassword != password) {
-            throw platform::QrnErrorResponse(platform::QrnErrorKind::currentPasswordIncorrect, refusal);
+            throw cloud_client::QrnErrorResponse(cloud_client::QrnErrorKind::currentPasswordIncorrect,
+                                                 refusal);
         }
         password = request.newPassword;
         return {};
     }
 
-    platform::QrnCloudLimitResponse quorinCloudStorageLimit() override
+    cloud_client::QrnCloudLimitResponse quorinCloudStorageLimit() override
     {
         const std::optional<QString> token = m_settings.token(); // as the request carries it
         arrive(QStringLiteral("quorinCloudStorageLimit"));
@@ -140,9 +146,9 @@ public:
         return {m_calls.begin(), m_calls.end()};
     }
 
-    std::optional<platform::QrnLoginRequest> lastLogin;
-    std::optional<platform::QrnUpdateUserRequest> lastUpdate;
-    std::optional<platform::QrnPasswordChangeRequest> lastPasswordChange;
+    std::optional<cloud_client::QrnLoginRequest> lastLogin;
+    std::optional<cloud_client::QrnUpdateUserRequest> lastUpdate;
+    std::optional<cloud_client::QrnPasswordChangeRequest> lastPasswordChange;
 
 private:
     void arrive(const QString &name)
@@ -153,11 +159,11 @@ private:
             m_changed.wait(m_mutex);
         }
         if (isOffline) {
-            throw platform::AFError(offlineWords, std::nullopt);
+            throw cloud_client::AFError(offlineWords, std::nullopt);
         }
     }
 
-    platform::NetworkSettings &m_settings;
+    cloud_client::NetworkSettings &m_settings;
     mutable platform::Mutex m_mutex;
     platform::Condition m_changed;
     QString m_held QUORIN_GUARDED_BY(m_mutex);

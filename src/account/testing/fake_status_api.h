@@ -1,8 +1,8 @@
 #pragma once
 
+#include "cloud_client/qrn_status_api.h"
+#include "cloud_client/quorin_error.h"
 #include "platform/concurrency/mutex.h"
-#include "platform/quorin_api/qrn_status_api.h"
-#include "platform/quorin_api/quorin_error.h"
 
 #include <atomic>
 #include <optional>
@@ -10,7 +10,7 @@
 namespace gateway::account::testing {
 
 /// A cloud that answers or not, as told, and can be made to think. Thread: any.
-class FakeStatusAPI final : public platform::QrnStatusAPIProtocol
+class FakeStatusAPI final : public cloud_client::QrnStatusAPIProtocol
 {
 public:
     void ping() override
@@ -21,7 +21,7 @@ public:
             m_changed.wait(m_mutex);
         }
         if (isAway) {
-            throw platform::AFError(QStringLiteral("Nobody answers."), std::nullopt, 7);
+            throw cloud_client::AFError(QStringLiteral("Nobody answers."), std::nullopt, 7);
         }
     }
 

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "cloud_client/qrn_quorin_cloud_terms_api.h"
+#include "cloud_client/quorin_error.h"
 #include "platform/concurrency/mutex.h"
-#include "platform/quorin_api/qrn_quorin_cloud_terms_api.h"
-#include "platform/quorin_api/quorin_error.h"
 
 #include <QtCore/QStringList>
 
@@ -15,7 +15,7 @@ namespace gateway::account::testing {
 /// at which calls can be made to wait.
 ///
 /// Thread: any.
-class FakeTermsService final : public platform::QrnQuorinCloudTermsAPIProtocol
+class FakeTermsService final : public cloud_client::QrnQuorinCloudTermsAPIProtocol
 {
 public:
     // Set by the test while no call is under way.
@@ -27,20 +27,20 @@ public:
     QStringList failing;
     bool isAccepted = false;
 
-    platform::QrnQuorinCloudTermsStatusResponse status() override
+    cloud_client::QrnQuorinCloudTermsStatusResponse status() override
     {
         arrive(QStringLiteral("status"));
         return {!isAccepted, requiredVersion, reason};
     }
 
-    platform::QrnQuorinCloudTermsResponse terms() override
+    cloud_client::QrnQuorinCloudTermsResponse terms() override
     {
         arrive(QStringLiteral("terms"));
         return {textVersion, text};
     }
 
-    platform::QrnQuorinCloudTermsAcceptResponse
-    accept(const platform::QrnQuorinCloudTermsAcceptRequest &request) override
+    cloud_client::QrnQuorinCloudTermsAcceptResponse
+    accept(const cloud_client::QrnQuorinCloudTermsAcceptRequest &request) override
     {
         arrive(QStringLiteral("accept"));
         lastAccept = request;
@@ -48,7 +48,7 @@ public:
         return {request.version};
     }
 
-    void decline(const platform::QrnQuorinCloudTermsDeclineRequest &request) override
+    void decline(const cloud_client::QrnQuorinCloudTermsDeclineRequest &request) override
     {
         arrive(QStringLiteral("decline"));
         lastDecline = request;
@@ -75,8 +75,8 @@ public:
         return {m_calls.begin(), m_calls.end()};
     }
 
-    std::optional<platform::QrnQuorinCloudTermsAcceptRequest> lastAccept;
-    std::optional<platform::QrnQuorinCloudTermsDeclineRequest> lastDecline;
+    std::optional<cloud_client::QrnQuorinCloudTermsAcceptRequest> lastAccept;
+    std::optional<cloud_client::QrnQuorinCloudTermsDeclineRequest> lastDecline;
 
 private:
     void arrive(const QString &name)
@@ -87,7 +87,7 @@ private:
             m_changed.wait(m_mutex);
         }
         if (failing.contains(name)) {
-            throw platform::QrnErrorResponse(platform::QrnErrorKind::serviceFault, failure);
+            throw cloud_client::QrnErrorResponse(cloud_client::QrnErrorKind::serviceFault, failure);
         }
     }
 

@@ -16,12 +16,15 @@ namespace gateway::index {
 class DicomDB;
 }
 
+namespace gateway::cloud_client {
+class QrnBugReportAPIProtocol;
+class QrnQuorinCloudTermsAPIProtocol;
+} // namespace gateway::cloud_client
+
 namespace gateway::platform {
 class Clock;
 class MainExecutor;
 class NotificationCenter;
-class QrnBugReportAPIProtocol;
-class QrnQuorinCloudTermsAPIProtocol;
 class UserDefaults;
 class WorkerPool;
 } // namespace gateway::platform
@@ -60,8 +63,8 @@ struct ScreenModels
     /// The cloud and the account there.
     struct Cloud
     {
-        platform::QrnBugReportAPIProtocol &bugReports;
-        platform::QrnQuorinCloudTermsAPIProtocol &terms;
+        cloud_client::QrnBugReportAPIProtocol &bugReports;
+        cloud_client::QrnQuorinCloudTermsAPIProtocol &terms;
         account::QuorinAuthViewModel &auth;
         account::CloudWatch &watch;
     };

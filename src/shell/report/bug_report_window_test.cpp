@@ -1,7 +1,7 @@
 #include "shell/report/bug_report_window.h"
 
 #include "account/testing/account_world.h"
-#include "platform/quorin_api/qrn_bug_report_api.h"
+#include "cloud_client/qrn_bug_report_api.h"
 #include "shell/controls/button.h"
 #include "shell/controls/inline_error.h"
 #include "shell/testing/screen_checks.h"
@@ -18,20 +18,20 @@ namespace gateway::shell {
 namespace {
 
 /// A service that takes reports, or not. Thread: any; its fields while no report is under way.
-class FakeBugReports final : public platform::QrnBugReportAPIProtocol
+class FakeBugReports final : public cloud_client::QrnBugReportAPIProtocol
 {
 public:
-    void send(const platform::QrnBugReportRequest &request,
-              const platform::UploadProgressCallback & /*progress*/) override
+    void send(const cloud_client::QrnBugReportRequest &request,
+              const cloud_client::UploadProgressCallback & /*progress*/) override
     {
         if (failure) {
-            throw platform::AFError(*failure, std::nullopt);
+            throw cloud_client::AFError(*failure, std::nullopt);
         }
         last = request;
     }
 
     std::optional<QString> failure;
-    std::optional<platform::QrnBugReportRequest> last;
+    std::optional<cloud_client::QrnBugReportRequest> last;
 };
 
 class BugReport : public account::testing::AccountWorld

@@ -142,7 +142,7 @@ QJsonObject profileJson(const account::GatewayAccountSettingsViewModel &model)
         profile.insert(field.key, model.form().*(field.text));
     }
     QJsonArray workplaces;
-    for (const platform::QrnUserWorkplace &workplace : model.workplaces()) {
+    for (const cloud_client::QrnUserWorkplace &workplace : model.workplaces()) {
         workplaces.append(QJsonObject{{QStringLiteral("name"), workplace.name},
                                       {QStringLiteral("isPrimary"), workplace.isPrimary}});
     }

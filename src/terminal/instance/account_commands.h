@@ -22,8 +22,8 @@ class AccountCommands
 public:
     struct Collaborators
     {
-        platform::QrnUserAPIProtocol &user;
-        platform::QrnBugReportAPIProtocol &bugReports;
+        cloud_client::QrnUserAPIProtocol &user;
+        cloud_client::QrnBugReportAPIProtocol &bugReports;
         platform::UserDefaults &defaults;
         platform::NotificationCenter &notifications;
         platform::MainExecutor &main;

@@ -1,6 +1,6 @@
 #include "terminal/instance/account_commands.h"
 
-#include "platform/quorin_api/qrn_bug_report_api.h"
+#include "cloud_client/qrn_bug_report_api.h"
 #include "terminal/commands/account_requests.h"
 #include "terminal/commands/command_requests.h"
 #include "terminal/instance/testing/account_app.h"
@@ -12,19 +12,20 @@ namespace gateway::terminal::testing {
 namespace {
 
 /// Notes the report that it gets, or refuses it. Thread: any, one call at a time.
-class FakeBugReports final : public platform::QrnBugReportAPIProtocol
+class FakeBugReports final : public cloud_client::QrnBugReportAPIProtocol
 {
 public:
-    void send(const platform::QrnBugReportRequest &request, const platform::UploadProgressCallback &) override
+    void send(const cloud_client::QrnBugReportRequest &request,
+              const cloud_client::UploadProgressCallback &) override
     {
         if (failure) {
-            throw platform::AFError(*failure, std::nullopt);
+            throw cloud_client::AFError(*failure, std::nullopt);
         }
         last = request;
     }
 
     std::optional<QString> failure;
-    std::optional<platform::QrnBugReportRequest> last;
+    std::optional<cloud_client::QrnBugReportRequest> last;
 };
 
 struct AccountCommandsTest : AccountApp

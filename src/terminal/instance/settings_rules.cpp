@@ -1,11 +1,11 @@
 #include "terminal/instance/settings_rules.h"
 
+#include "cloud_client/cloud_configuration.h"
 #include "core/ae_title_formatter.h"
 #include "core/device_id.h"
 #include "core/gateway_auto_delete_mode.h"
 #include "core/retention_policy.h"
 #include "core/support_email.h"
-#include "platform/quorin_api/cloud_configuration.h"
 #include "receive/folder_bookmark.h"
 #include "terminal/commands/retention_option.h"
 #include "wizard/setup_checks.h"
@@ -171,13 +171,14 @@ Issue setCloudAddress(platform::UserDefaults &defaults, const QString &value)
     if (!url.userInfo().isEmpty()) {
         return QStringLiteral("QuorinAPI.BaseURL must hold no user name and no password; sign in instead.");
     }
-    return unlessKept(defaults.setObject(QString::fromLatin1(platform::kCloudBaseUrlKey), value.trimmed()));
+    return unlessKept(
+        defaults.setObject(QString::fromLatin1(cloud_client::kCloudBaseUrlKey), value.trimmed()));
 }
 
 QString cloudAddressText(const platform::UserDefaults &defaults)
 {
     const QString text =
-        defaults.object(QString::fromLatin1(platform::kCloudBaseUrlKey)).value_or(QVariant()).toString();
+        defaults.object(QString::fromLatin1(cloud_client::kCloudBaseUrlKey)).value_or(QVariant()).toString();
     const qsizetype at = text.lastIndexOf(u'@');
     return at < 0 ? text : QStringLiteral("(hidden)@") + text.mid(at + 1);
 }
@@ -187,7 +188,7 @@ Issue setCloudKind(platform::UserDefaults &defaults, const QString &value)
     if (value != QStringLiteral("quorin") && value != QStringLiteral("dicomweb")) {
         return QStringLiteral("QuorinAPI.Kind must be quorin or dicomweb.");
     }
-    return unlessKept(defaults.setObject(QString::fromLatin1(platform::kCloudKindKey), value));
+    return unlessKept(defaults.setObject(QString::fromLatin1(cloud_client::kCloudKindKey), value));
 }
 
 Issue setRetrieveMode(platform::UserDefaults &defaults, const QString &value)

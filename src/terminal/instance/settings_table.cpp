@@ -1,10 +1,10 @@
 #include "terminal/instance/settings_table.h"
 
+#include "cloud_client/cloud_configuration.h"
 #include "core/dcm_listener_settings.h"
 #include "core/gateway_auto_delete_mode.h"
 #include "core/retention_policy.h"
 #include "core/support_email.h"
-#include "platform/quorin_api/cloud_configuration.h"
 #include "terminal/commands/retention_option.h"
 #include "terminal/instance/settings_rules.h"
 
@@ -159,14 +159,14 @@ QList<CatalogueSetting> listenerSettings()
 QList<CatalogueSetting> cloudSettings()
 {
     return {
-        {QString::fromLatin1(platform::kCloudBaseUrlKey),
+        {QString::fromLatin1(cloud_client::kCloudBaseUrlKey),
          [](const Settings &, const UserDefaults &defaults) {
              return settings_rules::cloudAddressText(defaults);
          },
          [](Settings &, UserDefaults &defaults, const QString &value) {
              return settings_rules::setCloudAddress(defaults, value);
          }},
-        plain(QString::fromLatin1(platform::kCloudKindKey),
+        plain(QString::fromLatin1(cloud_client::kCloudKindKey),
               [](Settings &, UserDefaults &defaults, const QString &value) {
                   return settings_rules::setCloudKind(defaults, value);
               }),

@@ -9,12 +9,12 @@ namespace gateway::terminal {
 
 namespace {
 
-QString kindText(platform::CloudKind kind)
+QString kindText(cloud_client::CloudKind kind)
 {
     switch (kind) {
-    case platform::CloudKind::quorin:
+    case cloud_client::CloudKind::quorin:
         return QStringLiteral("quorin");
-    case platform::CloudKind::dicomweb:
+    case cloud_client::CloudKind::dicomweb:
         return QStringLiteral("dicomweb");
     }
     return {};

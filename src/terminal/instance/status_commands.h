@@ -2,10 +2,10 @@
 
 #include "account/cloud_watch.h"
 #include "account/quorin_auth_view_model.h"
+#include "cloud_client/cloud_configuration.h"
 #include "core/settings.h"
 #include "index/dicom_db.h"
 #include "platform/concurrency/task_scope.h"
-#include "platform/quorin_api/cloud_configuration.h"
 #include "receive/listener_watch.h"
 #include "state/gateway_app_state.h"
 #include "state/upkeep_figures.h"
@@ -47,7 +47,7 @@ public:
     /// Who knows of the cloud and the account there.
     struct Cloud
     {
-        const platform::CloudConfiguration &configuration;
+        const cloud_client::CloudConfiguration &configuration;
         account::CloudWatch &watch;
         const account::QuorinAuthViewModel &auth;
     };

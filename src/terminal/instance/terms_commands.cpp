@@ -1,9 +1,9 @@
 #include "terminal/instance/terms_commands.h"
 
+#include "cloud_client/qrn_quorin_cloud_terms_api.h"
+#include "cloud_client/quorin_error.h"
 #include "core/notification_names.h"
 #include "platform/concurrency/async.h"
-#include "platform/quorin_api/qrn_quorin_cloud_terms_api.h"
-#include "platform/quorin_api/quorin_error.h"
 #include "terminal/commands/account_requests.h"
 #include "terminal/commands/command_requests.h"
 
@@ -81,11 +81,11 @@ QCoro::Task<> TermsCommands::show(Answer answer)
 QCoro::Task<ControlReply> TermsCommands::readTerms()
 {
     try {
-        const platform::QrnQuorinCloudTermsResponse terms =
+        const cloud_client::QrnQuorinCloudTermsResponse terms =
             co_await platform::onPool(m_with.main, m_with.pool, [api = &m_with.api] { return api->terms(); });
         co_return termsReply(false, terms.version, terms.text, QString());
     } catch (const std::exception &error) {
-        co_return ControlReply::failure(platform::userFacingMessage(
+        co_return ControlReply::failure(cloud_client::userFacingMessage(
             error, QStringLiteral("Unable to check Quorin Cloud Terms & Conditions.")));
     }
 }

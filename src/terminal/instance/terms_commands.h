@@ -21,7 +21,7 @@ class TermsCommands
 public:
     struct Collaborators
     {
-        platform::QrnQuorinCloudTermsAPIProtocol &api;
+        cloud_client::QrnQuorinCloudTermsAPIProtocol &api;
         platform::UserDefaults &defaults;
         platform::NotificationCenter &notifications;
         platform::MainExecutor &main;

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "cloud_client/qrn_stow_api.h"
+#include "cloud_client/quorin_error.h"
 #include "platform/concurrency/mutex.h"
-#include "platform/quorin_api/qrn_stow_api.h"
-#include "platform/quorin_api/quorin_error.h"
 
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
@@ -20,7 +20,7 @@ namespace gateway::upload::testing {
 /// without reading DICOM; a converted file carries the name of its original behind a hyphen.
 ///
 /// Thread: any.
-class FakeCloud final : public platform::QrnStowAPIProtocol
+class FakeCloud final : public cloud_client::QrnStowAPIProtocol
 {
 public:
     struct Request
@@ -58,7 +58,8 @@ public:
     }
 
     /// Runs within each request, before anything is kept; may throw in place of an answer.
-    void duringRequest(std::function<void(const Request &, const platform::UploadProgressCallback &)> action)
+    void
+    duringRequest(std::function<void(const Request &, const cloud_client::UploadProgressCallback &)> action)
     {
         const platform::MutexLock lock(m_mutex);
         m_duringRequest = std::move(action);
@@ -90,17 +91,17 @@ public:
         return m_mostAtOnce;
     }
 
-    QVariantMap upload(const QList<platform::StowFile> &given,
+    QVariantMap upload(const QList<cloud_client::StowFile> &given,
                        const QString &deviceId,
-                       const platform::UploadProgressCallback &progress) override
+                       const cloud_client::UploadProgressCallback &progress) override
     {
         const InFlight inFlight(*this);
         QList<QUrl> files;
-        for (const platform::StowFile &file : given) {
+        for (const cloud_client::StowFile &file : given) {
             files.append(file.url);
         }
         const Request request = {files, deviceId};
-        std::function<void(const Request &, const platform::UploadProgressCallback &)> action;
+        std::function<void(const Request &, const cloud_client::UploadProgressCallback &)> action;
         {
             const platform::MutexLock lock(m_mutex);
             action = m_duringRequest;
@@ -115,11 +116,11 @@ public:
         return keep(files);
     }
 
-    QVariantMap upload(const platform::StowFile &file,
+    QVariantMap upload(const cloud_client::StowFile &file,
                        const QString &deviceId,
-                       const platform::UploadProgressCallback &progress) override
+                       const cloud_client::UploadProgressCallback &progress) override
     {
-        return upload(QList<platform::StowFile>{file}, deviceId, progress);
+        return upload(QList<cloud_client::StowFile>{file}, deviceId, progress);
     }
 
     void retrieve(const platform::InstanceIdentity &identity, const QString &path, qint64) override
@@ -128,7 +129,7 @@ public:
         m_retrieved.append(identity.instance);
         if (m_retrievalStatus != 0 || !m_stored.contains(identity.instance)) {
             const int status = m_retrievalStatus != 0 ? m_retrievalStatus : 404;
-            throw platform::AFError(QStringLiteral("status %1").arg(status), status);
+            throw cloud_client::AFError(QStringLiteral("status %1").arg(status), status);
         }
         QFile file(path);
         if (!file.open(QIODevice::WriteOnly)) {
@@ -205,7 +206,7 @@ private:
     void mayAsk() const QUORIN_REQUIRES(m_mutex)
     {
         if (!m_takesQueries) {
-            throw platform::AFError(QStringLiteral("status 404"), 404);
+            throw cloud_client::AFError(QStringLiteral("status 404"), 404);
         }
     }
 
@@ -220,7 +221,7 @@ private:
     {
         const platform::MutexLock lock(m_mutex);
         if (m_status != 0) {
-            throw platform::AFError(QStringLiteral("status %1").arg(m_status), m_status);
+            throw cloud_client::AFError(QStringLiteral("status %1").arg(m_status), m_status);
         }
         QList<QStringList> failures;
         QSet<QString> alreadyStored;
@@ -238,7 +239,7 @@ private:
             }
         }
         if (!failures.isEmpty()) {
-            throw platform::QrnStowResponse(failures, 0xA700, {}, nullptr, alreadyStored);
+            throw cloud_client::QrnStowResponse(failures, 0xA700, {}, nullptr, alreadyStored);
         }
         return {{QStringLiteral("00081199"), QVariantMap{{QStringLiteral("Value"), items}}}};
     }
@@ -250,7 +251,7 @@ private:
     QStringList m_retrieved QUORIN_GUARDED_BY(m_mutex);
     QMap<QString, int> m_attempts QUORIN_GUARDED_BY(m_mutex);
     std::vector<Request> m_requests QUORIN_GUARDED_BY(m_mutex);
-    std::function<void(const Request &, const platform::UploadProgressCallback &)>
+    std::function<void(const Request &, const cloud_client::UploadProgressCallback &)>
         m_duringRequest QUORIN_GUARDED_BY(m_mutex);
     int m_status QUORIN_GUARDED_BY(m_mutex) = 0;
     int m_queries QUORIN_GUARDED_BY(m_mutex) = 0;

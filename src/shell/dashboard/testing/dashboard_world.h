@@ -5,9 +5,9 @@
 #include "account/quorin_cloud_storage_limit_view_model.h"
 #include "account/testing/fake_account_service.h"
 #include "account/testing/fake_status_api.h"
+#include "cloud_client/testing/memory_token_store.h"
 #include "log/gateway_logs_view_model.h"
 #include "log/testing/log_folder.h"
-#include "platform/quorin_api/testing/memory_token_store.h"
 #include "receive/dimse_listener_view_model.h"
 #include "receive/store_manual_import_service.h"
 #include "receive/testing/manual_import_world.h"
@@ -158,8 +158,8 @@ public:
     log::testing::LogFolder logFolder;
     log::GatewayLogsViewModel logs{{receive.defaults, receive.main, receive.pool, receive.clock},
                                    logFolder.path()};
-    platform::testing::MemoryTokenStore tokens;
-    platform::NetworkSettings network{tokens, QStringLiteral("test")};
+    cloud_client::testing::MemoryTokenStore tokens;
+    cloud_client::NetworkSettings network{tokens, QStringLiteral("test")};
     account::testing::FakeAccountService account{network};
     account::testing::FakeStatusAPI cloud;
     account::QuorinAuthViewModel auth{{account,

@@ -1,0 +1,123 @@
+#include "cloud_client/cloud_configuration.h"
+
+#include <QtCore/QStringList>
+
+namespace gateway::cloud_client {
+
+namespace {
+
+std::optional<QString> firstOf(const std::optional<QString> &flag,
+                               const QString &fromEnvironment,
+                               const std::optional<QString> &fromDefaults)
+{
+    for (const std::optional<QString> &value : {flag, std::optional(fromEnvironment), fromDefaults}) {
+        if (value && !value->trimmed().isEmpty()) {
+            return value->trimmed();
+        }
+    }
+    return std::nullopt;
+}
+
+bool isUsableAddress(const QUrl &url)
+{
+    const bool web = url.scheme() == QStringLiteral("https") || url.scheme() == QStringLiteral("http");
+    return url.isValid() && web && !url.host().isEmpty() && url.userInfo().isEmpty() && !url.hasQuery() &&
+           !url.hasFragment();
+}
+
+} // namespace
+
+CloudConfiguration resolveCloudConfiguration(const CloudSources &sources, const QString &deviceId)
+{
+    const auto variable = [&sources](const char *name) {
+        return sources.environment.value(QString::fromLatin1(name));
+    };
+    CloudConfiguration configuration;
+    configuration.deviceId = deviceId;
+    configuration.certificateFile = variable("QUORIN_CLOUD_CA");
+    configuration.allowPlainHttp = variable("QUORIN_CLOUD_ALLOW_HTTP") == QStringLiteral("1");
+
+    const QString address = firstOf(sources.urlFlag, variable("QUORIN_CLOUD_URL"), sources.urlDefault)
+                                .value_or(QStringLiteral("https://cloud.quorin.example"));
+    configuration.baseUrl = QUrl(address, QUrl::StrictMode);
+    if (!isUsableAddress(configuration.baseUrl)) {
+        configuration.problem =
+            address.contains(u'@')
+                ? QStringLiteral(
+                      "The cloud address holds a user name or a password, which has no place there; "
+                      "sign in instead.")
+                : QStringLiteral("The cloud address \"%1\" is not a web address.").arg(address);
+        // Addresses are shown and logged.
+        configuration.baseUrl.setUserInfo({});
+        if (configuration.baseUrl.toString().contains(u'@')) {
+            configuration.baseUrl = QUrl();
+        }
+    }
+
+    const QString kind = firstOf(sources.kindFlag, variable("QUORIN_CLOUD_KIND"), sources.kindDefault)
+                             .value_or(QStringLiteral("quorin"));
+    if (kind == QStringLiteral("dicomweb")) {
+        configuration.kind = CloudKind::dicomweb;
+    } else if (kind != QStringLiteral("quorin")) {
+        configuration.problem =
+            QStringLiteral("The cloud kind \"%1\" is unknown; it is \"quorin\" or \"dicomweb\".").arg(kind);
+    }
+    return configuration;
+}
+
+bool isLoopbackHost(const QString &host)
+{
+    if (host.compare(QStringLiteral("localhost"), Qt::CaseInsensitive) == 0 ||
+        host == QStringLiteral("::1")) {
+        return true;
+    }
+    const QStringList parts = host.split(u'.');
+    if (parts.size() != 4 || parts.first() != QStringLiteral("127")) {
+        return false;
+    }
+    for (const QString &part : parts) {
+        bool isNumber = false;
+        const int number = part.toInt(&isNumber);
+        if (!isNumber || number < 0 || number > 255) {
+            return false;
+        }
+    }
+    return true;
+}
+
+std::optional<QString> reasonNotToConnect(const CloudConfiguration &configuration)
+{
+    if (configuration.problem) {
+        return configuration.problem;
+    }
+    if (!isUsableAddress(configuration.baseUrl)) {
+        return QStringLiteral("The cloud address is not a web address.");
+    }
+    const QString host = configuration.baseUrl.host();
+    const bool plain = configuration.baseUrl.scheme() == QStringLiteral("http");
+    if (plain && !isLoopbackHost(host) && !configuration.allowPlainHttp) {
+        return QStringLiteral(
+                   "The cloud address uses plain http to %1, which anyone on the way can read; use "
+                   "https, or set QUORIN_CLOUD_ALLOW_HTTP=1 to allow it.")
+            .arg(host);
+    }
+    return std::nullopt;
+}
+
+QByteArray baseAddress(const CloudConfiguration &configuration)
+{
+    QByteArray address = configuration.baseUrl.toEncoded(QUrl::StripTrailingSlash);
+    while (address.endsWith('/')) {
+        address.chop(1); // an address without a path keeps its slash
+    }
+    return address;
+}
+
+QString sessionKey(const CloudConfiguration &configuration)
+{
+    const bool archive = configuration.kind == CloudKind::dicomweb;
+    return (archive ? QStringLiteral("dicomweb ") : QStringLiteral("quorin ")) +
+           QString::fromLatin1(baseAddress(configuration));
+}
+
+} // namespace gateway::cloud_client

@@ -1,0 +1,179 @@
+#include "cloud_client/qrn_qido_api.h"
+
+#include "cloud_client/answer_error.h"
+#include "cloud_client/network_json.h"
+#include "cloud_client/qrn_tag_parser.h"
+#include "cloud_client/quorin_api_client.h"
+
+#include <QtCore/QSet>
+#include <QtCore/QStringList>
+
+#include <array>
+#include <utility>
+
+namespace gateway::cloud_client {
+
+namespace {
+
+// Archives cap a page at a hundred or more; a smaller page than asked for would look like the last one.
+constexpr int kPageSize = 100;
+
+constexpr std::array kStudyTags = {QrnDicomTag::StudyDate,
+                                   QrnDicomTag::StudyTime,
+                                   QrnDicomTag::AccessionNumber,
+                                   QrnDicomTag::ModalitiesInStudy,
+                                   QrnDicomTag::InstitutionName,
+                                   QrnDicomTag::ReferringPhysicianName,
+                                   QrnDicomTag::StudyDescription,
+                                   QrnDicomTag::PatientName,
+                                   QrnDicomTag::PatientID,
+                                   QrnDicomTag::PatientBirthDate,
+                                   QrnDicomTag::StudyInstanceUID,
+                                   QrnDicomTag::NumberOfStudyRelatedSeries,
+                                   QrnDicomTag::NumberOfStudyRelatedInstances};
+
+constexpr std::array kSeriesTags = {QrnDicomTag::SeriesDate,
+                                    QrnDicomTag::Modality,
+                                    QrnDicomTag::SeriesDescription,
+                                    QrnDicomTag::SeriesInstanceUID,
+                                    QrnDicomTag::SeriesNumber,
+                                    QrnDicomTag::NumberOfSeriesRelatedInstances};
+
+template <std::size_t Count>
+QStringList keysOf(const std::array<QrnDicomTag, Count> &tags)
+{
+    QStringList keys;
+    for (const QrnDicomTag tag : tags) {
+        keys.append(tagKey(tag));
+    }
+    return keys;
+}
+
+/// One query, fetched page by page until a page is short.
+class PagedQuery
+{
+public:
+    /// \param path  encoded, without a query.
+    /// \param keys  the attributes to ask for and to keep.
+    /// \param id    the attribute that tells one result from another.
+    PagedQuery(QuorinApiClient &client, QByteArray path, QByteArray filter, QStringList keys, QrnDicomTag id)
+        : m_client(client), m_path(std::move(path)), m_filter(std::move(filter)), m_keys(std::move(keys)),
+          m_id(id)
+    {
+    }
+
+    QList<QVariantMap> fetch()
+    {
+        while (fetchPage()) {
+        }
+        return std::move(m_found);
+    }
+
+private:
+    QByteArray address() const
+    {
+        QByteArray query = m_filter;
+        for (const QString &key : m_keys) {
+            query += "&includefield=" + key.toLatin1();
+        }
+        return m_path + "?limit=" + QByteArray::number(kPageSize) +
+               "&offset=" + QByteArray::number(m_offset) + query;
+    }
+
+    /// True when another page is worth asking for.
+    bool fetchPage()
+    {
+        ApiCall call;
+        call.service = ApiCall::Service::dicomWeb;
+        call.path = address();
+        call.accept = "application/dicom+json";
+        call.isBrief = false;
+        const HttpResponse response = m_client.request(call);
+        if (response.status == 204) {
+            return false;
+        }
+        const QVariant page = parseNetworkJson(response.body).value_or(QVariant());
+        if (page.typeId() != QMetaType::QVariantList) {
+            throwUnusableAnswer(response);
+        }
+        const QVariantList objects = page.toList();
+        const bool hasNews = keep(objects);
+        m_offset += objects.size();
+        return hasNews && (objects.size() >= kPageSize || response.moreAvailable);
+    }
+
+    /// Keeps what wasn't there before; a server that knows no offset would send its first page for ever.
+    bool keep(const QVariantList &objects)
+    {
+        bool hasNews = false;
+        for (const QVariant &entry : objects) {
+            const QVariantMap object = entry.toMap();
+            const QString id = QrnTagParser::getStringTag(object, m_id);
+            if (!id.isEmpty() && m_seen.contains(id)) {
+                continue;
+            }
+            m_seen.insert(id);
+            hasNews = hasNews || !id.isEmpty();
+            QVariantMap kept;
+            for (const QString &key : m_keys) {
+                if (object.contains(key)) {
+                    kept.insert(key, object.value(key)); // the keys are shared by all results
+                }
+            }
+            m_found.append(std::move(kept));
+        }
+        return hasNews;
+    }
+
+    QuorinApiClient &m_client;
+    const QByteArray m_path;
+    const QByteArray m_filter;
+    const QStringList m_keys;
+    const QrnDicomTag m_id;
+    qsizetype m_offset = 0;
+    QSet<QString> m_seen;
+    QList<QVariantMap> m_found;
+};
+
+QByteArray filterOf(const QrnQidoQueryRequest &query)
+{
+    const std::array<std::pair<QByteArray, const std::optional<QString> *>, 9> fields = {{
+        {"PatientName", &query.patientName},
+        {"PatientID", &query.patientId},
+        {"AccessionNumber", &query.accessionNumber},
+        {"StudyDescription", &query.studyDescription},
+        {"ReferringPhysicianName", &query.referringPhysician},
+        {"InstitutionName", &query.institutionName},
+        {"PatientBirthDate", &query.patientBirthDate},
+        {"StudyDate", &query.studyDate},
+        {"ModalitiesInStudy", &query.modalitiesInStudy},
+    }};
+    QByteArray filter;
+    for (const auto &[name, value] : fields) {
+        if (*value) {
+            filter += "&" + name + "=" + QUrl::toPercentEncoding(**value);
+        }
+    }
+    return filter;
+}
+
+} // namespace
+
+QList<QVariantMap> QrnQidoAPI::getAll(const QrnQidoQueryRequest &query)
+{
+    return PagedQuery(
+               m_client, "/studies", filterOf(query), keysOf(kStudyTags), QrnDicomTag::StudyInstanceUID)
+        .fetch();
+}
+
+QList<QVariantMap> QrnQidoAPI::getSeries(const QString &studyInstanceUID)
+{
+    return PagedQuery(m_client,
+                      "/studies/" + pathSegment(studyInstanceUID) + "/series",
+                      {},
+                      keysOf(kSeriesTags),
+                      QrnDicomTag::SeriesInstanceUID)
+        .fetch();
+}
+
+} // namespace gateway::cloud_client

@@ -1,0 +1,590 @@
+#include "cloud_client/qrn_stow_api.h"
+
+#include "cloud_client/testing/client_fixture.h"
+#include "cloud_client/testing/sample_files.h"
+
+#include <QtCore/QFile>
+#include <QtCore/QRegularExpression>
+#include <QtCore/QUrlQuery>
+
+#include <gtest/gtest.h>
+
+namespace gateway::cloud_client::testing {
+
+namespace {
+
+const QString kDevice = QStringLiteral("DEVICE-1");
+const QByteArray kDicomJson = "application/dicom+json";
+
+QByteArray entries(const QList<QByteArray> &uids, const QByteArray &more = {})
+{
+    QByteArray list;
+    for (const QByteArray &uid : uids) {
+        list += (list.isEmpty() ? "" : ",") +
+                ("{\"00081155\":{\"vr\":\"UI\",\"Value\":[\"" + uid + "\"]}" + more + "}");
+    }
+    return "{\"vr\":\"SQ\",\"Value\":[" + list + "]}";
+}
+
+QByteArray reasonMember(int reason)
+{
+    return ",\"00081197\":{\"vr\":\"US\",\"Value\":[" + QByteArray::number(reason) + "]}";
+}
+
+/// A dataset that names instances as stored, and others as failed for a reason.
+QByteArray dataset(const QList<QByteArray> &stored, const QList<QByteArray> &failed = {}, int reason = 0x0110)
+{
+    QByteArray members = "\"00081199\":" + entries(stored);
+    if (!failed.isEmpty()) {
+        members += ",\"00081198\":" + entries(failed, reasonMember(reason));
+    }
+    return "{" + members + "}";
+}
+
+/// The instances of a request, read from the meta headers in its body.
+QList<QByteArray> instancesIn(const ReceivedRequest &request)
+{
+    static const QByteArray tag = QByteArray::fromHex("02000300") + "UI";
+    QList<QByteArray> uids;
+    for (qsizetype at = request.body.indexOf(tag); at >= 0; at = request.body.indexOf(tag, at + 1)) {
+        const auto size = static_cast<unsigned char>(request.body[at + 6]);
+        QByteArray uid = request.body.mid(at + 8, size);
+        uid.replace('\0', "");
+        uids.append(uid);
+    }
+    return uids;
+}
+
+/// Answers an upload in one way and a query for an instance by those it knows.
+ScriptedHttpServer::Handler
+answering(const QByteArray &upload, const QList<QByteArray> &known = {}, int queryStatus = 200)
+{
+    return [upload, known, queryStatus](const ReceivedRequest &request) {
+        if (request.method == "POST") {
+            return upload;
+        }
+        const QUrlQuery query(QUrl(QString::fromLatin1(request.target)));
+        const QByteArray wanted = query.queryItemValue(QStringLiteral("SOPInstanceUID")).toLatin1();
+        return ScriptedHttpServer::answer(
+            queryStatus,
+            kDicomJson,
+            known.contains(wanted) ? "[{\"00080018\":{\"vr\":\"UI\",\"Value\":[\"" + wanted + "\"]}}]"
+                                   : QByteArray("[]"));
+    };
+}
+
+ScriptedHttpServer::Handler
+answeringDataset(int status, const QByteArray &body, const QByteArray &type = kDicomJson)
+{
+    return answering(ScriptedHttpServer::answer(status, type, body));
+}
+
+std::optional<QrnStowResponse> refusalOf(QuorinApiClient &client, const QList<QUrl> &files)
+{
+    return errorOf<QrnStowResponse>([&] { QrnStowAPI(client).upload(identified(files), kDevice, {}); });
+}
+
+bool succeeds(QuorinApiClient &client, const QList<QUrl> &files)
+{
+    QrnStowAPI(client).upload(identified(files), kDevice, {});
+    return true;
+}
+
+} // namespace
+
+TEST(StowUpload, SendsOneFileAsOnePartOfKnownLength)
+{
+    ScriptedService service(answeringDataset(200, dataset({"1.2.3"})));
+    SampleFiles files;
+
+    const QVariantMap answer =
+        QrnStowAPI(service.client).upload(identified(files.dicom("1.2.3")), kDevice, {});
+
+    const ReceivedRequest request = service.server.requests().first();
+    EXPECT_TRUE(request.is("POST", "/dicom-web/studies"));
+    EXPECT_TRUE(request.headers.value("content-type")
+                    .startsWith("multipart/related; type=\"application/dicom\"; boundary="));
+    EXPECT_EQ(request.headers.value("accept"), kDicomJson);
+    EXPECT_EQ(request.headers.value("x-quorin-device"), "DEVICE-1");
+    EXPECT_EQ(request.headers.value("content-length"), QByteArray::number(request.body.size()));
+    EXPECT_FALSE(request.headers.contains("expect"));
+    EXPECT_TRUE(request.body.contains("\r\nContent-Type: application/dicom\r\n\r\n"));
+    EXPECT_TRUE(answer.contains(QStringLiteral("00081199")));
+}
+
+TEST(StowUpload, SendsEachFileOfABatchUnchanged)
+{
+    ScriptedService service(answeringDataset(200, dataset({"1.2.3", "1.2.4"})));
+    SampleFiles files;
+
+    EXPECT_TRUE(succeeds(service.client, {files.dicom("1.2.3", 5000), files.dicom("1.2.4", 7000)}));
+
+    const ReceivedRequest request = service.server.requests().first();
+    EXPECT_TRUE(request.body.contains(metaHeader("1.2.3") + QByteArray(5000, 'p') + "\r\n--"));
+    EXPECT_TRUE(request.body.contains(metaHeader("1.2.4") + QByteArray(7000, 'p') + "\r\n--"));
+}
+
+TEST(StowUpload, TakesAWarningAloneForASuccess)
+{
+    const QByteArray warned =
+        "{\"00081199\":" + entries({"1.2.3"}, ",\"00081196\":{\"vr\":\"US\",\"Value\":[45056]}") + "}";
+    ScriptedService service(answeringDataset(202, warned));
+    SampleFiles files;
+
+    EXPECT_TRUE(succeeds(service.client, {files.dicom("1.2.3")}));
+}
+
+TEST(StowUpload, NamesTheFailedInstancesOfA202)
+{
+    ScriptedService service(answeringDataset(202, dataset({"1.2.3", "1.2.5"}, {"1.2.4"}, 0xA700)));
+    SampleFiles files;
+    const QList<QUrl> urls{files.dicom("1.2.3"), files.dicom("1.2.4"), files.dicom("1.2.5")};
+
+    const auto refusal = refusalOf(service.client, urls);
+
+    ASSERT_TRUE(refusal);
+    EXPECT_EQ(refusal->failures, (QList<QStringList>{{QStringLiteral("1.2.4"), urls[1].toLocalFile()}}));
+    EXPECT_EQ(refusal->code, 0xA700);
+    EXPECT_EQ(refusal->reasons, (QHash<QString, int>{{QStringLiteral("1.2.4"), 0xA700}}));
+    EXPECT_FALSE(refusal->cause);
+    EXPECT_FALSE(refusal->names(urls[0], {QStringLiteral("1.2.3")}));
+    EXPECT_TRUE(refusal->names(urls[1], {QStringLiteral("1.2.4")}));
+}
+
+TEST(StowUpload, LosesNoTimeOnInstancesThatA400Or409Stored)
+{
+    for (const int status : {400, 409}) {
+        ScriptedService service(answeringDataset(status, dataset({"1.2.3"}, {"1.2.4"})));
+        SampleFiles files;
+        const QList<QUrl> urls{files.dicom("1.2.3"), files.dicom("1.2.4")};
+
+        const auto refusal = refusalOf(service.client, urls);
+
+        ASSERT_TRUE(refusal) << status;
+        EXPECT_FALSE(refusal->names(urls[0], {QStringLiteral("1.2.3")}));
+        EXPECT_TRUE(refusal->names(urls[1], {QStringLiteral("1.2.4")}));
+    }
+}
+
+TEST(StowUpload, TakesAnInstanceThatIsThereAlreadyForSent)
+{
+    for (const int reason : {0x0111, 45070}) {
+        ScriptedService service(answeringDataset(409, dataset({}, {"1.2.3"}, reason)));
+        SampleFiles files;
+
+        EXPECT_TRUE(succeeds(service.client, {files.dicom("1.2.3")})) << reason;
+    }
+}
+
+TEST(StowUpload, TellsWhatWasThereAlreadyFromWhatIsNew)
+{
+    const QByteArray warned =
+        "{\"00081199\":" + entries({"1.2.3"}, ",\"00081196\":{\"Value\":[45070]}") + "}";
+    for (const auto &[answer, wasThere] : {std::pair(dataset({}, {"1.2.3"}, 45070), true),
+                                           std::pair(warned, true),
+                                           std::pair(dataset({"1.2.3"}), false)}) {
+        ScriptedService service(answeringDataset(200, answer));
+        SampleFiles files;
+        QrnStowAPI api(service.client);
+
+        const QVariantMap proven = api.upload(identified(files.dicom("1.2.3")), kDevice, {});
+
+        EXPECT_EQ(alreadyStoredIn(proven).contains(QStringLiteral("1.2.3")), wasThere)
+            << answer.toStdString();
+    }
+}
+
+TEST(StowUpload, TellsWhatWasThereAlreadyBesideWhatIsRefused)
+{
+    const QByteArray mixed =
+        "{\"00081198\":{\"vr\":\"SQ\",\"Value\":[{\"00081155\":{\"Value\":[\"1.2.3\"]},\"00081197\":{"
+        "\"Value\":[45070]}},{\"00081155\":{\"Value\":[\"1.2.4\"]},\"00081197\":{\"Value\":[272]}}]}}";
+    ScriptedService service(answeringDataset(409, mixed));
+    SampleFiles files;
+
+    const auto refusal = refusalOf(service.client, {files.dicom("1.2.3"), files.dicom("1.2.4")});
+
+    ASSERT_TRUE(refusal);
+    EXPECT_EQ(refusal->alreadyStored, (QSet<QString>{QStringLiteral("1.2.3")}));
+}
+
+TEST(StowUpload, RefusesAnInstanceThatIsNamedBothWays)
+{
+    ScriptedService service(answeringDataset(202, dataset({"1.2.3"}, {"1.2.3"})));
+    SampleFiles files;
+
+    EXPECT_TRUE(refusalOf(service.client, {files.dicom("1.2.3")}));
+}
+
+TEST(StowUpload, CountsAnInstanceThatTheAnswerPassesOverAsFailed)
+{
+    ScriptedService service(answeringDataset(200, dataset({"1.2.30", "1.2"})));
+    SampleFiles files;
+    const QUrl url = files.dicom("1.2.3");
+
+    const auto refusal = refusalOf(service.client, {url});
+
+    ASSERT_TRUE(refusal);
+    EXPECT_TRUE(refusal->names(url, {QStringLiteral("1.2.3")}));
+    EXPECT_EQ(service.server.requests().size(), 1);
+}
+
+TEST(StowUpload, ThrowsForARefusalThatNamesAnotherInstanceAndKeepsItsOwnAsSent)
+{
+    ScriptedService service(answeringDataset(202, dataset({"1.2.3"}, {"9.9.9"})));
+    SampleFiles files;
+    const QUrl url = files.dicom("1.2.3");
+
+    const auto refusal = refusalOf(service.client, {url});
+
+    ASSERT_TRUE(refusal);
+    EXPECT_EQ(refusal->failures, (QList<QStringList>{{QStringLiteral("9.9.9")}}));
+    EXPECT_FALSE(refusal->names(url, {QStringLiteral("1.2.3")}));
+}
+
+TEST(StowUpload, TakesANamelessRefusalForTheInstanceThatTheAnswerPassesOver)
+{
+    const QByteArray nameless =
+        "\"00081198\":{\"vr\":\"SQ\",\"Value\":[{\"00081197\":{\"vr\":\"US\",\"Value\":[49152]}}]}";
+    SampleFiles files;
+    const QList<QUrl> urls{files.dicom("1.2.3"), files.dicom("1.2.4")};
+
+    ScriptedService partly(
+        answeringDataset(202, "{\"00081199\":" + entries({"1.2.3"}) + "," + nameless + "}"));
+    const auto refusal = refusalOf(partly.client, urls);
+    ASSERT_TRUE(refusal);
+    EXPECT_EQ(refusal->failures, (QList<QStringList>{{QStringLiteral("1.2.4"), urls[1].toLocalFile()}}));
+    EXPECT_EQ(refusal->code, 49152);
+
+    ScriptedService wholly(
+        answeringDataset(202, "{\"00081199\":" + entries({"1.2.3", "1.2.4"}) + "," + nameless + "}"));
+    const auto vague = refusalOf(wholly.client, urls);
+    ASSERT_TRUE(vague);
+    EXPECT_EQ(vague->failures, (QList<QStringList>{{}}));
+    EXPECT_EQ(vague->code, 49152);
+}
+
+TEST(StowUpload, ReadsAnAnswerInXml)
+{
+    ScriptedService service(answeringDataset(
+        200,
+        "<NativeDicomModel><DicomAttribute tag=\"00081199\" vr=\"SQ\"><Item number=\"1\"><DicomAttribute "
+        "tag=\"00081155\" vr=\"UI\"><Value "
+        "number=\"1\">1.2.3</Value></DicomAttribute></Item></DicomAttribute>"
+        "</NativeDicomModel>",
+        "application/dicom+xml; charset=utf-8"));
+    SampleFiles files;
+
+    EXPECT_TRUE(succeeds(service.client, {files.dicom("1.2.3")}));
+}
+
+TEST(StowUpload, MarksNothingAsSentForAPageOfHtmlWithStatus200)
+{
+    const QByteArray page =
+        ScriptedHttpServer::answer(200, "text/html", "<html>Please log in to the proxy</html>");
+    ScriptedService service(answering(page));
+    SampleFiles files;
+    const QUrl url = files.dicom("1.2.3");
+
+    const auto refusal = refusalOf(service.client, {url});
+
+    ASSERT_TRUE(refusal);
+    EXPECT_TRUE(refusal->names(url, {QStringLiteral("1.2.3")}));
+}
+
+TEST(StowUpload, AsksForEachInstanceWhereAGoodAnswerCannotBeRead)
+{
+    ScriptedService service(answering(ScriptedHttpServer::answer(200), {"1.2.3", "1.2.5"}));
+    SampleFiles files;
+    const QList<QUrl> urls{files.dicom("1.2.3"), files.dicom("1.2.4"), files.dicom("1.2.5")};
+
+    const auto refusal = refusalOf(service.client, urls);
+
+    ASSERT_TRUE(refusal);
+    EXPECT_EQ(refusal->failures, (QList<QStringList>{{QStringLiteral("1.2.4"), urls[1].toLocalFile()}}));
+    EXPECT_EQ(service.server.requests().at(1).target, "/dicom-web/instances?SOPInstanceUID=1.2.3&limit=1");
+}
+
+TEST(StowUpload, AsksForAnInstanceInItsStudyAndSeries)
+{
+    ScriptedService service(answering(ScriptedHttpServer::answer(200), {"1.2.3"}));
+    SampleFiles files;
+    const StowFile file{files.dicom("1.2.3"),
+                        {QStringLiteral("1.2"), QStringLiteral("1.2.9"), QStringLiteral("1.2.3")}};
+
+    QrnStowAPI(service.client).upload(file, kDevice, {});
+
+    EXPECT_EQ(service.server.requests().at(1).target,
+              "/dicom-web/studies/1.2/series/1.2.9/instances?SOPInstanceUID=1.2.3&limit=1");
+}
+
+TEST(StowUpload, BelievesNoQueryThatFindsTheInstanceInAnotherStudy)
+{
+    const auto isProven = [](const QByteArray &study) {
+        const QByteArray found = "[{\"00080018\":{\"vr\":\"UI\",\"Value\":[\"1.2.3\"]},"
+                                 "\"0020000D\":{\"vr\":\"UI\",\"Value\":[\"" +
+                                 study + "\"]}}]";
+        ScriptedService service([found](const ReceivedRequest &request) {
+            return request.method == "POST" ? ScriptedHttpServer::answer(200)
+                                            : ScriptedHttpServer::answer(200, kDicomJson, found);
+        });
+        SampleFiles files;
+        const StowFile file{files.dicom("1.2.3"),
+                            {QStringLiteral("1.2"), QString(), QStringLiteral("1.2.3")}};
+        return !errorOf<QrnStowResponse>([&] { QrnStowAPI(service.client).upload(file, kDevice, {}); });
+    };
+
+    EXPECT_TRUE(isProven("1.2"));
+    EXPECT_FALSE(isProven("9.9.9"));
+}
+
+TEST(StowUpload, TakesAnInstanceThatIsStoredInAnotherPlaceForUnproven)
+{
+    const auto retrieveUrl = [](const QByteArray &path) {
+        return ",\"00081190\":{\"vr\":\"UR\",\"Value\":[\"" + path + "\"]}";
+    };
+    const StowFile file{{}, {QStringLiteral("1.2"), QStringLiteral("1.2.9"), QStringLiteral("1.2.3")}};
+    SampleFiles files;
+    const auto isProven = [&](const QByteArray &path) {
+        ScriptedService service(
+            answeringDataset(200, "{\"00081199\":" + entries({"1.2.3"}, retrieveUrl(path)) + "}"));
+        const QUrl url = files.dicom("1.2.3");
+        return !errorOf<QrnStowResponse>(
+            [&] { QrnStowAPI(service.client).upload(StowFile{url, file.identity}, kDevice, {}); });
+    };
+
+    EXPECT_TRUE(isProven("http://x/studies/9/dicom-web/studies/1.2/series/1.2.9/instances/1.2.3"));
+    EXPECT_TRUE(isProven("/studies/1.2/series/1.2.9/instances/1.2.3"));
+    EXPECT_TRUE(isProven("http://x/objects/17"));
+    EXPECT_FALSE(isProven("http://x/studies/1.20/series/1.2.9/instances/1.2.3"));
+    EXPECT_FALSE(isProven("http://x/studies/1.2/series/1.2.8/instances/1.2.3"));
+}
+
+TEST(StowUpload, TakesNoAnswerToAQueryForAProofThatNamesAnotherInstance)
+{
+    ScriptedService service([](const ReceivedRequest &request) {
+        return request.method == "POST"
+                   ? ScriptedHttpServer::answer(200)
+                   : ScriptedHttpServer::answer(
+                         200, kDicomJson, R"([{"00080018":{"vr":"UI","Value":["1.2.30"]}}])");
+    });
+    SampleFiles files;
+
+    EXPECT_TRUE(refusalOf(service.client, {files.dicom("1.2.3")}));
+}
+
+TEST(StowUpload, ProvesNothingWhenTheQueryFailsToo)
+{
+    ScriptedService service(answering(ScriptedHttpServer::answer(200), {"1.2.3", "1.2.4"}, 500));
+    SampleFiles files;
+
+    const auto refusal = refusalOf(service.client, {files.dicom("1.2.3"), files.dicom("1.2.4")});
+
+    ASSERT_TRUE(refusal);
+    EXPECT_EQ(refusal->failures.size(), 2);
+    EXPECT_EQ(service.server.requests().size(), 2); // one question without an answer is enough
+}
+
+TEST(StowUpload, FailsWhenTheConnectionIsCutAfterStoringAndSucceedsWhenSentAgain)
+{
+    bool hasStored = false;
+    ScriptedService service([&hasStored](const ReceivedRequest &) {
+        if (!std::exchange(hasStored, true)) {
+            return QByteArray();
+        }
+        return ScriptedHttpServer::answer(409, kDicomJson, dataset({}, {"1.2.3"}, 0x0111));
+    });
+    SampleFiles files;
+    const QUrl url = files.dicom("1.2.3");
+
+    const auto error =
+        errorOf<AFError>([&] { QrnStowAPI(service.client).upload(identified(url), kDevice, {}); });
+
+    ASSERT_TRUE(error);
+    EXPECT_FALSE(error->responseCode);
+    EXPECT_TRUE(succeeds(service.client, {url}));
+}
+
+TEST(StowUpload, ThrowsTheWordsOfTheServiceForARefusedRequest)
+{
+    ScriptedService service(
+        answeringDataset(403, R"({"detail": "Accept the terms.", "kind": 2})", "application/problem+json"));
+    SampleFiles files;
+
+    const auto error = errorOf<QrnErrorResponse>(
+        [&] { QrnStowAPI(service.client).upload(identified(files.dicom("1.2.3")), kDevice, {}); });
+
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->kind, QrnErrorKind::termsNotAccepted);
+}
+
+TEST(StowUpload, ThrowsTheStatusOfARequestWithoutWords)
+{
+    for (const int status : {302, 400, 401, 403, 409, 500, 503}) {
+        ScriptedService service(answeringDataset(status, "<html/>", "text/html"));
+        SampleFiles files;
+
+        const auto error = errorOf<AFError>(
+            [&] { QrnStowAPI(service.client).upload(identified(files.dicom("1.2.3")), kDevice, {}); });
+
+        ASSERT_TRUE(error) << status;
+        EXPECT_EQ(error->responseCode, status);
+    }
+}
+
+TEST(StowUpload, SendsABatchThatIsTooLargeInHalves)
+{
+    ScriptedService service([](const ReceivedRequest &request) {
+        const QList<QByteArray> uids = instancesIn(request);
+        return uids.size() > 2 ? ScriptedHttpServer::answer(413)
+                               : ScriptedHttpServer::answer(200, kDicomJson, dataset(uids));
+    });
+    SampleFiles files;
+    QList<QUrl> urls;
+    for (int number = 1; number <= 7; ++number) {
+        urls.append(files.dicom("1.2." + QByteArray::number(number)));
+    }
+
+    EXPECT_TRUE(succeeds(service.client, urls));
+}
+
+TEST(StowUpload, FailsASingleFileThatIsTooLargeAndSendsTheOthers)
+{
+    ScriptedService service([](const ReceivedRequest &request) {
+        const QList<QByteArray> uids = instancesIn(request);
+        return uids.contains("1.2.2") ? ScriptedHttpServer::answer(413)
+                                      : ScriptedHttpServer::answer(200, kDicomJson, dataset(uids));
+    });
+    SampleFiles files;
+    const QList<QUrl> urls{files.dicom("1.2.1"), files.dicom("1.2.2"), files.dicom("1.2.3")};
+
+    const auto refusal = refusalOf(service.client, urls);
+    const auto alone =
+        errorOf<AFError>([&] { QrnStowAPI(service.client).upload(identified(urls[1]), kDevice, {}); });
+
+    ASSERT_TRUE(refusal);
+    EXPECT_EQ(refusal->failures, (QList<QStringList>{{QStringLiteral("1.2.2"), urls[1].toLocalFile()}}));
+    const auto cause = errorOf<AFError>([&] { std::rethrow_exception(refusal->cause); });
+    ASSERT_TRUE(cause);
+    EXPECT_EQ(cause->responseCode, 413);
+    ASSERT_TRUE(alone);
+    EXPECT_EQ(alone->responseCode, 413);
+}
+
+TEST(StowUpload, HearsARefusalThatComesBeforeTheBodyIsOver)
+{
+    ScriptedHttpServer server([](const ReceivedRequest &) { return ScriptedHttpServer::answer(413); },
+                              ScriptedHttpServer::Moment::afterHead);
+    MemoryTokenStore store;
+    QuorinApiClient client(configurationFor(server.url()), store);
+    SampleFiles files;
+
+    const auto error = errorOf<AFError>(
+        [&] { QrnStowAPI(client).upload(identified(files.dicom("1.2.3", 32 << 20)), kDevice, {}); });
+
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->responseCode, 413);
+}
+
+TEST(StowUpload, FailsAFileWithoutAMetaHeaderAndSendsTheOthers)
+{
+    ScriptedService service([](const ReceivedRequest &request) {
+        return ScriptedHttpServer::answer(200, kDicomJson, dataset(instancesIn(request)));
+    });
+    SampleFiles files;
+    const QList<QUrl> urls{files.dicom("1.2.1"),
+                           files.file(QStringLiteral("bare.dcm"), QByteArray(500, 'x')),
+                           QUrl::fromLocalFile(files.path(QStringLiteral("missing.dcm"))),
+                           files.dicom("1.2.3")};
+
+    const auto refusal = refusalOf(service.client, urls);
+
+    ASSERT_TRUE(refusal);
+    EXPECT_EQ(refusal->failures, (QList<QStringList>{{urls[1].toLocalFile()}, {urls[2].toLocalFile()}}));
+    EXPECT_TRUE(refusal->names(urls[1], {QStringLiteral("1.2.2")}));
+    EXPECT_EQ(instancesIn(service.server.requests().first()), (QList<QByteArray>{"1.2.1", "1.2.3"}));
+}
+
+TEST(StowUpload, SaysThatASingleFileCannotBeSent)
+{
+    ScriptedService service(answeringDataset(200, dataset({})));
+    SampleFiles files;
+
+    const auto error = errorOf<AFError>([&] {
+        QrnStowAPI(service.client)
+            .upload(identified(files.file(QStringLiteral("x"), "not dicom")), kDevice, {});
+    });
+
+    ASSERT_TRUE(error);
+    EXPECT_FALSE(error->responseCode);
+    EXPECT_EQ(error->noAnswer, NoAnswer::unusableFile);
+    EXPECT_TRUE(error->localizedDescription.contains(QStringLiteral("can't be read")));
+    EXPECT_TRUE(service.server.requests().isEmpty());
+}
+
+TEST(StowUpload, LeavesOutAFileThatChangesInFlightAndSendsTheOthers)
+{
+    ScriptedService service([](const ReceivedRequest &request) {
+        return ScriptedHttpServer::answer(200, kDicomJson, dataset(instancesIn(request)));
+    });
+    SampleFiles files;
+    const QList<QUrl> urls{files.dicom("1.2.1", 3 << 20), files.dicom("1.2.2"), files.dicom("1.2.3")};
+    bool hasChanged = false;
+
+    const auto refusal = errorOf<QrnStowResponse>([&] {
+        QrnStowAPI(service.client).upload(identified(urls), kDevice, [&](const UploadProgress &) {
+            if (!std::exchange(hasChanged, true)) {
+                files.dicom("1.2.2", 1001);
+            }
+        });
+    });
+
+    ASSERT_TRUE(refusal);
+    EXPECT_EQ(refusal->failures, (QList<QStringList>{{QStringLiteral("1.2.2"), urls[1].toLocalFile()}}));
+}
+
+TEST(StowUpload, ReportsProgressThatNeverGoesBackAndEndsWithTheWhole)
+{
+    ScriptedService service([](const ReceivedRequest &request) {
+        return request.bodySize > (4 << 20)
+                   ? ScriptedHttpServer::answer(413)
+                   : ScriptedHttpServer::answer(200, kDicomJson, dataset({"1.2.1", "1.2.2"}));
+    });
+    SampleFiles files;
+    QList<UploadProgress> seen;
+
+    QrnStowAPI(service.client)
+        .upload(identified({files.dicom("1.2.1", 3 << 20), files.dicom("1.2.2", 3 << 20)}),
+                kDevice,
+                [&seen](const UploadProgress &progress) { seen.append(progress); });
+
+    ASSERT_FALSE(seen.isEmpty());
+    for (qsizetype step = 1; step < seen.size(); ++step) {
+        EXPECT_GT(seen[step].completedUnitCount, seen[step - 1].completedUnitCount);
+        EXPECT_EQ(seen[step].totalUnitCount, seen[0].totalUnitCount);
+    }
+    EXPECT_EQ(seen.last().completedUnitCount, seen.last().totalUnitCount);
+    EXPECT_DOUBLE_EQ(seen.last().fractionCompleted(), 1.0);
+}
+
+TEST(StowUpload, NeedsNoMemoryForTheSizeOfAFile)
+{
+    ScriptedService service(answeringDataset(200, dataset({"1.2.3"})));
+    SampleFiles files;
+    const QUrl url = files.dicom("1.2.3");
+    ASSERT_TRUE(QFile::resize(url.toLocalFile(), qint64{256} << 20)); // sparse
+    const auto peakKilobytes = [] {
+        QFile status(QStringLiteral("/proc/self/status"));
+        EXPECT_TRUE(status.open(QIODevice::ReadOnly));
+        const auto text = QString::fromLatin1(status.readAll());
+        return QRegularExpression(QStringLiteral("VmHWM:\\s+(\\d+)")).match(text).captured(1).toLongLong();
+    };
+    const qint64 before = peakKilobytes();
+
+    EXPECT_TRUE(succeeds(service.client, {url}));
+
+    EXPECT_LT(peakKilobytes() - before, 64 * 1024);
+    EXPECT_GT(service.server.requests().first().bodySize, qint64{256} << 20);
+}
+
+} // namespace gateway::cloud_client::testing

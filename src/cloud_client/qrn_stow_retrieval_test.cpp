@@ -1,0 +1,85 @@
+#include "cloud_client/qrn_stow_api.h"
+
+#include "cloud_client/testing/client_fixture.h"
+#include "cloud_client/testing/sample_files.h"
+
+#include <QtCore/QFile>
+
+#include <gtest/gtest.h>
+
+#include <variant>
+
+namespace gateway::cloud_client::testing {
+
+namespace {
+
+const platform::InstanceIdentity kInstance{
+    QStringLiteral("1.2"), QStringLiteral("1.2.9"), QStringLiteral("1.2.3")};
+
+ScriptedHttpServer::Handler answeringAlways(int status, const QByteArray &body, const QByteArray &type)
+{
+    return
+        [answer = ScriptedHttpServer::answer(status, type, body)](const ReceivedRequest &) { return answer; };
+}
+
+/// What is fetched where the server answers so; the error's reason where that can't be used.
+std::variant<QByteArray, NoAnswer>
+fetched(const QByteArray &type, const QByteArray &body, qint64 limit = 1 << 20)
+{
+    ScriptedService service(answeringAlways(200, body, type));
+    SampleFiles files;
+    const QString path = files.path(QStringLiteral("fetched"));
+    const auto error = errorOf<AFError>([&] { QrnStowAPI(service.client).retrieve(kInstance, path, limit); });
+    if (error) {
+        return error->noAnswer;
+    }
+    EXPECT_EQ(service.server.requests().first().target,
+              "/dicom-web/studies/1.2/series/1.2.9/instances/1.2.3");
+    EXPECT_EQ(service.server.requests().first().headers.value("accept"),
+              "multipart/related; type=\"application/dicom\"; transfer-syntax=*");
+    QFile file(path);
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+    return file.readAll();
+}
+
+QByteArray message(const QByteArray &bytes)
+{
+    return "\r\n--b\r\nContent-Type: application/dicom\r\n\r\n" + bytes + "\r\n--b--\r\n";
+}
+
+const QByteArray kMultipart = "multipart/related; type=\"application/dicom\"; boundary=b";
+
+} // namespace
+
+TEST(Retrieval, TakesTheInstanceOutOfTheMessage)
+{
+    const QByteArray bytes = QByteArray(3 << 20, 'p') + "\r\n--b but no end";
+
+    EXPECT_EQ(std::get<QByteArray>(fetched(kMultipart, message(bytes), 4 << 20)), bytes);
+    EXPECT_EQ(std::get<QByteArray>(fetched(kMultipart, message("short").mid(2))), "short");
+    EXPECT_EQ(std::get<QByteArray>(fetched("application/dicom", "as it is")), "as it is");
+}
+
+TEST(Retrieval, TakesNothingElseForAnInstance)
+{
+    EXPECT_EQ(std::get<NoAnswer>(fetched("text/html", "<html>Hotel</html>")), NoAnswer::unusableAnswer);
+    EXPECT_EQ(std::get<NoAnswer>(fetched(kMultipart, "")), NoAnswer::unusableAnswer);
+    EXPECT_EQ(std::get<NoAnswer>(fetched(kMultipart, message("cut off").chopped(8))),
+              NoAnswer::unusableAnswer);
+    EXPECT_EQ(std::get<NoAnswer>(fetched(kMultipart, message(QByteArray(100'000, 'p')), 1000)),
+              NoAnswer::unusableAnswer);
+}
+
+TEST(Retrieval, ThrowsTheStatusOfARefusal)
+{
+    ScriptedService service(answeringAlways(404, "none", "text/plain"));
+    SampleFiles files;
+
+    const auto error = errorOf<AFError>(
+        [&] { QrnStowAPI(service.client).retrieve(kInstance, files.path(QStringLiteral("fetched")), 1000); });
+
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->responseCode, 404);
+}
+
+} // namespace gateway::cloud_client::testing

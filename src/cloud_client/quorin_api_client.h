@@ -1,0 +1,107 @@
+#pragma once
+
+#include "cloud_client/cloud_configuration.h"
+#include "cloud_client/http_message.h"
+#include "cloud_client/http_transport.h"
+#include "cloud_client/network_settings.h"
+
+#include <QtCore/QByteArray>
+#include <QtCore/QJsonObject>
+#include <QtCore/QString>
+#include <QtCore/QVariantMap>
+
+#include <optional>
+
+namespace gateway::platform {
+class TokenStore;
+}
+
+namespace gateway::cloud_client {
+
+/// The largest answers that are taken in: for one record, and for a page of a query or what became of a
+/// batch.
+inline constexpr qint64 kBriefAnswer = 256 << 10;
+inline constexpr qint64 kLargeAnswer = 16 << 20;
+
+/// One call in the terms of the service; the client turns it into a request.
+struct ApiCall
+{
+    enum class Service
+    {
+        account, ///< below <base>/api/v1
+        dicomWeb ///< below <base>/dicom-web, or below the base itself for a plain archive
+    };
+
+    Service service = Service::account;
+    QByteArray method = "GET";
+    QByteArray path; ///< encoded, from the slash on; may hold a query
+    QByteArray accept = "application/json";
+    QByteArray contentType;            ///< empty where there is no body
+    QByteArray body;                   ///< small bodies
+    HttpBodySource *stream = nullptr;  ///< large ones; borrowed
+    bool authorized = true;            ///< carries the session, when there is one
+    QByteArray authorization;          ///< in place of the session's, where it isn't empty
+    QString deviceId;                  ///< empty where the operation has none
+    bool isBrief = true;               ///< ends within the limit for calls; false for uploads and queries
+    qint64 answerLimit = kBriefAnswer; ///< bytes of the answer; what isn't brief may always be large
+    UploadProgressCallback progress;
+    HttpBodySink sink =
+        {}; ///< takes the body of a good answer, up to its limit, which isn't kept in memory then
+};
+
+/// The cloud service as the Qrn...API classes see it: its address, its kind, the session and the transport.
+///
+/// The session goes to the configured service only: every address is made from the base address, redirects
+/// aren't followed, and the token is kept under the service's own name.
+///
+/// Owner: app. Thread: any.
+class QuorinApiClient
+{
+public:
+    /// \param store  keeps the session between runs; outlives this.
+    QuorinApiClient(CloudConfiguration configuration, platform::TokenStore &store);
+
+    const CloudConfiguration &configuration() const { return m_configuration; }
+    bool isPlainArchive() const { return m_configuration.kind == CloudKind::dicomweb; }
+    NetworkSettings &networkSettings() { return m_settings; }
+
+    /// Sends a call and returns the answer, with any status.
+    ///
+    /// \throws AFError  without a response code when no answer came, also when the configuration can't be
+    ///                  used; the sentence names the cause.
+    HttpResponse send(const ApiCall &call);
+
+    /// Sends a call and returns the answer if its status is a success.
+    ///
+    /// \throws QrnErrorResponse, AFError  for any other status; AFError as `send`.
+    HttpResponse request(const ApiCall &call);
+
+    /// As `request`, for an answer that must be one JSON object.
+    ///
+    /// \throws AFError  without a response code when it isn't.
+    QVariantMap requestObject(const ApiCall &call);
+
+    /// Ends every call in flight and refuses later ones: for the end of the program.
+    void shutDown() { m_transport.shutDown(); }
+
+private:
+    QByteArray address(const ApiCall &call) const;
+    void addHeaders(const ApiCall &call, const std::optional<QString> &token, HttpRequest &request) const;
+    void noteCredentials(const QString &token, const HttpResponse &response);
+
+    const CloudConfiguration m_configuration;
+    const std::optional<QString> m_problem; // why no call may be made
+    NetworkSettings m_settings;
+    HttpTransport m_transport;
+};
+
+/// A call of the account service with a JSON body.
+ApiCall jsonCall(const QByteArray &method, const QByteArray &path, const QJsonObject &body);
+
+/// One segment of a path, encoded.
+///
+/// \throws AFError  for text that can't be a segment of its own (empty, "." or ".."): the call would mean
+///                  something else without it.
+QByteArray pathSegment(const QString &text);
+
+} // namespace gateway::cloud_client

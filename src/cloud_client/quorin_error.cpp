@@ -1,0 +1,101 @@
+#include "cloud_client/quorin_error.h"
+
+#include <utility>
+
+namespace gateway::cloud_client {
+
+QuorinError::QuorinError(QString description, QString errorDomain, int errorCode)
+    : localizedDescription(std::move(description)), domain(std::move(errorDomain)), code(errorCode),
+      m_what(localizedDescription.toUtf8())
+{
+}
+
+QrnErrorResponse::QrnErrorResponse(QrnErrorKind errorKind,
+                                   std::optional<QString> errorMessage,
+                                   std::optional<int> status)
+    : QuorinError(errorMessage.value_or(QString()),
+                  QStringLiteral("QuorinAPI.QrnErrorResponse"),
+                  static_cast<int>(errorKind)),
+      kind(errorKind), message(std::move(errorMessage)), responseCode(status)
+{
+}
+
+AFError::AFError(QString description, std::optional<int> status, int transportCode, NoAnswer reason)
+    : QuorinError(
+          std::move(description), QStringLiteral("QuorinAPI.AFError"), status.value_or(transportCode)),
+      responseCode(status), noAnswer(reason)
+{
+}
+
+QrnNotOffered::QrnNotOffered(QString description)
+    : QuorinError(std::move(description), QStringLiteral("QuorinAPI.QrnNotOffered"), 0)
+{
+}
+
+QrnStowResponse::QrnStowResponse(QList<QStringList> failedInstances,
+                                 int reason,
+                                 QHash<QString, int> reasonOfEach,
+                                 std::exception_ptr whatEndedRequests,
+                                 QSet<QString> thereAlready)
+    : QuorinError(
+          failedInstances.size() == 1
+              ? QStringLiteral("The cloud service did not store one image.")
+              : QStringLiteral("The cloud service did not store %1 images.").arg(failedInstances.size()),
+          QStringLiteral("QuorinAPI.QrnStowResponse"),
+          reason),
+      failures(std::move(failedInstances)), reasons(std::move(reasonOfEach)),
+      alreadyStored(std::move(thereAlready)), cause(std::move(whatEndedRequests))
+{
+}
+
+bool QrnStowResponse::names(const QUrl &file, const QStringList &sopInstanceUIDs) const
+{
+    const QString path = file.toLocalFile();
+    for (const QStringList &identifiers : failures) {
+        for (const QString &identifier : identifiers) {
+            const QString text = identifier.trimmed();
+            if (!text.isEmpty() && (text == path.trimmed() || sopInstanceUIDs.contains(text))) {
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
+QString localizedDescription(const std::exception &error)
+{
+    const auto *known = dynamic_cast<const QuorinError *>(&error);
+    return known ? known->localizedDescription : QString::fromUtf8(error.what());
+}
+
+QString plainText(const std::exception &error)
+{
+    const auto *known = dynamic_cast<const QuorinError *>(&error);
+    if (known == nullptr) {
+        return localizedDescription(error);
+    }
+    const QString name = known->domain.section(u'.', -1) + u' ' + QString::number(known->code);
+    const auto *response = dynamic_cast<const QrnErrorResponse *>(&error);
+    if (response != nullptr) {
+        return response->responseCode ? QStringLiteral("%1: The cloud service refused the call (status %2).")
+                                            .arg(name)
+                                            .arg(*response->responseCode)
+                                      : name;
+    }
+    const QString words = localizedDescription(error);
+    return words.isEmpty() ? name : name + QStringLiteral(": ") + words;
+}
+
+QString userFacingMessage(const std::exception &error, const QString &fallback)
+{
+    if (const auto *response = dynamic_cast<const QrnErrorResponse *>(&error)) {
+        const QString message = response->message.value_or(QString()).trimmed();
+        if (!message.isEmpty()) {
+            return message;
+        }
+    }
+    const QString words = localizedDescription(error).trimmed();
+    return words.isEmpty() || words == QStringLiteral("(null)") ? fallback : words;
+}
+
+} // namespace gateway::cloud_client

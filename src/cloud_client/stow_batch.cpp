@@ -1,0 +1,304 @@
+#include "cloud_client/stow_batch.h"
+
+#include "cloud_client/answer_error.h"
+#include "cloud_client/quorin_api_client.h"
+#include "cloud_client/quorin_error.h"
+#include "cloud_client/stow_query.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace gateway::cloud_client {
+
+namespace {
+
+const auto kReferencedSequence = QStringLiteral("00081199");
+const auto kReferencedInstance = QStringLiteral("00081155");
+const auto kWarningReason = QStringLiteral("00081196");
+constexpr int kAlreadyStored = 45070;
+
+QVariant firstValue(const QVariant &attribute)
+{
+    return attribute.toMap().value(QStringLiteral("Value")).toList().value(0);
+}
+
+/// Statuses under which a server settles instances one by one: good ones, and those of PS3.18 10.5.3 by
+/// which it says that it took not one of them.
+bool maySettle(int status)
+{
+    return (status >= 200 && status < 300) || status == 400 || status == 409;
+}
+
+QVariantMap attribute(const QString &representation, const QVariantList &values)
+{
+    return {{QStringLiteral("vr"), representation}, {QStringLiteral("Value"), values}};
+}
+
+} // namespace
+
+StowBatch::StowBatch(QuorinApiClient &client,
+                     const QList<StowFile> &files,
+                     QString deviceId,
+                     UploadProgressCallback progress)
+    : m_client(client), m_deviceId(std::move(deviceId)), m_progress(std::move(progress))
+{
+    for (const StowFile &given : files) {
+        m_files.append(examine(given));
+    }
+}
+
+StowBatch::File StowBatch::examine(const StowFile &given)
+{
+    File file;
+    file.path = given.url.toLocalFile();
+    file.identity = given.identity;
+    const std::optional<ReadableFile> opened = ReadableFile::open(file.path);
+    if (!opened || file.identity.instance.isEmpty()) {
+        return file;
+    }
+    file.isReadable = true;
+    // Without the optional transfer-syntax parameter (PS3.18 8.7.3): the file says it itself, and there are
+    // archives that refuse a part with it.
+    file.part = {"Content-Type: application/dicom\r\n", {}, file.path, opened->identity()};
+    return file;
+}
+
+QVariantMap StowBatch::run()
+{
+    Files sendable;
+    for (File &file : m_files) {
+        if (file.isReadable) {
+            sendable.append(&file);
+        }
+    }
+    send(sendable);
+    return outcome();
+}
+
+void StowBatch::send(Files files)
+{
+    if (files.isEmpty() || m_isUnreachable) {
+        return;
+    }
+    const std::optional<HttpResponse> response = attempt(files);
+    if (!response) {
+        return;
+    }
+    if (response->status == 413 && files.size() > 1) {
+        sendInHalves(files);
+        return;
+    }
+    settle(files, *response);
+}
+
+void StowBatch::sendInHalves(const Files &files)
+{
+    const qsizetype half = files.size() / 2;
+    send(files.first(half));
+    send(files.sliced(half));
+}
+
+std::optional<HttpResponse> StowBatch::attempt(Files &files)
+{
+    while (!files.isEmpty()) {
+        QList<BodyPart> parts;
+        for (const File *file : files) {
+            parts.append(file->part);
+        }
+        MultipartBody body(parts);
+        m_total = std::max(m_total, body.size());
+        try {
+            HttpResponse response = post(body);
+            if (response.status != 413) {
+                m_settledBytes += body.size();
+            }
+            return response;
+        } catch (const FileChanged &changed) {
+            files.removeAt(changed.part());
+        } catch (const QuorinError &) {
+            m_isUnreachable = true;
+            keepFirst(std::current_exception());
+            return std::nullopt;
+        }
+    }
+    return std::nullopt;
+}
+
+HttpResponse StowBatch::post(MultipartBody &body)
+{
+    ApiCall call;
+    call.service = ApiCall::Service::dicomWeb;
+    call.method = "POST";
+    call.path = "/studies";
+    call.accept = "application/dicom+json";
+    call.contentType = "multipart/related; type=\"application/dicom\"; boundary=" + body.boundary();
+    call.stream = &body;
+    call.deviceId = m_deviceId;
+    call.isBrief = false;
+    if (m_progress) {
+        call.progress = [this](const UploadProgress &progress) { report(progress); };
+    }
+    return m_client.send(call);
+}
+
+void StowBatch::settle(const Files &files, const HttpResponse &response)
+{
+    const std::optional<StowAnswer> answer =
+        maySettle(response.status) ? parseStowAnswer(response.contentType, response.body) : std::nullopt;
+    if (answer) {
+        m_wasSettled = true;
+        apply(files, *answer);
+    } else if (response.isSuccess()) {
+        m_wasSettled = true;
+        proveByQuery(files);
+    } else {
+        try {
+            throwAnswerError(response);
+        } catch (const QuorinError &) {
+            keepFirst(std::current_exception());
+        }
+    }
+}
+
+void StowBatch::apply(const Files &files, const StowAnswer &answer)
+{
+    QSet<QString> ours;
+    for (File *file : files) {
+        ours.insert(file->identity.instance);
+        for (const StowReference &reference : answer.referenced) {
+            if (reference.names(file->identity)) {
+                file->isProven = true;
+                file->wasThere = file->wasThere || reference.isAlreadyStored();
+            }
+        }
+    }
+    // Last, so that an instance named both ways counts as refused.
+    for (const StowRefusal &refusal : answer.refused) {
+        if (!refusal.isAlreadyStored() && !ours.contains(refusal.sopInstanceUid)) {
+            m_strangers.append(refusal);
+        }
+        for (File *file : files) {
+            if (file->identity.instance != refusal.sopInstanceUid) {
+                continue;
+            }
+            if (refusal.isAlreadyStored()) {
+                file->isProven = file->isProven || !file->reason;
+                file->wasThere = true;
+            } else {
+                file->isProven = false;
+                file->reason = refusal.reason;
+            }
+        }
+    }
+}
+
+void StowBatch::proveByQuery(const Files &files)
+{
+    try {
+        for (File *file : files) {
+            file->isProven = isInstanceFound(m_client, file->identity);
+        }
+    } catch (const QuorinError &) {
+        // Whoever wasn't asked for isn't proven. One unanswered question is enough: a thousand more would
+        // each wait as long.
+        keepFirst(std::current_exception());
+    }
+}
+
+void StowBatch::report(const UploadProgress &progress)
+{
+    const qint64 done = std::min(m_total, m_settledBytes + progress.completedUnitCount);
+    if (done > m_reported) {
+        m_reported = done;
+        m_progress({done, m_total});
+    }
+}
+
+void StowBatch::keepFirst(const std::exception_ptr &error)
+{
+    if (!m_error) {
+        m_error = error;
+    }
+}
+
+QVariantMap StowBatch::outcome() const
+{
+    QList<QStringList> failures;
+    QHash<QString, int> reasons;
+    int reason = 0;
+    bool isAnyProven = false;
+    for (const File &file : m_files) {
+        isAnyProven = isAnyProven || file.isProven;
+        if (!file.isProven) {
+            failures.append(file.isReadable ? QStringList{file.identity.instance, file.path}
+                                            : QStringList{file.path});
+            if (file.reason) {
+                reasons.insert(file.identity.instance, *file.reason);
+            }
+            reason = reason == 0 ? file.reason.value_or(0) : reason;
+        }
+    }
+    const bool isAnyOfOursUnproven = !failures.isEmpty();
+    for (const StowRefusal &stranger : m_strangers) {
+        reason = reason == 0 ? stranger.reason.value_or(0) : reason;
+        if (!stranger.sopInstanceUid.isEmpty()) {
+            failures.append(QStringList{stranger.sopInstanceUid});
+        } else if (!isAnyOfOursUnproven) {
+            failures.append(QStringList{});
+        } // else it means one of ours: a server that can't read an instance can't name it either
+    }
+    if (failures.isEmpty()) {
+        return provenInstances();
+    }
+    if (!isAnyProven && !m_wasSettled) {
+        if (m_error) {
+            std::rethrow_exception(m_error);
+        }
+        throw AFError(QStringLiteral("The file can't be sent: it can't be read, or changed while it was "
+                                     "being sent."),
+                      std::nullopt,
+                      0,
+                      NoAnswer::unusableFile);
+    }
+    throw QrnStowResponse(failures, reason, reasons, m_error, alreadyStored());
+}
+
+QSet<QString> StowBatch::alreadyStored() const
+{
+    QSet<QString> instances;
+    for (const File &file : m_files) {
+        if (file.isProven && file.wasThere) {
+            instances.insert(file.identity.instance);
+        }
+    }
+    return instances;
+}
+
+QVariantMap StowBatch::provenInstances() const
+{
+    QVariantList items;
+    for (const File &file : m_files) {
+        QVariantMap item{{kReferencedInstance, attribute(QStringLiteral("UI"), {file.identity.instance})}};
+        if (file.wasThere) {
+            item.insert(kWarningReason, attribute(QStringLiteral("US"), {kAlreadyStored}));
+        }
+        items.append(item);
+    }
+    return {{kReferencedSequence, attribute(QStringLiteral("SQ"), items)}};
+}
+
+QSet<QString> alreadyStoredIn(const QVariantMap &proven)
+{
+    QSet<QString> instances;
+    const QVariantList items =
+        proven.value(kReferencedSequence).toMap().value(QStringLiteral("Value")).toList();
+    for (const QVariant &entry : items) {
+        const QVariantMap item = entry.toMap();
+        if (item.contains(kWarningReason)) {
+            instances.insert(firstValue(item.value(kReferencedInstance)).toString());
+        }
+    }
+    return instances;
+}
+
+} // namespace gateway::cloud_client
