@@ -194,9 +194,10 @@ struct Bench
     NoCleanup cleanup;
     SilentLog log;
     gateway::log::StoreLogEmitter emitter{log, clock};
+    upload::RunObserver observer;
     upload::NewSeries newSeries;
     upload::UploadCollaborators with{
-        index, stow, converter, session, state, terms, cleanup, emitter, main, clock, newSeries};
+        index, stow, converter, session, state, terms, cleanup, observer, emitter, main, clock, newSeries};
 
     cloud_client::CloudConfiguration configuration() const
     {

@@ -47,8 +47,8 @@ struct Ground
     platform::JournalSystemLog systemLog = {};
     log::GatewayLogger logger{systemLog,
                               std::make_unique<log::GatewayLogFileSink>(options.layout.logFolder, clock)};
-    monitor::EventCounts eventCounts{logger};
-    log::StoreLogEmitter emitter{eventCounts, clock};
+    monitor::EventCounts eventCounts = {};
+    log::StoreLogEmitter emitter{logger, clock};
 
     platform::WorkerProcessPool parserProcesses{cores(), platform::helperProgramPath()};
     platform::WorkerProcessPool converterProcesses{cores(), platform::helperProgramPath()};

@@ -43,6 +43,7 @@ Receiving::makeListener(std::function<void(QString)> onImported)
             .clock = ground.clock,
             .dbService = inboxImports,
             .logEmitter = ground.emitter,
+            .observer = ground.eventCounts,
             .state = live,
             .netServices = *netServices,
             .makeStoreSCP =
@@ -62,6 +63,7 @@ Receiving::makeManualImport(std::function<void(QString)> onImported)
         receive::StoreManualImportService::Collaborators{
             .dbService = manualImports,
             .logEmitter = ground.emitter,
+            .observer = ground.eventCounts,
             .main = ground.main,
             .clock = ground.clock,
             .unpacking = unpacker,

@@ -13,7 +13,7 @@ namespace gateway::app {
 
 upload::GatewayAutoDeleteCleanupService::Collaborators Sending::cleanupCollaborators()
 {
-    return {.logger = emitter,
+    return {.logger = ground.emitter,
             .main = ground.main,
             .cutoffDateProvider =
                 [this](const QDateTime &now) {
@@ -32,7 +32,8 @@ upload::GatewayAutoDeleteCleanupService::Collaborators Sending::cleanupCollabora
 
 upload::StoreUploadCoordinator::Collaborators Sending::coordinatorCollaborators()
 {
-    return {.emitter = emitter,
+    return {.emitter = ground.emitter,
+            .observer = observers,
             .clock = ground.clock,
             .index = uploadIndex,
             .readConfig =

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "account/cloud_watch.h"
 #include "app/cloud_account.h"
 #include "app/live_figures.h"
-#include "log/store_log_emitter.h"
 #include "upload/cloud_terms_follow_up.h"
 #include "upload/dicom_db_upload_index.h"
 #include "upload/gateway_auto_delete_cleanup_service.h"
@@ -28,6 +28,22 @@ private:
     cloud_client::QuorinApiClient &m_client;
 };
 
+/// Whatever the cloud takes shows that it answers. Owner: Sending. Thread: any.
+class AnsweringCloud final : public upload::RunObserver
+{
+public:
+    AnsweringCloud(platform::MainExecutor &main, account::CloudWatch &watch) : m_main(main), m_watch(watch) {}
+
+    void requestSucceeded(qint64 /*bytes*/) override
+    {
+        m_main.post([&watch = m_watch] { watch.cloudAnswered(); });
+    }
+
+private:
+    platform::MainExecutor &m_main;
+    account::CloudWatch &m_watch;
+};
+
 /// What leaves: upload runs, and what lets go of the local copy afterwards.
 ///
 /// Owner: Gateway. Thread: main, where it is made; each part names its own.
@@ -37,17 +53,16 @@ struct Sending
     CloudAccount &account;
     LiveFigures &live;
 
-    /// Whatever the cloud takes shows that it answers.
-    upload::UploadRunWatcher runWatcher{
-        ground.eventCounts, [this] { ground.main.post([this] { account.watch.cloudAnswered(); }); }};
-    log::StoreLogEmitter emitter{runWatcher, ground.clock};
+    upload::UploadRunWatcher runWatcher = {};
+    AnsweringCloud answers{ground.main, account.watch};
+    upload::RunObservers observers{{&ground.eventCounts, &runWatcher, &answers}};
 
     CloudSession session{account.client};
     upload::DicomDBUploadIndex uploadIndex{ground.index};
     upload::RetentionClock retentionClock{ground.clock, ground.defaults};
     upload::GatewayAutoDeleteCleanupService cleanup{cleanupCollaborators()};
     upload::CloudTermsFollowUp terms{{.terms = account.termsApi,
-                                      .emitter = emitter,
+                                      .emitter = ground.emitter,
                                       .notifications = ground.notifications,
                                       .main = ground.main,
                                       .clock = ground.clock}};
@@ -59,7 +74,8 @@ struct Sending
                                                  .state = live,
                                                  .terms = terms,
                                                  .cleanup = cleanup,
-                                                 .emitter = emitter,
+                                                 .observer = observers,
+                                                 .emitter = ground.emitter,
                                                  .main = ground.main,
                                                  .clock = ground.clock,
                                                  .newSeries = newSeries};

@@ -1,7 +1,8 @@
 #pragma once
 
-#include "log/gateway_logging.h"
 #include "platform/concurrency/mutex.h"
+#include "receive/receive_observer.h"
+#include "upload/run_observer.h"
 
 #include <QtCore/QMap>
 #include <QtCore/QString>
@@ -26,24 +27,25 @@ struct EventTotals
     QMap<QString, qint64> turnedAway = {}; ///< peers that were turned away, by the reason
 };
 
-/// Passes every event on to the log, and counts what operators watch.
+/// Counts what operators watch.
 ///
-/// Owner: Gateway. Thread: any.
-class EventCounts final : public log::GatewayLogging
+/// Owner: Ground. Thread: any.
+class EventCounts final : public receive::ReceiveObserver, public upload::RunObserver
 {
 public:
-    /// \param log  outlives the counts.
-    explicit EventCounts(log::GatewayLogging &log) : m_log(log) {}
+    void associationStarted() override { ++m_associations; }
+    void associationFailed() override { ++m_failedAssociations; }
+    void peersTurnedAway(const QString &reason, qint64 count) override;
+    void fileReceived(qint64 bytes) override;
+    void importFailed() override { ++m_failedImports; }
+    void listenerFailed() override { ++m_listenerFailures; }
 
-    void log(log::GatewayLogEvent event) override;
+    void requestSucceeded(qint64 bytes) override { m_uploadedBytes += bytes; }
+    void fileEnded(bool isSynced) override { ++(isSynced ? m_uploadedImages : m_failedUploads); }
 
     EventTotals totals() const;
 
 private:
-    void count(const log::GatewayLogEvent &event);
-    void countTurnedAway(const QMap<QString, QString> &details) QUORIN_EXCLUDES(m_mutex);
-
-    log::GatewayLogging &m_log;
     std::atomic<qint64> m_associations = 0;
     std::atomic<qint64> m_failedAssociations = 0;
     std::atomic<qint64> m_receivedImages = 0;

@@ -76,7 +76,8 @@ std::optional<IncomingImporter::Fate> IncomingImporter::decidedFate(const Item &
 
 void IncomingImporter::handle(const Item &item)
 {
-    const bool isThere = QFileInfo::exists(item.path);
+    const QFileInfo file(item.path);
+    const bool isThere = file.exists();
     const std::optional<Fate> decided = decidedFate(item);
     if (decided && isThere) {
         depart(item, *decided);
@@ -86,6 +87,7 @@ void IncomingImporter::handle(const Item &item)
         letGo(item);
         return;
     }
+    m_with.observer.fileReceived(file.size());
     emitRecord(item, GatewayLogAction::fileReceivedCallback, GatewayLogOutcome::started);
     m_with.main.post(weak_from_this(), [this] { m_with.state.recordReceivedItem(); });
     leaveInbox(item, importFile(item));
@@ -102,6 +104,7 @@ IncomingImporter::Fate IncomingImporter::importFile(const Item &item)
             details.insert(log::kStoredFileHashKey, *hash); // what is told of the image from now on bears it
         }
     } catch (const index::GatewayImportError &error) {
+        m_with.observer.importFailed();
         emitRecord(item,
                    GatewayLogAction::importFailed,
                    GatewayLogOutcome::failed,

@@ -7,6 +7,7 @@
 #include "platform/concurrency/mutex.h"
 #include "platform/concurrency/task.h"
 #include "platform/concurrency/worker_pool.h"
+#include "receive/receive_observer.h"
 #include "receive/receive_state.h"
 
 #include <QtCore/QHash>
@@ -39,6 +40,7 @@ public:
     {
         index::DBServiceProtocol &dbService;
         log::StoreLogEmitter &logEmitter;
+        ReceiveObserver &observer;
         ReceiveState &state;
         platform::MainExecutor &main;
         platform::WorkerPool &pool;

@@ -15,6 +15,7 @@ namespace {
 using log::GatewayLogAction;
 using log::GatewayLogOutcome;
 using testing::ReceiveWorld;
+using Told = testing::RecordingReceiveObserver::Told;
 
 class Importer : public ::testing::Test
 {
@@ -26,6 +27,7 @@ protected:
         return std::make_shared<IncomingImporter>(
             IncomingImporter::Collaborators{m_world.imports,
                                             m_world.emitter,
+                                            m_world.observer,
                                             m_world.state,
                                             m_world.main,
                                             m_world.pool,
@@ -67,6 +69,7 @@ TEST_F(Importer, LogsTheWholeWayOfAFile)
         EXPECT_EQ(event.fileHash, log::hashedFileURL(QUrl::fromLocalFile(path)));
     }
     EXPECT_EQ(m_world.log.events().front().fileSizeBytes, 12);
+    EXPECT_EQ(m_world.observer.told(), (Told{.files = 1, .bytes = 12}));
 }
 
 TEST_F(Importer, NamesTheStoredFileWhereAnImportSucceedsAndNowhereElse)
@@ -101,6 +104,7 @@ TEST_F(Importer, TakesANonDicomFileOutOfTheInboxWithoutDeletingItOrAskingForAnUp
     QFile kept(aside + u'/' + ReceiveWorld::filesIn(aside).front());
     ASSERT_TRUE(kept.open(QIODevice::ReadOnly));
     EXPECT_EQ(kept.readAll(), "no image");
+    EXPECT_EQ(m_world.observer.told(), (Told{.files = 1, .bytes = 8, .failedImports = 1}));
 }
 
 TEST_F(Importer, WarnsOfAFileThatCanNotBeTakenOutOfTheInboxAndLeavesItThere)

@@ -48,6 +48,7 @@ StoreListenerService::StoreListenerService(Collaborators collaborators, Places p
       m_importer(
           std::make_shared<IncomingImporter>(IncomingImporter::Collaborators{m_with.dbService,
                                                                              m_with.logEmitter,
+                                                                             m_with.observer,
                                                                              m_with.state,
                                                                              m_with.main,
                                                                              m_with.pool,
@@ -282,6 +283,7 @@ void StoreListenerService::runEnded(const Run &run, std::int32_t result)
             logListener(
                 GatewayLogAction::listenerStartSucceeded, GatewayLogOutcome::succeeded, {{kPort, port}});
         } else {
+            m_with.observer.listenerFailed();
             logListener(
                 GatewayLogAction::listenerStartFailed,
                 GatewayLogOutcome::failed,
@@ -416,12 +418,16 @@ void StoreListenerService::peersTurnedAway(QUuid runId, const platform::StoreSCP
                       {QStringLiteral("turned_away"), QString::number(away.count)},
                       {QStringLiteral("host_hash"), log::hashedIdentifier(away.host).value_or(QString())}};
     if (!wasStopped(runId)) {
+        m_with.observer.peersTurnedAway(away.reason, away.count);
         m_with.logEmitter.emit(record);
     }
 }
 
 void StoreListenerService::associationStarted(QUuid runId, const QString &association)
 {
+    if (!wasStopped(runId)) {
+        m_with.observer.associationStarted();
+    }
     logAssociation(runId, association, GatewayLogAction::associationStarted, GatewayLogOutcome::started);
     m_with.main.post(weak_from_this(),
                      [this, association] { m_with.state.beginReceiveAssociation(association); });
@@ -435,6 +441,9 @@ void StoreListenerService::associationCompleted(QUuid runId, const QString &asso
 
 void StoreListenerService::associationFailed(QUuid runId, const QString &association, const QString &message)
 {
+    if (!wasStopped(runId)) {
+        m_with.observer.associationFailed();
+    }
     logAssociation(runId,
                    association,
                    GatewayLogAction::associationFailed,

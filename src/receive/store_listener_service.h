@@ -14,6 +14,7 @@
 #include "platform/net_service/net_service_publishing.h"
 #include "platform/notifications/notification_center.h"
 #include "receive/incoming_importer.h"
+#include "receive/receive_observer.h"
 #include "receive/receive_state.h"
 
 #include <QtCore/QSet>
@@ -53,6 +54,7 @@ public:
         platform::Clock &clock;
         index::DBServiceProtocol &dbService;
         log::StoreLogEmitter &logEmitter;
+        ReceiveObserver &observer;
         ReceiveState &state;
         platform::NetServicePublishing &netServices;
         std::function<std::shared_ptr<platform::StoreSCP>()> makeStoreSCP; ///< a new one for each start

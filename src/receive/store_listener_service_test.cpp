@@ -12,6 +12,7 @@ namespace {
 using log::GatewayLogAction;
 using log::GatewayLogOutcome;
 using testing::ReceiveWorld;
+using Told = testing::RecordingReceiveObserver::Told;
 
 class ListenerService : public ::testing::Test
 {
@@ -183,6 +184,7 @@ TEST_F(ListenerService, NamesThePortOfAFailedStartAndListensNoMore)
     EXPECT_EQ(detail(event, u"port"_qs), u"104"_qs);
     EXPECT_EQ(detail(event, u"listener_result"_qs), u"7"_qs);
     EXPECT_TRUE(event.error.has_value());
+    EXPECT_EQ(m_world.observer.told(), Told{.listenerFailures = 1});
 }
 
 TEST_F(ListenerService, LogsAStartCallThatEndsWellByItself)
@@ -255,6 +257,7 @@ TEST_F(ListenerService, FollowsAssociationsInLogAndFigures)
     EXPECT_EQ(failed.assocHash, log::hashedIdentifier(u"B"_qs));
     EXPECT_TRUE(failed.error.has_value());
     EXPECT_TRUE(m_world.state.associations.isEmpty());
+    EXPECT_EQ(m_world.observer.told(), (Told{.started = 2, .failed = 1}));
 }
 
 TEST_F(ListenerService, LogsNoAssociationOfAStoppedRunAndEndsClear)
@@ -375,6 +378,7 @@ TEST_F(ListenerService, TellsWhoWasTurnedAwayWithoutAnAddress)
     for (const QString &value : *event.details) {
         EXPECT_FALSE(value.contains(u"10.0.0.9"_qs));
     }
+    EXPECT_EQ(m_world.observer.told(), (Told{.turnedAway = {{u"object_too_slow"_qs, 7}}}));
 }
 
 TEST_F(ListenerService, SaysWhenTheReceiverNamesAFileThatIsNotItsOwn)
@@ -388,6 +392,7 @@ TEST_F(ListenerService, SaysWhenTheReceiverNamesAFileThatIsNotItsOwn)
     EXPECT_EQ(event.outcome, GatewayLogOutcome::failed);
     EXPECT_EQ(detail(event, u"reason"_qs), u"not_a_file_of_the_inbox"_qs);
     EXPECT_EQ(m_world.imports.attempts(), 0);
+    EXPECT_EQ(m_world.observer.told(), Told());
 }
 
 TEST_F(ListenerService, ImportsAFileOnceThatIsFoundAndDelivered)

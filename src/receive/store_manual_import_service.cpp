@@ -174,6 +174,9 @@ void StoreManualImportService::conclude(const QString &id,
                                         const ManualImportReport &report,
                                         const QString &trigger)
 {
+    if (report.importedFiles == 0) {
+        m_with.observer.importFailed();
+    }
     if (report.candidateFiles == 0) {
         m_with.logEmitter.emit(emptyRecord(id, report, trigger));
         return;

@@ -10,6 +10,7 @@
 #include "receive/import_panel.h"
 #include "receive/manual_import_batch.h"
 #include "receive/manual_import_report.h"
+#include "receive/receive_observer.h"
 
 #include <QtCore/QList>
 #include <QtCore/QString>
@@ -36,6 +37,7 @@ public:
     {
         index::DBServiceProtocol &dbService;
         log::StoreLogEmitter &logEmitter;
+        ReceiveObserver &observer;
         platform::MainExecutor &main;
         const platform::Clock &clock;
         platform::ArchiveUnpacking &unpacking;

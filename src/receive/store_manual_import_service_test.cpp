@@ -89,6 +89,7 @@ TEST_F(ManualImport, LogsTheBeginningAndOneSummaryAndAsksForOneUpload)
     EXPECT_EQ(m_world.log.events().size(), 2U);
     EXPECT_EQ(m_world.uploadRequests(), QStringList{u"drag_drop_import_succeeded"_qs});
     EXPECT_EQ(m_world.refreshes, 1);
+    EXPECT_EQ(m_world.observer.told().failedImports, 0);
 }
 
 TEST_F(ManualImport, SelectingAFolderAndAFileInsideItImportsTheFileOnce)
@@ -165,6 +166,7 @@ TEST_F(ManualImport, AnArchiveThatFailsToUnpackSelectedAloneIsSkippedAndGivesThe
     EXPECT_EQ(m_world.refreshes, 0);
     EXPECT_TRUE(m_world.uploadRequests().isEmpty());
     EXPECT_EQ(m_world.leftInTemporaryFolder(), QStringList());
+    EXPECT_EQ(m_world.observer.told().failedImports, 1);
 }
 
 TEST_F(ManualImport, AFileThatIsNoDicomIsSkippedAndStaysInPlace)
@@ -185,6 +187,7 @@ TEST_F(ManualImport, AFileThatIsNoDicomIsSkippedAndStaysInPlace)
                        {u"reason"_qs, u"no_dicom_detected"_qs}}));
     EXPECT_EQ(m_world.refreshes, 1);
     EXPECT_TRUE(m_world.uploadRequests().isEmpty());
+    EXPECT_EQ(m_world.observer.told().failedImports, 1);
 }
 
 TEST(ManualImportIntoTheIndex, AFileImportedTwiceInTwoBatchesFollowsTheDuplicateRule)

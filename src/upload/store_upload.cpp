@@ -70,7 +70,7 @@ Details candidateDetails(const CandidateContext &context, const Details &executi
 
 Details summaryDetails(const RunSummary &summary)
 {
-    Details details = summary.executionDetails;
+    Details details = executionDetails(summary.orders);
     const auto add = [&details](const QString &key, std::int64_t count) {
         details.insert(key, QString::number(count));
     };

@@ -172,7 +172,7 @@ struct RunSummary
     bool missingToken = false;
     bool wasCancelled = false;
     std::optional<QueueTrouble> trouble = {}; ///< what ended it early
-    Details executionDetails = {};
+    ExecutionConfig orders = {};
 };
 
 /// The execution details with every figure of the summary, and "ended_by" where something ended it early.

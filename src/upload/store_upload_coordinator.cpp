@@ -96,6 +96,7 @@ void StoreUploadCoordinator::start(const QString &trigger, StoreUpload::Executio
                                         log::GatewayLogOutcome::started,
                                         requestDetails(config, trigger));
     started.correlationId = runId;
+    m_with.observer.runStarted(config);
     m_with.emitter.emit(std::move(started));
     config.probesFirst = m_gate.isTroubled();
     m_uploadTask = platform::Task("uploadRun", [this, runId, config](const std::stop_token &stop) {
@@ -115,6 +116,7 @@ void StoreUploadCoordinator::finish(const QString &runId, const StoreUpload::Run
                                          log::GatewayLogOutcome::completed,
                                          StoreUpload::summaryDetails(summary));
     finished.correlationId = runId;
+    m_with.observer.runFinished(summary, m_with.clock.now());
     m_with.emitter.emit(std::move(finished));
     if (const auto wanted = std::exchange(m_requestedWhileRunning, std::nullopt)) {
         openFor(*wanted);

@@ -4,6 +4,7 @@
 #include "platform/concurrency/clock.h"
 #include "platform/concurrency/serial_queue.h"
 #include "platform/concurrency/task.h"
+#include "upload/run_observer.h"
 #include "upload/store_upload.h"
 #include "upload/upload_gate.h"
 #include "upload/upload_ports.h"
@@ -37,6 +38,7 @@ public:
     struct Collaborators
     {
         log::StoreLogEmitter &emitter;
+        RunObserver &observer;
         platform::Clock &clock;
         UploadIndex &index;
 

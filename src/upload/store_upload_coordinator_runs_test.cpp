@@ -26,6 +26,7 @@ TEST(StoreUploadCoordinatorWithRuns, SendsEveryFileThatThreadsStoreAndAskFor)
                                     .fetchLimit = 8};
     auto coordinator = std::make_unique<StoreUploadCoordinator>(StoreUploadCoordinator::Collaborators{
         around.emitter,
+        around.observer,
         around.clock,
         around.index,
         [&] { return orders; },

@@ -44,9 +44,7 @@ public:
             m_changed.wait(m_mutex);
         }
         ++m_ended;
-        return {.selectedCandidates = m_ended,
-                .trouble = m_trouble,
-                .executionDetails = StoreUpload::executionDetails(config)};
+        return {.selectedCandidates = m_ended, .trouble = m_trouble, .orders = config};
     }
 
     void endOne()
@@ -149,6 +147,7 @@ struct StoreUploadCoordinatorTest : ::testing::Test
     platform::testing::ManualClock clock;
     log::StoreLogEmitter emitter{log, clock};
     FakeRuns runs;
+    testing::RecordingRunObserver observer;
     testing::FakeUploadIndex index;
     std::atomic<int> maxConcurrent = 2;
     std::unique_ptr<StoreUploadCoordinator> coordinator =
@@ -158,6 +157,7 @@ struct StoreUploadCoordinatorTest : ::testing::Test
     {
         return std::make_unique<StoreUploadCoordinator>(StoreUploadCoordinator::Collaborators{
             emitter,
+            observer,
             clock,
             index,
             std::move(readConfig),
@@ -257,6 +257,8 @@ TEST_F(StoreUploadCoordinatorTest, TellsEachStepWithItsDetails)
     EXPECT_EQ(detail(requeued, "reason"), QStringLiteral("run_already_in_progress"));
     EXPECT_EQ(detail(finished, "selected_candidates"), QStringLiteral("1"));
     EXPECT_EQ(detail(finished, "trigger"), QString());
+    EXPECT_EQ(observer.startedRuns, 1);
+    EXPECT_EQ(observer.finishedRuns, 1);
 }
 
 TEST_F(StoreUploadCoordinatorTest, GivesRunsAnIdentityAndRequestsNone)
@@ -357,6 +359,7 @@ TEST_F(StoreUploadCoordinatorTest, TellsARunWithoutATokenAsCompletedWithoutOne)
     around.session.signIn(false);
     coordinator = std::make_unique<StoreUploadCoordinator>(StoreUploadCoordinator::Collaborators{
         emitter,
+        observer,
         clock,
         around.index,
         [] { return ExecutionConfig(); },

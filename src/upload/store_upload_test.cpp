@@ -138,8 +138,12 @@ TEST(SummaryDetails, HoldEveryFigureBesideTheExecutionDetails)
         .reconciledImages = 9,
         .missingToken = true,
         .wasCancelled = false,
-        .executionDetails = {{QStringLiteral("execution_mode"), QStringLiteral("single")}}};
-    const Details expected = {{QStringLiteral("execution_mode"), QStringLiteral("single")},
+        .orders = {.mode = ExecutionMode::parallelFile, .maxConcurrent = 2, .batchSize = 3}};
+    const Details expected = {{QStringLiteral("execution_mode"), QStringLiteral("parallel_file")},
+                              {QStringLiteral("batch_enabled"), QStringLiteral("false")},
+                              {QStringLiteral("batch_size"), QStringLiteral("3")},
+                              {QStringLiteral("max_concurrent"), QStringLiteral("2")},
+                              {QStringLiteral("compression_enabled"), QStringLiteral("false")},
                               {QStringLiteral("selected_candidates"), QStringLiteral("1")},
                               {QStringLiteral("successful_uploads"), QStringLiteral("2")},
                               {QStringLiteral("failed_uploads"), QStringLiteral("3")},

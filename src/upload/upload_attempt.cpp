@@ -140,6 +140,7 @@ AttemptEnd UploadAttempt::sendFile(const PreparedCandidate &prepared) const
     speed.tellWhole(size.value_or(0));
     const AttemptEnd end = confirm(prepared, alreadyStored, record);
     if (end.result == AttemptResult::success) {
+        m_with.observer.requestSucceeded(size.value_or(0));
         m_with.emitter.emit(succeeded(record));
     }
     return end;
@@ -186,6 +187,7 @@ QList<CandidateOutcome> UploadAttempt::sendBatch(const QList<PreparedCandidate> 
     try {
         alreadyStored =
             cloud_client::alreadyStoredIn(m_with.cloud.upload(files, m_run.deviceId, speed.callback()));
+        m_with.observer.requestSucceeded(total);
         m_with.emitter.emit(succeeded(record));
         speed.tellWhole(total);
         ends.fill(StoreUpload::kUploaded, prepared.size());

@@ -6,6 +6,7 @@
 #include "platform/concurrency/main_executor.h"
 #include "platform/dicom/dicom_converting.h"
 #include "upload/new_series.h"
+#include "upload/run_observer.h"
 #include "upload/store_upload.h"
 #include "upload/upload_ports.h"
 
@@ -21,6 +22,7 @@ struct UploadCollaborators
     UploadState &state;
     TermsFollowUp &terms;
     GatewayAutoDeleteCleanupServicing &cleanup;
+    RunObserver &observer;
     log::StoreLogEmitter &emitter;
     platform::MainExecutor &main;
     platform::Clock &clock;

@@ -26,6 +26,7 @@ UploadCollaborators withConverter(const UploadCollaborators &with, platform::Dic
             .state = with.state,
             .terms = with.terms,
             .cleanup = with.cleanup,
+            .observer = with.observer,
             .emitter = with.emitter,
             .main = with.main,
             .clock = with.clock,
@@ -75,7 +76,7 @@ UploadRun::UploadRun(const UploadCollaborators &with,
 {
     // Enough for the results of a usual page to reach the index together.
     constexpr int kRecorders = 4;
-    m_summary.executionDetails = m_run.executionDetails;
+    m_summary.orders = m_run.config;
     if (!m_ahead) {
         m_pool.emplace(QStringLiteral("upload"), m_handler.width());
         m_recorders.emplace(QStringLiteral("uploadRecord"), kRecorders);
@@ -357,6 +358,7 @@ void UploadRun::tellRecorded(const CandidateOutcome &outcome, std::int64_t updat
     const index::PendingImageUpload &candidate = outcome.context.candidate;
     const bool didSync = outcome.end.result == AttemptResult::success;
     const bool isWell = didSync && updated > 0;
+    m_with.observer.fileEnded(didSync);
     Details details = outcome.details;
     details.insert(QStringLiteral("linked_images"), QString::number(candidate.imageObjectIDs.size()));
     details.insert(QStringLiteral("did_sync"), StoreUpload::boolText(didSync));

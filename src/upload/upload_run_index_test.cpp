@@ -32,6 +32,7 @@ struct UploadRunOnIndexTest : ::testing::Test
                                           around.state,
                                           around.terms,
                                           around.cleanup,
+                                          around.observer,
                                           around.emitter,
                                           around.main,
                                           around.clock,

@@ -122,7 +122,7 @@ TEST_P(UploadRunInEachModeTest, EndsAfterOneFetchOnAnEmptyIndex)
     const RunSummary summary = run();
 
     EXPECT_EQ(around.index.fetches(), 1);
-    const RunSummary nothing{.executionDetails = StoreUpload::executionDetails(config(GetParam()))};
+    const RunSummary nothing{.orders = config(GetParam())};
     EXPECT_EQ(StoreUpload::summaryDetails(summary), StoreUpload::summaryDetails(nothing));
     EXPECT_TRUE(around.log.events().empty());
     EXPECT_EQ(around.state.counterRefreshes, 0);

@@ -29,6 +29,8 @@ TEST_F(UploadRunTest, TakesTheOldestFirst)
     }
     EXPECT_EQ(order.first(), QStringLiteral("1.0"));
     EXPECT_EQ(order.last(), QStringLiteral("1.9"));
+    EXPECT_EQ(around.observer.requests, 10);
+    EXPECT_EQ(around.observer.syncedFiles, 10);
 }
 
 TEST_F(UploadRunTest, TellsWhatItPutBackWhenASingleRunIsStopped)
@@ -167,6 +169,8 @@ TEST_F(UploadRunTest, SplitsAPageIntoBatchesInOrderTheLastOneShorter)
     }
     std::ranges::sort(sizes);
     EXPECT_EQ(sizes, (std::vector<qsizetype>{1, 3, 3}));
+    EXPECT_EQ(around.observer.requests, 3);
+    EXPECT_EQ(around.observer.sentBytes, 7) << "a byte for each converted file";
 }
 
 TEST_F(UploadRunTest, AnswersABatchFileByFile)
@@ -179,6 +183,9 @@ TEST_F(UploadRunTest, AnswersABatchFileByFile)
     EXPECT_EQ(around.index.state(paths[0]), RowState::synced);
     EXPECT_EQ(around.index.state(paths[1]), RowState::failed);
     EXPECT_EQ(around.index.state(paths[2]), RowState::synced);
+    EXPECT_EQ(around.observer.requests, 0) << "a part of it was refused";
+    EXPECT_EQ(around.observer.syncedFiles, 2);
+    EXPECT_EQ(around.observer.failedFiles, 1);
 }
 
 TEST_F(UploadRunTest, LeavesAMissingFileOutOfItsBatchAndSendsTheRest)

@@ -1,68 +1,70 @@
 #include "upload/upload_run_watcher.h"
 
-#include "log/testing/recording_log.h"
-
 #include <gtest/gtest.h>
 
 namespace gateway::upload {
 namespace {
 
-class Watcher : public ::testing::Test
-{
-protected:
-    void tell(log::GatewayLogAction action, const QMap<QString, QString> &details)
-    {
-        log::GatewayLogEvent event;
-        event.action = action;
-        event.timestamp = QDateTime(QDate(2026, 1, 2), QTime(3, 4, 5), Qt::UTC);
-        event.details = details;
-        m_watcher.log(event);
-    }
+using StoreUpload::ExecutionMode;
 
-    log::testing::RecordingLog m_log;
-    UploadRunWatcher m_watcher{m_log};
+const QDateTime kEnd(QDate(2026, 1, 2), QTime(3, 4, 5), Qt::UTC);
+
+/// Counts what it is told.
+struct CountingObserver final : RunObserver
+{
+    void runStarted(const StoreUpload::ExecutionConfig &) override { ++starts; }
+    void runFinished(const StoreUpload::RunSummary &summary, const QDateTime &) override
+    {
+        uploads += summary.successfulUploads;
+    }
+    void requestSucceeded(qint64 size) override { bytes += size; }
+    void fileEnded(bool isSynced) override { synced += isSynced ? 1 : 0; }
+
+    int starts = 0;
+    std::int64_t uploads = 0;
+    qint64 bytes = 0;
+    int synced = 0;
 };
 
-TEST_F(Watcher, PassesEveryEventOn)
-{
-    tell(log::GatewayLogAction::associationStarted, {});
-    tell(log::GatewayLogAction::uploadRunStarted, {});
-
-    EXPECT_EQ(m_log.events().size(), 2U);
-}
-
-TEST_F(Watcher, KnowsARunFromItsStartToItsEnd)
-{
-    EXPECT_FALSE(m_watcher.figures().isRunning);
-    EXPECT_FALSE(m_watcher.figures().last.has_value());
-
-    tell(log::GatewayLogAction::uploadRunStarted, {{u"execution_mode"_qs, u"single"_qs}});
-    EXPECT_TRUE(m_watcher.figures().isRunning);
-    EXPECT_EQ(m_watcher.figures().mode, u"single"_qs);
-
-    tell(log::GatewayLogAction::uploadRunFinished, {{u"successful_uploads"_qs, u"3"_qs}});
-    EXPECT_FALSE(m_watcher.figures().isRunning);
-    EXPECT_EQ(m_watcher.figures().mode, u"single"_qs);
-    EXPECT_EQ(m_watcher.figures().last->value(u"successful_uploads"_qs), u"3"_qs);
-    EXPECT_TRUE(m_watcher.figures().lastFinishedAt.isValid());
-}
-
-TEST(WatcherOfSuccesses, TellsOfEachUploadThatTheCloudTookAndOfNothingElse)
-{
-    log::testing::RecordingLog log;
-    int successes = 0;
-    UploadRunWatcher watcher(log, [&successes] { ++successes; });
-    log::GatewayLogEvent event;
-
-    for (const log::GatewayLogAction action : {log::GatewayLogAction::uploadAttemptStarted,
-                                               log::GatewayLogAction::uploadAttemptSucceeded,
-                                               log::GatewayLogAction::uploadAttemptFailed}) {
-        event.action = action;
-        watcher.log(event);
-    }
-
-    EXPECT_EQ(successes, 1);
-}
-
 } // namespace
+
+TEST(UploadRunWatcher, KnowsARunFromItsStartToItsEnd)
+{
+    UploadRunWatcher watcher;
+    EXPECT_FALSE(watcher.figures().isRunning);
+    EXPECT_FALSE(watcher.figures().mode);
+    EXPECT_FALSE(watcher.figures().last);
+
+    watcher.runStarted({.mode = ExecutionMode::parallelFile});
+    EXPECT_TRUE(watcher.figures().isRunning);
+    EXPECT_EQ(watcher.figures().mode, ExecutionMode::parallelFile);
+    EXPECT_FALSE(watcher.figures().last);
+
+    watcher.runFinished({.successfulUploads = 3}, kEnd);
+    EXPECT_FALSE(watcher.figures().isRunning);
+    EXPECT_EQ(watcher.figures().mode, ExecutionMode::parallelFile);
+    EXPECT_EQ(watcher.figures().last->summary.successfulUploads, 3);
+    EXPECT_EQ(watcher.figures().last->at, kEnd);
+}
+
+TEST(RunObservers, TellEachOfThemEverything)
+{
+    CountingObserver one;
+    CountingObserver other;
+    RunObservers all({&one, &other});
+
+    all.runStarted({});
+    all.runFinished({.successfulUploads = 7}, kEnd);
+    all.requestSucceeded(500);
+    all.fileEnded(true);
+    all.fileEnded(false);
+
+    for (const CountingObserver &told : {one, other}) {
+        EXPECT_EQ(told.starts, 1);
+        EXPECT_EQ(told.uploads, 7);
+        EXPECT_EQ(told.bytes, 500);
+        EXPECT_EQ(told.synced, 1);
+    }
+}
+
 } // namespace gateway::upload

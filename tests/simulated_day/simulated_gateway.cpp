@@ -57,6 +57,7 @@ SimulatedGateway::SimulatedGateway(const QTimeZone &zone) : m_zone(zone)
     m_coordinator =
         std::make_unique<upload::StoreUploadCoordinator>(upload::StoreUploadCoordinator::Collaborators{
             m_emitter,
+            m_runObserver,
             m_stillClock,
             m_uploadIndex,
             [] { return orders(); },

@@ -132,6 +132,7 @@ private:
     upload::GatewayAutoDeleteCleanupService m_cleanup{cleanupCollaborators()};
     CountedCleanup m_countedCleanup{m_cleanup, m_startedCleanups};
     upload::NewSeries m_newSeries;
+    upload::RunObserver m_runObserver;
     upload::UploadCollaborators m_uploadWith{m_uploadIndex,
                                              cloud,
                                              m_converter,
@@ -139,6 +140,7 @@ private:
                                              m_stateOfRuns,
                                              m_terms,
                                              m_countedCleanup,
+                                             m_runObserver,
                                              m_emitter,
                                              m_home.main,
                                              m_home.clock,

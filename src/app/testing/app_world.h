@@ -111,6 +111,7 @@ public:
         coordinator =
             std::make_shared<upload::StoreUploadCoordinator>(upload::StoreUploadCoordinator::Collaborators{
                 receive.emitter,
+                runObserver,
                 receive.clock,
                 uploadIndex,
                 [] { return upload::StoreUpload::ExecutionConfig(); },
@@ -155,6 +156,7 @@ public:
     receive::testing::ReceiveWorld receive;
     receive::testing::ManualImportWorld imports;
     upload::testing::FakeUploadIndex uploadIndex;
+    upload::RunObserver runObserver;
     QStringList upkeepDone;
     bool isApplyingSetup = false;
     RecordingFace face;

@@ -7,6 +7,7 @@
 #include "receive/store_manual_import_service.h"
 #include "receive/testing/fake_archive_unpacking.h"
 #include "receive/testing/fake_imports.h"
+#include "receive/testing/recording_receive_observer.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
@@ -54,6 +55,7 @@ public:
         service = std::make_shared<StoreManualImportService>(
             StoreManualImportService::Collaborators{m_imports,
                                                     emitter,
+                                                    observer,
                                                     main,
                                                     clock,
                                                     unpacking,
@@ -121,6 +123,7 @@ public:
     platform::MainExecutor main;
     log::testing::RecordingLog log;
     log::StoreLogEmitter emitter{log, clock};
+    RecordingReceiveObserver observer;
     FakeImports imports;
     FakeArchiveUnpacking unpacking;
     FakeImportPanel panel;

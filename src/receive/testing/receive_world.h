@@ -14,6 +14,7 @@
 #include "receive/testing/fake_imports.h"
 #include "receive/testing/fake_net_services.h"
 #include "receive/testing/fake_store_scp.h"
+#include "receive/testing/recording_receive_observer.h"
 #include "receive/testing/recording_receive_state.h"
 
 #include <QtCore/QDir>
@@ -53,6 +54,7 @@ public:
                                                 clock,
                                                 imports,
                                                 emitter,
+                                                observer,
                                                 state,
                                                 netServices,
                                                 [this] { return makeSCP(); },
@@ -168,6 +170,7 @@ public:
     log::StoreLogEmitter emitter{log, clock};
     FakeImports imports;
     RecordingReceiveState state;
+    RecordingReceiveObserver observer;
     FakeNetServices netServices;
     std::atomic<int> uploadRequests = 0;
     int stateChanges = 0;

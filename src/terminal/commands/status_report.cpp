@@ -7,7 +7,6 @@
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonValue>
 #include <QtCore/QLocale>
-#include <QtCore/QStringList>
 
 #include <numeric>
 
@@ -25,37 +24,40 @@ QJsonValue boolOrNull(const std::optional<bool> &value)
     return value ? QJsonValue(*value) : QJsonValue(QJsonValue::Null);
 }
 
-/// "successful_uploads" as "successfulUploads", like every key of the object.
-QString camelCase(const QString &snakeCase)
+QJsonValue modeOrNull(const std::optional<upload::StoreUpload::ExecutionMode> &mode)
 {
-    const QStringList words = snakeCase.split(u'_');
-    QString joined = words.first();
-    for (qsizetype i = 1; i < words.size(); ++i) {
-        joined += words.at(i).left(1).toUpper() + words.at(i).mid(1);
-    }
-    return joined;
+    return mode ? QJsonValue(rawValue(*mode)) : QJsonValue(QJsonValue::Null);
 }
 
-QJsonValue typed(const QString &text)
-{
-    if (text == QStringLiteral("true") || text == QStringLiteral("false")) {
-        return text == QStringLiteral("true");
-    }
-    bool isNumber = false;
-    const qint64 number = text.toLongLong(&isNumber);
-    return isNumber ? QJsonValue(number) : QJsonValue(text);
-}
-
-QJsonValue lastRun(const state::UploadRunFigures &figures)
+QJsonValue lastRun(const upload::UploadRunFigures &figures)
 {
     if (!figures.last) {
         return QJsonValue::Null;
     }
-    QJsonObject run{{QStringLiteral("finishedAt"), figures.lastFinishedAt.toString(Qt::ISODate)}};
-    for (auto entry = figures.last->cbegin(); entry != figures.last->cend(); ++entry) {
-        run.insert(camelCase(entry.key()), typed(entry.value()));
+    const upload::StoreUpload::RunSummary &run = figures.last->summary;
+    QJsonObject json{
+        {QStringLiteral("finishedAt"), figures.last->at.toString(Qt::ISODate)},
+        {QStringLiteral("executionMode"), modeOrNull(run.orders.mode)},
+        {QStringLiteral("batchEnabled"), run.orders.batchEnabled},
+        {QStringLiteral("batchSize"), run.orders.batchSize},
+        {QStringLiteral("maxConcurrent"), run.orders.maxConcurrent},
+        {QStringLiteral("compressionEnabled"), run.orders.compressionEnabled},
+        {QStringLiteral("selectedCandidates"), qint64{run.selectedCandidates}},
+        {QStringLiteral("successfulUploads"), qint64{run.successfulUploads}},
+        {QStringLiteral("failedUploads"), qint64{run.failedUploads}},
+        {QStringLiteral("missingFiles"), qint64{run.missingFiles}},
+        {QStringLiteral("recoveredInProgressImages"), qint64{run.recoveredInProgressImages}},
+        {QStringLiteral("recoveredInProgressSeries"), qint64{run.recoveredInProgressSeries}},
+        {QStringLiteral("recoveredInProgressStudies"), qint64{run.recoveredInProgressStudies}},
+        {QStringLiteral("reconciledCandidates"), qint64{run.reconciledCandidates}},
+        {QStringLiteral("reconciledImages"), qint64{run.reconciledImages}},
+        {QStringLiteral("missingToken"), run.missingToken},
+        {QStringLiteral("wasCancelled"), run.wasCancelled},
+    };
+    if (run.trouble) {
+        json.insert(QStringLiteral("endedBy"), QString(core::rawValue(run.trouble->failure.failureClass)));
     }
-    return run;
+    return json;
 }
 
 QString listenerState(const state::ListenerFigures &listener)
@@ -273,7 +275,7 @@ QJsonObject toJson(const StatusReport &report)
         {QStringLiteral("activity"), activityJson(report.activity)},
         {QStringLiteral("upload"),
          QJsonObject{{QStringLiteral("running"), report.upload.isRunning},
-                     {QStringLiteral("mode"), textOrNull(report.upload.mode)},
+                     {QStringLiteral("mode"), modeOrNull(report.upload.mode)},
                      {QStringLiteral("speedMbps"), report.uploadSpeedMbps},
                      {QStringLiteral("lastRun"), lastRun(report.upload)}}},
         {QStringLiteral("cloud"), cloudJson(report.cloud)},

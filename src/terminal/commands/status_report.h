@@ -3,8 +3,8 @@
 #include "account/session_standing.h"
 #include "state/listener_figures.h"
 #include "state/upkeep_figures.h"
-#include "state/upload_run_figures.h"
 #include "upload/failure_figures.h"
+#include "upload/upload_run_figures.h"
 #include "upload/waiting_uploads.h"
 
 #include <QtCore/QDateTime>
@@ -79,7 +79,7 @@ struct StatusReport
     QList<upload::FailureFigure> failures; ///< why images wait that were tried
     upload::WaitingUploads waiting;
     int openAssociations = 0;
-    state::UploadRunFigures upload;
+    upload::UploadRunFigures upload;
     double uploadSpeedMbps = 0;
     QString banner; ///< one line about updates; empty when there is nothing to say
 };

@@ -116,15 +116,23 @@ TEST(StatusReport, TellsWhatCameAndWentInEachBucketAndInOneLine)
 TEST(StatusReport, TellsALastRunInItsOwnWords)
 {
     StatusReport report;
-    report.upload.last = QMap<QString, QString>{{u"successful_uploads"_qs, u"12"_qs},
-                                                {u"missing_token"_qs, u"false"_qs},
-                                                {u"execution_mode"_qs, u"single"_qs}};
+    EXPECT_TRUE(toJson(report)[u"upload"][u"lastRun"].isNull());
+    EXPECT_TRUE(toJson(report)[u"upload"][u"mode"].isNull());
+    report.upload.mode = upload::StoreUpload::ExecutionMode::single;
+    report.upload.last = {
+        {.successfulUploads = 12,
+         .trouble = upload::StoreUpload::QueueTrouble{{core::FailureClass::notConfirmed, 0}}},
+        QDateTime(QDate(2026, 1, 2), QTime(3, 4, 5), Qt::UTC)};
 
-    const QJsonObject run = toJson(report)[u"upload"][u"lastRun"].toObject();
+    const QJsonObject upload = toJson(report)[u"upload"].toObject();
+    const QJsonObject run = upload[u"lastRun"].toObject();
 
+    EXPECT_EQ(upload[u"mode"].toString(), u"single"_qs);
+    EXPECT_EQ(run[u"finishedAt"].toString(), u"2026-01-02T03:04:05Z"_qs);
     EXPECT_EQ(run[u"successfulUploads"].toInt(), 12);
     EXPECT_TRUE(run[u"missingToken"].isBool());
     EXPECT_EQ(run[u"executionMode"].toString(), u"single"_qs);
+    EXPECT_EQ(run[u"endedBy"].toString(), u"notConfirmed"_qs);
 }
 
 TEST(StatusReport, ReadsAsAFewLines)

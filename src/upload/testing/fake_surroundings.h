@@ -6,6 +6,7 @@
 #include "platform/concurrency/testing/manual_clock.h"
 #include "upload/testing/fake_cloud.h"
 #include "upload/testing/fake_upload_index.h"
+#include "upload/testing/recording_run_observer.h"
 #include "upload/upload_collaborators.h"
 
 #include <QtCore/QDir>
@@ -203,9 +204,10 @@ struct FakeSurroundings
     RecordingState state;
     RecordingTerms terms;
     RecordingCleanup cleanup;
+    RecordingRunObserver observer;
     NewSeries newSeries;
     UploadCollaborators with{
-        index, cloud, converter, session, state, terms, cleanup, emitter, main, clock, newSeries};
+        index, cloud, converter, session, state, terms, cleanup, observer, emitter, main, clock, newSeries};
 
     /// Stores a file of one instance and lists it in the index.
     ///
