@@ -108,6 +108,40 @@ TEST(QidoQuery, EndsAtAServerThatKnowsNoOffset)
     EXPECT_EQ(service.server.requests().size(), 2);
 }
 
+TEST(QidoQuery, TakesWhatHasNoIdentifierOnceFromAServerThatSendsItsPageAgain)
+{
+    QByteArray page = "{\"00100010\":{\"vr\":\"PN\"}}";
+    for (int number = 1; number < 100; ++number) {
+        page += "," + study(number);
+    }
+    ScriptedService service([&page](const ReceivedRequest &) {
+        return ScriptedHttpServer::answer(200, "application/dicom+json", "[" + page + "]");
+    });
+
+    EXPECT_EQ(QrnQidoAPI(service.client).getAll({}).size(), 100);
+    EXPECT_EQ(service.server.requests().size(), 2);
+}
+
+TEST(QidoQuery, HandsOverPageByPageUntilItIsTold)
+{
+    ScriptedService service(archiveOf(250));
+    QList<qsizetype> pages;
+
+    const auto all = QrnQidoAPI(service.client).getAll({}, [&pages](const QList<QVariantMap> &found) {
+        pages.append(found.size());
+        return true;
+    });
+    EXPECT_TRUE(all.isEmpty());
+    EXPECT_EQ(pages, QList<qsizetype>({100, 100, 50}));
+    pages.clear();
+    QrnQidoAPI(service.client).getAll({}, [&pages](const QList<QVariantMap> &found) {
+        pages.append(found.size());
+        return false;
+    });
+
+    EXPECT_EQ(pages, QList<qsizetype>({100}));
+}
+
 TEST(QidoQuery, GoesOnWhenAServerWarnsThatItHeldBackResults)
 {
     ScriptedService service([](const ReceivedRequest &request) {

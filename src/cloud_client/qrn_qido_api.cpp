@@ -62,9 +62,14 @@ public:
     {
     }
 
-    QList<QVariantMap> fetch()
+    /// \param onPage  takes the results in place of the list, where it is given.
+    QList<QVariantMap> fetch(const QrnQidoPageHandler &onPage)
     {
-        while (fetchPage()) {
+        bool isWanted = true;
+        bool hasMore = true;
+        while (isWanted && hasMore) {
+            hasMore = fetchPage();
+            isWanted = !onPage || onPage(std::exchange(m_found, {}));
         }
         return std::move(m_found);
     }
@@ -105,7 +110,8 @@ private:
     /// Keeps what wasn't there before; a server that knows no offset would send its first page for ever.
     bool keep(const QVariantList &objects)
     {
-        bool hasNews = false;
+        QList<QVariantMap> found;
+        bool hasNews = m_offset == 0 && !objects.isEmpty();
         for (const QVariant &entry : objects) {
             const QVariantMap object = entry.toMap();
             const QString id = QrnTagParser::getStringTag(object, m_id);
@@ -114,15 +120,23 @@ private:
             }
             m_seen.insert(id);
             hasNews = hasNews || !id.isEmpty();
-            QVariantMap kept;
-            for (const QString &key : m_keys) {
-                if (object.contains(key)) {
-                    kept.insert(key, object.value(key)); // the keys are shared by all results
-                }
-            }
-            m_found.append(std::move(kept));
+            found.append(kept(object));
+        }
+        if (hasNews) {
+            m_found.append(found); // of a page sent again, those without an identifier would come twice
         }
         return hasNews;
+    }
+
+    QVariantMap kept(const QVariantMap &object) const
+    {
+        QVariantMap kept;
+        for (const QString &key : m_keys) {
+            if (object.contains(key)) {
+                kept.insert(key, object.value(key)); // the keys are shared by all results
+            }
+        }
+        return kept;
     }
 
     QuorinApiClient &m_client;
@@ -159,21 +173,21 @@ QByteArray filterOf(const QrnQidoQueryRequest &query)
 
 } // namespace
 
-QList<QVariantMap> QrnQidoAPI::getAll(const QrnQidoQueryRequest &query)
+QList<QVariantMap> QrnQidoAPI::getAll(const QrnQidoQueryRequest &query, const QrnQidoPageHandler &onPage)
 {
     return PagedQuery(
                m_client, "/studies", filterOf(query), keysOf(kStudyTags), QrnDicomTag::StudyInstanceUID)
-        .fetch();
+        .fetch(onPage);
 }
 
-QList<QVariantMap> QrnQidoAPI::getSeries(const QString &studyInstanceUID)
+QList<QVariantMap> QrnQidoAPI::getSeries(const QString &studyInstanceUID, const QrnQidoPageHandler &onPage)
 {
     return PagedQuery(m_client,
                       "/studies/" + pathSegment(studyInstanceUID) + "/series",
                       {},
                       keysOf(kSeriesTags),
                       QrnDicomTag::SeriesInstanceUID)
-        .fetch();
+        .fetch(onPage);
 }
 
 } // namespace gateway::cloud_client

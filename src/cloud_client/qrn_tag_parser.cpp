@@ -55,6 +55,19 @@ QString QrnTagParser::getStringTag(const QVariantMap &object, QrnDicomTag tag)
     return texts.join(QStringLiteral(", "));
 }
 
+QrnPersonName QrnTagParser::getPersonName(const QVariantMap &object, QrnDicomTag tag)
+{
+    const QVariant value = valuesOf(object, tag).value(0);
+    if (value.typeId() == QMetaType::QVariantMap) {
+        const QVariantMap name = value.toMap();
+        return {name.value(QStringLiteral("Alphabetic")).toString(),
+                name.value(QStringLiteral("Ideographic")).toString(),
+                name.value(QStringLiteral("Phonetic")).toString()};
+    }
+    const QStringList groups = valueText(value).split(u'=');
+    return {groups.value(0), groups.value(1), groups.value(2)};
+}
+
 std::optional<qint64> QrnTagParser::getIntTag(const QVariantMap &object, QrnDicomTag tag)
 {
     const QVariantList values = valuesOf(object, tag);

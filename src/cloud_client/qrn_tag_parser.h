@@ -36,6 +36,16 @@ enum class QrnDicomTag : std::uint32_t
 /// The eight hexadecimal digits that name the tag in DICOM JSON.
 QString tagKey(QrnDicomTag tag);
 
+/// The representations of one person's name (PS3.5 6.2), each empty where it isn't there.
+struct QrnPersonName
+{
+    QString alphabetic;
+    QString ideographic;
+    QString phonetic;
+
+    bool operator==(const QrnPersonName &) const = default;
+};
+
 /// Reads attributes out of a DICOM JSON object (PS3.18 F.2). Thread: any; never throws.
 class QrnTagParser
 {
@@ -43,6 +53,9 @@ public:
     /// The attribute as text, empty when absent: several values are joined by ", ", of a person's name the
     /// first representation that is there counts, a number is written in decimal.
     static QString getStringTag(const QVariantMap &object, QrnDicomTag tag);
+
+    /// The first value as a person's name, also where all representations came in one text, parted by "=".
+    static QrnPersonName getPersonName(const QVariantMap &object, QrnDicomTag tag);
 
     /// The first value as a whole number, also from decimal text; nothing when absent or anything else.
     static std::optional<qint64> getIntTag(const QVariantMap &object, QrnDicomTag tag);
