@@ -15,7 +15,7 @@ void StoreLogEmitter::emit(StoreLogRecord record)
     event.outcome = record.outcome;
     event.correlationId = std::move(record.correlationId);
     event.assocHash = std::move(record.assocHash);
-    event.fileHash = hashedFileURL(record.fileURL);
+    event.fileHash = record.fileHash ? std::move(record.fileHash) : hashedFileURL(record.fileURL);
     event.fileSizeBytes = record.fileSizeBytes ? record.fileSizeBytes : fileSizeBytes(record.fileURL);
     event.attempt = record.attempt;
     if (!record.details.isEmpty()) {

@@ -21,6 +21,7 @@ struct StoreLogRecord
     std::optional<QString> correlationId = std::nullopt;
     std::optional<QString> assocHash = std::nullopt;
     std::optional<QUrl> fileURL = std::nullopt;         ///< only its hash and its size reach the event
+    std::optional<QString> fileHash = std::nullopt;     ///< of an object that is no file, in place of one
     std::optional<qint64> fileSizeBytes = std::nullopt; ///< stands in for the size of `fileURL`
     std::optional<qint64> attempt = std::nullopt;
     QMap<QString, QString> details = {};
