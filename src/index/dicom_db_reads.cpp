@@ -95,6 +95,7 @@ LocalStudySnapshot studyAt(const Statement &row, const RowAddress &address)
     }
     study.syncState = computedState(row, 8);
     study.imageCount = row.integer(8);
+    study.failedImageCount = row.integer(10);
     return study;
 }
 

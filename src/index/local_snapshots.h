@@ -21,6 +21,7 @@ struct LocalStudySnapshot
     QString accessionNumber;
     std::optional<QDateTime> acquisitionDate; ///< UTC
     std::int64_t imageCount = 0;
+    std::int64_t failedImageCount = 0; ///< those of them whose last upload failed
 
     bool operator==(const LocalStudySnapshot &) const = default;
 };

@@ -106,6 +106,56 @@
 <message><source>Last 7 days</source><translation>Letzte 7 Tage</translation></message>
 <message><source>Last 30 days</source><translation>Letzte 30 Tage</translation></message>
 </context>
+<context><name>gateway::browser</name>
+<message><source>Synced</source><translation>Synchron</translation></message>
+<message><source>Failed</source><translation>Fehler</translation></message>
+<message><source>Syncing</source><translation>Wird gesendet</translation></message>
+<message><source>Not Synced</source><translation>Nicht synchron</translation></message>
+</context>
+<context><name>gateway::browser::BrowserWords</name>
+<message><source>Patient Name</source><translation>Patientenname</translation></message>
+<message><source>Patient ID</source><translation>Patienten-ID</translation></message>
+<message><source>Description</source><translation>Beschreibung</translation></message>
+<message><source>Modality</source><translation>Modalität</translation></message>
+<message><source>Date</source><translation>Datum</translation></message>
+<message><source>Time</source><translation>Zeit</translation></message>
+<message><source>Accession</source><translation>Accession</translation></message>
+<message><source>Images</source><translation>Bilder</translation></message>
+<message><source>Study UID</source><translation>Studien-UID</translation></message>
+<message><source>Series #</source><translation>Serie Nr.</translation></message>
+<message><source>Series UID</source><translation>Serien-UID</translation></message>
+<message><source>Synced State</source><translation>Sync-Status</translation></message>
+<message><source>Date Acquired</source><translation>Aufnahmedatum</translation></message>
+<message><source>Deleted %1 of %2 selected series.</source><translation>%1 von %2 ausgewählten Serien gelöscht.</translation></message>
+<message><source>Deleted %1 of %2 selected studies.</source><translation>%1 von %2 ausgewählten Studien gelöscht.</translation></message>
+<message><source>This will remove the selected studies from Quorin Cloud. Continue?</source><translation>Die ausgewählten Studien werden aus der Quorin Cloud entfernt. Fortfahren?</translation></message>
+<message><source>This will remove the selected series from Quorin Cloud. Continue?</source><translation>Die ausgewählten Serien werden aus der Quorin Cloud entfernt. Fortfahren?</translation></message>
+<message><source>This will remove the selected studies from local Quorin Gateway storage. Continue?</source><translation>Die ausgewählten Studien werden aus dem lokalen Speicher von Quorin Gateway entfernt. Fortfahren?</translation></message>
+<message><source>This will remove the selected series from local Quorin Gateway storage. Continue?</source><translation>Die ausgewählten Serien werden aus dem lokalen Speicher von Quorin Gateway entfernt. Fortfahren?</translation></message>
+<message><source>Quorin Cloud gave no usable answer.</source><translation>Die Quorin Cloud hat keine brauchbare Antwort gegeben.</translation></message>
+<message><source>Selected rows do not contain valid Study UID values.</source><translation>Die ausgewählten Zeilen enthalten keine gültigen Studien-UIDs.</translation></message>
+<message><source>Selected rows do not contain valid Series UID values.</source><translation>Die ausgewählten Zeilen enthalten keine gültigen Serien-UIDs.</translation></message>
+<message><source>No studies selected for deletion.</source><translation>Keine Studien zum Löschen ausgewählt.</translation></message>
+<message><source>No series selected for deletion.</source><translation>Keine Serien zum Löschen ausgewählt.</translation></message>
+<message><source>Failed to delete the selected series.</source><translation>Die ausgewählten Serien konnten nicht gelöscht werden.</translation></message>
+<message><source>Failed to delete the selected studies.</source><translation>Die ausgewählten Studien konnten nicht gelöscht werden.</translation></message>
+<message><source>Stopped.</source><translation>Angehalten.</translation></message>
+<message><source>%1 failed.</source><translation>%1 fehlgeschlagen.</translation></message>
+<message><source>Last error: %1</source><translation>Letzter Fehler: %1</translation></message>
+<message><source>Delete Selected Series? (1/3)</source><translation>Ausgewählte Serien löschen? (1/3)</translation></message>
+<message><source>Delete Selected Studies? (1/3)</source><translation>Ausgewählte Studien löschen? (1/3)</translation></message>
+<message numerus="yes"><source>You selected %n series. Continue to the next confirmation.</source><translation><numerusform>Sie haben %n Serie ausgewählt. Weiter zur nächsten Bestätigung.</numerusform><numerusform>Sie haben %n Serien ausgewählt. Weiter zur nächsten Bestätigung.</numerusform></translation></message>
+<message numerus="yes"><source>You selected %n studies. Continue to the next confirmation.</source><translation><numerusform>Sie haben %n Studie ausgewählt. Weiter zur nächsten Bestätigung.</numerusform><numerusform>Sie haben %n Studien ausgewählt. Weiter zur nächsten Bestätigung.</numerusform></translation></message>
+<message><source>Continue</source><translation>Weiter</translation></message>
+<message><source>Delete Selected Series? (2/3)</source><translation>Ausgewählte Serien löschen? (2/3)</translation></message>
+<message><source>Delete Selected Studies? (2/3)</source><translation>Ausgewählte Studien löschen? (2/3)</translation></message>
+<message><source>Final Confirmation (3/3)</source><translation>Letzte Bestätigung (3/3)</translation></message>
+<message numerus="yes"><source>This action is permanent. Delete %n selected series now?</source><translation><numerusform>Das lässt sich nicht rückgängig machen. %n ausgewählte Serie jetzt löschen?</numerusform><numerusform>Das lässt sich nicht rückgängig machen. %n ausgewählte Serien jetzt löschen?</numerusform></translation></message>
+<message numerus="yes"><source>This action is permanent. Delete %n selected studies now?</source><translation><numerusform>Das lässt sich nicht rückgängig machen. %n ausgewählte Studie jetzt löschen?</numerusform><numerusform>Das lässt sich nicht rückgängig machen. %n ausgewählte Studien jetzt löschen?</numerusform></translation></message>
+<message><source>Delete</source><translation>Löschen</translation></message>
+<message><source>Copies on this computer stay.</source><translation>Kopien auf diesem Computer bleiben.</translation></message>
+<message><source>Copies in Quorin Cloud stay.</source><translation>Kopien in der Quorin Cloud bleiben.</translation></message>
+</context>
 <context><name>gateway::shell::BugReportWindow</name>
 <message><source>Issue is reproducible</source><translation>Das Problem lässt sich wiederholen</translation></message>
 <message><source>Submit</source><translation>Absenden</translation></message>

@@ -1,0 +1,373 @@
+#include "browser/browser_table.h"
+
+#include "browser/browser_words.h"
+#include "platform/concurrency/async.h"
+#include "platform/concurrency/clock.h"
+
+#include <QtCore/QtGlobal>
+
+#include <algorithm>
+#include <utility>
+
+namespace gateway::browser {
+
+namespace {
+
+QStringList distinct(const QStringList &targets)
+{
+    QStringList kept;
+    QSet<QString> known;
+    for (const QString &target : targets) {
+        const QString trimmed = target.trimmed();
+        if (!trimmed.isEmpty() && !known.contains(trimmed)) {
+            known.insert(trimmed);
+            kept.append(trimmed);
+        }
+    }
+    return kept;
+}
+
+std::optional<DeleteConfirmationStep> stepAfter(DeleteConfirmationStep step)
+{
+    switch (step) {
+    case DeleteConfirmationStep::first:
+        return DeleteConfirmationStep::second;
+    case DeleteConfirmationStep::second:
+        return DeleteConfirmationStep::third;
+    case DeleteConfirmationStep::third:
+        break;
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+BrowserTable::BrowserTable(TableKind kind,
+                           const BrowserRuntime &runtime,
+                           std::shared_ptr<const TableRows> noRows,
+                           SortOrder order)
+    : m_kind(kind), m_runtime(runtime), m_noRows(std::move(noRows)), m_rows(m_noRows), m_sortOrder(order),
+      m_scope(runtime.main, runtime.pool)
+{
+}
+
+BrowserTable::~BrowserTable()
+{
+    close();
+}
+
+void BrowserTable::close()
+{
+    m_scope.close();
+}
+
+void BrowserTable::enterMain() const
+{
+    if (!m_runtime.main.isCurrent()) {
+        qFatal("A BrowserTable was used away from the main thread");
+    }
+}
+
+// --- Rows ------------------------------------------------------------------------------------------------
+
+BrowserTable::Arranged BrowserTable::blank(std::shared_ptr<const TableRows> rows) const
+{
+    return {std::move(rows), m_sortOrder, m_searchText, m_showsFailuresOnly, {}, {}};
+}
+
+void BrowserTable::arrange(Arranged &rows)
+{
+    rows.order = rows.rows->sorted(rows.sortOrder);
+    rows.shown = shownOf(*rows.rows, rows.order, needleOf(rows.searchText), rows.failuresOnly);
+}
+
+void BrowserTable::setSearchText(const QString &text)
+{
+    enterMain();
+    m_searchText = text;
+    filter();
+}
+
+void BrowserTable::setShowsFailuresOnly(bool only)
+{
+    enterMain();
+    m_showsFailuresOnly = only;
+    filter();
+}
+
+void BrowserTable::setSortOrder(SortOrder order)
+{
+    enterMain();
+    if (m_sortOrder != order) {
+        m_sortOrder = order;
+        m_order = m_rows->sorted(order);
+        filter();
+    }
+}
+
+void BrowserTable::filter()
+{
+    m_shown = shownOf(*m_rows, m_order, needleOf(m_searchText), m_showsFailuresOnly);
+    m_isShown.assign(static_cast<std::size_t>(m_rows->count()), false);
+    for (const quint32 position : m_shown) {
+        m_isShown[position] = true;
+    }
+    Q_EMIT rowsChanged();
+    Q_EMIT changed();
+}
+
+void BrowserTable::take(Arranged arranged)
+{
+    m_rows = std::move(arranged.rows);
+    m_order = arranged.sortOrder == m_sortOrder ? std::move(arranged.order) : m_rows->sorted(m_sortOrder);
+    filter();
+}
+
+void BrowserTable::forgetRows()
+{
+    m_searchText.clear();
+    m_lastError.reset();
+    m_lastUpdatedAt.reset();
+    m_selectedIDs.clear();
+    take(blank(m_noRows));
+}
+
+void BrowserTable::overtakeLoads()
+{
+    ++m_load;
+    m_isLoading = false;
+    Q_EMIT changed();
+}
+
+bool BrowserTable::isDropped(int load) const
+{
+    return load != m_load || m_scope.stopToken().stop_requested();
+}
+
+/// Parts of an answer show as they come, but not behind a deletion: the table would shrink and grow again.
+BrowserTable::ShowPart BrowserTable::partShower(int load, Arranged like)
+{
+    return [this, load, like = std::move(like), life = std::weak_ptr<const void>(m_life)](
+               std::shared_ptr<const TableRows> rows) {
+        Arranged part = like;
+        part.rows = std::move(rows);
+        arrange(part);
+        m_runtime.main.post(life, [this, load, part = std::move(part)] {
+            if (!isDropped(load) && m_isLoading && !isDeleting() && isAnswerStillMeant()) {
+                take(part);
+            }
+        });
+    };
+}
+
+QCoro::Task<> BrowserTable::load(QString trigger)
+{
+    enterMain();
+    if (!m_isLoading && !m_scope.stopToken().stop_requested()) {
+        co_await loadAnyway(trigger);
+    }
+}
+
+/// \return false when there was no answer, or one that came too late.
+QCoro::Task<bool> BrowserTable::loadAnyway(QString trigger)
+{
+    const auto operation = m_scope.enter();
+    const int number = ++m_load;
+    LoadReport report{trigger, loadStarts(trigger), nullptr};
+    const std::shared_ptr<const TableRows> before = m_rows;
+    m_isLoading = true;
+    Q_EMIT changed();
+    Arranged found = blank(m_noRows);
+    try {
+        found = co_await platform::onPool(
+            m_runtime.main,
+            m_runtime.pool,
+            [load = makeLoad(), show = partShower(number, found), like = found, stop = m_scope.stopToken()] {
+                Arranged all = like;
+                all.rows = load(show, stop);
+                arrange(all);
+                return all;
+            });
+    } catch (...) {
+        report.failure = std::current_exception();
+    }
+    if (isDropped(number)) {
+        co_return false;
+    }
+    if (isAnswerStillMeant()) {
+        finishLoad(report.failure ? blank(before) : std::move(found), report);
+    }
+    m_isLoading = false;
+    Q_EMIT changed();
+    co_return !report.failure;
+}
+
+void BrowserTable::finishLoad(Arranged rows, const LoadReport &report)
+{
+    m_lastUpdatedAt = m_runtime.clock.now();
+    if (report.failure) {
+        m_lastError = loadFailureWords(report.failure);
+        if (rows.rows != m_rows) {
+            arrange(rows); // a part of the answer stood there
+            take(std::move(rows));
+        }
+    } else {
+        if (!keepsLastError(report.trigger)) {
+            m_lastError.reset();
+        }
+        take(std::move(rows));
+        forgetSelectionOfGoneRows();
+    }
+    loadEnded(report);
+}
+
+// --- Selection -------------------------------------------------------------------------------------------
+
+void BrowserTable::setSelectedIDs(QSet<QString> ids)
+{
+    enterMain();
+    if (m_selectedIDs != ids) {
+        m_selectedIDs = std::move(ids);
+        Q_EMIT changed();
+    }
+}
+
+qsizetype BrowserTable::hiddenSelected() const
+{
+    return std::count_if(m_selectedIDs.begin(), m_selectedIDs.end(), [this](const QString &id) {
+        const std::optional<quint32> position = m_rows->position(id);
+        return !position || !m_isShown[*position];
+    });
+}
+
+qsizetype BrowserTable::selectedOutsideCloud() const
+{
+    return std::count_if(m_selectedIDs.begin(), m_selectedIDs.end(), [this](const QString &id) {
+        const std::optional<quint32> position = m_rows->position(id);
+        return position && !m_rows->isInCloud(*position);
+    });
+}
+
+void BrowserTable::forgetSelectionOfGoneRows()
+{
+    const qsizetype removed =
+        m_selectedIDs.removeIf([this](const QString &id) { return !m_rows->position(id).has_value(); });
+    if (removed > 0) {
+        Q_EMIT changed();
+    }
+}
+
+// --- Deleting --------------------------------------------------------------------------------------------
+
+void BrowserTable::askToDelete()
+{
+    enterMain();
+    if (!m_selectedIDs.isEmpty() && !isDeleting() && !m_deleteConfirmationStep) {
+        m_deleteConfirmationStep = DeleteConfirmationStep::first;
+        Q_EMIT changed();
+    }
+}
+
+void BrowserTable::confirmDeletion()
+{
+    enterMain();
+    const std::optional<DeleteConfirmationStep> answered = std::exchange(m_deleteConfirmationStep, {});
+    if (!answered) {
+        return;
+    }
+    Q_EMIT changed();
+    const std::optional<DeleteConfirmationStep> next = stepAfter(*answered);
+    if (!next) {
+        deleteSelected();
+        return;
+    }
+    m_runtime.main.post(m_life, [this, next] {
+        m_deleteConfirmationStep = next;
+        Q_EMIT changed();
+    });
+}
+
+void BrowserTable::cancelDeletion()
+{
+    enterMain();
+    if (std::exchange(m_deleteConfirmationStep, {})) {
+        Q_EMIT changed();
+    }
+}
+
+void BrowserTable::deleteSelected()
+{
+    QStringList targets;
+    qint64 selected = 0;
+    for (qsizetype position = 0; position < m_rows->count(); ++position) {
+        if (m_selectedIDs.contains(m_rows->id(position))) {
+            targets.append(m_rows->target(position));
+            ++selected;
+        }
+    }
+    setSelectedIDs({});
+    m_scope.start(deleteTargets(targets, selected));
+}
+
+void BrowserTable::stopDeleting()
+{
+    enterMain();
+    m_isStoppingDeletion = isDeleting();
+}
+
+QCoro::Task<> BrowserTable::deleteTargets(QStringList targets, qint64 selectedRows)
+{
+    enterMain();
+    if (isDeleting() || m_scope.stopToken().stop_requested()) {
+        co_return;
+    }
+    const auto operation = m_scope.enter();
+    const QStringList wanted = distinct(targets);
+    if (wanted.isEmpty()) {
+        m_lastError = nothingToDeleteWords(m_kind);
+        nothingToDelete(selectedRows);
+        Q_EMIT changed();
+        co_return;
+    }
+    m_isStoppingDeletion = false;
+    deletionStarts(selectedRows, wanted);
+    m_deletion = DeletionProgress{0, wanted.size()};
+    Q_EMIT changed();
+    const BatchResult result = co_await deleteAll(wanted);
+    if (result.deleted > 0) {
+        rowsDeleted();
+    }
+    bool isLoaded = false;
+    if (!m_scope.stopToken().stop_requested()) {
+        isLoaded = co_await loadAnyway(triggerAfterDeletion());
+    }
+    if (isLoaded || result.failed > 0 || result.isStopped) {
+        m_lastError = deletionSummary(m_kind, result); // else the load's own words stay
+    }
+    deletionEnded(result);
+    m_deletion.reset();
+    Q_EMIT changed();
+}
+
+QCoro::Task<BatchResult> BrowserTable::deleteAll(QStringList targets)
+{
+    const Delete deleteSome = makeDelete();
+    BatchResult result;
+    result.requested = targets.size();
+    qsizetype done = 0;
+    while (done < targets.size() && !m_isStoppingDeletion && !m_scope.stopToken().stop_requested()) {
+        const QStringList some = targets.mid(done, deletedAtOnce());
+        result =
+            co_await platform::onPool(m_runtime.main, m_runtime.pool, [deleteSome, some, result]() mutable {
+                deleteSome(some, result);
+                return result;
+            });
+        done += some.size();
+        m_deletion->done = done;
+        Q_EMIT changed();
+    }
+    result.isStopped = done < targets.size();
+    co_return result;
+}
+
+} // namespace gateway::browser

@@ -1,0 +1,263 @@
+#pragma once
+
+#include "browser/table_kind.h"
+#include "browser/table_rows.h"
+#include "platform/concurrency/task_scope.h"
+
+#include <QCoro/QCoroTask>
+
+#include <QtCore/QDateTime>
+#include <QtCore/QObject>
+#include <QtCore/QSet>
+#include <QtCore/QString>
+#include <QtCore/QStringList>
+
+#include <cstdint>
+#include <exception>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <stop_token>
+#include <vector>
+
+namespace gateway::platform {
+class Clock;
+class MainExecutor;
+class WorkerPool;
+} // namespace gateway::platform
+
+namespace gateway::browser {
+
+/// What every table runs on; all outlive it.
+struct BrowserRuntime
+{
+    platform::MainExecutor &main;
+    platform::WorkerPool &pool; ///< where rows are loaded and deleted
+    platform::Clock &clock;
+};
+
+/// How far a deletion is.
+struct DeletionProgress
+{
+    qint64 done = 0; ///< tried, with success or without
+    qint64 total = 0;
+
+    bool operator==(const DeletionProgress &) const = default;
+};
+
+/// What became of a batch of deletions. Targets are told once each, in the order of the batch.
+struct BatchResult
+{
+    qint64 requested = 0;
+    qint64 deleted = 0;
+    qint64 failed = 0;
+    QStringList deletedTargets; ///< where they are told apart
+    QStringList failedTargets;
+    QString lastMessage;    ///< about the last failure; empty where there is no such message
+    bool isStopped = false; ///< the rest wasn't tried, because a person stopped it
+};
+
+/// A table of studies or series: its rows, the search and the sorting, the selection, and the deletion with
+/// its three questions. What tells one table from the others is what it loads and deletes, and what it says.
+///
+/// Loads and deletions work on the pool, one target after the other; what is shown changes on the main thread
+/// alone. An answer that was overtaken by a newer one is dropped.
+///
+/// Owner: whoever shows it. Thread: main.
+class BrowserTable : public QObject
+{
+    Q_OBJECT
+
+public:
+    ~BrowserTable() override;
+
+    TableKind kind() const { return m_kind; }
+
+    // --- Rows ----------------------------------------------------------------------------------------
+
+    /// All rows of the last load, in its order; never null.
+    const std::shared_ptr<const TableRows> &rows() const { return m_rows; }
+
+    /// The positions of the rows to show, in order.
+    const RowOrder &shown() const { return m_shown; }
+
+    const QString &searchText() const { return m_searchText; }
+    SortOrder sortOrder() const { return m_sortOrder; }
+    bool showsFailuresOnly() const { return m_showsFailuresOnly; }
+
+    // Each takes effect at once.
+    void setSearchText(const QString &text);
+    void setSortOrder(SortOrder order);
+    void setShowsFailuresOnly(bool only);
+
+    bool isLoading() const { return m_isLoading; }
+    bool isDeleting() const { return m_deletion.has_value(); }
+
+    /// Why the last load or deletion failed, for people; nothing when it went well.
+    const std::optional<QString> &lastError() const { return m_lastError; }
+
+    /// The end of the last load, good or bad, in UTC.
+    const std::optional<QDateTime> &lastUpdatedAt() const { return m_lastUpdatedAt; }
+
+    // --- Selection -----------------------------------------------------------------------------------
+
+    /// The selected rows by their ids, also those that the search hides.
+    const QSet<QString> &selectedIDs() const { return m_selectedIDs; }
+
+    void setSelectedIDs(QSet<QString> ids);
+
+    /// How many selected rows aren't shown.
+    qsizetype hiddenSelected() const;
+
+    /// How many selected rows aren't wholly in the cloud, as far as is known.
+    qsizetype selectedOutsideCloud() const;
+
+    // --- Deleting ------------------------------------------------------------------------------------
+
+    /// The question that waits for an answer.
+    const std::optional<DeleteConfirmationStep> &deleteConfirmationStep() const
+    {
+        return m_deleteConfirmationStep;
+    }
+
+    /// Asks the first question, unless nothing is selected or a deletion is under way.
+    void askToDelete();
+
+    /// Yes: the next question follows in a turn of its own; after the last one the selected rows go, whether
+    /// the search shows them or not, and nothing is selected any more.
+    void confirmDeletion();
+
+    /// No: nothing has changed.
+    void cancelDeletion();
+
+    /// How far the deletion under way is.
+    const std::optional<DeletionProgress> &deletion() const { return m_deletion; }
+
+    /// Lets the deletion end behind the target at which it is.
+    void stopDeleting();
+
+    /// Ends what is under way and returns when nothing of it is left.
+    void close();
+
+Q_SIGNALS:
+    /// Some field has another value.
+    void changed();
+
+    /// The shown rows may be others now, or in another order.
+    void rowsChanged();
+
+protected:
+    /// Shows rows of a load that goes on. Called on the pool.
+    using ShowPart = std::function<void(std::shared_ptr<const TableRows>)>;
+
+    /// Loads all rows, on the pool. \throws whatever keeps it from that.
+    using Load = std::function<std::shared_ptr<const TableRows>(const ShowPart &show, std::stop_token stop)>;
+
+    /// Deletes targets, on the pool, and adds to the result. \throws nothing.
+    using Delete = std::function<void(const QStringList &targets, BatchResult &result)>;
+
+    /// One load as others tell it.
+    struct LoadReport
+    {
+        QString trigger;
+        QString correlationId;
+        std::exception_ptr failure; ///< null when it went well
+    };
+
+    BrowserTable(TableKind kind,
+                 const BrowserRuntime &runtime,
+                 std::shared_ptr<const TableRows> noRows,
+                 SortOrder order);
+
+    /// Loads unless a load is under way.
+    QCoro::Task<> load(QString trigger);
+
+    /// Deletes targets; blank ones and repetitions don't count.
+    ///
+    /// \param selectedRows  how many rows they came from.
+    QCoro::Task<> deleteTargets(QStringList targets, qint64 selectedRows);
+
+    /// Forgets the rows and what was said of them. An answer under way counts.
+    void forgetRows();
+
+    /// No answer under way counts any more.
+    void overtakeLoads();
+
+    platform::MainExecutor &main() const { return m_runtime.main; }
+    platform::WorkerPool &pool() const { return m_runtime.pool; }
+    platform::Clock &clock() const { return m_runtime.clock; }
+    platform::TaskScope &scope() { return m_scope; }
+    void enterMain() const;
+
+    // --- What tells one table from the others --------------------------------------------------------
+
+    virtual Load makeLoad() = 0;
+    virtual Delete makeDelete() = 0;
+
+    /// How many targets are deleted at a time.
+    virtual qsizetype deletedAtOnce() const = 0;
+
+    /// The trigger of the load behind a deletion.
+    virtual QString triggerAfterDeletion() const = 0;
+
+    /// Whether an answer may be shown, which began when `loadStarts` was called last.
+    virtual bool isAnswerStillMeant() const { return true; }
+
+    /// Whether what was said last outlives a load that went well, since nobody asked for that load.
+    virtual bool keepsLastError(const QString & /*trigger*/) const { return false; }
+
+    // Told as things happen; the first says what the load is called in the log.
+    virtual QString loadStarts(const QString & /*trigger*/) { return {}; }
+    virtual void loadEnded(const LoadReport & /*report*/) {}
+    virtual void nothingToDelete(qint64 /*selectedRows*/) {}
+    virtual void deletionStarts(qint64 /*selectedRows*/, const QStringList & /*targets*/) {}
+    virtual void rowsDeleted() {} ///< some, before the load behind a deletion
+    virtual void deletionEnded(const BatchResult & /*result*/) {}
+
+private:
+    /// Rows as they are shown by one search and sorting.
+    struct Arranged
+    {
+        std::shared_ptr<const TableRows> rows;
+        SortOrder sortOrder;
+        QString searchText;
+        bool failuresOnly = false;
+        RowOrder order;
+        RowOrder shown;
+    };
+
+    QCoro::Task<bool> loadAnyway(QString trigger);
+    QCoro::Task<BatchResult> deleteAll(QStringList targets);
+    Arranged blank(std::shared_ptr<const TableRows> rows) const;
+    static void arrange(Arranged &rows);
+    ShowPart partShower(int load, Arranged like);
+    bool isDropped(int load) const;
+    void finishLoad(Arranged rows, const LoadReport &report);
+    void take(Arranged arranged);
+    void filter();
+    void forgetSelectionOfGoneRows();
+    void deleteSelected();
+
+    const TableKind m_kind;
+    const BrowserRuntime m_runtime;
+    const std::shared_ptr<const TableRows> m_noRows;
+    std::shared_ptr<const TableRows> m_rows;
+    RowOrder m_order; // all rows, sorted
+    RowOrder m_shown;
+    std::vector<bool> m_isShown; // by position
+    QString m_searchText;
+    SortOrder m_sortOrder;
+    bool m_showsFailuresOnly = false;
+    int m_load = 0; // the newest; answers of others are dropped
+    bool m_isLoading = false;
+    std::optional<QString> m_lastError;
+    std::optional<QDateTime> m_lastUpdatedAt;
+    QSet<QString> m_selectedIDs;
+    std::optional<DeleteConfirmationStep> m_deleteConfirmationStep;
+    std::optional<DeletionProgress> m_deletion;
+    bool m_isStoppingDeletion = false;
+    std::shared_ptr<const bool> m_life = std::make_shared<const bool>(true);
+    platform::TaskScope m_scope; // last: drained before the fields go
+};
+
+} // namespace gateway::browser

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "browser/table_kind.h"
+
+#include <QtCore/QString>
+
+#include <cstdint>
+#include <exception>
+#include <optional>
+
+namespace gateway::browser {
+
+struct BatchResult;
+
+// What the tables say to people, in their language, on screens and on the command line alike. Thread: any.
+
+/// The title of a column of the table's rows.
+QString columnTitle(TableKind kind, int column);
+
+/// Why a load failed.
+QString loadFailureWords(const std::exception_ptr &failure);
+
+/// What is said when nothing that was selected can be deleted.
+QString nothingToDeleteWords(TableKind kind);
+
+/// What a batch of deletions came to; nothing when all was deleted.
+std::optional<QString> deletionSummary(TableKind kind, const BatchResult &result);
+
+/// One question before a deletion.
+struct DeleteQuestion
+{
+    QString title;
+    QString message;
+    QString confirm; ///< the words on the button that goes on
+};
+
+/// \param count  how many are selected.
+DeleteQuestion deleteQuestion(TableKind kind, DeleteConfirmationStep step, qint64 count);
+
+/// What isn't touched by the deletion.
+QString whatStays(TableKind kind);
+
+} // namespace gateway::browser

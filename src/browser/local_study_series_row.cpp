@@ -1,0 +1,74 @@
+#include "browser/local_study_series_row.h"
+
+#include "browser/quorin_gateway_local_study_row.h"
+#include "browser/row_texts.h"
+
+#include <algorithm>
+
+namespace gateway::browser {
+
+LocalStudySeriesRow LocalStudySeriesRow::of(const index::LocalSeriesSnapshot &series)
+{
+    LocalStudySeriesRow row;
+    row.id = series.id;
+    row.seriesInstanceUID = shownText(series.seriesInstanceUID);
+    row.seriesNumberSort = std::max<std::int64_t>(0, series.seriesNumber);
+    row.seriesNumberDisplay = series.seriesNumber < 1 ? kMissing : QString::number(series.seriesNumber);
+    row.seriesDescription = shownText(series.seriesDescription);
+    row.modality = shownText(series.modality);
+    row.syncStateSortKey = series.syncState;
+    row.syncStateDisplay = syncStateWord(series.syncState);
+    row.imageCount = std::max<std::int64_t>(0, series.imageCount);
+    row.searchText = searchTextOf({row.seriesNumberDisplay,
+                                   row.seriesDescription,
+                                   row.modality,
+                                   row.syncStateDisplay,
+                                   row.seriesInstanceUID});
+    return row;
+}
+
+QString LocalStudySeriesRow::text(int column) const
+{
+    switch (static_cast<Column>(column)) {
+    case numberColumn:
+        return seriesNumberDisplay;
+    case descriptionColumn:
+        return seriesDescription;
+    case modalityColumn:
+        return modality;
+    case syncStateColumn:
+        return syncStateDisplay;
+    case imagesColumn:
+        return QString::number(imageCount);
+    case seriesUIDColumn:
+        return seriesInstanceUID;
+    case columnTotal:
+        break;
+    }
+    return {};
+}
+
+bool LocalStudySeriesRow::isBefore(const LocalStudySeriesRow &left,
+                                   const LocalStudySeriesRow &right,
+                                   int column)
+{
+    switch (static_cast<Column>(column)) {
+    case numberColumn:
+        return left.seriesNumberSort < right.seriesNumberSort;
+    case syncStateColumn:
+        return left.syncStateSortKey < right.syncStateSortKey;
+    case imagesColumn:
+        return left.imageCount < right.imageCount;
+    case descriptionColumn:
+        return isTextBefore(left.seriesDescription, right.seriesDescription);
+    case modalityColumn:
+        return isTextBefore(left.modality, right.modality);
+    case seriesUIDColumn:
+        return isTextBefore(left.seriesInstanceUID, right.seriesInstanceUID);
+    case columnTotal:
+        break;
+    }
+    return false;
+}
+
+} // namespace gateway::browser

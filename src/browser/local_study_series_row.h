@@ -1,0 +1,47 @@
+#pragma once
+
+#include "index/local_snapshots.h"
+
+#include <QtCore/QString>
+
+#include <cstdint>
+
+namespace gateway::browser {
+
+/// One series of a study of this machine. What is missing reads "--". Thread: a value, any.
+struct LocalStudySeriesRow
+{
+    enum Column
+    {
+        numberColumn,
+        descriptionColumn,
+        modalityColumn,
+        syncStateColumn,
+        imagesColumn,
+        seriesUIDColumn,
+        columnTotal
+    };
+
+    QString id;
+    QString seriesInstanceUID;
+    std::int64_t seriesNumberSort = 0;
+    QString seriesNumberDisplay;
+    QString seriesDescription;
+    QString modality;
+    std::int16_t syncStateSortKey = 0;
+    QString syncStateDisplay;
+    std::int64_t imageCount = 0;
+
+    QString searchText;
+
+    static LocalStudySeriesRow of(const index::LocalSeriesSnapshot &series);
+
+    QString target() const { return id; }
+    QString text(int column) const;
+    QString furtherText(int /*column*/) const { return {}; }
+    bool hasFailures() const { return syncStateSortKey == 2; }
+    bool isInCloud() const { return syncStateSortKey == 1; }
+    static bool isBefore(const LocalStudySeriesRow &left, const LocalStudySeriesRow &right, int column);
+};
+
+} // namespace gateway::browser

@@ -1,0 +1,63 @@
+#pragma once
+
+#include "browser/browser_table.h"
+#include "browser/local_index.h"
+#include "platform/notifications/notification_center.h"
+
+#include <chrono>
+#include <functional>
+
+namespace gateway::browser {
+
+/// What the tables of this machine work with; all outlive them.
+struct LocalBrowserParts
+{
+    LocalIndex &index;
+    platform::NotificationCenter &notifications;
+    BrowserRuntime runtime;
+    std::function<void()> countersChanged; ///< something was deleted; called on the main thread
+};
+
+/// A table of the index. It follows the sync states: while they change it loads again, but leaves the machine
+/// some time in between.
+///
+/// Owner: whoever shows it. Thread: main.
+class LocalTable : public BrowserTable
+{
+    Q_OBJECT
+
+public:
+    /// Between two loads that follow the sync states.
+    static constexpr std::chrono::milliseconds kFollowPause{500};
+
+protected:
+    LocalTable(TableKind kind,
+               const LocalBrowserParts &parts,
+               std::shared_ptr<const TableRows> noRows,
+               SortOrder order);
+
+    LocalIndex &index() const { return m_parts.index; }
+
+    /// Adds what became of some targets.
+    static void add(const ::gateway::index::DeletionCounts &counts, BatchResult &result);
+
+    /// Importers are let in between.
+    qsizetype deletedAtOnce() const override { return 20; }
+    QString triggerAfterDeletion() const override { return {}; }
+    bool keepsLastError(const QString &trigger) const override { return trigger == kFollowTrigger; }
+    void rowsDeleted() override { m_parts.countersChanged(); }
+
+private:
+    static inline const QString kFollowTrigger = QStringLiteral("sync_state_changed");
+
+    void syncStateChanged();
+    QCoro::Task<> follow();
+
+    const LocalBrowserParts m_parts;
+    bool m_isFollowing = false;
+    bool m_hasNews = false;
+    std::shared_ptr<const bool> m_life = std::make_shared<const bool>(true);
+    platform::NotificationCenter::Token m_observer;
+};
+
+} // namespace gateway::browser

@@ -1,0 +1,327 @@
+#include "browser/local_study_series_table_view_model.h"
+#include "browser/quorin_gateway_local_study_table_view_model.h"
+#include "browser/testing/browser_world.h"
+#include "core/notification_names.h"
+#include "index/testing/temporary_index.h"
+
+namespace gateway::browser::testing {
+
+namespace {
+
+using ::gateway::index::testing::TemporaryIndex;
+
+/// An index that can be made to wait and to fail. Thread: any.
+class HeldIndex final : public LocalIndex
+{
+public:
+    explicit HeldIndex(index::DicomDB &database) : m_real(database) {}
+
+    QSet<QString> stubborn; ///< can't be deleted; set while nothing is under way
+
+    QList<index::LocalStudySnapshot> studySnapshots() override
+    {
+        ++loads;
+        return m_real.studySnapshots();
+    }
+
+    QList<index::LocalSeriesSnapshot> seriesSnapshots(const QString &study) override
+    {
+        ++loads;
+        return m_real.seriesSnapshots(study);
+    }
+
+    index::DeletionCounts deleteStudies(const QStringList &studies) override
+    {
+        ++deletions;
+        waitAtTheDoor();
+        return counted(studies, [this](const QStringList &some) { return m_real.deleteStudies(some); });
+    }
+
+    index::DeletionCounts deleteSeries(const QString &study, const QStringList &series) override
+    {
+        ++deletions;
+        waitAtTheDoor();
+        return counted(series, [&](const QStringList &some) { return m_real.deleteSeries(study, some); });
+    }
+
+    /// Makes deletions wait, or lets them go on.
+    void hold(bool isHeld)
+    {
+        const platform::MutexLock lock(m_mutex);
+        m_isHeld = isHeld;
+        m_changed.notifyAll();
+    }
+
+    std::atomic<int> loads = 0;
+    std::atomic<int> deletions = 0;
+
+private:
+    template <typename Delete>
+    index::DeletionCounts counted(QStringList targets, Delete deleteSome)
+    {
+        const qint64 requested = targets.size();
+        targets.removeIf([this](const QString &each) { return stubborn.contains(each); });
+        return index::DeletionCounts::of(requested, deleteSome(targets).deleted);
+    }
+
+    void waitAtTheDoor()
+    {
+        const platform::MutexLock lock(m_mutex);
+        while (m_isHeld) {
+            m_changed.wait(m_mutex);
+        }
+    }
+
+    DicomDBLocalIndex m_real;
+    platform::Mutex m_mutex;
+    platform::Condition m_changed;
+    bool m_isHeld QUORIN_GUARDED_BY(m_mutex) = false;
+};
+
+struct LocalTables : ::testing::Test
+{
+    LocalTables()
+    {
+        import("1", "1.1", "1.1.1");
+        import("2", "2.1", "2.1.1");
+        import("2", "2.2", "2.2.1");
+    }
+
+    ~LocalTables() override { index.hold(false); }
+
+    void import(const char *study, const char *series, const char *image)
+    {
+        store.import(
+            TemporaryIndex::image(QString::fromLatin1(image),
+                                  {{QStringLiteral("studyID"), QString::fromLatin1(study)},
+                                   {QStringLiteral("seriesID"), QString::fromLatin1(series)},
+                                   {QStringLiteral("seriesInstanceUID"), QString::fromLatin1(series)}}));
+    }
+
+    template <typename Task>
+    void finish(const Task &task)
+    {
+        runUntil([&] { return task.isReady(); });
+    }
+
+    template <typename Condition>
+    void runUntil(Condition isReached)
+    {
+        while (!isReached()) {
+            QCoreApplication::processEvents();
+            std::this_thread::yield();
+        }
+    }
+
+    LocalBrowserParts parts()
+    {
+        return {index, store.notifications, {store.main, pool, store.clock}, [this] { ++refreshed; }};
+    }
+
+    qsizetype storedFiles() { return store.number(QStringLiteral("SELECT count(*) FROM DicomImage")); }
+
+    TemporaryIndex store;
+    platform::WorkerPool pool{QStringLiteral("test"), 3};
+    HeldIndex index{store.index()};
+    int refreshed = 0;
+};
+
+struct LocalStudies : LocalTables
+{
+    void load() { finish(model.loadStudies()); }
+
+    const QuorinGatewayLocalStudyRow &row(const char *uid) const
+    {
+        return model.allRows()[*model.rows()->position(QString::fromLatin1(uid))];
+    }
+
+    QuorinGatewayLocalStudyTableViewModel model{parts()};
+};
+
+} // namespace
+
+TEST_F(LocalStudies, AreThoseOfTheIndexTheLatestFirst)
+{
+    load();
+
+    EXPECT_EQ(model.allRows().size(), 2U);
+    EXPECT_EQ(row("2").imageCount, 2);
+    EXPECT_EQ(row("2").syncStateDisplay, QStringLiteral("Not Synced"));
+    EXPECT_EQ(model.sortOrder(), (SortOrder{QuorinGatewayLocalStudyRow::dateColumn, false}));
+    EXPECT_EQ(model.lastUpdatedAt(), store.clock.now());
+    EXPECT_FALSE(model.isLoading());
+}
+
+TEST_F(LocalStudies, AreFoundByTheWordOfTheirState)
+{
+    load();
+    store.execute(QStringLiteral("UPDATE DicomImage SET syncState = 1 WHERE sopInstanceUID LIKE '1.1.1%'"));
+    load();
+
+    model.setSearchText(QStringLiteral("not synced"));
+
+    ASSERT_EQ(model.shown().size(), 1U);
+    EXPECT_EQ(model.allRows()[model.shown().front()].id, QStringLiteral("2"));
+    EXPECT_EQ(model.selectedOutsideCloud(), 0);
+    model.setSelectedIDs({QStringLiteral("1"), QStringLiteral("2")});
+    EXPECT_EQ(model.selectedOutsideCloud(), 1) << "one is in the cloud";
+}
+
+TEST_F(LocalStudies, WithFailuresCanBeShownAlone)
+{
+    store.execute(QStringLiteral("UPDATE DicomImage SET syncState = 2 WHERE sopInstanceUID LIKE '2.2.1%'"));
+    store.execute(QStringLiteral("UPDATE DicomImage SET syncState = 3 WHERE sopInstanceUID LIKE '2.1.1%'"));
+    load();
+
+    model.setShowsFailuresOnly(true);
+
+    ASSERT_EQ(model.shown().size(), 1U);
+    EXPECT_EQ(model.allRows()[model.shown().front()].id, QStringLiteral("2"));
+    EXPECT_EQ(row("2").syncStateDisplay, QStringLiteral("Syncing"))
+        << "others of its images are on their way";
+    model.setShowsFailuresOnly(false);
+    EXPECT_EQ(model.shown().size(), 2U);
+}
+
+TEST_F(LocalStudies, FollowTheSyncStates)
+{
+    load();
+    const int before = index.loads;
+    store.execute(QStringLiteral("UPDATE DicomImage SET syncState = 1"));
+
+    store.notifications.post(core::kLocalSyncStateChanged);
+    runUntil([&] { return index.loads == before + 1 && !model.isLoading(); });
+
+    EXPECT_EQ(row("1").syncStateDisplay, QStringLiteral("Synced"));
+}
+
+TEST_F(LocalStudies, MissNoNewsThatComesWhileTheyLoad)
+{
+    store.notifications.post(core::kLocalSyncStateChanged);
+    store.notifications.post(core::kLocalSyncStateChanged);
+    runUntil([&] { return index.loads == 1 && !model.isLoading(); });
+    store.clock.waitForSleepers(1);
+    store.execute(QStringLiteral("UPDATE DicomImage SET syncState = 1"));
+    store.notifications.post(core::kLocalSyncStateChanged);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(index.loads, 1) << "the machine is left some time between two loads";
+
+    store.clock.advance(LocalTable::kFollowPause);
+    runUntil([&] { return index.loads == 2 && !model.isLoading(); });
+
+    EXPECT_EQ(row("1").syncStateDisplay, QStringLiteral("Synced"));
+}
+
+TEST_F(LocalStudies, KeepTheirSelectionWhileTheyFollow)
+{
+    load();
+    model.setSelectedIDs({QStringLiteral("1"), QStringLiteral("2")});
+    store.index().deleteStudies({QStringLiteral("1")});
+
+    store.notifications.post(core::kLocalSyncStateChanged);
+    runUntil([&] { return model.allRows().size() == 1; });
+
+    EXPECT_EQ(model.selectedIDs(), QSet<QString>{QStringLiteral("2")}) << "what is gone isn't selected";
+}
+
+TEST_F(LocalStudies, GoWithTheirFilesAndTheCountersFollow)
+{
+    load();
+    model.setSelectedIDs({QStringLiteral("2")});
+
+    for (int answers = 0; answers < 3; ++answers) {
+        model.askToDelete();
+        runUntil([&] { return model.deleteConfirmationStep().has_value(); });
+        model.confirmDeletion();
+        runUntil([&] { return answers == 2 || model.deleteConfirmationStep().has_value(); });
+    }
+    runUntil([&] { return !model.isDeleting(); });
+
+    EXPECT_EQ(model.allRows().size(), 1U);
+    EXPECT_EQ(storedFiles(), 1);
+    EXPECT_EQ(store.removals().size(), 2);
+    EXPECT_EQ(refreshed, 1);
+    EXPECT_FALSE(model.lastError());
+    EXPECT_TRUE(model.selectedIDs().isEmpty());
+}
+
+TEST_F(LocalStudies, AreNotLoadedByNewsWhileTheyAreDeleted)
+{
+    load();
+    index.hold(true);
+    const int before = index.loads;
+    const auto deletion = model.deleteStudies({row("1")});
+    runUntil([&] { return index.deletions == 1; });
+
+    store.notifications.post(core::kLocalSyncStateChanged);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(index.loads, before);
+    index.hold(false);
+    finish(deletion);
+
+    EXPECT_EQ(index.loads, before + 1) << "the load behind the deletion";
+}
+
+TEST_F(LocalStudies, NeedASelectionToBeDeleted)
+{
+    finish(model.deleteStudies({}));
+
+    EXPECT_EQ(model.lastError(), QStringLiteral("No studies selected for deletion."));
+    EXPECT_EQ(index.deletions, 0);
+    EXPECT_EQ(index.loads, 0);
+}
+
+TEST_F(LocalStudies, ThatCannotBeDeletedStayAndAreToldOf)
+{
+    load();
+    index.stubborn = {QStringLiteral("1")};
+
+    finish(model.deleteStudies({row("1")}));
+    EXPECT_EQ(model.lastError(), QStringLiteral("Failed to delete the selected studies."));
+    EXPECT_EQ(refreshed, 0) << "nothing was deleted";
+    finish(model.deleteStudies({row("1"), row("2")}));
+
+    EXPECT_EQ(model.lastError(), QStringLiteral("Deleted 1 of 2 selected studies. 1 failed."));
+    EXPECT_EQ(refreshed, 1);
+    EXPECT_EQ(model.allRows().size(), 1U);
+}
+
+TEST_F(LocalStudies, KeepTheWordsAboutADeletionWhileTheyFollow)
+{
+    load();
+    index.stubborn = {QStringLiteral("1")};
+    finish(model.deleteStudies({row("1")}));
+    const int before = index.loads;
+
+    store.notifications.post(core::kLocalSyncStateChanged);
+    runUntil([&] { return index.loads == before + 1 && !model.isLoading(); });
+    EXPECT_TRUE(model.lastError());
+    load();
+
+    EXPECT_FALSE(model.lastError()) << "a person asked for this load";
+}
+
+TEST_F(LocalTables, SeriesOfAStudyAreLoadedAndDeleted)
+{
+    QuorinGatewayLocalStudyTableViewModel studies(parts());
+    finish(studies.loadStudies());
+    LocalStudySeriesTableViewModel model(
+        parts(),
+        LocalStudySeriesContext::of(studies.allRows()[*studies.rows()->position(QStringLiteral("2"))]));
+
+    finish(model.loadSeries());
+    ASSERT_EQ(model.allRows().size(), 2U);
+    EXPECT_EQ(model.sortOrder(), (SortOrder{LocalStudySeriesRow::numberColumn, true}));
+    finish(model.deleteSeries({}));
+    EXPECT_EQ(model.lastError(), QStringLiteral("No series selected for deletion."));
+    index.stubborn = {model.allRows()[0].id};
+    finish(model.deleteSeries({model.allRows()[0]}));
+    EXPECT_EQ(model.lastError(), QStringLiteral("Failed to delete the selected series."));
+    finish(model.deleteSeries({model.allRows()[0], model.allRows()[1]}));
+
+    EXPECT_EQ(model.lastError(), QStringLiteral("Deleted 1 of 2 selected series. 1 failed."));
+    EXPECT_EQ(model.allRows().size(), 1U);
+    EXPECT_EQ(storedFiles(), 2);
+}
+
+} // namespace gateway::browser::testing

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "browser/local_table.h"
+#include "browser/quorin_gateway_local_study_row.h"
+
+namespace gateway::browser {
+
+/// The studies of this machine.
+///
+/// Owner: whoever shows it. Thread: main.
+class QuorinGatewayLocalStudyTableViewModel final : public LocalTable
+{
+    Q_OBJECT
+
+public:
+    using Row = QuorinGatewayLocalStudyRow;
+
+    explicit QuorinGatewayLocalStudyTableViewModel(const LocalBrowserParts &parts);
+    ~QuorinGatewayLocalStudyTableViewModel() override;
+
+    const std::vector<Row> &allRows() const;
+
+    /// Loads the studies, unless a load is under way.
+    QCoro::Task<> loadStudies();
+
+    /// Deletes studies from this machine.
+    QCoro::Task<> deleteStudies(QList<Row> rows);
+
+protected:
+    Load makeLoad() override;
+    Delete makeDelete() override;
+};
+
+} // namespace gateway::browser

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <QtCore/QString>
+#include <QtCore/QStringList>
+
+namespace gateway::browser {
+
+// How values become cells. Thread: any; plain functions.
+
+/// What reads where there is nothing.
+inline const QString kMissing = QStringLiteral("--");
+
+/// Trimmed; "--" where nothing is left.
+QString shownText(const QString &text);
+
+/// The first `count` decimal digits of a date or time; empty where there are fewer.
+QString leadingDigits(const QString &text, qsizetype count);
+
+/// A DICOM date as its digits "yyyyMMdd", whatever stands between them; empty for anything that is no date.
+QString dateDigits(const QString &text);
+
+/// A DICOM time as its digits "HHmmss", likewise.
+QString timeDigits(const QString &text);
+
+/// "yyyy-MM-dd" of such digits; "--" for none.
+QString shownDate(const QString &digits);
+
+/// "HH:mm:ss" of such digits; "--" for none.
+QString shownTime(const QString &digits);
+
+/// The text that a row is searched by: its fields, joined by one blank and lower-cased.
+QString searchTextOf(const QStringList &fields);
+
+/// Whether one text stands before another in a sorted column. Case doesn't part them, but decides between
+/// texts that are equal otherwise.
+bool isTextBefore(const QString &left, const QString &right);
+
+} // namespace gateway::browser

@@ -1,0 +1,141 @@
+#pragma once
+
+#include <QtCore/QHash>
+#include <QtCore/QString>
+#include <QtCore/QtGlobal>
+
+#include <algorithm>
+#include <cstddef>
+#include <memory>
+#include <numeric>
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace gateway::browser {
+
+/// The column that rows are sorted by.
+struct SortOrder
+{
+    int column = 0;
+    bool ascending = true;
+
+    bool operator==(const SortOrder &) const = default;
+};
+
+/// Positions of rows, in the order in which they are shown.
+using RowOrder = std::vector<quint32>;
+
+/// The rows of a table, whatever they are of, as one load found them. Positions count from 0 in that order.
+///
+/// Owner: whoever looks at them, shared. Thread: any; never changed once it is made.
+class TableRows
+{
+public:
+    virtual ~TableRows() = default;
+
+    virtual qsizetype count() const = 0;
+
+    /// Names a row for as long as what it stands for is there.
+    virtual QString id(qsizetype position) const = 0;
+
+    /// Where the row with this id is; nothing when there is none.
+    virtual std::optional<quint32> position(const QString &id) const = 0;
+
+    /// What a deletion of the row names; empty where it can't be named.
+    virtual QString target(qsizetype position) const = 0;
+
+    /// A cell as people read it, numbers in plain decimal; "--" where there is nothing.
+    virtual QString text(qsizetype position, int column) const = 0;
+
+    /// What a cell can't show but knows; mostly empty.
+    virtual QString furtherText(qsizetype position, int column) const = 0;
+
+    /// Whether the row's search text holds `needle`, which is lower-cased.
+    virtual bool matches(qsizetype position, const QString &needle) const = 0;
+
+    /// Whether images of the row failed to upload, and whether all are in the cloud, as far as is known.
+    virtual bool hasFailures(qsizetype position) const = 0;
+    virtual bool isInCloud(qsizetype position) const = 0;
+
+    /// All positions, sorted; rows that are equal there keep the order of the load.
+    virtual RowOrder sorted(SortOrder order) const = 0;
+};
+
+/// Rows of one type. A Row has the fields `id` and `searchText` (lower-cased), and the functions `target()`,
+/// `text(column)`, `furtherText(column)`, `hasFailures()`, `isInCloud()` and
+/// `isBefore(left, right, column)`.
+template <typename Row>
+class RowsOf final : public TableRows
+{
+public:
+    explicit RowsOf(std::vector<Row> rows) : m_rows(std::move(rows))
+    {
+        m_positions.reserve(count());
+        for (std::size_t position = 0; position < m_rows.size(); ++position) {
+            m_positions.insert(m_rows[position].id, static_cast<quint32>(position));
+        }
+    }
+
+    const std::vector<Row> &rows() const { return m_rows; }
+
+    qsizetype count() const override { return static_cast<qsizetype>(m_rows.size()); }
+    QString id(qsizetype position) const override { return at(position).id; }
+    std::optional<quint32> position(const QString &id) const override
+    {
+        const auto found = m_positions.constFind(id);
+        return found != m_positions.cend() ? std::optional(*found) : std::nullopt;
+    }
+
+    QString target(qsizetype position) const override { return at(position).target(); }
+    QString text(qsizetype position, int column) const override { return at(position).text(column); }
+
+    QString furtherText(qsizetype position, int column) const override
+    {
+        return at(position).furtherText(column);
+    }
+
+    bool matches(qsizetype position, const QString &needle) const override
+    {
+        return at(position).searchText.contains(needle);
+    }
+
+    bool hasFailures(qsizetype position) const override { return at(position).hasFailures(); }
+    bool isInCloud(qsizetype position) const override { return at(position).isInCloud(); }
+
+    RowOrder sorted(SortOrder order) const override
+    {
+        RowOrder positions(m_rows.size());
+        std::iota(positions.begin(), positions.end(), 0U);
+        std::sort(positions.begin(), positions.end(), [&](quint32 left, quint32 right) {
+            if (isBefore(left, right, order)) {
+                return true;
+            }
+            return left < right && !isBefore(right, left, order);
+        });
+        return positions;
+    }
+
+private:
+    bool isBefore(quint32 left, quint32 right, SortOrder order) const
+    {
+        return order.ascending ? Row::isBefore(m_rows[left], m_rows[right], order.column)
+                               : Row::isBefore(m_rows[right], m_rows[left], order.column);
+    }
+
+    const Row &at(qsizetype position) const { return m_rows[static_cast<std::size_t>(position)]; }
+
+    std::vector<Row> m_rows;
+    QHash<QString, quint32> m_positions; // by id
+};
+
+/// The rows of `order` that a search lets through.
+///
+/// \param needle        trimmed and lower-cased; empty lets all through.
+/// \param onlyFailures  leaves out rows without failures.
+RowOrder shownOf(const TableRows &rows, const RowOrder &order, const QString &needle, bool onlyFailures);
+
+/// A search text as rows are searched by it: trimmed and lower-cased.
+QString needleOf(const QString &searchText);
+
+} // namespace gateway::browser

@@ -1,0 +1,85 @@
+#pragma once
+
+#include "browser/cloud_table.h"
+#include "browser/testing/fake_archive.h"
+#include "log/testing/recording_log.h"
+#include "platform/concurrency/main_executor.h"
+#include "platform/concurrency/testing/manual_clock.h"
+#include "platform/concurrency/worker_pool.h"
+#include "platform/defaults/user_defaults.h"
+
+#include <QtCore/QCoreApplication>
+#include <QtCore/QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <thread>
+
+namespace gateway::browser::testing {
+
+/// What the tables of the cloud work with, around an archive in memory, on a manual clock.
+///
+/// Owner: a test. Thread: main.
+struct BrowserWorld : ::testing::Test
+{
+    ~BrowserWorld() override { archive.release(); }
+
+    /// Runs the main thread until `task` is done.
+    template <typename Task>
+    void finish(const Task &task)
+    {
+        while (!task.isReady()) {
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        }
+    }
+
+    /// Runs the main thread until `isReached` says so.
+    template <typename Condition>
+    void runUntil(Condition isReached)
+    {
+        while (!isReached()) {
+            QCoreApplication::processEvents();
+            std::this_thread::yield();
+        }
+    }
+
+    CloudBrowserParts parts()
+    {
+        return {archive, archive, emitter, defaults, {main, pool, clock}, [this] { return session; }};
+    }
+
+    /// Selects all rows and says yes until the deletion is under way, then runs it to its end.
+    void deleteAllRows(BrowserTable &table)
+    {
+        QSet<QString> ids;
+        for (qsizetype position = 0; position < table.rows()->count(); ++position) {
+            ids.insert(table.rows()->id(position));
+        }
+        table.setSelectedIDs(ids);
+        confirm(table);
+        runUntil([&] { return !table.isDeleting(); });
+    }
+
+    /// Answers all three questions with yes.
+    void confirm(BrowserTable &table)
+    {
+        table.askToDelete();
+        for (int answers = 0; answers < 3; ++answers) {
+            runUntil([&] { return table.deleteConfirmationStep().has_value(); });
+            table.confirmDeletion();
+        }
+    }
+
+    QTemporaryDir folder;
+    platform::UserDefaults defaults{folder.filePath(QStringLiteral("defaults.sqlite"))};
+    platform::MainExecutor main;
+    platform::WorkerPool pool{QStringLiteral("test"), 3};
+    platform::testing::ManualClock clock;
+    log::testing::RecordingLog log;
+    log::StoreLogEmitter emitter{log, clock};
+    FakeArchive archive;
+    std::optional<QString> session = QStringLiteral("ann");
+};
+
+} // namespace gateway::browser::testing
