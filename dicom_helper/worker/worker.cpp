@@ -98,10 +98,11 @@ public:
         const std::string output = folderOf(job.text("output"));
         if (!m_output) {
             m_output = output;
+            m_converts = job.word == "convert";
             close(job);
             return true;
         }
-        return (output.empty() || output == *m_output) &&
+        return (output.empty() || output == *m_output) && (m_converts || job.word != "convert") &&
                std::ranges::none_of(kInputs, [&](const char *input) {
                    return m_isClosed && isForbidden(std::string(job.text(input)));
                });
@@ -125,8 +126,10 @@ private:
         for (const char *input : kInputs) {
             open(job.text(input), FolderUse::read);
         }
+        if (m_converts) {
+            loadDictionary(); // takes much longer than a look at a file
+        }
         if (!m_output->empty()) {
-            loadDictionary();
             open(job.text("output"), FolderUse::read);
             open(job.text("output"), FolderUse::keepFiles);
         }
@@ -141,6 +144,7 @@ private:
     }
 
     std::optional<std::string> m_output; // the folder of the first job's output; empty where it had none
+    bool m_converts = false;             // the toolkit's dictionary is loaded
     bool m_isClosed = false;             // around the files
 };
 

@@ -271,6 +271,22 @@ TEST_F(DicomClients, ImagesOfManyFoldersAreConvertedAndComparedInTurn)
     }
 }
 
+TEST_F(DicomClients, AWorkerThatHasNoDictionaryLeavesConvertingToOneThatHas)
+{
+    const QString path = write(QStringLiteral("a"), smallObject());
+    DicomConverterWrapper converter(m_workers, temporaryFolder());
+    EXPECT_EQ(converter.makeSendable(path).path, path);
+    const std::vector<pid_t> looking = m_workers.processIds();
+
+    EXPECT_TRUE(converter.convertToJPEGLossless(path).isConverted);
+
+    const std::vector<pid_t> converting = m_workers.processIds();
+    EXPECT_NE(converting, looking);
+    EXPECT_EQ(converter.makeSendable(path).path, path);
+    EXPECT_TRUE(converter.convertToJPEGLossless(path).isConverted);
+    EXPECT_EQ(m_workers.processIds(), converting) << "it does both";
+}
+
 TEST_F(DicomClients, ConvertingGivesASmallerFileInTheTemporaryFolder)
 {
     const QString path = write(QStringLiteral("a"), smallObject());
