@@ -268,9 +268,11 @@ int main(int argc, char **argv)
     std::string folder;
     bool cloudSyncs = false;
     bool conversionOnly = false;
+    std::string onlyWay;
     app.add_option("folder", folder, "DICOM files to send")->required()->check(CLI::ExistingDirectory);
     app.add_flag("--cloud-syncs", cloudSyncs, "The cloud waits for its disk before it answers");
     app.add_flag("--conversion-only", conversionOnly, "Convert the files and send none");
+    app.add_option("--way", onlyWay, "Only this way of working, such as \"parallel_batch, original\"");
     CLI11_PARSE(app, argc, argv);
 
     const QFileInfoList files = QDir(QString::fromStdString(folder)).entryInfoList(QDir::Files, QDir::Name);
@@ -290,6 +292,9 @@ int main(int argc, char **argv)
                 {"parallel_file, JPEG-LS", ExecutionMode::parallelFile, true},
                 {"parallel_batch, JPEG-LS", ExecutionMode::parallelBatch, true}};
     for (const auto &way : ways) {
+        if (!onlyWay.empty() && onlyWay != way.what) {
+            continue;
+        }
         Bench bench(cloudSyncs);
         bench.importAll(files);
         const bool inBatches = way.mode == ExecutionMode::parallelBatch;
