@@ -64,10 +64,10 @@ std::int64_t DicomDB::nowInMilliseconds() const
     return m_with.clock.now().toMSecsSinceEpoch();
 }
 
-bool DicomDB::writeQuietly(const IndexStore::Change &change)
+bool DicomDB::writeQuietly(const IndexStore::Change &change, IndexStore::Durability durability)
 {
     try {
-        m_store.write(change);
+        m_store.write(change, durability);
         return true;
     } catch (const platform::SqliteError &) {
         return false; // undone; the caller gives its empty result

@@ -79,7 +79,8 @@ struct IndexFigures
 ///
 /// Every operation is synchronous, and one transaction: a failed one has changed nothing and gives zero
 /// counts or an empty result. None throws but `importFile`. Operations that write block until their result
-/// is durable; those that only read never wait for a writer.
+/// is durable, but for the two that say otherwise, which become so with the next one; those that only read
+/// never wait for a writer.
 ///
 /// Owner: app. Thread: any.
 class DicomDB
@@ -124,7 +125,7 @@ public:
     /// \return nothing when the index can't be read.
     std::optional<QList<PendingImageUpload>> pendingImageUploads(int limit, PendingCursor &cursor) const;
 
-    /// Marks the rows as handed to a running upload.
+    /// Marks the rows as handed to a running upload. A power cut soon after may undo it.
     void markImagesInProgress(const QList<ImageObjectID> &imageObjectIDs);
 
     /// What of an instance was sent before; unknown when the index can't be read.
@@ -133,12 +134,13 @@ public:
     /// Notes what is about to be sent, before a byte of it leaves: for as long as the index lives, whatever
     /// becomes of the request and of this process.
     ///
-    /// \return false when it could not be written: then nothing may be sent.
-    bool noteSending(const QList<SentInstance> &instances);
+    /// \return what of each was sent before; nothing when it could not be written: then nothing may be sent.
+    std::optional<QList<SentBefore>> noteSending(const QList<SentInstance> &instances);
 
     /// Records how the upload of the file at `storagePath` ended, on every row that stands for this file.
     /// Rows of `imageObjectIDs` that stand for another file by now, because it was sent again, keep their
-    /// state. Without a path, the rows of `imageObjectIDs` themselves move.
+    /// state. Without a path, the rows of `imageObjectIDs` themselves move. A power cut soon after may undo
+    /// it, but nothing that follows from it.
     ///
     /// \param more  what else is known of it, kept with it.
     /// \return the number of rows updated; nothing when it could not be written.
@@ -272,7 +274,8 @@ private:
     using DeleteRows = std::function<std::int64_t(platform::Database &, QSet<QString> &paths)>;
 
     std::int64_t nowInMilliseconds() const;
-    bool writeQuietly(const IndexStore::Change &change);
+    bool writeQuietly(const IndexStore::Change &change,
+                      IndexStore::Durability durability = IndexStore::Durability::now);
     void backfillOnce();
     void appendCandidates(platform::Database &database,
                           bool isRetry,
@@ -287,6 +290,7 @@ private:
     bool isToGo(const QString &path) const;
     Recorded save(Patience &patience, const QVariantMap &found, const StoredFile &stored);
     void settleUnsaved(Patience &patience);
+    bool hasOthersBeside(const QString &path) const;
     void dropEqualCopies(const Recorded &recorded, const StoredFile &stored);
     void removeReleased(const QSet<QString> &paths, RemovalReason reason);
     std::optional<std::int64_t> recordAgainFrom() const;

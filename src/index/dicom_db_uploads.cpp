@@ -128,6 +128,11 @@ std::vector<RowInProgress> rowsInProgress(Database &database)
     return rows;
 }
 
+bool saysAllThatANoteWould(SentBefore before)
+{
+    return before == SentBefore::thisVersion || before == SentBefore::unknown;
+}
+
 RecoveryCounts putAllBack(Database &database)
 {
     const std::vector<RowInProgress> rows = rowsInProgress(database);
@@ -240,7 +245,7 @@ void DicomDB::markImagesInProgress(const QList<ImageObjectID> &imageObjectIDs)
         return;
     }
     bool found = false;
-    const bool saved = writeQuietly([&](Database &database) {
+    const auto mark = [&](Database &database) {
         SeriesKeys series;
         for (const ImageObjectID image : imageObjectIDs) {
             if (const auto parent = seriesOf(database, image)) {
@@ -252,7 +257,8 @@ void DicomDB::markImagesInProgress(const QList<ImageObjectID> &imageObjectIDs)
         }
         rollUpSeriesAndStudies(database, series);
         found = !series.empty();
-    });
+    };
+    const bool saved = writeQuietly(mark, IndexStore::Durability::withTheNext);
     if (saved && found) {
         postLocalSyncStateChanged();
     }
@@ -267,24 +273,27 @@ SentBefore DicomDB::sentBefore(const SentInstance &next) const
     }
 }
 
-bool DicomDB::noteSending(const QList<SentInstance> &instances)
+std::optional<QList<SentBefore>> DicomDB::noteSending(const QList<SentInstance> &instances)
 {
     try {
-        // Of what is tried again nothing new is to be noted, and nobody waits for the disk.
-        const bool areNoted = m_store.read([&](Database &database) {
-            return std::ranges::all_of(
-                instances, [&](const SentInstance &sent) { return isNotedAsSent(database, sent); });
+        const auto before = m_store.read([&](Database &database) {
+            QList<SentBefore> known;
+            for (const SentInstance &sent : instances) {
+                known.append(index::sentBefore(database, sent));
+            }
+            return known;
         });
-        if (!areNoted) {
+        // Of what is tried again nothing new is to be noted, and nobody waits for the disk.
+        if (!std::ranges::all_of(before, saysAllThatANoteWould)) {
             m_store.write([&](Database &database) {
                 for (const SentInstance &sent : instances) {
                     index::noteSending(database, sent);
                 }
             });
         }
-        return true;
+        return before;
     } catch (const SqliteError &) {
-        return false;
+        return std::nullopt;
     }
 }
 
@@ -301,7 +310,7 @@ std::optional<std::int64_t> DicomDB::recordUploadResult(const QList<ImageObjectI
                        synced ? std::optional(nowInMilliseconds()) : std::nullopt};
     std::int64_t updated = 0;
     QSet<QString> released;
-    const bool saved = writeQuietly([&](Database &database) {
+    const auto record = [&](Database &database) {
         if (more.verified) {
             noteVerified(database, *more.verified);
         }
@@ -312,15 +321,29 @@ std::optional<std::int64_t> DicomDB::recordUploadResult(const QList<ImageObjectI
         if (more.failure) {
             keepFailure(database, path, *more.failure, nowInMilliseconds());
         }
-    });
-    if (!saved) {
+    };
+    // A file that is let go of doesn't come back: why it went must be durable before.
+    const bool mayLetGo = synced && hasOthersBeside(path);
+    if (!writeQuietly(record, mayLetGo ? IndexStore::Durability::now : IndexStore::Durability::withTheNext)) {
         return std::nullopt;
     }
-    if (updated > 0) {
+    if (mayLetGo) { // one that came to stand beside it just now stays noted, and goes another time
         removeReleased(released, RemovalReason::superseded);
+    }
+    if (updated > 0) {
         postLocalSyncStateChanged();
     }
     return updated;
+}
+
+/// True where other copies of its image stand beside the file at `path`, and when that can't be told.
+bool DicomDB::hasOthersBeside(const QString &path) const
+{
+    try {
+        return m_store.read([&](Database &database) { return isSuccessor(database, path); });
+    } catch (const SqliteError &) {
+        return true;
+    }
 }
 
 RecoveryCounts DicomDB::recoverInProgressImages()

@@ -370,6 +370,17 @@ TEST_F(UploadResults, TheVersionThatWasOnItsWayIsKnownAfterTheProcessDied)
     EXPECT_TRUE(home.index().mayOtherVersionBeSent({QStringLiteral("9.1"), 8}));
 }
 
+TEST_F(UploadResults, ANoteTellsWhatWasSentBefore)
+{
+    const SentInstance first{QStringLiteral("9.1"), 7};
+    const SentInstance other{QStringLiteral("9.2"), 7};
+
+    EXPECT_EQ(index.noteSending({first}), QList{SentBefore::nothing});
+    EXPECT_EQ(index.noteSending({other, first}), (QList{SentBefore::nothing, SentBefore::thisVersion}));
+    EXPECT_EQ(index.noteSending({{QStringLiteral("9.1"), 8}}), QList{SentBefore::anotherVersion});
+    EXPECT_EQ(index.noteSending({first}), QList{SentBefore::unknown});
+}
+
 TEST_F(UploadResults, WhatIsTriedAgainIsNotNotedAgain)
 {
     index.noteSending({{QStringLiteral("9.1"), 7}, {QStringLiteral("9.2"), 7}});

@@ -47,6 +47,7 @@ std::unique_ptr<Database> openWriter(const QString &path)
 struct IndexStore::Writer
 {
     const Change &change;
+    const Durability durability;
     std::exception_ptr error;
     bool done = false;
     platform::Condition turn;
@@ -56,9 +57,9 @@ IndexStore::IndexStore(const QString &path) : m_path(path), m_writer(openWriter(
 
 IndexStore::~IndexStore() = default;
 
-void IndexStore::write(const Change &change)
+void IndexStore::write(const Change &change, Durability durability)
 {
-    Writer self{change, nullptr, false, {}};
+    Writer self{change, durability, nullptr, false, {}};
     std::vector<Writer *> group;
     {
         const MutexLock lock(m_mutex);
@@ -108,6 +109,8 @@ void IndexStore::commitTogether(const std::vector<Writer *> &writers)
 bool IndexStore::tryCommit(const std::vector<Writer *> &writers)
 {
     try {
+        m_writer->syncCommits(std::ranges::any_of(
+            writers, [](const Writer *writer) { return writer->durability == Durability::now; }));
         platform::Transaction transaction(*m_writer);
         for (Writer *writer : writers) {
             carryOut(*writer);

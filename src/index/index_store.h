@@ -16,13 +16,21 @@ namespace gateway::index {
 /// The index file: one connection that writes, and as many that read as there are readers at a time.
 ///
 /// Writers that arrive while another commit is under way share the next one: the first of them carries out
-/// the changes of all, each undone alone if it fails, and one sync makes them durable.
+/// the changes of all, each undone alone if it fails, and one sync makes them durable, and with them whatever
+/// was committed before.
 ///
 /// Owner: DicomDB. Thread: any.
 class IndexStore
 {
 public:
     using Change = std::function<void(platform::Database &)>;
+
+    /// When a change is to survive a power cut. That of the process it survives as soon as it is carried out.
+    enum class Durability
+    {
+        now,        ///< when the call returns
+        withTheNext ///< as soon as a later change does: the log keeps their order
+    };
 
     /// Opens or makes the file, with its folder. \throws IndexOpenError
     explicit IndexStore(const QString &path);
@@ -31,13 +39,13 @@ public:
     IndexStore(const IndexStore &) = delete;
     IndexStore &operator=(const IndexStore &) = delete;
 
-    /// Carries out `change` in a transaction and returns once it is durable; blocks until then. A change may
-    /// run more than once (when the commit that it shared failed) and perhaps on another writer's thread: it
-    /// starts its results anew each time. What it throws comes out of this call, and nothing has changed
-    /// then.
+    /// Carries out `change` in a transaction and returns once it is committed, and as durable as it is to be;
+    /// blocks until then. A change may run more than once (when the commit that it shared failed) and perhaps
+    /// on another writer's thread: it starts its results anew each time. What it throws comes out of this
+    /// call, and nothing has changed then.
     ///
     /// \throws SqliteError  when the transaction failed; nothing has changed then.
-    void write(const Change &change);
+    void write(const Change &change, Durability durability = Durability::now);
 
     /// Calls `query` with a connection that sees the last committed state, the same one throughout the call.
     /// Never waits for a writer. \throws SqliteError

@@ -1,6 +1,7 @@
 #include "index/index_store.h"
 
 #include "index/schema.h"
+#include "platform/sqlite/testing/forgetful_log.h"
 
 #include <QtCore/QTemporaryDir>
 
@@ -19,14 +20,14 @@ namespace {
 using platform::Database;
 using platform::SqliteError;
 
+void insert(Database &database, int value)
+{
+    database.prepare("INSERT INTO Study (id) VALUES (?)").bindAll(QString::number(value)).run();
+}
+
 class Store : public ::testing::Test
 {
 protected:
-    static void insert(Database &database, int value)
-    {
-        database.prepare("INSERT INTO Study (id) VALUES (?)").bindAll(QString::number(value)).run();
-    }
-
     std::int64_t studies()
     {
         return store.read([](Database &database) { return database.integer("SELECT count(*) FROM Study"); });
@@ -217,6 +218,56 @@ TEST_F(IndexStoreReaders, CannotWrite)
         return 0;
     }),
                  SqliteError);
+}
+
+/// An index on a disk whose power may be cut.
+class IndexStoreAndPowerCut : public ::testing::Test
+{
+protected:
+    void write(int value, IndexStore::Durability durability)
+    {
+        m_store.write([value](Database &database) { insert(database, value); }, durability);
+    }
+
+    /// The studies that are there when the power is cut now.
+    std::int64_t left()
+    {
+        const QString copy = m_home.filePath(QStringLiteral("left-%1.sqlite").arg(++m_cuts));
+        m_disk.leaveAfterPowerCut(m_home.filePath(QStringLiteral("i.sqlite")), copy);
+        Database database = Database::open(copy, Database::Access::readWrite);
+        return database.integer("SELECT count(*) FROM Study");
+    }
+
+private:
+    QTemporaryDir m_home;
+    int m_cuts = 0;
+    platform::testing::ForgetfulLog m_disk;
+    IndexStore m_store{m_home.filePath(QStringLiteral("i.sqlite"))};
+};
+
+TEST_F(IndexStoreAndPowerCut, LosesNoChangeThatIsToSurviveIt)
+{
+    write(1, IndexStore::Durability::now);
+
+    EXPECT_EQ(left(), 1);
+}
+
+TEST_F(IndexStoreAndPowerCut, NobodyWaitsForTheDiskForAChangeThatMayWait)
+{
+    write(1, IndexStore::Durability::now);
+    write(2, IndexStore::Durability::withTheNext);
+
+    EXPECT_EQ(left(), 1);
+}
+
+TEST_F(IndexStoreAndPowerCut, AChangeThatMightWaitIsThereWithTheNextThatMightNot)
+{
+    write(1, IndexStore::Durability::withTheNext);
+    write(2, IndexStore::Durability::withTheNext);
+    write(3, IndexStore::Durability::now);
+    write(4, IndexStore::Durability::withTheNext);
+
+    EXPECT_EQ(left(), 3);
 }
 
 } // namespace gateway::index

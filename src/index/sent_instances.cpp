@@ -44,12 +44,6 @@ void noteSending(Database &database, const SentInstance &sent)
         .run();
 }
 
-bool isNotedAsSent(Database &database, const SentInstance &sent)
-{
-    Statement row = database.prepare("SELECT 1 FROM SentInstance WHERE instance = ?1 AND version IN (?2, 0)");
-    return row.bindAll(keyOf(sent.instance), sent.version).step();
-}
-
 void noteVerified(Database &database, const SentInstance &seen)
 {
     database.prepare("INSERT OR REPLACE INTO SentInstance (instance, version) VALUES (?, ?)")

@@ -38,9 +38,6 @@ SentBefore sentBefore(platform::Database &database, const SentInstance &next);
 /// Notes what is about to be sent, whatever will become of it.
 void noteSending(platform::Database &database, const SentInstance &sent);
 
-/// True when noting this would change nothing.
-bool isNotedAsSent(platform::Database &database, const SentInstance &sent);
-
 /// Notes that the cloud was seen to hold this version: what was sent before it is of no account any more.
 void noteVerified(platform::Database &database, const SentInstance &seen);
 

@@ -76,16 +76,6 @@ TEST_F(SentInstances, SayOfWhatTheyDoNotKnowThatTheyMayLackIt)
     EXPECT_EQ(sentBefore(database, {QStringLiteral("1.2.4"), 7}), SentBefore::unrecorded);
 }
 
-TEST_F(SentInstances, NeedNoNoteOfWhatIsNoted)
-{
-    EXPECT_FALSE(isNotedAsSent(database, {kUid, 7}));
-    send(7);
-    EXPECT_TRUE(isNotedAsSent(database, {kUid, 7}));
-    EXPECT_FALSE(isNotedAsSent(database, {kUid, 8}));
-    send(8);
-    EXPECT_TRUE(isNotedAsSent(database, {kUid, 7})) << "several were sent";
-}
-
 TEST_F(SentInstances, DoubtWhatWasRecordedAgainUntilMoreIsKnown)
 {
     send(7);

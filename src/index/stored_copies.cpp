@@ -36,6 +36,8 @@ constexpr const char *kOwed =
 constexpr const char *kIsSupersededAndNotOwed =
     "SELECT EXISTS (SELECT 1 FROM SupersededFile WHERE pathString = ?1 AND owed = 0)";
 
+constexpr const char *kIsSuccessor = "SELECT EXISTS (SELECT 1 FROM SupersededFile WHERE successor = ?1)";
+
 constexpr const char *kIsLaterThanSuccessor =
     "SELECT EXISTS (SELECT 1 FROM SupersededFile WHERE pathString = ?1 AND acknowledged > "
     "(SELECT max(acknowledged) FROM DicomImage WHERE DicomImage.pathString = SupersededFile.successor))";
@@ -211,6 +213,11 @@ QString successorOf(Database &database, const QString &pathString)
     Statement row = database.prepare("SELECT successor FROM SupersededFile WHERE pathString = ?");
     row.bindAll(pathString);
     return row.step() ? row.text(0) : QString();
+}
+
+bool isSuccessor(Database &database, const QString &pathString)
+{
+    return exists(database, kIsSuccessor, pathString);
 }
 
 bool isLaterThanSuccessor(Database &database, const QString &pathString)

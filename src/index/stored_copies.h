@@ -83,6 +83,9 @@ bool isSupersededAndNotOwed(platform::Database &database, const QString &pathStr
 /// The current copy that a superseded file stands beside; empty for any other file.
 QString successorOf(platform::Database &database, const QString &pathString);
 
+/// True for a file that others stand beside.
+bool isSuccessor(platform::Database &database, const QString &pathString);
+
 /// True for a superseded file that was acknowledged later than the one that it stands beside.
 bool isLaterThanSuccessor(platform::Database &database, const QString &pathString);
 

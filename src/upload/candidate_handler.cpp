@@ -56,8 +56,7 @@ QList<QList<PreparedCandidate>> withoutTwins(const QList<PreparedCandidate> &fil
 } // namespace
 
 CandidateHandler::CandidateHandler(const UploadCollaborators &with, const RunIdentity &run, RunHalt &halt)
-    : m_with(with), m_run(run), m_halt(halt), m_preparer(with, run), m_attempt(with, run, m_preparer),
-      m_conversions(run.config.maxConcurrent), m_requests(run.config.maxConcurrent)
+    : m_with(with), m_run(run), m_halt(halt), m_preparer(with, run), m_attempt(with, run, m_preparer)
 {
 }
 
@@ -72,14 +71,11 @@ CandidateHandler::Contexts CandidateHandler::chunkAt(const Contexts &contexts, q
     return contexts.mid(from, size);
 }
 
-int CandidateHandler::width() const
+int requestsAtOnce(const StoreUpload::ExecutionConfig &config)
 {
     // A setting of thousands would only cost threads: no network gets faster by that.
     constexpr int kMostRequests = 32;
-    if (m_run.config.mode == ExecutionMode::single) {
-        return 1;
-    }
-    return 2 * std::min(m_run.config.maxConcurrent, kMostRequests);
+    return config.mode == ExecutionMode::single ? 1 : std::min(config.maxConcurrent, kMostRequests);
 }
 
 void CandidateHandler::begin(const Contexts &contexts) const
@@ -114,12 +110,9 @@ CandidateHandler::Outcomes CandidateHandler::finishFile(const CandidateContext &
     }
     QList<PreparedCandidate> ready{std::get<PreparedCandidate>(prepared)};
     Outcomes outcomes;
-    {
-        const Slots::Hold request(m_requests);
-        if (!lookFirst(ready.first(), {}, outcomes) && mayBeSent(ready)) {
-            outcomes.append(outcomeOf(ready.first(), m_attempt.sendFile(ready.first())));
-            m_halt.requestEnded(outcomes);
-        }
+    if (!lookFirst(ready.first(), {}, outcomes) && mayBeSent(ready)) {
+        outcomes.append(outcomeOf(ready.first(), m_attempt.sendFile(ready.first())));
+        m_halt.requestEnded(outcomes);
     }
     m_preparer.cleanUp(ready.first());
     return outcomes;
@@ -149,16 +142,18 @@ bool CandidateHandler::mayBeSent(QList<PreparedCandidate> &files)
         return false;
     }
     QList<index::SentInstance> instances;
-    for (PreparedCandidate &file : files) {
-        const index::SentInstance sent{file.identity.instance, file.version};
-        // What failed before is not there for all that is known.
-        file.mayBeThere = file.context.candidate.lastFailure.isEmpty() &&
-                          m_with.index.sentBefore(sent) == index::SentBefore::thisVersion;
-        instances.append(sent);
+    for (const PreparedCandidate &file : files) {
+        instances.append({file.identity.instance, file.version});
     }
-    if (!m_with.index.noteSending(instances)) {
+    const auto before = m_with.index.noteSending(instances);
+    if (!before) {
         m_halt.indexFailed();
         return false;
+    }
+    for (qsizetype at = 0; at < files.size(); ++at) {
+        // What failed before is not there for all that is known.
+        files[at].mayBeThere = files[at].context.candidate.lastFailure.isEmpty() &&
+                               before->at(at) == index::SentBefore::thisVersion;
     }
     return true;
 }
@@ -181,7 +176,6 @@ CandidateHandler::Outcomes CandidateHandler::finishBatch(const Contexts &chunk)
         }
     }
     for (QList<PreparedCandidate> &batch : withoutTwins(unseen(ready, chunkDetails, outcomes))) {
-        const Slots::Hold request(m_requests);
         if (mayBeSent(batch)) {
             const Outcomes sent = m_attempt.sendBatch(batch, chunkDetails);
             m_halt.requestEnded(sent);
@@ -201,7 +195,6 @@ QList<PreparedCandidate> CandidateHandler::unseen(const QList<PreparedCandidate>
 {
     QList<PreparedCandidate> left;
     for (const PreparedCandidate &file : files) {
-        const Slots::Hold request(m_requests);
         if (!lookFirst(file, chunkDetails, outcomes)) {
             left.append(file);
         }
@@ -209,9 +202,8 @@ QList<PreparedCandidate> CandidateHandler::unseen(const QList<PreparedCandidate>
     return left;
 }
 
-CandidatePreparationResult CandidateHandler::prepare(const CandidateContext &context)
+CandidatePreparationResult CandidateHandler::prepare(const CandidateContext &context) const
 {
-    const Slots::Hold conversion(m_conversions);
     return m_preparer.prepare(context, candidateDetails(context, m_run.executionDetails));
 }
 

@@ -2,7 +2,6 @@
 
 #include "upload/candidate_preparer.h"
 #include "upload/run_halt.h"
-#include "upload/slots.h"
 #include "upload/upload_attempt.h"
 
 #include <QtCore/QList>
@@ -10,9 +9,6 @@
 namespace gateway::upload {
 
 /// Takes candidates from their selection to their outcome: mark, convert, send, clean up.
-///
-/// However many threads ask at once, at most `maxConcurrent` conversions and at most `maxConcurrent` requests
-/// are under way; others wait for their turn.
 ///
 /// Owner: UploadRun. Thread: any for `finish`, the run's for `begin`.
 class CandidateHandler
@@ -27,10 +23,6 @@ public:
     /// The candidates from `from` on that go together: one, or in batches as many as a batch holds. One that
     /// failed before goes alone, so that it takes nobody down with it.
     Contexts chunkAt(const Contexts &contexts, qsizetype from) const;
-
-    /// How many chunks may be under way at once: as many as are sent, and as many again that are made ready.
-    /// Mode `single` knows one.
-    int width() const;
 
     /// Tells the log that the candidates are next, and marks their rows as in progress.
     void begin(const Contexts &chunk) const;
@@ -48,15 +40,16 @@ private:
                                                  const Details &chunkDetails,
                                                  Outcomes &outcomes);
     bool mayBeSent(QList<StoreUpload::PreparedCandidate> &files);
-    StoreUpload::CandidatePreparationResult prepare(const StoreUpload::CandidateContext &context);
+    StoreUpload::CandidatePreparationResult prepare(const StoreUpload::CandidateContext &context) const;
 
     const UploadCollaborators &m_with;
     const RunIdentity &m_run;
     RunHalt &m_halt;
     const CandidatePreparer m_preparer;
     const UploadAttempt m_attempt;
-    Slots m_conversions;
-    Slots m_requests;
 };
+
+/// How many requests of a run may be under way at once.
+int requestsAtOnce(const StoreUpload::ExecutionConfig &config);
 
 } // namespace gateway::upload

@@ -8,13 +8,15 @@ namespace gateway::upload {
 
 using platform::SendableFile;
 
-ConversionAhead::ConversionAhead(platform::DicomConverting &converter, bool converts)
-    : m_converter(converter), m_converts(converts), m_pool(QStringLiteral("uploadAhead"), 1)
+ConversionAhead::ConversionAhead(platform::DicomConverting &converter, bool converts, int atOnce)
+    : m_converter(converter), m_converts(converts), m_pool(QStringLiteral("uploadAhead"), atOnce)
 {
 }
 
 ConversionAhead::~ConversionAhead()
 {
+    m_isOver = true;
+    const platform::MutexLock lock(m_mutex);
     for (auto &[path, made] : m_made) {
         const SendableFile file = made.get();
         if (file.fate == SendableFile::Fate::ready && file.path != path) {
@@ -24,6 +26,12 @@ ConversionAhead::~ConversionAhead()
 }
 
 void ConversionAhead::expect(const QString &path)
+{
+    const platform::MutexLock lock(m_mutex);
+    expectLocked(path);
+}
+
+void ConversionAhead::expectLocked(const QString &path)
 {
     if (m_made.contains(path)) {
         return;
@@ -58,13 +66,21 @@ ConversionAhead::compare(const QString &fetched, const QString &sent, const QStr
 
 SendableFile ConversionAhead::make(const QString &path) const
 {
+    if (m_isOver) {
+        return {}; // nobody will ask for it
+    }
     return m_converts ? m_converter.convertToJPEGLossless(path) : m_converter.makeSendable(path);
 }
 
 SendableFile ConversionAhead::take(const QString &path)
 {
-    expect(path);
-    return m_made.extract(path).mapped().get();
+    std::future<SendableFile> made;
+    {
+        const platform::MutexLock lock(m_mutex);
+        expectLocked(path);
+        made = std::move(m_made.extract(path).mapped());
+    }
+    return made.get();
 }
 
 } // namespace gateway::upload

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <barrier>
 #include <chrono>
 #include <future>
 #include <latch>
@@ -41,7 +42,7 @@ TEST_F(ConversionAheadTest, MakesWhatIsExpectedOnceAndHandsItOverWhenAsked)
         isMade.count_down();
         return converter.write(source);
     });
-    ConversionAhead ahead(converter, true);
+    ConversionAhead ahead(converter, true, 1);
 
     ahead.expect(path);
     ahead.expect(path);
@@ -59,7 +60,7 @@ TEST_F(ConversionAheadTest, MakesTheOriginalReadyAheadWhereNothingIsConverted)
         isMade.count_down();
         return FakeConverter::ready(source, source);
     });
-    ConversionAhead ahead(converter, false);
+    ConversionAhead ahead(converter, false, 1);
 
     ahead.expect(path);
     isMade.wait();
@@ -71,7 +72,7 @@ TEST_F(ConversionAheadTest, MakesTheOriginalReadyAheadWhereNothingIsConverted)
 TEST_F(ConversionAheadTest, AsksAgainForAFileThatWasHandedOver)
 {
     const QString path = stored(QStringLiteral("1"));
-    ConversionAhead ahead(converter, true);
+    ConversionAhead ahead(converter, true, 1);
     ahead.expect(path);
     ahead.convertToJPEGLossless(path);
 
@@ -83,7 +84,7 @@ TEST_F(ConversionAheadTest, AsksAgainForAFileThatWasHandedOver)
 TEST_F(ConversionAheadTest, TheOtherFormOfAFileIsMadeWhenItIsAskedFor)
 {
     const QString path = stored(QStringLiteral("1"));
-    ConversionAhead ahead(converter, true);
+    ConversionAhead ahead(converter, true, 1);
     ahead.expect(path);
 
     EXPECT_EQ(ahead.makeSendable(path).path, path) << "what is sent where the conversion failed";
@@ -97,12 +98,30 @@ TEST_F(ConversionAheadTest, RemovesAtItsEndWhatNobodyAskedForAndNoStoredFile)
         return source == first ? converter.write(source) : FakeConverter::ready(source, source);
     });
     {
-        ConversionAhead ahead(converter, true);
+        ConversionAhead ahead(converter, true, 1);
         ahead.expect(first);
         ahead.expect(second);
     }
 
     EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files), (QStringList{u"1"_qs, u"2"_qs}));
+}
+
+TEST_F(ConversionAheadTest, MakesAsManyAtOnceAsItMay)
+{
+    std::barrier twoInside(2);
+    converter.behave([&](const QString &source) {
+        twoInside.arrive_and_wait(); // hangs unless two are made at once
+        return converter.write(source);
+    });
+    ConversionAhead ahead(converter, true, 2);
+    const QString first = stored(QStringLiteral("1"));
+    const QString second = stored(QStringLiteral("2"));
+
+    ahead.expect(first);
+    ahead.expect(second);
+
+    EXPECT_EQ(ahead.convertToJPEGLossless(first).path, folder.filePath(QStringLiteral("converted-1")));
+    EXPECT_EQ(ahead.convertToJPEGLossless(second).path, folder.filePath(QStringLiteral("converted-2")));
 }
 
 TEST_F(UploadRunTest, MakesTheNextFileReadyWhileASingleOneIsOnItsWay)

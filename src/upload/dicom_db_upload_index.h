@@ -30,7 +30,7 @@ public:
         return m_database.sentBefore(next);
     }
 
-    bool noteSending(const QList<index::SentInstance> &instances) override
+    std::optional<QList<index::SentBefore>> noteSending(const QList<index::SentInstance> &instances) override
     {
         return m_database.noteSending(instances);
     }

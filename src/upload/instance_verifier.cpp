@@ -118,7 +118,7 @@ bool InstanceVerifier::isHeld(const platform::InstanceIdentity &identity) const
 bool InstanceVerifier::noteDoubt(const PreparedCandidate &prepared) const
 {
     constexpr std::int64_t kNobodyKnowsWhich = 0;
-    return m_with.index.noteSending({{prepared.identity.instance, kNobodyKnowsWhich}});
+    return m_with.index.noteSending({{prepared.identity.instance, kNobodyKnowsWhich}}).has_value();
 }
 
 AttemptEnd InstanceVerifier::confirm(const PreparedCandidate &prepared, bool wasThere) const

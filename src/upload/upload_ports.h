@@ -18,7 +18,8 @@ namespace gateway::upload {
 /// What an upload run asks of the index. Nothing here throws; a failure shows as zero counts or an empty
 /// list.
 ///
-/// Thread: any, several at a time. Writing operations return when their result is durable.
+/// Thread: any, several at a time. What is noted before a request is durable when the call returns; marks and
+/// results are from the next such note on, at the latest.
 class UploadIndex
 {
 public:
@@ -38,8 +39,10 @@ public:
     /// What of an instance was sent before.
     virtual index::SentBefore sentBefore(const index::SentInstance &next) = 0;
 
-    /// Notes what is about to be sent. \return false when it could not be written: nothing may be sent then.
-    virtual bool noteSending(const QList<index::SentInstance> &instances) = 0;
+    /// Notes what is about to be sent.
+    /// \return what of each was sent before; nothing when it could not be written: nothing may be sent then.
+    virtual std::optional<QList<index::SentBefore>>
+    noteSending(const QList<index::SentInstance> &instances) = 0;
 
     /// Records how the upload of the file at `storagePath` ended; a success forgets its last failure.
     /// \return the number of rows updated; nothing when it could not be written.

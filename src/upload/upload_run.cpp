@@ -14,8 +14,9 @@ using StoreUpload::CandidateOutcome;
 
 namespace {
 
-// Of what is made ready ahead: enough that the network never waits, and few files beside the store.
-constexpr qsizetype kFilesAhead = 2;
+// What is made ready beyond a whole window of requests, where that is a single file: enough that the network
+// never waits, and few files beside the store.
+constexpr qsizetype kFewestAhead = 2;
 
 UploadCollaborators withConverter(const UploadCollaborators &with, platform::DicomConverting &converter)
 {
@@ -31,14 +32,6 @@ UploadCollaborators withConverter(const UploadCollaborators &with, platform::Dic
             .main = with.main,
             .clock = with.clock,
             .newSeries = with.newSeries};
-}
-
-std::unique_ptr<ConversionAhead> aheadFor(const StoreUpload::ExecutionConfig &config,
-                                          platform::DicomConverting &converter)
-{
-    return config.mode == StoreUpload::ExecutionMode::single
-               ? std::make_unique<ConversionAhead>(converter, config.compressionEnabled)
-               : nullptr;
 }
 
 bool hasSuccess(const QList<CandidateOutcome> &outcomes)
@@ -71,16 +64,12 @@ UploadRun::UploadRun(const UploadCollaborators &with,
                      QString runId,
                      const StoreUpload::ExecutionConfig &config,
                      QString deviceId)
-    : m_run(std::move(runId), config, std::move(deviceId)), m_ahead(aheadFor(config, with.converter)),
-      m_with(m_ahead ? withConverter(with, *m_ahead) : with), m_handler(m_with, m_run, m_halt)
+    : m_run(std::move(runId), config, std::move(deviceId)),
+      m_ahead(with.converter, config.compressionEnabled, requestsAtOnce(config)),
+      m_with(withConverter(with, m_ahead)), m_handler(m_with, m_run, m_halt),
+      m_pool(QStringLiteral("upload"), requestsAtOnce(config))
 {
-    // Enough for the results of a usual page to reach the index together.
-    constexpr int kRecorders = 4;
     m_summary.orders = m_run.config;
-    if (!m_ahead) {
-        m_pool.emplace(QStringLiteral("upload"), m_handler.width());
-        m_recorders.emplace(QStringLiteral("uploadRecord"), kRecorders);
-    }
 }
 
 StoreUpload::RunSummary UploadRun::run(const std::stop_token &stop)
@@ -90,49 +79,15 @@ StoreUpload::RunSummary UploadRun::run(const std::stop_token &stop)
         m_summary.missingToken = true;
         return m_summary;
     }
-    if (m_pool) {
-        runInWindow(stop);
-    } else {
-        runOneByOne(stop);
-    }
+    drain(stop);
     m_summary.wasCancelled = stop.stop_requested();
     m_summary.trouble = m_halt.trouble();
     return m_summary;
 }
 
-void UploadRun::runOneByOne(const std::stop_token &stop)
+void UploadRun::drain(const std::stop_token &stop)
 {
-    while (mayBeginPage(stop)) {
-        UploadRound round(nextPage());
-        if (round.contexts().isEmpty()) {
-            return;
-        }
-        for (qsizetype at = 0; at < round.contexts().size() && !mustEnd(stop); ++at) {
-            const CandidateContext &context = round.contexts()[at];
-            expectFrom(round.contexts(), at);
-            m_handler.begin({context});
-            round.chunkBegan(1);
-            round.chunkEnded(m_handler.finish({context}));
-        }
-        settle(round);
-    }
-}
-
-/// The file whose turn it is, and the next ones.
-void UploadRun::expectFrom(const Contexts &contexts, qsizetype from)
-{
-    const qsizetype end = std::min(contexts.size(), from + 1 + kFilesAhead);
-    for (qsizetype at = from; at < end; ++at) {
-        const QUrl file = standardized(contexts[at].candidate.fileURL);
-        if (exists(file)) {
-            m_ahead->expect(file.toLocalFile());
-        }
-    }
-}
-
-void UploadRun::runInWindow(const std::stop_token &stop)
-{
-    platform::TaskGroup window(*m_pool, m_pool->width(), stop);
+    platform::TaskGroup window(m_pool, m_pool.width(), stop);
     while (true) {
         const Contexts contexts = mayBeginPage(stop) ? nextPage() : Contexts();
         if (!contexts.isEmpty()) {
@@ -140,10 +95,10 @@ void UploadRun::runInWindow(const std::stop_token &stop)
         } else if (m_open.empty()) {
             return;
         }
-        // Without a further page each open one is waited for, and then the index is asked once more:
+        // Without a further page the open ones are waited for, and then the index is asked once more:
         // something may have come meanwhile.
-        if (contexts.isEmpty() || m_open.size() > 1 || isProbing()) {
-            settleOldest();
+        if (contexts.isEmpty() || isProbing()) {
+            settleAll();
         }
     }
 }
@@ -152,10 +107,9 @@ void UploadRun::begin(UploadRound &round, platform::TaskGroup &window, const std
 {
     qsizetype from = 0;
     while (from < round.contexts().size()) {
+        expectFrom(round.contexts(), from);
         window.waitForRoom();
-        if (m_open.size() > 1 && m_open.front()->isAtRest()) {
-            settleOldest();
-        }
+        settleWhatRests();
         if (mustEnd(stop)) {
             window.cancel();
             return;
@@ -170,11 +124,40 @@ void UploadRun::begin(UploadRound &round, platform::TaskGroup &window, const std
     }
 }
 
-void UploadRun::settleOldest()
+/// Has the files made ready whose turn it is, and as many behind them as a whole window holds.
+void UploadRun::expectFrom(const Contexts &contexts, qsizetype from)
 {
-    m_open.front()->wait();
-    settle(*m_open.front());
-    m_open.pop_front();
+    const qsizetype chunk = m_handler.chunkAt(contexts, from).size();
+    const qsizetype ahead = std::max(kFewestAhead, m_pool.width() * chunk);
+    const qsizetype end = std::min(contexts.size(), from + chunk + ahead);
+    for (qsizetype at = from; at < end; ++at) {
+        const QUrl file = standardized(contexts[at].candidate.fileURL);
+        if (exists(file)) {
+            m_ahead.expect(file.toLocalFile());
+        }
+    }
+}
+
+/// Does what follows for the pages of which nothing is under way, but the newest, which is being begun.
+void UploadRun::settleWhatRests()
+{
+    for (auto round = m_open.begin(); *round != m_open.back();) {
+        if ((*round)->isAtRest()) {
+            settle(**round);
+            round = m_open.erase(round);
+        } else {
+            ++round;
+        }
+    }
+}
+
+void UploadRun::settleAll()
+{
+    for (const auto &round : m_open) {
+        round->wait();
+        settle(*round);
+    }
+    m_open.clear();
 }
 
 bool UploadRun::mustEnd(const std::stop_token &stop) const
@@ -296,32 +279,9 @@ std::int64_t UploadRun::reconcile(const Contexts &contexts, const Outcomes &outc
 
 void UploadRun::record(const Outcomes &outcomes)
 {
-    const QList<std::int64_t> updated = recordInIndex(outcomes);
-    for (qsizetype index = 0; index < outcomes.size(); ++index) {
-        tellRecorded(outcomes[index], updated[index]);
+    for (const CandidateOutcome &outcome : outcomes) {
+        tellRecorded(outcome, recordOutcome(outcome));
     }
-}
-
-/// In the parallel modes the results of a round are recorded side by side, so that they can share the wait
-/// for the disk.
-QList<std::int64_t> UploadRun::recordInIndex(const Outcomes &outcomes)
-{
-    QList<std::int64_t> updated(outcomes.size(), 0);
-    const auto recordOne = [&, slots = updated.data()](qsizetype index) {
-        slots[index] = recordOutcome(outcomes[index]);
-    };
-    if (!m_recorders) {
-        for (qsizetype index = 0; index < outcomes.size(); ++index) {
-            recordOne(index);
-        }
-        return updated;
-    }
-    platform::TaskGroup group(*m_recorders, m_recorders->width(), {});
-    for (qsizetype index = 0; index < outcomes.size(); ++index) {
-        group.add([&recordOne, index](const std::stop_token &) { recordOne(index); });
-    }
-    group.wait();
-    return updated;
 }
 
 /// \return the number of rows updated.

@@ -15,7 +15,6 @@
 #include <cstddef>
 #include <deque>
 #include <memory>
-#include <optional>
 #include <stop_token>
 
 namespace gateway::upload {
@@ -25,9 +24,8 @@ namespace gateway::upload {
 /// Nothing is retried within a run; what failed is a candidate of a later one. What concerns the whole queue
 /// ends the run: what isn't on its way then is put back.
 ///
-/// In mode `single` the next files are made ready while one is on its way. In the parallel modes the next
-/// page begins while the last files of the one before are still on their way, so that neither the processor
-/// nor the network stands still between pages. At most two pages are open.
+/// While requests are on their way the next files are made ready, and the next page begins while files of
+/// those before are still on their way, so that neither the processor nor the network stands still.
 ///
 /// Owner: the upload task. Thread: that task's.
 class UploadRun
@@ -50,11 +48,11 @@ private:
     using Outcomes = UploadRound::Outcomes;
 
     void recover();
-    void runOneByOne(const std::stop_token &stop);
-    void expectFrom(const Contexts &contexts, qsizetype from);
-    void runInWindow(const std::stop_token &stop);
+    void drain(const std::stop_token &stop);
     void begin(UploadRound &round, platform::TaskGroup &window, const std::stop_token &stop);
-    void settleOldest();
+    void expectFrom(const Contexts &contexts, qsizetype from);
+    void settleWhatRests();
+    void settleAll();
     bool mustEnd(const std::stop_token &stop) const;
     bool isProbing() const;
     bool mayBeginPage(const std::stop_token &stop);
@@ -62,23 +60,21 @@ private:
     void settle(UploadRound &round);
     std::int64_t reconcile(const Contexts &contexts, const Outcomes &outcomes);
     void record(const Outcomes &outcomes);
-    QList<std::int64_t> recordInIndex(const Outcomes &outcomes);
     std::int64_t recordOutcome(const StoreUpload::CandidateOutcome &outcome);
     void tellRecorded(const StoreUpload::CandidateOutcome &outcome, std::int64_t updated);
     void refreshState() const;
     Details with(std::initializer_list<std::pair<QString, std::int64_t>> figures) const;
 
     const RunIdentity m_run;
-    const std::unique_ptr<ConversionAhead> m_ahead; // where one file goes at a time
-    const UploadCollaborators m_with;               // its converter is `m_ahead` where there is one
+    ConversionAhead m_ahead;
+    const UploadCollaborators m_with; // its converter is `m_ahead`
     StoreUpload::RunSummary m_summary;
     index::PendingCursor m_cursor;
     QSet<std::size_t> m_seen; // hashes of the storage paths taken: a backlog may hold a million of them
     RunHalt m_halt;
     CandidateHandler m_handler;
     std::deque<std::unique_ptr<UploadRound>> m_open; // oldest first
-    std::optional<platform::WorkerPool> m_pool;      // sends
-    std::optional<platform::WorkerPool> m_recorders; // record results side by side
+    platform::WorkerPool m_pool;                     // sends
 };
 
 } // namespace gateway::upload

@@ -51,6 +51,7 @@ Database &Database::operator=(Database &&other) noexcept
         dropCache();
         m_connection = std::move(other.m_connection);
         m_cache = std::move(other.m_cache);
+        m_syncsCommits = other.m_syncsCommits;
     }
     return *this;
 }
@@ -72,7 +73,16 @@ void Database::dropCache()
 
 void Database::useDurableWriteAheadLog()
 {
-    exec("PRAGMA journal_mode = WAL; PRAGMA synchronous = FULL");
+    exec("PRAGMA journal_mode = WAL");
+    syncCommits(true);
+}
+
+void Database::syncCommits(bool doesSync)
+{
+    if (m_syncsCommits != doesSync) {
+        exec(doesSync ? "PRAGMA synchronous = FULL" : "PRAGMA synchronous = NORMAL");
+        m_syncsCommits = doesSync;
+    }
 }
 
 void Database::exec(const std::string &sql)

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <stop_token>
 #include <string>
 #include <string_view>
@@ -43,6 +44,10 @@ public:
     /// other connections never wait for the writer.
     void useDurableWriteAheadLog();
 
+    /// Whether commits to the write-ahead log wait for the disk from now on. One that doesn't survives a
+    /// power cut once a later one that does has returned. Not inside a transaction.
+    void syncCommits(bool doesSync);
+
     /// Runs statements without parameters or results, separated by semicolons.
     void exec(const std::string &sql);
 
@@ -77,7 +82,8 @@ private:
     void dropCache();
 
     std::unique_ptr<sqlite3, Closer> m_connection;
-    std::unique_ptr<Cache> m_cache; // nodes stay where they are when the Database moves
+    std::unique_ptr<Cache> m_cache;     // nodes stay where they are when the Database moves
+    std::optional<bool> m_syncsCommits; // as last set
 };
 
 /// Lets a stop end what runs on a connection, with an SqliteError, for as long as this lives.

@@ -176,18 +176,21 @@ public:
         }
     }
 
-    bool noteSending(const QList<index::SentInstance> &instances) override
+    std::optional<QList<index::SentBefore>> noteSending(const QList<index::SentInstance> &instances) override
     {
         const platform::MutexLock lock(m_mutex);
-        if (!m_failsWrites) {
-            m_sent.append(instances);
-            for (const index::SentInstance &sent : instances) {
-                if (sent.version == 0) {
-                    m_otherVersions.insert(sent.instance);
-                }
+        if (m_failsWrites) {
+            return std::nullopt;
+        }
+        QList<index::SentBefore> before;
+        m_sent.append(instances);
+        for (const index::SentInstance &sent : instances) {
+            before.append(m_sentBefore.value(sent.instance, index::SentBefore::nothing));
+            if (sent.version == 0) {
+                m_otherVersions.insert(sent.instance);
             }
         }
-        return !m_failsWrites;
+        return before;
     }
 
     std::optional<std::int64_t> recordUploadResult(const QList<index::ImageObjectID> &,
