@@ -5,6 +5,8 @@
 #include "app/ground.h"
 #include "cloud_client/qrn_authentication_api.h"
 #include "cloud_client/qrn_bug_report_api.h"
+#include "cloud_client/qrn_delete_api.h"
+#include "cloud_client/qrn_qido_api.h"
 #include "cloud_client/qrn_quorin_cloud_terms_api.h"
 #include "cloud_client/qrn_status_api.h"
 #include "cloud_client/qrn_stow_api.h"
@@ -35,6 +37,8 @@ struct CloudAccount
     cloud_client::QrnStowAPI stowApi{client};
     cloud_client::QrnQuorinCloudTermsAPI termsApi{client};
     cloud_client::QrnBugReportAPI bugReportApi{client};
+    cloud_client::QrnQidoAPI queryApi{client};
+    cloud_client::QrnDeleteAPI deleteApi{client};
 
     account::QuorinAuthViewModel auth{{.authentication = authenticationApi,
                                        .user = userApi,

@@ -31,6 +31,27 @@ QMap<QString, QString> watchedFolders(const Ground &ground)
 
 } // namespace
 
+browser::CloudBrowserParts Doors::cloudBrowser()
+{
+    return {.queries = account.queryApi,
+            .deletes = account.deleteApi,
+            .emitter = ground.emitter,
+            .defaults = ground.defaults,
+            .runtime = {.main = ground.main, .pool = ground.networkPool, .clock = ground.clock},
+            .session = [&settings = account.client.networkSettings()] { return settings.token(); }};
+}
+
+browser::LocalBrowserParts Doors::localBrowser()
+{
+    return {.index = localIndex,
+            .notifications = ground.notifications,
+            .runtime = {.main = ground.main, .pool = ground.pool, .clock = ground.clock},
+            .countersChanged = [&state = live.state()] {
+                state.refreshCounters();
+                state.refreshTransferSeries();
+            }};
+}
+
 bool Doors::areImagesWaiting()
 {
     const std::optional<index::IndexFigures> figures = ground.index.figures();

@@ -5,9 +5,11 @@
 #include "app/missing_session.h"
 #include "app/receiving.h"
 #include "app/upkeep_elsewhere.h"
+#include "browser/local_index.h"
 #include "monitor/health_service.h"
 #include "state/upkeep_figures.h"
 #include "terminal/instance/account_commands.h"
+#include "terminal/instance/browser_commands.h"
 #include "terminal/instance/doctor_commands.h"
 #include "terminal/instance/instance_commands.h"
 #include "terminal/instance/session_commands.h"
@@ -76,6 +78,8 @@ struct Doors
                                            .listener = receiving.listenerWatch}};
     std::shared_ptr<terminal::StatusCommands> status = makeStatus();
     std::shared_ptr<terminal::DoctorCommands> doctor = makeDoctor();
+    browser::DicomDBLocalIndex localIndex{ground.index};
+    terminal::BrowserCommands browsers{cloudBrowser(), localBrowser(), account.auth};
     terminal::InstanceCommands commands{
         {.defaults = ground.defaults,
          .settings = ground.settings,
@@ -89,8 +93,12 @@ struct Doors
                       [this](const auto &...request) { return setupCommands.handle(request...); },
                       [this](const auto &...request) { return terms.handle(request...); },
                       [this](const auto &...request) { return profile.handle(request...); },
+                      [this](const auto &...request) { return browsers.handle(request...); },
                       [this](const auto &...request) { return doctor->handle(request...); }}}};
     std::unique_ptr<monitor::HealthService> health = makeHealth();
+
+    browser::CloudBrowserParts cloudBrowser();
+    browser::LocalBrowserParts localBrowser();
 
     bool areImagesWaiting();
     state::UpkeepFigures upkeepFigures();

@@ -306,7 +306,7 @@ void BrowserTable::deleteSelected()
         }
     }
     setSelectedIDs({});
-    m_scope.start(deleteTargets(targets, selected));
+    m_scope.start(deleteAndForget(targets, selected));
 }
 
 void BrowserTable::stopDeleting()
@@ -315,11 +315,16 @@ void BrowserTable::stopDeleting()
     m_isStoppingDeletion = isDeleting();
 }
 
-QCoro::Task<> BrowserTable::deleteTargets(QStringList targets, qint64 selectedRows)
+QCoro::Task<> BrowserTable::deleteAndForget(QStringList targets, qint64 selectedRows)
+{
+    co_await deleteTargets(std::move(targets), selectedRows);
+}
+
+QCoro::Task<BatchResult> BrowserTable::deleteTargets(QStringList targets, qint64 selectedRows)
 {
     enterMain();
     if (isDeleting() || m_scope.stopToken().stop_requested()) {
-        co_return;
+        co_return BatchResult{};
     }
     const auto operation = m_scope.enter();
     const QStringList wanted = distinct(targets);
@@ -327,7 +332,7 @@ QCoro::Task<> BrowserTable::deleteTargets(QStringList targets, qint64 selectedRo
         m_lastError = nothingToDeleteWords(m_kind);
         nothingToDelete(selectedRows);
         Q_EMIT changed();
-        co_return;
+        co_return BatchResult{};
     }
     m_isStoppingDeletion = false;
     deletionStarts(selectedRows, wanted);
@@ -337,8 +342,8 @@ QCoro::Task<> BrowserTable::deleteTargets(QStringList targets, qint64 selectedRo
     if (result.deleted > 0) {
         rowsDeleted();
     }
-    bool isLoaded = false;
-    if (!m_scope.stopToken().stop_requested()) {
+    bool isLoaded = m_load == 0;
+    if (!isLoaded && !m_scope.stopToken().stop_requested()) {
         isLoaded = co_await loadAnyway(triggerAfterDeletion());
     }
     if (isLoaded || result.failed > 0 || result.isStopped) {
@@ -347,6 +352,7 @@ QCoro::Task<> BrowserTable::deleteTargets(QStringList targets, qint64 selectedRo
     deletionEnded(result);
     m_deletion.reset();
     Q_EMIT changed();
+    co_return result;
 }
 
 QCoro::Task<BatchResult> BrowserTable::deleteAll(QStringList targets)

@@ -90,6 +90,9 @@ public:
     void setSortOrder(SortOrder order);
     void setShowsFailuresOnly(bool only);
 
+    /// Loads all rows, unless a load is under way. \param trigger  a short word for the log.
+    QCoro::Task<> load(QString trigger);
+
     bool isLoading() const { return m_isLoading; }
     bool isDeleting() const { return m_deletion.has_value(); }
 
@@ -130,6 +133,13 @@ public:
     /// No: nothing has changed.
     void cancelDeletion();
 
+    /// Deletes targets, as rows name them, unless a deletion is under way; blank ones and repetitions don't
+    /// count. Rows that were loaded are loaded anew then.
+    ///
+    /// \param selectedRows  how many rows they came from.
+    /// \return what became of them; empty where nothing was tried.
+    QCoro::Task<BatchResult> deleteTargets(QStringList targets, qint64 selectedRows);
+
     /// How far the deletion under way is.
     const std::optional<DeletionProgress> &deletion() const { return m_deletion; }
 
@@ -168,14 +178,6 @@ protected:
                  const BrowserRuntime &runtime,
                  std::shared_ptr<const TableRows> noRows,
                  SortOrder order);
-
-    /// Loads unless a load is under way.
-    QCoro::Task<> load(QString trigger);
-
-    /// Deletes targets; blank ones and repetitions don't count.
-    ///
-    /// \param selectedRows  how many rows they came from.
-    QCoro::Task<> deleteTargets(QStringList targets, qint64 selectedRows);
 
     /// Forgets the rows and what was said of them. An answer under way counts.
     void forgetRows();
@@ -227,6 +229,7 @@ private:
     };
 
     QCoro::Task<bool> loadAnyway(QString trigger);
+    QCoro::Task<> deleteAndForget(QStringList targets, qint64 selectedRows);
     QCoro::Task<BatchResult> deleteAll(QStringList targets);
     Arranged blank(std::shared_ptr<const TableRows> rows) const;
     static void arrange(Arranged &rows);

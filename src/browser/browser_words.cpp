@@ -154,6 +154,27 @@ QString columnTitle(TableKind kind, int column)
     return {};
 }
 
+QString nothingFoundWords(TableKind kind)
+{
+    switch (kind) {
+    case TableKind::cloudStudies:
+        return BrowserWords::tr("No Quorin Cloud studies found for the current filters.");
+    case TableKind::cloudSeries:
+        return BrowserWords::tr("No Quorin Cloud series found.");
+    case TableKind::localStudies:
+        return BrowserWords::tr("No local studies found.");
+    case TableKind::localSeries:
+        return BrowserWords::tr("No local series found.");
+    }
+    return {};
+}
+
+QString signInWords(TableKind kind)
+{
+    return holdsSeries(kind) ? BrowserWords::tr("Sign in to load Quorin Cloud series.")
+                             : BrowserWords::tr("Sign in to load Quorin Cloud studies.");
+}
+
 QString loadFailureWords(const std::exception_ptr &failure)
 {
     const QString fallback = BrowserWords::tr("Quorin Cloud gave no usable answer.");

@@ -17,6 +17,10 @@ struct BatchResult;
 /// The title of a column of the table's rows.
 QString columnTitle(TableKind kind, int column);
 
+/// What stands where a table would be that has no rows, and what signing in would bring.
+QString nothingFoundWords(TableKind kind);
+QString signInWords(TableKind kind);
+
 /// Why a load failed.
 QString loadFailureWords(const std::exception_ptr &failure);
 

@@ -53,7 +53,7 @@ BrowserTable::Delete LocalStudySeriesTableViewModel::makeDelete()
     };
 }
 
-QCoro::Task<> LocalStudySeriesTableViewModel::deleteSeries(QList<Row> rows)
+QCoro::Task<BatchResult> LocalStudySeriesTableViewModel::deleteSeries(QList<Row> rows)
 {
     QStringList targets;
     for (const Row &row : rows) {

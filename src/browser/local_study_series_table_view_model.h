@@ -9,12 +9,12 @@ namespace gateway::browser {
 /// The study whose series are shown, as its row told it. Thread: a value, any.
 struct LocalStudySeriesContext
 {
-    QString id;
-    QString studyID; ///< the study's identity in the index
-    QString studyInstanceUID;
-    QString patientName;
-    QString patientID;
-    QString studyDescription;
+    QString id = {};
+    QString studyID = {}; ///< the study's identity in the index
+    QString studyInstanceUID = {};
+    QString patientName = {};
+    QString patientID = {};
+    QString studyDescription = {};
 
     static LocalStudySeriesContext of(const QuorinGatewayLocalStudyRow &row);
 };
@@ -39,7 +39,7 @@ public:
     QCoro::Task<> loadSeries();
 
     /// Deletes series from this machine; the study stays, if need be empty.
-    QCoro::Task<> deleteSeries(QList<Row> rows);
+    QCoro::Task<BatchResult> deleteSeries(QList<Row> rows);
 
 protected:
     Load makeLoad() override;

@@ -71,7 +71,7 @@ CloudTable::Load QuorinCloudQidoSeriesTableViewModel::makeLoad()
     };
 }
 
-QCoro::Task<> QuorinCloudQidoSeriesTableViewModel::deleteSeries(QList<Row> rows)
+QCoro::Task<BatchResult> QuorinCloudQidoSeriesTableViewModel::deleteSeries(QList<Row> rows)
 {
     QStringList targets;
     for (const Row &row : rows) {

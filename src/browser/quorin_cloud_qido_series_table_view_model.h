@@ -9,12 +9,12 @@ namespace gateway::browser {
 /// The study whose series are shown, as its row told it. Thread: a value, any.
 struct QuorinCloudSeriesStudyContext
 {
-    QString id;
-    QString studyInstanceUIDRaw;
-    QString studyInstanceUIDDisplay;
-    QString patientName;
-    QString patientID;
-    QString studyDescription;
+    QString id = {};
+    QString studyInstanceUIDRaw = {};
+    QString studyInstanceUIDDisplay = {};
+    QString patientName = {};
+    QString patientID = {};
+    QString studyDescription = {};
 
     static QuorinCloudSeriesStudyContext of(const QuorinCloudQidoStudyRow &row);
 };
@@ -39,7 +39,7 @@ public:
     QCoro::Task<> loadSeries(QString trigger);
 
     /// Deletes series, each once.
-    QCoro::Task<> deleteSeries(QList<Row> rows);
+    QCoro::Task<BatchResult> deleteSeries(QList<Row> rows);
 
 protected:
     Load makeLoad() override;

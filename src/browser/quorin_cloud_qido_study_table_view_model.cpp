@@ -138,7 +138,7 @@ CloudTable::Load QuorinCloudQidoStudyTableViewModel::makeLoad()
     };
 }
 
-QCoro::Task<> QuorinCloudQidoStudyTableViewModel::deleteStudies(QList<Row> rows)
+QCoro::Task<BatchResult> QuorinCloudQidoStudyTableViewModel::deleteStudies(QList<Row> rows)
 {
     QStringList targets;
     for (const Row &row : rows) {

@@ -68,7 +68,7 @@ public:
     QCoro::Task<> loadStudies(QString trigger);
 
     /// Deletes studies, each once.
-    QCoro::Task<> deleteStudies(QList<Row> rows);
+    QCoro::Task<BatchResult> deleteStudies(QList<Row> rows);
 
     void resetAfterSignOut() override;
 

@@ -45,7 +45,7 @@ BrowserTable::Delete QuorinGatewayLocalStudyTableViewModel::makeDelete()
     };
 }
 
-QCoro::Task<> QuorinGatewayLocalStudyTableViewModel::deleteStudies(QList<Row> rows)
+QCoro::Task<BatchResult> QuorinGatewayLocalStudyTableViewModel::deleteStudies(QList<Row> rows)
 {
     QStringList targets;
     for (const Row &row : rows) {

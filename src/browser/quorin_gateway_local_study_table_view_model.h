@@ -24,7 +24,7 @@ public:
     QCoro::Task<> loadStudies();
 
     /// Deletes studies from this machine.
-    QCoro::Task<> deleteStudies(QList<Row> rows);
+    QCoro::Task<BatchResult> deleteStudies(QList<Row> rows);
 
 protected:
     Load makeLoad() override;

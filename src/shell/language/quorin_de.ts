@@ -155,6 +155,12 @@
 <message><source>Delete</source><translation>Löschen</translation></message>
 <message><source>Copies on this computer stay.</source><translation>Kopien auf diesem Computer bleiben.</translation></message>
 <message><source>Copies in Quorin Cloud stay.</source><translation>Kopien in der Quorin Cloud bleiben.</translation></message>
+<message><source>No Quorin Cloud studies found for the current filters.</source><translation>Keine Quorin-Cloud-Studien für die aktuellen Filter gefunden.</translation></message>
+<message><source>No Quorin Cloud series found.</source><translation>Keine Quorin-Cloud-Serien gefunden.</translation></message>
+<message><source>No local studies found.</source><translation>Keine lokalen Studien gefunden.</translation></message>
+<message><source>No local series found.</source><translation>Keine lokalen Serien gefunden.</translation></message>
+<message><source>Sign in to load Quorin Cloud series.</source><translation>Melden Sie sich an, um Quorin-Cloud-Serien zu laden.</translation></message>
+<message><source>Sign in to load Quorin Cloud studies.</source><translation>Melden Sie sich an, um Quorin-Cloud-Studien zu laden.</translation></message>
 </context>
 <context><name>gateway::shell::BugReportWindow</name>
 <message><source>Issue is reproducible</source><translation>Das Problem lässt sich wiederholen</translation></message>

@@ -5,6 +5,7 @@
 #include "terminal/client/log_commands.h"
 #include "terminal/client/offline_commands.h"
 #include "terminal/commands/account_requests.h"
+#include "terminal/commands/browser_report.h"
 #include "terminal/commands/command_requests.h"
 #include "terminal/commands/doctor_report.h"
 #include "terminal/commands/retention_option.h"
@@ -31,6 +32,9 @@ constexpr std::chrono::hours kReportPatience{6};
 
 /// Every stored file is looked at, and there may be millions.
 constexpr std::chrono::hours kDoctorPatience{24};
+
+/// A large archive takes its time over a query, and a deletion goes study by study.
+constexpr std::chrono::hours kBrowserPatience{24};
 
 constexpr std::chrono::seconds kWatchInterval{2};
 
@@ -128,6 +132,18 @@ public:
                 return command.asJson ? jsonLine(found) : doctorText(found);
             });
         return code == ExitCode::done && !isWell ? ExitCode::failed : code;
+    }
+
+    ExitCode operator()(const BrowserCommand &command) const
+    {
+        return finish(ask(browserRequest(command), kBrowserPatience), [&](const QJsonObject &result) {
+            if (command.asJson) {
+                return jsonLine(result);
+            }
+            return command.action == BrowserCommand::Action::deletion
+                       ? deletionText(result, tableKindOf(command))
+                       : rowsText(result, tableKindOf(command));
+        });
     }
 
     ExitCode operator()(const LogsCommand &command) const { return showLogs(m_layout.logFolder, command); }

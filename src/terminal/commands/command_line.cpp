@@ -2,6 +2,9 @@
 
 #include <CLI/CLI.hpp>
 
+#include <QtCore/QDate>
+
+#include <map>
 #include <string>
 #include <vector>
 
@@ -29,7 +32,25 @@ struct Raw
     std::vector<std::string> attachments;
     std::vector<std::string> paths;
     std::string helpTopic;
+    std::string search, study;
+    bool failed = false, yes = false;
+    long long expected = 0;
+    std::map<std::string, std::string> filters;
+    std::vector<std::string> targets;
 };
+
+/// The filters of a query of the cloud.
+constexpr struct
+{
+    const char *name;
+    const char *help;
+} kFilters[] = {{"patient-name", "The patient's name; * stands for any letters"},
+                {"patient-id", "The patient's ID"},
+                {"accession", "The accession number"},
+                {"description", "The study's description"},
+                {"physician", "The referring physician"},
+                {"institution", "The institution"},
+                {"modality", "A modality in the study, such as CT"}};
 
 QString text(const std::string &value)
 {
@@ -155,6 +176,60 @@ void addAccount(CLI::App &app, Raw &raw)
                             "on three lines of standard input");
 }
 
+/// What the two browsers have in common.
+void addBrowser(CLI::App &browser, Raw &raw, const char *deleteHelp)
+{
+    browser.require_subcommand(1);
+    CLI::App *studies = browser.add_subcommand("studies", "List the studies");
+    CLI::App *series = browser.add_subcommand("series", "List the series of a study");
+    series->add_option("STUDY", raw.study, "The study's UID")->required();
+    for (CLI::App *list : {studies, series}) {
+        list->add_option("--search", raw.search, "Only rows with this text")->type_name("TEXT");
+        list->add_flag("--json", raw.json, "As one JSON object");
+    }
+    CLI::App *deletion = browser.add_subcommand("delete", deleteHelp);
+    deletion->add_option("UID", raw.targets, "Studies; with --study, series of that study")->required();
+    deletion->add_option("--study", raw.study, "Delete series of this study")->type_name("STUDY");
+    CLI::Option *yes = deletion->add_flag("--yes", raw.yes, "Delete for good; needs --expect");
+    CLI::Option *expect =
+        deletion->add_option("--expect", raw.expected, "How many are to be deleted")->type_name("N");
+    yes->needs(expect);
+    expect->needs(yes);
+    deletion->add_flag("--json", raw.json, "As one JSON object");
+}
+
+std::string faultInDate(const std::string &value)
+{
+    return QDate::fromString(text(value), Qt::ISODate).isValid() ? std::string()
+                                                                 : "takes a date, such as 2026-01-31";
+}
+
+void addCloud(CLI::App &app, Raw &raw)
+{
+    CLI::App *cloud = app.add_subcommand("cloud", "Look at what the cloud holds, and delete of it");
+    addBrowser(*cloud, raw, "Delete from the cloud; copies on this computer stay");
+    CLI::App *studies = cloud->get_subcommand("studies");
+    for (const auto &[name, help] : kFilters) {
+        studies->add_option("--" + std::string(name), raw.filters[name], help)->type_name("TEXT");
+    }
+    studies->add_option("--birth-date", raw.filters["birth-date"], "The patient's date of birth")
+        ->type_name("DATE")
+        ->check(faultInDate);
+    studies->add_option("--study-date", raw.filters["study-date"], "The day: today, yesterday or a date")
+        ->type_name("DATE")
+        ->check([](const std::string &value) {
+            return value == "today" || value == "yesterday" ? std::string() : faultInDate(value);
+        });
+}
+
+void addLocal(CLI::App &app, Raw &raw)
+{
+    CLI::App *local = app.add_subcommand("local", "Look at what this computer holds, and delete of it");
+    addBrowser(*local, raw, "Delete from this computer; copies in the cloud stay");
+    local->get_subcommand("studies")->add_flag(
+        "--failed", raw.failed, "Only studies with images whose upload failed");
+}
+
 void addReport(CLI::App &app, Raw &raw)
 {
     CLI::App *report = app.add_subcommand("report", "Report a bug to the cloud service");
@@ -209,6 +284,32 @@ LogsCommand logsCommand(const CLI::App &logs, const Raw &raw)
             hasImage ? std::optional(text(raw.image)) : std::nullopt,
             raw.json,
             raw.follow};
+}
+
+BrowserCommand browserCommand(BrowserCommand::Place place, const CLI::App &browser, const Raw &raw)
+{
+    using Action = BrowserCommand::Action;
+    BrowserCommand command{.place = place,
+                           .action = browser.got_subcommand("studies")  ? Action::studies
+                                     : browser.got_subcommand("series") ? Action::series
+                                                                        : Action::deletion,
+                           .asJson = raw.json,
+                           .searchText = text(raw.search),
+                           .failuresOnly = raw.failed,
+                           .study = text(raw.study),
+                           .isConfirmed = raw.yes};
+    for (const auto &[name, value] : raw.filters) {
+        if (!value.empty()) {
+            command.filters.insert(text(name), text(value));
+        }
+    }
+    for (const std::string &target : raw.targets) {
+        command.targets.append(text(target));
+    }
+    if (raw.yes) {
+        command.expected = raw.expected;
+    }
+    return command;
 }
 
 SettingsCommand settingsCommand(const CLI::App &settings, const Raw &raw)
@@ -275,6 +376,12 @@ Command command(const CLI::App &app, const Raw &raw)
     if (app.got_subcommand("report")) {
         return reportCommand(raw);
     }
+    if (app.got_subcommand("cloud")) {
+        return browserCommand(BrowserCommand::Place::cloud, *app.get_subcommand("cloud"), raw);
+    }
+    if (app.got_subcommand("local")) {
+        return browserCommand(BrowserCommand::Place::local, *app.get_subcommand("local"), raw);
+    }
     if (raw.headless) {
         return RunHeadless{};
     }
@@ -311,6 +418,8 @@ std::variant<Invocation, CommandLineEnd> parseCommandLine(const QStringList &arg
     addAccount(app, raw);
     addReport(app, raw);
     addDoctor(app, raw);
+    addCloud(app, raw);
+    addLocal(app, raw);
 
     // CLI11 takes the arguments last first.
     std::vector<std::string> reversed;

@@ -2,6 +2,7 @@
 
 #include "platform/sockets/listening_socket.h"
 
+#include <QtCore/QMap>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 
@@ -133,6 +134,34 @@ struct DoctorCommand
     bool asJson = false;
 };
 
+/// Look at what the cloud or this machine holds, or delete of it; texts as typed.
+struct BrowserCommand
+{
+    enum class Place
+    {
+        cloud,
+        local
+    };
+
+    enum class Action
+    {
+        studies,
+        series,
+        deletion
+    };
+
+    Place place = Place::cloud;
+    Action action = Action::studies;
+    bool asJson = false;
+    QString searchText = {};
+    bool failuresOnly = false;           ///< of local studies
+    QMap<QString, QString> filters = {}; ///< of cloud studies, by their option's name; those that were given
+    QString study = {};                  ///< whose series; empty for studies
+    QStringList targets = {};            ///< what to delete
+    bool isConfirmed = false;            ///< --yes
+    std::optional<qint64> expected = {}; ///< --expect
+};
+
 using Command = std::variant<RunHeadless,
                              RunDesktop,
                              SetupCommand,
@@ -146,7 +175,8 @@ using Command = std::variant<RunHeadless,
                              TermsCommand,
                              AccountCommand,
                              ReportCommand,
-                             DoctorCommand>;
+                             DoctorCommand,
+                             BrowserCommand>;
 
 /// What the program was asked to do.
 struct Invocation

@@ -40,6 +40,49 @@ protected:
     void TearDown() override { SetUp(); }
 };
 
+TEST_F(CommandLine, LooksAtWhatTheCloudHolds)
+{
+    const auto studies = std::get<BrowserCommand>(invocation({u"cloud"_qs,
+                                                              u"studies"_qs,
+                                                              u"--patient-name"_qs,
+                                                              u"Doe*"_qs,
+                                                              u"--study-date"_qs,
+                                                              u"yesterday"_qs,
+                                                              u"--json"_qs})
+                                                      .command);
+    EXPECT_EQ(studies.place, BrowserCommand::Place::cloud);
+    EXPECT_EQ(studies.action, BrowserCommand::Action::studies);
+    EXPECT_EQ(
+        studies.filters,
+        (QMap<QString, QString>{{u"patient-name"_qs, u"Doe*"_qs}, {u"study-date"_qs, u"yesterday"_qs}}));
+    EXPECT_TRUE(studies.asJson);
+    const auto series = std::get<BrowserCommand>(invocation({u"cloud"_qs, u"series"_qs, u"1.2"_qs}).command);
+    EXPECT_EQ(series.action, BrowserCommand::Action::series);
+    EXPECT_EQ(series.study, u"1.2"_qs);
+    EXPECT_EQ(ending({u"cloud"_qs, u"studies"_qs, u"--study-date"_qs, u"soon"_qs}).exitCode, 2);
+    EXPECT_EQ(ending({u"cloud"_qs, u"studies"_qs, u"--birth-date"_qs, u"2026-02-30"_qs}).exitCode, 2);
+    EXPECT_EQ(ending({u"cloud"_qs}).exitCode, 2);
+    EXPECT_EQ(ending({u"cloud"_qs, u"studies"_qs, u"--failed"_qs}).exitCode, 2);
+}
+
+TEST_F(CommandLine, TakesAYesOnlyTogetherWithACount)
+{
+    const auto deletion = std::get<BrowserCommand>(
+        invocation({u"local"_qs, u"delete"_qs, u"1.2"_qs, u"1.3"_qs, u"--yes"_qs, u"--expect"_qs, u"2"_qs})
+            .command);
+    EXPECT_EQ(deletion.place, BrowserCommand::Place::local);
+    EXPECT_EQ(deletion.action, BrowserCommand::Action::deletion);
+    EXPECT_EQ(deletion.targets, QStringList({u"1.2"_qs, u"1.3"_qs}));
+    EXPECT_TRUE(deletion.isConfirmed);
+    EXPECT_EQ(deletion.expected, 2);
+    EXPECT_TRUE(deletion.study.isEmpty());
+    EXPECT_EQ(ending({u"local"_qs, u"delete"_qs, u"1.2"_qs, u"--yes"_qs}).exitCode, 2);
+    EXPECT_EQ(ending({u"local"_qs, u"delete"_qs, u"1.2"_qs, u"--expect"_qs, u"1"_qs}).exitCode, 2);
+    EXPECT_EQ(ending({u"local"_qs, u"delete"_qs, u"--yes"_qs, u"--expect"_qs, u"1"_qs}).exitCode, 2);
+    EXPECT_FALSE(
+        std::get<BrowserCommand>(invocation({u"local"_qs, u"delete"_qs, u"1.2"_qs}).command).isConfirmed);
+}
+
 TEST_F(CommandLine, RunsHeadlessWhenAsked)
 {
     const Invocation taken = invocation({u"--home"_qs, u"/srv/gateway"_qs, u"--headless"_qs});

@@ -48,8 +48,9 @@ struct ControlReply
 /// hold.
 inline constexpr qsizetype kMaxControlLine = 4 * 1024 * 1024;
 
-/// The longest reply that a command takes, in bytes without the line feed: the text of terms has room in it.
-inline constexpr qsizetype kMaxControlReply = 16 * 1024 * 1024;
+/// The longest reply that a command takes, in bytes without the line feed: a list of 200,000 studies has room
+/// in it.
+inline constexpr qsizetype kMaxControlReply = 64 * 1024 * 1024;
 
 QByteArray encode(const ControlRequest &request);
 QByteArray encode(const ControlReply &reply);

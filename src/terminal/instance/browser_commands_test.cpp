@@ -1,0 +1,202 @@
+#include "terminal/instance/browser_commands.h"
+
+#include "browser/testing/fake_archive.h"
+#include "index/testing/temporary_index.h"
+#include "log/testing/recording_log.h"
+#include "terminal/instance/testing/account_app.h"
+
+#include <QtCore/QJsonArray>
+
+namespace gateway::terminal::testing {
+
+namespace {
+
+using cloud_client::QrnDicomTag;
+using index::testing::TemporaryIndex;
+using Action = BrowserCommand::Action;
+using Place = BrowserCommand::Place;
+
+struct BrowserCommandsTest : AccountApp
+{
+    BrowserCommandsTest()
+    {
+        archive.addStudy(QStringLiteral("1.1"), {{QrnDicomTag::PatientName, QStringLiteral("Doe^Jane")}});
+        archive.addStudy(QStringLiteral("1.2"));
+        archive.addSeries(QStringLiteral("1.1"), QStringLiteral("1.1.1"), 4);
+    }
+
+    ~BrowserCommandsTest() override { archive.release(); }
+
+    ControlReply ask(const BrowserCommand &command)
+    {
+        return AccountApp::ask(commands, browserRequest(command));
+    }
+
+    ControlReply list(Place place, const QString &study = {})
+    {
+        return ask(
+            {.place = place, .action = study.isEmpty() ? Action::studies : Action::series, .study = study});
+    }
+
+    ControlReply remove(Place place, const QStringList &targets, const QString &study = {})
+    {
+        return ask({.place = place,
+                    .action = Action::deletion,
+                    .study = study,
+                    .targets = targets,
+                    .isConfirmed = true,
+                    .expected = targets.size()});
+    }
+
+    browser::testing::FakeArchive archive;
+    log::testing::RecordingLog events;
+    log::StoreLogEmitter emitter{events, clock};
+    TemporaryIndex store;
+    browser::DicomDBLocalIndex localIndex{store.index()};
+    int refreshed = 0;
+    BrowserCommands commands{
+        {archive, archive, emitter, defaults, {main, pool, clock}, [this] { return settings.token(); }},
+        {localIndex, notifications, {main, pool, clock}, [this] { ++refreshed; }},
+        auth};
+};
+
+} // namespace
+
+TEST_F(BrowserCommandsTest, LeaveOtherRequestsToOthers)
+{
+    EXPECT_FALSE(commands.handle({QStringLiteral("status"), {}}, [](const ControlReply &) { FAIL(); }));
+}
+
+TEST_F(BrowserCommandsTest, NeedASessionForTheCloudAlone)
+{
+    EXPECT_EQ(list(Place::cloud).error, QStringLiteral("Sign in to load Quorin Cloud studies."));
+    EXPECT_EQ(list(Place::cloud, QStringLiteral("1.1")).error,
+              QStringLiteral("Sign in to load Quorin Cloud series."));
+    EXPECT_EQ(remove(Place::cloud, {QStringLiteral("1.1")}).code, ExitCode::failed);
+    EXPECT_TRUE(archive.calls().isEmpty());
+    EXPECT_EQ(list(Place::local).code, ExitCode::done);
+}
+
+TEST_F(BrowserCommandsTest, ListWhatTheCloudHolds)
+{
+    signIn();
+
+    const ControlReply reply =
+        ask({.place = Place::cloud,
+             .searchText = QStringLiteral("doe"),
+             .filters = {{QStringLiteral("modality"), QStringLiteral("CT")},
+                         {QStringLiteral("study-date"), QStringLiteral("2026-01-31")},
+                         {QStringLiteral("birth-date"), QStringLiteral("1970-02-03")}}});
+
+    const QJsonArray studies = reply.result.value(QStringLiteral("studies")).toArray();
+    ASSERT_EQ(studies.size(), 1);
+    EXPECT_EQ(studies[0][u"patientName"].toString(), QStringLiteral("Doe^Jane"));
+    EXPECT_EQ(studies[0][u"studyInstanceUID"].toString(), QStringLiteral("1.1"));
+    EXPECT_TRUE(studies[0][u"patientID"].isNull());
+    EXPECT_EQ(archive.lastQuery->modalitiesInStudy, QStringLiteral("CT"));
+    EXPECT_EQ(archive.lastQuery->studyDate, QStringLiteral("20260131"));
+    EXPECT_EQ(archive.lastQuery->patientBirthDate, QStringLiteral("19700203"));
+    EXPECT_EQ(list(Place::cloud, QStringLiteral("1.1"))
+                  .result.value(QStringLiteral("series"))
+                  .toArray()[0][u"seriesNumber"]
+                  .toString(),
+              QStringLiteral("4"));
+}
+
+TEST_F(BrowserCommandsTest, TellWhyTheCloudCouldNotBeAsked)
+{
+    signIn();
+    archive.failure = QStringLiteral("Nobody answers.");
+
+    EXPECT_EQ(list(Place::cloud).error, QStringLiteral("Nobody answers."));
+}
+
+TEST_F(BrowserCommandsTest, DeleteFromTheCloudAndAskForNothingThen)
+{
+    signIn();
+
+    const ControlReply reply = remove(Place::cloud, {QStringLiteral("1.1"), QStringLiteral("1.2")});
+
+    EXPECT_EQ(reply.code, ExitCode::done);
+    EXPECT_EQ(reply.result.value(QStringLiteral("deleted")).toInt(), 2);
+    EXPECT_TRUE(archive.studies.isEmpty());
+    EXPECT_FALSE(archive.calls().contains(QStringLiteral("studies")));
+    EXPECT_EQ(remove(Place::cloud, {QStringLiteral("1.1.1")}, QStringLiteral("1.1")).code, ExitCode::done);
+    EXPECT_EQ(archive.calls().last(), QStringLiteral("delete 1.1/1.1.1"));
+}
+
+TEST_F(BrowserCommandsTest, TellWhatCouldNotBeDeleted)
+{
+    signIn();
+    archive.stubborn = {QStringLiteral("1.2")};
+
+    const ControlReply reply = remove(Place::cloud, {QStringLiteral("1.1"), QStringLiteral("1.2")});
+
+    EXPECT_EQ(reply.code, ExitCode::failed);
+    EXPECT_EQ(reply.error,
+              QStringLiteral("Deleted 1 of 2 selected studies. 1 failed. Last error: It is held."));
+}
+
+TEST_F(BrowserCommandsTest, DeleteNothingWithoutTheWordAndTheCount)
+{
+    store.import(TemporaryIndex::image(QStringLiteral("9.1")));
+    const QStringList targets{QStringLiteral("1.2")};
+
+    const ControlReply bare = ask({.place = Place::local, .action = Action::deletion, .targets = targets});
+    const ControlReply wrong = ask({.place = Place::local,
+                                    .action = Action::deletion,
+                                    .targets = targets,
+                                    .isConfirmed = true,
+                                    .expected = 2});
+
+    EXPECT_EQ(bare.code, ExitCode::usage);
+    EXPECT_EQ(wrong.code, ExitCode::usage);
+    EXPECT_EQ(store.index().studySnapshots().size(), 1);
+}
+
+TEST_F(BrowserCommandsTest, ListAndDeleteWhatThisMachineHolds)
+{
+    store.import(TemporaryIndex::image(QStringLiteral("9.1")));
+
+    const QJsonArray studies = list(Place::local).result.value(QStringLiteral("studies")).toArray();
+    ASSERT_EQ(studies.size(), 1);
+    EXPECT_EQ(studies[0][u"id"].toString(), QStringLiteral("1.2"));
+    EXPECT_EQ(studies[0][u"images"].toInt(), 1);
+    EXPECT_EQ(studies[0][u"syncState"].toString(), QStringLiteral("Not Synced"));
+    EXPECT_EQ(
+        list(Place::local, QStringLiteral("1.2")).result.value(QStringLiteral("series")).toArray().size(), 1);
+    EXPECT_EQ(remove(Place::local, {QStringLiteral("7.7")}).error,
+              QStringLiteral("Failed to delete the selected studies."));
+
+    EXPECT_EQ(remove(Place::local, {QStringLiteral("1.2")}).code, ExitCode::done);
+
+    EXPECT_TRUE(store.index().studySnapshots().isEmpty());
+    EXPECT_EQ(store.removals().size(), 1);
+    EXPECT_EQ(refreshed, 1);
+}
+
+TEST_F(BrowserCommandsTest, EndADeletionBehindTheStudyAtWhichItIsWhenTheCallerGoes)
+{
+    signIn();
+    archive.hold(QStringLiteral("delete 1.1"));
+    std::stop_source gone;
+    ControlRequest request = browserRequest({.place = Place::cloud,
+                                             .action = Action::deletion,
+                                             .targets = {QStringLiteral("1.1"), QStringLiteral("1.2")},
+                                             .isConfirmed = true,
+                                             .expected = 2});
+    request.hungUp = gone.get_token();
+    std::optional<ControlReply> reply;
+    commands.handle(request, [&reply](const ControlReply &given) { reply = given; });
+    runUntil([&] { return !archive.calls().isEmpty(); });
+
+    gone.request_stop();
+    main.drain();
+    archive.release();
+    runUntil([&] { return reply.has_value(); });
+
+    EXPECT_EQ(reply->error, QStringLiteral("Stopped. Deleted 1 of 2 selected studies."));
+    EXPECT_EQ(archive.studies.size(), 1);
+}
+
+} // namespace gateway::terminal::testing

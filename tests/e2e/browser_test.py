@@ -1,0 +1,74 @@
+"""What the cloud and this computer hold, looked at and deleted by command; what goes is gone, what stays stays."""
+
+import json
+import unittest
+
+from harness import EndToEndTest, send
+
+
+class Browser(EndToEndTest):
+
+    def setUp(self):
+        super().setUp()
+        self.cloud = self.start_cloud()
+        self.gateway = self.start_gateway(self.cloud.address)
+
+    def told(self, *arguments):
+        return json.loads(self.gateway.command(*arguments, "--json").stdout)
+
+    def refusal(self, *arguments):
+        ended = self.gateway.command(*arguments, check=False)
+        return ended.returncode, ended.stderr
+
+    def stored_files(self):
+        return [path for path in (self.gateway.home / "Documents/Pavan Data").rglob("*.dcm")]
+
+    def test_a_study_is_deleted_here_and_there_each_by_itself(self):
+        # Given
+        self.assertEqual(self.refusal("cloud", "studies"), (1, "Sign in to load Quorin Cloud studies.\n"))
+        self.gateway.sign_in()
+        sent = self.samples(ct=3)
+        send(self.gateway, sent)
+        self.gateway.await_synced(sent)
+        cloud = self.told("cloud", "studies")["studies"]
+        local = self.told("local", "studies")["studies"]
+        self.assertEqual({study["studyInstanceUID"] for study in cloud}, {study["id"] for study in local})
+        self.assertEqual(sum(study["images"] for study in cloud), len(sent))
+        self.assertEqual({study["syncState"] for study in local}, {"Synced"})
+        study = local[0]["id"]
+        series = self.told("cloud", "series", study)["series"]
+        self.assertEqual(sum(one["images"] for one in series), cloud[0]["images"])
+        self.assertIn(study, self.gateway.command("local", "studies").stdout)
+
+        # When a person isn't sure
+        self.assertEqual(self.refusal("local", "delete", study),
+                         (2, "This would delete 1 study from this computer for good. "
+                             "To do it, add --yes --expect 1.\n"))
+        self.assertEqual(self.refusal("cloud", "delete", study, "--yes", "--expect", "2"),
+                         (2, "1 study would be deleted, and 2 are expected. Nothing was deleted.\n"))
+        self.assertEqual(self.refusal("cloud", "delete", study, "--yes")[0], 2)
+        self.assertEqual((len(self.cloud.instances()), len(self.stored_files())), (len(sent), len(sent)))
+
+        # When the study goes from the cloud
+        gone = self.gateway.command("cloud", "delete", study, "--yes", "--expect", "1").stdout
+        self.assertEqual(gone, "Deleted 1 study. Copies on this computer stay.\n")
+        self.assertEqual(self.told("cloud", "studies")["studies"], cloud[1:])
+        self.assertEqual(len(self.stored_files()), len(sent))
+        code, words = self.refusal("cloud", "delete", study, "--yes", "--expect", "1")
+        self.assertEqual(code, 1)
+        self.assertIn("Deleted 0 of 1 selected studies. 1 failed.", words)
+
+        # When it goes from here
+        gone = self.gateway.command("local", "delete", study, "--yes", "--expect", "1").stdout
+        self.assertEqual(gone, "Deleted 1 study. Copies in Quorin Cloud stay.\n")
+        self.assertEqual(self.told("local", "studies")["studies"], local[1:])
+        self.assertEqual(len(self.stored_files()), sum(one["images"] for one in local[1:]))
+
+    def test_nothing_is_asked_of_a_gateway_that_does_not_run(self):
+        self.gateway.end()
+
+        self.assertEqual(self.refusal("local", "studies")[0], 3)
+
+
+if __name__ == "__main__":
+    unittest.main()
