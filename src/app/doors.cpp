@@ -1,7 +1,5 @@
 #include "app/doors.h"
 
-#include "receive/folder_bookmark.h"
-
 #include <QtCore/QMap>
 
 #include <optional>
@@ -21,12 +19,10 @@ monitor::FailedFiles::Counts failedFilesIn(const index::DicomDB &index)
 }
 
 /// The folders whose room operators watch, by their words.
-QMap<QString, QString> watchedFolders(const Ground &ground)
+QMap<QString, QString> watchedFolders(const Ground &ground, const Receiving &receiving)
 {
-    const core::HomeLayout &layout = ground.options.layout;
-    return {{QStringLiteral("store"), layout.fileStore},
-            {QStringLiteral("inbox"),
-             ground.settings.listenerDestinationFolder.get().value_or(layout.incomingFolder)}};
+    return {{QStringLiteral("store"), ground.options.layout.fileStore},
+            {QStringLiteral("inbox"), receiving.incomingFolders.present()}};
 }
 
 } // namespace
@@ -97,7 +93,7 @@ std::shared_ptr<terminal::DoctorCommands> Doors::makeDoctor()
     return std::make_shared<terminal::DoctorCommands>(
         ground.index,
         ground.main,
-        [this] { return receive::incomingFolder(ground.settings, ground.options.layout.incomingFolder); },
+        receiving.incomingFolders,
         [this] { receiving.store->requestUpload(QStringLiteral("doctor")); },
         [this] {
             return terminal::DoctorCommands::Standing{
@@ -111,7 +107,7 @@ std::shared_ptr<terminal::DoctorCommands> Doors::makeDoctor()
 std::unique_ptr<monitor::HealthService> Doors::makeHealth()
 {
     const auto freeSpace = std::make_shared<monitor::FreeSpaceWatch>(
-        [this] { return watchedFolders(ground); },
+        [this] { return watchedFolders(ground, receiving); },
         monitor::FreeSpaceWatch::Collaborators{
             .main = ground.main, .pool = ground.pool, .clock = ground.clock});
     const auto failedFiles = std::make_shared<monitor::FailedFiles>(monitor::FailedFiles::Collaborators{

@@ -1,7 +1,5 @@
 #include "app/gateway.h"
 
-#include "receive/folder_bookmark.h"
-
 #include <chrono>
 #include <utility>
 
@@ -52,7 +50,10 @@ void Gateway::launch()
     m_ground.pool.run([this] { m_ground.index.finishRemovals(); });
     m_inboxWatch.emplace(
         m_ground.clock,
-        [this] { return receive::incomingFolder(m_ground.settings, m_options.layout.incomingFolder); },
+        [this] {
+            m_receiving.incomingFolders.forgetEmptied();
+            return m_receiving.incomingFolders.all();
+        },
         [this](const QString &path) { m_receiving.store->listenerService().offerInboxFile(path); },
         [this](qsizetype count) {
             m_ground.main.post([this, count] { m_live.state().setSetAsideFilesCount(count); });

@@ -46,6 +46,7 @@ Receiving::makeListener(std::function<void(QString)> onImported)
             .observer = ground.eventCounts,
             .state = live,
             .netServices = *netServices,
+            .incomingFolders = incomingFolders,
             .makeStoreSCP =
                 [defaultInbox] {
                     return std::make_shared<platform::DCMTKStoreSCP>(

@@ -7,6 +7,7 @@
 #include "platform/archive/archive_unpacker.h"
 #include "platform/dicom/helper_process.h"
 #include "platform/net_service/net_service_publishing.h"
+#include "receive/incoming_folders.h"
 #include "receive/listener_watch.h"
 #include "receive/store_listener_service.h"
 #include "receive/store_manual_import_service.h"
@@ -31,6 +32,8 @@ struct Receiving
 
     index::DBService inboxImports{ground.index, index::ImportSource::ownInbox};
     index::DBService manualImports{ground.index, index::ImportSource::foreign};
+    receive::IncomingFolders incomingFolders{
+        ground.defaults, ground.settings, ground.options.layout.incomingFolder};
     platform::ArchiveUnpacker unpacker{platform::helperProgramPath()};
     std::unique_ptr<platform::NetServicePublishing> netServices = makeNetServices();
     std::shared_ptr<Store> store = makeStore();

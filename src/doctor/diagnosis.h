@@ -30,6 +30,7 @@ enum class FindingKind
     unsentVersion,
     waitsForRemoval,
     waitsInInbox,
+    formerInboxOutOfSight,
     indexNotWritten,
     listenerNotListening,
     nobodySignedIn,
@@ -39,7 +40,7 @@ enum class FindingKind
 /// A file as it may be shown: never by a name that somebody gave it.
 struct FileName
 {
-    QString storagePath;  ///< where the store gave it its name; empty for any other
+    QString storagePath;  ///< where the store gave it its name, or a folder by the settings; else empty
     QString fileHash;     ///< as the log has it
     QString instanceHash; ///< of its SOP instance UID, where that is known
 

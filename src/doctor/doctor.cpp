@@ -150,6 +150,14 @@ public:
         }
     }
 
+    void lookAtFormerInbox(const QString &folder)
+    {
+        if (receive::contentOf(folder) == receive::InboxContent::outOfSight) {
+            add(FindingKind::formerInboxOutOfSight, 1, {folder, {}, {}});
+        }
+        lookAtInbox(folder);
+    }
+
     void readFailures()
     {
         QList<FailedFiles> &failures = m_found.failures;
@@ -372,7 +380,10 @@ Diagnosis Doctor::examine(bool repair, const std::stop_token &stop)
     round.step([&] { round.walkStore(); });
     round.step([&] { round.walkRows(); });
     round.step([&] { round.lookAtRemovals(); });
-    round.step([&] { round.lookAtInbox(m_incomingFolder); });
+    round.step([&] { round.lookAtInbox(m_incomingFolders.present()); });
+    for (const QString &folder : m_incomingFolders.former()) {
+        round.step([&] { round.lookAtFormerInbox(folder); });
+    }
     round.step([&] { round.readFailures(); });
     return std::move(round).result();
 }

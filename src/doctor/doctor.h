@@ -2,8 +2,7 @@
 
 #include "doctor/diagnosis.h"
 #include "index/dicom_db.h"
-
-#include <QtCore/QString>
+#include "receive/incoming_folders.h"
 
 #include <stop_token>
 
@@ -18,10 +17,10 @@ namespace gateway::doctor {
 class Doctor
 {
 public:
-    /// \param index           the one of this home; outlives this.
-    /// \param incomingFolder  where received files arrive.
-    Doctor(index::DicomDB &index, QString incomingFolder)
-        : m_index(index), m_incomingFolder(std::move(incomingFolder))
+    /// \param index            the one of this home; outlives this.
+    /// \param incomingFolders  where received files arrive, or arrived; outlives this.
+    Doctor(index::DicomDB &index, const receive::IncomingFolders &incomingFolders)
+        : m_index(index), m_incomingFolders(incomingFolders)
     {
     }
 
@@ -32,7 +31,7 @@ public:
 
 private:
     index::DicomDB &m_index;
-    const QString m_incomingFolder;
+    const receive::IncomingFolders &m_incomingFolders;
 };
 
 } // namespace gateway::doctor

@@ -26,7 +26,7 @@ protected:
 
     QString inbox() const { return home.path(QStringLiteral("Import")); }
 
-    Diagnosis examine(bool repair = false) { return Doctor(home.index(), inbox()).examine(repair, {}); }
+    Diagnosis examine(bool repair = false) { return Doctor(home.index(), folders).examine(repair, {}); }
 
     Counts counts(bool repair = false)
     {
@@ -77,6 +77,9 @@ protected:
     qint64 rows() { return home.number(QStringLiteral("SELECT count(*) FROM DicomImage")); }
 
     TemporaryIndex home;
+    platform::UserDefaults defaults{home.path(QStringLiteral("settings.sqlite"))};
+    core::Settings settings{defaults};
+    receive::IncomingFolders folders{defaults, settings, inbox()};
 };
 
 const QString kStray = QStringLiteral("10000/77.dcm");
@@ -390,6 +393,36 @@ TEST_F(DoctorTest, TakesInOnRequestWhatWasSetAsideAndCanBeReadByNow)
     EXPECT_TRUE(examine().findings.isEmpty());
 }
 
+TEST_F(DoctorTest, LooksIntoTheIncomingFolderOfBeforeAsWell)
+{
+    folders.enter(inbox());
+    settings.listenerDestinationFolder.set(home.path(QStringLiteral("chosen")));
+    ASSERT_TRUE(QDir().mkpath(inbox() + QStringLiteral("/.part")));
+    const QString aside =
+        inbox() + QStringLiteral("/.rejected/12345678-quorin-0123456789abcdef0123456789abcdef-2.dcm");
+    write(aside);
+    index::testing::writeSyntheticFile(aside, TemporaryIndex::image(QStringLiteral("9.1")));
+    write(inbox() + QStringLiteral("/quorin-0123456789abcdef0123456789abcdef-1.dcm"));
+
+    EXPECT_EQ(counts(true),
+              (Counts{{FindingKind::waitsInInbox, {1, 0}}, {FindingKind::rejectedObject, {1, 1}}}));
+
+    EXPECT_EQ(rows(), 1);
+}
+
+TEST_F(DoctorTest, TellsOfAnIncomingFolderOfBeforeThatIsOutOfSight)
+{
+    const QString away = home.path(QStringLiteral("volume/Import"));
+    folders.enter(away);
+
+    const Diagnosis diagnosis = examine(true);
+
+    ASSERT_EQ(diagnosis.findings.size(), 1);
+    EXPECT_EQ(diagnosis.findings.first().kind, FindingKind::formerInboxOutOfSight);
+    EXPECT_EQ(diagnosis.findings.first().examples, (QList<FileName>{{away, {}, {}}}));
+    EXPECT_FALSE(diagnosis.isWell());
+}
+
 TEST_F(DoctorTest, RemovesOnRequestWhatADeletionHadToLeave)
 {
     const QString path = importOne(QStringLiteral("9.1"));
@@ -447,7 +480,7 @@ TEST_F(DoctorTest, StopsWhenItIsToldTo)
     std::stop_source stop;
     stop.request_stop();
 
-    const Diagnosis diagnosis = Doctor(home.index(), inbox()).examine(true, stop.get_token());
+    const Diagnosis diagnosis = Doctor(home.index(), folders).examine(true, stop.get_token());
 
     EXPECT_TRUE(diagnosis.wasStopped);
     EXPECT_FALSE(diagnosis.isWell());

@@ -143,6 +143,13 @@ Words wordsOf(FindingKind kind)
                 QT_TRANSLATE_NOOP("DoctorFinding",
                                   "A received image waits in the incoming folder. It is taken in while the "
                                   "listener runs.")};
+    case FindingKind::formerInboxOutOfSight:
+        return {"formerInboxOutOfSight",
+                true,
+                QT_TRANSLATE_NOOP("DoctorFinding",
+                                  "An incoming folder that was used before another was chosen is out of "
+                                  "sight, and received images may wait there. Bring its volume back; what "
+                                  "waits is taken in by itself.")};
     case FindingKind::indexNotWritten:
         return {"indexNotWritten",
                 true,
@@ -212,6 +219,7 @@ bool isMendable(FindingKind kind)
     case FindingKind::unsentVersion:
     case FindingKind::foreignFile:
     case FindingKind::waitsInInbox:
+    case FindingKind::formerInboxOutOfSight:
     case FindingKind::indexNotWritten:
     case FindingKind::listenerNotListening:
     case FindingKind::nobodySignedIn:

@@ -2,6 +2,7 @@
 
 #include "log/redaction.h"
 #include "platform/files/files.h"
+#include "platform/files/folder_entries.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
@@ -33,10 +34,30 @@ QStringList setAsideFiles(const QString &inbox)
 {
     const QDir folder(setAsideFolder(inbox));
     QStringList paths;
-    for (const QString &name : folder.entryList(QDir::Files | QDir::Hidden | QDir::NoSymLinks, QDir::Name)) {
+    for (const QString &name :
+         folder.entryList({QStringLiteral("*quorin-*.dcm")}, QDir::Files | QDir::NoSymLinks, QDir::Name)) {
         paths.append(folder.absoluteFilePath(name));
     }
     return paths;
+}
+
+InboxContent contentOf(const QString &inbox)
+{
+    bool isEmpty = true;
+    // Each name that the listener or setAside() gives has this in it.
+    const auto look = [&isEmpty](const platform::FolderEntry &entry) {
+        isEmpty = isEmpty && !entry.name().contains("quorin-");
+    };
+    const auto isSeen = [&look](const QString &folder) {
+        return platform::visitFolder(QFile::encodeName(folder), look);
+    };
+    // The empty folder under a share that is away has no folder for what is unfinished.
+    const QString rejected = setAsideFolder(inbox);
+    if (!isSeen(inbox + QStringLiteral("/.part")) || !isSeen(inbox) ||
+        !(isSeen(rejected) || platform::isKnownToBeAbsent(rejected))) {
+        return InboxContent::outOfSight;
+    }
+    return isEmpty ? InboxContent::nothing : InboxContent::something;
 }
 
 InboxRemoval removeFromInbox(const QString &path)

@@ -21,8 +21,19 @@ InboxRemoval removeFromInbox(const QString &path);
 /// The folder of an inbox where that lies which can't be imported.
 QString setAsideFolder(const QString &inbox);
 
-/// What lies there, by name. Thread: any.
+/// What was set aside there, by name; files that others put there aren't among it. Thread: any.
 QStringList setAsideFiles(const QString &inbox);
+
+/// What of the listener's lies in a folder that was its inbox.
+enum class InboxContent
+{
+    nothing,
+    something, ///< complete, unfinished or set aside
+    outOfSight ///< no inbox is there, or it can't be read: nobody knows
+};
+
+/// Thread: any; blocks for as long as a share doesn't answer.
+InboxContent contentOf(const QString &inbox);
 
 /// Moves a file that can't be imported to the folder for those, durably and under a name that nothing there
 /// has: its sender was told that it is stored, so it isn't deleted.

@@ -31,6 +31,18 @@ TEST_F(Inbox, SetsTwoFilesOfOneNameAside)
     EXPECT_EQ(QDir(m_folder.filePath(u".rejected"_qs)).entryList(QDir::Files).size(), 2);
 }
 
+TEST_F(Inbox, TellsWhatWasSetAsideAndNotWhatOthersPutThere)
+{
+    EXPECT_FALSE(setAside(write(u"quorin-a-1.dcm"_qs)).error);
+    write(u".rejected/letter.dcm"_qs);
+    write(u".rejected/letter.txt"_qs);
+
+    const QStringList files = setAsideFiles(m_folder.path());
+
+    ASSERT_EQ(files.size(), 1);
+    EXPECT_TRUE(files.front().endsWith(u"-quorin-a-1.dcm"_qs));
+}
+
 TEST_F(Inbox, TellsWhyAFileCouldNotBeRemoved)
 {
     const InboxRemoval removal = removeFromInbox(m_folder.filePath(u"gone"_qs));

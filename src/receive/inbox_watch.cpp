@@ -11,10 +11,10 @@
 namespace gateway::receive {
 
 InboxWatch::InboxWatch(platform::Clock &clock,
-                       std::function<QString()> folder,
+                       std::function<QStringList()> folders,
                        std::function<void(const QString &path)> offer,
                        std::function<void(qsizetype count)> setAside)
-    : m_clock(clock), m_folder(std::move(folder)), m_offer(std::move(offer)),
+    : m_clock(clock), m_folders(std::move(folders)), m_offer(std::move(offer)),
       m_tellSetAside(std::move(setAside)),
       m_task("inbox-watch", [this](const std::stop_token &stop) { watch(stop); })
 {
@@ -29,12 +29,15 @@ void InboxWatch::watch(const std::stop_token &stop)
 
 void InboxWatch::look()
 {
-    const QString folder = m_folder();
-    const qsizetype setAside = setAsideFiles(folder).size();
+    qsizetype setAside = 0;
+    QStringList found;
+    for (const QString &folder : m_folders()) {
+        setAside += setAsideFiles(folder).size();
+        found += platform::completeInboxFiles(folder);
+    }
     if (setAside != std::exchange(m_setAside, setAside)) {
         m_tellSetAside(setAside);
     }
-    const QStringList found = platform::completeInboxFiles(folder);
     const QSet<QString> before(m_seen.cbegin(), m_seen.cend());
     for (const QString &path : found) {
         if (before.contains(path)) {

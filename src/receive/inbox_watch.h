@@ -16,7 +16,8 @@ class Clock;
 namespace gateway::receive {
 
 /// Looks into the inbox again and again for what was acknowledged and lies there still: an image that was out
-/// of sight at its turn, or whose folder had gone away and has come back, waits for no restart.
+/// of sight at its turn, or whose folder had gone away and has come back, or which waits in the inbox that
+/// was used before another was chosen, waits for no restart.
 ///
 /// A file is offered when two looks have found it, so that what is just arriving keeps its own way in. It is
 /// offered at each look after that; whoever takes it knows what he has in hand.
@@ -29,12 +30,12 @@ class InboxWatch
 public:
     static constexpr std::chrono::seconds kPause{15};
 
-    /// \param clock   borrowed; outlives this.
-    /// \param folder  the inbox, as the settings say at this moment.
-    /// \param offer   takes the path of a complete file, and returns at once.
+    /// \param clock    borrowed; outlives this.
+    /// \param folders  every inbox that may hold something, as it is known at this moment.
+    /// \param offer    takes the path of a complete file, and returns at once.
     /// \param setAside  is told how many files are set aside, whenever that has changed from none at first.
     InboxWatch(platform::Clock &clock,
-               std::function<QString()> folder,
+               std::function<QStringList()> folders,
                std::function<void(const QString &path)> offer,
                std::function<void(qsizetype count)> setAside);
 
@@ -43,7 +44,7 @@ private:
     void look();
 
     platform::Clock &m_clock;
-    const std::function<QString()> m_folder;
+    const std::function<QStringList()> m_folders;
     const std::function<void(const QString &path)> m_offer;
     const std::function<void(qsizetype count)> m_tellSetAside;
     QStringList m_seen; // by the last look; on the thread only

@@ -28,13 +28,14 @@ protected:
 
     ReceiveWorld m_world;
     std::atomic<int> m_looks = 0;
+    QStringList m_inboxes{m_world.inbox()}; // changed while the watch sleeps, read while it doesn't
     // Written between two sleeps of the watch, read while it sleeps.
     QStringList m_offered;
     std::vector<qsizetype> m_told;
     InboxWatch m_watch{m_world.clock,
                        [this] {
                            ++m_looks;
-                           return m_world.inbox();
+                           return m_inboxes;
                        },
                        [this](const QString &path) { m_offered.append(path); },
                        [this](qsizetype count) { m_told.push_back(count); }};
@@ -65,6 +66,20 @@ TEST_F(Watch, OffersAFileThatLiesThereAtTwoLooksAndAgainWhileItStays)
     ASSERT_TRUE(QFile::remove(path));
     look();
     EXPECT_EQ(m_offered.size(), 2);
+}
+
+TEST_F(Watch, LooksIntoEachInbox)
+{
+    m_world.clock.waitForSleepers(1);
+    const QString path = m_world.receivedFile("DICM");
+    ASSERT_FALSE(setAside(m_world.receivedFile("text", 2)).error);
+    m_inboxes.prepend(m_world.path(u"chosen"_qs));
+
+    look();
+    look();
+
+    EXPECT_EQ(m_offered, QStringList{path});
+    EXPECT_EQ(m_told, (std::vector<qsizetype>{1}));
 }
 
 TEST_F(Watch, FindsWhatAFolderHoldsThatWasAway)

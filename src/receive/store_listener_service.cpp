@@ -74,6 +74,7 @@ void StoreListenerService::startListener()
     Run run{{}, nullptr, configFor(settings), {}, nullptr};
     run.config.incomingPath = resolveIncomingPath();
     run.inbox = run.config.incomingPath.value_or(m_places.defaultIncomingFolder);
+    m_with.incomingFolders.enter(run.inbox);
     run.scp = m_with.makeStoreSCP();
     run.former = std::exchange(m_formerListener, nullptr);
     run.id = beginRun();

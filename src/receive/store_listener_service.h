@@ -13,6 +13,7 @@
 #include "platform/dicom/store_scp.h"
 #include "platform/net_service/net_service_publishing.h"
 #include "platform/notifications/notification_center.h"
+#include "receive/incoming_folders.h"
 #include "receive/incoming_importer.h"
 #include "receive/receive_observer.h"
 #include "receive/receive_state.h"
@@ -57,6 +58,7 @@ public:
         ReceiveObserver &observer;
         ReceiveState &state;
         platform::NetServicePublishing &netServices;
+        IncomingFolders &incomingFolders;
         std::function<std::shared_ptr<platform::StoreSCP>()> makeStoreSCP; ///< a new one for each start
         std::function<void(QString)> onImportSucceeded;                    ///< any thread
     };

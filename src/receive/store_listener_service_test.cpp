@@ -458,6 +458,17 @@ TEST_F(ListenerService, ReceivesIntoTheChosenFolder)
     EXPECT_EQ(m_world.scps.front()->config().incomingPath, folder);
 }
 
+TEST_F(ListenerService, KeepsTheFolderInMindInWhichItReceivedBefore)
+{
+    m_world.service->startListener();
+    m_world.service->stopListener();
+    m_world.settings.listenerDestinationFolder.set(m_world.path(u"chosen"_qs));
+
+    m_world.service->startListener();
+
+    EXPECT_EQ(m_world.incomingFolders.all(), (QStringList{m_world.path(u"chosen"_qs), m_world.inbox()}));
+}
+
 TEST_F(ListenerService, RefreshesAStaleBookmark)
 {
     const QString folder = m_world.path(u"chosen"_qs);

@@ -57,6 +57,7 @@ public:
                                                 observer,
                                                 state,
                                                 netServices,
+                                                incomingFolders,
                                                 [this] { return makeSCP(); },
                                                 [this](const QString &) { ++uploadRequests; }},
             StoreListenerService::Places{inbox(), QStringLiteral("127.0.0.1")});
@@ -166,6 +167,7 @@ private:
 public:
     platform::UserDefaults defaults{m_home.filePath(QStringLiteral("defaults.sqlite"))};
     core::Settings settings{defaults};
+    IncomingFolders incomingFolders{defaults, settings, inbox()};
     log::testing::RecordingLog log;
     log::StoreLogEmitter emitter{log, clock};
     FakeImports imports;

@@ -9,7 +9,6 @@
 #include "platform/files/file_system.h"
 #include "platform/files/home_lock.h"
 #include "platform/notifications/notification_center.h"
-#include "receive/folder_bookmark.h"
 #include "terminal/commands/doctor_report.h"
 
 #include <algorithm>
@@ -38,10 +37,10 @@ ControlRequest doctorRequest(const DoctorCommand &command)
 
 DoctorCommands::DoctorCommands(index::DicomDB &index,
                                platform::MainExecutor &main,
-                               std::function<QString()> incomingFolder,
+                               const receive::IncomingFolders &incomingFolders,
                                std::function<void()> onImagesRecorded,
                                std::function<Standing()> standing)
-    : m_index(index), m_main(main), m_incomingFolder(std::move(incomingFolder)),
+    : m_index(index), m_main(main), m_incomingFolders(incomingFolders),
       m_onImagesRecorded(std::move(onImagesRecorded)), m_standing(std::move(standing))
 {
 }
@@ -67,7 +66,7 @@ void DoctorCommands::examine(const ControlRequest &request, const Answer &answer
                             [weak = weak_from_this(),
                              &index = m_index,
                              &main = m_main,
-                             folder = m_incomingFolder(),
+                             &folders = m_incomingFolders,
                              repair,
                              hungUp = request.hungUp,
                              answer](const std::stop_token &quitting) {
@@ -76,7 +75,7 @@ void DoctorCommands::examine(const ControlRequest &request, const Answer &answer
                                 const std::stop_callback whenQuitting(quitting, end);
                                 const std::stop_callback whenHungUp(hungUp, end);
                                 const doctor::Diagnosis diagnosis =
-                                    doctor::Doctor(index, folder).examine(repair, stop.get_token());
+                                    doctor::Doctor(index, folders).examine(repair, stop.get_token());
                                 const index::WaitingRetries retries = index.waitingRetries();
                                 const auto fences = platform::askForFences(platform::helperProgramPath());
                                 main.post(weak, [weak, diagnosis, retries, fences, repair, answer] {
@@ -135,7 +134,8 @@ ControlReply examineWithoutInstance(const core::HomeLayout &layout,
         index::DicomDB index({layout.indexFile, layout.fileStore},
                              {defaults, parser, notifications, main, clock, platform::systemFiles()});
         const bool repair = request.arguments.value(kRepair).toBool();
-        doctor::Doctor doctor(index, receive::incomingFolder(settings, layout.incomingFolder));
+        const receive::IncomingFolders folders(defaults, settings, layout.incomingFolder);
+        doctor::Doctor doctor(index, folders);
         const doctor::Diagnosis diagnosis = doctor.examine(repair, request.hungUp);
         QJsonObject report = toJson(diagnosis, repair, {index.waitingRetries(), {}});
         addFences(report, platform::askForFences(platform::helperProgramPath()));

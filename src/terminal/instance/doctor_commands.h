@@ -8,6 +8,7 @@
 #include "platform/concurrency/task.h"
 #include "platform/defaults/user_defaults.h"
 #include "platform/dicom/helper_fences.h"
+#include "receive/incoming_folders.h"
 #include "terminal/commands/command_line.h"
 #include "terminal/control/control_protocol.h"
 #include "upload/upload_gate.h"
@@ -44,13 +45,12 @@ public:
         bool isListeningAsItShould = true; ///< or it isn't meant to listen
     };
 
-    /// \param index, main       outlive this.
-    /// \param incomingFolder    where received files arrive, asked for at each examination.
+    /// \param index, main, incomingFolders  outlive this.
     /// \param onImagesRecorded  called when images were recorded that wait for their upload now.
     /// \param standing          asked for at the end of each examination.
     DoctorCommands(index::DicomDB &index,
                    platform::MainExecutor &main,
-                   std::function<QString()> incomingFolder,
+                   const receive::IncomingFolders &incomingFolders,
                    std::function<void()> onImagesRecorded,
                    std::function<Standing()> standing);
 
@@ -69,7 +69,7 @@ private:
 
     index::DicomDB &m_index;
     platform::MainExecutor &m_main;
-    const std::function<QString()> m_incomingFolder;
+    const receive::IncomingFolders &m_incomingFolders;
     const std::function<void()> m_onImagesRecorded;
     const std::function<Standing()> m_standing;
     bool m_isExamining = false;

@@ -58,14 +58,13 @@ protected:
     }
 
     TemporaryIndex home;
+    platform::UserDefaults defaults{home.path(u"settings.sqlite"_qs)};
+    core::Settings settings{defaults};
+    const receive::IncomingFolders folders{defaults, settings, home.path(u"Import"_qs)};
     int uploadRequests = 0;
     DoctorCommands::Standing standing;
     std::shared_ptr<DoctorCommands> commands = std::make_shared<DoctorCommands>(
-        home.index(),
-        home.main,
-        [this] { return home.path(u"Import"_qs); },
-        [this] { ++uploadRequests; },
-        [this] { return standing; });
+        home.index(), home.main, folders, [this] { ++uploadRequests; }, [this] { return standing; });
 };
 
 TEST_F(DoctorCommandsTest, AnswersWithTheReport)

@@ -1,0 +1,111 @@
+"""What a modality was told is stored is taken in, whichever incoming folder is chosen afterwards."""
+
+import json
+import shutil
+import unittest
+
+from harness import TITLE, EndToEndTest, Gateway, await_true, run, send
+
+
+class IncomingFolder(EndToEndTest):
+
+    def setUp(self):
+        super().setUp()
+        self.cloud = self.start_cloud()
+        self.gateway = self.start_gateway(self.cloud.address)
+        self.inbox = next(self.gateway.home.rglob(".part")).parent
+        self.chosen = self.folder / "chosen"
+        self.chosen.mkdir()
+
+    def hold_back_imports(self):
+        """The file store can't take anything in until `obstacle` is removed."""
+        obstacle = self.gateway.home / "Documents/Pavan Data/.incoming"
+        shutil.rmtree(obstacle, ignore_errors=True)
+        obstacle.write_text("no folder")
+        return obstacle
+
+    def leave_behind(self):
+        """Images that wait in the inbox, one of them set aside."""
+        images = self.samples(ct=3)
+        send(self.gateway, images[:2])
+        aside = self.inbox / ".rejected"
+        aside.mkdir()
+        shutil.copy(images[2], aside / "0a0a0a0a-quorin-1cf863cea2530d15b81b6a8b38eae4b7-9.dcm")
+        self.assertEqual(len(list(self.inbox.glob("quorin-*.dcm"))), 2)
+        return images
+
+    def start_again(self, *, before):
+        port = self.gateway.port
+        self.gateway.end()
+        before()
+        self.gateway = Gateway(self.folder, self.cloud.address)
+        self.addCleanup(self.gateway.end)
+        self.gateway.port = port
+
+    def choose(self):
+        self.gateway.command("settings", "set", "ListenerDestinationFolder", self.chosen)
+
+    def findings(self, *options):
+        report = json.loads(self.gateway.command("doctor", "--json", *options, check=False).stdout)
+        return {found["kind"]: (found["count"], found["mended"]) for found in report["findings"]
+                if found["kind"] != "noSession"}
+
+    def assert_all_is_taken_in(self, images):
+        self.gateway.await_received(images[:2])
+        self.gateway.await_status("the count", lambda s: s["inbox"]["setAside"] == 1)
+        self.assertEqual(self.findings("--repair"), {"rejectedObject": (1, 1)})
+        self.gateway.await_received(images)
+        self.gateway.await_status("nothing set aside", lambda s: s["inbox"]["setAside"] == 0)
+        more = self.samples(seed=2, ct=1)
+        await_true("the chosen folder's listener",
+                   lambda: run("storescu", "-aec", TITLE, "127.0.0.1", self.gateway.port, *more, check=False)
+                   .returncode == 0, self.gateway.process)
+        self.gateway.await_received(images + more)
+        self.assertEqual(list(self.inbox.glob("quorin-*.dcm")), [])
+        self.assertTrue((self.chosen / ".part").is_dir())
+        self.assertEqual(self.findings(), {})
+
+    def test_what_waits_in_the_one_before_is_taken_in_when_another_is_chosen(self):
+        obstacle = self.hold_back_imports()
+        images = self.leave_behind()
+
+        self.choose()
+        self.start_again(before=obstacle.unlink)
+
+        self.assert_all_is_taken_in(images)
+
+    def test_and_when_another_was_chosen_while_the_gateway_was_down(self):
+        obstacle = self.hold_back_imports()
+        images = self.leave_behind()
+
+        self.start_again(before=lambda: (obstacle.unlink(), self.choose()))
+
+        self.assert_all_is_taken_in(images)
+
+    def test_the_one_before_is_looked_for_until_its_volume_is_back(self):
+        # Given
+        obstacle = self.hold_back_imports()
+        images = self.leave_behind()[:2]
+        shutil.rmtree(self.inbox / ".rejected")
+        away = self.folder / "volume"
+
+        # When
+        self.start_again(before=lambda: (obstacle.unlink(), self.inbox.rename(away), self.inbox.mkdir(), self.choose()))
+
+        # Then
+        self.assertEqual(self.findings(), {"formerInboxOutOfSight": (1, 0)})
+        said = self.gateway.command("doctor", check=False)
+        self.assertEqual(said.returncode, 1)
+        self.assertIn(str(self.inbox), said.stdout)
+
+        # When
+        self.inbox.rmdir()
+        away.rename(self.inbox)
+
+        # Then
+        self.gateway.await_received(images)
+        await_true("all is well", lambda: self.findings() == {}, self.gateway.process)
+
+
+if __name__ == "__main__":
+    unittest.main()
