@@ -9,8 +9,9 @@ namespace gateway::app {
 IndexRecording::IndexRecording(Collaborators with) : m_with(std::move(with))
 {
     if (m_with.index.lacksStoredFiles()) {
-        say(QStringLiteral("The index was missing and was made anew. The stored images are being recorded in "
-                           "it again, and are sent again where the cloud doesn't have them."));
+        say(QStringLiteral("The index lacks stored images: it was made anew, or came back from a backup. "
+                           "They are being recorded in it again, and are sent again where the cloud "
+                           "doesn't have them."));
     }
     m_task = platform::Task("recording", [this](const std::stop_token &stop) { record(stop); });
 }

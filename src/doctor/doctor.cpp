@@ -3,10 +3,14 @@
 #include "index/gateway_import_error.h"
 #include "log/redaction.h"
 #include "platform/dicom/inbox_files.h"
+#include "platform/files/file_error.h"
+#include "platform/files/files.h"
+#include "platform/files/folder_entries.h"
 #include "platform/sqlite/sqlite_error.h"
 #include "receive/inbox.h"
 
 #include <QtCore/QDir>
+#include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 
 #include <algorithm>
@@ -17,6 +21,7 @@ namespace gateway::doctor {
 
 using index::RecordedFile;
 using index::UnrecordedFile;
+using platform::FolderEntry;
 using platform::SqliteError;
 
 namespace {
@@ -241,17 +246,27 @@ private:
     /// \param folder  below the store's root; empty for the root. What is hidden isn't stored.
     void walk(const QString &folder)
     {
-        const QDir here(m_index.fileURL(folder).toLocalFile());
+        const QString path = QDir::cleanPath(m_index.fileURL(folder).toLocalFile());
         const QString prefix = folder.isEmpty() ? QString() : folder + u'/';
-        for (const QString &name : byNumber(here.entryList(QDir::Files | QDir::NoSymLinks))) {
+        QStringList files;
+        QStringList folders;
+        const auto sort = [&](const platform::FolderEntry &entry) {
+            const auto kind = entry.name().startsWith('.') ? FolderEntry::Kind::other : entry.kind();
+            if (kind != FolderEntry::Kind::other) { // what can't be asked is told as a file
+                (kind == FolderEntry::Kind::folder ? folders : files).append(QFile::decodeName(entry.name()));
+            }
+        };
+        if (!platform::visitFolder(QFile::encodeName(path), sort) && !platform::isKnownToBeAbsent(path)) {
+            add(FindingKind::unexaminedFile, 1, nameOf(QUrl::fromLocalFile(path)));
+        }
+        for (const QString &name : byNumber(files)) {
             if (m_stop.stop_requested()) {
                 return;
             }
             ++m_found.storedFiles;
             lookAt(prefix + name);
         }
-        for (const QString &name :
-             byNumber(here.entryList(QDir::Dirs | QDir::NoDotAndDotDot | QDir::NoSymLinks))) {
+        for (const QString &name : byNumber(folders)) {
             walk(prefix + name);
         }
     }
@@ -297,14 +312,16 @@ private:
     /// Records a file where it lies; one that somebody put elsewhere is taken in as a copy.
     bool record(const UnrecordedFile &file)
     {
-        if (file.place) {
-            m_examination.record(file);
-            return true;
-        }
         try {
-            m_index.importFile(file.fileURL);
+            if (file.place) {
+                m_examination.record(file);
+            } else {
+                m_index.importFile(file.fileURL);
+            }
             return true;
         } catch (const index::GatewayImportError &) {
+            return false;
+        } catch (const platform::FileError &) {
             return false;
         }
     }
@@ -342,6 +359,8 @@ private:
         const FileName name = nameOf(fileURL, isNumbered ? file->storagePath : QString());
         if (!QFileInfo(QFileInfo(fileURL.toLocalFile()).path()).isDir()) {
             add(FindingKind::folderGone, 1, name);
+        } else if (!platform::isKnownToBeAbsent(fileURL.toLocalFile())) {
+            add(FindingKind::unexaminedFile, 1, name);
         } else if (file->isSynced) {
             add(FindingKind::fileGoneAfterUpload, 1, name);
         } else {

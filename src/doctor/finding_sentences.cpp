@@ -40,8 +40,9 @@ Words wordsOf(FindingKind kind)
         return {"indexMadeAnew",
                 true,
                 QT_TRANSLATE_NOOP("DoctorFinding",
-                                  "The index was missing and was made anew. The stored images are being "
-                                  "recorded in it again while the gateway runs, and by --repair at once.")};
+                                  "The index lacks stored images: it was made anew, or came back from a "
+                                  "backup. They are being recorded in it again while the gateway runs, and "
+                                  "by --repair at once.")};
     case FindingKind::wrongCount:
         return {"wrongCount",
                 true,

@@ -36,7 +36,7 @@ DicomDB::DicomDB(DicomDBPaths paths, DicomDBCollaborators with)
               ledger(m_store, "SELECT newestAcknowledged FROM Ledger")),
       m_announcement(std::make_shared<Announcement>())
 {
-    noteThatNothingWasLost();
+    noteWhatWasLost();
 }
 
 DicomDB::~DicomDB()

@@ -243,8 +243,8 @@ public:
 
     // --- A lost index --------------------------------------------------------------------------------
 
-    /// True while stored files may lack their rows, because the index file was missing beside a store with
-    /// files and was made anew. Survives restarts.
+    /// True while stored files may lack their rows: the index file was missing beside a store with files and
+    /// was made anew, or came back from a backup that is older than the files. Survives restarts.
     bool lacksStoredFiles() const;
 
     /// Records stored files that lack their rows, in batches by number, the next one behind the last that an
@@ -289,12 +289,13 @@ private:
     std::optional<StoredFile> takeUpEarlierImport(const QString &path, ImportSource source);
     bool isToGo(const QString &path) const;
     Recorded save(Patience &patience, const QVariantMap &found, const StoredFile &stored);
+    [[noreturn]] void leaveUnsaved(const StoredFile &stored, const QString &why);
     void settleUnsaved(Patience &patience);
     bool hasOthersBeside(const QString &path) const;
     void dropEqualCopies(const Recorded &recorded, const StoredFile &stored);
     void removeReleased(const QSet<QString> &paths, RemovalReason reason);
     std::optional<std::int64_t> recordAgainFrom() const;
-    void noteThatNothingWasLost();
+    void noteWhatWasLost();
     bool noteRecordAgainFrom(std::optional<std::int64_t> number);
     bool pruneBatch(std::int64_t cutoff, LocalPruneResult &result);
     DeletionCounts deleteParents(std::int64_t requested, const DeleteRows &deleteRows);

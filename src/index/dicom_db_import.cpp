@@ -187,11 +187,18 @@ Recorded DicomDB::save(Patience &patience, const QVariantMap &found, const Store
             });
         });
     } catch (const SqliteError &error) {
-        const platform::MutexLock lock(m_unsavedMutex);
-        m_unsaved.insert(stored.pathString);
-        throw GatewayImportError(Kind::databaseSaveRejected, Blame::storage, error.message());
+        leaveUnsaved(stored, error.message());
+    } catch (const FileError &error) {
+        leaveUnsaved(stored, error.message());
     }
     return recorded;
+}
+
+void DicomDB::leaveUnsaved(const StoredFile &stored, const QString &why)
+{
+    const platform::MutexLock lock(m_unsavedMutex);
+    m_unsaved.insert(stored.pathString);
+    throw GatewayImportError(Kind::databaseSaveRejected, Blame::storage, why);
 }
 
 /// Lets go of what imports moved in whose rows could not be saved. Whether a failed commit took place after

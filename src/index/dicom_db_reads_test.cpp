@@ -144,6 +144,7 @@ TEST_F(StudySnapshots, CarryTheStudyTrimmed)
     expected.accessionNumber = QStringLiteral("A1");
     expected.acquisitionDate = acquired;
     expected.imageCount = 2;
+    expected.failedImageCount = 1;
     EXPECT_EQ(index.studySnapshots(), QList<LocalStudySnapshot>{expected});
 }
 

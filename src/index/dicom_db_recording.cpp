@@ -2,6 +2,7 @@
 
 #include "index/dicom_db.h"
 #include "index/sent_instances.h"
+#include "platform/files/file_error.h"
 #include "platform/sqlite/database.h"
 
 namespace gateway::index {
@@ -14,6 +15,15 @@ namespace {
 
 // So many files share a transaction: importers share the writer, and wait for no more than these.
 constexpr int kFilesOfABatch = 50;
+
+/// A kill may leave so many files behind that have their numbers and not yet their rows, and not more.
+constexpr std::int64_t kMostImportsUnderWay = 64;
+
+std::int64_t nextNumberOf(const IndexStore &store)
+{
+    return store.read(
+        [](Database &database) { return database.integer("SELECT nextFileNumber FROM Ledger"); });
+}
 
 struct Batch
 {
@@ -57,13 +67,21 @@ std::optional<std::int64_t> DicomDB::recordAgainFrom() const
     });
 }
 
-/// A new index beside a store that was never in use lacks nothing. Noted before anything is taken in, after
-/// which it could not be told from one that was lost.
-void DicomDB::noteThatNothingWasLost()
+/// Compares the index with the store before anything is taken in. A new one beside a store that was never in
+/// use lacks nothing; one that was made anew, or brought back from a backup, lacks what came since.
+void DicomDB::noteWhatWasLost()
 {
     try {
-        if (recordAgainFrom() && m_files.numberAtOpening() == 0) {
+        const std::optional<std::int64_t> from = recordAgainFrom();
+        const std::int64_t next = nextNumberOf(m_store);
+        if (from && m_files.wasNeverUsed()) {
             noteRecordAgainFrom(std::nullopt);
+        } else if (!from && m_files.numberAtOpening() > next) {
+            noteRecordAgainFrom(next);
+        }
+        if ((from && m_files.numberAtOpening() > 0) ||
+            m_files.numberAtOpening() - next > kMostImportsUnderWay) {
+            writeQuietly(noteUnrecordedSends);
         }
     } catch (const SqliteError &) {
         return; // whoever reads the index next will say so
@@ -80,7 +98,9 @@ bool DicomDB::noteRecordAgainFrom(std::optional<std::int64_t> number)
 bool DicomDB::lacksStoredFiles() const
 {
     try {
-        return recordAgainFrom() && m_files.numberAtOpening() > 0;
+        return recordAgainFrom() && m_store.read([](Database &database) {
+            return database.integer("SELECT lacksSentInstances FROM Ledger");
+        }) != 0;
     } catch (const SqliteError &) {
         return false; // whoever reads the index next will say so
     }
@@ -96,13 +116,13 @@ bool DicomDB::recordStoredFiles(const std::stop_token &stop,
         }
         const bool isOutOfSight = m_files.numberAtOpening() > 0 && !m_files.isInSight();
         std::optional<std::int64_t> firstLeft;
-        for (auto files = m_files.filesFrom(*from, kFilesOfABatch);
-             !files.isEmpty() && !stop.stop_requested();
-             files = m_files.filesFrom(*from, kFilesOfABatch)) {
-            const Batch batch = lookAt(examination(), files, stop);
+        for (bool isEnd = false; !isEnd && !stop.stop_requested();) {
+            const FileStore::Page page = m_files.filesFrom(*from, kFilesOfABatch);
+            const Batch batch = lookAt(examination(), page.files, stop);
             const std::int64_t recorded = examination().record(batch.files);
-            firstLeft = firstLeft ? firstLeft : batch.firstLeft;
-            from = files.last().number + 1;
+            firstLeft = firstLeft ? firstLeft : page.firstOutOfSight ? page.firstOutOfSight : batch.firstLeft;
+            isEnd = page.files.isEmpty();
+            from = isEnd ? *from : page.files.last().number + 1;
             noteRecordAgainFrom(firstLeft.value_or(*from));
             if (recorded > 0) {
                 postLocalSyncStateChanged();
@@ -110,13 +130,10 @@ bool DicomDB::recordStoredFiles(const std::stop_token &stop,
             }
         }
         const bool isDone = !isOutOfSight && !firstLeft && !stop.stop_requested();
-        return isDone && writeQuietly([this](Database &database) {
-                   if (m_files.numberAtOpening() > 0) {
-                       noteUnrecordedSends(database);
-                   }
-                   database.exec("UPDATE Ledger SET recordAgainFrom = NULL");
-               });
+        return isDone && noteRecordAgainFrom(std::nullopt);
     } catch (const SqliteError &) {
+        return false;
+    } catch (const platform::FileError &) {
         return false;
     }
 }

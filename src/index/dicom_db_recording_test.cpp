@@ -153,6 +153,60 @@ TEST_F(LostIndex, GoesOnWhereItWasStoppedAlsoAfterARestart)
     EXPECT_EQ(told, 20);
 }
 
+TEST_F(LostIndex, WaitsForAFolderAndForAFileThatCanNotBeLookedAt)
+{
+    import(QStringLiteral("9.1"));
+    const QString second = import(QStringLiteral("9.2"));
+    loseIndex();
+    for (const QString &hidden :
+         {home.fileStoreRoot() + QStringLiteral("/10000"), home.index().fileURL(second).toLocalFile()}) {
+        const QString away = home.path(QStringLiteral("away"));
+        ASSERT_TRUE(QFile::rename(hidden, away));
+        ASSERT_TRUE(QFile::link(hidden, hidden)); // a link to itself: asking for it fails, and it is there
+        EXPECT_FALSE(record()) << hidden.toStdString();
+        EXPECT_TRUE(home.index().lacksStoredFiles());
+        ASSERT_TRUE(QFile::remove(hidden));
+        ASSERT_TRUE(QFile::rename(away, hidden));
+    }
+
+    EXPECT_TRUE(record());
+
+    EXPECT_EQ(home.index().totalCounts().images, 2);
+    EXPECT_EQ(told, 2);
+}
+
+TEST_F(LostIndex, IsAlsoOneThatCameBackFromABackup)
+{
+    for (const int later : {3, 70}) {
+        SCOPED_TRACE(later);
+        import(QStringLiteral("8.%1").arg(later));
+        home.close();
+        const QString backup = home.path(QStringLiteral("backup-%1").arg(later));
+        ASSERT_TRUE(QFile::copy(home.indexFile(), backup));
+        home.reopen();
+        for (int number = 1; number <= later; ++number) {
+            import(QStringLiteral("9.%1.%2").arg(later).arg(number));
+        }
+        const std::int64_t images = home.index().totalCounts().images;
+        home.close();
+        ASSERT_TRUE(QFile::remove(home.indexFile()));
+        ASSERT_TRUE(QFile::rename(backup, home.indexFile()));
+        home.reopen();
+        EXPECT_EQ(home.index().totalCounts().images, images - later);
+        const bool isCertain = later == 70; // a kill could have left few files without their rows
+        EXPECT_EQ(home.index().lacksStoredFiles(), isCertain);
+        told = 0;
+
+        EXPECT_TRUE(record());
+
+        EXPECT_EQ(told, later);
+        EXPECT_EQ(home.index().totalCounts().images, images);
+        EXPECT_FALSE(home.index().lacksStoredFiles());
+        EXPECT_EQ(home.index().sentBefore({QStringLiteral("7.7"), 7}),
+                  isCertain ? SentBefore::unrecorded : SentBefore::nothing);
+    }
+}
+
 TEST_F(LostIndex, TakesImagesMeanwhileAndRecordsNoneTwice)
 {
     const QString old = import(QStringLiteral("9.1"));

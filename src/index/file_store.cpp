@@ -103,22 +103,27 @@ bool FileStore::takeLock()
     }
 }
 
-QList<StoredFile> FileStore::filesFrom(std::int64_t from, int limit) const
+FileStore::Page FileStore::filesFrom(std::int64_t from, int limit) const
 {
-    QList<StoredFile> files;
-    for (std::int64_t bucket = bucketOf(from); bucket <= bucketOf(m_numberAtOpening) && files.isEmpty();
+    Page page;
+    for (std::int64_t bucket = bucketOf(from); bucket <= bucketOf(m_numberAtOpening) && page.files.isEmpty();
          bucket += kFilesOfABucket) {
         const QString prefix = QString::number(bucket);
-        const QDir folder(m_root + QLatin1Char('/') + prefix);
-        for (const QString &name : folder.entryList(QDir::Files | QDir::NoSymLinks)) {
-            const auto file = numbered(prefix + QLatin1Char('/') + name);
-            if (file && file->number >= from) {
-                files.append(*file);
-            }
+        const QString folder = m_root + QLatin1Char('/') + prefix;
+        const bool isWhole =
+            platform::visitFolder(QFile::encodeName(folder), [&](const platform::FolderEntry &entry) {
+                const auto file = numbered(prefix + QLatin1Char('/') + QFile::decodeName(entry.name()));
+                if (file && file->number >= from) {
+                    page.files.append(*file);
+                }
+            });
+        if (!isWhole && !platform::isKnownToBeAbsent(folder)) {
+            page.firstOutOfSight = page.firstOutOfSight.value_or(std::max(from, bucket - kFilesOfABucket));
         }
     }
-    std::ranges::sort(files, {}, &StoredFile::number);
-    return files.mid(0, limit);
+    std::ranges::sort(page.files, {}, &StoredFile::number);
+    page.files = page.files.mid(0, limit);
+    return page;
 }
 
 QString FileStore::root()
@@ -168,24 +173,31 @@ void FileStore::sweepPrivateFolder()
 
 bool FileStore::isInSight() const
 {
-    return highestBucket() > 0;
+    return highestBucket().value_or(0) > 0;
 }
 
-std::int64_t FileStore::highestBucket() const
+bool FileStore::wasNeverUsed() const
 {
-    std::int64_t highestBucket = 0;
-    for (const QString &name : QDir(m_root).entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
-        const std::int64_t bucket = numberIn(name).value_or(0);
-        if (bucket % kFilesOfABucket == 0) {
-            highestBucket = std::max(highestBucket, bucket);
-        }
-    }
-    return highestBucket;
+    return m_numberAtOpening == 0 && highestBucket() == 0;
+}
+
+/// Nothing where the root can't be read to its end.
+std::optional<std::int64_t> FileStore::highestBucket() const
+{
+    std::int64_t highest = 0;
+    const bool isWhole =
+        platform::visitFolder(QFile::encodeName(m_root), [&](const platform::FolderEntry &entry) {
+            const std::int64_t bucket = numberIn(QFile::decodeName(entry.name())).value_or(0);
+            if (bucket % kFilesOfABucket == 0) {
+                highest = std::max(highest, bucket);
+            }
+        });
+    return isWhole ? std::optional(highest) : std::nullopt;
 }
 
 std::int64_t FileStore::numberBehindAllFiles() const
 {
-    const std::int64_t highest = highestBucket();
+    const std::int64_t highest = highestBucket().value_or(0);
     if (highest == 0) {
         return 0;
     }
@@ -213,25 +225,29 @@ QString FileStore::takePrivateCopy(const QString &source, ImportSource hands)
         }
     }
     m_files.copy(source, copy);
-    const auto original = hands == ImportSource::ownInbox ? platform::fileIdentity(source) : std::nullopt;
-    if (original) {
-        m_files.setModified(copy, original->modified);
-    } else {
-        dateForeignCopy(copy);
+    try {
+        if (hands == ImportSource::ownInbox) {
+            m_files.setModified(copy, platform::fileIdentityOrThrow(source).modified);
+        } else {
+            dateForeignCopy(copy);
+        }
+    } catch (const FileError &) {
+        dropPrivateCopy(copy); // without its time nobody could tell which version is the last
+        throw;
     }
     return copy;
 }
 
 void FileStore::dateForeignCopy(const QString &copy)
 {
-    const auto identity = platform::fileIdentity(copy);
-    std::int64_t time = identity ? identity->modified.count() : 0;
+    const std::int64_t modified = platform::fileIdentityOrThrow(copy).modified.count();
+    std::int64_t time = modified;
     {
         const platform::MutexLock lock(m_mutex);
         time = std::max(time, m_newestAcknowledged + 1);
         m_newestAcknowledged = time;
     }
-    if (!identity || identity->modified.count() != time) {
+    if (modified != time) {
         m_files.setModified(copy, std::chrono::nanoseconds(time)); // the clock stands, or was set back
     }
 }
@@ -262,9 +278,8 @@ StoredFile FileStore::moveToNextNumber(const QString &copy)
         const QString path =
             folder + QLatin1Char('/') + QString::number(m_nextNumber) + QLatin1Char('.') + extensionOf(copy);
         platform::makeFoldersDurably(folder, m_files);
-        const auto identity = platform::fileIdentity(copy);
         const StoredFile stored{
-            path, pathStringOf(path), m_nextNumber, identity ? identity->modified.count() : 0};
+            path, pathStringOf(path), m_nextNumber, platform::fileIdentityOrThrow(copy).modified.count()};
         beginImport(stored);
         try {
             m_files.renameToNew(copy, path);
@@ -304,6 +319,9 @@ std::optional<StoredFile> FileStore::takeUpName(const QString &inboxFile)
                     entry.number() == wanted->number ? platform::fileIdentity(path) : std::nullopt;
                 if (identity && identity->isSameFile(*wanted) && !found) {
                     found = numbered(pathStringOf(path));
+                    if (found) {
+                        found->acknowledged = identity->modified.count();
+                    }
                 }
             });
         }
@@ -344,9 +362,7 @@ std::optional<StoredFile> FileStore::numbered(const QString &pathString) const
     if (!bucket || !number || bucketOf(*number) != *bucket) {
         return std::nullopt;
     }
-    const QString path = m_root + QLatin1Char('/') + pathString;
-    const auto identity = platform::fileIdentity(path);
-    return StoredFile{path, pathString, *number, identity ? identity->modified.count() : 0};
+    return StoredFile{m_root + QLatin1Char('/') + pathString, pathString, *number, 0};
 }
 
 void FileStore::keepNumber()

@@ -67,8 +67,21 @@ public:
     /// there are none.
     bool isInSight() const;
 
-    /// The next files of the store from the number `from` on, by number, at most `limit`.
-    QList<StoredFile> filesFrom(std::int64_t from, int limit) const;
+    /// True when no file was ever stored here, for all that the root and the running number tell.
+    bool wasNeverUsed() const;
+
+    /// Some files of the store, by number, without their times.
+    struct Page
+    {
+        QList<StoredFile> files;
+
+        /// The lowest number that a file may have which stands in a folder before or beside these that can't
+        /// be read.
+        std::optional<std::int64_t> firstOutOfSight = {};
+    };
+
+    /// The next files of the store from the number `from` on, at most `limit`.
+    Page filesFrom(std::int64_t from, int limit) const;
 
     /// The root; made, with its parents, when it is missing. A failure to make it is ignored here.
     QString root();
@@ -102,8 +115,8 @@ public:
     /// without this belongs to no import any more.
     bool isBeingImported(const QString &pathString) const;
 
-    /// The stored file of a `pathString` of the form that the store gives, with its time where it is there;
-    /// nothing for any other.
+    /// The stored file of a `pathString` of the form that the store gives, without its time, be it there or
+    /// not; nothing for any other.
     std::optional<StoredFile> numbered(const QString &pathString) const;
 
     /// Makes the name that `moveIn` gave durable. \throws FileError
@@ -131,7 +144,7 @@ public:
 private:
     QString privateFolder() const;
     void sweepPrivateFolder();
-    std::int64_t highestBucket() const;
+    std::optional<std::int64_t> highestBucket() const;
     std::int64_t numberBehindAllFiles() const;
     StoredFile moveToNextNumber(const QString &copy);
     void keepNumber();

@@ -53,7 +53,8 @@ struct Recorded
 /// this one is damaged, they stay, and this file is noted beside them. Runs inside the caller's transaction.
 ///
 /// \param elements  what the parser read from the file.
-/// \param now       milliseconds since 1970, UTC. Throws SqliteError.
+/// \param now       milliseconds since 1970, UTC.
+/// \throws SqliteError, FileError
 Recorded recordImport(platform::Database &database,
                       const QVariantMap &elements,
                       const StoredFile &stored,

@@ -7,11 +7,12 @@
 #include "index/stored_copies.h"
 #include "platform/concurrency/clock.h"
 #include "platform/dicom/dicom_parsing.h"
+#include "platform/files/file_error.h"
 #include "platform/files/files.h"
 #include "platform/sqlite/database.h"
 #include "platform/sqlite/sqlite_error.h"
 
-#include <QtCore/QFileInfo>
+#include <cerrno>
 
 namespace gateway::index {
 
@@ -157,25 +158,42 @@ UnrecordedFile IndexExamination::lookAt(const QString &pathString) const
         return file;
     }
     const QString path = file.fileURL.toLocalFile();
-    if (hasPlace(pathString) || !QFileInfo(path).isFile()) {
+    if (hasPlace(pathString)) {
         return file;
     }
+    try {
+        const std::int64_t modified = platform::fileIdentityOrThrow(path).modified.count();
+        if (file.place) {
+            file.place->acknowledged = modified;
+        }
+        examine(file);
+    } catch (const platform::FileError &error) {
+        const bool isNoFile = error.code() == EINVAL || platform::isKnownToBeAbsent(path);
+        file.kind = isNoFile ? UnrecordedFile::Kind::none : UnrecordedFile::Kind::unexamined;
+    }
+    return file;
+}
+
+/// Tells what a file without a place is. \throws FileError
+void IndexExamination::examine(UnrecordedFile &file) const
+{
+    const QString path = file.fileURL.toLocalFile();
     const platform::ParsedFile found = m_parser.parse(path);
     using Fate = platform::ParsedFile::Fate;
     if (found.fate != Fate::parsed || textOr(found.elements, QStringLiteral("patientUID")).isEmpty()) {
         const bool isTrouble = found.fate == Fate::trouble || found.fate == Fate::unavailable;
-        const bool isStillThere = QFileInfo(path).isFile() && !hasPlace(pathString);
+        const bool isStillThere = !platform::isKnownToBeAbsent(path) && !hasPlace(m_files.pathStringOf(path));
         file.kind = !isStillThere ? UnrecordedFile::Kind::none
                     : isTrouble   ? UnrecordedFile::Kind::unexamined
                                   : UnrecordedFile::Kind::unreadable;
-        return file;
+        return;
     }
     file.elements = found.elements;
     compareWithCurrent(file);
-    return file;
 }
 
 /// Tells what a readable file without a place is beside the one that its image's rows refer to.
+/// \throws FileError
 void IndexExamination::compareWithCurrent(UnrecordedFile &file) const
 {
     // A file outside of the store's places has no number, and never takes the place of another.
@@ -213,7 +231,8 @@ std::int64_t IndexExamination::record(const QList<UnrecordedFile> &files)
     m_store.write([&](Database &database) {
         recorded = 0;
         for (const UnrecordedFile &file : files) {
-            if (hasItsPlace(database, file.place->pathString) || !QFileInfo(file.place->path).isFile()) {
+            if (hasItsPlace(database, file.place->pathString) ||
+                platform::isKnownToBeAbsent(file.place->path)) {
                 continue;
             }
             database.prepare("UPDATE DicomImage SET damaged = 1 WHERE pathString = ?")

@@ -121,6 +121,7 @@ private:
     bool hasItsPlace(platform::Database &database, const QString &pathString) const;
     bool hasPlace(const QString &pathString) const;
     bool isNotedBeside(const StoredFile &file, const Judgement &judgement) const;
+    void examine(UnrecordedFile &file) const;
     void compareWithCurrent(UnrecordedFile &file) const;
 
     IndexStore &m_store;

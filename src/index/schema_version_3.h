@@ -36,7 +36,7 @@ END;
 /// way by which it came, a FileOrigin. `SupersededFile` holds the stored files of images whose rows stand for
 /// another one, `successor`; `owed` is 1 for one that a modality may have been told is stored and that wasn't
 /// in the cloud when it came to stand aside. `recordAgainFrom` is the number of the first stored file that
-/// may lack its rows because the index was made anew; NULL where all have them.
+/// may lack its rows because the index was made anew or came back from a backup; NULL where all have them.
 inline constexpr const char *kCopiesOfSchemaVersion3 = R"sql(
 ALTER TABLE DicomImage ADD COLUMN acknowledged INTEGER NOT NULL DEFAULT 0;
 ALTER TABLE DicomImage ADD COLUMN damaged INTEGER NOT NULL DEFAULT 0;

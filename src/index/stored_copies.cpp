@@ -119,10 +119,10 @@ currentCopies(Database &database, const QVariantMap &elements, const StoredFile 
         if (copy.pathString.isEmpty() || copy.pathString == beside.pathString) {
             continue;
         }
-        const auto identity = platform::fileIdentity(rootOf(beside) + copy.pathString);
-        copy.isThere = identity || !platform::isKnownToBeAbsent(rootOf(beside) + copy.pathString);
-        if (identity && copy.acknowledged == 0) {
-            copy.acknowledged = identity->modified.count(); // recorded before times were kept
+        const QString path = rootOf(beside) + copy.pathString;
+        copy.isThere = !platform::isKnownToBeAbsent(path);
+        if (copy.isThere && copy.acknowledged == 0) { // recorded before times were kept
+            copy.acknowledged = platform::fileIdentityOrThrow(path).modified.count();
         }
         copies.push_back(copy);
     }

@@ -44,13 +44,15 @@ struct Judgement
     std::vector<CurrentCopy> copies; ///< all that rows stand for now, but `file`
 };
 
-/// The stored files that the rows of the image with these elements stand for.
+/// The stored files that the rows of the image with these elements stand for. \throws FileError where it
+/// can't be told when one of them was acknowledged
 std::vector<CurrentCopy>
 currentCopies(platform::Database &database, const QVariantMap &elements, const StoredFile &beside);
 
 /// Decides by the order of acknowledgement, and at equal times by number. A damaged file never takes the
 /// place of a whole one, and one that is there always takes that of one that isn't. What a person brings in
-/// is the same object as one that is owed and holds the same bytes: that one stays.
+/// is the same object as one that is owed and holds the same bytes: that one stays. \throws FileError as
+/// above
 Judgement judge(platform::Database &database, const QVariantMap &elements, const StoredFile &file);
 
 /// Notes that `copy` isn't current: rows of its image stand for `successor`.

@@ -252,12 +252,34 @@ class Copies(EndToEndTest):
 
         # Then
         self.gateway.await_received(images)
-        self.assertIn("The index was missing", self.gateway.said())
+        self.assertIn("The index lacks stored images", self.gateway.said())
         await_true("the end of it", lambda: "30 stored files are recorded" in self.gateway.said(),
                    self.gateway.process)
         self.assertEqual(self.current(), files)
         self.gateway.sign_in()
         self.gateway.await_synced(images)
+        self.assertEqual(self.findings(), (0, {}))
+
+    def test_images_that_came_after_the_backup_of_an_index_are_sent_where_it_is_brought_back(self):
+        # Given
+        before, after = self.samples(seed=1, ct=2), self.samples(seed=2, ct=3)
+        backup = self.folder / "backup"
+        send(self.gateway, before)
+        self.gateway.await_received(before)
+        self.start_again(before=lambda: shutil.copytree(self.gateway.home / "index", backup))
+        send(self.gateway, after)
+        self.gateway.await_received(before + after)
+        await_true("an empty inbox", lambda: not list(self.gateway.home.rglob("quorin-*.dcm")), self.gateway.process)
+
+        # When
+        def bring_back():
+            shutil.rmtree(self.gateway.home / "index")
+            shutil.copytree(backup, self.gateway.home / "index")
+        self.start_again(before=bring_back)
+        self.gateway.sign_in()
+
+        # Then
+        self.gateway.await_synced(before + after)
         self.assertEqual(self.findings(), (0, {}))
 
     def test_a_second_home_with_the_same_documents_is_refused(self):

@@ -5,7 +5,8 @@ import sqlite3
 import subprocess
 import unittest
 
-from harness import TITLE, EndToEndTest, await_true, request
+from failing_disk import FailingDisk
+from harness import TITLE, EndToEndTest, Gateway, await_true, request
 from odd_objects import DELIMITER, EXPLICIT, IMPLICIT, JPEG_LS, RLE, Sender, dataset, dataset_of, element, item, part10, with_fragments
 
 STUDY, SERIES = "1.2.9", "1.2.9.1"
@@ -50,6 +51,31 @@ class Identity(WithoutCompression):
             with self.subTest(instance):
                 wanted = dataset("1.2.3.7") if instance == "1.2.3.7" else body
                 self.assertEqual(self.fetched(instance), wanted)
+
+    def test_a_time_that_cannot_be_read_for_a_moment_lets_no_older_version_win(self):
+        # Given
+        port = self.gateway.port
+        self.gateway.end()
+        disk = FailingDisk(self.folder)
+        self.gateway = Gateway(self.folder, self.cloud.address, variables=disk.variables())
+        self.addCleanup(self.gateway.end)
+        self.gateway.port = port
+        self.gateway.sign_in()
+        self.cloud.steer("second-versions", policy="replace")
+        versions = [dataset("1.2.7.1", shade=shade) for shade in (1, 2)]
+
+        # When
+        for version in versions:
+            sender = Sender(self.gateway.port, TITLE)
+            sender.store(version, "1.2.7.1")
+            sender.release()
+            self.await_all(1)
+            disk.fail("stat", "*/.incoming/*.dcm", times=1)
+
+        # Then
+        await_true("the corrected version in the cloud", lambda: self.fetched("1.2.7.1") == versions[1],
+                   self.gateway.process)
+        self.assertEqual(disk.failures(), 1)
 
     def test_files_with_an_odd_header_or_none_arrive(self):
         # Given

@@ -59,7 +59,10 @@ class Trail(EndToEndTest):
         # Then
         actions = [event["action"] for event in life]
         self.assertEqual(sorted(actions), sorted(LIFE + ["association_completed"]))
-        self.assertEqual([action for action in actions if action != "association_completed"], LIFE)
+        # When the association ends, and when the inbox lets its file go, is up to other threads.
+        aside = ("association_completed", "incoming_file_deleted")
+        self.assertEqual([action for action in actions if action not in aside],
+                         [action for action in LIFE if action not in aside])
         self.assertEqual(life[-1]["details"], {"reason": "retention"})
         for line in life:
             for key in ("fileHash", "assocHash"):

@@ -161,6 +161,16 @@ std::optional<FileIdentity> fileIdentity(const QString &path)
     return FileIdentity{status->st_dev, status->st_ino, status->st_nlink, status->st_size, modified};
 }
 
+FileIdentity fileIdentityOrThrow(const QString &path)
+{
+    errno = 0;
+    const auto identity = fileIdentity(path);
+    if (!identity) {
+        throw FileError("ask for the time of a file", errno != 0 ? errno : EINVAL);
+    }
+    return *identity;
+}
+
 bool isKnownToBeAbsent(const QString &path)
 {
     struct stat status{};

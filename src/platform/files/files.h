@@ -72,6 +72,9 @@ struct FileIdentity
 /// The identity of a regular file; nothing when there is none or it can't be asked.
 std::optional<FileIdentity> fileIdentity(const QString &path);
 
+/// The same. \throws FileError  EINVAL where something else than a regular file stands there
+FileIdentity fileIdentityOrThrow(const QString &path);
+
 /// True when it is certain that nothing stands at `path`: its folder is there, and has no such name. What
 /// can't be asked, because a disk fails, a share is away or the way is closed, is not certain.
 bool isKnownToBeAbsent(const QString &path);
