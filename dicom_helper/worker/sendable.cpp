@@ -272,4 +272,19 @@ Record makeConvertedSendable(const std::string &path, const std::string &convert
     return answerFor(path, converted, converted);
 }
 
+Record tellVersion(const std::string &path)
+try {
+    std::optional<Candidate> candidate = candidateAt(path);
+    if (!candidate) {
+        return failed("it isn't a regular file");
+    }
+    Record record{"version", {}};
+    record.setNumber("version", candidate->version());
+    return record;
+} catch (const std::bad_alloc &) {
+    return failed("the object needs too much memory");
+} catch (const std::runtime_error &error) {
+    return failed(error.what());
+}
+
 } // namespace gateway::dicom_helper::worker

@@ -19,4 +19,8 @@ platform::dicom_protocol::Record makeSendable(const std::string &path, const std
 /// header agrees with its dataset, else it is removed and the file itself is made ready.
 platform::dicom_protocol::Record makeConvertedSendable(const std::string &path, const std::string &converted);
 
+/// The answer to a job that tells which version of its object the file at `path` holds, as the answers above
+/// do: `version` or `failed`. \throws ReadError
+platform::dicom_protocol::Record tellVersion(const std::string &path);
+
 } // namespace gateway::dicom_helper::worker

@@ -71,6 +71,9 @@ try {
     if (job.word == "sendable") {
         return makeSendable(path, std::string(job.text("output")));
     }
+    if (job.word == "version") {
+        return tellVersion(path);
+    }
     if (job.word == "compare") {
         return compareObjects(path, std::string(job.text("sent")), std::string(job.text("stored")));
     }

@@ -126,6 +126,9 @@ public:
         }
         add(FindingKind::rowWithoutFile, m_examination.rowsWithoutFile(m_stop));
         add(FindingKind::damagedImage, m_examination.damagedFiles());
+        if (m_repairs) {
+            m_index.releaseSentCopies();
+        }
         add(FindingKind::unsentVersion, m_examination.owedFiles());
     }
 

@@ -516,4 +516,22 @@ TEST_F(DoctorTest, FindsAnImageThatStandsAsideUnsentForOneThatAPersonBroughtIn)
     EXPECT_FALSE(examine().isWell());
 }
 
+TEST_F(DoctorTest, FindsNothingWhereTheCloudHoldsTheVeryDatasetOfTheOneThatStandsAside)
+{
+    const QString path = home.path(QStringLiteral("received.dcm"));
+    index::testing::writeSyntheticFile(path, TemporaryIndex::image(QStringLiteral("9.1")));
+    home.index().importFile(QUrl::fromLocalFile(path), index::ImportSource::ownInbox);
+    const QString brought =
+        home.import(TemporaryIndex::image(QStringLiteral("9.1"), {{QStringLiteral("header"), 1}}));
+    home.index().noteSending({{QStringLiteral("9.1"), home.parser.versionOf(path)}});
+    home.parser.breakDown(); // so that it stays when the other one has been sent
+    home.index().recordUploadResult({}, brought, true);
+    home.parser.breakDown(platform::ParsedFile::Fate::parsed);
+
+    EXPECT_TRUE(examine().isWell());
+    EXPECT_EQ(home.number(QStringLiteral("SELECT count(*) FROM SupersededFile")), 1);
+    EXPECT_TRUE(counts(true).isEmpty());
+    EXPECT_EQ(home.number(QStringLiteral("SELECT count(*) FROM SupersededFile")), 0);
+}
+
 } // namespace gateway::doctor

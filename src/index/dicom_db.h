@@ -153,6 +153,10 @@ public:
     /// well when the index can't be read.
     bool mayOtherVersionBeSent(const SentInstance &sent) const;
 
+    /// Lets go of files that a modality may have been told of and that stand aside for one that is in the
+    /// cloud, where they hold the very dataset that went there. Reads them.
+    void releaseSentCopies();
+
     /// Puts back what an earlier process left in progress. A file that would wait for longer than
     /// kLongestWait may be tried now: the clock was set.
     RecoveryCounts recoverInProgressImages();
@@ -292,6 +296,7 @@ private:
     [[noreturn]] void leaveUnsaved(const StoredFile &stored, const QString &why);
     void settleUnsaved(Patience &patience);
     bool hasOthersBeside(const QString &path) const;
+    void releaseSentBeside(const QString &successor);
     void dropEqualCopies(const Recorded &recorded, const StoredFile &stored);
     void removeReleased(const QSet<QString> &paths, RemovalReason reason);
     std::optional<std::int64_t> recordAgainFrom() const;

@@ -329,11 +329,38 @@ std::optional<std::int64_t> DicomDB::recordUploadResult(const QList<ImageObjectI
     }
     if (mayLetGo) { // one that came to stand beside it just now stays noted, and goes another time
         removeReleased(released, RemovalReason::superseded);
+        releaseSentBeside(path);
     }
     if (updated > 0) {
         postLocalSyncStateChanged();
     }
     return updated;
+}
+
+void DicomDB::releaseSentCopies()
+{
+    releaseSentBeside({});
+}
+
+/// \param successor  the current copy; empty for all.
+void DicomDB::releaseSentBeside(const QString &successor)
+{
+    try {
+        const std::vector<OwedFile> sent = examination().owedFilesThatWereSent(successor);
+        QSet<QString> released;
+        const auto release = [&](Database &database) {
+            released.clear();
+            for (const OwedFile &file : sent) {
+                noteAsSent(database, file);
+                released += releaseIfProven(database, file.successor);
+            }
+        };
+        if (!sent.empty() && writeQuietly(release)) {
+            removeReleased(released, RemovalReason::superseded);
+        }
+    } catch (const SqliteError &) {
+        return; // they stay, and the doctor tells of them
+    }
 }
 
 /// True where other copies of its image stand beside the file at `path`, and when that can't be told.

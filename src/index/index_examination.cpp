@@ -14,6 +14,8 @@
 
 #include <cerrno>
 
+#include <algorithm>
+
 namespace gateway::index {
 
 using elements::boolean;
@@ -259,7 +261,23 @@ std::int64_t IndexExamination::damagedFiles() const
 
 std::int64_t IndexExamination::owedFiles() const
 {
-    return m_store.read([](Database &database) { return index::owedFiles(database); });
+    const std::vector<OwedFile> files =
+        m_store.read([](Database &database) { return index::owedFiles(database); });
+    return std::ranges::count_if(files, [this](const OwedFile &file) { return !wasSent(file); });
+}
+
+std::vector<OwedFile> IndexExamination::owedFilesThatWereSent(const QString &successor) const
+{
+    std::vector<OwedFile> files =
+        m_store.read([&](Database &database) { return index::owedFiles(database, successor); });
+    std::erase_if(files, [this](const OwedFile &file) { return !wasSent(file); });
+    return files;
+}
+
+bool IndexExamination::wasSent(const OwedFile &file) const
+{
+    return file.sentVersion != 0 &&
+           m_parser.versionOf(m_files.fileURL(file.pathString).toLocalFile()) == file.sentVersion;
 }
 
 } // namespace gateway::index

@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <optional>
 #include <stop_token>
+#include <vector>
 
 namespace gateway::platform {
 class Clock;
@@ -23,6 +24,7 @@ namespace gateway::index {
 class FileStore;
 class IndexStore;
 struct Judgement;
+struct OwedFile;
 
 /// A stored file as the rows know it.
 struct RecordedFile
@@ -114,8 +116,13 @@ public:
     std::int64_t damagedFiles() const;
 
     /// How many files that a modality may have been told are stored were not sent, while another version of
-    /// the image, which perhaps a person brought in, took their place in the cloud.
+    /// the image, which perhaps a person brought in, took their place in the cloud. Reads them: those that
+    /// hold the very dataset that was sent don't count.
     std::int64_t owedFiles() const;
+
+    /// Those of the owed files beside `successor`, or beside all where it is empty, that hold the very
+    /// dataset that was sent.
+    std::vector<OwedFile> owedFilesThatWereSent(const QString &successor = {}) const;
 
 private:
     bool hasItsPlace(platform::Database &database, const QString &pathString) const;
@@ -123,6 +130,7 @@ private:
     bool isNotedBeside(const StoredFile &file, const Judgement &judgement) const;
     void examine(UnrecordedFile &file) const;
     void compareWithCurrent(UnrecordedFile &file) const;
+    bool wasSent(const OwedFile &file) const;
 
     IndexStore &m_store;
     FileStore &m_files;

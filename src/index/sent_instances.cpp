@@ -35,6 +35,12 @@ SentBefore sentBefore(Database &database, const SentInstance &next)
     return row.integer(0) == 0 ? SentBefore::unknown : SentBefore::anotherVersion;
 }
 
+std::int64_t onlyVersionSent(Database &database, const QString &instance)
+{
+    Statement row = database.prepare("SELECT version FROM SentInstance WHERE instance = ?");
+    return row.bindAll(keyOf(instance)).step() ? row.integer(0) : 0;
+}
+
 void noteSending(Database &database, const SentInstance &sent)
 {
     database

@@ -35,6 +35,9 @@ enum class SentBefore
 /// What is known of the instance, before this version of it is sent.
 SentBefore sentBefore(platform::Database &database, const SentInstance &next);
 
+/// The one version that was sent of the instance; 0 where none was, several were, or nobody knows which.
+std::int64_t onlyVersionSent(platform::Database &database, const QString &instance);
+
 /// Notes what is about to be sent, whatever will become of it.
 void noteSending(platform::Database &database, const SentInstance &sent);
 

@@ -1,6 +1,7 @@
 #include "index/stored_copies.h"
 
 #include "index/import_elements.h"
+#include "index/sent_instances.h"
 #include "platform/files/files.h"
 #include "platform/sqlite/database.h"
 
@@ -29,9 +30,12 @@ constexpr const char *kProven =
     "OR (cameFrom <> 0 AND owed <> 0)))";
 
 constexpr const char *kOwed =
-    "SELECT count(*) FROM SupersededFile WHERE owed <> 0 "
+    "SELECT pathString, successor, "
+    "(SELECT max(originalSOPInstanceUID) FROM DicomImage WHERE pathString = successor) "
+    "FROM SupersededFile WHERE owed <> 0 AND (?1 = '' OR successor = ?1) "
     "AND EXISTS (SELECT 1 FROM DicomImage WHERE pathString = successor AND cameFrom <> 0) "
-    "AND NOT EXISTS (SELECT 1 FROM DicomImage WHERE pathString = successor AND syncState IS NOT 1)";
+    "AND NOT EXISTS (SELECT 1 FROM DicomImage WHERE pathString = successor AND syncState IS NOT 1) "
+    "ORDER BY pathString";
 
 constexpr const char *kIsSupersededAndNotOwed =
     "SELECT EXISTS (SELECT 1 FROM SupersededFile WHERE pathString = ?1 AND owed = 0)";
@@ -198,9 +202,26 @@ QSet<QString> releaseBesideDeleted(Database &database, const QSet<QString> &path
     return released;
 }
 
-std::int64_t owedFiles(Database &database)
+std::vector<OwedFile> owedFiles(Database &database, const QString &successor)
 {
-    return database.integer(kOwed);
+    std::vector<OwedFile> files;
+    Statement row = database.prepare(kOwed);
+    row.bindAll(successor);
+    while (row.step()) {
+        files.push_back({row.text(0), row.text(1), onlyVersionSent(database, row.text(2))});
+    }
+    return files;
+}
+
+void noteAsSent(Database &database, const OwedFile &file)
+{
+    for (const OwedFile &now : owedFiles(database, file.successor)) {
+        if (now.pathString == file.pathString && now.sentVersion == file.sentVersion) {
+            database.prepare("UPDATE SupersededFile SET owed = 0 WHERE pathString = ?")
+                .bindAll(file.pathString)
+                .run();
+        }
+    }
 }
 
 bool isSupersededAndNotOwed(Database &database, const QString &pathString)

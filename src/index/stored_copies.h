@@ -76,8 +76,20 @@ QSet<QString> releaseIfProven(platform::Database &database, const QString &curre
 /// noted.
 QSet<QString> releaseBesideDeleted(platform::Database &database, const QSet<QString> &paths);
 
-/// How many owed files stand beside one that is in the cloud and doesn't stand for them.
-std::int64_t owedFiles(platform::Database &database);
+/// An owed file beside one that is in the cloud and doesn't stand for it.
+struct OwedFile
+{
+    QString pathString;
+    QString successor;
+    std::int64_t sentVersion = 0; ///< of the instance, the only one; 0 where nobody knows
+};
+
+/// The owed files beside `successor`, or beside all where it is empty.
+std::vector<OwedFile> owedFiles(platform::Database &database, const QString &successor = {});
+
+/// Notes that the file holds the version that was sent, unless another was sent meanwhile: it isn't owed any
+/// more.
+void noteAsSent(platform::Database &database, const OwedFile &file);
 
 /// True for a superseded file that isn't owed.
 bool isSupersededAndNotOwed(platform::Database &database, const QString &pathString);

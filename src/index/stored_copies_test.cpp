@@ -22,6 +22,9 @@ constexpr seconds kMorning{1'700'000'000};
 const QVariantMap kWhole{{QStringLiteral("ImageComments"), QStringLiteral("whole")}};
 const QVariantMap kStump{{QStringLiteral("damaged"), true}};
 
+const QVariantMap kUnderAnotherHeader{{QStringLiteral("ImageComments"), QStringLiteral("received")},
+                                      {QStringLiteral("header"), QStringLiteral("of a disc")}};
+
 QVariantMap saying(const QString &comment)
 {
     return {{QStringLiteral("ImageComments"), comment}};
@@ -63,6 +66,18 @@ protected:
     {
         import(receive(kMorning, changes), ImportSource::foreign);
         return current().value(0);
+    }
+
+    std::int64_t versionOf(const QString &path)
+    {
+        return home.parser.versionOf(home.fileStoreRoot() + u'/' + path);
+    }
+
+    /// Uploads the current file, with the note of what goes out.
+    void sendVersion(const QString &path)
+    {
+        home.index().noteSending({{QStringLiteral("9.1"), versionOf(path)}});
+        send(path);
     }
 
     QStringList current()
@@ -207,6 +222,58 @@ TEST_F(StoredCopies, OneThatAModalityWasToldOfIsKeptWhereAPersonsTookItsPlaceUns
 
     EXPECT_EQ(stored(), QStringList{again});
     EXPECT_EQ(home.index().examination().owedFiles(), 0);
+}
+
+TEST_F(StoredCopies, OneGoesWhoseVeryDatasetWentToTheCloudUnderAnotherHeader)
+{
+    take(kMorning, saying(QStringLiteral("received")));
+    const QString brought = bringIn(kUnderAnotherHeader);
+
+    sendVersion(brought);
+
+    EXPECT_EQ(stored(), QStringList{brought});
+    EXPECT_EQ(superseded(), QStringList());
+    EXPECT_EQ(home.index().examination().owedFiles(), 0);
+}
+
+TEST_F(StoredCopies, OneGoesWhoseBytesAPersonBroughtInAgainAfterAnotherVersion)
+{
+    take(kMorning, saying(QStringLiteral("received")));
+    bringIn(saying(QStringLiteral("from an old disc")));
+    const QString again = bringIn(saying(QStringLiteral("received")));
+
+    sendVersion(again);
+
+    EXPECT_EQ(stored(), QStringList{again});
+}
+
+TEST_F(StoredCopies, OneIsKeptWhereNobodyKnowsWhichVersionTheCloudHolds)
+{
+    const QString received = take(kMorning, saying(QStringLiteral("received")));
+    const QString brought = bringIn(kUnderAnotherHeader);
+    home.index().noteSending({{QStringLiteral("9.1"), 7}});
+
+    sendVersion(brought);
+
+    EXPECT_EQ(stored(), (QStringList{received, brought}));
+    EXPECT_EQ(home.index().examination().owedFiles(), 1);
+}
+
+TEST_F(StoredCopies, OneThatCouldNotBeReadWhenItsVersionWentIsLookedAtAgain)
+{
+    const QString received = take(kMorning, saying(QStringLiteral("received")));
+    const QString brought = bringIn(kUnderAnotherHeader);
+    home.index().noteSending({{QStringLiteral("9.1"), versionOf(brought)}});
+    home.parser.breakDown();
+    send(brought);
+    EXPECT_EQ(home.index().examination().owedFiles(), 1);
+    home.parser.breakDown(platform::ParsedFile::Fate::parsed);
+
+    EXPECT_EQ(home.index().examination().owedFiles(), 0);
+    EXPECT_EQ(stored(), (QStringList{received, brought}));
+    home.index().releaseSentCopies();
+
+    EXPECT_EQ(stored(), QStringList{brought});
 }
 
 TEST_F(StoredCopies, OneThatIsInTheCloudGoesWithAPersonsThatIsThereToo)

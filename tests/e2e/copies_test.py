@@ -132,6 +132,27 @@ class Copies(EndToEndTest):
         self.assertEqual(dataset_of(self.cloud.fetch(self.cloud.token(), "1.2.9", "1.2.9.1", "1.2.3.1")), received)
         self.assertEqual(self.findings(), (0, {}))
 
+    def test_the_same_dataset_from_a_disc_lets_go_of_the_received_one_once_it_is_in_the_cloud(self):
+        # Given
+        received = dataset("1.2.3.1", shade=2)
+        sender = Sender(self.gateway.port, TITLE)
+        sender.store(received, "1.2.3.1")
+        sender.release()
+        self.gateway.await_status("the image", lambda s: s["counters"]["images"] == 1)
+        disc = self.folder / "same.dcm"
+        disc.write_bytes(part10(received, "1.2.3.1")) # under a header of its own
+
+        # When
+        self.gateway.command("import", disc)
+        await_true("two files", lambda: len(self.stored()) == 2, self.gateway.process)
+        self.gateway.sign_in()
+        self.gateway.await_status("an upload", lambda s: s["counters"]["synced"] == 1)
+
+        # Then
+        await_true("one file", lambda: self.stored() == self.current(), self.gateway.process)
+        self.assertEqual(len(self.stored()), 1)
+        self.assertEqual(self.findings(), (0, {}))
+
     def test_a_kill_while_receiving_leaves_one_name_an_image(self):
         # Given
         images = self.samples(ct=40)

@@ -4,6 +4,7 @@
 #include <QtCore/QDataStream>
 #include <QtCore/QFile>
 #include <QtCore/QIODevice>
+#include <QtCore/QtEndian>
 
 #include <cerrno>
 #include <stdexcept>
@@ -52,6 +53,20 @@ platform::ParsedFile SyntheticParser::parse(const QString &path)
     QDataStream stream(body);
     stream >> elements;
     return {Fate::parsed, elements};
+}
+
+std::int64_t SyntheticParser::versionOf(const QString &path)
+{
+    const platform::ParsedFile file = parse(path);
+    if (file.fate != platform::ParsedFile::Fate::parsed) {
+        return 0;
+    }
+    platform::DicomElements dataset = file.elements;
+    dataset.remove(QStringLiteral("header"));
+    QByteArray body;
+    QDataStream stream(&body, QIODevice::WriteOnly);
+    stream << dataset;
+    return 1 + qFromBigEndian<quint32>(digest(body).constData());
 }
 
 } // namespace gateway::index::testing

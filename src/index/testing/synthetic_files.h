@@ -12,11 +12,13 @@ namespace gateway::index::testing {
 /// Writes a file that stands for a DICOM object: a check sum and the elements.
 void writeSyntheticFile(const QString &path, const platform::DicomElements &elements);
 
-/// A parser for such files alone: one that is cut short or altered isn't readable. Thread: any.
+/// A parser for such files alone: one that is cut short or altered isn't readable. An element "header" counts
+/// as no part of the dataset. Thread: any.
 class SyntheticParser final : public platform::DicomParsing
 {
 public:
     platform::ParsedFile parse(const QString &path) override;
+    std::int64_t versionOf(const QString &path) override;
 
     /// True when the file at `path` is a whole one.
     bool reads(const QString &path) { return parse(path).fate == platform::ParsedFile::Fate::parsed; }

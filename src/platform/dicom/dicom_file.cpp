@@ -149,4 +149,11 @@ ParsedFile DicomFile::parse(const QString &path)
     return file;
 }
 
+std::int64_t DicomFile::versionOf(const QString &path)
+{
+    const WorkerProcessPool::Result result =
+        m_workers.run({"version", {{"path", QFile::encodeName(path).toStdString()}}}, m_timeout);
+    return result.answer.word == "version" ? result.answer.number("version", 0) : 0;
+}
+
 } // namespace gateway::platform

@@ -28,6 +28,7 @@ public:
     }
 
     ParsedFile parse(const QString &path) override;
+    std::int64_t versionOf(const QString &path) override;
 
 private:
     WorkerProcessPool &m_workers;

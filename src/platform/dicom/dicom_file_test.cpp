@@ -271,6 +271,21 @@ TEST_F(DicomClients, ImagesOfManyFoldersAreConvertedAndComparedInTurn)
     }
 }
 
+TEST_F(DicomClients, AVersionIsTheDatasetsAndTheOneThatGoesUp)
+{
+    const QString path = write(QStringLiteral("a"), smallObject());
+    std::string otherHeader = smallObject();
+    otherHeader[0] = 'p'; // of the preamble
+    const std::int64_t version = DicomFile(m_workers, m_clock).versionOf(path);
+
+    EXPECT_GT(version, 0);
+    EXPECT_EQ(DicomConverterWrapper(m_workers, temporaryFolder()).makeSendable(path).version, version);
+    EXPECT_EQ(DicomFile(m_workers, m_clock).versionOf(write(QStringLiteral("b"), otherHeader)), version);
+    EXPECT_NE(DicomFile(m_workers, m_clock).versionOf(write(QStringLiteral("c"), smallObject({}, 32))),
+              version);
+    EXPECT_EQ(DicomFile(m_workers, m_clock).versionOf(m_folder.filePath(QStringLiteral("none"))), 0);
+}
+
 TEST_F(DicomClients, AWorkerThatHasNoDictionaryLeavesConvertingToOneThatHas)
 {
     const QString path = write(QStringLiteral("a"), smallObject());

@@ -3,6 +3,8 @@
 #include <QtCore/QString>
 #include <QtCore/QVariantMap>
 
+#include <cstdint>
+
 namespace gateway::platform {
 
 /// The elements of a DICOM object by the keys that the index knows. Texts are QString; "seriesNumber",
@@ -42,6 +44,10 @@ public:
 
     /// Reads the file at `path`; blocks until it is read or given up.
     virtual ParsedFile parse(const QString &path) = 0;
+
+    /// The number by which versions of an instance are told apart, made of the dataset of the file at `path`
+    /// and as a SendableFile bears it; 0 where it can't be told now. Reads the whole file.
+    virtual std::int64_t versionOf(const QString &path) = 0;
 };
 
 } // namespace gateway::platform

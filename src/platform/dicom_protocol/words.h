@@ -33,12 +33,14 @@ inline constexpr int kChannelDescriptor = 3;
 //   convert  path, output (a path that doesn't exist yet)
 //   sendable path, output (a path that doesn't exist yet)
 //   compare  path (fetched), sent, stored
+//   version  path
 // From a worker:
 //   parsed     the elements, by their keys; each value begins with the letter of its type, see below
 //   unreadable message (not DICOM, no identity, ...)
 //   sendable   path (the output, or the input's where that can go as it is), converted (1 where the output is
 //              the JPEG-LS form), study, series, instance (of the dataset; empty where it has none), version
 //   nameless   the object has no instance UID by which an answer could name it
+//   version    version (as in `sendable`)
 //   same, different
 //   failed     message
 // No message holds anything that a file says.

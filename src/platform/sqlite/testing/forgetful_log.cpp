@@ -22,7 +22,7 @@ QByteArray contentOf(const QString &path)
 } // namespace
 
 /// SQLite's own way to files, but that it keeps of each file what the last sync found in it.
-struct ForgetfulLog::Disk
+struct ForgetfulFiles
 {
     struct OpenFile
     {
@@ -30,7 +30,7 @@ struct ForgetfulLog::Disk
         const sqlite3_io_methods *methods; // SQLite's own
     };
 
-    static inline Disk *s_only = nullptr; // SQLite's calls don't carry it
+    static inline ForgetfulFiles *s_only = nullptr; // SQLite's calls don't carry it
 
     sqlite3_vfs *const usual = sqlite3_vfs_find(nullptr);
     sqlite3_vfs vfs = *usual;
@@ -87,32 +87,32 @@ struct ForgetfulLog::Disk
     }
 };
 
-ForgetfulLog::ForgetfulLog() : m_disk(std::make_unique<Disk>())
+ForgetfulLog::ForgetfulLog() : m_files(std::make_unique<ForgetfulFiles>())
 {
-    Disk::s_only = m_disk.get();
-    m_disk->vfs.zName = "forgetful";
-    m_disk->vfs.pNext = nullptr;
-    m_disk->vfs.xOpen = Disk::openFile;
-    m_disk->vfs.xDelete = Disk::removeFile;
-    sqlite3_vfs_register(&m_disk->vfs, 1);
+    ForgetfulFiles::s_only = m_files.get();
+    m_files->vfs.zName = "forgetful";
+    m_files->vfs.pNext = nullptr;
+    m_files->vfs.xOpen = ForgetfulFiles::openFile;
+    m_files->vfs.xDelete = ForgetfulFiles::removeFile;
+    sqlite3_vfs_register(&m_files->vfs, 1);
 }
 
 ForgetfulLog::~ForgetfulLog()
 {
-    sqlite3_vfs_unregister(&m_disk->vfs);
-    sqlite3_vfs_register(m_disk->usual, 1);
+    sqlite3_vfs_unregister(&m_files->vfs);
+    sqlite3_vfs_register(m_files->usual, 1);
 }
 
 void ForgetfulLog::leaveAfterPowerCut(const QString &path, const QString &copy) const
 {
-    const MutexLock lock(m_disk->mutex);
+    const MutexLock lock(m_files->mutex);
     for (const QString &suffix : {QString(), QStringLiteral("-wal")}) {
         QFile file(copy + suffix);
         if (!file.open(QIODevice::WriteOnly)) {
             qFatal("a test's copy of a database can't be written");
         }
-        const auto kept = m_disk->synced.find(path + suffix);
-        file.write(kept == m_disk->synced.end() ? QByteArray() : kept->second);
+        const auto kept = m_files->synced.find(path + suffix);
+        file.write(kept == m_files->synced.end() ? QByteArray() : kept->second);
     }
 }
 

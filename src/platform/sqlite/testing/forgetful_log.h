@@ -6,6 +6,8 @@
 
 namespace gateway::platform::testing {
 
+struct ForgetfulFiles;
+
 /// A disk under SQLite that loses in a power cut whatever no sync has covered.
 ///
 /// Holds for connections that are opened while it lives; they are closed before it goes. Owner: a test, one
@@ -24,9 +26,7 @@ public:
     void leaveAfterPowerCut(const QString &path, const QString &copy) const;
 
 private:
-    struct Disk;
-
-    const std::unique_ptr<Disk> m_disk;
+    const std::unique_ptr<ForgetfulFiles> m_files;
 };
 
 } // namespace gateway::platform::testing
