@@ -42,6 +42,15 @@ bool isUnableToSync(int error)
                              "), so that no image on it would be safe. Choose a folder on another volume.");
 }
 
+[[noreturn]] void refuseVolumeOfTimes(const std::string &path, int error)
+{
+    throw std::runtime_error(
+        "The incoming folder " + path + " lies on a volume that can't keep the times of files (" +
+        std::generic_category().message(error) +
+        "), so that of two versions of an image nobody could tell the later one. Choose a "
+        "folder on another volume.");
+}
+
 Descriptor openFolder(int base, const std::string &name, int flags)
 {
     return Descriptor(::openat(base, name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | flags));
@@ -85,6 +94,35 @@ std::int64_t newestOf(const Descriptor &folder, const std::vector<std::string> &
     return newest;
 }
 
+/// When the last object of the inbox was acknowledged; 0 without any.
+std::int64_t lastOf(const Descriptor &folder, const Descriptor &part)
+{
+    return std::max(newestOf(part, {kOrderFile}), newestOf(folder, namesIn(folder, kOurs)));
+}
+
+/// Its time must have been read before: one of another user is made anew.
+Descriptor openOrderFile(const Descriptor &part)
+{
+    constexpr int kFlags = O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+    Descriptor file(::openat(part.get(), kOrderFile, kFlags, 0600));
+    if (!file.isOpen() && ::unlinkat(part.get(), kOrderFile, 0) == 0) {
+        file = Descriptor(::openat(part.get(), kOrderFile, kFlags, 0600));
+    }
+    return file;
+}
+
+/// Sets when a file was modified. \return what the volume has kept of it, or the negated errno.
+std::int64_t setModified(int file, std::int64_t time)
+{
+    constexpr std::int64_t kSecond = 1'000'000'000;
+    const timespec times[2]{{0, UTIME_OMIT}, {time / kSecond, time % kSecond}};
+    struct stat status{};
+    if (::futimens(file, times) != 0 || ::fstat(file, &status) != 0) {
+        return -errno;
+    }
+    return nanoseconds(status.st_mtim);
+}
+
 /// A folder made a moment ago is only as durable as the entries that lead to it.
 void syncWayTo(const std::string &path)
 {
@@ -122,10 +160,14 @@ Inbox::Inbox(const std::string &path) : m_path(path)
         ::faccessat(m_part.get(), ".", W_OK | X_OK, AT_EACCESS) != 0) {
         refuse(path, errno);
     }
-    m_orderFile = Descriptor(
-        ::openat(m_part.get(), kOrderFile, O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600));
-    m_order = std::make_unique<AcknowledgementOrder>(
-        std::max(newestOf(m_part, {kOrderFile}), newestOf(m_folder, namesIn(m_folder, kOurs))));
+    m_order = std::make_unique<AcknowledgementOrder>(lastOf(m_folder, m_part));
+    m_orderFile = openOrderFile(m_part);
+    if (!m_orderFile.isOpen()) {
+        refuse(path, errno);
+    }
+    if (const int stamped = Inbox::stamp(m_orderFile.get()); stamped != 0) {
+        refuseVolumeOfTimes(path, -stamped);
+    }
     if (const int synced = syncInbox(); isUnableToSync(-synced)) {
         refuseVolume(path, -synced);
     }
@@ -167,6 +209,8 @@ void Inbox::takeUpWhatIsThere()
     Descriptor folder = openFolder(AT_FDCWD, m_path, 0);
     Descriptor part = folder.isOpen() ? openFolder(folder.get(), kPartFolder, O_NOFOLLOW) : Descriptor();
     if (part.isOpen()) {
+        m_order->raise(lastOf(folder, part));
+        m_orderFile = openOrderFile(part);
         m_folder = std::move(folder);
         m_part = std::move(part);
     }
@@ -210,15 +254,17 @@ std::int64_t Inbox::size(int file)
     return ::fstat(file, &status) != 0 ? -errno : status.st_size;
 }
 
-void Inbox::stamp(int file)
+int Inbox::stamp(int file)
 {
-    constexpr std::int64_t kSecond = 1'000'000'000;
     timespec now{};
     ::clock_gettime(CLOCK_REALTIME, &now);
-    const std::int64_t given = m_order->next(nanoseconds(now));
-    const timespec times[2]{{0, UTIME_OMIT}, {given / kSecond, given % kSecond}};
-    ::futimens(file, times);
-    ::futimens(m_orderFile.get(), times);
+    const std::int64_t given =
+        m_order->give(nanoseconds(now), [file](std::int64_t time) { return setModified(file, time); });
+    if (given < 0) {
+        return static_cast<int>(given);
+    }
+    setModified(m_orderFile.get(), given);
+    return 0;
 }
 
 int Inbox::sync(int file)

@@ -25,9 +25,8 @@ public:
     virtual ssize_t write(int file, std::string_view bytes) = 0;
     virtual std::int64_t size(int file) = 0;
 
-    /// Gives the file a time of its own, later than that of every object kept before it. Where the volume
-    /// can't, the file keeps the time at which it was written.
-    virtual void stamp(int file) = 0;
+    /// Gives the file a time of its own, later than that of every object kept before it.
+    virtual int stamp(int file) = 0;
     virtual int sync(int file) = 0;
     virtual int close(int file) = 0;
 
@@ -45,12 +44,14 @@ public:
 ///
 /// Names begin with "quorin-", so that files that people put there are never taken for ours. Each
 /// unfinished file is locked by the process that writes it for as long as it does. The time of a complete
-/// file tells when it was acknowledged, and no two have the same; the last one given is kept as the time of
-/// ".part/order", so that a clock that was set back doesn't turn the order. Thread: one.
+/// file tells when it was acknowledged, and no two have the same, however coarse the volume's times are; the
+/// last one given is kept as the time of ".part/order", so that a clock that was set back doesn't turn the
+/// order. Thread: one.
 class Inbox : public InboxDisk
 {
 public:
-    /// Opens the inbox and makes what is missing of it; proves that it can be written.
+    /// Opens the inbox and makes what is missing of it; proves that it can be written, and that its volume
+    /// keeps the times of files.
     ///
     /// \throws std::runtime_error with a sentence for people.
     explicit Inbox(const std::string &path);
@@ -73,7 +74,7 @@ public:
     int create(const std::string &name) override;
     ssize_t write(int file, std::string_view bytes) override;
     std::int64_t size(int file) override;
-    void stamp(int file) override;
+    int stamp(int file) override;
     int sync(int file) override;
     int close(int file) override;
     /// Fails like `create`.

@@ -84,7 +84,9 @@ int IncomingInstance::settle()
     int result = size == m_written ? 0 : -EIO;
     result = size < 0 ? static_cast<int>(size) : result;
     if (result == 0) {
-        m_disk.stamp(*m_file); // before the sync, which makes it durable as well
+        result = m_disk.stamp(*m_file); // before the sync, which makes it durable as well
+    }
+    if (result == 0) {
         result = m_disk.sync(*m_file);
     }
     if (result == 0) {

@@ -23,24 +23,25 @@ namespace {
 class PrivateCopy
 {
 public:
-    PrivateCopy(FileStore &files, QString path) : m_files(files), m_path(std::move(path)) {}
+    PrivateCopy(FileStore &files, PrivateFile file) : m_files(files), m_file(std::move(file)) {}
 
     ~PrivateCopy()
     {
         if (!m_moved) {
-            m_files.dropPrivateCopy(m_path);
+            m_files.dropPrivateCopy(m_file.path);
         }
     }
 
     PrivateCopy(const PrivateCopy &) = delete;
     PrivateCopy &operator=(const PrivateCopy &) = delete;
 
-    const QString &path() const { return m_path; }
+    const PrivateFile &file() const { return m_file; }
+    const QString &path() const { return m_file.path; }
     void wasMoved() { m_moved = true; }
 
 private:
     FileStore &m_files;
-    const QString m_path;
+    const PrivateFile m_file;
     bool m_moved = false;
 };
 
@@ -59,7 +60,7 @@ private:
     const StoredFile m_file;
 };
 
-QString copyPatiently(FileStore &files, Patience &patience, const QString &source, ImportSource hands)
+PrivateFile copyPatiently(FileStore &files, Patience &patience, const QString &source, ImportSource hands)
 {
     try {
         return patience.untilDone([&] { return files.takePrivateCopy(source, hands); });
@@ -117,7 +118,7 @@ StoredFile movePatiently(FileStore &files, Patience &patience, PrivateCopy &copy
 {
     std::optional<StoredFile> stored;
     try {
-        stored = patience.untilDone([&] { return files.moveIn(copy.path()); });
+        stored = patience.untilDone([&] { return files.moveIn(copy.file()); });
         copy.wasMoved();
         patience.untilDone([&] { files.makeDurable(*stored); });
         return *stored;

@@ -210,35 +210,43 @@ std::int64_t FileStore::numberBehindAllFiles() const
     return next;
 }
 
-QString FileStore::takePrivateCopy(const QString &source, ImportSource hands)
+PrivateFile FileStore::takePrivateCopy(const QString &source, ImportSource hands)
 {
     platform::makeFoldersDurably(privateFolder(), m_files);
     const QString copy = privateFolder() + QLatin1Char('/') +
                          QUuid::createUuid().toString(QUuid::WithoutBraces) + QLatin1Char('.') +
                          extensionOf(source);
-    if (hands == ImportSource::ownInbox) {
-        try {
-            m_files.link(source, copy);
-            return copy;
-        } catch (const FileError &) {
-            // Another volume, or one without links: copied then.
-        }
+    const bool isLinked = hands == ImportSource::ownInbox && link(source, copy);
+    if (!isLinked) {
+        m_files.copy(source, copy);
     }
-    m_files.copy(source, copy);
     try {
-        if (hands == ImportSource::ownInbox) {
-            m_files.setModified(copy, platform::fileIdentityOrThrow(source).modified);
-        } else {
-            dateForeignCopy(copy);
+        if (hands == ImportSource::foreign) {
+            return {copy, dateForeignCopy(copy)};
         }
+        const std::chrono::nanoseconds modified = platform::fileIdentityOrThrow(source).modified;
+        if (!isLinked) {
+            m_files.setModified(copy, modified);
+        }
+        return {copy, modified.count()};
     } catch (const FileError &) {
         dropPrivateCopy(copy); // without its time nobody could tell which version is the last
         throw;
     }
-    return copy;
 }
 
-void FileStore::dateForeignCopy(const QString &copy)
+/// False from another volume, or on one without links.
+bool FileStore::link(const QString &source, const QString &copy)
+{
+    try {
+        m_files.link(source, copy);
+        return true;
+    } catch (const FileError &) {
+        return false;
+    }
+}
+
+std::int64_t FileStore::dateForeignCopy(const QString &copy)
 {
     const std::int64_t modified = platform::fileIdentityOrThrow(copy).modified.count();
     std::int64_t time = modified;
@@ -250,6 +258,7 @@ void FileStore::dateForeignCopy(const QString &copy)
     if (modified != time) {
         m_files.setModified(copy, std::chrono::nanoseconds(time)); // the clock stands, or was set back
     }
+    return time;
 }
 
 void FileStore::dropPrivateCopy(const QString &copy)
@@ -261,28 +270,27 @@ void FileStore::dropPrivateCopy(const QString &copy)
     }
 }
 
-StoredFile FileStore::moveIn(const QString &copy)
+StoredFile FileStore::moveIn(const PrivateFile &copy)
 {
     StoredFile stored;
     m_importQueue.sync([&] { stored = moveToNextNumber(copy); });
     return stored;
 }
 
-StoredFile FileStore::moveToNextNumber(const QString &copy)
+StoredFile FileStore::moveToNextNumber(const PrivateFile &copy)
 {
     if (!m_lock && !takeLock()) {
         throw FileError("use the file store, which another gateway uses", EACCES);
     }
     for (;; ++m_nextNumber) {
         const QString folder = folderOf(m_nextNumber);
-        const QString path =
-            folder + QLatin1Char('/') + QString::number(m_nextNumber) + QLatin1Char('.') + extensionOf(copy);
+        const QString path = folder + QLatin1Char('/') + QString::number(m_nextNumber) + QLatin1Char('.') +
+                             extensionOf(copy.path);
         platform::makeFoldersDurably(folder, m_files);
-        const StoredFile stored{
-            path, pathStringOf(path), m_nextNumber, platform::fileIdentityOrThrow(copy).modified.count()};
+        const StoredFile stored{path, pathStringOf(path), m_nextNumber, copy.acknowledged};
         beginImport(stored);
         try {
-            m_files.renameToNew(copy, path);
+            m_files.renameToNew(copy.path, path);
         } catch (const FileError &error) {
             importEnded(stored);
             if (error.code() == EEXIST) {

@@ -36,6 +36,16 @@ public:
     QString message() const { return QString::fromUtf8(what()); }
 };
 
+/// A copy that an import works on.
+struct PrivateFile
+{
+    QString path;
+
+    /// In nanoseconds since 1970. Of an inbox file it is the inbox's word: this volume may keep coarser
+    /// times.
+    std::int64_t acknowledged = 0;
+};
+
 /// The files that the gateway keeps: `<root>/<bucket>/<number>.<extension>`, at most 10000 a bucket.
 ///
 /// The running number only rises, and never leads to a file that exists. It stands under the defaults key
@@ -94,7 +104,7 @@ public:
 
     /// Copies `source` to a new name on the store's own volume, content durable. A copy of an inbox file has
     /// its time, that of any other a time of its own, later than those of all before it. \throws FileError
-    QString takePrivateCopy(const QString &source, ImportSource hands);
+    PrivateFile takePrivateCopy(const QString &source, ImportSource hands);
 
     /// Removes a private copy; a failure leaves it for the sweep at the next opening.
     void dropPrivateCopy(const QString &copy);
@@ -102,7 +112,7 @@ public:
     /// Moves a private copy in under the next running number, strictly one after another over all threads.
     /// \throws FileError  when it could not be moved, or another process has the store (EACCES); the number
     ///                    then doesn't rise.
-    StoredFile moveIn(const QString &copy);
+    StoredFile moveIn(const PrivateFile &copy);
 
     /// The name that an inbox file has in the store already, because an import of it died or failed before
     /// the file could leave the inbox. It counts as being imported from now on. Looks among the newest names.
@@ -146,9 +156,10 @@ private:
     void sweepPrivateFolder();
     std::optional<std::int64_t> highestBucket() const;
     std::int64_t numberBehindAllFiles() const;
-    StoredFile moveToNextNumber(const QString &copy);
+    StoredFile moveToNextNumber(const PrivateFile &copy);
     void keepNumber();
-    void dateForeignCopy(const QString &copy);
+    bool link(const QString &source, const QString &copy);
+    std::int64_t dateForeignCopy(const QString &copy);
     bool takeLock();
     QString folderOf(std::int64_t number) const;
     Removal remove(const QString &path);

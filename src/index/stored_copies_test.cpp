@@ -2,6 +2,7 @@
 
 #include "index/testing/temporary_index.h"
 #include "platform/files/files.h"
+#include "platform/files/testing/faulty_file_system.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QDirIterator>
@@ -34,8 +35,10 @@ QVariantMap saying(const QString &comment)
 class StoredCopies : public ::testing::Test
 {
 protected:
+    explicit StoredCopies(platform::FileSystem &files = platform::systemFiles()) : home(files) {}
+
     /// A received file of the one image, as the listener leaves it in its inbox. \return its path.
-    QString receive(seconds acknowledged, const QVariantMap &changes = {})
+    QString receive(std::chrono::nanoseconds acknowledged, const QVariantMap &changes = {})
     {
         const QString path = home.path(QStringLiteral("inbox-%1.dcm").arg(++m_received));
         testing::writeSyntheticFile(path, TemporaryIndex::image(QStringLiteral("9.1"), changes));
@@ -50,7 +53,7 @@ protected:
     }
 
     /// Receives and imports. \return the name in the store that came of it; empty when none did.
-    QString take(seconds acknowledged, const QVariantMap &changes = {})
+    QString take(std::chrono::nanoseconds acknowledged, const QVariantMap &changes = {})
     {
         const QStringList before = stored();
         import(receive(acknowledged, changes));
@@ -119,7 +122,41 @@ private:
     int m_received = 0;
 };
 
+/// The store lies on a volume that keeps whole seconds, the inbox on another.
+class StoredCopiesOnACoarseVolume : public StoredCopies
+{
+protected:
+    StoredCopiesOnACoarseVolume() : StoredCopies(m_volume) { m_volume.becomeCoarseVolume(seconds(1)); }
+
+private:
+    static platform::testing::FaultyFileSystem m_volume;
+};
+
+platform::testing::FaultyFileSystem StoredCopiesOnACoarseVolume::m_volume;
+
 } // namespace
+
+TEST_F(StoredCopiesOnACoarseVolume, TheLastAcknowledgedIsCurrentThoughItCameInFirst)
+{
+    const QString later = take(kMorning + std::chrono::milliseconds(2), saying(QStringLiteral("later")));
+    const QString earlier = take(kMorning + std::chrono::milliseconds(1), saying(QStringLiteral("earlier")));
+
+    EXPECT_EQ(current(), QStringList{later});
+    send(later);
+    EXPECT_EQ(stored(), QStringList{later}) << "and the other is let go of: " << earlier.toStdString();
+}
+
+TEST_F(StoredCopiesOnACoarseVolume, WhatAPersonBringsInIsTheLatest)
+{
+    constexpr seconds kAhead{4'000'000'000}; // the clock was wrong once
+    const QString received = take(kAhead + std::chrono::milliseconds(5), saying(QStringLiteral("received")));
+
+    const QString broughtIn = bringIn(saying(QStringLiteral("brought in")));
+
+    EXPECT_NE(broughtIn, received);
+    EXPECT_EQ(home.rows(QStringLiteral("SELECT comment FROM DicomImage")),
+              QStringList{QStringLiteral("brought in")});
+}
 
 TEST_F(StoredCopies, ACurrentOneThatTheDiskDoesNotShowKeepsItsPlace)
 {

@@ -7,6 +7,7 @@ import sqlite3
 import subprocess
 import unittest
 
+from failing_disk import FailingDisk
 from harness import PROGRAMS, TITLE, EndToEndTest, Gateway, await_true, end, environment, run, send
 from odd_objects import EXPLICIT, IMPLICIT, JPEG_LS, RLE, Sender, dataset, dataset_of, part10, with_fragments
 
@@ -61,6 +62,36 @@ class Copies(EndToEndTest):
             changes += ["-m", f"(0028,0010)={size}", "-m", f"(0028,0011)={size}", "-mf", f"(7fe0,0010)={pixels}"]
         run("dcmodify", "-nb", "-q", *changes, copy)
         return copy
+
+    def test_the_last_version_counts_on_a_volume_that_keeps_whole_seconds(self):
+        # Given
+        self.gateway.end()
+        disk = FailingDisk(self.folder)
+        disk.coarsen("*", 2)
+        port = self.gateway.port
+        self.gateway = Gateway(self.folder, self.cloud.address, variables=disk.variables())
+        self.addCleanup(self.gateway.end)
+        self.gateway.port = port
+        self.cloud.steer("second-versions", policy="replace")
+        await_true("the listener", lambda: self.gateway.status()["listener"]["state"] == "listening", self.gateway.process)
+        images = self.samples(ct=4)
+        pairs = [(self.version_of(image, f"{number}-a.dcm", "first", size=3000),
+                  self.version_of(image, f"{number}-b.dcm", "corrected")) for number, image in enumerate(images)]
+
+        # When
+        for first, corrected in pairs:
+            send(self.gateway, [first, corrected])
+        self.gateway.await_received(images)
+        await_true("an empty inbox", lambda: not list(self.gateway.home.rglob("quorin-*.dcm")), self.gateway.process)
+
+        # Then
+        self.assertGreater(disk.failures(), 0, "no time was set")
+        self.assertEqual([comment for comment, in self.rows("SELECT comment FROM DicomImage")],
+                         ["corrected"] * len(images))
+        self.gateway.sign_in()
+        self.gateway.await_synced(images)
+        await_true("one file an image", lambda: self.stored() == self.current(), self.gateway.process)
+        self.assertEqual(self.findings(), (0, {}))
 
     def test_the_last_version_of_an_association_counts_though_the_one_before_is_large(self):
         # Given

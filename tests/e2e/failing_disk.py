@@ -33,6 +33,10 @@ class FailingDisk:
         self._control[1:TEXT_BYTES] = rule[1:].ljust(TEXT_BYTES - 1, b"\0")
         self._control[0:1] = rule[0:1]
 
+    def coarsen(self, pattern, seconds):
+        """Files whose paths match keep multiples of so many seconds as their times."""
+        self.fail("grain", pattern, seconds)
+
     def heal(self):
         self._control[0:1] = b"\0"
 

@@ -6,7 +6,8 @@
 // (fnmatch;
 // "*" matches slashes, too). Its second half counts the failures given by each rule, 64 bits each, by the
 // line's number. It is mapped once, when the program starts, so it steers confined processes as well; a test
-// may write other rules at any moment. Calls: open, read, write, fsync, rename, stat.
+// may write other rules at any moment. Calls: open, read, write, fsync, rename, stat. A rule of "grain" lets
+// nothing fail: its number is that of the seconds whose multiples such files keep as their times.
 //
 // Paths of descriptors are those by which they were opened in this process. Reads inside the C library (its
 // streams) aren't seen.
@@ -23,6 +24,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -143,6 +145,21 @@ bool fails(const char *call, const char *path)
         --rules->failures[line];
     }
     return false;
+}
+
+/// What a coarse volume makes of times that are to be set; nothing where the path lies on none.
+std::optional<std::array<timespec, 2>> asKept(const char *path, const timespec *times)
+{
+    if (times == nullptr || !fails("grain", path)) {
+        return std::nullopt;
+    }
+    std::array<timespec, 2> kept{times[0], times[1]};
+    for (timespec &time : kept) {
+        if (time.tv_nsec != UTIME_OMIT && time.tv_nsec != UTIME_NOW) {
+            time = {time.tv_sec - time.tv_sec % errno, 0};
+        }
+    }
+    return kept;
 }
 
 mode_t modeFrom(int flags, va_list arguments)
@@ -299,6 +316,20 @@ int renameat(int fromFolder, const char *from, int toFolder, const char *to)
 {
     ORIGINAL(renameat);
     return fails("rename", below(fromFolder, from).c_str()) ? -1 : next(fromFolder, from, toFolder, to);
+}
+
+int futimens(int descriptor, const struct timespec times[2])
+{
+    ORIGINAL(futimens);
+    const auto kept = asKept(pathOf(descriptor), times);
+    return next(descriptor, kept ? kept->data() : times);
+}
+
+int utimensat(int folder, const char *path, const struct timespec times[2], int flags)
+{
+    ORIGINAL(utimensat);
+    const auto kept = asKept(below(folder, path).c_str(), times);
+    return next(folder, path, kept ? kept->data() : times, flags);
 }
 
 int stat(const char *path, struct stat *about)

@@ -53,6 +53,15 @@ std::int64_t MemoryDisk::size(int file)
     return fails() ? m_failure : static_cast<std::int64_t>(m_files.at(file).bytes.size());
 }
 
+int MemoryDisk::stamp(int)
+{
+    if (fails()) {
+        return m_failure;
+    }
+    ++m_stamps;
+    return 0;
+}
+
 int MemoryDisk::sync(int file)
 {
     if (fails()) {

@@ -39,7 +39,7 @@ public:
     int create(const std::string &name) override;
     ssize_t write(int file, std::string_view bytes) override;
     std::int64_t size(int file) override;
-    void stamp(int /*file*/) override { ++m_stamps; }
+    int stamp(int file) override;
     int sync(int file) override;
     int close(int file) override;
     int publish(const std::string &name, const std::string &finalName) override;

@@ -48,6 +48,9 @@ void FaultyFileSystem::copy(const QString &source, const QString &destination)
 void FaultyFileSystem::link(const QString &source, const QString &destination)
 {
     step();
+    if (m_grain.count() > 1) {
+        throw FileError("link a file", EXDEV);
+    }
     m_below.link(source, destination);
 }
 
@@ -66,7 +69,7 @@ void FaultyFileSystem::renameToNew(const QString &from, const QString &to)
 void FaultyFileSystem::setModified(const QString &path, std::chrono::nanoseconds time)
 {
     step();
-    m_below.setModified(path, time);
+    m_below.setModified(path, time - time % m_grain);
 }
 
 void FaultyFileSystem::remove(const QString &path)

@@ -24,6 +24,10 @@ public:
     /// No further step fails; the count begins anew.
     void heal();
 
+    /// From now on nothing can be linked, as from one volume to another, and files keep multiples of `grain`
+    /// as their times.
+    void becomeCoarseVolume(std::chrono::nanoseconds grain) { m_grain = grain; }
+
     /// Steps since the construction or the last call of the above.
     int steps() const { return m_steps; }
 
@@ -47,6 +51,7 @@ private:
     int m_firstFault = std::numeric_limits<int>::max();
     int m_lastFault = std::numeric_limits<int>::max();
     int m_code = 0;
+    std::chrono::nanoseconds m_grain{1};
 };
 
 } // namespace gateway::platform::testing
