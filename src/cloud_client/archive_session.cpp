@@ -1,7 +1,7 @@
 #include "cloud_client/archive_session.h"
 
 #include "cloud_client/answer_error.h"
-#include "cloud_client/network_json.h"
+#include "cloud_client/query_result.h"
 #include "cloud_client/quorin_api_client.h"
 #include "cloud_client/quorin_error.h"
 
@@ -13,17 +13,6 @@ namespace {
 
 // Servers take headers of some 8 KiB; in Base64 a character of UTF-8 may need four.
 constexpr qsizetype kLongestPair = 1024;
-
-/// A result of a query (PS3.18 8.7.3.2): a list, or nothing found. A web page isn't one.
-bool isQueryResult(const HttpResponse &response)
-{
-    if (response.status == 204) {
-        return true;
-    }
-    const bool isJson =
-        response.contentType == "application/dicom+json" || response.contentType == "application/json";
-    return isJson && parseNetworkJson(response.body).value_or(QVariant()).typeId() == QMetaType::QVariantList;
-}
 
 /// An archive that only takes images, or doesn't let this user look.
 bool isQueryRefused(int status)
@@ -53,9 +42,7 @@ ArchiveAnswer ask(QuorinApiClient &client, const ApiCall &call)
     if (!response.isSuccess()) {
         throwAnswerError(response);
     }
-    if (!isQueryResult(response)) {
-        throwUnusableAnswer(response);
-    }
+    queryResult(response); // a web page isn't one
     return {ArchiveAnswer::Meaning::found, response.status};
 }
 

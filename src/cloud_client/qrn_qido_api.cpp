@@ -1,8 +1,7 @@
 #include "cloud_client/qrn_qido_api.h"
 
-#include "cloud_client/answer_error.h"
-#include "cloud_client/network_json.h"
 #include "cloud_client/qrn_tag_parser.h"
+#include "cloud_client/query_result.h"
 #include "cloud_client/quorin_api_client.h"
 
 #include <QtCore/QSet>
@@ -94,14 +93,7 @@ private:
         call.accept = "application/dicom+json";
         call.isBrief = false;
         const HttpResponse response = m_client.request(call);
-        if (response.status == 204) {
-            return false;
-        }
-        const QVariant page = parseNetworkJson(response.body).value_or(QVariant());
-        if (page.typeId() != QMetaType::QVariantList) {
-            throwUnusableAnswer(response);
-        }
-        const QVariantList objects = page.toList();
+        const QVariantList objects = queryResult(response);
         const bool hasNews = keep(objects);
         m_offset += objects.size();
         return hasNews && (objects.size() >= kPageSize || response.moreAvailable);

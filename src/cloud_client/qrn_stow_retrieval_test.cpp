@@ -70,6 +70,32 @@ TEST(Retrieval, TakesNothingElseForAnInstance)
               NoAnswer::unusableAnswer);
 }
 
+TEST(Queries, TakeNothingButAListOrNoContentForAResult)
+{
+    const auto isFound = [](int status, const QByteArray &type, const QByteArray &body) {
+        ScriptedService service(answeringAlways(status, body, type));
+        return QrnStowAPI(service.client).isSeriesFound(kInstance) ||
+               QrnStowAPI(service.client).isFound(kInstance);
+    };
+    const QByteArray json = "application/dicom+json";
+
+    EXPECT_FALSE(isFound(204, "", ""));
+    EXPECT_FALSE(isFound(200, json, "[]"));
+    EXPECT_FALSE(isFound(200, "application/json", " []"));
+    for (const auto &[type, body] :
+         QList<std::pair<QByteArray, QByteArray>>{{"text/html", "<html>Hotel</html>"},
+                                                  {"text/html", "[]"},
+                                                  {json, ""},
+                                                  {json, "[{}, "},
+                                                  {json, "{\"message\": \"later\"}"},
+                                                  {json, "null"}}) {
+        const auto error = errorOf<AFError>([&] { isFound(200, type, body); });
+        ASSERT_TRUE(error) << body.constData();
+        EXPECT_EQ(error->noAnswer, NoAnswer::unusableAnswer);
+        EXPECT_FALSE(error->responseCode);
+    }
+}
+
 TEST(Retrieval, ThrowsTheStatusOfARefusal)
 {
     ScriptedService service(answeringAlways(404, "none", "text/plain"));

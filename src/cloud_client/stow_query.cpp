@@ -1,6 +1,6 @@
 #include "cloud_client/stow_query.h"
 
-#include "cloud_client/network_json.h"
+#include "cloud_client/query_result.h"
 #include "cloud_client/quorin_api_client.h"
 
 #include <algorithm>
@@ -42,7 +42,7 @@ QVariantList answerTo(QuorinApiClient &client, const QByteArray &path)
     call.service = ApiCall::Service::dicomWeb;
     call.path = path;
     call.accept = "application/dicom+json";
-    return parseNetworkJson(client.request(call).body).value_or(QVariant()).toList();
+    return queryResult(client.request(call));
 }
 
 } // namespace
