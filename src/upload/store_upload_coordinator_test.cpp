@@ -236,8 +236,13 @@ TEST_F(StoreUploadCoordinatorTest, TellsEachStepWithItsDetails)
     runs.waitForStarted(1);
     request("auth_state_changed");
     const auto requeued = log.waitFor(GatewayLogAction::uploadRunRequeued, 1).front();
+    EXPECT_EQ(observer.startedRuns, 1);
+    EXPECT_EQ(observer.finishedRuns, 0);
     runs.endOne();
     const auto finished = log.waitFor(GatewayLogAction::uploadRunFinished, 1).front();
+    runs.waitForStarted(2);
+    EXPECT_EQ(observer.startedRuns, 2);
+    EXPECT_EQ(observer.finishedRuns, 1);
 
     const auto requested = log.events(GatewayLogAction::uploadRunRequested).front();
     const auto started = log.events(GatewayLogAction::uploadRunStarted).front();
@@ -257,8 +262,6 @@ TEST_F(StoreUploadCoordinatorTest, TellsEachStepWithItsDetails)
     EXPECT_EQ(detail(requeued, "reason"), QStringLiteral("run_already_in_progress"));
     EXPECT_EQ(detail(finished, "selected_candidates"), QStringLiteral("1"));
     EXPECT_EQ(detail(finished, "trigger"), QString());
-    EXPECT_EQ(observer.startedRuns, 1);
-    EXPECT_EQ(observer.finishedRuns, 1);
 }
 
 TEST_F(StoreUploadCoordinatorTest, GivesRunsAnIdentityAndRequestsNone)
