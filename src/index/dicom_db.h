@@ -314,6 +314,7 @@ private:
     platform::Mutex m_deletion; // one deletion at a time, from its rows to its files
     platform::Mutex m_unsavedMutex;
     QSet<QString> m_unsaved QUORIN_GUARDED_BY(m_unsavedMutex); // moved in, and their rows could not be saved
+    const std::int64_t m_sender = newSender();
     std::atomic<bool> m_hasPerformedSyncStateBackfill = false;
     std::shared_ptr<Announcement> m_announcement;
     std::stop_source m_stop;

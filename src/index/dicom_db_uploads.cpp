@@ -109,6 +109,18 @@ std::int64_t endRows(Database &database, const QList<ImageObjectID> &images, con
     return updated;
 }
 
+/// Keeps what became of a version that was tried.
+void noteEnd(Database &database, const SentInstance &tried, bool isSynced, bool isVerified)
+{
+    if (isVerified) {
+        noteVerified(database, tried);
+    } else if (isSynced) {
+        noteStored(database, tried);
+    } else {
+        noteFailed(database, tried);
+    }
+}
+
 struct RowInProgress
 {
     ImageObjectID image;
@@ -130,7 +142,19 @@ std::vector<RowInProgress> rowsInProgress(Database &database)
 
 bool saysAllThatANoteWould(SentBefore before)
 {
-    return before == SentBefore::thisVersion || before == SentBefore::unknown;
+    switch (before) {
+    case SentBefore::thisVersion:
+    case SentBefore::thisVersionOnItsWay:
+    case SentBefore::thisVersionInVain:
+    case SentBefore::unknown:
+        return true;
+    case SentBefore::nothing:
+    case SentBefore::thisVersionBrokeOff:
+    case SentBefore::anotherVersion:
+    case SentBefore::unrecorded:
+        break;
+    }
+    return false;
 }
 
 RecoveryCounts putAllBack(Database &database)
@@ -267,7 +291,7 @@ void DicomDB::markImagesInProgress(const QList<ImageObjectID> &imageObjectIDs)
 SentBefore DicomDB::sentBefore(const SentInstance &next) const
 {
     try {
-        return m_store.read([&](Database &database) { return index::sentBefore(database, next); });
+        return m_store.read([&](Database &database) { return index::sentBefore(database, next, m_sender); });
     } catch (const SqliteError &) {
         return SentBefore::unknown;
     }
@@ -279,7 +303,7 @@ std::optional<QList<SentBefore>> DicomDB::noteSending(const QList<SentInstance> 
         const auto before = m_store.read([&](Database &database) {
             QList<SentBefore> known;
             for (const SentInstance &sent : instances) {
-                known.append(index::sentBefore(database, sent));
+                known.append(index::sentBefore(database, sent, m_sender));
             }
             return known;
         });
@@ -287,7 +311,7 @@ std::optional<QList<SentBefore>> DicomDB::noteSending(const QList<SentInstance> 
         if (!std::ranges::all_of(before, saysAllThatANoteWould)) {
             m_store.write([&](Database &database) {
                 for (const SentInstance &sent : instances) {
-                    index::noteSending(database, sent);
+                    index::noteSending(database, sent, m_sender);
                 }
             });
         }
@@ -311,8 +335,8 @@ std::optional<std::int64_t> DicomDB::recordUploadResult(const QList<ImageObjectI
     std::int64_t updated = 0;
     QSet<QString> released;
     const auto record = [&](Database &database) {
-        if (more.verified) {
-            noteVerified(database, *more.verified);
+        if (more.version) {
+            noteEnd(database, *more.version, synced, more.isVerified);
         }
         updated = path.isEmpty() ? endRows(database, imageObjectIDs, end) : endFile(database, path, end);
         if (!path.isEmpty()) {
@@ -322,9 +346,11 @@ std::optional<std::int64_t> DicomDB::recordUploadResult(const QList<ImageObjectI
             keepFailure(database, path, *more.failure, nowInMilliseconds());
         }
     };
-    // A file that is let go of doesn't come back: why it went must be durable before.
+    // A file that is let go of doesn't come back: why it went must be durable before. And a failure that were
+    // lost would leave its version as one that broke off, and may have arrived.
     const bool mayLetGo = synced && hasOthersBeside(path);
-    if (!writeQuietly(record, mayLetGo ? IndexStore::Durability::now : IndexStore::Durability::withTheNext)) {
+    const bool mustLast = mayLetGo || (!synced && more.version);
+    if (!writeQuietly(record, mustLast ? IndexStore::Durability::now : IndexStore::Durability::withTheNext)) {
         return std::nullopt;
     }
     if (mayLetGo) { // one that came to stand beside it just now stays noted, and goes another time

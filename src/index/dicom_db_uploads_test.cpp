@@ -376,9 +376,45 @@ TEST_F(UploadResults, ANoteTellsWhatWasSentBefore)
     const SentInstance other{QStringLiteral("9.2"), 7};
 
     EXPECT_EQ(index.noteSending({first}), QList{SentBefore::nothing});
-    EXPECT_EQ(index.noteSending({other, first}), (QList{SentBefore::nothing, SentBefore::thisVersion}));
+    EXPECT_EQ(index.noteSending({other, first}),
+              (QList{SentBefore::nothing, SentBefore::thisVersionOnItsWay}));
     EXPECT_EQ(index.noteSending({{QStringLiteral("9.1"), 8}}), QList{SentBefore::anotherVersion});
     EXPECT_EQ(index.noteSending({first}), QList{SentBefore::unknown});
+}
+
+TEST_F(UploadResults, AResultTellsWhetherTheVersionArrivedAlsoWhenTheFileComesAgain)
+{
+    const SentInstance sent{QStringLiteral("9.1"), 7};
+    const QString path = importOne(QStringLiteral("9.1"));
+    index.noteSending({sent});
+    EXPECT_EQ(index.sentBefore(sent), SentBefore::thisVersionOnItsWay);
+
+    index.recordUploadResult(
+        {{1}}, path, false, {.version = sent}); // of no class: no failure of the file is kept
+    importOne(QStringLiteral("9.1"));
+
+    EXPECT_EQ(index.sentBefore(sent), SentBefore::thisVersionInVain);
+    index.noteSending({sent});
+    EXPECT_EQ(index.sentBefore(sent), SentBefore::thisVersionInVain);
+    index.recordUploadResult({}, path, true, {.version = sent});
+    EXPECT_EQ(index.sentBefore(sent), SentBefore::thisVersion);
+}
+
+TEST_F(UploadResults, OnlyWhatWasOnItsWayWhenAnotherProcessDiedCountsAsBrokenOff)
+{
+    const SentInstance sent{QStringLiteral("9.1"), 7};
+    const QString path = importOne(QStringLiteral("9.1"));
+    index.noteSending({sent});
+    home.execute(QStringLiteral("CREATE TRIGGER refuse BEFORE UPDATE OF syncState ON DicomImage "
+                                "BEGIN SELECT raise(ABORT, 'refused'); END"));
+
+    EXPECT_EQ(index.recordUploadResult({}, path, false, {.version = sent}), std::nullopt);
+    EXPECT_EQ(index.sentBefore(sent), SentBefore::thisVersionOnItsWay) << "this process knows of the try";
+
+    home.reopen();
+    EXPECT_EQ(home.index().sentBefore(sent), SentBefore::thisVersionBrokeOff);
+    EXPECT_EQ(home.index().noteSending({sent}), QList{SentBefore::thisVersionBrokeOff});
+    EXPECT_EQ(home.index().sentBefore(sent), SentBefore::thisVersionOnItsWay) << "it goes again from here";
 }
 
 TEST_F(UploadResults, WhatIsTriedAgainIsNotNotedAgain)

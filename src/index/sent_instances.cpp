@@ -3,6 +3,7 @@
 #include "platform/sqlite/database.h"
 
 #include <QtCore/QCryptographicHash>
+#include <QtCore/QRandomGenerator>
 #include <QtCore/QtEndian>
 
 namespace gateway::index {
@@ -19,18 +20,39 @@ std::int64_t keyOf(const QString &instance)
     return qFromBigEndian<std::int64_t>(digest.constData());
 }
 
+// What `arrival` says of the one version that was sent; any other number is that of the sender which has it
+// on its way.
+constexpr std::int64_t kFailed = 0; // and was never answered as stored
+constexpr std::int64_t kStored = 1;
+
+SentBefore ofThisVersion(std::int64_t arrival, std::int64_t sender)
+{
+    if (arrival == kStored) {
+        return SentBefore::thisVersion;
+    }
+    if (arrival == kFailed) {
+        return SentBefore::thisVersionInVain;
+    }
+    return arrival == sender ? SentBefore::thisVersionOnItsWay : SentBefore::thisVersionBrokeOff;
+}
+
 } // namespace
 
-SentBefore sentBefore(Database &database, const SentInstance &next)
+std::int64_t newSender()
 {
-    Statement row = database.prepare("SELECT version FROM SentInstance WHERE instance = ?");
+    return static_cast<std::int64_t>(QRandomGenerator::system()->generate64() >> 1U) | 2; // neither 0 nor 1
+}
+
+SentBefore sentBefore(Database &database, const SentInstance &next, std::int64_t sender)
+{
+    Statement row = database.prepare("SELECT version, arrival FROM SentInstance WHERE instance = ?");
     if (!row.bindAll(keyOf(next.instance)).step()) {
         constexpr const char *kLacksSome =
             "SELECT lacksSentInstances <> 0 OR recordAgainFrom IS NOT NULL FROM Ledger";
         return database.integer(kLacksSome) != 0 ? SentBefore::unrecorded : SentBefore::nothing;
     }
     if (row.integer(0) == next.version) {
-        return SentBefore::thisVersion;
+        return ofThisVersion(row.integer(1), sender);
     }
     return row.integer(0) == 0 ? SentBefore::unknown : SentBefore::anotherVersion;
 }
@@ -41,19 +63,38 @@ std::int64_t onlyVersionSent(Database &database, const QString &instance)
     return row.bindAll(keyOf(instance)).step() ? row.integer(0) : 0;
 }
 
-void noteSending(Database &database, const SentInstance &sent)
+void noteSending(Database &database, const SentInstance &sent, std::int64_t sender)
 {
     database
-        .prepare("INSERT INTO SentInstance (instance, version) VALUES (?1, ?2) "
-                 "ON CONFLICT (instance) DO UPDATE SET version = CASE WHEN version = ?2 THEN ?2 ELSE 0 END")
-        .bindAll(keyOf(sent.instance), sent.version)
+        .prepare("INSERT INTO SentInstance (instance, version, arrival) VALUES (?1, ?2, ?3) "
+                 "ON CONFLICT (instance) DO UPDATE SET version = CASE WHEN version = ?2 THEN ?2 ELSE 0 END, "
+                 "arrival = CASE WHEN arrival IN (?4, ?5) THEN arrival ELSE ?3 END")
+        .bindAll(keyOf(sent.instance), sent.version, sender, kFailed, kStored)
+        .run();
+}
+
+void noteStored(Database &database, const SentInstance &sent)
+{
+    database
+        .prepare("UPDATE SentInstance SET arrival = ?3 "
+                 "WHERE instance = ?1 AND version = ?2 AND arrival <> ?3")
+        .bindAll(keyOf(sent.instance), sent.version, kStored)
+        .run();
+}
+
+void noteFailed(Database &database, const SentInstance &sent)
+{
+    database
+        .prepare("UPDATE SentInstance SET arrival = ?3 "
+                 "WHERE instance = ?1 AND version = ?2 AND arrival NOT IN (?3, ?4)")
+        .bindAll(keyOf(sent.instance), sent.version, kFailed, kStored)
         .run();
 }
 
 void noteVerified(Database &database, const SentInstance &seen)
 {
-    database.prepare("INSERT OR REPLACE INTO SentInstance (instance, version) VALUES (?, ?)")
-        .bindAll(keyOf(seen.instance), seen.version)
+    database.prepare("INSERT OR REPLACE INTO SentInstance (instance, version, arrival) VALUES (?, ?, ?)")
+        .bindAll(keyOf(seen.instance), seen.version, kStored)
         .run();
 }
 

@@ -23,23 +23,39 @@ struct SentInstance
 enum class SentBefore
 {
     nothing,
-    thisVersion,    ///< and no other
-    anotherVersion, ///< and not this one
-    unknown,        ///< several versions, or nobody knows which
-    unrecorded      ///< the index doesn't say, and lacks a part of what was sent
+    thisVersion,         ///< and no other, and it was answered as stored
+    thisVersionOnItsWay, ///< and no other; its result isn't recorded yet
+    thisVersionBrokeOff, ///< and no other; the process died before its result was recorded
+    thisVersionInVain,   ///< and no other, and no try of it is known to have arrived
+    anotherVersion,      ///< and not this one
+    unknown,             ///< several versions, or nobody knows which
+    unrecorded           ///< the index doesn't say, and lacks a part of what was sent
 };
 
 // Which versions of an instance went to the cloud. All run inside the caller's transaction and throw
 // SqliteError. An instance is known by its UID alone: a server may know it by no more.
 
+/// A number for this process, by which its own sends are told from those of one that died.
+std::int64_t newSender();
+
 /// What is known of the instance, before this version of it is sent.
-SentBefore sentBefore(platform::Database &database, const SentInstance &next);
+///
+/// \param sender  who asks, see `newSender`.
+SentBefore sentBefore(platform::Database &database, const SentInstance &next, std::int64_t sender);
 
 /// The one version that was sent of the instance; 0 where none was, several were, or nobody knows which.
 std::int64_t onlyVersionSent(platform::Database &database, const QString &instance);
 
-/// Notes what is about to be sent, whatever will become of it.
-void noteSending(platform::Database &database, const SentInstance &sent);
+/// Notes what is about to be sent by `sender`, whatever will become of it. A try of the same version that
+/// failed before isn't forgotten for the next one, nor one that was answered as stored.
+void noteSending(platform::Database &database, const SentInstance &sent, std::int64_t sender);
+
+/// Notes that a try of this version was answered as stored; nothing where another is noted.
+void noteStored(platform::Database &database, const SentInstance &sent);
+
+/// Notes that a try of this version failed, whether or not it got an answer; nothing where another is noted,
+/// or where one was answered as stored before.
+void noteFailed(platform::Database &database, const SentInstance &sent);
 
 /// Notes that the cloud was seen to hold this version: what was sent before it is of no account any more.
 void noteVerified(platform::Database &database, const SentInstance &seen);

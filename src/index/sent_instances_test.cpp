@@ -11,6 +11,7 @@ namespace gateway::index {
 namespace {
 
 const QString kUid = QStringLiteral("1.2.3");
+constexpr std::int64_t kSender = 5;
 
 struct SentInstances : ::testing::Test
 {
@@ -26,7 +27,12 @@ struct SentInstances : ::testing::Test
         return made;
     }
 
-    void send(std::int64_t version) { noteSending(database, {kUid, version}); }
+    void send(std::int64_t version, std::int64_t sender = kSender)
+    {
+        noteSending(database, {kUid, version}, sender);
+    }
+
+    SentBefore before(std::int64_t version) { return sentBefore(database, {kUid, version}, kSender); }
 
     bool mayOtherBeSent(std::int64_t version) { return mayOtherVersionBeSent(database, {kUid, version}); }
 };
@@ -59,12 +65,50 @@ TEST_F(SentInstances, DoubtEachVersionOnceTwoWereSentUntilOneWasSeen)
 
 TEST_F(SentInstances, TellWhatWasSentBeforeTheNextOne)
 {
-    EXPECT_EQ(sentBefore(database, {kUid, 7}), SentBefore::nothing);
+    EXPECT_EQ(before(7), SentBefore::nothing);
     send(7);
-    EXPECT_EQ(sentBefore(database, {kUid, 7}), SentBefore::thisVersion);
-    EXPECT_EQ(sentBefore(database, {kUid, 8}), SentBefore::anotherVersion);
+    EXPECT_EQ(before(7), SentBefore::thisVersionOnItsWay);
+    EXPECT_EQ(before(8), SentBefore::anotherVersion);
     send(8);
-    EXPECT_EQ(sentBefore(database, {kUid, 8}), SentBefore::unknown);
+    EXPECT_EQ(before(8), SentBefore::unknown);
+}
+
+TEST_F(SentInstances, TellWhetherTheVersionMayHaveArrived)
+{
+    send(7);
+    noteFailed(database, {kUid, 7});
+    EXPECT_EQ(before(7), SentBefore::thisVersionInVain);
+    send(7);
+    EXPECT_EQ(before(7), SentBefore::thisVersionInVain) << "a failure isn't forgotten";
+
+    noteStored(database, {kUid, 7});
+    EXPECT_EQ(before(7), SentBefore::thisVersion);
+    noteFailed(database, {kUid, 7});
+    EXPECT_EQ(before(7), SentBefore::thisVersion) << "it was answered as stored";
+}
+
+TEST_F(SentInstances, CallBrokenOffWhatAnotherProcessHadOnItsWay)
+{
+    send(7, kSender + 1);
+    EXPECT_EQ(before(7), SentBefore::thisVersionBrokeOff);
+    send(7);
+    EXPECT_EQ(before(7), SentBefore::thisVersionOnItsWay);
+
+    EXPECT_NE(newSender(), newSender());
+}
+
+TEST_F(SentInstances, ResultsOfOneVersionSayNothingOfAnother)
+{
+    send(7);
+    noteStored(database, {kUid, 8});
+    noteFailed(database, {kUid, 8});
+    EXPECT_EQ(before(7), SentBefore::thisVersionOnItsWay);
+
+    send(8);
+    noteStored(database, {kUid, 8});
+    EXPECT_EQ(before(8), SentBefore::unknown);
+    noteVerified(database, {kUid, 8});
+    EXPECT_EQ(before(8), SentBefore::thisVersion);
 }
 
 TEST_F(SentInstances, SayOfWhatTheyDoNotKnowThatTheyMayLackIt)
@@ -72,8 +116,8 @@ TEST_F(SentInstances, SayOfWhatTheyDoNotKnowThatTheyMayLackIt)
     send(7);
     noteUnrecordedSends(database);
 
-    EXPECT_EQ(sentBefore(database, {kUid, 7}), SentBefore::thisVersion);
-    EXPECT_EQ(sentBefore(database, {QStringLiteral("1.2.4"), 7}), SentBefore::unrecorded);
+    EXPECT_EQ(before(7), SentBefore::thisVersionOnItsWay);
+    EXPECT_EQ(sentBefore(database, {QStringLiteral("1.2.4"), 7}, kSender), SentBefore::unrecorded);
 }
 
 TEST_F(SentInstances, DoubtWhatWasRecordedAgainUntilMoreIsKnown)

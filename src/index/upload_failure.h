@@ -34,7 +34,8 @@ struct UploadResultDetails
     /// synced, and with the file's last row.
     std::optional<FailedUpload> failure = {};
 
-    std::optional<SentInstance> verified = {}; ///< the version that the cloud was seen to hold
+    std::optional<SentInstance> version = {}; ///< what the try was of; nothing where that was never known
+    bool isVerified = false;                  ///< the cloud was seen to hold this version
 };
 
 /// The last failure of a stored file that isn't uploaded.

@@ -151,9 +151,7 @@ bool CandidateHandler::mayBeSent(QList<PreparedCandidate> &files)
         return false;
     }
     for (qsizetype at = 0; at < files.size(); ++at) {
-        // What failed before is not there for all that is known.
-        files[at].mayBeThere = files[at].context.candidate.lastFailure.isEmpty() &&
-                               before->at(at) == index::SentBefore::thisVersion;
+        files[at].sentBefore = before->at(at);
     }
     return true;
 }

@@ -21,6 +21,24 @@ namespace {
 const AttemptEnd kDoubtNotNoted{.failure = {FailureClass::indexTrouble, 0},
                                 .reach = StoreUpload::FailureReach::queue};
 
+/// Whether what the cloud had before a request may have come from here, in this very version.
+bool mayBeFromHere(index::SentBefore before)
+{
+    switch (before) {
+    case index::SentBefore::thisVersion:
+    case index::SentBefore::thisVersionOnItsWay:
+    case index::SentBefore::thisVersionBrokeOff:
+        return true;
+    case index::SentBefore::nothing:
+    case index::SentBefore::thisVersionInVain:
+    case index::SentBefore::anotherVersion:
+    case index::SentBefore::unknown:
+    case index::SentBefore::unrecorded:
+        break;
+    }
+    return false;
+}
+
 AttemptEnd failed(FailureClass failureClass, std::int64_t code = 0)
 {
     return {.result = AttemptResult::failed, .failure = {failureClass, code}};
@@ -55,6 +73,9 @@ std::optional<AttemptEnd> InstanceVerifier::endWithoutRequest(const PreparedCand
     switch (m_with.index.sentBefore({prepared.identity.instance, prepared.version})) {
     case index::SentBefore::nothing:
     case index::SentBefore::thisVersion:
+    case index::SentBefore::thisVersionOnItsWay:
+    case index::SentBefore::thisVersionBrokeOff:
+    case index::SentBefore::thisVersionInVain:
     case index::SentBefore::anotherVersion:
         return std::nullopt;
     case index::SentBefore::unrecorded:
@@ -123,7 +144,7 @@ bool InstanceVerifier::noteDoubt(const PreparedCandidate &prepared) const
 
 AttemptEnd InstanceVerifier::confirm(const PreparedCandidate &prepared, bool wasThere) const
 {
-    if (wasThere && !prepared.mayBeThere && !noteDoubt(prepared)) {
+    if (wasThere && !mayBeFromHere(prepared.sentBefore) && !noteDoubt(prepared)) {
         return kDoubtNotNoted;
     }
     const bool isInDoubt = m_with.index.mayOtherVersionBeSent({prepared.identity.instance, prepared.version});
@@ -136,10 +157,13 @@ AttemptEnd InstanceVerifier::confirm(const PreparedCandidate &prepared, bool was
 }
 
 /// What was there may have come from here before, as the record says. Its word counts only where the cloud
-/// gives nothing out, for a request that failed or broke off has left the same record; and not against a
-/// query.
+/// gives nothing out, for a request that broke off has left the same record as one that arrived; and not
+/// against a query.
 AttemptEnd InstanceVerifier::endByRecord(const PreparedCandidate &prepared) const
 {
+    if (prepared.sentBefore == index::SentBefore::thisVersionOnItsWay) {
+        return failed(FailureClass::notConfirmed); // the result of that one tells, the next time
+    }
     try {
         return m_with.cloud.isFound(prepared.identity) ? StoreUpload::kUploaded
                                                        : failed(FailureClass::notConfirmed);

@@ -111,7 +111,7 @@ TEST_F(InstanceVerifierTest, FetchesWhatTheCloudHadThoughItWasNotSentFromHere)
 TEST_F(InstanceVerifierTest, TakesTheWordOfACloudThatMayHaveItFromHereWhereItGivesNothingBack)
 {
     upload();
-    prepared.mayBeThere = true;
+    prepared.sentBefore = index::SentBefore::thisVersion;
 
     EXPECT_EQ(verifier.confirm(prepared, true),
               (AttemptEnd{.result = AttemptResult::success, .isVerified = true}));
@@ -122,12 +122,34 @@ TEST_F(InstanceVerifierTest, TakesTheWordOfACloudThatMayHaveItFromHereWhereItGiv
     EXPECT_EQ(verifier.confirm(prepared, true), StoreUpload::kUploaded);
     around.cloud.takeNoQueries();
     EXPECT_EQ(verifier.confirm(prepared, true), StoreUpload::kUploaded);
+    prepared.sentBefore = index::SentBefore::thisVersionBrokeOff;
+    EXPECT_EQ(verifier.confirm(prepared, true), StoreUpload::kUploaded);
     EXPECT_TRUE(around.index.sent().isEmpty());
+}
+
+TEST_F(InstanceVerifierTest, TakesNoWordForWhatIsKnownToHaveFailedAndNotesADoubt)
+{
+    upload();
+    around.cloud.giveNothingBack(404);
+    prepared.sentBefore = index::SentBefore::thisVersionInVain;
+
+    EXPECT_EQ(verifier.confirm(prepared, true), failedFor(FailureClass::notComparable, 404));
+    EXPECT_EQ(around.index.sent(), (QList<index::SentInstance>{{kUid, 0}}));
+}
+
+TEST_F(InstanceVerifierTest, WaitsForTheResultOfTheSameVersionThatIsOnItsWay)
+{
+    upload();
+    around.cloud.giveNothingBack(404);
+    prepared.sentBefore = index::SentBefore::thisVersionOnItsWay;
+
+    EXPECT_EQ(verifier.confirm(prepared, true), failedFor(FailureClass::notConfirmed));
+    EXPECT_TRUE(around.index.sent().isEmpty()) << "no doubt yet";
 }
 
 TEST_F(InstanceVerifierTest, TakesNoWordAgainstAQueryThatDoesNotFindIt)
 {
-    prepared.mayBeThere = true;
+    prepared.sentBefore = index::SentBefore::thisVersion;
     around.cloud.giveNothingBack(404);
 
     EXPECT_EQ(verifier.confirm(prepared, true), failedFor(FailureClass::notConfirmed));

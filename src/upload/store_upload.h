@@ -130,7 +130,7 @@ struct PreparedCandidate
     Details details;
     platform::InstanceIdentity identity;
     std::int64_t version = 0; ///< of the instance, see platform::SendableFile
-    bool mayBeThere = false;  ///< this version alone was sent before, and for all that is known it arrived
+    index::SentBefore sentBefore = index::SentBefore::nothing; ///< when its request began
 };
 
 /// The stored file isn't there.
@@ -154,7 +154,7 @@ struct CandidateOutcome
     CandidateContext context;
     AttemptEnd end;
     Details details;
-    std::optional<index::SentInstance> verified = {}; ///< the version that the cloud was seen to hold
+    std::optional<index::SentInstance> version = {}; ///< what was tried; nothing where that was never known
 };
 
 /// What a run did.

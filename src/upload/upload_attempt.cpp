@@ -94,11 +94,11 @@ qint64 totalSize(const QList<PreparedCandidate> &prepared)
 CandidateOutcome
 outcomeOf(const PreparedCandidate &prepared, const AttemptEnd &end, const Details &chunkDetails)
 {
-    CandidateOutcome outcome{prepared.context, end, prepared.details, std::nullopt};
+    CandidateOutcome outcome{.context = prepared.context,
+                             .end = end,
+                             .details = prepared.details,
+                             .version = index::SentInstance{prepared.identity.instance, prepared.version}};
     outcome.details.insert(chunkDetails);
-    if (end.isVerified) {
-        outcome.verified = {prepared.identity.instance, prepared.version};
-    }
     return outcome;
 }
 

@@ -44,7 +44,8 @@ public:
     virtual std::optional<QList<index::SentBefore>>
     noteSending(const QList<index::SentInstance> &instances) = 0;
 
-    /// Records how the upload of the file at `storagePath` ended; a success forgets its last failure.
+    /// Records how the upload of the file at `storagePath` ended, and whether the version that was tried may
+    /// have arrived; a success forgets its last failure.
     /// \return the number of rows updated; nothing when it could not be written.
     virtual std::optional<std::int64_t> recordUploadResult(const QList<index::ImageObjectID> &imageObjectIDs,
                                                            const QString &storagePath,

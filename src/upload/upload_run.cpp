@@ -288,7 +288,7 @@ void UploadRun::record(const Outcomes &outcomes)
 std::int64_t UploadRun::recordOutcome(const CandidateOutcome &outcome)
 {
     const bool isSynced = outcome.end.result == AttemptResult::success;
-    index::UploadResultDetails more{.verified = outcome.verified};
+    index::UploadResultDetails more{.version = outcome.version, .isVerified = outcome.end.isVerified};
     if (!isSynced) {
         more.failure = index::FailedUpload{QString(core::rawValue(outcome.end.failure.failureClass)),
                                            outcome.end.failure.code,

@@ -429,13 +429,49 @@ class ForeignVersion(WithoutCompression):
         # Then
         self.await_failure("anotherVersionInCloud")
 
-    def test_it_is_kept_where_it_cannot_be_compared(self):
-        self.store_theirs("refuse")
+    def give_nothing_back(self):
         self.cloud.steer("faults", path=f"/dicom-web/studies/{STUDY}/series/{SERIES}/instances/", method="GET",
                          count=None, status=404)
+
+    def test_it_is_kept_where_it_cannot_be_compared(self):
+        self.store_theirs("refuse")
+        self.give_nothing_back()
         self.send(self.OURS)
 
         self.await_failure("notComparable")
+
+    def test_it_is_kept_where_it_cannot_be_compared_and_came_while_the_cloud_was_away(self):
+        # Given
+        self.store_theirs("refuse")
+        self.cloud.end()
+        self.send(self.OURS)
+        self.await_failure("notReachable")
+
+        # When
+        self.cloud.restart()
+        self.cloud.steer("second-versions", policy="refuse")
+        self.give_nothing_back()
+        self.gateway.command("upload")
+
+        # Then
+        self.await_failure("notComparable")
+        self.assertEqual(self.stored(), [self.OURS])
+
+    def test_it_is_kept_where_it_cannot_be_compared_and_the_device_sends_it_again_to_a_busy_cloud(self):
+        # Given
+        self.store_theirs("refuse")
+        self.give_nothing_back()
+        self.cloud.steer("faults", path="/dicom-web/studies", method="POST", count=1, status=503)
+        self.send(self.OURS)
+        self.await_failure("tooManyRequests")
+
+        # When
+        self.send(self.OURS)
+        self.gateway.command("upload")
+
+        # Then
+        self.await_failure("notComparable")
+        self.assertEqual(self.stored(), [self.OURS])
 
     def test_the_same_version_is_proven_by_a_look(self):
         self.store_theirs("refuse")

@@ -206,8 +206,8 @@ public:
         if (synced) {
             m_failures.remove(storagePath);
         }
-        if (more.verified) {
-            m_verified.append(*more.verified);
+        if (more.version) {
+            keepArrival(*more.version, synced, more.isVerified);
         }
         if (more.failure) {
             keep(storagePath, *more.failure);
@@ -215,7 +215,8 @@ public:
         return setAll(storagePath, synced ? RowState::synced : RowState::failed);
     }
 
-    /// What the results said that the cloud was seen to hold.
+    /// What the results said that the cloud was seen to hold. What is sent after its result is of a version
+    /// that arrived, or of one that was sent in vain.
     QList<index::SentInstance> verified() const
     {
         const platform::MutexLock lock(m_mutex);
@@ -346,6 +347,18 @@ private:
             candidate.imageObjectIDs.append({static_cast<std::int64_t>(at)});
         }
         return candidate;
+    }
+
+    void keepArrival(const index::SentInstance &sent, bool synced, bool isVerified) QUORIN_REQUIRES(m_mutex)
+    {
+        if (isVerified) {
+            m_verified.append(sent);
+        }
+        if (!m_otherVersions.contains(sent.instance)) {
+            m_sentBefore.insert(sent.instance,
+                                synced ? index::SentBefore::thisVersion
+                                       : index::SentBefore::thisVersionInVain);
+        }
     }
 
     void keep(const QString &path, const index::FailedUpload &failure) QUORIN_REQUIRES(m_mutex)
