@@ -66,6 +66,13 @@ struct DicomDBCollaborators
                                                                                    RemovalReason) {};
 };
 
+/// How far the recording of the stored files is that the index may lack.
+struct RecordingProgress
+{
+    std::int64_t files = 0;    ///< those that it had to look at when it began
+    std::int64_t recorded = 0; ///< those of them that have rows now, where they need them
+};
+
 /// What operators watch of the index.
 struct IndexFigures
 {
@@ -259,6 +266,9 @@ public:
     ///         saved.
     bool recordStoredFiles(const std::stop_token &stop, const std::function<void(std::int64_t)> &onRecorded);
 
+    /// How far that is; nothing before it has begun and once all are recorded.
+    std::optional<RecordingProgress> recordingProgress() const;
+
     // --- States --------------------------------------------------------------------------------------
 
     /// The full sweep in a transaction of its own. \return true when a stored state changed.
@@ -302,6 +312,8 @@ private:
     std::optional<std::int64_t> recordAgainFrom() const;
     void noteWhatWasLost();
     bool noteRecordAgainFrom(std::optional<std::int64_t> number);
+    RecordingProgress beginProgress(std::int64_t from);
+    void tellProgress(const std::optional<RecordingProgress> &progress);
     bool pruneBatch(std::int64_t cutoff, LocalPruneResult &result);
     DeletionCounts deleteParents(std::int64_t requested, const DeleteRows &deleteRows);
     std::int64_t removeFiles(const QSet<QString> &paths, RemovalReason reason) QUORIN_REQUIRES(m_deletion);
@@ -315,6 +327,8 @@ private:
     platform::Mutex m_unsavedMutex;
     QSet<QString> m_unsaved QUORIN_GUARDED_BY(m_unsavedMutex); // moved in, and their rows could not be saved
     const std::int64_t m_sender = newSender();
+    mutable platform::Mutex m_recordingMutex;
+    std::optional<RecordingProgress> m_recording QUORIN_GUARDED_BY(m_recordingMutex);
     std::atomic<bool> m_hasPerformedSyncStateBackfill = false;
     std::shared_ptr<Announcement> m_announcement;
     std::stop_source m_stop;

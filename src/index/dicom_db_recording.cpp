@@ -5,6 +5,8 @@
 #include "platform/files/file_error.h"
 #include "platform/sqlite/database.h"
 
+#include <algorithm>
+
 namespace gateway::index {
 
 using platform::Database;
@@ -29,13 +31,19 @@ struct Batch
 {
     QList<UnrecordedFile> files;
     std::optional<std::int64_t> firstLeft; // the first that could not be looked at
+    std::int64_t looked = 0;               // at how many of those that were there at the opening
 };
 
-Batch lookAt(const IndexExamination &examination, const QList<StoredFile> &files, const std::stop_token &stop)
+Batch lookAt(const IndexExamination &examination,
+             const QList<StoredFile> &files,
+             std::int64_t numberAtOpening,
+             const std::stop_token &stop)
 {
     Batch batch;
     for (const StoredFile &file : files) {
         UnrecordedFile found = examination.lookAt(file.pathString);
+        const bool isLookedAt = found.kind != UnrecordedFile::Kind::unexamined;
+        batch.looked += isLookedAt && file.number < numberAtOpening ? 1 : 0;
         switch (found.kind) {
         case UnrecordedFile::Kind::image:
         case UnrecordedFile::Kind::earlierCopy:
@@ -95,6 +103,28 @@ bool DicomDB::noteRecordAgainFrom(std::optional<std::int64_t> number)
     });
 }
 
+/// A further try goes on counting where the one before stopped.
+RecordingProgress DicomDB::beginProgress(std::int64_t from)
+{
+    const std::int64_t left = m_files.countFrom(from);
+    RecordingProgress progress = recordingProgress().value_or(RecordingProgress{.files = left});
+    progress.recorded = std::max<std::int64_t>(0, progress.files - left);
+    tellProgress(progress);
+    return progress;
+}
+
+void DicomDB::tellProgress(const std::optional<RecordingProgress> &progress)
+{
+    const platform::MutexLock lock(m_recordingMutex);
+    m_recording = progress;
+}
+
+std::optional<RecordingProgress> DicomDB::recordingProgress() const
+{
+    const platform::MutexLock lock(m_recordingMutex);
+    return m_recording;
+}
+
 bool DicomDB::lacksStoredFiles() const
 {
     try {
@@ -115,22 +145,28 @@ bool DicomDB::recordStoredFiles(const std::stop_token &stop,
             return true;
         }
         const bool isOutOfSight = m_files.numberAtOpening() > 0 && !m_files.isInSight();
+        RecordingProgress progress = beginProgress(*from);
         std::optional<std::int64_t> firstLeft;
         for (bool isEnd = false; !isEnd && !stop.stop_requested();) {
             const FileStore::Page page = m_files.filesFrom(*from, kFilesOfABatch);
-            const Batch batch = lookAt(examination(), page.files, stop);
+            const Batch batch = lookAt(examination(), page.files, m_files.numberAtOpening(), stop);
             const std::int64_t recorded = examination().record(batch.files);
             firstLeft = firstLeft ? firstLeft : page.firstOutOfSight ? page.firstOutOfSight : batch.firstLeft;
             isEnd = page.files.isEmpty();
             from = isEnd ? *from : page.files.last().number + 1;
             noteRecordAgainFrom(firstLeft.value_or(*from));
+            progress.recorded += batch.looked;
+            tellProgress(progress);
             if (recorded > 0) {
                 postLocalSyncStateChanged();
                 onRecorded(recorded);
             }
         }
-        const bool isDone = !isOutOfSight && !firstLeft && !stop.stop_requested();
-        return isDone && noteRecordAgainFrom(std::nullopt);
+        if (isOutOfSight || firstLeft || stop.stop_requested() || !noteRecordAgainFrom(std::nullopt)) {
+            return false;
+        }
+        tellProgress(std::nullopt);
+        return true;
     } catch (const SqliteError &) {
         return false;
     } catch (const platform::FileError &) {

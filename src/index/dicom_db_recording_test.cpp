@@ -120,6 +120,32 @@ TEST_F(LostIndex, IsNoticedAndRecordedAgainInTheOrderOfItsFiles)
     EXPECT_EQ(home.index().examination().tallyDifferences({}), TallyDifferences());
 }
 
+TEST_F(LostIndex, TellsHowFarItsRecordingIsUntilAllIsRecorded)
+{
+    for (int number = 1; number <= 120; ++number) {
+        import(QStringLiteral("9.%1").arg(number));
+    }
+    loseIndex();
+    EXPECT_FALSE(home.index().recordingProgress());
+    import(QStringLiteral("9.200")); // one that comes meanwhile doesn't count
+    std::stop_source stop;
+    std::vector<std::pair<std::int64_t, std::int64_t>> steps;
+    const auto step = [&](std::int64_t) {
+        const RecordingProgress now = home.index().recordingProgress().value_or(RecordingProgress());
+        steps.emplace_back(now.recorded, now.files);
+        if (steps.size() == 2) {
+            stop.request_stop(); // a restart goes on from there
+        }
+    };
+
+    EXPECT_FALSE(home.index().recordStoredFiles(stop.get_token(), step));
+    EXPECT_TRUE(home.index().recordingProgress());
+    EXPECT_TRUE(home.index().recordStoredFiles({}, step));
+
+    EXPECT_EQ(steps, (std::vector<std::pair<std::int64_t, std::int64_t>>{{50, 120}, {100, 120}, {120, 120}}));
+    EXPECT_FALSE(home.index().recordingProgress());
+}
+
 TEST_F(LostIndex, HasTheLastAcknowledgedOfSeveralCopies)
 {
     const QString first = import(QStringLiteral("9.1"), {{QStringLiteral("ImageComments"), 1}});

@@ -126,6 +126,20 @@ FileStore::Page FileStore::filesFrom(std::int64_t from, int limit) const
     return page;
 }
 
+std::int64_t FileStore::countFrom(std::int64_t from) const
+{
+    std::int64_t count = 0;
+    for (std::int64_t bucket = bucketOf(from); bucket <= bucketOf(m_numberAtOpening);
+         bucket += kFilesOfABucket) {
+        const QDir folder(m_root + QLatin1Char('/') + QString::number(bucket));
+        for (const QString &name : folder.entryList(QDir::Files | QDir::NoSymLinks)) {
+            const auto number = numberIn(name.section(QLatin1Char('.'), 0, 0));
+            count += number && *number >= from && *number < m_numberAtOpening ? 1 : 0;
+        }
+    }
+    return count;
+}
+
 QString FileStore::root()
 {
     try {

@@ -129,6 +129,9 @@ public:
     /// not; nothing for any other.
     std::optional<StoredFile> numbered(const QString &pathString) const;
 
+    /// How many files are in sight that have this number or a higher one, and were there at the opening.
+    std::int64_t countFrom(std::int64_t from) const;
+
     /// Makes the name that `moveIn` gave durable. \throws FileError
     void makeDurable(const StoredFile &file);
 

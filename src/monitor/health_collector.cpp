@@ -34,6 +34,8 @@ HealthFigures HealthCollector::collect()
     const state::UpkeepFigures upkeep = m_with.upkeep();
     figures.setAsideFiles = upkeep.setAsideFiles;
     figures.isRetentionHeldBack = upkeep.isRetentionHeldBack;
+    figures.filesToRecordAgain = upkeep.filesToRecordAgain;
+    figures.filesRecordedAgain = upkeep.filesRecordedAgain;
     figures.index = index();
     figures.storage = storage();
     figures.cloud = cloud();
@@ -46,7 +48,7 @@ HealthFigures::Listener HealthCollector::listener() const
 {
     const state::ListenerFigures known = m_with.receiving.listener.figures();
     return {.isEnabled = known.isEnabled,
-            .isListening = known.isBound,
+            .isListening = known.state == state::ListenerState::listening,
             .aeTitle = known.aeTitle,
             .port = known.port,
             .failure = known.failure,

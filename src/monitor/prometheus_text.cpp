@@ -113,6 +113,13 @@ void writeUpkeep(PrometheusWriter &out, const HealthFigures &figures)
     out.gauge("quorin_gateway_retention_held_back",
               QStringLiteral("1 while nothing is removed by its age, because the clock is in doubt."),
               asNumber(figures.isRetentionHeldBack));
+    out.gauge(
+        "quorin_gateway_files_to_record_again",
+        QStringLiteral("Stored files that the index may lack and that are recorded again; 0 when all are."),
+        asNumber(figures.filesToRecordAgain));
+    out.gauge("quorin_gateway_files_recorded_again",
+              QStringLiteral("Those of them that are recorded."),
+              asNumber(figures.filesRecordedAgain));
 }
 
 void writeIndex(PrometheusWriter &out, const HealthFigures::Index &index)

@@ -18,8 +18,8 @@ DimseListenerViewModel::DimseListenerViewModel(Collaborators collaborators)
 void DimseListenerViewModel::refresh()
 {
     m_settings = core::DCMListenerSettings::load(m_with.defaults);
-    m_isListening = m_with.listenerService.storeListener() != nullptr;
-    m_isInterrupted = m_with.listenerService.interruption().has_value();
+    m_isOn = m_with.listenerService.storeListener() != nullptr;
+    m_state = m_with.listenerService.state();
     const QString chosen = m_with.settings.listenerDestinationFolder.get().value_or(QString());
     m_storagePath = chosen.trimmed().isEmpty() ? m_with.defaultIncomingFolder : chosen;
     Q_EMIT changed();
@@ -27,11 +27,19 @@ void DimseListenerViewModel::refresh()
 
 QString DimseListenerViewModel::statusText() const
 {
-    if (m_isInterrupted) {
+    switch (m_state) {
+    case state::ListenerState::stopped:
+        break;
+    case state::ListenerState::starting:
+        return QStringLiteral("Starting");
+    case state::ListenerState::listening:
+        return QStringLiteral("Listening on Port %1").arg(m_settings.port);
+    case state::ListenerState::restarting:
         return QStringLiteral("Restarting");
+    case state::ListenerState::failed:
+        return QStringLiteral("Failed");
     }
-    return m_isListening ? QStringLiteral("Listening on Port %1").arg(m_settings.port)
-                         : QStringLiteral("Stopped");
+    return QStringLiteral("Stopped");
 }
 
 QString DimseListenerViewModel::addressText(bool withPort) const

@@ -30,11 +30,11 @@ public:
 
     explicit DimseListenerViewModel(Collaborators collaborators);
 
-    /// True while the listener is switched on and there, even if it is coming back from an interruption.
-    bool isListening() const { return m_isListening; }
+    /// True while the listener is switched on and there, even if it is only about to listen.
+    bool isOn() const { return m_isOn; }
 
-    /// True while nobody can send though it is there: its process ended and is being started again.
-    bool isInterrupted() const { return m_isInterrupted; }
+    /// How it stands; modalities can send while it is listening.
+    state::ListenerState state() const { return m_state; }
 
     /// The listener's settings as they were at the last refresh.
     const core::DCMListenerSettings &settings() const { return m_settings; }
@@ -42,7 +42,7 @@ public:
     /// The folder that incoming files go to.
     const QString &storagePath() const { return m_storagePath; }
 
-    /// "Listening on Port 1115", "Restarting" or "Stopped".
+    /// "Listening on Port 1115", "Starting", "Restarting", "Failed" or "Stopped".
     QString statusText() const;
 
     /// The address to register in a modality, with ":" and the port where asked for; "Unavailable" without
@@ -62,8 +62,8 @@ Q_SIGNALS:
 
 private:
     Collaborators m_with;
-    bool m_isListening = false;
-    bool m_isInterrupted = false;
+    bool m_isOn = false;
+    state::ListenerState m_state = state::ListenerState::stopped;
     core::DCMListenerSettings m_settings;
     QString m_storagePath;
     platform::NotificationCenter::Token m_observer;

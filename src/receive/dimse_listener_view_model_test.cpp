@@ -29,13 +29,17 @@ TEST_F(ListenerViewModel, FollowsTheListener)
     EXPECT_EQ(m_model.statusText(), u"Stopped"_qs);
 
     m_world.service->startListener();
-    EXPECT_TRUE(m_model.isListening());
+    EXPECT_TRUE(m_model.isOn());
+    EXPECT_EQ(m_model.statusText(), u"Starting"_qs);
+
+    m_world.scps.front()->listen();
+    m_world.settle();
     EXPECT_EQ(m_model.statusText(), u"Listening on Port 1115"_qs);
 
     m_world.scps.front()->callbacks().interrupted(
         {platform::StoreSCPInterruption::Cause::ended, 137, u"It was ended."_qs, {}});
     m_world.settle();
-    EXPECT_TRUE(m_model.isListening());
+    EXPECT_TRUE(m_model.isOn());
     EXPECT_EQ(m_model.statusText(), u"Restarting"_qs);
 
     m_world.service->stopListener();
@@ -72,7 +76,7 @@ TEST_F(ListenerViewModel, AsksForTheWizardInsteadOfSwitchingOnBeforeSetup)
     m_model.setEnabled(true);
 
     EXPECT_EQ(asked, 1);
-    EXPECT_FALSE(m_model.isListening());
+    EXPECT_FALSE(m_model.isOn());
     EXPECT_EQ(core::DCMListenerSettings::load(m_world.defaults).isEnabled, false);
 }
 
@@ -81,11 +85,11 @@ TEST_F(ListenerViewModel, SwitchesTheListenerAndKeepsTheChoice)
     finishSetup();
 
     m_model.setEnabled(true);
-    EXPECT_TRUE(m_model.isListening());
+    EXPECT_TRUE(m_model.isOn());
     EXPECT_EQ(core::DCMListenerSettings::load(m_world.defaults).isEnabled, true);
 
     m_model.setEnabled(false);
-    EXPECT_FALSE(m_model.isListening());
+    EXPECT_FALSE(m_model.isOn());
     EXPECT_EQ(core::DCMListenerSettings::load(m_world.defaults).isEnabled, false);
 }
 

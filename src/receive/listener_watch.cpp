@@ -37,13 +37,10 @@ state::ListenerFigures ListenerWatch::figures() const
 {
     const core::DCMListenerSettings settings = core::DCMListenerSettings::load(m_with.defaults);
     const auto &receiver = m_with.listenerService.storeListener();
-    const std::optional<int> bound = receiver ? receiver->boundPort() : std::nullopt;
     const std::optional<QString> &interruption = m_with.listenerService.interruption();
-    const int port = bound.value_or(settings.port);
+    const int port = (receiver ? receiver->boundPort() : std::nullopt).value_or(settings.port);
     return {.isEnabled = settings.isEnabled.value_or(true),
-            .isStarted = receiver != nullptr,
-            .isBound = bound.has_value(),
-            .isInterrupted = interruption.has_value(),
+            .state = m_with.listenerService.state(),
             .aeTitle = settings.aeTitle,
             .port = port,
             .address = addressText(port),

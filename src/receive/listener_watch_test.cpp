@@ -8,6 +8,8 @@
 namespace gateway::receive {
 namespace {
 
+using state::ListenerState;
+
 class ListenerWatching : public ::testing::Test
 {
 protected:
@@ -28,8 +30,7 @@ TEST_F(ListenerWatching, TellsTheConfiguredPortWhileNothingListens)
     const state::ListenerFigures figures = m_watch.figures();
 
     EXPECT_FALSE(figures.isEnabled);
-    EXPECT_FALSE(figures.isStarted);
-    EXPECT_FALSE(figures.isBound);
+    EXPECT_EQ(figures.state, ListenerState::stopped);
     EXPECT_EQ(figures.aeTitle, u"GATE"_qs);
     EXPECT_EQ(figures.port, 4242);
     EXPECT_EQ(figures.address, u"127.0.0.1:4242"_qs);
@@ -43,30 +44,38 @@ TEST_F(ListenerWatching, KeepsWhyAStartFailedUntilOneSucceeds)
     m_world.scps.front()->end(1);
     m_world.waitUntil([this] { return !m_world.errors.isEmpty(); });
 
-    EXPECT_FALSE(m_watch.figures().isStarted);
+    EXPECT_EQ(m_watch.figures().state, ListenerState::failed);
     EXPECT_TRUE(m_watch.figures().failure.startsWith(u"Failed to start DIMSE listener"_qs));
     EXPECT_FALSE(m_watch.figures().isAsItShouldBe());
 
     m_world.service->startListener();
     m_world.waitUntil([this] { return m_watch.figures().failure.isEmpty(); });
 
-    EXPECT_TRUE(m_watch.figures().isStarted);
+    EXPECT_EQ(m_watch.figures().state, ListenerState::starting);
+    EXPECT_FALSE(m_watch.figures().isAsItShouldBe());
+    m_world.scps.back()->listen();
+    EXPECT_EQ(m_watch.figures().state, ListenerState::listening);
+    EXPECT_TRUE(m_watch.figures().isAsItShouldBe());
+
+    m_world.service->stopListener();
+    EXPECT_EQ(m_watch.figures().state, ListenerState::stopped);
 }
 
 TEST_F(ListenerWatching, SaysThatNobodyCanSendWhileTheReceiverIsStartedAgain)
 {
     m_world.service->startListener();
     const auto callbacks = m_world.scps.front()->callbacks();
+    m_world.scps.front()->listen();
 
     callbacks.interrupted({platform::StoreSCPInterruption::Cause::ended, 137, u"It was ended."_qs, {}});
     m_world.settle();
-    EXPECT_TRUE(m_watch.figures().isInterrupted);
+    EXPECT_EQ(m_watch.figures().state, ListenerState::restarting);
     EXPECT_FALSE(m_watch.figures().isAsItShouldBe());
     EXPECT_EQ(m_watch.figures().failure, u"It was ended."_qs);
 
     callbacks.resumed();
     m_world.settle();
-    EXPECT_FALSE(m_watch.figures().isInterrupted);
+    EXPECT_EQ(m_watch.figures().state, ListenerState::listening);
     EXPECT_EQ(m_watch.figures().failure, QString());
 }
 

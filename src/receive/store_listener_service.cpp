@@ -80,9 +80,21 @@ void StoreListenerService::startListener()
     run.id = beginRun();
     m_storeListener = run.scp;
     m_interruption.reset();
+    m_hasFailed = false;
     publishBonjourService(settings);
     tellWhetherListening();
     launch(std::move(run));
+}
+
+state::ListenerState StoreListenerService::state() const
+{
+    if (!m_storeListener) {
+        return m_hasFailed ? state::ListenerState::failed : state::ListenerState::stopped;
+    }
+    if (m_interruption) {
+        return state::ListenerState::restarting;
+    }
+    return m_storeListener->boundPort() ? state::ListenerState::listening : state::ListenerState::starting;
 }
 
 void StoreListenerService::tellWhetherListening()
@@ -238,6 +250,11 @@ platform::StoreSCPCallbacks StoreListenerService::callbacksFor(const Run &run)
     callbacks.shouldAcceptAssoc = [] { return true; };
     callbacks.incomingData = [] {};
     callbacks.isCancelled = [](const QString &) { return false; };
+    callbacks.listening = [weak, runId] {
+        if (const auto self = weak.lock()) {
+            self->listeningBegan(runId);
+        }
+    };
     callbacks.interrupted = [weak, runId, port = run.config.port](const StoreSCPInterruption &interruption) {
         if (const auto self = weak.lock()) {
             self->listeningInterrupted(runId, port, interruption);
@@ -319,6 +336,7 @@ void StoreListenerService::startFailed(const Run &run)
     }
     m_bonjourService.reset();
     m_storeListener.reset();
+    m_hasFailed = true;
     tellWhetherListening();
     m_with.notifications.post(
         core::kStoreListenerError,
@@ -345,6 +363,7 @@ void StoreListenerService::stopListener()
     }
     m_storeListener.reset();
     m_interruption.reset();
+    m_hasFailed = false;
     m_bonjourService.reset();
     tellWhetherListening();
     logListener(GatewayLogAction::listenerStopped,
@@ -352,6 +371,12 @@ void StoreListenerService::stopListener()
                 {{QStringLiteral("had_active_listener"),
                   hadListener ? QStringLiteral("true") : QStringLiteral("false")}});
     m_with.main.post(weak_from_this(), [this] { m_with.state.clearReceiveAssociations(); });
+}
+
+/// The port is bound: from now on modalities can send.
+void StoreListenerService::listeningBegan(QUuid runId)
+{
+    tellInterruption(runId, std::nullopt);
 }
 
 /// The receiver's process is gone though nobody stopped it; it comes again by itself.

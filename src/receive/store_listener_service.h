@@ -17,6 +17,7 @@
 #include "receive/incoming_importer.h"
 #include "receive/receive_observer.h"
 #include "receive/receive_state.h"
+#include "state/listener_figures.h"
 
 #include <QtCore/QSet>
 #include <QtCore/QString>
@@ -88,8 +89,12 @@ public:
     /// thread.
     void offerInboxFile(const QString &path) { m_importer->fileFound(path); }
 
-    /// The receiver; its presence is what "listening" means everywhere.
+    /// The receiver, present from the order to listen on until the stop, or until its start has failed.
     const std::shared_ptr<platform::StoreSCP> &storeListener() const { return m_storeListener; }
+
+    /// How it stands at this moment. Each change posts "QuorinGateway.storeListenerStateChanged". Main
+    /// thread.
+    state::ListenerState state() const;
 
     /// Why nobody can send at present although the receiver is there: its process ended, and comes back by
     /// itself. A sentence for people, without which all is well. Main thread.
@@ -130,6 +135,7 @@ private:
     void startFailed(const Run &run);
 
     // The receiver's own events, on any thread.
+    void listeningBegan(QUuid runId);
     void listeningInterrupted(QUuid runId, int port, const platform::StoreSCPInterruption &interruption);
     void listeningResumed(QUuid runId, int port);
     void tellInterruption(QUuid runId, std::optional<QString> interruption);
@@ -162,6 +168,7 @@ private:
     std::shared_ptr<platform::StoreSCP> m_storeListener;
     std::shared_ptr<platform::StoreSCP> m_formerListener; // the one stopped last, until the next start
     std::optional<QString> m_interruption;
+    bool m_hasFailed = false; // the last start
     std::unique_ptr<platform::NetServicePublication> m_bonjourService;
 
     platform::Mutex m_listenerRunStateLock;

@@ -337,6 +337,21 @@ TEST_F(ListenerService, TellsOfAnInterruptionInTheLogAndListensOn)
     EXPECT_EQ(m_world.service->interruption(), std::nullopt);
 }
 
+TEST_F(ListenerService, TellsWhenItsPortIsBoundAndNotBefore)
+{
+    using state::ListenerState;
+    m_world.service->startListener();
+    m_world.settle();
+    const int told = m_world.stateChanges;
+    EXPECT_EQ(m_world.service->state(), ListenerState::starting);
+
+    m_world.scps.front()->listen();
+    m_world.settle();
+
+    EXPECT_EQ(m_world.service->state(), ListenerState::listening);
+    EXPECT_EQ(m_world.stateChanges, told + 1);
+}
+
 TEST_F(ListenerService, AnInterruptedListenerThatIsStoppedIsStoppedAndNothingElse)
 {
     m_world.service->startListener();

@@ -4,13 +4,21 @@
 
 namespace gateway::state {
 
-/// How the listener stands. Thread: a plain value.
+/// How the listener stands.
+enum class ListenerState
+{
+    stopped,
+    starting,   ///< told to listen; its port isn't bound yet
+    listening,  ///< its port is bound
+    restarting, ///< it was bound, and its process is being started again
+    failed      ///< its last start was in vain
+};
+
+/// What is known of the listener. Thread: a plain value.
 struct ListenerFigures
 {
-    bool isEnabled = true;      ///< by its settings
-    bool isStarted = false;     ///< told to listen; its port may not be bound yet
-    bool isBound = false;       ///< its port is bound
-    bool isInterrupted = false; ///< it was bound, and its process is being started again
+    bool isEnabled = true; ///< by its settings
+    ListenerState state = ListenerState::stopped;
     QString aeTitle;
     int port = 0;    ///< the bound one, else the configured one
     QString address; ///< to register in a modality
@@ -19,8 +27,7 @@ struct ListenerFigures
     /// False when it should listen and doesn't. A listener that nobody has started yet is as it should be.
     bool isAsItShouldBe() const
     {
-        const bool wasTried = isStarted || isInterrupted || !failure.isEmpty();
-        return !isEnabled || !wasTried || (isBound && !isInterrupted);
+        return !isEnabled || state == ListenerState::stopped || state == ListenerState::listening;
     }
 };
 

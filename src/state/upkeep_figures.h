@@ -9,6 +9,8 @@ struct UpkeepFigures
 {
     qint64 setAsideFiles = 0;         ///< received and acknowledged, and not taken in
     bool isRetentionHeldBack = false; ///< the clock is in doubt, so nothing goes by its age
+    qint64 filesToRecordAgain = 0;    ///< stored files that the index may lack; 0 once all have rows
+    qint64 filesRecordedAgain = 0;    ///< of those
 };
 
 } // namespace gateway::state

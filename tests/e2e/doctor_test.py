@@ -91,7 +91,7 @@ class Doctor(EndToEndTest):
 
             # When
             self.start_again()
-            self.gateway.await_status("its failure", lambda s: s["listener"]["error"])
+            self.gateway.await_status("its failure", lambda s: s["listener"]["state"] == "failed")
 
             # Then
             self.assertEqual(self.counts(), (1, {"listenerNotListening": (1, 0)}))

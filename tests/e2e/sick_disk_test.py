@@ -3,13 +3,14 @@
 import errno
 import json
 import re
+import shutil
 import subprocess
 import time
 import unittest
 
 from failing_disk import FailingDisk
-from harness import (PATIENCE_SECONDS, PROGRAMS, TITLE, EndToEndTest, await_true, environment, request, run,
-                     send)
+from harness import (PATIENCE_SECONDS, PROGRAMS, TITLE, EndToEndTest, Gateway, await_true, environment, request,
+                     run, send)
 
 COPY = "*/.incoming/*"  # an image while it is being taken in
 
@@ -122,6 +123,36 @@ class SickDisk(EndToEndTest):
         self.gateway.await_received(files)
         self.assertEqual(self.set_aside(), [])
         self.gateway.await_status("nothing set aside", lambda s: s["inbox"]["setAside"] == 0)
+        logged = map(json.loads, self.gateway.command("logs", "--search", "doctor", "--json").stdout.splitlines())
+        self.assertEqual({event["action"] for event in logged if event["category"] == "receive"},
+                         {"import_attempted", "import_succeeded", "incoming_file_deleted"})
+
+    def test_how_far_a_lost_index_is_recorded_again_is_told_until_all_is(self):
+        # Given three stored images without an index, one of which can't be read
+        files = self.samples(ct=3)
+        send(self.gateway, files)
+        self.gateway.await_received(files)
+        self.gateway.end()
+        shutil.rmtree(self.gateway.home / "index")
+        stored = sorted(self.gateway.home.glob("Documents/Pavan Data/*/*.dcm"))
+        self.disk.fail("read", f"*/{stored[1].parent.name}/{stored[1].name}")
+
+        # When
+        self.gateway = Gateway(self.folder, self.cloud.address, variables=self.disk.variables(),
+                               options=("--metrics", "127.0.0.1:0"))
+        self.addCleanup(self.gateway.end)
+
+        # Then
+        self.gateway.await_status("two of three", lambda s: s["recordingAgain"] == {"files": 3, "recorded": 2})
+        self.assertIn("2 of 3 recorded again", self.gateway.command("status").stdout)
+        address = re.search(r"Metrics are served at (http://\S+)/metrics\.", self.gateway.said()).group(1)
+        _, _, metrics = request(f"{address}/metrics")
+        self.assertIn(b"quorin_gateway_files_to_record_again 3", metrics)
+        self.assertIn(b"quorin_gateway_files_recorded_again 2", metrics)
+        self.disk.heal()
+        self.gateway.await_status("the next look", lambda s: s["recordingAgain"]["files"] == 0)
+        self.assertNotIn("recorded again", self.gateway.command("status").stdout)
+        self.assertEqual(self.gateway.status()["counters"]["images"], 3)
 
     def test_an_inbox_that_is_away_refuses_for_want_of_resources_and_receives_again_when_it_is_back(self):
         # Given

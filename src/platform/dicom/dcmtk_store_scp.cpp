@@ -188,8 +188,11 @@ void DCMTKStoreSCP::onListening(Run &run)
 {
     run.hasListened = true;
     setMessage({});
-    if (std::exchange(run.isInterrupted, false) && run.callbacks.resumed) {
-        run.callbacks.resumed();
+    publish(run); // whoever is told now may ask for the port
+    const auto &tell =
+        std::exchange(run.isInterrupted, false) ? run.callbacks.resumed : run.callbacks.listening;
+    if (tell) {
+        tell();
     }
 }
 

@@ -68,6 +68,8 @@ struct StoreSCPCallbacks
     std::function<void()> incomingData;
     /// Asked after each `progress`; true ends the association with this identifier.
     std::function<bool(QString)> isCancelled;
+    /// The port is bound, for the first time: boundPort() tells which. Peers may come.
+    std::function<void()> listening;
     /// The listening was interrupted; it goes on by itself after the pause.
     std::function<void(StoreSCPInterruption)> interrupted;
     /// The listening goes on after an interruption.

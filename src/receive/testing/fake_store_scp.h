@@ -48,9 +48,24 @@ public:
         }
     }
 
-    std::optional<int> boundPort() const override { return std::nullopt; }
+    std::optional<int> boundPort() const override
+    {
+        const platform::MutexLock lock(m_mutex);
+        return m_port;
+    }
 
     QString lastMessage() const override { return QStringLiteral("The fake was told to fail."); }
+
+    /// Binds the port that it was told, and says so.
+    void listen()
+    {
+        const platform::StoreSCPCallbacks told = callbacks();
+        {
+            const platform::MutexLock lock(m_mutex);
+            m_port = m_config->port;
+        }
+        told.listening();
+    }
 
     /// The start call returns with this result.
     void end(std::int32_t result)
@@ -96,6 +111,7 @@ private:
     std::optional<platform::StoreSCPConfig> m_config QUORIN_GUARDED_BY(m_mutex);
     platform::StoreSCPCallbacks m_callbacks QUORIN_GUARDED_BY(m_mutex);
     std::optional<std::int32_t> m_result QUORIN_GUARDED_BY(m_mutex);
+    std::optional<int> m_port QUORIN_GUARDED_BY(m_mutex);
     bool m_staysWhenStopped QUORIN_GUARDED_BY(m_mutex) = false;
     int m_stops QUORIN_GUARDED_BY(m_mutex) = 0;
 };

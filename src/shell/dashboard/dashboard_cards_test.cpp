@@ -249,11 +249,12 @@ TEST_F(Cards, TheListenersButtonStartsAndStopsIt)
     ListenerCard &card = open().listener();
 
     card.switchButton().click();
-    DashboardWorld::runUntil([this] { return world.listener.isListening(); });
+    EXPECT_EQ(listenerWord(), u"STARTING"_qs);
+    world.letItListen();
     EXPECT_EQ(listenerWord(), u"RUNNING"_qs);
 
     card.switchButton().click();
-    DashboardWorld::runUntil([this] { return !world.listener.isListening(); });
+    DashboardWorld::runUntil([this] { return !world.listener.isOn(); });
     EXPECT_EQ(listenerWord(), u"STOPPED"_qs);
 }
 

@@ -49,9 +49,7 @@ ListenerCard::ListenerCard(const DashboardParts &parts, QWidget *parent)
     body().addLayout(address);
     m_setAside->hide();
     body().addWidget(m_setAside);
-    connect(m_switch, &QAbstractButton::clicked, this, [this] {
-        m_listener.setEnabled(!m_listener.isListening());
-    });
+    connect(m_switch, &QAbstractButton::clicked, this, [this] { m_listener.setEnabled(!m_listener.isOn()); });
     connect(&m_listener, &receive::DimseListenerViewModel::changed, this, &ListenerCard::showListener);
     new StateBinding(
         m_appState,
@@ -67,21 +65,35 @@ ListenerCard::ListenerCard(const DashboardParts &parts, QWidget *parent)
 
 void ListenerCard::showListener()
 {
-    const bool isListening = m_listener.isListening();
-    const bool canBeReached = isListening && !m_listener.isInterrupted();
+    const bool canBeReached = m_listener.state() == state::ListenerState::listening;
     if (m_appState.figures().isReceivingNow) {
         m_state->setState(tr("RECEIVING"), Color::blue);
-    } else if (canBeReached) {
-        m_state->setState(tr("RUNNING"), Color::green);
     } else {
-        m_state->setState(isListening ? tr("RESTARTING") : tr("STOPPED"), Color::amber);
+        m_state->setState(stateWord(), canBeReached ? Color::green : Color::amber);
     }
     m_address->setWords(canBeReached ? tr("Reached at %1").arg(m_listener.addressText(true))
                                      : tr("Modalities can't send now"));
     m_aeTitle->setText(m_listener.settings().aeTitle);
     m_port->setText(QString::number(m_listener.settings().port));
-    m_switch->setText(isListening ? tr("Stop") : tr("Start"));
-    m_switch->setSymbol(isListening ? QStringLiteral("stop.fill") : QStringLiteral("play.fill"));
+    m_switch->setText(m_listener.isOn() ? tr("Stop") : tr("Start"));
+    m_switch->setSymbol(m_listener.isOn() ? QStringLiteral("stop.fill") : QStringLiteral("play.fill"));
+}
+
+QString ListenerCard::stateWord() const
+{
+    switch (m_listener.state()) {
+    case state::ListenerState::stopped:
+        break;
+    case state::ListenerState::starting:
+        return tr("STARTING");
+    case state::ListenerState::listening:
+        return tr("RUNNING");
+    case state::ListenerState::restarting:
+        return tr("RESTARTING");
+    case state::ListenerState::failed:
+        return tr("FAILED");
+    }
+    return tr("STOPPED");
 }
 
 /// Nothing, while there is nothing to say.

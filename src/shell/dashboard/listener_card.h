@@ -37,6 +37,7 @@ public:
 
 private:
     void showListener();
+    QString stateWord() const;
     void showSetAside();
 
     receive::DimseListenerViewModel &m_listener;

@@ -274,7 +274,9 @@
 <message><source>Port</source><translation>Port</translation></message>
 <message><source>RECEIVING</source><translation>EMPFÄNGT</translation></message>
 <message><source>RUNNING</source><translation>LÄUFT</translation></message>
+<message><source>STARTING</source><translation>STARTET</translation></message>
 <message><source>RESTARTING</source><translation>STARTET NEU</translation></message>
+<message><source>FAILED</source><translation>GESCHEITERT</translation></message>
 <message><source>STOPPED</source><translation>STEHT</translation></message>
 <message><source>Reached at %1</source><translation>Erreichbar unter %1</translation></message>
 <message><source>Modalities can't send now</source><translation>Modalitäten können jetzt nicht senden</translation></message>
@@ -365,7 +367,9 @@
 <message><source>Stop Listener</source><translation>Listener anhalten</translation></message>
 <message><source>Start Listener</source><translation>Listener starten</translation></message>
 <message><source>Stopped</source><translation>Angehalten</translation></message>
+<message><source>Starting</source><translation>Startet</translation></message>
 <message><source>Restarting</source><translation>Startet neu</translation></message>
+<message><source>Failed</source><translation>Gescheitert</translation></message>
 <message><source>Receiving on Port %1</source><translation>Empfängt auf Port %1</translation></message>
 <message><source>Listening on Port %1</source><translation>Lauscht auf Port %1</translation></message>
 <message><source>Open Dashboard</source><translation>Übersicht öffnen</translation></message>

@@ -176,19 +176,29 @@ void QuorinGatewayMenuView::showFigures()
 
 void QuorinGatewayMenuView::showListener()
 {
-    const bool isListening = m_parts.dimseListener.isListening();
-    m_listener->setChecked(isListening);
-    m_listener->setText(isListening ? tr("Stop Listener") : tr("Start Listener"));
-    if (!isListening) {
+    const receive::DimseListenerViewModel &listener = m_parts.dimseListener;
+    m_listener->setChecked(listener.isOn());
+    m_listener->setText(listener.isOn() ? tr("Stop Listener") : tr("Start Listener"));
+    if (m_parts.appState.figures().isReceivingNow) {
+        m_listenerState->setState(tr("Receiving on Port %1").arg(listener.settings().port), Color::blue);
+        return;
+    }
+    switch (listener.state()) {
+    case state::ListenerState::stopped:
         m_listenerState->setState(tr("Stopped"), Color::muted);
-    } else if (m_parts.dimseListener.isInterrupted()) {
+        return;
+    case state::ListenerState::starting:
+        m_listenerState->setState(tr("Starting"), Color::amber);
+        return;
+    case state::ListenerState::restarting:
         m_listenerState->setState(tr("Restarting"), Color::amber);
-    } else if (m_parts.appState.figures().isReceivingNow) {
-        m_listenerState->setState(tr("Receiving on Port %1").arg(m_parts.dimseListener.settings().port),
-                                  Color::blue);
-    } else {
-        m_listenerState->setState(tr("Listening on Port %1").arg(m_parts.dimseListener.settings().port),
-                                  Color::green);
+        return;
+    case state::ListenerState::failed:
+        m_listenerState->setState(tr("Failed"), Color::red);
+        return;
+    case state::ListenerState::listening:
+        m_listenerState->setState(tr("Listening on Port %1").arg(listener.settings().port), Color::green);
+        return;
     }
 }
 

@@ -375,6 +375,9 @@ TEST_F(Panel, SwitchesTheListener)
     EXPECT_NE(receive.service->storeListener(), nullptr);
     EXPECT_TRUE(listenerSwitch().isChecked());
     EXPECT_EQ(listenerSwitch().text(), QStringLiteral("Stop Listener"));
+    EXPECT_EQ(listenerState(), QStringLiteral("Starting"));
+    receive.scps.front()->listen();
+    receive.settle();
     EXPECT_EQ(listenerState(), QStringLiteral("Listening on Port 11112"));
 
     listenerSwitch().click();
@@ -416,6 +419,7 @@ TEST_F(Panel, FollowsAListenerThatFailed)
 
     EXPECT_FALSE(listenerSwitch().isChecked());
     EXPECT_EQ(listenerSwitch().text(), QStringLiteral("Start Listener"));
+    EXPECT_EQ(listenerState(), QStringLiteral("Failed"));
 }
 
 TEST_F(Panel, AsksForTheDashboardAndClosesNothingElse)

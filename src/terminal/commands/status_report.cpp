@@ -62,10 +62,19 @@ QJsonValue lastRun(const upload::UploadRunFigures &figures)
 
 QString listenerState(const state::ListenerFigures &listener)
 {
-    if (listener.isInterrupted) {
+    switch (listener.state) {
+    case state::ListenerState::stopped:
+        break;
+    case state::ListenerState::starting:
+        return QStringLiteral("starting");
+    case state::ListenerState::listening:
+        return QStringLiteral("listening");
+    case state::ListenerState::restarting:
         return QStringLiteral("restarting");
+    case state::ListenerState::failed:
+        return QStringLiteral("failed");
     }
-    return listener.isStarted ? QStringLiteral("listening") : QStringLiteral("stopped");
+    return QStringLiteral("stopped");
 }
 
 QJsonObject listenerJson(const state::ListenerFigures &listener)
@@ -165,8 +174,7 @@ QString listenerText(const QJsonObject &listener)
             .arg(listener.value(QStringLiteral("address")).toString());
     }
     const QString error = listener.value(QStringLiteral("error")).toString();
-    const QString word =
-        state == QStringLiteral("restarting") ? QStringLiteral("Restarting") : QStringLiteral("Stopped");
+    const QString word = state.left(1).toUpper() + state.mid(1);
     return error.isEmpty() ? word : word + QStringLiteral(": ") + error;
 }
 
@@ -246,6 +254,12 @@ QStringList upkeepLines(const QJsonObject &status)
                                     "run: quorin-gateway doctor --repair")
                          .arg(setAside));
     }
+    const QJsonValue again = status[u"recordingAgain"];
+    if (again[u"files"].toInteger() > 0) {
+        lines.append(QStringLiteral("Index      lacks stored images; %1 of %2 recorded again")
+                         .arg(again[u"recorded"].toInteger())
+                         .arg(again[u"files"].toInteger()));
+    }
     if (status[u"retention"][u"heldBack"].toBool()) {
         lines.append(
             QStringLiteral("Retention  held back until the clock has been right for an hour: it jumped "
@@ -266,6 +280,9 @@ QJsonObject toJson(const StatusReport &report)
         {QStringLiteral("inbox"), QJsonObject{{QStringLiteral("setAside"), report.upkeep.setAsideFiles}}},
         {QStringLiteral("retention"),
          QJsonObject{{QStringLiteral("heldBack"), report.upkeep.isRetentionHeldBack}}},
+        {QStringLiteral("recordingAgain"),
+         QJsonObject{{QStringLiteral("files"), report.upkeep.filesToRecordAgain},
+                     {QStringLiteral("recorded"), report.upkeep.filesRecordedAgain}}},
         {QStringLiteral("counters"), countersJson(report.counters)},
         {QStringLiteral("failures"), toJson(report.failures)},
         {QStringLiteral("waiting"), toJson(report.waiting)},

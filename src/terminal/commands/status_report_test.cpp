@@ -57,6 +57,19 @@ TEST(StatusReport, TellsOfFilesSetAsideAndOfARetentionThatIsHeldBackAndElseIsSil
     EXPECT_TRUE(statusText(json).contains(u"Retention  held back"_qs));
 }
 
+TEST(StatusReport, TellsHowFarTheRecordingOfALostIndexIsAndElseIsSilent)
+{
+    StatusReport report;
+    EXPECT_FALSE(statusText(toJson(report)).contains(u"Index"_qs));
+
+    report.upkeep = {.filesToRecordAgain = 300, .filesRecordedAgain = 12};
+    const QJsonObject json = toJson(report);
+
+    EXPECT_EQ(json[u"recordingAgain"][u"files"].toInt(), 300);
+    EXPECT_EQ(json[u"recordingAgain"][u"recorded"].toInt(), 12);
+    EXPECT_TRUE(statusText(json).contains(u"Index      lacks stored images; 12 of 300 recorded again"_qs));
+}
+
 TEST(StatusReport, CallsASessionThatTheCloudEndedBySomethingElseThanSignedOut)
 {
     using account::SessionState;
@@ -138,8 +151,7 @@ TEST(StatusReport, TellsALastRunInItsOwnWords)
 TEST(StatusReport, ReadsAsAFewLines)
 {
     StatusReport report;
-    report.listener.isStarted = true;
-    report.listener.isBound = true;
+    report.listener.state = state::ListenerState::listening;
     report.listener.aeTitle = u"GATE"_qs;
     report.listener.port = 1115;
     report.listener.address = u"10.0.0.1:1115"_qs;
@@ -153,11 +165,27 @@ TEST(StatusReport, ReadsAsAFewLines)
     EXPECT_FALSE(text.contains(u"Setup"_qs));
 }
 
+TEST(StatusReport, CallsAListenerListeningOnlyOnceItIs)
+{
+    using state::ListenerState;
+    const auto listener = [](ListenerState state, const QString &failure = {}) {
+        StatusReport report;
+        report.listener.state = state;
+        report.listener.failure = failure;
+        const QJsonObject json = toJson(report);
+        return json[u"listener"][u"state"].toString() + u'|' + statusText(json).split(u'\n').first().mid(11);
+    };
+
+    EXPECT_EQ(listener(ListenerState::stopped), u"stopped|Stopped"_qs);
+    EXPECT_EQ(listener(ListenerState::starting), u"starting|Starting"_qs);
+    EXPECT_EQ(listener(ListenerState::failed, u"The port is taken."_qs),
+              u"failed|Failed: The port is taken."_qs);
+}
+
 TEST(StatusReport, SaysThatTheListenerIsComingBack)
 {
     StatusReport report;
-    report.listener.isStarted = true;
-    report.listener.isInterrupted = true;
+    report.listener.state = state::ListenerState::restarting;
     report.listener.failure = u"The receiver was ended."_qs;
 
     const QJsonObject json = toJson(report);

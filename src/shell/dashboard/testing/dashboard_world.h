@@ -109,7 +109,14 @@ public:
     void startListener()
     {
         listener.setEnabled(true);
-        runUntil([this] { return listener.isListening(); });
+        letItListen();
+    }
+
+    /// The receiver that was started last binds its port.
+    void letItListen()
+    {
+        receive.scps.back()->listen();
+        runUntil([this] { return listener.state() == state::ListenerState::listening; });
     }
 
     /// Rows of the index, and what the figures make of them.
@@ -176,7 +183,7 @@ public:
         {account, network, receive.main, receive.pool, receive.clock}};
     state::testing::FakeStateIndex index;
     state::GatewayAppState state{{index,
-                                  [this] { return listener.isListening(); },
+                                  [this] { return listener.isOn(); },
                                   receive.notifications,
                                   receive.main,
                                   receive.pool,
