@@ -56,8 +56,11 @@ bool Doors::areImagesWaiting()
 
 state::UpkeepFigures Doors::upkeepFigures()
 {
+    const auto recording = ground.index.recordingProgress().value_or(index::RecordingProgress());
     return {.setAsideFiles = live.state().figures().setAsideFilesCount,
-            .isRetentionHeldBack = sending.cleanup.isHeldBack()};
+            .isRetentionHeldBack = sending.cleanup.isHeldBack(),
+            .filesToRecordAgain = recording.files,
+            .filesRecordedAgain = recording.recorded};
 }
 
 std::shared_ptr<AppDelegate> Doors::makeDelegate()
@@ -92,6 +95,7 @@ std::shared_ptr<terminal::DoctorCommands> Doors::makeDoctor()
 {
     return std::make_shared<terminal::DoctorCommands>(
         ground.index,
+        ground.emitter,
         ground.main,
         receiving.incomingFolders,
         [this] { receiving.store->requestUpload(QStringLiteral("doctor")); },

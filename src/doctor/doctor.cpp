@@ -1,6 +1,7 @@
 #include "doctor/doctor.h"
 
 #include "index/gateway_import_error.h"
+#include "log/image_trail.h"
 #include "log/redaction.h"
 #include "platform/dicom/inbox_files.h"
 #include "platform/files/file_error.h"
@@ -47,8 +48,9 @@ QStringList byNumber(QStringList names)
 class Round
 {
 public:
-    Round(index::DicomDB &index, bool repair, const std::stop_token &stop)
-        : m_index(index), m_examination(index.examination()), m_repairs(repair), m_stop(stop)
+    Round(index::DicomDB &index, log::StoreLogEmitter &emitter, bool repair, const std::stop_token &stop)
+        : m_index(index), m_examination(index.examination()), m_emitter(emitter), m_repairs(repair),
+          m_stop(stop)
     {
     }
 
@@ -332,12 +334,38 @@ private:
     /// Imports what was set aside: the disk that couldn't be read, or the reader, may be a better one by now.
     bool takeIn(const QString &path)
     {
+        log::StoreLogRecord record{.category = log::GatewayLogCategory::receive,
+                                   .fileURL = QUrl::fromLocalFile(receive::nameBeforeSetAside(path)),
+                                   .fileSizeBytes = QFileInfo(path).size(),
+                                   .details = {{QStringLiteral("trigger"), QStringLiteral("doctor")}}};
+        tell(record, log::GatewayLogAction::importAttempted, log::GatewayLogOutcome::started);
         try {
-            m_index.importFile(QUrl::fromLocalFile(path), index::ImportSource::ownInbox);
-        } catch (const index::GatewayImportError &) {
+            const index::ImportedFileSummary summary =
+                m_index.importFile(QUrl::fromLocalFile(path), index::ImportSource::ownInbox);
+            const auto hash = log::hashedFileURL(summary.storedFile);
+            record.details.insert(log::kStoredFileHashKey, hash.value_or(QString()));
+        } catch (const index::GatewayImportError &error) {
+            record.error = log::redactedError(QStringLiteral("QuorinGateway.GatewayImportError"),
+                                              static_cast<int>(error.kind()),
+                                              error.errorDescription());
+            tell(record, log::GatewayLogAction::importFailed, log::GatewayLogOutcome::failed);
             return false;
         }
-        return !receive::removeFromInbox(path).error;
+        tell(record, log::GatewayLogAction::importSucceeded, log::GatewayLogOutcome::succeeded);
+        record.error = receive::removeFromInbox(path).error;
+        tell(record,
+             log::GatewayLogAction::incomingFileDeleted,
+             record.error ? log::GatewayLogOutcome::failed : log::GatewayLogOutcome::succeeded);
+        return !record.error;
+    }
+
+    void tell(log::StoreLogRecord record, log::GatewayLogAction action, log::GatewayLogOutcome outcome)
+    {
+        record.level = outcome == log::GatewayLogOutcome::failed ? log::GatewayLogLevel::error
+                                                                 : log::GatewayLogLevel::info;
+        record.action = action;
+        record.outcome = outcome;
+        m_emitter.emit(record);
     }
 
     bool isThere(const QString &storagePath) const
@@ -384,6 +412,7 @@ private:
 
     index::DicomDB &m_index;
     index::IndexExamination m_examination;
+    log::StoreLogEmitter &m_emitter;
     bool m_repairs;
     const std::stop_token m_stop;
     Diagnosis m_found;
@@ -394,7 +423,7 @@ private:
 
 Diagnosis Doctor::examine(bool repair, const std::stop_token &stop)
 {
-    Round round(m_index, repair, stop);
+    Round round(m_index, m_emitter, repair, stop);
     round.step([&] { round.checkIndex(); });
     round.step([&] { round.checkWriting(); });
     round.step([&] { round.lookForLostIndex(); });

@@ -2,6 +2,7 @@
 
 #include "doctor/diagnosis.h"
 #include "index/dicom_db.h"
+#include "log/store_log_emitter.h"
 #include "receive/incoming_folders.h"
 
 #include <stop_token>
@@ -19,8 +20,11 @@ class Doctor
 public:
     /// \param index            the one of this home; outlives this.
     /// \param incomingFolders  where received files arrive, or arrived; outlives this.
-    Doctor(index::DicomDB &index, const receive::IncomingFolders &incomingFolders)
-        : m_index(index), m_incomingFolders(incomingFolders)
+    /// \param emitter          told of each file that is taken in; outlives this.
+    Doctor(index::DicomDB &index,
+           const receive::IncomingFolders &incomingFolders,
+           log::StoreLogEmitter &emitter)
+        : m_index(index), m_incomingFolders(incomingFolders), m_emitter(emitter)
     {
     }
 
@@ -32,6 +36,7 @@ public:
 private:
     index::DicomDB &m_index;
     const receive::IncomingFolders &m_incomingFolders;
+    log::StoreLogEmitter &m_emitter;
 };
 
 } // namespace gateway::doctor

@@ -2,6 +2,7 @@
 
 #include "index/testing/temporary_index.h"
 #include "log/redaction.h"
+#include "log/testing/recording_log.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
@@ -26,7 +27,10 @@ protected:
 
     QString inbox() const { return home.path(QStringLiteral("Import")); }
 
-    Diagnosis examine(bool repair = false) { return Doctor(home.index(), folders).examine(repair, {}); }
+    Diagnosis examine(bool repair = false)
+    {
+        return Doctor(home.index(), folders, emitter).examine(repair, {});
+    }
 
     Counts counts(bool repair = false)
     {
@@ -80,6 +84,8 @@ protected:
     platform::UserDefaults defaults{home.path(QStringLiteral("settings.sqlite"))};
     core::Settings settings{defaults};
     receive::IncomingFolders folders{defaults, settings, inbox()};
+    log::testing::RecordingLog logged;
+    log::StoreLogEmitter emitter{logged, home.clock};
 };
 
 const QString kStray = QStringLiteral("10000/77.dcm");
@@ -423,6 +429,36 @@ TEST_F(DoctorTest, TellsOfAnIncomingFolderOfBeforeThatIsOutOfSight)
     EXPECT_FALSE(diagnosis.isWell());
 }
 
+TEST_F(DoctorTest, LogsWhatItTakesInUnderTheNameThatTheLogKnows)
+{
+    using log::GatewayLogAction;
+    const QString aside =
+        inbox() + QStringLiteral("/.rejected/12345678-quorin-0123456789abcdef0123456789abcdef-2.dcm");
+    write(aside);
+    counts(true);
+    index::testing::writeSyntheticFile(aside, TemporaryIndex::image(QStringLiteral("9.1")));
+
+    counts(true);
+
+    std::vector<GatewayLogAction> actions;
+    for (const log::GatewayLogEvent &event : logged.events()) {
+        actions.push_back(event.action);
+        EXPECT_EQ(event.fileHash,
+                  log::hashedIdentifier(inbox() +
+                                        QStringLiteral("/quorin-0123456789abcdef0123456789abcdef-2.dcm")));
+        EXPECT_EQ(event.details->value(QStringLiteral("trigger")), QStringLiteral("doctor"));
+    }
+    EXPECT_EQ(actions,
+              (std::vector{GatewayLogAction::importAttempted,
+                           GatewayLogAction::importFailed,
+                           GatewayLogAction::importAttempted,
+                           GatewayLogAction::importSucceeded,
+                           GatewayLogAction::incomingFileDeleted}));
+    const QString stored = home.rows(QStringLiteral("SELECT pathString FROM DicomImage")).value(0);
+    EXPECT_EQ(logged.events().back().details->value(QStringLiteral("stored_file_hash")),
+              log::hashedFileURL(home.index().fileURL(stored)));
+}
+
 TEST_F(DoctorTest, RemovesOnRequestWhatADeletionHadToLeave)
 {
     const QString path = importOne(QStringLiteral("9.1"));
@@ -480,7 +516,7 @@ TEST_F(DoctorTest, StopsWhenItIsToldTo)
     std::stop_source stop;
     stop.request_stop();
 
-    const Diagnosis diagnosis = Doctor(home.index(), folders).examine(true, stop.get_token());
+    const Diagnosis diagnosis = Doctor(home.index(), folders, emitter).examine(true, stop.get_token());
 
     EXPECT_TRUE(diagnosis.wasStopped);
     EXPECT_FALSE(diagnosis.isWell());

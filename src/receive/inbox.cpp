@@ -60,6 +60,12 @@ InboxContent contentOf(const QString &inbox)
     return isEmpty ? InboxContent::nothing : InboxContent::something;
 }
 
+QString nameBeforeSetAside(const QString &path)
+{
+    const QFileInfo file(path);
+    return QFileInfo(file.absolutePath()).absolutePath() + u'/' + file.fileName().section(u'-', 1);
+}
+
 InboxRemoval removeFromInbox(const QString &path)
 {
     if (::unlink(QFile::encodeName(path).constData()) != 0) {

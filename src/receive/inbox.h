@@ -35,6 +35,9 @@ enum class InboxContent
 /// Thread: any; blocks for as long as a share doesn't answer.
 InboxContent contentOf(const QString &inbox);
 
+/// The path in the inbox that a file had before it was set aside: the log knows it by that.
+QString nameBeforeSetAside(const QString &path);
+
 /// Moves a file that can't be imported to the folder for those, durably and under a name that nothing there
 /// has: its sender was told that it is stored, so it isn't deleted.
 InboxRemoval setAside(const QString &path);

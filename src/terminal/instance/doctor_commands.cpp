@@ -2,6 +2,7 @@
 
 #include "doctor/doctor.h"
 #include "index/schema.h"
+#include "log/gateway_logger.h"
 #include "platform/concurrency/clock.h"
 #include "platform/dicom/dicom_file.h"
 #include "platform/dicom/helper_process.h"
@@ -9,7 +10,9 @@
 #include "platform/files/file_system.h"
 #include "platform/files/home_lock.h"
 #include "platform/notifications/notification_center.h"
+#include "platform/system_log/journal_system_log.h"
 #include "terminal/commands/doctor_report.h"
+#include "upload/removal_record.h"
 
 #include <algorithm>
 #include <utility>
@@ -36,11 +39,12 @@ ControlRequest doctorRequest(const DoctorCommand &command)
 }
 
 DoctorCommands::DoctorCommands(index::DicomDB &index,
+                               log::StoreLogEmitter &emitter,
                                platform::MainExecutor &main,
                                const receive::IncomingFolders &incomingFolders,
                                std::function<void()> onImagesRecorded,
                                std::function<Standing()> standing)
-    : m_index(index), m_main(main), m_incomingFolders(incomingFolders),
+    : m_index(index), m_emitter(emitter), m_main(main), m_incomingFolders(incomingFolders),
       m_onImagesRecorded(std::move(onImagesRecorded)), m_standing(std::move(standing))
 {
 }
@@ -65,6 +69,7 @@ void DoctorCommands::examine(const ControlRequest &request, const Answer &answer
     m_task = platform::Task("doctor",
                             [weak = weak_from_this(),
                              &index = m_index,
+                             &emitter = m_emitter,
                              &main = m_main,
                              &folders = m_incomingFolders,
                              repair,
@@ -75,7 +80,7 @@ void DoctorCommands::examine(const ControlRequest &request, const Answer &answer
                                 const std::stop_callback whenQuitting(quitting, end);
                                 const std::stop_callback whenHungUp(hungUp, end);
                                 const doctor::Diagnosis diagnosis =
-                                    doctor::Doctor(index, folders).examine(repair, stop.get_token());
+                                    doctor::Doctor(index, folders, emitter).examine(repair, stop.get_token());
                                 const index::WaitingRetries retries = index.waitingRetries();
                                 const auto fences = platform::askForFences(platform::helperProgramPath());
                                 main.post(weak, [weak, diagnosis, retries, fences, repair, answer] {
@@ -126,16 +131,27 @@ ControlReply examineWithoutInstance(const core::HomeLayout &layout,
         return ControlReply::failure(QStringLiteral("The index is used by another process."));
     }
     platform::SystemClock clock;
+    platform::JournalSystemLog systemLog;
+    log::GatewayLogger logger(systemLog, std::make_unique<log::GatewayLogFileSink>(layout.logFolder, clock));
+    log::StoreLogEmitter emitter(logger, clock);
     platform::MainExecutor main;
     platform::NotificationCenter notifications;
     platform::WorkerProcessPool parserProcesses(1, platform::helperProgramPath());
     platform::DicomFile parser(parserProcesses, clock);
     try {
         index::DicomDB index({layout.indexFile, layout.fileStore},
-                             {defaults, parser, notifications, main, clock, platform::systemFiles()});
+                             {.defaults = defaults,
+                              .parser = parser,
+                              .notifications = notifications,
+                              .main = main,
+                              .clock = clock,
+                              .files = platform::systemFiles(),
+                              .onFileRemoved = [&emitter](const QUrl &file, index::RemovalReason reason) {
+                                  emitter.emit(upload::removalRecord(file, reason));
+                              }});
         const bool repair = request.arguments.value(kRepair).toBool();
         const receive::IncomingFolders folders(defaults, settings, layout.incomingFolder);
-        doctor::Doctor doctor(index, folders);
+        doctor::Doctor doctor(index, folders, emitter);
         const doctor::Diagnosis diagnosis = doctor.examine(repair, request.hungUp);
         QJsonObject report = toJson(diagnosis, repair, {index.waitingRetries(), {}});
         addFences(report, platform::askForFences(platform::helperProgramPath()));

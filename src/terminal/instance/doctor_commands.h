@@ -4,6 +4,7 @@
 #include "core/settings.h"
 #include "doctor/diagnosis.h"
 #include "index/dicom_db.h"
+#include "log/store_log_emitter.h"
 #include "platform/concurrency/main_executor.h"
 #include "platform/concurrency/task.h"
 #include "platform/defaults/user_defaults.h"
@@ -45,10 +46,11 @@ public:
         bool isListeningAsItShould = true; ///< or it isn't meant to listen
     };
 
-    /// \param index, main, incomingFolders  outlive this.
+    /// \param index, emitter, main, incomingFolders  outlive this.
     /// \param onImagesRecorded  called when images were recorded that wait for their upload now.
     /// \param standing          asked for at the end of each examination.
     DoctorCommands(index::DicomDB &index,
+                   log::StoreLogEmitter &emitter,
                    platform::MainExecutor &main,
                    const receive::IncomingFolders &incomingFolders,
                    std::function<void()> onImagesRecorded,
@@ -68,6 +70,7 @@ private:
                 const Answer &answer);
 
     index::DicomDB &m_index;
+    log::StoreLogEmitter &m_emitter;
     platform::MainExecutor &m_main;
     const receive::IncomingFolders &m_incomingFolders;
     const std::function<void()> m_onImagesRecorded;

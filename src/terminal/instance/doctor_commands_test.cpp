@@ -1,6 +1,7 @@
 #include "terminal/instance/doctor_commands.h"
 
 #include "index/testing/temporary_index.h"
+#include "log/testing/recording_log.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QDir>
@@ -63,8 +64,10 @@ protected:
     const receive::IncomingFolders folders{defaults, settings, home.path(u"Import"_qs)};
     int uploadRequests = 0;
     DoctorCommands::Standing standing;
+    log::testing::RecordingLog logged;
+    log::StoreLogEmitter emitter{logged, home.clock};
     std::shared_ptr<DoctorCommands> commands = std::make_shared<DoctorCommands>(
-        home.index(), home.main, folders, [this] { ++uploadRequests; }, [this] { return standing; });
+        home.index(), emitter, home.main, folders, [this] { ++uploadRequests; }, [this] { return standing; });
 };
 
 TEST_F(DoctorCommandsTest, AnswersWithTheReport)
