@@ -60,6 +60,9 @@ public:
     /// share that went away and came back.
     void takeUpWhatIsThere();
 
+    /// Every object that is kept from now on has a later time than this, in nanoseconds since 1970.
+    void raise(std::int64_t time) { m_order->raise(time); }
+
     /// The folder, for as long as takeUpWhatIsThere() isn't called.
     int descriptor() const { return m_folder.get(); }
 

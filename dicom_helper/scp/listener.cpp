@@ -148,6 +148,8 @@ void Listener::onChannel()
     }
     if (record.word == "ping") {
         m_channel.send(Record{"pong", {}});
+    } else if (record.word == "after") {
+        m_inbox.raise(record.number("time", 0));
     } else if (record.word == "abort") {
         for (const auto &[process, child] : m_children) {
             if (child.association == record.text("association")) {

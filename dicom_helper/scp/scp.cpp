@@ -44,6 +44,7 @@ int run(Channel channel)
     }
     try {
         Inbox inbox{std::string(start.text("inbox"))};
+        inbox.raise(start.number("after", 0));
         Listener listener(settingsOf(start), inbox, channel);
         inbox.sweep();
         confineListener();

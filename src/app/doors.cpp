@@ -98,7 +98,10 @@ std::shared_ptr<terminal::DoctorCommands> Doors::makeDoctor()
         ground.emitter,
         ground.main,
         receiving.incomingFolders,
-        [this] { receiving.store->requestUpload(QStringLiteral("doctor")); },
+        [this] {
+            receiving.store->listenerService().keepOrder();
+            receiving.store->requestUpload(QStringLiteral("doctor"));
+        },
         [this] {
             return terminal::DoctorCommands::Standing{
                 .pause = sending.coordinator->closure(),

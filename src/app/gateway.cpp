@@ -61,6 +61,7 @@ void Gateway::launch()
     m_recording.emplace(IndexRecording::Collaborators{.index = m_ground.index,
                                                       .clock = m_ground.clock,
                                                       .uploads = *m_receiving.store,
+                                                      .listener = m_receiving.store->listenerService(),
                                                       .systemLog = m_ground.systemLog,
                                                       .writeLine = m_options.writeLine});
 }

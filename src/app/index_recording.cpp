@@ -22,6 +22,7 @@ void IndexRecording::record(const std::stop_token &stop)
     std::int64_t recorded = 0;
     const auto count = [&](std::int64_t files) {
         recorded += files;
+        m_with.listener.keepOrder();
         m_with.uploads.requestUpload(QStringLiteral("store_recorded_again"), upload::UploadUrgency::whenOpen);
     };
     while (!m_with.index.recordStoredFiles(stop, count)) {

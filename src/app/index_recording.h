@@ -4,6 +4,7 @@
 #include "platform/concurrency/clock.h"
 #include "platform/concurrency/task.h"
 #include "platform/system_log/system_log.h"
+#include "receive/store_listener_service.h"
 #include "upload/upload_requests.h"
 
 #include <QtCore/QString>
@@ -25,6 +26,7 @@ public:
         index::DicomDB &index;
         platform::Clock &clock;
         upload::UploadRequests &uploads;
+        receive::StoreListenerService &listener;
         platform::SystemLog &systemLog;
         std::function<void(const QString &)> writeLine; ///< one plain line for operators; any thread
     };

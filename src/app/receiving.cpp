@@ -52,7 +52,8 @@ Receiving::makeListener(std::function<void(QString)> onImported)
                     return std::make_shared<platform::DCMTKStoreSCP>(
                         platform::StoreSCPEnvironment{platform::helperProgramPath(), defaultInbox});
                 },
-            .onImportSucceeded = std::move(onImported)},
+            .onImportSucceeded = std::move(onImported),
+            .newestAcknowledged = [&index = ground.index] { return index.newestAcknowledged(); }},
         receive::StoreListenerService::Places{defaultInbox, ground.options.bindAddress});
 }
 

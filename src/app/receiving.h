@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/live_figures.h"
+#include "app/manual_imports.h"
 #include "app/sending.h"
 #include "app/store.h"
 #include "index/db_service.h"
@@ -31,7 +32,7 @@ struct Receiving
     receive::ImportPanel *importPanel; ///< none without a desktop
 
     index::DBService inboxImports{ground.index, index::ImportSource::ownInbox};
-    index::DBService manualImports{ground.index, index::ImportSource::foreign};
+    ManualImports manualImports{ground.index, [this] { store->listenerService().keepOrder(); }};
     receive::IncomingFolders incomingFolders{
         ground.defaults, ground.settings, ground.options.layout.incomingFolder};
     platform::ArchiveUnpacker unpacker{platform::helperProgramPath()};

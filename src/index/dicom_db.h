@@ -120,6 +120,9 @@ public:
     /// \throws GatewayImportError
     ImportedFileSummary importFile(const QUrl &url, ImportSource source = ImportSource::foreign);
 
+    /// When the last image that was ever recorded was acknowledged, in nanoseconds since 1970.
+    std::int64_t newestAcknowledged() const { return m_files.newestAcknowledged(); }
+
     // --- Uploads -------------------------------------------------------------------------------------
 
     /// The first candidates, at most `limit` (below 1 counts as 1), each with all its waiting rows.

@@ -361,6 +361,18 @@ void FileStore::beginImport(const StoredFile &file)
     m_newestAcknowledged = std::max(m_newestAcknowledged, file.acknowledged);
 }
 
+void FileStore::noteAcknowledged(std::int64_t time)
+{
+    const platform::MutexLock lock(m_mutex);
+    m_newestAcknowledged = std::max(m_newestAcknowledged, time);
+}
+
+std::int64_t FileStore::newestAcknowledged() const
+{
+    const platform::MutexLock lock(m_mutex);
+    return m_newestAcknowledged;
+}
+
 void FileStore::importEnded(const StoredFile &file)
 {
     const platform::MutexLock lock(m_mutex);

@@ -121,6 +121,12 @@ public:
     /// The import of a file that was moved in is over, with rows or without them.
     void importEnded(const StoredFile &file);
 
+    /// What is copied in from now on counts as acknowledged later than this, in nanoseconds since 1970.
+    void noteAcknowledged(std::int64_t time) QUORIN_EXCLUDES(m_mutex);
+
+    /// When the last of all images was acknowledged whose file came by here or was noted.
+    std::int64_t newestAcknowledged() const QUORIN_EXCLUDES(m_mutex);
+
     /// True from before a file gets its name in the store until its import is over: a file without rows and
     /// without this belongs to no import any more.
     bool isBeingImported(const QString &pathString) const;

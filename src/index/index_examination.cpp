@@ -246,6 +246,9 @@ std::int64_t IndexExamination::record(const QList<UnrecordedFile> &files)
             ++recorded;
         }
     });
+    for (const UnrecordedFile &file : files) {
+        m_files.noteAcknowledged(file.place->acknowledged);
+    }
     return recorded;
 }
 

@@ -345,6 +345,23 @@ TEST_F(StoredCopies, NobodyKnowsWhoWasToldOfAFileThatIsRecordedAgain)
     EXPECT_EQ(stored(), (QStringList{received, brought}));
 }
 
+TEST_F(StoredCopies, WhatAPersonBringsInIsLaterThanWhatWasRecordedAgain)
+{
+    constexpr seconds kAhead{4'000'000'000}; // the clock was wrong once
+    take(kAhead, saying(QStringLiteral("received")));
+    home.close();
+    QDir(home.path(QStringLiteral("index"))).removeRecursively();
+    home.reopen();
+    home.index().recordStoredFiles({}, [](std::int64_t) {});
+    EXPECT_EQ(home.index().newestAcknowledged(), std::chrono::nanoseconds(kAhead).count());
+
+    bringIn(saying(QStringLiteral("brought in")));
+
+    EXPECT_EQ(home.rows(QStringLiteral("SELECT comment FROM DicomImage")),
+              QStringList{QStringLiteral("brought in")});
+    EXPECT_GT(home.index().newestAcknowledged(), std::chrono::nanoseconds(kAhead).count());
+}
+
 TEST_F(StoredCopies, OneWithTheSameBytesGoesAtOnce)
 {
     take(kMorning, kWhole);

@@ -204,11 +204,13 @@ void StoreListenerService::launch(Run run)
 void StoreListenerService::perform(const std::weak_ptr<StoreListenerService> &weak, const Run &run)
 {
     platform::StoreSCPCallbacks callbacks;
+    platform::StoreSCPConfig config = run.config;
     {
         const auto self = weak.lock();
         if (!self) {
             return;
         }
+        config.acknowledgeAfter = self->m_with.newestAcknowledged();
         self->recoverInbox(run.inbox);
         callbacks = self->callbacksFor(run);
     }
@@ -216,7 +218,7 @@ void StoreListenerService::perform(const std::weak_ptr<StoreListenerService> &we
         run.former->awaitFreePort();
     }
     // May keep this thread for the whole run; the service isn't held meanwhile.
-    const std::int32_t result = run.scp->start(run.config, std::move(callbacks));
+    const std::int32_t result = run.scp->start(config, std::move(callbacks));
     if (const auto self = weak.lock()) {
         self->runEnded(run, result);
     }
@@ -291,6 +293,15 @@ void StoreListenerService::recoverInbox(const QString &inbox)
     for (const QString &path : left) {
         m_importer->fileFound(path);
     }
+}
+
+void StoreListenerService::keepOrder()
+{
+    m_with.main.post(weak_from_this(), [this, newest = m_with.newestAcknowledged()] {
+        if (m_storeListener) {
+            m_storeListener->acknowledgeAfter(newest);
+        }
+    });
 }
 
 void StoreListenerService::runEnded(const Run &run, std::int32_t result)

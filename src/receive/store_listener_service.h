@@ -62,6 +62,10 @@ public:
         IncomingFolders &incomingFolders;
         std::function<std::shared_ptr<platform::StoreSCP>()> makeStoreSCP; ///< a new one for each start
         std::function<void(QString)> onImportSucceeded;                    ///< any thread
+
+        /// When the last image that is recorded was acknowledged, by whomever: nanoseconds since 1970. Any
+        /// thread.
+        std::function<std::int64_t()> newestAcknowledged;
     };
 
     struct Places
@@ -88,6 +92,11 @@ public:
     /// Takes a complete file that was found in the inbox, unless it is in hand already. Returns at once; any
     /// thread.
     void offerInboxFile(const QString &path) { m_importer->fileFound(path); }
+
+    /// Sees to it that what is received from now on counts as acknowledged later than all that is recorded by
+    /// now. To be called when something was recorded that the receiver didn't acknowledge. Returns at once;
+    /// any thread.
+    void keepOrder();
 
     /// The receiver, present from the order to listen on until the stop, or until its start has failed.
     const std::shared_ptr<platform::StoreSCP> &storeListener() const { return m_storeListener; }

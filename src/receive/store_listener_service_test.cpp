@@ -484,6 +484,19 @@ TEST_F(ListenerService, KeepsTheFolderInMindInWhichItReceivedBefore)
     EXPECT_EQ(m_world.incomingFolders.all(), (QStringList{m_world.path(u"chosen"_qs), m_world.inbox()}));
 }
 
+TEST_F(ListenerService, LetsTheReceiverGoOnBehindAllThatIsRecorded)
+{
+    m_world.newestAcknowledged = 7000;
+    m_world.service->startListener();
+    EXPECT_EQ(m_world.scps.front()->config().acknowledgeAfter, 7000);
+
+    m_world.newestAcknowledged = 8000; // by an import
+    m_world.service->keepOrder();
+    m_world.settle();
+
+    EXPECT_EQ(m_world.scps.front()->order(), 8000);
+}
+
 TEST_F(ListenerService, RefreshesAStaleBookmark)
 {
     const QString folder = m_world.path(u"chosen"_qs);

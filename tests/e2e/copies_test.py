@@ -5,6 +5,7 @@ import shutil
 import signal
 import sqlite3
 import subprocess
+import time
 import unittest
 
 from failing_disk import FailingDisk
@@ -182,6 +183,31 @@ class Copies(EndToEndTest):
         # Then
         await_true("one file", lambda: self.stored() == self.current(), self.gateway.process)
         self.assertEqual(len(self.stored()), 1)
+        self.assertEqual(self.findings(), (0, {}))
+
+    def test_what_is_received_is_later_than_what_was_imported_while_the_clock_was_ahead(self):
+        self.gateway.command("settings", "set", "quorinCloudCompressToLS", "false")
+        self.cloud.steer("second-versions", policy="replace")
+        # Given: the last import was made while the clock was an hour ahead, and one more was made since
+        ahead = int((time.time() + 3600) * 1e9)
+        self.start_again(before=lambda: self.rows("UPDATE Ledger SET newestAcknowledged = ?", ahead))
+        await_true("the listener", lambda: self.gateway.status()["listener"]["state"] == "listening", self.gateway.process)
+        versions = [dataset("1.2.3.1", shade=shade) for shade in (1, 2, 3)]
+        for number, body in enumerate(versions[:2]):
+            file = self.folder / f"{number}.dcm"
+            file.write_bytes(part10(body, "1.2.3.1"))
+            self.gateway.command("import", file)
+
+        # When
+        self.send_dataset(versions[2], "1.2.3.1")
+        await_true("an empty inbox", lambda: not list(self.gateway.home.rglob("quorin-*.dcm")), self.gateway.process)
+        self.gateway.sign_in()
+        self.gateway.await_status("the upload", lambda s: s["counters"]["synced"] == 1)
+
+        # Then
+        held = dataset_of(self.cloud.fetch(self.cloud.token(), "1.2.9", "1.2.9.1", "1.2.3.1"))
+        self.assertEqual(held, versions[2])
+        await_true("one file", lambda: self.stored() == self.current(), self.gateway.process)
         self.assertEqual(self.findings(), (0, {}))
 
     def test_a_kill_while_receiving_leaves_one_name_an_image(self):

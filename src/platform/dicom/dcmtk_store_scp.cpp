@@ -77,6 +77,7 @@ struct DCMTKStoreSCP::Run
     bool hasListened = false;
     bool isInterrupted = false;
     bool stopSent = false;
+    std::int64_t orderSent = 0; // what `current` knows
     std::int32_t result = 0;
 
     bool isOver() const { return !current && !startAgainAt && former.empty(); }
@@ -94,6 +95,7 @@ DCMTKStoreSCP::~DCMTKStoreSCP()
 
 std::int32_t DCMTKStoreSCP::start(const StoreSCPConfig &config, StoreSCPCallbacks callbacks)
 {
+    acknowledgeAfter(config.acknowledgeAfter);
     Run run{.setup = setupFor(config, m_environment), .callbacks = std::move(callbacks)};
     if (begin()) {
         launch(run);
@@ -118,6 +120,8 @@ bool DCMTKStoreSCP::begin()
 void DCMTKStoreSCP::launch(Run &run)
 {
     run.startAgainAt.reset();
+    run.orderSent = orderSoFar();
+    run.setup.start.setNumber("after", run.orderSent);
     try {
         run.current = std::make_unique<ListenerProcess>(run.setup, run.callbacks);
     } catch (const std::system_error &error) {
@@ -133,8 +137,7 @@ void DCMTKStoreSCP::launch(Run &run)
 
 void DCMTKStoreSCP::waitForNews(const Run &run) const
 {
-    // Once the stop is known, its descriptor would only keep poll from waiting.
-    std::vector<pollfd> entries{{run.stopSent ? -1 : m_wake, POLLIN, 0}};
+    std::vector<pollfd> entries{{m_wake, POLLIN, 0}};
     auto next = run.startAgainAt.value_or(SteadyClock::time_point::max());
     const auto add = [&](const ListenerProcess &process) {
         process.addDescriptors(entries);
@@ -156,6 +159,8 @@ void DCMTKStoreSCP::waitForNews(const Run &run) const
 
 void DCMTKStoreSCP::attend(Run &run)
 {
+    std::uint64_t wishes = 0;
+    [[maybe_unused]] const ssize_t size = ::read(m_wake, &wishes, sizeof(wishes));
     if (!run.stopSent && stopRequested()) {
         run.stopSent = true;
         run.startAgainAt.reset();
@@ -164,6 +169,7 @@ void DCMTKStoreSCP::attend(Run &run)
         }
     }
     if (run.current) {
+        tellOrder(run);
         run.current->attend();
         if (run.current->port() && (!run.hasListened || run.isInterrupted)) {
             onListening(run);
@@ -182,6 +188,14 @@ void DCMTKStoreSCP::attend(Run &run)
         }
     }
     run.former.remove_if([](const auto &process) { return process->isOver(); });
+}
+
+void DCMTKStoreSCP::tellOrder(Run &run)
+{
+    const std::int64_t order = orderSoFar();
+    if (order > run.orderSent && run.current->acknowledgeAfter(order)) {
+        run.orderSent = order;
+    }
 }
 
 void DCMTKStoreSCP::onListening(Run &run)
@@ -257,10 +271,28 @@ bool DCMTKStoreSCP::stopRequested() const
     return m_stopRequested;
 }
 
+std::int64_t DCMTKStoreSCP::orderSoFar() const
+{
+    const MutexLock lock(m_mutex);
+    return m_acknowledgeAfter;
+}
+
 void DCMTKStoreSCP::stop()
 {
     const MutexLock lock(m_mutex);
     m_stopRequested = true;
+    wake();
+}
+
+void DCMTKStoreSCP::acknowledgeAfter(std::int64_t time)
+{
+    const MutexLock lock(m_mutex);
+    m_acknowledgeAfter = std::max(m_acknowledgeAfter, time);
+    wake();
+}
+
+void DCMTKStoreSCP::wake() const
+{
     const std::uint64_t one = 1;
     [[maybe_unused]] const ssize_t written = ::write(m_wake, &one, sizeof(one));
 }

@@ -38,6 +38,7 @@ public:
 
     std::int32_t start(const StoreSCPConfig &config, StoreSCPCallbacks callbacks) override;
     void stop() override;
+    void acknowledgeAfter(std::int64_t time) override;
     void awaitFreePort() override;
     std::optional<int> boundPort() const override;
     QString lastMessage() const override;
@@ -55,6 +56,7 @@ private:
     void launch(Run &run);
     void waitForNews(const Run &run) const;
     void attend(Run &run);
+    void tellOrder(Run &run);
     void onListening(Run &run);
     void onEnd(Run &run);
     void interrupt(Run &run, StoreSCPInterruption::Cause cause, int status, const QString &message);
@@ -62,14 +64,17 @@ private:
     void setMessage(const QString &message);
     std::int32_t finish(const Run &run);
     bool stopRequested() const;
+    std::int64_t orderSoFar() const;
+    void wake() const;
 
     const StoreSCPEnvironment m_environment;
-    const int m_wake; // an eventfd: readable once a stop is requested
+    const int m_wake; // an eventfd: readable when another thread wants something
 
     mutable Mutex m_mutex;
     Condition m_changed;
     bool m_isOver QUORIN_GUARDED_BY(m_mutex) = false;
     bool m_stopRequested QUORIN_GUARDED_BY(m_mutex) = false;
+    std::int64_t m_acknowledgeAfter QUORIN_GUARDED_BY(m_mutex) = 0;
     bool m_mayHoldPort QUORIN_GUARDED_BY(m_mutex) = false;
     std::optional<pid_t> m_processId QUORIN_GUARDED_BY(m_mutex);
     std::optional<int> m_port QUORIN_GUARDED_BY(m_mutex);

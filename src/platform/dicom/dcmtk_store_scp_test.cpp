@@ -3,6 +3,7 @@
 #include "platform/dicom/helper_process.h"
 #include "platform/dicom/testing/running_store_scp.h"
 #include "platform/dicom/testing/scripted_modality.h"
+#include "platform/files/files.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
@@ -51,6 +52,24 @@ ListenerPatience impatient()
 }
 
 const std::vector<OfferedContext> kOneContext{{1, kCtStorage, {kExplicitLittleEndian}}};
+
+constexpr std::int64_t kLongAhead =
+    4'000'000'000'000'000'000; // nanoseconds: the clock was wrong at an import
+
+/// Sends one object. \return the time that its file has, in nanoseconds since 1970.
+std::int64_t timeOfObject(RunningStoreSCP &running)
+{
+    const QString progress = QStringLiteral("progress ");
+    const int before = static_cast<int>(running.await(progress, 0).size());
+    ScriptedModality modality(running.port());
+    modality.associate(kOneContext);
+    EXPECT_EQ(modality.store(1, kCtStorage, "1.2.3", smallDataSet(kCtStorage, "1.2.3", 1000)), 0);
+    modality.release();
+    const QStringList told = running.await(progress, before + 1);
+    const auto identity = told.isEmpty() ? std::nullopt : fileIdentity(told.last().mid(progress.size()));
+    EXPECT_TRUE(identity.has_value());
+    return identity ? identity->modified.count() : 0;
+}
 
 } // namespace
 
@@ -233,6 +252,33 @@ TEST(DCMTKStoreSCP, AnObjectUnderWayIsKeptAndToldThoughTheListenerIsKilled)
     EXPECT_EQ(modality.receiveStatus(), 0);
     EXPECT_EQ(running.await(QStringLiteral("progress")).size(), 1);
     EXPECT_EQ(running.await(QStringLiteral("left files")).size(), 1) << "what it couldn't tell is looked for";
+}
+
+TEST(DCMTKStoreSCP, ObjectsComeBehindWhatOthersAcknowledgedAlsoAfterTheListenerIsKilled)
+{
+    const QTemporaryDir inbox;
+    RunningStoreSCP running(inbox.path(), ScriptedModality::freePort());
+    running.scp().acknowledgeAfter(kLongAhead);
+    ::kill(running.scp().processId().value(), SIGKILL);
+    ASSERT_EQ(running.await(QStringLiteral("resumed")).size(), 1);
+
+    EXPECT_GT(timeOfObject(running), kLongAhead);
+}
+
+TEST(DCMTKStoreSCP, AListenerThatRunsLearnsWhatOthersAcknowledged)
+{
+    constexpr int kObjects = 1000; // while the word is on its way to the process
+    const QTemporaryDir inbox;
+    RunningStoreSCP running(inbox.path());
+    ASSERT_LT(timeOfObject(running), kLongAhead);
+
+    running.scp().acknowledgeAfter(kLongAhead);
+    int objects = 1;
+    while (timeOfObject(running) <= kLongAhead && objects < kObjects) {
+        ++objects;
+    }
+
+    EXPECT_LT(objects, kObjects);
 }
 
 TEST(DCMTKStoreSCP, AHelperWithoutASignOfLifeIsKilledAndStartedAgain)

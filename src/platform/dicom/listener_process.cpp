@@ -63,6 +63,13 @@ void ListenerProcess::requestStop()
     m_process.channel().trySend(Record{"stop", {}});
 }
 
+bool ListenerProcess::acknowledgeAfter(std::int64_t time)
+{
+    Record record{"after", {}};
+    record.setNumber("time", time);
+    return m_process.channel().trySend(record);
+}
+
 std::chrono::milliseconds ListenerProcess::listened() const
 {
     if (!m_listensSince) {

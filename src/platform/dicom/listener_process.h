@@ -55,6 +55,10 @@ public:
     /// Asks it to let go of the port and to end with its associations.
     void requestStop();
 
+    /// Tells it what others have acknowledged meanwhile: see StoreSCP::acknowledgeAfter(). \return false when
+    /// it couldn't be told at this moment.
+    bool acknowledgeAfter(std::int64_t time);
+
     pid_t processId() const { return m_process.processId(); }
 
     /// The port that it listens on; nothing before and after.

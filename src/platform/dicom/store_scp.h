@@ -23,6 +23,7 @@ struct StoreSCPConfig
     std::optional<QString> incomingPath; // absent for the SCP's own default
     QString bindAddress;                 // empty for all addresses
     int associationsPerAddress = 128;    // at once; beyond that they are rejected
+    std::int64_t acknowledgeAfter = 0;   // see StoreSCP::acknowledgeAfter()
 };
 
 /// Why a storage SCP that had listened does not at this moment, though nobody stopped it.
@@ -102,6 +103,10 @@ public:
     /// still be waiting for the last associations to finish their object. Before start() it makes that return
     /// at once. Any thread.
     virtual void stop() = 0;
+
+    /// Objects that are kept from now on have later times than this, in nanoseconds since 1970: others than
+    /// the SCP acknowledge images, too. Returns at once, before every process of it knows. Any thread.
+    virtual void acknowledgeAfter(std::int64_t time) = 0;
 
     /// After a stop(): waits until the port is free again, for some seconds at most, since a process that
     /// doesn't let go of it is killed. Any thread but the main one and the one in start().

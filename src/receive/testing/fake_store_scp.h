@@ -40,6 +40,18 @@ public:
         end(0);
     }
 
+    void acknowledgeAfter(std::int64_t time) override
+    {
+        const platform::MutexLock lock(m_mutex);
+        m_order = time;
+    }
+
+    std::int64_t order() const
+    {
+        const platform::MutexLock lock(m_mutex);
+        return m_order;
+    }
+
     void awaitFreePort() override
     {
         const platform::MutexLock lock(m_mutex);
@@ -112,6 +124,7 @@ private:
     platform::StoreSCPCallbacks m_callbacks QUORIN_GUARDED_BY(m_mutex);
     std::optional<std::int32_t> m_result QUORIN_GUARDED_BY(m_mutex);
     std::optional<int> m_port QUORIN_GUARDED_BY(m_mutex);
+    std::int64_t m_order QUORIN_GUARDED_BY(m_mutex) = 0;
     bool m_staysWhenStopped QUORIN_GUARDED_BY(m_mutex) = false;
     int m_stops QUORIN_GUARDED_BY(m_mutex) = 0;
 };

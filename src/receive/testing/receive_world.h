@@ -59,7 +59,8 @@ public:
                                                 netServices,
                                                 incomingFolders,
                                                 [this] { return makeSCP(); },
-                                                [this](const QString &) { ++uploadRequests; }},
+                                                [this](const QString &) { ++uploadRequests; },
+                                                [this] { return newestAcknowledged.load(); }},
             StoreListenerService::Places{inbox(), QStringLiteral("127.0.0.1")});
     }
 
@@ -175,6 +176,7 @@ public:
     RecordingReceiveObserver observer;
     FakeNetServices netServices;
     std::atomic<int> uploadRequests = 0;
+    std::atomic<std::int64_t> newestAcknowledged = 0;
     int stateChanges = 0;
     QStringList errors;
     platform::WorkerPool pool{QStringLiteral("global"), 2};

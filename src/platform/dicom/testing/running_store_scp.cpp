@@ -4,7 +4,9 @@
 
 #include <QtCore/QFile>
 
+#include <chrono>
 #include <fstream>
+#include <stdexcept>
 #include <string>
 
 namespace gateway::platform::testing {
@@ -61,7 +63,7 @@ RunningStoreSCP::RunningStoreSCP(const StoreSCPEnvironment &environment, const S
         const MutexLock lock(m_mutex);
         m_result = result;
         m_isOver = true;
-        m_changed.notifyAll();
+        m_changed.notify_all();
     });
     m_port = m_scp.awaitPort().value_or(0);
 }
@@ -88,13 +90,18 @@ int RunningStoreSCP::join()
 
 QStringList RunningStoreSCP::await(const QString &word, int count)
 {
+    // A loaded machine may take its time; what never comes must not keep a test for ever.
+    const auto end = std::chrono::steady_clock::now() + std::chrono::minutes(2);
     const MutexLock lock(m_mutex);
     for (;;) {
         const QStringList found = m_events.filter(QRegularExpression(QStringLiteral("\\A") + word));
         if (found.size() >= count || m_isOver) {
             return found;
         }
-        m_changed.wait(m_mutex);
+        if (m_changed.wait_until(m_mutex, end) == std::cv_status::timeout) {
+            throw std::runtime_error("Nothing was told that begins with \"" + word.toStdString() +
+                                     "\"; what was: " + m_events.join(QStringLiteral("; ")).toStdString());
+        }
     }
 }
 
@@ -128,7 +135,7 @@ void RunningStoreSCP::note(const QString &event)
 {
     const MutexLock lock(m_mutex);
     m_events.append(event);
-    m_changed.notifyAll();
+    m_changed.notify_all();
 }
 
 } // namespace gateway::platform::testing

@@ -6,6 +6,7 @@
 #include <QtCore/QRegularExpression>
 #include <QtCore/QStringList>
 
+#include <condition_variable>
 #include <thread>
 #include <vector>
 
@@ -44,6 +45,7 @@ public:
     int join();
 
     /// Waits until so many events begin with `word`, or start() is over. \return those events.
+    /// \throws std::runtime_error  when neither has come about within two minutes.
     QStringList await(const QString &word, int count = 1);
 
     QStringList events() const;
@@ -55,7 +57,7 @@ private:
 
     DCMTKStoreSCP m_scp;
     mutable Mutex m_mutex;
-    Condition m_changed;
+    std::condition_variable_any m_changed;
     QStringList m_events QUORIN_GUARDED_BY(m_mutex);
     bool m_isOver QUORIN_GUARDED_BY(m_mutex) = false;
     int m_result QUORIN_GUARDED_BY(m_mutex) = -1;
