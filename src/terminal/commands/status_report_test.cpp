@@ -21,6 +21,7 @@ TEST(StatusReport, AlwaysHasTheSameKeys)
                            u"inbox"_qs,
                            u"listener"_qs,
                            u"receiving"_qs,
+                           u"recordingAgain"_qs,
                            u"retention"_qs,
                            u"session"_qs,
                            u"setup"_qs,
