@@ -96,7 +96,8 @@ public:
 
     void text(std::string_view bytes) { write(std::as_bytes(std::span(bytes))); }
 
-    /// The bytes [begin, end) of the source. \throws WriteError also when the source doesn't give them all.
+    /// The bytes [begin, end) of the source. \throws WriteError, and std::runtime_error when the source
+    /// doesn't give them all.
     void range(std::uint64_t begin, std::uint64_t end)
     {
         std::vector<std::byte> piece(std::size_t{256} * 1024);
@@ -104,7 +105,7 @@ public:
             const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(piece.size(), end - begin));
             const std::size_t got = m_from.read(begin, std::span(piece).first(wanted));
             if (got == 0) {
-                throw WriteError("the file can't be read whole");
+                throw std::runtime_error("the file can't be read whole");
             }
             write(std::span(piece).first(got));
             begin += got;
@@ -256,6 +257,8 @@ try {
     return madeReady(*candidate, path, output);
 } catch (const std::bad_alloc &) {
     return failed("the object needs too much memory");
+} catch (const WriteError &error) {
+    return {"unwritten", {{"message", error.what()}}};
 } catch (const std::runtime_error &error) {
     return failed(error.what());
 }

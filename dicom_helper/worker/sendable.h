@@ -6,7 +6,8 @@
 
 namespace gateway::dicom_helper::worker {
 
-/// The answer to a job that makes the file at `path` ready to go up: `sendable`, `nameless` or `failed`.
+/// The answer to a job that makes the file at `path` ready to go up: `sendable`, `nameless`, `failed`, or
+/// `unwritten` where only `output` is to blame.
 ///
 /// A file whose meta information agrees with its dataset goes as it is. For any other a copy is written to
 /// `output`, which must not exist: with a right header (PS3.10 7.1) and the dataset bit for bit. Where the

@@ -195,7 +195,7 @@ TEST_F(Sendable, LeavesNoCopyWhereTheOutputCannotBeMade)
 {
     output = folder.filePath(QStringLiteral("none/output")).toStdString();
 
-    EXPECT_EQ(answerFor(datasetWith("1.2.3.4.5")).word, "failed");
+    EXPECT_EQ(answerFor(datasetWith("1.2.3.4.5")).word, "unwritten") << "the file is well";
     EXPECT_THROW(makeSendable(folder.filePath(QStringLiteral("missing")).toStdString(), output), ReadError);
 }
 

@@ -26,20 +26,38 @@ constexpr qint64 kFraming = 16 * 1024;
                   NoAnswer::unusableAnswer);
 }
 
+[[noreturn]] void throwNotKept()
+{
+    throw AFError(QStringLiteral("What the cloud service gave can't be written into a temporary file."),
+                  std::nullopt,
+                  0,
+                  NoAnswer::answerNotKept);
+}
+
+/// Up to `most` bytes of the file, from `at` on.
+QByteArray read(QFile &file, qint64 at, qint64 most)
+{
+    QByteArray bytes;
+    if (file.seek(at)) {
+        bytes = file.read(most);
+    }
+    if (file.error() != QFile::NoError) {
+        throwNotKept();
+    }
+    return bytes;
+}
+
 /// Moves the bytes [begin, end) of a file to its start, and cuts the rest.
 void keepOnly(QFile &file, qint64 begin, qint64 end)
 {
     for (qint64 at = begin; at < end; at += kPiece) {
-        QByteArray piece;
-        if (file.seek(at)) {
-            piece = file.read(std::min(kPiece, end - at));
-        }
+        const QByteArray piece = read(file, at, std::min(kPiece, end - at));
         if (piece.isEmpty() || !file.seek(at - begin) || file.write(piece) != piece.size()) {
-            throwUnusable();
+            throwNotKept();
         }
     }
     if (!file.resize(end - begin)) {
-        throwUnusable();
+        throwNotKept();
     }
 }
 
@@ -47,8 +65,7 @@ void keepOnly(QFile &file, qint64 begin, qint64 end)
 /// line.
 void unwrap(QFile &file)
 {
-    file.seek(0);
-    const QByteArray start = file.read(kFraming);
+    const QByteArray start = read(file, 0, kFraming);
     const qsizetype dashes = start.indexOf("--");
     const qsizetype line = start.indexOf("\r\n", dashes);
     const qsizetype body = start.indexOf("\r\n\r\n", dashes);
@@ -57,8 +74,7 @@ void unwrap(QFile &file)
     }
     const QByteArray ending = "\r\n" + start.mid(dashes, line - dashes).trimmed() + "--";
     const qint64 tailAt = std::max<qint64>(body + 4, file.size() - kFraming);
-    file.seek(tailAt);
-    const qsizetype end = file.read(kFraming).lastIndexOf(ending);
+    const qsizetype end = read(file, tailAt, kFraming).lastIndexOf(ending);
     if (end < 0) {
         throwUnusable();
     }
@@ -86,7 +102,7 @@ void QrnStowAPI::retrieve(const platform::InstanceIdentity &identity, const QStr
     QFile file(path);
     if (!file.open(QIODevice::ReadWrite | QIODevice::NewOnly | QIODevice::Unbuffered) ||
         !file.setPermissions(QFile::ReadOwner | QFile::WriteOwner)) {
-        throwUnusable();
+        throwNotKept();
     }
     ApiCall call;
     call.service = ApiCall::Service::dicomWeb;
@@ -97,7 +113,7 @@ void QrnStowAPI::retrieve(const platform::InstanceIdentity &identity, const QStr
     call.answerLimit = limit + kFraming;
     call.sink = [&file](QByteArrayView bytes) {
         if (file.write(bytes.data(), bytes.size()) != bytes.size()) {
-            throwUnusable();
+            throwNotKept();
         }
     };
     const HttpResponse response = m_client.request(call);

@@ -57,7 +57,7 @@ public:
     /// \param path   of the file that it is written to, readable by its owner alone; the caller's to remove,
     ///               also after an error.
     /// \param limit  bytes that it may have.
-    /// \throws QrnErrorResponse, AFError  also where what came isn't one instance.
+    /// \throws QrnErrorResponse, AFError  also where what came isn't one instance, or can't be written.
     virtual void retrieve(const platform::InstanceIdentity &identity, const QString &path, qint64 limit) = 0;
 
     /// Whether a query finds this very instance.

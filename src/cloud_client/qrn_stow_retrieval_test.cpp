@@ -70,6 +70,21 @@ TEST(Retrieval, TakesNothingElseForAnInstance)
               NoAnswer::unusableAnswer);
 }
 
+TEST(Retrieval, TellsTroubleOfThisMachineFromAnOddAnswer)
+{
+    ScriptedService service(answeringAlways(200, message("short"), kMultipart));
+    SampleFiles files;
+    const auto reason = [&](const QString &path) {
+        const auto error =
+            errorOf<AFError>([&] { QrnStowAPI(service.client).retrieve(kInstance, path, 1 << 20); });
+        return error ? std::optional(error->noAnswer) : std::nullopt;
+    };
+
+    EXPECT_EQ(reason(files.path(QStringLiteral("none/fetched"))), NoAnswer::answerNotKept);
+    EXPECT_EQ(reason(QStringLiteral("/dev/full")), NoAnswer::answerNotKept) << "it was there";
+    EXPECT_TRUE(service.server.requests().empty());
+}
+
 TEST(Queries, TakeNothingButAListOrNoContentForAResult)
 {
     const auto isFound = [](int status, const QByteArray &type, const QByteArray &body) {

@@ -78,7 +78,8 @@ enum class NoAnswer
     timedOut,
     connectionLost,
     unusableAnswer, ///< something came that isn't an answer of the service
-    unusableFile    ///< the file to send can't be read, or changed while it was being sent
+    unusableFile,   ///< the file to send can't be read, or changed while it was being sent
+    answerNotKept   ///< this machine couldn't write down what came
 };
 
 /// The call failed without such words: no answer, an answer that can't be used, or a bare HTTP status.

@@ -61,6 +61,8 @@ QLatin1StringView rawValue(FailureClass failureClass)
         return QLatin1StringView("notComparable");
     case FailureClass::indexTrouble:
         return QLatin1StringView("indexTrouble");
+    case FailureClass::machineTrouble:
+        return QLatin1StringView("machineTrouble");
     case FailureClass::unknown:
         break;
     }

@@ -39,6 +39,7 @@ enum class FailureClass
     anotherVersionInCloud,
     notComparable,
     indexTrouble,
+    machineTrouble, ///< of what isn't the stored file: no temporary file, no worker
     unknown
 };
 

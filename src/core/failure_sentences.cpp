@@ -142,6 +142,12 @@ const char *sourceText(FailureClass failureClass)
                                  "The gateway's own record of its images could not be read or written. "
                                  "Images are kept here, and sending goes on by itself once it can be. Check "
                                  "the disk of this computer, and make room on it.");
+    case FailureClass::machineTrouble:
+        return QT_TRANSLATE_NOOP(
+            "FailureSentence",
+            "This computer could not write a temporary file, or start a program, that the "
+            "upload needs. The image itself is well, and it is kept here and tried again "
+            "by itself. Make room on the disk of this computer.");
     case FailureClass::unknown:
         break;
     }

@@ -16,6 +16,21 @@ using StoreUpload::UnsendableFile;
 
 namespace {
 
+/// Why nothing can be sent.
+core::FailureClass classOf(SendableFile::Fate fate)
+{
+    switch (fate) {
+    case SendableFile::Fate::nameless:
+        return core::FailureClass::withoutIdentity;
+    case SendableFile::Fate::machineTrouble:
+        return core::FailureClass::machineTrouble;
+    case SendableFile::Fate::failed:
+    case SendableFile::Fate::ready:
+        break;
+    }
+    return core::FailureClass::fileUnreadable;
+}
+
 Details sourceDetails(Details details, const QString &source, bool isFallback)
 {
     details.insert(QStringLiteral("upload_source"), source);
@@ -40,7 +55,7 @@ CandidatePreparationResult CandidatePreparer::prepare(const CandidateContext &co
     if (made.fate == SendableFile::Fate::nameless) {
         return reportUnsendable(context, made, asOriginal);
     }
-    if (made.fate == SendableFile::Fate::failed || made.path.trimmed().isEmpty()) {
+    if (made.fate != SendableFile::Fate::ready || made.path.trimmed().isEmpty()) {
         const QString reason = made.error.isEmpty() ? QStringLiteral("empty_conversion_result")
                                                     : QStringLiteral("conversion_error");
         return fallBack(context, sourceURL, reason, details);
@@ -98,9 +113,7 @@ UnsendableFile CandidatePreparer::reportUnsendable(const CandidateContext &conte
                                                    const SendableFile &file,
                                                    const Details &details) const
 {
-    const core::FailureClass failureClass = file.fate == SendableFile::Fate::nameless
-                                                ? core::FailureClass::withoutIdentity
-                                                : core::FailureClass::fileUnreadable;
+    const core::FailureClass failureClass = classOf(file.fate);
     log::StoreLogRecord record = {.level = log::GatewayLogLevel::error,
                                   .category = log::GatewayLogCategory::send,
                                   .action = log::GatewayLogAction::uploadAttemptFailed,

@@ -184,6 +184,22 @@ TEST_F(CandidatePreparerTest, TellsOfAFileThatCannotBeMadeReady)
     EXPECT_EQ(std::get<StoreUpload::UnsendableFile>(result).failureClass, core::FailureClass::fileUnreadable);
 }
 
+TEST_F(CandidatePreparerTest, BlamesNoFileForWhatThisMachineCannotDo)
+{
+    const auto withoutRoom = [](const QString &) {
+        return platform::SendableFile{.fate = platform::SendableFile::Fate::machineTrouble,
+                                      .error = QStringLiteral("no room")};
+    };
+    around.converter.behave(withoutRoom);
+    EXPECT_EQ(std::get<PreparedCandidate>(preparer.prepare(context, details)).uploadURL,
+              QUrl::fromLocalFile(path))
+        << "what needs no other file goes as it is";
+
+    around.converter.behaveUnconverted(withoutRoom);
+    EXPECT_EQ(std::get<StoreUpload::UnsendableFile>(preparer.prepare(context, details)).failureClass,
+              core::FailureClass::machineTrouble);
+}
+
 TEST_F(CandidatePreparerTest, TellsOfAFileThatIsMissing)
 {
     ASSERT_TRUE(QFile::remove(path));

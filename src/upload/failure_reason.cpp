@@ -104,6 +104,8 @@ FailureClass classOf(NoAnswer reason)
         return FailureClass::unexpectedAnswer;
     case NoAnswer::unusableFile:
         return FailureClass::fileUnreadable;
+    case NoAnswer::answerNotKept:
+        return FailureClass::machineTrouble;
     }
     return FailureClass::unknown;
 }
@@ -245,6 +247,7 @@ FailureReach reachOf(NoAnswer reason)
     case NoAnswer::otherReason:
         return FailureReach::unanswered;
     case NoAnswer::unusableFile:
+    case NoAnswer::answerNotKept:
         break;
     }
     return FailureReach::file;

@@ -116,7 +116,8 @@ TEST(FailureReason, TellsApartWhyNoAnswerCame)
         {NoAnswer::timedOut, FailureClass::timedOut},
         {NoAnswer::connectionLost, FailureClass::connectionLost},
         {NoAnswer::unusableAnswer, FailureClass::unexpectedAnswer},
-        {NoAnswer::unusableFile, FailureClass::fileUnreadable}};
+        {NoAnswer::unusableFile, FailureClass::fileUnreadable},
+        {NoAnswer::answerNotKept, FailureClass::machineTrouble}};
     for (const auto &[reason, expected] : table) {
         EXPECT_EQ(failureOf(AFError(QString(), std::nullopt, 7, reason)), (Failure{expected, 7}))
             << static_cast<int>(reason);

@@ -52,18 +52,39 @@ qint64 mostBytes(const PreparedCandidate &prepared)
     return 2 * std::max(stored, QFileInfo(prepared.uploadURL.toLocalFile()).size()) + kRoom;
 }
 
-/// True where a question can't be asked, rather than has no answer at this moment: there is nothing at that
-/// address, or this account may not ask there.
-bool isNotOffered(const AttemptEnd &end)
+/// True where a status came: the service, or whoever stands for it, did answer.
+bool isAnswer(const std::exception &error)
 {
-    const FailureClass failureClass = end.failure.failureClass;
-    if (failureClass == FailureClass::notPermitted) {
-        return true;
+    if (const auto *response = dynamic_cast<const cloud_client::QrnErrorResponse *>(&error)) {
+        return response->responseCode.has_value();
     }
-    const bool isOfTheAddress =
-        failureClass == FailureClass::noImageService || failureClass == FailureClass::kindNotSupported ||
-        failureClass == FailureClass::unexpectedAnswer || failureClass == FailureClass::refused;
-    return isOfTheAddress && end.reach != StoreUpload::FailureReach::queue;
+    const auto *failure = dynamic_cast<const cloud_client::AFError *>(&error);
+    return failure && failure->responseCode;
+}
+
+/// How a question ended that got no answer.
+struct Unasked
+{
+    AttemptEnd end;
+    bool isNotOffered = false; ///< it can't be asked at all, rather than not at this moment
+};
+
+/// Only an answer says that there is nothing at an address (404, 405, 410, 501), not in this form (406, 415),
+/// or not for this account (403). Whatever else comes, or nothing, is of this moment: it proves nothing, and
+/// the question is asked again soon.
+Unasked unasked(const std::exception &error, const PreparedCandidate &prepared)
+{
+    Unasked question{failedEnd(error, prepared)};
+    const FailureClass failureClass = question.end.failure.failureClass;
+    question.isNotOffered = isAnswer(error) && (failureClass == FailureClass::noImageService ||
+                                                failureClass == FailureClass::kindNotSupported ||
+                                                failureClass == FailureClass::notPermitted);
+    const bool isOfTheLook = failureClass == FailureClass::unexpectedAnswer ||
+                             failureClass == FailureClass::refused || failureClass == FailureClass::tooLarge;
+    if (isOfTheLook && question.end.reach != StoreUpload::FailureReach::queue) {
+        question.end.failure.failureClass = FailureClass::notConfirmed;
+    }
+    return question;
 }
 
 } // namespace
@@ -94,30 +115,33 @@ std::optional<AttemptEnd> InstanceVerifier::lookForUnrecorded(const PreparedCand
             return std::nullopt;
         }
     } catch (const std::exception &error) {
-        const AttemptEnd end = failedEnd(error, prepared);
-        return isNotOffered(end) ? std::nullopt : std::optional(end); // its word is all there is
+        const Unasked query = unasked(error, prepared);
+        return query.isNotOffered ? std::nullopt : std::optional(query.end); // its word is all there is
     }
     return noteDoubt(prepared) ? lookForUnknown(prepared) : kDoubtNotNoted;
 }
 
 std::optional<AttemptEnd> InstanceVerifier::lookForUnknown(const PreparedCandidate &prepared) const
 {
-    const AttemptEnd end = compareWithCloud(prepared);
-    const FailureClass failureClass = end.failure.failureClass;
-    if (failureClass == FailureClass::anotherVersionInCloud || failureClass == FailureClass::notConfirmed) {
+    const Look look = compareWithCloud(prepared);
+    if (look.end.result == AttemptResult::success) {
+        return look.end;
+    }
+    if (look.wasFetched) {
         return std::nullopt; // this one may take its place
     }
-    if (failureClass != FailureClass::notComparable) {
-        return end; // it is there, or nobody answers
+    if (look.end.failure.failureClass != FailureClass::notComparable) {
+        return look.end; // nobody could look
     }
     // Sent once, and called stored: while a query finds it there, sending it again would prove no more.
     const bool wasCalledStored =
         core::failureClassOf(prepared.context.candidate.lastFailure) == FailureClass::notComparable;
     try {
-        return wasCalledStored && m_with.cloud.isFound(prepared.identity) ? std::optional(end) : std::nullopt;
+        return wasCalledStored && m_with.cloud.isFound(prepared.identity) ? std::optional(look.end)
+                                                                          : std::nullopt;
     } catch (const std::exception &error) {
-        const AttemptEnd unasked = failedEnd(error, prepared);
-        return isNotOffered(unasked) ? std::nullopt : std::optional(unasked);
+        const Unasked query = unasked(error, prepared);
+        return query.isNotOffered ? std::nullopt : std::optional(query.end);
     }
 }
 
@@ -151,7 +175,7 @@ AttemptEnd InstanceVerifier::confirm(const PreparedCandidate &prepared, bool was
     if (!wasThere && !isInDoubt) {
         return StoreUpload::kUploaded;
     }
-    const AttemptEnd end = compareWithCloud(prepared);
+    const AttemptEnd end = compareWithCloud(prepared).end;
     const bool isInTheDark = end.failure.failureClass == FailureClass::notComparable;
     return isInDoubt || !isInTheDark ? end : endByRecord(prepared);
 }
@@ -168,40 +192,40 @@ AttemptEnd InstanceVerifier::endByRecord(const PreparedCandidate &prepared) cons
         return m_with.cloud.isFound(prepared.identity) ? StoreUpload::kUploaded
                                                        : failed(FailureClass::notConfirmed);
     } catch (const std::exception &error) {
-        const AttemptEnd unasked = failedEnd(error, prepared);
-        return isNotOffered(unasked) ? StoreUpload::kUploaded : unasked;
+        const Unasked query = unasked(error, prepared);
+        return query.isNotOffered ? StoreUpload::kUploaded : query.end;
     }
 }
 
 /// Fetches the instance and compares it. One that isn't there, or can't be had from this archive, can't be
 /// compared; all else that keeps it away is as with an upload.
-AttemptEnd InstanceVerifier::compareWithCloud(const PreparedCandidate &prepared) const
+InstanceVerifier::Look InstanceVerifier::compareWithCloud(const PreparedCandidate &prepared) const
 {
     const platform::InstanceIdentity &identity = prepared.identity;
     const QString fetched = m_with.converter.temporaryPath();
     if (identity.study.isEmpty() || identity.series.isEmpty()) {
-        return failed(FailureClass::notComparable); // nobody could be asked for it
+        return {failed(FailureClass::notComparable)}; // nobody could be asked for it
     }
     if (fetched.isEmpty()) {
-        return failed(FailureClass::notConfirmed);
+        return {failed(FailureClass::machineTrouble)};
     }
     const auto cleanUp = qScopeGuard([&fetched] { QFile::remove(fetched); });
     try {
         m_with.cloud.retrieve(identity, fetched, mostBytes(prepared));
     } catch (const std::exception &error) {
-        const AttemptEnd end = failedEnd(error, prepared);
-        return isNotOffered(end) ? failed(FailureClass::notComparable, end.failure.code) : end;
+        const Unasked fetch = unasked(error, prepared);
+        return {fetch.isNotOffered ? failed(FailureClass::notComparable, fetch.end.failure.code) : fetch.end};
     }
     switch (m_with.converter.compare(
         fetched, prepared.uploadURL.toLocalFile(), prepared.context.candidate.fileURL.toLocalFile())) {
     case platform::Likeness::same:
-        return {.result = AttemptResult::success, .isVerified = true};
+        return {{.result = AttemptResult::success, .isVerified = true}, true};
     case platform::Likeness::different:
-        return failed(FailureClass::anotherVersionInCloud);
+        return {failed(FailureClass::anotherVersionInCloud), true};
     case platform::Likeness::unknown:
         break;
     }
-    return failed(FailureClass::notConfirmed);
+    return {failed(FailureClass::notConfirmed), true};
 }
 
 } // namespace gateway::upload

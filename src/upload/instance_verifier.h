@@ -32,6 +32,13 @@ public:
     StoreUpload::AttemptEnd confirm(const StoreUpload::PreparedCandidate &prepared, bool wasThere) const;
 
 private:
+    /// A look at what the cloud holds.
+    struct Look
+    {
+        StoreUpload::AttemptEnd end;
+        bool wasFetched = false; ///< the instance came, or something in its place, and was looked at
+    };
+
     std::optional<StoreUpload::AttemptEnd>
     lookForUnrecorded(const StoreUpload::PreparedCandidate &prepared) const;
     std::optional<StoreUpload::AttemptEnd>
@@ -39,7 +46,7 @@ private:
     bool isHeld(const platform::InstanceIdentity &identity) const;
     bool noteDoubt(const StoreUpload::PreparedCandidate &prepared) const;
     StoreUpload::AttemptEnd endByRecord(const StoreUpload::PreparedCandidate &prepared) const;
-    StoreUpload::AttemptEnd compareWithCloud(const StoreUpload::PreparedCandidate &prepared) const;
+    Look compareWithCloud(const StoreUpload::PreparedCandidate &prepared) const;
 
     const UploadCollaborators &m_with;
 };

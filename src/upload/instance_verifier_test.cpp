@@ -92,6 +92,38 @@ TEST_F(InstanceVerifierTest, TakesAnArchiveThatForbidsFetchingForOneThatGivesNot
     EXPECT_EQ(verifier.confirm(prepared, false), failedFor(FailureClass::notComparable, 403));
 }
 
+TEST_F(InstanceVerifierTest, TakesOnlyAnAnswerForAnArchiveThatGivesNothingBack)
+{
+    around.index.rememberOtherVersion(kUid);
+    for (const int status : {404, 405, 406, 410, 415, 501}) {
+        around.cloud.giveNothingBack(status);
+        EXPECT_EQ(verifier.confirm(prepared, false), failedFor(FailureClass::notComparable, status))
+            << status;
+    }
+    around.cloud.giveNothingBack(400);
+    EXPECT_EQ(verifier.confirm(prepared, false), failedFor(FailureClass::notConfirmed, 400));
+    around.cloud.giveNothingBack(500);
+    EXPECT_EQ(verifier.confirm(prepared, false), failedFor(FailureClass::serviceFault, 500));
+
+    around.cloud.answerOddly(cloud_client::NoAnswer::unusableAnswer);
+    EXPECT_EQ(verifier.confirm(prepared, false).failure.failureClass, FailureClass::notConfirmed);
+    around.cloud.answerOddly(cloud_client::NoAnswer::timedOut);
+    EXPECT_EQ(verifier.confirm(prepared, false).failure.failureClass, FailureClass::timedOut);
+    around.cloud.answerOddly(cloud_client::NoAnswer::answerNotKept);
+    EXPECT_EQ(verifier.confirm(prepared, false).failure.failureClass, FailureClass::machineTrouble);
+}
+
+TEST_F(InstanceVerifierTest, TakesNoOddAnswerForAnArchiveThatTakesNoQueries)
+{
+    around.cloud.answerOddly(cloud_client::NoAnswer::unusableAnswer);
+    for (const auto before : {index::SentBefore::unrecorded, index::SentBefore::unknown}) {
+        around.index.doubt(kUid, before);
+        const std::optional<AttemptEnd> end = verifier.endWithoutRequest(prepared);
+        ASSERT_TRUE(end) << "nothing is sent before somebody could look";
+        EXPECT_EQ(end->failure.failureClass, FailureClass::notConfirmed);
+    }
+}
+
 TEST_F(InstanceVerifierTest, FetchesWhatTheCloudHadThoughItWasNotSentFromHere)
 {
     upload();

@@ -50,6 +50,7 @@ bool isForGood(FailureClass failureClass)
     case FailureClass::fileMissing:
     case FailureClass::fileUnreadable:
     case FailureClass::indexTrouble:
+    case FailureClass::machineTrouble:
     case FailureClass::unknown:
         break;
     }

@@ -41,7 +41,8 @@ TEST(RetryPauses, GrowToADayForWhatWasRefusedForGood)
 
 TEST(RetryPauses, GrowToAnHourForWhatMayPass)
 {
-    for (const FailureClass passing : {FailureClass::serviceFault, FailureClass::fileMissing}) {
+    for (const FailureClass passing :
+         {FailureClass::serviceFault, FailureClass::fileMissing, FailureClass::machineTrouble}) {
         EXPECT_EQ(pauses(passing).front(), 10s);
         EXPECT_EQ(pauses(passing).back(), 1h);
     }

@@ -119,6 +119,23 @@ class Evidence(WithoutCompression):
         self.await_failure("anotherVersionInCloud")
         self.assertEqual(self.fetched("1.2.7.1"), dataset("1.2.7.1", shade=1))
 
+    def test_a_page_in_place_of_a_querys_result_is_no_word_that_the_cloud_has_nothing(self):
+        # Given
+        self.send("1.2.7.1", shade=1)
+        self.await_all(1)
+        self.cloud.steer("second-versions", policy="ignore")
+        self.start_again(self.lose_the_index_after_retention)
+        self.cloud.steer("faults", path=f"/dicom-web/studies/{STUDY}", method="GET", status=200,
+                         contentType="text/html", body="<html>maintenance</html>")
+
+        # When
+        self.send("1.2.7.1", shade=2)
+
+        # Then
+        self.await_failure("notConfirmed")
+        self.assertEqual(self.cloud.requests("POST", "/dicom-web/studies"), 1)
+        self.await_failure("anotherVersionInCloud")
+
     def test_a_new_series_costs_one_question_after_the_loss_of_the_index(self):
         # Given
         self.send("1.2.7.1")

@@ -440,6 +440,20 @@ class ForeignVersion(WithoutCompression):
 
         self.await_failure("notComparable")
 
+    def test_one_page_in_place_of_the_instance_says_nothing_of_the_archive(self):
+        # Given
+        self.store_theirs("refuse")
+        self.cloud.steer("faults", path=f"/dicom-web/studies/{STUDY}/series/{SERIES}/instances/", method="GET",
+                         status=200, contentType="text/html", body="<html>maintenance</html>")
+
+        # When
+        self.send(self.OURS)
+
+        # Then
+        self.await_failure("notConfirmed")
+        self.gateway.command("upload")
+        self.await_failure("anotherVersionInCloud")
+
     def test_it_is_kept_where_it_cannot_be_compared_and_came_while_the_cloud_was_away(self):
         # Given
         self.store_theirs("refuse")

@@ -11,6 +11,7 @@ import unittest
 from failing_disk import FailingDisk
 from harness import (PATIENCE_SECONDS, PROGRAMS, TITLE, EndToEndTest, Gateway, await_true, environment, request,
                      run, send)
+from odd_objects import Sender, dataset
 
 COPY = "*/.incoming/*"  # an image while it is being taken in
 
@@ -52,6 +53,35 @@ class SickDisk(EndToEndTest):
         # Then
         await_true("the listener's words", lambda: "can't sync folders" in (self.gateway.status()["listener"]["error"] or ""),
                    self.gateway.process)
+
+    def test_a_full_temporary_folder_blames_neither_an_image_nor_the_cloud(self):
+        # Given
+        self.gateway.command("settings", "set", "quorinCloudCompressToLS", "false")
+        self.gateway.sign_in()
+        self.store("1.2.7.1", shade=1)
+        self.await_synced(1)
+        self.disk.fail("open", "*converted-*", errno.ENOSPC)
+
+        # When: one needs a right header, and one is to be compared with what the cloud has
+        self.store("1.2.7.2", named="9.9.9")
+        self.store("1.2.7.1", shade=2)
+
+        # Then
+        status = self.gateway.await_status("both failures", lambda s: [(f["class"], f["count"]) for f in s["failures"]]
+                                           == [("machineTrouble", 2)])
+        self.assertIn("Make room", status["failures"][0]["sentence"])
+        # And both go by themselves
+        self.disk.heal()
+        self.await_synced(2)
+
+    def store(self, instance, named=None, shade=0):
+        sender = Sender(self.gateway.port, TITLE)
+        sender.store(dataset(instance, shade=shade), named or instance)
+        sender.release()
+
+    def await_synced(self, count):
+        self.gateway.await_status(f"{count} uploaded images", lambda s: s["counters"]["synced"] == count
+                                  and s["counters"]["notSynced"] == 0)
 
     def test_an_index_that_cannot_be_written_holds_uploads_back_and_they_go_on_by_themselves(self):
         # Given

@@ -69,7 +69,8 @@ SendableFile DicomConverterWrapper::made(const char *job, const QString &path)
 {
     const QString output = temporaryPath();
     if (output.isEmpty()) {
-        return {.error = QStringLiteral("the folder for converted files can't be made")};
+        return {.fate = SendableFile::Fate::machineTrouble,
+                .error = QStringLiteral("the folder for converted files can't be made")};
     }
     const std::string source = QFile::encodeName(path).toStdString();
     const std::string target = QFile::encodeName(output).toStdString();
@@ -89,7 +90,10 @@ SendableFile DicomConverterWrapper::made(const char *job, const QString &path)
         return {.fate = SendableFile::Fate::nameless};
     }
     const QString message = text(answer, "message");
-    return {.error = message.isEmpty() ? reason(result.outcome) : message};
+    const bool isOfTheMachine = result.outcome == WorkerProcessPool::Outcome::notStarted ||
+                                (isAnswered && answer.word == "unwritten");
+    return {.fate = isOfTheMachine ? SendableFile::Fate::machineTrouble : SendableFile::Fate::failed,
+            .error = message.isEmpty() ? reason(result.outcome) : message};
 }
 
 QString DicomConverterWrapper::temporaryPath()

@@ -14,8 +14,9 @@ struct SendableFile
     enum class Fate
     {
         ready,
-        nameless, ///< the object has no instance UID by which an answer could name it
-        failed    ///< it could not be made, which says nothing about the object
+        nameless,      ///< the object has no instance UID by which an answer could name it
+        failed,        ///< it could not be made of this file
+        machineTrouble ///< it could not be made here, which says nothing about the file: no room, no worker
     };
 
     Fate fate = Fate::failed;

@@ -354,6 +354,17 @@ TEST_F(DicomClients, AFileWhoseHeaderContradictsItGoesAsACopyUnderTheNameOfItsDa
     EXPECT_EQ(converter.makeSendable(write(QStringLiteral("c"), "none")).fate, SendableFile::Fate::nameless);
 }
 
+TEST_F(DicomClients, WhatThisMachineCannotWriteIsNoFaultOfTheFile)
+{
+    const std::string whole = smallObject();
+    const QString path =
+        write(QStringLiteral("a"), whole.substr(whole.find(std::string("\x08\x00\x16\x00", 4))));
+    const QString blocked = write(QStringLiteral("no folder"), "");
+
+    EXPECT_EQ(DicomConverterWrapper(m_workers, blocked).makeSendable(path).fate,
+              SendableFile::Fate::machineTrouble);
+}
+
 TEST_F(DicomClients, AFailedConversionHasAnErrorAndLeavesNoFile)
 {
     const std::string whole = smallObject();

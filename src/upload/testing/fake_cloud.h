@@ -127,6 +127,7 @@ public:
     {
         const platform::MutexLock lock(m_mutex);
         m_retrieved.append(identity.instance);
+        mayAnswer();
         if (m_retrievalStatus != 0 || !m_stored.contains(identity.instance)) {
             const int status = m_retrievalStatus != 0 ? m_retrievalStatus : 404;
             throw cloud_client::AFError(QStringLiteral("status %1").arg(status), status);
@@ -174,6 +175,13 @@ public:
         m_retrievalStatus = status;
     }
 
+    /// Answers each retrieval and each query with something that can't be used, for this reason.
+    void answerOddly(cloud_client::NoAnswer reason)
+    {
+        const platform::MutexLock lock(m_mutex);
+        m_oddAnswer = reason;
+    }
+
     /// The instances that were fetched.
     QStringList retrieved() const
     {
@@ -203,8 +211,16 @@ private:
         FakeCloud &m_cloud;
     };
 
+    void mayAnswer() const QUORIN_REQUIRES(m_mutex)
+    {
+        if (m_oddAnswer) {
+            throw cloud_client::AFError(QStringLiteral("odd"), std::nullopt, 0, *m_oddAnswer);
+        }
+    }
+
     void mayAsk() const QUORIN_REQUIRES(m_mutex)
     {
+        mayAnswer();
         if (!m_takesQueries) {
             throw cloud_client::AFError(QStringLiteral("status 404"), 404);
         }
@@ -257,6 +273,7 @@ private:
     int m_queries QUORIN_GUARDED_BY(m_mutex) = 0;
     bool m_takesQueries QUORIN_GUARDED_BY(m_mutex) = true;
     int m_retrievalStatus QUORIN_GUARDED_BY(m_mutex) = 0;
+    std::optional<cloud_client::NoAnswer> m_oddAnswer QUORIN_GUARDED_BY(m_mutex);
     int m_atOnce QUORIN_GUARDED_BY(m_mutex) = 0;
     int m_mostAtOnce QUORIN_GUARDED_BY(m_mutex) = 0;
 };
