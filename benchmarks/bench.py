@@ -31,7 +31,8 @@ ROWS = {"receive-1": receiving.ct_on_one, "receive-4": receiving.ct_on_four, "re
         "receive-busy": receiving.while_converting, "way": sending.way_original, "way-ls": sending.way_compressed,
         "upload": sending.upload,
         "away": absent.away, "refused": absent.refused, "codec": inside.codec, "idle": inside.idle, "face": face.face, "start": inside.start, "log": inside.log,
-        "log-browser": inside.log_browser, "index": inside.index, "state": inside.state}
+        "log-browser": inside.log_browser, "study-table": inside.study_table,
+        "index": inside.index, "state": inside.state}
 
 CLONE_NEWUSER, CLONE_NEWNET = 0x10000000, 0x40000000  # sched.h
 SIOCSIFFLAGS, IFF_UP = 0x8914, 0x1  # linux/sockios.h, net/if.h

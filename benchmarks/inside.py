@@ -74,6 +74,17 @@ def log(bench):
             Row("log, reading back, s for each 1,000,000 lines", f"{read:.2f}", goal="<= 2 s")]
 
 
+def study_table(bench):
+    """The window of the local studies with 100,000 of them."""
+    text = bench.run("quorin-browser-bench")
+    opened, = re.search(r"^open: (\d+) ms", text, re.MULTILINE).groups()
+    worst = {what: max(int(spent) for spent in re.findall(rf"^{what} .*: (\d+) ms", text, re.MULTILINE))
+             for what in ("search", "sort")}
+    return [Row("study table of 100,000 rows, opened, ms", opened, goal="<= 300 ms"),
+            Row("  slowest search, ms", str(worst["search"]), goal="<= 50 ms"),
+            Row("  slowest sorting, ms", str(worst["sort"]), goal="<= 150 ms")]
+
+
 def log_browser(bench):
     """Opening and filtering a million lines."""
     text = bench.run("quorin-log-browser-bench")

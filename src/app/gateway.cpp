@@ -34,6 +34,13 @@ shell::ScreenModels Gateway::screenModels()
                        .appState = m_live.state(),
                        .listener = m_receiving.store->listenerService(),
                        .manualImports = m_receiving.store->manualImportService()},
+            .browsers = {.cloud = m_doors.cloudBrowser(),
+                         .local = m_doors.localBrowser(),
+                         .sendNow =
+                             [this] {
+                                 m_receiving.store->requestUpload(QStringLiteral("local_browser"),
+                                                                  upload::UploadUrgency::everythingNow);
+                             }},
             .setup = m_doors.setup};
 }
 

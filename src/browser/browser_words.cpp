@@ -175,6 +175,11 @@ QString signInWords(TableKind kind)
                              : BrowserWords::tr("Sign in to load Quorin Cloud studies.");
 }
 
+QString failureLine(core::FailureClass failureClass, qint64 files)
+{
+    return BrowserWords::tr("Files: %L1. %2").arg(files).arg(core::failureSentence(failureClass));
+}
+
 QString loadFailureWords(const std::exception_ptr &failure)
 {
     const QString fallback = BrowserWords::tr("Quorin Cloud gave no usable answer.");

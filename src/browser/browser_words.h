@@ -1,6 +1,7 @@
 #pragma once
 
 #include "browser/table_kind.h"
+#include "core/failure_class.h"
 
 #include <QtCore/QString>
 
@@ -20,6 +21,9 @@ QString columnTitle(TableKind kind, int column);
 /// What stands where a table would be that has no rows, and what signing in would bring.
 QString nothingFoundWords(TableKind kind);
 QString signInWords(TableKind kind);
+
+/// For how many files an upload failed for one reason, what that means and what to do.
+QString failureLine(core::FailureClass failureClass, qint64 files);
 
 /// Why a load failed.
 QString loadFailureWords(const std::exception_ptr &failure);

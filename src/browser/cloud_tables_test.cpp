@@ -1,4 +1,5 @@
 #include "browser/browser_words.h"
+#include "browser/csv_export.h"
 #include "browser/quorin_cloud_qido_series_table_view_model.h"
 #include "browser/quorin_cloud_qido_study_table_view_model.h"
 #include "browser/testing/browser_world.h"
@@ -496,6 +497,39 @@ TEST_F(CloudStudies, AreAskedForAfterADeletionAlsoWhileAQueryRuns)
     finish(deletion);
 
     EXPECT_TRUE(model.allRows().empty()) << "the older answer still had the study";
+}
+
+TEST_F(CloudStudies, AreExportedAsTheyAreShown)
+{
+    archive.addStudy(QStringLiteral("1.1"), {{QrnDicomTag::PatientName, QStringLiteral("O\"Neill, Ann")}});
+    archive.addStudy(QStringLiteral("1.2"),
+                     {{QrnDicomTag::StudyDescription, QStringLiteral("=HYPERLINK(1)")},
+                      {QrnDicomTag::PatientID, QStringLiteral("-12")}});
+    archive.addStudy(QStringLiteral("9.9"));
+    query();
+    model.setSearchText(QStringLiteral("1."));
+
+    const QByteArray bytes = CsvExport(model).bytes();
+    EXPECT_TRUE(bytes.startsWith("\xEF\xBB\xBF"));
+    const QString csv = QString::fromUtf8(bytes);
+
+    EXPECT_EQ(
+        csv.split(QStringLiteral("\r\n")),
+        QStringList({QStringLiteral("\"Patient Name\",\"Patient ID\",\"Description\",\"Modality\","
+                                    "\"Date\",\"Time\",\"Accession\",\"Images\",\"Study UID\""),
+                     QStringLiteral("\"O\"\"Neill, Ann\",\"\",\"\",\"\",\"\",\"\",\"\",\"0\",\"1.1\""),
+                     QStringLiteral("\"\",\"-12\",\"'=HYPERLINK(1)\",\"\",\"\",\"\",\"\",\"0\",\"1.2\""),
+                     QString()}));
+}
+
+TEST(CsvCells, AreNeverRunAsFormulas)
+{
+    for (const QString &text :
+         {u"=1+1"_qs, u"+cmd"_qs, u"-cmd"_qs, u"@SUM(A1)"_qs, u"\t=1"_qs, u"\uFF1D1"_qs}) {
+        EXPECT_EQ(csvCell(text), u"\"'"_qs + text + u'"');
+    }
+    EXPECT_EQ(csvCell(u"-1"_qs), u"\"-1\""_qs);
+    EXPECT_EQ(csvCell(u"--"_qs), u"\"\""_qs);
 }
 
 TEST_F(CloudSeries, AreLoadedByNumberWithTheirEvents)

@@ -15,6 +15,10 @@ public:
 
     virtual QList<index::LocalStudySnapshot> studySnapshots() = 0;
     virtual QList<index::LocalSeriesSnapshot> seriesSnapshots(const QString &study) = 0;
+
+    /// The next failed uploads behind the cursor, newest first, some at a time.
+    virtual QList<index::UploadFailure> uploadFailures(index::UploadFailureCursor &cursor) = 0;
+
     virtual index::DeletionCounts deleteStudies(const QStringList &studies) = 0;
     virtual index::DeletionCounts deleteSeries(const QString &study, const QStringList &series) = 0;
 };
@@ -33,6 +37,11 @@ public:
         return m_database.seriesSnapshots(study);
     }
 
+    QList<index::UploadFailure> uploadFailures(index::UploadFailureCursor &cursor) override
+    {
+        return m_database.uploadFailures(kFailuresAtOnce, cursor);
+    }
+
     index::DeletionCounts deleteStudies(const QStringList &studies) override
     {
         return m_database.deleteStudies(studies);
@@ -44,6 +53,8 @@ public:
     }
 
 private:
+    static constexpr int kFailuresAtOnce = 1000;
+
     index::DicomDB &m_database;
 };
 

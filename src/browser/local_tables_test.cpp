@@ -1,6 +1,7 @@
 #include "browser/local_study_series_table_view_model.h"
 #include "browser/quorin_gateway_local_study_table_view_model.h"
 #include "browser/testing/browser_world.h"
+#include "core/failure_class.h"
 #include "core/notification_names.h"
 #include "index/testing/temporary_index.h"
 
@@ -28,6 +29,11 @@ public:
     {
         ++loads;
         return m_real.seriesSnapshots(study);
+    }
+
+    QList<index::UploadFailure> uploadFailures(index::UploadFailureCursor &cursor) override
+    {
+        return m_real.uploadFailures(cursor);
     }
 
     index::DeletionCounts deleteStudies(const QStringList &studies) override
@@ -181,6 +187,20 @@ TEST_F(LocalStudies, WithFailuresCanBeShownAlone)
         << "others of its images are on their way";
     model.setShowsFailuresOnly(false);
     EXPECT_EQ(model.shown().size(), 2U);
+}
+
+TEST_F(LocalStudies, TellWhyTheirUploadsFailed)
+{
+    const QString path = store.rows(QStringLiteral("SELECT pathString FROM DicomImage ORDER BY pk")).first();
+    store.index().recordUploadResult(
+        {}, path, false, {.failure = index::FailedUpload{.failureClass = QStringLiteral("storageUsedUp")}});
+
+    load();
+
+    const QString &why = row("1").furtherText(QuorinGatewayLocalStudyRow::syncStateColumn);
+    EXPECT_EQ(why, QStringLiteral("Files: 1. ") + core::failureSentence(core::FailureClass::storageUsedUp));
+    EXPECT_TRUE(row("1").hasFailures());
+    EXPECT_TRUE(row("2").failures.isEmpty());
 }
 
 TEST_F(LocalStudies, FollowTheSyncStates)

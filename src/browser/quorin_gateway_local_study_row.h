@@ -41,13 +41,14 @@ struct QuorinGatewayLocalStudyRow
     std::int64_t imageCount = 0;
 
     std::int64_t failedImageCount = 0;
+    QString failures; ///< why uploads failed and what to do, a line a reason; empty where none is known
     QString searchText;
 
     static QuorinGatewayLocalStudyRow of(const index::LocalStudySnapshot &study);
 
     QString target() const { return id; }
     QString text(int column) const;
-    QString furtherText(int /*column*/) const { return {}; }
+    QString furtherText(int column) const { return column == syncStateColumn ? failures : QString(); }
     bool hasFailures() const { return failedImageCount > 0; }
     bool isInCloud() const { return syncStateSortKey == 1; }
     static bool

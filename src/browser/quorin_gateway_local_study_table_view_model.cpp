@@ -1,6 +1,41 @@
 #include "browser/quorin_gateway_local_study_table_view_model.h"
 
+#include "browser/browser_words.h"
+
+#include <QtCore/QHash>
+#include <QtCore/QMap>
+
 namespace gateway::browser {
+
+namespace {
+
+/// How many files failed for which reason, by study.
+using FailureCounts = QHash<QString, QMap<core::FailureClass, qint64>>;
+
+FailureCounts failuresIn(LocalIndex &index, const std::stop_token &stop)
+{
+    FailureCounts counts;
+    gateway::index::UploadFailureCursor cursor;
+    QList<gateway::index::UploadFailure> failures = index.uploadFailures(cursor);
+    while (!failures.isEmpty() && !stop.stop_requested()) {
+        for (const gateway::index::UploadFailure &failure : failures) {
+            ++counts[failure.studyInstanceUID.trimmed()][core::failureClassOf(failure.failureClass)];
+        }
+        failures = index.uploadFailures(cursor);
+    }
+    return counts;
+}
+
+QString wordsOf(const QMap<core::FailureClass, qint64> &counts)
+{
+    QStringList lines;
+    for (auto each = counts.cbegin(); each != counts.cend(); ++each) {
+        lines.append(failureLine(each.key(), each.value()));
+    }
+    return lines.join(u'\n');
+}
+
+} // namespace
 
 QuorinGatewayLocalStudyTableViewModel::QuorinGatewayLocalStudyTableViewModel(const LocalBrowserParts &parts)
     : LocalTable(TableKind::localStudies,
@@ -27,12 +62,14 @@ QCoro::Task<> QuorinGatewayLocalStudyTableViewModel::loadStudies()
 
 BrowserTable::Load QuorinGatewayLocalStudyTableViewModel::makeLoad()
 {
-    return [index = &index()](const ShowPart &, const std::stop_token &) {
+    return [index = &index()](const ShowPart &, const std::stop_token &stop) {
         const QList<gateway::index::LocalStudySnapshot> studies = index->studySnapshots();
+        const FailureCounts failures = failuresIn(*index, stop);
         std::vector<Row> rows;
         rows.reserve(static_cast<std::size_t>(studies.size()));
         for (const gateway::index::LocalStudySnapshot &study : studies) {
             rows.push_back(Row::of(study));
+            rows.back().failures = wordsOf(failures.value(study.studyInstanceUID));
         }
         return std::make_shared<const RowsOf<Row>>(std::move(rows));
     };

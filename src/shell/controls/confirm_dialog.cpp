@@ -6,18 +6,41 @@
 
 #include <QtWidgets/QHBoxLayout>
 
+#include <utility>
+
 namespace gateway::shell {
+
+namespace {
+
+ButtonKind buttonFor(ConfirmDialog::Kind kind)
+{
+    switch (kind) {
+    case ConfirmDialog::Kind::step:
+        return ButtonKind::primary;
+    case ConfirmDialog::Kind::towardsLoss:
+        return ButtonKind::destructive;
+    case ConfirmDialog::Kind::loss:
+        break;
+    }
+    return ButtonKind::destructiveFinal;
+}
+
+} // namespace
 
 ConfirmDialog::ConfirmDialog(const Theme &theme, QWidget &window, const Question &question)
     : Sheet(theme, window, question.title), m_kind(question.kind),
       m_cancel(new Button(theme, ButtonKind::secondary, question.cancel)),
-      m_confirm(new Button(theme,
-                           question.kind == Kind::loss ? ButtonKind::destructiveFinal : ButtonKind::primary,
-                           question.confirm))
+      m_confirm(new Button(theme, buttonFor(question.kind), question.confirm))
 {
-    auto *message = new TextLabel(theme, question.message, TypeStyle::body, Color::text2);
-    message->setWordWrap(true);
-    body().addWidget(message);
+    const std::pair<QString, Color> lines[] = {
+        {question.message, Color::text2}, {question.warning, Color::amber}, {question.note, Color::muted}};
+    for (const auto &[words, color] : lines) {
+        if (!words.isEmpty()) {
+            auto *line = new TextLabel(theme, words, TypeStyle::body, color);
+            line->setWordWrap(true);
+            body().addWidget(line);
+        }
+    }
     body().addSpacing(theme.space(Space::hair));
     auto *row = new QHBoxLayout;
     row->setSpacing(theme.space(Space::gap));
@@ -39,7 +62,7 @@ ConfirmDialog::ConfirmDialog(const Theme &theme, QWidget &window, const Question
 
 void ConfirmDialog::ask()
 {
-    open(m_kind == Kind::loss ? m_cancel : m_confirm);
+    open(m_kind == Kind::step ? m_confirm : m_cancel);
 }
 
 } // namespace gateway::shell

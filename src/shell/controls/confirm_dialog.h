@@ -6,8 +6,8 @@ namespace gateway::shell {
 
 class Button;
 
-/// A question before a step is taken. Where the step destroys something, its button is filled red and the
-/// focus is on the way back.
+/// A question before a step is taken. Where it leads to a loss, its button is red and the focus is on the way
+/// back; filled red it stands before the loss itself.
 ///
 /// Owner: the window. Thread: main.
 class ConfirmDialog : public Sheet
@@ -18,6 +18,7 @@ public:
     enum class Kind
     {
         step,
+        towardsLoss,
         loss
     };
 
@@ -28,6 +29,8 @@ public:
         QString confirm;
         QString cancel;
         Kind kind = Kind::step;
+        QString warning = {}; ///< what is easily overlooked, in a line of its own
+        QString note = {};    ///< what puts at ease, below
     };
 
     ConfirmDialog(const Theme &theme, QWidget &window, const Question &question);

@@ -51,4 +51,14 @@ void ProgressRow::setStopping()
     m_stop->setBusy(true);
 }
 
+bool ProgressRow::isStopping() const
+{
+    return m_stop->isBusy();
+}
+
+void ProgressRow::reset()
+{
+    m_stop->setBusy(false);
+}
+
 } // namespace gateway::shell

@@ -29,8 +29,10 @@ public:
     /// \param total    0 while it isn't known: the bar then shows no share.
     void setProgress(qint64 done, qint64 total, const QString &numbers);
 
-    /// After a press on the button: it stays busy until the work has ended.
+    /// After a press on the button: it stays busy until the work has ended, and `reset` then.
     void setStopping();
+    bool isStopping() const;
+    void reset();
 
     QProgressBar &bar() { return *m_bar; }
 

@@ -36,7 +36,7 @@ Sheet::Sheet(const Theme &theme, QWidget &window, const QString &title)
     m_body->setSpacing(theme.space(Space::wide));
     m_heading->setWordWrap(true);
     m_body->addWidget(m_heading);
-    m_panel->setFixedWidth(kPanelWidth);
+    m_panel->setMaximumWidth(kPanelWidth);
     hide();
     window.installEventFilter(this);
     connect(&theme, &Theme::themeChanged, this, qOverload<>(&QWidget::update));
@@ -54,7 +54,7 @@ void Sheet::setTitle(const QString &title)
 
 void Sheet::setPanelWidth(int width)
 {
-    m_panel->setFixedWidth(width);
+    m_panel->setMaximumWidth(width);
 }
 
 void Sheet::open(QWidget *first)
@@ -98,7 +98,7 @@ void Sheet::place()
     setGeometry(parentWidget()->rect());
     m_body->activate();
     const int room = height() - 2 * m_theme.space(Space::page);
-    const int width = m_panel->maximumWidth();
+    const int width = std::min(m_panel->maximumWidth(), this->width() - 2 * m_theme.space(Space::page));
     const int wanted =
         m_body->hasHeightForWidth() ? m_body->totalHeightForWidth(width) : m_body->totalSizeHint().height();
     m_panel->resize(width, std::min(std::max(wanted, m_panelMinimumHeight), room));

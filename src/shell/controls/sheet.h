@@ -32,6 +32,7 @@ public:
     /// Another title, which assistive tools are told of.
     void setTitle(const QString &title);
 
+    /// The panel is so wide where the window has the room.
     void setPanelWidth(int width);
 
     /// The panel is as high as its parts want it, but not lower than this where the window has the room.

@@ -354,6 +354,23 @@ TEST_F(Cards, SentItemsAreCounted)
     EXPECT_EQ(card.speed().text(), u"10.0 Mbps"_qs);
 }
 
+TEST_F(Cards, FailuresLeadToTheirStudies)
+{
+    int opened = 0;
+    world.actions.openFailedStudies = [&opened] { ++opened; };
+    SentItemsCard &card = open().sent();
+    QTest::mouseClick(&card.failed(), Qt::LeftButton);
+    EXPECT_EQ(opened, 0) << "there are none";
+
+    world.addImages(2, 2, world.receive.clock.now());
+    world.state.refreshCounters();
+    QCoreApplication::processEvents();
+    QTest::mouseClick(&card.failed(), Qt::LeftButton);
+    QTest::keyClick(&card.failed(), Qt::Key_Return);
+
+    EXPECT_EQ(opened, 2);
+}
+
 TEST_F(Cards, CloudStorageIsUnknownToWhoIsSignedOut)
 {
     StorageFigures &storage = open().sent().storage();

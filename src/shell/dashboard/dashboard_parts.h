@@ -43,6 +43,7 @@ struct DashboardActions
 {
     std::function<void()> openPreferences;
     std::function<void()> openLocalStudies;
+    std::function<void()> openFailedStudies; ///< those of the local studies whose uploads failed
     std::function<void()> openQuorinCloud;
     std::function<void()> checkForUpdates;
     std::function<void()> openPanel; ///< the status item's panel, where the desktop shows no such item

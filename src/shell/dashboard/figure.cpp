@@ -1,10 +1,15 @@
 #include "shell/dashboard/figure.h"
 
 #include "shell/controls/fixed_digit_label.h"
+#include "shell/controls/painting.h"
 #include "shell/controls/text_label.h"
+#include "shell/theme/focus_watcher.h"
 #include "shell/theme/theme.h"
 
 #include <QtCore/QLocale>
+#include <QtGui/QKeyEvent>
+#include <QtGui/QMouseEvent>
+#include <QtGui/QPainter>
 #include <QtWidgets/QVBoxLayout>
 
 namespace gateway::shell {
@@ -21,7 +26,7 @@ Figure::Figure(const Theme &theme, const QString &caption, TypeStyle style, QWid
 }
 
 Figure::Figure(const Theme &theme, const QString &caption, FixedDigitLabel *value, QWidget *parent)
-    : QWidget(parent), m_caption(caption), m_value(value)
+    : QWidget(parent), m_theme(theme), m_caption(caption), m_value(value)
 {
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins({});
@@ -50,6 +55,44 @@ void Figure::setColor(Color color)
 QString Figure::text() const
 {
     return m_value->text();
+}
+
+void Figure::setActivatable(bool activatable, const QString &hint)
+{
+    m_isActivatable = activatable;
+    setFocusPolicy(activatable ? Qt::StrongFocus : Qt::NoFocus);
+    setCursor(activatable ? Qt::PointingHandCursor : Qt::ArrowCursor);
+    setToolTip(activatable ? hint : QString());
+    setAccessibleName(activatable ? tr("%1: %2").arg(m_caption, text()) : QString());
+    setAccessibleDescription(activatable ? hint : QString());
+}
+
+void Figure::mouseReleaseEvent(QMouseEvent *event)
+{
+    if (m_isActivatable && event->button() == Qt::LeftButton &&
+        rect().contains(event->position().toPoint())) {
+        Q_EMIT activated();
+    }
+}
+
+void Figure::keyPressEvent(QKeyEvent *event)
+{
+    const bool isPressed =
+        event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter || event->key() == Qt::Key_Space;
+    if (m_isActivatable && isPressed) {
+        Q_EMIT activated();
+    } else {
+        QWidget::keyPressEvent(event);
+    }
+}
+
+void Figure::paintEvent(QPaintEvent * /*event*/)
+{
+    if (showsFocus(*this)) {
+        QPainter painter(this);
+        painter.setRenderHint(QPainter::Antialiasing);
+        paintFocusRing(painter, m_theme, rect(), m_theme.radius(Radius::control));
+    }
 }
 
 } // namespace gateway::shell

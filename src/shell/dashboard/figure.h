@@ -33,8 +33,22 @@ public:
 
     QString text() const;
 
+    /// Whether a click or Return leads somewhere. \param hint  where, for people.
+    void setActivatable(bool activatable, const QString &hint);
+
+Q_SIGNALS:
+    /// It was clicked, or Return or the space bar pressed on it.
+    void activated();
+
+protected:
+    void mouseReleaseEvent(QMouseEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
+
 private:
+    const Theme &m_theme;
     const QString m_caption;
+    bool m_isActivatable = false;
     FixedDigitLabel *m_value;
 };
 

@@ -39,7 +39,7 @@ Figure *speedFigure(const Theme &theme, const state::GatewayAppState &appState)
 SentItemsCard::SentItemsCard(const DashboardParts &parts, QWidget *parent)
     : Card(parts.theme, parent), m_theme(parts.theme), m_appState(parts.appState), m_auth(parts.auth),
       m_cloudStatus(parts.cloudStatus), m_cloudStorageViewModel(parts.cloudStorage),
-      m_openQuorinCloud(parts.actions.openQuorinCloud),
+      m_openQuorinCloud(parts.actions.openQuorinCloud), m_openFailedStudies(parts.actions.openFailedStudies),
       m_more(makeMoreMenu(
           parts.theme,
           {{tr("Open Quorin Cloud"),
@@ -104,6 +104,7 @@ void SentItemsCard::listen()
             &account::QuorinCloudStorageLimitViewModel::changed,
             this,
             &SentItemsCard::showStorage);
+    connect(m_failed, &Figure::activated, this, [this] { m_openFailedStudies(); });
     connect(m_notice, &CardNotice::actionRequested, this, &SentItemsCard::viewLogsRequested);
 }
 
@@ -146,6 +147,8 @@ void SentItemsCard::showFigures()
     m_uploaded->setCount(m_uploadedFiles);
     m_failed->setCount(m_failedFiles);
     m_failed->setColor(m_failedFiles > 0 ? Color::red : Color::text);
+    m_failed->setActivatable(m_failedFiles > 0 && m_openFailedStudies != nullptr,
+                             tr("Show the studies whose upload failed"));
     showNotice();
 }
 

@@ -77,6 +77,7 @@ private:
     account::QuorinCloudStatusViewModel &m_cloudStatus;
     account::QuorinCloudStorageLimitViewModel &m_cloudStorageViewModel;
     const std::function<void()> m_openQuorinCloud;
+    const std::function<void()> m_openFailedStudies;
     Button *m_more;
     Figure *m_inProgress;
     Figure *m_uploaded;

@@ -14,6 +14,7 @@
 #include "receive/store_manual_import_service.h"
 #include "shell/account/sign_in_sheet.h"
 #include "shell/account/terms_sheet.h"
+#include "shell/browser/browser_window_controllers.h"
 #include "shell/dashboard/dashboard_window_controller.h"
 #include "shell/desktop/feedback_mail.h"
 #include "shell/report/bug_report_window.h"
@@ -27,11 +28,13 @@
 #include "wizard/setup_apply.h"
 
 #include <QtCore/QCoreApplication>
+#include <QtCore/QDir>
 #include <QtCore/QStandardPaths>
 #include <QtCore/QTimeZone>
 #include <QtDBus/QDBusConnection>
 #include <QtGui/QDesktopServices>
 #include <QtGui/QGuiApplication>
+#include <QtWidgets/QFileDialog>
 
 #include <utility>
 
@@ -51,6 +54,15 @@ QList<core::FailureClass> failureClassesIn(const index::DicomDB &index)
 void quit()
 {
     QCoreApplication::exit(); // not quit(), which windows may refuse
+}
+
+QString chooseExportFile(QWidget *parent, const QString &suggestedName)
+{
+    const QDir documents(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
+    return QFileDialog::getSaveFileName(parent,
+                                        DesktopScreens::tr("Export Table"),
+                                        documents.filePath(suggestedName),
+                                        DesktopScreens::tr("CSV files (*.csv)"));
 }
 
 /// The session starts the gateway as it was started now.
@@ -93,14 +105,14 @@ DesktopScreens::DesktopScreens(Theme &theme, const ScreenModels &models)
                         .clock = models.runtime.clock,
                         .failureClasses = [&index = models.images.index] { return failureClassesIn(index); },
                         .attention = m_attention}),
-      m_rules({.screens = *this,
-               .notifications = models.runtime.notifications,
-               .main = models.runtime.main,
-               .networkPool = models.runtime.networkPool,
-               .appState = models.images.appState,
-               .auth = models.cloud.auth,
-               .cloudWatch = models.cloud.watch,
-               .terms = m_terms})
+      m_tableKeeper(models.runtime.main), m_rules({.screens = *this,
+                                                   .notifications = models.runtime.notifications,
+                                                   .main = models.runtime.main,
+                                                   .networkPool = models.runtime.networkPool,
+                                                   .appState = models.images.appState,
+                                                   .auth = models.cloud.auth,
+                                                   .cloudWatch = models.cloud.watch,
+                                                   .terms = m_terms})
 {
 }
 
@@ -145,6 +157,37 @@ SetupDialog &DesktopScreens::setupDialog()
     return *m_setupDialog;
 }
 
+LocalStudiesWindowController &DesktopScreens::localStudies()
+{
+    if (m_localStudies == nullptr) {
+        m_localStudies = std::make_unique<LocalStudiesWindowController>(
+            browserParts(), LocalBrowserDoor{m_models.browsers.local, m_models.browsers.sendNow});
+    }
+    return *m_localStudies;
+}
+
+QuorinCloudStudiesWindowController &DesktopScreens::cloudStudies()
+{
+    if (m_cloudStudies == nullptr) {
+        m_cloudStudies = std::make_unique<QuorinCloudStudiesWindowController>(
+            browserParts(),
+            CloudBrowserDoor{m_models.browsers.cloud, m_models.cloud.auth, [this](QWidget *window) {
+                                 return new SignInSheet(m_theme, m_models.cloud.auth, window);
+                             }});
+    }
+    return *m_cloudStudies;
+}
+
+BrowserParts DesktopScreens::browserParts()
+{
+    return {.theme = m_theme,
+            .defaults = m_models.runtime.defaults,
+            .main = m_models.runtime.main,
+            .pool = m_models.runtime.pool,
+            .keeper = m_tableKeeper,
+            .chooseFile = chooseExportFile};
+}
+
 MenuViewParts DesktopScreens::menuParts()
 {
     return {.theme = m_theme,
@@ -180,8 +223,9 @@ DashboardParts DesktopScreens::dashboardParts()
                     return QDesktopServices::openUrl(QUrl::fromLocalFile(directory));
                 },
             .actions = {.openPreferences = [this] { post(core::kOpenPreferences); },
-                        .openLocalStudies = {},
-                        .openQuorinCloud = {},
+                        .openLocalStudies = [this] { localStudies().show(); },
+                        .openFailedStudies = [this] { localStudies().showFailures(); },
+                        .openQuorinCloud = [this] { cloudStudies().show(); },
                         .checkForUpdates = [this] { post(core::kCheckForUpdatesRequested); },
                         .openPanel = wayToPanel()},
             .makeSignInSheet =

@@ -5,6 +5,7 @@
 #include "log/gateway_logs_view_model.h"
 #include "platform/autostart/autostart.h"
 #include "receive/dimse_listener_view_model.h"
+#include "shell/browser/table_keeper.h"
 #include "shell/desktop/attention_watch.h"
 #include "shell/desktop/screen_models.h"
 #include "shell/desktop/screen_rules.h"
@@ -22,10 +23,13 @@ class QWidget;
 namespace gateway::shell {
 class BugReportWindow;
 class DashboardWindowController;
+class LocalStudiesWindowController;
+class QuorinCloudStudiesWindowController;
 class SetupDialog;
 class Sheet;
 class StatusBarController;
 class Theme;
+struct BrowserParts;
 struct DashboardParts;
 struct MenuViewParts;
 
@@ -73,6 +77,9 @@ private:
     StatusBarController &statusBar();
     DashboardWindowController &dashboard();
     SetupDialog &setupDialog();
+    LocalStudiesWindowController &localStudies();
+    QuorinCloudStudiesWindowController &cloudStudies();
+    BrowserParts browserParts();
     MenuViewParts menuParts();
     DashboardParts dashboardParts();
     std::function<void()> wayToPanel();
@@ -95,6 +102,9 @@ private:
     AttentionWatch m_attentionWatch;
     std::unique_ptr<StatusBarController> m_statusBar;
     std::unique_ptr<DashboardWindowController> m_dashboard;
+    TableKeeper m_tableKeeper;
+    std::unique_ptr<LocalStudiesWindowController> m_localStudies;
+    std::unique_ptr<QuorinCloudStudiesWindowController> m_cloudStudies;
     std::unique_ptr<SetupDialog> m_setupDialog;
     std::unique_ptr<BugReportWindow> m_bugReportWindow;
     ScreenRules m_rules; // last: what it has under way ends before the fields go

@@ -1,6 +1,11 @@
 #pragma once
 
+#include "browser/cloud_table.h"
+#include "browser/local_table.h"
+
 #include <QtCore/QString>
+
+#include <functional>
 
 namespace gateway::account {
 class CloudWatch;
@@ -78,9 +83,18 @@ struct ScreenModels
         receive::StoreManualImportService &manualImports;
     };
 
+    /// What the two browsers show.
+    struct Browsers
+    {
+        browser::CloudBrowserParts cloud;
+        browser::LocalBrowserParts local;
+        std::function<void()> sendNow; ///< asks for an upload of all that waits
+    };
+
     Runtime runtime;
     Cloud cloud;
     Images images;
+    Browsers browsers;
     wizard::SetupApplier &setup;
 };
 

@@ -19,6 +19,8 @@
 <message><source>Report has been sent successfully.</source><translation>Der Bericht ist angekommen.</translation></message>
 <message><source>Quorin Gateway</source><translation>Quorin Gateway</translation></message>
 <message><source>Version %1&#10;&#10;Takes images over the DICOM network, keeps them safe, and sends them to the cloud.</source><translation>Version %1&#10;&#10;Nimmt Bilder über das DICOM-Netz an, bewahrt sie sicher auf und sendet sie in die Cloud.</translation></message>
+<message><source>Export Table</source><translation>Tabelle exportieren</translation></message>
+<message><source>CSV files (*.csv)</source><translation>CSV-Dateien (*.csv)</translation></message>
 </context>
 <context><name>DoctorFinding</name>
 <message><source>The index is damaged, and nothing is changed in it. Restore it from a backup; or end the gateway, move the index away and run doctor --repair, which records the stored images anew.</source><translation>Der Index ist beschädigt; darin wird nichts geändert. Stellen Sie ihn aus einer Sicherung wieder her; oder beenden Sie das Gateway, legen Sie den Index beiseite und rufen Sie doctor --repair auf, das die gespeicherten Bilder neu verzeichnet.</translation></message>
@@ -163,6 +165,59 @@
 <message><source>No local series found.</source><translation>Keine lokalen Serien gefunden.</translation></message>
 <message><source>Sign in to load Quorin Cloud series.</source><translation>Melden Sie sich an, um Quorin-Cloud-Serien zu laden.</translation></message>
 <message><source>Sign in to load Quorin Cloud studies.</source><translation>Melden Sie sich an, um Quorin-Cloud-Studien zu laden.</translation></message>
+<message><source>Files: %L1. %2</source><translation>Dateien: %L1. %2</translation></message>
+</context>
+<context><name>gateway::shell::BrowserPanel</name>
+<message><source>Showing %L1 of %L2</source><translation>%L1 von %L2 angezeigt</translation></message>
+<message><source>Last refresh: %1</source><translation>Zuletzt aktualisiert: %1</translation></message>
+<message><source>%L1 of %L2</source><translation>%L1 von %L2</translation></message>
+<message><source>Cancel</source><translation>Abbrechen</translation></message>
+<message><source>Show Series</source><translation>Serien anzeigen</translation></message>
+<message><source>Copy Cell</source><translation>Zelle kopieren</translation></message>
+<message><source>Copy Rows</source><translation>Zeilen kopieren</translation></message>
+<message><source>Delete Selected…</source><translation>Auswahl löschen …</translation></message>
+<message><source>Cell copied</source><translation>Zelle kopiert</translation></message>
+<message><source>Select at most %L1 rows to copy them, or export them.</source><translation>Zum Kopieren höchstens %L1 Zeilen auswählen, oder exportieren.</translation></message>
+<message><source>Export This Table?</source><translation>Diese Tabelle exportieren?</translation></message>
+<message><source>Choose File…</source><translation>Datei wählen …</translation></message>
+<message><source>The file holds names and other data of patients, readable by everyone who gets it.</source><translation>Die Datei enthält Namen und andere Daten von Patienten, lesbar für jeden, der sie bekommt.</translation></message>
+<message><source>Exported to %1</source><translation>Exportiert nach %1</translation></message>
+<message><source>%1 can't be written.</source><translation>%1 kann nicht geschrieben werden.</translation></message>
+<message><source>Export…</source><translation>Exportieren …</translation></message>
+<message><source>Delete Selected</source><translation>Auswahl löschen</translation></message>
+<message><source>Stop</source><translation>Anhalten</translation></message>
+<message><source>Series</source><translation>Serien</translation></message>
+<message><source>Studies</source><translation>Studien</translation></message>
+<message><source>Search</source><translation>Suchen</translation></message>
+<message><source>Delete Selected (Del)</source><translation>Auswahl löschen (Entf)</translation></message>
+<message><source>Sign in</source><translation>Anmelden</translation></message>
+<message><source>Nothing here matches your search.</source><translation>Nichts hier passt zu Ihrer Suche.</translation></message>
+<message><source>All rows are there still.</source><translation>Alle Zeilen sind noch da.</translation></message>
+<message><source>Clear Search</source><translation>Suche leeren</translation></message>
+<message><source>Search patient, ID, description, accession, modality, study UID…</source><translation>Patient, ID, Beschreibung, Accession, Modalität, Studien-UID suchen …</translation></message>
+<message><source>Search series number, description, modality, series UID…</source><translation>Seriennummer, Beschreibung, Modalität, Serien-UID suchen …</translation></message>
+<message><source>Search patient name, patient ID, modality, synced state, description, accession, study UID...</source><translation>Patientenname, Patienten-ID, Modalität, Sync-Status, Beschreibung, Accession, Studien-UID suchen ...</translation></message>
+<message><source>Search series number, description, modality, synced state, series UID...</source><translation>Seriennummer, Beschreibung, Modalität, Sync-Status, Serien-UID suchen ...</translation></message>
+<message><source>Loading Quorin Cloud studies…</source><translation>Quorin-Cloud-Studien werden geladen …</translation></message>
+<message><source>Loading Quorin Cloud series…</source><translation>Quorin-Cloud-Serien werden geladen …</translation></message>
+<message><source>Loading local studies...</source><translation>Lokale Studien werden geladen ...</translation></message>
+<message><source>Loading local series...</source><translation>Lokale Serien werden geladen ...</translation></message>
+<message><source>Deleting selected series...</source><translation>Ausgewählte Serien werden gelöscht ...</translation></message>
+<message><source>Deleting selected studies...</source><translation>Ausgewählte Studien werden gelöscht ...</translation></message>
+<message><source>No query executed yet. Set filters and click Query.</source><translation>Noch keine Abfrage. Filter setzen und auf Abfragen klicken.</translation></message>
+<message><source>No Quorin Cloud series loaded yet.</source><translation>Noch keine Quorin-Cloud-Serien geladen.</translation></message>
+<message><source>Set filters and click Query to load Quorin Cloud studies.</source><translation>Filter setzen und auf Abfragen klicken, um Quorin-Cloud-Studien zu laden.</translation></message>
+<message><source>%L1 selected</source><translation>%L1 ausgewählt</translation></message>
+<message><source>%1, %L2 of them hidden by the search</source><translation>%1, davon %L2 durch die Suche verborgen</translation></message>
+<message><source>Rows copied: %L1</source><translation>Kopierte Zeilen: %L1</translation></message>
+<message><source>Rows to be written to a CSV file: %L1</source><translation>Zeilen, die in eine CSV-Datei geschrieben werden: %L1</translation></message>
+<message><source>Not yet wholly in Quorin Cloud: %L1 of the selected series. Images of theirs will be lost.</source><translation>Noch nicht ganz in der Quorin Cloud: %L1 der ausgewählten Serien. Bilder davon gehen verloren.</translation></message>
+<message><source>Not yet wholly in Quorin Cloud: %L1 of the selected studies. Images of theirs will be lost.</source><translation>Noch nicht ganz in der Quorin Cloud: %L1 der ausgewählten Studien. Bilder davon gehen verloren.</translation></message>
+<message><source>Hidden by the search: %L1 of the selected rows.</source><translation>Durch die Suche verborgen: %L1 der ausgewählten Zeilen.</translation></message>
+</context>
+<context><name>gateway::shell::BrowserTableModel</name>
+<message><source>Show the series of this study</source><translation>Serien dieser Studie anzeigen</translation></message>
+<message><source>Details</source><translation>Details</translation></message>
 </context>
 <context><name>gateway::shell::BugReportWindow</name>
 <message><source>Issue is reproducible</source><translation>Das Problem lässt sich wiederholen</translation></message>
@@ -179,6 +234,9 @@
 </context>
 <context><name>gateway::shell::CardNotice</name>
 <message><source>%1. %2</source><translation>%1. %2</translation></message>
+</context>
+<context><name>gateway::shell::CloudStudiesScreen</name>
+<message><source>Quorin Cloud Studies</source><translation>Quorin-Cloud-Studien</translation></message>
 </context>
 <context><name>gateway::shell::DashboardHeader</name>
 <message><source>View Logs</source><translation>Protokoll</translation></message>
@@ -284,6 +342,14 @@
 <message><source>Stop</source><translation>Anhalten</translation></message>
 <message><source>Received files set aside: %1. Run quorin-gateway doctor --repair</source><translation>Beiseitegelegte Dateien: %1. Rufen Sie quorin-gateway doctor --repair auf</translation></message>
 </context>
+<context><name>gateway::shell::LocalStudiesScreen</name>
+<message><source>Local Studies</source><translation>Lokale Studien</translation></message>
+<message><source>Failed Only</source><translation>Nur Fehler</translation></message>
+<message><source>Refresh</source><translation>Aktualisieren</translation></message>
+<message><source>Refresh (F5)</source><translation>Aktualisieren (F5)</translation></message>
+<message><source>Send Now</source><translation>Jetzt senden</translation></message>
+<message><source>Images of this study that could not be sent: %L1</source><translation>Bilder dieser Studie, die nicht gesendet werden konnten: %L1</translation></message>
+</context>
 <context><name>gateway::shell::LogDetails</name>
 <message><source>Copy Line</source><translation>Zeile kopieren</translation></message>
 <message><source>Close details</source><translation>Einzelheiten schließen</translation></message>
@@ -356,6 +422,30 @@
 <context><name>gateway::shell::Popover</name>
 <message><source>Quorin Gateway</source><translation>Quorin Gateway</translation></message>
 </context>
+<context><name>gateway::shell::QueryFilters</name>
+<message><source>Query</source><translation>Abfragen</translation></message>
+<message><source>Date of Birth</source><translation>Geburtsdatum</translation></message>
+<message><source>Study Date</source><translation>Studiendatum</translation></message>
+<message><source>Patient Name</source><translation>Patientenname</translation></message>
+<message><source>Name</source><translation>Name</translation></message>
+<message><source>Patient ID</source><translation>Patienten-ID</translation></message>
+<message><source>ID</source><translation>ID</translation></message>
+<message><source>Accession Number</source><translation>Accession-Nummer</translation></message>
+<message><source>Accession</source><translation>Accession</translation></message>
+<message><source>Study Description</source><translation>Studienbeschreibung</translation></message>
+<message><source>Description</source><translation>Beschreibung</translation></message>
+<message><source>Modality</source><translation>Modalität</translation></message>
+<message><source>Referring Physician</source><translation>Zuweisender Arzt</translation></message>
+<message><source>Physician</source><translation>Arzt</translation></message>
+<message><source>Institution</source><translation>Einrichtung</translation></message>
+<message><source>Query Filters</source><translation>Abfragefilter</translation></message>
+<message><source>Clear Filters</source><translation>Filter leeren</translation></message>
+<message><source>Query (Return in a field)</source><translation>Abfragen (Eingabetaste in einem Feld)</translation></message>
+<message><source>Any</source><translation>Beliebig</translation></message>
+<message><source>Today</source><translation>Heute</translation></message>
+<message><source>Yesterday</source><translation>Gestern</translation></message>
+<message><source>Custom</source><translation>Eigenes</translation></message>
+</context>
 <context><name>gateway::shell::QuorinGatewayMenuView</name>
 <message><source>Checking sign-in status…</source><translation>Anmeldung wird geprüft …</translation></message>
 <message><source>Signed in as %1</source><translation>Angemeldet als %1</translation></message>
@@ -405,6 +495,7 @@
 <message><source>Sent Items</source><translation>Gesendet</translation></message>
 <message><source>Sign in to load Quorin Cloud storage</source><translation>Melden Sie sich an, um den Speicher der Quorin Cloud zu sehen</translation></message>
 <message><source>Used: %1&#10;Free: %2&#10;Total: %3</source><translation>Belegt: %1&#10;Frei: %2&#10;Gesamt: %3</translation></message>
+<message><source>Show the studies whose upload failed</source><translation>Studien anzeigen, deren Upload fehlgeschlagen ist</translation></message>
 </context>
 <context><name>gateway::shell::SentNotice</name>
 <message><source>Waiting for a sign-in</source><translation>Wartet auf eine Anmeldung</translation></message>
@@ -422,6 +513,15 @@
 <message><source>Nothing waits here.</source><translation>Hier wartet nichts.</translation></message>
 <message><source>Nothing to send yet</source><translation>Noch nichts zu senden</translation></message>
 <message><source>Received images are sent on their own.</source><translation>Empfangene Bilder werden von selbst gesendet.</translation></message>
+</context>
+<context><name>gateway::shell::SeriesSheet</name>
+<message><source>Quorin Cloud Series</source><translation>Quorin-Cloud-Serien</translation></message>
+<message><source>Local Series</source><translation>Lokale Serien</translation></message>
+<message><source>Study: %1</source><translation>Studie: %1</translation></message>
+<message><source>Patient: %1 (%2)</source><translation>Patient: %1 (%2)</translation></message>
+<message><source>UID: %1</source><translation>UID: %1</translation></message>
+<message><source>Refresh</source><translation>Aktualisieren</translation></message>
+<message><source>Close</source><translation>Schließen</translation></message>
 </context>
 <context><name>gateway::shell::SetupDialog</name>
 <message><source>AE Title</source><translation>AE-Titel</translation></message>

@@ -1,5 +1,6 @@
 #include "shell/windows/shell_window.h"
 
+#include <QtGui/QCloseEvent>
 #include <QtGui/QKeyEvent>
 #include <QtGui/QShortcut>
 #include <QtWidgets/QVBoxLayout>
@@ -23,6 +24,14 @@ void ShellWindow::keyPressEvent(QKeyEvent *event)
         return;
     }
     QWidget::keyPressEvent(event);
+}
+
+void ShellWindow::closeEvent(QCloseEvent *event)
+{
+    QWidget::closeEvent(event);
+    if (event->isAccepted()) {
+        Q_EMIT closed();
+    }
 }
 
 void ShellWindow::hideEvent(QHideEvent *event)

@@ -20,7 +20,11 @@ Q_SIGNALS:
     /// It goes out of sight; its geometry is still that of the last moment.
     void leaving();
 
+    /// It was closed.
+    void closed();
+
 protected:
+    void closeEvent(QCloseEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     void hideEvent(QHideEvent *event) override;
 };

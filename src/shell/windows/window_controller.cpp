@@ -30,12 +30,23 @@ void WindowController::show()
     if (m_window == nullptr) {
         m_window = std::make_unique<ShellWindow>(m_frame.title, m_makeContent());
         QObject::connect(m_window.get(), &ShellWindow::leaving, m_window.get(), [this] { rememberPlace(); });
+        if (!m_frame.isKept) {
+            QObject::connect(m_window.get(), &ShellWindow::closed, m_window.get(), [this] { dropWindow(); });
+        }
         place();
     }
     m_window->setWindowState((m_window->windowState() & ~Qt::WindowMinimized) | Qt::WindowActive);
     m_window->show();
     m_window->raise();
     m_window->activateWindow();
+}
+
+/// It is in the middle of its own event, and goes behind it.
+void WindowController::dropWindow()
+{
+    rememberPlace();
+    m_window->disconnect();
+    m_window.release()->deleteLater();
 }
 
 QWidget *WindowController::window() const

@@ -16,8 +16,8 @@ namespace gateway::shell {
 
 class ShellWindow;
 
-/// One window of the program: made when it is first shown, kept from then on, and raised when it is shown
-/// again.
+/// One window of the program: made when it is first shown, kept from then on unless told, and raised when it
+/// is shown again.
 ///
 /// It comes up where it was left last time, else centred; never larger than the screen.
 ///
@@ -31,12 +31,13 @@ public:
         QString title; ///< no patient's name, ever
         QSize contentSize;
         QSize leastSize;
+        bool isKept = true; ///< else it goes when it is closed, and the next `show` makes another one
     };
 
     using MakeContent = std::function<QWidget *()>;
 
     /// \param defaults     where its place is kept; outlives this.
-    /// \param makeContent  called once, at the first `show`; the content becomes the window's.
+    /// \param makeContent  called when a window is made; the content becomes the window's.
     WindowController(platform::UserDefaults &defaults, Frame frame, MakeContent makeContent);
     ~WindowController();
 
@@ -46,13 +47,14 @@ public:
     /// Shows the window in front of all others and gives it the keyboard.
     void show();
 
-    /// Null before the first `show`.
+    /// Null while there is none.
     QWidget *window() const;
 
 private:
     QString geometryKey() const;
     void place();
     void rememberPlace();
+    void dropWindow();
 
     platform::UserDefaults &m_defaults;
     const Frame m_frame;

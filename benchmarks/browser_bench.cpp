@@ -1,0 +1,114 @@
+#include "browser/local_index.h"
+#include "browser/quorin_gateway_local_study_row.h"
+#include "core/notification_names.h"
+#include "index/testing/temporary_index.h"
+#include "platform/concurrency/worker_pool.h"
+#include "shell/browser/browser_panel.h"
+#include "shell/browser/browser_table_view.h"
+#include "shell/browser/local_studies_screen.h"
+#include "shell/browser/table_keeper.h"
+#include "shell/testing/themed_window.h"
+
+#include <chrono>
+#include <cstdio>
+
+// What the window of the local studies costs with 100,000 of them: opened until the rows are painted,
+// searched, sorted, and loaded anew while it follows an upload. Times are those until the event loop rests
+// again.
+
+namespace {
+
+using namespace gateway;
+using Clock = std::chrono::steady_clock;
+using browser::QuorinGatewayLocalStudyRow;
+
+constexpr int kStudies = 100'000;
+
+void fill(index::testing::TemporaryIndex &store)
+{
+    store.index().studySnapshots(); // what is done once is done
+    store.execute(
+        QStringLiteral("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < %1) "
+                       "INSERT INTO Study (studyInstanceUID, name, id, modality, studyName, "
+                       "accessionNumber, acquisitionDate, createDate) "
+                       "SELECT '1.2.826.0.1.3680043.10.' || i, 'Patient^' || (i * 7919 % 100003), "
+                       "'PID-' || i, 'CT', 'Study of a part ' || (i % 97), 'A' || (i * 31 % 100003), "
+                       "1700000000000 + i * 60000, 1700000000000 + i FROM n")
+            .arg(kStudies));
+}
+
+/// Runs the event loop until `isReached`, and says how long that took.
+template <typename Condition>
+double millisecondsUntil(Clock::time_point start, Condition isReached)
+{
+    while (!isReached()) {
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+    QCoreApplication::processEvents();
+    return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+}
+
+/// Does something on the main thread, and says how long it took until it was painted.
+template <typename Work>
+double milliseconds(QWidget &window, Work work)
+{
+    const auto start = Clock::now();
+    work();
+    window.grab();
+    return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication application(argc, argv);
+    shell::Theme theme;
+    theme.setReducedMotion(true);
+    theme.applyTo(application);
+    index::testing::TemporaryIndex store;
+    fill(store);
+    platform::WorkerPool pool(QStringLiteral("global"), 12);
+    browser::DicomDBLocalIndex index(store.index());
+    shell::TableKeeper keeper(store.main);
+
+    const auto start = Clock::now();
+    shell::LocalStudiesScreen screen(
+        {theme,
+         store.defaults,
+         store.main,
+         pool,
+         keeper,
+         [](QWidget *, const QString &) { return QString(); }},
+        {{index, store.notifications, {store.main, pool, store.clock}, [] {}}, [] {}});
+    screen.resize(1200, 700);
+    screen.show();
+    auto &table = screen.table();
+    std::printf("open: %.0f ms\n", millisecondsUntil(start, [&] { return !table.isLoading(); }));
+    if (table.shown().size() != kStudies) {
+        std::fprintf(stderr, "%zu rows are shown\n", table.shown().size());
+        return EXIT_FAILURE;
+    }
+    const char *const searches[] = {"p", "patient^77", "a part 12", "nobody"};
+    for (const char *text : searches) {
+        const double spent = milliseconds(screen, [&] { table.setSearchText(QString::fromLatin1(text)); });
+        std::printf("search %s (%zu rows): %.0f ms\n", text, table.shown().size(), spent);
+        table.setSearchText({});
+    }
+    for (const int column : {QuorinGatewayLocalStudyRow::patientNameColumn,
+                             QuorinGatewayLocalStudyRow::accessionColumn,
+                             QuorinGatewayLocalStudyRow::dateColumn}) {
+        std::printf("sort by column %d: %.0f ms\n", column, milliseconds(screen, [&] {
+                        table.setSortOrder({column, true});
+                    }));
+    }
+    screen.panel().view().selectAll();
+    const auto follow = Clock::now();
+    const auto before = table.lastUpdatedAt();
+    store.clock.advance(std::chrono::seconds(1));
+    store.notifications.post(core::kLocalSyncStateChanged);
+    std::printf("followed with all selected: %.0f ms\n",
+                millisecondsUntil(follow, [&] { return table.lastUpdatedAt() != before; }));
+    return EXIT_SUCCESS;
+}

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "browser/cloud_table.h"
+#include "browser/local_table.h"
+
+#include <QtCore/QString>
+
+#include <functional>
+#include <memory>
+
+class QWidget;
+
+namespace gateway::account {
+class QuorinAuthViewModel;
+}
+
+namespace gateway::platform {
+class MainExecutor;
+class UserDefaults;
+class WorkerPool;
+} // namespace gateway::platform
+
+namespace gateway::shell {
+
+class Sheet;
+class TableKeeper;
+class Theme;
+
+/// What both browsers' windows work with; all outlive them.
+struct BrowserParts
+{
+    const Theme &theme;
+    platform::UserDefaults &defaults;
+    platform::MainExecutor &main;
+    platform::WorkerPool &pool; ///< for disks
+    TableKeeper &keeper;
+
+    /// Where an export goes, chosen by a person; empty when they changed their mind.
+    std::function<QString(QWidget *parent, const QString &suggestedName)> chooseFile;
+};
+
+/// What the window over the cloud needs beside.
+struct CloudBrowserDoor
+{
+    browser::CloudBrowserParts cloud;
+    account::QuorinAuthViewModel &auth;
+    std::function<Sheet *(QWidget *window)> makeSignInSheet; ///< the window owns it
+};
+
+/// What the window over this machine needs beside.
+struct LocalBrowserDoor
+{
+    browser::LocalBrowserParts local;
+    std::function<void()> sendNow; ///< asks for an upload of all that waits
+};
+
+} // namespace gateway::shell

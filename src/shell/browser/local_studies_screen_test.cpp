@@ -1,0 +1,260 @@
+#include "shell/browser/local_studies_screen.h"
+
+#include "core/notification_names.h"
+#include "index/upload_failure.h"
+#include "shell/browser/series_sheet.h"
+#include "shell/browser/testing/browser_screen_world.h"
+
+namespace gateway::shell::testing {
+
+namespace {
+
+using index::testing::TemporaryIndex;
+
+struct LocalScreen : BrowserScreenWorld
+{
+    LocalScreen()
+    {
+        constexpr const char *kNames[] = {
+            "Brandt^Helene", "Okafor^Chidi", "Yamada^Tarou", "Lindqvist^Sven", "Moreau^Claire"};
+        for (int study = 0; study < 5; ++study) {
+            for (int series = 1; series <= 2; ++series) {
+                importImage(study, series, QString::fromLatin1(kNames[study]));
+            }
+        }
+    }
+
+    void importImage(int study, int series, const QString &patient)
+    {
+        const QString uid = QStringLiteral("1.%1").arg(study);
+        store.import(TemporaryIndex::image(
+            QStringLiteral("%1.%2.1").arg(uid).arg(series),
+            {{QStringLiteral("studyID"), uid},
+             {QStringLiteral("seriesID"), QStringLiteral("%1.%2").arg(uid).arg(series)},
+             {QStringLiteral("seriesInstanceUID"), QStringLiteral("%1.%2").arg(uid).arg(series)},
+             {QStringLiteral("patientUID"), QStringLiteral("P%1").arg(study)},
+             {QStringLiteral("patientName"), patient},
+             {QStringLiteral("studyDate"), QDate(2026, 1, 1 + study)}}));
+    }
+
+    void fail(int study)
+    {
+        const QString path =
+            store
+                .rows(
+                    QStringLiteral("SELECT pathString FROM DicomImage WHERE sopInstanceUID LIKE '1.%1.1.1%'")
+                        .arg(study))
+                .first();
+        store.index().recordUploadResult(
+            {},
+            path,
+            false,
+            {.failure = index::FailedUpload{.failureClass = QStringLiteral("storageUsedUp")}});
+    }
+
+    void sync(int study)
+    {
+        store.execute(QStringLiteral("UPDATE DicomImage SET syncState = 1 WHERE sopInstanceUID LIKE '1.%1.%'")
+                          .arg(study));
+    }
+
+    void openLoaded()
+    {
+        open(controller);
+        runUntil([&] { return screen().table().lastUpdatedAt() && !screen().table().isLoading(); });
+    }
+
+    QWidget &window() { return *controller.window(); }
+    LocalStudiesScreen &screen() { return *controller.screen(); }
+    BrowserTableView &view() { return screen().panel().view(); }
+
+    LocalStudiesWindowController controller{parts(), localDoor()};
+};
+
+} // namespace
+
+TEST_F(LocalScreen, ShowsTheStudiesOfTheIndexAtOnce)
+{
+    sync(4);
+    fail(3);
+    openLoaded();
+
+    EXPECT_EQ(window().windowTitle(), QStringLiteral("Local Studies"));
+    const QStringList titles = {u"Details"_qs,
+                                u"Patient Name"_qs,
+                                u"Patient ID"_qs,
+                                u"Modality"_qs,
+                                u"Synced State"_qs,
+                                u"Description"_qs,
+                                u"Accession"_qs,
+                                u"Date Acquired"_qs,
+                                u"Images"_qs};
+    for (int column = 0; column < titles.size(); ++column) {
+        EXPECT_EQ(view().model()->headerData(column, Qt::Horizontal).toString(), titles[column]);
+    }
+    EXPECT_EQ(cell(view(), 0, 1), QStringLiteral("Moreau^Claire"));
+    EXPECT_EQ(cell(view(), 0, 4), QStringLiteral("Synced"));
+    EXPECT_EQ(cell(view(), 1, 4), QStringLiteral("Failed"));
+    EXPECT_EQ(cell(view(), 2, 4), QStringLiteral("Not Synced"));
+    EXPECT_TRUE(shows(window(), QStringLiteral("Showing 5 of 5")));
+    picture(window(), QStringLiteral("local-studies-dark"));
+    theme.setVariant(Variant::light);
+    picture(window(), QStringLiteral("local-studies-light"));
+}
+
+TEST_F(LocalScreen, SaysThatThereAreNone)
+{
+    store.index().deleteStudies({u"1.0"_qs, u"1.1"_qs, u"1.2"_qs, u"1.3"_qs, u"1.4"_qs});
+
+    openLoaded();
+
+    EXPECT_TRUE(shows(window(), QStringLiteral("No local studies found.")));
+    picture(window(), QStringLiteral("local-studies-empty-dark"));
+}
+
+TEST_F(LocalScreen, FollowsAnUploadWithoutLosingSelectionAndPlace)
+{
+    openLoaded();
+    view().selectRow(2);
+    const QString selected = view().currentId();
+    sync(4);
+    sync(2);
+
+    store.notifications.post(core::kLocalSyncStateChanged);
+    runUntil([&] { return cell(view(), 0, 4) == QStringLiteral("Synced"); });
+
+    EXPECT_EQ(view().currentId(), selected);
+    EXPECT_TRUE(view().selectionModel()->isRowSelected(2, {}));
+    importImage(9, 1, QStringLiteral("New^Study")); // undated it would stand last; it is the newest
+    store.notifications.post(core::kLocalSyncStateChanged);
+    runUntil([&] {
+        clock.advance(std::chrono::milliseconds(500));
+        return view().model()->rowCount() == 6;
+    });
+    EXPECT_EQ(view().currentId(), selected);
+    EXPECT_TRUE(view().selectionModel()->isRowSelected(3, {}))
+        << "it moved down by one, and is selected still";
+    EXPECT_EQ(screen().table().selectedIDs(), QSet<QString>{selected});
+}
+
+TEST_F(LocalScreen, SortsByAClickOnATitle)
+{
+    openLoaded();
+
+    view().sortByColumn(1, Qt::AscendingOrder);
+
+    EXPECT_EQ(cell(view(), 0, 1), QStringLiteral("Brandt^Helene"));
+    view().sortByColumn(1, Qt::DescendingOrder);
+    EXPECT_EQ(cell(view(), 0, 1), QStringLiteral("Yamada^Tarou"));
+}
+
+TEST_F(LocalScreen, WarnsOfStudiesThatAreNotInTheCloudAndDeletesThem)
+{
+    sync(0);
+    openLoaded();
+    QTest::keyClick(&view(), Qt::Key_A, Qt::ControlModifier);
+
+    QTest::keyClick(&view(), Qt::Key_Delete);
+    ConfirmDialog &first = awaitQuestion(window(), QStringLiteral("Delete Selected Studies? (1/3)"));
+    EXPECT_TRUE(shows(
+        first,
+        QStringLiteral(
+            "Not yet wholly in Quorin Cloud: 4 of the selected studies. Images of theirs will be lost.")));
+    EXPECT_TRUE(shows(first, QStringLiteral("Copies in Quorin Cloud stay.")));
+    picture(window(), QStringLiteral("local-studies-delete-1-dark"));
+    for (int answers = 0; answers < 3; ++answers) {
+        runUntil([&] { return question(window()) != nullptr; });
+        QTest::mouseClick(&question(window())->confirmButton(), Qt::LeftButton);
+    }
+    runUntil([&] { return view().model()->rowCount() == 0; });
+
+    EXPECT_EQ(store.number(QStringLiteral("SELECT count(*) FROM DicomImage")), 0);
+    EXPECT_EQ(store.removals().size(), 10);
+    EXPECT_EQ(refreshed, 1);
+}
+
+TEST_F(LocalScreen, ShowsFailedStudiesWithTheirReasons)
+{
+    fail(3);
+    fail(1);
+    open(controller);
+
+    controller.showFailures();
+    runUntil([&] { return view().model()->rowCount() == 2; });
+
+    EXPECT_EQ(view().currentId(), QStringLiteral("1.3"));
+    EXPECT_TRUE(shows(window(), QStringLiteral("Images of this study that could not be sent: 1")));
+    for (int turn = 0; turn < 5; ++turn) {
+        QCoreApplication::processEvents(); // wrapped words settle
+    }
+    picture(window(), QStringLiteral("local-studies-failed-dark"));
+    press(window(), QStringLiteral("Send Now"));
+    EXPECT_EQ(sends, 1);
+    press(window(), QStringLiteral("Failed Only"));
+    EXPECT_EQ(view().model()->rowCount(), 5);
+}
+
+TEST_F(LocalScreen, OpensTheSeriesAndLoadsAgainBehindThem)
+{
+    openLoaded();
+    view().selectRow(0);
+
+    QTest::keyClick(&view(), Qt::Key_Return);
+    ASSERT_NE(screen().seriesSheet(), nullptr);
+    SeriesSheet &sheet = *screen().seriesSheet();
+    runUntil([&] { return sheet.panel().view().model()->rowCount() == 2; });
+    EXPECT_EQ(sheet.accessibleWords(), QStringLiteral("Local Series"));
+    picture(window(), QStringLiteral("local-series-dark"));
+    sheet.panel().view().selectRow(0);
+    press(sheet, QStringLiteral("Delete Selected"));
+    for (int answers = 0; answers < 3; ++answers) {
+        runUntil([&] { return question(window()) != nullptr; });
+        QTest::mouseClick(&question(window())->confirmButton(), Qt::LeftButton);
+    }
+    runUntil([&] { return sheet.panel().view().model()->rowCount() == 1; });
+    const QPointer<SeriesSheet> closing = &sheet;
+    press(sheet, QStringLiteral("Close"));
+    awaitGone(closing);
+    runUntil([&] { return cell(view(), 0, 8) == QStringLiteral("1"); });
+}
+
+TEST_F(LocalScreen, OffersWhatHelpsOnARightClick)
+{
+    openLoaded();
+    const QPoint place = view().visualRect(view().model()->index(0, 1)).center();
+
+    Q_EMIT view().customContextMenuRequested(place);
+    auto *menu = view().findChild<QMenu *>();
+    ASSERT_NE(menu, nullptr);
+    QStringList offered;
+    for (const QAction *action : menu->actions()) {
+        if (!action->isSeparator()) {
+            offered.append(action->text());
+        }
+    }
+
+    EXPECT_EQ(
+        offered,
+        QStringList(
+            {u"Show Series"_qs, u"Send Now"_qs, u"Copy Cell"_qs, u"Copy Rows"_qs, u"Delete Selected…"_qs}));
+    menu->close();
+}
+
+TEST_F(LocalScreen, ClipsNothingInALongLanguageInTheSmallestWindow)
+{
+    PseudoLocale longer;
+    qApp->installTranslator(&longer);
+    fail(3);
+    LocalStudiesWindowController other(parts(), localDoor());
+    open(other);
+    other.window()->resize(960, 600); // its least size, for which the screen of the tests has no room
+    other.showFailures();
+    runUntil([&] { return other.screen()->panel().view().model()->rowCount() == 1; });
+    runUntil([&] { return clippedIn(*other.window()).isEmpty(); }); // wrapped words take some turns to settle
+
+    EXPECT_EQ(clippedIn(*other.window()).join(u'|').toStdString(), "");
+    picture(*other.window(), QStringLiteral("local-studies-smallest-long"));
+    qApp->removeTranslator(&longer);
+}
+
+} // namespace gateway::shell::testing

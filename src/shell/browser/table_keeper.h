@@ -1,0 +1,36 @@
+#pragma once
+
+#include "browser/browser_table.h"
+#include "platform/concurrency/main_executor.h"
+
+#include <QtCore/QObject>
+
+#include <memory>
+#include <vector>
+
+namespace gateway::shell {
+
+/// Lets tables whose screen has gone end their deletions: closing a window ends none.
+///
+/// Owner: DesktopScreens. Thread: main.
+class TableKeeper
+{
+public:
+    /// \param main  outlives this.
+    explicit TableKeeper(platform::MainExecutor &main) : m_main(main) {}
+
+    /// Keeps the table for as long as it deletes.
+    void keep(std::shared_ptr<browser::BrowserTable> table);
+
+    /// How many are kept.
+    std::size_t count() const { return m_tables.size(); }
+
+private:
+    void dropIdle();
+
+    platform::MainExecutor &m_main;
+    std::vector<std::shared_ptr<browser::BrowserTable>> m_tables;
+    std::shared_ptr<const bool> m_life = std::make_shared<const bool>(true);
+};
+
+} // namespace gateway::shell
