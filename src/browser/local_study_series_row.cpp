@@ -48,25 +48,23 @@ QString LocalStudySeriesRow::text(int column) const
     return {};
 }
 
+bool LocalStudySeriesRow::isText(int column)
+{
+    return column != numberColumn && column != syncStateColumn && column != imagesColumn;
+}
+
 bool LocalStudySeriesRow::isBefore(const LocalStudySeriesRow &left,
                                    const LocalStudySeriesRow &right,
                                    int column)
 {
-    switch (static_cast<Column>(column)) {
-    case numberColumn:
+    if (column == numberColumn) {
         return left.seriesNumberSort < right.seriesNumberSort;
-    case syncStateColumn:
+    }
+    if (column == syncStateColumn) {
         return left.syncStateSortKey < right.syncStateSortKey;
-    case imagesColumn:
+    }
+    if (column == imagesColumn) {
         return left.imageCount < right.imageCount;
-    case descriptionColumn:
-        return isTextBefore(left.seriesDescription, right.seriesDescription);
-    case modalityColumn:
-        return isTextBefore(left.modality, right.modality);
-    case seriesUIDColumn:
-        return isTextBefore(left.seriesInstanceUID, right.seriesInstanceUID);
-    case columnTotal:
-        break;
     }
     return false;
 }

@@ -74,25 +74,23 @@ QString QuorinCloudQidoSeriesRow::text(int column) const
     return {};
 }
 
+bool QuorinCloudQidoSeriesRow::isText(int column)
+{
+    return column != numberColumn && column != dateColumn && column != imagesColumn;
+}
+
 bool QuorinCloudQidoSeriesRow::isBefore(const QuorinCloudQidoSeriesRow &left,
                                         const QuorinCloudQidoSeriesRow &right,
                                         int column)
 {
-    switch (static_cast<Column>(column)) {
-    case numberColumn:
+    if (column == numberColumn) {
         return left.seriesNumberSort < right.seriesNumberSort;
-    case dateColumn:
+    }
+    if (column == dateColumn) {
         return left.seriesDateRaw < right.seriesDateRaw;
-    case imagesColumn:
+    }
+    if (column == imagesColumn) {
         return left.numberOfImages < right.numberOfImages;
-    case descriptionColumn:
-        return isTextBefore(left.seriesDescription, right.seriesDescription);
-    case modalityColumn:
-        return isTextBefore(left.modality, right.modality);
-    case seriesUIDColumn:
-        return isTextBefore(left.seriesInstanceUID, right.seriesInstanceUID);
-    case columnTotal:
-        break;
     }
     return false;
 }

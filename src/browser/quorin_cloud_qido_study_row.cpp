@@ -89,31 +89,23 @@ QString QuorinCloudQidoStudyRow::furtherText(int column) const
     return column == patientNameColumn ? furtherNames : QString();
 }
 
+bool QuorinCloudQidoStudyRow::isText(int column)
+{
+    return column != dateColumn && column != timeColumn && column != imagesColumn;
+}
+
 bool QuorinCloudQidoStudyRow::isBefore(const QuorinCloudQidoStudyRow &left,
                                        const QuorinCloudQidoStudyRow &right,
                                        int column)
 {
-    switch (static_cast<Column>(column)) {
-    case dateColumn:
+    if (column == dateColumn) {
         return left.studyDateRaw < right.studyDateRaw;
-    case timeColumn:
+    }
+    if (column == timeColumn) {
         return left.studyTimeRaw < right.studyTimeRaw;
-    case imagesColumn:
+    }
+    if (column == imagesColumn) {
         return left.numberOfImages < right.numberOfImages;
-    case patientNameColumn:
-        return isTextBefore(left.patientName, right.patientName);
-    case patientIDColumn:
-        return isTextBefore(left.patientID, right.patientID);
-    case descriptionColumn:
-        return isTextBefore(left.studyDescription, right.studyDescription);
-    case modalityColumn:
-        return isTextBefore(left.modality, right.modality);
-    case accessionColumn:
-        return isTextBefore(left.accessionNumber, right.accessionNumber);
-    case studyUIDColumn:
-        return isTextBefore(left.studyInstanceUID, right.studyInstanceUID);
-    case columnTotal:
-        break;
     }
     return false;
 }

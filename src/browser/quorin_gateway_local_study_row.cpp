@@ -4,7 +4,6 @@
 #include "index/sync_state.h"
 
 #include <QtCore/QCoreApplication>
-#include <QtCore/QLocale>
 
 #include <algorithm>
 #include <limits>
@@ -50,10 +49,7 @@ QuorinGatewayLocalStudyRow QuorinGatewayLocalStudyRow::of(const index::LocalStud
     row.acquisitionDateSortKey = study.acquisitionDate
                                      ? static_cast<double>(study.acquisitionDate->toMSecsSinceEpoch()) / 1000
                                      : std::numeric_limits<double>::lowest();
-    row.acquisitionDateDisplay = study.acquisitionDate
-                                     ? QLocale::c().toString(study.acquisitionDate->toLocalTime(),
-                                                             QStringLiteral("yyyy-MM-dd HH:mm:ss"))
-                                     : kMissing;
+    row.acquisitionDateDisplay = study.acquisitionDate ? shownMoment(*study.acquisitionDate) : kMissing;
     row.imageCount = std::max<std::int64_t>(0, study.imageCount);
     row.failedImageCount = study.failedImageCount;
     row.searchText = searchTextOf({row.patientName,
@@ -91,29 +87,23 @@ QString QuorinGatewayLocalStudyRow::text(int column) const
     return {};
 }
 
+bool QuorinGatewayLocalStudyRow::isText(int column)
+{
+    return column != syncStateColumn && column != dateColumn && column != imagesColumn;
+}
+
 bool QuorinGatewayLocalStudyRow::isBefore(const QuorinGatewayLocalStudyRow &left,
                                           const QuorinGatewayLocalStudyRow &right,
                                           int column)
 {
-    switch (static_cast<Column>(column)) {
-    case syncStateColumn:
+    if (column == syncStateColumn) {
         return left.syncStateSortKey < right.syncStateSortKey;
-    case dateColumn:
+    }
+    if (column == dateColumn) {
         return left.acquisitionDateSortKey < right.acquisitionDateSortKey;
-    case imagesColumn:
+    }
+    if (column == imagesColumn) {
         return left.imageCount < right.imageCount;
-    case patientNameColumn:
-        return isTextBefore(left.patientName, right.patientName);
-    case patientIDColumn:
-        return isTextBefore(left.patientID, right.patientID);
-    case modalityColumn:
-        return isTextBefore(left.modality, right.modality);
-    case descriptionColumn:
-        return isTextBefore(left.studyDescription, right.studyDescription);
-    case accessionColumn:
-        return isTextBefore(left.accessionNumber, right.accessionNumber);
-    case columnTotal:
-        break;
     }
     return false;
 }

@@ -51,6 +51,7 @@ struct QuorinGatewayLocalStudyRow
     QString furtherText(int column) const { return column == syncStateColumn ? failures : QString(); }
     bool hasFailures() const { return failedImageCount > 0; }
     bool isInCloud() const { return syncStateSortKey == 1; }
+    static bool isText(int column);
     static bool
     isBefore(const QuorinGatewayLocalStudyRow &left, const QuorinGatewayLocalStudyRow &right, int column);
 };

@@ -69,7 +69,9 @@ BrowserTable::Load QuorinGatewayLocalStudyTableViewModel::makeLoad()
         rows.reserve(static_cast<std::size_t>(studies.size()));
         for (const gateway::index::LocalStudySnapshot &study : studies) {
             rows.push_back(Row::of(study));
-            rows.back().failures = wordsOf(failures.value(study.studyInstanceUID));
+            if (study.failedImageCount > 0) {
+                rows.back().failures = wordsOf(failures.value(study.studyInstanceUID));
+            }
         }
         return std::make_shared<const RowsOf<Row>>(std::move(rows));
     };

@@ -3,6 +3,8 @@
 #include <QtCore/QDate>
 #include <QtCore/QTime>
 
+#include <utility>
+
 namespace gateway::browser {
 
 QString shownText(const QString &text)
@@ -52,10 +54,29 @@ QString searchTextOf(const QStringList &fields)
     return fields.join(u' ').toLower();
 }
 
-bool isTextBefore(const QString &left, const QString &right)
+QString shownMoment(const QDateTime &moment)
 {
-    const int order = left.compare(right, Qt::CaseInsensitive);
-    return order != 0 ? order < 0 : left < right;
+    const QDateTime local = moment.toLocalTime();
+    int year = 0;
+    int month = 0;
+    int day = 0;
+    local.date().getDate(&year, &month, &day);
+    const QTime time = local.time();
+    QString text;
+    text.reserve(19);
+    const auto append = [&text](int number, int digits) {
+        for (int unit = digits == 4 ? 1000 : 10; unit > 0; unit /= 10) {
+            text.append(QChar(u'0' + number / unit % 10));
+        }
+    };
+    append(year, 4);
+    const std::pair<QChar, int> rest[] = {
+        {u'-', month}, {u'-', day}, {u' ', time.hour()}, {u':', time.minute()}, {u':', time.second()}};
+    for (const auto &[mark, number] : rest) {
+        text.append(mark);
+        append(number, 2);
+    }
+    return text;
 }
 
 } // namespace gateway::browser

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QtCore/QDateTime>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 
@@ -31,8 +32,8 @@ QString shownTime(const QString &digits);
 /// The text that a row is searched by: its fields, joined by one blank and lower-cased.
 QString searchTextOf(const QStringList &fields);
 
-/// Whether one text stands before another in a sorted column. Case doesn't part them, but decides between
-/// texts that are equal otherwise.
-bool isTextBefore(const QString &left, const QString &right);
+/// A moment as "yyyy-MM-dd HH:mm:ss" in the time zone of here. Fast: a hundred thousand are written at a
+/// time.
+QString shownMoment(const QDateTime &moment);
 
 } // namespace gateway::browser

@@ -63,7 +63,8 @@ public:
 };
 
 /// Rows of one type. A Row has the fields `id` and `searchText` (lower-cased), and the functions `target()`,
-/// `text(column)`, `furtherText(column)`, `hasFailures()`, `isInCloud()` and
+/// `text(column)`, `furtherText(column)`, `hasFailures()` and `isInCloud()`. Columns for which
+/// `isText(column)` holds are sorted by their texts, whatever the case of the letters, others by
 /// `isBefore(left, right, column)`.
 template <typename Row>
 class RowsOf final : public TableRows
@@ -105,22 +106,45 @@ public:
 
     RowOrder sorted(SortOrder order) const override
     {
-        RowOrder positions(m_rows.size());
-        std::iota(positions.begin(), positions.end(), 0U);
-        std::sort(positions.begin(), positions.end(), [&](quint32 left, quint32 right) {
-            if (isBefore(left, right, order)) {
-                return true;
-            }
-            return left < right && !isBefore(right, left, order);
-        });
-        return positions;
+        return Row::isText(order.column) ? sortedByText(order) : sortedByKey(order);
     }
 
 private:
-    bool isBefore(quint32 left, quint32 right, SortOrder order) const
+    /// Texts are folded once, not at each comparison.
+    RowOrder sortedByText(SortOrder order) const
     {
-        return order.ascending ? Row::isBefore(m_rows[left], m_rows[right], order.column)
-                               : Row::isBefore(m_rows[right], m_rows[left], order.column);
+        std::vector<std::pair<QString, quint32>> keys;
+        keys.reserve(m_rows.size());
+        for (std::size_t position = 0; position < m_rows.size(); ++position) {
+            keys.emplace_back(m_rows[position].text(order.column).toCaseFolded(),
+                              static_cast<quint32>(position));
+        }
+        std::sort(keys.begin(), keys.end(), [&](const auto &left, const auto &right) {
+            const int compared = left.first.compare(right.first);
+            return compared != 0 ? (compared < 0) == order.ascending : left.second < right.second;
+        });
+        RowOrder positions;
+        positions.reserve(keys.size());
+        for (const auto &[text, position] : keys) {
+            positions.push_back(position);
+        }
+        return positions;
+    }
+
+    RowOrder sortedByKey(SortOrder order) const
+    {
+        RowOrder positions(m_rows.size());
+        std::iota(positions.begin(), positions.end(), 0U);
+        std::sort(positions.begin(), positions.end(), [&](quint32 left, quint32 right) {
+            if (Row::isBefore(m_rows[left], m_rows[right], order.column)) {
+                return order.ascending;
+            }
+            if (Row::isBefore(m_rows[right], m_rows[left], order.column)) {
+                return !order.ascending;
+            }
+            return left < right;
+        });
+        return positions;
     }
 
     const Row &at(qsizetype position) const { return m_rows[static_cast<std::size_t>(position)]; }
