@@ -226,6 +226,13 @@ private:
         while (m_association.state() == Association::State::open) {
             if (!deadline && (m_connection.stopRequested() || !m_gatewayIsThere)) {
                 deadline = SteadyClock::now() + kGraceAfterStop;
+                // An object may be under way though nothing of it has been read yet.
+                if (const auto bytes = m_connection.receive()) {
+                    if (auto failure = takeReceived(*bytes)) {
+                        return failure;
+                    }
+                    continue;
+                }
             }
             if (deadline && (!m_association.isInsideObject() || SteadyClock::now() >= *deadline)) {
                 return abortFor(AbortReason::notSpecified, "The association was ended by the gateway.");
@@ -239,12 +246,8 @@ private:
 
     std::optional<std::string> takeWhatComes(std::optional<SteadyClock::time_point> deadline)
     {
-        const auto bytes = m_connection.receive();
-        if (bytes && bytes->empty()) {
-            return "The peer closed the connection without a release.";
-        }
-        if (bytes) {
-            return take(*bytes);
+        if (const auto bytes = m_connection.receive()) {
+            return takeReceived(*bytes);
         }
         const auto since = SteadyClock::now();
         const PeerConnection::Wait end = m_connection.waitForBytes(deadline);
@@ -256,8 +259,12 @@ private:
         return std::nullopt;
     }
 
-    std::optional<std::string> take(std::string_view bytes)
+    /// \param bytes  none when the peer has closed the connection.
+    std::optional<std::string> takeReceived(std::string_view bytes)
     {
+        if (bytes.empty()) {
+            return "The peer closed the connection without a release.";
+        }
         const bool goesOn = m_association.isInsideMessage();
         m_association.take(bytes);
         if (!goesOn || !m_association.isInsideMessage()) {
