@@ -3,10 +3,10 @@
 //
 //   quorin-state-bench [rows of the index] [files of the store] [seconds of receiving]
 
+#include "index/figure_index.h"
 #include "index/testing/temporary_index.h"
 #include "platform/concurrency/worker_pool.h"
 #include "state/gateway_app_state.h"
-#include "state/state_index.h"
 #include "state/storage_walker.h"
 
 #include <QtCore/QCoreApplication>
@@ -29,7 +29,6 @@ namespace {
 using gateway::index::testing::TemporaryIndex;
 using gateway::platform::SystemClock;
 using gateway::platform::WorkerPool;
-using gateway::state::DicomDBStateIndex;
 using gateway::state::GatewayAppState;
 using gateway::state::StorageWalker;
 using gateway::state::TransferTimeframe;
@@ -112,14 +111,10 @@ public:
         m_home.clock.advance(std::chrono::seconds(QDateTime::currentDateTimeUtc().toSecsSinceEpoch() -
                                                   m_home.clock.now().toSecsSinceEpoch()));
         fill(m_home, rows, m_home.clock.now());
-        m_stateIndex.emplace(m_home.index());
-        m_state.emplace(gateway::state::GatewayAppStateParts{*m_stateIndex,
-                                                             [] { return true; },
-                                                             m_home.notifications,
-                                                             m_home.main,
-                                                             m_pool,
-                                                             m_clock,
-                                                             [] { return QTimeZone("Europe/Berlin"); }});
+        m_state.emplace(gateway::state::GatewayAppStateParts{
+            m_home.index(), m_home.notifications, m_home.main, m_pool, m_clock, [] {
+                return QTimeZone("Europe/Berlin");
+            }});
     }
 
     void counters()
@@ -201,7 +196,6 @@ private:
     TemporaryIndex m_home;
     WorkerPool m_pool{QStringLiteral("bench"), 1};
     SystemClock m_clock;
-    std::optional<DicomDBStateIndex> m_stateIndex;
     std::optional<GatewayAppState> m_state;
 };
 

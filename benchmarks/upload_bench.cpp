@@ -10,7 +10,6 @@
 #include "platform/files/file_system.h"
 #include "platform/keychain/token_store.h"
 #include "platform/notifications/notification_center.h"
-#include "upload/dicom_db_upload_index.h"
 #include "upload/upload_run.h"
 
 #include <CLI/CLI.hpp>
@@ -55,7 +54,7 @@ public:
     void log(gateway::log::GatewayLogEvent) override {}
 };
 
-class SilentState final : public upload::UploadState
+class SilentState final : public gateway::state::UploadState
 {
 public:
     void refreshCounters() override {}
@@ -187,7 +186,6 @@ struct Bench
     MemoryTokenStore tokens;
     cloud_client::QuorinApiClient client{configuration(), tokens};
     cloud_client::QrnStowAPI stow{client};
-    upload::DicomDBUploadIndex index{database};
     AlwaysSignedIn session;
     SilentState state;
     SilentTerms terms;
@@ -197,7 +195,7 @@ struct Bench
     upload::RunObserver observer;
     upload::NewSeries newSeries;
     upload::UploadCollaborators with{
-        index, stow, converter, session, state, terms, cleanup, observer, emitter, main, clock, newSeries};
+        database, stow, converter, session, state, terms, cleanup, observer, emitter, main, clock, newSeries};
 
     cloud_client::CloudConfiguration configuration() const
     {

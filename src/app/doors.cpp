@@ -8,13 +8,13 @@ namespace gateway::app {
 
 namespace {
 
-monitor::FailedFiles::Counts failedFilesIn(const index::DicomDB &index)
+monitor::FailedFiles::Counts failedFilesIn(const index::FailedUploads &failures)
 {
     monitor::FailedFiles::Counts counts;
-    for (const index::UploadFailureCount &known : index.uploadFailureCounts()) {
+    for (const index::UploadFailureCount &known : failures.counts()) {
         counts.byClass[known.failureClass] += known.files;
     }
-    counts.waiting = index.waitingRetries();
+    counts.waiting = failures.waitingRetries();
     return counts;
 }
 
@@ -42,7 +42,7 @@ browser::LocalBrowserParts Doors::localBrowser()
     return {.index = localIndex,
             .notifications = ground.notifications,
             .runtime = {.main = ground.main, .pool = ground.pool, .clock = ground.clock},
-            .countersChanged = [&state = live.state()] {
+            .countersChanged = [&state = live] {
                 state.refreshCounters();
                 state.refreshTransferSeries();
             }};
@@ -56,8 +56,9 @@ bool Doors::areImagesWaiting()
 
 state::UpkeepFigures Doors::upkeepFigures()
 {
-    const auto recording = ground.index.recordingProgress().value_or(index::RecordingProgress());
-    return {.setAsideFiles = live.state().figures().setAsideFilesCount,
+    const auto recording =
+        ground.index.storeRecording().recordingProgress().value_or(index::RecordingProgress());
+    return {.setAsideFiles = live.figures().setAsideFilesCount,
             .isRetentionHeldBack = sending.cleanup.isHeldBack(),
             .filesToRecordAgain = recording.files,
             .filesRecordedAgain = recording.recorded};
@@ -83,8 +84,10 @@ std::shared_ptr<terminal::StatusCommands> Doors::makeStatus()
         .main = ground.main,
         .pool = ground.networkPool,
         .settings = ground.settings,
-        .receiving = {.listener = receiving.listenerWatch, .state = live.state()},
-        .sending = {.index = ground.index, .runs = sending.runWatcher, .coordinator = *sending.coordinator},
+        .receiving = {.listener = receiving.listenerWatch, .state = live},
+        .sending = {.failures = ground.index.failedUploads(),
+                    .runs = sending.runWatcher,
+                    .coordinator = *sending.coordinator},
         .cloud = {.configuration = account.client.configuration(),
                   .watch = account.watch,
                   .auth = account.auth},
@@ -119,14 +122,14 @@ std::unique_ptr<monitor::HealthService> Doors::makeHealth()
             .main = ground.main, .pool = ground.pool, .clock = ground.clock});
     const auto failedFiles = std::make_shared<monitor::FailedFiles>(monitor::FailedFiles::Collaborators{
         .main = ground.main, .pool = ground.pool, .clock = ground.clock, .count = [this] {
-            return failedFilesIn(ground.index);
+            return failedFilesIn(ground.index.failedUploads());
         }});
     return std::make_unique<monitor::HealthService>(
         monitor::HealthCollector::Collaborators{
             .settings = ground.settings,
             .events = ground.eventCounts,
             .clock = ground.clock,
-            .receiving = {.listener = receiving.listenerWatch, .state = live.state()},
+            .receiving = {.listener = receiving.listenerWatch, .state = live},
             .sending = {.index = ground.index,
                         .runs = sending.runWatcher,
                         .coordinator = *sending.coordinator,

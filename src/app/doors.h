@@ -30,7 +30,7 @@ struct Doors
 {
     Ground &ground;
     CloudAccount &account;
-    LiveFigures &live;
+    state::GatewayAppState &live;
     Sending &sending;
     Receiving &receiving;
     GatewayFace &face;

@@ -1,5 +1,7 @@
 #include "app/gateway.h"
 
+#include <QtCore/QTimeZone>
+
 #include <chrono>
 #include <utility>
 
@@ -14,6 +16,16 @@ constexpr std::chrono::seconds kSessionPoll{60};
 Gateway::Gateway(GatewayOptions options, GatewayFace &face) : m_options(std::move(options)), m_face(face)
 {
     m_ground.converter.sweepLeftovers();
+}
+
+state::GatewayAppStateParts Gateway::figureParts()
+{
+    return {.index = m_ground.index,
+            .notifications = m_ground.notifications,
+            .main = m_ground.main,
+            .pool = m_ground.pool,
+            .clock = m_ground.clock,
+            .timeZone = [] { return QTimeZone::systemTimeZone(); }};
 }
 
 shell::ScreenModels Gateway::screenModels()
@@ -31,7 +43,7 @@ shell::ScreenModels Gateway::screenModels()
                       .auth = m_account.auth,
                       .watch = m_account.watch},
             .images = {.index = m_ground.index,
-                       .appState = m_live.state(),
+                       .appState = m_live,
                        .listener = m_receiving.store->listenerService(),
                        .manualImports = m_receiving.store->manualImportService()},
             .browsers = {.cloud = m_doors.cloudBrowser(),
@@ -63,7 +75,7 @@ void Gateway::launch()
         },
         [this](const QString &path) { m_receiving.store->listenerService().offerInboxFile(path); },
         [this](qsizetype count) {
-            m_ground.main.post([this, count] { m_live.state().setSetAsideFilesCount(count); });
+            m_ground.main.post([this, count] { m_live.setSetAsideFilesCount(count); });
         });
     m_recording.emplace(IndexRecording::Collaborators{.index = m_ground.index,
                                                       .clock = m_ground.clock,

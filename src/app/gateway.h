@@ -6,18 +6,18 @@
 #include "app/ground.h"
 #include "app/index_recording.h"
 #include "app/launch_ports.h"
-#include "app/live_figures.h"
 #include "app/receiving.h"
 #include "app/sending.h"
 #include "receive/inbox_watch.h"
 #include "shell/desktop/screen_models.h"
+#include "state/gateway_app_state.h"
 
 #include <optional>
 
 namespace gateway::app {
 
 /// The shared objects of one running gateway, each made once and joined to the others here and nowhere else:
-/// six assemblies, each made of those before it.
+/// five assemblies, each made of those before it.
 ///
 /// Owner: main. Thread: main; made after the application object. Nothing is torn down in life: the program
 /// ends with the process, and what was in flight is found again at the next start.
@@ -53,12 +53,14 @@ public:
     void handle(const terminal::ControlRequest &request, const terminal::InstanceCommands::Answer &answer);
 
 private:
+    state::GatewayAppStateParts figureParts();
+
     const GatewayOptions m_options;
     GatewayFace &m_face;
 
     Ground m_ground{.options = m_options};
     CloudAccount m_account{.ground = m_ground};
-    LiveFigures m_live{m_ground};
+    state::GatewayAppState m_live{figureParts()};
     Sending m_sending{.ground = m_ground, .account = m_account, .live = m_live};
     Receiving m_receiving{
         .ground = m_ground, .live = m_live, .sending = m_sending, .importPanel = m_face.importPanel()};

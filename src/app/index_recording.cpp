@@ -8,7 +8,7 @@ namespace gateway::app {
 
 IndexRecording::IndexRecording(Collaborators with) : m_with(std::move(with))
 {
-    if (m_with.index.lacksStoredFiles()) {
+    if (m_with.index.storeRecording().lacksStoredFiles()) {
         say(QStringLiteral("The index lacks stored images: it was made anew, or came back from a backup. "
                            "They are being recorded in it again, and are sent again where the cloud "
                            "doesn't have them."));
@@ -25,7 +25,7 @@ void IndexRecording::record(const std::stop_token &stop)
         m_with.listener.keepOrder();
         m_with.uploads.requestUpload(QStringLiteral("store_recorded_again"), upload::UploadUrgency::whenOpen);
     };
-    while (!m_with.index.recordStoredFiles(stop, count)) {
+    while (!m_with.index.storeRecording().recordStoredFiles(stop, count)) {
         if (!m_with.clock.sleep(kPause, stop)) {
             return;
         }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "app/live_figures.h"
 #include "app/manual_imports.h"
 #include "app/sending.h"
 #include "app/store.h"
@@ -27,7 +26,7 @@ namespace gateway::app {
 struct Receiving
 {
     Ground &ground;
-    LiveFigures &live;
+    state::GatewayAppState &live;
     Sending &sending;
     receive::ImportPanel *importPanel; ///< none without a desktop
 
@@ -41,7 +40,7 @@ struct Receiving
     receive::ListenerWatch listenerWatch{{.defaults = ground.defaults,
                                           .notifications = ground.notifications,
                                           .listenerService = store->listenerService(),
-                                          .state = live.state(),
+                                          .state = live,
                                           .bindAddress = ground.options.bindAddress}};
 
     std::unique_ptr<platform::NetServicePublishing> makeNetServices();

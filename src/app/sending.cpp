@@ -35,7 +35,7 @@ upload::StoreUploadCoordinator::Collaborators Sending::coordinatorCollaborators(
     return {.emitter = ground.emitter,
             .observer = observers,
             .clock = ground.clock,
-            .index = uploadIndex,
+            .retries = ground.index.failedUploads(),
             .readConfig =
                 [this] {
                     return upload::StoreUpload::executionConfig(

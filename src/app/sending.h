@@ -2,9 +2,9 @@
 
 #include "account/cloud_watch.h"
 #include "app/cloud_account.h"
-#include "app/live_figures.h"
+#include "app/ground.h"
+#include "state/gateway_app_state.h"
 #include "upload/cloud_terms_follow_up.h"
-#include "upload/dicom_db_upload_index.h"
 #include "upload/gateway_auto_delete_cleanup_service.h"
 #include "upload/new_series.h"
 #include "upload/retention_clock.h"
@@ -51,14 +51,13 @@ struct Sending
 {
     Ground &ground;
     CloudAccount &account;
-    LiveFigures &live;
+    state::GatewayAppState &live;
 
     upload::UploadRunWatcher runWatcher = {};
     AnsweringCloud answers{ground.main, account.watch};
     upload::RunObservers observers{{&ground.eventCounts, &runWatcher, &answers}};
 
     CloudSession session{account.client};
-    upload::DicomDBUploadIndex uploadIndex{ground.index};
     upload::RetentionClock retentionClock{ground.clock, ground.defaults};
     upload::GatewayAutoDeleteCleanupService cleanup{cleanupCollaborators()};
     upload::CloudTermsFollowUp terms{{.terms = account.termsApi,
@@ -67,7 +66,7 @@ struct Sending
                                       .main = ground.main,
                                       .clock = ground.clock}};
     upload::NewSeries newSeries = {};
-    upload::UploadCollaborators runCollaborators{.index = uploadIndex,
+    upload::UploadCollaborators runCollaborators{.index = ground.index,
                                                  .cloud = account.stowApi,
                                                  .converter = ground.converter,
                                                  .session = session,

@@ -39,7 +39,7 @@ public:
 
     QList<index::UploadFailure> uploadFailures(index::UploadFailureCursor &cursor) override
     {
-        return m_database.uploadFailures(kFailuresAtOnce, cursor);
+        return m_database.failedUploads().next(kFailuresAtOnce, cursor);
     }
 
     index::DeletionCounts deleteStudies(const QStringList &studies) override

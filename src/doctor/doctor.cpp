@@ -87,11 +87,11 @@ public:
 
     void lookForLostIndex()
     {
-        if (!m_index.lacksStoredFiles()) {
+        if (!m_index.storeRecording().lacksStoredFiles()) {
             return;
         }
         add(FindingKind::indexMadeAnew, 1);
-        if (m_repairs && m_index.recordStoredFiles(m_stop, [](std::int64_t) {})) {
+        if (m_repairs && m_index.storeRecording().recordStoredFiles(m_stop, [](std::int64_t) {})) {
             addMended(FindingKind::indexMadeAnew, 1);
         }
     }
@@ -171,7 +171,7 @@ public:
     void readFailures()
     {
         QList<FailedFiles> &failures = m_found.failures;
-        for (const index::UploadFailureCount &count : m_index.uploadFailureCounts()) {
+        for (const index::UploadFailureCount &count : m_index.failedUploads().counts()) {
             failures.append({{core::failureClassOf(count.failureClass), count.failureCode}, count.files, {}});
         }
         const auto lacksExamples = [](const FailedFiles &group) {
@@ -180,7 +180,7 @@ public:
         constexpr int kFailuresOfAPage = 500;
         index::UploadFailureCursor cursor;
         while (std::ranges::any_of(failures, lacksExamples) && !m_stop.stop_requested()) {
-            const auto page = m_index.uploadFailures(kFailuresOfAPage, cursor);
+            const auto page = m_index.failedUploads().next(kFailuresOfAPage, cursor);
             if (page.isEmpty()) {
                 return;
             }

@@ -145,7 +145,7 @@ TEST_F(DoctorTest, TellsOfAFileThatIsGoneAndKeepsItsRowsWaiting)
 
     EXPECT_EQ(rows(), 1);
     EXPECT_EQ(home.index().failedImagesCount(), 1);
-    EXPECT_EQ(home.index().uploadFailureCounts(),
+    EXPECT_EQ(home.index().failedUploads().counts(),
               (QList<index::UploadFailureCount>{{QStringLiteral("fileMissing"), 0, 1}}));
     EXPECT_FALSE(examine(true).isWell());
 }

@@ -34,9 +34,9 @@ DicomDB::DicomDB(DicomDBPaths paths, DicomDBCollaborators with)
               with.files,
               ledger(m_store, "SELECT nextFileNumber FROM Ledger"),
               ledger(m_store, "SELECT newestAcknowledged FROM Ledger")),
-      m_announcement(std::make_shared<Announcement>())
+      m_announcement(std::make_shared<Announcement>()), m_failedUploads(m_store, m_files, with.clock),
+      m_storeRecording(m_store, m_files, examination(), [this] { postLocalSyncStateChanged(); })
 {
-    noteWhatWasLost();
 }
 
 DicomDB::~DicomDB()
@@ -64,21 +64,11 @@ std::int64_t DicomDB::nowInMilliseconds() const
     return m_with.clock.now().toMSecsSinceEpoch();
 }
 
-bool DicomDB::writeQuietly(const IndexStore::Change &change, IndexStore::Durability durability)
-{
-    try {
-        m_store.write(change, durability);
-        return true;
-    } catch (const platform::SqliteError &) {
-        return false; // undone; the caller gives its empty result
-    }
-}
-
 bool DicomDB::rollUpAllStates()
 {
     bool changed = false;
     const bool saved =
-        writeQuietly([&](platform::Database &database) { changed = index::rollUpAllStates(database); });
+        m_store.tryWrite([&](platform::Database &database) { changed = index::rollUpAllStates(database); });
     return saved && changed;
 }
 

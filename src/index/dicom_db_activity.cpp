@@ -62,7 +62,7 @@ public:
         addSlots(database, endHour * kSlotsOfAnHour, to);
     }
 
-    DicomDB::TransferBuckets take() { return std::move(m_sums); }
+    TransferCounts take() { return std::move(m_sums); }
 
 private:
     std::int64_t bucketOf(std::int64_t slot) const { return (slot - m_first) / m_slotsOfABucket; }
@@ -76,15 +76,15 @@ private:
 
     const std::int64_t m_first;
     const std::int64_t m_slotsOfABucket;
-    DicomDB::TransferBuckets m_sums;
+    TransferCounts m_sums;
 };
 
 } // namespace
 
-DicomDB::TransferBuckets DicomDB::transferBuckets(const QDateTime &start,
-                                                  const QDateTime &end,
-                                                  std::chrono::seconds duration,
-                                                  int count) const
+TransferCounts DicomDB::transferBuckets(const QDateTime &start,
+                                        const QDateTime &end,
+                                        std::chrono::seconds duration,
+                                        int count) const
 {
     const auto size = static_cast<std::size_t>(std::max(0, count));
     const std::int64_t slotsOfABucket = std::max<std::int64_t>(1, duration / kSlot);

@@ -138,7 +138,7 @@ bool DicomDB::pruneBatch(std::int64_t cutoff, LocalPruneResult &result)
 {
     const MutexLock lock(m_deletion);
     PrunedRows rows;
-    if (!writeQuietly([&](Database &database) { rows = pruneRows(database, cutoff); })) {
+    if (!m_store.tryWrite([&](Database &database) { rows = pruneRows(database, cutoff); })) {
         return false;
     }
     result.deletedImageCount += rows.images;
@@ -212,7 +212,7 @@ DeletionCounts DicomDB::deleteParents(std::int64_t requested, const DeleteRows &
     const MutexLock lock(m_deletion);
     std::int64_t deleted = 0;
     QSet<QString> paths;
-    const bool saved = writeQuietly([&](Database &database) {
+    const bool saved = m_store.tryWrite([&](Database &database) {
         paths.clear();
         deleted = deleteRows(database, paths);
         noteForRemoval(database, paths);
@@ -290,7 +290,7 @@ void DicomDB::forgetRemovals(const QStringList &paths)
     if (paths.isEmpty()) {
         return;
     }
-    writeQuietly([&](Database &database) {
+    m_store.tryWrite([&](Database &database) {
         for (const QString &path : paths) {
             database.prepare("DELETE FROM PendingRemoval WHERE pathString = ?").bindAll(path).run();
         }

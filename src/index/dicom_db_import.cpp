@@ -239,7 +239,7 @@ void DicomDB::dropEqualCopies(const Recorded &recorded, const StoredFile &stored
         return;
     }
     const bool noted =
-        writeQuietly([&](platform::Database &database) { releaseSuperseded(database, equal); });
+        m_store.tryWrite([&](platform::Database &database) { releaseSuperseded(database, equal); });
     if (noted) {
         removeReleased(equal, RemovalReason::superseded);
     }

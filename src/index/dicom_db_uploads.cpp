@@ -173,13 +173,13 @@ RecoveryCounts putAllBack(Database &database)
 
 } // namespace
 
-QList<PendingImageUpload> DicomDB::pendingImageUploads(int limit) const
+QList<PendingImageUpload> DicomDB::pendingImageUploads(int limit)
 {
     PendingCursor fromTheOldest;
     return pendingImageUploads(limit, fromTheOldest).value_or(QList<PendingImageUpload>());
 }
 
-std::optional<QList<PendingImageUpload>> DicomDB::pendingImageUploads(int limit, PendingCursor &cursor) const
+std::optional<QList<PendingImageUpload>> DicomDB::pendingImageUploads(int limit, PendingCursor &cursor)
 {
     // Of each page a part is kept for what failed before: neither kind starves the other.
     constexpr qsizetype kPartForRetries = 4;
@@ -282,13 +282,13 @@ void DicomDB::markImagesInProgress(const QList<ImageObjectID> &imageObjectIDs)
         rollUpSeriesAndStudies(database, series);
         found = !series.empty();
     };
-    const bool saved = writeQuietly(mark, IndexStore::Durability::withTheNext);
+    const bool saved = m_store.tryWrite(mark, IndexStore::Durability::withTheNext);
     if (saved && found) {
         postLocalSyncStateChanged();
     }
 }
 
-SentBefore DicomDB::sentBefore(const SentInstance &next) const
+SentBefore DicomDB::sentBefore(const SentInstance &next)
 {
     try {
         return m_store.read([&](Database &database) { return index::sentBefore(database, next, m_sender); });
@@ -350,7 +350,8 @@ std::optional<std::int64_t> DicomDB::recordUploadResult(const QList<ImageObjectI
     // lost would leave its version as one that broke off, and may have arrived.
     const bool mayLetGo = synced && hasOthersBeside(path);
     const bool mustLast = mayLetGo || (!synced && more.version);
-    if (!writeQuietly(record, mustLast ? IndexStore::Durability::now : IndexStore::Durability::withTheNext)) {
+    if (!m_store.tryWrite(record,
+                          mustLast ? IndexStore::Durability::now : IndexStore::Durability::withTheNext)) {
         return std::nullopt;
     }
     if (mayLetGo) { // one that came to stand beside it just now stays noted, and goes another time
@@ -381,7 +382,7 @@ void DicomDB::releaseSentBeside(const QString &successor)
                 released += releaseIfProven(database, file.successor);
             }
         };
-        if (!sent.empty() && writeQuietly(release)) {
+        if (!sent.empty() && m_store.tryWrite(release)) {
             removeReleased(released, RemovalReason::superseded);
         }
     } catch (const SqliteError &) {
@@ -403,9 +404,9 @@ RecoveryCounts DicomDB::recoverInProgressImages()
 {
     RecoveryCounts counts;
     const std::int64_t now = nowInMilliseconds();
-    const bool saved = writeQuietly([&](Database &database) {
+    const bool saved = m_store.tryWrite([&](Database &database) {
         database.prepare(kReleaseUnbelievable)
-            .bindAll(now, now + std::chrono::milliseconds(kLongestWait).count())
+            .bindAll(now, now + std::chrono::milliseconds(FailedUploads::kLongestWait).count())
             .run();
         counts = putAllBack(database);
     });
@@ -422,7 +423,7 @@ std::int64_t DicomDB::resetInProgressImages(const QList<ImageObjectID> &imageObj
         return 0;
     }
     std::int64_t reset = 0;
-    const bool saved = writeQuietly([&](Database &database) {
+    const bool saved = m_store.tryWrite([&](Database &database) {
         reset = 0;
         SeriesKeys series;
         for (const ImageObjectID image : imageObjectIDs) {
@@ -439,7 +440,7 @@ std::int64_t DicomDB::resetInProgressImages(const QList<ImageObjectID> &imageObj
     return saved ? reset : 0;
 }
 
-bool DicomDB::mayOtherVersionBeSent(const SentInstance &sent) const
+bool DicomDB::mayOtherVersionBeSent(const SentInstance &sent)
 {
     bool may = true;
     try {

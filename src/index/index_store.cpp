@@ -57,6 +57,16 @@ IndexStore::IndexStore(const QString &path) : m_path(path), m_writer(openWriter(
 
 IndexStore::~IndexStore() = default;
 
+bool IndexStore::tryWrite(const Change &change, Durability durability)
+{
+    try {
+        write(change, durability);
+        return true;
+    } catch (const SqliteError &) {
+        return false; // undone; the caller gives its empty result
+    }
+}
+
 void IndexStore::write(const Change &change, Durability durability)
 {
     Writer self{change, durability, nullptr, false, {}};

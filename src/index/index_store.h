@@ -47,6 +47,9 @@ public:
     /// \throws SqliteError  when the transaction failed; nothing has changed then.
     void write(const Change &change, Durability durability = Durability::now);
 
+    /// The same. \return false when the transaction failed; nothing has changed then.
+    bool tryWrite(const Change &change, Durability durability = Durability::now);
+
     /// Calls `query` with a connection that sees the last committed state, the same one throughout the call.
     /// Never waits for a writer. \throws SqliteError
     template <typename Query>

@@ -354,7 +354,7 @@ private:
         m_home.close();
         QDir(m_home.path(QStringLiteral("index"))).removeRecursively();
         m_home.reopen();
-        m_home.index().recordStoredFiles({}, [](std::int64_t) {});
+        m_home.index().storeRecording().recordStoredFiles({}, [](std::int64_t) {});
     }
 
     void hideOrShow()

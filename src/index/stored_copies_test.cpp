@@ -338,7 +338,7 @@ TEST_F(StoredCopies, NobodyKnowsWhoWasToldOfAFileThatIsRecordedAgain)
     home.close();
     QDir(home.path(QStringLiteral("index"))).removeRecursively();
     home.reopen();
-    home.index().recordStoredFiles({}, [](std::int64_t) {});
+    home.index().storeRecording().recordStoredFiles({}, [](std::int64_t) {});
     send(brought);
 
     EXPECT_EQ(current(), QStringList{brought});

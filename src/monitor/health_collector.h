@@ -3,7 +3,7 @@
 #include "account/cloud_watch.h"
 #include "account/quorin_auth_view_model.h"
 #include "core/settings.h"
-#include "index/dicom_db.h"
+#include "index/figure_index.h"
 #include "monitor/event_counts.h"
 #include "monitor/failed_files.h"
 #include "monitor/free_space_watch.h"
@@ -39,7 +39,7 @@ public:
     /// Who knows of what goes out.
     struct Sending
     {
-        const index::DicomDB &index;
+        const index::FigureIndex &index;
         const upload::UploadRunWatcher &runs;
         const upload::StoreUploadCoordinator &coordinator;
         std::shared_ptr<FailedFiles> failedFiles;

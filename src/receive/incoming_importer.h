@@ -8,7 +8,7 @@
 #include "platform/concurrency/task.h"
 #include "platform/concurrency/worker_pool.h"
 #include "receive/receive_observer.h"
-#include "receive/receive_state.h"
+#include "state/receive_state.h"
 
 #include <QtCore/QHash>
 #include <QtCore/QSet>
@@ -41,7 +41,7 @@ public:
         index::DBServiceProtocol &dbService;
         log::StoreLogEmitter &logEmitter;
         ReceiveObserver &observer;
-        ReceiveState &state;
+        state::ReceiveState &state;
         platform::MainExecutor &main;
         platform::WorkerPool &pool;
         platform::Clock &clock;

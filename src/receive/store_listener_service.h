@@ -16,8 +16,8 @@
 #include "receive/incoming_folders.h"
 #include "receive/incoming_importer.h"
 #include "receive/receive_observer.h"
-#include "receive/receive_state.h"
 #include "state/listener_figures.h"
+#include "state/receive_state.h"
 
 #include <QtCore/QSet>
 #include <QtCore/QString>
@@ -57,7 +57,7 @@ public:
         index::DBServiceProtocol &dbService;
         log::StoreLogEmitter &logEmitter;
         ReceiveObserver &observer;
-        ReceiveState &state;
+        state::ReceiveState &state;
         platform::NetServicePublishing &netServices;
         IncomingFolders &incomingFolders;
         std::function<std::shared_ptr<platform::StoreSCP>()> makeStoreSCP; ///< a new one for each start

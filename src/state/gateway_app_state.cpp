@@ -1,9 +1,9 @@
 #include "state/gateway_app_state.h"
 
 #include "core/notification_names.h"
+#include "index/figure_index.h"
 #include "platform/concurrency/async_sleep.h"
 #include "platform/concurrency/clock.h"
-#include "state/state_index.h"
 #include "state/time_texts.h"
 
 #include <QtCore/QLocale>
@@ -149,7 +149,7 @@ void GatewayAppState::whenStorageIsMeasured(std::function<void()> then)
 void GatewayAppState::syncListeningState()
 {
     enterMain();
-    publish(Field::isDimseListening, &GatewayFigures::isDimseListening, m_parts.isListening());
+    publish(Field::isDimseListening, &GatewayFigures::isDimseListening, m_isListening);
     if (!m_figures.isDimseListening) {
         clearReceiveAssociations();
     }
@@ -250,7 +250,7 @@ void GatewayAppState::refreshTransferSeries()
     TransferWindow window;
     window.newest = newestBucket();
     window.start = windowStart(window.newest, bucketDuration(), count);
-    index::DicomDB::TransferBuckets buckets =
+    index::TransferCounts buckets =
         m_parts.index.transferBuckets(window.start,
                                       window.newest.addSecs(bucketDuration().count()),
                                       bucketDuration(),

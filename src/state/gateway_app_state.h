@@ -3,10 +3,12 @@
 #include "platform/concurrency/task_scope.h"
 #include "platform/notifications/notification_center.h"
 #include "state/gateway_figures.h"
+#include "state/receive_state.h"
 #include "state/storage_metrics.h"
 #include "state/storage_walker.h"
 #include "state/transfer_window.h"
 #include "state/upload_speed.h"
+#include "state/upload_state.h"
 
 #include <QCoro/QCoroTask>
 
@@ -21,6 +23,10 @@
 #include <optional>
 #include <stop_token>
 
+namespace gateway::index {
+class FigureIndex;
+}
+
 namespace gateway::platform {
 class Clock;
 class MainExecutor;
@@ -29,14 +35,10 @@ class WorkerPool;
 
 namespace gateway::state {
 
-class StateIndex;
-
 /// What the live figures work with; all outlive them.
 struct GatewayAppStateParts
 {
-    StateIndex &index;
-    std::function<bool()>
-        isListening; ///< whether the listener service holds a receiver; called on the main thread
+    index::FigureIndex &index;
     platform::NotificationCenter &notifications;
     platform::MainExecutor &main;
     platform::WorkerPool &pool;
@@ -55,7 +57,7 @@ struct GatewayAppStateParts
 /// Nothing here reports a failure: what can't be read shows as 0.
 ///
 /// Owner: app; exactly one exists. Thread: main.
-class GatewayAppState : public QObject
+class GatewayAppState final : public QObject, public ReceiveState, public UploadState
 {
     Q_OBJECT
 
@@ -77,7 +79,7 @@ public:
     /// Reads the counts of the index and asks for a storage measurement. Costs one row of the index.
     /// Publishes notSyncedStudies-, notSyncedSeries-, notSyncedImages-, receivedStudies-, receivedSeries-,
     /// syncedImages-, receivedImages- and failedImagesCount, in this order.
-    void refreshCounters();
+    void refreshCounters() override;
 
     /// Asks for a new measurement of the file store, which follows on another thread.
     void refreshStorageUsage();
@@ -90,30 +92,32 @@ public:
 
     // --- Receiving -----------------------------------------------------------------------------------
 
-    /// Asks whether the listener stands; where it doesn't, no association is left either.
+    void setListening(bool isListening) override { m_isListening = isListening; }
+
+    /// Shows whether the listener stands; where it doesn't, no association is left either.
     void syncListeningState();
 
     /// \param id  of the association; white space around it means nothing.
-    void beginReceiveAssociation(const QString &id);
-    void endReceiveAssociation(const QString &id);
+    void beginReceiveAssociation(const QString &id) override;
+    void endReceiveAssociation(const QString &id) override;
 
     /// The listener stopped.
-    void clearReceiveAssociations();
+    void clearReceiveAssociations() override;
 
     // --- Upload speed --------------------------------------------------------------------------------
 
     /// Takes a sample; the figure moves at most every 1.2 s, and falls to 0 after 8 s without one.
-    void recordUploadThroughput(qint64 bytes, std::chrono::duration<double> elapsed);
+    void recordUploadThroughput(qint64 bytes, std::chrono::duration<double> elapsed) override;
     void resetUploadSpeed();
 
     // --- Transfer activity ---------------------------------------------------------------------------
 
     /// Builds both series from the index. Publishes received and sent series and the window's start, in this
     /// order.
-    void refreshTransferSeries();
+    void refreshTransferSeries() override;
 
     /// Counts one received file without a query, in the bucket of now.
-    void recordReceivedItem();
+    void recordReceivedItem() override;
 
     /// Chooses a timeframe with its usual number of buckets; the one that shows already loses its zoom.
     void setTransferTimeframe(TransferTimeframe timeframe);
@@ -158,6 +162,7 @@ private:
 
     platform::NotificationCenter::Token m_listenerObserver;
     platform::NotificationCenter::Token m_localSyncStateObserver;
+    bool m_isListening = false; ///< as told; shown at the notification
     QSet<QString> m_activeReceiveAssociations;
     QDateTime m_transferSeriesReferenceBucketStart;
     double m_transferZoomDeltaAccumulator = 0;

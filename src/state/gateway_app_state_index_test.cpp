@@ -2,9 +2,9 @@
 
 #include "state/gateway_app_state.h"
 
+#include "index/figure_index.h"
 #include "index/testing/temporary_index.h"
 #include "platform/concurrency/worker_pool.h"
-#include "state/state_index.h"
 
 #include <QtCore/QCoreApplication>
 
@@ -37,15 +37,10 @@ protected:
     }
 
     TemporaryIndex m_home;
-    DicomDBStateIndex m_index{m_home.index()};
     platform::WorkerPool m_pool{QStringLiteral("test"), 1};
-    GatewayAppState m_state{{m_index,
-                             [] { return true; },
-                             m_home.notifications,
-                             m_home.main,
-                             m_pool,
-                             m_home.clock,
-                             [] { return QTimeZone::utc(); }}};
+    GatewayAppState m_state{{m_home.index(), m_home.notifications, m_home.main, m_pool, m_home.clock, [] {
+                                 return QTimeZone::utc();
+                             }}};
     const GatewayFigures &m_figures = m_state.figures();
 };
 
@@ -86,15 +81,10 @@ TEST_F(AppStateOnIndex, HealsStoredStatesOnceAtLaunch)
     import(QStringLiteral("9.1"));
     m_home.execute(QStringLiteral("UPDATE DicomImage SET syncState = 1, uploadDate = createDate"));
     m_home.reopen();
-    DicomDBStateIndex index(m_home.index());
 
-    const GatewayAppState again({index,
-                                 [] { return true; },
-                                 m_home.notifications,
-                                 m_home.main,
-                                 m_pool,
-                                 m_home.clock,
-                                 [] { return QTimeZone::utc(); }});
+    const GatewayAppState again({m_home.index(), m_home.notifications, m_home.main, m_pool, m_home.clock, [] {
+                                     return QTimeZone::utc();
+                                 }});
 
     EXPECT_EQ(again.figures().notSyncedStudiesCount, 0);
     EXPECT_EQ(m_home.number(QStringLiteral("SELECT syncState FROM Study")), 1);

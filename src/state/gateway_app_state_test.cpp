@@ -230,7 +230,7 @@ TEST_F(Receiving, EndsWhenTheListenerStopsWhileAssociationsAreOpen)
     state.beginReceiveAssociation(QStringLiteral("a"));
     state.beginReceiveAssociation(QStringLiteral("b"));
 
-    world.isListening = false;
+    state.setListening(false);
     world.notifications.post(core::kStoreListenerStateChanged);
 
     EXPECT_FALSE(world.figures().isDimseListening);

@@ -60,7 +60,7 @@ TEST(RetryPauses, NeverShrinkAndNeverPassTheLongestWaitOfTheIndex)
     for (int number = 0; number <= static_cast<int>(FailureClass::unknown); ++number) {
         const auto all = pauses(static_cast<FailureClass>(number));
         EXPECT_TRUE(std::ranges::is_sorted(all));
-        EXPECT_LE(all.back(), index::DicomDB::kLongestWait);
+        EXPECT_LE(all.back(), index::FailedUploads::kLongestWait);
     }
 }
 

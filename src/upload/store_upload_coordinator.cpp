@@ -83,7 +83,7 @@ void StoreUploadCoordinator::openFor(UploadUrgency urgency)
         }
         break;
     case UploadUrgency::everythingNow:
-        m_with.index.releaseRetries();
+        m_with.retries.releaseRetries();
         m_gate.open();
         break;
     }
@@ -156,7 +156,7 @@ void StoreUploadCoordinator::timerFired()
         }
         return;
     }
-    const std::optional<QDateTime> next = m_with.index.nextRetry();
+    const std::optional<QDateTime> next = m_with.retries.nextRetry();
     if (next && *next <= m_with.clock.now()) {
         requestUploadRun(QStringLiteral("retry_due"));
     } else {
@@ -170,7 +170,7 @@ std::optional<std::chrono::nanoseconds> StoreUploadCoordinator::untilNextRetry()
     constexpr std::chrono::milliseconds kSoonest =
         std::chrono::seconds(5); // also where nothing can be written
     constexpr std::chrono::milliseconds kLatest = std::chrono::minutes(5);
-    const std::optional<QDateTime> next = m_with.index.nextRetry();
+    const std::optional<QDateTime> next = m_with.retries.nextRetry();
     if (!next) {
         return std::nullopt;
     }

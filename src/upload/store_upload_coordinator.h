@@ -1,5 +1,6 @@
 #pragma once
 
+#include "index/retry_index.h"
 #include "log/store_log_emitter.h"
 #include "platform/concurrency/clock.h"
 #include "platform/concurrency/serial_queue.h"
@@ -40,7 +41,7 @@ public:
         log::StoreLogEmitter &emitter;
         RunObserver &observer;
         platform::Clock &clock;
-        UploadIndex &index;
+        index::RetryIndex &retries;
 
         /// What the settings say now. Called on the thread of a request and on the upload queue.
         std::function<StoreUpload::ExecutionConfig()> readConfig;

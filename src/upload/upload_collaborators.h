@@ -1,10 +1,12 @@
 #pragma once
 
 #include "cloud_client/qrn_stow_api.h"
+#include "index/upload_index.h"
 #include "log/store_log_emitter.h"
 #include "platform/concurrency/clock.h"
 #include "platform/concurrency/main_executor.h"
 #include "platform/dicom/dicom_converting.h"
+#include "state/upload_state.h"
 #include "upload/new_series.h"
 #include "upload/run_observer.h"
 #include "upload/store_upload.h"
@@ -15,11 +17,11 @@ namespace gateway::upload {
 /// Whom upload runs work with; all of it outlives them, and `state` outlives the last block of `main`.
 struct UploadCollaborators
 {
-    UploadIndex &index;
+    index::UploadIndex &index;
     cloud_client::QrnStowAPIProtocol &cloud;
     platform::DicomConverting &converter;
     UploadSession &session;
-    UploadState &state;
+    state::UploadState &state;
     TermsFollowUp &terms;
     GatewayAutoDeleteCleanupServicing &cleanup;
     RunObserver &observer;

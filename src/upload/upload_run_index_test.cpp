@@ -1,5 +1,4 @@
 #include "index/testing/temporary_index.h"
-#include "upload/dicom_db_upload_index.h"
 #include "upload/testing/fake_surroundings.h"
 #include "upload/upload_run.h"
 
@@ -24,8 +23,7 @@ struct UploadRunOnIndexTest : ::testing::Test
 
     RunSummary run(ExecutionMode mode = ExecutionMode::parallelBatch)
     {
-        DicomDBUploadIndex port(store.index());
-        const UploadCollaborators with = {port,
+        const UploadCollaborators with = {store.index(),
                                           around.cloud,
                                           around.converter,
                                           around.session,

@@ -46,20 +46,16 @@ ExecutionConfig orders()
 
 SimulatedGateway::SimulatedGateway(const QTimeZone &zone) : m_zone(zone)
 {
-    m_state =
-        std::make_unique<state::GatewayAppState>(state::GatewayAppStateParts{m_stateIndex,
-                                                                             [this] { return m_isListening; },
-                                                                             m_home.notifications,
-                                                                             m_home.main,
-                                                                             m_pool,
-                                                                             m_home.clock,
-                                                                             [this] { return m_zone; }});
+    m_state = std::make_unique<state::GatewayAppState>(state::GatewayAppStateParts{
+        m_home.index(), m_home.notifications, m_home.main, m_pool, m_home.clock, [this] { return m_zone; }});
+    m_state->setListening(true);
+    m_state->syncListeningState();
     m_coordinator =
         std::make_unique<upload::StoreUploadCoordinator>(upload::StoreUploadCoordinator::Collaborators{
             m_emitter,
             m_runObserver,
             m_stillClock,
-            m_uploadIndex,
+            m_home.index().failedUploads(),
             [] { return orders(); },
             [this](const QString &runId, const ExecutionConfig &config, const std::stop_token &stop) {
                 return upload::UploadRun(m_uploadWith, runId, config, QStringLiteral("DEVICE")).run(stop);
@@ -123,13 +119,13 @@ void SimulatedGateway::settle()
 
 void SimulatedGateway::stopListener()
 {
-    m_isListening = false;
+    m_state->setListening(false);
     m_home.notifications.post(core::kStoreListenerStateChanged);
 }
 
 void SimulatedGateway::startListener()
 {
-    m_isListening = true;
+    m_state->setListening(true);
     m_home.notifications.post(core::kStoreListenerStateChanged);
 }
 

@@ -1,12 +1,11 @@
 #pragma once
 
+#include "index/figure_index.h"
 #include "index/testing/temporary_index.h"
 #include "log/gateway_logging.h"
 #include "log/store_log_emitter.h"
 #include "platform/concurrency/worker_pool.h"
 #include "state/gateway_app_state.h"
-#include "state/state_index.h"
-#include "upload/dicom_db_upload_index.h"
 #include "upload/gateway_auto_delete_cleanup_service.h"
 #include "upload/store_upload_coordinator.h"
 #include "upload/testing/fake_surroundings.h"
@@ -70,7 +69,7 @@ public:
 
 private:
     /// The live figures as runs see them.
-    class StateOfRuns final : public upload::UploadState
+    class StateOfRuns final : public state::UploadState
     {
     public:
         explicit StateOfRuns(SimulatedGateway &gateway) : m_gateway(gateway) {}
@@ -97,16 +96,13 @@ private:
     upload::testing::FakeConverter m_converter{m_converted.path()};
     upload::testing::RecordingTerms m_terms;
     platform::WorkerPool m_pool{QStringLiteral("simulated"), 2};
-    bool m_isListening = true;
     int m_startedRuns = 0;
     std::atomic<int> m_startedCleanups = 0;
     std::atomic<int> m_expectedRefreshes = 0;
     int m_refreshes = 0;
 
     StateOfRuns m_stateOfRuns{*this};
-    state::DicomDBStateIndex m_stateIndex{m_home.index()};
     std::unique_ptr<state::GatewayAppState> m_state;
-    upload::DicomDBUploadIndex m_uploadIndex{m_home.index()};
 
     /// Counts what is asked of the real service.
     class CountedCleanup final : public upload::GatewayAutoDeleteCleanupServicing
@@ -133,7 +129,7 @@ private:
     CountedCleanup m_countedCleanup{m_cleanup, m_startedCleanups};
     upload::NewSeries m_newSeries;
     upload::RunObserver m_runObserver;
-    upload::UploadCollaborators m_uploadWith{m_uploadIndex,
+    upload::UploadCollaborators m_uploadWith{m_home.index(),
                                              cloud,
                                              m_converter,
                                              session,

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "receive/receive_state.h"
+#include "state/receive_state.h"
 
 #include <QtCore/QSet>
 #include <QtCore/QString>
@@ -8,7 +8,7 @@
 namespace gateway::receive::testing {
 
 /// Live figures that a test can read. Thread: main.
-class RecordingReceiveState final : public ReceiveState
+class RecordingReceiveState final : public state::ReceiveState
 {
 public:
     void setListening(bool listening) override { isListening = listening; }

@@ -42,10 +42,10 @@ namespace gateway::shell {
 
 namespace {
 
-QList<core::FailureClass> failureClassesIn(const index::DicomDB &index)
+QList<core::FailureClass> failureClassesIn(const index::FailedUploads &failures)
 {
     QList<core::FailureClass> classes;
-    for (const index::UploadFailureCount &known : index.uploadFailureCounts()) {
+    for (const index::UploadFailureCount &known : failures.counts()) {
         classes.append(core::failureClassOf(known.failureClass));
     }
     return classes;
@@ -96,15 +96,17 @@ DesktopScreens::DesktopScreens(Theme &theme, const ScreenModels &models)
                    models.runtime.networkPool}),
       m_autostart(autostartOfThisProgram()), m_statusItem(QDBusConnection::sessionBus()), m_notices(theme),
       m_messages(QDBusConnection::sessionBus()), m_attention(m_messages, models.runtime.clock),
-      m_attentionWatch({.notifications = models.runtime.notifications,
-                        .appState = models.images.appState,
-                        .auth = models.cloud.auth,
-                        .cloudStorage = models.cloud.watch.storage(),
-                        .main = models.runtime.main,
-                        .pool = models.runtime.pool,
-                        .clock = models.runtime.clock,
-                        .failureClasses = [&index = models.images.index] { return failureClassesIn(index); },
-                        .attention = m_attention}),
+      m_attentionWatch(
+          {.notifications = models.runtime.notifications,
+           .appState = models.images.appState,
+           .auth = models.cloud.auth,
+           .cloudStorage = models.cloud.watch.storage(),
+           .main = models.runtime.main,
+           .pool = models.runtime.pool,
+           .clock = models.runtime.clock,
+           .failureClasses = [&index =
+                                  models.images.index] { return failureClassesIn(index.failedUploads()); },
+           .attention = m_attention}),
       m_tableKeeper(models.runtime.main), m_rules({.screens = *this,
                                                    .notifications = models.runtime.notifications,
                                                    .main = models.runtime.main,

@@ -5,7 +5,7 @@
 #include "platform/concurrency/worker_pool.h"
 #include "platform/notifications/notification_center.h"
 #include "state/gateway_app_state.h"
-#include "state/testing/fake_state_index.h"
+#include "state/testing/fake_figure_index.h"
 
 #include <QtCore/QCoreApplication>
 
@@ -26,6 +26,8 @@ public:
     GatewayAppState &launch()
     {
         m_state.emplace(parts());
+        m_state->setListening(isListening);
+        m_state->syncListeningState();
         QObject::connect(&*m_state, &GatewayAppState::published, &*m_state, [this](GatewayField field) {
             if (field != GatewayField::receivedStorageUsage) {
                 m_published.push_back(field);
@@ -36,13 +38,7 @@ public:
 
     GatewayAppStateParts parts()
     {
-        return {index,
-                [this] { return isListening; },
-                notifications,
-                main,
-                pool,
-                clock,
-                [this] { return timeZone; }};
+        return {index, notifications, main, pool, clock, [this] { return timeZone; }};
     }
 
     GatewayAppState &state() { return m_state ? *m_state : launch(); }
@@ -67,7 +63,7 @@ public:
     platform::MainExecutor main;
     platform::WorkerPool pool{QStringLiteral("test"), 1};
     platform::NotificationCenter notifications;
-    FakeStateIndex index;
+    FakeFigureIndex index;
     bool isListening = true;
     QTimeZone timeZone;
 

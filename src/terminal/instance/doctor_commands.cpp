@@ -81,7 +81,7 @@ void DoctorCommands::examine(const ControlRequest &request, const Answer &answer
                                 const std::stop_callback whenHungUp(hungUp, end);
                                 const doctor::Diagnosis diagnosis =
                                     doctor::Doctor(index, folders, emitter).examine(repair, stop.get_token());
-                                const index::WaitingRetries retries = index.waitingRetries();
+                                const index::WaitingRetries retries = index.failedUploads().waitingRetries();
                                 const auto fences = platform::askForFences(platform::helperProgramPath());
                                 main.post(weak, [weak, diagnosis, retries, fences, repair, answer] {
                                     if (const auto self = weak.lock()) {
@@ -153,7 +153,7 @@ ControlReply examineWithoutInstance(const core::HomeLayout &layout,
         const receive::IncomingFolders folders(defaults, settings, layout.incomingFolder);
         doctor::Doctor doctor(index, folders, emitter);
         const doctor::Diagnosis diagnosis = doctor.examine(repair, request.hungUp);
-        QJsonObject report = toJson(diagnosis, repair, {index.waitingRetries(), {}});
+        QJsonObject report = toJson(diagnosis, repair, {index.failedUploads().waitingRetries(), {}});
         addFences(report, platform::askForFences(platform::helperProgramPath()));
         return ControlReply::success(report);
     } catch (const index::StoreInUseError &error) {

@@ -39,8 +39,8 @@ bool StatusCommands::handle(const ControlRequest &request, const Answer &answer)
 QCoro::Task<void> StatusCommands::status(Answer answer)
 {
     co_await m_with.cloud.watch.look();
-    auto failures = co_await platform::onPool(m_with.main, m_with.pool, [&index = m_with.sending.index] {
-        return std::pair(upload::failureFigures(index.uploadFailureCounts()), index.waitingRetries());
+    auto failures = co_await platform::onPool(m_with.main, m_with.pool, [&waiting = m_with.sending.failures] {
+        return std::pair(upload::failureFigures(waiting.counts()), waiting.waitingRetries());
     });
     m_with.receiving.state.refreshCounters();
     m_with.receiving.state.refreshTransferSeries();

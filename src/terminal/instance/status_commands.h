@@ -4,7 +4,7 @@
 #include "account/quorin_auth_view_model.h"
 #include "cloud_client/cloud_configuration.h"
 #include "core/settings.h"
-#include "index/dicom_db.h"
+#include "index/failed_uploads.h"
 #include "platform/concurrency/task_scope.h"
 #include "receive/listener_watch.h"
 #include "state/gateway_app_state.h"
@@ -39,7 +39,7 @@ public:
     /// Who knows of what goes out.
     struct Sending
     {
-        const index::DicomDB &index;
+        const index::FailedUploads &failures;
         const upload::UploadRunWatcher &runs;
         const upload::StoreUploadCoordinator &coordinator;
     };

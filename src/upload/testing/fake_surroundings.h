@@ -121,7 +121,7 @@ private:
 };
 
 /// Live figures that remember what they were told. Thread: main.
-class RecordingState final : public UploadState
+class RecordingState final : public state::UploadState
 {
 public:
     void refreshCounters() override { ++counterRefreshes; }

@@ -1,8 +1,9 @@
 #pragma once
 
 #include "core/failure_class.h"
+#include "index/retry_index.h"
+#include "index/upload_index.h"
 #include "platform/concurrency/mutex.h"
-#include "upload/upload_ports.h"
 
 #include <QtCore/QMap>
 #include <QtCore/QSet>
@@ -24,7 +25,7 @@ enum class RowState
 /// An index in memory: rows that move through their states, in the order of their coming.
 ///
 /// Thread: any.
-class FakeUploadIndex final : public UploadIndex
+class FakeUploadIndex final : public index::UploadIndex, public index::RetryIndex
 {
 public:
     /// Adds a stored file with `frames` rows; its bare SOP instance UID may be empty.
@@ -194,11 +195,12 @@ public:
     }
 
     std::optional<std::int64_t> recordUploadResult(const QList<index::ImageObjectID> &,
-                                                   const QString &storagePath,
+                                                   const std::optional<QString> &path,
                                                    bool synced,
                                                    const index::UploadResultDetails &more) override
     {
         runHook(&FakeUploadIndex::m_whenRecording);
+        const QString storagePath = path.value_or(QString());
         const platform::MutexLock lock(m_mutex);
         if (m_failsWrites) {
             return std::nullopt;
@@ -260,7 +262,7 @@ public:
         return m_sent;
     }
 
-    std::optional<QDateTime> nextRetry() override
+    std::optional<QDateTime> nextRetry() const override
     {
         const platform::MutexLock lock(m_mutex);
         return m_nextRetry;

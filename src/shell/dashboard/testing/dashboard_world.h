@@ -6,6 +6,7 @@
 #include "account/testing/fake_account_service.h"
 #include "account/testing/fake_status_api.h"
 #include "cloud_client/testing/memory_token_store.h"
+#include "core/notification_names.h"
 #include "log/gateway_logs_view_model.h"
 #include "log/testing/log_folder.h"
 #include "receive/dimse_listener_view_model.h"
@@ -17,7 +18,7 @@
 #include "shell/dashboard/testing/held_imports.h"
 #include "shell/theme/theme.h"
 #include "state/gateway_app_state.h"
-#include "state/testing/fake_state_index.h"
+#include "state/testing/fake_figure_index.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QFile>
@@ -181,14 +182,14 @@ public:
     account::QuorinCloudStatusViewModel cloudStatus{{cloud, receive.main, receive.pool, receive.clock}};
     account::QuorinCloudStorageLimitViewModel cloudStorage{
         {account, network, receive.main, receive.pool, receive.clock}};
-    state::testing::FakeStateIndex index;
-    state::GatewayAppState state{{index,
-                                  [this] { return listener.isOn(); },
-                                  receive.notifications,
-                                  receive.main,
-                                  receive.pool,
-                                  receive.clock,
-                                  [] { return QTimeZone::utc(); }}};
+    state::testing::FakeFigureIndex index;
+    platform::NotificationCenter::Token listening =
+        receive.notifications.observe(core::kStoreListenerStateChanged,
+                                      [this](const QVariantMap &) { state.setListening(listener.isOn()); });
+    state::GatewayAppState state{
+        {index, receive.notifications, receive.main, receive.pool, receive.clock, [] {
+             return QTimeZone::utc();
+         }}};
     QPointer<Sheet> signInSheet;
     QPointer<Sheet> termsSheet;
 

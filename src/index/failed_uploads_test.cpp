@@ -38,7 +38,7 @@ protected:
     QList<UploadFailure> all()
     {
         UploadFailureCursor fromTheNewest;
-        return index.uploadFailures(100, fromTheNewest);
+        return index.failedUploads().next(100, fromTheNewest);
     }
 
     TemporaryIndex home;
@@ -107,8 +107,8 @@ TEST_F(UploadFailures, ComeNewestFirstInPages)
     UploadFailureCursor cursor;
     QStringList read;
     QList<qsizetype> sizes;
-    for (auto page = index.uploadFailures(2, cursor); !page.isEmpty();
-         page = index.uploadFailures(2, cursor)) {
+    for (auto page = index.failedUploads().next(2, cursor); !page.isEmpty();
+         page = index.failedUploads().next(2, cursor)) {
         sizes.append(page.size());
         for (const UploadFailure &failure : page) {
             read.append(failure.storagePath);
@@ -127,13 +127,13 @@ TEST_F(UploadFailures, OfOneMomentAreAllReached)
     fail(second, kRefused, 2);
 
     UploadFailureCursor cursor;
-    const auto firstPage = index.uploadFailures(0, cursor);
-    const auto secondPage = index.uploadFailures(0, cursor);
+    const auto firstPage = index.failedUploads().next(0, cursor);
+    const auto secondPage = index.failedUploads().next(0, cursor);
 
     ASSERT_EQ(firstPage.size(), 1);
     ASSERT_EQ(secondPage.size(), 1);
     EXPECT_NE(firstPage.first().storagePath, secondPage.first().storagePath);
-    EXPECT_TRUE(index.uploadFailures(9, cursor).isEmpty());
+    EXPECT_TRUE(index.failedUploads().next(9, cursor).isEmpty());
 }
 
 TEST_F(UploadFailures, AreForgottenWhenAResultSaysSynced)
@@ -183,13 +183,13 @@ TEST_F(UploadFailures, OfAFileWithoutRowsAreNotKept)
 
 TEST_F(UploadFailures, AreCountedByClassAndCodeTheMostFrequentFirst)
 {
-    EXPECT_TRUE(index.uploadFailureCounts().isEmpty());
+    EXPECT_TRUE(index.failedUploads().counts().isEmpty());
     fail(importOne(QStringLiteral("9.1")), kUnreachable, 7);
     fail(importOne(QStringLiteral("9.2")), kRefused, 409);
     fail(importOne(QStringLiteral("9.3")), kRefused, 409);
     fail(importOne(QStringLiteral("9.4")), kRefused, 400);
 
-    EXPECT_EQ(index.uploadFailureCounts(),
+    EXPECT_EQ(index.failedUploads().counts(),
               (QList<UploadFailureCount>{{kRefused, 409, 2}, {kRefused, 400, 1}, {kUnreachable, 7, 1}}));
 }
 
@@ -200,7 +200,7 @@ TEST_F(UploadFailures, OutliveARestart)
     home.reopen();
 
     UploadFailureCursor fromTheNewest;
-    EXPECT_EQ(home.index().uploadFailures(9, fromTheNewest).size(), 1);
+    EXPECT_EQ(home.index().failedUploads().next(9, fromTheNewest).size(), 1);
 }
 
 TEST_F(UploadRetries, WaitLongerEachTimeUpToTheLastPause)
@@ -209,7 +209,8 @@ TEST_F(UploadRetries, WaitLongerEachTimeUpToTheLastPause)
 
     for (const std::chrono::seconds pause : {60s, 600s, 3600s, 3600s}) {
         fail(path, kRefused, 409, kPauses);
-        const auto wait = std::chrono::milliseconds(home.clock.now().msecsTo(*index.nextRetry()));
+        const auto wait =
+            std::chrono::milliseconds(home.clock.now().msecsTo(*index.failedUploads().nextRetry()));
         EXPECT_LE(wait, pause);
         EXPECT_GE(wait, pause * 7 / 8);
         EXPECT_TRUE(index.pendingImageUploads(9).isEmpty());
@@ -226,31 +227,32 @@ TEST_F(UploadRetries, AreKeptOverARestart)
 {
     const QString path = importOne(QStringLiteral("9.1"));
     fail(path, kRefused, 409, kPauses);
-    const auto next = index.nextRetry();
+    const auto next = index.failedUploads().nextRetry();
 
     home.reopen();
 
-    EXPECT_EQ(index.nextRetry(), next);
+    EXPECT_EQ(index.failedUploads().nextRetry(), next);
     EXPECT_TRUE(index.pendingImageUploads(9).isEmpty());
     fail(path, kRefused, 409, kPauses);
-    EXPECT_GT(*index.nextRetry(), home.clock.now().addSecs(500)) << "the second failure, not the first";
+    EXPECT_GT(*index.failedUploads().nextRetry(), home.clock.now().addSecs(500))
+        << "the second failure, not the first";
 }
 
 TEST_F(UploadRetries, AreToldWithTheirNumberAndTheNextTime)
 {
-    EXPECT_EQ(index.waitingRetries(), WaitingRetries());
+    EXPECT_EQ(index.failedUploads().waitingRetries(), WaitingRetries());
     const QString first = importOne(QStringLiteral("9.1"), {{QStringLiteral("numberOfFrames"), 3}});
     const QString second = importOne(QStringLiteral("9.2"));
     importOne(QStringLiteral("9.3"));
     fail(first, kRefused, 409, kPauses);
     fail(second, kRefused, 409, kPauses);
 
-    const WaitingRetries waiting = index.waitingRetries();
+    const WaitingRetries waiting = index.failedUploads().waitingRetries();
 
     EXPECT_EQ(waiting.files, 2);
-    EXPECT_EQ(waiting.next, index.nextRetry());
+    EXPECT_EQ(waiting.next, index.failedUploads().nextRetry());
     home.clock.advance(1h);
-    EXPECT_EQ(index.waitingRetries(), WaitingRetries()) << "their time has come";
+    EXPECT_EQ(index.failedUploads().waitingRetries(), WaitingRetries()) << "their time has come";
 }
 
 TEST_F(UploadRetries, OfAFileWithoutPausesAreDueWithTheOthers)
@@ -261,7 +263,7 @@ TEST_F(UploadRetries, OfAFileWithoutPausesAreDueWithTheOthers)
 
     EXPECT_EQ(index.pendingImageUploads(9).size(), 1);
     EXPECT_FALSE(index.pendingImageUploads(9).first().isRetry);
-    EXPECT_EQ(index.nextRetry(), std::nullopt);
+    EXPECT_EQ(index.failedUploads().nextRetry(), std::nullopt);
 }
 
 TEST_F(UploadRetries, NeverStandBeforeFreshFilesAndNeverStarveBehindThem)
@@ -299,11 +301,11 @@ TEST_F(UploadRetries, AreAllDueOnceReleased)
         fail(importOne(QStringLiteral("9.%1").arg(number)), kRefused, 409, kPauses);
     }
 
-    index.releaseRetries();
+    index.failedUploads().releaseRetries();
 
     EXPECT_EQ(index.pendingImageUploads(5).size(), 1) << "a quarter of a page";
     EXPECT_EQ(index.pendingImageUploads(20).size(), 5);
-    EXPECT_EQ(index.waitingRetries().files, 0);
+    EXPECT_EQ(index.failedUploads().waitingRetries().files, 0);
 }
 
 TEST_F(UploadRetries, OfAFileThatCameAgainAreForgotten)
@@ -316,7 +318,7 @@ TEST_F(UploadRetries, OfAFileThatCameAgainAreForgotten)
     ASSERT_NE(before, after);
     ASSERT_EQ(index.pendingImageUploads(9).size(), 1);
     EXPECT_FALSE(index.pendingImageUploads(9).first().isRetry);
-    EXPECT_EQ(index.nextRetry(), std::nullopt);
+    EXPECT_EQ(index.failedUploads().nextRetry(), std::nullopt);
 }
 
 TEST_F(UploadRetries, FurtherAwayThanADayComeWithTheNextRun)

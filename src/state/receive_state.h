@@ -2,7 +2,7 @@
 
 #include <QtCore/QString>
 
-namespace gateway::receive {
+namespace gateway::state {
 
 /// Where the listener's live figures go: who is sending at the moment, and what came.
 ///
@@ -31,4 +31,4 @@ public:
     virtual void refreshCounters() = 0;
 };
 
-} // namespace gateway::receive
+} // namespace gateway::state

@@ -1,6 +1,8 @@
-// Why files that wait were not uploaded, and for how long they wait.
+#include "index/failed_uploads.h"
 
-#include "index/dicom_db.h"
+#include "index/file_store.h"
+#include "index/index_store.h"
+#include "platform/concurrency/clock.h"
 #include "platform/sqlite/database.h"
 
 #include <algorithm>
@@ -64,12 +66,17 @@ QDateTime dateOf(std::int64_t milliseconds)
 
 } // namespace
 
-void DicomDB::releaseRetries()
+std::int64_t FailedUploads::nowInMilliseconds() const
+{
+    return m_clock.now().toMSecsSinceEpoch();
+}
+
+void FailedUploads::releaseRetries()
 {
     constexpr int kAtOnce = 2000; // some 50 ms: importers wait no longer than for a sync
     std::int64_t released = 1;
     while (released > 0) {
-        const bool saved = writeQuietly([&](Database &database) {
+        const bool saved = m_store.tryWrite([&](Database &database) {
             database.prepare(kReleaseSome).bindAll(kAtOnce).run();
             released = database.changes();
         });
@@ -79,7 +86,7 @@ void DicomDB::releaseRetries()
     }
 }
 
-WaitingRetries DicomDB::waitingRetries() const
+WaitingRetries FailedUploads::waitingRetries() const
 {
     WaitingRetries waiting;
     try {
@@ -98,7 +105,7 @@ WaitingRetries DicomDB::waitingRetries() const
     return waiting;
 }
 
-std::optional<QDateTime> DicomDB::nextRetry() const
+std::optional<QDateTime> FailedUploads::nextRetry() const
 {
     try {
         return m_store.read([&](Database &database) {
@@ -110,7 +117,7 @@ std::optional<QDateTime> DicomDB::nextRetry() const
     }
 }
 
-QList<UploadFailure> DicomDB::uploadFailures(int limit, UploadFailureCursor &cursor) const
+QList<UploadFailure> FailedUploads::next(int limit, UploadFailureCursor &cursor) const
 {
     QList<UploadFailure> failures;
     try {
@@ -119,7 +126,7 @@ QList<UploadFailure> DicomDB::uploadFailures(int limit, UploadFailureCursor &cur
             row.bindAll(cursor.failedAt, cursor.storagePath, std::max(1, limit));
             while (row.step()) {
                 failures.append(failureAt(database, row));
-                failures.last().fileURL = fileURL(failures.last().storagePath);
+                failures.last().fileURL = m_files.fileURL(failures.last().storagePath);
             }
         });
     } catch (const SqliteError &) {
@@ -131,7 +138,7 @@ QList<UploadFailure> DicomDB::uploadFailures(int limit, UploadFailureCursor &cur
     return failures;
 }
 
-QList<UploadFailureCount> DicomDB::uploadFailureCounts() const
+QList<UploadFailureCount> FailedUploads::counts() const
 {
     QList<UploadFailureCount> counts;
     try {

@@ -1,11 +1,13 @@
-// Recording the stored files again whose rows were lost with the index.
+#include "index/store_recording.h"
 
-#include "index/dicom_db.h"
+#include "index/file_store.h"
+#include "index/index_store.h"
 #include "index/sent_instances.h"
 #include "platform/files/file_error.h"
 #include "platform/sqlite/database.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace gateway::index {
 
@@ -67,7 +69,17 @@ Batch lookAt(const IndexExamination &examination,
 
 } // namespace
 
-std::optional<std::int64_t> DicomDB::recordAgainFrom() const
+StoreRecording::StoreRecording(IndexStore &store,
+                               FileStore &files,
+                               IndexExamination examination,
+                               std::function<void()> onStatesChanged)
+    : m_store(store), m_files(files), m_examination(examination),
+      m_onStatesChanged(std::move(onStatesChanged))
+{
+    noteWhatWasLost();
+}
+
+std::optional<std::int64_t> StoreRecording::recordAgainFrom() const
 {
     return m_store.read([](Database &database) -> std::optional<std::int64_t> {
         Statement row = database.prepare("SELECT recordAgainFrom FROM Ledger");
@@ -77,7 +89,7 @@ std::optional<std::int64_t> DicomDB::recordAgainFrom() const
 
 /// Compares the index with the store before anything is taken in. A new one beside a store that was never in
 /// use lacks nothing; one that was made anew, or brought back from a backup, lacks what came since.
-void DicomDB::noteWhatWasLost()
+void StoreRecording::noteWhatWasLost()
 {
     try {
         const std::optional<std::int64_t> from = recordAgainFrom();
@@ -89,22 +101,22 @@ void DicomDB::noteWhatWasLost()
         }
         if ((from && m_files.numberAtOpening() > 0) ||
             m_files.numberAtOpening() - next > kMostImportsUnderWay) {
-            writeQuietly(noteUnrecordedSends);
+            m_store.tryWrite(noteUnrecordedSends);
         }
     } catch (const SqliteError &) {
         return; // whoever reads the index next will say so
     }
 }
 
-bool DicomDB::noteRecordAgainFrom(std::optional<std::int64_t> number)
+bool StoreRecording::noteRecordAgainFrom(std::optional<std::int64_t> number)
 {
-    return writeQuietly([&](Database &database) {
+    return m_store.tryWrite([&](Database &database) {
         database.prepare("UPDATE Ledger SET recordAgainFrom = ?").bindAll(number).run();
     });
 }
 
 /// A further try goes on counting where the one before stopped.
-RecordingProgress DicomDB::beginProgress(std::int64_t from)
+RecordingProgress StoreRecording::beginProgress(std::int64_t from)
 {
     const std::int64_t left = m_files.countFrom(from);
     RecordingProgress progress = recordingProgress().value_or(RecordingProgress{.files = left});
@@ -113,19 +125,19 @@ RecordingProgress DicomDB::beginProgress(std::int64_t from)
     return progress;
 }
 
-void DicomDB::tellProgress(const std::optional<RecordingProgress> &progress)
+void StoreRecording::tellProgress(const std::optional<RecordingProgress> &progress)
 {
     const platform::MutexLock lock(m_recordingMutex);
     m_recording = progress;
 }
 
-std::optional<RecordingProgress> DicomDB::recordingProgress() const
+std::optional<RecordingProgress> StoreRecording::recordingProgress() const
 {
     const platform::MutexLock lock(m_recordingMutex);
     return m_recording;
 }
 
-bool DicomDB::lacksStoredFiles() const
+bool StoreRecording::lacksStoredFiles() const
 {
     try {
         return recordAgainFrom() && m_store.read([](Database &database) {
@@ -136,8 +148,8 @@ bool DicomDB::lacksStoredFiles() const
     }
 }
 
-bool DicomDB::recordStoredFiles(const std::stop_token &stop,
-                                const std::function<void(std::int64_t)> &onRecorded)
+bool StoreRecording::recordStoredFiles(const std::stop_token &stop,
+                                       const std::function<void(std::int64_t)> &onRecorded)
 {
     try {
         std::optional<std::int64_t> from = recordAgainFrom();
@@ -149,8 +161,8 @@ bool DicomDB::recordStoredFiles(const std::stop_token &stop,
         std::optional<std::int64_t> firstLeft;
         for (bool isEnd = false; !isEnd && !stop.stop_requested();) {
             const FileStore::Page page = m_files.filesFrom(*from, kFilesOfABatch);
-            const Batch batch = lookAt(examination(), page.files, m_files.numberAtOpening(), stop);
-            const std::int64_t recorded = examination().record(batch.files);
+            const Batch batch = lookAt(m_examination, page.files, m_files.numberAtOpening(), stop);
+            const std::int64_t recorded = m_examination.record(batch.files);
             firstLeft = firstLeft ? firstLeft : page.firstOutOfSight ? page.firstOutOfSight : batch.firstLeft;
             isEnd = page.files.isEmpty();
             from = isEnd ? *from : page.files.last().number + 1;
@@ -158,7 +170,7 @@ bool DicomDB::recordStoredFiles(const std::stop_token &stop,
             progress.recorded += batch.looked;
             tellProgress(progress);
             if (recorded > 0) {
-                postLocalSyncStateChanged();
+                m_onStatesChanged();
                 onRecorded(recorded);
             }
         }

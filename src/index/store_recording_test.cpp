@@ -31,7 +31,8 @@ protected:
 
     bool record(const std::stop_token &stop = {})
     {
-        return home.index().recordStoredFiles(stop, [&](std::int64_t files) { told += files; });
+        return home.index().storeRecording().recordStoredFiles(stop,
+                                                               [&](std::int64_t files) { told += files; });
     }
 
     QStringList waiting()
@@ -48,7 +49,7 @@ protected:
 
 TEST_F(LostIndex, IsNoneWhereThereIsNoFile)
 {
-    EXPECT_FALSE(home.index().lacksStoredFiles());
+    EXPECT_FALSE(home.index().storeRecording().lacksStoredFiles());
     EXPECT_TRUE(record());
     EXPECT_EQ(told, 0);
 }
@@ -58,7 +59,7 @@ TEST_F(LostIndex, LacksNothingThatWasSentWhereTheFirstImageCameAfterIt)
     import(QStringLiteral("9.1")); // and the process died before anybody looked at the store
     home.reopen();
 
-    EXPECT_FALSE(home.index().lacksStoredFiles());
+    EXPECT_FALSE(home.index().storeRecording().lacksStoredFiles());
     EXPECT_EQ(home.index().sentBefore({QStringLiteral("9.2"), 7}), SentBefore::nothing);
 }
 
@@ -109,14 +110,14 @@ TEST_F(LostIndex, IsNoticedAndRecordedAgainInTheOrderOfItsFiles)
     }
     home.index().recordUploadResult({}, paths.first(), true);
     loseIndex();
-    EXPECT_TRUE(home.index().lacksStoredFiles());
+    EXPECT_TRUE(home.index().storeRecording().lacksStoredFiles());
     EXPECT_EQ(home.index().totalCounts().images, 0);
 
     EXPECT_TRUE(record());
 
     EXPECT_EQ(told, 120);
     EXPECT_EQ(waiting(), paths);
-    EXPECT_FALSE(home.index().lacksStoredFiles());
+    EXPECT_FALSE(home.index().storeRecording().lacksStoredFiles());
     EXPECT_EQ(home.index().examination().tallyDifferences({}), TallyDifferences());
 }
 
@@ -126,24 +127,25 @@ TEST_F(LostIndex, TellsHowFarItsRecordingIsUntilAllIsRecorded)
         import(QStringLiteral("9.%1").arg(number));
     }
     loseIndex();
-    EXPECT_FALSE(home.index().recordingProgress());
+    EXPECT_FALSE(home.index().storeRecording().recordingProgress());
     import(QStringLiteral("9.200")); // one that comes meanwhile doesn't count
     std::stop_source stop;
     std::vector<std::pair<std::int64_t, std::int64_t>> steps;
     const auto step = [&](std::int64_t) {
-        const RecordingProgress now = home.index().recordingProgress().value_or(RecordingProgress());
+        const RecordingProgress now =
+            home.index().storeRecording().recordingProgress().value_or(RecordingProgress());
         steps.emplace_back(now.recorded, now.files);
         if (steps.size() == 2) {
             stop.request_stop(); // a restart goes on from there
         }
     };
 
-    EXPECT_FALSE(home.index().recordStoredFiles(stop.get_token(), step));
-    EXPECT_TRUE(home.index().recordingProgress());
-    EXPECT_TRUE(home.index().recordStoredFiles({}, step));
+    EXPECT_FALSE(home.index().storeRecording().recordStoredFiles(stop.get_token(), step));
+    EXPECT_TRUE(home.index().storeRecording().recordingProgress());
+    EXPECT_TRUE(home.index().storeRecording().recordStoredFiles({}, step));
 
     EXPECT_EQ(steps, (std::vector<std::pair<std::int64_t, std::int64_t>>{{50, 120}, {100, 120}, {120, 120}}));
-    EXPECT_FALSE(home.index().recordingProgress());
+    EXPECT_FALSE(home.index().storeRecording().recordingProgress());
 }
 
 TEST_F(LostIndex, HasTheLastAcknowledgedOfSeveralCopies)
@@ -167,12 +169,12 @@ TEST_F(LostIndex, GoesOnWhereItWasStoppedAlsoAfterARestart)
     }
     loseIndex();
     std::stop_source stop;
-    EXPECT_FALSE(
-        home.index().recordStoredFiles(stop.get_token(), [&](std::int64_t) { stop.request_stop(); }));
+    EXPECT_FALSE(home.index().storeRecording().recordStoredFiles(stop.get_token(),
+                                                                 [&](std::int64_t) { stop.request_stop(); }));
     EXPECT_EQ(home.index().totalCounts().images, 50);
 
     home.reopen();
-    EXPECT_TRUE(home.index().lacksStoredFiles());
+    EXPECT_TRUE(home.index().storeRecording().lacksStoredFiles());
     EXPECT_TRUE(record());
 
     EXPECT_EQ(home.index().totalCounts().images, 70);
@@ -190,7 +192,7 @@ TEST_F(LostIndex, WaitsForAFolderAndForAFileThatCanNotBeLookedAt)
         ASSERT_TRUE(QFile::rename(hidden, away));
         ASSERT_TRUE(QFile::link(hidden, hidden)); // a link to itself: asking for it fails, and it is there
         EXPECT_FALSE(record()) << hidden.toStdString();
-        EXPECT_TRUE(home.index().lacksStoredFiles());
+        EXPECT_TRUE(home.index().storeRecording().lacksStoredFiles());
         ASSERT_TRUE(QFile::remove(hidden));
         ASSERT_TRUE(QFile::rename(away, hidden));
     }
@@ -220,14 +222,14 @@ TEST_F(LostIndex, IsAlsoOneThatCameBackFromABackup)
         home.reopen();
         EXPECT_EQ(home.index().totalCounts().images, images - later);
         const bool isCertain = later == 70; // a kill could have left few files without their rows
-        EXPECT_EQ(home.index().lacksStoredFiles(), isCertain);
+        EXPECT_EQ(home.index().storeRecording().lacksStoredFiles(), isCertain);
         told = 0;
 
         EXPECT_TRUE(record());
 
         EXPECT_EQ(told, later);
         EXPECT_EQ(home.index().totalCounts().images, images);
-        EXPECT_FALSE(home.index().lacksStoredFiles());
+        EXPECT_FALSE(home.index().storeRecording().lacksStoredFiles());
         EXPECT_EQ(home.index().sentBefore({QStringLiteral("7.7"), 7}),
                   isCertain ? SentBefore::unrecorded : SentBefore::nothing);
     }
@@ -255,7 +257,7 @@ TEST_F(LostIndex, StaysOneWhileTheReaderOfImagesDoesNotWork)
 
     EXPECT_FALSE(record());
 
-    EXPECT_TRUE(home.index().lacksStoredFiles());
+    EXPECT_TRUE(home.index().storeRecording().lacksStoredFiles());
 }
 
 TEST_F(LostIndex, StaysOneWhileTheStoreIsOutOfSight)
@@ -267,7 +269,7 @@ TEST_F(LostIndex, StaysOneWhileTheStoreIsOutOfSight)
     loseIndex();
 
     EXPECT_FALSE(record());
-    EXPECT_TRUE(home.index().lacksStoredFiles());
+    EXPECT_TRUE(home.index().storeRecording().lacksStoredFiles());
 
     home.close();
     QDir(home.fileStoreRoot()).removeRecursively();

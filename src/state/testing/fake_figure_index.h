@@ -1,6 +1,6 @@
 #pragma once
 
-#include "state/state_index.h"
+#include "index/figure_index.h"
 
 #include <QtCore/QTemporaryDir>
 
@@ -14,7 +14,7 @@ namespace gateway::state::testing {
 
 /// An index of plain rows in memory, counted naively, with an empty file store. Thread: main; any for the
 /// file store.
-class FakeStateIndex final : public StateIndex
+class FakeFigureIndex final : public index::FigureIndex
 {
 public:
     struct Image
@@ -28,7 +28,7 @@ public:
     index::EntityCounts parents;
     std::vector<Image> images;
     int countings = 0;
-    int fetches = 0;
+    mutable int fetches = 0;
     std::atomic<int> measurements = 0; ///< of the file store, that began
 
     index::IndexCounts counts() override
@@ -48,13 +48,13 @@ public:
         return counts;
     }
 
-    index::DicomDB::TransferBuckets transferBuckets(const QDateTime &start,
-                                                    const QDateTime &end,
-                                                    std::chrono::seconds bucketDuration,
-                                                    int count) override
+    index::TransferCounts transferBuckets(const QDateTime &start,
+                                          const QDateTime &end,
+                                          std::chrono::seconds bucketDuration,
+                                          int count) const override
     {
         ++fetches;
-        index::DicomDB::TransferBuckets buckets;
+        index::TransferCounts buckets;
         buckets.received.resize(static_cast<std::size_t>(count));
         buckets.sent.resize(static_cast<std::size_t>(count));
         const auto add = [&](std::vector<std::int64_t> &series, const QDateTime &moment) {
@@ -70,6 +70,8 @@ public:
         }
         return buckets;
     }
+
+    std::optional<index::IndexFigures> figures() const override { return std::nullopt; }
 
     QString fileStoreRoot() override
     {
