@@ -352,7 +352,7 @@ TEST_F(StoredCopies, WhatAPersonBringsInIsLaterThanWhatWasRecordedAgain)
     home.close();
     QDir(home.path(QStringLiteral("index"))).removeRecursively();
     home.reopen();
-    home.index().recordStoredFiles({}, [](std::int64_t) {});
+    home.index().storeRecording().recordStoredFiles({}, [](std::int64_t) {});
     EXPECT_EQ(home.index().newestAcknowledged(), std::chrono::nanoseconds(kAhead).count());
 
     bringIn(saying(QStringLiteral("brought in")));
