@@ -34,7 +34,8 @@ QString syncStateWord(std::int16_t syncState)
     return words(QT_TRANSLATE_NOOP("gateway::browser", "Not Synced"));
 }
 
-QuorinGatewayLocalStudyRow QuorinGatewayLocalStudyRow::of(const index::LocalStudySnapshot &study)
+QuorinGatewayLocalStudyRow QuorinGatewayLocalStudyRow::of(const index::LocalStudySnapshot &study,
+                                                          const QTimeZone &zone)
 {
     QuorinGatewayLocalStudyRow row;
     row.id = study.id;
@@ -49,7 +50,7 @@ QuorinGatewayLocalStudyRow QuorinGatewayLocalStudyRow::of(const index::LocalStud
     row.acquisitionDateSortKey = study.acquisitionDate
                                      ? static_cast<double>(study.acquisitionDate->toMSecsSinceEpoch()) / 1000
                                      : std::numeric_limits<double>::lowest();
-    row.acquisitionDateDisplay = study.acquisitionDate ? shownMoment(*study.acquisitionDate) : kMissing;
+    row.acquisitionDateDisplay = study.acquisitionDate ? shownMoment(*study.acquisitionDate, zone) : kMissing;
     row.imageCount = std::max<std::int64_t>(0, study.imageCount);
     row.failedImageCount = study.failedImageCount;
     row.searchText = searchTextOf({row.patientName,

@@ -3,6 +3,7 @@
 #include "index/local_snapshots.h"
 
 #include <QtCore/QString>
+#include <QtCore/QTimeZone>
 
 #include <cstdint>
 
@@ -37,14 +38,15 @@ struct QuorinGatewayLocalStudyRow
     QString studyDescription;
     QString accessionNumber;
     double acquisitionDateSortKey = 0; ///< seconds since 1970; the most negative there is without a date
-    QString acquisitionDateDisplay;    ///< in the time zone of here
+    QString acquisitionDateDisplay;    ///< in the given zone
     std::int64_t imageCount = 0;
 
     std::int64_t failedImageCount = 0;
     QString failures; ///< why uploads failed and what to do, a line a reason; empty where none is known
     QString searchText;
 
-    static QuorinGatewayLocalStudyRow of(const index::LocalStudySnapshot &study);
+    /// \param zone  that dates are shown in.
+    static QuorinGatewayLocalStudyRow of(const index::LocalStudySnapshot &study, const QTimeZone &zone);
 
     QString target() const { return id; }
     QString text(int column) const;

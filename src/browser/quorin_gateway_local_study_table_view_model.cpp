@@ -65,10 +65,11 @@ BrowserTable::Load QuorinGatewayLocalStudyTableViewModel::makeLoad()
     return [index = &index()](const ShowPart &, const std::stop_token &stop) {
         const QList<gateway::index::LocalStudySnapshot> studies = index->studySnapshots();
         const FailureCounts failures = failuresIn(*index, stop);
+        const QTimeZone zone = QTimeZone::systemTimeZone();
         std::vector<Row> rows;
         rows.reserve(static_cast<std::size_t>(studies.size()));
         for (const gateway::index::LocalStudySnapshot &study : studies) {
-            rows.push_back(Row::of(study));
+            rows.push_back(Row::of(study, zone));
             if (study.failedImageCount > 0) {
                 rows.back().failures = wordsOf(failures.value(study.studyInstanceUID));
             }

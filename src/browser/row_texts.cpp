@@ -54,9 +54,9 @@ QString searchTextOf(const QStringList &fields)
     return fields.join(u' ').toLower();
 }
 
-QString shownMoment(const QDateTime &moment)
+QString shownMoment(const QDateTime &moment, const QTimeZone &zone)
 {
-    const QDateTime local = moment.toLocalTime();
+    const QDateTime local = moment.toOffsetFromUtc(zone.offsetFromUtc(moment));
     int year = 0;
     int month = 0;
     int day = 0;

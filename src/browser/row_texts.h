@@ -3,6 +3,7 @@
 #include <QtCore/QDateTime>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
+#include <QtCore/QTimeZone>
 
 namespace gateway::browser {
 
@@ -32,8 +33,8 @@ QString shownTime(const QString &digits);
 /// The text that a row is searched by: its fields, joined by one blank and lower-cased.
 QString searchTextOf(const QStringList &fields);
 
-/// A moment as "yyyy-MM-dd HH:mm:ss" in the time zone of here. Fast: a hundred thousand are written at a
-/// time.
-QString shownMoment(const QDateTime &moment);
+/// A moment as "yyyy-MM-dd HH:mm:ss" there. Fast: a hundred thousand are written at a time, and asking the
+/// system for its own zone costs a look at the disk each time.
+QString shownMoment(const QDateTime &moment, const QTimeZone &zone);
 
 } // namespace gateway::browser

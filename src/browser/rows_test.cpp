@@ -174,7 +174,7 @@ TEST(LocalStudyRow, ShowsWhatTheIndexHas)
     study.syncState = 2;
     study.acquisitionDate = QDateTime(QDate(2026, 1, 2), QTime(3, 4, 5), Qt::LocalTime).toUTC();
     study.imageCount = -4;
-    const auto row = QuorinGatewayLocalStudyRow::of(study);
+    const auto row = QuorinGatewayLocalStudyRow::of(study, QTimeZone::systemTimeZone());
 
     EXPECT_EQ(row.id, study.id);
     EXPECT_EQ(row.studyInstanceUID, kMissing);
@@ -195,7 +195,7 @@ TEST(LocalStudyRow, TellsEachStateAndKeepsTheNumberOfAnUnknownOne)
     index::LocalStudySnapshot study;
     study.syncState = 9;
 
-    const auto row = QuorinGatewayLocalStudyRow::of(study);
+    const auto row = QuorinGatewayLocalStudyRow::of(study, QTimeZone::systemTimeZone());
 
     EXPECT_EQ(row.syncStateDisplay, QStringLiteral("Not Synced"));
     EXPECT_EQ(row.syncStateSortKey, 9);
@@ -208,7 +208,8 @@ TEST(LocalStudyRow, SortsStudiesWithoutADateBehindAllOthers)
     old.acquisitionDate = QDateTime(QDate(1901, 1, 1), QTime(0, 0), Qt::UTC);
 
     const QStringList dates = column<QuorinGatewayLocalStudyRow>(
-        {QuorinGatewayLocalStudyRow::of(undated), QuorinGatewayLocalStudyRow::of(old)},
+        {QuorinGatewayLocalStudyRow::of(undated, QTimeZone::systemTimeZone()),
+         QuorinGatewayLocalStudyRow::of(old, QTimeZone::systemTimeZone())},
         {QuorinGatewayLocalStudyRow::dateColumn, false});
 
     EXPECT_TRUE(dates.first().startsWith(QStringLiteral("190")));

@@ -86,6 +86,34 @@ class BehindAnArchive(EndToEndTest):
                 self.assertTrue(pixels == pixels_of(back, self.folder / "pixels" / file.stem / "fetched"),
                                 f"the pixels of {file.stem} differ")
 
+    def test_what_is_there_is_listed_and_a_refused_deletion_is_told(self):
+        # Given
+        self.gateway.sign_in()
+        sent = self.samples(ct=3, mr=2)
+        send(self.gateway, sent)
+        self.gateway.await_synced(sent)
+
+        # When
+        studies = json.loads(self.gateway.command("cloud", "studies", "--json").stdout)["studies"]
+        series = json.loads(self.gateway.command("cloud", "series", studies[0]["studyInstanceUID"],
+                                                 "--json").stdout)["series"]
+
+        # Then
+        self.assertEqual({study["studyInstanceUID"] for study in studies}, {identity_of(file)[0] for file in sent})
+        self.assertEqual(sum(study["images"] for study in studies), len(sent))
+        self.assertEqual({one["seriesInstanceUID"] for one in series},
+                         {identity_of(file)[1] for file in sent
+                          if identity_of(file)[0] == studies[0]["studyInstanceUID"]})
+
+        # When something is to be deleted, which this archive doesn't offer by DICOMweb
+        refused = self.gateway.command("cloud", "delete", studies[0]["studyInstanceUID"], "--yes", "--expect", "1",
+                                       check=False)
+
+        # Then
+        self.assertEqual(refused.returncode, 1)
+        self.assertRegex(refused.stderr, r"\ADeleted 0 of 1 selected studies. 1 failed. Last error: .+\n\Z")
+        self.assertEqual(len(self.orthanc.files(self.folder)), len(sent))
+
     def test_a_corrected_image_that_the_archive_drops_is_not_taken_for_sent(self):
         # Given
         first, second = dataset("1.2.7.1", shade=1), dataset("1.2.7.1", shade=2)
