@@ -160,7 +160,7 @@ BrowserCommand browserCommandIn(const ControlRequest &request)
         command.filters.insert(each.key(), each.value().toString());
     }
     command.study = arguments.value(kStudy).toString();
-    for (const QJsonValue &target : arguments.value(kTargets).toArray()) {
+    for (const auto &target : arguments.value(kTargets).toArray()) {
         command.targets.append(target.toString());
     }
     command.isConfirmed = arguments.value(kYes).toBool();
@@ -203,7 +203,7 @@ QString rowsText(const QJsonObject &report, TableKind kind)
         titles.append(QStringLiteral("Study UID"));
     }
     QList<QStringList> lines{titles};
-    for (const QJsonValue &row : rows) {
+    for (const auto &row : rows) {
         QStringList cells;
         for (const char *key : keysOf(kind)) {
             cells.append(cellText(row[QLatin1StringView(key)]));
