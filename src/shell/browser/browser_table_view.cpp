@@ -28,9 +28,9 @@ constexpr int kDetailsWidth = 76;
 /// Widths of the columns, "Details" left out; the last one takes what is left.
 std::initializer_list<int> widthsOf(TableKind kind)
 {
-    static const std::initializer_list<int> kCloudStudies = {170, 104, 168, 84, 104, 84, 106, 72, 120};
+    static const std::initializer_list<int> kCloudStudies = {170, 104, 168, 84, 104, 84, 106, 92, 120};
     static const std::initializer_list<int> kCloudSeries = {90, 230, 100, 110, 84, 240};
-    static const std::initializer_list<int> kLocalStudies = {180, 120, 90, 118, 190, 110, 164, 72};
+    static const std::initializer_list<int> kLocalStudies = {180, 120, 90, 118, 170, 110, 164, 92};
     static const std::initializer_list<int> kLocalSeries = {90, 230, 100, 128, 84, 240};
     switch (kind) {
     case TableKind::cloudStudies:
