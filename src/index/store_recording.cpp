@@ -99,8 +99,8 @@ void StoreRecording::noteWhatWasLost()
         } else if (!from && m_files.numberAtOpening() > next) {
             noteRecordAgainFrom(next);
         }
-        if ((from && m_files.numberAtOpening() > 0) ||
-            m_files.numberAtOpening() - next > kMostImportsUnderWay) {
+        const bool isNew = from == 0 && m_files.numberAtOpening() > 0;
+        if (isNew || m_files.numberAtOpening() - next > kMostImportsUnderWay) {
             m_store.tryWrite(noteUnrecordedSends);
         }
     } catch (const SqliteError &) {

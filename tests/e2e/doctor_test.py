@@ -147,7 +147,7 @@ class Doctor(EndToEndTest):
         self.gateway.end()
         lost = self.stored(images[0])
         shutil.move(lost, self.folder / "backup.dcm")
-        shutil.copy(stranger, self.store() / "10000" / "777.dcm")
+        shutil.copy(stranger, self.store() / "10000" / "4.dcm")
         self.sql("UPDATE Ledger SET imageCount = 99")
 
         # When
