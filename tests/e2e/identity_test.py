@@ -64,13 +64,17 @@ class Identity(WithoutCompression):
         self.cloud.steer("second-versions", policy="replace")
         versions = [dataset("1.2.7.1", shade=shade) for shade in (1, 2)]
 
-        # When
-        for version in versions:
+        def receive(version):
             sender = Sender(self.gateway.port, TITLE)
             sender.store(version, "1.2.7.1")
             sender.release()
-            self.await_all(1)
-            disk.fail("stat", "*/.incoming/*.dcm", times=1)
+
+        receive(versions[0])
+        self.await_all(1)
+
+        # When
+        disk.fail("stat", "*/.incoming/*.dcm", times=1)
+        receive(versions[1])
 
         # Then
         await_true("the corrected version in the cloud", lambda: self.fetched("1.2.7.1") == versions[1],
