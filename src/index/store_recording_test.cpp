@@ -221,7 +221,7 @@ TEST_F(LostIndex, IsAlsoOneThatCameBackFromABackup)
         ASSERT_TRUE(QFile::rename(backup, home.indexFile()));
         home.reopen();
         EXPECT_EQ(home.index().totalCounts().images, images - later);
-        home.reopen(); // and nobody has recorded them yet
+        home.reopen();                      // and nobody has recorded them yet
         const bool isCertain = later == 70; // a kill could have left few files without their rows
         EXPECT_EQ(home.index().storeRecording().lacksStoredFiles(), isCertain);
         told = 0;
