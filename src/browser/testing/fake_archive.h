@@ -113,8 +113,8 @@ private:
     QList<QVariantMap>
     send(const QString &call, const QList<QVariantMap> &all, const cloud_client::QrnQidoPageHandler &onPage)
     {
+        const QList<QVariantMap> found = all; // before anybody knows of the call, and may change it
         note(call);
-        const QList<QVariantMap> found = all; // as it stood when the call came
         for (qsizetype at = 0; at == 0 || at < found.size(); at += pageSize) {
             const bool isWanted = onPage(found.mid(at, pageSize));
             waitAtTheDoor(call);
