@@ -84,7 +84,7 @@ private:
     bool m_isHeld QUORIN_GUARDED_BY(m_mutex) = false;
 };
 
-struct LocalTables : ::testing::Test
+struct LocalTables : ::testing::Test, platform::testing::RunsMain
 {
     LocalTables()
     {
@@ -102,21 +102,6 @@ struct LocalTables : ::testing::Test
                                   {{QStringLiteral("studyID"), QString::fromLatin1(study)},
                                    {QStringLiteral("seriesID"), QString::fromLatin1(series)},
                                    {QStringLiteral("seriesInstanceUID"), QString::fromLatin1(series)}}));
-    }
-
-    template <typename Task>
-    void finish(const Task &task)
-    {
-        runUntil([&] { return task.isReady(); });
-    }
-
-    template <typename Condition>
-    void runUntil(Condition isReached)
-    {
-        while (!isReached()) {
-            QCoreApplication::processEvents();
-            std::this_thread::yield();
-        }
     }
 
     LocalBrowserParts parts()

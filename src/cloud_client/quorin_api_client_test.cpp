@@ -385,14 +385,23 @@ TEST(QuorinApiClient, GivesUpOnAServerThatFallsSilent)
               QStringLiteral("The cloud service at 127.0.0.1 did not answer in time."));
 }
 
+/// A server whose answer never comes to its end.
+struct DrippingServer : ScriptedHttpServer
+{
+    DrippingServer()
+        : ScriptedHttpServer(
+              [](const ReceivedRequest &) {
+                  return answer(200, "application/dicom+json", QByteArray(1 << 20, ' '));
+              },
+              Moment::afterBody,
+              Pace::dripping)
+    {
+    }
+};
+
 TEST(QuorinApiClient, GivesUpOnAnAnswerThatDrips)
 {
-    ScriptedHttpServer server(
-        [](const ReceivedRequest &) {
-            return ScriptedHttpServer::answer(200, "application/dicom+json", QByteArray(1 << 20, ' '));
-        },
-        ScriptedHttpServer::Moment::afterBody,
-        ScriptedHttpServer::Pace::dripping);
+    DrippingServer server;
     CloudConfiguration configuration = configurationFor(server.url());
     configuration.limits.silence = std::chrono::seconds(1);
     MemoryTokenStore store;
@@ -427,12 +436,7 @@ private:
 
 TEST(QuorinApiClient, GivesAnUploadsAnswerOnlySoLong)
 {
-    ScriptedHttpServer server(
-        [](const ReceivedRequest &) {
-            return ScriptedHttpServer::answer(200, "application/dicom+json", QByteArray(1 << 20, ' '));
-        },
-        ScriptedHttpServer::Moment::afterBody,
-        ScriptedHttpServer::Pace::dripping);
+    DrippingServer server;
     CloudConfiguration configuration = configurationFor(server.url());
     configuration.limits.answer = std::chrono::seconds(1);
     MemoryTokenStore store;

@@ -241,8 +241,11 @@ std::int64_t IndexExamination::record(const QList<UnrecordedFile> &files)
                 .bindAll(file.damagedRival)
                 .run();
             recordImport(database, file.elements, *file.place, m_clock.now().toMSecsSinceEpoch());
-            // Whoever recorded it before may have sent it, or another version of it.
-            noteUnknownHistory(database, text(file.elements, QStringLiteral("SOPUID")).value_or(QString()));
+            if (lacksSentInstances(
+                    database)) { // whoever recorded it before may have sent it, or another version
+                noteUnknownHistory(database,
+                                   text(file.elements, QStringLiteral("SOPUID")).value_or(QString()));
+            }
             ++recorded;
         }
     });

@@ -113,6 +113,11 @@ void noteUnknownHistory(Database &database, const QString &instance)
     }
 }
 
+bool lacksSentInstances(Database &database)
+{
+    return database.integer("SELECT lacksSentInstances FROM Ledger") != 0;
+}
+
 void noteUnrecordedSends(Database &database)
 {
     database.exec("UPDATE Ledger SET lacksSentInstances = 1");

@@ -67,7 +67,10 @@ bool mayOtherVersionBeSent(platform::Database &database, const SentInstance &sen
 /// nobody's.
 void noteUnknownHistory(platform::Database &database, const QString &instance);
 
-/// Notes that instances may have been sent of which the index knows nothing.
+/// True where instances may have been sent of which the index knows nothing.
+bool lacksSentInstances(platform::Database &database);
+
+/// Notes that this is so, for as long as the index lives.
 void noteUnrecordedSends(platform::Database &database);
 
 /// Fills an index of before these notes: of what was sent then, nobody knows the version, nor what went of

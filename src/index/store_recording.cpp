@@ -140,9 +140,7 @@ std::optional<RecordingProgress> StoreRecording::recordingProgress() const
 bool StoreRecording::lacksStoredFiles() const
 {
     try {
-        return recordAgainFrom() && m_store.read([](Database &database) {
-            return database.integer("SELECT lacksSentInstances FROM Ledger");
-        }) != 0;
+        return recordAgainFrom() && m_store.read(lacksSentInstances);
     } catch (const SqliteError &) {
         return false; // whoever reads the index next will say so
     }

@@ -233,6 +233,9 @@ TEST_F(LostIndex, IsAlsoOneThatCameBackFromABackup)
         EXPECT_FALSE(home.index().storeRecording().lacksStoredFiles());
         EXPECT_EQ(home.index().sentBefore({QStringLiteral("7.7"), 7}),
                   isCertain ? SentBefore::unrecorded : SentBefore::nothing);
+        EXPECT_EQ(home.index().sentBefore({QStringLiteral("9.%1.1").arg(later), 7}),
+                  isCertain ? SentBefore::unknown : SentBefore::nothing)
+            << "what a kill left without rows was never sent";
     }
 }
 

@@ -1,5 +1,6 @@
 #include "upload/upload_run.h"
 
+#include "platform/files/files.h"
 #include "upload/retry_pauses.h"
 
 #include <QtCore/QHash>
@@ -13,10 +14,6 @@ using StoreUpload::CandidateContext;
 using StoreUpload::CandidateOutcome;
 
 namespace {
-
-// What is made ready beyond a whole window of requests, where that is a single file: enough that the network
-// never waits, and few files beside the store.
-constexpr qsizetype kFewestAhead = 2;
 
 UploadCollaborators withConverter(const UploadCollaborators &with, platform::DicomConverting &converter)
 {
@@ -106,8 +103,9 @@ void UploadRun::drain(const std::stop_token &stop)
 void UploadRun::begin(UploadRound &round, platform::TaskGroup &window, const std::stop_token &stop)
 {
     qsizetype from = 0;
+    AheadWindow ahead;
     while (from < round.contexts().size()) {
-        expectFrom(round.contexts(), from);
+        expectFrom(round.contexts(), from, ahead);
         window.waitForRoom();
         settleWhatRests();
         if (mustEnd(stop)) {
@@ -124,17 +122,17 @@ void UploadRun::begin(UploadRound &round, platform::TaskGroup &window, const std
     }
 }
 
-/// Has the files made ready whose turn it is, and as many behind them as a whole window holds.
-void UploadRun::expectFrom(const Contexts &contexts, qsizetype from)
+/// Has the files made ready whose turn it is, and some behind them.
+void UploadRun::expectFrom(const Contexts &contexts, qsizetype from, AheadWindow &window)
 {
     const qsizetype chunk = m_handler.chunkAt(contexts, from).size();
-    const qsizetype ahead = std::max(kFewestAhead, m_pool.width() * chunk);
-    const qsizetype end = std::min(contexts.size(), from + chunk + ahead);
-    for (qsizetype at = from; at < end; ++at) {
-        const QUrl file = standardized(contexts[at].candidate.fileURL);
-        if (exists(file)) {
-            m_ahead.expect(file.toLocalFile());
+    while (window.size() < contexts.size() && window.wantsNext(from + chunk, m_pool.width() * chunk)) {
+        const QString file = standardized(contexts[window.size()].candidate.fileURL).toLocalFile();
+        const std::optional<qint64> size = platform::fileSizeBytes(file);
+        if (size) {
+            m_ahead.expect(file);
         }
+        window.add(size.value_or(0));
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include "platform/concurrency/task_group.h"
 #include "platform/concurrency/worker_pool.h"
+#include "upload/ahead_window.h"
 #include "upload/candidate_handler.h"
 #include "upload/conversion_ahead.h"
 #include "upload/store_upload.h"
@@ -50,7 +51,7 @@ private:
     void recover();
     void drain(const std::stop_token &stop);
     void begin(UploadRound &round, platform::TaskGroup &window, const std::stop_token &stop);
-    void expectFrom(const Contexts &contexts, qsizetype from);
+    void expectFrom(const Contexts &contexts, qsizetype from, AheadWindow &window);
     void settleWhatRests();
     void settleAll();
     bool mustEnd(const std::stop_token &stop) const;

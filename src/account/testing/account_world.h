@@ -4,36 +4,26 @@
 #include "cloud_client/testing/memory_token_store.h"
 #include "platform/concurrency/main_executor.h"
 #include "platform/concurrency/testing/manual_clock.h"
+#include "platform/concurrency/testing/runs_main.h"
 #include "platform/concurrency/worker_pool.h"
 #include "platform/defaults/user_defaults.h"
 #include "platform/notifications/notification_center.h"
 
-#include <QtCore/QCoreApplication>
 #include <QtCore/QTemporaryDir>
 
 #include <gtest/gtest.h>
 
 #include <optional>
-#include <thread>
 
 namespace gateway::account::testing {
 
 /// What every model of an account works with, on a manual clock, around a fake service.
 ///
 /// Owner: a test. Thread: main.
-struct AccountWorld : ::testing::Test
+struct AccountWorld : ::testing::Test, platform::testing::RunsMain
 {
     AccountWorld() { settings.waitUntilStored(); }
     ~AccountWorld() override { service.release(); }
-
-    /// Runs the main thread until `task` is done.
-    template <typename Task>
-    void finish(const Task &task)
-    {
-        while (!task.isReady()) {
-            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-        }
-    }
 
     /// Runs the main thread until `task` is done, and gives its result.
     template <typename Result>
@@ -42,16 +32,6 @@ struct AccountWorld : ::testing::Test
         std::optional<Result> result;
         finish(task.then([&result](Result value) { result = std::move(value); }));
         return *result;
-    }
-
-    /// Runs the main thread until `isReached` says so.
-    template <typename Condition>
-    void runUntil(Condition isReached)
-    {
-        while (!isReached()) {
-            QCoreApplication::processEvents();
-            std::this_thread::yield();
-        }
     }
 
     /// Runs the main thread until `count` calls of `name` have reached the service.

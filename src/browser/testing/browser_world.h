@@ -5,44 +5,24 @@
 #include "log/testing/recording_log.h"
 #include "platform/concurrency/main_executor.h"
 #include "platform/concurrency/testing/manual_clock.h"
+#include "platform/concurrency/testing/runs_main.h"
 #include "platform/concurrency/worker_pool.h"
 #include "platform/defaults/user_defaults.h"
 
-#include <QtCore/QCoreApplication>
 #include <QtCore/QTemporaryDir>
 
 #include <gtest/gtest.h>
 
 #include <optional>
-#include <thread>
 
 namespace gateway::browser::testing {
 
 /// What the tables of the cloud work with, around an archive in memory, on a manual clock.
 ///
 /// Owner: a test. Thread: main.
-struct BrowserWorld : ::testing::Test
+struct BrowserWorld : ::testing::Test, platform::testing::RunsMain
 {
     ~BrowserWorld() override { archive.release(); }
-
-    /// Runs the main thread until `task` is done.
-    template <typename Task>
-    void finish(const Task &task)
-    {
-        while (!task.isReady()) {
-            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-        }
-    }
-
-    /// Runs the main thread until `isReached` says so.
-    template <typename Condition>
-    void runUntil(Condition isReached)
-    {
-        while (!isReached()) {
-            QCoreApplication::processEvents();
-            std::this_thread::yield();
-        }
-    }
 
     CloudBrowserParts parts()
     {

@@ -54,6 +54,18 @@ struct CloudScreen : BrowserScreenWorld
         runUntil([&] { return screen().table().lastUpdatedAt() && !screen().table().isLoading(); });
     }
 
+    /// Three studies whose deletion waits at the archive's door.
+    void beginToDeleteThree()
+    {
+        fill(3);
+        openSignedIn();
+        query();
+        archive.hold(QStringLiteral("delete"));
+        QTest::keyClick(&view(), Qt::Key_A, Qt::ControlModifier);
+        screen().table().askToDelete();
+        sayYes(window());
+    }
+
     QWidget &window() { return *controller.window(); }
     CloudStudiesScreen &screen() { return *controller.screen(); }
     BrowserTableView &view() { return screen().panel().view(); }
@@ -255,16 +267,7 @@ TEST_F(CloudScreen, SaysThatTheSearchHidesSelectedRows)
 
 TEST_F(CloudScreen, ShowsTheProgressOfADeletionAndStopsIt)
 {
-    fill(3);
-    openSignedIn();
-    query();
-    archive.hold(QStringLiteral("delete"));
-    QTest::keyClick(&view(), Qt::Key_A, Qt::ControlModifier);
-    screen().table().askToDelete();
-    for (int answers = 0; answers < 3; ++answers) {
-        runUntil([&] { return question(window()) != nullptr; });
-        QTest::mouseClick(&question(window())->confirmButton(), Qt::LeftButton);
-    }
+    beginToDeleteThree();
     EXPECT_TRUE(shows(window(), QStringLiteral("Deleting selected studies...")));
     picture(window(), QStringLiteral("cloud-studies-deleting-dark"));
 
@@ -278,16 +281,7 @@ TEST_F(CloudScreen, ShowsTheProgressOfADeletionAndStopsIt)
 
 TEST_F(CloudScreen, EndsADeletionAlsoWhenItsWindowIsClosed)
 {
-    fill(3);
-    openSignedIn();
-    query();
-    archive.hold(QStringLiteral("delete"));
-    QTest::keyClick(&view(), Qt::Key_A, Qt::ControlModifier);
-    screen().table().askToDelete();
-    for (int answers = 0; answers < 3; ++answers) {
-        runUntil([&] { return question(window()) != nullptr; });
-        QTest::mouseClick(&question(window())->confirmButton(), Qt::LeftButton);
-    }
+    beginToDeleteThree();
     const QPointer<QWidget> closed = controller.window();
 
     window().close();
@@ -335,10 +329,7 @@ TEST_F(CloudScreen, OpensTheSeriesOfAStudyAndDeletesThere)
     picture(window(), QStringLiteral("cloud-series-dark"));
     sheet.panel().view().selectRow(0);
     QTest::keyClick(&sheet.panel().view(), Qt::Key_Delete);
-    for (int answers = 0; answers < 3; ++answers) {
-        runUntil([&] { return question(window()) != nullptr; });
-        QTest::mouseClick(&question(window())->confirmButton(), Qt::LeftButton);
-    }
+    sayYes(window());
     runUntil([&] { return sheet.panel().view().model()->rowCount() == 5; });
     const QPointer<SeriesSheet> closing = &sheet;
     press(sheet, QStringLiteral("Close"));

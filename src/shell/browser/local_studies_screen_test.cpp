@@ -162,10 +162,7 @@ TEST_F(LocalScreen, WarnsOfStudiesThatAreNotInTheCloudAndDeletesThem)
             "Not yet wholly in Quorin Cloud: 4 of the selected studies. Images of theirs will be lost.")));
     EXPECT_TRUE(shows(first, QStringLiteral("Copies in Quorin Cloud stay.")));
     picture(window(), QStringLiteral("local-studies-delete-1-dark"));
-    for (int answers = 0; answers < 3; ++answers) {
-        runUntil([&] { return question(window()) != nullptr; });
-        QTest::mouseClick(&question(window())->confirmButton(), Qt::LeftButton);
-    }
+    sayYes(window());
     runUntil([&] { return view().model()->rowCount() == 0; });
 
     EXPECT_EQ(store.number(QStringLiteral("SELECT count(*) FROM DicomImage")), 0);
@@ -207,10 +204,7 @@ TEST_F(LocalScreen, OpensTheSeriesAndLoadsAgainBehindThem)
     picture(window(), QStringLiteral("local-series-dark"));
     sheet.panel().view().selectRow(0);
     press(sheet, QStringLiteral("Delete Selected"));
-    for (int answers = 0; answers < 3; ++answers) {
-        runUntil([&] { return question(window()) != nullptr; });
-        QTest::mouseClick(&question(window())->confirmButton(), Qt::LeftButton);
-    }
+    sayYes(window());
     runUntil([&] { return sheet.panel().view().model()->rowCount() == 1; });
     const QPointer<SeriesSheet> closing = &sheet;
     press(sheet, QStringLiteral("Close"));

@@ -2,22 +2,20 @@
 
 #include "platform/concurrency/main_executor.h"
 #include "platform/concurrency/testing/manual_clock.h"
+#include "platform/concurrency/testing/runs_main.h"
 #include "platform/concurrency/worker_pool.h"
 #include "platform/notifications/notification_center.h"
 #include "state/gateway_app_state.h"
 #include "state/testing/fake_figure_index.h"
 
-#include <QtCore/QCoreApplication>
-
 #include <optional>
-#include <thread>
 #include <utility>
 #include <vector>
 
 namespace gateway::state::testing {
 
 /// Live figures on a fake index and a manual clock, which begins at noon in UTC. Owner: a test. Thread: main.
-class StateWorld
+class StateWorld : public platform::testing::RunsMain
 {
 public:
     explicit StateWorld(const QTimeZone &zone = QTimeZone::utc()) : timeZone(zone) {}
@@ -48,16 +46,6 @@ public:
     /// The fields published since the last call, in their order, but for the storage usage, which comes when
     /// it likes.
     std::vector<GatewayField> published() { return std::exchange(m_published, {}); }
-
-    /// Runs the main thread until the condition holds.
-    template <typename Condition>
-    static void runUntil(const Condition &condition)
-    {
-        while (!condition()) {
-            QCoreApplication::processEvents();
-            std::this_thread::yield();
-        }
-    }
 
     platform::testing::ManualClock clock;
     platform::MainExecutor main;

@@ -142,6 +142,15 @@ struct BrowserScreenWorld : account::testing::SessionWorld
     }
 
     /// Keeps a picture of the window for whoever asks for them.
+    /// Answers all three questions with yes, by clicks.
+    void sayYes(QWidget &window)
+    {
+        for (int answers = 0; answers < 3; ++answers) {
+            runUntil([&] { return question(window) != nullptr; });
+            QTest::mouseClick(&question(window)->confirmButton(), Qt::LeftButton);
+        }
+    }
+
     static void picture(QWidget &window, const QString &name)
     {
         const QString directory = qEnvironmentVariable("QUORIN_PICTURES");

@@ -9,6 +9,7 @@
 #include "core/notification_names.h"
 #include "log/gateway_logs_view_model.h"
 #include "log/testing/log_folder.h"
+#include "platform/concurrency/testing/runs_main.h"
 #include "receive/dimse_listener_view_model.h"
 #include "receive/store_manual_import_service.h"
 #include "receive/testing/manual_import_world.h"
@@ -26,14 +27,13 @@
 #include <QtWidgets/QApplication>
 
 #include <memory>
-#include <thread>
 
 namespace gateway::shell::testing {
 
 /// Everything that the dashboard shows, with fakes at its ends, on a manual clock that begins at noon in UTC.
 ///
 /// Owner: a test. Thread: main.
-class DashboardWorld
+class DashboardWorld : public platform::testing::RunsMain
 {
 public:
     DashboardWorld()
@@ -86,22 +86,6 @@ public:
                     termsSheet = new Sheet(theme, *window, QStringLiteral("Terms"));
                     return termsSheet;
                 }};
-    }
-
-    /// Runs the main thread until the condition holds.
-    template <typename Condition>
-    static void runUntil(const Condition &condition)
-    {
-        while (!condition()) {
-            QCoreApplication::processEvents();
-            std::this_thread::yield();
-        }
-    }
-
-    template <typename Task>
-    static void finish(const Task &task)
-    {
-        runUntil([&] { return task.isReady(); });
     }
 
     void signIn() { finish(auth.signIn(QStringLiteral("ann@example.org"), account.password)); }
