@@ -1,4 +1,3 @@
-#include "browser/local_index.h"
 #include "browser/quorin_gateway_local_study_row.h"
 #include "core/notification_names.h"
 #include "index/testing/temporary_index.h"
@@ -77,18 +76,21 @@ int main(int argc, char **argv)
     index::testing::TemporaryIndex store;
     fill(store);
     platform::WorkerPool pool(QStringLiteral("global"), 12);
-    browser::DicomDBLocalIndex index(store.index());
     shell::TableKeeper keeper(store.main);
 
     const double start = processorMilliseconds();
-    shell::LocalStudiesScreen screen(
-        {theme,
-         store.defaults,
-         store.main,
-         pool,
-         keeper,
-         [](QWidget *, const QString &) { return QString(); }},
-        {{index, store.notifications, {store.main, pool, store.clock}, [] {}}, [] {}});
+    shell::LocalStudiesScreen screen({theme,
+                                      store.defaults,
+                                      store.main,
+                                      pool,
+                                      keeper,
+                                      [](QWidget *, const QString &) { return QString(); }},
+                                     {{store.index(),
+                                       store.index().failedUploads(),
+                                       store.notifications,
+                                       {store.main, pool, store.clock},
+                                       [] {}},
+                                      [] {}});
     screen.resize(1200, 700);
     screen.show();
     auto &table = screen.table();

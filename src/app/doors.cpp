@@ -39,7 +39,8 @@ browser::CloudBrowserParts Doors::cloudBrowser()
 
 browser::LocalBrowserParts Doors::localBrowser()
 {
-    return {.index = localIndex,
+    return {.index = ground.index,
+            .failures = ground.index.failedUploads(),
             .notifications = ground.notifications,
             .runtime = {.main = ground.main, .pool = ground.pool, .clock = ground.clock},
             .countersChanged = [&state = live] {

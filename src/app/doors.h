@@ -5,7 +5,6 @@
 #include "app/missing_session.h"
 #include "app/receiving.h"
 #include "app/upkeep_elsewhere.h"
-#include "browser/local_index.h"
 #include "monitor/health_service.h"
 #include "state/upkeep_figures.h"
 #include "terminal/instance/account_commands.h"
@@ -78,7 +77,6 @@ struct Doors
                                            .listener = receiving.listenerWatch}};
     std::shared_ptr<terminal::StatusCommands> status = makeStatus();
     std::shared_ptr<terminal::DoctorCommands> doctor = makeDoctor();
-    browser::DicomDBLocalIndex localIndex{ground.index};
     terminal::BrowserCommands browsers{cloudBrowser(), localBrowser(), account.auth};
     terminal::InstanceCommands commands{
         {.defaults = ground.defaults,

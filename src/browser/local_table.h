@@ -1,7 +1,8 @@
 #pragma once
 
 #include "browser/browser_table.h"
-#include "browser/local_index.h"
+#include "index/failed_uploads.h"
+#include "index/study_index.h"
 #include "platform/notifications/notification_center.h"
 
 #include <chrono>
@@ -12,7 +13,8 @@ namespace gateway::browser {
 /// What the tables of this machine work with; all outlive them.
 struct LocalBrowserParts
 {
-    LocalIndex &index;
+    index::StudyIndex &index;
+    const index::FailedUploads &failures;
     platform::NotificationCenter &notifications;
     BrowserRuntime runtime;
     std::function<void()> countersChanged; ///< something was deleted; called on the main thread
@@ -36,7 +38,8 @@ protected:
                std::shared_ptr<const TableRows> noRows,
                SortOrder order);
 
-    LocalIndex &index() const { return m_parts.index; }
+    ::gateway::index::StudyIndex &index() const { return m_parts.index; }
+    const ::gateway::index::FailedUploads &failures() const { return m_parts.failures; }
 
     /// Adds what became of some targets.
     static void add(const ::gateway::index::DeletionCounts &counts, BatchResult &result);

@@ -12,7 +12,7 @@ namespace {
 using ::gateway::index::testing::TemporaryIndex;
 
 /// An index that can be made to wait and to fail. Thread: any.
-class HeldIndex final : public LocalIndex
+class HeldIndex final : public ::gateway::index::StudyIndex
 {
 public:
     explicit HeldIndex(index::DicomDB &database) : m_real(database) {}
@@ -29,11 +29,6 @@ public:
     {
         ++loads;
         return m_real.seriesSnapshots(study);
-    }
-
-    QList<index::UploadFailure> uploadFailures(index::UploadFailureCursor &cursor) override
-    {
-        return m_real.uploadFailures(cursor);
     }
 
     index::DeletionCounts deleteStudies(const QStringList &studies) override
@@ -78,7 +73,7 @@ private:
         }
     }
 
-    DicomDBLocalIndex m_real;
+    index::DicomDB &m_real;
     platform::Mutex m_mutex;
     platform::Condition m_changed;
     bool m_isHeld QUORIN_GUARDED_BY(m_mutex) = false;
@@ -106,7 +101,11 @@ struct LocalTables : ::testing::Test, platform::testing::RunsMain
 
     LocalBrowserParts parts()
     {
-        return {index, store.notifications, {store.main, pool, store.clock}, [this] { ++refreshed; }};
+        return {index,
+                store.index().failedUploads(),
+                store.notifications,
+                {store.main, pool, store.clock},
+                [this] { ++refreshed; }};
     }
 
     qsizetype storedFiles() { return store.number(QStringLiteral("SELECT count(*) FROM DicomImage")); }

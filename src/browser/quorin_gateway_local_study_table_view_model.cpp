@@ -5,6 +5,8 @@
 #include <QtCore/QHash>
 #include <QtCore/QMap>
 
+#include <algorithm>
+
 namespace gateway::browser {
 
 namespace {
@@ -12,16 +14,17 @@ namespace {
 /// How many files failed for which reason, by study.
 using FailureCounts = QHash<QString, QMap<core::FailureClass, qint64>>;
 
-FailureCounts failuresIn(LocalIndex &index, const std::stop_token &stop)
+FailureCounts failuresIn(const gateway::index::FailedUploads &failed, const std::stop_token &stop)
 {
+    constexpr int kAtOnce = 1000;
     FailureCounts counts;
     gateway::index::UploadFailureCursor cursor;
-    QList<gateway::index::UploadFailure> failures = index.uploadFailures(cursor);
+    QList<gateway::index::UploadFailure> failures = failed.next(kAtOnce, cursor);
     while (!failures.isEmpty() && !stop.stop_requested()) {
         for (const gateway::index::UploadFailure &failure : failures) {
             ++counts[failure.studyInstanceUID.trimmed()][core::failureClassOf(failure.failureClass)];
         }
-        failures = index.uploadFailures(cursor);
+        failures = failed.next(kAtOnce, cursor);
     }
     return counts;
 }
@@ -62,9 +65,11 @@ QCoro::Task<> QuorinGatewayLocalStudyTableViewModel::loadStudies()
 
 BrowserTable::Load QuorinGatewayLocalStudyTableViewModel::makeLoad()
 {
-    return [index = &index()](const ShowPart &, const std::stop_token &stop) {
+    return [index = &index(), failed = &failures()](const ShowPart &, const std::stop_token &stop) {
         const QList<gateway::index::LocalStudySnapshot> studies = index->studySnapshots();
-        const FailureCounts failures = failuresIn(*index, stop);
+        const bool hasFailed =
+            std::ranges::any_of(studies, [](const auto &study) { return study.failedImageCount > 0; });
+        const FailureCounts failures = hasFailed ? failuresIn(*failed, stop) : FailureCounts();
         const QTimeZone zone = QTimeZone::systemTimeZone();
         std::vector<Row> rows;
         rows.reserve(static_cast<std::size_t>(studies.size()));

@@ -1,14 +1,13 @@
 #pragma once
 
 #include "index/db_service.h"
-#include "index/deletion_results.h"
 #include "index/failed_uploads.h"
 #include "index/figure_index.h"
 #include "index/file_store.h"
 #include "index/index_examination.h"
 #include "index/index_store.h"
-#include "index/local_snapshots.h"
 #include "index/store_recording.h"
+#include "index/study_index.h"
 #include "index/sync_state.h"
 #include "index/upload_index.h"
 #include "platform/concurrency/mutex.h"
@@ -71,11 +70,11 @@ struct DicomDBCollaborators
 /// is durable, but for the two that say otherwise, which become so with the next one; those that only read
 /// never wait for a writer.
 ///
-/// Whoever needs one side of it works with its port (`UploadIndex`, `FigureIndex`, `DBServiceProtocol`) or
-/// with the part that stands for it.
+/// Whoever needs one side of it works with its port (`UploadIndex`, `FigureIndex`, `StudyIndex`,
+/// `DBServiceProtocol`) or with the part that stands for it.
 ///
 /// Owner: app. Thread: any.
-class DicomDB final : public UploadIndex, public FigureIndex
+class DicomDB final : public UploadIndex, public FigureIndex, public StudyIndex
 {
 public:
     /// Opens or makes the index. \throws IndexOpenError  with the sentence for the operator.
@@ -156,11 +155,8 @@ public:
     std::int64_t syncedImagesCount() const;
     std::int64_t failedImagesCount() const;
 
-    /// All studies, the latest acquired first.
-    QList<LocalStudySnapshot> studySnapshots();
-
-    /// The series of one study, by number. \param identity  the `id` of a study's snapshot.
-    QList<LocalSeriesSnapshot> seriesSnapshots(const QString &identity);
+    QList<LocalStudySnapshot> studySnapshots() override;
+    QList<LocalSeriesSnapshot> seriesSnapshots(const QString &identity) override;
 
     // --- Letting go ----------------------------------------------------------------------------------
 
@@ -171,14 +167,9 @@ public:
     /// removal failed is tried again by the next `finishRemovals`.
     LocalPruneResult pruneSyncedImages(const QDateTime &cutoff);
 
-    /// Deletes studies with all that is theirs, whatever their state, in one transaction, and then the files
-    /// to which no row refers any more. Doesn't roll up and posts nothing.
-    ///
-    /// \param studyInstanceUIDs  identities: the `id` of snapshots.
-    DeletionCounts deleteStudies(const QStringList &studyInstanceUIDs);
-
-    /// The same for series of one study, which stays, if need be empty.
-    DeletionCounts deleteSeries(const QString &studyInstanceUID, const QStringList &seriesInstanceUIDs);
+    DeletionCounts deleteStudies(const QStringList &studyInstanceUIDs) override;
+    DeletionCounts deleteSeries(const QString &studyInstanceUID,
+                                const QStringList &seriesInstanceUIDs) override;
 
     /// Removes the files that an earlier deletion had to leave because the process ended or the disk failed.
     /// Called once after opening; each prune starts with it.

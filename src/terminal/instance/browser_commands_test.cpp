@@ -52,11 +52,14 @@ struct BrowserCommandsTest : AccountApp
     log::testing::RecordingLog events;
     log::StoreLogEmitter emitter{events, clock};
     TemporaryIndex store;
-    browser::DicomDBLocalIndex localIndex{store.index()};
     int refreshed = 0;
     BrowserCommands commands{
         {archive, archive, emitter, defaults, {main, pool, clock}, [this] { return settings.token(); }},
-        {localIndex, notifications, {main, pool, clock}, [this] { ++refreshed; }},
+        {store.index(),
+         store.index().failedUploads(),
+         notifications,
+         {main, pool, clock},
+         [this] { ++refreshed; }},
         auth};
 };
 

@@ -64,7 +64,11 @@ struct BrowserScreenWorld : account::testing::SessionWorld
 
     LocalBrowserDoor localDoor()
     {
-        return {{localIndex, store.notifications, {main, pool, clock}, [this] { ++refreshed; }},
+        return {{store.index(),
+                 store.index().failedUploads(),
+                 store.notifications,
+                 {main, pool, clock},
+                 [this] { ++refreshed; }},
                 [this] { ++sends; }};
     }
 
@@ -165,7 +169,6 @@ struct BrowserScreenWorld : account::testing::SessionWorld
     log::testing::RecordingLog events;
     log::StoreLogEmitter emitter{events, clock};
     index::testing::TemporaryIndex store;
-    browser::DicomDBLocalIndex localIndex{store.index()};
     TableKeeper keeper{main};
     QString exportFile;
     QString suggestedName;

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "index/deletion_results.h"
+#include "index/local_snapshots.h"
+
+#include <QtCore/QList>
+#include <QtCore/QString>
+#include <QtCore/QStringList>
+
+namespace gateway::index {
+
+/// What a person may look at in the index, and take out of it. Nothing here throws; a failure shows as
+/// nothing found or nothing deleted.
+///
+/// Thread: any; calls block.
+class StudyIndex
+{
+public:
+    virtual ~StudyIndex() = default;
+
+    /// All studies, the latest acquired first.
+    virtual QList<LocalStudySnapshot> studySnapshots() = 0;
+
+    /// The series of one study, by number. \param identity  the `id` of a study's snapshot.
+    virtual QList<LocalSeriesSnapshot> seriesSnapshots(const QString &identity) = 0;
+
+    /// Deletes studies with all that is theirs, whatever their state, in one transaction, and then the files
+    /// to which no row refers any more. Doesn't roll up and posts nothing.
+    ///
+    /// \param studyInstanceUIDs  identities: the `id` of snapshots.
+    virtual DeletionCounts deleteStudies(const QStringList &studyInstanceUIDs) = 0;
+
+    /// The same for series of one study, which stays, if need be empty.
+    virtual DeletionCounts deleteSeries(const QString &studyInstanceUID,
+                                        const QStringList &seriesInstanceUIDs) = 0;
+};
+
+} // namespace gateway::index
