@@ -2,8 +2,8 @@
 
 #include "app/dicom_dictionary.h"
 #include "app/headless_face.h"
+#include "app/packaged_updates.h"
 #include "app/testing/app_world.h"
-#include "app/upkeep_elsewhere.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
@@ -193,14 +193,32 @@ TEST_F(Launch, ASecondStartBringsBackTheWizardAndAfterSetupWhatPeopleWorkWith)
     EXPECT_EQ(m_world.face.forward, 2);
 }
 
-TEST(PackagedUpkeep, SaysWhoKeepsTheGatewayUpToDate)
+TEST(PackagedUpdates, SayWhoKeepsTheGatewayUpToDateAndNeverLookByThemselves)
 {
     testing::RecordingFace face;
-    PackagedUpkeep upkeep(face);
+    PackagedUpdates updates(face);
 
-    upkeep.checkForUpdates(u"manual_menu"_qs);
+    updates.setAutomaticallyChecksForUpdates(true);
+    EXPECT_FALSE(updates.automaticallyChecksForUpdates());
+    updates.checkForUpdatesInBackground();
+    EXPECT_EQ(face.shown, QStringList());
+    updates.checkForUpdates();
 
     EXPECT_EQ(face.shown, QStringList{u"notice Updates Come With the System"_qs});
+}
+
+TEST(HeadlessFace, WritesAnAlertAsOneLineAndTakesItForDismissed)
+{
+    QStringList lines;
+    HeadlessFace face([&lines](const QString &line) { lines.append(line); });
+    std::optional<bool> answer;
+
+    face.ask(
+        {.title = u"A Title"_qs, .message = u"One.\n\nTwo."_qs, .accept = u"Yes"_qs, .dismiss = u"No"_qs},
+        [&answer](bool accepted) { answer = accepted; });
+
+    EXPECT_EQ(lines, QStringList{u"A Title: One. Two."_qs});
+    EXPECT_EQ(answer, false);
 }
 
 TEST_F(Launch, HasWordsOfItsOwnForAFailureWithoutAMessage)

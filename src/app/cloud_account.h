@@ -11,6 +11,7 @@
 #include "cloud_client/qrn_status_api.h"
 #include "cloud_client/qrn_stow_api.h"
 #include "cloud_client/qrn_user_api.h"
+#include "cloud_client/qrn_versions_api.h"
 #include "cloud_client/quorin_api_client.h"
 #include "platform/keychain/token_store.h"
 
@@ -37,6 +38,7 @@ struct CloudAccount
     cloud_client::QrnStowAPI stowApi{client};
     cloud_client::QrnQuorinCloudTermsAPI termsApi{client};
     cloud_client::QrnBugReportAPI bugReportApi{client};
+    cloud_client::QrnVersionsAPI versionsApi{client};
     cloud_client::QrnQidoAPI queryApi{client};
     cloud_client::QrnDeleteAPI deleteApi{client};
 

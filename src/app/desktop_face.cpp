@@ -2,6 +2,8 @@
 
 #include "shell/desktop/desktop_screens.h"
 
+#include <utility>
+
 namespace gateway::app {
 
 DesktopFace::DesktopFace(shell::Theme &theme)
@@ -66,6 +68,19 @@ void DesktopFace::showAlert(const QString &title, const QString &message)
 void DesktopFace::showNotice(const QString &title, const QString &message)
 {
     m_screens->showNotice({QStringLiteral("info.circle"), shell::Color::blue, title, message});
+}
+
+void DesktopFace::ask(const updates::Alert &alert, std::function<void(bool)> answered)
+{
+    const bool isWarning = alert.style == updates::Alert::Style::warning;
+    m_screens->showNotice({.symbol = isWarning ? QStringLiteral("exclamationmark.triangle.fill")
+                                               : QStringLiteral("info.circle"),
+                           .color = isWarning ? shell::Color::amber : shell::Color::blue,
+                           .title = alert.title,
+                           .message = alert.message,
+                           .accept = alert.accept,
+                           .dismiss = alert.dismiss,
+                           .answered = std::move(answered)});
 }
 
 void DesktopFace::reopen()

@@ -3,6 +3,7 @@
 #include "app/launch_ports.h"
 #include "shell/dashboard/open_import_panel.h"
 
+#include <functional>
 #include <memory>
 
 namespace gateway::shell {
@@ -43,6 +44,7 @@ public:
     bool isSetupWizardVisible() const override;
     void showAlert(const QString &title, const QString &message) override;
     void showNotice(const QString &title, const QString &message) override;
+    void ask(const updates::Alert &alert, std::function<void(bool accepted)> answered) override;
     void reopen() override;
 
 private:

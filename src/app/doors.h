@@ -4,7 +4,7 @@
 #include "app/launch_ports.h"
 #include "app/missing_session.h"
 #include "app/receiving.h"
-#include "app/upkeep_elsewhere.h"
+#include "app/upkeep.h"
 #include "monitor/health_service.h"
 #include "state/upkeep_figures.h"
 #include "terminal/instance/account_commands.h"
@@ -51,7 +51,7 @@ struct Doors
                                 .clock = ground.clock,
                                 .listener = *receiving.store,
                                 .bindAddress = ground.options.bindAddress}};
-    PackagedUpkeep upkeep{face};
+    Upkeep upkeep{ground, account, live, face};
     std::shared_ptr<AppDelegate> delegate = makeDelegate();
 
     terminal::TermsCommands terms{{.api = account.termsApi,

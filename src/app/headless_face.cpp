@@ -41,4 +41,10 @@ void HeadlessFace::showAlert(const QString &title, const QString &message)
     m_writeLine(title + QStringLiteral(": ") + message);
 }
 
+void HeadlessFace::ask(const updates::Alert &alert, std::function<void(bool)> answered)
+{
+    showAlert(alert.title, alert.message.simplified());
+    answered(false);
+}
+
 } // namespace gateway::app

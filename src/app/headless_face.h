@@ -32,6 +32,9 @@ public:
     void showAlert(const QString &title, const QString &message) override;
     void showNotice(const QString &title, const QString &message) override;
 
+    /// Nobody can be asked, so it counts as dismissed.
+    void ask(const updates::Alert &alert, std::function<void(bool accepted)> answered) override;
+
     /// There is nothing to bring back.
     void reopen() override {}
 

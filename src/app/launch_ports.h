@@ -1,5 +1,7 @@
 #pragma once
 
+#include "updates/alert.h"
+
 #include <QtCore/QString>
 
 namespace gateway::receive {
@@ -12,11 +14,9 @@ namespace gateway::app {
 /// without one.
 ///
 /// Owner: main. Thread: main.
-class GatewayFace
+class GatewayFace : public updates::Alerts
 {
 public:
-    virtual ~GatewayFace() = default;
-
     /// Shows the status item, once, early in the launch.
     virtual void showStatusBar() = 0;
 

@@ -121,7 +121,7 @@ struct GatewayLogError
 {
     QString domain;
     qint64 code = 0;
-    QString message; ///< "redacted_message_hash=" and a hash; never the error's own text
+    QString message; ///< "redacted_message_hash=" and a hash; the version policy's alone is in words
 
     bool operator==(const GatewayLogError &) const = default;
 };

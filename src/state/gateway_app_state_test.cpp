@@ -372,6 +372,8 @@ TEST_F(Banner, NamesTheUpdateByItsDisplayVersionElseByItsVersion)
 {
     EXPECT_EQ(updateAvailableBanner(QStringLiteral("2.1 (Winter)"), QStringLiteral("210")),
               QStringLiteral("Update available: Quorin Gateway 2.1 (Winter). Choose Check for Updates…"));
+    EXPECT_EQ(updateAvailableBanner(QStringLiteral(" 2.2\n"), QStringLiteral("220")),
+              QStringLiteral("Update available: Quorin Gateway 2.2. Choose Check for Updates…"));
     EXPECT_EQ(updateAvailableBanner(QStringLiteral(" "), QStringLiteral("210")),
               QStringLiteral("Update available: Quorin Gateway 210. Choose Check for Updates…"));
     EXPECT_EQ(criticalUpdateBanner(), QStringLiteral("Critical update available. Install update now."));

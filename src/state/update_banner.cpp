@@ -4,10 +4,9 @@ namespace gateway::state {
 
 QString updateAvailableBanner(const QString &displayVersion, const QString &version)
 {
-    const QString shown = displayVersion.trimmed().isEmpty() ? version : displayVersion;
+    const QString trimmed = displayVersion.trimmed();
     return QStringLiteral("Update available: Quorin Gateway %1. Choose Check for Updates…")
-        .arg(shown)
-        .trimmed();
+        .arg(trimmed.isEmpty() ? version : trimmed);
 }
 
 QString criticalUpdateBanner()

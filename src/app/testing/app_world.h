@@ -44,6 +44,12 @@ public:
         shown.append(QStringLiteral("notice ") + title);
     }
 
+    void ask(const updates::Alert &alert, std::function<void(bool)> answered) override
+    {
+        shown.append(alert.title);
+        answered(false);
+    }
+
     void reopen() override { shown.append(QStringLiteral("reopened")); }
 
     QStringList shown;

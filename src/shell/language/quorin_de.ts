@@ -1,6 +1,15 @@
 <?xml version="1.0" encoding="utf-8"?>
 <!DOCTYPE TS>
 <TS version="2.1" language="de" sourcelanguage="en">
+<context><name>AlertWords</name>
+<message><source>Critical Update Available</source><translation>Wichtige Aktualisierung verfügbar</translation></message>
+<message><source>A critical Quorin Gateway update is available. Installing the update now is strongly recommended.</source><translation>Für Quorin Gateway gibt es eine wichtige Aktualisierung. Es wird dringend empfohlen, sie jetzt zu installieren.</translation></message>
+<message><source>Install Update Now</source><translation>Jetzt installieren</translation></message>
+<message><source>Later</source><translation>Später</translation></message>
+<message><source>Unable to Check for Updates</source><translation>Keine Suche nach Aktualisierungen möglich</translation></message>
+<message><source>Quorin Gateway was unable to check for updates for over 30 days. Please connect to the internet so updates can be verified.</source><translation>Quorin Gateway konnte seit über 30 Tagen nicht nach Aktualisierungen suchen. Bitte stellen Sie eine Verbindung zum Internet her, damit das möglich ist.</translation></message>
+<message><source>OK</source><translation>OK</translation></message>
+</context>
 <context><name>Attention</name>
 <message><source>No images can be received</source><translation>Es können keine Bilder empfangen werden</translation></message>
 <message><source>The DIMSE listener could not be started. Open the dashboard to see why.</source><translation>Der DIMSE-Listener konnte nicht starten. Die Übersicht zeigt, warum.</translation></message>
@@ -94,7 +103,7 @@
 <message><source>All Categories</source><translation>Alle Bereiche</translation></message>
 <message><source>Updater</source><translation>Aktualisierung</translation></message>
 </context>
-<context><name>PackagedUpkeep</name>
+<context><name>PackagedUpdates</name>
 <message><source>Updates Come With the System</source><translation>Updates kommen mit dem System</translation></message>
 <message><source>This is version %1. Your system's package manager keeps the gateway up to date; the gateway itself doesn't look for newer versions.</source><translation>Dies ist Version %1. Die Paketverwaltung Ihres Systems hält das Gateway aktuell; das Gateway selbst sucht nicht nach neueren Versionen.</translation></message>
 </context>

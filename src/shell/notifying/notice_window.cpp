@@ -8,6 +8,8 @@
 #include <QtWidgets/QHBoxLayout>
 #include <QtWidgets/QVBoxLayout>
 
+#include <utility>
+
 namespace gateway::shell {
 
 namespace {
@@ -43,12 +45,26 @@ NoticeWindow::NoticeWindow(const Theme &theme, const Notice &notice)
     message->setTextInteractionFlags(Qt::TextSelectableByMouse);
     column->addWidget(message);
     column->addSpacing(theme.space(Space::tight));
-    auto *ok = new PrimaryButton(theme, tr("OK"));
-    ok->setDefault(true);
-    connect(ok, &QPushButton::clicked, this, &QDialog::accept);
-    column->addWidget(ok, 0, Qt::AlignRight);
+    column->addLayout(makeButtons(theme, notice));
     row->addLayout(column, 1);
     setAccessibleDescription(notice.message);
+}
+
+QLayout *NoticeWindow::makeButtons(const Theme &theme, const Notice &notice)
+{
+    auto *row = new QHBoxLayout;
+    row->setSpacing(theme.space(Space::tight));
+    row->addStretch();
+    if (!notice.dismiss.isEmpty()) {
+        auto *dismiss = new Button(theme, ButtonKind::secondary, notice.dismiss);
+        connect(dismiss, &QPushButton::clicked, this, &QDialog::reject);
+        row->addWidget(dismiss);
+    }
+    auto *accept = new PrimaryButton(theme, notice.accept.isEmpty() ? tr("OK") : notice.accept);
+    accept->setDefault(true);
+    connect(accept, &QPushButton::clicked, this, &QDialog::accept);
+    row->addWidget(accept);
+    return row;
 }
 
 Notices::~Notices()
@@ -67,11 +83,15 @@ void Notices::next()
     if (m_shown != nullptr || m_waiting.empty()) {
         return;
     }
-    m_shown = new NoticeWindow(m_theme, m_waiting.front());
+    const Notice notice = std::move(m_waiting.front());
     m_waiting.pop_front();
-    QObject::connect(m_shown, &QDialog::finished, m_shown, [this] {
+    m_shown = new NoticeWindow(m_theme, notice);
+    QObject::connect(m_shown, &QDialog::finished, m_shown, [this, notice](int result) {
         m_shown = nullptr; // it deletes itself
         next();
+        if (notice.answered) {
+            notice.answered(result == QDialog::Accepted || notice.dismiss.isEmpty());
+        }
     });
     m_shown->show();
     m_shown->raise();

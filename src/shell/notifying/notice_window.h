@@ -7,6 +7,9 @@
 #include <QtWidgets/QDialog>
 
 #include <deque>
+#include <functional>
+
+class QLayout;
 
 namespace gateway::shell {
 
@@ -18,10 +21,16 @@ struct Notice
     QString symbol;
     Color color = Color::blue;
     QString title;
-    QString message; ///< plain text, foreign text too
+    QString message;      ///< plain text, foreign text too
+    QString accept = {};  ///< the button that agrees; empty for "OK"
+    QString dismiss = {}; ///< the other button; empty for none
+
+    /// Called once when somebody has answered: true for the button that agrees; where there is no other one,
+    /// for any way of closing it.
+    std::function<void(bool accepted)> answered = {};
 };
 
-/// A short message with one button, "OK".
+/// A short message with one button, or a question with two; Escape and closing dismiss it.
 ///
 /// Owner: itself; it deletes itself when it closes. Thread: main.
 class NoticeWindow : public QDialog
@@ -30,6 +39,9 @@ class NoticeWindow : public QDialog
 
 public:
     NoticeWindow(const Theme &theme, const Notice &notice);
+
+private:
+    QLayout *makeButtons(const Theme &theme, const Notice &notice);
 };
 
 /// Shows notices one after the other: each waits until the one before has been dismissed. Nothing else of the

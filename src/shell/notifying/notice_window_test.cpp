@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <vector>
+
 namespace gateway::shell {
 namespace {
 
@@ -70,6 +72,45 @@ TEST_F(Alerts, WaitForTheOneBefore)
 
     QTest::keyClick(seen(), Qt::Key_Escape);
     EXPECT_EQ(seen(), nullptr);
+}
+
+TEST_F(Alerts, AskAQuestionByTwoButtons)
+{
+    std::vector<bool> answers;
+    Notice question = notice(QStringLiteral("Critical Update Available"));
+    question.accept = QStringLiteral("Install Update Now");
+    question.dismiss = QStringLiteral("Later");
+    question.answered = [&answers](bool accepted) { answers.push_back(accepted); };
+    const auto click = [](const QString &text) {
+        for (QAbstractButton *button : seen()->findChildren<QAbstractButton *>()) {
+            if (button->text() == text) {
+                button->click();
+                return;
+            }
+        }
+    };
+
+    notices.show(question);
+    click(QStringLiteral("Install Update Now"));
+    notices.show(question);
+    click(QStringLiteral("Later"));
+    notices.show(question);
+    QTest::keyClick(seen(), Qt::Key_Escape);
+
+    EXPECT_EQ(answers, (std::vector<bool>{true, false, false}));
+    EXPECT_EQ(seen(), nullptr);
+}
+
+TEST_F(Alerts, CountAsAcceptedHoweverTheyAreClosedWhereThereIsNothingToChoose)
+{
+    std::vector<bool> answers;
+    Notice told = notice(QStringLiteral("Unable to Check for Updates"));
+    told.answered = [&answers](bool accepted) { answers.push_back(accepted); };
+
+    notices.show(told);
+    QTest::keyClick(seen(), Qt::Key_Escape);
+
+    EXPECT_EQ(answers, std::vector<bool>{true});
 }
 
 TEST_F(Alerts, CutNoWord)

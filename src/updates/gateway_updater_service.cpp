@@ -1,0 +1,56 @@
+#include "updates/gateway_updater_service.h"
+
+#include "log/store_log_emitter.h"
+#include "state/update_banner.h"
+
+#include <utility>
+
+namespace gateway::updates {
+
+GatewayUpdaterService::GatewayUpdaterService(Collaborators collaborators) : m_with(std::move(collaborators))
+{
+}
+
+void GatewayUpdaterService::start()
+{
+    if (std::exchange(m_hasStarted, true)) {
+        return;
+    }
+    m_with.emitter.emit({.category = log::GatewayLogCategory::updater,
+                         .action = log::GatewayLogAction::updaterStarted,
+                         .outcome = log::GatewayLogOutcome::started});
+    if (updater().automaticallyChecksForUpdates()) {
+        logCheckRequested(QStringLiteral("startup_background"));
+        updater().checkForUpdatesInBackground();
+    }
+}
+
+void GatewayUpdaterService::checkForUpdates(const QString &reason)
+{
+    start();
+    logCheckRequested(reason);
+    updater().checkForUpdates();
+}
+
+void GatewayUpdaterService::updaterDidFindValidUpdate(const UpdateItem &item)
+{
+    m_with.showBanner(state::updateAvailableBanner(item.displayVersionString, item.versionString));
+}
+
+Updater &GatewayUpdaterService::updater()
+{
+    if (!m_updater) {
+        m_updater = m_with.makeUpdater(*this);
+    }
+    return *m_updater;
+}
+
+void GatewayUpdaterService::logCheckRequested(const QString &reason)
+{
+    m_with.emitter.emit({.category = log::GatewayLogCategory::updater,
+                         .action = log::GatewayLogAction::updaterCheckRequested,
+                         .outcome = log::GatewayLogOutcome::started,
+                         .details = {{QStringLiteral("reason"), reason}}});
+}
+
+} // namespace gateway::updates
