@@ -2,6 +2,7 @@
 
 #include "browser/quorin_gateway_local_study_row.h"
 #include "browser/row_texts.h"
+#include "browser/search_texts.h"
 
 #include <algorithm>
 
@@ -19,12 +20,12 @@ LocalStudySeriesRow LocalStudySeriesRow::of(const index::LocalSeriesSnapshot &se
     row.syncStateSortKey = series.syncState;
     row.syncStateDisplay = syncStateWord(series.syncState);
     row.imageCount = std::max<std::int64_t>(0, series.imageCount);
-    row.searchText = searchTextOf({row.seriesNumberDisplay,
-                                   row.seriesDescription,
-                                   row.modality,
-                                   row.syncStateDisplay,
-                                   row.seriesInstanceUID});
     return row;
+}
+
+void LocalStudySeriesRow::addTo(SearchTexts &texts) const
+{
+    texts.add({seriesNumberDisplay, seriesDescription, modality, syncStateDisplay, seriesInstanceUID});
 }
 
 QString LocalStudySeriesRow::text(int column) const

@@ -8,6 +8,8 @@
 
 namespace gateway::browser {
 
+class SearchTexts;
+
 /// One series of a study of this machine. What is missing reads "--". Thread: a value, any.
 struct LocalStudySeriesRow
 {
@@ -32,12 +34,11 @@ struct LocalStudySeriesRow
     QString syncStateDisplay;
     std::int64_t imageCount = 0;
 
-    QString searchText;
-
     static LocalStudySeriesRow of(const index::LocalSeriesSnapshot &series);
 
     QString target() const { return id; }
     QString text(int column) const;
+    void addTo(SearchTexts &texts) const;
     QString furtherText(int /*column*/) const { return {}; }
     bool hasFailures() const { return syncStateSortKey == 2; }
     bool isInCloud() const { return syncStateSortKey == 1; }

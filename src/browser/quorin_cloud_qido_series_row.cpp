@@ -1,6 +1,7 @@
 #include "browser/quorin_cloud_qido_series_row.h"
 
 #include "browser/row_texts.h"
+#include "browser/search_texts.h"
 #include "cloud_client/qrn_tag_parser.h"
 
 #include <QtCore/QUuid>
@@ -48,9 +49,12 @@ QuorinCloudQidoSeriesRow QuorinCloudQidoSeriesRow::of(const QVariantMap &object)
     row.seriesDateDisplay = shownDate(row.seriesDateRaw);
     row.numberOfImages =
         QrnTagParser::getIntTag(object, QrnDicomTag::NumberOfSeriesRelatedInstances).value_or(0);
-    row.searchText =
-        searchTextOf({row.seriesNumberDisplay, row.seriesDescription, row.modality, row.seriesInstanceUID});
     return row;
+}
+
+void QuorinCloudQidoSeriesRow::addTo(SearchTexts &texts) const
+{
+    texts.add({seriesNumberDisplay, seriesDescription, modality, seriesInstanceUID});
 }
 
 QString QuorinCloudQidoSeriesRow::text(int column) const

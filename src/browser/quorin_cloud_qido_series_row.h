@@ -7,6 +7,8 @@
 
 namespace gateway::browser {
 
+class SearchTexts;
+
 /// One series of a study of the cloud, as a query found it. What is missing reads "--". Thread: a value, any.
 struct QuorinCloudQidoSeriesRow
 {
@@ -33,13 +35,12 @@ struct QuorinCloudQidoSeriesRow
     QString seriesDateDisplay;
     std::int64_t numberOfImages = 0;
 
-    QString searchText;
-
     /// \param object  a series in DICOM JSON.
     static QuorinCloudQidoSeriesRow of(const QVariantMap &object);
 
     QString target() const { return seriesInstanceUIDRaw; }
     QString text(int column) const;
+    void addTo(SearchTexts &texts) const;
     QString furtherText(int /*column*/) const { return {}; }
     bool hasFailures() const { return false; }
     bool isInCloud() const { return true; }

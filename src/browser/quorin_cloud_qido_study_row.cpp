@@ -1,6 +1,7 @@
 #include "browser/quorin_cloud_qido_study_row.h"
 
 #include "browser/row_texts.h"
+#include "browser/search_texts.h"
 #include "cloud_client/qrn_tag_parser.h"
 
 #include <QtCore/QUuid>
@@ -48,13 +49,12 @@ QuorinCloudQidoStudyRow QuorinCloudQidoStudyRow::of(const QVariantMap &object)
     row.studyTimeDisplay = shownTime(row.studyTimeRaw);
     row.numberOfImages =
         QrnTagParser::getIntTag(object, QrnDicomTag::NumberOfStudyRelatedInstances).value_or(0);
-    row.searchText = searchTextOf({row.patientName,
-                                   row.patientID,
-                                   row.studyDescription,
-                                   row.accessionNumber,
-                                   row.modality,
-                                   row.studyInstanceUID});
     return row;
+}
+
+void QuorinCloudQidoStudyRow::addTo(SearchTexts &texts) const
+{
+    texts.add({patientName, patientID, studyDescription, accessionNumber, modality, studyInstanceUID});
 }
 
 QString QuorinCloudQidoStudyRow::text(int column) const

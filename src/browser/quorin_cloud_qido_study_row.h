@@ -7,6 +7,8 @@
 
 namespace gateway::browser {
 
+class SearchTexts;
+
 /// One study of the cloud, as a query found it. What is missing reads "--". Thread: a value, any.
 struct QuorinCloudQidoStudyRow
 {
@@ -39,13 +41,13 @@ struct QuorinCloudQidoStudyRow
     std::int64_t numberOfImages = 0;
 
     QString furtherNames; ///< the name in ideographs and as it sounds, where those came beside the shown one
-    QString searchText;
 
     /// \param object  a study in DICOM JSON.
     static QuorinCloudQidoStudyRow of(const QVariantMap &object);
 
     QString target() const { return studyInstanceUIDRaw; }
     QString text(int column) const;
+    void addTo(SearchTexts &texts) const;
     QString furtherText(int column) const;
     bool hasFailures() const { return false; }
     bool isInCloud() const { return true; }

@@ -1,18 +1,23 @@
 #include "browser/quorin_gateway_local_study_row.h"
 
 #include "browser/row_texts.h"
+#include "browser/search_texts.h"
 #include "index/sync_state.h"
 
 #include <QtCore/QCoreApplication>
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
+#include <utility>
 
 namespace gateway::browser {
 
 namespace {
 
-QString words(const char *text)
+constexpr double kUndated = std::numeric_limits<double>::lowest();
+
+QString translated(const char *text)
 {
     return QCoreApplication::translate("gateway::browser", text);
 }
@@ -23,44 +28,72 @@ QString syncStateWord(std::int16_t syncState)
 {
     switch (static_cast<index::SyncState>(syncState)) {
     case index::SyncState::synced:
-        return words(QT_TRANSLATE_NOOP("gateway::browser", "Synced"));
+        return translated(QT_TRANSLATE_NOOP("gateway::browser", "Synced"));
     case index::SyncState::failed:
-        return words(QT_TRANSLATE_NOOP("gateway::browser", "Failed"));
+        return translated(QT_TRANSLATE_NOOP("gateway::browser", "Failed"));
     case index::SyncState::inProgress:
-        return words(QT_TRANSLATE_NOOP("gateway::browser", "Syncing"));
+        return translated(QT_TRANSLATE_NOOP("gateway::browser", "Syncing"));
     case index::SyncState::notSynced:
         break;
     }
-    return words(QT_TRANSLATE_NOOP("gateway::browser", "Not Synced"));
+    return translated(QT_TRANSLATE_NOOP("gateway::browser", "Not Synced"));
 }
 
-QuorinGatewayLocalStudyRow QuorinGatewayLocalStudyRow::of(const index::LocalStudySnapshot &study,
-                                                          const QTimeZone &zone)
+LocalRowWords LocalRowWords::current()
+{
+    return {QTimeZone::systemTimeZone(),
+            {::gateway::browser::syncStateWord(0),
+             ::gateway::browser::syncStateWord(1),
+             ::gateway::browser::syncStateWord(2),
+             ::gateway::browser::syncStateWord(3)}};
+}
+
+const QString &LocalRowWords::syncStateWord(std::int16_t syncState) const
+{
+    const bool isKnown = syncState >= 0 && static_cast<std::size_t>(syncState) < syncStateWords.size();
+    return syncStateWords[isKnown ? static_cast<std::size_t>(syncState) : 0];
+}
+
+QuorinGatewayLocalStudyRow QuorinGatewayLocalStudyRow::of(index::LocalStudySnapshot study,
+                                                          const LocalRowWords &words)
 {
     QuorinGatewayLocalStudyRow row;
-    row.id = study.id;
-    row.studyInstanceUID = shownText(study.studyInstanceUID);
-    row.patientName = shownText(study.patientName);
-    row.patientID = shownText(study.patientID);
-    row.modality = shownText(study.modality);
+    row.id = std::move(study.id);
+    row.studyInstanceUID = shownText(std::move(study.studyInstanceUID));
+    row.patientName = shownText(std::move(study.patientName));
+    row.patientID = shownText(std::move(study.patientID));
+    row.modality = shownText(std::move(study.modality));
     row.syncStateSortKey = study.syncState;
-    row.syncStateDisplay = syncStateWord(study.syncState);
-    row.studyDescription = shownText(study.studyDescription);
-    row.accessionNumber = shownText(study.accessionNumber);
+    row.syncStateDisplay = words.syncStateWord(study.syncState);
+    row.studyDescription = shownText(std::move(study.studyDescription));
+    row.accessionNumber = shownText(std::move(study.accessionNumber));
     row.acquisitionDateSortKey = study.acquisitionDate
                                      ? static_cast<double>(study.acquisitionDate->toMSecsSinceEpoch()) / 1000
-                                     : std::numeric_limits<double>::lowest();
-    row.acquisitionDateDisplay = study.acquisitionDate ? shownMoment(*study.acquisitionDate, zone) : kMissing;
+                                     : kUndated;
+    row.zone = words.zone;
     row.imageCount = std::max<std::int64_t>(0, study.imageCount);
     row.failedImageCount = study.failedImageCount;
-    row.searchText = searchTextOf({row.patientName,
-                                   row.patientID,
-                                   row.modality,
-                                   row.syncStateDisplay,
-                                   row.studyDescription,
-                                   row.accessionNumber,
-                                   row.studyInstanceUID});
     return row;
+}
+
+void QuorinGatewayLocalStudyRow::addTo(SearchTexts &texts) const
+{
+    texts.add({patientName,
+               patientID,
+               modality,
+               syncStateDisplay,
+               studyDescription,
+               accessionNumber,
+               studyInstanceUID});
+}
+
+QString QuorinGatewayLocalStudyRow::acquisitionDateDisplay() const
+{
+    return acquisitionDateSortKey == kUndated
+               ? kMissing
+               : shownMoment(
+                     QDateTime::fromMSecsSinceEpoch(std::llround(acquisitionDateSortKey * 1000), Qt::UTC),
+                     zone);
 }
 
 QString QuorinGatewayLocalStudyRow::text(int column) const
@@ -79,7 +112,7 @@ QString QuorinGatewayLocalStudyRow::text(int column) const
     case accessionColumn:
         return accessionNumber;
     case dateColumn:
-        return acquisitionDateDisplay;
+        return acquisitionDateDisplay();
     case imagesColumn:
         return QString::number(imageCount);
     case columnTotal:

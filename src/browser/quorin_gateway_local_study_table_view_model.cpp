@@ -6,6 +6,7 @@
 #include <QtCore/QMap>
 
 #include <algorithm>
+#include <utility>
 
 namespace gateway::browser {
 
@@ -66,18 +67,18 @@ QCoro::Task<> QuorinGatewayLocalStudyTableViewModel::loadStudies()
 BrowserTable::Load QuorinGatewayLocalStudyTableViewModel::makeLoad()
 {
     return [index = &index(), failed = &failures()](const ShowPart &, const std::stop_token &stop) {
-        const QList<gateway::index::LocalStudySnapshot> studies = index->studySnapshots();
+        QList<gateway::index::LocalStudySnapshot> studies = index->studySnapshots();
         const bool hasFailed =
             std::ranges::any_of(studies, [](const auto &study) { return study.failedImageCount > 0; });
         const FailureCounts failures = hasFailed ? failuresIn(*failed, stop) : FailureCounts();
-        const QTimeZone zone = QTimeZone::systemTimeZone();
+        const LocalRowWords words = LocalRowWords::current();
         std::vector<Row> rows;
         rows.reserve(static_cast<std::size_t>(studies.size()));
-        for (const gateway::index::LocalStudySnapshot &study : studies) {
-            rows.push_back(Row::of(study, zone));
-            if (study.failedImageCount > 0) {
-                rows.back().failures = wordsOf(failures.value(study.studyInstanceUID));
-            }
+        for (gateway::index::LocalStudySnapshot &study : studies) {
+            const QString reasons =
+                study.failedImageCount > 0 ? wordsOf(failures.value(study.studyInstanceUID)) : QString();
+            rows.push_back(Row::of(std::move(study), words));
+            rows.back().failures = reasons;
         }
         return std::make_shared<const RowsOf<Row>>(std::move(rows));
     };

@@ -7,9 +7,9 @@
 
 namespace gateway::browser {
 
-QString shownText(const QString &text)
+QString shownText(QString text)
 {
-    const QString trimmed = text.trimmed();
+    QString trimmed = std::move(text).trimmed();
     return trimmed.isEmpty() ? kMissing : trimmed;
 }
 
@@ -47,11 +47,6 @@ QString shownDate(const QString &digits)
 QString shownTime(const QString &digits)
 {
     return digits.isEmpty() ? kMissing : digits.left(2) + u':' + digits.mid(2, 2) + u':' + digits.mid(4, 2);
-}
-
-QString searchTextOf(const QStringList &fields)
-{
-    return fields.join(u' ').toLower();
 }
 
 QString shownMoment(const QDateTime &moment, const QTimeZone &zone)

@@ -2,7 +2,6 @@
 
 #include <QtCore/QDateTime>
 #include <QtCore/QString>
-#include <QtCore/QStringList>
 #include <QtCore/QTimeZone>
 
 namespace gateway::browser {
@@ -13,7 +12,7 @@ namespace gateway::browser {
 inline const QString kMissing = QStringLiteral("--");
 
 /// Trimmed; "--" where nothing is left.
-QString shownText(const QString &text);
+QString shownText(QString text);
 
 /// The first `count` decimal digits of a date or time; empty where there are fewer.
 QString leadingDigits(const QString &text, qsizetype count);
@@ -29,9 +28,6 @@ QString shownDate(const QString &digits);
 
 /// "HH:mm:ss" of such digits; "--" for none.
 QString shownTime(const QString &digits);
-
-/// The text that a row is searched by: its fields, joined by one blank and lower-cased.
-QString searchTextOf(const QStringList &fields);
 
 /// A moment as "yyyy-MM-dd HH:mm:ss" there. Fast: a hundred thousand are written at a time, and asking the
 /// system for its own zone costs a look at the disk each time.

@@ -2,7 +2,7 @@
 
 namespace gateway::browser {
 
-RowOrder shownOf(const TableRows &rows, const RowOrder &order, const QString &needle, bool onlyFailures)
+RowOrder shownOf(const TableRows &rows, const RowOrder &order, const QByteArray &needle, bool onlyFailures)
 {
     if (needle.isEmpty() && !onlyFailures) {
         return order;
@@ -15,11 +15,6 @@ RowOrder shownOf(const TableRows &rows, const RowOrder &order, const QString &ne
         }
     }
     return shown;
-}
-
-QString needleOf(const QString &searchText)
-{
-    return searchText.trimmed().toLower();
 }
 
 } // namespace gateway::browser

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "browser/search_texts.h"
+
 #include <QtCore/QHash>
 #include <QtCore/QString>
 #include <QtCore/QtGlobal>
@@ -51,8 +53,8 @@ public:
     /// What a cell can't show but knows; mostly empty.
     virtual QString furtherText(qsizetype position, int column) const = 0;
 
-    /// Whether the row's search text holds `needle`, which is lower-cased.
-    virtual bool matches(qsizetype position, const QString &needle) const = 0;
+    /// Whether the row's search text holds `needle`, as `needleOf` gives it.
+    virtual bool matches(qsizetype position, const QByteArray &needle) const = 0;
 
     /// Whether images of the row failed to upload, and whether all are in the cloud, as far as is known.
     virtual bool hasFailures(qsizetype position) const = 0;
@@ -62,8 +64,8 @@ public:
     virtual RowOrder sorted(SortOrder order) const = 0;
 };
 
-/// Rows of one type. A Row has the fields `id` and `searchText` (lower-cased), and the functions `target()`,
-/// `text(column)`, `furtherText(column)`, `hasFailures()` and `isInCloud()`. Columns for which
+/// Rows of one type. A Row has the field `id` and the functions `target()`, `text(column)`,
+/// `furtherText(column)`, `hasFailures()`, `isInCloud()` and `addTo(searchTexts)`. Columns for which
 /// `isText(column)` holds are sorted by their texts, whatever the case of the letters, others by
 /// `isBefore(left, right, column)`.
 template <typename Row>
@@ -75,6 +77,7 @@ public:
         m_positions.reserve(count());
         for (std::size_t position = 0; position < m_rows.size(); ++position) {
             m_positions.insert(m_rows[position].id, static_cast<quint32>(position));
+            m_rows[position].addTo(m_searchTexts);
         }
     }
 
@@ -96,9 +99,9 @@ public:
         return at(position).furtherText(column);
     }
 
-    bool matches(qsizetype position, const QString &needle) const override
+    bool matches(qsizetype position, const QByteArray &needle) const override
     {
-        return at(position).searchText.contains(needle);
+        return m_searchTexts.contains(static_cast<std::size_t>(position), needle);
     }
 
     bool hasFailures(qsizetype position) const override { return at(position).hasFailures(); }
@@ -135,7 +138,7 @@ private:
     {
         RowOrder positions(m_rows.size());
         std::iota(positions.begin(), positions.end(), 0U);
-        std::sort(positions.begin(), positions.end(), [&](quint32 left, quint32 right) {
+        const auto isBefore = [&](quint32 left, quint32 right) {
             if (Row::isBefore(m_rows[left], m_rows[right], order.column)) {
                 return order.ascending;
             }
@@ -143,7 +146,10 @@ private:
                 return !order.ascending;
             }
             return left < right;
-        });
+        };
+        if (!std::is_sorted(positions.begin(), positions.end(), isBefore)) { // as loads mostly come
+            std::sort(positions.begin(), positions.end(), isBefore);
+        }
         return positions;
     }
 
@@ -151,15 +157,13 @@ private:
 
     std::vector<Row> m_rows;
     QHash<QString, quint32> m_positions; // by id
+    SearchTexts m_searchTexts;
 };
 
 /// The rows of `order` that a search lets through.
 ///
-/// \param needle        trimmed and lower-cased; empty lets all through.
+/// \param needle        as `needleOf` gives it; empty lets all through.
 /// \param onlyFailures  leaves out rows without failures.
-RowOrder shownOf(const TableRows &rows, const RowOrder &order, const QString &needle, bool onlyFailures);
-
-/// A search text as rows are searched by it: trimmed and lower-cased.
-QString needleOf(const QString &searchText);
+RowOrder shownOf(const TableRows &rows, const RowOrder &order, const QByteArray &needle, bool onlyFailures);
 
 } // namespace gateway::browser

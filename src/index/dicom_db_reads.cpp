@@ -7,6 +7,11 @@
 #include <QtCore/QStringList>
 
 #include <algorithm>
+#include <array>
+#include <limits>
+#include <tuple>
+#include <utility>
+#include <vector>
 
 namespace gateway::index {
 
@@ -80,15 +85,33 @@ std::int16_t computedState(const Statement &row, int firstColumn)
                                               row.integer(firstColumn + 3)}));
 }
 
-LocalStudySnapshot studyAt(const Statement &row, const RowAddress &address)
+/// Lets texts that many rows have, such as a modality, be held once.
+class RecurringTexts
+{
+public:
+    /// The same text, shared with an earlier one where that is still known.
+    QString of(QString text)
+    {
+        QString &known = m_known[qHash(text) % m_known.size()];
+        if (known != text) {
+            known = std::move(text);
+        }
+        return known;
+    }
+
+private:
+    std::array<QString, 256> m_known;
+};
+
+LocalStudySnapshot studyAt(const Statement &row, const RowAddress &address, RecurringTexts &recurring)
 {
     LocalStudySnapshot study;
     study.studyInstanceUID = row.text(1).trimmed();
     study.id = study.studyInstanceUID.isEmpty() ? address.of(row.integer(0)) : study.studyInstanceUID;
     study.patientName = row.text(2).trimmed();
     study.patientID = row.text(3).trimmed();
-    study.modality = row.text(4).trimmed();
-    study.studyDescription = row.text(5).trimmed();
+    study.modality = recurring.of(row.text(4).trimmed());
+    study.studyDescription = recurring.of(row.text(5).trimmed());
     study.accessionNumber = row.text(6).trimmed();
     if (!row.isNull(7)) {
         study.acquisitionDate = QDateTime::fromMSecsSinceEpoch(row.integer(7), Qt::UTC);
@@ -97,6 +120,70 @@ LocalStudySnapshot studyAt(const Statement &row, const RowAddress &address)
     study.imageCount = row.integer(8);
     study.failedImageCount = row.integer(10);
     return study;
+}
+
+/// A study's place among the others: the newest first, those without a date last.
+struct StudyPlace
+{
+    std::int64_t acquisitionDate;
+    std::int64_t createDate;
+    std::size_t position;
+
+    bool operator<(const StudyPlace &other) const
+    {
+        return std::tie(other.acquisitionDate, other.createDate, position) <
+               std::tie(acquisitionDate, createDate, other.position);
+    }
+};
+
+/// A date to sort by; SQLite puts what is absent below all others, too.
+std::int64_t sortKey(const Statement &row, int column)
+{
+    return row.isNull(column) ? std::numeric_limits<std::int64_t>::min() : row.integer(column);
+}
+
+/// Moves the studies to their places, one circle of exchanges after the other.
+void arrange(QList<LocalStudySnapshot> &studies, std::vector<StudyPlace> places)
+{
+    const auto study = [&studies](std::size_t place) -> LocalStudySnapshot & {
+        return studies[static_cast<qsizetype>(place)];
+    };
+    for (std::size_t first = 0; first < places.size(); ++first) {
+        if (places[first].position == first) {
+            continue;
+        }
+        LocalStudySnapshot displaced = std::move(study(first));
+        std::size_t free = first;
+        while (places[free].position != first) {
+            const std::size_t next = std::exchange(places[free].position, free);
+            study(free) = std::move(study(next));
+            free = next;
+        }
+        study(free) = std::move(displaced);
+        places[free].position = free;
+    }
+}
+
+/// All studies in order. Sorted here: SQLite would write each whole row into its sorter and read it again.
+QList<LocalStudySnapshot> studiesIn(Database &database)
+{
+    const RowAddress address(database, QStringLiteral("Study"));
+    RecurringTexts recurring;
+    QList<LocalStudySnapshot> studies;
+    std::vector<StudyPlace> places;
+    studies.reserve(ledgerIn(database).total.studies);
+    places.reserve(static_cast<std::size_t>(studies.capacity()));
+    Statement row = database.prepare("SELECT pk, studyInstanceUID, name, id, modality, studyName, "
+                                     "accessionNumber, acquisitionDate, imageCount, syncedCount, "
+                                     "failedCount, inProgressCount, createDate FROM Study "
+                                     "ORDER BY pk DESC"); // nearly the order that is wanted
+    while (row.step()) {
+        places.push_back({sortKey(row, 7), sortKey(row, 12), places.size()});
+        studies.append(studyAt(row, address, recurring));
+    }
+    std::sort(places.begin(), places.end());
+    arrange(studies, std::move(places));
+    return studies;
 }
 
 LocalSeriesSnapshot seriesAt(const Statement &row, const RowAddress &address)
@@ -158,23 +245,11 @@ std::optional<IndexFigures> DicomDB::figures() const
 QList<LocalStudySnapshot> DicomDB::studySnapshots()
 {
     backfillOnce();
-    QList<LocalStudySnapshot> studies;
     try {
-        m_store.read([&](Database &database) {
-            const RowAddress address(database, QStringLiteral("Study"));
-            Statement row =
-                database.prepare("SELECT pk, studyInstanceUID, name, id, modality, studyName, "
-                                 "accessionNumber, acquisitionDate, "
-                                 "imageCount, syncedCount, failedCount, inProgressCount FROM Study "
-                                 "ORDER BY acquisitionDate DESC, createDate DESC");
-            while (row.step()) {
-                studies.append(studyAt(row, address));
-            }
-        });
+        return m_store.read([](Database &database) { return studiesIn(database); });
     } catch (const SqliteError &) {
         return {};
     }
-    return studies;
 }
 
 QList<LocalSeriesSnapshot> DicomDB::seriesSnapshots(const QString &identity)

@@ -164,6 +164,27 @@ TEST_F(StudySnapshots, ComeLatestAcquiredFirstThenLatestImportedUndatedLast)
                            QStringLiteral("undated")}));
 }
 
+TEST_F(StudySnapshots, KeepTheirOwnFieldsInWhateverOrderTheyWereImported)
+{
+    const QDate day(2024, 5, 6);
+    for (int imported = 0; imported < 40; ++imported) {
+        const int age = imported * 7 % 40; // several circles of exchanges, and some that stay
+        home.import(TemporaryIndex::image(QStringLiteral("9.%1").arg(imported),
+                                          {{QStringLiteral("studyID"), QString::number(age)},
+                                           {QStringLiteral("patientName"), QStringLiteral("P%1").arg(age)},
+                                           {QStringLiteral("studyDate"), day.addDays(-age)}}));
+    }
+
+    const QList<LocalStudySnapshot> studies = index.studySnapshots();
+
+    ASSERT_EQ(studies.size(), 40);
+    for (int age = 0; age < 40; ++age) {
+        EXPECT_EQ(studies[age].id, QString::number(age));
+        EXPECT_EQ(studies[age].patientName, QStringLiteral("P%1").arg(age));
+        EXPECT_EQ(studies[age].acquisitionDate->date(), day.addDays(-age));
+    }
+}
+
 TEST_F(StudySnapshots, OfAStudyWithoutUIDNameTheRowItself)
 {
     QVariantMap elements = TemporaryIndex::image(QStringLiteral("9.1"));
