@@ -31,7 +31,7 @@ struct Raw
     bool reproducible = false, duringImport = false, duringOpening = false;
     std::vector<std::string> attachments;
     std::vector<std::string> paths;
-    std::string helpTopic;
+    std::vector<std::string> helpTopic;
     std::string search, study;
     bool failed = false, yes = false;
     long long expected = 0;
@@ -84,7 +84,7 @@ void addGlobalOptions(CLI::App &app, Raw &raw)
                        : "takes a numeric address and a port, such as 127.0.0.1:9464";
         });
     app.add_flag("--headless", raw.headless, "Run the gateway without a display");
-    app.set_version_flag("--version", "quorin-gateway " QUORIN_VERSION, "Print the version");
+    app.set_version_flag("-V,--version", "quorin-gateway " QUORIN_VERSION, "Print the version");
     app.set_help_flag("-h,--help", "Print this help");
 }
 
@@ -149,7 +149,8 @@ void addOthers(CLI::App &app, Raw &raw)
     set->add_option("VALUE", raw.value, "Its new value")->required();
 
     CLI::App *help = app.add_subcommand("help", "Print the help of a command");
-    help->add_option("COMMAND", raw.helpTopic, "The command");
+    help->add_option("COMMAND", raw.helpTopic, "The command, and a command of it");
+    app.add_subcommand("version", "Print the version");
 }
 
 void addTerms(CLI::App &app, Raw &raw)
@@ -388,17 +389,34 @@ Command command(const CLI::App &app, const Raw &raw)
     return RunDesktop{};
 }
 
-CommandLineEnd helpOn(const CLI::App &app, const std::string &topic)
+/// \param topic  the names of a command and, maybe, of one below it; none for the program.
+CommandLineEnd helpOn(const CLI::App &app, const std::vector<std::string> &topic)
 {
-    if (topic.empty()) {
-        return {0, text(app.help())};
-    }
-    for (const CLI::App *command : app.get_subcommands({})) {
-        if (command->get_name() == topic) {
-            return {0, text(command->help())};
+    const CLI::App *described = &app;
+    std::string name = app.get_name();
+    for (const std::string &word : topic) {
+        const std::vector<const CLI::App *> found = described->get_subcommands(
+            [&word](const CLI::App *command) { return command->get_name() == word; });
+        name += " " + word;
+        if (found.empty()) {
+            return {kBadUsage, QStringLiteral("There is no command %1.\n").arg(text(name))};
         }
+        described = found.front();
     }
-    return {kBadUsage, QStringLiteral("There is no command named %1.\n").arg(text(topic))};
+    // Not by help(), which would describe the command that was chosen: help itself, where it was help.
+    return {0, text(described->get_formatter()->make_help(described, name, CLI::AppFormatMode::Normal))};
+}
+
+/// The commands of a command line, as far as they were understood.
+std::vector<std::string> chosenCommands(const CLI::App &app)
+{
+    std::vector<std::string> names;
+    const CLI::App *at = &app;
+    while (!at->get_subcommands().empty()) {
+        at = at->get_subcommands().front();
+        names.push_back(at->get_name());
+    }
+    return names;
 }
 
 } // namespace
@@ -429,8 +447,7 @@ std::variant<Invocation, CommandLineEnd> parseCommandLine(const QStringList &arg
     try {
         app.parse(std::move(reversed));
     } catch (const CLI::CallForHelp &) {
-        const std::vector<CLI::App *> chosen = app.get_subcommands();
-        return CommandLineEnd{0, text(chosen.empty() ? app.help() : chosen.front()->help())};
+        return helpOn(app, chosenCommands(app));
     } catch (const CLI::CallForVersion &version) {
         return CommandLineEnd{0, text(version.what()) + u'\n'};
     } catch (const CLI::ParseError &error) {
@@ -440,6 +457,9 @@ std::variant<Invocation, CommandLineEnd> parseCommandLine(const QStringList &arg
     }
     if (app.got_subcommand("help")) {
         return helpOn(app, raw.helpTopic);
+    }
+    if (app.got_subcommand("version")) {
+        return CommandLineEnd{0, text(app.version()) + u'\n'};
     }
     GlobalOptions options{optionalText(raw.home),
                           optionalText(raw.cloud),

@@ -206,8 +206,11 @@ TEST_F(CommandLine, PrintsVersionAndHelp)
 {
     EXPECT_EQ(ending({u"--version"_qs}).text, u"quorin-gateway " QUORIN_VERSION "\n"_qs);
     EXPECT_EQ(ending({u"--version"_qs}).exitCode, 0);
+    EXPECT_EQ(ending({u"-V"_qs}).text, ending({u"--version"_qs}).text);
+    EXPECT_EQ(ending({u"version"_qs}).text, ending({u"--version"_qs}).text);
     EXPECT_EQ(ending({u"--help"_qs}).exitCode, 0);
     EXPECT_TRUE(ending({u"--help"_qs}).text.contains(u"sign-in"_qs));
+    EXPECT_EQ(ending({u"help"_qs}).text, ending({u"--help"_qs}).text);
 }
 
 TEST_F(CommandLine, PrintsTheHelpOfOneCommand)
@@ -218,6 +221,17 @@ TEST_F(CommandLine, PrintsTheHelpOfOneCommand)
     EXPECT_TRUE(end.text.contains(u"--ae-title"_qs));
     EXPECT_EQ(ending({u"setup"_qs, u"--help"_qs}).text, end.text);
     EXPECT_EQ(ending({u"help"_qs, u"nonsense"_qs}).exitCode, 2);
+}
+
+TEST_F(CommandLine, PrintsTheHelpOfACommandBelowAnother)
+{
+    const CommandLineEnd end = ending({u"help"_qs, u"cloud"_qs, u"studies"_qs});
+
+    EXPECT_EQ(end.exitCode, 0);
+    EXPECT_TRUE(end.text.contains(u"Usage: quorin-gateway cloud studies"_qs));
+    EXPECT_TRUE(end.text.contains(u"--patient-name"_qs));
+    EXPECT_EQ(ending({u"cloud"_qs, u"studies"_qs, u"--help"_qs}).text, end.text);
+    EXPECT_EQ(ending({u"help"_qs, u"cloud"_qs, u"nonsense"_qs}).exitCode, 2);
 }
 
 TEST_F(CommandLine, TakesTheFiltersOfTheLogAsTheyAreTyped)
