@@ -49,6 +49,8 @@ elseif(QUORIN_TSAN)
     target_link_options(quorin_flags INTERFACE -fsanitize=thread)
 elseif(NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
     target_compile_options(quorin_flags INTERFACE -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3)
+    # What ships asks for the libraries that it uses, not for all that those were built with.
+    target_link_options(quorin_flags INTERFACE -Wl,--as-needed)
 endif()
 
 # Coverage feedback for the fuzzers; the fuzzing main itself is linked by the fuzz targets alone.
