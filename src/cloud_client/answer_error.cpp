@@ -27,6 +27,9 @@ QString statusSentence(int status)
         return QStringLiteral("The server at %1 does not allow this (status %2).");
     case 404:
         return QStringLiteral("The server at %1 does not know what was asked for (status %2).");
+    case 405:
+    case 501:
+        return QStringLiteral("The server at %1 does not offer this (status %2).");
     case 407:
         return QStringLiteral("A web proxy on the way to %1 asks for a sign-in (status %2).");
     case 413:

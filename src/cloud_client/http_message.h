@@ -72,8 +72,7 @@ struct HttpRequest
 struct HttpResponse
 {
     int status = 0;
-    QByteArray contentType;     ///< lower case, without parameters
-    bool moreAvailable = false; ///< the server warned that it holds back results (PS3.18 8.3.4.4)
+    QByteArray contentType; ///< lower case, without parameters
     QByteArray body;
     std::optional<std::chrono::seconds> retryAfter = {}; ///< as far as the server asks to be left alone
     QString host = {};                                   ///< whose answer it is, as far as the address tells

@@ -210,13 +210,6 @@ HeaderList headerList(const HttpRequest &request)
     return list;
 }
 
-bool warnsOfMore(CURL *handle)
-{
-    curl_header *warning = nullptr;
-    return curl_easy_header(handle, "Warning", 0, CURLH_HEADER, -1, &warning) == CURLHE_OK &&
-           std::strncmp(warning->value, "299", 3) == 0;
-}
-
 std::optional<std::chrono::seconds> retryAfter(CURL *handle)
 {
     curl_header *header = nullptr;
@@ -418,12 +411,8 @@ HttpResponse HttpTransport::perform(const HttpRequest &request)
     if (exchange.tooLarge) {
         exchange.body.clear(); // of a refusal: its status says enough
     }
-    return {static_cast<int>(status),
-            mediaType(handle),
-            warnsOfMore(handle),
-            std::move(exchange.body),
-            retryAfter(handle),
-            m_host};
+    return {
+        static_cast<int>(status), mediaType(handle), std::move(exchange.body), retryAfter(handle), m_host};
 }
 
 } // namespace gateway::cloud_client

@@ -25,14 +25,22 @@ QString value(const ReceivedRequest &request, const char *name)
         .queryItemValue(QString::fromLatin1(name), QUrl::FullyDecoded);
 }
 
-/// An archive of `count` studies that answers page by page.
-ScriptedHttpServer::Handler archiveOf(int count, bool knowsOffset = true)
+/// How an archive pages.
+struct Paging
 {
-    return [count, knowsOffset](const ReceivedRequest &request) {
-        const int offset = knowsOffset ? value(request, "offset").toInt() : 0;
-        const int limit = value(request, "limit").toInt();
+    bool knowsOffset = true;
+    int atMost = 1000; ///< results a page, whatever is asked for
+    int statusBehindLast = 204;
+};
+
+/// An archive of `count` studies that answers page by page.
+ScriptedHttpServer::Handler archiveOf(int count, Paging paging = {})
+{
+    return [count, paging](const ReceivedRequest &request) {
+        const int offset = paging.knowsOffset ? value(request, "offset").toInt() : 0;
+        const int limit = std::min(value(request, "limit").toInt(), paging.atMost);
         if (offset >= count) {
-            return ScriptedHttpServer::answer(204);
+            return ScriptedHttpServer::answer(paging.statusBehindLast);
         }
         QByteArray list;
         for (int number = offset; number < std::min(count, offset + limit); ++number) {
@@ -87,10 +95,10 @@ TEST(QidoQuery, SendsAllNineFiltersEncoded)
     EXPECT_EQ(value(request, "ModalitiesInStudy"), *query.modalitiesInStudy);
 }
 
-TEST(QidoQuery, ReadsPageByPageUntilOneIsShort)
+TEST(QidoQuery, ReadsPageByPageUntilOneIsEmpty)
 {
     for (const auto &[count, pages] :
-         {std::pair(0, 1), std::pair(99, 1), std::pair(100, 2), std::pair(250, 3)}) {
+         {std::pair(0, 1), std::pair(99, 2), std::pair(100, 2), std::pair(250, 4)}) {
         ScriptedService service(archiveOf(count));
 
         const QList<QVariantMap> found = QrnQidoAPI(service.client).getAll({});
@@ -100,9 +108,34 @@ TEST(QidoQuery, ReadsPageByPageUntilOneIsShort)
     }
 }
 
+TEST(QidoQuery, GoesOnWhereAServerSendsLessAtATimeThanItWasAskedFor)
+{
+    for (const int atMost : {1, 25, 99}) {
+        ScriptedService service(archiveOf(130, {.atMost = atMost}));
+
+        EXPECT_EQ(QrnQidoAPI(service.client).getAll({}).size(), 130) << atMost;
+    }
+}
+
+TEST(QidoQuery, TakesARefusedOffsetBehindAShortPageForTheEndAndNoOther)
+{
+    for (const int status : {400, 404, 416}) {
+        ScriptedService service(archiveOf(30, {.statusBehindLast = status}));
+        ScriptedService broken(archiveOf(0, {.statusBehindLast = status}));
+
+        EXPECT_EQ(QrnQidoAPI(service.client).getAll({}).size(), 30) << status;
+        EXPECT_TRUE(errorOf<AFError>([&broken] { QrnQidoAPI(broken.client).getAll({}); })) << status;
+    }
+    for (const int status : {401, 429, 500}) {
+        ScriptedService service(archiveOf(30, {.statusBehindLast = status}));
+
+        EXPECT_TRUE(errorOf<AFError>([&service] { QrnQidoAPI(service.client).getAll({}); })) << status;
+    }
+}
+
 TEST(QidoQuery, EndsAtAServerThatKnowsNoOffset)
 {
-    ScriptedService service(archiveOf(500, false));
+    ScriptedService service(archiveOf(500, {.knowsOffset = false}));
 
     EXPECT_EQ(QrnQidoAPI(service.client).getAll({}).size(), 100);
     EXPECT_EQ(service.server.requests().size(), 2);
@@ -140,20 +173,6 @@ TEST(QidoQuery, HandsOverPageByPageUntilItIsTold)
     });
 
     EXPECT_EQ(pages, QList<qsizetype>({100}));
-}
-
-TEST(QidoQuery, GoesOnWhenAServerWarnsThatItHeldBackResults)
-{
-    ScriptedService service([](const ReceivedRequest &request) {
-        const int offset = value(request, "offset").toInt();
-        return offset > 2 ? ScriptedHttpServer::answer(204)
-                          : ScriptedHttpServer::answer(200,
-                                                       "application/dicom+json",
-                                                       "[" + study(offset) + "]",
-                                                       "Warning: 299 x: There are 2 additional results\r\n");
-    });
-
-    EXPECT_EQ(QrnQidoAPI(service.client).getAll({}).size(), 3);
 }
 
 TEST(QidoQuery, KeepsOnlyAttributesThatItAskedFor)
@@ -205,6 +224,30 @@ TEST(CloudDelete, DeletesAStudyAndASeries)
         EXPECT_TRUE(service.server.requests().at(0).is("DELETE", "/dicom-web/studies/1.2.3"));
         EXPECT_TRUE(service.server.requests().at(1).is("DELETE", "/dicom-web/studies/1.2.3/series/4.5"));
         EXPECT_EQ(service.server.requests().at(0).headers.value("x-quorin-device"), "DEVICE-1");
+    }
+}
+
+TEST(CloudDelete, TakesAnAnswerInWhateverForm)
+{
+    ScriptedService service([](const ReceivedRequest &) { return ScriptedHttpServer::answer(204); });
+
+    QrnDeleteAPI(service.client).deleteSeries(QStringLiteral("1.2.3"), QStringLiteral("4.5"), kDevice);
+
+    EXPECT_EQ(service.server.requests().first().headers.value("accept"), "*/*")
+        << "an archive may refuse another form before it looks at what is asked";
+}
+
+TEST(CloudDelete, TellsThatAnArchiveDoesNotOfferIt)
+{
+    for (const int status : {405, 501}) {
+        ScriptedService service(
+            [status](const ReceivedRequest &) { return ScriptedHttpServer::answer(status); });
+
+        const auto error = errorOf<AFError>(
+            [&service] { QrnDeleteAPI(service.client).deleteStudy(QStringLiteral("1.2.3"), kDevice); });
+
+        ASSERT_TRUE(error);
+        EXPECT_TRUE(error->localizedDescription.contains(QStringLiteral("does not offer this")));
     }
 }
 

@@ -23,6 +23,7 @@ void QrnDeleteAPI::remove(const QByteArray &path, const QString &deviceId)
     call.service = ApiCall::Service::dicomWeb;
     call.method = "DELETE";
     call.path = path;
+    call.accept = "*/*"; // of the answer, the status alone counts
     call.deviceId = deviceId;
     call.isBrief = false; // an archive may take its time over a large study
     m_client.request(call);

@@ -1,5 +1,6 @@
 #include "cloud_client/qrn_qido_api.h"
 
+#include "cloud_client/answer_error.h"
 #include "cloud_client/qrn_tag_parser.h"
 #include "cloud_client/query_result.h"
 #include "cloud_client/quorin_api_client.h"
@@ -14,7 +15,7 @@ namespace gateway::cloud_client {
 
 namespace {
 
-// Archives cap a page at a hundred or more; a smaller page than asked for would look like the last one.
+// Most archives send as much at a time.
 constexpr int kPageSize = 100;
 
 constexpr std::array kStudyTags = {QrnDicomTag::StudyDate,
@@ -48,7 +49,8 @@ QStringList keysOf(const std::array<QrnDicomTag, Count> &tags)
     return keys;
 }
 
-/// One query, fetched page by page until a page is short.
+/// One query, fetched page by page until one brings nothing new. A short page proves nothing: an archive may
+/// send less at a time than it was asked for, and needn't say so.
 class PagedQuery
 {
 public:
@@ -68,7 +70,7 @@ public:
         bool hasMore = true;
         while (isWanted && hasMore) {
             hasMore = fetchPage();
-            isWanted = !onPage || onPage(std::exchange(m_found, {}));
+            isWanted = !onPage || m_found.isEmpty() || onPage(std::exchange(m_found, {}));
         }
         return std::move(m_found);
     }
@@ -92,12 +94,22 @@ private:
         call.path = address();
         call.accept = "application/dicom+json";
         call.isBrief = false;
-        const HttpResponse response = m_client.request(call);
+        const HttpResponse response = m_client.send(call);
+        if (m_mayBeWhole && isRefusedOffset(response.status)) {
+            return false;
+        }
+        if (!response.isSuccess()) {
+            throwAnswerError(response);
+        }
         const QVariantList objects = queryResult(response);
         const bool hasNews = keep(objects);
         m_offset += objects.size();
-        return hasNews && (objects.size() >= kPageSize || response.moreAvailable);
+        m_mayBeWhole = objects.size() < kPageSize;
+        return hasNews;
     }
+
+    /// What an archive may say to an offset behind its last result, where it doesn't send an empty page.
+    static bool isRefusedOffset(int status) { return status == 400 || status == 404 || status == 416; }
 
     /// Keeps what wasn't there before; a server that knows no offset would send its first page for ever.
     bool keep(const QVariantList &objects)
@@ -137,6 +149,7 @@ private:
     const QStringList m_keys;
     const QrnDicomTag m_id;
     qsizetype m_offset = 0;
+    bool m_mayBeWhole = false; // the last page was short
     QSet<QString> m_seen;
     QList<QVariantMap> m_found;
 };
