@@ -27,6 +27,19 @@ QMap<QString, QString> watchedFolders(const Ground &ground, const Receiving &rec
 
 } // namespace
 
+wizard::SetupWizardParts Doors::setupParts()
+{
+    return {.defaults = ground.defaults,
+            .settings = ground.settings,
+            .main = ground.main,
+            .pool = ground.pool,
+            .clock = ground.clock,
+            .listener = *receiving.store,
+            .turn = setupTurn,
+            .machine =
+                wizard::SetupMachine::here(ground.options.bindAddress, ground.options.layout.incomingFolder)};
+}
+
 browser::CloudBrowserParts Doors::cloudBrowser()
 {
     return {.queries = account.queryApi,
@@ -76,7 +89,7 @@ std::shared_ptr<AppDelegate> Doors::makeDelegate()
                                    .upkeep = upkeep,
                                    .autoDeleteCleanupService = sending.cleanup,
                                    .store = *receiving.store,
-                                   .isApplyingSetup = [this] { return setup.isApplying(); }});
+                                   .isApplyingSetup = [this] { return setupTurn.isTaken(); }});
 }
 
 std::shared_ptr<terminal::StatusCommands> Doors::makeStatus()

@@ -16,7 +16,7 @@
 #include "terminal/instance/status_commands.h"
 #include "terminal/instance/terms_commands.h"
 #include "upload/upload_opener.h"
-#include "wizard/setup_applier.h"
+#include "wizard/gateway_setup_wizard_view_model.h"
 
 #include <memory>
 
@@ -44,13 +44,7 @@ struct Doors
                                    .systemLog = ground.systemLog,
                                    .areImagesWaiting = [this] { return areImagesWaiting(); },
                                    .writeLine = ground.options.writeLine}};
-    wizard::SetupApplier setup{{.defaults = ground.defaults,
-                                .settings = ground.settings,
-                                .main = ground.main,
-                                .pool = ground.pool,
-                                .clock = ground.clock,
-                                .listener = *receiving.store,
-                                .bindAddress = ground.options.bindAddress}};
+    wizard::SetupTurn setupTurn{};
     Upkeep upkeep{ground, account, live, face};
     std::shared_ptr<AppDelegate> delegate = makeDelegate();
 
@@ -71,10 +65,7 @@ struct Doors
                                        .auth = account.auth}};
     terminal::SessionCommands session{
         {.main = ground.main, .pool = ground.networkPool, .auth = account.auth}};
-    terminal::SetupCommands setupCommands{{.main = ground.main,
-                                           .pool = ground.networkPool,
-                                           .setup = setup,
-                                           .listener = receiving.listenerWatch}};
+    terminal::SetupCommands setupCommands{setupParts()};
     std::shared_ptr<terminal::StatusCommands> status = makeStatus();
     std::shared_ptr<terminal::DoctorCommands> doctor = makeDoctor();
     terminal::BrowserCommands browsers{cloudBrowser(), localBrowser(), account.auth};
@@ -94,6 +85,9 @@ struct Doors
                       [this](const auto &...request) { return browsers.handle(request...); },
                       [this](const auto &...request) { return doctor->handle(request...); }}}};
     std::unique_ptr<monitor::HealthService> health = makeHealth();
+
+    /// What a setup is made of, be it for a window or for a command.
+    wizard::SetupWizardParts setupParts();
 
     browser::CloudBrowserParts cloudBrowser();
     browser::LocalBrowserParts localBrowser();

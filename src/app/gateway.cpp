@@ -53,7 +53,7 @@ shell::ScreenModels Gateway::screenModels()
                                  m_receiving.store->requestUpload(QStringLiteral("local_browser"),
                                                                   upload::UploadUrgency::everythingNow);
                              }},
-            .setup = m_doors.setup};
+            .setup = m_doors.setupParts()};
 }
 
 void Gateway::launch()

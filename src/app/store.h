@@ -55,7 +55,11 @@ public:
     void requestUpload(const QString &reason,
                        upload::UploadUrgency urgency = upload::UploadUrgency::whenOpen) override;
 
-    receive::StoreListenerService &listenerService() const override { return *m_listenerService; }
+    receive::StoreListenerService &listenerService() const { return *m_listenerService; }
+
+    bool isListenerRunning() const override { return m_listenerService->storeListener() != nullptr; }
+    void startListener() override { m_listenerService->startListener(); }
+    void stopListener() override { m_listenerService->stopListener(); }
 
     receive::StoreManualImportService &manualImportService() const { return *m_manualImportService; }
 

@@ -2,6 +2,8 @@
 
 #include "core/settings.h"
 
+#include <QtCore/QCoreApplication>
+
 namespace gateway::core {
 
 bool isValidAutoDeleteValue(GatewayAutoDeleteMode mode, std::optional<int> value)
@@ -23,9 +25,11 @@ QString autoDeleteValueMessage(GatewayAutoDeleteMode mode)
     case GatewayAutoDeleteMode::never:
         return {};
     case GatewayAutoDeleteMode::days:
-        return QStringLiteral("Auto-delete in days must be a number between 1 and 3650.");
+        return QCoreApplication::translate("SetupWizard",
+                                           "Auto-delete in days must be a number between 1 and 3650.");
     case GatewayAutoDeleteMode::months:
-        return QStringLiteral("Auto-delete in months must be a number between 1 and 120.");
+        return QCoreApplication::translate("SetupWizard",
+                                           "Auto-delete in months must be a number between 1 and 120.");
     }
     return {};
 }

@@ -4,31 +4,37 @@
 #include "core/dcm_listener_settings.h"
 #include "core/retention_policy.h"
 #include "receive/folder_bookmark.h"
+#include "wizard/setup_checks.h"
+
+#include <QtCore/QCoreApplication>
 
 namespace gateway::wizard {
 
-SetupDraft storedDraft(const core::Settings &settings, const platform::UserDefaults &defaults)
+GatewaySetupDraft storedDraft(const core::Settings &settings, const platform::UserDefaults &defaults)
 {
     const core::DCMListenerSettings record = core::DCMListenerSettings::load(defaults);
-    const core::RetentionPolicy retention = core::effectiveRetentionPolicy(settings);
     const QString folder = settings.listenerDestinationFolder.get().value_or(QString());
-    return {record.aeTitle,
-            QString::number(record.port),
-            record.advertiseWithBonjour.value_or(true),
-            folder.trimmed().isEmpty() ? std::nullopt : std::optional(folder),
-            retention.mode,
-            retention.mode == core::GatewayAutoDeleteMode::never ? QString()
-                                                                 : QString::number(retention.value)};
+    const std::optional<int> amount = settings.gatewayAutoDeleteValue.get();
+    GatewaySetupDraft draft;
+    draft.aeTitle = record.aeTitle;
+    draft.portText = QString::number(record.port);
+    draft.advertiseWithBonjour = record.advertiseWithBonjour.value_or(true);
+    draft.destinationFolder = folder.trimmed().isEmpty() ? std::nullopt : std::optional(folder);
+    draft.autoDeleteMode = settings.gatewayAutoDeleteMode.get();
+    const bool hasAmount = amount && draft.autoDeleteMode != core::GatewayAutoDeleteMode::never;
+    draft.autoDeleteValueText = hasAmount ? QString::number(*amount) : QString();
+    return draft;
 }
 
 std::optional<QString>
-writeDraft(const SetupDraft &draft, core::Settings &settings, platform::UserDefaults &defaults)
+writeDraft(const GatewaySetupDraft &draft, core::Settings &settings, platform::UserDefaults &defaults)
 {
     std::optional<QByteArray> bookmark;
     if (draft.destinationFolder) {
         bookmark = receive::makeFolderBookmark(*draft.destinationFolder);
         if (!bookmark) {
-            return QStringLiteral("Could not save folder permissions. Choose a different folder.");
+            return QCoreApplication::translate(
+                "SetupWizard", "Could not save folder permissions. Choose a different folder.");
         }
     }
     core::DCMListenerSettings record = core::DCMListenerSettings::load(defaults);
@@ -42,7 +48,7 @@ writeDraft(const SetupDraft &draft, core::Settings &settings, platform::UserDefa
                       settings.listenerDestinationFolder.set(draft.destinationFolder) &&
                       settings.listenerDestinationFolderBookmark.set(bookmark) &&
                       core::storeRetentionPolicy(settings, retention);
-    return kept ? std::nullopt : std::optional(QStringLiteral("The settings could not be written."));
+    return kept ? std::nullopt : std::optional(settingsNotWrittenMessage());
 }
 
 bool markSetupCompleted(core::Settings &settings, const QDateTime &now)
@@ -50,6 +56,11 @@ bool markSetupCompleted(core::Settings &settings, const QDateTime &now)
     // The gate opens with the last of them.
     return settings.gatewaySetupCompletedAt.set(now) && settings.gatewaySetupVersion.set(kSetupVersion) &&
            settings.gatewaySetupCompleted.set(true);
+}
+
+QString settingsNotWrittenMessage()
+{
+    return QCoreApplication::translate("SetupWizard", "The settings could not be written.");
 }
 
 } // namespace gateway::wizard

@@ -15,9 +15,9 @@ using core::GatewayAutoDeleteMode;
 class SetupApply : public ::testing::Test
 {
 protected:
-    SetupDraft draft() const
+    GatewaySetupDraft draft() const
     {
-        SetupDraft draft;
+        GatewaySetupDraft draft;
         draft.aeTitle = u"  gate 1 "_qs;
         draft.portText = u"11112"_qs;
         draft.advertiseWithBonjour = false;
@@ -57,7 +57,7 @@ TEST_F(SetupApply, WritesTheDraftAndKeepsWhatItDoesNotHold)
 TEST_F(SetupApply, ForgetsFolderAndAmountThatTheDraftHasNot)
 {
     ASSERT_EQ(writeDraft(draft(), m_settings, m_defaults), std::nullopt);
-    SetupDraft plain = draft();
+    GatewaySetupDraft plain = draft();
     plain.destinationFolder = std::nullopt;
     plain.autoDeleteMode = GatewayAutoDeleteMode::never;
 
@@ -70,7 +70,7 @@ TEST_F(SetupApply, ForgetsFolderAndAmountThatTheDraftHasNot)
 
 TEST_F(SetupApply, WritesNothingWhenTheFolderCannotBeKept)
 {
-    SetupDraft lost = draft();
+    GatewaySetupDraft lost = draft();
     lost.destinationFolder = u"/no/such/folder"_qs;
 
     EXPECT_EQ(writeDraft(lost, m_settings, m_defaults),

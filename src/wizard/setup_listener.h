@@ -1,7 +1,5 @@
 #pragma once
 
-#include "receive/store_listener_service.h"
-
 #include <QCoro/QCoroTask>
 
 #include <chrono>
@@ -16,7 +14,9 @@ class SetupListener
 public:
     virtual ~SetupListener() = default;
 
-    virtual receive::StoreListenerService &listenerService() const = 0;
+    virtual bool isListenerRunning() const = 0;
+    virtual void startListener() = 0;
+    virtual void stopListener() = 0;
 
     /// Waits for `wait` and then tells whether a listener still stands.
     ///

@@ -225,6 +225,38 @@ TEST_F(Program, SetsUpWithoutAnInstance)
     EXPECT_EQ(m_home.run({u"settings"_qs, u"get"_qs, u"ListenerSettings.aeTitle"_qs}).out, u"GATE\n"_qs);
 }
 
+TEST_F(Program, KeepsWhatASetupIsNotTold)
+{
+    const QString inbox = m_home.path(u"in box"_qs);
+    ASSERT_TRUE(QDir().mkpath(inbox));
+    for (const bool isRunning : {false, true}) {
+        std::optional<RunningGateway> gateway;
+        if (isRunning) {
+            gateway.emplace(m_home);
+        }
+        ASSERT_EQ(setUp().exitCode, 0);
+        EXPECT_EQ(m_home.run({u"settings"_qs, u"set"_qs, u"GatewayAutoDelete"_qs, u"30-days"_qs}).exitCode,
+                  0);
+        EXPECT_EQ(m_home.run({u"settings"_qs, u"set"_qs, u"ListenerDestinationFolder"_qs, inbox}).exitCode,
+                  0);
+
+        ASSERT_EQ(setUp().exitCode, 0);
+
+        EXPECT_EQ(m_home.run({u"settings"_qs, u"get"_qs, u"GatewayAutoDelete"_qs}).out, u"30-days\n"_qs);
+        EXPECT_EQ(m_home.run({u"settings"_qs, u"get"_qs, u"ListenerDestinationFolder"_qs}).out,
+                  inbox + u'\n');
+    }
+}
+
+TEST_F(Program, TakesAPortOnlyAsItIsTyped)
+{
+    const ProgramResult result =
+        m_home.run({u"setup"_qs, u"--ae-title"_qs, u"G"_qs, u"--port"_qs, u"11a12"_qs});
+
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.error, u"Port must be a number between 1 and 65535.\n"_qs);
+}
+
 TEST_F(Program, RefusesASetupOnAPortInUse)
 {
     const OccupiedPort occupied;

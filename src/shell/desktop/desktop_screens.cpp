@@ -24,7 +24,7 @@
 #include "shell/tray/quorin_gateway_menu_view.h"
 #include "shell/tray/status_bar_controller.h"
 #include "state/gateway_app_state.h"
-#include "wizard/setup_applier.h"
+#include "wizard/gateway_setup_wizard_view_model.h"
 #include "wizard/setup_apply.h"
 
 #include <QtCore/QCoreApplication>
@@ -63,6 +63,16 @@ QString chooseExportFile(QWidget *parent, const QString &suggestedName)
                                         DesktopScreens::tr("Export Table"),
                                         documents.filePath(suggestedName),
                                         DesktopScreens::tr("CSV files (*.csv)"));
+}
+
+QCoro::Task<std::optional<QString>> applySetup(wizard::SetupWizardParts parts,
+                                               wizard::GatewaySetupDraft draft)
+{
+    wizard::GatewaySetupWizardViewModel setup(parts, std::nullopt);
+    setup.updateAETitle(draft.aeTitle);
+    setup.updatePortText(draft.portText);
+    const bool isComplete = co_await setup.finishSetup();
+    co_return isComplete ? std::nullopt : setup.validationMessage();
 }
 
 /// The session starts the gateway as it was started now.
@@ -151,7 +161,10 @@ SetupDialog &DesktopScreens::setupDialog()
             .pool = m_models.runtime.pool,
             .stored =
                 [this] { return wizard::storedDraft(m_models.runtime.settings, m_models.runtime.defaults); },
-            .apply = [this](wizard::SetupDraft draft) { return m_models.setup.apply(std::move(draft)); },
+            .apply =
+                [this](wizard::GatewaySetupDraft draft) {
+                    return applySetup(m_models.setup, std::move(draft));
+                },
             .autostart = m_autostart,
             .finished = [this] { post(core::kOpenDashboard); },
             .quit = quit});

@@ -2,6 +2,7 @@
 
 #include "browser/cloud_table.h"
 #include "browser/local_table.h"
+#include "wizard/gateway_setup_wizard_view_model.h"
 
 #include <QtCore/QString>
 
@@ -41,10 +42,6 @@ class StoreManualImportService;
 
 namespace gateway::state {
 class GatewayAppState;
-}
-
-namespace gateway::wizard {
-class SetupApplier;
 }
 
 namespace gateway::shell {
@@ -95,7 +92,7 @@ struct ScreenModels
     Cloud cloud;
     Images images;
     Browsers browsers;
-    wizard::SetupApplier &setup;
+    wizard::SetupWizardParts setup;
 };
 
 } // namespace gateway::shell

@@ -107,6 +107,79 @@
 <message><source>Updates Come With the System</source><translation>Updates kommen mit dem System</translation></message>
 <message><source>This is version %1. Your system's package manager keeps the gateway up to date; the gateway itself doesn't look for newer versions.</source><translation>Dies ist Version %1. Die Paketverwaltung Ihres Systems hält das Gateway aktuell; das Gateway selbst sucht nicht nach neueren Versionen.</translation></message>
 </context>
+<context><name>SetupWizard</name>
+<message><source>Auto-delete in days must be a number between 1 and 3650.</source><translation>Für das Löschen nach Tagen ist eine Zahl von 1 bis 3650 nötig.</translation></message>
+<message><source>Auto-delete in months must be a number between 1 and 120.</source><translation>Für das Löschen nach Monaten ist eine Zahl von 1 bis 120 nötig.</translation></message>
+<message><source>Could not access the selected folder with sandbox permissions.</source><translation>Der gewählte Ordner kann mit den Rechten dieses Programms nicht betreten werden.</translation></message>
+<message><source>Could not create or validate a folder permission bookmark.</source><translation>Der Ordner kann nicht gemerkt oder nicht wiedergefunden werden.</translation></message>
+<message><source>Selected folder is not writable. Choose a different folder or restore defaults.</source><translation>In den gewählten Ordner kann nicht geschrieben werden. Wählen Sie einen anderen Ordner oder die Vorgaben.</translation></message>
+<message><source>Selected folder lies on a volume that can't sync folders, so that no received image would be safe there. Choose a folder on another volume.</source><translation>Der gewählte Ordner liegt auf einem Datenträger, der Ordner nicht sichern kann, sodass dort kein empfangenes Bild sicher wäre. Wählen Sie einen Ordner auf einem anderen Datenträger.</translation></message>
+<message><source>Welcome</source><translation>Willkommen</translation></message>
+<message><source>DIMSE Listener</source><translation>DIMSE-Listener</translation></message>
+<message><source>Local Files</source><translation>Lokale Dateien</translation></message>
+<message><source>Quorin Account</source><translation>Quorin-Konto</translation></message>
+<message><source>Summary</source><translation>Zusammenfassung</translation></message>
+<message><source>Introduction</source><translation>Einführung</translation></message>
+<message><source>Network endpoint</source><translation>Netzwerkadresse</translation></message>
+<message><source>Storage and retention</source><translation>Ablage und Aufbewahrung</translation></message>
+<message><source>Sign in</source><translation>Anmelden</translation></message>
+<message><source>Review and apply</source><translation>Prüfen und anwenden</translation></message>
+<message><source>This guided setup prepares Quorin Gateway for reliable local and cloud operation.</source><translation>Diese Einrichtung bereitet Quorin Gateway Schritt für Schritt auf einen zuverlässigen Betrieb vor, lokal und mit der Cloud.</translation></message>
+<message><source>Configure your DICOM DIMSE listener identity, address, and local network visibility.</source><translation>Legen Sie Namen, Adresse und Sichtbarkeit Ihres DICOM-DIMSE-Listeners im lokalen Netzwerk fest.</translation></message>
+<message><source>Choose where incoming files are stored and how synced files are retained locally.</source><translation>Wählen Sie, wo eingehende Dateien abgelegt und wie lange übertragene Dateien lokal aufbewahrt werden.</translation></message>
+<message><source>Sign in now if available. You can also skip and continue.</source><translation>Melden Sie sich an, wenn Sie schon können. Sie können das auch überspringen.</translation></message>
+<message><source>Review all settings that will be applied before finishing setup.</source><translation>Prüfen Sie alle Einstellungen, die am Ende der Einrichtung angewendet werden.</translation></message>
+<message><source>You can sign in later from the tray menu or Preferences.</source><translation>Sie können sich später über das Statusmenü oder die Einstellungen anmelden.</translation></message>
+<message><source>Enter both email and password to sign in.</source><translation>Geben Sie zum Anmelden E-Mail-Adresse und Passwort ein.</translation></message>
+<message><source>Sign in failed.</source><translation>Die Anmeldung ist fehlgeschlagen.</translation></message>
+<message><source>Quorin Cloud Terms &amp; Conditions accepted.</source><translation>Die Nutzungsbedingungen von Quorin Cloud sind angenommen.</translation></message>
+<message><source>Quorin Cloud Terms &amp; Conditions were declined. You have been signed out.</source><translation>Die Nutzungsbedingungen von Quorin Cloud wurden abgelehnt. Sie sind abgemeldet.</translation></message>
+<message><source>Resolve highlighted issues before continuing.</source><translation>Beheben Sie zuerst, was hervorgehoben ist.</translation></message>
+<message><source>Setup is being applied already.</source><translation>Die Einrichtung wird bereits angewendet.</translation></message>
+<message><source>Enter a valid retention value before finishing setup.</source><translation>Geben Sie eine gültige Aufbewahrungsdauer ein, bevor Sie die Einrichtung beenden.</translation></message>
+<message><source>Will be formatted as: %1</source><translation>Wird zu: %1</translation></message>
+<message><source>Could not find a free port. Close other apps using DICOM ports and try again.</source><translation>Es wurde kein freier Port gefunden. Schließen Sie andere Programme, die DICOM-Ports benutzen, und versuchen Sie es erneut.</translation></message>
+<message><source>Could not save folder permissions. Choose a different folder.</source><translation>Der Ordner kann nicht gemerkt werden. Wählen Sie einen anderen Ordner.</translation></message>
+<message><source>The settings could not be written.</source><translation>Die Einstellungen konnten nicht gespeichert werden.</translation></message>
+<message><source>AE Title is required.</source><translation>Ein AE-Titel ist nötig.</translation></message>
+<message><source>AE Title must include at least one letter or number.</source><translation>Der AE-Titel muss mindestens einen Buchstaben oder eine Ziffer enthalten.</translation></message>
+<message><source>Port must be a number between 1 and 65535.</source><translation>Der Port muss eine Zahl von 1 bis 65535 sein.</translation></message>
+<message><source>Port %1 is already in use by another process.</source><translation>Port %1 wird schon von einem anderen Programm benutzt.</translation></message>
+<message><source>Port %1 needs rights that this user doesn't have; choose one from 1024 up.</source><translation>Für Port %1 fehlen diesem Benutzer die Rechte; wählen Sie einen ab 1024.</translation></message>
+<message><source>Port %1 can't be listened on: this machine doesn't have the address to bind.</source><translation>Auf Port %1 kann nicht empfangen werden: Dieser Rechner hat die zu bindende Adresse nicht.</translation></message>
+<message><source>Timeout must be a number between 1 and 600.</source><translation>Die Wartezeit muss eine Zahl von 1 bis 600 sein.</translation></message>
+<message><source>Port availability has not been verified yet.</source><translation>Ob der Port frei ist, wurde noch nicht geprüft.</translation></message>
+<message><source>Checking whether port %1 is available...</source><translation>Prüfe, ob Port %1 frei ist …</translation></message>
+<message><source>AE Title is valid.</source><translation>Der AE-Titel ist gültig.</translation></message>
+<message><source>Port format is invalid.</source><translation>Der Port ist keine gültige Zahl.</translation></message>
+<message><source>Port %1 is available.</source><translation>Port %1 ist frei.</translation></message>
+<message><source>Using default incoming folder.</source><translation>Der vorgegebene Eingangsordner wird benutzt.</translation></message>
+<message><source>Bookmark is valid for %1.</source><translation>%1 ist gemerkt und wird wiedergefunden.</translation></message>
+<message><source>Default incoming folder will be used.</source><translation>Es wird in den vorgegebenen Eingangsordner geschrieben.</translation></message>
+<message><source>Selected folder is writable.</source><translation>In den gewählten Ordner kann geschrieben werden.</translation></message>
+<message><source>Resolve blocking listener or local file issues before finishing setup.</source><translation>Beheben Sie zuerst, was am Listener oder an den lokalen Dateien im Weg steht.</translation></message>
+<message><source>Listener configuration is ready to start.</source><translation>Der Listener kann so gestartet werden.</translation></message>
+<message><source>Account is connected.</source><translation>Das Konto ist verbunden.</translation></message>
+<message><source>Not connected. You can finish setup and sign in later.</source><translation>Nicht verbunden. Sie können die Einrichtung beenden und sich später anmelden.</translation></message>
+<message><source>Never</source><translation>Nie</translation></message>
+<message><source>Days (value not set)</source><translation>Tage (ohne Zahl)</translation></message>
+<message><source>%1 day(s)</source><translation>%1 Tag(e)</translation></message>
+<message><source>Months (value not set)</source><translation>Monate (ohne Zahl)</translation></message>
+<message><source>%1 month(s)</source><translation>%1 Monat(e)</translation></message>
+<message><source>Not signed in</source><translation>Nicht angemeldet</translation></message>
+<message><source>Signed in</source><translation>Angemeldet</translation></message>
+<message><source>AE Title</source><translation>AE-Titel</translation></message>
+<message><source>Port Availability</source><translation>Verfügbarkeit des Ports</translation></message>
+<message><source>Folder Permission Bookmark</source><translation>Zugriff auf den Ordner</translation></message>
+<message><source>Folder Writability</source><translation>Schreiben in den Ordner</translation></message>
+<message><source>Listener Startup Readiness</source><translation>Startbereitschaft des Listeners</translation></message>
+<message><source>Listener Address</source><translation>Adresse des Listeners</translation></message>
+<message><source>Bonjour</source><translation>Bonjour</translation></message>
+<message><source>Enabled</source><translation>Ein</translation></message>
+<message><source>Disabled</source><translation>Aus</translation></message>
+<message><source>Incoming Folder</source><translation>Eingangsordner</translation></message>
+<message><source>Auto-delete</source><translation>Automatisches Löschen</translation></message>
+</context>
 <context><name>StatusBarController</name>
 <message><source>Quorin Gateway</source><translation>Quorin Gateway</translation></message>
 </context>

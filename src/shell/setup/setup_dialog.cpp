@@ -146,9 +146,9 @@ void SetupDialog::showWords()
     m_quit->setVisible(m_isBlocking);
 }
 
-wizard::SetupDraft SetupDialog::draft() const
+wizard::GatewaySetupDraft SetupDialog::draft() const
 {
-    wizard::SetupDraft draft = m_stored;
+    wizard::GatewaySetupDraft draft = m_stored;
     draft.aeTitle = m_aeTitle->text();
     draft.portText = m_port->text();
     return draft;

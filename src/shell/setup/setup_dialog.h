@@ -2,6 +2,7 @@
 
 #include "platform/autostart/autostart.h"
 #include "platform/concurrency/task_scope.h"
+#include "wizard/gateway_setup_draft.h"
 #include "wizard/setup_checks.h"
 
 #include <QCoro/QCoroTask>
@@ -29,10 +30,10 @@ struct SetupDialogParts
     platform::WorkerPool &pool;
 
     /// The settings as they stand.
-    std::function<wizard::SetupDraft()> stored;
+    std::function<wizard::GatewaySetupDraft()> stored;
 
     /// Checks them, applies them and starts the listener. \return what stood in the way, or nothing.
-    std::function<QCoro::Task<std::optional<QString>>(wizard::SetupDraft)> apply;
+    std::function<QCoro::Task<std::optional<QString>>(wizard::GatewaySetupDraft)> apply;
 
     platform::Autostart &autostart; ///< whether the gateway comes up with the desktop's session
 
@@ -71,7 +72,7 @@ private:
     void fit();
     void showWords();
     void showIssues(bool all);
-    wizard::SetupDraft draft() const;
+    wizard::GatewaySetupDraft draft() const;
     void confirm();
     QCoro::Task<> applyDraft();
     std::optional<QString> applyAutostart();
@@ -81,7 +82,7 @@ private:
     const SetupDialogParts m_parts;
     bool m_isBlocking = false;
     bool m_isApplying = false;
-    wizard::SetupDraft m_stored;
+    wizard::GatewaySetupDraft m_stored;
     TextLabel *m_title;
     TextLabel *m_sentence;
     TextField *m_aeTitle;

@@ -10,6 +10,7 @@
 #include "shell/controls/text_field.h"
 #include "shell/testing/screen_checks.h"
 #include "shell/theme/theme.h"
+#include "wizard/setup_checks.h"
 
 #include <QtCore/QFile>
 #include <QtCore/QTemporaryDir>
@@ -41,14 +42,14 @@ protected:
                              main,
                              pool,
                              [this] { return stored; },
-                             [this](wizard::SetupDraft draft) { return apply(std::move(draft)); },
+                             [this](wizard::GatewaySetupDraft draft) { return apply(std::move(draft)); },
                              autostart,
                              [this] { ++finished; },
                              [this] { ++quits; }});
     }
 
     /// An apply that takes two seconds of the clock.
-    QCoro::Task<std::optional<QString>> apply(wizard::SetupDraft draft)
+    QCoro::Task<std::optional<QString>> apply(wizard::GatewaySetupDraft draft)
     {
         applied.push_back(std::move(draft));
         co_await platform::asyncSleep(main, clock, std::chrono::seconds(2), std::stop_token());
@@ -115,8 +116,8 @@ protected:
     platform::MainExecutor main;
     platform::WorkerPool pool{QStringLiteral("test"), 1};
     platform::testing::ManualClock clock;
-    wizard::SetupDraft stored;
-    std::vector<wizard::SetupDraft> applied;
+    wizard::GatewaySetupDraft stored;
+    std::vector<wizard::GatewaySetupDraft> applied;
     std::optional<QString> problem;
     int finished = 0;
     int quits = 0;
@@ -257,7 +258,7 @@ TEST_F(Setup, CutsNoWordAlsoAboutMistakes)
                                main,
                                pool,
                                [this] { return stored; },
-                               [this](wizard::SetupDraft draft) { return apply(std::move(draft)); },
+                               [this](wizard::GatewaySetupDraft draft) { return apply(std::move(draft)); },
                                autostart,
                                [] {},
                                [] {}});

@@ -61,7 +61,7 @@ public:
 
     ExitCode operator()(const SetupCommand &command) const
     {
-        if (!parseRetentionOption(command.autoDelete)) {
+        if (command.autoDelete && !parseRetentionOption(*command.autoDelete)) {
             printError(QStringLiteral("--auto-delete takes never, N-days or N-months."));
             return ExitCode::usage;
         }

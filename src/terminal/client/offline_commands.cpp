@@ -4,40 +4,61 @@
 #include "platform/defaults/user_defaults.h"
 #include "platform/files/file_error.h"
 #include "platform/files/home_lock.h"
-#include "receive/network_address.h"
 #include "terminal/commands/command_requests.h"
 #include "terminal/instance/doctor_commands.h"
 #include "terminal/instance/settings_commands.h"
-#include "wizard/setup_apply.h"
+#include "terminal/instance/setup_commands.h"
 
-#include <QtCore/QDateTime>
+#include <QCoro/QCoroTask>
+
+#include <chrono>
+#include <optional>
 
 namespace gateway::terminal {
 
 namespace {
 
-ControlReply setUp(const ControlRequest &request,
-                   const QString &bindAddress,
+/// The listener that comes with the next start of the gateway; until then the look at the port has to do.
+class ComingListener final : public wizard::SetupListener
+{
+public:
+    bool isListenerRunning() const override { return false; }
+    void startListener() override {}
+    void stopListener() override {}
+
+    QCoro::Task<void> waitForListenerStart(std::chrono::nanoseconds /*wait*/, double /*seconds*/) override
+    {
+        co_return;
+    }
+};
+
+ControlReply setUp(const core::HomeLayout &layout,
+                   const GlobalOptions &options,
+                   const ControlRequest &request,
                    core::Settings &settings,
                    platform::UserDefaults &defaults)
 {
-    const std::optional<wizard::SetupDraft> draft = draftIn(request);
-    if (!draft) {
-        return ControlReply::failure(QStringLiteral("This is no retention policy."), ExitCode::usage);
+    platform::MainExecutor main;
+    platform::WorkerPool pool(QStringLiteral("setup"), 1);
+    platform::SystemClock clock;
+    ComingListener listener;
+    wizard::SetupTurn turn;
+    std::optional<ControlReply> reply;
+    const auto task =
+        carryOutSetup({.defaults = defaults,
+                       .settings = settings,
+                       .main = main,
+                       .pool = pool,
+                       .clock = clock,
+                       .listener = listener,
+                       .turn = turn,
+                       .machine = wizard::SetupMachine::here(options.bindAddress, layout.incomingFolder)},
+                      request)
+            .then([&reply](const ControlReply &result) { reply = result; });
+    while (!reply) {
+        main.drain();
     }
-    const auto probe = [&](int port) { return wizard::probePort(port, bindAddress); };
-    if (const std::optional<QString> issue = wizard::firstBlockingIssue(*draft, probe)) {
-        return ControlReply::failure(*issue);
-    }
-    if (const std::optional<QString> issue = wizard::writeDraft(*draft, settings, defaults)) {
-        return ControlReply::failure(*issue);
-    }
-    if (!wizard::markSetupCompleted(settings, QDateTime::currentDateTimeUtc())) {
-        return ControlReply::failure(QStringLiteral("The settings could not be written."));
-    }
-    return ControlReply::success(
-        {{QStringLiteral("address"),
-          receive::listenerAddressText(bindAddress, wizard::parsedPort(draft->portText))}});
+    return *reply;
 }
 
 } // namespace
@@ -56,7 +77,7 @@ ControlReply workWithoutInstance(const core::HomeLayout &layout,
         platform::UserDefaults defaults(layout.defaultsFile);
         core::Settings settings(defaults);
         if (request.command == requests::kSetup) {
-            return setUp(request, options.bindAddress, settings, defaults);
+            return setUp(layout, options, request, settings, defaults);
         }
         if (request.command == requests::kDoctor) {
             return examineWithoutInstance(layout, defaults, settings, request);

@@ -19,7 +19,7 @@ struct Raw
 {
     std::string home, cloud, cloudKind, bind, metrics;
     bool headless = false;
-    std::string aeTitle, port, incoming, autoDelete = "never";
+    std::string aeTitle, port, incoming, autoDelete;
     bool noBonjour = false;
     std::string email;
     bool json = false, watch = false;
@@ -90,7 +90,8 @@ void addGlobalOptions(CLI::App &app, Raw &raw)
 
 void addSetup(CLI::App &app, Raw &raw)
 {
-    CLI::App *setup = app.add_subcommand("setup", "Check the settings, apply them and start the listener");
+    CLI::App *setup = app.add_subcommand(
+        "setup", "Check the settings, apply them and start the listener; what isn't given stays as it is");
     setup->add_option("--ae-title", raw.aeTitle, "AE title of the listener")->required()->type_name("T");
     setup->add_option("--port", raw.port, "TCP port of the listener")->required()->type_name("N");
     setup->add_option("--incoming", raw.incoming, "Folder for incoming files")->type_name("DIR");
@@ -341,8 +342,8 @@ Command command(const CLI::App &app, const Raw &raw)
         return SetupCommand{text(raw.aeTitle),
                             text(raw.port),
                             optionalText(raw.incoming),
-                            text(raw.autoDelete),
-                            !raw.noBonjour};
+                            optionalText(raw.autoDelete),
+                            raw.noBonjour};
     }
     if (app.got_subcommand("sign-in")) {
         return SignInCommand{text(raw.email)};

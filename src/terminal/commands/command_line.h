@@ -31,13 +31,14 @@ struct RunDesktop
 {
 };
 
+/// What isn't given stays as it is.
 struct SetupCommand
 {
     QString aeTitle;
     QString port; ///< as typed; the checks of setup judge it
     std::optional<QString> incomingFolder;
-    QString autoDelete = QStringLiteral("never"); ///< "never", "N-days" or "N-months"
-    bool withBonjour = true;
+    std::optional<QString> autoDelete; ///< "never", "N-days" or "N-months"
+    bool withoutBonjour = false;
 };
 
 struct SignInCommand

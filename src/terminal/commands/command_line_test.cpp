@@ -166,7 +166,7 @@ TEST_F(CommandLine, ReadsEveryOptionOfSetup)
     EXPECT_EQ(setup.port, u"11112"_qs);
     EXPECT_EQ(setup.incomingFolder, u"/in box"_qs);
     EXPECT_EQ(setup.autoDelete, u"30-days"_qs);
-    EXPECT_FALSE(setup.withBonjour);
+    EXPECT_TRUE(setup.withoutBonjour);
 }
 
 TEST_F(CommandLine, ReadsSettingsCommands)

@@ -1,6 +1,8 @@
 #include "terminal/commands/command_requests.h"
 
-#include "terminal/commands/retention_option.h"
+#include <QtCore/QDir>
+
+#include <optional>
 
 namespace gateway::terminal {
 
@@ -12,7 +14,7 @@ const QString kAETitle = QStringLiteral("aeTitle");
 const QString kPort = QStringLiteral("port");
 const QString kIncoming = QStringLiteral("incomingFolder");
 const QString kAutoDelete = QStringLiteral("autoDelete");
-const QString kBonjour = QStringLiteral("bonjour");
+const QString kNoBonjour = QStringLiteral("noBonjour");
 const QString kKey = QStringLiteral("key");
 const QString kValue = QStringLiteral("value");
 
@@ -25,12 +27,13 @@ ControlRequest signInRequest(const SignInCommand &command, const QString &passwo
 
 ControlRequest setupRequest(const SetupCommand &command)
 {
-    QJsonObject arguments{{kAETitle, command.aeTitle},
-                          {kPort, command.port},
-                          {kAutoDelete, command.autoDelete},
-                          {kBonjour, command.withBonjour}};
+    QJsonObject arguments{
+        {kAETitle, command.aeTitle}, {kPort, command.port}, {kNoBonjour, command.withoutBonjour}};
     if (command.incomingFolder) {
-        arguments.insert(kIncoming, *command.incomingFolder);
+        arguments.insert(kIncoming, QDir::current().absoluteFilePath(*command.incomingFolder));
+    }
+    if (command.autoDelete) {
+        arguments.insert(kAutoDelete, *command.autoDelete);
     }
     return {requests::kSetup, arguments};
 }
@@ -48,24 +51,17 @@ ControlRequest settingsRequest(const SettingsCommand &command)
     return {};
 }
 
-std::optional<wizard::SetupDraft> draftIn(const ControlRequest &setup)
+SetupCommand setupCommandIn(const ControlRequest &setup)
 {
     const QJsonObject &arguments = setup.arguments;
-    const std::optional<RetentionOption> retention =
-        parseRetentionOption(arguments.value(kAutoDelete).toString());
-    if (!retention) {
-        return std::nullopt;
-    }
-    wizard::SetupDraft draft;
-    draft.aeTitle = arguments.value(kAETitle).toString();
-    draft.portText = arguments.value(kPort).toString();
-    draft.advertiseWithBonjour = arguments.value(kBonjour).toBool(true);
-    if (arguments.contains(kIncoming)) {
-        draft.destinationFolder = arguments.value(kIncoming).toString();
-    }
-    draft.autoDeleteMode = retention->mode;
-    draft.autoDeleteValueText = retention->valueText;
-    return draft;
+    const auto given = [&arguments](const QString &key) {
+        return arguments.contains(key) ? std::optional(arguments.value(key).toString()) : std::nullopt;
+    };
+    return {arguments.value(kAETitle).toString(),
+            arguments.value(kPort).toString(),
+            given(kIncoming),
+            given(kAutoDelete),
+            arguments.value(kNoBonjour).toBool()};
 }
 
 } // namespace gateway::terminal

@@ -2,9 +2,6 @@
 
 #include "terminal/commands/command_line.h"
 #include "terminal/control/control_protocol.h"
-#include "wizard/setup_checks.h"
-
-#include <optional>
 
 namespace gateway::terminal {
 
@@ -35,10 +32,11 @@ inline const QString kReport = QStringLiteral("report");
 /// \param password  of the account; travels over the socket only.
 ControlRequest signInRequest(const SignInCommand &command, const QString &password);
 
+/// The folder travels as an absolute path.
 ControlRequest setupRequest(const SetupCommand &command);
 ControlRequest settingsRequest(const SettingsCommand &command);
 
-/// The draft in a setup request; nothing when its retention policy has no known form.
-std::optional<wizard::SetupDraft> draftIn(const ControlRequest &setup);
+/// The command in a setup request.
+SetupCommand setupCommandIn(const ControlRequest &setup);
 
 } // namespace gateway::terminal

@@ -2,6 +2,8 @@
 
 #include "terminal/commands/retention_option.h"
 
+#include <QtCore/QDir>
+
 #include <gtest/gtest.h>
 
 namespace gateway::terminal {
@@ -32,36 +34,37 @@ TEST(RetentionOption, ReadsNoOther)
     }
 }
 
-TEST(CommandRequests, BringADraftAcross)
+TEST(CommandRequests, BringASetupAcross)
 {
-    const SetupCommand command{u"GATE"_qs, u"11112"_qs, u"/in"_qs, u"30-days"_qs, false};
+    const SetupCommand command{u"GATE"_qs, u"11112"_qs, u"/in"_qs, u"30-days"_qs, true};
 
     const auto request = decodeRequest(encode(setupRequest(command)).chopped(1));
     ASSERT_TRUE(request.has_value());
-    const auto draft = draftIn(*request);
+    const SetupCommand arrived = setupCommandIn(*request);
 
-    ASSERT_TRUE(draft.has_value());
-    EXPECT_EQ(draft->aeTitle, u"GATE"_qs);
-    EXPECT_EQ(draft->portText, u"11112"_qs);
-    EXPECT_EQ(draft->destinationFolder, u"/in"_qs);
-    EXPECT_EQ(draft->autoDeleteMode, GatewayAutoDeleteMode::days);
-    EXPECT_EQ(draft->autoDeleteValueText, u"30"_qs);
-    EXPECT_FALSE(draft->advertiseWithBonjour);
+    EXPECT_EQ(arrived.aeTitle, u"GATE"_qs);
+    EXPECT_EQ(arrived.port, u"11112"_qs);
+    EXPECT_EQ(arrived.incomingFolder, u"/in"_qs);
+    EXPECT_EQ(arrived.autoDelete, u"30-days"_qs);
+    EXPECT_TRUE(arrived.withoutBonjour);
 }
 
-TEST(CommandRequests, LeaveOutTheFolderThatWasNotGiven)
+TEST(CommandRequests, LeaveOutOfASetupWhatWasNotGiven)
 {
-    const auto draft = draftIn(setupRequest({u"GATE"_qs, u"11112"_qs, std::nullopt, u"never"_qs, true}));
+    const SetupCommand arrived =
+        setupCommandIn(setupRequest({u"GATE"_qs, u"11112"_qs, std::nullopt, std::nullopt, false}));
 
-    ASSERT_TRUE(draft.has_value());
-    EXPECT_FALSE(draft->destinationFolder.has_value());
-    EXPECT_TRUE(draft->advertiseWithBonjour);
+    EXPECT_EQ(arrived.incomingFolder, std::nullopt);
+    EXPECT_EQ(arrived.autoDelete, std::nullopt);
+    EXPECT_FALSE(arrived.withoutBonjour);
 }
 
-TEST(CommandRequests, FindNoDraftInARequestOfAnotherShape)
+TEST(CommandRequests, NameTheFolderAsWhoeverAsksSeesIt)
 {
-    EXPECT_FALSE(draftIn({requests::kSetup, {}}).has_value());
-    EXPECT_FALSE(draftIn({requests::kSetup, {{u"autoDelete"_qs, 7}}}).has_value());
+    const SetupCommand arrived =
+        setupCommandIn(setupRequest({u"GATE"_qs, u"11112"_qs, u"in/box"_qs, std::nullopt, false}));
+
+    EXPECT_EQ(arrived.incomingFolder, QDir::currentPath() + u"/in/box"_qs);
 }
 
 } // namespace

@@ -8,6 +8,7 @@
 #include "core/support_email.h"
 #include "receive/folder_bookmark.h"
 #include "terminal/commands/retention_option.h"
+#include "wizard/folder_check.h"
 #include "wizard/setup_checks.h"
 
 #include <QtCore/QStringList>

@@ -1,12 +1,8 @@
 #pragma once
 
-#include "platform/concurrency/main_executor.h"
 #include "platform/concurrency/task_scope.h"
-#include "platform/concurrency/worker_pool.h"
-#include "receive/listener_watch.h"
 #include "terminal/control/control_protocol.h"
-#include "wizard/setup_applier.h"
-#include "wizard/setup_checks.h"
+#include "wizard/gateway_setup_wizard_view_model.h"
 
 #include <QCoro/QCoroTask>
 
@@ -14,23 +10,21 @@
 
 namespace gateway::terminal {
 
+/// Goes through a setup with what a setup request holds, and nobody to sign in. What the request doesn't hold
+/// stays as the settings have it.
+///
+/// Thread: main. What the parts name outlives it.
+QCoro::Task<ControlReply> carryOutSetup(wizard::SetupWizardParts parts, ControlRequest request);
+
 /// What the running instance does for the command `setup`.
 ///
 /// Owner: app. Thread: main.
 class SetupCommands
 {
 public:
-    struct Collaborators
-    {
-        platform::MainExecutor &main;
-        platform::WorkerPool &pool;
-        wizard::SetupApplier &setup;
-        const receive::ListenerWatch &listener;
-    };
-
     using Answer = std::function<void(ControlReply)>;
 
-    explicit SetupCommands(const Collaborators &with);
+    explicit SetupCommands(wizard::SetupWizardParts parts);
 
     /// Carries the request out if it is this one; `answer` is called once then, now or later.
     ///
@@ -38,9 +32,9 @@ public:
     bool handle(const ControlRequest &request, const Answer &answer);
 
 private:
-    QCoro::Task<> apply(wizard::SetupDraft draft, Answer answer);
+    QCoro::Task<> apply(ControlRequest request, Answer answer);
 
-    const Collaborators m_with;
+    const wizard::SetupWizardParts m_parts;
     platform::TaskScope m_scope; // last: drained before the fields go
 };
 

@@ -1,0 +1,193 @@
+// The ways through the steps, and the end of setup.
+
+#include "account/quorin_auth_view_model.h"
+#include "core/store_errors.h"
+#include "wizard/gateway_setup_wizard_view_model.h"
+#include "wizard/setup_apply.h"
+#include "wizard/setup_checks.h"
+
+#include <QtCore/QCoreApplication>
+
+#include <chrono>
+
+namespace gateway::wizard {
+
+namespace {
+
+using Step = GatewaySetupStep;
+
+constexpr std::chrono::nanoseconds kListenerStartWait{2'000'000'000};
+constexpr double kListenerStartWaitSeconds = 2.0;
+
+/// The neighbour of a step, `by` steps on.
+Step neighbour(Step step, int by)
+{
+    return static_cast<Step>(static_cast<int>(step) + by);
+}
+
+} // namespace
+
+bool GatewaySetupWizardViewModel::canGoBack() const
+{
+    return m_step != Step::welcome && !m_isApplying;
+}
+
+bool GatewaySetupWizardViewModel::canContinue() const
+{
+    if (m_isApplying) {
+        return false;
+    }
+    switch (m_step) {
+    case Step::welcome:
+        return true;
+    case Step::listener:
+        return !isCheckingPortAvailability() && !firstBlockingIssue(m_step);
+    case Step::localFiles:
+        return !firstBlockingIssue(m_step);
+    case Step::quorinAccount:
+        return !m_account || !m_account->auth.isChecking();
+    case Step::summary:
+        return canFinish();
+    }
+    return false;
+}
+
+bool GatewaySetupWizardViewModel::canFinish() const
+{
+    return !m_isApplying && !isCheckingPortAvailability() && !isCheckingFolderAccess() &&
+           !m_summaryPreflightResult.hasBlockingIssues();
+}
+
+void GatewaySetupWizardViewModel::showBlockingMessage(Step step)
+{
+    const std::optional<GatewaySetupIssue> issue = firstBlockingIssue(step);
+    m_validationMessage =
+        issue ? issue->message
+              : QCoreApplication::translate("SetupWizard", "Resolve highlighted issues before continuing.");
+    Q_EMIT changed();
+}
+
+void GatewaySetupWizardViewModel::enterStep(Step step)
+{
+    m_step = step;
+    if (step == Step::quorinAccount) {
+        checkTerms();
+    }
+}
+
+void GatewaySetupWizardViewModel::goNext()
+{
+    followSettings();
+    m_validationMessage.reset();
+    refreshValidation(m_step == Step::listener, m_step == Step::localFiles || m_step == Step::summary);
+    if (!canContinue()) {
+        showBlockingMessage(m_step);
+        return;
+    }
+    if (m_step == Step::summary) {
+        return;
+    }
+    enterStep(neighbour(m_step, 1));
+    const bool isSummary = m_step == Step::summary;
+    refreshValidation(isSummary, isSummary);
+}
+
+void GatewaySetupWizardViewModel::goBack()
+{
+    if (!canGoBack()) {
+        return;
+    }
+    m_validationMessage.reset();
+    enterStep(neighbour(m_step, -1));
+    Q_EMIT changed();
+}
+
+void GatewaySetupWizardViewModel::revalidateCurrentStep()
+{
+    refreshValidation(m_step == Step::listener || m_step == Step::summary,
+                      m_step == Step::localFiles || m_step == Step::summary);
+    if (firstBlockingIssue(m_step)) {
+        showBlockingMessage(m_step);
+    }
+}
+
+QCoro::Task<bool> GatewaySetupWizardViewModel::finishSetup()
+{
+    if (m_isApplying) {
+        co_return false;
+    }
+    const auto operation = m_scope.enter();
+    m_validationMessage.reset();
+    setAccountMessage(std::nullopt, false);
+    m_listenerStartupFailureMessage.reset();
+    followSettings();
+    refreshValidation(true, true);
+    if (!canFinish()) {
+        showBlockingMessage(Step::summary);
+        co_return false;
+    }
+    const SetupTurn::Hold turn = m_parts.turn.take();
+    if (turn == nullptr) {
+        m_validationMessage = QCoreApplication::translate("SetupWizard", "Setup is being applied already.");
+        Q_EMIT changed();
+        co_return false;
+    }
+    m_isApplying = true;
+    Q_EMIT changed();
+    std::optional<QString> problem = writeSettings();
+    if (!problem) {
+        problem = co_await startListener();
+        if (m_scope.stopToken().stop_requested()) {
+            co_return false;
+        }
+    }
+    if (!problem && !markSetupCompleted(m_parts.settings, m_parts.clock.now())) {
+        problem = settingsNotWrittenMessage();
+    }
+    endApplying(problem);
+    co_return !problem;
+}
+
+/// \return why nothing, or not all, was written.
+std::optional<QString> GatewaySetupWizardViewModel::writeSettings()
+{
+    if (!parsedPort(m_draft.portText)) {
+        return portFormatIssue(m_draft.portText);
+    }
+    if (m_draft.autoDeleteMode != core::GatewayAutoDeleteMode::never &&
+        !parsedRetentionValue(m_draft.autoDeleteValueText)) {
+        return QCoreApplication::translate("SetupWizard",
+                                           "Enter a valid retention value before finishing setup.");
+    }
+    return writeDraft(m_draft, m_parts.settings, m_parts.defaults);
+}
+
+/// \return why no listener stands; it is stopped then.
+QCoro::Task<std::optional<QString>> GatewaySetupWizardViewModel::startListener()
+{
+    SetupListener &listener = m_parts.listener;
+    if (listener.isListenerRunning()) {
+        listener.stopListener();
+    }
+    listener.startListener();
+    try {
+        co_await listener.waitForListenerStart(kListenerStartWait, kListenerStartWaitSeconds);
+    } catch (const core::StoreStartupError &error) {
+        m_listenerStartupFailureMessage = error.message;
+    }
+    if (m_listenerStartupFailureMessage) {
+        listener.stopListener();
+    }
+    const std::optional<QString> problem = m_listenerStartupFailureMessage;
+    co_return problem;
+}
+
+void GatewaySetupWizardViewModel::endApplying(const std::optional<QString> &problem)
+{
+    refreshValidation(true, true);
+    m_validationMessage = problem;
+    m_isApplying = false;
+    Q_EMIT changed();
+}
+
+} // namespace gateway::wizard
