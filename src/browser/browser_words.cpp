@@ -256,6 +256,19 @@ DeleteQuestion deleteQuestion(TableKind kind, DeleteConfirmationStep step, qint6
     return {};
 }
 
+QString outsideCloudWords(TableKind kind, qint64 count)
+{
+    if (count == 0) {
+        return {};
+    }
+    const QString words =
+        holdsSeries(kind) ? BrowserWords::tr("Not yet wholly in Quorin Cloud: %L1 of the selected series. "
+                                             "Images of theirs will be lost.")
+                          : BrowserWords::tr("Not yet wholly in Quorin Cloud: %L1 of the selected studies. "
+                                             "Images of theirs will be lost.");
+    return words.arg(count);
+}
+
 QString whatStays(TableKind kind)
 {
     return isCloud(kind) ? BrowserWords::tr("Copies on this computer stay.")

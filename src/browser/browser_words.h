@@ -45,6 +45,9 @@ struct DeleteQuestion
 /// \param count  how many are selected.
 DeleteQuestion deleteQuestion(TableKind kind, DeleteConfirmationStep step, qint64 count);
 
+/// That studies or series which are to be deleted here aren't wholly in the cloud; empty for none.
+QString outsideCloudWords(TableKind kind, qint64 count);
+
 /// What isn't touched by the deletion.
 QString whatStays(TableKind kind);
 

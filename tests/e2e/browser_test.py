@@ -64,6 +64,29 @@ class Browser(EndToEndTest):
         self.assertEqual(self.told("local", "studies")["studies"], local[1:])
         self.assertEqual(len(self.stored_files()), sum(one["images"] for one in local[1:]))
 
+    def test_what_is_not_in_the_cloud_is_told_before_and_behind_its_deletion(self):
+        # Given
+        sent = self.samples(ct=1)
+        send(self.gateway, sent)
+        self.gateway.await_status("the import", lambda status: status["counters"]["images"] == len(sent))
+        study = self.told("local", "studies")["studies"][0]["id"]
+        warning = "Not yet wholly in Quorin Cloud: 1 of the selected studies. Images of theirs will be lost.\n"
+
+        # When a person looks first
+        code, words = self.refusal("local", "delete", study)
+
+        # Then
+        self.assertEqual((code, words), (2, "This would delete 1 study from this computer for good.\n" + warning
+                                         + "To do it, add --yes --expect 1.\n"))
+        self.assertEqual(len(self.stored_files()), len(sent))
+
+        # When they mean it
+        gone = self.gateway.command("local", "delete", study, "--yes", "--expect", "1").stdout
+
+        # Then
+        self.assertEqual(gone, "Deleted 1 study. Copies in Quorin Cloud stay.\n" + warning)
+        self.assertEqual(self.stored_files(), [])
+
     def test_nothing_is_asked_of_a_gateway_that_does_not_run(self):
         self.gateway.end()
 

@@ -1,5 +1,6 @@
 #include "shell/browser/browser_panel_words.h"
 
+#include "browser/browser_words.h"
 #include "shell/browser/browser_panel.h"
 
 #include <QtCore/QLocale>
@@ -80,13 +81,7 @@ QString deletionWarning(TableKind kind, qsizetype outsideCloud, qsizetype hidden
 {
     QStringList lines;
     if (outsideCloud > 0) {
-        const QString words =
-            browser::holdsSeries(kind)
-                ? BrowserPanel::tr("Not yet wholly in Quorin Cloud: %L1 of the selected series. Images of "
-                                   "theirs will be lost.")
-                : BrowserPanel::tr("Not yet wholly in Quorin Cloud: %L1 of the selected studies. Images of "
-                                   "theirs will be lost.");
-        lines.append(words.arg(outsideCloud));
+        lines.append(browser::outsideCloudWords(kind, outsideCloud));
     }
     if (hidden > 0) {
         lines.append(BrowserPanel::tr("Hidden by the search: %L1 of the selected rows.").arg(hidden));

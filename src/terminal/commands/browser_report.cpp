@@ -222,8 +222,10 @@ QString deletionText(const QJsonObject &result, TableKind kind)
     const QString what = browser::holdsSeries(kind) ? QStringLiteral("series")
                          : deleted == 1             ? QStringLiteral("study")
                                                     : QStringLiteral("studies");
+    const QString lost = browser::outsideCloudWords(kind, result.value(kOutsideCloud).toInteger());
     return QStringLiteral("Deleted %1 %2. %3\n")
-        .arg(QString::number(deleted), what, browser::whatStays(kind));
+               .arg(QString::number(deleted), what, browser::whatStays(kind)) +
+           (lost.isEmpty() ? lost : lost + u'\n');
 }
 
 qsizetype namedTargets(const BrowserCommand &command)
@@ -236,7 +238,7 @@ qsizetype namedTargets(const BrowserCommand &command)
     return named.size();
 }
 
-QString faultInDeletion(const BrowserCommand &command)
+QString faultInDeletion(const BrowserCommand &command, qsizetype outsideCloud)
 {
     const qsizetype named = namedTargets(command);
     const TableKind kind = tableKindOf(command);
@@ -246,8 +248,9 @@ QString faultInDeletion(const BrowserCommand &command)
     if (!command.isConfirmed || !command.expected) {
         const QString where =
             browser::isCloud(kind) ? QStringLiteral("Quorin Cloud") : QStringLiteral("this computer");
-        return QStringLiteral("This would delete %1 %2 from %3 for good. To do it, add --yes --expect %1.")
-            .arg(QString::number(named), what, where);
+        const QString lost = browser::outsideCloudWords(kind, outsideCloud);
+        return QStringLiteral("This would delete %1 %2 from %3 for good.%4To do it, add --yes --expect %1.")
+            .arg(QString::number(named), what, where, lost.isEmpty() ? u" "_qs : u'\n' + lost + u'\n');
     }
     if (*command.expected != named) {
         return QStringLiteral("%1 %2 would be deleted, and %3 expected. Nothing was deleted.")

@@ -9,6 +9,7 @@
 #include "platform/concurrency/main_executor.h"
 
 #include <QtCore/QDate>
+#include <QtCore/QSet>
 
 #include <stop_token>
 #include <utility>
@@ -66,10 +67,8 @@ bool BrowserCommands::handle(const ControlRequest &request, const Answer &answer
         answer(ControlReply::failure(browser::signInWords(tableKindOf(command))));
     } else if (command.action != BrowserCommand::Action::deletion) {
         m_scope.start(list(command, answer));
-    } else if (const QString fault = faultInDeletion(command); !fault.isEmpty()) {
-        answer(ControlReply::failure(fault, ExitCode::usage));
     } else {
-        m_scope.start(remove(command, request.hungUp, answer));
+        m_scope.start(removeUnlessAtFault(command, request.hungUp, answer));
     }
     return true;
 }
@@ -110,7 +109,38 @@ QCoro::Task<void> BrowserCommands::list(BrowserCommand command, Answer answer)
     }
 }
 
-QCoro::Task<void> BrowserCommands::remove(BrowserCommand command, std::stop_token hungUp, Answer answer)
+QCoro::Task<void>
+BrowserCommands::removeUnlessAtFault(BrowserCommand command, std::stop_token hungUp, Answer answer)
+{
+    const qsizetype outsideCloud = co_await countOutsideCloud(command);
+    const QString fault = faultInDeletion(command, outsideCloud);
+    if (!fault.isEmpty()) {
+        answer(ControlReply::failure(fault, ExitCode::usage));
+    } else if (hungUp.stop_requested()) {
+        answer(ControlReply::failure(QStringLiteral("Nothing was deleted.")));
+    } else {
+        co_await remove(command, outsideCloud, hungUp, answer);
+    }
+}
+
+/// How many of the named things are here, but not wholly in the cloud.
+QCoro::Task<qsizetype> BrowserCommands::countOutsideCloud(BrowserCommand command)
+{
+    if (browser::isCloud(tableKindOf(command))) {
+        co_return 0;
+    }
+    const std::unique_ptr<browser::BrowserTable> table = tableFor(command);
+    co_await table->load(kTrigger);
+    QSet<QString> named;
+    for (const QString &target : command.targets) {
+        named.insert(target.trimmed());
+    }
+    table->setSelectedIDs(named);
+    co_return table->selectedOutsideCloud();
+}
+
+QCoro::Task<void>
+BrowserCommands::remove(BrowserCommand command, qsizetype outsideCloud, std::stop_token hungUp, Answer answer)
 {
     const std::shared_ptr<browser::BrowserTable> table = tableFor(command);
     const std::stop_callback whenHungUp(hungUp, [&main = m_cloud.runtime.main, table] {
@@ -124,7 +154,8 @@ QCoro::Task<void> BrowserCommands::remove(BrowserCommand command, std::stop_toke
     }
     answer(ControlReply::success({{QStringLiteral("requested"), result.requested},
                                   {QStringLiteral("deleted"), result.deleted},
-                                  {QStringLiteral("failed"), result.failed}}));
+                                  {QStringLiteral("failed"), result.failed},
+                                  {kOutsideCloud, outsideCloud}}));
 }
 
 } // namespace gateway::terminal

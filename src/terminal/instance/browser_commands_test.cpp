@@ -153,6 +153,9 @@ TEST_F(BrowserCommandsTest, DeleteNothingWithoutTheWordAndTheCount)
                                     .expected = 2});
 
     EXPECT_EQ(bare.code, ExitCode::usage);
+    EXPECT_TRUE(bare.error.contains(QStringLiteral(
+        "\nNot yet wholly in Quorin Cloud: 1 of the selected studies. Images of theirs will be "
+        "lost.\n")));
     EXPECT_EQ(wrong.code, ExitCode::usage);
     EXPECT_EQ(store.index().studySnapshots().size(), 1);
 }
@@ -176,6 +179,22 @@ TEST_F(BrowserCommandsTest, ListAndDeleteWhatThisMachineHolds)
     EXPECT_TRUE(store.index().studySnapshots().isEmpty());
     EXPECT_EQ(store.removals().size(), 1);
     EXPECT_EQ(refreshed, 1);
+}
+
+TEST_F(BrowserCommandsTest, CountWhatIsNotInTheCloudBeforeTheyDeleteIt)
+{
+    const QString study = QStringLiteral("studyID");
+    for (const char *each : {"1", "2", "3"}) {
+        const QString name = QString::fromLatin1(each);
+        store.import(TemporaryIndex::image(QStringLiteral("9.") + name, {{study, name}}));
+    }
+    store.execute(QStringLiteral("UPDATE DicomImage SET syncState = 1 WHERE originalSOPInstanceUID = '9.2'"));
+    const QString series =
+        list(Place::local, u"3"_qs).result.value(u"series"_qs).toArray()[0][u"id"].toString();
+
+    EXPECT_EQ(remove(Place::local, {series}, u"3"_qs).result.value(kOutsideCloud).toInt(), 1);
+    EXPECT_EQ(remove(Place::local, {u"2"_qs, u"1"_qs}).result.value(kOutsideCloud).toInt(), 1);
+    EXPECT_EQ(store.index().studySnapshots().size(), 1);
 }
 
 TEST_F(BrowserCommandsTest, EndADeletionBehindTheStudyAtWhichItIsWhenTheCallerGoes)
