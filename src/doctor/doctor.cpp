@@ -279,9 +279,8 @@ private:
     void lookAt(const QString &pathString)
     {
         const UnrecordedFile file = m_examination.lookAt(pathString);
-        const FileName name = nameOf(file.fileURL,
-                                     file.place ? pathString : QString(),
-                                     file.elements.value(QStringLiteral("SOPUID")).toString());
+        const FileName name =
+            nameOf(file.fileURL, file.place ? pathString : QString(), file.object.sopInstanceUID);
         switch (file.kind) {
         case UnrecordedFile::Kind::none:
             return;

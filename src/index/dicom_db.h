@@ -18,7 +18,6 @@
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 #include <QtCore/QUrl>
-#include <QtCore/QVariantMap>
 
 #include <atomic>
 #include <cstdint>
@@ -39,6 +38,7 @@ class UserDefaults;
 namespace gateway::index {
 
 class Patience;
+struct ParsedObject;
 
 /// Where the index keeps its things.
 struct DicomDBPaths
@@ -104,7 +104,6 @@ public:
     /// When the last image that was ever recorded was acknowledged, in nanoseconds since 1970.
     std::int64_t newestAcknowledged() const { return m_files.newestAcknowledged(); }
 
-    // --- Uploads -------------------------------------------------------------------------------------
     // --- Parts, each of use as long as the index lives --------------------------------------------------
 
     /// Why files that wait were not uploaded, and for how long they wait.
@@ -201,7 +200,7 @@ private:
                                              const PendingPlace &start) const;
     std::optional<StoredFile> takeUpEarlierImport(const QString &path, ImportSource source);
     bool isToGo(const QString &path) const;
-    Recorded save(Patience &patience, const QVariantMap &found, const StoredFile &stored);
+    Recorded save(Patience &patience, const ParsedObject &object, const StoredFile &stored);
     [[noreturn]] void leaveUnsaved(const StoredFile &stored, const QString &why);
     void settleUnsaved(Patience &patience);
     bool hasOthersBeside(const QString &path) const;

@@ -1,14 +1,12 @@
 // Taking a file in.
 
 #include "index/dicom_db.h"
-#include "index/import_elements.h"
+#include "index/parsed_object.h"
 #include "index/patience.h"
 #include "index/stored_copies.h"
 #include "platform/dicom/dicom_parsing.h"
 #include "platform/files/file_error.h"
 #include "platform/files/files.h"
-
-#include <QtCore/QVariantMap>
 
 namespace gateway::index {
 
@@ -69,7 +67,7 @@ PrivateFile copyPatiently(FileStore &files, Patience &patience, const QString &s
     }
 }
 
-QVariantMap parse(platform::DicomParsing &parser, const QString &path, ImportSource source)
+ParsedObject parse(platform::DicomParsing &parser, const QString &path, ImportSource source)
 {
     const platform::ParsedFile file = parser.parse(path);
     const auto refuse = [&file](Blame blame) {
@@ -89,19 +87,16 @@ QVariantMap parse(platform::DicomParsing &parser, const QString &path, ImportSou
         break;
     }
     // What a sender was told to be stored is kept as it is; a person can look for the whole file.
-    if (source == ImportSource::foreign &&
-        elements::boolean(file.elements, QStringLiteral("damaged")).value_or(false)) {
+    ParsedObject object = parsedObject(file.elements);
+    if (source == ImportSource::foreign && object.isDamaged) {
         throw GatewayImportError(Kind::objectDamaged, Blame::file);
     }
-    return file.elements;
+    return object;
 }
 
-ImportedFileSummary summaryOf(const QVariantMap &found, const Recorded &recorded, const QUrl &storedFile)
+ImportedFileSummary summaryOf(const ParsedObject &object, const Recorded &recorded, const QUrl &storedFile)
 {
-    return {elements::text(found, QStringLiteral("patientUID")).value_or(QString()),
-            elements::text(found, QStringLiteral("studyID")).value_or(QString()),
-            recorded.seriesKeys,
-            storedFile};
+    return {object.patientUID, object.studyInstanceUID.value_or(QString()), recorded.seriesKeys, storedFile};
 }
 
 /// An earlier import may have died, or failed, before its file's name was durable.
@@ -143,26 +138,26 @@ ImportedFileSummary DicomDB::importFile(const QUrl &url, ImportSource source)
     settleUnsaved(patience);
     std::optional<StoredFile> stored = takeUpEarlierImport(path, source);
     std::optional<ImportUnderWay> underWay;
-    QVariantMap found;
+    ParsedObject object;
     if (stored) {
         underWay.emplace(m_files, *stored);
         makeDurablePatiently(m_files, patience, *stored);
-        found = parse(m_with.parser, stored->path, source);
+        object = parse(m_with.parser, stored->path, source);
     } else {
         PrivateCopy copy(m_files, copyPatiently(m_files, patience, path, source));
-        found = parse(m_with.parser, copy.path(), source);
+        object = parse(m_with.parser, copy.path(), source);
         stored = movePatiently(m_files, patience, copy);
         underWay.emplace(m_files, *stored);
     }
     stored->origin = source == ImportSource::foreign ? FileOrigin::broughtIn : FileOrigin::network;
-    if (elements::text(found, QStringLiteral("patientUID")).value_or(QString()).isEmpty()) {
+    if (object.patientUID.isEmpty()) {
         throw GatewayImportError(Kind::databaseSaveRejected, Blame::file);
     }
-    const Recorded recorded = save(patience, found, *stored);
+    const Recorded recorded = save(patience, object, *stored);
     underWay.reset(); // what is being imported isn't removed
     removeReleased(recorded.released, RemovalReason::superseded);
     dropEqualCopies(recorded, *stored);
-    return summaryOf(found, recorded, fileURL(stored->pathString));
+    return summaryOf(object, recorded, fileURL(stored->pathString));
 }
 
 /// The name that an earlier import of an inbox file gave it, be it with rows or without them: the file was
@@ -178,13 +173,13 @@ std::optional<StoredFile> DicomDB::takeUpEarlierImport(const QString &path, Impo
     return stored;
 }
 
-Recorded DicomDB::save(Patience &patience, const QVariantMap &found, const StoredFile &stored)
+Recorded DicomDB::save(Patience &patience, const ParsedObject &object, const StoredFile &stored)
 {
     Recorded recorded;
     try {
         patience.untilDone([&] {
             m_store.write([&](platform::Database &database) {
-                recorded = recordImport(database, found, stored, nowInMilliseconds());
+                recorded = recordImport(database, object, stored, nowInMilliseconds());
             });
         });
     } catch (const SqliteError &error) {

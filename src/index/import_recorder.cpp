@@ -1,6 +1,6 @@
 #include "index/import_recorder.h"
 
-#include "index/import_elements.h"
+#include "index/parsed_object.h"
 #include "index/stored_copies.h"
 #include "index/sync_state.h"
 #include "platform/sqlite/database.h"
@@ -13,12 +13,6 @@
 
 namespace gateway::index {
 
-using elements::boolean;
-using elements::date;
-using elements::floats;
-using elements::integer;
-using elements::number;
-using elements::text;
 using platform::Database;
 using platform::Statement;
 
@@ -79,11 +73,6 @@ constexpr std::string_view kDeleteOtherFrames =
     "DELETE FROM DicomImage WHERE series = ? AND sopInstanceUID = ? AND originalSOPInstanceUID = ? "
     "AND pathString IS NOT ?";
 
-std::int64_t atLeastOne(const QVariantMap &found, const QString &key)
-{
-    return std::max<std::int64_t>(1, integer(found, key, 1));
-}
-
 std::int64_t fittingInt32(std::int64_t value, std::int64_t highestAddition = 0)
 {
     const bool fits = value >= std::numeric_limits<std::int32_t>::min() &&
@@ -97,10 +86,10 @@ struct Extent
     std::int64_t frames = 1;
 };
 
-Extent extentOf(const QVariantMap &found)
+Extent extentOf(const ParsedObject &object)
 {
-    const Extent claimed{atLeastOne(found, QStringLiteral("numberOfSeries")),
-                         atLeastOne(found, QStringLiteral("numberOfFrames"))};
+    const Extent claimed{std::max<std::int64_t>(1, object.numberOfSeries),
+                         std::max<std::int64_t>(1, object.numberOfFrames)};
     const bool believable = claimed.series <= kMaxRowsOfAFile && claimed.frames <= kMaxRowsOfAFile &&
                             claimed.series * claimed.frames <= kMaxRowsOfAFile;
     return believable ? claimed : Extent{};
@@ -114,26 +103,26 @@ std::int64_t writtenRow(Statement &statement)
     return key;
 }
 
-std::int64_t writeStudy(Database &database, const QVariantMap &found, std::int64_t now)
+std::int64_t writeStudy(Database &database, const ParsedObject &object, std::int64_t now)
 {
     Statement study = database.prepare(kStudy);
     study.bindAll(now,
-                  text(found, QStringLiteral("patientName")),
-                  text(found, QStringLiteral("modality")),
-                  text(found, QStringLiteral("studyNumber")),
-                  text(found, QStringLiteral("studyID")),
-                  date(found, QStringLiteral("studyDate")),
-                  text(found, QStringLiteral("studyDescription")),
-                  text(found, QStringLiteral("referringPhysiciansName")),
-                  text(found, QStringLiteral("performingPhysiciansName")),
-                  text(found, QStringLiteral("institutionName")),
-                  text(found, QStringLiteral("accessionNumber")),
-                  boolean(found, QStringLiteral("hasDICOM")).value_or(false));
+                  object.patientName,
+                  object.modality,
+                  object.patientID,
+                  object.studyInstanceUID,
+                  object.studyDate,
+                  object.studyDescription,
+                  object.referringPhysician,
+                  object.performingPhysician,
+                  object.institutionName,
+                  object.accessionNumber,
+                  object.hasDicom);
     return writtenRow(study);
 }
 
 std::int64_t writeSeries(Database &database,
-                         const QVariantMap &found,
+                         const ParsedObject &object,
                          std::int64_t study,
                          const QString &key,
                          const Extent &extent,
@@ -143,15 +132,15 @@ std::int64_t writeSeries(Database &database,
     series.bindAll(study,
                    now,
                    key,
-                   text(found, QStringLiteral("seriesInstanceUID")).value_or(QString()),
-                   text(found, QStringLiteral("seriesDescription")).value_or(QString()),
-                   text(found, QStringLiteral("modality")),
-                   fittingInt32(integer(found, QStringLiteral("seriesNumber"), 0)),
-                   text(found, QStringLiteral("seriesDICOMUID")),
-                   text(found, QStringLiteral("SOPClassUID")),
+                   object.seriesInstanceUID.value_or(QString()),
+                   object.seriesDescription.value_or(QString()),
+                   object.modality,
+                   fittingInt32(object.seriesNumber),
+                   object.seriesDicomUID,
+                   object.sopClassUID,
                    extent.frames,
-                   number(found, QStringLiteral("WindowWidth")),
-                   number(found, QStringLiteral("WindowCenter")));
+                   object.windowWidth,
+                   object.windowCenter);
     return writtenRow(series);
 }
 
@@ -163,37 +152,37 @@ struct SeriesRow
 };
 
 void writeImages(Database &database,
-                 const QVariantMap &found,
+                 const ParsedObject &object,
                  const SeriesRow &series,
                  const StoredFile &file,
                  const Extent &extent,
                  std::int64_t now)
 {
-    const QString uid = text(found, QStringLiteral("SOPUID")).value_or(QString());
+    const QString &uid = object.sopInstanceUID;
     Statement image = database.prepare(kImage);
     image.bindAll(series.row,
                   now,
-                  date(found, QStringLiteral("studyDate")),
+                  object.studyDate,
                   file.pathString,
-                  text(found, QStringLiteral("fileType")),
+                  object.fileType,
                   QFileInfo(file.pathString).suffix(),
-                  fittingInt32(integer(found, QStringLiteral("height"), 0)),
-                  fittingInt32(integer(found, QStringLiteral("width"), 0)),
+                  fittingInt32(object.height),
+                  fittingInt32(object.width),
                   extent.frames,
                   extent.series,
                   series.key,
                   uid + QString::number(series.index),
                   uid.isEmpty() ? std::nullopt : std::optional(uid),
-                  floats(found, QStringLiteral("orientation")),
-                  floats(found, QStringLiteral("origin")),
-                  number(found, QStringLiteral("sliceLocation")),
-                  text(found, QStringLiteral("ImageComments")),
-                  text(found, QStringLiteral("modality")));
+                  object.orientation,
+                  object.origin,
+                  object.sliceLocation,
+                  object.comments,
+                  object.modality);
     image.bind(kWhiteSpaceParameter, QStringLiteral(" \t\n\r\f\v"));
     image.bind(kAcknowledgedParameter, file.acknowledged);
     image.bind(kOriginParameter, static_cast<std::int64_t>(file.origin));
-    image.bind(kDamagedParameter, boolean(found, QStringLiteral("damaged")).value_or(false));
-    const std::int64_t first = fittingInt32(integer(found, QStringLiteral("imageID"), 0), extent.frames - 1);
+    image.bind(kDamagedParameter, object.isDamaged);
+    const std::int64_t first = fittingInt32(object.instanceNumber, extent.frames - 1);
     for (std::int64_t frame = 0; frame < extent.frames; ++frame) {
         image.bind(kFrameParameter, frame).bind(kInstanceNumberParameter, first + frame).run();
     }
@@ -202,27 +191,26 @@ void writeImages(Database &database,
         .run();
 }
 
-QStringList keysOf(const QVariantMap &found, const Extent &extent)
+QStringList keysOf(const ParsedObject &object, const Extent &extent)
 {
-    const QString seriesID = text(found, QStringLiteral("seriesID")).value_or(QString());
     QStringList keys;
     for (std::int64_t index = 0; index < extent.series; ++index) {
-        keys.append(seriesID + QString::number(index));
+        keys.append(object.seriesKey + QString::number(index));
     }
     return keys;
 }
 
 void writeRows(Database &database,
-               const QVariantMap &found,
+               const ParsedObject &object,
                const StoredFile &file,
                const Extent &extent,
                const QStringList &keys,
                std::int64_t now)
 {
-    const std::int64_t study = writeStudy(database, found, now);
+    const std::int64_t study = writeStudy(database, object, now);
     for (qsizetype index = 0; index < keys.size(); ++index) {
-        const std::int64_t row = writeSeries(database, found, study, keys[index], extent, now);
-        writeImages(database, found, {row, keys[index], index}, file, extent, now);
+        const std::int64_t row = writeSeries(database, object, study, keys[index], extent, now);
+        writeImages(database, object, {row, keys[index], index}, file, extent, now);
     }
 }
 
@@ -261,18 +249,18 @@ QSet<QString> noteBeside(Database &database, const StoredFile &file, const Judge
 } // namespace
 
 Recorded
-recordImport(Database &database, const QVariantMap &found, const StoredFile &stored, std::int64_t now)
+recordImport(Database &database, const ParsedObject &object, const StoredFile &stored, std::int64_t now)
 {
     StoredFile file = stored;
     if (isSupersededAndNotOwed(database, file.pathString)) {
         file.origin = FileOrigin::broughtIn;
     }
-    const Extent extent = extentOf(found);
-    const Judgement judgement = judge(database, found, file);
-    Recorded recorded{keysOf(found, extent), judgement.standing == Standing::current, {}, {}};
+    const Extent extent = extentOf(object);
+    const Judgement judgement = judge(database, object, file);
+    Recorded recorded{keysOf(object, extent), judgement.standing == Standing::current, {}, {}};
     if (recorded.isCurrent) {
         noteReplaced(database, file, judgement.copies);
-        writeRows(database, found, file, extent, recorded.seriesKeys, now);
+        writeRows(database, object, file, extent, recorded.seriesKeys, now);
         for (const CurrentCopy &copy : judgement.copies) {
             recorded.replaced.insert(copy.pathString);
         }

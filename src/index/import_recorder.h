@@ -3,7 +3,6 @@
 #include <QtCore/QSet>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
-#include <QtCore/QVariantMap>
 
 #include <cstdint>
 
@@ -12,6 +11,8 @@ class Database;
 }
 
 namespace gateway::index {
+
+struct ParsedObject;
 
 /// By which way a stored file came. The numbers are those of the index.
 enum class FileOrigin
@@ -52,11 +53,10 @@ struct Recorded
 /// them; where the rows of its image stand for a file that was acknowledged later, or for a whole one while
 /// this one is damaged, they stay, and this file is noted beside them. Runs inside the caller's transaction.
 ///
-/// \param elements  what the parser read from the file.
-/// \param now       milliseconds since 1970, UTC.
+/// \param now  milliseconds since 1970, UTC.
 /// \throws SqliteError, FileError
 Recorded recordImport(platform::Database &database,
-                      const QVariantMap &elements,
+                      const ParsedObject &object,
                       const StoredFile &stored,
                       std::int64_t now);
 

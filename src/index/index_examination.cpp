@@ -1,7 +1,6 @@
 #include "index/index_examination.h"
 
 #include "index/file_store.h"
-#include "index/import_elements.h"
 #include "index/index_store.h"
 #include "index/sent_instances.h"
 #include "index/stored_copies.h"
@@ -18,8 +17,6 @@
 
 namespace gateway::index {
 
-using elements::boolean;
-using elements::text;
 using platform::Database;
 using platform::Statement;
 using platform::StoppableScope;
@@ -37,11 +34,6 @@ constexpr const char *kOneFile =
 RecordedFile recordedAt(const Statement &row)
 {
     return {row.text(0), row.integer(1) != 0, row.integer(2) != 0};
-}
-
-QString textOr(const QVariantMap &found, const QString &key)
-{
-    return text(found, key).value_or(QString());
 }
 
 } // namespace
@@ -182,7 +174,8 @@ void IndexExamination::examine(UnrecordedFile &file) const
     const QString path = file.fileURL.toLocalFile();
     const platform::ParsedFile found = m_parser.parse(path);
     using Fate = platform::ParsedFile::Fate;
-    if (found.fate != Fate::parsed || textOr(found.elements, QStringLiteral("patientUID")).isEmpty()) {
+    file.object = parsedObject(found.elements);
+    if (found.fate != Fate::parsed || file.object.patientUID.isEmpty()) {
         const bool isTrouble = found.fate == Fate::trouble || found.fate == Fate::unavailable;
         const bool isStillThere = !platform::isKnownToBeAbsent(path) && !hasPlace(m_files.pathStringOf(path));
         file.kind = !isStillThere ? UnrecordedFile::Kind::none
@@ -190,7 +183,6 @@ void IndexExamination::examine(UnrecordedFile &file) const
                                   : UnrecordedFile::Kind::unreadable;
         return;
     }
-    file.elements = found.elements;
     compareWithCurrent(file);
 }
 
@@ -202,15 +194,15 @@ void IndexExamination::compareWithCurrent(UnrecordedFile &file) const
     const QString path = file.fileURL.toLocalFile();
     const StoredFile place = file.place.value_or(StoredFile{path, m_files.pathStringOf(path), -1, 0});
     const Judgement judgement =
-        m_store.read([&](Database &database) { return judge(database, file.elements, place); });
-    const bool isWhole = !boolean(file.elements, QStringLiteral("damaged")).value_or(false);
+        m_store.read([&](Database &database) { return judge(database, file.object, place); });
+    const bool isWhole = !file.object.isDamaged;
     file.kind = UnrecordedFile::Kind::earlierCopy;
     if (judgement.standing == Standing::current) {
         file.kind = UnrecordedFile::Kind::image;
     } else if (isWhole && judgement.standing == Standing::superseded && file.place) {
         const platform::ParsedFile rival =
             m_parser.parse(m_files.fileURL(judgement.rival.pathString).toLocalFile());
-        if (boolean(rival.elements, QStringLiteral("damaged")).value_or(false)) {
+        if (parsedObject(rival.elements).isDamaged) {
             file.kind = UnrecordedFile::Kind::wholeCopy;
             file.damagedRival = judgement.rival.pathString;
         }
@@ -240,11 +232,9 @@ std::int64_t IndexExamination::record(const QList<UnrecordedFile> &files)
             database.prepare("UPDATE DicomImage SET damaged = 1 WHERE pathString = ?")
                 .bindAll(file.damagedRival)
                 .run();
-            recordImport(database, file.elements, *file.place, m_clock.now().toMSecsSinceEpoch());
-            if (lacksSentInstances(
-                    database)) { // whoever recorded it before may have sent it, or another version
-                noteUnknownHistory(database,
-                                   text(file.elements, QStringLiteral("SOPUID")).value_or(QString()));
+            recordImport(database, file.object, *file.place, m_clock.now().toMSecsSinceEpoch());
+            if (lacksSentInstances(database)) { // whoever recorded it before may have sent it, or another
+                noteUnknownHistory(database, file.object.sopInstanceUID);
             }
             ++recorded;
         }

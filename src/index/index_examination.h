@@ -1,12 +1,12 @@
 #pragma once
 
 #include "index/import_recorder.h"
+#include "index/parsed_object.h"
 #include "index/tally_recount.h"
 
 #include <QtCore/QList>
 #include <QtCore/QString>
 #include <QtCore/QUrl>
-#include <QtCore/QVariantMap>
 
 #include <cstdint>
 #include <optional>
@@ -52,7 +52,7 @@ struct UnrecordedFile
     Kind kind = Kind::none;
     std::optional<StoredFile> place; ///< where it has the place that the store would give it
     QUrl fileURL;
-    QVariantMap elements; ///< of an image
+    ParsedObject object;  ///< of an image
     QString damagedRival; ///< of a `wholeCopy`: the file that its rows refer to
 };
 

@@ -1,6 +1,6 @@
 #include "index/stored_copies.h"
 
-#include "index/import_elements.h"
+#include "index/parsed_object.h"
 #include "index/sent_instances.h"
 #include "platform/files/files.h"
 #include "platform/sqlite/database.h"
@@ -53,11 +53,6 @@ constexpr const char *kIsSpokenFor = "SELECT EXISTS (SELECT 1 FROM DicomImage WH
 constexpr const char *kIsNeeded = "SELECT EXISTS (SELECT 1 FROM DicomImage WHERE pathString = ?1) "
                                   "OR EXISTS (SELECT 1 FROM SupersededFile WHERE pathString = ?1)";
 
-QString textOr(const QVariantMap &found, const char *key)
-{
-    return elements::text(found, QString::fromLatin1(key)).value_or(QString());
-}
-
 QString rootOf(const StoredFile &file)
 {
     return file.path.endsWith(file.pathString) ? file.path.chopped(file.pathString.size()) : QString();
@@ -107,16 +102,15 @@ bool exists(Database &database, const char *question, const QString &pathString)
 } // namespace
 
 std::vector<CurrentCopy>
-currentCopies(Database &database, const QVariantMap &elements, const StoredFile &beside)
+currentCopies(Database &database, const ParsedObject &object, const StoredFile &beside)
 {
-    const auto study = elements::text(elements, QStringLiteral("studyID"));
-    const QString uid = textOr(elements, "SOPUID");
+    const QString &uid = object.sopInstanceUID;
     std::vector<CurrentCopy> copies;
-    if (!study || uid.isEmpty()) {
+    if (!object.studyInstanceUID || uid.isEmpty()) {
         return copies; // images without an identity stay apart
     }
     Statement row = database.prepare(kCurrentCopies);
-    row.bindAll(*study, textOr(elements, "seriesID") + u'0', uid + u'0', uid);
+    row.bindAll(*object.studyInstanceUID, object.seriesKey + u'0', uid + u'0', uid);
     while (row.step()) {
         CurrentCopy copy{
             row.text(0).trimmed(), row.integer(1), row.integer(2) != 0, row.integer(3) != 0, false};
@@ -133,13 +127,12 @@ currentCopies(Database &database, const QVariantMap &elements, const StoredFile 
     return copies;
 }
 
-Judgement judge(Database &database, const QVariantMap &elements, const StoredFile &file)
+Judgement judge(Database &database, const ParsedObject &object, const StoredFile &file)
 {
-    const bool isDamaged = elements::boolean(elements, QStringLiteral("damaged")).value_or(false);
-    Judgement result{Standing::current, {}, currentCopies(database, elements, file)};
+    Judgement result{Standing::current, {}, currentCopies(database, object, file)};
     for (const CurrentCopy &copy : result.copies) {
         const bool isSame = isSameObject(copy, file, rootOf(file));
-        if (isSame || !takesPlaceOf(copy, file, isDamaged)) {
+        if (isSame || !takesPlaceOf(copy, file, object.isDamaged)) {
             result.standing = isSame ? Standing::sameObject : Standing::superseded;
             result.rival = copy;
             return result;

@@ -4,7 +4,6 @@
 
 #include <QtCore/QSet>
 #include <QtCore/QString>
-#include <QtCore/QVariantMap>
 
 #include <cstdint>
 #include <vector>
@@ -14,6 +13,8 @@ class Database;
 }
 
 namespace gateway::index {
+
+struct ParsedObject;
 
 // An image may have come more than once. Its rows stand for one of its stored files, the *current* one; the
 // others are noted in `SupersededFile` beside it and go when it is safe. All of this runs inside the
@@ -44,16 +45,16 @@ struct Judgement
     std::vector<CurrentCopy> copies; ///< all that rows stand for now, but `file`
 };
 
-/// The stored files that the rows of the image with these elements stand for. \throws FileError where it
+/// The stored files that the rows of this image stand for. \throws FileError where it
 /// can't be told when one of them was acknowledged
 std::vector<CurrentCopy>
-currentCopies(platform::Database &database, const QVariantMap &elements, const StoredFile &beside);
+currentCopies(platform::Database &database, const ParsedObject &object, const StoredFile &beside);
 
 /// Decides by the order of acknowledgement, and at equal times by number. A damaged file never takes the
 /// place of a whole one, and one that is there always takes that of one that isn't. What a person brings in
 /// is the same object as one that is owed and holds the same bytes: that one stays. \throws FileError as
 /// above
-Judgement judge(platform::Database &database, const QVariantMap &elements, const StoredFile &file);
+Judgement judge(platform::Database &database, const ParsedObject &object, const StoredFile &file);
 
 /// Notes that `copy` isn't current: rows of its image stand for `successor`.
 void noteSuperseded(platform::Database &database, const CurrentCopy &copy, const QString &successor);
