@@ -2,6 +2,7 @@
 
 #include "core/notification_names.h"
 #include "platform/concurrency/async_sleep.h"
+#include "platform/concurrency/main_thread.h"
 
 #include <QtCore/QObject>
 
@@ -17,6 +18,7 @@ CloudWatch::CloudWatch(const Collaborators &with)
               TermsSigner::here(QStringLiteral(QUORIN_VERSION))),
       m_scope(with.main, with.pool)
 {
+    platform::assertMainThread("CloudWatch");
     m_authObserver = with.notifications.observe(core::kAuthStateChanged,
                                                 [this](const QVariantMap &) { authStateChanged(); });
     m_termsObserver = with.notifications.observe(core::kQuorinCloudTermsRequired,

@@ -4,6 +4,7 @@
 #include "cloud_client/qrn_user_api.h"
 #include "cloud_client/quorin_error.h"
 #include "platform/concurrency/async.h"
+#include "platform/concurrency/main_thread.h"
 
 #include <utility>
 
@@ -42,6 +43,7 @@ std::optional<QString> trimmedOrNone(const QString &text)
 GatewayAccountSettingsViewModel::GatewayAccountSettingsViewModel(const GatewayAccountSettingsParts &parts)
     : m_parts(parts), m_scope(parts.main, parts.pool)
 {
+    platform::assertMainThread("GatewayAccountSettingsViewModel");
 }
 
 GatewayAccountSettingsViewModel::~GatewayAccountSettingsViewModel()

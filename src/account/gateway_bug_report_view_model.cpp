@@ -4,6 +4,7 @@
 #include "cloud_client/quorin_error.h"
 #include "core/device_id.h"
 #include "platform/concurrency/async.h"
+#include "platform/concurrency/main_thread.h"
 
 #include <utility>
 
@@ -12,6 +13,7 @@ namespace gateway::account {
 GatewayBugReportViewModel::GatewayBugReportViewModel(const GatewayBugReportParts &parts)
     : m_parts(parts), m_scope(parts.main, parts.pool)
 {
+    platform::assertMainThread("GatewayBugReportViewModel");
 }
 
 GatewayBugReportViewModel::~GatewayBugReportViewModel()

@@ -3,6 +3,7 @@
 #include "cloud_client/qrn_user_api.h"
 #include "cloud_client/quorin_error.h"
 #include "platform/concurrency/async.h"
+#include "platform/concurrency/main_thread.h"
 
 #include <utility>
 
@@ -51,6 +52,7 @@ QString failureText(const std::exception &error)
 GatewayChangePasswordViewModel::GatewayChangePasswordViewModel(const GatewayChangePasswordParts &parts)
     : m_parts(parts), m_scope(parts.main, parts.pool)
 {
+    platform::assertMainThread("GatewayChangePasswordViewModel");
 }
 
 GatewayChangePasswordViewModel::~GatewayChangePasswordViewModel()

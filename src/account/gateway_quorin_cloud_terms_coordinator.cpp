@@ -5,6 +5,7 @@
 #include "core/device_id.h"
 #include "platform/concurrency/async.h"
 #include "platform/concurrency/clock.h"
+#include "platform/concurrency/main_thread.h"
 
 #include <QtCore/QSysInfo>
 
@@ -49,6 +50,7 @@ GatewayQuorinCloudTermsCoordinator::GatewayQuorinCloudTermsCoordinator(
     const GatewayQuorinCloudTermsParts &parts, TermsSigner signer)
     : m_parts(parts), m_signer(std::move(signer)), m_scope(parts.main, parts.pool)
 {
+    platform::assertMainThread("GatewayQuorinCloudTermsCoordinator");
 }
 
 GatewayQuorinCloudTermsCoordinator::~GatewayQuorinCloudTermsCoordinator()

@@ -7,6 +7,7 @@
 #include "core/device_id.h"
 #include "core/notification_names.h"
 #include "platform/concurrency/async.h"
+#include "platform/concurrency/main_thread.h"
 #include "platform/notifications/notification_center.h"
 
 #include <QtCore/QStringList>
@@ -71,6 +72,7 @@ QuorinAuthViewModel::QuorinAuthViewModel(const QuorinAuthParts &parts,
       m_clientVersion(clientVersion && !clientVersion->isEmpty() ? *clientVersion : QStringLiteral("1.0.0")),
       m_scope(parts.main, parts.pool)
 {
+    platform::assertMainThread("QuorinAuthViewModel");
 }
 
 QuorinAuthViewModel::~QuorinAuthViewModel()
@@ -85,9 +87,7 @@ void QuorinAuthViewModel::close()
 
 void QuorinAuthViewModel::enterMain() const
 {
-    if (!m_parts.main.isCurrent()) {
-        qFatal("QuorinAuthViewModel was used away from the main thread");
-    }
+    platform::assertMainThread("QuorinAuthViewModel");
 }
 
 void QuorinAuthViewModel::clearLastAuthError()

@@ -4,6 +4,7 @@
 #include "cloud_client/qrn_status_api.h"
 #include "cloud_client/quorin_error.h"
 #include "platform/concurrency/async.h"
+#include "platform/concurrency/main_thread.h"
 
 #include <utility>
 
@@ -12,6 +13,7 @@ namespace gateway::account {
 QuorinCloudStatusViewModel::QuorinCloudStatusViewModel(const QuorinCloudStatusParts &parts)
     : m_parts(parts), m_scope(parts.main, parts.pool)
 {
+    platform::assertMainThread("QuorinCloudStatusViewModel");
 }
 
 QuorinCloudStatusViewModel::~QuorinCloudStatusViewModel()

@@ -5,6 +5,7 @@
 #include "cloud_client/qrn_user_api.h"
 #include "cloud_client/quorin_error.h"
 #include "platform/concurrency/async.h"
+#include "platform/concurrency/main_thread.h"
 
 #include <utility>
 
@@ -13,6 +14,7 @@ namespace gateway::account {
 QuorinCloudStorageLimitViewModel::QuorinCloudStorageLimitViewModel(const QuorinCloudStorageLimitParts &parts)
     : m_parts(parts), m_scope(parts.main, parts.pool)
 {
+    platform::assertMainThread("QuorinCloudStorageLimitViewModel");
 }
 
 QuorinCloudStorageLimitViewModel::~QuorinCloudStorageLimitViewModel()

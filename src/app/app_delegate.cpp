@@ -2,13 +2,17 @@
 
 #include "app/store.h"
 #include "core/notification_names.h"
+#include "platform/concurrency/main_thread.h"
 #include "receive/listener_watch.h"
 
 #include <utility>
 
 namespace gateway::app {
 
-AppDelegate::AppDelegate(Collaborators collaborators) : m_with(std::move(collaborators)) {}
+AppDelegate::AppDelegate(Collaborators collaborators) : m_with(std::move(collaborators))
+{
+    platform::assertMainThread("AppDelegate");
+}
 
 void AppDelegate::applicationDidFinishLaunching()
 {

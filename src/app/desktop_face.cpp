@@ -1,5 +1,6 @@
 #include "app/desktop_face.h"
 
+#include "platform/concurrency/main_thread.h"
 #include "shell/desktop/desktop_screens.h"
 
 #include <utility>
@@ -10,6 +11,7 @@ DesktopFace::DesktopFace(shell::Theme &theme)
     : m_theme(theme),
       m_importPanel(theme, [this] { return m_screens != nullptr ? m_screens->dashboardWindow() : nullptr; })
 {
+    platform::assertMainThread("DesktopFace");
 }
 
 DesktopFace::~DesktopFace() = default;

@@ -1,5 +1,7 @@
 #include "app/gateway.h"
 
+#include "platform/concurrency/main_thread.h"
+
 #include <QtCore/QTimeZone>
 
 #include <chrono>
@@ -15,6 +17,7 @@ constexpr std::chrono::seconds kSessionPoll{60};
 
 Gateway::Gateway(GatewayOptions options, GatewayFace &face) : m_options(std::move(options)), m_face(face)
 {
+    platform::assertMainThread("Gateway");
     m_ground.converter.sweepLeftovers();
 }
 

@@ -1,5 +1,6 @@
 #include "app/index_recording.h"
 
+#include "platform/concurrency/main_thread.h"
 #include <chrono>
 #include <cstdint>
 #include <utility>
@@ -8,6 +9,7 @@ namespace gateway::app {
 
 IndexRecording::IndexRecording(Collaborators with) : m_with(std::move(with))
 {
+    platform::assertMainThread("IndexRecording");
     if (m_with.index.storeRecording().lacksStoredFiles()) {
         say(QStringLiteral("The index lacks stored images: it was made anew, or came back from a backup. "
                            "They are being recorded in it again, and are sent again where the cloud "

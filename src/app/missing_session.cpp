@@ -1,6 +1,7 @@
 #include "app/missing_session.h"
 
 #include "core/notification_names.h"
+#include "platform/concurrency/main_thread.h"
 
 #include <QtCore/QDateTime>
 
@@ -10,6 +11,7 @@ namespace gateway::app {
 
 MissingSession::MissingSession(Collaborators with) : m_with(std::move(with))
 {
+    platform::assertMainThread("MissingSession");
     m_sessionObserver =
         m_with.notifications.observe(core::kAuthStateChanged, [this](const QVariantMap &) { tell(); });
 }

@@ -134,7 +134,7 @@ terminal::ExitCode runInstance(const core::HomeLayout &layout,
         return liveOrHandOver(layout, [&] { return live(layout, options, face, join); });
     } catch (const core::HomeError &error) {
         terminal::printError(error.message);
-    } catch (const terminal::ControlError &error) {
+    } catch (const platform::SocketError &error) {
         terminal::printError(error.message);
     } catch (const platform::FileError &error) {
         terminal::printError(error.message());

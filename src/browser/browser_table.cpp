@@ -3,6 +3,7 @@
 #include "browser/browser_words.h"
 #include "platform/concurrency/async.h"
 #include "platform/concurrency/clock.h"
+#include "platform/concurrency/main_thread.h"
 
 #include <QtCore/QtGlobal>
 
@@ -49,6 +50,7 @@ BrowserTable::BrowserTable(TableKind kind,
     : m_kind(kind), m_runtime(runtime), m_noRows(std::move(noRows)), m_rows(m_noRows), m_sortOrder(order),
       m_scope(runtime.main, runtime.pool)
 {
+    platform::assertMainThread("BrowserTable");
 }
 
 BrowserTable::~BrowserTable()

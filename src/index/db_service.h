@@ -28,7 +28,7 @@ enum class ImportSource
     ownInbox ///< nobody: durable already and never written again, so the store may share its blocks
 };
 
-/// Imports files.
+/// Imports files. Thread: any; it blocks.
 class DBServiceProtocol
 {
 public:

@@ -21,6 +21,12 @@ public:
         ++m_sleeps;
         return !stop.stop_requested();
     }
+    void wakeAfter(std::chrono::nanoseconds duration,
+                   const std::stop_token &stop,
+                   platform::WakeUp::Tell tell) override
+    {
+        tell(sleep(duration, stop));
+    }
 
     int sleeps() const { return m_sleeps; }
 

@@ -2,6 +2,7 @@
 
 #include "platform/concurrency/async.h"
 #include "platform/concurrency/async_sleep.h"
+#include "platform/concurrency/main_thread.h"
 #include "platform/defaults/user_defaults.h"
 #include "platform/files/file_error.h"
 
@@ -47,6 +48,7 @@ GatewayLogsViewModel::GatewayLogsViewModel(const GatewayLogsParts &parts,
     : m_parts(parts), m_logDirectory(std::move(logDirectory)), m_rowLimit(rowLimit),
       m_filter(storedFilter(parts.defaults)), m_scope(parts.main, parts.pool)
 {
+    platform::assertMainThread("GatewayLogsViewModel");
 }
 
 GatewayLogsViewModel::~GatewayLogsViewModel()
@@ -62,9 +64,7 @@ void GatewayLogsViewModel::close()
 
 void GatewayLogsViewModel::enterMain() const
 {
-    if (!m_parts.main.isCurrent()) {
-        qFatal("GatewayLogsViewModel was used away from the main thread");
-    }
+    platform::assertMainThread("GatewayLogsViewModel");
 }
 
 void GatewayLogsViewModel::setSearchText(const QString &text)

@@ -42,6 +42,18 @@ public:
         return sleptThrough;
     }
 
+    void wakeAfter(std::chrono::nanoseconds duration,
+                   const std::stop_token &stop,
+                   platform::WakeUp::Tell tell) override
+    {
+        lastDuration = duration;
+        ++begun;
+        m_clock.wakeAfter(duration, stop, [this, tell = std::move(tell)](bool sleptThrough) {
+            ++ended;
+            tell(sleptThrough);
+        });
+    }
+
     std::atomic<std::chrono::nanoseconds> lastDuration = {};
     std::atomic<int> begun = 0;
     std::atomic<int> ended = 0;

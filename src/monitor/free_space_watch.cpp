@@ -1,5 +1,6 @@
 #include "monitor/free_space_watch.h"
 
+#include "platform/concurrency/main_thread.h"
 #include "platform/files/files.h"
 
 #include <utility>
@@ -9,6 +10,7 @@ namespace gateway::monitor {
 FreeSpaceWatch::FreeSpaceWatch(Folders folders, const Collaborators &collaborators)
     : m_folders(std::move(folders)), m_with(collaborators)
 {
+    platform::assertMainThread("FreeSpaceWatch");
 }
 
 void FreeSpaceWatch::refresh()

@@ -1,5 +1,6 @@
 #include "monitor/health_collector.h"
 
+#include "platform/concurrency/main_thread.h"
 #include "platform/dicom/dcmtk_store_scp.h"
 
 #include <algorithm>
@@ -13,7 +14,10 @@ constexpr double kBytesPerMegabit = 1'000'000.0 / 8;
 
 } // namespace
 
-HealthCollector::HealthCollector(Collaborators collaborators) : m_with(std::move(collaborators)) {}
+HealthCollector::HealthCollector(Collaborators collaborators) : m_with(std::move(collaborators))
+{
+    platform::assertMainThread("HealthCollector");
+}
 
 void HealthCollector::sample()
 {

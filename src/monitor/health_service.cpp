@@ -1,5 +1,6 @@
 #include "monitor/health_service.h"
 
+#include "platform/concurrency/main_thread.h"
 #include <utility>
 
 namespace gateway::monitor {
@@ -9,6 +10,7 @@ HealthService::HealthService(HealthCollector::Collaborators collaborators,
                              const Places &places,
                              const std::function<void(QString)> &writeLine)
 {
+    platform::assertMainThread("HealthService");
     const platform::Clock &clock = collaborators.clock;
     m_collector = std::make_shared<HealthCollector>(std::move(collaborators));
     m_collector->sample();

@@ -1,6 +1,7 @@
 #include "receive/dimse_listener_view_model.h"
 
 #include "core/notification_names.h"
+#include "platform/concurrency/main_thread.h"
 #include "receive/network_address.h"
 
 #include <utility>
@@ -12,6 +13,7 @@ DimseListenerViewModel::DimseListenerViewModel(Collaborators collaborators)
       m_observer(m_with.notifications.observe(core::kStoreListenerStateChanged,
                                               [this](const QVariantMap &) { refresh(); }))
 {
+    platform::assertMainThread("DimseListenerViewModel");
     refresh();
 }
 

@@ -2,6 +2,7 @@
 
 #include "core/dcm_listener_settings.h"
 #include "core/notification_names.h"
+#include "platform/concurrency/main_thread.h"
 #include "receive/network_address.h"
 
 #include <optional>
@@ -21,6 +22,7 @@ QString listenerFailureText(const QVariantMap &userInfo)
 
 ListenerWatch::ListenerWatch(Collaborators with) : m_with(std::move(with))
 {
+    platform::assertMainThread("ListenerWatch");
     m_errorObserver =
         m_with.notifications.observe(core::kStoreListenerError, [this](const QVariantMap &userInfo) {
             m_with.state.setDimseAlertMessage(listenerFailureText(userInfo));

@@ -4,6 +4,7 @@
 #include "index/figure_index.h"
 #include "platform/concurrency/async_sleep.h"
 #include "platform/concurrency/clock.h"
+#include "platform/concurrency/main_thread.h"
 #include "state/time_texts.h"
 
 #include <QtCore/QLocale>
@@ -74,9 +75,7 @@ GatewayAppState::~GatewayAppState()
 
 void GatewayAppState::enterMain() const
 {
-    if (!m_parts.main.isCurrent()) {
-        qFatal("GatewayAppState was used away from the main thread");
-    }
+    platform::assertMainThread("GatewayAppState");
 }
 
 template <typename T>

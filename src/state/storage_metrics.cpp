@@ -2,6 +2,7 @@
 
 #include "platform/concurrency/clock.h"
 #include "platform/concurrency/main_executor.h"
+#include "platform/concurrency/main_thread.h"
 
 #include <utility>
 
@@ -23,6 +24,7 @@ StorageMetrics::StorageMetrics(Measure measure,
       m_storageMetricsQueue(QStringLiteral("com.ovelt.pavan.gateway.storageMetrics.queue"),
                             platform::Quality::utility)
 {
+    platform::assertMainThread("StorageMetrics");
 }
 
 StorageMetrics::~StorageMetrics()

@@ -1,6 +1,7 @@
 #include "updates/gateway_updater_service.h"
 
 #include "log/store_log_emitter.h"
+#include "platform/concurrency/main_thread.h"
 #include "state/update_banner.h"
 
 #include <utility>
@@ -9,6 +10,7 @@ namespace gateway::updates {
 
 GatewayUpdaterService::GatewayUpdaterService(Collaborators collaborators) : m_with(std::move(collaborators))
 {
+    platform::assertMainThread("GatewayUpdaterService");
 }
 
 void GatewayUpdaterService::start()

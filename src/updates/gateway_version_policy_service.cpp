@@ -6,6 +6,7 @@
 #include "log/store_log_emitter.h"
 #include "platform/concurrency/async.h"
 #include "platform/concurrency/async_sleep.h"
+#include "platform/concurrency/main_thread.h"
 #include "state/update_banner.h"
 #include "updates/alert.h"
 #include "updates/pending_answer.h"
@@ -45,6 +46,7 @@ bool isWithin(const std::optional<QDateTime> &date, const QDateTime &now, std::c
 GatewayVersionPolicyService::GatewayVersionPolicyService(Collaborators collaborators, const Runtime &runtime)
     : m_with(std::move(collaborators)), m_runtime(runtime), m_scope(runtime.main, runtime.pool)
 {
+    platform::assertMainThread("GatewayVersionPolicyService");
 }
 
 GatewayVersionPolicyService::~GatewayVersionPolicyService()

@@ -23,6 +23,10 @@ public:
     QDateTime now() const override { return wall; }
     std::chrono::nanoseconds monotonic() const override { return passed; }
     bool sleep(std::chrono::nanoseconds, std::stop_token) override { return true; }
+    void wakeAfter(std::chrono::nanoseconds, const std::stop_token &, platform::WakeUp::Tell tell) override
+    {
+        tell(true);
+    }
 
     void advance(std::chrono::seconds by)
     {

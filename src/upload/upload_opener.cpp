@@ -1,6 +1,7 @@
 #include "upload/upload_opener.h"
 
 #include "core/notification_names.h"
+#include "platform/concurrency/main_thread.h"
 
 namespace gateway::upload {
 
@@ -13,6 +14,7 @@ const QString kSessionReason = QStringLiteral("auth_state_changed");
 
 UploadOpener::UploadOpener(Collaborators with) : m_with(with), m_session(m_with.auth.standing().state)
 {
+    platform::assertMainThread("UploadOpener");
     m_authObserver = m_with.notifications.observe(core::kAuthStateChanged,
                                                   [this](const QVariantMap &) { sessionLookedAt(); });
     connect(&m_with.cloudWatch.status(),

@@ -4,6 +4,7 @@
 #include "account/quorin_auth_view_model.h"
 #include "core/ae_title_formatter.h"
 #include "core/dcm_listener_settings.h"
+#include "platform/concurrency/main_thread.h"
 #include "receive/network_address.h"
 #include "wizard/setup_apply.h"
 #include "wizard/setup_checks.h"
@@ -38,6 +39,7 @@ GatewaySetupWizardViewModel::GatewaySetupWizardViewModel(const SetupWizardParts 
                                                                 [this] { refreshValidation(false, false); }}),
       m_scope(parts.main, parts.pool)
 {
+    platform::assertMainThread("GatewaySetupWizardViewModel");
     m_draft.listenerAddress = m_parts.machine.addressText(parsedPort(m_draft.portText));
     m_wasSignedIn = isSignedIn();
     if (m_account) {

@@ -2,6 +2,7 @@
 
 #include "platform/concurrency/async.h"
 #include "platform/concurrency/async_sleep.h"
+#include "platform/concurrency/main_thread.h"
 
 #include <algorithm>
 #include <chrono>
@@ -19,6 +20,7 @@ constexpr int kLastPort = 65535;
 PortCheck::PortCheck(Collaborators collaborators)
     : m_with(std::move(collaborators)), m_scope(m_with.main, m_with.pool)
 {
+    platform::assertMainThread("PortCheck");
 }
 
 PortCheck::~PortCheck()

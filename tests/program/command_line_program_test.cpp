@@ -1,6 +1,7 @@
 #include "tests/support/gateway_process.h"
 
 #include "platform/files/home_lock.h"
+#include "platform/sockets/testing/loopback_port.h"
 
 #include <QtCore/QByteArrayList>
 #include <QtCore/QDir>
@@ -10,7 +11,6 @@
 #include <optional>
 
 #include <gtest/gtest.h>
-#include <netinet/in.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -18,34 +18,8 @@
 namespace gateway::testing {
 namespace {
 
-/// A port of the loopback that somebody listens on for as long as this lives.
-class OccupiedPort
-{
-public:
-    OccupiedPort() : m_socket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))
-    {
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        socklen_t size = sizeof(address);
-        auto *plain = reinterpret_cast<sockaddr *>(&address);
-        EXPECT_EQ(::bind(m_socket, plain, size), 0);
-        EXPECT_EQ(::listen(m_socket, 1), 0);
-        EXPECT_EQ(::getsockname(m_socket, plain, &size), 0);
-        m_port = ntohs(address.sin_port);
-    }
-
-    ~OccupiedPort() { ::close(m_socket); }
-
-    OccupiedPort(const OccupiedPort &) = delete;
-    OccupiedPort &operator=(const OccupiedPort &) = delete;
-
-    QString text() const { return QString::number(m_port); }
-
-private:
-    int m_socket;
-    int m_port = 0;
-};
+using platform::testing::freeLoopbackPort;
+using platform::testing::LoopbackPort;
 
 /// This process as the owner of somebody's home.
 class OtherOwner
@@ -74,7 +48,7 @@ protected:
                                  u"--ae-title"_qs,
                                  u"GATE"_qs,
                                  u"--port"_qs,
-                                 QString::number(GatewayHome::freePort()),
+                                 QString::number(freeLoopbackPort()),
                                  u"--no-bonjour"_qs});
         }
         return result;
@@ -259,13 +233,14 @@ TEST_F(Program, TakesAPortOnlyAsItIsTyped)
 
 TEST_F(Program, RefusesASetupOnAPortInUse)
 {
-    const OccupiedPort occupied;
+    const LoopbackPort occupied(LoopbackPort::Use::listening);
 
-    const ProgramResult result =
-        m_home.run({u"setup"_qs, u"--ae-title"_qs, u"GATE"_qs, u"--port"_qs, occupied.text()});
+    const ProgramResult result = m_home.run(
+        {u"setup"_qs, u"--ae-title"_qs, u"GATE"_qs, u"--port"_qs, QString::number(occupied.port())});
 
     EXPECT_EQ(result.exitCode, 1);
-    EXPECT_EQ(result.error, u"Port %1 is already in use by another process.\n"_qs.arg(occupied.text()));
+    EXPECT_EQ(result.error,
+              u"Port %1 is already in use by another process.\n"_qs.arg(QString::number(occupied.port())));
     EXPECT_EQ(m_home.run({u"settings"_qs, u"get"_qs, u"GatewaySetupCompleted"_qs}).out, u"false\n"_qs);
 }
 
@@ -322,10 +297,12 @@ TEST_F(Program, ListensAtItsNextStart)
 
 TEST_F(Program, StaysUpWhenItsPortIsTakenAndSaysSo)
 {
-    const OccupiedPort occupied;
+    const LoopbackPort occupied(LoopbackPort::Use::listening);
     ASSERT_EQ(setUp().exitCode, 0);
-    ASSERT_EQ(m_home.run({u"settings"_qs, u"set"_qs, u"ListenerSettings.port"_qs, occupied.text()}).exitCode,
-              0);
+    ASSERT_EQ(
+        m_home.run({u"settings"_qs, u"set"_qs, u"ListenerSettings.port"_qs, QString::number(occupied.port())})
+            .exitCode,
+        0);
 
     RunningGateway gateway(m_home);
     while (m_home.status()[u"listener"][u"error"].isNull()) {

@@ -1,5 +1,6 @@
 // The gateway beside a desktop's keyring that doesn't answer.
 
+#include "platform/sockets/testing/loopback_port.h"
 #include "tests/support/gateway_process.h"
 #include "tests/support/private_bus.h"
 
@@ -45,7 +46,7 @@ TEST(MuteKeyring, HoldsNeitherTheStartNorTheListener)
     GatewayHome home;
     const PrivateBus bus;
     const MuteSecretService keyring(bus.address());
-    const int port = GatewayHome::freePort();
+    const int port = platform::testing::freeLoopbackPort();
     ASSERT_EQ(home.run({QStringLiteral("setup"),
                         QStringLiteral("--ae-title"),
                         QStringLiteral("QUORIN"),

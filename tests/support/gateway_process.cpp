@@ -5,9 +5,6 @@
 #include <csignal>
 
 #include <gtest/gtest.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 namespace gateway::testing {
 
@@ -84,20 +81,6 @@ QJsonObject GatewayHome::status() const
 {
     const ProgramResult result = run({QStringLiteral("status"), QStringLiteral("--json")});
     return QJsonDocument::fromJson(result.out.toUtf8()).object();
-}
-
-int GatewayHome::freePort()
-{
-    const int probe = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof(address);
-    auto *plain = reinterpret_cast<sockaddr *>(&address);
-    EXPECT_EQ(::bind(probe, plain, size), 0);
-    EXPECT_EQ(::getsockname(probe, plain, &size), 0);
-    ::close(probe);
-    return ntohs(address.sin_port);
 }
 
 RunningGateway::RunningGateway(GatewayHome &home, const QStringList &options) : m_home(home)

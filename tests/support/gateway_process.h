@@ -44,9 +44,6 @@ public:
     /// `status --json` of the running instance; empty where none answers.
     QJsonObject status() const;
 
-    /// A TCP port of the loopback that nobody uses at this moment.
-    static int freePort();
-
     GatewayHome();
 
 private:

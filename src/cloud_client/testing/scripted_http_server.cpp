@@ -118,25 +118,13 @@ bool drip(int socket, const QByteArray &bytes)
 ScriptedHttpServer::ScriptedHttpServer(Handler handler, Moment moment, Pace pace)
     : m_handler(std::move(handler)), m_moment(moment), m_pace(pace)
 {
-    m_listener = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_in address = {};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t length = sizeof address;
-    if (m_listener < 0 || ::bind(m_listener, reinterpret_cast<sockaddr *>(&address), length) != 0 ||
-        ::listen(m_listener, 64) != 0 ||
-        ::getsockname(m_listener, reinterpret_cast<sockaddr *>(&address), &length) != 0) {
-        throw std::system_error(errno, std::generic_category(), "listen");
-    }
-    m_port = ntohs(address.sin_port);
     m_acceptor = std::thread([this] { acceptLoop(); });
 }
 
 ScriptedHttpServer::~ScriptedHttpServer()
 {
-    ::shutdown(m_listener, SHUT_RDWR);
+    ::shutdown(m_listener.descriptor(), SHUT_RDWR);
     m_acceptor.join();
-    ::close(m_listener);
     std::vector<std::thread> threads;
     {
         const platform::MutexLock lock(m_mutex);
@@ -152,7 +140,7 @@ ScriptedHttpServer::~ScriptedHttpServer()
 
 QUrl ScriptedHttpServer::url() const
 {
-    return QUrl(QStringLiteral("http://127.0.0.1:%1").arg(m_port));
+    return QUrl(QStringLiteral("http://127.0.0.1:%1").arg(m_listener.port()));
 }
 
 QList<ReceivedRequest> ScriptedHttpServer::requests() const
@@ -185,7 +173,7 @@ QByteArray ScriptedHttpServer::answer(int status,
 void ScriptedHttpServer::acceptLoop()
 {
     for (;;) {
-        const int socket = ::accept4(m_listener, nullptr, nullptr, SOCK_CLOEXEC);
+        const int socket = ::accept4(m_listener.descriptor(), nullptr, nullptr, SOCK_CLOEXEC);
         if (socket < 0) {
             return;
         }

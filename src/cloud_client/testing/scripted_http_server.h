@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/concurrency/mutex.h"
+#include "platform/sockets/testing/loopback_port.h"
 
 #include <QtCore/QByteArray>
 #include <QtCore/QList>
@@ -85,8 +86,7 @@ private:
     const Handler m_handler;
     const Moment m_moment;
     const Pace m_pace;
-    int m_listener = -1;
-    int m_port = 0;
+    const platform::testing::LoopbackPort m_listener{platform::testing::LoopbackPort::Use::listening};
     mutable platform::Mutex m_mutex;
     QList<ReceivedRequest> m_requests QUORIN_GUARDED_BY(m_mutex);
     std::vector<int> m_sockets QUORIN_GUARDED_BY(m_mutex);

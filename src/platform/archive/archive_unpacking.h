@@ -35,7 +35,7 @@ struct UnpackedArchive
     qint64 leftOut = 0; ///< links, devices and the like, which stay in the archive
 };
 
-/// Unpacks archives (zip and rar, told by their content).
+/// Unpacks archives (zip and rar, told by their content). Thread: any; it blocks.
 class ArchiveUnpacking
 {
 public:

@@ -2,7 +2,6 @@
 
 #include "platform/concurrency/clock.h"
 #include "platform/concurrency/main_executor.h"
-#include "platform/concurrency/task.h"
 
 #include <QCoro/QCoroTask>
 
@@ -13,8 +12,7 @@
 
 namespace gateway::platform {
 
-/// Lets a coroutine of the main thread sleep on a clock; the waiting itself stands on a thread of its own,
-/// so that no worker of a pool is taken for it.
+/// Lets a coroutine of the main thread sleep on a clock; no thread is taken for it.
 ///
 /// Thread: main.
 class AwaitableSleep
@@ -29,25 +27,20 @@ public:
 
     void await_suspend(std::coroutine_handle<> waiting)
     {
-        m_task = Task("sleep", [this, waiting](const std::stop_token &) {
-            m_sleptThrough = m_clock.sleep(m_duration, m_stop);
+        m_clock.wakeAfter(m_duration, m_stop, [this, waiting](bool sleptThrough) {
+            m_sleptThrough = sleptThrough;
             m_main.post([waiting] { waiting.resume(); });
         });
     }
 
-    bool await_resume()
-    {
-        m_task.join();
-        return m_sleptThrough;
-    }
+    bool await_resume() const noexcept { return m_sleptThrough; }
 
 private:
     MainExecutor &m_main;
     Clock &m_clock;
     const std::chrono::nanoseconds m_duration;
     const std::stop_token m_stop;
-    bool m_sleptThrough = false;
-    Task m_task; // last: joined before the fields go
+    bool m_sleptThrough = false; // written before the post, read behind it
 };
 
 /// Sleeps for `duration`, or until `stop` is requested. main and clock outlive the sleep.

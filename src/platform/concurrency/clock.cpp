@@ -1,7 +1,9 @@
 #include "platform/concurrency/clock.h"
 
 #include <condition_variable>
+#include <memory>
 #include <mutex>
+#include <utility>
 
 namespace gateway::platform {
 
@@ -21,6 +23,11 @@ bool SystemClock::sleep(std::chrono::nanoseconds duration, std::stop_token stop)
     std::condition_variable_any stopped;
     std::unique_lock lock(mutex);
     return !stopped.wait_for(lock, stop, duration, [&stop] { return stop.stop_requested(); });
+}
+
+void SystemClock::wakeAfter(std::chrono::nanoseconds duration, const std::stop_token &stop, WakeUp::Tell tell)
+{
+    m_timer.add(std::make_unique<WakeUp>(monotonic() + duration, stop, std::move(tell)));
 }
 
 } // namespace gateway::platform

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/concurrency/timer.h"
+
 #include <QtCore/QDateTime>
 
 #include <chrono>
@@ -25,6 +27,13 @@ public:
     ///
     /// \return true when the whole duration has passed, false when stopped before.
     virtual bool sleep(std::chrono::nanoseconds duration, std::stop_token stop) = 0;
+
+    /// The same without a thread that blocks: returns at once, and calls `tell` once with what `sleep` would
+    /// return. The clock outlives the wait.
+    ///
+    /// \param tell  called on any thread, perhaps within this call; brief, and never throws.
+    virtual void
+    wakeAfter(std::chrono::nanoseconds duration, const std::stop_token &stop, WakeUp::Tell tell) = 0;
 };
 
 /// The machine's clocks.
@@ -34,6 +43,11 @@ public:
     QDateTime now() const override;
     std::chrono::nanoseconds monotonic() const override;
     bool sleep(std::chrono::nanoseconds duration, std::stop_token stop) override;
+    void
+    wakeAfter(std::chrono::nanoseconds duration, const std::stop_token &stop, WakeUp::Tell tell) override;
+
+private:
+    Timer m_timer;
 };
 
 } // namespace gateway::platform

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <optional>
 #include <thread>
 
 namespace gateway::platform {
@@ -80,6 +81,33 @@ TEST(ManualClock, AStopWakesASleeper)
     sleeper.join();
 
     EXPECT_FALSE(whole);
+}
+
+TEST(ManualClock, TellsThoseWithoutAThreadBeforeTheAdvanceReturns)
+{
+    ManualClock clock;
+    std::optional<bool> told;
+    clock.wakeAfter(2s, {}, [&](bool sleptThrough) { told = sleptThrough; });
+    clock.waitForSleepers(1);
+
+    clock.advance(1s);
+    EXPECT_EQ(told, std::nullopt);
+    clock.advance(1s);
+
+    EXPECT_EQ(told, true);
+}
+
+TEST(ManualClock, TellsThoseWithoutAThreadOfAStopAndCountsThemNoMore)
+{
+    ManualClock clock;
+    std::stop_source stop;
+    int told = 0;
+    clock.wakeAfter(2s, stop.get_token(), [&](bool sleptThrough) { told += sleptThrough ? 100 : 1; });
+
+    stop.request_stop();
+    clock.advance(2s);
+
+    EXPECT_EQ(told, 1);
 }
 
 } // namespace gateway::platform

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <mutex>
 
@@ -38,7 +39,7 @@ private:
     std::mutex m_mutex;
 };
 
-/// Holds a Mutex for a scope.
+/// Holds a Mutex for a scope. Thread: the one that made it.
 class QUORIN_SCOPED_CAPABILITY MutexLock
 {
 public:
@@ -53,11 +54,17 @@ private:
     Mutex &m_mutex;
 };
 
-/// A condition that waits on a Mutex; callers loop over their own predicate.
+/// A condition that waits on a Mutex; callers loop over their own predicate. Thread: any.
 class Condition
 {
 public:
     void wait(Mutex &mutex) QUORIN_REQUIRES(mutex) { m_condition.wait(mutex); }
+
+    /// Waits until `end` at the longest.
+    void waitUntil(Mutex &mutex, std::chrono::steady_clock::time_point end) QUORIN_REQUIRES(mutex)
+    {
+        m_condition.wait_until(mutex, end);
+    }
 
     void notifyOne() { m_condition.notify_one(); }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/concurrency/main_executor.h"
+#include "platform/concurrency/main_thread.h"
 #include "platform/concurrency/worker_pool.h"
 
 #include <QCoro/QCoroTask>
@@ -46,7 +47,11 @@ public:
     TaskScope(const TaskScope &) = delete;
     TaskScope &operator=(const TaskScope &) = delete;
 
-    [[nodiscard]] Operation enter() { return Operation(*this); }
+    [[nodiscard]] Operation enter()
+    {
+        assertMainThread("TaskScope");
+        return Operation(*this);
+    }
 
     /// Lets a coroutine run on its own until it ends.
     void start(QCoro::Task<> task);

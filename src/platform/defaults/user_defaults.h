@@ -22,7 +22,7 @@ public:
 
 /// The user's defaults: what the operator and the system keep between runs, one value a key.
 ///
-/// Kept in one SQLite file, written through at once; safe from any thread and from several processes. Values
+/// Thread: any, of several processes too. Kept in one SQLite file, written through at once. Values
 /// are strings, integers (back as qlonglong), booleans, doubles, byte arrays and dates (UTC, milliseconds).
 /// While the file can't be read, a value is what it was when it could: a bad moment changes no setting.
 class UserDefaults

@@ -4,6 +4,7 @@
 #include "platform/dicom/testing/running_store_scp.h"
 #include "platform/dicom/testing/scripted_modality.h"
 #include "platform/files/files.h"
+#include "platform/sockets/testing/loopback_port.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
@@ -18,6 +19,7 @@ namespace gateway::platform {
 
 using testing::commandSet;
 using testing::dataPdus;
+using testing::freeLoopbackPort;
 using testing::kCtStorage;
 using testing::kExplicitLittleEndian;
 using testing::OfferedContext;
@@ -223,7 +225,7 @@ TEST(DCMTKStoreSCP, AStopFromACallbackDoesNotWaitForItself)
 TEST(DCMTKStoreSCP, AKilledHelperThatHadListenedIsStartedAgainOnItsPort)
 {
     const QTemporaryDir inbox;
-    const int port = ScriptedModality::freePort();
+    const int port = freeLoopbackPort();
     RunningStoreSCP running(inbox.path(), port);
     ScriptedModality before(running.port());
     before.associate(kOneContext);
@@ -292,7 +294,7 @@ TEST(DCMTKStoreSCP, AnObjectOfWhichNothingWasReadYetIsKeptThoughItsAssociationIs
 TEST(DCMTKStoreSCP, ObjectsComeBehindWhatOthersAcknowledgedAlsoAfterTheListenerIsKilled)
 {
     const QTemporaryDir inbox;
-    RunningStoreSCP running(inbox.path(), ScriptedModality::freePort());
+    RunningStoreSCP running(inbox.path(), freeLoopbackPort());
     running.scp().acknowledgeAfter(kLongAhead);
     ::kill(running.scp().processId().value(), SIGKILL);
     ASSERT_EQ(running.await(QStringLiteral("resumed")).size(), 1);
@@ -337,7 +339,7 @@ TEST(DCMTKStoreSCP, AStopWaitsForNobodyAndAStoppedHelperLetsGoOfThePortAllTheSam
     const QTemporaryDir inbox;
     ListenerPatience patience = impatient();
     patience.signOfLife = std::chrono::hours(1);
-    RunningStoreSCP first(inbox.path(), ScriptedModality::freePort(), patience);
+    RunningStoreSCP first(inbox.path(), freeLoopbackPort(), patience);
     ::kill(first.scp().processId().value(), SIGSTOP);
 
     first.scp().stop(); // would hang here if it waited for the process

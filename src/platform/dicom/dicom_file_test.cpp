@@ -47,6 +47,10 @@ public:
         }
         return true;
     }
+    void wakeAfter(std::chrono::nanoseconds duration, const std::stop_token &stop, WakeUp::Tell tell) override
+    {
+        tell(sleep(duration, stop));
+    }
 
     std::function<void()> onSleep;
     std::chrono::nanoseconds slept{0};

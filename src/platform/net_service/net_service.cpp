@@ -1,5 +1,6 @@
 #include "platform/net_service/net_service.h"
 
+#include "platform/concurrency/main_thread.h"
 #include "platform/net_service/avahi_proxies.h"
 #include "platform/system_log/system_log.h"
 
@@ -51,6 +52,7 @@ bool isCollision(const QDBusError &error)
 NetService::NetService(NetServiceDescription description, QDBusConnection bus, SystemLog &systemLog)
     : m_description(std::move(description)), m_bus(std::move(bus)), m_systemLog(systemLog)
 {
+    assertMainThread("NetService");
 }
 
 NetService::~NetService()

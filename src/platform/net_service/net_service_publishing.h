@@ -20,7 +20,7 @@ struct NetServiceDescription
     QMap<QString, QByteArray> txt{}; ///< the TXT record's pairs
 };
 
-/// One service while it is announced; dying withdraws it.
+/// One service while it is announced; dying withdraws it. Thread: main.
 class NetServicePublication
 {
 public:

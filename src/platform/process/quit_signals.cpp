@@ -1,5 +1,7 @@
 #include "platform/process/quit_signals.h"
 
+#include "platform/concurrency/main_thread.h"
+
 #include <QtCore/QSocketNotifier>
 
 #include <array>
@@ -36,6 +38,7 @@ void handle(int signal, void (*handler)(int))
 
 QuitSignals::QuitSignals(std::function<void()> quit)
 {
+    assertMainThread("QuitSignals");
     if (::pipe2(signalPipe.data(), O_CLOEXEC | O_NONBLOCK) != 0) {
         throw std::system_error(errno, std::generic_category());
     }

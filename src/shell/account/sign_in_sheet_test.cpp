@@ -68,17 +68,11 @@ struct SignInSheetTest : account::testing::AccountWorld
     /// Kept where the environment names a folder.
     void picture(const QString &name)
     {
-        const QString directory = qEnvironmentVariable("QUORIN_PICTURES");
         for (const bool isDark : {false, true}) {
             fixture.theme().setVariant(isDark ? Variant::dark : Variant::light);
-            const QString file = QStringLiteral("%1/%2-%3-%4.png")
-                                     .arg(directory,
-                                          QStringLiteral("sign-in"),
-                                          name,
-                                          isDark ? QStringLiteral("dark") : QStringLiteral("light"));
-            if (!directory.isEmpty()) {
-                ASSERT_TRUE(fixture.window().grab().save(file));
-            }
+            testing::keepPicture(
+                fixture.window(),
+                QStringLiteral("sign-in-%1-%2").arg(name, isDark ? u"dark"_qs : u"light"_qs));
         }
     }
 

@@ -1,5 +1,6 @@
 #include "shell/controls/frame_ticker.h"
 
+#include "platform/concurrency/main_thread.h"
 #include "shell/theme/theme.h"
 
 #include <QtCore/QEvent>
@@ -9,6 +10,7 @@ namespace gateway::shell {
 
 FrameTicker::FrameTicker(const Theme &theme, QWidget &widget) : m_theme(theme), m_widget(widget)
 {
+    platform::assertMainThread("FrameTicker");
     m_timer.setInterval(kInterval);
     connect(&m_timer, &QTimer::timeout, this, &FrameTicker::frame);
     connect(&theme, &Theme::themeChanged, this, &FrameTicker::settle);

@@ -1,5 +1,6 @@
 #include "shell/controls/text_field.h"
 
+#include "platform/concurrency/main_thread.h"
 #include "shell/theme/theme.h"
 
 #include <QtCore/QVariant>
@@ -40,6 +41,7 @@ PasswordField::PasswordField(const Theme &theme, const QString &prompt, QWidget 
     : TextField(theme, prompt, parent),
       m_reveal(addAction(theme.icon(u"eye", Color::muted), TrailingPosition))
 {
+    platform::assertMainThread("PasswordField");
     m_reveal->setCheckable(true);
     connect(m_reveal, &QAction::toggled, this, &PasswordField::setRevealed);
     setRevealed(false);
@@ -57,6 +59,7 @@ SearchField::SearchField(const Theme &theme, const QString &prompt, QWidget *par
     : TextField(theme, prompt, parent),
       m_clear(addAction(theme.icon(u"xmark", Color::muted), TrailingPosition))
 {
+    platform::assertMainThread("SearchField");
     setAccessibleName(prompt);
     addAction(theme.icon(u"magnifyingglass", Color::muted), LeadingPosition)->setText(tr("Search"));
     m_clear->setText(tr("Clear search"));

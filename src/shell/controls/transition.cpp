@@ -1,5 +1,6 @@
 #include "shell/controls/transition.h"
 
+#include "platform/concurrency/main_thread.h"
 #include "shell/theme/theme.h"
 
 #include <QtCore/QEasingCurve>
@@ -13,6 +14,7 @@ Transition::Transition(const Theme &theme, QWidget &widget, double start)
     : m_theme(theme), m_widget(widget), m_ticker(theme, widget), m_from(start), m_value(start),
       m_target(start)
 {
+    platform::assertMainThread("Transition");
     connect(&m_ticker, &FrameTicker::frame, this, &Transition::advance);
     connect(&m_ticker, &FrameTicker::rested, this, &Transition::finish);
 }

@@ -67,10 +67,7 @@ protected:
     /// Keeps a picture of the window for whoever asks for them.
     void picture(const QString &name) const
     {
-        const QString directory = qEnvironmentVariable("QUORIN_PICTURES");
-        if (!directory.isEmpty()) {
-            ASSERT_TRUE(controller->window()->grab().save(directory + u"/dashboard-"_qs + name + u".png"_qs));
-        }
+        testing::keepPicture(*controller->window(), u"dashboard-"_qs + name);
     }
 
     testing::PseudoLocale pseudoLocale;

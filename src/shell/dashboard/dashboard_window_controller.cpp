@@ -1,5 +1,6 @@
 #include "shell/dashboard/dashboard_window_controller.h"
 
+#include "platform/concurrency/main_thread.h"
 #include "shell/dashboard/dashboard_view.h"
 
 namespace gateway::shell {
@@ -12,6 +13,7 @@ DashboardWindowController::DashboardWindowController(const DashboardParts &parts
                        return m_view;
                    })
 {
+    platform::assertMainThread("DashboardWindowController");
 }
 
 void DashboardWindowController::show()

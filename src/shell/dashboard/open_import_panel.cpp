@@ -1,5 +1,6 @@
 #include "shell/dashboard/open_import_panel.h"
 
+#include "platform/concurrency/main_thread.h"
 #include "shell/dashboard/import_dialog.h"
 
 #include <QtCore/QDir>
@@ -11,6 +12,7 @@ namespace gateway::shell {
 OpenImportPanel::OpenImportPanel(const Theme &theme, std::function<QWidget *()> parent)
     : m_theme(theme), m_parent(std::move(parent)), m_folder(QDir::homePath())
 {
+    platform::assertMainThread("OpenImportPanel");
 }
 
 OpenImportPanel::~OpenImportPanel()

@@ -186,10 +186,7 @@ TEST_F(Panel, ShowsFilesAndFolders)
     QCoreApplication::processEvents();
 
     EXPECT_EQ(testing::clippedIn(*dialog), QStringList());
-    const QString directory = qEnvironmentVariable("QUORIN_PICTURES");
-    if (!directory.isEmpty()) {
-        ASSERT_TRUE(panel.panel()->grab().save(directory + u"/import-panel-dark.png"_qs));
-    }
+    testing::keepPicture(*panel.panel(), u"import-panel-dark"_qs);
 }
 
 } // namespace

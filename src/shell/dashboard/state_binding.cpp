@@ -1,5 +1,6 @@
 #include "shell/dashboard/state_binding.h"
 
+#include "platform/concurrency/main_thread.h"
 #include "shell/controls/frame_ticker.h"
 #include "shell/dashboard/flow_overlay.h"
 #include "shell/dashboard/transfer_trend_card.h"
@@ -18,6 +19,7 @@ StateBinding::StateBinding(const GatewayAppState &state,
                            QObject *parent)
     : QObject(parent), m_state(state), m_fields(fields), m_show(std::move(show))
 {
+    platform::assertMainThread("StateBinding");
     m_rest.setSingleShot(true);
     m_rest.setInterval(FrameTicker::kInterval);
     m_rest.callOnTimeout(this, [this] {

@@ -1,6 +1,7 @@
 #include "shell/desktop/attention_watch.h"
 
 #include "core/notification_names.h"
+#include "platform/concurrency/main_thread.h"
 
 #include <utility>
 
@@ -22,6 +23,7 @@ AttentionWatch::AttentionWatch(const Collaborators &with)
     : m_with(with), m_lastSession(with.auth.standing().state),
       m_lastFailedImages(with.appState.figures().failedImagesCount)
 {
+    platform::assertMainThread("AttentionWatch");
     observe(core::kStoreListenerError, AttentionCause::listenerFailed);
     observe(core::kQuorinCloudTermsRequired, AttentionCause::termsNeeded);
     m_observers.push_back(m_with.notifications.observe(core::kAuthStateChanged,

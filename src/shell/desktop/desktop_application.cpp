@@ -1,5 +1,6 @@
 #include "shell/desktop/desktop_application.h"
 
+#include "platform/concurrency/main_thread.h"
 #include "shell/theme/symbols.h"
 
 #include <QtCore/QProcessEnvironment>
@@ -60,6 +61,7 @@ DesktopApplication::DesktopApplication(int &argc,
                                        char **argv,
                                        const std::function<void(const QString &)> &fail)
 {
+    platform::assertMainThread("DesktopApplication");
     {
         const FatalMessages whileOpening(fail);
         m_application.emplace(argc, argv);

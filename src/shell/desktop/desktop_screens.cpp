@@ -9,6 +9,7 @@
 #include "core/settings.h"
 #include "core/support_email.h"
 #include "index/dicom_db.h"
+#include "platform/concurrency/main_thread.h"
 #include "platform/defaults/user_defaults.h"
 #include "receive/store_listener_service.h"
 #include "receive/store_manual_import_service.h"
@@ -126,6 +127,7 @@ DesktopScreens::DesktopScreens(Theme &theme, const ScreenModels &models)
                                                    .cloudWatch = models.cloud.watch,
                                                    .terms = m_terms})
 {
+    platform::assertMainThread("DesktopScreens");
 }
 
 DesktopScreens::~DesktopScreens() = default;

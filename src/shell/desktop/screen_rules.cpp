@@ -5,6 +5,7 @@
 #include "account/quorin_auth_view_model.h"
 #include "core/notification_names.h"
 #include "platform/concurrency/main_executor.h"
+#include "platform/concurrency/main_thread.h"
 #include "platform/concurrency/worker_pool.h"
 #include "platform/notifications/notification_center.h"
 #include "state/gateway_app_state.h"
@@ -13,7 +14,10 @@
 
 namespace gateway::shell {
 
-ScreenRules::ScreenRules(const Collaborators &with) : m_with(with), m_scope(with.main, with.networkPool) {}
+ScreenRules::ScreenRules(const Collaborators &with) : m_with(with), m_scope(with.main, with.networkPool)
+{
+    platform::assertMainThread("ScreenRules");
+}
 
 void ScreenRules::statusItemShown(bool hasPlace)
 {

@@ -1,5 +1,6 @@
 #include "shell/language/translations.h"
 
+#include "platform/concurrency/main_thread.h"
 #include <QtCore/QCoreApplication>
 #include <QtCore/QLibraryInfo>
 
@@ -7,6 +8,7 @@ namespace gateway::shell {
 
 Translations::Translations(const QLocale &locale)
 {
+    platform::assertMainThread("Translations");
     if (m_own.load(
             locale, QStringLiteral("quorin"), QStringLiteral("_"), QStringLiteral(":/shell/language"))) {
         QCoreApplication::installTranslator(&m_own);

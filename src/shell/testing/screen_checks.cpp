@@ -44,6 +44,14 @@ QString PseudoLocale::translate(const char * /*context*/,
     return lengthened(QString::fromUtf8(sourceText));
 }
 
+void keepPicture(QWidget &widget, const QString &name)
+{
+    const QString folder = qEnvironmentVariable("QUORIN_PICTURES");
+    if (!folder.isEmpty() && !widget.grab().save(QStringLiteral("%1/%2.png").arg(folder, name))) {
+        qFatal("a picture can't be kept in %s", qUtf8Printable(folder));
+    }
+}
+
 QStringList clippedIn(const QWidget &root)
 {
     QStringList clipped;

@@ -26,6 +26,10 @@ public:
                       int number) const override;
 };
 
+/// Keeps a picture of the widget, called `name`, where QUORIN_PICTURES names a folder for those who want to
+/// look.
+void keepPicture(QWidget &widget, const QString &name);
+
 /// The visible labels and buttons below `root` that have less room than their words need, by their words.
 QStringList clippedIn(const QWidget &root);
 

@@ -1,5 +1,6 @@
 #include "shell/theme/desktop_preferences.h"
 
+#include "platform/concurrency/main_thread.h"
 #include "shell/theme/settings_portal.h"
 #include "shell/theme/theme.h"
 
@@ -32,6 +33,7 @@ QVariant unwrapped(QVariant value)
 
 DesktopPreferences::DesktopPreferences(Theme &theme, const QDBusConnection &session) : m_theme(theme)
 {
+    platform::assertMainThread("DesktopPreferences");
     if (!session.isConnected()) {
         return;
     }

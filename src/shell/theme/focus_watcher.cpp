@@ -1,5 +1,6 @@
 #include "shell/theme/focus_watcher.h"
 
+#include "platform/concurrency/main_thread.h"
 #include <QtCore/QVariant>
 #include <QtGui/QFocusEvent>
 #include <QtWidgets/QApplication>
@@ -43,6 +44,7 @@ bool showsFocus(const QWidget &widget)
 
 FocusWatcher::FocusWatcher(QApplication &application)
 {
+    platform::assertMainThread("FocusWatcher");
     application.installEventFilter(this);
 }
 

@@ -1,5 +1,6 @@
 #include "shell/theme/popup_shaper.h"
 
+#include "platform/concurrency/main_thread.h"
 #include "shell/theme/theme.h"
 
 #include <QtCore/QEvent>
@@ -33,6 +34,7 @@ QBitmap roundedMask(const QSize &size, int radius)
 
 PopupShaper::PopupShaper(const Theme &theme, QApplication &application) : m_theme(theme)
 {
+    platform::assertMainThread("PopupShaper");
     application.installEventFilter(this);
 }
 

@@ -1,5 +1,6 @@
 #include "shell/theme/theme.h"
 
+#include "platform/concurrency/main_thread.h"
 #include "shell/theme/focus_watcher.h"
 #include "shell/theme/house_style.h"
 #include "shell/theme/popup_shaper.h"
@@ -30,6 +31,7 @@ QFont fontOf(const QString &family, const Tokens &tokens, TypeStyle style)
 
 Theme::Theme(QObject *parent) : QObject(parent), m_tokens(Tokens::builtIn())
 {
+    platform::assertMainThread("Theme");
     const QDir fonts(QStringLiteral(":/shell/fonts"));
     for (const QString &name : fonts.entryList()) {
         m_fontIds.append(QFontDatabase::addApplicationFont(fonts.filePath(name)));

@@ -1,5 +1,6 @@
 #include "shell/tray/status_bar_controller.h"
 
+#include "platform/concurrency/main_thread.h"
 #include "shell/theme/symbols.h"
 #include "shell/theme/theme.h"
 
@@ -15,6 +16,7 @@ QString applicationSymbol(QStringView asset)
 StatusBarController::StatusBarController(const Parts &parts, std::unique_ptr<QWidget> panel)
     : m_parts(parts), m_popover(std::make_unique<Popover>(parts.theme, parts.clock, panel.release()))
 {
+    platform::assertMainThread("StatusBarController");
     // One colour that reads on light and dark bars, whatever the gateway does.
     m_hasStatusItem =
         parts.statusItem.show({parts.theme.icon(applicationSymbol(kApplicationSymbol), Color::blue),

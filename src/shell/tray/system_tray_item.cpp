@@ -1,5 +1,6 @@
 #include "shell/tray/system_tray_item.h"
 
+#include "platform/concurrency/main_thread.h"
 #include <QtDBus/QDBusConnectionInterface>
 #include <QtGui/QGuiApplication>
 
@@ -14,6 +15,7 @@ const QString kTrayService = QStringLiteral("org.kde.StatusNotifierWatcher");
 SystemTrayItem::SystemTrayItem(const QDBusConnection &session)
     : m_session(session), m_watcher(kTrayService, session, QDBusServiceWatcher::WatchForRegistration)
 {
+    platform::assertMainThread("SystemTrayItem");
     connect(&m_watcher, &QDBusServiceWatcher::serviceRegistered, this, [this] {
         if (m_icon == nullptr && m_content.clicked) {
             place();

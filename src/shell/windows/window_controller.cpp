@@ -1,5 +1,6 @@
 #include "shell/windows/window_controller.h"
 
+#include "platform/concurrency/main_thread.h"
 #include "platform/defaults/user_defaults.h"
 #include "shell/windows/shell_window.h"
 
@@ -13,6 +14,7 @@ namespace gateway::shell {
 WindowController::WindowController(platform::UserDefaults &defaults, Frame frame, MakeContent makeContent)
     : m_defaults(defaults), m_frame(std::move(frame)), m_makeContent(std::move(makeContent))
 {
+    platform::assertMainThread("WindowController");
 }
 
 WindowController::~WindowController()

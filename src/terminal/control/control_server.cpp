@@ -1,8 +1,7 @@
 #include "terminal/control/control_server.h"
 
-#include "platform/sockets/unix_socket_address.h"
+#include "platform/concurrency/main_thread.h"
 
-#include <QtCore/QFile>
 #include <QtCore/QPointer>
 #include <QtCore/QSocketNotifier>
 
@@ -13,7 +12,6 @@
 
 #include <poll.h>
 #include <sys/socket.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace gateway::terminal {
@@ -38,12 +36,6 @@ struct ControlServer::Caller
 
 namespace {
 
-QString failureSentence(const QString &path)
-{
-    return QStringLiteral("The control socket %1 can't be opened: %2.")
-        .arg(path, QString::fromLocal8Bit(std::strerror(errno)));
-}
-
 bool isThisUser(int descriptor)
 {
     ucred peer{};
@@ -54,36 +46,18 @@ bool isThisUser(int descriptor)
 } // namespace
 
 ControlServer::ControlServer(const QString &path, Handler handler)
-    : m_path(path), m_handler(std::move(handler))
+    : m_listener(platform::ListeningSocket::onPath(path)), m_handler(std::move(handler))
 {
-    const platform::UnixSocketAddress address(path);
-    m_listener = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-    if (m_listener < 0 || !address.isValid()) {
-        throw ControlError(failureSentence(path));
-    }
-    const QByteArray name = QFile::encodeName(path);
-    ::unlink(name.constData());
-    // The mode is set before anybody can connect: listen() comes after it.
-    if (::bind(m_listener, address.address(), address.size()) != 0 ||
-        ::chmod(name.constData(), S_IRUSR | S_IWUSR) != 0 || ::listen(m_listener, 16) != 0) {
-        const QString sentence = failureSentence(path);
-        ::close(m_listener);
-        throw ControlError(sentence);
-    }
-    m_acceptNotifier = std::make_unique<QSocketNotifier>(m_listener, QSocketNotifier::Read);
+    platform::assertMainThread("ControlServer");
+    m_acceptNotifier = std::make_unique<QSocketNotifier>(m_listener.descriptor(), QSocketNotifier::Read);
     connect(m_acceptNotifier.get(), &QSocketNotifier::activated, this, [this] { accept(); });
 }
 
-ControlServer::~ControlServer()
-{
-    m_acceptNotifier.reset();
-    ::close(m_listener);
-    ::unlink(QFile::encodeName(m_path).constData());
-}
+ControlServer::~ControlServer() = default;
 
 void ControlServer::accept()
 {
-    const int descriptor = ::accept4(m_listener, nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
+    const int descriptor = ::accept4(m_listener.descriptor(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
     if (descriptor < 0) {
         return;
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/sockets/listening_socket.h"
 #include "terminal/control/control_protocol.h"
 
 #include <QtCore/QObject>
@@ -7,21 +8,12 @@
 
 #include <functional>
 #include <memory>
-#include <stdexcept>
 #include <unordered_map>
 #include <utility>
 
 class QSocketNotifier;
 
 namespace gateway::terminal {
-
-/// The control socket can't be opened. `message` is one plain sentence.
-struct ControlError : std::runtime_error
-{
-    explicit ControlError(QString text) : std::runtime_error(text.toStdString()), message(std::move(text)) {}
-
-    QString message;
-};
 
 /// The running instance's ear: takes requests of this user over a Unix socket, one JSON line each, and
 /// answers each with one.
@@ -47,7 +39,7 @@ public:
     /// Listens at `path`, in place of a socket that a dead instance left there. The caller holds the
     /// instance's lock.
     ///
-    /// \throws ControlError
+    /// \throws SocketError
     ControlServer(const QString &path, Handler handler);
     ~ControlServer() override;
 
@@ -62,9 +54,8 @@ private:
     void write(std::uint64_t id);
     void hangUp(std::uint64_t id);
 
-    QString m_path;
+    const platform::ListeningSocket m_listener;
     Handler m_handler;
-    int m_listener = -1;
     std::unique_ptr<QSocketNotifier> m_acceptNotifier;
     std::unordered_map<std::uint64_t, std::unique_ptr<Caller>> m_callers;
     std::uint64_t m_nextId = 1;

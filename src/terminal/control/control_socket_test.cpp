@@ -248,7 +248,8 @@ TEST_F(ControlSocket, OutlivesCallersThatSendGarbage)
 
 TEST_F(ControlSocket, SaysWhereItCannotListen)
 {
-    EXPECT_THROW(ControlServer(m_folder.filePath(u"missing/control.socket"_qs), echo()), ControlError);
+    EXPECT_THROW(ControlServer(m_folder.filePath(u"missing/control.socket"_qs), echo()),
+                 platform::SocketError);
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "terminal/instance/account_commands.h"
 
 #include "core/notification_names.h"
+#include "platform/concurrency/main_thread.h"
 #include "terminal/commands/account_requests.h"
 #include "terminal/commands/command_requests.h"
 
@@ -30,6 +31,7 @@ AccountCommands::AccountCommands(const Collaborators &with)
       m_password({with.user, with.main, with.pool}),
       m_report({with.bugReports, with.defaults, with.main, with.pool}), m_scope(with.main, with.pool)
 {
+    platform::assertMainThread("AccountCommands");
     m_authObserver = with.notifications.observe(core::kAuthStateChanged, [this](const QVariantMap &) {
         if (!m_with.auth.state().isSignedIn()) {
             m_profile.reset();

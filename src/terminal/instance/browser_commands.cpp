@@ -7,6 +7,7 @@
 #include "browser/quorin_gateway_local_study_table_view_model.h"
 #include "platform/concurrency/clock.h"
 #include "platform/concurrency/main_executor.h"
+#include "platform/concurrency/main_thread.h"
 
 #include <QtCore/QDate>
 #include <QtCore/QSet>
@@ -55,6 +56,7 @@ BrowserCommands::BrowserCommands(const browser::CloudBrowserParts &cloud,
                                  const account::QuorinAuthViewModel &auth)
     : m_cloud(cloud), m_local(local), m_auth(auth), m_scope(cloud.runtime.main, cloud.runtime.pool)
 {
+    platform::assertMainThread("BrowserCommands");
 }
 
 bool BrowserCommands::handle(const ControlRequest &request, const Answer &answer)

@@ -4,6 +4,7 @@
 #include "index/schema.h"
 #include "log/gateway_logger.h"
 #include "platform/concurrency/clock.h"
+#include "platform/concurrency/main_thread.h"
 #include "platform/dicom/dicom_file.h"
 #include "platform/dicom/helper_process.h"
 #include "platform/dicom/worker_process_pool.h"
@@ -47,6 +48,7 @@ DoctorCommands::DoctorCommands(index::DicomDB &index,
     : m_index(index), m_emitter(emitter), m_main(main), m_incomingFolders(incomingFolders),
       m_onImagesRecorded(std::move(onImagesRecorded)), m_standing(std::move(standing))
 {
+    platform::assertMainThread("DoctorCommands");
 }
 
 bool DoctorCommands::handle(const ControlRequest &request, const Answer &answer)

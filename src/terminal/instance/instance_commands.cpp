@@ -1,6 +1,7 @@
 #include "terminal/instance/instance_commands.h"
 
 #include "core/dcm_listener_settings.h"
+#include "platform/concurrency/main_thread.h"
 #include "terminal/commands/command_requests.h"
 #include "terminal/instance/import_commands.h"
 #include "terminal/instance/settings_commands.h"
@@ -12,7 +13,10 @@
 
 namespace gateway::terminal {
 
-InstanceCommands::InstanceCommands(Collaborators collaborators) : m_with(std::move(collaborators)) {}
+InstanceCommands::InstanceCommands(Collaborators collaborators) : m_with(std::move(collaborators))
+{
+    platform::assertMainThread("InstanceCommands");
+}
 
 void InstanceCommands::handle(const ControlRequest &request, const Answer &answer)
 {

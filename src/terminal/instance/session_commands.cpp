@@ -1,10 +1,14 @@
 #include "terminal/instance/session_commands.h"
 
+#include "platform/concurrency/main_thread.h"
 #include "terminal/commands/command_requests.h"
 
 namespace gateway::terminal {
 
-SessionCommands::SessionCommands(const Collaborators &with) : m_with(with), m_scope(with.main, with.pool) {}
+SessionCommands::SessionCommands(const Collaborators &with) : m_with(with), m_scope(with.main, with.pool)
+{
+    platform::assertMainThread("SessionCommands");
+}
 
 bool SessionCommands::handle(const ControlRequest &request, const Answer &answer)
 {

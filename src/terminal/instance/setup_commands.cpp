@@ -1,5 +1,6 @@
 #include "terminal/instance/setup_commands.h"
 
+#include "platform/concurrency/main_thread.h"
 #include "terminal/commands/command_requests.h"
 #include "terminal/commands/retention_option.h"
 #include "wizard/setup_checks.h"
@@ -56,6 +57,7 @@ QCoro::Task<ControlReply> carryOutSetup(wizard::SetupWizardParts parts, ControlR
 SetupCommands::SetupCommands(wizard::SetupWizardParts parts)
     : m_parts(std::move(parts)), m_scope(m_parts.main, m_parts.pool)
 {
+    platform::assertMainThread("SetupCommands");
 }
 
 bool SetupCommands::handle(const ControlRequest &request, const Answer &answer)

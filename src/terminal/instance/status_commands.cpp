@@ -1,6 +1,7 @@
 #include "terminal/instance/status_commands.h"
 
 #include "platform/concurrency/async.h"
+#include "platform/concurrency/main_thread.h"
 #include "terminal/commands/command_requests.h"
 
 #include <utility>
@@ -25,6 +26,7 @@ QString kindText(cloud_client::CloudKind kind)
 StatusCommands::StatusCommands(Collaborators collaborators)
     : m_with(std::move(collaborators)), m_scope(m_with.main, m_with.pool)
 {
+    platform::assertMainThread("StatusCommands");
 }
 
 bool StatusCommands::handle(const ControlRequest &request, const Answer &answer)

@@ -4,6 +4,7 @@
 #include "cloud_client/quorin_error.h"
 #include "core/notification_names.h"
 #include "platform/concurrency/async.h"
+#include "platform/concurrency/main_thread.h"
 #include "terminal/commands/account_requests.h"
 #include "terminal/commands/command_requests.h"
 
@@ -33,6 +34,7 @@ TermsCommands::TermsCommands(const Collaborators &with)
                                   account::TermsSigner::here(QStringLiteral(QUORIN_VERSION))),
       m_scope(with.main, with.pool)
 {
+    platform::assertMainThread("TermsCommands");
     m_authObserver = with.notifications.observe(core::kAuthStateChanged, [this](const QVariantMap &) {
         if (!m_with.auth.state().isSignedIn()) {
             m_coordinator.reset();

@@ -1,5 +1,7 @@
 #include "platform/concurrency/testing/manual_clock.h"
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace gateway::platform::testing {
@@ -37,17 +39,45 @@ bool ManualClock::sleep(std::chrono::nanoseconds duration, std::stop_token stop)
     return m_elapsed >= end;
 }
 
+void ManualClock::wakeAfter(std::chrono::nanoseconds duration, const std::stop_token &stop, WakeUp::Tell tell)
+{
+    auto wait = std::make_unique<WakeUp>(monotonic() + duration, stop, std::move(tell));
+    {
+        const MutexLock lock(m_mutex);
+        if (wait->end() > m_elapsed) {
+            m_waits.push_back(std::move(wait));
+            m_changed.notifyAll();
+            return;
+        }
+    }
+    wait->finish(true);
+}
+
 void ManualClock::advance(std::chrono::nanoseconds duration)
 {
-    const MutexLock lock(m_mutex);
-    m_elapsed += duration;
-    m_changed.notifyAll();
+    std::list<std::unique_ptr<WakeUp>> ripe; // told outside the lock: they may sleep again at once
+    {
+        const MutexLock lock(m_mutex);
+        m_elapsed += duration;
+        for (auto wait = m_waits.begin(); wait != m_waits.end();) {
+            const auto next = std::next(wait);
+            if ((*wait)->isOver() || (*wait)->end() <= m_elapsed) {
+                ripe.splice(ripe.end(), m_waits, wait);
+            }
+            wait = next;
+        }
+        m_changed.notifyAll();
+    }
+    for (const auto &wait : ripe) {
+        wait->finish(true);
+    }
 }
 
 void ManualClock::waitForSleepers(int count) const
 {
     const MutexLock lock(m_mutex);
-    while (m_sleepers < count) {
+    while (m_sleepers + std::ranges::count_if(m_waits, [](const auto &wait) { return !wait->isOver(); }) <
+           count) {
         m_changed.wait(m_mutex);
     }
 }

@@ -3,8 +3,8 @@
 #include "platform/concurrency/clock.h"
 #include "platform/concurrency/mutex.h"
 
+#include <list>
 #include <memory>
-#include <vector>
 
 namespace gateway::platform::testing {
 
@@ -20,11 +20,14 @@ public:
     QDateTime now() const override;
     std::chrono::nanoseconds monotonic() const override;
     bool sleep(std::chrono::nanoseconds duration, std::stop_token stop) override;
+    void
+    wakeAfter(std::chrono::nanoseconds duration, const std::stop_token &stop, WakeUp::Tell tell) override;
 
-    /// Moves both clocks forward and wakes every sleeper whose time has come.
+    /// Moves both clocks forward and wakes every sleeper whose time has come; those without a thread have
+    /// been told when this returns.
     void advance(std::chrono::nanoseconds duration);
 
-    /// Blocks until at least `count` threads sleep on this clock.
+    /// Blocks until at least `count` sleep on this clock, with a thread or without.
     void waitForSleepers(int count) const;
 
 private:
@@ -32,7 +35,8 @@ private:
     mutable Condition m_changed;
     QDateTime m_start;
     std::chrono::nanoseconds m_elapsed QUORIN_GUARDED_BY(m_mutex){0};
-    int m_sleepers QUORIN_GUARDED_BY(m_mutex) = 0;
+    int m_sleepers QUORIN_GUARDED_BY(m_mutex) = 0; ///< threads
+    std::list<std::unique_ptr<WakeUp>> m_waits QUORIN_GUARDED_BY(m_mutex);
 };
 
 } // namespace gateway::platform::testing

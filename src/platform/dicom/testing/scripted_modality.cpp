@@ -170,23 +170,6 @@ std::string smallDataSet(const std::string &sopClass, const std::string &sopInst
     return bytes;
 }
 
-int ScriptedModality::freePort()
-{
-    const int probe = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof(address);
-    const bool isBound = ::bind(probe, reinterpret_cast<const sockaddr *>(&address), size) == 0 &&
-                         ::getsockname(probe, reinterpret_cast<sockaddr *>(&address), &size) == 0;
-    const int error = errno;
-    ::close(probe);
-    if (!isBound) {
-        throw std::system_error(error, std::generic_category(), "bind");
-    }
-    return ntohs(address.sin_port);
-}
-
 ScriptedModality::ScriptedModality(int port) : m_socket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))
 {
     constexpr timeval kMinute{60, 0};

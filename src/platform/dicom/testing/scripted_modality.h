@@ -58,9 +58,6 @@ public:
         std::string body;
     };
 
-    /// A port of the loopback address that nobody listens on at this moment.
-    static int freePort();
-
     /// Connects to the loopback address. \throws std::system_error
     explicit ScriptedModality(int port);
     ~ScriptedModality() { close(); }

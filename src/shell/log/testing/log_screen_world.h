@@ -150,10 +150,7 @@ protected:
     /// Keeps a picture of the window for whoever asks for them.
     void picture(const QString &name) const
     {
-        const QString directory = qEnvironmentVariable("QUORIN_PICTURES");
-        if (!directory.isEmpty()) {
-            ASSERT_TRUE(fixture->window().grab().save(directory + u"/log-screen-"_qs + name + u".png"_qs));
-        }
+        testing::keepPicture(fixture->window(), u"log-screen-"_qs + name);
     }
 
     gateway::log::testing::LogFolder folder;
