@@ -63,9 +63,11 @@ struct HttpRequest
     QByteArray body;
     HttpBodySource *stream = nullptr; ///< borrowed; in place of `body`
     qint64 answerLimit = 4 << 20;     ///< bytes of the answer's body, after decompression
-    HttpBodySink sink = {};           ///< takes the body of an answer whose status is a success
-    std::chrono::seconds total{0};    ///< for the whole call; 0 for a call whose length depends on its body
-    UploadProgressCallback progress;  ///< bytes of the body that have left
+
+    qint64 firstByte = 0;            ///< of the body that is wanted (RFC 9110 14.2)
+    HttpBodySink sink = {};          ///< takes the body of an answer whose status is a success
+    std::chrono::seconds total{0};   ///< for the whole call; 0 for a call whose length depends on its body
+    UploadProgressCallback progress; ///< bytes of the body that have left
 };
 
 /// An answer, whatever its status.

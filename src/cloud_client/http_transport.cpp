@@ -293,6 +293,14 @@ void throwUnlessAnswered(CURL *handle, CURLcode result, const Exchange &exchange
     if (isProxyAway(handle, result, exchange)) {
         throw proxyAwayError(result, static_cast<int>(systemError), host);
     }
+    if (result == CURLE_RANGE_ERROR) {
+        if (status >= 300) {
+            return; // a refusal, which has no range either
+        }
+        constexpr int kRangeNotSatisfiable = 416;
+        throw AFError(QStringLiteral("The server at %1 doesn't go on with a file where it ended.").arg(host),
+                      kRangeNotSatisfiable);
+    }
     const CURLcode cause = exchange.tooLate ? CURLE_OPERATION_TIMEDOUT : result;
     throw transportError(cause, static_cast<int>(systemError), host);
 }
@@ -397,6 +405,7 @@ HttpResponse HttpTransport::perform(const HttpRequest &request)
     Exchange exchange{handle, request, m_isShutDown, m_limits.answer};
     const HeaderList headers = headerList(request);
     prepare(handle, request);
+    curl_easy_setopt(handle, CURLOPT_RESUME_FROM_LARGE, static_cast<curl_off_t>(request.firstByte));
     setBody(handle, request, exchange);
     setCallbacks(handle, exchange);
     curl_easy_setopt(handle, CURLOPT_HTTPHEADER, headers.get());

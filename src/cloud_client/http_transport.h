@@ -29,7 +29,9 @@ public:
     /// Performs one request and returns whatever was answered, with any status.
     ///
     /// \throws AFError  without a response code, when no answer came or it was larger than allowed; the
-    ///                  sentence names the cause. What the body source throws comes out as it is.
+    ///                  sentence names the cause. With response code 416 when the body was wanted from a byte
+    ///                  on and the server gives it from another one. What body source and sink throw comes
+    ///                  out as it is.
     HttpResponse perform(const HttpRequest &request);
 
     /// Ends every call in flight within a second or so; each throws AFError, as does every later call.

@@ -1,5 +1,6 @@
 #include "index/testing/temporary_index.h"
 
+#include "platform/files/testing/dying_file_system.h"
 #include "platform/files/testing/forgetful_disk.h"
 
 #include <QtCore/QDirIterator>
@@ -16,80 +17,10 @@ namespace gateway::index {
 
 namespace {
 
-using platform::FileSystem;
-using platform::systemFiles;
+using platform::testing::DyingFileSystem;
 using platform::testing::ForgetfulDisk;
+using platform::testing::kDied;
 using testing::TemporaryIndex;
-
-constexpr int kDied = 77;
-
-/// Ends the process just before the step with a given number, as a crash would.
-class DyingFileSystem final : public FileSystem
-{
-public:
-    void dieBefore(int step) { m_left = step; }
-
-    void create(const QString &path, const QByteArray &bytes) override
-    {
-        step();
-        systemFiles().create(path, bytes);
-    }
-    void copy(const QString &source, const QString &destination) override
-    {
-        step();
-        systemFiles().copy(source, destination);
-    }
-    void link(const QString &source, const QString &destination) override
-    {
-        step();
-        systemFiles().link(source, destination);
-    }
-    void rename(const QString &from, const QString &to) override
-    {
-        step();
-        systemFiles().rename(from, to);
-    }
-    void renameToNew(const QString &from, const QString &to) override
-    {
-        step();
-        systemFiles().renameToNew(from, to);
-    }
-    void setModified(const QString &path, std::chrono::nanoseconds time) override
-    {
-        step();
-        systemFiles().setModified(path, time);
-    }
-    void remove(const QString &path) override
-    {
-        step();
-        systemFiles().remove(path);
-    }
-    void makeFolder(const QString &path) override
-    {
-        step();
-        systemFiles().makeFolder(path);
-    }
-    void syncFile(const QString &path) override
-    {
-        step();
-        systemFiles().syncFile(path);
-    }
-    void syncFolder(const QString &path) override
-    {
-        step();
-        systemFiles().syncFolder(path);
-    }
-
-private:
-    void step()
-    {
-        if (m_left-- == 0) {
-            ::_exit(kDied);
-        }
-    }
-
-    int m_left = -1;
-};
 
 /// Three files of the study 1.2: two uploaded, one with 2 frames, and one that waits; and one of another
 /// study.

@@ -192,6 +192,18 @@
 <message><source>Last 7 days</source><translation>Letzte 7 Tage</translation></message>
 <message><source>Last 30 days</source><translation>Letzte 30 Tage</translation></message>
 </context>
+<context><name>UpdateSentences</name>
+<message><source>The update server %1 can't be reached.</source><translation>Der Aktualisierungsserver %1 ist nicht erreichbar.</translation></message>
+<message><source>A secure connection to the update server %1 could not be made.</source><translation>Zum Aktualisierungsserver %1 ließ sich keine sichere Verbindung herstellen.</translation></message>
+<message><source>The update server %1 has no update information at the place where it should be.</source><translation>Der Aktualisierungsserver %1 hat an der erwarteten Stelle keine Angaben zu Aktualisierungen.</translation></message>
+<message><source>What the update server %1 sent is no update information.</source><translation>Was der Aktualisierungsserver %1 gesendet hat, sind keine Angaben zu Aktualisierungen.</translation></message>
+<message><source>The update from %1 isn't signed by the maker of this program, so it isn't installed.</source><translation>Die Aktualisierung von %1 ist nicht vom Hersteller dieses Programms signiert und wird deshalb nicht installiert.</translation></message>
+<message><source>What came from %1 isn't the update that its maker signed, so it isn't installed.</source><translation>Was von %1 kam, ist nicht die vom Hersteller signierte Aktualisierung und wird deshalb nicht installiert.</translation></message>
+<message><source>There is too little free space in %1 for the update.</source><translation>In %1 ist zu wenig Platz für die Aktualisierung.</translation></message>
+<message><source>The update can't be written in %1.</source><translation>Die Aktualisierung kann in %1 nicht geschrieben werden.</translation></message>
+<message><source>This system has no program that installs %1.</source><translation>Dieses System hat kein Programm, das %1 installiert.</translation></message>
+<message><source>The update from %1 was ended.</source><translation>Die Aktualisierung von %1 wurde beendet.</translation></message>
+</context>
 <context><name>gateway::browser</name>
 <message><source>Synced</source><translation>Synchron</translation></message>
 <message><source>Failed</source><translation>Fehler</translation></message>

@@ -1,0 +1,212 @@
+#include "updates/appcast_updater.h"
+
+#include "platform/concurrency/async.h"
+#include "platform/concurrency/async_sleep.h"
+#include "platform/defaults/user_defaults.h"
+#include "updates/update_source.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace gateway::updates {
+
+namespace {
+
+const QString kAutomaticKey = QStringLiteral("GatewayUpdater.AutomaticallyChecks");
+
+// Often enough for a bar that moves, and few enough for the event loop.
+constexpr qint64 kStepsOfProgress = 200;
+
+} // namespace
+
+AppcastUpdater::AppcastUpdater(Collaborators collaborators, const Runtime &runtime)
+    : m_with(std::move(collaborators)), m_runtime(runtime), m_life(std::make_shared<int>()),
+      m_scope(runtime.main, runtime.pool)
+{
+    m_scope.start(checkByItself());
+}
+
+AppcastUpdater::~AppcastUpdater()
+{
+    close();
+}
+
+void AppcastUpdater::close()
+{
+    m_fetch.request_stop();
+    m_scope.close();
+}
+
+bool AppcastUpdater::automaticallyChecksForUpdates() const
+{
+    return m_with.defaults.object(kAutomaticKey).value_or(QVariant(true)).toBool();
+}
+
+void AppcastUpdater::setAutomaticallyChecksForUpdates(bool areOn)
+{
+    m_with.defaults.setObject(kAutomaticKey, areOn);
+}
+
+QCoro::Task<> AppcastUpdater::checkByItself()
+{
+    while (!m_scope.stopToken().stop_requested()) {
+        const bool sleptThrough = co_await platform::asyncSleep(
+            m_runtime.main, m_runtime.clock, kCheckInterval, m_scope.stopToken());
+        if (sleptThrough && automaticallyChecksForUpdates()) {
+            co_await check();
+        }
+    }
+}
+
+void AppcastUpdater::checkForUpdatesInBackground()
+{
+    m_scope.start(check());
+}
+
+void AppcastUpdater::checkForUpdates()
+{
+    const bool isBusy = m_standing.phase == Phase::fetching || m_standing.phase == Phase::installing ||
+                        m_standing.phase == Phase::installed;
+    if (!isBusy) {
+        stand({.phase = Phase::checking});
+        m_scope.start(check());
+    }
+    m_with.show(*this);
+}
+
+/// One check for all who want one: a person who asks while one is under way is told what that one finds.
+QCoro::Task<> AppcastUpdater::check()
+{
+    if (m_isChecking || m_scope.stopToken().stop_requested()) {
+        co_return;
+    }
+    const auto operation = m_scope.enter();
+    m_isChecking = true;
+    Found found;
+    std::optional<UpdateError> error;
+    try {
+        found = co_await platform::onPool(
+            m_runtime.main, m_runtime.pool, [source = &m_with.source, stop = m_scope.stopToken()] {
+                return source->newerItem(stop);
+            });
+    } catch (const UpdateError &failure) {
+        error = failure;
+    }
+    m_isChecking = false;
+    if (m_scope.stopToken().stop_requested()) {
+        co_return;
+    }
+    if (error) {
+        applyFailure(*error);
+    } else {
+        applyFound(found);
+    }
+}
+
+void AppcastUpdater::applyFound(const Found &item)
+{
+    if (item) {
+        m_with.delegate.updaterDidFindValidUpdate(item->names());
+    }
+    if (m_standing.phase == Phase::checking) {
+        stand({.phase = item ? Phase::available : Phase::upToDate, .item = item});
+    } else if (item && m_standing.phase == Phase::idle &&
+               !m_with.delegate.supportsGentleScheduledUpdateReminders()) {
+        stand({.phase = Phase::available, .item = item});
+        m_with.show(*this);
+    }
+}
+
+void AppcastUpdater::applyFailure(const UpdateError &error)
+{
+    if (m_standing.phase == Phase::checking) {
+        stand({.phase = Phase::failed, .error = error});
+    } else {
+        m_with.backgroundFailed(error);
+    }
+}
+
+void AppcastUpdater::install()
+{
+    const bool isWaiting = m_standing.phase == Phase::available || m_standing.phase == Phase::failed;
+    if (!isWaiting || !m_standing.item) {
+        return;
+    }
+    m_fetch = std::stop_source();
+    stand({.phase = Phase::fetching, .item = m_standing.item});
+    m_scope.start(fetchAndInstall(*m_standing.item, m_fetch.get_token()));
+}
+
+QCoro::Task<> AppcastUpdater::fetchAndInstall(AppcastItem item, std::stop_token stop)
+{
+    auto outcome = PackageInstaller::Outcome::installed;
+    try {
+        const QString verified = co_await fetch(item, stop);
+        if (stop.stop_requested()) {
+            co_return;
+        }
+        stand({.phase = Phase::installing, .item = item, .received = item.length});
+        outcome = co_await platform::onPool(
+            m_runtime.main, m_runtime.pool, [installer = &m_with.installer, verified, item] {
+                return installer->install(verified, item);
+            });
+    } catch (const UpdateError &error) {
+        if (!stop.stop_requested()) {
+            stand({.phase = Phase::failed, .item = item, .error = error});
+        }
+        co_return;
+    }
+    if (outcome == PackageInstaller::Outcome::handedOver) {
+        stand({.phase = Phase::handedOver, .item = item, .received = item.length});
+    } else {
+        stand({.phase = Phase::installed, .item = item, .received = item.length});
+        m_with.relaunch();
+    }
+}
+
+QCoro::Task<QString> AppcastUpdater::fetch(AppcastItem item, std::stop_token stop)
+{
+    const auto told = std::make_shared<qint64>(-1); // touched by the fetching thread alone
+    const qint64 step = std::max<qint64>(1, item.length / kStepsOfProgress);
+    const UpdateSource::Progress progress =
+        [this, told, step, stop, life = std::weak_ptr(m_life)](qint64 bytes) {
+            if (*told < 0 || bytes - *told >= step) {
+                *told = bytes;
+                m_runtime.main.post(life, [this, bytes, stop] {
+                    if (!stop.stop_requested()) {
+                        noteReceived(bytes);
+                    }
+                });
+            }
+        };
+    const QString verified = co_await platform::onPool(
+        m_runtime.main, m_runtime.pool, [source = &m_with.source, item, progress, stop] {
+            return source->fetch(item, progress, stop);
+        });
+    co_return verified;
+}
+
+void AppcastUpdater::noteReceived(qint64 received)
+{
+    if (m_standing.phase == Phase::fetching) {
+        m_standing.received = received;
+        Q_EMIT changed();
+    }
+}
+
+void AppcastUpdater::dismiss()
+{
+    if (m_standing.phase == Phase::installing || m_standing.phase == Phase::installed) {
+        return;
+    }
+    m_fetch.request_stop();
+    stand({});
+}
+
+void AppcastUpdater::stand(Standing standing)
+{
+    m_standing = std::move(standing);
+    Q_EMIT changed();
+}
+
+} // namespace gateway::updates
