@@ -7,6 +7,7 @@
 
 #include "index/import_recorder.h"
 #include "index/index_store.h"
+#include "index/parsed_object.h"
 #include "index/testing/temporary_index.h"
 #include "platform/sqlite/database.h"
 
@@ -84,7 +85,8 @@ void fill(const QString &indexFile, std::int64_t rows, const QDateTime &now)
         store.write([&](Database &database) {
             for (std::int64_t n = from; n < std::min(from + kTogether, rows); ++n) {
                 const StoredFile file{QString(), pathStringOf(n), n};
-                gateway::index::recordImport(database, imageNumber(n), file, start + 5 * n);
+                gateway::index::recordImport(
+                    database, gateway::index::parsedObject(imageNumber(n)), file, start + 5 * n);
             }
             database
                 .prepare("UPDATE DicomImage SET syncState = 1, uploadDate = createDate + 60000 "
