@@ -1,7 +1,6 @@
 #include "app/cloud_account.h"
 
 #include "cloud_client/cloud_configuration.h"
-#include "core/device_id.h"
 
 #include <QtCore/QProcessEnvironment>
 
@@ -19,15 +18,19 @@ std::optional<QString> storedText(const platform::UserDefaults &defaults, const 
 
 } // namespace
 
-cloud_client::CloudConfiguration cloudConfiguration(Ground &ground)
+cloud_client::CloudConfiguration cloudConfiguration(const GatewayOptions &options,
+                                                    const platform::UserDefaults &defaults,
+                                                    const QString &deviceId)
 {
     return cloud_client::resolveCloudConfiguration(
-        {ground.options.cloudUrl,
-         ground.options.cloudKind,
+        {options.cloudUrl,
+         options.cloudKind,
          QProcessEnvironment::systemEnvironment(),
-         storedText(ground.defaults, cloud_client::kCloudBaseUrlKey),
-         storedText(ground.defaults, cloud_client::kCloudKindKey)},
-        core::deviceId(ground.defaults));
+         storedText(defaults, cloud_client::kCloudBaseUrlKey),
+         storedText(defaults, cloud_client::kCloudKindKey),
+         storedText(defaults, cloud_client::kCloudCertificateFileKey),
+         storedText(defaults, cloud_client::kCloudProxyKey)},
+        deviceId);
 }
 
 } // namespace gateway::app

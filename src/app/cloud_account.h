@@ -13,6 +13,7 @@
 #include "cloud_client/qrn_user_api.h"
 #include "cloud_client/qrn_versions_api.h"
 #include "cloud_client/quorin_api_client.h"
+#include "core/device_id.h"
 #include "platform/keychain/token_store.h"
 
 #include <memory>
@@ -20,7 +21,11 @@
 namespace gateway::app {
 
 /// The cloud that the command line, the environment or the settings name, in this order.
-cloud_client::CloudConfiguration cloudConfiguration(Ground &ground);
+///
+/// \param deviceId  empty where nothing is to be sent.
+cloud_client::CloudConfiguration cloudConfiguration(const GatewayOptions &options,
+                                                    const platform::UserDefaults &defaults,
+                                                    const QString &deviceId);
 
 /// The cloud's client, and what is known of account and cloud.
 ///
@@ -31,7 +36,8 @@ struct CloudAccount
 
     std::unique_ptr<platform::TokenStore> tokens =
         platform::makeTokenStore(ground.options.layout.tokenFolder());
-    cloud_client::QuorinApiClient client{cloudConfiguration(ground), *tokens};
+    cloud_client::QuorinApiClient client{
+        cloudConfiguration(ground.options, ground.defaults, core::deviceId(ground.defaults)), *tokens};
     cloud_client::QrnAuthenticationAPI authenticationApi{client};
     cloud_client::QrnUserAPI userApi{client};
     cloud_client::QrnStatusAPI statusApi{client};

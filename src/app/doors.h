@@ -11,6 +11,7 @@
 #include "terminal/instance/browser_commands.h"
 #include "terminal/instance/doctor_commands.h"
 #include "terminal/instance/instance_commands.h"
+#include "terminal/instance/kept_cloud.h"
 #include "terminal/instance/session_commands.h"
 #include "terminal/instance/setup_commands.h"
 #include "terminal/instance/status_commands.h"
@@ -63,6 +64,8 @@ struct Doors
                                        .main = ground.main,
                                        .pool = ground.networkPool,
                                        .auth = account.auth}};
+    terminal::KeptCloud keptCloud{
+        {ground.options.cloudUrl, ground.options.cloudKind}, account.client.configuration(), ground.defaults};
     terminal::SessionCommands session{
         {.main = ground.main, .pool = ground.networkPool, .auth = account.auth}};
     terminal::SetupCommands setupCommands{setupParts()};
@@ -78,6 +81,7 @@ struct Doors
          .manualImports = receiving.store->manualImportService(),
          .reopen = [this] { delegate->reopen(); },
          .handlers = {[this](const auto &...request) { return status->handle(request...); },
+                      [this](const auto &...request) { return keptCloud.handle(request...); },
                       [this](const auto &...request) { return session.handle(request...); },
                       [this](const auto &...request) { return setupCommands.handle(request...); },
                       [this](const auto &...request) { return terms.handle(request...); },

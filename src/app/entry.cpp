@@ -2,6 +2,7 @@
 
 #include "app/dicom_dictionary.h"
 #include "terminal/client/console.h"
+#include "terminal/commands/suggested_commands.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QFileInfo>
@@ -50,8 +51,17 @@ int enter(
         return end->exitCode;
     }
     const auto &invocation = std::get<terminal::Invocation>(parsed);
-    return static_cast<int>(
-        run(invocation, core::homeLayout(invocation.options.home, QProcessEnvironment::systemEnvironment())));
+    const core::HomeLayout layout =
+        core::homeLayout(invocation.options.home, QProcessEnvironment::systemEnvironment());
+    if (const std::optional<QString> owner = core::otherOwner(layout)) {
+        terminal::printError(terminal::withOptions(
+            QStringLiteral("This home belongs to the user %1. Work with it as that user: "
+                           "sudo -u %1 quorin-gateway status, for one.")
+                .arg(*owner),
+            invocation.options));
+        return static_cast<int>(terminal::ExitCode::failed);
+    }
+    return static_cast<int>(run(invocation, layout));
 }
 
 } // namespace gateway::app

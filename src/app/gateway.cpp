@@ -61,6 +61,9 @@ shell::ScreenModels Gateway::screenModels()
 
 void Gateway::launch()
 {
+    if (const auto words = m_doors.keptCloud.difference()) {
+        m_options.writeLine(*words);
+    }
     m_doors.delegate->applicationDidFinishLaunching();
     if (!core::isSetupRequired(m_ground.settings)) {
         m_doors.uploadOpener.launched(

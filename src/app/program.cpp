@@ -1,5 +1,6 @@
 #include "app/program.h"
 
+#include "app/cloud_account.h"
 #include "app/gateway.h"
 #include "app/headless_face.h"
 #include "index/schema.h"
@@ -10,6 +11,7 @@
 #include "platform/process/quit_signals.h"
 #include "terminal/client/console.h"
 #include "terminal/commands/command_requests.h"
+#include "terminal/commands/suggested_commands.h"
 #include "terminal/control/control_client.h"
 #include "terminal/control/control_server.h"
 
@@ -57,13 +59,20 @@ terminal::ExitCode live(const core::HomeLayout &layout,
                         GatewayFace &face,
                         const std::function<void(Gateway &)> &join)
 {
-    Gateway gateway({.layout = layout,
-                     .bindAddress = options.bindAddress,
-                     .cloudUrl = options.cloudUrl,
-                     .cloudKind = options.cloudKind,
-                     .metricsAddress = options.metricsAddress,
-                     .writeLine = terminal::printError},
-                    face);
+    GatewayOptions told{.layout = layout,
+                        .bindAddress = options.bindAddress,
+                        .cloudUrl = options.cloudUrl,
+                        .cloudKind = options.cloudKind,
+                        .metricsAddress = options.metricsAddress,
+                        .writeLine = [&options](const QString &line) {
+                            terminal::printError(terminal::withOptions(line, options));
+                        }};
+    if (const auto problem =
+            cloudConfiguration(told, platform::UserDefaults(layout.defaultsFile), {}).problem) {
+        terminal::printError(*problem);
+        return terminal::ExitCode::usage;
+    }
+    Gateway gateway(std::move(told), face);
     join(gateway);
     monitor::ServiceManager serviceManager;
     std::optional<terminal::ControlServer> server;
@@ -151,7 +160,8 @@ terminal::ExitCode runInstance(const core::HomeLayout &layout,
 
 terminal::ExitCode runHeadless(const core::HomeLayout &layout, const terminal::GlobalOptions &options)
 {
-    HeadlessFace face(terminal::printError);
+    HeadlessFace face(
+        [&options](const QString &line) { terminal::printError(terminal::withOptions(line, options)); });
     return runInstance(layout, options, face, [](Gateway &) {});
 }
 

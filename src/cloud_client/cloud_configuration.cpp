@@ -34,7 +34,9 @@ CloudConfiguration resolveCloudConfiguration(const CloudSources &sources, const 
     };
     CloudConfiguration configuration;
     configuration.deviceId = deviceId;
-    configuration.certificateFile = variable("QUORIN_CLOUD_CA");
+    configuration.certificateFile =
+        firstOf(std::nullopt, variable("QUORIN_CLOUD_CA"), sources.certificateDefault).value_or(QString());
+    configuration.proxy = sources.proxyDefault.value_or(QString());
     configuration.allowPlainHttp = variable("QUORIN_CLOUD_ALLOW_HTTP") == QStringLiteral("1");
 
     const QString address = firstOf(sources.urlFlag, variable("QUORIN_CLOUD_URL"), sources.urlDefault)

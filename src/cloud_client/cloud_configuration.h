@@ -35,6 +35,7 @@ struct CloudConfiguration
     CloudKind kind = CloudKind::quorin;
     QString deviceId;            ///< sent with the operations that have one
     QString certificateFile;     ///< PEM file of private authorities, added to the system's; empty for none
+    QString proxy;               ///< address of a web proxy; empty: what the environment names, if any
     bool allowPlainHttp = false; ///< plain http to hosts other than this one
     HttpLimits limits;
     std::optional<QString> problem; ///< a sentence, when what was configured can't be read
@@ -46,12 +47,16 @@ struct CloudSources
     std::optional<QString> urlFlag;  ///< --cloud
     std::optional<QString> kindFlag; ///< --cloud-kind
     QProcessEnvironment environment;
-    std::optional<QString> urlDefault;  ///< the user default kCloudBaseUrlKey
-    std::optional<QString> kindDefault; ///< the user default kCloudKindKey
+    std::optional<QString> urlDefault;              ///< the user default kCloudBaseUrlKey
+    std::optional<QString> kindDefault;             ///< the user default kCloudKindKey
+    std::optional<QString> certificateDefault = {}; ///< the user default kCloudCertificateFileKey
+    std::optional<QString> proxyDefault = {};       ///< the user default kCloudProxyKey
 };
 
 inline constexpr auto kCloudBaseUrlKey = "QuorinAPI.BaseURL";
 inline constexpr auto kCloudKindKey = "QuorinAPI.Kind";
+inline constexpr auto kCloudCertificateFileKey = "QuorinAPI.CertificateFile";
+inline constexpr auto kCloudProxyKey = "QuorinAPI.Proxy";
 
 /// Takes each value from the first source that has one, else the built-in one.
 CloudConfiguration resolveCloudConfiguration(const CloudSources &sources, const QString &deviceId);

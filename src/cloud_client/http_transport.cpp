@@ -325,7 +325,7 @@ private:
 
 HttpTransport::HttpTransport(const CloudConfiguration &configuration)
     : m_limits(configuration.limits), m_certificateFile(configuration.certificateFile.toLocal8Bit()),
-      m_host(configuration.baseUrl.host())
+      m_proxy(configuration.proxy.toUtf8()), m_host(configuration.baseUrl.host())
 {
     startCurl();
 }
@@ -388,6 +388,9 @@ void HttpTransport::prepare(void *handle, const HttpRequest &request) const
     if (!m_certificateFile.isEmpty()) {
         // Stands in for the system's bundle file only; the system's certificate folder still counts.
         curl_easy_setopt(handle, CURLOPT_CAINFO, m_certificateFile.constData());
+    }
+    if (!m_proxy.isEmpty()) {
+        curl_easy_setopt(handle, CURLOPT_PROXY, m_proxy.constData());
     }
     if (isLoopbackHost(m_host)) {
         curl_easy_setopt(handle, CURLOPT_NOPROXY, "*");

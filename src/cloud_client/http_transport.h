@@ -46,6 +46,7 @@ private:
 
     const HttpLimits m_limits;
     const QByteArray m_certificateFile;
+    const QByteArray m_proxy;
     const QString m_host;
     std::atomic<bool> m_isShutDown = false;
     platform::Mutex m_mutex;

@@ -285,7 +285,8 @@ TEST(QuorinApiClient, TellsAProxyThatIsAwayFromAServiceThatIs)
               QStringLiteral("The cloud service at 127.0.0.1 refused the connection."));
     const ProxyVariable variable(nobody);
     EXPECT_EQ(sentence(QStringLiteral("https://cloud.example")),
-              QStringLiteral("The web proxy on the way to cloud.example can't be reached."));
+              QStringLiteral("The web proxy on the way to cloud.example can't be reached; the setting "
+                             "QuorinAPI.Proxy or the variable https_proxy names it."));
 }
 
 TEST(QuorinApiClient, TakesInNoMoreOfARefusalThanItsWordsNeed)

@@ -29,7 +29,8 @@ QString sentence(int curlCode, int systemError)
     case CURLE_COULDNT_RESOLVE_HOST:
         return QStringLiteral("The address of the cloud service, %1, could not be found.");
     case CURLE_COULDNT_RESOLVE_PROXY:
-        return QStringLiteral("The address of the web proxy on the way to %1 could not be found.");
+        return QStringLiteral("The address of the web proxy on the way to %1 could not be found; the setting "
+                              "QuorinAPI.Proxy or the variable https_proxy names it.");
     case CURLE_COULDNT_CONNECT:
         return connectSentence(systemError);
     case CURLE_PROXY:
@@ -38,9 +39,14 @@ QString sentence(int curlCode, int systemError)
         return QStringLiteral("The cloud service at %1 did not answer in time.");
     case CURLE_PEER_FAILED_VERIFICATION:
     case CURLE_SSL_ISSUER_ERROR:
-        return QStringLiteral("The certificate of the cloud service at %1 could not be verified.");
+        return QStringLiteral(
+            "The certificate of the cloud service at %1 could not be verified. Where an authority of "
+            "your own has signed it, name its PEM file in the setting "
+            "QuorinAPI.CertificateFile.");
     case CURLE_SSL_CACERT_BADFILE:
-        return QStringLiteral("The certificate file of QUORIN_CLOUD_CA for %1 could not be read.");
+        return QStringLiteral(
+            "The file of certificates for %1, which the setting QuorinAPI.CertificateFile or "
+            "QUORIN_CLOUD_CA names, could not be read.");
     case CURLE_SSL_CONNECT_ERROR:
     case CURLE_SSL_CIPHER:
     case CURLE_SSL_CERTPROBLEM:
@@ -106,10 +112,13 @@ AFError transportError(int curlCode, int systemError, const QString &host)
 
 AFError proxyAwayError(int curlCode, int systemError, const QString &host)
 {
-    return AFError(QStringLiteral("The web proxy on the way to %1 can't be reached.").arg(host),
-                   std::nullopt,
-                   curlCode,
-                   reasonOf(curlCode, systemError));
+    return AFError(
+        QStringLiteral("The web proxy on the way to %1 can't be reached; the setting QuorinAPI.Proxy or the "
+                       "variable https_proxy names it.")
+            .arg(host),
+        std::nullopt,
+        curlCode,
+        reasonOf(curlCode, systemError));
 }
 
 AFError proxyError(int status, const QString &host)

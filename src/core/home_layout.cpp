@@ -11,6 +11,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -85,6 +86,22 @@ void makeFolder(const QString &folder, bool forThisUserAlone)
     }
 }
 
+QString nameOf(uid_t user)
+{
+    const passwd *entry = ::getpwuid(user);
+    return entry == nullptr ? QString::number(user) : QString::fromLocal8Bit(entry->pw_name);
+}
+
+/// On a volume that knows no rights there is nothing to take.
+void takeFromOthers(const QString &folder, mode_t rights)
+{
+    const QByteArray name = QFile::encodeName(folder);
+    struct stat found{};
+    if (::stat(name.constData(), &found) == 0 && (found.st_mode & rights) != 0) {
+        ::chmod(name.constData(), found.st_mode & ALLPERMS & ~rights);
+    }
+}
+
 } // namespace
 
 QString HomeLayout::lockFile() const
@@ -117,6 +134,18 @@ HomeLayout homeLayout(const std::optional<QString> &home, const QProcessEnvironm
     return home ? layoutBelow(*home) : standardLayout(environment);
 }
 
+std::optional<QString> otherOwner(const HomeLayout &layout)
+{
+    const QByteArray folder = QFile::encodeName(parentOf(layout.defaultsFile));
+    struct stat found{};
+    if (::stat(folder.constData(), &found) != 0 || found.st_uid == ::geteuid()) {
+        return std::nullopt;
+    }
+    // A share may call everything somebody else's; what can be used is this user's.
+    const bool isUsable = ::access(folder.constData(), R_OK | W_OK | X_OK) == 0;
+    return isUsable && ::geteuid() != 0 ? std::nullopt : std::optional(nameOf(found.st_uid));
+}
+
 void makeFolders(const HomeLayout &layout)
 {
     makeFolder(layout.runFolder, true);
@@ -127,6 +156,11 @@ void makeFolders(const HomeLayout &layout)
                                   layout.logFolder,
                                   layout.temporaryFolder}) {
         makeFolder(folder, false);
+    }
+    takeFromOthers(parentOf(layout.defaultsFile),
+                   S_IWOTH); // of a home the top, below which others may have a folder
+    for (const QString &folder : {parentOf(layout.indexFile), layout.fileStore, layout.logFolder}) {
+        takeFromOthers(folder, S_IRWXO);
     }
 }
 

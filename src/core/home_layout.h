@@ -48,8 +48,12 @@ struct HomeError : std::runtime_error
 /// of `environment` and the user's Documents folder.
 HomeLayout homeLayout(const std::optional<QString> &home, const QProcessEnvironment &environment);
 
-/// Makes the folders that are missing, the run folder for this user alone, and checks that each may be
-/// written.
+/// The name of the user whose home this is, when this process should not work in it: it is another user's and
+/// can't be used, or this is the superuser, who would leave files there that its owner can't read.
+std::optional<QString> otherOwner(const HomeLayout &layout);
+
+/// Makes the folders that are missing, the run folder for this user alone, takes the others' rights from
+/// those with images, index, log and settings, and checks that each may be written.
 ///
 /// \throws HomeError
 void makeFolders(const HomeLayout &layout);

@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 namespace gateway::core {
 namespace {
 
@@ -69,6 +71,38 @@ TEST(HomeLayout, NamesTheFolderThatCannotBeMade)
         EXPECT_TRUE(error.message.contains(file.fileName())) << error.message.toStdString();
         EXPECT_TRUE(error.message.endsWith(u'.'));
     }
+}
+
+TEST(HomeLayout, TakesTheRightsOfOthersFromWhatHoldsImages)
+{
+    const QTemporaryDir home;
+    const HomeLayout layout = homeLayout(home.path(), {});
+    makeFolders(layout);
+    const auto open = [](const QString &folder) {
+        EXPECT_EQ(::chmod(QFile::encodeName(folder).constData(), 0777), 0);
+    };
+    const auto rights = [](const QString &folder) {
+        struct stat found{};
+        EXPECT_EQ(::stat(QFile::encodeName(folder).constData(), &found), 0);
+        return found.st_mode & 0777U;
+    };
+    open(home.path());
+    open(layout.fileStore);
+    open(layout.logFolder);
+
+    makeFolders(layout);
+
+    EXPECT_EQ(rights(home.path()), 0775U);
+    EXPECT_EQ(rights(layout.fileStore), 0770U);
+    EXPECT_EQ(rights(layout.logFolder), 0770U);
+}
+
+TEST(HomeLayout, IsNobodyElsesWhereItIsNewOrOnesOwn)
+{
+    const QTemporaryDir home;
+
+    EXPECT_FALSE(otherOwner(homeLayout(home.filePath(u"new"_qs), {})));
+    EXPECT_FALSE(otherOwner(homeLayout(home.path(), {})));
 }
 
 } // namespace

@@ -302,10 +302,15 @@ TEST(CloudClientTls, TrustsAPrivateAuthorityThatItWasGivenAndNoOther)
     QuorinApiClient mistaken(configuration, store);
 
     EXPECT_FALSE(errorOf<QuorinError>([&friendly] { QrnStatusAPI(friendly).ping(); }));
-    EXPECT_EQ(errorOf<AFError>([&stranger] { QrnStatusAPI(stranger).ping(); })->localizedDescription,
-              QStringLiteral("The certificate of the cloud service at 127.0.0.1 could not be verified."));
-    EXPECT_EQ(errorOf<AFError>([&mistaken] { QrnStatusAPI(mistaken).ping(); })->localizedDescription,
-              QStringLiteral("The certificate file of QUORIN_CLOUD_CA for 127.0.0.1 could not be read."));
+    EXPECT_EQ(
+        errorOf<AFError>([&stranger] { QrnStatusAPI(stranger).ping(); })->localizedDescription,
+        QStringLiteral("The certificate of the cloud service at 127.0.0.1 could not be verified. Where an "
+                       "authority of your own has signed it, name its PEM file in the setting "
+                       "QuorinAPI.CertificateFile."));
+    EXPECT_EQ(
+        errorOf<AFError>([&mistaken] { QrnStatusAPI(mistaken).ping(); })->localizedDescription,
+        QStringLiteral("The file of certificates for 127.0.0.1, which the setting QuorinAPI.CertificateFile "
+                       "or QUORIN_CLOUD_CA names, could not be read."));
 }
 
 TEST(CloudClientTls, TrustsNoCertificateMadeForAnotherHost)
@@ -323,8 +328,11 @@ TEST(CloudClientTls, TrustsNoCertificateMadeForAnotherHost)
 
     ASSERT_TRUE(error);
     EXPECT_EQ(error->noAnswer, cloud_client::NoAnswer::notSecure);
-    EXPECT_EQ(error->localizedDescription,
-              QStringLiteral("The certificate of the cloud service at localhost could not be verified."));
+    EXPECT_EQ(
+        error->localizedDescription,
+        QStringLiteral("The certificate of the cloud service at localhost could not be verified. Where an "
+                       "authority of your own has signed it, name its PEM file in the setting "
+                       "QuorinAPI.CertificateFile."));
 }
 
 } // namespace gateway::tests

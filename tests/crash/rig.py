@@ -235,7 +235,7 @@ class Rig:
 
     def status(self):
         result = self.command("status", "--json")
-        return json.loads(result.stdout) if result.returncode == 0 else None
+        return json.loads(result.stdout) if result.stdout else None
 
     def send(self, samples):
         return Sender(self.port, samples)

@@ -105,7 +105,8 @@ def parts_of(content_type, body):
 class Cloud:
     """A local quorin-cloud with one account and steering."""
 
-    def __init__(self, folder, port=0):
+    def __init__(self, folder, port=0, options=()):
+        self._options = options
         self._data = folder / "cloud"
         self._log = folder / "cloud.log"
         self.start(port)
@@ -114,7 +115,7 @@ class Cloud:
         with open(self._log, "w", encoding="utf-8") as log:
             self.process = subprocess.Popen(
                 [PROGRAMS / "quorin-cloud", "--listen", f"127.0.0.1:{port}", "--data", self._data,
-                 "--user", f"{EMAIL}:{PASSWORD}", "--control"], stdout=log, stderr=log, env=environment())
+                 "--user", f"{EMAIL}:{PASSWORD}", "--control", *self._options], stdout=log, stderr=log, env=environment())
         line = await_true("the cloud", lambda: re.search(r"^listening on (\S+)$", self._log.read_text(), re.M),
                           self.process)
         self.address = line.group(1)
@@ -188,7 +189,7 @@ class Gateway:
 
     def status(self):
         told = self.command("status", "--json", check=False)
-        return json.loads(told.stdout) if told.returncode == 0 else None
+        return json.loads(told.stdout) if told.stdout else None
 
     def said(self):
         """What it has written so far."""

@@ -269,7 +269,7 @@ TEST_F(Program, SaysWhatToDoBeforeSetupAndNeitherReceivesNorSends)
     EXPECT_EQ(upload.exitCode, 1);
     expectOneSentence(upload.error);
     const ProgramResult ended = gateway.end(SIGTERM);
-    EXPECT_TRUE(ended.error.contains(u"quorin-gateway setup"_qs)) << ended.error.toStdString();
+    EXPECT_TRUE(ended.error.contains(u" setup --ae-title"_qs)) << ended.error.toStdString();
 }
 
 TEST_F(Program, SetsUpTheRunningInstanceAndListens)

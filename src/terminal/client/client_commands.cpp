@@ -10,11 +10,11 @@
 #include "terminal/commands/doctor_report.h"
 #include "terminal/commands/retention_option.h"
 #include "terminal/commands/status_report.h"
+#include "terminal/commands/suggested_commands.h"
 #include "terminal/control/control_client.h"
 #include "terminal/instance/doctor_commands.h"
 
 #include <QtCore/QJsonArray>
-#include <QtCore/QJsonDocument>
 
 #include <chrono>
 #include <thread>
@@ -38,14 +38,6 @@ constexpr std::chrono::hours kBrowserPatience{24};
 
 constexpr std::chrono::seconds kWatchInterval{2};
 
-ExitCode report(const ControlReply &reply)
-{
-    if (reply.code != ExitCode::done) {
-        printError(reply.error);
-    }
-    return reply.code;
-}
-
 /// One run of the program: each command is one member function.
 class CommandRunner
 {
@@ -65,15 +57,20 @@ public:
             printError(QStringLiteral("--auto-delete takes never, N-days or N-months."));
             return ExitCode::usage;
         }
-        return finish(askOrWork(setupRequest(command)), [](const QJsonObject &result) {
-            return QStringLiteral("Setup is finished. The listener's address is %1.\n")
-                .arg(result.value(QStringLiteral("address")).toString());
+        return finish(askOrWork(named(setupRequest(command))), [this](const QJsonObject &result) {
+            const QString words =
+                result.value(QStringLiteral("isListening")).toBool(true)
+                    ? QStringLiteral("Setup is finished. The listener's address is %1.\n")
+                    : QStringLiteral(
+                          "Setup is finished. Once the gateway runs, its listener's address is %1; to "
+                          "start it, run: quorin-gateway --headless\n");
+            return told(words.arg(result.value(QStringLiteral("address")).toString()));
         });
     }
 
     ExitCode operator()(const SignInCommand &command) const
     {
-        return finish(ask(signInRequest(command, readSecret(QStringLiteral("Password")))),
+        return finish(ask(named(signInRequest(command, readSecret(QStringLiteral("Password"))))),
                       [](const QJsonObject &result) {
                           const QString label = result.value(QStringLiteral("label")).toString();
                           const QString remark = result.value(QStringLiteral("remark")).toString();
@@ -96,12 +93,17 @@ public:
                       [](const QJsonObject &) { return QStringLiteral("An upload run was asked for.\n"); });
     }
 
-    ExitCode operator()(const ImportCommand &command) const { return runImport(m_layout, command); }
+    ExitCode operator()(const ImportCommand &command) const
+    {
+        return runImport(m_layout, m_options, command);
+    }
 
     ExitCode operator()(const StatusCommand &command) const
     {
+        bool isListenerWell = true;
         const auto words = [&](const QJsonObject &status) {
-            return command.asJson ? jsonLine(status) : statusText(status);
+            isListenerWell = status[u"listener"][u"asItShouldBe"].toBool(true);
+            return command.asJson ? jsonLine(status) : told(statusText(status));
         };
         ExitCode code = finish(ask({requests::kStatus, {}}), words);
         while (command.watch && code == ExitCode::done) {
@@ -111,15 +113,18 @@ public:
             }
             code = finish(ask({requests::kStatus, {}}), words);
         }
-        return code;
+        return code == ExitCode::done && !isListenerWell ? ExitCode::failed : code;
     }
 
     ExitCode operator()(const SettingsCommand &command) const
     {
         return finish(askOrWork(settingsRequest(command)), [&](const QJsonObject &result) {
+            if (command.asJson) {
+                return jsonLine(result);
+            }
             return command.action == SettingsCommand::Action::list
                        ? listText(result.value(QStringLiteral("settings")).toArray())
-                       : result.value(QStringLiteral("value")).toString() + u'\n';
+                       : valueText(result);
         });
     }
 
@@ -129,7 +134,7 @@ public:
         const ExitCode code =
             finish(askOrWork(doctorRequest(command), kDoctorPatience), [&](const QJsonObject &found) {
                 isWell = found.value(QStringLiteral("well")).toBool();
-                return command.asJson ? jsonLine(found) : doctorText(found);
+                return command.asJson ? jsonLine(found) : told(doctorText(found));
             });
         return code == ExitCode::done && !isWell ? ExitCode::failed : code;
     }
@@ -153,7 +158,7 @@ public:
         return finish(ask(termsRequest(command)), [&](const QJsonObject &result) {
             switch (command.action) {
             case TermsCommand::Action::show:
-                return command.asJson ? jsonLine(result) : termsText(result);
+                return command.asJson ? jsonLine(result) : told(termsText(result));
             case TermsCommand::Action::accept:
                 return QStringLiteral("Quorin Cloud Terms & Conditions, version %1, accepted.\n")
                     .arg(result.value(QStringLiteral("version")).toString());
@@ -195,6 +200,11 @@ public:
     }
 
 private:
+    ControlRequest named(const ControlRequest &request) const
+    {
+        return withCloud(request, {m_options.cloudUrl, m_options.cloudKind});
+    }
+
     ExitCode changePassword() const
     {
         account::GatewayPasswordForm form;
@@ -204,11 +214,6 @@ private:
         return finish(ask(passwordRequest(form)), [](const QJsonObject &) {
             return QStringLiteral("Your password has been changed successfully.\n");
         });
-    }
-
-    static QString jsonLine(const QJsonObject &object)
-    {
-        return QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact)) + u'\n';
     }
 
     ControlReply ask(const ControlRequest &request, std::chrono::milliseconds patience = kPatience) const
@@ -223,13 +228,24 @@ private:
         return reply ? *reply : workWithoutInstance(m_layout, m_options, request);
     }
 
+    QString told(const QString &text) const { return withOptions(text, m_options); }
+
     template <typename Words>
-    static ExitCode finish(const ControlReply &reply, Words words)
+    ExitCode finish(const ControlReply &reply, Words words) const
     {
         if (reply.code == ExitCode::done) {
             printOut(words(reply.result));
+        } else {
+            printError(told(reply.error));
         }
-        return report(reply);
+        return reply.code;
+    }
+
+    static QString valueText(const QJsonObject &setting)
+    {
+        const QString remark = setting.value(QStringLiteral("remark")).toString();
+        return setting.value(QStringLiteral("value")).toString() + u'\n' +
+               (remark.isEmpty() ? QString() : remark + u'\n');
     }
 
     static QString listText(const QJsonArray &settings)

@@ -1,5 +1,7 @@
 #include "terminal/client/console.h"
 
+#include <QtCore/QJsonDocument>
+
 #include <cerrno>
 #include <cstdio>
 #include <iostream>
@@ -12,6 +14,9 @@
 namespace gateway::terminal {
 
 namespace {
+
+// Raised when a key goes or changes its meaning; a new key raises nothing.
+constexpr int kJsonSchema = 1;
 
 /// Keeps a terminal from showing what is typed, as long as it lives.
 class HiddenInput
@@ -50,6 +55,12 @@ void printOut(const QString &text)
     const QByteArray bytes = text.toUtf8();
     std::fwrite(bytes.constData(), 1, static_cast<std::size_t>(bytes.size()), stdout);
     std::fflush(stdout);
+}
+
+QString jsonLine(QJsonObject answer)
+{
+    answer.insert(QStringLiteral("schema"), kJsonSchema);
+    return QString::fromUtf8(QJsonDocument(answer).toJson(QJsonDocument::Compact)) + u'\n';
 }
 
 int writeOut(QByteArrayView bytes)

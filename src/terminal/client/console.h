@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QtCore/QByteArrayView>
+#include <QtCore/QJsonObject>
 #include <QtCore/QString>
 
 namespace gateway::terminal {
@@ -9,6 +10,9 @@ namespace gateway::terminal {
 
 /// Writes the text to standard output as it stands.
 void printOut(const QString &text);
+
+/// What --json prints of an answer: one line, with the number of the schema that its keys follow.
+QString jsonLine(QJsonObject answer);
 
 /// Writes bytes to standard output at once.
 ///

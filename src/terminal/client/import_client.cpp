@@ -1,11 +1,11 @@
 #include "terminal/client/import_client.h"
 
 #include "terminal/client/console.h"
+#include "terminal/commands/suggested_commands.h"
 #include "terminal/control/control_client.h"
 #include "terminal/instance/import_commands.h"
 
 #include <QtCore/QDir>
-#include <QtCore/QJsonDocument>
 
 #include <chrono>
 #include <csignal>
@@ -90,7 +90,7 @@ ControlReply follow(const QString &socket, ControlReply reply, bool showsProgres
 
 } // namespace
 
-ExitCode runImport(const core::HomeLayout &layout, const ImportCommand &command)
+ExitCode runImport(const core::HomeLayout &layout, const GlobalOptions &options, const ImportCommand &command)
 {
     const Interrupts interrupts; // from before the batch begins
     const QString socket = layout.controlSocket();
@@ -98,12 +98,10 @@ ExitCode runImport(const core::HomeLayout &layout, const ImportCommand &command)
         askInstance(socket, importRequest(absolutePaths(command.paths)), kPatience);
     const ControlReply reply = begun ? follow(socket, *begun, !command.asJson) : noInstance();
     if (reply.code != ExitCode::done) {
-        printError(reply.error);
+        printError(withOptions(reply.error, options));
         return reply.code;
     }
-    printOut(command.asJson
-                 ? QString::fromUtf8(QJsonDocument(reply.result).toJson(QJsonDocument::Compact)) + u'\n'
-                 : importSummaryText(reply.result));
+    printOut(command.asJson ? jsonLine(reply.result) : importSummaryText(reply.result));
     const QString failure = importFailureSentence(reply.result);
     if (!failure.isEmpty()) {
         printError(failure);

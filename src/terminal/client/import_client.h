@@ -12,6 +12,7 @@ namespace gateway::terminal {
 /// On a terminal the progress is one line on standard error that is written again and again.
 ///
 /// Thread: main; blocks.
-ExitCode runImport(const core::HomeLayout &layout, const ImportCommand &command);
+ExitCode
+runImport(const core::HomeLayout &layout, const GlobalOptions &options, const ImportCommand &command);
 
 } // namespace gateway::terminal

@@ -7,6 +7,7 @@
 #include "terminal/commands/command_requests.h"
 #include "terminal/instance/doctor_commands.h"
 #include "terminal/instance/settings_commands.h"
+#include "terminal/instance/settings_rules.h"
 #include "terminal/instance/setup_commands.h"
 
 #include <QCoro/QCoroTask>
@@ -38,6 +39,10 @@ ControlReply setUp(const core::HomeLayout &layout,
                    core::Settings &settings,
                    platform::UserDefaults &defaults)
 {
+    const CloudArguments cloud = cloudArgumentsIn(request.arguments);
+    if (const std::optional<QString> issue = settings_rules::keepCloud(defaults, cloud.url, cloud.kind)) {
+        return ControlReply::failure(*issue, ExitCode::usage);
+    }
     platform::MainExecutor main;
     platform::WorkerPool pool(QStringLiteral("setup"), 1);
     platform::SystemClock clock;
@@ -58,6 +63,8 @@ ControlReply setUp(const core::HomeLayout &layout,
     while (!reply) {
         main.drain();
     }
+    // What listens there, if anything, isn't the gateway yet.
+    reply->result.insert(QStringLiteral("isListening"), false);
     return *reply;
 }
 

@@ -142,12 +142,15 @@ void addOthers(CLI::App &app, Raw &raw)
 
     CLI::App *settings = app.add_subcommand("settings", "Show and change the settings");
     settings->require_subcommand(1);
-    settings->add_subcommand("list", "Show all settings");
+    CLI::App *list = settings->add_subcommand("list", "Show all settings");
     CLI::App *get = settings->add_subcommand("get", "Show one setting");
     get->add_option("KEY", raw.key, "The setting")->required();
     CLI::App *set = settings->add_subcommand("set", "Change one setting");
     set->add_option("KEY", raw.key, "The setting")->required();
     set->add_option("VALUE", raw.value, "Its new value")->required();
+    for (CLI::App *action : {list, get, set}) {
+        action->add_flag("--json", raw.json, "As one JSON object");
+    }
 
     CLI::App *help = app.add_subcommand("help", "Print the help of a command");
     help->add_option("COMMAND", raw.helpTopic, "The command, and a command of it");
@@ -324,6 +327,7 @@ SettingsCommand settingsCommand(const CLI::App &settings, const Raw &raw)
     }
     command.key = text(raw.key);
     command.value = text(raw.value);
+    command.asJson = raw.json;
     return command;
 }
 

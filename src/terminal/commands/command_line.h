@@ -14,11 +14,11 @@ namespace gateway::terminal {
 /// What may stand before or behind any command.
 struct GlobalOptions
 {
-    std::optional<QString> home;      ///< --home or QUORIN_GATEWAY_HOME
-    std::optional<QString> cloudUrl;  ///< --cloud
-    std::optional<QString> cloudKind; ///< --cloud-kind, "quorin" or "dicomweb"
-    QString bindAddress;              ///< --bind or QUORIN_GATEWAY_BIND; empty for all interfaces
-    std::optional<platform::SocketAddress> metricsAddress; ///< --metrics or QUORIN_GATEWAY_METRICS
+    std::optional<QString> home = {};      ///< --home or QUORIN_GATEWAY_HOME
+    std::optional<QString> cloudUrl = {};  ///< --cloud
+    std::optional<QString> cloudKind = {}; ///< --cloud-kind, "quorin" or "dicomweb"
+    QString bindAddress = {};              ///< --bind or QUORIN_GATEWAY_BIND; empty for all interfaces
+    std::optional<platform::SocketAddress> metricsAddress = {}; ///< --metrics or QUORIN_GATEWAY_METRICS
 };
 
 /// Run the gateway without a display.
@@ -78,6 +78,7 @@ struct SettingsCommand
     Action action = Action::list;
     QString key;
     QString value;
+    bool asJson = false;
 };
 
 /// Show the log; the words of the filters as typed.

@@ -18,7 +18,29 @@ const QString kNoBonjour = QStringLiteral("noBonjour");
 const QString kKey = QStringLiteral("key");
 const QString kValue = QStringLiteral("value");
 
+const QString kCloud = QStringLiteral("cloud");
+const QString kCloudKind = QStringLiteral("cloudKind");
+
 } // namespace
+
+ControlRequest withCloud(ControlRequest request, const CloudArguments &cloud)
+{
+    if (cloud.url) {
+        request.arguments.insert(kCloud, *cloud.url);
+    }
+    if (cloud.kind) {
+        request.arguments.insert(kCloudKind, *cloud.kind);
+    }
+    return request;
+}
+
+CloudArguments cloudArgumentsIn(const QJsonObject &arguments)
+{
+    const auto text = [&arguments](const QString &key) {
+        return arguments.contains(key) ? std::optional(arguments.value(key).toString()) : std::nullopt;
+    };
+    return {text(kCloud), text(kCloudKind)};
+}
 
 ControlRequest signInRequest(const SignInCommand &command, const QString &password)
 {

@@ -30,6 +30,16 @@ inline const QString kReport = QStringLiteral("report");
 } // namespace requests
 
 /// \param password  of the account; travels over the socket only.
+/// The cloud that a command names by --cloud and --cloud-kind.
+struct CloudArguments
+{
+    std::optional<QString> url;
+    std::optional<QString> kind;
+};
+
+ControlRequest withCloud(ControlRequest request, const CloudArguments &cloud);
+CloudArguments cloudArgumentsIn(const QJsonObject &arguments);
+
 ControlRequest signInRequest(const SignInCommand &command, const QString &password);
 
 /// The folder travels as an absolute path.

@@ -83,6 +83,7 @@ QJsonObject listenerJson(const state::ListenerFigures &listener)
             {QStringLiteral("aeTitle"), listener.aeTitle},
             {QStringLiteral("port"), listener.port},
             {QStringLiteral("address"), listener.address},
+            {QStringLiteral("asItShouldBe"), listener.isAsItShouldBe()},
             {QStringLiteral("error"), textOrNull(listener.failure)}};
 }
 

@@ -30,7 +30,8 @@ TEST(StatusReport, AlwaysHasTheSameKeys)
                            u"upload"_qs,
                            u"waiting"_qs}));
     EXPECT_EQ(json[u"listener"].toObject().keys(),
-              (QStringList{u"address"_qs, u"aeTitle"_qs, u"error"_qs, u"port"_qs, u"state"_qs}));
+              (QStringList{
+                  u"address"_qs, u"aeTitle"_qs, u"asItShouldBe"_qs, u"error"_qs, u"port"_qs, u"state"_qs}));
     EXPECT_EQ(json[u"counters"].toObject().keys(),
               (QStringList{
                   u"failed"_qs, u"images"_qs, u"notSynced"_qs, u"series"_qs, u"studies"_qs, u"synced"_qs}));

@@ -62,6 +62,12 @@ ControlReply InstanceCommands::changeSettings(const ControlRequest &request)
     if (answer.needsListenerRestart) {
         restartListener();
     }
+    const QString key = request.arguments.value(QStringLiteral("key")).toString();
+    if (request.command == requests::kSettingsSet && answer.reply.code == ExitCode::done &&
+        key.startsWith(QStringLiteral("QuorinAPI."))) {
+        answer.reply.result.insert(QStringLiteral("remark"),
+                                   QStringLiteral("It counts from the gateway's next start."));
+    }
     return std::move(answer.reply);
 }
 

@@ -11,6 +11,8 @@
 #include "wizard/folder_check.h"
 #include "wizard/setup_checks.h"
 
+#include <QtCore/QFile>
+#include <QtCore/QFileInfo>
 #include <QtCore/QStringList>
 #include <QtCore/QUrl>
 
@@ -22,6 +24,9 @@ namespace {
 
 using core::DCMListenerSettings;
 using core::GatewayAutoDeleteMode;
+
+// All authorities of a system take some 250 KiB.
+constexpr qint64 kLargestCertificateFile = 4 * 1024 * 1024;
 
 Issue unlessKept(bool kept)
 {
@@ -166,7 +171,7 @@ Issue setCloudAddress(platform::UserDefaults &defaults, const QString &value)
 {
     const QUrl url(value.trimmed(), QUrl::StrictMode);
     const bool isWeb = url.scheme() == QStringLiteral("https") || url.scheme() == QStringLiteral("http");
-    if (!url.isValid() || !isWeb || url.host().isEmpty()) {
+    if (!url.isValid() || !isWeb || url.host().isEmpty() || url.hasQuery() || url.hasFragment()) {
         return QStringLiteral("QuorinAPI.BaseURL must be an http or https address.");
     }
     if (!url.userInfo().isEmpty()) {
@@ -190,6 +195,39 @@ Issue setCloudKind(platform::UserDefaults &defaults, const QString &value)
         return QStringLiteral("QuorinAPI.Kind must be quorin or dicomweb.");
     }
     return unlessKept(defaults.setObject(QString::fromLatin1(cloud_client::kCloudKindKey), value));
+}
+
+Issue setCloudCertificateFile(platform::UserDefaults &defaults, const QString &value)
+{
+    const QString path =
+        value.trimmed().isEmpty() ? QString() : QFileInfo(value.trimmed()).absoluteFilePath();
+    QFile file(path);
+    if (!path.isEmpty() && !file.open(QIODevice::ReadOnly)) {
+        return QStringLiteral("The file %1 can't be read: %2.").arg(path, file.errorString());
+    }
+    if (!path.isEmpty() && !file.read(kLargestCertificateFile).contains("-----BEGIN CERTIFICATE-----")) {
+        return QStringLiteral("The file %1 holds no certificate in PEM form.").arg(path);
+    }
+    return unlessKept(defaults.setObject(QString::fromLatin1(cloud_client::kCloudCertificateFileKey), path));
+}
+
+Issue setCloudProxy(platform::UserDefaults &defaults, const QString &value)
+{
+    const QUrl url(value.trimmed(), QUrl::StrictMode);
+    const bool isProxy = url.isValid() && url.scheme() == QStringLiteral("http") && !url.host().isEmpty() &&
+                         url.port() > 0 && url.userInfo().isEmpty();
+    if (!value.trimmed().isEmpty() && !isProxy) {
+        return QStringLiteral("QuorinAPI.Proxy must be like http://proxy.example:3128, without a password.");
+    }
+    return unlessKept(defaults.setObject(QString::fromLatin1(cloud_client::kCloudProxyKey), value.trimmed()));
+}
+
+Issue keepCloud(platform::UserDefaults &defaults,
+                const std::optional<QString> &address,
+                const std::optional<QString> &kind)
+{
+    Issue issue = address ? setCloudAddress(defaults, *address) : std::nullopt;
+    return issue || !kind ? issue : setCloudKind(defaults, *kind);
 }
 
 Issue setRetrieveMode(platform::UserDefaults &defaults, const QString &value)

@@ -45,6 +45,18 @@ Issue setCloudAddress(platform::UserDefaults &defaults, const QString &value);
 QString cloudAddressText(const platform::UserDefaults &defaults);
 
 Issue setCloudKind(platform::UserDefaults &defaults, const QString &value);
+
+/// A file with certificates of authorities (PEM); an empty text takes it away.
+Issue setCloudCertificateFile(platform::UserDefaults &defaults, const QString &value);
+
+/// A web proxy as http://HOST:PORT; an empty text leaves it to the environment.
+Issue setCloudProxy(platform::UserDefaults &defaults, const QString &value);
+
+/// What --cloud and --cloud-kind named, as far as they did.
+Issue keepCloud(platform::UserDefaults &defaults,
+                const std::optional<QString> &address,
+                const std::optional<QString> &kind);
+
 Issue setRetrieveMode(platform::UserDefaults &defaults, const QString &value);
 
 /// Where "Send feedback" goes; an empty text takes the address away.

@@ -170,6 +170,14 @@ QList<CatalogueSetting> cloudSettings()
               [](Settings &, UserDefaults &defaults, const QString &value) {
                   return settings_rules::setCloudKind(defaults, value);
               }),
+        plain(QString::fromLatin1(cloud_client::kCloudCertificateFileKey),
+              [](Settings &, UserDefaults &defaults, const QString &value) {
+                  return settings_rules::setCloudCertificateFile(defaults, value);
+              }),
+        plain(QString::fromLatin1(cloud_client::kCloudProxyKey),
+              [](Settings &, UserDefaults &defaults, const QString &value) {
+                  return settings_rules::setCloudProxy(defaults, value);
+              }),
         plain(QStringLiteral("QuorinRetrieveMode"),
               [](Settings &, UserDefaults &defaults, const QString &value) {
                   return settings_rules::setRetrieveMode(defaults, value);

@@ -1,0 +1,155 @@
+"""What an administrator meets in the first half hour: homes of others, clouds that are kept, sentences that can be typed."""
+
+import http.server
+import json
+import os
+import pwd
+import re
+import shlex
+import socket
+import subprocess
+import threading
+import unittest
+from pathlib import Path
+
+from harness import (EMAIL, PASSWORD, PROGRAMS, TITLE, Cloud, EndToEndTest, Gateway, await_true, environment,
+                     free_port, run)
+
+GATEWAY = PROGRAMS / "quorin-gateway"
+NOBODY = "http://127.0.0.1:9"  # an address where no cloud answers
+
+
+class FirstHalfHour(EndToEndTest):
+    def gateway(self, *arguments, variables=None, check=False):
+        ended = subprocess.run([str(part) for part in (GATEWAY, "--home", self.folder / "home", *arguments)],
+                               capture_output=True, text=True, env=environment() | (variables or {}), timeout=180)
+        if check:
+            self.assertEqual(ended.returncode, 0, ended.stderr)
+        return ended
+
+    def start(self, *options, variables=None):
+        """A gateway that is told its cloud by these options alone."""
+        gateway = Gateway.__new__(Gateway)
+        gateway.home = self.folder / "home"
+        gateway._log = self.folder / "gateway.log"
+        with open(gateway._log, "w", encoding="utf-8") as log:
+            gateway.process = subprocess.Popen([GATEWAY, "--home", gateway.home, "--bind", "127.0.0.1", "--headless", *options],
+                                               stdout=log, stderr=log, env=environment() | (variables or {}))
+        self.addCleanup(gateway.end)
+        gateway.await_status("an answer", lambda status: True)
+        return gateway
+
+    def test_the_cloud_of_a_sign_in_is_that_of_the_next_start(self):
+        cloud = self.start_cloud()
+        first = self.start("--cloud", cloud.address, "--cloud-kind", "quorin")
+        first.set_up()
+        first.sign_in()
+        first.end()
+
+        second = self.start()
+        second.await_status("the session", lambda status: status["session"]["signedIn"])
+        self.assertEqual(second.status()["cloud"]["baseUrl"], cloud.address)
+        second.end()
+
+        third = self.start("--cloud", NOBODY)
+        self.assertIn(f"goes to {NOBODY} (quorin), as the command line or the environment says; the settings keep "
+                      f"{cloud.address}", third.said())
+        refused = third.command("sign-in", "--cloud", cloud.address, "--email", EMAIL, text_in=PASSWORD + "\n", check=False)
+        self.assertEqual((refused.returncode, NOBODY in refused.stderr), (2, True), refused.stderr)
+
+    def test_setup_without_a_gateway_keeps_the_cloud_and_says_what_to_start(self):
+        told = self.gateway("--cloud", NOBODY, "--cloud-kind", "dicomweb", "setup", "--ae-title", TITLE, "--port", free_port(),
+                            "--no-bonjour", check=True).stdout
+        self.assertIn("Once the gateway runs", told)
+        self.assertIn(f"--home {self.folder}/home", told)
+        for key, value in ("QuorinAPI.BaseURL", NOBODY), ("QuorinAPI.Kind", "dicomweb"):
+            self.assertEqual(self.gateway("settings", "get", key, check=True).stdout, value + "\n")
+
+    def test_an_address_or_a_kind_that_is_none_ends_the_start(self):
+        self.gateway("--bind", "127.0.0.1", "setup", "--ae-title", TITLE, "--port", free_port(), "--no-bonjour", check=True)
+        for options, variables in ((("--cloud", "ftp://pacs.example"), {}), ((), {"QUORIN_CLOUD_URL": "pacs"}),
+                                   ((), {"QUORIN_CLOUD_URL": NOBODY, "QUORIN_CLOUD_KIND": "s3"})):
+            ended = self.gateway(*options, "--headless", variables=variables)
+            self.assertEqual(ended.returncode, 2, ended.stderr)
+            self.assertRegex(ended.stderr, "is not a web address|is unknown")
+
+    def test_status_fails_where_the_listener_does(self):
+        gateway = self.start("--cloud", NOBODY)
+        gateway.set_up()
+        self.assertEqual(gateway.command("status", check=False).returncode, 0)
+        gateway.end()
+        with socket.socket() as taken:
+            taken.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
+            taken.bind(("127.0.0.1", gateway.port))
+            taken.listen()
+            again = self.start("--cloud", NOBODY)
+            again.await_status("the failure", lambda status: status["listener"]["state"] == "failed")
+            self.assertEqual(again.command("status", check=False).returncode, 1)
+            self.assertFalse(again.status()["listener"]["asItShouldBe"])
+
+    def test_a_private_authority_is_a_setting_that_the_refusal_names(self):
+        key, certificate = self.folder / "key.pem", self.folder / "certificate.pem"
+        run("openssl", "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-days", "2", "-subj", "/CN=site", "-addext",
+            "subjectAltName=IP:127.0.0.1", "-keyout", key, "-out", certificate)
+        cloud = Cloud(self.folder, options=("--tls", certificate, key))
+        self.addCleanup(cloud.end)
+        refused = self.start("--cloud", cloud.address)
+        refused.set_up()
+        told = refused.await_status("the refusal", lambda status: status["cloud"]["lastError"])["cloud"]["lastError"]
+        setting = re.search(r"in the setting (\S+)\.", told)[1]
+        self.assertIn("next start", refused.command("settings", "set", setting, certificate).stdout)
+        refused.end()
+
+        gateway = self.start()
+        gateway.sign_in()
+        self.assertTrue(gateway.status()["cloud"]["online"])
+
+    def test_a_proxy_is_a_setting(self):
+        asked = []
+
+        class Proxy(http.server.BaseHTTPRequestHandler):
+            def do_GET(self):
+                asked.append(self.path)
+                self.send_response(204)
+                self.end_headers()
+
+            def log_message(self, *_):
+                pass
+
+        proxy = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Proxy)
+        threading.Thread(target=proxy.serve_forever, daemon=True).start()
+        self.addCleanup(proxy.server_close)
+        self.addCleanup(proxy.shutdown)
+        address = f"http://127.0.0.1:{proxy.server_address[1]}"
+        self.gateway("settings", "set", "QuorinAPI.Proxy", address, check=True)
+        # Nothing but the proxy can know this name.
+        gateway = self.start("--cloud", "http://pacs.invalid/dicom-web", "--cloud-kind", "dicomweb",
+                             variables={"QUORIN_CLOUD_ALLOW_HTTP": "1"})
+        await_true("the proxy to be asked", lambda: asked, gateway.process)
+        self.assertIn("http://pacs.invalid/dicom-web/studies", asked[0])
+
+    def test_json_has_its_schema_and_suggestions_can_be_typed(self):
+        alone = self.gateway("status")
+        self.assertEqual(alone.returncode, 3)
+        words = shlex.split(alone.stderr.split("with: ", 1)[1])
+        self.assertEqual(words, ["quorin-gateway", "--home", str(self.folder / "home"), "--headless"])
+        for arguments in (("settings", "list"), ("settings", "get", "wadoLimit"), ("doctor",)):
+            self.assertEqual(json.loads(self.gateway(*arguments, "--json").stdout)["schema"], 1, arguments)
+
+    def test_who_works_in_the_home_of_another_is_told_whose_it_is(self):
+        owner, home = "root", Path("/root")
+        if os.geteuid() == 0:
+            owner, home = "nobody", self.folder / "home"
+            home.mkdir()
+            os.chown(home, pwd.getpwnam(owner).pw_uid, -1)
+        for command in ("status",), ("--headless",), ("settings", "list"):
+            ended = subprocess.run([GATEWAY, "--home", home, *command], capture_output=True, text=True, env=environment(),
+                                   timeout=180)
+            self.assertEqual(ended.returncode, 1)
+            self.assertIn(f"sudo -u {owner} quorin-gateway --home {home} status", ended.stderr)
+        if os.geteuid() == 0:
+            self.assertEqual(list(home.iterdir()), [])
+
+
+if __name__ == "__main__":
+    unittest.main()
