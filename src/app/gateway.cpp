@@ -51,12 +51,18 @@ shell::ScreenModels Gateway::screenModels()
                        .manualImports = m_receiving.store->manualImportService()},
             .browsers = {.cloud = m_doors.cloudBrowser(),
                          .local = m_doors.localBrowser(),
-                         .sendNow =
-                             [this] {
-                                 m_receiving.store->requestUpload(QStringLiteral("local_browser"),
-                                                                  upload::UploadUrgency::everythingNow);
-                             }},
+                         .sendNow = [this](const QString &study) { sendNow(study); }},
             .setup = m_doors.setupParts()};
+}
+
+void Gateway::sendNow(const QString &study)
+{
+    m_ground.pool.run([this, study] {
+        m_ground.index.failedUploads().releaseRetriesOf(study);
+        m_ground.main.post([this] {
+            m_receiving.store->requestUpload(QStringLiteral("local_browser"), upload::UploadUrgency::openNow);
+        });
+    });
 }
 
 void Gateway::launch()

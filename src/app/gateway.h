@@ -54,6 +54,7 @@ public:
 
 private:
     state::GatewayAppStateParts figureParts();
+    void sendNow(const QString &study);
 
     const GatewayOptions m_options;
     GatewayFace &m_face;

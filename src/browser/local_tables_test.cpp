@@ -31,6 +31,11 @@ public:
         return m_real.seriesSnapshots(study);
     }
 
+    QList<QUrl> studyFiles(const QString &study, int limit) override
+    {
+        return m_real.studyFiles(study, limit);
+    }
+
     index::DeletionCounts deleteStudies(const QStringList &studies) override
     {
         ++deletions;

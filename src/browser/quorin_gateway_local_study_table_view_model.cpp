@@ -1,6 +1,7 @@
 #include "browser/quorin_gateway_local_study_table_view_model.h"
 
 #include "browser/browser_words.h"
+#include "platform/concurrency/async.h"
 
 #include <QtCore/QHash>
 #include <QtCore/QMap>
@@ -89,6 +90,14 @@ BrowserTable::Delete QuorinGatewayLocalStudyTableViewModel::makeDelete()
     return [index = &index()](const QStringList &studies, BatchResult &result) {
         add(index->deleteStudies(studies), result);
     };
+}
+
+QCoro::Task<QList<QUrl>> QuorinGatewayLocalStudyTableViewModel::filesOf(QString study, int limit)
+{
+    const auto operation = scope().enter();
+    const QList<QUrl> files = co_await platform::onPool(
+        main(), pool(), [index = &index(), study, limit] { return index->studyFiles(study, limit); });
+    co_return files;
 }
 
 QCoro::Task<BatchResult> QuorinGatewayLocalStudyTableViewModel::deleteStudies(QList<Row> rows)

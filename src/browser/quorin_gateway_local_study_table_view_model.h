@@ -23,6 +23,9 @@ public:
     /// Loads the studies, unless a load is under way.
     QCoro::Task<> loadStudies();
 
+    /// The files of a study, those whose upload failed first; at most `limit`.
+    QCoro::Task<QList<QUrl>> filesOf(QString study, int limit);
+
     /// Deletes studies from this machine.
     QCoro::Task<BatchResult> deleteStudies(QList<Row> rows);
 

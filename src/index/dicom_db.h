@@ -156,6 +156,7 @@ public:
 
     QList<LocalStudySnapshot> studySnapshots() override;
     QList<LocalSeriesSnapshot> seriesSnapshots(const QString &identity) override;
+    QList<QUrl> studyFiles(const QString &identity, int limit) override;
 
     // --- Letting go ----------------------------------------------------------------------------------
 

@@ -278,4 +278,24 @@ QList<LocalSeriesSnapshot> DicomDB::seriesSnapshots(const QString &identity)
     return list;
 }
 
+QList<QUrl> DicomDB::studyFiles(const QString &identity, int limit)
+{
+    QList<QUrl> files;
+    try {
+        m_store.read([&](Database &database) {
+            Statement row = database.prepare(
+                "SELECT pathString FROM Series JOIN DicomImage ON DicomImage.series = Series.pk "
+                "WHERE Series.study = ? AND pathString <> '' GROUP BY pathString "
+                "ORDER BY coalesce(DicomImage.syncState, 0) <> 2, min(DicomImage.pk) LIMIT ?");
+            row.bindAll(findStudy(database, identity).value_or(0), limit); // no row has the key 0
+            while (row.step()) {
+                files.append(fileURL(row.text(0)));
+            }
+        });
+    } catch (const SqliteError &) {
+        return {};
+    }
+    return files;
+}
+
 } // namespace gateway::index

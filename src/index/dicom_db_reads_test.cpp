@@ -198,6 +198,21 @@ TEST_F(StudySnapshots, OfAStudyWithoutUIDNameTheRowItself)
     EXPECT_EQ(index.seriesSnapshots(study.id).size(), 1);
 }
 
+TEST_F(StudySnapshots, LeadToTheFilesThatFailedFirst)
+{
+    const QString sent = importOne(QStringLiteral("9.1"));
+    const QString failed = importOne(QStringLiteral("9.2"), {{QStringLiteral("numberOfFrames"), 3}});
+    const QString later = importOne(QStringLiteral("9.3"));
+    importOne(QStringLiteral("9.4"), inStudy(QStringLiteral("other")));
+    index.recordUploadResult({}, failed, false);
+    const QString study = QStringLiteral("1.2");
+
+    EXPECT_EQ(index.studyFiles(study, 9),
+              (QList<QUrl>{index.fileURL(failed), index.fileURL(sent), index.fileURL(later)}));
+    EXPECT_EQ(index.studyFiles(study, 1), QList<QUrl>{index.fileURL(failed)});
+    EXPECT_TRUE(index.studyFiles(QStringLiteral("7.7"), 9).isEmpty());
+}
+
 TEST_F(StudySnapshots, ComputeTheirStateFromTheImages)
 {
     importOne(QStringLiteral("9.1"));

@@ -2,6 +2,7 @@
 
 #include "index/file_store.h"
 #include "index/index_store.h"
+#include "index/row_identity.h"
 #include "platform/concurrency/clock.h"
 #include "platform/sqlite/database.h"
 
@@ -18,6 +19,12 @@ namespace {
 constexpr const char *kReleaseSome =
     "UPDATE DicomImage SET notBefore = 0 WHERE pk IN (SELECT pk FROM DicomImage INDEXED BY "
     "DicomImage_retrying WHERE (syncState IS NULL OR syncState IN (0, 2, 3)) AND pathString <> '' "
+    "AND notBefore IS NOT NULL AND notBefore > 0 LIMIT ?)";
+
+constexpr const char *kReleaseSomeOfStudy =
+    "UPDATE DicomImage SET notBefore = 0 WHERE pk IN (SELECT DicomImage.pk FROM Series "
+    "JOIN DicomImage ON DicomImage.series = Series.pk WHERE Series.study = ? "
+    "AND (DicomImage.syncState IS NULL OR DicomImage.syncState IN (0, 2, 3)) AND pathString <> '' "
     "AND notBefore IS NOT NULL AND notBefore > 0 LIMIT ?)";
 
 constexpr const char *kHeldFiles =
@@ -73,11 +80,25 @@ std::int64_t FailedUploads::nowInMilliseconds() const
 
 void FailedUploads::releaseRetries()
 {
+    releaseInParts(
+        [](Database &database, int atOnce) { database.prepare(kReleaseSome).bindAll(atOnce).run(); });
+}
+
+void FailedUploads::releaseRetriesOf(const QString &identity)
+{
+    releaseInParts([&identity](Database &database, int atOnce) {
+        const std::int64_t study = findStudy(database, identity).value_or(0); // no row has that key
+        database.prepare(kReleaseSomeOfStudy).bindAll(study, atOnce).run();
+    });
+}
+
+void FailedUploads::releaseInParts(const Release &release)
+{
     constexpr int kAtOnce = 2000; // some 50 ms: importers wait no longer than for a sync
     std::int64_t released = 1;
     while (released > 0) {
         const bool saved = m_store.tryWrite([&](Database &database) {
-            database.prepare(kReleaseSome).bindAll(kAtOnce).run();
+            release(database, kAtOnce);
             released = database.changes();
         });
         if (!saved) {

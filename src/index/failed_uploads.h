@@ -7,10 +7,12 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 
 namespace gateway::platform {
 class Clock;
-}
+class Database;
+} // namespace gateway::platform
 
 namespace gateway::index {
 
@@ -34,6 +36,9 @@ public:
     std::optional<QDateTime> nextRetry() const override;
     void releaseRetries() override;
 
+    /// The same for the files of one study. \param identity  the `id` of a study's snapshot.
+    void releaseRetriesOf(const QString &identity);
+
     /// The files that wait for their time. Takes longer the more there are.
     WaitingRetries waitingRetries() const;
 
@@ -45,6 +50,9 @@ public:
     QList<UploadFailureCount> counts() const;
 
 private:
+    using Release = std::function<void(platform::Database &database, int atOnce)>;
+
+    void releaseInParts(const Release &release);
     std::int64_t nowInMilliseconds() const;
 
     IndexStore &m_store; // borrowed, outlive this

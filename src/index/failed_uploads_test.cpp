@@ -308,6 +308,24 @@ TEST_F(UploadRetries, AreAllDueOnceReleased)
     EXPECT_EQ(index.failedUploads().waitingRetries().files, 0);
 }
 
+TEST_F(UploadRetries, OfOneStudyAreDueOnceThatIsReleased)
+{
+    QStringList paths;
+    for (const char *study : {"1", "2", "3"}) {
+        paths.append(importOne(QStringLiteral("9.") + QString::fromLatin1(study),
+                               {{QStringLiteral("studyID"), QString::fromLatin1(study)}}));
+        fail(paths.last(), kRefused, 409, kPauses);
+    }
+
+    index.failedUploads().releaseRetriesOf(QStringLiteral("2"));
+    index.failedUploads().releaseRetriesOf(QStringLiteral("7.7"));
+
+    const QList<PendingImageUpload> due = index.pendingImageUploads(20);
+    ASSERT_EQ(due.size(), 1);
+    EXPECT_EQ(due.first().storagePath, paths[1]);
+    EXPECT_EQ(index.failedUploads().waitingRetries().files, 2);
+}
+
 TEST_F(UploadRetries, OfAFileThatCameAgainAreForgotten)
 {
     const QString before = importOne(QStringLiteral("9.1"));

@@ -6,6 +6,7 @@
 #include <QtCore/QList>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
+#include <QtCore/QUrl>
 
 namespace gateway::index {
 
@@ -23,6 +24,9 @@ public:
 
     /// The series of one study, by number. \param identity  the `id` of a study's snapshot.
     virtual QList<LocalSeriesSnapshot> seriesSnapshots(const QString &identity) = 0;
+
+    /// The files of one study, those whose upload failed first; at most `limit`.
+    virtual QList<QUrl> studyFiles(const QString &identity, int limit) = 0;
 
     /// Deletes studies with all that is theirs, whatever their state, in one transaction, and then the files
     /// to which no row refers any more. Doesn't roll up and posts nothing.

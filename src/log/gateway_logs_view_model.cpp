@@ -88,10 +88,10 @@ void GatewayLogsViewModel::setCategoryFilter(CategoryFilter filter)
     store(kCategoryFilterKey, rawValue(filter));
 }
 
-void GatewayLogsViewModel::setImageHash(const std::optional<QString> &hash)
+void GatewayLogsViewModel::setImageHashes(const QStringList &hashes)
 {
     enterMain();
-    m_filter.imageHash = hash;
+    m_filter.imageHashes = hashes;
     Q_EMIT changed();
     Q_EMIT filteredRowsChanged();
 }

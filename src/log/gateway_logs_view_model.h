@@ -10,6 +10,7 @@
 #include <QtCore/QDateTime>
 #include <QtCore/QObject>
 #include <QtCore/QString>
+#include <QtCore/QStringList>
 
 #include <chrono>
 #include <memory>
@@ -70,10 +71,10 @@ public:
     void setLevelFilter(LevelFilter filter);
     void setCategoryFilter(CategoryFilter filter);
 
-    /// Shows the life of one image in place of what the other filters let through, which come back when
-    /// nothing is given. Isn't stored. \param hash  of the image or of an association.
-    void setImageHash(const std::optional<QString> &hash);
-    const std::optional<QString> &imageHash() const { return m_filter.imageHash; }
+    /// Shows the lives of images in place of what the other filters let through, which come back when none
+    /// is given. Isn't stored. \param hashes  of images or of associations.
+    void setImageHashes(const QStringList &hashes);
+    const QStringList &imageHashes() const { return m_filter.imageHashes; }
 
     /// All rows of the last read that succeeded, unfiltered; never null.
     const std::shared_ptr<const LogRows> &rows() const { return m_rows; }

@@ -287,13 +287,13 @@ TEST_F(GatewayLogs, ShowTheLifeOfAnImageInPlaceOfTheFiltersUntilTheyComeBack)
     ASSERT_EQ(model->filteredRows().count(), 0);
     const int before = lists;
 
-    model->setImageHash(sent.fileHash);
+    model->setImageHashes({*sent.fileHash});
 
     EXPECT_EQ(lists, before + 1);
-    EXPECT_EQ(model->imageHash(), sent.fileHash);
+    EXPECT_EQ(model->imageHashes(), QStringList(*sent.fileHash));
     EXPECT_EQ(model->filteredRows().positions, std::vector<quint32>{1});
     makeModel(folder.path());
-    EXPECT_EQ(model->imageHash(), std::nullopt) << "a look at one image isn't kept for the next launch";
+    EXPECT_EQ(model->imageHashes(), QStringList()) << "a look at one image isn't kept for the next launch";
     EXPECT_EQ(model->levelFilter(), LevelFilter::error);
 }
 

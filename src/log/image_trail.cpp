@@ -38,32 +38,44 @@ class Trail
 public:
     explicit Trail(std::shared_ptr<const LogRows> rows) : m_rows(std::move(rows)), m_reader(m_rows) {}
 
-    FilteredLogRows follow(const QString &hash)
+    FilteredLogRows follow(const QStringList &hashes)
     {
-        begin(hash);
+        begin(hashes);
         while (std::exchange(m_isGrown, false)) {
             for (const quint32 position : holding(m_files)) {
-                if (m_rows->record(position).category == GatewayLogCategory::receive) {
-                    learn(position);
-                }
+                learn(position);
             }
         }
         return {m_rows, result()};
     }
 
 private:
-    /// The files that a hash stands for: itself, or those of the association that it names.
-    void begin(const QString &hash)
+    /// The files that hashes stand for: themselves, or those of the associations that they name.
+    void begin(const QStringList &hashes)
     {
-        bool isAssociation = false;
-        for (const quint32 position : holding({hash.toLower().toStdString()})) {
-            const std::optional<LogRow> row = m_reader.row(position);
-            if (row && row->event.assocHash == hash.toLower()) {
-                isAssociation = true;
+        Hashes named;
+        for (const QString &hash : hashes) {
+            add(named, hash.toLower());
+        }
+        for (const quint32 position : holding(named)) {
+            const std::optional<LogRow> row = rowOfReception(position);
+            if (row && row->event.assocHash && named.contains(row->event.assocHash->toStdString())) {
+                add(m_associations, row->event.assocHash);
                 add(m_files, row->event.fileHash);
             }
         }
-        add(isAssociation ? m_associations : m_files, hash.toLower());
+        for (const QString &hash : hashes) {
+            if (!m_associations.contains(hash.toLower().toStdString())) {
+                add(m_files, hash.toLower());
+            }
+        }
+    }
+
+    /// Associations are told of in events of the reception alone; the others needn't be read.
+    std::optional<LogRow> rowOfReception(quint32 position)
+    {
+        return m_rows->record(position).category == GatewayLogCategory::receive ? m_reader.row(position)
+                                                                                : std::nullopt;
     }
 
     /// Takes up what an event of the reception tells beside its file.
@@ -72,7 +84,7 @@ private:
         if (!m_learnt.insert(position).second) {
             return;
         }
-        if (const std::optional<LogRow> row = m_reader.row(position)) {
+        if (const std::optional<LogRow> row = rowOfReception(position)) {
             add(m_files, row->event.fileHash);
             add(m_files, storedFileHash(row->event));
             add(m_associations, row->event.assocHash);
@@ -149,9 +161,9 @@ bool isLogHash(const QString &text)
            });
 }
 
-FilteredLogRows imageTrail(std::shared_ptr<const LogRows> rows, const QString &hash)
+FilteredLogRows imageTrail(std::shared_ptr<const LogRows> rows, const QStringList &hashes)
 {
-    return Trail(std::move(rows)).follow(hash);
+    return Trail(std::move(rows)).follow(hashes);
 }
 
 } // namespace gateway::log

@@ -87,7 +87,7 @@ protected:
     {
         const auto rows =
             readLogRows(m_folder.path(), std::nullopt, std::make_shared<const LogRows>(), std::stop_token());
-        const FilteredLogRows life = imageTrail(rows, hash);
+        const FilteredLogRows life = imageTrail(rows, {hash});
         std::vector<GatewayLogAction> actions;
         for (qsizetype index = life.count() - 1; index >= 0; --index) {
             actions.push_back(rows->record(life.position(index)).action);
@@ -194,10 +194,22 @@ TEST_F(ImageTrail, IsTheWholeFilterWhereAnImageIsNamed)
         readLogRows(m_folder.path(), std::nullopt, std::make_shared<const LogRows>(), std::stop_token());
 
     const FilteredLogRows life = filterLogRows(
-        rows, {LevelFilter::error, CategoryFilter::listener, QStringLiteral("no such text"), kStored});
+        rows, {LevelFilter::error, CategoryFilter::listener, QStringLiteral("no such text"), {kStored}});
 
-    EXPECT_EQ(life.positions, imageTrail(rows, kStored).positions);
+    EXPECT_EQ(life.positions, imageTrail(rows, {kStored}).positions);
     EXPECT_EQ(life.count(), std::ssize(kWholeLife));
+}
+
+TEST_F(ImageTrail, OfSeveralImagesIsAllOfTheirLives)
+{
+    twoLives();
+    const auto rows =
+        readLogRows(m_folder.path(), std::nullopt, std::make_shared<const LogRows>(), std::stop_token());
+
+    const FilteredLogRows both = imageTrail(rows, {kStored, kOtherStored.toUpper()});
+
+    EXPECT_EQ(both.positions, imageTrail(rows, {kAssociation}).positions);
+    EXPECT_GT(both.count(), imageTrail(rows, {kStored}).count());
 }
 
 TEST(LogHash, HasSixteenHexadecimalDigits)

@@ -119,8 +119,8 @@ std::optional<CategoryFilter> categoryFilter(const QString &raw)
 
 FilteredLogRows filterLogRows(std::shared_ptr<const LogRows> rows, const LogFilter &filter)
 {
-    if (filter.imageHash) {
-        return imageTrail(std::move(rows), *filter.imageHash);
+    if (!filter.imageHashes.isEmpty()) {
+        return imageTrail(std::move(rows), filter.imageHashes);
     }
     FilteredLogRows filtered{std::move(rows), {}};
     const QString needle = filter.searchText.trimmed().toLower();

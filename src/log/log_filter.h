@@ -4,6 +4,7 @@
 
 #include <QtCore/QLatin1StringView>
 #include <QtCore/QString>
+#include <QtCore/QStringList>
 
 #include <memory>
 #include <optional>
@@ -50,9 +51,9 @@ struct LogFilter
     /// and the file, the name of the log file, the error's domain and message, and the details as key=value,
     /// each joined to the next by one blank.
     QString searchText;
-    /// A hash of an image or of an association; with one, exactly the rows of its life are shown (see
+    /// Hashes of images or of associations; with one, exactly the rows of their lives are shown (see
     /// image_trail.h), and nothing else here matters.
-    std::optional<QString> imageHash = std::nullopt;
+    QStringList imageHashes = {};
 
     bool operator==(const LogFilter &) const = default;
 };

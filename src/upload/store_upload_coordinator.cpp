@@ -82,6 +82,9 @@ void StoreUploadCoordinator::openFor(UploadUrgency urgency)
             m_gate.open();
         }
         break;
+    case UploadUrgency::openNow:
+        m_gate.open();
+        break;
     case UploadUrgency::everythingNow:
         m_with.retries.releaseRetries();
         m_gate.open();

@@ -23,6 +23,7 @@ enum class UploadUrgency
 {
     whenOpen,          ///< nothing: it waits with the others while the gate is closed
     unlessAskedToWait, ///< the gate, unless the cloud itself named a time
+    openNow,           ///< the gate: a person wants something that waits behind it
     everythingNow      ///< the gate, and every file that waits for its time: a person wants it
 };
 

@@ -457,6 +457,18 @@ TEST_F(StoreUploadCoordinatorTest, APersonOpensTheGateAndLetsEverythingBeTried)
     EXPECT_EQ(index.releases(), 1);
 }
 
+TEST_F(StoreUploadCoordinatorTest, APersonOpensTheGateForOneStudyAndReleasesNoOther)
+{
+    meetTrouble({{core::FailureClass::tooManyRequests, 429}, std::chrono::minutes(5)});
+
+    request("local_browser", UploadUrgency::openNow);
+    log.waitFor(GatewayLogAction::uploadRunStarted, 2);
+    runs.endOne();
+    log.waitFor(GatewayLogAction::uploadRunFinished, 2);
+
+    EXPECT_EQ(index.releases(), 0);
+}
+
 TEST_F(StoreUploadCoordinatorTest, ACloudThatIsBackOpensTheGateUnlessItAskedToWait)
 {
     meetTrouble();

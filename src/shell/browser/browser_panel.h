@@ -66,6 +66,9 @@ public:
 
     BrowserTableView &view() { return *m_view; }
 
+    /// Says in one sentence what was done, or why it couldn't be.
+    void tell(const QString &symbol, const QString &sentence, bool isWell);
+
     /// Looks again at whether somebody is signed in.
     void refreshState() { showState(); }
 
@@ -99,7 +102,6 @@ private:
     void copyCells(bool wholeRows);
     void askToExport();
     QCoro::Task<> exportTo(QString file);
-    void tell(const QString &symbol, const QString &sentence, bool isWell);
 
     const BrowserPanelParts m_parts;
     BrowserTableModel *m_model;

@@ -4,6 +4,7 @@
 #include "browser/local_table.h"
 
 #include <QtCore/QString>
+#include <QtCore/QStringList>
 
 #include <functional>
 #include <memory>
@@ -51,7 +52,15 @@ struct CloudBrowserDoor
 struct LocalBrowserDoor
 {
     browser::LocalBrowserParts local;
-    std::function<void()> sendNow; ///< asks for an upload of all that waits
+
+    /// Asks for an upload of what a study lacks in the cloud, also where it waits for a later time.
+    std::function<void(const QString &study)> sendNow;
+
+    /// Shows a folder in the desktop's file browser; false when that can't be done.
+    std::function<bool(const QString &directory)> openFolder;
+
+    /// Shows the lives of images in the log. \param hashes  as the log names them.
+    std::function<void(const QStringList &hashes)> followInLog;
 };
 
 } // namespace gateway::shell

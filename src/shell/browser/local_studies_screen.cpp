@@ -4,14 +4,13 @@
 #include "shell/browser/browser_panel.h"
 #include "shell/browser/browser_table_view.h"
 #include "shell/browser/series_sheet.h"
+#include "shell/browser/study_actions.h"
 #include "shell/browser/table_keeper.h"
 #include "shell/controls/button.h"
 #include "shell/controls/card.h"
 #include "shell/controls/chip.h"
 #include "shell/controls/inline_error.h"
 #include "shell/theme/theme.h"
-
-#include <QtWidgets/QMenu>
 
 #include <utility>
 
@@ -28,6 +27,7 @@ LocalStudiesScreen::LocalStudiesScreen(const BrowserParts &parts,
                                 .pool = parts.pool,
                                 .table = *m_table,
                                 .chooseFile = parts.chooseFile})),
+      m_actions(std::make_unique<StudyActions>(parts, door, *m_table, *m_panel)),
       m_failedOnly(new FilterChip(parts.theme, tr("Failed Only"))), m_reasons(new InlineError(parts.theme)),
       m_scope(parts.main, parts.pool)
 {
@@ -60,11 +60,10 @@ LocalStudiesScreen::LocalStudiesScreen(const BrowserParts &parts,
         chooseFirstFailure();
         showReasons();
     });
-    connect(m_reasons, &InlineError::actionRequested, this, [this] { m_door.sendNow(); });
-    connect(m_panel, &BrowserPanel::menuOpens, this, [this](QMenu *menu, const QString &) {
-        QAction *send = menu->addAction(m_parts.theme.icon(u"paperplane.fill"), tr("Send Now"));
-        connect(send, &QAction::triggered, this, [this] { m_door.sendNow(); });
+    connect(m_reasons, &InlineError::actionRequested, this, [this] {
+        m_actions->sendNow(m_panel->view().currentId());
     });
+    connect(m_panel, &BrowserPanel::menuOpens, m_actions.get(), &StudyActions::addTo);
     load();
 }
 
@@ -74,6 +73,7 @@ LocalStudiesScreen::~LocalStudiesScreen()
     m_panel->view().selectionModel()->disconnect(this);
     m_table->disconnect(this);
     delete m_series;
+    m_actions.reset();
     delete m_panel; // before its table
     m_parts.keeper.keep(std::move(m_table));
 }

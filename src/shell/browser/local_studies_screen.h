@@ -7,12 +7,15 @@
 
 #include <QtCore/QPointer>
 
+#include <memory>
+
 namespace gateway::shell {
 
 class BrowserPanel;
 class FilterChip;
 class InlineError;
 class SeriesSheet;
+class StudyActions;
 
 /// The studies of this machine, with what became of their uploads.
 ///
@@ -42,6 +45,7 @@ private:
     const LocalBrowserDoor m_door;
     std::shared_ptr<browser::QuorinGatewayLocalStudyTableViewModel> m_table;
     BrowserPanel *m_panel;
+    std::unique_ptr<StudyActions> m_actions;
     FilterChip *m_failedOnly;
     InlineError *m_reasons;
     QString m_shownReasons;

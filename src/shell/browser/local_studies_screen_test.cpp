@@ -2,8 +2,12 @@
 
 #include "core/notification_names.h"
 #include "index/upload_failure.h"
+#include "log/redaction.h"
 #include "shell/browser/series_sheet.h"
 #include "shell/browser/testing/browser_screen_world.h"
+#include "shell/controls/toast.h"
+
+#include <QtCore/QFileInfo>
 
 namespace gateway::shell::testing {
 
@@ -62,6 +66,30 @@ struct LocalScreen : BrowserScreenWorld
     {
         open(controller);
         runUntil([&] { return screen().table().lastUpdatedAt() && !screen().table().isLoading(); });
+    }
+
+    /// What the menu about a study offers under these words; opened at its row.
+    QAction *actionOn(const QString &study, const QString &words)
+    {
+        delete view().findChild<QMenu *>();
+        for (int row = 0; row < view().model()->rowCount(); ++row) {
+            view().selectRow(row);
+            if (view().currentId() == study) {
+                Q_EMIT view().customContextMenuRequested(
+                    view().visualRect(view().model()->index(row, 1)).center());
+            }
+        }
+        const QList<QAction *> actions = view().findChild<QMenu *>()->actions();
+        const auto found =
+            std::ranges::find_if(actions, [&](const QAction *each) { return each->text() == words; });
+        return found != actions.end() ? *found : nullptr;
+    }
+
+    Toast *toast() { return window().findChild<Toast *>(); }
+
+    bool says(const QString &words)
+    {
+        return toast() != nullptr && toast()->isVisible() && toast()->accessibleWords() == words;
     }
 
     QWidget &window() { return *controller.window(); }
@@ -186,7 +214,7 @@ TEST_F(LocalScreen, ShowsFailedStudiesWithTheirReasons)
     }
     picture(window(), QStringLiteral("local-studies-failed-dark"));
     press(window(), QStringLiteral("Send Now"));
-    EXPECT_EQ(sends, 1);
+    EXPECT_EQ(sent, QStringList(QStringLiteral("1.3")));
     press(window(), QStringLiteral("Failed Only"));
     EXPECT_EQ(view().model()->rowCount(), 5);
 }
@@ -227,11 +255,74 @@ TEST_F(LocalScreen, OffersWhatHelpsOnARightClick)
         }
     }
 
-    EXPECT_EQ(
-        offered,
-        QStringList(
-            {u"Show Series"_qs, u"Send Now"_qs, u"Copy Cell"_qs, u"Copy Rows"_qs, u"Delete Selected…"_qs}));
+    EXPECT_EQ(offered,
+              QStringList({u"Show Series"_qs,
+                           u"Send Now"_qs,
+                           u"Show in Folder"_qs,
+                           u"Follow in the Log"_qs,
+                           u"Copy Cell"_qs,
+                           u"Copy Rows"_qs,
+                           u"Delete Selected…"_qs}));
     menu->close();
+}
+
+TEST_F(LocalScreen, SendsOneStudyAloneAndNoneThatIsInTheCloud)
+{
+    sync(2);
+    openLoaded();
+
+    EXPECT_FALSE(actionOn(QStringLiteral("1.2"), QStringLiteral("Send Now"))->isEnabled());
+    actionOn(QStringLiteral("1.3"), QStringLiteral("Send Now"))->trigger();
+
+    EXPECT_EQ(sent, QStringList(QStringLiteral("1.3")));
+    EXPECT_TRUE(
+        says(QStringLiteral("What this study has not sent yet is tried now, as soon as it is its turn.")));
+}
+
+TEST_F(LocalScreen, ShowsTheFilesOfAStudyInTheirFolder)
+{
+    openLoaded();
+    const QString study = QStringLiteral("1.3");
+    const QString file = store.index().studyFiles(study, 1).first().toLocalFile();
+
+    actionOn(study, QStringLiteral("Show in Folder"))->trigger();
+    runUntil([&] { return !openedFolders.isEmpty(); });
+
+    EXPECT_EQ(openedFolders, QStringList(QFileInfo(file).path()));
+    isFolderShown = false;
+    actionOn(study, QStringLiteral("Show in Folder"))->trigger();
+    runUntil([&] { return says(QStringLiteral("The folder can't be opened: ") + QFileInfo(file).path()); });
+}
+
+TEST_F(LocalScreen, FollowsTheImagesOfAStudyInTheLog)
+{
+    openLoaded();
+    const QString study = QStringLiteral("1.3");
+    QStringList hashes;
+    for (const QUrl &file : store.index().studyFiles(study, 99)) {
+        hashes.append(*log::hashedFileURL(file));
+    }
+
+    actionOn(study, QStringLiteral("Follow in the Log"))->trigger();
+    runUntil([&] { return !followed.isEmpty(); });
+
+    EXPECT_EQ(followed, hashes);
+    EXPECT_EQ(followed.size(), 2);
+}
+
+TEST_F(LocalScreen, TellsThatAStudyHasNoFilesToShow)
+{
+    openLoaded();
+    const QString study = QStringLiteral("1.3");
+    store.execute(QStringLiteral("UPDATE DicomImage SET pathString = ''"));
+
+    for (const char *words : {"Show in Folder", "Follow in the Log"}) {
+        actionOn(study, QString::fromLatin1(words))->trigger();
+        runUntil([&] { return says(QStringLiteral("This study has no files here.")); });
+        toast()->hide();
+    }
+    EXPECT_TRUE(openedFolders.isEmpty());
+    EXPECT_TRUE(followed.isEmpty());
 }
 
 TEST_F(LocalScreen, ClipsNothingInALongLanguageInTheSmallestWindow)

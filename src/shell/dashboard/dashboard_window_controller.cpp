@@ -27,6 +27,12 @@ void DashboardWindowController::showTerms()
     m_view->showTerms();
 }
 
+void DashboardWindowController::showLogs()
+{
+    show();
+    m_view->setSelectedScreen(Screen::logs);
+}
+
 DashboardView *DashboardWindowController::view() const
 {
     return m_view;

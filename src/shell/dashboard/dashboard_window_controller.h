@@ -23,6 +23,9 @@ public:
     /// Shows the window with the sheet of the terms over it.
     void showTerms();
 
+    /// Shows the window with the transfer log in it.
+    void showLogs();
+
     /// Null before the first `show`.
     QWidget *window() const { return m_controller.window(); }
     DashboardView *view() const;

@@ -57,6 +57,11 @@ void quit()
     QCoreApplication::exit(); // not quit(), which windows may refuse
 }
 
+bool openFolder(const QString &directory)
+{
+    return QDesktopServices::openUrl(QUrl::fromLocalFile(directory));
+}
+
 QString chooseExportFile(QWidget *parent, const QString &suggestedName)
 {
     const QDir documents(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
@@ -178,7 +183,14 @@ LocalStudiesWindowController &DesktopScreens::localStudies()
 {
     if (m_localStudies == nullptr) {
         m_localStudies = std::make_unique<LocalStudiesWindowController>(
-            browserParts(), LocalBrowserDoor{m_models.browsers.local, m_models.browsers.sendNow});
+            browserParts(),
+            LocalBrowserDoor{m_models.browsers.local,
+                             m_models.browsers.sendNow,
+                             openFolder,
+                             [this](const QStringList &hashes) {
+                                 m_logs.setImageHashes(hashes);
+                                 dashboard().showLogs();
+                             }});
     }
     return *m_localStudies;
 }
@@ -235,10 +247,7 @@ DashboardParts DesktopScreens::dashboardParts()
             .pool = m_models.runtime.pool,
             .clock = m_models.runtime.clock,
             .timeZone = [] { return QTimeZone::systemTimeZone(); },
-            .openFolder =
-                [](const QString &directory) {
-                    return QDesktopServices::openUrl(QUrl::fromLocalFile(directory));
-                },
+            .openFolder = openFolder,
             .actions = {.openPreferences = [this] { post(core::kOpenPreferences); },
                         .openLocalStudies = [this] { localStudies().show(); },
                         .openFailedStudies = [this] { localStudies().showFailures(); },

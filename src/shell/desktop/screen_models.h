@@ -85,7 +85,7 @@ struct ScreenModels
     {
         browser::CloudBrowserParts cloud;
         browser::LocalBrowserParts local;
-        std::function<void()> sendNow; ///< asks for an upload of all that waits
+        std::function<void(const QString &study)> sendNow; ///< asks for an upload of what a study lacks
     };
 
     Runtime runtime;

@@ -491,6 +491,7 @@
 <message><source>As soon as images are received or sent, what happens to them is listed here.</source><translation>Sobald Bilder empfangen oder gesendet werden, steht hier, was mit ihnen geschieht.</translation></message>
 <message><source>From association to removal: %1</source><translation>Von der Assoziation bis zum Löschen: %1</translation></message>
 <message><source>Show All Events</source><translation>Alle Ereignisse anzeigen</translation></message>
+<message><source>From association to removal, images: %L1</source><translation>Von der Assoziation bis zum Löschen, Bilder: %L1</translation></message>
 </context>
 <context><name>gateway::shell::LogTable</name>
 <message><source>Log events</source><translation>Protokollereignisse</translation></message>
@@ -675,6 +676,15 @@
 <context><name>gateway::shell::StorageUsageRing</name>
 <message><source>%1%</source><translation>%1 %</translation></message>
 <message><source>Used storage</source><translation>Belegter Speicher</translation></message>
+</context>
+<context><name>gateway::shell::StudyActions</name>
+<message><source>Send Now</source><translation>Jetzt senden</translation></message>
+<message><source>Show in Folder</source><translation>Im Ordner zeigen</translation></message>
+<message><source>Follow in the Log</source><translation>Im Protokoll verfolgen</translation></message>
+<message><source>What this study has not sent yet is tried now, as soon as it is its turn.</source><translation>Was von dieser Studie noch nicht gesendet ist, wird jetzt versucht, sobald es an der Reihe ist.</translation></message>
+<message><source>This study has no files here.</source><translation>Von dieser Studie gibt es hier keine Dateien.</translation></message>
+<message><source>The folder can't be opened: %1</source><translation>Der Ordner lässt sich nicht öffnen: %1</translation></message>
+<message><source>The log shows %L1 of its images, those that failed first.</source><translation>Das Protokoll zeigt %L1 ihrer Bilder, die gescheiterten zuerst.</translation></message>
 </context>
 <context><name>gateway::shell::SummaryPill</name>
 <message><source>%1: %2</source><translation>%1: %2</translation></message>

@@ -133,22 +133,22 @@ bool LogScreen::isFiltered() const
 {
     return m_parts.model.levelFilter() != log::LevelFilter::all ||
            m_parts.model.categoryFilter() != log::CategoryFilter::all ||
-           !m_parts.model.searchText().trimmed().isEmpty() || m_parts.model.imageHash();
+           !m_parts.model.searchText().trimmed().isEmpty() || !m_parts.model.imageHashes().isEmpty();
 }
 
 /// The selected row stays selected: it belongs to that life.
 void LogScreen::showLife(const QString &hash)
 {
     m_table->setFocus(); // the field of the search may have it, which goes
-    m_parts.model.setImageHash(hash);
+    m_parts.model.setImageHashes({hash});
     scrollUpUnlessSelected();
 }
 
 /// Shows again what the filters let through.
 void LogScreen::endLife()
 {
-    if (m_parts.model.imageHash()) {
-        m_parts.model.setImageHash(std::nullopt);
+    if (!m_parts.model.imageHashes().isEmpty()) {
+        m_parts.model.setImageHashes({});
         scrollUpUnlessSelected();
     }
 }
@@ -175,10 +175,11 @@ void LogScreen::showFilters()
     m_level->setCurrentIndex(m_level->findData(static_cast<int>(m_parts.model.levelFilter())));
     m_category->setCurrentIndex(m_category->findData(static_cast<int>(m_parts.model.categoryFilter())));
     m_reset->setEnabled(isFiltered());
-    const std::optional<QString> &hash = m_parts.model.imageHash();
-    m_filters->setVisible(!hash);
-    m_lifeBar->setVisible(hash.has_value());
-    m_life->setText(hash ? tr("From association to removal: %1").arg(*hash) : QString());
+    const QStringList &hashes = m_parts.model.imageHashes();
+    m_filters->setVisible(hashes.isEmpty());
+    m_lifeBar->setVisible(!hashes.isEmpty());
+    m_life->setText(hashes.size() > 1 ? tr("From association to removal, images: %L1").arg(hashes.size())
+                                      : tr("From association to removal: %1").arg(hashes.value(0)));
 }
 
 void LogScreen::showRows()

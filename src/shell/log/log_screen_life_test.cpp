@@ -74,14 +74,14 @@ TEST_F(LogScreenTest, OffersTheLifeOfAnImageWhereTheRowHasOne)
     QTest::mouseClick(&button(QStringLiteral("Show Lives of Its Images")), Qt::LeftButton);
 
     EXPECT_EQ(rowCount(), 1);
-    EXPECT_EQ(model->imageHash(), QStringLiteral("aaaaaaaaaaaaaaaa"));
+    EXPECT_EQ(model->imageHashes(), QStringList(QStringLiteral("aaaaaaaaaaaaaaaa")));
 }
 
 TEST_F(LogScreenTest, LeavesTheLifeOfAnImageForASearch)
 {
     fill(0, 10);
     open();
-    model->setImageHash(QStringLiteral("0123456789abcdef"));
+    model->setImageHashes({QStringLiteral("0123456789abcdef")});
     ASSERT_FALSE(the<SearchField>().isVisible());
     table().setFocus();
 
@@ -95,7 +95,7 @@ TEST_F(LogScreenTest, ComesBackToAllEventsFromALifeThatWasDeleted)
 {
     fill(0, 10);
     open();
-    model->setImageHash(QStringLiteral("ffffffffffffffff"));
+    model->setImageHashes({QStringLiteral("ffffffffffffffff")});
     ASSERT_EQ(rowCount(), 0);
 
     QTest::mouseClick(&button(QStringLiteral("Reset Filters")), Qt::LeftButton);

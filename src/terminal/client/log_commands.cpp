@@ -79,7 +79,10 @@ std::optional<log::LogFilter> filterOf(const LogsCommand &command)
                 .arg(*command.imageHash));
         return std::nullopt;
     }
-    return log::LogFilter{*level, *category, command.searchText, command.imageHash};
+    return log::LogFilter{*level,
+                          *category,
+                          command.searchText,
+                          command.imageHash ? QStringList(*command.imageHash) : QStringList()};
 }
 
 /// Standard output for as long as somebody reads it.

@@ -69,7 +69,12 @@ struct BrowserScreenWorld : account::testing::SessionWorld
                  store.notifications,
                  {main, pool, clock},
                  [this] { ++refreshed; }},
-                [this] { ++sends; }};
+                [this](const QString &study) { sent.append(study); },
+                [this](const QString &directory) {
+                    openedFolders.append(directory);
+                    return isFolderShown;
+                },
+                [this](const QStringList &hashes) { followed = hashes; }};
     }
 
     template <typename Controller>
@@ -174,7 +179,10 @@ struct BrowserScreenWorld : account::testing::SessionWorld
     QString suggestedName;
     int signInSheets = 0;
     int refreshed = 0;
-    int sends = 0;
+    QStringList sent;
+    QStringList openedFolders;
+    bool isFolderShown = true;
+    QStringList followed;
 };
 
 } // namespace gateway::shell::testing
