@@ -1,61 +1,11 @@
 """The gateway in front of an archive of others': Orthanc with its DICOMweb plugin."""
 
-import base64
 import json
-import subprocess
 import unittest
 
-from harness import (EMAIL, PASSWORD, TITLE, EndToEndTest, attributes_of, await_true, end, environment, free_port,
-                     identity_of, pixels_of, request, send)
+from harness import TITLE, EndToEndTest, attributes_of, await_true, identity_of, pixels_of, send
 from odd_objects import DELIMITER, EXPLICIT, RLE, Sender, dataset, dataset_of, with_fragments
-
-PLUGIN = "/usr/share/orthanc/plugins/libOrthancDicomWeb.so"
-ROOT = "/dicom-web"
-
-
-class Orthanc:
-    """One of its own: one user, HTTP on the loopback, no DICOM listener."""
-
-    def __init__(self, folder):
-        self._log = folder / "orthanc.log"
-        port = free_port()
-        self.address = f"http://127.0.0.1:{port}"
-        (folder / "orthanc").mkdir()
-        configuration = folder / "orthanc.json"
-        configuration.write_text(json.dumps({
-            "Name": "e2e", "StorageDirectory": str(folder / "orthanc"), "IndexDirectory": str(folder / "orthanc"),
-            "Plugins": [PLUGIN], "HttpPort": port, "HttpBindAddresses": ["127.0.0.1"], "RemoteAccessAllowed": False,
-            "DicomServerEnabled": False, "AuthenticationEnabled": True, "RegisteredUsers": {EMAIL: PASSWORD},
-            "DicomWeb": {"Enable": True, "Root": "/dicom-web/"}}))
-        with open(self._log, "w", encoding="utf-8") as log:
-            self.process = subprocess.Popen(["Orthanc", configuration], stdout=log, stderr=log, env=environment())
-        await_true("Orthanc", self._answers, self.process)
-
-    def _answers(self):
-        try:
-            return self.get("/system")
-        except OSError:
-            return None
-
-    def get(self, path):
-        user = base64.b64encode(f"{EMAIL}:{PASSWORD}".encode()).decode()
-        status, _, body = request(self.address + path, headers={"Authorization": f"Basic {user}"})
-        if status != 200:
-            raise AssertionError(f"{path} was answered with {status}: {body!r}")
-        return body
-
-    def files(self, folder):
-        """SOP instance UID -> its file, by Orthanc's own interface."""
-        found = {}
-        for key in json.loads(self.get("/instances")):
-            file = folder / f"{key}.dcm"
-            file.write_bytes(self.get(f"/instances/{key}/file"))
-            found[identity_of(file)[2]] = file
-        return found
-
-    def end(self):
-        end(self.process)
-
+from orthanc import Orthanc
 
 class BehindAnArchive(EndToEndTest):
 
@@ -63,7 +13,7 @@ class BehindAnArchive(EndToEndTest):
         super().setUp()
         self.orthanc = Orthanc(self.folder)
         self.addCleanup(self.orthanc.end)
-        self.gateway = self.start_gateway(self.orthanc.address + ROOT, kind="dicomweb")
+        self.gateway = self.start_gateway(self.orthanc.root, kind="dicomweb")
 
     def test_everything_that_is_sent_arrives(self):
         # Given

@@ -1,24 +1,25 @@
 """A user at a desktop looks at what this computer and the cloud hold, opens series, and deletes with real clicks."""
 
+import csv
+import re
 import unittest
+from pathlib import Path
+from urllib.parse import unquote, urlsplit
 
-from rig import FaceTest, await_true, send
+from rig import FaceTest, Orthanc, await_true, identity_of, send
 
 ROW = 36  # of a table, and of its header
 DETAILS = 38  # the middle of the first column
 
 
-class Browsers(FaceTest):
+class BrowserTest(FaceTest):
 
     def setUp(self):
         super().setUp()
-        self.sent = self.samples(ct=3)
         self.dashboard = self.open_dashboard()
         self.sign_in(self.dashboard)
         self.desktop.keys("Return")
         self.desktop.see_gone(self.dashboard, "Sign In Successful")
-        send(self.gateway, self.sent)
-        self.gateway.await_synced(self.sent)
 
     def open_from_card(self, card, title):
         """By the only entry of a card's menu."""
@@ -42,6 +43,24 @@ class Browsers(FaceTest):
 
     def stored_files(self):
         return [path for path in (self.gateway.home / "Documents/Pavan Data").rglob("*.dcm")]
+
+    def query_all(self, window):
+        """Runs the query without filters; the table of what it found."""
+        self.see(window, "No query executed yet.*")
+        self.desktop.click(self.see(window, "Patient Name", "text"))
+        self.desktop.keys("Return")
+        table = self.see(window, "Studies", "table")
+        self.see(window, "Showing .*")
+        return table
+
+
+class Browsers(BrowserTest):
+
+    def setUp(self):
+        super().setUp()
+        self.sent = self.samples(ct=3)
+        send(self.gateway, self.sent)
+        self.gateway.await_synced(self.sent)
 
     def test_local_studies_are_deleted_with_their_files(self):
         # Given
@@ -80,11 +99,7 @@ class Browsers(FaceTest):
     def test_studies_of_the_cloud_are_queried_and_deleted(self):
         # Given
         window = self.open_from_card("Sent Items", "Quorin Cloud Studies")
-        self.see(window, "No query executed yet.*")
-        self.desktop.click(self.see(window, "Patient Name", "text"))
-        self.desktop.keys("Return")
-        table = self.see(window, "Studies", "table")
-        self.see(window, "Showing .*")
+        table = self.query_all(window)
         self.picture("found")
 
         # When a person looks at the series of the first study
@@ -104,6 +119,127 @@ class Browsers(FaceTest):
         self.assertEqual(self.cloud.instances(), {})
         self.assertEqual(len(self.stored_files()), len(self.sent), "what is here stays")
         self.picture("gone")
+
+    def test_what_is_shown_is_exported_to_a_file_that_a_person_names(self):
+        # Given
+        window = self.open_from_card("Received Items", "Local Studies")
+        self.see(window, "Showing .*")
+        target = self.folder / "what is here.csv"
+
+        # When
+        self.desktop.click(self.see(window, "Export….*", "push button"))
+        self.see(window, "Export This Table\\?")
+        self.desktop.click(self.see(window, "Choose File…", "push button"))
+        self.desktop.window("Export Table")
+        self.picture("panel")
+        self.desktop.keys("ctrl+a")
+        self.desktop.write(str(target))
+        self.desktop.keys("Return")
+
+        # Then
+        self.see(window, f"Exported to {re.escape(str(target))}")
+        with open(target, encoding="utf-8-sig", newline="") as written:
+            rows = list(csv.reader(written))
+        self.assertIn("Patient Name", rows[0])
+        self.assertEqual(len(rows) - 1, len({identity_of(file)[0] for file in self.sent}))
+        self.picture("exported")
+
+    def test_a_right_click_leads_to_the_files_of_a_study_and_to_its_lines_in_the_log(self):
+        # Given
+        window = self.open_from_card("Received Items", "Local Studies")
+        table = self.see(window, "Studies", "table")
+        self.see(window, "Showing .*")
+
+        # When a person asks for the folder; nothing is left to send
+        self.desktop.click(self.place_in(table, 0, 200), button=3)
+        self.picture("menu")
+        self.desktop.keys("Down", "Down", "Return")
+
+        # Then
+        folders = {path.parent for path in self.stored_files()}
+        await_true("the folder to be opened", self.desktop.opened, self.gateway.process)
+        self.assertIn(Path(unquote(urlsplit(self.desktop.opened()[0]).path)), folders)
+
+        # When they ask for its lines in the log
+        self.desktop.click(self.place_in(table, 0, 200), button=3)
+        self.desktop.keys("Down", "Down", "Down", "Return")
+
+        # Then
+        self.see(self.dashboard, "From association to removal.*")
+        self.see(self.dashboard, "Showing [1-9].* logs")
+        self.picture("log")
+
+
+class OneStudy(BrowserTest):
+
+    def test_is_sent_alone_by_a_right_click(self):
+        # Given two studies that the cloud refuses
+        self.sent = self.samples(seed=1, ct=1) + self.samples(seed=2, ct=1)
+        uids = {identity_of(file)[2] for file in self.sent}
+        self.assertEqual(len({identity_of(file)[0] for file in self.sent}), 2)
+        self.cloud.steer("refuse-instances", sopInstanceUIDs=list(uids), count=None)
+        send(self.gateway, self.sent)
+        self.gateway.await_status("both to be refused", lambda s: s["counters"]["failed"] == 2)
+        self.cloud.steer("faults/clear")
+        window = self.open_from_card("Received Items", "Local Studies")
+        table = self.see(window, "Studies", "table")
+        self.see(window, "Showing 2 of 2")
+
+        # When
+        self.desktop.click(self.place_in(table, 1, 200), button=3)
+        self.desktop.keys("Down", "Down", "Return")
+
+        # Then
+        self.see(window, "What this study has not sent yet is tried now.*")
+        status = self.gateway.await_status("one study to be sent", lambda s: s["counters"]["synced"] == 1
+                                           and not s["upload"]["running"])
+        self.assertEqual(status["counters"]["failed"], 1, "the other waits for its time")
+        self.assertEqual(len(self.cloud.instances()), 1)
+        self.picture("sent")
+
+
+class BehindAnArchive(BrowserTest):
+    """The windows over an archive of others."""
+
+    def start_service(self):
+        self.orthanc = Orthanc(self.folder)
+        self.addCleanup(self.orthanc.end)
+        return self.orthanc.root, "dicomweb"
+
+    def test_what_it_holds_is_shown_and_a_deletion_that_it_refuses_is_told(self):
+        # Given
+        self.sent = self.samples(ct=3)
+        send(self.gateway, self.sent)
+        self.gateway.await_synced(self.sent)
+        window = self.open_from_card("Sent Items", "Quorin Cloud Studies")
+        studies = len({identity_of(file)[0] for file in self.sent})
+
+        # When
+        table = self.query_all(window)
+
+        # Then
+        self.see(window, f"Showing {studies} of {studies}")
+        self.picture("found")
+
+        # When a person looks at the series of the first study
+        self.desktop.click(self.place_in(table, 0, DETAILS))
+        self.see(window, "Quorin Cloud Series")
+        self.see(window, "Series", "table")
+        self.picture("series")
+        self.desktop.click(self.see(window, "Close", "push button"))
+        self.desktop.see_gone(window, "Quorin Cloud Series")
+
+        # When they delete all, which this archive doesn't offer by DICOMweb
+        self.desktop.click(self.place_in(table, 0, 200))
+        self.desktop.keys("ctrl+a", "Delete")
+        self.confirm(window, "Studies")
+
+        # Then
+        self.see(window, f"Deleted 0 of {studies} selected studies\\. {studies} failed\\. Last error: .*"
+                 "does not offer this \\(status 405\\)\\.")
+        self.see(window, f"Showing {studies} of {studies}")
+        self.assertEqual(len(self.orthanc.files(self.folder)), len(self.sent))
+        self.picture("refused")
 
 
 if __name__ == "__main__":

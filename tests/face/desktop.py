@@ -54,6 +54,7 @@ class Desktop:
                            "XDG_CONFIG_HOME": str(self.folder / "config"),
                            "XDG_CACHE_HOME": str(self.folder / "cache"),
                            "XDG_DATA_HOME": str(self.folder / "data")}
+        self._make_opener()
         self._start_screen()
         self._start_bus()
         self._start_manager_and_tray()
@@ -89,6 +90,19 @@ class Desktop:
                 os.killpg(process.pid, signal.SIGKILL)
                 process.wait()
         shutil.rmtree(self.folder, ignore_errors=True)
+
+    def _make_opener(self):
+        """What programs hand files and folders to; keeps the names."""
+        opener = self.folder / "bin/xdg-open"
+        opener.parent.mkdir()
+        opener.write_text(f'#!/bin/sh\necho "$1" >>{self.folder}/opened\n', encoding="utf-8")
+        opener.chmod(0o755)
+        self._variables["PATH"] = f"{opener.parent}:{os.environ['PATH']}"
+
+    def opened(self):
+        """What programs asked the desktop to open."""
+        names = self.folder / "opened"
+        return names.read_text(encoding="utf-8").splitlines() if names.exists() else []
 
     def _start_screen(self):
         reading, writing = os.pipe()

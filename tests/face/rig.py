@@ -9,7 +9,8 @@ from desktop import Desktop
 
 sys.path.insert(0, str(Path(__file__).resolve().parent.parent / "e2e"))
 from harness import (EMAIL, PASSWORD, PROGRAMS, TITLE, EndToEndTest, Gateway, await_true,  # noqa: E402,F401
-                     free_port, run, send)
+                     free_port, identity_of, run, send)
+from orthanc import Orthanc  # noqa: E402,F401
 
 DASHBOARD = "Quorin Gateway"  # the title of its window
 
@@ -17,8 +18,8 @@ DASHBOARD = "Quorin Gateway"  # the title of its window
 class DesktopGateway(Gateway):
     """A gateway with its face on a desktop."""
 
-    def __init__(self, folder, cloud_address, desktop):
-        super().__init__(folder, cloud_address, face=(), variables=desktop.variables)
+    def __init__(self, folder, cloud_address, desktop, kind="quorin"):
+        super().__init__(folder, cloud_address, kind, face=(), variables=desktop.variables)
 
 
 class FaceTest(EndToEndTest):
@@ -30,13 +31,18 @@ class FaceTest(EndToEndTest):
         super().setUp()
         self.desktop = Desktop()
         self.addCleanup(self.desktop.close)
-        self.cloud = self.start_cloud()
+        address, kind = self.start_service()
         if self.IS_SET_UP:
             self.set_up_before_the_start()
-        self.gateway = DesktopGateway(self.folder, self.cloud.address, self.desktop)
+        self.gateway = DesktopGateway(self.folder, address, self.desktop, kind)
         if self.IS_SET_UP:
             self.gateway.port = self.port
         self.addCleanup(self.gateway.end)
+
+    def start_service(self):
+        """Where the gateway uploads to, and of which kind that is."""
+        self.cloud = self.start_cloud()
+        return self.cloud.address, "quorin"
 
     def set_up_before_the_start(self):
         self.port = free_port()

@@ -5,6 +5,7 @@
 #include "shell/browser/series_sheet.h"
 #include "shell/browser/testing/browser_screen_world.h"
 #include "shell/controls/combo_box.h"
+#include "shell/language/translations.h"
 
 #include <QtCore/QFile>
 #include <QtWidgets/QStackedWidget>
@@ -405,6 +406,23 @@ TEST_F(CloudScreen, ClipsNothingInALongLanguageInTheSmallestWindow)
     EXPECT_EQ(clippedIn(*other.window()).join(u'|').toStdString(), "");
     picture(*other.window(), QStringLiteral("cloud-studies-smallest-long"));
     qApp->removeTranslator(&longer);
+}
+
+TEST_F(CloudScreen, ClipsNothingInGermanInTheSmallestWindow)
+{
+    const Translations german{QLocale(QLocale::German)};
+    ASSERT_TRUE(german.isTranslated());
+    fill(3);
+    QuorinCloudStudiesWindowController other(parts(), cloudDoor());
+    signIn();
+    open(other);
+    other.window()->resize(960, 600);
+    runUntil([&] { return clippedIn(*other.window()).isEmpty(); });
+    finish(other.screen()->table().loadStudies(QStringLiteral("filter_submit")));
+    runUntil([&] { return clippedIn(*other.window()).isEmpty(); });
+
+    EXPECT_EQ(other.window()->windowTitle(), QStringLiteral("Quorin-Cloud-Studien"));
+    picture(*other.window(), QStringLiteral("cloud-studies-german-dark"));
 }
 
 } // namespace gateway::shell::testing

@@ -6,6 +6,7 @@
 #include "shell/browser/series_sheet.h"
 #include "shell/browser/testing/browser_screen_world.h"
 #include "shell/controls/toast.h"
+#include "shell/language/translations.h"
 
 #include <QtCore/QFileInfo>
 
@@ -340,6 +341,35 @@ TEST_F(LocalScreen, ClipsNothingInALongLanguageInTheSmallestWindow)
     EXPECT_EQ(clippedIn(*other.window()).join(u'|').toStdString(), "");
     picture(*other.window(), QStringLiteral("local-studies-smallest-long"));
     qApp->removeTranslator(&longer);
+}
+
+TEST_F(LocalScreen, ClipsNothingInGermanInTheSmallestWindow)
+{
+    const Translations german{QLocale(QLocale::German)};
+    ASSERT_TRUE(german.isTranslated());
+    fail(3);
+    LocalStudiesWindowController other(parts(), localDoor());
+    open(other);
+    other.window()->resize(960, 600);
+    other.showFailures();
+    BrowserTableView &rows = other.screen()->panel().view();
+    runUntil([&] { return rows.model()->rowCount() == 1; });
+    runUntil([&] { return clippedIn(*other.window()).isEmpty(); });
+    EXPECT_EQ(other.window()->windowTitle(), QStringLiteral("Lokale Studien"));
+    picture(*other.window(), QStringLiteral("local-studies-german-dark"));
+
+    QTest::keyClick(&rows, Qt::Key_Return);
+    ASSERT_NE(other.screen()->seriesSheet(), nullptr);
+    runUntil([&] { return other.screen()->seriesSheet()->panel().view().model()->rowCount() == 2; });
+    EXPECT_EQ(clippedIn(*other.window()).join(u'|').toStdString(), "") << "the sheet of the series";
+    press(*other.screen()->seriesSheet(), QStringLiteral("Schließen"));
+    awaitGone(QPointer<SeriesSheet>(other.screen()->seriesSheet()));
+
+    QTest::keyClick(&rows, Qt::Key_Delete);
+    runUntil([&] { return question(*other.window()) != nullptr; });
+    runUntil([&] { return clippedIn(*other.window()).isEmpty(); });
+    picture(*other.window(), QStringLiteral("local-studies-german-delete-1-dark"));
+    EXPECT_EQ(clippedIn(*other.window()).join(u'|').toStdString(), "") << "the first question";
 }
 
 } // namespace gateway::shell::testing
