@@ -207,6 +207,18 @@ TEST(PackagedUpdates, SayWhoKeepsTheGatewayUpToDateAndNeverLookByThemselves)
     EXPECT_EQ(face.shown, QStringList{u"notice Updates Come With the System"_qs});
 }
 
+TEST(HeadlessFace, TellsEachUpdateOnce)
+{
+    QStringList lines;
+    HeadlessFace face([&lines](const QString &line) { lines.append(line); });
+
+    face.tellUpdate(u"Update available: 2.0"_qs);
+    face.tellUpdate(u"Update available: 2.0"_qs);
+    face.tellUpdate(u"Update available: 2.1"_qs);
+
+    EXPECT_EQ(lines, (QStringList{u"Update available: 2.0"_qs, u"Update available: 2.1"_qs}));
+}
+
 TEST(HeadlessFace, WritesAnAlertAsOneLineAndTakesItForDismissed)
 {
     QStringList lines;

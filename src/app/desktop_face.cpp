@@ -85,6 +85,11 @@ void DesktopFace::ask(const updates::Alert &alert, std::function<void(bool)> ans
                            .answered = std::move(answered)});
 }
 
+void DesktopFace::showUpdates(updates::AppcastUpdater &updater)
+{
+    m_screens->showUpdates(updater);
+}
+
 void DesktopFace::reopen()
 {
     m_screens->showDashboard();

@@ -45,6 +45,8 @@ public:
     void showAlert(const QString &title, const QString &message) override;
     void showNotice(const QString &title, const QString &message) override;
     void ask(const updates::Alert &alert, std::function<void(bool accepted)> answered) override;
+    void showUpdates(updates::AppcastUpdater &updater) override;
+    void tellUpdate(const QString & /*banner*/) override {}
     void reopen() override;
 
 private:

@@ -46,6 +46,9 @@ public:
     /// The figures for operators, of this moment.
     monitor::HealthFigures healthFigures() { return m_doors.health->figures(); }
 
+    /// The program that takes the place of this one when it has ended; empty for none.
+    const QString &successor() const { return m_doors.upkeep.successor(); }
+
     /// Who is asked to open something.
     AppDelegate &delegate() { return *m_doors.delegate; }
 

@@ -1,5 +1,7 @@
 #include "app/headless_face.h"
 
+#include <utility>
+
 namespace gateway::app {
 
 void HeadlessFace::showDashboard()
@@ -39,6 +41,13 @@ void HeadlessFace::showNotice(const QString &title, const QString &message)
 void HeadlessFace::showAlert(const QString &title, const QString &message)
 {
     m_writeLine(title + QStringLiteral(": ") + message);
+}
+
+void HeadlessFace::tellUpdate(const QString &banner)
+{
+    if (banner != std::exchange(m_toldUpdate, banner)) {
+        m_writeLine(banner);
+    }
 }
 
 void HeadlessFace::ask(const updates::Alert &alert, std::function<void(bool)> answered)

@@ -35,11 +35,18 @@ public:
     /// Nobody can be asked, so it counts as dismissed.
     void ask(const updates::Alert &alert, std::function<void(bool accepted)> answered) override;
 
+    /// Nobody asks for a check here.
+    void showUpdates(updates::AppcastUpdater & /*updater*/) override {}
+
+    /// Once for each update, however often it is found.
+    void tellUpdate(const QString &banner) override;
+
     /// There is nothing to bring back.
     void reopen() override {}
 
 private:
     WriteLine m_writeLine;
+    QString m_toldUpdate;
 };
 
 } // namespace gateway::app

@@ -8,6 +8,10 @@ namespace gateway::receive {
 class ImportPanel;
 }
 
+namespace gateway::updates {
+class AppcastUpdater;
+}
+
 namespace gateway::app {
 
 /// What people see of the launch and of the requests to open things: windows on a desktop, plain lines
@@ -45,6 +49,12 @@ public:
 
     /// The answer to something that a person asked for; no warning.
     virtual void showNotice(const QString &title, const QString &message) = 0;
+
+    /// Shows how a check for updates that a person asked for goes. \param updater  outlives what is shown.
+    virtual void showUpdates(updates::AppcastUpdater &updater) = 0;
+
+    /// An update was found; screens have a banner of their own for it. \param banner  its text.
+    virtual void tellUpdate(const QString &banner) = 0;
 
     /// The program was started once more while this instance runs: brings back what people work with.
     virtual void reopen() = 0;

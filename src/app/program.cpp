@@ -16,12 +16,16 @@
 #include "terminal/control/control_server.h"
 
 #include <QtCore/QCoreApplication>
+#include <QtCore/QFile>
 #include <QtCore/QTimer>
 
 #include <chrono>
 #include <cstdlib>
 #include <optional>
 #include <thread>
+#include <vector>
+
+#include <unistd.h>
 
 namespace gateway::app {
 
@@ -51,6 +55,23 @@ QString unansweredSentence(const core::HomeLayout &layout)
     const std::optional<qint64> owner = platform::HomeLock::owner(layout.lockFile());
     return owner ? QStringLiteral("This home is used by process %1, which doesn't answer.").arg(*owner)
                  : QStringLiteral("This home is used by another process, which doesn't answer.");
+}
+
+/// Becomes another program, with the arguments of this one. Its locks and sockets close by that, as they do
+/// when it ends. Returns only where the program can't be started.
+void becomeProgram(const QString &program)
+{
+    QList<QByteArray> arguments{QFile::encodeName(program)};
+    for (const QString &argument : QCoreApplication::arguments().mid(1)) {
+        arguments.append(argument.toLocal8Bit());
+    }
+    std::vector<char *> words;
+    for (QByteArray &argument : arguments) {
+        words.push_back(argument.data());
+    }
+    words.push_back(nullptr);
+    ::execv(words.front(), words.data());
+    terminal::printError(QStringLiteral("%1 can't be started.").arg(program));
 }
 
 /// The event loop of one instance, from launch to quitting.
@@ -104,6 +125,9 @@ terminal::ExitCode live(const core::HomeLayout &layout,
     serviceManager.stopping();
     gateway.terminate();
     server.reset();
+    if (!gateway.successor().isEmpty()) {
+        becomeProgram(gateway.successor());
+    }
     // Nothing is waited for: what is in flight ends with the process, and the next start takes it up.
     std::_Exit(EXIT_SUCCESS);
 }

@@ -2,48 +2,56 @@
 
 #include "app/cloud_account.h"
 #include "app/launch_ports.h"
-#include "app/packaged_updates.h"
 #include "state/gateway_app_state.h"
+#include "updates/deployment.h"
 #include "updates/gateway_updater_service.h"
 #include "updates/gateway_version_policy_service.h"
+#include "updates/move_to_applications_service.h"
+#include "updates/update_source.h"
+
+#include <QtCore/QString>
 
 #include <memory>
 
 namespace gateway::app {
 
-/// What keeps the program itself up to date.
+/// What keeps the program itself up to date and in its place.
 ///
 /// Owner: Gateway. Thread: main.
-struct Upkeep final : ProgramUpkeep
+class Upkeep final : public ProgramUpkeep
 {
-    Upkeep(Ground &ground, CloudAccount &account, state::GatewayAppState &live, GatewayFace &face)
-        : updaterService(
-              {.emitter = ground.emitter,
-               .showBanner = showBanner(live),
-               .makeUpdater =
-                   [&face](updates::UpdaterDelegate &) { return std::make_unique<PackagedUpdates>(face); }}),
-          versionPolicyService({.versionsAPI = account.versionsApi,
-                                .updaterService = updaterService,
-                                .emitter = ground.emitter,
-                                .settings = ground.settings,
-                                .alerts = face,
-                                .showBanner = showBanner(live)},
-                               {.main = ground.main, .pool = ground.networkPool, .clock = ground.clock})
-    {
-    }
+public:
+    /// All outlive this.
+    Upkeep(Ground &ground, CloudAccount &account, state::GatewayAppState &live, GatewayFace &face);
 
-    static updates::ShowUpdateBanner showBanner(state::GatewayAppState &live)
-    {
-        return [&live](const std::optional<QString> &message) { live.setUpdateBannerMessage(message); };
-    }
+    void checkInstallLocation() override { m_installLocation.checkInstallLocation(); }
+    void startUpdater() override { m_updaterService.start(); }
+    void startVersionPolicy() override { m_versionPolicyService.start(); }
+    void checkForUpdates(const QString &reason) override { m_updaterService.checkForUpdates(reason); }
 
-    void checkInstallLocation() override {}
-    void startUpdater() override { updaterService.start(); }
-    void startVersionPolicy() override { versionPolicyService.start(); }
-    void checkForUpdates(const QString &reason) override { updaterService.checkForUpdates(reason); }
+    /// The program that takes the place of this one when it has ended; empty for none.
+    const QString &successor() const { return m_successor; }
 
-    updates::GatewayUpdaterService updaterService;
-    updates::GatewayVersionPolicyService versionPolicyService;
+private:
+    updates::ShowUpdateBanner bannerOfUpdater();
+    updates::ShowUpdateBanner bannerOfPolicy();
+    std::unique_ptr<updates::Updater> makeUpdater(updates::UpdaterDelegate &delegate);
+    std::unique_ptr<updates::Updater> makeAppcastUpdater(updates::UpdaterDelegate &delegate,
+                                                         const updates::UpdateChannel &channel);
+    bool giveWayTo(const QString &program);
+    void noteProblem(const QString &sentence);
+
+    Ground &m_ground;
+    CloudAccount &m_account;
+    state::GatewayAppState &m_live;
+    GatewayFace &m_face;
+    const QString m_appImage; // the file that runs; empty where it is none
+    QString m_successor;
+    std::unique_ptr<updates::UpdateSource> m_source;
+    std::unique_ptr<updates::PackageInstaller> m_installer;
+    updates::MoveToApplicationsService m_installLocation;
+    updates::GatewayUpdaterService m_updaterService;
+    updates::GatewayVersionPolicyService m_versionPolicyService;
 };
 
 } // namespace gateway::app

@@ -34,4 +34,25 @@ Alert longUncheckedAlert()
             .dismiss = {}};
 }
 
+Alert moveToApplicationsAlert()
+{
+    return {.style = Alert::Style::warning,
+            .title = AlertWords::tr("Move Quorin Gateway to Applications?"),
+            .message = AlertWords::tr(
+                "Quorin Gateway is currently running outside the Applications folder. Move it now "
+                "so it can update and run reliably."),
+            .accept = AlertWords::tr("Move"),
+            .dismiss = AlertWords::tr("Not Now")};
+}
+
+Alert moveFailedAlert(const QString &why)
+{
+    return {.style = Alert::Style::warning,
+            .title = AlertWords::tr("Couldn’t Move Quorin Gateway"),
+            .message =
+                AlertWords::tr("Please move Quorin Gateway to Applications manually.\n\nError: %1").arg(why),
+            .accept = AlertWords::tr("OK"),
+            .dismiss = {}};
+}
+
 } // namespace gateway::updates

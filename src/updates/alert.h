@@ -29,6 +29,10 @@ struct Alert
 /// The alerts of updates and of the program's place, in the language of the screens. Thread: main.
 Alert criticalUpdateAlert();
 Alert longUncheckedAlert();
+Alert moveToApplicationsAlert();
+
+/// \param why  what went wrong, in words.
+Alert moveFailedAlert(const QString &why);
 
 /// Shows alerts, one after the other.
 ///

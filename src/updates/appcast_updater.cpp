@@ -2,6 +2,7 @@
 
 #include "platform/concurrency/async.h"
 #include "platform/concurrency/async_sleep.h"
+#include "platform/concurrency/main_thread.h"
 #include "platform/defaults/user_defaults.h"
 #include "updates/update_source.h"
 
@@ -23,6 +24,7 @@ AppcastUpdater::AppcastUpdater(Collaborators collaborators, const Runtime &runti
     : m_with(std::move(collaborators)), m_runtime(runtime), m_life(std::make_shared<int>()),
       m_scope(runtime.main, runtime.pool)
 {
+    platform::assertMainThread("AppcastUpdater");
     m_scope.start(checkByItself());
 }
 

@@ -1,10 +1,7 @@
 #include "updates/appcast_updater.h"
 
-#include "updates/testing/signing_key.h"
+#include "updates/testing/fake_update_source.h"
 #include "updates/testing/updates_world.h"
-#include "updates/update_source.h"
-
-#include "platform/concurrency/mutex.h"
 
 #include <vector>
 
@@ -16,90 +13,7 @@ using Phase = AppcastUpdater::Phase;
 using std::chrono::hours;
 using std::chrono::seconds;
 
-const AppcastItem kItem = itemFor("a package");
-
-/// Finds and fetches what the test wants, and can be made to wait. Thread: any.
-class FakeSource final : public UpdateSource
-{
-public:
-    std::optional<AppcastItem> newerItem(std::stop_token) override
-    {
-        const platform::MutexLock lock(m_mutex);
-        ++checks;
-        waitWhileHeld();
-        if (failure) {
-            throw UpdateError(*failure, u"updates.example"_qs);
-        }
-        return found;
-    }
-
-    QString fetch(const AppcastItem &item, const Progress &progress, std::stop_token stop) override
-    {
-        const platform::MutexLock lock(m_mutex);
-        ++fetches;
-        progress(item.length / 2);
-        waitWhileHeld();
-        if (stop.stop_requested()) {
-            throw UpdateError(UpdateFailure::ended, u"updates.example"_qs);
-        }
-        if (failure) {
-            throw UpdateError(*failure, u"updates.example"_qs);
-        }
-        progress(item.length);
-        return u"/fetched"_qs;
-    }
-
-    void hold(bool isHeld)
-    {
-        const platform::MutexLock lock(m_mutex);
-        m_isHeld = isHeld;
-        m_changed.notifyAll();
-    }
-
-    std::optional<AppcastItem> found = kItem;
-    std::optional<UpdateFailure> failure;
-    std::atomic<int> checks = 0;
-    std::atomic<int> fetches = 0;
-
-private:
-    void waitWhileHeld() QUORIN_REQUIRES(m_mutex)
-    {
-        while (m_isHeld) {
-            m_changed.wait(m_mutex);
-        }
-    }
-
-    platform::Mutex m_mutex;
-    platform::Condition m_changed;
-    bool m_isHeld QUORIN_GUARDED_BY(m_mutex) = false;
-};
-
-class FakeInstaller final : public PackageInstaller
-{
-public:
-    Outcome install(const QString &verified, const AppcastItem &item) override
-    {
-        if (failure) {
-            throw UpdateError(*failure, u"/Applications"_qs);
-        }
-        installed.append(verified + u' ' + item.versionString);
-        return outcome;
-    }
-
-    Outcome outcome = Outcome::installed;
-    std::optional<UpdateFailure> failure;
-    QStringList installed;
-};
-
-class FakeDelegate final : public UpdaterDelegate
-{
-public:
-    bool supportsGentleScheduledUpdateReminders() const override { return isGentle; }
-    void updaterDidFindValidUpdate(const UpdateItem &item) override { found.push_back(item); }
-
-    bool isGentle = true;
-    std::vector<UpdateItem> found;
-};
+const AppcastItem kItem = FakeSource::item();
 
 struct AppcastUpdaters : UpdatesWorld
 {
@@ -194,12 +108,13 @@ TEST_F(AppcastUpdaters, CheckOnceADayAsLongAsThatIsOn)
     EXPECT_EQ(source.checks, 0);
     clock.advance(seconds(1));
     runUntil([this] { return delegate.found.size() == 1; });
+    main.drain();
     clock.waitForSleepers(1);
 
     updater.setAutomaticallyChecksForUpdates(false);
     clock.advance(hours(24));
-    clock.waitForSleepers(1);
     main.drain();
+    clock.waitForSleepers(1);
 
     EXPECT_EQ(source.checks, 1);
 }

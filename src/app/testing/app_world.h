@@ -50,6 +50,13 @@ public:
         answered(false);
     }
 
+    void showUpdates(updates::AppcastUpdater & /*updater*/) override
+    {
+        shown.append(QStringLiteral("updates"));
+    }
+
+    void tellUpdate(const QString &banner) override { shown.append(banner); }
+
     void reopen() override { shown.append(QStringLiteral("reopened")); }
 
     QStringList shown;

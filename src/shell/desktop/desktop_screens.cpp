@@ -11,6 +11,7 @@
 #include "index/dicom_db.h"
 #include "platform/concurrency/main_thread.h"
 #include "platform/defaults/user_defaults.h"
+#include "platform/process/app_image.h"
 #include "receive/store_listener_service.h"
 #include "receive/store_manual_import_service.h"
 #include "shell/account/sign_in_sheet.h"
@@ -24,6 +25,7 @@
 #include "shell/theme/theme.h"
 #include "shell/tray/quorin_gateway_menu_view.h"
 #include "shell/tray/status_bar_controller.h"
+#include "shell/updates/update_window.h"
 #include "state/gateway_app_state.h"
 #include "wizard/gateway_setup_wizard_view_model.h"
 #include "wizard/setup_apply.h"
@@ -85,7 +87,11 @@ QCoro::Task<std::optional<QString>> applySetup(wizard::SetupWizardParts parts,
 platform::Autostart autostartOfThisProgram()
 {
     QStringList command = QCoreApplication::arguments();
-    command.first() = QCoreApplication::applicationDirPath() + QStringLiteral("/quorin-gateway");
+    // An AppImage runs from a folder that is there only while it runs.
+    const QString appImage = platform::runningAppImage();
+    command.first() = appImage.isEmpty()
+                          ? QCoreApplication::applicationDirPath() + QStringLiteral("/quorin-gateway")
+                          : appImage;
     return {QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation),
             {QGuiApplication::desktopFileName(), QStringLiteral("Quorin Gateway"), command}};
 }
@@ -339,6 +345,14 @@ void DesktopScreens::showBugReport()
 void DesktopScreens::showSetup(bool blocking)
 {
     setupDialog().present(blocking);
+}
+
+void DesktopScreens::showUpdates(updates::AppcastUpdater &updater)
+{
+    if (m_updateWindow == nullptr) {
+        m_updateWindow = std::make_unique<UpdateWindow>(m_theme, updater);
+    }
+    m_updateWindow->present();
 }
 
 bool DesktopScreens::isSetupVisible() const

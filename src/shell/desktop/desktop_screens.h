@@ -20,6 +20,10 @@
 
 class QWidget;
 
+namespace gateway::updates {
+class AppcastUpdater;
+}
+
 namespace gateway::shell {
 class BugReportWindow;
 class DashboardWindowController;
@@ -29,6 +33,7 @@ class SetupDialog;
 class Sheet;
 class StatusBarController;
 class Theme;
+class UpdateWindow;
 struct BrowserParts;
 struct DashboardParts;
 struct MenuViewParts;
@@ -66,6 +71,9 @@ public:
 
     void showBugReport();
     void showSetup(bool blocking);
+
+    /// \param updater  outlives this.
+    void showUpdates(updates::AppcastUpdater &updater);
     bool isSetupVisible() const;
     void showNotice(const Notice &notice) { m_notices.show(notice); }
 
@@ -107,6 +115,7 @@ private:
     std::unique_ptr<QuorinCloudStudiesWindowController> m_cloudStudies;
     std::unique_ptr<SetupDialog> m_setupDialog;
     std::unique_ptr<BugReportWindow> m_bugReportWindow;
+    std::unique_ptr<UpdateWindow> m_updateWindow;
     ScreenRules m_rules; // last: what it has under way ends before the fields go
 };
 

@@ -9,6 +9,12 @@
 <message><source>Unable to Check for Updates</source><translation>Keine Suche nach Aktualisierungen möglich</translation></message>
 <message><source>Quorin Gateway was unable to check for updates for over 30 days. Please connect to the internet so updates can be verified.</source><translation>Quorin Gateway konnte seit über 30 Tagen nicht nach Aktualisierungen suchen. Bitte stellen Sie eine Verbindung zum Internet her, damit das möglich ist.</translation></message>
 <message><source>OK</source><translation>OK</translation></message>
+<message><source>Move Quorin Gateway to Applications?</source><translation>Quorin Gateway zu den Programmen verschieben?</translation></message>
+<message><source>Quorin Gateway is currently running outside the Applications folder. Move it now so it can update and run reliably.</source><translation>Quorin Gateway läuft zurzeit außerhalb des Ordners „Applications“. Verschieben Sie es jetzt, damit es sich aktualisieren und zuverlässig laufen kann.</translation></message>
+<message><source>Move</source><translation>Verschieben</translation></message>
+<message><source>Not Now</source><translation>Nicht jetzt</translation></message>
+<message><source>Couldn’t Move Quorin Gateway</source><translation>Quorin Gateway konnte nicht verschoben werden</translation></message>
+<message><source>Please move Quorin Gateway to Applications manually.&#10;&#10;Error: %1</source><translation>Bitte verschieben Sie Quorin Gateway von Hand in den Ordner „Applications“.&#10;&#10;Fehler: %1</translation></message>
 </context>
 <context><name>Attention</name>
 <message><source>No images can be received</source><translation>Es können keine Bilder empfangen werden</translation></message>
@@ -721,6 +727,33 @@
 </context>
 <context><name>gateway::shell::UpdateBanner</name>
 <message><source>Check for Updates…</source><translation>Nach Updates suchen …</translation></message>
+</context>
+<context><name>gateway::shell::UpdateWindow</name>
+<message><source>Check for updates automatically</source><translation>Automatisch nach Aktualisierungen suchen</translation></message>
+<message><source>Later</source><translation>Später</translation></message>
+<message><source>Software Update</source><translation>Aktualisierung</translation></message>
+<message><source>What is new</source><translation>Was neu ist</translation></message>
+<message><source>Progress of the update</source><translation>Fortschritt der Aktualisierung</translation></message>
+<message><source>Checking for Updates…</source><translation>Suche nach Aktualisierungen …</translation></message>
+<message><source>This is version %1.</source><translation>Dies ist Version %1.</translation></message>
+<message><source>You're Up to Date</source><translation>Alles aktuell</translation></message>
+<message><source>Version %1 is the newest one.</source><translation>Version %1 ist die neueste.</translation></message>
+<message><source>The Update Wasn't Installed</source><translation>Die Aktualisierung wurde nicht installiert</translation></message>
+<message><source>Can't Check for Updates</source><translation>Keine Suche nach Aktualisierungen möglich</translation></message>
+<message><source>This is version %1. It goes on working as before.</source><translation>Dies ist Version %1. Sie arbeitet weiter wie bisher.</translation></message>
+<message><source>Your System's Installer Has the Update</source><translation>Das Installationsprogramm Ihres Systems hat die Aktualisierung</translation></message>
+<message><source>Install version %1 there, then quit Quorin Gateway and start it again.</source><translation>Installieren Sie dort Version %1, beenden Sie dann Quorin Gateway und starten Sie es neu.</translation></message>
+<message><source>Restarting…</source><translation>Neustart …</translation></message>
+<message><source>Version %1 starts in a moment.</source><translation>Version %1 startet gleich.</translation></message>
+<message><source>Quorin Gateway %1 Is Available</source><translation>Quorin Gateway %1 ist verfügbar</translation></message>
+<message><source>You have version %1. While it restarts, for some seconds, no images are received; those that are here stay safe.</source><translation>Sie haben Version %1. Während des Neustarts werden einige Sekunden lang keine Bilder empfangen; was hier ist, bleibt sicher.</translation></message>
+<message><source>Installing…</source><translation>Wird installiert …</translation></message>
+<message><source>%1 of %2</source><translation>%1 von %2</translation></message>
+<message><source>Try again later, or ask whoever looks after this computer.</source><translation>Versuchen Sie es später noch einmal oder fragen Sie, wer diesen Rechner betreut.</translation></message>
+<message><source>Try Again</source><translation>Noch einmal</translation></message>
+<message><source>Install and Relaunch</source><translation>Installieren und neu starten</translation></message>
+<message><source>Open Installer</source><translation>Installationsprogramm öffnen</translation></message>
+<message><source>OK</source><translation>OK</translation></message>
 </context>
 <context><name>gateway::shell::UploadSpeedValueLabel</name>
 <message><source>Speed</source><translation>Tempo</translation></message>

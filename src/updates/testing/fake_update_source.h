@@ -1,0 +1,114 @@
+#pragma once
+
+#include "platform/concurrency/mutex.h"
+#include "updates/update_error.h"
+#include "updates/update_source.h"
+
+#include <QtCore/QStringList>
+
+#include <atomic>
+#include <optional>
+#include <vector>
+
+namespace gateway::updates::testing {
+
+/// Finds and fetches what the test wants, and can be made to wait. Thread: any.
+class FakeSource final : public UpdateSource
+{
+public:
+    std::optional<AppcastItem> newerItem(std::stop_token) override
+    {
+        const platform::MutexLock lock(m_mutex);
+        ++checks;
+        waitWhileHeld();
+        if (failure) {
+            throw UpdateError(*failure, QStringLiteral("updates.example"));
+        }
+        return found;
+    }
+
+    QString fetch(const AppcastItem &item, const Progress &progress, std::stop_token stop) override
+    {
+        const platform::MutexLock lock(m_mutex);
+        ++fetches;
+        progress(item.length / 2);
+        waitWhileHeld();
+        if (stop.stop_requested()) {
+            throw UpdateError(UpdateFailure::ended, QStringLiteral("updates.example"));
+        }
+        if (failure) {
+            throw UpdateError(*failure, QStringLiteral("updates.example"));
+        }
+        progress(item.length);
+        return QStringLiteral("/fetched");
+    }
+
+    void hold(bool isHeld)
+    {
+        const platform::MutexLock lock(m_mutex);
+        m_isHeld = isHeld;
+        m_changed.notifyAll();
+    }
+
+    /// What it finds unless told otherwise.
+    static AppcastItem item()
+    {
+        return {.kind = PackageKind::appImage,
+                .architecture = QStringLiteral("x86_64"),
+                .versionString = QStringLiteral("2.0"),
+                .displayVersionString = QStringLiteral("2.0 (Winter)"),
+                .notes = QStringLiteral("Faster.\nSafer."),
+                .url = QUrl(QStringLiteral("https://updates.example/gateway.AppImage")),
+                .length = 9,
+                .sha256 = QByteArray(32, 'h'),
+                .signature = QByteArray(64, 's')};
+    }
+
+    std::optional<AppcastItem> found = item();
+    std::optional<UpdateFailure> failure;
+    std::atomic<int> checks = 0;
+    std::atomic<int> fetches = 0;
+
+private:
+    void waitWhileHeld() QUORIN_REQUIRES(m_mutex)
+    {
+        while (m_isHeld) {
+            m_changed.wait(m_mutex);
+        }
+    }
+
+    platform::Mutex m_mutex;
+    platform::Condition m_changed;
+    bool m_isHeld QUORIN_GUARDED_BY(m_mutex) = false;
+};
+
+/// Notes what it is given. Thread: any, one at a time.
+class FakeInstaller final : public PackageInstaller
+{
+public:
+    Outcome install(const QString &verified, const AppcastItem &item) override
+    {
+        if (failure) {
+            throw UpdateError(*failure, QStringLiteral("/Applications"));
+        }
+        installed.append(verified + u' ' + item.versionString);
+        return outcome;
+    }
+
+    Outcome outcome = Outcome::installed;
+    std::optional<UpdateFailure> failure;
+    QStringList installed;
+};
+
+/// Notes what was found. Thread: main.
+class FakeDelegate final : public UpdaterDelegate
+{
+public:
+    bool supportsGentleScheduledUpdateReminders() const override { return isGentle; }
+    void updaterDidFindValidUpdate(const UpdateItem &item) override { found.push_back(item); }
+
+    bool isGentle = true;
+    std::vector<UpdateItem> found;
+};
+
+} // namespace gateway::updates::testing
