@@ -174,12 +174,13 @@ class Cloud:
 class Gateway:
     """A gateway in a home below the folder; without a display, unless told."""
 
-    def __init__(self, folder, cloud_address, kind="quorin", options=(), variables=None, face=("--headless",)):
+    def __init__(self, folder, cloud_address, kind="quorin", options=(), variables=None, face=("--headless",),
+                 program=PROGRAMS / "quorin-gateway"):
         self.home = folder / "home"
         self._log = folder / "gateway.log"
         with open(self._log, "w", encoding="utf-8") as log:
             self.process = subprocess.Popen(
-                [PROGRAMS / "quorin-gateway", "--home", self.home, "--bind", "127.0.0.1", "--cloud", cloud_address,
+                [program, "--home", self.home, "--bind", "127.0.0.1", "--cloud", cloud_address,
                  "--cloud-kind", kind, *face, *options], stdout=log, stderr=log,
                 env=environment() | (variables or {}))
         await_true("the gateway", self.status, self.process)

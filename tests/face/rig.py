@@ -18,8 +18,8 @@ DASHBOARD = "Quorin Gateway"  # the title of its window
 class DesktopGateway(Gateway):
     """A gateway with its face on a desktop."""
 
-    def __init__(self, folder, cloud_address, desktop, kind="quorin"):
-        super().__init__(folder, cloud_address, kind, face=(), variables=desktop.variables)
+    def __init__(self, folder, cloud_address, desktop, kind="quorin", **more):
+        super().__init__(folder, cloud_address, kind, face=(), variables=desktop.variables, **more)
 
 
 class FaceTest(EndToEndTest):
@@ -34,7 +34,7 @@ class FaceTest(EndToEndTest):
         address, kind = self.start_service()
         if self.IS_SET_UP:
             self.set_up_before_the_start()
-        self.gateway = DesktopGateway(self.folder, address, self.desktop, kind)
+        self.gateway = self.start_program(address, kind)
         if self.IS_SET_UP:
             self.gateway.port = self.port
         self.addCleanup(self.gateway.end)
@@ -43,6 +43,9 @@ class FaceTest(EndToEndTest):
         """Where the gateway uploads to, and of which kind that is."""
         self.cloud = self.start_cloud()
         return self.cloud.address, "quorin"
+
+    def start_program(self, address, kind):
+        return DesktopGateway(self.folder, address, self.desktop, kind)
 
     def set_up_before_the_start(self):
         self.port = free_port()

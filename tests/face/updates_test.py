@@ -1,0 +1,110 @@
+"""A user updates an AppImage from its own window, and lets it move to its place."""
+
+import sys
+import unittest
+from pathlib import Path
+
+from rig import DesktopGateway, FaceTest, await_true, send
+
+sys.path.insert(0, str(Path(__file__).resolve().parent.parent / "e2e"))
+from update_site import UpdateSite  # noqa: E402
+
+# What the runtime of an AppImage does: it mounts the programs, tells them of it by two variables, and starts them.
+IMAGE = """#!/bin/sh
+APPIMAGE=$(readlink -f "$0") APPDIR={mount}
+export APPIMAGE APPDIR
+echo "{build} $APPIMAGE" >>{started}
+exec "$APPDIR/quorin-gateway" "$@"
+"""
+
+
+class ImageTest(FaceTest):
+    """The gateway runs from a file in a folder of the user's."""
+
+    FOLDER = "Applications"
+
+    def start_program(self, address, kind):
+        self.site = UpdateSite(self.folder)
+        self.addCleanup(self.site.close)
+        self.mount = self.folder / "mount"
+        self.site.install(self.mount, "quorin-gateway", "quorin-gateway-desktop", "quorin-dicom")
+        self.site.publish("9.0", "gateway.AppImage", self.image("new").encode())
+        self.file = self.desktop.home / self.FOLDER / "Ann's Gateway.AppImage"
+        self.file.parent.mkdir()
+        self.file.write_text(self.image("old"))
+        self.file.chmod(0o755)
+        return DesktopGateway(self.folder, address, self.desktop, kind, program=self.file)
+
+    def image(self, build):
+        return IMAGE.format(mount=self.mount, build=build, started=self.folder / "started")
+
+    def started(self):
+        """Which builds were started so far, and from which files."""
+        return (self.folder / "started").read_text().splitlines()
+
+
+class Update(ImageTest):
+
+    def test_a_person_installs_an_update_and_no_image_is_lost(self):
+        # Given
+        files = self.samples(ct=3)
+        send(self.gateway, files)
+        self.gateway.await_received(files)
+        self.desktop.click(self.see(self.open_panel(), "Check for Updates…"))
+        window = await_true("the window", lambda: self.desktop.window_with("Install and Relaunch"),
+                            self.gateway.process)
+        self.see(window, r"Quorin Gateway 9\.0 \(Winter\) Is Available")
+        self.picture("offered")
+
+        # When
+        self.desktop.click(self.see(window, "Install and Relaunch", "push button"))
+
+        # Then: the new build has taken over, in the same process, and takes images again
+        await_true("the new build", lambda: len(self.started()) == 2, self.gateway.process)
+        self.assertEqual(self.started(), [f"old {self.file}", f"new {self.file}"])
+        self.assertEqual(self.file.read_text(), self.image("new"))
+        self.gateway.await_status("the listener", lambda s: s["listener"]["state"] == "listening")
+        more = self.samples(seed=2, ct=2)
+        send(self.gateway, more)
+        self.gateway.await_received([*files, *more])
+        self.assertEqual(list(self.file.parent.glob(".*")), [])
+
+    def test_a_person_who_says_later_keeps_what_runs(self):
+        # Given
+        self.desktop.click(self.see(self.open_panel(), "Check for Updates…"))
+        window = await_true("the window", lambda: self.desktop.window_with("Install and Relaunch"),
+                            self.gateway.process)
+
+        # When
+        self.desktop.click(self.see(window, "Later", "push button"))
+
+        # Then
+        await_true("the window to close", lambda: self.desktop.window_with("Install and Relaunch") is None,
+                   self.gateway.process)
+        self.assertEqual(self.started(), [f"old {self.file}"])
+        self.assertNotIn("/gateway.AppImage", self.site.asked)
+
+
+class Move(ImageTest):
+
+    FOLDER = "Downloads"
+
+    def test_a_person_moves_the_program_to_its_place(self):
+        # Given
+        offer = await_true("the offer", lambda: self.desktop.window_with("Not Now"), self.gateway.process)
+        self.see(offer, r"Move Quorin Gateway to Applications\?")
+        self.picture("offered")
+
+        # When
+        self.desktop.click(self.see(offer, "Move", "push button"))
+
+        # Then
+        moved = self.desktop.home / "Applications" / self.file.name
+        await_true("the copy", lambda: len(self.started()) == 2, self.gateway.process)
+        self.assertEqual(self.started(), [f"old {self.file}", f"old {moved}"])
+        self.gateway.await_status("the listener", lambda s: s["listener"]["state"] == "listening")
+        self.assertIsNone(self.desktop.window_with("Not Now"))
+
+
+if __name__ == "__main__":
+    unittest.main()
