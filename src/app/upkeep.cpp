@@ -104,7 +104,7 @@ std::unique_ptr<updates::Updater> Upkeep::makeAppcastUpdater(updates::UpdaterDel
     const QString ownData = QFileInfo(m_ground.options.layout.logFolder).absolutePath();
     m_source = std::make_unique<updates::AppcastSource>(
         updates::AppcastSource::Place{.feed = channel.feed,
-                                      .certificateFile = m_account.client.configuration().certificateFile,
+                                      .reach = m_account.client.configuration(),
                                       .folder = isAppImage ? QFileInfo(m_appImage).absolutePath()
                                                            : ownData + QStringLiteral("/Updates")},
         updates::OwnBuild{.versionString = QStringLiteral(QUORIN_VERSION),

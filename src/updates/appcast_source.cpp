@@ -19,19 +19,12 @@ using cloud_client::NoAnswer;
 
 constexpr int kRangeNotSatisfiable = 416;
 
-cloud_client::CloudConfiguration configurationFor(const QUrl &url, const QString &certificateFile)
-{
-    cloud_client::CloudConfiguration configuration;
-    configuration.baseUrl = url;
-    configuration.certificateFile = certificateFile;
-    return configuration;
-}
-
 /// One request that ends soon after `stop` was requested.
 HttpResponse
-ask(const QUrl &url, const QString &certificateFile, HttpRequest request, const std::stop_token &stop)
+ask(const QUrl &url, cloud_client::CloudConfiguration reach, HttpRequest request, const std::stop_token &stop)
 {
-    HttpTransport transport(configurationFor(url, certificateFile));
+    reach.baseUrl = url;
+    HttpTransport transport(reach);
     const std::stop_callback end(stop, [&transport] { transport.shutDown(); });
     request.url = url.toEncoded();
     try {
@@ -75,7 +68,7 @@ std::optional<AppcastItem> AppcastSource::newerItem(std::stop_token stop)
     HttpRequest request;
     request.answerLimit = kLargestFeed;
     request.total = cloud_client::HttpLimits().call;
-    const HttpResponse response = ask(m_place.feed, m_place.certificateFile, request, stop);
+    const HttpResponse response = ask(m_place.feed, m_place.reach, request, stop);
     throwUnlessSuccess(response, m_place.feed);
     const auto items = parseAppcast(response.body);
     if (!items) {
@@ -97,7 +90,7 @@ QString AppcastSource::fetch(const AppcastItem &item, const Progress &progress, 
             file.append(bytes);
             progress(file.size());
         };
-        return ask(item.url, m_place.certificateFile, wanted, stop);
+        return ask(item.url, m_place.reach, wanted, stop);
     };
     progress(file.size());
     if (file.size() < item.length) {

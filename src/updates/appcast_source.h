@@ -1,5 +1,6 @@
 #pragma once
 
+#include "cloud_client/cloud_configuration.h"
 #include "platform/concurrency/mutex.h"
 #include "updates/own_build.h"
 #include "updates/update_source.h"
@@ -18,8 +19,8 @@ public:
     struct Place
     {
         QUrl feed;
-        QString certificateFile; ///< PEM file of private authorities; empty for none
-        QString folder;          ///< for packages
+        cloud_client::CloudConfiguration reach; ///< authorities and proxy; its address doesn't matter
+        QString folder;                         ///< for packages
     };
 
     AppcastSource(Place place, OwnBuild build);

@@ -47,7 +47,7 @@ struct UpdateServer
 {
     QByteArray answerTo(const ReceivedRequest &request)
     {
-        if (request.target == "/feed.json") {
+        if (request.target == "/feed.json" || request.method == "CONNECT") {
             return feedAnswer;
         }
         lastRange = request.headers.value("range");
@@ -120,7 +120,7 @@ struct AppcastSources : ::testing::Test
     {
         QUrl url = server.url();
         url.setPath(u"/feed.json"_qs);
-        return {.feed = url, .certificateFile = {}, .folder = folder.path()};
+        return {.feed = url, .reach = {}, .folder = folder.path()};
     }
 
     OwnBuild build() const
@@ -231,6 +231,20 @@ TEST_F(AppcastSources, SayThatNobodyAnswers)
     web.feedAnswer.clear();
 
     EXPECT_EQ(feedFailure(), UpdateFailure::notReachable);
+}
+
+TEST_F(AppcastSources, GoThroughTheProxyOfTheCloud)
+{
+    web.feedAnswer = ScriptedHttpServer::answer(403);
+    AppcastSource::Place elsewhere = place();
+    elsewhere.feed = QUrl(u"https://updates.example/feed.json"_qs);
+    elsewhere.reach.proxy = server.url().toString();
+    AppcastSource proxied(elsewhere, build());
+
+    EXPECT_EQ(failureOf([&] { proxied.newerItem({}); }), UpdateFailure::notReachable);
+
+    ASSERT_EQ(server.requests().size(), 1);
+    EXPECT_EQ(server.requests().first().method, "CONNECT");
 }
 
 // --- The package -------------------------------------------------------------------------------------------

@@ -1,9 +1,9 @@
 #include "updates/appcast_updater.h"
 
+#include "core/automatic_update_checks.h"
 #include "platform/concurrency/async.h"
 #include "platform/concurrency/async_sleep.h"
 #include "platform/concurrency/main_thread.h"
-#include "platform/defaults/user_defaults.h"
 #include "updates/update_source.h"
 
 #include <algorithm>
@@ -12,8 +12,6 @@
 namespace gateway::updates {
 
 namespace {
-
-const QString kAutomaticKey = QStringLiteral("GatewayUpdater.AutomaticallyChecks");
 
 // Often enough for a bar that moves, and few enough for the event loop.
 constexpr qint64 kStepsOfProgress = 200;
@@ -41,12 +39,12 @@ void AppcastUpdater::close()
 
 bool AppcastUpdater::automaticallyChecksForUpdates() const
 {
-    return m_with.defaults.object(kAutomaticKey).value_or(QVariant(true)).toBool();
+    return core::areUpdatesCheckedAutomatically(m_with.defaults);
 }
 
 void AppcastUpdater::setAutomaticallyChecksForUpdates(bool areOn)
 {
-    m_with.defaults.setObject(kAutomaticKey, areOn);
+    m_with.defaults.setObject(core::kAutomaticUpdateChecksKey, areOn);
 }
 
 QCoro::Task<> AppcastUpdater::checkByItself()

@@ -57,6 +57,7 @@ TEST_F(Catalogue, KeepsEveryValueThatItTakes)
         {u"quorinCloudCompressToLS"_qs, u"false"_qs},
         {u"GatewayAutoDeleteValue"_qs, u"30"_qs},
         {u"GatewayAutoDeleteMode"_qs, u"days"_qs},
+        {u"GatewayUpdater.AutomaticallyChecks"_qs, u"false"_qs},
     };
 
     for (const auto &[key, value] : changes) {
@@ -94,6 +95,7 @@ TEST_F(Catalogue, RefusesWhatTheScreensRefuseAndChangesNothing)
              {u"wadoLimit"_qs, u"3"_qs},
              {u"quorinCloudBatchUploadCount"_qs, u"0"_qs},
              {u"GatewayAutoDeleteMode"_qs, u"years"_qs},
+             {u"GatewayUpdater.AutomaticallyChecks"_qs, u"sometimes"_qs},
              {u"GatewayAutoDeleteMode"_qs, u"days"_qs},
              {u"GatewayAutoDeleteValue"_qs, u"3651"_qs}}) {
         EXPECT_FALSE(refusal(key, value).isEmpty()) << key.toStdString();

@@ -1,6 +1,7 @@
 #include "terminal/instance/settings_table.h"
 
 #include "cloud_client/cloud_configuration.h"
+#include "core/automatic_update_checks.h"
 #include "core/dcm_listener_settings.h"
 #include "core/gateway_auto_delete_mode.h"
 #include "core/retention_policy.h"
@@ -218,6 +219,19 @@ QList<CatalogueSetting> retentionSettings()
     };
 }
 
+CatalogueSetting automaticUpdateChecks()
+{
+    return {core::kAutomaticUpdateChecksKey,
+            [](const Settings &, const UserDefaults &defaults) {
+                return textOf(core::areUpdatesCheckedAutomatically(defaults));
+            },
+            [](Settings &, UserDefaults &defaults, const QString &value) {
+                return settings_rules::setFlag(core::kAutomaticUpdateChecksKey, value, [&](bool on) {
+                    return defaults.setObject(core::kAutomaticUpdateChecksKey, on);
+                });
+            }};
+}
+
 QList<CatalogueSetting> keptByTheGateway()
 {
     return {
@@ -245,7 +259,8 @@ const QList<CatalogueSetting> &settingsTable()
         listenerSettings() +
         QList<CatalogueSetting>{
             flag(QStringLiteral("advertiseWithBonjour"), &Settings::advertiseWithBonjour)} +
-        cloudSettings() + retentionSettings() + keptByTheGateway();
+        cloudSettings() + retentionSettings() + QList<CatalogueSetting>{automaticUpdateChecks()} +
+        keptByTheGateway();
     return table;
 }
 
