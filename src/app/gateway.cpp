@@ -100,6 +100,7 @@ void Gateway::launch()
 void Gateway::terminate()
 {
     m_doors.delegate->applicationWillTerminate();
+    m_doors.upkeep.finish();
     m_doors.health->close();
 }
 

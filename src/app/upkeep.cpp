@@ -116,7 +116,7 @@ std::unique_ptr<updates::Updater> Upkeep::makeAppcastUpdater(updates::UpdaterDel
     } else {
         m_installer = std::make_unique<updates::DebianInstaller>(openWithTheDesktop);
     }
-    return std::make_unique<updates::AppcastUpdater>(
+    auto updater = std::make_unique<updates::AppcastUpdater>(
         updates::AppcastUpdater::Collaborators{
             .delegate = delegate,
             .source = *m_source,
@@ -128,6 +128,15 @@ std::unique_ptr<updates::Updater> Upkeep::makeAppcastUpdater(updates::UpdaterDel
                 [this](const updates::UpdateError &error) { noteProblem(sentenceFor(error)); }},
         updates::AppcastUpdater::Runtime{
             .main = m_ground.main, .pool = m_ground.networkPool, .clock = m_ground.clock});
+    m_updater = updater.get();
+    return updater;
+}
+
+void Upkeep::finish()
+{
+    if (m_updater != nullptr && m_successor.isEmpty()) {
+        m_updater->installOnQuit();
+    }
 }
 
 /// Ends this program as quitting does; `runInstance` then starts the other one, once the home is free.

@@ -13,6 +13,10 @@
 
 #include <memory>
 
+namespace gateway::updates {
+class AppcastUpdater;
+}
+
 namespace gateway::app {
 
 /// What keeps the program itself up to date and in its place.
@@ -28,6 +32,9 @@ public:
     void startUpdater() override { m_updaterService.start(); }
     void startVersionPolicy() override { m_versionPolicyService.start(); }
     void checkForUpdates(const QString &reason) override { m_updaterService.checkForUpdates(reason); }
+
+    /// The program quits.
+    void finish();
 
     /// The program that takes the place of this one when it has ended; empty for none.
     const QString &successor() const { return m_successor; }
@@ -49,6 +56,7 @@ private:
     QString m_successor;
     std::unique_ptr<updates::UpdateSource> m_source;
     std::unique_ptr<updates::PackageInstaller> m_installer;
+    updates::AppcastUpdater *m_updater = nullptr; // the updater service's, where it is one of ours
     updates::MoveToApplicationsService m_installLocation;
     updates::GatewayUpdaterService m_updaterService;
     updates::GatewayVersionPolicyService m_versionPolicyService;

@@ -18,6 +18,7 @@ public:
     /// \param files     outlives this.
     explicit AppImageInstaller(QString appImage, platform::FileSystem &files = platform::systemFiles());
 
+    bool installsByItself() const override { return true; }
     Outcome install(const QString &verified, const AppcastItem &item) override;
 
 private:

@@ -34,6 +34,7 @@ AppcastUpdater::~AppcastUpdater()
 void AppcastUpdater::close()
 {
     m_fetch.request_stop();
+    m_ahead.request_stop();
     m_scope.close();
 }
 
@@ -115,6 +116,44 @@ void AppcastUpdater::applyFound(const Found &item)
         stand({.phase = Phase::available, .item = item});
         m_with.show(*this);
     }
+    if (item && m_standing.phase == Phase::idle && m_with.installer.installsByItself() &&
+        automaticallyChecksForUpdates()) {
+        m_ahead = std::stop_source();
+        m_scope.start(fetchAhead(*item, m_ahead.get_token()));
+    }
+}
+
+/// What a person's fetch or the end of the program ends goes on from its bytes the next time.
+QCoro::Task<> AppcastUpdater::fetchAhead(AppcastItem item, std::stop_token stop)
+{
+    try {
+        co_await platform::onPool(m_runtime.main, m_runtime.pool, [source = &m_with.source, item, stop] {
+            return source->fetch(item, [](qint64) {}, stop);
+        });
+    } catch (const UpdateError &error) {
+        if (!stop.stop_requested()) {
+            m_with.backgroundFailed(error);
+        }
+        co_return;
+    }
+    m_itemAhead = item;
+}
+
+void AppcastUpdater::installOnQuit()
+{
+    const bool isDone = m_standing.phase == Phase::installing || m_standing.phase == Phase::installed;
+    if (!m_itemAhead || isDone || !automaticallyChecksForUpdates()) {
+        return;
+    }
+    // All of it is there: this verifies it once more, and asks no server.
+    std::stop_source noServer;
+    noServer.request_stop();
+    try {
+        const QString verified = m_with.source.fetch(*m_itemAhead, [](qint64) {}, noServer.get_token());
+        m_with.installer.install(verified, *m_itemAhead);
+    } catch (const UpdateError &error) {
+        m_with.backgroundFailed(error);
+    }
 }
 
 void AppcastUpdater::applyFailure(const UpdateError &error)
@@ -132,6 +171,7 @@ void AppcastUpdater::install()
     if (!isWaiting || !m_standing.item) {
         return;
     }
+    m_ahead.request_stop();
     m_fetch = std::stop_source();
     stand({.phase = Phase::fetching, .item = m_standing.item});
     m_scope.start(fetchAndInstall(*m_standing.item, m_fetch.get_token()));

@@ -26,7 +26,7 @@ class PackageInstaller;
 class UpdateSource;
 
 /// The updater over a feed of signed builds. What it does for a person can be watched; what it does by itself
-/// shows nothing.
+/// shows nothing: it looks, fetches what can be installed without a question, and installs that at quitting.
 ///
 /// Owner: GatewayUpdaterService. Thread: main.
 class AppcastUpdater final : public QObject, public Updater
@@ -95,6 +95,10 @@ public:
     /// An installation goes on.
     void dismiss();
 
+    /// The program quits: installs the update that was found and fetched by itself, if there is one. What
+    /// runs next is the new build, or this one where that failed. Blocks for some waits for the disk.
+    void installOnQuit();
+
     /// Ends what is under way and returns when it has ended.
     void close();
 
@@ -109,6 +113,7 @@ private:
     QCoro::Task<> check();
     void applyFound(const Found &item);
     void applyFailure(const UpdateError &error);
+    QCoro::Task<> fetchAhead(AppcastItem item, std::stop_token stop);
     QCoro::Task<> fetchAndInstall(AppcastItem item, std::stop_token stop);
     QCoro::Task<QString> fetch(AppcastItem item, std::stop_token stop);
     void noteReceived(qint64 received);
@@ -119,8 +124,10 @@ private:
     Standing m_standing;
     bool m_isChecking = false;
     std::stop_source m_fetch;
-    std::shared_ptr<const void> m_life; // what is posted to the main thread is dropped once it has died
-    platform::TaskScope m_scope;        // last: drained before the fields go
+    std::stop_source m_ahead;
+    std::optional<AppcastItem> m_itemAhead; // fetched by itself, for quitting
+    std::shared_ptr<const void> m_life;     // what is posted to the main thread is dropped once it has died
+    platform::TaskScope m_scope;            // last: drained before the fields go
 };
 
 } // namespace gateway::updates

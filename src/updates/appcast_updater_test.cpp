@@ -129,6 +129,91 @@ TEST_F(AppcastUpdaters, KeepWhetherTheyCheckByThemselves)
     EXPECT_EQ(again.object(u"GatewayUpdater.AutomaticallyChecks"_qs), QVariant(false));
 }
 
+// --- At quitting -------------------------------------------------------------------------------------------
+
+TEST_F(AppcastUpdaters, InstallAtQuittingWhatTheyFoundAndFetchedByThemselves)
+{
+    installer.byItself = true;
+    checkInBackground();
+    runUntil([this] { return source.isThere.load(); });
+    pool.waitUntilIdle();
+    main.drain();
+    EXPECT_TRUE(installer.installed.isEmpty());
+    EXPECT_EQ(phase(), Phase::idle);
+
+    updater.installOnQuit();
+
+    EXPECT_EQ(installer.installed, QStringList{u"/fetched 2.0"_qs});
+    EXPECT_EQ(relaunches, 0);
+}
+
+TEST_F(AppcastUpdaters, InstallNothingAtQuittingThatSomebodyMustBeAskedFor)
+{
+    checkInBackground();
+
+    updater.installOnQuit();
+
+    EXPECT_EQ(source.fetches, 0);
+    EXPECT_TRUE(installer.installed.isEmpty());
+}
+
+TEST_F(AppcastUpdaters, InstallNothingAtQuittingOnceThatIsSwitchedOff)
+{
+    installer.byItself = true;
+    checkInBackground();
+    runUntil([this] { return source.isThere.load(); });
+    pool.waitUntilIdle();
+    main.drain();
+    updater.setAutomaticallyChecksForUpdates(false);
+
+    updater.installOnQuit();
+
+    EXPECT_TRUE(installer.installed.isEmpty());
+}
+
+TEST_F(AppcastUpdaters, FetchNothingByThemselvesForAPersonWhoAsked)
+{
+    installer.byItself = true;
+
+    updater.checkForUpdates();
+    runTo(Phase::available);
+
+    EXPECT_EQ(source.fetches, 0);
+}
+
+TEST_F(AppcastUpdaters, InstallNothingAtQuittingThatIsNotAllThere)
+{
+    installer.byItself = true;
+    source.failure.reset();
+    updater.checkForUpdatesInBackground();
+    runUntil([this] { return source.fetches == 1; });
+    pool.waitUntilIdle();
+    main.drain();
+    source.isThere = false; // somebody has cleaned up
+
+    updater.installOnQuit();
+
+    EXPECT_TRUE(installer.installed.isEmpty());
+    EXPECT_EQ(backgroundFailures, std::vector{UpdateFailure::ended});
+}
+
+TEST_F(AppcastUpdaters, InstallOnceWhatAPersonInstalled)
+{
+    installer.byItself = true;
+    checkInBackground();
+    runUntil([this] { return source.isThere.load(); });
+    pool.waitUntilIdle();
+    main.drain();
+    updater.checkForUpdates();
+    runTo(Phase::available);
+    updater.install();
+    runTo(Phase::installed);
+
+    updater.installOnQuit();
+
+    EXPECT_EQ(installer.installed.size(), 1);
+}
+
 // --- For a person ------------------------------------------------------------------------------------------
 
 TEST_F(AppcastUpdaters, ShowACheckThatAPersonAskedForAndWhatItFinds)

@@ -19,6 +19,7 @@ public:
 
     explicit DebianInstaller(OpenFile openFile);
 
+    bool installsByItself() const override { return false; }
     Outcome install(const QString &verified, const AppcastItem &item) override;
 
 private:

@@ -44,6 +44,9 @@ public:
 
     virtual ~PackageInstaller() = default;
 
+    /// True where nobody is asked any more, so that the program may install when it quits.
+    virtual bool installsByItself() const = 0;
+
     /// \param verified  the file of UpdateSource::fetch; it is taken.
     /// \throws UpdateError  the build that ran before is then as it was.
     virtual Outcome install(const QString &verified, const AppcastItem &item) = 0;

@@ -67,7 +67,6 @@ class Update(ImageTest):
         more = self.samples(seed=2, ct=2)
         send(self.gateway, more)
         self.gateway.await_received([*files, *more])
-        self.assertEqual(list(self.file.parent.glob(".*")), [])
 
     def test_a_person_who_says_later_keeps_what_runs(self):
         # Given
@@ -82,7 +81,24 @@ class Update(ImageTest):
         await_true("the window to close", lambda: self.desktop.window_with("Install and Relaunch") is None,
                    self.gateway.process)
         self.assertEqual(self.started(), [f"old {self.file}"])
-        self.assertNotIn("/gateway.AppImage", self.site.asked)
+        self.assertEqual(self.file.read_text(), self.image("old"))
+
+    def test_quitting_installs_what_was_found(self):
+        # Given
+        whole = len(self.image("new"))
+        await_true("the package", lambda: any(part.stat().st_size == whole for part in self.file.parent.glob(".*.part")),
+                   self.gateway.process)
+        self.gateway.status()  # by then it has looked at what it fetched
+        self.gateway.status()
+
+        # When
+        self.gateway.end()
+
+        # Then
+        self.assertEqual(self.gateway.process.returncode, 0)
+        self.assertEqual(self.file.read_text(), self.image("new"))
+        self.assertEqual(self.started(), [f"old {self.file}"])
+        self.assertEqual(list(self.file.parent.glob(".*")), [])
 
 
 class Move(ImageTest):
