@@ -76,7 +76,11 @@ ArchiveAnswer askArchive(QuorinApiClient &client)
 ArchiveAnswer askArchive(QuorinApiClient &client, const QString &token)
 {
     ApiCall call = queryForOneStudy();
-    call.authorization = "Basic " + token.toLatin1();
+    if (token == QString::fromLatin1(kNoPairToken)) {
+        call.authorized = false;
+    } else {
+        call.authorization = "Basic " + token.toLatin1();
+    }
     return ask(client, call);
 }
 

@@ -16,6 +16,9 @@ class QuorinApiClient;
 /// more than fits into a header.
 std::optional<QString> basicToken(const QString &userName, const QString &password);
 
+/// The token of a session with an archive that wants no sign-in, that of an empty pair. It is never sent.
+inline constexpr auto kNoPairToken = "Og==";
+
 /// The user name inside a token; empty when it isn't one.
 QString basicUserName(const QString &token);
 

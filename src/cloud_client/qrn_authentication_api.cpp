@@ -66,6 +66,12 @@ QrnLoginResponse QrnAuthenticationAPI::login(const QrnLoginRequest &request)
 
 QrnLoginResponse QrnAuthenticationAPI::loginToService(const QrnLoginRequest &request)
 {
+    if (request.email.isEmpty()) {
+        throw QrnErrorResponse(
+            QrnErrorKind::badRequest,
+            QStringLiteral("The cloud service wants an e-mail address and a password; only "
+                           "an archive of the kind dicomweb can do without."));
+    }
     ApiCall call = jsonCall("POST", "/auth/login", loginRecord(request));
     call.authorized = false;
     call.deviceId = request.deviceId;
@@ -94,7 +100,8 @@ QrnLoginResponse QrnAuthenticationAPI::loginToService(const QrnLoginRequest &req
 QrnLoginResponse QrnAuthenticationAPI::loginToArchive(const QrnLoginRequest &request)
 {
     const std::optional<QString> token = basicToken(request.email, request.password);
-    if (!token || request.email.isEmpty() || request.password.isEmpty()) {
+    const bool isWithoutPair = request.email.isEmpty() && request.password.isEmpty();
+    if (!token || (!isWithoutPair && (request.email.isEmpty() || request.password.isEmpty()))) {
         throw QrnErrorResponse(
             QrnErrorKind::badRequest,
             QStringLiteral("The archive needs a user name without a colon, and a password, both without "
@@ -107,7 +114,9 @@ QrnLoginResponse QrnAuthenticationAPI::loginToArchive(const QrnLoginRequest &req
         break;
     case ArchiveAnswer::Meaning::signInWanted:
         throw QrnErrorResponse(QrnErrorKind::credentialsRefused,
-                               QStringLiteral("The archive refused the user name or the password."),
+                               isWithoutPair
+                                   ? QStringLiteral("The archive wants a user name and a password.")
+                                   : QStringLiteral("The archive refused the user name or the password."),
                                answer.status);
     case ArchiveAnswer::Meaning::queryRefused:
         response.uncheckedStatus = answer.status;

@@ -1,6 +1,7 @@
 #include "cloud_client/quorin_api_client.h"
 
 #include "cloud_client/answer_error.h"
+#include "cloud_client/archive_session.h"
 #include "cloud_client/network_json.h"
 #include "cloud_client/quorin_error.h"
 
@@ -51,7 +52,7 @@ void QuorinApiClient::addHeaders(const ApiCall &call,
     add("X-Quorin-Device", call.deviceId.toUtf8());
     if (!call.authorization.isEmpty()) {
         add("Authorization", call.authorization);
-    } else if (token) {
+    } else if (token && !(isPlainArchive() && *token == QString::fromLatin1(kNoPairToken))) {
         add("Authorization", (isPlainArchive() ? "Basic " : "Bearer ") + token->toUtf8());
     }
 }

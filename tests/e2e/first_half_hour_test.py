@@ -105,28 +105,51 @@ class FirstHalfHour(EndToEndTest):
         self.assertTrue(gateway.status()["cloud"]["online"])
 
     def test_a_proxy_is_a_setting(self):
+        address, asked = self.web_server()
+        self.gateway("settings", "set", "QuorinAPI.Proxy", address, check=True)
+        # Nothing but the proxy can know this name.
+        gateway = self.start("--cloud", "http://pacs.invalid/dicom-web", "--cloud-kind", "dicomweb",
+                             variables={"QUORIN_CLOUD_ALLOW_HTTP": "1"})
+        await_true("the proxy to be asked", lambda: asked, gateway.process)
+        self.assertIn("http://pacs.invalid/dicom-web/studies", asked[0][0])
+
+    def test_an_archive_may_want_no_sign_in(self):
+        address, asked = self.web_server()
+        first = self.start("--cloud", address + "/dicom-web", "--cloud-kind", "dicomweb")
+        first.set_up()
+        first.command("sign-in", "--no-auth")
+        first.end()
+        second = self.start()
+        second.await_status("the session", lambda status: status["session"]["signedIn"])
+        self.assertGreater(len(asked), 1)
+        self.assertEqual([headers["Authorization"] for _, headers in asked if "Authorization" in headers], [])
+        self.assertEqual(second.command("sign-in", check=False).returncode, 2)
+
+    def test_only_an_archive_may_want_no_sign_in(self):
+        gateway = self.start("--cloud", self.start_cloud().address)
+        gateway.set_up()
+        refused = gateway.command("sign-in", "--no-auth", check=False)
+        self.assertEqual(refused.returncode, 1)
+        self.assertIn("dicomweb", refused.stderr)
+
+    def web_server(self):
+        """A server that has nothing: its address, and what it is asked, each with its headers."""
         asked = []
 
-        class Proxy(http.server.BaseHTTPRequestHandler):
+        class Server(http.server.BaseHTTPRequestHandler):
             def do_GET(self):
-                asked.append(self.path)
+                asked.append((self.path, dict(self.headers)))
                 self.send_response(204)
                 self.end_headers()
 
             def log_message(self, *_):
                 pass
 
-        proxy = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Proxy)
-        threading.Thread(target=proxy.serve_forever, daemon=True).start()
-        self.addCleanup(proxy.server_close)
-        self.addCleanup(proxy.shutdown)
-        address = f"http://127.0.0.1:{proxy.server_address[1]}"
-        self.gateway("settings", "set", "QuorinAPI.Proxy", address, check=True)
-        # Nothing but the proxy can know this name.
-        gateway = self.start("--cloud", "http://pacs.invalid/dicom-web", "--cloud-kind", "dicomweb",
-                             variables={"QUORIN_CLOUD_ALLOW_HTTP": "1"})
-        await_true("the proxy to be asked", lambda: asked, gateway.process)
-        self.assertIn("http://pacs.invalid/dicom-web/studies", asked[0])
+        server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Server)
+        threading.Thread(target=server.serve_forever, daemon=True).start()
+        self.addCleanup(server.server_close)
+        self.addCleanup(server.shutdown)
+        return f"http://127.0.0.1:{server.server_address[1]}", asked
 
     def test_json_has_its_schema_and_suggestions_can_be_typed(self):
         alone = self.gateway("status")

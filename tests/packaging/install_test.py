@@ -4,6 +4,7 @@ usage: install_test.py BUILD_FOLDER
 """
 
 import configparser
+import json
 import os
 import pathlib
 import subprocess
@@ -53,6 +54,26 @@ class Installation(unittest.TestCase):
                                               env=environment))
         for program in "quorin-dicom", "quorin-gateway-desktop":
             self.assertTrue(os.access(self.root / "usr/bin" / program, os.X_OK))
+
+    def test_the_conformance_statement_is_what_the_program_says(self):
+        home = self.root / "conformance"
+        environment = {"PATH": "/usr/bin:/bin", "HOME": str(home), "LANG": "C.UTF-8"}
+        gateway = self.root / "usr/bin/quorin-gateway"
+        for key, value in ("ListenerSettings.aeTitle", "QUORIN"), ("ListenerSettings.port", "11112"):
+            self.run_tool(gateway, "--home", home, "settings", "set", key, value, env=environment)
+        said = self.run_tool(gateway, "--home", home, "conformance", env=environment)
+        written = (self.share / "doc/quorin-gateway/conformance.md").read_text()
+        self.assertEqual(said, written, "docs/conformance.md is to be written anew by quorin-gateway conformance")
+
+    def test_the_operators_page_has_every_setting(self):
+        home = self.root / "settings"
+        environment = {"PATH": "/usr/bin:/bin", "HOME": str(home), "LANG": "C.UTF-8"}
+        said = self.run_tool(self.root / "usr/bin/quorin-gateway", "--home", home, "settings", "list", "--json",
+                             env=environment)
+        page = (self.share / "doc/quorin-gateway/operations.md").read_text()
+        keys = [setting["key"] for setting in json.loads(said)["settings"]]
+        self.assertGreater(len(keys), 20)
+        self.assertEqual([key for key in keys if f"`{key}`" not in page], [])
 
     def test_the_service_unit_starts_the_program_of_the_package(self):
         unit = (self.root / "usr/lib/systemd/system/quorin-gateway.service").read_text()

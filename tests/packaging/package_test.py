@@ -121,8 +121,6 @@ class BareDebian(EndToEndTest):
         self.root = DebianRoot(self.folder / "root", [PACKAGES["quorin-gateway"]])
         self.addCleanup(self.root.remove)
         self.root.install(PACKAGES["quorin-gateway"])
-        # As systemd makes the StateDirectory of the unit.
-        self.root.run("install", "-d", "-m", "0700", "-o", USER, "-g", USER, RACK_HOME)
         self.port = free_port()
 
     def start_as_unit(self):

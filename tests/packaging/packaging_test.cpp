@@ -1,5 +1,9 @@
+#include "dicom_helper/implementation.h"
+#include "dicom_helper/scp/listener.h"
+#include "dicom_helper/scp/pdus.h"
 #include "monitor/prometheus_text.h"
 #include "monitor/testing/full_metrics.h"
+#include "terminal/commands/conformance_statement.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
@@ -138,6 +142,21 @@ TEST(OperatorsPage, TellsOfEveryMetricAndOfNoOther)
     for (const QString &name : toldMetrics()) {
         EXPECT_TRUE(metricsIn(page).contains(name)) << name.toStdString();
     }
+}
+
+TEST(ConformanceStatement, SaysWhatTheHelperProgramKeepsTo)
+{
+    const QJsonObject json = terminal::conformanceJson({.listener = {}, .cloudKind = u"quorin"_qs});
+    const QJsonObject listener = json[u"listener"].toObject();
+    const dicom_helper::scp::ListenerSettings helper;
+
+    EXPECT_EQ(json[u"implementationClassUid"].toString().toStdString(),
+              dicom_helper::kImplementationClassUid);
+    EXPECT_EQ(json[u"implementationVersionName"].toString().toStdString(),
+              dicom_helper::kImplementationVersionName);
+    EXPECT_EQ(listener[u"maximumPduBytes"].toInteger(), qint64{dicom_helper::scp::kOurMaximumLength});
+    EXPECT_EQ(std::chrono::seconds(listener[u"requestSeconds"].toInteger()), helper.requestDeadline);
+    EXPECT_EQ(listener[u"associationsPerAddress"].toInteger(), static_cast<qint64>(helper.perAddress));
 }
 
 /// What systemd has to say about a unit; nothing when it is well.

@@ -1,6 +1,7 @@
 #include "platform/system_log/journal_system_log.h"
 
 #include <QtCore/QByteArray>
+#include <QtCore/QDateTime>
 
 #define SD_JOURNAL_SUPPRESS_LOCATION // the file and line of this room would tell nobody anything
 #include <systemd/sd-journal.h>
@@ -63,8 +64,12 @@ QByteArray lineOf(SystemLogLevel level, const QString &subsystem, const QString 
             character = u' ';
         }
     }
-    return QStringLiteral("%1 [%2] %3: %4\n")
-        .arg(subsystem, category, QString::fromLatin1(wordOf(level)), message)
+    return QStringLiteral("%1 %2 [%3] %4: %5\n")
+        .arg(QDateTime::currentDateTime().toString(Qt::ISODateWithMs),
+             subsystem,
+             category,
+             QString::fromLatin1(wordOf(level)),
+             message)
         .toUtf8();
 }
 

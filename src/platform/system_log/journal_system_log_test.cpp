@@ -15,6 +15,7 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <regex>
 #include <string>
 #include <thread>
 #include <vector>
@@ -37,6 +38,7 @@ public:
 
     int descriptor() const { return m_ends[1]; }
 
+    /// All lines without the time that each begins with.
     std::string readAll()
     {
         ::close(std::exchange(m_ends[1], -1));
@@ -45,7 +47,8 @@ public:
         for (ssize_t size = 0; (size = ::read(m_ends[0], part.data(), part.size())) > 0;) {
             text.append(part.data(), static_cast<std::size_t>(size));
         }
-        return text;
+        static const std::regex time("\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d\\.\\d{3} (.*\n)");
+        return std::regex_replace(text, time, "$1");
     }
 
 private:

@@ -1,5 +1,8 @@
 #include "terminal/client/client_commands.h"
 
+#include "cloud_client/cloud_configuration.h"
+#include "core/settings.h"
+#include "platform/defaults/user_defaults.h"
 #include "terminal/client/console.h"
 #include "terminal/client/import_client.h"
 #include "terminal/client/log_commands.h"
@@ -7,6 +10,7 @@
 #include "terminal/commands/account_requests.h"
 #include "terminal/commands/browser_report.h"
 #include "terminal/commands/command_requests.h"
+#include "terminal/commands/conformance_statement.h"
 #include "terminal/commands/doctor_report.h"
 #include "terminal/commands/retention_option.h"
 #include "terminal/commands/status_report.h"
@@ -15,6 +19,7 @@
 #include "terminal/instance/doctor_commands.h"
 
 #include <QtCore/QJsonArray>
+#include <QtCore/QProcessEnvironment>
 
 #include <chrono>
 #include <thread>
@@ -37,6 +42,37 @@ constexpr std::chrono::hours kDoctorPatience{24};
 constexpr std::chrono::hours kBrowserPatience{24};
 
 constexpr std::chrono::seconds kWatchInterval{2};
+
+/// What this home is set to, by the command line, the environment and the settings in this order; nothing,
+/// with the reason said, when the settings can't be read.
+std::optional<ConformanceConfiguration> conformanceOf(const core::HomeLayout &layout,
+                                                      const GlobalOptions &options)
+{
+    try {
+        platform::UserDefaults defaults(layout.defaultsFile);
+        const core::Settings settings(defaults);
+        const auto kept = [&defaults](const char *key) {
+            return defaults.object(QString::fromLatin1(key)).value_or(QVariant()).toString();
+        };
+        const cloud_client::CloudConfiguration cloud =
+            cloud_client::resolveCloudConfiguration({.urlFlag = options.cloudUrl,
+                                                     .kindFlag = options.cloudKind,
+                                                     .environment = QProcessEnvironment::systemEnvironment(),
+                                                     .urlDefault = kept(cloud_client::kCloudBaseUrlKey),
+                                                     .kindDefault = kept(cloud_client::kCloudKindKey)},
+                                                    {});
+        return ConformanceConfiguration{
+            .listener = core::DCMListenerSettings::load(defaults),
+            .cloudKind = cloud.kind == cloud_client::CloudKind::dicomweb ? QStringLiteral("dicomweb")
+                                                                         : QStringLiteral("quorin"),
+            .compressesToJpegLs = settings.quorinCloudCompressToLS.get(),
+            .instancesPerUpload =
+                settings.quorinCloudBatchEnabled.get() ? settings.quorinCloudBatchUploadCount.get() : 1};
+    } catch (const platform::DefaultsError &error) {
+        printError(error.message());
+        return std::nullopt;
+    }
+}
 
 /// One run of the program: each command is one member function.
 class CommandRunner
@@ -70,15 +106,17 @@ public:
 
     ExitCode operator()(const SignInCommand &command) const
     {
-        return finish(ask(named(signInRequest(command, readSecret(QStringLiteral("Password"))))),
-                      [](const QJsonObject &result) {
-                          const QString label = result.value(QStringLiteral("label")).toString();
-                          const QString remark = result.value(QStringLiteral("remark")).toString();
-                          const QString words =
-                              label.isEmpty() ? QStringLiteral("You are now signed in.\n")
-                                              : QStringLiteral("You are now signed in as %1.\n").arg(label);
-                          return remark.isEmpty() ? words : words + remark + u'\n';
-                      });
+        return finish(
+            ask(named(signInRequest(
+                command, command.isWithoutPair ? QString() : readSecret(QStringLiteral("Password"))))),
+            [](const QJsonObject &result) {
+                const QString label = result.value(QStringLiteral("label")).toString();
+                const QString remark = result.value(QStringLiteral("remark")).toString();
+                const QString words = label.isEmpty()
+                                          ? QStringLiteral("You are now signed in.\n")
+                                          : QStringLiteral("You are now signed in as %1.\n").arg(label);
+                return remark.isEmpty() ? words : words + remark + u'\n';
+            });
     }
 
     ExitCode operator()(const SignOutCommand &) const
@@ -137,6 +175,16 @@ public:
                 return command.asJson ? jsonLine(found) : told(doctorText(found));
             });
         return code == ExitCode::done && !isWell ? ExitCode::failed : code;
+    }
+
+    ExitCode operator()(const ConformanceCommand &command) const
+    {
+        const std::optional<ConformanceConfiguration> configuration = conformanceOf(m_layout, m_options);
+        if (configuration) {
+            printOut(command.asJson ? jsonLine(conformanceJson(*configuration))
+                                    : conformanceText(*configuration));
+        }
+        return configuration ? ExitCode::done : ExitCode::failed;
     }
 
     ExitCode operator()(const BrowserCommand &command) const

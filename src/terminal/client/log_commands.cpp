@@ -8,9 +8,12 @@
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QLocale>
+#include <QtCore/QMap>
+#include <QtCore/QRegularExpression>
 #include <QtCore/QStringList>
 #include <QtCore/QTimer>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <optional>
@@ -85,6 +88,24 @@ std::optional<log::LogFilter> filterOf(const LogsCommand &command)
                           command.imageHash ? QStringList(*command.imageHash) : QStringList()};
 }
 
+/// As above.
+std::optional<LogPrinter::Bounds> boundsOf(const LogsCommand &command)
+{
+    LogPrinter::Bounds bounds{.newest = command.newest};
+    if (!command.since.isEmpty()) {
+        const std::optional<QDateTime> since = momentSince(command.since, QDateTime::currentDateTime());
+        if (!since) {
+            printError(
+                QStringLiteral("\"%1\" is no time: --since takes 90m, 12h, 7d, or a local time such as "
+                               "2026-01-31T08:00.")
+                    .arg(command.since));
+            return std::nullopt;
+        }
+        bounds.fromSecondsSinceEpoch = since->toSecsSinceEpoch();
+    }
+    return bounds;
+}
+
 /// Standard output for as long as somebody reads it.
 class Output
 {
@@ -112,7 +133,8 @@ private:
 };
 
 /// Prints what is new at each tick until a signal, a failure or the end of the output.
-ExitCode follow(const QString &folder, const log::LogFilter &filter, LogPrinter::Form form)
+ExitCode
+follow(const QString &folder, const log::LogFilter &filter, LogPrinter::Form form, LogPrinter::Bounds bounds)
 {
     Output output;
     bool isInterrupted = false;
@@ -120,11 +142,12 @@ ExitCode follow(const QString &folder, const log::LogFilter &filter, LogPrinter:
         isInterrupted = true;
         QCoreApplication::quit();
     });
-    LogPrinter printer(folder, filter, form, [&](QByteArrayView lines) {
+    const auto write = [&](QByteArrayView lines) {
         // The first print may be long: a signal must be seen meanwhile.
         QCoreApplication::processEvents();
         return !isInterrupted && output.write(lines);
-    });
+    };
+    LogPrinter printer(folder, filter, form, write, bounds);
     ExitCode code = ExitCode::done;
     QTimer timer;
     timer.setSingleShot(true);
@@ -148,8 +171,9 @@ ExitCode follow(const QString &folder, const log::LogFilter &filter, LogPrinter:
 
 } // namespace
 
-LogPrinter::LogPrinter(QString folder, log::LogFilter filter, Form form, Write write)
-    : m_folder(std::move(folder)), m_filter(std::move(filter)), m_form(form), m_write(std::move(write))
+LogPrinter::LogPrinter(QString folder, log::LogFilter filter, Form form, Write write, Bounds bounds)
+    : m_folder(std::move(folder)), m_filter(std::move(filter)), m_form(form), m_write(std::move(write)),
+      m_bounds(bounds)
 {
 }
 
@@ -163,9 +187,10 @@ bool LogPrinter::print()
     const log::FilteredLogRows shown = log::filterLogRows(m_rows, m_filter);
     log::LogRowReader reader(m_rows);
     QByteArray lines;
-    for (qsizetype index = shown.count() - 1; index >= 0; --index) {
+    for (qsizetype index = oldestShown(shown); index >= 0; --index) {
         const qsizetype position = shown.position(index);
-        if (isNew(m_rows->place(position))) {
+        if (m_rows->record(position).secondsSinceEpoch >= m_bounds.fromSecondsSinceEpoch &&
+            isNew(m_rows->place(position))) {
             lines += line(reader, position);
         }
         if (lines.size() >= kBatchBytes) {
@@ -176,7 +201,14 @@ bool LogPrinter::print()
         }
     }
     notePrinted();
+    m_isFirst = false;
     return lines.isEmpty() || m_write(lines);
+}
+
+qsizetype LogPrinter::oldestShown(const log::FilteredLogRows &shown) const
+{
+    return m_isFirst && m_bounds.newest ? std::min<qsizetype>(shown.count(), *m_bounds.newest) - 1
+                                        : shown.count() - 1;
 }
 
 bool LogPrinter::isNew(const log::LogRows::Place &place) const
@@ -202,6 +234,21 @@ void LogPrinter::notePrinted()
     for (const auto &file : m_rows->files()) {
         m_printed.emplace(file->lineage, file->records.size());
     }
+}
+
+std::optional<QDateTime> momentSince(const QString &text, const QDateTime &now)
+{
+    static const QRegularExpression length(QStringLiteral("^(\\d{1,6})([smhd])$"));
+    const QRegularExpressionMatch found = length.match(text.trimmed());
+    if (found.hasMatch()) {
+        static const QMap<QString, qint64> seconds{{QStringLiteral("s"), 1},
+                                                   {QStringLiteral("m"), 60},
+                                                   {QStringLiteral("h"), 3600},
+                                                   {QStringLiteral("d"), 86'400}};
+        return now.addSecs(-found.captured(1).toLongLong() * seconds.value(found.captured(2)));
+    }
+    const QDateTime moment = QDateTime::fromString(text.trimmed(), Qt::ISODate);
+    return moment.isValid() ? std::optional(moment) : std::nullopt;
 }
 
 QByteArray logText(const log::LogRow &row)
@@ -238,16 +285,21 @@ ExitCode showLogs(const QString &logFolder, const LogsCommand &command)
         return ExitCode::usage;
     }
     const auto form = command.asJson ? LogPrinter::Form::json : LogPrinter::Form::text;
+    const std::optional<LogPrinter::Bounds> bounds = boundsOf(command);
+    if (!bounds) {
+        return ExitCode::usage;
+    }
     if (command.follow) {
-        return follow(logFolder, *filter, form);
+        return follow(logFolder, *filter, form, *bounds);
     }
     Output output;
     bool isAnythingPrinted = false;
     try {
-        LogPrinter(logFolder, *filter, form, [&](QByteArrayView lines) {
+        const auto write = [&](QByteArrayView lines) {
             isAnythingPrinted = true;
             return output.write(lines);
-        }).print();
+        };
+        LogPrinter(logFolder, *filter, form, write, *bounds).print();
     } catch (const platform::FileError &error) {
         printError(error.message());
         return ExitCode::failed;

@@ -24,12 +24,13 @@ log::GatewayLogEvent named(int second, const QString &correlationId)
 class LogPrinterTest : public ::testing::Test
 {
 protected:
-    LogPrinter printer(const log::LogFilter &filter = {})
+    LogPrinter printer(const log::LogFilter &filter = {}, LogPrinter::Bounds bounds = {})
     {
-        return LogPrinter(folder.path(), filter, LogPrinter::Form::json, [this](QByteArrayView lines) {
+        const auto write = [this](QByteArrayView lines) {
             printed += lines;
             return isWanted;
-        });
+        };
+        return LogPrinter(folder.path(), filter, LogPrinter::Form::json, write, bounds);
     }
 
     /// What has been printed since the last look, by correlation ids.
@@ -50,6 +51,45 @@ protected:
     QByteArray printed;
     bool isWanted = true;
 };
+
+TEST_F(LogPrinterTest, PrintsTheNewestLinesAloneAndThenAllThatComes)
+{
+    for (int second = 1; second <= 4; ++second) {
+        folder.append(u"a.jsonl"_qs, named(second, QString::number(second)));
+    }
+    LogPrinter bounded = printer({}, {.newest = 2});
+
+    EXPECT_TRUE(bounded.print());
+    EXPECT_EQ(take(), u"3 4"_qs);
+    for (int second = 5; second <= 8; ++second) {
+        folder.append(u"a.jsonl"_qs, named(second, QString::number(second)));
+    }
+    EXPECT_TRUE(bounded.print());
+    EXPECT_EQ(take(), u"5 6 7 8"_qs);
+}
+
+TEST_F(LogPrinterTest, PrintsNothingOlderThanItsBound)
+{
+    for (int second = 1; second <= 4; ++second) {
+        folder.append(u"a.jsonl"_qs, named(second, QString::number(second)));
+    }
+
+    EXPECT_TRUE(printer({}, {.fromSecondsSinceEpoch = eventAt(3).timestamp.toSecsSinceEpoch()}).print());
+    EXPECT_EQ(take(), u"3 4"_qs);
+}
+
+TEST(LogSince, TakesALengthOfTimeOrALocalTime)
+{
+    const QDateTime now(QDate(2026, 3, 1), QTime(12, 0));
+
+    EXPECT_EQ(momentSince(u"90m"_qs, now), QDateTime(QDate(2026, 3, 1), QTime(10, 30)));
+    EXPECT_EQ(momentSince(u"12h"_qs, now), QDateTime(QDate(2026, 3, 1), QTime(0, 0)));
+    EXPECT_EQ(momentSince(u"2026-02-27T08:15"_qs, now), QDateTime(QDate(2026, 2, 27), QTime(8, 15)));
+    EXPECT_EQ(momentSince(u"2026-02-27"_qs, now), QDateTime(QDate(2026, 2, 27), QTime(0, 0)));
+    for (const QString &none : {u"yesterday"_qs, u"12"_qs, u"-1h"_qs, u"2026-02-30"_qs}) {
+        EXPECT_FALSE(momentSince(none, now)) << none.toStdString();
+    }
+}
 
 TEST_F(LogPrinterTest, PrintsOldestFirst)
 {

@@ -22,9 +22,12 @@ struct Raw
     std::string aeTitle, port, incoming, autoDelete;
     bool noBonjour = false;
     std::string email;
+    bool noAuth = false;
     bool json = false, watch = false;
     std::string level = "all", category = "all", searchText, image;
     bool follow = false;
+    long long lines = 0;
+    std::string since;
     bool repair = false;
     std::string key, value;
     std::string description;
@@ -106,6 +109,14 @@ void addLogs(CLI::App &app, Raw &raw)
     CLI::Option *image =
         logs->add_option("--image", raw.image, "The life of one image alone, by any of its hashes in the log")
             ->type_name("HASH");
+    logs->add_option("-n,--lines", raw.lines, "Of what is there only the newest N lines")
+        ->type_name("N")
+        ->check(CLI::PositiveNumber.description(""))
+        ->excludes(image);
+    logs->add_option(
+            "--since", raw.since, "Only what is younger: 90m, 12h, 7d, or a local time as 2026-01-31T08:00")
+        ->type_name("TIME")
+        ->excludes(image);
     logs->add_flag("--follow", raw.follow, "Go on with what is added, until interrupted")->excludes(image);
     logs->add_option("--level", raw.level, "all, debug, info, warning or error")
         ->type_name("L")
@@ -124,13 +135,19 @@ void addDoctor(CLI::App &app, Raw &raw)
     CLI::App *doctor = app.add_subcommand("doctor", "Say what is wrong with the kept images, and mend it");
     doctor->add_flag("--repair", raw.repair, "Mend what can be mended; no image is ever removed");
     doctor->add_flag("--json", raw.json, "As one JSON object");
+    CLI::App *conformance =
+        app.add_subcommand("conformance", "Print the DICOM conformance statement of these settings");
+    conformance->add_flag("--json", raw.json, "Its figures as one JSON object");
 }
 
 void addOthers(CLI::App &app, Raw &raw)
 {
     CLI::App *signIn =
         app.add_subcommand("sign-in", "Sign in to the cloud; the password comes on standard input");
-    signIn->add_option("--email", raw.email, "The account's e-mail address")->required()->type_name("E");
+    signIn->add_option("--email", raw.email, "The account's e-mail address, or an archive's user name")
+        ->type_name("E");
+    signIn->add_flag("--no-auth", raw.noAuth, "An archive that wants no user name and no password");
+    signIn->require_option(1);
     app.add_subcommand("sign-out", "End the cloud session");
     app.add_subcommand("upload", "Ask for an upload run");
     CLI::App *import = app.add_subcommand("import", "Import files, folders and archives (zip, rar)");
@@ -288,7 +305,9 @@ LogsCommand logsCommand(const CLI::App &logs, const Raw &raw)
             text(raw.searchText),
             hasImage ? std::optional(text(raw.image)) : std::nullopt,
             raw.json,
-            raw.follow};
+            raw.follow,
+            raw.lines > 0 ? std::optional(qint64{raw.lines}) : std::nullopt,
+            text(raw.since)};
 }
 
 BrowserCommand browserCommand(BrowserCommand::Place place, const CLI::App &browser, const Raw &raw)
@@ -350,7 +369,7 @@ Command command(const CLI::App &app, const Raw &raw)
                             raw.noBonjour};
     }
     if (app.got_subcommand("sign-in")) {
-        return SignInCommand{text(raw.email)};
+        return SignInCommand{text(raw.email), raw.noAuth};
     }
     if (app.got_subcommand("sign-out")) {
         return SignOutCommand{};
@@ -369,6 +388,9 @@ Command command(const CLI::App &app, const Raw &raw)
     }
     if (app.got_subcommand("doctor")) {
         return DoctorCommand{raw.repair, raw.json};
+    }
+    if (app.got_subcommand("conformance")) {
+        return ConformanceCommand{raw.json};
     }
     if (app.got_subcommand("logs")) {
         return logsCommand(*app.get_subcommand("logs"), raw);

@@ -44,6 +44,7 @@ struct SetupCommand
 struct SignInCommand
 {
     QString email;
+    bool isWithoutPair = false; ///< at an archive that wants no user name
 };
 
 struct SignOutCommand
@@ -90,6 +91,8 @@ struct LogsCommand
     std::optional<QString> imageHash; ///< then without the filters, and without following
     bool asJson = false;
     bool follow = false;
+    std::optional<qint64> newest = {}; ///< how many of the lines that are there
+    QString since = {};                ///< empty for all
 };
 
 struct TermsCommand
@@ -136,6 +139,12 @@ struct DoctorCommand
     bool asJson = false;
 };
 
+/// Print the DICOM conformance statement.
+struct ConformanceCommand
+{
+    bool asJson = false;
+};
+
 /// Look at what the cloud or this machine holds, or delete of it; texts as typed.
 struct BrowserCommand
 {
@@ -178,6 +187,7 @@ using Command = std::variant<RunHeadless,
                              AccountCommand,
                              ReportCommand,
                              DoctorCommand,
+                             ConformanceCommand,
                              BrowserCommand>;
 
 /// What the program was asked to do.

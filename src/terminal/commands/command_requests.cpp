@@ -10,6 +10,7 @@ namespace {
 
 const QString kEmail = QStringLiteral("email");
 const QString kPassword = QStringLiteral("password");
+const QString kNoAuth = QStringLiteral("noAuth");
 const QString kAETitle = QStringLiteral("aeTitle");
 const QString kPort = QStringLiteral("port");
 const QString kIncoming = QStringLiteral("incomingFolder");
@@ -44,7 +45,8 @@ CloudArguments cloudArgumentsIn(const QJsonObject &arguments)
 
 ControlRequest signInRequest(const SignInCommand &command, const QString &password)
 {
-    return {requests::kSignIn, {{kEmail, command.email}, {kPassword, password}}};
+    return {requests::kSignIn,
+            {{kEmail, command.email}, {kPassword, password}, {kNoAuth, command.isWithoutPair}}};
 }
 
 ControlRequest setupRequest(const SetupCommand &command)

@@ -26,7 +26,8 @@ QCoro::Task<void> SessionCommands::signIn(ControlRequest request, Answer answer)
 {
     const QString email = request.arguments.value(QStringLiteral("email")).toString().trimmed();
     const QString password = request.arguments.value(QStringLiteral("password")).toString();
-    if (email.isEmpty() || password.isEmpty()) {
+    const bool isWithoutPair = request.arguments.value(QStringLiteral("noAuth")).toBool();
+    if (!isWithoutPair && (email.isEmpty() || password.isEmpty())) {
         answer(ControlReply::failure(QStringLiteral("Enter both email and password to sign in.")));
         co_return;
     }
