@@ -14,7 +14,7 @@ struct ScreenModels;
 
 namespace gateway::app {
 
-/// The gateway with windows: a status item with its panel, the dashboard, the setup dialog, alerts.
+/// The gateway with windows: a status item with its panel, the dashboard, the setup wizard, alerts.
 ///
 /// Owner: main. Thread: main, under a DesktopApplication.
 class DesktopFace final : public GatewayFace

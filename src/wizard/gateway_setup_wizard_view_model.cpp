@@ -137,6 +137,9 @@ void GatewaySetupWizardViewModel::refreshValidation(bool verifyPort, bool forceF
 
 void GatewaySetupWizardViewModel::followSettings()
 {
+    if (m_isApplying) {
+        return;
+    }
     const GatewaySetupDraft stored = storedDraft(m_parts.settings, m_parts.defaults);
     if (!m_edits.aeTitle) {
         m_draft.aeTitle = stored.aeTitle;

@@ -4,7 +4,7 @@ import json
 import shutil
 import unittest
 
-from rig import DASHBOARD, EMAIL, PROGRAMS, FaceTest, Modality, await_true, drag_source, free_port, send
+from rig import DASHBOARD, EMAIL, PROGRAMS, FaceTest, Modality, await_true, drag_source, send
 
 
 class Face(FaceTest):
@@ -259,33 +259,6 @@ class Face(FaceTest):
         # Then
         self.assertEqual(second.wait(90), 0)
         await_true("the dashboard", self.dashboard, self.gateway.process)
-
-
-class FirstStart(FaceTest):
-
-    IS_SET_UP = False
-
-    def test_the_first_start_asks_for_title_and_port_and_listens_then(self):
-        # Given
-        port = free_port()
-        dialog = await_true("the question", lambda: self.desktop.window_with("Finish Setup"), self.gateway.process)
-        self.picture("question")
-
-        # When
-        for field, value in (("AE Title", "FIRST"), ("Port", str(port))):
-            self.desktop.click(self.see(dialog, field, "text"))
-            self.desktop.keys("ctrl+a")
-            self.desktop.write(value)
-        self.picture("answered")
-        self.desktop.keys("Return")
-
-        # Then
-        dashboard = await_true("the dashboard", self.dashboard, self.gateway.process)
-        self.see(dashboard, "RUNNING")
-        self.see(dashboard, "FIRST")
-        status = self.gateway.await_status("the listener", lambda s: s["listener"]["state"] == "listening")
-        self.assertEqual((status["listener"]["aeTitle"], status["listener"]["port"]), ("FIRST", port))
-        self.picture("running")
 
 
 if __name__ == "__main__":

@@ -59,10 +59,14 @@ class Names(FaceTest):
 
         self.assert_named(dashboard, 40)
 
-    def test_the_preferences_say_what_they_show(self):
+    def test_the_wizard_says_what_it_shows_on_each_page(self):
         self.desktop.click(self.see(self.open_dashboard(), "Preferences", "push button"))
-
-        self.assert_named(self.desktop.window("Preferences"), 8)
+        wizard = self.desktop.window("Quorin Gateway Setup")
+        for step in range(1, 6):
+            self.see(wizard, f"Step {step} of 5")
+            self.assert_named(wizard, 20)
+            if step < 5:
+                self.desktop.click(self.see(wizard, "Continue", "push button"))
 
     def test_the_import_panel_says_what_it_shows(self):
         self.desktop.click(self.see(self.open_dashboard(), "Manual Upload", "push button"))

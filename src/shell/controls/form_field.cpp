@@ -27,14 +27,27 @@ FormField::FormField(
     field->setAccessibleDescription(hint);
 }
 
+void FormField::setHint(const QString &hint)
+{
+    m_hint = hint;
+    showBelow();
+}
+
 void FormField::setError(const QString &reason)
 {
-    const bool isWrong = !reason.isEmpty();
+    m_reason = reason;
+    showBelow();
+}
+
+void FormField::showBelow()
+{
+    const bool isWrong = !m_reason.isEmpty();
+    const QString &words = isWrong ? m_reason : m_hint;
     m_field->setInvalid(isWrong);
-    m_field->setAccessibleDescription(isWrong ? reason : m_hint);
+    m_field->setAccessibleDescription(words);
     m_below->setColor(isWrong ? Color::red : Color::muted);
-    m_below->setText(isWrong ? reason : m_hint);
-    m_below->setVisible(!m_below->text().isEmpty());
+    m_below->setText(words);
+    m_below->setVisible(!words.isEmpty());
 }
 
 } // namespace gateway::shell

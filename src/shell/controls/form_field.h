@@ -23,12 +23,18 @@ public:
               const QString &hint = {},
               QWidget *parent = nullptr);
 
+    /// What stands below the field while nothing is wrong.
+    void setHint(const QString &hint);
+
     /// Marks the field and tells why; an empty reason takes both away.
     void setError(const QString &reason);
 
 private:
+    void showBelow();
+
     TextField *m_field;
-    const QString m_hint;
+    QString m_hint;
+    QString m_reason;
     TextLabel *m_below;
 };
 

@@ -7,6 +7,7 @@
 #include "core/home_layout.h"
 #include "core/notification_names.h"
 #include "core/settings.h"
+#include "core/store_page.h"
 #include "core/support_email.h"
 #include "index/dicom_db.h"
 #include "platform/concurrency/main_thread.h"
@@ -20,15 +21,13 @@
 #include "shell/dashboard/dashboard_window_controller.h"
 #include "shell/desktop/feedback_mail.h"
 #include "shell/report/bug_report_window.h"
-#include "shell/setup/setup_dialog.h"
 #include "shell/theme/symbols.h"
 #include "shell/theme/theme.h"
 #include "shell/tray/quorin_gateway_menu_view.h"
 #include "shell/tray/status_bar_controller.h"
 #include "shell/updates/update_window.h"
+#include "shell/wizard/gateway_setup_wizard_window_controller.h"
 #include "state/gateway_app_state.h"
-#include "wizard/gateway_setup_wizard_view_model.h"
-#include "wizard/setup_apply.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QDir>
@@ -73,14 +72,25 @@ QString chooseExportFile(QWidget *parent, const QString &suggestedName)
                                         DesktopScreens::tr("CSV files (*.csv)"));
 }
 
-QCoro::Task<std::optional<QString>> applySetup(wizard::SetupWizardParts parts,
-                                               wizard::GatewaySetupDraft draft)
+QString chooseIncomingFolder(QWidget *parent)
 {
-    wizard::GatewaySetupWizardViewModel setup(parts, std::nullopt);
-    setup.updateAETitle(draft.aeTitle);
-    setup.updatePortText(draft.portText);
-    const bool isComplete = co_await setup.finishSetup();
-    co_return isComplete ? std::nullopt : setup.validationMessage();
+    QFileDialog dialog(parent, DesktopScreens::tr("Select Incoming Files Folder"));
+    dialog.setFileMode(QFileDialog::Directory);
+    dialog.setOption(QFileDialog::ShowDirsOnly);
+    dialog.setLabelText(QFileDialog::Accept, DesktopScreens::tr("Choose"));
+    return dialog.exec() == QDialog::Accepted ? dialog.selectedFiles().value(0) : QString();
+}
+
+QString chooseSummaryFile(QWidget *parent, const QString &suggestedName)
+{
+    const QDir documents(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
+    QFileDialog dialog(parent, DesktopScreens::tr("Export Setup Summary"), documents.path());
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setNameFilter(DesktopScreens::tr("PDF documents (*.pdf)"));
+    dialog.setDefaultSuffix(QStringLiteral("pdf"));
+    dialog.setLabelText(QFileDialog::Accept, DesktopScreens::tr("Export"));
+    dialog.selectFile(suggestedName);
+    return dialog.exec() == QDialog::Accepted ? dialog.selectedFiles().value(0) : QString();
 }
 
 /// The session starts the gateway as it was started now.
@@ -106,12 +116,7 @@ DesktopScreens::DesktopScreens(Theme &theme, const ScreenModels &models)
                                                     models.runtime.layout.incomingFolder}),
       m_logs({models.runtime.defaults, models.runtime.main, models.runtime.pool, models.runtime.clock},
              models.runtime.layout.logFolder),
-      m_terms({models.cloud.terms,
-               models.runtime.defaults,
-               models.runtime.main,
-               models.runtime.networkPool,
-               models.runtime.clock},
-              account::TermsSigner::here(QStringLiteral(QUORIN_VERSION))),
+      m_terms(termsParts(), account::TermsSigner::here(QStringLiteral(QUORIN_VERSION))),
       m_bugReport({models.cloud.bugReports,
                    models.runtime.defaults,
                    models.runtime.main,
@@ -165,24 +170,44 @@ DashboardWindowController &DesktopScreens::dashboard()
     return *m_dashboard;
 }
 
-SetupDialog &DesktopScreens::setupDialog()
+GatewaySetupWizardWindowController &DesktopScreens::setupWizard()
 {
-    if (m_setupDialog == nullptr) {
-        m_setupDialog = std::make_unique<SetupDialog>(SetupDialogParts{
-            .theme = m_theme,
-            .main = m_models.runtime.main,
-            .pool = m_models.runtime.pool,
-            .stored =
-                [this] { return wizard::storedDraft(m_models.runtime.settings, m_models.runtime.defaults); },
-            .apply =
-                [this](wizard::GatewaySetupDraft draft) {
-                    return applySetup(m_models.setup, std::move(draft));
-                },
-            .autostart = m_autostart,
-            .finished = [this] { post(core::kOpenDashboard); },
-            .quit = quit});
+    if (m_setupWizard == nullptr) {
+        m_setupWizard = std::make_unique<GatewaySetupWizardWindowController>(wizardParts());
     }
-    return *m_setupDialog;
+    return *m_setupWizard;
+}
+
+WizardParts DesktopScreens::wizardParts()
+{
+    return {.theme = m_theme,
+            .setup = m_models.setup,
+            .auth = m_models.cloud.auth,
+            .terms = termsParts(),
+            .autostart = m_autostart,
+            .dialogs = {.chooseFolder = chooseIncomingFolder,
+                        .chooseExportFile = chooseSummaryFile,
+                        .openLink = [](const QUrl &page) { QDesktopServices::openUrl(page); }},
+            .storePage =
+                QUrl(m_models.runtime.defaults.object(core::kStorePageKey).value_or(QVariant()).toString()),
+            .actions = {.completed = [this] { post(core::kOpenDashboard); },
+                        .tellProblem =
+                            [this](const QString &problem) {
+                                showNotice({QStringLiteral("exclamationmark.triangle.fill"),
+                                            Color::amber,
+                                            tr("Setup Is Finished"),
+                                            problem});
+                            },
+                        .quit = quit}};
+}
+
+account::GatewayQuorinCloudTermsParts DesktopScreens::termsParts() const
+{
+    return {m_models.cloud.terms,
+            m_models.runtime.defaults,
+            m_models.runtime.main,
+            m_models.runtime.networkPool,
+            m_models.runtime.clock};
 }
 
 LocalStudiesWindowController &DesktopScreens::localStudies()
@@ -314,7 +339,7 @@ void DesktopScreens::showTerms()
 
 void DesktopScreens::presentPreferences()
 {
-    setupDialog().present(false);
+    setupWizard().show(false);
 }
 
 void DesktopScreens::presentTerms()
@@ -344,7 +369,7 @@ void DesktopScreens::showBugReport()
 
 void DesktopScreens::showSetup(bool blocking)
 {
-    setupDialog().present(blocking);
+    setupWizard().show(blocking);
 }
 
 void DesktopScreens::showUpdates(updates::AppcastUpdater &updater)
@@ -357,7 +382,7 @@ void DesktopScreens::showUpdates(updates::AppcastUpdater &updater)
 
 bool DesktopScreens::isSetupVisible() const
 {
-    return m_setupDialog != nullptr && m_setupDialog->isVisible();
+    return m_setupWizard != nullptr && m_setupWizard->window() != nullptr;
 }
 
 void DesktopScreens::sendFeedback()

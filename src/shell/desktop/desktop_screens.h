@@ -27,9 +27,9 @@ class AppcastUpdater;
 namespace gateway::shell {
 class BugReportWindow;
 class DashboardWindowController;
+class GatewaySetupWizardWindowController;
 class LocalStudiesWindowController;
 class QuorinCloudStudiesWindowController;
-class SetupDialog;
 class Sheet;
 class StatusBarController;
 class Theme;
@@ -37,6 +37,7 @@ class UpdateWindow;
 struct BrowserParts;
 struct DashboardParts;
 struct MenuViewParts;
+struct WizardParts;
 
 /// Every window over the gateway's models, each made when it is first needed.
 ///
@@ -84,7 +85,9 @@ private:
 
     StatusBarController &statusBar();
     DashboardWindowController &dashboard();
-    SetupDialog &setupDialog();
+    GatewaySetupWizardWindowController &setupWizard();
+    WizardParts wizardParts();
+    account::GatewayQuorinCloudTermsParts termsParts() const;
     LocalStudiesWindowController &localStudies();
     QuorinCloudStudiesWindowController &cloudStudies();
     BrowserParts browserParts();
@@ -113,7 +116,7 @@ private:
     TableKeeper m_tableKeeper;
     std::unique_ptr<LocalStudiesWindowController> m_localStudies;
     std::unique_ptr<QuorinCloudStudiesWindowController> m_cloudStudies;
-    std::unique_ptr<SetupDialog> m_setupDialog;
+    std::unique_ptr<GatewaySetupWizardWindowController> m_setupWizard;
     std::unique_ptr<BugReportWindow> m_bugReportWindow;
     std::unique_ptr<UpdateWindow> m_updateWindow;
     ScreenRules m_rules; // last: what it has under way ends before the fields go

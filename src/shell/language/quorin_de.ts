@@ -36,6 +36,12 @@
 <message><source>Version %1&#10;&#10;Takes images over the DICOM network, keeps them safe, and sends them to the cloud.</source><translation>Version %1&#10;&#10;Nimmt Bilder über das DICOM-Netz an, bewahrt sie sicher auf und sendet sie in die Cloud.</translation></message>
 <message><source>Export Table</source><translation>Tabelle exportieren</translation></message>
 <message><source>CSV files (*.csv)</source><translation>CSV-Dateien (*.csv)</translation></message>
+<message><source>Select Incoming Files Folder</source><translation>Eingangsordner wählen</translation></message>
+<message><source>Choose</source><translation>Wählen</translation></message>
+<message><source>Export Setup Summary</source><translation>Zusammenfassung exportieren</translation></message>
+<message><source>PDF documents (*.pdf)</source><translation>PDF-Dokumente (*.pdf)</translation></message>
+<message><source>Export</source><translation>Exportieren</translation></message>
+<message><source>Setup Is Finished</source><translation>Die Einrichtung ist fertig</translation></message>
 </context>
 <context><name>DoctorFinding</name>
 <message><source>The index is damaged, and nothing is changed in it. Restore it from a backup; or end the gateway, move the index away and run doctor --repair, which records the stored images anew.</source><translation>Der Index ist beschädigt; darin wird nichts geändert. Stellen Sie ihn aus einer Sicherung wieder her; oder beenden Sie das Gateway, legen Sie den Index beiseite und rufen Sie doctor --repair auf, das die gespeicherten Bilder neu verzeichnet.</translation></message>
@@ -124,7 +130,7 @@
 <message><source>DIMSE Listener</source><translation>DIMSE-Listener</translation></message>
 <message><source>Local Files</source><translation>Lokale Dateien</translation></message>
 <message><source>Quorin Account</source><translation>Quorin-Konto</translation></message>
-<message><source>Summary</source><translation>Zusammenfassung</translation></message>
+<message><source>Summary</source><translation>Überblick</translation></message>
 <message><source>Introduction</source><translation>Einführung</translation></message>
 <message><source>Network endpoint</source><translation>Netzwerkadresse</translation></message>
 <message><source>Storage and retention</source><translation>Ablage und Aufbewahrung</translation></message>
@@ -185,6 +191,18 @@
 <message><source>Disabled</source><translation>Aus</translation></message>
 <message><source>Incoming Folder</source><translation>Eingangsordner</translation></message>
 <message><source>Auto-delete</source><translation>Automatisches Löschen</translation></message>
+<message><source>Could not generate PDF output for the setup summary.</source><translation>Aus der Zusammenfassung konnte kein PDF erzeugt werden.</translation></message>
+<message><source>Use Next Available Port</source><translation>Nächsten freien Port nehmen</translation></message>
+<message><source>Restore Recommended Defaults</source><translation>Vorgaben wiederherstellen</translation></message>
+<message><source>Use Default</source><translation>Vorgabe benutzen</translation></message>
+<message><source>Check Again</source><translation>Erneut prüfen</translation></message>
+<message><source>Open DIMSE Listener</source><translation>Zum DIMSE-Listener</translation></message>
+<message><source>Open Local Files</source><translation>Zu den lokalen Dateien</translation></message>
+<message><source>Open Quorin Account</source><translation>Zum Quorin-Konto</translation></message>
+<message><source>Passed</source><translation>Bestanden</translation></message>
+<message><source>Warning</source><translation>Warnung</translation></message>
+<message><source>Failed</source><translation>Fehlgeschlagen</translation></message>
+<message><source>Checking</source><translation>Wird geprüft</translation></message>
 </context>
 <context><name>StatusBarController</name>
 <message><source>Quorin Gateway</source><translation>Quorin Gateway</translation></message>
@@ -268,6 +286,22 @@
 <message><source>Sign in to load Quorin Cloud series.</source><translation>Melden Sie sich an, um Quorin-Cloud-Serien zu laden.</translation></message>
 <message><source>Sign in to load Quorin Cloud studies.</source><translation>Melden Sie sich an, um Quorin-Cloud-Studien zu laden.</translation></message>
 <message><source>Files: %L1. %2</source><translation>Dateien: %L1. %2</translation></message>
+</context>
+<context><name>gateway::shell::AccountPage</name>
+<message><source>Sign in now</source><translation>Jetzt anmelden</translation></message>
+<message><source>Skip for now</source><translation>Vorerst überspringen</translation></message>
+<message><source>Checking Quorin Cloud Terms &amp; Conditions…</source><translation>Die Nutzungsbedingungen von Quorin Cloud werden geprüft …</translation></message>
+<message><source>Use Different Account</source><translation>Anderes Konto benutzen</translation></message>
+<message><source>Email</source><translation>E-Mail</translation></message>
+<message><source>Password</source><translation>Passwort</translation></message>
+<message><source>Signing in is optional for setup completion. You can sign in later from the tray menu or Preferences.</source><translation>Für die Einrichtung ist keine Anmeldung nötig. Sie können sich später über das Statusmenü oder die Einstellungen anmelden.</translation></message>
+<message><source>Need a Quorin Account? Create one in Quorin Lens on the Mac App Store.</source><translation>Sie brauchen ein Quorin-Konto? Legen Sie es in Quorin Lens aus dem Mac App Store an.</translation></message>
+<message><source>Open Quorin Lens on the Mac App Store</source><translation>Quorin Lens im Mac App Store öffnen</translation></message>
+<message><source>Account Connected</source><translation>Konto verbunden</translation></message>
+<message><source>Connection Status</source><translation>Verbindung</translation></message>
+<message><source>Active Quorin session</source><translation>Quorin-Sitzung aktiv</translation></message>
+<message><source>Signed in as</source><translation>Angemeldet als</translation></message>
+<message><source>You can continue to Summary, or switch accounts if you signed in with the wrong workspace.</source><translation>Sie können zum Überblick weitergehen oder das Konto wechseln, falls es der falsche Arbeitsbereich ist.</translation></message>
 </context>
 <context><name>gateway::shell::BrowserPanel</name>
 <message><source>Showing %L1 of %L2</source><translation>%L1 von %L2 angezeigt</translation></message>
@@ -375,6 +409,16 @@
 <context><name>gateway::shell::Figure</name>
 <message><source>%1: %2</source><translation>%1: %2</translation></message>
 </context>
+<context><name>gateway::shell::GatewaySetupWizardView</name>
+<message><source>Close</source><translation>Schließen</translation></message>
+<message><source>Back</source><translation>Zurück</translation></message>
+<message><source>Continue</source><translation>Weiter</translation></message>
+<message><source>Finish Setup</source><translation>Einrichtung beenden</translation></message>
+<message><source>Quit</source><translation>Beenden</translation></message>
+</context>
+<context><name>gateway::shell::GatewaySetupWizardWindow</name>
+<message><source>Quorin Gateway Setup</source><translation>Einrichtung von Quorin Gateway</translation></message>
+</context>
 <context><name>gateway::shell::ImportDialog</name>
 <message><source>Import DICOM Files</source><translation>DICOM-Dateien importieren</translation></message>
 <message><source>Select files and folders to import DICOM files.</source><translation>Dateien und Ordner wählen, aus denen DICOM-Dateien importiert werden.</translation></message>
@@ -441,6 +485,40 @@
 <message><source>Modalities can't send now</source><translation>Modalitäten können jetzt nicht senden</translation></message>
 <message><source>Stop</source><translation>Anhalten</translation></message>
 <message><source>Received files set aside: %1. Run quorin-gateway doctor --repair</source><translation>Beiseitegelegte Dateien: %1. Rufen Sie quorin-gateway doctor --repair auf</translation></message>
+</context>
+<context><name>gateway::shell::ListenerPage</name>
+<message><source>AE Title</source><translation>AE-Titel</translation></message>
+<message><source>Port</source><translation>Port</translation></message>
+<message><source>Publish listener with Bonjour</source><translation>Listener mit Bonjour bekannt machen</translation></message>
+<message><source>Restore Recommended Defaults</source><translation>Vorgaben wiederherstellen</translation></message>
+<message><source>Copy</source><translation>Kopieren</translation></message>
+<message><source>Checks</source><translation>Prüfungen</translation></message>
+<message><source>Connection Settings</source><translation>Verbindung</translation></message>
+<message><source>Listener Endpoint</source><translation>Endpunkt des Listeners</translation></message>
+<message><source>Listener Address</source><translation>Adresse des Listeners</translation></message>
+<message><source>Use this address when registering Quorin Gateway in your modality or PACS configuration.</source><translation>Tragen Sie diese Adresse ein, wenn Sie Quorin Gateway in Ihrer Modalität oder Ihrem PACS anmelden.</translation></message>
+<message><source>Static IP Recommendation</source><translation>Feste IP-Adresse</translation></message>
+<message><source>Recommended</source><translation>Empfohlen</translation></message>
+<message><source>To keep this listener address stable, reserve a static DHCP lease for this Mac in your router.</source><translation>Damit die Adresse des Listeners gleich bleibt, reservieren Sie im Router eine feste DHCP-Adresse für diesen Rechner.</translation></message>
+<message><source>In router settings, open DHCP reservation and bind this computer's MAC address to one fixed IP.</source><translation>Öffnen Sie in den Einstellungen des Routers die DHCP-Reservierung und binden Sie die MAC-Adresse dieses Rechners an eine feste IP-Adresse.</translation></message>
+<message><source>After reservation, reconnect this device and verify the listener address stays unchanged.</source><translation>Verbinden Sie das Gerät danach neu und prüfen Sie, ob die Adresse des Listeners gleich geblieben ist.</translation></message>
+</context>
+<context><name>gateway::shell::LocalFilesPage</name>
+<message><source>Choose Folder…</source><translation>Ordner wählen …</translation></message>
+<message><source>Use Default</source><translation>Vorgabe benutzen</translation></message>
+<message><source>Restore Recommended Defaults</source><translation>Vorgaben wiederherstellen</translation></message>
+<message><source>Checks</source><translation>Prüfungen</translation></message>
+<message><source>Storage Location</source><translation>Ablage</translation></message>
+<message><source>Incoming Files Folder</source><translation>Ordner für eingehende Dateien</translation></message>
+<message><source>Retention Policy</source><translation>Aufbewahrung</translation></message>
+<message><source>Auto-delete synced local files</source><translation>Übertragene Dateien lokal löschen</translation></message>
+<message><source>Never</source><translation>Nie</translation></message>
+<message><source>Days</source><translation>Tage</translation></message>
+<message><source>Months</source><translation>Monate</translation></message>
+<message><source>Value</source><translation>Anzahl</translation></message>
+<message><source>Only items successfully synced to Quorin Cloud are eligible for automatic deletion.</source><translation>Automatisch gelöscht wird nur, was erfolgreich zu Quorin Cloud übertragen wurde.</translation></message>
+<message><source>month(s) after upload</source><translation>Monat(e) nach der Übertragung</translation></message>
+<message><source>day(s) after upload</source><translation>Tag(e) nach der Übertragung</translation></message>
 </context>
 <context><name>gateway::shell::LocalStudiesScreen</name>
 <message><source>Local Studies</source><translation>Lokale Studien</translation></message>
@@ -624,25 +702,6 @@
 <message><source>Refresh</source><translation>Aktualisieren</translation></message>
 <message><source>Close</source><translation>Schließen</translation></message>
 </context>
-<context><name>gateway::shell::SetupDialog</name>
-<message><source>AE Title</source><translation>AE-Titel</translation></message>
-<message><source>The name that modalities call, at most 16 characters.</source><translation>Der Name, den Modalitäten rufen, höchstens 16 Zeichen.</translation></message>
-<message><source>Port</source><translation>Port</translation></message>
-<message><source>1115 is usual here.</source><translation>1115 ist hier üblich.</translation></message>
-<message><source>Quit Quorin Gateway</source><translation>Quorin Gateway beenden</translation></message>
-<message><source>Cancel</source><translation>Abbrechen</translation></message>
-<message><source>Finish Setup</source><translation>Einrichtung abschließen</translation></message>
-<message><source>Set Up Quorin Gateway</source><translation>Quorin Gateway einrichten</translation></message>
-<message><source>Preferences</source><translation>Einstellungen</translation></message>
-<message><source>Set up the listener</source><translation>Listener einrichten</translation></message>
-<message><source>Listener</source><translation>Listener</translation></message>
-<message><source>Modalities send their images to this AE title and port. Until this is done nothing is received and nothing is sent.</source><translation>Modalitäten senden ihre Bilder an diesen AE-Titel und Port. Bis das erledigt ist, wird nichts empfangen und nichts gesendet.</translation></message>
-<message><source>Modalities send their images to this AE title and port. The listener restarts with the new settings.</source><translation>Modalitäten senden ihre Bilder an diesen AE-Titel und Port. Der Listener startet mit den neuen Einstellungen neu.</translation></message>
-<message><source>Apply</source><translation>Anwenden</translation></message>
-<message><source>Change the settings and try again.</source><translation>Ändern Sie die Einstellungen und versuchen Sie es noch einmal.</translation></message>
-<message><source>Start when I sign in to this computer</source><translation>Bei der Anmeldung an diesem Rechner starten</translation></message>
-<message><source>The start with the session can't be changed: %1</source><translation>Der Start mit der Sitzung lässt sich nicht ändern: %1</translation></message>
-</context>
 <context><name>gateway::shell::SignInSheet</name>
 <message><source>Sign In</source><translation>Anmelden</translation></message>
 <message><source>Cancel</source><translation>Abbrechen</translation></message>
@@ -691,6 +750,19 @@
 <message><source>This study has no files here.</source><translation>Von dieser Studie gibt es hier keine Dateien.</translation></message>
 <message><source>The folder can't be opened: %1</source><translation>Der Ordner lässt sich nicht öffnen: %1</translation></message>
 <message><source>The log shows %L1 of its images, those that failed first.</source><translation>Das Protokoll zeigt %L1 ihrer Bilder, die gescheiterten zuerst.</translation></message>
+</context>
+<context><name>gateway::shell::SummaryPage</name>
+<message><source>Start when I sign in to this computer</source><translation>Starten, wenn ich mich an diesem Rechner anmelde</translation></message>
+<message><source>Export PDF</source><translation>PDF exportieren</translation></message>
+<message><source>Settings to be Applied</source><translation>Diese Einstellungen werden angewendet</translation></message>
+<message><source>Review these values before finishing setup.</source><translation>Prüfen Sie die Werte, bevor Sie die Einrichtung beenden.</translation></message>
+<message><source>Preflight Checks</source><translation>Prüfungen vor dem Start</translation></message>
+<message><source>When you click Finish Setup, Quorin Gateway saves these settings and restarts the listener.</source><translation>Mit „Einrichtung beenden“ speichert Quorin Gateway diese Einstellungen und startet den Listener neu.</translation></message>
+<message><source>Ready to Apply</source><translation>Bereit zum Anwenden</translation></message>
+<message><source>Not Ready to Apply</source><translation>Noch nicht bereit</translation></message>
+<message><source>The start with the session can't be changed: %1</source><translation>Der Start mit der Sitzung lässt sich nicht ändern: %1</translation></message>
+<message><source>Setup summary exported to %1</source><translation>Die Zusammenfassung wurde exportiert: %1</translation></message>
+<message><source>Export failed: %1</source><translation>Der Export ist fehlgeschlagen: %1</translation></message>
 </context>
 <context><name>gateway::shell::SummaryPill</name>
 <message><source>%1: %2</source><translation>%1: %2</translation></message>
@@ -758,5 +830,20 @@
 <context><name>gateway::shell::UploadSpeedValueLabel</name>
 <message><source>Speed</source><translation>Tempo</translation></message>
 <message><source>%1 Mbps</source><translation>%1 Mbit/s</translation></message>
+</context>
+<context><name>gateway::shell::WelcomePage</name>
+<message><source>Welcome to Quorin Gateway. This setup takes about 2-3 minutes and prepares your local listener, storage, and Quorin Cloud connectivity.</source><translation>Willkommen bei Quorin Gateway. Die Einrichtung dauert etwa zwei bis drei Minuten und bereitet den lokalen Listener, die Ablage und die Verbindung zu Quorin Cloud vor.</translation></message>
+<message><source>What this wizard configures</source><translation>Was eingerichtet wird</translation></message>
+<message><source>DIMSE listener identity and network port.</source><translation>Name und Netzwerkport des DIMSE-Listeners.</translation></message>
+<message><source>Local incoming file storage and retention policy.</source><translation>Ablage und Aufbewahrung eingehender Dateien auf diesem Rechner.</translation></message>
+<message><source>Quorin account sign-in (optional now, required for cloud sync).</source><translation>Anmeldung am Quorin-Konto (jetzt freiwillig, für die Übertragung zur Cloud nötig).</translation></message>
+<message><source>Privacy and network note</source><translation>Hinweis zu Datenschutz und Netzwerk</translation></message>
+<message><source>Enabling Bonjour publishes this listener on your local network.</source><translation>Mit Bonjour wird der Listener in Ihrem lokalen Netzwerk bekannt gemacht.</translation></message>
+<message><source>Quorin Gateway may request Local Network permission from macOS.</source><translation>Quorin Gateway fragt macOS womöglich nach dem Zugriff auf das lokale Netzwerk.</translation></message>
+<message><source>You can rerun this wizard any time from Preferences or the tray menu.</source><translation>Sie können diesen Assistenten jederzeit über die Einstellungen oder das Statusmenü erneut öffnen.</translation></message>
+</context>
+<context><name>gateway::shell::WizardRail</name>
+<message><source>Setup Wizard</source><translation>Einrichtung</translation></message>
+<message><source>Step %1 of %2</source><translation>Schritt %1 von %2</translation></message>
 </context>
 </TS>

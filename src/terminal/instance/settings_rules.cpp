@@ -5,6 +5,7 @@
 #include "core/device_id.h"
 #include "core/gateway_auto_delete_mode.h"
 #include "core/retention_policy.h"
+#include "core/store_page.h"
 #include "core/support_email.h"
 #include "receive/folder_bookmark.h"
 #include "terminal/commands/retention_option.h"
@@ -48,6 +49,12 @@ std::optional<bool> parsedFlag(const QString &text)
 Issue flagIssue(const QString &key)
 {
     return QStringLiteral("%1 must be true or false.").arg(key);
+}
+
+bool isWebAddress(const QUrl &url)
+{
+    const bool isWeb = url.scheme() == QStringLiteral("https") || url.scheme() == QStringLiteral("http");
+    return url.isValid() && isWeb && !url.host().isEmpty();
 }
 
 std::optional<int> number(const QString &text)
@@ -170,8 +177,7 @@ Issue setDestinationFolder(core::Settings &settings, const QString &value)
 Issue setCloudAddress(platform::UserDefaults &defaults, const QString &value)
 {
     const QUrl url(value.trimmed(), QUrl::StrictMode);
-    const bool isWeb = url.scheme() == QStringLiteral("https") || url.scheme() == QStringLiteral("http");
-    if (!url.isValid() || !isWeb || url.host().isEmpty() || url.hasQuery() || url.hasFragment()) {
+    if (!isWebAddress(url) || url.hasQuery() || url.hasFragment()) {
         return QStringLiteral("QuorinAPI.BaseURL must be an http or https address.");
     }
     if (!url.userInfo().isEmpty()) {
@@ -246,6 +252,15 @@ Issue setSupportEmail(platform::UserDefaults &defaults, const QString &value)
         return QStringLiteral("The support address must be one e-mail address.");
     }
     return unlessKept(defaults.setObject(core::kSupportEmailKey, address));
+}
+
+Issue setStorePage(platform::UserDefaults &defaults, const QString &value)
+{
+    const QString address = value.trimmed();
+    if (!address.isEmpty() && !isWebAddress(QUrl(address, QUrl::StrictMode))) {
+        return QStringLiteral("The store page must be an http or https address.");
+    }
+    return unlessKept(defaults.setObject(core::kStorePageKey, address));
 }
 
 Issue setAutoDelete(core::Settings &settings, const QString &value)

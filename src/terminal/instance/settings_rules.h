@@ -62,6 +62,9 @@ Issue setRetrieveMode(platform::UserDefaults &defaults, const QString &value);
 /// Where "Send feedback" goes; an empty text takes the address away.
 Issue setSupportEmail(platform::UserDefaults &defaults, const QString &value);
 
+/// Where setup leads to for an account; an empty text takes the address away.
+Issue setStorePage(platform::UserDefaults &defaults, const QString &value);
+
 /// The whole policy in one step, as setup words it: never, N-days or N-months.
 Issue setAutoDelete(core::Settings &settings, const QString &value);
 

@@ -5,6 +5,7 @@
 #include "core/dcm_listener_settings.h"
 #include "core/gateway_auto_delete_mode.h"
 #include "core/retention_policy.h"
+#include "core/store_page.h"
 #include "core/support_email.h"
 #include "terminal/commands/retention_option.h"
 #include "terminal/instance/settings_rules.h"
@@ -186,6 +187,10 @@ QList<CatalogueSetting> cloudSettings()
         plain(core::kSupportEmailKey,
               [](Settings &, UserDefaults &defaults, const QString &value) {
                   return settings_rules::setSupportEmail(defaults, value);
+              }),
+        plain(core::kStorePageKey,
+              [](Settings &, UserDefaults &defaults, const QString &value) {
+                  return settings_rules::setStorePage(defaults, value);
               }),
         choice(QStringLiteral("wadoLimit"), &Settings::wadoLimit, {2, 4, 6, 8, 10}),
         flag(QStringLiteral("quorinCloudBatchEnabled"), &Settings::quorinCloudBatchEnabled),

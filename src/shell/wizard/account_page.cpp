@@ -1,0 +1,146 @@
+#include "shell/wizard/account_page.h"
+
+#include "account/quorin_auth_view_model.h"
+#include "shell/controls/button.h"
+#include "shell/controls/card.h"
+#include "shell/controls/form_field.h"
+#include "shell/controls/state_label.h"
+#include "shell/controls/text_field.h"
+#include "shell/controls/text_label.h"
+#include "shell/theme/theme.h"
+
+#include <QtWidgets/QHBoxLayout>
+
+namespace gateway::shell {
+
+using wizard::GatewaySetupWizardViewModel;
+
+AccountPage::AccountPage(const Parts &parts)
+    : WizardPage(parts.theme, parts.setup), m_parts(parts),
+      m_message(new TextLabel(parts.theme, {}, TypeStyle::bodyStrong)), m_email(new TextField(parts.theme)),
+      m_password(new PasswordField(parts.theme)),
+      m_signIn(new Button(parts.theme, ButtonKind::secondary, tr("Sign in now"))),
+      m_skip(new Button(parts.theme, ButtonKind::quiet, tr("Skip for now"))),
+      m_label(new TextLabel(parts.theme, {}, TypeStyle::h2)),
+      m_checkingTerms(new TextLabel(
+          parts.theme, tr("Checking Quorin Cloud Terms & Conditions…"), TypeStyle::body, Color::blueHi)),
+      m_otherAccount(new Button(parts.theme, ButtonKind::secondary, tr("Use Different Account"))),
+      m_scope(parts.main, parts.pool)
+{
+    addMessage();
+    addSignIn();
+    addSession();
+    endCards();
+    listen();
+    refresh();
+}
+
+void AccountPage::addMessage()
+{
+    m_messageCard = &addCard({});
+    m_message->setWordWrap(true);
+    m_messageCard->body().addWidget(m_message);
+}
+
+void AccountPage::addSignIn()
+{
+    m_signInCard = &addCard({});
+    QVBoxLayout &body = m_signInCard->body();
+    m_email->setInputMethodHints(Qt::ImhEmailCharactersOnly | Qt::ImhNoAutoUppercase);
+    body.addWidget(new FormField(theme(), tr("Email"), m_email));
+    body.addWidget(new FormField(theme(), tr("Password"), m_password));
+    auto *ways = new QHBoxLayout;
+    ways->setSpacing(theme().space(Space::tight));
+    ways->addWidget(m_signIn);
+    ways->addWidget(m_skip);
+    ways->addStretch(1);
+    body.addLayout(ways);
+    body.addWidget(paragraph(tr("Signing in is optional for setup completion. You can sign in later from the "
+                                "tray menu or Preferences.")));
+    if (!m_parts.storePage.isEmpty()) {
+        body.addWidget(makeStoreLink());
+    }
+}
+
+QWidget *AccountPage::makeStoreLink()
+{
+    auto *store = new QWidget;
+    auto *column = new QVBoxLayout(store);
+    column->setContentsMargins(0, theme().space(Space::tight), 0, 0);
+    column->setSpacing(theme().space(Space::tight));
+    column->addWidget(
+        paragraph(tr("Need a Quorin Account? Create one in Quorin Lens on the Mac App Store.")));
+    auto *link = new Button(theme(),
+                            ButtonKind::secondary,
+                            tr("Open Quorin Lens on the Mac App Store"),
+                            QStringLiteral("arrow.up.right.square"));
+    column->addWidget(link, 0, Qt::AlignLeft);
+    connect(link, &QPushButton::clicked, this, [this] { m_parts.openLink(m_parts.storePage); });
+    return store;
+}
+
+void AccountPage::addSession()
+{
+    m_sessionCard = &addCard(tr("Account Connected"));
+    QVBoxLayout &body = m_sessionCard->body();
+    auto *head = new QHBoxLayout;
+    head->addWidget(new TextLabel(theme(), tr("Connection Status"), TypeStyle::small, Color::text2), 1);
+    auto *state = new StateLabel(theme());
+    state->setState(tr("Active Quorin session"), Color::green);
+    head->addWidget(state);
+    body.addLayout(head);
+    body.addWidget(new TextLabel(theme(), tr("Signed in as"), TypeStyle::small, Color::text2));
+    m_label->setWordWrap(true);
+    body.addWidget(m_label);
+    body.addWidget(paragraph(tr("You can continue to Summary, or switch accounts if you signed in with the "
+                                "wrong workspace.")));
+    body.addWidget(m_checkingTerms);
+    body.addWidget(m_otherAccount, 0, Qt::AlignLeft);
+}
+
+void AccountPage::listen()
+{
+    const auto signIn = [this] { m_scope.start(setup().signIn()); };
+    connect(m_email, &QLineEdit::textEdited, &setup(), &GatewaySetupWizardViewModel::updateAccountEmail);
+    connect(
+        m_password, &QLineEdit::textEdited, &setup(), &GatewaySetupWizardViewModel::updateAccountPassword);
+    connect(m_signIn, &QPushButton::clicked, this, signIn);
+    connect(m_email, &QLineEdit::returnPressed, this, signIn);
+    connect(m_password, &QLineEdit::returnPressed, this, signIn);
+    connect(m_skip, &QPushButton::clicked, &setup(), &GatewaySetupWizardViewModel::skipSignIn);
+    connect(m_otherAccount, &QPushButton::clicked, this, [this] { m_scope.start(setup().signOut()); });
+}
+
+QWidget *AccountPage::firstField()
+{
+    return m_parts.auth.state().isSignedIn() ? nullptr : m_email;
+}
+
+void AccountPage::refresh()
+{
+    const bool isSignedIn = m_parts.auth.state().isSignedIn();
+    const bool isBusy = m_parts.auth.isChecking();
+    m_message->setText(setup().accountMessage().value_or(QString()));
+    m_message->setColor(setup().accountMessageIsError() ? Color::red : Color::green);
+    m_messageCard->setVisible(setup().accountMessage().has_value());
+
+    m_signInCard->setVisible(!isSignedIn);
+    for (QLineEdit *field : {static_cast<QLineEdit *>(m_email), static_cast<QLineEdit *>(m_password)}) {
+        field->setEnabled(!isBusy);
+        const QString &entered =
+            field == m_email ? setup().draft().accountEmail : setup().draft().accountPassword;
+        if (field->text() != entered) {
+            field->setText(entered);
+        }
+    }
+    m_signIn->setBusy(isBusy && !isSignedIn);
+    m_skip->setEnabled(!isBusy);
+
+    m_sessionCard->setVisible(isSignedIn);
+    m_label->setText(m_parts.auth.signedInLabel().value_or(QString()));
+    m_label->setVisible(!m_label->text().isEmpty());
+    m_checkingTerms->setVisible(setup().isCheckingTerms());
+    m_otherAccount->setBusy(isBusy && isSignedIn);
+}
+
+} // namespace gateway::shell

@@ -1,0 +1,68 @@
+#pragma once
+
+#include "platform/concurrency/task_scope.h"
+#include "shell/wizard/wizard_page.h"
+
+#include <QtCore/QUrl>
+
+#include <functional>
+
+namespace gateway::account {
+class QuorinAuthViewModel;
+}
+
+namespace gateway::shell {
+
+class Button;
+class Card;
+class PasswordField;
+class TextField;
+class TextLabel;
+
+/// Signs in to the cloud, or shows who is signed in.
+///
+/// Owner: GatewaySetupWizardView. Thread: main.
+class AccountPage final : public WizardPage
+{
+    Q_OBJECT
+
+public:
+    struct Parts
+    {
+        const Theme &theme;
+        wizard::GatewaySetupWizardViewModel &setup;
+        account::QuorinAuthViewModel &auth;
+        platform::MainExecutor &main;
+        platform::WorkerPool &pool;
+        QUrl storePage; ///< empty: there is none to lead to
+        std::function<void(const QUrl &)> openLink;
+    };
+
+    explicit AccountPage(const Parts &parts);
+
+    void refresh() override;
+    QWidget *firstField() override;
+
+private:
+    void addMessage();
+    void addSignIn();
+    void addSession();
+    QWidget *makeStoreLink();
+    void listen();
+
+    const Parts m_parts;
+    Card *m_messageCard;
+    TextLabel *m_message;
+    Card *m_signInCard;
+    TextField *m_email;
+    PasswordField *m_password;
+    Button *m_signIn;
+    Button *m_skip;
+    Card *m_sessionCard;
+    TextLabel *m_label;
+    TextLabel *m_checkingTerms;
+    Button *m_otherAccount;
+    platform::TaskScope m_scope; // last: drained before the fields go
+};
+
+} // namespace gateway::shell

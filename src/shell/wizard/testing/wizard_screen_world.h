@@ -1,0 +1,204 @@
+#pragma once
+
+#include "shell/controls/button.h"
+#include "shell/controls/switch.h"
+#include "shell/controls/text_field.h"
+#include "shell/testing/screen_checks.h"
+#include "shell/testing/themed_window.h"
+#include "shell/wizard/gateway_setup_wizard_window_controller.h"
+#include "wizard/testing/setup_world.h"
+
+#include <QtCore/QTemporaryDir>
+#include <QtTest/QTest>
+#include <QtWidgets/QApplication>
+#include <QtWidgets/QLabel>
+#include <QtWidgets/QScrollArea>
+
+#include <algorithm>
+#include <optional>
+
+namespace gateway::shell::testing {
+
+/// The wizard's window over a setup whose machine, listener and account are fakes.
+///
+/// Owner: a test. Thread: main.
+struct WizardScreenWorld : wizard::testing::SetupWorld
+{
+    WizardScreenWorld()
+    {
+        theme.setReducedMotion(true);
+        theme.applyTo(*qApp);
+        SetupWorld::terms.isAccepted = true;
+    }
+
+    WizardParts parts()
+    {
+        return {.theme = theme,
+                .setup = SetupWorld::parts(),
+                .auth = auth,
+                .terms = {SetupWorld::terms, defaults, main, pool, clock},
+                .autostart = autostart,
+                .dialogs = {.chooseFolder = [this](QWidget *) { return chosenFolder; },
+                            .chooseExportFile =
+                                [this](QWidget *, const QString &name) {
+                                    suggestedName = name;
+                                    return exportFile;
+                                },
+                            .openLink = [this](const QUrl &page) { links.append(page); }},
+                .storePage = storePage,
+                .actions = {.completed = [this] { ++completed; },
+                            .tellProblem = [this](const QString &problem) { problems.append(problem); },
+                            .quit = [this] { ++quits; }}};
+    }
+
+    /// Opens the window, and lets the first look at the port end.
+    QWidget &open(bool blocking = true)
+    {
+        if (!controller) {
+            controller.emplace(parts());
+        }
+        controller->show(blocking);
+        return settle();
+    }
+
+    QWidget &window() { return *controller->window(); }
+
+    /// Lets looks at the port end, and layouts that follow from each other.
+    QWidget &settle()
+    {
+        for (int turn = 0; turn < 20; ++turn) {
+            clock.advance(std::chrono::milliseconds(350));
+            pool.waitUntilIdle();
+            QCoreApplication::processEvents();
+        }
+        return window();
+    }
+
+    /// The shown button of this title; null where there is none.
+    Button *button(const QString &title)
+    {
+        for (Button *one : window().findChildren<Button *>()) {
+            if (one->text() == title && one->isVisible()) {
+                return one;
+            }
+        }
+        return nullptr;
+    }
+
+    void press(const QString &title)
+    {
+        Button *pressed = button(title);
+        ASSERT_NE(pressed, nullptr) << title.toStdString() << "; shown are: " << words().toStdString();
+        ASSERT_TRUE(pressed->isEnabled()) << title.toStdString();
+        pressed->click();
+        settleOrEnd();
+    }
+
+    /// Lets things run, be it that the window goes meanwhile.
+    void settleOrEnd()
+    {
+        for (int turn = 0; turn < 20; ++turn) {
+            clock.advance(std::chrono::milliseconds(350));
+            QCoreApplication::processEvents();
+        }
+    }
+
+    /// The shown field that is named so.
+    TextField *field(const QString &name)
+    {
+        for (TextField *one : window().findChildren<TextField *>()) {
+            if (one->accessibleName() == name && one->isVisible()) {
+                return one;
+            }
+        }
+        return nullptr;
+    }
+
+    void type(const QString &name, const QString &text)
+    {
+        TextField *into = field(name);
+        ASSERT_NE(into, nullptr) << name.toStdString();
+        into->setFocus();
+        into->selectAll();
+        QTest::keyClick(into, Qt::Key_Delete);
+        QTest::keyClicks(into, text);
+        QCoreApplication::processEvents();
+    }
+
+    /// Presses "Finish Setup", and waits until setup is complete.
+    void finishSetup()
+    {
+        button(QStringLiteral("Finish Setup"))->click();
+        runUntil([this] {
+            clock.advance(std::chrono::seconds(2));
+            return completed > 0;
+        });
+        settleOrEnd();
+    }
+
+    Switch &toggle(const QString &text)
+    {
+        const QList<Switch *> all = window().findChildren<Switch *>();
+        return **std::find_if(all.begin(), all.end(), [&](const Switch *one) { return one->text() == text; });
+    }
+
+    /// All words that are shown, one label a line.
+    QString words()
+    {
+        QStringList shown;
+        for (const QLabel *label : window().findChildren<QLabel *>()) {
+            if (label->isVisible()) {
+                shown.append(label->text());
+            }
+        }
+        return shown.join(u'\n');
+    }
+
+    bool says(const QString &text) { return words().contains(text); }
+
+    /// Goes on to the page with this title.
+    void goTo(const QString &title)
+    {
+        for (int page = 0; page < 5 && heading() != title; ++page) {
+            press(QStringLiteral("Continue"));
+        }
+        ASSERT_EQ(heading(), title);
+    }
+
+    /// The title of the present page.
+    QString heading()
+    {
+        for (const QLabel *label : window().findChildren<QLabel *>()) {
+            if (label->isVisible() && label->font() == theme.font(TypeStyle::h1)) {
+                return label->text();
+            }
+        }
+        return {};
+    }
+
+    /// Keeps a picture of the window for whoever asks for them.
+    void picture(const QString &name)
+    {
+        const QString directory = qEnvironmentVariable("QUORIN_PICTURES");
+        if (!directory.isEmpty()) {
+            ASSERT_TRUE(window().grab().save(directory + u"/wizard-"_qs + name + u".png"_qs));
+        }
+    }
+
+    Theme theme;
+    QTemporaryDir config;
+    platform::Autostart autostart{
+        config.path(),
+        {QStringLiteral("gateway"), QStringLiteral("Gateway"), {QStringLiteral("/bin/gateway")}}};
+    QUrl storePage{QStringLiteral("https://store.example/lens")};
+    QString chosenFolder;
+    QString exportFile;
+    QString suggestedName;
+    QList<QUrl> links;
+    QStringList problems;
+    int completed = 0;
+    int quits = 0;
+    std::optional<GatewaySetupWizardWindowController> controller;
+};
+
+} // namespace gateway::shell::testing
