@@ -62,6 +62,30 @@ bool isAnswer(const std::exception &error)
     return failure && failure->responseCode;
 }
 
+/// True where the question reached somebody, who answered something else than what was asked.
+bool wasAnsweredSomehow(const std::exception &error)
+{
+    const auto *failure = dynamic_cast<const cloud_client::AFError *>(&error);
+    return isAnswer(error) || (failure && (failure->noAnswer == cloud_client::NoAnswer::unusableAnswer ||
+                                           failure->noAnswer == cloud_client::NoAnswer::proxyRefused));
+}
+
+/// True where the service itself says what holds for all that it is asked.
+bool isOfTheSession(const std::exception &error)
+{
+    const auto *response = dynamic_cast<const cloud_client::QrnErrorResponse *>(&error);
+    return response && (response->kind == cloud_client::QrnErrorKind::sessionInvalid ||
+                        response->kind == cloud_client::QrnErrorKind::termsNotAccepted);
+}
+
+/// What would be said of a file that was refused, and isn't so of one that could not be looked for.
+bool isOfTheLook(FailureClass failureClass)
+{
+    return failureClass == FailureClass::unexpectedAnswer || failureClass == FailureClass::refused ||
+           failureClass == FailureClass::tooLarge || failureClass == FailureClass::sessionEnded ||
+           failureClass == FailureClass::storageUsedUp;
+}
+
 /// How a question ended that got no answer.
 struct Unasked
 {
@@ -69,9 +93,10 @@ struct Unasked
     bool isNotOffered = false; ///< it can't be asked at all, rather than not at this moment
 };
 
-/// Only an answer says that there is nothing at an address (404, 405, 410, 501), not in this form (406, 415),
-/// or not for this account (403). Whatever else comes, or nothing, is of this moment: it proves nothing, and
-/// the question is asked again soon.
+/// Who may not look, or can't at this moment, may well send: what answers a question never holds up the
+/// queue. Only an answer says that there is nothing at an address (404, 405, 410, 501), not in this form
+/// (406, 415), or not for this account (403). Whatever else comes, or nothing, is of this moment: it proves
+/// nothing, and the question is asked again soon.
 Unasked unasked(const std::exception &error, const PreparedCandidate &prepared)
 {
     Unasked question{failedEnd(error, prepared)};
@@ -79,9 +104,10 @@ Unasked unasked(const std::exception &error, const PreparedCandidate &prepared)
     question.isNotOffered = isAnswer(error) && (failureClass == FailureClass::noImageService ||
                                                 failureClass == FailureClass::kindNotSupported ||
                                                 failureClass == FailureClass::notPermitted);
-    const bool isOfTheLook = failureClass == FailureClass::unexpectedAnswer ||
-                             failureClass == FailureClass::refused || failureClass == FailureClass::tooLarge;
-    if (isOfTheLook && question.end.reach != StoreUpload::FailureReach::queue) {
+    if (wasAnsweredSomehow(error) && !isOfTheSession(error)) {
+        question.end.reach = StoreUpload::FailureReach::file;
+    }
+    if (question.end.reach == StoreUpload::FailureReach::file && isOfTheLook(failureClass)) {
         question.end.failure.failureClass = FailureClass::notConfirmed;
     }
     return question;
@@ -175,9 +201,13 @@ AttemptEnd InstanceVerifier::confirm(const PreparedCandidate &prepared, bool was
     if (!wasThere && !isInDoubt) {
         return StoreUpload::kUploaded;
     }
-    const AttemptEnd end = compareWithCloud(prepared).end;
+    AttemptEnd end = compareWithCloud(prepared).end;
     const bool isInTheDark = end.failure.failureClass == FailureClass::notComparable;
-    return isInDoubt || !isInTheDark ? end : endByRecord(prepared);
+    if (!isInDoubt && isInTheDark) {
+        end = endByRecord(prepared);
+    }
+    end.reach = StoreUpload::FailureReach::file; // the request itself was answered
+    return end;
 }
 
 /// What was there may have come from here before, as the record says. Its word counts only where the cloud

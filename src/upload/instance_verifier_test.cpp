@@ -41,6 +41,28 @@ AttemptEnd failedFor(FailureClass failureClass, std::int64_t code = 0)
 
 } // namespace
 
+TEST_F(InstanceVerifierTest, HoldsUpNobodyElseWhereOnlyALookIsRefused)
+{
+    upload();
+    around.index.rememberOtherVersion(kUid);
+    for (const int status : {401, 407, 429, 502, 503, 507, 511}) {
+        around.cloud.giveNothingBack(status);
+        EXPECT_EQ(verifier.confirm(prepared, false).reach, StoreUpload::FailureReach::file) << status;
+    }
+    around.cloud.giveNothingBack(401);
+    EXPECT_EQ(verifier.confirm(prepared, false).failure.failureClass, FailureClass::notConfirmed)
+        << "the session takes uploads";
+
+    around.index.doubt(kUid, index::SentBefore::unknown);
+    around.cloud.giveNothingBack(503);
+    EXPECT_EQ(verifier.endWithoutRequest(prepared)->reach, StoreUpload::FailureReach::file);
+    around.cloud.giveNothingBack(0);
+    around.cloud.answerOddly(cloud_client::NoAnswer::unusableAnswer);
+    EXPECT_EQ(verifier.endWithoutRequest(prepared)->reach, StoreUpload::FailureReach::file) << "a page";
+    around.cloud.answerOddly(cloud_client::NoAnswer::connectionLost);
+    EXPECT_EQ(verifier.endWithoutRequest(prepared)->reach, StoreUpload::FailureReach::unanswered);
+}
+
 TEST_F(InstanceVerifierTest, TakesTheCloudsWordForTheOnlyVersionThatWasSent)
 {
     upload();

@@ -57,12 +57,22 @@ bool isForGood(FailureClass failureClass)
     return false;
 }
 
+/// True where an answer that seems to concern the whole queue may come of what one file holds, or of its
+/// size: a firewall's 403, a quota that a smaller file still fits. The file lets another one try.
+bool mayBeOfOneFile(FailureClass failureClass)
+{
+    return failureClass == FailureClass::notPermitted || failureClass == FailureClass::storageUsedUp;
+}
+
 } // namespace
 
 std::span<const std::chrono::seconds> pausesAfter(const StoreUpload::AttemptEnd &end)
 {
-    if (end.reach == FailureReach::queue) {
+    if (end.reach == FailureReach::queue && !mayBeOfOneFile(end.failure.failureClass)) {
         return {};
+    }
+    if (end.reach == FailureReach::queue) {
+        return kAfterTrouble;
     }
     return isForGood(end.failure.failureClass) ? std::span(kAfterRefusal) : std::span(kAfterTrouble);
 }

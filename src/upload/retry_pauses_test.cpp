@@ -51,8 +51,19 @@ TEST(RetryPauses, GrowToAnHourForWhatMayPass)
 
 TEST(RetryPauses, AreNoneWhereTheFileHadNoPartInTheFailure)
 {
-    EXPECT_TRUE(pauses(FailureClass::notPermitted, FailureReach::queue).empty());
-    EXPECT_FALSE(pauses(FailureClass::notPermitted).empty()) << "refused for this file alone";
+    for (const FailureClass ofAll : {FailureClass::sessionEnded,
+                                     FailureClass::tooManyRequests,
+                                     FailureClass::notReachable,
+                                     FailureClass::termsNotAccepted}) {
+        EXPECT_TRUE(pauses(ofAll, FailureReach::queue).empty());
+    }
+}
+
+TEST(RetryPauses, LetAnotherFileTryWhereTheAnswerMayBeOfThisOne)
+{
+    EXPECT_EQ(pauses(FailureClass::notPermitted, FailureReach::queue).front(), 10s);
+    EXPECT_EQ(pauses(FailureClass::storageUsedUp, FailureReach::queue).front(), 10s);
+    EXPECT_EQ(pauses(FailureClass::notPermitted).front(), 1min) << "refused for this file alone";
 }
 
 TEST(RetryPauses, NeverShrinkAndNeverPassTheLongestWaitOfTheIndex)

@@ -38,6 +38,15 @@ bool hasSuccess(const QList<CandidateOutcome> &outcomes)
     });
 }
 
+QStringList instancesOf(const QList<CandidateContext> &contexts)
+{
+    QStringList instances;
+    for (const CandidateContext &context : contexts) {
+        instances.append(context.candidate.originalSOPInstanceUIDs);
+    }
+    return instances;
+}
+
 /// The last look before files may count as sent, and so be let go of one day: each was taken in this round,
 /// stands for something, and is told once. Whatever else comes here must not go on.
 void assertMayBeRecorded(const QList<CandidateContext> &contexts, const QList<CandidateOutcome> &outcomes)
@@ -113,12 +122,41 @@ void UploadRun::begin(UploadRound &round, platform::TaskGroup &window, const std
             return;
         }
         const Contexts chunk = m_handler.chunkAt(round.contexts(), from);
+        awaitVersionsBefore(chunk, round);
         from += chunk.size();
+        noteUnderWay(chunk, 1);
         m_handler.begin(chunk);
         round.chunkBegan(chunk.size());
         window.add([this, chunk, &round](const std::stop_token &cancelled) {
             round.chunkEnded(cancelled.stop_requested() ? Outcomes() : m_handler.finish(chunk));
         });
+    }
+}
+
+/// Waits until nothing is under way that is another version of what comes next.
+void UploadRun::awaitVersionsBefore(const Contexts &chunk, UploadRound &round)
+{
+    const bool isBehindOne = std::ranges::any_of(
+        instancesOf(chunk), [this](const QString &instance) { return m_underWay.contains(instance); });
+    if (!isBehindOne) {
+        return;
+    }
+    for (const auto &open : m_open) {
+        open->wait();
+    }
+    while (m_open.front().get() != &round) {
+        settle(*m_open.front());
+        m_open.pop_front();
+    }
+}
+
+/// \param by  1 for files that begin, -1 for those whose results are recorded.
+void UploadRun::noteUnderWay(const Contexts &contexts, int by)
+{
+    for (const QString &instance : instancesOf(contexts)) {
+        if ((m_underWay[instance] += by) < 1) {
+            m_underWay.remove(instance);
+        }
     }
 }
 
@@ -184,6 +222,7 @@ void UploadRun::settle(UploadRound &round)
 {
     const Outcomes outcomes = round.outcomes();
     m_summary.selectedCandidates += round.begun();
+    noteUnderWay(round.contexts().first(round.begun()), -1);
     const std::int64_t resetImages = reconcile(round.contexts(), outcomes);
     assertMayBeRecorded(round.contexts(), outcomes);
     record(outcomes);

@@ -9,6 +9,7 @@
 #include "upload/upload_collaborators.h"
 #include "upload/upload_round.h"
 
+#include <QtCore/QHash>
 #include <QtCore/QList>
 #include <QtCore/QSet>
 #include <QtCore/QString>
@@ -26,7 +27,9 @@ namespace gateway::upload {
 /// ends the run: what isn't on its way then is put back.
 ///
 /// While requests are on their way the next files are made ready, and the next page begins while files of
-/// those before are still on their way, so that neither the processor nor the network stands still.
+/// those before are still on their way, so that neither the processor nor the network stands still. Versions
+/// of one instance alone follow each other, each with its result recorded before the next: of two that were
+/// on their way together an archive could keep the older one.
 ///
 /// Owner: the upload task. Thread: that task's.
 class UploadRun
@@ -50,7 +53,9 @@ private:
 
     void recover();
     void drain(const std::stop_token &stop);
+    void awaitVersionsBefore(const Contexts &chunk, UploadRound &round);
     void begin(UploadRound &round, platform::TaskGroup &window, const std::stop_token &stop);
+    void noteUnderWay(const Contexts &contexts, int by);
     void expectFrom(const Contexts &contexts, qsizetype from, AheadWindow &window);
     void settleWhatRests();
     void settleAll();
@@ -75,6 +80,7 @@ private:
     RunHalt m_halt;
     CandidateHandler m_handler;
     std::deque<std::unique_ptr<UploadRound>> m_open; // oldest first
+    QHash<QString, int> m_underWay;                  // instances begun in the open pages: by how many files
     platform::WorkerPool m_pool;                     // sends
 };
 

@@ -87,6 +87,33 @@ TEST_F(UploadRunOnIndexTest, TriesEachOfManyFilesOnceInEveryModeThoughTheOldestF
     EXPECT_EQ(states().count(QStringLiteral("1")), kFiles - kFailing);
 }
 
+TEST_F(UploadRunOnIndexTest, LetsOthersTryWhereOneFileIsRefusedLikeTheWholeQueue)
+{
+    for (const ExecutionMode mode :
+         {ExecutionMode::single, ExecutionMode::parallelFile, ExecutionMode::parallelBatch}) {
+        const auto uid = [mode](int number) {
+            return QStringLiteral("1.%1.%2").arg(static_cast<int>(mode)).arg(number);
+        };
+        const QString refused = import(uid(0));
+        const QString fine = import(uid(1));
+        around.cloud.duringRequest([refused](const testing::FakeCloud::Request &request, const auto &) {
+            for (const QUrl &file : request.files) {
+                if (file.path().endsWith(refused)) {
+                    throw cloud_client::AFError(QStringLiteral("a firewall's word"), 403);
+                }
+            }
+        });
+
+        run(mode); // in a batch both are met by it
+        store.clock.advance(std::chrono::minutes(1));
+        run(mode); // the one that is refused may come first again
+        run(mode);
+
+        EXPECT_TRUE(around.cloud.holds(fine)) << static_cast<int>(mode);
+        EXPECT_FALSE(around.cloud.holds(refused));
+    }
+}
+
 TEST_F(UploadRunOnIndexTest, TriesAFileOnceThatTheIndexOffersAgain)
 {
     const QString name = import(QStringLiteral("1.1"));

@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <thread>
+
 namespace gateway::upload {
 
 using log::GatewayLogAction;
@@ -69,6 +71,33 @@ TEST_P(UploadRunInEachModeTest, TakesNothingForSentBeforeThatFailedThenWhateverI
     run();
 
     EXPECT_EQ(around.index.failures().value(paths[0]).failureClass, core::FailureClass::notComparable);
+}
+
+TEST_P(UploadRunInEachModeTest, SendsAVersionOnlyOnceTheResultOfTheOneBeforeItIsRecorded)
+{
+    storeMany(7);
+    const QString first = around.store(QStringLiteral("1.7")); // the last one of the first page
+    const QUrl corrected =
+        QUrl::fromLocalFile(around.makeFolder(QStringLiteral("corrected")) + QStringLiteral("/1.7"));
+    testing::FakeSurroundings::write(corrected, 20);
+    const QString second = around.index.add(corrected, QStringLiteral("1.7"));
+    around.cloud.duringRequest([&](const testing::FakeCloud::Request &request, const auto &) {
+        const bool isOfTheFirst = around.index.state(first) == RowState::inProgress &&
+                                  request.files.last().path().endsWith(QStringLiteral("1.7"));
+        while (isOfTheFirst && around.index.fetches() < 2) {
+            std::this_thread::yield(); // until the next page, of the second alone, is known
+        }
+    });
+    around.index.whenMarking([&] {
+        if (around.index.fetches() == 2) {
+            EXPECT_EQ(around.index.state(first), RowState::synced);
+        }
+    });
+
+    const RunSummary summary = run();
+
+    EXPECT_EQ(summary.successfulUploads, 9);
+    EXPECT_EQ(around.index.state(second), RowState::synced);
 }
 
 TEST_P(UploadRunInEachModeTest, NeverPutsTwoFilesOfOneInstanceIntoOneRequest)
@@ -448,7 +477,8 @@ TEST_P(UploadRunInEachModeTest, EndsAtWhatConcernsTheWholeQueueAndPutsTheRestBac
         EXPECT_LE(fresh.converter.conversions(), 8) << status;
         EXPECT_EQ(fresh.index.count(RowState::inProgress), 0);
         EXPECT_EQ(fresh.index.count(RowState::failed), summary.failedUploads);
-        EXPECT_TRUE(fresh.index.pauses().isEmpty()) << "no file is to blame";
+        const bool mayBeOfOneFile = status == 403 || status == 507;
+        EXPECT_EQ(fresh.index.pauses().isEmpty(), !mayBeOfOneFile) << status;
         EXPECT_EQ(fresh.leftovers(), 0);
     }
 }
