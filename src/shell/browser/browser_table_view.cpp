@@ -13,6 +13,7 @@
 #include <QtWidgets/QHeaderView>
 #include <QtWidgets/QScrollBar>
 
+#include <algorithm>
 #include <initializer_list>
 #include <utility>
 
@@ -22,15 +23,16 @@ namespace {
 
 using browser::TableKind;
 
-constexpr int kChipLeft = 12; // where the words of the other columns begin
+constexpr int kCellMargin = 12; // beside the words
 constexpr int kDetailsWidth = 76;
+constexpr int kSortMark = 12; // has its room beside every title
 
 /// Widths of the columns, "Details" left out; the last one takes what is left.
 std::initializer_list<int> widthsOf(TableKind kind)
 {
-    static const std::initializer_list<int> kCloudStudies = {170, 104, 168, 84, 104, 84, 106, 92, 120};
+    static const std::initializer_list<int> kCloudStudies = {160, 104, 168, 84, 104, 84, 106, 92, 120};
     static const std::initializer_list<int> kCloudSeries = {90, 230, 100, 110, 84, 240};
-    static const std::initializer_list<int> kLocalStudies = {180, 120, 90, 118, 170, 110, 164, 92};
+    static const std::initializer_list<int> kLocalStudies = {180, 120, 90, 118, 158, 110, 164, 92};
     static const std::initializer_list<int> kLocalSeries = {90, 230, 100, 128, 84, 240};
     switch (kind) {
     case TableKind::cloudStudies:
@@ -107,7 +109,7 @@ void BrowserDelegate::paint(QPainter *painter,
                     m_theme.size(Size::icon));
         return;
     }
-    const QRect bounds = option.rect.adjusted(kChipLeft, 0, -m_theme.space(Space::hair), 0);
+    const QRect bounds = option.rect.adjusted(kCellMargin, 0, -m_theme.space(Space::hair), 0);
     Chip::paint(*painter, m_theme, bounds, ground.text, stateColor(ground.text));
 }
 
@@ -120,13 +122,7 @@ BrowserTableView::BrowserTableView(const Theme &theme,
     setModel(&model);
     setItemDelegate(new BrowserDelegate(theme, table, model, this));
     const int leading = model.leadingColumns();
-    if (leading > 0) {
-        setColumnWidth(0, kDetailsWidth);
-    }
-    int column = leading;
-    for (const int width : widthsOf(table.kind())) {
-        setColumnWidth(column++, width);
-    }
+    setColumnWidths();
     const browser::SortOrder order = table.sortOrder();
     horizontalHeader()->setSortIndicator(leading + order.column,
                                          order.ascending ? Qt::AscendingOrder : Qt::DescendingOrder);
@@ -149,6 +145,25 @@ BrowserTableView::BrowserTableView(const Theme &theme,
         }
     });
     connect(&theme, &Theme::themeChanged, viewport(), qOverload<>(&QWidget::update));
+}
+
+/// A language with longer titles gets wider columns: a title is never cut.
+void BrowserTableView::setColumnWidths()
+{
+    ensurePolished(); // whose font the titles have
+    horizontalHeader()->ensurePolished();
+    const auto setWidth = [this](int column, int width) {
+        const QString title = m_model.headerData(column, Qt::Horizontal, Qt::DisplayRole).toString();
+        const int words = horizontalHeader()->fontMetrics().horizontalAdvance(title);
+        setColumnWidth(column, std::max(width, words + 2 * kCellMargin + kSortMark));
+    };
+    int column = 0;
+    if (m_model.leadingColumns() > 0) {
+        setWidth(column++, kDetailsWidth);
+    }
+    for (const int width : widthsOf(m_table.kind())) {
+        setWidth(column++, width);
+    }
 }
 
 BrowserTableView::~BrowserTableView()

@@ -73,6 +73,7 @@ protected:
     void keyPressEvent(QKeyEvent *event) override;
 
 private:
+    void setColumnWidths();
     void rememberPlace();
     void restorePlace();
     void forgetHiddenSelection() const;

@@ -404,6 +404,7 @@ TEST_F(CloudScreen, ClipsNothingInALongLanguageInTheSmallestWindow)
     QCoreApplication::processEvents();
 
     EXPECT_EQ(clippedIn(*other.window()).join(u'|').toStdString(), "");
+    EXPECT_EQ(cutTitles(other.screen()->panel().view()), QStringList());
     picture(*other.window(), QStringLiteral("cloud-studies-smallest-long"));
     qApp->removeTranslator(&longer);
 }
@@ -422,6 +423,7 @@ TEST_F(CloudScreen, ClipsNothingInGermanInTheSmallestWindow)
     runUntil([&] { return clippedIn(*other.window()).isEmpty(); });
 
     EXPECT_EQ(other.window()->windowTitle(), QStringLiteral("Quorin-Cloud-Studien"));
+    EXPECT_EQ(cutTitles(other.screen()->panel().view()), QStringList());
     picture(*other.window(), QStringLiteral("cloud-studies-german-dark"));
 }
 

@@ -339,6 +339,7 @@ TEST_F(LocalScreen, ClipsNothingInALongLanguageInTheSmallestWindow)
     runUntil([&] { return clippedIn(*other.window()).isEmpty(); }); // wrapped words take some turns to settle
 
     EXPECT_EQ(clippedIn(*other.window()).join(u'|').toStdString(), "");
+    EXPECT_EQ(cutTitles(other.screen()->panel().view()), QStringList());
     picture(*other.window(), QStringLiteral("local-studies-smallest-long"));
     qApp->removeTranslator(&longer);
 }
@@ -356,12 +357,14 @@ TEST_F(LocalScreen, ClipsNothingInGermanInTheSmallestWindow)
     runUntil([&] { return rows.model()->rowCount() == 1; });
     runUntil([&] { return clippedIn(*other.window()).isEmpty(); });
     EXPECT_EQ(other.window()->windowTitle(), QStringLiteral("Lokale Studien"));
+    EXPECT_EQ(cutTitles(other.screen()->panel().view()), QStringList());
     picture(*other.window(), QStringLiteral("local-studies-german-dark"));
 
     QTest::keyClick(&rows, Qt::Key_Return);
     ASSERT_NE(other.screen()->seriesSheet(), nullptr);
     runUntil([&] { return other.screen()->seriesSheet()->panel().view().model()->rowCount() == 2; });
     EXPECT_EQ(clippedIn(*other.window()).join(u'|').toStdString(), "") << "the sheet of the series";
+    EXPECT_EQ(cutTitles(other.screen()->seriesSheet()->panel().view()), QStringList());
     press(*other.screen()->seriesSheet(), QStringLiteral("Schließen"));
     awaitGone(QPointer<SeriesSheet>(other.screen()->seriesSheet()));
 

@@ -150,7 +150,22 @@ struct BrowserScreenWorld : account::testing::SessionWorld
         });
     }
 
-    /// Keeps a picture of the window for whoever asks for them.
+    /// The titles of columns that have less room than their words need, with a margin on both sides and the
+    /// mark of the sorting.
+    static QStringList cutTitles(const BrowserTableView &view)
+    {
+        const QHeaderView &header = *view.horizontalHeader();
+        QStringList cut;
+        for (int column = 0; column < header.count(); ++column) {
+            const QString title =
+                view.model()->headerData(column, Qt::Horizontal, Qt::DisplayRole).toString();
+            if (header.fontMetrics().horizontalAdvance(title) + 3 * 12 > header.sectionSize(column)) {
+                cut.append(title);
+            }
+        }
+        return cut;
+    }
+
     /// Answers all three questions with yes, by clicks.
     void sayYes(QWidget &window)
     {
@@ -160,6 +175,7 @@ struct BrowserScreenWorld : account::testing::SessionWorld
         }
     }
 
+    /// Keeps a picture of the window for whoever asks for them.
     static void picture(QWidget &window, const QString &name)
     {
         const QString directory = qEnvironmentVariable("QUORIN_PICTURES");
