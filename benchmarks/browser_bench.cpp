@@ -90,7 +90,9 @@ int main(int argc, char **argv)
                                        store.notifications,
                                        {store.main, pool, store.clock},
                                        [] {}},
-                                      [] {}});
+                                      [](const QString &) {},
+                                      [](const QString &) { return true; },
+                                      [](const QStringList &) {}});
     screen.resize(1200, 700);
     screen.show();
     auto &table = screen.table();
