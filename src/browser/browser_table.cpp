@@ -12,37 +12,6 @@
 
 namespace gateway::browser {
 
-namespace {
-
-QStringList distinct(const QStringList &targets)
-{
-    QStringList kept;
-    QSet<QString> known;
-    for (const QString &target : targets) {
-        const QString trimmed = target.trimmed();
-        if (!trimmed.isEmpty() && !known.contains(trimmed)) {
-            known.insert(trimmed);
-            kept.append(trimmed);
-        }
-    }
-    return kept;
-}
-
-std::optional<DeleteConfirmationStep> stepAfter(DeleteConfirmationStep step)
-{
-    switch (step) {
-    case DeleteConfirmationStep::first:
-        return DeleteConfirmationStep::second;
-    case DeleteConfirmationStep::second:
-        return DeleteConfirmationStep::third;
-    case DeleteConfirmationStep::third:
-        break;
-    }
-    return std::nullopt;
-}
-
-} // namespace
-
 BrowserTable::BrowserTable(TableKind kind,
                            const BrowserRuntime &runtime,
                            std::shared_ptr<const TableRows> noRows,
@@ -131,6 +100,7 @@ void BrowserTable::forgetRows()
     m_lastError.reset();
     m_lastUpdatedAt.reset();
     m_selectedIDs.clear();
+    endQuestions();
     take(blank(m_noRows));
 }
 
@@ -242,14 +212,6 @@ qsizetype BrowserTable::hiddenSelected() const
     });
 }
 
-qsizetype BrowserTable::selectedOutsideCloud() const
-{
-    return std::count_if(m_selectedIDs.begin(), m_selectedIDs.end(), [this](const QString &id) {
-        const std::optional<quint32> position = m_rows->position(id);
-        return position && !m_rows->isInCloud(*position);
-    });
-}
-
 void BrowserTable::forgetSelectionOfGoneRows()
 {
     const qsizetype removed =
@@ -257,125 +219,6 @@ void BrowserTable::forgetSelectionOfGoneRows()
     if (removed > 0) {
         Q_EMIT changed();
     }
-}
-
-// --- Deleting --------------------------------------------------------------------------------------------
-
-void BrowserTable::askToDelete()
-{
-    enterMain();
-    if (!m_selectedIDs.isEmpty() && !isDeleting() && !m_deleteConfirmationStep) {
-        m_deleteConfirmationStep = DeleteConfirmationStep::first;
-        Q_EMIT changed();
-    }
-}
-
-void BrowserTable::confirmDeletion()
-{
-    enterMain();
-    const std::optional<DeleteConfirmationStep> answered = std::exchange(m_deleteConfirmationStep, {});
-    if (!answered) {
-        return;
-    }
-    Q_EMIT changed();
-    const std::optional<DeleteConfirmationStep> next = stepAfter(*answered);
-    if (!next) {
-        deleteSelected();
-        return;
-    }
-    m_runtime.main.post(m_life, [this, next] {
-        m_deleteConfirmationStep = next;
-        Q_EMIT changed();
-    });
-}
-
-void BrowserTable::cancelDeletion()
-{
-    enterMain();
-    if (std::exchange(m_deleteConfirmationStep, {})) {
-        Q_EMIT changed();
-    }
-}
-
-void BrowserTable::deleteSelected()
-{
-    QStringList targets;
-    qint64 selected = 0;
-    for (qsizetype position = 0; position < m_rows->count(); ++position) {
-        if (m_selectedIDs.contains(m_rows->id(position))) {
-            targets.append(m_rows->target(position));
-            ++selected;
-        }
-    }
-    setSelectedIDs({});
-    m_scope.start(deleteAndForget(targets, selected));
-}
-
-void BrowserTable::stopDeleting()
-{
-    enterMain();
-    m_isStoppingDeletion = isDeleting();
-}
-
-QCoro::Task<> BrowserTable::deleteAndForget(QStringList targets, qint64 selectedRows)
-{
-    co_await deleteTargets(std::move(targets), selectedRows);
-}
-
-QCoro::Task<BatchResult> BrowserTable::deleteTargets(QStringList targets, qint64 selectedRows)
-{
-    enterMain();
-    if (isDeleting() || m_scope.stopToken().stop_requested()) {
-        co_return BatchResult{};
-    }
-    const auto operation = m_scope.enter();
-    const QStringList wanted = distinct(targets);
-    if (wanted.isEmpty()) {
-        m_lastError = nothingToDeleteWords(m_kind);
-        nothingToDelete(selectedRows);
-        Q_EMIT changed();
-        co_return BatchResult{};
-    }
-    m_isStoppingDeletion = false;
-    deletionStarts(selectedRows, wanted);
-    m_deletion = DeletionProgress{0, wanted.size()};
-    Q_EMIT changed();
-    const BatchResult result = co_await deleteAll(wanted);
-    if (result.deleted > 0) {
-        rowsDeleted();
-    }
-    bool isLoaded = m_load == 0;
-    if (!isLoaded && !m_scope.stopToken().stop_requested()) {
-        isLoaded = co_await loadAnyway(triggerAfterDeletion());
-    }
-    if (isLoaded || result.failed > 0 || result.isStopped) {
-        m_lastError = deletionSummary(m_kind, result); // else the load's own words stay
-    }
-    deletionEnded(result);
-    m_deletion.reset();
-    Q_EMIT changed();
-    co_return result;
-}
-
-QCoro::Task<BatchResult> BrowserTable::deleteAll(QStringList targets)
-{
-    const Delete deleteSome = makeDelete();
-    BatchResult result;
-    result.requested = targets.size();
-    qsizetype done = 0;
-    while (done < targets.size() && !m_isStoppingDeletion && !m_scope.stopToken().stop_requested()) {
-        const QStringList some = targets.mid(done, deletedAtOnce());
-        result =
-            co_await platform::onPool(m_runtime.main, m_runtime.pool, [deleteSome, some, result]() mutable {
-                deleteSome(some, result);
-                return result;
-            });
-        done += some.size();
-        m_deletion->done = done;
-        Q_EMIT changed();
-    }
-    result.isStopped = done < targets.size();
-    co_return result;
 }
 
 } // namespace gateway::browser

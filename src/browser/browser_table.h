@@ -2,6 +2,7 @@
 
 #include "browser/table_kind.h"
 #include "browser/table_rows.h"
+#include "index/outside_cloud.h"
 #include "platform/concurrency/task_scope.h"
 
 #include <QCoro/QCoroTask>
@@ -12,6 +13,7 @@
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 
+#include <chrono>
 #include <cstdint>
 #include <exception>
 #include <functional>
@@ -54,7 +56,18 @@ struct BatchResult
     QStringList deletedTargets; ///< where they are told apart
     QStringList failedTargets;
     QString lastMessage;    ///< about the last failure; empty where there is no such message
-    bool isStopped = false; ///< the rest wasn't tried, because a person stopped it
+    bool isStopped = false; ///< the rest wasn't tried: a person stopped it, or isn't signed in any more
+};
+
+/// How much of what is to be deleted here isn't in the cloud.
+struct OutsideCloudCount
+{
+    qint64 images = 0;
+    qint64 parents = 0; ///< studies or series that they belong to
+
+    static OutsideCloudCount of(const index::OutsideCloud &images);
+
+    bool operator==(const OutsideCloudCount &) const = default;
 };
 
 /// A table of studies or series: its rows, the search and the sorting, the selection, and the deletion with
@@ -112,10 +125,11 @@ public:
     /// How many selected rows aren't shown.
     qsizetype hiddenSelected() const;
 
-    /// How many selected rows aren't wholly in the cloud, as far as is known.
-    qsizetype selectedOutsideCloud() const;
-
     // --- Deleting ------------------------------------------------------------------------------------
+
+    /// For so long a question that follows another takes no yes: clicks and keys that were meant for the one
+    /// before end in nothing.
+    static constexpr std::chrono::milliseconds kArmingTime{700};
 
     /// The question that waits for an answer.
     const std::optional<DeleteConfirmationStep> &deleteConfirmationStep() const
@@ -123,22 +137,40 @@ public:
         return m_deleteConfirmationStep;
     }
 
-    /// Asks the first question, unless nothing is selected or a deletion is under way.
+    /// Whether that question takes a yes by now.
+    bool isConfirmationArmed() const { return m_isConfirmationArmed; }
+
+    /// What the person is told, by that question, of images that aren't in the cloud.
+    OutsideCloudCount toldOutsideCloud() const { return OutsideCloudCount::of(m_told); }
+
+    /// Whether the question is asked again because more such images came than the person was told of.
+    bool isAskedAgain() const { return m_isAskedAgain; }
+
+    /// Asks the first question, unless nothing is selected or a deletion is under way. For the local tables
+    /// it comes when the index was asked what of the selected rows isn't in the cloud.
     void askToDelete();
 
     /// Yes: the next question follows in a turn of its own; after the last one the selected rows go, whether
-    /// the search shows them or not, and nothing is selected any more.
+    /// the search shows them or not, and nothing is selected any more. Has no effect before the question is
+    /// armed.
     void confirmDeletion();
 
     /// No: nothing has changed.
     void cancelDeletion();
 
+    /// What of the targets isn't in the cloud, for tables of this machine; nothing where that can't be read.
+    QCoro::Task<std::optional<index::OutsideCloud>> imagesOutsideCloud(QStringList targets);
+
     /// Deletes targets, as rows name them, unless a deletion is under way; blank ones and repetitions don't
     /// count. Rows that were loaded are loaded anew then.
     ///
     /// \param selectedRows  how many rows they came from.
+    /// \param told          what the person knows isn't in the cloud: of a table of this machine, targets
+    /// with
+    ///                      more such images stay.
     /// \return what became of them; empty where nothing was tried.
-    QCoro::Task<BatchResult> deleteTargets(QStringList targets, qint64 selectedRows);
+    QCoro::Task<BatchResult>
+    deleteTargets(QStringList targets, qint64 selectedRows, std::optional<index::OutsideCloud> told = {});
 
     /// How far the deletion under way is.
     const std::optional<DeletionProgress> &deletion() const { return m_deletion; }
@@ -163,7 +195,8 @@ protected:
     /// Loads all rows, on the pool. \throws whatever keeps it from that.
     using Load = std::function<std::shared_ptr<const TableRows>(const ShowPart &show, std::stop_token stop)>;
 
-    /// Deletes targets, on the pool, and adds to the result. \throws nothing.
+    /// Deletes targets, on the pool, and adds to the result; nothing where the deletion must stop. \throws
+    /// nothing.
     using Delete = std::function<void(const QStringList &targets, BatchResult &result)>;
 
     /// One load as others tell it.
@@ -194,7 +227,14 @@ protected:
     // --- What tells one table from the others --------------------------------------------------------
 
     virtual Load makeLoad() = 0;
-    virtual Delete makeDelete() = 0;
+    virtual Delete makeDelete(std::optional<index::OutsideCloud> told) = 0;
+
+    /// Counts, on the pool, what of targets isn't in the cloud; null where there is nothing to lose.
+    using Count = std::function<std::optional<index::OutsideCloud>(const QStringList &targets)>;
+    virtual Count makeCount() { return nullptr; }
+
+    /// Whether the load behind a deletion is for whoever deleted.
+    virtual bool isReloadMeant() const { return true; }
 
     /// How many targets are deleted at a time.
     virtual qsizetype deletedAtOnce() const = 0;
@@ -229,8 +269,13 @@ private:
     };
 
     QCoro::Task<bool> loadAnyway(QString trigger);
-    QCoro::Task<> deleteAndForget(QStringList targets, qint64 selectedRows);
-    QCoro::Task<BatchResult> deleteAll(QStringList targets);
+    QStringList selectedTargets() const;
+    QCoro::Task<> ask(DeleteConfirmationStep step);
+    QCoro::Task<> arm(int question);
+    QCoro::Task<> deleteUnlessMoreCame();
+    void endQuestions();
+    QCoro::Task<> deleteSelected();
+    QCoro::Task<BatchResult> deleteAll(QStringList targets, std::optional<index::OutsideCloud> told);
     Arranged blank(std::shared_ptr<const TableRows> rows) const;
     static void arrange(Arranged &rows);
     ShowPart partShower(int load, Arranged like);
@@ -239,7 +284,6 @@ private:
     void take(Arranged arranged);
     void filter();
     void forgetSelectionOfGoneRows();
-    void deleteSelected();
 
     const TableKind m_kind;
     const BrowserRuntime m_runtime;
@@ -257,6 +301,11 @@ private:
     std::optional<QDateTime> m_lastUpdatedAt;
     QSet<QString> m_selectedIDs;
     std::optional<DeleteConfirmationStep> m_deleteConfirmationStep;
+    bool m_isConfirmationArmed = false;
+    bool m_isAsking = false; // from the first question to the last answer
+    bool m_isAskedAgain = false;
+    int m_question = 0; // the newest; what is found out for others is dropped
+    index::OutsideCloud m_told;
     std::optional<DeletionProgress> m_deletion;
     bool m_isStoppingDeletion = false;
     std::shared_ptr<const bool> m_life = std::make_shared<const bool>(true);

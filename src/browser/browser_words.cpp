@@ -256,17 +256,25 @@ DeleteQuestion deleteQuestion(TableKind kind, DeleteConfirmationStep step, qint6
     return {};
 }
 
-QString outsideCloudWords(TableKind kind, qint64 count)
+QString outsideCloudWords(TableKind kind, const OutsideCloudCount &count)
 {
-    if (count == 0) {
+    if (count.images == 0) {
         return {};
     }
     const QString words =
-        holdsSeries(kind) ? BrowserWords::tr("Not yet wholly in Quorin Cloud: %L1 of the selected series. "
-                                             "Images of theirs will be lost.")
-                          : BrowserWords::tr("Not yet wholly in Quorin Cloud: %L1 of the selected studies. "
-                                             "Images of theirs will be lost.");
-    return words.arg(count);
+        holdsSeries(kind)
+            ? BrowserWords::tr(
+                  "Images not in Quorin Cloud: %L1, of %L2 of the selected series. They will be lost.")
+            : BrowserWords::tr(
+                  "Images not in Quorin Cloud: %L1, of %L2 of the selected studies. They will be lost.");
+    return words.arg(count.images).arg(count.parents);
+}
+
+QString unknownOutsideCloudWords()
+{
+    return BrowserWords::tr(
+        "The index of this computer can't be read, so nobody can tell what would be lost. "
+        "Nothing was deleted.");
 }
 
 QString whatStays(TableKind kind)

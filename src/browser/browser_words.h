@@ -12,6 +12,7 @@
 namespace gateway::browser {
 
 struct BatchResult;
+struct OutsideCloudCount;
 
 // What the tables say to people, in their language, on screens and on the command line alike. Thread: any.
 
@@ -45,8 +46,11 @@ struct DeleteQuestion
 /// \param count  how many are selected.
 DeleteQuestion deleteQuestion(TableKind kind, DeleteConfirmationStep step, qint64 count);
 
-/// That studies or series which are to be deleted here aren't wholly in the cloud; empty for none.
-QString outsideCloudWords(TableKind kind, qint64 count);
+/// That images which are to be deleted here aren't in the cloud; empty for none.
+QString outsideCloudWords(TableKind kind, const OutsideCloudCount &count);
+
+/// That nobody can tell what isn't in the cloud, so that nothing is deleted here.
+QString unknownOutsideCloudWords();
 
 /// What isn't touched by the deletion.
 QString whatStays(TableKind kind);

@@ -130,6 +130,7 @@ void CloudTable::nothingToDelete(qint64 selectedRows)
 void CloudTable::deletionStarts(qint64 selectedRows, const QStringList &targets)
 {
     m_batch = log::newUuidText();
+    m_batchSession = m_parts.session();
     m_parts.emitter.emit(record(GatewayLogLevel::info,
                                 m_words.batchStarted,
                                 GatewayLogOutcome::started,
@@ -139,11 +140,19 @@ void CloudTable::deletionStarts(qint64 selectedRows, const QStringList &targets)
                                  {m_words.requestedKey, targets.join(u',')}}));
 }
 
-CloudTable::Delete CloudTable::makeDelete()
+bool CloudTable::isReloadMeant() const
 {
-    return [this, device = core::deviceId(m_parts.defaults), batch = m_batch](const QStringList &targets,
-                                                                              BatchResult &result) {
+    return m_batchSession && m_parts.session() == m_batchSession;
+}
+
+CloudTable::Delete CloudTable::makeDelete(std::optional<index::OutsideCloud> /*told*/)
+{
+    return [this, device = core::deviceId(m_parts.defaults), batch = m_batch, session = m_batchSession](
+               const QStringList &targets, BatchResult &result) {
         for (const QString &target : targets) {
+            if (!session || m_parts.session() != session) {
+                return; // what was meant for one account isn't done with another
+            }
             const QString hash = log::hashedIdentifier(target).value_or(QStringLiteral("unknown"));
             const auto tell = [&](GatewayLogLevel level,
                                   log::GatewayLogAction action,

@@ -28,13 +28,14 @@ struct CloudBrowserParts
     platform::UserDefaults &defaults; ///< holds the device id
     BrowserRuntime runtime;           ///< its pool is the one for the network
 
-    /// What the session is known by; nothing while nobody is signed in.
+    /// What the session is known by; nothing while nobody is signed in. Called on any thread.
     std::function<std::optional<QString>()> session;
 };
 
 /// A table of the cloud: queries page by page, deletes one after the other, and logs both.
 ///
-/// Rows belong to the session that asked for them: another one neither sees them nor gets their answer.
+/// Rows belong to the session that asked for them: another one neither sees them nor gets their answer. A
+/// deletion belongs to the session in which it began, and stops where that ends.
 ///
 /// Owner: whoever shows it. Thread: main.
 class CloudTable : public BrowserTable
@@ -75,7 +76,8 @@ protected:
 
     cloud_client::QrnQidoAPIProtocol &queries() const { return m_parts.queries; }
 
-    Delete makeDelete() override;
+    Delete makeDelete(std::optional<index::OutsideCloud> told) override;
+    bool isReloadMeant() const override;
     qsizetype deletedAtOnce() const override { return 1; }
     bool isAnswerStillMeant() const override;
     QString loadStarts(const QString &trigger) override;
@@ -96,6 +98,7 @@ private:
     const DeleteOne m_deleteOne;
     std::optional<QString> m_session; // that the last query was for
     QString m_batch;                  // the correlation id of the deletion under way
+    std::optional<QString> m_batchSession;
 };
 
 /// Reads pages of a query into rows, on the pool, and shows the rows as they come: each time when there are

@@ -24,6 +24,7 @@ TEST_F(CloudStudies, AskThreeTimesBeforeADeletion)
     EXPECT_FALSE(model.deleteConfirmationStep()) << "one question goes before the next one comes";
     main.drain();
     EXPECT_EQ(model.deleteConfirmationStep(), DeleteConfirmationStep::second);
+    awaitArmed(model, clock);
     model.confirmDeletion();
     main.drain();
     EXPECT_EQ(model.deleteConfirmationStep(), DeleteConfirmationStep::third);
@@ -34,6 +35,74 @@ TEST_F(CloudStudies, AskThreeTimesBeforeADeletion)
     EXPECT_EQ(model.selectedIDs().size(), 1);
     EXPECT_FALSE(model.isDeleting());
     EXPECT_EQ(archive.calls().size(), 1) << "the query alone";
+}
+
+TEST_F(CloudStudies, StayWhenTheNextQuestionGetsTheYesOfTheOneBefore)
+{
+    archive.addStudy(QStringLiteral("1.1"));
+    query();
+    model.setSelectedIDs({QStringLiteral("1.1")});
+    model.askToDelete();
+    model.confirmDeletion();
+    main.drain();
+    clock.waitForSleepers(1);
+
+    clock.advance(BrowserTable::kArmingTime - std::chrono::milliseconds(1));
+    main.drain();
+    model.confirmDeletion();
+    model.confirmDeletion();
+    main.drain();
+
+    EXPECT_EQ(model.deleteConfirmationStep(), DeleteConfirmationStep::second);
+    EXPECT_FALSE(model.isConfirmationArmed());
+    EXPECT_FALSE(model.isDeleting());
+    clock.advance(std::chrono::milliseconds(1));
+    runUntil([&] { return model.isConfirmationArmed(); });
+    model.confirmDeletion();
+    main.drain();
+    EXPECT_EQ(model.deleteConfirmationStep(), DeleteConfirmationStep::third);
+    EXPECT_FALSE(model.isConfirmationArmed());
+}
+
+TEST_F(CloudStudies, AreNotAskedAboutAnyMoreBehindASignOut)
+{
+    archive.addStudy(QStringLiteral("1.1"));
+    query();
+    model.setSelectedIDs({QStringLiteral("1.1")});
+    model.askToDelete();
+
+    session.reset();
+    model.sessionChanged();
+
+    EXPECT_FALSE(model.deleteConfirmationStep());
+    model.confirmDeletion();
+    main.drain();
+    EXPECT_FALSE(model.deleteConfirmationStep());
+}
+
+TEST_F(CloudStudies, StopBeingDeletedWhenTheSessionIsAnotherOne)
+{
+    for (const char *uid : {"1.1", "1.2", "1.3"}) {
+        archive.addStudy(QString::fromLatin1(uid));
+    }
+    query();
+    archive.hold(QStringLiteral("delete 1.1"));
+    model.setSelectedIDs({QStringLiteral("1.1"), QStringLiteral("1.2"), QStringLiteral("1.3")});
+    confirm(model);
+    runUntil([&] { return archive.calls().contains(QStringLiteral("delete 1.1")); });
+
+    session.reset();
+    model.sessionChanged();
+    session = QStringLiteral("bob");
+    model.sessionChanged();
+    archive.release();
+    runUntil([&] { return !model.isDeleting(); });
+
+    EXPECT_EQ(archive.studies.size(), 2) << "what ann meant isn't done as bob";
+    EXPECT_EQ(archive.calls().count(QStringLiteral("studies")), 1) << "nor is anything asked for as bob";
+    EXPECT_EQ(model.lastError(), QStringLiteral("Stopped. Deleted 1 of 3 selected studies."));
+    EXPECT_EQ(detail(only(GatewayLogAction::quorinCloudDeleteBatchCompleted), "stopped"),
+              QStringLiteral("true"));
 }
 
 TEST_F(CloudStudies, GoOneByOneWithTheirEvents)

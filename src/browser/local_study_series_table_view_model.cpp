@@ -46,10 +46,19 @@ BrowserTable::Load LocalStudySeriesTableViewModel::makeLoad()
     };
 }
 
-BrowserTable::Delete LocalStudySeriesTableViewModel::makeDelete()
+BrowserTable::Delete
+LocalStudySeriesTableViewModel::makeDelete(std::optional<gateway::index::OutsideCloud> told)
 {
-    return [index = &index(), study = m_study.studyID](const QStringList &series, BatchResult &result) {
-        add(index->deleteSeries(study, series), result);
+    return [index = &index(), study = m_study.studyID, told = std::move(told)](const QStringList &series,
+                                                                               BatchResult &result) {
+        add(index->deleteSeries(study, series, told), result);
+    };
+}
+
+BrowserTable::Count LocalStudySeriesTableViewModel::makeCount()
+{
+    return [index = &index(), study = m_study.studyID](const QStringList &series) {
+        return index->seriesImagesOutsideCloud(study, series);
     };
 }
 

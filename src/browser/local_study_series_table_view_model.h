@@ -43,7 +43,8 @@ public:
 
 protected:
     Load makeLoad() override;
-    Delete makeDelete() override;
+    Delete makeDelete(std::optional<::gateway::index::OutsideCloud> told) override;
+    Count makeCount() override;
 
 private:
     const LocalStudySeriesContext m_study;

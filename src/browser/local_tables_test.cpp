@@ -1,3 +1,4 @@
+#include "browser/browser_words.h"
 #include "browser/local_study_series_table_view_model.h"
 #include "browser/quorin_gateway_local_study_table_view_model.h"
 #include "browser/testing/browser_world.h"
@@ -36,18 +37,33 @@ public:
         return m_real.studyFiles(study, limit);
     }
 
-    index::DeletionCounts deleteStudies(const QStringList &studies) override
+    std::optional<index::OutsideCloud> imagesOutsideCloud(const QStringList &studies) override
     {
-        ++deletions;
-        waitAtTheDoor();
-        return counted(studies, [this](const QStringList &some) { return m_real.deleteStudies(some); });
+        return isReadable ? m_real.imagesOutsideCloud(studies) : std::nullopt;
     }
 
-    index::DeletionCounts deleteSeries(const QString &study, const QStringList &series) override
+    std::optional<index::OutsideCloud> seriesImagesOutsideCloud(const QString &study,
+                                                                const QStringList &series) override
+    {
+        return isReadable ? m_real.seriesImagesOutsideCloud(study, series) : std::nullopt;
+    }
+
+    index::DeletionCounts deleteStudies(const QStringList &studies,
+                                        const std::optional<index::OutsideCloud> &known) override
     {
         ++deletions;
         waitAtTheDoor();
-        return counted(series, [&](const QStringList &some) { return m_real.deleteSeries(study, some); });
+        return counted(studies, [&](const QStringList &some) { return m_real.deleteStudies(some, known); });
+    }
+
+    index::DeletionCounts deleteSeries(const QString &study,
+                                       const QStringList &series,
+                                       const std::optional<index::OutsideCloud> &known) override
+    {
+        ++deletions;
+        waitAtTheDoor();
+        return counted(series,
+                       [&](const QStringList &some) { return m_real.deleteSeries(study, some, known); });
     }
 
     /// Makes deletions wait, or lets them go on.
@@ -58,6 +74,7 @@ public:
         m_changed.notifyAll();
     }
 
+    std::atomic<bool> isReadable = true;
     std::atomic<int> loads = 0;
     std::atomic<int> deletions = 0;
 
@@ -130,6 +147,17 @@ struct LocalStudies : LocalTables
         return model.allRows()[*model.rows()->position(QString::fromLatin1(uid))];
     }
 
+    /// Says yes until this question waits for an answer.
+    void askAndAwait(DeleteConfirmationStep step)
+    {
+        model.askToDelete();
+        BrowserWorld::awaitArmed(model, store.clock);
+        while (model.deleteConfirmationStep() != step) {
+            model.confirmDeletion();
+            BrowserWorld::awaitArmed(model, store.clock);
+        }
+    }
+
     QuorinGatewayLocalStudyTableViewModel model{parts()};
 };
 
@@ -157,9 +185,74 @@ TEST_F(LocalStudies, AreFoundByTheWordOfTheirState)
 
     ASSERT_EQ(model.shown().size(), 1U);
     EXPECT_EQ(model.allRows()[model.shown().front()].id, QStringLiteral("2"));
-    EXPECT_EQ(model.selectedOutsideCloud(), 0);
+}
+
+TEST_F(LocalStudies, AreCountedInTheIndexWhenTheQuestionComes)
+{
+    store.execute(QStringLiteral("UPDATE DicomImage SET syncState = 1"));
+    load();
+    ASSERT_EQ(row("1").syncStateDisplay, QStringLiteral("Synced"));
     model.setSelectedIDs({QStringLiteral("1"), QStringLiteral("2")});
-    EXPECT_EQ(model.selectedOutsideCloud(), 1) << "one is in the cloud";
+
+    import("2", "2.1", "2.1.9");
+    askAndAwait(DeleteConfirmationStep::first);
+
+    EXPECT_EQ(row("2").syncStateDisplay, QStringLiteral("Synced")) << "as the table knows it";
+    EXPECT_EQ(model.toldOutsideCloud(), (OutsideCloudCount{1, 1}));
+}
+
+TEST_F(LocalStudies, AreAskedAboutAgainWhenImagesComeWhileTheLastQuestionStands)
+{
+    store.execute(QStringLiteral("UPDATE DicomImage SET syncState = 1"));
+    load();
+    model.setSelectedIDs({QStringLiteral("1"), QStringLiteral("2")});
+    askAndAwait(DeleteConfirmationStep::third);
+    EXPECT_EQ(model.toldOutsideCloud(), OutsideCloudCount());
+
+    import("2", "2.1", "2.1.9");
+    model.confirmDeletion();
+    BrowserWorld::awaitArmed(model, store.clock);
+
+    EXPECT_EQ(model.deleteConfirmationStep(), DeleteConfirmationStep::third);
+    EXPECT_TRUE(model.isAskedAgain());
+    EXPECT_EQ(model.toldOutsideCloud(), (OutsideCloudCount{1, 1}));
+    EXPECT_EQ(index.deletions, 0);
+    EXPECT_EQ(storedFiles(), 4);
+    model.confirmDeletion();
+    runUntil([&] { return model.allRows().empty() && !model.isDeleting(); });
+    EXPECT_EQ(storedFiles(), 0) << "said again, it is done";
+}
+
+TEST_F(LocalStudies, StayWhenImagesComeWhileOthersAreDeleted)
+{
+    store.execute(QStringLiteral("UPDATE DicomImage SET syncState = 1"));
+    load();
+    index.hold(true);
+    const auto deletion =
+        model.deleteTargets({QStringLiteral("1"), QStringLiteral("2")}, 2, ::gateway::index::OutsideCloud());
+    runUntil([&] { return index.deletions == 1; });
+
+    import("2", "2.1", "2.1.9");
+    index.hold(false);
+    finish(deletion);
+
+    EXPECT_EQ(model.lastError(), QStringLiteral("Deleted 1 of 2 selected studies. 1 failed."));
+    EXPECT_EQ(storedFiles(), 3);
+}
+
+TEST_F(LocalStudies, StayWhereNobodyCanTellWhatWouldBeLost)
+{
+    load();
+    model.setSelectedIDs({QStringLiteral("1")});
+    index.isReadable = false;
+
+    model.askToDelete();
+    runUntil([&] { return model.lastError().has_value(); });
+
+    EXPECT_FALSE(model.deleteConfirmationStep());
+    EXPECT_EQ(model.lastError(), unknownOutsideCloudWords());
+    index.isReadable = true;
+    askAndAwait(DeleteConfirmationStep::first);
 }
 
 TEST_F(LocalStudies, WithFailuresCanBeShownAlone)
@@ -238,13 +331,9 @@ TEST_F(LocalStudies, GoWithTheirFilesAndTheCountersFollow)
     load();
     model.setSelectedIDs({QStringLiteral("2")});
 
-    for (int answers = 0; answers < 3; ++answers) {
-        model.askToDelete();
-        runUntil([&] { return model.deleteConfirmationStep().has_value(); });
-        model.confirmDeletion();
-        runUntil([&] { return answers == 2 || model.deleteConfirmationStep().has_value(); });
-    }
-    runUntil([&] { return !model.isDeleting(); });
+    askAndAwait(DeleteConfirmationStep::third);
+    model.confirmDeletion();
+    runUntil([&] { return model.allRows().size() == 1 && !model.isDeleting(); });
 
     EXPECT_EQ(model.allRows().size(), 1U);
     EXPECT_EQ(storedFiles(), 1);

@@ -85,10 +85,11 @@ BrowserTable::Load QuorinGatewayLocalStudyTableViewModel::makeLoad()
     };
 }
 
-BrowserTable::Delete QuorinGatewayLocalStudyTableViewModel::makeDelete()
+BrowserTable::Delete
+QuorinGatewayLocalStudyTableViewModel::makeDelete(std::optional<gateway::index::OutsideCloud> told)
 {
-    return [index = &index()](const QStringList &studies, BatchResult &result) {
-        add(index->deleteStudies(studies), result);
+    return [index = &index(), told = std::move(told)](const QStringList &studies, BatchResult &result) {
+        add(index->deleteStudies(studies, told), result);
     };
 }
 
@@ -98,6 +99,11 @@ QCoro::Task<QList<QUrl>> QuorinGatewayLocalStudyTableViewModel::filesOf(QString 
     const QList<QUrl> files = co_await platform::onPool(
         main(), pool(), [index = &index(), study, limit] { return index->studyFiles(study, limit); });
     co_return files;
+}
+
+BrowserTable::Count QuorinGatewayLocalStudyTableViewModel::makeCount()
+{
+    return [index = &index()](const QStringList &studies) { return index->imagesOutsideCloud(studies); };
 }
 
 QCoro::Task<BatchResult> QuorinGatewayLocalStudyTableViewModel::deleteStudies(QList<Row> rows)

@@ -31,7 +31,8 @@ public:
 
 protected:
     Load makeLoad() override;
-    Delete makeDelete() override;
+    Delete makeDelete(std::optional<::gateway::index::OutsideCloud> told) override;
+    Count makeCount() override;
 };
 
 } // namespace gateway::browser

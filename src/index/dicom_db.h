@@ -157,6 +157,9 @@ public:
     QList<LocalStudySnapshot> studySnapshots() override;
     QList<LocalSeriesSnapshot> seriesSnapshots(const QString &identity) override;
     QList<QUrl> studyFiles(const QString &identity, int limit) override;
+    std::optional<OutsideCloud> imagesOutsideCloud(const QStringList &studies) override;
+    std::optional<OutsideCloud> seriesImagesOutsideCloud(const QString &study,
+                                                         const QStringList &series) override;
 
     // --- Letting go ----------------------------------------------------------------------------------
 
@@ -167,9 +170,11 @@ public:
     /// removal failed is tried again by the next `finishRemovals`.
     LocalPruneResult pruneSyncedImages(const QDateTime &cutoff);
 
-    DeletionCounts deleteStudies(const QStringList &studyInstanceUIDs) override;
+    DeletionCounts deleteStudies(const QStringList &studyInstanceUIDs,
+                                 const std::optional<OutsideCloud> &known = {}) override;
     DeletionCounts deleteSeries(const QString &studyInstanceUID,
-                                const QStringList &seriesInstanceUIDs) override;
+                                const QStringList &seriesInstanceUIDs,
+                                const std::optional<OutsideCloud> &known = {}) override;
 
     /// Removes the files that an earlier deletion had to leave because the process ended or the disk failed.
     /// Called once after opening; each prune starts with it.
@@ -187,6 +192,7 @@ public:
 private:
     struct Announcement;
     using DeleteRows = std::function<std::int64_t(platform::Database &, QSet<QString> &paths)>;
+    using Find = std::function<std::optional<std::int64_t>(platform::Database &, const QString &identity)>;
 
     std::int64_t nowInMilliseconds() const;
     void backfillOnce();
@@ -209,6 +215,8 @@ private:
     void dropEqualCopies(const Recorded &recorded, const StoredFile &stored);
     void removeReleased(const QSet<QString> &paths, RemovalReason reason);
     bool pruneBatch(std::int64_t cutoff, LocalPruneResult &result);
+    std::optional<OutsideCloud>
+    countOutside(const QStringList &identities, const Find &find, const char *count) const;
     DeletionCounts deleteParents(std::int64_t requested, const DeleteRows &deleteRows);
     std::int64_t removeFiles(const QSet<QString> &paths, RemovalReason reason) QUORIN_REQUIRES(m_deletion);
     void forgetRemovals(const QStringList &paths);

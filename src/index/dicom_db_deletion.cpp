@@ -50,6 +50,10 @@ constexpr const char *kDeleteEmptyStudies =
     "DELETE FROM Study INDEXED BY Study_empty WHERE seriesCount = 0 "
     "AND NOT EXISTS (SELECT 1 FROM Series WHERE Series.study = Study.pk)";
 
+// By the tallies of the rows, which follow each change of an image.
+constexpr const char *kOutsideCloudOfStudy = "SELECT imageCount - syncedCount FROM Study WHERE pk = ?";
+constexpr const char *kOutsideCloudOfSeries = "SELECT imageCount - syncedCount FROM Series WHERE pk = ?";
+
 constexpr const char *kPathsOfStudy =
     "SELECT DISTINCT pathString FROM DicomImage JOIN Series ON Series.pk = series WHERE study = ?";
 constexpr const char *kPathsOfSeries = "SELECT DISTINCT pathString FROM DicomImage WHERE series = ?";
@@ -120,6 +124,23 @@ void deleteParent(
     database.prepare(deletion).bindAll(key).run();
 }
 
+std::int64_t countOutsideCloud(Database &database, const char *count, std::int64_t key)
+{
+    Statement row = database.prepare(count);
+    row.bindAll(key);
+    return row.step() ? row.integer(0) : 0;
+}
+
+/// Whether a row has more images outside the cloud than may be lost with it.
+bool isMoreThan(const std::optional<OutsideCloud> &known,
+                const QString &identity,
+                Database &database,
+                const char *count,
+                std::int64_t key)
+{
+    return known && countOutsideCloud(database, count, key) > known->value(identity);
+}
+
 /// Trimmed, without empty ones and repeats, in the given order.
 QStringList normalized(const QStringList &identifiers)
 {
@@ -170,13 +191,53 @@ LocalPruneResult DicomDB::pruneSyncedImages(const QDateTime &cutoff)
     return result;
 }
 
-DeletionCounts DicomDB::deleteStudies(const QStringList &studyInstanceUIDs)
+std::optional<OutsideCloud> DicomDB::imagesOutsideCloud(const QStringList &studies)
+{
+    const auto find = [](Database &database, const QString &identity) {
+        return findStudy(database, identity);
+    };
+    return countOutside(normalized(studies), find, kOutsideCloudOfStudy);
+}
+
+std::optional<OutsideCloud> DicomDB::seriesImagesOutsideCloud(const QString &study, const QStringList &series)
+{
+    const auto find = [&study](Database &database, const QString &identity) {
+        const auto parent = findStudy(database, study);
+        return parent ? findSeries(database, *parent, identity) : std::nullopt;
+    };
+    return countOutside(normalized(series), find, kOutsideCloudOfSeries);
+}
+
+std::optional<OutsideCloud>
+DicomDB::countOutside(const QStringList &identities, const Find &find, const char *count) const
+{
+    OutsideCloud outside;
+    try {
+        m_store.read([&](Database &database) {
+            outside.clear();
+            for (const QString &identity : identities) {
+                const auto key = find(database, identity);
+                const std::int64_t images = key ? countOutsideCloud(database, count, *key) : 0;
+                if (images > 0) {
+                    outside.insert(identity, images);
+                }
+            }
+        });
+    } catch (const SqliteError &) {
+        return std::nullopt;
+    }
+    return outside;
+}
+
+DeletionCounts DicomDB::deleteStudies(const QStringList &studyInstanceUIDs,
+                                      const std::optional<OutsideCloud> &known)
 {
     const QStringList wanted = normalized(studyInstanceUIDs);
     return deleteParents(wanted.size(), [&](Database &database, QSet<QString> &paths) {
         std::int64_t deleted = 0;
         for (const QString &identity : wanted) {
-            if (const auto study = findStudy(database, identity)) {
+            const auto study = findStudy(database, identity);
+            if (study && !isMoreThan(known, identity, database, kOutsideCloudOfStudy, *study)) {
                 deleteParent(database, *study, kPathsOfStudy, "DELETE FROM Study WHERE pk = ?", paths);
                 ++deleted;
             }
@@ -185,7 +246,9 @@ DeletionCounts DicomDB::deleteStudies(const QStringList &studyInstanceUIDs)
     });
 }
 
-DeletionCounts DicomDB::deleteSeries(const QString &studyInstanceUID, const QStringList &seriesInstanceUIDs)
+DeletionCounts DicomDB::deleteSeries(const QString &studyInstanceUID,
+                                     const QStringList &seriesInstanceUIDs,
+                                     const std::optional<OutsideCloud> &known)
 {
     const QStringList wanted = normalized(seriesInstanceUIDs);
     if (studyInstanceUID.trimmed().isEmpty()) {
@@ -195,7 +258,8 @@ DeletionCounts DicomDB::deleteSeries(const QString &studyInstanceUID, const QStr
         std::int64_t deleted = 0;
         const auto study = findStudy(database, studyInstanceUID);
         for (const QString &identity : study ? wanted : QStringList()) {
-            if (const auto series = findSeries(database, *study, identity)) {
+            const auto series = findSeries(database, *study, identity);
+            if (series && !isMoreThan(known, identity, database, kOutsideCloudOfSeries, *series)) {
                 deleteParent(database, *series, kPathsOfSeries, "DELETE FROM Series WHERE pk = ?", paths);
                 ++deleted;
             }

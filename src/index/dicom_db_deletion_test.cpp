@@ -239,6 +239,23 @@ TEST_F(DeleteStudies, TakeEverythingOfTheirsWhateverItsState)
     EXPECT_EQ(home.announcements(), 0);
 }
 
+TEST_F(DeleteStudies, LeaveThoseOfWhichMoreWouldBeLostThanIsKnown)
+{
+    importOne(QStringLiteral("9.1"));
+    uploaded(QStringLiteral("9.2"));
+    uploaded(QStringLiteral("8.1"), {{kStudy, QStringLiteral("8")}});
+    const QStringList both{QStringLiteral("1.2"), QStringLiteral("8")};
+    const std::optional<OutsideCloud> known = index.imagesOutsideCloud(both);
+    ASSERT_EQ(known, (OutsideCloud{{QStringLiteral("1.2"), 1}}));
+
+    importOne(QStringLiteral("8.2"), {{kStudy, QStringLiteral("8")}});
+    EXPECT_EQ(index.deleteStudies(both, known), (DeletionCounts{2, 1, 1}));
+
+    EXPECT_EQ(index.totalCounts(), (EntityCounts{2, 1, 1}));
+    EXPECT_EQ(index.deleteStudies(both, index.imagesOutsideCloud(both)), (DeletionCounts{2, 1, 1}));
+    EXPECT_EQ(index.totalCounts().images, 0);
+}
+
 TEST_F(DeleteStudies, OfAListOfBlanksGiveThreeZeros)
 {
     EXPECT_EQ(index.deleteStudies({QString(), QStringLiteral("  "), QStringLiteral("\n")}),
@@ -297,6 +314,21 @@ TEST_F(DeleteSeries, TakeTheirImagesAndLeaveTheStudy)
 
     EXPECT_EQ(index.totalCounts(), (EntityCounts{1, 1, 1}));
     EXPECT_EQ(storedFiles(), QStringList{index.fileURL(other).toLocalFile()});
+}
+
+TEST_F(DeleteSeries, LeaveThoseOfWhichMoreWouldBeLostThanIsKnown)
+{
+    uploaded(QStringLiteral("9.1"));
+    const QStringList series{QStringLiteral("1.2.30")};
+    const std::optional<OutsideCloud> known = index.seriesImagesOutsideCloud(QStringLiteral("1.2"), series);
+    ASSERT_EQ(known, OutsideCloud());
+
+    importOne(QStringLiteral("9.2"));
+
+    EXPECT_EQ(index.deleteSeries(QStringLiteral("1.2"), series, known), (DeletionCounts{1, 0, 1}));
+    EXPECT_EQ(index.seriesImagesOutsideCloud(QStringLiteral("1.2"), series),
+              (OutsideCloud{{QStringLiteral("1.2.30"), 1}}));
+    EXPECT_EQ(index.totalCounts().images, 2);
 }
 
 TEST_F(DeleteSeries, LeaveAnEmptyStudyUntilThePruneThatFindsRows)

@@ -70,7 +70,8 @@ class Browser(EndToEndTest):
         send(self.gateway, sent)
         self.gateway.await_status("the import", lambda status: status["counters"]["images"] == len(sent))
         study = self.told("local", "studies")["studies"][0]["id"]
-        warning = "Not yet wholly in Quorin Cloud: 1 of the selected studies. Images of theirs will be lost.\n"
+        warning = (f"Images not in Quorin Cloud: {len(sent)}, of 1 of the selected studies. "
+                   "They will be lost.\n")
 
         # When a person looks first
         code, words = self.refusal("local", "delete", study)

@@ -158,6 +158,11 @@ class Desktop:
         x, y = target if isinstance(target, tuple) else self._settled(target).middle
         self._xdotool("mousemove", x, y, "click", button)
 
+    def click_often(self, target, times):
+        """Clicks on a widget's middle, some 150 ms apart."""
+        x, y = self._settled(target).middle
+        self._xdotool("mousemove", x, y, "click", "--repeat", times, "--delay", 150, 1)
+
     def point_at(self, target):
         x, y = target if isinstance(target, tuple) else self._settled(target).middle
         self._xdotool("mousemove", x, y)

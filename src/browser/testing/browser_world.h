@@ -46,9 +46,20 @@ struct BrowserWorld : ::testing::Test, platform::testing::RunsMain
     {
         table.askToDelete();
         for (int answers = 0; answers < 3; ++answers) {
-            runUntil([&] { return table.deleteConfirmationStep().has_value(); });
+            awaitArmed(table, clock);
             table.confirmDeletion();
         }
+    }
+
+    /// Waits for a question that takes a yes.
+    static void awaitArmed(const BrowserTable &table, platform::testing::ManualClock &clock)
+    {
+        runUntil([&] {
+            if (table.deleteConfirmationStep() && !table.isConfirmationArmed()) {
+                clock.advance(BrowserTable::kArmingTime);
+            }
+            return table.isConfirmationArmed();
+        });
     }
 
     QTemporaryDir folder;

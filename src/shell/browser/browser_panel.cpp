@@ -168,37 +168,49 @@ void BrowserPanel::showDeletion()
 /// The three questions come one after the other, each when the one before is gone.
 void BrowserPanel::showQuestion()
 {
-    browser::BrowserTable &table = m_parts.table;
+    const browser::BrowserTable &table = m_parts.table;
     const std::optional<browser::DeleteConfirmationStep> step = table.deleteConfirmationStep();
-    if (!step || m_question != nullptr) {
-        return;
+    if (!step && m_question != nullptr) {
+        m_question->closeSheet(); // what was asked about is gone
+        closeQuestion();
+    } else if (step && m_question == nullptr) {
+        ask(*step);
     }
+    if (m_question != nullptr) {
+        m_question->setArmed(table.isConfirmationArmed());
+    }
+}
+
+void BrowserPanel::ask(browser::DeleteConfirmationStep step)
+{
+    browser::BrowserTable &table = m_parts.table;
     const browser::DeleteQuestion words =
-        browser::deleteQuestion(table.kind(), *step, table.selectedIDs().size());
-    const bool isLast = *step == browser::DeleteConfirmationStep::third;
-    auto *question = new ConfirmDialog(
-        m_parts.theme,
-        *window(),
-        {words.title,
-         words.message,
-         words.confirm,
-         tr("Cancel"),
-         isLast ? ConfirmDialog::Kind::loss : ConfirmDialog::Kind::towardsLoss,
-         deletionWarning(table.kind(), table.selectedOutsideCloud(), table.hiddenSelected()),
-         browser::whatStays(table.kind())});
-    m_question = question;
-    const auto answered = [this, question](void (browser::BrowserTable::*answer)()) {
-        m_question = nullptr;
-        question->deleteLater();
-        (m_parts.table.*answer)();
-    };
-    connect(question, &ConfirmDialog::confirmed, this, [answered] {
-        answered(&browser::BrowserTable::confirmDeletion);
+        browser::deleteQuestion(table.kind(), step, table.selectedIDs().size());
+    const bool isLast = step == browser::DeleteConfirmationStep::third;
+    m_question = new ConfirmDialog(m_parts.theme,
+                                   *window(),
+                                   {words.title,
+                                    words.message,
+                                    words.confirm,
+                                    tr("Cancel"),
+                                    isLast ? ConfirmDialog::Kind::loss : ConfirmDialog::Kind::towardsLoss,
+                                    deletionWarning(table),
+                                    browser::whatStays(table.kind())});
+    connect(m_question, &ConfirmDialog::confirmed, this, [this] {
+        closeQuestion();
+        m_parts.table.confirmDeletion();
     });
-    connect(question, &ConfirmDialog::cancelled, this, [answered] {
-        answered(&browser::BrowserTable::cancelDeletion);
+    connect(m_question, &ConfirmDialog::cancelled, this, [this] {
+        closeQuestion();
+        m_parts.table.cancelDeletion();
     });
-    question->ask();
+    m_question->ask();
+}
+
+void BrowserPanel::closeQuestion()
+{
+    m_question->deleteLater();
+    m_question = nullptr;
 }
 
 void BrowserPanel::openMenu(const QPoint &place)

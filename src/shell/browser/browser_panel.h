@@ -25,6 +25,7 @@ namespace gateway::shell {
 class BrowserTableModel;
 class BrowserTableView;
 class Button;
+class ConfirmDialog;
 class EmptyState;
 class FixedDigitLabel;
 class ProgressRow;
@@ -96,6 +97,8 @@ private:
     void showStatus();
     void showDeletion();
     void showQuestion();
+    void ask(browser::DeleteConfirmationStep step);
+    void closeQuestion();
     QWidget *page() const;
 
     void openMenu(const QPoint &place);
@@ -124,8 +127,8 @@ private:
     FixedDigitLabel *m_count;
     TextLabel *m_clock;
     FixedDigitLabel *m_lastRefresh;
-    QWidget *m_question = nullptr; // the one that is open
-    Toast *m_toast = nullptr;      // made when it is first needed
+    ConfirmDialog *m_question = nullptr; // the one that is open
+    Toast *m_toast = nullptr;            // made when it is first needed
     bool m_isExporting = false;
     platform::TaskScope m_scope; // last: drained before the fields go
 };

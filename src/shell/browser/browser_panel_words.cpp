@@ -77,15 +77,17 @@ QString selectionWords(qsizetype selected, qsizetype hidden)
                       : words;
 }
 
-QString deletionWarning(TableKind kind, qsizetype outsideCloud, qsizetype hidden)
+QString deletionWarning(const browser::BrowserTable &table)
 {
     QStringList lines;
-    if (outsideCloud > 0) {
-        lines.append(browser::outsideCloudWords(kind, outsideCloud));
+    if (table.isAskedAgain()) {
+        lines.append(BrowserPanel::tr("Images have come in since you were asked."));
     }
-    if (hidden > 0) {
+    lines.append(browser::outsideCloudWords(table.kind(), table.toldOutsideCloud()));
+    if (const qsizetype hidden = table.hiddenSelected(); hidden > 0) {
         lines.append(BrowserPanel::tr("Hidden by the search: %L1 of the selected rows.").arg(hidden));
     }
+    lines.removeAll(QString());
     return lines.join(u'\n');
 }
 

@@ -5,6 +5,10 @@
 #include <QtCore/QDateTime>
 #include <QtCore/QString>
 
+namespace gateway::browser {
+class BrowserTable;
+}
+
 namespace gateway::shell {
 
 // What the panels say beside the words that the command line has, too. Thread: main.
@@ -23,7 +27,7 @@ QString hintBeforeLoading(browser::TableKind kind);
 QString selectionWords(qsizetype selected, qsizetype hidden);
 
 /// What is easily overlooked before a deletion; empty where nothing is.
-QString deletionWarning(browser::TableKind kind, qsizetype outsideCloud, qsizetype hidden);
+QString deletionWarning(const browser::BrowserTable &table);
 
 /// A local time, "yyyy-MM-dd HH:mm:ss" in every language.
 QString refreshTimeText(const QDateTime &time);

@@ -218,6 +218,7 @@ TEST_F(CloudScreen, DeletesAfterThreeQuestionsWithTheFocusOnTheWayBack)
         ConfirmDialog &question = awaitQuestion(window(), title);
         EXPECT_TRUE(question.cancelButton().hasFocus()) << title.toStdString();
         EXPECT_TRUE(shows(question, QStringLiteral("Copies on this computer stay.")));
+        awaitArmed(window(), clock);
         picture(window(), QStringLiteral("cloud-studies-delete-%1-dark").arg(titles.indexOf(title) + 1));
         QTest::mouseClick(&question.confirmButton(), Qt::LeftButton);
     }
@@ -226,6 +227,53 @@ TEST_F(CloudScreen, DeletesAfterThreeQuestionsWithTheFocusOnTheWayBack)
     EXPECT_EQ(archive.studies.size(), 1);
     EXPECT_EQ(view().model()->rowCount(), 1);
     EXPECT_FALSE(view().selectionModel()->hasSelection());
+}
+
+TEST_F(CloudScreen, DeletesNothingByThreeClicksOnOneSpot)
+{
+    fill(3);
+    openSignedIn();
+    query();
+    QTest::keyClick(&view(), Qt::Key_A, Qt::ControlModifier);
+    QTest::keyClick(&view(), Qt::Key_Delete);
+    ConfirmDialog &first = awaitQuestion(window(), QStringLiteral("Delete Selected Studies? (1/3)"));
+    const QPoint spot = first.confirmButton().mapTo(&window(), first.confirmButton().rect().center());
+    const auto clickTheSpot = [&](bool isDouble) {
+        QWidget *const hit = window().childAt(spot);
+        const QPoint place = hit->mapFrom(&window(), spot);
+        isDouble ? QTest::mouseDClick(hit, Qt::LeftButton, {}, place)
+                 : QTest::mouseClick(hit, Qt::LeftButton, {}, place);
+        main.drain();
+    };
+
+    for (const bool isDouble : {false, true, false, false}) {
+        clickTheSpot(isDouble);
+    }
+
+    ConfirmDialog &second = awaitQuestion(window(), QStringLiteral("Delete Selected Studies? (2/3)"));
+    EXPECT_EQ(window().childAt(spot), &second.confirmButton()) << "it stands where the first one did";
+    EXPECT_FALSE(second.confirmButton().isEnabled());
+    QTest::keyClick(&second.confirmButton(), Qt::Key_Space);
+    main.drain();
+    EXPECT_EQ(question(window()), &second);
+    EXPECT_EQ(archive.studies.size(), 3);
+    awaitArmed(window(), clock);
+    clickTheSpot(false);
+    awaitQuestion(window(), QStringLiteral("Final Confirmation (3/3)"));
+}
+
+TEST_F(CloudScreen, ClosesTheQuestionWhenASignOutTakesTheRows)
+{
+    fill(3);
+    openSignedIn();
+    query();
+    clickCell(0, 1);
+    QTest::keyClick(&view(), Qt::Key_Delete);
+    awaitQuestion(window(), QStringLiteral("Delete Selected Studies? (1/3)"));
+
+    finish(auth.signOut());
+
+    EXPECT_EQ(question(window()), nullptr);
 }
 
 TEST_F(CloudScreen, ChangesNothingWhenAQuestionIsLeft)

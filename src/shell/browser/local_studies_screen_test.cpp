@@ -187,8 +187,7 @@ TEST_F(LocalScreen, WarnsOfStudiesThatAreNotInTheCloudAndDeletesThem)
     ConfirmDialog &first = awaitQuestion(window(), QStringLiteral("Delete Selected Studies? (1/3)"));
     EXPECT_TRUE(shows(
         first,
-        QStringLiteral(
-            "Not yet wholly in Quorin Cloud: 4 of the selected studies. Images of theirs will be lost.")));
+        QStringLiteral("Images not in Quorin Cloud: 8, of 4 of the selected studies. They will be lost.")));
     EXPECT_TRUE(shows(first, QStringLiteral("Copies in Quorin Cloud stay.")));
     picture(window(), QStringLiteral("local-studies-delete-1-dark"));
     sayYes(window());

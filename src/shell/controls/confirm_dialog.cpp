@@ -65,4 +65,9 @@ void ConfirmDialog::ask()
     open(m_kind == Kind::step ? m_confirm : m_cancel);
 }
 
+void ConfirmDialog::setArmed(bool isArmed)
+{
+    m_confirm->setEnabled(isArmed);
+}
+
 } // namespace gateway::shell

@@ -38,6 +38,9 @@ public:
     /// Shows the question.
     void ask();
 
+    /// Whether the operator may say yes by now; until then clicks on that button end in nothing.
+    void setArmed(bool isArmed);
+
     Button &confirmButton() { return *m_confirm; }
     Button &cancelButton() { return *m_cancel; }
 

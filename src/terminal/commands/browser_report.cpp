@@ -222,7 +222,8 @@ QString deletionText(const QJsonObject &result, TableKind kind)
     const QString what = browser::holdsSeries(kind) ? QStringLiteral("series")
                          : deleted == 1             ? QStringLiteral("study")
                                                     : QStringLiteral("studies");
-    const QString lost = browser::outsideCloudWords(kind, result.value(kOutsideCloud).toInteger());
+    const QString lost = browser::outsideCloudWords(
+        kind, {result.value(kImagesOutsideCloud).toInteger(), result.value(kOutsideCloud).toInteger()});
     return QStringLiteral("Deleted %1 %2. %3\n")
                .arg(QString::number(deleted), what, browser::whatStays(kind)) +
            (lost.isEmpty() ? lost : lost + u'\n');
@@ -238,7 +239,7 @@ qsizetype namedTargets(const BrowserCommand &command)
     return named.size();
 }
 
-QString faultInDeletion(const BrowserCommand &command, qsizetype outsideCloud)
+QString faultInDeletion(const BrowserCommand &command, const browser::OutsideCloudCount &outsideCloud)
 {
     const qsizetype named = namedTargets(command);
     const TableKind kind = tableKindOf(command);

@@ -31,16 +31,18 @@ QJsonObject rowsReport(const browser::BrowserTable &table);
 /// Such a report for people: a line a row, under the titles of the columns.
 QString rowsText(const QJsonObject &report, browser::TableKind kind);
 
-/// The key in the answer to a deletion under which it tells how many things weren't wholly in the cloud.
+/// The keys in the answer to a deletion under which it tells how many things weren't wholly in the cloud, and
+/// how many images weren't there.
 inline const QString kOutsideCloud = QStringLiteral("outsideCloud");
+inline const QString kImagesOutsideCloud = QStringLiteral("imagesOutsideCloud");
 
 /// What a deletion came to, where all went well.
 QString deletionText(const QJsonObject &result, browser::TableKind kind);
 
 /// Why the deletion isn't carried out as it was asked for; empty where it may be.
 ///
-/// \param outsideCloud  how many of the named things aren't wholly in the cloud.
-QString faultInDeletion(const BrowserCommand &command, qsizetype outsideCloud);
+/// \param outsideCloud  what of the named things isn't in the cloud.
+QString faultInDeletion(const BrowserCommand &command, const browser::OutsideCloudCount &outsideCloud);
 
 /// How many things the command names.
 qsizetype namedTargets(const BrowserCommand &command);

@@ -47,19 +47,19 @@ TEST(BrowserRequest, ArrivesAsItWasSent)
 TEST(BrowserDeletion, NeedsTheWordAndTheRightCount)
 {
     BrowserCommand command = deletion({u"1.2"_qs, u" 1.2 "_qs, u"1.3"_qs, u""_qs});
-    EXPECT_EQ(faultInDeletion(command, 0),
+    EXPECT_EQ(faultInDeletion(command, {}),
               u"This would delete 2 studies from this computer for good. To do it, add --yes --expect 2."_qs);
-    EXPECT_EQ(faultInDeletion(command, 1),
+    EXPECT_EQ(faultInDeletion(command, {7, 1}),
               u"This would delete 2 studies from this computer for good.\n"
-              "Not yet wholly in Quorin Cloud: 1 of the selected studies. Images of theirs will be lost.\n"
+              "Images not in Quorin Cloud: 7, of 1 of the selected studies. They will be lost.\n"
               "To do it, add --yes --expect 2."_qs);
     command.isConfirmed = true;
-    EXPECT_FALSE(faultInDeletion(command, 0).isEmpty());
+    EXPECT_FALSE(faultInDeletion(command, {}).isEmpty());
     command.expected = 3;
-    EXPECT_EQ(faultInDeletion(command, 0),
+    EXPECT_EQ(faultInDeletion(command, {}),
               u"2 studies would be deleted, and 3 are expected. Nothing was deleted."_qs);
     command.expected = 2;
-    EXPECT_TRUE(faultInDeletion(command, 0).isEmpty());
+    EXPECT_TRUE(faultInDeletion(command, {}).isEmpty());
 }
 
 TEST(BrowserDeletion, IsToldWithWhatStays)
@@ -68,10 +68,10 @@ TEST(BrowserDeletion, IsToldWithWhatStays)
               u"Deleted 1 study. Copies on this computer stay.\n"_qs);
     EXPECT_EQ(deletionText({{u"deleted"_qs, 2}}, TableKind::localSeries),
               u"Deleted 2 series. Copies in Quorin Cloud stay.\n"_qs);
-    EXPECT_EQ(
-        deletionText({{u"deleted"_qs, 2}, {kOutsideCloud, 1}}, TableKind::localSeries),
-        u"Deleted 2 series. Copies in Quorin Cloud stay.\n"
-        "Not yet wholly in Quorin Cloud: 1 of the selected series. Images of theirs will be lost.\n"_qs);
+    EXPECT_EQ(deletionText({{u"deleted"_qs, 2}, {kOutsideCloud, 1}, {kImagesOutsideCloud, 4}},
+                           TableKind::localSeries),
+              u"Deleted 2 series. Copies in Quorin Cloud stay.\n"
+              "Images not in Quorin Cloud: 4, of 1 of the selected series. They will be lost.\n"_qs);
 }
 
 TEST(BrowserRows, AreLinesUnderTitles)

@@ -10,7 +10,6 @@
 #include "platform/concurrency/main_thread.h"
 
 #include <QtCore/QDate>
-#include <QtCore/QSet>
 
 #include <stop_token>
 #include <utility>
@@ -114,50 +113,43 @@ QCoro::Task<void> BrowserCommands::list(BrowserCommand command, Answer answer)
 QCoro::Task<void>
 BrowserCommands::removeUnlessAtFault(BrowserCommand command, std::stop_token hungUp, Answer answer)
 {
-    const qsizetype outsideCloud = co_await countOutsideCloud(command);
-    const QString fault = faultInDeletion(command, outsideCloud);
+    const std::unique_ptr<browser::BrowserTable> table = tableFor(command);
+    const std::optional<index::OutsideCloud> outside = co_await table->imagesOutsideCloud(command.targets);
+    if (!outside) {
+        answer(ControlReply::failure(browser::unknownOutsideCloudWords()));
+        co_return;
+    }
+    const QString fault = faultInDeletion(command, browser::OutsideCloudCount::of(*outside));
     if (!fault.isEmpty()) {
         answer(ControlReply::failure(fault, ExitCode::usage));
     } else if (hungUp.stop_requested()) {
         answer(ControlReply::failure(QStringLiteral("Nothing was deleted.")));
     } else {
-        co_await remove(command, outsideCloud, hungUp, answer);
+        co_await remove(command, *outside, hungUp, answer);
     }
 }
 
-/// How many of the named things are here, but not wholly in the cloud.
-QCoro::Task<qsizetype> BrowserCommands::countOutsideCloud(BrowserCommand command)
-{
-    if (browser::isCloud(tableKindOf(command))) {
-        co_return 0;
-    }
-    const std::unique_ptr<browser::BrowserTable> table = tableFor(command);
-    co_await table->load(kTrigger);
-    QSet<QString> named;
-    for (const QString &target : command.targets) {
-        named.insert(target.trimmed());
-    }
-    table->setSelectedIDs(named);
-    co_return table->selectedOutsideCloud();
-}
-
-QCoro::Task<void>
-BrowserCommands::remove(BrowserCommand command, qsizetype outsideCloud, std::stop_token hungUp, Answer answer)
+QCoro::Task<void> BrowserCommands::remove(BrowserCommand command,
+                                          index::OutsideCloud told,
+                                          std::stop_token hungUp,
+                                          Answer answer)
 {
     const std::shared_ptr<browser::BrowserTable> table = tableFor(command);
     const std::stop_callback whenHungUp(hungUp, [&main = m_cloud.runtime.main, table] {
         main.post(table, [table = table.get()] { table->stopDeleting(); });
     });
     const browser::BatchResult result =
-        co_await table->deleteTargets(command.targets, command.targets.size());
+        co_await table->deleteTargets(command.targets, command.targets.size(), told);
     if (const std::optional<QString> summary = browser::deletionSummary(table->kind(), result)) {
         answer(ControlReply::failure(*summary));
         co_return;
     }
+    const browser::OutsideCloudCount lost = browser::OutsideCloudCount::of(told);
     answer(ControlReply::success({{QStringLiteral("requested"), result.requested},
                                   {QStringLiteral("deleted"), result.deleted},
                                   {QStringLiteral("failed"), result.failed},
-                                  {kOutsideCloud, outsideCloud}}));
+                                  {kOutsideCloud, lost.parents},
+                                  {kImagesOutsideCloud, lost.images}}));
 }
 
 } // namespace gateway::terminal

@@ -33,9 +33,8 @@ public:
 private:
     QCoro::Task<> list(BrowserCommand command, Answer answer);
     QCoro::Task<> removeUnlessAtFault(BrowserCommand command, std::stop_token hungUp, Answer answer);
-    QCoro::Task<qsizetype> countOutsideCloud(BrowserCommand command);
     QCoro::Task<>
-    remove(BrowserCommand command, qsizetype outsideCloud, std::stop_token hungUp, Answer answer);
+    remove(BrowserCommand command, index::OutsideCloud told, std::stop_token hungUp, Answer answer);
     std::unique_ptr<browser::BrowserTable> tableFor(const BrowserCommand &command) const;
 
     const browser::CloudBrowserParts m_cloud;

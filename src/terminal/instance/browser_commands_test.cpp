@@ -154,8 +154,7 @@ TEST_F(BrowserCommandsTest, DeleteNothingWithoutTheWordAndTheCount)
 
     EXPECT_EQ(bare.code, ExitCode::usage);
     EXPECT_TRUE(bare.error.contains(QStringLiteral(
-        "\nNot yet wholly in Quorin Cloud: 1 of the selected studies. Images of theirs will be "
-        "lost.\n")));
+        "\nImages not in Quorin Cloud: 1, of 1 of the selected studies. They will be lost.\n")));
     EXPECT_EQ(wrong.code, ExitCode::usage);
     EXPECT_EQ(store.index().studySnapshots().size(), 1);
 }

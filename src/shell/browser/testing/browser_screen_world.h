@@ -166,11 +166,24 @@ struct BrowserScreenWorld : account::testing::SessionWorld
         return cut;
     }
 
+    /// Waits until the question that is open, or comes, takes a yes.
+    template <typename Clock>
+    static void awaitArmed(const QWidget &window, Clock &clock)
+    {
+        runUntil([&] {
+            ConfirmDialog *const open = question(window);
+            if (open != nullptr && !open->confirmButton().isEnabled()) {
+                clock.advance(browser::BrowserTable::kArmingTime);
+            }
+            return open != nullptr && open->confirmButton().isEnabled();
+        });
+    }
+
     /// Answers all three questions with yes, by clicks.
     void sayYes(QWidget &window)
     {
         for (int answers = 0; answers < 3; ++answers) {
-            runUntil([&] { return question(window) != nullptr; });
+            awaitArmed(window, clock);
             QTest::mouseClick(&question(window)->confirmButton(), Qt::LeftButton);
         }
     }
