@@ -237,6 +237,22 @@ TEST(CloudDelete, TakesAnAnswerInWhateverForm)
         << "an archive may refuse another form before it looks at what is asked";
 }
 
+TEST(CloudDelete, TakesNoWebPageAndNoOtherStatusForADeletion)
+{
+    const std::pair<int, const char *> answers[] = {
+        {200, "text/html"}, {202, "text/html; charset=utf-8"}, {200, "application/xhtml+xml"}, {205, ""}};
+    for (const auto &[status, type] : answers) {
+        ScriptedService service([answered = status, form = type](const ReceivedRequest &) {
+            return ScriptedHttpServer::answer(answered, form, answered == 205 ? "" : "<html>Sign in</html>");
+        });
+
+        const auto error = errorOf<AFError>(
+            [&service] { QrnDeleteAPI(service.client).deleteStudy(QStringLiteral("1.2.3"), kDevice); });
+
+        EXPECT_TRUE(error) << status << ' ' << type;
+    }
+}
+
 TEST(CloudDelete, TellsThatAnArchiveDoesNotOfferIt)
 {
     for (const int status : {405, 501}) {
