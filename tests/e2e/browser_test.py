@@ -88,6 +88,19 @@ class Browser(EndToEndTest):
         self.assertEqual(gone, "Deleted 1 study. Copies in Quorin Cloud stay.\n" + warning)
         self.assertEqual(self.stored_files(), [])
 
+    def test_an_empty_name_deletes_nothing(self):
+        # Given
+        sent = self.samples(ct=1)
+        send(self.gateway, sent)
+        self.gateway.await_status("the import", lambda status: status["counters"]["images"] == len(sent))
+        study = self.told("local", "studies")["studies"][0]["id"]
+
+        # When, Then
+        for place in ("local", "cloud"):
+            code, _ = self.refusal(place, "delete", "--study", "", study, "--yes", "--expect", "1")
+            self.assertEqual(code, 2)
+        self.assertEqual(len(self.stored_files()), len(sent))
+
     def test_nothing_is_asked_of_a_gateway_that_does_not_run(self):
         self.gateway.end()
 

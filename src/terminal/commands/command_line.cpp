@@ -198,20 +198,44 @@ void addAccount(CLI::App &app, Raw &raw)
                             "on three lines of standard input");
 }
 
+/// An empty name would stand for more than was meant: all that it would have narrowed.
+std::string faultInName(const std::string &value)
+{
+    return text(value).trimmed().isEmpty() ? "is empty" : std::string();
+}
+
+/// By PS3.5 9.1. What the cloud is asked to delete is named so; rows of this computer may have other names.
+std::string faultInUid(const std::string &value)
+{
+    constexpr std::size_t kLongest = 64;
+    const bool isOne = !value.empty() && value.size() <= kLongest &&
+                       value.find_first_not_of("0123456789.") == std::string::npos;
+    return isOne ? std::string() : "takes a UID: digits and dots, 64 at most";
+}
+
 /// What the two browsers have in common.
-void addBrowser(CLI::App &browser, Raw &raw, const char *deleteHelp)
+///
+/// \param faultIn  tells what is wrong with the name of a study or series.
+void addBrowser(CLI::App &browser,
+                Raw &raw,
+                const char *deleteHelp,
+                std::string (*faultIn)(const std::string &name))
 {
     browser.require_subcommand(1);
     CLI::App *studies = browser.add_subcommand("studies", "List the studies");
     CLI::App *series = browser.add_subcommand("series", "List the series of a study");
-    series->add_option("STUDY", raw.study, "The study's UID")->required();
+    series->add_option("STUDY", raw.study, "The study's UID")->required()->check(faultIn);
     for (CLI::App *list : {studies, series}) {
         list->add_option("--search", raw.search, "Only rows with this text")->type_name("TEXT");
         list->add_flag("--json", raw.json, "As one JSON object");
     }
     CLI::App *deletion = browser.add_subcommand("delete", deleteHelp);
-    deletion->add_option("UID", raw.targets, "Studies; with --study, series of that study")->required();
-    deletion->add_option("--study", raw.study, "Delete series of this study")->type_name("STUDY");
+    deletion->add_option("UID", raw.targets, "Studies; with --study, series of that study")
+        ->required()
+        ->check(faultIn);
+    deletion->add_option("--study", raw.study, "Delete series of this study")
+        ->type_name("STUDY")
+        ->check(faultIn);
     CLI::Option *yes = deletion->add_flag("--yes", raw.yes, "Delete for good; needs --expect");
     CLI::Option *expect =
         deletion->add_option("--expect", raw.expected, "How many are to be deleted")->type_name("N");
@@ -229,7 +253,7 @@ std::string faultInDate(const std::string &value)
 void addCloud(CLI::App &app, Raw &raw)
 {
     CLI::App *cloud = app.add_subcommand("cloud", "Look at what the cloud holds, and delete of it");
-    addBrowser(*cloud, raw, "Delete from the cloud; copies on this computer stay");
+    addBrowser(*cloud, raw, "Delete from the cloud; copies on this computer stay", faultInUid);
     CLI::App *studies = cloud->get_subcommand("studies");
     for (const auto &[name, help] : kFilters) {
         studies->add_option("--" + std::string(name), raw.filters[name], help)->type_name("TEXT");
@@ -247,7 +271,7 @@ void addCloud(CLI::App &app, Raw &raw)
 void addLocal(CLI::App &app, Raw &raw)
 {
     CLI::App *local = app.add_subcommand("local", "Look at what this computer holds, and delete of it");
-    addBrowser(*local, raw, "Delete from this computer; copies in the cloud stay");
+    addBrowser(*local, raw, "Delete from this computer; copies in the cloud stay", faultInName);
     local->get_subcommand("studies")->add_flag(
         "--failed", raw.failed, "Only studies with images whose upload failed");
 }

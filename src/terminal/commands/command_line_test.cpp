@@ -79,6 +79,21 @@ TEST_F(CommandLine, TakesAYesOnlyTogetherWithACount)
     EXPECT_EQ(ending({u"local"_qs, u"delete"_qs, u"1.2"_qs, u"--yes"_qs}).exitCode, 2);
     EXPECT_EQ(ending({u"local"_qs, u"delete"_qs, u"1.2"_qs, u"--expect"_qs, u"1"_qs}).exitCode, 2);
     EXPECT_EQ(ending({u"local"_qs, u"delete"_qs, u"--yes"_qs, u"--expect"_qs, u"1"_qs}).exitCode, 2);
+    for (const QString &place : {u"cloud"_qs, u"local"_qs}) {
+        for (const QString &blank : {u""_qs, u" "_qs}) {
+            const QStringList rest{u"--yes"_qs, u"--expect"_qs, u"1"_qs};
+            EXPECT_EQ(
+                ending(QStringList{place, u"delete"_qs, u"--study"_qs, blank, u"1.2"_qs} + rest).exitCode, 2)
+                << "never the whole study";
+            EXPECT_EQ(ending(QStringList{place, u"delete"_qs, blank} + rest).exitCode, 2);
+            EXPECT_EQ(ending({place, u"series"_qs, blank}).exitCode, 2);
+        }
+    }
+    EXPECT_EQ(ending({u"cloud"_qs, u"delete"_qs, u"1.2/series/3"_qs}).exitCode, 2);
+    EXPECT_EQ(ending({u"cloud"_qs, u"delete"_qs, QString(65, u'1')}).exitCode, 2);
+    EXPECT_TRUE(std::holds_alternative<BrowserCommand>(
+        invocation({u"local"_qs, u"delete"_qs, u"x-coredata://1/Study/p7"_qs}).command))
+        << "the index has names for what has no UID";
     EXPECT_FALSE(
         std::get<BrowserCommand>(invocation({u"local"_qs, u"delete"_qs, u"1.2"_qs}).command).isConfirmed);
 }
