@@ -92,6 +92,11 @@ void BrowserPanel::storeColumns()
     }
 }
 
+QWidget &BrowserPanel::currentPage()
+{
+    return *m_pages->currentWidget();
+}
+
 QWidget *BrowserPanel::page() const
 {
     const browser::BrowserTable &table = m_parts.table;

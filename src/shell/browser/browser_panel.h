@@ -67,6 +67,9 @@ public:
 
     BrowserTableView &view() { return *m_view; }
 
+    /// What stands in the table's place at present. A focus on it moves to what follows there.
+    QWidget &currentPage();
+
     /// Says in one sentence what was done, or why it couldn't be.
     void tell(const QString &symbol, const QString &sentence, bool isWell);
 

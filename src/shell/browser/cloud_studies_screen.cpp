@@ -122,7 +122,7 @@ void CloudStudiesScreen::openSeries(const QString &id)
         loadSeries(QStringLiteral("manual_refresh_button"));
     });
     connect(&m_series->panel(), &BrowserPanel::signInRequested, this, &CloudStudiesScreen::openSignIn);
-    m_series->open(&m_series->panel().view());
+    m_series->open(&m_series->panel().currentPage());
     loadSeries(QStringLiteral("sheet_open"));
 }
 

@@ -388,6 +388,53 @@ TEST_F(CloudScreen, OpensTheSeriesOfAStudyAndDeletesThere)
     EXPECT_EQ(screen().table().allRows().front().numberOfImages, 120) << "the study isn't asked for again";
 }
 
+TEST_F(CloudScreen, KeepsTheKeysInTheSheetWhileItLoadsAndWhereItIsEmpty)
+{
+    fill(2);
+    openSignedIn();
+    query();
+    clickCell(0, 1);
+    archive.hold(QStringLiteral("series"));
+    clickCell(0, 0);
+    ASSERT_NE(screen().seriesSheet(), nullptr);
+    SeriesSheet &sheet = *screen().seriesSheet();
+    const auto pressKeys = [this] {
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_A, Qt::ControlModifier);
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Delete);
+        main.drain();
+    };
+
+    EXPECT_TRUE(sheet.isAncestorOf(QApplication::focusWidget()));
+    pressKeys();
+    EXPECT_EQ(question(window()), nullptr) << "while it loads";
+    EXPECT_EQ(screen().table().selectedIDs().size(), 1);
+    archive.release();
+    runUntil([&] {
+        return sheet.panel().currentPage().isVisible() &&
+               shows(sheet, QStringLiteral("No Quorin Cloud series found."));
+    });
+    EXPECT_TRUE(sheet.isAncestorOf(QApplication::focusWidget()));
+    pressKeys();
+    EXPECT_EQ(question(window()), nullptr) << "where it is empty";
+    const QPointer<SeriesSheet> closing = &sheet;
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+    awaitGone(closing);
+}
+
+TEST_F(CloudScreen, GivesTheSeriesTheFocusWhenTheyCome)
+{
+    fill(1);
+    archive.addSeries(QStringLiteral("1.2.826.0.1.3680043.10.100"), QStringLiteral("1.9.1"), 1);
+    openSignedIn();
+    query();
+
+    clickCell(0, 0);
+    SeriesSheet &sheet = *screen().seriesSheet();
+    runUntil([&] { return sheet.panel().view().isVisible(); });
+
+    EXPECT_TRUE(sheet.panel().view().hasFocus());
+}
+
 TEST_F(CloudScreen, CopiesRowsAsTheColumnsStand)
 {
     fill(2);

@@ -142,7 +142,7 @@ void LocalStudiesScreen::openSeries(const QString &id)
     };
     connect(&m_series->panel(), &BrowserPanel::reloadRequested, this, loadSeries);
     connect(m_series, &SeriesSheet::left, this, &LocalStudiesScreen::load);
-    m_series->open(&m_series->panel().view());
+    m_series->open(&m_series->panel().currentPage());
     loadSeries();
 }
 

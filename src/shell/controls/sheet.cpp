@@ -67,7 +67,9 @@ void Sheet::open(QWidget *first)
     m_dim.moveTo(1, Motion::base);
     qApp->installEventFilter(this);
     const QList<QWidget *> all = stops();
-    QWidget *const wanted = first != nullptr ? first : all.isEmpty() ? this : all.first();
+    // A hidden one wouldn't get the focus: keys would go on to what is behind the sheet.
+    const bool isFirstThere = first != nullptr && first->isVisibleTo(this) && first->isEnabled();
+    QWidget *const wanted = isFirstThere ? first : all.isEmpty() ? this : all.first();
     wanted->setFocus(reasonAfter(m_focusBefore));
 }
 

@@ -43,7 +43,7 @@ public:
     /// Whether Escape and a click beside the panel may dismiss it; they may, unless told.
     void setDismissible(bool dismissible) { m_isDismissible = dismissible; }
 
-    /// \param first  gets the focus; the first field or button where it is null.
+    /// \param first  gets the focus; the first field or button where it is null or not shown.
     void open(QWidget *first = nullptr);
 
     /// Takes the sheet away without a signal.
