@@ -41,6 +41,7 @@ struct LocalStudySeriesRow
     void addTo(SearchTexts &texts) const;
     QString furtherText(int /*column*/) const { return {}; }
     bool hasFailures() const { return syncStateSortKey == 2; }
+    bool isInCloud() const { return syncStateSortKey == 1; }
     static bool isText(int column);
     static bool isBefore(const LocalStudySeriesRow &left, const LocalStudySeriesRow &right, int column);
 };

@@ -43,6 +43,7 @@ struct QuorinCloudQidoSeriesRow
     void addTo(SearchTexts &texts) const;
     QString furtherText(int /*column*/) const { return {}; }
     bool hasFailures() const { return false; }
+    bool isInCloud() const { return true; }
     static bool isText(int column);
     static bool
     isBefore(const QuorinCloudQidoSeriesRow &left, const QuorinCloudQidoSeriesRow &right, int column);

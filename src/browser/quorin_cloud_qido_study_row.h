@@ -50,6 +50,7 @@ struct QuorinCloudQidoStudyRow
     void addTo(SearchTexts &texts) const;
     QString furtherText(int column) const;
     bool hasFailures() const { return false; }
+    bool isInCloud() const { return true; }
     static bool isText(int column);
     static bool
     isBefore(const QuorinCloudQidoStudyRow &left, const QuorinCloudQidoStudyRow &right, int column);

@@ -70,6 +70,7 @@ struct QuorinGatewayLocalStudyRow
     void addTo(SearchTexts &texts) const;
     QString furtherText(int column) const { return column == syncStateColumn ? failures : QString(); }
     bool hasFailures() const { return failedImageCount > 0; }
+    bool isInCloud() const { return syncStateSortKey == 1; }
     static bool isText(int column);
     static bool
     isBefore(const QuorinGatewayLocalStudyRow &left, const QuorinGatewayLocalStudyRow &right, int column);

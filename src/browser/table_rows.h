@@ -56,16 +56,18 @@ public:
     /// Whether the row's search text holds `needle`, as `needleOf` gives it.
     virtual bool matches(qsizetype position, const QByteArray &needle) const = 0;
 
-    /// Whether images of the row failed to upload.
+    /// Whether images of the row failed to upload, and whether all are in the cloud, as far as is known.
     virtual bool hasFailures(qsizetype position) const = 0;
+    virtual bool isInCloud(qsizetype position) const = 0;
 
     /// All positions, sorted; rows that are equal there keep the order of the load.
     virtual RowOrder sorted(SortOrder order) const = 0;
 };
 
 /// Rows of one type. A Row has the field `id` and the functions `target()`, `text(column)`,
-/// `furtherText(column)`, `hasFailures()` and `addTo(searchTexts)`. Columns for which `isText(column)` holds
-/// are sorted by their texts, whatever the case of the letters, others by `isBefore(left, right, column)`.
+/// `furtherText(column)`, `hasFailures()`, `isInCloud()` and `addTo(searchTexts)`. Columns for which
+/// `isText(column)` holds are sorted by their texts, whatever the case of the letters, others by
+/// `isBefore(left, right, column)`.
 template <typename Row>
 class RowsOf final : public TableRows
 {
@@ -103,6 +105,7 @@ public:
     }
 
     bool hasFailures(qsizetype position) const override { return at(position).hasFailures(); }
+    bool isInCloud(qsizetype position) const override { return at(position).isInCloud(); }
 
     RowOrder sorted(SortOrder order) const override
     {
