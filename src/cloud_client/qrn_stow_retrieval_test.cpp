@@ -85,6 +85,20 @@ TEST(Retrieval, TellsTroubleOfThisMachineFromAnOddAnswer)
     EXPECT_TRUE(service.server.requests().empty());
 }
 
+TEST(Queries, FindAnInstanceInTheWholeSeriesThatAnArchiveWithoutLimitsGivesOut)
+{
+    QByteArray series = "[";
+    for (int number = 0; number < 4000; ++number) {
+        series += R"({"00080018":{"vr":"UI","Value":["1.2.3.)" + QByteArray::number(number) + R"("]},)" +
+                  R"("00081190":{"vr":"UR","Value":["http://archive/a/long/address/of/it"]}},)";
+    }
+    series += R"({"00080018":{"vr":"UI","Value":["1.2.3"]}}])";
+    ScriptedService service(answeringAlways(200, series, "application/dicom+json"));
+
+    ASSERT_GT(series.size(), kBriefAnswer);
+    EXPECT_TRUE(QrnStowAPI(service.client).isFound(kInstance));
+}
+
 TEST(Queries, TakeNothingButAListOrNoContentForAResult)
 {
     const auto isFound = [](int status, const QByteArray &type, const QByteArray &body) {

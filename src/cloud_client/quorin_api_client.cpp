@@ -23,6 +23,19 @@ bool isHeaderSafe(const QByteArray &value)
 
 } // namespace
 
+std::chrono::seconds timeLimitOf(const ApiCall &call, const HttpLimits &limits)
+{
+    // Slower than any line on which images travel: what comes at this pace is a drip.
+    constexpr qint64 kSlowestBytesPerSecond = 16 << 10;
+    if (call.isBrief) {
+        return limits.call;
+    }
+    if (call.sink) {
+        return limits.answer + std::chrono::seconds(call.answerLimit / kSlowestBytesPerSecond);
+    }
+    return call.stream == nullptr ? limits.answer : std::chrono::seconds(0);
+}
+
 QuorinApiClient::QuorinApiClient(CloudConfiguration configuration, platform::TokenStore &store)
     : m_configuration(std::move(configuration)), m_problem(reasonNotToConnect(m_configuration)),
       m_settings(store, sessionKey(m_configuration)), m_transport(m_configuration)
@@ -70,11 +83,7 @@ HttpResponse QuorinApiClient::send(const ApiCall &call)
     request.answerLimit = call.isBrief || call.sink ? call.answerLimit : kLargeAnswer;
     request.sink = call.sink;
     request.progress = call.progress;
-    if (call.isBrief) {
-        request.total = m_configuration.limits.call;
-    } else if (call.stream == nullptr) {
-        request.total = m_configuration.limits.answer;
-    }
+    request.total = timeLimitOf(call, m_configuration.limits);
     const bool carriesSession = call.authorized && call.authorization.isEmpty();
     const std::optional<QString> token = carriesSession ? m_settings.token() : std::nullopt;
     addHeaders(call, token, request);

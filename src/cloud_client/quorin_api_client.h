@@ -10,6 +10,7 @@
 #include <QtCore/QString>
 #include <QtCore/QVariantMap>
 
+#include <chrono>
 #include <optional>
 
 namespace gateway::platform {
@@ -48,6 +49,12 @@ struct ApiCall
     HttpBodySink sink =
         {}; ///< takes the body of a good answer, up to its limit, which isn't kept in memory then
 };
+
+/// How long a call may take in all; 0 where that hangs on a body that is sent. What is fetched into a sink
+/// has longer the more it may be.
+///
+/// Thread: any; a pure function.
+std::chrono::seconds timeLimitOf(const ApiCall &call, const HttpLimits &limits);
 
 /// The cloud service as the Qrn...API classes see it: its address, its kind, the session and the transport.
 ///

@@ -454,6 +454,26 @@ TEST(QuorinApiClient, GivesAnUploadsAnswerOnlySoLong)
     EXPECT_EQ(error->noAnswer, NoAnswer::timedOut);
 }
 
+TEST(QuorinApiClient, GivesAnInstanceMoreTimeTheLargerItMayBe)
+{
+    using namespace std::chrono_literals;
+    const HttpLimits limits;
+    SmallBody body;
+    ApiCall brief;
+    ApiCall query;
+    query.isBrief = false;
+    ApiCall upload = query;
+    upload.stream = &body;
+    ApiCall retrieval = query;
+    retrieval.sink = [](QByteArrayView) {};
+    retrieval.answerLimit = 160 << 20;
+
+    EXPECT_EQ(timeLimitOf(brief, limits), limits.call);
+    EXPECT_EQ(timeLimitOf(query, limits), limits.answer);
+    EXPECT_EQ(timeLimitOf(upload, limits), 0s);
+    EXPECT_EQ(timeLimitOf(retrieval, limits), limits.answer + 10'240s);
+}
+
 TEST(QuorinApiClient, EndsCallsInFlightWhenItIsShutDown)
 {
     std::promise<void> done;

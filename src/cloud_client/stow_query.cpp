@@ -42,6 +42,7 @@ QVariantList answerTo(QuorinApiClient &client, const QByteArray &path)
     call.service = ApiCall::Service::dicomWeb;
     call.path = path;
     call.accept = "application/dicom+json";
+    call.answerLimit = kLargeAnswer; // an archive that has no limits gives out the whole series
     return queryResult(client.request(call));
 }
 
