@@ -19,13 +19,25 @@ namespace gateway::wizard {
 using Fix = GatewaySetupIssueFixAction;
 using Step = GatewaySetupStep;
 
+namespace {
+
+QString addressOf(const QString &bindAddress, std::optional<int> port)
+{
+    const std::optional<QString> address = bindAddress.isEmpty()
+                                               ? receive::primaryAddress(receive::interfaceAddresses())
+                                               : std::optional(bindAddress);
+    return address ? receive::addressText(address, port)
+                   : QCoreApplication::translate("SetupWizard", "Unavailable");
+}
+
+} // namespace
+
 SetupMachine SetupMachine::here(const QString &bindAddress, const QString &defaultIncomingFolder)
 {
-    return {
-        [bindAddress](int port) { return probePort(port, bindAddress); },
-        [](const QString &folder) { return wizard::validateFolder(folder); },
-        [bindAddress](std::optional<int> port) { return receive::listenerAddressText(bindAddress, port); },
-        defaultIncomingFolder};
+    return {[bindAddress](int port) { return probePort(port, bindAddress); },
+            [](const QString &folder) { return wizard::validateFolder(folder); },
+            [bindAddress](std::optional<int> port) { return addressOf(bindAddress, port); },
+            defaultIncomingFolder};
 }
 
 GatewaySetupWizardViewModel::GatewaySetupWizardViewModel(const SetupWizardParts &parts,

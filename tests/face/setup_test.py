@@ -71,10 +71,26 @@ class FirstRun(Setup):
         self.see(wizard, "Ready to Apply")
         self.see(wizard, "Account is connected\\.")
         self.picture("summary")
+        self.export_summary(wizard)
 
         # Then
         self.await_running(wizard, TITLE, port)
         self.picture("running")
+
+    def export_summary(self, wizard):
+        """By the keyboard, since the button stands below what is seen at first."""
+        file = self.folder / "summary.pdf"
+        self.desktop.keys("shift+Tab", "shift+Tab", "shift+Tab", "space")
+        self.desktop.window("Export Setup Summary")
+        self.desktop.keys("ctrl+a")
+        self.desktop.write(str(file))
+        self.desktop.keys("Return")
+        self.see(wizard, f"Setup summary exported to {file}")
+        self.picture("exported")
+        lines = run("pdftotext", "-layout", file, "-").stdout.splitlines()
+        self.assertEqual(lines[0].strip(), "Quorin Gateway Setup Summary")
+        self.assertIn(f"- AE Title: {TITLE}", [line.strip() for line in lines])
+        self.assertIn("[PASSED] Quorin Account: Account is connected.", [line.strip() for line in lines])
 
     def test_a_setup_from_a_terminal_ends_the_wizard_on_the_screen(self):
         # Given

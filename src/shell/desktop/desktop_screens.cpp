@@ -72,25 +72,36 @@ QString chooseExportFile(QWidget *parent, const QString &suggestedName)
                                         DesktopScreens::tr("CSV files (*.csv)"));
 }
 
-QString chooseIncomingFolder(QWidget *parent)
+/// Shows the dialog over its parent, with whom it goes.
+void ask(QFileDialog &dialog, const WizardParts::Chosen &chosen)
 {
-    QFileDialog dialog(parent, DesktopScreens::tr("Select Incoming Files Folder"));
-    dialog.setFileMode(QFileDialog::Directory);
-    dialog.setOption(QFileDialog::ShowDirsOnly);
-    dialog.setLabelText(QFileDialog::Accept, DesktopScreens::tr("Choose"));
-    return dialog.exec() == QDialog::Accepted ? dialog.selectedFiles().value(0) : QString();
+    dialog.setAttribute(Qt::WA_DeleteOnClose);
+    QObject::connect(&dialog, &QDialog::finished, dialog.parentWidget(), [&dialog, chosen](int result) {
+        chosen(result == QDialog::Accepted ? dialog.selectedFiles().value(0) : QString());
+    });
+    dialog.open();
 }
 
-QString chooseSummaryFile(QWidget *parent, const QString &suggestedName)
+void chooseIncomingFolder(QWidget *parent, const WizardParts::Chosen &chosen)
 {
-    const QDir documents(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
-    QFileDialog dialog(parent, DesktopScreens::tr("Export Setup Summary"), documents.path());
-    dialog.setAcceptMode(QFileDialog::AcceptSave);
-    dialog.setNameFilter(DesktopScreens::tr("PDF documents (*.pdf)"));
-    dialog.setDefaultSuffix(QStringLiteral("pdf"));
-    dialog.setLabelText(QFileDialog::Accept, DesktopScreens::tr("Export"));
-    dialog.selectFile(suggestedName);
-    return dialog.exec() == QDialog::Accepted ? dialog.selectedFiles().value(0) : QString();
+    auto *dialog = new QFileDialog(parent, DesktopScreens::tr("Select Incoming Files Folder"));
+    dialog->setFileMode(QFileDialog::Directory);
+    dialog->setOption(QFileDialog::ShowDirsOnly);
+    dialog->setLabelText(QFileDialog::Accept, DesktopScreens::tr("Choose"));
+    ask(*dialog, chosen);
+}
+
+void chooseSummaryFile(QWidget *parent, const QString &suggestedName, const WizardParts::Chosen &chosen)
+{
+    auto *dialog = new QFileDialog(parent,
+                                   DesktopScreens::tr("Export Setup Summary"),
+                                   QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
+    dialog->setAcceptMode(QFileDialog::AcceptSave);
+    dialog->setNameFilter(DesktopScreens::tr("PDF documents (*.pdf)"));
+    dialog->setDefaultSuffix(QStringLiteral("pdf"));
+    dialog->setLabelText(QFileDialog::Accept, DesktopScreens::tr("Export"));
+    dialog->selectFile(suggestedName);
+    ask(*dialog, chosen);
 }
 
 /// The session starts the gateway as it was started now.

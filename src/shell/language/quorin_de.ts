@@ -203,6 +203,7 @@
 <message><source>Warning</source><translation>Warnung</translation></message>
 <message><source>Failed</source><translation>Fehlgeschlagen</translation></message>
 <message><source>Checking</source><translation>Wird geprüft</translation></message>
+<message><source>Unavailable</source><translation>Nicht verfügbar</translation></message>
 </context>
 <context><name>StatusBarController</name>
 <message><source>Quorin Gateway</source><translation>Quorin Gateway</translation></message>

@@ -124,10 +124,11 @@ void LocalFilesPage::listen()
 
 void LocalFilesPage::chooseFolder()
 {
-    const QString folder = m_chooseFolder(window());
-    if (!folder.isEmpty()) {
-        setup().updateDestinationFolder(folder);
-    }
+    m_chooseFolder(window(), [this](const QString &folder) {
+        if (!folder.isEmpty()) {
+            setup().updateDestinationFolder(folder);
+        }
+    });
 }
 
 QWidget *LocalFilesPage::firstField()

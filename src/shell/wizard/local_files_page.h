@@ -1,10 +1,7 @@
 #pragma once
 
 #include "shell/wizard/wizard_page.h"
-
-#include <QtCore/QString>
-
-#include <functional>
+#include "shell/wizard/wizard_parts.h"
 
 namespace gateway::shell {
 
@@ -22,7 +19,7 @@ class LocalFilesPage final : public WizardPage
     Q_OBJECT
 
 public:
-    using ChooseFolder = std::function<QString(QWidget *parent)>;
+    using ChooseFolder = decltype(WizardParts::Dialogs::chooseFolder);
 
     LocalFilesPage(const Theme &theme, wizard::GatewaySetupWizardViewModel &setup, ChooseFolder chooseFolder);
 

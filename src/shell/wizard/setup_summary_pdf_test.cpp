@@ -27,7 +27,18 @@ protected:
     QString textOf(const QString &text)
     {
         writeSetupSummary(path, text);
+        keep();
         return read(u"pdftotext"_qs, {u"-layout"_qs, path, u"-"_qs});
+    }
+
+    /// Keeps the document for whoever asks for pictures.
+    void keep() const
+    {
+        const QString directory = qEnvironmentVariable("QUORIN_PICTURES");
+        const auto *test = ::testing::UnitTest::GetInstance()->current_test_info();
+        if (!directory.isEmpty()) {
+            QFile::copy(path, directory + u"/summary-"_qs + QString::fromLatin1(test->name()) + u".pdf"_qs);
+        }
     }
 
     int pages() const

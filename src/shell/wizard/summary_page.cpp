@@ -127,20 +127,26 @@ std::optional<QString> SummaryPage::applyAutostart()
 
 void SummaryPage::exportSummary()
 {
-    m_export->setEnabled(false);
+    m_export->setEnabled(false); // until a place is chosen, or none
     m_exportMessage->clear();
     const QDateTime now = m_parts.clock.now();
-    const QString path = m_parts.chooseExportFile(window(), wizard::setupSummaryFileName(now));
-    if (!path.isEmpty()) {
-        try {
-            writeSetupSummary(
-                path, wizard::setupSummaryText(now, setup().summaryRows(), setup().summaryPreflightChecks()));
-            showExportMessage(tr("Setup summary exported to %1").arg(path), false);
-        } catch (const SetupSummaryPDFExportError &error) {
-            showExportMessage(tr("Export failed: %1").arg(error.description()), true);
+    m_parts.chooseExportFile(window(), wizard::setupSummaryFileName(now), [this, now](const QString &path) {
+        if (!path.isEmpty()) {
+            writeSummary(path, now);
         }
+        m_export->setEnabled(true);
+    });
+}
+
+void SummaryPage::writeSummary(const QString &path, const QDateTime &now)
+{
+    try {
+        writeSetupSummary(
+            path, wizard::setupSummaryText(now, setup().summaryRows(), setup().summaryPreflightChecks()));
+        showExportMessage(tr("Setup summary exported to %1").arg(path), false);
+    } catch (const SetupSummaryPDFExportError &error) {
+        showExportMessage(tr("Export failed: %1").arg(error.description()), true);
     }
-    m_export->setEnabled(true);
 }
 
 void SummaryPage::showExportMessage(const QString &message, bool isError)

@@ -2,10 +2,11 @@
 
 #include "platform/autostart/autostart.h"
 #include "shell/wizard/wizard_page.h"
+#include "shell/wizard/wizard_parts.h"
 
+#include <QtCore/QDateTime>
 #include <QtCore/QString>
 
-#include <functional>
 #include <optional>
 
 class QGridLayout;
@@ -37,7 +38,7 @@ public:
         wizard::GatewaySetupWizardViewModel &setup;
         platform::Autostart &autostart;
         platform::Clock &clock;
-        std::function<QString(QWidget *parent, const QString &suggestedName)> chooseExportFile;
+        decltype(WizardParts::Dialogs::chooseExportFile) chooseExportFile;
     };
 
     explicit SummaryPage(const Parts &parts);
@@ -54,6 +55,7 @@ private:
     void addEnd();
     void showRows();
     void exportSummary();
+    void writeSummary(const QString &path, const QDateTime &now);
     void showExportMessage(const QString &message, bool isError);
 
     const Parts m_parts;

@@ -6,6 +6,7 @@
 #include "shell/controls/text_label.h"
 #include "shell/theme/theme.h"
 
+#include <QtWidgets/QApplication>
 #include <QtWidgets/QHBoxLayout>
 #include <QtWidgets/QVBoxLayout>
 
@@ -23,6 +24,11 @@ WizardPage::WizardPage(const Theme &theme, wizard::GatewaySetupWizardViewModel &
     setFrameShape(NoFrame);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setFocusPolicy(Qt::NoFocus);
+    connect(qApp, &QApplication::focusChanged, this, [this](QWidget * /*before*/, QWidget *now) {
+        if (now != nullptr && isAncestorOf(now)) {
+            ensureWidgetVisible(now); // also where the keyboard comes from below the page
+        }
+    });
 }
 
 Card &WizardPage::addCard(const QString &title)

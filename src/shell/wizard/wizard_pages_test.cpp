@@ -326,6 +326,23 @@ TEST_F(WizardPages, ReviewWhatWillBeApplied)
     EXPECT_EQ(heading(), u"Quorin Account"_qs);
 }
 
+TEST_F(WizardPages, ShowWhatTheKeyboardIsAt)
+{
+    open();
+    window().setFixedSize(720, 520);
+    goTo(u"Summary"_qs);
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window(), 30'000));
+    button(u"Finish Setup"_qs)->setFocus();
+
+    for (int step = 0; step < 3; ++step) { // back over the ways on
+        QTest::keyClick(&window(), Qt::Key_Backtab);
+    }
+
+    Button *reached = button(u"Export PDF"_qs);
+    EXPECT_TRUE(reached->hasFocus());
+    EXPECT_FALSE(reached->visibleRegion().isEmpty());
+}
+
 TEST_F(WizardPages, ExportTheSummary)
 {
     open();

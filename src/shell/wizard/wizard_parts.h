@@ -28,12 +28,15 @@ struct WizardParts
     account::GatewayQuorinCloudTermsParts terms;
     platform::Autostart &autostart; ///< whether the gateway comes up with the desktop's session
 
-    /// What a person chooses or is led to.
+    /// What a person chose; empty when they changed their mind.
+    using Chosen = std::function<void(const QString &path)>;
+
+    /// What a person chooses or is led to; each returns at once.
     struct Dialogs
     {
-        /// \return empty when they changed their mind.
-        std::function<QString(QWidget *parent)> chooseFolder;
-        std::function<QString(QWidget *parent, const QString &suggestedName)> chooseExportFile;
+        std::function<void(QWidget *parent, const Chosen &chosen)> chooseFolder;
+        std::function<void(QWidget *parent, const QString &suggestedName, const Chosen &chosen)>
+            chooseExportFile;
 
         std::function<void(const QUrl &)> openLink;
     };

@@ -38,11 +38,11 @@ struct WizardScreenWorld : wizard::testing::SetupWorld
                 .auth = auth,
                 .terms = {SetupWorld::terms, defaults, main, pool, clock},
                 .autostart = autostart,
-                .dialogs = {.chooseFolder = [this](QWidget *) { return chosenFolder; },
+                .dialogs = {.chooseFolder = [this](QWidget *, const auto &chosen) { chosen(chosenFolder); },
                             .chooseExportFile =
-                                [this](QWidget *, const QString &name) {
+                                [this](QWidget *, const QString &name, const auto &chosen) {
                                     suggestedName = name;
-                                    return exportFile;
+                                    chosen(exportFile);
                                 },
                             .openLink = [this](const QUrl &page) { links.append(page); }},
                 .storePage = storePage,
