@@ -7,7 +7,7 @@ import unittest
 
 from harness import EMAIL, PASSWORD, EndToEndTest, Gateway, await_true, request, send
 
-TERMS_LINE = "Run: quorin-gateway terms show"
+TERMS_LINE = "Terms & Conditions are accepted. Run: quorin-gateway "
 
 
 class Account(EndToEndTest):
