@@ -145,6 +145,8 @@ void AppcastUpdater::installOnQuit()
     if (!m_itemAhead || isDone || !automaticallyChecksForUpdates()) {
         return;
     }
+    m_ahead.request_stop(); // what is under way would keep this waiting
+    m_fetch.request_stop();
     // All of it is there: this verifies it once more, and asks no server.
     std::stop_source noServer;
     noServer.request_stop();

@@ -4,11 +4,27 @@
 #include "platform/files/files.h"
 #include "updates/update_error.h"
 
+#include <QtCore/QDir>
 #include <QtCore/QFileInfo>
 
 #include <utility>
 
 namespace gateway::updates {
+
+namespace {
+
+const QString kName = QStringLiteral("quorin-gateway-%1.deb");
+
+void removePackagesIn(const QString &folder)
+{
+    QDir packages(folder, kName.arg(QStringLiteral("*")));
+    const QStringList names = packages.entryList(QDir::Files | QDir::NoSymLinks);
+    for (const QString &name : names) {
+        packages.remove(name);
+    }
+}
+
+} // namespace
 
 DebianInstaller::DebianInstaller(OpenFile openFile) : m_openFile(std::move(openFile)) {}
 
@@ -16,8 +32,8 @@ PackageInstaller::Outcome DebianInstaller::install(const QString &verified, cons
 {
     // Installers go by the ending. All of the name was signed and checked.
     const QString folder = QFileInfo(verified).absolutePath();
-    const QString package =
-        folder + QStringLiteral("/quorin-gateway-") + item.versionString + QStringLiteral(".deb");
+    const QString package = QDir(folder).filePath(kName.arg(item.versionString));
+    removePackagesIn(folder); // of earlier updates
     try {
         platform::syncFile(verified);
         platform::renameDurably(verified, package);

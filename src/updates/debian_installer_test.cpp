@@ -3,6 +3,7 @@
 #include "updates/testing/feed_text.h"
 #include "updates/testing/signing_key.h"
 
+#include <QtCore/QDir>
 #include <QtCore/QFile>
 #include <QtCore/QTemporaryDir>
 
@@ -42,6 +43,16 @@ TEST_F(DebianInstallers, HandTheWholePackageOverUnderANameThatInstallersKnow)
     QFile package(opened);
     ASSERT_TRUE(package.open(QIODevice::ReadOnly));
     EXPECT_EQ(package.readAll(), "a package");
+}
+
+TEST_F(DebianInstallers, KeepThePackageOfOneUpdate)
+{
+    installer.install(verified(), itemFor("a package", u"2.1"_qs));
+
+    installer.install(verified(), itemFor("a package", u"2.2"_qs));
+
+    EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden),
+              QStringList{u"quorin-gateway-2.2.deb"_qs});
 }
 
 TEST_F(DebianInstallers, SayThatThereIsNoInstallerAndKeepThePackage)

@@ -40,7 +40,8 @@ PackageFile::PackageFile(const QString &folder, const AppcastItem &item, qint64 
         clear();
     }
     const auto room = platform::volumeFigures(folder);
-    if (room && room->availableBytes < item.length - m_size + reserveBytes) {
+    const qint64 missing = item.length - m_size;
+    if (missing > 0 && room && room->availableBytes < missing + reserveBytes) {
         throw UpdateError(UpdateFailure::noRoom, folder);
     }
 }

@@ -90,6 +90,16 @@ TEST_F(PackageFiles, LeaveRoomForImages)
     EXPECT_EQ(failureOf([&] { const PackageFile file(folder.path(), item, more); }), UpdateFailure::noRoom);
 }
 
+TEST_F(PackageFiles, NeedNoMoreRoomOnceAllIsThere)
+{
+    PackageFile(folder.path(), item).append("0123456789");
+
+    PackageFile file(folder.path(), item, std::numeric_limits<qint64>::max() - item.length);
+    file.verify();
+
+    EXPECT_EQ(file.size(), 10);
+}
+
 TEST_F(PackageFiles, NeedAFolderThatCanBeMade)
 {
     const QString blocked = folder.filePath(u"file"_qs);
