@@ -1,5 +1,6 @@
 #include "wizard/setup_summary_text.h"
 
+#include <QtCore/QCoreApplication>
 #include <QtCore/QLocale>
 #include <QtCore/QStringList>
 
@@ -11,13 +12,13 @@ QString word(GatewaySetupPreflightCheckStatus status)
 {
     switch (status) {
     case GatewaySetupPreflightCheckStatus::passed:
-        return QStringLiteral("PASSED");
+        return QCoreApplication::translate("SetupWizard", "PASSED");
     case GatewaySetupPreflightCheckStatus::warning:
-        return QStringLiteral("WARNING");
+        return QCoreApplication::translate("SetupWizard", "WARNING");
     case GatewaySetupPreflightCheckStatus::failed:
-        return QStringLiteral("FAILED");
+        return QCoreApplication::translate("SetupWizard", "FAILED");
     case GatewaySetupPreflightCheckStatus::checking:
-        return QStringLiteral("CHECKING");
+        return QCoreApplication::translate("SetupWizard", "CHECKING");
     }
     return {};
 }
@@ -35,23 +36,24 @@ QString setupSummaryText(const QDateTime &now,
                          const QList<GatewaySetupSummaryRow> &rows,
                          const QList<GatewaySetupPreflightCheck> &checks)
 {
-    QStringList lines{QStringLiteral("Quorin Gateway Setup Summary"),
-                      QStringLiteral("Exported At: ") +
-                          QLocale::c().toString(now.toUTC(), QStringLiteral("yyyy-MM-dd HH:mm:ss 'UTC'")),
+    const QString none = QCoreApplication::translate("SetupWizard", "- None");
+    const QString utc = QLocale::c().toString(now.toUTC(), QStringLiteral("yyyy-MM-dd HH:mm:ss 'UTC'"));
+    QStringList lines{QCoreApplication::translate("SetupWizard", "Quorin Gateway Setup Summary"),
+                      QCoreApplication::translate("SetupWizard", "Exported At: %1").arg(utc),
                       QString(),
-                      QStringLiteral("Settings:")};
+                      QCoreApplication::translate("SetupWizard", "Settings:")};
     for (const GatewaySetupSummaryRow &row : rows) {
         lines.append(QStringLiteral("- %1: %2").arg(row.title, row.value));
     }
     if (rows.isEmpty()) {
-        lines.append(QStringLiteral("- None"));
+        lines.append(none);
     }
-    lines.append({QString(), QStringLiteral("Preflight Checks:")});
+    lines.append({QString(), QCoreApplication::translate("SetupWizard", "Preflight Checks:")});
     for (const GatewaySetupPreflightCheck &check : checks) {
         lines.append(QStringLiteral("[%1] %2: %3").arg(word(check.status), check.title, check.detail));
     }
     if (checks.isEmpty()) {
-        lines.append(QStringLiteral("- None"));
+        lines.append(none);
     }
     return lines.join(u'\n');
 }

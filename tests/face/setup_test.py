@@ -60,6 +60,15 @@ class FirstRun(Setup):
         self.picture("listener")
         self.desktop.keys("Return")
         self.see(wizard, "Step 3 of 5")
+        inbox = self.folder / "scans"
+        inbox.mkdir()
+        self.press(wizard, "Choose Folder…")
+        self.desktop.window("Select Incoming Files Folder")
+        self.desktop.keys("ctrl+a")
+        self.desktop.write(str(inbox))
+        self.desktop.keys("Return")
+        self.see(wizard, str(inbox))
+        self.see(wizard, "Selected folder is writable\\.")
         self.picture("local-files")
         self.press(wizard, "Continue")
         self.enter(wizard, "Email", EMAIL)
@@ -75,6 +84,7 @@ class FirstRun(Setup):
 
         # Then
         self.await_running(wizard, TITLE, port)
+        self.assertEqual(self.gateway.command("settings", "get", "ListenerDestinationFolder").stdout.strip(), str(inbox))
         self.picture("running")
 
     def export_summary(self, wizard):

@@ -204,6 +204,15 @@
 <message><source>Failed</source><translation>Fehlgeschlagen</translation></message>
 <message><source>Checking</source><translation>Wird geprüft</translation></message>
 <message><source>Unavailable</source><translation>Nicht verfügbar</translation></message>
+<message><source>PASSED</source><translation>BESTANDEN</translation></message>
+<message><source>WARNING</source><translation>WARNUNG</translation></message>
+<message><source>FAILED</source><translation>FEHLGESCHLAGEN</translation></message>
+<message><source>CHECKING</source><translation>IN PRÜFUNG</translation></message>
+<message><source>- None</source><translation>- Keine</translation></message>
+<message><source>Quorin Gateway Setup Summary</source><translation>Zusammenfassung der Einrichtung von Quorin Gateway</translation></message>
+<message><source>Exported At: %1</source><translation>Exportiert am: %1</translation></message>
+<message><source>Settings:</source><translation>Einstellungen:</translation></message>
+<message><source>Preflight Checks:</source><translation>Prüfungen vor dem Start:</translation></message>
 </context>
 <context><name>StatusBarController</name>
 <message><source>Quorin Gateway</source><translation>Quorin Gateway</translation></message>

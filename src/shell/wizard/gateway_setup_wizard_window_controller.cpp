@@ -10,6 +10,7 @@
 #include <QtGui/QKeyEvent>
 #include <QtGui/QScreen>
 #include <QtGui/QWindow>
+#include <QtWidgets/QDialog>
 #include <QtWidgets/QVBoxLayout>
 
 #include <algorithm>
@@ -151,6 +152,13 @@ void GatewaySetupWizardWindowController::bringForward()
     window.show();
     window.raise();
     window.activateWindow();
+    const QList<QDialog *> dialogs = window.findChildren<QDialog *>();
+    for (QDialog *dialog : dialogs) {
+        if (dialog->isVisible()) { // it asks something that the window waits for
+            dialog->raise();
+            dialog->activateWindow();
+        }
+    }
 }
 
 void GatewaySetupWizardWindowController::complete()

@@ -3,6 +3,8 @@
 #include "core/retention_policy.h"
 
 #include <QtCore/QFile>
+#include <QtCore/QPointer>
+#include <QtWidgets/QDialog>
 
 namespace gateway::shell {
 namespace {
@@ -69,6 +71,32 @@ TEST_F(WizardWindow, IsRaisedInItsFormAndMadeAnewInTheOther)
     EXPECT_NE(&open(false), first);
     EXPECT_FALSE(controller->isBlockingPresentation());
     EXPECT_EQ(heading(), u"Welcome"_qs);
+}
+
+TEST_F(WizardWindow, ComesBackBehindTheDialogThatItWaitsFor)
+{
+    open(true);
+    QDialog dialog(&window());
+    dialog.open();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&dialog, 30'000));
+
+    open(true);
+
+    EXPECT_EQ(QApplication::activeWindow(), &dialog);
+}
+
+TEST_F(WizardWindow, TakesItsDialogsWithIt)
+{
+    open(true);
+    const QPointer<QDialog> dialog = new QDialog(&window());
+    dialog->open();
+
+    appSettings.gatewaySetupVersion.set(1);
+    appSettings.gatewaySetupCompleted.set(true);
+    settleOrEnd();
+
+    EXPECT_EQ(controller->window(), nullptr);
+    EXPECT_TRUE(dialog.isNull());
 }
 
 TEST_F(WizardWindow, BeginsAnewWithTheSettingsAsTheyStand)
