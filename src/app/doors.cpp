@@ -72,7 +72,8 @@ state::UpkeepFigures Doors::upkeepFigures()
 {
     const auto recording =
         ground.index.storeRecording().recordingProgress().value_or(index::RecordingProgress());
-    return {.setAsideFiles = live.figures().setAsideFilesCount,
+    return {.inbox = live.figures().inbox,
+            .isStoreOutOfSight = live.figures().isStoreOutOfSight,
             .isRetentionHeldBack = sending.cleanup.isHeldBack(),
             .filesToRecordAgain = recording.files,
             .filesRecordedAgain = recording.recorded};
@@ -114,6 +115,7 @@ std::shared_ptr<terminal::DoctorCommands> Doors::makeDoctor()
         ground.index,
         ground.emitter,
         ground.main,
+        ground.clock,
         receiving.incomingFolders,
         [this] {
             receiving.store->listenerService().keepOrder();

@@ -86,8 +86,10 @@ void Gateway::launch()
             return m_receiving.incomingFolders.all();
         },
         [this](const QString &path) { m_receiving.store->listenerService().offerInboxFile(path); },
-        [this](qsizetype count) {
-            m_ground.main.post([this, count] { m_live.setSetAsideFilesCount(count); });
+        [this](const state::InboxFigures &inbox) {
+            const bool isStoreOutOfSight = m_ground.index.isStoreOutOfSight();
+            m_ground.main.post(
+                [this, inbox, isStoreOutOfSight] { inboxesWereSeen(inbox, isStoreOutOfSight); });
         });
     m_recording.emplace(IndexRecording::Collaborators{.index = m_ground.index,
                                                       .clock = m_ground.clock,
@@ -95,6 +97,38 @@ void Gateway::launch()
                                                       .listener = m_receiving.store->listenerService(),
                                                       .systemLog = m_ground.systemLog,
                                                       .writeLine = m_options.writeLine});
+}
+
+/// Shows how they are, and says once what holds up what was acknowledged.
+void Gateway::inboxesWereSeen(const state::InboxFigures &inbox, bool isStoreOutOfSight)
+{
+    const state::GatewayFigures &before = m_live.figures();
+    if (isStoreOutOfSight != before.isStoreOutOfSight) {
+        say(isStoreOutOfSight
+                ? QStringLiteral(
+                      "The file store can't be seen at %1, so nothing is taken in; what comes waits "
+                      "in the incoming folder. Bring its volume back.")
+                      .arg(m_options.layout.fileStore)
+                : QStringLiteral("The file store is in sight again."));
+    }
+    if (inbox.isWaitingLong() != before.inbox.isWaitingLong()) {
+        say(inbox.isWaitingLong()
+                ? QStringLiteral("Received images have been waiting for minutes to be taken in: %1. "
+                                 "quorin-gateway doctor says why.")
+                      .arg(inbox.waiting)
+                : QStringLiteral("No received image waits for long any more."));
+    }
+    m_live.setInboxFigures(inbox);
+    m_live.setStoreOutOfSight(isStoreOutOfSight);
+}
+
+void Gateway::say(const QString &sentence)
+{
+    m_ground.systemLog.write(platform::SystemLogLevel::error,
+                             QStringLiteral("com.ovelt.pavan.gateway"),
+                             QStringLiteral("receive"),
+                             sentence);
+    m_options.writeLine(sentence);
 }
 
 void Gateway::terminate()

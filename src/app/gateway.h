@@ -58,6 +58,8 @@ public:
 private:
     state::GatewayAppStateParts figureParts();
     void sendNow(const QString &study);
+    void inboxesWereSeen(const state::InboxFigures &inbox, bool isStoreOutOfSight);
+    void say(const QString &sentence);
 
     const GatewayOptions m_options;
     GatewayFace &m_face;

@@ -30,8 +30,11 @@ enum class FindingKind
     unsentVersion,
     waitsForRemoval,
     waitsInInbox,
+    waitsLongInInbox,
     formerInboxOutOfSight,
     indexNotWritten,
+    storeNotWritten,
+    storeOutOfSight,
     listenerNotListening,
     nobodySignedIn,
     rejectedObject

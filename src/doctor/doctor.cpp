@@ -3,18 +3,21 @@
 #include "index/gateway_import_error.h"
 #include "log/image_trail.h"
 #include "log/redaction.h"
+#include "platform/concurrency/clock.h"
 #include "platform/dicom/inbox_files.h"
 #include "platform/files/file_error.h"
 #include "platform/files/files.h"
 #include "platform/files/folder_entries.h"
 #include "platform/sqlite/sqlite_error.h"
 #include "receive/inbox.h"
+#include "state/inbox_figures.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 
 #include <algorithm>
+#include <chrono>
 #include <map>
 #include <utility>
 
@@ -48,9 +51,13 @@ QStringList byNumber(QStringList names)
 class Round
 {
 public:
-    Round(index::DicomDB &index, log::StoreLogEmitter &emitter, bool repair, const std::stop_token &stop)
-        : m_index(index), m_examination(index.examination()), m_emitter(emitter), m_repairs(repair),
-          m_stop(stop)
+    Round(index::DicomDB &index,
+          log::StoreLogEmitter &emitter,
+          const platform::Clock &clock,
+          bool repair,
+          const std::stop_token &stop)
+        : m_index(index), m_examination(index.examination()), m_emitter(emitter), m_clock(clock),
+          m_repairs(repair), m_stop(stop)
     {
     }
 
@@ -82,6 +89,17 @@ public:
     {
         if (!m_examination.isWritable()) {
             giveUpOn(FindingKind::indexNotWritten);
+        }
+    }
+
+    /// What waits in the inbox says only that it waits, and not why.
+    void checkStore()
+    {
+        const QString root = m_index.fileURL(QString()).toLocalFile();
+        if (m_index.isStoreOutOfSight()) {
+            add(FindingKind::storeOutOfSight, 1, {QDir::cleanPath(root), {}, {}});
+        } else if (!m_examination.isStoreWritable()) {
+            add(FindingKind::storeNotWritten, 1, {QDir::cleanPath(root), {}, {}});
         }
     }
 
@@ -147,7 +165,12 @@ public:
     void lookAtInbox(const QString &folder)
     {
         for (const QString &path : platform::completeInboxFiles(folder)) {
-            add(FindingKind::waitsInInbox, 1, nameOf(QUrl::fromLocalFile(path)));
+            // One whose time lies far ahead was received while the clock was wrong, so nobody knows.
+            const auto age = std::chrono::milliseconds(QFileInfo(path).lastModified().msecsTo(m_clock.now()));
+            const bool isLong = std::chrono::abs(age) >= state::InboxFigures::kLongWait;
+            add(isLong ? FindingKind::waitsLongInInbox : FindingKind::waitsInInbox,
+                1,
+                nameOf(QUrl::fromLocalFile(path)));
         }
         for (const QString &path : receive::setAsideFiles(folder)) {
             if (m_stop.stop_requested()) {
@@ -412,6 +435,7 @@ private:
     index::DicomDB &m_index;
     index::IndexExamination m_examination;
     log::StoreLogEmitter &m_emitter;
+    const platform::Clock &m_clock;
     bool m_repairs;
     const std::stop_token m_stop;
     Diagnosis m_found;
@@ -422,9 +446,10 @@ private:
 
 Diagnosis Doctor::examine(bool repair, const std::stop_token &stop)
 {
-    Round round(m_index, m_emitter, repair, stop);
+    Round round(m_index, m_emitter, m_clock, repair, stop);
     round.step([&] { round.checkIndex(); });
     round.step([&] { round.checkWriting(); });
+    round.step([&] { round.checkStore(); });
     round.step([&] { round.lookForLostIndex(); });
     round.step([&] { round.recount(); });
     round.step([&] { round.walkStore(); });

@@ -3,6 +3,7 @@
 #include "doctor/diagnosis.h"
 #include "index/dicom_db.h"
 #include "log/store_log_emitter.h"
+#include "platform/concurrency/clock.h"
 #include "receive/incoming_folders.h"
 
 #include <stop_token>
@@ -21,10 +22,12 @@ public:
     /// \param index            the one of this home; outlives this.
     /// \param incomingFolders  where received files arrive, or arrived; outlives this.
     /// \param emitter          told of each file that is taken in; outlives this.
+    /// \param clock            by which received files wait; outlives this.
     Doctor(index::DicomDB &index,
            const receive::IncomingFolders &incomingFolders,
-           log::StoreLogEmitter &emitter)
-        : m_index(index), m_incomingFolders(incomingFolders), m_emitter(emitter)
+           log::StoreLogEmitter &emitter,
+           const platform::Clock &clock)
+        : m_index(index), m_incomingFolders(incomingFolders), m_emitter(emitter), m_clock(clock)
     {
     }
 
@@ -37,6 +40,7 @@ private:
     index::DicomDB &m_index;
     const receive::IncomingFolders &m_incomingFolders;
     log::StoreLogEmitter &m_emitter;
+    const platform::Clock &m_clock;
 };
 
 } // namespace gateway::doctor

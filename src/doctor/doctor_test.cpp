@@ -3,6 +3,7 @@
 #include "index/testing/temporary_index.h"
 #include "log/redaction.h"
 #include "log/testing/recording_log.h"
+#include "state/inbox_figures.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
@@ -29,7 +30,7 @@ protected:
 
     Diagnosis examine(bool repair = false)
     {
-        return Doctor(home.index(), folders, emitter).examine(repair, {});
+        return Doctor(home.index(), folders, emitter, home.clock).examine(repair, {});
     }
 
     Counts counts(bool repair = false)
@@ -61,6 +62,15 @@ protected:
         QFile file(path);
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
         ASSERT_EQ(file.write("text"), 4);
+    }
+
+    /// Writes a file that was received just now.
+    void receive(const QString &path)
+    {
+        write(path);
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+        ASSERT_TRUE(file.setFileTime(home.clock.now(), QFileDevice::FileModificationTime));
     }
 
     /// Every file below the file store with its bytes.
@@ -205,7 +215,8 @@ TEST_F(DoctorTest, ChangesNothingForAStoreThatIsOutOfSight)
     importOne(QStringLiteral("9.2"));
     ASSERT_TRUE(QDir().rename(home.fileStoreRoot(), home.path(QStringLiteral("away"))));
 
-    EXPECT_EQ(counts(true), (Counts{{FindingKind::folderGone, {2, 0}}}));
+    EXPECT_EQ(counts(true),
+              (Counts{{FindingKind::folderGone, {2, 0}}, {FindingKind::storeOutOfSight, {1, 0}}}));
 
     EXPECT_EQ(home.index().failedImagesCount(), 0);
     EXPECT_EQ(rows(), 2);
@@ -375,9 +386,37 @@ TEST_F(DoctorTest, SeesADamagedPageOfTheIndexFile)
     EXPECT_EQ(diagnosis.findings.first().kind, FindingKind::indexDamaged);
 }
 
+TEST_F(DoctorTest, IsNotContentWithAReceivedImageThatWaitsForMinutes)
+{
+    const QString path = inbox() + QStringLiteral("/quorin-0123456789abcdef0123456789abcdef-1.dcm");
+    receive(path);
+    EXPECT_EQ(counts(), (Counts{{FindingKind::waitsInInbox, {1, 0}}}));
+    EXPECT_TRUE(examine().isWell());
+
+    home.clock.advance(state::InboxFigures::kLongWait);
+
+    EXPECT_EQ(counts(), (Counts{{FindingKind::waitsLongInInbox, {1, 0}}}));
+    EXPECT_FALSE(examine().isWell());
+
+    write(path); // its time is far ahead of the clock
+    EXPECT_EQ(counts(), (Counts{{FindingKind::waitsLongInInbox, {1, 0}}}));
+}
+
+TEST_F(DoctorTest, TellsOfAFileStoreThatCannotBeWritten)
+{
+    write(home.fileStoreRoot() + QStringLiteral("/.incoming"));
+
+    const Diagnosis diagnosis = examine();
+
+    ASSERT_EQ(diagnosis.findings.size(), 1);
+    EXPECT_EQ(diagnosis.findings.first().kind, FindingKind::storeNotWritten);
+    EXPECT_EQ(diagnosis.findings.first().examples, (QList<FileName>{{home.fileStoreRoot(), {}, {}}}));
+    EXPECT_FALSE(diagnosis.isWell());
+}
+
 TEST_F(DoctorTest, TellsWhatLiesInTheIncomingFolder)
 {
-    write(inbox() + QStringLiteral("/quorin-0123456789abcdef0123456789abcdef-1.dcm"));
+    receive(inbox() + QStringLiteral("/quorin-0123456789abcdef0123456789abcdef-1.dcm"));
     write(inbox() + QStringLiteral("/somebody's.txt"));
     write(inbox() + QStringLiteral("/.rejected/quorin-0123456789abcdef0123456789abcdef-2.dcm"));
 
@@ -408,7 +447,7 @@ TEST_F(DoctorTest, LooksIntoTheIncomingFolderOfBeforeAsWell)
         inbox() + QStringLiteral("/.rejected/12345678-quorin-0123456789abcdef0123456789abcdef-2.dcm");
     write(aside);
     index::testing::writeSyntheticFile(aside, TemporaryIndex::image(QStringLiteral("9.1")));
-    write(inbox() + QStringLiteral("/quorin-0123456789abcdef0123456789abcdef-1.dcm"));
+    receive(inbox() + QStringLiteral("/quorin-0123456789abcdef0123456789abcdef-1.dcm"));
 
     EXPECT_EQ(counts(true),
               (Counts{{FindingKind::waitsInInbox, {1, 0}}, {FindingKind::rejectedObject, {1, 1}}}));
@@ -516,7 +555,8 @@ TEST_F(DoctorTest, StopsWhenItIsToldTo)
     std::stop_source stop;
     stop.request_stop();
 
-    const Diagnosis diagnosis = Doctor(home.index(), folders, emitter).examine(true, stop.get_token());
+    const Diagnosis diagnosis =
+        Doctor(home.index(), folders, emitter, home.clock).examine(true, stop.get_token());
 
     EXPECT_TRUE(diagnosis.wasStopped);
     EXPECT_FALSE(diagnosis.isWell());

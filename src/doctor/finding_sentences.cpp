@@ -144,6 +144,14 @@ Words wordsOf(FindingKind kind)
                 QT_TRANSLATE_NOOP("DoctorFinding",
                                   "A received image waits in the incoming folder. It is taken in while the "
                                   "listener runs.")};
+    case FindingKind::waitsLongInInbox:
+        return {
+            "waitsLongInInbox",
+            true,
+            QT_TRANSLATE_NOOP("DoctorFinding",
+                              "A received image has been waiting in the incoming folder for more than five "
+                              "minutes. It is kept. Start the gateway and its listener where they don't "
+                              "run, and see to what else is told here; it is taken in by itself then.")};
     case FindingKind::formerInboxOutOfSight:
         return {"formerInboxOutOfSight",
                 true,
@@ -158,6 +166,21 @@ Words wordsOf(FindingKind kind)
                                   "The index can't be written, so that nothing is taken in or sent. What was "
                                   "received is kept. Check that its disk has room and can be written; the "
                                   "gateway goes on by itself then.")};
+    case FindingKind::storeNotWritten:
+        return {"storeNotWritten",
+                true,
+                QT_TRANSLATE_NOOP("DoctorFinding",
+                                  "The file store can't be written, so that nothing is taken in. What was "
+                                  "received is kept in the incoming folder. Check that its disk has room and "
+                                  "can be written; the gateway goes on by itself then.")};
+    case FindingKind::storeOutOfSight:
+        return {"storeOutOfSight",
+                true,
+                QT_TRANSLATE_NOOP("DoctorFinding",
+                                  "Images were stored in the file store, and now not even its folders are "
+                                  "there. Nothing is taken in; what was received is kept in the incoming "
+                                  "folder. Bring its volume back; where the store was emptied on purpose, "
+                                  "make a folder 10000 in it.")};
     case FindingKind::listenerNotListening:
         return {
             "listenerNotListening",
@@ -220,8 +243,11 @@ bool isMendable(FindingKind kind)
     case FindingKind::unsentVersion:
     case FindingKind::foreignFile:
     case FindingKind::waitsInInbox:
+    case FindingKind::waitsLongInInbox:
     case FindingKind::formerInboxOutOfSight:
     case FindingKind::indexNotWritten:
+    case FindingKind::storeNotWritten:
+    case FindingKind::storeOutOfSight:
     case FindingKind::listenerNotListening:
     case FindingKind::nobodySignedIn:
         break;

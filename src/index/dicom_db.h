@@ -104,6 +104,9 @@ public:
     /// When the last image that was ever recorded was acknowledged, in nanoseconds since 1970.
     std::int64_t newestAcknowledged() const { return m_files.newestAcknowledged(); }
 
+    /// True while nothing is taken in because the file store can't be seen where it was.
+    bool isStoreOutOfSight() const { return m_files.isOutOfSight(); }
+
     // --- Parts, each of use as long as the index lives --------------------------------------------------
 
     /// Why files that wait were not uploaded, and for how long they wait.

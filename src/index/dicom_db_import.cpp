@@ -63,7 +63,9 @@ PrivateFile copyPatiently(FileStore &files, Patience &patience, const QString &s
     try {
         return patience.untilDone([&] { return files.takePrivateCopy(source, hands); });
     } catch (const FileError &error) {
-        throw GatewayImportError(Kind::copyToTemporaryFailed, Blame::storage, error.message());
+        // Trouble of the one file must not pass for a store that can take nothing in.
+        const Blame blame = platform::isReadable(source) ? Blame::storage : Blame::reading;
+        throw GatewayImportError(Kind::copyToTemporaryFailed, blame, error.message());
     }
 }
 

@@ -327,7 +327,19 @@ TEST_F(ImportFailures, AMissingSourceCanNotBeCopied)
 {
     expectError(QUrl::fromLocalFile(home.path(QStringLiteral("nowhere.dcm"))),
                 Kind::copyToTemporaryFailed,
-                Blame::storage,
+                Blame::reading,
+                "Could not copy incoming file to a temporary location.");
+    EXPECT_TRUE(filesInStore().isEmpty());
+}
+
+TEST_F(ImportFailures, ASourceThatCannotBeReadIsNoWantOfStorage)
+{
+    const QString folder = home.path(QStringLiteral("opens-and-does-not-read.dcm"));
+    ASSERT_TRUE(QDir().mkdir(folder));
+
+    expectError(QUrl::fromLocalFile(folder),
+                Kind::copyToTemporaryFailed,
+                Blame::reading,
                 "Could not copy incoming file to a temporary location.");
     EXPECT_TRUE(filesInStore().isEmpty());
 }

@@ -82,11 +82,14 @@ FileStore::FileStore(QString root,
       m_newestAcknowledged(newestAcknowledged),
       m_importQueue(QStringLiteral("com.ovelt.pavan.gateway.importdb.queue"))
 {
-    if (!takeLock()) {
+    const auto kept = m_defaults.object(kNumberKey);
+    m_nextNumber = std::max<std::int64_t>(kept ? kept->toLongLong() : 0, atLeast);
+    m_wasUsed = m_nextNumber > 0;
+    if (!isOutOfSight() && !takeLock()) {
         throw StoreInUseError(platform::HomeLock::owner(lockFileIn(m_root)));
     }
-    const auto kept = m_defaults.object(kNumberKey);
-    m_nextNumber = std::max<std::int64_t>({kept ? kept->toLongLong() : 0, atLeast, numberBehindAllFiles()});
+    m_nextNumber = std::max(m_nextNumber, numberBehindAllFiles());
+    m_wasUsed = m_nextNumber > 0;
     m_numberAtOpening = m_nextNumber;
     sweepPrivateFolder();
 }
@@ -100,6 +103,30 @@ bool FileStore::takeLock()
         return m_lock.has_value();
     } catch (const FileError &) {
         return true;
+    }
+}
+
+/// \throws FileError  a way of failing that waiting for some seconds doesn't mend
+void FileStore::requireSight() const
+{
+    if (isOutOfSight()) {
+        throw FileError("see the file store", ENOENT);
+    }
+}
+
+/// Makes sure that the store is there and locked against others. \throws FileError
+void FileStore::enter()
+{
+    if (m_lock && m_lock->isAt(lockFileIn(m_root))) {
+        return;
+    }
+    m_lock.reset(); // of a volume that isn't there any more
+    requireSight();
+    if (!takeLock()) {
+        throw FileError("use the file store, which another gateway uses", EACCES);
+    }
+    if (m_lock) {
+        m_nextNumber = std::max(m_nextNumber, numberBehindAllFiles());
     }
 }
 
@@ -143,6 +170,7 @@ std::int64_t FileStore::countFrom(std::int64_t from) const
 QString FileStore::root()
 {
     try {
+        requireSight();
         platform::makeFoldersDurably(m_root, m_files);
     } catch (const FileError &) {
         // Whoever writes below it will notice.
@@ -226,6 +254,7 @@ std::int64_t FileStore::numberBehindAllFiles() const
 
 PrivateFile FileStore::takePrivateCopy(const QString &source, ImportSource hands)
 {
+    requireSight();
     platform::makeFoldersDurably(privateFolder(), m_files);
     const QString copy = privateFolder() + QLatin1Char('/') +
                          QUuid::createUuid().toString(QUuid::WithoutBraces) + QLatin1Char('.') +
@@ -293,9 +322,7 @@ StoredFile FileStore::moveIn(const PrivateFile &copy)
 
 StoredFile FileStore::moveToNextNumber(const PrivateFile &copy)
 {
-    if (!m_lock && !takeLock()) {
-        throw FileError("use the file store, which another gateway uses", EACCES);
-    }
+    enter();
     for (;; ++m_nextNumber) {
         const QString folder = folderOf(m_nextNumber);
         const QString path = folder + QLatin1Char('/') + QString::number(m_nextNumber) + QLatin1Char('.') +
@@ -313,9 +340,46 @@ StoredFile FileStore::moveToNextNumber(const PrivateFile &copy)
             throw;
         }
         ++m_nextNumber;
+        m_wasUsed = true;
         keepNumber();
         return stored;
     }
+}
+
+bool FileStore::isWritable()
+{
+    bool isDone = false;
+    m_importQueue.sync([&] {
+        try {
+            enter();
+            tryToMoveIn();
+            isDone = true;
+        } catch (const FileError &) {
+            // That is the answer.
+        }
+    });
+    return isDone;
+}
+
+/// Takes the way of a file, under names that count as nothing. \throws FileError
+void FileStore::tryToMoveIn()
+{
+    constexpr int kBytes = 4096; // a full disk still makes an empty file
+    const QString name = QStringLiteral("/.try-") + QUuid::createUuid().toString(QUuid::WithoutBraces);
+    const QString bucket = folderOf(m_nextNumber);
+    QString file = privateFolder() + name;
+    platform::makeFoldersDurably(privateFolder(), m_files);
+    m_files.create(file, QByteArray(kBytes, '\0'));
+    try {
+        if (!platform::isKnownToBeAbsent(bucket)) { // made with its first file
+            m_files.renameToNew(file, bucket + name);
+            file = bucket + name;
+        }
+    } catch (const FileError &) {
+        dropPrivateCopy(file);
+        throw;
+    }
+    m_files.remove(file);
 }
 
 QString FileStore::folderOf(std::int64_t number) const

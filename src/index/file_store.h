@@ -12,6 +12,7 @@
 #include <QtCore/QStringList>
 #include <QtCore/QUrl>
 
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <functional>
@@ -53,7 +54,8 @@ struct PrivateFile
 /// the index's own record of the number tell more, and opening takes the highest.
 ///
 /// Owner: DicomDB. Thread: any. One process at a time works in one root, whatever home it has: a lock in the
-/// root sees to it. Where the root can't be reached at opening, the lock is taken with the first file.
+/// root sees to it. Where the root can't be reached at opening, or is out of sight, the lock is taken with
+/// the first file; the same where another volume has come to stand there since.
 class FileStore
 {
 public:
@@ -77,6 +79,14 @@ public:
     /// there are none.
     bool isInSight() const;
 
+    /// True where files were stored once, by the running number or the index's record of it, and now not even
+    /// their folders are there: as where the volume isn't mounted. Nothing is made and nothing taken in
+    /// there.
+    bool isOutOfSight() const { return m_wasUsed && !isInSight(); }
+
+    /// True when a file could be taken in now, for all that a try with a small one tells.
+    bool isWritable();
+
     /// True when no file was ever stored here, for all that the root and the running number tell.
     bool wasNeverUsed() const;
 
@@ -93,7 +103,8 @@ public:
     /// The next files of the store from the number `from` on, at most `limit`.
     Page filesFrom(std::int64_t from, int limit) const;
 
-    /// The root; made, with its parents, when it is missing. A failure to make it is ignored here.
+    /// The root; made, with its parents, when it is missing and not only out of sight. A failure to make it
+    /// is ignored here.
     QString root();
 
     /// Where the file of a `pathString` lies: an absolute one as it stands, any other below the root.
@@ -170,6 +181,9 @@ private:
     bool link(const QString &source, const QString &copy);
     std::int64_t dateForeignCopy(const QString &copy);
     bool takeLock();
+    void enter();
+    void requireSight() const;
+    void tryToMoveIn();
     QString folderOf(std::int64_t number) const;
     Removal remove(const QString &path);
     void beginImport(const StoredFile &file);
@@ -179,12 +193,14 @@ private:
     platform::Clock &m_clock;
     platform::FileSystem &m_files;
 
+    std::atomic<bool> m_wasUsed = false; // files were stored here
+
     mutable platform::Mutex m_mutex;
     QSet<QString> m_beingImported QUORIN_GUARDED_BY(m_mutex);
     std::int64_t m_newestAcknowledged QUORIN_GUARDED_BY(m_mutex);
 
     // Touched on m_importQueue only, once constructed.
-    std::optional<platform::HomeLock> m_lock;
+    std::optional<platform::HomeLock> m_lock; // on the volume that is in sight
     std::int64_t m_nextNumber = 0;
     std::int64_t m_numberAtOpening = 0; // not changed any more
     std::optional<std::chrono::nanoseconds> m_numberKeptAt;

@@ -56,6 +56,7 @@ using StoreRoot = Files;
 
 TEST_F(RunningNumber, Number9999GoesToDirectory10000AndNumber10000To20000)
 {
+    placeInStore(QStringLiteral("10000/9998.dcm"));
     setNumber(9999);
 
     EXPECT_EQ(importAs(QStringLiteral("a.dcm")), QStringLiteral("10000/9999.dcm"));
@@ -114,7 +115,8 @@ TEST_F(RunningNumber, TheIndexRemembersItWhereCounterAndFilesAreLost)
 {
     importAs(QStringLiteral("a.dcm"));
     importAs(QStringLiteral("a.dcm"));
-    QDir(home.fileStoreRoot()).removeRecursively();
+    QDir(home.fileStoreRoot() + QStringLiteral("/10000")).removeRecursively();
+    QDir().mkpath(home.fileStoreRoot() + QStringLiteral("/10000"));
     setNumber(0);
 
     EXPECT_EQ(importAs(QStringLiteral("a.dcm")), QStringLiteral("10000/2.dcm"));
@@ -213,6 +215,111 @@ TEST_F(StoreRoot, LocksAgainstOthersWithTheFirstFileWhereItWasOutOfReach)
     }
 
     EXPECT_EQ(importAs(QStringLiteral("b.dcm")), QStringLiteral("10000/0.dcm"));
+}
+
+/// Where a volume is mounted, or isn't.
+class MountPoint : public Files
+{
+protected:
+    void unmount()
+    {
+        ASSERT_TRUE(QDir().rename(home.fileStoreRoot(), away));
+        ASSERT_TRUE(QDir().mkpath(home.fileStoreRoot()));
+    }
+
+    void mount()
+    {
+        ASSERT_TRUE(QDir(home.fileStoreRoot()).removeRecursively());
+        ASSERT_TRUE(QDir().rename(away, home.fileStoreRoot()));
+    }
+
+    QStringList underneath() const
+    {
+        return QDir(home.fileStoreRoot()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
+    }
+
+    const QString away = home.path(QStringLiteral("away"));
+};
+
+TEST_F(MountPoint, TakesNothingInThatLacksItsVolumeAtTheStartAndGoesOnWhenThatIsBack)
+{
+    importAs(QStringLiteral("a.dcm"));
+    home.close();
+    unmount();
+    home.reopen();
+
+    EXPECT_TRUE(home.index().isStoreOutOfSight());
+    EXPECT_THROW(importAs(QStringLiteral("b.dcm")), GatewayImportError);
+    home.index().fileStoreRoot();
+    EXPECT_EQ(underneath(), QStringList()) << "no store is made beside a known index";
+
+    mount();
+    EXPECT_FALSE(home.index().isStoreOutOfSight());
+    EXPECT_EQ(importAs(QStringLiteral("b.dcm")), QStringLiteral("10000/1.dcm"));
+    EXPECT_FALSE(platform::HomeLock::tryLock(home.fileStoreRoot() + QStringLiteral("/.lock")));
+}
+
+TEST_F(MountPoint, TakesNothingInThatLosesItsVolumeWhileItIsInUse)
+{
+    importAs(QStringLiteral("a.dcm"));
+    unmount();
+
+    EXPECT_THROW(importAs(QStringLiteral("b.dcm")), GatewayImportError);
+    EXPECT_FALSE(home.index().examination().isStoreWritable());
+    EXPECT_EQ(underneath(), QStringList());
+
+    mount();
+    EXPECT_EQ(importAs(QStringLiteral("b.dcm")), QStringLiteral("10000/1.dcm"));
+}
+
+TEST_F(MountPoint, IsKnownByTheIndexAloneToo)
+{
+    importAs(QStringLiteral("a.dcm"));
+    home.close();
+    unmount();
+    home.defaults.setObject(kNumberKey, 0);
+    home.reopen();
+
+    EXPECT_TRUE(home.index().isStoreOutOfSight());
+}
+
+TEST_F(StoreRoot, ThatWasEmptiedOnPurposeIsOneAgainWithItsFirstFolder)
+{
+    importAs(QStringLiteral("a.dcm"));
+    home.close();
+    QDir(home.fileStoreRoot()).removeRecursively();
+    home.reopen();
+    ASSERT_TRUE(home.index().isStoreOutOfSight());
+
+    ASSERT_TRUE(QDir().mkpath(home.fileStoreRoot() + QStringLiteral("/10000")));
+
+    EXPECT_EQ(importAs(QStringLiteral("b.dcm")), QStringLiteral("10000/1.dcm"));
+}
+
+TEST_F(StoreRoot, IsWritableWhereAFileCouldBeTakenInAndNothingOfTheTryStays)
+{
+    EXPECT_TRUE(home.index().examination().isStoreWritable());
+    importAs(QStringLiteral("a.dcm"));
+    EXPECT_TRUE(home.index().examination().isStoreWritable());
+    const auto hidden = QDir::Files | QDir::Hidden;
+    EXPECT_EQ(QDir(home.fileStoreRoot() + QStringLiteral("/10000")).entryList(hidden),
+              QStringList{QStringLiteral("0.dcm")});
+
+    const QString privateFolder = home.fileStoreRoot() + QStringLiteral("/.incoming");
+    EXPECT_EQ(QDir(privateFolder).entryList(hidden), QStringList());
+    ASSERT_TRUE(QDir().rmdir(privateFolder));
+    QFile inTheWay(privateFolder);
+    ASSERT_TRUE(inTheWay.open(QIODevice::WriteOnly));
+    EXPECT_FALSE(home.index().examination().isStoreWritable());
+}
+
+TEST_F(StoreRoot, IsNotWritableWhereItsNextFolderIsNone)
+{
+    ASSERT_TRUE(QDir().mkpath(home.fileStoreRoot()));
+    QFile inTheWay(home.fileStoreRoot() + QStringLiteral("/10000"));
+    ASSERT_TRUE(inTheWay.open(QIODevice::WriteOnly));
+
+    EXPECT_FALSE(home.index().examination().isStoreWritable());
 }
 
 } // namespace gateway::index

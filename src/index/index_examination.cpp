@@ -69,6 +69,11 @@ bool IndexExamination::isWritable()
     }
 }
 
+bool IndexExamination::isStoreWritable()
+{
+    return m_files.isWritable();
+}
+
 TallyDifferences IndexExamination::tallyDifferences(const std::stop_token &stop) const
 {
     return m_store.read([&](Database &database) {

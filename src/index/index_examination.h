@@ -79,6 +79,9 @@ public:
     /// Whether a transaction that changes nothing reaches the disk.
     bool isWritable();
 
+    /// Whether a small file can be taken into the file store; tries it.
+    bool isStoreWritable();
+
     TallyDifferences tallyDifferences(const std::stop_token &stop) const;
 
     /// Counts everything anew, in one transaction.

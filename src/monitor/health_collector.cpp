@@ -36,7 +36,8 @@ HealthFigures HealthCollector::collect()
     HealthFigures figures;
     figures.listener = listener();
     const state::UpkeepFigures upkeep = m_with.upkeep();
-    figures.setAsideFiles = upkeep.setAsideFiles;
+    figures.inbox = upkeep.inbox;
+    figures.isStoreOutOfSight = upkeep.isStoreOutOfSight;
     figures.isRetentionHeldBack = upkeep.isRetentionHeldBack;
     figures.filesToRecordAgain = upkeep.filesToRecordAgain;
     figures.filesRecordedAgain = upkeep.filesRecordedAgain;

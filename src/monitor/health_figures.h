@@ -2,6 +2,7 @@
 
 #include "account/session_standing.h"
 #include "monitor/event_counts.h"
+#include "state/inbox_figures.h"
 
 #include <QtCore/QMap>
 #include <QtCore/QString>
@@ -26,7 +27,8 @@ struct HealthFigures
         double receivedPerSecond = 0; ///< images, over the last minute
     } listener;
 
-    qint64 setAsideFiles = 0; ///< received and acknowledged, and not taken in: a person is to look at them
+    state::InboxFigures inbox;
+    bool isStoreOutOfSight = false;   ///< where files were stored there is no store now
     bool isRetentionHeldBack = false; ///< the clock is in doubt, so nothing goes by its age
     qint64 filesToRecordAgain = 0;    ///< stored files that the index may lack; 0 once all have rows
     qint64 filesRecordedAgain = 0;    ///< of those

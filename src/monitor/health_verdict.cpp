@@ -66,9 +66,22 @@ QString sessionWords(account::SessionState session)
     return {};
 }
 
-} // namespace
+/// What is told and has no part in the verdict, since no restart would help.
+QString addition(const HealthFigures &figures)
+{
+    QString words;
+    if (figures.isStoreOutOfSight) {
+        words += QStringLiteral(" The file store can't be seen, so nothing is taken in.");
+    }
+    if (figures.inbox.isWaitingLong()) {
+        words += QStringLiteral(" %1 received images aren't taken in, the first for %2.")
+                     .arg(figures.inbox.waiting)
+                     .arg(durationText(figures.inbox.longestWait));
+    }
+    return words;
+}
 
-HealthVerdict verdictOn(const HealthFigures &figures)
+HealthVerdict verdictOnListener(const HealthFigures &figures)
 {
     if (!figures.index.isAnswering) {
         return {false, QStringLiteral("The index doesn't answer.")};
@@ -88,6 +101,15 @@ HealthVerdict verdictOn(const HealthFigures &figures)
                 : QStringLiteral("The listener doesn't run: ") + figures.listener.failure};
 }
 
+} // namespace
+
+HealthVerdict verdictOn(const HealthFigures &figures)
+{
+    HealthVerdict verdict = verdictOnListener(figures);
+    verdict.sentence += addition(figures);
+    return verdict;
+}
+
 HealthVerdict verdictOnSilence()
 {
     return {false, QStringLiteral("The main loop of the gateway doesn't answer.")};
@@ -96,8 +118,16 @@ HealthVerdict verdictOnSilence()
 QString statusLine(const HealthFigures &figures)
 {
     QStringList parts{listenerWords(figures), queueWords(figures.index)};
-    if (figures.setAsideFiles > 0) {
-        parts.append(QStringLiteral("%1 set aside").arg(figures.setAsideFiles));
+    if (figures.isStoreOutOfSight) {
+        parts.append(QStringLiteral("file store out of sight"));
+    }
+    if (figures.inbox.isWaitingLong()) {
+        parts.append(QStringLiteral("%1 not taken in, the first for %2")
+                         .arg(figures.inbox.waiting)
+                         .arg(durationText(figures.inbox.longestWait)));
+    }
+    if (figures.inbox.setAside > 0) {
+        parts.append(QStringLiteral("%1 set aside").arg(figures.inbox.setAside));
     }
     if (figures.cloud.session != account::SessionState::signedIn) {
         parts.append(sessionWords(figures.cloud.session));

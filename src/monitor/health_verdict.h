@@ -8,7 +8,8 @@ namespace gateway::monitor {
 struct HealthVerdict
 {
     bool isHealthy = false;
-    QString sentence; ///< one plain sentence for people
+    QString
+        sentence; ///< for people: one plain sentence, and one for each trouble that a restart wouldn't end
 
     bool operator==(const HealthVerdict &) const = default;
 };

@@ -41,6 +41,30 @@ TEST(HealthVerdict, IsBadWhenTheIndexDoesNotAnswer)
     EXPECT_EQ(verdictOn(figures), (HealthVerdict{false, u"The index doesn't answer."_qs}));
 }
 
+TEST(HealthVerdict, TellsOfWhatIsNotTakenInForMinutesThoughARestartWouldNotHelp)
+{
+    HealthFigures figures = well();
+    figures.inbox = {.waiting = 3, .longestWait = std::chrono::seconds(299)};
+    EXPECT_EQ(verdictOn(figures), verdictOn(well()));
+
+    figures.inbox.longestWait = std::chrono::minutes(6);
+    EXPECT_EQ(verdictOn(figures),
+              (HealthVerdict{true,
+                             u"The listener runs on port 11112. "
+                             "3 received images aren't taken in, the first for 6 min."_qs}));
+    EXPECT_TRUE(statusLine(figures).contains(u"; 3 not taken in, the first for 6 min"_qs));
+}
+
+TEST(HealthVerdict, TellsOfAFileStoreThatCannotBeSeen)
+{
+    HealthFigures figures = well();
+    figures.isStoreOutOfSight = true;
+
+    EXPECT_TRUE(
+        verdictOn(figures).sentence.endsWith(u" The file store can't be seen, so nothing is taken in."_qs));
+    EXPECT_TRUE(statusLine(figures).contains(u"; file store out of sight"_qs));
+}
+
 TEST(HealthVerdict, IsGoodForAListenerThatIsSwitchedOff)
 {
     HealthFigures figures = well();
@@ -91,10 +115,10 @@ TEST(StatusLine, TellsWhatIsWrong)
     figures.cloud.isOnline = false;
     EXPECT_TRUE(statusLine(figures).endsWith(u"; cloud away"_qs));
 
-    figures.setAsideFiles = 3;
+    figures.inbox.setAside = 3;
     EXPECT_TRUE(statusLine(figures).contains(u"; 3 set aside; "_qs));
 
-    figures.setAsideFiles = 0;
+    figures.inbox.setAside = 0;
     figures.cloud.session = account::SessionState::signedOut;
     EXPECT_TRUE(statusLine(figures).endsWith(u"; signed out"_qs));
 

@@ -109,7 +109,16 @@ void writeUpkeep(PrometheusWriter &out, const HealthFigures &figures)
     out.gauge(
         "quorin_gateway_set_aside_files",
         QStringLiteral("Received files that could not be taken in and are kept for a person to look at."),
-        asNumber(figures.setAsideFiles));
+        asNumber(figures.inbox.setAside));
+    out.gauge("quorin_gateway_inbox_waiting_files",
+              QStringLiteral("Received files that wait in an incoming folder to be taken in."),
+              asNumber(figures.inbox.waiting));
+    out.gauge("quorin_gateway_inbox_longest_wait_seconds",
+              QStringLiteral("How long the first of them has been seen to wait; 0 when none waits."),
+              asNumber(qint64{figures.inbox.longestWait.count()}));
+    out.gauge("quorin_gateway_store_in_sight",
+              QStringLiteral("0 while nothing is taken in because the file store can't be seen."),
+              asNumber(!figures.isStoreOutOfSight));
     out.gauge("quorin_gateway_retention_held_back",
               QStringLiteral("1 while nothing is removed by its age, because the clock is in doubt."),
               asNumber(figures.isRetentionHeldBack));

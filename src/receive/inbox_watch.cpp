@@ -4,8 +4,7 @@
 #include "platform/dicom/inbox_files.h"
 #include "receive/inbox.h"
 
-#include <QtCore/QSet>
-
+#include <algorithm>
 #include <utility>
 
 namespace gateway::receive {
@@ -13,9 +12,8 @@ namespace gateway::receive {
 InboxWatch::InboxWatch(platform::Clock &clock,
                        std::function<QStringList()> folders,
                        std::function<void(const QString &path)> offer,
-                       std::function<void(qsizetype count)> setAside)
-    : m_clock(clock), m_folders(std::move(folders)), m_offer(std::move(offer)),
-      m_tellSetAside(std::move(setAside)),
+                       std::function<void(const state::InboxFigures &)> tell)
+    : m_clock(clock), m_folders(std::move(folders)), m_offer(std::move(offer)), m_tell(std::move(tell)),
       m_task("inbox-watch", [this](const std::stop_token &stop) { watch(stop); })
 {
 }
@@ -29,22 +27,27 @@ void InboxWatch::watch(const std::stop_token &stop)
 
 void InboxWatch::look()
 {
-    qsizetype setAside = 0;
+    state::InboxFigures figures;
     QStringList found;
     for (const QString &folder : m_folders()) {
-        setAside += setAsideFiles(folder).size();
+        figures.setAside += setAsideFiles(folder).size();
         found += platform::completeInboxFiles(folder);
     }
-    if (setAside != std::exchange(m_setAside, setAside)) {
-        m_tellSetAside(setAside);
-    }
-    const QSet<QString> before(m_seen.cbegin(), m_seen.cend());
-    for (const QString &path : found) {
-        if (before.contains(path)) {
+    // By the clock that nobody sets: what comes in bears times that may lie ahead.
+    const std::chrono::nanoseconds now = m_clock.monotonic();
+    QHash<QString, std::chrono::nanoseconds> seen;
+    for (const QString &path : std::as_const(found)) {
+        const auto before = m_seen.constFind(path);
+        seen.insert(path, before == m_seen.constEnd() ? now : *before);
+        if (before != m_seen.constEnd()) {
+            ++figures.waiting;
+            figures.longestWait =
+                std::max(figures.longestWait, std::chrono::floor<std::chrono::seconds>(now - *before));
             m_offer(path);
         }
     }
-    m_seen = found;
+    m_seen = std::move(seen);
+    m_tell(figures);
 }
 
 } // namespace gateway::receive

@@ -1,7 +1,9 @@
 #pragma once
 
 #include "platform/concurrency/task.h"
+#include "state/inbox_figures.h"
 
+#include <QtCore/QHash>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 
@@ -22,7 +24,8 @@ namespace gateway::receive {
 /// A file is offered when two looks have found it, so that what is just arriving keeps its own way in. It is
 /// offered at each look after that; whoever takes it knows what he has in hand.
 ///
-/// It also counts what was set aside, so that whoever tells people needs not ask a share that hangs.
+/// It also counts what waits and what was set aside, so that whoever tells people needs not ask a share that
+/// hangs.
 ///
 /// Owner: Gateway. Thread: its own, on which the functions are called.
 class InboxWatch
@@ -33,11 +36,11 @@ public:
     /// \param clock    borrowed; outlives this.
     /// \param folders  every inbox that may hold something, as it is known at this moment.
     /// \param offer    takes the path of a complete file, and returns at once.
-    /// \param setAside  is told how many files are set aside, whenever that has changed from none at first.
+    /// \param tell     is told at each look what lies there.
     InboxWatch(platform::Clock &clock,
                std::function<QStringList()> folders,
                std::function<void(const QString &path)> offer,
-               std::function<void(qsizetype count)> setAside);
+               std::function<void(const state::InboxFigures &)> tell);
 
 private:
     void watch(const std::stop_token &stop);
@@ -46,9 +49,8 @@ private:
     platform::Clock &m_clock;
     const std::function<QStringList()> m_folders;
     const std::function<void(const QString &path)> m_offer;
-    const std::function<void(qsizetype count)> m_tellSetAside;
-    QStringList m_seen; // by the last look; on the thread only
-    qsizetype m_setAside = 0;
+    const std::function<void(const state::InboxFigures &)> m_tell;
+    QHash<QString, std::chrono::nanoseconds> m_seen; // what lay there at the last look, and since when
 
     platform::Task m_task; // last: it uses the fields above
 };

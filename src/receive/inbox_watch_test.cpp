@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <vector>
 
 namespace gateway::receive {
 namespace {
@@ -31,14 +30,14 @@ protected:
     QStringList m_inboxes{m_world.inbox()}; // changed while the watch sleeps, read while it doesn't
     // Written between two sleeps of the watch, read while it sleeps.
     QStringList m_offered;
-    std::vector<qsizetype> m_told;
+    state::InboxFigures m_told;
     InboxWatch m_watch{m_world.clock,
                        [this] {
                            ++m_looks;
                            return m_inboxes;
                        },
                        [this](const QString &path) { m_offered.append(path); },
-                       [this](qsizetype count) { m_told.push_back(count); }};
+                       [this](const state::InboxFigures &figures) { m_told = figures; }};
 };
 
 TEST_F(Watch, CountsWhatWasSetAside)
@@ -47,9 +46,11 @@ TEST_F(Watch, CountsWhatWasSetAside)
     ASSERT_FALSE(setAside(m_world.receivedFile("DICM")).error);
 
     look();
+    EXPECT_EQ(m_told, (state::InboxFigures{.setAside = 1}));
+    ASSERT_TRUE(QDir(setAsideFolder(m_world.inbox())).removeRecursively());
     look();
 
-    EXPECT_EQ(m_told, (std::vector<qsizetype>{1}));
+    EXPECT_EQ(m_told, state::InboxFigures());
 }
 
 TEST_F(Watch, OffersAFileThatLiesThereAtTwoLooksAndAgainWhileItStays)
@@ -68,6 +69,29 @@ TEST_F(Watch, OffersAFileThatLiesThereAtTwoLooksAndAgainWhileItStays)
     EXPECT_EQ(m_offered.size(), 2);
 }
 
+TEST_F(Watch, TellsHowManyWaitAndForHowLongWhateverTheirTimesSay)
+{
+    m_world.clock.waitForSleepers(1);
+    const QString path = m_world.receivedFile("DICM");
+    look();
+    EXPECT_EQ(m_told, state::InboxFigures()) << "it may just have arrived";
+    m_world.receivedFile("DICM", 2);
+
+    look();
+    EXPECT_EQ(m_told, (state::InboxFigures{.waiting = 1, .longestWait = InboxWatch::kPause}));
+    look();
+    EXPECT_EQ(m_told, (state::InboxFigures{.waiting = 2, .longestWait = 2 * InboxWatch::kPause}));
+    EXPECT_FALSE(m_told.isWaitingLong());
+    while (m_told.longestWait < state::InboxFigures::kLongWait) {
+        look();
+    }
+    EXPECT_TRUE(m_told.isWaitingLong());
+    ASSERT_TRUE(QFile::remove(path));
+    look();
+    EXPECT_EQ(m_told.waiting, 1);
+    EXPECT_FALSE(m_told.longestWait == std::chrono::seconds(0));
+}
+
 TEST_F(Watch, LooksIntoEachInbox)
 {
     m_world.clock.waitForSleepers(1);
@@ -79,7 +103,8 @@ TEST_F(Watch, LooksIntoEachInbox)
     look();
 
     EXPECT_EQ(m_offered, QStringList{path});
-    EXPECT_EQ(m_told, (std::vector<qsizetype>{1}));
+    EXPECT_EQ(m_told.setAside, 1);
+    EXPECT_EQ(m_told.waiting, 1);
 }
 
 TEST_F(Watch, FindsWhatAFolderHoldsThatWasAway)

@@ -132,11 +132,13 @@ IncomingImporter::Fate IncomingImporter::fateOf(const Item &item, const index::G
     case Blame::file:
         return Fate::refused;
     case Blame::reading:
-        return Fate::trouble;
     case Blame::storage:
         break;
     }
-    return QFileInfo::exists(item.path) ? Fate::noStorage : Fate::outOfSight;
+    if (!QFileInfo::exists(item.path)) {
+        return Fate::outOfSight;
+    }
+    return error.blame() == Blame::reading ? Fate::trouble : Fate::noStorage;
 }
 
 void IncomingImporter::leaveInbox(Item item, Fate fate)
@@ -166,7 +168,9 @@ void IncomingImporter::leaveInbox(Item item, Fate fate)
 void IncomingImporter::depart(const Item &item, Fate fate)
 {
     const InboxRemoval removal = fate == Fate::imported ? removeFromInbox(item.path) : setAside(item.path);
-    if (removal.error || item.found) {
+    // What stays because its disk is away is tried again, not put aside, when that is back.
+    const bool isDecided = fate != Fate::trouble || !removal.error;
+    if (isDecided && (removal.error || item.found)) {
         const platform::MutexLock lock(m_mutex);
         m_decided.insert(item.path, fate);
     }

@@ -280,6 +280,32 @@ TEST_F(Importer, SetsAFileAsideThatCouldNotBeReadForLongAndSaysWhy)
     EXPECT_EQ(last.details->value(u"reason"_qs), u"could_not_be_read"_qs);
 }
 
+TEST_F(Importer, ImportsAFileThatCouldNotBePutAsideWhileItsDiskWasAway)
+{
+    m_world.imports.setUnreadable(IncomingImporter::kTriesInTrouble);
+    const QString path = m_world.receivedFile("DICM on a share");
+    QFile obstacle(m_world.inbox() + u"/.rejected"_qs);
+    ASSERT_TRUE(obstacle.open(QIODevice::WriteOnly)); // in the place of the folder
+    m_importer->fileArrived(path, u"A"_qs);
+    m_world.settle();
+    for (int tries = 1; tries < IncomingImporter::kTriesInTrouble; ++tries) {
+        m_world.clock.waitForSleepers(1);
+        m_world.clock.advance(IncomingImporter::kLongestPause);
+        m_world.imports.waitForAttempts(tries + 1);
+    }
+    m_world.waitUntil([&] {
+        return m_world.log.count(GatewayLogAction::incomingFileDeleted) ==
+               std::size_t{IncomingImporter::kTriesInTrouble};
+    });
+    m_world.waitUntil([&] {
+        m_importer->fileFound(path); // as the watch offers it, when it is let go of
+        m_world.settle();
+        return !QFile::exists(path);
+    });
+
+    EXPECT_TRUE(m_world.imports.holds("DICM on a share"));
+}
+
 TEST_F(Importer, AFileInTroubleHoldsUpNoOtherOne)
 {
     m_world.imports.setUnreadable(2);

@@ -349,10 +349,16 @@ void GatewayAppState::setDimseAlertMessage(const std::optional<QString> &message
     publish(Field::dimseAlertMessage, &GatewayFigures::dimseAlertMessage, message);
 }
 
-void GatewayAppState::setSetAsideFilesCount(std::int64_t count)
+void GatewayAppState::setInboxFigures(const InboxFigures &inbox)
 {
     enterMain();
-    publish(Field::setAsideFilesCount, &GatewayFigures::setAsideFilesCount, count);
+    publish(Field::inbox, &GatewayFigures::inbox, inbox);
+}
+
+void GatewayAppState::setStoreOutOfSight(bool isOutOfSight)
+{
+    enterMain();
+    publish(Field::isStoreOutOfSight, &GatewayFigures::isStoreOutOfSight, isOutOfSight);
 }
 
 void GatewayAppState::setUpdateBannerMessage(const std::optional<QString> &message)

@@ -134,7 +134,8 @@ public:
 
     void setShowSignInSheet(bool show);
     void setDimseAlertMessage(const std::optional<QString> &message);
-    void setSetAsideFilesCount(std::int64_t count);
+    void setInboxFigures(const InboxFigures &inbox);
+    void setStoreOutOfSight(bool isOutOfSight);
 
     /// The text is trimmed; a blank one takes the banner away.
     void setUpdateBannerMessage(const std::optional<QString> &message);

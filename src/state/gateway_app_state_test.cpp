@@ -391,13 +391,16 @@ TEST_F(Banner, AndTheOtherSlotsTellWhenTheyAreSet)
 
     state.setShowSignInSheet(true);
     state.setDimseAlertMessage(QStringLiteral("port taken"));
-    state.setSetAsideFilesCount(2);
+    state.setInboxFigures({.setAside = 2});
+    state.setStoreOutOfSight(true);
 
-    EXPECT_EQ(world.figures().setAsideFilesCount, 2);
+    EXPECT_EQ(world.figures().inbox.setAside, 2);
+    EXPECT_TRUE(world.figures().isStoreOutOfSight);
     EXPECT_TRUE(world.figures().showSignInSheet);
     EXPECT_EQ(world.figures().dimseAlertMessage, QStringLiteral("port taken"));
-    EXPECT_EQ(world.published(),
-              (Fields{Field::showSignInSheet, Field::dimseAlertMessage, Field::setAsideFilesCount}));
+    EXPECT_EQ(
+        world.published(),
+        (Fields{Field::showSignInSheet, Field::dimseAlertMessage, Field::inbox, Field::isStoreOutOfSight}));
 }
 
 // --- Storage -----------------------------------------------------------------------------------------

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "state/inbox_figures.h"
 #include "state/received_storage_usage.h"
 #include "state/transfer_timeframe.h"
 
@@ -42,7 +43,8 @@ struct GatewayFigures
     ReceivedStorageUsage receivedStorageUsage;
     double uploadSpeedMbps = 0; ///< smoothed, decimal megabits per second
     std::optional<QString> updateBannerMessage;
-    std::int64_t setAsideFilesCount = 0; ///< received files that could not be taken in
+    InboxFigures inbox;
+    bool isStoreOutOfSight = false; ///< where files were stored there is no store now
 };
 
 /// A field of GatewayFigures, by its name and in its order.
@@ -69,7 +71,8 @@ enum class GatewayField
     receivedStorageUsage,
     uploadSpeedMbps,
     updateBannerMessage,
-    setAsideFilesCount
+    inbox,
+    isStoreOutOfSight
 };
 
 } // namespace gateway::state

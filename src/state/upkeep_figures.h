@@ -1,5 +1,7 @@
 #pragma once
 
+#include "state/inbox_figures.h"
+
 #include <QtCore/QtGlobal>
 
 namespace gateway::state {
@@ -7,7 +9,8 @@ namespace gateway::state {
 /// What a person should know of although nothing of it has failed. Thread: a plain value.
 struct UpkeepFigures
 {
-    qint64 setAsideFiles = 0;         ///< received and acknowledged, and not taken in
+    InboxFigures inbox;
+    bool isStoreOutOfSight = false;   ///< where files were stored there is no store now
     bool isRetentionHeldBack = false; ///< the clock is in doubt, so nothing goes by its age
     qint64 filesToRecordAgain = 0;    ///< stored files that the index may lack; 0 once all have rows
     qint64 filesRecordedAgain = 0;    ///< of those

@@ -208,6 +208,21 @@ bool haveSameContent(const QString &path, const QString &other)
     return true;
 }
 
+bool isReadable(const QString &path)
+{
+    constexpr qint64 kPiece = qint64{256} * 1024;
+    QByteArray piece(kPiece, Qt::Uninitialized);
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
+        return false;
+    }
+    qint64 count = 0;
+    do {
+        count = file.read(piece.data(), piece.size());
+    } while (count > 0);
+    return count == 0;
+}
+
 std::optional<VolumeFigures> volumeFigures(const QString &path)
 {
     struct statvfs figures{};

@@ -82,6 +82,9 @@ bool isKnownToBeAbsent(const QString &path);
 /// True when both paths lead to regular files that could be read whole and hold the same bytes.
 bool haveSameContent(const QString &path, const QString &other);
 
+/// False when a file can't be opened or not be read to its end, whatever the reason.
+bool isReadable(const QString &path);
+
 /// Room on a volume, in bytes.
 struct VolumeFigures
 {

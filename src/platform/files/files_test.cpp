@@ -185,6 +185,15 @@ TEST_F(Files, AVolumeHasRoomAndAMissingPathHasNoVolume)
     EXPECT_FALSE(volumeFigures(path(QStringLiteral("missing"))));
 }
 
+TEST_F(Files, AFileIsReadableWhenItsLastByteIs)
+{
+    writeFileDurably(path(u"whole"_qs), QByteArray(300'000, 'a'));
+
+    EXPECT_TRUE(isReadable(path(u"whole"_qs)));
+    EXPECT_FALSE(isReadable(path(u"missing"_qs)));
+    EXPECT_FALSE(isReadable(u"/proc/self/mem"_qs)) << "which opens, and whose first read fails with EIO";
+}
+
 TEST_F(Files, AbsenceIsCertainOnlyWhereTheFolderCanBeAsked)
 {
     QFile::link(path(kB), path(kB)); // asking where it leads fails

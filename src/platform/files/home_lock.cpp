@@ -2,6 +2,8 @@
 
 #include "platform/files/file_error.h"
 
+#include <QtCore/QFile>
+
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -52,6 +54,14 @@ std::optional<HomeLock> HomeLock::tryLock(const QString &path)
     }
     writeOwner(file);
     return HomeLock(std::move(file));
+}
+
+bool HomeLock::isAt(const QString &path) const
+{
+    struct stat locked{};
+    struct stat named{};
+    return ::fstat(m_file.get(), &locked) == 0 && ::stat(QFile::encodeName(path).constData(), &named) == 0 &&
+           locked.st_dev == named.st_dev && locked.st_ino == named.st_ino;
 }
 
 std::optional<qint64> HomeLock::owner(const QString &path)

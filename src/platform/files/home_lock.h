@@ -24,6 +24,10 @@ public:
     /// The process id of whoever holds the lock now; nothing when nobody does or it can't be read.
     static std::optional<qint64> owner(const QString &path);
 
+    /// True when `path` still leads to the locked file, and not to a volume that isn't mounted any more, or
+    /// was mounted since.
+    bool isAt(const QString &path) const;
+
 private:
     explicit HomeLock(FileDescriptor file) : m_file(std::move(file)) {}
 

@@ -234,14 +234,33 @@ TEST_F(Cards, TheListenerTellsOfFilesThatWereSetAsideAndElseSaysNothingOfThem)
     ListenerCard &card = open().listener();
     EXPECT_FALSE(card.setAside().isVisible());
 
-    world.state.setSetAsideFilesCount(3);
+    world.state.setInboxFigures({.setAside = 3});
     testing::showFigures();
     EXPECT_TRUE(card.setAside().isVisible());
     EXPECT_TRUE(card.setAside().text().contains(u"set aside: 3"_qs));
 
-    world.state.setSetAsideFilesCount(0);
+    world.state.setInboxFigures({});
     testing::showFigures();
     EXPECT_FALSE(card.setAside().isVisible());
+}
+
+TEST_F(Cards, TheListenerTellsOfImagesThatAreNotTakenInForMinutesAndOfAStoreOutOfSight)
+{
+    ListenerCard &card = open().listener();
+    world.state.setInboxFigures({.waiting = 4, .longestWait = std::chrono::minutes(4)});
+    testing::showFigures();
+    EXPECT_FALSE(card.waiting().isVisible());
+
+    world.state.setInboxFigures({.waiting = 4, .longestWait = std::chrono::minutes(5)});
+    testing::showFigures();
+    EXPECT_TRUE(card.waiting().isVisible());
+    EXPECT_TRUE(card.waiting().text().contains(u"not taken in: 4"_qs));
+
+    world.state.setInboxFigures({});
+    world.state.setStoreOutOfSight(true);
+    testing::showFigures();
+    EXPECT_TRUE(card.waiting().isVisible());
+    EXPECT_TRUE(card.waiting().text().contains(u"can't be seen"_qs));
 }
 
 TEST_F(Cards, TheListenersButtonStartsAndStopsIt)

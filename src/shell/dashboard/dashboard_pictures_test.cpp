@@ -159,7 +159,7 @@ TEST_F(DashboardPictures, ARefusedPasswordAndFilesSetAside)
     aDay(0, 40);
     world.startListener();
     world.signIn();
-    world.state.setSetAsideFilesCount(3);
+    world.state.setInboxFigures({.setAside = 3, .waiting = 4, .longestWait = std::chrono::minutes(5)});
     open();
     world.account.refusesCredentials = true;
     const auto look = world.auth.refresh(true);

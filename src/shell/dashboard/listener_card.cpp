@@ -22,6 +22,7 @@ ListenerCard::ListenerCard(const DashboardParts &parts, QWidget *parent)
       m_address(new ElidedLabel(parts.theme, TypeStyle::small, Color::muted)),
       m_aeTitle(new TextLabel(parts.theme, {}, TypeStyle::bodyStrong)),
       m_port(new TextLabel(parts.theme, {}, TypeStyle::bodyStrong)),
+      m_waiting(new ElidedLabel(parts.theme, TypeStyle::small, Color::amber)),
       m_setAside(new ElidedLabel(parts.theme, TypeStyle::small, Color::amber))
 {
     const Theme &theme = parts.theme;
@@ -47,6 +48,8 @@ ListenerCard::ListenerCard(const DashboardParts &parts, QWidget *parent)
     address->addStretch();
     address->addStrut(theme.size(Size::control)); // as high as the line with a button beside it
     body().addLayout(address);
+    m_waiting->hide();
+    body().addWidget(m_waiting);
     m_setAside->hide();
     body().addWidget(m_setAside);
     connect(m_switch, &QAbstractButton::clicked, this, [this] { m_listener.setEnabled(!m_listener.isOn()); });
@@ -58,8 +61,8 @@ ListenerCard::ListenerCard(const DashboardParts &parts, QWidget *parent)
         this);
     new StateBinding(
         m_appState,
-        {Field::setAsideFilesCount},
-        [this](const state::GatewayAppState &) { showSetAside(); },
+        {Field::inbox, Field::isStoreOutOfSight},
+        [this](const state::GatewayAppState &) { showInbox(); },
         this);
 }
 
@@ -97,11 +100,17 @@ QString ListenerCard::stateWord() const
 }
 
 /// Nothing, while there is nothing to say.
-void ListenerCard::showSetAside()
+void ListenerCard::showInbox()
 {
-    const std::int64_t count = m_appState.figures().setAsideFilesCount;
-    m_setAside->setWords(tr("Received files set aside: %1. Run quorin-gateway doctor --repair").arg(count));
-    m_setAside->setVisible(count > 0);
+    const state::GatewayFigures &figures = m_appState.figures();
+    m_waiting->setWords(
+        figures.isStoreOutOfSight
+            ? tr("The file store can't be seen; nothing is taken in")
+            : tr("Received images not taken in: %1. Run quorin-gateway doctor").arg(figures.inbox.waiting));
+    m_waiting->setVisible(figures.isStoreOutOfSight || figures.inbox.isWaitingLong());
+    m_setAside->setWords(
+        tr("Received files set aside: %1. Run quorin-gateway doctor --repair").arg(figures.inbox.setAside));
+    m_setAside->setVisible(figures.inbox.setAside > 0);
 }
 
 } // namespace gateway::shell

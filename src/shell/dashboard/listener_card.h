@@ -33,12 +33,13 @@ public:
     ElidedLabel &address() { return *m_address; }
     TextLabel &aeTitle() { return *m_aeTitle; }
     TextLabel &port() { return *m_port; }
+    ElidedLabel &waiting() { return *m_waiting; }
     ElidedLabel &setAside() { return *m_setAside; }
 
 private:
     void showListener();
     QString stateWord() const;
-    void showSetAside();
+    void showInbox();
 
     receive::DimseListenerViewModel &m_listener;
     const state::GatewayAppState &m_appState;
@@ -47,7 +48,8 @@ private:
     ElidedLabel *m_address;
     TextLabel *m_aeTitle;
     TextLabel *m_port;
-    ElidedLabel *m_setAside; // seen only where there is something to say
+    ElidedLabel *m_waiting; // seen only where there is something to say, as the next
+    ElidedLabel *m_setAside;
 };
 
 } // namespace gateway::shell

@@ -77,6 +77,14 @@ QString listenerState(const state::ListenerFigures &listener)
     return QStringLiteral("stopped");
 }
 
+QJsonObject inboxJson(const state::InboxFigures &inbox)
+{
+    return {{QStringLiteral("setAside"), inbox.setAside},
+            {QStringLiteral("waiting"), inbox.waiting},
+            {QStringLiteral("longestWaitSeconds"), qint64{inbox.longestWait.count()}},
+            {QStringLiteral("waitsLong"), inbox.isWaitingLong()}};
+}
+
 QJsonObject listenerJson(const state::ListenerFigures &listener)
 {
     return {{QStringLiteral("state"), listenerState(listener)},
@@ -250,6 +258,19 @@ QStringList upkeepLines(const QJsonObject &status)
 {
     QStringList lines;
     const qint64 setAside = status[u"inbox"][u"setAside"].toInteger();
+    const QJsonValue waits = status[u"inbox"];
+    if (waits[u"waitsLong"].toBool()) {
+        constexpr int kMinute = 60;
+        lines.append(QStringLiteral("Inbox      %1 received images aren't taken in, the first for %2 min; "
+                                    "quorin-gateway doctor says why")
+                         .arg(waits[u"waiting"].toInteger())
+                         .arg(waits[u"longestWaitSeconds"].toInteger() / kMinute));
+    }
+    if (status[u"storage"][u"outOfSight"].toBool()) {
+        lines.append(
+            QStringLiteral("Store      can't be seen, so nothing is taken in; what comes waits in the "
+                           "incoming folder. Bring its volume back"));
+    }
     if (setAside > 0) {
         lines.append(QStringLiteral("Set aside  %1 received files that could not be taken in; "
                                     "run: quorin-gateway doctor --repair")
@@ -278,7 +299,7 @@ QJsonObject toJson(const StatusReport &report)
         {QStringLiteral("receiving"),
          QJsonObject{{QStringLiteral("active"), report.openAssociations > 0},
                      {QStringLiteral("associations"), report.openAssociations}}},
-        {QStringLiteral("inbox"), QJsonObject{{QStringLiteral("setAside"), report.upkeep.setAsideFiles}}},
+        {QStringLiteral("inbox"), inboxJson(report.upkeep.inbox)},
         {QStringLiteral("retention"),
          QJsonObject{{QStringLiteral("heldBack"), report.upkeep.isRetentionHeldBack}}},
         {QStringLiteral("recordingAgain"),
@@ -289,7 +310,8 @@ QJsonObject toJson(const StatusReport &report)
         {QStringLiteral("waiting"), toJson(report.waiting)},
         {QStringLiteral("storage"),
          QJsonObject{{QStringLiteral("usedBytes"), report.storage.usedBytes},
-                     {QStringLiteral("availableBytes"), report.storage.availableBytes}}},
+                     {QStringLiteral("availableBytes"), report.storage.availableBytes},
+                     {QStringLiteral("outOfSight"), report.upkeep.isStoreOutOfSight}}},
         {QStringLiteral("activity"), activityJson(report.activity)},
         {QStringLiteral("upload"),
          QJsonObject{{QStringLiteral("running"), report.upload.isRunning},

@@ -50,7 +50,7 @@ TEST(StatusReport, TellsOfFilesSetAsideAndOfARetentionThatIsHeldBackAndElseIsSil
     EXPECT_FALSE(statusText(toJson(report)).contains(u"Set aside"_qs));
     EXPECT_FALSE(statusText(toJson(report)).contains(u"Retention"_qs));
 
-    report.upkeep = {2, true};
+    report.upkeep = {.inbox = {.setAside = 2}, .isRetentionHeldBack = true};
     const QJsonObject json = toJson(report);
 
     EXPECT_EQ(json[u"inbox"][u"setAside"].toInt(), 2);
@@ -59,12 +59,37 @@ TEST(StatusReport, TellsOfFilesSetAsideAndOfARetentionThatIsHeldBackAndElseIsSil
     EXPECT_TRUE(statusText(json).contains(u"Retention  held back"_qs));
 }
 
+TEST(StatusReport, TellsOfImagesThatAreNotTakenInForMinutesAndElseIsSilent)
+{
+    StatusReport report;
+    report.upkeep.inbox = {.waiting = 3, .longestWait = std::chrono::minutes(4)};
+    EXPECT_EQ(toJson(report)[u"inbox"][u"waiting"].toInt(), 3);
+    EXPECT_FALSE(statusText(toJson(report)).contains(u"Inbox"_qs));
+
+    report.upkeep.inbox.longestWait = std::chrono::minutes(6);
+    const QJsonObject json = toJson(report);
+
+    EXPECT_EQ(json[u"inbox"][u"longestWaitSeconds"].toInt(), 360);
+    EXPECT_TRUE(
+        statusText(json).contains(u"Inbox      3 received images aren't taken in, the first for 6 min"_qs));
+}
+
+TEST(StatusReport, TellsOfAFileStoreThatCannotBeSeen)
+{
+    StatusReport report;
+    EXPECT_FALSE(toJson(report)[u"storage"][u"outOfSight"].toBool());
+    report.upkeep.isStoreOutOfSight = true;
+
+    EXPECT_TRUE(toJson(report)[u"storage"][u"outOfSight"].toBool());
+    EXPECT_TRUE(statusText(toJson(report)).contains(u"Store      can't be seen"_qs));
+}
+
 TEST(StatusReport, TellsHowFarTheRecordingOfALostIndexIsAndElseIsSilent)
 {
     StatusReport report;
     EXPECT_FALSE(statusText(toJson(report)).contains(u"Index"_qs));
 
-    report.upkeep = {.filesToRecordAgain = 300, .filesRecordedAgain = 12};
+    report.upkeep = {.inbox = {}, .filesToRecordAgain = 300, .filesRecordedAgain = 12};
     const QJsonObject json = toJson(report);
 
     EXPECT_EQ(json[u"recordingAgain"][u"files"].toInt(), 300);

@@ -42,10 +42,11 @@ ControlRequest doctorRequest(const DoctorCommand &command)
 DoctorCommands::DoctorCommands(index::DicomDB &index,
                                log::StoreLogEmitter &emitter,
                                platform::MainExecutor &main,
+                               const platform::Clock &clock,
                                const receive::IncomingFolders &incomingFolders,
                                std::function<void()> onImagesRecorded,
                                std::function<Standing()> standing)
-    : m_index(index), m_emitter(emitter), m_main(main), m_incomingFolders(incomingFolders),
+    : m_index(index), m_emitter(emitter), m_main(main), m_clock(clock), m_incomingFolders(incomingFolders),
       m_onImagesRecorded(std::move(onImagesRecorded)), m_standing(std::move(standing))
 {
     platform::assertMainThread("DoctorCommands");
@@ -68,29 +69,31 @@ void DoctorCommands::examine(const ControlRequest &request, const Answer &answer
     }
     m_isExamining = true;
     const bool repair = request.arguments.value(kRepair).toBool();
-    m_task = platform::Task("doctor",
-                            [weak = weak_from_this(),
-                             &index = m_index,
-                             &emitter = m_emitter,
-                             &main = m_main,
-                             &folders = m_incomingFolders,
-                             repair,
-                             hungUp = request.hungUp,
-                             answer](const std::stop_token &quitting) {
-                                std::stop_source stop;
-                                const auto end = [&stop] { stop.request_stop(); };
-                                const std::stop_callback whenQuitting(quitting, end);
-                                const std::stop_callback whenHungUp(hungUp, end);
-                                const doctor::Diagnosis diagnosis =
-                                    doctor::Doctor(index, folders, emitter).examine(repair, stop.get_token());
-                                const index::WaitingRetries retries = index.failedUploads().waitingRetries();
-                                const auto fences = platform::askForFences(platform::helperProgramPath());
-                                main.post(weak, [weak, diagnosis, retries, fences, repair, answer] {
-                                    if (const auto self = weak.lock()) {
-                                        self->finish(diagnosis, retries, fences, repair, answer);
-                                    }
-                                });
-                            });
+    m_task = platform::Task(
+        "doctor",
+        [weak = weak_from_this(),
+         &index = m_index,
+         &emitter = m_emitter,
+         &main = m_main,
+         &clock = m_clock,
+         &folders = m_incomingFolders,
+         repair,
+         hungUp = request.hungUp,
+         answer](const std::stop_token &quitting) {
+            std::stop_source stop;
+            const auto end = [&stop] { stop.request_stop(); };
+            const std::stop_callback whenQuitting(quitting, end);
+            const std::stop_callback whenHungUp(hungUp, end);
+            const doctor::Diagnosis diagnosis =
+                doctor::Doctor(index, folders, emitter, clock).examine(repair, stop.get_token());
+            const index::WaitingRetries retries = index.failedUploads().waitingRetries();
+            const auto fences = platform::askForFences(platform::helperProgramPath());
+            main.post(weak, [weak, diagnosis, retries, fences, repair, answer] {
+                if (const auto self = weak.lock()) {
+                    self->finish(diagnosis, retries, fences, repair, answer);
+                }
+            });
+        });
 }
 
 void DoctorCommands::finish(doctor::Diagnosis diagnosis,
@@ -153,7 +156,7 @@ ControlReply examineWithoutInstance(const core::HomeLayout &layout,
                               }});
         const bool repair = request.arguments.value(kRepair).toBool();
         const receive::IncomingFolders folders(defaults, settings, layout.incomingFolder);
-        doctor::Doctor doctor(index, folders, emitter);
+        doctor::Doctor doctor(index, folders, emitter, clock);
         const doctor::Diagnosis diagnosis = doctor.examine(repair, request.hungUp);
         QJsonObject report = toJson(diagnosis, repair, {index.failedUploads().waitingRetries(), {}});
         addFences(report, platform::askForFences(platform::helperProgramPath()));

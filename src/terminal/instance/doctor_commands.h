@@ -5,6 +5,7 @@
 #include "doctor/diagnosis.h"
 #include "index/dicom_db.h"
 #include "log/store_log_emitter.h"
+#include "platform/concurrency/clock.h"
 #include "platform/concurrency/main_executor.h"
 #include "platform/concurrency/task.h"
 #include "platform/defaults/user_defaults.h"
@@ -46,12 +47,13 @@ public:
         bool isListeningAsItShould = true; ///< or it isn't meant to listen
     };
 
-    /// \param index, emitter, main, incomingFolders  outlive this.
+    /// \param index, emitter, main, clock, incomingFolders  outlive this.
     /// \param onImagesRecorded  called when images were recorded that wait for their upload now.
     /// \param standing          asked for at the end of each examination.
     DoctorCommands(index::DicomDB &index,
                    log::StoreLogEmitter &emitter,
                    platform::MainExecutor &main,
+                   const platform::Clock &clock,
                    const receive::IncomingFolders &incomingFolders,
                    std::function<void()> onImagesRecorded,
                    std::function<Standing()> standing);
@@ -72,6 +74,7 @@ private:
     index::DicomDB &m_index;
     log::StoreLogEmitter &m_emitter;
     platform::MainExecutor &m_main;
+    const platform::Clock &m_clock;
     const receive::IncomingFolders &m_incomingFolders;
     const std::function<void()> m_onImagesRecorded;
     const std::function<Standing()> m_standing;

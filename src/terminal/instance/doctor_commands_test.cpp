@@ -67,7 +67,13 @@ protected:
     log::testing::RecordingLog logged;
     log::StoreLogEmitter emitter{logged, home.clock};
     std::shared_ptr<DoctorCommands> commands = std::make_shared<DoctorCommands>(
-        home.index(), emitter, home.main, folders, [this] { ++uploadRequests; }, [this] { return standing; });
+        home.index(),
+        emitter,
+        home.main,
+        home.clock,
+        folders,
+        [this] { ++uploadRequests; },
+        [this] { return standing; });
 };
 
 TEST_F(DoctorCommandsTest, AnswersWithTheReport)
