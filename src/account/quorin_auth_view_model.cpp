@@ -44,7 +44,7 @@ std::optional<QString> remarkOn(const cloud_client::QrnLoginResponse &response)
     if (response.uncheckedStatus) {
         remarks.append(
             QStringLiteral(
-                "The archive refuses queries (status %1), so the user name and the password could not be "
+                "The archive refuses queries (status %1), so address, user name and password could not be "
                 "checked. The first upload will show whether they are right.")
                 .arg(*response.uncheckedStatus));
     }

@@ -76,7 +76,9 @@ state::UpkeepFigures Doors::upkeepFigures()
             .isStoreOutOfSight = live.figures().isStoreOutOfSight,
             .isRetentionHeldBack = sending.cleanup.isHeldBack(),
             .filesToRecordAgain = recording.files,
-            .filesRecordedAgain = recording.recorded};
+            .filesRecordedAgain = recording.recorded,
+            .logBytes = ground.logRoom.bytes(),
+            .logLimitBytes = core::logLimitBytes(ground.defaults)};
 }
 
 std::shared_ptr<AppDelegate> Doors::makeDelegate()

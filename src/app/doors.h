@@ -67,7 +67,9 @@ struct Doors
     terminal::KeptCloud keptCloud{
         {ground.options.cloudUrl, ground.options.cloudKind}, account.client.configuration(), ground.defaults};
     terminal::SessionCommands session{
-        {.main = ground.main, .pool = ground.networkPool, .auth = account.auth}};
+        {.main = ground.main, .pool = ground.networkPool, .auth = account.auth, .plainSecrets = [this] {
+             return account.tokens->keepsPlainFiles() ? ground.options.layout.tokenFolder() : QString();
+         }}};
     terminal::SetupCommands setupCommands{setupParts()};
     std::shared_ptr<terminal::StatusCommands> status = makeStatus();
     std::shared_ptr<terminal::DoctorCommands> doctor = makeDoctor();

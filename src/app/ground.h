@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/gateway_options.h"
+#include "core/log_limit.h"
 #include "core/settings.h"
 #include "index/dicom_db.h"
 #include "log/gateway_log_file_sink.h"
@@ -45,8 +46,11 @@ struct Ground
     core::Settings settings{defaults};
 
     platform::JournalSystemLog systemLog = {};
-    log::GatewayLogger logger{systemLog,
-                              std::make_unique<log::GatewayLogFileSink>(options.layout.logFolder, clock)};
+    log::LogFolderRoom logRoom{[this] { return core::logLimitBytes(defaults); }};
+    log::GatewayLogger logger{
+        systemLog,
+        std::make_unique<log::GatewayLogFileSink>(
+            options.layout.logFolder, clock, log::GatewayLogFileSink::kDefaultMaxFileSizeBytes, &logRoom)};
     monitor::EventCounts eventCounts = {};
     log::StoreLogEmitter emitter{logger, clock};
 

@@ -43,7 +43,9 @@ QrnUser QrnUserAPI::getUser()
         return userFromRecord(m_client.requestObject(get("/user")));
     }
     QrnUser user;
-    const QString name = basicUserName(m_client.networkSettings().token().value_or(QString()));
+    const QString token = m_client.networkSettings().token().value_or(QString());
+    const QString name =
+        token == QString::fromLatin1(kNoPairToken) ? QStringLiteral("guest") : basicUserName(token);
     user.email = name.isEmpty() ? std::nullopt : std::optional(name);
     return user;
 }

@@ -40,8 +40,10 @@ bool writeWhole(int descriptor, const QByteArray &bytes)
 
 GatewayLogFileSink::GatewayLogFileSink(QString logDirectory,
                                        const platform::Clock &clock,
-                                       qint64 maxFileSizeBytes)
-    : m_logDirectory(std::move(logDirectory)), m_clock(clock), m_maxFileSizeBytes(maxFileSizeBytes)
+                                       qint64 maxFileSizeBytes,
+                                       LogFolderRoom *room)
+    : m_logDirectory(std::move(logDirectory)), m_clock(clock), m_maxFileSizeBytes(maxFileSizeBytes),
+      m_room(room)
 {
     QDir().mkpath(m_logDirectory);
 }
@@ -51,7 +53,9 @@ void GatewayLogFileSink::write(const GatewayLogEvent &event)
     QByteArray record = encodeLogLine(event);
     record += '\n';
     rotateIfNeeded(record.size());
-    append(record);
+    if (append(record) && m_room != nullptr) {
+        m_room->added(record.size());
+    }
 }
 
 void GatewayLogFileSink::rotateIfNeeded(qsizetype incoming)
@@ -85,6 +89,9 @@ void GatewayLogFileSink::beginNewFile()
     }
     if (descriptor >= 0) {
         ::close(descriptor);
+    }
+    if (m_room != nullptr) {
+        m_room->tidy(m_logDirectory, *m_activeLogFile, m_maxFileSizeBytes);
     }
 }
 

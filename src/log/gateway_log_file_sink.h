@@ -1,6 +1,7 @@
 #pragma once
 
 #include "log/gateway_log_event.h"
+#include "log/log_folder_room.h"
 #include "platform/concurrency/clock.h"
 
 #include <QtCore/QByteArray>
@@ -11,8 +12,8 @@
 namespace gateway::log {
 
 /// Appends events to JSON-lines files and begins a new file before one would reach its size limit. Files
-/// are never deleted here, never continued by another process, and no descriptor is kept between events,
-/// since the log browser reads and removes files at any time.
+/// are never continued by another process, and no descriptor is kept between events, since the log browser
+/// reads and removes files at any time. Old ones stay, unless a room with a limit is given.
 ///
 /// Owner: GatewayLogger. Thread: the logging queue only. Every failure loses the event at hand and is told
 /// to nobody.
@@ -26,9 +27,12 @@ public:
     ///
     /// \param clock             names the files; outlives the sink.
     /// \param maxFileSizeBytes  a file stays below it, unless one record alone is larger.
+    /// \param room              keeps count, and to its limit, at each new file; outlives the sink; may be
+    /// null.
     GatewayLogFileSink(QString logDirectory,
                        const platform::Clock &clock,
-                       qint64 maxFileSizeBytes = kDefaultMaxFileSizeBytes);
+                       qint64 maxFileSizeBytes = kDefaultMaxFileSizeBytes,
+                       LogFolderRoom *room = nullptr);
 
     /// Appends one record with its line feed, wholly or not at all.
     void write(const GatewayLogEvent &event);
@@ -41,6 +45,7 @@ private:
     QString m_logDirectory;
     const platform::Clock &m_clock;
     qint64 m_maxFileSizeBytes;
+    LogFolderRoom *m_room;
     std::optional<QString> m_activeLogFile;
 };
 

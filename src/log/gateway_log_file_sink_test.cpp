@@ -224,6 +224,41 @@ TEST_F(GatewayLogFileSinkTest, LosesEventsQuietlyWhileItsDirectoryCannotBeMadeAn
     EXPECT_EQ(files().size(), 1);
 }
 
+TEST_F(GatewayLogFileSinkTest, RemovesNothingWithoutALimitAndCountsWhatThereIs)
+{
+    LogFolderRoom room([] { return qint64{0}; });
+    GatewayLogFileSink sink(directory, clock, 1000, &room);
+
+    for (int i = 0; i < 20; ++i) {
+        clock.advance(std::chrono::seconds(1));
+        sink.write(eventOfLineSize(900));
+    }
+
+    EXPECT_EQ(files().size(), 20);
+    EXPECT_EQ(room.bytes(), 20 * 900);
+}
+
+TEST_F(GatewayLogFileSinkTest, LetsTheOldestFilesGoWhereTheirRoomIsLimited)
+{
+    LogFolderRoom room([] { return qint64{5000}; });
+    GatewayLogFileSink sink(directory, clock, 1000, &room);
+    QDir().mkpath(directory);
+    QFile foreign(directory + QStringLiteral("/a-note.txt"));
+    ASSERT_TRUE(foreign.open(QIODevice::WriteOnly));
+    foreign.close();
+
+    for (int i = 0; i < 20; ++i) {
+        clock.advance(std::chrono::seconds(1));
+        sink.write(eventOfLineSize(900));
+        EXPECT_LE(room.bytes(), 5000);
+    }
+
+    EXPECT_EQ(files().size(), 6); // the note, and the newest five
+    EXPECT_TRUE(foreign.exists());
+    EXPECT_EQ(room.bytes(), 5 * 900);
+    EXPECT_TRUE(files().last().contains(clock.now().toUTC().toString(QStringLiteral("HHmmss"))));
+}
+
 TEST_F(GatewayLogFileSinkTest, LeavesNoHalfRecordOnAFullDisk)
 {
     GatewayLogFileSink sink(directory, clock);

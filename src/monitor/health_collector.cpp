@@ -41,6 +41,7 @@ HealthFigures HealthCollector::collect()
     figures.isRetentionHeldBack = upkeep.isRetentionHeldBack;
     figures.filesToRecordAgain = upkeep.filesToRecordAgain;
     figures.filesRecordedAgain = upkeep.filesRecordedAgain;
+    figures.logBytes = upkeep.logBytes;
     figures.index = index();
     figures.storage = storage();
     figures.cloud = cloud();

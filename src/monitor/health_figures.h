@@ -32,6 +32,7 @@ struct HealthFigures
     bool isRetentionHeldBack = false; ///< the clock is in doubt, so nothing goes by its age
     qint64 filesToRecordAgain = 0;    ///< stored files that the index may lack; 0 once all have rows
     qint64 filesRecordedAgain = 0;    ///< of those
+    qint64 logBytes = 0;              ///< what the log files take
 
     struct Index
     {

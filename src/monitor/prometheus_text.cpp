@@ -129,6 +129,9 @@ void writeUpkeep(PrometheusWriter &out, const HealthFigures &figures)
     out.gauge("quorin_gateway_files_recorded_again",
               QStringLiteral("Those of them that are recorded."),
               asNumber(figures.filesRecordedAgain));
+    out.gauge("quorin_gateway_log_bytes",
+              QStringLiteral("Space that the log files take."),
+              asNumber(figures.logBytes));
 }
 
 void writeIndex(PrometheusWriter &out, const HealthFigures::Index &index)

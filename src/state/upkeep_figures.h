@@ -14,6 +14,8 @@ struct UpkeepFigures
     bool isRetentionHeldBack = false; ///< the clock is in doubt, so nothing goes by its age
     qint64 filesToRecordAgain = 0;    ///< stored files that the index may lack; 0 once all have rows
     qint64 filesRecordedAgain = 0;    ///< of those
+    qint64 logBytes = 0;              ///< what the log files take
+    qint64 logLimitBytes = 0;         ///< what they may take; 0 for no limit
 };
 
 } // namespace gateway::state

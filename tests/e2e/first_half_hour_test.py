@@ -43,7 +43,7 @@ class FirstHalfHour(EndToEndTest):
         cloud = self.start_cloud()
         first = self.start("--cloud", cloud.address, "--cloud-kind", "quorin")
         first.set_up()
-        first.sign_in()
+        self.assertIn(f"kept in a file in {self.folder}/home", first.sign_in().stdout)
         first.end()
 
         second = self.start()
@@ -117,7 +117,7 @@ class FirstHalfHour(EndToEndTest):
         address, asked = self.web_server()
         first = self.start("--cloud", address + "/dicom-web", "--cloud-kind", "dicomweb")
         first.set_up()
-        first.command("sign-in", "--no-auth")
+        self.assertIn("signed in as guest", first.command("sign-in", "--no-auth").stdout)
         first.end()
         second = self.start()
         second.await_status("the session", lambda status: status["session"]["signedIn"])
@@ -150,6 +150,25 @@ class FirstHalfHour(EndToEndTest):
         self.addCleanup(server.server_close)
         self.addCleanup(server.shutdown)
         return f"http://127.0.0.1:{server.server_address[1]}", asked
+
+    def test_the_log_keeps_to_its_limit_where_one_is_set(self):
+        logs = self.folder / "home/Application Support/QuorinGateway/Logs"
+        logs.mkdir(parents=True)
+        for day in range(1, 29):
+            (logs / f"gateway-transfer-202001{day:02}-000000-0badcafe.jsonl").write_bytes(b"\n" * (2 << 20))
+        first = self.start("--cloud", NOBODY)
+        first.set_up()
+        first.await_status("the log's size", lambda status: status["log"]["bytes"] > 56 << 20)
+        self.assertIsNone(first.status()["log"]["limitBytes"])
+        first.command("settings", "set", "GatewayLogLimitMiB", "50")
+        first.end()
+
+        second = self.start()
+        second.await_status("the limit", lambda status: 0 < status["log"]["bytes"] <= status["log"]["limitBytes"] == 50 << 20)
+        kept = sorted(path.name for path in logs.iterdir())
+        self.assertIn("gateway-transfer-20200128", kept[-3])
+        self.assertNotIn("20200101", kept[0])
+        self.assertIn("listener_start_requested", second.command("logs", "--since", "1d").stdout)
 
     def test_json_has_its_schema_and_suggestions_can_be_typed(self):
         alone = self.gateway("status")

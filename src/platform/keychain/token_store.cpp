@@ -32,6 +32,12 @@ public:
         return store != nullptr && store->remove(key);
     }
 
+    bool keepsPlainFiles() const override
+    {
+        const MutexLock lock(m_mutex);
+        return m_choice == &m_files;
+    }
+
 private:
     /// Null while a secret service is there and silent.
     TokenStore *chosen()
@@ -62,7 +68,7 @@ private:
 
     SecretServiceTokenStore m_service;
     FileTokenStore m_files;
-    Mutex m_mutex;
+    mutable Mutex m_mutex;
     TokenStore *m_choice QUORIN_GUARDED_BY(m_mutex) = nullptr; // one of the two above
 };
 

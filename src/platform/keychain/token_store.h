@@ -46,6 +46,10 @@ public:
 
     /// Removes a secret; a missing one is no failure. \return false when it may still be there.
     virtual bool remove(const QString &key) = 0;
+
+    /// True when the secrets lie in files that nothing encrypts; false also while that isn't chosen yet.
+    /// Returns at once.
+    virtual bool keepsPlainFiles() const { return false; }
 };
 
 /// The desktop's secret service, else files in `fallbackFolder`.

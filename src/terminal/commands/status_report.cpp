@@ -211,6 +211,13 @@ QString localMoment(const QString &isoText)
         .toString(QStringLiteral("yyyy-MM-dd HH:mm"));
 }
 
+QString logRoomText(const QJsonObject &log)
+{
+    const QString bytes = bytesText(log.value(QStringLiteral("bytes")));
+    const QJsonValue limit = log.value(QStringLiteral("limitBytes"));
+    return limit.isNull() ? bytes : QStringLiteral("%1 of %2").arg(bytes, bytesText(limit));
+}
+
 QString sessionText(const QJsonObject &session)
 {
     const QString state = session.value(QStringLiteral("state")).toString();
@@ -308,6 +315,11 @@ QJsonObject toJson(const StatusReport &report)
         {QStringLiteral("counters"), countersJson(report.counters)},
         {QStringLiteral("failures"), toJson(report.failures)},
         {QStringLiteral("waiting"), toJson(report.waiting)},
+        {QStringLiteral("log"),
+         QJsonObject{{QStringLiteral("bytes"), report.upkeep.logBytes},
+                     {QStringLiteral("limitBytes"),
+                      report.upkeep.logLimitBytes > 0 ? QJsonValue(report.upkeep.logLimitBytes)
+                                                      : QJsonValue(QJsonValue::Null)}}},
         {QStringLiteral("storage"),
          QJsonObject{{QStringLiteral("usedBytes"), report.storage.usedBytes},
                      {QStringLiteral("availableBytes"), report.storage.availableBytes},
@@ -350,6 +362,7 @@ QString statusText(const QJsonObject &status)
         QStringLiteral("Cloud      ") + cloudText(part(QStringLiteral("cloud"))),
         QStringLiteral("Session    ") + sessionText(part(QStringLiteral("session"))),
     };
+    lines.append(QStringLiteral("Log        ") + logRoomText(part(QStringLiteral("log"))));
     lines.append(upkeepLines(status));
     const QJsonObject terms = part(QStringLiteral("terms"));
     if (terms.value(QStringLiteral("required")).toBool()) {

@@ -20,6 +20,7 @@ TEST(StatusReport, AlwaysHasTheSameKeys)
                            u"failures"_qs,
                            u"inbox"_qs,
                            u"listener"_qs,
+                           u"log"_qs,
                            u"receiving"_qs,
                            u"recordingAgain"_qs,
                            u"retention"_qs,

@@ -40,8 +40,16 @@ QCoro::Task<void> SessionCommands::signIn(ControlRequest request, Answer answer)
 
     if (signedIn) {
         const QString label = m_with.auth.signedInLabel().value_or(QString());
-        const QString remark = m_with.auth.signInRemark().value_or(QString());
-        answer(ControlReply::success({{QStringLiteral("label"), label}, {QStringLiteral("remark"), remark}}));
+        QStringList remarks{m_with.auth.signInRemark().value_or(QString())};
+        if (const QString folder = m_with.plainSecrets(); !folder.isEmpty()) {
+            remarks.append(
+                QStringLiteral("There is no keyring here, so the session is kept in a file in %1, for this "
+                               "user alone to read but not encrypted.")
+                    .arg(folder));
+        }
+        remarks.removeAll(QString());
+        answer(ControlReply::success(
+            {{QStringLiteral("label"), label}, {QStringLiteral("remark"), remarks.join(u' ')}}));
     } else {
         answer(
             ControlReply::failure(m_with.auth.lastAuthError().value_or(QStringLiteral("Sign in failed."))));

@@ -23,6 +23,7 @@ public:
         platform::MainExecutor &main;
         platform::WorkerPool &pool;
         account::QuorinAuthViewModel &auth;
+        std::function<QString()> plainSecrets; ///< the folder where secrets lie unencrypted; empty for none
     };
 
     using Answer = std::function<void(ControlReply)>;

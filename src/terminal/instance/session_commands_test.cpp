@@ -16,7 +16,9 @@ struct SessionCommandsTest : testing::AccountApp
         return {requests::kSignIn, {{u"email"_qs, *service.user.email}, {u"password"_qs, password}}};
     }
 
-    SessionCommands commands{{.main = main, .pool = pool, .auth = auth}};
+    QString plainSecrets;
+    SessionCommands commands{
+        {.main = main, .pool = pool, .auth = auth, .plainSecrets = [this] { return plainSecrets; }}};
 };
 
 } // namespace
@@ -33,6 +35,17 @@ TEST_F(SessionCommandsTest, NamesWhoIsSignedIn)
     EXPECT_EQ(reply.code, ExitCode::done);
     EXPECT_EQ(reply.result.value(u"label"_qs).toString(), auth.signedInLabel());
     EXPECT_TRUE(auth.state().isSignedIn());
+}
+
+TEST_F(SessionCommandsTest, SaysWhereSecretsLieUnencrypted)
+{
+    EXPECT_EQ(ask(signInWith(service.password)).result.value(u"remark"_qs).toString(), QString());
+
+    plainSecrets = u"/srv/home"_qs;
+    EXPECT_TRUE(ask(signInWith(service.password))
+                    .result.value(u"remark"_qs)
+                    .toString()
+                    .contains(u"in /srv/home,"_qs));
 }
 
 TEST_F(SessionCommandsTest, AsksTheCloudNothingWithoutAnAddressOrAPassword)

@@ -4,6 +4,7 @@
 #include "core/ae_title_formatter.h"
 #include "core/device_id.h"
 #include "core/gateway_auto_delete_mode.h"
+#include "core/log_limit.h"
 #include "core/retention_policy.h"
 #include "core/store_page.h"
 #include "core/support_email.h"
@@ -261,6 +262,18 @@ Issue setStorePage(platform::UserDefaults &defaults, const QString &value)
         return QStringLiteral("The store page must be an http or https address.");
     }
     return unlessKept(defaults.setObject(core::kStorePageKey, address));
+}
+
+Issue setLogLimit(platform::UserDefaults &defaults, const QString &value)
+{
+    const std::optional<int> limit = value.trimmed().isEmpty() ? 0 : number(value);
+    if (!limit || (*limit != 0 && (*limit < core::kLeastLogLimitMiB || *limit > core::kMostLogLimitMiB))) {
+        return QStringLiteral("%1 must be a number of MiB from %2 to %3, or 0 for no limit.")
+            .arg(core::kLogLimitKey)
+            .arg(core::kLeastLogLimitMiB)
+            .arg(core::kMostLogLimitMiB);
+    }
+    return unlessKept(defaults.setObject(core::kLogLimitKey, qlonglong{*limit}));
 }
 
 Issue setAutoDelete(core::Settings &settings, const QString &value)

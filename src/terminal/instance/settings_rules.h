@@ -65,6 +65,9 @@ Issue setSupportEmail(platform::UserDefaults &defaults, const QString &value);
 /// Where setup leads to for an account; an empty text takes the address away.
 Issue setStorePage(platform::UserDefaults &defaults, const QString &value);
 
+/// The most that the log files may take in all, in MiB; 0 or an empty text for no limit.
+Issue setLogLimit(platform::UserDefaults &defaults, const QString &value);
+
 /// The whole policy in one step, as setup words it: never, N-days or N-months.
 Issue setAutoDelete(core::Settings &settings, const QString &value);
 

@@ -4,6 +4,7 @@
 #include "core/automatic_update_checks.h"
 #include "core/dcm_listener_settings.h"
 #include "core/gateway_auto_delete_mode.h"
+#include "core/log_limit.h"
 #include "core/retention_policy.h"
 #include "core/store_page.h"
 #include "core/support_email.h"
@@ -183,6 +184,10 @@ QList<CatalogueSetting> cloudSettings()
         plain(QStringLiteral("QuorinRetrieveMode"),
               [](Settings &, UserDefaults &defaults, const QString &value) {
                   return settings_rules::setRetrieveMode(defaults, value);
+              }),
+        plain(core::kLogLimitKey,
+              [](Settings &, UserDefaults &defaults, const QString &value) {
+                  return settings_rules::setLogLimit(defaults, value);
               }),
         plain(core::kSupportEmailKey,
               [](Settings &, UserDefaults &defaults, const QString &value) {
