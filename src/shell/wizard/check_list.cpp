@@ -6,6 +6,7 @@
 #include "shell/theme/theme.h"
 #include "shell/wizard/wizard_words.h"
 
+#include <QtWidgets/QApplication>
 #include <QtWidgets/QHBoxLayout>
 #include <QtWidgets/QVBoxLayout>
 
@@ -61,6 +62,7 @@ void CheckList::setChecks(const QList<GatewaySetupPreflightCheck> &checks)
         return; // who is about to press a button keeps it
     }
     m_shown = checks;
+    const bool hadFocus = isAncestorOf(QApplication::focusWidget());
     while (QLayoutItem *item = m_column->takeAt(0)) {
         item->widget()->hide();
         item->widget()->deleteLater();
@@ -68,6 +70,9 @@ void CheckList::setChecks(const QList<GatewaySetupPreflightCheck> &checks)
     }
     for (const GatewaySetupPreflightCheck &check : checks) {
         m_column->addWidget(makeRow(check));
+    }
+    if (hadFocus) {
+        Q_EMIT focusGone();
     }
 }
 

@@ -37,6 +37,9 @@ Q_SIGNALS:
     void fixRequested(gateway::wizard::GatewaySetupIssueFixAction action,
                       std::optional<gateway::wizard::GatewaySetupStep> step);
 
+    /// The repair that the keyboard was at isn't offered any more.
+    void focusGone();
+
 private:
     QWidget *makeRow(const wizard::GatewaySetupPreflightCheck &check);
     QWidget *makeWords(const wizard::GatewaySetupPreflightCheck &check);

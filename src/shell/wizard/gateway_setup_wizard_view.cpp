@@ -92,6 +92,12 @@ void GatewaySetupWizardView::addPage(WizardPage *page)
     m_pages.append(page);
     m_stack->addWidget(page);
     connect(page, &WizardPage::goOnRequested, this, &GatewaySetupWizardView::goOn);
+    connect( // once the ways on have followed
+        page,
+        &WizardPage::focusGone,
+        this,
+        [this] { focusOnward(); },
+        Qt::QueuedConnection);
 }
 
 QWidget *GatewaySetupWizardView::makeHead()
@@ -215,9 +221,21 @@ void GatewaySetupWizardView::showStep()
 
 void GatewaySetupWizardView::focusPage()
 {
-    QWidget *first = m_pages.at(m_stack->currentIndex())->firstField();
-    QWidget *onward = isLastStep() ? m_finish : m_continue;
-    (first != nullptr ? first : onward)->setFocus();
+    if (QWidget *first = m_pages.at(m_stack->currentIndex())->firstField()) {
+        first->setFocus();
+    } else {
+        (isLastStep() ? m_finish : m_continue)->setFocus();
+    }
+}
+
+void GatewaySetupWizardView::focusOnward()
+{
+    Button *onward = isLastStep() ? m_finish : m_continue;
+    if (onward->isEnabled()) {
+        onward->setFocus();
+    } else {
+        focusPage();
+    }
 }
 
 void GatewaySetupWizardView::resizeEvent(QResizeEvent *event)

@@ -58,6 +58,7 @@ private:
     void refreshButtons();
     void showStep();
     void focusPage();
+    void focusOnward();
     void showTermsIfNeeded();
     bool isLastStep() const;
 

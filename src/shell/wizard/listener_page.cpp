@@ -127,6 +127,7 @@ void ListenerPage::listen()
         setup().applyFixAction(Fix::restoreRecommendedListenerDefaults);
     });
     connect(m_copy, &QPushButton::clicked, this, &ListenerPage::copyAddress);
+    connect(m_checks, &CheckList::focusGone, this, &WizardPage::focusGone);
     connect(m_checks, &CheckList::fixRequested, &setup(), &GatewaySetupWizardViewModel::applyFixAction);
 }
 

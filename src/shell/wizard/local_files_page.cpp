@@ -119,6 +119,7 @@ void LocalFilesPage::listen()
     connect(
         m_value, &QLineEdit::textEdited, &setup(), &GatewaySetupWizardViewModel::updateAutoDeleteValueText);
     connect(m_value, &QLineEdit::returnPressed, this, &WizardPage::goOnRequested);
+    connect(m_checks, &CheckList::focusGone, this, &WizardPage::focusGone);
     connect(m_checks, &CheckList::fixRequested, &setup(), &GatewaySetupWizardViewModel::applyFixAction);
 }
 

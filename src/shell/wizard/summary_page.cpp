@@ -33,6 +33,7 @@ SummaryPage::SummaryPage(const Parts &parts)
     addChecks();
     addEnd();
     endCards();
+    connect(m_checks, &CheckList::focusGone, this, &WizardPage::focusGone);
     connect(m_checks, &CheckList::fixRequested, &setup(), &GatewaySetupWizardViewModel::applyFixAction);
     connect(m_export, &QPushButton::clicked, this, &SummaryPage::exportSummary);
     m_startsWithSession->setChecked(parts.autostart.isEnabled());
@@ -127,14 +128,14 @@ std::optional<QString> SummaryPage::applyAutostart()
 
 void SummaryPage::exportSummary()
 {
-    m_export->setEnabled(false); // until a place is chosen, or none
+    m_export->setBusy(true); // until a place is chosen, or none
     m_exportMessage->clear();
     const QDateTime now = m_parts.clock.now();
     m_parts.chooseExportFile(window(), wizard::setupSummaryFileName(now), [this, now](const QString &path) {
         if (!path.isEmpty()) {
             writeSummary(path, now);
         }
-        m_export->setEnabled(true);
+        m_export->setBusy(false);
     });
 }
 

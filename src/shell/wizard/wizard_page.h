@@ -33,6 +33,9 @@ Q_SIGNALS:
     /// Return was pressed in a field: the step's own way on.
     void goOnRequested();
 
+    /// What the keyboard was at is gone; it isn't to land on whatever comes next.
+    void focusGone();
+
 protected:
     /// Adds a card with this heading at the end.
     ///

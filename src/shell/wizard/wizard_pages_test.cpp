@@ -115,8 +115,10 @@ TEST_F(WizardPages, RepairATakenPort)
     EXPECT_FALSE(button(u"Continue"_qs)->isEnabled());
     picture(u"listener-taken-dark"_qs);
 
+    button(u"Use Next Available Port"_qs)->setFocus();
     press(u"Use Next Available Port"_qs);
 
+    EXPECT_TRUE(button(u"Continue"_qs)->hasFocus()) << "and not what happens to come next, such as Quit";
     EXPECT_EQ(field(u"Port"_qs)->text(), u"11113"_qs);
     EXPECT_TRUE(says(u"192.0.2.7:11113"_qs));
     EXPECT_TRUE(button(u"Continue"_qs)->isEnabled());
@@ -352,7 +354,9 @@ TEST_F(WizardPages, ExportTheSummary)
     EXPECT_FALSE(says(u"export"_qs));
 
     exportFile = config.filePath(u"summary.pdf"_qs);
+    button(u"Export PDF"_qs)->setFocus();
     press(u"Export PDF"_qs);
+    EXPECT_TRUE(button(u"Export PDF"_qs)->hasFocus());
     EXPECT_TRUE(says(u"Setup summary exported to "_qs + exportFile));
     EXPECT_TRUE(QFile::exists(exportFile));
 
