@@ -8,10 +8,9 @@
 
 namespace gateway::updates {
 
-// ---------------------------------------------------------------------
-
 namespace {
 
+/// The tool that makers of a feed use, and a gateway that reads what it made.
 struct AppcastTool : ::testing::Test
 {
     QString path(const QString &name) const { return folder.filePath(name); }
