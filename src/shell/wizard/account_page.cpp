@@ -100,7 +100,7 @@ void AccountPage::addSession()
 
 void AccountPage::listen()
 {
-    const auto signIn = [this] { m_scope.start(setup().signIn()); };
+    const auto signIn = [this] { m_scope.start(this->signIn()); };
     connect(m_email, &QLineEdit::textEdited, &setup(), &GatewaySetupWizardViewModel::updateAccountEmail);
     connect(
         m_password, &QLineEdit::textEdited, &setup(), &GatewaySetupWizardViewModel::updateAccountPassword);
@@ -109,6 +109,18 @@ void AccountPage::listen()
     connect(m_password, &QLineEdit::returnPressed, this, signIn);
     connect(m_skip, &QPushButton::clicked, &setup(), &GatewaySetupWizardViewModel::skipSignIn);
     connect(m_otherAccount, &QPushButton::clicked, this, [this] { m_scope.start(setup().signOut()); });
+}
+
+QCoro::Task<void> AccountPage::signIn()
+{
+    const auto operation = m_scope.enter();
+    co_await setup().signIn();
+    if (m_scope.stopToken().stop_requested() || m_parts.auth.state().isSignedIn()) {
+        co_return;
+    }
+    QLineEdit *toMend = m_email->text().trimmed().isEmpty() ? static_cast<QLineEdit *>(m_email) : m_password;
+    toMend->setFocus();
+    toMend->selectAll();
 }
 
 QWidget *AccountPage::firstField()

@@ -3,6 +3,8 @@
 #include "platform/concurrency/task_scope.h"
 #include "shell/wizard/wizard_page.h"
 
+#include <QCoro/QCoroTask>
+
 #include <QtCore/QUrl>
 
 #include <functional>
@@ -49,6 +51,7 @@ private:
     void addSession();
     QWidget *makeStoreLink();
     void listen();
+    QCoro::Task<> signIn();
 
     const Parts m_parts;
     Card *m_messageCard;

@@ -213,10 +213,12 @@ TEST_F(WizardPages, SignInAndOut)
 
     press(u"Sign in now"_qs);
     EXPECT_TRUE(says(u"Enter both email and password to sign in."_qs));
+    EXPECT_TRUE(field(u"Email"_qs)->hasFocus());
     type(u"Email"_qs, u"ann@site.example"_qs);
     type(u"Password"_qs, u"wrong"_qs);
     QTest::keyClick(field(u"Password"_qs), Qt::Key_Return);
-    runUntil([this] { return says(u"Wrong email or password."_qs); });
+    runUntil([this] { return says(u"Wrong email or password."_qs) && !auth.isChecking(); });
+    EXPECT_TRUE(field(u"Password"_qs)->hasFocus());
     picture(u"account-refused-dark"_qs);
 
     type(u"Password"_qs, u"right"_qs);
