@@ -1,5 +1,6 @@
 #pragma once
 
+#include "index/cloud_deletions.h"
 #include "index/db_service.h"
 #include "index/failed_uploads.h"
 #include "index/figure_index.h"
@@ -74,7 +75,7 @@ struct DicomDBCollaborators
 /// `DBServiceProtocol`) or with the part that stands for it.
 ///
 /// Owner: app. Thread: any.
-class DicomDB final : public UploadIndex, public FigureIndex, public StudyIndex
+class DicomDB final : public UploadIndex, public FigureIndex, public StudyIndex, public CloudDeletions
 {
 public:
     /// Opens or makes the index. \throws IndexOpenError  with the sentence for the operator.
@@ -166,11 +167,12 @@ public:
 
     // --- Letting go ----------------------------------------------------------------------------------
 
-    /// Deletes the rows that are synced and were uploaded before `cutoff`, then the studies and series that
-    /// are empty, also those left so from earlier, and then the files to which no row refers any more. Rows
-    /// go in several transactions, each with its files behind it, so that importers wait for a part alone;
-    /// the first that fails ends the prune, and what it left comes up again at the next one. A file whose
-    /// removal failed is tried again by the next `finishRemovals`.
+    /// Deletes the rows that are synced and were uploaded before `cutoff`, but for those whose images a
+    /// person deleted from the cloud, then the studies and series that are empty, also those left so from
+    /// earlier, and then the files to which no row refers any more. Rows go in several transactions, each
+    /// with its files behind it, so that importers wait for a part alone; the first that fails ends the
+    /// prune, and what it left comes up again at the next one. A file whose removal failed is tried again by
+    /// the next `finishRemovals`.
     LocalPruneResult pruneSyncedImages(const QDateTime &cutoff);
 
     DeletionCounts deleteStudies(const QStringList &studyInstanceUIDs,
@@ -178,6 +180,9 @@ public:
     DeletionCounts deleteSeries(const QString &studyInstanceUID,
                                 const QStringList &seriesInstanceUIDs,
                                 const std::optional<OutsideCloud> &known = {}) override;
+
+    bool
+    noteCloudDeletion(const QString &studyInstanceUID, const QString &series, CloudDeletion step) override;
 
     /// Removes the files that an earlier deletion had to leave because the process ended or the disk failed.
     /// Called once after opening; each prune starts with it.

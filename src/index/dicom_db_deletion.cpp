@@ -26,7 +26,7 @@ constexpr int kFilesOfAPage = 500;
 // Rows stay as long as their file stands for another that its own upload doesn't prove (see kProven).
 constexpr const char *kEligible =
     "SELECT pk, pathString FROM DicomImage INDEXED BY DicomImage_uploaded "
-    "WHERE syncState = 1 AND uploadDate IS NOT NULL AND uploadDate < ? "
+    "WHERE syncState = 1 AND uploadDate IS NOT NULL AND leftCloud = 0 AND uploadDate < ? "
     "AND NOT EXISTS (SELECT 1 FROM SupersededFile WHERE successor = DicomImage.pathString "
     "AND (SupersededFile.acknowledged >= DicomImage.acknowledged OR DicomImage.damaged <> 0 "
     "OR SupersededFile.owed <> 0)) "
@@ -34,7 +34,7 @@ constexpr const char *kEligible =
 
 constexpr const char *kCountEligible =
     "SELECT count(*) FROM (SELECT 1 FROM DicomImage INDEXED BY DicomImage_uploaded "
-    "WHERE syncState = 1 AND uploadDate IS NOT NULL AND uploadDate < ? "
+    "WHERE syncState = 1 AND uploadDate IS NOT NULL AND leftCloud = 0 AND uploadDate < ? "
     "AND NOT EXISTS (SELECT 1 FROM SupersededFile WHERE successor = DicomImage.pathString "
     "AND (SupersededFile.acknowledged >= DicomImage.acknowledged OR DicomImage.damaged <> 0 "
     "OR SupersededFile.owed <> 0)) LIMIT ?)";
@@ -50,9 +50,20 @@ constexpr const char *kDeleteEmptyStudies =
     "DELETE FROM Study INDEXED BY Study_empty WHERE seriesCount = 0 "
     "AND NOT EXISTS (SELECT 1 FROM Series WHERE Series.study = Study.pk)";
 
-// By the tallies of the rows, which follow each change of an image.
-constexpr const char *kOutsideCloudOfStudy = "SELECT imageCount - syncedCount FROM Study WHERE pk = ?";
-constexpr const char *kOutsideCloudOfSeries = "SELECT imageCount - syncedCount FROM Series WHERE pk = ?";
+// By the tallies of the rows, which follow each change of an image, and what a person deleted there since.
+constexpr const char *kOutsideCloudOfStudy =
+    "SELECT imageCount - syncedCount + (SELECT count(*) FROM DicomImage WHERE leftCloud <> 0 "
+    "AND DicomImage.syncState = 1 AND series IN (SELECT pk FROM Series WHERE study = Study.pk)) "
+    "FROM Study WHERE pk = ?";
+constexpr const char *kOutsideCloudOfSeries =
+    "SELECT imageCount - syncedCount + (SELECT count(*) FROM DicomImage WHERE leftCloud <> 0 "
+    "AND DicomImage.syncState = 1 AND series = Series.pk) FROM Series WHERE pk = ?";
+
+// In the order of CloudDeletion.
+constexpr const char *kNoteCloudDeletion[] = {
+    "UPDATE DicomImage SET leftCloud = 1 WHERE leftCloud = 0 AND syncState IN (1, 3) AND series = ?",
+    "UPDATE DicomImage SET leftCloud = 2 WHERE syncState IN (1, 3) AND series = ?",
+    "UPDATE DicomImage SET leftCloud = 0 WHERE leftCloud = 1 AND series = ?"};
 
 constexpr const char *kPathsOfStudy =
     "SELECT DISTINCT pathString FROM DicomImage JOIN Series ON Series.pk = series WHERE study = ?";
@@ -129,6 +140,22 @@ std::int64_t countOutsideCloud(Database &database, const char *count, std::int64
     Statement row = database.prepare(count);
     row.bindAll(key);
     return row.step() ? row.integer(0) : 0;
+}
+
+/// The series with this UID, or all of the study where it is empty.
+std::vector<std::int64_t> seriesNamed(Database &database, std::int64_t study, const QString &uid)
+{
+    std::vector<std::int64_t> keys;
+    if (!uid.isEmpty()) {
+        const auto key = findSeries(database, study, uid);
+        return key ? std::vector{*key} : keys;
+    }
+    Statement row = database.prepare("SELECT pk FROM Series WHERE study = ?");
+    row.bindAll(study);
+    while (row.step()) {
+        keys.push_back(row.integer(0));
+    }
+    return keys;
 }
 
 /// Whether a row has more images outside the cloud than may be lost with it.
@@ -287,6 +314,17 @@ DeletionCounts DicomDB::deleteParents(std::int64_t requested, const DeleteRows &
     }
     removeFiles(paths, RemovalReason::deletion);
     return DeletionCounts::of(requested, deleted);
+}
+
+bool DicomDB::noteCloudDeletion(const QString &studyInstanceUID, const QString &series, CloudDeletion step)
+{
+    return m_store.tryWrite([&](Database &database) {
+        const auto study = findStudy(database, studyInstanceUID);
+        for (const std::int64_t key :
+             study ? seriesNamed(database, *study, series) : std::vector<std::int64_t>()) {
+            database.prepare(kNoteCloudDeletion[static_cast<int>(step)]).bindAll(key).run();
+        }
+    });
 }
 
 void DicomDB::finishRemovals()

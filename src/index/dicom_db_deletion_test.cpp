@@ -102,6 +102,29 @@ TEST_F(Prune, AFileSharedByTwoRowsOfWhichOneGoesStaysOnDisk)
     EXPECT_FALSE(isStored(path));
 }
 
+TEST_F(Prune, AnImageThatAPersonDeletedFromTheCloudStaysUntilItIsSentAgain)
+{
+    const QString path = uploaded(QStringLiteral("9.1"));
+    const QString study = QStringLiteral("1.2");
+
+    ASSERT_TRUE(index.noteCloudDeletion(study, {}, CloudDeletion::begins));
+    EXPECT_EQ(pruneAll(), LocalPruneResult{}) << "a program that ended here knows nothing else";
+    ASSERT_TRUE(index.noteCloudDeletion(study, {}, CloudDeletion::refused));
+    EXPECT_EQ(index.imagesOutsideCloud({study}), OutsideCloud());
+    ASSERT_TRUE(index.noteCloudDeletion(study, QStringLiteral("1.2.30"), CloudDeletion::done));
+    ASSERT_TRUE(index.noteCloudDeletion(study, {}, CloudDeletion::refused)) << "of a second deletion";
+    EXPECT_EQ(pruneAll(), LocalPruneResult{});
+    EXPECT_EQ(index.imagesOutsideCloud({study}), (OutsideCloud{{study, 1}}));
+    EXPECT_EQ(index.seriesImagesOutsideCloud(study, {QStringLiteral("1.2.30")}),
+              (OutsideCloud{{QStringLiteral("1.2.30"), 1}}));
+
+    home.execute(QStringLiteral("UPDATE DicomImage SET syncState = 3")); // a later try begins
+    index.recordUploadResult({}, path, true);
+
+    EXPECT_EQ(index.imagesOutsideCloud({study}), OutsideCloud());
+    EXPECT_EQ(pruneAll(), (LocalPruneResult{1, 1, 1, 1, 1, 0}));
+}
+
 TEST_F(Prune, AnImageSentAnewKeepsItsNewFile)
 {
     uploaded(QStringLiteral("9.1"));
@@ -251,7 +274,7 @@ TEST_F(DeleteStudies, LeaveThoseOfWhichMoreWouldBeLostThanIsKnown)
     importOne(QStringLiteral("8.2"), {{kStudy, QStringLiteral("8")}});
     EXPECT_EQ(index.deleteStudies(both, known), (DeletionCounts{2, 1, 1}));
 
-    EXPECT_EQ(index.totalCounts(), (EntityCounts{2, 1, 1}));
+    EXPECT_EQ(index.totalCounts(), (EntityCounts{1, 1, 2}));
     EXPECT_EQ(index.deleteStudies(both, index.imagesOutsideCloud(both)), (DeletionCounts{2, 1, 1}));
     EXPECT_EQ(index.totalCounts().images, 0);
 }

@@ -90,6 +90,7 @@ void bringSchemaUpToDate(Database &database)
             database.exec("UPDATE Ledger SET recordAgainFrom = 0");
         }
         database.exec(kSentOfSchemaVersion3);
+        database.exec(kCloudDeletionsOfSchemaVersion3);
         noteSentBefore(database);
     }
     if (found < kSchemaVersion) {

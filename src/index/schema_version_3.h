@@ -75,4 +75,22 @@ CREATE TABLE SentInstance (
 
 )sql";
 
+/// What a person deleted from the cloud.
+///
+/// `leftCloud` is 1 for an image whose deletion there was about to be asked for, 2 where it was done or may
+/// have been; 0 otherwise, and again when a later try to send it begins. Such images aren't pruned.
+inline constexpr const char *kCloudDeletionsOfSchemaVersion3 = R"sql(
+ALTER TABLE DicomImage ADD COLUMN leftCloud INTEGER NOT NULL DEFAULT 0;
+CREATE INDEX DicomImage_leftCloud ON DicomImage (series) WHERE leftCloud <> 0;
+
+DROP INDEX DicomImage_uploaded;
+CREATE INDEX DicomImage_uploaded ON DicomImage (uploadDate)
+    WHERE syncState = 1 AND uploadDate IS NOT NULL AND leftCloud = 0;
+
+CREATE TRIGGER DicomImage_sentAgain AFTER UPDATE OF syncState ON DicomImage
+WHEN NEW.syncState = 3 AND OLD.leftCloud <> 0 BEGIN
+    UPDATE DicomImage SET leftCloud = 0 WHERE pk = NEW.pk;
+END;
+)sql";
+
 } // namespace gateway::index
