@@ -46,6 +46,7 @@ browser::CloudBrowserParts Doors::cloudBrowser()
             .deletes = account.deleteApi,
             .emitter = ground.emitter,
             .defaults = ground.defaults,
+            .record = ground.index,
             .runtime = {.main = ground.main, .pool = ground.networkPool, .clock = ground.clock},
             .session = [&settings = account.client.networkSettings()] { return settings.token(); }};
 }

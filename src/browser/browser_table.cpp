@@ -30,6 +30,7 @@ BrowserTable::~BrowserTable()
 
 void BrowserTable::close()
 {
+    m_stopLoad.request_stop();
     m_scope.close();
 }
 
@@ -105,11 +106,18 @@ void BrowserTable::forgetRows()
     take(blank(m_noRows));
 }
 
-void BrowserTable::overtakeLoads()
+void BrowserTable::stopLoading()
 {
+    enterMain();
     ++m_load;
+    m_stopLoad.request_stop();
     m_isLoading = false;
     Q_EMIT changed();
+}
+
+void BrowserTable::startLoad(const QString &trigger)
+{
+    m_scope.start(load(trigger));
 }
 
 bool BrowserTable::isDropped(int load) const
@@ -146,25 +154,32 @@ QCoro::Task<bool> BrowserTable::loadAnyway(QString trigger)
 {
     const auto operation = m_scope.enter();
     const int number = ++m_load;
+    m_stopLoad.request_stop();
+    m_stopLoad = std::stop_source();
+    ++m_callsUnderWay;
     LoadReport report{trigger, loadStarts(trigger), nullptr};
     const std::shared_ptr<const TableRows> before = m_rows;
     m_isLoading = true;
     Q_EMIT changed();
     Arranged found = blank(m_noRows);
     try {
-        found = co_await platform::onPool(
-            m_runtime.main,
-            m_runtime.pool,
-            [load = makeLoad(), show = partShower(number, found), like = found, stop = m_scope.stopToken()] {
-                Arranged all = like;
-                all.rows = load(show, stop);
-                arrange(all);
-                return all;
-            });
+        found = co_await platform::onPool(m_runtime.main,
+                                          m_runtime.pool,
+                                          [load = makeLoad(),
+                                           show = partShower(number, found),
+                                           like = found,
+                                           stop = m_stopLoad.get_token()] {
+                                              Arranged all = like;
+                                              all.rows = load(show, stop);
+                                              arrange(all);
+                                              return all;
+                                          });
     } catch (...) {
         report.failure = std::current_exception();
     }
+    --m_callsUnderWay;
     if (isDropped(number)) {
+        Q_EMIT changed();
         co_return false;
     }
     if (isAnswerStillMeant()) {

@@ -106,7 +106,17 @@ public:
     /// Loads all rows, unless a load is under way. \param trigger  a short word for the log.
     QCoro::Task<> load(QString trigger);
 
+    /// The same, for as long as this lives, whoever asked for it.
+    void startLoad(const QString &trigger);
+
+    /// Drops what a load under way still brings, and asks for no more of it.
+    void stopLoading();
+
     bool isLoading() const { return m_isLoading; }
+
+    /// Whether a call is under way, also one whose answer is dropped.
+    bool isBusy() const { return isDeleting() || m_callsUnderWay > 0; }
+
     bool isDeleting() const { return m_deletion.has_value(); }
 
     /// Why the last load or deletion failed, for people; nothing when it went well.
@@ -215,9 +225,6 @@ protected:
     /// Forgets the rows and what was said of them. An answer under way counts.
     void forgetRows();
 
-    /// No answer under way counts any more.
-    void overtakeLoads();
-
     platform::MainExecutor &main() const { return m_runtime.main; }
     platform::WorkerPool &pool() const { return m_runtime.pool; }
     platform::Clock &clock() const { return m_runtime.clock; }
@@ -296,6 +303,8 @@ private:
     SortOrder m_sortOrder;
     bool m_showsFailuresOnly = false;
     int m_load = 0; // the newest; answers of others are dropped
+    int m_callsUnderWay = 0;
+    std::stop_source m_stopLoad; // of the newest
     bool m_isLoading = false;
     std::optional<QString> m_lastError;
     std::optional<QDateTime> m_lastUpdatedAt;

@@ -277,10 +277,15 @@ QString unknownOutsideCloudWords()
         "Nothing was deleted.");
 }
 
+QString unnotedDeletionWords()
+{
+    return BrowserWords::tr("The index of this computer can't be written, so its copies might not stay.");
+}
+
 QString whatStays(TableKind kind)
 {
     return isCloud(kind) ? BrowserWords::tr("Copies on this computer stay.")
-                         : BrowserWords::tr("Copies in Quorin Cloud stay.");
+                         : BrowserWords::tr("What is in Quorin Cloud stays there.");
 }
 
 } // namespace gateway::browser

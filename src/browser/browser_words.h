@@ -52,6 +52,9 @@ QString outsideCloudWords(TableKind kind, const OutsideCloudCount &count);
 /// That nobody can tell what isn't in the cloud, so that nothing is deleted here.
 QString unknownOutsideCloudWords();
 
+/// That a deletion from the cloud couldn't be noted here, and so wasn't asked for.
+QString unnotedDeletionWords();
+
 /// What isn't touched by the deletion.
 QString whatStays(TableKind kind);
 

@@ -1,5 +1,6 @@
 #include "browser/cloud_table.h"
 
+#include "browser/browser_words.h"
 #include "cloud_client/qrn_delete_api.h"
 #include "cloud_client/quorin_error.h"
 #include "core/device_id.h"
@@ -31,16 +32,27 @@ log::GatewayLogError redacted(const std::exception_ptr &failure)
     }
 }
 
+/// Whether the cloud still has what it was asked to delete: it said no, and not because it has no such thing.
+bool isRefusal(const std::exception &error)
+{
+    const auto *refusal = dynamic_cast<const cloud_client::QrnErrorResponse *>(&error);
+    const auto *failure = dynamic_cast<const cloud_client::AFError *>(&error);
+    const std::optional<int> status = refusal != nullptr   ? refusal->responseCode
+                                      : failure != nullptr ? failure->responseCode
+                                                           : std::nullopt;
+    return status && *status >= 400 && *status < 500 && *status != 404 && *status != 410;
+}
+
 } // namespace
 
 CloudTable::CloudTable(TableKind kind,
                        const CloudBrowserParts &parts,
                        LogWords words,
-                       DeleteOne deleteOne,
+                       QString study,
                        std::shared_ptr<const TableRows> noRows,
                        SortOrder order)
     : BrowserTable(kind, parts.runtime, std::move(noRows), order), m_parts(parts), m_words(std::move(words)),
-      m_deleteOne(std::move(deleteOne))
+      m_study(std::move(study))
 {
 }
 
@@ -66,7 +78,7 @@ void CloudTable::sessionChanged()
     if (!now) {
         resetAfterSignOut();
     } else if (m_session && m_session != now) {
-        overtakeLoads();
+        stopLoading();
         resetAfterSignOut();
     }
 }
@@ -145,6 +157,34 @@ bool CloudTable::isReloadMeant() const
     return m_batchSession && m_parts.session() == m_batchSession;
 }
 
+/// Deletes one study or series, and keeps in mind here that it went: before, since the program may end while
+/// the cloud works at it, and behind, for what was being sent meanwhile.
+///
+/// \throws std::exception
+void CloudTable::deleteOne(const QString &target, const QString &device) const
+{
+    const bool isSeries = holdsSeries(kind());
+    const QString &study = isSeries ? m_study : target;
+    const QString series = isSeries ? target : QString();
+    const auto note = [&](index::CloudDeletion step) {
+        return m_parts.record.noteCloudDeletion(study, series, step);
+    };
+    if (!note(index::CloudDeletion::begins)) {
+        throw cloud_client::AFError(unnotedDeletionWords(), std::nullopt);
+    }
+    try {
+        if (isSeries) {
+            m_parts.deletes.deleteSeries(study, series, device);
+        } else {
+            m_parts.deletes.deleteStudy(study, device);
+        }
+    } catch (const std::exception &error) {
+        note(isRefusal(error) ? index::CloudDeletion::refused : index::CloudDeletion::done);
+        throw;
+    }
+    note(index::CloudDeletion::done);
+}
+
 CloudTable::Delete CloudTable::makeDelete(std::optional<index::OutsideCloud> /*told*/)
 {
     return [this, device = core::deviceId(m_parts.defaults), batch = m_batch, session = m_batchSession](
@@ -166,7 +206,7 @@ CloudTable::Delete CloudTable::makeDelete(std::optional<index::OutsideCloud> /*t
             };
             tell(GatewayLogLevel::debug, m_words.itemStarted, GatewayLogOutcome::started, {});
             try {
-                m_deleteOne(m_parts.deletes, target, device);
+                deleteOne(target, device);
                 ++result.deleted;
                 result.deletedTargets.append(target);
                 tell(GatewayLogLevel::info, m_words.itemSucceeded, GatewayLogOutcome::succeeded, {});

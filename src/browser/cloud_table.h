@@ -2,6 +2,7 @@
 
 #include "browser/browser_table.h"
 #include "cloud_client/qrn_qido_api.h"
+#include "index/cloud_deletions.h"
 #include "log/store_log_emitter.h"
 
 #include <QtCore/QMap>
@@ -26,6 +27,7 @@ struct CloudBrowserParts
     cloud_client::QrnDeleteAPIProtocol &deletes;
     log::StoreLogEmitter &emitter;
     platform::UserDefaults &defaults; ///< holds the device id
+    index::CloudDeletions &record;    ///< what goes from the cloud stays here
     BrowserRuntime runtime;           ///< its pool is the one for the network
 
     /// What the session is known by; nothing while nobody is signed in. Called on any thread.
@@ -64,13 +66,11 @@ protected:
         Details context; ///< stands in every event
     };
 
-    using DeleteOne = std::function<void(
-        cloud_client::QrnDeleteAPIProtocol &api, const QString &target, const QString &deviceId)>;
-
+    /// \param study  of a table of series, the study that they belong to.
     CloudTable(TableKind kind,
                const CloudBrowserParts &parts,
                LogWords words,
-               DeleteOne deleteOne,
+               QString study,
                std::shared_ptr<const TableRows> noRows,
                SortOrder order);
 
@@ -87,6 +87,7 @@ protected:
     void deletionEnded(const BatchResult &result) override;
 
 private:
+    void deleteOne(const QString &target, const QString &device) const;
     log::StoreLogRecord record(log::GatewayLogLevel level,
                                log::GatewayLogAction action,
                                log::GatewayLogOutcome outcome,
@@ -95,7 +96,7 @@ private:
 
     const CloudBrowserParts m_parts;
     const LogWords m_words;
-    const DeleteOne m_deleteOne;
+    const QString m_study;
     std::optional<QString> m_session; // that the last query was for
     QString m_batch;                  // the correlation id of the deletion under way
     std::optional<QString> m_batchSession;

@@ -80,6 +80,32 @@ TEST_F(CloudStudies, AreNotAskedAboutAnyMoreBehindASignOut)
     EXPECT_FALSE(model.deleteConfirmationStep());
 }
 
+TEST_F(CloudStudies, AreNotedHereBeforeAndBehindTheirDeletion)
+{
+    archive.addStudy(QStringLiteral("1.1"));
+    archive.addStudy(QStringLiteral("1.2"));
+    query();
+    archive.stubborn = {QStringLiteral("1.2")};
+
+    deleteAllRows(model);
+
+    EXPECT_EQ(record.notes, QStringList({u"1.1/ 0"_qs, u"1.1/ 1"_qs, u"1.2/ 0"_qs, u"1.2/ 1"_qs}))
+        << "a fault of the service tells nothing of what it did";
+}
+
+TEST_F(CloudStudies, ThatCannotBeNotedAreNotDeleted)
+{
+    archive.addStudy(QStringLiteral("1.1"));
+    query();
+    record.isWritable = false;
+
+    deleteAllRows(model);
+
+    EXPECT_EQ(archive.studies.size(), 1);
+    EXPECT_FALSE(archive.calls().contains(QStringLiteral("delete 1.1")));
+    EXPECT_TRUE(model.lastError()->endsWith(unnotedDeletionWords()));
+}
+
 TEST_F(CloudStudies, StopBeingDeletedWhenTheSessionIsAnotherOne)
 {
     for (const char *uid : {"1.1", "1.2", "1.3"}) {
@@ -278,6 +304,7 @@ TEST_F(CloudSeries, GoWithBothIdentifiers)
     deleteAllRows(model);
 
     EXPECT_TRUE(archive.calls().contains(QStringLiteral("delete 1.9/1.9.1")));
+    EXPECT_EQ(record.notes.mid(0, 2), QStringList({u"1.9/1.9.1 0"_qs, u"1.9/1.9.1 1"_qs}));
     EXPECT_EQ(model.lastError(),
               QStringLiteral("Deleted 1 of 2 selected series. 1 failed. Last error: It is held."));
     const GatewayLogEvent started = log.events(GatewayLogAction::quorinCloudSeriesDeleteBatchStarted).front();

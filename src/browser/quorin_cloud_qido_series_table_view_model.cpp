@@ -1,7 +1,5 @@
 #include "browser/quorin_cloud_qido_series_table_view_model.h"
 
-#include "cloud_client/qrn_delete_api.h"
-
 #include <utility>
 
 namespace gateway::browser {
@@ -38,10 +36,7 @@ QuorinCloudQidoSeriesTableViewModel::QuorinCloudQidoSeriesTableViewModel(const C
                   .failedKey = QStringLiteral("failed_series_instance_uids"),
                   .noTargetReason = QStringLiteral("no_valid_series_uid"),
                   .context = {{QStringLiteral("study_instance_uid"), study.studyInstanceUIDRaw}}},
-                 [uid = study.studyInstanceUIDRaw](
-                     cloud_client::QrnDeleteAPIProtocol &api, const QString &series, const QString &device) {
-                     api.deleteSeries(uid, series, device);
-                 },
+                 study.studyInstanceUIDRaw,
                  std::make_shared<const RowsOf<Row>>(std::vector<Row>()),
                  {Row::numberColumn, true}),
       m_study(std::move(study))

@@ -1,6 +1,5 @@
 #include "browser/quorin_cloud_qido_study_table_view_model.h"
 
-#include "cloud_client/qrn_delete_api.h"
 #include "platform/concurrency/clock.h"
 
 namespace gateway::browser {
@@ -81,9 +80,7 @@ QuorinCloudQidoStudyTableViewModel::QuorinCloudQidoStudyTableViewModel(const Clo
                   .failedKey = QStringLiteral("failed_study_instance_uids"),
                   .noTargetReason = QStringLiteral("no_valid_study_uid"),
                   .context = {}},
-                 [](cloud_client::QrnDeleteAPIProtocol &api, const QString &study, const QString &device) {
-                     api.deleteStudy(study, device);
-                 },
+                 {},
                  std::make_shared<const RowsOf<Row>>(std::vector<Row>()),
                  {Row::dateColumn, false}),
       m_filters(QuorinCloudStudyFilters::none(today()))

@@ -60,7 +60,7 @@ class Browser(EndToEndTest):
 
         # When it goes from here
         gone = self.gateway.command("local", "delete", study, "--yes", "--expect", "1").stdout
-        self.assertEqual(gone, "Deleted 1 study. Copies in Quorin Cloud stay.\n")
+        self.assertEqual(gone, "Deleted 1 study. What is in Quorin Cloud stays there.\n")
         self.assertEqual(self.told("local", "studies")["studies"], local[1:])
         self.assertEqual(len(self.stored_files()), sum(one["images"] for one in local[1:]))
 
@@ -85,7 +85,7 @@ class Browser(EndToEndTest):
         gone = self.gateway.command("local", "delete", study, "--yes", "--expect", "1").stdout
 
         # Then
-        self.assertEqual(gone, "Deleted 1 study. Copies in Quorin Cloud stay.\n" + warning)
+        self.assertEqual(gone, "Deleted 1 study. What is in Quorin Cloud stays there.\n" + warning)
         self.assertEqual(self.stored_files(), [])
 
     def test_an_empty_name_deletes_nothing(self):

@@ -17,6 +17,19 @@
 
 namespace gateway::browser::testing {
 
+/// Keeps what it is told of deletions from the cloud, in order. Thread: any, one at a time.
+struct RecordedCloudDeletions final : index::CloudDeletions
+{
+    bool noteCloudDeletion(const QString &study, const QString &series, index::CloudDeletion step) override
+    {
+        notes.append(QStringLiteral("%1/%2 %3").arg(study, series).arg(static_cast<int>(step)));
+        return isWritable;
+    }
+
+    QStringList notes;
+    bool isWritable = true;
+};
+
 /// What the tables of the cloud work with, around an archive in memory, on a manual clock.
 ///
 /// Owner: a test. Thread: main.
@@ -26,7 +39,7 @@ struct BrowserWorld : ::testing::Test, platform::testing::RunsMain
 
     CloudBrowserParts parts()
     {
-        return {archive, archive, emitter, defaults, {main, pool, clock}, [this] { return session; }};
+        return {archive, archive, emitter, defaults, record, {main, pool, clock}, [this] { return session; }};
     }
 
     /// Selects all rows and says yes until the deletion is under way, then runs it to its end.
@@ -70,6 +83,7 @@ struct BrowserWorld : ::testing::Test, platform::testing::RunsMain
     log::testing::RecordingLog log;
     log::StoreLogEmitter emitter{log, clock};
     FakeArchive archive;
+    RecordedCloudDeletions record;
     std::optional<QString> session = QStringLiteral("ann");
 };
 

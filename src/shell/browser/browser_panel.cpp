@@ -11,6 +11,7 @@
 #include "shell/controls/confirm_dialog.h"
 #include "shell/controls/empty_state.h"
 #include "shell/controls/fixed_digit_label.h"
+#include "shell/controls/inline_error.h"
 #include "shell/controls/progress_row.h"
 #include "shell/controls/text_field.h"
 #include "shell/controls/text_label.h"
@@ -63,6 +64,7 @@ void BrowserPanel::listen()
     connect(m_signedOut, &EmptyState::actionRequested, this, &BrowserPanel::signInRequested);
     connect(m_noMatch, &EmptyState::actionRequested, m_search, &QLineEdit::clear);
     connect(m_nothing, &EmptyState::actionRequested, this, &BrowserPanel::reloadRequested);
+    connect(m_failed, &InlineError::actionRequested, this, &BrowserPanel::reloadRequested);
 }
 
 void BrowserPanel::hideEvent(QHideEvent *event)
@@ -112,6 +114,9 @@ QWidget *BrowserPanel::page() const
     if (table.isLoading()) {
         return m_loading;
     }
+    if (table.lastError()) {
+        return m_failed; // nobody knows that there is nothing
+    }
     return table.lastUpdatedAt() ? m_nothing : m_notAsked;
 }
 
@@ -119,6 +124,9 @@ void BrowserPanel::showState()
 {
     const browser::BrowserTable &table = m_parts.table;
     QWidget *const shown = page();
+    if (shown == m_failed && m_pages->currentWidget() != m_failed) {
+        m_failed->showMessage(*table.lastError(), tr("What is there is not known."), tr("Try Again"));
+    }
     m_pages->setCurrentWidget(shown);
     const bool isOpen = shown != m_signedOut;
     m_search->setEnabled(isOpen);

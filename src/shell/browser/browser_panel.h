@@ -28,6 +28,7 @@ class Button;
 class ConfirmDialog;
 class EmptyState;
 class FixedDigitLabel;
+class InlineError;
 class ProgressRow;
 class SearchField;
 class TextLabel;
@@ -123,6 +124,7 @@ private:
     EmptyState *m_notAsked = nullptr;
     EmptyState *m_nothing = nullptr;
     EmptyState *m_noMatch = nullptr;
+    InlineError *m_failed = nullptr;
     TextLabel *m_errorMark;
     TextLabel *m_error;
     TextLabel *m_hint;

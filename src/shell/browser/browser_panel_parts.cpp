@@ -7,6 +7,7 @@
 #include "shell/controls/button.h"
 #include "shell/controls/empty_state.h"
 #include "shell/controls/fixed_digit_label.h"
+#include "shell/controls/inline_error.h"
 #include "shell/controls/progress_row.h"
 #include "shell/controls/skeleton.h"
 #include "shell/controls/text_field.h"
@@ -106,13 +107,15 @@ void BrowserPanel::addPages()
                                 tr("Nothing here matches your search."),
                                 tr("All rows are there still."),
                                 tr("Clear Search")});
+    m_failed = new InlineError(theme);
     m_pages->setMinimumHeight(kLeastListHeight);
     for (QWidget *each : {static_cast<QWidget *>(m_view),
                           static_cast<QWidget *>(m_signedOut),
                           m_loading,
                           static_cast<QWidget *>(m_notAsked),
                           static_cast<QWidget *>(m_nothing),
-                          static_cast<QWidget *>(m_noMatch)}) {
+                          static_cast<QWidget *>(m_noMatch),
+                          static_cast<QWidget *>(m_failed)}) {
         m_pages->addWidget(each);
     }
 }

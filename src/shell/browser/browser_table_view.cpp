@@ -256,19 +256,33 @@ void BrowserTableView::rememberPlace()
     m_topOffset = top > 0 ? rowViewportPosition(top) : 0;
 }
 
+/// The table's selection. Neighbouring rows share a range: the header looks through all rows times all
+/// ranges.
+QItemSelection BrowserTableView::selectionOfTable() const
+{
+    QItemSelection selection;
+    const int last = m_model.columnCount() - 1;
+    const int rows = m_table.selectedIDs().isEmpty() ? 0 : m_model.rowCount();
+    const auto isSelected = [&](int row) {
+        return row < rows && m_table.selectedIDs().contains(m_model.idAt(row));
+    };
+    for (int row = 0; row < rows; ++row) {
+        const int first = row;
+        while (isSelected(row)) {
+            ++row;
+        }
+        if (row > first) {
+            selection.append(QItemSelectionRange(m_model.index(first, 0), m_model.index(row - 1, last)));
+        }
+    }
+    return selection;
+}
+
 /// The rows that were selected, current and on top are so again, where they are still shown.
 void BrowserTableView::restorePlace()
 {
     m_isRestoring = true;
-    QItemSelection selection;
-    const int last = m_model.columnCount() - 1;
-    if (!m_table.selectedIDs().isEmpty()) {
-        for (int row = 0; row < m_model.rowCount(); ++row) {
-            if (m_table.selectedIDs().contains(m_model.idAt(row))) {
-                selection.append(QItemSelectionRange(m_model.index(row, 0), m_model.index(row, last)));
-            }
-        }
-    }
+    const QItemSelection selection = selectionOfTable();
     if (const auto current = m_model.rowOf(m_currentId)) {
         selectionModel()->setCurrentIndex(m_model.index(*current, std::max(0, m_currentColumn)),
                                           QItemSelectionModel::NoUpdate);

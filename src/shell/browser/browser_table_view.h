@@ -76,6 +76,7 @@ private:
     void setColumnWidths();
     void rememberPlace();
     void restorePlace();
+    QItemSelection selectionOfTable() const;
     void forgetHiddenSelection() const;
 
     browser::BrowserTable &m_table;

@@ -27,7 +27,7 @@ CloudStudiesScreen::CloudStudiesScreen(const BrowserParts &parts,
                                 .table = *m_table,
                                 .isSignedIn = [&auth = door.auth] { return auth.state().isSignedIn(); },
                                 .chooseFile = parts.chooseFile})),
-      m_wasSignedIn(door.auth.state().isSignedIn()), m_scope(parts.main, door.cloud.runtime.pool)
+      m_wasSignedIn(door.auth.state().isSignedIn())
 {
     const int margin = parts.theme.space(Space::page);
     auto *page = new QVBoxLayout(this);
@@ -55,7 +55,6 @@ CloudStudiesScreen::CloudStudiesScreen(const BrowserParts &parts,
 
 CloudStudiesScreen::~CloudStudiesScreen()
 {
-    m_scope.close();
     delete m_series;
     delete m_panel; // before its table
     m_table->disconnect();
@@ -65,7 +64,7 @@ CloudStudiesScreen::~CloudStudiesScreen()
 void CloudStudiesScreen::query(const QString &trigger)
 {
     if (m_door.auth.state().isSignedIn()) {
-        m_scope.start(m_table->loadStudies(trigger));
+        m_table->startLoad(trigger);
     }
 }
 
@@ -77,9 +76,12 @@ void CloudStudiesScreen::authChanged()
     m_panel->refreshState();
     if (const auto series = m_seriesTable.lock(); series != nullptr && m_series != nullptr) {
         series->sessionChanged();
+        if (!isSignedIn) {
+            m_series->hidePatient();
+        }
         m_series->panel().refreshState();
         if (hasSignedIn) {
-            m_scope.start(series->loadSeries(QStringLiteral("auth_state_changed")));
+            series->startLoad(QStringLiteral("auth_state_changed"));
         }
     }
 }
@@ -115,7 +117,7 @@ void CloudStudiesScreen::openSeries(const QString &id)
         *window());
     const auto loadSeries = [this](const QString &trigger) {
         if (const auto table = m_seriesTable.lock()) {
-            m_scope.start(table->loadSeries(trigger));
+            table->startLoad(trigger);
         }
     };
     connect(&m_series->panel(), &BrowserPanel::reloadRequested, this, [loadSeries] {

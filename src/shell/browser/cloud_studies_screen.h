@@ -1,7 +1,6 @@
 #pragma once
 
 #include "browser/quorin_cloud_qido_study_table_view_model.h"
-#include "platform/concurrency/task_scope.h"
 #include "shell/browser/browser_parts.h"
 #include "shell/controls/canvas.h"
 
@@ -46,7 +45,6 @@ private:
     std::weak_ptr<browser::QuorinCloudQidoSeriesTableViewModel> m_seriesTable;
     QPointer<Sheet> m_signIn;
     bool m_wasSignedIn;
-    platform::TaskScope m_scope; // last: drained before the fields go
 };
 
 } // namespace gateway::shell

@@ -183,6 +183,21 @@ TEST_F(CloudScreen, TellsAFailureBesideTheRows)
     picture(window(), QStringLiteral("cloud-studies-failing-dark"));
 }
 
+TEST_F(CloudScreen, SaysOfAFailedQueryNotThatThereIsNothing)
+{
+    openSignedIn();
+    archive.failure = QStringLiteral("The cloud can't be reached.");
+    query();
+
+    EXPECT_FALSE(shows(window(), QStringLiteral("No Quorin Cloud studies found for the current filters.")));
+    EXPECT_TRUE(shows(window(), QStringLiteral("What is there is not known.")));
+    archive.failure.reset();
+    fill(3);
+    press(window(), QStringLiteral("Try Again"));
+    runUntil([&] { return view().isVisible(); });
+    EXPECT_EQ(view().model()->rowCount(), 3);
+}
+
 TEST_F(CloudScreen, KeepsItsFiltersFromTheFieldsAndClearsThem)
 {
     openSignedIn();
@@ -346,6 +361,43 @@ TEST_F(CloudScreen, EndsADeletionAlsoWhenItsWindowIsClosed)
     EXPECT_FALSE(screen().table().hasExecutedQuery());
 }
 
+TEST_F(CloudScreen, WaitsForNoAnswerWhenItIsClosed)
+{
+    fill(1);
+    openSignedIn();
+    query();
+    archive.hold(QStringLiteral("s")); // studies and series
+    clickCell(0, 0);
+    press(*screen().seriesSheet(), QStringLiteral("Close"));
+    press(window(), QStringLiteral("Query"));
+    runUntil([&] { return archive.calls().size() == 3; });
+    const QPointer<QWidget> closed = controller.window();
+
+    window().close();
+    awaitGone(closed); // for ever, where it waits: the answers come below
+
+    EXPECT_EQ(keeper.count(), 2U) << "both tables await their answers";
+    archive.release();
+    runUntil([&] { return keeper.count() == 0; });
+}
+
+TEST_F(CloudScreen, SelectsNeighboursInOneRangeWhenTheOrderChanges)
+{
+    fill(24);
+    openSignedIn();
+    query();
+    QTest::keyClick(&view(), Qt::Key_A, Qt::ControlModifier);
+
+    view().sortByColumn(1, Qt::AscendingOrder);
+
+    EXPECT_EQ(view().selectionModel()->selection().size(), 1);
+    EXPECT_EQ(view().selectionModel()->selectedRows().size(), 24);
+    screen().table().setSelectedIDs(
+        {QStringLiteral("1.2.826.0.1.3680043.10.100"), QStringLiteral("1.2.826.0.1.3680043.10.105")});
+    view().sortByColumn(1, Qt::DescendingOrder);
+    EXPECT_EQ(view().selectionModel()->selectedRows().size(), 2) << "both, and nothing between them";
+}
+
 TEST_F(CloudScreen, IsEmptiedByASignOut)
 {
     fill(3);
@@ -419,6 +471,21 @@ TEST_F(CloudScreen, KeepsTheKeysInTheSheetWhileItLoadsAndWhereItIsEmpty)
     const QPointer<SeriesSheet> closing = &sheet;
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
     awaitGone(closing);
+}
+
+TEST_F(CloudScreen, NamesNoPatientOverSeriesBehindASignOut)
+{
+    fill(1);
+    openSignedIn();
+    query();
+    clickCell(0, 0);
+    SeriesSheet &sheet = *screen().seriesSheet();
+    EXPECT_TRUE(shows(sheet, QStringLiteral("Patient: Brandt^Helene (PID-7000)")));
+
+    finish(auth.signOut());
+
+    EXPECT_FALSE(shows(sheet, QStringLiteral("Patient: Brandt^Helene (PID-7000)")));
+    EXPECT_TRUE(shows(sheet, QStringLiteral("Sign in to load Quorin Cloud series.")));
 }
 
 TEST_F(CloudScreen, GivesTheSeriesTheFocusWhenTheyCome)

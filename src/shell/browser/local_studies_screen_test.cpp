@@ -188,7 +188,7 @@ TEST_F(LocalScreen, WarnsOfStudiesThatAreNotInTheCloudAndDeletesThem)
     EXPECT_TRUE(shows(
         first,
         QStringLiteral("Images not in Quorin Cloud: 8, of 4 of the selected studies. They will be lost.")));
-    EXPECT_TRUE(shows(first, QStringLiteral("Copies in Quorin Cloud stay.")));
+    EXPECT_TRUE(shows(first, QStringLiteral("What is in Quorin Cloud stays there.")));
     picture(window(), QStringLiteral("local-studies-delete-1-dark"));
     sayYes(window());
     runUntil([&] { return view().model()->rowCount() == 0; });

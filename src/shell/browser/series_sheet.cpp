@@ -52,6 +52,7 @@ SeriesSheet::SeriesSheet(const BrowserParts &parts,
                          std::function<bool()> isSignedIn,
                          QWidget &window)
     : Sheet(parts.theme, window, titleOf(table->kind())), m_keeper(parts.keeper), m_table(std::move(table)),
+      m_heading(makeHeading(parts.theme, study)),
       m_panel(new BrowserPanel({.theme = parts.theme,
                                 .defaults = parts.defaults,
                                 .main = parts.main,
@@ -62,7 +63,7 @@ SeriesSheet::SeriesSheet(const BrowserParts &parts,
 {
     setPanelWidth(kWidth);
     setPanelMinimumHeight(kHeight);
-    body().addWidget(makeHeading(parts.theme, study));
+    body().addWidget(m_heading);
     body().addWidget(m_panel, 1);
     auto *refresh =
         new Button(parts.theme, ButtonKind::secondary, tr("Refresh"), QStringLiteral("arrow.clockwise"));
@@ -84,6 +85,11 @@ SeriesSheet::~SeriesSheet()
 {
     delete m_panel; // before its table
     m_keeper.keep(std::move(m_table));
+}
+
+void SeriesSheet::hidePatient()
+{
+    m_heading->hide();
 }
 
 void SeriesSheet::leave()

@@ -36,6 +36,9 @@ public:
 
     BrowserPanel &panel() { return *m_panel; }
 
+    /// Says no more whose study it is: who may know it has signed out.
+    void hidePatient();
+
 Q_SIGNALS:
     /// The operator left it.
     void left();
@@ -45,6 +48,7 @@ private:
 
     TableKeeper &m_keeper;
     std::shared_ptr<browser::BrowserTable> m_table;
+    QWidget *m_heading;
     BrowserPanel *m_panel;
 };
 

@@ -4,9 +4,17 @@
 
 namespace gateway::shell {
 
+TableKeeper::~TableKeeper()
+{
+    for (const auto &table : m_tables) {
+        table->disconnect(); // what they tell while they end comes too late
+    }
+}
+
 void TableKeeper::keep(std::shared_ptr<browser::BrowserTable> table)
 {
-    if (!table->isDeleting()) {
+    table->stopLoading();
+    if (!table->isBusy()) {
         return;
     }
     // Dropped in a turn of its own: the table is in the middle of telling.
@@ -18,7 +26,7 @@ void TableKeeper::keep(std::shared_ptr<browser::BrowserTable> table)
 
 void TableKeeper::dropIdle()
 {
-    std::erase_if(m_tables, [](const auto &table) { return !table->isDeleting(); });
+    std::erase_if(m_tables, [](const auto &table) { return !table->isBusy(); });
 }
 
 } // namespace gateway::shell

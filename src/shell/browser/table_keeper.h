@@ -10,7 +10,8 @@
 
 namespace gateway::shell {
 
-/// Lets tables whose screen has gone end their deletions: closing a window ends none.
+/// Lets tables whose screen has gone end what they do: closing a window ends no deletion, and waits for no
+/// answer.
 ///
 /// Owner: DesktopScreens. Thread: main.
 class TableKeeper
@@ -19,7 +20,13 @@ public:
     /// \param main  outlives this.
     explicit TableKeeper(platform::MainExecutor &main) : m_main(main) {}
 
-    /// Keeps the table for as long as it deletes.
+    /// Waits for what the tables still do.
+    ~TableKeeper();
+
+    TableKeeper(const TableKeeper &) = delete;
+    TableKeeper &operator=(const TableKeeper &) = delete;
+
+    /// Keeps the table for as long as it deletes, or waits for an answer, which nobody sees.
     void keep(std::shared_ptr<browser::BrowserTable> table);
 
     /// How many are kept.

@@ -292,7 +292,8 @@
 <message><source>Images not in Quorin Cloud: %L1, of %L2 of the selected studies. They will be lost.</source><translation>Bilder, die nicht in der Quorin Cloud sind: %L1, von %L2 der ausgewählten Studien. Sie gehen verloren.</translation></message>
 <message><source>The index of this computer can't be read, so nobody can tell what would be lost. Nothing was deleted.</source><translation>Der Index dieses Computers lässt sich nicht lesen, und niemand kann sagen, was verloren ginge. Nichts wurde gelöscht.</translation></message>
 <message><source>Copies on this computer stay.</source><translation>Kopien auf diesem Computer bleiben.</translation></message>
-<message><source>Copies in Quorin Cloud stay.</source><translation>Kopien in der Quorin Cloud bleiben.</translation></message>
+<message><source>The index of this computer can't be written, so its copies might not stay.</source><translation>Der Index dieses Computers lässt sich nicht schreiben, und seine Kopien blieben vielleicht nicht.</translation></message>
+<message><source>What is in Quorin Cloud stays there.</source><translation>Was in der Quorin Cloud ist, bleibt dort.</translation></message>
 <message><source>No Quorin Cloud studies found for the current filters.</source><translation>Keine Quorin-Cloud-Studien für die aktuellen Filter gefunden.</translation></message>
 <message><source>No Quorin Cloud series found.</source><translation>Keine Quorin-Cloud-Serien gefunden.</translation></message>
 <message><source>No local studies found.</source><translation>Keine lokalen Studien gefunden.</translation></message>
@@ -361,6 +362,8 @@
 <message><source>%1, %L2 of them hidden by the search</source><translation>%1, davon %L2 durch die Suche verborgen</translation></message>
 <message><source>Rows copied: %L1</source><translation>Kopierte Zeilen: %L1</translation></message>
 <message><source>Rows to be written to a CSV file: %L1</source><translation>Zeilen, die in eine CSV-Datei geschrieben werden: %L1</translation></message>
+<message><source>Try Again</source><translation>Erneut versuchen</translation></message>
+<message><source>What is there is not known.</source><translation>Was dort ist, ist nicht bekannt.</translation></message>
 <message><source>Images have come in since you were asked.</source><translation>Seit der Frage sind Bilder eingetroffen.</translation></message>
 <message><source>Hidden by the search: %L1 of the selected rows.</source><translation>Durch die Suche verborgen: %L1 der ausgewählten Zeilen.</translation></message>
 </context>

@@ -67,10 +67,10 @@ TEST(BrowserDeletion, IsToldWithWhatStays)
     EXPECT_EQ(deletionText({{u"deleted"_qs, 1}}, TableKind::cloudStudies),
               u"Deleted 1 study. Copies on this computer stay.\n"_qs);
     EXPECT_EQ(deletionText({{u"deleted"_qs, 2}}, TableKind::localSeries),
-              u"Deleted 2 series. Copies in Quorin Cloud stay.\n"_qs);
+              u"Deleted 2 series. What is in Quorin Cloud stays there.\n"_qs);
     EXPECT_EQ(deletionText({{u"deleted"_qs, 2}, {kOutsideCloud, 1}, {kImagesOutsideCloud, 4}},
                            TableKind::localSeries),
-              u"Deleted 2 series. Copies in Quorin Cloud stay.\n"
+              u"Deleted 2 series. What is in Quorin Cloud stays there.\n"
               "Images not in Quorin Cloud: 4, of 1 of the selected series. They will be lost.\n"_qs);
 }
 

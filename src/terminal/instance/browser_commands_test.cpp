@@ -53,14 +53,19 @@ struct BrowserCommandsTest : AccountApp
     log::StoreLogEmitter emitter{events, clock};
     TemporaryIndex store;
     int refreshed = 0;
-    BrowserCommands commands{
-        {archive, archive, emitter, defaults, {main, pool, clock}, [this] { return settings.token(); }},
-        {store.index(),
-         store.index().failedUploads(),
-         notifications,
-         {main, pool, clock},
-         [this] { ++refreshed; }},
-        auth};
+    BrowserCommands commands{{archive,
+                              archive,
+                              emitter,
+                              defaults,
+                              store.index(),
+                              {main, pool, clock},
+                              [this] { return settings.token(); }},
+                             {store.index(),
+                              store.index().failedUploads(),
+                              notifications,
+                              {main, pool, clock},
+                              [this] { ++refreshed; }},
+                             auth};
 };
 
 } // namespace

@@ -53,13 +53,18 @@ struct BrowserScreenWorld : account::testing::SessionWorld
 
     CloudBrowserDoor cloudDoor()
     {
-        return {
-            {archive, archive, emitter, defaults, {main, pool, clock}, [this] { return settings.token(); }},
-            auth,
-            [this](QWidget *window) {
-                ++signInSheets;
-                return new Sheet(theme, *window, QStringLiteral("Sign In"));
-            }};
+        return {{archive,
+                 archive,
+                 emitter,
+                 defaults,
+                 store.index(),
+                 {main, pool, clock},
+                 [this] { return settings.token(); }},
+                auth,
+                [this](QWidget *window) {
+                    ++signInSheets;
+                    return new Sheet(theme, *window, QStringLiteral("Sign In"));
+                }};
     }
 
     LocalBrowserDoor localDoor()
