@@ -38,6 +38,7 @@ enum class FailureClass
     withoutIdentity,
     anotherVersionInCloud,
     notComparable,
+    laterVersionSent, ///< the cloud took one that was acknowledged after this one
     indexTrouble,
     machineTrouble, ///< of what isn't the stored file: no temporary file, no worker
     unknown

@@ -137,6 +137,12 @@ const char *sourceText(FailureClass failureClass)
                                  "under this identifier before, and what the cloud has can't be fetched for "
                                  "comparison. It is kept here and never removed by itself, and other images "
                                  "are sent. Ask whoever runs the cloud to permit fetching images.");
+    case FailureClass::laterVersionSent:
+        return QT_TRANSLATE_NOOP("FailureSentence",
+                                 "A later version of this image has gone to the cloud already, and this one "
+                                 "is not sent over it. It is kept here and never removed by itself, and "
+                                 "other images are sent. If this is the one that is wanted, send it again "
+                                 "from the device that made it; else delete it here.");
     case FailureClass::indexTrouble:
         return QT_TRANSLATE_NOOP("FailureSentence",
                                  "The gateway's own record of its images could not be read or written. "

@@ -34,8 +34,8 @@ constexpr const char *kReleaseUnbelievable =
     "AND notBefore > ?2";
 
 constexpr const char *kRowsOfPath =
-    "SELECT pk, createDate, notBefore, sopInstanceUID, originalSOPInstanceUID FROM DicomImage INDEXED BY "
-    "DicomImage_path "
+    "SELECT pk, createDate, notBefore, sopInstanceUID, originalSOPInstanceUID, acknowledged "
+    "FROM DicomImage INDEXED BY DicomImage_path "
     "WHERE pathString = ? AND (syncState IS NULL OR syncState IN (0, 2, 3)) ORDER BY createDate, pk";
 
 constexpr const char *kPutBack = "UPDATE DicomImage SET syncState = 0, uploadDate = NULL WHERE pk = ?";
@@ -151,6 +151,7 @@ bool saysAllThatANoteWould(SentBefore before)
     case SentBefore::nothing:
     case SentBefore::thisVersionBrokeOff:
     case SentBefore::anotherVersion:
+    case SentBefore::laterVersion:
     case SentBefore::unrecorded:
         break;
     }
@@ -254,6 +255,7 @@ DicomDB::gather(Database &database, const QString &storedPath, bool isRetry, con
         candidate.imageObjectIDs.append(ImageObjectID{row.integer(0)});
         addTrimmed(keys, row.text(3));
         addTrimmed(uids, row.text(4));
+        candidate.acknowledged = row.integer(5); // the same in all rows of a file
     }
     if (isRetry) {
         candidate.lastFailure = lastFailureOf(database, candidate.storagePath);

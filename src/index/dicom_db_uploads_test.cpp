@@ -417,6 +417,20 @@ TEST_F(UploadResults, OnlyWhatWasOnItsWayWhenAnotherProcessDiedCountsAsBrokenOff
     EXPECT_EQ(home.index().sentBefore(sent), SentBefore::thisVersionOnItsWay) << "it goes again from here";
 }
 
+TEST_F(UploadResults, OutliveTheirRowsWithTheTimeOfWhatWasSent)
+{
+    const QString path = importOne(QStringLiteral("9.1"));
+    const std::int64_t acknowledged = index.pendingImageUploads(1).first().acknowledged;
+    ASSERT_GT(acknowledged, 0);
+    index.noteSending({{QStringLiteral("9.1"), 7, acknowledged}});
+    index.recordUploadResult(
+        {}, path, true, {.version = SentInstance{QStringLiteral("9.1"), 7, acknowledged}});
+    home.execute(QStringLiteral("DELETE FROM DicomImage"));
+
+    EXPECT_EQ(index.sentBefore({QStringLiteral("9.1"), 8, acknowledged - 1}), SentBefore::laterVersion);
+    EXPECT_EQ(index.sentBefore({QStringLiteral("9.1"), 8, acknowledged + 1}), SentBefore::anotherVersion);
+}
+
 TEST_F(UploadResults, WhatIsTriedAgainIsNotNotedAgain)
 {
     index.noteSending({{QStringLiteral("9.1"), 7}, {QStringLiteral("9.2"), 7}});

@@ -27,8 +27,9 @@ struct PendingImageUpload
     /// repeats, ascending.
     QStringList originalSOPInstanceUIDs;
 
-    bool isRetry = false;     ///< it was tried in vain before, and has waited for its time since
-    QString lastFailure = {}; ///< the class of its last failure, where it was
+    std::int64_t acknowledged = 0; ///< in nanoseconds since 1970; 0 where nobody knows
+    bool isRetry = false;          ///< it was tried in vain before, and has waited for its time since
+    QString lastFailure = {};      ///< the class of its last failure, where it was
 
     bool operator==(const PendingImageUpload &) const = default;
 };

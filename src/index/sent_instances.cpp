@@ -45,7 +45,8 @@ std::int64_t newSender()
 
 SentBefore sentBefore(Database &database, const SentInstance &next, std::int64_t sender)
 {
-    Statement row = database.prepare("SELECT version, arrival FROM SentInstance WHERE instance = ?");
+    Statement row =
+        database.prepare("SELECT version, arrival, acknowledged FROM SentInstance WHERE instance = ?");
     if (!row.bindAll(keyOf(next.instance)).step()) {
         constexpr const char *kLacksSome =
             "SELECT lacksSentInstances <> 0 OR recordAgainFrom IS NOT NULL FROM Ledger";
@@ -53,6 +54,9 @@ SentBefore sentBefore(Database &database, const SentInstance &next, std::int64_t
     }
     if (row.integer(0) == next.version) {
         return ofThisVersion(row.integer(1), sender);
+    }
+    if (next.acknowledged != 0 && next.acknowledged < row.integer(2)) {
+        return SentBefore::laterVersion;
     }
     return row.integer(0) == 0 ? SentBefore::unknown : SentBefore::anotherVersion;
 }
@@ -76,9 +80,10 @@ void noteSending(Database &database, const SentInstance &sent, std::int64_t send
 void noteStored(Database &database, const SentInstance &sent)
 {
     database
-        .prepare("UPDATE SentInstance SET arrival = ?3 "
-                 "WHERE instance = ?1 AND version = ?2 AND arrival <> ?3")
-        .bindAll(keyOf(sent.instance), sent.version, kStored)
+        .prepare("UPDATE SentInstance SET arrival = CASE WHEN version = ?2 THEN ?3 ELSE arrival END, "
+                 "acknowledged = max(acknowledged, ?4) "
+                 "WHERE instance = ?1 AND ((version = ?2 AND arrival <> ?3) OR acknowledged < ?4)")
+        .bindAll(keyOf(sent.instance), sent.version, kStored, sent.acknowledged)
         .run();
 }
 
@@ -93,8 +98,12 @@ void noteFailed(Database &database, const SentInstance &sent)
 
 void noteVerified(Database &database, const SentInstance &seen)
 {
-    database.prepare("INSERT OR REPLACE INTO SentInstance (instance, version, arrival) VALUES (?, ?, ?)")
-        .bindAll(keyOf(seen.instance), seen.version, kStored)
+    database
+        .prepare(
+            "INSERT INTO SentInstance (instance, version, arrival, acknowledged) VALUES (?1, ?2, ?3, ?4) "
+            "ON CONFLICT (instance) DO UPDATE SET version = ?2, arrival = ?3, "
+            "acknowledged = max(acknowledged, ?4)")
+        .bindAll(keyOf(seen.instance), seen.version, kStored, seen.acknowledged)
         .run();
 }
 

@@ -13,8 +13,9 @@ namespace gateway::index {
 /// A version of an instance that goes to the cloud, or went there.
 struct SentInstance
 {
-    QString instance = {};    ///< its SOP instance UID
-    std::int64_t version = 0; ///< tells versions of it apart, above 0
+    QString instance = {};         ///< its SOP instance UID
+    std::int64_t version = 0;      ///< tells versions of it apart, above 0
+    std::int64_t acknowledged = 0; ///< its file, in nanoseconds since 1970; 0 where nobody knows
 
     bool operator==(const SentInstance &) const = default;
 };
@@ -28,6 +29,7 @@ enum class SentBefore
     thisVersionBrokeOff, ///< and no other; the process died before its result was recorded
     thisVersionInVain,   ///< and no other, and no try of it is known to have arrived
     anotherVersion,      ///< and not this one
+    laterVersion,        ///< another was answered as stored that was acknowledged after this one
     unknown,             ///< several versions, or nobody knows which
     unrecorded           ///< the index doesn't say, and lacks a part of what was sent
 };
@@ -50,14 +52,16 @@ std::int64_t onlyVersionSent(platform::Database &database, const QString &instan
 /// failed before isn't forgotten for the next one, nor one that was answered as stored.
 void noteSending(platform::Database &database, const SentInstance &sent, std::int64_t sender);
 
-/// Notes that a try of this version was answered as stored; nothing where another is noted.
+/// Notes that a try of this version was answered as stored, and when that version was acknowledged; only the
+/// latter where another is noted.
 void noteStored(platform::Database &database, const SentInstance &sent);
 
 /// Notes that a try of this version failed, whether or not it got an answer; nothing where another is noted,
 /// or where one was answered as stored before.
 void noteFailed(platform::Database &database, const SentInstance &sent);
 
-/// Notes that the cloud was seen to hold this version: what was sent before it is of no account any more.
+/// Notes that the cloud was seen to hold this version: what was sent before it is of no account any more, but
+/// for its time.
 void noteVerified(platform::Database &database, const SentInstance &seen);
 
 /// Whether another version than this one may have been sent before, so that the cloud may hold that.

@@ -111,6 +111,34 @@ TEST_F(SentInstances, ResultsOfOneVersionSayNothingOfAnother)
     EXPECT_EQ(before(8), SentBefore::thisVersion);
 }
 
+TEST_F(SentInstances, TellAnEarlierVersionThatALaterOneWentBefore)
+{
+    const auto beforeOneOf = [this](std::int64_t version, std::int64_t acknowledged) {
+        return sentBefore(database, {kUid, version, acknowledged}, kSender);
+    };
+    noteSending(database, {kUid, 7, 200}, kSender);
+    EXPECT_EQ(beforeOneOf(8, 100), SentBefore::anotherVersion) << "the later one may never have arrived";
+
+    noteStored(database, {kUid, 7, 200});
+    EXPECT_EQ(beforeOneOf(8, 100), SentBefore::laterVersion);
+    EXPECT_EQ(beforeOneOf(7, 100), SentBefore::thisVersion);
+    EXPECT_EQ(beforeOneOf(8, 300), SentBefore::anotherVersion);
+    EXPECT_EQ(beforeOneOf(8, 0), SentBefore::anotherVersion) << "nobody knows when it came";
+}
+
+TEST_F(SentInstances, KeepTheTimeOfTheLatestVersionWhateverIsNotedLater)
+{
+    noteVerified(database, {kUid, 7, 200});
+    noteStored(database, {kUid, 7, 100}); // the same dataset, as it came before
+    noteVerified(database, {kUid, 8, 50});
+    noteSending(database, {kUid, 9, 150}, kSender);
+
+    EXPECT_EQ(sentBefore(database, {kUid, 9, 150}, kSender), SentBefore::laterVersion);
+
+    noteStored(database, {kUid, 9, 250}); // of several that were sent
+    EXPECT_EQ(sentBefore(database, {kUid, 8, 220}, kSender), SentBefore::laterVersion);
+}
+
 TEST_F(SentInstances, SayOfWhatTheyDoNotKnowThatTheyMayLackIt)
 {
     send(7);

@@ -143,7 +143,7 @@ bool CandidateHandler::mayBeSent(QList<PreparedCandidate> &files)
     }
     QList<index::SentInstance> instances;
     for (const PreparedCandidate &file : files) {
-        instances.append({file.identity.instance, file.version});
+        instances.append(StoreUpload::sentInstance(file));
     }
     const auto before = m_with.index.noteSending(instances);
     if (!before) {

@@ -32,6 +32,7 @@ bool mayBeFromHere(index::SentBefore before)
     case index::SentBefore::nothing:
     case index::SentBefore::thisVersionInVain:
     case index::SentBefore::anotherVersion:
+    case index::SentBefore::laterVersion:
     case index::SentBefore::unknown:
     case index::SentBefore::unrecorded:
         break;
@@ -117,7 +118,7 @@ Unasked unasked(const std::exception &error, const PreparedCandidate &prepared)
 
 std::optional<AttemptEnd> InstanceVerifier::endWithoutRequest(const PreparedCandidate &prepared) const
 {
-    switch (m_with.index.sentBefore({prepared.identity.instance, prepared.version})) {
+    switch (m_with.index.sentBefore(StoreUpload::sentInstance(prepared))) {
     case index::SentBefore::nothing:
     case index::SentBefore::thisVersion:
     case index::SentBefore::thisVersionOnItsWay:
@@ -125,6 +126,8 @@ std::optional<AttemptEnd> InstanceVerifier::endWithoutRequest(const PreparedCand
     case index::SentBefore::thisVersionInVain:
     case index::SentBefore::anotherVersion:
         return std::nullopt;
+    case index::SentBefore::laterVersion:
+        return failed(FailureClass::laterVersionSent);
     case index::SentBefore::unrecorded:
         return lookForUnrecorded(prepared);
     case index::SentBefore::unknown:
@@ -197,7 +200,7 @@ AttemptEnd InstanceVerifier::confirm(const PreparedCandidate &prepared, bool was
     if (wasThere && !mayBeFromHere(prepared.sentBefore) && !noteDoubt(prepared)) {
         return kDoubtNotNoted;
     }
-    const bool isInDoubt = m_with.index.mayOtherVersionBeSent({prepared.identity.instance, prepared.version});
+    const bool isInDoubt = m_with.index.mayOtherVersionBeSent(StoreUpload::sentInstance(prepared));
     if (!wasThere && !isInDoubt) {
         return StoreUpload::kUploaded;
     }

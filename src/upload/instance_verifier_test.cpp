@@ -258,6 +258,14 @@ TEST_F(InstanceVerifierTest, SendsWhatCannotBeFetchedOnceAndAgainOnlyWhereNoQuer
     EXPECT_EQ(verifier.endWithoutRequest(prepared), std::nullopt) << "nobody can say that it is there";
 }
 
+TEST_F(InstanceVerifierTest, SendsNothingOverALaterVersionThatTheCloudTook)
+{
+    around.index.doubt(kUid, index::SentBefore::laterVersion);
+
+    EXPECT_EQ(verifier.endWithoutRequest(prepared), failedFor(FailureClass::laterVersionSent));
+    EXPECT_EQ(around.cloud.queries(), 0);
+}
+
 TEST_F(InstanceVerifierTest, AsksOnceForASeriesOfWhichTheCloudHoldsNothing)
 {
     around.index.doubt(kUid, index::SentBefore::unrecorded);

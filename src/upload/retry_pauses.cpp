@@ -31,6 +31,7 @@ bool isForGood(FailureClass failureClass)
     case FailureClass::withoutIdentity:
     case FailureClass::anotherVersionInCloud:
     case FailureClass::notComparable:
+    case FailureClass::laterVersionSent:
         return true;
     case FailureClass::sessionEnded:
     case FailureClass::notSignedIn:

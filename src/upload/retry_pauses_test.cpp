@@ -33,7 +33,8 @@ TEST(RetryPauses, GrowToADayForWhatWasRefusedForGood)
                                        FailureClass::refused,
                                        FailureClass::conversionFailed,
                                        FailureClass::withoutIdentity,
-                                       FailureClass::anotherVersionInCloud}) {
+                                       FailureClass::anotherVersionInCloud,
+                                       FailureClass::laterVersionSent}) {
         EXPECT_EQ(pauses(refused).front(), 1min);
         EXPECT_EQ(pauses(refused).back(), 24h);
     }

@@ -68,6 +68,11 @@ Details candidateDetails(const CandidateContext &context, const Details &executi
     return details;
 }
 
+index::SentInstance sentInstance(const PreparedCandidate &prepared)
+{
+    return {prepared.identity.instance, prepared.version, prepared.context.candidate.acknowledged};
+}
+
 Details summaryDetails(const RunSummary &summary)
 {
     Details details = executionDetails(summary.orders);

@@ -133,6 +133,9 @@ struct PreparedCandidate
     index::SentBefore sentBefore = index::SentBefore::nothing; ///< when its request began
 };
 
+/// What the index keeps of it.
+index::SentInstance sentInstance(const PreparedCandidate &prepared);
+
 /// The stored file isn't there.
 struct MissingFile
 {

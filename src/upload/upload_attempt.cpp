@@ -97,7 +97,7 @@ outcomeOf(const PreparedCandidate &prepared, const AttemptEnd &end, const Detail
     CandidateOutcome outcome{.context = prepared.context,
                              .end = end,
                              .details = prepared.details,
-                             .version = index::SentInstance{prepared.identity.instance, prepared.version}};
+                             .version = StoreUpload::sentInstance(prepared)};
     outcome.details.insert(chunkDetails);
     return outcome;
 }

@@ -2,9 +2,13 @@
 
 import json
 import shutil
+import sqlite3
 import unittest
 
 from harness import TITLE, EndToEndTest, Gateway, await_true, run, send
+from odd_objects import Sender, dataset, dataset_of
+
+DAY_MS = 24 * 3600 * 1000
 
 
 class IncomingFolder(EndToEndTest):
@@ -105,6 +109,43 @@ class IncomingFolder(EndToEndTest):
         # Then
         self.gateway.await_received(images)
         await_true("all is well", lambda: self.findings() == {}, self.gateway.process)
+
+    def test_an_older_version_that_comes_back_with_its_volume_is_not_sent_over_the_later_one(self):
+        # Given
+        self.cloud.steer("second-versions", policy="replace")
+        self.gateway.sign_in()
+        self.gateway.command("settings", "set", "quorinCloudCompressToLS", "false")
+        first, corrected = dataset("1.2.7.1", shade=1), dataset("1.2.7.1", shade=2)
+        obstacle = self.hold_back_imports()
+        self.store(first)
+        away = self.folder / "volume"
+        self.start_again(before=lambda: (obstacle.unlink(), self.inbox.rename(away), self.inbox.mkdir(), self.choose()))
+        await_true("the listener", lambda: self.gateway.status()["listener"]["state"] == "listening", self.gateway.process)
+        self.store(corrected)
+        self.gateway.await_status("the upload", lambda s: s["counters"]["synced"] == 1)
+        self.gateway.command("settings", "set", "GatewayAutoDelete", "30-days")
+        self.start_again(before=self.let_time_pass)
+        self.gateway.await_status("a pruned image", lambda s: s["counters"]["images"] == 0)
+
+        # When
+        self.inbox.rmdir()
+        away.rename(self.inbox)
+
+        # Then
+        self.gateway.await_status("the failure", lambda s: "laterVersionSent" in json.dumps(s["failures"]))
+        self.assertEqual(dataset_of(self.cloud.fetch(self.cloud.token(), "1.2.9", "1.2.9.1", "1.2.7.1")), corrected)
+        self.assertEqual([dataset_of(file.read_bytes()) for file in (self.gateway.home / "Documents").rglob("*.dcm")],
+                         [first])
+        self.assertEqual(self.cloud.requests("POST", "/dicom-web/studies"), 1)
+
+    def store(self, body):
+        sender = Sender(self.gateway.port, TITLE)
+        sender.store(body, "1.2.7.1")
+        sender.release()
+
+    def let_time_pass(self):
+        with sqlite3.connect(self.gateway.home / "index/QuorinGateway.sqlite") as index:
+            index.execute("UPDATE DicomImage SET uploadDate = uploadDate - ?", (60 * DAY_MS,))
 
 
 if __name__ == "__main__":
