@@ -16,13 +16,14 @@
 
 namespace gateway::app {
 
-/// Whether the cloud client holds a session. Owner: Sending. Thread: any.
+/// Whether the cloud client holds a session, and for whom. Owner: Sending. Thread: any.
 class CloudSession final : public upload::UploadSession
 {
 public:
     explicit CloudSession(cloud_client::QuorinApiClient &client) : m_client(client) {}
 
     bool hasToken() override { return m_client.networkSettings().token().has_value(); }
+    QString cloud() override;
 
 private:
     cloud_client::QuorinApiClient &m_client;

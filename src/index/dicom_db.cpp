@@ -35,7 +35,9 @@ DicomDB::DicomDB(DicomDBPaths paths, DicomDBCollaborators with)
               ledger(m_store, "SELECT nextFileNumber FROM Ledger"),
               ledger(m_store, "SELECT newestAcknowledged FROM Ledger")),
       m_announcement(std::make_shared<Announcement>()), m_failedUploads(m_store, m_files, with.clock),
-      m_storeRecording(m_store, m_files, examination(), [this] { postLocalSyncStateChanged(); })
+      m_sendCount(with.defaults, with.clock),
+      m_storeRecording(
+          m_store, m_files, examination(), m_sendCount.kept(), [this] { postLocalSyncStateChanged(); })
 {
 }
 

@@ -7,6 +7,7 @@
 #include "index/file_store.h"
 #include "index/index_examination.h"
 #include "index/index_store.h"
+#include "index/send_count.h"
 #include "index/store_recording.h"
 #include "index/study_index.h"
 #include "index/sync_state.h"
@@ -125,6 +126,7 @@ public:
     std::optional<QList<PendingImageUpload>> pendingImageUploads(int limit, PendingCursor &cursor) override;
     void markImagesInProgress(const QList<ImageObjectID> &imageObjectIDs) override;
     SentBefore sentBefore(const SentInstance &next) override;
+    bool noteCloud(const QString &cloud) override;
     std::optional<QList<SentBefore>> noteSending(const QList<SentInstance> &instances) override;
     std::optional<std::int64_t> recordUploadResult(const QList<ImageObjectID> &imageObjectIDs,
                                                    const std::optional<QString> &storagePath,
@@ -241,6 +243,7 @@ private:
     std::shared_ptr<Announcement> m_announcement;
     std::stop_source m_stop;
     FailedUploads m_failedUploads;
+    SendCount m_sendCount;
     StoreRecording m_storeRecording;
 };
 

@@ -299,6 +299,17 @@ SentBefore DicomDB::sentBefore(const SentInstance &next)
     }
 }
 
+bool DicomDB::noteCloud(const QString &cloud)
+{
+    try {
+        const bool isNoted =
+            m_store.read([&](Database &database) { return index::isNotedCloud(database, cloud); });
+        return isNoted || m_store.tryWrite([&](Database &database) { index::noteCloud(database, cloud); });
+    } catch (const SqliteError &) {
+        return false;
+    }
+}
+
 std::optional<QList<SentBefore>> DicomDB::noteSending(const QList<SentInstance> &instances)
 {
     try {
@@ -311,11 +322,14 @@ std::optional<QList<SentBefore>> DicomDB::noteSending(const QList<SentInstance> 
         });
         // Of what is tried again nothing new is to be noted, and nobody waits for the disk.
         if (!std::ranges::all_of(before, saysAllThatANoteWould)) {
+            std::int64_t count = 0;
             m_store.write([&](Database &database) {
                 for (const SentInstance &sent : instances) {
                     index::noteSending(database, sent, m_sender);
                 }
+                count = index::sendCount(database);
             });
+            m_sendCount.keep(count);
         }
         return before;
     } catch (const SqliteError &) {

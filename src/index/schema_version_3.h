@@ -55,15 +55,17 @@ CREATE TABLE SupersededFile (
 CREATE INDEX SupersededFile_successor ON SupersededFile (successor);
 )sql";
 
-/// What was sent to the cloud of each instance. It outlives the instance's rows: the cloud does, too.
+/// What was sent of each instance, and to which cloud. It outlives the instance's rows: the cloud does, too.
 ///
 /// `instance` is a digest of the SOP instance UID, `version` one of the dataset that alone was sent under it,
 /// or is being sent; 0 where several were, or nobody knows which. `arrival` tells whether that one version
 /// may have arrived: 1 when it was answered as stored, 0 when a try failed before that, else the number of
 /// the process that has it on its way; of no meaning beside a `version` of 0. `acknowledged` is when the last
 /// acknowledged of all versions was that were answered as stored, as in DicomImage, 0 where none was or
-/// nobody knows. `lacksSentInstances` is 1 where instances may have been sent that have no entry: by an
-/// earlier version of the program, or before the index was lost whose files have been recorded again since.
+/// nobody knows. `cloud` is that to which it was sent last, and in the ledger that to which all is sent now:
+/// a SentCloud, 0 where none was noted. `lacksSentInstances` is 1 where instances may have been sent that
+/// have no entry: by an earlier version of the program, or before the index was lost whose files have been
+/// recorded again since. `sendCount` only rises, with each instance that is noted.
 inline constexpr const char *kSentOfSchemaVersion3 = R"sql(
 
 ALTER TABLE Ledger ADD COLUMN lacksSentInstances INTEGER NOT NULL DEFAULT 0;
@@ -72,7 +74,16 @@ CREATE TABLE SentInstance (
     instance INTEGER PRIMARY KEY,
     version INTEGER NOT NULL,
     arrival INTEGER NOT NULL DEFAULT 0,
-    acknowledged INTEGER NOT NULL DEFAULT 0
+    acknowledged INTEGER NOT NULL DEFAULT 0,
+    cloud INTEGER NOT NULL DEFAULT 0
+);
+
+ALTER TABLE Ledger ADD COLUMN cloud INTEGER NOT NULL DEFAULT 0;
+ALTER TABLE Ledger ADD COLUMN sendCount INTEGER NOT NULL DEFAULT 0;
+
+CREATE TABLE SentCloud (
+    pk INTEGER PRIMARY KEY,
+    name INTEGER NOT NULL UNIQUE
 );
 
 )sql";

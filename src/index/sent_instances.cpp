@@ -14,9 +14,9 @@ using platform::Statement;
 namespace {
 
 /// 64 bits keep five million instances small. Two that share them cost a look into the cloud, no image.
-std::int64_t keyOf(const QString &instance)
+std::int64_t keyOf(const QString &text)
 {
-    const QByteArray digest = QCryptographicHash::hash(instance.toUtf8(), QCryptographicHash::Sha256);
+    const QByteArray digest = QCryptographicHash::hash(text.toUtf8(), QCryptographicHash::Sha256);
     return qFromBigEndian<std::int64_t>(digest.constData());
 }
 
@@ -36,7 +36,30 @@ SentBefore ofThisVersion(std::int64_t arrival, std::int64_t sender)
     return arrival == sender ? SentBefore::thisVersionOnItsWay : SentBefore::thisVersionBrokeOff;
 }
 
+/// Of what has no entry.
+SentBefore withoutEntry(Database &database)
+{
+    constexpr const char *kLacksSome =
+        "SELECT lacksSentInstances <> 0 OR recordAgainFrom IS NOT NULL FROM Ledger";
+    return database.integer(kLacksSome) != 0 ? SentBefore::unrecorded : SentBefore::nothing;
+}
+
 } // namespace
+
+void noteCloud(Database &database, const QString &cloud)
+{
+    database.prepare("INSERT OR IGNORE INTO SentCloud (name) VALUES (?)").bindAll(keyOf(cloud)).run();
+    database.prepare("UPDATE Ledger SET cloud = (SELECT pk FROM SentCloud WHERE name = ?)")
+        .bindAll(keyOf(cloud))
+        .run();
+}
+
+bool isNotedCloud(Database &database, const QString &cloud)
+{
+    Statement row = database.prepare(
+        "SELECT 1 FROM Ledger JOIN SentCloud ON SentCloud.pk = Ledger.cloud WHERE SentCloud.name = ?");
+    return row.bindAll(keyOf(cloud)).step();
+}
 
 std::int64_t newSender()
 {
@@ -46,14 +69,13 @@ std::int64_t newSender()
 SentBefore sentBefore(Database &database, const SentInstance &next, std::int64_t sender)
 {
     Statement row =
-        database.prepare("SELECT version, arrival, acknowledged FROM SentInstance WHERE instance = ?");
+        database.prepare("SELECT version, arrival, acknowledged, "
+                         "cloud = (SELECT cloud FROM Ledger) FROM SentInstance WHERE instance = ?");
     if (!row.bindAll(keyOf(next.instance)).step()) {
-        constexpr const char *kLacksSome =
-            "SELECT lacksSentInstances <> 0 OR recordAgainFrom IS NOT NULL FROM Ledger";
-        return database.integer(kLacksSome) != 0 ? SentBefore::unrecorded : SentBefore::nothing;
+        return withoutEntry(database);
     }
     if (row.integer(0) == next.version) {
-        return ofThisVersion(row.integer(1), sender);
+        return row.integer(3) != 0 ? ofThisVersion(row.integer(1), sender) : withoutEntry(database);
     }
     if (next.acknowledged != 0 && next.acknowledged < row.integer(2)) {
         return SentBefore::laterVersion;
@@ -70,11 +92,15 @@ std::int64_t onlyVersionSent(Database &database, const QString &instance)
 void noteSending(Database &database, const SentInstance &sent, std::int64_t sender)
 {
     database
-        .prepare("INSERT INTO SentInstance (instance, version, arrival) VALUES (?1, ?2, ?3) "
-                 "ON CONFLICT (instance) DO UPDATE SET version = CASE WHEN version = ?2 THEN ?2 ELSE 0 END, "
-                 "arrival = CASE WHEN arrival IN (?4, ?5) THEN arrival ELSE ?3 END")
+        .prepare(
+            "INSERT INTO SentInstance (instance, version, arrival, cloud) "
+            "SELECT ?1, ?2, ?3, cloud FROM Ledger WHERE true "
+            "ON CONFLICT (instance) DO UPDATE SET version = CASE WHEN version = ?2 THEN ?2 ELSE 0 END, "
+            "arrival = CASE WHEN cloud = excluded.cloud AND arrival IN (?4, ?5) THEN arrival ELSE ?3 END, "
+            "cloud = excluded.cloud")
         .bindAll(keyOf(sent.instance), sent.version, sender, kFailed, kStored)
         .run();
+    database.exec("UPDATE Ledger SET sendCount = sendCount + 1");
 }
 
 void noteStored(Database &database, const SentInstance &sent)
@@ -99,10 +125,10 @@ void noteFailed(Database &database, const SentInstance &sent)
 void noteVerified(Database &database, const SentInstance &seen)
 {
     database
-        .prepare(
-            "INSERT INTO SentInstance (instance, version, arrival, acknowledged) VALUES (?1, ?2, ?3, ?4) "
-            "ON CONFLICT (instance) DO UPDATE SET version = ?2, arrival = ?3, "
-            "acknowledged = max(acknowledged, ?4)")
+        .prepare("INSERT INTO SentInstance (instance, version, arrival, acknowledged, cloud) "
+                 "SELECT ?1, ?2, ?3, ?4, cloud FROM Ledger WHERE true "
+                 "ON CONFLICT (instance) DO UPDATE SET version = ?2, arrival = ?3, "
+                 "acknowledged = max(acknowledged, ?4), cloud = excluded.cloud")
         .bindAll(keyOf(seen.instance), seen.version, kStored, seen.acknowledged)
         .run();
 }
@@ -120,6 +146,18 @@ void noteUnknownHistory(Database &database, const QString &instance)
             .bindAll(keyOf(instance))
             .run();
     }
+}
+
+std::int64_t sendCount(Database &database)
+{
+    return database.integer("SELECT sendCount FROM Ledger");
+}
+
+void noteSendCount(Database &database, std::int64_t atLeast)
+{
+    database.prepare("UPDATE Ledger SET sendCount = ?1, lacksSentInstances = 1 WHERE sendCount < ?1")
+        .bindAll(atLeast)
+        .run();
 }
 
 bool lacksSentInstances(Database &database)

@@ -20,7 +20,7 @@ struct SentInstance
     bool operator==(const SentInstance &) const = default;
 };
 
-/// What of an instance was sent before.
+/// What of an instance was sent before to the cloud that all goes to now; of other versions, to any.
 enum class SentBefore
 {
     nothing,
@@ -36,6 +36,14 @@ enum class SentBefore
 
 // Which versions of an instance went to the cloud. All run inside the caller's transaction and throw
 // SqliteError. An instance is known by its UID alone: a server may know it by no more.
+
+/// Notes which cloud all goes to from now on. An answer of another one proves nothing of what this one holds.
+///
+/// \param cloud  names it and the account there.
+void noteCloud(platform::Database &database, const QString &cloud);
+
+/// True for the cloud that was noted last.
+bool isNotedCloud(platform::Database &database, const QString &cloud);
 
 /// A number for this process, by which its own sends are told from those of one that died.
 std::int64_t newSender();
@@ -70,6 +78,12 @@ bool mayOtherVersionBeSent(platform::Database &database, const SentInstance &sen
 /// Notes that some version of the instance may have been sent, unless more is known of it. An empty UID is
 /// nobody's.
 void noteUnknownHistory(platform::Database &database, const QString &instance);
+
+/// How many sends were noted as long as the index lives, and in any that this one came back from.
+std::int64_t sendCount(platform::Database &database);
+
+/// Notes that there were at least so many: the index lacks some where it knew of fewer.
+void noteSendCount(platform::Database &database, std::int64_t atLeast);
 
 /// True where instances may have been sent of which the index knows nothing.
 bool lacksSentInstances(platform::Database &database);

@@ -139,6 +139,55 @@ TEST_F(SentInstances, KeepTheTimeOfTheLatestVersionWhateverIsNotedLater)
     EXPECT_EQ(sentBefore(database, {kUid, 8, 220}, kSender), SentBefore::laterVersion);
 }
 
+TEST_F(SentInstances, BelieveOfOneCloudNothingThatAnotherAnswered)
+{
+    const QString first = QStringLiteral("https://a.example anna");
+    const QString second = QStringLiteral("https://b.example anna");
+    EXPECT_FALSE(isNotedCloud(database, first));
+    noteCloud(database, first);
+    send(7);
+    noteStored(database, {kUid, 7});
+    EXPECT_EQ(before(7), SentBefore::thisVersion);
+
+    noteCloud(database, second);
+    EXPECT_FALSE(isNotedCloud(database, first));
+    EXPECT_EQ(before(7), SentBefore::nothing);
+    EXPECT_TRUE(mayOtherBeSent(8));
+    send(7);
+    noteFailed(database, {kUid, 7});
+    EXPECT_EQ(before(7), SentBefore::thisVersionInVain);
+    noteVerified(database, {kUid, 7});
+    EXPECT_EQ(before(7), SentBefore::thisVersion);
+
+    noteCloud(database, first);
+    EXPECT_TRUE(isNotedCloud(database, first));
+    EXPECT_EQ(before(7), SentBefore::nothing) << "what was known of it has made room";
+}
+
+TEST_F(SentInstances, KeepAnAnswerForTheCloudThatGaveIt)
+{
+    noteCloud(database, QStringLiteral("first"));
+    send(7);
+    noteCloud(database, QStringLiteral("second")); // while the request is under way
+
+    noteStored(database, {kUid, 7});
+
+    EXPECT_EQ(before(7), SentBefore::nothing);
+}
+
+TEST_F(SentInstances, LackSomeWhereMoreWereCountedThanTheyKnow)
+{
+    send(7);
+    send(8);
+    EXPECT_EQ(sendCount(database), 2);
+    noteSendCount(database, 2);
+    EXPECT_FALSE(lacksSentInstances(database));
+
+    noteSendCount(database, 5);
+    EXPECT_TRUE(lacksSentInstances(database));
+    EXPECT_EQ(sendCount(database), 5) << "the next backup is held against all of them";
+}
+
 TEST_F(SentInstances, SayOfWhatTheyDoNotKnowThatTheyMayLackIt)
 {
     send(7);

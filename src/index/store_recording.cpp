@@ -72,11 +72,12 @@ Batch lookAt(const IndexExamination &examination,
 StoreRecording::StoreRecording(IndexStore &store,
                                FileStore &files,
                                IndexExamination examination,
+                               std::int64_t knownSends,
                                std::function<void()> onStatesChanged)
     : m_store(store), m_files(files), m_examination(examination),
       m_onStatesChanged(std::move(onStatesChanged))
 {
-    noteWhatWasLost();
+    noteWhatWasLost(knownSends);
 }
 
 std::optional<std::int64_t> StoreRecording::recordAgainFrom() const
@@ -88,8 +89,9 @@ std::optional<std::int64_t> StoreRecording::recordAgainFrom() const
 }
 
 /// Compares the index with the store before anything is taken in. A new one beside a store that was never in
-/// use lacks nothing; one that was made anew, or brought back from a backup, lacks what came since.
-void StoreRecording::noteWhatWasLost()
+/// use lacks nothing; one that was made anew, or brought back from a backup, lacks what came and what was
+/// sent since.
+void StoreRecording::noteWhatWasLost(std::int64_t knownSends)
 {
     try {
         const std::optional<std::int64_t> from = recordAgainFrom();
@@ -99,9 +101,12 @@ void StoreRecording::noteWhatWasLost()
         } else if (!from && m_files.numberAtOpening() > next) {
             noteRecordAgainFrom(next);
         }
-        const bool isNew = from == 0 && m_files.numberAtOpening() > 0;
+        const bool isNew = from == 0 && !m_files.wasNeverUsed();
         if (isNew || m_files.numberAtOpening() - next > kMostImportsUnderWay) {
             m_store.tryWrite(noteUnrecordedSends);
+        }
+        if (m_store.read(sendCount) < knownSends) {
+            m_store.tryWrite([&](Database &database) { noteSendCount(database, knownSends); });
         }
     } catch (const SqliteError &) {
         return; // whoever reads the index next will say so

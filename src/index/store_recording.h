@@ -27,10 +27,12 @@ class StoreRecording
 {
 public:
     /// \param store, files       outlive this.
+    /// \param knownSends         so many sends were noted at the least, in this index or an earlier one.
     /// \param onStatesChanged    called after each batch that has recorded something.
     StoreRecording(IndexStore &store,
                    FileStore &files,
                    IndexExamination examination,
+                   std::int64_t knownSends,
                    std::function<void()> onStatesChanged);
 
     /// True while stored files may lack their rows: the index file was missing beside a store with files and
@@ -50,7 +52,7 @@ public:
 
 private:
     std::optional<std::int64_t> recordAgainFrom() const;
-    void noteWhatWasLost();
+    void noteWhatWasLost(std::int64_t knownSends);
     bool noteRecordAgainFrom(std::optional<std::int64_t> number);
     RecordingProgress beginProgress(std::int64_t from);
     void tellProgress(const std::optional<RecordingProgress> &progress);

@@ -239,6 +239,40 @@ TEST_F(LostIndex, IsAlsoOneThatCameBackFromABackup)
     }
 }
 
+TEST_F(LostIndex, LacksWhatWasSentAfterItsBackupThoughNoFileCameSince)
+{
+    const QString path = import(QStringLiteral("9.1"));
+    home.index().noteSending({{QStringLiteral("8.8"), 7}});
+    home.close();
+    const QString backup = home.path(QStringLiteral("backup"));
+    ASSERT_TRUE(QFile::copy(home.indexFile(), backup));
+    home.reopen();
+    EXPECT_EQ(home.index().sentBefore({QStringLiteral("9.1"), 7}), SentBefore::nothing);
+    home.index().noteSending({{QStringLiteral("9.1"), 7}});
+    home.index().recordUploadResult({}, path, true);
+
+    home.close();
+    ASSERT_TRUE(QFile::remove(home.indexFile()));
+    ASSERT_TRUE(QFile::rename(backup, home.indexFile()));
+    home.reopen();
+
+    EXPECT_EQ(home.index().sentBefore({QStringLiteral("9.1"), 8}), SentBefore::unrecorded);
+    EXPECT_FALSE(home.index().storeRecording().lacksStoredFiles());
+}
+
+TEST_F(LostIndex, LacksWhatWasSentThoughTheDefaultsAndAllFilesAreGone)
+{
+    const QString path = import(QStringLiteral("9.1"));
+    ASSERT_TRUE(QFile::remove(home.index().fileURL(path).toLocalFile()));
+    for (const QString &key :
+         {QStringLiteral("QuorinGateway.DataFileIndex"), QStringLiteral("QuorinSendCount")}) {
+        home.defaults.removeObject(key);
+    }
+    loseIndex();
+
+    EXPECT_EQ(home.index().sentBefore({QStringLiteral("9.1"), 8}), SentBefore::unrecorded);
+}
+
 TEST_F(LostIndex, TakesImagesMeanwhileAndRecordsNoneTwice)
 {
     const QString old = import(QStringLiteral("9.1"));

@@ -42,6 +42,13 @@ public:
     /// What of an instance was sent before; unknown when the index can't be read.
     virtual SentBefore sentBefore(const SentInstance &next) = 0;
 
+    /// Notes where all goes from now on: another cloud than before may hold something else, whatever the last
+    /// one has answered.
+    ///
+    /// \param cloud  names the cloud and the account there.
+    /// \return false when it could not be written: then nothing may be sent.
+    virtual bool noteCloud(const QString &cloud) = 0;
+
     /// Notes what is about to be sent, before a byte of it leaves: for as long as the index lives, whatever
     /// becomes of the request and of this process.
     ///

@@ -126,6 +126,10 @@ bool CandidateHandler::lookFirst(const PreparedCandidate &file,
     if (m_halt.isHalted()) {
         return false;
     }
+    if (!m_with.index.noteCloud(m_with.session.cloud())) {
+        m_halt.indexFailed();
+        return false;
+    }
     const auto outcome = m_attempt.outcomeWithoutRequest(file, chunkDetails);
     if (outcome) {
         outcomes.append(*outcome);

@@ -177,11 +177,12 @@ std::optional<AttemptEnd> InstanceVerifier::lookForUnknown(const PreparedCandida
 bool InstanceVerifier::isHeld(const platform::InstanceIdentity &identity) const
 {
     if (!identity.study.isEmpty() && !identity.series.isEmpty()) {
-        if (m_with.newSeries.contains(identity)) {
+        const QString cloud = m_with.session.cloud();
+        if (m_with.newSeries.contains(cloud, identity)) {
             return false;
         }
         if (!m_with.cloud.isSeriesFound(identity)) {
-            m_with.newSeries.add(identity);
+            m_with.newSeries.add(cloud, identity);
             return false;
         }
     }

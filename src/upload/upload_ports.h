@@ -9,13 +9,16 @@
 
 namespace gateway::upload {
 
-/// Whether somebody is signed in. Thread: any.
+/// Whether somebody is signed in, and where. Thread: any.
 class UploadSession
 {
 public:
     virtual ~UploadSession() = default;
 
     virtual bool hasToken() = 0;
+
+    /// Names the cloud that uploads go to, and the account there.
+    virtual QString cloud() = 0;
 };
 
 /// Finds out whether a failed upload was refused for unaccepted terms. Thread: any, several at a time.

@@ -208,6 +208,17 @@ TEST_F(UploadRunOnIndexTest, SendsAFileWithManyFramesOnceAndMovesAllItsRows)
     EXPECT_EQ(states().count(QStringLiteral("1")), rows);
 }
 
+TEST_F(UploadRunOnIndexTest, NotesToWhichCloudItSends)
+{
+    import(QStringLiteral("1.1"));
+
+    run();
+
+    EXPECT_EQ(store.number(QStringLiteral(
+                  "SELECT count(*) FROM SentInstance JOIN SentCloud ON SentCloud.pk = SentInstance.cloud")),
+              1);
+}
+
 TEST_F(UploadRunOnIndexTest, SendsAFreshFileBeforeThoseThatWereRefusedHoweverManyTheyAre)
 {
     constexpr int kRefused = 300;

@@ -119,6 +119,29 @@ class Evidence(WithoutCompression):
         self.await_failure("anotherVersionInCloud")
         self.assertEqual(self.fetched("1.2.7.1"), dataset("1.2.7.1", shade=1))
 
+    def test_a_second_version_is_known_for_one_though_the_index_is_from_a_backup_and_the_first_is_gone(self):
+        # Given
+        index, backup = self.gateway.home / "index", self.folder / "backup"
+        self.send("1.2.7.1", shade=1)
+        self.await_all(1)
+        self.start_again(lambda: shutil.copytree(index, backup))
+        self.send("1.2.7.2", shade=1)
+        self.await_all(2)
+        self.cloud.steer("second-versions", policy="ignore")
+
+        # When
+        def bring_back():
+            shutil.rmtree(index)
+            shutil.copytree(backup, index)
+            for file in (self.gateway.home / "Documents").rglob("*.dcm"):
+                file.unlink()
+        self.start_again(bring_back)
+        self.send("1.2.7.2", shade=2)
+
+        # Then
+        self.await_failure("anotherVersionInCloud")
+        self.assertEqual(self.fetched("1.2.7.2"), dataset("1.2.7.2", shade=1))
+
     def test_a_page_in_place_of_a_querys_result_is_no_word_that_the_cloud_has_nothing(self):
         # Given
         self.send("1.2.7.1", shade=1)

@@ -6,7 +6,7 @@ import subprocess
 import unittest
 
 from failing_disk import FailingDisk
-from harness import TITLE, EndToEndTest, Gateway, await_true, request
+from harness import TITLE, Cloud, EndToEndTest, Gateway, await_true, request
 from odd_objects import DELIMITER, EXPLICIT, IMPLICIT, JPEG_LS, RLE, Sender, dataset, dataset_of, element, item, part10, with_fragments
 
 STUDY, SERIES = "1.2.9", "1.2.9.1"
@@ -458,6 +458,30 @@ class ForeignVersion(WithoutCompression):
         self.await_failure("notConfirmed")
         self.gateway.command("upload")
         self.await_failure("anotherVersionInCloud")
+
+    def test_it_is_kept_by_another_cloud_that_gives_nothing_out_whatever_the_first_answered(self):
+        # Given
+        self.send(self.OURS)
+        self.await_all(1)
+        (self.folder / "another").mkdir()
+        self.cloud = Cloud(self.folder / "another")
+        self.addCleanup(self.cloud.end)
+        port = self.gateway.port
+        self.gateway.end()
+        self.store_theirs("refuse")
+        self.give_nothing_back()
+
+        # When
+        self.gateway = Gateway(self.folder, self.cloud.address)
+        self.addCleanup(self.gateway.end)
+        self.gateway.port = port
+        await_true("the listener", lambda: self.gateway.status()["listener"]["state"] == "listening", self.gateway.process)
+        self.gateway.sign_in()
+        self.send(self.OURS)
+
+        # Then
+        self.await_failure("notComparable")
+        self.assertEqual(self.stored(), [self.OURS])
 
     def test_it_is_kept_where_it_cannot_be_compared_and_came_while_the_cloud_was_away(self):
         # Given

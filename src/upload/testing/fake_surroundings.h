@@ -114,6 +114,7 @@ class FakeSession final : public UploadSession
 {
 public:
     bool hasToken() override { return m_signedIn; }
+    QString cloud() override { return QStringLiteral("a cloud"); }
     void signIn(bool signedIn) { m_signedIn = signedIn; }
 
 private:

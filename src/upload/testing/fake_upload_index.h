@@ -177,6 +177,12 @@ public:
         }
     }
 
+    bool noteCloud(const QString &) override
+    {
+        const platform::MutexLock lock(m_mutex);
+        return !m_failsWrites;
+    }
+
     std::optional<QList<index::SentBefore>> noteSending(const QList<index::SentInstance> &instances) override
     {
         const platform::MutexLock lock(m_mutex);
