@@ -59,6 +59,8 @@ QLatin1StringView rawValue(FailureClass failureClass)
         return QLatin1StringView("anotherVersionInCloud");
     case FailureClass::notComparable:
         return QLatin1StringView("notComparable");
+    case FailureClass::notLookedUp:
+        return QLatin1StringView("notLookedUp");
     case FailureClass::laterVersionSent:
         return QLatin1StringView("laterVersionSent");
     case FailureClass::indexTrouble:

@@ -38,6 +38,7 @@ enum class FailureClass
     withoutIdentity,
     anotherVersionInCloud,
     notComparable,
+    notLookedUp,      ///< nothing was sent: what the cloud holds had to be known first
     laterVersionSent, ///< the cloud took one that was acknowledged after this one
     indexTrouble,
     machineTrouble, ///< of what isn't the stored file: no temporary file, no worker

@@ -127,6 +127,8 @@ public:
     void markImagesInProgress(const QList<ImageObjectID> &imageObjectIDs) override;
     SentBefore sentBefore(const SentInstance &next) override;
     bool noteCloud(const QString &cloud) override;
+    void noteQueryAnswered() override;
+    bool noteQueryRefused() override;
     std::optional<QList<SentBefore>> noteSending(const QList<SentInstance> &instances) override;
     std::optional<std::int64_t> recordUploadResult(const QList<ImageObjectID> &imageObjectIDs,
                                                    const std::optional<QString> &storagePath,

@@ -310,6 +310,25 @@ bool DicomDB::noteCloud(const QString &cloud)
     }
 }
 
+void DicomDB::noteQueryAnswered()
+{
+    try {
+        if (!m_store.read(index::isQueryAnswerNoted)) {
+            m_store.tryWrite(index::noteQueryAnswered);
+        }
+    } catch (const SqliteError &) {
+        return; // the next answer is noted
+    }
+}
+
+bool DicomDB::noteQueryRefused()
+{
+    bool isBelieved = false;
+    return m_store.tryWrite([&](Database &database) {
+        isBelieved = index::noteQueryRefused(database, nowInMilliseconds());
+    }) && isBelieved;
+}
+
 std::optional<QList<SentBefore>> DicomDB::noteSending(const QList<SentInstance> &instances)
 {
     try {

@@ -62,10 +62,12 @@ CREATE INDEX SupersededFile_successor ON SupersededFile (successor);
 /// may have arrived: 1 when it was answered as stored, 0 when a try failed before that, else the number of
 /// the process that has it on its way; of no meaning beside a `version` of 0. `acknowledged` is when the last
 /// acknowledged of all versions was that were answered as stored, as in DicomImage, 0 where none was or
-/// nobody knows. `cloud` is that to which it was sent last, and in the ledger that to which all is sent now:
-/// a SentCloud, 0 where none was noted. `lacksSentInstances` is 1 where instances may have been sent that
-/// have no entry: by an earlier version of the program, or before the index was lost whose files have been
-/// recorded again since. `sendCount` only rises, with each instance that is noted.
+/// nobody knows, and `place` a digest of its study and series. `cloud` is that to which it was sent last, and
+/// in the ledger that to which all is sent now: a SentCloud, 0 where none was noted. `lacksSentInstances` is
+/// 1 where instances may have been sent that have no entry: by an earlier version of the program, or before
+/// the index was lost whose files have been recorded again since. `sendCount` only rises, with each instance
+/// that is noted. The `name` of a cloud is a digest; `answersQueries` is 1 for one that ever answered a
+/// query, `queriesRefusedSince` is when one first said that it has none, in milliseconds since 1970.
 inline constexpr const char *kSentOfSchemaVersion3 = R"sql(
 
 ALTER TABLE Ledger ADD COLUMN lacksSentInstances INTEGER NOT NULL DEFAULT 0;
@@ -75,6 +77,7 @@ CREATE TABLE SentInstance (
     version INTEGER NOT NULL,
     arrival INTEGER NOT NULL DEFAULT 0,
     acknowledged INTEGER NOT NULL DEFAULT 0,
+    place INTEGER NOT NULL DEFAULT 0,
     cloud INTEGER NOT NULL DEFAULT 0
 );
 
@@ -83,7 +86,9 @@ ALTER TABLE Ledger ADD COLUMN sendCount INTEGER NOT NULL DEFAULT 0;
 
 CREATE TABLE SentCloud (
     pk INTEGER PRIMARY KEY,
-    name INTEGER NOT NULL UNIQUE
+    name INTEGER NOT NULL UNIQUE,
+    answersQueries INTEGER NOT NULL DEFAULT 0,
+    queriesRefusedSince INTEGER
 );
 
 )sql";

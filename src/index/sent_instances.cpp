@@ -61,6 +61,32 @@ bool isNotedCloud(Database &database, const QString &cloud)
     return row.bindAll(keyOf(cloud)).step();
 }
 
+void noteQueryAnswered(Database &database)
+{
+    database.exec("UPDATE SentCloud SET answersQueries = 1 WHERE pk = (SELECT cloud FROM Ledger)");
+}
+
+bool isQueryAnswerNoted(Database &database)
+{
+    return database.integer(
+               "SELECT EXISTS (SELECT 1 FROM Ledger JOIN SentCloud ON SentCloud.pk = Ledger.cloud "
+               "WHERE answersQueries <> 0)") != 0;
+}
+
+bool noteQueryRefused(Database &database, std::int64_t now)
+{
+    constexpr std::int64_t kUntilBelieved =
+        3'600'000; // an hour: a service that starts, or a proxy's bad moment
+    database
+        .prepare("UPDATE SentCloud SET queriesRefusedSince = ?1 WHERE pk = (SELECT cloud FROM Ledger) "
+                 "AND (queriesRefusedSince IS NULL OR queriesRefusedSince > ?1)")
+        .bindAll(now)
+        .run();
+    Statement row = database.prepare("SELECT 1 FROM Ledger JOIN SentCloud ON SentCloud.pk = Ledger.cloud "
+                                     "WHERE answersQueries = 0 AND queriesRefusedSince <= ?");
+    return row.bindAll(now - kUntilBelieved).step();
+}
+
 std::int64_t newSender()
 {
     return static_cast<std::int64_t>(QRandomGenerator::system()->generate64() >> 1U) | 2; // neither 0 nor 1
@@ -70,14 +96,15 @@ SentBefore sentBefore(Database &database, const SentInstance &next, std::int64_t
 {
     Statement row =
         database.prepare("SELECT version, arrival, acknowledged, "
-                         "cloud = (SELECT cloud FROM Ledger) FROM SentInstance WHERE instance = ?");
+                         "cloud = (SELECT cloud FROM Ledger), place FROM SentInstance WHERE instance = ?");
     if (!row.bindAll(keyOf(next.instance)).step()) {
         return withoutEntry(database);
     }
     if (row.integer(0) == next.version) {
         return row.integer(3) != 0 ? ofThisVersion(row.integer(1), sender) : withoutEntry(database);
     }
-    if (next.acknowledged != 0 && next.acknowledged < row.integer(2)) {
+    const bool isInItsPlace = row.integer(4) == keyOf(next.place);
+    if (isInItsPlace && next.acknowledged != 0 && next.acknowledged < row.integer(2)) {
         return SentBefore::laterVersion;
     }
     return row.integer(0) == 0 ? SentBefore::unknown : SentBefore::anotherVersion;
@@ -107,9 +134,10 @@ void noteStored(Database &database, const SentInstance &sent)
 {
     database
         .prepare("UPDATE SentInstance SET arrival = CASE WHEN version = ?2 THEN ?3 ELSE arrival END, "
+                 "place = CASE WHEN acknowledged < ?4 THEN ?5 ELSE place END, "
                  "acknowledged = max(acknowledged, ?4) "
                  "WHERE instance = ?1 AND ((version = ?2 AND arrival <> ?3) OR acknowledged < ?4)")
-        .bindAll(keyOf(sent.instance), sent.version, kStored, sent.acknowledged)
+        .bindAll(keyOf(sent.instance), sent.version, kStored, sent.acknowledged, keyOf(sent.place))
         .run();
 }
 
@@ -125,11 +153,12 @@ void noteFailed(Database &database, const SentInstance &sent)
 void noteVerified(Database &database, const SentInstance &seen)
 {
     database
-        .prepare("INSERT INTO SentInstance (instance, version, arrival, acknowledged, cloud) "
-                 "SELECT ?1, ?2, ?3, ?4, cloud FROM Ledger WHERE true "
+        .prepare("INSERT INTO SentInstance (instance, version, arrival, acknowledged, place, cloud) "
+                 "SELECT ?1, ?2, ?3, ?4, ?5, cloud FROM Ledger WHERE true "
                  "ON CONFLICT (instance) DO UPDATE SET version = ?2, arrival = ?3, "
+                 "place = CASE WHEN acknowledged < ?4 THEN ?5 ELSE place END, "
                  "acknowledged = max(acknowledged, ?4), cloud = excluded.cloud")
-        .bindAll(keyOf(seen.instance), seen.version, kStored, seen.acknowledged)
+        .bindAll(keyOf(seen.instance), seen.version, kStored, seen.acknowledged, keyOf(seen.place))
         .run();
 }
 

@@ -16,6 +16,7 @@ struct SentInstance
     QString instance = {};         ///< its SOP instance UID
     std::int64_t version = 0;      ///< tells versions of it apart, above 0
     std::int64_t acknowledged = 0; ///< its file, in nanoseconds since 1970; 0 where nobody knows
+    QString place = {};            ///< the study and the series that it belongs to
 
     bool operator==(const SentInstance &) const = default;
 };
@@ -29,7 +30,7 @@ enum class SentBefore
     thisVersionBrokeOff, ///< and no other; the process died before its result was recorded
     thisVersionInVain,   ///< and no other, and no try of it is known to have arrived
     anotherVersion,      ///< and not this one
-    laterVersion,        ///< another was answered as stored that was acknowledged after this one
+    laterVersion,        ///< another in its place was answered as stored that was acknowledged after it
     unknown,             ///< several versions, or nobody knows which
     unrecorded           ///< the index doesn't say, and lacks a part of what was sent
 };
@@ -44,6 +45,17 @@ void noteCloud(platform::Database &database, const QString &cloud);
 
 /// True for the cloud that was noted last.
 bool isNotedCloud(platform::Database &database, const QString &cloud);
+
+/// Notes that the cloud that was noted last has answered a query.
+void noteQueryAnswered(platform::Database &database);
+
+bool isQueryAnswerNoted(platform::Database &database);
+
+/// Notes that it says that it has no queries for this account.
+///
+/// \param now  milliseconds since 1970.
+/// \return true where that may be believed, see `UploadIndex::noteQueryRefused`.
+bool noteQueryRefused(platform::Database &database, std::int64_t now);
 
 /// A number for this process, by which its own sends are told from those of one that died.
 std::int64_t newSender();

@@ -126,6 +126,17 @@ TEST_F(SentInstances, TellAnEarlierVersionThatALaterOneWentBefore)
     EXPECT_EQ(beforeOneOf(8, 0), SentBefore::anotherVersion) << "nobody knows when it came";
 }
 
+TEST_F(SentInstances, HoldBackNoImageThatHasItsUidInAnotherStudy)
+{
+    noteSending(database, {kUid, 7, 200, QStringLiteral("1 1.1")}, kSender);
+    noteStored(database, {kUid, 7, 200, QStringLiteral("1 1.1")});
+
+    EXPECT_EQ(sentBefore(database, {kUid, 8, 100, QStringLiteral("1 1.1")}, kSender),
+              SentBefore::laterVersion);
+    EXPECT_EQ(sentBefore(database, {kUid, 8, 100, QStringLiteral("2 2.1")}, kSender),
+              SentBefore::anotherVersion);
+}
+
 TEST_F(SentInstances, KeepTheTimeOfTheLatestVersionWhateverIsNotedLater)
 {
     noteVerified(database, {kUid, 7, 200});
@@ -173,6 +184,26 @@ TEST_F(SentInstances, KeepAnAnswerForTheCloudThatGaveIt)
     noteStored(database, {kUid, 7});
 
     EXPECT_EQ(before(7), SentBefore::nothing);
+}
+
+TEST_F(SentInstances, BelieveOfNoCloudAtOnceThatItHasNoQueries)
+{
+    constexpr std::int64_t kHour = 3'600'000;
+    constexpr std::int64_t kNow = 1'000 * kHour;
+    noteCloud(database, QStringLiteral("first"));
+    EXPECT_FALSE(noteQueryRefused(database, kNow));
+    EXPECT_FALSE(noteQueryRefused(database, kNow + kHour - 1));
+    EXPECT_TRUE(noteQueryRefused(database, kNow + kHour));
+
+    noteQueryAnswered(database);
+    EXPECT_TRUE(isQueryAnswerNoted(database));
+    EXPECT_FALSE(noteQueryRefused(database, kNow + 100 * kHour)) << "it has some";
+
+    noteCloud(database, QStringLiteral("second"));
+    EXPECT_FALSE(isQueryAnswerNoted(database));
+    EXPECT_FALSE(noteQueryRefused(database, kNow + 100 * kHour));
+    EXPECT_FALSE(noteQueryRefused(database, kNow)) << "the clock was set back";
+    EXPECT_TRUE(noteQueryRefused(database, kNow + kHour));
 }
 
 TEST_F(SentInstances, LackSomeWhereMoreWereCountedThanTheyKnow)

@@ -49,6 +49,15 @@ public:
     /// \return false when it could not be written: then nothing may be sent.
     virtual bool noteCloud(const QString &cloud) = 0;
 
+    /// Notes that the cloud that was noted last has answered a query.
+    virtual void noteQueryAnswered() = 0;
+
+    /// Notes that it says that it has no queries.
+    ///
+    /// \return true where it may be believed: it never answered one, and has been saying so for an hour. One
+    ///         such answer may be that of a proxy, or of a service that starts.
+    virtual bool noteQueryRefused() = 0;
+
     /// Notes what is about to be sent, before a byte of it leaves: for as long as the index lives, whatever
     /// becomes of the request and of this process.
     ///

@@ -118,6 +118,15 @@ Unasked unasked(const std::exception &error, const PreparedCandidate &prepared)
 
 std::optional<AttemptEnd> InstanceVerifier::endWithoutRequest(const PreparedCandidate &prepared) const
 {
+    std::optional<AttemptEnd> end = lookFirst(prepared);
+    if (end && end->failure.failureClass == FailureClass::notConfirmed) {
+        end->failure.failureClass = FailureClass::notLookedUp; // nothing was sent that could be confirmed
+    }
+    return end;
+}
+
+std::optional<AttemptEnd> InstanceVerifier::lookFirst(const PreparedCandidate &prepared) const
+{
     switch (m_with.index.sentBefore(StoreUpload::sentInstance(prepared))) {
     case index::SentBefore::nothing:
     case index::SentBefore::thisVersion:
@@ -145,7 +154,10 @@ std::optional<AttemptEnd> InstanceVerifier::lookForUnrecorded(const PreparedCand
         }
     } catch (const std::exception &error) {
         const Unasked query = unasked(error, prepared);
-        return query.isNotOffered ? std::nullopt : std::optional(query.end); // its word is all there is
+        if (query.isNotOffered && m_with.index.noteQueryRefused()) {
+            return std::nullopt; // its word is all there is
+        }
+        return query.isNotOffered ? failed(FailureClass::notLookedUp, query.end.failure.code) : query.end;
     }
     return noteDoubt(prepared) ? lookForUnknown(prepared) : kDoubtNotNoted;
 }
@@ -181,12 +193,16 @@ bool InstanceVerifier::isHeld(const platform::InstanceIdentity &identity) const
         if (m_with.newSeries.contains(cloud, identity)) {
             return false;
         }
-        if (!m_with.cloud.isSeriesFound(identity)) {
+        const bool isSeriesFound = m_with.cloud.isSeriesFound(identity);
+        m_with.index.noteQueryAnswered();
+        if (!isSeriesFound) {
             m_with.newSeries.add(cloud, identity);
             return false;
         }
     }
-    return m_with.cloud.isFound(identity);
+    const bool isFound = m_with.cloud.isFound(identity);
+    m_with.index.noteQueryAnswered();
+    return isFound;
 }
 
 /// Notes that nobody knows which version the cloud holds. False when that can't be written.

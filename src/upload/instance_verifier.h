@@ -39,6 +39,7 @@ private:
         bool wasFetched = false; ///< the instance came, or something in its place, and was looked at
     };
 
+    std::optional<StoreUpload::AttemptEnd> lookFirst(const StoreUpload::PreparedCandidate &prepared) const;
     std::optional<StoreUpload::AttemptEnd>
     lookForUnrecorded(const StoreUpload::PreparedCandidate &prepared) const;
     std::optional<StoreUpload::AttemptEnd>

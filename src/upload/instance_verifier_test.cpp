@@ -142,7 +142,7 @@ TEST_F(InstanceVerifierTest, TakesNoOddAnswerForAnArchiveThatTakesNoQueries)
         around.index.doubt(kUid, before);
         const std::optional<AttemptEnd> end = verifier.endWithoutRequest(prepared);
         ASSERT_TRUE(end) << "nothing is sent before somebody could look";
-        EXPECT_EQ(end->failure.failureClass, FailureClass::notConfirmed);
+        EXPECT_EQ(end->failure.failureClass, FailureClass::notLookedUp);
     }
 }
 
@@ -295,9 +295,21 @@ TEST_F(InstanceVerifierTest, TakesTheWordOfACloudThatTakesNoQueriesForWhatTheInd
     upload();
     around.index.doubt(kUid, index::SentBefore::unrecorded);
     around.cloud.takeNoQueries();
+    EXPECT_EQ(verifier.endWithoutRequest(prepared)->failure.failureClass, FailureClass::notLookedUp)
+        << "it may have been a proxy's word";
 
+    around.index.believeRefusals();
     EXPECT_EQ(verifier.endWithoutRequest(prepared), std::nullopt);
     EXPECT_EQ(verifier.confirm(prepared, false), StoreUpload::kUploaded);
+}
+
+TEST_F(InstanceVerifierTest, NotesThatTheCloudAnswersQueries)
+{
+    around.index.doubt(kUid, index::SentBefore::unrecorded);
+    around.index.believeRefusals();
+    EXPECT_EQ(verifier.endWithoutRequest(prepared), std::nullopt);
+
+    EXPECT_FALSE(around.index.noteQueryRefused());
 }
 
 TEST_F(InstanceVerifierTest, SendsNothingWhereItsDoubtCannotBeNoted)

@@ -43,6 +43,7 @@ bool isForGood(FailureClass failureClass)
     case FailureClass::noImageService:
     case FailureClass::unexpectedAnswer:
     case FailureClass::notConfirmed:
+    case FailureClass::notLookedUp:
     case FailureClass::addressNotFound:
     case FailureClass::notReachable:
     case FailureClass::notSecure:

@@ -70,7 +70,10 @@ Details candidateDetails(const CandidateContext &context, const Details &executi
 
 index::SentInstance sentInstance(const PreparedCandidate &prepared)
 {
-    return {prepared.identity.instance, prepared.version, prepared.context.candidate.acknowledged};
+    return {prepared.identity.instance,
+            prepared.version,
+            prepared.context.candidate.acknowledged,
+            prepared.identity.study + u' ' + prepared.identity.series};
 }
 
 Details summaryDetails(const RunSummary &summary)

@@ -155,9 +155,30 @@ class Evidence(WithoutCompression):
         self.send("1.2.7.1", shade=2)
 
         # Then
-        self.await_failure("notConfirmed")
+        self.await_failure("notLookedUp")
         self.assertEqual(self.cloud.requests("POST", "/dicom-web/studies"), 1)
         self.await_failure("anotherVersionInCloud")
+
+    def test_one_word_that_there_are_no_queries_is_not_believed(self):
+        for status in (403, 404):
+            with self.subTest(status=status):
+                # Given
+                instance = f"1.2.7.{status}"
+                self.send(instance, shade=1)
+                self.await_all(1)
+                self.cloud.steer("second-versions", policy="ignore")
+                self.start_again(self.lose_the_index_after_retention)
+                self.cloud.steer("faults", path=f"/dicom-web/studies/{STUDY}", method="GET", count=1, status=status,
+                                 contentType="text/plain", body="page not found")
+
+                # When
+                self.send(instance, shade=2)
+
+                # Then
+                self.await_failure("notLookedUp")
+                self.await_failure("anotherVersionInCloud")
+                self.assertEqual(self.fetched(instance), dataset(instance, shade=1))
+                self.start_again(self.lose_the_index_after_retention)
 
     def test_a_new_series_costs_one_question_after_the_loss_of_the_index(self):
         # Given

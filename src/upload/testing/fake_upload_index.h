@@ -183,6 +183,25 @@ public:
         return !m_failsWrites;
     }
 
+    void noteQueryAnswered() override
+    {
+        const platform::MutexLock lock(m_mutex);
+        m_isRefusalBelieved = false;
+    }
+
+    bool noteQueryRefused() override
+    {
+        const platform::MutexLock lock(m_mutex);
+        return m_isRefusalBelieved;
+    }
+
+    /// The cloud has been saying for long that it has no queries.
+    void believeRefusals()
+    {
+        const platform::MutexLock lock(m_mutex);
+        m_isRefusalBelieved = true;
+    }
+
     std::optional<QList<index::SentBefore>> noteSending(const QList<index::SentInstance> &instances) override
     {
         const platform::MutexLock lock(m_mutex);
@@ -402,6 +421,7 @@ private:
     std::function<void()> m_whenRecording QUORIN_GUARDED_BY(m_mutex);
     std::function<void()> m_whenMarking QUORIN_GUARDED_BY(m_mutex);
     bool m_failsWrites QUORIN_GUARDED_BY(m_mutex) = false;
+    bool m_isRefusalBelieved QUORIN_GUARDED_BY(m_mutex) = false;
     bool m_failsReads QUORIN_GUARDED_BY(m_mutex) = false;
     int m_fetches QUORIN_GUARDED_BY(m_mutex) = 0;
 };
