@@ -83,7 +83,7 @@ void Gateway::launch()
         m_ground.clock,
         [this] {
             m_receiving.incomingFolders.forgetEmptied();
-            return m_receiving.incomingFolders.all();
+            return m_receiving.incomingFolders.owned();
         },
         [this](const QString &path) { m_receiving.store->listenerService().offerInboxFile(path); },
         [this](const state::InboxFigures &inbox) {

@@ -32,6 +32,7 @@ enum class FindingKind
     waitsInInbox,
     waitsLongInInbox,
     formerInboxOutOfSight,
+    inboxInUse,
     indexNotWritten,
     storeNotWritten,
     storeOutOfSight,

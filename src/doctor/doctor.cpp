@@ -162,8 +162,12 @@ public:
         }
     }
 
-    void lookAtInbox(const QString &folder)
+    void lookAtInbox(receive::IncomingFolders &folders, const QString &folder)
     {
+        if (!folders.own(folder)) {
+            add(FindingKind::inboxInUse, 1, {folder, {}, {}});
+            return;
+        }
         for (const QString &path : platform::completeInboxFiles(folder)) {
             // One whose time lies far ahead was received while the clock was wrong, so nobody knows.
             const auto age = std::chrono::milliseconds(QFileInfo(path).lastModified().msecsTo(m_clock.now()));
@@ -183,12 +187,12 @@ public:
         }
     }
 
-    void lookAtFormerInbox(const QString &folder)
+    void lookAtFormerInbox(receive::IncomingFolders &folders, const QString &folder)
     {
         if (receive::contentOf(folder) == receive::InboxContent::outOfSight) {
             add(FindingKind::formerInboxOutOfSight, 1, {folder, {}, {}});
         }
-        lookAtInbox(folder);
+        lookAtInbox(folders, folder);
     }
 
     void readFailures()
@@ -455,9 +459,9 @@ Diagnosis Doctor::examine(bool repair, const std::stop_token &stop)
     round.step([&] { round.walkStore(); });
     round.step([&] { round.walkRows(); });
     round.step([&] { round.lookAtRemovals(); });
-    round.step([&] { round.lookAtInbox(m_incomingFolders.present()); });
+    round.step([&] { round.lookAtInbox(m_incomingFolders, m_incomingFolders.present()); });
     for (const QString &folder : m_incomingFolders.former()) {
-        round.step([&] { round.lookAtFormerInbox(folder); });
+        round.step([&] { round.lookAtFormerInbox(m_incomingFolders, folder); });
     }
     round.step([&] { round.readFailures(); });
     return std::move(round).result();

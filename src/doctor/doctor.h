@@ -24,7 +24,7 @@ public:
     /// \param emitter          told of each file that is taken in; outlives this.
     /// \param clock            by which received files wait; outlives this.
     Doctor(index::DicomDB &index,
-           const receive::IncomingFolders &incomingFolders,
+           receive::IncomingFolders &incomingFolders,
            log::StoreLogEmitter &emitter,
            const platform::Clock &clock)
         : m_index(index), m_incomingFolders(incomingFolders), m_emitter(emitter), m_clock(clock)
@@ -38,7 +38,7 @@ public:
 
 private:
     index::DicomDB &m_index;
-    const receive::IncomingFolders &m_incomingFolders;
+    receive::IncomingFolders &m_incomingFolders;
     log::StoreLogEmitter &m_emitter;
     const platform::Clock &m_clock;
 };

@@ -455,10 +455,28 @@ TEST_F(DoctorTest, LooksIntoTheIncomingFolderOfBeforeAsWell)
     EXPECT_EQ(rows(), 1);
 }
 
+TEST_F(DoctorTest, LeavesTheIncomingFolderOfAnotherGatewayAlone)
+{
+    ASSERT_TRUE(QDir().mkpath(inbox() + QStringLiteral("/.part")));
+    const QString aside = inbox() + QStringLiteral("/.rejected/12345678-quorin-a-1.dcm");
+    write(aside);
+    index::testing::writeSyntheticFile(aside, TemporaryIndex::image(QStringLiteral("9.1")));
+    platform::UserDefaults othersDefaults(home.path(QStringLiteral("others.sqlite")));
+    core::Settings othersSettings(othersDefaults);
+    receive::IncomingFolders others(othersDefaults, othersSettings, inbox());
+    ASSERT_TRUE(others.own(inbox()));
+
+    EXPECT_EQ(counts(true), (Counts{{FindingKind::inboxInUse, {1, 0}}}));
+
+    EXPECT_TRUE(QFileInfo::exists(aside));
+    EXPECT_FALSE(examine().isWell());
+}
+
 TEST_F(DoctorTest, TellsOfAnIncomingFolderOfBeforeThatIsOutOfSight)
 {
     const QString away = home.path(QStringLiteral("volume/Import"));
-    folders.enter(away);
+    ASSERT_TRUE(folders.enter(away));
+    ASSERT_TRUE(QDir(away).removeRecursively());
 
     const Diagnosis diagnosis = examine(true);
 

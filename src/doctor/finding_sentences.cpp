@@ -159,6 +159,12 @@ Words wordsOf(FindingKind kind)
                                   "An incoming folder that was used before another was chosen is out of "
                                   "sight, and received images may wait there. Bring its volume back; what "
                                   "waits is taken in by itself.")};
+    case FindingKind::inboxInUse:
+        return {"inboxInUse",
+                true,
+                QT_TRANSLATE_NOOP("DoctorFinding",
+                                  "Another gateway works in an incoming folder of this one, which leaves it "
+                                  "alone. Give each gateway an incoming folder of its own.")};
     case FindingKind::indexNotWritten:
         return {"indexNotWritten",
                 true,
@@ -245,6 +251,7 @@ bool isMendable(FindingKind kind)
     case FindingKind::waitsInInbox:
     case FindingKind::waitsLongInInbox:
     case FindingKind::formerInboxOutOfSight:
+    case FindingKind::inboxInUse:
     case FindingKind::indexNotWritten:
     case FindingKind::storeNotWritten:
     case FindingKind::storeOutOfSight:

@@ -3,6 +3,7 @@
 #include "platform/sqlite/database.h"
 #include "receive/inbox.h"
 
+#include <QtCore/QCoreApplication>
 #include <QtCore/QDir>
 #include <QtCore/QFile>
 #include <QtCore/QTemporaryDir>
@@ -145,6 +146,70 @@ TEST_F(Folders, TellAFolderOfTwoNamesOnce)
     moveFrom(m_former, path(u"link"_qs));
 
     EXPECT_EQ(m_folders.former(), QStringList());
+}
+
+TEST_F(Folders, KnowWhereALinkLedThatLeadsElsewhereNow)
+{
+    const QString link = path(u"link"_qs);
+    ASSERT_TRUE(QFile::link(m_former, link));
+    choose(link);
+    ASSERT_TRUE(m_folders.enter(link));
+    ASSERT_TRUE(QFile::remove(link) && QFile::link(m_chosen, link));
+
+    EXPECT_EQ(m_folders.all(), (QStringList{link, m_former}));
+    const IncomingFolders afterwards(m_defaults, m_settings, m_former);
+    EXPECT_EQ(afterwards.all(), (QStringList{link, m_former}));
+}
+
+TEST_F(Folders, BelongToOneGatewayAtATime)
+{
+    platform::UserDefaults defaults(path(u"others.sqlite"_qs));
+    core::Settings settings(defaults);
+    {
+        IncomingFolders others(defaults, settings, m_former);
+        ASSERT_TRUE(others.enter(m_former));
+
+        EXPECT_FALSE(m_folders.enter(m_former));
+        EXPECT_FALSE(m_folders.own(m_former));
+        EXPECT_EQ(m_folders.owned(), QStringList());
+        EXPECT_TRUE(IncomingFolders::inUseSentence(m_former).contains(
+            u"process %1"_qs.arg(QCoreApplication::applicationPid())));
+    }
+
+    EXPECT_TRUE(m_folders.enter(m_former));
+    EXPECT_EQ(m_folders.owned(), QStringList{m_former});
+    EXPECT_FALSE(IncomingFolders(defaults, settings, m_former).own(m_former));
+}
+
+TEST_F(Folders, AreNotTakenFromAnotherGatewayThatWorksInAFormerOne)
+{
+    moveFrom(m_former, m_chosen);
+    write(m_former + u'/' + kComplete);
+    EXPECT_EQ(m_folders.owned(), (QStringList{m_chosen, m_former}));
+    platform::UserDefaults defaults(path(u"others.sqlite"_qs));
+    core::Settings settings(defaults);
+    IncomingFolders others(defaults, settings, m_former);
+    EXPECT_FALSE(others.enter(m_former)) << "what waits there is still taken in";
+
+    ASSERT_TRUE(QFile::remove(m_former + u'/' + kComplete));
+    forgetTwice();
+    EXPECT_EQ(m_folders.owned(), QStringList{m_chosen});
+
+    EXPECT_TRUE(others.enter(m_former));
+}
+
+TEST_F(Folders, LeaveAnEmptyFormerOneToWhoeverWantsToWorkThere)
+{
+    {
+        IncomingFolders before(m_defaults, m_settings, m_former);
+        ASSERT_TRUE(before.enter(m_former));
+    }
+    choose(m_chosen);
+    IncomingFolders folders(m_defaults, m_settings, m_former);
+    EXPECT_EQ(folders.all(), (QStringList{m_chosen, m_former}));
+
+    EXPECT_EQ(folders.owned(), QStringList{m_chosen});
+    EXPECT_TRUE(m_folders.own(m_former));
 }
 
 TEST_F(Folders, AreRememberedThoughTheDefaultsCouldNotBeWrittenAtOnce)

@@ -74,7 +74,10 @@ void StoreListenerService::startListener()
     Run run{{}, nullptr, configFor(settings), {}, nullptr};
     run.config.incomingPath = resolveIncomingPath();
     run.inbox = run.config.incomingPath.value_or(m_places.defaultIncomingFolder);
-    m_with.incomingFolders.enter(run.inbox);
+    if (!m_with.incomingFolders.enter(run.inbox)) {
+        refuseStart(IncomingFolders::inUseSentence(run.inbox));
+        return;
+    }
     run.scp = m_with.makeStoreSCP();
     run.former = std::exchange(m_formerListener, nullptr);
     run.id = beginRun();
@@ -338,6 +341,20 @@ void StoreListenerService::retireRun(QUuid runId)
     if (m_currentListenerRunId == runId) {
         m_currentListenerRunId.reset();
     }
+}
+
+/// Tells that the listener doesn't even try to start.
+void StoreListenerService::refuseStart(const QString &why)
+{
+    m_with.observer.listenerFailed();
+    logListener(GatewayLogAction::listenerStartFailed,
+                GatewayLogOutcome::failed,
+                {},
+                GatewayLogLevel::error,
+                logError(core::StoreError(why)));
+    m_hasFailed = true;
+    tellWhetherListening();
+    m_with.notifications.post(core::kStoreListenerError, {{core::kMessageKey, why}});
 }
 
 void StoreListenerService::startFailed(const Run &run)

@@ -128,6 +128,7 @@ private:
     // Steps of a start, on main.
     void tellWhetherListening();
     bool mayStart(const core::DCMListenerSettings &settings);
+    void refuseStart(const QString &why);
     QUuid beginRun();
     std::optional<QString> resolveIncomingPath();
     void publishBonjourService(const core::DCMListenerSettings &settings);

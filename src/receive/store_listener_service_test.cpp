@@ -484,6 +484,27 @@ TEST_F(ListenerService, KeepsTheFolderInMindInWhichItReceivedBefore)
     EXPECT_EQ(m_world.incomingFolders.all(), (QStringList{m_world.path(u"chosen"_qs), m_world.inbox()}));
 }
 
+TEST_F(ListenerService, DoesNotStartInAFolderOfAnotherGatewayAndSaysSo)
+{
+    platform::UserDefaults defaults(m_world.path(u"others.sqlite"_qs));
+    core::Settings settings(defaults);
+    {
+        IncomingFolders others(defaults, settings, m_world.inbox());
+        ASSERT_TRUE(others.enter(m_world.inbox()));
+
+        m_world.service->startListener();
+
+        EXPECT_EQ(m_world.scps.size(), 0U);
+        EXPECT_EQ(m_world.service->state(), state::ListenerState::failed);
+        ASSERT_EQ(m_world.errors.size(), 1);
+        EXPECT_TRUE(m_world.errors.front().startsWith(u"The incoming folder is used by another gateway"_qs));
+    }
+
+    m_world.service->startListener();
+
+    EXPECT_EQ(m_world.scps.size(), 1U);
+}
+
 TEST_F(ListenerService, LetsTheReceiverGoOnBehindAllThatIsRecorded)
 {
     m_world.newestAcknowledged = 7000;

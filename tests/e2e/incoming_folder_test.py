@@ -147,6 +147,60 @@ class IncomingFolder(EndToEndTest):
         with sqlite3.connect(self.gateway.home / "index/QuorinGateway.sqlite") as index:
             index.execute("UPDATE DicomImage SET uploadDate = uploadDate - ?", (60 * DAY_MS,))
 
+    def test_what_lies_behind_a_link_that_leads_elsewhere_now_is_taken_in(self):
+        # Given
+        link, first, second = (self.folder / name for name in ("link", "first", "second"))
+        first.mkdir()
+        second.mkdir()
+        link.symlink_to(first)
+        self.gateway.command("settings", "set", "ListenerDestinationFolder", link)
+        await_true("the listener there", (first / ".part").is_dir, self.gateway.process)
+        self.inbox = first
+        obstacle = self.hold_back_imports()
+        images = self.samples(ct=2)
+        await_true("images behind the link",
+                   lambda: run("storescu", "-aec", TITLE, "127.0.0.1", self.gateway.port, *images, check=False)
+                   .returncode == 0, self.gateway.process)
+        self.assertEqual(len(list(first.glob("quorin-*.dcm"))), 2)
+
+        # When
+        self.start_again(before=lambda: (obstacle.unlink(), link.unlink(), link.symlink_to(second)))
+
+        # Then
+        self.gateway.await_received(images)
+        await_true("an empty folder", lambda: not list(first.glob("quorin-*.dcm")), self.gateway.process)
+
+    def test_a_folder_belongs_to_one_gateway(self):
+        # Given
+        self.choose()
+        await_true("the first one's listener", (self.chosen / ".part" / ".lock").exists, self.gateway.process)
+        images = self.leave_behind_in_chosen()
+
+        # When
+        second_home = self.folder / "second"
+        second_home.mkdir()
+        second = Gateway(second_home, self.cloud.address)
+        self.addCleanup(second.end)
+        second.set_up()
+        second.command("settings", "set", "ListenerDestinationFolder", self.chosen, check=False)
+
+        # Then
+        second.await_status("its words", lambda s: "used by another gateway" in (s["listener"]["error"] or ""))
+        report = json.loads(second.command("doctor", "--json", check=False).stdout)
+        self.assertIn("inboxInUse", [found["kind"] for found in report["findings"]])
+        self.obstacle.unlink()
+        self.gateway.await_received(images)
+        self.assertEqual(second.status()["counters"]["images"], 0)
+
+    def leave_behind_in_chosen(self):
+        self.obstacle = self.hold_back_imports()
+        images = self.samples(ct=2)
+        await_true("images in the chosen folder",
+                   lambda: run("storescu", "-aec", TITLE, "127.0.0.1", self.gateway.port, *images, check=False)
+                   .returncode == 0, self.gateway.process)
+        self.assertEqual(len(list(self.chosen.glob("quorin-*.dcm"))), 2)
+        return images
+
 
 if __name__ == "__main__":
     unittest.main()

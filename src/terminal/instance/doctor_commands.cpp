@@ -43,7 +43,7 @@ DoctorCommands::DoctorCommands(index::DicomDB &index,
                                log::StoreLogEmitter &emitter,
                                platform::MainExecutor &main,
                                const platform::Clock &clock,
-                               const receive::IncomingFolders &incomingFolders,
+                               receive::IncomingFolders &incomingFolders,
                                std::function<void()> onImagesRecorded,
                                std::function<Standing()> standing)
     : m_index(index), m_emitter(emitter), m_main(main), m_clock(clock), m_incomingFolders(incomingFolders),
@@ -155,7 +155,7 @@ ControlReply examineWithoutInstance(const core::HomeLayout &layout,
                                   emitter.emit(upload::removalRecord(file, reason));
                               }});
         const bool repair = request.arguments.value(kRepair).toBool();
-        const receive::IncomingFolders folders(defaults, settings, layout.incomingFolder);
+        receive::IncomingFolders folders(defaults, settings, layout.incomingFolder);
         doctor::Doctor doctor(index, folders, emitter, clock);
         const doctor::Diagnosis diagnosis = doctor.examine(repair, request.hungUp);
         QJsonObject report = toJson(diagnosis, repair, {index.failedUploads().waitingRetries(), {}});

@@ -54,7 +54,7 @@ public:
                    log::StoreLogEmitter &emitter,
                    platform::MainExecutor &main,
                    const platform::Clock &clock,
-                   const receive::IncomingFolders &incomingFolders,
+                   receive::IncomingFolders &incomingFolders,
                    std::function<void()> onImagesRecorded,
                    std::function<Standing()> standing);
 
@@ -75,7 +75,7 @@ private:
     log::StoreLogEmitter &m_emitter;
     platform::MainExecutor &m_main;
     const platform::Clock &m_clock;
-    const receive::IncomingFolders &m_incomingFolders;
+    receive::IncomingFolders &m_incomingFolders;
     const std::function<void()> m_onImagesRecorded;
     const std::function<Standing()> m_standing;
     bool m_isExamining = false;
