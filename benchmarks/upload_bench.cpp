@@ -84,6 +84,7 @@ class AlwaysSignedIn final : public upload::UploadSession
 {
 public:
     bool hasToken() override { return true; }
+    QString cloud() override { return QStringLiteral("a cloud"); }
 };
 
 /// Times each conversion that a run has done. Thread: any.
