@@ -2,6 +2,7 @@
 
 #include <simdjson.h>
 
+#include <algorithm>
 #include <limits>
 
 namespace gateway::cloud_client {
@@ -59,6 +60,36 @@ QVariant toVariant(const simdjson::dom::element &element)
     return {};
 }
 
+/// The number behind "\\u" at a place; nothing where there is no such escape.
+std::optional<ushort> escapeAt(const QByteArray &json, qsizetype at)
+{
+    bool isNumber = false;
+    const bool isEscape = json.mid(at, 2) == "\\u" && at + 6 <= json.size();
+    const ushort unit = isEscape ? json.mid(at + 2, 4).toUShort(&isNumber, 16) : ushort{0};
+    return isNumber ? std::optional(unit) : std::nullopt;
+}
+
+QByteArray withoutLoneSurrogates(const QByteArray &json)
+{
+    QByteArray mended;
+    mended.reserve(json.size());
+    for (qsizetype at = 0; at < json.size();) {
+        const std::optional<ushort> unit = json[at] == '\\' ? escapeAt(json, at) : std::nullopt;
+        const std::optional<ushort> next = unit ? escapeAt(json, at + 6) : std::nullopt;
+        qsizetype length = json[at] == '\\' ? 2 : 1; // what a backslash stands before is no beginning
+        if (unit && QChar::isHighSurrogate(*unit) && next && QChar::isLowSurrogate(*next)) {
+            length = 12;
+        } else if (unit) {
+            length = 6;
+        }
+        const bool isLone = length == 6 && unit && QChar::isSurrogate(*unit);
+        mended.append(isLone ? QByteArrayView("\\ufffd")
+                             : QByteArrayView(json).sliced(at, std::min(length, json.size() - at)));
+        at += length;
+    }
+    return mended;
+}
+
 } // namespace
 
 std::optional<QVariant> parseNetworkJson(const QByteArray &text)
@@ -73,6 +104,12 @@ std::optional<QVariant> parseNetworkJson(const QByteArray &text)
         return std::nullopt;
     }
     return toVariant(root);
+}
+
+std::optional<QVariant> parseForeignJson(const QByteArray &text)
+{
+    const std::optional<QVariant> clean = parseNetworkJson(text);
+    return clean ? clean : parseNetworkJson(withoutLoneSurrogates(QString::fromUtf8(text).toUtf8()));
 }
 
 } // namespace gateway::cloud_client

@@ -185,6 +185,34 @@ TEST(QidoQuery, KeepsOnlyAttributesThatItAskedFor)
     EXPECT_EQ(QrnTagParser::getStringTag(found, QrnDicomTag::StudyInstanceUID), QStringLiteral("1.2.0"));
 }
 
+TEST(QidoQuery, LosesNoListForTextThatCannotBeRead)
+{
+    const QByteArray begin =
+        R"([{"0020000D":{"vr":"UI","Value":["1.2"]}},{"0020000D":{"vr":"UI","Value":["1.3"]},)"
+        R"("00100020":{"vr":"LO","Value":[")";
+    const std::pair<QByteArray, QString> texts[] = {
+        {"M\xfcller", QStringLiteral("M\uFFFDller")},
+        {R"(A\ud83dB)", QStringLiteral("A\uFFFDB")},
+        {R"(A\\ud83d \ud83d\ude00\udc00)", QString::fromUtf8("A\\ud83d 😀\uFFFD")}};
+    for (const auto &[written, expected] : texts) {
+        const QByteArray body = begin + written + R"("]}}])";
+        ScriptedService service([body](const ReceivedRequest &request) {
+            return ScriptedHttpServer::answer(
+                200, "application/dicom+json", request.target.contains("offset=0") ? body : QByteArray("[]"));
+        });
+
+        const QList<QVariantMap> found = QrnQidoAPI(service.client).getAll({}, {});
+
+        ASSERT_EQ(found.size(), 2) << written.constData();
+        EXPECT_EQ(QrnTagParser::getStringTag(found[1], QrnDicomTag::PatientID), expected);
+    }
+    ScriptedService marked([](const ReceivedRequest &request) {
+        return ScriptedHttpServer::answer(
+            200, "application/dicom+json", request.target.contains("offset=0") ? "\xef\xbb\xbf[]" : "[]");
+    });
+    EXPECT_TRUE(QrnQidoAPI(marked.client).getAll({}, {}).isEmpty()) << "a mark of the byte order";
+}
+
 TEST(QidoQuery, FailsForAnAnswerThatIsNoList)
 {
     for (const QByteArray &body : {QByteArray("{}"), QByteArray("<html/>"), QByteArray()}) {

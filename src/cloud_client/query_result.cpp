@@ -12,7 +12,7 @@ QVariantList queryResult(const HttpResponse &response)
     }
     const bool isJson =
         response.contentType == "application/dicom+json" || response.contentType == "application/json";
-    const QVariant found = isJson ? parseNetworkJson(response.body).value_or(QVariant()) : QVariant();
+    const QVariant found = isJson ? parseForeignJson(response.body).value_or(QVariant()) : QVariant();
     if (found.typeId() != QMetaType::QVariantList) {
         throwUnusableAnswer(response);
     }
