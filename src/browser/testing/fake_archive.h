@@ -11,6 +11,7 @@
 #include <QtCore/QStringList>
 
 #include <algorithm>
+#include <atomic>
 #include <optional>
 #include <vector>
 
@@ -47,6 +48,7 @@ public:
     QSet<QString> stubborn;         ///< targets that can't be deleted
     QString stubbornWords = QStringLiteral("It is held.");
     std::optional<cloud_client::QrnQidoQueryRequest> lastQuery;
+    std::atomic<int> pages = 0; ///< sent so far
 
     /// Adds a study with nothing but its UID and what else is given.
     void addStudy(const QString &uid, QMap<cloud_client::QrnDicomTag, QVariant> attributes = {})
@@ -116,6 +118,7 @@ private:
         const QList<QVariantMap> found = all; // before anybody knows of the call, and may change it
         note(call);
         for (qsizetype at = 0; at == 0 || at < found.size(); at += pageSize) {
+            ++pages;
             const bool isWanted = onPage(found.mid(at, pageSize));
             waitAtTheDoor(call);
             if (failure) {

@@ -67,7 +67,7 @@ bool BrowserCommands::handle(const ControlRequest &request, const Answer &answer
     if (browser::isCloud(tableKindOf(command)) && !m_auth.state().isSignedIn()) {
         answer(ControlReply::failure(browser::signInWords(tableKindOf(command))));
     } else if (command.action != BrowserCommand::Action::deletion) {
-        m_scope.start(list(command, answer));
+        m_scope.start(list(command, request.hungUp, answer));
     } else {
         m_scope.start(removeUnlessAtFault(command, request.hungUp, answer));
     }
@@ -94,9 +94,12 @@ std::unique_ptr<browser::BrowserTable> BrowserCommands::tableFor(const BrowserCo
     return nullptr;
 }
 
-QCoro::Task<void> BrowserCommands::list(BrowserCommand command, Answer answer)
+QCoro::Task<void> BrowserCommands::list(BrowserCommand command, std::stop_token hungUp, Answer answer)
 {
-    const std::unique_ptr<browser::BrowserTable> table = tableFor(command);
+    const std::shared_ptr<browser::BrowserTable> table = tableFor(command);
+    const std::stop_callback whenHungUp(hungUp, [&main = m_cloud.runtime.main, table] {
+        main.post(table, [table = table.get()] { table->stopLoading(); });
+    });
     table->setSearchText(command.searchText);
     table->setShowsFailuresOnly(command.failuresOnly);
     co_await table->load(kTrigger);

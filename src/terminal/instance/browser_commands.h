@@ -31,7 +31,7 @@ public:
     bool handle(const ControlRequest &request, const Answer &answer);
 
 private:
-    QCoro::Task<> list(BrowserCommand command, Answer answer);
+    QCoro::Task<> list(BrowserCommand command, std::stop_token hungUp, Answer answer);
     QCoro::Task<> removeUnlessAtFault(BrowserCommand command, std::stop_token hungUp, Answer answer);
     QCoro::Task<>
     remove(BrowserCommand command, index::OutsideCloud told, std::stop_token hungUp, Answer answer);

@@ -225,4 +225,27 @@ TEST_F(BrowserCommandsTest, EndADeletionBehindTheStudyAtWhichItIsWhenTheCallerGo
     EXPECT_EQ(archive.studies.size(), 1);
 }
 
+TEST_F(BrowserCommandsTest, AskForNoMorePagesWhenTheCallerHangsUp)
+{
+    signIn();
+    archive.pageSize = 1;
+    for (int number = 0; number < 9; ++number) {
+        archive.addStudy(QStringLiteral("5.%1").arg(number));
+    }
+    archive.hold(QStringLiteral("studies"));
+    std::stop_source gone;
+    ControlRequest request = browserRequest({.place = Place::cloud, .action = Action::studies});
+    request.hungUp = gone.get_token();
+    std::optional<ControlReply> reply;
+    commands.handle(request, [&reply](const ControlReply &given) { reply = given; });
+    runUntil([&] { return archive.pages == 1; });
+
+    gone.request_stop();
+    main.drain();
+    archive.release();
+    runUntil([&] { return reply.has_value(); });
+
+    EXPECT_EQ(archive.pages, 2) << "the one that was on its way";
+}
+
 } // namespace gateway::terminal::testing
