@@ -61,7 +61,7 @@ protected:
     TemporaryIndex home;
     platform::UserDefaults defaults{home.path(u"settings.sqlite"_qs)};
     core::Settings settings{defaults};
-    const receive::IncomingFolders folders{defaults, settings, home.path(u"Import"_qs)};
+    receive::IncomingFolders folders{defaults, settings, home.path(u"Import"_qs)};
     int uploadRequests = 0;
     DoctorCommands::Standing standing;
     log::testing::RecordingLog logged;
