@@ -60,7 +60,9 @@ class Browser(EndToEndTest):
 
         # When it goes from here
         gone = self.gateway.command("local", "delete", study, "--yes", "--expect", "1").stdout
-        self.assertEqual(gone, "Deleted 1 study. What is in Quorin Cloud stays there.\n")
+        self.assertEqual(gone, "Deleted 1 study. What is in Quorin Cloud stays there.\n"
+                               f"Images not in Quorin Cloud: {local[0]['images']}, of 1 of the selected studies. "
+                               "They will be lost.\n", "it had been deleted from there before")
         self.assertEqual(self.told("local", "studies")["studies"], local[1:])
         self.assertEqual(len(self.stored_files()), sum(one["images"] for one in local[1:]))
 
