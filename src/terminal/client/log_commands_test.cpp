@@ -185,7 +185,7 @@ TEST_F(LogPrinterTest, PrintsTheLifeOfAnImageOldestFirstThroughAllFiles)
 
     for (const QString &hash : {u"1111111111111111"_qs, u"2222222222222222"_qs}) {
         log::LogFilter life;
-        life.imageHash = hash;
+        life.imageHashes = {hash};
         printer(life).print();
         EXPECT_EQ(take(), u"imported removed"_qs);
     }
