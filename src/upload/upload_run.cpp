@@ -154,7 +154,10 @@ void UploadRun::awaitVersionsBefore(const Contexts &chunk, UploadRound &round)
 void UploadRun::noteUnderWay(const Contexts &contexts, int by)
 {
     for (const QString &instance : instancesOf(contexts)) {
-        if ((m_underWay[instance] += by) < 1) {
+        const int files = m_underWay.value(instance) + by;
+        if (files > 0) {
+            m_underWay.insert(instance, files);
+        } else {
             m_underWay.remove(instance);
         }
     }
