@@ -12,7 +12,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     using namespace gateway::terminal;
     const QByteArray line(reinterpret_cast<const char *>(data), static_cast<qsizetype>(size));
     if (const auto request = decodeRequest(line)) {
-        (void)draftIn(*request);
+        (void)setupCommandIn(*request);
         const auto again = decodeRequest(encode(*request).chopped(1));
         const bool tooLongNow = encode(*request).size() - 1 > kMaxControlLine;
         if (!tooLongNow &&

@@ -32,6 +32,12 @@ class BrowserTest(FaceTest):
         left, top = place.x, place.y
         return left + x, top + ROW + row * ROW + ROW // 2
 
+    def open_menu(self, table, row):
+        """By a right click on a row; keys are the menu's once it is shown."""
+        before = self.windows_of_program()
+        self.desktop.click(self.place_in(table, row, 200), button=3)
+        await_true("the menu", lambda: len(self.windows_of_program()) > len(before), self.gateway.process)
+
     def confirm(self, window, what):
         """The three questions; the focus is on the way back each time, so Return alone deletes nothing."""
         for title, button in ((f"Delete Selected {what}? \\(1/3\\)", "Continue"),
@@ -165,7 +171,7 @@ class Browsers(BrowserTest):
         self.see(window, "Showing .*")
 
         # When a person asks for the folder; nothing is left to send
-        self.desktop.click(self.place_in(table, 0, 200), button=3)
+        self.open_menu(table, 0)
         self.picture("menu")
         self.desktop.keys("Down", "Down", "Return")
 
@@ -175,7 +181,7 @@ class Browsers(BrowserTest):
         self.assertIn(Path(unquote(urlsplit(self.desktop.opened()[0]).path)), folders)
 
         # When they ask for its lines in the log
-        self.desktop.click(self.place_in(table, 0, 200), button=3)
+        self.open_menu(table, 0)
         self.desktop.keys("Down", "Down", "Down", "Return")
 
         # Then
@@ -200,7 +206,7 @@ class OneStudy(BrowserTest):
         self.see(window, "Showing 2 of 2")
 
         # When
-        self.desktop.click(self.place_in(table, 1, 200), button=3)
+        self.open_menu(table, 1)
         self.desktop.keys("Down", "Down", "Return")
 
         # Then
