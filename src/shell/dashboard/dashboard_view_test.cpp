@@ -459,14 +459,19 @@ TEST_F(Dashboard, DoesNothingWhileNothingHappens)
     world.startListener();
     open();
     world.restMeasurements();
-    for (int i = 0; i < 20; ++i) {
-        settle();
-    }
     Work work;
     qApp->installEventFilter(&work);
 
-    for (int i = 0; i < 20; ++i) {
-        QCoreApplication::processEvents();
+    // What opening has begun takes its time on a busy machine; what goes on for ever is never quiet.
+    constexpr int kRounds = 100;
+    for (int round = 0; round == 0 || (work.count > 0 && round < kRounds); ++round) {
+        for (int i = 0; i < 20; ++i) {
+            settle();
+        }
+        work.count = 0;
+        for (int i = 0; i < 20; ++i) {
+            QCoreApplication::processEvents();
+        }
     }
 
     EXPECT_EQ(work.count, 0);
