@@ -65,7 +65,7 @@ QByteArray lineOf(SystemLogLevel level, const QString &subsystem, const QString 
         }
     }
     return QStringLiteral("%1 %2 [%3] %4: %5\n")
-        .arg(QDateTime::currentDateTime().toString(Qt::ISODateWithMs),
+        .arg(QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs),
              subsystem,
              category,
              QString::fromLatin1(wordOf(level)),

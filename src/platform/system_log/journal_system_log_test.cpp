@@ -47,7 +47,7 @@ public:
         for (ssize_t size = 0; (size = ::read(m_ends[0], part.data(), part.size())) > 0;) {
             text.append(part.data(), static_cast<std::size_t>(size));
         }
-        static const std::regex time("\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d\\.\\d{3} (.*\n)");
+        static const std::regex time("\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d\\.\\d{3}Z (.*\n)");
         return std::regex_replace(text, time, "$1");
     }
 
