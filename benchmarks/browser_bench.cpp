@@ -13,8 +13,8 @@
 #include <ctime>
 
 // What the window of the local studies costs with 100,000 of them: opened until the rows are painted,
-// searched, sorted, and loaded anew while it follows an upload. Times are those until the event loop rests
-// again.
+// searched, sorted, and loaded anew while it follows an upload; with nothing selected, with all, and with
+// some rows that lie apart. Times are of the processor, until the event loop rests again.
 
 namespace {
 
@@ -64,6 +64,40 @@ double milliseconds(QWidget &window, Work work)
     return processorMilliseconds() - start;
 }
 
+template <typename Work>
+void measure(shell::LocalStudiesScreen &screen, const QByteArray &what, Work work)
+{
+    std::printf("%s: %.0f ms\n", what.constData(), milliseconds(screen, work));
+}
+
+/// \param state  behind what is printed, a comma first.
+void measureSearchesAndSortings(shell::LocalStudiesScreen &screen, const QByteArray &state)
+{
+    auto &table = screen.table();
+    for (const char *text : {"p", "patient^77", "a part 12", "nobody"}) {
+        const QByteArray search = "search " + QByteArray(text) + state;
+        measure(screen, search, [&] { table.setSearchText(QString::fromLatin1(text)); });
+        measure(screen, search + ", left", [&] { table.setSearchText({}); });
+    }
+    for (const int column : {QuorinGatewayLocalStudyRow::patientNameColumn,
+                             QuorinGatewayLocalStudyRow::accessionColumn,
+                             QuorinGatewayLocalStudyRow::dateColumn}) {
+        measure(screen, "sort by column " + QByteArray::number(column) + state, [&] {
+            table.setSortOrder({column, true});
+        });
+    }
+}
+
+/// Selects the studies of one description, which lie apart from each other.
+void selectSome(shell::LocalStudiesScreen &screen)
+{
+    auto &table = screen.table();
+    table.setSelectedIDs({});
+    table.setSearchText(QStringLiteral("a part 12"));
+    screen.panel().view().selectAll();
+    table.setSearchText({});
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -101,25 +135,16 @@ int main(int argc, char **argv)
         std::fprintf(stderr, "%zu rows are shown\n", table.shown().size());
         return EXIT_FAILURE;
     }
-    const char *const searches[] = {"p", "patient^77", "a part 12", "nobody"};
-    for (const char *text : searches) {
-        const double spent = milliseconds(screen, [&] { table.setSearchText(QString::fromLatin1(text)); });
-        std::printf("search %s (%zu rows): %.0f ms\n", text, table.shown().size(), spent);
-        table.setSearchText({});
-    }
-    for (const int column : {QuorinGatewayLocalStudyRow::patientNameColumn,
-                             QuorinGatewayLocalStudyRow::accessionColumn,
-                             QuorinGatewayLocalStudyRow::dateColumn}) {
-        std::printf("sort by column %d: %.0f ms\n", column, milliseconds(screen, [&] {
-                        table.setSortOrder({column, true});
-                    }));
-    }
-    screen.panel().view().selectAll();
+    measureSearchesAndSortings(screen, "");
+    measure(screen, "all selected", [&] { screen.panel().view().selectAll(); });
+    measureSearchesAndSortings(screen, ", all selected");
     const double follow = processorMilliseconds();
     const auto before = table.lastUpdatedAt();
     store.clock.advance(std::chrono::seconds(1));
     store.notifications.post(core::kLocalSyncStateChanged);
     std::printf("followed with all selected: %.0f ms\n",
                 millisecondsUntil(follow, [&] { return table.lastUpdatedAt() != before; }));
+    selectSome(screen);
+    measureSearchesAndSortings(screen, ", some selected");
     return EXIT_SUCCESS;
 }

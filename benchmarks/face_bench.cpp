@@ -5,7 +5,7 @@
 // Each figure is one event that the main thread handled, with all that it led to: telling a card, laying out,
 // painting.
 
-#include "shell/dashboard/dashboard_window_controller.h"
+#include "shell/dashboard/frame/dashboard_window_controller.h"
 #include "shell/dashboard/testing/dashboard_world.h"
 
 #include <QtCore/QTimer>

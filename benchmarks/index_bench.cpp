@@ -3,23 +3,30 @@
 //
 //   quorin-index-bench [small rows] [large rows] [rounds]
 //   quorin-index-bench --prune ROWS          how long imports wait while all that is uploaded is let go of
+//   quorin-index-bench --migrate ROWS        what bringing an index of version 2 up to date takes
 //   quorin-index-bench --make ROWS HOME      only writes the index of a gateway's home
 
+#include "core/home_layout.h"
 #include "index/import_recorder.h"
 #include "index/index_store.h"
 #include "index/parsed_object.h"
+#include "index/schema_version_1.h"
+#include "index/schema_version_2.h"
 #include "index/testing/temporary_index.h"
 #include "platform/sqlite/database.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QDir>
 #include <QtCore/QFile>
+#include <QtCore/QFileInfo>
 #include <QtCore/QStringList>
+#include <QtCore/QTemporaryDir>
 
 #include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cstdio>
+#include <ctime>
 #include <functional>
 #include <map>
 #include <memory>
@@ -75,9 +82,11 @@ QString pathStringOf(std::int64_t number)
     return QStringLiteral("%1/%2.dcm").arg(bucketOf(number)).arg(number);
 }
 
-/// Writes rows as imports and uploads until `now` would have left them.
-void fill(const QString &indexFile, std::int64_t rows, const QDateTime &now)
+/// Writes rows as imports and uploads until `now` would have left them, and makes the folder of their last
+/// files, without which the store would count as out of sight.
+void fill(const QString &indexFile, const QString &fileStoreRoot, std::int64_t rows, const QDateTime &now)
 {
+    QDir(fileStoreRoot).mkpath(QString::number(bucketOf(rows - 1)));
     IndexStore store(indexFile);
     constexpr std::int64_t kTogether = 10'000;
     const std::int64_t start = now.toMSecsSinceEpoch() - 5 * rows;
@@ -105,7 +114,7 @@ public:
     explicit Subject(std::int64_t rows) : m_next(rows)
     {
         m_home.close();
-        fill(m_home.indexFile(), rows, m_home.clock.now());
+        fill(m_home.indexFile(), m_home.fileStoreRoot(), rows, m_home.clock.now());
         const auto start = std::chrono::steady_clock::now();
         m_home.reopen();
         m_openingTime = std::chrono::steady_clock::now() - start;
@@ -135,13 +144,7 @@ public:
 
     void nextPage() { m_home.index().pendingImageUploads(8, m_pageCursor); }
 
-    void counters()
-    {
-        m_home.index().notSyncedCounts();
-        m_home.index().totalCounts();
-        m_home.index().syncedImagesCount();
-        m_home.index().failedImagesCount();
-    }
+    void counters() { m_home.index().counts(); }
 
     void buckets()
     {
@@ -300,6 +303,79 @@ void reportStudySnapshots()
     std::printf("snapshots of %d studies: %.1f ms\n", kStudies, median(milliseconds));
 }
 
+/// An index as version 2 of the schema kept it: CT studies, the latest tenth of which waits.
+void fillVersion2(const QString &path, std::int64_t rows)
+{
+    using namespace gateway::index;
+    Database database = Database::open(path, Database::Access::readWrite);
+    database.useDurableWriteAheadLog();
+    database.exec("BEGIN");
+    database.exec(kSchemaVersion1);
+    database.exec(kSchemaVersion2);
+    database.exec("INSERT INTO Ledger (pk, storeIdentity) VALUES (1, 'A'); "
+                  "PRAGMA application_id = 1363626328; PRAGMA user_version = 2"); // "QGIX"
+    const std::string last = std::to_string(rows - 1);
+    const std::string ofASeries = std::to_string(kImagesOfASeries);
+    const std::string numbers =
+        "WITH RECURSIVE n (i) AS (SELECT 0 UNION ALL SELECT i + 1 FROM n WHERE i < " + last;
+    database.exec(
+        (numbers + " / " + ofASeries +
+         ") INSERT INTO Study (pk, createDate, name, studyInstanceUID, studyName, modality) SELECT i + 1, 0, "
+         "'Doe^Jane' || i, '1.2.840.99999.1.' || i, 'Thorax with contrast', 'CT' FROM n")
+            .c_str());
+    database.exec((numbers + " / " + ofASeries +
+                   ") INSERT INTO Series (study, seriesInstanceUID, name, modality) SELECT i + 1, "
+                   "'1.2.840.99999.2.' || i, 'Axial 1 mm', 'CT' FROM n")
+                      .c_str());
+    database.exec(
+        (numbers +
+         ") INSERT INTO DicomImage (series, createDate, fileExtension, fileType, frameID, height, width, "
+         "instanceNumber, modality, numberOfFrames, numberOfSeries, pathString, seriesInstanceUID, "
+         "sopInstanceUID, originalSOPInstanceUID, syncState, uploadDate) SELECT i / " +
+         ofASeries + " + 1, 1700000000000 + i * 1000, 'dcm', 'dicom', 0, 512, 512, i % " + ofASeries +
+         ", 'CT', 1, 1, (i / 10000 + 1) * 10000 || '/' || i || '.dcm', '1.2.840.99999.2.' || i / " +
+         ofASeries + ", '1.2.840.99999.3.' || i || '0', '1.2.840.99999.3.' || i, i * 10 < 9 * " +
+         std::to_string(rows) + ", CASE WHEN i * 10 < 9 * " + std::to_string(rows) +
+         " THEN 1700000000000 + i * 1000 END FROM n")
+            .c_str());
+    database.exec("COMMIT; PRAGMA wal_checkpoint(TRUNCATE)");
+}
+
+/// How long bringing an index of version 2 up to date takes, and how much more room it needs meanwhile.
+void reportMigration(std::int64_t rows)
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("index.sqlite"));
+    fillVersion2(path, rows);
+    const qint64 before = QFileInfo(path).size();
+    std::atomic<bool> isDone = false;
+    qint64 most = before;
+    std::thread watch([&] {
+        while (!isDone) {
+            most = std::max(most, QFileInfo(path).size() + QFileInfo(path + QStringLiteral("-wal")).size());
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        }
+    });
+    const std::clock_t processor = std::clock();
+    const auto start = std::chrono::steady_clock::now();
+    {
+        const IndexStore index(path);
+    }
+    const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
+    const double spent = static_cast<double>(std::clock() - processor) / CLOCKS_PER_SEC;
+    isDone = true;
+    watch.join();
+    constexpr double kMiB = 1024.0 * 1024.0;
+    std::printf("migration of %lld rows: %.1f s, %.1f s of processor; %.0f MiB before, %.0f behind, %.0f "
+                "more meanwhile\n",
+                static_cast<long long>(rows),
+                took.count(),
+                spent,
+                static_cast<double>(before) / kMiB,
+                static_cast<double>(QFileInfo(path).size()) / kMiB,
+                static_cast<double>(most - before) / kMiB);
+}
+
 std::int64_t argument(const QStringList &arguments, int at, std::int64_t fallback)
 {
     return arguments.size() > at ? arguments[at].toLongLong() : fallback;
@@ -312,13 +388,16 @@ int main(int argc, char **argv)
     const QCoreApplication application(argc, argv);
     const QStringList arguments = QCoreApplication::arguments();
     if (arguments.value(1) == QStringLiteral("--make")) {
-        fill(arguments.value(3) + QStringLiteral("/index/QuorinGateway.sqlite"),
-             argument(arguments, 2, 0),
-             QDateTime::currentDateTimeUtc());
+        const auto layout = gateway::core::homeLayout(arguments.value(3), {});
+        fill(layout.indexFile, layout.fileStore, argument(arguments, 2, 0), QDateTime::currentDateTimeUtc());
         return 0;
     }
     if (arguments.value(1) == QStringLiteral("--prune")) {
         reportPrune(argument(arguments, 2, 1'000'000));
+        return 0;
+    }
+    if (arguments.value(1) == QStringLiteral("--migrate")) {
+        reportMigration(argument(arguments, 2, 1'000'000));
         return 0;
     }
     const auto rounds = static_cast<int>(argument(arguments, 3, 1000));

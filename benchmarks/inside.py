@@ -81,8 +81,8 @@ def study_table(bench):
     worst = {what: max(int(spent) for spent in re.findall(rf"^{what} .*: (\d+) ms", text, re.MULTILINE))
              for what in ("search", "sort")}
     return [Row("study table of 100,000 rows, opened, ms", opened, goal="<= 300 ms"),
-            Row("  slowest search, ms", str(worst["search"]), goal="<= 50 ms"),
-            Row("  slowest sorting, ms", str(worst["sort"]), goal="<= 150 ms")]
+            Row("  slowest search, whatever is selected, ms", str(worst["search"]), goal="<= 50 ms"),
+            Row("  slowest sorting, whatever is selected, ms", str(worst["sort"]), goal="<= 150 ms")]
 
 
 def log_browser(bench):

@@ -1,7 +1,7 @@
-#include "log/gateway_logger.h"
-#include "log/log_line.h"
-#include "log/redaction.h"
-#include "log/store_log_emitter.h"
+#include "log/writing/gateway_logger.h"
+#include "log/writing/log_line.h"
+#include "log/writing/redaction.h"
+#include "log/writing/store_log_emitter.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>

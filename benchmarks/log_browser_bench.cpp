@@ -1,8 +1,8 @@
-#include "log/log_filter.h"
-#include "log/log_line.h"
-#include "log/log_row_reader.h"
-#include "log/log_rows.h"
-#include "log/redaction.h"
+#include "log/browsing/log_filter.h"
+#include "log/browsing/log_row_reader.h"
+#include "log/browsing/log_rows.h"
+#include "log/writing/log_line.h"
+#include "log/writing/redaction.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>

@@ -5,6 +5,7 @@ import statistics
 import subprocess
 import time
 
+from figures import median_ratio, spread
 from rig import (PROMPT, TITLE, BareLoop, Failure, Gateway, Orthanc, PeakMemory, Row, await_true, cloud,
                  processor_seconds)
 
@@ -35,25 +36,29 @@ def receive_once(bench, kind, files, associations):
 
 def receive(bench, name, files, associations, goals):
     """Receive, import and index, in turns with Orthanc and with the bare loop."""
-    kinds = (Gateway, Orthanc, BareLoop)
-    seen = {kind: [] for kind in kinds}
+    kinds = {"ours": Gateway, "orthanc": Orthanc, "bare": BareLoop}
+    seen = {who: [] for who in kinds}
     for _ in range(bench.rounds):
-        for kind in kinds:
-            seen[kind].append(receive_once(bench, kind, files, associations))
-    ours, orthanc, bare = ([statistics.median(column) for column in zip(*seen[kind])] for kind in kinds)
-    beside = [statistics.median(mine[0] / other[0] for mine, other in zip(seen[Gateway], seen[kind]))
-              for kind in (Orthanc, BareLoop)]
+        for who, kind in kinds.items():
+            seen[who].append(receive_once(bench, kind, files, associations))
+    rates, spent, memory = ({who: [turn[figure] for turn in turns] for who, turns in seen.items()} for figure in range(3))
+    middle = {who: statistics.median(values) for who, values in rates.items()}
     rate_goal, bare_goal, processor_goal = goals
     plural = "s" if associations > 1 else ""
     # The memory of an image's own size belongs to the receiver; what the tree takes without one is the rest.
-    return [Row(f"receive {name}, {associations} association{plural}, images/s", f"{ours[0]:.0f}",
-                f"Orthanc {orthanc[0]:.0f}", f"{beside[0]:.2f}", rate_goal),
-            Row("  beside one fsync a file and nothing else", f"{ours[0]:.0f}", f"bare loop {bare[0]:.0f}",
-                f"{beside[1]:.2f}", bare_goal),
-            Row("  processor, ms an image", f"{ours[1]:.2f}", f"Orthanc {orthanc[1]:.2f}, bare {bare[1]:.2f}",
-                f"{ours[1] / orthanc[1]:.2f}", processor_goal),
-            Row("  peak memory of the tree, MiB", f"{ours[2]:.0f}", f"Orthanc {orthanc[2]:.0f}, bare {bare[2]:.0f}",
-                f"{ours[2] / orthanc[2]:.2f}", "<= 90 MiB")]
+    return [Row(f"receive {name}, {associations} association{plural}, images/s", spread(rates["ours"]),
+                f"Orthanc {middle['orthanc']:.0f}", f"{median_ratio(rates['ours'], rates['orthanc']):.2f}", rate_goal, rates),
+            Row("  beside one fsync a file and nothing else", spread(rates["ours"]),
+                f"bare loop {spread(rates['bare'])}", f"{median_ratio(rates['ours'], rates['bare']):.2f}", bare_goal, rates),
+            beside_both("  processor, ms an image", spent, 2, processor_goal),
+            beside_both("  peak memory of the tree, MiB", memory, 0, "<= 90 MiB")]
+
+
+def beside_both(what, figures, digits, goal):
+    """A row of what is the better the less of it there is."""
+    ours, orthanc, bare = (statistics.median(figures[who]) for who in ("ours", "orthanc", "bare"))
+    return Row(what, spread(figures["ours"], digits), f"Orthanc {orthanc:.{digits}f}, bare {bare:.{digits}f}",
+               f"{ours / orthanc:.2f}", goal, figures)
 
 
 def ct_on_one(bench):
@@ -97,5 +102,5 @@ def while_converting(bench):
         quiet_rates.append(quiet)
         busy_rates.append(busy)
         ratios.append(busy / quiet)
-    return [Row("receive CT while converting and uploading, images/s", f"{statistics.median(busy_rates):.0f}",
-                f"alone {statistics.median(quiet_rates):.0f}", f"{statistics.median(ratios):.2f}", "> 0.8")]
+    return [Row("receive CT while converting and uploading, images/s", spread(busy_rates), f"alone {spread(quiet_rates)}",
+                f"{statistics.median(ratios):.2f}", "> 0.8", {"ours": busy_rates, "alone": quiet_rates})]

@@ -11,7 +11,7 @@ import subprocess
 import threading
 import time
 import urllib.request
-from dataclasses import dataclass
+from dataclasses import dataclass, field
 from pathlib import Path
 
 TITLE = "QUORIN"
@@ -32,6 +32,7 @@ class Row:
     peer: str = ""
     ratio: str = ""
     goal: str = ""
+    measured: dict = field(default_factory=dict)  # what the texts stand on, round by round: {"ours": [...], ...}
 
 
 class Failure(Exception):

@@ -60,6 +60,7 @@ public:
     void refreshCounters() override {}
     void refreshTransferSeries() override {}
     void recordUploadThroughput(qint64, std::chrono::duration<double>) override {}
+    void resetUploadSpeed() override {}
 };
 
 class SilentTerms final : public upload::TermsFollowUp
@@ -83,8 +84,11 @@ public:
 class AlwaysSignedIn final : public upload::UploadSession
 {
 public:
-    bool hasToken() override { return true; }
-    QString cloud() override { return QStringLiteral("a cloud"); }
+    explicit AlwaysSignedIn(cloud_client::QuorinApiClient &client) : m_client(client) {}
+    cloud_client::CloudSession present() override { return m_client.session(); }
+
+private:
+    cloud_client::QuorinApiClient &m_client;
 };
 
 /// Times each conversion that a run has done. Thread: any.
@@ -185,9 +189,9 @@ struct Bench
     platform::DicomConverterWrapper wrapper{converters, home.filePath(QStringLiteral("tmp"))};
     TimedConverter converter{wrapper};
     MemoryTokenStore tokens;
-    cloud_client::QuorinApiClient client{configuration(), tokens};
+    cloud_client::QuorinApiClient client{configuration(), tokens, clock};
     cloud_client::QrnStowAPI stow{client};
-    AlwaysSignedIn session;
+    AlwaysSignedIn session{client};
     SilentState state;
     SilentTerms terms;
     NoCleanup cleanup;

@@ -1,5 +1,6 @@
 #include "dicom_helper/confinement/fences.h"
 #include "dicom_helper/scp/scp.h"
+#include "dicom_helper/sender/sender.h"
 #include "dicom_helper/unpack/unpack.h"
 #include "dicom_helper/worker/worker.h"
 #include "platform/dicom_protocol/words.h"
@@ -25,6 +26,7 @@ constexpr Role kRoles[] = {
     {"scp", gateway::dicom_helper::scp::run},
     {"worker", gateway::dicom_helper::worker::run},
     {"unpack", gateway::dicom_helper::unpack::run},
+    {"sender", gateway::dicom_helper::sender::run},
     {"fences", gateway::dicom_helper::tellFences},
 };
 
@@ -57,6 +59,6 @@ int main(int argc, char **argv)
             return 1;
         }
     }
-    std::fputs("usage: quorin-dicom scp|worker|unpack|fences\n", stderr);
+    std::fputs("usage: quorin-dicom scp|worker|unpack|sender|fences\n", stderr);
     return 2;
 }

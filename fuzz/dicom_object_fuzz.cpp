@@ -18,7 +18,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     if (::ftruncate(file, 0) != 0 || ::pwrite(file, data, size, 0) != static_cast<ssize_t>(size)) {
         std::abort();
     }
-    const auto record = gateway::dicom_helper::worker::parseObject(path);
+    const auto record =
+        gateway::dicom_helper::worker::parseObject(path, gateway::dicom_helper::worker::Look::whole);
     if (record.word == "parsed") {
         for (const char *key : {"patientUID", "studyID", "SOPUID"}) {
             if (record.text(key).size() < 2) {

@@ -73,12 +73,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     require(testing::encodedByCharls(shape, image) == stream);
     require(testing::decodedByCharls(stream) == image);
     Checker checker;
+    Checker baseline(Instructions::baseline);
     require(checker.carries(shape, image, stream));
+    require(baseline.carries(shape, image, stream));
 
     for (std::size_t i = 2; i + 2 < 2 + kChanges; i += 3) {
         stream[(data[i] * 256U + data[i + 1]) % stream.size()] ^= input[i + 2];
     }
-    if (checker.carries(shape, image, stream)) {
+    const bool isCarried = checker.carries(shape, image, stream);
+    require(baseline.carries(shape, image, stream) == isCarried);
+    if (isCarried) {
         require(testing::decodedByCharls(stream) == image);
     }
     // And what was never a stream.

@@ -1,5 +1,5 @@
-#include "log/log_file_rows.h"
-#include "log/log_line.h"
+#include "log/browsing/log_file_rows.h"
+#include "log/writing/log_line.h"
 
 #include <QtCore/QByteArray>
 #include <QtCore/QStringList>

@@ -1,4 +1,4 @@
-#include "log/log_line.h"
+#include "log/writing/log_line.h"
 
 #include <cstdint>
 #include <cstdlib>

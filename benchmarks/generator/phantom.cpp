@@ -34,7 +34,7 @@ double coordinate(int index, int count)
 
 } // namespace
 
-std::uint64_t Chance::next()
+std::uint64_t Random::next()
 {
     m_state ^= m_state << 13U;
     m_state ^= m_state >> 7U;
@@ -42,7 +42,7 @@ std::uint64_t Chance::next()
     return m_state;
 }
 
-double Chance::normal()
+double Random::normal()
 {
     // The sum of four uniform numbers is near enough to a detector's noise, and quick.
     const std::uint64_t bits = next();
@@ -53,7 +53,7 @@ double Chance::normal()
     return sum * std::sqrt(3.0);
 }
 
-std::string greyPicture(const PictureShape &shape, Chance &chance)
+std::string greyPicture(const PictureShape &shape, Random &random)
 {
     const int greatest = (1 << shape.bitsStored) - 1;
     const bool wide = shape.bitsStored > 8;
@@ -65,7 +65,7 @@ std::string greyPicture(const PictureShape &shape, Chance &chance)
             const double bright =
                 brightness(coordinate(column, shape.columns), coordinate(row, shape.rows), shape.phase);
             const double spread = bright < 0.02 ? shape.noise * 0.4 : shape.noise;
-            const double value = bright * greatest * 0.9 + spread * chance.normal();
+            const double value = bright * greatest * 0.9 + spread * random.normal();
             const auto grey =
                 static_cast<unsigned>(std::clamp(static_cast<int>(std::lround(value)), 0, greatest));
             pixels.push_back(static_cast<char>(grey & 0xFFU));
@@ -77,7 +77,7 @@ std::string greyPicture(const PictureShape &shape, Chance &chance)
     return pixels;
 }
 
-std::string colourPicture(int columns, int rows, double phase, Chance &chance)
+std::string colourPicture(int columns, int rows, double phase, Random &random)
 {
     std::string pixels;
     pixels.reserve(static_cast<std::size_t>(columns) * static_cast<std::size_t>(rows) * 3);
@@ -86,7 +86,7 @@ std::string colourPicture(int columns, int rows, double phase, Chance &chance)
             const double bright = brightness(coordinate(column, columns), coordinate(row, rows), phase);
             for (int sample = 0; sample < 3; ++sample) {
                 const double tint = 0.6 + 0.2 * sample + 0.1 * std::sin(phase + sample + column * 0.01);
-                const double value = 255 * bright * tint + 1.5 * chance.normal();
+                const double value = 255 * bright * tint + 1.5 * random.normal();
                 pixels.push_back(static_cast<char>(std::clamp(static_cast<int>(std::lround(value)), 0, 255)));
             }
         }

@@ -5,11 +5,11 @@
 
 namespace gateway::bench {
 
-/// A small fast generator of chance with a fixed seed, so that the same call makes the same files.
-class Chance
+/// A small fast generator of random numbers with a fixed seed, so that the same call makes the same files.
+class Random
 {
 public:
-    explicit Chance(std::uint64_t seed) : m_state(seed * 0x9E3779B97F4A7C15ULL + 1) {}
+    explicit Random(std::uint64_t seed) : m_state(seed * 0x9E3779B97F4A7C15ULL + 1) {}
 
     std::uint64_t next();
 
@@ -31,9 +31,9 @@ struct PictureShape
 };
 
 /// The pixels of one grey picture, row by row.
-std::string greyPicture(const PictureShape &shape, Chance &chance);
+std::string greyPicture(const PictureShape &shape, Random &random);
 
 /// The pixels of one RGB picture with 8 bits a sample, interleaved by pixel.
-std::string colourPicture(int columns, int rows, double phase, Chance &chance);
+std::string colourPicture(int columns, int rows, double phase, Random &random);
 
 } // namespace gateway::bench

@@ -109,15 +109,15 @@ PixelFacts pixelFactsOf(SampleKind kind)
 
 std::string pixelsOf(const SampleRequest &request, const PixelFacts &facts, int frames)
 {
-    Chance chance(request.seed * 1000003 + static_cast<std::uint64_t>(request.instance) * 17 +
+    Random random(request.seed * 1000003 + static_cast<std::uint64_t>(request.instance) * 17 +
                   static_cast<std::uint64_t>(request.kind));
     std::string pixels;
     for (int frame = 0; frame < frames; ++frame) {
         const double phase = 0.05 * (request.instance + frame);
         if (facts.samples == 3) {
-            pixels += colourPicture(facts.columns, facts.rows, phase, chance);
+            pixels += colourPicture(facts.columns, facts.rows, phase, random);
         } else {
-            pixels += greyPicture({facts.columns, facts.rows, facts.bitsStored, facts.noise, phase}, chance);
+            pixels += greyPicture({facts.columns, facts.rows, facts.bitsStored, facts.noise, phase}, random);
         }
     }
     return pixels;

@@ -326,6 +326,30 @@ TEST_F(DicomwebService, FindsSeriesAndInstances)
     EXPECT_EQ(session.get(study + QStringLiteral("/series/1/frames")).status, 404);
 }
 
+TEST_F(DicomwebService, GivesAddressesOfOddIdentifiersThatLeadToThem)
+{
+    HttpClient session = signedIn();
+    Sample odd;
+    odd.studyUid = "1.2 a?b#c%20";
+    odd.seriesUid = "1.2&s=1";
+    odd.sopInstanceUid = "1.2+3;4";
+    const QByteArray file = sampleFile(odd);
+    const HttpAnswer stored = upload(session, {file});
+    ASSERT_EQ(stored.status, 200);
+
+    const QJsonArray found = session.get(QStringLiteral("/dicom-web/instances")).array();
+    const QString told =
+        valueOf(stored.object()[QLatin1String(kReferenced)].toObject()[u"Value"][0], "00081190");
+    ASSERT_EQ(found.size(), 1);
+
+    EXPECT_EQ(valueOf(found[0], "00081190"), told);
+    EXPECT_EQ(QUrl(told, QUrl::StrictMode).path(QUrl::FullyDecoded).section(u'/', 2),
+              QStringLiteral("studies/1.2 a?b#c%20/series/1.2&s=1/instances/1.2+3;4"));
+    const CollectingSink parts = partsOf(session.get(QUrl(told).path(QUrl::FullyEncoded)));
+    ASSERT_EQ(parts.parts.size(), 1);
+    EXPECT_EQ(parts.parts.front(), file);
+}
+
 TEST_F(DicomwebService, GivesBackTheBytesItWasSent)
 {
     HttpClient session = signedIn();

@@ -4,6 +4,7 @@
 #include "cloud/http/problem.h"
 
 #include <QtCore/QJsonDocument>
+#include <QtCore/QUrl>
 
 namespace gateway::cloud {
 
@@ -33,6 +34,11 @@ void answerDicomJson(Exchange &exchange, int status, const QJsonArray &body)
 void answerDicomJson(Exchange &exchange, int status, const QJsonObject &body)
 {
     exchange.answer(status, kDicomJson, QJsonDocument(body).toJson(QJsonDocument::Compact));
+}
+
+QString addressSegment(const QString &identifier)
+{
+    return QString::fromLatin1(QUrl::toPercentEncoding(identifier));
 }
 
 QJsonObject readJson(Exchange &exchange)

@@ -116,11 +116,11 @@ QJsonObject rowJson(const ArchiveQuery &query, const std::vector<QString> &row, 
         const Attribute &attribute = *query.columns[i];
         json.insert(jsonName(attribute.tag), jsonFromText(attribute.vr, row[i]));
         if (attribute.tag == kStudyInstanceUid) {
-            url += QStringLiteral("/studies/") + row[i];
+            url += QStringLiteral("/studies/") + addressSegment(row[i]);
         } else if (attribute.tag == kSeriesInstanceUid) {
-            url += QStringLiteral("/series/") + row[i];
+            url += QStringLiteral("/series/") + addressSegment(row[i]);
         } else if (attribute.tag == kSopInstanceUid) {
-            url += QStringLiteral("/instances/") + row[i];
+            url += QStringLiteral("/instances/") + addressSegment(row[i]);
         }
     }
     json.insert(QStringLiteral("00080056"), jsonFromText("CS", QStringLiteral("ONLINE")));

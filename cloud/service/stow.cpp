@@ -231,10 +231,11 @@ QJsonObject answerDataset(const std::string &studiesUrl,
     const QString base = QString::fromStdString(studiesUrl) + u'/';
     for (const NewInstance &instance : stored) {
         const DicomSummary &summary = instance.summary;
+        const auto named = [&summary](std::uint32_t tag) { return addressSegment(summary.value(tag)); };
         QJsonObject item = reference(summary.value(kSopClassUid), summary.value(kSopInstanceUid));
-        const QString url = base + summary.value(kStudyInstanceUid) + QStringLiteral("/series/") +
-                            summary.value(kSeriesInstanceUid) + QStringLiteral("/instances/") +
-                            summary.value(kSopInstanceUid);
+        const QString url = base + named(kStudyInstanceUid) + QStringLiteral("/series/") +
+                            named(kSeriesInstanceUid) + QStringLiteral("/instances/") +
+                            named(kSopInstanceUid);
         item.insert(QStringLiteral("00081190"), jsonFromText("UR", url));
         references.append(item);
     }
@@ -247,7 +248,7 @@ QJsonObject answerDataset(const std::string &studiesUrl,
     QJsonObject dataset;
     if (!stored.empty()) {
         const QString study = stored.front().summary.value(kStudyInstanceUid);
-        dataset.insert(QStringLiteral("00081190"), jsonFromText("UR", base + study));
+        dataset.insert(QStringLiteral("00081190"), jsonFromText("UR", base + addressSegment(study)));
         dataset.insert(QStringLiteral("00081199"), sequence(references));
     }
     if (!failed.isEmpty()) {

@@ -1,5 +1,7 @@
 #include "dicom_helper/confinement/confinement.h"
 
+#include "platform/descriptors/descriptor.h"
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -89,8 +91,9 @@ bool confineFiles(const Confinement &confinement)
     }
     landlock_ruleset_attr handled{};
     handled.handled_access_fs = kFirstVersion | (version >= kVersionWithMoves ? LANDLOCK_ACCESS_FS_REFER : 0);
-    const long rules = ::syscall(SYS_landlock_create_ruleset, &handled, sizeof(handled.handled_access_fs), 0);
-    if (rules < 0) {
+    const platform::Descriptor rules(static_cast<int>(
+        ::syscall(SYS_landlock_create_ruleset, &handled, sizeof(handled.handled_access_fs), 0)));
+    if (!rules.isOpen()) {
         return false;
     }
     bool isWhole = true;
@@ -98,12 +101,10 @@ bool confineFiles(const Confinement &confinement)
         landlock_path_beneath_attr below{};
         below.allowed_access = rightsOf(place.use) & handled.handled_access_fs;
         below.parent_fd = place.folder;
-        isWhole =
-            ::syscall(SYS_landlock_add_rule, rules, LANDLOCK_RULE_PATH_BENEATH, &below, 0) == 0 && isWhole;
+        isWhole = ::syscall(SYS_landlock_add_rule, rules.get(), LANDLOCK_RULE_PATH_BENEATH, &below, 0) == 0 &&
+                  isWhole;
     }
-    const bool isConfined = isWhole && ::syscall(SYS_landlock_restrict_self, rules, 0) == 0;
-    ::close(static_cast<int>(rules));
-    return isConfined;
+    return isWhole && ::syscall(SYS_landlock_restrict_self, rules.get(), 0) == 0;
 }
 
 #if defined(__x86_64__)

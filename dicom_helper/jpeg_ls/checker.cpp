@@ -1,6 +1,8 @@
 #include "dicom_helper/jpeg_ls/checker.h"
 
 #include "dicom_helper/jpeg_ls/checker_header.h"
+#include "dicom_helper/jpeg_ls/checker_source.h"
+#include "dicom_helper/jpeg_ls/checker_states.h"
 #include "dicom_helper/jpeg_ls/scan_bits.h"
 
 #include <algorithm>
@@ -11,46 +13,17 @@ namespace gateway::dicom_helper::jpeg_ls {
 
 namespace {
 
-/// How often a context is met before it is halved: RESET.
-constexpr int kHalving = 64;
+/// So many samples are looked at together, in whole lines: as many as the cache holds.
+constexpr std::size_t kSamplesTogether = std::size_t{32} * 1024;
 
-/// The variables of a context of the regular mode (ISO/IEC 14495-1 A.2.1).
-struct Statistics
-{
-    int A, B, C, N;
-};
+/// How many bits BitCursor has at hand.
+constexpr unsigned kAtHand = 57;
 
 /// The variables of a context of interrupted runs.
 struct RunStatistics
 {
     int A, N, Nn;
 };
-
-[[gnu::always_inline]] inline int clampedTo(int value, int least, int greatest)
-{
-    return value < least ? least : value > greatest ? greatest : value;
-}
-
-/// A.6
-[[gnu::always_inline]] inline void learn(Statistics &of, int error)
-{
-    int A = of.A + std::abs(error);
-    int B = of.B + error;
-    int N = of.N;
-    if (N == kHalving) {
-        A >>= 1;
-        B >>= 1;
-        N >>= 1;
-    }
-    N += 1;
-    const bool low = B <= -N;
-    const bool high = B > 0;
-    int C = of.C + (high ? 1 : 0) - (low ? 1 : 0);
-    if (C < -128 || C > 127) [[unlikely]] {
-        C = of.C;
-    }
-    of = {A, clampedTo(B + (low ? N : 0) - (high ? N : 0), 1 - N, 0), C, N};
-}
 
 /// A.5.1: the least k where N * 2^k reaches `sum`.
 [[gnu::always_inline]] inline unsigned golombParameter(int N, int sum)
@@ -86,7 +59,7 @@ struct Code
     const std::uint64_t word = at.next();
     const auto zeros = static_cast<unsigned>(std::countl_zero(word));
     const unsigned length = zeros + 1 + k;
-    if (zeros >= most || length > 57) [[unlikely]] {
+    if (zeros >= most || length > kAtHand) [[unlikely]] {
         return longCode(at, k, most, bits);
     }
     // The marker bit among the k + 1 lowest is what one of the zeros counts for.
@@ -99,312 +72,154 @@ unsigned segmentExponent(unsigned index)
     return index < 16 ? index / 4 : index < 24 ? 4 + (index - 16) / 2 : index - 16;
 }
 
-/// A line of one component, with the neighbours beyond its ends (A.2.2), and the one above it.
-struct Lines
-{
-    void prepare(std::size_t width)
-    {
-        above.assign(width + 2, 0);
-        here.assign(width + 2, 0);
-        contexts.assign(width, 0);
-        predictions.assign(width, 0);
-    }
-
-    // Index 0 is the sample before the first.
-    std::vector<int> above;
-    std::vector<int> here;
-    std::vector<int> contexts;    ///< of A.3.4, negative where SIGN is -1
-    std::vector<int> predictions; ///< of A.4.1
-};
-
 } // namespace
 
 /// The work on one scan.
 class Checker::Scan
 {
 public:
-    bool
-    carries(const ImageShape &shape, std::span<const std::byte> image, std::span<const std::byte> stream);
+    bool carries(Instructions instructions,
+                 const ImageShape &shape,
+                 std::span<const std::byte> image,
+                 std::span<const std::byte> stream);
 
 private:
-    void prepare(const ImageShape &shape);
-    bool carriesLines(const ImageShape &shape, const ScanRules &rules, std::span<const std::byte> image);
-    bool carriesLinesAvx2(const ImageShape &shape, const ScanRules &rules, std::span<const std::byte> image);
-    [[gnu::always_inline]] inline bool
-    carriesAll(const ImageShape &shape, const ScanRules &rules, std::span<const std::byte> image);
-    [[gnu::always_inline]] inline bool
-    look(const ImageShape &shape, const ScanRules &rules, const std::byte *line);
-    [[gnu::always_inline]] inline bool carriesLine(const ScanRules &rules, Lines &lines, unsigned &runIndex);
-    [[gnu::always_inline]] inline bool carriesLineBySample(const ScanRules &rules, unsigned &runIndex);
-    [[gnu::always_inline]] inline bool
-    carriesSample(const ScanRules &rules, const Lines &lines, std::size_t x, BitCursor &at);
-    bool carriesRun(const ScanRules &rules, std::span<Lines> together, std::size_t &x, unsigned &runIndex);
-    bool carriesInterruption(
-        const ScanRules &rules, const Lines &lines, std::size_t x, bool likeAbove, unsigned runIndex);
+    void begin(const ImageShape &shape);
+    bool carriesLines(std::span<const std::byte> image);
+    bool carriesLinesAvx2(std::span<const std::byte> image);
+    [[gnu::always_inline]] inline bool carriesAll(std::span<const std::byte> image);
+    [[gnu::always_inline]] inline bool carriesSamples(std::size_t begin, std::size_t end);
+    bool carriesRun(const SourceRun &run);
+    bool carriesRunEnd(const RunEnd &end, bool likeAbove, unsigned runIndex);
     std::optional<std::size_t> readRunLength(std::size_t most, unsigned &runIndex);
 
+    ImageShape m_shape;
+    ScanRules m_rules{m_shape.precision};
+    CheckerSource m_source;
+    CheckerStates m_states;
     ScanBits m_bits;
     BitCursor m_at;
-    std::array<Lines, 3> m_lines;
-    std::array<Statistics, 365> m_regular{};
     std::array<RunStatistics, 2> m_interrupted{};
+    std::array<unsigned, 3> m_runIndices{};
 };
 
-void Checker::Scan::prepare(const ImageShape &shape)
+void Checker::Scan::begin(const ImageShape &shape)
 {
-    for (unsigned component = 0; component < shape.components; ++component) {
-        m_lines[component].prepare(shape.columns);
-    }
-    const int firstSum = ScanRules(shape.precision).firstSum;
-    m_regular.fill({firstSum, 0, 0, 1});
-    m_interrupted.fill({firstSum, 1, 0});
+    m_shape = shape;
+    m_rules = ScanRules(shape.precision);
+    m_source.begin(shape);
+    m_states.begin(m_rules);
+    m_at = m_bits.cursor();
+    m_interrupted.fill({m_rules.firstSum, 1, 0});
+    m_runIndices.fill(0);
 }
 
-/// A.3.3
-[[gnu::always_inline]] inline int region(int gradient, const ScanRules &rules)
-{
-    const int up = (gradient >= 1 ? 1 : 0) + (gradient >= rules.t1 ? 1 : 0) + (gradient >= rules.t2 ? 1 : 0) +
-                   (gradient >= rules.t3 ? 1 : 0);
-    const int down = (gradient <= -1 ? 1 : 0) + (gradient <= -rules.t1 ? 1 : 0) +
-                     (gradient <= -rules.t2 ? 1 : 0) + (gradient <= -rules.t3 ? 1 : 0);
-    return up - down;
-}
-
-/// Reads every `step`th sample into `to`. \return all bits that any of them has
-template <unsigned Width>
-[[gnu::always_inline]] inline unsigned
-readSamples(const std::byte *from, std::size_t step, std::size_t count, int *to)
-{
-    unsigned used = 0;
-    for (std::size_t x = 0; x < count; ++x) {
-        const std::byte *const sample = from + x * step;
-        const auto low = std::to_integer<unsigned>(sample[0]);
-        const unsigned value = Width == 1 ? low : low | std::to_integer<unsigned>(sample[1]) << 8U;
-        used |= value;
-        to[x] = static_cast<int>(value);
-    }
-    return used;
-}
-
-/// A.3 and A.4.1
-[[gnu::always_inline]] inline void describe(Lines &of, const ScanRules &given)
-{
-    const ScanRules rules = given; // which nothing below can change, as the compiler then sees
-    const std::size_t width = of.contexts.size();
-    const int *const here = of.here.data();
-    const int *const above = of.above.data();
-    int *const contexts = of.contexts.data();
-    int *const predictions = of.predictions.data();
-    for (std::size_t x = 0; x < width; ++x) {
-        const int left = here[x];
-        const int corner = above[x];
-        const int top = above[x + 1];
-        contexts[x] = 81 * region(above[x + 2] - top, rules) + 9 * region(top - corner, rules) +
-                      region(corner - left, rules);
-        const int least = std::min(left, top);
-        const int greatest = std::max(left, top);
-        predictions[x] = corner >= greatest ? least : corner <= least ? greatest : left + top - corner;
-    }
-}
-
-/// \return false where a sample has more bits than the precision: no stream says that.
-bool Checker::Scan::look(const ImageShape &shape, const ScanRules &rules, const std::byte *line)
-{
-    const std::size_t width = shape.columns;
-    const std::size_t step = std::size_t{shape.components} * shape.bytesPerSample();
-    unsigned used = 0;
-    for (unsigned component = 0; component < shape.components; ++component) {
-        Lines &of = m_lines[component];
-        of.above.swap(of.here);
-        int *const here = of.here.data() + 1;
-        const std::byte *const from = line + component * shape.bytesPerSample();
-        if (step == 1) {
-            used |= readSamples<1>(from, 1, width, here);
-        } else if (shape.bytesPerSample() == 1) {
-            used |= readSamples<1>(from, step, width, here);
-        } else {
-            used |= readSamples<2>(from, step, width, here);
-        }
-        of.here[0] = of.above[1];
-        of.here[width + 1] = of.here[width];
-        describe(of, rules);
-    }
-    return used >> shape.precision == 0;
-}
-
-bool Checker::Scan::carries(const ImageShape &shape,
+bool Checker::Scan::carries(Instructions instructions,
+                            const ImageShape &shape,
                             std::span<const std::byte> image,
                             std::span<const std::byte> stream)
 {
-    const ScanRules rules(shape.precision);
-    const auto begin = headerEnd(shape, rules, stream);
-    if (!begin) {
+    const auto headerSize = headerEnd(shape, ScanRules(shape.precision), stream);
+    if (!headerSize) {
         return false;
     }
-    const std::span<const std::byte> scan = stream.subspan(*begin);
+    const std::span<const std::byte> scan = stream.subspan(*headerSize);
     const auto end = m_bits.take(scan);
     if (!end || scan.size() - *end != 2 || scan[*end + 1] != std::byte{0xD9}) {
         return false;
     }
-    m_at = m_bits.cursor();
-    prepare(shape);
-#if defined(__x86_64__)
-    if (__builtin_cpu_supports("avx2") != 0 && __builtin_cpu_supports("bmi2") != 0) {
-        return carriesLinesAvx2(shape, rules, image) && m_at.isAtPadding();
-    }
-#endif
-    return carriesLines(shape, rules, image) && m_at.isAtPadding();
+    begin(shape);
+    return (instructions == Instructions::avx2 ? carriesLinesAvx2(image) : carriesLines(image)) &&
+           m_at.isAtPadding();
+}
+
+bool Checker::Scan::carriesLines(std::span<const std::byte> image)
+{
+    return carriesAll(image);
 }
 
 #if defined(__x86_64__)
 [[gnu::target("avx2,bmi,bmi2,lzcnt")]]
 #endif
-bool Checker::Scan::carriesLinesAvx2(const ImageShape &shape,
-                                     const ScanRules &rules,
-                                     std::span<const std::byte> image)
+bool Checker::Scan::carriesLinesAvx2(std::span<const std::byte> image)
 {
-    return carriesAll(shape, rules, image);
+    return carriesAll(image);
 }
 
-bool Checker::Scan::carriesLines(const ImageShape &shape,
-                                 const ScanRules &rules,
-                                 std::span<const std::byte> image)
+bool Checker::Scan::carriesAll(std::span<const std::byte> image)
 {
-    return carriesAll(shape, rules, image);
-}
-
-bool Checker::Scan::carriesAll(const ImageShape &shape,
-                               const ScanRules &rules,
-                               std::span<const std::byte> image)
-{
-    std::array<unsigned, 3> runIndices{};
-    const std::size_t stride = image.size() / shape.rows;
-    for (std::size_t y = 0; y < shape.rows; ++y) {
-        if (!look(shape, rules, image.data() + y * stride)) {
-            return false;
-        }
-        if (shape.interleave == Interleave::sample) {
-            if (!carriesLineBySample(rules, runIndices[0])) {
-                return false;
-            }
-            continue;
-        }
-        for (unsigned component = 0; component < shape.components; ++component) {
-            if (!carriesLine(rules, m_lines[component], runIndices[component])) {
+    const std::size_t stride = image.size() / m_shape.rows;
+    const std::size_t together =
+        std::max(std::size_t{1}, kSamplesTogether / (std::size_t{m_shape.columns} * m_shape.components));
+    for (std::size_t y = 0; y < m_shape.rows;) {
+        m_source.clear();
+        const std::size_t end = std::min<std::size_t>(m_shape.rows, y + together);
+        for (; y < end; ++y) {
+            if (!m_source.addLine(image.data() + y * stride)) {
                 return false;
             }
         }
-    }
-    return true;
-}
-
-bool Checker::Scan::carriesLine(const ScanRules &rules, Lines &lines, unsigned &runIndex)
-{
-    const std::size_t width = lines.contexts.size();
-    const int *const contexts = lines.contexts.data();
-    std::size_t x = 0;
-    while (x < width) {
-        const ScanRules fixed = rules;
-        BitCursor at = m_at;
-        std::size_t here = x;
-        for (; here < width && contexts[here] != 0; ++here) {
-            if (!carriesSample(fixed, lines, here, at)) {
+        m_states.expect(m_source.contexts(), m_source.samples());
+        std::size_t done = 0;
+        for (const SourceRun &run : m_source.runs()) {
+            if (!carriesSamples(done, run.at) || !carriesRun(run)) {
                 return false;
             }
+            done = run.at;
         }
-        m_at = at;
-        x = here;
-        if (x < width && !carriesRun(rules, std::span(&lines, 1), x, runIndex)) {
+        if (!carriesSamples(done, m_source.contexts().size())) {
             return false;
         }
     }
     return true;
 }
 
-bool Checker::Scan::carriesLineBySample(const ScanRules &rules, unsigned &runIndex)
+/// Reads the errors of some samples of the regular mode, which must be those that lead to the image's.
+///
+/// Code words are a prefix code: from bits that begin with the word of an error a decoder reads that error,
+/// and from no others. Where the next word begins is where the last one ended, if it was right; so it is
+/// reckoned by the words that must come, and nothing waits for the bits before.
+bool Checker::Scan::carriesSamples(std::size_t begin, std::size_t end)
 {
-    const std::size_t width = m_lines[0].contexts.size();
-    for (std::size_t x = 0; x < width;) {
-        const bool isRun = std::ranges::all_of(m_lines, [x](const Lines &of) { return of.contexts[x] == 0; });
-        if (isRun) {
-            if (!carriesRun(rules, m_lines, x, runIndex)) {
+    const unsigned bits = m_rules.bits;
+    const unsigned most = m_rules.limit - bits - 1;
+    BitCursor at = m_at;
+    std::uint64_t wrong = 0;
+    for (std::size_t i = begin; i < end; ++i) {
+        const ExpectedCode expected = m_states.code(i);
+        if (expected.isOrdinary()) [[likely]] {
+            wrong |= at.next() >> (64U - expected.length()) ^ expected.word();
+            at.skip(expected.length());
+        } else {
+            const Code code = longCode(at, expected.k(), most, bits);
+            if (code.length == 0 || code.value != expected.mapped()) {
                 return false;
             }
-            continue;
+            at.skip(code.length);
         }
-        for (const Lines &lines : m_lines) {
-            if (!carriesSample(rules, lines, x, m_at)) {
-                return false;
-            }
+        if (at.isOverrun()) [[unlikely]] {
+            return false;
         }
-        ++x;
     }
-    return true;
+    m_at = at;
+    return wrong == 0;
 }
 
-/// Reads the error of a sample, which must be the one that leads to the image's.
-bool Checker::Scan::carriesSample(const ScanRules &rules, const Lines &lines, std::size_t x, BitCursor &at)
+/// What a run's code words say, and that it ends there.
+bool Checker::Scan::carriesRun(const SourceRun &run)
 {
-    const int context = lines.contexts.data()[x];
-    const int sign = context >> 31;
-    Statistics &of = m_regular.data()[(context ^ sign) - sign];
-    int prediction = lines.predictions.data()[x] + ((of.C ^ sign) - sign);
-    if (prediction < 0 || prediction > rules.greatest) [[unlikely]] {
-        prediction = prediction < 0 ? 0 : rules.greatest;
-    }
-    const int half = (rules.greatest >> 1) + 1;
-    int wanted = ((lines.here.data()[x + 1] - prediction) ^ sign) - sign;
-    if (wanted < -half || wanted >= half) [[unlikely]] {
-        wanted += wanted < 0 ? 2 * half : -2 * half;
-    }
-    const unsigned k = golombParameter(of.N, of.A);
-    const unsigned turned = k == 0 && 2 * of.B <= -of.N ? 1 : 0;
-    learn(of, wanted);
-
-    const Code code = readCode(at, k, rules.limit - rules.bits - 1, rules.bits);
-    at.skip(code.length);
-    const unsigned mapped = code.value ^ turned;
-    const int error = static_cast<int>(mapped >> 1U) ^ -static_cast<int>(mapped & 1U);
-    return error == wanted && code.length != 0 && !at.isOverrun();
-}
-
-/// A run from `x` on, of one component or of all together, and what interrupts it.
-bool Checker::Scan::carriesRun(const ScanRules &rules,
-                               std::span<Lines> together,
-                               std::size_t &x,
-                               unsigned &runIndex)
-{
-    const std::size_t width = together[0].contexts.size();
-    const auto length = readRunLength(width - x, runIndex);
-    if (!length) {
+    unsigned &runIndex = m_runIndices[run.component];
+    if (readRunLength(run.most, runIndex) != run.length) {
         return false;
     }
-    for (const Lines &lines : together) {
-        const int *const here = lines.here.data() + 1 + x;
-        const int left = here[-1];
-        if (!std::all_of(here, here + *length, [left](int sample) { return sample == left; })) {
+    const auto ends = std::span(run.ends).first(run.endCount);
+    for (const RunEnd &end : ends) {
+        const bool likeAbove = ends.size() == 1 && end.left == end.top;
+        if (!carriesRunEnd(end, likeAbove, runIndex)) {
             return false;
         }
     }
-    x += *length;
-    if (x == width) {
-        return true;
-    }
-    bool isLonger = true;
-    for (const Lines &lines : together) {
-        isLonger = isLonger && lines.here[x + 1] == lines.here[x];
-    }
-    if (isLonger) {
-        return false;
-    }
-    for (const Lines &lines : together) {
-        const bool likeAbove = together.size() == 1 && lines.here[x] == lines.above[x + 1];
-        if (!carriesInterruption(rules, lines, x, likeAbove, runIndex)) {
-            return false;
-        }
-    }
-    runIndex -= runIndex > 0 ? 1U : 0U;
-    ++x;
+    runIndex -= !ends.empty() && runIndex > 0 ? 1U : 0U;
     return true;
 }
 
@@ -436,14 +251,12 @@ std::optional<std::size_t> Checker::Scan::readRunLength(std::size_t most, unsign
 }
 
 /// A.7.2; `likeAbove` is RItype.
-bool Checker::Scan::carriesInterruption(
-    const ScanRules &rules, const Lines &lines, std::size_t x, bool likeAbove, unsigned runIndex)
+bool Checker::Scan::carriesRunEnd(const RunEnd &end, bool likeAbove, unsigned runIndex)
 {
     RunStatistics &of = m_interrupted[likeAbove ? 1 : 0];
-    const int left = lines.here[x];
-    const int top = lines.above[x + 1];
     const unsigned k = golombParameter(of.N, of.A + (likeAbove ? of.N / 2 : 0));
-    const Code code = readCode(m_at, k, rules.limit - segmentExponent(runIndex) - 2 - rules.bits, rules.bits);
+    const Code code =
+        readCode(m_at, k, m_rules.limit - segmentExponent(runIndex) - 2 - m_rules.bits, m_rules.bits);
     m_at.skip(code.length);
     if (code.length == 0 || m_at.isOverrun()) {
         return false;
@@ -453,13 +266,13 @@ bool Checker::Scan::carriesInterruption(
     // An odd one was mapped: to the sign that is the rarer so far, or to the negative one where k isn't 0.
     const bool negativeIsMapped = k != 0 || 2 * of.Nn >= of.N;
     const int error = (folded % 2 != 0) == negativeIsMapped ? -size : size;
-    const int half = (rules.greatest + 1) / 2;
+    const int half = (m_rules.greatest + 1) / 2;
     if (error < -half || error >= half) {
         return false;
     }
-    const int signedError = !likeAbove && left > top ? -error : error;
-    const int prediction = likeAbove ? left : top;
-    if (((prediction + signedError) & rules.greatest) != lines.here[x + 1]) {
+    const int signedError = !likeAbove && end.left > end.top ? -error : error;
+    const int prediction = likeAbove ? end.left : end.top;
+    if (((prediction + signedError) & m_rules.greatest) != end.sample) {
         return false;
     }
     of.Nn += error < 0 ? 1 : 0;
@@ -473,7 +286,9 @@ bool Checker::Scan::carriesInterruption(
     return true;
 }
 
-Checker::Checker() : m_scan(std::make_unique<Scan>()) {}
+Checker::Checker(Instructions instructions) : m_instructions(instructions), m_scan(std::make_unique<Scan>())
+{
+}
 
 Checker::~Checker() = default;
 
@@ -481,7 +296,8 @@ bool Checker::carries(const ImageShape &shape,
                       std::span<const std::byte> image,
                       std::span<const std::byte> stream)
 {
-    return shape.isCodable() && image.size() == shape.bytes() && m_scan->carries(shape, image, stream);
+    return shape.isCodable() && image.size() == shape.bytes() &&
+           m_scan->carries(m_instructions, shape, image, stream);
 }
 
 } // namespace gateway::dicom_helper::jpeg_ls

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "dicom_helper/jpeg_ls/image_shape.h"
+#include "dicom_helper/jpeg_ls/instructions.h"
 
 #include <memory>
 #include <span>
@@ -17,7 +18,7 @@ namespace gateway::dicom_helper::jpeg_ls {
 class Checker
 {
 public:
-    Checker();
+    explicit Checker(Instructions instructions = bestInstructions());
     ~Checker();
     Checker(const Checker &) = delete;
     Checker &operator=(const Checker &) = delete;
@@ -30,6 +31,7 @@ public:
 private:
     class Scan;
 
+    Instructions m_instructions;
     std::unique_ptr<Scan> m_scan;
 };
 

@@ -48,9 +48,9 @@ std::string said(const Sample &of, std::size_t at)
 
 /// Whether the checker takes the sample as it is, and rejects it with any one bit of `flipped` turned, which
 /// is a part of it.
-::testing::AssertionResult rejectsEachFlip(const Sample &of, Bytes &flipped)
+::testing::AssertionResult rejectsEachFlip(const Sample &of, Bytes &flipped, Instructions form)
 {
-    Checker checker;
+    Checker checker(form);
     if (!checker.carries(of.shape, of.image, of.stream)) {
         return ::testing::AssertionFailure() << "the sample itself is rejected: " << said(of, 0);
     }
@@ -70,14 +70,35 @@ std::string said(const Sample &of, std::size_t at)
 TEST(JpegLsChecker, RejectsEveryFlippedBitOfTheStream)
 {
     for (Sample &of : samples()) {
-        ASSERT_TRUE(rejectsEachFlip(of, of.stream));
+        ASSERT_TRUE(rejectsEachFlip(of, of.stream, Instructions::baseline));
+        ASSERT_TRUE(rejectsEachFlip(of, of.stream, bestInstructions()));
+    }
+}
+
+TEST(JpegLsChecker, RejectsFlippedBitsOfStreamsThatAreReadInSeveralPieces)
+{
+    std::mt19937 random(kSeed);
+    for (const Interleave interleave : {Interleave::line, Interleave::sample}) {
+        for (const Pattern pattern : {Pattern::smooth, Pattern::flats}) {
+            const ImageShape shape{201, 199, 3, 12, interleave};
+            Sample of{shape, image(shape, pattern, random), {}};
+            of.stream = encodedByCharls(shape, of.image);
+            Checker checker;
+            ASSERT_TRUE(checker.carries(of.shape, of.image, of.stream));
+            for (std::size_t bit = 0; bit < of.stream.size() * 8; bit += 1009) {
+                const auto mask = static_cast<std::byte>(1U << (bit % 8));
+                of.stream[bit / 8] ^= mask;
+                ASSERT_FALSE(checker.carries(of.shape, of.image, of.stream)) << said(of, bit / 8);
+                of.stream[bit / 8] ^= mask;
+            }
+        }
     }
 }
 
 TEST(JpegLsChecker, RejectsEveryFlippedBitOfTheImage)
 {
     for (Sample &of : samples()) {
-        ASSERT_TRUE(rejectsEachFlip(of, of.image));
+        ASSERT_TRUE(rejectsEachFlip(of, of.image, bestInstructions()));
     }
 }
 

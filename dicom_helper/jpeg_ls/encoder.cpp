@@ -1,5 +1,6 @@
 #include "dicom_helper/jpeg_ls/encoder.h"
 
+#include "dicom_helper/jpeg_ls/batch_coder.h"
 #include "dicom_helper/jpeg_ls/line_coder.h"
 #include "dicom_helper/jpeg_ls/neighbourhood.h"
 #include "dicom_helper/jpeg_ls/stream_header.h"
@@ -10,6 +11,9 @@
 namespace gateway::dicom_helper::jpeg_ls {
 
 namespace {
+
+/// So many samples are coded together, in whole lines: enough for even lanes, few enough for the cache.
+constexpr std::size_t kSamplesTogether = 32 * 1024;
 
 /// The samples of one component out of a line of pixels. \return all bits that are set in any of them
 template <typename Sample>
@@ -54,16 +58,6 @@ private:
 
 } // namespace
 
-Instructions bestInstructions()
-{
-#if defined(__x86_64__)
-    if (__builtin_cpu_supports("avx2") != 0 && __builtin_cpu_supports("bmi2") != 0) {
-        return Instructions::avx2;
-    }
-#endif
-    return Instructions::baseline;
-}
-
 /// The buffers of a scan, and the work on one.
 class Encoder::Scan
 {
@@ -72,7 +66,7 @@ public:
     encode(Instructions instructions, const ImageShape &shape, std::span<const std::byte> image, Output &to);
 
 private:
-    void prepare(const ImageShape &shape, const CodingParameters &parameters);
+    void prepare(const ImageShape &shape);
     bool encodeBaseline(const ImageShape &shape,
                         const CodingParameters &parameters,
                         std::span<const std::byte> image,
@@ -89,20 +83,20 @@ private:
                                                    Output &to);
 
     template <int Bytes>
-    [[gnu::always_inline]] inline void encodeLine(const ImageShape &shape,
-                                                  const Neighbourhood<Bytes> &neighbourhood,
-                                                  LineCoder &coder,
-                                                  BitWriter &writer);
+    [[gnu::always_inline]] inline void
+    addLine(const ImageShape &shape, const Neighbourhood<Bytes> &neighbourhood, LineCoder &coder);
 
     [[gnu::always_inline]] inline unsigned load(const ImageShape &shape, const std::byte *line);
 
     std::array<ComponentLines, 3> m_lines;
     std::array<std::unique_ptr<LineAnalysis>, 3> m_analyses;
-    CodeQueue m_queue;
+    CodedSamples m_samples;
+    BatchBuffers m_buffers;
+    std::size_t m_linesTogether = 1;
     std::vector<std::uint8_t> m_coded;
 };
 
-void Encoder::Scan::prepare(const ImageShape &shape, const CodingParameters &parameters)
+void Encoder::Scan::prepare(const ImageShape &shape)
 {
     const auto zero = static_cast<std::int16_t>(shape.precision == 16 ? INT16_MIN : 0);
     for (unsigned component = 0; component < shape.components; ++component) {
@@ -114,9 +108,10 @@ void Encoder::Scan::prepare(const ImageShape &shape, const CodingParameters &par
             m_analyses[component] = std::make_unique_for_overwrite<LineAnalysis>();
         }
     }
-    const std::size_t together = shape.interleave == Interleave::sample ? shape.components : 1U;
-    m_queue.prepare(shape.columns * together, parameters);
-    m_coded.resize(m_queue.mostBytes() * shape.components / together);
+    const std::size_t line = std::size_t{shape.columns} * shape.components;
+    m_linesTogether = std::max(std::size_t{1}, kSamplesTogether / line);
+    m_samples.prepare(line * m_linesTogether);
+    m_coded.resize(m_samples.room() * 9 + 16);
 }
 
 unsigned Encoder::Scan::load(const ImageShape &shape, const std::byte *line)
@@ -142,24 +137,19 @@ unsigned Encoder::Scan::load(const ImageShape &shape, const std::byte *line)
 }
 
 template <int Bytes>
-void Encoder::Scan::encodeLine(const ImageShape &shape,
-                               const Neighbourhood<Bytes> &neighbourhood,
-                               LineCoder &coder,
-                               BitWriter &writer)
+void Encoder::Scan::addLine(const ImageShape &shape,
+                            const Neighbourhood<Bytes> &neighbourhood,
+                            LineCoder &coder)
 {
     for (unsigned component = 0; component < shape.components; ++component) {
         neighbourhood.analyse(m_lines[component], shape.columns, *m_analyses[component]);
         if (shape.interleave != Interleave::sample) {
-            const std::size_t count =
-                coder.code(m_lines[component], *m_analyses[component], shape.columns, component);
-            m_queue.flush<Bytes>(count, writer);
+            coder.code(m_lines[component], *m_analyses[component], shape.columns, component);
         }
     }
     if (shape.interleave == Interleave::sample) {
-        m_queue.flush<Bytes>(
-            coder.codeBySample(
-                m_lines, {m_analyses[0].get(), m_analyses[1].get(), m_analyses[2].get()}, shape.columns),
-            writer);
+        coder.codeBySample(
+            m_lines, {m_analyses[0].get(), m_analyses[1].get(), m_analyses[2].get()}, shape.columns);
     }
 }
 
@@ -171,16 +161,22 @@ bool Encoder::Scan::encodeLines(const ImageShape &shape,
 {
     const Neighbourhood<Bytes> neighbourhood(parameters);
     ScanContexts contexts(parameters);
-    LineCoder coder(parameters, contexts, m_queue);
+    LineCoder lineCoder(parameters, contexts, m_samples);
+    BatchCoder<Bytes> coder(parameters, m_buffers);
     BitWriter writer;
     const std::size_t stride = image.size() / shape.rows;
-    for (std::size_t row = 0; row < shape.rows; ++row) {
-        if (load(shape, image.data() + row * stride) >> shape.precision != 0) {
-            throw ImageError("a sample has more bits than the precision");
+    for (std::size_t row = 0; row < shape.rows;) {
+        m_samples.clear();
+        const std::size_t end = std::min<std::size_t>(shape.rows, row + m_linesTogether);
+        for (; row < end; ++row) {
+            if (load(shape, image.data() + row * stride) >> shape.precision != 0) {
+                throw ImageError("a sample has more bits than the precision");
+            }
+            addLine<Bytes>(shape, neighbourhood, lineCoder);
         }
         writer.writeTo(m_coded.data());
-        encodeLine<Bytes>(shape, neighbourhood, coder, writer);
-        if (row + 1 == shape.rows) {
+        coder.code(m_samples, contexts, writer);
+        if (row == shape.rows) {
             writer.finish();
         }
         if (!to.add(m_coded.data(), static_cast<std::size_t>(writer.end() - m_coded.data()))) {
@@ -215,7 +211,7 @@ bool Encoder::Scan::encode(Instructions instructions,
                            Output &to)
 {
     const CodingParameters parameters(shape.precision);
-    prepare(shape, parameters);
+    prepare(shape);
     const std::vector<std::uint8_t> header = streamHeader(shape, parameters);
     constexpr std::array<std::uint8_t, 2> kEoi{0xFF, 0xD9};
     return to.add(header.data(), header.size()) &&

@@ -1,22 +1,13 @@
 #pragma once
 
 #include "dicom_helper/jpeg_ls/image_shape.h"
+#include "dicom_helper/jpeg_ls/instructions.h"
 
 #include <memory>
 #include <optional>
 #include <span>
 
 namespace gateway::dicom_helper::jpeg_ls {
-
-/// What of the processor the encoder uses.
-enum class Instructions
-{
-    baseline, ///< what every processor of the architecture has
-    avx2,
-};
-
-/// The best that this processor has.
-Instructions bestInstructions();
 
 /// A lossless JPEG-LS encoder (ISO/IEC 14495-1, NEAR = 0, default thresholds).
 ///

@@ -48,9 +48,9 @@ struct ComponentLines
 struct LineAnalysis
 {
     std::uint16_t contexts[kRoom]; ///< Q of A.3.4, 0 to 364
-    std::int16_t residuals[kRoom]; ///< SIGN * (Ix - predicted) + 128, modulo 65536
-    std::uint16_t limits[kRoom];   ///< low byte: the least C + 128 that keeps the prediction in its range
-                                   ///< (A.4.2); high byte: the greatest
+    /// From the lowest bits: SIGN * (Ix - predicted) + 128, modulo 65536; the least C + 128 that keeps the
+    /// prediction in its range (A.4.2), of 8 bits; the greatest.
+    std::uint32_t samples[kRoom];
 };
 
 } // namespace gateway::dicom_helper::jpeg_ls

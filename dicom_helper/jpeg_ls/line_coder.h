@@ -1,8 +1,9 @@
 #pragma once
 
-#include "dicom_helper/jpeg_ls/code_queue.h"
+#include "dicom_helper/jpeg_ls/coded_samples.h"
 #include "dicom_helper/jpeg_ls/contexts.h"
 #include "dicom_helper/jpeg_ls/line_buffers.h"
+#include "dicom_helper/jpeg_ls/vectors.h"
 
 #include <algorithm>
 #include <array>
@@ -14,92 +15,64 @@ namespace gateway::dicom_helper::jpeg_ls {
 constexpr std::array<std::uint8_t, 32> kJ{0, 0, 0, 0, 1, 1, 1, 1, 2, 2, 2,  2,  3,  3,  3,  3,
                                           4, 4, 5, 5, 6, 6, 7, 7, 8, 9, 10, 11, 12, 13, 14, 15};
 
-/// The only pass over the samples that goes one by one: errors, runs and the contexts that both change.
+/// Goes through a line in the stream's order: samples of the regular mode are added as they are, runs (A.7)
+/// as their code words.
 class LineCoder
 {
 public:
-    LineCoder(const CodingParameters &parameters, ScanContexts &contexts, CodeQueue &queue)
-        : m_contexts(contexts), m_queue(queue), m_LIMIT(parameters.LIMIT), m_qbpp(parameters.qbpp),
+    LineCoder(const CodingParameters &parameters, ScanContexts &contexts, CodedSamples &to)
+        : m_contexts(contexts), m_to(to), m_LIMIT(parameters.LIMIT), m_qbpp(parameters.qbpp),
           m_unused(32 - m_qbpp)
     {
     }
 
-    /// A line of one component. \return how many code words it takes
-    [[gnu::always_inline]] std::size_t
+    /// A line of one component.
+    [[gnu::always_inline]] void
     code(const ComponentLines &lines, const LineAnalysis &analysis, std::size_t width, unsigned component)
     {
-        std::size_t count = 0;
         std::size_t i = 0;
         while (i < width) {
-            // Locals: what the loop stores could otherwise be a member, as far as the compiler knows.
-            Context *const contexts = m_contexts.regular.data();
-            CodeQueue::Notes &notes = m_queue.notes();
-            const int unused = m_unused;
-            const int half = 1 << (m_qbpp - 1);
-            std::size_t next = count;
-            for (; i < width && analysis.contexts[i] != 0; ++i) {
-                codeRegular(contexts, analysis, i, unused, half, notes, next);
-                ++next;
-            }
-            count = next;
+            const std::size_t run = nextRun(analysis.contexts, i, width);
+            m_to.add(analysis.contexts + i, analysis.samples + i, run - i);
+            i = run;
             if (i < width) {
-                i = codeRun(lines, i, width, m_contexts.RUNindex[component], count);
+                i = codeRun(lines, i, width, m_contexts.RUNindex[component]);
             }
         }
-        return count;
     }
 
     /// A line of three components by sample: a run is one of all three.
-    [[gnu::always_inline]] std::size_t codeBySample(const std::array<ComponentLines, 3> &lines,
-                                                    const std::array<const LineAnalysis *, 3> &analyses,
-                                                    std::size_t width)
+    [[gnu::always_inline]] void codeBySample(const std::array<ComponentLines, 3> &lines,
+                                             const std::array<const LineAnalysis *, 3> &analyses,
+                                             std::size_t width)
     {
-        std::size_t count = 0;
         std::size_t i = 0;
         while (i < width) {
             if ((analyses[0]->contexts[i] | analyses[1]->contexts[i] | analyses[2]->contexts[i]) == 0) {
-                i = codeRunBySample(lines, i, width, count);
+                i = codeRunBySample(lines, i, width);
                 continue;
             }
             for (const LineAnalysis *analysis : analyses) {
-                codeRegular(m_contexts.regular.data(),
-                            *analysis,
-                            i,
-                            m_unused,
-                            1 << (m_qbpp - 1),
-                            m_queue.notes(),
-                            count);
-                ++count;
+                m_to.add(analysis->contexts[i], analysis->samples[i]);
             }
             ++i;
         }
-        return count;
     }
 
 private:
-    /// A.4.2 to A.6 of one sample, which takes the code word `at`.
-    [[gnu::always_inline]] static void codeRegular(Context *contexts,
-                                                   const LineAnalysis &analysis,
-                                                   std::size_t i,
-                                                   int unused,
-                                                   int half,
-                                                   CodeQueue::Notes &notes,
-                                                   std::size_t at)
+    /// The next sample from `i` on whose context is 0, or the width.
+    [[gnu::always_inline]] static std::size_t
+    nextRun(const std::uint16_t *contexts, std::size_t i, std::size_t width)
     {
-        Context &context = contexts[analysis.contexts[i]];
-        const unsigned limits = analysis.limits[i];
-        const auto least = static_cast<int>(limits & 0xFFU);
-        const auto greatest = static_cast<int>(limits >> 8U);
-        int C = context.C;
-        if (C < least || C > greatest) [[unlikely]] {
-            C = C < least ? least : greatest;
+        // Four at a time: a context is below 2^15, so that only 0 sets the highest bit when it loses one.
+        constexpr std::uint64_t kOnes = 0x0001000100010001U;
+        while (i + 4 <= width && ((loaded<std::uint64_t>(contexts + i) - kOnes) & kOnes << 15U) == 0) {
+            i += 4;
         }
-        int Errval = analysis.residuals[i] - C;
-        if (Errval < -half || Errval >= half) [[unlikely]] {
-            Errval = reduced(Errval, unused);
+        while (i < width && contexts[i] != 0) {
+            ++i;
         }
-        notes.note(at, Errval, context);
-        update(context, Errval);
+        return i;
     }
 
     /// A.4.5 for a RANGE that is a power of two.
@@ -109,8 +82,8 @@ private:
     }
 
     /// A.7 from sample `i` on. \return the sample behind the run and what interrupts it
-    [[gnu::always_inline]] std::size_t codeRun(
-        const ComponentLines &lines, std::size_t i, std::size_t width, unsigned &RUNindex, std::size_t &count)
+    [[gnu::always_inline]] std::size_t
+    codeRun(const ComponentLines &lines, std::size_t i, std::size_t width, unsigned &RUNindex)
     {
         const std::int16_t *samples = lines.current.data();
         const std::int16_t Ra = *(samples + i - 1);
@@ -118,20 +91,18 @@ private:
         while (end < width && samples[end] == Ra) {
             ++end;
         }
-        codeRunLength(end - i, end == width, RUNindex, count);
+        codeRunLength(end - i, end == width, RUNindex);
         if (end == width) {
             return width;
         }
         const int Rb = lines.previous.data()[end];
-        codeInterruption(samples[end], Ra, Rb, Ra == Rb ? 1U : 0U, RUNindex, count);
+        codeInterruption(samples[end], Ra, Rb, Ra == Rb ? 1U : 0U, RUNindex);
         RUNindex -= RUNindex > 0 ? 1U : 0U;
         return end + 1;
     }
 
-    [[gnu::always_inline]] std::size_t codeRunBySample(const std::array<ComponentLines, 3> &lines,
-                                                       std::size_t i,
-                                                       std::size_t width,
-                                                       std::size_t &count)
+    [[gnu::always_inline]] std::size_t
+    codeRunBySample(const std::array<ComponentLines, 3> &lines, std::size_t i, std::size_t width)
     {
         unsigned &RUNindex = m_contexts.RUNindex[0];
         std::size_t end = i;
@@ -142,41 +113,37 @@ private:
                                   })) {
             ++end;
         }
-        codeRunLength(end - i, end == width, RUNindex, count);
+        codeRunLength(end - i, end == width, RUNindex);
         if (end == width) {
             return width;
         }
         for (const ComponentLines &of : lines) {
             // A.7.2 for several components: RItype is always 0.
-            codeInterruption(of.current.data()[end],
-                             *(of.current.data() + i - 1),
-                             of.previous.data()[end],
-                             0,
-                             RUNindex,
-                             count);
+            codeInterruption(
+                of.current.data()[end], *(of.current.data() + i - 1), of.previous.data()[end], 0, RUNindex);
         }
         RUNindex -= RUNindex > 0 ? 1U : 0U;
         return end + 1;
     }
 
     /// A.7.1.2
-    void codeRunLength(std::size_t length, bool toEndOfLine, unsigned &RUNindex, std::size_t &count)
+    void codeRunLength(std::size_t length, bool toEndOfLine, unsigned &RUNindex)
     {
         std::size_t left = length;
         while (left >= std::size_t{1} << kJ[RUNindex]) {
-            m_queue.addWord(count++, {1, 1});
+            m_to.addWord({1, 1});
             left -= std::size_t{1} << kJ[RUNindex];
             RUNindex += RUNindex < 31 ? 1U : 0U;
         }
         if (!toEndOfLine) {
-            m_queue.addWord(count++, {static_cast<std::uint32_t>(left), kJ[RUNindex] + 1U});
+            m_to.addWord({static_cast<std::uint32_t>(left), kJ[RUNindex] + 1U});
         } else if (left > 0) {
-            m_queue.addWord(count++, {1, 1});
+            m_to.addWord({1, 1});
         }
     }
 
     /// A.7.2
-    void codeInterruption(int Ix, int Ra, int Rb, unsigned RItype, unsigned RUNindex, std::size_t &count)
+    void codeInterruption(int Ix, int Ra, int Rb, unsigned RItype, unsigned RUNindex)
     {
         RunContext &context = m_contexts.interrupted[RItype];
         const int difference = RItype == 1 ? Ix - Ra : Ra > Rb ? Rb - Ix : Ix - Rb;
@@ -190,8 +157,7 @@ private:
         const bool map = Errval != 0 && (Errval > 0 ? k == 0 && !mostlyNegative : k != 0 || mostlyNegative);
         const int EMErrval = 2 * std::abs(Errval) - static_cast<int>(RItype) - (map ? 1 : 0);
         const unsigned longest = static_cast<unsigned>(m_LIMIT) - kJ[RUNindex] - 1U;
-        m_queue.addWord(
-            count++, golomb(static_cast<std::uint32_t>(EMErrval), k, longest, static_cast<unsigned>(m_qbpp)));
+        m_to.addWord(golomb(static_cast<std::uint32_t>(EMErrval), k, longest, static_cast<unsigned>(m_qbpp)));
         context.Nn += Errval < 0 ? 1 : 0;
         context.A += (EMErrval + 1 - static_cast<int>(RItype)) >> 1;
         if (context.N == RESET) {
@@ -203,7 +169,7 @@ private:
     }
 
     ScanContexts &m_contexts;
-    CodeQueue &m_queue;
+    CodedSamples &m_to;
     int m_LIMIT;
     int m_qbpp;
     int m_unused; // bits of an int above those of an error

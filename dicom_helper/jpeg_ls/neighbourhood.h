@@ -64,8 +64,8 @@ private:
         stored(to.contexts + i, Q < 0 ? -Q : Q);
         const I16 Px = median(Ra, Rb, Rc);
         const I16 residual = wrapped(Ix, Px);
-        stored(to.residuals + i, plus((residual ^ isNegative), I16(kBiasOfC - isNegative)));
-        stored(to.limits + i, limits(Px, isNegative));
+        const I16 towards = plus((residual ^ isNegative), I16(kBiasOfC - isNegative));
+        storePairs(to.samples + i, towards, limits(Px, isNegative));
     }
 
     /// a - b, which stays between -INT16_MAX and INT16_MAX, far beyond every threshold.
@@ -113,6 +113,22 @@ private:
         const I16 down = (below < farBelow ? below : I16{} + farBelow) - zero;
         const I16 up = (above < farAbove ? above : I16{} + farAbove) - zero;
         return (kBiasOfC - down) | ((kBiasOfC + up) << 8);
+    }
+
+    /// One of each in each word, `low` in the lower half.
+    [[gnu::always_inline]] static void storePairs(std::uint32_t *to, I16 low, I16 high)
+    {
+        using U32 = typename Vectors<Bytes>::U32;
+        using Half = typename Vectors<Bytes>::HalfU16;
+        constexpr std::size_t kHalf = kWidth / 2;
+        for (std::size_t half = 0; half < 2; ++half) {
+            Half lows;
+            Half highs;
+            std::memcpy(&lows, reinterpret_cast<const char *>(&low) + half * sizeof lows, sizeof lows);
+            std::memcpy(&highs, reinterpret_cast<const char *>(&high) + half * sizeof highs, sizeof highs);
+            stored(to + half * kHalf,
+                   __builtin_convertvector(lows, U32) | __builtin_convertvector(highs, U32) << 16);
+        }
     }
 
     [[gnu::always_inline]] static I16 wrapped(I16 a, I16 b) { return I16(U16(a) - U16(b)); }

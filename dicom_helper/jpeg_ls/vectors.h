@@ -17,6 +17,10 @@ struct Vectors<16>
 {
     using I16 [[gnu::vector_size(16)]] = std::int16_t;
     using U16 [[gnu::vector_size(16)]] = std::uint16_t;
+    using I32 [[gnu::vector_size(16)]] = std::int32_t;
+    using U32 [[gnu::vector_size(16)]] = std::uint32_t;
+    using F32 [[gnu::vector_size(16)]] = float;
+    using HalfU16 [[gnu::vector_size(8)]] = std::uint16_t; // as many as U32 has
 };
 
 template <>
@@ -25,9 +29,9 @@ struct Vectors<32>
     using I16 [[gnu::vector_size(32)]] = std::int16_t;
     using U16 [[gnu::vector_size(32)]] = std::uint16_t;
     using I32 [[gnu::vector_size(32)]] = std::int32_t;
+    using U32 [[gnu::vector_size(32)]] = std::uint32_t;
     using F32 [[gnu::vector_size(32)]] = float;
-    using SmallI16 [[gnu::vector_size(16)]] = std::int16_t; // as many as I32 has
-    using SmallI8 [[gnu::vector_size(8)]] = std::int8_t;
+    using HalfU16 [[gnu::vector_size(16)]] = std::uint16_t;
 };
 
 /// What comes from memory, at any address.

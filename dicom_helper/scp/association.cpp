@@ -145,7 +145,7 @@ void Association::refuseObject(std::uint16_t status, std::string why)
 void Association::respond(std::uint16_t status, std::string_view comment)
 {
     const std::string response = encodeResponse(m_command, status, comment);
-    if (!m_outlet.send(encodeCommand(m_contextId, response, m_request.maximumLength))) {
+    if (!m_outlet.send(encodeMessage(m_contextId, MessagePart::command, response, m_request.maximumLength))) {
         m_state = State::cut;
     }
 }

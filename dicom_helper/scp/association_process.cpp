@@ -64,7 +64,7 @@ public:
         silence
     };
 
-    PeerConnection(Descriptor socket, std::chrono::seconds timeout)
+    PeerConnection(platform::Descriptor socket, std::chrono::seconds timeout)
         : m_socket(std::move(socket)), m_timeout(timeout), m_buffer(kReceiveBytes)
     {
         // Without this each response would wait 44 ms for the peer's delayed acknowledgement.
@@ -74,7 +74,7 @@ public:
         sigset_t signals;
         sigemptyset(&signals);
         sigaddset(&signals, SIGTERM);
-        m_signals = Descriptor(::signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK));
+        m_signals = platform::Descriptor(::signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK));
     }
 
     /// What the peer sent: nothing when there is nothing now, an empty text at the end.
@@ -171,8 +171,8 @@ private:
         }
     }
 
-    Descriptor m_socket;
-    Descriptor m_signals;
+    platform::Descriptor m_socket;
+    platform::Descriptor m_signals;
     std::chrono::seconds m_timeout;
     std::vector<char> m_buffer;
     bool m_stopped = false;

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "dicom_helper/descriptor.h"
 #include "dicom_helper/scp/association_request.h"
 #include "dicom_helper/scp/inbox.h"
 #include "dicom_helper/scp/space_claims.h"
+#include "platform/descriptors/descriptor.h"
 #include "platform/dicom_protocol/channel.h"
 
 #include <chrono>
@@ -16,7 +16,7 @@ namespace gateway::dicom_helper::scp {
 /// What the process of one association works on.
 struct AssociationJob
 {
-    Descriptor socket; // non-blocking; the request has been read off it
+    platform::Descriptor socket; // non-blocking; the request has been read off it
     AssociationRequest request;
     SpaceClaim claim;             // on the free space
     std::string host = {};        // the peer's address

@@ -29,20 +29,6 @@ std::string withoutPadding(std::string_view text)
     return std::string(text);
 }
 
-struct Item
-{
-    std::uint8_t type;
-    std::string_view body;
-};
-
-Item takeItem(ByteReader &reader)
-{
-    const std::uint8_t type = reader.byte();
-    reader.byte();
-    const std::uint16_t length = reader.bigShort();
-    return {type, reader.take(length)};
-}
-
 ProposedContext parseContext(std::string_view body)
 {
     ByteReader reader(body);

@@ -247,7 +247,7 @@ TEST(Association, WhatBreaksTheProtocolIsAnError)
         pdu(1, {}),                                               // another request
         pdu(99, {}),                                              // no PDU at all
         pdu(5, "longer"),                                         // a release of the wrong length
-        pdu(4, std::string("\0\0\0\x09\1\3", 6)),                 // a value longer than its PDU
+        pdu(4, std::string("\0\0\0\x09\1\1", 6)),                 // a value longer than its PDU
         pdu(4, std::string("\0\0\0\1\1\3", 6)),                   // a value shorter than its header
         pdu(4, "abc"),                                            // no value at all
     };

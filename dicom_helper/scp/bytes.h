@@ -66,6 +66,31 @@ inline void putBig(std::string &bytes, std::uint32_t value, unsigned count)
     }
 }
 
+/// An item or sub-item of a PDU (PS3.8 9.3.2). Thread: a plain value; the body lies where it was read from.
+struct Item
+{
+    std::uint8_t type;
+    std::string_view body;
+};
+
+/// \throws ProtocolError when less is left than the item says.
+inline Item takeItem(ByteReader &reader)
+{
+    const std::uint8_t type = reader.byte();
+    reader.byte();
+    const std::uint16_t length = reader.bigShort();
+    return {type, reader.take(length)};
+}
+
+/// Appends an item or sub-item of a PDU.
+inline void putItem(std::string &bytes, std::uint8_t type, std::string_view body)
+{
+    putBig(bytes, type, 1);
+    putBig(bytes, 0, 1);
+    putBig(bytes, static_cast<std::uint32_t>(body.size()), 2);
+    bytes += body;
+}
+
 /// Appends `value` in little endian order, as command sets and file headers are (PS3.7 6.3.1, PS3.10 7.1).
 inline void putLittle(std::string &bytes, std::uint32_t value, unsigned count)
 {

@@ -14,11 +14,14 @@ constexpr std::uint16_t kAffectedSopClass = 0x0002;
 constexpr std::uint16_t kCommandField = 0x0100;
 constexpr std::uint16_t kMessageId = 0x0110;
 constexpr std::uint16_t kMessageIdRespondedTo = 0x0120;
+constexpr std::uint16_t kPriority = 0x0700;
 constexpr std::uint16_t kDataSetType = 0x0800;
 constexpr std::uint16_t kStatus = 0x0900;
 constexpr std::uint16_t kErrorComment = 0x0902;
 constexpr std::uint16_t kAffectedSopInstance = 0x1000;
 
+constexpr std::uint16_t kMediumPriority = 0x0000;
+constexpr std::uint16_t kSomeDataSet = 0x0000;
 constexpr std::uint16_t kNoDataSet = 0x0101;
 constexpr std::size_t kMaxTextBytes = 64;
 
@@ -62,6 +65,15 @@ void putUid(std::string &bytes, std::uint16_t element, const std::string &uid)
     putText(bytes, element, uid.size() <= kMaxTextBytes ? std::string_view(uid) : std::string_view(), '\0');
 }
 
+std::string withGroupLength(const std::string &elements)
+{
+    std::string length;
+    putLittle(length, static_cast<std::uint32_t>(elements.size()), 4);
+    std::string bytes;
+    putElement(bytes, kGroupLength, length);
+    return bytes + elements;
+}
+
 } // namespace
 
 CommandSet parseCommandSet(std::string_view bytes)
@@ -84,6 +96,8 @@ CommandSet parseCommandSet(std::string_view bytes)
             command.messageId = ByteReader(value).littleShort();
         } else if (element == kDataSetType) {
             dataSetType = ByteReader(value).littleShort();
+        } else if (element == kStatus) {
+            command.status = value.size() < 2 ? std::nullopt : std::optional(ByteReader(value).littleShort());
         } else if (element == kAffectedSopClass) {
             command.sopClass = unpadded(value);
         } else if (element == kAffectedSopInstance) {
@@ -97,6 +111,19 @@ CommandSet parseCommandSet(std::string_view bytes)
     return command;
 }
 
+std::string
+encodeStoreRequest(std::uint16_t messageId, const std::string &sopClass, const std::string &sopInstance)
+{
+    std::string elements;
+    putUid(elements, kAffectedSopClass, sopClass);
+    putShort(elements, kCommandField, kStoreRequest);
+    putShort(elements, kMessageId, messageId);
+    putShort(elements, kPriority, kMediumPriority);
+    putShort(elements, kDataSetType, kSomeDataSet);
+    putUid(elements, kAffectedSopInstance, sopInstance);
+    return withGroupLength(elements);
+}
+
 std::string encodeResponse(const CommandSet &request, std::uint16_t status, std::string_view comment)
 {
     std::string elements;
@@ -107,11 +134,7 @@ std::string encodeResponse(const CommandSet &request, std::uint16_t status, std:
     putShort(elements, kStatus, status);
     putText(elements, kErrorComment, comment, ' ');
     putUid(elements, kAffectedSopInstance, request.sopInstance);
-    std::string length;
-    putLittle(length, static_cast<std::uint32_t>(elements.size()), 4);
-    std::string bytes;
-    putElement(bytes, kGroupLength, length);
-    return bytes + elements;
+    return withGroupLength(elements);
 }
 
 } // namespace gateway::dicom_helper::scp

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -21,7 +22,7 @@ inline constexpr std::uint16_t kCannotUnderstand = 0xC000;
 /// A longer command set than any real one, in bytes.
 inline constexpr std::size_t kMaxCommandBytes = 64 * 1024;
 
-/// What a command says, as far as an acceptor of storage needs it. UIDs stand as they came, less padding.
+/// What a command says, as far as storage needs it. UIDs stand as they came, less padding.
 struct CommandSet
 {
     std::uint16_t field = 0;
@@ -29,10 +30,15 @@ struct CommandSet
     bool hasDataSet = false;
     std::string sopClass;
     std::string sopInstance;
+    std::optional<std::uint16_t> status; ///< of a response
 };
 
 /// Reads a whole command set: Implicit VR Little Endian, group 0000 (PS3.7 6.3). \throws ProtocolError
 CommandSet parseCommandSet(std::string_view bytes);
+
+/// A C-STORE request of medium priority, whose dataset follows (PS3.7 9.3.1.1).
+std::string
+encodeStoreRequest(std::uint16_t messageId, const std::string &sopClass, const std::string &sopInstance);
 
 /// The response to a command; UIDs are echoed where they fit a UID's 64 bytes.
 ///

@@ -1,12 +1,14 @@
 #include "dicom_helper/scp/inbox.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <ctime>
 #include <filesystem>
 #include <memory>
 #include <stdexcept>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 #include <dirent.h>
@@ -21,6 +23,7 @@ namespace {
 
 constexpr char kPartFolder[] = ".part";
 constexpr char kOrderFile[] = "order";
+constexpr char kIdFile[] = ".id";
 constexpr char kOurs[] = "quorin-";
 
 [[noreturn]] void refuse(const std::string &path, int error)
@@ -51,16 +54,16 @@ bool isUnableToSync(int error)
         "folder on another volume.");
 }
 
-Descriptor openFolder(int base, const std::string &name, int flags)
+platform::Descriptor openFolder(int base, const std::string &name, int flags)
 {
-    return Descriptor(::openat(base, name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | flags));
+    return platform::Descriptor(::openat(base, name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | flags));
 }
 
 /// The names in a folder that begin with `prefix`.
-std::vector<std::string> namesIn(const Descriptor &folder, std::string_view prefix)
+std::vector<std::string> namesIn(const platform::Descriptor &folder, std::string_view prefix)
 {
     std::vector<std::string> names;
-    Descriptor opened = openFolder(folder.get(), ".", 0); // its own position in the folder
+    platform::Descriptor opened = openFolder(folder.get(), ".", 0); // its own position in the folder
     const std::unique_ptr<DIR, int (*)(DIR *)> listing(::fdopendir(opened.get()), ::closedir);
     if (!listing) {
         return names;
@@ -82,7 +85,7 @@ std::int64_t nanoseconds(const timespec &time)
 }
 
 /// When the newest of the named files of a folder was modified; 0 without any.
-std::int64_t newestOf(const Descriptor &folder, const std::vector<std::string> &names)
+std::int64_t newestOf(const platform::Descriptor &folder, const std::vector<std::string> &names)
 {
     std::int64_t newest = 0;
     for (const std::string &name : names) {
@@ -95,18 +98,18 @@ std::int64_t newestOf(const Descriptor &folder, const std::vector<std::string> &
 }
 
 /// When the last object of the inbox was acknowledged; 0 without any.
-std::int64_t lastOf(const Descriptor &folder, const Descriptor &part)
+std::int64_t lastOf(const platform::Descriptor &folder, const platform::Descriptor &part)
 {
     return std::max(newestOf(part, {kOrderFile}), newestOf(folder, namesIn(folder, kOurs)));
 }
 
 /// Its time must have been read before: one of another user is made anew.
-Descriptor openOrderFile(const Descriptor &part)
+platform::Descriptor openOrderFile(const platform::Descriptor &part)
 {
     constexpr int kFlags = O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
-    Descriptor file(::openat(part.get(), kOrderFile, kFlags, 0600));
+    platform::Descriptor file(::openat(part.get(), kOrderFile, kFlags, 0600));
     if (!file.isOpen() && ::unlinkat(part.get(), kOrderFile, 0) == 0) {
-        file = Descriptor(::openat(part.get(), kOrderFile, kFlags, 0600));
+        file = platform::Descriptor(::openat(part.get(), kOrderFile, kFlags, 0600));
     }
     return file;
 }
@@ -128,10 +131,35 @@ void syncWayTo(const std::string &path)
 {
     std::filesystem::path folder = std::filesystem::path(path).parent_path();
     while (folder.has_relative_path()) {
-        const Descriptor opened = openFolder(AT_FDCWD, folder.string(), 0);
+        const platform::Descriptor opened = openFolder(AT_FDCWD, folder.string(), 0);
         ::fsync(opened.get());
         folder = folder.parent_path();
     }
+}
+
+/// The number that an inbox keeps; empty where it keeps none, or none that can be read.
+std::string idIn(const platform::Descriptor &part)
+{
+    constexpr std::size_t kMost = 64;
+    constexpr std::string_view kBlanks = " \t\r\n";
+    const platform::Descriptor file(
+        ::openat(part.get(), kIdFile, O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+    std::array<char, kMost> text{};
+    const ssize_t count = file.isOpen() ? ::read(file.get(), text.data(), text.size()) : 0;
+    const std::string_view read(text.data(), count > 0 ? static_cast<std::size_t>(count) : 0);
+    const std::size_t first = read.find_first_not_of(kBlanks); // a person's editor may have added some
+    const std::size_t last = read.find_last_not_of(kBlanks);
+    return first == std::string_view::npos ? std::string()
+                                           : std::string(read.substr(first, last - first + 1));
+}
+
+/// True where this folder, which is open, stands at the path.
+bool standsAt(const std::string &path, const platform::Descriptor &folder)
+{
+    struct stat there{};
+    struct stat ours{};
+    return ::stat(path.c_str(), &there) == 0 && ::fstat(folder.get(), &ours) == 0 &&
+           there.st_dev == ours.st_dev && there.st_ino == ours.st_ino;
 }
 
 int result(int returned)
@@ -141,20 +169,18 @@ int result(int returned)
 
 } // namespace
 
-Inbox::Inbox(const std::string &path) : m_path(path)
+Inbox::Inbox(const std::string &path, std::string id) : m_path(path), m_id(std::move(id))
 {
-    std::error_code error;
-    std::filesystem::create_directories(path, error);
     m_folder = openFolder(AT_FDCWD, path, 0);
     if (!m_folder.isOpen()) {
-        refuse(path, error ? error.value() : errno);
-    }
-    if (::mkdirat(m_folder.get(), kPartFolder, 0700) != 0 && errno != EEXIST) {
         refuse(path, errno);
     }
     m_part = openFolder(m_folder.get(), kPartFolder, O_NOFOLLOW);
     if (!m_part.isOpen()) {
         refuse(path, errno);
+    }
+    if (!isTheOne(m_part)) {
+        throw std::runtime_error("Another folder stands in the place of the incoming folder " + path + ".");
     }
     if (::faccessat(m_folder.get(), ".", W_OK | X_OK, AT_EACCESS) != 0 ||
         ::faccessat(m_part.get(), ".", W_OK | X_OK, AT_EACCESS) != 0) {
@@ -174,30 +200,41 @@ Inbox::Inbox(const std::string &path) : m_path(path)
     syncWayTo(path);
 }
 
-void Inbox::sweep()
+void Inbox::sweep(const std::string &prefix)
 {
-    for (const std::string &name : namesIn(m_part, kOurs)) {
-        const Descriptor file(
-            ::openat(m_part.get(), name.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
-        if (file.isOpen() && ::flock(file.get(), LOCK_EX | LOCK_NB) == 0) {
-            removeUnfinished(name);
-        }
+    for (std::string &name : namesIn(m_part, prefix)) {
+        m_rest.push_back(std::move(name));
     }
+    sweepRest();
 }
 
-void Inbox::removeUnfinishedOf(const std::string &prefix)
+bool Inbox::sweepRest()
 {
-    for (const std::string &name : namesIn(m_part, prefix)) {
-        removeUnfinished(name);
+    std::erase_if(m_rest, [this](const std::string &name) { return isGone(name); });
+    return !m_rest.empty();
+}
+
+/// Removes the file unless its writer has it locked. On a volume without locks nobody can tell: who still
+/// writes there finds nothing to give its final name, and refuses the object.
+bool Inbox::isGone(const std::string &name)
+{
+    const platform::Descriptor file(
+        ::openat(m_part.get(), name.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+    if (!file.isOpen()) {
+        return errno == ENOENT;
     }
+    const bool isBeingWritten = ::flock(file.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+    return !isBeingWritten && (::unlinkat(m_part.get(), name.c_str(), 0) == 0 || errno == ENOENT);
 }
 
 bool Inbox::isInPlace() const
 {
-    struct stat there{};
-    struct stat ours{};
-    return ::stat(m_path.c_str(), &there) == 0 && ::fstat(m_folder.get(), &ours) == 0 &&
-           there.st_dev == ours.st_dev && there.st_ino == ours.st_ino;
+    return standsAt(m_path, m_folder) && standsAt(m_path + '/' + kPartFolder, m_part);
+}
+
+bool Inbox::isTheOne(const platform::Descriptor &part) const
+{
+    return m_id.empty() || idIn(part) == m_id;
 }
 
 void Inbox::takeUpWhatIsThere()
@@ -206,13 +243,15 @@ void Inbox::takeUpWhatIsThere()
         return;
     }
     // Nothing is made: the empty folder under a share that is away must not pass for the inbox.
-    Descriptor folder = openFolder(AT_FDCWD, m_path, 0);
-    Descriptor part = folder.isOpen() ? openFolder(folder.get(), kPartFolder, O_NOFOLLOW) : Descriptor();
-    if (part.isOpen()) {
+    platform::Descriptor folder = openFolder(AT_FDCWD, m_path, 0);
+    platform::Descriptor part =
+        folder.isOpen() ? openFolder(folder.get(), kPartFolder, O_NOFOLLOW) : platform::Descriptor();
+    if (part.isOpen() && isTheOne(part)) {
         m_order->raise(lastOf(folder, part));
         m_orderFile = openOrderFile(part);
         m_folder = std::move(folder);
         m_part = std::move(part);
+        sweep();
     }
 }
 
@@ -222,7 +261,7 @@ int Inbox::create(const std::string &name)
         return -ESTALE;
     }
     constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
-    Descriptor file(::openat(m_part.get(), name.c_str(), kFlags, 0600));
+    platform::Descriptor file(::openat(m_part.get(), name.c_str(), kFlags, 0600));
     if (!file.isOpen()) {
         return -errno;
     }
@@ -230,6 +269,7 @@ int Inbox::create(const std::string &name)
     const bool sweptMeanwhile = ::flock(file.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
     struct stat status{};
     if (sweptMeanwhile || ::fstat(file.get(), &status) != 0 || status.st_nlink == 0) {
+        removeUnfinished(name);
         return -EAGAIN;
     }
     return file.release();

@@ -1,12 +1,13 @@
 #pragma once
 
-#include "dicom_helper/descriptor.h"
 #include "dicom_helper/scp/acknowledgement_order.h"
+#include "platform/descriptors/descriptor.h"
 
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include <sys/types.h>
 
@@ -50,14 +51,17 @@ public:
 class Inbox : public InboxDisk
 {
 public:
-    /// Opens the inbox and makes what is missing of it; proves that it can be written, and that its volume
-    /// keeps the times of files.
+    /// Opens the inbox, which is there: an empty folder may only stand for one whose volume is away. Proves
+    /// that it can be written, and that its volume keeps the times of files.
     ///
+    /// \param id  the number that the folder keeps, as the gateway noted it; empty where it knows none. A
+    /// folder of
+    ///            another number is no inbox: whoever put images there would leave them out of its sight.
     /// \throws std::runtime_error with a sentence for people.
-    explicit Inbox(const std::string &path);
+    explicit Inbox(const std::string &path, std::string id = {});
 
-    /// Takes up the folder that stands at the path now, where that is an inbox and another one than before: a
-    /// share that went away and came back.
+    /// Takes up the folder that stands at the path now, where that is an inbox and not the one that is open:
+    /// a share that went away and came back. Sweeps it: who wrote there may have gone with it.
     void takeUpWhatIsThere();
 
     /// Every object that is kept from now on has a later time than this, in nanoseconds since 1970.
@@ -66,11 +70,13 @@ public:
     /// The folder, for as long as takeUpWhatIsThere() isn't called.
     int descriptor() const { return m_folder.get(); }
 
-    /// Removes unfinished files whose writer is gone.
-    void sweep();
+    /// Removes the unfinished files that are there now, whose names begin so and whose writer is gone.
+    void sweep(const std::string &prefix = "quorin-");
 
-    /// Removes the unfinished files whose names begin so.
-    void removeUnfinishedOf(const std::string &prefix);
+    /// The same for those that a sweep left: their writer was still at work, or the disk didn't let go of
+    /// them.
+    /// \return whether any is left still.
+    bool sweepRest();
 
     /// Fails with ESTALE while another folder, or none, stands at the path: what lay in ours would be out of
     /// the gateway's sight.
@@ -89,12 +95,16 @@ public:
 
 private:
     bool isInPlace() const;
+    bool isTheOne(const platform::Descriptor &part) const;
+    bool isGone(const std::string &name);
 
     std::string m_path;
-    Descriptor m_folder;
-    Descriptor m_part;
-    Descriptor m_orderFile;
+    std::string m_id;
+    platform::Descriptor m_folder;
+    platform::Descriptor m_part;
+    platform::Descriptor m_orderFile;
     std::unique_ptr<AcknowledgementOrder> m_order;
+    std::vector<std::string> m_rest; // unfinished files that a sweep has left
 };
 
 } // namespace gateway::dicom_helper::scp

@@ -24,16 +24,24 @@ QStringList namesIn(const QString &folder)
     return QDir(folder).entryList(QDir::Files | QDir::Hidden);
 }
 
-void put(const QString &path)
+void put(const QString &path, const QByteArray &content = {})
 {
     QFile file(path);
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(content);
+}
+
+/// Makes what a listener expects to find. \return the folder.
+std::string inboxAt(const QString &folder)
+{
+    EXPECT_TRUE(QDir().mkpath(folder + QStringLiteral("/.part")));
+    return folder.toStdString();
 }
 
 /// What a listener that has just been started gives an object. \return nanoseconds since 1970.
 std::int64_t stampedFile(const QTemporaryDir &home, const std::string &name)
 {
-    Inbox inbox(home.path().toStdString());
+    Inbox inbox(inboxAt(home.path()));
     const int file = inbox.create(name);
     EXPECT_EQ(inbox.stamp(file), 0);
     struct stat status{};
@@ -44,14 +52,17 @@ std::int64_t stampedFile(const QTemporaryDir &home, const std::string &name)
 
 } // namespace
 
-TEST(Inbox, IsMadeWithAllThatLeadsToIt)
+TEST(Inbox, IsNeverMadeWhereItIsNotThere)
 {
     const QTemporaryDir home;
-    const QString folder = home.filePath(QStringLiteral("a/b/inbox"));
+    const QString mountPoint = home.filePath(QStringLiteral("inbox"));
+    ASSERT_TRUE(QDir().mkdir(mountPoint));
 
-    Inbox inbox(folder.toStdString());
+    EXPECT_THROW(Inbox{mountPoint.toStdString()}, std::runtime_error);
+    EXPECT_THROW(Inbox{home.filePath(QStringLiteral("a/b")).toStdString()}, std::runtime_error);
 
-    EXPECT_TRUE(QDir(folder + QStringLiteral("/.part")).exists());
+    EXPECT_TRUE(QDir(mountPoint).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot));
+    EXPECT_FALSE(QDir(home.filePath(QStringLiteral("a"))).exists());
 }
 
 TEST(Inbox, EachFileHasALaterTimeThanTheOneBeforeAlsoInTheNextListener)
@@ -83,7 +94,7 @@ TEST(Inbox, TheTimesGoOnRisingInTheFolderThatHasComeInThePlaceOfTheOldOne)
     constexpr std::int64_t kAhead = 4'000'000'000; // seconds
     const QTemporaryDir home;
     const QString folder = home.filePath(QStringLiteral("inbox"));
-    Inbox inbox(folder.toStdString());
+    Inbox inbox(inboxAt(folder));
     ASSERT_TRUE(QDir().rename(folder, home.filePath(QStringLiteral("old"))));
     ASSERT_TRUE(QDir().mkpath(folder + QStringLiteral("/.part")));
     put(folder + QStringLiteral("/quorin-b-1.dcm"));
@@ -117,7 +128,7 @@ TEST(Inbox, AnOrderFileThatCannotBeOpenedIsMadeAnew)
 TEST(Inbox, AFileIsReadableByItsOwnerAlone)
 {
     const QTemporaryDir home;
-    Inbox inbox(home.path().toStdString());
+    Inbox inbox(inboxAt(home.path()));
 
     const int file = inbox.create("quorin-a-1.part");
 
@@ -132,7 +143,7 @@ TEST(Inbox, TakesNothingWhileItsFolderIsAwayAndGoesOnWhenItIsBack)
     const QTemporaryDir home;
     const QString folder = home.filePath(QStringLiteral("inbox"));
     const QString away = home.filePath(QStringLiteral("away"));
-    Inbox inbox(folder.toStdString());
+    Inbox inbox(inboxAt(folder));
     const int begun = inbox.create("quorin-a-1.part");
     ASSERT_GE(begun, 0);
     inbox.close(begun);
@@ -155,7 +166,7 @@ TEST(Inbox, TakesUpTheFolderThatHasComeInThePlaceOfTheOldOne)
 {
     const QTemporaryDir home;
     const QString folder = home.filePath(QStringLiteral("inbox"));
-    Inbox inbox(folder.toStdString());
+    Inbox inbox(inboxAt(folder));
     ASSERT_TRUE(QDir().rename(folder, home.filePath(QStringLiteral("old"))));
     ASSERT_TRUE(QDir().mkpath(folder + QStringLiteral("/.part")));
 
@@ -168,10 +179,49 @@ TEST(Inbox, TakesUpTheFolderThatHasComeInThePlaceOfTheOldOne)
               QStringList({QStringLiteral("order"), QStringLiteral("quorin-b-1.part")}));
 }
 
+TEST(Inbox, OfAnotherNumberIsNeverTakenUp)
+{
+    const QTemporaryDir home;
+    const QString folder = home.filePath(QStringLiteral("inbox"));
+    const QString away = home.filePath(QStringLiteral("away"));
+    const std::string path = inboxAt(folder);
+    EXPECT_THROW(Inbox(path, "0123"), std::runtime_error) << "it keeps none";
+    put(folder + QStringLiteral("/.part/.id"), "0123\n");
+    Inbox inbox(path, "0123");
+    ASSERT_TRUE(QDir().rename(folder, away));
+    inboxAt(folder);
+
+    inbox.takeUpWhatIsThere();
+    EXPECT_EQ(inbox.create("quorin-a-1.part"), -ESTALE);
+    put(folder + QStringLiteral("/.part/.id"), "4567\n");
+    inbox.takeUpWhatIsThere();
+    EXPECT_EQ(inbox.create("quorin-a-1.part"), -ESTALE);
+    EXPECT_THROW(Inbox(path, "0123"), std::runtime_error);
+
+    put(folder + QStringLiteral("/.part/.id"),
+        " 0123\r\n"); // another name of the same volume, edited by a person
+    inbox.takeUpWhatIsThere();
+    EXPECT_GE(inbox.create("quorin-a-1.part"), 0);
+}
+
+TEST(Inbox, TakesUpItsFolderForWhatIsUnfinishedThatHasBeenMadeAnew)
+{
+    const QTemporaryDir home;
+    const std::string path = inboxAt(home.path());
+    Inbox inbox(path);
+    ASSERT_TRUE(QDir(home.filePath(QStringLiteral(".part"))).removeRecursively());
+    EXPECT_LT(inbox.create("quorin-a-1.part"), 0);
+
+    inboxAt(home.path());
+    inbox.takeUpWhatIsThere();
+
+    EXPECT_GE(inbox.create("quorin-a-1.part"), 0);
+}
+
 TEST(Inbox, AnExistingFileOrLinkIsNeverWritten)
 {
     const QTemporaryDir home;
-    Inbox inbox(home.path().toStdString());
+    Inbox inbox(inboxAt(home.path()));
     put(home.filePath(QStringLiteral(".part/quorin-a-1.part")));
     ASSERT_TRUE(QFile::link(home.filePath(QStringLiteral("elsewhere")),
                             home.filePath(QStringLiteral(".part/quorin-a-2.part"))));
@@ -184,7 +234,7 @@ TEST(Inbox, AnExistingFileOrLinkIsNeverWritten)
 TEST(Inbox, ASweepTakesWhatNobodyWritesAndNothingElse)
 {
     const QTemporaryDir home;
-    Inbox inbox(home.path().toStdString());
+    Inbox inbox(inboxAt(home.path()));
     const int alive = inbox.create("quorin-a-1.part");
     put(home.filePath(QStringLiteral(".part/quorin-b-1.part")));
     put(home.filePath(QStringLiteral(".part/notes")));
@@ -197,6 +247,40 @@ TEST(Inbox, ASweepTakesWhatNobodyWritesAndNothingElse)
         QStringList({QStringLiteral("notes"), QStringLiteral("order"), QStringLiteral("quorin-a-1.part")}));
     EXPECT_EQ(namesIn(home.path()), QStringList({QStringLiteral("quorin-c-1.dcm")}));
     inbox.close(alive);
+}
+
+TEST(Inbox, WhatASweepHadToLeaveGoesWithItsWriter)
+{
+    const QTemporaryDir home;
+    Inbox former(inboxAt(home.path()));
+    const int alive = former.create("quorin-a-1.part");
+    Inbox inbox(home.path().toStdString());
+    inbox.sweep();
+
+    EXPECT_TRUE(inbox.sweepRest());
+    EXPECT_TRUE(QFile::exists(home.filePath(QStringLiteral(".part/quorin-a-1.part"))));
+
+    former.close(alive);
+    EXPECT_FALSE(inbox.sweepRest());
+    EXPECT_EQ(namesIn(home.filePath(QStringLiteral(".part"))), QStringList(QStringLiteral("order")));
+}
+
+TEST(Inbox, AFolderThatHasComeBackIsSwept)
+{
+    const QTemporaryDir home;
+    const QString folder = home.filePath(QStringLiteral("inbox"));
+    const QString away = home.filePath(QStringLiteral("away"));
+    Inbox inbox(inboxAt(folder));
+    ASSERT_TRUE(QDir().rename(folder, away));
+    ASSERT_TRUE(QDir().mkdir(folder));
+    inbox.takeUpWhatIsThere();
+    put(away + QStringLiteral("/.part/quorin-a-1.part")); // by an association that went with it
+
+    inboxAt(folder);
+    put(folder + QStringLiteral("/.part/quorin-b-1.part"));
+    inbox.takeUpWhatIsThere();
+
+    EXPECT_EQ(namesIn(folder + QStringLiteral("/.part")), QStringList(QStringLiteral("order")));
 }
 
 TEST(Inbox, APartFolderThatIsALinkIsRefused)
@@ -217,5 +301,5 @@ TEST(Inbox, KnowsTheFreeSpace)
 {
     const QTemporaryDir home;
 
-    EXPECT_GT(Inbox(home.path().toStdString()).availableBytes(), 0);
+    EXPECT_GT(Inbox(inboxAt(home.path())).availableBytes(), 0);
 }

@@ -34,6 +34,11 @@ constexpr std::chrono::seconds kChildrenDeadline(8);
 // When the system has no descriptor left, asking again at once would only spin.
 constexpr std::chrono::milliseconds kAcceptPause(200);
 
+// Between two looks at unfinished files whose writers, of a listener that died, were still at work.
+constexpr std::chrono::seconds kSweepPause(2);
+
+constexpr auto kNever = SteadyClock::time_point::max();
+
 /// How many associations at once, and how many connections that aren't one yet: a quarter of the descriptors
 /// that the system gives us now, and never so many that memory suffers.
 std::size_t mostAtOnce()
@@ -46,15 +51,15 @@ std::size_t mostAtOnce()
     return std::clamp<std::size_t>(descriptors.rlim_cur / 4, 1, kMost);
 }
 
-/// 128 bits of chance in hexadecimal digits.
+/// 128 random bits in hexadecimal digits.
 std::string randomText()
 {
-    std::array<unsigned char, 16> chance{};
-    if (::getrandom(chance.data(), chance.size(), 0) != static_cast<ssize_t>(chance.size())) {
+    std::array<unsigned char, 16> random{};
+    if (::getrandom(random.data(), random.size(), 0) != static_cast<ssize_t>(random.size())) {
         throw std::system_error(errno, std::generic_category(), "getrandom");
     }
     std::string text;
-    for (const unsigned char one : chance) {
+    for (const unsigned char one : random) {
         constexpr std::string_view kDigits = "0123456789abcdef";
         text.push_back(kDigits[one >> 4U]);
         text.push_back(kDigits[one & 15U]);
@@ -63,7 +68,7 @@ std::string randomText()
 }
 
 /// Blocks the signals that are read from a descriptor, here and in all children.
-Descriptor signalDescriptor()
+platform::Descriptor signalDescriptor()
 {
     sigset_t signals;
     sigemptyset(&signals);
@@ -71,7 +76,7 @@ Descriptor signalDescriptor()
     sigaddset(&signals, SIGTERM);
     sigaddset(&signals, SIGINT);
     ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-    return Descriptor(::signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK));
+    return platform::Descriptor(::signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK));
 }
 
 } // namespace
@@ -107,9 +112,9 @@ std::vector<pollfd> Listener::descriptors() const
 /// Until the next deadline; negative when there is none.
 std::chrono::milliseconds Listener::waitSpan() const
 {
-    constexpr auto kNever = SteadyClock::time_point::max();
     const auto now = SteadyClock::now();
     const auto next = std::min({now < m_acceptAgain ? m_acceptAgain : kNever,
+                                m_sweepAgain,
                                 m_pending.deadline().value_or(kNever),
                                 m_turnedAway.due().value_or(kNever)});
     if (next == kNever) {
@@ -137,6 +142,14 @@ void Listener::waitForWork()
         acceptPeers();
     }
     m_turnedAway.tell(m_channel, SteadyClock::now());
+    sweepRest();
+}
+
+void Listener::sweepRest()
+{
+    if (SteadyClock::now() >= m_sweepAgain) {
+        m_sweepAgain = m_inbox.sweepRest() ? SteadyClock::now() + kSweepPause : kNever;
+    }
 }
 
 void Listener::onChannel()
@@ -164,10 +177,10 @@ void Listener::acceptPeers()
     for (;;) {
         sockaddr_storage address{};
         socklen_t size = sizeof(address);
-        Descriptor socket(::accept4(m_listening.socket.get(),
-                                    reinterpret_cast<sockaddr *>(&address),
-                                    &size,
-                                    SOCK_NONBLOCK | SOCK_CLOEXEC));
+        platform::Descriptor socket(::accept4(m_listening.socket.get(),
+                                              reinterpret_cast<sockaddr *>(&address),
+                                              &size,
+                                              SOCK_NONBLOCK | SOCK_CLOEXEC));
         if (!socket.isOpen()) {
             if (errno == EINTR || errno == ECONNABORTED) {
                 continue;
@@ -208,19 +221,20 @@ void Listener::startAssociation(PendingPeer peer)
         peer.answer(encodeReject(kLocalLimitExceeded));
         return;
     }
-    const std::string chance = randomText();
+    const std::string random = randomText();
     const std::size_t slot = freeSlot();
     AssociationJob job{.socket = {},
                        .request = peer.takeRequest(),
                        .claim = SpaceClaim(m_claims, slot),
                        .host = peer.host(),
                        .peer = peer.address()};
-    job.association = job.peer + "/" + std::to_string(++m_associations) + "/" + chance.substr(0, 8);
-    job.fileNames = "quorin-" + chance + "-";
+    job.association = job.peer + "/" + std::to_string(++m_associations) + "/" + random.substr(0, 8);
+    job.fileNames = "quorin-" + random + "-";
     job.timeout = m_settings.timeout;
     const Child child{job.host, job.association, job.fileNames, slot};
 
     m_inbox.takeUpWhatIsThere();
+    m_sweepAgain = std::min(m_sweepAgain, SteadyClock::now() + kSweepPause);
     const pid_t listener = ::getpid();
     const pid_t process = ::fork();
     if (process == 0) {
@@ -273,13 +287,14 @@ void Listener::onChildEnd(pid_t process, int status)
     if (ended.empty()) {
         return;
     }
-    m_claims.giveBack(ended.mapped().slot);
+    const Child &child = ended.mapped();
+    m_claims.giveBack(child.slot);
+    m_inbox.sweep(child.fileNames); // the disk may not have let it tidy up
+    m_sweepAgain = {};
     if (WIFEXITED(status) && WEXITSTATUS(status) <= 1) {
         return;
     }
-    // It could neither tidy up nor tell.
-    const Child &child = ended.mapped();
-    m_inbox.removeUnfinishedOf(child.fileNames);
+    // It could not tell.
     const std::string why = WIFSIGNALED(status) ? "signal " + std::to_string(WTERMSIG(status))
                                                 : "status " + std::to_string(WEXITSTATUS(status));
     m_channel.send(Record{"leftover", {}});

@@ -64,6 +64,7 @@ private:
     void onChannel();
     void acceptPeers();
     void makeRoom();
+    void sweepRest();
     void startAssociation(PendingPeer peer);
     const char *whyNot(const std::string &host) const;
     std::size_t freeSlot() const;
@@ -78,12 +79,13 @@ private:
     platform::dicom_protocol::Channel &m_channel;
     ListeningSocket m_listening;
     SpaceClaims m_claims;
-    Descriptor m_signals;
+    platform::Descriptor m_signals;
     TurnedAway m_turnedAway;
     PendingPeers m_pending{m_turnedAway};
     std::map<pid_t, Child> m_children;
     std::int64_t m_associations = 0;
     std::chrono::steady_clock::time_point m_acceptAgain;
+    std::chrono::steady_clock::time_point m_sweepAgain; // unfinished files that others may have left
     bool m_stopping = false;
 };
 

@@ -2,6 +2,7 @@
 
 #include "platform/dicom/testing/scripted_modality.h"
 
+#include <QtCore/QDir>
 #include <QtCore/QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -27,7 +28,7 @@ class ListenerOnThread
 {
 public:
     explicit ListenerOnThread(std::chrono::milliseconds requestDeadline)
-        : m_ends(Channel::makePair()), m_inbox(m_folder.path().toStdString()),
+        : m_ends(Channel::makePair()), m_inbox(inboxIn(m_folder)),
           m_listener({"127.0.0.1", 0, std::chrono::seconds(30), 0, requestDeadline}, m_inbox, m_ends.second),
           m_thread([this] { EXPECT_EQ(m_listener.run(), 0); })
     {
@@ -42,6 +43,12 @@ public:
     int port() const { return m_listener.port(); }
 
 private:
+    static std::string inboxIn(const QTemporaryDir &folder)
+    {
+        EXPECT_TRUE(QDir(folder.path()).mkdir(QStringLiteral(".part")));
+        return folder.path().toStdString();
+    }
+
     QTemporaryDir m_folder;
     std::pair<Channel, Channel> m_ends;
     Inbox m_inbox;

@@ -49,9 +49,9 @@ std::array<sockaddr_storage, 2> wildcards(std::uint16_t port)
 }
 
 /// \return 0 or the errno.
-int tryToListen(const sockaddr *address, socklen_t size, Descriptor &listening)
+int tryToListen(const sockaddr *address, socklen_t size, platform::Descriptor &listening)
 {
-    Descriptor socket(::socket(address->sa_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+    platform::Descriptor socket(::socket(address->sa_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
     if (!socket.isOpen()) {
         return errno;
     }
@@ -83,7 +83,7 @@ int tryToListen(const sockaddr *address, socklen_t size, Descriptor &listening)
                              ".");
 }
 
-std::uint16_t boundPort(const Descriptor &socket)
+std::uint16_t boundPort(const platform::Descriptor &socket)
 {
     sockaddr_storage bound{};
     socklen_t size = sizeof(bound);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "dicom_helper/descriptor.h"
+#include "platform/descriptors/descriptor.h"
 
 #include <cstdint>
 #include <string>
@@ -12,7 +12,7 @@ namespace gateway::dicom_helper::scp {
 /// A socket that listens, not blocking and closed on exec.
 struct ListeningSocket
 {
-    Descriptor socket;
+    platform::Descriptor socket;
     std::uint16_t port = 0; // the bound one
 };
 

@@ -17,25 +17,6 @@ constexpr std::uint8_t kMaximumLength = 0x51;
 constexpr std::uint8_t kImplementationClass = 0x52;
 constexpr std::uint8_t kImplementationVersion = 0x55;
 
-std::string pdu(PduType type, std::string_view body)
-{
-    std::string bytes;
-    bytes.reserve(kPduHeaderBytes + body.size());
-    putBig(bytes, static_cast<std::uint8_t>(type), 1);
-    putBig(bytes, 0, 1);
-    putBig(bytes, static_cast<std::uint32_t>(body.size()), 4);
-    bytes += body;
-    return bytes;
-}
-
-void putItem(std::string &bytes, std::uint8_t type, std::string_view body)
-{
-    putBig(bytes, type, 1);
-    putBig(bytes, 0, 1);
-    putBig(bytes, static_cast<std::uint32_t>(body.size()), 2);
-    bytes += body;
-}
-
 std::string contextBody(const AnsweredContext &answer)
 {
     std::string body;
@@ -60,6 +41,17 @@ std::string userInformation()
 
 } // namespace
 
+std::string encodePdu(PduType type, std::string_view body)
+{
+    std::string bytes;
+    bytes.reserve(kPduHeaderBytes + body.size());
+    putBig(bytes, static_cast<std::uint8_t>(type), 1);
+    putBig(bytes, 0, 1);
+    putBig(bytes, static_cast<std::uint32_t>(body.size()), 4);
+    bytes += body;
+    return bytes;
+}
+
 std::string encodeAccept(const AssociationRequest &request, const Negotiation &negotiation)
 {
     std::string body;
@@ -71,7 +63,7 @@ std::string encodeAccept(const AssociationRequest &request, const Negotiation &n
         putItem(body, kAnsweredContext, contextBody(answer));
     }
     putItem(body, kUserInformation, userInformation());
-    return pdu(PduType::associateAccept, body);
+    return encodePdu(PduType::associateAccept, body);
 }
 
 std::string encodeReject(Rejection rejection)
@@ -81,7 +73,7 @@ std::string encodeReject(Rejection rejection)
     putBig(body, rejection.result, 1);
     putBig(body, rejection.source, 1);
     putBig(body, rejection.reason, 1);
-    return pdu(PduType::associateReject, body);
+    return encodePdu(PduType::associateReject, body);
 }
 
 std::string encodeAbort(AbortReason reason)
@@ -91,33 +83,34 @@ std::string encodeAbort(AbortReason reason)
     putBig(body, 0, 2);
     putBig(body, kServiceProvider, 1);
     putBig(body, static_cast<std::uint8_t>(reason), 1);
-    return pdu(PduType::abort, body);
+    return encodePdu(PduType::abort, body);
 }
 
 std::string encodeReleaseReply()
 {
-    return pdu(PduType::releaseReply, std::string(4, '\0'));
+    return encodePdu(PduType::releaseReply, std::string(4, '\0'));
 }
 
-std::string encodeCommand(std::uint8_t contextId, std::string_view command, std::uint32_t maximumLength)
+std::string
+encodeMessage(std::uint8_t contextId, MessagePart part, std::string_view message, std::uint32_t maximumLength)
 {
     constexpr std::uint32_t kPdvHeaderBytes = 6;
     constexpr std::uint32_t kLeastFragmentBytes = 64; // a peer that asks for less can't mean it
-    constexpr std::uint8_t kCommand = 1;
+    const std::uint8_t kind = part == MessagePart::command ? 1 : 0;
     constexpr std::uint8_t kLastFragment = 2;
     const std::uint32_t whole = maximumLength == 0 ? kOurMaximumLength : maximumLength;
     const std::size_t room = std::max(whole, kPdvHeaderBytes + kLeastFragmentBytes) - kPdvHeaderBytes;
     std::string bytes;
     do {
-        const std::string_view fragment = command.substr(0, room);
-        command.remove_prefix(fragment.size());
+        const std::string_view fragment = message.substr(0, room);
+        message.remove_prefix(fragment.size());
         std::string body;
         putBig(body, static_cast<std::uint32_t>(fragment.size() + 2), 4);
         putBig(body, contextId, 1);
-        putBig(body, command.empty() ? kCommand | kLastFragment : kCommand, 1);
+        putBig(body, message.empty() ? kind | kLastFragment : kind, 1);
         body += fragment;
-        bytes += pdu(PduType::data, body);
-    } while (!command.empty());
+        bytes += encodePdu(PduType::data, body);
+    } while (!message.empty());
     return bytes;
 }
 

@@ -424,6 +424,7 @@ TEST(Peers, ADeathOfTheListenerLetsAnObjectUnderWayFinishInTheInbox)
 TEST(Peers, ADeathOfTheGatewayLeavesTheObjectUnderWayInTheInbox)
 {
     const QTemporaryDir inbox;
+    ASSERT_TRUE(QDir(inbox.path()).mkdir(QStringLiteral(".part"))); // whoever takes it into use makes it
     HelperProcess process(helperProgramPath(), QStringLiteral("scp"));
     process.channel().send(Record{
         "start",

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "dicom_helper/descriptor.h"
 #include "dicom_helper/scp/association_request.h"
 #include "dicom_helper/scp/listening_socket.h"
+#include "platform/descriptors/descriptor.h"
 
 #include <chrono>
 #include <optional>
@@ -23,7 +23,7 @@ public:
         dropped   ///< it isn't DICOM, or the peer went away: answered where that makes sense, to be closed
     };
 
-    PendingPeer(Descriptor socket, PeerName name, std::chrono::steady_clock::time_point deadline)
+    PendingPeer(platform::Descriptor socket, PeerName name, std::chrono::steady_clock::time_point deadline)
         : m_socket(std::move(socket)), m_name(std::move(name)), m_deadline(deadline)
     {
     }
@@ -35,7 +35,7 @@ public:
     void answer(const std::string &pdu);
 
     int descriptor() const { return m_socket.get(); }
-    Descriptor takeSocket() { return std::move(m_socket); }
+    platform::Descriptor takeSocket() { return std::move(m_socket); }
     AssociationRequest takeRequest() { return std::move(m_request); }
     const std::string &host() const { return m_name.host; }
     const std::string &address() const { return m_name.address; }
@@ -52,7 +52,7 @@ private:
     Progress onBytes();
     std::size_t wantedBytes() const;
 
-    Descriptor m_socket;
+    platform::Descriptor m_socket;
     PeerName m_name;
     std::chrono::steady_clock::time_point m_deadline;
     std::string m_bytes;

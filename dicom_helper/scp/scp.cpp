@@ -43,7 +43,7 @@ int run(Channel channel)
         return 0; // the gateway changed its mind before it began
     }
     try {
-        Inbox inbox{std::string(start.text("inbox"))};
+        Inbox inbox{std::string(start.text("inbox")), std::string(start.text("inboxid"))};
         inbox.raise(start.number("after", 0));
         Listener listener(settingsOf(start), inbox, channel);
         inbox.sweep();

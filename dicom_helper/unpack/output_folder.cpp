@@ -38,16 +38,17 @@ OutputFolder::OutputFolder(const std::string &path, std::uint64_t reserve)
 }
 
 /// The new file, or a closed descriptor with errno telling why not.
-Descriptor OutputFolder::createAt(const EntryPath &path) const
+platform::Descriptor OutputFolder::createAt(const EntryPath &path) const
 {
-    Descriptor opened;
+    platform::Descriptor opened;
     int folder = m_folder.get();
     for (const std::string &part : path.folders) {
         if (::mkdirat(folder, part.c_str(), S_IRWXU) != 0 && errno != EEXIST) {
             return {};
         }
         // O_PATH: to pass through it is all that is wanted.
-        Descriptor next(::openat(folder, part.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+        platform::Descriptor next(
+            ::openat(folder, part.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
         if (!next.isOpen()) {
             return {};
         }
@@ -55,7 +56,7 @@ Descriptor OutputFolder::createAt(const EntryPath &path) const
         folder = opened.get();
     }
     constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
-    return Descriptor(::openat(folder, path.name.c_str(), kFlags, S_IRUSR | S_IWUSR));
+    return platform::Descriptor(::openat(folder, path.name.c_str(), kFlags, S_IRUSR | S_IWUSR));
 }
 
 void OutputFolder::begin(std::string_view path, std::uint64_t number)
@@ -63,7 +64,7 @@ void OutputFolder::begin(std::string_view path, std::uint64_t number)
     constexpr int kAttempts = 100; // an archive may have taken the first plain names on purpose
     leaveReserve(kCostOfFile);
     const std::optional<EntryPath> own = tamedPath(path);
-    m_file = own ? createAt(*own) : Descriptor();
+    m_file = own ? createAt(*own) : platform::Descriptor();
     for (int attempt = 0; !m_file.isOpen() && attempt < kAttempts; ++attempt) {
         if ((own || attempt > 0) && !isTroubleWithName(errno)) {
             break;

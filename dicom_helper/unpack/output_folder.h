@@ -1,8 +1,8 @@
 #pragma once
 
-#include "dicom_helper/descriptor.h"
 #include "dicom_helper/unpack/entry_path.h"
 #include "dicom_helper/unpack/entry_sink.h"
+#include "platform/descriptors/descriptor.h"
 
 #include <string>
 
@@ -27,13 +27,13 @@ public:
     void end() override;
 
 private:
-    Descriptor createAt(const EntryPath &path) const;
+    platform::Descriptor createAt(const EntryPath &path) const;
     void leaveReserve(std::uint64_t bytes);
 
-    Descriptor m_folder;
+    platform::Descriptor m_folder;
     std::uint64_t m_reserve;
     std::uint64_t m_uncheckedBytes = 0;
-    Descriptor m_file;
+    platform::Descriptor m_file;
 };
 
 } // namespace gateway::dicom_helper::unpack

@@ -72,7 +72,7 @@ Record unpack(const Record &job, Channel &channel)
 {
     const Limits limits{sizeIn(job, "entries"), sizeIn(job, "bytes")};
     try {
-        const Descriptor input(::open(std::string(job.text("path")).c_str(), O_RDONLY | O_CLOEXEC));
+        const platform::Descriptor input(::open(std::string(job.text("path")).c_str(), O_RDONLY | O_CLOEXEC));
         OutputFolder folder(std::string(job.text("folder")), sizeIn(job, "reserve"));
         if (!input.isOpen()) {
             throw NoStorage("the archive can't be opened");

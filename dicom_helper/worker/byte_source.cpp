@@ -48,33 +48,24 @@ std::string ByteSource::text(std::uint64_t offset, std::size_t limit)
 std::unique_ptr<FileBytes> FileBytes::open(const std::string &path)
 {
     // Not blocking, so that a named pipe in a folder of files can't hold the worker.
-    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
-    if (descriptor < 0) {
+    platform::Descriptor descriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    if (!descriptor.isOpen()) {
         // A socket or a device without a driver can't be opened at all.
         if (errno == ENXIO || errno == ENODEV) {
             return nullptr;
         }
         throw ReadError(errno);
     }
-    auto file = std::make_unique<FileBytes>(descriptor);
     struct stat about = {};
-    if (::fstat(descriptor, &about) != 0) {
+    if (::fstat(descriptor.get(), &about) != 0) {
         throw ReadError(errno);
     }
-    return S_ISREG(about.st_mode) ? std::move(file) : nullptr;
-}
-
-FileBytes::FileBytes(int descriptor) : m_descriptor(descriptor)
-{
-    struct stat about = {};
-    if (::fstat(descriptor, &about) == 0 && about.st_size > 0) {
-        m_size = static_cast<std::uint64_t>(about.st_size);
+    if (!S_ISREG(about.st_mode)) {
+        return nullptr;
     }
-}
-
-FileBytes::~FileBytes()
-{
-    ::close(m_descriptor);
+    std::unique_ptr<FileBytes> file(new FileBytes(std::move(descriptor)));
+    file->m_size = static_cast<std::uint64_t>(about.st_size);
+    return file;
 }
 
 /// \param needed  how many of the bytes matter; trouble behind them is left for whoever needs those.
@@ -83,7 +74,7 @@ std::size_t FileBytes::readFile(std::uint64_t offset, std::span<std::byte> to, s
     std::size_t filled = 0;
     while (filled < to.size()) {
         const ssize_t got = ::pread(
-            m_descriptor, to.data() + filled, to.size() - filled, static_cast<off_t>(offset + filled));
+            m_descriptor.get(), to.data() + filled, to.size() - filled, static_cast<off_t>(offset + filled));
         if (got < 0 && errno == EINTR) {
             continue;
         }

@@ -1,11 +1,14 @@
 #pragma once
 
+#include "platform/descriptors/descriptor.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <exception>
 #include <memory>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace gateway::dicom_helper::worker {
@@ -43,28 +46,23 @@ public:
     std::string text(std::uint64_t offset, std::size_t limit);
 };
 
-/// A regular file, read through a small window. Owns its descriptor.
+/// A regular file, read through a small window.
 class FileBytes final : public ByteSource
 {
 public:
-    /// Nothing when `path` isn't a regular file. \throws ReadError when it can't be opened
+    /// Nothing when `path` isn't a regular file. \throws ReadError when it can't be opened, or not be asked
     static std::unique_ptr<FileBytes> open(const std::string &path);
-
-    /// Takes over `descriptor`, which is open for reading.
-    explicit FileBytes(int descriptor);
-    ~FileBytes() override;
-
-    FileBytes(const FileBytes &) = delete;
-    FileBytes &operator=(const FileBytes &) = delete;
 
     std::size_t read(std::uint64_t offset, std::span<std::byte> to) override;
     std::uint64_t size() const override { return m_size; }
-    int descriptor() const { return m_descriptor; }
+    int descriptor() const { return m_descriptor.get(); }
 
 private:
+    explicit FileBytes(platform::Descriptor descriptor) : m_descriptor(std::move(descriptor)) {}
+
     std::size_t readFile(std::uint64_t offset, std::span<std::byte> to, std::size_t needed) const;
 
-    int m_descriptor;
+    platform::Descriptor m_descriptor;
     std::uint64_t m_size = 0;
     std::vector<std::byte> m_window;
     std::uint64_t m_windowOffset = 0;

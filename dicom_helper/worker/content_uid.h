@@ -13,7 +13,8 @@ namespace gateway::dicom_helper::worker {
 std::string contentUid(ByteSource &file);
 
 /// A number by which versions of one object are told apart, made of the bytes from `offset` on and of what
-/// says how to read them; above 0.
+/// says how to read them; above 0. Indexes keep it: another one for the same bytes would make every stored
+/// file a damaged one.
 std::int64_t contentVersion(ByteSource &file, std::uint64_t offset, std::string_view transferSyntax);
 
 } // namespace gateway::dicom_helper::worker

@@ -54,6 +54,12 @@ TEST(ContentVersion, IsTheSameForTheSameBytesAndAnotherForAnyOther)
     }
 }
 
+TEST(ContentVersion, StaysWhatIndexesHaveKept)
+{
+    EXPECT_EQ(versionOf(ascending(75)), 2'997'704'700'077'741'040);
+    EXPECT_EQ(versionOf(ascending(70'000)), 8'938'648'115'393'874'499);
+}
+
 TEST(ContentVersion, KnowsTheOrderOfEqualParts)
 {
     const std::vector<std::byte> bytes = ascending(320);

@@ -201,7 +201,7 @@ void putNumbers(Fields &fields, const ObjectHeader &header, DicomSource &source)
 
 } // namespace
 
-Record parseObject(const std::string &path)
+Record parseObject(const std::string &path, Look look)
 {
     auto source = DicomSource::open(path);
     if (!source) {
@@ -222,7 +222,17 @@ Record parseObject(const std::string &path)
     if (endOf(header, *source).isTooEarly) {
         fields.put("damaged", platform::dicom_protocol::kBooleanValue, "1");
     }
-    return fields.take();
+    Record record = fields.take();
+    if (look == Look::elements) {
+        return record;
+    }
+    try {
+        record.setNumber(
+            "version", contentVersion(source->file(), header.layout.datasetOffset, transferSyntaxOf(header)));
+    } catch (const ReadError &) {
+        // Pixels that can't be read now cost the version, not the object.
+    }
+    return record;
 }
 
 } // namespace gateway::dicom_helper::worker

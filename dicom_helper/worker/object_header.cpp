@@ -93,6 +93,14 @@ void take(ObjectHeader &header, const Element &element, ByteSource &source)
     header.values.emplace(element.tag, source.text(element.valueOffset, size));
 }
 
+std::string_view nativeSyntax(const DatasetEncoding &encoding)
+{
+    if (encoding.bigEndian) {
+        return kExplicitBigEndian;
+    }
+    return encoding.explicitVr ? kExplicitLittleEndian : kImplicitLittleEndian;
+}
+
 } // namespace
 
 std::string_view ObjectHeader::raw(Tag tag) const
@@ -187,6 +195,18 @@ ObjectHeader readHeader(DicomSource &source)
     header.end = scanner.end();
     header.endOffset = scanner.position();
     return header;
+}
+
+std::string transferSyntaxOf(const ObjectHeader &header)
+{
+    const std::string &stated = header.layout.transferSyntax;
+    const bool isNative =
+        stated == kImplicitLittleEndian || stated == kExplicitLittleEndian || stated == kExplicitBigEndian;
+    const bool isEncapsulated = header.pixelData && header.pixelData->length == kUndefinedLength;
+    if (!stated.empty() && (!isNative || isEncapsulated)) {
+        return stated;
+    }
+    return isEncapsulated ? std::string() : std::string(nativeSyntax(header.encoding));
 }
 
 } // namespace gateway::dicom_helper::worker

@@ -73,4 +73,8 @@ private:
 /// Reads the elements up to the pixel data. A damaged object gives what stands before the damage.
 ObjectHeader readHeader(DicomSource &source);
 
+/// How an object is encoded: what its meta header says, or how the dataset is written where that is native
+/// and the meta header is silent or wrong. Empty where nobody can tell.
+std::string transferSyntaxOf(const ObjectHeader &header);
+
 } // namespace gateway::dicom_helper::worker

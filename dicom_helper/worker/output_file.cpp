@@ -13,14 +13,13 @@ OutputFile::OutputFile(std::string path)
       m_descriptor(
           ::open(m_path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, S_IRUSR | S_IWUSR))
 {
-    if (m_descriptor < 0) {
+    if (!m_descriptor.isOpen()) {
         throw WriteError("the output can't be created");
     }
 }
 
 OutputFile::~OutputFile()
 {
-    ::close(m_descriptor);
     if (!m_kept) {
         ::unlink(m_path.c_str());
     }
@@ -29,7 +28,7 @@ OutputFile::~OutputFile()
 std::uint64_t OutputFile::size() const
 {
     struct stat about = {};
-    if (::fstat(m_descriptor, &about) != 0) {
+    if (::fstat(m_descriptor.get(), &about) != 0) {
         throw WriteError("the output can't be measured");
     }
     return static_cast<std::uint64_t>(about.st_size);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/descriptors/descriptor.h"
+
 #include <cstdint>
 #include <string>
 
@@ -16,7 +18,7 @@ public:
     OutputFile(const OutputFile &) = delete;
     OutputFile &operator=(const OutputFile &) = delete;
 
-    int descriptor() const { return m_descriptor; }
+    int descriptor() const { return m_descriptor.get(); }
 
     /// Its present size in bytes. \throws WriteError
     std::uint64_t size() const;
@@ -25,7 +27,7 @@ public:
 
 private:
     std::string m_path;
-    int m_descriptor;
+    platform::Descriptor m_descriptor;
     bool m_kept = false;
 };
 

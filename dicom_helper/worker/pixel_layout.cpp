@@ -56,7 +56,10 @@ unsigned PixelLayout::precisionFor(unsigned used) const
 
 std::optional<PixelLayout> carriedPixels(const ObjectHeader &header)
 {
-    if (!header.pixelData || header.pixelData->tag != kPixelData) {
+    const std::optional<std::uint32_t> highBit = header.unsignedShort(kHighBit);
+    // Common decoders give up a compressed image without a high bit, or with pixels elsewhere besides.
+    if (!header.pixelData || header.pixelData->tag != kPixelData || !highBit ||
+        header.values.contains(kPixelDataProviderUrl)) {
         return std::nullopt;
     }
     const std::uint32_t allocated = header.unsignedShort(kBitsAllocated).value_or(0);
@@ -74,7 +77,7 @@ std::optional<PixelLayout> carriedPixels(const ObjectHeader &header)
     layout.shape = {
         columns, rows, header.unsignedShort(kSamplesPerPixel).value_or(0), allocated / 8, allocated};
     layout.bitsStored = stored;
-    layout.highBitIsTop = header.unsignedShort(kHighBit).value_or(0) == stored - 1;
+    layout.highBitIsTop = *highBit == stored - 1;
     layout.planes = layout.shape.samples == 3 && planar == 1;
     layout.swapWords = header.encoding.bigEndian && (allocated == 16 || header.pixelData->vr == vr('O', 'W'));
     layout.frames = static_cast<std::uint64_t>(frames);

@@ -24,28 +24,6 @@ using platform::dicom_protocol::Record;
 
 constexpr std::size_t kPreambleBytes = 128;
 
-std::string_view nativeSyntax(const DatasetEncoding &encoding)
-{
-    if (encoding.bigEndian) {
-        return kExplicitBigEndian;
-    }
-    return encoding.explicitVr ? kExplicitLittleEndian : kImplicitLittleEndian;
-}
-
-/// What the header has to say: what it says, or how the dataset is written where that is native and the
-/// header is silent or wrong. Empty where nobody can tell.
-std::string transferSyntaxOf(const ObjectHeader &header)
-{
-    const std::string &stated = header.layout.transferSyntax;
-    const bool isNative =
-        stated == kImplicitLittleEndian || stated == kExplicitLittleEndian || stated == kExplicitBigEndian;
-    const bool isEncapsulated = header.pixelData && header.pixelData->length == kUndefinedLength;
-    if (!stated.empty() && (!isNative || isEncapsulated)) {
-        return stated;
-    }
-    return isEncapsulated ? std::string() : std::string(nativeSyntax(header.encoding));
-}
-
 /// Where a dataset without an instance UID gets one: the bytes from `offset` on, `skipped` of which stand
 /// for an empty one.
 struct Gap
@@ -57,15 +35,17 @@ struct Gap
 Gap gapForInstance(DicomSource &source, const DatasetEncoding &encoding)
 {
     ElementScanner scanner(source.dataset(), source.datasetOffset(), encoding, {.intoDefinedLength = false});
-    std::uint64_t before = scanner.position();
+    std::uint64_t last = scanner.position(); // where the last element outside sequences begins
     while (const auto element = scanner.next()) {
         if (element->depth == 0 && element->tag >= kSopInstanceUid) {
             const bool isEmpty = element->tag == kSopInstanceUid;
-            return {before, isEmpty ? element->valueOffset + element->length - before : 0};
+            return {element->offset, isEmpty ? element->valueOffset + element->length - element->offset : 0};
         }
-        before = scanner.position();
+        last = element->depth == 0 ? element->offset : last;
     }
-    return {before, 0};
+    // Never into an element that isn't there whole: it would become part of that one's value.
+    const bool isCut = scanner.isInsideSequence() || scanner.end() == ScanEnd::truncated;
+    return {isCut ? last : scanner.position(), 0};
 }
 
 /// The element (0008,0018) in the dataset's own encoding.
@@ -199,17 +179,23 @@ private:
     bool m_endsWell; // or in a way that nobody can mend
 };
 
+/// The record with what tells whether the file is still the one that was received.
+Record versioned(Record record, Candidate &original)
+{
+    record.setNumber("version", original.version());
+    return record;
+}
+
 Record ready(const std::string &path, Candidate &original)
 {
     const Identity &identity = original.identity();
     const auto nameable = [](const std::string &uid) { return isNameable(uid) ? uid : std::string(); };
-    Record record{"sendable",
-                  {{"path", path},
-                   {"study", nameable(identity.study)},
-                   {"series", nameable(identity.series)},
-                   {"instance", identity.sopInstance}}};
-    record.setNumber("version", original.version());
-    return record;
+    return versioned({"sendable",
+                      {{"path", path},
+                       {"study", nameable(identity.study)},
+                       {"series", nameable(identity.series)},
+                       {"instance", identity.sopInstance}}},
+                     original);
 }
 
 Record failed(const std::string &message)
@@ -229,7 +215,7 @@ Record madeReady(Candidate &candidate, const std::string &path, const std::strin
         return ready(path, candidate);
     }
     if (!candidate.hasTransferSyntax()) {
-        return failed("how the pixel data is compressed can't be told");
+        return versioned(failed("how the pixel data is compressed can't be told"), candidate);
     }
     candidate.copyTo(output);
     return ready(output, candidate);
@@ -243,7 +229,7 @@ try {
         return failed("it isn't a regular file");
     }
     if (!isNameable(candidate->identity().sopInstance)) {
-        return {"nameless", {}};
+        return versioned({"nameless", {}}, *candidate);
     }
     if (!converted.empty()) {
         const std::optional<Candidate> form = candidateAt(converted);
@@ -281,9 +267,7 @@ try {
     if (!candidate) {
         return failed("it isn't a regular file");
     }
-    Record record{"version", {}};
-    record.setNumber("version", candidate->version());
-    return record;
+    return versioned({"version", {}}, *candidate);
 } catch (const std::bad_alloc &) {
     return failed("the object needs too much memory");
 } catch (const std::runtime_error &error) {

@@ -131,6 +131,39 @@ TEST_F(Sendable, GivesADatasetWithoutAnInstanceTheOneOfItsHeader)
     }
 }
 
+TEST_F(Sendable, PutsAnInstanceBehindASequenceAndNotIntoIt)
+{
+    constexpr Tag kLanguageCodeSequence = 0x00080006U;
+    DatasetWriter item;
+    item.text(0x00080100U, "SH", "de");
+    for (const bool isUndefined : {true, false}) {
+        const std::string sequence = DatasetWriter().sequence(kLanguageCodeSequence, item, isUndefined).all();
+        const std::string rest = DatasetWriter().text(kStudyInstanceUid, "UI", "1.2.9").all();
+
+        answerFor(part10(kExplicitLittleEndian, sequence + rest, "1.2.3.4.77"));
+
+        EXPECT_EQ(datasetOfCopy("1.2.3.4.77", std::string(kExplicitLittleEndian)),
+                  sequence + DatasetWriter().text(kSopInstanceUid, "UI", "1.2.3.4.77").all() + rest);
+        QFile::remove(QString::fromStdString(output));
+    }
+}
+
+TEST_F(Sendable, PutsAnInstanceBeforeAnElementThatEndsTooEarly)
+{
+    const std::string before = DatasetWriter().text(0x00080005U, "CS", "ISO_IR 100").all();
+    const std::string cut = DatasetWriter().text(kSopClassUid, "UI", "1.2.840.10008.5.1.4.1.1.2").all();
+    for (const std::size_t size : {std::size_t{8}, cut.size() - 1}) {
+        const Record answer =
+            answerFor(part10(kExplicitLittleEndian, before + cut.substr(0, size), "1.2.3.4.77"));
+
+        EXPECT_EQ(answer.text("instance"), "1.2.3.4.77");
+        EXPECT_EQ(datasetOfCopy("1.2.3.4.77", std::string(kExplicitLittleEndian)),
+                  before + DatasetWriter().text(kSopInstanceUid, "UI", "1.2.3.4.77").all() +
+                      cut.substr(0, size));
+        QFile::remove(QString::fromStdString(output));
+    }
+}
+
 TEST_F(Sendable, SendsSloppyUidsAsTheyStand)
 {
     for (const std::string uid : {"1.2.3.4.abc", "01.002.0003"}) {
@@ -147,6 +180,19 @@ TEST_F(Sendable, SaysWhatNoAnswerCouldName)
     EXPECT_EQ(answerFor(part10(kExplicitLittleEndian, datasetWith("1.2\n3"), "1.2")).word, "nameless");
     EXPECT_EQ(answerFor(part10(kExplicitLittleEndian, datasetWith("1.2.\xE4"), "1.2")).word, "nameless");
     EXPECT_FALSE(hasCopy());
+}
+
+TEST_F(Sendable, TellsTheVersionOfWhatCannotGoUpToo)
+{
+    const std::string zeroed(1000, '\0');
+    writeFile(path, zeroed);
+    const std::int64_t version = tellVersion(path).number("version", 0);
+    EXPECT_GT(version, 0);
+
+    const Record answer = answerFor(zeroed);
+
+    EXPECT_EQ(answer.word, "nameless");
+    EXPECT_EQ(answer.number("version", 0), version);
 }
 
 TEST_F(Sendable, TellsVersionsApartByTheDatasetAlone)

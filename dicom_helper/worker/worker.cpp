@@ -1,7 +1,6 @@
 #include "dicom_helper/worker/worker.h"
 
 #include "dicom_helper/confinement/confinement.h"
-#include "dicom_helper/descriptor.h"
 #include "dicom_helper/worker/byte_source.h"
 #include "dicom_helper/worker/converter.h"
 #include "dicom_helper/worker/elements.h"
@@ -10,6 +9,7 @@
 #include "dicom_helper/worker/sendable.h"
 #include "dicom_helper/worker/text_decoder.h"
 #include "dicom_helper/worker/toolkit_object.h"
+#include "platform/descriptors/descriptor.h"
 
 #include <algorithm>
 #include <array>
@@ -77,10 +77,13 @@ try {
     if (job.word == "compare") {
         return compareObjects(path, std::string(job.text("sent")), std::string(job.text("stored")));
     }
+    if (job.word == "parse_with_version") {
+        return parseObject(path, Look::whole);
+    }
     if (job.word != "parse") {
         return {"failed", {{"message", "the job isn't known"}}};
     }
-    return parseObject(path);
+    return parseObject(path, Look::elements);
 } catch (const ReadError &error) {
     return trouble(error.code(), error.what());
 } catch (const std::bad_alloc &) {
@@ -118,7 +121,7 @@ private:
     void close(const Record &job)
     {
         Confinement confinement;
-        std::vector<Descriptor> folders;
+        std::vector<platform::Descriptor> folders;
         const auto open = [&](std::string_view path, FolderUse use) {
             folders.emplace_back(::open(folderOf(path).c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
             if (folders.back().isOpen()) {
@@ -142,7 +145,7 @@ private:
     /// True for a file that may be closed to this process alone: a fresh one will see.
     static bool isForbidden(const std::string &path)
     {
-        const Descriptor file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+        const platform::Descriptor file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
         return !file.isOpen() && errno == EACCES;
     }
 

@@ -69,7 +69,7 @@ TEST(Worker, WhatCannotBeOpenedIsTroubleAndNothingIsSaidOfItsContent)
     const std::string none = folder.filePath(QStringLiteral("none")).toStdString();
     Worker worker;
 
-    for (const char *job : {"parse", "convert"}) {
+    for (const char *job : {"parse", "parse_with_version", "convert"}) {
         const Record answer = worker.answerTo({job, {{"path", none}, {"output", none + "2"}}});
         EXPECT_EQ(answer.word, "trouble") << job;
         EXPECT_EQ(answer.text("errno"), std::to_string(ENOENT)) << job;

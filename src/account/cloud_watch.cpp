@@ -51,7 +51,7 @@ QCoro::Task<> CloudWatch::look()
         });
     m_scope.start(m_status.refresh());
     if (m_status.isChecking()) {
-        co_await platform::asyncSleep(m_with.main, m_with.clock, kPatience, enough.get_token());
+        co_await platform::asyncSleep(m_with.main, m_with.clock, kGracePeriod, enough.get_token());
     }
     QObject::disconnect(connection);
 }

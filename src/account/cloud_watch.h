@@ -40,7 +40,7 @@ public:
     static constexpr std::chrono::seconds kStoragePoll{60};
 
     /// How long somebody who asks for the state waits for a cloud that doesn't answer.
-    static constexpr std::chrono::seconds kPatience{2};
+    static constexpr std::chrono::seconds kGracePeriod{2};
 
     explicit CloudWatch(const Collaborators &with);
 

@@ -67,7 +67,7 @@ TEST_F(CloudWatchTest, KeepsNobodyWaitingForACloudThatDoesNotAnswer)
     clock.waitForSleepers(1);
     EXPECT_FALSE(looking.isReady());
 
-    clock.advance(CloudWatch::kPatience);
+    clock.advance(CloudWatch::kGracePeriod);
     finish(looking);
 
     EXPECT_TRUE(watch.status().isChecking());

@@ -6,6 +6,8 @@
 #include "platform/concurrency/async.h"
 #include "platform/concurrency/main_thread.h"
 
+#include <QtCore/QCoreApplication>
+
 #include <utility>
 
 namespace gateway::account {
@@ -32,10 +34,59 @@ QString workplaceOf(const cloud_client::QrnUser &user)
     return {};
 }
 
+GatewayAccountForm formOf(const cloud_client::QrnUser &user)
+{
+    return {textOf(user.title),
+            textOf(user.firstName),
+            textOf(user.middleName),
+            textOf(user.lastName),
+            textOf(user.suffix),
+            textOf(user.profession),
+            textOf(user.phoneNumber),
+            workplaceOf(user)};
+}
+
+constexpr QString GatewayAccountForm::*kFields[] = {&GatewayAccountForm::title,
+                                                    &GatewayAccountForm::firstName,
+                                                    &GatewayAccountForm::middleName,
+                                                    &GatewayAccountForm::lastName,
+                                                    &GatewayAccountForm::suffix,
+                                                    &GatewayAccountForm::profession,
+                                                    &GatewayAccountForm::phoneNumber,
+                                                    &GatewayAccountForm::workplace};
+
+/// `now` with the fields in which `edited` differs from the record that it was made from.
+GatewayAccountForm
+withEdits(GatewayAccountForm now, const GatewayAccountForm &edited, const GatewayAccountForm &before)
+{
+    for (const auto field : kFields) {
+        if (edited.*field != before.*field) {
+            now.*field = edited.*field;
+        }
+    }
+    return now;
+}
+
 std::optional<QString> trimmedOrNone(const QString &text)
 {
     const QString trimmed = text.trimmed();
     return trimmed.isEmpty() ? std::nullopt : std::optional(trimmed);
+}
+
+/// The whole record, with the texts of the form in place of its own.
+cloud_client::QrnUpdateUserRequest requestOf(const cloud_client::QrnUser &user,
+                                             const GatewayAccountForm &form)
+{
+    cloud_client::QrnUpdateUserRequest request(user);
+    request.title = trimmedOrNone(form.title);
+    request.firstName = trimmedOrNone(form.firstName);
+    request.middleName = trimmedOrNone(form.middleName);
+    request.lastName = trimmedOrNone(form.lastName);
+    request.suffix = trimmedOrNone(form.suffix);
+    request.profession = trimmedOrNone(form.profession);
+    request.phoneNumber = trimmedOrNone(form.phoneNumber);
+    request.workplace = trimmedOrNone(form.workplace);
+    return request;
 }
 
 } // namespace
@@ -73,14 +124,7 @@ void GatewayAccountSettingsViewModel::beginEditing()
 void GatewayAccountSettingsViewModel::applyUser(const cloud_client::QrnUser &user)
 {
     m_shown.user = user;
-    m_shown.form = {textOf(user.title),
-                    textOf(user.firstName),
-                    textOf(user.middleName),
-                    textOf(user.lastName),
-                    textOf(user.suffix),
-                    textOf(user.profession),
-                    textOf(user.phoneNumber),
-                    workplaceOf(user)};
+    m_shown.form = formOf(user);
     m_shown.email = textOf(user.email);
     m_shown.workplaces = user.workplaces;
 }
@@ -138,7 +182,15 @@ QCoro::Task<> GatewayAccountSettingsViewModel::save()
     m_shown.successMessage.reset();
     Q_EMIT changed();
 
-    const Answer answer = co_await update(updateRequest());
+    const GatewayAccountForm edited = m_shown.form;
+    const GatewayAccountForm before = formOf(*m_shown.user);
+    Answer answer = co_await fetch(); // somebody may have changed it elsewhere meanwhile
+    if (epoch != m_epoch) {
+        co_return;
+    }
+    if (answer.user) {
+        answer = co_await update(requestOf(*answer.user, withEdits(formOf(*answer.user), edited, before)));
+    }
 
     if (epoch != m_epoch) {
         co_return;
@@ -146,7 +198,7 @@ QCoro::Task<> GatewayAccountSettingsViewModel::save()
     if (answer.user) {
         applyUser(*answer.user);
         m_shown.isEditing = false;
-        m_shown.successMessage = QStringLiteral("Account updated successfully.");
+        m_shown.successMessage = QCoreApplication::translate("Account", "Account updated successfully.");
         Q_EMIT changed();
         co_await m_parts.auth.refresh(false); // the label follows the profile
     } else {
@@ -156,21 +208,6 @@ QCoro::Task<> GatewayAccountSettingsViewModel::save()
         m_shown.isSaving = false;
         Q_EMIT changed();
     }
-}
-
-cloud_client::QrnUpdateUserRequest GatewayAccountSettingsViewModel::updateRequest() const
-{
-    cloud_client::QrnUpdateUserRequest request(*m_shown.user);
-    const GatewayAccountForm &form = m_shown.form;
-    request.title = trimmedOrNone(form.title);
-    request.firstName = trimmedOrNone(form.firstName);
-    request.middleName = trimmedOrNone(form.middleName);
-    request.lastName = trimmedOrNone(form.lastName);
-    request.suffix = trimmedOrNone(form.suffix);
-    request.profession = trimmedOrNone(form.profession);
-    request.phoneNumber = trimmedOrNone(form.phoneNumber);
-    request.workplace = trimmedOrNone(form.workplace);
-    return request;
 }
 
 QCoro::Task<GatewayAccountSettingsViewModel::Answer>
@@ -209,7 +246,7 @@ void GatewayAccountSettingsViewModel::cancelEditing()
 void GatewayAccountSettingsViewModel::passwordWasChanged()
 {
     m_shown.errorMessage.reset();
-    m_shown.successMessage = QStringLiteral("Password updated successfully.");
+    m_shown.successMessage = QCoreApplication::translate("Account", "Password updated successfully.");
     Q_EMIT changed();
 }
 

@@ -91,8 +91,9 @@ public:
     /// Puts the form back to the record.
     void cancelEditing();
 
-    /// Sends the form with the whole record behind it; texts that are empty after trimming are cleared at the
-    /// service. Does nothing before a profile was loaded or while another saving runs.
+    /// Reads the record anew, and sends it with the fields that were edited here; texts that are empty after
+    /// trimming are cleared at the service. Does nothing before a profile was loaded or while another saving
+    /// runs.
     QCoro::Task<> save();
 
     /// Shows that the password was changed beside this form.
@@ -126,7 +127,6 @@ private:
     };
 
     void applyUser(const cloud_client::QrnUser &user);
-    cloud_client::QrnUpdateUserRequest updateRequest() const;
     QCoro::Task<Answer> fetch();
     QCoro::Task<Answer> update(cloud_client::QrnUpdateUserRequest request);
 

@@ -141,6 +141,53 @@ TEST_F(GatewayAccountSettings, SendsNothingForABlankMiddleName)
     EXPECT_EQ(model.form().lastName, QStringLiteral("Miller"));
 }
 
+TEST_F(GatewayAccountSettings, LeavesWhatWasChangedElsewhereMeanwhileAsItIs)
+{
+    service.user.phoneNumber = QStringLiteral("111");
+    load();
+    GatewayAccountForm form = model.form();
+    form.firstName = QStringLiteral("Anna");
+    model.setForm(form);
+    service.user.phoneNumber = QStringLiteral("222");
+    service.user.record.insert(QStringLiteral("language"), QStringLiteral("de"));
+
+    save();
+
+    ASSERT_TRUE(service.lastUpdate);
+    EXPECT_EQ(service.lastUpdate->firstName, QStringLiteral("Anna"));
+    EXPECT_EQ(service.lastUpdate->phoneNumber, QStringLiteral("222"));
+    EXPECT_EQ(service.lastUpdate->toJson().value(QStringLiteral("language")), QStringLiteral("de"));
+    EXPECT_EQ(model.form().phoneNumber, QStringLiteral("222"));
+}
+
+TEST_F(GatewayAccountSettings, ClearsWhatWasClearedHereThoughItWasChangedElsewhere)
+{
+    load();
+    GatewayAccountForm form = model.form();
+    form.middleName.clear();
+    model.setForm(form);
+    service.user.middleName = QStringLiteral("C.");
+
+    save();
+
+    ASSERT_TRUE(service.lastUpdate);
+    EXPECT_FALSE(service.lastUpdate->middleName);
+}
+
+TEST_F(GatewayAccountSettings, SavesNothingOverARecordThatIsOfAnotherSession)
+{
+    load();
+    service.hold(kGetUser);
+    const auto saving = model.save();
+    reach(kGetUser, 2);
+
+    model.reset();
+    service.release();
+    finish(saving);
+
+    EXPECT_FALSE(service.calls().contains(kUpdateUser));
+}
+
 TEST_F(GatewayAccountSettings, SaysSoWhenSavedAndLetsTheLabelFollow)
 {
     load();

@@ -6,9 +6,43 @@
 #include "platform/concurrency/async.h"
 #include "platform/concurrency/main_thread.h"
 
+#include <QtCore/QCoreApplication>
+#include <QtCore/QSaveFile>
+#include <QtCore/QTemporaryDir>
+
 #include <utility>
 
 namespace gateway::account {
+
+namespace {
+
+/// \return why the file can't be written; nothing on success.
+std::optional<QString> written(const QString &path, const QByteArray &bytes)
+{
+    QSaveFile file(path);
+    const bool isWritten =
+        file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit();
+    return isWritten ? std::nullopt : std::optional(file.errorString());
+}
+
+/// Sends the report, with the bundle as a file beside the others where there is one.
+void sendWith(cloud_client::QrnBugReportAPIProtocol &api,
+              cloud_client::QrnBugReportRequest request,
+              const std::optional<QString> &bundle,
+              const cloud_client::UploadProgressCallback &progress)
+{
+    const QTemporaryDir folder;
+    if (bundle) {
+        const QString path = folder.filePath(QStringLiteral("support-bundle.txt"));
+        if (const auto problem = written(path, bundle->toUtf8())) {
+            throw cloud_client::AFError(*problem, std::nullopt);
+        }
+        request.attachments.append(QUrl::fromLocalFile(path));
+    }
+    api.send(request, progress);
+}
+
+} // namespace
 
 GatewayBugReportViewModel::GatewayBugReportViewModel(const GatewayBugReportParts &parts)
     : m_parts(parts), m_scope(parts.main, parts.pool)
@@ -28,8 +62,35 @@ void GatewayBugReportViewModel::close()
 
 void GatewayBugReportViewModel::setForm(const GatewayBugReportForm &form)
 {
+    const bool wasWanted = m_form.includesSupportBundle;
     m_form = form;
+    if (form.includesSupportBundle != wasWanted) {
+        m_supportBundle.reset();
+        ++m_bundleNumber;
+        if (form.includesSupportBundle && m_parts.collectSupportBundle) {
+            m_scope.start(collect(m_bundleNumber));
+        }
+    }
     Q_EMIT changed();
+}
+
+QCoro::Task<> GatewayBugReportViewModel::collect(int number)
+{
+    const auto operation = m_scope.enter();
+    const QString bundle = co_await m_parts.collectSupportBundle();
+    if (number == m_bundleNumber && !m_scope.stopToken().stop_requested()) {
+        m_supportBundle = bundle;
+        Q_EMIT changed();
+    }
+}
+
+QCoro::Task<std::optional<QString>> GatewayBugReportViewModel::saveSupportBundle(QString path)
+{
+    const auto operation = m_scope.enter();
+    const QByteArray bytes = m_supportBundle.value_or(QString()).toUtf8();
+    const std::optional<QString> problem =
+        co_await platform::onPool(m_parts.main, m_parts.pool, [path, bytes] { return written(path, bytes); });
+    co_return problem;
 }
 
 void GatewayBugReportViewModel::clearErrorMessage()
@@ -46,7 +107,7 @@ bool GatewayBugReportViewModel::isSubmitDisabled() const
     if (m_form.wantsAttachments() && m_form.attachments.isEmpty()) {
         return true;
     }
-    return m_isSending;
+    return m_isSending || isCollecting();
 }
 
 QCoro::Task<> GatewayBugReportViewModel::send()
@@ -56,7 +117,7 @@ QCoro::Task<> GatewayBugReportViewModel::send()
     }
     const auto operation = m_scope.enter();
     m_isSending = true;
-    m_progressText = QStringLiteral("Sending...");
+    m_progressText = QCoreApplication::translate("BugReport", "Sending...");
     m_didSendSuccessfully = false;
     m_errorMessage.reset();
     Q_EMIT changed();
@@ -88,11 +149,12 @@ GatewayBugReportViewModel::deliver(cloud_client::QrnBugReportRequest request)
         main.post(alive, [this, fraction = reported.fractionCompleted()] { showProgress(fraction); });
     };
     try {
-        co_await platform::onPool(m_parts.main,
-                                  m_parts.pool,
-                                  [api = &m_parts.bugReportAPI, request = std::move(request), progress] {
-                                      api->send(request, progress);
-                                  });
+        co_await platform::onPool(
+            m_parts.main,
+            m_parts.pool,
+            [api = &m_parts.bugReportAPI, request = std::move(request), bundle = m_supportBundle, progress] {
+                sendWith(*api, request, bundle, progress);
+            });
     } catch (const std::exception &error) {
         co_return cloud_client::localizedDescription(error);
     }
@@ -101,7 +163,8 @@ GatewayBugReportViewModel::deliver(cloud_client::QrnBugReportRequest request)
 
 void GatewayBugReportViewModel::showProgress(double fraction)
 {
-    m_progressText = QString::asprintf("Sending files %.0f%%", fraction * 100.0);
+    m_progressText = QCoreApplication::translate("BugReport", "Sending files %1%")
+                         .arg(QString::asprintf("%.0f", fraction * 100.0));
     Q_EMIT changed();
 }
 

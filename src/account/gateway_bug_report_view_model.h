@@ -9,6 +9,7 @@
 #include <QtCore/QString>
 #include <QtCore/QUrl>
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -32,7 +33,8 @@ struct GatewayBugReportForm
     bool isReproducible = false;
     bool happenedDuringImport = false;
     bool happenedDuringOpening = false;
-    QList<QUrl> attachments;
+    QList<QUrl> attachments = {};
+    bool includesSupportBundle = false;
 
     /// Files belong to problems with importing or opening: they are needed for those, and sent with those
     /// only.
@@ -46,6 +48,9 @@ struct GatewayBugReportParts
     platform::UserDefaults &defaults;
     platform::MainExecutor &main;
     platform::WorkerPool &pool;
+
+    /// Makes the text of a support bundle; empty where there is none to be had.
+    std::function<QCoro::Task<QString>()> collectSupportBundle = {};
 };
 
 /// Sends a report of a problem to the service. A report that fails keeps all that was typed.
@@ -60,7 +65,15 @@ public:
     ~GatewayBugReportViewModel() override;
 
     const GatewayBugReportForm &form() const { return m_form; }
+
+    /// Takes what is entered. A support bundle is made when it is asked for, and forgotten when it isn't any
+    /// more, so that the next one is of its time.
     void setForm(const GatewayBugReportForm &form);
+
+    /// The text that goes along and is saved, to the letter; nothing while none is wanted, or it is being
+    /// made.
+    const std::optional<QString> &supportBundle() const { return m_supportBundle; }
+    bool isCollecting() const { return m_form.includesSupportBundle && !m_supportBundle; }
 
     bool isSending() const { return m_isSending; }
 
@@ -80,6 +93,9 @@ public:
     /// Sends the form; does nothing while `isSubmitDisabled`.
     QCoro::Task<> send();
 
+    /// Writes the support bundle to a file. \return why that failed; nothing on success.
+    QCoro::Task<std::optional<QString>> saveSupportBundle(QString path);
+
     /// Refuses new operations, and returns when none is under way.
     void close();
 
@@ -90,10 +106,13 @@ Q_SIGNALS:
 private:
     cloud_client::QrnBugReportRequest request() const;
     QCoro::Task<std::optional<QString>> deliver(cloud_client::QrnBugReportRequest request);
+    QCoro::Task<> collect(int number);
     void showProgress(double fraction);
 
     const GatewayBugReportParts m_parts;
     GatewayBugReportForm m_form;
+    std::optional<QString> m_supportBundle;
+    int m_bundleNumber = 0; // of the one that is wanted
     bool m_isSending = false;
     QString m_progressText;
     bool m_didSendSuccessfully = false;

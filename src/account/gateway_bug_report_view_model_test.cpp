@@ -3,6 +3,12 @@
 #include "account/testing/account_world.h"
 #include "cloud_client/qrn_bug_report_api.h"
 #include "core/device_id.h"
+#include "platform/concurrency/async_sleep.h"
+#include "platform/concurrency/testing/gate.h"
+
+#include <QtCore/QFile>
+
+#include <atomic>
 
 namespace gateway::account::testing {
 
@@ -16,44 +22,36 @@ public:
     void send(const cloud_client::QrnBugReportRequest &request,
               const cloud_client::UploadProgressCallback &progress) override
     {
-        const platform::MutexLock lock(m_mutex);
         last = request;
+        lastAttached.clear();
+        for (const QUrl &url : request.attachments) {
+            QFile file(url.toLocalFile());
+            lastAttached.append(file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray());
+        }
         lastProgress = progress;
         for (const auto &report : reports) {
             progress(report);
         }
         ++m_arrived;
-        while (m_isHeld) {
-            m_changed.wait(m_mutex);
-        }
+        m_gate.pass();
         if (failure) {
             throw cloud_client::AFError(*failure, std::nullopt);
         }
     }
 
-    void hold(bool isHeld)
-    {
-        const platform::MutexLock lock(m_mutex);
-        m_isHeld = isHeld;
-        m_changed.notifyAll();
-    }
+    void hold(bool isHeld) { m_gate.hold(isHeld); }
 
-    int arrived() const
-    {
-        const platform::MutexLock lock(m_mutex);
-        return m_arrived;
-    }
+    int arrived() const { return m_arrived; }
 
     QList<cloud_client::UploadProgress> reports;
     std::optional<QString> failure;
     std::optional<cloud_client::QrnBugReportRequest> last;
+    QList<QByteArray> lastAttached; ///< what the files held
     cloud_client::UploadProgressCallback lastProgress;
 
 private:
-    mutable platform::Mutex m_mutex;
-    platform::Condition m_changed;
-    bool m_isHeld QUORIN_GUARDED_BY(m_mutex) = false;
-    int m_arrived QUORIN_GUARDED_BY(m_mutex) = 0;
+    platform::testing::Gate m_gate;
+    std::atomic<int> m_arrived = 0;
 };
 
 const QList<QUrl> kFiles{QUrl::fromLocalFile(QStringLiteral("/tmp/a.dcm"))};
@@ -186,6 +184,103 @@ TEST_F(GatewayBugReport, ForgetsAnEarlierEndWhenItSendsAgain)
 
     EXPECT_FALSE(model.didSendSuccessfully());
     EXPECT_EQ(model.errorMessage(), QStringLiteral("Out of order."));
+}
+
+/// A report whose support bundles are made when the test says so.
+struct GatewayBugReportWithBundle : GatewayBugReport
+{
+    QCoro::Task<QString> collect()
+    {
+        const QString number = QString::number(++collected);
+        co_await platform::asyncSleep(main, clock, std::chrono::seconds(1), stop.get_token());
+        co_return QStringLiteral("bundle ") + number;
+    }
+
+    GatewayBugReportForm form(bool includesBundle) const
+    {
+        return {.descriptionText = QStringLiteral("It broke."), .includesSupportBundle = includesBundle};
+    }
+
+    void collectNow()
+    {
+        runUntil([this] {
+            clock.advance(std::chrono::seconds(1));
+            return !reporting.isCollecting();
+        });
+    }
+
+    int collected = 0;
+    std::stop_source stop;
+    GatewayBugReportViewModel reporting{{api, defaults, main, pool, [this] { return collect(); }}};
+};
+
+TEST_F(GatewayBugReportWithBundle, MakesNoneUnasked)
+{
+    reporting.setForm(form(false));
+
+    finish(reporting.send());
+
+    EXPECT_EQ(collected, 0);
+    EXPECT_TRUE(api.last->attachments.isEmpty());
+}
+
+TEST_F(GatewayBugReportWithBundle, SendsTheVeryTextThatCanBeRead)
+{
+    reporting.setForm(form(true));
+    EXPECT_TRUE(reporting.isCollecting());
+    EXPECT_TRUE(reporting.isSubmitDisabled());
+    collectNow();
+    EXPECT_FALSE(reporting.isSubmitDisabled());
+    EXPECT_EQ(reporting.supportBundle(), QStringLiteral("bundle 1"));
+
+    finish(reporting.send());
+
+    ASSERT_EQ(api.lastAttached, QList<QByteArray>{"bundle 1"});
+    EXPECT_EQ(api.last->attachments.first().fileName(), QStringLiteral("support-bundle.txt"));
+    EXPECT_FALSE(QFile::exists(api.last->attachments.first().toLocalFile()));
+}
+
+TEST_F(GatewayBugReportWithBundle, SendsItBesideTheFiles)
+{
+    GatewayBugReportForm both = form(true);
+    both.happenedDuringImport = true;
+    both.attachments = kFiles;
+    reporting.setForm(both);
+    collectNow();
+
+    finish(reporting.send());
+
+    ASSERT_EQ(api.last->attachments.size(), 2);
+    EXPECT_EQ(api.last->attachments.first(), kFiles.first());
+    EXPECT_EQ(reporting.form().attachments, kFiles);
+}
+
+TEST_F(GatewayBugReportWithBundle, DropsOneThatIsNotWantedAnyMore)
+{
+    reporting.setForm(form(true));
+    reporting.setForm(form(false));
+    reporting.setForm(form(true));
+    collectNow();
+
+    EXPECT_EQ(reporting.supportBundle(), QStringLiteral("bundle 2"));
+    reporting.setForm(form(false));
+    EXPECT_FALSE(reporting.supportBundle());
+    finish(reporting.send());
+    EXPECT_TRUE(api.last->attachments.isEmpty());
+}
+
+TEST_F(GatewayBugReportWithBundle, SavesTheVeryTextThatCanBeRead)
+{
+    const QString path = folder.filePath(QStringLiteral("saved.txt"));
+    reporting.setForm(form(true));
+    collectNow();
+
+    EXPECT_EQ(resultOf(reporting.saveSupportBundle(path)), std::nullopt);
+    EXPECT_TRUE(resultOf(reporting.saveSupportBundle(path + QStringLiteral("/below-a-file"))).has_value());
+
+    QFile saved(path);
+    ASSERT_TRUE(saved.open(QIODevice::ReadOnly));
+    EXPECT_EQ(saved.readAll(), "bundle 1");
 }
 
 TEST_F(GatewayBugReport, IgnoresProgressThatIsToldAfterItsDeath)

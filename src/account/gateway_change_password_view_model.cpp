@@ -5,28 +5,33 @@
 #include "platform/concurrency/async.h"
 #include "platform/concurrency/main_thread.h"
 
+#include <QtCore/QCoreApplication>
+
 #include <utility>
 
 namespace gateway::account {
 
 namespace {
 
-const auto kNoMatch = QStringLiteral("New passwords do not match.");
+QString noMatch()
+{
+    return QCoreApplication::translate("Account", "New passwords do not match.");
+}
 
 /// What is wrong with the form, the first thing only; nothing when it may be sent.
 std::optional<QString> issueOf(const GatewayPasswordForm &form)
 {
     if (form.currentPassword.trimmed().isEmpty()) {
-        return QStringLiteral("Current password is required.");
+        return QCoreApplication::translate("Account", "Current password is required.");
     }
     // A new password may be made of spaces.
     if (form.newPassword.isEmpty()) {
-        return QStringLiteral("New password is required.");
+        return QCoreApplication::translate("Account", "New password is required.");
     }
     if (form.confirmPassword.isEmpty()) {
-        return QStringLiteral("Please confirm your new password.");
+        return QCoreApplication::translate("Account", "Please confirm your new password.");
     }
-    return form.newPassword == form.confirmPassword ? std::nullopt : std::optional(kNoMatch);
+    return form.newPassword == form.confirmPassword ? std::nullopt : std::optional(noMatch());
 }
 
 QString failureText(const std::exception &error)
@@ -34,17 +39,17 @@ QString failureText(const std::exception &error)
     using cloud_client::QrnErrorKind;
     if (const auto *response = dynamic_cast<const cloud_client::QrnErrorResponse *>(&error)) {
         if (response->kind == QrnErrorKind::sessionInvalid) {
-            return QStringLiteral("Your session has expired. Please sign in again.");
+            return QCoreApplication::translate("Account", "Your session has expired. Please sign in again.");
         }
         if (response->kind == QrnErrorKind::passwordsDoNotMatch) {
-            return kNoMatch;
+            return noMatch();
         }
         if (response->kind == QrnErrorKind::currentPasswordIncorrect) {
-            return QStringLiteral("Current password is incorrect.");
+            return QCoreApplication::translate("Account", "Current password is incorrect.");
         }
     }
-    return cloud_client::userFacingMessage(error,
-                                           QStringLiteral("Failed to change password. Please try again."));
+    return cloud_client::userFacingMessage(
+        error, QCoreApplication::translate("Account", "Failed to change password. Please try again."));
 }
 
 } // namespace

@@ -7,6 +7,7 @@
 #include "platform/concurrency/clock.h"
 #include "platform/concurrency/main_thread.h"
 
+#include <QtCore/QCoreApplication>
 #include <QtCore/QSysInfo>
 
 #include <utility>
@@ -23,8 +24,8 @@ std::optional<QString> reasonLine(const std::optional<QString> &reason)
         return std::nullopt;
     }
     if (text == QStringLiteral("T&Cs updated")) {
-        return QStringLiteral(
-            "The Terms & Conditions were updated. Please accept the updated version to continue.");
+        return QCoreApplication::translate(
+            "Account", "The Terms & Conditions were updated. Please accept the updated version to continue.");
     }
     return text;
 }
@@ -124,7 +125,7 @@ void GatewayQuorinCloudTermsCoordinator::failCheck(const std::exception &error)
 {
     m_shown.showTerms = false;
     m_shown.errorMessage = cloud_client::userFacingMessage(
-        error, QStringLiteral("Unable to check Quorin Cloud Terms & Conditions."));
+        error, QCoreApplication::translate("Account", "Unable to check Quorin Cloud Terms & Conditions."));
 }
 
 void GatewayQuorinCloudTermsCoordinator::present(
@@ -150,8 +151,9 @@ QCoro::Task<bool> GatewayQuorinCloudTermsCoordinator::accept()
                                                                  m_signer.deviceName,
                                                                  m_signer.osVersion,
                                                                  m_signer.quorinVersion};
-    const bool isTaken = co_await answer([api = &m_parts.api, request] { api->accept(request); },
-                                         QStringLiteral("Failed to accept Quorin Cloud Terms & Conditions."));
+    const bool isTaken = co_await answer(
+        [api = &m_parts.api, request] { api->accept(request); },
+        QCoreApplication::translate("Account", "Failed to accept Quorin Cloud Terms & Conditions."));
     co_return isTaken;
 }
 
@@ -163,9 +165,9 @@ QCoro::Task<bool> GatewayQuorinCloudTermsCoordinator::decline()
     const auto operation = m_scope.enter();
     begin();
     const cloud_client::QrnQuorinCloudTermsDeclineRequest request{m_shown.termsVersion, m_parts.clock.now()};
-    const bool isTaken =
-        co_await answer([api = &m_parts.api, request] { api->decline(request); },
-                        QStringLiteral("Failed to decline Quorin Cloud Terms & Conditions."));
+    const bool isTaken = co_await answer(
+        [api = &m_parts.api, request] { api->decline(request); },
+        QCoreApplication::translate("Account", "Failed to decline Quorin Cloud Terms & Conditions."));
     co_return isTaken;
 }
 
@@ -174,8 +176,8 @@ bool GatewayQuorinCloudTermsCoordinator::hasVersion()
     if (!m_shown.termsVersion.trimmed().isEmpty()) {
         return true;
     }
-    m_shown.errorMessage =
-        QStringLiteral("Could not determine the Terms & Conditions version. Please reload and try again.");
+    m_shown.errorMessage = QCoreApplication::translate(
+        "Account", "Could not determine the Terms & Conditions version. Please reload and try again.");
     Q_EMIT changed();
     return false;
 }

@@ -10,6 +10,7 @@
 #include "platform/concurrency/main_thread.h"
 #include "platform/notifications/notification_center.h"
 
+#include <QtCore/QCoreApplication>
 #include <QtCore/QStringList>
 #include <QtCore/QtGlobal>
 
@@ -27,9 +28,30 @@ using cloud_client::userFacingMessage;
 constexpr std::chrono::seconds kFirstPause{50};
 constexpr std::chrono::seconds kLongestPause{15 * 60};
 
-const char *const kRefusedWords =
-    "The archive refuses the user name or the password. They are kept and tried "
-    "again. If the password has changed, sign in again.";
+QString refusedWords()
+{
+    return QCoreApplication::translate(
+        "Account",
+        "The archive refuses the sign-in. It is kept and tried again. If the "
+        "password, or whatever else it is made of, has changed, sign in again.");
+}
+
+/// What to tell of a refused sign-in: the words of who refused it where there are any.
+QString refusalWords(const std::exception &error)
+{
+    const auto *response = dynamic_cast<const cloud_client::QrnErrorResponse *>(&error);
+    return response != nullptr && response->message
+               ? QCoreApplication::translate("Account", "%1 It is kept and tried again.")
+                     .arg(*response->message)
+               : refusedWords();
+}
+
+/// True where not the archive failed to answer, but whoever it takes to sign in there.
+bool isSignInUnavailable(const std::exception &error)
+{
+    const auto *failure = dynamic_cast<const cloud_client::AFError *>(&error);
+    return failure != nullptr && failure->noAnswer == cloud_client::NoAnswer::signInUnavailable;
+}
 
 bool isSessionRefused(const std::exception &error)
 {
@@ -43,15 +65,17 @@ std::optional<QString> remarkOn(const cloud_client::QrnLoginResponse &response)
     QStringList remarks;
     if (response.uncheckedStatus) {
         remarks.append(
-            QStringLiteral(
+            QCoreApplication::translate(
+                "Account",
                 "The archive refuses queries (status %1), so address, user name and password could not be "
                 "checked. The first upload will show whether they are right.")
                 .arg(*response.uncheckedStatus));
     }
     if (!response.isKept) {
-        remarks.append(
-            QStringLiteral("The keyring has not taken the session, which lasts for this run of the program "
-                           "until it does."));
+        remarks.append(QCoreApplication::translate(
+            "Account",
+            "The keyring has not taken the session, which lasts for this run of the program "
+            "until it does."));
     }
     return remarks.isEmpty() ? std::nullopt : std::optional(remarks.join(u' '));
 }
@@ -103,6 +127,12 @@ void QuorinAuthViewModel::startPolling(std::chrono::seconds interval)
         m_scope.start(poll(
             m_parts.main, m_parts.clock, interval, [this] { return refresh(false); }, m_scope.stopToken()));
     }
+}
+
+void QuorinAuthViewModel::refusedElsewhere()
+{
+    enterMain();
+    m_scope.start(refresh(false));
 }
 
 QCoro::Task<> QuorinAuthViewModel::refresh(bool force)
@@ -159,30 +189,40 @@ QCoro::Task<QuorinAuthViewModel::Verdict> QuorinAuthViewModel::checkToken(QStrin
 {
     bool isRefused = false;
     std::optional<QString> message;
+    std::optional<QString> lack;
+    QString refusal = refusedWords();
     try {
         co_await platform::onPool(
             m_parts.main, m_parts.pool, [api = &m_parts.user] { api->tokenExpiration(); });
     } catch (const std::exception &error) {
         isRefused = isSessionRefused(error);
-        message = userFacingMessage(error,
-                                    isRefused ? QStringLiteral("Session expired. Please sign in again.")
-                                              : QStringLiteral("Unable to verify account session."));
+        refusal = refusalWords(error);
+        message = userFacingMessage(
+            error,
+            isRefused ? QCoreApplication::translate("Account", "Session expired. Please sign in again.")
+                      : QCoreApplication::translate("Account", "Unable to verify account session."));
+        lack = isSignInUnavailable(error) ? message : std::nullopt;
     }
     if (m_scope.stopToken().stop_requested()) {
         co_return Verdict::closing;
     }
-    if (isOvertaken(token)) {
+    // Who renews an archive's tokens has ended the session where it was refused.
+    const bool hasEnded = isRefused && m_parts.networkSettings.endedAt().has_value();
+    if (isOvertaken(token) && !hasEnded) {
         co_return Verdict::overtaken;
     }
     if (message) {
         setError(message);
     }
     if (isRefused) {
-        m_parts.networkSettings.endSession(m_parts.clock.now());
+        if (!hasEnded) {
+            m_parts.networkSettings.endSession(m_parts.clock.now());
+        }
         showNoSession();
         co_return Verdict::ended;
     }
-    noteRefusal();
+    noteRefusal(refusal);
+    noteLack(lack);
     co_return Verdict::good;
 }
 
@@ -194,7 +234,8 @@ QCoro::Task<QuorinAuthViewModel::Verdict> QuorinAuthViewModel::loadUser(QString 
         user = co_await platform::onPool(
             m_parts.main, m_parts.pool, [api = &m_parts.user] { return api->getUser(); });
     } catch (const std::exception &error) {
-        message = userFacingMessage(error, QStringLiteral("Unable to load account details."));
+        message = userFacingMessage(
+            error, QCoreApplication::translate("Account", "Unable to load account details."));
     }
     if (m_scope.stopToken().stop_requested()) {
         co_return Verdict::closing;
@@ -210,37 +251,90 @@ QCoro::Task<QuorinAuthViewModel::Verdict> QuorinAuthViewModel::loadUser(QString 
 QCoro::Task<bool> QuorinAuthViewModel::signIn(QString email, QString password)
 {
     enterMain();
+    return signInBy(loginRequest(email, password));
+}
+
+QCoro::Task<bool> QuorinAuthViewModel::signInToArchive(cloud_client::ArchiveSignIn archive,
+                                                       std::optional<cloud_client::DeviceTokens> granted)
+{
+    enterMain();
+    cloud_client::QrnLoginRequest request = loginRequest({}, {});
+    request.archive = std::move(archive);
+    request.granted = std::move(granted);
+    return signInBy(std::move(request));
+}
+
+QCoro::Task<bool> QuorinAuthViewModel::signInBy(cloud_client::QrnLoginRequest request)
+{
     if (m_isChecking || m_scope.stopToken().stop_requested()) {
         co_return false;
     }
     const auto operation = m_scope.enter();
     setChecking(true);
     setError(std::nullopt);
-    const bool isSignedIn = co_await login(std::move(email), std::move(password));
+    m_signInRemark.reset();
+    const std::stop_source attempt;
+    m_waitingSignIn = attempt;
+    request.givenUp = attempt.get_token();
+    const bool isSignedIn = co_await login(std::move(request));
+    if (attempt.stop_requested()) {
+        co_return false; // another one may wait by now
+    }
+    m_waitingSignIn.reset();
     if (isSignedIn) {
+        ++m_sessionNumber;
         co_await refresh(true);
     }
     setChecking(false);
     co_return isSignedIn;
 }
 
-QCoro::Task<bool> QuorinAuthViewModel::login(QString email, QString password)
+void QuorinAuthViewModel::cancelSignIn()
 {
-    m_signInRemark.reset();
+    enterMain();
+    if (m_waitingSignIn) {
+        m_waitingSignIn->request_stop();
+        m_waitingSignIn.reset();
+        setChecking(false);
+    }
+}
+
+QCoro::Task<bool> QuorinAuthViewModel::login(cloud_client::QrnLoginRequest request)
+{
+    const std::stop_token givenUp = request.givenUp;
     try {
-        const cloud_client::QrnLoginResponse response = co_await platform::onPool(
-            m_parts.main,
-            m_parts.pool,
-            [api = &m_parts.authentication, request = loginRequest(email, password)] {
+        const cloud_client::QrnLoginResponse response =
+            co_await platform::onPool(m_parts.main, m_parts.pool, [api = &m_parts.authentication, request] {
                 return api->login(request);
             });
-        m_signInRemark = remarkOn(response);
+        if (!givenUp.stop_requested()) {
+            m_signInRemark = remarkOn(response);
+            co_return true;
+        }
+        if (response.isGivenUp) {
+            co_return false;
+        }
     } catch (const std::exception &error) {
+        if (givenUp.stop_requested()) {
+            co_return false;
+        }
         setError(userFacingMessage(
-            error, QStringLiteral("Sign in failed. Please check your credentials and try again.")));
+            error,
+            QCoreApplication::translate("Account",
+                                        "Sign in failed. Please check your credentials and try again.")));
         co_return false;
     }
-    co_return true;
+    co_await endSessionTakenTooLate();
+    co_return false;
+}
+
+/// It was given up in the moment in which the session was taken.
+QCoro::Task<> QuorinAuthViewModel::endSessionTakenTooLate()
+{
+    if (!m_isChecking) {
+        co_await logout();
+        co_await refresh(true);
+    }
 }
 
 QCoro::Task<> QuorinAuthViewModel::signOut()
@@ -263,7 +357,8 @@ QCoro::Task<> QuorinAuthViewModel::logout()
         co_await platform::onPool(
             m_parts.main, m_parts.pool, [api = &m_parts.authentication] { api->logout(); });
     } catch (const std::exception &error) {
-        message = userFacingMessage(error, QStringLiteral("Sign out failed. Local session was cleared."));
+        message = userFacingMessage(
+            error, QCoreApplication::translate("Account", "Sign out failed. Local session was cleared."));
     }
     setError(message);
     if (message) {
@@ -280,7 +375,7 @@ bool QuorinAuthViewModel::isOvertaken(const QString &token) const
 }
 
 /// Refused credentials wait longer before each further try.
-void QuorinAuthViewModel::noteRefusal()
+void QuorinAuthViewModel::noteRefusal(const QString &words)
 {
     if (!m_parts.networkSettings.areCredentialsRefused()) {
         m_refusal.reset();
@@ -289,7 +384,16 @@ void QuorinAuthViewModel::noteRefusal()
     const std::chrono::seconds pause =
         m_refusal ? std::min(2 * m_refusal->pause, kLongestPause) : kFirstPause;
     const QDateTime since = m_refusal ? m_refusal->since : m_parts.clock.now();
-    m_refusal = Refusal{since, pause, m_parts.clock.monotonic() + pause};
+    m_refusal = Refusal{since, pause, m_parts.clock.monotonic() + pause, words};
+}
+
+void QuorinAuthViewModel::noteLack(const std::optional<QString> &words)
+{
+    if (words) {
+        m_lack = Lack{m_lack ? m_lack->since : m_parts.clock.now(), *words};
+    } else {
+        m_lack.reset();
+    }
 }
 
 void QuorinAuthViewModel::showNoSession()
@@ -297,6 +401,7 @@ void QuorinAuthViewModel::showNoSession()
     const std::optional<QDateTime> endedAt = m_parts.networkSettings.endedAt();
     m_standing = {endedAt ? SessionState::ended : SessionState::signedOut, endedAt};
     m_refusal.reset();
+    m_lack.reset();
     m_state = AuthState::signedOut();
     m_signedInLabel.reset();
     announce();
@@ -306,7 +411,10 @@ void QuorinAuthViewModel::showSession(std::optional<QString> message)
 {
     if (m_refusal) {
         m_standing = {SessionState::credentialsRefused, m_refusal->since};
-        m_lastAuthError = QString::fromLatin1(kRefusedWords);
+        m_lastAuthError = m_refusal->words;
+    } else if (m_lack) {
+        m_standing = {SessionState::signInUnavailable, m_lack->since};
+        m_lastAuthError = m_lack->words;
     } else {
         m_standing = {SessionState::signedIn};
         m_lastAuthError = std::move(message);
@@ -318,7 +426,6 @@ void QuorinAuthViewModel::showSession(std::optional<QString> message)
 void QuorinAuthViewModel::forgetSession()
 {
     m_parts.networkSettings.setToken(std::nullopt);
-    m_parts.networkSettings.setUserId(std::nullopt);
 }
 
 void QuorinAuthViewModel::setChecking(bool isChecking)

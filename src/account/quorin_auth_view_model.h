@@ -2,6 +2,7 @@
 
 #include "account/auth_state.h"
 #include "account/session_standing.h"
+#include "cloud_client/device_grant.h"
 #include "platform/concurrency/task_scope.h"
 
 #include <QCoro/QCoroTask>
@@ -12,6 +13,7 @@
 #include <chrono>
 #include <memory>
 #include <optional>
+#include <stop_token>
 
 namespace gateway::cloud_client {
 class NetworkSettings;
@@ -67,6 +69,9 @@ public:
     /// and credentials that are refused are still there.
     const SessionStanding &standing() const { return m_standing; }
 
+    /// Another number with each sign-in: whose it is may be another one by then.
+    quint64 sessionNumber() const { return m_sessionNumber; }
+
     /// A sign-in or sign-out is in flight; both refuse to start meanwhile.
     bool isChecking() const { return m_isChecking; }
 
@@ -93,12 +98,26 @@ public:
     ///               tries refused credentials before their pause is over.
     QCoro::Task<> refresh(bool force);
 
+    /// Somebody else was told that there is no good session: looks at it at once.
+    void refusedElsewhere();
+
     /// Signs in.
     ///
     /// \param email     as the service knows it, trimmed by the caller.
     /// \param password  as typed.
-    /// \return true when signed in; false with `lastAuthError` set, or when another sign-in or sign-out runs.
+    /// \return true when signed in; false with `lastAuthError` set, or when another sign-in or sign-out runs,
+    ///         or when it was given up.
     QCoro::Task<bool> signIn(QString email, QString password);
+
+    /// The same at an archive, in a way of its own.
+    ///
+    /// \param granted  what a sign-in by a code has given.
+    QCoro::Task<bool> signInToArchive(cloud_client::ArchiveSignIn archive,
+                                      std::optional<cloud_client::DeviceTokens> granted = std::nullopt);
+
+    /// Gives up the sign-in that waits for its answer: an answer that comes later signs nobody in, and the
+    /// session that stood before stands. Nothing happens where none waits.
+    void cancelSignIn();
 
     /// Signs out. The session ends here whatever the service says.
     QCoro::Task<> signOut();
@@ -126,18 +145,29 @@ private:
         QDateTime since;
         std::chrono::seconds pause;
         std::chrono::nanoseconds nextTry; // of the monotonic clock
+        QString words;                    // for the user
+    };
+
+    /// What a sign-in takes can't be had.
+    struct Lack
+    {
+        QDateTime since;
+        QString words; // for the user
     };
 
     QCoro::Task<bool> lookOnce(bool force);
     QCoro::Task<Verdict> checkToken(QString token);
     QCoro::Task<Verdict> loadUser(QString token);
-    QCoro::Task<bool> login(QString email, QString password);
+    QCoro::Task<bool> signInBy(cloud_client::QrnLoginRequest request);
+    QCoro::Task<bool> login(cloud_client::QrnLoginRequest request);
+    QCoro::Task<> endSessionTakenTooLate();
     QCoro::Task<> logout();
 
     void enterMain() const;
     void lookOnceKnown();
     bool isOvertaken(const QString &token) const;
-    void noteRefusal();
+    void noteRefusal(const QString &words);
+    void noteLack(const std::optional<QString> &words);
     void showNoSession();
     void showSession(std::optional<QString> message);
     void forgetSession();
@@ -151,7 +181,10 @@ private:
     AuthState m_state = AuthState::signedOut();
     SessionStanding m_standing;
     std::optional<Refusal> m_refusal;
+    std::optional<Lack> m_lack;
+    quint64 m_sessionNumber = 0;
     bool m_isChecking = false;
+    std::optional<std::stop_source> m_waitingSignIn; // while its answer isn't there
     bool m_refreshInFlight = false;
     bool m_isPolling = false;
     std::optional<QString> m_signedInLabel;

@@ -6,6 +6,8 @@
 #include "platform/concurrency/async.h"
 #include "platform/concurrency/main_thread.h"
 
+#include <QtCore/QCoreApplication>
+
 #include <utility>
 
 namespace gateway::account {
@@ -29,19 +31,21 @@ void QuorinCloudStatusViewModel::close()
 QString QuorinCloudStatusViewModel::statusText() const
 {
     if (m_isChecking) {
-        return QStringLiteral("Checking Quorin Cloud…");
+        return QCoreApplication::translate("Account", "Checking Quorin Cloud…");
     }
-    return m_isOnline ? QStringLiteral("Connected to Quorin Cloud")
-                      : QStringLiteral("Quorin Cloud Unreachable");
+    return m_isOnline ? QCoreApplication::translate("Account", "Connected to Quorin Cloud")
+                      : QCoreApplication::translate("Account", "Quorin Cloud Unreachable");
 }
 
 std::optional<QString> QuorinCloudStatusViewModel::detailText(const QLocale &locale) const
 {
     if (m_isOnline && m_lastCheckedAt) {
-        return QStringLiteral("Last checked ") +
-               locale.toString(m_lastCheckedAt->toLocalTime(), QStringLiteral("d MMM, h:mm AP"));
+        //: A date and a time as QDateTime writes them; other languages may count 24 hours.
+        const QString format = QCoreApplication::translate("Account", "d MMM, h:mm AP");
+        return QCoreApplication::translate("Account", "Last checked %1")
+            .arg(locale.toString(m_lastCheckedAt->toLocalTime(), format));
     }
-    return m_lastError;
+    return m_lastFailure;
 }
 
 void QuorinCloudStatusViewModel::startPolling(std::chrono::seconds interval)
@@ -61,13 +65,16 @@ QCoro::Task<> QuorinCloudStatusViewModel::refresh()
     m_isChecking = true;
     Q_EMIT changed();
     std::optional<QString> error;
+    std::optional<QString> words;
     try {
         co_await platform::onPool(m_parts.main, m_parts.pool, [api = &m_parts.status] { api->ping(); });
     } catch (const std::exception &failure) {
         error = cloud_client::plainText(failure);
+        words = cloud_client::localizedDescription(failure);
     }
     m_isOnline = !error;
     m_lastError = std::move(error);
+    m_lastFailure = std::move(words);
     m_lastCheckedAt = m_parts.clock.now();
     m_isChecking = false;
     Q_EMIT changed();

@@ -59,7 +59,7 @@ public:
     /// The state in words. While a ping runs they say so, on a good connection too.
     QString statusText() const;
 
-    /// When the cloud was reached last, or why it wasn't; nothing before the first ping.
+    /// When the cloud was reached last, or why it wasn't, in words for people; nothing before the first ping.
     std::optional<QString> detailText(const QLocale &locale = QLocale::system()) const;
 
     /// Pings now and then after each `interval`, until the model closes. A second call changes nothing.
@@ -82,7 +82,8 @@ private:
     bool m_isPolling = false;
     std::optional<QDateTime> m_lastCheckedAt;
     std::optional<QString> m_lastError;
-    platform::TaskScope m_scope; // last: drained before the fields go
+    std::optional<QString> m_lastFailure; // the same for people
+    platform::TaskScope m_scope;          // last: drained before the fields go
 };
 
 } // namespace gateway::account

@@ -69,7 +69,7 @@ TEST_F(QuorinCloudStatus, MovesTheTimeOfTheLastCheckOnFailuresTooAndShowsItOnlin
     EXPECT_EQ(model.lastCheckedAt(), clock.now());
     EXPECT_EQ(model.lastError(), QStringLiteral("AFError 7: Nobody answers."));
     EXPECT_EQ(model.statusText(), QStringLiteral("Quorin Cloud Unreachable"));
-    EXPECT_EQ(model.detailText(), model.lastError());
+    EXPECT_EQ(model.detailText(), QStringLiteral("Nobody answers."));
 }
 
 TEST_F(QuorinCloudStatus, ForgetsTheFailureOnceTheCloudIsBack)

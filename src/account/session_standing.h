@@ -14,14 +14,16 @@ enum class SessionState
     signedOut,   ///< nobody has signed in, or a person has signed out
     ended,       ///< the cloud has ended it; a person has to sign in again
     signedIn,
-    credentialsRefused ///< an archive refuses the kept user name and password; they are tried again
+    credentialsRefused, ///< an archive, or who gives out its tokens, refuses the kept sign-in; it is tried
+                        ///< again
+    signInUnavailable   ///< it is kept, and what it takes can't be had now: a token, or the file of one
 };
 
 /// The state and since when. Thread: a value, any.
 struct SessionStanding
 {
     SessionState state = SessionState::notKnownYet;
-    std::optional<QDateTime> since = std::nullopt; ///< UTC; of `ended` and `credentialsRefused`
+    std::optional<QDateTime> since = std::nullopt; ///< UTC; of `ended` and of what follows `signedIn`
 
     bool operator==(const SessionStanding &) const = default;
 };
@@ -40,6 +42,8 @@ inline QLatin1StringView rawValue(SessionState state)
         return QLatin1StringView("signedIn");
     case SessionState::credentialsRefused:
         return QLatin1StringView("credentialsRefused");
+    case SessionState::signInUnavailable:
+        return QLatin1StringView("signInUnavailable");
     }
     return {};
 }

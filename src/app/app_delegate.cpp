@@ -5,6 +5,8 @@
 #include "platform/concurrency/main_thread.h"
 #include "receive/listener_watch.h"
 
+#include <QtCore/QCoreApplication>
+
 #include <utility>
 
 namespace gateway::app {
@@ -156,7 +158,8 @@ void AppDelegate::showDimseError(const QVariantMap &userInfo)
     if (m_with.face.isSetupWizardVisible() || m_with.isApplyingSetup()) {
         return;
     }
-    m_with.face.showAlert(QStringLiteral("DIMSE Listener Error"), receive::listenerFailureText(userInfo));
+    m_with.face.showAlert(QCoreApplication::translate("Listener", "DIMSE Listener Error"),
+                          receive::listenerFailureText(userInfo));
 }
 
 void AppDelegate::enforceSetupWizardIfNeeded()

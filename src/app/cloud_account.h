@@ -3,6 +3,7 @@
 #include "account/cloud_watch.h"
 #include "account/quorin_auth_view_model.h"
 #include "app/ground.h"
+#include "cloud_client/device_grant.h"
 #include "cloud_client/qrn_authentication_api.h"
 #include "cloud_client/qrn_bug_report_api.h"
 #include "cloud_client/qrn_delete_api.h"
@@ -37,8 +38,12 @@ struct CloudAccount
     std::unique_ptr<platform::TokenStore> tokens =
         platform::makeTokenStore(ground.options.layout.tokenFolder());
     cloud_client::QuorinApiClient client{
-        cloudConfiguration(ground.options, ground.defaults, core::deviceId(ground.defaults)), *tokens};
+        cloudConfiguration(ground.options, ground.defaults, core::deviceId(ground.defaults)),
+        *tokens,
+        ground.clock,
+        &ground.defaults};
     cloud_client::QrnAuthenticationAPI authenticationApi{client};
+    cloud_client::DeviceGrantAPI deviceGrants{client};
     cloud_client::QrnUserAPI userApi{client};
     cloud_client::QrnStatusAPI statusApi{client};
     cloud_client::QrnStowAPI stowApi{client};

@@ -7,8 +7,8 @@
 
 namespace gateway::app {
 
-DesktopFace::DesktopFace(shell::Theme &theme)
-    : m_theme(theme),
+DesktopFace::DesktopFace(shell::Theme &theme, shell::DesktopPreferences &desktop)
+    : m_theme(theme), m_desktop(desktop),
       m_importPanel(theme, [this] { return m_screens != nullptr ? m_screens->dashboardWindow() : nullptr; })
 {
     platform::assertMainThread("DesktopFace");
@@ -18,7 +18,7 @@ DesktopFace::~DesktopFace() = default;
 
 void DesktopFace::join(const shell::ScreenModels &models)
 {
-    m_screens = std::make_unique<shell::DesktopScreens>(m_theme, models);
+    m_screens = std::make_unique<shell::DesktopScreens>(m_theme, m_desktop, models);
 }
 
 void DesktopFace::showStatusBar()

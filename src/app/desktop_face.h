@@ -1,12 +1,13 @@
 #pragma once
 
 #include "app/launch_ports.h"
-#include "shell/dashboard/open_import_panel.h"
+#include "shell/dashboard/imports/open_import_panel.h"
 
 #include <functional>
 #include <memory>
 
 namespace gateway::shell {
+class DesktopPreferences;
 class DesktopScreens;
 class Theme;
 struct ScreenModels;
@@ -20,8 +21,8 @@ namespace gateway::app {
 class DesktopFace final : public GatewayFace
 {
 public:
-    /// \param theme  outlives this.
-    explicit DesktopFace(shell::Theme &theme);
+    /// Both outlive this.
+    DesktopFace(shell::Theme &theme, shell::DesktopPreferences &desktop);
     ~DesktopFace() override;
 
     /// Gives the screens something to show; before anything is shown.
@@ -51,6 +52,7 @@ public:
 
 private:
     shell::Theme &m_theme;
+    shell::DesktopPreferences &m_desktop;
     shell::OpenImportPanel m_importPanel;
     std::unique_ptr<shell::DesktopScreens> m_screens;
 };

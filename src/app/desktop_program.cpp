@@ -40,7 +40,7 @@ runDesktop(int &argc, char **argv, const core::HomeLayout &layout, const termina
         terminal::printError(problem);
         std::_Exit(static_cast<int>(terminal::ExitCode::failed));
     });
-    DesktopFace face(application.theme());
+    DesktopFace face(application.theme(), application.preferences());
     return runInstance(layout, options, face, [&face](Gateway &gateway) {
         face.join(gateway.screenModels());
         enforceSetupAtActivation(gateway.delegate());

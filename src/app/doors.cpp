@@ -19,10 +19,10 @@ monitor::FailedFiles::Counts failedFilesIn(const index::FailedUploads &failures)
 }
 
 /// The folders whose room operators watch, by their words.
-QMap<QString, QString> watchedFolders(const Ground &ground, const Receiving &receiving)
+monitor::FreeSpaceWatch::Folders watchedFolders(const Ground &ground, const Receiving &receiving)
 {
-    return {{QStringLiteral("store"), ground.options.layout.fileStore},
-            {QStringLiteral("inbox"), receiving.incomingFolders.present()}};
+    return {{QStringLiteral("store"), [&layout = ground.options.layout] { return layout.fileStore; }},
+            {QStringLiteral("inbox"), [&folders = receiving.incomingFolders] { return folders.present(); }}};
 }
 
 } // namespace
@@ -38,6 +38,17 @@ wizard::SetupWizardParts Doors::setupParts()
             .turn = setupTurn,
             .machine =
                 wizard::SetupMachine::here(ground.options.bindAddress, ground.options.layout.incomingFolder)};
+}
+
+wizard::SampleParts Doors::sampleParts()
+{
+    return {.defaults = ground.defaults,
+            .main = ground.main,
+            .pool = ground.pool,
+            .networkPool = ground.networkPool,
+            .clock = ground.clock,
+            .gateway = sampleWay,
+            .cloud = sampleWay};
 }
 
 browser::CloudBrowserParts Doors::cloudBrowser()
@@ -63,6 +74,11 @@ browser::LocalBrowserParts Doors::localBrowser()
             }};
 }
 
+QString Doors::plainSecrets() const
+{
+    return account.tokens->keepsPlainFiles() ? ground.options.layout.tokenFolder() : QString();
+}
+
 bool Doors::areImagesWaiting()
 {
     const std::optional<index::IndexFigures> figures = ground.index.figures();
@@ -78,6 +94,7 @@ state::UpkeepFigures Doors::upkeepFigures()
             .isRetentionHeldBack = sending.cleanup.isHeldBack(),
             .filesToRecordAgain = recording.files,
             .filesRecordedAgain = recording.recorded,
+            .formerIndex = ground.index.former().path().value_or(QString()),
             .logBytes = ground.logRoom.bytes(),
             .logLimitBytes = core::logLimitBytes(ground.defaults)};
 }
@@ -103,7 +120,8 @@ std::shared_ptr<terminal::StatusCommands> Doors::makeStatus()
         .pool = ground.networkPool,
         .settings = ground.settings,
         .receiving = {.listener = receiving.listenerWatch, .state = live},
-        .sending = {.failures = ground.index.failedUploads(),
+        .sending = {.index = ground.index,
+                    .failures = ground.index.failedUploads(),
                     .runs = sending.runWatcher,
                     .coordinator = *sending.coordinator},
         .cloud = {.configuration = account.client.configuration(),
@@ -129,14 +147,16 @@ std::shared_ptr<terminal::DoctorCommands> Doors::makeDoctor()
                 .pause = sending.coordinator->closure(),
                 .missingSession = missingSession.sentence(),
                 .isSignedIn = account.auth.standing().state != account::SessionState::signedOut,
-                .isListeningAsItShould = receiving.listenerWatch.figures().isAsItShouldBe()};
+                .isListeningAsItShould = receiving.listenerWatch.figures().isAsItShouldBe(),
+                .logBytes = ground.logRoom.bytes(),
+                .logLimitBytes = core::logLimitBytes(ground.defaults)};
         });
 }
 
 std::unique_ptr<monitor::HealthService> Doors::makeHealth()
 {
     const auto freeSpace = std::make_shared<monitor::FreeSpaceWatch>(
-        [this] { return watchedFolders(ground, receiving); },
+        watchedFolders(ground, receiving),
         monitor::FreeSpaceWatch::Collaborators{
             .main = ground.main, .pool = ground.pool, .clock = ground.clock});
     const auto failedFiles = std::make_shared<monitor::FailedFiles>(monitor::FailedFiles::Collaborators{

@@ -4,13 +4,17 @@
 #include "app/launch_ports.h"
 #include "app/missing_session.h"
 #include "app/receiving.h"
+#include "app/sample_way.h"
+#include "app/support_collector.h"
 #include "app/upkeep.h"
 #include "monitor/health_service.h"
 #include "state/upkeep_figures.h"
 #include "terminal/instance/account_commands.h"
+#include "terminal/instance/archive_commands.h"
 #include "terminal/instance/browser_commands.h"
 #include "terminal/instance/doctor_commands.h"
 #include "terminal/instance/instance_commands.h"
+#include "terminal/instance/instance_settings.h"
 #include "terminal/instance/kept_cloud.h"
 #include "terminal/instance/session_commands.h"
 #include "terminal/instance/setup_commands.h"
@@ -18,6 +22,7 @@
 #include "terminal/instance/terms_commands.h"
 #include "upload/upload_opener.h"
 #include "wizard/gateway_setup_wizard_view_model.h"
+#include "wizard/setup_trial.h"
 
 #include <memory>
 
@@ -46,6 +51,10 @@ struct Doors
                                    .areImagesWaiting = [this] { return areImagesWaiting(); },
                                    .writeLine = ground.options.writeLine}};
     wizard::SetupTurn setupTurn{};
+    SampleWay sampleWay{{ground, account, sending, receiving}};
+    wizard::SampleRemoval sampleRemoval{sampleParts()};
+    wizard::SetupTrial trial{sampleParts(), sampleRemoval};
+    SupportCollector support{{ground, account, live, sending, receiving}};
     Upkeep upkeep{ground, account, live, face};
     std::shared_ptr<AppDelegate> delegate = makeDelegate();
 
@@ -68,23 +77,40 @@ struct Doors
         {ground.options.cloudUrl, ground.options.cloudKind}, account.client.configuration(), ground.defaults};
     terminal::SessionCommands session{
         {.main = ground.main, .pool = ground.networkPool, .auth = account.auth, .plainSecrets = [this] {
-             return account.tokens->keepsPlainFiles() ? ground.options.layout.tokenFolder() : QString();
+             return plainSecrets();
          }}};
+    cloud_client::ArchiveTrial archiveTrial{
+        account.client, ground.clock, ground.options.layout.temporaryFolder};
+    terminal::ArchiveCommands archive{{.main = ground.main,
+                                       .pool = ground.networkPool,
+                                       .clock = ground.clock,
+                                       .auth = account.auth,
+                                       .client = account.client,
+                                       .deviceGrants = account.deviceGrants,
+                                       .trial = archiveTrial,
+                                       .plainSecrets = [this] { return plainSecrets(); }}};
     terminal::SetupCommands setupCommands{setupParts()};
+    terminal::InstanceSettings instanceSettings{{.defaults = ground.defaults,
+                                                 .settings = ground.settings,
+                                                 .listenerService = receiving.store->listenerService(),
+                                                 .notifications = ground.notifications,
+                                                 .main = ground.main,
+                                                 .pool = ground.pool,
+                                                 .clock = ground.clock}};
     std::shared_ptr<terminal::StatusCommands> status = makeStatus();
     std::shared_ptr<terminal::DoctorCommands> doctor = makeDoctor();
     terminal::BrowserCommands browsers{cloudBrowser(), localBrowser(), account.auth};
     terminal::InstanceCommands commands{
-        {.defaults = ground.defaults,
-         .settings = ground.settings,
+        {.settings = ground.settings,
          .auth = account.auth,
          .uploadRequests = *receiving.store,
-         .listenerService = receiving.store->listenerService(),
          .manualImports = receiving.store->manualImportService(),
          .reopen = [this] { delegate->reopen(); },
          .handlers = {[this](const auto &...request) { return status->handle(request...); },
+                      [this](const auto &...request) { return instanceSettings.handle(request...); },
                       [this](const auto &...request) { return keptCloud.handle(request...); },
                       [this](const auto &...request) { return session.handle(request...); },
+                      [this](const auto &...request) { return archive.handle(request...); },
                       [this](const auto &...request) { return setupCommands.handle(request...); },
                       [this](const auto &...request) { return terms.handle(request...); },
                       [this](const auto &...request) { return profile.handle(request...); },
@@ -95,8 +121,12 @@ struct Doors
     /// What a setup is made of, be it for a window or for a command.
     wizard::SetupWizardParts setupParts();
 
+    wizard::SampleParts sampleParts();
     browser::CloudBrowserParts cloudBrowser();
     browser::LocalBrowserParts localBrowser();
+
+    /// The folder where secrets lie unencrypted; empty for none.
+    QString plainSecrets() const;
 
     bool areImagesWaiting();
     state::UpkeepFigures upkeepFigures();

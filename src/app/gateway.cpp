@@ -13,6 +13,8 @@ namespace {
 
 constexpr std::chrono::seconds kSessionPoll{60};
 
+const QString kPresentInbox; // has no name of its own: the settings say where it is
+
 } // namespace
 
 Gateway::Gateway(GatewayOptions options, GatewayFace &face) : m_options(std::move(options)), m_face(face)
@@ -40,9 +42,14 @@ shell::ScreenModels Gateway::screenModels()
                         .pool = m_ground.pool,
                         .networkPool = m_ground.networkPool,
                         .clock = m_ground.clock,
-                        .layout = m_options.layout},
+                        .layout = m_options.layout,
+                        .deployment = m_ground.deployment},
             .cloud = {.bugReports = m_account.bugReportApi,
+                      .takesBugReports = !m_account.client.isPlainArchive(),
+                      .collectSupportBundle = [this] { return m_doors.support.collect(); },
                       .terms = m_account.termsApi,
+                      .user = m_account.userApi,
+                      .keepsProfiles = !m_account.client.isPlainArchive(),
                       .auth = m_account.auth,
                       .watch = m_account.watch},
             .images = {.index = m_ground.index,
@@ -52,7 +59,8 @@ shell::ScreenModels Gateway::screenModels()
             .browsers = {.cloud = m_doors.cloudBrowser(),
                          .local = m_doors.localBrowser(),
                          .sendNow = [this](const QString &study) { sendNow(study); }},
-            .setup = m_doors.setupParts()};
+            .setup = m_doors.setupParts(),
+            .trial = m_doors.trial};
 }
 
 void Gateway::sendNow(const QString &study)
@@ -70,6 +78,7 @@ void Gateway::launch()
     if (const auto words = m_doors.keptCloud.difference()) {
         m_options.writeLine(*words);
     }
+    tellOfFormerIndex();
     m_doors.delegate->applicationDidFinishLaunching();
     if (!core::isSetupRequired(m_ground.settings)) {
         m_doors.uploadOpener.launched(
@@ -79,18 +88,11 @@ void Gateway::launch()
     m_account.auth.startPolling(kSessionPoll);
     m_account.watch.start();
     m_ground.pool.run([this] { m_ground.index.finishRemovals(); });
-    m_inboxWatch.emplace(
-        m_ground.clock,
-        [this] {
-            m_receiving.incomingFolders.forgetEmptied();
-            return m_receiving.incomingFolders.owned();
-        },
-        [this](const QString &path) { m_receiving.store->listenerService().offerInboxFile(path); },
-        [this](const state::InboxFigures &inbox) {
-            const bool isStoreOutOfSight = m_ground.index.isStoreOutOfSight();
-            m_ground.main.post(
-                [this, inbox, isStoreOutOfSight] { inboxesWereSeen(inbox, isStoreOutOfSight); });
-        });
+    m_doors.sampleRemoval.clearUp();
+    QObject::connect(&m_account.auth, &account::QuorinAuthViewModel::changed, &m_doors.trial, [this] {
+        m_doors.sampleRemoval.sessionSeen();
+    });
+    startWatches();
     m_recording.emplace(IndexRecording::Collaborators{.index = m_ground.index,
                                                       .clock = m_ground.clock,
                                                       .uploads = *m_receiving.store,
@@ -99,17 +101,79 @@ void Gateway::launch()
                                                       .writeLine = m_options.writeLine});
 }
 
-/// Shows how they are, and says once what holds up what was acknowledged.
-void Gateway::inboxesWereSeen(const state::InboxFigures &inbox, bool isStoreOutOfSight)
+void Gateway::tellOfFormerIndex()
 {
-    const state::GatewayFigures &before = m_live.figures();
-    if (isStoreOutOfSight != before.isStoreOutOfSight) {
-        say(isStoreOutOfSight
+    const index::FormerIndex &former = m_ground.index.former();
+    if (!former.problem().isEmpty()) {
+        m_options.writeLine(
+            QStringLiteral("No copy of the index of the version before is kept (%1). The index has been "
+                           "brought to this version without one; no image depends on it.")
+                .arg(former.problem()));
+    } else if (const auto path = former.path()) {
+        m_options.writeLine(QStringLiteral("The index of the version before is kept at %1 until this "
+                                           "version has been ended in an orderly way and starts again.")
+                                .arg(*path));
+    }
+}
+
+void Gateway::startWatches()
+{
+    receive::IncomingFolders &folders = m_receiving.incomingFolders;
+    m_inboxWatch.emplace(
+        m_ground.clock,
+        receive::InboxWatch::Inboxes{
+            [&folders] { return QStringList(kPresentInbox) + folders.known(); },
+            [this, &folders](const QString &inbox) {
+                return inbox == kPresentInbox ? lookAtPresentInbox() : folders.lookAt(inbox);
+            },
+            [&folders](const QString &inbox, bool isSilent) { folders.setSilent(inbox, isSilent); }},
+        [this](const QString &path) { m_receiving.store->listenerService().offerInboxFile(path); },
+        [this](const state::InboxFigures &inbox) {
+            m_ground.main.post([this, inbox] { inboxesWereSeen(inbox); });
+        });
+    m_storeWatch.emplace(
+        m_ground.clock,
+        [this] { return m_ground.index.takeUpStore(); },
+        [this](bool isOutOfSight) {
+            m_ground.main.post([this, isOutOfSight] { storeWasSeen(isOutOfSight); });
+        });
+}
+
+receive::IncomingFolders::Sight Gateway::lookAtPresentInbox()
+{
+    const receive::IncomingFolders::Sight sight = m_receiving.incomingFolders.lookAtPresent();
+    m_ground.main.post([this, sight] { m_receiving.store->listenerService().incomingFolderWasSeen(sight); });
+    return sight;
+}
+
+/// Shows how it is, and says once that it holds up what was acknowledged.
+void Gateway::storeWasSeen(bool isOutOfSight)
+{
+    if (isOutOfSight != m_live.figures().isStoreOutOfSight) {
+        say(isOutOfSight
                 ? QStringLiteral(
-                      "The file store can't be seen at %1, so nothing is taken in; what comes waits "
-                      "in the incoming folder. Bring its volume back.")
+                      "The file store can't be seen at %1, or another one stands there, so nothing is "
+                      "taken in or sent; what comes waits in the incoming folder. Bring its volume back.")
                       .arg(m_options.layout.fileStore)
                 : QStringLiteral("The file store is in sight again."));
+        if (!isOutOfSight) {
+            m_receiving.store->requestUpload(QStringLiteral("store_in_sight"),
+                                             upload::UploadUrgency::whenOpen);
+        }
+    }
+    m_live.setStoreOutOfSight(isOutOfSight);
+}
+
+/// Shows how they are, and says once what holds up what was acknowledged.
+void Gateway::inboxesWereSeen(const state::InboxFigures &inbox)
+{
+    const state::GatewayFigures &before = m_live.figures();
+    if ((inbox.outOfSight > 0) != (before.inbox.outOfSight > 0)) {
+        say(inbox.outOfSight > 0
+                ? QStringLiteral("An incoming folder can't be seen, or another one stands in its place; "
+                                 "received images may wait in it. quorin-gateway doctor says which. Bring "
+                                 "its volume back.")
+                : QStringLiteral("All incoming folders are in sight again."));
     }
     if (inbox.isWaitingLong() != before.inbox.isWaitingLong()) {
         say(inbox.isWaitingLong()
@@ -119,7 +183,6 @@ void Gateway::inboxesWereSeen(const state::InboxFigures &inbox, bool isStoreOutO
                 : QStringLiteral("No received image waits for long any more."));
     }
     m_live.setInboxFigures(inbox);
-    m_live.setStoreOutOfSight(isStoreOutOfSight);
 }
 
 void Gateway::say(const QString &sentence)
@@ -135,6 +198,7 @@ void Gateway::terminate()
 {
     m_doors.delegate->applicationWillTerminate();
     m_doors.upkeep.finish();
+    m_ground.index.former().noteOrderlyEnd();
     m_doors.health->close();
 }
 

@@ -8,6 +8,7 @@
 #include "app/launch_ports.h"
 #include "app/receiving.h"
 #include "app/sending.h"
+#include "index/store_watch.h"
 #include "receive/inbox_watch.h"
 #include "shell/desktop/screen_models.h"
 #include "state/gateway_app_state.h"
@@ -58,7 +59,11 @@ public:
 private:
     state::GatewayAppStateParts figureParts();
     void sendNow(const QString &study);
-    void inboxesWereSeen(const state::InboxFigures &inbox, bool isStoreOutOfSight);
+    void tellOfFormerIndex();
+    void startWatches();
+    receive::IncomingFolders::Sight lookAtPresentInbox();
+    void inboxesWereSeen(const state::InboxFigures &inbox);
+    void storeWasSeen(bool isOutOfSight);
     void say(const QString &sentence);
 
     const GatewayOptions m_options;
@@ -79,6 +84,7 @@ private:
 
     // From the launch on.
     std::optional<receive::InboxWatch> m_inboxWatch;
+    std::optional<index::StoreWatch> m_storeWatch;
     std::optional<IndexRecording> m_recording;
 };
 

@@ -1,12 +1,13 @@
 #pragma once
 
 #include "app/gateway_options.h"
+#include "core/deployment.h"
 #include "core/log_limit.h"
 #include "core/settings.h"
 #include "index/dicom_db.h"
-#include "log/gateway_log_file_sink.h"
-#include "log/gateway_logger.h"
-#include "log/store_log_emitter.h"
+#include "log/writing/gateway_log_file_sink.h"
+#include "log/writing/gateway_logger.h"
+#include "log/writing/store_log_emitter.h"
 #include "monitor/event_counts.h"
 #include "platform/concurrency/clock.h"
 #include "platform/concurrency/main_executor.h"
@@ -20,6 +21,8 @@
 #include "platform/notifications/notification_center.h"
 #include "platform/system_log/journal_system_log.h"
 #include "upload/removal_record.h"
+
+#include <QtCore/QCoreApplication>
 
 #include <algorithm>
 #include <memory>
@@ -38,6 +41,8 @@ struct Ground
     static int cores() { return std::max(1, static_cast<int>(std::thread::hardware_concurrency())); }
 
     const GatewayOptions &options;
+    core::Deployment deployment =
+        core::readDeployment(core::deploymentFiles(QCoreApplication::applicationDirPath()));
 
     platform::SystemClock clock = {};
     platform::MainExecutor main = {};

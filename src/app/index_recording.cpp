@@ -10,29 +10,37 @@ namespace gateway::app {
 IndexRecording::IndexRecording(Collaborators with) : m_with(std::move(with))
 {
     platform::assertMainThread("IndexRecording");
-    if (m_with.index.storeRecording().lacksStoredFiles()) {
-        say(QStringLiteral("The index lacks stored images: it was made anew, or came back from a backup. "
-                           "They are being recorded in it again, and are sent again where the cloud "
-                           "doesn't have them."));
-    }
-    m_task = platform::Task("recording", [this](const std::stop_token &stop) { record(stop); });
+    m_task = platform::Task("recording", [this](const std::stop_token &stop) { watch(stop); });
+}
+
+/// A store that comes into sight in life may be ahead of the index.
+void IndexRecording::watch(const std::stop_token &stop)
+{
+    constexpr std::chrono::minutes kPause(1); // also for trouble of the disk
+    do {
+        record(stop);
+    } while (m_with.clock.sleep(kPause, stop));
 }
 
 void IndexRecording::record(const std::stop_token &stop)
 {
-    constexpr std::chrono::minutes kPause(1); // trouble of the disk, or a share that is away
-    std::int64_t recorded = 0;
-    const auto count = [&](std::int64_t files) {
-        recorded += files;
+    index::StoreRecording &recording = m_with.index.storeRecording();
+    if (!m_isTold && recording.lacksStoredFiles()) {
+        m_isTold = true;
+        say(QStringLiteral("The index lacks stored images: it was made anew, or came back from a backup. "
+                           "They are being recorded in it again, and are sent again where the cloud "
+                           "doesn't have them."));
+    }
+    const auto count = [this](std::int64_t files) {
+        m_recorded += files;
         m_with.listener.keepOrder();
         m_with.uploads.requestUpload(QStringLiteral("store_recorded_again"), upload::UploadUrgency::whenOpen);
     };
-    while (!m_with.index.storeRecording().recordStoredFiles(stop, count)) {
-        if (!m_with.clock.sleep(kPause, stop)) {
-            return;
-        }
+    if (!recording.recordStoredFiles(stop, count)) {
+        return;
     }
-    if (recorded > 0) {
+    m_isTold = false;
+    if (const std::int64_t recorded = std::exchange(m_recorded, 0); recorded > 0) {
         say(QStringLiteral("%1 stored files are recorded in the index again.").arg(recorded));
     }
 }

@@ -9,12 +9,14 @@
 
 #include <QtCore/QString>
 
+#include <cstdint>
 #include <functional>
 #include <stop_token>
 
 namespace gateway::app {
 
-/// Gives the stored files rows again that a lost index leaves without, and tells operators of it.
+/// Gives the stored files rows again that a lost index leaves without, or one that is older than a store
+/// which comes into sight, and tells operators of it.
 ///
 /// Owner: Gateway, from the launch on. Thread: main; the work is done on a thread of its own.
 class IndexRecording
@@ -35,10 +37,16 @@ public:
     explicit IndexRecording(Collaborators with);
 
 private:
+    void watch(const std::stop_token &stop);
     void record(const std::stop_token &stop);
     void say(const QString &sentence);
 
     const Collaborators m_with;
+
+    // Touched on the task's thread only.
+    bool m_isTold = false;
+    std::int64_t m_recorded = 0; // since the last time that all were
+
     platform::Task m_task; // last: joined before the fields go
 };
 

@@ -30,9 +30,15 @@ QString MissingSession::sentence() const
                    "here, but none is sent. Sign in again: quorin-gateway sign-in --email ADDRESS.")
             .arg(standing.since.value_or(QDateTime()).toLocalTime().toString(Qt::ISODate));
     case account::SessionState::credentialsRefused:
-        return QStringLiteral("Images wait, and the archive refuses the user name or password since %1. They "
-                              "are tried again by themselves; if they have changed, sign in again: "
-                              "quorin-gateway sign-in --email NAME.")
+        return QStringLiteral(
+                   "Images wait, and the archive refuses the sign-in since %1. It is tried again by "
+                   "itself; if what it is made of has changed, sign in again: quorin-gateway "
+                   "sign-in --email NAME, or quorin-gateway archive set.")
+            .arg(standing.since.value_or(QDateTime()).toLocalTime().toString(Qt::ISODate));
+    case account::SessionState::signInUnavailable:
+        return QStringLiteral("Images wait, and since %1 what this gateway signs in with can't be had. It is "
+                              "tried again "
+                              "by itself; quorin-gateway status says what is wrong.")
             .arg(standing.since.value_or(QDateTime()).toLocalTime().toString(Qt::ISODate));
     }
     return {};

@@ -7,6 +7,7 @@
 #include "monitor/health_verdict.h"
 #include "monitor/service_manager.h"
 #include "platform/files/file_error.h"
+#include "platform/files/files.h"
 #include "platform/files/home_lock.h"
 #include "platform/process/quit_signals.h"
 #include "terminal/client/console.h"
@@ -17,12 +18,16 @@
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QFile>
+#include <QtCore/QFileInfo>
+#include <QtCore/QLocale>
 #include <QtCore/QTimer>
 
 #include <chrono>
 #include <cstdlib>
 #include <optional>
 #include <thread>
+#include <utility>
+#include <variant>
 #include <vector>
 
 #include <unistd.h>
@@ -32,16 +37,19 @@ namespace gateway::app {
 namespace {
 
 /// An index of a million rows opens in a fraction of this.
-constexpr std::chrono::seconds kStartingPatience{3};
+constexpr std::chrono::seconds kStartingTimeout{3};
 constexpr std::chrono::milliseconds kStartingStep{100};
-constexpr std::chrono::seconds kAnswerPatience{30};
+constexpr std::chrono::seconds kAnswerTimeout{30};
 constexpr std::chrono::seconds kStatusInterval{1};
+
+/// Between two tries of a start for which there is no room.
+constexpr std::chrono::seconds kRoomPause{2};
 
 /// Hands the request to the instance that holds this home; false when none answers.
 bool handOver(const core::HomeLayout &layout)
 {
     const auto reply =
-        terminal::askInstance(layout.controlSocket(), {terminal::requests::kActivate, {}}, kAnswerPatience);
+        terminal::askInstance(layout.controlSocket(), {terminal::requests::kActivate, {}}, kAnswerTimeout);
     if (!reply || reply->code != terminal::ExitCode::done) {
         return false;
     }
@@ -74,9 +82,24 @@ void becomeProgram(const QString &program)
     terminal::printError(QStringLiteral("%1 can't be started.").arg(program));
 }
 
+/// Before the start has nobody left who could be asked what takes so long.
+void announceMigration(const core::HomeLayout &layout)
+{
+    if (const auto bytes = index::olderIndexBytes(layout.indexFile)) {
+        const QLocale c = QLocale::c();
+        terminal::printError(
+            QStringLiteral(
+                "The index is being brought to this version. It has %1: that may take a minute for each "
+                "200 MiB, and up to %2 more room on its volume, with a copy of what it was. Ending it "
+                "meanwhile loses nothing.")
+                .arg(c.formattedDataSize(*bytes), c.formattedDataSize(*bytes + *bytes / 2)));
+    }
+}
+
 /// The event loop of one instance, from launch to quitting.
 terminal::ExitCode live(const core::HomeLayout &layout,
                         const terminal::GlobalOptions &options,
+                        bool isFirstTry,
                         GatewayFace &face,
                         const std::function<void(Gateway &)> &join)
 {
@@ -92,6 +115,9 @@ terminal::ExitCode live(const core::HomeLayout &layout,
             cloudConfiguration(told, platform::UserDefaults(layout.defaultsFile), {}).problem) {
         terminal::printError(*problem);
         return terminal::ExitCode::usage;
+    }
+    if (isFirstTry) {
+        announceMigration(layout);
     }
     Gateway gateway(std::move(told), face);
     join(gateway);
@@ -137,7 +163,7 @@ terminal::ExitCode live(const core::HomeLayout &layout,
 terminal::ExitCode liveOrHandOver(const core::HomeLayout &layout,
                                   const std::function<terminal::ExitCode()> &liveHere)
 {
-    for (auto waited = std::chrono::milliseconds(0); waited < kStartingPatience; waited += kStartingStep) {
+    for (auto waited = std::chrono::milliseconds(0); waited < kStartingTimeout; waited += kStartingStep) {
         if (const auto lock = platform::HomeLock::tryLock(layout.lockFile())) {
             const auto indexLock = platform::HomeLock::tryLock(layout.indexLockFile());
             if (indexLock) {
@@ -155,6 +181,50 @@ terminal::ExitCode liveOrHandOver(const core::HomeLayout &layout,
     return terminal::ExitCode::failed;
 }
 
+/// The folder of this home where a start finds no room; nothing where there is some in each.
+std::optional<QString> folderWithoutRoom(const core::HomeLayout &layout)
+{
+    constexpr qint64 kEnough = qint64{1024} * 1024; // for the logs of index and settings
+    for (const QString &file : {layout.defaultsFile,
+                                layout.indexFile,
+                                layout.lockFile(),
+                                layout.fileStore,
+                                layout.incomingFolder}) {
+        QString folder = QFileInfo(file).absolutePath();
+        while (!QFileInfo::exists(folder) && !QFileInfo(folder).isRoot()) {
+            folder = QFileInfo(folder).absolutePath();
+        }
+        const auto volume = platform::volumeFigures(folder);
+        if (volume && volume->availableBytes < kEnough) {
+            return folder;
+        }
+    }
+    return std::nullopt;
+}
+
+/// How a try to start ended: with a code, or before it began, with a sentence for people.
+using Ending = std::variant<terminal::ExitCode, QString>;
+
+Ending tryToLive(const core::HomeLayout &layout, const std::function<terminal::ExitCode()> &liveHere)
+{
+    try {
+        core::makeFolders(layout);
+        return liveOrHandOver(layout, liveHere);
+    } catch (const core::HomeError &error) {
+        return error.message;
+    } catch (const platform::SocketError &error) {
+        return error.message;
+    } catch (const platform::FileError &error) {
+        return error.message() + u'.';
+    } catch (const platform::DefaultsError &error) {
+        return error.message();
+    } catch (const index::StoreInUseError &error) {
+        return error.message();
+    } catch (const index::IndexOpenError &error) {
+        return QStringLiteral("The index can't be opened: %1.").arg(QString::fromUtf8(error.what()));
+    }
+}
+
 } // namespace
 
 terminal::ExitCode runInstance(const core::HomeLayout &layout,
@@ -162,24 +232,30 @@ terminal::ExitCode runInstance(const core::HomeLayout &layout,
                                GatewayFace &face,
                                const std::function<void(Gateway &)> &join)
 {
-    try {
-        core::makeFolders(layout);
-        return liveOrHandOver(layout, [&] { return live(layout, options, face, join); });
-    } catch (const core::HomeError &error) {
-        terminal::printError(error.message);
-    } catch (const platform::SocketError &error) {
-        terminal::printError(error.message);
-    } catch (const platform::FileError &error) {
-        terminal::printError(error.message());
-    } catch (const platform::DefaultsError &error) {
-        terminal::printError(error.message());
-    } catch (const index::StoreInUseError &error) {
-        terminal::printError(error.message());
-    } catch (const index::IndexOpenError &error) {
-        terminal::printError(
-            QStringLiteral("The index can't be opened: %1.").arg(QString::fromUtf8(error.what())));
+    monitor::ServiceManager serviceManager;
+    QString told;
+    for (;;) {
+        const Ending ending =
+            tryToLive(layout, [&] { return live(layout, options, told.isEmpty(), face, join); });
+        if (const auto *code = std::get_if<terminal::ExitCode>(&ending)) {
+            return *code;
+        }
+        const QString problem = std::get<QString>(ending);
+        const auto full = folderWithoutRoom(layout);
+        if (!full) {
+            terminal::printError(problem);
+            return terminal::ExitCode::failed;
+        }
+        if (std::exchange(told, problem) != problem) {
+            const QString waits =
+                problem +
+                QStringLiteral(" There is no room at %1. The gateway starts by itself when there is some.")
+                    .arg(*full);
+            terminal::printError(waits);
+            serviceManager.status(waits);
+        }
+        std::this_thread::sleep_for(kRoomPause);
     }
-    return terminal::ExitCode::failed;
 }
 
 terminal::ExitCode runHeadless(const core::HomeLayout &layout, const terminal::GlobalOptions &options)

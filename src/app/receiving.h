@@ -33,7 +33,9 @@ struct Receiving
     index::DBService inboxImports{ground.index, index::ImportSource::ownInbox};
     ManualImports manualImports{ground.index, [this] { store->listenerService().keepOrder(); }};
     receive::IncomingFolders incomingFolders{
-        ground.defaults, ground.settings, ground.options.layout.incomingFolder};
+        ground.defaults,
+        ground.settings,
+        {ground.options.layout.incomingFolder, ground.options.layout.tokenFolder()}};
     platform::ArchiveUnpacker unpacker{platform::helperProgramPath()};
     std::unique_ptr<platform::NetServicePublishing> netServices = makeNetServices();
     std::shared_ptr<Store> store = makeStore();

@@ -1,6 +1,5 @@
 #include "app/sending.h"
 
-#include "cloud_client/archive_session.h"
 #include "core/device_id.h"
 #include "core/retention_policy.h"
 #include "upload/retention_cutoff.h"
@@ -11,16 +10,6 @@
 #include <QtCore/QTimeZone>
 
 namespace gateway::app {
-
-/// An archive knows its users by name; a new password makes no other archive of it.
-QString CloudSession::cloud()
-{
-    cloud_client::NetworkSettings &session = m_client.networkSettings();
-    const QString account = m_client.isPlainArchive()
-                                ? cloud_client::basicUserName(session.token().value_or(QString()))
-                                : QString::number(session.userId().value_or(0));
-    return m_client.configuration().baseUrl.toString(QUrl::RemoveUserInfo) + u' ' + account;
-}
 
 upload::GatewayAutoDeleteCleanupService::Collaborators Sending::cleanupCollaborators()
 {
@@ -59,7 +48,7 @@ upload::StoreUploadCoordinator::Collaborators Sending::coordinatorCollaborators(
                     return upload::UploadRun(runCollaborators, runId, config, core::deviceId(ground.defaults))
                         .run(stop);
                 },
-            .chance = [] { return QRandomGenerator::global()->generateDouble(); }};
+            .random = [] { return QRandomGenerator::global()->generateDouble(); }};
 }
 
 } // namespace gateway::app

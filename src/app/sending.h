@@ -3,6 +3,7 @@
 #include "account/cloud_watch.h"
 #include "app/cloud_account.h"
 #include "app/ground.h"
+#include "app/refused_session.h"
 #include "state/gateway_app_state.h"
 #include "upload/cloud_terms_follow_up.h"
 #include "upload/gateway_auto_delete_cleanup_service.h"
@@ -22,8 +23,7 @@ class CloudSession final : public upload::UploadSession
 public:
     explicit CloudSession(cloud_client::QuorinApiClient &client) : m_client(client) {}
 
-    bool hasToken() override { return m_client.networkSettings().token().has_value(); }
-    QString cloud() override;
+    cloud_client::CloudSession present() override { return m_client.session(); }
 
 private:
     cloud_client::QuorinApiClient &m_client;
@@ -56,7 +56,8 @@ struct Sending
 
     upload::UploadRunWatcher runWatcher = {};
     AnsweringCloud answers{ground.main, account.watch};
-    upload::RunObservers observers{{&ground.eventCounts, &runWatcher, &answers}};
+    RefusedSession refusals{ground.main, account.auth};
+    upload::RunObservers observers{{&ground.eventCounts, &runWatcher, &answers, &refusals}};
 
     CloudSession session{account.client};
     upload::RetentionClock retentionClock{ground.clock, ground.defaults};

@@ -5,6 +5,8 @@
 #include "platform/concurrency/async_sleep.h"
 #include "platform/concurrency/mutex.h"
 
+#include <QtCore/QCoreApplication>
+
 #include <algorithm>
 #include <optional>
 #include <utility>
@@ -25,7 +27,7 @@ public:
             if (!m_message) {
                 m_message = message.typeId() == QMetaType::QString
                                 ? message.toString()
-                                : QStringLiteral("Failed to start DIMSE listener.");
+                                : QCoreApplication::translate("Listener", "Failed to start DIMSE listener.");
             }
         }
         m_stop.request_stop();

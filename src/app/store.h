@@ -63,8 +63,6 @@ public:
 
     receive::StoreManualImportService &manualImportService() const { return *m_manualImportService; }
 
-    upload::StoreUploadCoordinator &uploadCoordinator() const { return *m_uploadCoordinator; }
-
     /// Waits for `wait` and then tells whether a listener still stands. No error within the wait and a
     /// listener that is still there is success; it is no probe of the port.
     ///

@@ -22,12 +22,6 @@ namespace gateway::app {
 
 namespace {
 
-QStringList deploymentFiles()
-{
-    return {QStringLiteral("/etc/quorin-gateway/deployment.json"),
-            QCoreApplication::applicationDirPath() + QStringLiteral("/deployment.json")};
-}
-
 /// The kernel's name for this machine, such as "x86_64".
 QString architecture()
 {
@@ -70,6 +64,9 @@ Upkeep::Upkeep(Ground &ground, CloudAccount &account, state::GatewayAppState &li
                              {.main = ground.main, .pool = ground.networkPool, .clock = ground.clock})
 {
     platform::assertMainThread("Upkeep");
+    for (const QString &problem : ground.deployment.problems) {
+        noteProblem(problem);
+    }
 }
 
 updates::ShowUpdateBanner Upkeep::bannerOfUpdater()
@@ -87,18 +84,15 @@ updates::ShowUpdateBanner Upkeep::bannerOfPolicy()
 
 std::unique_ptr<updates::Updater> Upkeep::makeUpdater(updates::UpdaterDelegate &delegate)
 {
-    const updates::Deployment deployment = updates::readDeployment(deploymentFiles());
-    if (!deployment.problem.isEmpty()) {
-        noteProblem(deployment.problem);
-    }
-    if (!deployment.updates) {
+    const std::optional<core::UpdateChannel> &channel = m_ground.deployment.updates;
+    if (!channel) {
         return std::make_unique<PackagedUpdates>(m_face);
     }
-    return makeAppcastUpdater(delegate, *deployment.updates);
+    return makeAppcastUpdater(delegate, *channel);
 }
 
 std::unique_ptr<updates::Updater> Upkeep::makeAppcastUpdater(updates::UpdaterDelegate &delegate,
-                                                             const updates::UpdateChannel &channel)
+                                                             const core::UpdateChannel &channel)
 {
     const bool isAppImage = !m_appImage.isEmpty();
     const QString ownData = QFileInfo(m_ground.options.layout.logFolder).absolutePath();

@@ -3,7 +3,6 @@
 #include "app/cloud_account.h"
 #include "app/launch_ports.h"
 #include "state/gateway_app_state.h"
-#include "updates/deployment.h"
 #include "updates/gateway_updater_service.h"
 #include "updates/gateway_version_policy_service.h"
 #include "updates/move_to_applications_service.h"
@@ -44,7 +43,7 @@ private:
     updates::ShowUpdateBanner bannerOfPolicy();
     std::unique_ptr<updates::Updater> makeUpdater(updates::UpdaterDelegate &delegate);
     std::unique_ptr<updates::Updater> makeAppcastUpdater(updates::UpdaterDelegate &delegate,
-                                                         const updates::UpdateChannel &channel);
+                                                         const core::UpdateChannel &channel);
     bool giveWayTo(const QString &program);
     void noteProblem(const QString &sentence);
 

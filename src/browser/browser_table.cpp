@@ -81,10 +81,6 @@ void BrowserTable::setSortOrder(SortOrder order)
 void BrowserTable::filter()
 {
     m_shown = shownOf(*m_rows, m_order, needleOf(m_searchText), m_showsFailuresOnly);
-    m_isShown.assign(static_cast<std::size_t>(m_rows->count()), false);
-    for (const quint32 position : m_shown) {
-        m_isShown[position] = true;
-    }
     Q_EMIT rowsChanged();
     Q_EMIT changed();
 }
@@ -92,6 +88,7 @@ void BrowserTable::filter()
 void BrowserTable::take(Arranged arranged)
 {
     m_rows = std::move(arranged.rows);
+    markSelected();
     m_order = arranged.sortOrder == m_sortOrder ? std::move(arranged.order) : m_rows->sorted(m_sortOrder);
     filter();
 }
@@ -216,28 +213,40 @@ void BrowserTable::setSelectedIDs(QSet<QString> ids)
     enterMain();
     if (m_selectedIDs != ids) {
         m_selectedIDs = std::move(ids);
+        markSelected();
         Q_EMIT changed();
+    }
+}
+
+void BrowserTable::markSelected()
+{
+    m_isSelected.assign(static_cast<std::size_t>(m_rows->count()), false);
+    for (const QString &id : m_selectedIDs) {
+        if (const std::optional<quint32> position = m_rows->position(id)) {
+            m_isSelected[*position] = true;
+        }
     }
 }
 
 qsizetype BrowserTable::hiddenSelected() const
 {
-    if (std::ssize(m_shown) == m_rows->count()) {
-        return 0; // asked at every change, with 100,000 selected rows too
-    }
-    return std::count_if(m_selectedIDs.begin(), m_selectedIDs.end(), [this](const QString &id) {
-        const std::optional<quint32> position = m_rows->position(id);
-        return !position || !m_isShown[*position];
-    });
+    return m_selectedIDs.size() - std::count_if(m_shown.begin(), m_shown.end(), [this](quint32 position) {
+               return m_isSelected[position];
+           });
 }
 
 void BrowserTable::forgetSelectionOfGoneRows()
 {
     const qsizetype removed =
         m_selectedIDs.removeIf([this](const QString &id) { return !m_rows->position(id).has_value(); });
-    if (removed > 0) {
-        Q_EMIT changed();
+    if (removed == 0) {
+        return;
     }
+    // What is asked about is no longer what would go.
+    if (m_deleteConfirmationStep || m_selectedIDs.isEmpty()) {
+        endQuestions();
+    }
+    Q_EMIT changed();
 }
 
 } // namespace gateway::browser

@@ -96,7 +96,6 @@ public:
 
     const QString &searchText() const { return m_searchText; }
     SortOrder sortOrder() const { return m_sortOrder; }
-    bool showsFailuresOnly() const { return m_showsFailuresOnly; }
 
     // Each takes effect at once.
     void setSearchText(const QString &text);
@@ -131,6 +130,9 @@ public:
     const QSet<QString> &selectedIDs() const { return m_selectedIDs; }
 
     void setSelectedIDs(QSet<QString> ids);
+
+    /// Whether the row at this position of `rows` is one of them.
+    bool isSelected(quint32 position) const { return m_isSelected[position]; }
 
     /// How many selected rows aren't shown.
     qsizetype hiddenSelected() const;
@@ -290,6 +292,7 @@ private:
     void finishLoad(Arranged rows, const LoadReport &report);
     void take(Arranged arranged);
     void filter();
+    void markSelected();
     void forgetSelectionOfGoneRows();
 
     const TableKind m_kind;
@@ -298,7 +301,6 @@ private:
     std::shared_ptr<const TableRows> m_rows;
     RowOrder m_order; // all rows, sorted
     RowOrder m_shown;
-    std::vector<bool> m_isShown; // by position
     QString m_searchText;
     SortOrder m_sortOrder;
     bool m_showsFailuresOnly = false;
@@ -309,6 +311,7 @@ private:
     std::optional<QString> m_lastError;
     std::optional<QDateTime> m_lastUpdatedAt;
     QSet<QString> m_selectedIDs;
+    std::vector<bool> m_isSelected; // by position: a set is slow to ask for 100,000 rows at each search
     std::optional<DeleteConfirmationStep> m_deleteConfirmationStep;
     bool m_isConfirmationArmed = false;
     bool m_isAsking = false; // from the first question to the last answer

@@ -63,7 +63,7 @@ QStringList BrowserTable::selectedTargets() const
 {
     QStringList targets;
     for (qsizetype position = 0; position < m_rows->count(); ++position) {
-        if (m_selectedIDs.contains(m_rows->id(position))) {
+        if (isSelected(static_cast<quint32>(position))) {
             targets.append(m_rows->target(position));
         }
     }
@@ -247,7 +247,8 @@ QCoro::Task<BatchResult> BrowserTable::deleteAll(QStringList targets, std::optio
                 deleteSome(some, result);
                 return result;
             });
-        goesOn = std::exchange(done, result.deleted + result.failed) < done;
+        const qsizetype before = std::exchange(done, result.deleted + result.failed);
+        goesOn = before < done;
         m_deletion->done = done;
         Q_EMIT changed();
     }

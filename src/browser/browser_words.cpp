@@ -227,19 +227,40 @@ std::optional<QString> deletionSummary(TableKind kind, const BatchResult &result
     return summary;
 }
 
+namespace {
+
+/// English has no catalogue: one study has a sentence of its own.
+QString selectedOf(bool isSeries, int n)
+{
+    if (isSeries) {
+        return BrowserWords::tr("You selected %n series. Continue to the next confirmation.", nullptr, n);
+    }
+    return n == 1
+               ? BrowserWords::tr("You selected 1 study. Continue to the next confirmation.")
+               : BrowserWords::tr("You selected %n studies. Continue to the next confirmation.", nullptr, n);
+}
+
+QString lastOf(bool isSeries, int n)
+{
+    if (isSeries) {
+        return BrowserWords::tr("This action is permanent. Delete %n selected series now?", nullptr, n);
+    }
+    return n == 1 ? BrowserWords::tr("This action is permanent. Delete 1 selected study now?")
+                  : BrowserWords::tr("This action is permanent. Delete %n selected studies now?", nullptr, n);
+}
+
+} // namespace
+
 DeleteQuestion deleteQuestion(TableKind kind, DeleteConfirmationStep step, qint64 count)
 {
     const bool isSeries = holdsSeries(kind);
     const int n = static_cast<int>(count);
     switch (step) {
     case DeleteConfirmationStep::first:
-        return {
-            isSeries ? BrowserWords::tr("Delete Selected Series? (1/3)")
-                     : BrowserWords::tr("Delete Selected Studies? (1/3)"),
-            isSeries
-                ? BrowserWords::tr("You selected %n series. Continue to the next confirmation.", nullptr, n)
-                : BrowserWords::tr("You selected %n studies. Continue to the next confirmation.", nullptr, n),
-            BrowserWords::tr("Continue")};
+        return {isSeries ? BrowserWords::tr("Delete Selected Series? (1/3)")
+                         : BrowserWords::tr("Delete Selected Studies? (1/3)"),
+                selectedOf(isSeries, n),
+                BrowserWords::tr("Continue")};
     case DeleteConfirmationStep::second:
         return {isSeries ? BrowserWords::tr("Delete Selected Series? (2/3)")
                          : BrowserWords::tr("Delete Selected Studies? (2/3)"),
@@ -247,11 +268,7 @@ DeleteQuestion deleteQuestion(TableKind kind, DeleteConfirmationStep step, qint6
                 BrowserWords::tr("Continue")};
     case DeleteConfirmationStep::third:
         return {
-            BrowserWords::tr("Final Confirmation (3/3)"),
-            isSeries
-                ? BrowserWords::tr("This action is permanent. Delete %n selected series now?", nullptr, n)
-                : BrowserWords::tr("This action is permanent. Delete %n selected studies now?", nullptr, n),
-            BrowserWords::tr("Delete")};
+            BrowserWords::tr("Final Confirmation (3/3)"), lastOf(isSeries, n), BrowserWords::tr("Delete")};
     }
     return {};
 }

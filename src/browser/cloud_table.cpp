@@ -4,7 +4,7 @@
 #include "cloud_client/qrn_delete_api.h"
 #include "cloud_client/quorin_error.h"
 #include "core/device_id.h"
-#include "log/redaction.h"
+#include "log/writing/redaction.h"
 
 #include <utility>
 

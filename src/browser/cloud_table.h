@@ -3,7 +3,7 @@
 #include "browser/browser_table.h"
 #include "cloud_client/qrn_qido_api.h"
 #include "index/cloud_deletions.h"
-#include "log/store_log_emitter.h"
+#include "log/writing/store_log_emitter.h"
 
 #include <QtCore/QMap>
 

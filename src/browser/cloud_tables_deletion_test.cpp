@@ -1,7 +1,7 @@
 #include "browser/browser_words.h"
 #include "browser/testing/cloud_tables_world.h"
 #include "core/device_id.h"
-#include "log/redaction.h"
+#include "log/writing/redaction.h"
 
 namespace gateway::browser::testing {
 
@@ -108,13 +108,7 @@ TEST_F(CloudStudies, ThatCannotBeNotedAreNotDeleted)
 
 TEST_F(CloudStudies, StopBeingDeletedWhenTheSessionIsAnotherOne)
 {
-    for (const char *uid : {"1.1", "1.2", "1.3"}) {
-        archive.addStudy(QString::fromLatin1(uid));
-    }
-    query();
-    archive.hold(QStringLiteral("delete 1.1"));
-    model.setSelectedIDs({QStringLiteral("1.1"), QStringLiteral("1.2"), QStringLiteral("1.3")});
-    confirm(model);
+    beginToDeleteThree();
     runUntil([&] { return archive.calls().contains(QStringLiteral("delete 1.1")); });
 
     session.reset();
@@ -259,13 +253,7 @@ TEST_F(CloudStudies, OfWhichNoneWasDeletedMakeAFailedBatch)
 
 TEST_F(CloudStudies, StopBeingDeletedWhenAPersonSaysSo)
 {
-    for (const char *uid : {"1.1", "1.2", "1.3"}) {
-        archive.addStudy(QString::fromLatin1(uid));
-    }
-    query();
-    archive.hold(QStringLiteral("delete 1.1"));
-    model.setSelectedIDs({QStringLiteral("1.1"), QStringLiteral("1.2"), QStringLiteral("1.3")});
-    confirm(model);
+    beginToDeleteThree();
     EXPECT_EQ(model.deletion(), (DeletionProgress{0, 3}));
 
     model.stopDeleting();

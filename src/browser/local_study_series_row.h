@@ -25,7 +25,8 @@ struct LocalStudySeriesRow
     };
 
     QString id;
-    QString seriesInstanceUID;
+    QString
+        seriesInstanceUID; ///< as it stands in the files, unlike the key by which the index knows the series
     std::int64_t seriesNumberSort = 0;
     QString seriesNumberDisplay;
     QString seriesDescription;

@@ -15,13 +15,14 @@ LocalTable::LocalTable(TableKind kind,
       m_observer(parts.notifications.observe(
           core::kLocalSyncStateChanged,
           [this, life = std::weak_ptr<const void>(m_life), &main = parts.runtime.main](const QVariantMap &) {
-              main.post(life, [this] { syncStateChanged(); });
+              main.post(life, [this] { imagesChanged(); });
           }))
 {
 }
 
-void LocalTable::syncStateChanged()
+void LocalTable::imagesChanged()
 {
+    enterMain();
     if (isDeleting() || scope().stopToken().stop_requested()) {
         return; // its own load follows
     }

@@ -20,8 +20,8 @@ struct LocalBrowserParts
     std::function<void()> countersChanged; ///< something was deleted; called on the main thread
 };
 
-/// A table of the index. It follows the sync states: while they change it loads again, but leaves the machine
-/// some time in between.
+/// A table of the index. It follows the images in it: while they come or change their sync states it loads
+/// again, but leaves the machine some time in between.
 ///
 /// Owner: whoever shows it. Thread: main.
 class LocalTable : public BrowserTable
@@ -29,8 +29,12 @@ class LocalTable : public BrowserTable
     Q_OBJECT
 
 public:
-    /// Between two loads that follow the sync states.
+    /// Between two loads that follow the images.
     static constexpr std::chrono::milliseconds kFollowPause{500};
+
+    /// Images came, or have other sync states: the table loads again soon. Changes of sync states it learns
+    /// by itself.
+    void imagesChanged();
 
 protected:
     LocalTable(TableKind kind,
@@ -53,7 +57,6 @@ protected:
 private:
     static inline const QString kFollowTrigger = QStringLiteral("sync_state_changed");
 
-    void syncStateChanged();
     QCoro::Task<> follow();
 
     const LocalBrowserParts m_parts;

@@ -5,6 +5,7 @@
 #include "core/failure_class.h"
 #include "core/notification_names.h"
 #include "index/testing/temporary_index.h"
+#include "platform/concurrency/testing/gate.h"
 
 namespace gateway::browser::testing {
 
@@ -52,7 +53,7 @@ public:
                                         const std::optional<index::OutsideCloud> &known) override
     {
         ++deletions;
-        waitAtTheDoor();
+        m_gate.pass();
         return counted(studies, [&](const QStringList &some) { return m_real.deleteStudies(some, known); });
     }
 
@@ -61,18 +62,13 @@ public:
                                        const std::optional<index::OutsideCloud> &known) override
     {
         ++deletions;
-        waitAtTheDoor();
+        m_gate.pass();
         return counted(series,
                        [&](const QStringList &some) { return m_real.deleteSeries(study, some, known); });
     }
 
     /// Makes deletions wait, or lets them go on.
-    void hold(bool isHeld)
-    {
-        const platform::MutexLock lock(m_mutex);
-        m_isHeld = isHeld;
-        m_changed.notifyAll();
-    }
+    void hold(bool isHeld) { m_gate.hold(isHeld); }
 
     std::atomic<bool> isReadable = true;
     std::atomic<int> loads = 0;
@@ -87,18 +83,8 @@ private:
         return index::DeletionCounts::of(requested, deleteSome(targets).deleted);
     }
 
-    void waitAtTheDoor()
-    {
-        const platform::MutexLock lock(m_mutex);
-        while (m_isHeld) {
-            m_changed.wait(m_mutex);
-        }
-    }
-
     index::DicomDB &m_real;
-    platform::Mutex m_mutex;
-    platform::Condition m_changed;
-    bool m_isHeld QUORIN_GUARDED_BY(m_mutex) = false;
+    platform::testing::Gate m_gate;
 };
 
 struct LocalTables : ::testing::Test, platform::testing::RunsMain
@@ -221,6 +207,22 @@ TEST_F(LocalStudies, AreAskedAboutAgainWhenImagesComeWhileTheLastQuestionStands)
     model.confirmDeletion();
     runUntil([&] { return model.allRows().empty() && !model.isDeleting(); });
     EXPECT_EQ(storedFiles(), 0) << "said again, it is done";
+}
+
+TEST_F(LocalStudies, TakeTheQuestionAboutThemAlongWhenTheyGo)
+{
+    load();
+    model.setSelectedIDs({QStringLiteral("1"), QStringLiteral("2")});
+    askAndAwait(DeleteConfirmationStep::second);
+
+    index.deleteStudies({QStringLiteral("1")}, std::nullopt); // by somebody else
+    load();
+
+    EXPECT_FALSE(model.deleteConfirmationStep()) << "it speaks of two";
+    EXPECT_EQ(model.selectedIDs(), QSet{QStringLiteral("2")});
+    askAndAwait(DeleteConfirmationStep::first);
+    load();
+    EXPECT_EQ(model.deleteConfirmationStep(), DeleteConfirmationStep::first) << "nothing went";
 }
 
 TEST_F(LocalStudies, StayWhenImagesComeWhileOthersAreDeleted)

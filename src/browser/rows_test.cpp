@@ -6,6 +6,8 @@
 #include "browser/table_rows.h"
 #include "browser/testing/fake_archive.h"
 
+#include <QtCore/QLocale>
+
 #include <gtest/gtest.h>
 
 #include <limits>
@@ -43,6 +45,20 @@ QuorinCloudQidoSeriesRow seriesNumbered(const QVariant &number)
 {
     return QuorinCloudQidoSeriesRow::of(object({{QrnDicomTag::SeriesNumber, number}}));
 }
+
+/// The program's locale, for as long as this lives.
+class DefaultLocale
+{
+public:
+    explicit DefaultLocale(const QLocale &locale) { QLocale::setDefault(locale); }
+    ~DefaultLocale() { QLocale::setDefault(m_before); }
+
+    DefaultLocale(const DefaultLocale &) = delete;
+    DefaultLocale &operator=(const DefaultLocale &) = delete;
+
+private:
+    const QLocale m_before;
+};
 
 template <typename Row>
 QStringList column(std::vector<Row> rows, SortOrder order)
@@ -251,6 +267,41 @@ TEST(SearchTexts, FindInOneRowAloneWhateverTheCaseAndTheScript)
     EXPECT_FALSE(texts.contains(0, needleOf(u"ct"_qs)));
     EXPECT_FALSE(texts.contains(0, needleOf(u"p1и"_qs))) << "texts of two rows don't touch";
     EXPECT_TRUE(texts.contains(2, QByteArray(" ct")));
+}
+
+TEST(SortedRows, FollowThePersonsLanguageAndTheValueOfNumbers)
+{
+    const auto sorted = [](const QStringList &names) {
+        std::vector<QuorinCloudQidoStudyRow> rows;
+        for (const QString &each : names) {
+            rows.push_back(studyNamed(each));
+        }
+        return column(std::move(rows), {QuorinCloudQidoStudyRow::patientNameColumn, true});
+    };
+    const QStringList names{u"Zander"_qs,
+                            u"Örtel"_qs,
+                            u"Phantom 10"_qs,
+                            u"ahrens"_qs,
+                            u"Ärmel"_qs,
+                            u"Ost"_qs,
+                            u"Phantom 9"_qs,
+                            u""_qs};
+
+    for (const QLocale::Language language : {QLocale::German, QLocale::English, QLocale::C}) {
+        const DefaultLocale locale{QLocale(language)};
+        EXPECT_EQ(sorted(names),
+                  QStringList({kMissing,
+                               u"ahrens"_qs,
+                               u"Ärmel"_qs,
+                               u"Örtel"_qs,
+                               u"Ost"_qs,
+                               u"Phantom 9"_qs,
+                               u"Phantom 10"_qs,
+                               u"Zander"_qs}))
+            << language;
+    }
+    const DefaultLocale swedish{QLocale(QLocale::Swedish)};
+    EXPECT_EQ(sorted(names).last(), u"Örtel"_qs) << "a letter of its own there, behind z";
 }
 
 TEST(SortedRows, KeepTheirOrderWhereTheyAreEqual)

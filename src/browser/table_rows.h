@@ -1,6 +1,7 @@
 #pragma once
 
 #include "browser/search_texts.h"
+#include "browser/text_order.h"
 
 #include <QtCore/QHash>
 #include <QtCore/QString>
@@ -66,7 +67,7 @@ public:
 
 /// Rows of one type. A Row has the field `id` and the functions `target()`, `text(column)`,
 /// `furtherText(column)`, `hasFailures()`, `isInCloud()` and `addTo(searchTexts)`. Columns for which
-/// `isText(column)` holds are sorted by their texts, whatever the case of the letters, others by
+/// `isText(column)` holds are sorted by their texts, in the order of `textOrder`, others by
 /// `isBefore(left, right, column)`.
 template <typename Row>
 class RowsOf final : public TableRows
@@ -113,13 +114,14 @@ public:
     }
 
 private:
-    /// Texts are folded once, not at each comparison.
+    /// Each text is looked up in the language's order once, not at each comparison.
     RowOrder sortedByText(SortOrder order) const
     {
-        std::vector<std::pair<QString, quint32>> keys;
+        const QCollator language = textOrder();
+        std::vector<std::pair<QCollatorSortKey, quint32>> keys;
         keys.reserve(m_rows.size());
         for (std::size_t position = 0; position < m_rows.size(); ++position) {
-            keys.emplace_back(m_rows[position].text(order.column).toCaseFolded(),
+            keys.emplace_back(language.sortKey(m_rows[position].text(order.column)),
                               static_cast<quint32>(position));
         }
         std::sort(keys.begin(), keys.end(), [&](const auto &left, const auto &right) {
@@ -128,7 +130,7 @@ private:
         });
         RowOrder positions;
         positions.reserve(keys.size());
-        for (const auto &[text, position] : keys) {
+        for (const auto &[key, position] : keys) {
             positions.push_back(position);
         }
         return positions;

@@ -4,6 +4,8 @@
 #include "cloud_client/quorin_error.h"
 #include "cloud_client/server_words.h"
 
+#include <QtCore/QCoreApplication>
+
 #include <optional>
 
 namespace gateway::cloud_client {
@@ -17,34 +19,43 @@ constexpr qlonglong kLargestKind = 999;
 QString statusSentence(int status)
 {
     if (status >= 300 && status < 400) {
-        return QStringLiteral(
-            "The server at %1 pointed to another address (status %2), which is not followed.");
+        return QCoreApplication::translate(
+            "CloudClient", "The server at %1 pointed to another address (status %2), which is not followed.");
     }
     switch (status) {
     case 401:
-        return QStringLiteral("The server at %1 asks for a sign-in (status %2).");
+        return QCoreApplication::translate("CloudClient", "The server at %1 asks for a sign-in (status %2).");
     case 403:
-        return QStringLiteral("The server at %1 does not allow this (status %2).");
+        return QCoreApplication::translate("CloudClient",
+                                           "The server at %1 does not allow this (status %2).");
     case 404:
-        return QStringLiteral("The server at %1 does not know what was asked for (status %2).");
+        return QCoreApplication::translate("CloudClient",
+                                           "The server at %1 does not know what was asked for (status %2).");
     case 405:
     case 501:
-        return QStringLiteral("The server at %1 does not offer this (status %2).");
+        return QCoreApplication::translate("CloudClient",
+                                           "The server at %1 does not offer this (status %2).");
     case 407:
-        return QStringLiteral("A web proxy on the way to %1 asks for a sign-in (status %2).");
+        return QCoreApplication::translate("CloudClient",
+                                           "A web proxy on the way to %1 asks for a sign-in (status %2).");
     case 413:
-        return QStringLiteral("The server at %1 does not take anything this large (status %2).");
+        return QCoreApplication::translate("CloudClient",
+                                           "The server at %1 does not take anything this large (status %2).");
     case 429:
-        return QStringLiteral("The server at %1 has had too many requests (status %2).");
+        return QCoreApplication::translate("CloudClient",
+                                           "The server at %1 has had too many requests (status %2).");
     case 507:
-        return QStringLiteral("The server at %1 has no room left (status %2).");
+        return QCoreApplication::translate("CloudClient", "The server at %1 has no room left (status %2).");
     case 511:
-        return QStringLiteral("The network on the way to %1 asks for a sign-in of its own (status %2).");
+        return QCoreApplication::translate(
+            "CloudClient", "The network on the way to %1 asks for a sign-in of its own (status %2).");
     default:
         break;
     }
-    return status >= 500 ? QStringLiteral("The server at %1 has a fault of its own (status %2).")
-                         : QStringLiteral("The server at %1 answered with status %2.");
+    return status >= 500
+               ? QCoreApplication::translate("CloudClient",
+                                             "The server at %1 has a fault of its own (status %2).")
+               : QCoreApplication::translate("CloudClient", "The server at %1 answered with status %2.");
 }
 
 bool isWebPage(const HttpResponse &response)
@@ -61,12 +72,12 @@ QString sentenceOn(const HttpResponse &response)
                : meaning;
 }
 
-std::optional<QString> wordsOf(const QVariantMap &problem)
+std::optional<QString> wordsOf(const QVariantMap &problem, const QByteArrayList &secrets)
 {
     for (const auto &member : {QStringLiteral("detail"), QStringLiteral("title")}) {
         const QVariant text = problem.value(member);
         if (text.typeId() == QMetaType::QString && !text.toString().trimmed().isEmpty()) {
-            return cleanServerWords(text.toString());
+            return cleanServerWords(withoutSecrets(text.toString(), secrets));
         }
     }
     return std::nullopt;
@@ -110,16 +121,33 @@ Error withPause(Error error, const HttpResponse &response)
 
 } // namespace
 
+/// As nginx does, with 400 and these words.
+bool isCertificateRefused(const HttpResponse &response)
+{
+    return response.status == 400 && isWebPage(response) && response.body.contains("SSL certificate");
+}
+
 void throwAnswerError(const HttpResponse &response)
 {
     if (response.contentType == "application/problem+json") {
         const QVariant body = parseNetworkJson(response.body).value_or(QVariant());
         if (body.typeId() == QMetaType::QVariantMap) {
             const QVariantMap problem = body.toMap();
-            throw withPause(
-                QrnErrorResponse(kindOf(problem, response.status), wordsOf(problem), response.status),
-                response);
+            throw withPause(QrnErrorResponse(kindOf(problem, response.status),
+                                             wordsOf(problem, response.secrets),
+                                             response.status),
+                            response);
         }
+    }
+    if (isCertificateRefused(response)) {
+        throw AFError(QCoreApplication::translate(
+                          "CloudClient",
+                          "The server at %1 did not accept the client certificate of this gateway, or "
+                          "wants one.")
+                          .arg(response.host),
+                      std::nullopt,
+                      response.status,
+                      NoAnswer::notSecure);
     }
     throw withPause(AFError(sentenceOn(response), response.status), response);
 }
@@ -128,10 +156,12 @@ void throwUnusableAnswer(const HttpResponse &response)
 {
     const QString sentence =
         isWebPage(response)
-            ? QStringLiteral(
+            ? QCoreApplication::translate(
+                  "CloudClient",
                   "A web page came from %1 (status %2) in place of an answer of the cloud service. "
                   "This network may ask for a sign-in of its own, or the address may be wrong.")
-            : QStringLiteral("The answer from %1 (status %2) is none of a cloud service.");
+            : QCoreApplication::translate("CloudClient",
+                                          "The answer from %1 (status %2) is none of a cloud service.");
     throw AFError(sentence.arg(response.host).arg(response.status),
                   std::nullopt,
                   response.status,
@@ -140,10 +170,11 @@ void throwUnusableAnswer(const HttpResponse &response)
 
 void throwUnreadableAnswer()
 {
-    throw AFError(QStringLiteral("The answer of the cloud service could not be read."),
-                  std::nullopt,
-                  0,
-                  NoAnswer::unusableAnswer);
+    throw AFError(
+        QCoreApplication::translate("CloudClient", "The answer of the cloud service could not be read."),
+        std::nullopt,
+        0,
+        NoAnswer::unusableAnswer);
 }
 
 } // namespace gateway::cloud_client

@@ -12,6 +12,10 @@ namespace gateway::cloud_client {
 /// as a web page: it says whose answer it was, and its status.
 [[noreturn]] void throwUnusableAnswer(const HttpResponse &response);
 
+/// True for the page by which a proxy that speaks TLS for a server refuses the client certificate, or the
+/// lack of one.
+bool isCertificateRefused(const HttpResponse &response);
+
 /// Throws the AFError for an answer of the service in which something is missing.
 [[noreturn]] void throwUnreadableAnswer();
 

@@ -5,14 +5,9 @@
 #include "cloud_client/quorin_api_client.h"
 #include "cloud_client/quorin_error.h"
 
-#include <algorithm>
-
 namespace gateway::cloud_client {
 
 namespace {
-
-// Servers take headers of some 8 KiB; in Base64 a character of UTF-8 may need four.
-constexpr qsizetype kLongestPair = 1024;
 
 /// An archive that only takes images, or doesn't let this user look.
 bool isQueryRefused(int status)
@@ -23,7 +18,7 @@ bool isQueryRefused(int status)
 ApiCall queryForOneStudy()
 {
     ApiCall call;
-    call.service = ApiCall::Service::dicomWeb;
+    call.service = ApiCall::Service::query;
     call.path = "/studies?limit=1";
     call.accept = "application/dicom+json";
     call.answerLimit = kLargeAnswer; // some archives know no limit
@@ -48,40 +43,49 @@ ArchiveAnswer ask(QuorinApiClient &client, const ApiCall &call)
 
 } // namespace
 
-std::optional<QString> basicToken(const QString &userName, const QString &password)
-{
-    const QString pair = userName + password;
-    const bool hasControl = std::any_of(
-        pair.begin(), pair.end(), [](QChar letter) { return letter.category() == QChar::Other_Control; });
-    if (userName.contains(u':') || hasControl || pair.size() > kLongestPair) {
-        return std::nullopt;
-    }
-    return QString::fromLatin1((userName + u':' + password).toUtf8().toBase64());
-}
-
-QString basicUserName(const QString &token)
-{
-    const QByteArray pair = QByteArray::fromBase64(token.toLatin1());
-    return QString::fromUtf8(pair.left(qMax<qsizetype>(pair.indexOf(':'), 0)));
-}
-
 ArchiveAnswer askArchive(QuorinApiClient &client)
 {
     ApiCall call = queryForOneStudy();
     // Whether anybody is there can be asked without a name, and no account is locked by asking.
     call.authorized = !client.networkSettings().areCredentialsRefused();
+    try {
+        return ask(client, call);
+    } catch (const AFError &error) {
+        if (error.noAnswer != NoAnswer::signInUnavailable) {
+            throw;
+        }
+    }
+    call.authorized = false; // the archive itself wasn't asked yet
     return ask(client, call);
 }
 
-ArchiveAnswer askArchive(QuorinApiClient &client, const QString &token)
+ArchiveAnswer askArchive(QuorinApiClient &client, const ArchiveSignIn &signIn)
 {
     ApiCall call = queryForOneStudy();
-    if (token == QString::fromLatin1(kNoPairToken)) {
-        call.authorized = false;
-    } else {
-        call.authorization = "Basic " + token.toLatin1();
-    }
+    call.trial = sessionText(signIn);
     return ask(client, call);
+}
+
+void checkArchiveStores(QuorinApiClient &client)
+{
+    ApiCall call;
+    call.service = ApiCall::Service::store;
+    call.method = "POST";
+    call.path = "/studies";
+    call.accept = "application/dicom+json";
+    call.contentType = R"(multipart/related; type="application/dicom"; boundary=quorin-none)";
+    call.body = "--quorin-none--\r\n";
+    call.authorized = !client.networkSettings().areCredentialsRefused();
+    const int status = client.send(call).status;
+    if (status == 404 || status == 405 || status == 501) {
+        throw AFError(QStringLiteral("Nothing that takes images is found at %1 (status %2). The path of the "
+                                     "archive's address may be wrong.")
+                          .arg(client.configuration().baseUrl.toString(QUrl::RemoveUserInfo))
+                          .arg(status),
+                      std::nullopt,
+                      status,
+                      NoAnswer::unusableAnswer);
+    }
 }
 
 void checkArchiveSession(QuorinApiClient &client)

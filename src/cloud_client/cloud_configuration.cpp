@@ -56,15 +56,36 @@ CloudConfiguration resolveCloudConfiguration(const CloudSources &sources, const 
         }
     }
 
-    const QString kind = firstOf(sources.kindFlag, variable("QUORIN_CLOUD_KIND"), sources.kindDefault)
-                             .value_or(QStringLiteral("quorin"));
-    if (kind == QStringLiteral("dicomweb")) {
-        configuration.kind = CloudKind::dicomweb;
-    } else if (kind != QStringLiteral("quorin")) {
+    const QString name = firstOf(sources.kindFlag, variable("QUORIN_CLOUD_KIND"), sources.kindDefault)
+                             .value_or(cloudKindName(CloudKind::quorin));
+    if (const std::optional<CloudKind> kind = cloudKindNamed(name)) {
+        configuration.kind = *kind;
+    } else {
         configuration.problem =
-            QStringLiteral("The cloud kind \"%1\" is unknown; it is \"quorin\" or \"dicomweb\".").arg(kind);
+            QStringLiteral("The cloud kind \"%1\" is unknown; it is \"quorin\" or \"dicomweb\".").arg(name);
     }
     return configuration;
+}
+
+QString cloudKindName(CloudKind kind)
+{
+    switch (kind) {
+    case CloudKind::quorin:
+        return QStringLiteral("quorin");
+    case CloudKind::dicomweb:
+        return QStringLiteral("dicomweb");
+    }
+    return {};
+}
+
+std::optional<CloudKind> cloudKindNamed(const QString &name)
+{
+    for (const CloudKind kind : {CloudKind::quorin, CloudKind::dicomweb}) {
+        if (cloudKindName(kind) == name) {
+            return kind;
+        }
+    }
+    return std::nullopt;
 }
 
 bool isLoopbackHost(const QString &host)

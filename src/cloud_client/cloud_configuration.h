@@ -17,6 +17,12 @@ enum class CloudKind
     dicomweb ///< any DICOMweb archive; the address is its DICOMweb root
 };
 
+/// The name of a kind where people give or read it: "quorin" or "dicomweb". Thread: any.
+QString cloudKindName(CloudKind kind);
+
+/// The kind of that name, if there is one. Thread: any.
+std::optional<CloudKind> cloudKindNamed(const QString &name);
+
 /// How long the client waits.
 struct HttpLimits
 {

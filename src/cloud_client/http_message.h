@@ -1,7 +1,11 @@
 #pragma once
 
+#include "cloud_client/client_certificate.h"
+
 #include <QtCore/QByteArray>
+#include <QtCore/QByteArrayList>
 #include <QtCore/QByteArrayView>
+#include <QtCore/QDateTime>
 #include <QtCore/QList>
 #include <QtCore/QString>
 
@@ -61,8 +65,11 @@ struct HttpRequest
     QByteArray url; ///< absolute and encoded
     QList<std::pair<QByteArray, QByteArray>> headers;
     QByteArray body;
-    HttpBodySource *stream = nullptr; ///< borrowed; in place of `body`
-    qint64 answerLimit = 4 << 20;     ///< bytes of the answer's body, after decompression
+    HttpBodySource *stream = nullptr;   ///< borrowed; in place of `body`
+    qint64 answerLimit = 4 << 20;       ///< bytes of the answer's body, after decompression
+    ClientCertificate certificate = {}; ///< by which the TLS connection knows this gateway
+
+    bool wantsServerCertificate = false; ///< which costs a connection of its own
 
     qint64 firstByte = 0;            ///< of the body that is wanted (RFC 9110 14.2)
     HttpBodySink sink = {};          ///< takes the body of an answer whose status is a success
@@ -78,6 +85,9 @@ struct HttpResponse
     QByteArray body;
     std::optional<std::chrono::seconds> retryAfter = {}; ///< as far as the server asks to be left alone
     QString host = {};                                   ///< whose answer it is, as far as the address tells
+    std::optional<QDateTime> date = {};                  ///< the server's time, UTC
+    QByteArray serverCertificate = {};                   ///< in PEM, where it was wanted and there is one
+    QByteArrayList secrets = {}; ///< of the session that asked: what the answer says is told without them
 
     bool isSuccess() const { return status >= 200 && status < 300; }
 };

@@ -13,6 +13,7 @@
 #include <sys/socket.h>
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <cstdio>
 #include <cstring>
@@ -25,8 +26,9 @@ namespace gateway::cloud_client {
 
 namespace {
 
-// More idle handles than calls ever run side by side would only keep connections open for nothing.
-constexpr std::size_t kIdleHandles = 16;
+// As many as requests of an upload run side by side, and some for screens: each keeps a connection open, and
+// more would do so for nothing.
+constexpr std::size_t kIdleHandles = 36;
 
 // A transfer that is slower for long isn't one: a server that takes or gives a byte a second would hold a
 // call for ever.
@@ -61,8 +63,9 @@ struct Exchange
     bool tooLate = false;
     quint16 peerPort = 0; // to which a connection was last tried
     std::optional<std::chrono::steady_clock::time_point> sentAt =
-        std::nullopt;                   // when all of the body had left
-    std::exception_ptr error = nullptr; // thrown in a callback; C code can't carry it
+        std::nullopt;                             // when all of the body had left
+    std::exception_ptr error = nullptr;           // thrown in a callback; C code can't carry it
+    std::array<char, CURL_ERROR_SIZE> words = {}; // libcurl's, about what went wrong
 };
 
 QByteArray mediaType(CURL *handle)
@@ -188,6 +191,25 @@ curl_socket_t onOpenSocket(void *exchange, curlsocktype, curl_sockaddr *address)
     return ::socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
 }
 
+QString hostOf(const HttpRequest &request)
+{
+    return QUrl::fromEncoded(request.url).host();
+}
+
+/// Whose connections are spoken of: a host and a port.
+QByteArray authorityOf(const HttpRequest &request)
+{
+    return QUrl::fromEncoded(request.url).authority(QUrl::FullyEncoded).toLatin1();
+}
+
+/// True where the handshake failed because the server speaks none of what it was offered (RFC 7301 3.2).
+/// Nothing of the request has left by then.
+bool isProtocolRefused(CURLcode result, const Exchange &exchange)
+{
+    return result == CURLE_SSL_CONNECT_ERROR &&
+           std::strstr(exchange.words.data(), "no application protocol") != nullptr;
+}
+
 struct FreeList
 {
     void operator()(curl_slist *list) const { curl_slist_free_all(list); }
@@ -210,12 +232,59 @@ HeaderList headerList(const HttpRequest &request)
     return list;
 }
 
-std::optional<std::chrono::seconds> retryAfter(CURL *handle)
+std::optional<QByteArray> headerOf(CURL *handle, const char *name)
 {
     curl_header *header = nullptr;
-    return curl_easy_header(handle, "Retry-After", 0, CURLH_HEADER, -1, &header) == CURLHE_OK
-               ? parseRetryAfter(header->value, QDateTime::currentDateTimeUtc())
+    return curl_easy_header(handle, name, 0, CURLH_HEADER, -1, &header) == CURLHE_OK
+               ? std::optional(QByteArray(header->value))
                : std::nullopt;
+}
+
+std::optional<std::chrono::seconds> retryAfter(CURL *handle)
+{
+    const std::optional<QByteArray> value = headerOf(handle, "Retry-After");
+    return value ? parseRetryAfter(*value, QDateTime::currentDateTimeUtc()) : std::nullopt;
+}
+
+std::optional<QDateTime> dateOf(CURL *handle)
+{
+    const std::optional<QByteArray> value = headerOf(handle, "Date");
+    return value ? parseHttpDate(*value) : std::nullopt;
+}
+
+/// What libcurl has kept of the first certificate that the server showed.
+QByteArray serverCertificate(CURL *handle)
+{
+    constexpr QByteArrayView kMember = "Cert:";
+    curl_certinfo *shown = nullptr;
+    curl_easy_getinfo(handle, CURLINFO_CERTINFO, &shown);
+    if (shown == nullptr || shown->num_of_certs < 1) {
+        return {};
+    }
+    for (const curl_slist *line = shown->certinfo[0]; line != nullptr; line = line->next) {
+        const QByteArray text(line->data);
+        if (text.startsWith(kMember)) {
+            return text.mid(kMember.size());
+        }
+    }
+    return {};
+}
+
+void setCertificate(CURL *handle, const ClientCertificate &certificate)
+{
+    if (certificate.isEmpty()) {
+        return;
+    }
+    const auto setBlob = [handle](CURLoption option, const QByteArray &bytes) {
+        // libcurl only reads it, and the request outlives the call.
+        curl_blob blob{
+            const_cast<char *>(bytes.constData()), static_cast<std::size_t>(bytes.size()), CURL_BLOB_NOCOPY};
+        curl_easy_setopt(handle, option, &blob);
+    };
+    setBlob(CURLOPT_SSLCERT_BLOB, certificate.chain);
+    setBlob(CURLOPT_SSLKEY_BLOB, certificate.key);
+    curl_easy_setopt(handle, CURLOPT_SSLCERTTYPE, "PEM");
+    curl_easy_setopt(handle, CURLOPT_SSLKEYTYPE, "PEM");
 }
 
 void setBody(CURL *handle, const HttpRequest &request, Exchange &exchange)
@@ -270,6 +339,23 @@ bool isProxyAway(CURL *handle, CURLcode result, const Exchange &exchange)
     return connected <= 0 && exchange.peerPort != 0 && exchange.peerPort != ownPort;
 }
 
+/// True for a 408 on a connection that served another request before. A server says so when it ends one that
+/// idled (RFC 9110 15.5.9); the next request may find that word in place of its own answer.
+bool isOfIdleness(CURL *handle, const HttpResponse &response)
+{
+    constexpr int kRequestTimeout = 408;
+    long opened = 1;
+    curl_easy_getinfo(handle, CURLINFO_NUM_CONNECTS, &opened);
+    return response.status == kRequestTimeout && opened == 0;
+}
+
+long verdictOn(CURL *handle)
+{
+    long verdict = 0;
+    curl_easy_getinfo(handle, CURLINFO_SSL_VERIFYRESULT, &verdict);
+    return verdict;
+}
+
 void throwUnlessAnswered(CURL *handle, CURLcode result, const Exchange &exchange, const QString &host)
 {
     long proxyStatus = 0;
@@ -291,7 +377,7 @@ void throwUnlessAnswered(CURL *handle, CURLcode result, const Exchange &exchange
             NoAnswer::unusableAnswer);
     }
     if (isProxyAway(handle, result, exchange)) {
-        throw proxyAwayError(result, static_cast<int>(systemError), host);
+        throw proxyAwayError({result, static_cast<int>(systemError)}, host);
     }
     if (result == CURLE_RANGE_ERROR) {
         if (status >= 300) {
@@ -302,7 +388,8 @@ void throwUnlessAnswered(CURL *handle, CURLcode result, const Exchange &exchange
                       kRangeNotSatisfiable);
     }
     const CURLcode cause = exchange.tooLate ? CURLE_OPERATION_TIMEDOUT : result;
-    throw transportError(cause, static_cast<int>(systemError), host);
+    throw transportError({cause, static_cast<int>(systemError), verdictOn(handle), exchange.words.data()},
+                         host);
 }
 
 } // namespace
@@ -325,7 +412,7 @@ private:
 
 HttpTransport::HttpTransport(const CloudConfiguration &configuration)
     : m_limits(configuration.limits), m_certificateFile(configuration.certificateFile.toLocal8Bit()),
-      m_proxy(configuration.proxy.toUtf8()), m_host(configuration.baseUrl.host())
+      m_proxy(configuration.proxy.toUtf8())
 {
     startCurl();
 }
@@ -373,12 +460,26 @@ void HttpTransport::giveBack(void *handle)
     curl_easy_cleanup(handle);
 }
 
-void HttpTransport::prepare(void *handle, const HttpRequest &request) const
+bool HttpTransport::wantsHttp2(const QByteArray &authority)
+{
+    const platform::MutexLock lock(m_mutex);
+    return m_http2.contains(authority);
+}
+
+void HttpTransport::noteHttp2(const QByteArray &authority)
+{
+    const platform::MutexLock lock(m_mutex);
+    m_http2.insert(authority);
+}
+
+void HttpTransport::prepare(void *handle, const HttpRequest &request)
 {
     curl_easy_setopt(handle, CURLOPT_URL, request.url.constData());
     curl_easy_setopt(handle, CURLOPT_PATH_AS_IS, 1L);
     curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, "http,https");
-    curl_easy_setopt(handle, CURLOPT_HTTP_VERSION, CURL_HTTP_VERSION_1_1);
+    curl_easy_setopt(handle,
+                     CURLOPT_HTTP_VERSION,
+                     wantsHttp2(authorityOf(request)) ? CURL_HTTP_VERSION_2TLS : CURL_HTTP_VERSION_1_1);
     curl_easy_setopt(handle, CURLOPT_FOLLOWLOCATION, 0L);
     curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
     curl_easy_setopt(handle, CURLOPT_TCP_KEEPALIVE, 1L);
@@ -392,7 +493,7 @@ void HttpTransport::prepare(void *handle, const HttpRequest &request) const
     if (!m_proxy.isEmpty()) {
         curl_easy_setopt(handle, CURLOPT_PROXY, m_proxy.constData());
     }
-    if (isLoopbackHost(m_host)) {
+    if (isLoopbackHost(hostOf(request))) {
         curl_easy_setopt(handle, CURLOPT_NOPROXY, "*");
     }
     curl_easy_setopt(handle, CURLOPT_CONNECTTIMEOUT, static_cast<long>(m_limits.connect.count()));
@@ -404,27 +505,57 @@ void HttpTransport::prepare(void *handle, const HttpRequest &request) const
 HttpResponse HttpTransport::perform(const HttpRequest &request)
 {
     const Lease lease(*this);
-    CURL *handle = lease.handle();
+    HttpResponse response = performOn(lease.handle(), request, request.wantsServerCertificate);
+    if (isOfIdleness(lease.handle(), response)) {
+        curl_easy_reset(lease.handle());
+        if (request.stream != nullptr) {
+            request.stream->seek(0);
+        }
+        response = performOn(lease.handle(), request, true);
+    }
+    return response;
+}
+
+/// \param isFresh  on a new connection, whatever others are there.
+HttpResponse HttpTransport::performOn(void *handle, const HttpRequest &request, bool isFresh)
+{
     Exchange exchange{handle, request, m_isShutDown, m_limits.answer};
     const HeaderList headers = headerList(request);
     prepare(handle, request);
     curl_easy_setopt(handle, CURLOPT_RESUME_FROM_LARGE, static_cast<curl_off_t>(request.firstByte));
     setBody(handle, request, exchange);
     setCallbacks(handle, exchange);
+    setCertificate(handle, request.certificate);
+    if (request.wantsServerCertificate) {
+        curl_easy_setopt(handle, CURLOPT_CERTINFO, 1L); // which a connection that is used again doesn't tell
+    }
+    curl_easy_setopt(handle, CURLOPT_FRESH_CONNECT, isFresh ? 1L : 0L);
+    curl_easy_setopt(handle, CURLOPT_ERRORBUFFER, exchange.words.data());
     curl_easy_setopt(handle, CURLOPT_HTTPHEADER, headers.get());
 
-    const CURLcode result = curl_easy_perform(handle);
+    CURLcode result = curl_easy_perform(handle);
+    if (isProtocolRefused(result, exchange) && !wantsHttp2(authorityOf(request))) {
+        noteHttp2(authorityOf(request));
+        curl_easy_setopt(handle, CURLOPT_HTTP_VERSION, CURL_HTTP_VERSION_2TLS);
+        result = curl_easy_perform(handle);
+    }
 
     if (exchange.error) {
         std::rethrow_exception(exchange.error);
     }
     const long status = statusOf(handle);
-    throwUnlessAnswered(handle, result, exchange, m_host);
+    const QString host = hostOf(request);
+    throwUnlessAnswered(handle, result, exchange, host);
     if (exchange.tooLarge) {
         exchange.body.clear(); // of a refusal: its status says enough
     }
-    return {
-        static_cast<int>(status), mediaType(handle), std::move(exchange.body), retryAfter(handle), m_host};
+    return {static_cast<int>(status),
+            mediaType(handle),
+            std::move(exchange.body),
+            retryAfter(handle),
+            host,
+            dateOf(handle),
+            request.wantsServerCertificate ? serverCertificate(handle) : QByteArray()};
 }
 
 } // namespace gateway::cloud_client

@@ -6,11 +6,16 @@
 
 #include <atomic>
 #include <memory>
+#include <set>
 #include <vector>
 
 namespace gateway::cloud_client {
 
-/// HTTP/1.1 over libcurl: blocking calls over connections that are kept and used again.
+/// HTTP over libcurl: blocking calls over connections that are kept and used again.
+///
+/// HTTP/1.1 is spoken: uploads over HTTP/2 are held up by the small windows that common proxies begin with.
+/// Who refuses it in the TLS handshake (RFC 7301 3.2), because nothing but HTTP/2 is spoken there, is met
+/// with that from then on.
 ///
 /// Each call borrows a handle, with its open connections, and gives it back; the handle used last is the
 /// next to be used, so few connections serve many calls. TLS certificates are always verified, redirects
@@ -42,15 +47,18 @@ private:
 
     void *borrowHandle();
     void giveBack(void *handle);
-    void prepare(void *handle, const HttpRequest &request) const;
+    void prepare(void *handle, const HttpRequest &request);
+    HttpResponse performOn(void *handle, const HttpRequest &request, bool isFresh);
+    bool wantsHttp2(const QByteArray &authority);
+    void noteHttp2(const QByteArray &authority);
 
     const HttpLimits m_limits;
     const QByteArray m_certificateFile;
     const QByteArray m_proxy;
-    const QString m_host;
     std::atomic<bool> m_isShutDown = false;
     platform::Mutex m_mutex;
-    std::vector<void *> m_idle QUORIN_GUARDED_BY(m_mutex); // libcurl easy handles
+    std::vector<void *> m_idle QUORIN_GUARDED_BY(m_mutex);   // libcurl easy handles
+    std::set<QByteArray> m_http2 QUORIN_GUARDED_BY(m_mutex); // the authorities that speak nothing else
 };
 
 } // namespace gateway::cloud_client

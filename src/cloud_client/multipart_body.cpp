@@ -40,47 +40,24 @@ qint64 copySlice(const QByteArray &bytes, qint64 offset, char *buffer, qint64 ca
 std::optional<ReadableFile> ReadableFile::open(const QString &path)
 {
     const QByteArray name = QFile::encodeName(path);
-    const int descriptor = ::open(name.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
-    if (descriptor < 0) {
-        return std::nullopt;
-    }
-    const std::optional<FileIdentity> identity = identityOf(descriptor);
+    platform::Descriptor descriptor(::open(name.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    const std::optional<FileIdentity> identity = identityOf(descriptor.get());
     if (!identity) {
-        ::close(descriptor);
         return std::nullopt;
     }
-    ::posix_fadvise(descriptor, 0, 0, POSIX_FADV_SEQUENTIAL);
-    return ReadableFile(descriptor, *identity);
+    ::posix_fadvise(descriptor.get(), 0, 0, POSIX_FADV_SEQUENTIAL);
+    return ReadableFile(std::move(descriptor), *identity);
 }
 
-ReadableFile::ReadableFile(int descriptor, FileIdentity identity)
-    : m_descriptor(descriptor), m_identity(identity)
+ReadableFile::ReadableFile(platform::Descriptor descriptor, FileIdentity identity)
+    : m_descriptor(std::move(descriptor)), m_identity(identity)
 {
-}
-
-ReadableFile::ReadableFile(ReadableFile &&other) noexcept
-    : m_descriptor(std::exchange(other.m_descriptor, -1)), m_identity(other.m_identity)
-{
-}
-
-ReadableFile &ReadableFile::operator=(ReadableFile &&other) noexcept
-{
-    std::swap(m_descriptor, other.m_descriptor);
-    std::swap(m_identity, other.m_identity);
-    return *this;
-}
-
-ReadableFile::~ReadableFile()
-{
-    if (m_descriptor >= 0) {
-        ::close(m_descriptor);
-    }
 }
 
 qint64 ReadableFile::read(qint64 offset, char *buffer, qint64 capacity) const
 {
     for (;;) {
-        const ssize_t count = ::pread(m_descriptor, buffer, static_cast<std::size_t>(capacity), offset);
+        const ssize_t count = ::pread(m_descriptor.get(), buffer, static_cast<std::size_t>(capacity), offset);
         if (count >= 0 || errno != EINTR) {
             return count;
         }
@@ -89,7 +66,7 @@ qint64 ReadableFile::read(qint64 offset, char *buffer, qint64 capacity) const
 
 bool ReadableFile::isUnchanged() const
 {
-    return identityOf(m_descriptor) == m_identity;
+    return identityOf(m_descriptor.get()) == m_identity;
 }
 
 MultipartBody::MultipartBody(QList<BodyPart> parts)

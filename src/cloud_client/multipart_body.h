@@ -1,6 +1,7 @@
 #pragma once
 
 #include "cloud_client/http_message.h"
+#include "platform/descriptors/descriptor.h"
 
 #include <QtCore/QByteArray>
 #include <QtCore/QList>
@@ -33,10 +34,6 @@ public:
     /// \return nothing when it can't be opened or isn't a regular file.
     static std::optional<ReadableFile> open(const QString &path);
 
-    ReadableFile(ReadableFile &&other) noexcept;
-    ReadableFile &operator=(ReadableFile &&other) noexcept;
-    ~ReadableFile();
-
     const FileIdentity &identity() const { return m_identity; }
 
     /// Reads up to `capacity` bytes at `offset`; -1 on an error, 0 at the end.
@@ -46,9 +43,9 @@ public:
     bool isUnchanged() const;
 
 private:
-    ReadableFile(int descriptor, FileIdentity identity);
+    ReadableFile(platform::Descriptor descriptor, FileIdentity identity);
 
-    int m_descriptor;
+    platform::Descriptor m_descriptor;
     FileIdentity m_identity;
 };
 

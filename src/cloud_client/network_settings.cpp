@@ -14,8 +14,23 @@ namespace gateway::cloud_client {
 namespace {
 
 const auto kTokenMember = QStringLiteral("token");
+const auto kRefreshTokenMember = QStringLiteral("refreshToken");
+const auto kEndedMember = QStringLiteral("ended");
 const auto kUserIdMember = QStringLiteral("userId");
 const auto kEndedAtMember = QStringLiteral("endedAt");
+
+std::optional<QString> textIn(const QJsonObject &record, const QString &member)
+{
+    const QJsonValue value = record.value(member);
+    return value.isString() ? std::optional(value.toString()) : std::nullopt;
+}
+
+void insert(QJsonObject &record, const QString &member, const std::optional<QString> &text)
+{
+    if (text) {
+        record.insert(member, *text);
+    }
+}
 
 } // namespace
 
@@ -57,24 +72,60 @@ void NetworkSettings::askAgain()
     m_queue.async([this, isKnown] { isKnown ? store() : load(); });
 }
 
+NetworkSettings::Standing NetworkSettings::standing() const
+{
+    const platform::MutexLock lock(m_mutex);
+    return {m_session.token, m_session.userId, m_number};
+}
+
 std::optional<QString> NetworkSettings::token() const
 {
     const platform::MutexLock lock(m_mutex);
     return m_session.token;
 }
 
-void NetworkSettings::setToken(std::optional<QString> token)
+void NetworkSettings::setToken(std::optional<QString> token,
+                               std::optional<QString> refreshToken,
+                               std::optional<qint64> userId)
 {
-    change([&token](Session &session) {
-        session.token = std::move(token);
-        session.endedAt.reset();
-        session.areRefused = false;
+    change([&](Session &session) {
+        session = {.token = std::move(token), .refreshToken = std::move(refreshToken), .userId = userId};
     });
+}
+
+std::optional<QString> NetworkSettings::refreshToken(const QString &token) const
+{
+    const platform::MutexLock lock(m_mutex);
+    return m_session.token == token ? m_session.refreshToken : std::nullopt;
+}
+
+void NetworkSettings::replaceRefreshToken(const QString &before, const QString &after)
+{
+    change([&](Session &session) {
+        if (session.refreshToken == before) {
+            session.refreshToken = after;
+        }
+    });
+}
+
+void NetworkSettings::endSessionOf(const QString &refreshToken, const QDateTime &when)
+{
+    change([&](Session &session) {
+        if (session.refreshToken == refreshToken) {
+            session = {.endedAt = when, .ended = session.token};
+        }
+    });
+}
+
+std::optional<QString> NetworkSettings::endedSession() const
+{
+    const platform::MutexLock lock(m_mutex);
+    return m_session.ended;
 }
 
 void NetworkSettings::endSession(const QDateTime &when)
 {
-    change([&when](Session &session) { session = {std::nullopt, std::nullopt, when, false}; });
+    change([&when](Session &session) { session = {.endedAt = when}; });
 }
 
 std::optional<QDateTime> NetworkSettings::endedAt() const
@@ -103,18 +154,15 @@ std::optional<qint64> NetworkSettings::userId() const
     return m_session.userId;
 }
 
-void NetworkSettings::setUserId(std::optional<qint64> userId)
-{
-    change([&userId](Session &session) { session.userId = userId; });
-}
-
 /// What a person or the service says counts more than what was kept: an answer of the store that comes later
 /// is dropped.
 void NetworkSettings::change(const std::function<void(Session &)> &set)
 {
     {
         const platform::MutexLock lock(m_mutex);
-        set(m_session);
+        Session session = m_session;
+        set(session);
+        replaceSession(std::move(session));
         m_isKnown = true;
         m_isStored = false;
         m_isAsking = true;
@@ -122,11 +170,19 @@ void NetworkSettings::change(const std::function<void(Session &)> &set)
     m_queue.async([this] { store(); });
 }
 
-bool NetworkSettings::waitUntilStored(std::chrono::milliseconds patience)
+void NetworkSettings::replaceSession(Session session)
+{
+    if (session.token != m_session.token || session.userId != m_session.userId) {
+        ++m_number;
+    }
+    m_session = std::move(session);
+}
+
+bool NetworkSettings::waitUntilStored(std::chrono::milliseconds timeout)
 {
     const auto done = std::make_shared<std::promise<void>>();
     m_queue.async([done] { done->set_value(); });
-    if (done->get_future().wait_for(patience) != std::future_status::ready) {
+    if (done->get_future().wait_for(timeout) != std::future_status::ready) {
         return false;
     }
     const platform::MutexLock lock(m_mutex);
@@ -143,7 +199,7 @@ void NetworkSettings::load()
         if (m_isKnown || answer.outcome == platform::TokenAnswer::Outcome::notReached) {
             return;
         }
-        m_session = sessionIn(answer.value);
+        replaceSession(sessionIn(answer.value));
         m_isKnown = true;
         handler = std::exchange(m_whenKnown, nullptr);
     }
@@ -156,9 +212,9 @@ NetworkSettings::Session NetworkSettings::sessionIn(const QByteArray &kept)
 {
     const QJsonObject record = QJsonDocument::fromJson(kept).object();
     Session session;
-    if (record.value(kTokenMember).isString()) {
-        session.token = record.value(kTokenMember).toString();
-    }
+    session.token = textIn(record, kTokenMember);
+    session.refreshToken = textIn(record, kRefreshTokenMember);
+    session.ended = textIn(record, kEndedMember);
     if (record.value(kUserIdMember).isDouble()) {
         session.userId = record.value(kUserIdMember).toInteger();
     }
@@ -192,9 +248,9 @@ bool NetworkSettings::tell(const Session &session)
         return m_store.remove(m_key);
     }
     QJsonObject record;
-    if (session.token) {
-        record.insert(kTokenMember, *session.token);
-    }
+    insert(record, kTokenMember, session.token);
+    insert(record, kRefreshTokenMember, session.refreshToken);
+    insert(record, kEndedMember, session.ended);
     if (session.userId) {
         record.insert(kUserIdMember, *session.userId);
     }

@@ -7,6 +7,7 @@
 #include <QtCore/QString>
 
 #include <chrono>
+#include <cstdint>
 #include <functional>
 #include <optional>
 
@@ -25,7 +26,7 @@ class NetworkSettings
 {
 public:
     /// How long somebody who signs in or out waits for the token store.
-    static constexpr std::chrono::seconds kStorePatience{10};
+    static constexpr std::chrono::seconds kStoreTimeout{10};
 
     /// Asks for the kept session; `isKnown` is true once it is there, or it is clear that there is none.
     ///
@@ -45,12 +46,44 @@ public:
     /// Asks or tells the token store again if it hasn't answered. Returns at once.
     void askAgain();
 
+    /// The session at one moment, as one.
+    struct Standing
+    {
+        std::optional<QString> token; ///< as `token`
+        std::optional<qint64> userId; ///< of the service's user
+        std::int64_t number = 0;      ///< another one once either has changed; 0 before any session
+    };
+
+    Standing standing() const;
+
     /// The bearer token, or for a plain archive the encoded Basic credentials; nothing when signed out.
     std::optional<QString> token() const;
 
     /// Takes a session, or forgets it on a person's word. It is a new beginning: nothing has ended and
     /// nothing was refused.
-    void setToken(std::optional<QString> token);
+    ///
+    /// \param refreshToken  by which access tokens are had in it (RFC 6749 1.5), where that is how it is
+    /// used.
+    /// \param userId  of the service's user, whom the token stands for.
+    void setToken(std::optional<QString> token,
+                  std::optional<QString> refreshToken = std::nullopt,
+                  std::optional<qint64> userId = std::nullopt);
+
+    /// The refresh token of this session; nothing where it has none, or is another one by now.
+    std::optional<QString> refreshToken(const QString &token) const;
+
+    /// Takes the refresh token that came in place of another; nothing happens when that isn't the present
+    /// one.
+    void replaceRefreshToken(const QString &before, const QString &after);
+
+    /// Forgets the session because this refresh token, its present one, is good for nothing any more, and
+    /// keeps when that was, and how it was begun.
+    ///
+    /// \param when  UTC.
+    void endSessionOf(const QString &refreshToken, const QDateTime &when);
+
+    /// The session that `endSessionOf` has ended, for who begins it again: how, not what let it in.
+    std::optional<QString> endedSession() const;
 
     /// Forgets the session because the service has ended it, and keeps when that was.
     ///
@@ -68,20 +101,21 @@ public:
     bool areCredentialsRefused() const;
 
     std::optional<qint64> userId() const;
-    void setUserId(std::optional<qint64> userId);
 
     /// Returns when the token store has been told all that was set before: a session then outlives a crash,
     /// and one that ended is gone. Blocks; not for the main thread.
     ///
-    /// \return false when the store has not taken it, or not within `patience`.
-    bool waitUntilStored(std::chrono::milliseconds patience = kStorePatience);
+    /// \return false when the store has not taken it, or not within `timeout`.
+    bool waitUntilStored(std::chrono::milliseconds timeout = kStoreTimeout);
 
 private:
     struct Session
     {
-        std::optional<QString> token;
-        std::optional<qint64> userId;
-        std::optional<QDateTime> endedAt;
+        std::optional<QString> token = std::nullopt;
+        std::optional<QString> refreshToken = std::nullopt;
+        std::optional<qint64> userId = std::nullopt;
+        std::optional<QDateTime> endedAt = std::nullopt;
+        std::optional<QString> ended = std::nullopt;
         bool areRefused = false; // not kept: the next run asks anew
     };
 
@@ -90,11 +124,13 @@ private:
     void store();
     bool tell(const Session &session);
     void change(const std::function<void(Session &)> &set);
+    void replaceSession(Session session) QUORIN_REQUIRES(m_mutex);
 
     platform::TokenStore &m_store; // borrowed, outlives this
     const QString m_key;
     mutable platform::Mutex m_mutex;
     Session m_session QUORIN_GUARDED_BY(m_mutex);
+    std::int64_t m_number QUORIN_GUARDED_BY(m_mutex) = 0;
     bool m_isKnown QUORIN_GUARDED_BY(m_mutex) = false;
     bool m_isStored QUORIN_GUARDED_BY(m_mutex) = true; // what stands now is what the store has
     bool m_isAsking QUORIN_GUARDED_BY(m_mutex) = true; // a question or a word to the store is under way

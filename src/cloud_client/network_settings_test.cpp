@@ -50,8 +50,7 @@ TEST(NetworkSettings, KeepsTheSessionBetweenRuns)
     {
         NetworkSettings settings(store, kKey);
         EXPECT_FALSE(settings.token());
-        settings.setToken(QStringLiteral("secret"));
-        settings.setUserId(42);
+        settings.setToken(QStringLiteral("secret"), std::nullopt, 42);
     }
 
     NetworkSettings next(store, kKey);
@@ -78,10 +77,8 @@ TEST(NetworkSettings, LeavesNothingBehindOnceSignedOut)
     MemoryTokenStore store;
     {
         NetworkSettings settings(store, kKey);
-        settings.setToken(QStringLiteral("secret"));
-        settings.setUserId(42);
+        settings.setToken(QStringLiteral("secret"), std::nullopt, 42);
         settings.setToken(std::nullopt);
-        settings.setUserId(std::nullopt);
         EXPECT_FALSE(settings.token());
     }
 
@@ -94,8 +91,7 @@ TEST(NetworkSettings, RemembersBetweenRunsWhenTheServiceEndedTheSession)
     MemoryTokenStore store;
     {
         NetworkSettings settings(store, kKey);
-        settings.setToken(QStringLiteral("secret"));
-        settings.setUserId(42);
+        settings.setToken(QStringLiteral("secret"), std::nullopt, 42);
         settings.endSession(when);
     }
 
@@ -141,15 +137,13 @@ TEST(NetworkSettings, IsInTheTokenStoreOnceThatWasWaitedFor)
     SlowTokenStore store;
     NetworkSettings settings(store, kKey);
 
-    settings.setUserId(42);
-    settings.setToken(QStringLiteral("secret"));
+    settings.setToken(QStringLiteral("secret"), std::nullopt, 42);
     settings.waitUntilStored();
 
     NetworkSettings next(store, kKey);
     next.waitUntilStored();
     EXPECT_EQ(next.token(), QStringLiteral("secret"));
     settings.setToken(std::nullopt);
-    settings.setUserId(std::nullopt);
     settings.waitUntilStored();
     EXPECT_EQ(store.read(kKey), platform::TokenAnswer::absent());
 }

@@ -47,6 +47,36 @@ QString member(const QVariantMap &map, const char *name)
 
 } // namespace
 
+TEST(AccountApis, TakeThePageOfANetworkForNoAnswer)
+{
+    ScriptedService service([](const ReceivedRequest &) {
+        return ScriptedHttpServer::answer(200, "text/html", "<html><h1>Welcome to our hotel</h1></html>");
+    });
+    const auto isRefused = [](const auto &call) {
+        const auto error = errorOf<AFError>(call);
+        return error && error->localizedDescription.contains(QStringLiteral("A web page came from"));
+    };
+
+    EXPECT_TRUE(isRefused([&] { QrnUserAPI(service.client).changePassword({{}, {}, {}}); }));
+    EXPECT_TRUE(isRefused([&] { QrnBugReportAPI(service.client).send({}, {}); }));
+    EXPECT_TRUE(isRefused([&] { QrnStatusAPI(service.client).ping(); }));
+    EXPECT_TRUE(
+        isRefused([&] { QrnQuorinCloudTermsAPI(service.client).decline({QStringLiteral("3"), {}}); }));
+}
+
+TEST(Authentication, KeepsTheOldSessionWhereANewOneWasGivenUp)
+{
+    ScriptedService service(alwaysJson(R"({"token": "secret", "userId": 42})"));
+    service.client.networkSettings().setToken(QStringLiteral("old"));
+    QrnLoginRequest request = loginRequest(QStringLiteral("a@b.example"), QStringLiteral("pw"));
+    std::stop_source timeout;
+    timeout.request_stop();
+    request.givenUp = timeout.get_token();
+
+    EXPECT_TRUE(QrnAuthenticationAPI(service.client).login(request).isGivenUp);
+    EXPECT_EQ(service.client.networkSettings().token(), QStringLiteral("old"));
+}
+
 TEST(Authentication, SignsInAndKeepsTokenAndUserId)
 {
     ScriptedService service(
@@ -119,8 +149,7 @@ TEST(Authentication, ForgetsTheSessionOnceTheServiceHasEndedIt)
     bool isUp = false;
     ScriptedService service(
         [&isUp](const ReceivedRequest &) { return ScriptedHttpServer::answer(isUp ? 204 : 503); });
-    service.client.networkSettings().setToken(QStringLiteral("secret"));
-    service.client.networkSettings().setUserId(42);
+    service.client.networkSettings().setToken(QStringLiteral("secret"), std::nullopt, 42);
     QrnAuthenticationAPI api(service.client);
 
     EXPECT_TRUE(errorOf<AFError>([&api] { api.logout(); }));
@@ -306,6 +335,18 @@ ScriptedHttpServer::Handler archive(bool asksForSignIn, const bool *isClosed = n
 
 } // namespace
 
+TEST(PlainArchive, TakesNoSessionThatWasGivenUp)
+{
+    ScriptedService service(archive(true), CloudKind::dicomweb);
+    QrnLoginRequest request = loginRequest(QStringLiteral("ann"), QStringLiteral("p:w"));
+    std::stop_source timeout;
+    timeout.request_stop();
+    request.givenUp = timeout.get_token();
+
+    EXPECT_TRUE(QrnAuthenticationAPI(service.client).login(request).isGivenUp);
+    EXPECT_FALSE(service.client.networkSettings().token());
+}
+
 TEST(PlainArchive, SignsInByBasicCheckedWithOneQuery)
 {
     bool isClosed = false;
@@ -367,7 +408,9 @@ TEST(PlainArchive, ThatTakesNoQueriesCanBeSignedInTo)
 {
     for (const int status : {403, 404, 405, 501}) {
         ScriptedService service(
-            [status](const ReceivedRequest &) { return ScriptedHttpServer::answer(status); },
+            [status](const ReceivedRequest &request) {
+                return ScriptedHttpServer::answer(request.method == "POST" ? 400 : status);
+            },
             CloudKind::dicomweb);
 
         const QrnLoginResponse response =
@@ -378,6 +421,23 @@ TEST(PlainArchive, ThatTakesNoQueriesCanBeSignedInTo)
         EXPECT_TRUE(service.client.networkSettings().token());
         EXPECT_FALSE(errorOf<QuorinError>([&service] { QrnUserAPI(service.client).tokenExpiration(); }));
         EXPECT_FALSE(errorOf<QuorinError>([&service] { QrnStatusAPI(service.client).ping(); }));
+    }
+}
+
+TEST(PlainArchive, IsNotReachedWhereNothingIsKnownOfQueriesAndOfStoring)
+{
+    for (const int status : {404, 405, 501}) {
+        ScriptedService service(
+            [status](const ReceivedRequest &) { return ScriptedHttpServer::answer(status); },
+            CloudKind::dicomweb);
+
+        const auto error = errorOf<AFError>([&service] { QrnStatusAPI(service.client).ping(); });
+
+        ASSERT_TRUE(error) << status;
+        EXPECT_EQ(error->noAnswer, NoAnswer::unusableAnswer);
+        EXPECT_EQ(error->code, status);
+        EXPECT_TRUE(service.server.requests().last().is("POST", "/studies"));
+        EXPECT_FALSE(service.server.requests().last().body.contains("application/dicom\r\n"));
     }
 }
 

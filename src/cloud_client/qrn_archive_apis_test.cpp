@@ -155,6 +155,27 @@ TEST(QidoQuery, TakesWhatHasNoIdentifierOnceFromAServerThatSendsItsPageAgain)
     EXPECT_EQ(service.server.requests().size(), 2);
 }
 
+TEST(QidoQuery, KeepsWhatHasNoIdentifierFromEveryPage)
+{
+    const auto unnamed = [](int number) {
+        return "{\"00100010\":{\"vr\":\"PN\",\"Value\":[{\"Alphabetic\":\"Name" + QByteArray::number(number) +
+               "\"}]}}";
+    };
+    for (const bool knowsOffset : {true, false}) {
+        ScriptedService service([&unnamed, knowsOffset](const ReceivedRequest &request) {
+            const int offset = knowsOffset ? value(request, "offset").toInt() : 0;
+            QByteArray page; // of two studies with an identifier and four without
+            for (int number = offset; number < std::min(6, offset + 2); ++number) {
+                page += (page.isEmpty() ? "" : ",") + (number < 2 ? study(number) : unnamed(number));
+            }
+            return ScriptedHttpServer::answer(200, "application/dicom+json", "[" + page + "]");
+        });
+
+        EXPECT_EQ(QrnQidoAPI(service.client).getAll({}).size(), knowsOffset ? 6 : 2);
+        EXPECT_EQ(service.server.requests().size(), knowsOffset ? 4 : 2);
+    }
+}
+
 TEST(QidoQuery, HandsOverPageByPageUntilItIsTold)
 {
     ScriptedService service(archiveOf(250));

@@ -8,7 +8,6 @@
 #include <QtCore/QJsonObject>
 #include <QtCore/QSysInfo>
 
-#include <algorithm>
 #include <utility>
 
 namespace gateway::cloud_client {
@@ -41,13 +40,42 @@ QJsonObject loginRecord(const QrnLoginRequest &request)
             {QStringLiteral("device"), deviceRecord(request.device)}};
 }
 
-/// Whether a header can carry the token (RFC 6750 2.1 allows even fewer characters), and servers take it.
-bool canBeSent(const QString &token)
+/// What it means that an archive answers 401 to a sign-in.
+QString refusalSentence(const ArchiveSignIn &signIn)
 {
-    constexpr qsizetype kLongestToken = 7 * 1024;
-    return token.size() <= kLongestToken && std::all_of(token.begin(), token.end(), [](QChar letter) {
-               return letter > u' ' && letter <= u'~';
-           });
+    switch (signIn.method) {
+    case ArchiveSignIn::Method::none:
+        return QStringLiteral("The archive wants a user name and a password, or another sign-in.");
+    case ArchiveSignIn::Method::basic:
+        return QStringLiteral("The archive refused the user name or the password.");
+    case ArchiveSignIn::Method::bearer:
+    case ArchiveSignIn::Method::tokenFile:
+        return QStringLiteral("The archive refused the token.");
+    case ArchiveSignIn::Method::unknown:
+        break;
+    case ArchiveSignIn::Method::clientCredentials:
+    case ArchiveSignIn::Method::device:
+        return QStringLiteral(
+            "The archive refused the token that the sign-in service gave; scope and audience may "
+            "not be what it wants.");
+    }
+    return {};
+}
+
+/// What shows the archive the sign-in while it isn't kept yet.
+ArchiveSignIn triedSignIn(const ArchiveSignIn &signIn, const std::optional<DeviceTokens> &granted)
+{
+    if (signIn.method != ArchiveSignIn::Method::device) {
+        return signIn;
+    }
+    if (!granted) {
+        throw QrnErrorResponse(QrnErrorKind::badRequest,
+                               QStringLiteral("A sign-in by a code needs one that somebody has entered."));
+    }
+    ArchiveSignIn tried = signIn;
+    tried.method = ArchiveSignIn::Method::bearer;
+    tried.secret = granted->accessToken;
+    return tried;
 }
 
 } // namespace
@@ -80,7 +108,7 @@ QrnLoginResponse QrnAuthenticationAPI::loginToService(const QrnLoginRequest &req
     if (token.typeId() != QMetaType::QString || token.toString().isEmpty()) {
         throwUnreadableAnswer();
     }
-    if (!canBeSent(token.toString())) {
+    if (!canBeToken(token.toString())) {
         throw AFError(
             QStringLiteral("The cloud service gave a session that can't be sent back to it: its token "
                            "holds characters that no request may carry, or is too long."),
@@ -93,36 +121,60 @@ QrnLoginResponse QrnAuthenticationAPI::loginToService(const QrnLoginRequest &req
     if (userId.typeId() == QMetaType::LongLong) {
         response.userId = userId.toLongLong();
     }
-    response.isKept = keepSession(token.toString(), response.userId);
+    response.isGivenUp = request.givenUp.stop_requested();
+    if (!response.isGivenUp) {
+        response.isKept = keepSession(token.toString(), response.userId);
+    }
     return response;
+}
+
+ArchiveSignIn QrnAuthenticationAPI::archiveSignInOf(const QrnLoginRequest &request) const
+{
+    if (request.archive) {
+        return *request.archive;
+    }
+    ArchiveSignIn signIn;
+    const NetworkSettings &settings = m_client.networkSettings();
+    const std::optional<QString> present = settings.token();
+    if (const std::optional<QString> last = present ? present : settings.endedSession()) {
+        keepBesides(signIn, archiveSignIn(*last));
+    }
+    if (!request.email.isEmpty() || !request.password.isEmpty()) {
+        signIn.method = ArchiveSignIn::Method::basic;
+        signIn.userName = request.email;
+        signIn.secret = request.password;
+    }
+    return signIn;
 }
 
 QrnLoginResponse QrnAuthenticationAPI::loginToArchive(const QrnLoginRequest &request)
 {
-    const std::optional<QString> token = basicToken(request.email, request.password);
-    const bool isWithoutPair = request.email.isEmpty() && request.password.isEmpty();
-    if (!token || (!isWithoutPair && (request.email.isEmpty() || request.password.isEmpty()))) {
-        throw QrnErrorResponse(
-            QrnErrorKind::badRequest,
-            QStringLiteral("The archive needs a user name without a colon, and a password, both without "
-                           "control characters and of less than a thousand letters together."));
+    const ArchiveSignIn signIn = archiveSignInOf(request);
+    std::optional<QString> issue = issueWith(signIn);
+    if (!issue) {
+        issue = issueWith(signIn.extras, m_client.configuration().allowPlainHttp);
     }
-    const ArchiveAnswer answer = askArchive(m_client, *token);
+    if (issue) {
+        throw QrnErrorResponse(QrnErrorKind::badRequest, *issue);
+    }
+    const ArchiveAnswer answer = askArchive(m_client, triedSignIn(signIn, request.granted));
     QrnLoginResponse response;
     switch (answer.meaning) {
     case ArchiveAnswer::Meaning::found:
         break;
     case ArchiveAnswer::Meaning::signInWanted:
-        throw QrnErrorResponse(QrnErrorKind::credentialsRefused,
-                               isWithoutPair
-                                   ? QStringLiteral("The archive wants a user name and a password.")
-                                   : QStringLiteral("The archive refused the user name or the password."),
-                               answer.status);
+        throw QrnErrorResponse(QrnErrorKind::credentialsRefused, refusalSentence(signIn), answer.status);
     case ArchiveAnswer::Meaning::queryRefused:
         response.uncheckedStatus = answer.status;
         break;
     }
-    response.isKept = keepSession(*token, std::nullopt);
+    response.isGivenUp = request.givenUp.stop_requested();
+    if (!response.isGivenUp) {
+        response.isKept =
+            keepSession(sessionText(signIn),
+                        std::nullopt,
+                        request.granted ? std::optional(request.granted->refreshToken) : std::nullopt);
+    }
     return response;
 }
 
@@ -136,11 +188,12 @@ QrnEmptyResponse QrnAuthenticationAPI::logout()
 }
 
 /// Whoever is told of a success may be sure that it outlives the program; false when it may not.
-bool QrnAuthenticationAPI::keepSession(const std::optional<QString> &token, std::optional<qint64> userId)
+bool QrnAuthenticationAPI::keepSession(const std::optional<QString> &token,
+                                       std::optional<qint64> userId,
+                                       const std::optional<QString> &refreshToken)
 {
     NetworkSettings &settings = m_client.networkSettings();
-    settings.setUserId(userId);
-    settings.setToken(token);
+    settings.setToken(token, refreshToken, userId);
     return settings.waitUntilStored();
 }
 

@@ -1,8 +1,12 @@
 #pragma once
 
+#include "cloud_client/archive_sign_in.h"
+#include "cloud_client/device_grant.h"
+
 #include <QtCore/QString>
 
 #include <optional>
+#include <stop_token>
 
 namespace gateway::cloud_client {
 
@@ -37,6 +41,9 @@ struct QrnLoginRequest
     QString deviceId;
     std::optional<QString> referrer;
     QrnUserDeviceRequest device;
+    std::stop_token givenUp = {};              ///< once it is asked for, an answer takes no session any more
+    std::optional<ArchiveSignIn> archive = {}; ///< for an archive, in place of email and password
+    std::optional<DeviceTokens> granted = {};  ///< for a sign-in by a code, what it has given
 };
 
 /// What a sign-in gives; the token itself has gone to NetworkSettings.
@@ -45,7 +52,8 @@ struct QrnLoginResponse
     std::optional<qint64> userId;
     bool isKept = true; ///< false when the session is known to this run alone: what keeps it didn't answer
     std::optional<int> uncheckedStatus; ///< of an archive that takes no queries: it could not be asked
-                                        ///< whether the user name and the password are right
+                                        ///< whether the sign-in is right
+    bool isGivenUp = false;             ///< it came too late: the session that stood before still stands
 };
 
 /// Signing in and out.
@@ -65,7 +73,8 @@ public:
     virtual QrnEmptyResponse logout() = 0;
 };
 
-/// The sign-in of the configured service. For a plain archive it is HTTP Basic, checked by one query.
+/// The sign-in of the configured service. For a plain archive it is checked by one query; an email and a
+/// password are HTTP Basic there, and a client certificate of the present session stays.
 class QrnAuthenticationAPI final : public QrnAuthenticationAPIProtocol
 {
 public:
@@ -78,7 +87,10 @@ public:
 private:
     QrnLoginResponse loginToService(const QrnLoginRequest &request);
     QrnLoginResponse loginToArchive(const QrnLoginRequest &request);
-    bool keepSession(const std::optional<QString> &token, std::optional<qint64> userId);
+    ArchiveSignIn archiveSignInOf(const QrnLoginRequest &request) const;
+    bool keepSession(const std::optional<QString> &token,
+                     std::optional<qint64> userId,
+                     const std::optional<QString> &refreshToken = std::nullopt);
 
     QuorinApiClient &m_client;
 };

@@ -4,6 +4,7 @@
 #include "cloud_client/quorin_api_client.h"
 #include "cloud_client/quorin_error.h"
 
+#include <QtCore/QCoreApplication>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
 #include <QtCore/QSysInfo>
@@ -46,7 +47,9 @@ BodyPart attachmentPart(const QUrl &url)
     const QString path = url.toLocalFile();
     const std::optional<ReadableFile> file = ReadableFile::open(path);
     if (!file) {
-        throw AFError(QStringLiteral("The file \"%1\" can't be read.").arg(url.fileName()), std::nullopt);
+        throw AFError(
+            QCoreApplication::translate("CloudClient", "The file \"%1\" can't be read.").arg(url.fileName()),
+            std::nullopt);
     }
     return {"Content-Disposition: form-data; name=\"attachment\"; filename=\"" + headerName(url) +
                 "\"\r\nContent-Type: application/octet-stream\r\n",
@@ -60,7 +63,7 @@ BodyPart attachmentPart(const QUrl &url)
 void QrnBugReportAPI::send(const QrnBugReportRequest &request, const UploadProgressCallback &progress)
 {
     if (m_client.isPlainArchive()) {
-        throw QrnNotOffered(QStringLiteral("This archive takes no bug reports."));
+        throw QrnNotOffered(QCoreApplication::translate("CloudClient", "This archive takes no bug reports."));
     }
     QList<BodyPart> parts{reportPart(request)};
     for (const QUrl &url : request.attachments) {
@@ -79,8 +82,10 @@ void QrnBugReportAPI::send(const QrnBugReportRequest &request, const UploadProgr
         m_client.request(call);
     } catch (const FileChanged &changed) {
         const QUrl &url = request.attachments.at(changed.part() - 1);
-        throw AFError(QStringLiteral("The file \"%1\" changed while it was being sent.").arg(url.fileName()),
-                      std::nullopt);
+        throw AFError(
+            QCoreApplication::translate("CloudClient", "The file \"%1\" changed while it was being sent.")
+                .arg(url.fileName()),
+            std::nullopt);
     }
 }
 

@@ -33,7 +33,7 @@ void QrnDeleteAPI::deleteSeries(const QString &studyInstanceUID,
 void QrnDeleteAPI::remove(const QByteArray &path, const QString &deviceId)
 {
     ApiCall call;
-    call.service = ApiCall::Service::dicomWeb;
+    call.service = ApiCall::Service::store;
     call.method = "DELETE";
     call.path = path;
     call.accept = "*/*"; // of the answer, the status alone counts

@@ -5,6 +5,7 @@
 #include "cloud_client/query_result.h"
 #include "cloud_client/quorin_api_client.h"
 
+#include <QtCore/QJsonDocument>
 #include <QtCore/QSet>
 #include <QtCore/QStringList>
 
@@ -90,7 +91,7 @@ private:
     bool fetchPage()
     {
         ApiCall call;
-        call.service = ApiCall::Service::dicomWeb;
+        call.service = ApiCall::Service::query;
         call.path = address();
         call.accept = "application/dicom+json";
         call.isBrief = false;
@@ -115,19 +116,26 @@ private:
     bool keep(const QVariantList &objects)
     {
         QList<QVariantMap> found;
+        QSet<QByteArray> unnamed;
         bool hasNews = m_offset == 0 && !objects.isEmpty();
         for (const QVariant &entry : objects) {
-            const QVariantMap object = entry.toMap();
+            const QVariantMap object = kept(entry.toMap());
             const QString id = QrnTagParser::getStringTag(object, m_id);
             if (!id.isEmpty() && m_seen.contains(id)) {
                 continue;
             }
-            m_seen.insert(id);
-            hasNews = hasNews || !id.isEmpty();
-            found.append(kept(object));
+            if (id.isEmpty()) {
+                unnamed.insert(QJsonDocument::fromVariant(object).toJson(QJsonDocument::Compact));
+            } else {
+                m_seen.insert(id);
+                hasNews = true;
+            }
+            found.append(object);
         }
-        if (hasNews) {
+        if (hasNews || !m_unnamed.contains(unnamed)) {
+            hasNews = true;
             m_found.append(found); // of a page sent again, those without an identifier would come twice
+            m_unnamed.unite(unnamed);
         }
         return hasNews;
     }
@@ -151,6 +159,7 @@ private:
     qsizetype m_offset = 0;
     bool m_mayBeWhole = false; // the last page was short
     QSet<QString> m_seen;
+    QSet<QByteArray> m_unnamed; // what came without an identifier, in JSON
     QList<QVariantMap> m_found;
 };
 

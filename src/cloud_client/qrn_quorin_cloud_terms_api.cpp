@@ -5,6 +5,8 @@
 #include "cloud_client/quorin_error.h"
 #include "cloud_client/server_words.h"
 
+#include <QtCore/QCoreApplication>
+
 namespace gateway::cloud_client {
 
 namespace {
@@ -29,7 +31,8 @@ ApiCall get(const QByteArray &path)
 void QrnQuorinCloudTermsAPI::needTerms() const
 {
     if (m_client.isPlainArchive()) {
-        throw QrnNotOffered(QStringLiteral("This archive has no terms to accept."));
+        throw QrnNotOffered(
+            QCoreApplication::translate("CloudClient", "This archive has no terms to accept."));
     }
 }
 

@@ -9,7 +9,10 @@ namespace gateway::cloud_client {
 void QrnStatusAPI::ping()
 {
     if (m_client.isPlainArchive()) {
-        askArchive(m_client);
+        const ArchiveAnswer answer = askArchive(m_client);
+        if (answer.meaning == ArchiveAnswer::Meaning::queryRefused && answer.status != 403) {
+            checkArchiveStores(m_client); // where neither is known the address leads nowhere
+        }
         return;
     }
     ApiCall call;

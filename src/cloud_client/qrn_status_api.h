@@ -19,7 +19,8 @@ public:
 };
 
 /// Asks the configured service for what only it answers. A plain archive counts as reachable when it answers
-/// a query as an archive does, if only to ask for a sign-in or to refuse the query.
+/// a query as an archive does, if only to ask for a sign-in or to refuse the query; one that knows of no
+/// queries when it knows of storing.
 class QrnStatusAPI final : public QrnStatusAPIProtocol
 {
 public:

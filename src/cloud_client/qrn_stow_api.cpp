@@ -83,21 +83,26 @@ void unwrap(QFile &file)
 
 } // namespace
 
-QVariantMap QrnStowAPI::upload(const QList<StowFile> &files,
+QVariantMap QrnStowAPI::upload(const CloudSession &session,
+                               const QList<StowFile> &files,
                                const QString &deviceId,
                                const UploadProgressCallback &progress)
 {
-    return StowBatch(m_client, files, deviceId, progress).run();
+    return StowBatch(m_client, session, files, deviceId, progress).run();
 }
 
-QVariantMap QrnStowAPI::upload(const StowFile &file,
+QVariantMap QrnStowAPI::upload(const CloudSession &session,
+                               const StowFile &file,
                                const QString &deviceId,
                                const UploadProgressCallback &progressCompletion)
 {
-    return StowBatch(m_client, {file}, deviceId, progressCompletion).run();
+    return StowBatch(m_client, session, {file}, deviceId, progressCompletion).run();
 }
 
-void QrnStowAPI::retrieve(const platform::InstanceIdentity &identity, const QString &path, qint64 limit)
+void QrnStowAPI::retrieve(const CloudSession &session,
+                          const platform::InstanceIdentity &identity,
+                          const QString &path,
+                          qint64 limit)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadWrite | QIODevice::NewOnly | QIODevice::Unbuffered) ||
@@ -105,7 +110,8 @@ void QrnStowAPI::retrieve(const platform::InstanceIdentity &identity, const QStr
         throwNotKept();
     }
     ApiCall call;
-    call.service = ApiCall::Service::dicomWeb;
+    call.service = ApiCall::Service::retrieve;
+    call.within = session;
     call.path = "/studies/" + pathSegment(identity.study) + "/series/" + pathSegment(identity.series) +
                 "/instances/" + pathSegment(identity.instance);
     call.accept = "multipart/related; type=\"application/dicom\"; transfer-syntax=*";
@@ -124,14 +130,19 @@ void QrnStowAPI::retrieve(const platform::InstanceIdentity &identity, const QStr
     }
 }
 
-bool QrnStowAPI::isFound(const platform::InstanceIdentity &identity)
+bool QrnStowAPI::isFound(const CloudSession &session, const platform::InstanceIdentity &identity)
 {
-    return isInstanceFound(m_client, identity);
+    return isInstanceFound(m_client, session, identity);
 }
 
-bool QrnStowAPI::isSeriesFound(const platform::InstanceIdentity &identity)
+bool QrnStowAPI::mayHold(const CloudSession &session, const platform::InstanceIdentity &identity)
 {
-    return cloud_client::isSeriesFound(m_client, identity);
+    return mayInstanceBeHeld(m_client, session, identity);
+}
+
+bool QrnStowAPI::isSeriesFound(const CloudSession &session, const platform::InstanceIdentity &identity)
+{
+    return cloud_client::isSeriesFound(m_client, session, identity);
 }
 
 } // namespace gateway::cloud_client

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "cloud_client/cloud_session.h"
 #include "cloud_client/http_message.h"
 #include "platform/dicom/instance_identity.h"
 
@@ -26,6 +27,8 @@ struct StowFile
 /// answer naming it as stored, or as stored already; where a good answer can't be read, a query that finds
 /// it. Everything else throws, and nothing that throws has to be lost: a file may be sent again.
 ///
+/// Each call is of a session, in all its requests: none goes out once another one stands, or none.
+///
 /// Thread: any; calls block until the server has answered.
 class QrnStowAPIProtocol
 {
@@ -44,11 +47,14 @@ public:
     ///                           that it doesn't name are proven.
     /// \throws QrnErrorResponse  the service refused all with words of its own.
     /// \throws AFError           nothing is proven: no answer, or a status without words.
-    virtual QVariantMap
-    upload(const QList<StowFile> &files, const QString &deviceId, const UploadProgressCallback &progress) = 0;
+    virtual QVariantMap upload(const CloudSession &session,
+                               const QList<StowFile> &files,
+                               const QString &deviceId,
+                               const UploadProgressCallback &progress) = 0;
 
     /// Sends one file; otherwise the same.
-    virtual QVariantMap upload(const StowFile &file,
+    virtual QVariantMap upload(const CloudSession &session,
+                               const StowFile &file,
                                const QString &deviceId,
                                const UploadProgressCallback &progressCompletion) = 0;
 
@@ -58,14 +64,21 @@ public:
     ///               also after an error.
     /// \param limit  bytes that it may have.
     /// \throws QrnErrorResponse, AFError  also where what came isn't one instance, or can't be written.
-    virtual void retrieve(const platform::InstanceIdentity &identity, const QString &path, qint64 limit) = 0;
+    virtual void retrieve(const CloudSession &session,
+                          const platform::InstanceIdentity &identity,
+                          const QString &path,
+                          qint64 limit) = 0;
 
     /// Whether a query finds this very instance.
     /// \throws QrnErrorResponse, AFError  also where the service takes no queries.
-    virtual bool isFound(const platform::InstanceIdentity &identity) = 0;
+    virtual bool isFound(const CloudSession &session, const platform::InstanceIdentity &identity) = 0;
+
+    /// False where a query finds nothing, and not where it finds another instance than it asked for; throws
+    /// the same.
+    virtual bool mayHold(const CloudSession &session, const platform::InstanceIdentity &identity) = 0;
 
     /// Whether a query finds any instance of this one's series, both of which must be named; throws the same.
-    virtual bool isSeriesFound(const platform::InstanceIdentity &identity) = 0;
+    virtual bool isSeriesFound(const CloudSession &session, const platform::InstanceIdentity &identity) = 0;
 };
 
 /// The instances of what `upload` returned that the server says it had before, in whatever version, by their
@@ -79,15 +92,21 @@ public:
     /// \param client  outlives this.
     explicit QrnStowAPI(QuorinApiClient &client) : m_client(client) {}
 
-    QVariantMap upload(const QList<StowFile> &files,
+    QVariantMap upload(const CloudSession &session,
+                       const QList<StowFile> &files,
                        const QString &deviceId,
                        const UploadProgressCallback &progress) override;
-    QVariantMap upload(const StowFile &file,
+    QVariantMap upload(const CloudSession &session,
+                       const StowFile &file,
                        const QString &deviceId,
                        const UploadProgressCallback &progressCompletion) override;
-    void retrieve(const platform::InstanceIdentity &identity, const QString &path, qint64 limit) override;
-    bool isFound(const platform::InstanceIdentity &identity) override;
-    bool isSeriesFound(const platform::InstanceIdentity &identity) override;
+    void retrieve(const CloudSession &session,
+                  const platform::InstanceIdentity &identity,
+                  const QString &path,
+                  qint64 limit) override;
+    bool isFound(const CloudSession &session, const platform::InstanceIdentity &identity) override;
+    bool mayHold(const CloudSession &session, const platform::InstanceIdentity &identity) override;
+    bool isSeriesFound(const CloudSession &session, const platform::InstanceIdentity &identity) override;
 
 private:
     QuorinApiClient &m_client;

@@ -1,96 +1,13 @@
 #include "cloud_client/qrn_stow_api.h"
 
-#include "cloud_client/testing/client_fixture.h"
-#include "cloud_client/testing/sample_files.h"
+#include "cloud_client/stow_answer.h"
+#include "cloud_client/testing/stow_answers.h"
 
-#include <QtCore/QFile>
 #include <QtCore/QRegularExpression>
-#include <QtCore/QUrlQuery>
 
-#include <gtest/gtest.h>
+#include <atomic>
 
 namespace gateway::cloud_client::testing {
-
-namespace {
-
-const QString kDevice = QStringLiteral("DEVICE-1");
-const QByteArray kDicomJson = "application/dicom+json";
-
-QByteArray entries(const QList<QByteArray> &uids, const QByteArray &more = {})
-{
-    QByteArray list;
-    for (const QByteArray &uid : uids) {
-        list += (list.isEmpty() ? "" : ",") +
-                ("{\"00081155\":{\"vr\":\"UI\",\"Value\":[\"" + uid + "\"]}" + more + "}");
-    }
-    return "{\"vr\":\"SQ\",\"Value\":[" + list + "]}";
-}
-
-QByteArray reasonMember(int reason)
-{
-    return ",\"00081197\":{\"vr\":\"US\",\"Value\":[" + QByteArray::number(reason) + "]}";
-}
-
-/// A dataset that names instances as stored, and others as failed for a reason.
-QByteArray dataset(const QList<QByteArray> &stored, const QList<QByteArray> &failed = {}, int reason = 0x0110)
-{
-    QByteArray members = "\"00081199\":" + entries(stored);
-    if (!failed.isEmpty()) {
-        members += ",\"00081198\":" + entries(failed, reasonMember(reason));
-    }
-    return "{" + members + "}";
-}
-
-/// The instances of a request, read from the meta headers in its body.
-QList<QByteArray> instancesIn(const ReceivedRequest &request)
-{
-    static const QByteArray tag = QByteArray::fromHex("02000300") + "UI";
-    QList<QByteArray> uids;
-    for (qsizetype at = request.body.indexOf(tag); at >= 0; at = request.body.indexOf(tag, at + 1)) {
-        const auto size = static_cast<unsigned char>(request.body[at + 6]);
-        QByteArray uid = request.body.mid(at + 8, size);
-        uid.replace('\0', "");
-        uids.append(uid);
-    }
-    return uids;
-}
-
-/// Answers an upload in one way and a query for an instance by those it knows.
-ScriptedHttpServer::Handler
-answering(const QByteArray &upload, const QList<QByteArray> &known = {}, int queryStatus = 200)
-{
-    return [upload, known, queryStatus](const ReceivedRequest &request) {
-        if (request.method == "POST") {
-            return upload;
-        }
-        const QUrlQuery query(QUrl(QString::fromLatin1(request.target)));
-        const QByteArray wanted = query.queryItemValue(QStringLiteral("SOPInstanceUID")).toLatin1();
-        return ScriptedHttpServer::answer(
-            queryStatus,
-            kDicomJson,
-            known.contains(wanted) ? "[{\"00080018\":{\"vr\":\"UI\",\"Value\":[\"" + wanted + "\"]}}]"
-                                   : QByteArray("[]"));
-    };
-}
-
-ScriptedHttpServer::Handler
-answeringDataset(int status, const QByteArray &body, const QByteArray &type = kDicomJson)
-{
-    return answering(ScriptedHttpServer::answer(status, type, body));
-}
-
-std::optional<QrnStowResponse> refusalOf(QuorinApiClient &client, const QList<QUrl> &files)
-{
-    return errorOf<QrnStowResponse>([&] { QrnStowAPI(client).upload(identified(files), kDevice, {}); });
-}
-
-bool succeeds(QuorinApiClient &client, const QList<QUrl> &files)
-{
-    QrnStowAPI(client).upload(identified(files), kDevice, {});
-    return true;
-}
-
-} // namespace
 
 TEST(StowUpload, SendsOneFileAsOnePartOfKnownLength)
 {
@@ -98,7 +15,8 @@ TEST(StowUpload, SendsOneFileAsOnePartOfKnownLength)
     SampleFiles files;
 
     const QVariantMap answer =
-        QrnStowAPI(service.client).upload(identified(files.dicom("1.2.3")), kDevice, {});
+        QrnStowAPI(service.client)
+            .upload(service.client.session(), identified(files.dicom("1.2.3")), kDevice, {});
 
     const ReceivedRequest request = service.server.requests().first();
     EXPECT_TRUE(request.is("POST", "/dicom-web/studies"));
@@ -187,7 +105,8 @@ TEST(StowUpload, TellsWhatWasThereAlreadyFromWhatIsNew)
         SampleFiles files;
         QrnStowAPI api(service.client);
 
-        const QVariantMap proven = api.upload(identified(files.dicom("1.2.3")), kDevice, {});
+        const QVariantMap proven =
+            api.upload(service.client.session(), identified(files.dicom("1.2.3")), kDevice, {});
 
         EXPECT_EQ(alreadyStoredIn(proven).contains(QStringLiteral("1.2.3")), wasThere)
             << answer.toStdString();
@@ -305,6 +224,49 @@ TEST(StowUpload, AsksForEachInstanceWhereAGoodAnswerCannotBeRead)
     EXPECT_EQ(service.server.requests().at(1).target, "/dicom-web/instances?SOPInstanceUID=1.2.3&limit=1");
 }
 
+TEST(StowUpload, TellsWhatWasTakenAndCannotBeFoundYetFromWhatWasNot)
+{
+    using Server = ScriptedHttpServer;
+    const struct
+    {
+        QByteArray answer;
+        bool isTaken;
+    } cases[] = {{Server::answer(202), true},
+                 {Server::answer(200), true},
+                 {Server::answer(202, "text/plain", "queued"), true},
+                 {Server::answer(202, "text/html", "<html>Please wait</html>"), false},
+                 {Server::answer(200, "text/plain", "hello"), false}};
+    for (const auto &[answer, isTaken] : cases) {
+        ScriptedService service(answering(answer, {"1.2.3"}));
+        SampleFiles files;
+
+        const auto refusal = refusalOf(service.client, {files.dicom("1.2.3"), files.dicom("1.2.4")});
+
+        ASSERT_TRUE(refusal);
+        EXPECT_EQ(refusal->taken, isTaken ? QSet<QString>{QStringLiteral("1.2.4")} : QSet<QString>());
+    }
+}
+
+TEST(StowUpload, LooksWhichInstancesAreThereWhereAConflictIsAllThatIsSaid)
+{
+    SampleFiles files;
+    const QList<QUrl> urls{files.dicom("1.2.3"), files.dicom("1.2.4")};
+    ScriptedService some(answering(ScriptedHttpServer::answer(409), {"1.2.3"}));
+    ScriptedService none(answering(ScriptedHttpServer::answer(409), {}));
+
+    const auto refusal = refusalOf(some.client, urls);
+    const auto conflict = errorOf<AFError>([&] {
+        QrnStowAPI(none.client).upload(none.client.session(), identified(urls.first()), kDevice, {});
+    });
+
+    ASSERT_TRUE(refusal);
+    EXPECT_EQ(refusal->failures.size(), 2) << "a look proves none: nobody said whose it is";
+    EXPECT_EQ(refusal->found, QSet<QString>{QStringLiteral("1.2.3")});
+    EXPECT_TRUE(refusal->alreadyStored.isEmpty());
+    ASSERT_TRUE(conflict);
+    EXPECT_EQ(conflict->responseCode, 409);
+}
+
 TEST(StowUpload, AsksForAnInstanceInItsStudyAndSeries)
 {
     ScriptedService service(answering(ScriptedHttpServer::answer(200), {"1.2.3"}));
@@ -312,7 +274,7 @@ TEST(StowUpload, AsksForAnInstanceInItsStudyAndSeries)
     const StowFile file{files.dicom("1.2.3"),
                         {QStringLiteral("1.2"), QStringLiteral("1.2.9"), QStringLiteral("1.2.3")}};
 
-    QrnStowAPI(service.client).upload(file, kDevice, {});
+    QrnStowAPI(service.client).upload(service.client.session(), file, kDevice, {});
 
     EXPECT_EQ(service.server.requests().at(1).target,
               "/dicom-web/studies/1.2/series/1.2.9/instances?SOPInstanceUID=1.2.3&limit=1");
@@ -331,7 +293,8 @@ TEST(StowUpload, BelievesNoQueryThatFindsTheInstanceInAnotherStudy)
         SampleFiles files;
         const StowFile file{files.dicom("1.2.3"),
                             {QStringLiteral("1.2"), QString(), QStringLiteral("1.2.3")}};
-        return !errorOf<QrnStowResponse>([&] { QrnStowAPI(service.client).upload(file, kDevice, {}); });
+        return !errorOf<QrnStowResponse>(
+            [&] { QrnStowAPI(service.client).upload(service.client.session(), file, kDevice, {}); });
     };
 
     EXPECT_TRUE(isProven("1.2"));
@@ -349,8 +312,10 @@ TEST(StowUpload, TakesAnInstanceThatIsStoredInAnotherPlaceForUnproven)
         ScriptedService service(
             answeringDataset(200, "{\"00081199\":" + entries({"1.2.3"}, retrieveUrl(path)) + "}"));
         const QUrl url = files.dicom("1.2.3");
-        return !errorOf<QrnStowResponse>(
-            [&] { QrnStowAPI(service.client).upload(StowFile{url, file.identity}, kDevice, {}); });
+        return !errorOf<QrnStowResponse>([&] {
+            QrnStowAPI(service.client)
+                .upload(service.client.session(), StowFile{url, file.identity}, kDevice, {});
+        });
     };
 
     EXPECT_TRUE(isProven("http://x/studies/9/dicom-web/studies/1.2/series/1.2.9/instances/1.2.3"));
@@ -358,6 +323,23 @@ TEST(StowUpload, TakesAnInstanceThatIsStoredInAnotherPlaceForUnproven)
     EXPECT_TRUE(isProven("http://x/objects/17"));
     EXPECT_FALSE(isProven("http://x/studies/1.20/series/1.2.9/instances/1.2.3"));
     EXPECT_FALSE(isProven("http://x/studies/1.2/series/1.2.8/instances/1.2.3"));
+}
+
+TEST(StowUpload, KnowsAnOddPlaceByItsAddressWhetherThatIsEncodedOrNot)
+{
+    const StowReference stored{
+        QStringLiteral("1.2.3"),
+        QStringLiteral("http://x/studies/1.2%2F%20%25%3f/series/9%23/instances/1.2.3")};
+    const StowReference plain{QStringLiteral("1.2.3"),
+                              QStringLiteral("http://x/studies/1.2 a/series/9/instances/1.2.3")};
+    const auto place = [](const char *study, const char *series) {
+        return platform::InstanceIdentity{
+            QString::fromLatin1(study), QString::fromLatin1(series), QStringLiteral("1.2.3")};
+    };
+
+    EXPECT_TRUE(stored.names(place("1.2/ %?", "9#")));
+    EXPECT_FALSE(stored.names(place("1.2", "9#")));
+    EXPECT_TRUE(plain.names(place("1.2 a", "9")));
 }
 
 TEST(StowUpload, TakesNoAnswerToAQueryForAProofThatNamesAnotherInstance)
@@ -397,8 +379,8 @@ TEST(StowUpload, FailsWhenTheConnectionIsCutAfterStoringAndSucceedsWhenSentAgain
     SampleFiles files;
     const QUrl url = files.dicom("1.2.3");
 
-    const auto error =
-        errorOf<AFError>([&] { QrnStowAPI(service.client).upload(identified(url), kDevice, {}); });
+    const auto error = errorOf<AFError>(
+        [&] { QrnStowAPI(service.client).upload(service.client.session(), identified(url), kDevice, {}); });
 
     ASSERT_TRUE(error);
     EXPECT_FALSE(error->responseCode);
@@ -411,8 +393,10 @@ TEST(StowUpload, ThrowsTheWordsOfTheServiceForARefusedRequest)
         answeringDataset(403, R"({"detail": "Accept the terms.", "kind": 2})", "application/problem+json"));
     SampleFiles files;
 
-    const auto error = errorOf<QrnErrorResponse>(
-        [&] { QrnStowAPI(service.client).upload(identified(files.dicom("1.2.3")), kDevice, {}); });
+    const auto error = errorOf<QrnErrorResponse>([&] {
+        QrnStowAPI(service.client)
+            .upload(service.client.session(), identified(files.dicom("1.2.3")), kDevice, {});
+    });
 
     ASSERT_TRUE(error);
     EXPECT_EQ(error->kind, QrnErrorKind::termsNotAccepted);
@@ -424,167 +408,14 @@ TEST(StowUpload, ThrowsTheStatusOfARequestWithoutWords)
         ScriptedService service(answeringDataset(status, "<html/>", "text/html"));
         SampleFiles files;
 
-        const auto error = errorOf<AFError>(
-            [&] { QrnStowAPI(service.client).upload(identified(files.dicom("1.2.3")), kDevice, {}); });
+        const auto error = errorOf<AFError>([&] {
+            QrnStowAPI(service.client)
+                .upload(service.client.session(), identified(files.dicom("1.2.3")), kDevice, {});
+        });
 
         ASSERT_TRUE(error) << status;
         EXPECT_EQ(error->responseCode, status);
     }
-}
-
-TEST(StowUpload, SendsABatchThatIsTooLargeInHalves)
-{
-    ScriptedService service([](const ReceivedRequest &request) {
-        const QList<QByteArray> uids = instancesIn(request);
-        return uids.size() > 2 ? ScriptedHttpServer::answer(413)
-                               : ScriptedHttpServer::answer(200, kDicomJson, dataset(uids));
-    });
-    SampleFiles files;
-    QList<QUrl> urls;
-    for (int number = 1; number <= 7; ++number) {
-        urls.append(files.dicom("1.2." + QByteArray::number(number)));
-    }
-
-    EXPECT_TRUE(succeeds(service.client, urls));
-}
-
-TEST(StowUpload, FailsASingleFileThatIsTooLargeAndSendsTheOthers)
-{
-    ScriptedService service([](const ReceivedRequest &request) {
-        const QList<QByteArray> uids = instancesIn(request);
-        return uids.contains("1.2.2") ? ScriptedHttpServer::answer(413)
-                                      : ScriptedHttpServer::answer(200, kDicomJson, dataset(uids));
-    });
-    SampleFiles files;
-    const QList<QUrl> urls{files.dicom("1.2.1"), files.dicom("1.2.2"), files.dicom("1.2.3")};
-
-    const auto refusal = refusalOf(service.client, urls);
-    const auto alone =
-        errorOf<AFError>([&] { QrnStowAPI(service.client).upload(identified(urls[1]), kDevice, {}); });
-
-    ASSERT_TRUE(refusal);
-    EXPECT_EQ(refusal->failures, (QList<QStringList>{{QStringLiteral("1.2.2"), urls[1].toLocalFile()}}));
-    const auto cause = errorOf<AFError>([&] { std::rethrow_exception(refusal->cause); });
-    ASSERT_TRUE(cause);
-    EXPECT_EQ(cause->responseCode, 413);
-    ASSERT_TRUE(alone);
-    EXPECT_EQ(alone->responseCode, 413);
-}
-
-TEST(StowUpload, HearsARefusalThatComesBeforeTheBodyIsOver)
-{
-    ScriptedHttpServer server([](const ReceivedRequest &) { return ScriptedHttpServer::answer(413); },
-                              ScriptedHttpServer::Moment::afterHead);
-    MemoryTokenStore store;
-    QuorinApiClient client(configurationFor(server.url()), store);
-    SampleFiles files;
-
-    const auto error = errorOf<AFError>(
-        [&] { QrnStowAPI(client).upload(identified(files.dicom("1.2.3", 32 << 20)), kDevice, {}); });
-
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->responseCode, 413);
-}
-
-TEST(StowUpload, FailsAFileWithoutAMetaHeaderAndSendsTheOthers)
-{
-    ScriptedService service([](const ReceivedRequest &request) {
-        return ScriptedHttpServer::answer(200, kDicomJson, dataset(instancesIn(request)));
-    });
-    SampleFiles files;
-    const QList<QUrl> urls{files.dicom("1.2.1"),
-                           files.file(QStringLiteral("bare.dcm"), QByteArray(500, 'x')),
-                           QUrl::fromLocalFile(files.path(QStringLiteral("missing.dcm"))),
-                           files.dicom("1.2.3")};
-
-    const auto refusal = refusalOf(service.client, urls);
-
-    ASSERT_TRUE(refusal);
-    EXPECT_EQ(refusal->failures, (QList<QStringList>{{urls[1].toLocalFile()}, {urls[2].toLocalFile()}}));
-    EXPECT_TRUE(refusal->names(urls[1], {QStringLiteral("1.2.2")}));
-    EXPECT_EQ(instancesIn(service.server.requests().first()), (QList<QByteArray>{"1.2.1", "1.2.3"}));
-}
-
-TEST(StowUpload, SaysThatASingleFileCannotBeSent)
-{
-    ScriptedService service(answeringDataset(200, dataset({})));
-    SampleFiles files;
-
-    const auto error = errorOf<AFError>([&] {
-        QrnStowAPI(service.client)
-            .upload(identified(files.file(QStringLiteral("x"), "not dicom")), kDevice, {});
-    });
-
-    ASSERT_TRUE(error);
-    EXPECT_FALSE(error->responseCode);
-    EXPECT_EQ(error->noAnswer, NoAnswer::unusableFile);
-    EXPECT_TRUE(error->localizedDescription.contains(QStringLiteral("can't be read")));
-    EXPECT_TRUE(service.server.requests().isEmpty());
-}
-
-TEST(StowUpload, LeavesOutAFileThatChangesInFlightAndSendsTheOthers)
-{
-    ScriptedService service([](const ReceivedRequest &request) {
-        return ScriptedHttpServer::answer(200, kDicomJson, dataset(instancesIn(request)));
-    });
-    SampleFiles files;
-    const QList<QUrl> urls{files.dicom("1.2.1", 3 << 20), files.dicom("1.2.2"), files.dicom("1.2.3")};
-    bool hasChanged = false;
-
-    const auto refusal = errorOf<QrnStowResponse>([&] {
-        QrnStowAPI(service.client).upload(identified(urls), kDevice, [&](const UploadProgress &) {
-            if (!std::exchange(hasChanged, true)) {
-                files.dicom("1.2.2", 1001);
-            }
-        });
-    });
-
-    ASSERT_TRUE(refusal);
-    EXPECT_EQ(refusal->failures, (QList<QStringList>{{QStringLiteral("1.2.2"), urls[1].toLocalFile()}}));
-}
-
-TEST(StowUpload, ReportsProgressThatNeverGoesBackAndEndsWithTheWhole)
-{
-    ScriptedService service([](const ReceivedRequest &request) {
-        return request.bodySize > (4 << 20)
-                   ? ScriptedHttpServer::answer(413)
-                   : ScriptedHttpServer::answer(200, kDicomJson, dataset({"1.2.1", "1.2.2"}));
-    });
-    SampleFiles files;
-    QList<UploadProgress> seen;
-
-    QrnStowAPI(service.client)
-        .upload(identified({files.dicom("1.2.1", 3 << 20), files.dicom("1.2.2", 3 << 20)}),
-                kDevice,
-                [&seen](const UploadProgress &progress) { seen.append(progress); });
-
-    ASSERT_FALSE(seen.isEmpty());
-    for (qsizetype step = 1; step < seen.size(); ++step) {
-        EXPECT_GT(seen[step].completedUnitCount, seen[step - 1].completedUnitCount);
-        EXPECT_EQ(seen[step].totalUnitCount, seen[0].totalUnitCount);
-    }
-    EXPECT_EQ(seen.last().completedUnitCount, seen.last().totalUnitCount);
-    EXPECT_DOUBLE_EQ(seen.last().fractionCompleted(), 1.0);
-}
-
-TEST(StowUpload, NeedsNoMemoryForTheSizeOfAFile)
-{
-    ScriptedService service(answeringDataset(200, dataset({"1.2.3"})));
-    SampleFiles files;
-    const QUrl url = files.dicom("1.2.3");
-    ASSERT_TRUE(QFile::resize(url.toLocalFile(), qint64{256} << 20)); // sparse
-    const auto peakKilobytes = [] {
-        QFile status(QStringLiteral("/proc/self/status"));
-        EXPECT_TRUE(status.open(QIODevice::ReadOnly));
-        const auto text = QString::fromLatin1(status.readAll());
-        return QRegularExpression(QStringLiteral("VmHWM:\\s+(\\d+)")).match(text).captured(1).toLongLong();
-    };
-    const qint64 before = peakKilobytes();
-
-    EXPECT_TRUE(succeeds(service.client, {url}));
-
-    EXPECT_LT(peakKilobytes() - before, 64 * 1024);
-    EXPECT_GT(service.server.requests().first().bodySize, qint64{256} << 20);
 }
 
 } // namespace gateway::cloud_client::testing

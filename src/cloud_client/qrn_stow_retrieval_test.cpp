@@ -29,7 +29,8 @@ fetched(const QByteArray &type, const QByteArray &body, qint64 limit = 1 << 20)
     ScriptedService service(answeringAlways(200, body, type));
     SampleFiles files;
     const QString path = files.path(QStringLiteral("fetched"));
-    const auto error = errorOf<AFError>([&] { QrnStowAPI(service.client).retrieve(kInstance, path, limit); });
+    const auto error = errorOf<AFError>(
+        [&] { QrnStowAPI(service.client).retrieve(service.client.session(), kInstance, path, limit); });
     if (error) {
         return error->noAnswer;
     }
@@ -75,8 +76,8 @@ TEST(Retrieval, TellsTroubleOfThisMachineFromAnOddAnswer)
     ScriptedService service(answeringAlways(200, message("short"), kMultipart));
     SampleFiles files;
     const auto reason = [&](const QString &path) {
-        const auto error =
-            errorOf<AFError>([&] { QrnStowAPI(service.client).retrieve(kInstance, path, 1 << 20); });
+        const auto error = errorOf<AFError>(
+            [&] { QrnStowAPI(service.client).retrieve(service.client.session(), kInstance, path, 1 << 20); });
         return error ? std::optional(error->noAnswer) : std::nullopt;
     };
 
@@ -96,15 +97,53 @@ TEST(Queries, FindAnInstanceInTheWholeSeriesThatAnArchiveWithoutLimitsGivesOut)
     ScriptedService service(answeringAlways(200, series, "application/dicom+json"));
 
     ASSERT_GT(series.size(), kBriefAnswer);
-    EXPECT_TRUE(QrnStowAPI(service.client).isFound(kInstance));
+    EXPECT_TRUE(QrnStowAPI(service.client).isFound(service.client.session(), kInstance));
+}
+
+TEST(Queries, AskAnywhereWhereNothingIsAtTheAddressOfASeries)
+{
+    const auto archive = [](const QByteArray &anywhere) {
+        return [anywhere](const ReceivedRequest &request) {
+            return request.target.startsWith("/dicom-web/instances?")
+                       ? ScriptedHttpServer::answer(200, "application/dicom+json", anywhere)
+                       : ScriptedHttpServer::answer(404, "application/json", "{}");
+        };
+    };
+    ScriptedService lacking(archive("[]"));
+    EXPECT_FALSE(QrnStowAPI(lacking.client).isSeriesFound(lacking.client.session(), kInstance));
+    EXPECT_FALSE(QrnStowAPI(lacking.client).isFound(lacking.client.session(), kInstance));
+    EXPECT_EQ(lacking.server.requests().at(1).target, "/dicom-web/instances?SeriesInstanceUID=1.2.9&limit=1");
+
+    ScriptedService holding(archive(R"([{"00080018":{"vr":"UI","Value":["1.2.3"]}}])"));
+    EXPECT_TRUE(QrnStowAPI(holding.client).isSeriesFound(holding.client.session(), kInstance));
+    EXPECT_TRUE(QrnStowAPI(holding.client).isFound(holding.client.session(), kInstance));
+}
+
+TEST(Queries, ThatFindAnotherInstanceAreNoWordThatThisOneIsNotThere)
+{
+    const QByteArray json = "application/dicom+json";
+    ScriptedService other(answeringAlways(200, R"([{"00080018":{"vr":"UI","Value":["1.2.30"]}}])", json));
+    EXPECT_FALSE(QrnStowAPI(other.client).isFound(other.client.session(), kInstance));
+    EXPECT_TRUE(QrnStowAPI(other.client).mayHold(other.client.session(), kInstance));
+
+    ScriptedService none(answeringAlways(200, "[]", json));
+    EXPECT_FALSE(QrnStowAPI(none.client).mayHold(none.client.session(), kInstance));
+}
+
+TEST(Queries, SayThatThereAreNoneWhereTheyAreRefusedAnywhere)
+{
+    ScriptedService service(answeringAlways(404, "{}", "application/json"));
+
+    EXPECT_THROW(QrnStowAPI(service.client).isSeriesFound(service.client.session(), kInstance), QuorinError);
+    EXPECT_EQ(service.server.requests().size(), 2);
 }
 
 TEST(Queries, TakeNothingButAListOrNoContentForAResult)
 {
     const auto isFound = [](int status, const QByteArray &type, const QByteArray &body) {
         ScriptedService service(answeringAlways(status, body, type));
-        return QrnStowAPI(service.client).isSeriesFound(kInstance) ||
-               QrnStowAPI(service.client).isFound(kInstance);
+        return QrnStowAPI(service.client).isSeriesFound(service.client.session(), kInstance) ||
+               QrnStowAPI(service.client).isFound(service.client.session(), kInstance);
     };
     const QByteArray json = "application/dicom+json";
 
@@ -130,8 +169,10 @@ TEST(Retrieval, ThrowsTheStatusOfARefusal)
     ScriptedService service(answeringAlways(404, "none", "text/plain"));
     SampleFiles files;
 
-    const auto error = errorOf<AFError>(
-        [&] { QrnStowAPI(service.client).retrieve(kInstance, files.path(QStringLiteral("fetched")), 1000); });
+    const auto error = errorOf<AFError>([&] {
+        QrnStowAPI(service.client)
+            .retrieve(service.client.session(), kInstance, files.path(QStringLiteral("fetched")), 1000);
+    });
 
     ASSERT_TRUE(error);
     EXPECT_EQ(error->responseCode, 404);

@@ -2,8 +2,11 @@
 
 #include "cloud_client/answer_error.h"
 #include "cloud_client/archive_session.h"
+#include "cloud_client/archive_sign_in.h"
 #include "cloud_client/quorin_api_client.h"
 #include "cloud_client/quorin_error.h"
+
+#include <QtCore/QCoreApplication>
 
 #include <optional>
 
@@ -33,7 +36,7 @@ ApiCall get(const QByteArray &path)
 void QrnUserAPI::needAccounts() const
 {
     if (m_client.isPlainArchive()) {
-        throw QrnNotOffered(QStringLiteral("This archive keeps no accounts."));
+        throw QrnNotOffered(QCoreApplication::translate("CloudClient", "This archive keeps no accounts."));
     }
 }
 
@@ -43,10 +46,9 @@ QrnUser QrnUserAPI::getUser()
         return userFromRecord(m_client.requestObject(get("/user")));
     }
     QrnUser user;
-    const QString token = m_client.networkSettings().token().value_or(QString());
-    const QString name =
-        token == QString::fromLatin1(kNoPairToken) ? QStringLiteral("guest") : basicUserName(token);
-    user.email = name.isEmpty() ? std::nullopt : std::optional(name);
+    if (const std::optional<QString> session = m_client.networkSettings().token()) {
+        user.email = signInLabel(archiveSignIn(*session));
+    }
     return user;
 }
 

@@ -1,9 +1,11 @@
 #include "cloud_client/quorin_api_client.h"
 
 #include "cloud_client/answer_error.h"
-#include "cloud_client/archive_session.h"
+#include "cloud_client/archive_authorizer.h"
+#include "cloud_client/archive_sign_in.h"
 #include "cloud_client/network_json.h"
 #include "cloud_client/quorin_error.h"
+#include "cloud_client/token_service.h"
 
 #include <QtCore/QJsonDocument>
 
@@ -21,6 +23,31 @@ bool isHeaderSafe(const QByteArray &value)
     });
 }
 
+bool isObject(const QByteArray &body)
+{
+    const std::optional<QVariant> read = parseNetworkJson(body);
+    return read && read->typeId() == QMetaType::QVariantMap;
+}
+
+void addHeader(HttpRequest &request, const QByteArray &name, const QByteArray &value)
+{
+    if (!value.isEmpty() && isHeaderSafe(value)) {
+        request.headers.append({name, value});
+    }
+}
+
+std::optional<ArchiveAuthorizer::Refusal> refusalBy(int status)
+{
+    switch (status) {
+    case 401:
+        return ArchiveAuthorizer::Refusal::signInWanted;
+    case 403:
+        return ArchiveAuthorizer::Refusal::notPermitted;
+    default:
+        return std::nullopt;
+    }
+}
+
 } // namespace
 
 std::chrono::seconds timeLimitOf(const ApiCall &call, const HttpLimits &limits)
@@ -36,9 +63,46 @@ std::chrono::seconds timeLimitOf(const ApiCall &call, const HttpLimits &limits)
     return call.stream == nullptr ? limits.answer : std::chrono::seconds(0);
 }
 
-QuorinApiClient::QuorinApiClient(CloudConfiguration configuration, platform::TokenStore &store)
+/// What it takes to reach an archive in one session.
+struct ArchiveAccess
+{
+    const QString session; ///< empty for none
+    const ArchiveSignIn signIn;
+    TokenService tokens;
+    const std::unique_ptr<ArchiveAuthorizer> authorizer;
+
+    ArchiveAccess(const QString &text, const OAuthService::Collaborators &with, KeptRefreshToken &kept)
+        : session(text), signIn(text.isEmpty() ? ArchiveSignIn() : archiveSignIn(text)), tokens(with, signIn),
+          authorizer(makeAuthorizer(signIn, [this, &kept] { return fetch(kept); }, with.clock))
+    {
+    }
+
+    /// What no server's words may show, whoever repeats it.
+    QByteArrayList secrets() const
+    {
+        QByteArrayList all{signIn.secret.toUtf8()};
+        for (const ArchiveHeader &header : signIn.extras.headers) {
+            all.append(header.value);
+        }
+        return all;
+    }
+
+private:
+    AccessToken fetch(KeptRefreshToken &kept)
+    {
+        return signIn.method == ArchiveSignIn::Method::device
+                   ? kept.renew(session, [this](const QString &token) { return tokens.renew(token); })
+                   : tokens.fetch();
+    }
+};
+
+QuorinApiClient::QuorinApiClient(CloudConfiguration configuration,
+                                 platform::TokenStore &store,
+                                 const platform::Clock &clock,
+                                 platform::UserDefaults *defaults)
     : m_configuration(std::move(configuration)), m_problem(reasonNotToConnect(m_configuration)),
-      m_settings(store, sessionKey(m_configuration)), m_transport(m_configuration)
+      m_settings(store, sessionKey(m_configuration)), m_transport(m_configuration), m_clock(clock),
+      m_requestLimit(sessionKey(m_configuration), clock, defaults), m_refreshToken(m_settings, clock)
 {
 }
 
@@ -51,30 +115,8 @@ QByteArray QuorinApiClient::address(const ApiCall &call) const
     return base + (isPlainArchive() ? QByteArray() : QByteArray("/dicom-web")) + call.path;
 }
 
-void QuorinApiClient::addHeaders(const ApiCall &call,
-                                 const std::optional<QString> &token,
-                                 HttpRequest &request) const
+HttpRequest QuorinApiClient::requestOf(const ApiCall &call) const
 {
-    const auto add = [&request](const QByteArray &name, const QByteArray &value) {
-        if (!value.isEmpty() && isHeaderSafe(value)) {
-            request.headers.append({name, value});
-        }
-    };
-    add("Accept", call.accept);
-    add("Content-Type", call.contentType);
-    add("X-Quorin-Device", call.deviceId.toUtf8());
-    if (!call.authorization.isEmpty()) {
-        add("Authorization", call.authorization);
-    } else if (token && !(isPlainArchive() && *token == QString::fromLatin1(kNoPairToken))) {
-        add("Authorization", (isPlainArchive() ? "Basic " : "Bearer ") + token->toUtf8());
-    }
-}
-
-HttpResponse QuorinApiClient::send(const ApiCall &call)
-{
-    if (m_problem) {
-        throw AFError(*m_problem, std::nullopt, 0, NoAnswer::badAddress);
-    }
     HttpRequest request;
     request.method = call.method;
     request.url = address(call);
@@ -83,24 +125,152 @@ HttpResponse QuorinApiClient::send(const ApiCall &call)
     request.answerLimit = call.isBrief || call.sink ? call.answerLimit : kLargeAnswer;
     request.sink = call.sink;
     request.progress = call.progress;
+    request.wantsServerCertificate = call.wantsCertificate;
     request.total = timeLimitOf(call, m_configuration.limits);
-    const bool carriesSession = call.authorized && call.authorization.isEmpty();
-    const std::optional<QString> token = carriesSession ? m_settings.token() : std::nullopt;
-    addHeaders(call, token, request);
-    HttpResponse response = m_transport.perform(request);
-    if (token && isPlainArchive()) {
-        noteCredentials(*token, response);
+    addHeader(request, "Accept", call.accept);
+    addHeader(request, "Content-Type", call.contentType);
+    addHeader(request, "X-Quorin-Device", call.deviceId.toUtf8());
+    return request;
+}
+
+/// An archive knows its users by name; a new password makes no other archive of it.
+CloudSession QuorinApiClient::session() const
+{
+    const NetworkSettings::Standing standing = m_settings.standing();
+    if (!standing.token) {
+        return {.number = standing.number};
     }
+    const QString account =
+        isPlainArchive() ? accountName(*standing.token) : QString::number(standing.userId.value_or(0));
+    return {m_configuration.baseUrl.toString(QUrl::RemoveUserInfo) + u' ' + account, standing.number};
+}
+
+/// The session that a call goes out in, as it is kept.
+std::optional<QString> QuorinApiClient::sessionOf(const ApiCall &call) const
+{
+    if (!call.trial.isEmpty()) {
+        return call.trial;
+    }
+    NetworkSettings::Standing standing = m_settings.standing();
+    if (call.within && call.within->number != standing.number) {
+        throw AFError(QStringLiteral("The session in which this began is over."),
+                      std::nullopt,
+                      0,
+                      NoAnswer::sessionOver);
+    }
+    return std::move(standing.token);
+}
+
+HttpResponse QuorinApiClient::send(const ApiCall &call)
+{
+    if (m_problem) {
+        throw AFError(*m_problem, std::nullopt, 0, NoAnswer::badAddress);
+    }
+    HttpRequest request = requestOf(call);
+    if (isPlainArchive()) {
+        return sendToArchive(call, std::move(request));
+    }
+    const std::optional<QString> token = sessionOf(call);
+    if (!token || !call.authorized) {
+        return m_transport.perform(request);
+    }
+    addHeader(request, "Authorization", "Bearer " + token->toUtf8());
+    HttpResponse response = m_transport.perform(request);
+    response.secrets = {token->toUtf8()};
     return response;
 }
 
-/// An archive has no word for a session that is over: it refuses the credentials, perhaps for a minute only.
-void QuorinApiClient::noteCredentials(const QString &token, const HttpResponse &response)
+/// Lets a request go to the root of its service, where the session names one.
+void QuorinApiClient::aim(HttpRequest &request, const ApiCall &call, const ArchiveExtras &extras) const
 {
-    if (response.status == 401) {
-        m_settings.setCredentialsRefused(token, true);
-    } else if (response.isSuccess()) {
-        m_settings.setCredentialsRefused(token, false);
+    const bool isQuery = call.service == ApiCall::Service::query;
+    const bool isRetrieval = call.service == ApiCall::Service::retrieve;
+    const QString root = isQuery ? extras.queryRoot : isRetrieval ? extras.retrieveRoot : QString();
+    if (root.isEmpty()) {
+        return;
+    }
+    CloudConfiguration place = m_configuration;
+    place.baseUrl = QUrl(root, QUrl::StrictMode);
+    if (const std::optional<QString> problem = reasonNotToConnect(place)) {
+        throw AFError(*problem, std::nullopt, 0, NoAnswer::badAddress);
+    }
+    request.url = baseAddress(place) + call.path;
+}
+
+/// An archive has no word for a session that is over: it refuses what it is shown, perhaps for a minute only.
+HttpResponse QuorinApiClient::sendToArchive(const ApiCall &call, HttpRequest request)
+{
+    const QString session = sessionOf(call).value_or(QString());
+    const std::shared_ptr<ArchiveAccess> access = accessFor(session);
+    request.certificate = access->signIn.certificate;
+    aim(request, call, access->signIn.extras);
+    if (!call.authorized) {
+        return m_transport.perform(request);
+    }
+    for (const ArchiveHeader &header : access->signIn.extras.headers) {
+        addHeader(request, header.name, header.value);
+    }
+    try {
+        HttpResponse response = sendSignedIn(*access, request);
+        if (response.status == 401 || response.isSuccess()) {
+            noteCredentials(session, response.status == 401);
+        }
+        return response;
+    } catch (const QrnErrorResponse &error) {
+        // Who gives out tokens refuses them; a session that is over isn't there any more.
+        noteCredentials(session, error.kind == QrnErrorKind::credentialsRefused);
+        throw;
+    }
+}
+
+/// \throws QrnErrorResponse  where no token is given out for this session.
+HttpResponse QuorinApiClient::sendSignedIn(ArchiveAccess &access, const HttpRequest &request)
+{
+    const QByteArray header = access.authorizer->header();
+    HttpResponse response = sendWith(access, request, header);
+    const auto how = refusalBy(response.status);
+    if (!how || !access.authorizer->refused(header, *how)) {
+        return response;
+    }
+    if (request.stream != nullptr) {
+        request.stream->seek(0);
+    }
+    return sendWith(access, request, access.authorizer->header());
+}
+
+HttpResponse QuorinApiClient::sendWith(ArchiveAccess &access, HttpRequest request, const QByteArray &header)
+{
+    addHeader(request, "Authorization", header);
+    HttpResponse response = m_transport.perform(request);
+    if (response.isSuccess()) {
+        access.authorizer->accepted(header);
+    }
+    response.secrets = access.secrets();
+    response.secrets.append(header.mid(header.indexOf(' ') + 1));
+    return response;
+}
+
+std::shared_ptr<ArchiveAccess> QuorinApiClient::accessFor(const QString &session)
+{
+    const platform::MutexLock lock(m_mutex);
+    if (!m_access || m_access->session != session) {
+        m_access = std::make_shared<ArchiveAccess>(session, oauthAccess(), m_refreshToken);
+    }
+    return m_access;
+}
+
+OAuthService::Collaborators QuorinApiClient::oauthAccess()
+{
+    return {.transport = m_transport,
+            .clock = m_clock,
+            .timeout = m_configuration.limits.call,
+            .allowPlainHttp = m_configuration.allowPlainHttp};
+}
+
+void QuorinApiClient::noteCredentials(const QString &session, bool areRefused)
+{
+    if (!session.isEmpty()) {
+        m_settings.setCredentialsRefused(session, areRefused);
     }
 }
 
@@ -109,6 +279,12 @@ HttpResponse QuorinApiClient::request(const ApiCall &call)
     HttpResponse response = send(call);
     if (!response.isSuccess()) {
         throwAnswerError(response);
+    }
+    // The page of a network that wants a sign-in of its own is a success, too, and did nothing of what was
+    // asked.
+    const bool saysSomething = !response.body.trimmed().isEmpty();
+    if (call.service == ApiCall::Service::account && saysSomething && !isObject(response.body)) {
+        throwUnusableAnswer(response);
     }
     return response;
 }

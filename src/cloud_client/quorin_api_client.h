@@ -1,9 +1,13 @@
 #pragma once
 
 #include "cloud_client/cloud_configuration.h"
+#include "cloud_client/cloud_session.h"
 #include "cloud_client/http_message.h"
 #include "cloud_client/http_transport.h"
+#include "cloud_client/kept_refresh_token.h"
 #include "cloud_client/network_settings.h"
+#include "cloud_client/request_limit.h"
+#include "platform/concurrency/mutex.h"
 
 #include <QtCore/QByteArray>
 #include <QtCore/QJsonObject>
@@ -11,11 +15,14 @@
 #include <QtCore/QVariantMap>
 
 #include <chrono>
+#include <memory>
 #include <optional>
 
 namespace gateway::platform {
+class Clock;
 class TokenStore;
-}
+class UserDefaults;
+} // namespace gateway::platform
 
 namespace gateway::cloud_client {
 
@@ -30,20 +37,24 @@ struct ApiCall
     enum class Service
     {
         account, ///< below <base>/api/v1
-        dicomWeb ///< below <base>/dicom-web, or below the base itself for a plain archive
+        store,   ///< below <base>/dicom-web, or below the base itself for a plain archive
+        query,   ///< likewise, or below the root that the archive's session names
+        retrieve ///< likewise
     };
 
     Service service = Service::account;
     QByteArray method = "GET";
     QByteArray path; ///< encoded, from the slash on; may hold a query
     QByteArray accept = "application/json";
-    QByteArray contentType;            ///< empty where there is no body
-    QByteArray body;                   ///< small bodies
-    HttpBodySource *stream = nullptr;  ///< large ones; borrowed
-    bool authorized = true;            ///< carries the session, when there is one
-    QByteArray authorization;          ///< in place of the session's, where it isn't empty
-    QString deviceId;                  ///< empty where the operation has none
+    QByteArray contentType;           ///< empty where there is no body
+    QByteArray body;                  ///< small bodies
+    HttpBodySource *stream = nullptr; ///< large ones; borrowed
+    bool authorized = true;           ///< carries the session, when there is one
+    QString trial;                    ///< an archive's session in place of the present one; empty for that
+    std::optional<CloudSession> within = {}; ///< goes in this session alone; nothing for whichever stands
+    QString deviceId;                        ///< empty where the operation has none
     bool isBrief = true;               ///< ends within the limit for calls; false for uploads and queries
+    bool wantsCertificate = false;     ///< the answer brings the server's, where it has one
     qint64 answerLimit = kBriefAnswer; ///< bytes of the answer; what isn't brief may always be large
     UploadProgressCallback progress;
     HttpBodySink sink =
@@ -56,26 +67,39 @@ struct ApiCall
 /// Thread: any; a pure function.
 std::chrono::seconds timeLimitOf(const ApiCall &call, const HttpLimits &limits);
 
+struct ArchiveAccess;
+struct ArchiveExtras;
+
 /// The cloud service as the Qrn...API classes see it: its address, its kind, the session and the transport.
 ///
-/// The session goes to the configured service only: every address is made from the base address, redirects
-/// aren't followed, and the token is kept under the service's own name.
+/// The session goes to the configured service only: every address is made from the base address, or from a
+/// root that is part of the session; redirects aren't followed, and the token is kept under the service's own
+/// name.
 ///
 /// Owner: app. Thread: any.
 class QuorinApiClient
 {
 public:
     /// \param store  keeps the session between runs; outlives this.
-    QuorinApiClient(CloudConfiguration configuration, platform::TokenStore &store);
+    /// \param clock  tells when access tokens end; outlives this.
+    /// \param defaults  keep what was learnt of the service; outlive this. None to learn it in each run.
+    QuorinApiClient(CloudConfiguration configuration,
+                    platform::TokenStore &store,
+                    const platform::Clock &clock,
+                    platform::UserDefaults *defaults = nullptr);
 
     const CloudConfiguration &configuration() const { return m_configuration; }
     bool isPlainArchive() const { return m_configuration.kind == CloudKind::dicomweb; }
     NetworkSettings &networkSettings() { return m_settings; }
 
+    /// The session that stands now.
+    CloudSession session() const;
+
     /// Sends a call and returns the answer, with any status.
     ///
     /// \throws AFError  without a response code when no answer came, also when the configuration can't be
-    ///                  used; the sentence names the cause.
+    ///                  used; the sentence names the cause. Nothing went out where the call's session is
+    ///                  over.
     HttpResponse send(const ApiCall &call);
 
     /// Sends a call and returns the answer if its status is a success.
@@ -88,18 +112,35 @@ public:
     /// \throws AFError  without a response code when it isn't.
     QVariantMap requestObject(const ApiCall &call);
 
+    /// What it takes to speak to whoever gives out tokens for an archive.
+    OAuthService::Collaborators oauthAccess();
+
+    /// What size of a request the service refuses.
+    RequestLimit &requestLimit() { return m_requestLimit; }
+
     /// Ends every call in flight and refuses later ones: for the end of the program.
     void shutDown() { m_transport.shutDown(); }
 
 private:
     QByteArray address(const ApiCall &call) const;
-    void addHeaders(const ApiCall &call, const std::optional<QString> &token, HttpRequest &request) const;
-    void noteCredentials(const QString &token, const HttpResponse &response);
+    HttpRequest requestOf(const ApiCall &call) const;
+    std::optional<QString> sessionOf(const ApiCall &call) const;
+    void aim(HttpRequest &request, const ApiCall &call, const ArchiveExtras &extras) const;
+    HttpResponse sendToArchive(const ApiCall &call, HttpRequest request);
+    HttpResponse sendSignedIn(ArchiveAccess &access, const HttpRequest &request);
+    HttpResponse sendWith(ArchiveAccess &access, HttpRequest request, const QByteArray &header);
+    std::shared_ptr<ArchiveAccess> accessFor(const QString &session);
+    void noteCredentials(const QString &session, bool areRefused);
 
     const CloudConfiguration m_configuration;
     const std::optional<QString> m_problem; // why no call may be made
     NetworkSettings m_settings;
     HttpTransport m_transport;
+    const platform::Clock &m_clock;
+    RequestLimit m_requestLimit;
+    KeptRefreshToken m_refreshToken;
+    platform::Mutex m_mutex;
+    std::shared_ptr<ArchiveAccess> m_access QUORIN_GUARDED_BY(m_mutex); // of the session asked for last
 };
 
 /// A call of the account service with a JSON body.

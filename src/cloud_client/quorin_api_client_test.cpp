@@ -31,7 +31,7 @@ ApiCall get(const QByteArray &path)
 std::optional<AFError> errorAt(const QUrl &url)
 {
     MemoryTokenStore store;
-    QuorinApiClient client(configurationFor(url), store);
+    QuorinApiClient client(configurationFor(url), store, stillClock());
     return errorOf<AFError>([&client] { client.request(get("/ping")); });
 }
 
@@ -83,6 +83,33 @@ TEST(QuorinApiClient, KeepsTheConnectionBetweenCalls)
     }
 
     EXPECT_EQ(service.server.connectionCount(), 1);
+}
+
+TEST(QuorinApiClient, AsksAgainOnAFreshConnectionWhereTheOneThatIdledHasTimedOut)
+{
+    std::atomic<int> asked = 0;
+    ScriptedService service([&asked](const ReceivedRequest &request) {
+        const bool isIdled = request.connection == 1 && ++asked > 1;
+        return isIdled ? ScriptedHttpServer::answer(408, {}, {}, "Connection: close\r\n")
+                       : ScriptedHttpServer::answer(200, "application/json", "{}");
+    });
+
+    service.client.request(get("/ping"));
+    EXPECT_TRUE(service.client.request(get("/ping")).isSuccess());
+
+    EXPECT_EQ(service.server.requests().size(), 3);
+    EXPECT_EQ(service.server.connectionCount(), 2);
+}
+
+TEST(QuorinApiClient, BelievesThatAFreshConnectionHasTimedOut)
+{
+    ScriptedService service([](const ReceivedRequest &) { return ScriptedHttpServer::answer(408); });
+
+    const auto error = errorOf<AFError>([&service] { service.client.request(get("/ping")); });
+
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->responseCode, 408);
+    EXPECT_EQ(service.server.requests().size(), 1);
 }
 
 TEST(QuorinApiClient, KeepsItsConnectionsFromProgramsStartedLater)
@@ -375,7 +402,7 @@ TEST(QuorinApiClient, GivesUpOnAServerThatFallsSilent)
     CloudConfiguration configuration = configurationFor(server.url());
     configuration.limits.silence = std::chrono::seconds(1);
     MemoryTokenStore store;
-    QuorinApiClient client(configuration, store);
+    QuorinApiClient client(configuration, store, stillClock());
 
     const auto error = errorOf<AFError>([&client] { client.request(get("/ping")); });
     done.set_value();
@@ -406,9 +433,9 @@ TEST(QuorinApiClient, GivesUpOnAnAnswerThatDrips)
     CloudConfiguration configuration = configurationFor(server.url());
     configuration.limits.silence = std::chrono::seconds(1);
     MemoryTokenStore store;
-    QuorinApiClient client(configuration, store);
+    QuorinApiClient client(configuration, store, stillClock());
     ApiCall query = get("/studies");
-    query.service = ApiCall::Service::dicomWeb;
+    query.service = ApiCall::Service::query;
     query.isBrief = false;
 
     const auto error = errorOf<AFError>([&] { client.request(query); });
@@ -441,7 +468,7 @@ TEST(QuorinApiClient, GivesAnUploadsAnswerOnlySoLong)
     CloudConfiguration configuration = configurationFor(server.url());
     configuration.limits.answer = std::chrono::seconds(1);
     MemoryTokenStore store;
-    QuorinApiClient client(configuration, store);
+    QuorinApiClient client(configuration, store, stillClock());
     SmallBody body;
     ApiCall upload = get("/studies");
     upload.method = "POST";
@@ -516,10 +543,10 @@ TEST(QuorinApiClient, SpeaksBelowTheBaseAddressWhateverItsPath)
     MemoryTokenStore store;
     QUrl base = server.url();
     base.setPath(QStringLiteral("/imaging/"));
-    QuorinApiClient service(configurationFor(base), store);
-    QuorinApiClient archive(configurationFor(base, CloudKind::dicomweb), store);
+    QuorinApiClient service(configurationFor(base), store, stillClock());
+    QuorinApiClient archive(configurationFor(base, CloudKind::dicomweb), store, stillClock());
     ApiCall studies = get("/studies");
-    studies.service = ApiCall::Service::dicomWeb;
+    studies.service = ApiCall::Service::query;
 
     service.request(get("/ping"));
     service.request(studies);

@@ -1,5 +1,7 @@
 #include "cloud_client/quorin_error.h"
 
+#include <QtCore/QCoreApplication>
+
 #include <utility>
 
 namespace gateway::cloud_client {
@@ -36,15 +38,19 @@ QrnStowResponse::QrnStowResponse(QList<QStringList> failedInstances,
                                  int reason,
                                  QHash<QString, int> reasonOfEach,
                                  std::exception_ptr whatEndedRequests,
-                                 QSet<QString> thereAlready)
+                                 QSet<QString> thereAlready,
+                                 QSet<QString> takenWithoutProof,
+                                 QSet<QString> foundByAQuery)
     : QuorinError(
           failedInstances.size() == 1
-              ? QStringLiteral("The cloud service did not store one image.")
-              : QStringLiteral("The cloud service did not store %1 images.").arg(failedInstances.size()),
+              ? QCoreApplication::translate("CloudClient", "The cloud service did not store one image.")
+              : QCoreApplication::translate("CloudClient", "The cloud service did not store %1 images.")
+                    .arg(failedInstances.size()),
           QStringLiteral("QuorinAPI.QrnStowResponse"),
           reason),
       failures(std::move(failedInstances)), reasons(std::move(reasonOfEach)),
-      alreadyStored(std::move(thereAlready)), cause(std::move(whatEndedRequests))
+      alreadyStored(std::move(thereAlready)), taken(std::move(takenWithoutProof)),
+      found(std::move(foundByAQuery)), cause(std::move(whatEndedRequests))
 {
 }
 

@@ -77,9 +77,11 @@ enum class NoAnswer
     notSecure,       ///< no TLS connection, or none that can be trusted
     timedOut,
     connectionLost,
-    unusableAnswer, ///< something came that isn't an answer of the service
-    unusableFile,   ///< the file to send can't be read, or changed while it was being sent
-    answerNotKept   ///< this machine couldn't write down what came
+    unusableAnswer,    ///< something came that isn't an answer of the service
+    sessionOver,       ///< nothing was asked: the session in which it was to be asked stands no more
+    signInUnavailable, ///< nothing was asked: what it takes to sign in couldn't be had at this moment
+    unusableFile,      ///< the file to send can't be read, or changed while it was being sent
+    answerNotKept      ///< this machine couldn't write down what came
 };
 
 /// The call failed without such words: no answer, an answer that can't be used, or a bare HTTP status.
@@ -113,11 +115,15 @@ public:
     /// \param reasons   see the member.
     /// \param cause     see the member.
     /// \param thereAlready  see `alreadyStored`.
+    /// \param takenWithoutProof  see `taken`.
+    /// \param foundByAQuery      see `found`.
     QrnStowResponse(QList<QStringList> failures,
                     int reason,
                     QHash<QString, int> reasons = {},
                     std::exception_ptr cause = nullptr,
-                    QSet<QString> thereAlready = {});
+                    QSet<QString> thereAlready = {},
+                    QSet<QString> takenWithoutProof = {},
+                    QSet<QString> foundByAQuery = {});
 
     /// One entry a failed instance, each with the texts that identify it: the bare SOP instance UID where
     /// it is known, and the local path of the file that was sent. A file without a readable meta header
@@ -129,6 +135,14 @@ public:
 
     /// Those of the others that the server says it had before, in whatever version, by their bare UIDs.
     QSet<QString> alreadyStored;
+
+    /// Those of the failed ones that the server has taken without naming them, and doesn't show yet, by their
+    /// bare UIDs.
+    QSet<QString> taken;
+
+    /// Those of the failed ones that a query finds all the same, by their bare UIDs. In which version, and
+    /// who sent it, nobody said.
+    QSet<QString> found;
 
     /// What ended those requests of the upload that weren't answered instance by instance; null when all
     /// were.

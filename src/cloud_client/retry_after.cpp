@@ -23,6 +23,13 @@ bool isNumber(const QByteArray &text)
 
 } // namespace
 
+std::optional<QDateTime> parseHttpDate(const QByteArray &value)
+{
+    const QDateTime date = QLocale::c().toDateTime(QString::fromLatin1(value.trimmed()),
+                                                   QStringLiteral("ddd, dd MMM yyyy HH:mm:ss 'GMT'"));
+    return date.isValid() ? std::optional(QDateTime(date.date(), date.time(), Qt::UTC)) : std::nullopt;
+}
+
 std::optional<std::chrono::seconds> parseRetryAfter(const QByteArray &value, const QDateTime &now)
 {
     const QByteArray text = value.trimmed();
@@ -31,13 +38,8 @@ std::optional<std::chrono::seconds> parseRetryAfter(const QByteArray &value, con
         const qint64 seconds = text.toLongLong(&fits);
         return fits ? bounded(seconds) : kLongestRetryAfter;
     }
-    // The one form that senders may still use (RFC 9110, 5.6.7).
-    const QDateTime date =
-        QLocale::c().toDateTime(QString::fromLatin1(text), QStringLiteral("ddd, dd MMM yyyy HH:mm:ss 'GMT'"));
-    if (!date.isValid()) {
-        return std::nullopt;
-    }
-    return bounded(now.secsTo(QDateTime(date.date(), date.time(), Qt::UTC)));
+    const std::optional<QDateTime> date = parseHttpDate(text);
+    return date ? std::optional(bounded(now.secsTo(*date))) : std::nullopt;
 }
 
 } // namespace gateway::cloud_client

@@ -62,4 +62,14 @@ QString cleanServerWords(const QString &words, qsizetype limit)
     return length <= limit ? line : QString::fromUcs4(letters.data(), limit - 1) + u'…';
 }
 
+QString withoutSecrets(QString words, const QByteArrayList &secrets)
+{
+    for (const QByteArray &secret : secrets) {
+        if (!secret.isEmpty()) {
+            words.replace(QString::fromUtf8(secret), QStringLiteral("…"));
+        }
+    }
+    return words;
+}
+
 } // namespace gateway::cloud_client

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QtCore/QByteArrayList>
 #include <QtCore/QString>
 
 namespace gateway::cloud_client {
@@ -14,5 +15,9 @@ QString cleanServerWords(const QString &words, qsizetype limit = 300);
 
 /// The same for a text of several lines, such as terms: its line breaks stay, and nothing is cut.
 QString cleanServerText(const QString &text);
+
+/// The words without these texts, each of which leaves an ellipsis; an empty one is none. Comes first, while
+/// the words are whole.
+QString withoutSecrets(QString words, const QByteArrayList &secrets);
 
 } // namespace gateway::cloud_client

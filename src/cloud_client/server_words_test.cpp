@@ -41,6 +41,12 @@ TEST(ServerWords, AreCutAtALimitWithoutHalvingACharacter)
     EXPECT_EQ(cleanServerWords(QString(9'000'000, u'x')).size(), 300);
 }
 
+TEST(ServerWords, AreToldWithoutWhatIsSecret)
+{
+    EXPECT_EQ(withoutSecrets(QStringLiteral("key=s3cret; Bearer tok1; s3cret"), {"s3cret", "", "tok1"}),
+              QStringLiteral("key=…; Bearer …; …"));
+}
+
 TEST(ServerText, KeepsItsLinesAndItsLength)
 {
     EXPECT_EQ(cleanServerText(QStringLiteral("1. Terms\r\n\x1b[1m2. More\x1b[0m\n")),

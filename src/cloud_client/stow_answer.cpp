@@ -262,7 +262,10 @@ bool StowReference::names(const platform::InstanceIdentity &identity) const
     }
     // The path ends .../studies/{study}/series/{series}/instances/{instance}, where the server follows the
     // standard (PS3.18 10.4.1); the last word of each name counts, since a base address may hold them too.
-    const QStringList segments = QUrl(retrieveUrl).path(QUrl::FullyDecoded).split(u'/');
+    QStringList segments = QUrl(retrieveUrl).path(QUrl::FullyEncoded).split(u'/');
+    for (QString &segment : segments) {
+        segment = QUrl::fromPercentEncoding(segment.toLatin1()); // an identifier may hold a slash
+    }
     const auto isIn = [&segments](const QString &parent, const QString &expected) {
         const qsizetype at = segments.lastIndexOf(parent);
         return expected.isEmpty() || at < 0 || at + 1 >= segments.size() || segments[at + 1] == expected;

@@ -16,6 +16,8 @@ const auto kReferencedSequence = QStringLiteral("00081199");
 const auto kReferencedInstance = QStringLiteral("00081155");
 const auto kWarningReason = QStringLiteral("00081196");
 constexpr int kAlreadyStored = 45070;
+constexpr int kTooLarge = 413;
+constexpr int kConflict = 409;
 
 QVariant firstValue(const QVariant &attribute)
 {
@@ -29,6 +31,15 @@ bool maySettle(int status)
     return (status >= 200 && status < 300) || status == 400 || status == 409;
 }
 
+/// Success without a dataset: the server has taken all of it, and may still be storing. A page says nothing
+/// of that.
+bool mayStoreLater(const HttpResponse &response)
+{
+    constexpr int kAccepted = 202;
+    const bool isPage = response.contentType.contains("html");
+    return !isPage && (response.status == kAccepted || response.body.trimmed().isEmpty());
+}
+
 QVariantMap attribute(const QString &representation, const QVariantList &values)
 {
     return {{QStringLiteral("vr"), representation}, {QStringLiteral("Value"), values}};
@@ -37,10 +48,12 @@ QVariantMap attribute(const QString &representation, const QVariantList &values)
 } // namespace
 
 StowBatch::StowBatch(QuorinApiClient &client,
+                     CloudSession session,
                      const QList<StowFile> &files,
                      QString deviceId,
                      UploadProgressCallback progress)
-    : m_client(client), m_deviceId(std::move(deviceId)), m_progress(std::move(progress))
+    : m_client(client), m_session(std::move(session)), m_deviceId(std::move(deviceId)),
+      m_progress(std::move(progress))
 {
     for (const StowFile &given : files) {
         m_files.append(examine(given));
@@ -84,7 +97,7 @@ void StowBatch::send(Files files)
     if (!response) {
         return;
     }
-    if (response->status == 413 && files.size() > 1) {
+    if (response->status == kTooLarge && files.size() > 1) {
         sendInHalves(files);
         return;
     }
@@ -107,9 +120,19 @@ std::optional<HttpResponse> StowBatch::attempt(Files &files)
         }
         MultipartBody body(parts);
         m_total = std::max(m_total, body.size());
+        if (files.size() > 1 && m_client.requestLimit().isReachedBy(body.size())) {
+            HttpResponse known;
+            known.status = kTooLarge; // as it would say again
+            return known;
+        }
         try {
             HttpResponse response = post(body);
-            if (response.status != 413) {
+            if (response.status == kTooLarge) {
+                m_client.requestLimit().refused(body.size());
+            } else {
+                if (response.isSuccess()) {
+                    m_client.requestLimit().taken(body.size());
+                }
                 m_settledBytes += body.size();
             }
             return response;
@@ -127,12 +150,13 @@ std::optional<HttpResponse> StowBatch::attempt(Files &files)
 HttpResponse StowBatch::post(MultipartBody &body)
 {
     ApiCall call;
-    call.service = ApiCall::Service::dicomWeb;
+    call.service = ApiCall::Service::store;
     call.method = "POST";
     call.path = "/studies";
     call.accept = "application/dicom+json";
     call.contentType = "multipart/related; type=\"application/dicom\"; boundary=" + body.boundary();
     call.stream = &body;
+    call.within = m_session;
     call.deviceId = m_deviceId;
     call.isBrief = false;
     if (m_progress) {
@@ -150,13 +174,35 @@ void StowBatch::settle(const Files &files, const HttpResponse &response)
         apply(files, *answer);
     } else if (response.isSuccess()) {
         m_wasSettled = true;
-        proveByQuery(files);
+        proveByQuery(files, mayStoreLater(response));
+    } else if (response.status == kConflict) {
+        settleConflict(files, response);
     } else {
-        try {
-            throwAnswerError(response);
-        } catch (const QuorinError &) {
-            keepFirst(std::current_exception());
+        keepRefusal(response);
+    }
+}
+
+void StowBatch::keepRefusal(const HttpResponse &response)
+{
+    try {
+        throwAnswerError(response);
+    } catch (const QuorinError &) {
+        keepFirst(std::current_exception());
+    }
+}
+
+/// Some archives say no more than this of instances that they have already, and others by it that they store
+/// none. A query tells which are there. That proves none: nobody said that it is ours.
+void StowBatch::settleConflict(const Files &files, const HttpResponse &response)
+{
+    keepRefusal(response);
+    try {
+        for (File *file : files) {
+            file->isFound = isInstanceFound(m_client, m_session, file->identity);
+            m_wasSettled = m_wasSettled || file->isFound;
         }
+    } catch (const QuorinError &) {
+        return; // the refusal stands
     }
 }
 
@@ -192,11 +238,12 @@ void StowBatch::apply(const Files &files, const StowAnswer &answer)
     }
 }
 
-void StowBatch::proveByQuery(const Files &files)
+void StowBatch::proveByQuery(const Files &files, bool mayStoreLater)
 {
     try {
         for (File *file : files) {
-            file->isProven = isInstanceFound(m_client, file->identity);
+            file->isProven = isInstanceFound(m_client, m_session, file->identity);
+            file->isTaken = !file->isProven && mayStoreLater;
         }
     } catch (const QuorinError &) {
         // Whoever wasn't asked for isn't proven. One unanswered question is enough: a thousand more would
@@ -260,7 +307,19 @@ QVariantMap StowBatch::outcome() const
                       0,
                       NoAnswer::unusableFile);
     }
-    throw QrnStowResponse(failures, reason, reasons, m_error, alreadyStored());
+    throw QrnStowResponse(
+        failures, reason, reasons, m_error, alreadyStored(), those(&File::isTaken), those(&File::isFound));
+}
+
+QSet<QString> StowBatch::those(bool File::*mark) const
+{
+    QSet<QString> instances;
+    for (const File &file : m_files) {
+        if (file.*mark) {
+            instances.insert(file.identity.instance);
+        }
+    }
+    return instances;
 }
 
 QSet<QString> StowBatch::alreadyStored() const

@@ -25,6 +25,7 @@ class StowBatch
 {
 public:
     StowBatch(QuorinApiClient &client,
+              CloudSession session,
               const QList<StowFile> &files,
               QString deviceId,
               UploadProgressCallback progress);
@@ -40,6 +41,8 @@ private:
         BodyPart part;
         bool isReadable = false;
         bool isProven = false;
+        bool isTaken = false;      // the server has it, and a query doesn't find it yet
+        bool isFound = false;      // the server refused it, and a query finds some version of it
         bool wasThere = false;     // the server says that it had an instance of this UID before
         std::optional<int> reason; // the server's, when it refused
     };
@@ -56,14 +59,18 @@ private:
     HttpResponse post(MultipartBody &body);
     void settle(const Files &files, const HttpResponse &response);
     void apply(const Files &files, const StowAnswer &answer);
-    void proveByQuery(const Files &files);
+    void proveByQuery(const Files &files, bool mayStoreLater);
+    void settleConflict(const Files &files, const HttpResponse &response);
     void report(const UploadProgress &progress);
+    void keepRefusal(const HttpResponse &response);
     void keepFirst(const std::exception_ptr &error);
     QVariantMap outcome() const;
     QSet<QString> alreadyStored() const;
+    QSet<QString> those(bool File::*mark) const;
     QVariantMap provenInstances() const;
 
     QuorinApiClient &m_client;
+    const CloudSession m_session; // all of an upload goes in it, and all that is asked about it
     const QString m_deviceId;
     const UploadProgressCallback m_progress;
     QList<File> m_files;

@@ -2,6 +2,7 @@
 
 #include "cloud_client/query_result.h"
 #include "cloud_client/quorin_api_client.h"
+#include "cloud_client/quorin_error.h"
 
 #include <algorithm>
 
@@ -36,32 +37,81 @@ QByteArray seriesPath(const platform::InstanceIdentity &identity)
     return "/studies/" + pathSegment(identity.study) + "/series/" + pathSegment(identity.series);
 }
 
-QVariantList answerTo(QuorinApiClient &client, const QByteArray &path)
+QVariantList answerTo(QuorinApiClient &client, const CloudSession &session, const QByteArray &path)
 {
     ApiCall call;
-    call.service = ApiCall::Service::dicomWeb;
+    call.service = ApiCall::Service::query;
+    call.within = session;
     call.path = path;
     call.accept = "application/dicom+json";
     call.answerLimit = kLargeAnswer; // an archive that has no limits gives out the whole series
     return queryResult(client.request(call));
 }
 
-} // namespace
+/// Some archives say that there is nothing at the address of a series that they don't have (404), where
+/// others find none. So only that answer to a question that names no place means that there are no queries.
+QVariantList answerAtPlaceOr(QuorinApiClient &client,
+                             const CloudSession &session,
+                             const QByteArray &path,
+                             const QByteArray &elsewhere)
+{
+    constexpr int kNotFound = 404;
+    try {
+        return answerTo(client, session, path);
+    } catch (const QrnErrorResponse &error) {
+        if (error.responseCode != kNotFound) {
+            throw;
+        }
+    } catch (const AFError &error) {
+        if (error.responseCode != kNotFound) {
+            throw;
+        }
+    }
+    return answerTo(client, session, elsewhere);
+}
 
-bool isInstanceFound(QuorinApiClient &client, const platform::InstanceIdentity &identity)
+QByteArray instancesWhere(const char *attribute, const QString &uid)
+{
+    return QByteArray("/instances?") + attribute + '=' + QUrl::toPercentEncoding(uid) + "&limit=1";
+}
+
+QVariantList answerForInstance(QuorinApiClient &client,
+                               const CloudSession &session,
+                               const platform::InstanceIdentity &identity)
 {
     const bool isPlaced = !identity.study.isEmpty() && !identity.series.isEmpty();
-    const QVariantList found =
-        answerTo(client,
-                 (isPlaced ? seriesPath(identity) : QByteArray()) +
-                     "/instances?SOPInstanceUID=" + QUrl::toPercentEncoding(identity.instance) + "&limit=1");
+    const QByteArray anywhere = instancesWhere("SOPInstanceUID", identity.instance);
+    return isPlaced ? answerAtPlaceOr(client, session, seriesPath(identity) + anywhere, anywhere)
+                    : answerTo(client, session, anywhere);
+}
+
+} // namespace
+
+bool isInstanceFound(QuorinApiClient &client,
+                     const CloudSession &session,
+                     const platform::InstanceIdentity &identity)
+{
+    const QVariantList found = answerForInstance(client, session, identity);
     return std::ranges::any_of(found,
                                [&](const QVariant &entry) { return isEntryOf(entry.toMap(), identity); });
 }
 
-bool isSeriesFound(QuorinApiClient &client, const platform::InstanceIdentity &identity)
+bool mayInstanceBeHeld(QuorinApiClient &client,
+                       const CloudSession &session,
+                       const platform::InstanceIdentity &identity)
 {
-    return !answerTo(client, seriesPath(identity) + "/instances?limit=1").isEmpty();
+    return !answerForInstance(client, session, identity).isEmpty();
+}
+
+bool isSeriesFound(QuorinApiClient &client,
+                   const CloudSession &session,
+                   const platform::InstanceIdentity &identity)
+{
+    return !answerAtPlaceOr(client,
+                            session,
+                            seriesPath(identity) + "/instances?limit=1",
+                            instancesWhere("SeriesInstanceUID", identity.series))
+                .isEmpty();
 }
 
 } // namespace gateway::cloud_client

@@ -1,6 +1,9 @@
 #include "cloud_client/transport_error.h"
 
 #include <curl/curl.h>
+#include <openssl/x509_vfy.h>
+
+#include <QtCore/QCoreApplication>
 
 #include <cerrno>
 
@@ -12,70 +15,118 @@ QString connectSentence(int systemError)
 {
     switch (systemError) {
     case ECONNREFUSED:
-        return QStringLiteral("The cloud service at %1 refused the connection.");
+        return QCoreApplication::translate("CloudClient", "The cloud service at %1 refused the connection.");
     case ENETUNREACH:
     case EHOSTUNREACH:
-        return QStringLiteral("The cloud service at %1 can't be reached from this network.");
+        return QCoreApplication::translate("CloudClient",
+                                           "The cloud service at %1 can't be reached from this network.");
     case ETIMEDOUT:
-        return QStringLiteral("The cloud service at %1 did not answer in time.");
+        return QCoreApplication::translate("CloudClient", "The cloud service at %1 did not answer in time.");
     default:
-        return QStringLiteral("The connection to the cloud service at %1 could not be made.");
+        return QCoreApplication::translate("CloudClient",
+                                           "The connection to the cloud service at %1 could not be made.");
     }
 }
 
-QString sentence(int curlCode, int systemError)
+/// True where the server ended the connection over what this side showed of itself: it says so in an alert
+/// of TLS, which may come with the handshake or, since version 1.3, with the first bytes after it.
+bool isCertificateRefused(const TransportFailure &failure)
 {
-    switch (curlCode) {
-    case CURLE_COULDNT_RESOLVE_HOST:
-        return QStringLiteral("The address of the cloud service, %1, could not be found.");
-    case CURLE_COULDNT_RESOLVE_PROXY:
-        return QStringLiteral("The address of the web proxy on the way to %1 could not be found; the setting "
-                              "QuorinAPI.Proxy or the variable https_proxy names it.");
-    case CURLE_COULDNT_CONNECT:
-        return connectSentence(systemError);
-    case CURLE_PROXY:
-        return QStringLiteral("The web proxy on the way to %1 refused the connection.");
-    case CURLE_OPERATION_TIMEDOUT:
-        return QStringLiteral("The cloud service at %1 did not answer in time.");
-    case CURLE_PEER_FAILED_VERIFICATION:
-    case CURLE_SSL_ISSUER_ERROR:
-        return QStringLiteral(
+    return failure.words.contains("alert") && failure.words.contains("certificate");
+}
+
+QString certificateSentence(long verdict)
+{
+    switch (verdict) {
+    case X509_V_ERR_CERT_HAS_EXPIRED:
+        return QCoreApplication::translate(
+            "CloudClient",
+            "The certificate of the cloud service at %1 has expired, or the clock of this "
+            "computer is wrong.");
+    case X509_V_ERR_CERT_NOT_YET_VALID:
+        return QCoreApplication::translate(
+            "CloudClient",
+            "The certificate of the cloud service at %1 is not valid yet, or the clock of this "
+            "computer is wrong.");
+    default:
+        return QCoreApplication::translate(
+            "CloudClient",
             "The certificate of the cloud service at %1 could not be verified. Where an authority of "
             "your own has signed it, name its PEM file in the setting "
             "QuorinAPI.CertificateFile.");
+    }
+}
+
+QString sentence(const TransportFailure &failure)
+{
+    if (isCertificateRefused(failure)) {
+        return QCoreApplication::translate(
+            "CloudClient",
+            "The server at %1 did not accept the client certificate of this gateway, or wants "
+            "one.");
+    }
+    const int systemError = failure.systemError;
+    switch (failure.curlCode) {
+    case CURLE_COULDNT_RESOLVE_HOST:
+        return QCoreApplication::translate("CloudClient",
+                                           "The address of the cloud service, %1, could not be found.");
+    case CURLE_COULDNT_RESOLVE_PROXY:
+        return QCoreApplication::translate(
+            "CloudClient",
+            "The address of the web proxy on the way to %1 could not be found; the setting "
+            "QuorinAPI.Proxy or the variable https_proxy names it.");
+    case CURLE_COULDNT_CONNECT:
+        return connectSentence(systemError);
+    case CURLE_PROXY:
+        return QCoreApplication::translate("CloudClient",
+                                           "The web proxy on the way to %1 refused the connection.");
+    case CURLE_OPERATION_TIMEDOUT:
+        return QCoreApplication::translate("CloudClient", "The cloud service at %1 did not answer in time.");
+    case CURLE_PEER_FAILED_VERIFICATION:
+    case CURLE_SSL_ISSUER_ERROR:
+        return certificateSentence(failure.verdict);
+    case CURLE_SSL_CERTPROBLEM:
+        return QCoreApplication::translate(
+            "CloudClient", "The client certificate for the server at %1 can't be used with its key.");
     case CURLE_SSL_CACERT_BADFILE:
-        return QStringLiteral(
+        return QCoreApplication::translate(
+            "CloudClient",
             "The file of certificates for %1, which the setting QuorinAPI.CertificateFile or "
             "QUORIN_CLOUD_CA names, could not be read.");
     case CURLE_SSL_CONNECT_ERROR:
     case CURLE_SSL_CIPHER:
-    case CURLE_SSL_CERTPROBLEM:
     case CURLE_USE_SSL_FAILED:
-        return QStringLiteral("A secure connection to the cloud service at %1 could not be made.");
+        return QCoreApplication::translate(
+            "CloudClient", "A secure connection to the cloud service at %1 could not be made.");
     case CURLE_GOT_NOTHING:
     case CURLE_SEND_ERROR:
     case CURLE_RECV_ERROR:
     case CURLE_PARTIAL_FILE:
-        return QStringLiteral("The connection to the cloud service at %1 was lost.");
+        return QCoreApplication::translate("CloudClient",
+                                           "The connection to the cloud service at %1 was lost.");
     case CURLE_ABORTED_BY_CALLBACK:
-        return QStringLiteral("The call to the cloud service at %1 was ended.");
+        return QCoreApplication::translate("CloudClient", "The call to the cloud service at %1 was ended.");
     case CURLE_WEIRD_SERVER_REPLY:
     case CURLE_HTTP2:
     case CURLE_BAD_CONTENT_ENCODING:
-        return QStringLiteral("What answered at %1 does not speak the language of the web.");
+        return QCoreApplication::translate("CloudClient",
+                                           "What answered at %1 does not speak the language of the web.");
     default:
-        return QStringLiteral("The call to the cloud service at %1 failed.");
+        return QCoreApplication::translate("CloudClient", "The call to the cloud service at %1 failed.");
     }
 }
 
-NoAnswer reasonOf(int curlCode, int systemError)
+NoAnswer reasonOf(const TransportFailure &failure)
 {
-    switch (curlCode) {
+    if (isCertificateRefused(failure)) {
+        return NoAnswer::notSecure;
+    }
+    switch (failure.curlCode) {
     case CURLE_COULDNT_RESOLVE_HOST:
     case CURLE_COULDNT_RESOLVE_PROXY:
         return NoAnswer::addressNotFound;
     case CURLE_COULDNT_CONNECT:
-        return systemError == ETIMEDOUT ? NoAnswer::timedOut : NoAnswer::notReachable;
+        return failure.systemError == ETIMEDOUT ? NoAnswer::timedOut : NoAnswer::notReachable;
     case CURLE_PROXY:
         return NoAnswer::proxyRefused;
     case CURLE_OPERATION_TIMEDOUT:
@@ -104,28 +155,31 @@ NoAnswer reasonOf(int curlCode, int systemError)
 
 } // namespace
 
-AFError transportError(int curlCode, int systemError, const QString &host)
+AFError transportError(const TransportFailure &failure, const QString &host)
 {
-    return AFError(
-        sentence(curlCode, systemError).arg(host), std::nullopt, curlCode, reasonOf(curlCode, systemError));
+    return AFError(sentence(failure).arg(host), std::nullopt, failure.curlCode, reasonOf(failure));
 }
 
-AFError proxyAwayError(int curlCode, int systemError, const QString &host)
+AFError proxyAwayError(const TransportFailure &failure, const QString &host)
 {
-    return AFError(
-        QStringLiteral("The web proxy on the way to %1 can't be reached; the setting QuorinAPI.Proxy or the "
+    return AFError(QCoreApplication::translate(
+                       "CloudClient",
+                       "The web proxy on the way to %1 can't be reached; the setting QuorinAPI.Proxy or the "
                        "variable https_proxy names it.")
-            .arg(host),
-        std::nullopt,
-        curlCode,
-        reasonOf(curlCode, systemError));
+                       .arg(host),
+                   std::nullopt,
+                   failure.curlCode,
+                   reasonOf(failure));
 }
 
 AFError proxyError(int status, const QString &host)
 {
     const QString sentence =
-        status == 407 ? QStringLiteral("The web proxy on the way to %1 asks for a sign-in (status %2).")
-                      : QStringLiteral("The web proxy on the way to %1 refused the connection (status %2).");
+        status == 407
+            ? QCoreApplication::translate("CloudClient",
+                                          "The web proxy on the way to %1 asks for a sign-in (status %2).")
+            : QCoreApplication::translate(
+                  "CloudClient", "The web proxy on the way to %1 refused the connection (status %2).");
     return AFError(sentence.arg(host).arg(status), std::nullopt, status, NoAnswer::proxyRefused);
 }
 

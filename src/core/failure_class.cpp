@@ -53,6 +53,10 @@ QLatin1StringView rawValue(FailureClass failureClass)
         return QLatin1StringView("fileMissing");
     case FailureClass::fileUnreadable:
         return QLatin1StringView("fileUnreadable");
+    case FailureClass::fileOfAnotherImage:
+        return QLatin1StringView("fileOfAnotherImage");
+    case FailureClass::fileChanged:
+        return QLatin1StringView("fileChanged");
     case FailureClass::withoutIdentity:
         return QLatin1StringView("withoutIdentity");
     case FailureClass::anotherVersionInCloud:
@@ -65,6 +69,10 @@ QLatin1StringView rawValue(FailureClass failureClass)
         return QLatin1StringView("laterVersionSent");
     case FailureClass::indexTrouble:
         return QLatin1StringView("indexTrouble");
+    case FailureClass::notThereYet:
+        return QLatin1StringView("notThereYet");
+    case FailureClass::signInUnavailable:
+        return QLatin1StringView("signInUnavailable");
     case FailureClass::machineTrouble:
         return QLatin1StringView("machineTrouble");
     case FailureClass::unknown:

@@ -35,12 +35,16 @@ enum class FailureClass
     connectionLost,
     fileMissing,
     fileUnreadable,
+    fileOfAnotherImage, ///< the stored file isn't the one that its rows stand for
+    fileChanged,        ///< the stored file isn't what was received any more
     withoutIdentity,
     anotherVersionInCloud,
     notComparable,
     notLookedUp,      ///< nothing was sent: what the cloud holds had to be known first
     laterVersionSent, ///< the cloud took one that was acknowledged after this one
     indexTrouble,
+    signInUnavailable, ///< what it takes to sign in couldn't be had: from its service, or from its file
+    notThereYet,    ///< the cloud took it, and doesn't show it yet: it is looked for before it is sent again
     machineTrouble, ///< of what isn't the stored file: no temporary file, no worker
     unknown
 };

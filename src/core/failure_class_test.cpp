@@ -1,5 +1,6 @@
 #include "core/failure_class.h"
 
+#include <QtCore/QFile>
 #include <QtCore/QRegularExpression>
 #include <QtCore/QSet>
 
@@ -48,6 +49,21 @@ TEST(FailureClass, IsToldInThreePlainSentencesWithoutNumbers)
         EXPECT_LE(ends, 3) << sentence.toStdString();
         EXPECT_FALSE(sentence.contains(number)) << sentence.toStdString();
         EXPECT_FALSE(sentence.contains(jargon)) << sentence.toStdString();
+    }
+}
+
+TEST(FailureClass, IsExplainedInTheUserGuide)
+{
+    QFile file(QStringLiteral(QUORIN_SOURCES "/docs/user-guide.md"));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QString guide = QString::fromUtf8(file.readAll());
+    for (const FailureClass one : allClasses()) {
+        const QString sentence = failureSentence(one);
+        const qsizetype end = sentence.indexOf(QStringLiteral(". ")) + 1;
+
+        EXPECT_TRUE(
+            guide.contains(QStringLiteral("| %1 | %2 |").arg(sentence.left(end), sentence.mid(end + 1))))
+            << sentence.toStdString();
     }
 }
 

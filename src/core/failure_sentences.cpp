@@ -120,6 +120,16 @@ const char *sourceText(FailureClass failureClass)
                                  "The stored file of the image could not be read. It is left as it is, and "
                                  "other images are sent. Check the disk, and send the image again from the "
                                  "device that made it.");
+    case FailureClass::fileOfAnotherImage:
+        return QT_TRANSLATE_NOOP("FailureSentence",
+                                 "The stored file holds another image than the index says, so it isn't "
+                                 "sent in its name. Nothing is removed. Check that the right volume stands "
+                                 "where the images are stored, and run doctor.");
+    case FailureClass::fileChanged:
+        return QT_TRANSLATE_NOOP("FailureSentence",
+                                 "The stored file of the image is damaged: it isn't what was received. It "
+                                 "is not sent and left as it is, and other images are sent. Check the disk, "
+                                 "and send the image again from the device that made it.");
     case FailureClass::withoutIdentity:
         return QT_TRANSLATE_NOOP("FailureSentence",
                                  "The image has no identifier that the cloud could confirm. It is kept "
@@ -154,6 +164,17 @@ const char *sourceText(FailureClass failureClass)
                                  "The gateway's own record of its images could not be read or written. "
                                  "Images are kept here, and sending goes on by itself once it can be. Check "
                                  "the disk of this computer, and make room on it.");
+    case FailureClass::signInUnavailable:
+        return QT_TRANSLATE_NOOP("FailureSentence",
+                                 "What this gateway signs in with can't be had at this moment. Images are "
+                                 "still received and kept here, and are sent when it can be. If this goes "
+                                 "on, tell whoever runs the sign-in service or keeps its file.");
+    case FailureClass::notThereYet:
+        return QT_TRANSLATE_NOOP(
+            "FailureSentence",
+            "The cloud has taken the image and doesn't show it yet. It is kept here and "
+            "looked for again, and sent again where it doesn't come. If this goes on, tell "
+            "whoever runs the cloud.");
     case FailureClass::machineTrouble:
         return QT_TRANSLATE_NOOP(
             "FailureSentence",

@@ -27,6 +27,9 @@ inline const QString kStoreListenerStateChanged = QStringLiteral("QuorinGateway.
 /// The listener failed to start; carries kMessageKey.
 inline const QString kStoreListenerError = QStringLiteral("QuorinGateway.storeListenerError");
 
+/// Settings were changed by a command; posted on the main thread.
+inline const QString kSettingsChanged = QStringLiteral("QuorinGateway.settingsChanged");
+
 /// Sync states of the index changed; posted on the main thread.
 inline const QString kLocalSyncStateChanged = QStringLiteral("QuorinGateway.localSyncStateChanged");
 

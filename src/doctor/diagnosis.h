@@ -31,13 +31,17 @@ enum class FindingKind
     waitsForRemoval,
     waitsInInbox,
     waitsLongInInbox,
+    inboxOutOfSight,
     formerInboxOutOfSight,
+    inboxOfAnotherHome,
     inboxInUse,
     indexNotWritten,
     storeNotWritten,
     storeOutOfSight,
+    anotherStore,
     listenerNotListening,
     nobodySignedIn,
+    formerIndexKept,
     rejectedObject
 };
 

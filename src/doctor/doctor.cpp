@@ -1,8 +1,7 @@
 #include "doctor/doctor.h"
 
 #include "index/gateway_import_error.h"
-#include "log/image_trail.h"
-#include "log/redaction.h"
+#include "log/writing/redaction.h"
 #include "platform/concurrency/clock.h"
 #include "platform/dicom/inbox_files.h"
 #include "platform/files/file_error.h"
@@ -92,11 +91,23 @@ public:
         }
     }
 
+    void lookForFormerIndex()
+    {
+        if (const auto path = m_index.former().path()) {
+            add(FindingKind::formerIndexKept, 1, {*path, {}, {}});
+        }
+    }
+
     /// What waits in the inbox says only that it waits, and not why.
     void checkStore()
     {
         const QString root = m_index.fileURL(QString()).toLocalFile();
-        if (m_index.isStoreOutOfSight()) {
+        const bool isOutOfSight = m_index.takeUpStore();
+        if (m_index.isStoreAnother()) {
+            add(FindingKind::anotherStore, 1, {QDir::cleanPath(root), {}, {}});
+            m_isOfIndex = m_repairs && m_index.acceptStore();
+            addMended(FindingKind::anotherStore, m_isOfIndex ? 1 : 0);
+        } else if (isOutOfSight) {
             add(FindingKind::storeOutOfSight, 1, {QDir::cleanPath(root), {}, {}});
         } else if (!m_examination.isStoreWritable()) {
             add(FindingKind::storeNotWritten, 1, {QDir::cleanPath(root), {}, {}});
@@ -105,7 +116,7 @@ public:
 
     void lookForLostIndex()
     {
-        if (!m_index.storeRecording().lacksStoredFiles()) {
+        if (!m_isOfIndex || !m_index.storeRecording().lacksStoredFiles()) {
             return;
         }
         add(FindingKind::indexMadeAnew, 1);
@@ -128,10 +139,19 @@ public:
         }
     }
 
-    void walkStore() { walk(QString()); }
+    /// What another store holds says nothing of the rows.
+    void walkStore()
+    {
+        if (m_isOfIndex) {
+            walk(QString());
+        }
+    }
 
     void walkRows()
     {
+        if (!m_isOfIndex) {
+            return;
+        }
         constexpr int kFilesOfAPage = 1000;
         QString last;
         for (auto page = m_examination.recordedFiles(last, kFilesOfAPage, m_stop); !page.isEmpty();
@@ -162,6 +182,13 @@ public:
         }
     }
 
+    void lookAtPresentInbox(receive::IncomingFolders &folders)
+    {
+        if (!folders.silentPresent()) {
+            lookAtInbox(folders, folders.present());
+        }
+    }
+
     void lookAtInbox(receive::IncomingFolders &folders, const QString &folder)
     {
         if (!folders.own(folder)) {
@@ -187,12 +214,18 @@ public:
         }
     }
 
-    void lookAtFormerInbox(receive::IncomingFolders &folders, const QString &folder)
+    /// Those that were used and from which nothing is taken.
+    void tellInboxesOutOfReach(const receive::IncomingFolders &folders)
     {
-        if (receive::contentOf(folder) == receive::InboxContent::outOfSight) {
-            add(FindingKind::formerInboxOutOfSight, 1, {folder, {}, {}});
+        const QStringList former = folders.former();
+        for (const QString &folder : folders.outOfSight()) {
+            add(former.contains(folder) ? FindingKind::formerInboxOutOfSight : FindingKind::inboxOutOfSight,
+                1,
+                {folder, {}, {}});
         }
-        lookAtInbox(folders, folder);
+        for (const QString &folder : folders.ofAnotherHome()) {
+            add(FindingKind::inboxOfAnotherHome, 1, {folder, {}, {}});
+        }
     }
 
     void readFailures()
@@ -441,6 +474,7 @@ private:
     log::StoreLogEmitter &m_emitter;
     const platform::Clock &m_clock;
     bool m_repairs;
+    bool m_isOfIndex = true; // the store that stands there
     const std::stop_token m_stop;
     Diagnosis m_found;
     std::map<FindingKind, Finding> m_byKind;
@@ -451,6 +485,7 @@ private:
 Diagnosis Doctor::examine(bool repair, const std::stop_token &stop)
 {
     Round round(m_index, m_emitter, m_clock, repair, stop);
+    round.lookForFormerIndex();
     round.step([&] { round.checkIndex(); });
     round.step([&] { round.checkWriting(); });
     round.step([&] { round.checkStore(); });
@@ -459,9 +494,10 @@ Diagnosis Doctor::examine(bool repair, const std::stop_token &stop)
     round.step([&] { round.walkStore(); });
     round.step([&] { round.walkRows(); });
     round.step([&] { round.lookAtRemovals(); });
-    round.step([&] { round.lookAtInbox(m_incomingFolders, m_incomingFolders.present()); });
-    for (const QString &folder : m_incomingFolders.former()) {
-        round.step([&] { round.lookAtFormerInbox(m_incomingFolders, folder); });
+    round.step([&] { round.lookAtPresentInbox(m_incomingFolders); });
+    round.step([&] { round.tellInboxesOutOfReach(m_incomingFolders); });
+    for (const QString &folder : m_incomingFolders.withinReach()) {
+        round.step([&] { round.lookAtInbox(m_incomingFolders, folder); });
     }
     round.step([&] { round.readFailures(); });
     return std::move(round).result();

@@ -2,7 +2,7 @@
 
 #include "doctor/diagnosis.h"
 #include "index/dicom_db.h"
-#include "log/store_log_emitter.h"
+#include "log/writing/store_log_emitter.h"
 #include "platform/concurrency/clock.h"
 #include "receive/incoming_folders.h"
 

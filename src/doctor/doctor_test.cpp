@@ -1,102 +1,13 @@
-#include "doctor/doctor.h"
-
-#include "index/testing/temporary_index.h"
-#include "log/redaction.h"
-#include "log/testing/recording_log.h"
-#include "state/inbox_figures.h"
-
-#include <QtCore/QDir>
-#include <QtCore/QFile>
-#include <QtCore/QFileInfo>
-#include <QtCore/QMap>
-
-#include <gtest/gtest.h>
+#include "doctor/testing/doctor_world.h"
+#include "log/writing/redaction.h"
 
 namespace gateway::doctor {
 
-namespace {
-
 using index::testing::TemporaryIndex;
+using testing::Counts;
+using testing::DoctorTest;
 
-/// How often each kind was found, and how often it was mended.
-using Counts = QMap<FindingKind, std::pair<qint64, qint64>>;
-
-class DoctorTest : public ::testing::Test
-{
-protected:
-    DoctorTest() { QDir().mkpath(inbox()); }
-
-    QString inbox() const { return home.path(QStringLiteral("Import")); }
-
-    Diagnosis examine(bool repair = false)
-    {
-        return Doctor(home.index(), folders, emitter, home.clock).examine(repair, {});
-    }
-
-    Counts counts(bool repair = false)
-    {
-        Counts found;
-        for (const Finding &finding : examine(repair).findings) {
-            found.insert(finding.kind, {finding.count, finding.mended});
-        }
-        return found;
-    }
-
-    /// Imports an image. \return its stored path.
-    QString importOne(const QString &uid) { return home.import(TemporaryIndex::image(uid)); }
-
-    QString pathOf(const QString &storagePath) { return home.index().fileURL(storagePath).toLocalFile(); }
-
-    void lose(const QString &storagePath) { ASSERT_TRUE(QFile::remove(pathOf(storagePath))); }
-
-    /// Puts an image into the store behind the index's back.
-    void put(const QString &storagePath, const QString &uid)
-    {
-        ASSERT_TRUE(QDir().mkpath(QFileInfo(pathOf(storagePath)).path()));
-        index::testing::writeSyntheticFile(pathOf(storagePath), TemporaryIndex::image(uid));
-    }
-
-    static void write(const QString &path)
-    {
-        ASSERT_TRUE(QDir().mkpath(QFileInfo(path).path()));
-        QFile file(path);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        ASSERT_EQ(file.write("text"), 4);
-    }
-
-    /// Writes a file that was received just now.
-    void receive(const QString &path)
-    {
-        write(path);
-        QFile file(path);
-        ASSERT_TRUE(file.open(QIODevice::ReadWrite));
-        ASSERT_TRUE(file.setFileTime(home.clock.now(), QFileDevice::FileModificationTime));
-    }
-
-    /// Every file below the file store with its bytes.
-    QMap<QString, QByteArray> filesInStore()
-    {
-        QMap<QString, QByteArray> files;
-        QDir store(home.fileStoreRoot());
-        for (const QString &bucket : store.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
-            for (const QString &name : QDir(store.filePath(bucket)).entryList(QDir::Files)) {
-                QFile file(store.filePath(bucket + u'/' + name));
-                EXPECT_TRUE(file.open(QIODevice::ReadOnly));
-                files.insert(bucket + u'/' + name, file.readAll());
-            }
-        }
-        return files;
-    }
-
-    qint64 rows() { return home.number(QStringLiteral("SELECT count(*) FROM DicomImage")); }
-
-    TemporaryIndex home;
-    platform::UserDefaults defaults{home.path(QStringLiteral("settings.sqlite"))};
-    core::Settings settings{defaults};
-    receive::IncomingFolders folders{defaults, settings, inbox()};
-    log::testing::RecordingLog logged;
-    log::StoreLogEmitter emitter{logged, home.clock};
-};
+namespace {
 
 const QString kStray = QStringLiteral("10000/77.dcm");
 
@@ -150,11 +61,11 @@ TEST_F(DoctorTest, TellsOfAFileThatIsGoneAndKeepsItsRowsWaiting)
     lose(lost);
 
     EXPECT_EQ(counts(), (Counts{{FindingKind::fileGone, {1, 0}}}));
-    EXPECT_EQ(home.index().failedImagesCount(), 0);
+    EXPECT_EQ(home.index().counts().failedImages, 0);
     EXPECT_EQ(counts(true), (Counts{{FindingKind::fileGone, {1, 0}}}));
 
     EXPECT_EQ(rows(), 1);
-    EXPECT_EQ(home.index().failedImagesCount(), 1);
+    EXPECT_EQ(home.index().counts().failedImages, 1);
     EXPECT_EQ(home.index().failedUploads().counts(),
               (QList<index::UploadFailureCount>{{QStringLiteral("fileMissing"), 0, 1}}));
     EXPECT_FALSE(examine(true).isWell());
@@ -184,7 +95,7 @@ TEST_F(DoctorTest, KeepsTheRowsOfAnImageInTheCloudWhoseFileIsGone)
     ASSERT_EQ(diagnosis.findings.size(), 1);
     EXPECT_EQ(diagnosis.findings.first().kind, FindingKind::fileGoneAfterUpload);
     EXPECT_TRUE(diagnosis.isWell());
-    EXPECT_EQ(home.index().syncedImagesCount(), 1);
+    EXPECT_EQ(home.index().counts().syncedImages, 1);
 }
 
 TEST_F(DoctorTest, LeavesTheUploadUnderWayAlone)
@@ -218,7 +129,7 @@ TEST_F(DoctorTest, ChangesNothingForAStoreThatIsOutOfSight)
     EXPECT_EQ(counts(true),
               (Counts{{FindingKind::folderGone, {2, 0}}, {FindingKind::storeOutOfSight, {1, 0}}}));
 
-    EXPECT_EQ(home.index().failedImagesCount(), 0);
+    EXPECT_EQ(home.index().counts().failedImages, 0);
     EXPECT_EQ(rows(), 2);
 }
 
@@ -231,7 +142,7 @@ TEST_F(DoctorTest, CountsAnewWhereACountIsWrong)
     examine(true);
 
     EXPECT_TRUE(examine().isWell());
-    EXPECT_EQ(home.index().totalCounts().images, 1);
+    EXPECT_EQ(home.index().counts().total.images, 1);
 }
 
 TEST_F(DoctorTest, RebuildsALostIndexFromTheStoredFilesWithTheLatestOfEachImage)
@@ -384,150 +295,6 @@ TEST_F(DoctorTest, SeesADamagedPageOfTheIndexFile)
     EXPECT_FALSE(diagnosis.isWell());
     ASSERT_FALSE(diagnosis.findings.isEmpty());
     EXPECT_EQ(diagnosis.findings.first().kind, FindingKind::indexDamaged);
-}
-
-TEST_F(DoctorTest, IsNotContentWithAReceivedImageThatWaitsForMinutes)
-{
-    const QString path = inbox() + QStringLiteral("/quorin-0123456789abcdef0123456789abcdef-1.dcm");
-    receive(path);
-    EXPECT_EQ(counts(), (Counts{{FindingKind::waitsInInbox, {1, 0}}}));
-    EXPECT_TRUE(examine().isWell());
-
-    home.clock.advance(state::InboxFigures::kLongWait);
-
-    EXPECT_EQ(counts(), (Counts{{FindingKind::waitsLongInInbox, {1, 0}}}));
-    EXPECT_FALSE(examine().isWell());
-
-    write(path); // its time is far ahead of the clock
-    EXPECT_EQ(counts(), (Counts{{FindingKind::waitsLongInInbox, {1, 0}}}));
-}
-
-TEST_F(DoctorTest, TellsOfAFileStoreThatCannotBeWritten)
-{
-    write(home.fileStoreRoot() + QStringLiteral("/.incoming"));
-
-    const Diagnosis diagnosis = examine();
-
-    ASSERT_EQ(diagnosis.findings.size(), 1);
-    EXPECT_EQ(diagnosis.findings.first().kind, FindingKind::storeNotWritten);
-    EXPECT_EQ(diagnosis.findings.first().examples, (QList<FileName>{{home.fileStoreRoot(), {}, {}}}));
-    EXPECT_FALSE(diagnosis.isWell());
-}
-
-TEST_F(DoctorTest, TellsWhatLiesInTheIncomingFolder)
-{
-    receive(inbox() + QStringLiteral("/quorin-0123456789abcdef0123456789abcdef-1.dcm"));
-    write(inbox() + QStringLiteral("/somebody's.txt"));
-    write(inbox() + QStringLiteral("/.rejected/quorin-0123456789abcdef0123456789abcdef-2.dcm"));
-
-    EXPECT_EQ(counts(true),
-              (Counts{{FindingKind::waitsInInbox, {1, 0}}, {FindingKind::rejectedObject, {1, 0}}}));
-}
-
-TEST_F(DoctorTest, TakesInOnRequestWhatWasSetAsideAndCanBeReadByNow)
-{
-    const QString aside = inbox() + QStringLiteral("/.rejected/12345678-quorin-a-1.dcm");
-    write(aside);
-    index::testing::writeSyntheticFile(aside, TemporaryIndex::image(QStringLiteral("9.1")));
-
-    EXPECT_EQ(counts(), (Counts{{FindingKind::rejectedObject, {1, 0}}}));
-    EXPECT_EQ(counts(true), (Counts{{FindingKind::rejectedObject, {1, 1}}}));
-
-    EXPECT_FALSE(QFileInfo::exists(aside));
-    EXPECT_EQ(rows(), 1);
-    EXPECT_TRUE(examine().findings.isEmpty());
-}
-
-TEST_F(DoctorTest, LooksIntoTheIncomingFolderOfBeforeAsWell)
-{
-    folders.enter(inbox());
-    settings.listenerDestinationFolder.set(home.path(QStringLiteral("chosen")));
-    ASSERT_TRUE(QDir().mkpath(inbox() + QStringLiteral("/.part")));
-    const QString aside =
-        inbox() + QStringLiteral("/.rejected/12345678-quorin-0123456789abcdef0123456789abcdef-2.dcm");
-    write(aside);
-    index::testing::writeSyntheticFile(aside, TemporaryIndex::image(QStringLiteral("9.1")));
-    receive(inbox() + QStringLiteral("/quorin-0123456789abcdef0123456789abcdef-1.dcm"));
-
-    EXPECT_EQ(counts(true),
-              (Counts{{FindingKind::waitsInInbox, {1, 0}}, {FindingKind::rejectedObject, {1, 1}}}));
-
-    EXPECT_EQ(rows(), 1);
-}
-
-TEST_F(DoctorTest, LeavesTheIncomingFolderOfAnotherGatewayAlone)
-{
-    ASSERT_TRUE(QDir().mkpath(inbox() + QStringLiteral("/.part")));
-    const QString aside = inbox() + QStringLiteral("/.rejected/12345678-quorin-a-1.dcm");
-    write(aside);
-    index::testing::writeSyntheticFile(aside, TemporaryIndex::image(QStringLiteral("9.1")));
-    platform::UserDefaults othersDefaults(home.path(QStringLiteral("others.sqlite")));
-    core::Settings othersSettings(othersDefaults);
-    receive::IncomingFolders others(othersDefaults, othersSettings, inbox());
-    ASSERT_TRUE(others.own(inbox()));
-
-    EXPECT_EQ(counts(true), (Counts{{FindingKind::inboxInUse, {1, 0}}}));
-
-    EXPECT_TRUE(QFileInfo::exists(aside));
-    EXPECT_FALSE(examine().isWell());
-}
-
-TEST_F(DoctorTest, TellsOfAnIncomingFolderOfBeforeThatIsOutOfSight)
-{
-    const QString away = home.path(QStringLiteral("volume/Import"));
-    ASSERT_TRUE(folders.enter(away));
-    ASSERT_TRUE(QDir(away).removeRecursively());
-
-    const Diagnosis diagnosis = examine(true);
-
-    ASSERT_EQ(diagnosis.findings.size(), 1);
-    EXPECT_EQ(diagnosis.findings.first().kind, FindingKind::formerInboxOutOfSight);
-    EXPECT_EQ(diagnosis.findings.first().examples, (QList<FileName>{{away, {}, {}}}));
-    EXPECT_FALSE(diagnosis.isWell());
-}
-
-TEST_F(DoctorTest, LogsWhatItTakesInUnderTheNameThatTheLogKnows)
-{
-    using log::GatewayLogAction;
-    const QString aside =
-        inbox() + QStringLiteral("/.rejected/12345678-quorin-0123456789abcdef0123456789abcdef-2.dcm");
-    write(aside);
-    counts(true);
-    index::testing::writeSyntheticFile(aside, TemporaryIndex::image(QStringLiteral("9.1")));
-
-    counts(true);
-
-    std::vector<GatewayLogAction> actions;
-    for (const log::GatewayLogEvent &event : logged.events()) {
-        actions.push_back(event.action);
-        EXPECT_EQ(event.fileHash,
-                  log::hashedIdentifier(inbox() +
-                                        QStringLiteral("/quorin-0123456789abcdef0123456789abcdef-2.dcm")));
-        EXPECT_EQ(event.details->value(QStringLiteral("trigger")), QStringLiteral("doctor"));
-    }
-    EXPECT_EQ(actions,
-              (std::vector{GatewayLogAction::importAttempted,
-                           GatewayLogAction::importFailed,
-                           GatewayLogAction::importAttempted,
-                           GatewayLogAction::importSucceeded,
-                           GatewayLogAction::incomingFileDeleted}));
-    const QString stored = home.rows(QStringLiteral("SELECT pathString FROM DicomImage")).value(0);
-    EXPECT_EQ(logged.events().back().details->value(QStringLiteral("stored_file_hash")),
-              log::hashedFileURL(home.index().fileURL(stored)));
-}
-
-TEST_F(DoctorTest, RemovesOnRequestWhatADeletionHadToLeave)
-{
-    const QString path = importOne(QStringLiteral("9.1"));
-    home.execute(QStringLiteral("PRAGMA foreign_keys = 1; DELETE FROM Study;"
-                                "INSERT INTO PendingRemoval VALUES ('%1')")
-                     .arg(path));
-
-    EXPECT_EQ(counts(), (Counts{{FindingKind::waitsForRemoval, {1, 0}}}));
-    EXPECT_EQ(counts(true), (Counts{{FindingKind::waitsForRemoval, {1, 1}}}));
-
-    EXPECT_FALSE(QFileInfo::exists(pathOf(path)));
-    EXPECT_TRUE(examine().findings.isEmpty());
 }
 
 TEST_F(DoctorTest, TellsWhyImagesWereNotSentWithAFewExamples)

@@ -89,8 +89,9 @@ Words wordsOf(FindingKind kind)
         return {"rowWithoutFile",
                 true,
                 QT_TRANSLATE_NOOP("DoctorFinding",
-                                  "An image in the index names no file, so that it can't be sent. Send it "
-                                  "again from the device that made it.")};
+                                  "An image in the index names no file, so that it can't be sent. Where "
+                                  "another file store was taken for that of the index, it lies in the one "
+                                  "before; else send it again from the device that made it.")};
     case FindingKind::fileGoneAfterUpload:
         return {"fileGoneAfterUpload",
                 false,
@@ -152,6 +153,14 @@ Words wordsOf(FindingKind kind)
                               "A received image has been waiting in the incoming folder for more than five "
                               "minutes. It is kept. Start the gateway and its listener where they don't "
                               "run, and see to what else is told here; it is taken in by itself then.")};
+    case FindingKind::inboxOutOfSight:
+        return {"inboxOutOfSight",
+                true,
+                QT_TRANSLATE_NOOP("DoctorFinding",
+                                  "The incoming folder is out of sight, or another one stands in its place, "
+                                  "and received images may wait in it. Bring its volume back; what waits is "
+                                  "taken in by itself. Where it is gone for good, make an empty folder .part "
+                                  "in it, in the place of one that is there.")};
     case FindingKind::formerInboxOutOfSight:
         return {"formerInboxOutOfSight",
                 true,
@@ -159,6 +168,14 @@ Words wordsOf(FindingKind kind)
                                   "An incoming folder that was used before another was chosen is out of "
                                   "sight, and received images may wait there. Bring its volume back; what "
                                   "waits is taken in by itself.")};
+    case FindingKind::inboxOfAnotherHome:
+        return {"inboxOfAnotherHome",
+                true,
+                QT_TRANSLATE_NOOP("DoctorFinding",
+                                  "Received images wait in an incoming folder that was used while this home "
+                                  "lay elsewhere. They are left to the gateway of that home. Where there is "
+                                  "none, because the home was moved, choose that folder as the incoming "
+                                  "folder until it is empty.")};
     case FindingKind::inboxInUse:
         return {"inboxInUse",
                 true,
@@ -187,6 +204,16 @@ Words wordsOf(FindingKind kind)
                                   "there. Nothing is taken in; what was received is kept in the incoming "
                                   "folder. Bring its volume back; where the store was emptied on purpose, "
                                   "make a folder 10000 in it.")};
+    case FindingKind::anotherStore:
+        return {"anotherStore",
+                true,
+                QT_TRANSLATE_NOOP("DoctorFinding",
+                                  "Another file store stands where that of the index was: it has another "
+                                  "number, or holds other images. Nothing is taken in, sent or removed; what "
+                                  "was received is kept in the incoming folder. Bring the right volume "
+                                  "back. Only where this is the one to be used from now on: --repair takes "
+                                  "it for that, and records what it holds; of the other one, images that "
+                                  "weren't sent are told as images without a file.")};
     case FindingKind::listenerNotListening:
         return {
             "listenerNotListening",
@@ -201,6 +228,13 @@ Words wordsOf(FindingKind kind)
             QT_TRANSLATE_NOOP("DoctorFinding",
                               "An image waits, and nobody is signed in to the cloud. It is kept here, but "
                               "not sent. Sign in: quorin-gateway sign-in --email ADDRESS.")};
+    case FindingKind::formerIndexKept:
+        return {"formerIndexKept",
+                false,
+                QT_TRANSLATE_NOOP("DoctorFinding",
+                                  "The index as the version before left it is kept, so that one can go back "
+                                  "to that version. It goes when this one has been ended in an orderly way "
+                                  "and starts again.")};
     case FindingKind::rejectedObject:
         break;
     }
@@ -235,6 +269,7 @@ bool isMendable(FindingKind kind)
     case FindingKind::earlierCopy:
     case FindingKind::wholeCopy:
     case FindingKind::waitsForRemoval:
+    case FindingKind::anotherStore:
     case FindingKind::rejectedObject:
         return true;
     case FindingKind::indexDamaged:
@@ -250,13 +285,16 @@ bool isMendable(FindingKind kind)
     case FindingKind::foreignFile:
     case FindingKind::waitsInInbox:
     case FindingKind::waitsLongInInbox:
+    case FindingKind::inboxOutOfSight:
     case FindingKind::formerInboxOutOfSight:
+    case FindingKind::inboxOfAnotherHome:
     case FindingKind::inboxInUse:
     case FindingKind::indexNotWritten:
     case FindingKind::storeNotWritten:
     case FindingKind::storeOutOfSight:
     case FindingKind::listenerNotListening:
     case FindingKind::nobodySignedIn:
+    case FindingKind::formerIndexKept:
         break;
     }
     return false;

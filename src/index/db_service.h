@@ -21,7 +21,7 @@ struct ImportedFileSummary
     bool operator==(const ImportedFileSummary &) const = default;
 };
 
-/// Who else has hands on a source file.
+/// Who else may read or write a source file.
 enum class ImportSource
 {
     foreign, ///< anybody: the store takes a copy

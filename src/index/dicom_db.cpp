@@ -28,12 +28,17 @@ std::int64_t ledger(const IndexStore &store, const char *sql)
 
 DicomDB::DicomDB(DicomDBPaths paths, DicomDBCollaborators with)
     : m_with(with), m_store(paths.indexFile),
-      m_files(std::move(paths.fileStoreRoot),
+      m_files(paths.fileStoreRoot,
               with.defaults,
               with.clock,
               with.files,
-              ledger(m_store, "SELECT nextFileNumber FROM Ledger"),
-              ledger(m_store, "SELECT newestAcknowledged FROM Ledger")),
+              {.nextNumber = ledger(m_store, "SELECT nextFileNumber FROM Ledger"),
+               .newestAcknowledged = ledger(m_store, "SELECT newestAcknowledged FROM Ledger"),
+               .whoseFiles =
+                   [this, root = paths.fileStoreRoot] { return whoseFiles(root, m_store, m_with.parser); },
+               .letGoOfFiles = [this] { return letGoOfFiles(); },
+               .forgetRemovals = [this] { return forgetRemovals(); },
+               .takenUp = [this] { m_storeRecording.noteWhatIsLacking(); }}),
       m_announcement(std::make_shared<Announcement>()), m_failedUploads(m_store, m_files, with.clock),
       m_sendCount(with.defaults, with.clock),
       m_storeRecording(
@@ -49,6 +54,12 @@ DicomDB::~DicomDB()
 QString DicomDB::fileStoreRoot()
 {
     return m_files.root();
+}
+
+bool DicomDB::takeUpStore()
+{
+    m_files.takeUp();
+    return m_files.isOutOfSight();
 }
 
 QUrl DicomDB::fileURL(const QString &pathString) const

@@ -15,6 +15,7 @@
 #include "platform/concurrency/mutex.h"
 
 #include <QtCore/QDateTime>
+#include <QtCore/QHash>
 #include <QtCore/QList>
 #include <QtCore/QSet>
 #include <QtCore/QString>
@@ -39,7 +40,7 @@ class UserDefaults;
 
 namespace gateway::index {
 
-class Patience;
+class StorageRetry;
 struct ParsedObject;
 
 /// Where the index keeps its things.
@@ -109,6 +110,17 @@ public:
     /// True while nothing is taken in because the file store can't be seen where it was.
     bool isStoreOutOfSight() const { return m_files.isOutOfSight(); }
 
+    /// The same, after a look whether the store can be taken up that wasn't in sight before. Blocks for as
+    /// long as its volume doesn't answer.
+    bool takeUpStore();
+
+    /// True where a store stands there that isn't this index's: see FileStore.
+    bool isStoreAnother() const { return m_files.isAnother(); }
+
+    /// Takes it for this index's from now on, on a person's word, and records its files. \return false when
+    /// that failed.
+    bool acceptStore();
+
     // --- Parts, each of use as long as the index lives --------------------------------------------------
 
     /// Why files that wait were not uploaded, and for how long they wait.
@@ -116,6 +128,9 @@ public:
 
     /// Gives a store the rows again that a lost index left it without.
     StoreRecording &storeRecording() { return m_storeRecording; }
+
+    /// What is kept of the index as an older version of the program left it.
+    const FormerIndex &former() const { return m_store.former(); }
 
     /// What compares the index with itself and with the file store.
     IndexExamination examination();
@@ -126,16 +141,20 @@ public:
     std::optional<QList<PendingImageUpload>> pendingImageUploads(int limit, PendingCursor &cursor) override;
     void markImagesInProgress(const QList<ImageObjectID> &imageObjectIDs) override;
     SentBefore sentBefore(const SentInstance &next) override;
-    bool noteCloud(const QString &cloud) override;
-    void noteQueryAnswered() override;
-    bool noteQueryRefused() override;
+    void noteQueryAnswered(const QString &cloud) override;
+    bool noteQueryRefused(const QString &cloud) override;
+    void noteQueryFailed(const QString &cloud) override;
     std::optional<QList<SentBefore>> noteSending(const QList<SentInstance> &instances) override;
+    void noteTriedInVain(const QList<SentInstance> &instances) override;
+    QList<std::optional<std::int64_t>> recordUploadResults(const QList<UploadResult> &results) override;
+    bool mayOtherVersionBeSent(const SentInstance &sent) override;
+    std::int64_t resetInProgressImages(const QList<ImageObjectID> &imageObjectIDs) override;
+
+    /// Records how one upload ended of a file that lies in the store that is the index's now.
     std::optional<std::int64_t> recordUploadResult(const QList<ImageObjectID> &imageObjectIDs,
                                                    const std::optional<QString> &storagePath,
                                                    bool synced,
-                                                   const UploadResultDetails &more = {}) override;
-    bool mayOtherVersionBeSent(const SentInstance &sent) override;
-    std::int64_t resetInProgressImages(const QList<ImageObjectID> &imageObjectIDs) override;
+                                                   const UploadResultDetails &more = {});
 
     /// The first candidates, at most `limit` (below 1 counts as 1), each with all its waiting rows.
     QList<PendingImageUpload> pendingImageUploads(int limit);
@@ -154,13 +173,7 @@ public:
                                    int count) const override;
     QString fileStoreRoot() override;
 
-    // --- Counts and snapshots ------------------------------------------------------------------------
-
-    /// Rows that aren't synced: absent, 0, 2 or 3; of studies and series by their stored state.
-    EntityCounts notSyncedCounts();
-    EntityCounts totalCounts() const;
-    std::int64_t syncedImagesCount() const;
-    std::int64_t failedImagesCount() const;
+    // --- Snapshots -----------------------------------------------------------------------------------
 
     QList<LocalStudySnapshot> studySnapshots() override;
     QList<LocalSeriesSnapshot> seriesSnapshots(const QString &identity) override;
@@ -203,6 +216,8 @@ public:
 
 private:
     struct Announcement;
+    struct Recording;
+    using Unsaved = QHash<QString, StoreTurn>;
     using DeleteRows = std::function<std::int64_t(platform::Database &, QSet<QString> &paths)>;
     using Find = std::function<std::optional<std::int64_t>(platform::Database &, const QString &identity)>;
 
@@ -219,28 +234,41 @@ private:
                                              const PendingPlace &start) const;
     std::optional<StoredFile> takeUpEarlierImport(const QString &path, ImportSource source);
     bool isToGo(const QString &path) const;
-    Recorded save(Patience &patience, const ParsedObject &object, const StoredFile &stored);
+    bool mayRemove(const QString &path) const;
+    Recorded save(StorageRetry &retry, const ParsedObject &object, const StoredFile &stored);
     [[noreturn]] void leaveUnsaved(const StoredFile &stored, const QString &why);
-    void settleUnsaved(Patience &patience);
+    StoreTurn turnToImportInto(StorageRetry &retry);
+    void settleUnsaved(StorageRetry &retry);
+    void record(platform::Database &database, const UploadResult &result, Recording &recording) const;
     bool hasOthersBeside(const QString &path) const;
     void releaseSentBeside(const QString &successor);
     void dropEqualCopies(const Recorded &recorded, const StoredFile &stored);
     void removeReleased(const QSet<QString> &paths, RemovalReason reason);
+    bool letGoOfFiles();
+    bool forgetRemovals();
     bool pruneBatch(std::int64_t cutoff, LocalPruneResult &result);
     std::optional<OutsideCloud>
     countOutside(const QStringList &identities, const Find &find, const char *count) const;
     DeletionCounts deleteParents(std::int64_t requested, const DeleteRows &deleteRows);
     std::int64_t removeFiles(const QSet<QString> &paths, RemovalReason reason) QUORIN_REQUIRES(m_deletion);
     void forgetRemovals(const QStringList &paths);
-    bool isReferred(const QString &path) const;
+
+    /// A cloud says that it has no queries, and nothing else since then, by the clock that nobody sets.
+    struct QueryRefusal
+    {
+        QString cloud;
+        std::chrono::nanoseconds since;
+    };
 
     const DicomDBCollaborators m_with;
     IndexStore m_store;
     FileStore m_files;
     platform::Mutex m_deletion; // one deletion at a time, from its rows to its files
     platform::Mutex m_unsavedMutex;
-    QSet<QString> m_unsaved QUORIN_GUARDED_BY(m_unsavedMutex); // moved in, and their rows could not be saved
+    Unsaved m_unsaved QUORIN_GUARDED_BY(m_unsavedMutex); // moved in, and their rows could not be saved
     const std::int64_t m_sender = newSender();
+    platform::Mutex m_refusalMutex;
+    std::optional<QueryRefusal> m_refusal QUORIN_GUARDED_BY(m_refusalMutex);
     std::atomic<bool> m_hasPerformedSyncStateBackfill = false;
     std::shared_ptr<Announcement> m_announcement;
     std::stop_source m_stop;

@@ -3,6 +3,7 @@
 
 #include "index/dicom_db.h"
 #include "index/row_identity.h"
+#include "index/sent_instances.h"
 #include "index/stored_copies.h"
 #include "platform/sqlite/database.h"
 
@@ -23,21 +24,18 @@ constexpr int kRowsOfABatch = 500;
 // So many files are looked at between two notes in the index.
 constexpr int kFilesOfAPage = 500;
 
-// Rows stay as long as their file stands for another that its own upload doesn't prove (see kProven).
-constexpr const char *kEligible =
-    "SELECT pk, pathString FROM DicomImage INDEXED BY DicomImage_uploaded "
+// Of the images that went to the cloud before a date. Rows stay as long as their file stands for another that
+// its own upload doesn't prove (see kProven).
+const std::string kMayGo =
+    " FROM DicomImage INDEXED BY DicomImage_uploaded "
     "WHERE syncState = 1 AND uploadDate IS NOT NULL AND leftCloud = 0 AND uploadDate < ? "
     "AND NOT EXISTS (SELECT 1 FROM SupersededFile WHERE successor = DicomImage.pathString "
     "AND (SupersededFile.acknowledged >= DicomImage.acknowledged OR DicomImage.damaged <> 0 "
-    "OR SupersededFile.owed <> 0)) "
-    "ORDER BY uploadDate, pk LIMIT ?";
+    "OR SupersededFile.owed <> 0)) ";
 
-constexpr const char *kCountEligible =
-    "SELECT count(*) FROM (SELECT 1 FROM DicomImage INDEXED BY DicomImage_uploaded "
-    "WHERE syncState = 1 AND uploadDate IS NOT NULL AND leftCloud = 0 AND uploadDate < ? "
-    "AND NOT EXISTS (SELECT 1 FROM SupersededFile WHERE successor = DicomImage.pathString "
-    "AND (SupersededFile.acknowledged >= DicomImage.acknowledged OR DicomImage.damaged <> 0 "
-    "OR SupersededFile.owed <> 0)) LIMIT ?)";
+const std::string kEligible = "SELECT pk, pathString" + kMayGo + "ORDER BY uploadDate, pk LIMIT ?";
+
+const std::string kCountEligible = "SELECT count(*) FROM (SELECT 1" + kMayGo + "LIMIT ?)";
 
 constexpr std::int64_t kAll = -1;
 
@@ -61,7 +59,8 @@ constexpr const char *kOutsideCloudOfSeries =
 
 // In the order of CloudDeletion.
 constexpr const char *kNoteCloudDeletion[] = {
-    "UPDATE DicomImage SET leftCloud = 1 WHERE leftCloud = 0 AND syncState IN (1, 3) AND series = ?",
+    // One that was begun before and never ended may have been done: a refusal of this one says nothing of it.
+    "UPDATE DicomImage SET leftCloud = min(leftCloud + 1, 2) WHERE syncState IN (1, 3) AND series = ?",
     "UPDATE DicomImage SET leftCloud = 2 WHERE syncState IN (1, 3) AND series = ?",
     "UPDATE DicomImage SET leftCloud = 0 WHERE leftCloud = 1 AND series = ?"};
 
@@ -123,6 +122,25 @@ PrunedRows pruneRows(Database &database, std::int64_t cutoff)
     return rows;
 }
 
+constexpr const char *kForgetRemovals = "DELETE FROM PendingRemoval WHERE pathString NOT LIKE '/%'";
+
+/// Rows say nothing of files any more: those of images that are in the cloud go, and the others stay as
+/// images without a file. All files of the store are to be recorded, and nobody knows what was sent of them.
+void forgetFiles(Database &database)
+{
+    database.exec(kForgetRemovals);
+    database.exec("DELETE FROM SupersededFile");
+    database.exec("DELETE FROM DicomImage WHERE syncState = 1 AND pathString NOT LIKE '/%'");
+    database.exec("UPDATE DicomImage SET pathString = '', damaged = 0, syncState = 0 "
+                  "WHERE pathString NOT LIKE '/%'");
+    database.exec(kDeleteEmptySeries);
+    database.exec(kDeleteEmptyStudies);
+    index::rollUpAllStates(database);
+    database.exec("UPDATE Ledger SET recordAgainFrom = 0");
+    beginStoreTurn(database);
+    noteUnrecordedSends(database);
+}
+
 /// Deletes the row of a study or series and adds the paths of its images.
 void deleteParent(
     Database &database, std::int64_t key, const char *pathsOf, const char *deletion, QSet<QString> &paths)
@@ -142,16 +160,14 @@ std::int64_t countOutsideCloud(Database &database, const char *count, std::int64
     return row.step() ? row.integer(0) : 0;
 }
 
-/// The series with this UID, or all of the study where it is empty.
+/// The series with this UID, as a cloud knows it, or all of the study where it is empty.
 std::vector<std::int64_t> seriesNamed(Database &database, std::int64_t study, const QString &uid)
 {
     std::vector<std::int64_t> keys;
-    if (!uid.isEmpty()) {
-        const auto key = findSeries(database, study, uid);
-        return key ? std::vector{*key} : keys;
-    }
-    Statement row = database.prepare("SELECT pk FROM Series WHERE study = ?");
-    row.bindAll(study);
+    Statement row =
+        database.prepare("SELECT pk FROM Series WHERE study = ?1 AND "
+                         "(?2 = '' OR trim(seriesDICOMUID) = ?2 OR trim(originalSeriesInstanceUID) = ?2)");
+    row.bindAll(study, uid.trimmed());
     while (row.step()) {
         keys.push_back(row.integer(0));
     }
@@ -182,6 +198,29 @@ QStringList normalized(const QStringList &identifiers)
 
 } // namespace
 
+bool DicomDB::acceptStore()
+{
+    bool isAccepted = false;
+    {
+        const MutexLock lock(m_deletion); // whoever removes files has their names of the store before
+        isAccepted = m_files.accept();
+    }
+    postLocalSyncStateChanged();
+    return isAccepted;
+}
+
+/// Called in the midst of `acceptStore`.
+bool DicomDB::letGoOfFiles()
+{
+    return m_store.tryWrite(forgetFiles);
+}
+
+/// May be called while the index is made.
+bool DicomDB::forgetRemovals()
+{
+    return m_store.tryWrite([](Database &database) { database.exec(kForgetRemovals); });
+}
+
 bool DicomDB::pruneBatch(std::int64_t cutoff, LocalPruneResult &result)
 {
     const MutexLock lock(m_deletion);
@@ -198,6 +237,9 @@ bool DicomDB::pruneBatch(std::int64_t cutoff, LocalPruneResult &result)
 
 LocalPruneResult DicomDB::pruneSyncedImages(const QDateTime &cutoff)
 {
+    if (m_files.isOutOfSight()) {
+        return {}; // the rows tell its files from another store's
+    }
     finishRemovals();
     const std::int64_t before = cutoff.toMSecsSinceEpoch();
     const auto eligible = [&](std::int64_t atMost) -> std::int64_t {
@@ -362,7 +404,7 @@ std::int64_t DicomDB::removeFiles(const QSet<QString> &paths, RemovalReason reas
         bool isBeingImported = false;
         const auto isInUse = [&] {
             isBeingImported = m_files.isBeingImported(path);
-            return isBeingImported || isReferred(path);
+            return isBeingImported || !mayRemove(path);
         };
         switch (m_files.removeUnless(path, isInUse)) {
         case FileStore::Removal::removed:
@@ -399,28 +441,25 @@ void DicomDB::forgetRemovals(const QStringList &paths)
     });
 }
 
-/// Throws SqliteError.
-bool DicomDB::isReferred(const QString &path) const
+/// True for a file that is noted for its removal, still, and that nothing needs. Whoever wants it removed may
+/// have noted it while another store was that of the index. Throws SqliteError.
+bool DicomDB::mayRemove(const QString &path) const
 {
-    return m_store.read([&](Database &database) { return isNeeded(database, path); });
+    return m_store.read(
+        [&](Database &database) { return isNotedForRemoval(database, path) && !isNeeded(database, path); });
 }
 
 /// True for a file that waits for its removal, and when that can't be told.
 bool DicomDB::isToGo(const QString &path) const
 {
     try {
-        return m_store.read([&](Database &database) {
-            Statement row =
-                database.prepare("SELECT EXISTS (SELECT 1 FROM PendingRemoval WHERE pathString = ?)");
-            row.bindAll(path);
-            return row.step() && row.integer(0) != 0;
-        });
+        return m_store.read([&](Database &database) { return isNotedForRemoval(database, path); });
     } catch (const SqliteError &) {
         return true;
     }
 }
 
-/// Removes files that are noted for it; what can't be removed now stays noted.
+/// Removes those of the files that are noted for it; what can't be removed now stays noted.
 void DicomDB::removeReleased(const QSet<QString> &paths, RemovalReason reason)
 {
     if (!paths.isEmpty()) {

@@ -126,7 +126,7 @@ TEST_P(DeletionCrash, AtAnyStepLeavesNoRowWithoutFileAndAfterTheNextOpeningNoOrp
         finished = survives(home, disk, GetParam(), step);
 
         expectNoOrphanAfterReopening(home);
-        EXPECT_GE(home.index().totalCounts().images, 1) << "the other study";
+        EXPECT_GE(home.index().counts().total.images, 1) << "the other study";
     }
     EXPECT_GE(step, 4) << "two removals, a sync, and the whole way";
 }
@@ -175,7 +175,7 @@ TEST(PruneAndKill, LeavesNoRowWithoutFileAndIsFinishedByTheNextOne)
 
         expectNoOrphanAfterReopening(home);
         prune(home);
-        EXPECT_EQ(home.index().totalCounts(), (EntityCounts{2, 2, 2}));
+        EXPECT_EQ(home.index().counts().total, (EntityCounts{2, 2, 2}));
         EXPECT_EQ(storedFiles(home).size(), 2);
     }
 }

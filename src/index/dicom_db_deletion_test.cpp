@@ -26,7 +26,7 @@ TEST_F(Prune, LetsGoOfRowsFilesAndEmptiedParents)
 
     EXPECT_FALSE(isStored(first));
     EXPECT_FALSE(isStored(second));
-    EXPECT_EQ(index.totalCounts(), (EntityCounts{0, 0, 0}));
+    EXPECT_EQ(index.counts().total, (EntityCounts{0, 0, 0}));
     EXPECT_EQ(noted(), 0);
     EXPECT_EQ(home.announcements(), 1);
 }
@@ -39,7 +39,7 @@ TEST_F(Prune, OfNothingTouchesNothing)
 
     EXPECT_EQ(pruneAll(), LocalPruneResult{});
 
-    EXPECT_EQ(index.totalCounts(), (EntityCounts{2, 1, 1})) << "no sweep of emptied parents";
+    EXPECT_EQ(index.counts().total, (EntityCounts{2, 1, 1})) << "no sweep of emptied parents";
     EXPECT_EQ(home.announcements(), 0);
 }
 
@@ -84,7 +84,7 @@ TEST_F(Prune, AnImageInAnyOtherStateIsNeverEligibleHoweverOld)
 
     EXPECT_EQ(pruneAll(), LocalPruneResult{});
 
-    EXPECT_EQ(index.totalCounts().images, 4);
+    EXPECT_EQ(index.counts().total.images, 4);
     EXPECT_EQ(storedFiles().size(), 4);
 }
 
@@ -102,6 +102,37 @@ TEST_F(Prune, AFileSharedByTwoRowsOfWhichOneGoesStaysOnDisk)
     EXPECT_FALSE(isStored(path));
 }
 
+TEST_F(Prune, OnlyTheSeriesThatAPersonDeletedFromTheCloudStays)
+{
+    const auto ofSeries = [](const QString &uid) {
+        return QVariantMap{{kSeries, uid},
+                           {QStringLiteral("seriesInstanceUID"), uid},
+                           {QStringLiteral("seriesDICOMUID"), uid}};
+    };
+    const QString kept = uploaded(QStringLiteral("9.1"), ofSeries(QStringLiteral("1.9.10")));
+    const QString other = uploaded(QStringLiteral("9.2"), ofSeries(QStringLiteral("1.9.1"))); // key 1.9.10
+
+    ASSERT_TRUE(
+        index.noteCloudDeletion(QStringLiteral("1.2"), QStringLiteral("1.9.10"), CloudDeletion::done));
+
+    EXPECT_EQ(pruneAll().deletedImageCount, 1);
+    EXPECT_TRUE(isStored(kept));
+    EXPECT_FALSE(isStored(other));
+}
+
+TEST_F(Prune, ARefusalTakesNothingBackThatAnEarlierDeletionMayHaveDone)
+{
+    const QString path = uploaded(QStringLiteral("9.1"));
+    const QString study = QStringLiteral("1.2");
+    ASSERT_TRUE(index.noteCloudDeletion(study, {}, CloudDeletion::begins)); // and the program is killed
+
+    ASSERT_TRUE(index.noteCloudDeletion(study, {}, CloudDeletion::begins));
+    ASSERT_TRUE(index.noteCloudDeletion(study, {}, CloudDeletion::refused));
+
+    EXPECT_EQ(pruneAll(), LocalPruneResult{});
+    EXPECT_TRUE(isStored(path));
+}
+
 TEST_F(Prune, AnImageThatAPersonDeletedFromTheCloudStaysUntilItIsSentAgain)
 {
     const QString path = uploaded(QStringLiteral("9.1"));
@@ -111,7 +142,7 @@ TEST_F(Prune, AnImageThatAPersonDeletedFromTheCloudStaysUntilItIsSentAgain)
     EXPECT_EQ(pruneAll(), LocalPruneResult{}) << "a program that ended here knows nothing else";
     ASSERT_TRUE(index.noteCloudDeletion(study, {}, CloudDeletion::refused));
     EXPECT_EQ(index.imagesOutsideCloud({study}), OutsideCloud());
-    ASSERT_TRUE(index.noteCloudDeletion(study, QStringLiteral("1.2.30"), CloudDeletion::done));
+    ASSERT_TRUE(index.noteCloudDeletion(study, QStringLiteral("1.2.3"), CloudDeletion::done));
     ASSERT_TRUE(index.noteCloudDeletion(study, {}, CloudDeletion::refused)) << "of a second deletion";
     EXPECT_EQ(pruneAll(), LocalPruneResult{});
     EXPECT_EQ(index.imagesOutsideCloud({study}), (OutsideCloud{{study, 1}}));
@@ -154,11 +185,11 @@ TEST_F(Prune, HealsParentsThatWereEmptiedEarlier)
     index.deleteSeries(QStringLiteral("7"), {QStringLiteral("7.10")});
     importOne(QStringLiteral("8.1"), {{kStudy, QStringLiteral("8")}});
     home.execute(QStringLiteral("DELETE FROM DicomImage"));
-    ASSERT_EQ(index.totalCounts(), (EntityCounts{2, 1, 0}));
+    ASSERT_EQ(index.counts().total, (EntityCounts{2, 1, 0}));
     uploaded(QStringLiteral("9.1"));
 
     EXPECT_EQ(pruneAll(), (LocalPruneResult{1, 1, 2, 3, 1, 0}));
-    EXPECT_EQ(index.totalCounts(), (EntityCounts{0, 0, 0}));
+    EXPECT_EQ(index.counts().total, (EntityCounts{0, 0, 0}));
 }
 
 TEST_F(Prune, ASlipOfAKeptCountTakesNoImageAlong)
@@ -184,7 +215,7 @@ TEST_F(Prune, ASaveThatFailsLeavesEveryRowAndFile)
     EXPECT_EQ(pruneAll(), (LocalPruneResult{2, 0, 0, 0, 0, 2}));
 
     EXPECT_TRUE(isStored(path));
-    EXPECT_EQ(index.totalCounts(), (EntityCounts{1, 1, 2}));
+    EXPECT_EQ(index.counts().total, (EntityCounts{1, 1, 2}));
     EXPECT_EQ(noted(), 0);
     EXPECT_EQ(home.announcements(), 0);
 }
@@ -199,7 +230,7 @@ TEST_F(Prune, ASaveThatFailsHalfWayKeepsWhatWentBeforeAndCountsTheRest)
 
     EXPECT_EQ(result.eligibleImageCount, 700);
     EXPECT_GT(result.deletedImageCount, 0);
-    EXPECT_EQ(result.failedImageCount, index.totalCounts().images);
+    EXPECT_EQ(result.failedImageCount, index.counts().total.images);
     EXPECT_EQ(result.deletedImageCount + result.failedImageCount, 700);
     EXPECT_EQ(result.deletedFileCount, 0);
     EXPECT_EQ(storedFiles().size(), 1);
@@ -256,7 +287,7 @@ TEST_F(DeleteStudies, TakeEverythingOfTheirsWhateverItsState)
 
     EXPECT_EQ(index.deleteStudies({QStringLiteral(" 1.2\n")}), (DeletionCounts{1, 1, 0}));
 
-    EXPECT_EQ(index.totalCounts(), (EntityCounts{1, 1, 1}));
+    EXPECT_EQ(index.counts().total, (EntityCounts{1, 1, 1}));
     EXPECT_EQ(storedFiles(), QStringList{index.fileURL(other).toLocalFile()});
     EXPECT_EQ(noted(), 0);
     EXPECT_EQ(home.announcements(), 0);
@@ -274,9 +305,9 @@ TEST_F(DeleteStudies, LeaveThoseOfWhichMoreWouldBeLostThanIsKnown)
     importOne(QStringLiteral("8.2"), {{kStudy, QStringLiteral("8")}});
     EXPECT_EQ(index.deleteStudies(both, known), (DeletionCounts{2, 1, 1}));
 
-    EXPECT_EQ(index.totalCounts(), (EntityCounts{1, 1, 2}));
+    EXPECT_EQ(index.counts().total, (EntityCounts{1, 1, 2}));
     EXPECT_EQ(index.deleteStudies(both, index.imagesOutsideCloud(both)), (DeletionCounts{2, 1, 1}));
-    EXPECT_EQ(index.totalCounts().images, 0);
+    EXPECT_EQ(index.counts().total.images, 0);
 }
 
 TEST_F(DeleteStudies, OfAListOfBlanksGiveThreeZeros)
@@ -290,7 +321,7 @@ TEST_F(DeleteStudies, OfOneUnknownIdentifierCountItAsFailed)
     importOne(QStringLiteral("9.1"));
 
     EXPECT_EQ(index.deleteStudies({QStringLiteral("4.4")}), (DeletionCounts{1, 0, 1}));
-    EXPECT_EQ(index.totalCounts().studies, 1);
+    EXPECT_EQ(index.counts().total.studies, 1);
 }
 
 TEST_F(DeleteStudies, CountARepeatedIdentifierOnce)
@@ -322,7 +353,7 @@ TEST_F(DeleteStudies, ThatCanNotBeSavedHaveAllFailedAndTouchNoFile)
 
     EXPECT_EQ(index.deleteStudies({QStringLiteral("1.2"), QStringLiteral("8")}), (DeletionCounts{2, 0, 2}));
 
-    EXPECT_EQ(index.totalCounts(), (EntityCounts{2, 2, 2}));
+    EXPECT_EQ(index.counts().total, (EntityCounts{2, 2, 2}));
     EXPECT_EQ(storedFiles().size(), 2);
     EXPECT_EQ(noted(), 0);
 }
@@ -335,7 +366,7 @@ TEST_F(DeleteSeries, TakeTheirImagesAndLeaveTheStudy)
     EXPECT_EQ(index.deleteSeries(QStringLiteral("1.2"), {QStringLiteral("1.2.30"), QStringLiteral("4")}),
               (DeletionCounts{2, 1, 1}));
 
-    EXPECT_EQ(index.totalCounts(), (EntityCounts{1, 1, 1}));
+    EXPECT_EQ(index.counts().total, (EntityCounts{1, 1, 1}));
     EXPECT_EQ(storedFiles(), QStringList{index.fileURL(other).toLocalFile()});
 }
 
@@ -351,7 +382,7 @@ TEST_F(DeleteSeries, LeaveThoseOfWhichMoreWouldBeLostThanIsKnown)
     EXPECT_EQ(index.deleteSeries(QStringLiteral("1.2"), series, known), (DeletionCounts{1, 0, 1}));
     EXPECT_EQ(index.seriesImagesOutsideCloud(QStringLiteral("1.2"), series),
               (OutsideCloud{{QStringLiteral("1.2.30"), 1}}));
-    EXPECT_EQ(index.totalCounts().images, 2);
+    EXPECT_EQ(index.counts().total.images, 2);
 }
 
 TEST_F(DeleteSeries, LeaveAnEmptyStudyUntilThePruneThatFindsRows)
@@ -361,7 +392,7 @@ TEST_F(DeleteSeries, LeaveAnEmptyStudyUntilThePruneThatFindsRows)
     EXPECT_EQ(index.deleteSeries(QStringLiteral("1.2"), {QStringLiteral("1.2.30")}),
               (DeletionCounts{1, 1, 0}));
 
-    EXPECT_EQ(index.totalCounts(), (EntityCounts{1, 0, 0}));
+    EXPECT_EQ(index.counts().total, (EntityCounts{1, 0, 0}));
     uploaded(QStringLiteral("8.1"), {{kStudy, QStringLiteral("8")}});
     EXPECT_EQ(pruneAll().deletedStudyCount, 2);
 }
@@ -373,7 +404,7 @@ TEST_F(DeleteSeries, OfABlankStudyHaveAllFailed)
     EXPECT_EQ(index.deleteSeries(QStringLiteral(" \n"), {QStringLiteral("1.2.30"), QStringLiteral("5")}),
               (DeletionCounts{2, 0, 2}));
     EXPECT_EQ(index.deleteSeries(QStringLiteral("1.2"), {QStringLiteral(" ")}), (DeletionCounts{0, 0, 0}));
-    EXPECT_EQ(index.totalCounts().series, 1);
+    EXPECT_EQ(index.counts().total.series, 1);
 }
 
 TEST_F(DeleteSeries, OfAnUnknownStudyHaveAllFailed)
@@ -390,7 +421,7 @@ TEST_F(DeleteSeries, OfAnotherStudyAreNotFound)
     importOne(QStringLiteral("8.1"), {{kStudy, QStringLiteral("8")}, {kSeries, QStringLiteral("5")}});
 
     EXPECT_EQ(index.deleteSeries(QStringLiteral("1.2"), {QStringLiteral("50")}), (DeletionCounts{1, 0, 1}));
-    EXPECT_EQ(index.totalCounts().series, 2);
+    EXPECT_EQ(index.counts().total.series, 2);
 }
 
 } // namespace gateway::index

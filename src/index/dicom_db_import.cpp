@@ -2,7 +2,7 @@
 
 #include "index/dicom_db.h"
 #include "index/parsed_object.h"
-#include "index/patience.h"
+#include "index/storage_retry.h"
 #include "index/stored_copies.h"
 #include "platform/dicom/dicom_parsing.h"
 #include "platform/files/file_error.h"
@@ -58,20 +58,27 @@ private:
     const StoredFile m_file;
 };
 
-PrivateFile copyPatiently(FileStore &files, Patience &patience, const QString &source, ImportSource hands)
+PrivateFile copyWithRetries(FileStore &files, StorageRetry &retry, const QString &path, ImportSource source)
 {
     try {
-        return patience.untilDone([&] { return files.takePrivateCopy(source, hands); });
+        return retry.untilDone([&] { return files.takePrivateCopy(path, source); });
     } catch (const FileError &error) {
         // Trouble of the one file must not pass for a store that can take nothing in.
-        const Blame blame = platform::isReadable(source) ? Blame::storage : Blame::reading;
+        const Blame blame = platform::isReadable(path) ? Blame::storage : Blame::reading;
         throw GatewayImportError(Kind::copyToTemporaryFailed, blame, error.message());
     }
 }
 
-ParsedObject parse(platform::DicomParsing &parser, const QString &path, ImportSource source)
+/// What a file holds, and the version of its dataset; 0 where not all of it could be read.
+struct Parsed
 {
-    const platform::ParsedFile file = parser.parse(path);
+    ParsedObject object;
+    std::int64_t version = 0;
+};
+
+Parsed parse(platform::DicomParsing &parser, const QString &path, ImportSource source)
+{
+    const platform::ParsedFile file = parser.parseWithVersion(path);
     const auto refuse = [&file](Blame blame) {
         throw GatewayImportError(Kind::dicomParseFailed, blame, file.message, file.code);
     };
@@ -93,7 +100,7 @@ ParsedObject parse(platform::DicomParsing &parser, const QString &path, ImportSo
     if (source == ImportSource::foreign && object.isDamaged) {
         throw GatewayImportError(Kind::objectDamaged, Blame::file);
     }
-    return object;
+    return {object, file.version};
 }
 
 ImportedFileSummary summaryOf(const ParsedObject &object, const Recorded &recorded, const QUrl &storedFile)
@@ -102,22 +109,22 @@ ImportedFileSummary summaryOf(const ParsedObject &object, const Recorded &record
 }
 
 /// An earlier import may have died, or failed, before its file's name was durable.
-void makeDurablePatiently(FileStore &files, Patience &patience, const StoredFile &stored)
+void makeDurableWithRetries(FileStore &files, StorageRetry &retry, const StoredFile &stored)
 {
     try {
-        patience.untilDone([&] { files.makeDurable(stored); });
+        retry.untilDone([&] { files.makeDurable(stored); });
     } catch (const FileError &error) {
         throw GatewayImportError(Kind::moveToLocalDirectoryFailed, Blame::storage, error.message());
     }
 }
 
-StoredFile movePatiently(FileStore &files, Patience &patience, PrivateCopy &copy)
+StoredFile moveInWithRetries(FileStore &files, StorageRetry &retry, PrivateCopy &copy)
 {
     std::optional<StoredFile> stored;
     try {
-        stored = patience.untilDone([&] { return files.moveIn(copy.file()); });
+        stored = retry.untilDone([&] { return files.moveIn(copy.file()); });
         copy.wasMoved();
-        patience.untilDone([&] { files.makeDurable(*stored); });
+        retry.untilDone([&] { files.makeDurable(*stored); });
         return *stored;
     } catch (const FileError &error) {
         if (stored) {
@@ -136,30 +143,44 @@ ImportedFileSummary DicomDB::importFile(const QUrl &url, ImportSource source)
     if (path.isEmpty()) {
         throw GatewayImportError(Kind::invalidSourceURL, Blame::file);
     }
-    Patience patience(m_with.clock, m_stop.get_token());
-    settleUnsaved(patience);
+    StorageRetry retry(m_with.clock, m_stop.get_token());
+    settleUnsaved(retry);
+    const StoreTurn store = turnToImportInto(retry);
     std::optional<StoredFile> stored = takeUpEarlierImport(path, source);
     std::optional<ImportUnderWay> underWay;
-    ParsedObject object;
+    Parsed parsed;
     if (stored) {
         underWay.emplace(m_files, *stored);
-        makeDurablePatiently(m_files, patience, *stored);
-        object = parse(m_with.parser, stored->path, source);
+        makeDurableWithRetries(m_files, retry, *stored);
+        parsed = parse(m_with.parser, stored->path, source);
     } else {
-        PrivateCopy copy(m_files, copyPatiently(m_files, patience, path, source));
-        object = parse(m_with.parser, copy.path(), source);
-        stored = movePatiently(m_files, patience, copy);
+        PrivateCopy copy(m_files, copyWithRetries(m_files, retry, path, source));
+        parsed = parse(m_with.parser, copy.path(), source);
+        stored = moveInWithRetries(m_files, retry, copy);
         underWay.emplace(m_files, *stored);
     }
     stored->origin = source == ImportSource::foreign ? FileOrigin::broughtIn : FileOrigin::network;
-    if (object.patientUID.isEmpty()) {
+    stored->contentVersion = parsed.version;
+    stored->store = store;
+    if (parsed.object.patientUID.isEmpty()) {
         throw GatewayImportError(Kind::databaseSaveRejected, Blame::file);
     }
-    const Recorded recorded = save(patience, object, *stored);
+    const Recorded recorded = save(retry, parsed.object, *stored);
     underWay.reset(); // what is being imported isn't removed
     removeReleased(recorded.released, RemovalReason::superseded);
     dropEqualCopies(recorded, *stored);
-    return summaryOf(object, recorded, fileURL(stored->pathString));
+    return summaryOf(parsed.object, recorded, fileURL(stored->pathString));
+}
+
+/// Asked for before the file gets its name: should another store take its turn after this, the import fails,
+/// and the source is where it was.
+StoreTurn DicomDB::turnToImportInto(StorageRetry &retry)
+{
+    try {
+        return retry.untilDone([&] { return m_store.read(storeTurn); });
+    } catch (const SqliteError &error) {
+        throw GatewayImportError(Kind::databaseSaveRejected, Blame::storage, error.message());
+    }
 }
 
 /// The name that an earlier import of an inbox file gave it, be it with rows or without them: the file was
@@ -175,11 +196,11 @@ std::optional<StoredFile> DicomDB::takeUpEarlierImport(const QString &path, Impo
     return stored;
 }
 
-Recorded DicomDB::save(Patience &patience, const ParsedObject &object, const StoredFile &stored)
+Recorded DicomDB::save(StorageRetry &retry, const ParsedObject &object, const StoredFile &stored)
 {
     Recorded recorded;
     try {
-        patience.untilDone([&] {
+        retry.untilDone([&] {
             m_store.write([&](platform::Database &database) {
                 recorded = recordImport(database, object, stored, nowInMilliseconds());
             });
@@ -195,32 +216,39 @@ Recorded DicomDB::save(Patience &patience, const ParsedObject &object, const Sto
 void DicomDB::leaveUnsaved(const StoredFile &stored, const QString &why)
 {
     const platform::MutexLock lock(m_unsavedMutex);
-    m_unsaved.insert(stored.pathString);
+    m_unsaved.insert(stored.pathString, stored.store);
     throw GatewayImportError(Kind::databaseSaveRejected, Blame::storage, why);
 }
 
 /// Lets go of what imports moved in whose rows could not be saved. Whether a failed commit took place after
 /// all is known for certain only after the next one, so nothing is removed before that; and until then
 /// nothing more is moved in, since its rows could not be saved either.
-void DicomDB::settleUnsaved(Patience &patience)
+void DicomDB::settleUnsaved(StorageRetry &retry)
 {
-    QSet<QString> paths;
+    Unsaved unsaved;
     {
         const platform::MutexLock lock(m_unsavedMutex);
-        paths = m_unsaved;
+        unsaved = m_unsaved;
     }
-    if (paths.isEmpty()) {
+    if (unsaved.isEmpty()) {
         return;
     }
+    QSet<QString> paths;
+    const auto note = [&](platform::Database &database) {
+        const QStringList ofThisStore = unsaved.keys(storeTurn(database));
+        paths = QSet<QString>(ofThisStore.begin(), ofThisStore.end());
+        noteForRemoval(database, paths);
+    };
     try {
-        patience.untilDone(
-            [&] { m_store.write([&](platform::Database &database) { noteForRemoval(database, paths); }); });
+        retry.untilDone([&] { m_store.write(note); });
     } catch (const SqliteError &error) {
         throw GatewayImportError(Kind::databaseSaveRejected, Blame::storage, error.message());
     }
     removeReleased(paths, RemovalReason::unrecorded);
     const platform::MutexLock lock(m_unsavedMutex);
-    m_unsaved.subtract(paths);
+    m_unsaved.removeIf([&](Unsaved::iterator entry) {
+        return unsaved.contains(entry.key()) && unsaved.value(entry.key()) == entry.value();
+    });
 }
 
 /// A file that holds the same bytes as the one that took its place has served.
@@ -235,9 +263,12 @@ void DicomDB::dropEqualCopies(const Recorded &recorded, const StoredFile &stored
     if (equal.isEmpty()) {
         return;
     }
-    const bool noted =
-        m_store.tryWrite([&](platform::Database &database) { releaseSuperseded(database, equal); });
-    if (noted) {
+    const auto release = [&](platform::Database &database) {
+        if (stored.store == storeTurn(database)) {
+            releaseSuperseded(database, equal);
+        }
+    };
+    if (m_store.tryWrite(release)) {
         removeReleased(equal, RemovalReason::superseded);
     }
 }

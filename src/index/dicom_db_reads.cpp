@@ -26,16 +26,19 @@ struct Ledger
     EntityCounts total;
     EntityCounts synced;
     std::int64_t failedImages = 0;
+    InstanceCounts instances;
 };
 
 Ledger ledgerIn(Database &database)
 {
     Statement row = database.prepare("SELECT studyCount, seriesCount, imageCount, syncedStudyCount, "
-                                     "syncedSeriesCount, syncedCount, failedCount FROM Ledger");
+                                     "syncedSeriesCount, syncedCount, failedCount, instanceCount, "
+                                     "syncedInstanceCount, failedInstanceCount FROM Ledger");
     row.step();
     return Ledger{{row.integer(0), row.integer(1), row.integer(2)},
                   {row.integer(3), row.integer(4), row.integer(5)},
-                  row.integer(6)};
+                  row.integer(6),
+                  {row.integer(7), row.integer(8), row.integer(9)}};
 }
 
 Ledger readLedger(const IndexStore &store)
@@ -196,6 +199,7 @@ LocalSeriesSnapshot seriesAt(const Statement &row, const RowAddress &address)
     series.modality = row.text(4).trimmed();
     series.syncState = computedState(row, 5);
     series.imageCount = row.integer(5);
+    series.seriesUID = row.text(9).trimmed();
     return series;
 }
 
@@ -208,34 +212,16 @@ IndexCounts DicomDB::counts()
     return {ledger.total, notSynced(ledger), ledger.synced.images, ledger.failedImages};
 }
 
-EntityCounts DicomDB::notSyncedCounts()
-{
-    backfillOnce();
-    return notSynced(readLedger(m_store));
-}
-
-EntityCounts DicomDB::totalCounts() const
-{
-    return readLedger(m_store).total;
-}
-
-std::int64_t DicomDB::syncedImagesCount() const
-{
-    return readLedger(m_store).synced.images;
-}
-
-std::int64_t DicomDB::failedImagesCount() const
-{
-    return readLedger(m_store).failedImages;
-}
-
 std::optional<IndexFigures> DicomDB::figures() const
 {
     try {
         return m_store.read([](Database &database) {
             const Ledger ledger = ledgerIn(database);
-            return IndexFigures{
-                ledger.total, ledger.synced.images, ledger.failedImages, oldestUnsentIn(database)};
+            return IndexFigures{ledger.total,
+                                ledger.synced.images,
+                                ledger.failedImages,
+                                ledger.instances,
+                                oldestUnsentIn(database)};
         });
     } catch (const SqliteError &) {
         return std::nullopt;
@@ -265,7 +251,8 @@ QList<LocalSeriesSnapshot> DicomDB::seriesSnapshots(const QString &identity)
             const RowAddress address(database, QStringLiteral("Series"));
             Statement row = database.prepare(
                 "SELECT pk, seriesInstanceUID, seriesNumber, name, modality, "
-                "imageCount, syncedCount, failedCount, inProgressCount FROM Series WHERE study = ? "
+                "imageCount, syncedCount, failedCount, inProgressCount, "
+                "coalesce(nullif(seriesDICOMUID, ''), originalSeriesInstanceUID) FROM Series WHERE study = ? "
                 "ORDER BY coalesce(seriesNumber, 0), createDate DESC");
             row.bindAll(*study);
             while (row.step()) {

@@ -52,10 +52,7 @@ using TransferBuckets = Reads;
 
 TEST_F(Counters, AreZeroOnAnEmptyIndex)
 {
-    EXPECT_EQ(index.notSyncedCounts(), (EntityCounts{0, 0, 0}));
-    EXPECT_EQ(index.totalCounts(), (EntityCounts{0, 0, 0}));
-    EXPECT_EQ(index.syncedImagesCount(), 0);
-    EXPECT_EQ(index.failedImagesCount(), 0);
+    EXPECT_EQ(index.counts(), IndexCounts{});
 }
 
 TEST_F(Counters, CountRowsByState)
@@ -66,11 +63,8 @@ TEST_F(Counters, CountRowsByState)
     index.recordUploadResult({}, sent, true);
     index.recordUploadResult({}, failed, false);
 
-    EXPECT_EQ(index.totalCounts(), (EntityCounts{3, 3, 5}));
-    EXPECT_EQ(index.notSyncedCounts(), (EntityCounts{2, 2, 4})) << "a failed image isn't synced either";
-    EXPECT_EQ(index.syncedImagesCount(), 1);
-    EXPECT_EQ(index.failedImagesCount(), 1);
-    EXPECT_EQ(index.counts(), (IndexCounts{{3, 3, 5}, {2, 2, 4}, 1, 1}));
+    EXPECT_EQ(index.counts(), (IndexCounts{{3, 3, 5}, {2, 2, 4}, 1, 1}))
+        << "a failed image isn't synced either";
 }
 
 TEST_F(Counters, AreZeroWhenTheIndexCannotBeRead)
@@ -79,10 +73,6 @@ TEST_F(Counters, AreZeroWhenTheIndexCannotBeRead)
     home.execute(QStringLiteral("ALTER TABLE Ledger RENAME TO Gone"));
 
     EXPECT_EQ(index.counts(), IndexCounts{});
-    EXPECT_EQ(index.notSyncedCounts(), (EntityCounts{0, 0, 0}));
-    EXPECT_EQ(index.totalCounts(), (EntityCounts{0, 0, 0}));
-    EXPECT_EQ(index.syncedImagesCount(), 0);
-    EXPECT_EQ(index.failedImagesCount(), 0);
 }
 
 TEST_F(Figures, AreThoseOfAnEmptyIndex)
@@ -112,6 +102,23 @@ TEST_F(Figures, NameTheOldestImageThatIsNotSent)
 
     index.recordUploadResult({}, second, true);
     EXPECT_FALSE(index.figures()->oldestUnsentImageDate.has_value());
+}
+
+TEST_F(Figures, CountAnInstanceOnceWhateverFramesAndSeriesItHas)
+{
+    const QString frames = home.import(TemporaryIndex::image(
+        QStringLiteral("9.1"),
+        {{QStringLiteral("numberOfFrames"), 40}, {QStringLiteral("numberOfSeries"), 2}}));
+    const QString plain = importOne(QStringLiteral("9.2"));
+    EXPECT_EQ(index.figures()->instances, (InstanceCounts{2, 0, 0}));
+    EXPECT_EQ(index.figures()->total.images, 81);
+
+    index.recordUploadResult({}, frames, true);
+    index.recordUploadResult({}, plain, false);
+    EXPECT_EQ(index.figures()->instances, (InstanceCounts{2, 1, 1}));
+
+    home.execute(QStringLiteral("PRAGMA foreign_keys = 1; DELETE FROM Study"));
+    EXPECT_EQ(index.figures()->instances, InstanceCounts());
 }
 
 TEST_F(Figures, AreMissingWhenTheIndexCannotBeRead)
@@ -263,6 +270,7 @@ TEST_F(SeriesSnapshots, CarryTheSeriesTrimmed)
 
     LocalSeriesSnapshot expected;
     expected.id = expected.seriesInstanceUID = QStringLiteral("1.2.30");
+    expected.seriesUID = QStringLiteral("1.2.3");
     expected.seriesNumber = 4;
     expected.seriesDescription = QStringLiteral("Axial");
     expected.modality = QStringLiteral("CT");

@@ -98,16 +98,32 @@ TEST_F(Removals, OneThatFailsHoldsUpNoOther)
 TEST_F(Removals, WaitWhileTheFolderIsOutOfSight)
 {
     const QString path = uploaded(QStringLiteral("9.1"));
+    disk.failStep(0, EACCES);
+    EXPECT_EQ(pruneAll().deletedFileCount, 0);
     const QString away = home.path(QStringLiteral("away"));
     ASSERT_TRUE(QDir().rename(home.fileStoreRoot(), away));
 
-    EXPECT_EQ(pruneAll().deletedFileCount, 0);
+    index.finishRemovals();
     EXPECT_EQ(noted(), 1);
 
     ASSERT_TRUE(QDir().rename(away, home.fileStoreRoot()));
     index.finishRemovals();
     EXPECT_FALSE(isStored(path));
     EXPECT_EQ(noted(), 0);
+}
+
+TEST_F(Removals, RetentionBeginsNoneWhileTheFolderIsOutOfSight)
+{
+    uploaded(QStringLiteral("9.1"));
+    const QString away = home.path(QStringLiteral("away"));
+    ASSERT_TRUE(QDir().rename(home.fileStoreRoot(), away));
+
+    EXPECT_EQ(pruneAll().deletedFileCount, 0);
+    EXPECT_EQ(noted(), 0);
+    EXPECT_EQ(home.number(QStringLiteral("SELECT count(*) FROM DicomImage")), 1);
+
+    ASSERT_TRUE(QDir().rename(away, home.fileStoreRoot()));
+    EXPECT_EQ(pruneAll().deletedFileCount, 1);
 }
 
 TEST_F(Removals, OfAFileThatARowRefersToAgainAreDropped)
@@ -224,7 +240,7 @@ TEST(DeletionThreads, PruneDeleteAndImportAtTheSameTime)
     index.finishRemovals(); // of files whose rows went before their import had ended
 
     EXPECT_GE(pruned, 2 * (kImages - 1));
-    EXPECT_EQ(index.totalCounts().images, 0);
+    EXPECT_EQ(index.counts().total.images, 0);
     EXPECT_EQ(home.number(QStringLiteral("SELECT count(*) FROM PendingRemoval")), 0);
     QDirIterator walk(home.fileStoreRoot(), QDir::Files, QDirIterator::Subdirectories);
     EXPECT_FALSE(walk.hasNext());

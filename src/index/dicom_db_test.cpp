@@ -164,7 +164,7 @@ TEST(DicomDBThreads, ImportUploadAndCountAtTheSameTime)
     threads.emplace_back([&] {
         start.arrive_and_wait();
         while (importing > 0) {
-            const EntityCounts counts = index.totalCounts();
+            const EntityCounts counts = index.counts().total;
             EXPECT_LE(counts.images, kImporters * kImages);
             EXPECT_LE(index.studySnapshots().size(), 1);
             EXPECT_LE(index.seriesSnapshots(QStringLiteral("1.2")).size(), 1);
@@ -175,8 +175,8 @@ TEST(DicomDBThreads, ImportUploadAndCountAtTheSameTime)
     }
 
     EXPECT_EQ(uploaded, kImporters * kImages);
-    EXPECT_EQ(index.syncedImagesCount(), kImporters * kImages);
-    EXPECT_EQ(index.notSyncedCounts(), (EntityCounts{0, 0, 0}));
+    EXPECT_EQ(index.counts().syncedImages, kImporters * kImages);
+    EXPECT_EQ(index.counts().notSynced, (EntityCounts{0, 0, 0}));
     EXPECT_EQ(home.number(QStringLiteral("SELECT count(DISTINCT pathString) FROM DicomImage")),
               kImporters * kImages)
         << "no number was given twice";

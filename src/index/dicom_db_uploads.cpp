@@ -3,11 +3,14 @@
 #include "index/dicom_db.h"
 #include "index/kept_failures.h"
 #include "index/stored_copies.h"
+#include "platform/concurrency/clock.h"
 #include "platform/sqlite/database.h"
 
 #include <QtCore/QSet>
 
 #include <algorithm>
+#include <deque>
+#include <vector>
 
 namespace gateway::index {
 
@@ -34,8 +37,8 @@ constexpr const char *kReleaseUnbelievable =
     "AND notBefore > ?2";
 
 constexpr const char *kRowsOfPath =
-    "SELECT pk, createDate, notBefore, sopInstanceUID, originalSOPInstanceUID, acknowledged "
-    "FROM DicomImage INDEXED BY DicomImage_path "
+    "SELECT pk, createDate, notBefore, sopInstanceUID, originalSOPInstanceUID, acknowledged, damaged, "
+    "contentVersion FROM DicomImage INDEXED BY DicomImage_path "
     "WHERE pathString = ? AND (syncState IS NULL OR syncState IN (0, 2, 3)) ORDER BY createDate, pk";
 
 constexpr const char *kPutBack = "UPDATE DicomImage SET syncState = 0, uploadDate = NULL WHERE pk = ?";
@@ -188,6 +191,9 @@ std::optional<QList<PendingImageUpload>> DicomDB::pendingImageUploads(int limit,
     const qsizetype share = whole > 1 ? std::max<qsizetype>(1, whole / kPartForRetries) : 0;
     PendingCursor reached = cursor;
     QList<PendingImageUpload> candidates;
+    if (m_files.isOutOfSight()) {
+        return candidates; // nothing is known of the files: they are asked for when it is back
+    }
     try {
         m_store.read([&](Database &database) {
             appendCandidates(database, false, whole - share, reached.fresh, candidates);
@@ -256,9 +262,14 @@ DicomDB::gather(Database &database, const QString &storedPath, bool isRetry, con
         addTrimmed(keys, row.text(3));
         addTrimmed(uids, row.text(4));
         candidate.acknowledged = row.integer(5); // the same in all rows of a file
+        candidate.isDamaged = candidate.isDamaged || row.integer(6) != 0;
+        candidate.contentVersion = row.integer(7);
     }
+    candidate.store = storeTurn(database);
     if (isRetry) {
-        candidate.lastFailure = lastFailureOf(database, candidate.storagePath);
+        const LastFailure last = lastFailureOf(database, candidate.storagePath);
+        candidate.lastFailure = last.failureClass;
+        candidate.tries = last.tries;
     }
     candidate.sopInstanceUIDs = ascending(keys);
     candidate.originalSOPInstanceUIDs = ascending(uids);
@@ -299,34 +310,42 @@ SentBefore DicomDB::sentBefore(const SentInstance &next)
     }
 }
 
-bool DicomDB::noteCloud(const QString &cloud)
+void DicomDB::noteQueryAnswered(const QString &cloud)
 {
+    noteQueryFailed(cloud);
     try {
         const bool isNoted =
-            m_store.read([&](Database &database) { return index::isNotedCloud(database, cloud); });
-        return isNoted || m_store.tryWrite([&](Database &database) { index::noteCloud(database, cloud); });
-    } catch (const SqliteError &) {
-        return false;
-    }
-}
-
-void DicomDB::noteQueryAnswered()
-{
-    try {
-        if (!m_store.read(index::isQueryAnswerNoted)) {
-            m_store.tryWrite(index::noteQueryAnswered);
+            m_store.read([&](Database &database) { return isQueryAnswerNoted(database, cloud); });
+        if (!isNoted) {
+            m_store.tryWrite([&](Database &database) { index::noteQueryAnswered(database, cloud); });
         }
     } catch (const SqliteError &) {
         return; // the next answer is noted
     }
 }
 
-bool DicomDB::noteQueryRefused()
+bool DicomDB::noteQueryRefused(const QString &cloud)
 {
-    bool isBelieved = false;
-    return m_store.tryWrite([&](Database &database) {
-        isBelieved = index::noteQueryRefused(database, nowInMilliseconds());
-    }) && isBelieved;
+    constexpr std::chrono::hours kUntilBelieved{1}; // a service that starts, or a proxy's bad moment
+    const platform::MutexLock lock(m_refusalMutex);
+    const std::chrono::nanoseconds now = m_with.clock.monotonic();
+    if (!m_refusal || m_refusal->cloud != cloud) {
+        m_refusal = {cloud, now};
+    }
+    try {
+        return now - m_refusal->since >= kUntilBelieved &&
+               !m_store.read([&](Database &database) { return isQueryAnswerNoted(database, cloud); });
+    } catch (const SqliteError &) {
+        return false;
+    }
+}
+
+void DicomDB::noteQueryFailed(const QString &cloud)
+{
+    const platform::MutexLock lock(m_refusalMutex);
+    if (m_refusal && m_refusal->cloud == cloud) {
+        m_refusal.reset();
+    }
 }
 
 std::optional<QList<SentBefore>> DicomDB::noteSending(const QList<SentInstance> &instances)
@@ -356,47 +375,87 @@ std::optional<QList<SentBefore>> DicomDB::noteSending(const QList<SentInstance> 
     }
 }
 
+void DicomDB::noteTriedInVain(const QList<SentInstance> &instances)
+{
+    m_store.tryWrite([&](Database &database) { // where it fails, the result that is recorded says it
+        for (const SentInstance &tried : instances) {
+            noteFailed(database, tried);
+        }
+    });
+}
+
 std::optional<std::int64_t> DicomDB::recordUploadResult(const QList<ImageObjectID> &imageObjectIDs,
                                                         const std::optional<QString> &storagePath,
                                                         bool synced,
                                                         const UploadResultDetails &more)
 {
-    const QString path = storagePath.value_or(QString()).trimmed();
-    if (imageObjectIDs.isEmpty() && path.isEmpty()) {
-        return 0;
-    }
-    const EndState end{synced ? SyncState::synced : SyncState::failed,
-                       synced ? std::optional(nowInMilliseconds()) : std::nullopt};
-    std::int64_t updated = 0;
-    QSet<QString> released;
-    const auto record = [&](Database &database) {
-        if (more.version) {
-            noteEnd(database, *more.version, synced, more.isVerified);
-        }
-        updated = path.isEmpty() ? endRows(database, imageObjectIDs, end) : endFile(database, path, end);
-        if (!path.isEmpty()) {
-            released = releaseIfProven(database, path);
-        }
-        if (more.failure) {
-            keepFailure(database, path, *more.failure, nowInMilliseconds());
-        }
-    };
-    // A file that is let go of doesn't come back: why it went must be durable before. And a failure that were
-    // lost would leave its version as one that broke off, and may have arrived.
-    const bool mayLetGo = synced && hasOthersBeside(path);
-    const bool mustLast = mayLetGo || (!synced && more.version);
-    if (!m_store.tryWrite(record,
-                          mustLast ? IndexStore::Durability::now : IndexStore::Durability::withTheNext)) {
+    try {
+        const StoreTurn store = m_store.read(storeTurn);
+        return recordUploadResults({{imageObjectIDs, storagePath, synced, more, store}}).first();
+    } catch (const SqliteError &) {
         return std::nullopt;
     }
-    if (mayLetGo) { // one that came to stand beside it just now stays noted, and goes another time
-        removeReleased(released, RemovalReason::superseded);
-        releaseSentBeside(path);
+}
+
+/// What recording one result has done.
+struct DicomDB::Recording
+{
+    QString path; // of the file that was sent; empty where it isn't known
+    bool mayLetGo = false;
+    std::int64_t updated = 0;
+    QSet<QString> released = {};
+};
+
+QList<std::optional<std::int64_t>> DicomDB::recordUploadResults(const QList<UploadResult> &results)
+{
+    std::deque<Recording> recordings;
+    std::vector<IndexStore::Wanted> changes;
+    for (const UploadResult &result : results) {
+        const QString path = result.storagePath.value_or(QString()).trimmed();
+        // A file that is let go of doesn't come back: why it went must be durable before. And a failure that
+        // were lost would leave its version as one that broke off, and may have arrived, where that isn't
+        // noted yet.
+        const bool mayLetGo = result.isSynced && hasOthersBeside(path);
+        const bool mustLast = mayLetGo || (!result.isSynced && result.more.version);
+        recordings.push_back({path, mayLetGo});
+        changes.push_back({[this, &result, &recording = recordings.back()](Database &database) {
+                               record(database, result, recording);
+                           },
+                           mustLast ? IndexStore::Durability::now : IndexStore::Durability::withTheNext});
     }
-    if (updated > 0) {
+    const std::vector<bool> isSaved = m_store.tryWriteEach(changes);
+    QList<std::optional<std::int64_t>> updated;
+    for (std::size_t at = 0; at < isSaved.size(); ++at) {
+        updated.append(isSaved[at] ? std::optional(recordings[at].updated) : std::nullopt);
+        if (isSaved[at] && recordings[at].mayLetGo) {
+            // One that came to stand beside it just now stays noted, and goes another time.
+            removeReleased(recordings[at].released, RemovalReason::superseded);
+            releaseSentBeside(recordings[at].path);
+        }
+    }
+    if (std::ranges::any_of(updated, [](const auto &rows) { return rows.value_or(0) > 0; })) {
         postLocalSyncStateChanged();
     }
     return updated;
+}
+
+void DicomDB::record(Database &database, const UploadResult &result, Recording &recording) const
+{
+    const SyncState otherwise = result.more.isAwaited ? SyncState::notSynced : SyncState::failed;
+    const EndState end{result.isSynced ? SyncState::synced : otherwise,
+                       result.isSynced ? std::optional(nowInMilliseconds()) : std::nullopt};
+    const QString &path = recording.path;
+    if (result.more.version) {
+        noteEnd(database, *result.more.version, result.isSynced, result.more.isVerified);
+    }
+    if (result.store != storeTurn(database)) {
+        return; // what was sent was a file of another store
+    }
+    recording.updated = path.isEmpty() ? endRows(database, result.images, end) : endFile(database, path, end);
+    recording.released = path.isEmpty() ? QSet<QString>() : releaseIfProven(database, path);
+    if (result.more.failure) {
+        keepFailure(database, path, *result.more.failure, nowInMilliseconds());
+    }
 }
 
 void DicomDB::releaseSentCopies()

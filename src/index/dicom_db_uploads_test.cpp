@@ -56,6 +56,55 @@ TEST_F(PendingUploads, ComeOldestFirst)
     EXPECT_EQ(paths(index.pendingImageUploads(9)), (QStringList{first, second, third}));
 }
 
+TEST_F(PendingUploads, TellWhichFilesAreDamaged)
+{
+    importOne(QStringLiteral("9.1"));
+    importOne(QStringLiteral("9.2"));
+    home.execute(QStringLiteral("UPDATE DicomImage SET damaged = 1 WHERE sopInstanceUID = '9.10'"));
+
+    const QList<PendingImageUpload> candidates = index.pendingImageUploads(9);
+
+    EXPECT_TRUE(candidates.at(0).isDamaged);
+    EXPECT_FALSE(candidates.at(1).isDamaged);
+}
+
+TEST_F(PendingUploads, TellWhatWasReadOfEachFileWhenItCame)
+{
+    const QString path = importOne(QStringLiteral("9.1"));
+    const std::int64_t first = home.parser.versionOf(home.fileStoreRoot() + u'/' + path);
+    EXPECT_EQ(index.pendingImageUploads(9).at(0).contentVersion, first);
+
+    // When: the image comes again with other content
+    importOne(QStringLiteral("9.1"), {{QStringLiteral("ImageComments"), QStringLiteral("corrected")}});
+
+    EXPECT_NE(index.pendingImageUploads(9).at(0).contentVersion, first);
+    EXPECT_NE(index.pendingImageUploads(9).at(0).contentVersion, 0);
+}
+
+TEST_F(Uploads, BelieveACloudThatItHasNoQueriesOnlyAfterAnHourOfNothingElse)
+{
+    using namespace std::chrono_literals;
+    QString cloud = QStringLiteral("first");
+    const auto isBelievedAfter = [&](std::chrono::milliseconds time) {
+        home.clock.advance(time);
+        return index.noteQueryRefused(cloud);
+    };
+    EXPECT_FALSE(index.noteQueryRefused(cloud));
+    EXPECT_FALSE(isBelievedAfter(1h - 1ms));
+    EXPECT_TRUE(isBelievedAfter(1ms));
+
+    index.noteQueryFailed(cloud);
+    EXPECT_FALSE(index.noteQueryRefused(cloud)) << "between the two it had said something else";
+    EXPECT_FALSE(isBelievedAfter(1h - 1ms));
+    cloud = QStringLiteral("second");
+    EXPECT_FALSE(isBelievedAfter(1h)) << "the other one had said it";
+    EXPECT_TRUE(isBelievedAfter(1h));
+
+    index.noteQueryAnswered(cloud);
+    EXPECT_FALSE(index.noteQueryRefused(cloud));
+    EXPECT_FALSE(isBelievedAfter(100h)) << "it has some";
+}
+
 TEST_F(PendingUploads, ALimitOfZeroOrLessActsAsOne)
 {
     importOne(QStringLiteral("9.1"));
@@ -150,7 +199,7 @@ TEST_F(PendingUploads, ABlankPathIsNeverChosenButCounts)
                                 "ELSE ' \t' END"));
 
     EXPECT_TRUE(index.pendingImageUploads(5).isEmpty());
-    EXPECT_EQ(index.notSyncedCounts().images, 3);
+    EXPECT_EQ(index.counts().notSynced.images, 3);
 }
 
 TEST_F(PendingUploads, ARelativePathLiesBelowTheRootAndAnAbsoluteOneStays)
@@ -183,7 +232,7 @@ TEST_F(PendingUploads, ARunWithACursorIsOfferedEachCandidateOnceHoweverManyFail)
 
     EXPECT_EQ(tried.size(), 11);
     EXPECT_EQ(QSet<QString>(tried.begin(), tried.end()).size(), 11);
-    EXPECT_EQ(index.failedImagesCount(), index.totalCounts().images);
+    EXPECT_EQ(index.counts().failedImages, index.counts().total.images);
 }
 
 TEST_F(PendingUploads, ACursorOffersAFileWithRowsOnBothSidesOnce)
@@ -352,7 +401,7 @@ TEST_F(UploadResults, WhatWasSentIsKnownAfterItsRowsAreGone)
 
     index.pruneSyncedImages(QDateTime::currentDateTimeUtc().addYears(100));
 
-    EXPECT_EQ(index.totalCounts().images, 0);
+    EXPECT_EQ(index.counts().total.images, 0);
     EXPECT_FALSE(index.mayOtherVersionBeSent({QStringLiteral("9.1"), 7}));
     EXPECT_TRUE(index.mayOtherVersionBeSent({QStringLiteral("9.1"), 8}));
 }
@@ -415,6 +464,18 @@ TEST_F(UploadResults, OnlyWhatWasOnItsWayWhenAnotherProcessDiedCountsAsBrokenOff
     EXPECT_EQ(home.index().sentBefore(sent), SentBefore::thisVersionBrokeOff);
     EXPECT_EQ(home.index().noteSending({sent}), QList{SentBefore::thisVersionBrokeOff});
     EXPECT_EQ(home.index().sentBefore(sent), SentBefore::thisVersionOnItsWay) << "it goes again from here";
+}
+
+TEST_F(UploadResults, AFailureThatIsNotedOutlivesTheProcessBeforeItsResultIsRecorded)
+{
+    const SentInstance sent{QStringLiteral("9.1"), 7};
+    importOne(QStringLiteral("9.1"));
+    index.noteSending({sent});
+
+    index.noteTriedInVain({sent});
+    home.reopen();
+
+    EXPECT_EQ(home.index().sentBefore(sent), SentBefore::thisVersionInVain);
 }
 
 TEST_F(UploadResults, OutliveTheirRowsWithTheTimeOfWhatWasSent)

@@ -223,6 +223,28 @@ TEST_F(UploadRetries, WaitLongerEachTimeUpToTheLastPause)
     }
 }
 
+TEST_F(UploadRetries, OfWhatIsAwaitedAreNoFailures)
+{
+    const QString path = importOne(QStringLiteral("9.1"));
+    for (const std::int64_t tries : {1, 2}) {
+        index.recordUploadResult(
+            {},
+            path,
+            false,
+            {.failure = FailedUpload{QStringLiteral("awaited"), 0, kPauses}, .isAwaited = true});
+
+        EXPECT_EQ(index.counts().failedImages, 0);
+        EXPECT_EQ(index.counts().notSynced.images, 1);
+        EXPECT_EQ(index.failedUploads().waitingRetries().files, 1);
+        EXPECT_TRUE(index.pendingImageUploads(9).isEmpty());
+        home.clock.advance(1h);
+        const auto due = index.pendingImageUploads(9);
+        ASSERT_EQ(due.size(), 1);
+        EXPECT_EQ(due.first().lastFailure, QStringLiteral("awaited"));
+        EXPECT_EQ(due.first().tries, tries);
+    }
+}
+
 TEST_F(UploadRetries, AreKeptOverARestart)
 {
     const QString path = importOne(QStringLiteral("9.1"));

@@ -18,6 +18,7 @@ struct IndexFigures
     EntityCounts total;
     std::int64_t syncedImages = 0;
     std::int64_t failedImages = 0;
+    InstanceCounts instances;
     std::optional<QDateTime> oldestUnsentImageDate; ///< when it came, in UTC; nothing when all is sent
 };
 

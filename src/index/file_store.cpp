@@ -54,10 +54,9 @@ std::optional<std::int64_t> numberIn(const QString &text)
     return isNumber && number >= 0 ? std::optional(number) : std::nullopt;
 }
 
-QString lockFileIn(const QString &root)
-{
-    return root + QStringLiteral("/.lock"); // hidden, so that it doesn't count as stored
-}
+/// How the names of files begin that only try whether one could be stored; hidden, so that they count as
+/// none.
+const QString kTryPrefix = QStringLiteral(".try-");
 
 } // namespace
 
@@ -76,58 +75,27 @@ FileStore::FileStore(QString root,
                      platform::UserDefaults &defaults,
                      platform::Clock &clock,
                      platform::FileSystem &files,
-                     std::int64_t atLeast,
-                     std::int64_t newestAcknowledged)
+                     IndexSide index)
     : m_root(QDir::cleanPath(root)), m_defaults(defaults), m_clock(clock), m_files(files),
-      m_newestAcknowledged(newestAcknowledged),
+      m_index(std::move(index)), m_newestAcknowledged(m_index.newestAcknowledged),
       m_importQueue(QStringLiteral("com.ovelt.pavan.gateway.importdb.queue"))
 {
     const auto kept = m_defaults.object(kNumberKey);
-    m_nextNumber = std::max<std::int64_t>(kept ? kept->toLongLong() : 0, atLeast);
+    m_nextNumber = std::max<std::int64_t>(kept ? kept->toLongLong() : 0, m_index.nextNumber);
     m_wasUsed = m_nextNumber > 0;
-    if (!isOutOfSight() && !takeLock()) {
-        throw StoreInUseError(platform::HomeLock::owner(lockFileIn(m_root)));
+    m_numberAtOpening = m_nextNumber;
+    compareWithIndex();
+    if (isOutOfSight()) {
+        return;
     }
+    if (!takeLock()) {
+        throw StoreInUseError(platform::HomeLock::owner(lockFile()));
+    }
+    becomeKnown();
     m_nextNumber = std::max(m_nextNumber, numberBehindAllFiles());
     m_wasUsed = m_nextNumber > 0;
     m_numberAtOpening = m_nextNumber;
-    sweepPrivateFolder();
-}
-
-/// \return false when another process has the store. What can't be locked now is locked with the first file.
-bool FileStore::takeLock()
-{
-    try {
-        platform::makeFoldersDurably(m_root, m_files);
-        m_lock = platform::HomeLock::tryLock(lockFileIn(m_root));
-        return m_lock.has_value();
-    } catch (const FileError &) {
-        return true;
-    }
-}
-
-/// \throws FileError  a way of failing that waiting for some seconds doesn't mend
-void FileStore::requireSight() const
-{
-    if (isOutOfSight()) {
-        throw FileError("see the file store", ENOENT);
-    }
-}
-
-/// Makes sure that the store is there and locked against others. \throws FileError
-void FileStore::enter()
-{
-    if (m_lock && m_lock->isAt(lockFileIn(m_root))) {
-        return;
-    }
-    m_lock.reset(); // of a volume that isn't there any more
-    requireSight();
-    if (!takeLock()) {
-        throw FileError("use the file store, which another gateway uses", EACCES);
-    }
-    if (m_lock) {
-        m_nextNumber = std::max(m_nextNumber, numberBehindAllFiles());
-    }
+    sweepLeftovers();
 }
 
 FileStore::Page FileStore::filesFrom(std::int64_t from, int limit) const
@@ -205,17 +173,17 @@ QString FileStore::privateFolder() const
     return m_root + QStringLiteral("/.incoming");
 }
 
-void FileStore::sweepPrivateFolder()
+void FileStore::sweepLeftovers()
 {
-    const QDir folder(privateFolder());
-    for (const QString &name : folder.entryList(QDir::Files | QDir::Hidden)) {
-        dropPrivateCopy(folder.filePath(name));
+    constexpr auto kFiles = QDir::Files | QDir::Hidden;
+    const QDir own(privateFolder());
+    for (const QString &name : own.entryList(kFiles)) {
+        dropPrivateCopy(own.filePath(name));
     }
-}
-
-bool FileStore::isInSight() const
-{
-    return highestBucket().value_or(0) > 0;
+    const QDir bucket(folderOf(m_nextNumber)); // where the last try was made
+    for (const QString &name : bucket.entryList({kTryPrefix + u'*'}, kFiles)) {
+        dropPrivateCopy(bucket.filePath(name));
+    }
 }
 
 bool FileStore::wasNeverUsed() const
@@ -252,22 +220,24 @@ std::int64_t FileStore::numberBehindAllFiles() const
     return next;
 }
 
-PrivateFile FileStore::takePrivateCopy(const QString &source, ImportSource hands)
+PrivateFile FileStore::takePrivateCopy(const QString &path, ImportSource source)
 {
-    requireSight();
+    if (platform::isKnownToBeAbsent(lockFile())) { // the short look; `enter` has the long one
+        requireSight();
+    }
     platform::makeFoldersDurably(privateFolder(), m_files);
     const QString copy = privateFolder() + QLatin1Char('/') +
                          QUuid::createUuid().toString(QUuid::WithoutBraces) + QLatin1Char('.') +
-                         extensionOf(source);
-    const bool isLinked = hands == ImportSource::ownInbox && link(source, copy);
+                         extensionOf(path);
+    const bool isLinked = source == ImportSource::ownInbox && link(path, copy);
     if (!isLinked) {
-        m_files.copy(source, copy);
+        m_files.copy(path, copy);
     }
     try {
-        if (hands == ImportSource::foreign) {
+        if (source == ImportSource::foreign) {
             return {copy, dateForeignCopy(copy)};
         }
-        const std::chrono::nanoseconds modified = platform::fileIdentityOrThrow(source).modified;
+        const std::chrono::nanoseconds modified = platform::fileIdentityOrThrow(path).modified;
         if (!isLinked) {
             m_files.setModified(copy, modified);
         }
@@ -365,7 +335,7 @@ bool FileStore::isWritable()
 void FileStore::tryToMoveIn()
 {
     constexpr int kBytes = 4096; // a full disk still makes an empty file
-    const QString name = QStringLiteral("/.try-") + QUuid::createUuid().toString(QUuid::WithoutBraces);
+    const QString name = u'/' + kTryPrefix + QUuid::createUuid().toString(QUuid::WithoutBraces);
     const QString bucket = folderOf(m_nextNumber);
     QString file = privateFolder() + name;
     platform::makeFoldersDurably(privateFolder(), m_files);
@@ -488,9 +458,12 @@ FileStore::Removal FileStore::removeUnless(const QString &pathString, const std:
     auto outcome = Removal::failed;
     m_importQueue.sync([&] {
         try {
+            enter(); // the file of that name may be another store's
             outcome = isInUse() ? Removal::kept : remove(fileURL(pathString).toLocalFile());
         } catch (const platform::SqliteError &) {
             // Who refers to it is not known: it stays.
+        } catch (const FileError &) {
+            // It goes when the store is back.
         }
     });
     return outcome;

@@ -2,6 +2,7 @@
 
 #include "index/db_service.h"
 #include "index/import_recorder.h"
+#include "index/store_consistency.h"
 #include "platform/concurrency/mutex.h"
 #include "platform/concurrency/serial_queue.h"
 #include "platform/files/home_lock.h"
@@ -54,25 +55,48 @@ struct PrivateFile
 /// the index's own record of the number tell more, and opening takes the highest.
 ///
 /// Owner: DicomDB. Thread: any. One process at a time works in one root, whatever home it has: a lock in the
-/// root sees to it. Where the root can't be reached at opening, or is out of sight, the lock is taken with
-/// the first file; the same where another volume has come to stand there since.
+/// root sees to it. Where the root can't be reached at opening, or is out of sight, it is taken up later; the
+/// same where another volume has come to stand there since. A number that the root keeps, and the defaults
+/// under "QuorinGateway.FileStoreId", tells it from another gateway's.
 class FileStore
 {
 public:
-    /// Takes the running number up and sweeps private copies that a crash left behind.
+    /// What the index knows of its store, and wants to know.
+    struct IndexSide
+    {
+        std::int64_t nextNumber = 0;         ///< no file gets a number below this
+        std::int64_t newestAcknowledged = 0; ///< nanoseconds since 1970: what is copied in counts as later
+
+        /// Whose the files are that stand there, by what the rows say of them.
+        std::function<FilesAre()> whoseFiles = [] { return FilesAre::unknown; };
+
+        /// Called before another store is taken for that of the index: what the rows say of files is said of
+        /// the one before. \return false when that can't be written.
+        std::function<bool()> letGoOfFiles = [] { return true; };
+
+        /// Called where nothing tells whose the store is: the names of files that were to go may be those of
+        /// another one's. \return false when that can't be written.
+        std::function<bool()> forgetRemovals = [] { return true; };
+
+        /// Called when the store was taken up after the opening, before anything is moved in.
+        std::function<void()> takenUp = [] {};
+    };
+
+    /// Takes the running number up and sweeps private copies and tries that a crash left behind.
     ///
-    /// \param atLeast             no file gets a number below this.
-    /// \param newestAcknowledged  nanoseconds since 1970: what is copied in counts as acknowledged later.
     /// \throws StoreInUseError
     FileStore(QString root,
               platform::UserDefaults &defaults,
               platform::Clock &clock,
               platform::FileSystem &files,
-              std::int64_t atLeast,
-              std::int64_t newestAcknowledged = 0);
+              IndexSide index);
 
-    /// The number that the first file moved in by this process gets, above those of all files that were
-    /// there.
+    /// Takes up the store where it is in sight and wasn't before: locks it, and looks what lies there. Blocks
+    /// for as long as its volume doesn't answer.
+    void takeUp();
+
+    /// The number that the first file moved in gets after the store was taken up last, above those of all
+    /// files that were there.
     std::int64_t numberAtOpening() const { return m_numberAtOpening; }
 
     /// True when the folders that files once lay in, or some of them, can be seen: with a share that is away
@@ -80,9 +104,20 @@ public:
     bool isInSight() const;
 
     /// True where files were stored once, by the running number or the index's record of it, and now not even
-    /// their folders are there: as where the volume isn't mounted. Nothing is made and nothing taken in
-    /// there.
-    bool isOutOfSight() const { return m_wasUsed && !isInSight(); }
+    /// their folders are there, as where the volume isn't mounted, or another store stands there. Nothing is
+    /// made there, taken in, sent or removed.
+    bool isOutOfSight() const { return (m_wasUsed && !isInSight()) || isAnother(); }
+
+    /// True where a store stands there, but not that of the index: its number is another one, or its files
+    /// hold other images than the rows say.
+    bool isAnother() const;
+
+    /// Takes what stands there for the store of the index from now on, on a person's word. Unless its files
+    /// are those of the rows, the index lets go of what it knows of files.
+    /// \return false where it is out of sight, in another gateway's use, or can't be written, or the index;
+    /// or
+    ///         where its files can't be read at the moment, so that nobody knows whose they are.
+    bool accept();
 
     /// True when a file could be taken in now, for all that a try with a small one tells.
     bool isWritable();
@@ -113,9 +148,9 @@ public:
     /// The `pathString` of a file: its path relative to the root; of a file elsewhere, its last component.
     QString pathStringOf(const QString &path) const;
 
-    /// Copies `source` to a new name on the store's own volume, content durable. A copy of an inbox file has
+    /// Copies `path` to a new name on the store's own volume, content durable. A copy of an inbox file has
     /// its time, that of any other a time of its own, later than those of all before it. \throws FileError
-    PrivateFile takePrivateCopy(const QString &source, ImportSource hands);
+    PrivateFile takePrivateCopy(const QString &path, ImportSource source);
 
     /// Removes a private copy; a failure leaves it for the sweep at the next opening.
     void dropPrivateCopy(const QString &copy);
@@ -173,7 +208,7 @@ public:
 
 private:
     QString privateFolder() const;
-    void sweepPrivateFolder();
+    void sweepLeftovers();
     std::optional<std::int64_t> highestBucket() const;
     std::int64_t numberBehindAllFiles() const;
     StoredFile moveToNextNumber(const PrivateFile &copy);
@@ -181,6 +216,10 @@ private:
     bool link(const QString &source, const QString &copy);
     std::int64_t dateForeignCopy(const QString &copy);
     bool takeLock();
+    QString lockFile() const;
+    QString notedId() const;
+    void compareWithIndex();
+    void becomeKnown();
     void enter();
     void requireSight() const;
     void tryToMoveIn();
@@ -193,7 +232,11 @@ private:
     platform::Clock &m_clock;
     platform::FileSystem &m_files;
 
-    std::atomic<bool> m_wasUsed = false; // files were stored here
+    const IndexSide m_index;
+
+    std::atomic<bool> m_wasUsed = false;        // files were stored here
+    std::atomic<bool> m_isInconsistent = false; // as the index says of what stands here
+    std::atomic<std::int64_t> m_numberAtOpening = 0;
 
     mutable platform::Mutex m_mutex;
     QSet<QString> m_beingImported QUORIN_GUARDED_BY(m_mutex);
@@ -202,7 +245,6 @@ private:
     // Touched on m_importQueue only, once constructed.
     std::optional<platform::HomeLock> m_lock; // on the volume that is in sight
     std::int64_t m_nextNumber = 0;
-    std::int64_t m_numberAtOpening = 0; // not changed any more
     std::optional<std::chrono::nanoseconds> m_numberKeptAt;
 
     platform::SerialQueue m_importQueue; // last: drained before the fields go

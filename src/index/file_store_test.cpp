@@ -1,12 +1,6 @@
 #include "index/file_store.h"
 
-#include "index/testing/temporary_index.h"
-
-#include <QtCore/QDir>
-#include <QtCore/QFile>
-#include <QtCore/QFileInfo>
-
-#include <gtest/gtest.h>
+#include "index/testing/store_world.h"
 
 namespace gateway::index {
 
@@ -14,43 +8,9 @@ namespace {
 
 using testing::TemporaryIndex;
 
-const QString kNumberKey = QStringLiteral("QuorinGateway.DataFileIndex");
-
-class Files : public ::testing::Test
-{
-protected:
-    QString importAs(const QString &name)
-    {
-        home.clock.advance(std::chrono::milliseconds(1));
-        home.index().importFile(home.file(TemporaryIndex::image(QString::number(++m_images)), name));
-        return home.rows(QStringLiteral("SELECT pathString FROM DicomImage ORDER BY pk DESC")).value(0);
-    }
-
-    void placeInStore(const QString &pathString)
-    {
-        const QString path = home.fileStoreRoot() + QLatin1Char('/') + pathString;
-        QDir().mkpath(QFileInfo(path).path());
-        QFile file(path);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write("an image");
-    }
-
-    void setNumber(qlonglong number)
-    {
-        home.close();
-        home.defaults.setObject(kNumberKey, number);
-        home.reopen();
-    }
-
-    TemporaryIndex home;
-
-private:
-    int m_images = 0;
-};
-
-using RunningNumber = Files;
-using StoredNames = Files;
-using StoreRoot = Files;
+using RunningNumber = testing::StoreWorld;
+using StoredNames = testing::StoreWorld;
+using StoreRoot = testing::StoreWorld;
 
 } // namespace
 
@@ -155,7 +115,7 @@ TEST_F(StoredNames, AnExtensionThatWouldNotComeBackWholeFromTheIndexIsDropped)
 
 TEST_F(StoredNames, APathOutsideTheRootIsKnownByItsLastComponent)
 {
-    FileStore store(home.path(QStringLiteral("s/")), home.defaults, home.clock, platform::systemFiles(), 0);
+    FileStore store(home.path(QStringLiteral("s/")), home.defaults, home.clock, platform::systemFiles(), {});
 
     EXPECT_EQ(store.pathStringOf(home.path(QStringLiteral("s/10000/1.dcm"))), QStringLiteral("10000/1.dcm"));
     EXPECT_EQ(store.pathStringOf(home.path(QStringLiteral("s2/10000/1.dcm"))), QStringLiteral("1.dcm"));
@@ -181,6 +141,17 @@ TEST_F(StoreRoot, PrivateCopiesOfACrashAreSweptAtOpening)
 
     EXPECT_TRUE(
         QDir(home.fileStoreRoot() + QStringLiteral("/.incoming")).isEmpty(QDir::Files | QDir::Hidden));
+}
+
+TEST_F(StoreRoot, AFileThatOnlyTriedAndOutlivedACrashIsSweptAtOpening)
+{
+    const QString image = importAs(QStringLiteral("a.dcm"));
+    placeInStore(QStringLiteral("10000/.try-left-over"));
+
+    home.reopen();
+
+    EXPECT_EQ(QDir(home.fileStoreRoot() + QStringLiteral("/10000")).entryList(QDir::Files | QDir::Hidden),
+              QStringList{QFileInfo(image).fileName()});
 }
 
 TEST_F(StoreRoot, BelongsToOneAtATime)
@@ -215,72 +186,6 @@ TEST_F(StoreRoot, LocksAgainstOthersWithTheFirstFileWhereItWasOutOfReach)
     }
 
     EXPECT_EQ(importAs(QStringLiteral("b.dcm")), QStringLiteral("10000/0.dcm"));
-}
-
-/// Where a volume is mounted, or isn't.
-class MountPoint : public Files
-{
-protected:
-    void unmount()
-    {
-        ASSERT_TRUE(QDir().rename(home.fileStoreRoot(), away));
-        ASSERT_TRUE(QDir().mkpath(home.fileStoreRoot()));
-    }
-
-    void mount()
-    {
-        ASSERT_TRUE(QDir(home.fileStoreRoot()).removeRecursively());
-        ASSERT_TRUE(QDir().rename(away, home.fileStoreRoot()));
-    }
-
-    QStringList underneath() const
-    {
-        return QDir(home.fileStoreRoot()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
-    }
-
-    const QString away = home.path(QStringLiteral("away"));
-};
-
-TEST_F(MountPoint, TakesNothingInThatLacksItsVolumeAtTheStartAndGoesOnWhenThatIsBack)
-{
-    importAs(QStringLiteral("a.dcm"));
-    home.close();
-    unmount();
-    home.reopen();
-
-    EXPECT_TRUE(home.index().isStoreOutOfSight());
-    EXPECT_THROW(importAs(QStringLiteral("b.dcm")), GatewayImportError);
-    home.index().fileStoreRoot();
-    EXPECT_EQ(underneath(), QStringList()) << "no store is made beside a known index";
-
-    mount();
-    EXPECT_FALSE(home.index().isStoreOutOfSight());
-    EXPECT_EQ(importAs(QStringLiteral("b.dcm")), QStringLiteral("10000/1.dcm"));
-    EXPECT_FALSE(platform::HomeLock::tryLock(home.fileStoreRoot() + QStringLiteral("/.lock")));
-}
-
-TEST_F(MountPoint, TakesNothingInThatLosesItsVolumeWhileItIsInUse)
-{
-    importAs(QStringLiteral("a.dcm"));
-    unmount();
-
-    EXPECT_THROW(importAs(QStringLiteral("b.dcm")), GatewayImportError);
-    EXPECT_FALSE(home.index().examination().isStoreWritable());
-    EXPECT_EQ(underneath(), QStringList());
-
-    mount();
-    EXPECT_EQ(importAs(QStringLiteral("b.dcm")), QStringLiteral("10000/1.dcm"));
-}
-
-TEST_F(MountPoint, IsKnownByTheIndexAloneToo)
-{
-    importAs(QStringLiteral("a.dcm"));
-    home.close();
-    unmount();
-    home.defaults.setObject(kNumberKey, 0);
-    home.reopen();
-
-    EXPECT_TRUE(home.index().isStoreOutOfSight());
 }
 
 TEST_F(StoreRoot, ThatWasEmptiedOnPurposeIsOneAgainWithItsFirstFolder)

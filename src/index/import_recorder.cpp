@@ -3,11 +3,13 @@
 #include "index/parsed_object.h"
 #include "index/stored_copies.h"
 #include "index/sync_state.h"
+#include "platform/files/file_error.h"
 #include "platform/sqlite/database.h"
 
 #include <QtCore/QFileInfo>
 
 #include <algorithm>
+#include <cerrno>
 #include <limits>
 #include <string_view>
 
@@ -47,9 +49,9 @@ constexpr std::string_view kImage = R"sql(
 INSERT INTO DicomImage (series, createDate, date, pathString, fileType, fileExtension, height, width,
     numberOfFrames, numberOfSeries, seriesInstanceUID, sopInstanceUID, originalSOPInstanceUID, orientation,
     origin, sliceLocation, comment, modality, frameID, instanceNumber, acknowledged, damaged, cameFrom,
-    syncState)
+    contentVersion, syncState)
 VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12, ?13, ?14, ?15, ?16, ?17, ?18, ?19, ?20, ?22, ?23,
-    ?24, 0)
+    ?24, ?25, 0)
 ON CONFLICT (series, sopInstanceUID, frameID, originalSOPInstanceUID) DO UPDATE SET
     createDate = excluded.createDate, date = excluded.date, pathString = excluded.pathString,
     fileType = excluded.fileType, fileExtension = excluded.fileExtension, height = excluded.height,
@@ -58,6 +60,7 @@ ON CONFLICT (series, sopInstanceUID, frameID, originalSOPInstanceUID) DO UPDATE 
     sliceLocation = coalesce(excluded.sliceLocation, sliceLocation), comment = excluded.comment,
     modality = excluded.modality, instanceNumber = excluded.instanceNumber,
     acknowledged = excluded.acknowledged, damaged = excluded.damaged, cameFrom = excluded.cameFrom,
+    contentVersion = excluded.contentVersion,
     syncState = CASE WHEN trim(pathString, ?21) IS excluded.pathString THEN syncState ELSE 0 END,
     uploadDate = CASE WHEN trim(pathString, ?21) IS excluded.pathString THEN uploadDate END)sql";
 
@@ -67,6 +70,7 @@ constexpr int kWhiteSpaceParameter = 21;
 constexpr int kAcknowledgedParameter = 22;
 constexpr int kDamagedParameter = 23;
 constexpr int kOriginParameter = 24;
+constexpr int kContentVersionParameter = 25;
 
 // Frames that only an earlier version of the image had.
 constexpr std::string_view kDeleteOtherFrames =
@@ -182,6 +186,7 @@ void writeImages(Database &database,
     image.bind(kAcknowledgedParameter, file.acknowledged);
     image.bind(kOriginParameter, static_cast<std::int64_t>(file.origin));
     image.bind(kDamagedParameter, object.isDamaged);
+    image.bind(kContentVersionParameter, file.contentVersion);
     const std::int64_t first = fittingInt32(object.instanceNumber, extent.frames - 1);
     for (std::int64_t frame = 0; frame < extent.frames; ++frame) {
         image.bind(kFrameParameter, frame).bind(kInstanceNumberParameter, first + frame).run();
@@ -227,6 +232,16 @@ void noteReplaced(Database &database, const StoredFile &file, const std::vector<
     }
 }
 
+/// What a file held when it was taken stays what it held, whatever is read of it later: its disk may have
+/// lost a part of it since.
+std::int64_t versionWhenTaken(Database &database, const StoredFile &file)
+{
+    Statement row = database.prepare(
+        "SELECT contentVersion FROM DicomImage WHERE pathString = ? AND contentVersion <> 0 LIMIT 1");
+    row.bindAll(file.pathString);
+    return row.step() ? row.integer(0) : file.contentVersion;
+}
+
 /// The rows stay with the rival: notes the file beside it.
 QSet<QString> noteBeside(Database &database, const StoredFile &file, const Judgement &judgement)
 {
@@ -251,7 +266,11 @@ QSet<QString> noteBeside(Database &database, const StoredFile &file, const Judge
 Recorded
 recordImport(Database &database, const ParsedObject &object, const StoredFile &stored, std::int64_t now)
 {
+    if (stored.store != storeTurn(database)) {
+        throw platform::FileError("record a file of a store that is the index's no more", ENOENT);
+    }
     StoredFile file = stored;
+    file.contentVersion = versionWhenTaken(database, stored);
     if (isSupersededAndNotOwed(database, file.pathString)) {
         file.origin = FileOrigin::broughtIn;
     }

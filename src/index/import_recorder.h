@@ -1,5 +1,7 @@
 #pragma once
 
+#include "index/store_turn.h"
+
 #include <QtCore/QSet>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
@@ -34,6 +36,11 @@ struct StoredFile
     std::int64_t acknowledged = 0;
 
     FileOrigin origin = FileOrigin::unknown;
+
+    /// What was read of its dataset when it was taken, as a SendableFile bears it; 0 where it wasn't read.
+    std::int64_t contentVersion = 0;
+
+    StoreTurn store = {}; ///< whose the names are
 };
 
 /// A file is recorded with at most this many rows (frames times series). A header that claims more counts as
@@ -54,7 +61,7 @@ struct Recorded
 /// this one is damaged, they stay, and this file is noted beside them. Runs inside the caller's transaction.
 ///
 /// \param now  milliseconds since 1970, UTC.
-/// \throws SqliteError, FileError
+/// \throws SqliteError, FileError; ENOENT where another store has become that of the index since
 Recorded recordImport(platform::Database &database,
                       const ParsedObject &object,
                       const StoredFile &stored,

@@ -151,8 +151,8 @@ UnrecordedFile IndexExamination::lookAt(const QString &pathString) const
 {
     UnrecordedFile file{
         UnrecordedFile::Kind::none, m_files.numbered(pathString), m_files.fileURL(pathString), {}, {}};
-    // In this order: an import writes its rows first and says then that it is over. A file that was seen, is
-    // in no import's hands and has no rows after that belongs to none.
+    // In this order: an import writes its rows first and says then that it is over. A file that was seen,
+    // isn't being imported and has no rows after that belongs to none.
     if (m_files.isBeingImported(pathString)) {
         return file;
     }
@@ -161,9 +161,11 @@ UnrecordedFile IndexExamination::lookAt(const QString &pathString) const
         return file;
     }
     try {
+        const StoreTurn store = m_store.read(storeTurn); // before a look at the file
         const std::int64_t modified = platform::fileIdentityOrThrow(path).modified.count();
         if (file.place) {
             file.place->acknowledged = modified;
+            file.place->store = store;
         }
         examine(file);
     } catch (const platform::FileError &error) {
@@ -230,13 +232,15 @@ std::int64_t IndexExamination::record(const QList<UnrecordedFile> &files)
     m_store.write([&](Database &database) {
         recorded = 0;
         for (const UnrecordedFile &file : files) {
-            if (hasItsPlace(database, file.place->pathString) ||
+            if (file.place->store != storeTurn(database) || hasItsPlace(database, file.place->pathString) ||
                 platform::isKnownToBeAbsent(file.place->path)) {
                 continue;
             }
-            database.prepare("UPDATE DicomImage SET damaged = 1 WHERE pathString = ?")
-                .bindAll(file.damagedRival)
-                .run();
+            if (file.kind == UnrecordedFile::Kind::wholeCopy) {
+                database.prepare("UPDATE DicomImage SET damaged = 1 WHERE pathString = ?")
+                    .bindAll(file.damagedRival)
+                    .run();
+            }
             recordImport(database, file.object, *file.place, m_clock.now().toMSecsSinceEpoch());
             if (lacksSentInstances(database)) { // whoever recorded it before may have sent it, or another
                 noteUnknownHistory(database, file.object.sopInstanceUID);

@@ -201,7 +201,7 @@ TEST_F(Examination, RecordsAnImageWhereItLies)
     EXPECT_TRUE(examination().record(examination().lookAt(QStringLiteral("10000/77.dcm"))));
 
     EXPECT_EQ(pathsOfRows(), QStringList{QStringLiteral("10000/77.dcm")});
-    EXPECT_EQ(home.index().notSyncedCounts().images, 1);
+    EXPECT_EQ(home.index().counts().notSynced.images, 1);
     EXPECT_EQ(kindOf(QStringLiteral("10000/77.dcm")), Kind::none);
     EXPECT_EQ(home.number(QStringLiteral("SELECT nextFileNumber FROM Ledger")), 78);
 }
@@ -215,7 +215,7 @@ TEST_F(Examination, RecordsNothingTwice)
     home.index().recordUploadResult({}, QStringLiteral("10000/77.dcm"), true);
 
     EXPECT_FALSE(examination().record(found));
-    EXPECT_EQ(home.index().syncedImagesCount(), 1);
+    EXPECT_EQ(home.index().counts().syncedImages, 1);
 }
 
 TEST_F(Examination, GivesAnImageWhoseFileIsGoneTheCopyThatIsThere)
@@ -228,7 +228,7 @@ TEST_F(Examination, GivesAnImageWhoseFileIsGoneTheCopyThatIsThere)
     EXPECT_TRUE(examination().record(examination().lookAt(QStringLiteral("10000/77.dcm"))));
 
     EXPECT_EQ(pathsOfRows(), QStringList{QStringLiteral("10000/77.dcm")});
-    EXPECT_EQ(home.index().failedImagesCount(), 0);
+    EXPECT_EQ(home.index().counts().failedImages, 0);
 }
 
 TEST_F(Examination, PrefersTheLaterOfTwoCopiesAndNeverTurnsBack)

@@ -23,16 +23,38 @@ constexpr std::size_t kLargestGroup = 64;
 // Idle connections beyond this are closed: more readers at a time are rare.
 constexpr std::size_t kIdleReaders = 3;
 
-std::unique_ptr<Database> openWriter(const QString &path)
+} // namespace
+
+struct IndexStore::Writer
 {
-    checkIndexFile(path);
+    Writer(const Change &wanted, Durability when) : change(wanted), durability(when) {}
+
+    const Change &change;
+    const Durability durability;
+    std::exception_ptr error;
+    bool done = false;
+    platform::Condition turn;
+};
+
+IndexStore::IndexStore(const QString &path) : m_path(path), m_former(path), m_writer(openWriter()) {}
+
+IndexStore::~IndexStore() = default;
+
+std::unique_ptr<Database> IndexStore::openWriter()
+{
+    checkIndexFile(m_path);
     try {
-        platform::makeFoldersDurably(QFileInfo(path).absolutePath());
-        auto database = std::make_unique<Database>(Database::open(path, Database::Access::readWrite));
+        platform::makeFoldersDurably(QFileInfo(m_path).absolutePath());
+        auto database = std::make_unique<Database>(Database::open(m_path, Database::Access::readWrite));
         database->useDurableWriteAheadLog();
         // A log of 16 MiB lets pages that many imports touch be written back once; the cache holds as much.
         database->exec("PRAGMA cache_size = -16384; PRAGMA wal_autocheckpoint = 4096;"
                        "PRAGMA journal_size_limit = 67108864");
+        if (isOfOlderVersion(*database)) {
+            m_former.keep(*database);
+        } else {
+            m_former.tidyUp();
+        }
         bringSchemaUpToDate(*database);
         return database;
     } catch (const SqliteError &error) {
@@ -41,21 +63,6 @@ std::unique_ptr<Database> openWriter(const QString &path)
         throw IndexOpenError(error.message());
     }
 }
-
-} // namespace
-
-struct IndexStore::Writer
-{
-    const Change &change;
-    const Durability durability;
-    std::exception_ptr error;
-    bool done = false;
-    platform::Condition turn;
-};
-
-IndexStore::IndexStore(const QString &path) : m_path(path), m_writer(openWriter(path)) {}
-
-IndexStore::~IndexStore() = default;
 
 bool IndexStore::tryWrite(const Change &change, Durability durability)
 {
@@ -69,11 +76,44 @@ bool IndexStore::tryWrite(const Change &change, Durability durability)
 
 void IndexStore::write(const Change &change, Durability durability)
 {
-    Writer self{change, durability, nullptr, false, {}};
+    std::deque<Writer> one;
+    one.emplace_back(change, durability);
+    queue(one);
+    serve(one.front());
+    if (one.front().error) {
+        std::rethrow_exception(one.front().error);
+    }
+}
+
+std::vector<bool> IndexStore::tryWriteEach(const std::vector<Wanted> &changes)
+{
+    std::deque<Writer> writers;
+    for (const auto &[change, durability] : changes) {
+        writers.emplace_back(change, durability);
+    }
+    queue(writers); // side by side, so that the first takes the others with it
+    std::vector<bool> isCommitted;
+    for (Writer &writer : writers) {
+        serve(writer);
+        isCommitted.push_back(!writer.error);
+    }
+    return isCommitted;
+}
+
+void IndexStore::queue(std::deque<Writer> &writers)
+{
+    const MutexLock lock(m_mutex);
+    for (Writer &writer : writers) {
+        m_queue.push_back(&writer);
+    }
+}
+
+/// Blocks until a writer of the queue is done, by its own doing where it comes to stand at the head.
+void IndexStore::serve(Writer &self)
+{
     std::vector<Writer *> group;
     {
         const MutexLock lock(m_mutex);
-        m_queue.push_back(&self);
         while (!self.done && m_queue.front() != &self) {
             self.turn.wait(m_mutex);
         }
@@ -82,20 +122,18 @@ void IndexStore::write(const Change &change, Durability durability)
             group.assign(m_queue.begin(), m_queue.begin() + static_cast<std::ptrdiff_t>(size));
         }
     }
-    if (!group.empty()) {
-        commitTogether(group);
-        const MutexLock lock(m_mutex);
-        for (Writer *writer : group) {
-            m_queue.pop_front();
-            writer->done = true;
-            writer->turn.notifyOne();
-        }
-        if (!m_queue.empty()) {
-            m_queue.front()->turn.notifyOne();
-        }
+    if (group.empty()) {
+        return;
     }
-    if (self.error) {
-        std::rethrow_exception(self.error);
+    commitTogether(group);
+    const MutexLock lock(m_mutex);
+    for (Writer *writer : group) {
+        m_queue.pop_front();
+        writer->done = true;
+        writer->turn.notifyOne();
+    }
+    if (!m_queue.empty()) {
+        m_queue.front()->turn.notifyOne();
     }
 }
 

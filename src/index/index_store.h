@@ -1,5 +1,6 @@
 #pragma once
 
+#include "index/former_index.h"
 #include "platform/concurrency/mutex.h"
 #include "platform/sqlite/database.h"
 
@@ -32,7 +33,8 @@ public:
         withTheNext ///< as soon as a later change does: the log keeps their order
     };
 
-    /// Opens or makes the file, with its folder. \throws IndexOpenError
+    /// Opens or makes the file, with its folder. One of an older version is brought to this one, and a copy
+    /// of what it was is kept. \throws IndexOpenError
     explicit IndexStore(const QString &path);
     ~IndexStore();
 
@@ -50,6 +52,17 @@ public:
     /// The same. \return false when the transaction failed; nothing has changed then.
     bool tryWrite(const Change &change, Durability durability = Durability::now);
 
+    /// A change, and when it is to survive a power cut.
+    struct Wanted
+    {
+        Change change;
+        Durability durability = Durability::now;
+    };
+
+    /// Carries out several changes, in their order and each as `tryWrite` would, in as few transactions as
+    /// may be. \return of each, in order, whether it was committed.
+    std::vector<bool> tryWriteEach(const std::vector<Wanted> &changes);
+
     /// Calls `query` with a connection that sees the last committed state, the same one throughout the call.
     /// Never waits for a writer. \throws SqliteError
     template <typename Query>
@@ -58,6 +71,9 @@ public:
         const Loan loan(*this);
         return query(loan.database());
     }
+
+    /// What is kept of the file as an older version left it.
+    const FormerIndex &former() const { return m_former; }
 
     /// Writers that wait or are being served.
     std::size_t queueLength() const;
@@ -81,11 +97,16 @@ private:
         std::unique_ptr<platform::Database> m_database;
     };
 
+    void queue(std::deque<Writer> &writers);
+    void serve(Writer &self);
     void commitTogether(const std::vector<Writer *> &writers);
     bool tryCommit(const std::vector<Writer *> &writers);
     void carryOut(Writer &writer);
 
+    std::unique_ptr<platform::Database> openWriter();
+
     const QString m_path;
+    FormerIndex m_former;
     std::unique_ptr<platform::Database> m_writer; // used by the writer at the head of the queue only
 
     mutable platform::Mutex m_mutex;

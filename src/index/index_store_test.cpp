@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <latch>
 #include <stdexcept>
@@ -177,6 +178,47 @@ TEST_F(IndexStoreWriters, OneThatBreaksTheCommonTransactionDoesNotTakeTheOthersW
               4);
 }
 
+TEST_F(IndexStoreWriters, SeveralChangesAreCommittedTogetherAndEachIsUndoneAlone)
+{
+    QList<std::int64_t> seenBefore;
+    const auto insertOne = [&](int value, bool fails) {
+        return IndexStore::Wanted{[this, value, fails, &seenBefore](Database &database) {
+            seenBefore.append(studies()); // of another connection, which sees what is committed
+            insert(database, value);
+            if (fails) {
+                throw std::runtime_error("no");
+            }
+        }};
+    };
+
+    const std::vector<bool> isCommitted =
+        store.tryWriteEach({insertOne(1, false), insertOne(2, true), insertOne(3, false)});
+
+    EXPECT_EQ(isCommitted, (std::vector<bool>{true, false, true}));
+    EXPECT_EQ(seenBefore, (QList<std::int64_t>{0, 0, 0}));
+    EXPECT_EQ(studies(), 2);
+    EXPECT_TRUE(store.tryWriteEach({}).empty());
+}
+
+TEST_F(IndexStoreWriters, MoreChangesThanShareACommitAreAllCarriedOutInOrder)
+{
+    std::vector<IndexStore::Wanted> changes;
+    QList<int> order;
+    for (int value = 1; value <= 150; ++value) {
+        changes.push_back({[value, &order](Database &database) {
+            insert(database, value);
+            order.append(value);
+        }});
+    }
+
+    const std::vector<bool> isCommitted = store.tryWriteEach(changes);
+
+    EXPECT_EQ(std::ranges::count(isCommitted, true), 150);
+    EXPECT_TRUE(std::ranges::is_sorted(order));
+    EXPECT_EQ(studies(), 150);
+    EXPECT_EQ(store.queueLength(), 0U);
+}
+
 TEST_F(IndexStoreReaders, DoNotWaitForAWriter)
 {
     std::latch inside(1);
@@ -242,6 +284,8 @@ private:
     QTemporaryDir m_home;
     int m_cuts = 0;
     platform::testing::ForgetfulLog m_disk;
+
+protected:
     IndexStore m_store{m_home.filePath(QStringLiteral("i.sqlite"))};
 };
 
@@ -258,6 +302,20 @@ TEST_F(IndexStoreAndPowerCut, NobodyWaitsForTheDiskForAChangeThatMayWait)
     write(2, IndexStore::Durability::withTheNext);
 
     EXPECT_EQ(left(), 1);
+}
+
+TEST_F(IndexStoreAndPowerCut, SeveralChangesAreThereAsSoonAsOneOfThemIsTo)
+{
+    const auto insertOne = [](int value, IndexStore::Durability durability) {
+        return IndexStore::Wanted{[value](Database &database) { insert(database, value); }, durability};
+    };
+    using enum IndexStore::Durability;
+    m_store.tryWriteEach({insertOne(1, withTheNext), insertOne(2, withTheNext)});
+    EXPECT_EQ(left(), 0) << "nobody waits for the disk";
+
+    m_store.tryWriteEach({insertOne(3, withTheNext), insertOne(4, now)});
+
+    EXPECT_EQ(left(), 4);
 }
 
 TEST_F(IndexStoreAndPowerCut, AChangeThatMightWaitIsThereWithTheNextThatMightNot)

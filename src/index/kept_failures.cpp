@@ -49,10 +49,10 @@ void keepFailure(Database &database, const QString &path, const FailedUpload &fa
     }
 }
 
-QString lastFailureOf(Database &database, const QString &path)
+LastFailure lastFailureOf(Database &database, const QString &path)
 {
-    Statement row = database.prepare("SELECT failureClass FROM UploadFailure WHERE pathString = ?");
-    return row.bindAll(path).step() ? row.text(0) : QString();
+    Statement row = database.prepare("SELECT failureClass, tries FROM UploadFailure WHERE pathString = ?");
+    return row.bindAll(path).step() ? LastFailure{row.text(0), row.integer(1)} : LastFailure();
 }
 
 } // namespace gateway::index

@@ -21,7 +21,14 @@ void keepFailure(platform::Database &database,
                  const FailedUpload &failure,
                  std::int64_t now);
 
-/// The class of the file's last failure; empty where it has none. Throws SqliteError.
-QString lastFailureOf(platform::Database &database, const QString &path);
+/// What is kept of a file's last failure.
+struct LastFailure
+{
+    QString failureClass = {}; ///< empty where it has none
+    std::int64_t tries = 0;    ///< in vain, after which the file had to wait
+};
+
+/// The file's last failure. Throws SqliteError.
+LastFailure lastFailureOf(platform::Database &database, const QString &path);
 
 } // namespace gateway::index

@@ -30,7 +30,8 @@ struct LocalStudySnapshot
 struct LocalSeriesSnapshot
 {
     QString id; ///< the series' key within its study, or the row's own address when it has none
-    QString seriesInstanceUID;
+    QString seriesInstanceUID; ///< that key, which is no UID
+    QString seriesUID;         ///< as it stands in the files
     std::int64_t seriesNumber = 0;
     QString seriesDescription;
     QString modality;

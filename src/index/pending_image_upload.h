@@ -1,6 +1,7 @@
 #pragma once
 
 #include "index/image_object_id.h"
+#include "index/store_turn.h"
 
 #include <QtCore/QList>
 #include <QtCore/QString>
@@ -27,9 +28,13 @@ struct PendingImageUpload
     /// repeats, ascending.
     QStringList originalSOPInstanceUIDs;
 
-    std::int64_t acknowledged = 0; ///< in nanoseconds since 1970; 0 where nobody knows
-    bool isRetry = false;          ///< it was tried in vain before, and has waited for its time since
-    QString lastFailure = {};      ///< the class of its last failure, where it was
+    std::int64_t acknowledged = 0;   ///< in nanoseconds since 1970; 0 where nobody knows
+    bool isDamaged = false;          ///< its file is known not to hold all of the image
+    std::int64_t contentVersion = 0; ///< of its file when it was taken; 0 where nobody knows
+    bool isRetry = false;            ///< it was tried in vain before, and has waited for its time since
+    QString lastFailure = {};        ///< the class of its last failure, where it was
+    std::int64_t tries = 0;          ///< in vain, after which it had to wait
+    StoreTurn store = {};            ///< whose the path is
 
     bool operator==(const PendingImageUpload &) const = default;
 };
@@ -73,11 +78,21 @@ struct EntityCounts
     bool operator==(const EntityCounts &) const = default;
 };
 
+/// Instances, each counted once whatever number of frames it has, by what is known of their uploads.
+struct InstanceCounts
+{
+    std::int64_t total = 0;
+    std::int64_t synced = 0;
+    std::int64_t failed = 0;
+
+    bool operator==(const InstanceCounts &) const = default;
+};
+
 /// All counts of the index as they stood together at one moment.
 struct IndexCounts
 {
     EntityCounts total;
-    EntityCounts notSynced;
+    EntityCounts notSynced; ///< absent, 0, 2 or 3; studies and series by their stored state
     std::int64_t syncedImages = 0;
     std::int64_t failedImages = 0;
 

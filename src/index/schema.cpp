@@ -63,6 +63,26 @@ void checkIndexFile(const QString &path)
     }
 }
 
+std::optional<qint64> olderIndexBytes(const QString &path)
+{
+    const QFileInfo file(path);
+    if (!file.isFile() || file.size() == 0) {
+        return std::nullopt;
+    }
+    try {
+        Database database = Database::open(path, Database::Access::readOnly);
+        return isOfOlderVersion(database) ? std::optional(file.size()) : std::nullopt;
+    } catch (const SqliteError &) {
+        return std::nullopt; // opening it says why
+    }
+}
+
+bool isOfOlderVersion(Database &database)
+{
+    const std::int64_t version = database.integer("PRAGMA user_version");
+    return version >= 1 && version < kSchemaVersion;
+}
+
 void bringSchemaUpToDate(Database &database)
 {
     // A start has no need of the write lock, which a backup or another program's reader may hold for long.
@@ -91,6 +111,7 @@ void bringSchemaUpToDate(Database &database)
         }
         database.exec(kSentOfSchemaVersion3);
         database.exec(kCloudDeletionsOfSchemaVersion3);
+        database.exec(kInstancesOfSchemaVersion3);
         noteSentBefore(database);
     }
     if (found < kSchemaVersion) {

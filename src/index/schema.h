@@ -2,6 +2,7 @@
 
 #include <QtCore/QString>
 
+#include <optional>
 #include <stdexcept>
 
 namespace gateway::platform {
@@ -27,6 +28,13 @@ inline constexpr int kSchemaVersion = 3;
 /// Looks at the file at `path` through a read-only connection and throws IndexOpenError unless it is missing,
 /// empty, or an index of this version or an older one. Changes nothing.
 void checkIndexFile(const QString &path);
+
+/// The size of the file at `path` in bytes when it is an index of an older version, of which opening it keeps
+/// a copy before it brings it to this one; nothing for any other. Changes nothing, throws nothing.
+std::optional<qint64> olderIndexBytes(const QString &path);
+
+/// True for an index that `bringSchemaUpToDate` would bring to this version. Throws SqliteError.
+bool isOfOlderVersion(platform::Database &database);
 
 /// Makes the tables of a new file, or brings an older file to this version, in one transaction.
 /// Throws SqliteError.

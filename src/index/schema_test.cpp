@@ -197,8 +197,10 @@ TEST_F(IndexFile, OfVersion1IsBroughtForwardWithEveryRowItHeld)
     putStored(QStringLiteral("version_1.sqlite"));
     const QStringList before = rowsOfVersion1();
     ASSERT_EQ(before.size(), 13);
+    EXPECT_GT(olderIndexBytes(path()).value_or(0), 0);
 
     IndexStore store(path());
+    EXPECT_EQ(olderIndexBytes(path()), std::nullopt);
 
     Database database = Database::open(path(), Database::Access::readOnly);
     EXPECT_EQ(database.integer("PRAGMA user_version"), kSchemaVersion);

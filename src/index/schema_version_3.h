@@ -2,7 +2,7 @@
 
 namespace gateway::index {
 
-// What version 3 adds to version 2, in three pieces that stand for themselves. Never changed once released: a
+// What version 3 adds to version 2, in pieces that stand for themselves. Never changed once released: a
 // later layout is a migration.
 
 /// The order in which files wait for their upload, and until when.
@@ -32,19 +32,23 @@ END;
 /// Which of several stored copies of an image counts, and which of them may go.
 ///
 /// `acknowledged` is when the file of a row was acknowledged, in nanoseconds since 1970, 0 where that isn't
-/// known; `damaged` tells a file that ends before its elements do, `cameFrom` is the
+/// known; `contentVersion` is what its import read of its dataset, as a SendableFile bears it, 0 where nobody
+/// noted that; `damaged` tells a file that ends before its elements do, `cameFrom` is the
 /// way by which it came, a FileOrigin. `SupersededFile` holds the stored files of images whose rows stand for
 /// another one, `successor`; `owed` is 1 for one that a modality may have been told is stored and that wasn't
 /// in the cloud when it came to stand aside. `recordAgainFrom` is the number of the first stored file that
 /// may lack its rows because the index was made anew or came back from a backup; NULL where all have them.
+/// `storesBefore` only rises, with each store that a person takes for the one of the index.
 inline constexpr const char *kCopiesOfSchemaVersion3 = R"sql(
 ALTER TABLE DicomImage ADD COLUMN acknowledged INTEGER NOT NULL DEFAULT 0;
 ALTER TABLE DicomImage ADD COLUMN damaged INTEGER NOT NULL DEFAULT 0;
+ALTER TABLE DicomImage ADD COLUMN contentVersion INTEGER NOT NULL DEFAULT 0;
 ALTER TABLE DicomImage ADD COLUMN cameFrom INTEGER NOT NULL DEFAULT 2;
 CREATE INDEX DicomImage_damaged ON DicomImage (pathString) WHERE damaged <> 0;
 
 ALTER TABLE Ledger ADD COLUMN newestAcknowledged INTEGER NOT NULL DEFAULT 0;
 ALTER TABLE Ledger ADD COLUMN recordAgainFrom INTEGER;
+ALTER TABLE Ledger ADD COLUMN storesBefore INTEGER NOT NULL DEFAULT 0;
 
 CREATE TABLE SupersededFile (
     pathString TEXT PRIMARY KEY,
@@ -62,12 +66,12 @@ CREATE INDEX SupersededFile_successor ON SupersededFile (successor);
 /// may have arrived: 1 when it was answered as stored, 0 when a try failed before that, else the number of
 /// the process that has it on its way; of no meaning beside a `version` of 0. `acknowledged` is when the last
 /// acknowledged of all versions was that were answered as stored, as in DicomImage, 0 where none was or
-/// nobody knows, and `place` a digest of its study and series. `cloud` is that to which it was sent last, and
-/// in the ledger that to which all is sent now: a SentCloud, 0 where none was noted. `lacksSentInstances` is
+/// nobody knows, and `place` a digest of its study and series. `cloud` is that to which it was sent last, a
+/// SentCloud, 0 where none was noted. `lacksSentInstances` is
 /// 1 where instances may have been sent that have no entry: by an earlier version of the program, or before
 /// the index was lost whose files have been recorded again since. `sendCount` only rises, with each instance
 /// that is noted. The `name` of a cloud is a digest; `answersQueries` is 1 for one that ever answered a
-/// query, `queriesRefusedSince` is when one first said that it has none, in milliseconds since 1970.
+/// query.
 inline constexpr const char *kSentOfSchemaVersion3 = R"sql(
 
 ALTER TABLE Ledger ADD COLUMN lacksSentInstances INTEGER NOT NULL DEFAULT 0;
@@ -81,14 +85,12 @@ CREATE TABLE SentInstance (
     cloud INTEGER NOT NULL DEFAULT 0
 );
 
-ALTER TABLE Ledger ADD COLUMN cloud INTEGER NOT NULL DEFAULT 0;
 ALTER TABLE Ledger ADD COLUMN sendCount INTEGER NOT NULL DEFAULT 0;
 
 CREATE TABLE SentCloud (
     pk INTEGER PRIMARY KEY,
     name INTEGER NOT NULL UNIQUE,
-    answersQueries INTEGER NOT NULL DEFAULT 0,
-    queriesRefusedSince INTEGER
+    answersQueries INTEGER NOT NULL DEFAULT 0
 );
 
 )sql";
@@ -108,6 +110,42 @@ CREATE INDEX DicomImage_uploaded ON DicomImage (uploadDate)
 CREATE TRIGGER DicomImage_sentAgain AFTER UPDATE OF syncState ON DicomImage
 WHEN NEW.syncState = 3 AND OLD.leftCloud <> 0 BEGIN
     UPDATE DicomImage SET leftCloud = 0 WHERE pk = NEW.pk;
+END;
+)sql";
+
+/// How many instances there are, beside their frames: archives count by them.
+///
+/// An instance is counted by the row of its first frame, in the state of that row; of a file whose frames lie
+/// in several series by the first of these.
+inline constexpr const char *kInstancesOfSchemaVersion3 = R"sql(
+ALTER TABLE Ledger ADD COLUMN instanceCount INTEGER NOT NULL DEFAULT 0;
+ALTER TABLE Ledger ADD COLUMN syncedInstanceCount INTEGER NOT NULL DEFAULT 0;
+ALTER TABLE Ledger ADD COLUMN failedInstanceCount INTEGER NOT NULL DEFAULT 0;
+
+UPDATE Ledger SET (instanceCount, syncedInstanceCount, failedInstanceCount) =
+    (SELECT count(*), coalesce(sum(syncState IS 1), 0), coalesce(sum(syncState IS 2), 0) FROM DicomImage
+     WHERE frameID IS 0 AND sopInstanceUID IS coalesce(originalSOPInstanceUID, '') || '0');
+
+CREATE TRIGGER DicomImage_instanceInserted AFTER INSERT ON DicomImage
+WHEN NEW.frameID IS 0 AND NEW.sopInstanceUID IS coalesce(NEW.originalSOPInstanceUID, '') || '0' BEGIN
+    UPDATE Ledger SET instanceCount = instanceCount + 1,
+        syncedInstanceCount = syncedInstanceCount + (NEW.syncState IS 1),
+        failedInstanceCount = failedInstanceCount + (NEW.syncState IS 2);
+END;
+
+CREATE TRIGGER DicomImage_instanceMoved AFTER UPDATE OF syncState ON DicomImage
+WHEN OLD.syncState IS NOT NEW.syncState
+    AND NEW.frameID IS 0 AND NEW.sopInstanceUID IS coalesce(NEW.originalSOPInstanceUID, '') || '0' BEGIN
+    UPDATE Ledger SET
+        syncedInstanceCount = syncedInstanceCount + (NEW.syncState IS 1) - (OLD.syncState IS 1),
+        failedInstanceCount = failedInstanceCount + (NEW.syncState IS 2) - (OLD.syncState IS 2);
+END;
+
+CREATE TRIGGER DicomImage_instanceDeleted AFTER DELETE ON DicomImage
+WHEN OLD.frameID IS 0 AND OLD.sopInstanceUID IS coalesce(OLD.originalSOPInstanceUID, '') || '0' BEGIN
+    UPDATE Ledger SET instanceCount = instanceCount - 1,
+        syncedInstanceCount = syncedInstanceCount - (OLD.syncState IS 1),
+        failedInstanceCount = failedInstanceCount - (OLD.syncState IS 2);
 END;
 )sql";
 

@@ -44,47 +44,39 @@ SentBefore withoutEntry(Database &database)
     return database.integer(kLacksSome) != 0 ? SentBefore::unrecorded : SentBefore::nothing;
 }
 
-} // namespace
+/// When it was acknowledged, as far as that keeps what is older from the cloud.
+std::int64_t timeThatCounts(const SentInstance &sent)
+{
+    return sent.isDamaged ? 0 : sent.acknowledged;
+}
 
-void noteCloud(Database &database, const QString &cloud)
+/// The number of a cloud that was noted; none of them where it wasn't.
+std::int64_t numberOf(Database &database, const QString &cloud)
+{
+    constexpr std::int64_t kNone = -1;
+    Statement row = database.prepare("SELECT pk FROM SentCloud WHERE name = ?");
+    return row.bindAll(keyOf(cloud)).step() ? row.integer(0) : kNone;
+}
+
+std::int64_t noteCloud(Database &database, const QString &cloud)
 {
     database.prepare("INSERT OR IGNORE INTO SentCloud (name) VALUES (?)").bindAll(keyOf(cloud)).run();
-    database.prepare("UPDATE Ledger SET cloud = (SELECT pk FROM SentCloud WHERE name = ?)")
-        .bindAll(keyOf(cloud))
+    return numberOf(database, cloud);
+}
+
+} // namespace
+
+void noteQueryAnswered(Database &database, const QString &cloud)
+{
+    database.prepare("UPDATE SentCloud SET answersQueries = 1 WHERE pk = ?")
+        .bindAll(noteCloud(database, cloud))
         .run();
 }
 
-bool isNotedCloud(Database &database, const QString &cloud)
+bool isQueryAnswerNoted(Database &database, const QString &cloud)
 {
-    Statement row = database.prepare(
-        "SELECT 1 FROM Ledger JOIN SentCloud ON SentCloud.pk = Ledger.cloud WHERE SentCloud.name = ?");
+    Statement row = database.prepare("SELECT 1 FROM SentCloud WHERE name = ? AND answersQueries <> 0");
     return row.bindAll(keyOf(cloud)).step();
-}
-
-void noteQueryAnswered(Database &database)
-{
-    database.exec("UPDATE SentCloud SET answersQueries = 1 WHERE pk = (SELECT cloud FROM Ledger)");
-}
-
-bool isQueryAnswerNoted(Database &database)
-{
-    return database.integer(
-               "SELECT EXISTS (SELECT 1 FROM Ledger JOIN SentCloud ON SentCloud.pk = Ledger.cloud "
-               "WHERE answersQueries <> 0)") != 0;
-}
-
-bool noteQueryRefused(Database &database, std::int64_t now)
-{
-    constexpr std::int64_t kUntilBelieved =
-        3'600'000; // an hour: a service that starts, or a proxy's bad moment
-    database
-        .prepare("UPDATE SentCloud SET queriesRefusedSince = ?1 WHERE pk = (SELECT cloud FROM Ledger) "
-                 "AND (queriesRefusedSince IS NULL OR queriesRefusedSince > ?1)")
-        .bindAll(now)
-        .run();
-    Statement row = database.prepare("SELECT 1 FROM Ledger JOIN SentCloud ON SentCloud.pk = Ledger.cloud "
-                                     "WHERE answersQueries = 0 AND queriesRefusedSince <= ?");
-    return row.bindAll(now - kUntilBelieved).step();
 }
 
 std::int64_t newSender()
@@ -94,14 +86,14 @@ std::int64_t newSender()
 
 SentBefore sentBefore(Database &database, const SentInstance &next, std::int64_t sender)
 {
-    Statement row =
-        database.prepare("SELECT version, arrival, acknowledged, "
-                         "cloud = (SELECT cloud FROM Ledger), place FROM SentInstance WHERE instance = ?");
+    Statement row = database.prepare(
+        "SELECT version, arrival, acknowledged, cloud, place FROM SentInstance WHERE instance = ?");
     if (!row.bindAll(keyOf(next.instance)).step()) {
         return withoutEntry(database);
     }
     if (row.integer(0) == next.version) {
-        return row.integer(3) != 0 ? ofThisVersion(row.integer(1), sender) : withoutEntry(database);
+        return row.integer(3) == numberOf(database, next.cloud) ? ofThisVersion(row.integer(1), sender)
+                                                                : withoutEntry(database);
     }
     const bool isInItsPlace = row.integer(4) == keyOf(next.place);
     if (isInItsPlace && next.acknowledged != 0 && next.acknowledged < row.integer(2)) {
@@ -121,11 +113,12 @@ void noteSending(Database &database, const SentInstance &sent, std::int64_t send
     database
         .prepare(
             "INSERT INTO SentInstance (instance, version, arrival, cloud) "
-            "SELECT ?1, ?2, ?3, cloud FROM Ledger WHERE true "
+            "VALUES (?1, ?2, ?3, ?6) "
             "ON CONFLICT (instance) DO UPDATE SET version = CASE WHEN version = ?2 THEN ?2 ELSE 0 END, "
             "arrival = CASE WHEN cloud = excluded.cloud AND arrival IN (?4, ?5) THEN arrival ELSE ?3 END, "
             "cloud = excluded.cloud")
-        .bindAll(keyOf(sent.instance), sent.version, sender, kFailed, kStored)
+        .bindAll(
+            keyOf(sent.instance), sent.version, sender, kFailed, kStored, noteCloud(database, sent.cloud))
         .run();
     database.exec("UPDATE Ledger SET sendCount = sendCount + 1");
 }
@@ -133,11 +126,18 @@ void noteSending(Database &database, const SentInstance &sent, std::int64_t send
 void noteStored(Database &database, const SentInstance &sent)
 {
     database
-        .prepare("UPDATE SentInstance SET arrival = CASE WHEN version = ?2 THEN ?3 ELSE arrival END, "
-                 "place = CASE WHEN acknowledged < ?4 THEN ?5 ELSE place END, "
-                 "acknowledged = max(acknowledged, ?4) "
-                 "WHERE instance = ?1 AND ((version = ?2 AND arrival <> ?3) OR acknowledged < ?4)")
-        .bindAll(keyOf(sent.instance), sent.version, kStored, sent.acknowledged, keyOf(sent.place))
+        .prepare(
+            "UPDATE SentInstance SET "
+            "arrival = CASE WHEN version = ?2 AND cloud = ?6 THEN ?3 ELSE arrival END, "
+            "place = CASE WHEN acknowledged < ?4 THEN ?5 ELSE place END, "
+            "acknowledged = max(acknowledged, ?4) "
+            "WHERE instance = ?1 AND ((version = ?2 AND cloud = ?6 AND arrival <> ?3) OR acknowledged < ?4)")
+        .bindAll(keyOf(sent.instance),
+                 sent.version,
+                 kStored,
+                 timeThatCounts(sent),
+                 keyOf(sent.place),
+                 numberOf(database, sent.cloud))
         .run();
 }
 
@@ -145,8 +145,8 @@ void noteFailed(Database &database, const SentInstance &sent)
 {
     database
         .prepare("UPDATE SentInstance SET arrival = ?3 "
-                 "WHERE instance = ?1 AND version = ?2 AND arrival NOT IN (?3, ?4)")
-        .bindAll(keyOf(sent.instance), sent.version, kFailed, kStored)
+                 "WHERE instance = ?1 AND version = ?2 AND cloud = ?5 AND arrival NOT IN (?3, ?4)")
+        .bindAll(keyOf(sent.instance), sent.version, kFailed, kStored, numberOf(database, sent.cloud))
         .run();
 }
 
@@ -154,11 +154,16 @@ void noteVerified(Database &database, const SentInstance &seen)
 {
     database
         .prepare("INSERT INTO SentInstance (instance, version, arrival, acknowledged, place, cloud) "
-                 "SELECT ?1, ?2, ?3, ?4, ?5, cloud FROM Ledger WHERE true "
+                 "VALUES (?1, ?2, ?3, ?4, ?5, ?6) "
                  "ON CONFLICT (instance) DO UPDATE SET version = ?2, arrival = ?3, "
                  "place = CASE WHEN acknowledged < ?4 THEN ?5 ELSE place END, "
                  "acknowledged = max(acknowledged, ?4), cloud = excluded.cloud")
-        .bindAll(keyOf(seen.instance), seen.version, kStored, seen.acknowledged, keyOf(seen.place))
+        .bindAll(keyOf(seen.instance),
+                 seen.version,
+                 kStored,
+                 timeThatCounts(seen),
+                 keyOf(seen.place),
+                 noteCloud(database, seen.cloud))
         .run();
 }
 

@@ -17,11 +17,13 @@ struct SentInstance
     std::int64_t version = 0;      ///< tells versions of it apart, above 0
     std::int64_t acknowledged = 0; ///< its file, in nanoseconds since 1970; 0 where nobody knows
     QString place = {};            ///< the study and the series that it belongs to
+    QString cloud = {};            ///< names the cloud that it goes to or went to, and the account there
+    bool isDamaged = false; ///< it lacks a part of the image: what was acknowledged before it may hold more
 
     bool operator==(const SentInstance &) const = default;
 };
 
-/// What of an instance was sent before to the cloud that all goes to now; of other versions, to any.
+/// What of an instance was sent before to the cloud that it goes to now; of other versions, to any.
 enum class SentBefore
 {
     nothing,
@@ -36,26 +38,13 @@ enum class SentBefore
 };
 
 // Which versions of an instance went to the cloud. All run inside the caller's transaction and throw
-// SqliteError. An instance is known by its UID alone: a server may know it by no more.
+// SqliteError. An instance is known by its UID alone: a server may know it by no more. An answer of one cloud
+// proves nothing of what another holds, so each note says which it is of.
 
-/// Notes which cloud all goes to from now on. An answer of another one proves nothing of what this one holds.
-///
-/// \param cloud  names it and the account there.
-void noteCloud(platform::Database &database, const QString &cloud);
+/// Notes that this cloud has answered a query.
+void noteQueryAnswered(platform::Database &database, const QString &cloud);
 
-/// True for the cloud that was noted last.
-bool isNotedCloud(platform::Database &database, const QString &cloud);
-
-/// Notes that the cloud that was noted last has answered a query.
-void noteQueryAnswered(platform::Database &database);
-
-bool isQueryAnswerNoted(platform::Database &database);
-
-/// Notes that it says that it has no queries for this account.
-///
-/// \param now  milliseconds since 1970.
-/// \return true where that may be believed, see `UploadIndex::noteQueryRefused`.
-bool noteQueryRefused(platform::Database &database, std::int64_t now);
+bool isQueryAnswerNoted(platform::Database &database, const QString &cloud);
 
 /// A number for this process, by which its own sends are told from those of one that died.
 std::int64_t newSender();
@@ -73,7 +62,7 @@ std::int64_t onlyVersionSent(platform::Database &database, const QString &instan
 void noteSending(platform::Database &database, const SentInstance &sent, std::int64_t sender);
 
 /// Notes that a try of this version was answered as stored, and when that version was acknowledged; only the
-/// latter where another is noted.
+/// latter where another is noted, or a send of it to another cloud.
 void noteStored(platform::Database &database, const SentInstance &sent);
 
 /// Notes that a try of this version failed, whether or not it got an answer; nothing where another is noted,

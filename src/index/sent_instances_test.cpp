@@ -152,58 +152,63 @@ TEST_F(SentInstances, KeepTheTimeOfTheLatestVersionWhateverIsNotedLater)
 
 TEST_F(SentInstances, BelieveOfOneCloudNothingThatAnotherAnswered)
 {
-    const QString first = QStringLiteral("https://a.example anna");
-    const QString second = QStringLiteral("https://b.example anna");
-    EXPECT_FALSE(isNotedCloud(database, first));
-    noteCloud(database, first);
-    send(7);
-    noteStored(database, {kUid, 7});
-    EXPECT_EQ(before(7), SentBefore::thisVersion);
+    const SentInstance first{
+        .instance = kUid, .version = 7, .cloud = QStringLiteral("https://a.example anna")};
+    const SentInstance second{
+        .instance = kUid, .version = 7, .cloud = QStringLiteral("https://b.example anna")};
+    const auto beforeAt = [this](const SentInstance &next) { return sentBefore(database, next, kSender); };
+    noteSending(database, first, kSender);
+    noteStored(database, first);
+    EXPECT_EQ(beforeAt(first), SentBefore::thisVersion);
 
-    noteCloud(database, second);
-    EXPECT_FALSE(isNotedCloud(database, first));
-    EXPECT_EQ(before(7), SentBefore::nothing);
+    EXPECT_EQ(beforeAt(second), SentBefore::nothing);
     EXPECT_TRUE(mayOtherBeSent(8));
-    send(7);
-    noteFailed(database, {kUid, 7});
-    EXPECT_EQ(before(7), SentBefore::thisVersionInVain);
-    noteVerified(database, {kUid, 7});
-    EXPECT_EQ(before(7), SentBefore::thisVersion);
+    noteSending(database, second, kSender);
+    noteFailed(database, second);
+    EXPECT_EQ(beforeAt(second), SentBefore::thisVersionInVain);
+    noteVerified(database, second);
+    EXPECT_EQ(beforeAt(second), SentBefore::thisVersion);
 
-    noteCloud(database, first);
-    EXPECT_TRUE(isNotedCloud(database, first));
-    EXPECT_EQ(before(7), SentBefore::nothing) << "what was known of it has made room";
+    EXPECT_EQ(beforeAt(first), SentBefore::nothing) << "what was known of it has made room";
 }
 
 TEST_F(SentInstances, KeepAnAnswerForTheCloudThatGaveIt)
 {
-    noteCloud(database, QStringLiteral("first"));
-    send(7);
-    noteCloud(database, QStringLiteral("second")); // while the request is under way
+    SentInstance atFirst{
+        .instance = kUid, .version = 7, .acknowledged = 50, .cloud = QStringLiteral("first")};
+    SentInstance atSecond = atFirst;
+    atSecond.cloud = QStringLiteral("second");
+    noteSending(database, atFirst, kSender);
+    noteSending(database, atSecond, kSender); // while the first request is under way
 
-    noteStored(database, {kUid, 7});
+    noteStored(database, atFirst);
+    EXPECT_EQ(sentBefore(database, atSecond, kSender), SentBefore::thisVersionOnItsWay);
+    noteFailed(database, atFirst);
+    EXPECT_EQ(sentBefore(database, atSecond, kSender), SentBefore::thisVersionOnItsWay);
 
-    EXPECT_EQ(before(7), SentBefore::nothing);
+    noteVerified(database, atFirst);
+    EXPECT_EQ(sentBefore(database, atFirst, kSender), SentBefore::thisVersion);
+    EXPECT_EQ(sentBefore(database, atSecond, kSender), SentBefore::nothing) << "it was seen at the first";
 }
 
-TEST_F(SentInstances, BelieveOfNoCloudAtOnceThatItHasNoQueries)
+TEST_F(SentInstances, KnowWhichCloudsAnsweredAQuery)
 {
-    constexpr std::int64_t kHour = 3'600'000;
-    constexpr std::int64_t kNow = 1'000 * kHour;
-    noteCloud(database, QStringLiteral("first"));
-    EXPECT_FALSE(noteQueryRefused(database, kNow));
-    EXPECT_FALSE(noteQueryRefused(database, kNow + kHour - 1));
-    EXPECT_TRUE(noteQueryRefused(database, kNow + kHour));
+    const QString first = QStringLiteral("first");
+    EXPECT_FALSE(isQueryAnswerNoted(database, first));
+    noteQueryAnswered(database, first);
 
-    noteQueryAnswered(database);
-    EXPECT_TRUE(isQueryAnswerNoted(database));
-    EXPECT_FALSE(noteQueryRefused(database, kNow + 100 * kHour)) << "it has some";
+    EXPECT_TRUE(isQueryAnswerNoted(database, first));
+    EXPECT_FALSE(isQueryAnswerNoted(database, QStringLiteral("second")));
+}
 
-    noteCloud(database, QStringLiteral("second"));
-    EXPECT_FALSE(isQueryAnswerNoted(database));
-    EXPECT_FALSE(noteQueryRefused(database, kNow + 100 * kHour));
-    EXPECT_FALSE(noteQueryRefused(database, kNow)) << "the clock was set back";
-    EXPECT_TRUE(noteQueryRefused(database, kNow + kHour));
+TEST_F(SentInstances, HoldBackNoWholeImageForAStumpThatCameLater)
+{
+    const SentInstance stump{.instance = kUid, .version = 7, .acknowledged = 200, .isDamaged = true};
+    noteSending(database, stump, kSender);
+    noteStored(database, stump);
+    EXPECT_EQ(sentBefore(database, {kUid, 8, 100}, kSender), SentBefore::anotherVersion);
+    noteVerified(database, stump);
+    EXPECT_EQ(sentBefore(database, {kUid, 8, 100}, kSender), SentBefore::anotherVersion);
 }
 
 TEST_F(SentInstances, LackSomeWhereMoreWereCountedThanTheyKnow)

@@ -3,7 +3,7 @@
 #include "index/file_store.h"
 #include "index/index_store.h"
 #include "index/sent_instances.h"
-#include "platform/files/file_error.h"
+#include "platform/files/files.h"
 #include "platform/sqlite/database.h"
 
 #include <algorithm>
@@ -23,10 +23,17 @@ constexpr int kFilesOfABatch = 50;
 /// A kill may leave so many files behind that have their numbers and not yet their rows, and not more.
 constexpr std::int64_t kMostImportsUnderWay = 64;
 
-std::int64_t nextNumberOf(const IndexStore &store)
+struct Known
 {
-    return store.read(
-        [](Database &database) { return database.integer("SELECT nextFileNumber FROM Ledger"); });
+    std::int64_t nextNumber = 0;
+    StoreTurn store;
+};
+
+Known known(const IndexStore &store)
+{
+    return store.read([](Database &database) {
+        return Known{database.integer("SELECT nextFileNumber FROM Ledger"), storeTurn(database)};
+    });
 }
 
 struct Batch
@@ -77,47 +84,94 @@ StoreRecording::StoreRecording(IndexStore &store,
     : m_store(store), m_files(files), m_examination(examination),
       m_onStatesChanged(std::move(onStatesChanged))
 {
-    noteWhatWasLost(knownSends);
+    noteWhatIsLacking();
+    try {
+        if (m_store.read(sendCount) < knownSends) {
+            m_store.tryWrite([&](Database &database) { noteSendCount(database, knownSends); });
+        }
+    } catch (const SqliteError &) {
+        return; // as above
+    }
 }
 
-std::optional<std::int64_t> StoreRecording::recordAgainFrom() const
+/// What is to be recorded again.
+struct StoreRecording::Due
 {
-    return m_store.read([](Database &database) -> std::optional<std::int64_t> {
+    std::int64_t from = 0; // the number of a file
+    StoreTurn store;
+};
+
+std::optional<StoreRecording::Due> StoreRecording::due() const
+{
+    return m_store.read([](Database &database) -> std::optional<Due> {
         Statement row = database.prepare("SELECT recordAgainFrom FROM Ledger");
-        return row.step() && !row.isNull(0) ? std::optional(row.integer(0)) : std::nullopt;
+        return row.step() && !row.isNull(0) ? std::optional(Due{row.integer(0), storeTurn(database)})
+                                            : std::nullopt;
     });
 }
 
-/// Compares the index with the store before anything is taken in. A new one beside a store that was never in
-/// use lacks nothing; one that was made anew, or brought back from a backup, lacks what came and what was
-/// sent since.
-void StoreRecording::noteWhatWasLost(std::int64_t knownSends)
+void StoreRecording::noteWhatIsLacking()
 {
     try {
-        const std::optional<std::int64_t> from = recordAgainFrom();
-        const std::int64_t next = nextNumberOf(m_store);
-        if (from && m_files.wasNeverUsed()) {
-            noteRecordAgainFrom(std::nullopt);
-        } else if (!from && m_files.numberAtOpening() > next) {
-            noteRecordAgainFrom(next);
+        const std::optional<Due> lacking = due();
+        const auto [next, store] = known(m_store);
+        if (lacking && m_files.wasNeverUsed()) {
+            noteRecordAgainFrom(std::nullopt, store);
+        } else if (!lacking && m_files.numberAtOpening() > next) {
+            noteRecordAgainFrom(next, store);
         }
-        const bool isNew = from == 0 && !m_files.wasNeverUsed();
-        if (isNew || m_files.numberAtOpening() - next > kMostImportsUnderWay) {
+        // A new index beside a store that was never in use lacks nothing.
+        const bool isNew = lacking && lacking->from == 0 && !m_files.wasNeverUsed();
+        if (isNew || m_files.numberAtOpening() - next > kMostImportsUnderWay || holdsWhatNoKillLeft(next)) {
             m_store.tryWrite(noteUnrecordedSends);
-        }
-        if (m_store.read(sendCount) < knownSends) {
-            m_store.tryWrite([&](Database &database) { noteSendCount(database, knownSends); });
         }
     } catch (const SqliteError &) {
         return; // whoever reads the index next will say so
     }
 }
 
-bool StoreRecording::noteRecordAgainFrom(std::optional<std::int64_t> number)
+/// True where a file without rows lies in the store that isn't what a kill leaves of an import: that has its
+/// name in the inbox as well.
+bool StoreRecording::holdsWhatNoKillLeft(std::int64_t from) const
 {
-    return m_store.tryWrite([&](Database &database) {
-        database.prepare("UPDATE Ledger SET recordAgainFrom = ?").bindAll(number).run();
+    if (m_files.isOutOfSight()) {
+        return false; // it is compared when it is back
+    }
+    while (from < m_files.numberAtOpening()) {
+        const FileStore::Page page = m_files.filesFrom(from, kFilesOfABatch);
+        const auto isLeft = [this](const StoredFile &file) {
+            const auto found = platform::fileIdentity(file.path);
+            return found && found->names < 2 && !m_files.isBeingImported(file.pathString);
+        };
+        if (page.firstOutOfSight || std::ranges::any_of(page.files, isLeft)) {
+            return true;
+        }
+        if (page.files.isEmpty()) {
+            return false;
+        }
+        from = page.files.last().number + 1;
+    }
+    return false;
+}
+
+/// True unless the store is out of sight, or another one has come to stand there.
+bool StoreRecording::isStoreThere()
+{
+    m_files.takeUp();
+    return !m_files.isOutOfSight();
+}
+
+/// \return false as well where another store has become that of the index: all of it is to be recorded.
+bool StoreRecording::noteRecordAgainFrom(std::optional<std::int64_t> number, StoreTurn store)
+{
+    bool isNoted = false;
+    const bool isSaved = m_store.tryWrite([&](Database &database) {
+        isNoted = storeTurn(database) == store;
+        if (isNoted) {
+            database.prepare("UPDATE Ledger SET recordAgainFrom = ?").bindAll(number).run();
+        }
     });
+    return isSaved && isNoted;
 }
 
 /// A further try goes on counting where the one before stopped.
@@ -145,7 +199,7 @@ std::optional<RecordingProgress> StoreRecording::recordingProgress() const
 bool StoreRecording::lacksStoredFiles() const
 {
     try {
-        return recordAgainFrom() && m_store.read(lacksSentInstances);
+        return due() && m_store.read(lacksSentInstances);
     } catch (const SqliteError &) {
         return false; // whoever reads the index next will say so
     }
@@ -155,21 +209,27 @@ bool StoreRecording::recordStoredFiles(const std::stop_token &stop,
                                        const std::function<void(std::int64_t)> &onRecorded)
 {
     try {
-        std::optional<std::int64_t> from = recordAgainFrom();
-        if (!from) {
+        const std::optional<Due> lacking = due();
+        if (!lacking) {
             return true;
         }
-        const bool isOutOfSight = m_files.numberAtOpening() > 0 && !m_files.isInSight();
-        RecordingProgress progress = beginProgress(*from);
+        if (!isStoreThere()) {
+            return false; // nothing is known of the files
+        }
+        std::int64_t from = lacking->from;
+        RecordingProgress progress = beginProgress(from);
         std::optional<std::int64_t> firstLeft;
         for (bool isEnd = false; !isEnd && !stop.stop_requested();) {
-            const FileStore::Page page = m_files.filesFrom(*from, kFilesOfABatch);
+            const FileStore::Page page = m_files.filesFrom(from, kFilesOfABatch);
             const Batch batch = lookAt(m_examination, page.files, m_files.numberAtOpening(), stop);
+            if (!isStoreThere()) {
+                return false; // those that were looked at may be another's
+            }
             const std::int64_t recorded = m_examination.record(batch.files);
             firstLeft = firstLeft ? firstLeft : page.firstOutOfSight ? page.firstOutOfSight : batch.firstLeft;
             isEnd = page.files.isEmpty();
-            from = isEnd ? *from : page.files.last().number + 1;
-            noteRecordAgainFrom(firstLeft.value_or(*from));
+            from = isEnd ? from : page.files.last().number + 1;
+            noteRecordAgainFrom(firstLeft.value_or(from), lacking->store);
             progress.recorded += batch.looked;
             tellProgress(progress);
             if (recorded > 0) {
@@ -177,7 +237,7 @@ bool StoreRecording::recordStoredFiles(const std::stop_token &stop,
                 onRecorded(recorded);
             }
         }
-        if (isOutOfSight || firstLeft || stop.stop_requested() || !noteRecordAgainFrom(std::nullopt)) {
+        if (firstLeft || stop.stop_requested() || !noteRecordAgainFrom(std::nullopt, lacking->store)) {
             return false;
         }
         tellProgress(std::nullopt);

@@ -35,6 +35,10 @@ public:
                    std::int64_t knownSends,
                    std::function<void()> onStatesChanged);
 
+    /// Compares the index with the store that has just been taken up, before anything is taken in. What came
+    /// after the index was kept is recorded again then, and what was sent since isn't known.
+    void noteWhatIsLacking();
+
     /// True while stored files may lack their rows: the index file was missing beside a store with files and
     /// was made anew, or came back from a backup that is older than the files. Survives restarts.
     bool lacksStoredFiles() const;
@@ -51,9 +55,12 @@ public:
     std::optional<RecordingProgress> recordingProgress() const;
 
 private:
-    std::optional<std::int64_t> recordAgainFrom() const;
-    void noteWhatWasLost(std::int64_t knownSends);
-    bool noteRecordAgainFrom(std::optional<std::int64_t> number);
+    struct Due;
+
+    std::optional<Due> due() const;
+    bool holdsWhatNoKillLeft(std::int64_t from) const;
+    bool isStoreThere();
+    bool noteRecordAgainFrom(std::optional<std::int64_t> number, StoreTurn store);
     RecordingProgress beginProgress(std::int64_t from);
     void tellProgress(const std::optional<RecordingProgress> &progress);
 

@@ -2,6 +2,7 @@
 
 #include "index/testing/temporary_index.h"
 #include "platform/files/files.h"
+#include "platform/files/folder_id.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
@@ -75,7 +76,7 @@ TEST_F(LostIndex, DoesNotKnowAllThatWasSentThoughNoFileIsLeft)
     EXPECT_TRUE(record());
     home.reopen();
 
-    EXPECT_EQ(home.index().totalCounts().images, 0);
+    EXPECT_EQ(home.index().counts().total.images, 0);
     EXPECT_EQ(home.index().sentBefore({QStringLiteral("9.1"), 8}), SentBefore::unrecorded);
     home.index().noteSending({{QStringLiteral("9.1"), 8}});
     EXPECT_EQ(home.index().sentBefore({QStringLiteral("9.1"), 8}), SentBefore::thisVersionOnItsWay);
@@ -111,7 +112,7 @@ TEST_F(LostIndex, IsNoticedAndRecordedAgainInTheOrderOfItsFiles)
     home.index().recordUploadResult({}, paths.first(), true);
     loseIndex();
     EXPECT_TRUE(home.index().storeRecording().lacksStoredFiles());
-    EXPECT_EQ(home.index().totalCounts().images, 0);
+    EXPECT_EQ(home.index().counts().total.images, 0);
 
     EXPECT_TRUE(record());
 
@@ -171,14 +172,128 @@ TEST_F(LostIndex, GoesOnWhereItWasStoppedAlsoAfterARestart)
     std::stop_source stop;
     EXPECT_FALSE(home.index().storeRecording().recordStoredFiles(stop.get_token(),
                                                                  [&](std::int64_t) { stop.request_stop(); }));
-    EXPECT_EQ(home.index().totalCounts().images, 50);
+    EXPECT_EQ(home.index().counts().total.images, 50);
 
     home.reopen();
     EXPECT_TRUE(home.index().storeRecording().lacksStoredFiles());
     EXPECT_TRUE(record());
 
-    EXPECT_EQ(home.index().totalCounts().images, 70);
+    EXPECT_EQ(home.index().counts().total.images, 70);
     EXPECT_EQ(told, 20);
+}
+
+/// The index and the defaults as they were before the last images came; the store is as it is.
+class RestoredIndex : public LostIndex
+{
+protected:
+    void comeBackFromBackup(const std::function<void()> &meanwhile)
+    {
+        home.close();
+        const QByteArray index = contentOf(home.indexFile());
+        home.reopen();
+        meanwhile();
+        home.close();
+        for (const QString &more : {QStringLiteral("-wal"), QStringLiteral("-shm")}) {
+            QFile::remove(home.indexFile() + more);
+        }
+        QFile file(home.indexFile());
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(index) == index.size());
+        file.close();
+        home.defaults.removeObject(QStringLiteral("QuorinSendCount"));
+        home.defaults.removeObject(QStringLiteral("QuorinGateway.DataFileIndex"));
+    }
+
+    static QByteArray contentOf(const QString &path)
+    {
+        QFile file(path);
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+        return file.readAll();
+    }
+};
+
+TEST_F(RestoredIndex, DoubtsTheFewImagesThatCameSinceItsBackup)
+{
+    import(QStringLiteral("9.1"));
+    comeBackFromBackup([this] { import(QStringLiteral("9.2")); });
+    home.reopen();
+
+    EXPECT_TRUE(record());
+
+    EXPECT_EQ(home.index().counts().total.images, 2);
+    EXPECT_EQ(home.index().sentBefore({QStringLiteral("9.2"), 7}), SentBefore::unknown);
+    EXPECT_EQ(home.index().sentBefore({QStringLiteral("9.3"), 7}), SentBefore::unrecorded);
+}
+
+TEST_F(RestoredIndex, IsComparedWithAStoreThatComesIntoSightInLife)
+{
+    import(QStringLiteral("9.1"));
+    comeBackFromBackup([this] { import(QStringLiteral("9.2")); });
+    const QString away = home.path(QStringLiteral("away"));
+    ASSERT_TRUE(QDir().rename(home.fileStoreRoot(), away) && QDir().mkdir(home.fileStoreRoot()));
+    home.reopen();
+    EXPECT_TRUE(home.index().takeUpStore());
+    EXPECT_FALSE(home.index().storeRecording().lacksStoredFiles());
+
+    ASSERT_TRUE(QDir().rmdir(home.fileStoreRoot()) && QDir().rename(away, home.fileStoreRoot()));
+    EXPECT_FALSE(home.index().takeUpStore());
+
+    EXPECT_TRUE(home.index().storeRecording().lacksStoredFiles());
+    EXPECT_TRUE(record());
+    EXPECT_EQ(home.index().counts().total.images, 2);
+    EXPECT_EQ(home.index().sentBefore({QStringLiteral("9.2"), 7}), SentBefore::unknown);
+}
+
+TEST_F(LostIndex, RecordsNothingOfAnotherStoreThatStandsThere)
+{
+    import(QStringLiteral("9.1"));
+    home.close();
+    const QString away = home.path(QStringLiteral("away"));
+    const QString others = home.path(QStringLiteral("others"));
+    ASSERT_TRUE(QDir().rename(home.fileStoreRoot(), away));
+    ASSERT_TRUE(QDir().mkpath(home.fileStoreRoot() + QStringLiteral("/10000")));
+    testing::writeSyntheticFile(home.fileStoreRoot() + QStringLiteral("/10000/0.dcm"),
+                                TemporaryIndex::image(QStringLiteral("99.9")));
+    platform::giveFolderId(home.fileStoreRoot());
+
+    loseIndex();
+    EXPECT_FALSE(record());
+    EXPECT_EQ(home.index().counts().total.images, 0);
+
+    ASSERT_TRUE(QDir().rename(home.fileStoreRoot(), others) && QDir().rename(away, home.fileStoreRoot()));
+    EXPECT_TRUE(record());
+    EXPECT_EQ(home.rows(QStringLiteral("SELECT originalSOPInstanceUID FROM DicomImage")),
+              QStringList(QStringLiteral("9.1")));
+}
+
+TEST_F(RestoredIndex, IsComparedBeforeAnythingIsTakenIn)
+{
+    import(QStringLiteral("9.1"));
+    comeBackFromBackup([this] { import(QStringLiteral("9.2")); });
+    const QString away = home.path(QStringLiteral("away"));
+    ASSERT_TRUE(QDir().rename(home.fileStoreRoot(), away) && QDir().mkdir(home.fileStoreRoot()));
+    home.reopen();
+    ASSERT_TRUE(QDir().rmdir(home.fileStoreRoot()) && QDir().rename(away, home.fileStoreRoot()));
+
+    EXPECT_EQ(import(QStringLiteral("9.3")), QStringLiteral("10000/2.dcm"));
+
+    EXPECT_TRUE(record());
+    EXPECT_EQ(home.index().counts().total.images, 3);
+}
+
+TEST_F(RestoredIndex, IsNoneWhereAKillLeftAFileThatHasItsNameInTheInboxStill)
+{
+    const QString path = import(QStringLiteral("9.1"));
+    home.execute(
+        QStringLiteral("PRAGMA foreign_keys = 1; DELETE FROM Study; UPDATE Ledger SET nextFileNumber = 0"));
+    platform::systemFiles().link(home.index().fileURL(path).toLocalFile(),
+                                 home.path(QStringLiteral("inbox.dcm")));
+
+    home.reopen();
+
+    EXPECT_FALSE(home.index().storeRecording().lacksStoredFiles());
+    EXPECT_TRUE(record());
+    EXPECT_EQ(home.index().counts().total.images, 1);
+    EXPECT_EQ(home.index().sentBefore({QStringLiteral("9.1"), 7}), SentBefore::nothing);
 }
 
 TEST_F(LostIndex, WaitsForAFolderAndForAFileThatCanNotBeLookedAt)
@@ -199,7 +314,7 @@ TEST_F(LostIndex, WaitsForAFolderAndForAFileThatCanNotBeLookedAt)
 
     EXPECT_TRUE(record());
 
-    EXPECT_EQ(home.index().totalCounts().images, 2);
+    EXPECT_EQ(home.index().counts().total.images, 2);
     EXPECT_EQ(told, 2);
 }
 
@@ -215,27 +330,23 @@ TEST_F(LostIndex, IsAlsoOneThatCameBackFromABackup)
         for (int number = 1; number <= later; ++number) {
             import(QStringLiteral("9.%1.%2").arg(later).arg(number));
         }
-        const std::int64_t images = home.index().totalCounts().images;
+        const std::int64_t images = home.index().counts().total.images;
         home.close();
         ASSERT_TRUE(QFile::remove(home.indexFile()));
         ASSERT_TRUE(QFile::rename(backup, home.indexFile()));
         home.reopen();
-        EXPECT_EQ(home.index().totalCounts().images, images - later);
-        home.reopen();                      // and nobody has recorded them yet
-        const bool isCertain = later == 70; // a kill could have left few files without their rows
-        EXPECT_EQ(home.index().storeRecording().lacksStoredFiles(), isCertain);
+        EXPECT_EQ(home.index().counts().total.images, images - later);
+        home.reopen(); // and nobody has recorded them yet
+        EXPECT_TRUE(home.index().storeRecording().lacksStoredFiles());
         told = 0;
 
         EXPECT_TRUE(record());
 
         EXPECT_EQ(told, later);
-        EXPECT_EQ(home.index().totalCounts().images, images);
+        EXPECT_EQ(home.index().counts().total.images, images);
         EXPECT_FALSE(home.index().storeRecording().lacksStoredFiles());
-        EXPECT_EQ(home.index().sentBefore({QStringLiteral("7.7"), 7}),
-                  isCertain ? SentBefore::unrecorded : SentBefore::nothing);
-        EXPECT_EQ(home.index().sentBefore({QStringLiteral("9.%1.1").arg(later), 7}),
-                  isCertain ? SentBefore::unknown : SentBefore::nothing)
-            << "what a kill left without rows was never sent";
+        EXPECT_EQ(home.index().sentBefore({QStringLiteral("7.7"), 7}), SentBefore::unrecorded);
+        EXPECT_EQ(home.index().sentBefore({QStringLiteral("9.%1.1").arg(later), 7}), SentBefore::unknown);
     }
 }
 
@@ -283,8 +394,8 @@ TEST_F(LostIndex, TakesImagesMeanwhileAndRecordsNoneTwice)
     home.index().recordUploadResult({}, fresh, true);
     EXPECT_TRUE(record());
 
-    EXPECT_EQ(home.index().totalCounts().images, 2);
-    EXPECT_EQ(home.index().syncedImagesCount(), 1);
+    EXPECT_EQ(home.index().counts().total.images, 2);
+    EXPECT_EQ(home.index().counts().syncedImages, 1);
 }
 
 TEST_F(LostIndex, StaysOneWhileTheReaderOfImagesDoesNotWork)
@@ -314,7 +425,7 @@ TEST_F(LostIndex, StaysOneWhileTheStoreIsOutOfSight)
     ASSERT_TRUE(QFile::rename(away, home.fileStoreRoot()));
     home.reopen();
     EXPECT_TRUE(record());
-    EXPECT_EQ(home.index().totalCounts().images, 1);
+    EXPECT_EQ(home.index().counts().total.images, 1);
 }
 
 } // namespace gateway::index

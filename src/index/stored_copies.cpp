@@ -50,6 +50,9 @@ constexpr const char *kIsSpokenFor = "SELECT EXISTS (SELECT 1 FROM DicomImage WH
                                      "OR EXISTS (SELECT 1 FROM SupersededFile WHERE pathString = ?1) "
                                      "OR EXISTS (SELECT 1 FROM PendingRemoval WHERE pathString = ?1)";
 
+constexpr const char *kIsNotedForRemoval =
+    "SELECT EXISTS (SELECT 1 FROM PendingRemoval WHERE pathString = ?1)";
+
 constexpr const char *kIsNeeded = "SELECT EXISTS (SELECT 1 FROM DicomImage WHERE pathString = ?1) "
                                   "OR EXISTS (SELECT 1 FROM SupersededFile WHERE pathString = ?1)";
 
@@ -165,6 +168,11 @@ void noteForRemoval(Database &database, const QSet<QString> &paths)
     }
 }
 
+bool isNotedForRemoval(Database &database, const QString &pathString)
+{
+    return exists(database, kIsNotedForRemoval, pathString);
+}
+
 void releaseSuperseded(Database &database, const QSet<QString> &paths)
 {
     for (const QString &path : paths) {
@@ -201,7 +209,8 @@ std::vector<OwedFile> owedFiles(Database &database, const QString &successor)
     Statement row = database.prepare(kOwed);
     row.bindAll(successor);
     while (row.step()) {
-        files.push_back({row.text(0), row.text(1), onlyVersionSent(database, row.text(2))});
+        files.push_back(
+            {row.text(0), row.text(1), onlyVersionSent(database, row.text(2)), storeTurn(database)});
     }
     return files;
 }
@@ -209,7 +218,7 @@ std::vector<OwedFile> owedFiles(Database &database, const QString &successor)
 void noteAsSent(Database &database, const OwedFile &file)
 {
     for (const OwedFile &now : owedFiles(database, file.successor)) {
-        if (now.pathString == file.pathString && now.sentVersion == file.sentVersion) {
+        if (now == file) {
             database.prepare("UPDATE SupersededFile SET owed = 0 WHERE pathString = ?")
                 .bindAll(file.pathString)
                 .run();

@@ -65,6 +65,9 @@ void handOver(platform::Database &database, const QString &from, const QString &
 /// Notes files that nothing needs any more for their removal from the disk.
 void noteForRemoval(platform::Database &database, const QSet<QString> &paths);
 
+/// True for a file that is noted so, and wasn't removed since.
+bool isNotedForRemoval(platform::Database &database, const QString &pathString);
+
 /// Notes superseded files for their removal.
 void releaseSuperseded(platform::Database &database, const QSet<QString> &paths);
 
@@ -83,6 +86,9 @@ struct OwedFile
     QString pathString;
     QString successor;
     std::int64_t sentVersion = 0; ///< of the instance, the only one; 0 where nobody knows
+    StoreTurn store = {};         ///< whose the names are
+
+    bool operator==(const OwedFile &) const = default;
 };
 
 /// The owed files beside `successor`, or beside all where it is empty.

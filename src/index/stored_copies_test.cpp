@@ -209,7 +209,7 @@ TEST_F(StoredCopies, TheOrderSurvivesARestartBetweenThem)
     import(waiting);
 
     EXPECT_EQ(current(), QStringList{later});
-    EXPECT_EQ(home.index().syncedImagesCount(), 1);
+    EXPECT_EQ(home.index().counts().syncedImages, 1);
     EXPECT_EQ(stored(), QStringList{later}); // the later one is in the cloud, so the other has served
 }
 
@@ -377,7 +377,7 @@ TEST_F(StoredCopies, FramesThatOnlyTheEarlierVersionHadGoWithIt)
     const QString second = take(kMorning + seconds(1), {{QStringLiteral("numberOfFrames"), 2}});
 
     EXPECT_EQ(current(), QStringList{second});
-    EXPECT_EQ(home.index().totalCounts(), (EntityCounts{1, 1, 2}));
+    EXPECT_EQ(home.index().counts().total, (EntityCounts{1, 1, 2}));
     EXPECT_EQ(home.index().examination().tallyDifferences({}), TallyDifferences());
 }
 
@@ -434,7 +434,7 @@ TEST_F(StoredCopies, AnInboxFileThatWasImportedAndCouldNotLeaveKeepsItsOneName)
     import(inbox);
 
     EXPECT_EQ(stored(), before);
-    EXPECT_EQ(home.index().syncedImagesCount(), 1);
+    EXPECT_EQ(home.index().counts().syncedImages, 1);
 }
 
 TEST_F(StoredCopies, AnImportThatDiedBeforeItsRowsIsTakenUpUnderItsName)
@@ -558,7 +558,7 @@ TEST_F(StoredCopies, OneThatWasOutOfSightWhenAnEarlierOneTookItsPlaceGetsItBack)
     EXPECT_TRUE(examination.record(found));
 
     EXPECT_EQ(current(), QStringList{second});
-    EXPECT_EQ(home.index().notSyncedCounts().images, 1);
+    EXPECT_EQ(home.index().counts().notSynced.images, 1);
 }
 
 TEST_F(StoredCopies, AWholeOneIsFoundBesideADamagedOneOfBeforeSuchWereTold)
@@ -593,7 +593,7 @@ TEST_F(StoredCopies, AnOlderOneOfBeforeCopiesWereNotedIsNotedAndGoes)
     home.index().finishRemovals();
 
     EXPECT_EQ(stored(), QStringList{second});
-    EXPECT_EQ(home.index().syncedImagesCount(), 1);
+    EXPECT_EQ(home.index().counts().syncedImages, 1);
 }
 
 } // namespace gateway::index

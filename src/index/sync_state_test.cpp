@@ -176,7 +176,7 @@ TEST(SyncStates, AnAbsentStateCountsAsNotSyncedAndKeepsASeriesFromBeingSynced)
     home.index().rollUpAllStates();
 
     EXPECT_EQ(home.number(QStringLiteral("SELECT syncState FROM Series")), 0);
-    EXPECT_EQ(home.index().notSyncedCounts(), (EntityCounts{1, 1, 1}));
+    EXPECT_EQ(home.index().counts().notSynced, (EntityCounts{1, 1, 1}));
 }
 
 TEST(SyncStates, AnEmptySeriesKeepsItsStudyFromBeingSyncedInTheSweepAlone)
@@ -212,12 +212,12 @@ TEST(SyncStates, TheFirstCountingQueryHealsStatesOnceAndASecondDoesNotSweep)
     home.import(TemporaryIndex::image(QStringLiteral("9.1")));
     home.execute(QStringLiteral("UPDATE DicomImage SET syncState = 1"));
 
-    EXPECT_EQ(home.index().notSyncedCounts(), (EntityCounts{0, 0, 0}));
+    EXPECT_EQ(home.index().counts().notSynced, (EntityCounts{0, 0, 0}));
     home.execute(QStringLiteral("UPDATE DicomImage SET syncState = 2"));
 
-    EXPECT_EQ(home.index().notSyncedCounts(), (EntityCounts{0, 0, 1})) << "parents as they were stored";
+    EXPECT_EQ(home.index().counts().notSynced, (EntityCounts{0, 0, 1})) << "parents as they were stored";
     home.reopen();
-    EXPECT_EQ(home.index().notSyncedCounts(), (EntityCounts{1, 1, 1}));
+    EXPECT_EQ(home.index().counts().notSynced, (EntityCounts{1, 1, 1}));
 }
 
 TEST(SyncStates, ASnapshotHealsStatesTooWhenItComesFirst)
@@ -239,7 +239,7 @@ TEST(SyncStates, ACrashDuringAnUploadLeavesRowsInProgressUntilTheNextRun)
 
     home.reopen();
 
-    EXPECT_EQ(home.index().notSyncedCounts(), (EntityCounts{1, 1, 1}));
+    EXPECT_EQ(home.index().counts().notSynced, (EntityCounts{1, 1, 1}));
     EXPECT_EQ(home.number(QStringLiteral("SELECT syncState FROM Series")), 3);
     EXPECT_EQ(home.number(QStringLiteral("SELECT syncState FROM Study")), 3);
     EXPECT_EQ(home.index().studySnapshots().first().syncState, 3);

@@ -58,9 +58,17 @@ constexpr const char *kLedgerByRows =
     "(SELECT count(*) FROM Study), (SELECT count(*) FROM Study WHERE syncState = 1), "
     "(SELECT count(*) FROM Series), (SELECT count(*) FROM Series WHERE syncState = 1), "
     "(SELECT count(*) FROM DicomImage), (SELECT count(*) FROM DicomImage WHERE syncState = 1), "
-    "(SELECT count(*) FROM DicomImage WHERE syncState = 2)";
+    "(SELECT count(*) FROM DicomImage WHERE syncState = 2), "
+    "(SELECT count(*) FROM Instance), (SELECT count(*) FROM Instance WHERE syncState = 1), "
+    "(SELECT count(*) FROM Instance WHERE syncState = 2)";
 constexpr const char *kLedger =
-    "studyCount, syncedStudyCount, seriesCount, syncedSeriesCount, imageCount, syncedCount, failedCount";
+    "studyCount, syncedStudyCount, seriesCount, syncedSeriesCount, imageCount, syncedCount, failedCount, "
+    "instanceCount, syncedInstanceCount, failedInstanceCount";
+
+// Before a statement that uses the above.
+constexpr const char *kWithInstances =
+    "WITH Instance AS (SELECT syncState FROM DicomImage WHERE frameID IS 0 AND "
+    "sopInstanceUID IS coalesce(originalSOPInstanceUID, '') || '0') ";
 
 StateTally tallyAt(const Statement &row)
 {
@@ -118,8 +126,9 @@ TallyDifferences compareTallies(Database &database)
 {
     const TallyDifferences series = differencesIn(database, seriesTable());
     const TallyDifferences studies = differencesIn(database, studyTable());
-    const std::int64_t ledger = database.integer(std::string("SELECT count(*) FROM Ledger WHERE (") +
-                                                 kLedger + ") IS NOT (" + kLedgerByRows + ")");
+    const std::int64_t ledger =
+        database.integer(std::string(kWithInstances) + "SELECT count(*) FROM Ledger WHERE (" + kLedger +
+                         ") IS NOT (" + kLedgerByRows + ")");
     const std::int64_t times = wrongTimes(database, kActivityByRows, kActivityByHeart) +
                                wrongTimes(database, kHoursBySlots, kHoursByHeart);
     return {series.counts + studies.counts + ledger + times, series.states + studies.states};
@@ -150,7 +159,7 @@ void rebuildTallies(Database &database)
     // After the triggers have added to what was there.
     rebuildActivityHours(database);
     // Last: the triggers have moved it along with everything above.
-    run(std::string("UPDATE Ledger SET (") + kLedger + ") = (SELECT " + kLedgerByRows + ")");
+    run(std::string(kWithInstances) + "UPDATE Ledger SET (" + kLedger + ") = (SELECT " + kLedgerByRows + ")");
 }
 
 } // namespace gateway::index

@@ -8,7 +8,7 @@ class Database;
 
 namespace gateway::index {
 
-/// How often what the index knows by heart differs from what its rows say.
+/// How often what the index keeps as counts differs from what its rows say.
 struct TallyDifferences
 {
     std::int64_t counts = 0; ///< series, studies and five-minute slots with wrong counts, and the ledger

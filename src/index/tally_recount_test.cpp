@@ -71,6 +71,9 @@ TEST_F(Recount, SeesEachCountThatIsWrongAndMendsThemAll)
         QStringLiteral("UPDATE Study SET seriesCount = 0 WHERE pk = (SELECT max(pk) FROM Study)"),
         QStringLiteral("UPDATE Ledger SET failedCount = 3"),
         QStringLiteral("UPDATE Ledger SET syncedSeriesCount = 0"),
+        QStringLiteral("UPDATE Ledger SET instanceCount = instanceCount + 1"),
+        QStringLiteral("UPDATE Ledger SET syncedInstanceCount = 0"),
+        QStringLiteral("UPDATE Ledger SET failedInstanceCount = 9"),
         QStringLiteral("UPDATE Activity SET received = received + 1"),
         QStringLiteral("INSERT INTO Activity (slot, sent) VALUES (1, 1)"),
         QStringLiteral("UPDATE ActivityHour SET received = 2 * received"),
@@ -84,8 +87,8 @@ TEST_F(Recount, SeesEachCountThatIsWrongAndMendsThemAll)
 
         EXPECT_EQ(differences(), none) << sql.toStdString();
     }
-    EXPECT_EQ(index.totalCounts(), (EntityCounts{2, 3, 4}));
-    EXPECT_EQ(index.syncedImagesCount(), 1);
+    EXPECT_EQ(index.counts().total, (EntityCounts{2, 3, 4}));
+    EXPECT_EQ(index.counts().syncedImages, 1);
 }
 
 TEST_F(Recount, SeesAStateThatIsNotThatOfTheImagesAndMendsIt)

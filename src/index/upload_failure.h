@@ -36,6 +36,9 @@ struct UploadResultDetails
 
     std::optional<SentInstance> version = {}; ///< what the try was of; nothing where that was never known
     bool isVerified = false;                  ///< the cloud was seen to hold this version
+
+    /// The cloud took it, and didn't show it yet: the file waits as after a failure, and hasn't failed.
+    bool isAwaited = false;
 };
 
 /// The last failure of a stored file that isn't uploaded.

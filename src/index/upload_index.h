@@ -12,6 +12,23 @@
 
 namespace gateway::index {
 
+/// How the upload of a stored file ended.
+struct UploadResult
+{
+    /// Moved where no path is given. Rows that stand for another file by now, because theirs was sent again,
+    /// keep their state.
+    QList<ImageObjectID> images = {};
+    std::optional<QString> storagePath = {}; ///< every row that stands for this file moves
+    bool isSynced = false;
+
+    /// Kept with it: whether the version that was tried may have arrived. A success forgets the last failure.
+    UploadResultDetails more = {};
+
+    /// That of the candidate. Where another store has become that of the index since, no row moves: the path
+    /// is that of another image, and the rows may stand for it.
+    StoreTurn store = {};
+};
+
 /// What an upload run asks of the index. Nothing here throws; a failure shows as zero counts or an empty
 /// result.
 ///
@@ -42,21 +59,21 @@ public:
     /// What of an instance was sent before; unknown when the index can't be read.
     virtual SentBefore sentBefore(const SentInstance &next) = 0;
 
-    /// Notes where all goes from now on: another cloud than before may hold something else, whatever the last
-    /// one has answered.
+    /// Notes that a cloud has answered a query.
     ///
-    /// \param cloud  names the cloud and the account there.
-    /// \return false when it could not be written: then nothing may be sent.
-    virtual bool noteCloud(const QString &cloud) = 0;
-
-    /// Notes that the cloud that was noted last has answered a query.
-    virtual void noteQueryAnswered() = 0;
+    /// \param cloud  names it and the account there, as in the next two.
+    virtual void noteQueryAnswered(const QString &cloud) = 0;
 
     /// Notes that it says that it has no queries.
     ///
-    /// \return true where it may be believed: it never answered one, and has been saying so for an hour. One
-    ///         such answer may be that of a proxy, or of a service that starts.
-    virtual bool noteQueryRefused() = 0;
+    /// \return true where it may be believed: it never answered one, and has been saying so, and nothing
+    /// else,
+    ///         for an hour of this process. One such answer may be that of a proxy, or of a service that
+    ///         starts.
+    virtual bool noteQueryRefused(const QString &cloud) = 0;
+
+    /// Notes that a query ended in some other way, with an answer that says nothing or without one.
+    virtual void noteQueryFailed(const QString &cloud) = 0;
 
     /// Notes what is about to be sent, before a byte of it leaves: for as long as the index lives, whatever
     /// becomes of the request and of this process.
@@ -64,18 +81,15 @@ public:
     /// \return what of each was sent before; nothing when it could not be written: then nothing may be sent.
     virtual std::optional<QList<SentBefore>> noteSending(const QList<SentInstance> &instances) = 0;
 
-    /// Records how the upload of the file at `storagePath` ended, on every row that stands for this file.
-    /// Rows of `imageObjectIDs` that stand for another file by now, because it was sent again, keep their
-    /// state. Without a path, the rows of `imageObjectIDs` themselves move. Keeps whether the version that
-    /// was tried may have arrived; a success forgets the last failure. A power cut soon after may undo it,
-    /// but nothing that follows from it.
+    /// Notes at once that a try of these versions failed. Their results are recorded later, with others: a
+    /// process that dies before that must not leave them as broken off, which might have arrived.
+    virtual void noteTriedInVain(const QList<SentInstance> &instances) = 0;
+
+    /// Records how uploads ended, in this order and each as if alone, with as few waits for the disk as may
+    /// be. A power cut soon after may undo them, but nothing that follows from them.
     ///
-    /// \param more  what else is known of it, kept with it.
-    /// \return the number of rows updated; nothing when it could not be written.
-    virtual std::optional<std::int64_t> recordUploadResult(const QList<ImageObjectID> &imageObjectIDs,
-                                                           const std::optional<QString> &storagePath,
-                                                           bool synced,
-                                                           const UploadResultDetails &more) = 0;
+    /// \return of each the number of rows updated; nothing when it could not be written.
+    virtual QList<std::optional<std::int64_t>> recordUploadResults(const QList<UploadResult> &results) = 0;
 
     /// Whether the cloud may hold another version of the instance, because one was or is being sent; true as
     /// well when the index can't be read. To be asked when the cloud has answered: one that is sent meanwhile

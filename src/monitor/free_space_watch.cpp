@@ -16,40 +16,46 @@ FreeSpaceWatch::FreeSpaceWatch(Folders folders, const Collaborators &collaborato
 void FreeSpaceWatch::refresh()
 {
     const std::chrono::nanoseconds now = m_with.clock.monotonic();
-    if (m_isMeasuring || (m_askedAt && now - *m_askedAt < kFresh)) {
-        return;
-    }
-    m_isMeasuring = true;
-    m_askedAt = now;
-    m_with.pool.run([weak = weak_from_this(), &main = m_with.main, paths = m_folders()] {
-        QMap<QString, qint64> freeBytes;
-        for (auto folder = paths.cbegin(); folder != paths.cend(); ++folder) {
-            if (const auto figures = platform::volumeFigures(folder.value())) {
-                freeBytes.insert(folder.key(), figures->availableBytes);
-            }
+    for (auto folder = m_folders.cbegin(); folder != m_folders.cend(); ++folder) {
+        Room &room = m_rooms[folder.key()];
+        if (!room.isMeasuring && (!room.askedAt || now - *room.askedAt >= kFresh)) {
+            room.isMeasuring = true;
+            room.askedAt = now;
+            measure(folder.key());
         }
-        main.post([weak, paths, freeBytes] {
-            if (const auto self = weak.lock()) {
-                self->measured(paths, freeBytes);
-            }
-        });
-    });
+    }
 }
 
-void FreeSpaceWatch::measured(const QMap<QString, QString> &paths, const QMap<QString, qint64> &freeBytes)
+void FreeSpaceWatch::measure(const QString &folder)
 {
-    m_isMeasuring = false;
-    QMap<QString, Room> rooms;
-    for (auto folder = freeBytes.cbegin(); folder != freeBytes.cend(); ++folder) {
-        const QString path = paths.value(folder.key());
-        // Another folder may be on another volume: what was seen of the old one says nothing about it.
-        Room room =
-            m_rooms.value(folder.key()).path == path ? m_rooms.value(folder.key()) : Room{path, 0, {}};
-        room.freeBytes = folder.value();
-        room.forecast.add(m_with.clock.monotonic(), folder.value());
-        rooms.insert(folder.key(), room);
+    m_with.pool.run(
+        [weak = weak_from_this(), &main = m_with.main, folder, findPath = m_folders.value(folder)] {
+            const QString path = findPath();
+            std::optional<qint64> freeBytes;
+            if (const auto figures = platform::volumeFigures(path)) {
+                freeBytes = figures->availableBytes;
+            }
+            main.post([weak, folder, path, freeBytes] {
+                if (const auto self = weak.lock()) {
+                    self->measured(folder, path, freeBytes);
+                }
+            });
+        });
+}
+
+void FreeSpaceWatch::measured(const QString &folder, const QString &path, std::optional<qint64> freeBytes)
+{
+    Room &room = m_rooms[folder];
+    room.isMeasuring = false;
+    if (room.path != path || !freeBytes) {
+        room.forecast =
+            {}; // another folder may be on another volume: what was seen of the old one says nothing
     }
-    m_rooms = rooms;
+    room.path = path;
+    room.freeBytes = freeBytes;
+    if (freeBytes) {
+        room.forecast.add(m_with.clock.monotonic(), *freeBytes);
+    }
 }
 
 std::vector<HealthFigures::Room> FreeSpaceWatch::rooms(qint64 reserveBytes) const
@@ -57,7 +63,9 @@ std::vector<HealthFigures::Room> FreeSpaceWatch::rooms(qint64 reserveBytes) cons
     std::vector<HealthFigures::Room> told;
     told.reserve(static_cast<std::size_t>(m_rooms.size()));
     for (auto room = m_rooms.cbegin(); room != m_rooms.cend(); ++room) {
-        told.push_back({room.key(), room->freeBytes, room->forecast.untilReserve(reserveBytes)});
+        if (room->freeBytes) {
+            told.push_back({room.key(), *room->freeBytes, room->forecast.untilReserve(reserveBytes)});
+        }
     }
     return told;
 }

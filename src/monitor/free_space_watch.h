@@ -18,14 +18,15 @@
 namespace gateway::monitor {
 
 /// Watches the free space where images are kept, away from the main thread: a share that hangs takes one
-/// thread of the pool, and the last figures stay.
+/// thread of the pool, and its last figures stay.
 ///
 /// Owner: Gateway, as a shared pointer. Thread: main.
 class FreeSpaceWatch : public std::enable_shared_from_this<FreeSpaceWatch>
 {
 public:
-    /// Paths by the words that stand for them in figures; a path may change with the settings.
-    using Folders = std::function<QMap<QString, QString>()>;
+    /// Paths by the words that stand for them in figures. A path may change with the settings; it is asked
+    /// for on the pool, since finding it may take a look at the disk.
+    using Folders = QMap<QString, std::function<QString()>>;
 
     /// A measurement older than this is taken again.
     static constexpr std::chrono::seconds kFresh{10};
@@ -39,7 +40,7 @@ public:
 
     FreeSpaceWatch(Folders folders, const Collaborators &collaborators);
 
-    /// Measures, unless that is under way or was done a moment ago; returns at once.
+    /// Measures each folder, unless that is under way or was done a moment ago; returns at once.
     void refresh();
 
     /// What is known, with the forecast for this reserve.
@@ -49,17 +50,18 @@ private:
     struct Room
     {
         QString path;
-        qint64 freeBytes = 0;
+        std::optional<qint64> freeBytes; ///< nothing where it can't be seen
         FillForecast forecast;
+        std::optional<std::chrono::nanoseconds> askedAt;
+        bool isMeasuring = false;
     };
 
-    void measured(const QMap<QString, QString> &paths, const QMap<QString, qint64> &freeBytes);
+    void measure(const QString &folder);
+    void measured(const QString &folder, const QString &path, std::optional<qint64> freeBytes);
 
     const Folders m_folders;
     const Collaborators m_with;
     QMap<QString, Room> m_rooms;
-    std::optional<std::chrono::nanoseconds> m_askedAt;
-    bool m_isMeasuring = false;
 };
 
 } // namespace gateway::monitor

@@ -4,7 +4,10 @@
 
 #include <QtCore/QTemporaryDir>
 
+#include <atomic>
 #include <limits>
+#include <semaphore>
+#include <thread>
 
 #include <gtest/gtest.h>
 
@@ -24,11 +27,22 @@ protected:
     QTemporaryDir m_folder;
     platform::testing::ManualClock m_clock;
     platform::MainExecutor m_main;
-    platform::WorkerPool m_pool{u"test"_qs, 1};
-    QMap<QString, QString> m_folders{{u"store"_qs, m_folder.path()}};
-    int m_measurements = 0;
+    platform::WorkerPool m_pool{u"test"_qs, 2};
+    std::atomic<int> m_measurements = 0;
+    QString m_inbox = m_folder.filePath(u"missing"_qs);
+    std::binary_semaphore m_inboxAnswers{1};
     std::shared_ptr<FreeSpaceWatch> m_watch =
-        std::make_shared<FreeSpaceWatch>([this] { return ++m_measurements, m_folders; },
+        std::make_shared<FreeSpaceWatch>(FreeSpaceWatch::Folders{{u"store"_qs,
+                                                                  [this] {
+                                                                      ++m_measurements;
+                                                                      return m_folder.path();
+                                                                  }},
+                                                                 {u"inbox"_qs,
+                                                                  [this] {
+                                                                      m_inboxAnswers.acquire();
+                                                                      m_inboxAnswers.release();
+                                                                      return m_inbox;
+                                                                  }}},
                                          FreeSpaceWatch::Collaborators{m_main, m_pool, m_clock});
 };
 
@@ -65,18 +79,38 @@ TEST_F(Watch, MeasuresNoMoreOftenThanNeeded)
     m_clock.advance(FreeSpaceWatch::kFresh);
     m_watch->refresh();
     m_clock.advance(FreeSpaceWatch::kFresh);
-    m_watch->refresh(); // the one before it is under way
-    EXPECT_EQ(m_measurements, 2);
+    m_watch->refresh(); // what the one before it found hasn't come back yet
     m_pool.waitUntilIdle();
+    EXPECT_EQ(m_measurements, 2);
 }
 
 TEST_F(Watch, LeavesOutAFolderThatIsAway)
 {
-    m_folders.insert(u"inbox"_qs, m_folder.filePath(u"missing"_qs));
+    m_inbox = m_folder.path();
+    measure();
+    EXPECT_EQ(m_watch->rooms(0).size(), 2U);
 
+    m_inbox = m_folder.filePath(u"missing"_qs);
+    m_clock.advance(FreeSpaceWatch::kFresh);
     measure();
 
     EXPECT_EQ(m_watch->rooms(0).size(), 1U);
+}
+
+TEST_F(Watch, MeasuresTheOthersWhileOneFolderDoesNotAnswer)
+{
+    m_inboxAnswers.acquire();
+    for (int measurements = 1; measurements <= 3; ++measurements) {
+        while (m_measurements < measurements || m_watch->rooms(0).empty()) {
+            m_watch->refresh();
+            m_main.drain();
+            std::this_thread::yield();
+        }
+        m_clock.advance(FreeSpaceWatch::kFresh);
+    }
+    EXPECT_EQ(m_watch->rooms(0).front().folder, u"store"_qs);
+    m_inboxAnswers.release();
+    m_pool.waitUntilIdle();
 }
 
 } // namespace

@@ -75,6 +75,7 @@ HealthFigures::Index HealthCollector::index() const
                                  .unsent = known->total.images - known->syncedImages,
                                  .synced = known->syncedImages,
                                  .failed = known->failedImages,
+                                 .instances = known->instances,
                                  .oldestUnsentAge = {}};
     if (known->oldestUnsentImageDate) {
         // A clock that was set back makes no negative age.

@@ -10,7 +10,6 @@
 
 #include <poll.h>
 #include <sys/socket.h>
-#include <unistd.h>
 
 namespace gateway::monitor {
 
@@ -25,21 +24,16 @@ bool isForLater(ssize_t count)
 
 } // namespace
 
-HealthConnection::HealthConnection(int descriptor, std::chrono::nanoseconds now)
-    : m_descriptor(descriptor), m_since(now)
+HealthConnection::HealthConnection(platform::Descriptor socket, std::chrono::nanoseconds now)
+    : m_socket(std::move(socket)), m_since(now)
 {
-}
-
-HealthConnection::~HealthConnection()
-{
-    ::close(m_descriptor);
 }
 
 short HealthConnection::events() const
 {
     switch (m_state) {
     case State::reading:
-    case State::farewell:
+    case State::lingering:
         return POLLIN;
     case State::writing:
         return POLLOUT;
@@ -59,7 +53,7 @@ void HealthConnection::proceed(std::chrono::nanoseconds now)
     case State::writing:
         write(now);
         break;
-    case State::farewell:
+    case State::lingering:
         drain();
         break;
     case State::waiting: // woken only by the peer's end
@@ -75,17 +69,17 @@ void HealthConnection::checkDeadline(std::chrono::nanoseconds now)
     const std::chrono::nanoseconds spent = now - m_since;
     switch (m_state) {
     case State::reading:
-        if (spent >= HealthServer::kRequestPatience) {
+        if (spent >= HealthServer::kRequestTimeout) {
             answer(HealthAnswers::tooSlow(), now);
         }
         break;
     case State::writing:
-        if (spent >= HealthServer::kAnswerPatience) {
+        if (spent >= HealthServer::kAnswerTimeout) {
             hangUp();
         }
         break;
-    case State::farewell:
-        if (spent >= HealthServer::kFarewellPatience) {
+    case State::lingering:
+        if (spent >= HealthServer::kLingerTimeout) {
             hangUp();
         }
         break;
@@ -97,7 +91,7 @@ void HealthConnection::checkDeadline(std::chrono::nanoseconds now)
 
 bool HealthConnection::hasWaitedEnough(std::chrono::nanoseconds now) const
 {
-    return m_state == State::waiting && now - m_since >= HealthServer::kFiguresPatience;
+    return m_state == State::waiting && now - m_since >= HealthServer::kFiguresTimeout;
 }
 
 void HealthConnection::answer(std::string bytes, std::chrono::nanoseconds now)
@@ -116,7 +110,7 @@ void HealthConnection::enter(State state, std::chrono::nanoseconds now)
 void HealthConnection::read(std::chrono::nanoseconds now)
 {
     std::array<char, 1024> chunk{};
-    const ssize_t count = ::recv(m_descriptor, chunk.data(), chunk.size(), 0);
+    const ssize_t count = ::recv(descriptor(), chunk.data(), chunk.size(), 0);
     if (isForLater(count)) {
         return;
     }
@@ -137,7 +131,7 @@ void HealthConnection::read(std::chrono::nanoseconds now)
 void HealthConnection::write(std::chrono::nanoseconds now)
 {
     const ssize_t count =
-        ::send(m_descriptor, m_answer.data() + m_sent, m_answer.size() - m_sent, MSG_NOSIGNAL);
+        ::send(descriptor(), m_answer.data() + m_sent, m_answer.size() - m_sent, MSG_NOSIGNAL);
     if (isForLater(count)) {
         return;
     }
@@ -147,15 +141,15 @@ void HealthConnection::write(std::chrono::nanoseconds now)
     }
     m_sent += static_cast<std::size_t>(count);
     if (m_sent == m_answer.size()) {
-        ::shutdown(m_descriptor, SHUT_WR);
-        enter(State::farewell, now);
+        ::shutdown(descriptor(), SHUT_WR);
+        enter(State::lingering, now);
     }
 }
 
 void HealthConnection::drain()
 {
     std::array<char, 4096> chunk{};
-    const ssize_t count = ::recv(m_descriptor, chunk.data(), chunk.size(), 0);
+    const ssize_t count = ::recv(descriptor(), chunk.data(), chunk.size(), 0);
     if (!isForLater(count) && count <= 0) {
         hangUp();
     }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/descriptors/descriptor.h"
+
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -7,8 +9,8 @@
 
 namespace gateway::monitor {
 
-/// One connection of the health server: a request comes, waits for its answer, the answer goes, the peer is
-/// waved off. Nothing here blocks.
+/// One connection of the health server: a request comes, waits for its answer, the answer goes, and
+/// the connection is closed once the peer has it. Nothing here blocks.
 ///
 /// Owner: HealthServer. Thread: the server's.
 class HealthConnection
@@ -16,22 +18,18 @@ class HealthConnection
 public:
     enum class State
     {
-        reading,  ///< the head of the request is still coming
-        waiting,  ///< for its answer
-        writing,  ///< the answer goes
-        farewell, ///< all is sent; what the peer still says is dropped, since a reset would destroy the
-                  ///< answer
+        reading,   ///< the head of the request is still coming
+        waiting,   ///< for its answer
+        writing,   ///< the answer goes
+        lingering, ///< all is sent; what the peer still says is dropped, since a reset would destroy the
+                   ///< answer
         over
     };
 
     /// Takes over an accepted socket. \param now  of a clock that never goes back.
-    HealthConnection(int descriptor, std::chrono::nanoseconds now);
-    ~HealthConnection();
+    HealthConnection(platform::Descriptor socket, std::chrono::nanoseconds now);
 
-    HealthConnection(const HealthConnection &) = delete;
-    HealthConnection &operator=(const HealthConnection &) = delete;
-
-    int descriptor() const { return m_descriptor; }
+    int descriptor() const { return m_socket.get(); }
     State state() const { return m_state; }
 
     /// What `poll` is to watch for.
@@ -64,7 +62,7 @@ private:
     void write(std::chrono::nanoseconds now);
     void drain();
 
-    const int m_descriptor;
+    platform::Descriptor m_socket;
     State m_state = State::reading;
     std::chrono::nanoseconds m_since; // of the state
     std::string m_request;

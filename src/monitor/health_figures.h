@@ -1,6 +1,7 @@
 #pragma once
 
 #include "account/session_standing.h"
+#include "index/pending_image_upload.h"
 #include "monitor/event_counts.h"
 #include "state/inbox_figures.h"
 
@@ -39,6 +40,7 @@ struct HealthFigures
         bool isAnswering = false;
         qint64 studies = 0, series = 0, images = 0;
         qint64 unsent = 0, synced = 0, failed = 0; ///< of the images; a failed one is unsent, too
+        index::InstanceCounts instances;
         std::optional<std::chrono::milliseconds> oldestUnsentAge; ///< nothing when all is sent
     } index;
 

@@ -9,9 +9,7 @@
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <poll.h>
-#include <sys/eventfd.h>
 #include <sys/socket.h>
-#include <unistd.h>
 
 namespace gateway::monitor {
 
@@ -26,7 +24,10 @@ constexpr int kTickMilliseconds = 100;
 class HealthServer::Loop
 {
 public:
-    Loop(std::vector<platform::ListeningSocket> sockets, const Collaborators &with, int wake, Board &board)
+    Loop(std::vector<platform::ListeningSocket> sockets,
+         const Collaborators &with,
+         platform::EventDescriptor &wake,
+         Board &board)
         : m_sockets(std::move(sockets)), m_with(with), m_wake(wake), m_board(board)
     {
     }
@@ -51,7 +52,7 @@ private:
     /// Sleeps until something happens, and lets the connections that can go on do so.
     void wait()
     {
-        std::vector<pollfd> polled{{m_wake, POLLIN, 0}};
+        std::vector<pollfd> polled{{m_wake.descriptor(), POLLIN, 0}};
         for (HealthConnection &connection : m_connections) {
             polled.push_back({connection.descriptor(), connection.events(), 0});
         }
@@ -64,8 +65,7 @@ private:
         ::poll(polled.data(), polled.size(), hasDeadlines ? kTickMilliseconds : -1);
 
         if (polled.front().revents != 0) {
-            eventfd_t count = 0;
-            ::eventfd_read(m_wake, &count);
+            m_wake.reset();
         }
         const std::chrono::nanoseconds now = m_with.clock.monotonic();
         std::size_t index = 1;
@@ -79,25 +79,31 @@ private:
     void acceptAll(std::chrono::nanoseconds now)
     {
         for (const platform::ListeningSocket &socket : m_sockets) {
-            int accepted = -1;
-            while ((accepted = ::accept4(
-                        socket.descriptor(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK)) >= 0) {
-                take(accepted, now);
+            for (platform::Descriptor accepted = accept(socket); accepted.isOpen();
+                 accepted = accept(socket)) {
+                take(std::move(accepted), now);
             }
             // Without a free descriptor the socket would stay readable: it is left alone for a moment.
             m_isStarved |= errno != EAGAIN && errno != EINTR && errno != ECONNABORTED;
         }
     }
 
-    void take(int accepted, std::chrono::nanoseconds now)
+    /// The next connection that waits at the socket, if one does.
+    static platform::Descriptor accept(const platform::ListeningSocket &socket)
+    {
+        return platform::Descriptor(
+            ::accept4(socket.descriptor(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
+    }
+
+    void take(platform::Descriptor accepted, std::chrono::nanoseconds now)
     {
         // Fails on a Unix socket, which needs it as little.
         const int on = 1;
-        ::setsockopt(accepted, IPPROTO_TCP, TCP_NODELAY, &on, sizeof(on));
+        ::setsockopt(accepted.get(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof(on));
         if (m_connections.size() >= kMaxConnections) {
             m_connections.pop_front();
         }
-        m_connections.emplace_back(accepted, now);
+        m_connections.emplace_back(std::move(accepted), now);
     }
 
     void answerWaiting(std::chrono::nanoseconds now)
@@ -151,7 +157,7 @@ private:
 
     const std::vector<platform::ListeningSocket> m_sockets;
     const Collaborators &m_with;
-    const int m_wake;
+    platform::EventDescriptor &m_wake;
     Board &m_board;
     HealthAnswers m_answers;
     std::list<HealthConnection> m_connections; // oldest first
@@ -160,7 +166,7 @@ private:
 };
 
 HealthServer::HealthServer(std::vector<platform::ListeningSocket> sockets, Collaborators collaborators)
-    : m_with(std::move(collaborators)), m_wake(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
+    : m_with(std::move(collaborators)),
       m_loop(std::make_unique<Loop>(std::move(sockets), m_with, m_wake, m_board)),
       m_thread("health", [this](const std::stop_token &stop) { m_loop->run(stop); })
 {
@@ -169,9 +175,8 @@ HealthServer::HealthServer(std::vector<platform::ListeningSocket> sockets, Colla
 HealthServer::~HealthServer()
 {
     m_thread.cancel();
-    wake();
+    m_wake.set();
     m_thread.join();
-    ::close(m_wake);
 }
 
 void HealthServer::publish(HealthFigures figures)
@@ -182,12 +187,7 @@ void HealthServer::publish(HealthFigures figures)
         m_board.publishedAt = m_with.clock.monotonic();
         ++m_board.count;
     }
-    wake();
-}
-
-void HealthServer::wake() const
-{
-    ::eventfd_write(m_wake, 1);
+    m_wake.set();
 }
 
 } // namespace gateway::monitor

@@ -4,6 +4,7 @@
 #include "platform/concurrency/clock.h"
 #include "platform/concurrency/mutex.h"
 #include "platform/concurrency/task.h"
+#include "platform/descriptors/event_descriptor.h"
 #include "platform/sockets/listening_socket.h"
 
 #include <chrono>
@@ -33,10 +34,10 @@ public:
         QString version;
     };
 
-    static constexpr std::chrono::seconds kRequestPatience{5};  ///< for the whole head of a request
-    static constexpr std::chrono::seconds kFiguresPatience{2};  ///< for the main thread
-    static constexpr std::chrono::seconds kAnswerPatience{10};  ///< for the peer to take the whole answer
-    static constexpr std::chrono::seconds kFarewellPatience{1}; ///< for the peer to hang up
+    static constexpr std::chrono::seconds kRequestTimeout{5}; ///< for the whole head of a request
+    static constexpr std::chrono::seconds kFiguresTimeout{2}; ///< for the main thread
+    static constexpr std::chrono::seconds kAnswerTimeout{10}; ///< for the peer to take the whole answer
+    static constexpr std::chrono::seconds kLingerTimeout{1};  ///< for the peer to hang up
     static constexpr std::size_t kMaxRequestBytes = 4096;
 
     /// At so many connections the oldest one is hung up on for each new one: peers that hold connections open
@@ -64,10 +65,8 @@ private:
         std::uint64_t count QUORIN_GUARDED_BY(mutex) = 0; // how often they were published
     };
 
-    void wake() const;
-
     const Collaborators m_with;
-    int m_wake; // an eventfd
+    platform::EventDescriptor m_wake;
     Board m_board;
     std::unique_ptr<Loop> m_loop;
     platform::Task m_thread; // last

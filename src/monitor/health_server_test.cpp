@@ -69,7 +69,7 @@ protected:
         while (m_asked == before) {
             std::this_thread::yield();
         }
-        m_clock.advance(HealthServer::kFiguresPatience);
+        m_clock.advance(HealthServer::kFiguresTimeout);
         return client.hear();
     }
 
@@ -185,7 +185,7 @@ TEST_F(Serving, TellsAPeerThatIsTooSlowWithItsRequest)
     slow.say("GET /healthz HTTP/1.1\r\n");
     ask(kHealthRequest); // by then the slow one was accepted, since it came first
 
-    m_clock.advance(HealthServer::kRequestPatience);
+    m_clock.advance(HealthServer::kRequestTimeout);
 
     EXPECT_TRUE(slow.hear().startsWith("HTTP/1.1 408 "));
 }

@@ -62,6 +62,8 @@ QString sessionWords(account::SessionState session)
         return QStringLiteral("signed in");
     case account::SessionState::credentialsRefused:
         return QStringLiteral("user name or password refused");
+    case account::SessionState::signInUnavailable:
+        return QStringLiteral("what it takes to sign in can't be had");
     }
     return {};
 }
@@ -72,6 +74,9 @@ QString addition(const HealthFigures &figures)
     QString words;
     if (figures.isStoreOutOfSight) {
         words += QStringLiteral(" The file store can't be seen, so nothing is taken in.");
+    }
+    if (figures.inbox.outOfSight > 0) {
+        words += QStringLiteral(" An incoming folder can't be seen; received images may wait in it.");
     }
     if (figures.inbox.isWaitingLong()) {
         words += QStringLiteral(" %1 received images aren't taken in, the first for %2.")
@@ -120,6 +125,9 @@ QString statusLine(const HealthFigures &figures)
     QStringList parts{listenerWords(figures), queueWords(figures.index)};
     if (figures.isStoreOutOfSight) {
         parts.append(QStringLiteral("file store out of sight"));
+    }
+    if (figures.inbox.outOfSight > 0) {
+        parts.append(QStringLiteral("incoming folder out of sight"));
     }
     if (figures.inbox.isWaitingLong()) {
         parts.append(QStringLiteral("%1 not taken in, the first for %2")

@@ -65,6 +65,16 @@ TEST(HealthVerdict, TellsOfAFileStoreThatCannotBeSeen)
     EXPECT_TRUE(statusLine(figures).contains(u"; file store out of sight"_qs));
 }
 
+TEST(HealthVerdict, TellsOfAnIncomingFolderThatCannotBeSeen)
+{
+    HealthFigures figures = well();
+    figures.inbox.outOfSight = 1;
+
+    EXPECT_TRUE(verdictOn(figures).sentence.endsWith(
+        u" An incoming folder can't be seen; received images may wait in it."_qs));
+    EXPECT_TRUE(statusLine(figures).contains(u"; incoming folder out of sight"_qs));
+}
+
 TEST(HealthVerdict, IsGoodForAListenerThatIsSwitchedOff)
 {
     HealthFigures figures = well();

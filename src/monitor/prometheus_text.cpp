@@ -155,6 +155,18 @@ void writeIndex(PrometheusWriter &out, const HealthFigures::Index &index)
     out.gauge("quorin_gateway_failed_images",
               QStringLiteral("Images whose last upload failed; they are tried again."),
               asNumber(index.failed));
+    out.gauge("quorin_gateway_indexed_instances",
+              QStringLiteral("Instances in the index, as archives count; all frames of one count once."),
+              asNumber(qint64{index.instances.total}));
+    out.gauge("quorin_gateway_synced_instances",
+              QStringLiteral("Instances in the index that the cloud holds."),
+              asNumber(qint64{index.instances.synced}));
+    out.gauge("quorin_gateway_unsent_instances",
+              QStringLiteral("Instances that the cloud doesn't hold yet, failed ones included."),
+              asNumber(qint64{index.instances.total - index.instances.synced}));
+    out.gauge("quorin_gateway_failed_instances",
+              QStringLiteral("Instances whose last upload failed; they are tried again."),
+              asNumber(qint64{index.instances.failed}));
     out.gauge("quorin_gateway_oldest_unsent_image_age_seconds",
               QStringLiteral("How long the oldest unsent image has been waiting; 0 when all are sent."),
               std::chrono::duration<double>(index.oldestUnsentAge.value_or(std::chrono::seconds(0))).count());
@@ -202,7 +214,8 @@ void writeUploading(PrometheusWriter &out, const HealthFigures &figures)
               QStringLiteral("The upload speed of late; 0 when nothing was sent for some seconds."),
               cloud.uploadBytesPerSecond);
     out.gauge("quorin_gateway_signed_in",
-              QStringLiteral("1 while there is a session with the cloud that it hasn't refused."),
+              QStringLiteral(
+                  "1 while there is a session with the cloud that it hasn't refused, and that can be used."),
               asNumber(cloud.session == account::SessionState::signedIn));
     if (cloud.isOnline) {
         out.gauge("quorin_gateway_cloud_up",

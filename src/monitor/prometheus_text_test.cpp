@@ -109,6 +109,7 @@ TEST_F(Exposition, TellsTheFiguresInBaseUnits)
     EXPECT_EQ(line("quorin_gateway_images_received_total "), "quorin_gateway_images_received_total 120");
     EXPECT_EQ(line("quorin_gateway_oldest_unsent_image_age_seconds "),
               "quorin_gateway_oldest_unsent_image_age_seconds 90.5");
+    EXPECT_EQ(line("quorin_gateway_unsent_instances "), "quorin_gateway_unsent_instances 4");
     EXPECT_EQ(line("quorin_gateway_free_bytes{folder=\"inbox\"}"),
               "quorin_gateway_free_bytes{folder=\"inbox\"} 2000000000");
     EXPECT_EQ(line("quorin_gateway_seconds_until_full{folder=\"store\"}"),

@@ -27,23 +27,6 @@ void DimseListenerViewModel::refresh()
     Q_EMIT changed();
 }
 
-QString DimseListenerViewModel::statusText() const
-{
-    switch (m_state) {
-    case state::ListenerState::stopped:
-        break;
-    case state::ListenerState::starting:
-        return QStringLiteral("Starting");
-    case state::ListenerState::listening:
-        return QStringLiteral("Listening on Port %1").arg(m_settings.port);
-    case state::ListenerState::restarting:
-        return QStringLiteral("Restarting");
-    case state::ListenerState::failed:
-        return QStringLiteral("Failed");
-    }
-    return QStringLiteral("Stopped");
-}
-
 QString DimseListenerViewModel::addressText(bool withPort) const
 {
     return listenerAddressText(m_with.listenerService.bindAddress(),

@@ -42,9 +42,6 @@ public:
     /// The folder that incoming files go to.
     const QString &storagePath() const { return m_storagePath; }
 
-    /// "Listening on Port 1115", "Starting", "Restarting", "Failed" or "Stopped".
-    QString statusText() const;
-
     /// The address to register in a modality, with ":" and the port where asked for; "Unavailable" without
     /// a network.
     QString addressText(bool withPort) const;

@@ -26,24 +26,24 @@ protected:
 TEST_F(ListenerViewModel, FollowsTheListener)
 {
     m_world.configure([](core::DCMListenerSettings &settings) { settings.port = 1115; });
-    EXPECT_EQ(m_model.statusText(), u"Stopped"_qs);
+    EXPECT_EQ(m_model.state(), state::ListenerState::stopped);
 
     m_world.service->startListener();
     EXPECT_TRUE(m_model.isOn());
-    EXPECT_EQ(m_model.statusText(), u"Starting"_qs);
+    EXPECT_EQ(m_model.state(), state::ListenerState::starting);
 
     m_world.scps.front()->listen();
     m_world.settle();
-    EXPECT_EQ(m_model.statusText(), u"Listening on Port 1115"_qs);
+    EXPECT_EQ(m_model.state(), state::ListenerState::listening);
 
     m_world.scps.front()->callbacks().interrupted(
         {platform::StoreSCPInterruption::Cause::ended, 137, u"It was ended."_qs, {}});
     m_world.settle();
     EXPECT_TRUE(m_model.isOn());
-    EXPECT_EQ(m_model.statusText(), u"Restarting"_qs);
+    EXPECT_EQ(m_model.state(), state::ListenerState::restarting);
 
     m_world.service->stopListener();
-    EXPECT_EQ(m_model.statusText(), u"Stopped"_qs);
+    EXPECT_EQ(m_model.state(), state::ListenerState::stopped);
 }
 
 TEST_F(ListenerViewModel, TellsTheAddressThatTheListenerBinds)

@@ -1,6 +1,6 @@
 #include "receive/inbox.h"
 
-#include "log/redaction.h"
+#include "log/writing/redaction.h"
 #include "platform/files/files.h"
 #include "platform/files/folder_entries.h"
 

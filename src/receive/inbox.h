@@ -1,6 +1,6 @@
 #pragma once
 
-#include "log/gateway_log_event.h"
+#include "log/writing/gateway_log_event.h"
 
 #include <QtCore/QString>
 #include <QtCore/QStringList>

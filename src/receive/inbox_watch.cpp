@@ -10,44 +10,110 @@
 namespace gateway::receive {
 
 InboxWatch::InboxWatch(platform::Clock &clock,
-                       std::function<QStringList()> folders,
+                       Inboxes inboxes,
                        std::function<void(const QString &path)> offer,
                        std::function<void(const state::InboxFigures &)> tell)
-    : m_clock(clock), m_folders(std::move(folders)), m_offer(std::move(offer)), m_tell(std::move(tell)),
-      m_task("inbox-watch", [this](const std::stop_token &stop) { watch(stop); })
+    : m_clock(clock), m_with(std::move(inboxes)), m_offer(std::move(offer)), m_tell(std::move(tell)),
+      m_task("inbox-watch", [this](const std::stop_token &stop) {
+          do {
+              m_queue.async([this] { startLooks(); });
+          } while (m_clock.sleep(kPause, stop));
+      })
 {
 }
 
-void InboxWatch::watch(const std::stop_token &stop)
+InboxWatch::~InboxWatch()
 {
-    do {
-        look();
-    } while (m_clock.sleep(kPause, stop));
+    m_task.cancel();
+    m_task.join();
+    std::map<QString, Inbox> last;
+    m_queue.sync([this, &last] {
+        m_isClosing = true;
+        last.swap(m_inboxes);
+    });
+    last.clear(); // joins the looks under way
 }
 
-void InboxWatch::look()
+/// One that is still under way since the round before is of a folder that doesn't answer.
+void InboxWatch::startLooks()
 {
-    state::InboxFigures figures;
-    QStringList found;
-    for (const QString &folder : m_folders()) {
-        figures.setAside += setAsideFiles(folder).size();
-        found += platform::completeInboxFiles(folder);
+    const QStringList known = m_with.known();
+    std::erase_if(m_inboxes, [&known](const auto &each) {
+        return !each.second.isUnderWay && !known.contains(each.first);
+    });
+    bool isOneSilent = false;
+    for (const QString &name : known) {
+        Inbox &inbox = m_inboxes[name];
+        if (inbox.isUnderWay) {
+            inbox.found.figures.outOfSight = 1;
+            m_with.silence(name, true);
+            isOneSilent = true;
+        } else {
+            start(name, inbox);
+        }
     }
+    if (isOneSilent) {
+        tell();
+    }
+}
+
+void InboxWatch::start(const QString &name, Inbox &inbox)
+{
+    inbox.isUnderWay = true;
+    inbox.look =
+        platform::Task("inbox-look", [this, name, before = inbox.found.seen](const std::stop_token &) {
+            const Found found = lookInto(name, before);
+            m_queue.async([this, name, found] { take(name, found); });
+        });
+}
+
+InboxWatch::Found InboxWatch::lookInto(const QString &inbox, const Seen &before) const
+{
+    const IncomingFolders::Sight sight = m_with.look(inbox);
+    Found found;
+    found.figures.outOfSight = sight.isOutOfSight ? 1 : 0;
+    if (!sight.mayTake) {
+        return found;
+    }
+    found.figures.setAside = setAsideFiles(sight.folder).size();
     // By the clock that nobody sets: what comes in bears times that may lie ahead.
     const std::chrono::nanoseconds now = m_clock.monotonic();
-    QHash<QString, std::chrono::nanoseconds> seen;
-    for (const QString &path : std::as_const(found)) {
-        const auto before = m_seen.constFind(path);
-        seen.insert(path, before == m_seen.constEnd() ? now : *before);
-        if (before != m_seen.constEnd()) {
-            ++figures.waiting;
-            figures.longestWait =
-                std::max(figures.longestWait, std::chrono::floor<std::chrono::seconds>(now - *before));
+    for (const QString &path : platform::completeInboxFiles(sight.folder)) {
+        const auto first = before.constFind(path);
+        found.seen.insert(path, first == before.constEnd() ? now : *first);
+        if (first != before.constEnd()) {
+            ++found.figures.waiting;
+            found.figures.longestWait =
+                std::max(found.figures.longestWait, std::chrono::floor<std::chrono::seconds>(now - *first));
             m_offer(path);
         }
     }
-    m_seen = std::move(seen);
-    m_tell(figures);
+    return found;
+}
+
+void InboxWatch::take(const QString &name, Found found)
+{
+    if (m_isClosing) {
+        return;
+    }
+    Inbox &inbox = m_inboxes[name];
+    inbox.found = std::move(found);
+    inbox.isUnderWay = false;
+    m_with.silence(name, false);
+    tell();
+}
+
+void InboxWatch::tell() const
+{
+    state::InboxFigures all;
+    for (const auto &[name, inbox] : m_inboxes) {
+        const state::InboxFigures &figures = inbox.found.figures;
+        all.setAside += figures.setAside;
+        all.waiting += figures.waiting;
+        all.longestWait = std::max(all.longestWait, figures.longestWait);
+        all.outOfSight += figures.outOfSight;
+    }
+    m_tell(all);
 }
 
 } // namespace gateway::receive

@@ -1,7 +1,6 @@
 #include "receive/incoming_importer.h"
 
-#include "log/image_trail.h"
-#include "log/redaction.h"
+#include "log/writing/redaction.h"
 #include "platform/files/files.h"
 #include "receive/inbox.h"
 

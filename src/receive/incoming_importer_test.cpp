@@ -1,7 +1,7 @@
 #include "receive/incoming_importer.h"
 
-#include "log/image_trail.h"
-#include "log/redaction.h"
+#include "log/writing/gateway_log_event.h"
+#include "log/writing/redaction.h"
 #include "receive/testing/receive_world.h"
 
 #include <QtCore/QDir>

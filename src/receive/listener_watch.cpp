@@ -5,6 +5,8 @@
 #include "platform/concurrency/main_thread.h"
 #include "receive/network_address.h"
 
+#include <QtCore/QCoreApplication>
+
 #include <optional>
 #include <utility>
 
@@ -15,7 +17,7 @@ QString listenerFailureText(const QVariantMap &userInfo)
     const QVariant message = userInfo.value(core::kMessageKey);
     const QString text = message.typeId() == QMetaType::QString
                              ? message.toString()
-                             : QStringLiteral("Failed to start DIMSE listener.");
+                             : QCoreApplication::translate("Listener", "Failed to start DIMSE listener.");
     const QString reason = userInfo.value(kListenerFailureReasonKey).toString();
     return reason.isEmpty() ? text : text + u' ' + reason;
 }

@@ -1,5 +1,7 @@
 #include "receive/source_file.h"
 
+#include "platform/descriptors/descriptor.h"
+
 #include <QtCore/QFile>
 
 #include <algorithm>
@@ -15,7 +17,7 @@ namespace gateway::receive {
 
 namespace {
 
-/// A regular file that is open for reading, if it is one. Closed on every way out.
+/// A regular file that is open for reading, if it is one.
 class Source
 {
 public:
@@ -29,20 +31,11 @@ public:
         if (!S_ISREG(status.st_mode)) {
             return;
         }
-        m_descriptor = ::open(path.constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
-        m_trouble = m_descriptor < 0 ? SourceOutcome::unreadable : SourceOutcome::done;
+        m_descriptor =
+            platform::Descriptor(::open(path.constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+        m_trouble = m_descriptor.isOpen() ? SourceOutcome::done : SourceOutcome::unreadable;
         m_size = status.st_size;
     }
-
-    ~Source()
-    {
-        if (m_descriptor >= 0) {
-            ::close(m_descriptor);
-        }
-    }
-
-    Source(const Source &) = delete;
-    Source &operator=(const Source &) = delete;
 
     /// `done` when it can be read.
     SourceOutcome trouble() const { return m_trouble; }
@@ -59,7 +52,7 @@ public:
             if (stop.stop_requested()) {
                 return SourceOutcome::stopped;
             }
-            const ssize_t count = ::read(m_descriptor, piece.data(), piece.size());
+            const ssize_t count = ::read(m_descriptor.get(), piece.data(), piece.size());
             if (count < 0 && errno == EINTR) {
                 continue;
             }
@@ -76,7 +69,7 @@ public:
     }
 
 private:
-    int m_descriptor = -1;
+    platform::Descriptor m_descriptor;
     SourceOutcome m_trouble = SourceOutcome::unreadable;
     qint64 m_size = 0;
 };

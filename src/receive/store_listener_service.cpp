@@ -2,10 +2,11 @@
 
 #include "core/notification_names.h"
 #include "core/store_errors.h"
-#include "log/redaction.h"
+#include "log/writing/redaction.h"
 #include "platform/dicom/inbox_files.h"
 #include "receive/bonjour_record.h"
-#include "receive/folder_bookmark.h"
+
+#include <QtCore/QCoreApplication>
 
 #include <chrono>
 #include <utility>
@@ -53,7 +54,9 @@ StoreListenerService::StoreListenerService(Collaborators collaborators, Places p
                                                                              m_with.main,
                                                                              m_with.pool,
                                                                              m_with.clock,
-                                                                             m_with.onImportSucceeded}))
+                                                                             m_with.onImportSucceeded})),
+      m_folder(std::make_shared<const ListenerFolder>(
+          m_with.settings, m_with.incomingFolders, m_with.logEmitter, m_places.defaultIncomingFolder))
 {
 }
 
@@ -71,19 +74,12 @@ void StoreListenerService::startListener()
     if (!mayStart(settings)) {
         return;
     }
-    Run run{{}, nullptr, configFor(settings), {}, nullptr};
-    run.config.incomingPath = resolveIncomingPath();
-    run.inbox = run.config.incomingPath.value_or(m_places.defaultIncomingFolder);
-    if (!m_with.incomingFolders.enter(run.inbox)) {
-        refuseStart(IncomingFolders::inUseSentence(run.inbox));
-        return;
-    }
-    run.scp = m_with.makeStoreSCP();
-    run.former = std::exchange(m_formerListener, nullptr);
-    run.id = beginRun();
+    Run run{
+        beginRun(), m_with.makeStoreSCP(), configFor(settings), {}, std::exchange(m_formerListener, nullptr)};
     m_storeListener = run.scp;
     m_interruption.reset();
     m_hasFailed = false;
+    m_refusal.reset();
     publishBonjourService(settings);
     tellWhetherListening();
     launch(std::move(run));
@@ -151,40 +147,6 @@ platform::StoreSCPConfig StoreListenerService::configFor(const core::DCMListener
     return config;
 }
 
-/// The folder for the receiver. Where the chosen one can't be reached the listener still starts, with the
-/// plain stored path, and the receiver fails or not by itself.
-std::optional<QString> StoreListenerService::resolveIncomingPath()
-{
-    const std::optional<QString> plainPath = m_with.settings.listenerDestinationFolder.get();
-    const std::optional<QByteArray> bookmark = m_with.settings.listenerDestinationFolderBookmark.get();
-    if (!bookmark) {
-        return plainPath;
-    }
-    const auto refuse = [&](QMap<QString, QString> details, std::optional<log::GatewayLogError> error) {
-        logListener(GatewayLogAction::listenerIncomingPathResolutionFailed,
-                    GatewayLogOutcome::failed,
-                    std::move(details),
-                    GatewayLogLevel::warning,
-                    std::move(error));
-        return plainPath;
-    };
-    const std::optional<ResolvedBookmark> resolved = resolveFolderBookmark(*bookmark);
-    if (!resolved) {
-        return refuse({},
-                      logError(core::StoreError(QStringLiteral("The incoming folder could not be found."))));
-    }
-    if (resolved->isStale) {
-        if (const std::optional<QByteArray> fresh = makeFolderBookmark(resolved->path)) {
-            m_with.settings.listenerDestinationFolderBookmark.set(fresh);
-        }
-    }
-    if (!mayUseFolder(resolved->path)) {
-        return refuse({{kReason, QStringLiteral("start_accessing_security_scoped_resource_failed")}},
-                      std::nullopt);
-    }
-    return resolved->path;
-}
-
 void StoreListenerService::publishBonjourService(const core::DCMListenerSettings &settings)
 {
     m_bonjourService.reset();
@@ -197,11 +159,51 @@ void StoreListenerService::launch(Run run)
 {
     m_runs.remove_if([](const RunThread &thread) { return thread.ended->load(); });
     auto ended = std::make_shared<std::atomic<bool>>(false);
-    platform::Task task("listener", [weak = weak_from_this(), run = std::move(run), ended](std::stop_token) {
-        perform(weak, run);
-        ended->store(true);
-    });
+    platform::Task task(
+        "listener",
+        [weak = weak_from_this(), folder = m_folder, importer = m_importer, run = std::move(run), ended](
+            std::stop_token) mutable {
+            if (enterFolder(weak, *folder, *importer, run)) {
+                perform(weak, run);
+            }
+            ended->store(true);
+        });
     m_runs.push_back({std::move(ended), std::move(task)});
+}
+
+/// The folder may lie on a share that doesn't answer: this thread waits for it and nobody else, and the
+/// service isn't held meanwhile.
+///
+/// \return whether the run may go on.
+bool StoreListenerService::enterFolder(const std::weak_ptr<StoreListenerService> &weak,
+                                       const ListenerFolder &folder,
+                                       IncomingImporter &importer,
+                                       Run &run)
+{
+    ListenerFolder::Entered entered = folder.enter([&weak, &run] {
+        const auto self = weak.lock();
+        return self && !self->wasStopped(run.id);
+    });
+    run.config.incomingPath = std::move(entered.path);
+    run.config.incomingFolderId = std::move(entered.id);
+    run.inbox = std::move(entered.inbox);
+    if (!entered.obstacle) {
+        recoverInbox(importer, run.inbox);
+    }
+    const auto self = weak.lock();
+    if (!self) {
+        return false;
+    }
+    if (self->wasStopped(run.id)) {
+        self->retireRun(run.id);
+        return false;
+    }
+    if (entered.obstacle) {
+        self->retireRun(run.id);
+        self->m_with.main.post(
+            weak, [service = self.get(), run, why = *entered.obstacle] { service->refuseStart(run, why); });
+    }
+    return !entered.obstacle;
 }
 
 void StoreListenerService::perform(const std::weak_ptr<StoreListenerService> &weak, const Run &run)
@@ -214,7 +216,6 @@ void StoreListenerService::perform(const std::weak_ptr<StoreListenerService> &we
             return;
         }
         config.acknowledgeAfter = self->m_with.newestAcknowledged();
-        self->recoverInbox(run.inbox);
         callbacks = self->callbacksFor(run);
     }
     if (run.former) {
@@ -272,7 +273,7 @@ platform::StoreSCPCallbacks StoreListenerService::callbacksFor(const Run &run)
     };
     callbacks.leftFiles = [weak, inbox = run.inbox] {
         if (const auto self = weak.lock()) {
-            self->recoverInbox(inbox);
+            recoverInbox(*self->m_importer, inbox);
         }
     };
     callbacks.misnamed = [weak, runId](const QString &association) {
@@ -290,11 +291,11 @@ platform::StoreSCPCallbacks StoreListenerService::callbacksFor(const Run &run)
 
 /// Hands over what was acknowledged but not imported before a crash, of the gateway or of the receiver, and
 /// what found no storage. A file that is delivered as well is imported once.
-void StoreListenerService::recoverInbox(const QString &inbox)
+void StoreListenerService::recoverInbox(IncomingImporter &importer, const QString &inbox)
 {
     const QStringList left = platform::completeInboxFiles(inbox);
     for (const QString &path : left) {
-        m_importer->fileFound(path);
+        importer.fileFound(path);
     }
 }
 
@@ -344,8 +345,14 @@ void StoreListenerService::retireRun(QUuid runId)
 }
 
 /// Tells that the listener doesn't even try to start.
-void StoreListenerService::refuseStart(const QString &why)
+void StoreListenerService::refuseStart(const Run &run, const QString &why)
 {
+    if (m_storeListener != run.scp) {
+        return; // stopped, and perhaps started anew, before this had its turn
+    }
+    m_formerListener = run.former;
+    m_bonjourService.reset();
+    m_storeListener.reset();
     m_with.observer.listenerFailed();
     logListener(GatewayLogAction::listenerStartFailed,
                 GatewayLogOutcome::failed,
@@ -353,8 +360,24 @@ void StoreListenerService::refuseStart(const QString &why)
                 GatewayLogLevel::error,
                 logError(core::StoreError(why)));
     m_hasFailed = true;
+    m_refusal = why;
     tellWhetherListening();
     m_with.notifications.post(core::kStoreListenerError, {{core::kMessageKey, why}});
+}
+
+void StoreListenerService::incomingFolderWasSeen(const IncomingFolders::Sight &sight)
+{
+    Q_ASSERT(m_with.main.isCurrent());
+    if (sight.isExchanged && m_storeListener && state() != state::ListenerState::starting) {
+        stopListener();
+        startListener();
+        return;
+    }
+    const bool isWanted = !core::isSetupRequired(m_with.settings) &&
+                          core::DCMListenerSettings::load(m_with.defaults).isEnabled.value_or(true);
+    if (isWanted && m_refusal && m_refusal != sight.obstacle) {
+        startListener(); // or tells what is in the way now
+    }
 }
 
 void StoreListenerService::startFailed(const Run &run)
@@ -369,7 +392,8 @@ void StoreListenerService::startFailed(const Run &run)
     m_with.notifications.post(
         core::kStoreListenerError,
         {{core::kMessageKey,
-          QStringLiteral(
+          QCoreApplication::translate(
+              "Listener",
               "Failed to start DIMSE listener on port %1. Another app may already be using this port.")
               .arg(run.config.port)},
          {kListenerFailureReasonKey, run.scp->lastMessage()}});

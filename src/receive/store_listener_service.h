@@ -3,7 +3,7 @@
 #include "core/dcm_listener_settings.h"
 #include "core/settings.h"
 #include "index/db_service.h"
-#include "log/store_log_emitter.h"
+#include "log/writing/store_log_emitter.h"
 #include "platform/concurrency/clock.h"
 #include "platform/concurrency/main_executor.h"
 #include "platform/concurrency/mutex.h"
@@ -15,6 +15,7 @@
 #include "platform/notifications/notification_center.h"
 #include "receive/incoming_folders.h"
 #include "receive/incoming_importer.h"
+#include "receive/listener_folder.h"
 #include "receive/receive_observer.h"
 #include "state/listener_figures.h"
 #include "state/receive_state.h"
@@ -80,10 +81,17 @@ public:
     StoreListenerService(const StoreListenerService &) = delete;
     StoreListenerService &operator=(const StoreListenerService &) = delete;
 
-    /// Starts the listener, unless it is disabled in its settings or runs already. Returns at once; a failure
-    /// arrives as the notification "QuorinGateway.storeListenerError", and there is no retry. A receiver that
-    /// had listened and ended is started again by itself.
+    /// Starts the listener, unless it is disabled in its settings or runs already. Returns at once, whether
+    /// the incoming folder answers or not; a failure arrives as the notification
+    /// "QuorinGateway.storeListenerError", and there is no retry. A receiver that had listened and ended is
+    /// started again by itself; so is one that was refused for its incoming folder.
     void startListener();
+
+    /// Tries again where the last start was refused for its incoming folder and something has changed there,
+    /// and starts anew where another folder has come in the place of the one in use.
+    ///
+    /// \param sight  what IncomingFolders::lookAtPresent has just found. Main thread.
+    void incomingFolderWasSeen(const IncomingFolders::Sight &sight);
 
     /// Stops the listener; without one it still tells everybody that none runs. Waits for nothing: a start
     /// that follows waits on a thread of its own until the port is free.
@@ -128,21 +136,24 @@ private:
     // Steps of a start, on main.
     void tellWhetherListening();
     bool mayStart(const core::DCMListenerSettings &settings);
-    void refuseStart(const QString &why);
     QUuid beginRun();
-    std::optional<QString> resolveIncomingPath();
     void publishBonjourService(const core::DCMListenerSettings &settings);
     void launch(Run run);
     platform::StoreSCPConfig configFor(const core::DCMListenerSettings &settings) const;
 
     // The run itself, on its own thread.
+    static bool enterFolder(const std::weak_ptr<StoreListenerService> &weak,
+                            const ListenerFolder &folder,
+                            IncomingImporter &importer,
+                            Run &run);
     static void perform(const std::weak_ptr<StoreListenerService> &weak, const Run &run);
     platform::StoreSCPCallbacks callbacksFor(const Run &run);
-    void recoverInbox(const QString &inbox);
+    static void recoverInbox(IncomingImporter &importer, const QString &inbox);
     void runEnded(const Run &run, std::int32_t result);
     void retireRun(QUuid runId) QUORIN_EXCLUDES(m_listenerRunStateLock);
     bool wasStopped(QUuid runId) QUORIN_EXCLUDES(m_listenerRunStateLock);
     void startFailed(const Run &run);
+    void refuseStart(const Run &run, const QString &why);
 
     // The receiver's own events, on any thread.
     void listeningBegan(QUuid runId);
@@ -173,12 +184,14 @@ private:
     Collaborators m_with;
     Places m_places;
     std::shared_ptr<IncomingImporter> m_importer;
+    std::shared_ptr<const ListenerFolder> m_folder;
 
     // Main thread only.
     std::shared_ptr<platform::StoreSCP> m_storeListener;
     std::shared_ptr<platform::StoreSCP> m_formerListener; // the one stopped last, until the next start
     std::optional<QString> m_interruption;
-    bool m_hasFailed = false; // the last start
+    bool m_hasFailed = false;         // the last start
+    std::optional<QString> m_refusal; // why the last start wasn't even tried
     std::unique_ptr<platform::NetServicePublication> m_bonjourService;
 
     platform::Mutex m_listenerRunStateLock;

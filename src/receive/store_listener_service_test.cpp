@@ -1,6 +1,7 @@
 #include "receive/store_listener_service.h"
 
-#include "log/redaction.h"
+#include "log/writing/redaction.h"
+#include "platform/files/testing/silent_folder.h"
 #include "receive/folder_bookmark.h"
 #include "receive/testing/receive_world.h"
 
@@ -476,10 +477,12 @@ TEST_F(ListenerService, ReceivesIntoTheChosenFolder)
 TEST_F(ListenerService, KeepsTheFolderInMindInWhichItReceivedBefore)
 {
     m_world.service->startListener();
+    m_world.scps.back()->config();
     m_world.service->stopListener();
     m_world.settings.listenerDestinationFolder.set(m_world.path(u"chosen"_qs));
 
     m_world.service->startListener();
+    m_world.scps.back()->config();
 
     EXPECT_EQ(m_world.incomingFolders.all(), (QStringList{m_world.path(u"chosen"_qs), m_world.inbox()}));
 }
@@ -489,20 +492,36 @@ TEST_F(ListenerService, DoesNotStartInAFolderOfAnotherGatewayAndSaysSo)
     platform::UserDefaults defaults(m_world.path(u"others.sqlite"_qs));
     core::Settings settings(defaults);
     {
-        IncomingFolders others(defaults, settings, m_world.inbox());
-        ASSERT_TRUE(others.enter(m_world.inbox()));
+        IncomingFolders others(defaults, settings, {m_world.inbox(), m_world.path(u"others"_qs)});
+        ASSERT_EQ(others.enter(m_world.inbox()), std::nullopt);
 
         m_world.service->startListener();
+        m_world.waitUntil([this] { return !m_world.errors.isEmpty(); });
 
-        EXPECT_EQ(m_world.scps.size(), 0U);
+        EXPECT_FALSE(m_world.scps.back()->hasStarted());
         EXPECT_EQ(m_world.service->state(), state::ListenerState::failed);
+        EXPECT_EQ(m_world.service->storeListener(), nullptr);
         ASSERT_EQ(m_world.errors.size(), 1);
         EXPECT_TRUE(m_world.errors.front().startsWith(u"The incoming folder is used by another gateway"_qs));
     }
 
     m_world.service->startListener();
 
-    EXPECT_EQ(m_world.scps.size(), 1U);
+    EXPECT_EQ(m_world.scps.back()->config().port, 1115);
+}
+
+TEST_F(ListenerService, WaitsForAFolderThatDoesNotAnswerAwayFromTheMainThread)
+{
+    const platform::testing::SilentFolder silent(m_world.inbox() + u"/.part"_qs);
+
+    m_world.service->startListener();
+    EXPECT_EQ(m_world.service->state(), state::ListenerState::starting);
+    m_world.service->stopListener();
+    m_world.settings.listenerDestinationFolder.set(m_world.path(u"chosen"_qs));
+    m_world.service->startListener();
+
+    EXPECT_EQ(m_world.scps.back()->config().incomingPath, m_world.path(u"chosen"_qs));
+    EXPECT_FALSE(m_world.scps.front()->hasStarted());
 }
 
 TEST_F(ListenerService, LetsTheReceiverGoOnBehindAllThatIsRecorded)

@@ -1,6 +1,6 @@
 #include "receive/store_manual_import_service.h"
 
-#include "log/redaction.h"
+#include "log/writing/redaction.h"
 
 #include <algorithm>
 #include <iterator>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "index/db_service.h"
-#include "log/store_log_emitter.h"
+#include "log/writing/store_log_emitter.h"
 #include "platform/archive/archive_unpacking.h"
 #include "platform/concurrency/clock.h"
 #include "platform/concurrency/main_executor.h"

@@ -1,6 +1,6 @@
 #include "receive/temporary_root.h"
 
-#include "log/redaction.h"
+#include "log/writing/redaction.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>

@@ -79,7 +79,6 @@ struct ChartDot
 };
 
 inline constexpr double kDotRingOpacity = 0.95;
-inline constexpr double kDotHitSide = 18;
 
 ChartDot dotOf(const PlottedPoint &point, const std::optional<ChartHoverPoint> &hovered);
 

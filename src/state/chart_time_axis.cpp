@@ -37,9 +37,26 @@ QList<AxisLabel> placed(const ChartXAxisLabels &labels, const QTimeZone &zone, c
     QList<AxisLabel> list;
     for (std::int64_t i = 0; i < count; ++i) {
         const QDateTime moment = labels.windowStart.addMSecs(span * i / (count - 1));
-        list.append({moment, momentText(moment, labels.timeframe, zone, locale), alignmentOf(i, count)});
+        list.append({moment,
+                     momentText(moment, labels.timeframe, zone, locale),
+                     alignmentOf(i, count),
+                     static_cast<double>(i) / static_cast<double>(count - 1)});
     }
     return list;
+}
+
+double leftOf(const AxisLabel &label, double width, double plotWidth)
+{
+    const double moment = label.share * plotWidth;
+    switch (label.alignment) {
+    case LabelAlignment::left:
+        return moment;
+    case LabelAlignment::right:
+        return moment - width;
+    case LabelAlignment::centre:
+        break;
+    }
+    return moment - width / 2;
 }
 
 } // namespace gateway::state

@@ -34,17 +34,22 @@ enum class LabelAlignment
     right
 };
 
-/// One label; they share the row evenly.
+/// One label. It stands where its moment is: the first one begins there, the last one ends there, those
+/// between have it in their middle.
 struct AxisLabel
 {
     QDateTime moment;
     QString text;
     LabelAlignment alignment = LabelAlignment::centre;
+    double share = 0; ///< of the plot's width, from its left edge to the moment
 
     bool operator==(const AxisLabel &) const = default;
 };
 
 /// The labels from left to right, from the first bucket's start to the last one's; at least two.
 QList<AxisLabel> placed(const ChartXAxisLabels &labels, const QTimeZone &zone, const QLocale &locale);
+
+/// Where a label of that width begins, from the plot's left edge.
+double leftOf(const AxisLabel &label, double width, double plotWidth);
 
 } // namespace gateway::state

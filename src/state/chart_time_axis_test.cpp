@@ -54,4 +54,21 @@ TEST(XLabels, AreAlignedOutwardAtBothEnds)
     EXPECT_EQ(list[4].moment, kStart.addDays(1));
 }
 
+TEST(XLabels, StandBelowThePointOfTheirMoment)
+{
+    constexpr double kWidth = 960; // of the plot
+    constexpr double kWords = 30;
+    for (const std::int64_t values : {25, 28, 9, 3}) {
+        const QList<AxisLabel> list = labels(values);
+        for (const AxisLabel &label : list) {
+            const double hours = static_cast<double>(kStart.secsTo(label.moment)) / 3600;
+            const double x = kWidth * hours / static_cast<double>(values - 1);
+            const double from = label.alignment == LabelAlignment::left    ? x
+                                : label.alignment == LabelAlignment::right ? x - kWords
+                                                                           : x - kWords / 2;
+            EXPECT_NEAR(leftOf(label, kWords, kWidth), from, 0.01) << label.text.toStdString();
+        }
+    }
+}
+
 } // namespace gateway::state

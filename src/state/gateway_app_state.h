@@ -108,7 +108,7 @@ public:
 
     /// Takes a sample; the figure moves at most every 1.2 s, and falls to 0 after 8 s without one.
     void recordUploadThroughput(qint64 bytes, std::chrono::duration<double> elapsed) override;
-    void resetUploadSpeed();
+    void resetUploadSpeed() override;
 
     // --- Transfer activity ---------------------------------------------------------------------------
 
@@ -149,7 +149,6 @@ private:
     void publish(GatewayField field, T GatewayFigures::*slot, const T &value);
     void publishReceiving();
     void publishWindow(TransferWindow window);
-    TransferWindow emptyWindow(const QDateTime &newest) const;
     QDateTime newestBucket() const;
     void
     follow(platform::NotificationCenter::Token &token, const QString &name, void (GatewayAppState::*react)());

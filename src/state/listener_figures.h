@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QtCore/QLatin1StringView>
 #include <QtCore/QString>
 
 namespace gateway::state {
@@ -13,6 +14,24 @@ enum class ListenerState
     restarting, ///< it was bound, and its process is being started again
     failed      ///< its last start was in vain
 };
+
+/// The state as programs are told of it; it never changes.
+inline QLatin1StringView rawValue(ListenerState state)
+{
+    switch (state) {
+    case ListenerState::stopped:
+        break;
+    case ListenerState::starting:
+        return QLatin1StringView("starting");
+    case ListenerState::listening:
+        return QLatin1StringView("listening");
+    case ListenerState::restarting:
+        return QLatin1StringView("restarting");
+    case ListenerState::failed:
+        return QLatin1StringView("failed");
+    }
+    return QLatin1StringView("stopped");
+}
 
 /// What is known of the listener. Thread: a plain value.
 struct ListenerFigures

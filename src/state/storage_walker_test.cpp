@@ -1,10 +1,9 @@
 #include "state/storage_walker.h"
 
 #include "platform/concurrency/testing/manual_clock.h"
-#include "platform/files/files.h"
+#include "platform/files/testing/occupied_bytes.h"
 
 #include <QtCore/QDir>
-#include <QtCore/QDirIterator>
 #include <QtCore/QFile>
 #include <QtCore/QTemporaryDir>
 
@@ -34,15 +33,7 @@ protected:
     qint64 walk() { return m_walker.usedBytes(m_folder.path(), std::stop_token()); }
 
     /// What a walk that remembers nothing finds.
-    qint64 naive() const
-    {
-        qint64 bytes = 0;
-        QDirIterator files(m_folder.path(), QDir::Files | QDir::NoSymLinks, QDirIterator::Subdirectories);
-        while (files.hasNext()) {
-            bytes += platform::allocatedBytes(files.next()).value_or(0);
-        }
-        return bytes;
-    }
+    qint64 naive() const { return platform::testing::occupiedBytes(m_folder.path()); }
 
     /// Sets the times of all folders back, as if their last change were long ago.
     void age() const

@@ -1,5 +1,6 @@
 #include "state/time_texts.h"
 
+#include <QtCore/QCoreApplication>
 #include <QtCore/QRegularExpression>
 #include <QtCore/QStringList>
 
@@ -61,7 +62,7 @@ QString rangeTitle(seconds span, const QLocale &locale)
     if (length.isEmpty()) {
         length = QString::number(span / std::chrono::hours(1)) + u'h';
     }
-    return QStringLiteral("Last ") + length;
+    return QCoreApplication::translate("TransferTimeframe", "Last %1").arg(length);
 }
 
 QString

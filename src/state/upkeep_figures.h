@@ -2,7 +2,7 @@
 
 #include "state/inbox_figures.h"
 
-#include <QtCore/QtGlobal>
+#include <QtCore/QString>
 
 namespace gateway::state {
 
@@ -14,6 +14,7 @@ struct UpkeepFigures
     bool isRetentionHeldBack = false; ///< the clock is in doubt, so nothing goes by its age
     qint64 filesToRecordAgain = 0;    ///< stored files that the index may lack; 0 once all have rows
     qint64 filesRecordedAgain = 0;    ///< of those
+    QString formerIndex = {};         ///< the kept copy of the index of the version before; empty for none
     qint64 logBytes = 0;              ///< what the log files take
     qint64 logLimitBytes = 0;         ///< what they may take; 0 for no limit
 };

@@ -20,6 +20,9 @@ public:
     /// \param bytes    sent since the attempt began.
     /// \param elapsed  since the attempt began.
     virtual void recordUploadThroughput(qint64 bytes, std::chrono::duration<double> elapsed) = 0;
+
+    /// Nothing is sent now, or what was sent was refused.
+    virtual void resetUploadSpeed() = 0;
 };
 
 } // namespace gateway::state

@@ -1,7 +1,7 @@
 #include "updates/appcast.h"
 
-#include "cloud_client/cloud_configuration.h"
 #include "cloud_client/network_json.h"
+#include "core/deployment.h"
 
 #include <QtCore/QRegularExpression>
 #include <QtCore/QVariantMap>
@@ -42,7 +42,7 @@ bool isWhole(const AppcastItem &item)
            matches("[a-z0-9_]{1,32}", item.architecture) &&
            item.displayVersionString.size() <= kLongestDisplayVersion &&
            isPrintable(item.displayVersionString) && item.notes.size() <= kLongestNotes &&
-           isFetchable(item.url) && item.length > 0 && item.length <= kLargestPackage &&
+           core::isFetchable(item.url) && item.length > 0 && item.length <= kLargestPackage &&
            item.sha256.size() == 32 && item.signature.size() == 64;
 }
 
@@ -95,13 +95,6 @@ QString wordOf(PackageKind kind)
         return QStringLiteral("deb");
     }
     Q_UNREACHABLE();
-}
-
-bool isFetchable(const QUrl &url)
-{
-    const bool isPlain = url.scheme() == QStringLiteral("http") && cloud_client::isLoopbackHost(url.host());
-    return url.isValid() && !url.host().isEmpty() && url.userInfo().isEmpty() &&
-           (url.scheme() == QStringLiteral("https") || isPlain);
 }
 
 std::optional<QList<AppcastItem>> parseAppcast(const QByteArray &feed)

@@ -54,7 +54,4 @@ std::optional<QList<AppcastItem>> parseAppcast(const QByteArray &feed);
 /// What the signature of an item covers: all of it but the address. `tools/appcast` signs the same bytes.
 QByteArray signedText(const AppcastItem &item);
 
-/// True for an address that may be fetched from: https, or http on this machine alone.
-bool isFetchable(const QUrl &url);
-
 } // namespace gateway::updates

@@ -1,6 +1,6 @@
 #include "updates/gateway_updater_service.h"
 
-#include "log/store_log_emitter.h"
+#include "log/writing/store_log_emitter.h"
 #include "platform/concurrency/main_thread.h"
 #include "state/update_banner.h"
 

@@ -3,7 +3,7 @@
 #include "cloud_client/qrn_versions_api.h"
 #include "cloud_client/quorin_error.h"
 #include "core/settings.h"
-#include "log/store_log_emitter.h"
+#include "log/writing/store_log_emitter.h"
 #include "platform/concurrency/async.h"
 #include "platform/concurrency/async_sleep.h"
 #include "platform/concurrency/main_thread.h"

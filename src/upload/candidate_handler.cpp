@@ -112,10 +112,21 @@ CandidateHandler::Outcomes CandidateHandler::finishFile(const CandidateContext &
     Outcomes outcomes;
     if (!lookFirst(ready.first(), {}, outcomes) && mayBeSent(ready)) {
         outcomes.append(outcomeOf(ready.first(), m_attempt.sendFile(ready.first())));
+        noteFailures(outcomes);
         m_halt.requestEnded(outcomes);
     }
     m_preparer.cleanUp(ready.first());
     return outcomes;
+}
+
+/// False once the run is halted, also because another session stands by now, or none: what is left of a page
+/// waits for the next one.
+bool CandidateHandler::stands(const cloud_client::CloudSession &session) const
+{
+    if (!m_halt.isHalted() && m_with.session.present() != session) {
+        m_halt.sessionOver();
+    }
+    return !m_halt.isHalted();
 }
 
 /// Looks into the cloud before a file is sent, where that is called for. \return true when it has an outcome.
@@ -123,11 +134,7 @@ bool CandidateHandler::lookFirst(const PreparedCandidate &file,
                                  const Details &chunkDetails,
                                  Outcomes &outcomes)
 {
-    if (m_halt.isHalted()) {
-        return false;
-    }
-    if (!m_with.index.noteCloud(m_with.session.cloud())) {
-        m_halt.indexFailed();
+    if (!stands(file.context.session)) {
         return false;
     }
     const auto outcome = m_attempt.outcomeWithoutRequest(file, chunkDetails);
@@ -142,7 +149,7 @@ bool CandidateHandler::lookFirst(const PreparedCandidate &file,
 /// a crash which version of an instance the cloud may hold.
 bool CandidateHandler::mayBeSent(QList<PreparedCandidate> &files)
 {
-    if (m_halt.isHalted()) {
+    if (!stands(files.first().context.session)) {
         return false;
     }
     QList<index::SentInstance> instances;
@@ -158,6 +165,20 @@ bool CandidateHandler::mayBeSent(QList<PreparedCandidate> &files)
         files[at].sentBefore = before->at(at);
     }
     return true;
+}
+
+/// The results of a page are recorded when all of it has ended; what failed is known from now on.
+void CandidateHandler::noteFailures(const Outcomes &outcomes) const
+{
+    QList<index::SentInstance> failed;
+    for (const StoreUpload::CandidateOutcome &outcome : outcomes) {
+        if (outcome.end.result == AttemptResult::failed && outcome.version) {
+            failed.append(*outcome.version);
+        }
+    }
+    if (!failed.isEmpty()) {
+        m_with.index.noteTriedInVain(failed);
+    }
 }
 
 CandidateHandler::Outcomes CandidateHandler::finishBatch(const Contexts &chunk)
@@ -180,6 +201,7 @@ CandidateHandler::Outcomes CandidateHandler::finishBatch(const Contexts &chunk)
     for (QList<PreparedCandidate> &batch : withoutTwins(unseen(ready, chunkDetails, outcomes))) {
         if (mayBeSent(batch)) {
             const Outcomes sent = m_attempt.sendBatch(batch, chunkDetails);
+            noteFailures(sent);
             m_halt.requestEnded(sent);
             outcomes.append(sent);
         }

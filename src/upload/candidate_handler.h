@@ -34,11 +34,13 @@ public:
 private:
     Outcomes finishFile(const StoreUpload::CandidateContext &context);
     Outcomes finishBatch(const Contexts &chunk);
+    bool stands(const cloud_client::CloudSession &session) const;
     bool
     lookFirst(const StoreUpload::PreparedCandidate &file, const Details &chunkDetails, Outcomes &outcomes);
     QList<StoreUpload::PreparedCandidate> unseen(const QList<StoreUpload::PreparedCandidate> &files,
                                                  const Details &chunkDetails,
                                                  Outcomes &outcomes);
+    void noteFailures(const Outcomes &outcomes) const;
     bool mayBeSent(QList<StoreUpload::PreparedCandidate> &files);
     StoreUpload::CandidatePreparationResult prepare(const StoreUpload::CandidateContext &context) const;
 

@@ -1,9 +1,11 @@
 #include "upload/candidate_preparer.h"
 
+#include "platform/files/file_error.h"
 #include "platform/files/files.h"
 
 #include <QtCore/QFile>
-#include <QtCore/QFileInfo>
+
+#include <cerrno>
 
 namespace gateway::upload {
 
@@ -16,10 +18,20 @@ using StoreUpload::UnsendableFile;
 
 namespace {
 
-/// Why nothing can be sent.
-core::FailureClass classOf(SendableFile::Fate fate)
+/// True where the file can be read, and isn't what it was when its rows were recorded: a disk lost or altered
+/// some of it.
+bool hasChanged(const index::PendingImageUpload &candidate, const SendableFile &file)
 {
-    switch (fate) {
+    return candidate.contentVersion != 0 && file.version != 0 && file.version != candidate.contentVersion;
+}
+
+/// Why nothing can be sent.
+core::FailureClass classOf(const index::PendingImageUpload &candidate, const SendableFile &file)
+{
+    if (hasChanged(candidate, file)) {
+        return core::FailureClass::fileChanged;
+    }
+    switch (file.fate) {
     case SendableFile::Fate::nameless:
         return core::FailureClass::withoutIdentity;
     case SendableFile::Fate::machineTrouble:
@@ -29,6 +41,14 @@ core::FailureClass classOf(SendableFile::Fate fate)
         break;
     }
     return core::FailureClass::fileUnreadable;
+}
+
+/// True where the file isn't the one that the rows stand for: its answer would count for another image.
+bool isOfAnotherImage(const index::PendingImageUpload &candidate, const SendableFile &file)
+{
+    const QString instance = file.identity.instance.trimmed();
+    const QStringList &known = candidate.originalSOPInstanceUIDs;
+    return !instance.isEmpty() && !known.isEmpty() && !known.contains(instance);
 }
 
 Details sourceDetails(Details details, const QString &source, bool isFallback)
@@ -53,7 +73,7 @@ CandidatePreparationResult CandidatePreparer::prepare(const CandidateContext &co
     }
     const SendableFile made = m_with.converter.convertToJPEGLossless(sourceURL.toLocalFile());
     if (made.fate == SendableFile::Fate::nameless) {
-        return reportUnsendable(context, made, asOriginal);
+        return reportUnsendable(context, classOf(context.candidate, made), asOriginal);
     }
     if (made.fate != SendableFile::Fate::ready || made.path.trimmed().isEmpty()) {
         const QString reason = made.error.isEmpty() ? QStringLiteral("empty_conversion_result")
@@ -92,7 +112,7 @@ CandidatePreparer::asItIs(const CandidateContext &context, const QUrl &sourceURL
     if (!exists(sourceURL)) {
         return reportMissing(context, details);
     }
-    return reportUnsendable(context, made, details);
+    return reportUnsendable(context, classOf(context.candidate, made), details);
 }
 
 CandidatePreparationResult CandidatePreparer::ready(const CandidateContext &context,
@@ -101,19 +121,27 @@ CandidatePreparationResult CandidatePreparer::ready(const CandidateContext &cont
 {
     const QUrl sourceURL = standardized(context.candidate.fileURL);
     const QUrl uploadURL = standardized(QUrl::fromLocalFile(file.path));
-    return PreparedCandidate{context,
-                             uploadURL,
-                             uploadURL == sourceURL ? std::nullopt : std::optional(uploadURL),
-                             details,
-                             file.identity,
-                             file.version};
+    const PreparedCandidate prepared{context,
+                                     uploadURL,
+                                     uploadURL == sourceURL ? std::nullopt : std::optional(uploadURL),
+                                     details,
+                                     file.identity,
+                                     file.version};
+    if (isOfAnotherImage(context.candidate, file)) {
+        cleanUp(prepared);
+        return reportUnsendable(context, core::FailureClass::fileOfAnotherImage, details);
+    }
+    if (hasChanged(context.candidate, file)) {
+        cleanUp(prepared);
+        return reportUnsendable(context, core::FailureClass::fileChanged, details);
+    }
+    return prepared;
 }
 
 UnsendableFile CandidatePreparer::reportUnsendable(const CandidateContext &context,
-                                                   const SendableFile &file,
+                                                   core::FailureClass failureClass,
                                                    const Details &details) const
 {
-    const core::FailureClass failureClass = classOf(file.fate);
     log::StoreLogRecord record = {.level = log::GatewayLogLevel::error,
                                   .category = log::GatewayLogCategory::send,
                                   .action = log::GatewayLogAction::uploadAttemptFailed,
@@ -156,7 +184,12 @@ QUrl standardized(const QUrl &url)
 
 bool exists(const QUrl &url)
 {
-    return QFileInfo::exists(url.toLocalFile());
+    try {
+        platform::fileIdentityOrThrow(url.toLocalFile());
+    } catch (const platform::FileError &error) {
+        return error.code() != ENOENT && error.code() != ENOTDIR;
+    }
+    return true;
 }
 
 } // namespace gateway::upload

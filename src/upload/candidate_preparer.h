@@ -39,7 +39,7 @@ private:
                                                   const platform::SendableFile &file,
                                                   const Details &details) const;
     StoreUpload::UnsendableFile reportUnsendable(const StoreUpload::CandidateContext &context,
-                                                 const platform::SendableFile &file,
+                                                 core::FailureClass failureClass,
                                                  const Details &details) const;
 
     const UploadCollaborators &m_with;
@@ -49,7 +49,8 @@ private:
 /// The URL of a local file with "." and ".." removed from its path as text.
 QUrl standardized(const QUrl &url);
 
-/// True when there is something at a local file's URL.
+/// False when there is nothing at a local file's URL. Trouble in asking isn't that: who opens the file meets
+/// it again, and can tell what it is.
 bool exists(const QUrl &url);
 
 } // namespace gateway::upload

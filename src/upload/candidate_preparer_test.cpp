@@ -2,6 +2,9 @@
 
 #include "upload/testing/fake_surroundings.h"
 
+#include <QtCore/QFile>
+#include <QtCore/QTemporaryDir>
+
 #include <gtest/gtest.h>
 
 namespace gateway::upload {
@@ -173,6 +176,52 @@ TEST_F(CandidatePreparerTest, TellsOfAnObjectThatNoAnswerCouldName)
     EXPECT_EQ(around.log.events().at(0).action, log::GatewayLogAction::uploadAttemptFailed);
 }
 
+TEST_F(CandidatePreparerTest, LeavesAFileThatHoldsAnotherImageThanItsRowsSay)
+{
+    StoreUpload::CandidateContext other = context;
+    other.candidate.originalSOPInstanceUIDs = {QStringLiteral("1.2.3.4")};
+
+    const CandidatePreparationResult result = preparer.prepare(other, details);
+
+    ASSERT_TRUE(std::holds_alternative<StoreUpload::UnsendableFile>(result));
+    EXPECT_EQ(std::get<StoreUpload::UnsendableFile>(result).failureClass,
+              core::FailureClass::fileOfAnotherImage);
+    EXPECT_EQ(around.log.events().at(0).details->value(QStringLiteral("unsendable_reason")),
+              QStringLiteral("fileOfAnotherImage"));
+}
+
+TEST_F(CandidatePreparerTest, LeavesAFileThatIsNotWhatWasReceivedAnyMore)
+{
+    StoreUpload::CandidateContext changed = context;
+    changed.candidate.contentVersion = 7;
+    using Fate = platform::SendableFile::Fate;
+    for (const Fate fate : {Fate::ready, Fate::nameless, Fate::failed}) {
+        const platform::SendableFile made{.fate = fate, .path = path, .version = 8};
+        convertTo(made);
+        around.converter.behaveUnconverted([made](const QString &) { return made; });
+
+        const CandidatePreparationResult result = preparer.prepare(changed, details);
+
+        ASSERT_TRUE(std::holds_alternative<StoreUpload::UnsendableFile>(result));
+        EXPECT_EQ(std::get<StoreUpload::UnsendableFile>(result).failureClass,
+                  core::FailureClass::fileChanged);
+    }
+    EXPECT_TRUE(QFile::exists(path));
+}
+
+TEST_F(CandidatePreparerTest, SendsAFileThatIsWhatWasReceivedOrOfWhichNobodyKnows)
+{
+    for (const std::int64_t known : {7, 0}) {
+        StoreUpload::CandidateContext same = context;
+        same.candidate.contentVersion = known;
+        convertTo({.fate = platform::SendableFile::Fate::ready, .path = path, .version = 7});
+
+        const CandidatePreparationResult result = preparer.prepare(same, details);
+
+        EXPECT_TRUE(std::holds_alternative<PreparedCandidate>(result)) << known;
+    }
+}
+
 TEST_F(CandidatePreparerTest, TellsOfAFileThatCannotBeMadeReady)
 {
     convertTo(testing::FakeConverter::failed(QStringLiteral("no worker")));
@@ -233,6 +282,18 @@ TEST_F(CandidatePreparerTest, TellsOfAFileThatGoesAwayDuringItsConversion)
     wanted.insert(QStringLiteral("compression_fallback_reason"), QStringLiteral("conversion_error"));
     EXPECT_EQ(std::get<MissingFile>(result).details, wanted);
     EXPECT_EQ(around.log.events().at(0).details, wanted);
+}
+
+TEST(ExistsAtURL, IsFalseWhereNothingStandsAndTrueWhereNobodyCanTell)
+{
+    const QTemporaryDir folder;
+    const QString none = folder.filePath(QStringLiteral("none"));
+    const QString circle = folder.filePath(QStringLiteral("circle"));
+    ASSERT_TRUE(QFile::link(circle, circle));
+
+    EXPECT_FALSE(exists(QUrl::fromLocalFile(none)));
+    EXPECT_FALSE(exists(QUrl::fromLocalFile(none + QStringLiteral("/below"))));
+    EXPECT_TRUE(exists(QUrl::fromLocalFile(circle)));
 }
 
 } // namespace gateway::upload

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "cloud_client/qrn_quorin_cloud_terms_api.h"
-#include "log/store_log_emitter.h"
+#include "log/writing/store_log_emitter.h"
 #include "platform/concurrency/main_executor.h"
 #include "platform/notifications/notification_center.h"
 #include "upload/quorin_cloud_terms_prompt_gate.h"

@@ -2,8 +2,8 @@
 
 #include "cloud_client/quorin_error.h"
 #include "core/notification_names.h"
-#include "log/redaction.h"
-#include "log/testing/recording_log.h"
+#include "log/writing/redaction.h"
+#include "log/writing/testing/recording_log.h"
 #include "platform/concurrency/testing/manual_clock.h"
 
 #include <QtCore/QStringList>

@@ -16,7 +16,11 @@ struct FailureFigure
     bool operator==(const FailureFigure &) const = default;
 };
 
-/// The counts of the index as figures, at most the 20 most frequent: what is shown has to stay short.
+/// The counts of the index as figures, at most the 20 most frequent: what is shown has to stay short. What
+/// the cloud has taken and doesn't show yet hasn't failed, and is none of them.
 QList<FailureFigure> failureFigures(const QList<index::UploadFailureCount> &counts);
+
+/// So many stored files the cloud has taken and doesn't show yet.
+qint64 awaitedFiles(const QList<index::UploadFailureCount> &counts);
 
 } // namespace gateway::upload

@@ -16,5 +16,13 @@ TEST(FailureFigures, AreTheMostFrequentWhereThereAreVeryMany)
     EXPECT_EQ(failureFigures(counts).first().files, 500);
 }
 
+TEST(FailureFigures, LeaveOutWhatTheCloudHasTaken)
+{
+    const QList<index::UploadFailureCount> counts{{u"notThereYet"_qs, 0, 3}, {u"refused"_qs, 400, 1}};
+
+    EXPECT_EQ(failureFigures(counts), (QList<FailureFigure>{{{core::FailureClass::refused, 400}, 1}}));
+    EXPECT_EQ(awaitedFiles(counts), 3);
+}
+
 } // namespace
 } // namespace gateway::upload

@@ -102,6 +102,10 @@ FailureClass classOf(NoAnswer reason)
     case NoAnswer::proxyRefused:
     case NoAnswer::unusableAnswer:
         return FailureClass::unexpectedAnswer;
+    case NoAnswer::signInUnavailable:
+        return FailureClass::signInUnavailable;
+    case NoAnswer::sessionOver:
+        return FailureClass::notSignedIn;
     case NoAnswer::unusableFile:
         return FailureClass::fileUnreadable;
     case NoAnswer::answerNotKept:
@@ -123,6 +127,8 @@ FailureClass classOfReason(int reason)
     case 0x0121: // missing attribute value
         return FailureClass::contentDoesNotFit;
     case 0x0110: // processing failure
+    case 0xB00F: // 45071, by which an archive says that it is still being stored, or that such a try is
+                 // cleared up
         return FailureClass::serviceFault;
     case 0x0118: // no such SOP class
     case 0x0122: // SOP class not supported
@@ -183,6 +189,9 @@ Failure failureIn(const QrnStowResponse &refusal, const PreparedCandidate &prepa
     if (couldNotBeRead(refusal, prepared.uploadURL.toLocalFile())) {
         return {FailureClass::fileUnreadable, 0};
     }
+    if (refusal.taken.contains(prepared.identity.instance)) {
+        return {FailureClass::notThereYet, 0};
+    }
     if (refusal.cause) {
         try {
             std::rethrow_exception(refusal.cause);
@@ -195,6 +204,9 @@ Failure failureIn(const QrnStowResponse &refusal, const PreparedCandidate &prepa
 
 FailureReach reachOfStatus(int status)
 {
+    if (status >= 300 && status < 400) {
+        return FailureReach::queue; // whoever points elsewhere does so for all
+    }
     switch (status) {
     case 401:
     case 403:
@@ -240,6 +252,8 @@ FailureReach reachOf(NoAnswer reason)
     case NoAnswer::notReachable:
     case NoAnswer::proxyRefused:
     case NoAnswer::notSecure:
+    case NoAnswer::signInUnavailable:
+    case NoAnswer::sessionOver:
         return FailureReach::queue;
     case NoAnswer::timedOut:
     case NoAnswer::connectionLost:

@@ -124,6 +124,15 @@ TEST(FailureReason, TellsApartWhyNoAnswerCame)
     }
 }
 
+TEST(FailureReason, OfAServerThatPointsElsewhereConcernsTheWholeQueue)
+{
+    for (const int status : {301, 302, 303, 307, 308}) {
+        EXPECT_EQ(failedEnd(AFError(QString(), status), candidate()).reach, StoreUpload::FailureReach::queue)
+            << status;
+    }
+    EXPECT_EQ(failedEnd(AFError(QString(), 400), candidate()).reach, StoreUpload::FailureReach::file);
+}
+
 TEST(FailureReason, ReadsTheFailureReasonsOfTheStandard)
 {
     const std::vector<std::pair<int, FailureClass>> table = {
@@ -161,9 +170,20 @@ TEST(FailureReason, OfAFileWithoutOneIsWhatEndedTheRestOfTheUpload)
     EXPECT_EQ(failureOf(refusal), (Failure{FailureClass::connectionLost, 56}));
 }
 
+TEST(FailureReason, OfAnInstanceThatIsStillBeingStoredPasses)
+{
+    constexpr int kBeingStored = 45071;
+
+    EXPECT_EQ(failureOf(refusalFor(kBeingStored)).failureClass, FailureClass::serviceFault);
+}
+
 TEST(FailureReason, OfAnInstanceThatTheAnswerDidNotNameIsThatItWasNotConfirmed)
 {
     EXPECT_EQ(failureOf(QrnStowResponse({{kUid, kPath}}, 0)), (Failure{FailureClass::notConfirmed, 0}));
+    EXPECT_EQ(failureOf(QrnStowResponse({{kUid, kPath}}, 0, {}, nullptr, {}, {kUid})),
+              (Failure{FailureClass::notThereYet, 0}));
+    EXPECT_EQ(failureOf(QrnStowResponse({{kUid, kPath}}, 0, {}, nullptr, {}, {QStringLiteral("9")})),
+              (Failure{FailureClass::notConfirmed, 0}));
 }
 
 TEST(FailureReason, OfAFileThatCouldNotBeReadIsNotTheServersReasonForOthers)

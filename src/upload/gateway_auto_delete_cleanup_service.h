@@ -1,7 +1,7 @@
 #pragma once
 
 #include "index/deletion_results.h"
-#include "log/store_log_emitter.h"
+#include "log/writing/store_log_emitter.h"
 #include "platform/concurrency/main_executor.h"
 #include "platform/concurrency/mutex.h"
 #include "platform/concurrency/serial_queue.h"

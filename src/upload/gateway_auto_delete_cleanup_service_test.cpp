@@ -3,7 +3,7 @@
 #include "core/retention_policy.h"
 #include "core/settings.h"
 #include "index/testing/temporary_index.h"
-#include "log/testing/recording_log.h"
+#include "log/writing/testing/recording_log.h"
 #include "platform/concurrency/testing/manual_clock.h"
 #include "upload/retention_cutoff.h"
 
@@ -355,7 +355,7 @@ TEST_F(RetentionOfAnIndex, KeepsEverythingWithoutAPolicy)
     EXPECT_EQ(cleanUp(), std::nullopt);
 
     EXPECT_EQ(events(), 0);
-    EXPECT_EQ(m_home.index().totalCounts().images, 1);
+    EXPECT_EQ(m_home.index().counts().total.images, 1);
 }
 
 TEST_F(RetentionOfAnIndex, TakesAStoredAmountOutOfBoundsForNoPolicy)
@@ -369,7 +369,7 @@ TEST_F(RetentionOfAnIndex, TakesAStoredAmountOutOfBoundsForNoPolicy)
     }
 
     EXPECT_EQ(events(), 0);
-    EXPECT_EQ(m_home.index().totalCounts().images, 1);
+    EXPECT_EQ(m_home.index().counts().total.images, 1);
 }
 
 TEST_F(RetentionOfAnIndex, WithAnOverrideOneYearAheadLetsGoOfEverythingUploaded)
@@ -379,7 +379,7 @@ TEST_F(RetentionOfAnIndex, WithAnOverrideOneYearAheadLetsGoOfEverythingUploaded)
     importOne(QStringLiteral("9.2"));
 
     EXPECT_EQ(cleanUp(m_home.clock.now().addYears(1)), (LocalPruneResult{1, 1, 0, 0, 1, 0}));
-    EXPECT_EQ(m_home.index().totalCounts().images, 1);
+    EXPECT_EQ(m_home.index().counts().total.images, 1);
 }
 
 TEST_F(RetentionOfAnIndex, WarnsOfImagesThatItCouldNotLetGo)

@@ -21,14 +21,17 @@ namespace {
 const AttemptEnd kDoubtNotNoted{.failure = {FailureClass::indexTrouble, 0},
                                 .reach = StoreUpload::FailureReach::queue};
 
-/// Whether what the cloud had before a request may have come from here, in this very version.
-bool mayBeFromHere(index::SentBefore before)
+/// Whether what the cloud holds may have come from here before, in this very version. A request that broke
+/// off may have arrived or not: "there already" says that such a one did, and a look at who else may have
+/// sent one since doesn't.
+bool mayBeFromHere(index::SentBefore before, CloudsWord word)
 {
     switch (before) {
     case index::SentBefore::thisVersion:
     case index::SentBefore::thisVersionOnItsWay:
-    case index::SentBefore::thisVersionBrokeOff:
         return true;
+    case index::SentBefore::thisVersionBrokeOff:
+        return word == CloudsWord::wasThere;
     case index::SentBefore::nothing:
     case index::SentBefore::thisVersionInVain:
     case index::SentBefore::anotherVersion:
@@ -127,14 +130,16 @@ std::optional<AttemptEnd> InstanceVerifier::endWithoutRequest(const PreparedCand
 
 std::optional<AttemptEnd> InstanceVerifier::lookFirst(const PreparedCandidate &prepared) const
 {
-    switch (m_with.index.sentBefore(StoreUpload::sentInstance(prepared))) {
+    const index::SentBefore before = m_with.index.sentBefore(StoreUpload::sentInstance(prepared));
+    switch (before) {
     case index::SentBefore::nothing:
+    case index::SentBefore::anotherVersion:
+        return std::nullopt;
     case index::SentBefore::thisVersion:
     case index::SentBefore::thisVersionOnItsWay:
     case index::SentBefore::thisVersionBrokeOff:
     case index::SentBefore::thisVersionInVain:
-    case index::SentBefore::anotherVersion:
-        return std::nullopt;
+        return lookForTaken(prepared, before);
     case index::SentBefore::laterVersion:
         return failed(FailureClass::laterVersionSent);
     case index::SentBefore::unrecorded:
@@ -145,19 +150,50 @@ std::optional<AttemptEnd> InstanceVerifier::lookFirst(const PreparedCandidate &p
     return std::nullopt;
 }
 
+/// What the cloud has taken without showing it is looked for at each try, and sent again at some of them: it
+/// may have lost it. What is found then may be anybody's that came in between.
+std::optional<AttemptEnd> InstanceVerifier::lookForTaken(PreparedCandidate prepared,
+                                                         index::SentBefore before) const
+{
+    constexpr std::int64_t kTriesForASend = 3;
+    const index::PendingImageUpload &candidate = prepared.context.candidate;
+    if (core::failureClassOf(candidate.lastFailure) != FailureClass::notThereYet) {
+        return std::nullopt;
+    }
+    try {
+        if (m_with.cloud.isFound(prepared.context.session, prepared.identity)) {
+            prepared.sentBefore = before;
+            return confirm(prepared, CloudsWord::isShown);
+        }
+    } catch (const std::exception &error) {
+        Unasked query = unasked(error, prepared);
+        if (query.end.reach == StoreUpload::FailureReach::file) {
+            query.end.failure.failureClass =
+                FailureClass::notThereYet; // and looked for before it is sent again
+        }
+        return query.isNotOffered ? std::nullopt : std::optional(query.end);
+    }
+    return candidate.tries % kTriesForASend == 0 ? std::nullopt
+                                                 : std::optional(failed(FailureClass::notThereYet));
+}
+
 /// The index doesn't know the instance, but doesn't know all that was sent either.
 std::optional<AttemptEnd> InstanceVerifier::lookForUnrecorded(const PreparedCandidate &prepared) const
 {
     try {
-        if (!isHeld(prepared.identity)) {
+        if (!mayBeHeld(prepared.context.session, prepared.identity)) {
             return std::nullopt;
         }
     } catch (const std::exception &error) {
         const Unasked query = unasked(error, prepared);
-        if (query.isNotOffered && m_with.index.noteQueryRefused()) {
+        if (!query.isNotOffered) {
+            m_with.index.noteQueryFailed(prepared.context.session.cloud);
+            return query.end;
+        }
+        if (m_with.index.noteQueryRefused(prepared.context.session.cloud)) {
             return std::nullopt; // its word is all there is
         }
-        return query.isNotOffered ? failed(FailureClass::notLookedUp, query.end.failure.code) : query.end;
+        return failed(FailureClass::notLookedUp, query.end.failure.code);
     }
     return noteDoubt(prepared) ? lookForUnknown(prepared) : kDoubtNotNoted;
 }
@@ -178,47 +214,53 @@ std::optional<AttemptEnd> InstanceVerifier::lookForUnknown(const PreparedCandida
     const bool wasCalledStored =
         core::failureClassOf(prepared.context.candidate.lastFailure) == FailureClass::notComparable;
     try {
-        return wasCalledStored && m_with.cloud.isFound(prepared.identity) ? std::optional(look.end)
-                                                                          : std::nullopt;
+        return wasCalledStored && m_with.cloud.isFound(prepared.context.session, prepared.identity)
+                   ? std::optional(look.end)
+                   : std::nullopt;
     } catch (const std::exception &error) {
         const Unasked query = unasked(error, prepared);
         return query.isNotOffered ? std::nullopt : std::optional(query.end);
     }
 }
 
-bool InstanceVerifier::isHeld(const platform::InstanceIdentity &identity) const
+bool InstanceVerifier::mayBeHeld(const cloud_client::CloudSession &session,
+                                 const platform::InstanceIdentity &identity) const
 {
     if (!identity.study.isEmpty() && !identity.series.isEmpty()) {
-        const QString cloud = m_with.session.cloud();
-        if (m_with.newSeries.contains(cloud, identity)) {
+        if (m_with.newSeries.contains(session.cloud, identity)) {
             return false;
         }
-        const bool isSeriesFound = m_with.cloud.isSeriesFound(identity);
-        m_with.index.noteQueryAnswered();
+        const bool isSeriesFound = m_with.cloud.isSeriesFound(session, identity);
+        m_with.index.noteQueryAnswered(session.cloud);
         if (!isSeriesFound) {
-            m_with.newSeries.add(cloud, identity);
+            m_with.newSeries.add(session.cloud, identity);
             return false;
         }
     }
-    const bool isFound = m_with.cloud.isFound(identity);
-    m_with.index.noteQueryAnswered();
-    return isFound;
+    const bool mayHold = m_with.cloud.mayHold(session, identity);
+    m_with.index.noteQueryAnswered(session.cloud);
+    return mayHold;
 }
 
 /// Notes that nobody knows which version the cloud holds. False when that can't be written.
 bool InstanceVerifier::noteDoubt(const PreparedCandidate &prepared) const
 {
     constexpr std::int64_t kNobodyKnowsWhich = 0;
-    return m_with.index.noteSending({{prepared.identity.instance, kNobodyKnowsWhich}}).has_value();
+    return m_with.index
+        .noteSending({{.instance = prepared.identity.instance,
+                       .version = kNobodyKnowsWhich,
+                       .cloud = prepared.context.session.cloud}})
+        .has_value();
 }
 
-AttemptEnd InstanceVerifier::confirm(const PreparedCandidate &prepared, bool wasThere) const
+AttemptEnd InstanceVerifier::confirm(const PreparedCandidate &prepared, CloudsWord word) const
 {
-    if (wasThere && !mayBeFromHere(prepared.sentBefore) && !noteDoubt(prepared)) {
+    const bool isNew = word == CloudsWord::isStored;
+    if (!isNew && !mayBeFromHere(prepared.sentBefore, word) && !noteDoubt(prepared)) {
         return kDoubtNotNoted;
     }
     const bool isInDoubt = m_with.index.mayOtherVersionBeSent(StoreUpload::sentInstance(prepared));
-    if (!wasThere && !isInDoubt) {
+    if (isNew && !isInDoubt) {
         return StoreUpload::kUploaded;
     }
     AttemptEnd end = compareWithCloud(prepared).end;
@@ -239,8 +281,9 @@ AttemptEnd InstanceVerifier::endByRecord(const PreparedCandidate &prepared) cons
         return failed(FailureClass::notConfirmed); // the result of that one tells, the next time
     }
     try {
-        return m_with.cloud.isFound(prepared.identity) ? StoreUpload::kUploaded
-                                                       : failed(FailureClass::notConfirmed);
+        return m_with.cloud.isFound(prepared.context.session, prepared.identity)
+                   ? StoreUpload::kUploaded
+                   : failed(FailureClass::notConfirmed);
     } catch (const std::exception &error) {
         const Unasked query = unasked(error, prepared);
         return query.isNotOffered ? StoreUpload::kUploaded : query.end;
@@ -261,7 +304,7 @@ InstanceVerifier::Look InstanceVerifier::compareWithCloud(const PreparedCandidat
     }
     const auto cleanUp = qScopeGuard([&fetched] { QFile::remove(fetched); });
     try {
-        m_with.cloud.retrieve(identity, fetched, mostBytes(prepared));
+        m_with.cloud.retrieve(prepared.context.session, identity, fetched, mostBytes(prepared));
     } catch (const std::exception &error) {
         const Unasked fetch = unasked(error, prepared);
         return {fetch.isNotOffered ? failed(FailureClass::notComparable, fetch.end.failure.code) : fetch.end};

@@ -7,11 +7,20 @@
 
 namespace gateway::upload {
 
+/// What the cloud says of an instance that is there.
+enum class CloudsWord
+{
+    isStored, ///< it was stored now, or a query finds it right behind its upload
+    wasThere, ///< the cloud had the instance already, in whatever version
+    isShown,  ///< a query finds some version of it, and nobody said that it is the one that was sent
+};
+
 /// Decides whether the cloud's word is enough for an instance that it calls stored.
 ///
 /// It is, unless the cloud may hold another version of the instance: because this gateway may have sent one,
 /// and some archives keep the first and answer a second like one that is stored; or because the cloud says
-/// that it had the instance already. Then only the instance itself proves it, fetched and compared.
+/// that it had the instance already, or merely shows it. Then only the instance itself proves it, fetched and
+/// compared.
 ///
 /// Owner: UploadAttempt. Thread: any, several at a time; blocks while the cloud is asked.
 class InstanceVerifier
@@ -26,10 +35,8 @@ public:
     std::optional<StoreUpload::AttemptEnd>
     endWithoutRequest(const StoreUpload::PreparedCandidate &prepared) const;
 
-    /// The end of an attempt that the cloud calls a success. Never throws.
-    ///
-    /// \param wasThere  whether the cloud says that it had the instance already.
-    StoreUpload::AttemptEnd confirm(const StoreUpload::PreparedCandidate &prepared, bool wasThere) const;
+    /// The end of an attempt after which the instance is there. Never throws.
+    StoreUpload::AttemptEnd confirm(const StoreUpload::PreparedCandidate &prepared, CloudsWord word) const;
 
 private:
     /// A look at what the cloud holds.
@@ -44,7 +51,10 @@ private:
     lookForUnrecorded(const StoreUpload::PreparedCandidate &prepared) const;
     std::optional<StoreUpload::AttemptEnd>
     lookForUnknown(const StoreUpload::PreparedCandidate &prepared) const;
-    bool isHeld(const platform::InstanceIdentity &identity) const;
+    std::optional<StoreUpload::AttemptEnd> lookForTaken(StoreUpload::PreparedCandidate prepared,
+                                                        index::SentBefore before) const;
+    bool mayBeHeld(const cloud_client::CloudSession &session,
+                   const platform::InstanceIdentity &identity) const;
     bool noteDoubt(const StoreUpload::PreparedCandidate &prepared) const;
     StoreUpload::AttemptEnd endByRecord(const StoreUpload::PreparedCandidate &prepared) const;
     Look compareWithCloud(const StoreUpload::PreparedCandidate &prepared) const;

@@ -29,7 +29,10 @@ struct InstanceVerifierTest : ::testing::Test
         return made;
     }
 
-    void upload() { around.cloud.upload(cloud_client::StowFile{storedFile(), prepared.identity}, {}, {}); }
+    void upload()
+    {
+        around.cloud.upload({}, cloud_client::StowFile{storedFile(), prepared.identity}, {}, {});
+    }
 
     QUrl storedFile() { return QUrl::fromLocalFile(around.store(kUid)); }
 };
@@ -47,10 +50,12 @@ TEST_F(InstanceVerifierTest, HoldsUpNobodyElseWhereOnlyALookIsRefused)
     around.index.rememberOtherVersion(kUid);
     for (const int status : {401, 407, 429, 502, 503, 507, 511}) {
         around.cloud.giveNothingBack(status);
-        EXPECT_EQ(verifier.confirm(prepared, false).reach, StoreUpload::FailureReach::file) << status;
+        EXPECT_EQ(verifier.confirm(prepared, CloudsWord::isStored).reach, StoreUpload::FailureReach::file)
+            << status;
     }
     around.cloud.giveNothingBack(401);
-    EXPECT_EQ(verifier.confirm(prepared, false).failure.failureClass, FailureClass::notConfirmed)
+    EXPECT_EQ(verifier.confirm(prepared, CloudsWord::isStored).failure.failureClass,
+              FailureClass::notConfirmed)
         << "the session takes uploads";
 
     around.index.doubt(kUid, index::SentBefore::unknown);
@@ -67,8 +72,59 @@ TEST_F(InstanceVerifierTest, TakesTheCloudsWordForTheOnlyVersionThatWasSent)
 {
     upload();
 
-    EXPECT_EQ(verifier.confirm(prepared, false), StoreUpload::kUploaded);
+    EXPECT_EQ(verifier.confirm(prepared, CloudsWord::isStored), StoreUpload::kUploaded);
     EXPECT_TRUE(around.cloud.retrieved().isEmpty());
+}
+
+TEST_F(InstanceVerifierTest, LooksForWhatTheCloudHasTakenBeforeItIsSentAgain)
+{
+    around.index.doubt(kUid, index::SentBefore::thisVersionInVain);
+    index::PendingImageUpload &candidate = prepared.context.candidate;
+    EXPECT_EQ(verifier.endWithoutRequest(prepared), std::nullopt) << "another failure";
+    candidate.lastFailure = QStringLiteral("notThereYet");
+    for (candidate.tries = 1; candidate.tries < 3; ++candidate.tries) {
+        EXPECT_EQ(verifier.endWithoutRequest(prepared), failedFor(FailureClass::notThereYet));
+    }
+    EXPECT_EQ(verifier.endWithoutRequest(prepared), std::nullopt) << "it may have been lost";
+}
+
+TEST_F(InstanceVerifierTest, ComparesWhatTheCloudShowsLaterForAnyoneMayHaveSentItMeanwhile)
+{
+    upload();
+    prepared.context.candidate.lastFailure = QStringLiteral("notThereYet");
+    prepared.context.candidate.tries = 1;
+    around.index.doubt(kUid, index::SentBefore::thisVersionInVain);
+    EXPECT_EQ(verifier.endWithoutRequest(prepared),
+              (AttemptEnd{.result = AttemptResult::success, .isVerified = true}));
+    EXPECT_EQ(around.index.sent(), (QList<index::SentInstance>{{kUid, 0}})) << "a doubt, before the look";
+
+    around.converter.compareAs(platform::Likeness::different);
+    EXPECT_EQ(verifier.endWithoutRequest(prepared), failedFor(FailureClass::anotherVersionInCloud));
+
+    around.cloud.giveNothingBack(501);
+    EXPECT_EQ(verifier.endWithoutRequest(prepared), failedFor(FailureClass::notComparable, 501));
+}
+
+TEST_F(InstanceVerifierTest, TakesWhatIsShownLaterForItsOwnWhereItWasCalledStoredOnce)
+{
+    upload();
+    around.cloud.giveNothingBack(501);
+    prepared.context.candidate.lastFailure = QStringLiteral("notThereYet");
+    around.index.doubt(kUid, index::SentBefore::thisVersion);
+
+    EXPECT_EQ(verifier.endWithoutRequest(prepared), StoreUpload::kUploaded);
+}
+
+TEST_F(InstanceVerifierTest, BelievesNoRequestThatBrokeOffWhereTheInstanceIsMerelyShown)
+{
+    upload();
+    prepared.sentBefore = index::SentBefore::thisVersionBrokeOff;
+    EXPECT_EQ(verifier.confirm(prepared, CloudsWord::isShown),
+              (AttemptEnd{.result = AttemptResult::success, .isVerified = true}));
+
+    around.cloud.giveNothingBack(501);
+    EXPECT_EQ(verifier.confirm(prepared, CloudsWord::isShown), failedFor(FailureClass::notComparable, 501));
+    EXPECT_FALSE(around.index.sent().isEmpty()) << "a doubt for later";
 }
 
 TEST_F(InstanceVerifierTest, FetchesASecondVersionAndComparesIt)
@@ -76,7 +132,7 @@ TEST_F(InstanceVerifierTest, FetchesASecondVersionAndComparesIt)
     upload();
     around.index.rememberOtherVersion(kUid);
 
-    EXPECT_EQ(verifier.confirm(prepared, false),
+    EXPECT_EQ(verifier.confirm(prepared, CloudsWord::isStored),
               (AttemptEnd{.result = AttemptResult::success, .isVerified = true}));
     EXPECT_EQ(around.cloud.retrieved(), QStringList{kUid});
     EXPECT_EQ(around.leftovers(), 0);
@@ -88,7 +144,8 @@ TEST_F(InstanceVerifierTest, SaysThatTheCloudHoldsAnotherVersion)
     around.index.rememberOtherVersion(kUid);
     around.converter.compareAs(platform::Likeness::different);
 
-    EXPECT_EQ(verifier.confirm(prepared, false), failedFor(FailureClass::anotherVersionInCloud));
+    EXPECT_EQ(verifier.confirm(prepared, CloudsWord::isStored),
+              failedFor(FailureClass::anotherVersionInCloud));
     EXPECT_EQ(around.leftovers(), 0);
 }
 
@@ -96,14 +153,14 @@ TEST_F(InstanceVerifierTest, TakesNothingForProvenThatCannotBeFetchedOrCompared)
 {
     around.index.rememberOtherVersion(kUid);
 
-    EXPECT_EQ(verifier.confirm(prepared, false), failedFor(FailureClass::notComparable, 404));
+    EXPECT_EQ(verifier.confirm(prepared, CloudsWord::isStored), failedFor(FailureClass::notComparable, 404));
 
     upload();
     around.converter.compareAs(platform::Likeness::unknown);
-    EXPECT_EQ(verifier.confirm(prepared, false), failedFor(FailureClass::notConfirmed));
+    EXPECT_EQ(verifier.confirm(prepared, CloudsWord::isStored), failedFor(FailureClass::notConfirmed));
 
     prepared.identity.study.clear();
-    EXPECT_EQ(verifier.confirm(prepared, false), failedFor(FailureClass::notComparable));
+    EXPECT_EQ(verifier.confirm(prepared, CloudsWord::isStored), failedFor(FailureClass::notComparable));
 }
 
 TEST_F(InstanceVerifierTest, TakesAnArchiveThatForbidsFetchingForOneThatGivesNothingBack)
@@ -111,7 +168,7 @@ TEST_F(InstanceVerifierTest, TakesAnArchiveThatForbidsFetchingForOneThatGivesNot
     around.index.rememberOtherVersion(kUid);
     around.cloud.giveNothingBack(403);
 
-    EXPECT_EQ(verifier.confirm(prepared, false), failedFor(FailureClass::notComparable, 403));
+    EXPECT_EQ(verifier.confirm(prepared, CloudsWord::isStored), failedFor(FailureClass::notComparable, 403));
 }
 
 TEST_F(InstanceVerifierTest, TakesOnlyAnAnswerForAnArchiveThatGivesNothingBack)
@@ -119,20 +176,23 @@ TEST_F(InstanceVerifierTest, TakesOnlyAnAnswerForAnArchiveThatGivesNothingBack)
     around.index.rememberOtherVersion(kUid);
     for (const int status : {404, 405, 406, 410, 415, 501}) {
         around.cloud.giveNothingBack(status);
-        EXPECT_EQ(verifier.confirm(prepared, false), failedFor(FailureClass::notComparable, status))
+        EXPECT_EQ(verifier.confirm(prepared, CloudsWord::isStored),
+                  failedFor(FailureClass::notComparable, status))
             << status;
     }
     around.cloud.giveNothingBack(400);
-    EXPECT_EQ(verifier.confirm(prepared, false), failedFor(FailureClass::notConfirmed, 400));
+    EXPECT_EQ(verifier.confirm(prepared, CloudsWord::isStored), failedFor(FailureClass::notConfirmed, 400));
     around.cloud.giveNothingBack(500);
-    EXPECT_EQ(verifier.confirm(prepared, false), failedFor(FailureClass::serviceFault, 500));
+    EXPECT_EQ(verifier.confirm(prepared, CloudsWord::isStored), failedFor(FailureClass::serviceFault, 500));
 
     around.cloud.answerOddly(cloud_client::NoAnswer::unusableAnswer);
-    EXPECT_EQ(verifier.confirm(prepared, false).failure.failureClass, FailureClass::notConfirmed);
+    EXPECT_EQ(verifier.confirm(prepared, CloudsWord::isStored).failure.failureClass,
+              FailureClass::notConfirmed);
     around.cloud.answerOddly(cloud_client::NoAnswer::timedOut);
-    EXPECT_EQ(verifier.confirm(prepared, false).failure.failureClass, FailureClass::timedOut);
+    EXPECT_EQ(verifier.confirm(prepared, CloudsWord::isStored).failure.failureClass, FailureClass::timedOut);
     around.cloud.answerOddly(cloud_client::NoAnswer::answerNotKept);
-    EXPECT_EQ(verifier.confirm(prepared, false).failure.failureClass, FailureClass::machineTrouble);
+    EXPECT_EQ(verifier.confirm(prepared, CloudsWord::isStored).failure.failureClass,
+              FailureClass::machineTrouble);
 }
 
 TEST_F(InstanceVerifierTest, TakesNoOddAnswerForAnArchiveThatTakesNoQueries)
@@ -150,15 +210,16 @@ TEST_F(InstanceVerifierTest, FetchesWhatTheCloudHadThoughItWasNotSentFromHere)
 {
     upload();
 
-    EXPECT_EQ(verifier.confirm(prepared, true),
+    EXPECT_EQ(verifier.confirm(prepared, CloudsWord::wasThere),
               (AttemptEnd{.result = AttemptResult::success, .isVerified = true}));
 
     around.converter.compareAs(platform::Likeness::different);
-    EXPECT_EQ(verifier.confirm(prepared, true), failedFor(FailureClass::anotherVersionInCloud));
+    EXPECT_EQ(verifier.confirm(prepared, CloudsWord::wasThere),
+              failedFor(FailureClass::anotherVersionInCloud));
     EXPECT_EQ(around.index.sent(), (QList<index::SentInstance>{{kUid, 0}, {kUid, 0}})) << "a doubt for later";
 
     around.cloud.giveNothingBack(404);
-    EXPECT_EQ(verifier.confirm(prepared, true), failedFor(FailureClass::notComparable, 404));
+    EXPECT_EQ(verifier.confirm(prepared, CloudsWord::wasThere), failedFor(FailureClass::notComparable, 404));
     EXPECT_EQ(around.leftovers(), 0);
 }
 
@@ -167,17 +228,18 @@ TEST_F(InstanceVerifierTest, TakesTheWordOfACloudThatMayHaveItFromHereWhereItGiv
     upload();
     prepared.sentBefore = index::SentBefore::thisVersion;
 
-    EXPECT_EQ(verifier.confirm(prepared, true),
+    EXPECT_EQ(verifier.confirm(prepared, CloudsWord::wasThere),
               (AttemptEnd{.result = AttemptResult::success, .isVerified = true}));
     around.converter.compareAs(platform::Likeness::different);
-    EXPECT_EQ(verifier.confirm(prepared, true), failedFor(FailureClass::anotherVersionInCloud));
+    EXPECT_EQ(verifier.confirm(prepared, CloudsWord::wasThere),
+              failedFor(FailureClass::anotherVersionInCloud));
 
     around.cloud.giveNothingBack(404);
-    EXPECT_EQ(verifier.confirm(prepared, true), StoreUpload::kUploaded);
+    EXPECT_EQ(verifier.confirm(prepared, CloudsWord::wasThere), StoreUpload::kUploaded);
     around.cloud.takeNoQueries();
-    EXPECT_EQ(verifier.confirm(prepared, true), StoreUpload::kUploaded);
+    EXPECT_EQ(verifier.confirm(prepared, CloudsWord::wasThere), StoreUpload::kUploaded);
     prepared.sentBefore = index::SentBefore::thisVersionBrokeOff;
-    EXPECT_EQ(verifier.confirm(prepared, true), StoreUpload::kUploaded);
+    EXPECT_EQ(verifier.confirm(prepared, CloudsWord::wasThere), StoreUpload::kUploaded);
     EXPECT_TRUE(around.index.sent().isEmpty());
 }
 
@@ -187,7 +249,7 @@ TEST_F(InstanceVerifierTest, TakesNoWordForWhatIsKnownToHaveFailedAndNotesADoubt
     around.cloud.giveNothingBack(404);
     prepared.sentBefore = index::SentBefore::thisVersionInVain;
 
-    EXPECT_EQ(verifier.confirm(prepared, true), failedFor(FailureClass::notComparable, 404));
+    EXPECT_EQ(verifier.confirm(prepared, CloudsWord::wasThere), failedFor(FailureClass::notComparable, 404));
     EXPECT_EQ(around.index.sent(), (QList<index::SentInstance>{{kUid, 0}}));
 }
 
@@ -197,7 +259,7 @@ TEST_F(InstanceVerifierTest, WaitsForTheResultOfTheSameVersionThatIsOnItsWay)
     around.cloud.giveNothingBack(404);
     prepared.sentBefore = index::SentBefore::thisVersionOnItsWay;
 
-    EXPECT_EQ(verifier.confirm(prepared, true), failedFor(FailureClass::notConfirmed));
+    EXPECT_EQ(verifier.confirm(prepared, CloudsWord::wasThere), failedFor(FailureClass::notConfirmed));
     EXPECT_TRUE(around.index.sent().isEmpty()) << "no doubt yet";
 }
 
@@ -206,7 +268,7 @@ TEST_F(InstanceVerifierTest, TakesNoWordAgainstAQueryThatDoesNotFindIt)
     prepared.sentBefore = index::SentBefore::thisVersion;
     around.cloud.giveNothingBack(404);
 
-    EXPECT_EQ(verifier.confirm(prepared, true), failedFor(FailureClass::notConfirmed));
+    EXPECT_EQ(verifier.confirm(prepared, CloudsWord::wasThere), failedFor(FailureClass::notConfirmed));
 }
 
 TEST_F(InstanceVerifierTest, TakesNothingForProvenWhereItsDoubtCannotBeNoted)
@@ -215,7 +277,7 @@ TEST_F(InstanceVerifierTest, TakesNothingForProvenWhereItsDoubtCannotBeNoted)
     around.index.failWrites();
 
     EXPECT_EQ(
-        verifier.confirm(prepared, true),
+        verifier.confirm(prepared, CloudsWord::wasThere),
         (AttemptEnd{.failure = {FailureClass::indexTrouble, 0}, .reach = StoreUpload::FailureReach::queue}));
 }
 
@@ -287,7 +349,18 @@ TEST_F(InstanceVerifierTest, NotesADoubtWhereTheCloudHoldsWhatTheIndexDoesNotKno
     EXPECT_EQ(verifier.endWithoutRequest(prepared), std::nullopt);
 
     EXPECT_EQ(around.index.sent(), (QList<index::SentInstance>{{kUid, 0}}));
-    EXPECT_EQ(verifier.confirm(prepared, false), failedFor(FailureClass::anotherVersionInCloud));
+    EXPECT_EQ(verifier.confirm(prepared, CloudsWord::isStored),
+              failedFor(FailureClass::anotherVersionInCloud));
+}
+
+TEST_F(InstanceVerifierTest, NotesADoubtWhereTheCloudNamesAnotherInstanceThanItWasAskedFor)
+{
+    around.index.doubt(kUid, index::SentBefore::unrecorded);
+    around.cloud.passOverQuestions();
+
+    EXPECT_EQ(verifier.endWithoutRequest(prepared), std::nullopt);
+
+    EXPECT_EQ(around.index.sent(), (QList<index::SentInstance>{{kUid, 0}}));
 }
 
 TEST_F(InstanceVerifierTest, TakesTheWordOfACloudThatTakesNoQueriesForWhatTheIndexDoesNotKnow)
@@ -300,7 +373,19 @@ TEST_F(InstanceVerifierTest, TakesTheWordOfACloudThatTakesNoQueriesForWhatTheInd
 
     around.index.believeRefusals();
     EXPECT_EQ(verifier.endWithoutRequest(prepared), std::nullopt);
-    EXPECT_EQ(verifier.confirm(prepared, false), StoreUpload::kUploaded);
+    EXPECT_EQ(verifier.confirm(prepared, CloudsWord::isStored), StoreUpload::kUploaded);
+}
+
+TEST_F(InstanceVerifierTest, NotesThatAQueryEndedInSomeOtherWay)
+{
+    upload();
+    around.index.doubt(kUid, index::SentBefore::unrecorded);
+    around.index.believeRefusals();
+    around.cloud.answerWith(503);
+
+    EXPECT_NE(verifier.endWithoutRequest(prepared), std::nullopt);
+
+    EXPECT_FALSE(around.index.noteQueryRefused(QStringLiteral("a cloud")));
 }
 
 TEST_F(InstanceVerifierTest, NotesThatTheCloudAnswersQueries)
@@ -309,7 +394,7 @@ TEST_F(InstanceVerifierTest, NotesThatTheCloudAnswersQueries)
     around.index.believeRefusals();
     EXPECT_EQ(verifier.endWithoutRequest(prepared), std::nullopt);
 
-    EXPECT_FALSE(around.index.noteQueryRefused());
+    EXPECT_FALSE(around.index.noteQueryRefused(QStringLiteral("a cloud")));
 }
 
 TEST_F(InstanceVerifierTest, SendsNothingWhereItsDoubtCannotBeNoted)

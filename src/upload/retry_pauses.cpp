@@ -51,7 +51,11 @@ bool isForGood(FailureClass failureClass)
     case FailureClass::connectionLost:
     case FailureClass::fileMissing:
     case FailureClass::fileUnreadable:
+    case FailureClass::fileOfAnotherImage:
+    case FailureClass::fileChanged:
     case FailureClass::indexTrouble:
+    case FailureClass::notThereYet:
+    case FailureClass::signInUnavailable:
     case FailureClass::machineTrouble:
     case FailureClass::unknown:
         break;
@@ -60,10 +64,12 @@ bool isForGood(FailureClass failureClass)
 }
 
 /// True where an answer that seems to concern the whole queue may come of what one file holds, or of its
-/// size: a firewall's 403, a quota that a smaller file still fits. The file lets another one try.
+/// size: a firewall's 403 or its way to a page that says no, a quota that a smaller file still fits. The file
+/// lets another one try.
 bool mayBeOfOneFile(FailureClass failureClass)
 {
-    return failureClass == FailureClass::notPermitted || failureClass == FailureClass::storageUsedUp;
+    return failureClass == FailureClass::notPermitted || failureClass == FailureClass::storageUsedUp ||
+           failureClass == FailureClass::unexpectedAnswer;
 }
 
 } // namespace

@@ -64,6 +64,7 @@ TEST(RetryPauses, LetAnotherFileTryWhereTheAnswerMayBeOfThisOne)
 {
     EXPECT_EQ(pauses(FailureClass::notPermitted, FailureReach::queue).front(), 10s);
     EXPECT_EQ(pauses(FailureClass::storageUsedUp, FailureReach::queue).front(), 10s);
+    EXPECT_EQ(pauses(FailureClass::unexpectedAnswer, FailureReach::queue).front(), 10s);
     EXPECT_EQ(pauses(FailureClass::notPermitted).front(), 1min) << "refused for this file alone";
 }
 

@@ -42,9 +42,19 @@ void RunHalt::requestEnded(const QList<CandidateOutcome> &files)
 
 void RunHalt::indexFailed()
 {
+    halt(core::FailureClass::indexTrouble);
+}
+
+void RunHalt::sessionOver()
+{
+    halt(core::FailureClass::notSignedIn);
+}
+
+void RunHalt::halt(core::FailureClass cause)
+{
     const platform::MutexLock lock(m_mutex);
     if (!m_trouble) {
-        m_trouble = QueueTrouble{{core::FailureClass::indexTrouble, 0}, std::nullopt};
+        m_trouble = QueueTrouble{{cause, 0}, std::nullopt};
     }
 }
 

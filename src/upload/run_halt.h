@@ -10,7 +10,8 @@
 namespace gateway::upload {
 
 /// Whether a run may begin anything more. It may not once a request met what would meet every file, when
-/// three requests in a row, each with other files, got no answer, or when the index failed.
+/// three requests in a row, each with other files, got no answer, when the index failed, or when the
+/// session is over in which a page began.
 ///
 /// Owner: UploadRun. Thread: any.
 class RunHalt
@@ -22,6 +23,9 @@ public:
     /// Learns that the index could not be read or written.
     void indexFailed();
 
+    /// Learns that the session in which a page began is over.
+    void sessionOver();
+
     bool isHalted() const { return trouble().has_value(); }
 
     /// What halted the run.
@@ -31,6 +35,8 @@ public:
     bool wasAnswered() const;
 
 private:
+    void halt(core::FailureClass cause);
+
     mutable platform::Mutex m_mutex;
     std::optional<StoreUpload::QueueTrouble> m_trouble QUORIN_GUARDED_BY(m_mutex);
     int m_unansweredInARow QUORIN_GUARDED_BY(m_mutex) = 0;

@@ -87,4 +87,13 @@ TEST(RunHalt, KeepsWhatCameFirst)
     EXPECT_EQ(halt.trouble()->failure.failureClass, FailureClass::notReachable);
 }
 
+TEST(RunHalt, ComesWhenTheSessionIsOver)
+{
+    RunHalt halt;
+
+    halt.sessionOver();
+
+    EXPECT_EQ(halt.trouble(), (QueueTrouble{{FailureClass::notSignedIn, 0}, std::nullopt}));
+}
+
 } // namespace gateway::upload

@@ -45,4 +45,9 @@ void SpeedSampler::tellWhole(qint64 bytes) const
     tell(m_with, bytes, m_with.clock.monotonic() - m_start);
 }
 
+void SpeedSampler::tellRefused() const
+{
+    m_with.main.post([&state = m_with.state] { state.resetUploadSpeed(); });
+}
+
 } // namespace gateway::upload

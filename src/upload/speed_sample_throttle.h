@@ -45,6 +45,9 @@ public:
     /// The sample of a whole transfer; nothing is told for less than a byte.
     void tellWhole(qint64 bytes) const;
 
+    /// Takes the speed back: what is refused wasn't sent, however fast it went.
+    void tellRefused() const;
+
 private:
     const UploadCollaborators &m_with;
     const std::chrono::nanoseconds m_start;

@@ -73,7 +73,9 @@ index::SentInstance sentInstance(const PreparedCandidate &prepared)
     return {prepared.identity.instance,
             prepared.version,
             prepared.context.candidate.acknowledged,
-            prepared.identity.study + u' ' + prepared.identity.series};
+            prepared.identity.study + u' ' + prepared.identity.series,
+            prepared.context.session.cloud,
+            prepared.context.candidate.isDamaged};
 }
 
 Details summaryDetails(const RunSummary &summary)

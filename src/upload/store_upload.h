@@ -1,5 +1,6 @@
 #pragma once
 
+#include "cloud_client/cloud_session.h"
 #include "core/failure_class.h"
 #include "core/settings.h"
 #include "index/pending_image_upload.h"
@@ -115,7 +116,8 @@ struct QueueTrouble
 struct CandidateContext
 {
     index::PendingImageUpload candidate;
-    int attempt = 1; ///< counting from 1
+    int attempt = 1;                         ///< counting from 1
+    cloud_client::CloudSession session = {}; ///< that all goes in which is sent, asked or noted for it
 };
 
 /// The execution details with the number of rows behind the candidate.

@@ -1,6 +1,6 @@
 #include "upload/store_upload_coordinator.h"
 
-#include "log/redaction.h"
+#include "log/writing/redaction.h"
 
 #include <algorithm>
 #include <utility>
@@ -27,7 +27,7 @@ Details requestDetails(const StoreUpload::ExecutionConfig &config, const QString
 } // namespace
 
 StoreUploadCoordinator::StoreUploadCoordinator(Collaborators with)
-    : m_with(std::move(with)), m_gate(m_with.clock, m_with.chance),
+    : m_with(std::move(with)), m_gate(m_with.clock, m_with.random),
       m_uploadCoordinationQueue(QStringLiteral("com.ovelt.pavan.gateway.cloudUpload.queue"))
 {
 }

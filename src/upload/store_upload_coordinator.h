@@ -1,7 +1,7 @@
 #pragma once
 
 #include "index/retry_index.h"
-#include "log/store_log_emitter.h"
+#include "log/writing/store_log_emitter.h"
 #include "platform/concurrency/clock.h"
 #include "platform/concurrency/serial_queue.h"
 #include "platform/concurrency/task.h"
@@ -52,7 +52,7 @@ public:
             const QString &runId, const StoreUpload::ExecutionConfig &config, const std::stop_token &stop)>
             performRun;
 
-        UploadGate::Chance chance;
+        UploadGate::Random random;
     };
 
     explicit StoreUploadCoordinator(Collaborators with);

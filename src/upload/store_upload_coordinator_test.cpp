@@ -1,6 +1,6 @@
 #include "upload/store_upload_coordinator.h"
 
-#include "log/testing/recording_log.h"
+#include "log/writing/testing/recording_log.h"
 #include "platform/concurrency/testing/manual_clock.h"
 #include "upload/testing/fake_surroundings.h"
 #include "upload/upload_run.h"

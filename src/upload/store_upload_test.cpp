@@ -124,6 +124,20 @@ TEST(CandidateDetails, AddTheNumberOfLinkedImages)
     EXPECT_EQ(details.value(QStringLiteral("k")), QStringLiteral("v"));
 }
 
+TEST(SentInstance, SaysWhatIsKnownOfTheFile)
+{
+    PreparedCandidate prepared;
+    prepared.identity = {QStringLiteral("1"), QStringLiteral("1.2"), QStringLiteral("1.3")};
+    prepared.version = 7;
+    prepared.context.candidate.acknowledged = 200;
+    prepared.context.candidate.isDamaged = true;
+    prepared.context.session.cloud = QStringLiteral("a cloud");
+
+    EXPECT_EQ(sentInstance(prepared),
+              (index::SentInstance{
+                  QStringLiteral("1.3"), 7, 200, QStringLiteral("1 1.2"), QStringLiteral("a cloud"), true}));
+}
+
 TEST(SummaryDetails, HoldEveryFigureBesideTheExecutionDetails)
 {
     const RunSummary summary = {

@@ -1,7 +1,7 @@
 #include "upload/upload_attempt.h"
 
 #include "cloud_client/quorin_error.h"
-#include "log/redaction.h"
+#include "log/writing/redaction.h"
 #include "upload/failure_reason.h"
 #include "upload/speed_sample_throttle.h"
 
@@ -80,6 +80,18 @@ QList<AttemptEnd> allFailed(const std::exception &error, const QList<PreparedCan
     return ends;
 }
 
+/// True where the instance was refused and is there all the same.
+bool isFoundAfter(const std::exception &error, const QString &instance)
+{
+    const auto *refusal = dynamic_cast<const cloud_client::QrnStowResponse *>(&error);
+    return refusal && refusal->found.contains(instance);
+}
+
+CloudsWord wordOf(bool wasThere)
+{
+    return wasThere ? CloudsWord::wasThere : CloudsWord::isStored;
+}
+
 qint64 totalSize(const QList<PreparedCandidate> &prepared)
 {
     qint64 total = 0;
@@ -129,16 +141,20 @@ AttemptEnd UploadAttempt::sendFile(const PreparedCandidate &prepared) const
                                         .details = prepared.details};
     const SpeedSampler speed(m_with);
     m_with.emitter.emit(started(record));
-    QSet<QString> alreadyStored;
+    CloudsWord word = CloudsWord::isShown;
     try {
-        alreadyStored = cloud_client::alreadyStoredIn(
-            m_with.cloud.upload(stowFile(prepared), m_run.deviceId, speed.callback()));
+        const QVariantMap proven = m_with.cloud.upload(
+            prepared.context.session, stowFile(prepared), m_run.deviceId, speed.callback());
+        word = wordOf(cloud_client::alreadyStoredIn(proven).contains(prepared.identity.instance));
+        speed.tellWhole(size.value_or(0));
     } catch (const std::exception &error) {
-        tellFailure(record, error);
-        return failedEnd(error, prepared);
+        speed.tellRefused();
+        if (!isFoundAfter(error, prepared.identity.instance)) {
+            tellFailure(record, error);
+            return failedEnd(error, prepared);
+        } // else a look decides, and tells
     }
-    speed.tellWhole(size.value_or(0));
-    const AttemptEnd end = confirm(prepared, alreadyStored, record);
+    const AttemptEnd end = confirm(prepared, word, record);
     if (end.result == AttemptResult::success) {
         m_with.observer.requestSucceeded(size.value_or(0));
         m_with.emitter.emit(succeeded(record));
@@ -148,10 +164,10 @@ AttemptEnd UploadAttempt::sendFile(const PreparedCandidate &prepared) const
 
 /// What the cloud's word is worth; where it isn't enough, the log tells why.
 AttemptEnd UploadAttempt::confirm(const PreparedCandidate &prepared,
-                                  const QSet<QString> &alreadyStored,
+                                  CloudsWord word,
                                   const log::StoreLogRecord &record) const
 {
-    const AttemptEnd end = m_verifier.confirm(prepared, alreadyStored.contains(prepared.identity.instance));
+    const AttemptEnd end = m_verifier.confirm(prepared, word);
     if (end.result != AttemptResult::success) {
         log::StoreLogRecord unproven =
             as(record, log::GatewayLogAction::uploadAttemptFailed, log::GatewayLogOutcome::failed);
@@ -184,24 +200,31 @@ QList<CandidateOutcome> UploadAttempt::sendBatch(const QList<PreparedCandidate> 
     m_with.emitter.emit(started(record));
     QList<AttemptEnd> ends;
     QSet<QString> alreadyStored;
+    QSet<QString> found;
     try {
-        alreadyStored =
-            cloud_client::alreadyStoredIn(m_with.cloud.upload(files, m_run.deviceId, speed.callback()));
+        alreadyStored = cloud_client::alreadyStoredIn(
+            m_with.cloud.upload(prepared.first().context.session, files, m_run.deviceId, speed.callback()));
         m_with.observer.requestSucceeded(total);
         m_with.emitter.emit(succeeded(record));
         speed.tellWhole(total);
         ends.fill(StoreUpload::kUploaded, prepared.size());
     } catch (const cloud_client::QrnStowResponse &refusal) {
+        speed.tellRefused();
         tellFailure(record, refusal);
         ends = endsAfter(refusal, prepared);
         alreadyStored = refusal.alreadyStored;
+        found = refusal.found;
     } catch (const std::exception &error) {
+        speed.tellRefused();
         tellFailure(record, error);
         ends = allFailed(error, prepared);
     }
     for (qsizetype index = 0; index < ends.size(); ++index) {
-        if (ends[index].result == AttemptResult::success) {
-            ends[index] = confirm(prepared[index], alreadyStored, record);
+        const QString &instance = prepared[index].identity.instance;
+        if (found.contains(instance)) {
+            ends[index] = confirm(prepared[index], CloudsWord::isShown, record);
+        } else if (ends[index].result == AttemptResult::success) {
+            ends[index] = confirm(prepared[index], wordOf(alreadyStored.contains(instance)), record);
         }
     }
     QList<CandidateOutcome> outcomes;

@@ -41,7 +41,7 @@ public:
 private:
     void tellFailure(log::StoreLogRecord record, const std::exception &error) const;
     StoreUpload::AttemptEnd confirm(const StoreUpload::PreparedCandidate &prepared,
-                                    const QSet<QString> &alreadyStored,
+                                    CloudsWord word,
                                     const log::StoreLogRecord &record) const;
 
     const UploadCollaborators &m_with;

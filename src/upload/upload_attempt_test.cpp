@@ -164,6 +164,24 @@ TEST_F(UploadAttemptTest, TellsNoSpeedOfAFailure)
     EXPECT_TRUE(around.state.samples.empty());
 }
 
+TEST_F(UploadAttemptTest, TakesTheSpeedOfARefusedFileBack)
+{
+    around.cloud.duringRequest([this](const auto &, const auto &progress) {
+        around.clock.advance(1ms);
+        progress({.completedUnitCount = 1'000'000});
+        throw std::runtime_error("refused");
+    });
+
+    attempt.sendFile(original(QStringLiteral("1.2.3"), 500));
+    around.main.drain();
+    ASSERT_EQ(around.state.samples.size(), 1U);
+    EXPECT_EQ(around.state.speedResets, 1);
+
+    attempt.sendBatch({original(QStringLiteral("1.2.4")), original(QStringLiteral("1.2.5"))}, {});
+    around.main.drain();
+    EXPECT_EQ(around.state.speedResets, 2);
+}
+
 TEST_F(UploadAttemptTest, SamplesTheSpeedOnceASecondAsCumulativeBytesOverCumulativeSeconds)
 {
     around.cloud.duringRequest([this](const auto &, const cloud_client::UploadProgressCallback &progress) {
@@ -253,6 +271,34 @@ TEST_F(UploadAttemptTest, LetsNoFilePassWhenARefusalNamesNobody)
         failWith([failures] { throw cloud_client::QrnStowResponse(failures, 0xA700); });
         EXPECT_EQ(sendBatch({original(QStringLiteral("1.1")), original(QStringLiteral("1.2"))}),
                   (std::vector{kFailed, kFailed}));
+    }
+}
+
+TEST_F(UploadAttemptTest, ComparesWhatIsThereThoughItWasRefused)
+{
+    PreparedCandidate there = original(QStringLiteral("1.1"));
+    there.identity.study = QStringLiteral("1");
+    there.identity.series = QStringLiteral("1.0");
+    around.cloud.upload({}, cloud_client::StowFile{there.uploadURL, there.identity}, {}, {});
+    failWith([] {
+        throw cloud_client::QrnStowResponse(
+            {{QStringLiteral("1.1")}}, 0, {}, nullptr, {}, {}, {QStringLiteral("1.1")});
+    });
+    const struct
+    {
+        platform::Likeness likeness;
+        AttemptResult result;
+    } looks[] = {{platform::Likeness::same, kSuccess},
+                 {platform::Likeness::different, kFailed},
+                 {platform::Likeness::unknown, kFailed}};
+
+    for (const auto &[likeness, result] : looks) {
+        around.converter.compareAs(likeness);
+        const std::size_t told = around.log.events(GatewayLogAction::uploadAttemptFailed).size();
+        EXPECT_EQ(attempt.sendFile(there).result, result);
+        EXPECT_EQ(around.log.events(GatewayLogAction::uploadAttemptFailed).size() - told,
+                  result == kFailed ? 1U : 0U);
+        EXPECT_EQ(sendBatch({there, original(QStringLiteral("1.2"))}), (std::vector{result, kSuccess}));
     }
 }
 

@@ -2,7 +2,7 @@
 
 #include "cloud_client/qrn_stow_api.h"
 #include "index/upload_index.h"
-#include "log/store_log_emitter.h"
+#include "log/writing/store_log_emitter.h"
 #include "platform/concurrency/clock.h"
 #include "platform/concurrency/main_executor.h"
 #include "platform/dicom/dicom_converting.h"

@@ -9,7 +9,7 @@ using StoreUpload::RunSummary;
 
 namespace {
 
-/// The share of a pause that chance may take off, or add to a time that the cloud asked for.
+/// The share of a pause that a random number takes off, or add to a time that the cloud asked for.
 constexpr double kSpread = 0.2;
 
 std::optional<QueueTrouble> troubleOf(const RunSummary &summary)
@@ -51,10 +51,10 @@ std::chrono::nanoseconds UploadGate::pauseAfter(const QueueTrouble &trouble)
     const std::chrono::nanoseconds grown = kFirstPause * (1 << std::min(m_runsInVain, kMostDoublings));
     ++m_runsInVain;
     const std::chrono::nanoseconds longest = kLongestPause;
-    const std::chrono::nanoseconds own = scaled(std::min(grown, longest), 1 - kSpread * m_chance());
+    const std::chrono::nanoseconds own = scaled(std::min(grown, longest), 1 - kSpread * m_random());
     // Never sooner than asked for, and a second of spread is enough for what is a matter of a second.
     const std::chrono::nanoseconds asked = trouble.retryAfter.value_or(std::chrono::seconds(0));
-    return asked > own ? asked + scaled(std::chrono::seconds(1), m_chance()) : own;
+    return asked > own ? asked + scaled(std::chrono::seconds(1), m_random()) : own;
 }
 
 void UploadGate::open()

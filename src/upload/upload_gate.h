@@ -15,15 +15,15 @@ namespace gateway::upload {
 /// Stands before every upload run: closed for a while after a run met what concerns the whole queue.
 ///
 /// It stays closed for as long as the cloud asked for, and for a pause that doubles with each run that sent
-/// nothing, from two seconds to five minutes. Chance takes up to a fifth off a pause, so that the gateways of
-/// a site don't come back together.
+/// nothing, from two seconds to five minutes. A random number takes up to a fifth off a pause, so that the
+/// gateways of a site don't come back together.
 ///
 /// Owner: StoreUploadCoordinator. Thread: any.
 class UploadGate
 {
 public:
     /// A number from 0 up to 1.
-    using Chance = std::function<double()>;
+    using Random = std::function<double()>;
 
     static constexpr std::chrono::seconds kFirstPause{2};
     static constexpr std::chrono::minutes kLongestPause{5};
@@ -39,7 +39,7 @@ public:
     };
 
     /// \param clock  outlives the gate.
-    UploadGate(const platform::Clock &clock, Chance chance) : m_clock(clock), m_chance(std::move(chance)) {}
+    UploadGate(const platform::Clock &clock, Random random) : m_clock(clock), m_random(std::move(random)) {}
 
     /// Learns how a run ended, and closes where it met trouble; a run without session counts as such.
     void runEnded(const StoreUpload::RunSummary &summary);
@@ -62,7 +62,7 @@ private:
     std::chrono::nanoseconds pauseAfter(const StoreUpload::QueueTrouble &trouble) QUORIN_REQUIRES(m_mutex);
 
     const platform::Clock &m_clock;
-    const Chance m_chance;
+    const Random m_random;
     mutable platform::Mutex m_mutex;
     Closure m_closure QUORIN_GUARDED_BY(m_mutex);
     std::chrono::nanoseconds m_opensAt QUORIN_GUARDED_BY(m_mutex){0}; // on the monotonic clock

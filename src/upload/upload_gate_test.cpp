@@ -17,8 +17,8 @@ using namespace std::chrono_literals;
 struct UploadGateTest : ::testing::Test
 {
     platform::testing::ManualClock clock;
-    double chance = 0;
-    UploadGate gate{clock, [this] { return chance; }};
+    double random = 0;
+    UploadGate gate{clock, [this] { return random; }};
 
     /// A run that met trouble. \return how long the gate stays closed.
     std::chrono::nanoseconds endInTrouble(std::optional<std::chrono::seconds> retryAfter = {},
@@ -72,7 +72,7 @@ TEST_F(UploadGateTest, PausesDoubleFromTwoSecondsToFiveMinutes)
 
 TEST_F(UploadGateTest, PausesOfADayInWhichNothingWorksAreFewerThanThreeHundredAndSixty)
 {
-    chance = 0.999; // the shortest pauses
+    random = 0.999; // the shortest pauses
     int runs = 0;
     for (const auto end = clock.monotonic() + 24h; clock.monotonic() < end; ++runs) {
         clock.advance(endInTrouble());
@@ -84,9 +84,9 @@ TEST_F(UploadGateTest, PausesOfADayInWhichNothingWorksAreFewerThanThreeHundredAn
 
 TEST_F(UploadGateTest, ChanceTakesAFifthOffAtMost)
 {
-    chance = 0.5;
+    random = 0.5;
     EXPECT_EQ(endInTrouble(), 1800ms);
-    chance = 1;
+    random = 1;
     EXPECT_EQ(endInTrouble(), 3200ms);
 }
 
@@ -104,7 +104,7 @@ TEST_F(UploadGateTest, StaysClosedForAsLongAsTheCloudAskedFor)
 {
     EXPECT_EQ(endInTrouble(300s), 300s);
     EXPECT_EQ(endInTrouble(1h), 1h);
-    chance = 1;
+    random = 1;
     EXPECT_EQ(endInTrouble(300s), 301s) << "later by chance, but never sooner";
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "cloud_client/cloud_session.h"
+
 #include <QtCore/QDateTime>
 #include <QtCore/QString>
 #include <QtCore/QUrl>
@@ -15,10 +17,8 @@ class UploadSession
 public:
     virtual ~UploadSession() = default;
 
-    virtual bool hasToken() = 0;
-
-    /// Names the cloud that uploads go to, and the account there.
-    virtual QString cloud() = 0;
+    /// The session that stands now.
+    virtual cloud_client::CloudSession present() = 0;
 };
 
 /// Finds out whether a failed upload was refused for unaccepted terms. Thread: any, several at a time.

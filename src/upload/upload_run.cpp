@@ -6,6 +6,7 @@
 #include <QtCore/QHash>
 
 #include <algorithm>
+#include <utility>
 
 namespace gateway::upload {
 
@@ -47,6 +48,20 @@ QStringList instancesOf(const QList<CandidateContext> &contexts)
     return instances;
 }
 
+index::UploadResult resultOf(const CandidateOutcome &outcome)
+{
+    const bool isSynced = outcome.end.result == AttemptResult::success;
+    index::UploadResultDetails more{.version = outcome.version, .isVerified = outcome.end.isVerified};
+    if (!isSynced) {
+        more.isAwaited = outcome.end.failure.failureClass == core::FailureClass::notThereYet;
+        more.failure = index::FailedUpload{QString(core::rawValue(outcome.end.failure.failureClass)),
+                                           outcome.end.failure.code,
+                                           pausesAfter(outcome.end)};
+    }
+    const index::PendingImageUpload &candidate = outcome.context.candidate;
+    return {candidate.imageObjectIDs, candidate.storagePath, isSynced, more, candidate.store};
+}
+
 /// The last look before files may count as sent, and so be let go of one day: each was taken in this round,
 /// stands for something, and is told once. Whatever else comes here must not go on.
 void assertMayBeRecorded(const QList<CandidateContext> &contexts, const QList<CandidateOutcome> &outcomes)
@@ -81,13 +96,12 @@ UploadRun::UploadRun(const UploadCollaborators &with,
 StoreUpload::RunSummary UploadRun::run(const std::stop_token &stop)
 {
     recover();
-    if (!m_with.session.hasToken()) {
-        m_summary.missingToken = true;
-        return m_summary;
-    }
     drain(stop);
     m_summary.wasCancelled = stop.stop_requested();
     m_summary.trouble = m_halt.trouble();
+    if (m_summary.trouble && m_summary.trouble->failure.failureClass == core::FailureClass::notSignedIn) {
+        m_summary.missingToken = true;
+    }
     return m_summary;
 }
 
@@ -122,9 +136,7 @@ void UploadRun::begin(UploadRound &round, platform::TaskGroup &window, const std
             return;
         }
         const Contexts chunk = m_handler.chunkAt(round.contexts(), from);
-        awaitVersionsBefore(chunk, round);
         from += chunk.size();
-        noteUnderWay(chunk, 1);
         m_handler.begin(chunk);
         round.chunkBegan(chunk.size());
         window.add([this, chunk, &round](const std::stop_token &cancelled) {
@@ -133,24 +145,7 @@ void UploadRun::begin(UploadRound &round, platform::TaskGroup &window, const std
     }
 }
 
-/// Waits until nothing is under way that is another version of what comes next.
-void UploadRun::awaitVersionsBefore(const Contexts &chunk, UploadRound &round)
-{
-    const bool isBehindOne = std::ranges::any_of(
-        instancesOf(chunk), [this](const QString &instance) { return m_underWay.contains(instance); });
-    if (!isBehindOne) {
-        return;
-    }
-    for (const auto &open : m_open) {
-        open->wait();
-    }
-    while (m_open.front().get() != &round) {
-        settle(*m_open.front());
-        m_open.pop_front();
-    }
-}
-
-/// \param by  1 for files that begin, -1 for those whose results are recorded.
+/// \param by  1 for files of a page that begins, -1 for those of one whose results are recorded.
 void UploadRun::noteUnderWay(const Contexts &contexts, int by)
 {
     for (const QString &instance : instancesOf(contexts)) {
@@ -216,7 +211,8 @@ bool UploadRun::mayBeginPage(const std::stop_token &stop)
     if (mustEnd(stop) || m_summary.missingToken) {
         return false;
     }
-    m_summary.missingToken = !m_with.session.hasToken();
+    m_session = m_with.session.present();
+    m_summary.missingToken = !m_session.isSignedIn();
     return !m_summary.missingToken;
 }
 
@@ -225,7 +221,7 @@ void UploadRun::settle(UploadRound &round)
 {
     const Outcomes outcomes = round.outcomes();
     m_summary.selectedCandidates += round.begun();
-    noteUnderWay(round.contexts().first(round.begun()), -1);
+    noteUnderWay(round.contexts(), -1);
     const std::int64_t resetImages = reconcile(round.contexts(), outcomes);
     assertMayBeRecorded(round.contexts(), outcomes);
     record(outcomes);
@@ -261,6 +257,9 @@ UploadRun::Contexts UploadRun::nextPage()
 {
     Contexts contexts;
     const int limit = isProbing() ? 1 : m_run.config.fetchLimit;
+    for (const CandidateContext &waiting : std::exchange(m_behind, {})) {
+        take({waiting.candidate, waiting.attempt, m_session}, contexts);
+    }
     while (contexts.isEmpty()) {
         const auto page = m_with.index.pendingImageUploads(limit, m_cursor);
         if (!page) {
@@ -275,11 +274,25 @@ UploadRun::Contexts UploadRun::nextPage()
             const std::size_t hash = qHash(candidate.storagePath);
             if (!m_seen.contains(hash)) {
                 m_seen.insert(hash);
-                contexts.append({candidate, 1});
+                take({candidate, 1, m_session}, contexts);
             }
         }
     }
     return contexts;
+}
+
+/// Adds a candidate to the page, unless another version of its image is under way or in that page.
+void UploadRun::take(const CandidateContext &candidate, Contexts &page)
+{
+    const QStringList instances = instancesOf({candidate});
+    const bool isBehind = std::ranges::any_of(
+        instances, [this](const QString &instance) { return m_underWay.contains(instance); });
+    if (isBehind) {
+        m_behind.append(candidate);
+        return;
+    }
+    page.append(candidate);
+    noteUnderWay({candidate}, 1);
 }
 
 /// Puts back what was marked in progress and got no result, because the run was told to stop.
@@ -319,27 +332,20 @@ std::int64_t UploadRun::reconcile(const Contexts &contexts, const Outcomes &outc
 
 void UploadRun::record(const Outcomes &outcomes)
 {
+    if (outcomes.isEmpty()) {
+        return;
+    }
+    QList<index::UploadResult> results;
     for (const CandidateOutcome &outcome : outcomes) {
-        tellRecorded(outcome, recordOutcome(outcome));
+        results.append(resultOf(outcome));
     }
-}
-
-/// \return the number of rows updated.
-std::int64_t UploadRun::recordOutcome(const CandidateOutcome &outcome)
-{
-    const bool isSynced = outcome.end.result == AttemptResult::success;
-    index::UploadResultDetails more{.version = outcome.version, .isVerified = outcome.end.isVerified};
-    if (!isSynced) {
-        more.failure = index::FailedUpload{QString(core::rawValue(outcome.end.failure.failureClass)),
-                                           outcome.end.failure.code,
-                                           pausesAfter(outcome.end)};
+    const QList<std::optional<std::int64_t>> updated = m_with.index.recordUploadResults(results);
+    for (qsizetype at = 0; at < outcomes.size(); ++at) {
+        if (!updated[at]) {
+            m_halt.indexFailed(); // its rows stay in progress until the next run's recovery
+        }
+        tellRecorded(outcomes[at], updated[at].value_or(0));
     }
-    const std::optional<std::int64_t> updated = m_with.index.recordUploadResult(
-        outcome.context.candidate.imageObjectIDs, outcome.context.candidate.storagePath, isSynced, more);
-    if (!updated) {
-        m_halt.indexFailed(); // its rows stay in progress until the next run's recovery
-    }
-    return updated.value_or(0);
 }
 
 void UploadRun::tellRecorded(const CandidateOutcome &outcome, std::int64_t updated)

@@ -29,7 +29,7 @@ namespace gateway::upload {
 /// While requests are on their way the next files are made ready, and the next page begins while files of
 /// those before are still on their way, so that neither the processor nor the network stands still. Versions
 /// of one instance alone follow each other, each with its result recorded before the next: of two that were
-/// on their way together an archive could keep the older one.
+/// on their way together an archive could keep the older one. One that has to wait holds up no other file.
 ///
 /// Owner: the upload task. Thread: that task's.
 class UploadRun
@@ -53,7 +53,6 @@ private:
 
     void recover();
     void drain(const std::stop_token &stop);
-    void awaitVersionsBefore(const Contexts &chunk, UploadRound &round);
     void begin(UploadRound &round, platform::TaskGroup &window, const std::stop_token &stop);
     void noteUnderWay(const Contexts &contexts, int by);
     void expectFrom(const Contexts &contexts, qsizetype from, AheadWindow &window);
@@ -63,10 +62,10 @@ private:
     bool isProbing() const;
     bool mayBeginPage(const std::stop_token &stop);
     Contexts nextPage();
+    void take(const StoreUpload::CandidateContext &candidate, Contexts &page);
     void settle(UploadRound &round);
     std::int64_t reconcile(const Contexts &contexts, const Outcomes &outcomes);
     void record(const Outcomes &outcomes);
-    std::int64_t recordOutcome(const StoreUpload::CandidateOutcome &outcome);
     void tellRecorded(const StoreUpload::CandidateOutcome &outcome, std::int64_t updated);
     void refreshState() const;
     Details with(std::initializer_list<std::pair<QString, std::int64_t>> figures) const;
@@ -76,11 +75,13 @@ private:
     const UploadCollaborators m_with; // its converter is `m_ahead`
     StoreUpload::RunSummary m_summary;
     index::PendingCursor m_cursor;
+    cloud_client::CloudSession m_session; // of the page that began last
     QSet<std::size_t> m_seen; // hashes of the storage paths taken: a backlog may hold a million of them
     RunHalt m_halt;
     CandidateHandler m_handler;
     std::deque<std::unique_ptr<UploadRound>> m_open; // oldest first
-    QHash<QString, int> m_underWay;                  // instances begun in the open pages: by how many files
+    QHash<QString, int> m_underWay;                  // instances in the open pages: by how many files
+    Contexts m_behind;                               // wait for another version of their image
     platform::WorkerPool m_pool;                     // sends
 };
 

@@ -17,6 +17,14 @@ using testing::config;
 using testing::RowState;
 using testing::UploadRunTest;
 
+namespace {
+
+struct UploadRunWithAnotherSessionTest : testing::UploadRunInEachModeTest
+{
+};
+
+} // namespace
+
 TEST_F(UploadRunTest, TakesTheOldestFirst)
 {
     storeMany(10);
@@ -281,5 +289,35 @@ TEST_F(UploadRunTest, SaysNothingThatNamesAFileOrAnInstance)
         EXPECT_FALSE(text.contains(around.folder.path())) << text.toStdString();
     }
 }
+
+TEST_P(UploadRunWithAnotherSessionTest, SendsNothingInAnotherSessionThanItLookedIn)
+{
+    const QString uid = QStringLiteral("1.1");
+    around.store(uid);
+    around.index.doubt(uid, index::SentBefore::unrecorded);
+    around.cloud.duringLook([this] { around.session.signInAt(QStringLiteral("another cloud")); });
+
+    const RunSummary first = run();
+
+    EXPECT_TRUE(around.cloud.requests().empty());
+    EXPECT_TRUE(around.index.sent().isEmpty()) << "nothing is on its way";
+    EXPECT_EQ(first.failedUploads, 0);
+    EXPECT_EQ(around.index.count(RowState::notSynced), 1);
+    ASSERT_TRUE(first.trouble) << "the next run comes by itself";
+
+    around.cloud.duringLook({});
+    run();
+
+    ASSERT_EQ(around.cloud.requests().size(), 1U);
+    EXPECT_EQ(around.cloud.requests().front().session, around.session.present());
+    ASSERT_EQ(around.index.sent().size(), 1);
+    EXPECT_EQ(around.index.sent().front().cloud, QStringLiteral("another cloud"));
+}
+
+INSTANTIATE_TEST_SUITE_P(AllModes,
+                         UploadRunWithAnotherSessionTest,
+                         ::testing::Values(ExecutionMode::single,
+                                           ExecutionMode::parallelFile,
+                                           ExecutionMode::parallelBatch));
 
 } // namespace gateway::upload

@@ -1,5 +1,6 @@
 #include "wizard/folder_check.h"
 
+#include "platform/concurrency/patient_question.h"
 #include "platform/files/file_error.h"
 #include "platform/files/files.h"
 #include "receive/folder_bookmark.h"
@@ -11,10 +12,14 @@
 #include <QtCore/QUuid>
 
 #include <cerrno>
+#include <chrono>
 
 namespace gateway::wizard {
 
 namespace {
+
+/// How long a folder may take to say what it is good for; a share that is slow answers within seconds.
+constexpr std::chrono::seconds kPatience{10};
 
 bool takesAFile(const QString &folder)
 {
@@ -36,10 +41,9 @@ bool canSync(const QString &folder, platform::FileSystem &files)
     }
 }
 
-/// Why the folder can't be kept and found again, or nothing.
-std::optional<QString> bookmarkIssue(const QString &folder)
+/// Why the folder can't be kept and found again by these bytes, or nothing.
+std::optional<QString> bookmarkIssue(const QString &folder, const std::optional<QByteArray> &bookmark)
 {
-    const std::optional<QByteArray> bookmark = receive::makeFolderBookmark(folder);
     if (bookmark && receive::resolveFolderBookmark(*bookmark)) {
         return std::nullopt;
     }
@@ -66,40 +70,63 @@ std::optional<QString> writeIssue(const QString &folder, platform::FileSystem &f
     return std::nullopt;
 }
 
+/// What is to be said of a folder that doesn't answer.
+FolderValidationResult silent(const QString &folder)
+{
+    return {folder,
+            QCoreApplication::translate("SetupWizard",
+                                        "The folder doesn't answer. The disk or network share that holds it "
+                                        "may be away; choose a different folder."),
+            QCoreApplication::translate(
+                "SetupWizard", "While the folder doesn't answer, nobody knows whether it takes files."),
+            std::nullopt};
+}
+
 } // namespace
 
 FolderValidationResult validateFolder(const QString &folder, platform::FileSystem &files)
 {
-    FolderValidationResult result{folder, bookmarkIssue(folder), std::nullopt};
+    FolderValidationResult result{folder, std::nullopt, std::nullopt, receive::makeFolderBookmark(folder)};
+    result.bookmarkIssue = bookmarkIssue(folder, result.bookmark);
     if (!result.bookmarkIssue) {
         result.writeIssue = writeIssue(folder, files);
     }
     return result;
 }
 
-std::optional<QString> folderIssue(const QString &folder)
+QCoro::Task<FolderValidationResult> askFolder(FolderAsking with, QString folder, std::stop_token stop)
 {
-    const FolderValidationResult result = validateFolder(folder);
-    return result.bookmarkIssue ? result.bookmarkIssue : result.writeIssue;
+    const platform::Patience patience{with.main, with.clock, kPatience};
+    auto look = [validate = with.validate, folder] { return validate(folder); };
+    const std::optional<FolderValidationResult> answer =
+        co_await platform::askPatiently(patience, "folder-check", std::move(look), std::move(stop));
+    co_return answer ? *answer : silent(folder);
 }
 
-FolderValidationResult FolderCheck::validate(const std::optional<QString> &folder, bool force)
+QCoro::Task<void> FolderCheck::ask(std::optional<QString> folder)
 {
+    const auto operation = m_with.scope.enter();
+    const int look = ++m_looks;
+    m_folder = folder;
+    m_found = {};
+    m_isChecking = folder.has_value();
     if (!folder) {
-        forget();
-        return {};
+        co_return;
     }
-    if (force || !m_cached || m_cached->path != folder) {
-        m_isChecking = true;
-        m_cached = m_validate(*folder);
-        m_isChecking = false;
+    const FolderValidationResult found = co_await askFolder(m_with.asking, *folder, m_with.scope.stopToken());
+    if (m_with.scope.stopToken().stop_requested() || look != m_looks) {
+        co_return;
     }
-    return *m_cached;
+    m_found = found;
+    m_isChecking = false;
+    m_with.answerArrived();
 }
 
-void FolderCheck::forget()
+void FolderCheck::follow(const std::optional<QString> &folder)
 {
-    m_cached.reset();
+    if (folder != m_folder) {
+        m_with.scope.start(ask(folder));
+    }
 }
 
 } // namespace gateway::wizard

@@ -1,6 +1,10 @@
 #include "wizard/folder_check.h"
 
+#include "platform/concurrency/testing/manual_clock.h"
+#include "platform/concurrency/testing/runs_main.h"
+#include "platform/concurrency/worker_pool.h"
 #include "platform/files/testing/faulty_file_system.h"
+#include "wizard/testing/fake_setup_machine.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QTemporaryDir>
@@ -8,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
 
 #include <sys/stat.h>
@@ -23,8 +28,7 @@ TEST(FolderCheck, TakesAFolderThatCanBeWrittenAndLeavesItAsItWas)
     const QTemporaryDir folder;
 
     EXPECT_EQ(validateFolder(folder.path()),
-              (FolderValidationResult{folder.path(), std::nullopt, std::nullopt}));
-    EXPECT_EQ(folderIssue(folder.path()), std::nullopt);
+              (FolderValidationResult{folder.path(), std::nullopt, std::nullopt, folder.path().toUtf8()}));
     EXPECT_TRUE(
         QDir(folder.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot).isEmpty());
 }
@@ -79,27 +83,79 @@ TEST(FolderCheck, RefusesAVolumeThatCannotSyncFolders)
     EXPECT_EQ(validateFolder(folder.path(), files).writeIssue, std::nullopt) << "which may pass";
 }
 
-TEST(FolderCheck, AsksTheDiskOnceForAFolderUnlessForced)
+/// A check of folders that can be made to say nothing. Thread: main.
+struct FolderCheckWorld : ::testing::Test, platform::testing::RunsMain
 {
-    int looks = 0;
-    FolderCheck check([&looks](const QString &folder) {
-        ++looks;
-        return FolderValidationResult{folder, std::nullopt, std::nullopt};
-    });
+    ~FolderCheckWorld() override
+    {
+        machine.release();
+        scope.close();
+    }
 
-    check.validate(u"/a"_qs, false);
-    check.validate(u"/a"_qs, false);
-    EXPECT_EQ(looks, 1);
-    check.validate(u"/a"_qs, true);
-    EXPECT_EQ(looks, 2);
-    check.validate(u"/b"_qs, false);
-    EXPECT_EQ(looks, 3);
-    check.forget();
-    check.validate(u"/b"_qs, false);
-    EXPECT_EQ(looks, 4);
-    EXPECT_EQ(check.validate(std::nullopt, true), FolderValidationResult());
-    check.validate(u"/b"_qs, false);
-    EXPECT_EQ(looks, 5) << "the default folder empties the memory";
+    void look(const std::optional<QString> &folder)
+    {
+        check.follow(folder);
+        runUntil([this] { return !check.isChecking(); });
+    }
+
+    platform::MainExecutor main;
+    platform::WorkerPool pool{u"test"_qs, 1};
+    platform::testing::ManualClock clock;
+    testing::FakeSetupMachine machine;
+    int answers = 0;
+    platform::TaskScope scope{main, pool};
+    FolderCheck check{{{main, clock, machine.machine().validateFolder}, scope, [this] { ++answers; }}};
+};
+
+TEST_F(FolderCheckWorld, AsksTheDiskOnceForAFolderUnlessItIsToldTo)
+{
+    look(u"/a"_qs);
+    look(u"/a"_qs);
+    EXPECT_EQ(machine.askedFolders(), QStringList{u"/a"_qs});
+
+    finish(check.ask(u"/a"_qs));
+    look(u"/b"_qs);
+    EXPECT_EQ(machine.askedFolders(), (QStringList{u"/a"_qs, u"/a"_qs, u"/b"_qs}));
+    EXPECT_EQ(answers, 3);
+
+    look(std::nullopt);
+    EXPECT_EQ(check.found(), FolderValidationResult());
+    look(u"/b"_qs);
+    EXPECT_EQ(machine.askedFolders().size(), 4) << "the default folder empties the memory";
+}
+
+TEST_F(FolderCheckWorld, CallsAFolderSilentThatSaysNothingForTenSeconds)
+{
+    machine.holdFolders();
+    check.follow(u"/dead"_qs);
+    clock.advance(std::chrono::milliseconds(9'999));
+    main.drain();
+    EXPECT_TRUE(check.isChecking());
+    EXPECT_EQ(check.found().issue(), std::nullopt);
+
+    clock.advance(std::chrono::milliseconds(1));
+    runUntil([this] { return !check.isChecking(); });
+
+    EXPECT_EQ(check.found().issue(),
+              u"The folder doesn't answer. The disk or network share that holds it may be away; choose a "
+              u"different folder."_qs);
+    EXPECT_EQ(check.found().bookmark, std::nullopt);
+    EXPECT_EQ(answers, 1);
+}
+
+TEST_F(FolderCheckWorld, KnowsWhatWasLookedAtLastWhateverAnswersFirst)
+{
+    machine.setFolder(u"/slow"_qs, {u"/slow"_qs, std::nullopt, u"Not writable."_qs, std::nullopt});
+    machine.holdFolders();
+    const auto first = check.ask(u"/slow"_qs);
+    check.follow(std::nullopt);
+    EXPECT_FALSE(check.isChecking());
+
+    machine.release();
+    finish(first);
+
+    EXPECT_EQ(check.found(), FolderValidationResult());
+    EXPECT_EQ(answers, 0);
 }
 
 } // namespace

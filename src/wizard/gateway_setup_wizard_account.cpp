@@ -6,6 +6,8 @@
 
 #include <QtCore/QCoreApplication>
 
+#include <utility>
+
 namespace gateway::wizard {
 
 bool GatewaySetupWizardViewModel::isSignedIn() const
@@ -65,8 +67,14 @@ QCoro::Task<void> GatewaySetupWizardViewModel::signIn()
     setAccountMessage(std::nullopt, false);
     auth.clearLastAuthError();
 
+    const int attempt = m_waitingSignIn = ++m_signIns;
+
     const bool isSignedIn = co_await auth.signIn(email, m_draft.accountPassword);
 
+    if (attempt != m_waitingSignIn) {
+        co_return; // it was given up
+    }
+    m_waitingSignIn = 0;
     if (isSignedIn) {
         m_draft.accountPassword.clear();
         setAccountMessage(auth.signInRemark(), false);
@@ -75,7 +83,15 @@ QCoro::Task<void> GatewaySetupWizardViewModel::signIn()
             auth.lastAuthError().value_or(QCoreApplication::translate("SetupWizard", "Sign in failed.")),
             true);
     }
-    refreshValidation(false, false);
+    refreshValidation(false);
+}
+
+void GatewaySetupWizardViewModel::cancelSignIn()
+{
+    if (std::exchange(m_waitingSignIn, 0) != 0) {
+        m_account->auth.cancelSignIn();
+        Q_EMIT changed();
+    }
 }
 
 QCoro::Task<void> GatewaySetupWizardViewModel::signOut()
@@ -94,7 +110,7 @@ QCoro::Task<void> GatewaySetupWizardViewModel::signOut()
     if (!auth.lastAuthError().value_or(QString()).isEmpty()) {
         setAccountMessage(auth.lastAuthError(), true);
     }
-    refreshValidation(false, false);
+    refreshValidation(false);
 }
 
 /// Whoever signed in may have terms to answer; whoever signed out has none.
@@ -105,7 +121,7 @@ void GatewaySetupWizardViewModel::authChanged()
     if (isOther && m_step == GatewaySetupStep::quorinAccount) {
         checkTerms();
     }
-    refreshValidation(false, false);
+    refreshValidation(false);
 }
 
 bool GatewaySetupWizardViewModel::isCheckingTerms() const

@@ -77,6 +77,25 @@ TEST_F(SetupAccountStep, CannotBeLeftInTheMiddleOfASignIn)
     EXPECT_TRUE(setup->canContinue());
 }
 
+TEST_F(SetupAccountStep, GivesASignInUpAndKeepsWhatWasEntered)
+{
+    service.hold(u"login"_qs);
+    setup->updateAccountEmail(u"ann@site.example"_qs);
+    setup->updateAccountPassword(u"right"_qs);
+    const auto signIn = setup->signIn();
+    EXPECT_TRUE(setup->waitsForSignIn());
+
+    setup->cancelSignIn();
+
+    EXPECT_FALSE(setup->waitsForSignIn());
+    EXPECT_TRUE(setup->canContinue());
+    service.release();
+    finish(signIn);
+    EXPECT_FALSE(auth.state().isSignedIn());
+    EXPECT_EQ(setup->accountMessage(), std::nullopt);
+    EXPECT_EQ(setup->draft().accountPassword, u"right"_qs);
+}
+
 TEST_F(SetupAccountStep, CanBeSkippedAndSaysWhereToSignInLater)
 {
     setup->skipSignIn();

@@ -106,6 +106,26 @@ TEST_F(SetupFinish, SaysWhenTheFolderCannotBeKeptAfterAll)
     EXPECT_TRUE(listener.calls.isEmpty());
 }
 
+TEST_F(SetupFinish, GivesUpOnAFolderThatDoesNotAnswer)
+{
+    machine.holdFolders();
+    setup->updateDestinationFolder(u"/dead"_qs);
+    const auto end = setup->finishSetup();
+    EXPECT_TRUE(setup->isApplying());
+
+    runUntil([&] {
+        clock.advance(std::chrono::seconds(10));
+        return end.isReady();
+    });
+
+    EXPECT_EQ(setup->validationMessage(),
+              u"The folder doesn't answer. The disk or network share that holds it may be away; choose a "
+              u"different folder."_qs);
+    EXPECT_FALSE(setup->isApplying());
+    EXPECT_TRUE(listener.calls.isEmpty());
+    EXPECT_FALSE(isSetUp());
+}
+
 TEST_F(SetupFinish, StaysWithTheListenersWordsAndKeepsWhatIsWritten)
 {
     setup->updateAETitle(u"NORTH"_qs);

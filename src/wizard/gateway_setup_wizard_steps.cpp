@@ -43,7 +43,7 @@ bool GatewaySetupWizardViewModel::canContinue() const
     case Step::listener:
         return !isCheckingPortAvailability() && !firstBlockingIssue(m_step);
     case Step::localFiles:
-        return !firstBlockingIssue(m_step);
+        return !isCheckingFolderAccess() && !firstBlockingIssue(m_step);
     case Step::quorinAccount:
         return !m_account || !m_account->auth.isChecking();
     case Step::summary:
@@ -54,7 +54,13 @@ bool GatewaySetupWizardViewModel::canContinue() const
 
 bool GatewaySetupWizardViewModel::canFinish() const
 {
-    return !m_isApplying && !isCheckingPortAvailability() && !isCheckingFolderAccess() &&
+    return !m_isApplying && mayFinish();
+}
+
+/// Whether nothing is in the way of applying the draft.
+bool GatewaySetupWizardViewModel::mayFinish() const
+{
+    return !isCheckingPortAvailability() && !isCheckingFolderAccess() &&
            !m_summaryPreflightResult.hasBlockingIssues();
 }
 
@@ -77,19 +83,33 @@ void GatewaySetupWizardViewModel::enterStep(Step step)
 
 void GatewaySetupWizardViewModel::goNext()
 {
+    if (!isCheckingFolderAccess()) {
+        m_scope.start(goOn());
+    }
+}
+
+QCoro::Task<void> GatewaySetupWizardViewModel::goOn()
+{
+    const auto operation = m_scope.enter();
+    const Step from = m_step;
     followSettings();
     m_validationMessage.reset();
-    refreshValidation(m_step == Step::listener, m_step == Step::localFiles || m_step == Step::summary);
+    co_await askMachine(from);
+    if (m_scope.stopToken().stop_requested() || m_step != from || isCheckingFolderAccess()) {
+        co_return; // somebody went elsewhere, or chose another folder
+    }
     if (!canContinue()) {
         showBlockingMessage(m_step);
-        return;
+        co_return;
     }
     if (m_step == Step::summary) {
-        return;
+        co_return;
     }
     enterStep(neighbour(m_step, 1));
-    const bool isSummary = m_step == Step::summary;
-    refreshValidation(isSummary, isSummary);
+    refreshValidation(false);
+    if (m_step == Step::summary) {
+        co_await askMachine(m_step);
+    }
 }
 
 void GatewaySetupWizardViewModel::goBack()
@@ -104,9 +124,14 @@ void GatewaySetupWizardViewModel::goBack()
 
 void GatewaySetupWizardViewModel::revalidateCurrentStep()
 {
-    refreshValidation(m_step == Step::listener || m_step == Step::summary,
-                      m_step == Step::localFiles || m_step == Step::summary);
-    if (firstBlockingIssue(m_step)) {
+    m_scope.start(revalidate());
+}
+
+QCoro::Task<void> GatewaySetupWizardViewModel::revalidate()
+{
+    const auto operation = m_scope.enter();
+    co_await askMachine(m_step);
+    if (!m_scope.stopToken().stop_requested() && firstBlockingIssue(m_step)) {
         showBlockingMessage(m_step);
     }
 }
@@ -121,19 +146,17 @@ QCoro::Task<bool> GatewaySetupWizardViewModel::finishSetup()
     setAccountMessage(std::nullopt, false);
     m_listenerStartupFailureMessage.reset();
     followSettings();
-    refreshValidation(true, true);
-    if (!canFinish()) {
-        showBlockingMessage(Step::summary);
-        co_return false;
-    }
-    const SetupTurn::Hold turn = m_parts.turn.take();
-    if (turn == nullptr) {
-        m_validationMessage = QCoreApplication::translate("SetupWizard", "Setup is being applied already.");
-        Q_EMIT changed();
-        co_return false;
-    }
     m_isApplying = true;
-    Q_EMIT changed();
+    co_await askMachine(Step::summary);
+    if (m_scope.stopToken().stop_requested()) {
+        co_return false;
+    }
+    const SetupTurn::Hold turn = mayFinish() ? m_parts.turn.take() : nullptr;
+    if (turn == nullptr) {
+        m_isApplying = false;
+        tellWhyNotApplied();
+        co_return false;
+    }
     std::optional<QString> problem = writeSettings();
     if (!problem) {
         problem = co_await startListener();
@@ -148,6 +171,16 @@ QCoro::Task<bool> GatewaySetupWizardViewModel::finishSetup()
     co_return !problem;
 }
 
+void GatewaySetupWizardViewModel::tellWhyNotApplied()
+{
+    if (!mayFinish()) {
+        showBlockingMessage(Step::summary);
+        return;
+    }
+    m_validationMessage = QCoreApplication::translate("SetupWizard", "Setup is being applied already.");
+    Q_EMIT changed();
+}
+
 /// \return why nothing, or not all, was written.
 std::optional<QString> GatewaySetupWizardViewModel::writeSettings()
 {
@@ -159,7 +192,7 @@ std::optional<QString> GatewaySetupWizardViewModel::writeSettings()
         return QCoreApplication::translate("SetupWizard",
                                            "Enter a valid retention value before finishing setup.");
     }
-    return writeDraft(m_draft, m_parts.settings, m_parts.defaults);
+    return writeDraft(m_draft, m_folderCheck.found().bookmark, m_parts.settings, m_parts.defaults);
 }
 
 /// \return why no listener stands; it is stopped then.
@@ -184,7 +217,7 @@ QCoro::Task<std::optional<QString>> GatewaySetupWizardViewModel::startListener()
 
 void GatewaySetupWizardViewModel::endApplying(const std::optional<QString> &problem)
 {
-    refreshValidation(true, true);
+    refreshValidation(true);
     m_validationMessage = problem;
     m_isApplying = false;
     Q_EMIT changed();

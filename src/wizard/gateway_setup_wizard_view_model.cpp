@@ -43,12 +43,15 @@ SetupMachine SetupMachine::here(const QString &bindAddress, const QString &defau
 GatewaySetupWizardViewModel::GatewaySetupWizardViewModel(const SetupWizardParts &parts,
                                                          const std::optional<SetupAccount> &account)
     : m_parts(parts), m_account(account), m_draft(storedDraft(parts.settings, parts.defaults)),
-      m_folderCheck(parts.machine.validateFolder), m_portCheck({parts.main,
-                                                                parts.pool,
-                                                                parts.clock,
-                                                                parts.machine.probe,
-                                                                [this] { return ownPort(); },
-                                                                [this] { refreshValidation(false, false); }}),
+      m_folderCheck({{parts.main, parts.clock, parts.machine.validateFolder},
+                     m_scope,
+                     [this] { refreshValidation(false); }}),
+      m_portCheck({parts.main,
+                   parts.pool,
+                   parts.clock,
+                   parts.machine.probe,
+                   [this] { return ownPort(); },
+                   [this] { refreshValidation(false); }}),
       m_scope(parts.main, parts.pool)
 {
     platform::assertMainThread("GatewaySetupWizardViewModel");
@@ -62,7 +65,7 @@ GatewaySetupWizardViewModel::GatewaySetupWizardViewModel(const SetupWizardParts 
                 &GatewaySetupWizardViewModel::changed);
     }
     m_portCheck.schedule(parsedPort(m_draft.portText));
-    refreshValidation(false, false);
+    refreshValidation(false);
 }
 
 GatewaySetupWizardViewModel::~GatewaySetupWizardViewModel()
@@ -89,15 +92,7 @@ PortFacts GatewaySetupWizardViewModel::portFacts() const
 
 std::optional<QString> GatewaySetupWizardViewModel::aeTitleHint() const
 {
-    if (std::optional<QString> issue = aeTitleIssue(m_draft.aeTitle)) {
-        return issue;
-    }
-    const QString trimmed = m_draft.aeTitle.trimmed();
-    const QString formatted = core::AETitleFormatter::format(trimmed);
-    return formatted == trimmed
-               ? std::nullopt
-               : std::optional(
-                     QCoreApplication::translate("SetupWizard", "Will be formatted as: %1").arg(formatted));
+    return wizard::aeTitleHint(m_draft.aeTitle);
 }
 
 bool GatewaySetupWizardViewModel::hasAETitleProblem() const
@@ -129,14 +124,15 @@ QList<GatewaySetupSummaryRow> GatewaySetupWizardViewModel::summaryRows() const
     return summaryRowsFor(m_draft, accountStanding(), m_parts.machine.defaultIncomingFolder);
 }
 
-void GatewaySetupWizardViewModel::refreshValidation(bool verifyPort, bool forceFolder)
+void GatewaySetupWizardViewModel::refreshValidation(bool verifyPort)
 {
+    m_folderCheck.follow(m_draft.destinationFolder);
     if (verifyPort) {
         m_portCheck.verifyNow(parsedPort(m_draft.portText));
     }
     const QList<GatewaySetupIssue> listener = listenerIssues(m_draft, portFacts());
     const QList<GatewaySetupIssue> local =
-        localIssues(m_draft, m_folderCheck.validate(m_draft.destinationFolder, forceFolder));
+        localIssues(m_draft, {m_folderCheck.isChecking(), m_folderCheck.found()});
     m_validationIssues = listener + local;
     m_summaryPreflightChecks = preflightChecks(
         {m_draft, portFacts(), listener, local, m_listenerStartupFailureMessage, accountStanding()});
@@ -145,6 +141,19 @@ void GatewaySetupWizardViewModel::refreshValidation(bool verifyPort, bool forceF
         m_validationMessage.reset();
     }
     Q_EMIT changed();
+}
+
+/// Looks at what a step, or for the summary all, asks of the machine, and shows what comes of it.
+QCoro::Task<void> GatewaySetupWizardViewModel::askMachine(Step step)
+{
+    const auto operation = m_scope.enter();
+    if (step != Step::localFiles && step != Step::summary) {
+        refreshValidation(step == Step::listener);
+        co_return;
+    }
+    const QCoro::Task<> answer = m_folderCheck.ask(m_draft.destinationFolder);
+    refreshValidation(step == Step::summary);
+    co_await answer;
 }
 
 void GatewaySetupWizardViewModel::followSettings()
@@ -169,14 +178,14 @@ void GatewaySetupWizardViewModel::followSettings()
         m_draft.autoDeleteMode = stored.autoDeleteMode;
         m_draft.autoDeleteValueText = stored.autoDeleteValueText;
     }
-    refreshValidation(false, false);
+    refreshValidation(false);
 }
 
 void GatewaySetupWizardViewModel::updateAETitle(const QString &text)
 {
     m_edits.aeTitle = true;
     m_draft.aeTitle = text;
-    refreshValidation(false, false);
+    refreshValidation(false);
 }
 
 void GatewaySetupWizardViewModel::normalizeAETitle()
@@ -186,7 +195,7 @@ void GatewaySetupWizardViewModel::normalizeAETitle()
         m_edits.aeTitle = true;
         m_draft.aeTitle = formatted;
     }
-    refreshValidation(false, false);
+    refreshValidation(false);
 }
 
 void GatewaySetupWizardViewModel::setPortText(const QString &text)
@@ -202,22 +211,21 @@ void GatewaySetupWizardViewModel::updatePortText(const QString &text)
 {
     m_edits.port = true;
     setPortText(digitsIn(text));
-    refreshValidation(false, false);
+    refreshValidation(false);
 }
 
 void GatewaySetupWizardViewModel::updateAdvertiseWithBonjour(bool advertise)
 {
     m_edits.advertise = true;
     m_draft.advertiseWithBonjour = advertise;
-    refreshValidation(false, false);
+    refreshValidation(false);
 }
 
 void GatewaySetupWizardViewModel::updateDestinationFolder(const QString &folder)
 {
     m_edits.folder = true;
     m_draft.destinationFolder = folder;
-    m_folderCheck.forget();
-    refreshValidation(false, true);
+    m_scope.start(askMachine(Step::localFiles));
 }
 
 void GatewaySetupWizardViewModel::updateAutoDeleteMode(core::GatewayAutoDeleteMode mode)
@@ -227,14 +235,14 @@ void GatewaySetupWizardViewModel::updateAutoDeleteMode(core::GatewayAutoDeleteMo
     if (mode == core::GatewayAutoDeleteMode::never) {
         m_draft.autoDeleteValueText.clear();
     }
-    refreshValidation(false, false);
+    refreshValidation(false);
 }
 
 void GatewaySetupWizardViewModel::updateAutoDeleteValueText(const QString &text)
 {
     m_edits.retention = true;
     m_draft.autoDeleteValueText = digitsIn(text);
-    refreshValidation(false, false);
+    refreshValidation(false);
 }
 
 void GatewaySetupWizardViewModel::findAvailablePort()
@@ -268,7 +276,6 @@ void GatewaySetupWizardViewModel::takeDefaultFolder()
 {
     m_edits.folder = true;
     m_draft.destinationFolder.reset();
-    m_folderCheck.forget();
 }
 
 void GatewaySetupWizardViewModel::applyFixAction(Fix action, std::optional<Step> step)
@@ -299,7 +306,6 @@ void GatewaySetupWizardViewModel::applyFixAction(Fix action, std::optional<Step>
         break;
     case Fix::rerunFolderProbe:
         m_step = Step::localFiles;
-        m_folderCheck.forget();
         break;
     case Fix::openListenerStep:
         m_step = Step::listener;
@@ -312,7 +318,7 @@ void GatewaySetupWizardViewModel::applyFixAction(Fix action, std::optional<Step>
         break;
     }
     enterStep(step && wasOnSummary ? *step : m_step);
-    refreshValidation(m_step == Step::listener, m_step == Step::localFiles || m_step == Step::summary);
+    m_scope.start(askMachine(m_step));
 }
 
 } // namespace gateway::wizard

@@ -32,8 +32,8 @@ namespace gateway::wizard {
 /// What setup asks of the machine.
 struct SetupMachine
 {
-    PortProbe probe;                                             ///< any thread
-    FolderCheck::Validate validateFolder;                        ///< main thread
+    PortProbe probe; ///< any thread
+    ValidateFolder validateFolder;
     std::function<QString(std::optional<int> port)> addressText; ///< where modalities reach a listener
     QString defaultIncomingFolder;
 
@@ -134,7 +134,8 @@ public:
 
     // Ways through the steps.
 
-    /// Checks the facts again and moves on, or shows why not.
+    /// Checks the facts again and moves on, or shows why not, once a folder that was chosen has answered;
+    /// does nothing while it is looked at.
     void goNext();
     void goBack();
     void revalidateCurrentStep();
@@ -147,6 +148,11 @@ public:
     /// Moves on without an account, and says where to sign in later.
     void skipSignIn();
     QCoro::Task<> signIn();
+
+    /// Gives up the sign-in that was begun here and waits for its answer; what was entered stays.
+    void cancelSignIn();
+    bool waitsForSignIn() const { return m_waitingSignIn != 0; }
+
     QCoro::Task<> signOut();
 
     /// The cloud is asked whether its terms need an answer.
@@ -177,7 +183,12 @@ private:
         bool retention = false;
     };
 
-    void refreshValidation(bool verifyPort, bool forceFolder);
+    void refreshValidation(bool verifyPort);
+    QCoro::Task<> askMachine(GatewaySetupStep step);
+    bool mayFinish() const;
+    void tellWhyNotApplied();
+    QCoro::Task<> goOn();
+    QCoro::Task<> revalidate();
     PortFacts portFacts() const;
     std::optional<int> ownPort() const;
     SetupAccountStanding accountStanding() const;
@@ -206,6 +217,8 @@ private:
     bool m_accountMessageIsError = false;
     bool m_isApplying = false;
     bool m_wasSignedIn = false;
+    int m_signIns = 0;
+    int m_waitingSignIn = 0; // none
     QList<GatewaySetupIssue> m_validationIssues;
     QList<GatewaySetupPreflightCheck> m_summaryPreflightChecks;
     GatewaySetupPreflightResult m_summaryPreflightResult;

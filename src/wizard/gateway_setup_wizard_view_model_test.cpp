@@ -260,9 +260,10 @@ TEST_F(SetupWizard, RestoresTheRecommendedFolderAndRetention)
 
 TEST_F(SetupWizard, OffersTheDefaultFolderForOneThatCannotBeKept)
 {
-    machine.folders[u"/gone"_qs] = {u"/gone"_qs, u"No bookmark."_qs, std::nullopt};
+    machine.setFolder(u"/gone"_qs, {u"/gone"_qs, u"No bookmark."_qs, std::nullopt, std::nullopt});
     openSettled();
     setup->updateDestinationFolder(u"/gone"_qs);
+    awaitFolder();
     ASSERT_EQ(issues(Step::localFiles), QStringList{u"local.folder.bookmark"_qs});
     EXPECT_EQ(setup->validationIssues().first().fixAction, Fix::useDefaultFolder);
 
@@ -275,36 +276,80 @@ TEST_F(SetupWizard, OffersTheDefaultFolderForOneThatCannotBeKept)
 
 TEST_F(SetupWizard, LooksAgainAtAFolderOnlyWhenItIsToldTo)
 {
-    machine.folders[u"/readonly"_qs] = {u"/readonly"_qs, std::nullopt, u"Not writable."_qs};
+    machine.setFolder(u"/readonly"_qs, {u"/readonly"_qs, std::nullopt, u"Not writable."_qs, std::nullopt});
     openSettled();
     setup->updateDestinationFolder(u"/readonly"_qs);
+    awaitFolder();
     ASSERT_EQ(issues(Step::localFiles), QStringList{u"local.folder.writable"_qs});
     EXPECT_EQ(setup->validationIssues().first().fixAction, Fix::rerunFolderProbe);
-    machine.folders.clear(); // somebody mends the folder
-    const qsizetype looks = machine.askedFolders.size();
+    machine.mendFolders(); // somebody mends the folder
+    const qsizetype looks = machine.askedFolders().size();
 
     setup->updateAETitle(u"NORTH"_qs);
     EXPECT_EQ(issues(Step::localFiles), QStringList{u"local.folder.writable"_qs});
-    EXPECT_EQ(machine.askedFolders.size(), looks);
+    EXPECT_EQ(machine.askedFolders().size(), looks);
 
     setup->applyFixAction(Fix::rerunFolderProbe);
+    awaitFolder();
     EXPECT_EQ(issues(Step::localFiles), QStringList());
 }
 
-TEST_F(SetupWizard, CannotFinishInTheMiddleOfALookAtTheFolder)
+TEST_F(SetupWizard, CanGoOnOnlyBehindALookAtTheFolder)
 {
     openSettled();
-    std::optional<bool> couldFinish;
-    machine.whileLooking = [&] {
-        couldFinish = setup->canFinish();
-        EXPECT_TRUE(setup->isCheckingFolderAccess());
-    };
+    goTo(Step::localFiles);
+    machine.holdFolders();
 
-    setup->updateDestinationFolder(u"/chosen"_qs);
+    setup->updateDestinationFolder(folder.path());
 
-    EXPECT_EQ(couldFinish, false);
-    EXPECT_FALSE(setup->isCheckingFolderAccess());
+    EXPECT_TRUE(setup->isCheckingFolderAccess());
+    EXPECT_FALSE(setup->canContinue());
+    EXPECT_FALSE(setup->canFinish());
+    EXPECT_EQ(issues(Step::localFiles), QStringList{u"local.folder.checking"_qs});
+    EXPECT_EQ(check(u"folder_writable"_qs).status, GatewaySetupPreflightCheckStatus::checking);
+    setup->goNext();
+    EXPECT_EQ(setup->step(), Step::localFiles);
+
+    machine.release();
+    awaitFolder();
+    EXPECT_TRUE(setup->canContinue());
     EXPECT_TRUE(setup->canFinish());
+}
+
+TEST_F(SetupWizard, SaysThatAFolderDoesNotAnswerAndOffersAnother)
+{
+    openSettled();
+    goTo(Step::localFiles);
+    machine.holdFolders();
+    setup->updateDestinationFolder(u"/dead"_qs);
+
+    runUntil([this] {
+        clock.advance(std::chrono::seconds(10));
+        return !setup->isCheckingFolderAccess();
+    });
+
+    EXPECT_EQ(issues(Step::localFiles),
+              (QStringList{u"local.folder.bookmark"_qs, u"local.folder.writable"_qs}));
+    EXPECT_FALSE(setup->canContinue());
+    setup->applyFixAction(Fix::useDefaultFolder);
+    EXPECT_TRUE(setup->canContinue());
+}
+
+TEST_F(SetupWizard, StaysWhereSomebodyWentWhileTheFolderWasLookedAt)
+{
+    openSettled();
+    goTo(Step::localFiles);
+    setup->updateDestinationFolder(folder.path());
+    awaitFolder();
+    machine.holdFolders();
+    setup->goNext();
+    ASSERT_EQ(setup->step(), Step::localFiles);
+
+    setup->goBack();
+    machine.release();
+    awaitFolder();
+
+    EXPECT_EQ(setup->step(), Step::listener);
 }
 
 TEST_F(SetupWizard, GoesThroughItsStepsAndBack)
@@ -346,8 +391,10 @@ TEST_F(SetupWizard, ChecksTheFactsAgainWhenItIsToGoOn)
     EXPECT_EQ(setup->validationMessage(), std::nullopt);
 
     setup->updateDestinationFolder(u"/chosen"_qs);
-    machine.folders[u"/chosen"_qs] = {u"/chosen"_qs, std::nullopt, u"Not writable."_qs};
+    awaitFolder();
+    machine.setFolder(u"/chosen"_qs, {u"/chosen"_qs, std::nullopt, u"Not writable."_qs, std::nullopt});
     setup->goNext();
+    awaitFolder();
     EXPECT_EQ(setup->step(), Step::localFiles);
     EXPECT_EQ(setup->validationMessage(), u"Not writable."_qs);
 }

@@ -1,11 +1,12 @@
 #include "wizard/port_probe.h"
 
+#include "platform/descriptors/descriptor.h"
+
 #include <cerrno>
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
-#include <unistd.h>
 
 namespace gateway::wizard {
 
@@ -36,14 +37,13 @@ PortState probePort(int port, const QString &bindAddress)
         ::inet_pton(AF_INET, bindAddress.toLatin1().constData(), &address.sin_addr) != 1) {
         return PortState::noAddress;
     }
-    const int probe = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    if (probe < 0) {
+    const platform::Descriptor probe(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    if (!probe.isOpen()) {
         return PortState::inUse;
     }
-    const bool bound = ::bind(probe, reinterpret_cast<const sockaddr *>(&address), sizeof(address)) == 0;
-    const PortState state = bound ? PortState::available : stateFor(errno);
-    ::close(probe);
-    return state;
+    const bool bound =
+        ::bind(probe.get(), reinterpret_cast<const sockaddr *>(&address), sizeof(address)) == 0;
+    return bound ? PortState::available : stateFor(errno);
 }
 
 } // namespace gateway::wizard

@@ -3,7 +3,6 @@
 #include "core/ae_title_formatter.h"
 #include "core/dcm_listener_settings.h"
 #include "core/retention_policy.h"
-#include "receive/folder_bookmark.h"
 #include "wizard/setup_checks.h"
 
 #include <QtCore/QCoreApplication>
@@ -26,16 +25,14 @@ GatewaySetupDraft storedDraft(const core::Settings &settings, const platform::Us
     return draft;
 }
 
-std::optional<QString>
-writeDraft(const GatewaySetupDraft &draft, core::Settings &settings, platform::UserDefaults &defaults)
+std::optional<QString> writeDraft(const GatewaySetupDraft &draft,
+                                  const std::optional<QByteArray> &bookmark,
+                                  core::Settings &settings,
+                                  platform::UserDefaults &defaults)
 {
-    std::optional<QByteArray> bookmark;
-    if (draft.destinationFolder) {
-        bookmark = receive::makeFolderBookmark(*draft.destinationFolder);
-        if (!bookmark) {
-            return QCoreApplication::translate(
-                "SetupWizard", "Could not save folder permissions. Choose a different folder.");
-        }
+    if (draft.destinationFolder && !bookmark) {
+        return QCoreApplication::translate("SetupWizard",
+                                           "Could not save folder permissions. Choose a different folder.");
     }
     core::DCMListenerSettings record = core::DCMListenerSettings::load(defaults);
     record.aeTitle = core::AETitleFormatter::format(draft.aeTitle.trimmed());
@@ -44,10 +41,10 @@ writeDraft(const GatewaySetupDraft &draft, core::Settings &settings, platform::U
     record.advertiseWithBonjour = draft.advertiseWithBonjour;
     const core::RetentionPolicy retention{draft.autoDeleteMode,
                                           parsedRetentionValue(draft.autoDeleteValueText).value_or(0)};
-    const bool kept = record.save(defaults) &&
-                      settings.listenerDestinationFolder.set(draft.destinationFolder) &&
-                      settings.listenerDestinationFolderBookmark.set(bookmark) &&
-                      core::storeRetentionPolicy(settings, retention);
+    const bool kept =
+        record.save(defaults) && settings.listenerDestinationFolder.set(draft.destinationFolder) &&
+        settings.listenerDestinationFolderBookmark.set(draft.destinationFolder ? bookmark : std::nullopt) &&
+        core::storeRetentionPolicy(settings, retention);
     return kept ? std::nullopt : std::optional(settingsNotWrittenMessage());
 }
 

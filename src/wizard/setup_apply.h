@@ -20,11 +20,14 @@ GatewaySetupDraft storedDraft(const core::Settings &settings, const platform::Us
 /// Writes a draft that has passed its checks into the settings; what it doesn't hold stays as it is. Setup
 /// isn't marked as done yet.
 ///
+/// \param bookmark  what is kept of the draft's folder, to find it again.
 /// \return the sentence for the operator when the folder can't be kept, in which case nothing is written, or
 /// when
 ///         the settings can't be written.
-std::optional<QString>
-writeDraft(const GatewaySetupDraft &draft, core::Settings &settings, platform::UserDefaults &defaults);
+std::optional<QString> writeDraft(const GatewaySetupDraft &draft,
+                                  const std::optional<QByteArray> &bookmark,
+                                  core::Settings &settings,
+                                  platform::UserDefaults &defaults);
 
 /// Marks setup as done; to be called once the listener runs.
 ///

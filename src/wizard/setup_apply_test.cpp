@@ -39,7 +39,7 @@ TEST_F(SetupApply, WritesTheDraftAndKeepsWhatItDoesNotHold)
     before.isEnabled = false;
     ASSERT_TRUE(before.save(m_defaults));
 
-    ASSERT_EQ(writeDraft(draft(), m_settings, m_defaults), std::nullopt);
+    ASSERT_EQ(writeDraft(draft(), m_home.path().toUtf8(), m_settings, m_defaults), std::nullopt);
 
     const DCMListenerSettings after = DCMListenerSettings::load(m_defaults);
     EXPECT_EQ(after.aeTitle, u"gate 1"_qs);
@@ -56,12 +56,12 @@ TEST_F(SetupApply, WritesTheDraftAndKeepsWhatItDoesNotHold)
 
 TEST_F(SetupApply, ForgetsFolderAndAmountThatTheDraftHasNot)
 {
-    ASSERT_EQ(writeDraft(draft(), m_settings, m_defaults), std::nullopt);
+    ASSERT_EQ(writeDraft(draft(), m_home.path().toUtf8(), m_settings, m_defaults), std::nullopt);
     GatewaySetupDraft plain = draft();
     plain.destinationFolder = std::nullopt;
     plain.autoDeleteMode = GatewayAutoDeleteMode::never;
 
-    ASSERT_EQ(writeDraft(plain, m_settings, m_defaults), std::nullopt);
+    ASSERT_EQ(writeDraft(plain, std::nullopt, m_settings, m_defaults), std::nullopt);
 
     EXPECT_EQ(m_settings.listenerDestinationFolder.get(), std::nullopt);
     EXPECT_EQ(m_settings.listenerDestinationFolderBookmark.get(), std::nullopt);
@@ -70,10 +70,7 @@ TEST_F(SetupApply, ForgetsFolderAndAmountThatTheDraftHasNot)
 
 TEST_F(SetupApply, WritesNothingWhenTheFolderCannotBeKept)
 {
-    GatewaySetupDraft lost = draft();
-    lost.destinationFolder = u"/no/such/folder"_qs;
-
-    EXPECT_EQ(writeDraft(lost, m_settings, m_defaults),
+    EXPECT_EQ(writeDraft(draft(), std::nullopt, m_settings, m_defaults),
               u"Could not save folder permissions. Choose a different folder."_qs);
     EXPECT_TRUE(m_defaults.keys().isEmpty());
 }

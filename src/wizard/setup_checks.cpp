@@ -59,6 +59,19 @@ std::optional<QString> aeTitleIssue(const QString &aeTitle)
     return std::nullopt;
 }
 
+std::optional<QString> aeTitleHint(const QString &aeTitle)
+{
+    if (std::optional<QString> issue = aeTitleIssue(aeTitle)) {
+        return issue;
+    }
+    const QString trimmed = aeTitle.trimmed();
+    const QString formatted = core::AETitleFormatter::format(trimmed);
+    return formatted == trimmed
+               ? std::nullopt
+               : std::optional(
+                     QCoreApplication::translate("SetupWizard", "Will be formatted as: %1").arg(formatted));
+}
+
 std::optional<QString> portFormatIssue(const QString &portText)
 {
     return parsedPort(portText) ? std::nullopt

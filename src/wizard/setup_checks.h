@@ -23,6 +23,10 @@ std::optional<int> parsedRetentionValue(const QString &text);
 // Each check returns the sentence for the operator, or nothing when all is well.
 
 std::optional<QString> aeTitleIssue(const QString &aeTitle);
+
+/// What to say below an AE title: what is wrong with it, or how it will be formatted.
+std::optional<QString> aeTitleHint(const QString &aeTitle);
+
 std::optional<QString> portFormatIssue(const QString &portText);
 std::optional<QString> portStateIssue(int port, PortState state);
 std::optional<QString> timeoutIssue(const QString &secondsText);

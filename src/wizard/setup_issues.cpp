@@ -21,9 +21,13 @@ GatewaySetupIssue listenerIssue(const QString &id,
     return {id, GatewaySetupStep::listener, field, message, severity, fix};
 }
 
-GatewaySetupIssue localIssue(const QString &id, Field field, const QString &message, Fix fix)
+GatewaySetupIssue localIssue(const QString &id,
+                             Field field,
+                             const QString &message,
+                             std::optional<Fix> fix,
+                             Severity severity = Severity::error)
 {
-    return {id, GatewaySetupStep::localFiles, field, message, Severity::error, fix};
+    return {id, GatewaySetupStep::localFiles, field, message, severity, fix};
 }
 
 /// At most one thing is said about the port.
@@ -81,19 +85,27 @@ QList<GatewaySetupIssue> listenerIssues(const GatewaySetupDraft &draft, const Po
     return issues;
 }
 
-QList<GatewaySetupIssue> localIssues(const GatewaySetupDraft &draft, const FolderValidationResult &folder)
+QList<GatewaySetupIssue> localIssues(const GatewaySetupDraft &draft, const FolderFacts &folder)
 {
     QList<GatewaySetupIssue> issues;
-    if (folder.bookmarkIssue) {
+    if (folder.isChecking) {
+        issues.append(localIssue(
+            kFolderCheckingIssue,
+            Field::destinationFolder,
+            QCoreApplication::translate("SetupWizard", "Checking whether the folder can be used..."),
+            std::nullopt,
+            Severity::warning));
+    }
+    if (folder.found.bookmarkIssue) {
         issues.append(localIssue(QStringLiteral("local.folder.bookmark"),
                                  Field::destinationFolder,
-                                 *folder.bookmarkIssue,
+                                 *folder.found.bookmarkIssue,
                                  Fix::useDefaultFolder));
     }
-    if (folder.writeIssue) {
+    if (folder.found.writeIssue) {
         issues.append(localIssue(QStringLiteral("local.folder.writable"),
                                  Field::destinationFolder,
-                                 *folder.writeIssue,
+                                 *folder.found.writeIssue,
                                  Fix::rerunFolderProbe));
     }
     if (const std::optional<QString> message =

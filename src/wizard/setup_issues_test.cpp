@@ -107,7 +107,8 @@ TEST(SetupIssues, NameTheFolderBeforeTheRetention)
     draft.autoDeleteMode = GatewayAutoDeleteMode::months;
     draft.autoDeleteValueText = u"121"_qs;
 
-    const QList<GatewaySetupIssue> issues = localIssues(draft, {u"/in"_qs, u"No way in."_qs, u"No room."_qs});
+    const QList<GatewaySetupIssue> issues =
+        localIssues(draft, {false, {u"/in"_qs, u"No way in."_qs, u"No room."_qs, std::nullopt}});
 
     ASSERT_EQ(issues.size(), 3);
     EXPECT_EQ(issues[0],

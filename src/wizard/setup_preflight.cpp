@@ -79,6 +79,10 @@ Check folderCheck(const PreflightFacts &facts,
     if (!facts.draft.destinationFolder) {
         return passed(whenDefault);
     }
+    const auto looking = std::ranges::find(facts.localIssues, kFolderCheckingIssue, &GatewaySetupIssue::id);
+    if (looking != facts.localIssues.end()) {
+        return {{}, {}, looking->message, Status::checking, Step::localFiles, std::nullopt};
+    }
     if (const auto *issue = blockingIssue(facts.localIssues, id)) {
         return failed(issue->message, Step::localFiles, issue->fixAction);
     }

@@ -21,13 +21,18 @@ protected:
 
     QList<GatewaySetupPreflightCheck> checks() const
     {
-        return preflightChecks(
-            {draft, port, listenerIssues(draft, port), localIssues(draft, folder), startupFailure, account});
+        return preflightChecks({draft,
+                                port,
+                                listenerIssues(draft, port),
+                                localIssues(draft, {isLooking, folder}),
+                                startupFailure,
+                                account});
     }
 
     GatewaySetupDraft draft;
     PortFacts port{false, PortState::available};
     FolderValidationResult folder;
+    bool isLooking = false;
     std::optional<QString> startupFailure;
     SetupAccountStanding account;
 };
@@ -126,15 +131,21 @@ TEST_F(Preflight, TellsOfAChosenFolder)
     EXPECT_EQ(checks()[2].detail, u"Bookmark is valid for /in."_qs);
     EXPECT_EQ(checks()[3].detail, u"Selected folder is writable."_qs);
 
-    folder = {u"/in"_qs, u"No way in."_qs, std::nullopt};
+    folder = {u"/in"_qs, u"No way in."_qs, std::nullopt, std::nullopt};
     EXPECT_EQ(checks()[2].detail, u"No way in."_qs);
     EXPECT_EQ(checks()[2].fixAction, Fix::useDefaultFolder);
     EXPECT_EQ(checks()[2].step, Step::localFiles);
     EXPECT_EQ(checks()[3].status, Status::passed);
 
-    folder = {u"/in"_qs, std::nullopt, u"No room."_qs};
+    folder = {u"/in"_qs, std::nullopt, u"No room."_qs, std::nullopt};
     EXPECT_EQ(checks()[3].detail, u"No room."_qs);
     EXPECT_EQ(checks()[3].fixAction, Fix::rerunFolderProbe);
+
+    folder = {};
+    isLooking = true;
+    EXPECT_EQ(checks()[2].status, Status::checking);
+    EXPECT_EQ(checks()[3].status, Status::checking);
+    EXPECT_EQ(checks()[3].detail, u"Checking whether the folder can be used..."_qs);
 }
 
 TEST_F(Preflight, TellsWhyTheListenerWillNotOrDidNotStart)

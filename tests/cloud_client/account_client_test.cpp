@@ -47,7 +47,7 @@ const QString kPassword = QString::fromLatin1(LocalCloud::kPassword);
 struct Account
 {
     explicit Account(const QUrl &url, CloudKind kind = CloudKind::quorin)
-        : client(configurationFor(url, kind), store)
+        : client(configurationFor(url, kind), store, clock)
     {
     }
 
@@ -103,7 +103,10 @@ struct AccountClient : ::testing::Test
         const QUrl image = writeImage(files, "1.2.10", "1.2.10.1", instance, pixelBytes);
         return errorOf<QrnErrorResponse>([&] {
             cloud_client::QrnStowAPI(user.client)
-                .upload(cloud_client::testing::identified(image), core::deviceId(user.defaults), {});
+                .upload(user.client.session(),
+                        cloud_client::testing::identified(image),
+                        core::deviceId(user.defaults),
+                        {});
         });
     }
 

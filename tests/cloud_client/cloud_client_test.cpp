@@ -48,6 +48,7 @@ using cloud_client::testing::errorOf;
 using cloud_client::testing::identified;
 using cloud_client::testing::MemoryTokenStore;
 using cloud_client::testing::SampleFiles;
+using cloud_client::testing::stillClock;
 
 const QString kDevice = QStringLiteral("DEVICE-1");
 const QString kStudy = QStringLiteral("1.2.10");
@@ -101,7 +102,7 @@ struct CloudClient : ::testing::Test
 
     LocalCloud cloud;
     MemoryTokenStore store;
-    QuorinApiClient client{configurationFor(cloud.url()), store};
+    QuorinApiClient client{configurationFor(cloud.url()), store, stillClock()};
     SampleFiles files;
 };
 
@@ -146,8 +147,8 @@ TEST_F(CloudClient, UploadsOneImageAndABatchAndFindsThem)
 {
     const QList<QUrl> urls = images(5);
 
-    QrnStowAPI(client).upload(identified(urls.first()), kDevice, {});
-    QrnStowAPI(client).upload(identified(urls.mid(1)), kDevice, {});
+    QrnStowAPI(client).upload(client.session(), identified(urls.first()), kDevice, {});
+    QrnStowAPI(client).upload(client.session(), identified(urls.mid(1)), kDevice, {});
 
     const QList<QVariantMap> studies = QrnQidoAPI(client).getAll({});
     ASSERT_EQ(studies.size(), 1);
@@ -166,9 +167,9 @@ TEST_F(CloudClient, UploadsOneImageAndABatchAndFindsThem)
 TEST_F(CloudClient, SendsTheSameImageTwiceWithoutHarm)
 {
     const QList<QUrl> urls = images(2);
-    QrnStowAPI(client).upload(identified(urls), kDevice, {});
+    QrnStowAPI(client).upload(client.session(), identified(urls), kDevice, {});
 
-    QrnStowAPI(client).upload(identified(urls), kDevice, {});
+    QrnStowAPI(client).upload(client.session(), identified(urls), kDevice, {});
 
     EXPECT_EQ(storedImages(), 2);
 }
@@ -182,12 +183,12 @@ TEST_F(CloudClient, SendsAgainWhatWasStoredBeforeTheConnectionWasCut)
                    {QStringLiteral("count"), 2}, // the client tries a kept connection that died once more
                    {QStringLiteral("cutBeforeAnswer"), true}});
 
-    const auto error =
-        errorOf<AFError>([&] { QrnStowAPI(client).upload(identified(urls.first()), kDevice, {}); });
+    const auto error = errorOf<AFError>(
+        [&] { QrnStowAPI(client).upload(client.session(), identified(urls.first()), kDevice, {}); });
     ASSERT_TRUE(error);
     EXPECT_FALSE(error->responseCode);
     cloud.control("faults/clear", {});
-    QrnStowAPI(client).upload(identified(urls.first()), kDevice, {});
+    QrnStowAPI(client).upload(client.session(), identified(urls.first()), kDevice, {});
 
     EXPECT_EQ(storedImages(), 1);
 }
@@ -199,8 +200,8 @@ TEST_F(CloudClient, NamesTheImageThatTheCloudRefuses)
                   {{QStringLiteral("sopInstanceUIDs"), QJsonArray{QStringLiteral("1.2.10.1.2")}},
                    {QStringLiteral("failureReason"), 0xA700}});
 
-    const auto refusal =
-        errorOf<QrnStowResponse>([&] { QrnStowAPI(client).upload(identified(urls), kDevice, {}); });
+    const auto refusal = errorOf<QrnStowResponse>(
+        [&] { QrnStowAPI(client).upload(client.session(), identified(urls), kDevice, {}); });
 
     ASSERT_TRUE(refusal);
     EXPECT_FALSE(refusal->names(urls[0], {QStringLiteral("1.2.10.1.1")}));
@@ -212,7 +213,7 @@ TEST_F(CloudClient, NamesTheImageThatTheCloudRefuses)
 TEST_F(CloudClient, AsksTheCloudWhereAPageStandsInForTheAnswer)
 {
     const QList<QUrl> urls = images(2);
-    QrnStowAPI(client).upload(identified(urls.first()), kDevice, {});
+    QrnStowAPI(client).upload(client.session(), identified(urls.first()), kDevice, {});
     cloud.control("faults",
                   {{QStringLiteral("path"), QStringLiteral("/dicom-web/studies")},
                    {QStringLiteral("method"), QStringLiteral("POST")},
@@ -221,8 +222,8 @@ TEST_F(CloudClient, AsksTheCloudWhereAPageStandsInForTheAnswer)
                    {QStringLiteral("contentType"), QStringLiteral("text/html")},
                    {QStringLiteral("body"), QStringLiteral("<html>Please log in</html>")}});
 
-    const auto refusal =
-        errorOf<QrnStowResponse>([&] { QrnStowAPI(client).upload(identified(urls), kDevice, {}); });
+    const auto refusal = errorOf<QrnStowResponse>(
+        [&] { QrnStowAPI(client).upload(client.session(), identified(urls), kDevice, {}); });
 
     ASSERT_TRUE(refusal);
     EXPECT_FALSE(refusal->names(urls[0], {QStringLiteral("1.2.10.1.1")})); // stored before, and found
@@ -238,7 +239,7 @@ TEST_F(CloudClient, SplitsABatchThatIsLargerThanTheCloudTakes)
     }
     cloud.control("limits", {{QStringLiteral("maxBodyBytes"), 700'000}});
 
-    QrnStowAPI(client).upload(identified(urls), kDevice, {});
+    QrnStowAPI(client).upload(client.session(), identified(urls), kDevice, {});
 
     EXPECT_EQ(storedImages(), 5);
 }
@@ -250,20 +251,21 @@ TEST_F(CloudClient, MayNotUploadBeforeNewTermsAreAccepted)
                    {QStringLiteral("text"), QStringLiteral("New.")}});
 
     const auto error = errorOf<QrnErrorResponse>(
-        [this] { QrnStowAPI(client).upload(identified(images(1).first()), kDevice, {}); });
+        [this] { QrnStowAPI(client).upload(client.session(), identified(images(1).first()), kDevice, {}); });
 
     ASSERT_TRUE(error);
     EXPECT_EQ(error->kind, QrnErrorKind::termsNotAccepted);
     EXPECT_EQ(QrnQuorinCloudTermsAPI(client).terms().version, QStringLiteral("99"));
     acceptTerms();
-    QrnStowAPI(client).upload(identified(images(1).first()), kDevice, {});
+    QrnStowAPI(client).upload(client.session(), identified(images(1).first()), kDevice, {});
     EXPECT_EQ(storedImages(), 1);
 }
 
 TEST_F(CloudClient, DeletesASeriesAndAStudy)
 {
     writeImage(files, "1.2.10", "1.2.10.2", "1.2.10.2.1");
-    QrnStowAPI(client).upload(identified(images(1) + QList<QUrl>{QUrl::fromLocalFile(
+    QrnStowAPI(client).upload(client.session(),
+                              identified(images(1) + QList<QUrl>{QUrl::fromLocalFile(
                                                          files.path(QStringLiteral("1.2.10.2.1.dcm")))}),
                               kDevice,
                               {});
@@ -295,11 +297,11 @@ TEST(CloudClientTls, TrustsAPrivateAuthorityThatItWasGivenAndNoOther)
     MemoryTokenStore store;
     CloudConfiguration configuration = configurationFor(cloud.url());
     ASSERT_EQ(configuration.baseUrl.scheme(), QStringLiteral("https"));
-    QuorinApiClient stranger(configuration, store);
+    QuorinApiClient stranger(configuration, store, stillClock());
     configuration.certificateFile = authority.certificateFile();
-    QuorinApiClient friendly(configuration, store);
+    QuorinApiClient friendly(configuration, store, stillClock());
     configuration.certificateFile = QStringLiteral("/nowhere/ca.pem");
-    QuorinApiClient mistaken(configuration, store);
+    QuorinApiClient mistaken(configuration, store, stillClock());
 
     EXPECT_FALSE(errorOf<QuorinError>([&friendly] { QrnStatusAPI(friendly).ping(); }));
     EXPECT_EQ(
@@ -322,7 +324,7 @@ TEST(CloudClientTls, TrustsNoCertificateMadeForAnotherHost)
     other.setHost(QStringLiteral("localhost"));
     CloudConfiguration configuration = configurationFor(other);
     configuration.certificateFile = authority.certificateFile();
-    QuorinApiClient client(configuration, store);
+    QuorinApiClient client(configuration, store, stillClock());
 
     const auto error = errorOf<AFError>([&client] { QrnStatusAPI(client).ping(); });
 

@@ -9,7 +9,7 @@ import unittest
 import rig
 
 ROUNDS = 50
-OBJECTS = 12
+OBJECTS = 12  # of a short sending
 
 
 class KilledAtAnyMoment(unittest.TestCase):
@@ -41,12 +41,14 @@ class KilledAtAnyMoment(unittest.TestCase):
     def one_round(self, number):
         """Sends, kills at a random moment, starts again; what was acknowledged, and how many were sent."""
         folder = self.rig.path("samples")
-        samples = rig.make_samples(folder, 1000 + number, mr=OBJECTS - 2, ct=2)
-        self.assertEqual(len(samples), OBJECTS)
+        # On a busy machine we hear late of what was stored: a third of the sendings is long, and is cut short all the same.
+        is_long = number % 3 == 0
+        samples = rig.make_samples(folder, 1000 + number, mr=(5 if is_long else 1) * OBJECTS - 2, ct=2)
         sender = self.rig.send(samples)
         # One beyond the last: then the kill hits the import and the upload.
         sender.read_until_stored(self.random.randint(0, OBJECTS + 1))
-        sender.read_for(self.random.choice((0, self.random.uniform(0, 0.02), self.random.uniform(0, 0.2))))
+        if not is_long:
+            sender.read_for(self.random.choice((0, self.random.uniform(0, 0.02), self.random.uniform(0, 0.2))))
         if self.random.random() < 0.7:
             self.rig.cloud.kill()
         self.rig.gateway.kill()

@@ -89,6 +89,18 @@ def session_members(leader):
     return members
 
 
+def kill_session(leader):
+    """Ends all of a session; looks again at the end, for a look through /proc is no snapshot."""
+    for _ in range(2):
+        while members := session_members(leader):
+            for member in members:
+                try:
+                    os.kill(member, signal.SIGKILL)
+                except ProcessLookupError:
+                    pass
+        time.sleep(0.01)
+
+
 class Program:
     """A program that leads a session of its own, so that all of it can be killed, its helpers too."""
 
@@ -106,12 +118,7 @@ class Program:
             raise AssertionError(f"{self.process.args[0]} ended by itself with {self.process.returncode}")
 
     def kill(self):
-        while members := session_members(self.process.pid):
-            for member in members:
-                try:
-                    os.kill(member, signal.SIGKILL)
-                except ProcessLookupError:
-                    pass
+        kill_session(self.process.pid)
         self.process.wait()
 
 
@@ -228,10 +235,10 @@ class Rig:
         if result.returncode != 0:
             raise AssertionError("signing in failed: " + result.stderr)
 
-    def command(self, *arguments, said=""):
+    def command(self, *arguments, said="", patience=PATIENCE):
         return subprocess.run(
             [program("quorin-gateway"), "--home", self.home, *arguments], env=environment(), input=said,
-            capture_output=True, text=True, timeout=PATIENCE, check=False)
+            capture_output=True, text=True, timeout=patience, check=False)
 
     def status(self):
         result = self.command("status", "--json")

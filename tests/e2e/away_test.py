@@ -149,6 +149,27 @@ class Away(EndToEndTest):
         self.gateway.command("upload")
         self.gateway.await_synced(sent)
 
+    def test_a_cloud_that_points_elsewhere_pauses_all_and_blames_no_file_in_turn(self):
+        # Given a portal that wants a sign-in of its own, or an archive that has moved
+        self.start(self.cloud.address)
+        self.cloud.steer("faults", **STORE, count=None, status=302, headers={"Location": "https://portal.example/"})
+        sent = self.samples(ct=40)
+
+        # When
+        send(self.gateway, sent[:30])
+        self.await_pause("unexpectedAnswer")
+        for file in sent[30:]:
+            send(self.gateway, [file])
+        self.gateway.await_received(sent)
+
+        # Then the others have failed nothing, and nobody was sent after them
+        self.assertLessEqual(self.stores(), WIDEST)
+        self.assertLessEqual(sum(entry["count"] for entry in self.gateway.status()["failures"]), WIDEST)
+        self.assertIn("Something else answered", self.gateway.command("status").stdout)
+        self.cloud.steer("faults/clear")
+        self.gateway.command("upload")
+        self.gateway.await_synced(sent)
+
     def test_what_would_meet_every_image_is_tried_with_one_of_them(self):
         # Given
         self.start(self.cloud.address)

@@ -57,6 +57,10 @@ class Browser(EndToEndTest):
         code, words = self.refusal("cloud", "delete", study, "--yes", "--expect", "1")
         self.assertEqual(code, 1)
         self.assertIn("Deleted 0 of 1 selected studies. 1 failed.", words)
+        again = self.gateway.command("cloud", "delete", study, "--yes", "--expect", "1", "--json", check=False)
+        told = json.loads(again.stdout)
+        self.assertEqual((again.returncode, told["deleted"], told["failedTargets"]), (1, 0, [study]))
+        self.assertEqual(told["problem"] + "\n", again.stderr)
 
         # When it goes from here
         gone = self.gateway.command("local", "delete", study, "--yes", "--expect", "1").stdout
@@ -89,6 +93,25 @@ class Browser(EndToEndTest):
         # Then
         self.assertEqual(gone, "Deleted 1 study. What is in Quorin Cloud stays there.\n" + warning)
         self.assertEqual(self.stored_files(), [])
+
+    def test_a_series_deleted_from_the_cloud_stays_here(self):
+        # Given
+        self.gateway.sign_in()
+        sent = self.samples(ct=1, mr=1)
+        send(self.gateway, sent)
+        self.gateway.await_synced(sent)
+        study = self.told("local", "studies")["studies"][0]["id"]
+        here = sorted(one["seriesInstanceUID"] for one in self.told("local", "series", study)["series"])
+        there = sorted(one["seriesInstanceUID"] for one in self.told("cloud", "series", study)["series"])
+        self.assertEqual(here, there, "people name a series alike in both places")
+
+        # When
+        self.gateway.command("cloud", "delete", "--study", study, here[0], "--yes", "--expect", "1")
+
+        # Then
+        warning = "Images not in Quorin Cloud: 1, of 1 of the selected series. They will be lost.\n"
+        self.assertIn(warning, self.refusal("local", "delete", "--study", study, here[0])[1])
+        self.assertNotIn(warning, self.refusal("local", "delete", "--study", study, here[1])[1])
 
     def test_an_empty_name_deletes_nothing(self):
         # Given

@@ -147,7 +147,8 @@ class Doctor(EndToEndTest):
         self.gateway.end()
         lost = self.stored(images[0])
         shutil.move(lost, self.folder / "backup.dcm")
-        shutil.copy(stranger, self.store() / "10000" / "4.dcm")
+        # Under a number that the index has given: behind that it would be a store newer than the index.
+        shutil.copy(stranger, self.store() / "10000" / "1.stray")
         self.sql("UPDATE Ledger SET imageCount = 99")
 
         # When

@@ -168,8 +168,10 @@ class Evidence(WithoutCompression):
                 self.await_all(1)
                 self.cloud.steer("second-versions", policy="ignore")
                 self.start_again(self.lose_the_index_after_retention)
-                self.cloud.steer("faults", path=f"/dicom-web/studies/{STUDY}", method="GET", count=1, status=status,
-                                 contentType="text/plain", body="page not found")
+                # Where nothing is at the address of the series, it asks without a place as well.
+                for path in (f"/dicom-web/studies/{STUDY}", "/dicom-web/instances")[:2 if status == 404 else 1]:
+                    self.cloud.steer("faults", path=path, method="GET", count=1, status=status,
+                                     contentType="text/plain", body="page not found")
 
                 # When
                 self.send(instance, shade=2)
@@ -179,6 +181,23 @@ class Evidence(WithoutCompression):
                 self.await_failure("anotherVersionInCloud")
                 self.assertEqual(self.fetched(instance), dataset(instance, shade=1))
                 self.start_again(self.lose_the_index_after_retention)
+
+    def test_an_archive_that_names_another_instance_than_it_was_asked_for_has_not_said_no(self):
+        # Given
+        self.send("1.2.7.1", shade=1)
+        self.await_all(1)
+        self.cloud.steer("second-versions", policy="ignore")
+        self.start_again(self.lose_the_index_after_retention)
+        any_one = [{"00080018": {"vr": "UI", "Value": ["1.2.7.99"]}}]
+        self.cloud.steer("faults", path=INSTANCES, method="GET", count=2, status=200,
+                         contentType="application/dicom+json", body=json.dumps(any_one))
+
+        # When
+        self.send("1.2.7.1", shade=2)
+
+        # Then
+        self.await_failure("anotherVersionInCloud")
+        self.assertEqual(self.gateway.status()["counters"]["synced"], 0)
 
     def test_a_new_series_costs_one_question_after_the_loss_of_the_index(self):
         # Given

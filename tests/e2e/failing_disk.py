@@ -33,6 +33,10 @@ class FailingDisk:
         self._control[1:TEXT_BYTES] = rule[1:].ljust(TEXT_BYTES - 1, b"\0")
         self._control[0:1] = rule[0:1]
 
+    def silence(self, call, pattern):
+        """Such calls on paths that match wait until the disk is healed, as on a share that is dead."""
+        self.fail(call, pattern, 0)
+
     def coarsen(self, pattern, seconds):
         """Files whose paths match keep multiples of so many seconds as their times."""
         self.fail("grain", pattern, seconds)

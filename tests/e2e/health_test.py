@@ -95,7 +95,7 @@ class Health(EndToEndTest):
         self.start(cloud.address)
         self.gateway.sign_in()
         before = self.metrics()
-        sent = self.samples(ct=5)
+        sent = self.samples(ct=4, us=1, us_frames=4)
 
         # When
         send(self.gateway, sent)
@@ -107,7 +107,10 @@ class Health(EndToEndTest):
         gained = {name: after[name] - before[name] for name in after if name in before}
         self.assertEqual(gained["quorin_gateway_images_received_total"], 5)
         self.assertEqual(gained["quorin_gateway_images_uploaded_total"], 5)
-        self.assertEqual(gained["quorin_gateway_synced_images"], 5)
+        self.assertEqual(gained["quorin_gateway_synced_images"], 8, "each frame counts")
+        self.assertEqual(gained["quorin_gateway_synced_instances"], 5, "as the archive counts")
+        self.assertEqual(self.gateway.status()["counters"]["instances"],
+                         {"total": 5, "synced": 5, "notSynced": 0, "failed": 0})
         # The gateway's files have a meta header of its own (PS3.10, clause 7.1); the rest is the modality's.
         self.assertAlmostEqual(gained["quorin_gateway_received_bytes_total"], sum(file.stat().st_size for file in sent),
                                delta=500 * len(sent))

@@ -4,6 +4,7 @@ import json
 import sqlite3
 import subprocess
 import unittest
+from urllib.parse import quote
 
 from failing_disk import FailingDisk
 from harness import TITLE, Cloud, EndToEndTest, Gateway, await_true, request
@@ -170,6 +171,22 @@ class Identity(WithoutCompression):
         # Then
         self.assertEqual(self.fetched("1.2.6.1", "1.2.61", "1.2.61.1"), one)
         self.assertEqual(self.fetched("1.2.6.1", "1.2.62", "1.2.62.1"), other)
+
+
+    def test_an_odd_identifier_is_known_again_in_the_cloud_s_answer(self):
+        # Given
+        study, series, instance = "1.2.11 a?b#c%20", "1.2.11&s=1", "1.2.11+3;4"
+        body = dataset(instance, study=study, series=series)
+
+        # When
+        sender = Sender(self.gateway.port, TITLE)
+        sender.store(body, instance)
+        sender.release()
+        self.await_all(1)
+
+        # Then
+        self.assertEqual(self.cloud.requests("GET", "/dicom-web"), 0, "the answer alone proves it")
+        self.assertEqual(self.fetched(*(quote(uid, safe="") for uid in (instance, study, series))), body)
 
 
 class Compressed(WithoutCompression):

@@ -1,11 +1,14 @@
 """What a modality was told is stored is taken in, whichever incoming folder is chosen afterwards."""
 
 import json
+import os
 import shutil
+import signal
 import sqlite3
 import unittest
 
-from harness import TITLE, EndToEndTest, Gateway, await_true, run, send
+from harness import TITLE, EndToEndTest, Gateway, await_true, free_port, run, send
+from helpers_test import children_of
 from odd_objects import Sender, dataset, dataset_of
 
 DAY_MS = 24 * 3600 * 1000
@@ -110,6 +113,197 @@ class IncomingFolder(EndToEndTest):
         self.gateway.await_received(images)
         await_true("all is well", lambda: self.findings() == {}, self.gateway.process)
 
+    def names_in(self, folder):
+        return [path.relative_to(folder).as_posix() for path in folder.rglob("*")]
+
+    def refuses(self):
+        """Nobody can send, and people are told why."""
+        self.gateway.await_status("its words", lambda s: "The incoming folder can't be seen at"
+                                  in (s["listener"]["error"] or "") and s["inbox"]["outOfSight"] == 1)
+        self.assertEqual(self.findings()["inboxOutOfSight"], (1, 0))
+        self.assertIn("Inbox      can't be seen", self.gateway.command("status", check=False).stdout)
+
+    def test_one_that_is_not_mounted_at_the_start_is_not_made_anew_under_its_mount_point(self):
+        # Given
+        obstacle = self.hold_back_imports()
+        images = self.samples(ct=2)
+        send(self.gateway, images)
+        away = self.folder / "volume"
+
+        # When
+        self.start_again(before=lambda: (obstacle.unlink(), self.inbox.rename(away), self.inbox.mkdir()))
+
+        # Then
+        self.refuses()
+        self.assertNotEqual(run("storescu", "-aec", TITLE, "127.0.0.1", self.gateway.port, *images, check=False)
+                            .returncode, 0)
+        self.assertEqual(self.names_in(self.inbox), [])
+
+        # When
+        self.inbox.rmdir()
+        away.rename(self.inbox)
+
+        # Then
+        self.gateway.await_received(images)
+        more = self.samples(seed=2, ct=1)
+        await_true("the listener", lambda: self.gateway.status()["listener"]["state"] == "listening", self.gateway.process)
+        send(self.gateway, more)
+        self.gateway.await_received(images + more)
+        self.assertEqual(self.findings(), {})
+
+    def test_nor_in_life_by_a_receiver_that_is_started_anew(self):
+        # Given
+        away = self.folder / "volume"
+        receiver = children_of(self.gateway.process.pid, "scp")[0]
+        self.inbox.rename(away)
+        self.inbox.mkdir()
+
+        # When
+        os.kill(receiver, signal.SIGKILL)
+
+        # Then
+        self.gateway.await_status("its words", lambda s: s["inbox"]["outOfSight"] == 1
+                                  and "can't be used" in (s["listener"]["error"] or ""))
+        self.assertEqual(self.names_in(self.inbox), [])
+
+        # When
+        self.inbox.rmdir()
+        away.rename(self.inbox)
+
+        # Then
+        self.gateway.await_status("the listener", lambda s: s["listener"]["state"] == "listening"
+                                  and s["inbox"]["outOfSight"] == 0)
+        images = self.samples(ct=1)
+        send(self.gateway, images)
+        self.gateway.await_received(images)
+
+    def leave_as_an_earlier_program_did(self):
+        """What it made where the volume wasn't mounted."""
+        (self.inbox / ".part").mkdir(parents=True)
+        (self.inbox / ".part/.lock").touch()
+        (self.inbox / ".part/order").touch()
+
+    def test_nor_is_it_forgotten_where_an_earlier_program_worked_under_its_mount_point(self):
+        # Given
+        obstacle = self.hold_back_imports()
+        images = self.samples(ct=2)
+        send(self.gateway, images)
+        away = self.folder / "volume"
+
+        # When
+        self.start_again(before=lambda: (obstacle.unlink(), self.inbox.rename(away), self.leave_as_an_earlier_program_did()))
+
+        # Then
+        self.gateway.await_status("its words", lambda s: s["inbox"]["outOfSight"] == 1
+                                  and s["listener"]["state"] == "listening")
+        self.choose()
+        self.gateway.await_status("the chosen one", lambda s: (self.chosen / ".part/.id").exists()
+                                  and s["listener"]["state"] == "listening")
+        self.inbox.rename(self.folder / "under")
+        away.rename(self.inbox)
+        self.gateway.await_received(images)
+
+    def test_a_receiver_puts_nothing_where_another_folder_has_come_until_that_is_noted(self):
+        # Given
+        away, under = self.folder / "volume", self.folder / "under"
+        self.hold_back_imports()
+        receiver = children_of(self.gateway.process.pid, "scp")
+        self.inbox.rename(away)
+        self.leave_as_an_earlier_program_did()
+        image = self.samples(ct=1)
+
+        # When
+        await_true("an image under the mount point",
+                   lambda: run("storescu", "-aec", TITLE, "127.0.0.1", self.gateway.port, *image, check=False)
+                   .returncode == 0, self.gateway.process)
+
+        # Then
+        self.assertNotEqual(children_of(self.gateway.process.pid, "scp"), receiver)
+        self.inbox.rename(under)
+        away.rename(self.inbox)
+        self.gateway.await_status("its words", lambda s: s["inbox"]["outOfSight"] == 1)
+        self.assertEqual(self.findings()["inboxOutOfSight"], (1, 0))
+        self.assertEqual(len(list(under.glob("quorin-*.dcm"))), 1)
+
+    def test_the_folder_for_what_is_unfinished_can_be_made_anew_in_life(self):
+        # Given
+        shutil.rmtree(self.inbox / ".part")
+        image = self.samples(ct=1)
+        self.gateway.await_status("its words", lambda s: s["inbox"]["outOfSight"] == 1)
+        self.assertNotEqual(run("storescu", "-aec", TITLE, "127.0.0.1", self.gateway.port, *image, check=False)
+                            .returncode, 0)
+
+        # When
+        (self.inbox / ".part").mkdir()
+
+        # Then
+        await_true("an image", lambda: run("storescu", "-aec", TITLE, "127.0.0.1", self.gateway.port, *image, check=False)
+                   .returncode == 0, self.gateway.process)
+        self.gateway.await_received(image)
+        self.gateway.await_status("all folders", lambda s: s["inbox"]["outOfSight"] == 0)
+        self.assertEqual(self.findings(), {})
+
+    def test_one_that_is_out_of_sight_is_not_forgotten_when_another_is_chosen_then(self):
+        # Given
+        obstacle = self.hold_back_imports()
+        images = self.samples(ct=2)
+        send(self.gateway, images)
+        away = self.folder / "volume"
+        self.start_again(before=lambda: (obstacle.unlink(), self.inbox.rename(away), self.inbox.mkdir()))
+        self.refuses()
+
+        # When
+        self.choose()
+        await_true("the chosen folder's listener", lambda: self.gateway.status()["listener"]["state"] == "listening",
+                   self.gateway.process)
+
+        # Then
+        self.assertEqual(self.findings(), {"formerInboxOutOfSight": (1, 0)})
+        self.assertEqual(self.names_in(self.inbox), [])
+        self.inbox.rmdir()
+        away.rename(self.inbox)
+        self.gateway.await_received(images)
+
+    def test_a_listener_that_was_refused_starts_when_the_other_gateway_ends(self):
+        # Given
+        self.choose()
+        await_true("the first one's listener", (self.chosen / ".part" / ".lock").exists, self.gateway.process)
+        second_home = self.folder / "second"
+        second_home.mkdir()
+        second = Gateway(second_home, self.cloud.address)
+        self.addCleanup(second.end)
+        second.set_up()
+        second.command("settings", "set", "ListenerDestinationFolder", self.chosen, check=False)
+        second.await_status("its words", lambda s: "used by another gateway" in (s["listener"]["error"] or ""))
+
+        # When
+        self.gateway.end()
+
+        # Then
+        second.await_status("its listener", lambda s: s["listener"]["state"] == "listening")
+
+    def test_a_copied_home_leaves_what_the_original_acknowledged(self):
+        # Given
+        self.hold_back_imports()
+        images = self.samples(ct=2)
+        send(self.gateway, images)
+        self.gateway.end()
+        copied = self.folder / "copied"
+        copied.mkdir()
+        shutil.copytree(self.gateway.home, copied / "home", ignore=shutil.ignore_patterns("Documents"))
+
+        # When
+        copy = Gateway(copied, self.cloud.address)
+        self.addCleanup(copy.end)
+        copy.command("settings", "set", "ListenerSettings.port", free_port())
+
+        # Then
+        copy.await_status("a listener", lambda s: s["listener"]["state"] == "listening")
+        found = json.loads(copy.command("doctor", "--json", check=False).stdout)["findings"]
+        self.assertIn(("inboxOfAnotherHome", 1), [(finding["kind"], finding["count"]) for finding in found])
+        self.assertEqual(copy.status()["counters"]["images"], 0)
+        self.assertEqual(len(list(self.inbox.glob("quorin-*.dcm"))), 2)
+
     def test_an_older_version_that_comes_back_with_its_volume_is_not_sent_over_the_later_one(self):
         # Given
         self.cloud.steer("second-versions", policy="replace")
@@ -169,6 +363,42 @@ class IncomingFolder(EndToEndTest):
         # Then
         self.gateway.await_received(images)
         await_true("an empty folder", lambda: not list(first.glob("quorin-*.dcm")), self.gateway.process)
+
+    def test_one_that_does_not_answer_holds_up_itself_alone(self):
+        # Given: whoever asks for its number waits, as on a share that is dead
+        images = self.samples(ct=3)
+        obstacle = self.hold_back_imports()
+        send(self.gateway, images[:1])
+        number, kept = self.inbox / ".part/.id", self.folder / "number"
+
+        def silence():
+            obstacle.unlink()
+            number.rename(kept)
+            os.mkfifo(number)
+            self.addCleanup(self.answer_again, number, kept)
+
+        # When
+        self.start_again(before=silence)
+
+        # Then
+        self.gateway.await_status("a start that waits", lambda s: s["listener"]["state"] == "starting")
+        self.gateway.await_status("a folder out of sight", lambda s: s["inbox"]["outOfSight"] == 1)
+        self.choose()
+        await_true("images in another folder",
+                   lambda: run("storescu", "-aec", TITLE, "127.0.0.1", self.gateway.port, *images[1:], check=False)
+                   .returncode == 0, self.gateway.process)
+        self.gateway.await_received(images[1:])
+        self.answer_again(number, kept)
+        self.gateway.await_status("all in sight", lambda s: s["inbox"]["outOfSight"] == 0)
+        self.gateway.await_received(images)
+
+    @staticmethod
+    def answer_again(number, kept):
+        """Those who wait go on, and find the number."""
+        if kept.exists():
+            waiting = os.open(number, os.O_RDWR)
+            kept.rename(number)
+            os.close(waiting)
 
     def test_a_folder_belongs_to_one_gateway(self):
         # Given

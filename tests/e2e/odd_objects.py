@@ -84,23 +84,47 @@ def dataset_of(file):
     return file[at:]
 
 
+def identity_in(file):
+    """Study, series and instance of a file with explicit representations, by its bytes."""
+    body = dataset_of(file)
+
+    def uid(tag):
+        at = body.index(struct.pack("<HH", tag >> 16, tag & 0xFFFF) + b"UI")
+        length = struct.unpack_from("<H", body, at + 6)[0]
+        return body[at + 8:at + 8 + length].rstrip(b"\0").decode()
+
+    return tuple(uid(tag) for tag in (0x0020000D, 0x0020000E, 0x00080018))
+
+
+def received(file):
+    """The dataset of a file that the listener or a worker wrote: behind a header of known length, whatever it is (PS3.10, 7.1)."""
+    return file[144 + struct.unpack_from("<I", file, 140)[0]:]
+
+
 class Sender:
     """One association about CT images; each store says in its command what it is told."""
 
-    def __init__(self, port, called, transfer_syntax=EXPLICIT):
+    def __init__(self, port, called, transfer_syntax=EXPLICIT, calling="ODD"):
         self._socket = socket.create_connection(("127.0.0.1", port), timeout=60)
         context = (b"\x01\0\0\0" + self._item(0x30, CT) + self._item(0x40, transfer_syntax))
-        body = (struct.pack(">HH16s16s32x", 1, 0, called.encode().ljust(16), b"ODD             ")
+        body = (struct.pack(">HH16s16s32x", 1, 0, called.encode().ljust(16), calling.encode().ljust(16))
                 + self._item(0x10, "1.2.840.10008.3.1.1.1") + self._item(0x20, context)
                 + self._item(0x50, struct.pack(">BBHI", 0x51, 0, 4, 16384) + self._item(0x52, "1.2.3.4")))
         self._send(1, body)
         kind, answer = self._receive()
         if kind != 2 or b"\x21\0\0" not in answer:
+            self.close()
             raise AssertionError(f"the association was answered with {kind}")
         self._message = 0
 
     def store(self, body, instance):
         """Sends a dataset under the instance that the command names, None for none; must be answered with success."""
+        status = self.ask_to_store(body, instance)
+        if status != 0:
+            raise AssertionError(f"the store was answered with {status:04x}")
+
+    def ask_to_store(self, body, instance):
+        """The same; the status that it was answered with."""
         self._message += 1
         fields = [(0x0002, padded(CT)), (0x0100, struct.pack("<H", 1)), (0x0110, struct.pack("<H", self._message)),
                   (0x0700, struct.pack("<H", 0)), (0x0800, struct.pack("<H", 1))]
@@ -112,12 +136,16 @@ class Sender:
             self._data(2 if at + 8000 >= len(body) else 0, body[at:at + 8000])
         kind, answer = self._receive()
         status = answer.find(struct.pack("<HHI", 0, 0x0900, 2))
-        if kind != 4 or status < 0 or answer[status + 8:status + 10] != b"\0\0":
+        if kind != 4 or status < 0:
             raise AssertionError(f"the store was answered with PDU {kind}: {answer!r}")
+        return struct.unpack_from("<H", answer, status + 8)[0]
 
     def release(self):
         self._send(5, bytes(4))
         self._receive()
+        self.close()
+
+    def close(self):
         self._socket.close()
 
     @staticmethod

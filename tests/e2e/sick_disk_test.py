@@ -54,6 +54,44 @@ class SickDisk(EndToEndTest):
         await_true("the listener's words", lambda: "can't sync folders" in (self.gateway.status()["listener"]["error"] or ""),
                    self.gateway.process)
 
+    def test_a_folder_on_a_share_that_is_dead_holds_up_nothing_but_its_own_answer(self):
+        # Given
+        folder = self.folder / "share"
+        folder.mkdir()
+        self.disk.silence("stat", f"{folder}*")
+
+        # When: it is chosen
+        choosing = subprocess.Popen([PROGRAMS / "quorin-gateway", "--home", self.gateway.home, "settings", "set",
+                                     "ListenerDestinationFolder", folder],
+                                    env=environment(), stderr=subprocess.PIPE, text=True)
+        self.addCleanup(choosing.stderr.close)
+        self.addCleanup(choosing.kill)
+        await_true("the look at it", lambda: self.disk.failures() >= 1, self.gateway.process)
+
+        # Then: everything else goes on, and the answer says why nothing was changed
+        self.assertEqual(self.gateway.status()["listener"]["state"], "listening")
+        files = self.samples(ct=1)
+        send(self.gateway, files)
+        self.gateway.await_received(files)
+        _, words = choosing.communicate(timeout=PATIENCE_SECONDS)
+        self.assertNotEqual(choosing.returncode, 0)
+        self.assertIn(f"{folder} doesn't answer.", words)
+
+        # When: a setup names it
+        setup = self.gateway.command("setup", "--ae-title", TITLE, "--port", self.gateway.port, "--incoming",
+                                     folder, "--no-bonjour", check=False)
+
+        # Then
+        self.assertIn("The folder doesn't answer.", setup.stderr)
+        self.assertEqual(self.gateway.command("settings", "get", "ListenerDestinationFolder").stdout.strip(), "")
+
+        # When: the share is back
+        self.disk.heal()
+
+        # Then
+        self.gateway.command("settings", "set", "ListenerDestinationFolder", folder)
+        self.gateway.await_status("the folder", lambda s: s["listener"]["state"] == "listening")
+
     def test_a_full_temporary_folder_blames_neither_an_image_nor_the_cloud(self):
         # Given
         self.gateway.command("settings", "set", "quorinCloudCompressToLS", "false")
@@ -102,6 +140,23 @@ class SickDisk(EndToEndTest):
         self.disk.heal()
         self.gateway.await_synced(sent)
 
+    def test_a_stored_image_that_cannot_be_asked_for_is_not_called_missing(self):
+        # Given
+        sent = self.samples(ct=1)
+        send(self.gateway, sent)
+        self.gateway.await_received(sent)
+        self.disk.fail("stat", "*/Pavan Data/10000/*")
+
+        # When
+        self.gateway.sign_in()
+
+        # Then
+        status = self.gateway.await_status("a failure", lambda s: s["failures"])
+        self.assertEqual([failure["class"] for failure in status["failures"]], ["fileUnreadable"])
+        self.disk.heal()
+        self.gateway.command("upload")
+        self.gateway.await_synced(sent)
+
     def test_a_read_error_of_a_moment_is_not_noticed(self):
         # Given
         files = self.samples(ct=1)
@@ -113,6 +168,20 @@ class SickDisk(EndToEndTest):
         # Then
         self.gateway.await_received(files)
         self.assertEqual(self.disk.failures(), 1)
+        self.assertEqual(self.set_aside(), [])
+
+    def test_an_image_whose_size_cannot_be_asked_for_a_moment_is_not_blamed(self):
+        # Given: the one who parses it is the first to ask about the copy
+        files = self.samples(ct=1)
+        self.disk.fail("stat", COPY, times=1)
+
+        # When
+        send(self.gateway, files)
+
+        # Then
+        await_true("the failure", lambda: self.disk.failures() == 1, self.gateway.process)
+        await_true("its end", lambda: self.set_aside() or self.gateway.status()["counters"]["images"] == 1,
+                   self.gateway.process)
         self.assertEqual(self.set_aside(), [])
 
     def test_an_image_that_could_not_be_read_for_a_while_is_taken_in_when_it_can(self):
@@ -131,6 +200,23 @@ class SickDisk(EndToEndTest):
         self.disk.heal()
         self.gateway.await_received(files)
         await_true("an empty inbox", lambda: not list(self.inbox.glob("*.dcm")), self.gateway.process)
+
+    def test_an_image_whose_pixels_cannot_be_read_is_recorded_all_the_same(self):
+        # Given
+        self.gateway.command("sign-out")
+        files = self.samples(ct=1)
+        self.disk.fail("read-behind", COPY)
+
+        # When
+        send(self.gateway, files)
+
+        # Then
+        self.gateway.await_received(files)
+        self.assertGreater(self.disk.failures(), 0)
+        self.assertEqual(self.set_aside(), [])
+        self.disk.heal()
+        self.gateway.sign_in()
+        self.gateway.await_synced(files)
 
     def test_what_was_set_aside_is_told_everywhere_and_taken_in_by_a_repair(self):
         self.gateway.sign_in()

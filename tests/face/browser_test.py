@@ -23,8 +23,8 @@ class BrowserTest(FaceTest):
 
     def open_from_card(self, card, title):
         """By the only entry of a card's menu."""
-        self.desktop.click(self.see(self.see(self.dashboard, card), "More"))
-        self.desktop.keys("Down", "Return")
+        self.open_menu(self.see(self.see(self.dashboard, card), "More"))
+        self.choose_in_menu("Down")
         return self.desktop.window(title)
 
     def place_in(self, table, row, x):
@@ -32,11 +32,8 @@ class BrowserTest(FaceTest):
         left, top = place.x, place.y
         return left + x, top + ROW + row * ROW + ROW // 2
 
-    def open_menu(self, table, row):
-        """By a right click on a row; keys are the menu's once it is shown."""
-        before = self.windows_of_program()
-        self.desktop.click(self.place_in(table, row, 200), button=3)
-        await_true("the menu", lambda: len(self.windows_of_program()) > len(before), self.gateway.process)
+    def open_menu_of_row(self, table, row, x=200):
+        self.open_menu(self.place_in(table, row, x), button=3)
 
     def confirm(self, window, what):
         """The three questions; the focus is on the way back each time, so Return alone deletes nothing."""
@@ -171,23 +168,36 @@ class Browsers(BrowserTest):
         self.see(window, "Showing .*")
 
         # When a person asks for the folder; nothing is left to send
-        self.open_menu(table, 0)
+        self.open_menu_of_row(table, 0)
         self.picture("menu")
-        self.desktop.keys("Down", "Down", "Return")
+        self.choose_in_menu("Down", "Down")
 
         # Then
         folders = {path.parent for path in self.stored_files()}
         await_true("the folder to be opened", self.desktop.opened, self.gateway.process)
         self.assertIn(Path(unquote(urlsplit(self.desktop.opened()[0]).path)), folders)
 
-        # When they ask for its lines in the log
-        self.open_menu(table, 0)
-        self.desktop.keys("Down", "Down", "Down", "Return")
+        # When they ask for its lines in the log; soon, and on the same spot, it would be a double click
+        self.open_menu_of_row(table, 0, x=300)
+        self.choose_in_menu("Down", "Down", "Down")
 
         # Then
         self.see(self.dashboard, "From association to removal.*")
         self.see(self.dashboard, "Showing [1-9].* logs")
         self.picture("log")
+
+    def test_what_comes_while_nobody_is_signed_in_is_shown(self):
+        # Given
+        window = self.open_from_card("Received Items", "Local Studies")
+        before = len({identity_of(file)[0] for file in self.sent})
+        self.see(window, f"Showing {before} of {before}")
+        self.gateway.command("sign-out")
+
+        # When
+        send(self.gateway, self.samples(seed=77, ct=1))
+
+        # Then
+        self.see(window, f"Showing {before + 1} of {before + 1}")
 
 
 class OneStudy(BrowserTest):
@@ -206,8 +216,8 @@ class OneStudy(BrowserTest):
         self.see(window, "Showing 2 of 2")
 
         # When
-        self.open_menu(table, 1)
-        self.desktop.keys("Down", "Down", "Return")
+        self.open_menu_of_row(table, 1)
+        self.choose_in_menu("Down", "Down")
 
         # Then
         self.see(window, "What this study has not sent yet is tried now.*")

@@ -48,6 +48,7 @@ class Desktop:
         self._started = []
         self._pictures = Path(os.environ.get("QUORIN_FACE_PICTURES") or self.folder / "pictures")
         self._pictures.mkdir(parents=True, exist_ok=True)
+        self.locale = "C.UTF-8"  # of programs that are started from now on
         self.home = self.folder / "person"
         self.home.mkdir()
         self._variables = {"HOME": str(self.home), "XDG_RUNTIME_DIR": str(self.folder), "NO_AT_BRIDGE": "1", "GDK_BACKEND": "x11",
@@ -64,7 +65,7 @@ class Desktop:
     def variables(self):
         """What a program of this desktop finds in its environment."""
         return self._variables | {"QT_QPA_PLATFORM": "xcb", "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1",
-                                  "QT_SCALE_FACTOR": "1", "QT_IM_MODULE": "none", "LC_ALL": "C.UTF-8"}
+                                  "QT_SCALE_FACTOR": "1", "QT_IM_MODULE": "none", "LC_ALL": self.locale}
 
     def start(self, *command, variables=None, **more):
         """A program of this desktop, with all that it starts in a group of its own."""
@@ -152,6 +153,10 @@ class Desktop:
         """x, y, width, height of a window."""
         told = dict(re.findall(r"^(\w+)=(-?\d+)$", self._xdotool("getwindowgeometry", "--shell", window_id), re.M))
         return tuple(int(told[name]) for name in ("X", "Y", "WIDTH", "HEIGHT"))
+
+    def minimize(self, window_id):
+        """As a desktop does whose key for that is pressed."""
+        self._xdotool("windowminimize", window_id)
 
     def click(self, target, button=1):
         """Presses on a widget's middle, or at a point."""

@@ -2,6 +2,7 @@
 
 import json
 import shutil
+import time
 import unittest
 
 from rig import DASHBOARD, EMAIL, PROGRAMS, FaceTest, Modality, await_true, drag_source, send
@@ -52,13 +53,11 @@ class Face(FaceTest):
     def test_the_panel_quits_the_program(self):
         # Given
         panel = self.open_panel()
-        before = self.windows_of_program()
 
         # When
-        self.desktop.click(self.see(panel, "More"))
-        await_true("the menu", lambda: len(self.windows_of_program()) > len(before), self.gateway.process)
+        self.open_menu(self.see(panel, "More"))
         self.picture("menu")
-        self.desktop.keys("Up", "Return")  # its last entry
+        self.choose_in_menu("Up")  # its last entry
 
         # Then
         self.assertEqual(self.gateway.process.wait(90), 0)
@@ -135,6 +134,32 @@ class Face(FaceTest):
         self.see(dashboard, "(Images: )?800")
         self.picture("received")
 
+    def test_why_uploads_fail_is_said_and_nothing_refused_looks_sent(self):
+        # Given
+        self.gateway.sign_in()
+        dashboard = self.open_dashboard()
+        self.see(dashboard, "READY")
+        self.cloud.steer("faults", path="/dicom-web/studies", method="POST", status=500, count=1000)
+
+        # When
+        send(self.gateway, self.samples(ct=4))
+        self.gateway.await_status("failed uploads", lambda s: s["counters"]["failed"] == 4)
+
+        # Then
+        self.see(dashboard, "4 images could not be sent")
+        self.see(dashboard, "The cloud has a fault of its own\\. .*")
+        self.gateway.await_status("no speed", lambda s: s["upload"]["speedMbps"] == 0)
+        self.picture("refused")
+
+        # When
+        self.cloud.end()
+        self.desktop.click(self.see(dashboard, "Refresh", "push button"))
+
+        # Then
+        self.see(dashboard, "UNREACHABLE")
+        self.see(dashboard, "The cloud service at 127\\.0\\.0\\.1 refused the connection\\.")
+        self.picture("unreachable")
+
     def test_what_is_dropped_is_imported(self):
         # Given
         files = self.samples(ct=3)
@@ -179,14 +204,15 @@ class Face(FaceTest):
         self.cloud.steer("terms", version="7", text=text, reason="T&Cs updated")
         files = self.samples(ct=2)
         send(self.gateway, files)
-        self.see(dashboard, "Quorin Cloud Terms & Conditions")
-        return dashboard, files
+        preferences = self.desktop.window("Preferences")
+        self.see(preferences, "Quorin Cloud Terms & Conditions")
+        return preferences, files
 
     def test_images_wait_for_the_terms_that_are_accepted_on_the_screen(self):
         # Given
-        dashboard, files = self.meet_new_terms("\n".join(f"{clause}. Be kind." for clause in range(1, 101)))
-        self.see(dashboard, "The Terms & Conditions were updated.*")
-        accept = self.see(dashboard, "Accept", "push button")
+        preferences, files = self.meet_new_terms("\n".join(f"{clause}. Be kind." for clause in range(1, 101)))
+        self.see(preferences, "The Terms & Conditions were updated.*")
+        accept = self.see(preferences, "Accept", "push button")
         self.assertNotIn("enabled", accept.states)
         self.picture("unread")
 
@@ -199,21 +225,22 @@ class Face(FaceTest):
         self.desktop.click(accept)
 
         # Then
-        self.desktop.see_gone(dashboard, "Quorin Cloud Terms & Conditions")
+        self.desktop.see_gone(preferences, "Quorin Cloud Terms & Conditions")
         self.gateway.await_status("accepted terms", lambda s: s["terms"]["required"] is False)
         self.gateway.command("upload")
         self.gateway.await_synced(files)
 
     def test_who_declines_the_terms_is_signed_out_and_keeps_the_images(self):
         # Given
-        dashboard, files = self.meet_new_terms("Be kind.")
+        preferences, files = self.meet_new_terms("Be kind.")
 
         # When
-        self.desktop.click(self.see(dashboard, "Decline", "push button"))
+        self.desktop.click(self.see(preferences, "Decline", "push button"))
 
         # Then
-        self.desktop.see_gone(dashboard, "Quorin Cloud Terms & Conditions")
-        self.see(dashboard, "SIGNED OUT")
+        self.desktop.see_gone(preferences, "Quorin Cloud Terms & Conditions")
+        self.see(preferences, "Quorin Cloud Terms & Conditions were declined\\. You have been signed out\\.")
+        self.see(preferences, "Signed out")
         self.picture("signed-out")
         self.gateway.await_status("the end of the session", lambda s: not s["session"]["signedIn"]
                                   and s["counters"]["images"] == len(files))
@@ -235,6 +262,18 @@ class Face(FaceTest):
         # Then
         self.see(dashboard, r"Showing 1 of \d+ logs")
         self.picture("one")
+
+        # When one looks at it closely
+        table = self.see(dashboard, "Log events", "table").place
+        self.desktop.click((table.x + 200, table.y + 60))
+        self.see(dashboard, "Close details", "push button")
+        self.see(dashboard, "Action: association_started")
+        self.picture("details")
+        self.desktop.keys("Escape")
+
+        # Then
+        self.desktop.see_gone(dashboard, "Close details")
+        self.assertEqual(len(self.desktop.window_ids("--name", f"^{DASHBOARD}$")), 1)
         self.desktop.click(self.see(dashboard, "Reset Filters", "push button"))
         self.see(dashboard, r"Showing (\d+) of \1 logs")
 
@@ -242,14 +281,18 @@ class Face(FaceTest):
         self.desktop.click(self.see(dashboard, "Delete Logs", "push button"))
         self.see(dashboard, "Delete All Logs\\?")
         self.picture("question")
+        begun = time.strftime("%Y-%m-%dT%H:%M:%SZ", time.gmtime())
         self.desktop.click(self.see(dashboard, "Delete", "push button"))
 
-        # Then
-        self.see(dashboard, "Showing 0 of 0 logs")
+        # Then there is nothing but what was logged since, as runs that find nobody signed in are
+        self.desktop.see_gone(dashboard, "Delete All Logs\\?")
+        self.desktop.keys("ctrl+f")
+        self.desktop.write("association_started")
+        self.see(dashboard, r"Showing 0 of \d+ logs")
         self.picture("deleted")
         logs = self.folder / "home" / "Application Support" / "QuorinGateway" / "Logs"
-        self.assertEqual([json.loads(line)["action"] for file in logs.glob("*.jsonl")
-                          for line in file.read_text().splitlines()], [])
+        kept = [json.loads(line) for file in logs.glob("*.jsonl") for line in file.read_text().splitlines()]
+        self.assertEqual([line for line in kept if line["timestamp"] < begun], [])
 
     def test_a_second_start_shows_the_dashboard_of_the_first(self):
         # When
@@ -259,6 +302,34 @@ class Face(FaceTest):
         # Then
         self.assertEqual(second.wait(90), 0)
         await_true("the dashboard", self.dashboard, self.gateway.process)
+
+
+class FirstLook(FaceTest):
+    """Nobody knows yet whether the session of the last time is good."""
+
+    def start_program(self, address, kind):
+        before = super().start_program(address, kind)
+        before.sign_in()
+        before.end()
+        self.cloud.steer("faults", path="/api/v1/auth/token", delayMs=600_000, count=1000)
+        return super().start_program(address, kind)
+
+    def test_each_screen_says_the_same_of_a_session_that_is_not_known_yet(self):
+        words = "Checking sign-in status…"
+        panel = self.open_panel()
+        self.see(panel, words)
+        self.desktop.click(self.see(panel, "Open Dashboard"))
+        dashboard = await_true("the dashboard", self.dashboard, self.gateway.process)
+        self.see(dashboard, words)
+        self.see(dashboard, "CHECKING")
+        self.assertIsNone(dashboard.find("Sign in", "push button"))
+        self.picture("dashboard")
+        self.desktop.click(self.see(dashboard, "Preferences", "push button"))
+        preferences = self.desktop.window("Preferences")
+        self.see(preferences, words)
+        self.assertIsNone(preferences.find("Password"))
+        self.picture("preferences")
+        self.assertIn(f"Session    {words}", self.gateway.command("status").stdout)
 
 
 if __name__ == "__main__":

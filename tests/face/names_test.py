@@ -55,12 +55,22 @@ class Names(FaceTest):
         self.desktop.keys("Return")
         self.cloud.steer("terms", version="7", text="Be kind.", reason="T&Cs updated")
         send(self.gateway, self.samples(ct=1))
-        self.see(dashboard, "Quorin Cloud Terms & Conditions")
+        preferences = self.desktop.window("Preferences")
+        self.see(preferences, "Quorin Cloud Terms & Conditions")
 
-        self.assert_named(dashboard, 40)
+        self.assert_named(preferences, 20)
+
+    def test_the_preferences_say_what_they_show_in_each_pane(self):
+        preferences = self.open_preferences()
+        for category, group in (("Listener Settings", "Connection"), ("Quorin Cloud Settings", "Retrieval"),
+                                ("Account", "Status")):
+            self.desktop.click(self.see(preferences, category, "list item"))
+            self.see(preferences, group)
+            self.assert_named(preferences, 15)
 
     def test_the_wizard_says_what_it_shows_on_each_page(self):
-        self.desktop.click(self.see(self.open_dashboard(), "Preferences", "push button"))
+        preferences = self.open_preferences()
+        self.desktop.click(self.see(preferences, "Setup Wizard…", "push button"))
         wizard = self.desktop.window("Quorin Gateway Setup")
         for step in range(1, 6):
             self.see(wizard, f"Step {step} of 5")

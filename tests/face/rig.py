@@ -82,6 +82,17 @@ class FaceTest(EndToEndTest):
         """All that it shows, menus too, which assistive tools learn of by events alone."""
         return self.desktop.window_ids("--pid", self.gateway.process.pid)
 
+    def open_menu(self, *click, **more):
+        """By a click; keys are the menu's once it is shown."""
+        before = set(self.windows_of_program())
+        self.desktop.click(*click, **more)
+        self.menu = await_true("the menu", lambda: set(self.windows_of_program()) - before, self.gateway.process)
+
+    def choose_in_menu(self, *keys):
+        """An entry of the open menu, by keys; what is clicked next isn't the menu's any more."""
+        self.desktop.keys(*keys, "Return")
+        await_true("the menu to close", lambda: not self.menu & set(self.windows_of_program()))
+
     def dashboard(self):
         """The dashboard, if it is open."""
         return self.desktop.window_with("View Logs")
@@ -91,6 +102,10 @@ class FaceTest(EndToEndTest):
         dashboard = await_true("the dashboard", self.dashboard, self.gateway.process)
         await_true("the panel to close", lambda: self.panel() is None, self.gateway.process)
         return dashboard
+
+    def open_preferences(self):
+        self.desktop.click(self.see(self.open_dashboard(), "Preferences", "push button"))
+        return self.desktop.window("Preferences")
 
     def sign_in(self, dashboard):
         """By the sheet and the keyboard alone, once the sheet is asked for."""

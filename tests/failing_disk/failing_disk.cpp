@@ -6,8 +6,10 @@
 // (fnmatch;
 // "*" matches slashes, too). Its second half counts the failures given by each rule, 64 bits each, by the
 // line's number. It is mapped once, when the program starts, so it steers confined processes as well; a test
-// may write other rules at any moment. Calls: open, read, write, fsync, rename, stat. A rule of "grain" lets
-// nothing fail: its number is that of the seconds whose multiples such files keep as their times.
+// may write other rules at any moment. Calls: open, read, write, fsync, rename, stat; "read-behind" is a read
+// that begins kBehind bytes from the start of a file or later. A rule of "grain" lets nothing fail: its
+// number is that of the seconds whose multiples such files keep as their times. An errno of 0 lets a call
+// wait, as a share does that is dead, until all rules are taken away.
 //
 // Paths of descriptors are those by which they were opened in this process. Reads inside the C library (its
 // streams) aren't seen.
@@ -24,6 +26,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -43,6 +46,7 @@ constexpr std::size_t kFileBytes = 2 * kTextBytes;
 constexpr std::size_t kMostRules = kTextBytes / sizeof(std::uint64_t);
 constexpr int kDescriptors = 4096;
 constexpr std::size_t kLongestPath = 512;
+constexpr off64_t kBehind = off64_t{128} * 1024;
 
 struct Control
 {
@@ -114,6 +118,16 @@ std::string below(int folder, const char *name)
                                                 : std::string(pathOf(folder)) + '/' + name;
 }
 
+/// Returns when all rules are taken away.
+void waitForHealth(const Control &rules)
+{
+    const volatile char &first = rules.text[0];
+    while (first != '\0') {
+        const timespec rest{0, 10'000'000};
+        ::nanosleep(&rest, nullptr);
+    }
+}
+
 /// True when the call must fail now; errno says how.
 bool fails(const char *call, const char *path)
 {
@@ -138,6 +152,10 @@ bool fails(const char *call, const char *path)
             continue;
         }
         const std::uint64_t before = rules->failures[line]++;
+        if (code == 0) {
+            waitForHealth(*rules);
+            return false;
+        }
         if (times[0] == '-' || before < std::strtoull(times.data(), nullptr, 10)) {
             errno = code;
             return true;
@@ -160,6 +178,12 @@ std::optional<std::array<timespec, 2>> asKept(const char *path, const timespec *
         }
     }
     return kept;
+}
+
+bool readFails(int descriptor, off64_t offset)
+{
+    const char *path = pathOf(descriptor);
+    return fails("read", path) || (offset >= kBehind && fails("read-behind", path));
 }
 
 mode_t modeFrom(int flags, va_list arguments)
@@ -238,7 +262,7 @@ ssize_t __read_chk(int descriptor, void *to, size_t size, size_t room)
     ssize_t name(int descriptor, void *to, size_t size, off64_t offset, size_t room)                         \
     {                                                                                                        \
         static const auto next = original<ssize_t(int, void *, size_t, off64_t, size_t)>(#name);             \
-        return fails("read", pathOf(descriptor)) ? -1 : next(descriptor, to, size, offset, room);            \
+        return readFails(descriptor, offset) ? -1 : next(descriptor, to, size, offset, room);                \
     }
 CHECKED_PREAD(__pread_chk)
 CHECKED_PREAD(__pread64_chk)
@@ -267,13 +291,13 @@ ssize_t read(int descriptor, void *to, size_t size)
 ssize_t pread(int descriptor, void *to, size_t size, off_t offset)
 {
     ORIGINAL(pread);
-    return fails("read", pathOf(descriptor)) ? -1 : next(descriptor, to, size, offset);
+    return readFails(descriptor, offset) ? -1 : next(descriptor, to, size, offset);
 }
 
 ssize_t pread64(int descriptor, void *to, size_t size, off64_t offset)
 {
     ORIGINAL(pread64);
-    return fails("read", pathOf(descriptor)) ? -1 : next(descriptor, to, size, offset);
+    return readFails(descriptor, offset) ? -1 : next(descriptor, to, size, offset);
 }
 
 ssize_t write(int descriptor, const void *from, size_t size)
@@ -342,6 +366,18 @@ int stat64(const char *path, struct stat64 *about)
 {
     ORIGINAL(stat64);
     return fails("stat", path) ? -1 : next(path, about);
+}
+
+int access(const char *path, int mode)
+{
+    ORIGINAL(access);
+    return fails("stat", path) ? -1 : next(path, mode);
+}
+
+int fstat(int descriptor, struct stat *about)
+{
+    ORIGINAL(fstat);
+    return fails("stat", pathOf(descriptor)) ? -1 : next(descriptor, about);
 }
 
 int statx(int folder, const char *path, int flags, unsigned mask, struct statx *about)

@@ -58,8 +58,8 @@ class DebianRoot:
         if not archive.exists():
             archive.parent.mkdir(exist_ok=True)
             partial = archive.with_suffix(f".{os.getpid()}.tar")
-            call(*SUDO, "mmdebstrap", "--quiet", "--variant=apt", "--mode=root", f"--include={','.join(names)}",
-                 "bookworm", partial)
+            more = [f"--include={','.join(names)}"] if names else []
+            call(*SUDO, "mmdebstrap", "--quiet", "--variant=apt", "--mode=root", *more, "bookworm", partial)
             partial.rename(archive)
         return archive
 

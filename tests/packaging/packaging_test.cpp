@@ -159,8 +159,14 @@ TEST(ConformanceStatement, SaysWhatTheHelperProgramKeepsTo)
     EXPECT_EQ(listener[u"associationsPerAddress"].toInteger(), static_cast<qint64>(helper.perAddress));
 }
 
-/// What systemd has to say about a unit; nothing when it is well.
-QString verdictOfSystemd(QByteArray unit)
+struct Verdict
+{
+    int code;
+    QString words;
+};
+
+/// What `systemd-analyze` says of a unit.
+Verdict askSystemd(const QStringList &question, QByteArray unit)
 {
     const QTemporaryDir folder;
     const QString path = folder.filePath(u"quorin-gateway.service"_qs);
@@ -169,11 +175,24 @@ QString verdictOfSystemd(QByteArray unit)
     // The program isn't installed on the machine that tests it.
     file.write(unit.replace("/usr/bin/quorin-gateway", "/bin/true"));
     file.close();
-    QProcess verify;
-    verify.setProcessChannelMode(QProcess::MergedChannels);
-    verify.start(u"systemd-analyze"_qs, {u"verify"_qs, u"--man=no"_qs, path});
-    EXPECT_TRUE(verify.waitForFinished(kPatienceMilliseconds)) << "systemd-analyze must be installed";
-    return verify.exitCode() == 0 ? QString::fromUtf8(verify.readAll()) : u"refused"_qs;
+    QProcess analyze;
+    analyze.setProcessChannelMode(QProcess::MergedChannels);
+    analyze.start(u"systemd-analyze"_qs, question + QStringList(path));
+    EXPECT_TRUE(analyze.waitForFinished(kPatienceMilliseconds)) << "systemd-analyze must be installed";
+    return {analyze.exitCode(), QString::fromUtf8(analyze.readAll())};
+}
+
+/// Nothing when a unit is well.
+QString verdictOfSystemd(const QByteArray &unit)
+{
+    const Verdict verdict = askSystemd({u"verify"_qs, u"--man=no"_qs}, unit);
+    return verdict.code == 0 ? verdict.words : u"refused"_qs;
+}
+
+/// Whether a unit is exposed to no more than 2.0 of systemd's ten points.
+Verdict exposureOf(const QByteArray &unit)
+{
+    return askSystemd({u"security"_qs, u"--offline=true"_qs, u"--threshold=20"_qs, u"--no-pager"_qs}, unit);
 }
 
 TEST(SystemdUnit, IsWellInTheEyesOfSystemd)
@@ -187,6 +206,25 @@ TEST(SystemdUnit, WouldBeFoundOutIfAKeyWereMisspelt)
     unit.replace("NoNewPrivileges=", "NoNewPrivilegs=");
 
     EXPECT_TRUE(verdictOfSystemd(unit).contains(u"NoNewPrivilegs"_qs));
+}
+
+TEST(SystemdUnit, LeavesTheServiceLittleThatItCouldDoToItsMachine)
+{
+    const Verdict verdict = exposureOf(source(u"packaging/systemd/quorin-gateway.service"_qs));
+
+    EXPECT_TRUE(verdict.words.contains(u"Overall exposure level"_qs)) << verdict.words.toStdString();
+    EXPECT_EQ(verdict.code, 0) << verdict.words.toStdString();
+}
+
+TEST(SystemdUnit, WouldBeFoundOutIfItGaveTheServiceMore)
+{
+    QByteArray unit = source(u"packaging/systemd/quorin-gateway.service"_qs);
+    unit.replace("\nCapabilityBoundingSet=\n", "\n");
+
+    const Verdict verdict = exposureOf(unit);
+
+    EXPECT_TRUE(verdict.words.contains(u"Overall exposure level"_qs)) << verdict.words.toStdString();
+    EXPECT_NE(verdict.code, 0) << verdict.words.toStdString();
 }
 
 } // namespace

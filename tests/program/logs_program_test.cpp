@@ -1,7 +1,7 @@
 #include "tests/support/gateway_process.h"
 
-#include "log/gateway_log_event.h"
-#include "log/log_line.h"
+#include "log/writing/gateway_log_event.h"
+#include "log/writing/log_line.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>

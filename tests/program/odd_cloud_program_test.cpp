@@ -82,7 +82,9 @@ TEST_F(OddCloud, AWebPageNeitherSignsInNorCountsAsOnline)
 
 TEST_F(OddCloud, AnArchiveThatTakesImagesAndNoQueriesCanBeUsed)
 {
-    const ScriptedHttpServer archive([](const ReceivedRequest &) { return ScriptedHttpServer::answer(405); });
+    const ScriptedHttpServer archive([](const ReceivedRequest &request) {
+        return ScriptedHttpServer::answer(request.method == "POST" ? 400 : 405);
+    });
     pointAt(archive, QStringLiteral("dicomweb"));
     const RunningGateway gateway(m_home);
 
@@ -93,6 +95,19 @@ TEST_F(OddCloud, AnArchiveThatTakesImagesAndNoQueriesCanBeUsed)
     const QJsonObject status = m_home.status();
     EXPECT_TRUE(status[u"session"][u"signedIn"].toBool());
     EXPECT_TRUE(status[u"cloud"][u"online"].toBool());
+}
+
+TEST_F(OddCloud, AnAddressWithAWrongPathIsNotOnline)
+{
+    const ScriptedHttpServer archive([](const ReceivedRequest &) { return ScriptedHttpServer::answer(404); });
+    pointAt(archive, QStringLiteral("dicomweb"));
+    const RunningGateway gateway(m_home);
+
+    const QJsonObject cloud = m_home.status()[u"cloud"].toObject();
+
+    EXPECT_FALSE(cloud[u"online"].toBool(true));
+    EXPECT_TRUE(cloud[u"lastError"].toString().contains(
+        QStringLiteral("path of the archive's address may be wrong")));
 }
 
 TEST_F(OddCloud, AnArchiveThatRefusesThePasswordForAWhileGetsItAgain)

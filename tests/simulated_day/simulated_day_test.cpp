@@ -24,7 +24,7 @@ constexpr auto kStep = 1511s;
 
 constexpr int kStepsOfACleanup = 3; // about an hour
 
-/// The two gateways, and chance, which deals them the same hand.
+/// The two gateways, and the random numbers by which the same happens to both.
 class SimulatedDay : public ::testing::Test
 {
 protected:

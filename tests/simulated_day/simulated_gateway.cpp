@@ -1,12 +1,11 @@
 #include "tests/simulated_day/simulated_gateway.h"
 
 #include "core/notification_names.h"
-#include "platform/files/files.h"
+#include "platform/files/testing/occupied_bytes.h"
 #include "upload/retention_cutoff.h"
 #include "upload/upload_run.h"
 
 #include <QtCore/QCoreApplication>
-#include <QtCore/QDirIterator>
 
 #include <thread>
 
@@ -27,16 +26,6 @@ void runUntil(const Condition &condition)
     }
 }
 
-qint64 occupiedBytes(const QString &root)
-{
-    qint64 bytes = 0;
-    QDirIterator files(root, QDir::Files | QDir::NoSymLinks, QDirIterator::Subdirectories);
-    while (files.hasNext()) {
-        bytes += platform::allocatedBytes(files.next()).value_or(0);
-    }
-    return bytes;
-}
-
 ExecutionConfig orders()
 {
     return {.mode = ExecutionMode::single, .maxConcurrent = 2, .compressionEnabled = true, .fetchLimit = 8};
@@ -50,6 +39,12 @@ SimulatedGateway::SimulatedGateway(const QTimeZone &zone) : m_zone(zone)
         m_home.index(), m_home.notifications, m_home.main, m_pool, m_home.clock, [this] { return m_zone; }});
     m_state->setListening(true);
     m_state->syncListeningState();
+    // A file goes up as long as it is what it was when it came.
+    m_converter.behave([this](const QString &path) {
+        platform::SendableFile file = m_converter.write(path);
+        file.version = m_home.parser.versionOf(path);
+        return file;
+    });
     m_coordinator =
         std::make_unique<upload::StoreUploadCoordinator>(upload::StoreUploadCoordinator::Collaborators{
             m_emitter,
@@ -97,9 +92,13 @@ QString SimulatedGateway::receive(const QVariantMap &elements)
 
 void SimulatedGateway::upload()
 {
+    // The converter of these days calls an image by its stored file's name, and the rows do for as long.
+    m_home.execute(QStringLiteral("UPDATE DicomImage SET orientation = originalSOPInstanceUID, "
+                                  "originalSOPInstanceUID = substr(pathString, instr(pathString, '/') + 1)"));
     ++m_startedRuns;
     m_coordinator->requestUploadRun(QStringLiteral("command_line"), upload::UploadUrgency::everythingNow);
     settle();
+    m_home.execute(QStringLiteral("UPDATE DicomImage SET originalSOPInstanceUID = orientation"));
 }
 
 void SimulatedGateway::cleanUp()
@@ -137,7 +136,7 @@ void SimulatedGateway::pass(std::chrono::seconds duration)
 
 bool SimulatedGateway::storageIsRight()
 {
-    const qint64 expected = occupiedBytes(m_home.fileStoreRoot());
+    const qint64 expected = platform::testing::occupiedBytes(m_home.fileStoreRoot());
     for (int measurement = 0; measurement < 2; ++measurement) {
         m_state->refreshStorageUsage();
         for (int looks = 0; looks < 10'000 && figures().receivedStorageUsage.usedBytes != expected; ++looks) {

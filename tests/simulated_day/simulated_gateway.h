@@ -2,8 +2,8 @@
 
 #include "index/figure_index.h"
 #include "index/testing/temporary_index.h"
-#include "log/gateway_logging.h"
-#include "log/store_log_emitter.h"
+#include "log/writing/gateway_logging.h"
+#include "log/writing/store_log_emitter.h"
 #include "platform/concurrency/worker_pool.h"
 #include "state/gateway_app_state.h"
 #include "upload/gateway_auto_delete_cleanup_service.h"
@@ -79,6 +79,7 @@ private:
         {
             m_gateway.state().recordUploadThroughput(bytes, elapsed);
         }
+        void resetUploadSpeed() override { m_gateway.state().resetUploadSpeed(); }
 
     private:
         SimulatedGateway &m_gateway;

@@ -11,7 +11,8 @@ namespace gateway::dicom_helper::jpeg_ls::testing {
 /// What CharLS encodes with the same parameters.
 std::vector<std::byte> encodedByCharls(const ImageShape &shape, std::span<const std::byte> image);
 
-/// What CharLS decodes; empty where it refuses the stream. (So does the toolkit here: it uses CharLS.)
+/// What CharLS decodes; empty where it refuses the stream. (The toolkit's decoder is asked by ../worker's
+/// tests.)
 std::vector<std::byte> decodedByCharls(std::span<const std::byte> stream);
 
 } // namespace gateway::dicom_helper::jpeg_ls::testing

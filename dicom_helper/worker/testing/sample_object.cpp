@@ -18,7 +18,7 @@ bool hasLongForm(Vr representation)
            representation == vr('U', 'T') || representation == vr('O', 'F');
 }
 
-/// A fixed sequence of chance.
+/// A fixed sequence of random numbers.
 class Noise
 {
 public:

@@ -1,16 +1,15 @@
 #pragma once
 
+#include "account/testing/held_calls.h"
 #include "cloud_client/network_settings.h"
 #include "cloud_client/qrn_user_api.h"
 #include "cloud_client/quorin_error.h"
-#include "platform/concurrency/mutex.h"
 
 #include <QtCore/QMap>
 #include <QtCore/QStringList>
 
 #include <optional>
 #include <utility>
-#include <vector>
 
 namespace gateway::account::testing {
 
@@ -19,7 +18,8 @@ namespace gateway::account::testing {
 ///
 /// Thread: any.
 class FakeAccountService final : public cloud_client::QrnAuthenticationAPIProtocol,
-                                 public cloud_client::QrnUserAPIProtocol
+                                 public cloud_client::QrnUserAPIProtocol,
+                                 public HeldCalls
 {
 public:
     explicit FakeAccountService(cloud_client::NetworkSettings &settings) : m_settings(settings)
@@ -35,9 +35,12 @@ public:
     bool isOffline = false;
     QString offlineWords = QStringLiteral("The cloud can't be reached.");
     std::optional<QString> endedToken; ///< the session that the service has ended
+    std::optional<QDateTime> endsAt;   ///< the refusal itself ends it, as that of a renewal does
     bool refusesCredentials = false;   ///< of the session, as an archive does
+    bool lacksSignIn = false;          ///< what it takes to sign in can't be had
     std::optional<int> uncheckedStatus;
     bool isKept = true;
+    bool isDeafToGivingUp = false; ///< takes the session in the moment in which it is given up
     bool knowsUser = true;
     std::optional<cloud_client::QrnErrorKind> passwordRefusal; ///< every change of the password is refused so
     cloud_client::QrnCloudLimitResponse limit;
@@ -49,9 +52,13 @@ public:
         if (request.password != password) {
             throw cloud_client::QrnErrorResponse(cloud_client::QrnErrorKind::credentialsRefused, refusal);
         }
+        if (request.givenUp.stop_requested() && !isDeafToGivingUp) {
+            cloud_client::QrnLoginResponse late;
+            late.isGivenUp = true;
+            return late;
+        }
         lastLogin = request;
-        m_settings.setToken(QStringLiteral("token of ") + request.email);
-        m_settings.setUserId(user.id);
+        m_settings.setToken(QStringLiteral("token of ") + request.email, std::nullopt, user.id);
         return {user.id, isKept, uncheckedStatus};
     }
 
@@ -59,7 +66,6 @@ public:
     {
         arrive(QStringLiteral("logout"));
         m_settings.setToken(std::nullopt);
-        m_settings.setUserId(std::nullopt);
         return {};
     }
 
@@ -68,7 +74,16 @@ public:
         const std::optional<QString> token = m_settings.token(); // as the request carries it
         arrive(QStringLiteral("tokenExpiration"));
         if (endedToken && token == endedToken) {
+            if (endsAt) {
+                m_settings.endSession(*endsAt);
+            }
             throw cloud_client::QrnErrorResponse(cloud_client::QrnErrorKind::sessionInvalid, sessionEnd, 401);
+        }
+        if (lacksSignIn) {
+            throw cloud_client::AFError(QStringLiteral("Nobody gives out tokens."),
+                                        std::nullopt,
+                                        0,
+                                        cloud_client::NoAnswer::signInUnavailable);
         }
         m_settings.setCredentialsRefused(token.value_or(QString()), refusesCredentials);
         if (refusesCredentials) {
@@ -125,27 +140,6 @@ public:
         return limitOf.value(token.value_or(QString()), limit);
     }
 
-    /// Makes calls of `name` wait from now on.
-    void hold(const QString &name)
-    {
-        const platform::MutexLock lock(m_mutex);
-        m_held = name;
-    }
-
-    /// Lets waiting calls go on.
-    void release()
-    {
-        hold({});
-        m_changed.notifyAll();
-    }
-
-    /// The names of all calls so far.
-    QStringList calls() const
-    {
-        const platform::MutexLock lock(m_mutex);
-        return {m_calls.begin(), m_calls.end()};
-    }
-
     std::optional<cloud_client::QrnLoginRequest> lastLogin;
     std::optional<cloud_client::QrnUpdateUserRequest> lastUpdate;
     std::optional<cloud_client::QrnPasswordChangeRequest> lastPasswordChange;
@@ -153,21 +147,13 @@ public:
 private:
     void arrive(const QString &name)
     {
-        const platform::MutexLock lock(m_mutex);
-        m_calls.push_back(name);
-        while (m_held == name) {
-            m_changed.wait(m_mutex);
-        }
+        pass(name);
         if (isOffline) {
             throw cloud_client::AFError(offlineWords, std::nullopt);
         }
     }
 
     cloud_client::NetworkSettings &m_settings;
-    mutable platform::Mutex m_mutex;
-    platform::Condition m_changed;
-    QString m_held QUORIN_GUARDED_BY(m_mutex);
-    std::vector<QString> m_calls QUORIN_GUARDED_BY(m_mutex);
 };
 
 } // namespace gateway::account::testing

@@ -2,7 +2,7 @@
 
 #include "cloud_client/qrn_status_api.h"
 #include "cloud_client/quorin_error.h"
-#include "platform/concurrency/mutex.h"
+#include "platform/concurrency/testing/gate.h"
 
 #include <atomic>
 #include <optional>
@@ -15,31 +15,21 @@ class FakeStatusAPI final : public cloud_client::QrnStatusAPIProtocol
 public:
     void ping() override
     {
-        const platform::MutexLock lock(m_mutex);
         ++pings;
-        while (m_isHeld) {
-            m_changed.wait(m_mutex);
-        }
+        m_gate.pass();
         if (isAway) {
             throw cloud_client::AFError(QStringLiteral("Nobody answers."), std::nullopt, 7);
         }
     }
 
     /// While it is held, nobody gets an answer.
-    void hold(bool isHeld)
-    {
-        const platform::MutexLock lock(m_mutex);
-        m_isHeld = isHeld;
-        m_changed.notifyAll();
-    }
+    void hold(bool isHeld) { m_gate.hold(isHeld); }
 
     std::atomic<bool> isAway = false;
     std::atomic<int> pings = 0;
 
 private:
-    platform::Mutex m_mutex;
-    platform::Condition m_changed;
-    bool m_isHeld QUORIN_GUARDED_BY(m_mutex) = false;
+    platform::testing::Gate m_gate;
 };
 
 } // namespace gateway::account::testing

@@ -1,13 +1,12 @@
 #pragma once
 
+#include "account/testing/held_calls.h"
 #include "cloud_client/qrn_quorin_cloud_terms_api.h"
 #include "cloud_client/quorin_error.h"
-#include "platform/concurrency/mutex.h"
 
 #include <QtCore/QStringList>
 
 #include <optional>
-#include <vector>
 
 namespace gateway::account::testing {
 
@@ -15,7 +14,7 @@ namespace gateway::account::testing {
 /// at which calls can be made to wait.
 ///
 /// Thread: any.
-class FakeTermsService final : public cloud_client::QrnQuorinCloudTermsAPIProtocol
+class FakeTermsService final : public cloud_client::QrnQuorinCloudTermsAPIProtocol, public HeldCalls
 {
 public:
     // Set by the test while no call is under way.
@@ -54,47 +53,17 @@ public:
         lastDecline = request;
     }
 
-    /// Makes calls of `name` wait from now on.
-    void hold(const QString &name)
-    {
-        const platform::MutexLock lock(m_mutex);
-        m_held = name;
-    }
-
-    /// Lets waiting calls go on.
-    void release()
-    {
-        hold({});
-        m_changed.notifyAll();
-    }
-
-    /// The names of all calls so far.
-    QStringList calls() const
-    {
-        const platform::MutexLock lock(m_mutex);
-        return {m_calls.begin(), m_calls.end()};
-    }
-
     std::optional<cloud_client::QrnQuorinCloudTermsAcceptRequest> lastAccept;
     std::optional<cloud_client::QrnQuorinCloudTermsDeclineRequest> lastDecline;
 
 private:
     void arrive(const QString &name)
     {
-        const platform::MutexLock lock(m_mutex);
-        m_calls.push_back(name);
-        while (m_held == name) {
-            m_changed.wait(m_mutex);
-        }
+        pass(name);
         if (failing.contains(name)) {
             throw cloud_client::QrnErrorResponse(cloud_client::QrnErrorKind::serviceFault, failure);
         }
     }
-
-    mutable platform::Mutex m_mutex;
-    platform::Condition m_changed;
-    QString m_held QUORIN_GUARDED_BY(m_mutex);
-    std::vector<QString> m_calls QUORIN_GUARDED_BY(m_mutex);
 };
 
 } // namespace gateway::account::testing

@@ -2,7 +2,7 @@
 
 #include "browser/cloud_table.h"
 #include "browser/testing/fake_archive.h"
-#include "log/testing/recording_log.h"
+#include "log/writing/testing/recording_log.h"
 #include "platform/concurrency/main_executor.h"
 #include "platform/concurrency/testing/manual_clock.h"
 #include "platform/concurrency/testing/runs_main.h"

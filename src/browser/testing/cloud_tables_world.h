@@ -11,6 +11,18 @@ struct CloudStudies : BrowserWorld
 {
     void query() { finish(model.loadStudies(QStringLiteral("manual_query_button"))); }
 
+    /// Three studies on their way out of the archive, which holds the first of them until `release`.
+    void beginToDeleteThree()
+    {
+        for (const char *uid : {"1.1", "1.2", "1.3"}) {
+            archive.addStudy(QString::fromLatin1(uid));
+        }
+        query();
+        archive.hold(QStringLiteral("delete 1.1"));
+        model.setSelectedIDs({QStringLiteral("1.1"), QStringLiteral("1.2"), QStringLiteral("1.3")});
+        confirm(model);
+    }
+
     QStringList uids() const
     {
         QStringList uids;

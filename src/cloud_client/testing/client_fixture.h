@@ -4,11 +4,19 @@
 #include "cloud_client/quorin_error.h"
 #include "cloud_client/testing/memory_token_store.h"
 #include "cloud_client/testing/scripted_http_server.h"
+#include "platform/concurrency/testing/manual_clock.h"
 
 #include <optional>
 #include <utility>
 
 namespace gateway::cloud_client::testing {
+
+/// A clock that stands still, for whoever needs one and no time.
+inline platform::Clock &stillClock()
+{
+    static platform::testing::ManualClock clock;
+    return clock;
+}
 
 /// A configuration for a service at `url`.
 inline CloudConfiguration configurationFor(const QUrl &url, CloudKind kind = CloudKind::quorin)
@@ -23,11 +31,12 @@ inline CloudConfiguration configurationFor(const QUrl &url, CloudKind kind = Clo
 struct ScriptedService
 {
     explicit ScriptedService(ScriptedHttpServer::Handler handler, CloudKind kind = CloudKind::quorin)
-        : server(std::move(handler)), client(configurationFor(server.url(), kind), store)
+        : server(std::move(handler)), client(configurationFor(server.url(), kind), store, clock)
     {
         client.networkSettings().waitUntilStored();
     }
 
+    platform::testing::ManualClock clock;
     MemoryTokenStore store;
     ScriptedHttpServer server;
     QuorinApiClient client;

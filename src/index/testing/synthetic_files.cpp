@@ -35,8 +35,20 @@ void writeSyntheticFile(const QString &path, const platform::DicomElements &elem
 
 platform::ParsedFile SyntheticParser::parse(const QString &path)
 {
-    using Fate = platform::ParsedFile::Fate;
+    platform::ParsedFile file = parseWithVersion(path);
+    file.version = 0;
+    return file;
+}
+
+platform::ParsedFile SyntheticParser::parseWithVersion(const QString &path)
+{
     m_onParse();
+    return read(path);
+}
+
+platform::ParsedFile SyntheticParser::read(const QString &path) const
+{
+    using Fate = platform::ParsedFile::Fate;
     if (m_fate != Fate::parsed) {
         return {m_fate, {}, 0, QStringLiteral("the parser broke down")};
     }
@@ -52,21 +64,19 @@ platform::ParsedFile SyntheticParser::parse(const QString &path)
     platform::DicomElements elements;
     QDataStream stream(body);
     stream >> elements;
-    return {Fate::parsed, elements};
+    platform::DicomElements dataset = elements;
+    dataset.remove(QStringLiteral("header"));
+    QByteArray content;
+    QDataStream written(&content, QIODevice::WriteOnly);
+    written << dataset;
+    return {.fate = Fate::parsed,
+            .elements = elements,
+            .version = 1 + qFromBigEndian<quint32>(digest(content).constData())};
 }
 
 std::int64_t SyntheticParser::versionOf(const QString &path)
 {
-    const platform::ParsedFile file = parse(path);
-    if (file.fate != platform::ParsedFile::Fate::parsed) {
-        return 0;
-    }
-    platform::DicomElements dataset = file.elements;
-    dataset.remove(QStringLiteral("header"));
-    QByteArray body;
-    QDataStream stream(&body, QIODevice::WriteOnly);
-    stream << dataset;
-    return 1 + qFromBigEndian<quint32>(digest(body).constData());
+    return read(path).version;
 }
 
 } // namespace gateway::index::testing

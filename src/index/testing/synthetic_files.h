@@ -18,6 +18,7 @@ class SyntheticParser final : public platform::DicomParsing
 {
 public:
     platform::ParsedFile parse(const QString &path) override;
+    platform::ParsedFile parseWithVersion(const QString &path) override;
     std::int64_t versionOf(const QString &path) override;
 
     /// True when the file at `path` is a whole one.
@@ -33,6 +34,8 @@ public:
     void onParse(std::function<void()> then) { m_onParse = std::move(then); }
 
 private:
+    platform::ParsedFile read(const QString &path) const;
+
     std::function<void()> m_onParse = [] {};
     std::atomic<platform::ParsedFile::Fate> m_fate = platform::ParsedFile::Fate::parsed;
 };

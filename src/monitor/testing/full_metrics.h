@@ -23,6 +23,7 @@ inline MetricsView fullMetrics()
                      .unsent = 40,
                      .synced = 460,
                      .failed = 5,
+                     .instances = {.total = 30, .synced = 26, .failed = 1},
                      .oldestUnsentAge = std::chrono::milliseconds(90'500)};
     figures.storage = {.usedBytes = 5'000'000'000,
                        .reserveBytes = 64 * 1024 * 1024,

@@ -1,43 +1,25 @@
 #include "platform/concurrency/main_executor.h"
 
 #include "platform/concurrency/mutex.h"
+#include "platform/descriptors/event_descriptor.h"
 
 #include <QtCore/QSocketNotifier>
 #include <QtCore/QtGlobal>
 
-#include <sys/eventfd.h>
-#include <unistd.h>
-
-#include <cerrno>
-#include <cstdint>
 #include <deque>
-#include <system_error>
 #include <thread>
 #include <utility>
 
 namespace gateway::platform {
 
-namespace {
-
-int makeEventDescriptor()
-{
-    const int descriptor = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-    if (descriptor < 0) {
-        throw std::system_error(errno, std::generic_category(), "eventfd");
-    }
-    return descriptor;
-}
-
-} // namespace
-
-/// The list of blocks and the descriptor that is readable exactly while the list isn't empty.
+/// The list of blocks and the event that is set exactly while the list isn't empty.
 ///
 /// The event loop watches the descriptor's level, so that a nested loop (a modal alert in a block) goes on
 /// with what the outer one hasn't reached yet, in order.
 class MainExecutor::Inbox
 {
 public:
-    Inbox() : m_descriptor(makeEventDescriptor()), m_notifier(m_descriptor, QSocketNotifier::Read)
+    Inbox() : m_notifier(m_event.descriptor(), QSocketNotifier::Read)
     {
         QObject::connect(&m_notifier, &QSocketNotifier::activated, &m_notifier, [this] { runSome(); });
     }
@@ -48,7 +30,6 @@ public:
         for (std::deque<std::function<void()>> dropped = takeAll(); !dropped.empty(); dropped = takeAll()) {
             dropped.clear(); // outside the lock: what a block held may post as it dies
         }
-        ::close(m_descriptor);
     }
 
     Inbox(const Inbox &) = delete;
@@ -59,8 +40,7 @@ public:
         const MutexLock lock(m_mutex);
         m_blocks.push_back(std::move(block));
         if (m_blocks.size() == 1) {
-            const std::uint64_t one = 1;
-            static_cast<void>(::write(m_descriptor, &one, sizeof one)); // can't fail: the counter is 0
+            m_event.set();
         }
     }
 
@@ -82,7 +62,7 @@ public:
             block = std::move(m_blocks.front());
             m_blocks.pop_front();
             if (m_blocks.empty()) {
-                clearEvent();
+                m_event.reset();
             }
         }
         block();
@@ -104,14 +84,8 @@ private:
         return std::exchange(m_blocks, {});
     }
 
-    void clearEvent()
-    {
-        std::uint64_t count = 0;
-        static_cast<void>(::read(m_descriptor, &count, sizeof count));
-    }
-
     const std::thread::id m_thread = std::this_thread::get_id();
-    const int m_descriptor;
+    EventDescriptor m_event;
     QSocketNotifier m_notifier;
     Mutex m_mutex;
     std::deque<std::function<void()>> m_blocks QUORIN_GUARDED_BY(m_mutex);

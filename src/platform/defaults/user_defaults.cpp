@@ -5,6 +5,7 @@
 #include "platform/sqlite/database.h"
 
 #include <QtCore/QDateTime>
+#include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 #include <QtCore/QHash>
 #include <QtCore/QUuid>
@@ -12,6 +13,7 @@
 #include <cerrno>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 namespace gateway::platform {
 
@@ -197,6 +199,24 @@ void makeSchema(Database &database, const QString &path)
     transaction.commit();
 }
 
+/// Removes a file that has served, or never came to be, with what SQLite keeps beside it.
+class PartRemoval
+{
+public:
+    explicit PartRemoval(QString path) : m_path(std::move(path)) {}
+    ~PartRemoval()
+    {
+        for (const char *ending : {"", "-journal", "-wal", "-shm"}) {
+            QFile::remove(m_path + QLatin1String(ending));
+        }
+    }
+    PartRemoval(const PartRemoval &) = delete;
+    PartRemoval &operator=(const PartRemoval &) = delete;
+
+private:
+    const QString m_path;
+};
+
 /// Makes a whole defaults file beside `path`, and then gives it its name.
 ///
 /// A file that becomes one under its own name would turn other processes away that open it meanwhile: SQLite
@@ -207,6 +227,7 @@ void makeFile(const QString &path)
     const QString part = path + u'.' + QUuid::createUuid().toString(QUuid::Id128) + QStringLiteral(".new");
     makeFoldersDurably(folder);
     systemFiles().create(part, {}); // by us, so that it is its owner's alone from the first moment
+    const PartRemoval removal(part);
     {
         Database database = Database::open(part, Database::Access::readWrite);
         makeSchema(database, part);
@@ -219,7 +240,6 @@ void makeFile(const QString &path)
             throw;
         }
     }
-    systemFiles().remove(part);
 }
 
 Database openFile(const QString &path, std::chrono::milliseconds busyTimeout)

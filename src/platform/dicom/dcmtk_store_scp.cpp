@@ -12,9 +12,6 @@
 #include <system_error>
 #include <utility>
 
-#include <sys/eventfd.h>
-#include <unistd.h>
-
 namespace gateway::platform {
 
 using dicom_protocol::Record;
@@ -29,14 +26,15 @@ constexpr int kFirstSignalStatus = 129; // 128 plus the number of a signal
 ListenerProcess::Setup setupFor(const StoreSCPConfig &config, const StoreSCPEnvironment &environment)
 {
     const QString inbox = config.incomingPath.value_or(environment.defaultIncomingPath);
-    Record record{
-        "start",
-        {{"bind", config.bindAddress.toStdString()}, {"inbox", QFile::encodeName(inbox).toStdString()}}};
+    Record record{"start",
+                  {{"bind", config.bindAddress.toStdString()},
+                   {"inbox", QFile::encodeName(inbox).toStdString()},
+                   {"inboxid", config.incomingFolderId.toStdString()}}};
     record.setNumber("port", config.port);
     record.setNumber("timeout", config.timeout.count());
     record.setNumber("peraddress", config.associationsPerAddress);
     record.setNumber("reserve", environment.reserveBytes);
-    return {environment.helperProgram, std::move(record), inbox, environment.patience};
+    return {environment.helperProgram, std::move(record), inbox, environment.timeouts};
 }
 
 QString endSentence(const ListenerProcess &process)
@@ -51,15 +49,6 @@ QString endSentence(const ListenerProcess &process)
     return status < kFirstSignalStatus
                ? QStringLiteral("The DICOM listener's process ended unexpectedly (status %1).").arg(status)
                : QStringLiteral("The DICOM listener's process was ended by signal %1.").arg(status - 128);
-}
-
-int openEvent()
-{
-    const int descriptor = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-    if (descriptor < 0) {
-        throw std::system_error(errno, std::generic_category(), "eventfd");
-    }
-    return descriptor;
 }
 
 } // namespace
@@ -83,15 +72,7 @@ struct DCMTKStoreSCP::Run
     bool isOver() const { return !current && !startAgainAt && former.empty(); }
 };
 
-DCMTKStoreSCP::DCMTKStoreSCP(StoreSCPEnvironment environment)
-    : m_environment(std::move(environment)), m_wake(openEvent())
-{
-}
-
-DCMTKStoreSCP::~DCMTKStoreSCP()
-{
-    ::close(m_wake);
-}
+DCMTKStoreSCP::DCMTKStoreSCP(StoreSCPEnvironment environment) : m_environment(std::move(environment)) {}
 
 std::int32_t DCMTKStoreSCP::start(const StoreSCPConfig &config, StoreSCPCallbacks callbacks)
 {
@@ -137,7 +118,7 @@ void DCMTKStoreSCP::launch(Run &run)
 
 void DCMTKStoreSCP::waitForNews(const Run &run) const
 {
-    std::vector<pollfd> entries{{m_wake, POLLIN, 0}};
+    std::vector<pollfd> entries{{m_wake.descriptor(), POLLIN, 0}};
     auto next = run.startAgainAt.value_or(SteadyClock::time_point::max());
     const auto add = [&](const ListenerProcess &process) {
         process.addDescriptors(entries);
@@ -159,8 +140,7 @@ void DCMTKStoreSCP::waitForNews(const Run &run) const
 
 void DCMTKStoreSCP::attend(Run &run)
 {
-    std::uint64_t wishes = 0;
-    [[maybe_unused]] const ssize_t size = ::read(m_wake, &wishes, sizeof(wishes));
+    m_wake.reset();
     if (!run.stopSent && stopRequested()) {
         run.stopSent = true;
         run.startAgainAt.reset();
@@ -281,20 +261,14 @@ void DCMTKStoreSCP::stop()
 {
     const MutexLock lock(m_mutex);
     m_stopRequested = true;
-    wake();
+    m_wake.set();
 }
 
 void DCMTKStoreSCP::acknowledgeAfter(std::int64_t time)
 {
     const MutexLock lock(m_mutex);
     m_acknowledgeAfter = std::max(m_acknowledgeAfter, time);
-    wake();
-}
-
-void DCMTKStoreSCP::wake() const
-{
-    const std::uint64_t one = 1;
-    [[maybe_unused]] const ssize_t written = ::write(m_wake, &one, sizeof(one));
+    m_wake.set();
 }
 
 void DCMTKStoreSCP::awaitFreePort()

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/concurrency/mutex.h"
+#include "platform/descriptors/event_descriptor.h"
 #include "platform/dicom/listener_process.h"
 #include "platform/dicom/store_scp.h"
 
@@ -20,7 +21,7 @@ struct StoreSCPEnvironment
     QString helperProgram;       // see helperProgramPath()
     QString defaultIncomingPath; // used where the configuration has none
     qint64 reserveBytes = kFreeSpaceReserveBytes;
-    ListenerPatience patience = {};
+    ListenerTimeouts timeouts = {};
 };
 
 /// The storage SCP as a `quorin-dicom scp` process of its own, started again where it ends by itself.
@@ -31,7 +32,6 @@ class DCMTKStoreSCP : public StoreSCP
 public:
     /// \throws std::system_error when the process has no descriptor left.
     explicit DCMTKStoreSCP(StoreSCPEnvironment environment);
-    ~DCMTKStoreSCP() override;
 
     DCMTKStoreSCP(const DCMTKStoreSCP &) = delete;
     DCMTKStoreSCP &operator=(const DCMTKStoreSCP &) = delete;
@@ -65,10 +65,9 @@ private:
     std::int32_t finish(const Run &run);
     bool stopRequested() const;
     std::int64_t orderSoFar() const;
-    void wake() const;
 
     const StoreSCPEnvironment m_environment;
-    const int m_wake; // an eventfd: readable when another thread wants something
+    EventDescriptor m_wake; // set when another thread wants something
 
     mutable Mutex m_mutex;
     Condition m_changed;

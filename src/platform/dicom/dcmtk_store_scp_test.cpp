@@ -15,6 +15,11 @@
 #include <csignal>
 #include <thread>
 
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 namespace gateway::platform {
 
 using testing::commandSet;
@@ -31,6 +36,7 @@ namespace {
 
 StoreSCPConfig configFor(const QString &inbox, int port, const QString &address = QStringLiteral("127.0.0.1"))
 {
+    QDir().mkpath(inbox + QStringLiteral("/.part"));
     StoreSCPConfig config;
     config.port = port;
     config.incomingPath = inbox;
@@ -44,13 +50,13 @@ StoreSCPEnvironment environment()
 }
 
 /// Waits long enough for a loaded machine where the process does answer, as the tests need it to.
-ListenerPatience impatient()
+ListenerTimeouts shortTimeouts()
 {
-    ListenerPatience patience;
-    patience.signOfLife = std::chrono::milliseconds(300);
-    patience.unbind = std::chrono::milliseconds(300);
-    patience.finish = std::chrono::milliseconds(300);
-    return patience;
+    ListenerTimeouts timeouts;
+    timeouts.signOfLife = std::chrono::milliseconds(300);
+    timeouts.unbind = std::chrono::milliseconds(300);
+    timeouts.finish = std::chrono::milliseconds(300);
+    return timeouts;
 }
 
 const std::vector<OfferedContext> kOneContext{{1, kCtStorage, {kExplicitLittleEndian}}};
@@ -67,6 +73,21 @@ void kill(pid_t process)
         std::this_thread::yield();
         status = testing::procFile(process, "status");
     } while (!status.isEmpty() && !status.contains("State:\tZ") && !status.contains("State:\tX"));
+}
+
+/// True once an unfinished file is in the inbox, or none any more; false where that takes for ever.
+bool awaitUnfinished(const QTemporaryDir &inbox, bool isThere)
+{
+    const QDir part(inbox.filePath(QStringLiteral(".part")));
+    const auto isSo = [&] {
+        return part.entryList({QStringLiteral("quorin-*")}, QDir::Files).isEmpty() != isThere;
+    };
+    constexpr std::chrono::minutes kForEver(1);
+    const auto end = std::chrono::steady_clock::now() + kForEver;
+    while (!isSo() && std::chrono::steady_clock::now() < end) {
+        std::this_thread::yield();
+    }
+    return isSo();
 }
 
 /// Sends one object. \return the time that its file has, in nanoseconds since 1970.
@@ -107,10 +128,11 @@ TEST(DCMTKStoreSCP, TellsOfAnAssociationAndItsObjectInOrder)
     EXPECT_EQ(running.scp().lastMessage(), QString());
 }
 
-TEST(DCMTKStoreSCP, UsesItsDefaultFolderWhereNoneIsGivenAndMakesIt)
+TEST(DCMTKStoreSCP, UsesItsDefaultFolderWhereNoneIsGiven)
 {
     const QTemporaryDir home;
     const QString folder = home.filePath(QStringLiteral("Documents/Import"));
+    ASSERT_TRUE(QDir().mkpath(folder + QStringLiteral("/.part")));
     DCMTKStoreSCP scp({helperProgramPath(), folder, 0});
     StoreSCPConfig config = configFor({}, 0);
     config.incomingPath.reset();
@@ -120,7 +142,7 @@ TEST(DCMTKStoreSCP, UsesItsDefaultFolderWhereNoneIsGivenAndMakesIt)
     scp.stop();
     thread.join();
 
-    EXPECT_TRUE(QDir(folder).exists());
+    EXPECT_TRUE(QFile::exists(folder + QStringLiteral("/.part/order")));
 }
 
 TEST(DCMTKStoreSCP, APortInUseIsRefusedWithASentenceThatSaysSo)
@@ -157,7 +179,7 @@ TEST(DCMTKStoreSCP, APortThatDoesNotExistIsRefused)
     EXPECT_EQ(scp.lastMessage(), QStringLiteral("Port 65536 doesn't exist."));
 }
 
-TEST(DCMTKStoreSCP, AnInboxThatCannotBeMadeIsRefused)
+TEST(DCMTKStoreSCP, AnInboxThatIsNotThereIsRefused)
 {
     const QTemporaryDir folder;
     QFile file(folder.filePath(QStringLiteral("file")));
@@ -172,9 +194,10 @@ TEST(DCMTKStoreSCP, AnInboxThatCannotBeMadeIsRefused)
 
 TEST(DCMTKStoreSCP, AProgramThatIsNotThereIsAnErrorAndNotACrash)
 {
+    const QTemporaryDir inbox;
     DCMTKStoreSCP scp({QStringLiteral("/nowhere/quorin-dicom"), QString(), 0});
 
-    EXPECT_NE(scp.start(configFor(QStringLiteral("/nowhere"), 0), {}), 0);
+    EXPECT_NE(scp.start(configFor(inbox.path(), 0), {}), 0);
 
     EXPECT_TRUE(scp.lastMessage().contains(QStringLiteral("/nowhere/quorin-dicom")));
 }
@@ -321,7 +344,7 @@ TEST(DCMTKStoreSCP, AListenerThatRunsLearnsWhatOthersAcknowledged)
 TEST(DCMTKStoreSCP, AHelperWithoutASignOfLifeIsKilledAndStartedAgain)
 {
     const QTemporaryDir inbox;
-    RunningStoreSCP running(inbox.path(), 0, impatient());
+    RunningStoreSCP running(inbox.path(), 0, shortTimeouts());
     const pid_t stopped = running.scp().processId().value();
 
     ::kill(stopped, SIGSTOP);
@@ -337,9 +360,9 @@ TEST(DCMTKStoreSCP, AHelperWithoutASignOfLifeIsKilledAndStartedAgain)
 TEST(DCMTKStoreSCP, AStopWaitsForNobodyAndAStoppedHelperLetsGoOfThePortAllTheSame)
 {
     const QTemporaryDir inbox;
-    ListenerPatience patience = impatient();
-    patience.signOfLife = std::chrono::hours(1);
-    RunningStoreSCP first(inbox.path(), freeLoopbackPort(), patience);
+    ListenerTimeouts timeouts = shortTimeouts();
+    timeouts.signOfLife = std::chrono::hours(1);
+    RunningStoreSCP first(inbox.path(), freeLoopbackPort(), timeouts);
     ::kill(first.scp().processId().value(), SIGSTOP);
 
     first.scp().stop(); // would hang here if it waited for the process
@@ -353,7 +376,7 @@ TEST(DCMTKStoreSCP, AStopWaitsForNobodyAndAStoppedHelperLetsGoOfThePortAllTheSam
 TEST(DCMTKStoreSCP, AStoppedAssociationOfAKilledListenerIsEndedToo)
 {
     const QTemporaryDir inbox;
-    RunningStoreSCP running(inbox.path(), 0, impatient());
+    RunningStoreSCP running(inbox.path(), 0, shortTimeouts());
     ScriptedModality modality(running.port());
     modality.associate(kOneContext);
     running.await(QStringLiteral("started"));
@@ -364,6 +387,22 @@ TEST(DCMTKStoreSCP, AStoppedAssociationOfAKilledListenerIsEndedToo)
 
     EXPECT_EQ(running.await(QStringLiteral("failed")).size(), 1);
     EXPECT_EQ(running.await(QStringLiteral("left files")).size(), 1);
+}
+
+TEST(DCMTKStoreSCP, AnUnfinishedFileOfSomebodyElseGoesWhenItsWriterDoes)
+{
+    const QTemporaryDir inbox;
+    ASSERT_TRUE(QDir(inbox.path()).mkdir(QStringLiteral(".part")));
+    const QByteArray file = QFile::encodeName(inbox.filePath(QStringLiteral(".part/quorin-0123-1.part")));
+    const int writer = ::open(file.constData(), O_WRONLY | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR);
+    ASSERT_EQ(::flock(writer, LOCK_EX), 0); // as an association that outlived its gateway
+    RunningStoreSCP running(inbox.path());
+    ASSERT_GT(running.port(), 0);
+    EXPECT_TRUE(awaitUnfinished(inbox, true));
+
+    ::close(writer);
+
+    EXPECT_TRUE(awaitUnfinished(inbox, false));
 }
 
 TEST(DCMTKStoreSCP, FilesOfAKilledAssociationAreLookedFor)

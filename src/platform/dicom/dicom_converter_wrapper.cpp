@@ -86,14 +86,16 @@ SendableFile DicomConverterWrapper::made(const char *job, const QString &path)
                 .isConverted = answer.number("converted", 0) == 1};
     }
     QFile::remove(output);
+    const std::int64_t version = isAnswered ? answer.number("version", 0) : 0;
     if (isAnswered && answer.word == "nameless") {
-        return {.fate = SendableFile::Fate::nameless};
+        return {.fate = SendableFile::Fate::nameless, .version = version};
     }
     const QString message = text(answer, "message");
     const bool isOfTheMachine = result.outcome == WorkerProcessPool::Outcome::notStarted ||
                                 (isAnswered && answer.word == "unwritten");
     return {.fate = isOfTheMachine ? SendableFile::Fate::machineTrouble : SendableFile::Fate::failed,
-            .error = message.isEmpty() ? reason(result.outcome) : message};
+            .error = message.isEmpty() ? reason(result.outcome) : message,
+            .version = version};
 }
 
 QString DicomConverterWrapper::temporaryPath()

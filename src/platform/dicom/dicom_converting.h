@@ -23,8 +23,11 @@ struct SendableFile
     QString path = {};  ///< where ready: the given file, or a new one, which is the caller's to remove
     QString error = {}; ///< where failed: why, without anything that the file says
     InstanceIdentity identity = {};
-    std::int64_t version =
-        0; ///< tells versions of one instance apart, by the stored dataset's bytes; above 0
+
+    /// Tells versions of one instance apart, by the stored dataset's bytes; above 0 where ready, else 0 where
+    /// they couldn't be read.
+    std::int64_t version = 0;
+
     bool isConverted = false; ///< it is the smaller form
 };
 

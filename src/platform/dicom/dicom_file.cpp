@@ -6,7 +6,9 @@
 
 #include <QtCore/QDateTime>
 #include <QtCore/QFile>
+#include <QtCore/QFileInfo>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 
@@ -30,6 +32,15 @@ constexpr int kTriesOfAFile = 3;
 
 /// Deaths and time-outs cost more than an answer: a second one shows that a third won't help now.
 constexpr int kLossesOfAFile = 2;
+
+/// Bytes in a millisecond that the slowest disk reads, and the most time that a file may take by that.
+constexpr qint64 kSlowestReading = 256;
+constexpr std::chrono::milliseconds kLongestReading = std::chrono::minutes(10);
+
+std::chrono::milliseconds timeToRead(const QString &path)
+{
+    return std::min(kLongestReading, std::chrono::milliseconds(QFileInfo(path).size() / kSlowestReading));
+}
 
 QVariant toDate(const QString &text)
 {
@@ -96,7 +107,9 @@ ParsedFile trouble(int code, const QString &message)
 ParsedFile toParsedFile(const Record &answer, const QString &path)
 {
     if (answer.word == "parsed") {
-        return {ParsedFile::Fate::parsed, toElements(answer, path)};
+        return {.fate = ParsedFile::Fate::parsed,
+                .elements = toElements(answer, path),
+                .version = answer.number("version", 0)};
     }
     const auto text = [&answer](std::string_view key) {
         const std::string_view value = answer.text(key);
@@ -128,13 +141,31 @@ ParsedFile toParsedFile(const WorkerProcessPool::Result &result, const QString &
 
 ParsedFile DicomFile::parse(const QString &path)
 {
-    const Record job{"parse", {{"path", QFile::encodeName(path).toStdString()}}};
+    return parse(path, false);
+}
+
+ParsedFile DicomFile::parseWithVersion(const QString &path)
+{
+    return parse(path, true);
+}
+
+ParsedFile DicomFile::parse(const QString &path, bool isVersionWanted)
+{
+    const Record elements{"parse", {{"path", QFile::encodeName(path).toStdString()}}};
+    Record whole = elements;
+    whole.word = "parse_with_version";
     int tries = 0;
     int losses = 0;
     ParsedFile file;
+    using Outcome = WorkerProcessPool::Outcome;
     for (const std::chrono::milliseconds pause : kPauses) {
-        const WorkerProcessPool::Result result = m_workers.run(job, m_timeout);
+        const WorkerProcessPool::Result result = isVersionWanted
+                                                     ? m_workers.run(whole, m_timeout + timeToRead(path))
+                                                     : m_workers.run(elements, m_timeout);
         file = toParsedFile(result, path);
+        // Its pixels may be what no worker gets through; without a version the object still counts.
+        isVersionWanted =
+            isVersionWanted && result.outcome != Outcome::timedOut && result.outcome != Outcome::died;
         if (file.fate == ParsedFile::Fate::parsed || file.fate == ParsedFile::Fate::notDicom) {
             return file;
         }
@@ -151,8 +182,8 @@ ParsedFile DicomFile::parse(const QString &path)
 
 std::int64_t DicomFile::versionOf(const QString &path)
 {
-    const WorkerProcessPool::Result result =
-        m_workers.run({"version", {{"path", QFile::encodeName(path).toStdString()}}}, m_timeout);
+    const WorkerProcessPool::Result result = m_workers.run(
+        {"version", {{"path", QFile::encodeName(path).toStdString()}}}, m_timeout + timeToRead(path));
     return result.answer.word == "version" ? result.answer.number("version", 0) : 0;
 }
 

@@ -18,7 +18,8 @@ class DicomFile final : public DicomParsing
 {
 public:
     /// \param workers, clock  borrowed; outlive this.
-    /// \param timeout         of one try. Parsing takes less than a millisecond; only a disk that has gone to
+    /// \param timeout         of one try, and as much more as a slow disk takes for a file that is read as a
+    ///                        whole. Parsing takes less than a millisecond; only a disk that has gone to
     ///                        sleep takes longer.
     DicomFile(WorkerProcessPool &workers,
               Clock &clock,
@@ -28,9 +29,12 @@ public:
     }
 
     ParsedFile parse(const QString &path) override;
+    ParsedFile parseWithVersion(const QString &path) override;
     std::int64_t versionOf(const QString &path) override;
 
 private:
+    ParsedFile parse(const QString &path, bool isVersionWanted);
+
     WorkerProcessPool &m_workers;
     Clock &m_clock;
     const std::chrono::milliseconds m_timeout;

@@ -190,6 +190,30 @@ TEST_F(DicomClients, AFileThatCannotBeReadInTimeIsNotToBlame)
     EXPECT_EQ(m_clock.sleeps, 1);
 }
 
+TEST_F(DicomClients, AFileThatIsReadAsAWholeHasTimeByItsSize)
+{
+    const QString path = write(QStringLiteral("a"), smallObject());
+    QFile file(path);
+    ASSERT_TRUE(file.resize(file.size() + (64 << 20))); // four minutes for the slowest disk
+
+    const ParsedFile parsed =
+        DicomFile(m_workers, m_clock, std::chrono::milliseconds(0)).parseWithVersion(path);
+
+    EXPECT_EQ(parsed.fate, Fate::parsed);
+    EXPECT_GT(parsed.version, 0);
+}
+
+TEST_F(DicomClients, WhatEndsAWorkerThatReadsAllOfAFileCostsTheVersionAlone)
+{
+    WorkerProcessPool workers(1, scriptedWorker());
+
+    const ParsedFile file = DicomFile(workers, m_clock).parseWithVersion(QStringLiteral("pixels"));
+
+    EXPECT_EQ(file.fate, Fate::parsed);
+    EXPECT_EQ(file.version, 0);
+    EXPECT_EQ(m_clock.sleeps, 1);
+}
+
 TEST_F(DicomClients, AFileThatEndsASecondWorkerIsTroubleAndNotCalledUnreadable)
 {
     WorkerProcessPool workers(1, scriptedWorker());
@@ -283,6 +307,8 @@ TEST_F(DicomClients, AVersionIsTheDatasetsAndTheOneThatGoesUp)
     const std::int64_t version = DicomFile(m_workers, m_clock).versionOf(path);
 
     EXPECT_GT(version, 0);
+    EXPECT_EQ(DicomFile(m_workers, m_clock).parseWithVersion(path).version, version);
+    EXPECT_EQ(DicomFile(m_workers, m_clock).parse(path).version, 0);
     EXPECT_EQ(DicomConverterWrapper(m_workers, temporaryFolder()).makeSendable(path).version, version);
     EXPECT_EQ(DicomFile(m_workers, m_clock).versionOf(write(QStringLiteral("b"), otherHeader)), version);
     EXPECT_NE(DicomFile(m_workers, m_clock).versionOf(write(QStringLiteral("c"), smallObject({}, 32))),

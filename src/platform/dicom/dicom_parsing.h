@@ -32,6 +32,7 @@ struct ParsedFile
     DicomElements elements = {}; ///< where parsed
     int code = 0;                ///< errno of trouble, 0 where there is none
     QString message = {};        ///< of what isn't parsed: why, without anything that the file says
+    std::int64_t version = 0;    ///< of what was parsed with it, as DicomParsing::versionOf tells it
 };
 
 /// Reads the elements of DICOM files (PS3.10), and sees to it that they are whole.
@@ -42,8 +43,13 @@ class DicomParsing
 public:
     virtual ~DicomParsing() = default;
 
-    /// Reads the file at `path`; blocks until it is read or given up.
+    /// Reads the elements of the file at `path`, and passes its pixels by; blocks until they are read or
+    /// given up.
     virtual ParsedFile parse(const QString &path) = 0;
+
+    /// The same, and its version. Reads the whole file; where that can't be done, or not in time, the version
+    /// is 0.
+    virtual ParsedFile parseWithVersion(const QString &path) = 0;
 
     /// The number by which versions of an instance are told apart, made of the dataset of the file at `path`
     /// and as a SendableFile bears it; 0 where it can't be told now. Reads the whole file.

@@ -12,11 +12,11 @@ using dicom_protocol::Record;
 
 std::optional<HelperFences> askForFences(const QString &helperProgram)
 {
-    constexpr std::chrono::seconds kPatience(10);
+    constexpr std::chrono::seconds kAnswerTimeout(10);
     try {
         HelperProcess process(helperProgram, QStringLiteral("fences"));
         Record record;
-        if (process.channel().receive(record, kPatience) != Channel::Receipt::record ||
+        if (process.channel().receive(record, kAnswerTimeout) != Channel::Receipt::record ||
             record.word != "fences") {
             return std::nullopt;
         }

@@ -92,9 +92,9 @@ HelperProcess::HelperProcess(const QString &program, const QString &role)
 {
     auto [ours, theirs] = Channel::makePair();
     m_process = SpawnPlan(theirs.descriptor()).start(program, role);
-    m_processDescriptor = static_cast<int>(::syscall(SYS_pidfd_open, m_process, 0));
+    m_processDescriptor = Descriptor(static_cast<int>(::syscall(SYS_pidfd_open, m_process, 0)));
     m_channel = std::move(ours);
-    if (m_processDescriptor < 0) {
+    if (!m_processDescriptor.isOpen()) {
         const int error = errno;
         kill();
         ::waitpid(m_process, nullptr, 0);
@@ -109,13 +109,12 @@ HelperProcess::~HelperProcess()
         kill();
         wait(std::chrono::milliseconds(-1));
     }
-    ::close(m_processDescriptor);
 }
 
 void HelperProcess::kill()
 {
-    if (m_processDescriptor >= 0) {
-        ::syscall(SYS_pidfd_send_signal, m_processDescriptor, SIGKILL, nullptr, 0);
+    if (m_processDescriptor.isOpen()) {
+        ::syscall(SYS_pidfd_send_signal, m_processDescriptor.get(), SIGKILL, nullptr, 0);
     } else {
         ::kill(m_process, SIGKILL);
     }
@@ -133,7 +132,7 @@ std::optional<int> HelperProcess::wait(std::chrono::milliseconds timeout)
     while (!m_status) {
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - SteadyClock::now());
         const auto bounded = std::clamp<std::int64_t>(left.count(), 0, INT_MAX);
-        pollfd entry{m_processDescriptor, POLLIN, 0};
+        pollfd entry{m_processDescriptor.get(), POLLIN, 0};
         const int ready = ::poll(&entry, 1, timeout.count() < 0 ? -1 : static_cast<int>(bounded));
         if (ready < 0 && errno == EINTR) {
             continue;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/descriptors/descriptor.h"
 #include "platform/dicom_protocol/channel.h"
 
 #include <QtCore/QString>
@@ -40,7 +41,7 @@ public:
     pid_t processId() const { return m_process; }
 
     /// A descriptor that is readable from the end of the process on.
-    int processDescriptor() const { return m_processDescriptor; }
+    int processDescriptor() const { return m_processDescriptor.get(); }
 
     /// Sends SIGKILL; does nothing when the process has been waited for.
     void kill();
@@ -58,7 +59,7 @@ public:
 private:
     dicom_protocol::Channel m_channel;
     pid_t m_process = -1;
-    int m_processDescriptor = -1; // a pidfd: readable when the process has ended
+    Descriptor m_processDescriptor; // a pidfd: readable when the process has ended
     std::optional<int> m_status;
 };
 

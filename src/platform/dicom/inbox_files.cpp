@@ -7,7 +7,7 @@ namespace gateway::platform {
 
 namespace {
 
-/// The name that the listener gives: 128 bits of chance for the association, the object's number in it.
+/// The name that the listener gives: 128 random bits for the association, the object's number in it.
 bool isListenersName(const QString &name)
 {
     static const QRegularExpression kName(QStringLiteral("\\Aquorin-[0-9a-f]{32}-[0-9]+\\.dcm\\z"));

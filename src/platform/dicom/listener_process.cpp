@@ -19,9 +19,8 @@ constexpr int kRecordsAtOnce = 1000;
 } // namespace
 
 ListenerProcess::ListenerProcess(const Setup &setup, const StoreSCPCallbacks &callbacks)
-    : m_patience(setup.patience), m_process(setup.program, QStringLiteral("scp")),
-      m_events(callbacks, setup.inbox, m_process.channel()),
-      m_patienceEndsAt(SteadyClock::now() + m_patience.start)
+    : m_timeouts(setup.timeouts), m_process(setup.program, QStringLiteral("scp")),
+      m_events(callbacks, setup.inbox, m_process.channel()), m_deadline(SteadyClock::now() + m_timeouts.start)
 {
     m_process.channel().trySend(setup.start);
 }
@@ -38,7 +37,7 @@ void ListenerProcess::addDescriptors(std::vector<pollfd> &entries) const
 
 ListenerProcess::TimePoint ListenerProcess::deadline() const
 {
-    return std::min(m_nextQuestion.value_or(TimePoint::max()), m_patienceEndsAt.value_or(TimePoint::max()));
+    return std::min(m_nextQuestion.value_or(TimePoint::max()), m_deadline.value_or(TimePoint::max()));
 }
 
 void ListenerProcess::attend()
@@ -50,7 +49,7 @@ void ListenerProcess::attend()
     if (m_nextQuestion && now >= *m_nextQuestion) {
         askForSignOfLife(now);
     }
-    if (m_patienceEndsAt && now >= *m_patienceEndsAt) {
+    if (m_deadline && now >= *m_deadline) {
         kill(now);
     }
 }
@@ -59,7 +58,7 @@ void ListenerProcess::requestStop()
 {
     m_stopRequested = true;
     m_nextQuestion.reset();
-    m_patienceEndsAt = SteadyClock::now() + m_patience.unbind;
+    m_deadline = SteadyClock::now() + m_timeouts.unbind;
     m_process.channel().trySend(Record{"stop", {}});
 }
 
@@ -111,15 +110,15 @@ void ListenerProcess::takeRecord(const Record &record)
         const TimePoint now = SteadyClock::now();
         m_port = static_cast<int>(record.number("port", 0));
         m_listensSince = now;
-        m_patienceEndsAt.reset();
-        m_nextQuestion = now + m_patience.signOfLife;
+        m_deadline.reset();
+        m_nextQuestion = now + m_timeouts.signOfLife;
     } else if (record.word == "refused") {
         m_refusal = QString::fromStdString(std::string(record.text("message")));
     } else if (record.word == "unbound") {
         m_hasUnbound = true;
         m_port.reset();
         m_nextQuestion.reset();
-        m_patienceEndsAt = SteadyClock::now() + m_patience.finish;
+        m_deadline = SteadyClock::now() + m_timeouts.finish;
     }
 }
 
@@ -134,7 +133,7 @@ void ListenerProcess::noteEnd()
         m_port.reset();
         m_listenedUntil = now;
         m_nextQuestion.reset();
-        m_patienceEndsAt = now + m_patience.finish;
+        m_deadline = now + m_timeouts.finish;
     }
 }
 
@@ -148,20 +147,20 @@ void ListenerProcess::askForSignOfLife(TimePoint now)
     }
     ++m_unanswered;
     m_process.channel().trySend(Record{"ping", {}});
-    m_nextQuestion = now + m_patience.signOfLife;
+    m_nextQuestion = now + m_timeouts.signOfLife;
 }
 
 /// The listener itself at first; the processes of its associations when it is gone and they stay.
 void ListenerProcess::kill(TimePoint now)
 {
     m_nextQuestion.reset();
-    m_patienceEndsAt = now + m_patience.finish;
+    m_deadline = now + m_timeouts.finish;
     if (!m_status) {
         m_process.kill();
     } else if (!m_channelIsOver) {
         m_process.killGroup(); // one of them holds the other end of the channel, so the group is still theirs
     } else {
-        m_patienceEndsAt.reset();
+        m_deadline.reset();
     }
 }
 

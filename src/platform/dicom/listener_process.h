@@ -13,7 +13,7 @@
 namespace gateway::platform {
 
 /// How long the processes of a listener may take before they count as hung and are killed.
-struct ListenerPatience
+struct ListenerTimeouts
 {
     std::chrono::milliseconds start{60'000}; ///< to listen, or to say why not: a disk may have to wake up
     std::chrono::milliseconds signOfLife{
@@ -37,7 +37,7 @@ public:
         QString program;
         dicom_protocol::Record start; // the first record that it gets
         QString inbox;
-        ListenerPatience patience;
+        ListenerTimeouts timeouts;
     };
 
     /// \throws std::system_error when the process can't be started.
@@ -89,7 +89,7 @@ private:
     void askForSignOfLife(TimePoint now);
     void kill(TimePoint now);
 
-    const ListenerPatience m_patience;
+    const ListenerTimeouts m_timeouts;
     HelperProcess m_process;
     AssociationEvents m_events;
 
@@ -103,9 +103,9 @@ private:
     std::optional<int> m_status;
     QString m_refusal;
 
-    int m_unanswered = 0;                      // questions for a sign of life
-    std::optional<TimePoint> m_nextQuestion;   // while it listens
-    std::optional<TimePoint> m_patienceEndsAt; // whatever it is that is waited for; killed then
+    int m_unanswered = 0;                    // questions for a sign of life
+    std::optional<TimePoint> m_nextQuestion; // while it listens
+    std::optional<TimePoint> m_deadline;     // whatever it is that is waited for; killed then
 };
 
 } // namespace gateway::platform

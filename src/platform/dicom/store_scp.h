@@ -21,6 +21,7 @@ struct StoreSCPConfig
     bool verifyPeerCert = false;
     std::chrono::seconds timeout{30};    // until a silent association is aborted; 0 or less for never
     std::optional<QString> incomingPath; // absent for the SCP's own default
+    QString incomingFolderId;            // the number that it keeps; empty where nobody knows one
     QString bindAddress;                 // empty for all addresses
     int associationsPerAddress = 128;    // at once; beyond that they are rejected
     std::int64_t acknowledgeAfter = 0;   // see StoreSCP::acknowledgeAfter()

@@ -29,20 +29,11 @@ bool isReadable(int descriptor)
     return ::poll(&entry, 1, 0) > 0;
 }
 
-int openEvent()
-{
-    const int descriptor = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-    if (descriptor < 0) {
-        throw std::system_error(errno, std::generic_category(), "eventfd");
-    }
-    return descriptor;
-}
-
 } // namespace
 
 WorkerProcessPool::WorkerProcessPool(int width, QString program, int jobsPerProcess)
     : m_width(std::max(width, 1)), m_program(std::move(program)), m_jobsPerProcess(jobsPerProcess),
-      m_wake(openEvent()), m_reaper("workerReaper", [this](const std::stop_token &stop) { reapEnded(stop); }),
+      m_reaper("workerReaper", [this](const std::stop_token &stop) { reapEnded(stop); }),
       m_starter(QStringLiteral("dicomWorkers.queue"))
 {
 }
@@ -50,9 +41,8 @@ WorkerProcessPool::WorkerProcessPool(int width, QString program, int jobsPerProc
 WorkerProcessPool::~WorkerProcessPool()
 {
     m_reaper.cancel();
-    wakeReaper();
+    m_wake.set();
     m_reaper.join();
-    ::close(m_wake);
 }
 
 WorkerProcessPool::Result WorkerProcessPool::run(const Record &job, std::chrono::milliseconds timeout)
@@ -127,14 +117,8 @@ bool WorkerProcessPool::start(Worker &worker)
     const MutexLock lock(m_mutex);
     worker.pid = worker.process->processId();
     worker.descriptor = worker.process->processDescriptor();
-    wakeReaper();
+    m_wake.set();
     return true;
-}
-
-void WorkerProcessPool::wakeReaper() const
-{
-    const std::uint64_t one = 1;
-    [[maybe_unused]] const ssize_t written = ::write(m_wake, &one, sizeof(one));
 }
 
 /// Waits for the end of any process; one that had nothing to do is reaped here, the others by their caller.
@@ -143,10 +127,9 @@ void WorkerProcessPool::reapEnded(const std::stop_token &stop)
     while (!stop.stop_requested()) {
         std::vector<pollfd> entries = endings();
         ::poll(entries.data(), entries.size(), -1);
-        std::uint64_t wakes = 0;
-        [[maybe_unused]] const ssize_t taken = ::read(m_wake, &wakes, sizeof(wakes));
+        m_wake.reset();
         for (const pollfd &entry : entries) {
-            if (entry.fd != m_wake && entry.revents != 0) {
+            if (entry.fd != m_wake.descriptor() && entry.revents != 0) {
                 noteEnding(entry.fd).reset();
             }
         }
@@ -155,7 +138,7 @@ void WorkerProcessPool::reapEnded(const std::stop_token &stop)
 
 std::vector<pollfd> WorkerProcessPool::endings() const
 {
-    std::vector<pollfd> entries{{m_wake, POLLIN, 0}};
+    std::vector<pollfd> entries{{m_wake.descriptor(), POLLIN, 0}};
     const MutexLock lock(m_mutex);
     for (const auto &worker : m_workers) {
         if (worker->descriptor >= 0) {

@@ -3,6 +3,7 @@
 #include "platform/concurrency/mutex.h"
 #include "platform/concurrency/serial_queue.h"
 #include "platform/concurrency/task.h"
+#include "platform/descriptors/event_descriptor.h"
 #include "platform/dicom/helper_process.h"
 
 #include <QtCore/QString>
@@ -70,7 +71,6 @@ private:
     Worker &acquire();
     void release(Worker &worker, bool reusable);
     bool start(Worker &worker);
-    void wakeReaper() const;
     void reapEnded(const std::stop_token &stop);
     std::vector<pollfd> endings() const;
     std::unique_ptr<HelperProcess> noteEnding(int descriptor);
@@ -86,8 +86,8 @@ private:
     Condition m_freed;
     std::vector<std::unique_ptr<Worker>> m_workers QUORIN_GUARDED_BY(m_mutex);
 
-    const int m_wake; // an eventfd: the processes to watch have changed, or the pool goes
-    Task m_reaper;    // uses the fields above
+    EventDescriptor m_wake; // set when the processes to watch have changed, or the pool goes
+    Task m_reaper;          // uses the fields above
 
     // Starts all processes: a worker is killed when the thread that started it ends. Last, so that it
     // outlives no field that its blocks use.

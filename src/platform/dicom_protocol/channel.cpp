@@ -2,7 +2,6 @@
 
 #include <poll.h>
 #include <sys/socket.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -39,20 +38,6 @@ bool waitReadable(int descriptor, std::optional<SteadyClock::time_point> deadlin
 
 } // namespace
 
-Channel::~Channel()
-{
-    close();
-}
-
-Channel &Channel::operator=(Channel &&other) noexcept
-{
-    if (this != &other) {
-        close();
-        m_descriptor = std::exchange(other.m_descriptor, -1);
-    }
-    return *this;
-}
-
 std::pair<Channel, Channel> Channel::makePair()
 {
     std::array<int, 2> ends{};
@@ -62,17 +47,10 @@ std::pair<Channel, Channel> Channel::makePair()
     return {Channel(ends[0]), Channel(ends[1])};
 }
 
-void Channel::close()
-{
-    if (m_descriptor >= 0) {
-        ::close(std::exchange(m_descriptor, -1));
-    }
-}
-
 void Channel::shutdown()
 {
-    if (m_descriptor >= 0) {
-        ::shutdown(m_descriptor, SHUT_RDWR);
+    if (isOpen()) {
+        ::shutdown(descriptor(), SHUT_RDWR);
     }
 }
 
@@ -90,7 +68,7 @@ bool Channel::send(const Record &record, int flags)
 {
     const std::string bytes = encode(record);
     for (;;) {
-        const ssize_t sent = ::send(m_descriptor, bytes.data(), bytes.size(), MSG_NOSIGNAL | flags);
+        const ssize_t sent = ::send(descriptor(), bytes.data(), bytes.size(), MSG_NOSIGNAL | flags);
         if (sent >= 0) {
             return true;
         }
@@ -108,10 +86,10 @@ Channel::Receipt Channel::receive(Record &record, std::chrono::milliseconds time
     }
     std::vector<char> bytes(kMaxRecordBytes);
     for (;;) {
-        if (!waitReadable(m_descriptor, deadline)) {
+        if (!waitReadable(descriptor(), deadline)) {
             return Receipt::timeout;
         }
-        const ssize_t size = ::recv(m_descriptor, bytes.data(), bytes.size(), 0);
+        const ssize_t size = ::recv(descriptor(), bytes.data(), bytes.size(), 0);
         if (size < 0 && errno == EINTR) {
             continue;
         }

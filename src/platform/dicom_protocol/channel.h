@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/descriptors/descriptor.h"
 #include "platform/dicom_protocol/record.h"
 
 #include <chrono>
@@ -25,16 +26,13 @@ public:
 
     Channel() = default;
     explicit Channel(int descriptor) : m_descriptor(descriptor) {}
-    ~Channel();
-    Channel(Channel &&other) noexcept : m_descriptor(std::exchange(other.m_descriptor, -1)) {}
-    Channel &operator=(Channel &&other) noexcept;
 
     /// Two connected ends. \throws std::system_error
     static std::pair<Channel, Channel> makePair();
 
-    bool isOpen() const { return m_descriptor >= 0; }
-    int descriptor() const { return m_descriptor; }
-    void close();
+    bool isOpen() const { return m_descriptor.isOpen(); }
+    int descriptor() const { return m_descriptor.get(); }
+    void close() { m_descriptor.close(); }
 
     /// Makes a receive on any thread end with `closed`.
     void shutdown();
@@ -56,7 +54,7 @@ public:
 private:
     bool send(const Record &record, int flags);
 
-    int m_descriptor = -1;
+    Descriptor m_descriptor;
 };
 
 } // namespace gateway::platform::dicom_protocol

@@ -3,7 +3,7 @@
 /// The words and field names of the records between the gateway and quorin-dicom.
 ///
 /// quorin-dicom finds its end of the channel as descriptor kChannelDescriptor; nothing stands in its
-/// argument list but the role, "scp", "worker" or "unpack".
+/// argument list but the role, "scp", "worker", "unpack" or "sender".
 namespace gateway::platform::dicom_protocol {
 
 inline constexpr int kChannelDescriptor = 3;
@@ -39,10 +39,10 @@ inline constexpr int kChannelDescriptor = 3;
 //   unreadable message (not DICOM, no identity, ...)
 //   sendable   path (the output, or the input's where that can go as it is), converted (1 where the output is
 //              the JPEG-LS form), study, series, instance (of the dataset; empty where it has none), version
-//   nameless   the object has no instance UID by which an answer could name it
+//   nameless   the object has no instance UID by which an answer could name it; version
 //   version    version (as in `sendable`)
 //   same, different
-//   failed     message
+//   failed     message; version, where the object was to be made sendable and could be read
 // No message holds anything that a file says.
 
 // To an unpacker: one job, after which it ends.
@@ -54,6 +54,14 @@ inline constexpr int kChannelDescriptor = 3;
 //   encrypted  the archive is protected by a password
 //   toolarge   the archive holds more than it may
 //   nostorage  the folder can't take what the archive holds
+
+// To a sender: one job, after which it ends.
+//   send     address (numeric), port, called, calling (titles), study, series, instance (UIDs of the sample),
+//            date (YYYYMMDD), time (HHMMSS)
+// From a sender:
+//   stored
+//   failed   status (of the answer to the C-STORE)
+//   unreachable, rejected, nottaken, broken, silent
 
 inline constexpr char kTextValue = 's';    ///< UTF-8
 inline constexpr char kIntegerValue = 'i'; ///< decimal, within 64 bits

@@ -15,9 +15,9 @@ FileDescriptor FileDescriptor::open(const QString &path, int flags, const char *
 {
     const QByteArray name = QFile::encodeName(path);
     for (;;) {
-        const int descriptor = ::open(name.constData(), flags | O_CLOEXEC, mode);
-        if (descriptor >= 0) {
-            return FileDescriptor(descriptor);
+        Descriptor descriptor(::open(name.constData(), flags | O_CLOEXEC, mode));
+        if (descriptor.isOpen()) {
+            return FileDescriptor(std::move(descriptor));
         }
         if (errno != EINTR) {
             throw FileError(operation, errno);
@@ -25,22 +25,9 @@ FileDescriptor FileDescriptor::open(const QString &path, int flags, const char *
     }
 }
 
-FileDescriptor::~FileDescriptor()
-{
-    if (m_descriptor >= 0) {
-        ::close(m_descriptor);
-    }
-}
-
-FileDescriptor &FileDescriptor::operator=(FileDescriptor &&other) noexcept
-{
-    std::swap(m_descriptor, other.m_descriptor);
-    return *this;
-}
-
 void FileDescriptor::sync() const
 {
-    while (::fsync(m_descriptor) != 0) {
+    while (::fsync(m_descriptor.get()) != 0) {
         if (errno != EINTR) {
             throw FileError("write a file to the disk", errno);
         }
@@ -49,8 +36,7 @@ void FileDescriptor::sync() const
 
 void FileDescriptor::close()
 {
-    // Linux frees the descriptor even where it reports an interruption, so a second close would be wrong.
-    if (::close(std::exchange(m_descriptor, -1)) != 0 && errno != EINTR) {
+    if (m_descriptor.close() != 0 && errno != EINTR) {
         throw FileError("close a file", errno);
     }
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/descriptors/descriptor.h"
+
 #include <QtCore/QString>
 
 #include <sys/types.h>
@@ -20,11 +22,7 @@ public:
     /// \throws FileError
     static FileDescriptor open(const QString &path, int flags, const char *operation, mode_t mode = 0);
 
-    ~FileDescriptor();
-    FileDescriptor(FileDescriptor &&other) noexcept : m_descriptor(std::exchange(other.m_descriptor, -1)) {}
-    FileDescriptor &operator=(FileDescriptor &&other) noexcept;
-
-    int get() const { return m_descriptor; }
+    int get() const { return m_descriptor.get(); }
 
     /// Waits until content and size are on the disk. \throws FileError
     void sync() const;
@@ -33,9 +31,9 @@ public:
     void close();
 
 private:
-    explicit FileDescriptor(int descriptor) : m_descriptor(descriptor) {}
+    explicit FileDescriptor(Descriptor descriptor) : m_descriptor(std::move(descriptor)) {}
 
-    int m_descriptor = -1;
+    Descriptor m_descriptor;
 };
 
 } // namespace gateway::platform

@@ -1,5 +1,6 @@
 #include "platform/files/files.h"
 
+#include <QtCore/QDir>
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 #include <QtCore/QStringList>
@@ -21,11 +22,18 @@ QString folderOf(const QString &path)
     return QFileInfo(path).path();
 }
 
+// What stands around that which tells one name beside a file from others.
+QString partPrefix(const QString &path)
+{
+    return u'.' + QFileInfo(path).fileName() + u'.';
+}
+const QString kPartSuffix = QStringLiteral(".part");
+
 /// A name beside `path` that nobody else uses.
 QString partPath(const QString &path)
 {
     const QString random = QUuid::createUuid().toString(QUuid::Id128);
-    return folderOf(path) + QStringLiteral("/.") + random + QStringLiteral(".part");
+    return folderOf(path) + u'/' + partPrefix(path) + random + kPartSuffix;
 }
 
 void removeIgnoringFailure(const QString &path, FileSystem &files)
@@ -34,6 +42,17 @@ void removeIgnoringFailure(const QString &path, FileSystem &files)
         files.remove(path);
     } catch (const FileError &) {
         // The error that led here is the one to report.
+    }
+}
+
+/// What writers of `path` left that were cut off.
+void removeParts(const QString &path, FileSystem &files)
+{
+    const QDir folder(folderOf(path));
+    for (const QString &name : folder.entryList(QDir::Files | QDir::Hidden)) {
+        if (isPartOf(path, name)) {
+            removeIgnoringFailure(folder.filePath(name), files);
+        }
     }
 }
 
@@ -71,6 +90,7 @@ qint64 bytesOf(fsblkcnt_t blocks, unsigned long blockSize)
 
 void writeFileDurably(const QString &path, const QByteArray &bytes, FileSystem &files)
 {
+    removeParts(path, files);
     const QString part = partPath(path);
     files.create(part, bytes);
     try {
@@ -80,6 +100,11 @@ void writeFileDurably(const QString &path, const QByteArray &bytes, FileSystem &
         throw;
     }
     files.syncFolder(folderOf(path));
+}
+
+bool isPartOf(const QString &path, const QString &name)
+{
+    return name.startsWith(partPrefix(path)) && name.endsWith(kPartSuffix);
 }
 
 void syncFile(const QString &path, FileSystem &files)
@@ -141,13 +166,6 @@ std::optional<qint64> fileSizeBytes(const QString &path)
 {
     const auto status = statusOfRegularFile(path);
     return status ? std::optional<qint64>(status->st_size) : std::nullopt;
-}
-
-std::optional<qint64> allocatedBytes(const QString &path)
-{
-    constexpr qint64 kBlock = 512; // the unit of st_blocks, whatever the volume's own blocks are
-    const auto status = statusOfRegularFile(path);
-    return status ? std::optional<qint64>(status->st_blocks * kBlock) : std::nullopt;
 }
 
 std::optional<FileIdentity> fileIdentity(const QString &path)

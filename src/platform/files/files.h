@@ -14,8 +14,12 @@ namespace gateway::platform {
 // Thread: any.
 
 /// Gives `path` the content `bytes`, whole or not at all: readers see the old content or the new, also
-/// after a failure and after a power cut. The file is readable for its owner alone.
+/// after a failure and after a power cut. The file is readable for its owner alone. One writer at a time:
+/// what stands beside the file of one that was cut off, goes.
 void writeFileDurably(const QString &path, const QByteArray &bytes, FileSystem &files = systemFiles());
+
+/// True for the name that stands beside the file at `path` while it is written.
+bool isPartOf(const QString &path, const QString &name);
 
 /// Waits until the content of a file is on the disk.
 void syncFile(const QString &path, FileSystem &files = systemFiles());
@@ -49,9 +53,6 @@ void makeFoldersDurably(const QString &path, FileSystem &files = systemFiles());
 
 /// The length of a regular file, in bytes; nothing when there is none or it can't be asked.
 std::optional<qint64> fileSizeBytes(const QString &path);
-
-/// The bytes that a regular file occupies on its volume; nothing when there is none or it can't be asked.
-std::optional<qint64> allocatedBytes(const QString &path);
 
 /// Which file a name stands for, and what of it tells it from others.
 struct FileIdentity

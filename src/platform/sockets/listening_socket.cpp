@@ -79,8 +79,8 @@ ListeningSocket ListeningSocket::onPath(const QString &path)
     const QByteArray name = QFile::encodeName(path);
     ::unlink(name.constData());
     // The mode is set before anybody can connect: listen() comes after it.
-    if (::bind(made.m_descriptor, address.address(), address.size()) != 0 ||
-        ::chmod(name.constData(), S_IRUSR | S_IWUSR) != 0 || ::listen(made.m_descriptor, kBacklog) != 0) {
+    if (::bind(made.descriptor(), address.address(), address.size()) != 0 ||
+        ::chmod(name.constData(), S_IRUSR | S_IWUSR) != 0 || ::listen(made.descriptor(), kBacklog) != 0) {
         throw SocketError(QStringLiteral("The socket %1 can't be opened: %2.").arg(path, errorText()));
     }
     made.m_path = path;
@@ -94,9 +94,9 @@ ListeningSocket ListeningSocket::onAddress(const SocketAddress &address)
     ListeningSocket made(::socket(family, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     // A restart needn't wait until the last run's connections are forgotten.
     const int on = 1;
-    ::setsockopt(made.m_descriptor, SOL_SOCKET, SO_REUSEADDR, &on, sizeof(on));
-    if (!plain || ::bind(made.m_descriptor, plain->get(), plain->size) != 0 ||
-        ::listen(made.m_descriptor, kBacklog) != 0) {
+    ::setsockopt(made.descriptor(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof(on));
+    if (!plain || ::bind(made.descriptor(), plain->get(), plain->size) != 0 ||
+        ::listen(made.descriptor(), kBacklog) != 0) {
         throw SocketError(QStringLiteral("The address %1 port %2 can't be listened on: %3.")
                               .arg(address.host)
                               .arg(address.port)
@@ -107,9 +107,7 @@ ListeningSocket ListeningSocket::onAddress(const SocketAddress &address)
 
 ListeningSocket::~ListeningSocket()
 {
-    if (m_descriptor >= 0) {
-        ::close(m_descriptor);
-    }
+    m_descriptor.close();
     if (!m_path.isEmpty()) {
         ::unlink(QFile::encodeName(m_path).constData());
     }
@@ -119,7 +117,7 @@ int ListeningSocket::port() const
 {
     PlainAddress plain;
     plain.size = sizeof(plain.storage);
-    ::getsockname(m_descriptor, plain.get(), &plain.size);
+    ::getsockname(descriptor(), plain.get(), &plain.size);
     switch (plain.storage.ss_family) {
     case AF_INET:
         return ntohs(reinterpret_cast<const sockaddr_in *>(&plain.storage)->sin_port);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/descriptors/descriptor.h"
+
 #include <QtCore/QString>
 
 #include <optional>
@@ -41,12 +43,12 @@ public:
 
     ~ListeningSocket();
     ListeningSocket(ListeningSocket &&other) noexcept
-        : m_descriptor(std::exchange(other.m_descriptor, -1)), m_path(std::exchange(other.m_path, {}))
+        : m_descriptor(std::move(other.m_descriptor)), m_path(std::exchange(other.m_path, {}))
     {
     }
     ListeningSocket &operator=(ListeningSocket &&) = delete;
 
-    int descriptor() const { return m_descriptor; }
+    int descriptor() const { return m_descriptor.get(); }
 
     /// The bound port; 0 for a Unix socket.
     int port() const;
@@ -54,7 +56,7 @@ public:
 private:
     explicit ListeningSocket(int descriptor) : m_descriptor(descriptor) {}
 
-    int m_descriptor;
+    Descriptor m_descriptor;
     QString m_path; // of a Unix socket
 };
 

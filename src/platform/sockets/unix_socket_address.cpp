@@ -7,34 +7,26 @@
 #include <cstring>
 
 #include <fcntl.h>
-#include <unistd.h>
 
 namespace gateway::platform {
 
 UnixSocketAddress::UnixSocketAddress(const QString &path)
 {
     const QFileInfo file(path);
-    m_folder = ::open(QFile::encodeName(file.absolutePath()).constData(), O_PATH | O_DIRECTORY | O_CLOEXEC);
-    if (m_folder < 0) {
+    m_folder = Descriptor(
+        ::open(QFile::encodeName(file.absolutePath()).constData(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    if (!m_folder.isOpen()) {
         return;
     }
     const QByteArray name =
-        "/proc/self/fd/" + QByteArray::number(m_folder) + '/' + QFile::encodeName(file.fileName());
+        "/proc/self/fd/" + QByteArray::number(m_folder.get()) + '/' + QFile::encodeName(file.fileName());
     if (name.size() >= static_cast<qsizetype>(sizeof(m_address.sun_path))) {
-        ::close(m_folder);
-        m_folder = -1;
+        m_folder.close();
         errno = ENAMETOOLONG;
         return;
     }
     m_address.sun_family = AF_UNIX;
     std::memcpy(m_address.sun_path, name.constData(), static_cast<std::size_t>(name.size()));
-}
-
-UnixSocketAddress::~UnixSocketAddress()
-{
-    if (m_folder >= 0) {
-        ::close(m_folder);
-    }
 }
 
 const sockaddr *UnixSocketAddress::address() const

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/descriptors/descriptor.h"
+
 #include <QtCore/QString>
 
 #include <sys/socket.h>
@@ -15,19 +17,15 @@ class UnixSocketAddress
 {
 public:
     explicit UnixSocketAddress(const QString &path);
-    ~UnixSocketAddress();
-
-    UnixSocketAddress(const UnixSocketAddress &) = delete;
-    UnixSocketAddress &operator=(const UnixSocketAddress &) = delete;
 
     /// False when the folder can't be opened or the name is too long; errno says why.
-    bool isValid() const { return m_folder >= 0; }
+    bool isValid() const { return m_folder.isOpen(); }
 
     const sockaddr *address() const;
     socklen_t size() const { return sizeof(m_address); }
 
 private:
-    int m_folder = -1;
+    Descriptor m_folder;
     sockaddr_un m_address{};
 };
 

@@ -13,6 +13,18 @@ SqliteError lastError(sqlite3 *connection)
     return {QString::fromUtf8(sqlite3_errmsg(connection)), sqlite3_extended_errcode(connection)};
 }
 
+/// SQLite's own start, once a process and before its first connection.
+void startSqlite()
+{
+    // What undoes a statement or a savepoint is kept in memory, whatever it takes. An import changes more
+    // than the 64 KiB beyond which it is kept in a temporary file by default, and each would make a file for
+    // nothing. Another limit is no way out: SQLite 3.40 writes what it has kept up to there in one piece, of
+    // whose size its file layer takes the lowest 17 bits, and then says that the disk is full.
+    constexpr int kNeverInAFile = -1;
+    [[maybe_unused]] static const int configured =
+        sqlite3_config(SQLITE_CONFIG_STMTJRNL_SPILL, kNeverInAFile);
+}
+
 } // namespace
 
 void Database::Closer::operator()(sqlite3 *connection) const
@@ -25,6 +37,7 @@ Database Database::open(const QString &path, Access access, std::chrono::millise
     const int flags =
         (access == Access::readOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE) |
         SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE;
+    startSqlite();
     sqlite3 *raw = nullptr;
     const int code = sqlite3_open_v2(path.toUtf8().constData(), &raw, flags, nullptr);
     std::unique_ptr<sqlite3, Closer> connection(raw);
@@ -82,6 +95,23 @@ void Database::syncCommits(bool doesSync)
     if (m_syncsCommits != doesSync) {
         exec(doesSync ? "PRAGMA synchronous = FULL" : "PRAGMA synchronous = NORMAL");
         m_syncsCommits = doesSync;
+    }
+}
+
+void Database::copyTo(const QString &path)
+{
+    Database copy = open(path, Access::readWrite);
+    copy.exec("PRAGMA journal_mode = OFF; PRAGMA synchronous = OFF"); // nobody relies on a part of it
+    constexpr const char *kWhole = "main";
+    sqlite3_backup *backup = sqlite3_backup_init(copy.m_connection.get(), kWhole, m_connection.get(), kWhole);
+    if (backup == nullptr) {
+        throw lastError(copy.m_connection.get());
+    }
+    constexpr int kAllPages = -1;
+    const int code = sqlite3_backup_step(backup, kAllPages);
+    sqlite3_backup_finish(backup);
+    if (code != SQLITE_DONE) {
+        throw SqliteError(QString::fromUtf8(sqlite3_errstr(code)), code);
     }
 }
 

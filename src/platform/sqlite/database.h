@@ -48,6 +48,10 @@ public:
     /// power cut once a later one that does has returned. Not inside a transaction.
     void syncCommits(bool doesSync);
 
+    /// Writes all that is committed to a new file at `path`, with the settings that the file itself keeps.
+    /// What it has written isn't on the disk before that file is synced.
+    void copyTo(const QString &path);
+
     /// Runs statements without parameters or results, separated by semicolons.
     void exec(const std::string &sql);
 

@@ -1,5 +1,6 @@
 #include "platform/sqlite/database.h"
 
+#include <QtCore/QDirIterator>
 #include <QtCore/QFile>
 #include <QtCore/QTemporaryDir>
 
@@ -28,10 +29,45 @@ protected:
     QTemporaryDir m_folder;
 };
 
+/// How many of the files that this process has open have `part` in their paths.
+qsizetype openFiles(const QString &part)
+{
+    qsizetype count = 0;
+    QDirIterator descriptors(QStringLiteral("/proc/self/fd"), QDir::AllEntries | QDir::System);
+    while (descriptors.hasNext()) {
+        count += QFile::symLinkTarget(descriptors.next()).contains(part) ? 1 : 0;
+    }
+    return count;
+}
+
 using SqliteDatabase = SqliteRoom;
 using SqliteTransaction = SqliteRoom;
 
 } // namespace
+
+TEST_F(SqliteDatabase, IsCopiedWithWhatStandsInItsLogAndWithItsSettings)
+{
+    Database db = open();
+    db.useDurableWriteAheadLog();
+    db.exec("CREATE TABLE t (a); PRAGMA user_version = 7; PRAGMA wal_checkpoint(TRUNCATE)");
+    db.exec("INSERT INTO t VALUES (1), (2)");
+    const QString copy = m_folder.filePath(QStringLiteral("copy.sqlite"));
+
+    db.copyTo(copy);
+
+    db.exec("DELETE FROM t");
+    Database copied = Database::open(copy, Database::Access::readOnly);
+    EXPECT_EQ(copied.integer("SELECT count(*) FROM t"), 2);
+    EXPECT_EQ(copied.integer("PRAGMA user_version"), 7);
+}
+
+TEST_F(SqliteDatabase, IsNotCopiedWhereNoFileCanBeMade)
+{
+    Database db = open();
+    db.exec("CREATE TABLE t (a)");
+
+    EXPECT_THROW(db.copyTo(m_folder.filePath(QStringLiteral("missing/copy.sqlite"))), SqliteError);
+}
 
 TEST_F(SqliteDatabase, GivesBackEachTypeThatWasBound)
 {
@@ -166,6 +202,46 @@ TEST_F(SqliteDatabase, MovesWithItsStatements)
     second.prepare("INSERT INTO t VALUES (?)").bindAll(2).run();
 
     EXPECT_EQ(second.integer("SELECT count(*) FROM t"), 2);
+}
+
+TEST_F(SqliteTransaction, NeedsNoTemporaryFileForWhatASavepointMayUndo)
+{
+    Database db = open();
+    db.useDurableWriteAheadLog();
+    db.exec("CREATE TABLE t (page BLOB)");
+    db.exec("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 300) "
+            "INSERT INTO t SELECT zeroblob(3000) FROM n");
+    Transaction transaction(db);
+    {
+        const Savepoint undone(db);
+
+        db.exec("UPDATE t SET page = randomblob(3000)"); // some 1.2 MB that may have to be undone
+
+        EXPECT_EQ(openFiles(QStringLiteral("/etilqs_")), 0);     // SQLite's name for temporary files
+        EXPECT_EQ(openFiles(QStringLiteral("/test.sqlite")), 3); // with its log and the log's index
+    }
+    EXPECT_EQ(db.integer("SELECT count(*) FROM t WHERE page = zeroblob(3000)"), 300);
+}
+
+TEST_F(SqliteTransaction, UndoesWhateverASavepointOrAStatementChanged)
+{
+    Database db = open();
+    db.useDurableWriteAheadLog();
+    db.exec("CREATE TABLE t (page BLOB)");
+    db.exec("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 3000) "
+            "INSERT INTO t SELECT zeroblob(3000) FROM n");
+    Transaction transaction(db);
+    {
+        const Savepoint undone(db);
+
+        db.exec("UPDATE t SET page = randomblob(3000)"); // some 12 MB that may have to be undone
+    }
+    EXPECT_EQ(db.integer("SELECT count(*) FROM t WHERE page = zeroblob(3000)"), 3000);
+
+    EXPECT_THROW(
+        db.exec("UPDATE t SET page = CASE rowid WHEN 3000 THEN abs(-9223372036854775808) ELSE x'01' END"),
+        SqliteError);
+    EXPECT_EQ(db.integer("SELECT count(*) FROM t WHERE page = zeroblob(3000)"), 3000);
 }
 
 TEST_F(SqliteTransaction, IsUndoneUnlessCommitted)

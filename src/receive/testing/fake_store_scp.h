@@ -111,6 +111,12 @@ public:
         return *m_config;
     }
 
+    bool hasStarted() const
+    {
+        const platform::MutexLock lock(m_mutex);
+        return m_config.has_value();
+    }
+
     int stops() const
     {
         const platform::MutexLock lock(m_mutex);

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "log/store_log_emitter.h"
-#include "log/testing/recording_log.h"
+#include "log/writing/store_log_emitter.h"
+#include "log/writing/testing/recording_log.h"
 #include "platform/concurrency/main_executor.h"
 #include "platform/concurrency/testing/manual_clock.h"
 #include "receive/store_manual_import_service.h"

@@ -3,8 +3,8 @@
 #include "core/dcm_listener_settings.h"
 #include "core/notification_names.h"
 #include "core/settings.h"
-#include "log/store_log_emitter.h"
-#include "log/testing/recording_log.h"
+#include "log/writing/store_log_emitter.h"
+#include "log/writing/testing/recording_log.h"
 #include "platform/concurrency/main_executor.h"
 #include "platform/concurrency/testing/manual_clock.h"
 #include "platform/concurrency/worker_pool.h"
@@ -168,7 +168,7 @@ private:
 public:
     platform::UserDefaults defaults{m_home.filePath(QStringLiteral("defaults.sqlite"))};
     core::Settings settings{defaults};
-    IncomingFolders incomingFolders{defaults, settings, inbox()};
+    IncomingFolders incomingFolders{defaults, settings, {inbox(), m_home.path()}};
     log::testing::RecordingLog log;
     log::StoreLogEmitter emitter{log, clock};
     FakeImports imports;

@@ -12,6 +12,8 @@
 #include <QtGui/QShowEvent>
 #include <QtWidgets/QHBoxLayout>
 
+#include <utility>
+
 namespace gateway::shell {
 
 namespace {
@@ -93,6 +95,9 @@ void SignInSheet::hideEvent(QHideEvent *event)
     if (event->spontaneous()) {
         return;
     }
+    if (std::exchange(m_waitingAttempt, 0) != 0) {
+        m_auth.cancelSignIn();
+    }
     forgetEntries();
     m_auth.clearLastAuthError();
     const bool hasToldAll = !m_success->isHidden();
@@ -137,16 +142,19 @@ void SignInSheet::signIn()
         return;
     }
     m_password->setRevealed(false);
+    m_waitingAttempt = ++m_attempts;
     QCoro::connect(m_auth.signIn(m_email->text().trimmed(), m_password->text()),
                    this,
-                   [this](bool isSignedIn) { signInEnded(isSignedIn); });
+                   [this, attempt = m_waitingAttempt](bool isSignedIn) { signInEnded(attempt, isSignedIn); });
 }
 
-void SignInSheet::signInEnded(bool isSignedIn)
+void SignInSheet::signInEnded(int attempt, bool isSignedIn)
 {
-    if (isHidden()) {
-        m_auth.clearLastAuthError(); // nobody waits for the answer any more
-    } else if (isSignedIn) {
+    if (attempt != m_waitingAttempt) {
+        return; // it was given up
+    }
+    m_waitingAttempt = 0;
+    if (isSignedIn) {
         showSuccess();
     } else {
         m_password->setFocus();

@@ -20,8 +20,8 @@ class TextLabel;
 /// Asks for email and password, signs in, and says so.
 ///
 /// Each opening begins with empty fields; the password is forgotten when the sheet goes. `dismissed` comes
-/// whenever the operator leaves it: by "Cancel", by "Continue", by Escape or by a click beside the panel. A
-/// sign-in under way goes on then.
+/// whenever the operator leaves it: by "Cancel", by "Continue", by Escape or, while nothing is typed, by a
+/// click beside the panel. A sign-in that waits for its answer is given up then.
 ///
 /// Owner: the window. Thread: main.
 class SignInSheet : public Sheet
@@ -44,7 +44,7 @@ private:
     void forgetEntries();
     void leave();
     void signIn();
-    void signInEnded(bool isSignedIn);
+    void signInEnded(int attempt, bool isSignedIn);
     void showSuccess();
     void showState();
     bool hasEntries() const;
@@ -55,6 +55,8 @@ private:
     PasswordField *m_password;
     InlineError *m_error;
     QString m_shownError;
+    int m_attempts = 0;
+    int m_waitingAttempt = 0; // none
     Button *m_cancel;
     Button *m_signIn;
     SymbolTile *m_mark;

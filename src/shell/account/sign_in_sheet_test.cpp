@@ -11,6 +11,9 @@
 #include <QtTest/QSignalSpy>
 #include <QtWidgets/QLabel>
 
+#include <functional>
+#include <vector>
+
 namespace gateway::shell {
 namespace {
 
@@ -302,20 +305,52 @@ TEST_F(SignInSheetTest, IsBusyWhileAnotherSignsOut)
     EXPECT_FALSE(signInButton().isBusy());
 }
 
-TEST_F(SignInSheetTest, MayBeLeftWhileTheServiceIsAsked)
+TEST_F(SignInSheetTest, GivesTheSignInUpWhenItIsLeft)
+{
+    const std::vector<std::function<void()>> waysToLeave{
+        [this] { cancelButton().click(); },
+        [this] { QTest::keyClick(&password(), Qt::Key_Escape); },
+        [this] { fixture.window().hide(); },
+    };
+    for (const auto &leave : waysToLeave) {
+        service.hold(kLogin);
+        open();
+        enter(kEmail, kRight);
+        const int asked = static_cast<int>(service.calls().count(kLogin));
+        QTest::keyClick(&password(), Qt::Key_Return);
+        reach(kLogin, asked + 1);
+
+        leave();
+        EXPECT_FALSE(model.isChecking());
+        service.release();
+        pool.waitUntilIdle();
+        main.drain();
+
+        EXPECT_FALSE(model.state().isSignedIn());
+        EXPECT_FALSE(settings.token());
+        EXPECT_FALSE(model.lastAuthError());
+        sheet.closeSheet();
+    }
+}
+
+TEST_F(SignInSheetTest, SaysNothingOfASignInThatWasGivenUpBefore)
 {
     service.hold(kLogin);
     open();
     enter(kEmail, kWrong);
     QTest::keyClick(&password(), Qt::Key_Return);
     reach(kLogin, 1);
+    cancelButton().click();
+    sheet.open();
+    enter(kEmail, kRight);
 
-    QTest::keyClick(&password(), Qt::Key_Escape);
+    QTest::keyClick(&password(), Qt::Key_Return);
+    reach(kLogin, 2);
     service.release();
     runUntil([&] { return !model.isChecking(); });
     QCoreApplication::processEvents();
 
-    EXPECT_FALSE(sheet.isVisible());
+    EXPECT_TRUE(continueButton().isVisible());
     EXPECT_FALSE(model.lastAuthError());
 }
 

@@ -6,6 +6,7 @@
 #include "shell/controls/text_label.h"
 #include "shell/theme/theme.h"
 
+#include <QtGui/QKeyEvent>
 #include <QtGui/QShowEvent>
 #include <QtGui/QTextBlockFormat>
 #include <QtGui/QTextCursor>
@@ -14,17 +15,30 @@
 #include <QtWidgets/QTextEdit>
 
 #include <algorithm>
+#include <chrono>
 
 namespace gateway::shell {
 
 namespace {
 
 constexpr QSize kLeast(640, 520);
-constexpr double kLinePercent = 135;     // long paragraphs want air
-constexpr qsizetype kTextAtOnce = 8'000; // letters laid out in a turn of the event loop: 3 ms
-constexpr int kTextHeight = 320;         // the least that a page of terms is read in
+constexpr double kLinePercent = 135;              // long paragraphs want air
+constexpr qsizetype kTextAtOnce = 8'000;          // letters laid out in a turn of the event loop: 3 ms
+constexpr int kTextHeight = 160;                  // the least, beside an error in the smallest window
+constexpr std::chrono::milliseconds kRest{1'000}; // longer than between two keys of who types
 
 using account::GatewayQuorinCloudTermsCoordinator;
+
+bool presses(const QKeyEvent &key)
+{
+    return key.key() == Qt::Key_Space || key.key() == Qt::Key_Select || key.key() == Qt::Key_Return ||
+           key.key() == Qt::Key_Enter;
+}
+
+bool isLetter(const QKeyEvent &key)
+{
+    return !key.text().isEmpty() && key.text().front().isPrint();
+}
 
 } // namespace
 
@@ -40,6 +54,8 @@ TermsSheet::TermsSheet(const Theme &theme, GatewayQuorinCloudTermsCoordinator &t
       m_accept(new PrimaryButton(theme, tr("Accept")))
 {
     setDismissible(false);
+    m_rest.setSingleShot(true);
+    m_rest.setInterval(kRest);
     setPanelWidth(kLeast.width());
     setPanelMinimumHeight(kLeast.height());
     addParts();
@@ -82,7 +98,6 @@ QHBoxLayout *TermsSheet::makeAnswers()
     row->addWidget(m_hint, 1);
     row->addWidget(m_decline);
     row->addWidget(m_accept);
-    setDefaultButton(m_accept);
     return row;
 }
 
@@ -96,11 +111,33 @@ void TermsSheet::listen()
     });
     connect(m_text->verticalScrollBar(), &QScrollBar::valueChanged, this, &TermsSheet::measure);
     connect(m_text->verticalScrollBar(), &QScrollBar::rangeChanged, this, &TermsSheet::measure);
+    for (QWidget *stop : {static_cast<QWidget *>(m_text),
+                          static_cast<QWidget *>(m_decline),
+                          static_cast<QWidget *>(m_accept)}) {
+        stop->installEventFilter(this);
+    }
     connect(m_accept, &QAbstractButton::clicked, this, [this] { answer(Answer::accept); });
     connect(m_decline, &QAbstractButton::clicked, this, [this] { answer(Answer::decline); });
     connect(m_error, &InlineError::actionRequested, this, [this] {
         QCoro::connect(m_terms.refreshStatus(), this, [] {});
     });
+}
+
+bool TermsSheet::eventFilter(QObject *watched, QEvent *event)
+{
+    const bool isAnswer = watched == m_accept || watched == m_decline;
+    if (event->type() == QEvent::KeyPress && (isAnswer || watched == m_text)) {
+        const auto &key = *static_cast<QKeyEvent *>(event);
+        if (isAnswer && presses(key)) {
+            return key.isAutoRepeat() || isTypedIn() || Sheet::eventFilter(watched, event);
+        }
+        m_rest.start();
+        if (isAnswer && isLetter(key)) {
+            m_text->setFocus(Qt::OtherFocusReason); // where a space answers nothing
+            return true;
+        }
+    }
+    return Sheet::eventFilter(watched, event);
 }
 
 void TermsSheet::showEvent(QShowEvent *event)
@@ -110,6 +147,7 @@ void TermsSheet::showEvent(QShowEvent *event)
         return;
     }
     m_rule = {};
+    m_rest.start(); // the next key may still be meant for what the sheet covers
     m_text->verticalScrollBar()->setValue(0);
     // A text that needs no scrolling sends no signal; by then the sheet has its final size.
     QMetaObject::invokeMethod(this, &TermsSheet::measure, Qt::QueuedConnection);
@@ -190,10 +228,9 @@ void TermsSheet::showState()
     if (error.isEmpty()) {
         m_error->hide();
     } else if (error != m_shownError) {
-        const bool hasVersion = !m_terms.termsVersion().trimmed().isEmpty();
         m_error->showMessage(error,
                              tr("Your answer hasn't been taken. Images are still received and kept."),
-                             hasVersion ? QString() : tr("Reload"));
+                             tr("Reload")); // they may be other ones by now
     }
     m_shownError = error;
     showAnswers();

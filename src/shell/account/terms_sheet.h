@@ -4,6 +4,7 @@
 #include "shell/controls/sheet.h"
 
 #include <QtCore/QString>
+#include <QtCore/QTimer>
 
 class QHBoxLayout;
 class QTextEdit;
@@ -19,7 +20,9 @@ class InlineError;
 class TextLabel;
 
 /// Shows the terms and takes the answer; "Accept" waits until their end was seen. Nothing but an answer, or
-/// the model's word that none is needed any more, takes it away.
+/// the model's word that none is needed any more, takes it away. It comes up by itself, also while
+/// somebody types elsewhere: a key answers only on the button that has the focus, which none has at first,
+/// and only after a rest from all other keys; a letter there leads back to the text.
 ///
 /// Owner: the window. Thread: main.
 class TermsSheet : public Sheet
@@ -32,6 +35,11 @@ public:
     TermsSheet(const Theme &theme, account::GatewayQuorinCloudTermsCoordinator &terms, QWidget *parent);
 
     bool hasScrolledToBottom() const { return m_rule.hasScrolledToBottom(); }
+
+    /// Whether a key was pressed so short a time ago that it may be part of what is typed for something else.
+    bool isTypedIn() const { return m_rest.isActive(); }
+
+    bool eventFilter(QObject *watched, QEvent *event) override;
 
 Q_SIGNALS:
     /// The service took the acceptance; the sheet is closed by then.
@@ -76,6 +84,7 @@ private:
     TextLabel *m_hint;
     Button *m_decline;
     Button *m_accept;
+    QTimer m_rest; // runs out when no key has been pressed for a while
 };
 
 } // namespace gateway::shell

@@ -154,12 +154,72 @@ TEST_F(TermsSheetTest, IsReadByTheKeyboardAlone)
     EXPECT_TRUE(decline().hasFocus());
     QTest::keyClick(&decline(), Qt::Key_Tab);
     EXPECT_TRUE(accept().hasFocus());
-    QTest::keyClick(&accept(), Qt::Key_Tab);
-    ASSERT_TRUE(text().hasFocus());
-    QTest::keyClick(&text(), Qt::Key_Return);
+    runUntil([&] { return !sheet.isTypedIn(); });
+    QTest::keyClick(&accept(), Qt::Key_Return);
     settle(kAccept);
 
     EXPECT_EQ(acceptances.count(), 1);
+}
+
+TEST_F(TermsSheetTest, TakesNoWordsOfTheNextFieldForAnAnswer)
+{
+    open(QStringLiteral("Be kind."));
+    ASSERT_TRUE(accept().isEnabled());
+
+    for (const int tabs : {1, 2}) {
+        for (int tab = 0; tab < tabs; ++tab) {
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        }
+        QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("Saint Mary"));
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space);
+        EXPECT_TRUE(text().hasFocus());
+    }
+    QCoreApplication::processEvents();
+
+    EXPECT_FALSE(model.isLoading());
+    EXPECT_EQ(api.calls().count(kAccept) + api.calls().count(kDecline), 0);
+}
+
+TEST_F(TermsSheetTest, TakesAWordThatComesAfterARestForNoAnswer)
+{
+    open(QStringLiteral("Be kind."));
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    ASSERT_TRUE(decline().hasFocus());
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_S);
+    runUntil([&] { return !sheet.isTypedIn(); }); // in the middle of a word
+
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space);
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+
+    EXPECT_FALSE(model.isLoading());
+}
+
+TEST_F(TermsSheetTest, TakesTheKeysThatEndAFormForNoAnswer)
+{
+    open(QStringLiteral("Be kind."));
+
+    for (const Qt::Key last : {Qt::Key_Return, Qt::Key_Space, Qt::Key_Enter}) {
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        QTest::keyClick(QApplication::focusWidget(), last);
+    }
+    QCoreApplication::processEvents();
+
+    EXPECT_FALSE(model.isLoading());
+    EXPECT_EQ(api.calls().count(kAccept) + api.calls().count(kDecline), 0);
+}
+
+TEST_F(TermsSheetTest, TakesNoKeysForAnAnswerThatWereTypedForSomethingElse)
+{
+    open(QStringLiteral("Be kind."));
+    ASSERT_TRUE(accept().isEnabled());
+
+    QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("name a y"));
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Enter);
+    QCoreApplication::processEvents();
+
+    EXPECT_FALSE(model.isLoading());
+    EXPECT_EQ(api.calls().count(kAccept) + api.calls().count(kDecline), 0);
 }
 
 TEST_F(TermsSheetTest, TakesNoReturnBeforeTheEndWasSeen)
@@ -265,6 +325,45 @@ TEST_F(TermsSheetTest, StaysWithTheMessageWhenAnAnswerFails)
     QTest::mouseClick(&accept(), Qt::LeftButton);
     settle(kAccept, 2);
     EXPECT_EQ(acceptances.count(), 1);
+}
+
+TEST_F(TermsSheetTest, HasRoomForAFailureInTheSmallestWindow)
+{
+    api.reason = QStringLiteral("T&Cs updated");
+    open(longTerms());
+    fixture.window().resize(760, 600);
+    scrollToEnd();
+    api.failing = {kAccept};
+    api.failure = QStringLiteral("These terms are not the current ones. Please reload.");
+
+    QTest::mouseClick(&accept(), Qt::LeftButton);
+    settle(kAccept);
+
+    ASSERT_TRUE(error().isVisible());
+    EXPECT_FALSE(text().geometry().intersects(error().geometry()));
+    EXPECT_FALSE(error().geometry().intersects(accept().geometry()));
+    EXPECT_EQ(testing::clippedIn(sheet), QStringList());
+}
+
+TEST_F(TermsSheetTest, ShowsTermsThatChangedMeanwhileOnceTheyAreLoaded)
+{
+    open(QStringLiteral("Be kind."));
+    api.failing = {kAccept};
+    api.failure = QStringLiteral("The terms have changed. Reload them.");
+    QTest::mouseClick(&accept(), Qt::LeftButton);
+    settle(kAccept);
+    api.failing.clear();
+    api.text = QStringLiteral("Be kinder.");
+    api.requiredVersion = QStringLiteral("4");
+
+    QTest::mouseClick(&button(QStringLiteral("Reload")), Qt::LeftButton);
+    settle(QStringLiteral("terms"), 2);
+    EXPECT_EQ(text().toPlainText(), QStringLiteral("Be kinder."));
+    EXPECT_FALSE(error().isVisible());
+    QTest::mouseClick(&accept(), Qt::LeftButton);
+    settle(kAccept, 2);
+
+    EXPECT_EQ(api.lastAccept->version, QStringLiteral("4"));
 }
 
 TEST_F(TermsSheetTest, OffersToReloadTermsWithoutAVersion)

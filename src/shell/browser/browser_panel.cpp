@@ -16,9 +16,12 @@
 #include "shell/controls/text_field.h"
 #include "shell/controls/text_label.h"
 #include "shell/controls/toast.h"
+#include "shell/controls/tool_tip.h"
 #include "shell/theme/theme.h"
 
+#include <QtCore/QEvent>
 #include <QtCore/QSaveFile>
+#include <QtCore/QTimer>
 #include <QtGui/QClipboard>
 #include <QtGui/QGuiApplication>
 #include <QtWidgets/QHeaderView>
@@ -65,12 +68,22 @@ void BrowserPanel::listen()
     connect(m_noMatch, &EmptyState::actionRequested, m_search, &QLineEdit::clear);
     connect(m_nothing, &EmptyState::actionRequested, this, &BrowserPanel::reloadRequested);
     connect(m_failed, &InlineError::actionRequested, this, &BrowserPanel::reloadRequested);
+    m_view->horizontalHeader()->viewport()->installEventFilter(this);
 }
 
 void BrowserPanel::hideEvent(QHideEvent *event)
 {
     QWidget::hideEvent(event);
     storeColumns();
+}
+
+/// Columns that were dragged are kept at once: a program may end without closing its windows.
+bool BrowserPanel::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() == QEvent::MouseButtonRelease) {
+        QTimer::singleShot(0, this, &BrowserPanel::storeColumns); // once the header has let go of the column
+    }
+    return QWidget::eventFilter(watched, event);
 }
 
 void BrowserPanel::restoreColumns()
@@ -148,7 +161,7 @@ void BrowserPanel::showStatus()
     m_errorMark->setVisible(!error.isEmpty());
     m_error->setVisible(!error.isEmpty());
     m_error->setText(error);
-    m_error->setToolTip(error.toHtmlEscaped());
+    m_error->setToolTip(toolTipOf(error));
     const QString hint = !isOpen                                        ? browser::signInWords(table.kind())
                          : !table.lastUpdatedAt() && !table.isLoading() ? hintBeforeLoading(table.kind())
                                                                         : QString();

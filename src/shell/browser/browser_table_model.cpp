@@ -1,5 +1,7 @@
 #include "shell/browser/browser_table_model.h"
 
+#include "shell/controls/tool_tip.h"
+
 #include "browser/browser_words.h"
 #include "browser/local_study_series_row.h"
 #include "browser/quorin_cloud_qido_series_row.h"
@@ -142,8 +144,7 @@ QVariant BrowserTableModel::data(const QModelIndex &index, int role) const
         const QString text = cellText(index);
         const QString further =
             m_rows->furtherText(m_shown[static_cast<std::size_t>(index.row())], index.column() - m_leading);
-        const QString whole = further.isEmpty() ? text : text + u'\n' + further;
-        return whole.toHtmlEscaped().replace(u'\n', QStringLiteral("<br>")); // never read as markup of theirs
+        return toolTipOf(further.isEmpty() ? text : text + u'\n' + further);
     }
     return {};
 }

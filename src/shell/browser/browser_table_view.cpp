@@ -182,9 +182,8 @@ void BrowserTableView::forgetHiddenSelection() const
     if (m_table.hiddenSelected() > 0) {
         QSet<QString> shown;
         for (const quint32 position : m_table.shown()) {
-            const QString id = m_table.rows()->id(position);
-            if (m_table.selectedIDs().contains(id)) {
-                shown.insert(id);
+            if (m_table.isSelected(position)) {
+                shown.insert(m_table.rows()->id(position));
             }
         }
         m_table.setSelectedIDs(shown);
@@ -264,7 +263,7 @@ QItemSelection BrowserTableView::selectionOfTable() const
     const int last = m_model.columnCount() - 1;
     const int rows = m_table.selectedIDs().isEmpty() ? 0 : m_model.rowCount();
     const auto isSelected = [&](int row) {
-        return row < rows && m_table.selectedIDs().contains(m_model.idAt(row));
+        return row < rows && m_table.isSelected(m_table.shown()[static_cast<std::size_t>(row)]);
     };
     for (int row = 0; row < rows; ++row) {
         const int first = row;

@@ -38,6 +38,13 @@ void LocalStudiesWindowController::showFailures()
     m_screen->showFailures();
 }
 
+void LocalStudiesWindowController::imagesChanged()
+{
+    if (m_screen != nullptr) {
+        m_screen->imagesChanged();
+    }
+}
+
 QuorinCloudStudiesWindowController::QuorinCloudStudiesWindowController(const BrowserParts &parts,
                                                                        const CloudBrowserDoor &door)
     : m_controller(parts.defaults,

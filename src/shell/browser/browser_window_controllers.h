@@ -24,6 +24,9 @@ public:
     /// Shows it with the studies whose uploads failed.
     void showFailures();
 
+    /// Images came into the index: what is shown follows.
+    void imagesChanged();
+
     QWidget *window() const { return m_controller.window(); }
     LocalStudiesScreen *screen() const;
 

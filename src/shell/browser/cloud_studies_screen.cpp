@@ -19,7 +19,8 @@ CloudStudiesScreen::CloudStudiesScreen(const BrowserParts &parts,
                                        const CloudBrowserDoor &door,
                                        QWidget *parent)
     : Canvas(parts.theme, parent), m_parts(parts), m_door(door),
-      m_table(std::make_shared<browser::QuorinCloudQidoStudyTableViewModel>(door.cloud)),
+      m_table(parts.keeper.takeBack<browser::QuorinCloudQidoStudyTableViewModel>(
+          [&] { return std::make_shared<browser::QuorinCloudQidoStudyTableViewModel>(door.cloud); })),
       m_panel(new BrowserPanel({.theme = parts.theme,
                                 .defaults = parts.defaults,
                                 .main = parts.main,
@@ -29,6 +30,7 @@ CloudStudiesScreen::CloudStudiesScreen(const BrowserParts &parts,
                                 .chooseFile = parts.chooseFile})),
       m_wasSignedIn(door.auth.state().isSignedIn())
 {
+    m_table->sessionChanged(); // it may have outlived a sign-out
     const int margin = parts.theme.space(Space::page);
     auto *page = new QVBoxLayout(this);
     page->setContentsMargins(margin, margin, margin, margin);

@@ -20,7 +20,8 @@ LocalStudiesScreen::LocalStudiesScreen(const BrowserParts &parts,
                                        const LocalBrowserDoor &door,
                                        QWidget *parent)
     : Canvas(parts.theme, parent), m_parts(parts), m_door(door),
-      m_table(std::make_shared<browser::QuorinGatewayLocalStudyTableViewModel>(door.local)),
+      m_table(parts.keeper.takeBack<browser::QuorinGatewayLocalStudyTableViewModel>(
+          [&] { return std::make_shared<browser::QuorinGatewayLocalStudyTableViewModel>(door.local); })),
       m_panel(new BrowserPanel({.theme = parts.theme,
                                 .defaults = parts.defaults,
                                 .main = parts.main,
@@ -86,8 +87,17 @@ void LocalStudiesScreen::load()
 void LocalStudiesScreen::showFailures()
 {
     m_isFirstWanted = true;
+    m_table->setSearchText({}); // an old search would hide some of them
     m_failedOnly->setChecked(true);
     chooseFirstFailure();
+}
+
+void LocalStudiesScreen::imagesChanged()
+{
+    m_table->imagesChanged();
+    if (const auto series = m_seriesTable.lock()) {
+        series->imagesChanged();
+    }
 }
 
 void LocalStudiesScreen::chooseFirstFailure()
@@ -130,6 +140,7 @@ void LocalStudiesScreen::openSeries(const QString &id)
     const browser::QuorinGatewayLocalStudyRow &row = m_table->allRows()[*position];
     auto series = std::make_shared<browser::LocalStudySeriesTableViewModel>(
         m_door.local, browser::LocalStudySeriesContext::of(row));
+    m_seriesTable = series;
     m_series = new SeriesSheet(m_parts,
                                series,
                                {row.studyDescription, row.patientName, row.patientID, row.studyInstanceUID},

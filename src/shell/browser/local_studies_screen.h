@@ -31,6 +31,9 @@ public:
     /// Shows the studies with failed uploads alone, the first of them with its reasons.
     void showFailures();
 
+    /// Images came into the index: the tables follow.
+    void imagesChanged();
+
     browser::QuorinGatewayLocalStudyTableViewModel &table() { return *m_table; }
     BrowserPanel &panel() { return *m_panel; }
     SeriesSheet *seriesSheet() const;
@@ -51,7 +54,8 @@ private:
     QString m_shownReasons;
     bool m_isFirstWanted = false;
     QPointer<SeriesSheet> m_series;
-    platform::TaskScope m_scope; // last: drained before the fields go
+    std::weak_ptr<browser::LocalTable> m_seriesTable; // the sheet's
+    platform::TaskScope m_scope;                      // last: drained before the fields go
 };
 
 } // namespace gateway::shell

@@ -2,7 +2,7 @@
 
 #include "core/notification_names.h"
 #include "index/upload_failure.h"
-#include "log/redaction.h"
+#include "log/writing/redaction.h"
 #include "shell/browser/series_sheet.h"
 #include "shell/browser/testing/browser_screen_world.h"
 #include "shell/controls/toast.h"
@@ -217,6 +217,39 @@ TEST_F(LocalScreen, ShowsFailedStudiesWithTheirReasons)
     EXPECT_EQ(sent, QStringList(QStringLiteral("1.3")));
     press(window(), QStringLiteral("Failed Only"));
     EXPECT_EQ(view().model()->rowCount(), 5);
+}
+
+TEST_F(LocalScreen, ShowsAllFailedStudiesAlsoWhereAnOldSearchWouldHideThem)
+{
+    fail(3);
+    fail(1);
+    openLoaded();
+    screen().table().setSearchText(QStringLiteral("Brandt"));
+
+    controller.showFailures();
+
+    EXPECT_EQ(view().model()->rowCount(), 2);
+    EXPECT_TRUE(screen().table().searchText().isEmpty());
+}
+
+TEST_F(LocalScreen, FollowsWhatIsReceivedWhileNobodyIsSignedIn)
+{
+    openLoaded();
+    importImage(9, 1, QStringLiteral("New^Study"));
+
+    controller.imagesChanged();
+    runUntil([&] { return view().model()->rowCount() == 6; });
+
+    for (int row = 0; row < 6 && view().currentId() != QStringLiteral("1.9"); ++row) {
+        view().selectRow(row);
+    }
+    QTest::keyClick(&view(), Qt::Key_Return);
+    importImage(9, 2, QStringLiteral("New^Study"));
+    controller.imagesChanged();
+    runUntil([&] {
+        clock.advance(std::chrono::milliseconds(500));
+        return screen().seriesSheet()->panel().view().model()->rowCount() == 2;
+    });
 }
 
 TEST_F(LocalScreen, OpensTheSeriesAndLoadsAgainBehindThem)

@@ -4,7 +4,7 @@
 #include "shell/browser/browser_table_view.h"
 #include "shell/browser/table_keeper.h"
 #include "shell/controls/button.h"
-#include "shell/controls/text_label.h"
+#include "shell/controls/elided_label.h"
 #include "shell/theme/theme.h"
 
 #include <QtWidgets/QHBoxLayout>
@@ -29,18 +29,18 @@ QWidget *makeHeading(const Theme &theme, const SeriesSheet::Study &study)
     auto *column = new QVBoxLayout(heading);
     column->setContentsMargins({});
     column->setSpacing(2);
-    column->addWidget(
-        new TextLabel(theme, SeriesSheet::tr("Study: %1").arg(study.description), TypeStyle::body));
-    column->addWidget(new TextLabel(
-        theme, SeriesSheet::tr("Patient: %1 (%2)").arg(study.patientName, study.patientID), TypeStyle::body));
-    auto *uid =
-        new TextLabel(theme, SeriesSheet::tr("UID: %1").arg(study.uid), TypeStyle::small, Color::text2);
-    uid->setMono();
-    column->addWidget(uid);
-    for (auto *label : heading->findChildren<TextLabel *>()) {
-        label->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred); // as long as a stranger likes
-        label->setToolTip(label->text().toHtmlEscaped());
-    }
+    const auto add = [&](const QString &words, TypeStyle style, Color color) {
+        auto *line = new ElidedLabel(theme, style, color); // as long as a stranger likes
+        line->setWords(words);
+        column->addWidget(line);
+        return line;
+    };
+    add(SeriesSheet::tr("Study: %1").arg(study.description), TypeStyle::body, Color::text);
+    add(SeriesSheet::tr("Patient: %1 (%2)").arg(study.patientName, study.patientID),
+        TypeStyle::body,
+        Color::text);
+    add(SeriesSheet::tr("UID: %1").arg(study.uid), TypeStyle::small, Color::text2)
+        ->setFont(theme.monoFont(TypeStyle::small));
     return heading;
 }
 

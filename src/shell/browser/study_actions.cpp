@@ -1,6 +1,6 @@
 #include "shell/browser/study_actions.h"
 
-#include "log/redaction.h"
+#include "log/writing/redaction.h"
 #include "shell/browser/browser_panel.h"
 #include "shell/theme/theme.h"
 

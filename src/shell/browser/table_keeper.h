@@ -5,6 +5,7 @@
 
 #include <QtCore/QObject>
 
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -28,6 +29,22 @@ public:
 
     /// Keeps the table for as long as it deletes, or waits for an answer, which nobody sees.
     void keep(std::shared_ptr<browser::BrowserTable> table);
+
+    /// The kept table of that type that deletes at present, so that a window that is opened again shows how
+    /// far it is and can stop it; else a new one.
+    template <typename Table>
+    std::shared_ptr<Table> takeBack(const std::function<std::shared_ptr<Table>()> &make)
+    {
+        for (auto each = m_tables.begin(); each != m_tables.end(); ++each) {
+            auto table = std::dynamic_pointer_cast<Table>(*each);
+            if (table && table->isDeleting()) {
+                table->disconnect();
+                m_tables.erase(each);
+                return table;
+            }
+        }
+        return make();
+    }
 
     /// How many are kept.
     std::size_t count() const { return m_tables.size(); }

@@ -41,6 +41,27 @@ TEST(Switch, TurnsByMouseAnywhereOnItAndBySpace)
     EXPECT_EQ(turns.count(), 3);
 }
 
+TEST(Switch, TakesNoPressWhileItIsBusyAndKeepsItsSize)
+{
+    ThemedWindow fixture;
+    auto &toggle = fixture.add(new Switch(fixture.theme(), QStringLiteral("Enable Listener")));
+    ASSERT_TRUE(fixture.show());
+    const QSize size = toggle.sizeHint();
+    const QImage rest = toggle.grab().toImage();
+
+    toggle.setBusy(true);
+    QTest::mouseClick(&toggle, Qt::LeftButton, {}, QPoint(4, toggle.height() / 2));
+    toggle.setFocus();
+    QTest::keyClick(&toggle, Qt::Key_Space);
+    EXPECT_FALSE(toggle.isChecked());
+    EXPECT_EQ(toggle.sizeHint(), size);
+    EXPECT_NE(toggle.grab().toImage(), rest);
+
+    toggle.setBusy(false);
+    QTest::keyClick(&toggle, Qt::Key_Space);
+    EXPECT_TRUE(toggle.isChecked());
+}
+
 TEST(Switch, LooksOnWhenItIsOn)
 {
     ThemedWindow fixture;

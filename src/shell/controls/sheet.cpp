@@ -9,6 +9,9 @@
 #include <QtGui/QPainter>
 #include <QtGui/QShortcutEvent>
 #include <QtWidgets/QApplication>
+#include <QtWidgets/QLineEdit>
+
+#include <algorithm>
 
 namespace gateway::shell {
 
@@ -174,9 +177,17 @@ void Sheet::keyPressEvent(QKeyEvent *event)
 
 void Sheet::mousePressEvent(QMouseEvent *event)
 {
-    if (!m_panel->geometry().contains(event->position().toPoint())) {
+    if (!m_panel->geometry().contains(event->position().toPoint()) && !hasTypedText()) {
         dismiss();
     }
+}
+
+bool Sheet::hasTypedText() const
+{
+    const QList<QLineEdit *> fields = m_panel->findChildren<QLineEdit *>();
+    return std::ranges::any_of(fields, [](const QLineEdit *field) {
+        return field->isVisible() && field->isModified() && !field->text().isEmpty();
+    });
 }
 
 void Sheet::paintEvent(QPaintEvent * /*event*/)

@@ -40,7 +40,8 @@ public:
 
     void setDefaultButton(QAbstractButton *button) { m_defaultButton = button; }
 
-    /// Whether Escape and a click beside the panel may dismiss it; they may, unless told.
+    /// Whether Escape and a click beside the panel may dismiss it; they may, unless told. A click never does
+    /// while something stands in the sheet that was typed.
     void setDismissible(bool dismissible) { m_isDismissible = dismissible; }
 
     /// \param first  gets the focus; the first field or button where it is null or not shown.
@@ -67,6 +68,7 @@ protected:
 private:
     void place();
     void dismiss();
+    bool hasTypedText() const;
     QList<QWidget *> stops() const;
     bool isForeignShortcut(QObject *receiver) const;
 

@@ -131,6 +131,25 @@ TEST(Sheet, StaysWhenItMayNotBeDismissed)
     EXPECT_EQ(dismissals.count(), 0);
 }
 
+TEST(Sheet, KeepsWhatWasTypedFromAClickBesideIt)
+{
+    ThemedWindow fixture;
+    Sheet sheet(fixture.theme(), fixture.window(), QStringLiteral("Sign In"));
+    auto *field = new TextField(fixture.theme());
+    sheet.body().addWidget(field);
+    ASSERT_TRUE(fixture.show());
+    sheet.open();
+    field->setText(QStringLiteral("offered"));
+    QTest::keyClicks(field, QStringLiteral("ann"));
+
+    QTest::mouseClick(&sheet, Qt::LeftButton, {}, QPoint(3, 3));
+    EXPECT_TRUE(sheet.isVisible());
+
+    field->clear();
+    QTest::mouseClick(&sheet, Qt::LeftButton, {}, QPoint(3, 3));
+    EXPECT_FALSE(sheet.isVisible()); // there is nothing to lose
+}
+
 TEST(Sheet, PressesItsDefaultButtonFromAField)
 {
     ThemedWindow fixture;

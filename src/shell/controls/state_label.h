@@ -19,6 +19,7 @@ public:
     explicit StateLabel(const Theme &theme, QWidget *parent = nullptr);
 
     void setState(const QString &word, Color color);
+    Color color() const { return m_color; }
 
     /// The word's style, `bodyStrong` unless told.
     void setTypeStyle(TypeStyle style);

@@ -29,11 +29,10 @@ StorageUsageRing::StorageUsageRing(const Theme &theme, Color color, QWidget *par
     connect(&theme, &Theme::themeChanged, this, qOverload<>(&QWidget::update));
 }
 
-double StorageUsageRing::fractionOf(qint64 usedBytes, qint64 availableBytes)
+double StorageUsageRing::fractionOf(double usedBytes, double availableBytes)
 {
-    // In floating point from the start: two volumes together may be beyond what an integer holds.
-    const double used = std::max(0.0, static_cast<double>(usedBytes));
-    const double sum = used + std::max(0.0, static_cast<double>(availableBytes));
+    const double used = std::max(0.0, usedBytes);
+    const double sum = used + std::max(0.0, availableBytes);
     return sum > 0 ? used / sum : 0;
 }
 

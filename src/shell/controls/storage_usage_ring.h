@@ -18,7 +18,7 @@ public:
     StorageUsageRing(const Theme &theme, Color color, QWidget *parent = nullptr);
 
     /// Used over used plus available; 0 where that sum is 0. What is below zero counts as zero.
-    static double fractionOf(qint64 usedBytes, qint64 availableBytes);
+    static double fractionOf(double usedBytes, double availableBytes);
 
     /// From 0 to 1; what lies beyond counts as the nearer end.
     void setUsedFraction(double usedFraction);

@@ -4,7 +4,10 @@
 #include "shell/theme/focus_watcher.h"
 #include "shell/theme/theme.h"
 
+#include <QtGui/QKeyEvent>
 #include <QtGui/QPainter>
+
+#include <chrono>
 
 namespace gateway::shell {
 
@@ -17,12 +20,35 @@ constexpr double kKnobInset = 3;
 } // namespace
 
 Switch::Switch(const Theme &theme, const QString &text, Color onColor, QWidget *parent)
-    : QCheckBox(text, parent), m_theme(theme), m_onColor(onColor), m_knob(theme, *this, 0)
+    : QCheckBox(text, parent), m_theme(theme), m_onColor(onColor), m_knob(theme, *this, 0),
+      m_spin(theme, *this)
 {
     setFocusPolicy(Qt::StrongFocus);
     setSizePolicy(text.isEmpty() ? QSizePolicy::Fixed : QSizePolicy::Minimum, QSizePolicy::Fixed);
     connect(this, &QAbstractButton::toggled, this, [this](bool on) { m_knob.moveTo(on ? 1 : 0); });
     connect(&theme, &Theme::themeChanged, this, qOverload<>(&QWidget::update));
+    connect(&m_spin, &FrameTicker::frame, this, qOverload<>(&QWidget::update));
+}
+
+void Switch::setBusy(bool busy)
+{
+    if (m_isBusy != busy) {
+        m_isBusy = busy;
+        m_spin.setWanted(busy);
+        update();
+    }
+}
+
+bool Switch::event(QEvent *event)
+{
+    const QEvent::Type type = event->type();
+    const bool isKey = type == QEvent::KeyPress;
+    const bool isSpace = isKey && static_cast<QKeyEvent *>(event)->key() == Qt::Key_Space;
+    if (m_isBusy && (type == QEvent::MouseButtonPress || type == QEvent::MouseButtonDblClick || isSpace)) {
+        event->accept();
+        return true;
+    }
+    return QCheckBox::event(event);
 }
 
 QSize Switch::sizeHint() const
@@ -67,8 +93,13 @@ void Switch::paintEvent(QPaintEvent * /*event*/)
     const Color rested = m_theme.variant() == Variant::dark ? Color::text2 : Color::inputBorder;
     painter.setBrush(isEnabled() ? Theme::mixed(color(rested), color(Color::onBlue), m_knob.value())
                                  : color(Color::disabled));
-    painter.drawEllipse(QRectF(
-        where.left() + kKnobInset + way * m_knob.value(), where.top() + kKnobInset, diameter, diameter));
+    const QRectF knob(
+        where.left() + kKnobInset + way * m_knob.value(), where.top() + kKnobInset, diameter, diameter);
+    painter.drawEllipse(knob);
+    if (m_isBusy) {
+        const double turn = std::chrono::duration<double>(m_spin.elapsed()).count();
+        paintSpinner(painter, m_theme, knob.adjusted(3, 3, -3, -3), Color::blueFill, turn);
+    }
 
     painter.setPen(color(isEnabled() ? Color::text : Color::disabled));
     painter.drawText(QRectF(0, 0, where.left() - m_theme.space(Space::gap) + 1, height()),

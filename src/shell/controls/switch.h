@@ -1,5 +1,6 @@
 #pragma once
 
+#include "shell/controls/frame_ticker.h"
 #include "shell/controls/transition.h"
 
 #include <QtWidgets/QCheckBox>
@@ -20,10 +21,15 @@ public:
                     Color onColor = Color::blueFill,
                     QWidget *parent = nullptr);
 
+    /// What it switches is under way: a circle turns in its knob, and it takes no presses.
+    void setBusy(bool busy);
+    bool isBusy() const { return m_isBusy; }
+
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override { return sizeHint(); }
 
 protected:
+    bool event(QEvent *event) override;
     bool hitButton(const QPoint &position) const override;
     void paintEvent(QPaintEvent *event) override;
 
@@ -33,6 +39,8 @@ private:
     const Theme &m_theme;
     const Color m_onColor;
     Transition m_knob;
+    FrameTicker m_spin;
+    bool m_isBusy = false;
 };
 
 } // namespace gateway::shell

@@ -5,12 +5,14 @@
 #include "shell/controls/state_label.h"
 #include "shell/controls/text_field.h"
 #include "shell/controls/text_label.h"
+#include "shell/controls/tool_tip.h"
 #include "shell/testing/screen_checks.h"
 #include "shell/testing/themed_window.h"
 #include "shell/theme/focus_watcher.h"
 
 #include <QtGui/QAccessible>
 #include <QtGui/QPainter>
+#include <QtGui/QTextDocument>
 #include <QtTest/QSignalSpy>
 #include <QtWidgets/QAbstractButton>
 
@@ -235,6 +237,18 @@ TEST(ProgressRow, ShowsItsShareForAnyCounts)
     row.setProgress(9'000'000'000'000, 8'000'000'000'000, QStringLiteral("9 of 8"));
 
     EXPECT_EQ(row.bar().value(), row.bar().maximum());
+}
+
+TEST(ToolTip, ShowsATextAsItStands)
+{
+    for (const QString &text : {u"Radiology & Partners"_qs, u"<b>Doe</b>^John"_qs, u"Doe^John\nDoe"_qs}) {
+        QTextDocument told;
+        told.setHtml(toolTipOf(text));
+
+        EXPECT_TRUE(Qt::mightBeRichText(toolTipOf(text))) << "else it shows \"&amp;\"";
+        EXPECT_EQ(told.toPlainText(), text);
+    }
+    EXPECT_EQ(toolTipOf({}), QString());
 }
 
 TEST(ProgressRow, CanBeStoppedOnce)

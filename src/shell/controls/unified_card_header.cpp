@@ -12,13 +12,13 @@ UnifiedCardHeader::UnifiedCardHeader(const Theme &theme,
                                      Color iconColor,
                                      QWidget *trailing,
                                      QWidget *parent)
-    : QWidget(parent)
+    : QWidget(parent),
+      m_symbol(new SymbolTile(theme, icon, iconColor, theme.size(Size::icon), SymbolTile::Ground::tinted))
 {
     auto *row = new QHBoxLayout(this);
     row->setContentsMargins(0, 0, 0, 0);
     row->setSpacing(theme.space(Space::gap));
-    row->addWidget(
-        new SymbolTile(theme, icon, iconColor, theme.size(Size::icon), SymbolTile::Ground::tinted));
+    row->addWidget(m_symbol);
     row->addWidget(new TextLabel(theme, title, TypeStyle::h3));
     row->addStretch();
     if (trailing != nullptr) {
@@ -26,6 +26,11 @@ UnifiedCardHeader::UnifiedCardHeader(const Theme &theme,
     }
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     setAccessibleName(title);
+}
+
+void UnifiedCardHeader::setSymbol(const QString &icon, Color color)
+{
+    m_symbol->setSymbol(icon, color);
 }
 
 } // namespace gateway::shell

@@ -7,7 +7,7 @@
 
 namespace gateway::shell {
 
-class TextLabel;
+class SymbolTile;
 class Theme;
 
 /// The head of a card: its symbol on a tinted ground, its title, and at the end what the card offers.
@@ -25,6 +25,11 @@ public:
                       Color iconColor,
                       QWidget *trailing = nullptr,
                       QWidget *parent = nullptr);
+
+    void setSymbol(const QString &icon, Color color);
+
+private:
+    SymbolTile *m_symbol;
 };
 
 } // namespace gateway::shell

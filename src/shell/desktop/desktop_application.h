@@ -34,6 +34,7 @@ public:
     DesktopApplication &operator=(const DesktopApplication &) = delete;
 
     Theme &theme() { return *m_theme; }
+    DesktopPreferences &preferences() { return *m_preferences; }
 
 private:
     std::optional<QApplication> m_application;

@@ -4,11 +4,10 @@
 #include "account/quorin_auth_view_model.h"
 #include "cloud_client/qrn_bug_report_api.h"
 #include "cloud_client/qrn_quorin_cloud_terms_api.h"
+#include "core/deployment.h"
 #include "core/home_layout.h"
 #include "core/notification_names.h"
 #include "core/settings.h"
-#include "core/store_page.h"
-#include "core/support_email.h"
 #include "index/dicom_db.h"
 #include "platform/concurrency/main_thread.h"
 #include "platform/defaults/user_defaults.h"
@@ -16,10 +15,11 @@
 #include "receive/store_listener_service.h"
 #include "receive/store_manual_import_service.h"
 #include "shell/account/sign_in_sheet.h"
-#include "shell/account/terms_sheet.h"
 #include "shell/browser/browser_window_controllers.h"
-#include "shell/dashboard/dashboard_window_controller.h"
+#include "shell/dashboard/frame/dashboard_window_controller.h"
 #include "shell/desktop/feedback_mail.h"
+#include "shell/preferences/preferences_parts.h"
+#include "shell/preferences/preferences_window_controller.h"
 #include "shell/report/bug_report_window.h"
 #include "shell/theme/symbols.h"
 #include "shell/theme/theme.h"
@@ -27,6 +27,7 @@
 #include "shell/tray/status_bar_controller.h"
 #include "shell/updates/update_window.h"
 #include "shell/wizard/gateway_setup_wizard_window_controller.h"
+#include "shell/wizard/trial_window.h"
 #include "state/gateway_app_state.h"
 
 #include <QtCore/QCoreApplication>
@@ -58,6 +59,11 @@ void quit()
     QCoreApplication::exit(); // not quit(), which windows may refuse
 }
 
+void openLink(const QUrl &page)
+{
+    QDesktopServices::openUrl(page);
+}
+
 bool openFolder(const QString &directory)
 {
     return QDesktopServices::openUrl(QUrl::fromLocalFile(directory));
@@ -66,10 +72,13 @@ bool openFolder(const QString &directory)
 QString chooseExportFile(QWidget *parent, const QString &suggestedName)
 {
     const QDir documents(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
-    return QFileDialog::getSaveFileName(parent,
-                                        DesktopScreens::tr("Export Table"),
-                                        documents.filePath(suggestedName),
-                                        DesktopScreens::tr("CSV files (*.csv)"));
+    QFileDialog dialog(parent,
+                       DesktopScreens::tr("Export Table"),
+                       documents.filePath(suggestedName),
+                       DesktopScreens::tr("CSV files (*.csv)"));
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setDefaultSuffix(QStringLiteral("csv"));
+    return dialog.exec() == QDialog::Accepted ? dialog.selectedFiles().value(0) : QString();
 }
 
 /// Shows the dialog over its parent, with whom it goes.
@@ -82,9 +91,9 @@ void ask(QFileDialog &dialog, const WizardParts::Chosen &chosen)
     dialog.open();
 }
 
-void chooseIncomingFolder(QWidget *parent, const WizardParts::Chosen &chosen)
+void chooseFolder(QWidget *parent, const QString &title, const WizardParts::Chosen &chosen)
 {
-    auto *dialog = new QFileDialog(parent, DesktopScreens::tr("Select Incoming Files Folder"));
+    auto *dialog = new QFileDialog(parent, title);
     dialog->setFileMode(QFileDialog::Directory);
     dialog->setOption(QFileDialog::ShowDirsOnly);
     dialog->setLabelText(QFileDialog::Accept, DesktopScreens::tr("Choose"));
@@ -104,6 +113,27 @@ void chooseSummaryFile(QWidget *parent, const QString &suggestedName, const Wiza
     ask(*dialog, chosen);
 }
 
+void chooseAttachments(QWidget *parent, const std::function<void(const QStringList &)> &chosen)
+{
+    auto *dialog = new QFileDialog(parent, DesktopScreens::tr("Choose files"));
+    dialog->setFileMode(QFileDialog::ExistingFiles);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    QObject::connect(dialog, &QFileDialog::filesSelected, parent, chosen);
+    dialog->open();
+}
+
+void chooseBundleFile(QWidget *parent, const QString &suggestedName, const WizardParts::Chosen &chosen)
+{
+    auto *dialog = new QFileDialog(parent,
+                                   DesktopScreens::tr("Save Support Bundle"),
+                                   QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
+    dialog->setAcceptMode(QFileDialog::AcceptSave);
+    dialog->setNameFilter(DesktopScreens::tr("Text files (*.txt)"));
+    dialog->setDefaultSuffix(QStringLiteral("txt"));
+    dialog->selectFile(suggestedName);
+    ask(*dialog, chosen);
+}
+
 /// The session starts the gateway as it was started now.
 platform::Autostart autostartOfThisProgram()
 {
@@ -119,7 +149,7 @@ platform::Autostart autostartOfThisProgram()
 
 } // namespace
 
-DesktopScreens::DesktopScreens(Theme &theme, const ScreenModels &models)
+DesktopScreens::DesktopScreens(Theme &theme, DesktopPreferences &desktop, const ScreenModels &models)
     : m_theme(theme), m_models(models), m_listener({models.runtime.defaults,
                                                     models.runtime.settings,
                                                     models.runtime.notifications,
@@ -127,11 +157,16 @@ DesktopScreens::DesktopScreens(Theme &theme, const ScreenModels &models)
                                                     models.runtime.layout.incomingFolder}),
       m_logs({models.runtime.defaults, models.runtime.main, models.runtime.pool, models.runtime.clock},
              models.runtime.layout.logFolder),
-      m_terms(termsParts(), account::TermsSigner::here(QStringLiteral(QUORIN_VERSION))),
+      m_account({models.cloud.auth, models.cloud.user, termsParts()},
+                account::TermsSigner::here(QStringLiteral(QUORIN_VERSION))),
+      m_password({models.cloud.user, models.runtime.main, models.runtime.networkPool}),
+      m_listenerSettings(models.setup, models.runtime.notifications),
+      m_appearance(theme, desktop, models.runtime.defaults, models.runtime.notifications),
       m_bugReport({models.cloud.bugReports,
                    models.runtime.defaults,
                    models.runtime.main,
-                   models.runtime.networkPool}),
+                   models.runtime.networkPool,
+                   models.cloud.collectSupportBundle}),
       m_autostart(autostartOfThisProgram()), m_statusItem(QDBusConnection::sessionBus()), m_notices(theme),
       m_messages(QDBusConnection::sessionBus()), m_attention(m_messages, models.runtime.clock),
       m_attentionWatch(
@@ -145,14 +180,19 @@ DesktopScreens::DesktopScreens(Theme &theme, const ScreenModels &models)
            .failureClasses = [&index =
                                   models.images.index] { return failureClassesIn(index.failedUploads()); },
            .attention = m_attention}),
+      m_failures({.main = models.runtime.main,
+                  .pool = models.runtime.pool,
+                  .clock = models.runtime.clock,
+                  .read =
+                      [&index = models.images.index] {
+                          return upload::failureFigures(index.failedUploads().counts());
+                      }}),
       m_tableKeeper(models.runtime.main), m_rules({.screens = *this,
                                                    .notifications = models.runtime.notifications,
                                                    .main = models.runtime.main,
-                                                   .networkPool = models.runtime.networkPool,
                                                    .appState = models.images.appState,
-                                                   .auth = models.cloud.auth,
                                                    .cloudWatch = models.cloud.watch,
-                                                   .terms = m_terms})
+                                                   .account = m_account})
 {
     platform::assertMainThread("DesktopScreens");
 }
@@ -181,6 +221,36 @@ DashboardWindowController &DesktopScreens::dashboard()
     return *m_dashboard;
 }
 
+PreferencesWindowController &DesktopScreens::preferences()
+{
+    if (m_preferences == nullptr) {
+        m_preferences =
+            std::make_unique<PreferencesWindowController>(m_models.runtime.defaults, preferencesParts());
+    }
+    return *m_preferences;
+}
+
+PreferencesParts DesktopScreens::preferencesParts()
+{
+    return {.theme = m_theme,
+            .appearance = m_appearance,
+            .account = {.model = m_account,
+                        .password = m_password,
+                        .hasProfile = m_models.cloud.keepsProfiles,
+                        .storePage = m_models.runtime.deployment.storePage},
+            .listener = {.state = m_listener, .settings = m_listenerSettings},
+            .kept = {.settings = m_models.runtime.settings,
+                     .defaults = m_models.runtime.defaults,
+                     .main = m_models.runtime.main},
+            .actions = {.openSetupWizard = [this] { post(core::kOpenSetupWizard); },
+                        .chooseFolder =
+                            [](QWidget *parent, const WizardParts::Chosen &chosen) {
+                                chooseFolder(parent, tr("Select Destination Folder"), chosen);
+                            },
+                        .openLink = openLink,
+                        .termsAccepted = [this] { m_rules.termsAccepted(); }}};
+}
+
 GatewaySetupWizardWindowController &DesktopScreens::setupWizard()
 {
     if (m_setupWizard == nullptr) {
@@ -196,12 +266,15 @@ WizardParts DesktopScreens::wizardParts()
             .auth = m_models.cloud.auth,
             .terms = termsParts(),
             .autostart = m_autostart,
-            .dialogs = {.chooseFolder = chooseIncomingFolder,
+            .dialogs = {.chooseFolder =
+                            [](QWidget *parent, const WizardParts::Chosen &chosen) {
+                                chooseFolder(parent, tr("Select Incoming Files Folder"), chosen);
+                            },
                         .chooseExportFile = chooseSummaryFile,
-                        .openLink = [](const QUrl &page) { QDesktopServices::openUrl(page); }},
-            .storePage =
-                QUrl(m_models.runtime.defaults.object(core::kStorePageKey).value_or(QVariant()).toString()),
+                        .openLink = openLink},
+            .storePage = m_models.runtime.deployment.storePage,
             .actions = {.completed = [this] { post(core::kOpenDashboard); },
+                        .offerTrial = [this] { offerTrial(); },
                         .tellProblem =
                             [this](const QString &problem) {
                                 showNotice({QStringLiteral("exclamationmark.triangle.fill"),
@@ -233,6 +306,14 @@ LocalStudiesWindowController &DesktopScreens::localStudies()
                                  m_logs.setImageHashes(hashes);
                                  dashboard().showLogs();
                              }});
+        QObject::connect(&m_models.images.appState,
+                         &state::GatewayAppState::published,
+                         &m_followsImages,
+                         [this](state::GatewayField field) {
+                             if (field == state::GatewayField::receivedImagesCount) {
+                                 m_localStudies->imagesChanged();
+                             }
+                         });
     }
     return *m_localStudies;
 }
@@ -269,7 +350,8 @@ MenuViewParts DesktopScreens::menuParts()
             .notifications = m_models.runtime.notifications,
             .main = m_models.runtime.main,
             .pool = m_models.runtime.pool,
-            .actions = {.sendFeedback = [this] { sendFeedback(); },
+            .actions = {.manageAccount = [this] { m_rules.accountAskedFor(); },
+                        .sendFeedback = wayToSupport(),
                         .openAbout = [this] { showAbout(); },
                         .quit = quit}};
 }
@@ -278,27 +360,27 @@ DashboardParts DesktopScreens::dashboardParts()
 {
     return {.theme = m_theme,
             .appState = m_models.images.appState,
-            .auth = m_models.cloud.auth,
-            .cloudStatus = m_models.cloud.watch.status(),
-            .cloudStorage = m_models.cloud.watch.storage(),
-            .listener = m_listener,
-            .imports = m_models.images.manualImports,
-            .logs = m_logs,
-            .defaults = m_models.runtime.defaults,
-            .main = m_models.runtime.main,
-            .pool = m_models.runtime.pool,
-            .clock = m_models.runtime.clock,
-            .timeZone = [] { return QTimeZone::systemTimeZone(); },
-            .openFolder = openFolder,
+            .receiving = {.listener = m_listener, .imports = m_models.images.manualImports},
+            .cloud = {.auth = m_models.cloud.auth,
+                      .status = m_models.cloud.watch.status(),
+                      .storage = m_models.cloud.watch.storage(),
+                      .failures = m_failures,
+                      .makeSignInSheet =
+                          [this](QWidget *window) {
+                              return new SignInSheet(m_theme, m_models.cloud.auth, window);
+                          }},
+            .logs = {.model = m_logs, .openFolder = openFolder},
+            .runtime = {.defaults = m_models.runtime.defaults,
+                        .main = m_models.runtime.main,
+                        .pool = m_models.runtime.pool,
+                        .clock = m_models.runtime.clock,
+                        .timeZone = [] { return QTimeZone::systemTimeZone(); }},
             .actions = {.openPreferences = [this] { post(core::kOpenPreferences); },
                         .openLocalStudies = [this] { localStudies().show(); },
                         .openFailedStudies = [this] { localStudies().showFailures(); },
                         .openQuorinCloud = [this] { cloudStudies().show(); },
                         .checkForUpdates = [this] { post(core::kCheckForUpdatesRequested); },
-                        .openPanel = wayToPanel()},
-            .makeSignInSheet =
-                [this](QWidget *window) { return new SignInSheet(m_theme, m_models.cloud.auth, window); },
-            .makeTermsSheet = [this](QWidget *window) { return makeTermsSheet(window); }};
+                        .openPanel = wayToPanel()}};
 }
 
 /// A desktop that shows no status item needs another way to what the panel offers, quitting among it.
@@ -308,14 +390,6 @@ std::function<void()> DesktopScreens::wayToPanel()
         return {};
     }
     return [this] { statusBar().togglePopover(); };
-}
-
-Sheet *DesktopScreens::makeTermsSheet(QWidget *window)
-{
-    auto *sheet = new TermsSheet(m_theme, m_terms, window);
-    QObject::connect(sheet, &TermsSheet::accepted, sheet, [this] { m_rules.termsAccepted(); });
-    QObject::connect(sheet, &TermsSheet::declined, sheet, [this] { m_rules.termsDeclined(); });
-    return sheet;
 }
 
 void DesktopScreens::showStatusItem()
@@ -350,32 +424,48 @@ void DesktopScreens::showTerms()
 
 void DesktopScreens::presentPreferences()
 {
-    setupWizard().show(false);
+    preferences().show();
 }
 
-void DesktopScreens::presentTerms()
+void DesktopScreens::presentAccount()
 {
-    dashboard().showTerms();
+    preferences().show(GatewaySettingsItem::account);
 }
 
-void DesktopScreens::tellTermsProblem(const QString &why)
+bool DesktopScreens::isSetupInTheWay() const
 {
-    showNotice(
-        {QStringLiteral("exclamationmark.triangle.fill"), Color::amber, tr("Terms Can't Be Shown"), why});
+    return isSetupVisible() || core::isSetupRequired(m_models.runtime.settings);
 }
 
 void DesktopScreens::showBugReport()
 {
     if (m_bugReportWindow == nullptr) {
-        m_bugReportWindow = std::make_unique<BugReportWindow>(BugReportWindowParts{
-            m_theme, m_bugReport, m_models.runtime.main, m_models.runtime.networkPool, [this] {
+        m_bugReportWindow = std::make_unique<BugReportWindow>(bugReportParts());
+    }
+    m_bugReportWindow->present();
+}
+
+BugReportWindowParts DesktopScreens::bugReportParts()
+{
+    const QString support = m_models.runtime.deployment.supportEmail;
+    BugReportWindowParts::Ways ways{.isServiceThere = m_models.cloud.takesBugReports};
+    if (!support.isEmpty()) {
+        ways.writeToSupport = [support](const QString &text) {
+            QDesktopServices::openUrl(bugReportMail(support, text));
+        };
+    }
+    return {.theme = m_theme,
+            .model = m_bugReport,
+            .main = m_models.runtime.main,
+            .pool = m_models.runtime.networkPool,
+            .ways = ways,
+            .dialogs = {.chooseFiles = chooseAttachments, .chooseBundleFile = chooseBundleFile},
+            .sent = [this] {
                 showNotice({QStringLiteral("checkmark.circle.fill"),
                             Color::green,
                             tr("Bug Report Sent"),
                             tr("Report has been sent successfully.")});
-            }});
-    }
-    m_bugReportWindow->present();
+            }};
 }
 
 void DesktopScreens::showSetup(bool blocking)
@@ -396,11 +486,21 @@ bool DesktopScreens::isSetupVisible() const
     return m_setupWizard != nullptr && m_setupWizard->window() != nullptr;
 }
 
-void DesktopScreens::sendFeedback()
+void DesktopScreens::offerTrial()
 {
-    const QString address =
-        m_models.runtime.defaults.object(core::kSupportEmailKey).value_or(QVariant()).toString();
-    QDesktopServices::openUrl(feedbackMail(address));
+    if (m_trialWindow == nullptr) {
+        m_trialWindow = std::make_unique<TrialWindow>(m_theme, m_models.trial);
+    }
+    m_trialWindow->present();
+}
+
+std::function<void()> DesktopScreens::wayToSupport() const
+{
+    const QString address = m_models.runtime.deployment.supportEmail;
+    if (address.isEmpty()) {
+        return {};
+    }
+    return [address] { QDesktopServices::openUrl(feedbackMail(address)); };
 }
 
 void DesktopScreens::showAbout()

@@ -14,6 +14,7 @@ class QuorinAuthViewModel;
 } // namespace gateway::account
 
 namespace gateway::core {
+struct Deployment;
 struct HomeLayout;
 class Settings;
 } // namespace gateway::core
@@ -25,6 +26,7 @@ class DicomDB;
 namespace gateway::cloud_client {
 class QrnBugReportAPIProtocol;
 class QrnQuorinCloudTermsAPIProtocol;
+class QrnUserAPIProtocol;
 } // namespace gateway::cloud_client
 
 namespace gateway::platform {
@@ -44,6 +46,10 @@ namespace gateway::state {
 class GatewayAppState;
 }
 
+namespace gateway::wizard {
+class SetupTrial;
+}
+
 namespace gateway::shell {
 
 /// What all screens are made over; all of it outlives them.
@@ -60,13 +66,18 @@ struct ScreenModels
         platform::WorkerPool &networkPool; ///< for calls that may take as long as the network lets them
         platform::Clock &clock;
         const core::HomeLayout &layout;
+        const core::Deployment &deployment;
     };
 
     /// The cloud and the account there.
     struct Cloud
     {
         cloud_client::QrnBugReportAPIProtocol &bugReports;
+        bool takesBugReports;                                       ///< what stands behind it offers that
+        std::function<QCoro::Task<QString>()> collectSupportBundle; ///< as a text
         cloud_client::QrnQuorinCloudTermsAPIProtocol &terms;
+        cloud_client::QrnUserAPIProtocol &user;
+        bool keepsProfiles; ///< false for an archive
         account::QuorinAuthViewModel &auth;
         account::CloudWatch &watch;
     };
@@ -93,6 +104,7 @@ struct ScreenModels
     Images images;
     Browsers browsers;
     wizard::SetupWizardParts setup;
+    wizard::SetupTrial &trial;
 };
 
 } // namespace gateway::shell

@@ -1,12 +1,9 @@
 #include "shell/desktop/screen_rules.h"
 
+#include "account/account_view_model.h"
 #include "account/cloud_watch.h"
-#include "account/gateway_quorin_cloud_terms_coordinator.h"
-#include "account/quorin_auth_view_model.h"
 #include "core/notification_names.h"
-#include "platform/concurrency/main_executor.h"
 #include "platform/concurrency/main_thread.h"
-#include "platform/concurrency/worker_pool.h"
 #include "platform/notifications/notification_center.h"
 #include "state/gateway_app_state.h"
 
@@ -14,9 +11,11 @@
 
 namespace gateway::shell {
 
-ScreenRules::ScreenRules(const Collaborators &with) : m_with(with), m_scope(with.main, with.networkPool)
+ScreenRules::ScreenRules(const Collaborators &with) : m_with(with)
 {
     platform::assertMainThread("ScreenRules");
+    QObject::connect(
+        &with.account, &account::AccountViewModel::termsChecked, &m_context, [this] { termsChecked(); });
 }
 
 void ScreenRules::statusItemShown(bool hasPlace)
@@ -35,36 +34,45 @@ void ScreenRules::preferencesAskedFor()
 {
     m_arePreferencesDue = true;
     m_with.main.post(m_life, [this] {
-        if (std::exchange(m_arePreferencesDue, false)) {
+        if (!std::exchange(m_arePreferencesDue, false)) {
+            return;
+        }
+        if (std::exchange(m_isAccountWanted, false)) {
+            m_with.screens.presentAccount();
+        } else {
             m_with.screens.presentPreferences();
         }
     });
 }
 
+void ScreenRules::accountAskedFor()
+{
+    m_isAccountWanted = true;
+    m_with.notifications.post(core::kOpenPreferences);
+}
+
 void ScreenRules::termsRequired()
 {
     m_arePreferencesDue = false;
-    m_scope.start(loadTerms());
+    m_with.account.checkTerms();
 }
 
-QCoro::Task<void> ScreenRules::loadTerms()
+void ScreenRules::termsChecked()
 {
-    co_await m_with.terms.refreshStatus();
-    if (m_with.terms.showTerms()) {
-        m_with.screens.presentTerms();
-    } else if (m_with.terms.errorMessage()) {
-        m_with.screens.tellTermsProblem(*m_with.terms.errorMessage());
+    const account::GatewayQuorinCloudTermsCoordinator &terms = m_with.account.terms();
+    if (!terms.showTerms() || m_with.screens.isSetupInTheWay()) {
+        return;
+    }
+    const Presented waiting{m_with.account.auth().sessionNumber(), terms.termsVersion()};
+    if (m_presented != waiting) {
+        m_presented = waiting;
+        m_with.screens.presentAccount();
     }
 }
 
 void ScreenRules::termsAccepted()
 {
     m_with.cloudWatch.checkTerms();
-}
-
-void ScreenRules::termsDeclined()
-{
-    m_scope.start(m_with.auth.signOut());
 }
 
 } // namespace gateway::shell

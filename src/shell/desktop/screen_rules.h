@@ -1,16 +1,16 @@
 #pragma once
 
-#include "platform/concurrency/task_scope.h"
+#include "platform/concurrency/main_executor.h"
 
-#include <QCoro/QCoroTask>
+#include <QtCore/QObject>
 #include <QtCore/QString>
 
 #include <memory>
+#include <optional>
 
 namespace gateway::account {
+class AccountViewModel;
 class CloudWatch;
-class GatewayQuorinCloudTermsCoordinator;
-class QuorinAuthViewModel;
 } // namespace gateway::account
 
 namespace gateway::platform {
@@ -29,17 +29,17 @@ class Screens
 public:
     virtual ~Screens() = default;
 
-    /// The settings, which may be left unchanged.
+    /// The preferences, as they were left.
     virtual void presentPreferences() = 0;
 
-    /// The terms that wait for an answer, over the dashboard, which comes to the front.
-    virtual void presentTerms() = 0;
+    /// The preferences at the account, where terms stand that wait for an answer.
+    virtual void presentAccount() = 0;
 
-    /// There are terms to be answered, and they can't be had.
-    virtual void tellTermsProblem(const QString &why) = 0;
+    /// Whether the gateway is being set up: the wizard asks for all that it needs, the terms among it.
+    virtual bool isSetupInTheWay() const = 0;
 };
 
-/// What an event of one screen means for the others: which comes, which gives way, what an answer ends.
+/// What an event of one screen means for the others: which comes, which gives way.
 ///
 /// Owner: DesktopScreens. Thread: main.
 class ScreenRules
@@ -51,11 +51,9 @@ public:
         Screens &screens;
         platform::NotificationCenter &notifications; ///< windows are asked for through these
         platform::MainExecutor &main;
-        platform::WorkerPool &networkPool;
         state::GatewayAppState &appState;
-        account::QuorinAuthViewModel &auth;
         account::CloudWatch &cloudWatch;
-        account::GatewayQuorinCloudTermsCoordinator &terms; ///< those that the screens show
+        account::AccountViewModel &account;
     };
 
     explicit ScreenRules(const Collaborators &with);
@@ -67,27 +65,38 @@ public:
     /// The sheet for signing in is wanted; the dashboard presents it as soon as it is seen.
     void signInAskedFor();
 
-    /// The settings are wanted; they come with the next turn of the event loop, unless terms are required
-    /// before: these have a sheet of their own.
+    /// The preferences are wanted; they come with the next turn of the event loop, unless terms are required
+    /// before, which lead to the account by themselves.
     void preferencesAskedFor();
 
-    /// The cloud wants its terms accepted: asks for them, and has them presented unless they were answered
-    /// meanwhile.
+    /// The account is wanted: asks for the preferences as everybody does, and has them come with the account.
+    void accountAskedFor();
+
+    /// The cloud wants its terms accepted: asks for them. Terms that wait for an answer bring their window to
+    /// the front once a sign-in and version; from then on a person decides when to turn to them.
     void termsRequired();
 
-    /// The terms on the sheet were accepted: what is known of them is looked at again.
+    /// The terms were accepted: what is known of them is looked at again.
     void termsAccepted();
 
-    /// The terms on the sheet were declined, which ends the session.
-    void termsDeclined();
-
 private:
-    QCoro::Task<> loadTerms();
+    /// Terms that a person was led to.
+    struct Presented
+    {
+        quint64 session = 0;
+        QString version;
+
+        bool operator==(const Presented &) const = default;
+    };
+
+    void termsChecked();
 
     const Collaborators m_with;
     bool m_arePreferencesDue = false;
+    bool m_isAccountWanted = false;
+    std::optional<Presented> m_presented;
     std::shared_ptr<const bool> m_life = std::make_shared<const bool>(true);
-    platform::TaskScope m_scope; // last: drained before the fields go
+    QObject m_context; // of what it is told
 };
 
 } // namespace gateway::shell

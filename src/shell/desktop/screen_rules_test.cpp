@@ -1,7 +1,7 @@
 #include "shell/desktop/screen_rules.h"
 
+#include "account/account_view_model.h"
 #include "account/cloud_watch.h"
-#include "account/gateway_quorin_cloud_terms_coordinator.h"
 #include "account/testing/fake_status_api.h"
 #include "account/testing/session_world.h"
 #include "core/notification_names.h"
@@ -19,10 +19,11 @@ class RecordingScreens final : public Screens
 {
 public:
     void presentPreferences() override { shown.append(u"preferences"_qs); }
-    void presentTerms() override { shown.append(u"terms"_qs); }
-    void tellTermsProblem(const QString &why) override { shown.append(u"problem: "_qs + why); }
+    void presentAccount() override { shown.append(u"account"_qs); }
+    bool isSetupInTheWay() const override { return isSettingUp; }
 
     QStringList shown;
+    bool isSettingUp = false;
 };
 
 struct ScreenRulesTest : account::testing::SessionWorld
@@ -32,13 +33,15 @@ struct ScreenRulesTest : account::testing::SessionWorld
         service.limit = {1000.0F, 10.0F};
         observer = notifications.observe(
             core::kOpenDashboard, [this](const QVariantMap &) { screens.shown.append(u"dashboard"_qs); });
+        preferencesObserver = notifications.observe(
+            core::kOpenPreferences, [this](const QVariantMap &) { rules->preferencesAskedFor(); });
     }
 
     void whenAllIsDone()
     {
         runUntil([this] {
-            return !shownTerms.isLoading() && !watch.terms().isLoading() && !watch.status().isChecking() &&
-                   !watch.storage().isLoading();
+            return !account.terms().isLoading() && !watch.terms().isLoading() &&
+                   !watch.status().isChecking() && !watch.storage().isLoading();
         });
         main.drain();
     }
@@ -48,17 +51,16 @@ struct ScreenRulesTest : account::testing::SessionWorld
     RecordingScreens screens;
     account::CloudWatch watch{
         {status, service, terms, settings, defaults, notifications, main, pool, clock, auth}};
-    account::GatewayQuorinCloudTermsCoordinator shownTerms{{terms, defaults, main, pool, clock},
-                                                           account::TermsSigner::here(u"3.1.0"_qs)};
+    account::AccountViewModel account{{auth, service, {terms, defaults, main, pool, clock}},
+                                      account::TermsSigner::here(u"3.1.0"_qs)};
     platform::NotificationCenter::Token observer;
+    platform::NotificationCenter::Token preferencesObserver;
     std::optional<ScreenRules> rules{ScreenRules::Collaborators{.screens = screens,
                                                                 .notifications = notifications,
                                                                 .main = main,
-                                                                .networkPool = pool,
                                                                 .appState = live.state(),
-                                                                .auth = auth,
                                                                 .cloudWatch = watch,
-                                                                .terms = shownTerms}};
+                                                                .account = account}};
 };
 
 } // namespace
@@ -97,47 +99,96 @@ TEST_F(ScreenRulesTest, ShowThePreferencesOnceHoweverOftenTheyAreAskedFor)
     EXPECT_EQ(screens.shown, QStringList{u"preferences"_qs});
 }
 
-TEST_F(ScreenRulesTest, LetPreferencesGiveWayToTermsThatAreRequired)
+TEST_F(ScreenRulesTest, LeadToTheAccountWhoeverWantsToManageIt)
 {
-    rules->preferencesAskedFor();
-    rules->termsRequired();
-    whenAllIsDone();
+    rules->accountAskedFor();
+    main.drain();
+    EXPECT_EQ(screens.shown, QStringList{u"account"_qs});
 
-    EXPECT_EQ(screens.shown, QStringList{u"terms"_qs});
-}
-
-TEST_F(ScreenRulesTest, ShowPreferencesAgainAfterTermsTookTheirTurn)
-{
-    rules->termsRequired();
-    whenAllIsDone();
     rules->preferencesAskedFor();
     main.drain();
+    EXPECT_EQ(screens.shown, (QStringList{u"account"_qs, u"preferences"_qs}));
+}
 
-    EXPECT_EQ(screens.shown, (QStringList{u"terms"_qs, u"preferences"_qs}));
+TEST_F(ScreenRulesTest, LeadToTermsThatWaitAfterASignIn)
+{
+    signIn();
+    whenAllIsDone();
+
+    EXPECT_EQ(screens.shown, QStringList{u"account"_qs});
+}
+
+TEST_F(ScreenRulesTest, LetPreferencesGiveWayToTermsThatAreRequired)
+{
+    terms.isAccepted = true;
+    signIn();
+    whenAllIsDone();
+    terms.isAccepted = false;
+
+    rules->preferencesAskedFor();
+    rules->termsRequired();
+    whenAllIsDone();
+
+    EXPECT_EQ(screens.shown, QStringList{u"account"_qs});
+}
+
+TEST_F(ScreenRulesTest, LeadToTheSameTermsOnceHoweverOftenTheyAreRequired)
+{
+    signIn();
+    whenAllIsDone();
+    screens.shown.clear();
+
+    for (int upload = 0; upload < 3; ++upload) { // that fails, as each does until they are answered
+        rules->preferencesAskedFor();
+        rules->termsRequired();
+        whenAllIsDone();
+    }
+
+    EXPECT_EQ(screens.shown, QStringList());
+    rules->preferencesAskedFor();
+    main.drain();
+    EXPECT_EQ(screens.shown, QStringList{u"preferences"_qs}); // a person decides
+}
+
+TEST_F(ScreenRulesTest, LeadToTermsThatChangedAndToThoseOfTheNextWhoSignsIn)
+{
+    signIn();
+    whenAllIsDone();
+    terms.requiredVersion = u"3"_qs;
+    rules->termsRequired();
+    whenAllIsDone();
+    EXPECT_EQ(screens.shown, (QStringList{u"account"_qs, u"account"_qs}));
+
+    finish(auth.signOut());
+    signIn();
+    whenAllIsDone();
+
+    EXPECT_EQ(screens.shown, (QStringList{u"account"_qs, u"account"_qs, u"account"_qs}));
+}
+
+TEST_F(ScreenRulesTest, LeaveTheTermsToTheWizardWhileItIsOpen)
+{
+    screens.isSettingUp = true;
+    signIn();
+    whenAllIsDone();
+    EXPECT_EQ(screens.shown, QStringList());
+
+    screens.isSettingUp = false;
+    rules->termsRequired();
+    whenAllIsDone();
+    EXPECT_EQ(screens.shown, QStringList{u"account"_qs}); // they were left unanswered
 }
 
 TEST_F(ScreenRulesTest, ShowNoTermsThatWereAnsweredMeanwhile)
 {
     terms.isAccepted = true;
+    signIn();
 
     rules->termsRequired();
     whenAllIsDone();
 
     EXPECT_TRUE(terms.calls().contains(u"status"_qs));
     EXPECT_EQ(screens.shown, QStringList());
-}
-
-TEST_F(ScreenRulesTest, SayWhyTermsCannotBeShown)
-{
-    terms.failing = QStringList{u"terms"_qs};
-    terms.failure = u"Out of paper."_qs;
-
-    rules->termsRequired();
-    whenAllIsDone();
-
-    ASSERT_EQ(screens.shown.size(), 1);
-    EXPECT_TRUE(screens.shown.first().startsWith(u"problem: "_qs));
-    EXPECT_EQ(screens.shown.first(), u"problem: "_qs + *shownTerms.errorMessage());
 }
 
 TEST_F(ScreenRulesTest, LookAtTheTermsAgainOnceTheyAreAccepted)
@@ -151,19 +202,6 @@ TEST_F(ScreenRulesTest, LookAtTheTermsAgainOnceTheyAreAccepted)
     whenAllIsDone();
 
     EXPECT_GT(terms.calls().count(u"status"_qs), before);
-}
-
-TEST_F(ScreenRulesTest, EndTheSessionOfWhoDeclines)
-{
-    terms.isAccepted = true;
-    signIn();
-    ASSERT_TRUE(auth.state().isSignedIn());
-
-    rules->termsDeclined();
-    runUntil([this] { return !auth.state().isSignedIn(); });
-
-    EXPECT_EQ(auth.standing().state, account::SessionState::signedOut);
-    whenAllIsDone();
 }
 
 TEST_F(ScreenRulesTest, ShowNothingOnceTheyAreGone)

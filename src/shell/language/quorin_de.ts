@@ -1,6 +1,43 @@
 <?xml version="1.0" encoding="utf-8"?>
 <!DOCTYPE TS>
 <TS version="2.1" language="de" sourcelanguage="en">
+<context><name>Account</name>
+<message><source>Account updated successfully.</source><translation>Das Konto wurde geändert.</translation></message>
+<message><source>Password updated successfully.</source><translation>Das Passwort wurde geändert.</translation></message>
+<message><source>New passwords do not match.</source><translation>Die neuen Passwörter stimmen nicht überein.</translation></message>
+<message><source>Current password is required.</source><translation>Das bisherige Passwort fehlt.</translation></message>
+<message><source>New password is required.</source><translation>Das neue Passwort fehlt.</translation></message>
+<message><source>Please confirm your new password.</source><translation>Bitte bestätigen Sie das neue Passwort.</translation></message>
+<message><source>Your session has expired. Please sign in again.</source><translation>Ihre Sitzung ist abgelaufen. Bitte melden Sie sich wieder an.</translation></message>
+<message><source>Current password is incorrect.</source><translation>Das bisherige Passwort ist falsch.</translation></message>
+<message><source>Failed to change password. Please try again.</source><translation>Das Passwort konnte nicht geändert werden. Bitte versuchen Sie es noch einmal.</translation></message>
+<message><source>The Terms &amp; Conditions were updated. Please accept the updated version to continue.</source><translation>Die Nutzungsbedingungen haben sich geändert. Bitte nehmen Sie die neue Fassung an, um fortzufahren.</translation></message>
+<message><source>Unable to check Quorin Cloud Terms &amp; Conditions.</source><translation>Die Nutzungsbedingungen von Quorin Cloud konnten nicht geprüft werden.</translation></message>
+<message><source>Failed to accept Quorin Cloud Terms &amp; Conditions.</source><translation>Die Nutzungsbedingungen von Quorin Cloud konnten nicht angenommen werden.</translation></message>
+<message><source>Failed to decline Quorin Cloud Terms &amp; Conditions.</source><translation>Die Nutzungsbedingungen von Quorin Cloud konnten nicht abgelehnt werden.</translation></message>
+<message><source>Could not determine the Terms &amp; Conditions version. Please reload and try again.</source><translation>Die Fassung der Nutzungsbedingungen ist unbekannt. Bitte laden Sie sie neu und versuchen Sie es noch einmal.</translation></message>
+<message><source>The archive refuses the sign-in. It is kept and tried again. If the password, or whatever else it is made of, has changed, sign in again.</source><translation>Das Archiv weist die Anmeldung zurück. Sie wird aufbewahrt und noch einmal versucht. Haben sich das Passwort oder anderes daran geändert, melden Sie sich neu an.</translation></message>
+<message><source>%1 It is kept and tried again.</source><translation>%1 Sie wird aufbewahrt und noch einmal versucht.</translation></message>
+<message><source>The archive refuses queries (status %1), so address, user name and password could not be checked. The first upload will show whether they are right.</source><translation>Das Archiv verweigert Abfragen (Status %1); Adresse, Benutzername und Passwort konnten daher nicht geprüft werden. Die erste Übertragung zeigt, ob sie stimmen.</translation></message>
+<message><source>The keyring has not taken the session, which lasts for this run of the program until it does.</source><translation>Der Schlüsselbund hat die Sitzung nicht übernommen; bis dahin gilt sie nur, solange das Programm läuft.</translation></message>
+<message><source>Session expired. Please sign in again.</source><translation>Die Sitzung ist abgelaufen. Bitte melden Sie sich wieder an.</translation></message>
+<message><source>Unable to verify account session.</source><translation>Die Sitzung konnte nicht geprüft werden.</translation></message>
+<message><source>Unable to load account details.</source><translation>Die Angaben zum Konto konnten nicht geladen werden.</translation></message>
+<message><source>Sign in failed. Please check your credentials and try again.</source><translation>Die Anmeldung ist fehlgeschlagen. Bitte prüfen Sie Ihre Angaben und versuchen Sie es noch einmal.</translation></message>
+<message><source>Sign out failed. Local session was cleared.</source><translation>Die Abmeldung bei Quorin Cloud ist fehlgeschlagen. Hier ist die Sitzung beendet.</translation></message>
+<message><source>Checking Quorin Cloud…</source><translation>Quorin Cloud wird geprüft …</translation></message>
+<message><source>Connected to Quorin Cloud</source><translation>Mit Quorin Cloud verbunden</translation></message>
+<message><source>Quorin Cloud Unreachable</source><translation>Quorin Cloud nicht erreichbar</translation></message>
+<message><source>d MMM, h:mm AP</source><extracomment>A date and a time as QDateTime writes them; other languages may count 24 hours.</extracomment><translation>d. MMM, HH:mm</translation></message>
+<message><source>Last checked %1</source><translation>Zuletzt geprüft: %1</translation></message>
+<message><source>Checking sign-in status…</source><translation>Anmeldung wird geprüft …</translation></message>
+<message><source>Sign in required</source><translation>Anmeldung nötig</translation></message>
+<message><source>Session ended. Sign in again.</source><translation>Sitzung beendet. Melden Sie sich neu an.</translation></message>
+<message><source>User name or password refused</source><translation>Benutzername oder Passwort abgelehnt</translation></message>
+<message><source>Signed in as %1</source><translation>Angemeldet als %1</translation></message>
+<message><source>Signed in with an active session.</source><translation>Mit einer gültigen Sitzung angemeldet.</translation></message>
+<message><source>Sign-in unavailable</source><translation>Anmeldung nicht verfügbar</translation></message>
+</context>
 <context><name>AlertWords</name>
 <message><source>Critical Update Available</source><translation>Wichtige Aktualisierung verfügbar</translation></message>
 <message><source>A critical Quorin Gateway update is available. Installing the update now is strongly recommended.</source><translation>Für Quorin Gateway gibt es eine wichtige Aktualisierung. Es wird dringend empfohlen, sie jetzt zu installieren.</translation></message>
@@ -28,8 +65,56 @@
 <message><source>This computer's disk is nearly full</source><translation>Der Datenträger dieses Rechners ist fast voll</translation></message>
 <message><source>Soon no more images can be received. Free some room, or let uploaded images be deleted.</source><translation>Bald können keine Bilder mehr empfangen werden. Schaffen Sie Platz oder lassen Sie hochgeladene Bilder löschen.</translation></message>
 </context>
+<context><name>BugReport</name>
+<message><source>Sending...</source><translation>Wird gesendet …</translation></message>
+<message><source>Sending files %1%</source><translation>Dateien werden gesendet: %1 %</translation></message>
+</context>
+<context><name>CloudClient</name>
+<message><source>The server at %1 pointed to another address (status %2), which is not followed.</source><translation>Der Server %1 verwies an eine andere Adresse (Status %2); dem wird nicht gefolgt.</translation></message>
+<message><source>The server at %1 asks for a sign-in (status %2).</source><translation>Der Server %1 verlangt eine Anmeldung (Status %2).</translation></message>
+<message><source>The server at %1 does not allow this (status %2).</source><translation>Der Server %1 erlaubt das nicht (Status %2).</translation></message>
+<message><source>The server at %1 does not know what was asked for (status %2).</source><translation>Der Server %1 kennt nicht, was verlangt wurde (Status %2).</translation></message>
+<message><source>The server at %1 does not offer this (status %2).</source><translation>Der Server %1 bietet das nicht an (Status %2).</translation></message>
+<message><source>A web proxy on the way to %1 asks for a sign-in (status %2).</source><translation>Ein Web-Proxy auf dem Weg zu %1 verlangt eine Anmeldung (Status %2).</translation></message>
+<message><source>The server at %1 does not take anything this large (status %2).</source><translation>Der Server %1 nimmt nichts so Großes an (Status %2).</translation></message>
+<message><source>The server at %1 has had too many requests (status %2).</source><translation>Der Server %1 hat zu viele Anfragen erhalten (Status %2).</translation></message>
+<message><source>The server at %1 has no room left (status %2).</source><translation>Der Server %1 hat keinen Platz mehr (Status %2).</translation></message>
+<message><source>The network on the way to %1 asks for a sign-in of its own (status %2).</source><translation>Das Netz auf dem Weg zu %1 verlangt eine eigene Anmeldung (Status %2).</translation></message>
+<message><source>The server at %1 has a fault of its own (status %2).</source><translation>Der Server %1 hat selbst eine Störung (Status %2).</translation></message>
+<message><source>The server at %1 answered with status %2.</source><translation>Der Server %1 antwortete mit Status %2.</translation></message>
+<message><source>The server at %1 did not accept the client certificate of this gateway, or wants one.</source><translation>Der Server %1 nahm das Client-Zertifikat dieses Gateways nicht an oder verlangt eines.</translation></message>
+<message><source>A web page came from %1 (status %2) in place of an answer of the cloud service. This network may ask for a sign-in of its own, or the address may be wrong.</source><translation>Von %1 kam eine Webseite (Status %2) statt einer Antwort der Cloud. Vielleicht verlangt dieses Netz eine eigene Anmeldung, oder die Adresse ist falsch.</translation></message>
+<message><source>The answer from %1 (status %2) is none of a cloud service.</source><translation>Die Antwort von %1 (Status %2) stammt nicht von einer Cloud.</translation></message>
+<message><source>The answer of the cloud service could not be read.</source><translation>Die Antwort der Cloud ließ sich nicht lesen.</translation></message>
+<message><source>The file "%1" can't be read.</source><translation>Die Datei „%1“ lässt sich nicht lesen.</translation></message>
+<message><source>This archive takes no bug reports.</source><translation>Dieses Archiv nimmt keine Fehlermeldungen an.</translation></message>
+<message><source>The file "%1" changed while it was being sent.</source><translation>Die Datei „%1“ änderte sich beim Senden.</translation></message>
+<message><source>This archive has no terms to accept.</source><translation>Dieses Archiv hat keine Bedingungen.</translation></message>
+<message><source>This archive keeps no accounts.</source><translation>Dieses Archiv führt keine Konten.</translation></message>
+<message><source>The cloud service did not store one image.</source><translation>Die Cloud hat ein Bild nicht abgelegt.</translation></message>
+<message><source>The cloud service did not store %1 images.</source><translation>Die Cloud hat %1 Bilder nicht abgelegt.</translation></message>
+<message><source>The cloud service at %1 refused the connection.</source><translation>Die Cloud unter %1 lehnte die Verbindung ab.</translation></message>
+<message><source>The cloud service at %1 can't be reached from this network.</source><translation>Die Cloud unter %1 ist aus diesem Netz nicht erreichbar.</translation></message>
+<message><source>The cloud service at %1 did not answer in time.</source><translation>Die Cloud unter %1 antwortete nicht rechtzeitig.</translation></message>
+<message><source>The connection to the cloud service at %1 could not be made.</source><translation>Die Verbindung zur Cloud unter %1 kam nicht zustande.</translation></message>
+<message><source>The certificate of the cloud service at %1 has expired, or the clock of this computer is wrong.</source><translation>Das Zertifikat der Cloud unter %1 ist abgelaufen, oder die Uhr dieses Computers geht falsch.</translation></message>
+<message><source>The certificate of the cloud service at %1 is not valid yet, or the clock of this computer is wrong.</source><translation>Das Zertifikat der Cloud unter %1 gilt noch nicht, oder die Uhr dieses Computers geht falsch.</translation></message>
+<message><source>The certificate of the cloud service at %1 could not be verified. Where an authority of your own has signed it, name its PEM file in the setting QuorinAPI.CertificateFile.</source><translation>Das Zertifikat der Cloud unter %1 ließ sich nicht prüfen. Hat es eine eigene Stelle unterschrieben, nennen Sie deren PEM-Datei in der Einstellung QuorinAPI.CertificateFile.</translation></message>
+<message><source>The address of the cloud service, %1, could not be found.</source><translation>Die Adresse der Cloud, %1, war nicht zu finden.</translation></message>
+<message><source>The address of the web proxy on the way to %1 could not be found; the setting QuorinAPI.Proxy or the variable https_proxy names it.</source><translation>Die Adresse des Web-Proxys auf dem Weg zu %1 war nicht zu finden; die Einstellung QuorinAPI.Proxy oder die Variable https_proxy nennt sie.</translation></message>
+<message><source>The web proxy on the way to %1 refused the connection.</source><translation>Der Web-Proxy auf dem Weg zu %1 lehnte die Verbindung ab.</translation></message>
+<message><source>The client certificate for the server at %1 can't be used with its key.</source><translation>Das Client-Zertifikat für den Server %1 passt nicht zu seinem Schlüssel.</translation></message>
+<message><source>The file of certificates for %1, which the setting QuorinAPI.CertificateFile or QUORIN_CLOUD_CA names, could not be read.</source><translation>Die Zertifikatsdatei für %1, die die Einstellung QuorinAPI.CertificateFile oder QUORIN_CLOUD_CA nennt, ließ sich nicht lesen.</translation></message>
+<message><source>A secure connection to the cloud service at %1 could not be made.</source><translation>Eine sichere Verbindung zur Cloud unter %1 kam nicht zustande.</translation></message>
+<message><source>The connection to the cloud service at %1 was lost.</source><translation>Die Verbindung zur Cloud unter %1 ging verloren.</translation></message>
+<message><source>The call to the cloud service at %1 was ended.</source><translation>Der Aufruf der Cloud unter %1 wurde beendet.</translation></message>
+<message><source>What answered at %1 does not speak the language of the web.</source><translation>Was unter %1 antwortete, spricht nicht die Sprache des Web.</translation></message>
+<message><source>The call to the cloud service at %1 failed.</source><translation>Der Aufruf der Cloud unter %1 scheiterte.</translation></message>
+<message><source>The web proxy on the way to %1 can't be reached; the setting QuorinAPI.Proxy or the variable https_proxy names it.</source><translation>Der Web-Proxy auf dem Weg zu %1 ist nicht erreichbar; die Einstellung QuorinAPI.Proxy oder die Variable https_proxy nennt ihn.</translation></message>
+<message><source>The web proxy on the way to %1 asks for a sign-in (status %2).</source><translation>Der Web-Proxy auf dem Weg zu %1 verlangt eine Anmeldung (Status %2).</translation></message>
+<message><source>The web proxy on the way to %1 refused the connection (status %2).</source><translation>Der Web-Proxy auf dem Weg zu %1 lehnte die Verbindung ab (Status %2).</translation></message>
+</context>
 <context><name>DesktopScreens</name>
-<message><source>Terms Can't Be Shown</source><translation>Die Bedingungen lassen sich nicht zeigen</translation></message>
 <message><source>Bug Report Sent</source><translation>Fehlerbericht gesendet</translation></message>
 <message><source>Report has been sent successfully.</source><translation>Der Bericht ist angekommen.</translation></message>
 <message><source>Quorin Gateway</source><translation>Quorin Gateway</translation></message>
@@ -42,6 +127,10 @@
 <message><source>PDF documents (*.pdf)</source><translation>PDF-Dokumente (*.pdf)</translation></message>
 <message><source>Export</source><translation>Exportieren</translation></message>
 <message><source>Setup Is Finished</source><translation>Die Einrichtung ist fertig</translation></message>
+<message><source>Select Destination Folder</source><translation>Zielordner wählen</translation></message>
+<message><source>Choose files</source><translation>Dateien wählen</translation></message>
+<message><source>Save Support Bundle</source><translation>Diagnosepaket sichern</translation></message>
+<message><source>Text files (*.txt)</source><translation>Textdateien (*.txt)</translation></message>
 </context>
 <context><name>DoctorFinding</name>
 <message><source>The index is damaged, and nothing is changed in it. Restore it from a backup; or end the gateway, move the index away and run doctor --repair, which records the stored images anew.</source><translation>Der Index ist beschädigt; darin wird nichts geändert. Stellen Sie ihn aus einer Sicherung wieder her; oder beenden Sie das Gateway, legen Sie den Index beiseite und rufen Sie doctor --repair auf, das die gespeicherten Bilder neu verzeichnet.</translation></message>
@@ -53,7 +142,7 @@
 <message><source>A stored file could not be read, which may pass. Check its disk, and run doctor again.</source><translation>Eine gespeicherte Datei konnte nicht gelesen werden; das kann vorübergehen. Prüfen Sie ihr Laufwerk und rufen Sie doctor noch einmal auf.</translation></message>
 <message><source>The stored file of an image is gone, and the image isn't in the cloud. Put the file back from a backup, or send the image again from the device that made it.</source><translation>Die gespeicherte Datei eines Bildes ist verschwunden, und das Bild ist nicht in der Cloud. Legen Sie die Datei aus einer Sicherung zurück oder senden Sie das Bild von dem Gerät, das es erzeugt hat, noch einmal.</translation></message>
 <message><source>The folder of a stored file can't be seen. Check that its disk is there; nothing is changed.</source><translation>Der Ordner einer gespeicherten Datei ist nicht zu sehen. Prüfen Sie, ob sein Datenträger da ist; es wird nichts geändert.</translation></message>
-<message><source>An image in the index names no file, so that it can't be sent. Send it again from the device that made it.</source><translation>Ein Bild im Index nennt keine Datei und kann deshalb nicht gesendet werden. Senden Sie es von dem Gerät, das es erzeugt hat, noch einmal.</translation></message>
+<message><source>An image in the index names no file, so that it can't be sent. Where another file store was taken for that of the index, it lies in the one before; else send it again from the device that made it.</source><translation>Ein Bild im Index nennt keine Datei und kann deshalb nicht gesendet werden. Wurde eine andere Ablage als die des Index übernommen, liegt es in der davor; andernfalls senden Sie es von dem Gerät, das es erzeugt hat, noch einmal.</translation></message>
 <message><source>The stored file of an image is gone, but the image is in the cloud. Nothing needs to be done.</source><translation>Die gespeicherte Datei eines Bildes ist verschwunden, aber das Bild ist in der Cloud. Es ist nichts zu tun.</translation></message>
 <message><source>An earlier copy of an image that came more than once is kept. Where the store put it there itself, --repair lets it go once the later one is in the cloud.</source><translation>Von einem Bild, das mehrmals kam, ist noch eine frühere Kopie aufbewahrt. Hat der Speicher sie selbst dort abgelegt, lässt --repair sie gehen, sobald die spätere in der Cloud ist.</translation></message>
 <message><source>A stored file of an image ends too early, and an earlier one that is whole is kept beside it. --repair lets the whole one be sent.</source><translation>Eine gespeicherte Datei eines Bildes endet zu früh, und eine frühere, vollständige liegt noch daneben. --repair lässt die vollständige senden.</translation></message>
@@ -72,6 +161,10 @@
 <message><source>The file store can't be written, so that nothing is taken in. What was received is kept in the incoming folder. Check that its disk has room and can be written; the gateway goes on by itself then.</source><translation>Die Ablage kann nicht beschrieben werden, so dass nichts aufgenommen wird. Was empfangen wurde, bleibt im Eingangsordner. Prüfen Sie, ob ihr Datenträger Platz hat und beschreibbar ist; das Gateway macht dann von selbst weiter.</translation></message>
 <message><source>Images were stored in the file store, and now not even its folders are there. Nothing is taken in; what was received is kept in the incoming folder. Bring its volume back; where the store was emptied on purpose, make a folder 10000 in it.</source><translation>In der Ablage lagen Bilder, und nun fehlen selbst ihre Ordner. Es wird nichts aufgenommen; was empfangen wurde, bleibt im Eingangsordner. Binden Sie ihren Datenträger wieder ein; wurde die Ablage mit Absicht geleert, legen Sie darin einen Ordner 10000 an.</translation></message>
 <message><source>Another gateway works in an incoming folder of this one, which leaves it alone. Give each gateway an incoming folder of its own.</source><translation>Ein anderes Gateway arbeitet in einem Eingangsordner von diesem, das ihn in Ruhe lässt. Geben Sie jedem Gateway einen eigenen Eingangsordner.</translation></message>
+<message><source>The incoming folder is out of sight, or another one stands in its place, and received images may wait in it. Bring its volume back; what waits is taken in by itself. Where it is gone for good, make an empty folder .part in it, in the place of one that is there.</source><translation>Der Eingangsordner ist nicht zu sehen, oder ein anderer steht an seiner Stelle; in ihm können empfangene Bilder warten. Binden Sie seinen Datenträger wieder ein; was wartet, wird von selbst aufgenommen. Ist er für immer verloren, legen Sie darin einen leeren Ordner .part an, an Stelle eines vorhandenen.</translation></message>
+<message><source>Received images wait in an incoming folder that was used while this home lay elsewhere. They are left to the gateway of that home. Where there is none, because the home was moved, choose that folder as the incoming folder until it is empty.</source><translation>In einem Eingangsordner, der benutzt wurde, als dieses Home anderswo lag, warten empfangene Bilder. Sie bleiben dem Gateway jenes Homes überlassen. Gibt es keines, weil das Home umgezogen ist, wählen Sie diesen Ordner als Eingangsordner, bis er leer ist.</translation></message>
+<message><source>Another file store stands where that of the index was: it has another number, or holds other images. Nothing is taken in, sent or removed; what was received is kept in the incoming folder. Bring the right volume back. Only where this is the one to be used from now on: --repair takes it for that, and records what it holds; of the other one, images that weren't sent are told as images without a file.</source><translation>Wo die Ablage des Index war, steht eine andere: Sie hat eine andere Nummer oder enthält andere Bilder. Nichts wird aufgenommen, gesendet oder entfernt; was empfangen wurde, bleibt im Eingangsordner. Binden Sie den richtigen Datenträger wieder ein. Nur wenn diese Ablage von nun an benutzt werden soll: --repair übernimmt sie und verzeichnet, was sie enthält; von der anderen werden Bilder, die nicht gesendet sind, als Bilder ohne Datei gemeldet.</translation></message>
+<message><source>The index as the version before left it is kept, so that one can go back to that version. It goes when this one has been ended in an orderly way and starts again.</source><translation>Der Index, wie ihn die vorige Version hinterlassen hat, wird aufbewahrt, damit man zu ihr zurückkehren kann. Er wird entfernt, wenn diese Version ordentlich beendet wurde und wieder startet.</translation></message>
 </context>
 <context><name>FailureSentence</name>
 <message><source>Nobody is signed in to the cloud. Images are still received and kept here. Sign in, and they are sent.</source><translation>Niemand ist bei der Cloud angemeldet. Bilder werden weiter empfangen und hier aufbewahrt. Melden Sie sich an, dann werden sie gesendet.</translation></message>
@@ -105,7 +198,80 @@
 <message><source>The gateway has no record of what it sent of this image before, and the cloud gave no usable answer when it was asked what it holds of it. The image is kept here and tried again by itself. If this goes on, ask whoever runs the cloud to permit queries and fetching images.</source><translation>Das Gateway hat keine Aufzeichnung darüber, was es von diesem Bild schon gesendet hat, und die Cloud gab auf die Frage, was sie davon hat, keine brauchbare Antwort. Das Bild wird hier aufbewahrt und von selbst wieder versucht. Bleibt es dabei, bitten Sie den Betreiber der Cloud, Abfragen und das Abrufen von Bildern zu erlauben.</translation></message>
 <message><source>A later version of this image has gone to the cloud already, and this one is not sent over it. It is kept here and never removed by itself, and other images are sent. If this is the one that is wanted, send it again from the device that made it; else delete it here.</source><translation>Eine spätere Fassung dieses Bildes ist schon in die Cloud gegangen, und diese wird nicht darüber gesendet. Sie wird hier aufbewahrt und nie von selbst entfernt, andere Bilder werden gesendet. Ist diese die gewünschte, senden Sie sie von dem Gerät, das sie gemacht hat, noch einmal; sonst löschen Sie sie hier.</translation></message>
 <message><source>The gateway's own record of its images could not be read or written. Images are kept here, and sending goes on by itself once it can be. Check the disk of this computer, and make room on it.</source><translation>Das eigene Verzeichnis des Gateways über seine Bilder ließ sich nicht lesen oder schreiben. Bilder werden hier aufbewahrt, und das Senden geht von selbst weiter, sobald es wieder geht. Prüfen Sie den Datenträger dieses Rechners und schaffen Sie Platz.</translation></message>
+<message><source>The cloud has taken the image and doesn't show it yet. It is kept here and looked for again, and sent again where it doesn't come. If this goes on, tell whoever runs the cloud.</source><translation>Die Cloud hat das Bild angenommen und zeigt es noch nicht. Es wird hier aufbewahrt und wieder gesucht, und noch einmal gesendet, wenn es ausbleibt. Bleibt es dabei, sagen Sie es denen, die die Cloud betreiben.</translation></message>
+<message><source>What this gateway signs in with can't be had at this moment. Images are still received and kept here, and are sent when it can be. If this goes on, tell whoever runs the sign-in service or keeps its file.</source><translation>Womit dieses Gateway sich anmeldet, ist im Augenblick nicht zu bekommen. Bilder werden weiter empfangen und hier aufbewahrt, und gesendet, sobald es zu bekommen ist. Bleibt es dabei, sagen Sie es denen, die den Anmeldedienst betreiben oder seine Datei führen.</translation></message>
 <message><source>This computer could not write a temporary file, or start a program, that the upload needs. The image itself is well, and it is kept here and tried again by itself. Make room on the disk of this computer.</source><translation>Dieser Computer konnte eine temporäre Datei nicht schreiben oder ein Programm nicht starten, die das Hochladen braucht. Das Bild selbst ist in Ordnung, es wird hier aufbewahrt und von selbst wieder versucht. Schaffen Sie Platz auf dem Datenträger dieses Computers.</translation></message>
+<message><source>The stored file of the image is damaged: it isn't what was received. It is not sent and left as it is, and other images are sent. Check the disk, and send the image again from the device that made it.</source><translation>Die abgelegte Datei des Bildes ist beschädigt: Sie ist nicht mehr, was empfangen wurde. Sie wird nicht gesendet und bleibt, wie sie ist; andere Bilder werden gesendet. Prüfen Sie die Festplatte, und senden Sie das Bild noch einmal von dem Gerät, das es aufgenommen hat.</translation></message>
+<message><source>The stored file holds another image than the index says, so it isn't sent in its name. Nothing is removed. Check that the right volume stands where the images are stored, and run doctor.</source><translation>Die abgelegte Datei enthält ein anderes Bild, als der Index sagt, und wird daher nicht in dessen Namen gesendet. Nichts wird entfernt. Prüfen Sie, ob dort, wo die Bilder liegen, der richtige Datenträger eingebunden ist, und rufen Sie doctor auf.</translation></message>
+</context>
+<context><name>Listener</name>
+<message><source>DIMSE Listener Error</source><translation>Fehler des DIMSE-Listeners</translation></message>
+<message><source>Failed to start DIMSE listener.</source><translation>Der DIMSE-Listener ließ sich nicht starten.</translation></message>
+<message><source>Failed to start DIMSE listener on port %1. Another app may already be using this port.</source><translation>Der DIMSE-Listener ließ sich auf Port %1 nicht starten. Vielleicht benutzt schon ein anderes Programm diesen Port.</translation></message>
+</context>
+<context><name>LogEventWords</name>
+<message><source>Listener asked to start</source><translation>Listener soll starten</translation></message>
+<message><source>Listener started</source><translation>Listener gestartet</translation></message>
+<message><source>Listener could not start</source><translation>Listener startete nicht</translation></message>
+<message><source>Listener stopped</source><translation>Listener angehalten</translation></message>
+<message><source>Incoming folder not found</source><translation>Eingangsordner nicht gefunden</translation></message>
+<message><source>Association opened</source><translation>Assoziation begonnen</translation></message>
+<message><source>Association closed</source><translation>Assoziation beendet</translation></message>
+<message><source>Association broken off</source><translation>Assoziation abgebrochen</translation></message>
+<message><source>Image received</source><translation>Bild empfangen</translation></message>
+<message><source>Image being recorded</source><translation>Bild wird erfasst</translation></message>
+<message><source>Image recorded</source><translation>Bild erfasst</translation></message>
+<message><source>Image not recorded</source><translation>Bild nicht erfasst</translation></message>
+<message><source>Incoming file removed</source><translation>Eingangsdatei entfernt</translation></message>
+<message><source>Upload asked for</source><translation>Hochladen verlangt</translation></message>
+<message><source>Upload begun</source><translation>Hochladen begonnen</translation></message>
+<message><source>Upload finished</source><translation>Hochladen beendet</translation></message>
+<message><source>Upload queued again</source><translation>Hochladen wieder eingereiht</translation></message>
+<message><source>Image chosen for upload</source><translation>Bild zum Hochladen gewählt</translation></message>
+<message><source>Stored file missing</source><translation>Abgelegte Datei fehlt</translation></message>
+<message><source>Sending an image</source><translation>Bild wird gesendet</translation></message>
+<message><source>Sending goes on</source><translation>Senden geht weiter</translation></message>
+<message><source>Image sent</source><translation>Bild gesendet</translation></message>
+<message><source>Image not sent</source><translation>Bild nicht gesendet</translation></message>
+<message><source>Result recorded</source><translation>Ergebnis vermerkt</translation></message>
+<message><source>Upload state recovered</source><translation>Zustand des Hochladens hergestellt</translation></message>
+<message><source>Upload states reconciled</source><translation>Zustände abgeglichen</translation></message>
+<message><source>Old images removed</source><translation>Alte Bilder entfernt</translation></message>
+<message><source>Old images not removed</source><translation>Alte Bilder nicht entfernt</translation></message>
+<message><source>Looking for studies</source><translation>Studien werden gesucht</translation></message>
+<message><source>Studies found</source><translation>Studien gefunden</translation></message>
+<message><source>Studies not found out</source><translation>Suche nach Studien gescheitert</translation></message>
+<message><source>Deleting studies</source><translation>Studien werden gelöscht</translation></message>
+<message><source>Studies deleted</source><translation>Studien gelöscht</translation></message>
+<message><source>Studies not deleted</source><translation>Studien nicht gelöscht</translation></message>
+<message><source>Deleting a study</source><translation>Studie wird gelöscht</translation></message>
+<message><source>Study deleted</source><translation>Studie gelöscht</translation></message>
+<message><source>Study not deleted</source><translation>Studie nicht gelöscht</translation></message>
+<message><source>Looking for series</source><translation>Serien werden gesucht</translation></message>
+<message><source>Series found</source><translation>Serien gefunden</translation></message>
+<message><source>Series not found out</source><translation>Suche nach Serien gescheitert</translation></message>
+<message><source>Deleting several series</source><translation>Mehrere Serien werden gelöscht</translation></message>
+<message><source>Several series deleted</source><translation>Mehrere Serien gelöscht</translation></message>
+<message><source>Several series not deleted</source><translation>Mehrere Serien nicht gelöscht</translation></message>
+<message><source>Deleting a series</source><translation>Serie wird gelöscht</translation></message>
+<message><source>Series deleted</source><translation>Serie gelöscht</translation></message>
+<message><source>Series not deleted</source><translation>Serie nicht gelöscht</translation></message>
+<message><source>Updater started</source><translation>Updates eingerichtet</translation></message>
+<message><source>Update check asked for</source><translation>Suche nach Updates verlangt</translation></message>
+<message><source>Asking whether this version may run</source><translation>Version wird geprüft</translation></message>
+<message><source>Version checked</source><translation>Version geprüft</translation></message>
+<message><source>Version not checked</source><translation>Version nicht geprüft</translation></message>
+<message><source>Required update found</source><translation>Nötiges Update gefunden</translation></message>
+<message><source>Update found</source><translation>Update gefunden</translation></message>
+<message><source>No update needed</source><translation>Kein Update nötig</translation></message>
+<message><source>Told that updates can't be looked for</source><translation>Gemeldet: Updates nicht erreichbar</translation></message>
+<message><source>Started</source><translation>Begonnen</translation></message>
+<message><source>Succeeded</source><translation>Gelungen</translation></message>
+<message><source>Failed</source><translation>Gescheitert</translation></message>
+<message><source>Completed</source><translation>Fertig</translation></message>
+<message><source>Skipped</source><translation>Übersprungen</translation></message>
+<message><source>Queued</source><translation>Wartet</translation></message>
+<message><source>In progress</source><translation>Läuft</translation></message>
 </context>
 <context><name>LogScreenWords</name>
 <message><source>Debug</source><translation>Debug</translation></message>
@@ -124,6 +290,38 @@
 <context><name>PackagedUpdates</name>
 <message><source>Updates Come With the System</source><translation>Updates kommen mit dem System</translation></message>
 <message><source>This is version %1. Your system's package manager keeps the gateway up to date; the gateway itself doesn't look for newer versions.</source><translation>Dies ist Version %1. Die Paketverwaltung Ihres Systems hält das Gateway aktuell; das Gateway selbst sucht nicht nach neueren Versionen.</translation></message>
+</context>
+<context><name>SetupTrial</name>
+<message><source>The listener isn't running. Start it on the dashboard, then try again.</source><translation>Der Listener läuft nicht. Starten Sie ihn in der Übersicht und versuchen Sie es noch einmal.</translation></message>
+<message><source>The settings can't be written, so no sample was sent. Check the disk, then try again.</source><translation>Die Einstellungen können nicht geschrieben werden, daher wurde kein Probebild gesendet. Prüfen Sie den Datenträger und versuchen Sie es noch einmal.</translation></message>
+<message><source>%1 took it at %2.</source><translation>%1 hat es an %2 angenommen.</translation></message>
+<message><source>Nothing answers at %1. A firewall on this computer may block the port; else restart the listener on the dashboard.</source><translation>An %1 antwortet niemand. Vielleicht sperrt eine Firewall auf diesem Computer den Port; sonst starten Sie den Listener in der Übersicht neu.</translation></message>
+<message><source>The listener takes no more connections now. Try again in a minute.</source><translation>Der Listener nimmt gerade keine weiteren Verbindungen an. Versuchen Sie es in einer Minute noch einmal.</translation></message>
+<message><source>What listens at %1 takes no images. It may be another program: choose another port.</source><translation>Was an %1 lauscht, nimmt keine Bilder an. Vielleicht ist es ein anderes Programm: Wählen Sie einen anderen Port.</translation></message>
+<message><source>The listener refused the image (status %1). Check that the disks of the incoming folder and of the images have room.</source><translation>Der Listener hat das Bild abgelehnt (Status %1). Prüfen Sie, ob auf den Datenträgern des Eingangsordners und der Bilder Platz ist.</translation></message>
+<message><source>The connection to %1 was cut. Look into the log for why.</source><translation>Die Verbindung zu %1 wurde getrennt. Das Protokoll sagt, warum.</translation></message>
+<message><source>%1 didn't answer in time. The disk of the incoming folder may be slow or away.</source><translation>%1 hat nicht rechtzeitig geantwortet. Vielleicht ist der Datenträger des Eingangsordners langsam oder nicht da.</translation></message>
+<message><source>A part of Quorin Gateway that sends the sample can't run. Install it anew.</source><translation>Ein Teil von Quorin Gateway, der das Probebild sendet, kann nicht ausgeführt werden. Installieren Sie es neu.</translation></message>
+<message><source>It stands in the index of this computer.</source><translation>Es steht im Index dieses Computers.</translation></message>
+<message><source>It was taken, but it isn't here. Another program may listen on this port.</source><translation>Es wurde angenommen, ist aber nicht hier. Vielleicht lauscht ein anderes Programm an diesem Port.</translation></message>
+<message><source>It waits in the incoming folder. The disk of the images may be full or away; the log says why.</source><translation>Es wartet im Eingangsordner. Vielleicht ist der Datenträger der Bilder voll oder nicht da; das Protokoll sagt, warum.</translation></message>
+<message><source>Nobody is signed in. Images are received and kept; sign in and they are uploaded.</source><translation>Niemand ist angemeldet. Bilder werden empfangen und aufbewahrt; melden Sie sich an, dann werden sie hochgeladen.</translation></message>
+<message><source>The cloud took it.</source><translation>Die Cloud hat es angenommen.</translation></message>
+<message><source>It was deleted here meanwhile.</source><translation>Es wurde hier inzwischen gelöscht.</translation></message>
+<message><source>Its turn hasn't come: other images go first. The dashboard shows how far they are.</source><translation>Es ist noch nicht an der Reihe: Andere Bilder gehen vor. Die Übersicht zeigt, wie weit sie sind.</translation></message>
+<message><source>A query finds it.</source><translation>Eine Abfrage findet es.</translation></message>
+<message><source>The query failed: %1</source><translation>Die Abfrage ist fehlgeschlagen: %1</translation></message>
+<message><source>The cloud took it, but doesn't find it yet. It may need more time.</source><translation>Die Cloud hat es angenommen, findet es aber noch nicht. Vielleicht braucht sie mehr Zeit.</translation></message>
+<message><source>Nothing of it is left, here or in the cloud.</source><translation>Nichts davon ist übrig, weder hier noch in der Cloud.</translation></message>
+<message><source>Nothing of it is left here. It never went to the cloud.</source><translation>Hier ist nichts davon übrig. In die Cloud ist es nie gelangt.</translation></message>
+<message><source>It isn't recorded yet. It is deleted as soon as it is.</source><translation>Es ist noch nicht verzeichnet. Es wird gelöscht, sobald es das ist.</translation></message>
+<message><source>It can't be deleted here now. It is tried again by itself.</source><translation>Es kann hier gerade nicht gelöscht werden. Das wird von selbst noch einmal versucht.</translation></message>
+<message><source>It is deleted here. Should the upload under way carry it, it is deleted in the cloud afterwards.</source><translation>Hier ist es gelöscht. Falls es der laufende Upload mitnimmt, wird es danach in der Cloud gelöscht.</translation></message>
+<message><source>It is deleted here. Should it be in the cloud, it is deleted there once somebody is signed in.</source><translation>Hier ist es gelöscht. Falls es in der Cloud ist, wird es dort gelöscht, sobald jemand angemeldet ist.</translation></message>
+<message><source>There is nothing to delete.</source><translation>Es gibt nichts zu löschen.</translation></message>
+<message><source>Stopped.</source><translation>Angehalten.</translation></message>
+<message><source>Not tried.</source><translation>Nicht versucht.</translation></message>
+<message><source>It is deleted here. If the cloud has it, it isn't deleted there yet: %1 It is tried again by itself; else delete the study of TEST QUORIN GATEWAY there.</source><translation>Hier ist es gelöscht. Hat die Cloud es, ist es dort noch nicht gelöscht: %1 Es wird von selbst wieder versucht; sonst löschen Sie dort die Studie von TEST QUORIN GATEWAY.</translation></message>
 </context>
 <context><name>SetupWizard</name>
 <message><source>Auto-delete in days must be a number between 1 and 3650.</source><translation>Für das Löschen nach Tagen ist eine Zahl von 1 bis 3650 nötig.</translation></message>
@@ -219,6 +417,9 @@
 <message><source>Exported At: %1</source><translation>Exportiert am: %1</translation></message>
 <message><source>Settings:</source><translation>Einstellungen:</translation></message>
 <message><source>Preflight Checks:</source><translation>Prüfungen vor dem Start:</translation></message>
+<message><source>The folder doesn't answer. The disk or network share that holds it may be away; choose a different folder.</source><translation>Der Ordner antwortet nicht. Das Laufwerk oder die Netzwerkfreigabe, auf der er liegt, ist vielleicht nicht erreichbar; wählen Sie einen anderen Ordner.</translation></message>
+<message><source>While the folder doesn't answer, nobody knows whether it takes files.</source><translation>Solange der Ordner nicht antwortet, weiß niemand, ob er Dateien annimmt.</translation></message>
+<message><source>Checking whether the folder can be used...</source><translation>Prüfen, ob der Ordner sich verwenden lässt …</translation></message>
 </context>
 <context><name>StatusBarController</name>
 <message><source>Quorin Gateway</source><translation>Quorin Gateway</translation></message>
@@ -231,6 +432,15 @@
 <message><source>Last 24 hours</source><translation>Letzte 24 Stunden</translation></message>
 <message><source>Last 7 days</source><translation>Letzte 7 Tage</translation></message>
 <message><source>Last 30 days</source><translation>Letzte 30 Tage</translation></message>
+</context>
+<context><name>TransferTimeframe</name>
+<message><source>Last %1</source><translation>Zuletzt %1</translation></message>
+</context>
+<context><name>UpdateBanner</name>
+<message><source>Update available: Quorin Gateway %1. Choose Check for Updates…</source><translation>Update verfügbar: Quorin Gateway %1. Suchen Sie nach Updates.</translation></message>
+<message><source>Critical update available. Install update now.</source><translation>Dringendes Update verfügbar. Installieren Sie es jetzt.</translation></message>
+<message><source>A new Quorin Gateway version is available. Updates install automatically on quit.</source><translation>Eine neue Version von Quorin Gateway ist da. Updates werden beim Beenden installiert.</translation></message>
+<message><source>Quorin Gateway has not checked for updates for over 30 days. Please connect to the internet.</source><translation>Quorin Gateway hat seit über 30 Tagen nicht nach Updates gesucht. Verbinden Sie es bitte mit dem Internet.</translation></message>
 </context>
 <context><name>UpdateSentences</name>
 <message><source>The update server %1 can't be reached.</source><translation>Der Aktualisierungsserver %1 ist nicht erreichbar.</translation></message>
@@ -283,12 +493,14 @@
 <message><source>Delete Selected Series? (1/3)</source><translation>Ausgewählte Serien löschen? (1/3)</translation></message>
 <message><source>Delete Selected Studies? (1/3)</source><translation>Ausgewählte Studien löschen? (1/3)</translation></message>
 <message numerus="yes"><source>You selected %n series. Continue to the next confirmation.</source><translation><numerusform>Sie haben %n Serie ausgewählt. Weiter zur nächsten Bestätigung.</numerusform><numerusform>Sie haben %n Serien ausgewählt. Weiter zur nächsten Bestätigung.</numerusform></translation></message>
+<message><source>You selected 1 study. Continue to the next confirmation.</source><translation>Sie haben 1 Studie ausgewählt. Weiter zur nächsten Bestätigung.</translation></message>
 <message numerus="yes"><source>You selected %n studies. Continue to the next confirmation.</source><translation><numerusform>Sie haben %n Studie ausgewählt. Weiter zur nächsten Bestätigung.</numerusform><numerusform>Sie haben %n Studien ausgewählt. Weiter zur nächsten Bestätigung.</numerusform></translation></message>
 <message><source>Continue</source><translation>Weiter</translation></message>
 <message><source>Delete Selected Series? (2/3)</source><translation>Ausgewählte Serien löschen? (2/3)</translation></message>
 <message><source>Delete Selected Studies? (2/3)</source><translation>Ausgewählte Studien löschen? (2/3)</translation></message>
 <message><source>Final Confirmation (3/3)</source><translation>Letzte Bestätigung (3/3)</translation></message>
 <message numerus="yes"><source>This action is permanent. Delete %n selected series now?</source><translation><numerusform>Das lässt sich nicht rückgängig machen. %n ausgewählte Serie jetzt löschen?</numerusform><numerusform>Das lässt sich nicht rückgängig machen. %n ausgewählte Serien jetzt löschen?</numerusform></translation></message>
+<message><source>This action is permanent. Delete 1 selected study now?</source><translation>Das lässt sich nicht rückgängig machen. 1 ausgewählte Studie jetzt löschen?</translation></message>
 <message numerus="yes"><source>This action is permanent. Delete %n selected studies now?</source><translation><numerusform>Das lässt sich nicht rückgängig machen. %n ausgewählte Studie jetzt löschen?</numerusform><numerusform>Das lässt sich nicht rückgängig machen. %n ausgewählte Studien jetzt löschen?</numerusform></translation></message>
 <message><source>Delete</source><translation>Löschen</translation></message>
 <message><source>Images not in Quorin Cloud: %L1, of %L2 of the selected series. They will be lost.</source><translation>Bilder, die nicht in der Quorin Cloud sind: %L1, von %L2 der ausgewählten Serien. Sie gehen verloren.</translation></message>
@@ -320,6 +532,33 @@
 <message><source>Active Quorin session</source><translation>Quorin-Sitzung aktiv</translation></message>
 <message><source>Signed in as</source><translation>Angemeldet als</translation></message>
 <message><source>You can continue to Summary, or switch accounts if you signed in with the wrong workspace.</source><translation>Sie können zum Überblick weitergehen oder das Konto wechseln, falls es der falsche Arbeitsbereich ist.</translation></message>
+<message><source>Cancel</source><translation>Abbrechen</translation></message>
+</context>
+<context><name>gateway::shell::AccountSettingsPane</name>
+<message><source>Account</source><translation>Konto</translation></message>
+<message><source>Sign out</source><translation>Abmelden</translation></message>
+<message><source>Sign In</source><translation>Anmelden</translation></message>
+<message><source>Status</source><translation>Status</translation></message>
+<message><source>Sign in to enable Quorin Cloud uploads and account-linked workflows.</source><translation>Melden Sie sich an, um Bilder zu Quorin Cloud zu übertragen und alles zu nutzen, was ein Konto braucht.</translation></message>
+<message><source>Email</source><translation>E-Mail</translation></message>
+<message><source>Password</source><translation>Passwort</translation></message>
+<message><source>Security</source><translation>Sicherheit</translation></message>
+<message><source>Update your Quorin account password.</source><translation>Ändern Sie das Passwort Ihres Quorin-Kontos.</translation></message>
+<message><source>Change Password…</source><translation>Passwort ändern …</translation></message>
+<message><source>Need a Quorin Account? Create one in Quorin Lens on the Mac App Store.</source><translation>Sie brauchen ein Quorin-Konto? Legen Sie es in Quorin Lens aus dem Mac App Store an.</translation></message>
+<message><source>Open Quorin Lens on the Mac App Store</source><translation>Quorin Lens im Mac App Store öffnen</translation></message>
+<message><source>Manage your Quorin account profile and active session.</source><translation>Profil und Sitzung Ihres Quorin-Kontos.</translation></message>
+<message><source>Sign in to connect Quorin Gateway with Quorin Cloud services.</source><translation>Melden Sie sich an, um Quorin Gateway mit Quorin Cloud zu verbinden.</translation></message>
+<message><source>Signed out</source><translation>Abgemeldet</translation></message>
+<message><source>No account is currently authenticated.</source><translation>Zurzeit ist niemand angemeldet.</translation></message>
+<message><source>Session ended</source><translation>Sitzung beendet</translation></message>
+<message><source>Signed in</source><translation>Angemeldet</translation></message>
+<message><source>Images are still received and kept.</source><translation>Bilder werden weiter empfangen und bleiben erhalten.</translation></message>
+<message><source>Cancel</source><translation>Abbrechen</translation></message>
+</context>
+<context><name>gateway::shell::AttachmentList</name>
+<message><source>No files attached.</source><translation>Keine Dateien angehängt.</translation></message>
+<message><source>Remove</source><translation>Entfernen</translation></message>
 </context>
 <context><name>gateway::shell::BrowserPanel</name>
 <message><source>Showing %L1 of %L2</source><translation>%L1 von %L2 angezeigt</translation></message>
@@ -379,16 +618,45 @@
 <message><source>Submit</source><translation>Absenden</translation></message>
 <message><source>Report a Bug</source><translation>Fehler melden</translation></message>
 <message><source>Issue Details</source><translation>Zum Problem</translation></message>
-<message><source>Please include steps to reproduce and expected behavior. Leave out what could name a patient.</source><translation>Beschreiben Sie bitte die Schritte und was Sie erwartet haben. Lassen Sie weg, was einen Patienten nennen könnte.</translation></message>
 <message><source>Description</source><translation>Beschreibung</translation></message>
 <message><source>Close</source><translation>Schließen</translation></message>
 <message><source>Failed to Send</source><translation>Senden gescheitert</translation></message>
+<message><source>Email Support</source><translation>Support anschreiben</translation></message>
+<message><source>Happened during import</source><translation>Beim Importieren aufgetreten</translation></message>
+<message><source>Happened during opening</source><translation>Beim Öffnen aufgetreten</translation></message>
+<message><source>Attachments are required for import/opening issues.</source><translation>Für Probleme beim Importieren oder Öffnen werden Dateien gebraucht.</translation></message>
+<message><source>Choose files</source><translation>Dateien wählen</translation></message>
+<message><source>Add a support bundle</source><translation>Ein Diagnosepaket beifügen</translation></message>
+<message><source>Read It</source><translation>Lesen</translation></message>
+<message><source>Save…</source><translation>Sichern…</translation></message>
+<message><source>Please include steps to reproduce and expected behavior.</source><translation>Beschreiben Sie bitte die Schritte bis zum Problem und was Sie erwartet haben.</translation></message>
+<message><source>Leave out what could name a patient.</source><translation>Lassen Sie weg, was einen Patienten nennen könnte.</translation></message>
+<message><source>Attachments</source><translation>Anhänge</translation></message>
+<message><source>Support Bundle</source><translation>Diagnosepaket</translation></message>
+<message><source>Versions, figures, findings, settings and the latest log, without names of patients, people and places. Read all of it before it leaves this computer.</source><translation>Versionen, Zahlen, Befunde, Einstellungen und das letzte Protokoll, ohne Namen von Patienten, Personen und Orten. Lesen Sie alles, bevor es diesen Computer verlässt.</translation></message>
+<message><source>It can't be saved: %1</source><translation>Es kann nicht gesichert werden: %1</translation></message>
+<message><source>Saved to %1</source><translation>Gesichert in %1</translation></message>
+<message><source>Being put together…</source><translation>Wird zusammengestellt…</translation></message>
+<message><source>Unknown error.</source><translation>Unbekannter Fehler.</translation></message>
+<message><source>Bug Report Sent</source><translation>Fehlerbericht gesendet</translation></message>
+<message><source>Report has been sent successfully.</source><translation>Der Bericht ist angekommen.</translation></message>
+</context>
+<context><name>gateway::shell::BundleSheet</name>
+<message><source>Support Bundle</source><translation>Diagnosepaket</translation></message>
+<message><source>Content of the support bundle</source><translation>Inhalt des Diagnosepakets</translation></message>
+<message><source>Close</source><translation>Schließen</translation></message>
 </context>
 <context><name>gateway::shell::Button</name>
 <message><source>Busy</source><translation>Beschäftigt</translation></message>
 </context>
 <context><name>gateway::shell::CardNotice</name>
 <message><source>%1. %2</source><translation>%1. %2</translation></message>
+</context>
+<context><name>gateway::shell::CategoryList</name>
+<message><source>Categories</source><translation>Kategorien</translation></message>
+<message><source>Account</source><translation>Konto</translation></message>
+<message><source>Listener Settings</source><translation>Listener-Einstellungen</translation></message>
+<message><source>Quorin Cloud Settings</source><translation>Cloud-Einstellungen</translation></message>
 </context>
 <context><name>gateway::shell::CloudStudiesScreen</name>
 <message><source>Quorin Cloud Studies</source><translation>Quorin-Cloud-Studien</translation></message>
@@ -430,6 +698,18 @@
 <context><name>gateway::shell::Figure</name>
 <message><source>%1: %2</source><translation>%1: %2</translation></message>
 </context>
+<context><name>gateway::shell::GatewayChangePasswordSheet</name>
+<message><source>Change Password</source><translation>Passwort ändern</translation></message>
+<message><source>Saving password…</source><translation>Passwort wird gespeichert …</translation></message>
+<message><source>Cancel</source><translation>Abbrechen</translation></message>
+<message><source>OK</source><translation>OK</translation></message>
+<message><source>Current Password</source><translation>Bisheriges Passwort</translation></message>
+<message><source>New Password</source><translation>Neues Passwort</translation></message>
+<message><source>Confirm New Password</source><translation>Neues Passwort bestätigen</translation></message>
+<message><source>Your password has been changed successfully.</source><translation>Ihr Passwort wurde geändert.</translation></message>
+<message><source>Unable to Change Password</source><translation>Passwort nicht geändert</translation></message>
+<message><source>Password Updated</source><translation>Passwort geändert</translation></message>
+</context>
 <context><name>gateway::shell::GatewaySetupWizardView</name>
 <message><source>Close</source><translation>Schließen</translation></message>
 <message><source>Back</source><translation>Zurück</translation></message>
@@ -457,6 +737,12 @@
 <message><source>Nothing is selected</source><translation>Nichts ausgewählt</translation></message>
 <message><source>1 item is selected</source><translation>1 Objekt ausgewählt</translation></message>
 <message><source>%L1 items are selected</source><translation>%L1 Objekte ausgewählt</translation></message>
+<message><source>Opening %1…</source><translation>%1 wird geöffnet …</translation></message>
+</context>
+<context><name>gateway::shell::ImportEntries</name>
+<message><source>Name</source><translation>Name</translation></message>
+<message><source>Size</source><translation>Größe</translation></message>
+<message><source>Date Modified</source><translation>Geändert am</translation></message>
 </context>
 <context><name>gateway::shell::ImportProgressCard</name>
 <message><source>Imports</source><translation>Einlesen</translation></message>
@@ -508,6 +794,7 @@
 <message><source>Received files set aside: %1. Run quorin-gateway doctor --repair</source><translation>Beiseitegelegte Dateien: %1. Rufen Sie quorin-gateway doctor --repair auf</translation></message>
 <message><source>The file store can't be seen; nothing is taken in</source><translation>Die Ablage ist nicht zu sehen; es wird nichts aufgenommen</translation></message>
 <message><source>Received images not taken in: %1. Run quorin-gateway doctor</source><translation>Nicht aufgenommene Bilder: %1. Rufen Sie quorin-gateway doctor auf</translation></message>
+<message><source>An incoming folder can't be seen. Run quorin-gateway doctor</source><translation>Ein Eingangsordner ist nicht zu sehen. Rufen Sie quorin-gateway doctor auf</translation></message>
 </context>
 <context><name>gateway::shell::ListenerPage</name>
 <message><source>AE Title</source><translation>AE-Titel</translation></message>
@@ -525,6 +812,30 @@
 <message><source>To keep this listener address stable, reserve a static DHCP lease for this Mac in your router.</source><translation>Damit die Adresse des Listeners gleich bleibt, reservieren Sie im Router eine feste DHCP-Adresse für diesen Rechner.</translation></message>
 <message><source>In router settings, open DHCP reservation and bind this computer's MAC address to one fixed IP.</source><translation>Öffnen Sie in den Einstellungen des Routers die DHCP-Reservierung und binden Sie die MAC-Adresse dieses Rechners an eine feste IP-Adresse.</translation></message>
 <message><source>After reservation, reconnect this device and verify the listener address stays unchanged.</source><translation>Verbinden Sie das Gerät danach neu und prüfen Sie, ob die Adresse des Listeners gleich geblieben ist.</translation></message>
+</context>
+<context><name>gateway::shell::ListenerSettingsPane</name>
+<message><source>Listener Settings</source><translation>Listener-Einstellungen</translation></message>
+<message><source>Enable Listener</source><translation>Listener einschalten</translation></message>
+<message><source>AE Title</source><translation>AE-Titel</translation></message>
+<message><source>Advertise With Bonjour</source><translation>Mit Bonjour ankündigen</translation></message>
+<message><source>Choose</source><translation>Wählen</translation></message>
+<message><source>Reset to Default</source><translation>Standard wiederherstellen</translation></message>
+<message><source>Saving restarts the listener and breaks off transfers under way.</source><translation>Sichern startet den Listener neu und bricht laufende Übertragungen ab.</translation></message>
+<message><source>Reload</source><translation>Neu laden</translation></message>
+<message><source>Save Changes</source><translation>Änderungen sichern</translation></message>
+<message><source>Configure how Quorin Gateway receives local DICOM studies.</source><translation>Wie Quorin Gateway DICOM-Studien aus dem lokalen Netz empfängt.</translation></message>
+<message><source>Status</source><translation>Status</translation></message>
+<message><source>Connection</source><translation>Verbindung</translation></message>
+<message><source>Port</source><translation>Port</translation></message>
+<message><source>Timeout (seconds)</source><translation>Zeitlimit (Sekunden)</translation></message>
+<message><source>Storage</source><translation>Speicherort</translation></message>
+<message><source>Destination Folder</source><translation>Zielordner</translation></message>
+<message><source>Nothing has been saved. The listener goes on as before.</source><translation>Nichts wurde gesichert. Der Listener läuft weiter wie bisher.</translation></message>
+<message><source>Stopped</source><translation>Angehalten</translation></message>
+<message><source>Starting</source><translation>Startet</translation></message>
+<message><source>Restarting</source><translation>Startet neu</translation></message>
+<message><source>Failed</source><translation>Fehlgeschlagen</translation></message>
+<message><source>Listening on Port %1</source><translation>Lauscht auf Port %1</translation></message>
 </context>
 <context><name>gateway::shell::LocalFilesPage</name>
 <message><source>Choose Folder…</source><translation>Ordner wählen …</translation></message>
@@ -567,6 +878,8 @@
 <message><source>Log File</source><translation>Protokolldatei</translation></message>
 <message><source>Show Life of This Image</source><translation>Verlauf dieses Bildes anzeigen</translation></message>
 <message><source>Show Lives of Its Images</source><translation>Verlauf ihrer Bilder anzeigen</translation></message>
+<message><source>Action</source><translation>Aktion</translation></message>
+<message><source>Outcome</source><translation>Ergebnis</translation></message>
 </context>
 <context><name>gateway::shell::LogScreen</name>
 <message><source>Refresh</source><translation>Aktualisieren</translation></message>
@@ -582,7 +895,6 @@
 <message><source>This permanently removes all local Quorin Gateway transfer log files.</source><translation>Damit werden alle lokalen Übertragungsprotokolle des Quorin Gateway endgültig entfernt.</translation></message>
 <message><source>Delete</source><translation>Löschen</translation></message>
 <message><source>Cancel</source><translation>Abbrechen</translation></message>
-<message><source>Transfer Logs</source><translation>Übertragungsprotokoll</translation></message>
 <message><source>Structured receive/send events with strict redaction</source><translation>Ereignisse beim Empfangen und Senden, ohne Namen</translation></message>
 <message><source>Search action, hash, correlation, error…</source><translation>Vorgang, Hash, Aktion, Fehler suchen …</translation></message>
 <message><source>Reset Filters</source><translation>Filter zurücksetzen</translation></message>
@@ -610,6 +922,7 @@
 <message><source>Action</source><translation>Aktion</translation></message>
 <message><source>Outcome</source><translation>Ergebnis</translation></message>
 <message><source>Hash</source><translation>Hash</translation></message>
+<message><source>%1 (%2)</source><translation>%1 (%2)</translation></message>
 </context>
 <context><name>gateway::shell::MoreMenu</name>
 <message><source>More</source><translation>Mehr</translation></message>
@@ -623,6 +936,34 @@
 </context>
 <context><name>gateway::shell::Popover</name>
 <message><source>Quorin Gateway</source><translation>Quorin Gateway</translation></message>
+</context>
+<context><name>gateway::shell::ProfileCard</name>
+<message><source>Loading account details…</source><translation>Angaben zum Konto werden geladen …</translation></message>
+<message><source>Title</source><translation>Titel</translation></message>
+<message><source>First Name</source><translation>Vorname</translation></message>
+<message><source>Middle Name</source><translation>Zweiter Vorname</translation></message>
+<message><source>Last Name</source><translation>Nachname</translation></message>
+<message><source>Suffix</source><translation>Namenszusatz</translation></message>
+<message><source>Email</source><translation>E-Mail</translation></message>
+<message><source>Phone Number</source><translation>Telefonnummer</translation></message>
+<message><source>Primary Workplace</source><translation>Hauptarbeitsplatz</translation></message>
+<message><source>Edit Profile</source><translation>Profil bearbeiten</translation></message>
+<message><source>Reload</source><translation>Neu laden</translation></message>
+<message><source>Cancel</source><translation>Abbrechen</translation></message>
+<message><source>Save Changes</source><translation>Änderungen sichern</translation></message>
+<message><source>Profile</source><translation>Profil</translation></message>
+<message><source>Review and manage your account information.</source><translation>Die Angaben zu Ihrem Konto ansehen und ändern.</translation></message>
+<message><source>Personal Information</source><translation>Person</translation></message>
+<message><source>Contact</source><translation>Kontakt</translation></message>
+<message><source>Workplace</source><translation>Arbeitsplatz</translation></message>
+<message><source>Linked Workplaces</source><translation>Verknüpfte Arbeitsplätze</translation></message>
+<message><source>Unnamed workplace</source><translation>Arbeitsplatz ohne Namen</translation></message>
+<message><source>Default</source><translation>Standard</translation></message>
+<message><source>Unable to load account details.</source><translation>Die Angaben zum Konto konnten nicht geladen werden.</translation></message>
+<message><source>The profile could not be saved.</source><translation>Das Profil konnte nicht gesichert werden.</translation></message>
+<message><source>Images are still received and kept.</source><translation>Bilder werden weiter empfangen und bleiben erhalten.</translation></message>
+<message><source>Nothing has been changed at Quorin Cloud.</source><translation>Bei Quorin Cloud wurde nichts geändert.</translation></message>
+<message><source>Retry</source><translation>Erneut versuchen</translation></message>
 </context>
 <context><name>gateway::shell::QueryFilters</name>
 <message><source>Query</source><translation>Abfragen</translation></message>
@@ -648,15 +989,25 @@
 <message><source>Yesterday</source><translation>Gestern</translation></message>
 <message><source>Custom</source><translation>Eigenes</translation></message>
 </context>
+<context><name>gateway::shell::QuorinCloudSettingsPane</name>
+<message><source>Quorin Cloud Settings</source><translation>Cloud-Einstellungen</translation></message>
+<message><source>Parallel Transfers</source><translation>Parallele Übertragungen</translation></message>
+<message><source>Batch Uploads</source><translation>In Stapeln übertragen</translation></message>
+<message><source>Compress to JPEG-LS</source><translation>Nach JPEG-LS komprimieren</translation></message>
+<message><source>Tune Quorin Cloud transfer behavior for your network and workload.</source><translation>Stimmen Sie die Übertragung zu Quorin Cloud auf Netz und Last ab.</translation></message>
+<message><source>Retrieval</source><translation>Abruf</translation></message>
+<message><source>Applies to Quorin Cloud upload and retrieval.</source><translation>Gilt für das Übertragen zu Quorin Cloud und den Abruf.</translation></message>
+<message><source>Parallel Connection Limit</source><translation>Gleichzeitige Verbindungen</translation></message>
+<message><source>Uploads</source><translation>Übertragung</translation></message>
+<message><source>Files Per Request</source><translation>Dateien je Anfrage</translation></message>
+<message><source>Compression</source><translation>Kompression</translation></message>
+<message><source>Subscription Management</source><translation>Abonnements</translation></message>
+<message><source>You can manage Quorin Cloud subscriptions in Quorin Lens.</source><translation>Abonnements von Quorin Cloud verwalten Sie in Quorin Lens.</translation></message>
+<message><source>Open Quorin Lens on the Mac App Store</source><translation>Quorin Lens im Mac App Store öffnen</translation></message>
+<message><source>The settings could not be written.</source><translation>Die Einstellungen konnten nicht gespeichert werden.</translation></message>
+<message><source>What is shown is what still counts.</source><translation>Was hier steht, gilt weiterhin.</translation></message>
+</context>
 <context><name>gateway::shell::QuorinGatewayMenuView</name>
-<message><source>Checking sign-in status…</source><translation>Anmeldung wird geprüft …</translation></message>
-<message><source>Signed in as %1</source><translation>Angemeldet als %1</translation></message>
-<message><source>Sign in required</source><translation>Anmeldung nötig</translation></message>
-<message><source>User name or password refused</source><translation>Benutzername oder Passwort abgelehnt</translation></message>
-<message><source>Session ended. Sign in again.</source><translation>Sitzung beendet. Bitte neu anmelden.</translation></message>
-<message><source>Checking Quorin Cloud…</source><translation>Quorin Cloud wird geprüft …</translation></message>
-<message><source>Connected to Quorin Cloud</source><translation>Mit Quorin Cloud verbunden</translation></message>
-<message><source>Quorin Cloud Unreachable</source><translation>Quorin Cloud nicht erreichbar</translation></message>
 <message><source>Stop Listener</source><translation>Listener anhalten</translation></message>
 <message><source>Start Listener</source><translation>Listener starten</translation></message>
 <message><source>Stopped</source><translation>Angehalten</translation></message>
@@ -674,7 +1025,7 @@
 <message><source>Received Images</source><translation>Empfangene Bilder</translation></message>
 <message><source>Uploaded Images</source><translation>Hochgeladene Bilder</translation></message>
 <message><source>Upload Failures</source><translation>Fehler beim Hochladen</translation></message>
-<message><source>Check for Updates…</source><translation>Nach Updates suchen …</translation></message>
+<message><source>Check for Updates…</source><translation>Updates …</translation></message>
 <message><source>Preferences…</source><translation>Einstellungen …</translation></message>
 <message><source>More</source><translation>Mehr</translation></message>
 <message><source>Setup Wizard…</source><translation>Einrichtung …</translation></message>
@@ -682,6 +1033,17 @@
 <message><source>Report a bug</source><translation>Fehler melden</translation></message>
 <message><source>About Quorin Gateway</source><translation>Über Quorin Gateway</translation></message>
 <message><source>Quit Quorin Gateway</source><translation>Quorin Gateway beenden</translation></message>
+</context>
+<context><name>gateway::shell::QuorinGatewaySettingsView</name>
+<message><source>Preferences</source><translation>Einstellungen</translation></message>
+<message><source>Select a settings category.</source><translation>Wählen Sie eine Kategorie.</translation></message>
+<message><source>Appearance</source><translation>Erscheinungsbild</translation></message>
+<message><source>Dark</source><translation>Dunkel</translation></message>
+<message><source>Light</source><translation>Hell</translation></message>
+<message><source>System</source><translation>System</translation></message>
+</context>
+<context><name>gateway::shell::ReportAlert</name>
+<message><source>OK</source><translation>OK</translation></message>
 </context>
 <context><name>gateway::shell::SearchField</name>
 <message><source>Search</source><translation>Suchen</translation></message>
@@ -725,6 +1087,9 @@
 <message><source>Refresh</source><translation>Aktualisieren</translation></message>
 <message><source>Close</source><translation>Schließen</translation></message>
 </context>
+<context><name>gateway::shell::SettingsPaneContainer</name>
+<message><source>Setup Wizard…</source><translation>Einrichtung …</translation></message>
+</context>
 <context><name>gateway::shell::SignInSheet</name>
 <message><source>Sign In</source><translation>Anmelden</translation></message>
 <message><source>Cancel</source><translation>Abbrechen</translation></message>
@@ -751,11 +1116,9 @@
 <message><source>SESSION ENDED</source><translation>SITZUNG BEENDET</translation></message>
 <message><source>SIGNED OUT</source><translation>ABGEMELDET</translation></message>
 <message><source>PASSWORD REFUSED</source><translation>PASSWORT ABGELEHNT</translation></message>
+<message><source>NO SIGN-IN</source><translation>KEINE ANMELDUNG</translation></message>
 <message><source>UNREACHABLE</source><translation>NICHT ERREICHBAR</translation></message>
-<message><source>Signed in as %1</source><translation>Angemeldet als %1</translation></message>
-<message><source>Sign in required</source><translation>Anmeldung nötig</translation></message>
-<message><source>User name or password refused</source><translation>Benutzername oder Passwort abgelehnt</translation></message>
-<message><source>Session ended. Sign in again.</source><translation>Sitzung beendet. Bitte neu anmelden.</translation></message>
+<message><source>CHECKING</source><translation>WIRD GEPRÜFT</translation></message>
 </context>
 <context><name>gateway::shell::StorageFigures</name>
 <message><source>Used</source><translation>Belegt</translation></message>
@@ -815,6 +1178,33 @@
 </context>
 <context><name>gateway::shell::TransferTrendCard</name>
 <message><source>Transfer Activity</source><translation>Übertragungen</translation></message>
+</context>
+<context><name>gateway::shell::TrialWindow</name>
+<message><source>Send a sample to the listener</source><translation>Ein Probebild an den Listener senden</translation></message>
+<message><source>Record it on this computer</source><translation>Es auf diesem Computer verzeichnen</translation></message>
+<message><source>Upload it</source><translation>Es hochladen</translation></message>
+<message><source>Find it in the cloud</source><translation>Es in der Cloud finden</translation></message>
+<message><source>Delete it again</source><translation>Es wieder löschen</translation></message>
+<message><source>Over the network, as a modality does.</source><translation>Über das Netzwerk, wie es eine Modalität tut.</translation></message>
+<message><source>Like every image that is received.</source><translation>Wie jedes Bild, das empfangen wird.</translation></message>
+<message><source>To the cloud, as your settings say.</source><translation>In die Cloud, wie es Ihre Einstellungen sagen.</translation></message>
+<message><source>By a query, as a person there would.</source><translation>Mit einer Abfrage, wie sie dort jemand stellt.</translation></message>
+<message><source>Here and in the cloud.</source><translation>Hier und in der Cloud.</translation></message>
+<message><source>Under way</source><translation>Läuft</translation></message>
+<message><source>Passed</source><translation>Bestanden</translation></message>
+<message><source>Failed</source><translation>Fehlgeschlagen</translation></message>
+<message><source>Skipped</source><translation>Übersprungen</translation></message>
+<message><source>Quorin Gateway sends an image of nobody to itself over the network, uploads it, finds it in the cloud and deletes it again. Nothing else changes.</source><translation>Quorin Gateway sendet sich selbst über das Netzwerk ein Bild von niemandem, lädt es hoch, findet es in der Cloud und löscht es wieder. Sonst ändert sich nichts.</translation></message>
+<message><source>Something Is in the Way</source><translation>Etwas steht im Weg</translation></message>
+<message><source>Each line says what came of it, and what helps. Your settings stay as they are.</source><translation>Jede Zeile sagt, was daraus wurde und was hilft. Ihre Einstellungen bleiben, wie sie sind.</translation></message>
+<message><source>It Works</source><translation>Es funktioniert</translation></message>
+<message><source>What your modalities send here is received, kept and uploaded.</source><translation>Was Ihre Modalitäten hierher senden, wird empfangen, aufbewahrt und hochgeladen.</translation></message>
+<message><source>Stop</source><translation>Anhalten</translation></message>
+<message><source>Close</source><translation>Schließen</translation></message>
+<message><source>Skip</source><translation>Überspringen</translation></message>
+<message><source>Done</source><translation>Fertig</translation></message>
+<message><source>Try Again</source><translation>Noch einmal versuchen</translation></message>
+<message><source>Try it now</source><translation>Jetzt ausprobieren</translation></message>
 </context>
 <context><name>gateway::shell::UpArrowFlowOverlay</name>
 <message><source>Images are being sent</source><translation>Bilder werden gesendet</translation></message>

@@ -3,6 +3,7 @@
 #include "shell/controls/button.h"
 #include "shell/controls/chip.h"
 #include "shell/controls/text_label.h"
+#include "shell/log/log_event_words.h"
 #include "shell/log/log_screen_words.h"
 #include "shell/log/log_table_model.h"
 #include "shell/theme/theme.h"
@@ -11,6 +12,7 @@
 #include <QtWidgets/QGridLayout>
 #include <QtWidgets/QHBoxLayout>
 #include <QtWidgets/QPlainTextEdit>
+#include <QtWidgets/QScrollArea>
 
 namespace gateway::shell {
 
@@ -18,6 +20,8 @@ namespace {
 
 constexpr int kFieldsARow = 3;
 constexpr int kRawLines = 5;
+constexpr int kFewestRawLines = 2;     // where the window is low
+constexpr int kLeastFieldsHeight = 76; // two rows of them
 
 } // namespace
 
@@ -27,7 +31,7 @@ LogDetails::LogDetails(const Theme &theme, QWidget *parent)
       m_life(new Button(
           theme, ButtonKind::quiet, tr("Show Life of This Image"), QStringLiteral("list.bullet.rectangle"))),
       m_copy(new Button(theme, ButtonKind::quiet, tr("Copy Line"), QStringLiteral("doc.on.doc"))),
-      m_fieldsPlace(new QHBoxLayout), m_rawLine(new QPlainTextEdit)
+      m_fieldsArea(new QScrollArea), m_rawLine(new QPlainTextEdit)
 {
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(theme.space(Space::gap), theme.space(Space::gap), theme.space(Space::gap), 0);
@@ -44,15 +48,24 @@ LogDetails::LogDetails(const Theme &theme, QWidget *parent)
     head->addWidget(m_copy);
     head->addWidget(close);
     column->addLayout(head);
-    column->addLayout(m_fieldsPlace);
+    m_fieldsArea->setFrameShape(QFrame::NoFrame);
+    m_fieldsArea->setWidgetResizable(true);
+    m_fieldsArea->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    m_fieldsArea->setMinimumHeight(kLeastFieldsHeight);
+    m_fieldsArea->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Maximum);
+    m_fieldsArea->viewport()->setAutoFillBackground(false);
+    column->addWidget(m_fieldsArea);
     m_rawLine->setReadOnly(true);
     m_rawLine->setAccessibleName(tr("Log line"));
     m_rawLine->setFont(theme.monoFont(TypeStyle::small));
     m_rawLine->setWordWrapMode(QTextOption::WrapAnywhere);
     m_rawLine->setTabChangesFocus(true);
     m_rawLine->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff); // every line wraps
-    m_rawLine->setFixedHeight(kRawLines * m_rawLine->fontMetrics().lineSpacing() +
-                              2 * theme.space(Space::gap));
+    const auto heightOf = [&](int lines) {
+        return lines * m_rawLine->fontMetrics().lineSpacing() + 2 * theme.space(Space::gap);
+    };
+    m_rawLine->setMinimumHeight(heightOf(kFewestRawLines));
+    m_rawLine->setMaximumHeight(heightOf(kRawLines));
     column->addWidget(m_rawLine);
     connect(m_life, &QAbstractButton::clicked, this, [this] { Q_EMIT lifeRequested(m_hash); });
     connect(m_copy, &QAbstractButton::clicked, this, &LogDetails::copyRequested);
@@ -62,16 +75,14 @@ LogDetails::LogDetails(const Theme &theme, QWidget *parent)
 
 void LogDetails::show(const std::optional<log::LogRow> &row)
 {
-    delete m_fields;
-    m_fields = new QWidget;
-    m_grid = new QGridLayout(m_fields);
+    auto *fields = new QWidget;
+    m_grid = new QGridLayout(fields);
     m_grid->setContentsMargins({});
     m_grid->setHorizontalSpacing(m_theme.space(Space::page));
     m_grid->setVerticalSpacing(m_theme.space(Space::tight));
     for (int column = 0; column < kFieldsARow; ++column) {
         m_grid->setColumnStretch(column, 1);
     }
-    m_fieldsPlace->addWidget(m_fields);
     m_level->setVisible(row.has_value());
     if (row) {
         m_level->setText(wordFor(row->event.level));
@@ -79,13 +90,15 @@ void LogDetails::show(const std::optional<log::LogRow> &row)
     }
     m_copy->setEnabled(row.has_value());
     showLifeButton(row);
-    m_title->setText(row ? QString(rawValue(row->event.action))
-                         : tr("This line isn't in its file any more."));
+    m_title->setText(row ? wordsFor(row->event.action) : tr("This line isn't in its file any more."));
     m_rawLine->setPlainText(row ? row->rawLine : QString());
     m_rawLine->setVisible(row.has_value());
     if (row) {
         showFields(*row);
     }
+    m_fieldsArea->setWidget(fields); // the former ones go
+    fields->setAutoFillBackground(false);
+    m_fieldsArea->setMaximumHeight(fields->sizeHint().height());
 }
 
 /// What is done in the cloud concerns no image here.
@@ -116,6 +129,8 @@ void LogDetails::showFields(const log::LogRow &row)
         }
     };
     addField(tr("Time"), logTimeText(event.timestamp));
+    addField(tr("Action"), QString(rawValue(event.action)));
+    addField(tr("Outcome"), QString(rawValue(event.outcome)));
     addPresent(tr("Correlation"), event.correlationId);
     addPresent(tr("File"), event.fileHash);
     addPresent(tr("Assoc"), event.assocHash);

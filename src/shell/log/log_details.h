@@ -1,14 +1,14 @@
 #pragma once
 
-#include "log/log_row_reader.h"
+#include "log/browsing/log_row_reader.h"
 
 #include <QtWidgets/QWidget>
 
 #include <optional>
 
 class QGridLayout;
-class QHBoxLayout;
 class QPlainTextEdit;
+class QScrollArea;
 
 namespace gateway::shell {
 
@@ -54,9 +54,8 @@ private:
     Button *m_life;
     QString m_hash; // of the image or association that the row tells of; empty for another row
     Button *m_copy;
-    QWidget *m_fields = nullptr; // made anew for each row
-    QGridLayout *m_grid = nullptr;
-    QHBoxLayout *m_fieldsPlace;
+    QScrollArea *m_fieldsArea;     // its widget is made anew for each row
+    QGridLayout *m_grid = nullptr; // of that
     QPlainTextEdit *m_rawLine;
 };
 

@@ -1,6 +1,6 @@
 #include "shell/log/log_screen.h"
 
-#include "log/gateway_logs_view_model.h"
+#include "log/browsing/gateway_logs_view_model.h"
 #include "platform/defaults/user_defaults.h"
 #include "platform/files/file_error.h"
 #include "shell/controls/button.h"
@@ -98,6 +98,7 @@ void LogScreen::restoreColumns()
     const std::optional<QVariant> stored = m_parts.defaults.object(kColumnsKey);
     if (stored && stored->typeId() == QMetaType::QByteArray) {
         m_table->horizontalHeader()->restoreState(stored->toByteArray());
+        m_table->stretchAction(); // which one stretches is stored, too: perhaps none
     }
 }
 

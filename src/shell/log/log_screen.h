@@ -68,7 +68,7 @@ protected:
     void hideEvent(QHideEvent *event) override;
 
 private:
-    QWidget *makeActions();
+    QWidget *makeHead();
     QWidget *makeFilters();
     QWidget *makeLifeBar();
     void addPages();

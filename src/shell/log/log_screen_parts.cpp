@@ -1,5 +1,5 @@
 // How the log screen is put together; what it does stands in log_screen.cpp.
-#include "log/gateway_logs_view_model.h"
+#include "log/browsing/gateway_logs_view_model.h"
 #include "shell/controls/button.h"
 #include "shell/controls/card.h"
 #include "shell/controls/combo_box.h"
@@ -11,6 +11,7 @@
 #include "shell/controls/symbol_tile.h"
 #include "shell/controls/text_field.h"
 #include "shell/controls/text_label.h"
+#include "shell/controls/wrap_row.h"
 #include "shell/log/log_details.h"
 #include "shell/log/log_screen.h"
 #include "shell/log/log_screen_words.h"
@@ -30,7 +31,7 @@ constexpr int kSkeletonRows = 9;
 constexpr int kLeastListHeight = 180;
 constexpr int kLeastSearchWidth = 280;
 
-/// What the card is about, in two lines.
+/// What the log holds; what it is called stands above the card.
 QWidget *makeHeading(const Theme &theme)
 {
     auto *heading = new QWidget;
@@ -42,14 +43,11 @@ QWidget *makeHeading(const Theme &theme)
                                   Color::blue,
                                   theme.size(Size::icon),
                                   SymbolTile::Ground::tinted));
-    auto *words = new QVBoxLayout;
-    words->setSpacing(2);
-    words->addWidget(new TextLabel(theme, LogScreen::tr("Transfer Logs"), TypeStyle::h2));
-    words->addWidget(new TextLabel(theme,
-                                   LogScreen::tr("Structured receive/send events with strict redaction"),
-                                   TypeStyle::small,
-                                   Color::text2));
-    row->addLayout(words);
+    row->addWidget(new TextLabel(theme,
+                                 LogScreen::tr("Structured receive/send events with strict redaction"),
+                                 TypeStyle::body,
+                                 Color::text2),
+                   1);
     return heading;
 }
 
@@ -89,11 +87,7 @@ LogScreen::LogScreen(const LogScreenParts &parts, QWidget *parent)
     page->setContentsMargins(margin, margin, margin, margin);
     auto *card = new Card(theme);
     page->addWidget(card);
-    auto *head = new QHBoxLayout;
-    head->addWidget(makeHeading(theme));
-    head->addStretch();
-    head->addWidget(makeActions());
-    card->body().addLayout(head);
+    card->body().addWidget(makeHead());
     m_filters = makeFilters();
     m_lifeBar = makeLifeBar();
     card->body().addWidget(m_filters);
@@ -109,16 +103,14 @@ LogScreen::LogScreen(const LogScreenParts &parts, QWidget *parent)
     showRows();
 }
 
-QWidget *LogScreen::makeActions()
+QWidget *LogScreen::makeHead()
 {
     const Theme &theme = m_parts.theme;
-    auto *actions = new QWidget;
-    auto *row = new QHBoxLayout(actions);
-    row->setContentsMargins({});
-    row->setSpacing(theme.space(Space::tight));
+    auto *head = new QWidget;
+    auto *row = new WrapRow(head, theme.space(Space::tight));
     auto *folder = new Button(theme, ButtonKind::secondary, tr("Open Folder"), QStringLiteral("folder"));
+    row->addWidget(makeHeading(theme));
     row->addWidget(m_autoRefresh);
-    row->addSpacing(theme.space(Space::tight));
     for (Button *button : {m_refresh, folder, m_delete}) {
         row->addWidget(button);
     }
@@ -133,7 +125,7 @@ QWidget *LogScreen::makeActions()
     connect(m_refresh, &QAbstractButton::clicked, &m_parts.model, &log::GatewayLogsViewModel::refresh);
     connect(folder, &QAbstractButton::clicked, this, &LogScreen::openFolder);
     connect(m_delete, &QAbstractButton::clicked, this, &LogScreen::askToDelete);
-    return actions;
+    return head;
 }
 
 QWidget *LogScreen::makeFilters()

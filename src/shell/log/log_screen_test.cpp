@@ -13,6 +13,7 @@
 #include <QtGui/QClipboard>
 #include <QtWidgets/QHeaderView>
 #include <QtWidgets/QPlainTextEdit>
+#include <QtWidgets/QScrollArea>
 #include <QtWidgets/QScrollBar>
 
 #include <future>
@@ -27,6 +28,8 @@ using testing::kFile;
 using testing::kOther;
 using testing::LogScreenTest;
 using testing::someEvent;
+
+constexpr QSize kSmallest(932, 636); // what the smallest dashboard leaves for it
 
 TEST_F(LogScreenTest, ShowsTheNewestEventOnTopAndCounts)
 {
@@ -104,7 +107,10 @@ TEST_F(LogScreenTest, TellsAllOfTheEventThatIsClicked)
 
     auto &details = the<LogDetails>();
     ASSERT_TRUE(details.isVisible());
-    for (const char *label : {"Correlation",
+    for (const char *label : {"Image not sent",
+                              "upload_attempt_failed",
+                              "failed",
+                              "Correlation",
                               "File",
                               "Assoc",
                               "Attempt",
@@ -143,14 +149,14 @@ TEST_F(LogScreenTest, RemembersItsColumns)
 {
     fill(0, 3);
     open();
-    table().horizontalHeader()->resizeSection(LogTableModel::action, 222);
+    table().horizontalHeader()->resizeSection(LogTableModel::category, 222);
     table().horizontalHeader()->moveSection(4, 1);
     fixture->window().hide();
     fixture.reset();
 
     open();
 
-    EXPECT_EQ(table().columnWidth(LogTableModel::action), 222);
+    EXPECT_EQ(table().columnWidth(LogTableModel::category), 222);
     EXPECT_EQ(table().horizontalHeader()->visualIndex(LogTableModel::outcome), 1);
 }
 
@@ -380,13 +386,48 @@ TEST_F(LogScreenTest, OpensTheFolderOrSaysThatItCannot)
     EXPECT_TRUE(the<Toast>().accessibleWords().contains(folder.path()));
 }
 
+TEST_F(LogScreenTest, ShowsEachColumnWholeInTheSmallestWindow)
+{
+    fill(0, 40);
+    open();
+    fixture->window().resize(kSmallest);
+    QApplication::processEvents();
+
+    EXPECT_FALSE(table().horizontalScrollBar()->isVisible());
+    const QFontMetrics metrics(fixture->theme().monoFont(TypeStyle::small));
+    EXPECT_GE(table().columnWidth(LogTableModel::hash),
+              metrics.horizontalAdvance(QStringLiteral("0123456789abcdef")) + 24);
+    EXPECT_GE(table().columnWidth(LogTableModel::action), 120);
+}
+
+TEST_F(LogScreenTest, ShowsDetailsLegiblyInTheSmallestWindow)
+{
+    fill(0, 32); // 31 is a failed upload
+    open();
+    fixture->window().resize(kSmallest);
+
+    clickRow(0);
+    QApplication::processEvents();
+
+    auto &details = the<LogDetails>();
+    const auto *fields = details.findChild<QScrollArea *>();
+    ASSERT_NE(fields, nullptr);
+    for (const QLabel *label : fields->widget()->findChildren<QLabel *>()) {
+        EXPECT_GE(label->height(), label->sizeHint().height()) << label->text().toStdString();
+    }
+    EXPECT_GE(fields->viewport()->height(), 76);
+    EXPECT_LT(details.findChild<QPlainTextEdit *>()->geometry().bottom(), details.height());
+    EXPECT_EQ(testing::clippedIn(*screen), QStringList());
+    picture(QStringLiteral("smallest"));
+}
+
 TEST_F(LogScreenTest, ClipsNoWordsThatAreFortyPercentLonger)
 {
     testing::PseudoLocale longer;
     QCoreApplication::installTranslator(&longer);
     fill(0, 20);
     open();
-    fixture->window().resize(fixture->window().minimumSizeHint().width(), 780);
+    fixture->window().resize(kSmallest);
     QApplication::processEvents();
 
     EXPECT_EQ(testing::clippedIn(*screen), QStringList());

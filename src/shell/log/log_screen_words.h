@@ -1,7 +1,7 @@
 #pragma once
 
-#include "log/gateway_log_event.h"
-#include "log/log_filter.h"
+#include "log/browsing/log_filter.h"
+#include "log/writing/gateway_log_event.h"
 #include "shell/theme/tokens.h"
 
 #include <QtCore/QString>

@@ -12,6 +12,8 @@
 #include <QtWidgets/QHeaderView>
 #include <QtWidgets/QScrollBar>
 
+#include <algorithm>
+
 namespace gateway::shell {
 
 namespace {
@@ -22,11 +24,12 @@ constexpr struct
 {
     LogTableModel::Column column;
     int width;
-} kWidths[] = {{LogTableModel::time, 176},
-               {LogTableModel::level, 104},
-               {LogTableModel::category, 140},
-               {LogTableModel::action, 304},
-               {LogTableModel::outcome, 116}};
+} kWidths[] = {{LogTableModel::time, 168},
+               {LogTableModel::level, 96},
+               {LogTableModel::category, 124},
+               {LogTableModel::outcome, 112},
+               {LogTableModel::hash, 148}};
+constexpr int kLeastAction = 120;
 
 } // namespace
 
@@ -58,6 +61,10 @@ void LogDelegate::initStyleOption(QStyleOptionViewItem *option, const QModelInde
 
 void LogDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const
 {
+    if (index.column() == LogTableModel::action) {
+        paintAction(painter, option, index);
+        return;
+    }
     if (index.column() != LogTableModel::level) {
         QStyledItemDelegate::paint(painter, option, index);
         return;
@@ -73,6 +80,32 @@ void LogDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option, c
     Chip::paint(*painter, m_theme, bounds, word, colorFor(m_model.record(index.row()).level));
 }
 
+/// The words for people, and the log's own behind them as far as there is room.
+void LogDelegate::paintAction(QPainter *painter,
+                              const QStyleOptionViewItem &option,
+                              const QModelIndex &index) const
+{
+    QStyledItemDelegate::paint(painter, option, index);
+    QStyleOptionViewItem words = option;
+    initStyleOption(&words, index);
+    const int side = m_theme.space(Space::gap);
+    const int begin = words.fontMetrics.horizontalAdvance(words.text) + 2 * side;
+    const QRect rest = option.rect.adjusted(begin, 0, -side, 0);
+    const QFont font = m_theme.monoFont(TypeStyle::small);
+    const QFontMetrics metrics(font);
+    const QString raw = index.data(LogTableModel::kRawRole).toString();
+    const QString shown = metrics.elidedText(raw, Qt::ElideRight, rest.width());
+    if (rest.width() < metrics.averageCharWidth() * 6) {
+        return; // a letter or two say nothing
+    }
+    painter->save();
+    painter->setFont(font);
+    const bool isSelected = option.state.testFlag(QStyle::State_Selected);
+    painter->setPen(m_theme.color(isSelected ? Color::text2 : Color::muted));
+    painter->drawText(rest, int{Qt::AlignVCenter} | Qt::AlignLeft, shown);
+    painter->restore();
+}
+
 LogTable::LogTable(const Theme &theme, LogTableModel &model, QWidget *parent) : TableView(theme, parent)
 {
     setAccessibleName(tr("Log events"));
@@ -83,7 +116,17 @@ LogTable::LogTable(const Theme &theme, LogTableModel &model, QWidget *parent) : 
     for (const auto &[column, width] : kWidths) {
         setColumnWidth(column, width);
     }
+    stretchAction();
     connect(&theme, &Theme::themeChanged, viewport(), qOverload<>(&QWidget::update));
+}
+
+void LogTable::stretchAction()
+{
+    QHeaderView &header = *horizontalHeader();
+    header.setStretchLastSection(false);
+    header.setMinimumSectionSize(std::min(header.minimumSectionSize(), kLeastAction));
+    header.setSectionResizeMode(QHeaderView::Interactive);
+    header.setSectionResizeMode(LogTableModel::action, QHeaderView::Stretch);
 }
 
 void LogTable::rowsInserted(const QModelIndex &parent, int start, int end)

@@ -23,6 +23,7 @@ public:
     paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const override;
 
 protected:
+    void paintAction(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const;
     void initStyleOption(QStyleOptionViewItem *option, const QModelIndex &index) const override;
 
 private:
@@ -41,6 +42,9 @@ class LogTable : public TableView
 public:
     /// \param model  outlives this.
     LogTable(const Theme &theme, LogTableModel &model, QWidget *parent = nullptr);
+
+    /// What happened takes the room that the other columns leave.
+    void stretchAction();
 
 Q_SIGNALS:
     /// The lines of the selected rows are wanted on the clipboard.

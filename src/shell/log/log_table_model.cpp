@@ -1,5 +1,6 @@
 #include "shell/log/log_table_model.h"
 
+#include "shell/log/log_event_words.h"
 #include "shell/log/log_screen_words.h"
 
 #include <QtCore/QLocale>
@@ -122,12 +123,24 @@ QString LogTableModel::hashText(int index) const
     return text;
 }
 
+/// What happened in the log's own word, and in both for those who hear it or ask.
+QVariant LogTableModel::asideOf(const log::LogRecord &known, int role)
+{
+    const QString raw(rawValue(known.action));
+    return role == kRawRole ? raw : tr("%1 (%2)").arg(wordsFor(known.action), raw);
+}
+
 QVariant LogTableModel::data(const QModelIndex &index, int role) const
 {
-    if (role != Qt::DisplayRole || !checkIndex(index, CheckIndexOption::IndexIsValid)) {
+    const bool isWanted = role == Qt::DisplayRole || role == Qt::ToolTipRole || role == kRawRole ||
+                          role == Qt::AccessibleTextRole;
+    if (!isWanted || !checkIndex(index, CheckIndexOption::IndexIsValid)) {
         return {};
     }
     const log::LogRecord &known = record(index.row());
+    if (role != Qt::DisplayRole) {
+        return index.column() == action ? asideOf(known, role) : QVariant();
+    }
     switch (index.column()) {
     case time:
         return logTimeText(QDateTime::fromSecsSinceEpoch(known.secondsSinceEpoch, Qt::UTC));
@@ -136,9 +149,9 @@ QVariant LogTableModel::data(const QModelIndex &index, int role) const
     case category:
         return wordFor(known.category);
     case action:
-        return QString(rawValue(known.action));
+        return wordsFor(known.action);
     case outcome:
-        return QString(rawValue(known.outcome));
+        return wordFor(known.outcome);
     default:
         return hashText(index.row());
     }

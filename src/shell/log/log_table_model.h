@@ -1,7 +1,7 @@
 #pragma once
 
-#include "log/log_filter.h"
-#include "log/log_row_reader.h"
+#include "log/browsing/log_filter.h"
+#include "log/browsing/log_row_reader.h"
 
 #include <QtCore/QAbstractTableModel>
 #include <QtCore/QCache>
@@ -33,6 +33,9 @@ public:
         hash,
         columnTotal
     };
+
+    /// The log's own word for what happened.
+    static constexpr int kRawRole = Qt::UserRole;
 
     /// Names a row for as long as its file only grows, whatever comes above it.
     struct RowKey
@@ -67,6 +70,7 @@ public:
 
 private:
     bool continues(const log::FilteredLogRows &rows, int added) const;
+    static QVariant asideOf(const log::LogRecord &known, int role);
     QString hashText(int index) const;
     void take(log::FilteredLogRows rows);
 

@@ -1,6 +1,6 @@
 #include "shell/log/log_table_model.h"
 
-#include "log/testing/log_folder.h"
+#include "log/browsing/testing/log_folder.h"
 
 #include <QtTest/QAbstractItemModelTester>
 #include <QtTest/QSignalSpy>
@@ -53,9 +53,23 @@ TEST_F(LogTableModelTest, WritesARowInItsColumns)
               event.timestamp.toLocalTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")));
     EXPECT_EQ(text(0, LogTableModel::level), QStringLiteral("Warning"));
     EXPECT_EQ(text(0, LogTableModel::category), QStringLiteral("Upload Queue"));
-    EXPECT_EQ(text(0, LogTableModel::action), QStringLiteral("upload_run_requeued"));
-    EXPECT_EQ(text(0, LogTableModel::outcome), QStringLiteral("queued"));
+    EXPECT_EQ(text(0, LogTableModel::action), QStringLiteral("Upload queued again"));
+    EXPECT_EQ(text(0, LogTableModel::outcome), QStringLiteral("Queued"));
     EXPECT_EQ(text(0, LogTableModel::hash), QStringLiteral("0123456789abcdef"));
+}
+
+TEST_F(LogTableModelTest, HasTheLogsOwnWordBesideTheOneForPeople)
+{
+    log::GatewayLogEvent event = eventAt(5);
+    event.action = log::GatewayLogAction::versionPolicyOfflineWarningShown; // the last of the cases
+    folder.append(kFile, event);
+
+    read();
+
+    const QModelIndex action = model.index(0, LogTableModel::action);
+    EXPECT_EQ(action.data(LogTableModel::kRawRole), QStringLiteral("version_policy_offline_warning_shown"));
+    EXPECT_EQ(action.data(Qt::AccessibleTextRole),
+              QStringLiteral("Told that updates can't be looked for (version_policy_offline_warning_shown)"));
 }
 
 TEST_F(LogTableModelTest, NamesTheAssociationWhereThereIsNoFile)

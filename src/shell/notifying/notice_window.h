@@ -8,11 +8,14 @@
 
 #include <deque>
 #include <functional>
+#include <vector>
 
 class QLayout;
+class QVBoxLayout;
 
 namespace gateway::shell {
 
+class TextLabel;
 class Theme;
 
 /// What a notice says.
@@ -28,9 +31,13 @@ struct Notice
     /// Called once when somebody has answered: true for the button that agrees; where there is no other one,
     /// for any way of closing it.
     std::function<void(bool accepted)> answered = {};
+
+    /// It asks nothing: whoever reads it can read others beside it.
+    bool onlyTells() const { return dismiss.isEmpty() && accept.isEmpty() && !answered; }
 };
 
-/// A short message with one button, or a question with two; Escape and closing dismiss it.
+/// A short message with one button, or a question with two; Escape and closing dismiss it. It locks no other
+/// window, and asks the desktop for no button to minimise it.
 ///
 /// Owner: itself; it deletes itself when it closes. Thread: main.
 class NoticeWindow : public QDialog
@@ -40,12 +47,35 @@ class NoticeWindow : public QDialog
 public:
     NoticeWindow(const Theme &theme, const Notice &notice);
 
+    bool tellsOf(const QString &title) const;
+
+    /// Whether another title can be told; only a few have room.
+    bool hasRoom() const;
+
+    /// Tells another one below; one of the same title takes the place of the former.
+    void add(const Notice &notice);
+
+    /// In front of the other windows, wherever it was put.
+    void bringBack();
+
 private:
+    struct Told
+    {
+        TextLabel *title;
+        TextLabel *message;
+    };
+
     QLayout *makeButtons(const Theme &theme, const Notice &notice);
+    void tell(const Notice &notice);
+
+    const Theme &m_theme;
+    QVBoxLayout *m_tellings;
+    std::vector<Told> m_told;
 };
 
-/// Shows notices one after the other: each waits until the one before has been dismissed. Nothing else of the
-/// program takes input meanwhile, but its work goes on.
+/// Shows notices: a few that only tell something share a window, a question has one of its own; who finds no
+/// room waits until the one before has been dismissed. A further notice brings the window to the front. The
+/// other windows go on taking input.
 ///
 /// Owner: app. Thread: main.
 class Notices
@@ -60,10 +90,13 @@ public:
     void show(const Notice &notice);
 
 private:
+    bool canTell(const Notice &notice) const;
+    void keepWaiting(const Notice &notice);
     void next();
 
     const Theme &m_theme;
     std::deque<Notice> m_waiting;
+    bool m_onlyTells = false; // the shown one
     QPointer<NoticeWindow> m_shown;
 };
 

@@ -36,6 +36,24 @@ struct Alerts : ::testing::Test
 {
     Alerts() { window.show(); }
 
+    /// The numbers in each window, one window after the other as it is dismissed.
+    static QStringList titlesUntilAllAreRead()
+    {
+        QStringList windows;
+        while (NoticeWindow *shown = seen()) {
+            QStringList numbers;
+            for (const QLabel *label : shown->findChildren<QLabel *>()) {
+                if (label->text().startsWith(u"Number ")) {
+                    numbers += label->text().mid(7);
+                }
+            }
+            EXPECT_EQ(shown->windowTitle(), QStringLiteral("Number ") + numbers.value(0));
+            windows += numbers.join(u' ');
+            QTest::keyClick(shown, Qt::Key_Escape);
+        }
+        return windows;
+    }
+
     testing::ThemedWindow window;
     Notices notices{window.theme()};
 };
@@ -45,7 +63,6 @@ TEST_F(Alerts, ShowTitleAndMessageAsPlainTextWithOneButton)
     notices.show(notice(QStringLiteral("DIMSE Listener Error")));
 
     ASSERT_NE(seen(), nullptr);
-    EXPECT_TRUE(seen()->isModal());
     QStringList texts;
     for (const QLabel *label : seen()->findChildren<QLabel *>()) {
         EXPECT_EQ(label->textFormat(), Qt::PlainText);
@@ -59,9 +76,82 @@ TEST_F(Alerts, ShowTitleAndMessageAsPlainTextWithOneButton)
     EXPECT_EQ(buttons.first()->text(), QStringLiteral("OK"));
 }
 
-TEST_F(Alerts, WaitForTheOneBefore)
+TEST_F(Alerts, ShareAWindowWhereTheyOnlyTellSomething)
 {
     notices.show(notice(QStringLiteral("First")));
+    notices.show(notice(QStringLiteral("Second")));
+    Notice again = notice(QStringLiteral("First"));
+    again.message = QStringLiteral("Port 105 is taken, too.");
+    notices.show(again);
+
+    ASSERT_NE(seen(), nullptr);
+    QStringList texts;
+    for (const QLabel *label : seen()->findChildren<QLabel *>()) {
+        texts += label->text();
+    }
+    EXPECT_EQ(texts,
+              (QStringList{QStringLiteral("First"),
+                           QStringLiteral("Port 105 is taken, too."),
+                           QStringLiteral("Second"),
+                           QStringLiteral("Port 104 is <b>taken</b>.")}));
+    EXPECT_EQ(testing::clippedIn(*seen()), QStringList());
+    seen()->findChild<QAbstractButton *>()->click();
+    EXPECT_EQ(seen(), nullptr);
+}
+
+TEST_F(Alerts, LockNothingAndCannotBeMinimised)
+{
+    notices.show(notice(QStringLiteral("DIMSE Listener Error")));
+
+    ASSERT_NE(seen(), nullptr);
+    EXPECT_EQ(seen()->windowModality(), Qt::NonModal);
+    EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
+    EXPECT_FALSE(seen()->windowFlags().testFlag(Qt::WindowMinimizeButtonHint));
+    EXPECT_TRUE(seen()->windowFlags().testFlag(Qt::WindowCloseButtonHint));
+}
+
+TEST_F(Alerts, ComeBackWithTheNextOneWhereADesktopHasPutThemAway)
+{
+    notices.show(notice(QStringLiteral("First")));
+    NoticeWindow *first = seen();
+    ASSERT_NE(first, nullptr);
+    first->showMinimized();
+
+    notices.show(notice(QStringLiteral("Second")));
+
+    EXPECT_FALSE(first->isMinimized());
+    EXPECT_TRUE(first->tellsOf(QStringLiteral("Second")));
+}
+
+TEST_F(Alerts, WaitWhereAWindowIsFullAndNoneIsLost)
+{
+    for (int i = 1; i <= 9; ++i) {
+        notices.show(notice(QStringLiteral("Number %1").arg(i)));
+    }
+    Notice again = notice(QStringLiteral("Number 7"));
+    again.message = QStringLiteral("Later words.");
+    notices.show(again);
+
+    EXPECT_EQ(titlesUntilAllAreRead(), (QStringList{u"1 2 3 4"_qs, u"5 6 7 8"_qs, u"9"_qs}));
+}
+
+TEST_F(Alerts, BehindAQuestionAreAllShownAfterIt)
+{
+    Notice question = notice(QStringLiteral("Number 0"));
+    question.dismiss = QStringLiteral("Later");
+    notices.show(question);
+    for (int i = 1; i <= 6; ++i) {
+        notices.show(notice(QStringLiteral("Number %1").arg(i)));
+    }
+
+    EXPECT_EQ(titlesUntilAllAreRead(), (QStringList{u"0"_qs, u"1 2 3 4"_qs, u"5 6"_qs}));
+}
+
+TEST_F(Alerts, WaitForTheQuestionBefore)
+{
+    Notice first = notice(QStringLiteral("First"));
+    first.dismiss = QStringLiteral("Later");
+    notices.show(first);
     notices.show(notice(QStringLiteral("Second")));
     ASSERT_NE(seen(), nullptr);
     EXPECT_EQ(seen()->windowTitle(), QStringLiteral("First"));

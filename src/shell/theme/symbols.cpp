@@ -78,7 +78,7 @@ constexpr SymbolRow kSymbols[] = {
     {u"square.and.arrow.down.fill", "import"},
     {u"square.and.arrow.up", "file-output"},
     {u"square.grid.2x2.fill", "layout-grid"},
-    {u"stop.fill", "square"},
+    {u"stop.fill", "circle-stop"},
     {u"tablecells", "table"},
     {u"trash", "trash-2"},
     {u"tray.and.arrow.down.fill", "download"},

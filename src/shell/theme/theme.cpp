@@ -92,7 +92,7 @@ QColor Theme::color(Color which) const
 
 QColor Theme::tinted(Color which, Strength strength) const
 {
-    QColor result = color(which);
+    QColor result = color(which == Color::amber ? Color::amberTint : which);
     result.setAlphaF(static_cast<float>(m_tokens.variants.at(m_variant).strengths.at(strength)));
     return result;
 }

@@ -30,6 +30,17 @@ double contrast(const QColor &one, const QColor &other)
     return (lighter + 0.05) / (std::min(luminance(one), luminance(other)) + 0.05);
 }
 
+TEST(ThemeTint, WarnsInAmberInBothFaces)
+{
+    Theme theme;
+    for (const Variant variant : {Variant::dark, Variant::light}) {
+        theme.setVariant(variant);
+        const QColor tint = theme.tinted(Color::amber);
+        EXPECT_GT(tint.hsvSaturationF(), 0.6);
+        EXPECT_GT(tint.valueF(), 0.9) << "brown isn't amber";
+    }
+}
+
 TEST(Theme, TextStandsOutFromWhatItStandsOn)
 {
     Theme theme;

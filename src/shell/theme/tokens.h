@@ -41,6 +41,7 @@ enum class Color
     greenHi,
     onGreen,
     amber,
+    amberTint, ///< of tinted surfaces: dark enough for words, amber is brown, and its tint beige
     red,
     redFill,
     redFillHover,

@@ -36,7 +36,7 @@ PanelGroup::PanelGroup(const Theme &theme, std::optional<Color> tint, QWidget *p
 
 void PanelGroup::setRoomy(bool roomy)
 {
-    const int side = m_theme.space(Space::gap);
+    const int side = m_theme.space(Space::tight); // where the words of a quiet button begin, too
     const int top = m_theme.space(roomy ? Space::gap : Space::tight);
     m_body->setContentsMargins(side, top, side, top);
 }

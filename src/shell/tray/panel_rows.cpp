@@ -5,6 +5,7 @@
 #include "shell/controls/painting.h"
 #include "shell/controls/symbol_tile.h"
 #include "shell/controls/text_label.h"
+#include "shell/controls/tool_tip.h"
 #include "shell/theme/theme.h"
 
 #include <QtCore/QLocale>
@@ -96,7 +97,7 @@ void PanelLine::elide()
 {
     const QString shown = m_label->fontMetrics().elidedText(m_text, Qt::ElideRight, m_label->width());
     m_label->setText(shown);
-    m_label->setToolTip(shown == m_text ? QString() : m_text.toHtmlEscaped());
+    m_label->setToolTip(shown == m_text ? QString() : toolTipOf(m_text));
 }
 
 void PanelLine::resizeEvent(QResizeEvent *event)

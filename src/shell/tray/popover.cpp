@@ -12,7 +12,11 @@
 #include <QtGui/QPainter>
 #include <QtGui/QScreen>
 #include <QtWidgets/QApplication>
+#include <QtWidgets/QScrollArea>
+#include <QtWidgets/QScrollBar>
 #include <QtWidgets/QVBoxLayout>
+
+#include <algorithm>
 
 namespace gateway::shell {
 
@@ -29,11 +33,18 @@ constexpr std::chrono::milliseconds kPerhapsSameClick{300};
 
 Popover::Popover(const Theme &theme, const platform::Clock &clock, QWidget *content)
     : QWidget(nullptr, Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint), m_theme(theme),
-      m_clock(clock)
+      m_clock(clock), m_content(content), m_area(new QScrollArea)
 {
+    m_area->setFrameShape(QFrame::NoFrame);
+    m_area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    m_area->setFocusPolicy(Qt::NoFocus);
+    m_area->setWidget(content);
+    m_area->setWidgetResizable(true);
+    m_area->viewport()->setAutoFillBackground(false); // the popover paints the ground
+    content->setAutoFillBackground(false);
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
-    column->addWidget(content);
+    column->addWidget(m_area);
     setWindowTitle(tr("Quorin Gateway"));
     connect(&theme, &Theme::themeChanged, this, qOverload<>(&QWidget::update));
 }
@@ -44,12 +55,24 @@ void Popover::open(const QRect &anchor)
     const QPoint pointer = QCursor::pos();
     const QRect beside = anchor.isEmpty() ? QRect(pointer, QSize(1, 1)) : anchor;
     const QScreen *screen = QGuiApplication::screenAt(beside.center());
-    adjustSize();
-    move(screen == nullptr ? popoverPlace({}, size(), QGuiApplication::primaryScreen()->availableGeometry())
-                           : popoverPlace(beside, size(), screen->availableGeometry()));
+    const QRect room = (screen == nullptr ? QGuiApplication::primaryScreen() : screen)->availableGeometry();
+    resize(fitted(room.size()));
+    move(popoverPlace(screen == nullptr ? QRect() : beside, size(), room));
     show();
     raise();
     activateWindow();
+}
+
+/// The content's size, or so much of its height as there is, and the bar to scroll by beside it.
+QSize Popover::fitted(const QSize &room) const
+{
+    const QSize wanted =
+        m_content->sizeHint().expandedTo(m_content->minimumSize()).boundedTo(m_content->maximumSize());
+    if (wanted.height() <= room.height()) {
+        return wanted;
+    }
+    return {std::min(wanted.width() + m_area->verticalScrollBar()->sizeHint().width(), room.width()),
+            room.height()};
 }
 
 bool Popover::hasJustGone() const

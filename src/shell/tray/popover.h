@@ -8,11 +8,14 @@
 #include <chrono>
 #include <optional>
 
+class QScrollArea;
+
 namespace gateway::shell {
 
 class Theme;
 
-/// A small frameless window that goes as soon as the operator turns to something else.
+/// A small frameless window that goes as soon as the operator turns to something else. On a screen that is
+/// lower than its content it scrolls.
 ///
 /// Owner: StatusBarController. Thread: main.
 class Popover : public QWidget
@@ -37,8 +40,12 @@ protected:
     void resizeEvent(QResizeEvent *event) override;
 
 private:
+    QSize fitted(const QSize &room) const;
+
     const Theme &m_theme;
     const platform::Clock &m_clock;
+    QWidget *m_content;
+    QScrollArea *m_area;
     QRect m_anchor;
     std::optional<std::chrono::nanoseconds> m_goneAt;
     bool m_wasPointerOnAnchor = false; // when it went

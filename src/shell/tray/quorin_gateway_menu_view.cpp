@@ -2,13 +2,14 @@
 
 #include "account/quorin_auth_view_model.h"
 #include "account/quorin_cloud_status_view_model.h"
+#include "account/session_words.h"
 #include "core/notification_names.h"
 #include "receive/dimse_listener_view_model.h"
 #include "shell/controls/button.h"
 #include "shell/controls/state_label.h"
 #include "shell/controls/switch.h"
 #include "shell/controls/text_label.h"
-#include "shell/dashboard/state_binding.h"
+#include "shell/dashboard/cards/state_binding.h"
 #include "shell/theme/theme.h"
 #include "shell/tray/panel_group.h"
 #include "shell/tray/panel_rows.h"
@@ -37,7 +38,7 @@ void QuorinGatewayMenuView::listen()
         return [this, name] { m_parts.notifications.post(name); };
     };
     connect(m_signIn, &QPushButton::clicked, this, post(core::kOpenSignIn));
-    connect(m_manage, &QPushButton::clicked, this, post(core::kOpenPreferences));
+    connect(m_manage, &QPushButton::clicked, this, m_parts.actions.manageAccount);
     connect(m_signOut, &QPushButton::clicked, this, [this] { m_scope.start(m_parts.auth.signOut()); });
     connect(m_checkForUpdates, &QPushButton::clicked, this, post(core::kCheckForUpdatesRequested));
     connect(m_listener, &QCheckBox::clicked, this, [this](bool on) {
@@ -130,20 +131,17 @@ void QuorinGatewayMenuView::showAccount()
     const bool isLoading = m_isAuthStatusLoading || m_parts.auth.isChecking();
     const bool isSignedIn = m_parts.auth.state().isSignedIn();
     const account::SessionState session = m_parts.auth.standing().state;
+    const QString words = account::accountText(session, m_parts.auth.signedInLabel());
     if (isLoading) {
-        m_account->setBusy(tr("Checking sign-in status…"));
+        m_account->setBusy(account::accountText(account::SessionState::notKnownYet, {}));
     } else if (session == account::SessionState::credentialsRefused) {
-        m_account->setContent(
-            QStringLiteral("exclamationmark.triangle.fill"), Color::red, tr("User name or password refused"));
-    } else if (session == account::SessionState::ended) {
-        m_account->setContent(QStringLiteral("lock.fill"), Color::amber, tr("Session ended. Sign in again."));
+        m_account->setContent(QStringLiteral("exclamationmark.triangle.fill"), Color::red, words);
+    } else if (session == account::SessionState::signInUnavailable) {
+        m_account->setContent(QStringLiteral("exclamationmark.triangle.fill"), Color::amber, words);
     } else if (isSignedIn) {
-        m_account->setContent(
-            QStringLiteral("checkmark.circle.fill"),
-            Color::green,
-            tr("Signed in as %1").arg(m_parts.auth.signedInLabel().value_or(QStringLiteral("--"))));
+        m_account->setContent(QStringLiteral("checkmark.circle.fill"), Color::green, words);
     } else {
-        m_account->setContent(QStringLiteral("lock.fill"), Color::amber, tr("Sign in required"));
+        m_account->setContent(QStringLiteral("lock.fill"), Color::amber, words);
     }
     m_checking->setVisible(isLoading);
     m_signIn->setVisible(!isLoading && (!isSignedIn || session == account::SessionState::credentialsRefused));
@@ -155,14 +153,11 @@ void QuorinGatewayMenuView::showCloud()
 {
     const account::QuorinCloudStatusViewModel &status = m_parts.quorinCloudStatus;
     if (status.isChecking()) {
-        m_cloud->setContent(
-            QStringLiteral("arrow.clockwise.circle.fill"), Color::muted, tr("Checking Quorin Cloud…"));
+        m_cloud->setContent(QStringLiteral("arrow.clockwise.circle.fill"), Color::muted, status.statusText());
     } else if (status.isOnline()) {
-        m_cloud->setContent(
-            QStringLiteral("checkmark.circle.fill"), Color::green, tr("Connected to Quorin Cloud"));
+        m_cloud->setContent(QStringLiteral("checkmark.circle.fill"), Color::green, status.statusText());
     } else {
-        m_cloud->setContent(
-            QStringLiteral("exclamationmark.triangle.fill"), Color::red, tr("Quorin Cloud Unreachable"));
+        m_cloud->setContent(QStringLiteral("exclamationmark.triangle.fill"), Color::red, status.statusText());
     }
 }
 
@@ -178,6 +173,7 @@ void QuorinGatewayMenuView::showListener()
 {
     const receive::DimseListenerViewModel &listener = m_parts.dimseListener;
     m_listener->setChecked(listener.isOn());
+    m_listener->setBusy(listener.state() == state::ListenerState::starting);
     m_listener->setText(listener.isOn() ? tr("Stop Listener") : tr("Start Listener"));
     if (m_parts.appState.figures().isReceivingNow) {
         m_listenerState->setState(tr("Receiving on Port %1").arg(listener.settings().port), Color::blue);

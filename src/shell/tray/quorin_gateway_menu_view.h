@@ -39,7 +39,8 @@ struct MenuViewParts
     /// What the panel asks for and no notification names.
     struct Actions
     {
-        std::function<void()> sendFeedback;
+        std::function<void()> manageAccount;
+        std::function<void()> sendFeedback; ///< empty where nobody is named to write to
         std::function<void()> openAbout;
         std::function<void()> quit;
     };

@@ -60,7 +60,7 @@ QWidget *QuorinGatewayMenuView::makeHeader()
 {
     auto *header = new QWidget;
     auto *row = new QHBoxLayout(header);
-    row->setContentsMargins(m_parts.theme.space(Space::hair), 0, 0, 0);
+    row->setContentsMargins({}); // as the groups below
     row->setSpacing(m_parts.theme.space(Space::gap));
     row->addWidget(new SymbolTile(m_parts.theme,
                                   applicationSymbol(kApplicationSymbol),
@@ -149,7 +149,7 @@ QWidget *QuorinGatewayMenuView::makeFooter()
     const Theme &theme = m_parts.theme;
     auto *footer = new QWidget;
     auto *rows = new QVBoxLayout(footer);
-    rows->setContentsMargins(0, 0, 0, 0);
+    rows->setContentsMargins({});
     rows->setSpacing(0);
     m_footerAbove = new QHBoxLayout;
     m_footer = new QHBoxLayout;
@@ -195,7 +195,9 @@ Button *QuorinGatewayMenuView::makeMore()
     add(QStringLiteral("wand.and.stars"), tr("Setup Wizard…"), [this] {
         m_parts.notifications.post(core::kOpenSetupWizard);
     });
-    add(QStringLiteral("envelope.fill"), tr("Send feedback"), m_parts.actions.sendFeedback);
+    if (m_parts.actions.sendFeedback) {
+        add(QStringLiteral("envelope.fill"), tr("Send feedback"), m_parts.actions.sendFeedback);
+    }
     add(QStringLiteral("ladybug.fill"), tr("Report a bug"), [this] {
         m_parts.notifications.post(core::kOpenBugReport);
     });

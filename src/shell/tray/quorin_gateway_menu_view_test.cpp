@@ -12,17 +12,23 @@
 #include "shell/controls/button.h"
 #include "shell/controls/state_label.h"
 #include "shell/controls/switch.h"
+#include "shell/controls/symbol_tile.h"
 #include "shell/dashboard/testing/shown_figures.h"
 #include "shell/testing/screen_checks.h"
 #include "shell/theme/theme.h"
+#include "shell/tray/panel_group.h"
 #include "shell/tray/panel_rows.h"
 #include "state/testing/state_world.h"
 
+#include <QtGui/QTextDocument>
 #include <QtTest/QTest>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QMenu>
 
 #include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
 
 namespace gateway::shell {
 namespace {
@@ -63,7 +69,8 @@ struct Panel : account::testing::AccountWorld
                               receive.notifications,
                               main,
                               pool,
-                              {[this] { asked += QStringLiteral("feedback"); },
+                              {[this] { asked += QStringLiteral("account"); },
+                               sendFeedback,
                                [this] { asked += QStringLiteral("about"); },
                                [this] { asked += QStringLiteral("quit"); }}});
         }
@@ -151,6 +158,7 @@ struct Panel : account::testing::AccountWorld
     receive::DimseListenerViewModel listener{
         {receive.defaults, receive.settings, receive.notifications, *receive.service, receive.inbox()}};
     QStringList asked;
+    std::function<void()> sendFeedback = [this] { asked += QStringLiteral("feedback"); };
 
 private:
     std::vector<platform::NotificationCenter::Token> m_observers;
@@ -214,7 +222,7 @@ TEST_F(Panel, SaysWhoIsSignedInAndOffersToManageTheAccount)
     EXPECT_EQ(button(QStringLiteral("Sign in")), nullptr);
     ASSERT_NE(button(QStringLiteral("Manage")), nullptr);
     button(QStringLiteral("Manage"))->click();
-    EXPECT_EQ(asked, QStringList{core::kOpenPreferences});
+    EXPECT_EQ(asked, QStringList{QStringLiteral("account")});
 }
 
 TEST_F(Panel, SaysThatTheCloudEndedTheSession)
@@ -282,16 +290,54 @@ TEST_F(Panel, ShowsALabelOfAnyLengthAsPlainText)
     const auto *shown = account->findChild<QLabel *>();
     EXPECT_EQ(shown->textFormat(), Qt::PlainText);
     EXPECT_TRUE(shown->text().endsWith(u'…'));
-    EXPECT_FALSE(shown->toolTip().contains(u'<'));
+    QTextDocument told; // as a tool tip reads it
+    told.setHtml(shown->toolTip());
+    EXPECT_EQ(told.toPlainText().trimmed(), u"Signed in as "_qs + service.user.workplaceName->trimmed());
 }
 
-TEST_F(Panel, ShowsDashesForASessionWithoutALabel)
+TEST_F(Panel, TellsALongLabelToTheLetter)
+{
+    service.user.workplaceName = QStringLiteral("Radiology & Partners, ").repeated(8);
+    signIn();
+    open();
+
+    const PanelLine *account = line(u"Signed in as Radiology");
+    ASSERT_NE(account, nullptr);
+    EXPECT_TRUE(Qt::mightBeRichText(account->findChild<QLabel *>()->toolTip())) << "else it shows \"&amp;\"";
+}
+
+TEST_F(Panel, HasTwoLeftEdgesAlone)
+{
+    signIn();
+    open();
+
+    QSet<int> edges;
+    for (const QWidget *part : panel().findChildren<QWidget *>()) {
+        const bool isWords = qobject_cast<const PanelLine *>(part) != nullptr ||
+                             qobject_cast<const FigureRow *>(part) != nullptr ||
+                             qobject_cast<const PanelGroup *>(part) != nullptr;
+        if (isWords && part->isVisible()) {
+            edges.insert(part->mapTo(&panel(), QPoint(0, 0)).x());
+        }
+    }
+    const Button *dashboard = button(QStringLiteral("Open Dashboard"));
+    const Button *updates = button(QStringLiteral("Check for Updates…"));
+    EXPECT_EQ(updates->mapTo(&panel(), QPoint(0, 0)).y(),
+              button(QStringLiteral("More"))->mapTo(&panel(), QPoint(0, 0)).y())
+        << "one row";
+    edges.insert(dashboard->mapTo(&panel(), QPoint(0, 0)).x());
+    edges.insert(updates->mapTo(&panel(), QPoint(0, 0)).x() + 8); // its words
+    edges.insert(panel().findChild<SymbolTile *>()->mapTo(&panel(), QPoint(0, 0)).x());
+    EXPECT_EQ(edges, (QSet<int>{12, 20}));
+}
+
+TEST_F(Panel, SaysThatThereIsASessionWithoutALabel)
 {
     service.knowsUser = false;
     signIn();
     open();
 
-    EXPECT_NE(line(u"Signed in as --"), nullptr);
+    EXPECT_NE(line(u"Signed in with an active session."), nullptr);
 }
 
 TEST_F(Panel, ShowsTheStateOfTheCloud)
@@ -467,6 +513,17 @@ TEST_F(Panel, HasAMenuWithFiveEntriesInTheirOrder)
                            core::kOpenBugReport,
                            QStringLiteral("about"),
                            QStringLiteral("quit")}));
+}
+
+TEST_F(Panel, OffersNoFeedbackWhereNobodyIsNamedToWriteTo)
+{
+    sendFeedback = {};
+
+    const QList<QAction *> entries = button(QStringLiteral("More"))->menu()->actions();
+
+    EXPECT_EQ(entries.size(), 4);
+    EXPECT_TRUE(std::ranges::none_of(
+        entries, [](const QAction *entry) { return entry->text() == QStringLiteral("Send feedback"); }));
 }
 
 TEST_F(Panel, HasABannerOnlyWhileThereIsAMessage)

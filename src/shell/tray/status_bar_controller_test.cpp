@@ -4,7 +4,11 @@
 #include "shell/testing/themed_window.h"
 #include "shell/theme/symbols.h"
 
+#include <QtGui/QScreen>
 #include <QtWidgets/QLabel>
+#include <QtWidgets/QPushButton>
+#include <QtWidgets/QScrollArea>
+#include <QtWidgets/QScrollBar>
 
 #include <gtest/gtest.h>
 
@@ -97,6 +101,26 @@ TEST_F(StatusBar, AClickOpensThePanelBelowTheItem)
 
     EXPECT_TRUE(controller().popover().isVisible());
     EXPECT_GE(controller().popover().y(), 24);
+}
+
+TEST_F(StatusBar, APanelThatIsHigherThanTheScreenScrollsToItsEnd)
+{
+    const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+    auto panel = std::make_unique<QWidget>();
+    panel->setFixedSize(340, screen.height() + 200);
+    auto *last = new QPushButton(QStringLiteral("Quit"), panel.get());
+    last->move(10, screen.height() + 150);
+    StatusBarController high({m_window.theme(), m_clock, m_item, [] {}, [] {}}, std::move(panel));
+
+    m_item.content.clicked();
+
+    EXPECT_TRUE(screen.contains(high.popover().geometry()));
+    auto *area = high.popover().findChild<QScrollArea *>();
+    ASSERT_NE(area, nullptr);
+    EXPECT_GE(area->viewport()->width(), 340) << "nothing is cut at the side";
+    EXPECT_TRUE(last->visibleRegion().isEmpty());
+    area->verticalScrollBar()->setValue(area->verticalScrollBar()->maximum());
+    EXPECT_FALSE(last->visibleRegion().isEmpty());
 }
 
 TEST_F(StatusBar, ASecondClickClosesThePanel)

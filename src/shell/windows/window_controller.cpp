@@ -2,10 +2,8 @@
 
 #include "platform/concurrency/main_thread.h"
 #include "platform/defaults/user_defaults.h"
+#include "shell/windows/screen_room.h"
 #include "shell/windows/shell_window.h"
-
-#include <QtGui/QGuiApplication>
-#include <QtGui/QScreen>
 
 #include <utility>
 
@@ -63,8 +61,7 @@ QString WindowController::geometryKey() const
 
 void WindowController::place()
 {
-    const QScreen *screen = QGuiApplication::primaryScreen();
-    const QRect room = screen != nullptr ? screen->availableGeometry() : QRect(QPoint(), m_frame.contentSize);
+    const QRect room = roomForContent();
     m_window->setMinimumSize(m_frame.leastSize.boundedTo(room.size()));
     QRect place(QPoint(), m_frame.contentSize.boundedTo(room.size()));
     place.moveCenter(room.center());

@@ -2,6 +2,7 @@
 
 #include "platform/defaults/user_defaults.h"
 #include "shell/testing/themed_window.h"
+#include "shell/windows/screen_room.h"
 #include "shell/windows/shell_window.h"
 
 #include <QtCore/QTemporaryDir>
@@ -50,8 +51,7 @@ TEST_F(Windows, ComeCentredAtTheirSizeWhenFirstShown)
     ASSERT_NE(controller.window(), nullptr);
     EXPECT_EQ(controller.window()->windowTitle(), QStringLiteral("A window"));
     EXPECT_EQ(controller.window()->size(), QSize(500, 400));
-    EXPECT_EQ(controller.window()->geometry().center(),
-              QGuiApplication::primaryScreen()->availableGeometry().center());
+    EXPECT_EQ(controller.window()->geometry().center(), roomForContent().center());
 }
 
 TEST_F(Windows, ShowingAWindowThatIsAlreadyVisibleCreatesNoSecondOne)
@@ -94,14 +94,17 @@ TEST_F(Windows, KeepTheirContentWhenTheyAreClosed)
     EXPECT_EQ(content->text(), QStringLiteral("kept"));
 }
 
-TEST_F(Windows, FitASmallerScreen)
+TEST_F(Windows, FitASmallerScreenWithTheirFrame)
 {
-    const QSize room = QGuiApplication::primaryScreen()->availableGeometry().size();
-    WindowController controller(defaults, frame(room * 2), makeContent());
+    const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+    WindowController controller(defaults, frame(screen.size() * 2), makeContent());
 
     controller.show();
 
-    EXPECT_EQ(controller.window()->size(), room);
+    const QRect inside = controller.window()->geometry();
+    EXPECT_EQ(inside, roomForContent());
+    EXPECT_GE(inside.top(), screen.top() + 40) << "room for a title";
+    EXPECT_TRUE(screen.contains(inside));
 }
 
 TEST_F(Windows, ComeBackWhereTheyWereLeft)

@@ -21,6 +21,7 @@ AccountPage::AccountPage(const Parts &parts)
       m_password(new PasswordField(parts.theme)),
       m_signIn(new Button(parts.theme, ButtonKind::secondary, tr("Sign in now"))),
       m_skip(new Button(parts.theme, ButtonKind::quiet, tr("Skip for now"))),
+      m_cancel(new Button(parts.theme, ButtonKind::quiet, tr("Cancel"))),
       m_label(new TextLabel(parts.theme, {}, TypeStyle::h2)),
       m_checkingTerms(new TextLabel(
           parts.theme, tr("Checking Quorin Cloud Terms & Conditions…"), TypeStyle::body, Color::blueHi)),
@@ -53,6 +54,7 @@ void AccountPage::addSignIn()
     ways->setSpacing(theme().space(Space::tight));
     ways->addWidget(m_signIn);
     ways->addWidget(m_skip);
+    ways->addWidget(m_cancel);
     ways->addStretch(1);
     body.addLayout(ways);
     body.addWidget(paragraph(tr("Signing in is optional for setup completion. You can sign in later from the "
@@ -108,6 +110,10 @@ void AccountPage::listen()
     connect(m_email, &QLineEdit::returnPressed, this, signIn);
     connect(m_password, &QLineEdit::returnPressed, this, signIn);
     connect(m_skip, &QPushButton::clicked, &setup(), &GatewaySetupWizardViewModel::skipSignIn);
+    connect(m_cancel, &QPushButton::clicked, this, [this] {
+        m_password->setFocus();
+        setup().cancelSignIn();
+    });
     connect(m_otherAccount, &QPushButton::clicked, this, [this] { m_scope.start(setup().signOut()); });
 }
 
@@ -115,8 +121,8 @@ QCoro::Task<void> AccountPage::signIn()
 {
     const auto operation = m_scope.enter();
     co_await setup().signIn();
-    if (m_scope.stopToken().stop_requested() || m_parts.auth.state().isSignedIn()) {
-        co_return;
+    if (m_scope.stopToken().stop_requested() || !setup().accountMessageIsError()) {
+        co_return; // signed in, or given up
     }
     QLineEdit *toMend = m_email->text().trimmed().isEmpty() ? static_cast<QLineEdit *>(m_email) : m_password;
     toMend->setFocus();
@@ -138,7 +144,7 @@ void AccountPage::refresh()
 
     m_signInCard->setVisible(!isSignedIn);
     for (QLineEdit *field : {static_cast<QLineEdit *>(m_email), static_cast<QLineEdit *>(m_password)}) {
-        field->setEnabled(!isBusy);
+        field->setReadOnly(isBusy); // which keeps the focus
         const QString &entered =
             field == m_email ? setup().draft().accountEmail : setup().draft().accountPassword;
         if (field->text() != entered) {
@@ -146,7 +152,9 @@ void AccountPage::refresh()
         }
     }
     m_signIn->setBusy(isBusy && !isSignedIn);
+    m_skip->setVisible(!setup().waitsForSignIn());
     m_skip->setEnabled(!isBusy);
+    m_cancel->setVisible(setup().waitsForSignIn());
 
     m_sessionCard->setVisible(isSignedIn);
     m_label->setText(m_parts.auth.signedInLabel().value_or(QString()));

@@ -61,6 +61,7 @@ private:
     PasswordField *m_password;
     Button *m_signIn;
     Button *m_skip;
+    Button *m_cancel; // in its place while a sign-in runs
     Card *m_sessionCard;
     TextLabel *m_label;
     TextLabel *m_checkingTerms;

@@ -200,7 +200,9 @@ void GatewaySetupWizardView::refreshButtons()
     m_back->setEnabled(m_setup.canGoBack());
     m_leave->setEnabled(!m_setup.isApplying());
     m_continue->setVisible(!isLastStep());
-    m_continue->setEnabled(m_setup.canContinue());
+    const bool isLooking = !m_setup.isApplying() && m_setup.isCheckingFolderAccess();
+    m_continue->setBusy(isLooking);
+    m_continue->setEnabled(isLooking || m_setup.canContinue());
     m_finish->setVisible(isLastStep());
     m_finish->setBusy(m_setup.isApplying());
     m_finish->setEnabled(m_setup.isApplying() || m_setup.canContinue());

@@ -139,7 +139,10 @@ void GatewaySetupWizardWindowController::build(bool blocking)
                      &m_presentation->setup,
                      &GatewaySetupWizardViewModel::followSettings);
     QObject::connect(&view, &GatewaySetupWizardView::dismissRequested, &window, &QWidget::close);
-    QObject::connect(&view, &GatewaySetupWizardView::completed, &window, [this] { complete(); });
+    QObject::connect(&view, &GatewaySetupWizardView::completed, &window, [this] {
+        complete();
+        m_parts.actions.offerTrial();
+    });
     const QRect available = availableGeometry();
     window.setFixedSize(wizardSize(available.size()));
     window.move(available.center() - window.rect().center());

@@ -130,6 +130,7 @@ TEST_F(WizardWindow, GoesFromTheFirstStepToARunningListener)
     finishSetup();
 
     EXPECT_EQ(completed, 1);
+    EXPECT_EQ(offers, 1);
     EXPECT_EQ(controller->window(), nullptr);
     EXPECT_FALSE(controller->isBlockingPresentation());
     EXPECT_TRUE(listener.isRunning);
@@ -182,6 +183,7 @@ TEST_F(WizardWindow, GoesWhenSetupIsFinishedElsewhere)
 
     EXPECT_EQ(controller->window(), nullptr);
     EXPECT_EQ(completed, 1);
+    EXPECT_EQ(offers, 0); // whoever did it isn't here
 }
 
 TEST_F(WizardWindow, StaysWhenSetupIsFinishedElsewhereWhileItIsOpenForAChange)

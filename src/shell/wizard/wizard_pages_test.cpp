@@ -22,6 +22,18 @@ protected:
         }
     }
 
+    /// Signs somebody in who has not accepted the terms yet, and waits for a button below them.
+    void signInAndAwait(const QString &answer)
+    {
+        SetupWorld::terms.isAccepted = false;
+        open();
+        goTo(u"Quorin Account"_qs);
+        type(u"Email"_qs, u"ann@site.example"_qs);
+        type(u"Password"_qs, u"right"_qs);
+        press(u"Sign in now"_qs);
+        runUntil([&] { return button(answer) != nullptr && button(answer)->isEnabled(); });
+    }
+
     void choose(const QString &segment)
     {
         for (QRadioButton *one : window().findChildren<QRadioButton *>()) {
@@ -141,10 +153,11 @@ TEST_F(WizardPages, RestoreTheRecommendedListener)
 TEST_F(WizardPages, LetAFolderBeChosenAndLeft)
 {
     chosenFolder = u"/scans"_qs;
-    machine.folders[u"/scans"_qs] = {
-        u"/scans"_qs,
-        std::nullopt,
-        u"Selected folder is not writable. Choose a different folder or restore defaults."_qs};
+    machine.setFolder(u"/scans"_qs,
+                      {u"/scans"_qs,
+                       std::nullopt,
+                       u"Selected folder is not writable. Choose a different folder or restore defaults."_qs,
+                       std::nullopt});
     open();
     goTo(u"Local Files"_qs);
     expectWords({u"Storage Location"_qs,
@@ -162,7 +175,7 @@ TEST_F(WizardPages, LetAFolderBeChosenAndLeft)
                  u"Selected folder is not writable. Choose a different folder or restore defaults."_qs});
     EXPECT_FALSE(button(u"Continue"_qs)->isEnabled());
     picture(u"local-files-readonly-dark"_qs);
-    machine.folders.clear();
+    machine.mendFolders();
     press(u"Check Again"_qs);
     EXPECT_TRUE(says(u"Selected folder is writable."_qs));
     EXPECT_TRUE(button(u"Continue"_qs)->isEnabled());
@@ -243,6 +256,32 @@ TEST_F(WizardPages, SignInAndOut)
     EXPECT_EQ(field(u"Password"_qs)->text(), QString());
 }
 
+TEST_F(WizardPages, GiveASignInUpThatGetsNoAnswer)
+{
+    open();
+    goTo(u"Quorin Account"_qs);
+    EXPECT_EQ(button(u"Cancel"_qs), nullptr);
+    type(u"Email"_qs, u"ann@site.example"_qs);
+    type(u"Password"_qs, u"right"_qs);
+    service.hold(u"login"_qs);
+    button(u"Sign in now"_qs)->click();
+    EXPECT_TRUE(auth.isChecking());
+    EXPECT_EQ(button(u"Skip for now"_qs), nullptr);
+    picture(u"account-signing-in-dark"_qs);
+
+    button(u"Cancel"_qs)->click();
+
+    EXPECT_FALSE(auth.isChecking());
+    EXPECT_EQ(button(u"Cancel"_qs), nullptr);
+    EXPECT_EQ(field(u"Password"_qs)->text(), u"right"_qs);
+    EXPECT_TRUE(field(u"Password"_qs)->hasFocus());
+    service.release();
+    settle();
+    EXPECT_FALSE(auth.state().isSignedIn());
+    EXPECT_TRUE(button(u"Skip for now"_qs)->isEnabled());
+    EXPECT_FALSE(button(u"Sign in now"_qs)->isBusy());
+}
+
 TEST_F(WizardPages, LeadToNoStoreWhereTheDeploymentNamesNone)
 {
     storePage = QUrl();
@@ -266,13 +305,7 @@ TEST_F(WizardPages, SkipTheAccountAndSayWhereToSignInLater)
 
 TEST_F(WizardPages, AskForTheTermsOfWhoeverSignsIn)
 {
-    SetupWorld::terms.isAccepted = false;
-    open();
-    goTo(u"Quorin Account"_qs);
-    type(u"Email"_qs, u"ann@site.example"_qs);
-    type(u"Password"_qs, u"right"_qs);
-    press(u"Sign in now"_qs);
-    runUntil([this] { return button(u"Accept"_qs) != nullptr && button(u"Accept"_qs)->isEnabled(); });
+    signInAndAwait(u"Accept"_qs);
 
     button(u"Accept"_qs)->click();
     runUntil([this] { return says(u"Quorin Cloud Terms & Conditions accepted."_qs); });
@@ -283,13 +316,7 @@ TEST_F(WizardPages, AskForTheTermsOfWhoeverSignsIn)
 
 TEST_F(WizardPages, SignOutWhoDeclinesTheTermsAndAskTheNextOne)
 {
-    SetupWorld::terms.isAccepted = false;
-    open();
-    goTo(u"Quorin Account"_qs);
-    type(u"Email"_qs, u"ann@site.example"_qs);
-    type(u"Password"_qs, u"right"_qs);
-    press(u"Sign in now"_qs);
-    runUntil([this] { return button(u"Decline"_qs) != nullptr && button(u"Decline"_qs)->isEnabled(); });
+    signInAndAwait(u"Decline"_qs);
 
     button(u"Decline"_qs)->click();
     runUntil([this] {

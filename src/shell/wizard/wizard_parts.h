@@ -47,7 +47,8 @@ struct WizardParts
     /// What follows.
     struct Actions
     {
-        std::function<void()> completed;                  ///< setup is done and the window closed
+        std::function<void()> completed;  ///< setup is done and the window closed
+        std::function<void()> offerTrial; ///< a person has finished it here, behind `completed`
         std::function<void(const QString &)> tellProblem; ///< of something that setup is done without
         std::function<void()> quit;
     };

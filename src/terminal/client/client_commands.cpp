@@ -3,10 +3,12 @@
 #include "cloud_client/cloud_configuration.h"
 #include "core/settings.h"
 #include "platform/defaults/user_defaults.h"
+#include "terminal/client/archive_secrets.h"
 #include "terminal/client/console.h"
 #include "terminal/client/import_client.h"
 #include "terminal/client/log_commands.h"
 #include "terminal/client/offline_commands.h"
+#include "terminal/client/settings_file.h"
 #include "terminal/commands/account_requests.h"
 #include "terminal/commands/browser_report.h"
 #include "terminal/commands/command_requests.h"
@@ -30,16 +32,19 @@ namespace gateway::terminal {
 namespace {
 
 /// Long enough for a cloud that is slow to refuse a sign-in.
-constexpr std::chrono::seconds kPatience{150};
+constexpr std::chrono::seconds kAnswerTimeout{150};
 
 /// Long enough for large files on a slow line.
-constexpr std::chrono::hours kReportPatience{6};
+constexpr std::chrono::hours kReportTimeout{6};
 
 /// Every stored file is looked at, and there may be millions.
-constexpr std::chrono::hours kDoctorPatience{24};
+constexpr std::chrono::hours kDoctorTimeout{24};
 
 /// A large archive takes its time over a query, and a deletion goes study by study.
-constexpr std::chrono::hours kBrowserPatience{24};
+constexpr std::chrono::hours kBrowserTimeout{24};
+
+/// An archive that stores later than it answers is asked for a while.
+constexpr std::chrono::minutes kTrialTimeout{30};
 
 constexpr std::chrono::seconds kWatchInterval{2};
 
@@ -61,13 +66,12 @@ std::optional<ConformanceConfiguration> conformanceOf(const core::HomeLayout &la
                                                      .urlDefault = kept(cloud_client::kCloudBaseUrlKey),
                                                      .kindDefault = kept(cloud_client::kCloudKindKey)},
                                                     {});
-        return ConformanceConfiguration{
-            .listener = core::DCMListenerSettings::load(defaults),
-            .cloudKind = cloud.kind == cloud_client::CloudKind::dicomweb ? QStringLiteral("dicomweb")
-                                                                         : QStringLiteral("quorin"),
-            .compressesToJpegLs = settings.quorinCloudCompressToLS.get(),
-            .instancesPerUpload =
-                settings.quorinCloudBatchEnabled.get() ? settings.quorinCloudBatchUploadCount.get() : 1};
+        return ConformanceConfiguration{.listener = core::DCMListenerSettings::load(defaults),
+                                        .cloudKind = cloud_client::cloudKindName(cloud.kind),
+                                        .compressesToJpegLs = settings.quorinCloudCompressToLS.get(),
+                                        .instancesPerUpload = settings.quorinCloudBatchEnabled.get()
+                                                                  ? settings.quorinCloudBatchUploadCount.get()
+                                                                  : 1};
     } catch (const platform::DefaultsError &error) {
         printError(error.message());
         return std::nullopt;
@@ -109,14 +113,7 @@ public:
         return finish(
             ask(named(signInRequest(
                 command, command.isWithoutPair ? QString() : readSecret(QStringLiteral("Password"))))),
-            [](const QJsonObject &result) {
-                const QString label = result.value(QStringLiteral("label")).toString();
-                const QString remark = result.value(QStringLiteral("remark")).toString();
-                const QString words = label.isEmpty()
-                                          ? QStringLiteral("You are now signed in.\n")
-                                          : QStringLiteral("You are now signed in as %1.\n").arg(label);
-                return remark.isEmpty() ? words : words + remark + u'\n';
-            });
+            signedInText);
     }
 
     ExitCode operator()(const SignOutCommand &) const
@@ -156,6 +153,12 @@ public:
 
     ExitCode operator()(const SettingsCommand &command) const
     {
+        if (command.action == SettingsCommand::Action::exportFile) {
+            return exportSettings(command);
+        }
+        if (command.action == SettingsCommand::Action::importFile) {
+            return importSettings(command);
+        }
         return finish(askOrWork(settingsRequest(command)), [&](const QJsonObject &result) {
             if (command.asJson) {
                 return jsonLine(result);
@@ -170,7 +173,7 @@ public:
     {
         bool isWell = false;
         const ExitCode code =
-            finish(askOrWork(doctorRequest(command), kDoctorPatience), [&](const QJsonObject &found) {
+            finish(askOrWork(doctorRequest(command), kDoctorTimeout), [&](const QJsonObject &found) {
                 isWell = found.value(QStringLiteral("well")).toBool();
                 return command.asJson ? jsonLine(found) : told(doctorText(found));
             });
@@ -189,14 +192,23 @@ public:
 
     ExitCode operator()(const BrowserCommand &command) const
     {
-        return finish(ask(browserRequest(command), kBrowserPatience), [&](const QJsonObject &result) {
+        QString problem;
+        const auto words = [&](const QJsonObject &result) {
+            problem = result.value(kDeletionProblem).toString();
             if (command.asJson) {
                 return jsonLine(result);
             }
-            return command.action == BrowserCommand::Action::deletion
-                       ? deletionText(result, tableKindOf(command))
-                       : rowsText(result, tableKindOf(command));
-        });
+            if (command.action != BrowserCommand::Action::deletion) {
+                return rowsText(result, tableKindOf(command));
+            }
+            return problem.isEmpty() ? deletionText(result, tableKindOf(command)) : QString();
+        };
+        const ExitCode code = finish(ask(browserRequest(command), kBrowserTimeout), words);
+        if (problem.isEmpty()) {
+            return code;
+        }
+        printError(problem);
+        return ExitCode::failed;
     }
 
     ExitCode operator()(const LogsCommand &command) const { return showLogs(m_layout.logFolder, command); }
@@ -235,6 +247,8 @@ public:
         return ExitCode::usage;
     }
 
+    ExitCode operator()(const ArchiveCommand &command) const { return runArchive(command); }
+
     ExitCode operator()(const ReportCommand &command) const
     {
         if (!command.attachments.isEmpty() && !command.happenedDuringImport &&
@@ -242,7 +256,7 @@ public:
             printError(QStringLiteral("Files are sent with --during-import or --during-opening only."));
             return ExitCode::usage;
         }
-        return finish(ask(reportRequest(command), kReportPatience), [](const QJsonObject &) {
+        return finish(ask(reportRequest(command), kReportTimeout), [](const QJsonObject &) {
             return QStringLiteral("Report has been sent successfully.\n");
         });
     }
@@ -251,6 +265,53 @@ private:
     ControlRequest named(const ControlRequest &request) const
     {
         return withCloud(request, {m_options.cloudUrl, m_options.cloudKind});
+    }
+
+    ExitCode runArchive(const ArchiveCommand &command) const
+    {
+        const std::optional<cloud_client::ArchiveSignIn> signIn = withSecrets(command);
+        if (!signIn) {
+            return ExitCode::usage;
+        }
+        bool isWell = true;
+        const ExitCode code =
+            finish(askArchive(named(archiveRequest(command, *signIn))), [&](const QJsonObject &result) {
+                isWell = result.value(QStringLiteral("well")).toBool(true);
+                if (command.asJson) {
+                    return jsonLine(result);
+                }
+                switch (command.action) {
+                case ArchiveCommand::Action::set:
+                    return signedInText(result);
+                case ArchiveCommand::Action::show:
+                    return archiveText(result);
+                case ArchiveCommand::Action::test:
+                    return told(trialText(result));
+                }
+                return QString();
+            });
+        return code == ExitCode::done && !isWell ? ExitCode::failed : code;
+    }
+
+    /// Tells the code that a person has to enter, where the answer is one, and waits until it was.
+    ControlReply askArchive(const ControlRequest &request) const
+    {
+        const ControlReply reply = ask(request, kTrialTimeout);
+        const std::optional<std::chrono::seconds> lifetime = codeLifetime(reply.result);
+        if (!lifetime) {
+            return reply;
+        }
+        printOut(codeText(reply.result));
+        return ask({requests::kArchiveWait, {}}, *lifetime + kAnswerTimeout);
+    }
+
+    static QString signedInText(const QJsonObject &result)
+    {
+        const QString label = result.value(QStringLiteral("label")).toString();
+        const QString remark = result.value(QStringLiteral("remark")).toString();
+        const QString words = label.isEmpty() ? QStringLiteral("You are now signed in.\n")
+                                              : QStringLiteral("You are now signed in as %1.\n").arg(label);
+        return remark.isEmpty() ? words : words + remark + u'\n';
     }
 
     ExitCode changePassword() const
@@ -264,15 +325,15 @@ private:
         });
     }
 
-    ControlReply ask(const ControlRequest &request, std::chrono::milliseconds patience = kPatience) const
+    ControlReply ask(const ControlRequest &request, std::chrono::milliseconds timeout = kAnswerTimeout) const
     {
-        return askInstance(m_layout.controlSocket(), request, patience).value_or(noInstance());
+        return askInstance(m_layout.controlSocket(), request, timeout).value_or(noInstance());
     }
 
     ControlReply askOrWork(const ControlRequest &request,
-                           std::chrono::milliseconds patience = kPatience) const
+                           std::chrono::milliseconds timeout = kAnswerTimeout) const
     {
-        const std::optional<ControlReply> reply = askInstance(m_layout.controlSocket(), request, patience);
+        const std::optional<ControlReply> reply = askInstance(m_layout.controlSocket(), request, timeout);
         return reply ? *reply : workWithoutInstance(m_layout, m_options, request);
     }
 
@@ -287,6 +348,33 @@ private:
             printError(told(reply.error));
         }
         return reply.code;
+    }
+
+    ExitCode exportSettings(const SettingsCommand &command) const
+    {
+        std::optional<QString> problem;
+        const ExitCode code = finish(askOrWork(settingsRequest(command)), [&](const QJsonObject &result) {
+            problem = writeSettingsFile(command.file, result.value(QStringLiteral("settings")).toArray());
+            return QString();
+        });
+        if (!problem) {
+            return code;
+        }
+        printError(*problem);
+        return ExitCode::failed;
+    }
+
+    ExitCode importSettings(SettingsCommand command) const
+    {
+        SettingsFile file = readSettingsFile(command.file);
+        if (!file.problem.isEmpty()) {
+            printError(file.problem);
+            return ExitCode::failed;
+        }
+        command.settings = std::move(file.settings);
+        return finish(askOrWork(settingsRequest(command)), [&](const QJsonObject &result) {
+            return command.asJson ? jsonLine(result) : importedSettingsText(result);
+        });
     }
 
     static QString valueText(const QJsonObject &setting)

@@ -16,7 +16,6 @@ namespace gateway::terminal {
 namespace {
 
 // Raised when a key goes or changes its meaning; a new key raises nothing.
-constexpr int kJsonSchema = 1;
 
 /// Keeps a terminal from showing what is typed, as long as it lives.
 class HiddenInput

@@ -11,6 +11,9 @@ namespace gateway::terminal {
 /// Writes the text to standard output as it stands.
 void printOut(const QString &text);
 
+/// The number of the schema that the keys of JSON follow; a key that changes its meaning raises it.
+inline constexpr int kJsonSchema = 1;
+
 /// What --json prints of an answer: one line, with the number of the schema that its keys follow.
 QString jsonLine(QJsonObject answer);
 

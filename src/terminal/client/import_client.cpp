@@ -18,7 +18,7 @@ namespace gateway::terminal {
 
 namespace {
 
-constexpr std::chrono::seconds kPatience{30};
+constexpr std::chrono::seconds kAnswerTimeout{30};
 constexpr std::chrono::milliseconds kInterval{200};
 
 volatile std::sig_atomic_t g_interrupts = 0;
@@ -81,9 +81,10 @@ ControlReply follow(const QString &socket, ControlReply reply, bool showsProgres
         const QString batch = batchIn(reply.result);
         const bool stops = Interrupts::any() && !isStopping;
         isStopping = isStopping || stops;
-        reply = askInstance(socket, stops ? importStopRequest(batch) : importReportRequest(batch), kPatience)
-                    .value_or(ControlReply::failure(QStringLiteral(
-                        "The gateway ended during the import; import again what is missing.")));
+        reply =
+            askInstance(socket, stops ? importStopRequest(batch) : importReportRequest(batch), kAnswerTimeout)
+                .value_or(ControlReply::failure(
+                    QStringLiteral("The gateway ended during the import; import again what is missing.")));
     }
     return reply;
 }
@@ -95,7 +96,7 @@ ExitCode runImport(const core::HomeLayout &layout, const GlobalOptions &options,
     const Interrupts interrupts; // from before the batch begins
     const QString socket = layout.controlSocket();
     const std::optional<ControlReply> begun =
-        askInstance(socket, importRequest(absolutePaths(command.paths)), kPatience);
+        askInstance(socket, importRequest(absolutePaths(command.paths)), kAnswerTimeout);
     const ControlReply reply = begun ? follow(socket, *begun, !command.asJson) : noInstance();
     if (reply.code != ExitCode::done) {
         printError(withOptions(reply.error, options));

@@ -1,7 +1,7 @@
 #include "terminal/client/log_commands.h"
 
-#include "log/image_trail.h"
-#include "log/log_rows.h"
+#include "log/browsing/image_trail.h"
+#include "log/browsing/log_rows.h"
 #include "platform/files/file_error.h"
 #include "platform/process/quit_signals.h"
 #include "terminal/client/console.h"

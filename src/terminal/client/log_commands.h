@@ -1,7 +1,7 @@
 #pragma once
 
-#include "log/log_filter.h"
-#include "log/log_row_reader.h"
+#include "log/browsing/log_filter.h"
+#include "log/browsing/log_row_reader.h"
 #include "terminal/commands/command_line.h"
 #include "terminal/control/control_protocol.h"
 

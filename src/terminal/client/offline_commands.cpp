@@ -12,6 +12,9 @@
 
 #include <QCoro/QCoroTask>
 
+#include <QtCore/QCoreApplication>
+#include <QtCore/QEventLoop>
+
 #include <chrono>
 #include <optional>
 
@@ -61,7 +64,7 @@ ControlReply setUp(const core::HomeLayout &layout,
                       request)
             .then([&reply](const ControlReply &result) { reply = result; });
     while (!reply) {
-        main.drain();
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     }
     // What listens there, if anything, isn't the gateway yet.
     reply->result.insert(QStringLiteral("isListening"), false);
@@ -89,7 +92,7 @@ ControlReply workWithoutInstance(const core::HomeLayout &layout,
         if (request.command == requests::kDoctor) {
             return examineWithoutInstance(layout, defaults, settings, request);
         }
-        SettingsCatalogue catalogue(settings, defaults);
+        SettingsCatalogue catalogue(settings, defaults, SettingsDisk::here());
         return answerSettings(catalogue, request).reply;
     } catch (const core::HomeError &error) {
         return ControlReply::failure(error.message);

@@ -89,8 +89,12 @@ QJsonObject rowReport(const browser::BrowserTable &table, quint32 position)
     for (const char *key : keysOf(table.kind())) {
         row.insert(QString::fromLatin1(key), jsonOf(key, table.rows()->text(position, column++)));
     }
-    if (!browser::isCloud(table.kind())) {
+    if (table.kind() == TableKind::localStudies) {
         row.insert(kId, table.rows()->id(position));
+    } else if (table.kind() == TableKind::localSeries) {
+        const QJsonValue uid =
+            row.value(QString::fromLatin1(kLocalSeriesKeys[browser::LocalStudySeriesRow::seriesUIDColumn]));
+        row.insert(kId, uid.isNull() ? QJsonValue(table.rows()->id(position)) : uid);
     }
     return row;
 }

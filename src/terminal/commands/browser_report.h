@@ -36,6 +36,10 @@ QString rowsText(const QJsonObject &report, browser::TableKind kind);
 inline const QString kOutsideCloud = QStringLiteral("outsideCloud");
 inline const QString kImagesOutsideCloud = QStringLiteral("imagesOutsideCloud");
 
+/// The key in the answer to a deletion that says in one sentence what didn't go; its text is empty where all
+/// went well.
+inline const QString kDeletionProblem = QStringLiteral("problem");
+
 /// What a deletion came to, where all went well.
 QString deletionText(const QJsonObject &result, browser::TableKind kind);
 

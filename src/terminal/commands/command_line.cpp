@@ -29,7 +29,7 @@ struct Raw
     long long lines = 0;
     std::string since;
     bool repair = false;
-    std::string key, value;
+    std::string key, value, file;
     std::string description;
     bool reproducible = false, duringImport = false, duringOpening = false;
     std::vector<std::string> attachments;
@@ -40,6 +40,7 @@ struct Raw
     long long expected = 0;
     std::map<std::string, std::string> filters;
     std::vector<std::string> targets;
+    ArchiveOptions archive = {};
 };
 
 /// The filters of a query of the cloud.
@@ -165,7 +166,13 @@ void addOthers(CLI::App &app, Raw &raw)
     CLI::App *set = settings->add_subcommand("set", "Change one setting");
     set->add_option("KEY", raw.key, "The setting")->required();
     set->add_option("VALUE", raw.value, "Its new value")->required();
-    for (CLI::App *action : {list, get, set}) {
+    CLI::App *exported =
+        settings->add_subcommand("export", "Write all settings into a file, for another gateway");
+    CLI::App *imported = settings->add_subcommand("import", "Take settings from such a file, all or none");
+    for (CLI::App *action : {exported, imported}) {
+        action->add_option("FILE", raw.file, "The file, in JSON")->required();
+    }
+    for (CLI::App *action : {list, get, set, imported}) {
         action->add_flag("--json", raw.json, "As one JSON object");
     }
 
@@ -367,9 +374,14 @@ SettingsCommand settingsCommand(const CLI::App &settings, const Raw &raw)
         command.action = SettingsCommand::Action::get;
     } else if (settings.got_subcommand("set")) {
         command.action = SettingsCommand::Action::set;
+    } else if (settings.got_subcommand("export")) {
+        command.action = SettingsCommand::Action::exportFile;
+    } else if (settings.got_subcommand("import")) {
+        command.action = SettingsCommand::Action::importFile;
     }
     command.key = text(raw.key);
     command.value = text(raw.value);
+    command.file = text(raw.file);
     command.asJson = raw.json;
     return command;
 }
@@ -424,6 +436,9 @@ Command command(const CLI::App &app, const Raw &raw)
     }
     if (app.got_subcommand("account")) {
         return accountCommand(*app.get_subcommand("account"), raw);
+    }
+    if (app.got_subcommand("archive")) {
+        return raw.archive.command(*app.get_subcommand("archive"));
     }
     if (app.got_subcommand("report")) {
         return reportCommand(raw);
@@ -485,6 +500,7 @@ std::variant<Invocation, CommandLineEnd> parseCommandLine(const QStringList &arg
     addLogs(app, raw);
     addTerms(app, raw);
     addAccount(app, raw);
+    raw.archive.add(app);
     addReport(app, raw);
     addDoctor(app, raw);
     addCloud(app, raw);

@@ -1,7 +1,9 @@
 #pragma once
 
 #include "platform/sockets/listening_socket.h"
+#include "terminal/commands/archive_command.h"
 
+#include <QtCore/QJsonObject>
 #include <QtCore/QMap>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
@@ -73,12 +75,16 @@ struct SettingsCommand
     {
         list,
         get,
-        set
+        set,
+        exportFile,
+        importFile
     };
 
     Action action = Action::list;
     QString key;
     QString value;
+    QString file;         ///< of an export or import
+    QJsonObject settings; ///< what an import found in the file
     bool asJson = false;
 };
 
@@ -185,6 +191,7 @@ using Command = std::variant<RunHeadless,
                              LogsCommand,
                              TermsCommand,
                              AccountCommand,
+                             ArchiveCommand,
                              ReportCommand,
                              DoctorCommand,
                              ConformanceCommand,

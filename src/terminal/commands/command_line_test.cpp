@@ -196,6 +196,14 @@ TEST_F(CommandLine, ReadsSettingsCommands)
     EXPECT_EQ(get.key, u"k"_qs);
     EXPECT_EQ(set.action, SettingsCommand::Action::set);
     EXPECT_EQ(set.value, u"v"_qs);
+    const auto exported =
+        std::get<SettingsCommand>(invocation({u"settings"_qs, u"export"_qs, u"f"_qs}).command);
+    const auto imported =
+        std::get<SettingsCommand>(invocation({u"settings"_qs, u"import"_qs, u"f"_qs, u"--json"_qs}).command);
+    EXPECT_EQ(exported.action, SettingsCommand::Action::exportFile);
+    EXPECT_EQ(exported.file, u"f"_qs);
+    EXPECT_EQ(imported.action, SettingsCommand::Action::importFile);
+    EXPECT_TRUE(imported.asJson);
 }
 
 TEST_F(CommandLine, RefusesWhatItDoesNotKnow)
@@ -207,6 +215,8 @@ TEST_F(CommandLine, RefusesWhatItDoesNotKnow)
         {u"sign-in"_qs},
         {u"settings"_qs},
         {u"settings"_qs, u"get"_qs},
+        {u"settings"_qs, u"export"_qs},
+        {u"settings"_qs, u"import"_qs},
         {u"status"_qs, u"--xml"_qs},
         {u"--cloud-kind"_qs, u"ftp"_qs, u"status"_qs},
         {u"--bind"_qs, u"not-an-address"_qs, u"--headless"_qs},

@@ -18,6 +18,7 @@ const QString kAutoDelete = QStringLiteral("autoDelete");
 const QString kNoBonjour = QStringLiteral("noBonjour");
 const QString kKey = QStringLiteral("key");
 const QString kValue = QStringLiteral("value");
+const QString kSettings = QStringLiteral("settings");
 
 const QString kCloud = QStringLiteral("cloud");
 const QString kCloudKind = QStringLiteral("cloudKind");
@@ -66,11 +67,14 @@ ControlRequest settingsRequest(const SettingsCommand &command)
 {
     switch (command.action) {
     case SettingsCommand::Action::list:
+    case SettingsCommand::Action::exportFile:
         return {requests::kSettingsList, {}};
     case SettingsCommand::Action::get:
         return {requests::kSettingsGet, {{kKey, command.key}}};
     case SettingsCommand::Action::set:
         return {requests::kSettingsSet, {{kKey, command.key}, {kValue, command.value}}};
+    case SettingsCommand::Action::importFile:
+        return {requests::kSettingsImport, {{kSettings, command.settings}}};
     }
     return {};
 }

@@ -19,6 +19,7 @@ inline const QString kSetup = QStringLiteral("setup");
 inline const QString kSettingsList = QStringLiteral("settings-list");
 inline const QString kSettingsGet = QStringLiteral("settings-get");
 inline const QString kSettingsSet = QStringLiteral("settings-set");
+inline const QString kSettingsImport = QStringLiteral("settings-import");
 inline const QString kTermsShow = QStringLiteral("terms-show");
 inline const QString kTermsAccept = QStringLiteral("terms-accept");
 inline const QString kTermsDecline = QStringLiteral("terms-decline");

@@ -62,7 +62,7 @@ Set for %{cloud}. An upload carries up to %{batch}; %{compression}
 
 | | |
 |---|---|
-| STOW-RS (PS3.18 10.5) | `POST .../studies`, HTTP/1.1, TLS 1.2 or later, the length of the body known beforehand |
+| STOW-RS (PS3.18 10.5) | `POST .../studies`, HTTP/1.1, or HTTP/2 where a server refuses that in the TLS handshake, TLS 1.2 or later, the length of the body known beforehand |
 | QIDO-RS (PS3.18 10.6) | studies, series and instances, `application/dicom+json`; for the browser of the cloud, and where an answer to an upload can't be read |
 | WADO-RS (PS3.18 10.4) | an instance, in any transfer syntax, to compare it with what was sent |
 | authorization | %{authorization} |
@@ -114,7 +114,10 @@ QMap<QString, QString> valuesOf(const ConformanceConfiguration &configuration)
                    "nothing is compressed before (`quorinCloudCompressToLS` is off), so what follows on "
                    "JPEG-LS doesn't apply.")},
         {QStringLiteral("authorization"),
-         isArchive ? QStringLiteral("Basic (RFC 7617), or none after `sign-in --no-auth`")
+         isArchive ? QStringLiteral(
+                         "Basic (RFC 7617); Bearer (RFC 6750) with a token, or with access tokens of OAuth "
+                         "2.0 (RFC 6749 4.4, RFC 7523); none after `sign-in --no-auth`; besides, a "
+                         "client certificate, as `archive set` says")
                    : QStringLiteral("Bearer (RFC 6750), with the session of the account")}};
 }
 

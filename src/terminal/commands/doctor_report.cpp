@@ -1,6 +1,9 @@
 #include "terminal/commands/doctor_report.h"
 
+#include "core/log_limit.h"
+
 #include <QtCore/QJsonArray>
+#include <QtCore/QLocale>
 #include <QtCore/QStringList>
 
 #include <algorithm>
@@ -82,6 +85,16 @@ QString countText(const QJsonValue &finding)
                       : QStringLiteral("%1 found").arg(count);
 }
 
+/// What the cloud has taken and doesn't show yet hasn't failed.
+QString failureCountText(const QJsonValue &failure)
+{
+    const bool isAwaited =
+        core::failureClassOf(failure[u"class"].toString()) == core::FailureClass::notThereYet;
+    return (isAwaited ? QStringLiteral("%1 sent, waiting for the cloud's confirmation")
+                      : QStringLiteral("%1 not sent"))
+        .arg(failure[u"count"].toInteger());
+}
+
 /// Empty where nothing is lacking.
 QString fencesSentence(const platform::HelperFences &fences)
 {
@@ -151,6 +164,21 @@ void addFences(QJsonObject &report, const std::optional<platform::HelperFences> 
     }
 }
 
+void addLogRoom(QJsonObject &report, qint64 bytes, qint64 limitBytes)
+{
+    const QLocale c = QLocale::c();
+    const QString taken = QStringLiteral("The log files take %1").arg(c.formattedDataSize(bytes));
+    const QString sentence =
+        limitBytes > 0 ? QStringLiteral("%1 of at most %2.").arg(taken, c.formattedDataSize(limitBytes))
+                       : QStringLiteral("%1; nothing limits them. quorin-gateway settings set %2 MIB does.")
+                             .arg(taken, core::kLogLimitKey);
+    report.insert(
+        QStringLiteral("log"),
+        QJsonObject{{QStringLiteral("bytes"), bytes},
+                    {QStringLiteral("limitBytes"), limitBytes > 0 ? QJsonValue(limitBytes) : QJsonValue()},
+                    {QStringLiteral("sentence"), sentence}});
+}
+
 QString doctorText(const QJsonObject &report)
 {
     QStringList lines{QStringLiteral("Looked at %1 stored files, and for %2 files that the index knows.")
@@ -164,7 +192,7 @@ QString doctorText(const QJsonObject &report)
         addGroup(countText(finding), finding);
     }
     for (const auto &failure : report.value(QStringLiteral("failures")).toArray()) {
-        addGroup(QStringLiteral("%1 not sent").arg(failure[u"count"].toInteger()), failure);
+        addGroup(failureCountText(failure), failure);
     }
     for (const QString &line : waitingLines(report.value(QStringLiteral("waiting")).toObject())) {
         lines.append(QStringLiteral("Waiting: ") + line);
@@ -172,6 +200,9 @@ QString doctorText(const QJsonObject &report)
     if (const QString lacking = report.value(QStringLiteral("confinement"))[u"sentence"].toString();
         !lacking.isEmpty()) {
         lines.append(lacking);
+    }
+    if (const QJsonValue log = report.value(QStringLiteral("log")); log.isObject()) {
+        lines.append(log[u"sentence"].toString());
     }
     lines.append(closingLine(report));
     return lines.join(u'\n') + u'\n';

@@ -28,6 +28,9 @@ void addMissingSession(QJsonObject &report, qint64 images, const QString &senten
 /// it lacks, which is no fault of the gateway's images. Nothing is added where it isn't known.
 void addFences(QJsonObject &report, const std::optional<platform::HelperFences> &fences);
 
+/// Adds what the log files take, and the most that they may take; 0 for no limit.
+void addLogRoom(QJsonObject &report, qint64 bytes, qint64 limitBytes);
+
 /// The JSON object in words, some lines for people.
 QString doctorText(const QJsonObject &report);
 

@@ -54,6 +54,18 @@ TEST(DoctorReport, AlwaysHasTheSameKeys)
     EXPECT_TRUE(json[u"findings"][0][u"examples"][1][u"file"].isNull());
 }
 
+TEST(DoctorReport, CallsWhatTheCloudHasTakenAndDoesNotShowYetNeitherSentNorUnsent)
+{
+    const Diagnosis diagnosis{.failures = {{{core::FailureClass::notThereYet, 0}, 3, {name()}},
+                                           {{core::FailureClass::storageUsedUp, 7}, 4, {}}}};
+
+    const QString text = doctorText(toJson(diagnosis, false));
+
+    EXPECT_TRUE(text.contains(u"3 sent, waiting for the cloud's confirmation: "_qs)) << text.toStdString();
+    EXPECT_FALSE(text.contains(u"3 not sent"_qs));
+    EXPECT_TRUE(text.contains(u"4 not sent: "_qs));
+}
+
 TEST(DoctorReport, SaysOnlyWhatTheKernelLacksToConfineProcesses)
 {
     QJsonObject whole = toJson(Diagnosis(), false);
@@ -70,6 +82,23 @@ TEST(DoctorReport, SaysOnlyWhatTheKernelLacksToConfineProcesses)
     EXPECT_FALSE(doctorText(lacking).contains(u"seccomp"_qs));
     EXPECT_TRUE(lacking[u"well"].toBool());
     EXPECT_FALSE(unknown.contains(u"confinement"_qs));
+}
+
+TEST(DoctorReport, SaysWhatTheLogTakesAndWhatLimitsIt)
+{
+    constexpr qint64 kMiB = 1024 * 1024;
+    QJsonObject free = toJson(Diagnosis(), false);
+    addLogRoom(free, 150 * kMiB, 0);
+    QJsonObject limited = toJson(Diagnosis(), false);
+    addLogRoom(limited, 150 * kMiB, 500 * kMiB);
+
+    EXPECT_FALSE(doctorText(toJson(Diagnosis(), false)).contains(u"log files"_qs));
+    EXPECT_TRUE(doctorText(free).contains(u"The log files take 150.00 MiB; nothing limits them. "
+                                          "quorin-gateway settings set GatewayLogLimitMiB MIB does.\n"_qs));
+    EXPECT_TRUE(free[u"log"][u"limitBytes"].isNull());
+    EXPECT_TRUE(doctorText(limited).contains(u"The log files take 150.00 MiB of at most 500.00 MiB.\n"_qs));
+    EXPECT_EQ(limited[u"log"][u"bytes"].toInteger(), 150 * kMiB);
+    EXPECT_TRUE(limited[u"well"].toBool());
 }
 
 TEST(DoctorReport, SaysWhatUploadsWaitFor)

@@ -26,7 +26,8 @@ QStringList failureLines(const QJsonArray &failures)
 {
     QList<std::pair<QString, qint64>> counts; // in the order of their coming
     for (const auto &value : failures) {
-        const QString sentence = value[u"sentence"].toString();
+        // The gateway may speak another language than who asks.
+        const QString sentence = core::failureSentence(core::failureClassOf(value[u"class"].toString()));
         const qint64 files = value[u"count"].toInteger();
         const auto known = std::find_if(
             counts.begin(), counts.end(), [&](const auto &count) { return count.first == sentence; });

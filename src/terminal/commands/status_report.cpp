@@ -1,5 +1,6 @@
 #include "terminal/commands/status_report.h"
 
+#include "account/session_words.h"
 #include "state/time_texts.h"
 #include "terminal/commands/failure_report.h"
 #include "terminal/commands/waiting_report.h"
@@ -60,34 +61,18 @@ QJsonValue lastRun(const upload::UploadRunFigures &figures)
     return json;
 }
 
-QString listenerState(const state::ListenerFigures &listener)
-{
-    switch (listener.state) {
-    case state::ListenerState::stopped:
-        break;
-    case state::ListenerState::starting:
-        return QStringLiteral("starting");
-    case state::ListenerState::listening:
-        return QStringLiteral("listening");
-    case state::ListenerState::restarting:
-        return QStringLiteral("restarting");
-    case state::ListenerState::failed:
-        return QStringLiteral("failed");
-    }
-    return QStringLiteral("stopped");
-}
-
 QJsonObject inboxJson(const state::InboxFigures &inbox)
 {
     return {{QStringLiteral("setAside"), inbox.setAside},
             {QStringLiteral("waiting"), inbox.waiting},
             {QStringLiteral("longestWaitSeconds"), qint64{inbox.longestWait.count()}},
-            {QStringLiteral("waitsLong"), inbox.isWaitingLong()}};
+            {QStringLiteral("waitsLong"), inbox.isWaitingLong()},
+            {QStringLiteral("outOfSight"), inbox.outOfSight}};
 }
 
 QJsonObject listenerJson(const state::ListenerFigures &listener)
 {
-    return {{QStringLiteral("state"), listenerState(listener)},
+    return {{QStringLiteral("state"), QString(state::rawValue(listener.state))},
             {QStringLiteral("aeTitle"), listener.aeTitle},
             {QStringLiteral("port"), listener.port},
             {QStringLiteral("address"), listener.address},
@@ -97,12 +82,21 @@ QJsonObject listenerJson(const state::ListenerFigures &listener)
 
 QJsonObject countersJson(const StatusReport::Counters &counters)
 {
+    QJsonValue instances;
+    if (counters.instances) {
+        instances = QJsonObject{
+            {QStringLiteral("total"), qint64{counters.instances->total}},
+            {QStringLiteral("notSynced"), qint64{counters.instances->total - counters.instances->synced}},
+            {QStringLiteral("synced"), qint64{counters.instances->synced}},
+            {QStringLiteral("failed"), qint64{counters.instances->failed}}};
+    }
     return {{QStringLiteral("studies"), counters.studies},
             {QStringLiteral("series"), counters.series},
             {QStringLiteral("images"), counters.images},
             {QStringLiteral("notSynced"), counters.notSynced},
             {QStringLiteral("synced"), counters.synced},
-            {QStringLiteral("failed"), counters.failed}};
+            {QStringLiteral("failed"), counters.failed},
+            {QStringLiteral("instances"), instances}};
 }
 
 QJsonArray seriesJson(const std::vector<std::int64_t> &series)
@@ -224,7 +218,7 @@ QString sessionText(const QJsonObject &session)
     const QString since = localMoment(session.value(QStringLiteral("since")).toString());
     const QString label = session.value(QStringLiteral("label")).toString();
     if (state == account::rawValue(account::SessionState::notKnownYet)) {
-        return QStringLiteral("Not known yet");
+        return account::accountText(account::SessionState::notKnownYet, {});
     }
     if (state == account::rawValue(account::SessionState::ended)) {
         return QStringLiteral("Ended by the cloud on %1; sign in again").arg(since);
@@ -233,10 +227,16 @@ QString sessionText(const QJsonObject &session)
         return QStringLiteral("User name or password of %1 refused since %2; tried again by itself")
             .arg(label, since);
     }
+    if (state == account::rawValue(account::SessionState::signInUnavailable)) {
+        return QStringLiteral("Sign-in of %1 can't be had since %2; tried again by itself. %3")
+            .arg(label, since, session.value(QStringLiteral("trouble")).toString())
+            .trimmed();
+    }
     if (!session.value(QStringLiteral("signedIn")).toBool()) {
         return QStringLiteral("Signed out");
     }
-    return label.isEmpty() ? QStringLiteral("Signed in") : QStringLiteral("Signed in as ") + label;
+    return account::accountText(account::SessionState::signedIn,
+                                label.isEmpty() ? std::nullopt : std::optional(label));
 }
 
 QJsonObject sessionJson(const StatusReport::Session &session)
@@ -245,7 +245,8 @@ QJsonObject sessionJson(const StatusReport::Session &session)
     return {{QStringLiteral("signedIn"), session.isSignedIn},
             {QStringLiteral("label"), textOrNull(session.label)},
             {QStringLiteral("state"), QString(account::rawValue(session.standing.state))},
-            {QStringLiteral("since"), textOrNull(since ? since->toUTC().toString(Qt::ISODate) : QString())}};
+            {QStringLiteral("since"), textOrNull(since ? since->toUTC().toString(Qt::ISODate) : QString())},
+            {QStringLiteral("trouble"), textOrNull(session.trouble)}};
 }
 
 QString countersText(const QJsonObject &counters)
@@ -260,6 +261,17 @@ QString countersText(const QJsonObject &counters)
         .arg(count(QStringLiteral("failed")));
 }
 
+QString instancesText(const QJsonValue &instances)
+{
+    const auto count = [&](const QString &key) { return instances[key].toInteger(); };
+    return instances.isNull() ? QStringLiteral("not known")
+                              : QStringLiteral("%1; %2 synced, %3 to send, %4 failed")
+                                    .arg(count(QStringLiteral("total")))
+                                    .arg(count(QStringLiteral("synced")))
+                                    .arg(count(QStringLiteral("notSynced")))
+                                    .arg(count(QStringLiteral("failed")));
+}
+
 /// Nothing where nobody has to know anything.
 QStringList upkeepLines(const QJsonObject &status)
 {
@@ -272,6 +284,10 @@ QStringList upkeepLines(const QJsonObject &status)
                                     "quorin-gateway doctor says why")
                          .arg(waits[u"waiting"].toInteger())
                          .arg(waits[u"longestWaitSeconds"].toInteger() / kMinute));
+    }
+    if (waits[u"outOfSight"].toInteger() > 0) {
+        lines.append(QStringLiteral("Inbox      can't be seen, or another one stands in its place; received "
+                                    "images may wait in it; quorin-gateway doctor says where"));
     }
     if (status[u"storage"][u"outOfSight"].toBool()) {
         lines.append(
@@ -288,6 +304,11 @@ QStringList upkeepLines(const QJsonObject &status)
         lines.append(QStringLiteral("Index      lacks stored images; %1 of %2 recorded again")
                          .arg(again[u"recorded"].toInteger())
                          .arg(again[u"files"].toInteger()));
+    }
+    if (const QString former = status[u"formerIndex"].toString(); !former.isEmpty()) {
+        lines.append(QStringLiteral("Index      of the version before is kept at %1 until this version has "
+                                    "been ended in an orderly way and starts again")
+                         .arg(former));
     }
     if (status[u"retention"][u"heldBack"].toBool()) {
         lines.append(
@@ -312,6 +333,7 @@ QJsonObject toJson(const StatusReport &report)
         {QStringLiteral("recordingAgain"),
          QJsonObject{{QStringLiteral("files"), report.upkeep.filesToRecordAgain},
                      {QStringLiteral("recorded"), report.upkeep.filesRecordedAgain}}},
+        {QStringLiteral("formerIndex"), textOrNull(report.upkeep.formerIndex)},
         {QStringLiteral("counters"), countersJson(report.counters)},
         {QStringLiteral("failures"), toJson(report.failures)},
         {QStringLiteral("waiting"), toJson(report.waiting)},
@@ -351,6 +373,8 @@ QString statusText(const QJsonObject &status)
         QStringLiteral("Receiving  %1 open associations")
             .arg(receiving.value(QStringLiteral("associations")).toInteger()),
         QStringLiteral("Images     ") + countersText(part(QStringLiteral("counters"))),
+        QStringLiteral("Instances  ") +
+            instancesText(part(QStringLiteral("counters")).value(QStringLiteral("instances"))),
         QStringLiteral("Activity   ") + activityText(part(QStringLiteral("activity"))),
         QStringLiteral("Storage    %1 used, %2 free")
             .arg(bytesText(storage.value(QStringLiteral("usedBytes"))),

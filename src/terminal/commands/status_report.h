@@ -1,6 +1,7 @@
 #pragma once
 
 #include "account/session_standing.h"
+#include "index/pending_image_upload.h"
 #include "state/listener_figures.h"
 #include "state/upkeep_figures.h"
 #include "upload/failure_figures.h"
@@ -27,6 +28,7 @@ struct StatusReport
     struct Counters
     {
         qint64 studies = 0, series = 0, images = 0, notSynced = 0, synced = 0, failed = 0;
+        std::optional<index::InstanceCounts> instances; ///< nothing when the index can't be read
     } counters;
 
     struct Storage
@@ -68,6 +70,7 @@ struct StatusReport
         bool isSignedIn = false;
         QString label;
         account::SessionStanding standing;
+        QString trouble = {}; ///< a sentence, while the sign-in is refused or can't be had
     } session;
 
     struct Setup

@@ -18,6 +18,7 @@ TEST(StatusReport, AlwaysHasTheSameKeys)
                            u"cloud"_qs,
                            u"counters"_qs,
                            u"failures"_qs,
+                           u"formerIndex"_qs,
                            u"inbox"_qs,
                            u"listener"_qs,
                            u"log"_qs,
@@ -34,8 +35,13 @@ TEST(StatusReport, AlwaysHasTheSameKeys)
               (QStringList{
                   u"address"_qs, u"aeTitle"_qs, u"asItShouldBe"_qs, u"error"_qs, u"port"_qs, u"state"_qs}));
     EXPECT_EQ(json[u"counters"].toObject().keys(),
-              (QStringList{
-                  u"failed"_qs, u"images"_qs, u"notSynced"_qs, u"series"_qs, u"studies"_qs, u"synced"_qs}));
+              (QStringList{u"failed"_qs,
+                           u"images"_qs,
+                           u"instances"_qs,
+                           u"notSynced"_qs,
+                           u"series"_qs,
+                           u"studies"_qs,
+                           u"synced"_qs}));
     EXPECT_EQ(json[u"upload"].toObject().keys(),
               (QStringList{u"lastRun"_qs, u"mode"_qs, u"running"_qs, u"speedMbps"_qs}));
     EXPECT_EQ(
@@ -43,6 +49,26 @@ TEST(StatusReport, AlwaysHasTheSameKeys)
         (QStringList{
             u"baseUrl"_qs, u"kind"_qs, u"lastCheckedAt"_qs, u"lastError"_qs, u"online"_qs, u"storage"_qs}));
     EXPECT_EQ(json[u"terms"].toObject().keys(), (QStringList{u"reason"_qs, u"required"_qs, u"version"_qs}));
+}
+
+TEST(StatusReport, TellsInstancesBesideTheirFrames)
+{
+    StatusReport report;
+    EXPECT_TRUE(statusText(toJson(report)).contains(u"Instances  not known"_qs));
+    report.counters = {.studies = 1,
+                       .series = 2,
+                       .images = 1203,
+                       .notSynced = 203,
+                       .synced = 1000,
+                       .failed = 3,
+                       .instances = index::InstanceCounts{.total = 9, .synced = 5, .failed = 1}};
+
+    const QJsonObject json = toJson(report);
+
+    EXPECT_EQ(json[u"counters"][u"instances"].toObject(),
+              (QJsonObject{{u"total"_qs, 9}, {u"notSynced"_qs, 4}, {u"synced"_qs, 5}, {u"failed"_qs, 1}}));
+    EXPECT_TRUE(statusText(json).contains(u"Images     1203 in 2 series"_qs));
+    EXPECT_TRUE(statusText(json).contains(u"Instances  9; 5 synced, 4 to send, 1 failed"_qs));
 }
 
 TEST(StatusReport, TellsOfFilesSetAsideAndOfARetentionThatIsHeldBackAndElseIsSilent)
@@ -98,35 +124,51 @@ TEST(StatusReport, TellsHowFarTheRecordingOfALostIndexIsAndElseIsSilent)
     EXPECT_TRUE(statusText(json).contains(u"Index      lacks stored images; 12 of 300 recorded again"_qs));
 }
 
+TEST(StatusReport, TellsWhereTheIndexOfTheVersionBeforeIsKept)
+{
+    StatusReport report;
+    EXPECT_TRUE(toJson(report)[u"formerIndex"].isNull());
+    EXPECT_FALSE(statusText(toJson(report)).contains(u"Index"_qs));
+
+    report.upkeep.formerIndex = QStringLiteral("/home/index.former");
+
+    EXPECT_EQ(toJson(report)[u"formerIndex"].toString(), u"/home/index.former"_qs);
+    EXPECT_TRUE(statusText(toJson(report))
+                    .contains(u"Index      of the version before is kept at /home/index.former until"_qs));
+}
+
 TEST(StatusReport, CallsASessionThatTheCloudEndedBySomethingElseThanSignedOut)
 {
     using account::SessionState;
     const QDateTime moment(QDate(2026, 5, 1), QTime(13, 0), Qt::UTC);
     const auto sessionLine = [&](bool isSignedIn, SessionState state, const QString &label) {
         StatusReport report;
-        report.session = {isSignedIn, label, {state, moment}};
+        report.session = {isSignedIn, label, {state, moment}, u"No answer."_qs};
         const QStringList lines = statusText(toJson(report)).split(u'\n');
         return lines.filter(u"Session "_qs).value(0).mid(11);
     };
     const QString local = moment.toLocalTime().toString(u"yyyy-MM-dd HH:mm"_qs);
 
-    EXPECT_EQ(sessionLine(false, SessionState::notKnownYet, {}), u"Not known yet"_qs);
+    EXPECT_EQ(sessionLine(false, SessionState::notKnownYet, {}), u"Checking sign-in status…"_qs);
     EXPECT_EQ(sessionLine(false, SessionState::signedOut, {}), u"Signed out"_qs);
     EXPECT_EQ(sessionLine(false, SessionState::ended, {}),
               u"Ended by the cloud on %1; sign in again"_qs.arg(local));
     EXPECT_EQ(sessionLine(true, SessionState::credentialsRefused, u"mod1"_qs),
               u"User name or password of mod1 refused since %1; tried again by itself"_qs.arg(local));
+    EXPECT_EQ(sessionLine(true, SessionState::signInUnavailable, u"mod1"_qs),
+              u"Sign-in of mod1 can't be had since %1; tried again by itself. No answer."_qs.arg(local));
 }
 
 TEST(StatusReport, SaysForProgramsHowTheSessionStandsAndSinceWhen)
 {
     StatusReport report;
     report.session = {
-        false, {}, {account::SessionState::ended, QDateTime(QDate(2026, 5, 1), QTime(13, 0), Qt::UTC)}};
+        false, {}, {account::SessionState::ended, QDateTime(QDate(2026, 5, 1), QTime(13, 0), Qt::UTC)}, {}};
 
     const QJsonObject session = toJson(report)[u"session"].toObject();
 
-    EXPECT_EQ(session.keys(), (QStringList{u"label"_qs, u"signedIn"_qs, u"since"_qs, u"state"_qs}));
+    EXPECT_EQ(session.keys(),
+              (QStringList{u"label"_qs, u"signedIn"_qs, u"since"_qs, u"state"_qs, u"trouble"_qs}));
     EXPECT_EQ(session[u"state"].toString(), u"ended"_qs);
     EXPECT_EQ(session[u"since"].toString(), u"2026-05-01T13:00:00Z"_qs);
 }

@@ -31,7 +31,8 @@ QJsonObject toJson(const upload::WaitingUploads &waiting)
         sentence = core::failureSentence(waiting.pause->cause);
         until = waiting.pause->until;
     }
-    return {{QStringLiteral("files"), static_cast<qint64>(waiting.retries.files)},
+    return {{QStringLiteral("awaited"), waiting.awaited},
+            {QStringLiteral("files"), static_cast<qint64>(waiting.retries.files)},
             {QStringLiteral("nextTryAt"), momentOrNull(waiting.retries.next.value_or(QDateTime()))},
             {QStringLiteral("pausedBy"), cause},
             {QStringLiteral("pausedFor"), sentence},
@@ -43,10 +44,18 @@ QStringList waitingLines(const QJsonObject &waiting)
     QStringList lines;
     const QJsonValue until = waiting.value(QStringLiteral("pausedUntil"));
     if (until.isString()) {
+        // The gateway may speak another language than who asks.
+        const QString cause = waiting.value(QStringLiteral("pausedBy")).toString();
         lines.append(QStringLiteral("uploads pause until %1: %2")
-                         .arg(localMoment(until), waiting.value(QStringLiteral("pausedFor")).toString()));
+                         .arg(localMoment(until), core::failureSentence(core::failureClassOf(cause))));
     }
-    const qint64 files = waiting.value(QStringLiteral("files")).toInteger();
+    const qint64 awaited = waiting.value(QStringLiteral("awaited")).toInteger();
+    if (awaited > 0) {
+        lines.append(
+            QStringLiteral("files that the cloud has taken and doesn't show yet, which are looked for: %1")
+                .arg(awaited));
+    }
+    const qint64 files = waiting.value(QStringLiteral("files")).toInteger() - awaited;
     if (files > 0) {
         lines.append(QStringLiteral("files that failed and are tried again later: %1, the next at %2")
                          .arg(files)

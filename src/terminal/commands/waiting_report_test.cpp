@@ -19,9 +19,13 @@ TEST(WaitingReport, AreNoLineWhereNothingWaits)
 {
     const QJsonObject json = toJson(upload::WaitingUploads());
 
-    EXPECT_EQ(
-        json.keys(),
-        (QStringList{u"files"_qs, u"nextTryAt"_qs, u"pausedBy"_qs, u"pausedFor"_qs, u"pausedUntil"_qs}));
+    EXPECT_EQ(json.keys(),
+              (QStringList{u"awaited"_qs,
+                           u"files"_qs,
+                           u"nextTryAt"_qs,
+                           u"pausedBy"_qs,
+                           u"pausedFor"_qs,
+                           u"pausedUntil"_qs}));
     EXPECT_TRUE(json[u"nextTryAt"].isNull());
     EXPECT_TRUE(json[u"pausedBy"].isNull());
     EXPECT_EQ(waitingLines(json), QStringList());
@@ -36,6 +40,17 @@ TEST(WaitingReport, AreToldWithTheirNumberAndTheNextTime)
     EXPECT_EQ(
         waitingLines(json),
         QStringList{u"files that failed and are tried again later: 10000, the next at "_qs + local(kMoment)});
+}
+
+TEST(WaitingReport, TellWhatTheCloudHasTakenFromWhatFailed)
+{
+    const QJsonObject json = toJson(upload::WaitingUploads{{5, kMoment}, {}, 3});
+
+    EXPECT_EQ(json[u"awaited"].toInt(), 3);
+    EXPECT_EQ(
+        waitingLines(json),
+        (QStringList{u"files that the cloud has taken and doesn't show yet, which are looked for: 3"_qs,
+                     u"files that failed and are tried again later: 2, the next at "_qs + local(kMoment)}));
 }
 
 TEST(WaitingReport, AreToldWithWhatAllOfThemWaitFor)

@@ -1,5 +1,6 @@
 #include "terminal/control/control_client.h"
 
+#include "platform/descriptors/descriptor.h"
 #include "platform/sockets/unix_socket_address.h"
 
 #include <array>
@@ -7,7 +8,6 @@
 
 #include <poll.h>
 #include <sys/socket.h>
-#include <unistd.h>
 
 namespace gateway::terminal {
 
@@ -19,22 +19,17 @@ public:
     explicit Connection(const QString &path) : m_descriptor(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0))
     {
         const platform::UnixSocketAddress address(path);
-        m_isOpen = m_descriptor >= 0 && address.isValid() &&
-                   ::connect(m_descriptor, address.address(), address.size()) == 0;
+        m_isOpen = m_descriptor.isOpen() && address.isValid() &&
+                   ::connect(m_descriptor.get(), address.address(), address.size()) == 0;
     }
-
-    ~Connection() { ::close(m_descriptor); }
-
-    Connection(const Connection &) = delete;
-    Connection &operator=(const Connection &) = delete;
 
     bool isOpen() const { return m_isOpen; }
 
     bool send(QByteArray bytes) const
     {
         while (!bytes.isEmpty()) {
-            const ssize_t count =
-                ::send(m_descriptor, bytes.constData(), static_cast<std::size_t>(bytes.size()), MSG_NOSIGNAL);
+            const ssize_t count = ::send(
+                m_descriptor.get(), bytes.constData(), static_cast<std::size_t>(bytes.size()), MSG_NOSIGNAL);
             if (count < 0 && errno == EINTR) {
                 continue;
             }
@@ -47,20 +42,20 @@ public:
     }
 
     /// All that comes up to the line feed; nothing when the other end hangs up or time runs out before it.
-    std::optional<QByteArray> readLine(std::chrono::milliseconds patience) const
+    std::optional<QByteArray> readLine(std::chrono::milliseconds timeout) const
     {
-        const auto deadline = std::chrono::steady_clock::now() + patience;
+        const auto deadline = std::chrono::steady_clock::now() + timeout;
         QByteArray received;
         std::array<char, 4096> chunk{};
         while (!received.endsWith('\n')) {
             const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
                 deadline - std::chrono::steady_clock::now());
-            pollfd waiting{m_descriptor, POLLIN, 0};
+            pollfd waiting{m_descriptor.get(), POLLIN, 0};
             const int ready = left.count() > 0 ? ::poll(&waiting, 1, static_cast<int>(left.count())) : 0;
             if (ready < 0 && errno == EINTR) {
                 continue;
             }
-            const ssize_t count = ready > 0 ? ::recv(m_descriptor, chunk.data(), chunk.size(), 0) : 0;
+            const ssize_t count = ready > 0 ? ::recv(m_descriptor.get(), chunk.data(), chunk.size(), 0) : 0;
             if (count <= 0) {
                 return std::nullopt;
             }
@@ -71,7 +66,7 @@ public:
     }
 
 private:
-    int m_descriptor;
+    platform::Descriptor m_descriptor;
     bool m_isOpen = false;
 };
 
@@ -85,7 +80,7 @@ ControlReply noInstance()
 }
 
 std::optional<ControlReply>
-askInstance(const QString &socketPath, const ControlRequest &request, std::chrono::milliseconds patience)
+askInstance(const QString &socketPath, const ControlRequest &request, std::chrono::milliseconds timeout)
 {
     const Connection connection(socketPath);
     if (!connection.isOpen()) {
@@ -93,7 +88,7 @@ askInstance(const QString &socketPath, const ControlRequest &request, std::chron
     }
     std::optional<ControlReply> reply;
     if (connection.send(encode(request))) {
-        if (const std::optional<QByteArray> line = connection.readLine(patience)) {
+        if (const std::optional<QByteArray> line = connection.readLine(timeout)) {
             reply = decodeReply(*line);
         }
     }

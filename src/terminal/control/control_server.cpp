@@ -1,6 +1,7 @@
 #include "terminal/control/control_server.h"
 
 #include "platform/concurrency/main_thread.h"
+#include "platform/descriptors/descriptor.h"
 
 #include <QtCore/QPointer>
 #include <QtCore/QSocketNotifier>
@@ -18,20 +19,13 @@ namespace gateway::terminal {
 
 struct ControlServer::Caller
 {
-    int descriptor = -1;
+    platform::Descriptor descriptor; // before what watches it
     QByteArray received;
     QByteArray unsent;
     std::unique_ptr<QSocketNotifier> readable;
     std::unique_ptr<QSocketNotifier> writable;
     std::stop_source gone;
     bool hasAsked = false;
-
-    ~Caller()
-    {
-        readable.reset();
-        writable.reset();
-        ::close(descriptor);
-    }
 };
 
 namespace {
@@ -57,19 +51,16 @@ ControlServer::~ControlServer() = default;
 
 void ControlServer::accept()
 {
-    const int descriptor = ::accept4(m_listener.descriptor(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
-    if (descriptor < 0) {
-        return;
-    }
-    if (!isThisUser(descriptor) || m_callers.size() >= kMaxCallers) {
-        ::close(descriptor);
+    platform::Descriptor descriptor(
+        ::accept4(m_listener.descriptor(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
+    if (!descriptor.isOpen() || !isThisUser(descriptor.get()) || m_callers.size() >= kMaxCallers) {
         return;
     }
     const std::uint64_t id = m_nextId++;
     auto caller = std::make_unique<Caller>();
-    caller->descriptor = descriptor;
-    caller->readable = std::make_unique<QSocketNotifier>(descriptor, QSocketNotifier::Read);
-    caller->writable = std::make_unique<QSocketNotifier>(descriptor, QSocketNotifier::Write);
+    caller->readable = std::make_unique<QSocketNotifier>(descriptor.get(), QSocketNotifier::Read);
+    caller->writable = std::make_unique<QSocketNotifier>(descriptor.get(), QSocketNotifier::Write);
+    caller->descriptor = std::move(descriptor);
     caller->writable->setEnabled(false);
     // Queued: a notifier must not be deleted inside its own signal.
     connect(
@@ -99,7 +90,7 @@ void ControlServer::read(std::uint64_t id)
         return;
     }
     std::array<char, 65536> chunk{};
-    const ssize_t count = ::recv(caller.descriptor, chunk.data(), chunk.size(), 0);
+    const ssize_t count = ::recv(caller.descriptor.get(), chunk.data(), chunk.size(), 0);
     if (count < 0 && (errno == EAGAIN || errno == EINTR)) {
         return;
     }
@@ -121,13 +112,13 @@ void ControlServer::read(std::uint64_t id)
 /// One request a connection: what follows it is of no interest, but for the end.
 void ControlServer::lookForHangUp(std::uint64_t id, Caller &caller)
 {
-    pollfd peer{caller.descriptor, 0, 0};
+    pollfd peer{caller.descriptor.get(), 0, 0};
     if (::poll(&peer, 1, 0) > 0 && (peer.revents & (POLLHUP | POLLERR)) != 0) {
         hangUp(id);
         return;
     }
     std::array<char, 4096> chunk{};
-    if (::recv(caller.descriptor, chunk.data(), chunk.size(), 0) == 0) {
+    if (::recv(caller.descriptor.get(), chunk.data(), chunk.size(), 0) == 0) {
         caller.readable->setEnabled(false); // it only has nothing more to say, and still listens
     }
 }
@@ -169,7 +160,7 @@ void ControlServer::write(std::uint64_t id)
     }
     Caller &caller = *found->second;
     const auto size = static_cast<std::size_t>(caller.unsent.size());
-    const ssize_t count = ::send(caller.descriptor, caller.unsent.constData(), size, MSG_NOSIGNAL);
+    const ssize_t count = ::send(caller.descriptor.get(), caller.unsent.constData(), size, MSG_NOSIGNAL);
     if (count < 0 && errno != EAGAIN && errno != EINTR) {
         hangUp(id);
         return;

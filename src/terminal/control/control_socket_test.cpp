@@ -22,7 +22,7 @@
 namespace gateway::terminal {
 namespace {
 
-constexpr std::chrono::seconds kPatience{60};
+constexpr std::chrono::seconds kAnswerTimeout{60};
 
 /// Runs `work` beside the event loop of this thread until it has returned.
 void runBeside(const std::function<void()> &work)
@@ -84,7 +84,7 @@ TEST_F(ControlSocket, AnswersARequest)
     const ControlServer server(m_path, echo());
 
     std::optional<ControlReply> reply;
-    runBeside([&] { reply = askInstance(m_path, {u"status"_qs, {}}, kPatience); });
+    runBeside([&] { reply = askInstance(m_path, {u"status"_qs, {}}, kAnswerTimeout); });
 
     ASSERT_TRUE(reply.has_value());
     EXPECT_EQ(reply->result.value(u"heard"_qs).toString(), u"status"_qs);
@@ -152,7 +152,7 @@ TEST_F(ControlSocket, AnswersLaterToo)
     });
 
     std::optional<ControlReply> reply;
-    runBeside([&] { reply = askInstance(m_path, {u"upload"_qs, {}}, kPatience); });
+    runBeside([&] { reply = askInstance(m_path, {u"upload"_qs, {}}, kAnswerTimeout); });
 
     ASSERT_TRUE(reply.has_value());
     EXPECT_EQ(reply->code, ExitCode::failed);
@@ -180,7 +180,7 @@ TEST_F(ControlSocket, DropsTheAnswerForACallerThatHasGone)
 
 TEST_F(ControlSocket, TellsThatNoInstanceRuns)
 {
-    EXPECT_FALSE(askInstance(m_path, {u"status"_qs, {}}, kPatience).has_value());
+    EXPECT_FALSE(askInstance(m_path, {u"status"_qs, {}}, kAnswerTimeout).has_value());
 }
 
 TEST_F(ControlSocket, IsForItsUserAlone)
@@ -201,7 +201,7 @@ TEST_F(ControlSocket, TakesThePlaceOfADeadInstancesSocket)
     const ControlServer server(m_path, echo());
 
     std::optional<ControlReply> reply;
-    runBeside([&] { reply = askInstance(m_path, {u"status"_qs, {}}, kPatience); });
+    runBeside([&] { reply = askInstance(m_path, {u"status"_qs, {}}, kAnswerTimeout); });
     EXPECT_TRUE(reply.has_value());
 }
 
@@ -214,7 +214,7 @@ TEST_F(ControlSocket, WorksBelowAPathLongerThanASocketAddress)
     const ControlServer server(path, echo());
 
     std::optional<ControlReply> reply;
-    runBeside([&] { reply = askInstance(path, {u"status"_qs, {}}, kPatience); });
+    runBeside([&] { reply = askInstance(path, {u"status"_qs, {}}, kAnswerTimeout); });
     EXPECT_TRUE(reply.has_value());
 }
 
@@ -233,7 +233,7 @@ TEST_F(ControlSocket, OutlivesCallersThatSendGarbage)
                                           QByteArray("{\"command\":\"half")}) {
             heard.append(converse(m_path, garbage));
         }
-        reply = askInstance(m_path, {u"status"_qs, {}}, kPatience);
+        reply = askInstance(m_path, {u"status"_qs, {}}, kAnswerTimeout);
     });
 
     EXPECT_TRUE(heard.at(0).isEmpty());

@@ -5,11 +5,13 @@
 #include "browser/quorin_cloud_qido_series_table_view_model.h"
 #include "browser/quorin_cloud_qido_study_table_view_model.h"
 #include "browser/quorin_gateway_local_study_table_view_model.h"
+#include "platform/concurrency/async.h"
 #include "platform/concurrency/clock.h"
 #include "platform/concurrency/main_executor.h"
 #include "platform/concurrency/main_thread.h"
 
 #include <QtCore/QDate>
+#include <QtCore/QJsonArray>
 
 #include <stop_token>
 #include <utility>
@@ -21,6 +23,9 @@ namespace {
 using browser::QuorinCloudStudyDateFilterMode;
 
 const QString kTrigger = QStringLiteral("command_line");
+
+/// Before what names no series: so no key can be like it.
+const QString kNobody = QStringLiteral("no series ");
 
 /// Cells are told in full; a hundred bytes a cell are more than most have.
 constexpr qsizetype kMostRows = 200'000;
@@ -113,11 +118,39 @@ QCoro::Task<void> BrowserCommands::list(BrowserCommand command, std::stop_token 
     }
 }
 
+/// The targets as the table names them. People and programs name series by their UIDs; the index knows them
+/// by keys of its own, which may look like the UID of another one.
+QCoro::Task<QStringList> BrowserCommands::namesInTable(BrowserCommand command)
+{
+    if (tableKindOf(command) != browser::TableKind::localSeries) {
+        co_return command.targets;
+    }
+    const QList<index::LocalSeriesSnapshot> series = co_await platform::onPool(
+        m_local.runtime.main, m_local.runtime.pool, [&index = m_local.index, study = command.study] {
+            return index.seriesSnapshots(study);
+        });
+    QStringList names;
+    for (const QString &target : command.targets) {
+        const qsizetype before = names.size();
+        for (const index::LocalSeriesSnapshot &one : series) {
+            if ((one.seriesUID.isEmpty() ? one.id : one.seriesUID) == target.trimmed()) {
+                names.append(one.id);
+            }
+        }
+        if (names.size() == before && !target.trimmed().isEmpty()) {
+            names.append(kNobody + target.trimmed());
+        }
+    }
+    co_return names;
+}
+
 QCoro::Task<void>
 BrowserCommands::removeUnlessAtFault(BrowserCommand command, std::stop_token hungUp, Answer answer)
 {
+    BrowserCommand inTable = command;
+    inTable.targets = co_await namesInTable(command);
     const std::unique_ptr<browser::BrowserTable> table = tableFor(command);
-    const std::optional<index::OutsideCloud> outside = co_await table->imagesOutsideCloud(command.targets);
+    const std::optional<index::OutsideCloud> outside = co_await table->imagesOutsideCloud(inTable.targets);
     if (!outside) {
         answer(ControlReply::failure(browser::unknownOutsideCloudWords()));
         co_return;
@@ -128,7 +161,7 @@ BrowserCommands::removeUnlessAtFault(BrowserCommand command, std::stop_token hun
     } else if (hungUp.stop_requested()) {
         answer(ControlReply::failure(QStringLiteral("Nothing was deleted.")));
     } else {
-        co_await remove(command, *outside, hungUp, answer);
+        co_await remove(inTable, *outside, hungUp, answer);
     }
 }
 
@@ -143,16 +176,15 @@ QCoro::Task<void> BrowserCommands::remove(BrowserCommand command,
     });
     const browser::BatchResult result =
         co_await table->deleteTargets(command.targets, command.targets.size(), told);
-    if (const std::optional<QString> summary = browser::deletionSummary(table->kind(), result)) {
-        answer(ControlReply::failure(*summary));
-        co_return;
-    }
     const browser::OutsideCloudCount lost = browser::OutsideCloudCount::of(told);
-    answer(ControlReply::success({{QStringLiteral("requested"), result.requested},
-                                  {QStringLiteral("deleted"), result.deleted},
-                                  {QStringLiteral("failed"), result.failed},
-                                  {kOutsideCloud, lost.parents},
-                                  {kImagesOutsideCloud, lost.images}}));
+    answer(ControlReply::success(
+        {{QStringLiteral("requested"), result.requested},
+         {QStringLiteral("deleted"), result.deleted},
+         {QStringLiteral("failed"), result.failed},
+         {QStringLiteral("failedTargets"), QJsonArray::fromStringList(result.failedTargets)},
+         {kDeletionProblem, browser::deletionSummary(table->kind(), result).value_or(QString())},
+         {kOutsideCloud, lost.parents},
+         {kImagesOutsideCloud, lost.images}}));
 }
 
 } // namespace gateway::terminal

@@ -32,6 +32,7 @@ public:
 
 private:
     QCoro::Task<> list(BrowserCommand command, std::stop_token hungUp, Answer answer);
+    QCoro::Task<QStringList> namesInTable(BrowserCommand command);
     QCoro::Task<> removeUnlessAtFault(BrowserCommand command, std::stop_token hungUp, Answer answer);
     QCoro::Task<>
     remove(BrowserCommand command, index::OutsideCloud told, std::stop_token hungUp, Answer answer);

@@ -2,7 +2,7 @@
 
 #include "doctor/doctor.h"
 #include "index/schema.h"
-#include "log/gateway_logger.h"
+#include "log/writing/gateway_logger.h"
 #include "platform/concurrency/clock.h"
 #include "platform/concurrency/main_thread.h"
 #include "platform/dicom/dicom_file.h"
@@ -13,6 +13,7 @@
 #include "platform/notifications/notification_center.h"
 #include "platform/system_log/journal_system_log.h"
 #include "terminal/commands/doctor_report.h"
+#include "upload/failure_figures.h"
 #include "upload/removal_record.h"
 
 #include <algorithm>
@@ -24,12 +25,28 @@ namespace {
 
 const QString kRepair = QStringLiteral("repair");
 
-bool recordedImages(const doctor::Diagnosis &diagnosis)
+/// Whether a repair may have given images rows that nobody has asked an upload for.
+bool mayHaveRecordedImages(const doctor::Diagnosis &diagnosis)
 {
     return std::ranges::any_of(diagnosis.findings, [](const doctor::Finding &finding) {
-        return finding.mended > 0 && (finding.kind == doctor::FindingKind::unrecordedImage ||
-                                      finding.kind == doctor::FindingKind::rejectedObject);
+        switch (finding.kind) {
+        case doctor::FindingKind::indexMadeAnew: // some, even where not all could be
+            return true;
+        case doctor::FindingKind::unrecordedImage:
+        case doctor::FindingKind::wholeCopy:
+        case doctor::FindingKind::rejectedObject:
+            return finding.mended > 0;
+        default:
+            return false;
+        }
     });
+}
+
+/// What files wait for, but for the pause of all.
+upload::WaitingUploads waitingIn(index::DicomDB &index)
+{
+    const auto &failed = index.failedUploads();
+    return {failed.waitingRetries(), std::nullopt, upload::awaitedFiles(failed.counts())};
 }
 
 } // namespace
@@ -86,24 +103,24 @@ void DoctorCommands::examine(const ControlRequest &request, const Answer &answer
             const std::stop_callback whenHungUp(hungUp, end);
             const doctor::Diagnosis diagnosis =
                 doctor::Doctor(index, folders, emitter, clock).examine(repair, stop.get_token());
-            const index::WaitingRetries retries = index.failedUploads().waitingRetries();
+            const upload::WaitingUploads waiting = waitingIn(index);
             const auto fences = platform::askForFences(platform::helperProgramPath());
-            main.post(weak, [weak, diagnosis, retries, fences, repair, answer] {
+            main.post(weak, [weak, diagnosis, waiting, fences, repair, answer] {
                 if (const auto self = weak.lock()) {
-                    self->finish(diagnosis, retries, fences, repair, answer);
+                    self->finish(diagnosis, waiting, fences, repair, answer);
                 }
             });
         });
 }
 
 void DoctorCommands::finish(doctor::Diagnosis diagnosis,
-                            const index::WaitingRetries &retries,
+                            upload::WaitingUploads waiting,
                             const std::optional<platform::HelperFences> &fences,
                             bool repair,
                             const Answer &answer)
 {
     m_isExamining = false;
-    if (recordedImages(diagnosis)) {
+    if (repair && mayHaveRecordedImages(diagnosis)) {
         m_onImagesRecorded();
     }
     if (diagnosis.wasStopped) {
@@ -111,15 +128,17 @@ void DoctorCommands::finish(doctor::Diagnosis diagnosis,
         return;
     }
     const Standing standing = m_standing();
-    const qint64 unsent = m_index.notSyncedCounts().images;
+    const qint64 unsent = m_index.counts().notSynced.images;
     if (!standing.isListeningAsItShould) {
         diagnosis.findings.append({.kind = doctor::FindingKind::listenerNotListening, .count = 1});
     }
     if (unsent > 0 && !standing.isSignedIn && standing.missingSession.isEmpty()) {
         diagnosis.findings.append({.kind = doctor::FindingKind::nobodySignedIn, .count = unsent});
     }
-    QJsonObject report = toJson(diagnosis, repair, {retries, standing.pause});
+    waiting.pause = standing.pause;
+    QJsonObject report = toJson(diagnosis, repair, waiting);
     addFences(report, fences);
+    addLogRoom(report, standing.logBytes, standing.logLimitBytes);
     if (unsent > 0 && !standing.missingSession.isEmpty()) {
         addMissingSession(report, unsent, standing.missingSession);
     }
@@ -155,10 +174,10 @@ ControlReply examineWithoutInstance(const core::HomeLayout &layout,
                                   emitter.emit(upload::removalRecord(file, reason));
                               }});
         const bool repair = request.arguments.value(kRepair).toBool();
-        receive::IncomingFolders folders(defaults, settings, layout.incomingFolder);
+        receive::IncomingFolders folders(defaults, settings, {layout.incomingFolder, layout.tokenFolder()});
         doctor::Doctor doctor(index, folders, emitter, clock);
         const doctor::Diagnosis diagnosis = doctor.examine(repair, request.hungUp);
-        QJsonObject report = toJson(diagnosis, repair, {index.failedUploads().waitingRetries(), {}});
+        QJsonObject report = toJson(diagnosis, repair, waitingIn(index));
         addFences(report, platform::askForFences(platform::helperProgramPath()));
         return ControlReply::success(report);
     } catch (const index::StoreInUseError &error) {

@@ -4,7 +4,7 @@
 #include "core/settings.h"
 #include "doctor/diagnosis.h"
 #include "index/dicom_db.h"
-#include "log/store_log_emitter.h"
+#include "log/writing/store_log_emitter.h"
 #include "platform/concurrency/clock.h"
 #include "platform/concurrency/main_executor.h"
 #include "platform/concurrency/task.h"
@@ -14,6 +14,7 @@
 #include "terminal/commands/command_line.h"
 #include "terminal/control/control_protocol.h"
 #include "upload/upload_gate.h"
+#include "upload/waiting_uploads.h"
 
 #include <functional>
 #include <memory>
@@ -45,6 +46,8 @@ public:
         QString missingSession;            ///< who ended the session and what to do; empty where nobody did
         bool isSignedIn = true;            ///< or it isn't known
         bool isListeningAsItShould = true; ///< or it isn't meant to listen
+        qint64 logBytes = 0;               ///< what the log files take
+        qint64 logLimitBytes = 0;          ///< the most that they may take; 0 for no limit
     };
 
     /// \param index, emitter, main, clock, incomingFolders  outlive this.
@@ -66,7 +69,7 @@ public:
 private:
     void examine(const ControlRequest &request, const Answer &answer);
     void finish(doctor::Diagnosis diagnosis,
-                const index::WaitingRetries &retries,
+                upload::WaitingUploads waiting,
                 const std::optional<platform::HelperFences> &fences,
                 bool repair,
                 const Answer &answer);

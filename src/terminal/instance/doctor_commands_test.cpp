@@ -1,7 +1,7 @@
 #include "terminal/instance/doctor_commands.h"
 
 #include "index/testing/temporary_index.h"
-#include "log/testing/recording_log.h"
+#include "log/writing/testing/recording_log.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QDir>
@@ -61,7 +61,7 @@ protected:
     TemporaryIndex home;
     platform::UserDefaults defaults{home.path(u"settings.sqlite"_qs)};
     core::Settings settings{defaults};
-    receive::IncomingFolders folders{defaults, settings, home.path(u"Import"_qs)};
+    receive::IncomingFolders folders{defaults, settings, {home.path(u"Import"_qs), home.path({})}};
     int uploadRequests = 0;
     DoctorCommands::Standing standing;
     log::testing::RecordingLog logged;
@@ -92,7 +92,17 @@ TEST_F(DoctorCommandsTest, AsksForAnUploadOfWhatItRecorded)
 
     EXPECT_TRUE(reply.result[u"well"].toBool());
     EXPECT_EQ(uploadRequests, 1);
-    EXPECT_EQ(home.index().totalCounts().images, 1);
+    EXPECT_EQ(home.index().counts().total.images, 1);
+}
+
+TEST_F(DoctorCommandsTest, AsksForAnUploadOfWhatAnIndexThatWasMadeAnewLacked)
+{
+    home.execute(u"UPDATE Ledger SET recordAgainFrom = 0, lacksSentInstances = 1"_qs);
+
+    EXPECT_EQ(examine().result[u"findings"][0][u"kind"].toString(), u"indexMadeAnew"_qs);
+    EXPECT_EQ(uploadRequests, 0);
+    EXPECT_TRUE(examine({.repair = true}).result[u"well"].toBool());
+    EXPECT_EQ(uploadRequests, 1);
 }
 
 TEST_F(DoctorCommandsTest, FindsThatImagesWaitWithoutASession)
@@ -155,7 +165,7 @@ TEST_F(DoctorCommandsTest, ChangesNothingMoreOnceItsCallerHasHungUp)
     await(reply);
 
     EXPECT_EQ(reply->code, ExitCode::failed);
-    EXPECT_EQ(home.index().totalCounts().images, 0);
+    EXPECT_EQ(home.index().counts().total.images, 0);
 }
 
 TEST_F(DoctorCommandsTest, EndsWithItsOwner)

@@ -2,8 +2,6 @@
 
 #include "account/quorin_auth_view_model.h"
 #include "core/settings.h"
-#include "platform/defaults/user_defaults.h"
-#include "receive/store_listener_service.h"
 #include "receive/store_manual_import_service.h"
 #include "terminal/control/control_protocol.h"
 #include "upload/upload_requests.h"
@@ -26,11 +24,9 @@ public:
 
     struct Collaborators
     {
-        platform::UserDefaults &defaults;
         core::Settings &settings;
         const account::QuorinAuthViewModel &auth;
         upload::UploadRequests &uploadRequests;
-        receive::StoreListenerService &listenerService;
         receive::StoreManualImportService &manualImports;
         std::function<void()> reopen;  ///< the program was started once more
         std::vector<Handler> handlers; ///< asked one after the other for what isn't answered here
@@ -44,8 +40,6 @@ public:
 private:
     ControlReply activate();
     ControlReply requestUpload();
-    ControlReply changeSettings(const ControlRequest &request);
-    void restartListener();
 
     const Collaborators m_with;
 };

@@ -1,16 +1,14 @@
 #include "terminal/instance/kept_cloud.h"
 
+#include "terminal/commands/archive_command.h"
 #include "terminal/commands/command_requests.h"
 #include "terminal/instance/settings_rules.h"
 
 namespace gateway::terminal {
 
-namespace {
+using cloud_client::cloudKindName;
 
-QString kindText(cloud_client::CloudKind kind)
-{
-    return kind == cloud_client::CloudKind::dicomweb ? QStringLiteral("dicomweb") : QStringLiteral("quorin");
-}
+namespace {
 
 QString plainAddress(const QString &address)
 {
@@ -24,19 +22,20 @@ bool KeptCloud::isThisOne(const QJsonObject &arguments) const
 {
     const CloudArguments named = cloudArgumentsIn(arguments);
     return (!named.url || plainAddress(*named.url) == plainAddress(m_configuration.baseUrl.toString())) &&
-           (!named.kind || *named.kind == kindText(m_configuration.kind));
+           (!named.kind || *named.kind == cloudKindName(m_configuration.kind));
 }
 
 bool KeptCloud::handle(const ControlRequest &request, const Answer &answer) const
 {
-    if (request.command != requests::kSetup && request.command != requests::kSignIn) {
+    if (request.command != requests::kSetup && request.command != requests::kSignIn &&
+        request.command != requests::kArchiveSet) {
         return false;
     }
     if (!isThisOne(request.arguments)) {
         answer(ControlReply::failure(
             QStringLiteral(
                 "The gateway that runs goes to %1 (%2). End it, and start it with the other cloud.")
-                .arg(plainAddress(m_configuration.baseUrl.toString()), kindText(m_configuration.kind)),
+                .arg(plainAddress(m_configuration.baseUrl.toString()), cloudKindName(m_configuration.kind)),
             ExitCode::usage));
         return true;
     }
@@ -56,15 +55,15 @@ std::optional<QString> KeptCloud::difference() const
     const QString kind = kept(cloud_client::kCloudKindKey);
     const QString present = plainAddress(m_configuration.baseUrl.toString());
     if ((address.isEmpty() || address == present) &&
-        (kind.isEmpty() || kind == kindText(m_configuration.kind))) {
+        (kind.isEmpty() || kind == cloudKindName(m_configuration.kind))) {
         return std::nullopt;
     }
     return QStringLiteral("This start goes to %1 (%2), as the command line or the environment says; the "
                           "settings keep %3 (%4).")
         .arg(present,
-             kindText(m_configuration.kind),
+             cloudKindName(m_configuration.kind),
              address.isEmpty() ? present : address,
-             kind.isEmpty() ? QStringLiteral("quorin") : kind);
+             kind.isEmpty() ? cloudKindName(cloud_client::CloudKind::quorin) : kind);
 }
 
 } // namespace gateway::terminal

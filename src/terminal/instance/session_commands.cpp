@@ -5,6 +5,24 @@
 
 namespace gateway::terminal {
 
+ControlReply
+signInReply(const account::QuorinAuthViewModel &auth, bool isSignedIn, const QString &plainSecrets)
+{
+    if (!isSignedIn) {
+        return ControlReply::failure(auth.lastAuthError().value_or(QStringLiteral("Sign in failed.")));
+    }
+    QStringList remarks{auth.signInRemark().value_or(QString())};
+    if (!plainSecrets.isEmpty()) {
+        remarks.append(
+            QStringLiteral("There is no keyring here, so the session is kept in a file in %1, for this "
+                           "user alone to read but not encrypted.")
+                .arg(plainSecrets));
+    }
+    remarks.removeAll(QString());
+    return ControlReply::success({{QStringLiteral("label"), auth.signedInLabel().value_or(QString())},
+                                  {QStringLiteral("remark"), remarks.join(u' ')}});
+}
+
 SessionCommands::SessionCommands(const Collaborators &with) : m_with(with), m_scope(with.main, with.pool)
 {
     platform::assertMainThread("SessionCommands");
@@ -38,22 +56,7 @@ QCoro::Task<void> SessionCommands::signIn(ControlRequest request, Answer answer)
 
     const bool signedIn = co_await m_with.auth.signIn(email, password);
 
-    if (signedIn) {
-        const QString label = m_with.auth.signedInLabel().value_or(QString());
-        QStringList remarks{m_with.auth.signInRemark().value_or(QString())};
-        if (const QString folder = m_with.plainSecrets(); !folder.isEmpty()) {
-            remarks.append(
-                QStringLiteral("There is no keyring here, so the session is kept in a file in %1, for this "
-                               "user alone to read but not encrypted.")
-                    .arg(folder));
-        }
-        remarks.removeAll(QString());
-        answer(ControlReply::success(
-            {{QStringLiteral("label"), label}, {QStringLiteral("remark"), remarks.join(u' ')}}));
-    } else {
-        answer(
-            ControlReply::failure(m_with.auth.lastAuthError().value_or(QStringLiteral("Sign in failed."))));
-    }
+    answer(signInReply(m_with.auth, signedIn, m_with.plainSecrets()));
 }
 
 QCoro::Task<void> SessionCommands::signOut(Answer answer)

@@ -12,6 +12,12 @@
 
 namespace gateway::terminal {
 
+/// The answer to a sign-in that is over.
+///
+/// \param plainSecrets  the folder where secrets lie unencrypted; empty for none.
+ControlReply
+signInReply(const account::QuorinAuthViewModel &auth, bool isSignedIn, const QString &plainSecrets);
+
 /// What the running instance does for the commands that sign in and out.
 ///
 /// Owner: app. Thread: main.

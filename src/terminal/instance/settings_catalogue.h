@@ -2,11 +2,15 @@
 
 #include "core/settings.h"
 #include "platform/defaults/user_defaults.h"
+#include "terminal/instance/settings_disk.h"
 
 #include <QtCore/QList>
+#include <QtCore/QMap>
 #include <QtCore/QString>
+#include <QtCore/QStringList>
 
 #include <optional>
+#include <utility>
 
 namespace gateway::terminal {
 
@@ -33,8 +37,9 @@ public:
         bool needsListenerRestart = false;
     };
 
-    SettingsCatalogue(core::Settings &settings, platform::UserDefaults &defaults)
-        : m_settings(settings), m_defaults(defaults)
+    /// \param disk  says what is at the paths that are to be kept.
+    SettingsCatalogue(core::Settings &settings, platform::UserDefaults &defaults, SettingsDisk disk)
+        : m_settings(settings), m_defaults(defaults), m_disk(std::move(disk))
     {
     }
 
@@ -47,9 +52,25 @@ public:
     /// Checks a value and keeps it.
     Outcome set(const QString &key, const QString &value);
 
+    /// What became of several changes.
+    struct Changes
+    {
+        QString issue;       ///< one sentence when not all was taken; empty otherwise
+        QStringList changed; ///< the keys that have another value now
+        bool needsListenerRestart = false;
+    };
+
+    /// Checks all values, one after the other as they will stand together, and keeps those that differ, once
+    /// none is refused. Only a disk that fails meanwhile leaves some taken and some not, which the issue
+    /// says.
+    Changes setAll(const QMap<QString, QString> &values);
+
 private:
+    Changes setInOrder(const QMap<QString, QString> &values);
+
     core::Settings &m_settings;
     platform::UserDefaults &m_defaults;
+    const SettingsDisk m_disk;
 };
 
 } // namespace gateway::terminal

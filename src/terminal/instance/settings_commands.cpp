@@ -44,6 +44,24 @@ SettingsAnswer set(SettingsCatalogue &catalogue, const QString &key, const QStri
     return {get(catalogue, key), outcome.needsListenerRestart};
 }
 
+SettingsAnswer importAll(SettingsCatalogue &catalogue, const QJsonObject &settings)
+{
+    QMap<QString, QString> values;
+    for (auto each = settings.constBegin(); each != settings.constEnd(); ++each) {
+        if (!each.value().isString()) {
+            return {ControlReply::failure(
+                QStringLiteral("The value of %1 must be a text. Nothing was changed.").arg(each.key()))};
+        }
+        values.insert(each.key(), each.value().toString());
+    }
+    const SettingsCatalogue::Changes changes = catalogue.setAll(values);
+    if (!changes.issue.isEmpty()) {
+        return {ControlReply::failure(changes.issue), changes.needsListenerRestart};
+    }
+    return {ControlReply::success({{QStringLiteral("changed"), QJsonArray::fromStringList(changes.changed)}}),
+            changes.needsListenerRestart};
+}
+
 } // namespace
 
 SettingsAnswer answerSettings(SettingsCatalogue &catalogue, const ControlRequest &request)
@@ -54,6 +72,9 @@ SettingsAnswer answerSettings(SettingsCatalogue &catalogue, const ControlRequest
     }
     if (request.command == requests::kSettingsGet) {
         return {get(catalogue, key)};
+    }
+    if (request.command == requests::kSettingsImport) {
+        return importAll(catalogue, request.arguments.value(QStringLiteral("settings")).toObject());
     }
     return set(catalogue, key, request.arguments.value(kValue).toString());
 }

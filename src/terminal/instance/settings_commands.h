@@ -13,7 +13,8 @@ struct SettingsAnswer
 };
 
 /// Carries out one of the settings requests: list answers `{"settings": [{"key", "value", "fixed"}]}`, get
-/// and set answer `{"key", "value"}`, to which an instance may add a `remark`. Thread: that of the catalogue.
+/// and set answer `{"key", "value"}`, import answers `{"changed": [keys]}`; to both an instance may add a
+/// `remark`. Thread: that of the catalogue.
 SettingsAnswer answerSettings(SettingsCatalogue &catalogue, const ControlRequest &request);
 
 } // namespace gateway::terminal

@@ -2,18 +2,14 @@
 
 #include "cloud_client/cloud_configuration.h"
 #include "core/ae_title_formatter.h"
+#include "core/appearance.h"
 #include "core/device_id.h"
 #include "core/gateway_auto_delete_mode.h"
 #include "core/log_limit.h"
 #include "core/retention_policy.h"
-#include "core/store_page.h"
-#include "core/support_email.h"
-#include "receive/folder_bookmark.h"
 #include "terminal/commands/retention_option.h"
-#include "wizard/folder_check.h"
 #include "wizard/setup_checks.h"
 
-#include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 #include <QtCore/QStringList>
 #include <QtCore/QUrl>
@@ -26,9 +22,6 @@ namespace {
 
 using core::DCMListenerSettings;
 using core::GatewayAutoDeleteMode;
-
-// All authorities of a system take some 250 KiB.
-constexpr qint64 kLargestCertificateFile = 4 * 1024 * 1024;
 
 Issue unlessKept(bool kept)
 {
@@ -160,16 +153,17 @@ Issue setAdvertise(DCMListenerSettings &record, const QString &value)
     return on ? std::nullopt : flagIssue(QStringLiteral("ListenerSettings.advertiseWithBonjour"));
 }
 
-Issue setDestinationFolder(core::Settings &settings, const QString &value)
+Issue setDestinationFolder(core::Settings &settings, const SettingsDisk &disk, const QString &value)
 {
     std::optional<QString> folder;
     std::optional<QByteArray> bookmark;
     if (!value.trimmed().isEmpty()) {
-        if (Issue issue = wizard::folderIssue(value)) {
-            return issue;
+        const wizard::FolderValidationResult found = disk.folder(value);
+        if (found.issue()) {
+            return found.issue();
         }
         folder = value;
-        bookmark = receive::makeFolderBookmark(value);
+        bookmark = found.bookmark;
     }
     return unlessKept(settings.listenerDestinationFolder.set(folder) &&
                       settings.listenerDestinationFolderBookmark.set(bookmark));
@@ -198,24 +192,22 @@ QString cloudAddressText(const platform::UserDefaults &defaults)
 
 Issue setCloudKind(platform::UserDefaults &defaults, const QString &value)
 {
-    if (value != QStringLiteral("quorin") && value != QStringLiteral("dicomweb")) {
+    if (!cloud_client::cloudKindNamed(value)) {
         return QStringLiteral("QuorinAPI.Kind must be quorin or dicomweb.");
     }
     return unlessKept(defaults.setObject(QString::fromLatin1(cloud_client::kCloudKindKey), value));
 }
 
-Issue setCloudCertificateFile(platform::UserDefaults &defaults, const QString &value)
+Issue setCloudCertificateFile(platform::UserDefaults &defaults,
+                              const SettingsDisk &disk,
+                              const QString &value)
 {
     const QString path =
         value.trimmed().isEmpty() ? QString() : QFileInfo(value.trimmed()).absoluteFilePath();
-    QFile file(path);
-    if (!path.isEmpty() && !file.open(QIODevice::ReadOnly)) {
-        return QStringLiteral("The file %1 can't be read: %2.").arg(path, file.errorString());
-    }
-    if (!path.isEmpty() && !file.read(kLargestCertificateFile).contains("-----BEGIN CERTIFICATE-----")) {
-        return QStringLiteral("The file %1 holds no certificate in PEM form.").arg(path);
-    }
-    return unlessKept(defaults.setObject(QString::fromLatin1(cloud_client::kCloudCertificateFileKey), path));
+    Issue issue = path.isEmpty() ? std::nullopt : disk.certificateFileIssue(path);
+    return issue ? issue
+                 : unlessKept(
+                       defaults.setObject(QString::fromLatin1(cloud_client::kCloudCertificateFileKey), path));
 }
 
 Issue setCloudProxy(platform::UserDefaults &defaults, const QString &value)
@@ -244,24 +236,13 @@ Issue setRetrieveMode(platform::UserDefaults &defaults, const QString &value)
     });
 }
 
-Issue setSupportEmail(platform::UserDefaults &defaults, const QString &value)
+Issue setAppearance(platform::UserDefaults &defaults, const QString &value)
 {
-    const QString address = value.trimmed();
-    const qsizetype at = address.indexOf(u'@');
-    const bool isAddress = at > 0 && at == address.lastIndexOf(u'@') && at < address.size() - 1;
-    if (!address.isEmpty() && (!isAddress || address.contains(u' '))) {
-        return QStringLiteral("The support address must be one e-mail address.");
+    const std::optional<core::Appearance> appearance = core::appearanceFromRawValue(value.trimmed());
+    if (!appearance) {
+        return QStringLiteral("%1 must be dark, light or desktop.").arg(core::kAppearanceKey);
     }
-    return unlessKept(defaults.setObject(core::kSupportEmailKey, address));
-}
-
-Issue setStorePage(platform::UserDefaults &defaults, const QString &value)
-{
-    const QString address = value.trimmed();
-    if (!address.isEmpty() && !isWebAddress(QUrl(address, QUrl::StrictMode))) {
-        return QStringLiteral("The store page must be an http or https address.");
-    }
-    return unlessKept(defaults.setObject(core::kStorePageKey, address));
+    return unlessKept(defaults.setObject(core::kAppearanceKey, core::rawValue(*appearance)));
 }
 
 Issue setLogLimit(platform::UserDefaults &defaults, const QString &value)

@@ -3,6 +3,7 @@
 #include "core/dcm_listener_settings.h"
 #include "core/settings.h"
 #include "platform/defaults/user_defaults.h"
+#include "terminal/instance/settings_disk.h"
 
 #include <QtCore/QString>
 
@@ -37,7 +38,7 @@ Issue setIsEnabled(core::DCMListenerSettings &record, const QString &value);
 Issue setAdvertise(core::DCMListenerSettings &record, const QString &value);
 
 /// An empty value means the default folder.
-Issue setDestinationFolder(core::Settings &settings, const QString &value);
+Issue setDestinationFolder(core::Settings &settings, const SettingsDisk &disk, const QString &value);
 
 Issue setCloudAddress(platform::UserDefaults &defaults, const QString &value);
 
@@ -47,7 +48,9 @@ QString cloudAddressText(const platform::UserDefaults &defaults);
 Issue setCloudKind(platform::UserDefaults &defaults, const QString &value);
 
 /// A file with certificates of authorities (PEM); an empty text takes it away.
-Issue setCloudCertificateFile(platform::UserDefaults &defaults, const QString &value);
+Issue setCloudCertificateFile(platform::UserDefaults &defaults,
+                              const SettingsDisk &disk,
+                              const QString &value);
 
 /// A web proxy as http://HOST:PORT; an empty text leaves it to the environment.
 Issue setCloudProxy(platform::UserDefaults &defaults, const QString &value);
@@ -59,11 +62,8 @@ Issue keepCloud(platform::UserDefaults &defaults,
 
 Issue setRetrieveMode(platform::UserDefaults &defaults, const QString &value);
 
-/// Where "Send feedback" goes; an empty text takes the address away.
-Issue setSupportEmail(platform::UserDefaults &defaults, const QString &value);
-
-/// Where setup leads to for an account; an empty text takes the address away.
-Issue setStorePage(platform::UserDefaults &defaults, const QString &value);
+/// "dark", "light" or "desktop".
+Issue setAppearance(platform::UserDefaults &defaults, const QString &value);
 
 /// The most that the log files may take in all, in MiB; 0 or an empty text for no limit.
 Issue setLogLimit(platform::UserDefaults &defaults, const QString &value);

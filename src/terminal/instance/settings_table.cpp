@@ -1,13 +1,12 @@
 #include "terminal/instance/settings_table.h"
 
 #include "cloud_client/cloud_configuration.h"
+#include "core/appearance.h"
 #include "core/automatic_update_checks.h"
 #include "core/dcm_listener_settings.h"
 #include "core/gateway_auto_delete_mode.h"
 #include "core/log_limit.h"
 #include "core/retention_policy.h"
-#include "core/store_page.h"
-#include "core/support_email.h"
 #include "terminal/commands/retention_option.h"
 #include "terminal/instance/settings_rules.h"
 
@@ -71,9 +70,9 @@ CatalogueSetting::Read shown(Published<T> Settings::*member)
 
 CatalogueSetting flag(const QString &key, Published<bool> Settings::*member)
 {
-    return {key, shown(member), [key, member](Settings &settings, UserDefaults &, const QString &value) {
+    return {key, shown(member), [key, member](const SettingsGround &ground, const QString &value) {
                 return settings_rules::setFlag(
-                    key, value, [&](bool on) { return (settings.*member).set(on); });
+                    key, value, [&](bool on) { return (ground.settings.*member).set(on); });
             }};
 }
 
@@ -82,10 +81,9 @@ CatalogueSetting choice(const QString &key, Published<T> Settings::*member, std:
 {
     return {key,
             shown(member),
-            [key, member, choices = std::move(choices)](
-                Settings &settings, UserDefaults &, const QString &value) {
+            [key, member, choices = std::move(choices)](const SettingsGround &ground, const QString &value) {
                 return settings_rules::setChoice(key, value, choices, [&](int number) {
-                    return (settings.*member).set(static_cast<T>(number));
+                    return (ground.settings.*member).set(static_cast<T>(number));
                 });
             }};
 }
@@ -124,8 +122,8 @@ CatalogueSetting listenerMember(const QString &name,
                     return textOf(record.*member);
                 }
             },
-            [change](Settings &, UserDefaults &defaults, const QString &value) {
-                return settings_rules::changeListener(defaults, value, change);
+            [change](const SettingsGround &ground, const QString &value) {
+                return settings_rules::changeListener(ground.defaults, value, change);
             },
             true};
 }
@@ -134,8 +132,8 @@ CatalogueSetting destinationFolder()
 {
     return {QStringLiteral("ListenerDestinationFolder"),
             shown(&Settings::listenerDestinationFolder),
-            [](Settings &settings, UserDefaults &, const QString &value) {
-                return settings_rules::setDestinationFolder(settings, value);
+            [](const SettingsGround &ground, const QString &value) {
+                return settings_rules::setDestinationFolder(ground.settings, ground.disk, value);
             },
             true};
 }
@@ -166,36 +164,28 @@ QList<CatalogueSetting> cloudSettings()
          [](const Settings &, const UserDefaults &defaults) {
              return settings_rules::cloudAddressText(defaults);
          },
-         [](Settings &, UserDefaults &defaults, const QString &value) {
-             return settings_rules::setCloudAddress(defaults, value);
+         [](const SettingsGround &ground, const QString &value) {
+             return settings_rules::setCloudAddress(ground.defaults, value);
          }},
         plain(QString::fromLatin1(cloud_client::kCloudKindKey),
-              [](Settings &, UserDefaults &defaults, const QString &value) {
-                  return settings_rules::setCloudKind(defaults, value);
+              [](const SettingsGround &ground, const QString &value) {
+                  return settings_rules::setCloudKind(ground.defaults, value);
               }),
         plain(QString::fromLatin1(cloud_client::kCloudCertificateFileKey),
-              [](Settings &, UserDefaults &defaults, const QString &value) {
-                  return settings_rules::setCloudCertificateFile(defaults, value);
+              [](const SettingsGround &ground, const QString &value) {
+                  return settings_rules::setCloudCertificateFile(ground.defaults, ground.disk, value);
               }),
         plain(QString::fromLatin1(cloud_client::kCloudProxyKey),
-              [](Settings &, UserDefaults &defaults, const QString &value) {
-                  return settings_rules::setCloudProxy(defaults, value);
+              [](const SettingsGround &ground, const QString &value) {
+                  return settings_rules::setCloudProxy(ground.defaults, value);
               }),
         plain(QStringLiteral("QuorinRetrieveMode"),
-              [](Settings &, UserDefaults &defaults, const QString &value) {
-                  return settings_rules::setRetrieveMode(defaults, value);
+              [](const SettingsGround &ground, const QString &value) {
+                  return settings_rules::setRetrieveMode(ground.defaults, value);
               }),
         plain(core::kLogLimitKey,
-              [](Settings &, UserDefaults &defaults, const QString &value) {
-                  return settings_rules::setLogLimit(defaults, value);
-              }),
-        plain(core::kSupportEmailKey,
-              [](Settings &, UserDefaults &defaults, const QString &value) {
-                  return settings_rules::setSupportEmail(defaults, value);
-              }),
-        plain(core::kStorePageKey,
-              [](Settings &, UserDefaults &defaults, const QString &value) {
-                  return settings_rules::setStorePage(defaults, value);
+              [](const SettingsGround &ground, const QString &value) {
+                  return settings_rules::setLogLimit(ground.defaults, value);
               }),
         choice(QStringLiteral("wadoLimit"), &Settings::wadoLimit, {2, 4, 6, 8, 10}),
         flag(QStringLiteral("quorinCloudBatchEnabled"), &Settings::quorinCloudBatchEnabled),
@@ -213,20 +203,32 @@ QList<CatalogueSetting> retentionSettings()
          [](const Settings &settings, const UserDefaults &) {
              return retentionText(core::effectiveRetentionPolicy(settings));
          },
-         [](Settings &settings, UserDefaults &, const QString &value) {
-             return settings_rules::setAutoDelete(settings, value);
+         [](const SettingsGround &ground, const QString &value) {
+             return settings_rules::setAutoDelete(ground.settings, value);
          }},
         {QStringLiteral("GatewayAutoDeleteMode"),
          shown(&Settings::gatewayAutoDeleteMode),
-         [](Settings &settings, UserDefaults &, const QString &value) {
-             return settings_rules::setAutoDeleteMode(settings, value);
+         [](const SettingsGround &ground, const QString &value) {
+             return settings_rules::setAutoDeleteMode(ground.settings, value);
          }},
         {QStringLiteral("GatewayAutoDeleteValue"),
          shown(&Settings::gatewayAutoDeleteValue),
-         [](Settings &settings, UserDefaults &, const QString &value) {
-             return settings_rules::setAutoDeleteValue(settings, value);
+         [](const SettingsGround &ground, const QString &value) {
+             return settings_rules::setAutoDeleteValue(ground.settings, value);
          }},
     };
+}
+
+CatalogueSetting appearance()
+{
+    return {core::kAppearanceKey,
+            [](const Settings &, const UserDefaults &defaults) {
+                const QString stored = defaults.object(core::kAppearanceKey).value_or(QVariant()).toString();
+                return core::rawValue(core::appearanceFromRawValue(stored).value_or(core::Appearance::dark));
+            },
+            [](const SettingsGround &ground, const QString &value) {
+                return settings_rules::setAppearance(ground.defaults, value);
+            }};
 }
 
 CatalogueSetting automaticUpdateChecks()
@@ -235,9 +237,9 @@ CatalogueSetting automaticUpdateChecks()
             [](const Settings &, const UserDefaults &defaults) {
                 return textOf(core::areUpdatesCheckedAutomatically(defaults));
             },
-            [](Settings &, UserDefaults &defaults, const QString &value) {
+            [](const SettingsGround &ground, const QString &value) {
                 return settings_rules::setFlag(core::kAutomaticUpdateChecksKey, value, [&](bool on) {
-                    return defaults.setObject(core::kAutomaticUpdateChecksKey, on);
+                    return ground.defaults.setObject(core::kAutomaticUpdateChecksKey, on);
                 });
             }};
 }
@@ -269,8 +271,8 @@ const QList<CatalogueSetting> &settingsTable()
         listenerSettings() +
         QList<CatalogueSetting>{
             flag(QStringLiteral("advertiseWithBonjour"), &Settings::advertiseWithBonjour)} +
-        cloudSettings() + retentionSettings() + QList<CatalogueSetting>{automaticUpdateChecks()} +
-        keptByTheGateway();
+        cloudSettings() + retentionSettings() +
+        QList<CatalogueSetting>{appearance(), automaticUpdateChecks()} + keptByTheGateway();
     return table;
 }
 

@@ -2,6 +2,7 @@
 
 #include "core/settings.h"
 #include "platform/defaults/user_defaults.h"
+#include "terminal/instance/settings_disk.h"
 
 #include <QtCore/QList>
 #include <QtCore/QString>
@@ -11,14 +12,21 @@
 
 namespace gateway::terminal {
 
+/// What settings are kept in, and checked by.
+struct SettingsGround
+{
+    core::Settings &settings;
+    platform::UserDefaults &defaults;
+    const SettingsDisk &disk;
+};
+
 /// One setting of the catalogue: how it is shown, and how a value is checked and kept.
 struct CatalogueSetting
 {
     using Read = std::function<QString(const core::Settings &, const platform::UserDefaults &)>;
 
     /// Returns the sentence when the value isn't taken; nothing has changed then.
-    using Write =
-        std::function<std::optional<QString>(core::Settings &, platform::UserDefaults &, const QString &)>;
+    using Write = std::function<std::optional<QString>(const SettingsGround &, const QString &)>;
 
     QString key;
     Read read;

@@ -8,21 +8,6 @@
 
 namespace gateway::terminal {
 
-namespace {
-
-QString kindText(cloud_client::CloudKind kind)
-{
-    switch (kind) {
-    case cloud_client::CloudKind::quorin:
-        return QStringLiteral("quorin");
-    case cloud_client::CloudKind::dicomweb:
-        return QStringLiteral("dicomweb");
-    }
-    return {};
-}
-
-} // namespace
-
 StatusCommands::StatusCommands(Collaborators collaborators)
     : m_with(std::move(collaborators)), m_scope(m_with.main, m_with.pool)
 {
@@ -41,19 +26,21 @@ bool StatusCommands::handle(const ControlRequest &request, const Answer &answer)
 QCoro::Task<void> StatusCommands::status(Answer answer)
 {
     co_await m_with.cloud.watch.look();
-    auto failures = co_await platform::onPool(m_with.main, m_with.pool, [&waiting = m_with.sending.failures] {
-        return std::pair(upload::failureFigures(waiting.counts()), waiting.waitingRetries());
+    auto read = co_await platform::onPool(m_with.main, m_with.pool, [&sending = m_with.sending] {
+        const std::optional<index::IndexFigures> figures = sending.index.figures();
+        const QList<index::UploadFailureCount> counts = sending.failures.counts();
+        return FromIndex{upload::failureFigures(counts),
+                         {sending.failures.waitingRetries(), std::nullopt, upload::awaitedFiles(counts)},
+                         figures ? std::optional(figures->instances) : std::nullopt};
     });
     m_with.receiving.state.refreshCounters();
     m_with.receiving.state.refreshTransferSeries();
-    m_with.receiving.state.whenStorageIsMeasured(
-        [self = shared_from_this(), failures = std::move(failures), answer] {
-            answer(ControlReply::success(toJson(self->report(failures.first, failures.second))));
-        });
+    m_with.receiving.state.whenStorageIsMeasured([self = shared_from_this(), read = std::move(read), answer] {
+        answer(ControlReply::success(toJson(self->report(read))));
+    });
 }
 
-StatusReport StatusCommands::report(const QList<upload::FailureFigure> &failures,
-                                    const index::WaitingRetries &retries) const
+StatusReport StatusCommands::report(const FromIndex &read) const
 {
     StatusReport report;
     report.listener = m_with.receiving.listener.figures();
@@ -63,10 +50,12 @@ StatusReport StatusCommands::report(const QList<upload::FailureFigure> &failures
                        figures.receivedImagesCount,
                        figures.notSyncedImagesCount,
                        figures.syncedImagesCount,
-                       figures.failedImagesCount};
+                       figures.failedImagesCount,
+                       read.instances};
     report.upkeep = m_with.upkeep();
-    report.failures = failures;
-    report.waiting = {retries, m_with.sending.coordinator.closure()};
+    report.failures = read.failures;
+    report.waiting = read.waiting;
+    report.waiting.pause = m_with.sending.coordinator.closure();
     report.storage = {figures.receivedStorageUsage.usedBytes, figures.receivedStorageUsage.availableBytes};
     report.activity = {state::rawValue(figures.transferTimeframe),
                        figures.transferWindowStart,
@@ -75,9 +64,7 @@ StatusReport StatusCommands::report(const QList<upload::FailureFigure> &failures
                        figures.transferSentSeries};
     report.cloud = cloudReport();
     report.terms = termsReport();
-    const bool isSignedIn = m_with.cloud.auth.state().isSignedIn();
-    report.session = {
-        isSignedIn, m_with.cloud.auth.signedInLabel().value_or(QString()), m_with.cloud.auth.standing()};
+    report.session = sessionReport();
     report.setup = {core::isSetupRequired(m_with.settings), m_with.settings.gatewaySetupVersion.get()};
     report.openAssociations = static_cast<int>(m_with.receiving.state.openReceiveAssociations());
     report.upload = m_with.sending.runs.figures();
@@ -86,10 +73,23 @@ StatusReport StatusCommands::report(const QList<upload::FailureFigure> &failures
     return report;
 }
 
+StatusReport::Session StatusCommands::sessionReport() const
+{
+    using account::SessionState;
+    const account::QuorinAuthViewModel &auth = m_with.cloud.auth;
+    const SessionState state = auth.standing().state;
+    const bool isTroubled =
+        state == SessionState::credentialsRefused || state == SessionState::signInUnavailable;
+    return {auth.state().isSignedIn(),
+            auth.signedInLabel().value_or(QString()),
+            auth.standing(),
+            isTroubled ? auth.lastAuthError().value_or(QString()) : QString()};
+}
+
 StatusReport::Cloud StatusCommands::cloudReport() const
 {
     const account::QuorinCloudStatusViewModel &status = m_with.cloud.watch.status();
-    StatusReport::Cloud cloud{kindText(m_with.cloud.configuration.kind),
+    StatusReport::Cloud cloud{cloud_client::cloudKindName(m_with.cloud.configuration.kind),
                               m_with.cloud.configuration.baseUrl.toString(),
                               m_with.cloud.watch.isOnline(),
                               status.lastError().value_or(QString()),

@@ -5,6 +5,7 @@
 #include "cloud_client/cloud_configuration.h"
 #include "core/settings.h"
 #include "index/failed_uploads.h"
+#include "index/figure_index.h"
 #include "platform/concurrency/task_scope.h"
 #include "receive/listener_watch.h"
 #include "state/gateway_app_state.h"
@@ -19,6 +20,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace gateway::terminal {
 
@@ -39,6 +41,7 @@ public:
     /// Who knows of what goes out.
     struct Sending
     {
+        const index::FigureIndex &index;
         const index::FailedUploads &failures;
         const upload::UploadRunWatcher &runs;
         const upload::StoreUploadCoordinator &coordinator;
@@ -75,11 +78,19 @@ public:
     bool handle(const ControlRequest &request, const Answer &answer);
 
 private:
+    /// What is read of the index, away from the main thread.
+    struct FromIndex
+    {
+        QList<upload::FailureFigure> failures;
+        upload::WaitingUploads waiting; // but for the pause
+        std::optional<index::InstanceCounts> instances;
+    };
+
     QCoro::Task<> status(Answer answer);
-    StatusReport report(const QList<upload::FailureFigure> &failures,
-                        const index::WaitingRetries &retries) const;
+    StatusReport report(const FromIndex &read) const;
     StatusReport::Cloud cloudReport() const;
     StatusReport::Terms termsReport() const;
+    StatusReport::Session sessionReport() const;
 
     const Collaborators m_with;
     platform::TaskScope m_scope; // last: drained before the fields go

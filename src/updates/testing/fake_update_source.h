@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/concurrency/mutex.h"
+#include "platform/concurrency/testing/gate.h"
 #include "updates/update_error.h"
 #include "updates/update_source.h"
 
@@ -18,9 +18,8 @@ class FakeSource final : public UpdateSource
 public:
     std::optional<AppcastItem> newerItem(std::stop_token) override
     {
-        const platform::MutexLock lock(m_mutex);
         ++checks;
-        waitWhileHeld();
+        m_gate.pass();
         if (failure) {
             throw UpdateError(*failure, QStringLiteral("updates.example"));
         }
@@ -29,10 +28,9 @@ public:
 
     QString fetch(const AppcastItem &item, const Progress &progress, std::stop_token stop) override
     {
-        const platform::MutexLock lock(m_mutex);
         ++fetches;
         progress(item.length / 2);
-        waitWhileHeld();
+        m_gate.pass();
         if (stop.stop_requested() && !isThere) {
             throw UpdateError(UpdateFailure::ended, QStringLiteral("updates.example"));
         }
@@ -44,12 +42,7 @@ public:
         return QStringLiteral("/fetched");
     }
 
-    void hold(bool isHeld)
-    {
-        const platform::MutexLock lock(m_mutex);
-        m_isHeld = isHeld;
-        m_changed.notifyAll();
-    }
+    void hold(bool isHeld) { m_gate.hold(isHeld); }
 
     /// What it finds unless told otherwise.
     static AppcastItem item()
@@ -72,16 +65,7 @@ public:
     std::atomic<bool> isThere = false; ///< all of the package, so that no server is asked
 
 private:
-    void waitWhileHeld() QUORIN_REQUIRES(m_mutex)
-    {
-        while (m_isHeld) {
-            m_changed.wait(m_mutex);
-        }
-    }
-
-    platform::Mutex m_mutex;
-    platform::Condition m_changed;
-    bool m_isHeld QUORIN_GUARDED_BY(m_mutex) = false;
+    platform::testing::Gate m_gate;
 };
 
 /// Notes what it is given. Thread: any, one at a time.

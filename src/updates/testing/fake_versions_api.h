@@ -3,6 +3,7 @@
 #include "cloud_client/qrn_versions_api.h"
 #include "cloud_client/quorin_error.h"
 #include "platform/concurrency/mutex.h"
+#include "platform/concurrency/testing/gate.h"
 
 #include <atomic>
 #include <optional>
@@ -15,14 +16,12 @@ class FakeVersionsAPI final : public cloud_client::QrnVersionsAPIProtocol
 public:
     cloud_client::QrnVersionsResponse checkVersions() override
     {
-        const platform::MutexLock lock(m_mutex);
         ++checks;
-        while (m_isHeld) {
-            m_changed.wait(m_mutex);
-        }
+        m_gate.pass();
         if (isAway) {
             throw cloud_client::AFError(QStringLiteral("Nobody answers."), std::nullopt, 7);
         }
+        const platform::MutexLock lock(m_mutex);
         return m_result;
     }
 
@@ -33,20 +32,14 @@ public:
     }
 
     /// While it is held, nobody gets an answer.
-    void hold(bool isHeld)
-    {
-        const platform::MutexLock lock(m_mutex);
-        m_isHeld = isHeld;
-        m_changed.notifyAll();
-    }
+    void hold(bool isHeld) { m_gate.hold(isHeld); }
 
     std::atomic<bool> isAway = false;
     std::atomic<int> checks = 0;
 
 private:
+    platform::testing::Gate m_gate;
     platform::Mutex m_mutex;
-    platform::Condition m_changed;
-    bool m_isHeld QUORIN_GUARDED_BY(m_mutex) = false;
     cloud_client::QrnVersionsResponse m_result QUORIN_GUARDED_BY(m_mutex);
 };
 

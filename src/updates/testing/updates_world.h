@@ -1,8 +1,8 @@
 #pragma once
 
 #include "core/settings.h"
-#include "log/store_log_emitter.h"
-#include "log/testing/recording_log.h"
+#include "log/writing/store_log_emitter.h"
+#include "log/writing/testing/recording_log.h"
 #include "platform/concurrency/main_executor.h"
 #include "platform/concurrency/testing/manual_clock.h"
 #include "platform/concurrency/testing/runs_main.h"

@@ -27,6 +27,7 @@ public:
     {
         QList<QUrl> files;
         QString deviceId;
+        cloud_client::CloudSession session;
     };
 
     /// Refuses one instance of whatever request it comes with, by its bare UID.
@@ -65,6 +66,13 @@ public:
         m_duringRequest = std::move(action);
     }
 
+    /// Runs within each query for an instance, before it is answered.
+    void duringLook(std::function<void()> action)
+    {
+        const platform::MutexLock lock(m_mutex);
+        m_duringLook = std::move(action);
+    }
+
     std::vector<Request> requests() const
     {
         const platform::MutexLock lock(m_mutex);
@@ -91,7 +99,8 @@ public:
         return m_mostAtOnce;
     }
 
-    QVariantMap upload(const QList<cloud_client::StowFile> &given,
+    QVariantMap upload(const cloud_client::CloudSession &session,
+                       const QList<cloud_client::StowFile> &given,
                        const QString &deviceId,
                        const cloud_client::UploadProgressCallback &progress) override
     {
@@ -100,7 +109,7 @@ public:
         for (const cloud_client::StowFile &file : given) {
             files.append(file.url);
         }
-        const Request request = {files, deviceId};
+        const Request request = {files, deviceId, session};
         std::function<void(const Request &, const cloud_client::UploadProgressCallback &)> action;
         {
             const platform::MutexLock lock(m_mutex);
@@ -116,14 +125,18 @@ public:
         return keep(files);
     }
 
-    QVariantMap upload(const cloud_client::StowFile &file,
+    QVariantMap upload(const cloud_client::CloudSession &session,
+                       const cloud_client::StowFile &file,
                        const QString &deviceId,
                        const cloud_client::UploadProgressCallback &progress) override
     {
-        return upload(QList<cloud_client::StowFile>{file}, deviceId, progress);
+        return upload(session, QList<cloud_client::StowFile>{file}, deviceId, progress);
     }
 
-    void retrieve(const platform::InstanceIdentity &identity, const QString &path, qint64) override
+    void retrieve(const cloud_client::CloudSession &,
+                  const platform::InstanceIdentity &identity,
+                  const QString &path,
+                  qint64) override
     {
         const platform::MutexLock lock(m_mutex);
         m_retrieved.append(identity.instance);
@@ -138,21 +151,37 @@ public:
         }
     }
 
-    bool isFound(const platform::InstanceIdentity &identity) override
+    bool isFound(const cloud_client::CloudSession &, const platform::InstanceIdentity &identity) override
     {
+        runDuringLook();
         const platform::MutexLock lock(m_mutex);
         ++m_queries;
         mayAsk();
         return m_stored.contains(identity.instance);
     }
 
+    bool mayHold(const cloud_client::CloudSession &session,
+                 const platform::InstanceIdentity &identity) override
+    {
+        const bool isHeld = isFound(session, identity);
+        const platform::MutexLock lock(m_mutex);
+        return isHeld || m_passesOverQuestions;
+    }
+
+    /// From now on each query finds what it didn't ask for.
+    void passOverQuestions()
+    {
+        const platform::MutexLock lock(m_mutex);
+        m_passesOverQuestions = true;
+    }
+
     /// Here all instances are of one series.
-    bool isSeriesFound(const platform::InstanceIdentity &) override
+    bool isSeriesFound(const cloud_client::CloudSession &, const platform::InstanceIdentity &) override
     {
         const platform::MutexLock lock(m_mutex);
         ++m_queries;
         mayAsk();
-        return !m_stored.isEmpty();
+        return !m_stored.isEmpty() || m_passesOverQuestions;
     }
 
     int queries() const
@@ -210,6 +239,18 @@ private:
     private:
         FakeCloud &m_cloud;
     };
+
+    void runDuringLook()
+    {
+        std::function<void()> action;
+        {
+            const platform::MutexLock lock(m_mutex);
+            action = m_duringLook;
+        }
+        if (action) {
+            action();
+        }
+    }
 
     void mayAnswer() const QUORIN_REQUIRES(m_mutex)
     {
@@ -269,9 +310,11 @@ private:
     std::vector<Request> m_requests QUORIN_GUARDED_BY(m_mutex);
     std::function<void(const Request &, const cloud_client::UploadProgressCallback &)>
         m_duringRequest QUORIN_GUARDED_BY(m_mutex);
+    std::function<void()> m_duringLook QUORIN_GUARDED_BY(m_mutex);
     int m_status QUORIN_GUARDED_BY(m_mutex) = 0;
     int m_queries QUORIN_GUARDED_BY(m_mutex) = 0;
     bool m_takesQueries QUORIN_GUARDED_BY(m_mutex) = true;
+    bool m_passesOverQuestions QUORIN_GUARDED_BY(m_mutex) = false;
     int m_retrievalStatus QUORIN_GUARDED_BY(m_mutex) = 0;
     std::optional<cloud_client::NoAnswer> m_oddAnswer QUORIN_GUARDED_BY(m_mutex);
     int m_atOnce QUORIN_GUARDED_BY(m_mutex) = 0;

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "log/redaction.h"
-#include "log/testing/recording_log.h"
+#include "log/writing/redaction.h"
+#include "log/writing/testing/recording_log.h"
 #include "platform/concurrency/main_executor.h"
 #include "platform/concurrency/testing/manual_clock.h"
 #include "upload/testing/fake_cloud.h"
@@ -109,16 +109,25 @@ private:
     Behaviour m_unconverted QUORIN_GUARDED_BY(m_mutex);
 };
 
-/// A sign-in that a test can end. Thread: any.
+/// A sign-in that a test can end, or have another take its place. Thread: any.
 class FakeSession final : public UploadSession
 {
 public:
-    bool hasToken() override { return m_signedIn; }
-    QString cloud() override { return QStringLiteral("a cloud"); }
-    void signIn(bool signedIn) { m_signedIn = signedIn; }
+    cloud_client::CloudSession present() override
+    {
+        const platform::MutexLock lock(m_mutex);
+        return m_session;
+    }
+    void signInAt(const QString &cloud)
+    {
+        const platform::MutexLock lock(m_mutex);
+        m_session = {cloud, m_session.number + 1};
+    }
+    void signIn(bool signedIn) { signInAt(signedIn ? QStringLiteral("a cloud") : QString()); }
 
 private:
-    std::atomic<bool> m_signedIn = true;
+    platform::Mutex m_mutex;
+    cloud_client::CloudSession m_session QUORIN_GUARDED_BY(m_mutex) = {QStringLiteral("a cloud"), 1};
 };
 
 /// Live figures that remember what they were told. Thread: main.
@@ -131,9 +140,11 @@ public:
     {
         samples.emplace_back(bytes, elapsed.count());
     }
+    void resetUploadSpeed() override { ++speedResets; }
 
     int counterRefreshes = 0;
     int seriesRefreshes = 0;
+    int speedResets = 0;
     std::vector<std::pair<qint64, double>> samples;
 };
 

@@ -177,22 +177,22 @@ public:
         }
     }
 
-    bool noteCloud(const QString &) override
-    {
-        const platform::MutexLock lock(m_mutex);
-        return !m_failsWrites;
-    }
-
-    void noteQueryAnswered() override
+    void noteQueryAnswered(const QString &) override
     {
         const platform::MutexLock lock(m_mutex);
         m_isRefusalBelieved = false;
     }
 
-    bool noteQueryRefused() override
+    bool noteQueryRefused(const QString &) override
     {
         const platform::MutexLock lock(m_mutex);
         return m_isRefusalBelieved;
+    }
+
+    void noteQueryFailed(const QString &) override
+    {
+        const platform::MutexLock lock(m_mutex);
+        m_isRefusalBelieved = false;
     }
 
     /// The cloud has been saying for long that it has no queries.
@@ -219,27 +219,22 @@ public:
         return before;
     }
 
-    std::optional<std::int64_t> recordUploadResult(const QList<index::ImageObjectID> &,
-                                                   const std::optional<QString> &path,
-                                                   bool synced,
-                                                   const index::UploadResultDetails &more) override
+    void noteTriedInVain(const QList<index::SentInstance> &instances) override
     {
-        runHook(&FakeUploadIndex::m_whenRecording);
-        const QString storagePath = path.value_or(QString());
         const platform::MutexLock lock(m_mutex);
-        if (m_failsWrites) {
-            return std::nullopt;
+        for (const index::SentInstance &tried : instances) {
+            m_sentBefore.insert(tried.instance, index::SentBefore::thisVersionInVain);
         }
-        if (synced) {
-            m_failures.remove(storagePath);
+    }
+
+    QList<std::optional<std::int64_t>> recordUploadResults(const QList<index::UploadResult> &results) override
+    {
+        QList<std::optional<std::int64_t>> updated;
+        for (const index::UploadResult &result : results) {
+            runHook(&FakeUploadIndex::m_whenRecording);
+            updated.append(record(result));
         }
-        if (more.version) {
-            keepArrival(*more.version, synced, more.isVerified);
-        }
-        if (more.failure) {
-            keep(storagePath, *more.failure);
-        }
-        return setAll(storagePath, synced ? RowState::synced : RowState::failed);
+        return updated;
     }
 
     /// What the results said that the cloud was seen to hold. What is sent after its result is of a version
@@ -335,6 +330,26 @@ public:
     }
 
 private:
+    std::optional<std::int64_t> record(const index::UploadResult &result)
+    {
+        const QString storagePath = result.storagePath.value_or(QString());
+        const platform::MutexLock lock(m_mutex);
+        if (m_failsWrites) {
+            return std::nullopt;
+        }
+        if (result.isSynced) {
+            m_failures.remove(storagePath);
+        }
+        if (result.more.version) {
+            keepArrival(*result.more.version, result.isSynced, result.more.isVerified);
+        }
+        if (result.more.failure) {
+            keep(storagePath, *result.more.failure);
+        }
+        const RowState otherwise = result.more.isAwaited ? RowState::notSynced : RowState::failed;
+        return setAll(storagePath, result.isSynced ? RowState::synced : otherwise);
+    }
+
     struct Row
     {
         QString path;

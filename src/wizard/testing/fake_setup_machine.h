@@ -1,20 +1,20 @@
 #pragma once
 
 #include "platform/concurrency/mutex.h"
+#include "receive/folder_bookmark.h"
 #include "wizard/gateway_setup_wizard_view_model.h"
 
 #include <QtCore/QList>
 #include <QtCore/QMap>
 #include <QtCore/QStringList>
 
-#include <functional>
+#include <memory>
 
 namespace gateway::wizard::testing {
 
-/// A machine of ports and folders in memory; it notes what it was asked, and a look at a port can be made to
-/// wait.
+/// A machine of ports and folders in memory; it notes what it was asked, and its looks can be made to wait.
 ///
-/// Thread: ports on any, the rest on main.
+/// Thread: ports and folders on any, the rest on main.
 class FakeSetupMachine
 {
 public:
@@ -23,43 +23,72 @@ public:
     /// The port has this state from now on; all others are available.
     void setPort(int port, PortState state)
     {
-        const platform::MutexLock lock(m_mutex);
-        m_ports[port] = state;
+        const platform::MutexLock lock(m_known->mutex);
+        m_known->ports[port] = state;
     }
 
     /// From now on all ports have this state.
     void setAllPorts(PortState state)
     {
-        const platform::MutexLock lock(m_mutex);
-        m_ports.clear();
-        m_otherPorts = state;
+        const platform::MutexLock lock(m_known->mutex);
+        m_known->ports.clear();
+        m_known->otherPorts = state;
+    }
+
+    /// A look at the folder finds this from now on; all others that exist are well.
+    void setFolder(const QString &folder, const FolderValidationResult &found)
+    {
+        const platform::MutexLock lock(m_known->mutex);
+        m_known->folders[folder] = found;
+    }
+
+    /// All folders that exist are well from now on.
+    void mendFolders()
+    {
+        const platform::MutexLock lock(m_known->mutex);
+        m_known->folders.clear();
     }
 
     /// The ports that were asked for, in their order.
     QList<int> askedPorts() const
     {
-        const platform::MutexLock lock(m_mutex);
-        return m_asked;
+        const platform::MutexLock lock(m_known->mutex);
+        return m_known->askedPorts;
+    }
+
+    /// The folders that were looked at, in their order.
+    QStringList askedFolders() const
+    {
+        const platform::MutexLock lock(m_known->mutex);
+        return m_known->askedFolders;
+    }
+
+    /// Looks at folders wait from now on.
+    void holdFolders()
+    {
+        const platform::MutexLock lock(m_known->mutex);
+        m_known->holdsFolders = true;
     }
 
     /// Looks at ports wait from now on.
     void hold()
     {
-        const platform::MutexLock lock(m_mutex);
-        m_isHeld = true;
+        const platform::MutexLock lock(m_known->mutex);
+        m_known->isHeld = true;
     }
 
     void release()
     {
-        const platform::MutexLock lock(m_mutex);
-        m_isHeld = false;
-        m_changed.notifyAll();
+        const platform::MutexLock lock(m_known->mutex);
+        m_known->isHeld = false;
+        m_known->holdsFolders = false;
+        m_known->changed.notifyAll();
     }
 
     SetupMachine machine()
     {
-        return {[this](int port) { return lookAt(port); },
-                [this](const QString &folder) { return look(folder); },
+        return {[known = m_known](int port) { return known->lookAt(port); },
+                [known = m_known](const QString &folder) { return known->look(folder); },
                 [this](std::optional<int> port) {
                     return port ? address + QStringLiteral(":%1").arg(*port) : address;
                 },
@@ -67,36 +96,46 @@ public:
     }
 
     QString address = QStringLiteral("192.0.2.7");
-    QMap<QString, FolderValidationResult> folders; ///< those that have an issue
-    QStringList askedFolders;
-    std::function<void()> whileLooking; ///< called in the middle of a look at a folder
 
 private:
-    PortState lookAt(int port)
+    /// Nobody waits for a look at a folder, so it may end after this.
+    struct Known
     {
-        const platform::MutexLock lock(m_mutex);
-        m_asked.append(port);
-        while (m_isHeld) {
-            m_changed.wait(m_mutex);
+        PortState lookAt(int port)
+        {
+            const platform::MutexLock lock(mutex);
+            askedPorts.append(port);
+            while (isHeld) {
+                changed.wait(mutex);
+            }
+            return ports.value(port, otherPorts);
         }
-        return m_ports.value(port, m_otherPorts);
-    }
 
-    FolderValidationResult look(const QString &folder)
-    {
-        askedFolders.append(folder);
-        if (whileLooking) {
-            whileLooking();
+        FolderValidationResult look(const QString &folder)
+        {
+            const platform::MutexLock lock(mutex);
+            askedFolders.append(folder);
+            while (holdsFolders) {
+                changed.wait(mutex);
+            }
+            return folders.value(
+                folder,
+                FolderValidationResult{
+                    folder, std::nullopt, std::nullopt, receive::makeFolderBookmark(folder)});
         }
-        return folders.value(folder, FolderValidationResult{folder, std::nullopt, std::nullopt});
-    }
 
-    mutable platform::Mutex m_mutex;
-    platform::Condition m_changed;
-    bool m_isHeld QUORIN_GUARDED_BY(m_mutex) = false;
-    PortState m_otherPorts QUORIN_GUARDED_BY(m_mutex) = PortState::available;
-    QMap<int, PortState> m_ports QUORIN_GUARDED_BY(m_mutex);
-    QList<int> m_asked QUORIN_GUARDED_BY(m_mutex);
+        platform::Mutex mutex;
+        platform::Condition changed;
+        bool isHeld QUORIN_GUARDED_BY(mutex) = false;
+        bool holdsFolders QUORIN_GUARDED_BY(mutex) = false;
+        PortState otherPorts QUORIN_GUARDED_BY(mutex) = PortState::available;
+        QMap<int, PortState> ports QUORIN_GUARDED_BY(mutex);
+        QMap<QString, FolderValidationResult> folders QUORIN_GUARDED_BY(mutex);
+        QList<int> askedPorts QUORIN_GUARDED_BY(mutex);
+        QStringList askedFolders QUORIN_GUARDED_BY(mutex);
+    };
+
+    const std::shared_ptr<Known> m_known = std::make_shared<Known>();
 };
 
 } // namespace gateway::wizard::testing

@@ -50,13 +50,27 @@ struct SetupWorld : account::testing::SessionWorld
         return *setup;
     }
 
+    /// Lets time pass, unless a folder is looked at, which takes none.
+    void pass(std::chrono::nanoseconds time)
+    {
+        if (!setup->isCheckingFolderAccess()) {
+            clock.advance(time);
+        }
+    }
+
     /// Lets the debounce pass, and the look at the port after it.
     void passDebounce()
     {
         runUntil([this] {
-            clock.advance(std::chrono::milliseconds(350)); // again until the one that sleeps has begun to
+            pass(std::chrono::milliseconds(350)); // again until the one that sleeps has begun to
             return !setup->isCheckingPortAvailability();
         });
+    }
+
+    /// Lets a look at the folder end.
+    void awaitFolder()
+    {
+        runUntil([this] { return !setup->isCheckingFolderAccess(); });
     }
 
     /// A new setup whose first look at the port is over.
@@ -73,6 +87,7 @@ struct SetupWorld : account::testing::SessionWorld
         while (setup->step() < step) {
             const GatewaySetupStep before = setup->step();
             setup->goNext();
+            awaitFolder();
             ASSERT_NE(setup->step(), before) << setup->validationMessage().value_or(QString()).toStdString();
         }
         runUntil([this] { return !setup->isCheckingTerms(); });
@@ -84,7 +99,7 @@ struct SetupWorld : account::testing::SessionWorld
         std::optional<bool> result;
         const auto task = setup->finishSetup().then([&result](bool isComplete) { result = isComplete; });
         runUntil([this, &result] {
-            clock.advance(result ? std::chrono::seconds(0) : std::chrono::seconds(2));
+            pass(result ? std::chrono::seconds(0) : std::chrono::seconds(2));
             return result.has_value();
         });
         return *result;

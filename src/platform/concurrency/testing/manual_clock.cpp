@@ -1,10 +1,20 @@
 #include "platform/concurrency/testing/manual_clock.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <cstdio>
+#include <cstdlib>
 #include <iterator>
 #include <utility>
 
 namespace gateway::platform::testing {
+
+namespace {
+
+/// Of real time: nothing that a test waits for takes as long on the busiest machine.
+constexpr std::chrono::seconds kGiveUp{60};
+
+} // namespace
 
 ManualClock::ManualClock(QDateTime start) : m_start(std::move(start)) {}
 
@@ -75,10 +85,17 @@ void ManualClock::advance(std::chrono::nanoseconds duration)
 
 void ManualClock::waitForSleepers(int count) const
 {
+    const auto end = std::chrono::steady_clock::now() + kGiveUp;
     const MutexLock lock(m_mutex);
-    while (m_sleepers + std::ranges::count_if(m_waits, [](const auto &wait) { return !wait->isOver(); }) <
-           count) {
-        m_changed.wait(m_mutex);
+    const auto sleepers = [&]() QUORIN_REQUIRES(m_mutex) {
+        return m_sleepers + std::ranges::count_if(m_waits, [](const auto &wait) { return !wait->isOver(); });
+    };
+    while (sleepers() < count) {
+        if (std::chrono::steady_clock::now() >= end) {
+            std::fprintf(stderr, "ManualClock: %td of %d sleep\n", std::ptrdiff_t{sleepers()}, count);
+            std::abort(); // what was to sleep went on without: the test that waits for it can't end well
+        }
+        m_changed.waitUntil(m_mutex, end);
     }
 }
 

@@ -27,7 +27,8 @@ public:
     /// been told when this returns.
     void advance(std::chrono::nanoseconds duration);
 
-    /// Blocks until at least `count` sleep on this clock, with a thread or without.
+    /// Blocks until at least `count` sleep on this clock, with a thread or without. Ends the program, saying
+    /// so, when they don't come.
     void waitForSleepers(int count) const;
 
 private:

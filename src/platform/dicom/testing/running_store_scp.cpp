@@ -2,6 +2,7 @@
 
 #include "platform/dicom/helper_process.h"
 
+#include <QtCore/QDir>
 #include <QtCore/QFile>
 
 #include <chrono>
@@ -15,6 +16,7 @@ namespace {
 
 StoreSCPConfig configFor(const QString &inbox, int port, std::chrono::seconds timeout)
 {
+    QDir().mkpath(inbox + QStringLiteral("/.part"));
     StoreSCPConfig config;
     config.aeTitle = QStringLiteral("QUORIN");
     config.port = port;
@@ -49,8 +51,8 @@ RunningStoreSCP::RunningStoreSCP(const QString &inbox, std::chrono::seconds time
 {
 }
 
-RunningStoreSCP::RunningStoreSCP(const QString &inbox, int port, const ListenerPatience &patience)
-    : RunningStoreSCP(StoreSCPEnvironment{helperProgramPath(), QString(), 0, patience},
+RunningStoreSCP::RunningStoreSCP(const QString &inbox, int port, const ListenerTimeouts &timeouts)
+    : RunningStoreSCP(StoreSCPEnvironment{helperProgramPath(), QString(), 0, timeouts},
                       configFor(inbox, port, std::chrono::seconds(30)))
 {
 }

@@ -32,7 +32,7 @@ public:
                              qint64 reserveBytes = 0);
 
     /// \param port  0 lets the system choose; one that must survive a restart is chosen by the test.
-    RunningStoreSCP(const QString &inbox, int port, const ListenerPatience &patience = {});
+    RunningStoreSCP(const QString &inbox, int port, const ListenerTimeouts &timeouts = {});
     ~RunningStoreSCP();
 
     int port() const { return m_port; }

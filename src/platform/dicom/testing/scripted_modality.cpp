@@ -3,13 +3,11 @@
 #include <array>
 #include <cerrno>
 #include <system_error>
-#include <utility>
 
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <sys/socket.h>
 #include <sys/time.h>
-#include <unistd.h>
 
 namespace gateway::platform::testing {
 
@@ -174,30 +172,21 @@ ScriptedModality::ScriptedModality(int port) : m_socket(::socket(AF_INET, SOCK_S
 {
     constexpr timeval kMinute{60, 0};
     const int yes = 1;
-    ::setsockopt(m_socket, SOL_SOCKET, SO_RCVTIMEO, &kMinute, sizeof(kMinute));
-    ::setsockopt(m_socket, IPPROTO_TCP, TCP_NODELAY, &yes, sizeof(yes));
+    ::setsockopt(m_socket.get(), SOL_SOCKET, SO_RCVTIMEO, &kMinute, sizeof(kMinute));
+    ::setsockopt(m_socket.get(), IPPROTO_TCP, TCP_NODELAY, &yes, sizeof(yes));
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_port = htons(static_cast<std::uint16_t>(port));
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    if (::connect(m_socket, reinterpret_cast<const sockaddr *>(&address), sizeof(address)) != 0) {
-        const int error = errno;
-        close();
-        throw std::system_error(error, std::generic_category(), "connect");
-    }
-}
-
-void ScriptedModality::close()
-{
-    if (m_socket >= 0) {
-        ::close(std::exchange(m_socket, -1));
+    if (::connect(m_socket.get(), reinterpret_cast<const sockaddr *>(&address), sizeof(address)) != 0) {
+        throw std::system_error(errno, std::generic_category(), "connect");
     }
 }
 
 bool ScriptedModality::send(std::string_view bytes)
 {
     while (!bytes.empty()) {
-        const ssize_t sent = ::send(m_socket, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+        const ssize_t sent = ::send(m_socket.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL);
         if (sent <= 0) {
             return false;
         }
@@ -211,7 +200,7 @@ std::string ScriptedModality::receiveBytes(std::size_t count)
     std::string bytes(count, '\0');
     std::size_t size = 0;
     while (size < count) {
-        const ssize_t received = ::recv(m_socket, bytes.data() + size, count - size, 0);
+        const ssize_t received = ::recv(m_socket.get(), bytes.data() + size, count - size, 0);
         if (received <= 0) {
             break;
         }

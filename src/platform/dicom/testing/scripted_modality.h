@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/descriptors/descriptor.h"
+
 #include <cstdint>
 #include <map>
 #include <optional>
@@ -60,9 +62,6 @@ public:
 
     /// Connects to the loopback address. \throws std::system_error
     explicit ScriptedModality(int port);
-    ~ScriptedModality() { close(); }
-    ScriptedModality(const ScriptedModality &) = delete;
-    ScriptedModality &operator=(const ScriptedModality &) = delete;
 
     /// \return false when the receiver has gone.
     bool send(std::string_view bytes);
@@ -91,13 +90,13 @@ public:
 
     /// \return whether the release was answered.
     bool release();
-    void close();
+    void close() { m_socket.close(); }
 
 private:
     std::string receiveBytes(std::size_t count);
     void readContext(std::string_view item);
 
-    int m_socket = -1;
+    Descriptor m_socket;
     std::uint16_t m_messageId = 0;
     std::map<std::uint8_t, int> m_results;
     std::map<std::uint8_t, std::string> m_transferSyntaxes;

@@ -17,12 +17,15 @@ namespace {
 Record obey(const Record &job, int jobsBefore)
 {
     const bool killed = job.word == "parse" && job.text("path").ends_with("crash");
+    if (job.word == "parse" && job.text("path").ends_with("pixels")) {
+        return {"parsed", {}};
+    }
     if (job.word == "hang" || (job.word == "parse" && job.text("path").ends_with("hang"))) {
         for (;;) {
             ::pause();
         }
     }
-    if (job.word == "crash" || killed) {
+    if (job.word == "crash" || job.word == "parse_with_version" || killed) {
         std::raise(SIGKILL);
     }
     if (job.word == "convert") {

@@ -1,5 +1,7 @@
 #include "platform/files/testing/faulty_file_system.h"
 
+#include <utility>
+
 namespace gateway::platform::testing {
 
 void FaultyFileSystem::failStep(int step, int code)
@@ -10,6 +12,13 @@ void FaultyFileSystem::failStep(int step, int code)
 void FaultyFileSystem::failFromStep(int step, int code)
 {
     setFault(step, std::numeric_limits<int>::max(), code);
+}
+
+void FaultyFileSystem::beforeStep(int step, std::function<void()> then)
+{
+    heal();
+    m_awaitedStep = step;
+    m_then = std::move(then);
 }
 
 void FaultyFileSystem::heal()
@@ -28,6 +37,10 @@ void FaultyFileSystem::setFault(int first, int last, int code)
 void FaultyFileSystem::step()
 {
     const int number = m_steps++;
+    if (number == m_awaitedStep) {
+        m_awaitedStep = std::numeric_limits<int>::max();
+        m_then();
+    }
     if (number >= m_firstFault && number <= m_lastFault) {
         throw FileError("do as a test forbade", m_code);
     }

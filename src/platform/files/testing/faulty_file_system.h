@@ -2,6 +2,7 @@
 
 #include "platform/files/file_system.h"
 
+#include <functional>
 #include <limits>
 
 namespace gateway::platform::testing {
@@ -20,6 +21,9 @@ public:
 
     /// Lets that step and all after it fail, as if the machine had stopped there.
     void failFromStep(int step, int code);
+
+    /// Runs `then` before the step with this number, counted from 0 at this call. It may come back here.
+    void beforeStep(int step, std::function<void()> then);
 
     /// No further step fails; the count begins anew.
     void heal();
@@ -51,6 +55,8 @@ private:
     int m_firstFault = std::numeric_limits<int>::max();
     int m_lastFault = std::numeric_limits<int>::max();
     int m_code = 0;
+    int m_awaitedStep = std::numeric_limits<int>::max();
+    std::function<void()> m_then = [] {};
     std::chrono::nanoseconds m_grain{1};
 };
 

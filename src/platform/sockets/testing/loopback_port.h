@@ -1,12 +1,13 @@
 #pragma once
 
+#include "platform/descriptors/descriptor.h"
+
 #include <cerrno>
 #include <system_error>
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
-#include <unistd.h>
 
 namespace gateway::platform::testing {
 
@@ -29,27 +30,20 @@ public:
         address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
         socklen_t size = sizeof(address);
         auto *plain = reinterpret_cast<sockaddr *>(&address);
-        if (::bind(m_socket, plain, size) != 0 || ::getsockname(m_socket, plain, &size) != 0 ||
-            (use == Use::listening && ::listen(m_socket, kBacklog) != 0)) {
-            const int error = errno;
-            ::close(m_socket);
-            throw std::system_error(error, std::generic_category(), "a port of the loopback");
+        if (::bind(m_socket.get(), plain, size) != 0 || ::getsockname(m_socket.get(), plain, &size) != 0 ||
+            (use == Use::listening && ::listen(m_socket.get(), kBacklog) != 0)) {
+            throw std::system_error(errno, std::generic_category(), "a port of the loopback");
         }
         m_port = ntohs(address.sin_port);
     }
 
-    ~LoopbackPort() { ::close(m_socket); }
-
-    LoopbackPort(const LoopbackPort &) = delete;
-    LoopbackPort &operator=(const LoopbackPort &) = delete;
-
     int port() const { return m_port; }
-    int descriptor() const { return m_socket; }
+    int descriptor() const { return m_socket.get(); }
 
 private:
     static constexpr int kBacklog = 64;
 
-    const int m_socket;
+    Descriptor m_socket;
     int m_port = 0;
 };
 

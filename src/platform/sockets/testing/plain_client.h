@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/descriptors/descriptor.h"
 #include "platform/sockets/unix_socket_address.h"
 
 #include <QtCore/QByteArray>
@@ -11,7 +12,6 @@
 #include <gtest/gtest.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
-#include <unistd.h>
 
 namespace gateway::platform::testing {
 
@@ -26,26 +26,22 @@ public:
         address.sin_family = AF_INET;
         address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
         address.sin_port = htons(static_cast<std::uint16_t>(port));
-        EXPECT_EQ(::connect(m_socket, reinterpret_cast<const sockaddr *>(&address), sizeof(address)), 0);
+        EXPECT_EQ(::connect(m_socket.get(), reinterpret_cast<const sockaddr *>(&address), sizeof(address)),
+                  0);
     }
 
     /// Connects to a Unix socket.
     explicit PlainClient(const QString &path) : m_socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0))
     {
         const UnixSocketAddress address(path);
-        EXPECT_EQ(::connect(m_socket, address.address(), address.size()), 0);
+        EXPECT_EQ(::connect(m_socket.get(), address.address(), address.size()), 0);
     }
-
-    ~PlainClient() { ::close(m_socket); }
-
-    PlainClient(const PlainClient &) = delete;
-    PlainClient &operator=(const PlainClient &) = delete;
 
     /// Sends all of it, as far as the peer takes it.
     void say(const QByteArray &bytes)
     {
         for (qsizetype sent = 0; sent < bytes.size();) {
-            const ssize_t count = ::send(m_socket,
+            const ssize_t count = ::send(m_socket.get(),
                                          bytes.constData() + sent,
                                          static_cast<std::size_t>(bytes.size() - sent),
                                          MSG_NOSIGNAL);
@@ -62,14 +58,14 @@ public:
         QByteArray heard;
         char chunk[4096];
         ssize_t count = 0;
-        while ((count = ::recv(m_socket, chunk, sizeof(chunk), 0)) > 0) {
+        while ((count = ::recv(m_socket.get(), chunk, sizeof(chunk), 0)) > 0) {
             heard.append(chunk, count);
         }
         return heard;
     }
 
 private:
-    int m_socket;
+    Descriptor m_socket;
 };
 
 } // namespace gateway::platform::testing

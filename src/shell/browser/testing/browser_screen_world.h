@@ -3,7 +3,7 @@
 #include "account/testing/session_world.h"
 #include "browser/testing/fake_archive.h"
 #include "index/testing/temporary_index.h"
-#include "log/testing/recording_log.h"
+#include "log/writing/testing/recording_log.h"
 #include "shell/browser/browser_panel.h"
 #include "shell/browser/browser_table_view.h"
 #include "shell/browser/browser_window_controllers.h"

@@ -7,19 +7,20 @@
 #include "account/testing/fake_status_api.h"
 #include "cloud_client/testing/memory_token_store.h"
 #include "core/notification_names.h"
-#include "log/gateway_logs_view_model.h"
-#include "log/testing/log_folder.h"
+#include "log/browsing/gateway_logs_view_model.h"
+#include "log/browsing/testing/log_folder.h"
 #include "platform/concurrency/testing/runs_main.h"
 #include "receive/dimse_listener_view_model.h"
 #include "receive/store_manual_import_service.h"
 #include "receive/testing/manual_import_world.h"
 #include "receive/testing/receive_world.h"
 #include "shell/controls/sheet.h"
-#include "shell/dashboard/dashboard_parts.h"
+#include "shell/dashboard/cards/dashboard_parts.h"
 #include "shell/dashboard/testing/held_imports.h"
 #include "shell/theme/theme.h"
 #include "state/gateway_app_state.h"
 #include "state/testing/fake_figure_index.h"
+#include "upload/failure_watch.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QFile>
@@ -36,7 +37,8 @@ namespace gateway::shell::testing {
 class DashboardWorld : public platform::testing::RunsMain
 {
 public:
-    DashboardWorld()
+    /// \param knowsSession  the first look at the session is over.
+    explicit DashboardWorld(bool knowsSession = true)
     {
         network.waitUntilStored();
         theme.setReducedMotion(true);
@@ -50,6 +52,9 @@ public:
         listener.refresh();
         account.user.workplaceName = QStringLiteral("St. Anna Radiology");
         account.limit = {100.0F * 1024 * 1024, 37.5F * 1024 * 1024};
+        if (knowsSession) {
+            finish(auth.refresh(true));
+        }
     }
 
     ~DashboardWorld()
@@ -63,29 +68,25 @@ public:
 
     DashboardParts parts()
     {
-        return {theme,
-                state,
-                auth,
-                cloudStatus,
-                cloudStorage,
-                listener,
-                *imports.service,
-                logs,
-                receive.defaults,
-                receive.main,
-                receive.pool,
-                clock,
-                [] { return QTimeZone::utc(); },
-                [](const QString &) { return true; },
-                actions,
-                [this](QWidget *window) {
-                    signInSheet = new Sheet(theme, *window, QStringLiteral("Sign in"));
-                    return signInSheet;
-                },
-                [this](QWidget *window) {
-                    termsSheet = new Sheet(theme, *window, QStringLiteral("Terms"));
-                    return termsSheet;
-                }};
+        return {.theme = theme,
+                .appState = state,
+                .receiving = {.listener = listener, .imports = *imports.service},
+                .cloud = {.auth = auth,
+                          .status = cloudStatus,
+                          .storage = cloudStorage,
+                          .failures = failures,
+                          .makeSignInSheet =
+                              [this](QWidget *window) {
+                                  signInSheet = new Sheet(theme, *window, QStringLiteral("Sign in"));
+                                  return signInSheet;
+                              }},
+                .logs = {.model = logs, .openFolder = [](const QString &) { return true; }},
+                .runtime = {.defaults = receive.defaults,
+                            .main = receive.main,
+                            .pool = receive.pool,
+                            .clock = clock,
+                            .timeZone = [] { return QTimeZone::utc(); }},
+                .actions = actions};
     }
 
     void signIn() { finish(auth.signIn(QStringLiteral("ann@example.org"), account.password)); }
@@ -164,6 +165,9 @@ public:
                                        receive.clock},
                                       QStringLiteral("3.1.0")};
     account::QuorinCloudStatusViewModel cloudStatus{{cloud, receive.main, receive.pool, receive.clock}};
+    QList<upload::FailureFigure> failureFigures; // set before images that failed are shown
+    upload::FailureWatch failures{
+        {receive.main, receive.pool, clock, [figures = &failureFigures] { return *figures; }}};
     account::QuorinCloudStorageLimitViewModel cloudStorage{
         {account, network, receive.main, receive.pool, receive.clock}};
     state::testing::FakeFigureIndex index;
@@ -175,7 +179,6 @@ public:
              return QTimeZone::utc();
          }}};
     QPointer<Sheet> signInSheet;
-    QPointer<Sheet> termsSheet;
 
 private:
     int m_fillings = 0;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "shell/dashboard/state_binding.h"
+#include "shell/dashboard/cards/state_binding.h"
 
 #include <QtTest/QTest>
 #include <QtWidgets/QApplication>

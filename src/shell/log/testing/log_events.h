@@ -1,7 +1,7 @@
 #pragma once
 
-#include "log/image_trail.h"
-#include "log/testing/log_folder.h"
+#include "log/browsing/image_trail.h"
+#include "log/browsing/testing/log_folder.h"
 
 #include <QtCore/QList>
 

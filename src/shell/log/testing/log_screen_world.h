@@ -1,7 +1,7 @@
 #pragma once
 
-#include "log/gateway_logs_view_model.h"
-#include "log/testing/log_folder.h"
+#include "log/browsing/gateway_logs_view_model.h"
+#include "log/browsing/testing/log_folder.h"
 #include "platform/concurrency/main_executor.h"
 #include "platform/concurrency/testing/manual_clock.h"
 #include "platform/concurrency/worker_pool.h"

@@ -1,9 +1,8 @@
 #pragma once
 
-#include "shell/controls/button.h"
 #include "shell/controls/switch.h"
-#include "shell/controls/text_field.h"
 #include "shell/testing/screen_checks.h"
+#include "shell/testing/shown_widgets.h"
 #include "shell/testing/themed_window.h"
 #include "shell/wizard/gateway_setup_wizard_window_controller.h"
 #include "wizard/testing/setup_world.h"
@@ -11,7 +10,6 @@
 #include <QtCore/QTemporaryDir>
 #include <QtTest/QTest>
 #include <QtWidgets/QApplication>
-#include <QtWidgets/QLabel>
 #include <QtWidgets/QScrollArea>
 
 #include <algorithm>
@@ -47,6 +45,7 @@ struct WizardScreenWorld : wizard::testing::SetupWorld
                             .openLink = [this](const QUrl &page) { links.append(page); }},
                 .storePage = storePage,
                 .actions = {.completed = [this] { ++completed; },
+                            .offerTrial = [this] { ++offers; },
                             .tellProblem = [this](const QString &problem) { problems.append(problem); },
                             .quit = [this] { ++quits; }}};
     }
@@ -75,23 +74,24 @@ struct WizardScreenWorld : wizard::testing::SetupWorld
     }
 
     /// The shown button of this title; null where there is none.
-    Button *button(const QString &title)
-    {
-        for (Button *one : window().findChildren<Button *>()) {
-            if (one->text() == title && one->isVisible()) {
-                return one;
-            }
-        }
-        return nullptr;
-    }
+    Button *button(const QString &title) { return shownButton(window(), title); }
 
     void press(const QString &title)
     {
-        Button *pressed = button(title);
-        ASSERT_NE(pressed, nullptr) << title.toStdString() << "; shown are: " << words().toStdString();
-        ASSERT_TRUE(pressed->isEnabled()) << title.toStdString();
-        pressed->click();
+        pressShown(window(), title);
+        awaitFolder();
         settleOrEnd();
+    }
+
+    /// Lets a look at the folder end.
+    void awaitFolder()
+    {
+        runUntil([this] {
+            QWidget *const shown = controller->window();
+            const Button *const onward =
+                shown == nullptr ? nullptr : shownButton(*shown, QStringLiteral("Continue"));
+            return onward == nullptr || !onward->isBusy();
+        });
     }
 
     /// Lets things run, be it that the window goes meanwhile.
@@ -104,26 +104,9 @@ struct WizardScreenWorld : wizard::testing::SetupWorld
     }
 
     /// The shown field that is named so.
-    TextField *field(const QString &name)
-    {
-        for (TextField *one : window().findChildren<TextField *>()) {
-            if (one->accessibleName() == name && one->isVisible()) {
-                return one;
-            }
-        }
-        return nullptr;
-    }
+    TextField *field(const QString &name) { return shownField(window(), name); }
 
-    void type(const QString &name, const QString &text)
-    {
-        TextField *into = field(name);
-        ASSERT_NE(into, nullptr) << name.toStdString();
-        into->setFocus();
-        into->selectAll();
-        QTest::keyClick(into, Qt::Key_Delete);
-        QTest::keyClicks(into, text);
-        QCoreApplication::processEvents();
-    }
+    void type(const QString &name, const QString &text) { typeInto(window(), name, text); }
 
     /// Presses "Finish Setup", and waits until setup is complete.
     void finishSetup()
@@ -143,16 +126,7 @@ struct WizardScreenWorld : wizard::testing::SetupWorld
     }
 
     /// All words that are shown, one label a line.
-    QString words()
-    {
-        QStringList shown;
-        for (const QLabel *label : window().findChildren<QLabel *>()) {
-            if (label->isVisible()) {
-                shown.append(label->text());
-            }
-        }
-        return shown.join(u'\n');
-    }
+    QString words() { return shownWords(window()); }
 
     bool says(const QString &text) { return words().contains(text); }
 
@@ -197,6 +171,7 @@ struct WizardScreenWorld : wizard::testing::SetupWorld
     QList<QUrl> links;
     QStringList problems;
     int completed = 0;
+    int offers = 0; ///< of a trial
     int quits = 0;
     std::optional<GatewaySetupWizardWindowController> controller;
 };

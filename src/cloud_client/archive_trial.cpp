@@ -1,0 +1,328 @@
+#include "cloud_client/archive_trial.h"
+
+#include "cloud_client/archive_session.h"
+#include "cloud_client/qrn_delete_api.h"
+#include "cloud_client/qrn_stow_api.h"
+#include "cloud_client/quorin_api_client.h"
+#include "cloud_client/quorin_error.h"
+#include "cloud_client/sample_instance.h"
+
+#include <QtCore/QDir>
+#include <QtCore/QFile>
+#include <QtCore/QStringList>
+#include <QtCore/QTemporaryDir>
+
+#include <arpa/inet.h>
+#include <netdb.h>
+#include <netinet/in.h>
+
+#include <array>
+#include <memory>
+
+namespace gateway::cloud_client {
+
+namespace {
+
+using Outcome = TrialStep::Outcome;
+using namespace std::chrono_literals;
+
+// An archive may store later than it answers; what takes longer is hardly the same thing.
+constexpr std::array<std::chrono::seconds, 6> kPausesBeforeQueries{0s, 1s, 2s, 4s, 8s, 15s};
+
+constexpr qint64 kMostReturned = 1 << 20;
+constexpr int kDaysToWarn = 30;
+
+QString wordsOf(const std::exception &error)
+{
+    const QString words = userFacingMessage(error, QString());
+    return words.isEmpty() ? QStringLiteral("The archive refused it without a word.") : words;
+}
+
+const QString kFolderPattern = QStringLiteral("archive-test-");
+
+/// Removes what a trial left that was killed.
+void sweepSamples(const QString &folder)
+{
+    const QStringList left = QDir(folder).entryList({kFolderPattern + u'*'}, QDir::Dirs | QDir::NoSymLinks);
+    for (const QString &name : left) {
+        QDir(folder + u'/' + name).removeRecursively();
+    }
+}
+
+QStringList addressesOf(const QString &host)
+{
+    addrinfo hints{};
+    hints.ai_socktype = SOCK_STREAM;
+    addrinfo *found = nullptr;
+    QStringList addresses;
+    if (::getaddrinfo(host.toUtf8().constData(), nullptr, &hints, &found) != 0) {
+        return addresses;
+    }
+    for (const addrinfo *one = found; one != nullptr; one = one->ai_next) {
+        std::array<char, NI_MAXHOST> name{};
+        if (::getnameinfo(
+                one->ai_addr, one->ai_addrlen, name.data(), name.size(), nullptr, 0, NI_NUMERICHOST) == 0) {
+            addresses.append(QString::fromLatin1(name.data()));
+        }
+    }
+    ::freeaddrinfo(found);
+    return addresses;
+}
+
+/// Whose certificate it is and until when it is good.
+TrialStep certificateStep(const QString &step, const HttpResponse &response, const QDateTime &now)
+{
+    const std::optional<CertificateFacts> facts = factsOf(response.serverCertificate);
+    if (!facts) {
+        return {step, Outcome::good, QStringLiteral("The server at %1 answers.").arg(response.host)};
+    }
+    const qint64 days = now.daysTo(facts->notAfter);
+    const QString words =
+        QStringLiteral("The server at %1 shows the certificate of %2 by %3, good until %4.")
+            .arg(response.host, facts->name, facts->issuer, facts->notAfter.toString(Qt::ISODate));
+    return days >= kDaysToWarn
+               ? TrialStep{step, Outcome::good, words}
+               : TrialStep{step,
+                           Outcome::remark,
+                           words + QStringLiteral(" Have it renewed in the next days: uploads wait "
+                                                  "once it has ended.")};
+}
+
+} // namespace
+
+QList<TrialStep> ArchiveTrial::run(const std::stop_token &stop) const
+{
+    QList<TrialStep> steps{lookUpName()};
+    if (steps.last().outcome == Outcome::failed) {
+        return steps;
+    }
+    steps.append(connect());
+    if (steps.last().outcome == Outcome::failed || stop.stop_requested()) {
+        return steps;
+    }
+    steps += signIn();
+    if (steps.last().outcome != Outcome::failed && !stop.stop_requested()) {
+        steps += tryImage(stop);
+    }
+    return steps;
+}
+
+TrialStep ArchiveTrial::lookUpName() const
+{
+    const auto step = QStringLiteral("name");
+    const QString host = m_client.configuration().baseUrl.host();
+    if (!m_client.configuration().proxy.isEmpty()) {
+        return {step, Outcome::good, QStringLiteral("A web proxy looks up %1.").arg(host)};
+    }
+    const QStringList addresses = addressesOf(host);
+    if (addresses.isEmpty()) {
+        return {step,
+                Outcome::failed,
+                QStringLiteral(
+                    "The name %1 isn't known to this network. Check the archive's address in the setting "
+                    "QuorinAPI.BaseURL, and this computer's name service.")
+                    .arg(host)};
+    }
+    return {
+        step, Outcome::good, QStringLiteral("%1 is at %2.").arg(host, addresses.join(QStringLiteral(", ")))};
+}
+
+TrialStep ArchiveTrial::connect() const
+{
+    const auto step = QStringLiteral("connection");
+    try {
+        ApiCall call;
+        call.service = ApiCall::Service::store;
+        call.path = "/studies?limit=1";
+        call.accept = "application/dicom+json";
+        call.authorized = false;
+        call.answerLimit = kLargeAnswer;
+        call.wantsCertificate = true;
+        return certificateStep(step, m_client.send(call), m_clock.now());
+    } catch (const std::exception &error) {
+        return {step, Outcome::failed, wordsOf(error)};
+    }
+}
+
+QList<TrialStep> ArchiveTrial::signIn() const
+{
+    const auto step = QStringLiteral("sign-in");
+    const std::optional<QString> session = m_client.networkSettings().token();
+    if (!session) {
+        return {{step,
+                 Outcome::failed,
+                 QStringLiteral("Nobody is signed in. Sign in: quorin-gateway sign-in --email NAME, or "
+                                "quorin-gateway archive set.")}};
+    }
+    const ArchiveSignIn signIn = archiveSignIn(*session);
+    std::optional<QString> issue = issueWith(signIn);
+    if (!issue) {
+        issue = issueWith(signIn.certificate, m_clock.now());
+    }
+    if (issue) {
+        return {{step, Outcome::failed, *issue}};
+    }
+    try {
+        const ArchiveAnswer answer = askArchive(m_client, signIn);
+        const TrialStep good{step,
+                             Outcome::good,
+                             QStringLiteral("The archive takes the sign-in as %1.").arg(signInLabel(signIn))};
+        switch (answer.meaning) {
+        case ArchiveAnswer::Meaning::found:
+            return {good,
+                    {QStringLiteral("query"), Outcome::good, QStringLiteral("The archive answers queries.")}};
+        case ArchiveAnswer::Meaning::queryRefused:
+            return {{QStringLiteral("query"),
+                     Outcome::remark,
+                     QStringLiteral(
+                         "The archive answers no queries (status %1). Uploads are proven by its answers "
+                         "alone, and the windows can't show what it holds; ask whoever runs it to permit "
+                         "queries.")
+                         .arg(answer.status)}};
+        case ArchiveAnswer::Meaning::signInWanted:
+            break;
+        }
+        return {
+            {step,
+             Outcome::failed,
+             QStringLiteral("The archive refuses the sign-in as %1 (status %2). Sign in with what it knows: "
+                            "quorin-gateway archive set.")
+                 .arg(signInLabel(signIn))
+                 .arg(answer.status)}};
+    } catch (const std::exception &error) {
+        return {{step, Outcome::failed, wordsOf(error)}};
+    }
+}
+
+QList<TrialStep> ArchiveTrial::tryImage(const std::stop_token &stop) const
+{
+    QDir().mkpath(m_folder);
+    sweepSamples(m_folder);
+    const QTemporaryDir folder(m_folder + u'/' + kFolderPattern + QStringLiteral("XXXXXX"));
+    const SampleInstance sample = makeSampleInstance(m_clock.now());
+    QList<TrialStep> steps{store(sample, folder.filePath(QStringLiteral("sent.dcm")))};
+    if (steps.last().outcome == Outcome::failed) {
+        return steps;
+    }
+    steps.append(find(sample.identity, stop));
+    steps.append(readBack(sample, folder.filePath(QStringLiteral("returned.dcm"))));
+    steps.append(remove(sample.identity.study));
+    return steps;
+}
+
+TrialStep ArchiveTrial::store(const SampleInstance &sample, const QString &path) const
+{
+    const auto step = QStringLiteral("store");
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(sample.file) != sample.file.size() || !file.flush()) {
+        return {step, Outcome::failed, QStringLiteral("This computer can't write a temporary file.")};
+    }
+    try {
+        QrnStowAPI(m_client).upload(m_client.session(),
+                                    StowFile{QUrl::fromLocalFile(path), sample.identity},
+                                    m_client.configuration().deviceId,
+                                    {});
+        return {step, Outcome::good, QStringLiteral("The archive says that it has stored the sample.")};
+    } catch (const QrnStowResponse &refusal) {
+        return {step,
+                Outcome::failed,
+                QStringLiteral(
+                    "The archive doesn't name the sample as stored (reason %1). Ask whoever runs it for "
+                    "the right to store, and for secondary captures to be taken.")
+                    .arg(refusal.code)};
+    } catch (const AFError &error) {
+        return {step, Outcome::failed, wordsOf(error) + (error.responseCode ? QString() : takeBack(sample))};
+    } catch (const std::exception &error) {
+        return {step, Outcome::failed, wordsOf(error)};
+    }
+}
+
+/// Deletes a sample of which nobody knows whether it arrived. \return what to add where that isn't sure,
+/// either.
+QString ArchiveTrial::takeBack(const SampleInstance &sample) const
+{
+    try {
+        QrnDeleteAPI(m_client).deleteStudy(sample.identity.study, m_client.configuration().deviceId);
+        return {};
+    } catch (const std::exception &) {
+        return QStringLiteral(
+                   " The archive may hold the sample all the same, under the patient GATEWAY-TEST, as "
+                   "study %1.")
+            .arg(sample.identity.study);
+    }
+}
+
+TrialStep ArchiveTrial::find(const platform::InstanceIdentity &identity, const std::stop_token &stop) const
+{
+    const auto step = QStringLiteral("find");
+    std::chrono::seconds waited{0};
+    for (const std::chrono::seconds pause : kPausesBeforeQueries) {
+        waited += pause;
+        if (pause > 0s && !m_clock.sleep(pause, stop)) {
+            break;
+        }
+        try {
+            if (QrnStowAPI(m_client).isFound(m_client.session(), identity)) {
+                return waited == 0s
+                           ? TrialStep{step, Outcome::good, QStringLiteral("A query finds the sample.")}
+                           : TrialStep{step,
+                                       Outcome::remark,
+                                       QStringLiteral("A query finds the sample only after %1 seconds; the "
+                                                      "archive stores later than it answers.")
+                                           .arg(waited.count())};
+            }
+        } catch (const std::exception &error) {
+            return {step,
+                    Outcome::remark,
+                    wordsOf(error) +
+                        QStringLiteral(" So a sample can't be looked for; uploads are proven by the "
+                                       "archive's answers alone.")};
+        }
+    }
+    return {step,
+            Outcome::failed,
+            QStringLiteral(
+                "The archive said that it has stored the sample, and no query finds it. Ask whoever runs "
+                "it where images of new patients go.")};
+}
+
+TrialStep ArchiveTrial::readBack(const SampleInstance &sample, const QString &path) const
+{
+    const auto step = QStringLiteral("read back");
+    try {
+        QrnStowAPI(m_client).retrieve(m_client.session(), sample.identity, path, kMostReturned);
+    } catch (const std::exception &error) {
+        return {step,
+                Outcome::remark,
+                wordsOf(error) +
+                    QStringLiteral(" So a corrected image, of which the archive may keep another version, "
+                                   "can't be compared and stays here as notComparable.")};
+    }
+    QFile file(path);
+    const bool isSame = file.open(QIODevice::ReadOnly) && file.readAll().endsWith(sample.dataset);
+    return isSame ? TrialStep{step, Outcome::good, QStringLiteral("The sample comes back as it was sent.")}
+                  : TrialStep{step,
+                              Outcome::remark,
+                              QStringLiteral(
+                                  "The sample comes back changed: the archive rewrites what it is sent. So "
+                                  "a second version of an image may not be told from the first, and stays "
+                                  "here.")};
+}
+
+TrialStep ArchiveTrial::remove(const QString &study) const
+{
+    const auto step = QStringLiteral("delete");
+    try {
+        QrnDeleteAPI(m_client).deleteStudy(study, m_client.configuration().deviceId);
+        return {step, Outcome::good, QStringLiteral("The sample is deleted again.")};
+    } catch (const std::exception &error) {
+        return {step,
+                Outcome::remark,
+                wordsOf(error) +
+                    QStringLiteral(" So nothing there can be deleted from here; the sample stays, under "
+                                   "the patient GATEWAY-TEST, as study %1.")
+                        .arg(study)};
+    }
+}
+
+} // namespace gateway::cloud_client

@@ -1,0 +1,49 @@
+#include "cloud_client/token_service.h"
+
+#include "cloud_client/quorin_error.h"
+
+namespace gateway::cloud_client {
+
+AccessToken TokenService::fetch()
+{
+    const OAuthClient &client = m_service.signIn().client;
+    return tokensFor({{"grant_type", QStringLiteral("client_credentials")},
+                      {"scope", client.scope},
+                      {"audience", client.audience}})
+        .access;
+}
+
+OAuthTokens TokenService::renew(const QString &refreshToken)
+{
+    OAuthTokens tokens =
+        tokensFor({{"grant_type", QStringLiteral("refresh_token")}, {"refresh_token", refreshToken}});
+    if (tokens.refresh.isEmpty()) {
+        tokens.refresh = refreshToken;
+    }
+    return tokens;
+}
+
+OAuthTokens TokenService::tokensFor(const OAuthForm &form)
+{
+    const HttpResponse response = m_service.post(OAuthService::Endpoint::token, form);
+    try {
+        if (response.isSuccess()) {
+            return OAuthService::tokensIn(response);
+        }
+        const QString code = OAuthService::refusalIn(response);
+        if (code == QStringLiteral("invalid_grant")) {
+            throw QrnErrorResponse(
+                QrnErrorKind::sessionInvalid,
+                QStringLiteral("The sign-in service at %1 has ended the sign-in; images are kept here until "
+                               "somebody signs in again: quorin-gateway archive set.")
+                    .arg(response.host),
+                response.status);
+        }
+        m_service.throwRefusal(response, code);
+    } catch (const QuorinError &) {
+        m_service.forgetAddresses();
+        throw;
+    }
+}
+
+} // namespace gateway::cloud_client

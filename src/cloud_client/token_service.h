@@ -1,0 +1,34 @@
+#pragma once
+
+#include "cloud_client/oauth_service.h"
+
+namespace gateway::cloud_client {
+
+/// Gives access tokens to a client that asks by itself (RFC 6749 4.4), and renews those that a person has
+/// granted (RFC 6749 6).
+///
+/// Owner: QuorinApiClient. Thread: any, several at a time; calls block.
+class TokenService
+{
+public:
+    TokenService(const OAuthService::Collaborators &with, ArchiveSignIn signIn)
+        : m_service(with, std::move(signIn))
+    {
+    }
+
+    /// A new token. \throws as `FetchToken`.
+    AccessToken fetch();
+
+    /// New tokens in place of those that came with this one; what renews them may stay the same.
+    ///
+    /// \throws QrnErrorResponse  of kind sessionInvalid, when it is good for nothing any more.
+    /// \throws QrnErrorResponse, AFError  as `FetchToken` else.
+    OAuthTokens renew(const QString &refreshToken);
+
+private:
+    OAuthTokens tokensFor(const OAuthForm &form);
+
+    OAuthService m_service;
+};
+
+} // namespace gateway::cloud_client

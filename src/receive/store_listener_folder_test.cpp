@@ -1,0 +1,89 @@
+#include "receive/store_listener_service.h"
+#include "receive/testing/receive_world.h"
+
+#include <gtest/gtest.h>
+
+namespace gateway::receive {
+namespace {
+
+using testing::ReceiveWorld;
+
+/// The listener, and what becomes of its incoming folder while it is to run.
+class ListenerFolderInLife : public ::testing::Test
+{
+protected:
+    ReceiveWorld m_world;
+};
+
+TEST_F(ListenerFolderInLife, StartsByItselfWhenWhatItWasRefusedForHasPassed)
+{
+    IncomingFolders &folders = m_world.incomingFolders;
+    ASSERT_EQ(folders.enter(m_world.inbox()), std::nullopt);
+    const QString away = m_world.path(u"away"_qs);
+    ASSERT_TRUE(QDir().rename(m_world.inbox(), away) && QDir().mkdir(m_world.inbox()));
+    m_world.service->startListener();
+    m_world.waitUntil([this] { return !m_world.errors.isEmpty(); });
+    EXPECT_TRUE(m_world.errors.front().startsWith(u"The incoming folder can't be seen at "_qs));
+
+    m_world.settings.gatewaySetupCompleted.set(true);
+    m_world.settings.gatewaySetupVersion.set(1);
+
+    m_world.service->incomingFolderWasSeen(folders.lookAtPresent());
+    EXPECT_EQ(m_world.service->state(), state::ListenerState::failed);
+    m_world.service->stopListener(); // as the setup does when none came
+    EXPECT_EQ(m_world.errors.size(), 1) << "it is told once";
+    EXPECT_TRUE(QDir(m_world.inbox()).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot));
+
+    ASSERT_TRUE(QDir().rmdir(m_world.inbox()) && QDir().rename(away, m_world.inbox()));
+    m_world.service->incomingFolderWasSeen(folders.lookAtPresent());
+    EXPECT_EQ(m_world.scps.back()->config().port, 1115);
+}
+
+TEST_F(ListenerFolderInLife, DoesNotStartByItselfWhatAPersonSwitchedOffOrWhatWasNotRefused)
+{
+    m_world.settings.gatewaySetupCompleted.set(true);
+    m_world.settings.gatewaySetupVersion.set(1);
+    m_world.service->incomingFolderWasSeen({});
+    EXPECT_EQ(m_world.scps.size(), 0U);
+    m_world.service->startListener();
+    m_world.scps.back()->config();
+    m_world.service->stopListener();
+    m_world.service->incomingFolderWasSeen({});
+    EXPECT_EQ(m_world.scps.size(), 1U);
+    const QString away = m_world.path(u"away"_qs);
+    ASSERT_TRUE(QDir().rename(m_world.inbox(), away));
+    m_world.service->startListener();
+    m_world.waitUntil([this] { return !m_world.errors.isEmpty(); }); // refused
+    ASSERT_TRUE(QDir().rename(away, m_world.inbox()));
+
+    m_world.configure([](core::DCMListenerSettings &record) { record.isEnabled = false; });
+    m_world.service->incomingFolderWasSeen({});
+
+    EXPECT_EQ(m_world.scps.size(), 2U);
+}
+
+TEST_F(ListenerFolderInLife, StartsAnewWhereAnotherHasComeInItsPlace)
+{
+    IncomingFolders &folders = m_world.incomingFolders;
+    IncomingFolders::Sight exchanged;
+    exchanged.isExchanged = true;
+    m_world.service->incomingFolderWasSeen(exchanged);
+    EXPECT_EQ(m_world.scps.size(), 0U) << "nothing runs that would have to know";
+    m_world.service->startListener();
+    const QString id = m_world.scps.back()->config().incomingFolderId;
+    EXPECT_EQ(id, folders.idInUse());
+    m_world.scps.back()->listen();
+    ASSERT_TRUE(QDir().rename(m_world.inbox(), m_world.path(u"away"_qs)));
+    m_world.service->incomingFolderWasSeen(folders.lookAtPresent());
+    EXPECT_EQ(m_world.scps.size(), 1U) << "it may come back, and nobody can send meanwhile";
+    ASSERT_TRUE(QDir().mkpath(m_world.inbox() + u"/.part"_qs));
+
+    m_world.service->incomingFolderWasSeen(folders.lookAtPresent());
+
+    ASSERT_EQ(m_world.scps.size(), 2U);
+    EXPECT_NE(m_world.scps.back()->config().incomingFolderId, id);
+    EXPECT_FALSE(folders.lookAtPresent().isExchanged);
+}
+
+} // namespace
+} // namespace gateway::receive

@@ -1,0 +1,179 @@
+#include "shell/wizard/trial_window.h"
+
+#include "shell/controls/button.h"
+#include "shell/language/translations.h"
+#include "shell/testing/screen_checks.h"
+#include "shell/testing/shown_widgets.h"
+#include "shell/theme/theme.h"
+#include "wizard/testing/sample_world.h"
+
+#include <QtTest/QTest>
+#include <QtWidgets/QApplication>
+#include <QtWidgets/QLabel>
+
+#include <gtest/gtest.h>
+
+namespace gateway::shell {
+namespace {
+
+using testing::pressShown;
+using testing::shownButton;
+using testing::shownWords;
+
+using wizard::LocalSample;
+using wizard::SetupTrial;
+using wizard::TrialState;
+using wizard::TrialStep;
+
+struct Trial : ::testing::Test, wizard::testing::SampleWorld
+{
+    Trial()
+    {
+        theme.setReducedMotion(true);
+        theme.applyTo(*qApp);
+    }
+
+    /// The shown button with this title; null where there is none.
+    Button *button(const char *title) { return shownButton(window, QString::fromUtf8(title)); }
+
+    void press(const char *title) { pressShown(window, QString::fromUtf8(title)); }
+
+    void runToEnd()
+    {
+        while (trial.isRunning()) {
+            pass(SetupTrial::kLook);
+        }
+    }
+
+    QString words() const { return shownWords(window); }
+
+    bool says(const char *text) const { return words().contains(QString::fromUtf8(text)); }
+
+    void expectWhole(const QString &picture)
+    {
+        QApplication::processEvents();
+        EXPECT_EQ(testing::clippedIn(window), QStringList());
+        testing::keepPicture(window, picture);
+    }
+
+    Theme theme;
+    wizard::SampleRemoval removal{parts()};
+    SetupTrial trial{parts(), removal};
+    TrialWindow window{theme, trial};
+};
+
+TEST_F(Trial, IsOfferedAndCanBeSkipped)
+{
+    window.present();
+
+    EXPECT_TRUE(button("Skip")->isEnabled());
+    EXPECT_TRUE(says("Send a sample to the listener\n"));
+    EXPECT_EQ(window.focusWidget(), button("Try it now"));
+    expectWhole(QStringLiteral("trial-offer"));
+
+    press("Skip");
+
+    EXPECT_FALSE(window.isVisible());
+    EXPECT_EQ(gateway.sent(), QStringList());
+}
+
+TEST_F(Trial, EndsWithACheckMarkALine)
+{
+    window.present();
+    const int height = window.height();
+
+    press("Try it now");
+    EXPECT_TRUE(button("Try it now")->isBusy());
+    EXPECT_TRUE(says("Under way"));
+    runToEnd();
+
+    EXPECT_TRUE(says("It Works"));
+    EXPECT_EQ(words().count(QStringLiteral("Passed")), 5);
+    EXPECT_EQ(button("Close"), nullptr);
+    EXPECT_LE(std::abs(window.height() - height),
+              theme.space(Space::page)); // only the sentence above may wrap
+    expectWhole(QStringLiteral("trial-passed"));
+
+    press("Done");
+    EXPECT_FALSE(window.isVisible());
+}
+
+TEST_F(Trial, SaysWhatIsWrongAndCanBeRepeated)
+{
+    cloud.setSignedIn(false);
+    window.present();
+
+    press("Try it now");
+    runToEnd();
+
+    EXPECT_TRUE(says("Something Is in the Way"));
+    EXPECT_TRUE(says("Nobody is signed in."));
+    EXPECT_TRUE(says("Not tried."));
+    expectWhole(QStringLiteral("trial-signed-out"));
+
+    cloud.setSignedIn(true);
+    press("Try Again");
+    runToEnd();
+    EXPECT_TRUE(says("It Works"));
+}
+
+TEST_F(Trial, ShowsTheLongestSentencesWhole)
+{
+    const Translations german{QLocale(QLocale::German)};
+    gateway.holdUp(core::FailureClass::anotherVersionInCloud);
+    gateway.recordAs(LocalSample::State::failed);
+    cloud.refuseDeletes(QStringLiteral("Deleting needs the permission of whoever runs this archive."));
+    TrialWindow translated(theme, trial);
+    translated.present();
+
+    trial.start();
+    runToEnd();
+    QApplication::processEvents();
+
+    EXPECT_EQ(testing::clippedIn(translated), QStringList());
+    testing::keepPicture(translated, QStringLiteral("trial-german"));
+}
+
+TEST_F(Trial, HasRoomForAWordierLanguage)
+{
+    testing::PseudoLocale wordy;
+    QApplication::installTranslator(&wordy);
+    TrialWindow translated(theme, trial);
+    translated.present();
+    QApplication::processEvents();
+
+    EXPECT_EQ(testing::clippedIn(translated), QStringList());
+    testing::keepPicture(translated, QStringLiteral("trial-wordy"));
+}
+
+TEST_F(Trial, ClosedHalfWayIsStoppedAndCleansUp)
+{
+    gateway.setGoesLast(true);
+    window.present();
+    press("Try it now");
+    runUntil([this] { return trial.lines().at(2).state == TrialState::running; });
+    EXPECT_NE(button("Stop"), nullptr);
+
+    QTest::keyClick(&window, Qt::Key_Escape);
+    EXPECT_FALSE(window.isVisible());
+    runToEnd();
+
+    EXPECT_EQ(gateway.here(), QStringList());
+    EXPECT_EQ(kept(), QStringList());
+}
+
+TEST_F(Trial, OpenedAgainBeginsAnew)
+{
+    window.present();
+    press("Try it now");
+    runToEnd();
+    press("Done");
+
+    window.present();
+
+    EXPECT_NE(button("Skip"), nullptr);
+    EXPECT_FALSE(says("Passed"));
+}
+
+} // namespace
+} // namespace gateway::shell

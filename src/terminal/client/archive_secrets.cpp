@@ -1,0 +1,104 @@
+#include "terminal/client/archive_secrets.h"
+
+#include "terminal/client/console.h"
+
+#include <QtCore/QFile>
+
+namespace gateway::terminal {
+
+namespace {
+
+using cloud_client::ArchiveSignIn;
+using cloud_client::OAuthClient;
+
+// A chain of certificates and a key have room in it many times over.
+constexpr qint64 kLargestFile = 256 * 1024;
+
+/// What a file holds; nothing, with the reason said, where it can't be read.
+std::optional<QByteArray> contentOf(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        printError(QStringLiteral("The file %1 can't be read: %2.").arg(path, file.errorString()));
+        return std::nullopt;
+    }
+    return file.read(kLargestFile);
+}
+
+QString promptFor(const ArchiveSignIn &signIn)
+{
+    switch (signIn.method) {
+    case ArchiveSignIn::Method::basic:
+        return QStringLiteral("Password");
+    case ArchiveSignIn::Method::bearer:
+        return QStringLiteral("Token");
+    case ArchiveSignIn::Method::none:
+    case ArchiveSignIn::Method::tokenFile:
+    case ArchiveSignIn::Method::clientCredentials:
+    case ArchiveSignIn::Method::device:
+    case ArchiveSignIn::Method::unknown:
+        break;
+    }
+    return QStringLiteral("Client secret");
+}
+
+bool addSecret(const ArchiveCommand &command, ArchiveSignIn &signIn)
+{
+    if (!command.needsSecret()) {
+        return true;
+    }
+    if (command.secretFile.isEmpty() && signIn.client.secretIn == OAuthClient::SecretIn::assertion) {
+        printError(QStringLiteral("The key that signs comes in a file: --secret-file FILE."));
+        return false;
+    }
+    if (command.secretFile.isEmpty()) {
+        signIn.secret = readSecret(promptFor(signIn));
+        return true;
+    }
+    const std::optional<QByteArray> content = contentOf(command.secretFile);
+    signIn.secret = QString::fromUtf8(content.value_or(QByteArray())).trimmed();
+    return content.has_value();
+}
+
+bool addCertificate(const ArchiveCommand &command, ArchiveSignIn &signIn)
+{
+    if (command.certificateFile.isEmpty()) {
+        return true;
+    }
+    const std::optional<QByteArray> chain = contentOf(command.certificateFile);
+    // One file may hold both.
+    const std::optional<QByteArray> key =
+        chain ? contentOf(command.keyFile.isEmpty() ? command.certificateFile : command.keyFile)
+              : std::nullopt;
+    if (key) {
+        signIn.certificate = {*chain, *key};
+    }
+    return key.has_value();
+}
+
+bool addHeaders(const ArchiveCommand &command, ArchiveSignIn &signIn)
+{
+    if (command.headerFile.isEmpty()) {
+        return true;
+    }
+    const std::optional<QByteArray> content = contentOf(command.headerFile);
+    const auto headers = content ? cloud_client::headersIn(*content) : std::nullopt;
+    if (content && (!headers || headers->isEmpty())) {
+        printError(QStringLiteral("The file %1 holds no headers, one a line as Name: value.")
+                       .arg(command.headerFile));
+    }
+    signIn.extras.headers = headers.value_or(QList<cloud_client::ArchiveHeader>());
+    return !signIn.extras.headers.isEmpty();
+}
+
+} // namespace
+
+std::optional<ArchiveSignIn> withSecrets(const ArchiveCommand &command)
+{
+    ArchiveSignIn signIn = command.signIn;
+    const bool isWhole =
+        addCertificate(command, signIn) && addHeaders(command, signIn) && addSecret(command, signIn);
+    return isWhole ? std::optional(signIn) : std::nullopt;
+}
+
+} // namespace gateway::terminal

@@ -1,0 +1,109 @@
+#!/usr/bin/env python3
+"""The clock stands wrong, or is moved: nothing is let go of early, nothing waits for ever, and images come and go all the same."""
+
+import mmap
+import struct
+import sys
+import time
+import unittest
+
+import invariants
+from fault_rig import FaultRig, figure, rig
+from ledger import Ledger, Version
+
+DAY = 24 * 3600
+KEPT = 30 * DAY
+TO_1970 = -int(time.time()) + 60
+MOVES = {"an hour ahead": 3600, "26 hours ahead": 26 * 3600, "400 days ahead": 400 * DAY, "30 years ahead": 30 * 365 * DAY,
+         "an hour back": -3600, "400 days back": -400 * DAY, "at 1970": TO_1970}
+
+
+class ClockRig(FaultRig):
+    """A gateway whose clock can be moved."""
+
+    def __init__(self):
+        super().__init__()
+        with open(self.path("clock"), "w+b") as file:
+            file.write(bytes(8))
+            file.flush()
+            self._offset = mmap.mmap(file.fileno(), 8)
+
+    def gateway_arguments(self):
+        return ["/usr/bin/env", f"LD_PRELOAD={rig.program('moved_clock.so')}", f"MOVED_CLOCK={self.path('clock')}",
+                *super().gateway_arguments()]
+
+    def move(self, seconds):
+        self._offset[:] = struct.pack("q", seconds)
+
+
+class Clock(unittest.TestCase):
+
+    def setUp(self):
+        self.machine, self.ledger, self.sent = ClockRig(), Ledger(), 0
+        self.failed = True
+        self.addCleanup(lambda: self.machine.close(self.failed))
+        self.machine.set_up()
+        self.machine.set("GatewayAutoDelete", "30-days")
+        self.send()
+
+    def send(self, offset=0):
+        """One more image, which goes to the cloud, and everything stays here.
+
+        But for one that went while the clock stood back for longer than images are kept: by all that is noted it is old once
+        the clock is right again.
+        """
+        self.sent += 1
+        version = Version(self.sent)
+        self.assertTrue(self.ledger.send(self.machine.port, rig.TITLE, [version]))
+        self.assertEqual(set(self.ledger.answers), {0})
+        self.machine.await_settled(self.ledger)
+        there = {instance for instance, in self.machine.asked("SELECT originalSOPInstanceUID FROM DicomImage")}
+        self.assertEqual(set(self.ledger.acceptable) - self.ledger.pruned - there, set(), "let go of early")
+        if offset < -KEPT:
+            self.ledger.pruned.add(version.instance)
+
+    def sign_in_where_that_ended(self):
+        if not self.machine.status()["session"]["signedIn"]:
+            self.machine.sign_in()
+
+    def test_restart(self):
+        for name, offset in MOVES.items():
+            for moved in (offset, 0):
+                with self.subTest(name, offset=moved):
+                    self.machine.move(moved)
+                    self.machine.restart()
+                    self.sign_in_where_that_ended()
+                    self.send(moved)
+        figure(f"{2 * len(MOVES)} starts with the clock moved, nothing let go of")
+        self.end()
+
+    def test_running(self):
+        for name, offset in MOVES.items():
+            for moved in (offset, 0):
+                with self.subTest(name, offset=moved):
+                    self.machine.move(moved)
+                    self.sign_in_where_that_ended()
+                    self.send(moved)
+        figure(f"the clock moved {2 * len(MOVES)} times, nothing let go of")
+        self.end()
+
+    def test_pauses(self):
+        """What was to wait until a time that the clock went back from goes with the next run."""
+        for name in ("400 days ahead", "30 years ahead"):
+            self.machine.gateway.kill()
+            self.machine.change("UPDATE DicomImage SET syncState = 2, uploadDate = NULL, notBefore = createDate + ?",
+                                MOVES[name] * 1000)
+            self.machine.restart()
+            self.machine.await_settled(self.ledger)
+            self.send()
+        figure("2 clocks that came back, nothing held")
+        self.end()
+
+    def end(self):
+        invariants.check(self.machine, self.ledger)
+        self.failed = False
+
+
+if __name__ == "__main__":
+    sys.stdout.reconfigure(line_buffering=True)
+    unittest.main(verbosity=2)
