@@ -267,6 +267,37 @@ TEST(StowUpload, LooksWhichInstancesAreThereWhereAConflictIsAllThatIsSaid)
     EXPECT_EQ(conflict->responseCode, 409);
 }
 
+TEST(StowUpload, LooksWhichInstancesAreThereWhereAConflictGivesNoReasonOfUse)
+{
+    SampleFiles files;
+    const QList<QUrl> urls{files.dicom("1.2.3"), files.dicom("1.2.4")};
+    const QByteArray nameless = R"({"00081198":{"vr":"SQ","Value":[{"00081197":{"Value":[272]}}]}})";
+    for (const QByteArray &body : {dataset({}, {"1.2.3", "1.2.4"}, 272), nameless}) {
+        ScriptedService service(answering(ScriptedHttpServer::answer(409, kDicomJson, body), {"1.2.3"}));
+
+        const auto refusal = refusalOf(service.client, urls);
+
+        ASSERT_TRUE(refusal) << body.toStdString();
+        EXPECT_EQ(refusal->found, QSet<QString>{QStringLiteral("1.2.3")}) << body.toStdString();
+        EXPECT_TRUE(refusal->alreadyStored.isEmpty());
+        EXPECT_TRUE(refusal->names(urls[0], {QStringLiteral("1.2.3")})) << "a look proves none";
+        EXPECT_TRUE(refusal->names(urls[1], {QStringLiteral("1.2.4")}));
+    }
+}
+
+TEST(StowUpload, LooksForNothingWhereAConflictSaysWhatIsWrong)
+{
+    SampleFiles files;
+    ScriptedService service(
+        answering(ScriptedHttpServer::answer(409, kDicomJson, dataset({}, {"1.2.3"}, 0xA900)), {"1.2.3"}));
+
+    const auto refusal = refusalOf(service.client, {files.dicom("1.2.3")});
+
+    ASSERT_TRUE(refusal);
+    EXPECT_TRUE(refusal->found.isEmpty());
+    EXPECT_EQ(service.server.requests().size(), 1);
+}
+
 TEST(StowUpload, AsksForAnInstanceInItsStudyAndSeries)
 {
     ScriptedService service(answering(ScriptedHttpServer::answer(200), {"1.2.3"}));

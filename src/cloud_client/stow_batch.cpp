@@ -18,6 +18,7 @@ const auto kWarningReason = QStringLiteral("00081196");
 constexpr int kAlreadyStored = 45070;
 constexpr int kTooLarge = 413;
 constexpr int kConflict = 409;
+constexpr int kProcessingFailure = 0x0110; // PS3.7 C.5.21: it says no more than that it went wrong
 
 QVariant firstValue(const QVariant &attribute)
 {
@@ -172,6 +173,9 @@ void StowBatch::settle(const Files &files, const HttpResponse &response)
     if (answer) {
         m_wasSettled = true;
         apply(files, *answer);
+        if (response.status == kConflict) {
+            lookForUntold(files);
+        }
     } else if (response.isSuccess()) {
         m_wasSettled = true;
         proveByQuery(files, mayStoreLater(response));
@@ -203,6 +207,20 @@ void StowBatch::settleConflict(const Files &files, const HttpResponse &response)
         }
     } catch (const QuorinError &) {
         return; // the refusal stands
+    }
+}
+
+/// The same where the dataset of a conflict gives no reason of which an instance's fate can be read.
+void StowBatch::lookForUntold(const Files &files)
+{
+    try {
+        for (File *file : files) {
+            const bool isTold = file->isProven || file->wasThere ||
+                                file->reason.value_or(kProcessingFailure) != kProcessingFailure;
+            file->isFound = !isTold && isInstanceFound(m_client, m_session, file->identity);
+        }
+    } catch (const QuorinError &) {
+        return; // the refusals stand
     }
 }
 

@@ -61,6 +61,7 @@ private:
     void apply(const Files &files, const StowAnswer &answer);
     void proveByQuery(const Files &files, bool mayStoreLater);
     void settleConflict(const Files &files, const HttpResponse &response);
+    void lookForUntold(const Files &files);
     void report(const UploadProgress &progress);
     void keepRefusal(const HttpResponse &response);
     void keepFirst(const std::exception_ptr &error);

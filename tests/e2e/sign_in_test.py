@@ -393,12 +393,19 @@ def xml_of_failures(instances, reason):
     return f'<NativeDicomModel><DicomAttribute tag="00081198" vr="SQ">{items}</DicomAttribute></NativeDicomModel>'
 
 
+NAMELESS_FAILURE = (b'<NativeDicomModel><DicomAttribute tag="00081198" vr="SQ"><Item number="1"><DicomAttribute tag="00081197" '
+                    b'vr="US"><Value number="1">272</Value></DicomAttribute><DicomAttribute tag="00090097" vr="LT" '
+                    b'privateCreator="ARCHIVE"><Value number="1">there already</Value></DicomAttribute></Item>'
+                    b"</DicomAttribute></NativeDicomModel>")
+
 # How archives say of an instance that they have one of its UID already; docs/archives.md says whose words these are.
 THERE_ALREADY = {
     "nothing but success": lambda those: (200, DICOM_JSON, json.dumps(referenced(those)).encode()),
     "45070, all of them": lambda those: (409, DICOM_JSON, json.dumps(failed(those, 45070)).encode()),
     "45070 as a warning": lambda those: (202, DICOM_JSON, json.dumps(referenced(those, warning=45070)).encode()),
     "0111H in XML": lambda those: (409, "application/dicom+xml", xml_of_failures(those, 0x0111).encode()),
+    "0110H in XML": lambda those: (409, "application/dicom+xml", xml_of_failures(those, 0x0110).encode()),
+    "0110H, and no name": lambda _: (409, "application/dicom+xml", NAMELESS_FAILURE),
     "a bare conflict": lambda _: (409, "", b""),
     "a conflict in other words": lambda _: (409, "application/json", b'{"error":{"code":409,"status":"ALREADY_EXISTS"}}'),
 }
