@@ -353,6 +353,8 @@ QCoro::Task<> QuorinAuthViewModel::signOut()
 QCoro::Task<> QuorinAuthViewModel::logout()
 {
     std::optional<QString> message;
+    const QString session = m_parts.networkSettings.token().value_or(QString());
+    const QString refreshToken = m_parts.networkSettings.refreshToken(session).value_or(QString());
     try {
         co_await platform::onPool(
             m_parts.main, m_parts.pool, [api = &m_parts.authentication] { api->logout(); });
@@ -366,6 +368,22 @@ QCoro::Task<> QuorinAuthViewModel::logout()
         co_await platform::onPool(m_parts.main, m_parts.pool, [settings = &m_parts.networkSettings] {
             settings->waitUntilStored();
         });
+    }
+    if (!refreshToken.isEmpty()) {
+        m_scope.start(revoke(session, refreshToken));
+    }
+}
+
+/// Whether it is taken back or not, nobody is signed in here: there is nothing to tell.
+QCoro::Task<> QuorinAuthViewModel::revoke(QString session, QString refreshToken)
+{
+    try {
+        co_await platform::onPool(
+            m_parts.main, m_parts.pool, [api = &m_parts.authentication, session, refreshToken] {
+                api->revoke(session, refreshToken);
+            });
+    } catch (const cloud_client::QuorinError &) {
+        co_return;
     }
 }
 

@@ -119,7 +119,8 @@ public:
     /// session that stood before stands. Nothing happens where none waits.
     void cancelSignIn();
 
-    /// Signs out. The session ends here whatever the service says.
+    /// Signs out. The session ends here whatever the service says; whoever gave out its tokens is told
+    /// afterwards, while nobody waits for it.
     QCoro::Task<> signOut();
 
     /// Ends the poll, refuses new operations, and returns when none is under way. Calls in flight are waited
@@ -162,6 +163,7 @@ private:
     QCoro::Task<bool> login(cloud_client::QrnLoginRequest request);
     QCoro::Task<> endSessionTakenTooLate();
     QCoro::Task<> logout();
+    QCoro::Task<> revoke(QString session, QString refreshToken);
 
     void enterMain() const;
     void lookOnceKnown();

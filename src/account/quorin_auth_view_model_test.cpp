@@ -257,6 +257,34 @@ TEST_F(QuorinAuth, SignsOutAndForgetsTheMessage)
     EXPECT_EQ(posts, 1);
 }
 
+TEST_F(QuorinAuth, TellsWhoGaveOutTheTokensAfterASignOutThatWaitsForNobody)
+{
+    settings.setToken(QStringLiteral("by a code"), QStringLiteral("r1"));
+    service.hold(QStringLiteral("revoke"));
+
+    finish(model.signOut());
+
+    EXPECT_FALSE(model.isChecking());
+    EXPECT_EQ(model.state(), AuthState::signedOut());
+    EXPECT_FALSE(settings.refreshToken(QStringLiteral("by a code")));
+    runUntil([this] { return service.calls().contains(QStringLiteral("revoke")); });
+    service.release();
+    EXPECT_EQ(service.revoked, std::pair(QStringLiteral("by a code"), QStringLiteral("r1")));
+    EXPECT_FALSE(model.lastAuthError());
+}
+
+TEST_F(QuorinAuth, SaysNothingOfTokensThatCannotBeTakenBack)
+{
+    settings.setToken(QStringLiteral("by a code"), QStringLiteral("r1"));
+    service.isOffline = true;
+
+    finish(model.signOut());
+    model.close();
+
+    EXPECT_EQ(model.state(), AuthState::signedOut());
+    EXPECT_EQ(model.lastAuthError(), service.offlineWords) << "that of the sign-out itself";
+}
+
 TEST_F(QuorinAuth, SignsOutWithoutNetworkAndLeavesTheMessage)
 {
     signIn();

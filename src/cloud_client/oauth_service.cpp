@@ -136,6 +136,36 @@ QString memberOf(OAuthService::Endpoint endpoint)
         return QStringLiteral("token_endpoint");
     case OAuthService::Endpoint::deviceAuthorization:
         return QStringLiteral("device_authorization_endpoint");
+    case OAuthService::Endpoint::revocation:
+        return QStringLiteral("revocation_endpoint");
+    }
+    return {};
+}
+
+/// What can't be done where no address is named for it.
+QString whatIsDoneAt(OAuthService::Endpoint endpoint)
+{
+    switch (endpoint) {
+    case OAuthService::Endpoint::token:
+        return QStringLiteral("address where tokens are given out");
+    case OAuthService::Endpoint::deviceAuthorization:
+        return QStringLiteral("address where codes for a sign-in are given out");
+    case OAuthService::Endpoint::revocation:
+        return QStringLiteral("address where tokens are taken back");
+    }
+    return {};
+}
+
+/// The address that the sign-in itself names; empty where the issuer's configuration tells.
+QString addressNamedBy(const OAuthClient &client, OAuthService::Endpoint endpoint)
+{
+    switch (endpoint) {
+    case OAuthService::Endpoint::token:
+        return client.tokenEndpoint;
+    case OAuthService::Endpoint::deviceAuthorization:
+        return client.deviceEndpoint;
+    case OAuthService::Endpoint::revocation:
+        break;
     }
     return {};
 }
@@ -192,17 +222,13 @@ void OAuthService::forgetAddresses()
 QString OAuthService::addressOf(Endpoint endpoint)
 {
     const OAuthClient &client = m_signIn.client;
-    const QString named = endpoint == Endpoint::token ? client.tokenEndpoint : client.deviceEndpoint;
-    if (!named.isEmpty()) {
+    if (QString named = addressNamedBy(client, endpoint); !named.isEmpty()) {
         return named;
     }
     const QString address = addressIn(configuration(), memberOf(endpoint), !m_signIn.certificate.isEmpty());
     if (address.isEmpty()) {
         throw away(QStringLiteral("The configuration that %1 publishes names no %2.")
-                       .arg(QUrl(client.issuer).host(),
-                            endpoint == Endpoint::token
-                                ? QStringLiteral("address where tokens are given out")
-                                : QStringLiteral("address where codes for a sign-in are given out")));
+                       .arg(QUrl(client.issuer).host(), whatIsDoneAt(endpoint)));
     }
     return address;
 }

@@ -39,7 +39,8 @@ public:
     enum class Endpoint
     {
         token,
-        deviceAuthorization ///< RFC 8628 3.1
+        deviceAuthorization, ///< RFC 8628 3.1
+        revocation           ///< RFC 7009 2; known where the issuer's configuration names it alone
     };
 
     struct Collaborators

@@ -4,15 +4,20 @@
 #include "cloud_client/archive_session.h"
 #include "cloud_client/quorin_api_client.h"
 #include "cloud_client/quorin_error.h"
+#include "cloud_client/token_service.h"
 
 #include <QtCore/QJsonObject>
 #include <QtCore/QSysInfo>
 
+#include <algorithm>
 #include <utility>
 
 namespace gateway::cloud_client {
 
 namespace {
+
+// For each of its requests. Nobody waits for it, but it holds one of few threads.
+constexpr std::chrono::seconds kRevocationLimit{10};
 
 QJsonValue optionalText(const std::optional<QString> &text)
 {
@@ -185,6 +190,13 @@ QrnEmptyResponse QrnAuthenticationAPI::logout()
     }
     keepSession(std::nullopt, std::nullopt);
     return {};
+}
+
+void QrnAuthenticationAPI::revoke(const QString &session, const QString &refreshToken)
+{
+    OAuthService::Collaborators access = m_client.oauthAccess();
+    access.timeout = std::min(access.timeout, kRevocationLimit);
+    TokenService(access, archiveSignIn(session)).revoke(refreshToken);
 }
 
 /// Whoever is told of a success may be sure that it outlives the program; false when it may not.

@@ -59,7 +59,7 @@ struct QrnLoginResponse
 /// Signing in and out.
 ///
 /// Thread: any; calls block.
-/// \throws QrnErrorResponse, AFError  from both operations.
+/// \throws QrnErrorResponse, AFError  from all operations.
 class QrnAuthenticationAPIProtocol
 {
 public:
@@ -71,6 +71,13 @@ public:
 
     /// Ends the session at the service, then forgets it; on a failure it stands.
     virtual QrnEmptyResponse logout() = 0;
+
+    /// Tells whoever gave out the tokens of a session which has ended here that they are wanted no more,
+    /// where that can be told. Takes some seconds at most.
+    ///
+    /// \param session       of an archive, as it was kept.
+    /// \param refreshToken  that was kept beside it.
+    virtual void revoke(const QString &session, const QString &refreshToken) = 0;
 };
 
 /// The sign-in of the configured service. For a plain archive it is checked by one query; an email and a
@@ -83,6 +90,7 @@ public:
 
     QrnLoginResponse login(const QrnLoginRequest &request) override;
     QrnEmptyResponse logout() override;
+    void revoke(const QString &session, const QString &refreshToken) override;
 
 private:
     QrnLoginResponse loginToService(const QrnLoginRequest &request);

@@ -23,6 +23,20 @@ OAuthTokens TokenService::renew(const QString &refreshToken)
     return tokens;
 }
 
+void TokenService::revoke(const QString &refreshToken)
+{
+    if (m_service.signIn().client.issuer.isEmpty()) {
+        throw OAuthService::away(
+            QStringLiteral("No issuer is named who would say where tokens are taken back."));
+    }
+    const HttpResponse response =
+        m_service.post(OAuthService::Endpoint::revocation,
+                       {{"token", refreshToken}, {"token_type_hint", QStringLiteral("refresh_token")}});
+    if (!response.isSuccess()) {
+        m_service.throwRefusal(response, OAuthService::refusalIn(response));
+    }
+}
+
 OAuthTokens TokenService::tokensFor(const OAuthForm &form)
 {
     const HttpResponse response = m_service.post(OAuthService::Endpoint::token, form);

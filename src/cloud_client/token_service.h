@@ -25,6 +25,12 @@ public:
     /// \throws QrnErrorResponse, AFError  as `FetchToken` else.
     OAuthTokens renew(const QString &refreshToken);
 
+    /// Tells the service that a token which renews others is wanted no more, and with it the sign-in that it
+    /// came of (RFC 7009), where the issuer says how.
+    ///
+    /// \throws QrnErrorResponse, AFError  as `FetchToken`, when the service hasn't taken it back.
+    void revoke(const QString &refreshToken);
+
 private:
     OAuthTokens tokensFor(const OAuthForm &form);
 

@@ -100,6 +100,46 @@ TEST(TokenService, SendsTheSecretInTheHeader)
     EXPECT_FALSE(request.body.contains("secret"));
 }
 
+TEST(TokenService, TakesATokenBackWhereTheIssuerSaysHow)
+{
+    Issuer issuer([&issuer](const ReceivedRequest &request) {
+        const QByteArray root = issuer.server.url().toString().toLatin1();
+        return request.method == "GET" ? json(200,
+                                              R"({"issuer":")" + root + R"(/realm","revocation_endpoint":")" +
+                                                  root + R"(/revoke"})")
+                                       : ScriptedHttpServer::answer(200);
+    });
+
+    issuer.service(issuer.byIssuer()).revoke(QStringLiteral("r&1"));
+
+    const ReceivedRequest request = issuer.server.requests().last();
+    EXPECT_TRUE(request.is("POST", "/revoke"));
+    EXPECT_EQ(request.headers.value("authorization"),
+              "Basic " + QByteArray("gate%3Away:a+secret+%26+more").toBase64());
+    EXPECT_EQ(value(formOf(request), "token"), QStringLiteral("r&1"));
+    EXPECT_EQ(value(formOf(request), "token_type_hint"), QStringLiteral("refresh_token"));
+}
+
+TEST(TokenService, TakesNoTokenBackWhereNobodySaysHowOrTheServiceRefuses)
+{
+    Issuer issuer([&issuer](const ReceivedRequest &request) {
+        const QByteArray root = issuer.server.url().toString().toLatin1();
+        const QByteArray revocation =
+            request.target.startsWith("/silent") ? "" : R"(,"revocation_endpoint":")" + root + R"(/revoke")";
+        const QByteArray realm = request.target.startsWith("/silent") ? "/silent" : "/realm";
+        return request.method == "GET" ? json(200, R"({"issuer":")" + root + realm + '"' + revocation + '}')
+                                       : json(400, R"({"error":"unsupported_token_type"})");
+    });
+    const auto failureOf = [](TokenService service) {
+        return errorOf<QuorinError>([&service] { service.revoke(QStringLiteral("r1")); }).has_value();
+    };
+
+    EXPECT_TRUE(failureOf(issuer.service(issuer.signIn())));
+    EXPECT_TRUE(issuer.server.requests().isEmpty()) << "without an issuer nobody is asked";
+    EXPECT_TRUE(failureOf(issuer.service(issuer.byIssuer(QStringLiteral("/silent")))));
+    EXPECT_TRUE(failureOf(issuer.service(issuer.byIssuer())));
+}
+
 TEST(TokenService, SendsTheSecretInTheBody)
 {
     Issuer issuer([](const ReceivedRequest &) { return json(200, kToken); });

@@ -30,6 +30,10 @@ class OpenIdProvider:
         if status != 204:
             raise AssertionError(f"the withdrawal was answered with {status}")
 
+    def revocations(self):
+        """How many sign-ins were taken back by the gateway itself."""
+        return int(request(self.issuer + "/revocations")[2])
+
     def end(self):
         end(self.process)
 

@@ -49,8 +49,7 @@ class BehindAnOpenIdProvider(EndToEndTest):
                              text_in=SECRET + "\n")
         self.send_while_tokens_end()
 
-    def test_a_person_lets_it_in_by_a_code_and_takes_it_back(self):
-        # Given
+    def let_in_by_a_code(self):
         told = self.folder / "told"
         with open(told, "w", encoding="utf-8") as file:
             asking = subprocess.Popen(
@@ -60,12 +59,24 @@ class BehindAnOpenIdProvider(EndToEndTest):
         self.addCleanup(end, asking)
         address, code = await_true("the code", lambda: re.search(r"open (\S+) and enter the code (\S+)", told.read_text()),
                                    asking, self.gateway.process).groups()
+        enter_code(address, code, "ann")
+        self.assertEqual(asking.wait(120), 0, told.read_text())
+
+    def test_who_signs_out_takes_the_sign_in_back_at_the_provider(self):
+        # Given
+        self.let_in_by_a_code()
+        self.assertEqual(self.provider.revocations(), 0)
 
         # When
-        enter_code(address, code, "ann")
+        self.gateway.command("sign-out")
 
         # Then
-        self.assertEqual(asking.wait(120), 0, told.read_text())
+        await_true("the provider to hear of it", lambda: self.provider.revocations() == 1, self.gateway.process,
+                   self.provider.process)
+
+    def test_a_person_lets_it_in_by_a_code_and_takes_it_back(self):
+        # Given
+        self.let_in_by_a_code()
         sent = self.send_while_tokens_end()
 
         # When

@@ -42,6 +42,7 @@ public:
     bool isKept = true;
     bool isDeafToGivingUp = false; ///< takes the session in the moment in which it is given up
     bool knowsUser = true;
+    std::pair<QString, QString> revoked; ///< the session and the token that it was told of last
     std::optional<cloud_client::QrnErrorKind> passwordRefusal; ///< every change of the password is refused so
     cloud_client::QrnCloudLimitResponse limit;
     QMap<QString, cloud_client::QrnCloudLimitResponse> limitOf; ///< by token, in place of `limit`
@@ -67,6 +68,12 @@ public:
         arrive(QStringLiteral("logout"));
         m_settings.setToken(std::nullopt);
         return {};
+    }
+
+    void revoke(const QString &session, const QString &refreshToken) override
+    {
+        revoked = {session, refreshToken};
+        arrive(QStringLiteral("revoke"));
     }
 
     cloud_client::QrnTokenExpirationResponse tokenExpiration() override

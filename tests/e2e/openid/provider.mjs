@@ -69,6 +69,9 @@ async function withdraw() {
     }
 }
 
+let revocations = 0;
+provider.on("grant.revoked", () => (revocations += 1));
+
 const answer = provider.callback();
 server.on("request", async (request, response) => {
     if (request.url === "/check") {
@@ -76,6 +79,8 @@ server.on("request", async (request, response) => {
     } else if (request.url === "/withdraw") {
         await withdraw();
         response.writeHead(204).end();
+    } else if (request.url === "/revocations") {
+        response.writeHead(200).end(String(revocations));
     } else {
         answer(request, response);
     }
