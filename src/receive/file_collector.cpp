@@ -42,7 +42,7 @@ struct Listing
     bool isWhole = false;
 };
 
-Listing listingOf(const QByteArray &folder)
+Listing listingOf(const QByteArray &folder, Pulse &pulse)
 {
     Listing listing;
     const auto close = [](DIR *open) { ::closedir(open); };
@@ -56,6 +56,7 @@ Listing listingOf(const QByteArray &folder)
         if (name != "." && name != "..") {
             listing.names.push_back({name, entry->d_type == DT_LNK || entry->d_type == DT_UNKNOWN});
         }
+        ++pulse;
         errno = 0;
     }
     listing.isWhole = errno == 0;
@@ -72,37 +73,35 @@ FileCollector::FileCollector(const QStringList &ownFolders)
     }
 }
 
-Collected FileCollector::collect(const QByteArray &path, const std::stop_token &stop)
+Collected FileCollector::collect(const QByteArray &path, const std::stop_token &stop, Pulse &pulse)
 {
-    Collected found;
-    visit(path, realPathOf(path), found, stop);
-    return found;
+    Search search{stop, pulse, {}};
+    visit(path, realPathOf(path), search);
+    return std::move(search.found);
 }
 
-void FileCollector::visit(const QByteArray &path,
-                          const QByteArray &realPath,
-                          Collected &found,
-                          const std::stop_token &stop)
+void FileCollector::visit(const QByteArray &path, const QByteArray &realPath, Search &search)
 {
-    if (stop.stop_requested() || m_visited.contains(realPath)) {
+    if (search.stop.stop_requested() || m_visited.contains(realPath)) {
         return;
     }
+    ++search.pulse;
     m_visited.insert(realPath);
     struct stat status{};
     const bool isThere = ::stat(path.constData(), &status) == 0;
     if (!isThere || !S_ISDIR(status.st_mode)) {
-        found.files.push_back({path, isThere ? status.st_size : 0});
+        search.found.files.push_back({path, isThere ? status.st_size : 0});
         return;
     }
-    const Listing listing = listingOf(path);
+    const Listing listing = listingOf(path, search.pulse);
     if (!listing.isWhole) {
-        found.unlisted.append(path);
+        search.found.unlisted.append(path);
     }
     for (const Name &name : listing.names) {
         const QByteArray entry = below(path, name.text);
         const QByteArray realEntry = name.mayBeLink ? realPathOf(entry) : below(realPath, name.text);
         if (!m_ownFolders.contains(realEntry)) {
-            visit(entry, realEntry, found, stop);
+            visit(entry, realEntry, search);
         }
     }
 }

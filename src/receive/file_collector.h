@@ -1,5 +1,7 @@
 #pragma once
 
+#include "receive/source_look.h"
+
 #include <QtCore/QByteArray>
 #include <QtCore/QList>
 #include <QtCore/QSet>
@@ -38,11 +40,17 @@ public:
     explicit FileCollector(const QStringList &ownFolders);
 
     /// The files at or below `path`; ends early on a stop.
-    Collected collect(const QByteArray &path, const std::stop_token &stop);
+    Collected collect(const QByteArray &path, const std::stop_token &stop, Pulse &pulse);
 
 private:
-    void
-    visit(const QByteArray &path, const QByteArray &realPath, Collected &found, const std::stop_token &stop);
+    struct Search
+    {
+        const std::stop_token &stop;
+        Pulse &pulse;
+        Collected found;
+    };
+
+    void visit(const QByteArray &path, const QByteArray &realPath, Search &search);
 
     QSet<QByteArray> m_ownFolders;
     QSet<QByteArray> m_visited; // with all links resolved

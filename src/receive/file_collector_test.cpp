@@ -32,7 +32,8 @@ protected:
     /// What is found, by names below the home.
     QStringList collect(const QString &name)
     {
-        const Collected found = m_collector.collect(QFile::encodeName(path(name)), m_stop.get_token());
+        const Collected found =
+            m_collector.collect(QFile::encodeName(path(name)), m_stop.get_token(), m_pulse);
         QStringList names;
         for (const CollectedFile &file : found.files) {
             names.append(nameOf(file.path));
@@ -52,6 +53,7 @@ protected:
     QTemporaryDir m_home;
     QStringList m_unlisted; ///< by the last `collect`
     std::stop_source m_stop;
+    Pulse m_pulse{0};
     FileCollector m_collector{{m_home.filePath(QStringLiteral("own"))}};
 };
 

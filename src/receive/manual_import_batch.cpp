@@ -1,6 +1,7 @@
 #include "receive/manual_import_batch.h"
 
 #include "receive/source_file.h"
+#include "receive/source_look.h"
 
 #include <QtCore/QFile>
 
@@ -66,7 +67,7 @@ std::optional<SkipReason> reasonFor(SourceOutcome outcome)
 
 ManualImportBatch::ManualImportBatch(Collaborators collaborators, Places places, std::stop_token stop)
     : m_with(std::move(collaborators)), m_places(std::move(places)), m_stop(std::move(stop)),
-      m_begun(m_with.clock.monotonic()), m_collector(m_places.ownFolders)
+      m_begun(m_with.clock.monotonic()), m_collector(std::make_shared<FileCollector>(m_places.ownFolders))
 {
 }
 
@@ -86,13 +87,35 @@ ManualImportReport ManualImportBatch::run(const QList<QUrl> &urls)
     return m_report;
 }
 
+/// \return nothing when the batch is to stop, or where disks don't answer.
+template <typename Look>
+auto ManualImportBatch::look(Look look)
+{
+    using Answer = decltype(lookPatiently(m_with.clock, std::move(look), m_stop));
+    if (m_isSilent || m_stop.stop_requested()) {
+        return Answer();
+    }
+    Answer answer = lookPatiently(m_with.clock, std::move(look), m_stop);
+    m_isSilent = !answer && !m_stop.stop_requested();
+    return answer;
+}
+
 void ManualImportBatch::collect(const QByteArray &path, const Item &around, Stack &stack)
 {
-    Collected found = m_collector.collect(path, m_stop);
-    for (const QByteArray &folder : found.unlisted) {
+    std::optional<Collected> found =
+        look([collector = m_collector, path](const std::stop_token &stop, Pulse &pulse) {
+            return collector->collect(path, stop, pulse);
+        });
+    if (!found) {
+        found.emplace();
+        if (m_isSilent) {
+            found->unlisted.append(path);
+        }
+    }
+    for (const QByteArray &folder : found->unlisted) {
         m_report.addUnlisted(around.tree ? around.tree->shownPath : QFile::decodeName(folder));
     }
-    for (CollectedFile &file : found.files) {
+    for (CollectedFile &file : found->files) {
         ++m_report.knownFiles;
         m_report.knownBytes += file.bytes;
         stack.push_back({std::move(file), around.tree, around.depth});
@@ -135,15 +158,14 @@ std::optional<SkipReason> ManualImportBatch::unpack(const Item &item, const QStr
     if (!hasRoomFor(item.file.bytes)) {
         return SkipReason::storage;
     }
-    auto root = TemporaryRoot::make(m_places.temporaryFolder);
+    const std::shared_ptr<TemporaryRoot> root = TemporaryRoot::make(m_places.temporaryFolder);
     if (!root) {
         return SkipReason::storage;
     }
     const QString input = root->inputFile(extension);
-    const SourceOutcome copied = copySource(item.file.path, input, m_stop);
-    if (copied != SourceOutcome::done) {
-        m_report.stopped = copied == SourceOutcome::stopped;
-        return reasonFor(copied);
+    const std::optional<SkipReason> trouble = copy(item.file.path, input, root);
+    if (trouble || m_report.stopped) {
+        return trouble;
     }
     Item inside{{}, item.tree, item.depth + 1};
     if (!inside.tree) {
@@ -162,7 +184,7 @@ std::optional<SkipReason> ManualImportBatch::unpack(const Item &item, const QStr
         inside.tree->entriesLeft -= unpacked.files + unpacked.leftOut;
         inside.tree->bytesLeft -= unpacked.bytes;
         collect(QFile::encodeName(root->extractedFolder()), inside, stack);
-        m_roots.push_back(std::move(root));
+        m_roots.push_back(root);
     }
     m_report.stopped = m_report.stopped || unpacked.outcome == Outcome::stopped;
     return reasonFor(unpacked.outcome);
@@ -175,44 +197,68 @@ platform::ArchiveLimits ManualImportBatch::limitsFor(const Tree &tree) const
 
 void ManualImportBatch::importOne(const Item &item)
 {
-    std::optional<SkipReason> skipped = obstacle(item);
+    const OwnFile file = take(item);
     if (m_report.stopped) {
         return; // in the middle of reading it: as if its turn had not come
     }
     ++m_report.candidateFiles;
-    if (!skipped) {
-        skipped = importFile(item);
-    }
+    const std::optional<SkipReason> skipped = file.trouble ? file.trouble : importFile(file.path);
     m_report.importedFiles += skipped ? 0 : 1;
+    // Our own copies, which have served: many large ones must not lie here until the batch ends.
+    if (!file.path.isEmpty()) {
+        QFile::remove(file.path);
+    }
     if (item.tree) {
-        // Our own copy, which has served: many large ones must not lie here until the batch ends.
         ::unlink(item.file.path.constData());
     }
     itemDone(item, skipped);
 }
 
-/// What speaks against importing the file, found without handing it to the index.
-std::optional<SkipReason> ManualImportBatch::obstacle(const Item &item)
+/// The operator's files are copied: the index waits for trouble of the disk to pass and can't be stopped, and
+/// would take a scratched medium or a dead share for its own disk.
+ManualImportBatch::OwnFile ManualImportBatch::take(const Item &item)
 {
-    if (!hasRoomFor(item.file.bytes)) {
-        return SkipReason::storage;
+    const QString decoded = QFile::decodeName(item.file.path);
+    const bool isOurs = item.tree && QFile::encodeName(decoded) == item.file.path;
+    if (!hasRoomFor(isOurs ? item.file.bytes : 2 * item.file.bytes)) {
+        return {{}, SkipReason::storage};
     }
-    if (item.tree) {
-        return std::nullopt;
+    if (isOurs) {
+        return {decoded, std::nullopt};
     }
-    // An import waits for trouble of the disk to pass, and can't tell a scratched medium from the gateway's
-    // own disk. A source that has just been read to its end costs nobody that time.
-    const SourceOutcome read = readThrough(item.file.path, m_stop);
-    m_report.stopped = m_report.stopped || read == SourceOutcome::stopped;
-    return reasonFor(read);
+    if (!m_copies) {
+        m_copies = TemporaryRoot::make(m_places.temporaryFolder);
+    }
+    if (!m_copies) {
+        return {{}, SkipReason::storage};
+    }
+    const QString path = m_copies->nextCopy(item.file.path);
+    return {path, copy(item.file.path, path, m_copies)};
 }
 
-std::optional<SkipReason> ManualImportBatch::importFile(const Item &item)
+/// Copies a source into a temporary root; nothing also when it was stopped.
+std::optional<SkipReason> ManualImportBatch::copy(const QByteArray &path,
+                                                  const QString &destination,
+                                                  std::shared_ptr<TemporaryRoot> root)
+{
+    const std::optional<SourceOutcome> copied =
+        look([path, destination, root = std::move(root)](const std::stop_token &stop, Pulse &pulse) {
+            return copySource(path, destination, stop, pulse);
+        });
+    m_report.stopped = m_report.stopped || copied.value_or(SourceOutcome::done) == SourceOutcome::stopped ||
+                       (!copied && m_stop.stop_requested());
+    if (m_report.stopped) {
+        return std::nullopt;
+    }
+    return reasonFor(copied.value_or(SourceOutcome::unreadable));
+}
+
+std::optional<SkipReason> ManualImportBatch::importFile(const QString &path)
 {
     using Error = index::GatewayImportError;
     using Blame = Error::Blame;
     try {
-        m_with.dbService.importFile(urlOf(item.file.path));
+        m_with.dbService.importFile(QUrl::fromLocalFile(path));
         return std::nullopt;
     } catch (const Error &error) {
         switch (error.kind()) {
@@ -231,19 +277,6 @@ std::optional<SkipReason> ManualImportBatch::importFile(const Item &item)
         }
     }
     return SkipReason::storage;
-}
-
-/// The file as an URL, by an alias where its name isn't UTF-8.
-QUrl ManualImportBatch::urlOf(const QByteArray &path)
-{
-    const QString decoded = QFile::decodeName(path);
-    if (QFile::encodeName(decoded) == path) {
-        return QUrl::fromLocalFile(decoded);
-    }
-    if (!m_aliases) {
-        m_aliases = TemporaryRoot::make(m_places.temporaryFolder);
-    }
-    return m_aliases ? QUrl::fromLocalFile(m_aliases->aliasOf(path)) : QUrl();
 }
 
 bool ManualImportBatch::hasRoomFor(qint64 bytes) const

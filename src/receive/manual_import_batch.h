@@ -21,7 +21,9 @@ namespace gateway::receive {
 
 /// One batch of a manual import: finds the files, opens the archives, imports one file after another.
 ///
-/// Sources are only read. What an archive held lies in temporary roots, which go when this does.
+/// Sources are only read, each on a thread that is left behind where its disk doesn't answer: a batch ends by
+/// a stop whatever a share does. What is imported are copies of our own; they and what archives held lie in
+/// temporary roots, which go with this and the last of those threads.
 ///
 /// Owner: the work on the import queue. Thread: that queue's.
 class ManualImportBatch
@@ -31,7 +33,7 @@ public:
     {
         index::DBServiceProtocol &dbService;
         platform::ArchiveUnpacking &unpacking;
-        const platform::Clock &clock;
+        platform::Clock &clock;
         std::function<std::optional<qint64>()> availableBytes;      ///< where the gateway keeps its files
         std::function<void(const ManualImportReport &)> onProgress; ///< after each step
     };
@@ -83,10 +85,20 @@ private:
     std::optional<SkipReason> unpack(const Item &item, const QString &extension, Stack &stack);
     platform::ArchiveLimits limitsFor(const Tree &tree) const;
 
+    /// A file of our own with the content of an item, or why there is none.
+    struct OwnFile
+    {
+        QString path;
+        std::optional<SkipReason> trouble;
+    };
+
     void importOne(const Item &item);
-    std::optional<SkipReason> obstacle(const Item &item);
-    std::optional<SkipReason> importFile(const Item &item);
-    QUrl urlOf(const QByteArray &path);
+    OwnFile take(const Item &item);
+    std::optional<SkipReason> importFile(const QString &path);
+    std::optional<SkipReason>
+    copy(const QByteArray &path, const QString &destination, std::shared_ptr<TemporaryRoot> root);
+    template <typename Look>
+    auto look(Look look);
 
     bool hasRoomFor(qint64 bytes) const;
     void itemDone(const Item &item, std::optional<SkipReason> skipped);
@@ -97,10 +109,11 @@ private:
     Places m_places;
     std::stop_token m_stop;
     std::chrono::nanoseconds m_begun;
-    FileCollector m_collector;
+    std::shared_ptr<FileCollector> m_collector; // nobody's but a look's, once that was given up
+    bool m_isSilent = false;                    // a source's disk doesn't answer: no other is asked
     ManualImportReport m_report;
-    std::vector<std::unique_ptr<TemporaryRoot>> m_roots; // of opened archives
-    std::unique_ptr<TemporaryRoot> m_aliases;            // made when the first name needs one
+    std::vector<std::shared_ptr<TemporaryRoot>> m_roots; // of opened archives
+    std::shared_ptr<TemporaryRoot> m_copies;             // made for the first file
 };
 
 } // namespace gateway::receive

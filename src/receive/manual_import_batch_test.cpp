@@ -35,12 +35,13 @@ protected:
     {
         ManualImportBatch batch(
             {m_imports, m_unpacking, m_clock, [] { return std::nullopt; }, [](const ManualImportReport &) {}},
-            {m_home.path(), {}},
+            {m_temporary.path(), {}},
             {});
         return batch.run({QUrl::fromLocalFile(selected)});
     }
 
     QTemporaryDir m_home;
+    QTemporaryDir m_temporary;
     platform::testing::ManualClock m_clock;
     testing::FakeImports m_imports;
     testing::FakeArchiveUnpacking m_unpacking;
@@ -52,6 +53,7 @@ TEST_F(ImportBatch, TakesAFolderThatCanNotBeReadForAnEmptyOneAndTellsOfIt)
     put(u"s/barred/b.dcm"_qs, "DICM b");
     const QString folder = m_home.filePath(u"s/barred"_qs);
     ::chmod(QFile::encodeName(m_home.path()).constData(), S_IRWXU | S_IXGRP | S_IXOTH);
+    ::chmod(QFile::encodeName(m_temporary.path()).constData(), S_IRWXU | S_IRWXG | S_IRWXO);
     const testing::BarredFolder barred(folder);
 
     const ManualImportReport report = run(m_home.filePath(u"s"_qs));

@@ -39,7 +39,6 @@ public:
 
     /// `done` when it can be read.
     SourceOutcome trouble() const { return m_trouble; }
-    qint64 size() const { return m_size; }
 
     /// Hands all bytes over, piece by piece, until `take` returns false.
     SourceOutcome read(const std::stop_token &stop,
@@ -76,18 +75,8 @@ private:
 
 } // namespace
 
-SourceOutcome readThrough(const QByteArray &path, const std::stop_token &stop)
-{
-    constexpr qint64 kVeryLarge = 256LL * 1024 * 1024;
-    const Source source(path);
-    if (source.trouble() != SourceOutcome::done) {
-        return source.trouble();
-    }
-    return source.size() > kVeryLarge ? SourceOutcome::done
-                                      : source.read(stop, [](const char *, qint64) { return true; });
-}
-
-SourceOutcome copySource(const QByteArray &path, const QString &destination, const std::stop_token &stop)
+SourceOutcome
+copySource(const QByteArray &path, const QString &destination, const std::stop_token &stop, Pulse &pulse)
 {
     const Source source(path);
     if (source.trouble() != SourceOutcome::done) {
@@ -97,8 +86,10 @@ SourceOutcome copySource(const QByteArray &path, const QString &destination, con
     if (!copy.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered)) {
         return SourceOutcome::noStorage;
     }
-    return source.read(stop,
-                       [&](const char *bytes, qint64 count) { return copy.write(bytes, count) == count; });
+    return source.read(stop, [&](const char *bytes, qint64 count) {
+        ++pulse;
+        return copy.write(bytes, count) == count;
+    });
 }
 
 } // namespace gateway::receive

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "receive/source_look.h"
+
 #include <QtCore/QByteArray>
 #include <QtCore/QString>
 
@@ -20,11 +22,8 @@ enum class SourceOutcome
 // Files of the operator's, which may lie on a slow or a failing medium. They are only read, and never waited
 // for as one would for a pipe. Thread: any.
 
-/// Reads a regular file to its end, so that what follows finds it readable and in memory. A very large one is
-/// only opened: reading it twice would cost more than it tells.
-SourceOutcome readThrough(const QByteArray &path, const std::stop_token &stop);
-
 /// Copies a regular file to a new one. After any outcome but `done` there is a part of it, or nothing.
-SourceOutcome copySource(const QByteArray &path, const QString &destination, const std::stop_token &stop);
+SourceOutcome
+copySource(const QByteArray &path, const QString &destination, const std::stop_token &stop, Pulse &pulse);
 
 } // namespace gateway::receive

@@ -39,7 +39,7 @@ public:
         log::StoreLogEmitter &logEmitter;
         ReceiveObserver &observer;
         platform::MainExecutor &main;
-        const platform::Clock &clock;
+        platform::Clock &clock;
         platform::ArchiveUnpacking &unpacking;
         std::function<std::optional<qint64>()>
             availableBytes;            ///< where the gateway keeps its files; any thread

@@ -8,8 +8,6 @@
 #include <filesystem>
 #include <system_error>
 
-#include <unistd.h>
-
 namespace gateway::receive {
 
 namespace {
@@ -55,16 +53,14 @@ QString TemporaryRoot::inputFile(const QString &extension) const
     return m_path + QStringLiteral("/input.") + extension;
 }
 
-QString TemporaryRoot::aliasOf(const QByteArray &path)
+QString TemporaryRoot::nextCopy(const QByteArray &path)
 {
     // The extension is what the file store keeps of a name.
     const QByteArray name = path.mid(path.lastIndexOf('/') + 1);
     const qsizetype point = name.lastIndexOf('.');
     const QByteArray extension = point > 0 ? name.mid(point) : QByteArray();
     const bool isKept = QFile::encodeName(QFile::decodeName(extension)) == extension;
-    const QString alias =
-        m_path + u'/' + QString::number(++m_aliases) + (isKept ? QFile::decodeName(extension) : QString());
-    return ::symlink(path.constData(), QFile::encodeName(alias).constData()) == 0 ? alias : QString();
+    return m_path + u'/' + QString::number(++m_copies) + (isKept ? QFile::decodeName(extension) : QString());
 }
 
 } // namespace gateway::receive

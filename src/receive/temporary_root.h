@@ -31,15 +31,15 @@ public:
     /// Where the copy of an archive with this extension belongs.
     QString inputFile(const QString &extension) const;
 
-    /// A path in UTF-8 that leads to a file whose own path isn't; the same file as long as this lives. Empty
-    /// when it can't be made.
-    QString aliasOf(const QByteArray &path);
+    /// Where the next copy of a file belongs: a name of its own, with the extension of that file where this
+    /// is UTF-8.
+    QString nextCopy(const QByteArray &path);
 
 private:
     explicit TemporaryRoot(QString path) : m_path(std::move(path)) {}
 
     const QString m_path;
-    int m_aliases = 0;
+    int m_copies = 0;
 };
 
 } // namespace gateway::receive

@@ -53,23 +53,20 @@ TEST(TemporaryRoot, TheSweepTakesRootsAndNothingElse)
     EXPECT_EQ(entriesIn(home.path()), QStringList{QStringLiteral("other")});
 }
 
-TEST(TemporaryRoot, AnAliasLeadsToTheFileAndKeepsItsExtensionWhereItCan)
+TEST(TemporaryRoot, NamesACopyAnewAndKeepsTheExtensionWhereItCan)
 {
     const QTemporaryDir home;
     const auto root = TemporaryRoot::make(home.path());
     ASSERT_TRUE(root);
-    const QByteArray target = home.path().toLocal8Bit() + "/M\xfcller.dcm";
-    const int file = ::open(target.constData(), O_CREAT | O_WRONLY, 0600);
-    ASSERT_EQ(::write(file, "content", 7), 7);
-    ::close(file);
 
-    const QString alias = root->aliasOf(target);
-    const QString odd = root->aliasOf("/a.\xfc");
+    const QString copy = root->nextCopy("/media/M\xfcller.dcm");
+    const QString second = root->nextCopy("/media/M\xfcller.dcm");
+    const QString odd = root->nextCopy("/media/a.\xfc");
 
-    EXPECT_TRUE(alias.endsWith(QStringLiteral(".dcm")));
-    EXPECT_EQ(QFile(alias).size(), 7);
+    EXPECT_TRUE(copy.endsWith(QStringLiteral(".dcm")));
+    EXPECT_NE(copy, second);
+    EXPECT_EQ(QFileInfo(copy).path(), QFileInfo(root->extractedFolder()).path());
     EXPECT_FALSE(QFileInfo(odd).fileName().contains(u'.'));
-    EXPECT_EQ(::unlink(target.constData()), 0);
 }
 
 } // namespace

@@ -9,6 +9,7 @@ import subprocess
 import unittest
 import zipfile
 
+from failing_disk import FailingDisk
 from harness import PROGRAMS, EndToEndTest, await_true, environment, identity_of, run
 
 
@@ -134,6 +135,64 @@ class Import(EndToEndTest):
         self.assertEqual(len(list(chosen.iterdir())), 20000)
         [record] = self.records(gateway, "import_succeeded")
         self.assertEqual(record["details"]["reason"], "stopped")
+
+    def on_a_dead_share(self, call):
+        """A gateway that is importing from a share whose answer to such a call doesn't come, and the client that asked."""
+        disk = FailingDisk(self.folder)
+        gateway = self.start_gateway(self.start_cloud().address, variables=disk.variables())
+        self.addCleanup(disk.heal)
+        share = self.folder / "share"
+        share.mkdir()
+        for sample in self.samples(ct=3):
+            sample.rename(share / sample.name)
+        disk.silence(call, f"{share}/*")
+        client = subprocess.Popen([PROGRAMS / "quorin-gateway", "--home", gateway.home, "import", "--json", share],
+                                  env=environment(), stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+        self.addCleanup(client.kill)
+        await_true("the look at the share", lambda: disk.failures() >= 1, gateway.process)
+        return gateway, disk, share, client
+
+    def check_that_a_stop_frees_the_next(self, call):
+        gateway, disk, share, client = self.on_a_dead_share(call)
+        before = sorted(share.iterdir())
+
+        # When: something from elsewhere is to be imported, and the first import is stopped
+        [other] = self.samples(mr=1)
+        waiting = subprocess.Popen([PROGRAMS / "quorin-gateway", "--home", gateway.home, "import", "--json", other],
+                                   env=environment(), stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+        self.addCleanup(waiting.kill)
+        await_true("the second import", lambda: len(self.records(gateway, "import_attempted")) == 2, gateway.process)
+        client.send_signal(signal.SIGINT)
+
+        # Then: both have ended, though the share is as dead as before
+        stopped = json.loads(client.communicate(timeout=60)[0])
+        self.assertEqual((stopped["stopped"], stopped["importedFiles"]), (True, 0))
+        self.assertEqual(json.loads(waiting.communicate(timeout=60)[0])["importedFiles"], 1)
+        self.assertEqual(gateway.status()["listener"]["state"], "listening")
+
+        # When: the share is back
+        disk.heal()
+
+        # Then: what was left behind brings nothing, and the next import all
+        ended, summary = self.import_json(gateway, share)
+        self.assertEqual((ended.returncode, summary["importedFiles"]), (0, 3))
+        self.assertEqual(gateway.status()["counters"]["images"], 4)
+        self.assertEqual(sorted(share.iterdir()), before)
+        await_true("no copies", lambda: not list((gateway.home / "tmp").glob("QuorinGatewayManualImport-*")), gateway.process)
+
+    def test_a_stop_frees_the_next_import_where_a_share_lists_nothing(self):
+        self.check_that_a_stop_frees_the_next("stat")
+
+    def test_a_stop_frees_the_next_import_where_a_file_is_not_read(self):
+        self.check_that_a_stop_frees_the_next("read")
+
+    def test_a_share_that_is_dead_does_not_hold_up_the_end(self):
+        gateway, _, _, client = self.on_a_dead_share("open")
+
+        gateway.process.terminate()
+
+        self.assertEqual(gateway.process.wait(60), 0)
+        client.communicate(timeout=60)
 
     def test_the_next_start_sweeps_what_a_killed_import_left(self):
         # Given: an archive that takes a while
