@@ -738,6 +738,7 @@
 <message><source>1 item is selected</source><translation>1 Objekt ausgewählt</translation></message>
 <message><source>%L1 items are selected</source><translation>%L1 Objekte ausgewählt</translation></message>
 <message><source>Opening %1…</source><translation>%1 wird geöffnet …</translation></message>
+<message><source>Not all in %1 can be shown; import the folder itself.</source><translation>Nicht alles in %1 kann gezeigt werden; importieren Sie den Ordner selbst.</translation></message>
 </context>
 <context><name>gateway::shell::ImportEntries</name>
 <message><source>Name</source><translation>Name</translation></message>

@@ -1,5 +1,6 @@
 #include "shell/dashboard/imports/import_dialog.h"
 
+#include "browser/text_order.h"
 #include "platform/concurrency/unawaited.h"
 #include "receive/import_panel.h"
 #include "shell/controls/button.h"
@@ -127,6 +128,10 @@ ImportDialog::ImportDialog(const Theme &theme,
     auto *card = new Card(theme);
     card->body().addWidget(makeLocation());
     card->body().addWidget(m_files, 1);
+    m_partial = new TextLabel(theme, {}, TypeStyle::body, Color::amber);
+    m_partial->setWordWrap(true);
+    m_partial->hide();
+    card->body().addWidget(m_partial);
     auto *middle = new QHBoxLayout;
     middle->setSpacing(theme.space(Space::gap));
     middle->addWidget(m_places);
@@ -266,7 +271,7 @@ void ImportDialog::addPlace(const QString &name, const QString &path, const QStr
             return;
         }
         const int other = place.data(kRankRole).toInt();
-        if (other < rank || (other == rank && place.text().localeAwareCompare(name) < 0)) {
+        if (other < rank || (other == rank && browser::textOrder().compare(place.text(), name) < 0)) {
             row = each + 1;
         }
     }
@@ -294,7 +299,7 @@ void ImportDialog::visit(const QString &path, const QString &otherwise)
             return;
         }
         answer([number, path](ImportDialog &dialog) { dialog.opened(number, path); });
-        disk.read(path, [number, &answer](QList<ImportEntry> found) {
+        const bool isAll = disk.read(path, [number, &answer](QList<ImportEntry> found) {
             answer([number, found = std::move(found)](ImportDialog &dialog) mutable {
                 if (!dialog.m_showsFiles) {
                     found.removeIf([](const ImportEntry &entry) { return !entry.isFolder; });
@@ -304,6 +309,9 @@ void ImportDialog::visit(const QString &path, const QString &otherwise)
                 }
             });
         });
+        if (!isAll) {
+            answer([number, path](ImportDialog &dialog) { dialog.tellPartial(number, path); });
+        }
     });
 }
 
@@ -313,9 +321,19 @@ void ImportDialog::opened(int number, const QString &path)
         m_folder = path;
         m_awaited.clear();
         m_entries->clear();
+        m_partial->hide();
         m_up->setEnabled(path != QDir::rootPath());
         showLocation();
         showChoice();
+    }
+}
+
+void ImportDialog::tellPartial(int number, const QString &path)
+{
+    if (number == m_visit) {
+        m_partial->setText(
+            tr("Not all in %1 can be shown; import the folder itself.").arg(QDir::toNativeSeparators(path)));
+        m_partial->show();
     }
 }
 
@@ -339,7 +357,7 @@ void ImportDialog::showLocation()
 
 void ImportDialog::goUp()
 {
-    if (!m_folder.isEmpty()) {
+    if (!m_folder.isEmpty() && m_folder != QDir::rootPath()) {
         setFolder(QDir::cleanPath(m_folder + QStringLiteral("/..")));
     }
 }
@@ -347,7 +365,8 @@ void ImportDialog::goUp()
 void ImportDialog::activate(const QModelIndex &index)
 {
     const ImportEntry &entry = m_sorted->entry(index);
-    if (entry.isFolder) {
+    const bool isOneOfMany = m_files->selectionModel()->selectedRows().size() > 1;
+    if (entry.isFolder && !isOneOfMany) {
         setFolder(QDir::cleanPath(m_folder + u'/' + entry.name));
     } else {
         accept();
@@ -378,6 +397,11 @@ void ImportDialog::keyPressEvent(QKeyEvent *event)
     if (event->key() == Qt::Key_Backspace ||
         (event->key() == Qt::Key_Up && event->modifiers() == Qt::AltModifier)) {
         goUp();
+        return;
+    }
+    const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    if (isReturn && m_files->hasFocus() && !m_files->currentIndex().isValid() && m_confirm->isEnabled()) {
+        accept(); // after Ctrl+A the list has no row that it could activate
         return;
     }
     QDialog::keyPressEvent(event);

@@ -65,6 +65,7 @@ private:
     void addPlace(const QString &name, const QString &path, const QString &symbol, int rank);
     void visit(const QString &path, const QString &otherwise);
     void opened(int number, const QString &path);
+    void tellPartial(int number, const QString &path);
     void refused(int number, const QString &otherwise);
     void showLocation();
     void activate(const QModelIndex &index);
@@ -80,6 +81,7 @@ private:
     QListWidget *m_places;
     Button *m_up = nullptr;
     ElidedLabel *m_location = nullptr;
+    TextLabel *m_partial = nullptr; // seen where not all of the folder can be shown
     TextLabel *m_choice = nullptr;
     Button *m_confirm = nullptr;
     QString m_folder;

@@ -36,22 +36,27 @@ QStringList foldersIn(const QString &folder)
     return names;
 }
 
-void readFolder(const QString &folder, const std::function<void(QList<ImportEntry>)> &found)
+bool readFolder(const QString &folder, const std::function<void(QList<ImportEntry>)> &found)
 {
     QList<ImportEntry> own;
     QStringList links;
-    platform::visitFolder(QFile::encodeName(folder), [&](const FolderEntry &each) {
+    bool isAll = true;
+    const bool isWhole = platform::visitFolder(QFile::encodeName(folder), [&](const FolderEntry &each) {
         const QString name = QFile::decodeName(each.name());
         if (name.startsWith(u'.')) {
             return;
         }
         const std::optional<FolderEntry::Kind> kind = each.kind();
-        if (kind == FolderEntry::Kind::folder) {
+        if (QFile::encodeName(name) != each.name()) {
+            isAll = false; // nothing that Qt has could name it again
+        } else if (kind == FolderEntry::Kind::folder) {
             own.append({name, true, 0, {}}); // a volume may be mounted there: it isn't looked at
         } else if (kind == FolderEntry::Kind::other) {
             links.append(name);
         } else if (const auto entry = entryOf(folder, name)) {
             own.append(*entry);
+        } else {
+            isAll = false;
         }
     });
     found(own);
@@ -64,6 +69,7 @@ void readFolder(const QString &folder, const std::function<void(QList<ImportEntr
     if (!linked.isEmpty()) {
         found(linked);
     }
+    return isWhole && isAll;
 }
 
 } // namespace

@@ -30,7 +30,10 @@ struct ImportDisk
 
     /// Reads a folder, hidden names left out. `found` is called with what the folder itself tells, and, where
     /// there are links, once more with those that lead somewhere: only they may lead to other disks.
-    std::function<void(const QString &folder, const std::function<void(QList<ImportEntry>)> &found)> read;
+    ///
+    /// \return false when that isn't all: an entry has a name that isn't UTF-8 or can't be looked at, or the
+    /// folder can't be read, or not to its end.
+    std::function<bool(const QString &folder, const std::function<void(QList<ImportEntry>)> &found)> read;
 
     /// The disks of this machine.
     static ImportDisk system();

@@ -1,5 +1,6 @@
 #include "shell/dashboard/imports/import_entries.h"
 
+#include "browser/text_order.h"
 #include "shell/theme/theme.h"
 
 #include <QtCore/QLocale>
@@ -79,10 +80,8 @@ QVariant ImportEntries::headerData(int section, Qt::Orientation orientation, int
 }
 
 SortedImportEntries::SortedImportEntries(ImportEntries &entries, QObject *parent)
-    : QSortFilterProxyModel(parent), m_entries(entries)
+    : QSortFilterProxyModel(parent), m_entries(entries), m_names(browser::textOrder())
 {
-    m_names.setCaseSensitivity(Qt::CaseInsensitive);
-    m_names.setNumericMode(true);
     setSourceModel(&entries);
 }
 

@@ -43,7 +43,7 @@ private:
     QList<ImportEntry> m_entries;
 };
 
-/// The same, sorted: folders before files, names in the order of the person's language.
+/// The same, sorted: folders before files, names in the order of the browsers' tables.
 ///
 /// Owner: the panel. Thread: main.
 class SortedImportEntries : public QSortFilterProxyModel
@@ -64,7 +64,7 @@ protected:
 
 private:
     const ImportEntries &m_entries;
-    QCollator m_names;
+    const QCollator m_names;
 };
 
 } // namespace gateway::shell

@@ -19,6 +19,9 @@
 #include <latch>
 #include <memory>
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 namespace gateway::shell {
 namespace {
 
@@ -152,6 +155,97 @@ TEST_F(Panel, TakesAFileThatIsOpened)
     Q_EMIT dialog->files().activated(row(u"one.dcm"_qs));
 
     EXPECT_EQ(chosen, QList<QUrl>{QUrl::fromLocalFile(home.filePath(u"CT/one.dcm"_qs))});
+}
+
+TEST_F(Panel, StaysAtTheRoot)
+{
+    dialog->setFolder(QDir::rootPath());
+    awaitThat([this] { return dialog->folder() == QDir::rootPath(); });
+    const auto *location = dialog->findChild<ElidedLabel *>();
+
+    QTest::keyClick(dialog, Qt::Key_Backspace);
+
+    EXPECT_EQ(location->text(), QDir::rootPath()) << "nothing may be asked for above it";
+    EXPECT_EQ(dialog->folder(), QDir::rootPath());
+}
+
+TEST_F(Panel, TakesAllByTheKeyboard)
+{
+    show(home.path());
+    dialog->files().setFocus();
+    QTest::keyClick(&dialog->files(), Qt::Key_A, Qt::ControlModifier);
+
+    QTest::keyClick(&dialog->files(), Qt::Key_Return);
+
+    EXPECT_EQ(confirmations, 1);
+    EXPECT_EQ(chosen.size(), 2);
+}
+
+TEST_F(Panel, TakesAllThatIsSelectedWhereTheKeyboardIsOnAFolder)
+{
+    show(home.path());
+    dialog->files().setFocus();
+    dialog->files().setCurrentIndex(row(u"CT"_qs));
+    select(u"three.dcm"_qs);
+
+    QTest::keyClick(&dialog->files(), Qt::Key_Return);
+
+    EXPECT_EQ(confirmations, 1);
+    EXPECT_EQ(chosen.size(), 2);
+}
+
+TEST_F(Panel, HasNamesInTheOrderOfTheirNumbers)
+{
+    for (const char *name : {"im10.dcm", "im9.dcm", "Im1.dcm"}) {
+        QFile file(home.filePath(QLatin1String(name)));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    }
+
+    show(home.path());
+
+    const QAbstractItemModel &model = *dialog->files().model();
+    QStringList names;
+    for (int each = 0; each < model.rowCount(); ++each) {
+        names.append(model.index(each, 0).data().toString());
+    }
+    EXPECT_EQ(names, (QStringList{u"CT"_qs, u"Im1.dcm"_qs, u"im9.dcm"_qs, u"im10.dcm"_qs, u"three.dcm"_qs}));
+}
+
+TEST_F(Panel, SaysWhereNotAllCanBeShown)
+{
+    const QByteArray name = QFile::encodeName(home.filePath(u"CT"_qs)) + "/M\xfcller.dcm";
+    ASSERT_EQ(::mkdir(name.constData(), S_IRWXU), 0);
+    const QString sentence =
+        u"Not all in %1 can be shown; import the folder itself."_qs.arg(home.filePath(u"CT"_qs));
+    const auto saysIt = [&] {
+        const QList<QLabel *> labels = dialog->findChildren<QLabel *>();
+        return std::any_of(labels.begin(), labels.end(), [&](const QLabel *label) {
+            return label->isVisible() && label->text() == sentence;
+        });
+    };
+    show(home.path());
+    ASSERT_FALSE(saysIt());
+
+    dialog->setFolder(home.filePath(u"CT"_qs));
+    awaitThat(saysIt);
+    EXPECT_EQ(dialog->files().model()->rowCount(), 3);
+    testing::keepPicture(*panel.panel(), u"import-panel-partial-dark"_qs);
+
+    show(home.path());
+    EXPECT_FALSE(saysIt());
+    EXPECT_EQ(::rmdir(name.constData()), 0);
+}
+
+TEST(SystemDisk, TellsAFolderThatCanNotBeReadFromAnEmptyOne)
+{
+    const QTemporaryDir home;
+    const auto read = [&](const QString &name) {
+        return ImportDisk::system().read(home.filePath(name), [](const QList<ImportEntry> &) {});
+    };
+    QDir(home.path()).mkpath(u"empty"_qs);
+
+    EXPECT_TRUE(read(u"empty"_qs));
+    EXPECT_FALSE(read(u"away"_qs));
 }
 
 TEST_F(Panel, GoesToPlaces)
