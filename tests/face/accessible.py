@@ -89,6 +89,10 @@ class Widget:
     def text(self):
         return self._call("org.a11y.atspi.Text", "GetText", GLib.Variant("(ii)", (0, -1)))[0]
 
+    def set_text(self, text):
+        """As assistive tools do that write for a person, at once."""
+        self._call("org.a11y.atspi.EditableText", "SetTextContents", GLib.Variant("(s)", (text,)))
+
     @property
     def value(self):
         return self._property("org.a11y.atspi.Value", "CurrentValue")

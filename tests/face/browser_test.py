@@ -149,9 +149,7 @@ class Browsers(BrowserTest):
         self.desktop.click(self.see(window, "Choose File…", "push button"))
         self.desktop.window("Export Table")
         self.picture("panel")
-        self.desktop.keys("ctrl+a")
-        self.desktop.write(str(target))
-        self.desktop.keys("Return")
+        self.choose_file("Export Table", target)
 
         # Then
         self.see(window, f"Exported to {re.escape(str(target))}")

@@ -24,12 +24,6 @@ class Report(FaceTest):
     def tick(self, window, name):
         self.desktop.click(self.see(window, name, "check box"))
 
-    def choose(self, title, path):
-        self.desktop.window(title)
-        self.desktop.keys("ctrl+a")
-        self.desktop.write(str(path))
-        self.desktop.keys("Return")
-
     def receive_a_patient(self):
         """An image of somebody with a name, which is in the log and the index by then."""
         files = self.samples(ct=2)
@@ -59,7 +53,7 @@ class Report(FaceTest):
         self.tick(window, "Happened during import")
         self.see(window, "Attachments are required for import/opening issues\\.")
         self.press(window, "Choose files")
-        self.choose("Choose files", files[0])
+        self.choose_file("Choose files", files[0])
         self.see(window, files[0].name)
         self.tick(window, "Add a support bundle")
 
@@ -70,7 +64,7 @@ class Report(FaceTest):
         self.desktop.keys("Escape")
         self.press(window, "Save…")
         saved = self.folder / "saved.txt"
-        self.choose("Save Support Bundle", saved)
+        self.choose_file("Save Support Bundle", saved)
         self.see(window, f"Saved to {saved}")
         self.picture("filled")
         self.press(window, "Submit")

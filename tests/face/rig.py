@@ -93,6 +93,14 @@ class FaceTest(EndToEndTest):
         self.desktop.keys(*keys, "Return")
         await_true("the menu to close", lambda: not self.menu & set(self.windows_of_program()))
 
+    def choose_file(self, title, path):
+        """In the file dialog of that title; not key by key, some of which its list of proposals swallows on a busy machine."""
+        name = self.see(self.desktop.window(title), "File name:|Directory:", "text")
+        await_true("the keyboard to be at the name", lambda: "focused" in name.states, self.gateway.process)
+        name.set_text(str(path))
+        self.assertEqual(name.text, str(path))
+        self.desktop.keys("Return")
+
     def dashboard(self):
         """The dashboard, if it is open."""
         return self.desktop.window_with("View Logs")

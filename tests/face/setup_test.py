@@ -63,10 +63,7 @@ class FirstRun(Setup):
         inbox = self.folder / "scans"
         inbox.mkdir()
         self.press(wizard, "Choose Folder…")
-        self.desktop.window("Select Incoming Files Folder")
-        self.desktop.keys("ctrl+a")
-        self.desktop.write(str(inbox))
-        self.desktop.keys("Return")
+        self.choose_file("Select Incoming Files Folder", inbox)
         self.see(wizard, str(inbox))
         self.see(wizard, "Selected folder is writable\\.")
         self.picture("local-files")
@@ -91,10 +88,7 @@ class FirstRun(Setup):
         """By the keyboard, since the button stands below what is seen at first."""
         file = self.folder / "summary.pdf"
         self.desktop.keys("shift+Tab", "shift+Tab", "shift+Tab", "space")
-        self.desktop.window("Export Setup Summary")
-        self.desktop.keys("ctrl+a")
-        self.desktop.write(str(file))
-        self.desktop.keys("Return")
+        self.choose_file("Export Setup Summary", file)
         self.see(wizard, f"Setup summary exported to {file}")
         self.picture("exported")
         lines = run("pdftotext", "-layout", file, "-").stdout.splitlines()

@@ -200,12 +200,12 @@ void GatewaySetupWizardView::refreshButtons()
     m_back->setEnabled(m_setup.canGoBack());
     m_leave->setEnabled(!m_setup.isApplying());
     m_continue->setVisible(!isLastStep());
-    const bool isLooking = !m_setup.isApplying() && m_setup.isCheckingFolderAccess();
-    m_continue->setBusy(isLooking);
-    m_continue->setEnabled(isLooking || m_setup.canContinue());
     m_finish->setVisible(isLastStep());
-    m_finish->setBusy(m_setup.isApplying());
-    m_finish->setEnabled(m_setup.isApplying() || m_setup.canContinue());
+    const bool isBusy = m_setup.isApplying() || m_setup.isCheckingFolderAccess();
+    for (Button *onward : {m_continue, m_finish}) {
+        onward->setBusy(isBusy);
+        onward->setEnabled(isBusy || m_setup.canContinue()); // a busy one keeps the focus
+    }
 }
 
 void GatewaySetupWizardView::showStep()

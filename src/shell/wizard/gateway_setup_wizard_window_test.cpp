@@ -145,7 +145,7 @@ TEST_F(WizardWindow, StaysWithTheWordsOfAListenerThatDoesNotStart)
     open(true);
     goTo(u"Summary"_qs);
 
-    press(u"Finish Setup"_qs);
+    button(u"Finish Setup"_qs)->click();
     runUntil([this] { return says(u"DIMSE listener did not start within 2 seconds."_qs); });
     settle();
 

@@ -363,7 +363,7 @@ TEST_F(WizardPages, ShowWhatTheKeyboardIsAt)
     window().setFixedSize(720, 520);
     goTo(u"Summary"_qs);
     ASSERT_TRUE(QTest::qWaitForWindowActive(&window(), 30'000));
-    button(u"Finish Setup"_qs)->setFocus();
+    EXPECT_TRUE(button(u"Finish Setup"_qs)->hasFocus()); // also behind the look at the folder
 
     for (int step = 0; step < 3; ++step) { // back over the ways on
         QTest::keyClick(&window(), Qt::Key_Backtab);
@@ -372,6 +372,18 @@ TEST_F(WizardPages, ShowWhatTheKeyboardIsAt)
     Button *reached = button(u"Export PDF"_qs);
     EXPECT_TRUE(reached->hasFocus());
     EXPECT_FALSE(reached->visibleRegion().isEmpty());
+}
+
+TEST_F(WizardPages, LeaveTheKeyboardAtTheWayOnWhileTheFolderIsLookedAt)
+{
+    chosenFolder = config.path();
+    open();
+    goTo(u"Local Files"_qs);
+    press(u"Choose Folder…"_qs);
+
+    goTo(u"Summary"_qs);
+
+    EXPECT_EQ(window().focusWidget(), button(u"Finish Setup"_qs));
 }
 
 TEST_F(WizardPages, ExportTheSummary)

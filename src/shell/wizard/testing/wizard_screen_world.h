@@ -87,10 +87,14 @@ struct WizardScreenWorld : wizard::testing::SetupWorld
     void awaitFolder()
     {
         runUntil([this] {
-            QWidget *const shown = controller->window();
-            const Button *const onward =
-                shown == nullptr ? nullptr : shownButton(*shown, QStringLiteral("Continue"));
-            return onward == nullptr || !onward->isBusy();
+            if (controller->window() == nullptr) {
+                return true;
+            }
+            const auto isLooking = [this](const QString &onward) {
+                const Button *const shown = button(onward);
+                return shown != nullptr && shown->isBusy();
+            };
+            return !isLooking(QStringLiteral("Continue")) && !isLooking(QStringLiteral("Finish Setup"));
         });
     }
 
