@@ -4,6 +4,8 @@
 #include "cloud_client/multipart_body.h"
 #include "cloud_client/quorin_error.h"
 
+#include <QtCore/QCoreApplication>
+
 #include <array>
 #include <utility>
 
@@ -37,14 +39,17 @@ public:
         const std::optional<ReadableFile> file = ReadableFile::open(m_path);
         const qint64 size = file ? file->read(0, bytes.data(), bytes.size()) : -1;
         if (size < 0) {
-            throwUnusable(
-                QStringLiteral("The file of the archive's token, %1, isn't there, can't be read, or "
-                               "is no ordinary file.")
-                    .arg(m_path));
+            throwUnusable(QCoreApplication::translate(
+                              "CloudClient",
+                              "The file of the archive's token, %1, isn't there, can't be read, or "
+                              "is no ordinary file.")
+                              .arg(m_path));
         }
         const QByteArray token = QByteArray(bytes.data(), size).trimmed();
         if (!canBeToken(QString::fromUtf8(token))) {
-            throwUnusable(QStringLiteral("The file %1 holds no token of one word.").arg(m_path));
+            throwUnusable(
+                QCoreApplication::translate("CloudClient", "The file %1 holds no token of one word.")
+                    .arg(m_path));
         }
         return "Bearer " + token;
     }

@@ -5,6 +5,8 @@
 #include "cloud_client/quorin_api_client.h"
 #include "cloud_client/quorin_error.h"
 
+#include <QtCore/QCoreApplication>
+
 namespace gateway::cloud_client {
 
 namespace {
@@ -78,8 +80,10 @@ void checkArchiveStores(QuorinApiClient &client)
     call.authorized = !client.networkSettings().areCredentialsRefused();
     const int status = client.send(call).status;
     if (status == 404 || status == 405 || status == 501) {
-        throw AFError(QStringLiteral("Nothing that takes images is found at %1 (status %2). The path of the "
-                                     "archive's address may be wrong.")
+        throw AFError(QCoreApplication::translate(
+                          "CloudClient",
+                          "Nothing that takes images is found at %1 (status %2). The path of the "
+                          "archive's address may be wrong.")
                           .arg(client.configuration().baseUrl.toString(QUrl::RemoveUserInfo))
                           .arg(status),
                       std::nullopt,

@@ -5,6 +5,7 @@
 #include "cloud_client/quorin_error.h"
 #include "cloud_client/server_words.h"
 
+#include <QtCore/QCoreApplication>
 #include <QtCore/QCryptographicHash>
 #include <QtCore/QUrl>
 
@@ -62,10 +63,11 @@ DeviceTokens grantedTokens(const HttpResponse &response)
 {
     const OAuthTokens tokens = OAuthService::tokensIn(response);
     if (tokens.refresh.isEmpty()) {
-        throwNothing(
-            QStringLiteral("The sign-in service at %1 gave no token that renews the sign-in, which would "
-                           "soon end; ask for one with --scope, often by the word offline_access."),
-            response);
+        throwNothing(QCoreApplication::translate(
+                         "CloudClient",
+                         "The sign-in service at %1 gave no token that renews the sign-in, which would "
+                         "soon end; ask for one with --scope, often by the word offline_access."),
+                     response);
     }
     return {QString::fromLatin1(tokens.access.value), tokens.refresh, holderIn(tokens)};
 }
@@ -91,7 +93,9 @@ DeviceCode DeviceGrantAPI::begin(const ArchiveSignIn &signIn)
         .interval = secondsIn(record, "interval", kUsualInterval, kLongestInterval)};
     if (code.deviceCode.isEmpty() || code.userCode.isEmpty() || code.address.isEmpty()) {
         throw OAuthService::away(
-            QStringLiteral("What the sign-in service at %1 answered is no code that a person could enter.")
+            QCoreApplication::translate(
+                "CloudClient",
+                "What the sign-in service at %1 answered is no code that a person could enter.")
                 .arg(response.host));
     }
     return code;
@@ -113,11 +117,15 @@ DeviceAnswer DeviceGrantAPI::ask(const ArchiveSignIn &signIn, const QString &dev
         return {.isTooOften = code == QStringLiteral("slow_down")};
     }
     if (code == QStringLiteral("access_denied")) {
-        throwNothing(QStringLiteral("The sign-in was refused by whoever entered the code at %1."), response);
+        throwNothing(QCoreApplication::translate(
+                         "CloudClient", "The sign-in was refused by whoever entered the code at %1."),
+                     response);
     }
     if (code == QStringLiteral("expired_token") || code == QStringLiteral("invalid_grant")) {
-        throwNothing(QStringLiteral("The code of %1 is over before somebody has entered it; begin again."),
-                     response);
+        throwNothing(
+            QCoreApplication::translate(
+                "CloudClient", "The code of %1 is over before somebody has entered it; begin again."),
+            response);
     }
     service.throwRefusal(response, code);
 }

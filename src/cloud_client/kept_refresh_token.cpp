@@ -3,6 +3,8 @@
 #include "cloud_client/network_settings.h"
 #include "cloud_client/quorin_error.h"
 
+#include <QtCore/QCoreApplication>
+
 namespace gateway::cloud_client {
 
 AccessToken KeptRefreshToken::renew(const QString &session, const Exchange &exchange)
@@ -12,7 +14,8 @@ AccessToken KeptRefreshToken::renew(const QString &session, const Exchange &exch
     if (!before) {
         throw QrnErrorResponse(
             QrnErrorKind::sessionInvalid,
-            QStringLiteral("This sign-in is over; sign in again: quorin-gateway archive set."));
+            QCoreApplication::translate("CloudClient",
+                                        "This sign-in is over; sign in again: quorin-gateway archive set."));
     }
     try {
         OAuthTokens tokens = exchange(*before);

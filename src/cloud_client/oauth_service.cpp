@@ -6,6 +6,7 @@
 #include "cloud_client/quorin_error.h"
 #include "cloud_client/signing_key.h"
 
+#include <QtCore/QCoreApplication>
 #include <QtCore/QStringList>
 
 #include <algorithm>
@@ -35,17 +36,24 @@ QString sentenceOn(const AFError &error, const QString &host)
 {
     switch (error.noAnswer) {
     case NoAnswer::notSecure: // whose certificate, and what is wrong with it
-        return QStringLiteral("The sign-in service can't be asked safely: %1")
+        return QCoreApplication::translate("CloudClient", "The sign-in service can't be asked safely: %1")
             .arg(error.localizedDescription);
     case NoAnswer::addressNotFound:
-        return QStringLiteral("The sign-in service %1 could not be found by its name.").arg(host);
+        return QCoreApplication::translate("CloudClient",
+                                           "The sign-in service %1 could not be found by its name.")
+            .arg(host);
     case NoAnswer::timedOut:
-        return QStringLiteral("The sign-in service at %1 did not answer in time.").arg(host);
+        return QCoreApplication::translate("CloudClient", "The sign-in service at %1 did not answer in time.")
+            .arg(host);
     case NoAnswer::proxyRefused:
-        return QStringLiteral("The web proxy on the way to the sign-in service at %1 refused the connection.")
+        return QCoreApplication::translate(
+                   "CloudClient",
+                   "The web proxy on the way to the sign-in service at %1 refused the connection.")
             .arg(host);
     case NoAnswer::unusableAnswer:
-        return QStringLiteral("What the sign-in service at %1 answered can't be read.").arg(host);
+        return QCoreApplication::translate("CloudClient",
+                                           "What the sign-in service at %1 answered can't be read.")
+            .arg(host);
     case NoAnswer::notReachable:
     case NoAnswer::connectionLost:
     case NoAnswer::otherReason:
@@ -56,7 +64,8 @@ QString sentenceOn(const AFError &error, const QString &host)
     case NoAnswer::answerNotKept:
         break;
     }
-    return QStringLiteral("The sign-in service at %1 can't be reached.").arg(host);
+    return QCoreApplication::translate("CloudClient", "The sign-in service at %1 can't be reached.")
+        .arg(host);
 }
 
 /// In the form of RFC 6749 appendix B.
@@ -106,26 +115,32 @@ QString sentenceOnRefusal(const QString &code, const ArchiveSignIn &signIn)
 {
     if (code == QStringLiteral("invalid_client")) {
         return signIn.client.secretIn == SecretIn::certificate
-                   ? QStringLiteral("The sign-in service at %1 refused the client id or its certificate.")
-                   : QStringLiteral("The sign-in service at %1 refused the client id or its secret.");
+                   ? QCoreApplication::translate(
+                         "CloudClient", "The sign-in service at %1 refused the client id or its certificate.")
+                   : QCoreApplication::translate(
+                         "CloudClient", "The sign-in service at %1 refused the client id or its secret.");
     }
     if (code == QStringLiteral("unauthorized_client") || code == QStringLiteral("unsupported_grant_type")) {
         return signIn.method == ArchiveSignIn::Method::device
-                   ? QStringLiteral(
+                   ? QCoreApplication::translate(
+                         "CloudClient",
                          "The sign-in service at %1 does not let this client sign in by a code; it "
                          "needs the grants device_code and refresh_token.")
-                   : QStringLiteral(
+                   : QCoreApplication::translate(
+                         "CloudClient",
                          "The sign-in service at %1 does not let this client sign in by itself; it "
                          "needs the grant client_credentials.");
     }
     if (code == QStringLiteral("invalid_scope")) {
-        return QStringLiteral(
-            "The sign-in service at %1 does not give this client the scope that it asks for.");
+        return QCoreApplication::translate(
+            "CloudClient", "The sign-in service at %1 does not give this client the scope that it asks for.");
     }
     if (code == QStringLiteral("invalid_target")) {
-        return QStringLiteral("The sign-in service at %1 does not know the audience that is asked for.");
+        return QCoreApplication::translate(
+            "CloudClient", "The sign-in service at %1 does not know the audience that is asked for.");
     }
-    return QStringLiteral("The sign-in service at %1 refused the request for a token.");
+    return QCoreApplication::translate("CloudClient",
+                                       "The sign-in service at %1 refused the request for a token.");
 }
 
 /// The member of an issuer's configuration that names an address.
@@ -147,11 +162,11 @@ QString whatIsDoneAt(OAuthService::Endpoint endpoint)
 {
     switch (endpoint) {
     case OAuthService::Endpoint::token:
-        return QStringLiteral("address where tokens are given out");
+        return QCoreApplication::translate("CloudClient", "address where tokens are given out");
     case OAuthService::Endpoint::deviceAuthorization:
-        return QStringLiteral("address where codes for a sign-in are given out");
+        return QCoreApplication::translate("CloudClient", "address where codes for a sign-in are given out");
     case OAuthService::Endpoint::revocation:
-        return QStringLiteral("address where tokens are taken back");
+        return QCoreApplication::translate("CloudClient", "address where tokens are taken back");
     }
     return {};
 }
@@ -192,15 +207,17 @@ QVariantMap OAuthService::recordIn(const HttpResponse &response)
         return body.toMap();
     }
     const bool isPage = response.contentType == "text/html";
-    throw away(
-        isPage ? QStringLiteral("A web page came from %1 (status %2) in place of a token; the address may "
-                                "be wrong, or this network asks for a sign-in of its own.")
-                     .arg(response.host)
-                     .arg(response.status)
-               : QStringLiteral("What the sign-in service at %1 answered (status %2) is no token.")
-                     .arg(response.host)
-                     .arg(response.status),
-        response.status);
+    throw away(isPage ? QCoreApplication::translate(
+                            "CloudClient",
+                            "A web page came from %1 (status %2) in place of a token; the address may "
+                            "be wrong, or this network asks for a sign-in of its own.")
+                            .arg(response.host)
+                            .arg(response.status)
+                      : QCoreApplication::translate(
+                            "CloudClient", "What the sign-in service at %1 answered (status %2) is no token.")
+                            .arg(response.host)
+                            .arg(response.status),
+               response.status);
 }
 
 HttpResponse OAuthService::post(Endpoint endpoint, const OAuthForm &form)
@@ -227,8 +244,9 @@ QString OAuthService::addressOf(Endpoint endpoint)
     }
     const QString address = addressIn(configuration(), memberOf(endpoint), !m_signIn.certificate.isEmpty());
     if (address.isEmpty()) {
-        throw away(QStringLiteral("The configuration that %1 publishes names no %2.")
-                       .arg(QUrl(client.issuer).host(), whatIsDoneAt(endpoint)));
+        throw away(
+            QCoreApplication::translate("CloudClient", "The configuration that %1 publishes names no %2.")
+                .arg(QUrl(client.issuer).host(), whatIsDoneAt(endpoint)));
     }
     return address;
 }
@@ -261,19 +279,21 @@ QVariantMap OAuthService::discover() const
         }
     }
     if (!response.isSuccess()) {
-        throw away(
-            QStringLiteral("The issuer at %1 publishes no configuration (status %2); name its token endpoint "
-                           "in its place.")
-                .arg(response.host)
-                .arg(response.status),
-            response.status);
+        throw away(QCoreApplication::translate(
+                       "CloudClient",
+                       "The issuer at %1 publishes no configuration (status %2); name its token endpoint "
+                       "in its place.")
+                       .arg(response.host)
+                       .arg(response.status),
+                   response.status);
     }
     QVariantMap record = recordIn(response);
     // What another issuer publishes could send the secret anywhere (RFC 8414 3.3).
     if (!isSameIssuer(record.value(QStringLiteral("issuer")).toString(), issuer)) {
-        throw away(
-            QStringLiteral("The configuration that %1 publishes is not that of the issuer that was named.")
-                .arg(response.host));
+        throw away(QCoreApplication::translate(
+                       "CloudClient",
+                       "The configuration that %1 publishes is not that of the issuer that was named.")
+                       .arg(response.host));
     }
     return record;
 }
@@ -283,7 +303,8 @@ void OAuthService::needReachable(const QUrl &url) const
     const bool isPlain = url.scheme() != QStringLiteral("https");
     if (!url.isValid() || url.host().isEmpty() ||
         (isPlain && !isLoopbackHost(url.host()) && !m_with.allowPlainHttp)) {
-        throw away(QStringLiteral("The sign-in service must have an https address, and %1 is none.")
+        throw away(QCoreApplication::translate(
+                       "CloudClient", "The sign-in service must have an https address, and %1 is none.")
                        .arg(url.toString(QUrl::RemoveUserInfo | QUrl::RemoveQuery)));
     }
 }
@@ -302,13 +323,16 @@ HttpResponse OAuthService::send(HttpRequest request) const
         throw away(sentenceOn(error, url.host()), error.code);
     }
     if (isCertificateRefused(response)) {
-        throw away(QStringLiteral("The sign-in service at %1 did not accept the client certificate of this "
-                                  "gateway, or wants one.")
+        throw away(QCoreApplication::translate(
+                       "CloudClient",
+                       "The sign-in service at %1 did not accept the client certificate of this "
+                       "gateway, or wants one.")
                        .arg(url.host()),
                    response.status);
     }
     if (response.status >= 500 || response.status == 429 || response.status == 408) {
-        throw busy(QStringLiteral("The sign-in service at %1 can't give a token now (status %2).")
+        throw busy(QCoreApplication::translate(
+                       "CloudClient", "The sign-in service at %1 can't give a token now (status %2).")
                        .arg(url.host())
                        .arg(response.status),
                    response);
@@ -360,19 +384,21 @@ QString OAuthService::refusalIn(const HttpResponse &response)
 {
     const bool isRefusal = response.status == 400 || response.status == 401 || response.status == 403;
     if (!isRefusal) {
-        throw away(QStringLiteral("Nothing at %1 gives out tokens (status %2); the address may be wrong.")
+        throw away(QCoreApplication::translate(
+                       "CloudClient", "Nothing at %1 gives out tokens (status %2); the address may be wrong.")
                        .arg(response.host)
                        .arg(response.status),
                    response.status);
     }
     const QString code = recordIn(response).value(QStringLiteral("error")).toString();
     if (code.isEmpty()) {
-        throw away(
-            QStringLiteral("What refuses tokens at %1 (status %2) doesn't say why, as a sign-in service "
-                           "would.")
-                .arg(response.host)
-                .arg(response.status),
-            response.status);
+        throw away(QCoreApplication::translate(
+                       "CloudClient",
+                       "What refuses tokens at %1 (status %2) doesn't say why, as a sign-in service "
+                       "would.")
+                       .arg(response.host)
+                       .arg(response.status),
+                   response.status);
     }
     return code;
 }
@@ -383,8 +409,10 @@ void OAuthService::throwRefusal(const HttpResponse &response, const QString &cod
     QString sentence = sentenceOnRefusal(code, m_signIn).arg(response.host);
     const qint64 seconds = response.date ? std::abs(response.date->secsTo(m_with.clock.now())) : 0;
     if (m_signIn.client.secretIn == SecretIn::assertion && seconds >= kNoticeableSeconds) {
-        sentence = QStringLiteral("The sign-in service at %1 refused the signed statement; the clock of this "
-                                  "computer differs from its own by %2 seconds.")
+        sentence = QCoreApplication::translate(
+                       "CloudClient",
+                       "The sign-in service at %1 refused the signed statement; the clock of this "
+                       "computer differs from its own by %2 seconds.")
                        .arg(response.host)
                        .arg(seconds);
     }
@@ -400,7 +428,8 @@ OAuthTokens OAuthService::tokensIn(const HttpResponse &response)
     const QString type = record.value(QStringLiteral("token_type"), QStringLiteral("Bearer")).toString();
     if (!canBeToken(text("access_token")) ||
         type.compare(QStringLiteral("Bearer"), Qt::CaseInsensitive) != 0) {
-        throw away(QStringLiteral("The sign-in service at %1 gave no token that a request can carry.")
+        throw away(QCoreApplication::translate(
+                       "CloudClient", "The sign-in service at %1 gave no token that a request can carry.")
                        .arg(response.host));
     }
     OAuthTokens tokens{.access = {text("access_token").toLatin1()},

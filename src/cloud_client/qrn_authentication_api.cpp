@@ -6,6 +6,7 @@
 #include "cloud_client/quorin_error.h"
 #include "cloud_client/token_service.h"
 
+#include <QtCore/QCoreApplication>
 #include <QtCore/QJsonObject>
 #include <QtCore/QSysInfo>
 
@@ -50,17 +51,20 @@ QString refusalSentence(const ArchiveSignIn &signIn)
 {
     switch (signIn.method) {
     case ArchiveSignIn::Method::none:
-        return QStringLiteral("The archive wants a user name and a password, or another sign-in.");
+        return QCoreApplication::translate(
+            "CloudClient", "The archive wants a user name and a password, or another sign-in.");
     case ArchiveSignIn::Method::basic:
-        return QStringLiteral("The archive refused the user name or the password.");
+        return QCoreApplication::translate("CloudClient",
+                                           "The archive refused the user name or the password.");
     case ArchiveSignIn::Method::bearer:
     case ArchiveSignIn::Method::tokenFile:
-        return QStringLiteral("The archive refused the token.");
+        return QCoreApplication::translate("CloudClient", "The archive refused the token.");
     case ArchiveSignIn::Method::unknown:
         break;
     case ArchiveSignIn::Method::clientCredentials:
     case ArchiveSignIn::Method::device:
-        return QStringLiteral(
+        return QCoreApplication::translate(
+            "CloudClient",
             "The archive refused the token that the sign-in service gave; scope and audience may "
             "not be what it wants.");
     }
@@ -74,8 +78,10 @@ ArchiveSignIn triedSignIn(const ArchiveSignIn &signIn, const std::optional<Devic
         return signIn;
     }
     if (!granted) {
-        throw QrnErrorResponse(QrnErrorKind::badRequest,
-                               QStringLiteral("A sign-in by a code needs one that somebody has entered."));
+        throw QrnErrorResponse(
+            QrnErrorKind::badRequest,
+            QCoreApplication::translate("CloudClient",
+                                        "A sign-in by a code needs one that somebody has entered."));
     }
     ArchiveSignIn tried = signIn;
     tried.method = ArchiveSignIn::Method::bearer;
@@ -102,8 +108,9 @@ QrnLoginResponse QrnAuthenticationAPI::loginToService(const QrnLoginRequest &req
     if (request.email.isEmpty()) {
         throw QrnErrorResponse(
             QrnErrorKind::badRequest,
-            QStringLiteral("The cloud service wants an e-mail address and a password; only "
-                           "an archive of the kind dicomweb can do without."));
+            QCoreApplication::translate("CloudClient",
+                                        "The cloud service wants an e-mail address and a password; only "
+                                        "an archive of the kind dicomweb can do without."));
     }
     ApiCall call = jsonCall("POST", "/auth/login", loginRecord(request));
     call.authorized = false;
@@ -114,12 +121,13 @@ QrnLoginResponse QrnAuthenticationAPI::loginToService(const QrnLoginRequest &req
         throwUnreadableAnswer();
     }
     if (!canBeToken(token.toString())) {
-        throw AFError(
-            QStringLiteral("The cloud service gave a session that can't be sent back to it: its token "
-                           "holds characters that no request may carry, or is too long."),
-            std::nullopt,
-            0,
-            NoAnswer::unusableAnswer);
+        throw AFError(QCoreApplication::translate(
+                          "CloudClient",
+                          "The cloud service gave a session that can't be sent back to it: its token "
+                          "holds characters that no request may carry, or is too long."),
+                      std::nullopt,
+                      0,
+                      NoAnswer::unusableAnswer);
     }
     QrnLoginResponse response;
     const QVariant userId = answer.value(QStringLiteral("userId"));

@@ -2,6 +2,8 @@
 
 #include "cloud_client/quorin_error.h"
 
+#include <QtCore/QCoreApplication>
+
 namespace gateway::cloud_client {
 
 AccessToken TokenService::fetch()
@@ -26,8 +28,8 @@ OAuthTokens TokenService::renew(const QString &refreshToken)
 void TokenService::revoke(const QString &refreshToken)
 {
     if (m_service.signIn().client.issuer.isEmpty()) {
-        throw OAuthService::away(
-            QStringLiteral("No issuer is named who would say where tokens are taken back."));
+        throw OAuthService::away(QCoreApplication::translate(
+            "CloudClient", "No issuer is named who would say where tokens are taken back."));
     }
     const HttpResponse response =
         m_service.post(OAuthService::Endpoint::revocation,
@@ -48,8 +50,10 @@ OAuthTokens TokenService::tokensFor(const OAuthForm &form)
         if (code == QStringLiteral("invalid_grant")) {
             throw QrnErrorResponse(
                 QrnErrorKind::sessionInvalid,
-                QStringLiteral("The sign-in service at %1 has ended the sign-in; images are kept here until "
-                               "somebody signs in again: quorin-gateway archive set.")
+                QCoreApplication::translate(
+                    "CloudClient",
+                    "The sign-in service at %1 has ended the sign-in; images are kept here until "
+                    "somebody signs in again: quorin-gateway archive set.")
                     .arg(response.host),
                 response.status);
         }

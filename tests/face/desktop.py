@@ -49,6 +49,7 @@ class Desktop:
         self._pictures = Path(os.environ.get("QUORIN_FACE_PICTURES") or self.folder / "pictures")
         self._pictures.mkdir(parents=True, exist_ok=True)
         self.locale = "C.UTF-8"  # of programs that are started from now on
+        self.scale = 1  # of what they draw
         self.home = self.folder / "person"
         self.home.mkdir()
         self._variables = {"HOME": str(self.home), "XDG_RUNTIME_DIR": str(self.folder), "NO_AT_BRIDGE": "1", "GDK_BACKEND": "x11",
@@ -65,7 +66,7 @@ class Desktop:
     def variables(self):
         """What a program of this desktop finds in its environment."""
         return self._variables | {"QT_QPA_PLATFORM": "xcb", "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1",
-                                  "QT_SCALE_FACTOR": "1", "QT_IM_MODULE": "none", "LC_ALL": self.locale}
+                                  "QT_SCALE_FACTOR": str(self.scale), "QT_IM_MODULE": "none", "LC_ALL": self.locale}
 
     def start(self, *command, variables=None, **more):
         """A program of this desktop, with all that it starts in a group of its own."""
@@ -160,16 +161,16 @@ class Desktop:
 
     def click(self, target, button=1):
         """Presses on a widget's middle, or at a point."""
-        x, y = target if isinstance(target, tuple) else self._settled(target).middle
+        x, y = target if isinstance(target, tuple) else self._middle(target)
         self._xdotool("mousemove", x, y, "click", button)
 
     def click_often(self, target, times):
         """Clicks on a widget's middle, some 150 ms apart."""
-        x, y = self._settled(target).middle
+        x, y = self._middle(target)
         self._xdotool("mousemove", x, y, "click", "--repeat", times, "--delay", 150, 1)
 
     def point_at(self, target):
-        x, y = target if isinstance(target, tuple) else self._settled(target).middle
+        x, y = target if isinstance(target, tuple) else self._middle(target)
         self._xdotool("mousemove", x, y)
 
     def drag(self, start, end):
@@ -187,6 +188,11 @@ class Desktop:
 
     def write(self, text):
         self._xdotool("type", "--clearmodifiers", "--delay", 1, text)
+
+    def _middle(self, widget):
+        """In the screen's own dots: programs tell assistive tools of those that they count in."""
+        x, y = self._settled(widget).middle
+        return x * self.scale, y * self.scale
 
     def _settled(self, widget):
         """Where a widget is once it doesn't move any more."""

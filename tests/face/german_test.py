@@ -4,7 +4,7 @@ import re
 import unittest
 
 from accessible import Gone
-from rig import EMAIL, PASSWORD, FaceTest, await_true, send
+from rig import EMAIL, PASSWORD, FaceTest, Orthanc, await_true, send
 
 # Words of every English sentence that no German one has; names such as "Listener" and "Status" are both.
 ENGLISH = set("""a all and are as at be been by can't could did doesn't for from has have here in-use into is isn't it
@@ -14,7 +14,7 @@ folder images keep kept listening log logs received refused rest retry running s
 settings sign signed studies uploaded uploads waiting window wizard""".split()) - {"so", "in-use", "a"}
 
 
-class German(FaceTest):
+class GermanCase(FaceTest):
 
     def start_program(self, address, kind):
         self.desktop.locale = "de_DE.UTF-8"
@@ -42,6 +42,9 @@ class German(FaceTest):
         self.press(self.open_panel(), "Übersicht öffnen")
         return await_true("the dashboard", lambda: self.desktop.window_with("Erreichbar unter.*"),
                           self.gateway.process)
+
+
+class German(GermanCase):
 
     def test_the_panel_is_german(self):
         panel = self.open_panel()
@@ -114,6 +117,28 @@ class German(FaceTest):
         self.desktop.keys("Return")
         self.see(dashboard, r"Die Cloud unter 127\.0\.0\.1 lehnte die Verbindung ab\..*")
 
+        self.picture("refused")
+        self.expect_german(dashboard, 40)
+
+
+class GermanAtAnArchive(GermanCase):
+    """Before an archive, which has a sign-in of another kind."""
+
+    def start_service(self):
+        self.orthanc = Orthanc(self.folder)
+        self.addCleanup(self.orthanc.end)
+        return self.orthanc.root, "dicomweb"
+
+    def test_a_refused_sign_in_is_told_in_german(self):
+        dashboard = self.open_dashboard()
+        self.press(dashboard, "Anmelden")
+        self.see(dashboard, "Passwort")
+        self.desktop.write(EMAIL)
+        self.desktop.keys("Tab")
+        self.desktop.write("wrong")
+        self.desktop.keys("Return")
+
+        self.see(dashboard, "Das Archiv lehnte den Benutzernamen oder das Passwort ab\\.")
         self.picture("refused")
         self.expect_german(dashboard, 40)
 

@@ -2,9 +2,10 @@
 
 #include "shell/controls/button.h"
 #include "shell/controls/text_label.h"
+#include "shell/controls/wrap_row.h"
 #include "shell/theme/theme.h"
 
-#include <QtWidgets/QHBoxLayout>
+#include <QtWidgets/QVBoxLayout>
 
 namespace gateway::shell {
 
@@ -14,15 +15,15 @@ DashboardHeader::DashboardHeader(const Theme &theme, bool offersPreferences, QWi
       m_preferences(new CapsuleButton(theme, tr("Preferences"), QStringLiteral("gearshape.fill"))),
       m_manualUpload(new CapsuleButton(theme, tr("Manual Upload"), QStringLiteral("arrow.up.doc.fill")))
 {
-    auto *row = new QHBoxLayout(this);
-    row->setSpacing(theme.space(Space::tight));
+    auto *column = new QVBoxLayout(this);
+    auto *row = new WrapRow(nullptr, theme.space(Space::tight));
+    column->addLayout(row);
     row->addWidget(m_title);
-    row->addStretch();
     for (Button *action : {m_viewLogs, m_preferences, m_manualUpload}) {
         row->addWidget(action);
     }
     setSideMargin(theme.space(Space::page));
-    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Minimum); // as many lines as it needs
     m_preferences->setVisible(offersPreferences);
     m_preferences->setToolTip(tr("Preferences (Ctrl+,)"));
     m_manualUpload->setToolTip(tr("Import files or folders from this computer"));

@@ -10,7 +10,8 @@ class Button;
 class TextLabel;
 class Theme;
 
-/// The line above a screen: what it is, and the actions that are always at hand.
+/// The line above a screen: what it is, and the actions that are always at hand, below it where they don't
+/// fit beside it.
 ///
 /// Owner: DashboardView. Thread: main.
 class DashboardHeader : public QWidget

@@ -24,6 +24,7 @@
 #include <QtGui/QWindow>
 #include <QtTest/QTest>
 #include <QtWidgets/QAbstractButton>
+#include <QtWidgets/QVBoxLayout>
 
 #include <gtest/gtest.h>
 
@@ -472,6 +473,27 @@ TEST_F(Dashboard, TheRailGivesItsWordsUpWhereTheCardsNeedTheRoom)
     controller->window()->resize(1400, 700);
     EXPECT_FALSE(the<DashboardSidebar>().isNarrow());
     EXPECT_EQ(the<DashboardSidebar>().entry(Screen::logs).toolTip(), QString());
+}
+
+TEST_F(Dashboard, TheHeadCutsNoWordsInASmallWindow)
+{
+    testing::PseudoLocale wordy;
+    QCoreApplication::installTranslator(&wordy);
+    QWidget window;
+    auto *column = new QVBoxLayout(&window);
+    auto *head = new DashboardHeader(world.theme, true);
+    column->addWidget(head);
+    column->addWidget(new QWidget, 1);
+    for (const int width : {480, 640, 1180}) {
+        window.resize(width, 600);
+        window.show();
+        settle();
+
+        EXPECT_EQ(testing::clippedIn(*head), QStringList()) << width;
+        for (const QWidget *part : head->findChildren<QWidget *>()) {
+            EXPECT_TRUE(head->rect().contains(part->geometry())) << width;
+        }
+    }
 }
 
 } // namespace
