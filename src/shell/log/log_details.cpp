@@ -9,6 +9,7 @@
 #include "shell/theme/theme.h"
 
 #include <QtGui/QPainter>
+#include <QtGui/QShortcut>
 #include <QtWidgets/QGridLayout>
 #include <QtWidgets/QHBoxLayout>
 #include <QtWidgets/QPlainTextEdit>
@@ -71,6 +72,9 @@ LogDetails::LogDetails(const Theme &theme, QWidget *parent)
     connect(m_copy, &QAbstractButton::clicked, this, &LogDetails::copyRequested);
     connect(&theme, &Theme::themeChanged, this, qOverload<>(&QWidget::update));
     connect(close, &QAbstractButton::clicked, this, &LogDetails::closeRequested);
+    auto *escape = new QShortcut(Qt::Key_Escape, this);
+    escape->setContext(Qt::WidgetWithChildrenShortcut);
+    connect(escape, &QShortcut::activated, this, &LogDetails::closeRequested);
 }
 
 void LogDetails::show(const std::optional<log::LogRow> &row)

@@ -131,6 +131,21 @@ TEST_F(LogScreenTest, TellsAllOfTheEventThatIsClicked)
     EXPECT_FALSE(details.isVisible());
 }
 
+TEST_F(LogScreenTest, EscapeInTheDetailsClosesThem)
+{
+    fill(0, 32);
+    open();
+    clickRow(0);
+    auto &details = the<LogDetails>();
+    auto *line = details.findChild<QPlainTextEdit *>();
+    line->setFocus();
+
+    QTest::keyClick(line, Qt::Key_Escape);
+
+    EXPECT_FALSE(details.isVisible());
+    EXPECT_TRUE(screen->isVisible());
+}
+
 TEST_F(LogScreenTest, KeepsTheClickedRowInSightWhenItsDetailsCome)
 {
     fill(0, 60);
