@@ -22,6 +22,8 @@
 #include <QtWidgets/QRadioButton>
 #include <QtWidgets/QSpinBox>
 
+#include <memory>
+
 namespace gateway::shell {
 
 namespace {
@@ -94,7 +96,14 @@ Card *cardWith(const Theme &theme, const QString &title, const QString &symbol)
     return card;
 }
 
-/// One row: its name, then one control for each state.
+/// A check box, a radio button and a chip do nothing that could take a while.
+bool canBe(const QWidget &widget, Forced state)
+{
+    return state != Forced::busy || qobject_cast<const Button *>(&widget) != nullptr ||
+           qobject_cast<const Switch *>(&widget) != nullptr;
+}
+
+/// One row: its name, then one control for each state that it has.
 template <typename Make>
 void addRow(const Theme &theme, QGridLayout &grid, const QString &name, Make make)
 {
@@ -102,9 +111,12 @@ void addRow(const Theme &theme, QGridLayout &grid, const QString &name, Make mak
     grid.addWidget(new TextLabel(theme, name, TypeStyle::small, Color::muted), row, 0);
     int column = 1;
     for (const Forced state : kStates) {
-        QWidget *control = make();
-        grid.addWidget(control, row, column++, Qt::AlignLeft | Qt::AlignVCenter);
-        force(*control, state);
+        std::unique_ptr<QWidget> control(make());
+        if (canBe(*control, state)) {
+            force(*control, state);
+            grid.addWidget(control.release(), row, column, Qt::AlignLeft | Qt::AlignVCenter);
+        }
+        ++column;
     }
 }
 
@@ -143,6 +155,8 @@ void force(QWidget &widget, Forced state)
         button->setChecked(true);
     } else if (auto *house = qobject_cast<Button *>(&widget); state == Forced::busy && house != nullptr) {
         house->setBusy(true);
+    } else if (auto *toggle = qobject_cast<Switch *>(&widget); state == Forced::busy && toggle != nullptr) {
+        toggle->setBusy(true);
     }
 }
 
