@@ -7,6 +7,7 @@
 #include <QtCore/QFileInfo>
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 namespace gateway::index {
@@ -145,25 +146,30 @@ std::size_t IndexStore::queueLength() const
 
 void IndexStore::commitTogether(const std::vector<Writer *> &writers)
 {
-    if (tryCommit(writers) || writers.size() == 1) {
+    // What lets each be undone alone is a copy of every page that it changes; hardly any ever is undone.
+    if (tryCommit(writers, Undo::together) || writers.size() == 1 || tryCommit(writers, Undo::apart)) {
         return;
     }
     // One of them may have been too much for the disk: alone, each meets its own fate.
     for (Writer *writer : writers) {
-        tryCommit({writer});
+        tryCommit({writer}, Undo::together);
     }
 }
 
-bool IndexStore::tryCommit(const std::vector<Writer *> &writers)
+/// \return false when nothing has changed.
+bool IndexStore::tryCommit(const std::vector<Writer *> &writers, Undo undo)
 {
     try {
         m_writer->syncCommits(std::ranges::any_of(
             writers, [](const Writer *writer) { return writer->durability == Durability::now; }));
         platform::Transaction transaction(*m_writer);
         for (Writer *writer : writers) {
-            carryOut(*writer);
-            if (!m_writer->inTransaction()) {
+            carryOut(*writer, undo);
+            if (writer->error && undo == Undo::together) {
                 std::rethrow_exception(writer->error);
+            }
+            if (!m_writer->inTransaction()) {
+                break; // SQLite has undone all of it, as the commit says
             }
         }
         transaction.commit();
@@ -176,13 +182,18 @@ bool IndexStore::tryCommit(const std::vector<Writer *> &writers)
     }
 }
 
-void IndexStore::carryOut(Writer &writer)
+void IndexStore::carryOut(Writer &writer, Undo undo)
 {
     writer.error = nullptr;
     try {
-        platform::Savepoint part(*m_writer);
+        std::optional<platform::Savepoint> part;
+        if (undo == Undo::apart) {
+            part.emplace(*m_writer);
+        }
         writer.change(*m_writer);
-        part.keep();
+        if (part) {
+            part->keep();
+        }
     } catch (...) {
         writer.error = std::current_exception();
     }

@@ -42,9 +42,9 @@ public:
     IndexStore &operator=(const IndexStore &) = delete;
 
     /// Carries out `change` in a transaction and returns once it is committed, and as durable as it is to be;
-    /// blocks until then. A change may run more than once (when the commit that it shared failed) and perhaps
-    /// on another writer's thread: it starts its results anew each time. What it throws comes out of this
-    /// call, and nothing has changed then.
+    /// blocks until then. A change may run more than once (when the commit that it shared failed, or a change
+    /// beside it) and perhaps on another writer's thread: it starts its results anew each time. What it
+    /// throws comes out of this call, and nothing has changed then.
     ///
     /// \throws SqliteError  when the transaction failed; nothing has changed then.
     void write(const Change &change, Durability durability = Durability::now);
@@ -81,6 +81,13 @@ public:
 private:
     struct Writer;
 
+    /// What happens to the changes of a transaction when one of them fails.
+    enum class Undo
+    {
+        together, ///< nothing has changed
+        apart     ///< that one is undone, the others go on
+    };
+
     /// A read connection with a snapshot, for the length of one query.
     class Loan
     {
@@ -100,8 +107,8 @@ private:
     void queue(std::deque<Writer> &writers);
     void serve(Writer &self);
     void commitTogether(const std::vector<Writer *> &writers);
-    bool tryCommit(const std::vector<Writer *> &writers);
-    void carryOut(Writer &writer);
+    bool tryCommit(const std::vector<Writer *> &writers, Undo undo);
+    void carryOut(Writer &writer, Undo undo);
 
     std::unique_ptr<platform::Database> openWriter();
 

@@ -178,6 +178,35 @@ TEST_F(IndexStoreWriters, OneThatBreaksTheCommonTransactionDoesNotTakeTheOthersW
               4);
 }
 
+TEST_F(IndexStoreWriters, NoneRunsOutsideATransactionThatSqliteHasUndone)
+{
+    const auto insertOne = [](int value) {
+        return IndexStore::Wanted{[value](Database &database) { insert(database, value); }};
+    };
+    const IndexStore::Wanted breaking{[](Database &database) { database.exec("ROLLBACK"); }};
+
+    const std::vector<bool> isCommitted = store.tryWriteEach({insertOne(1), breaking, insertOne(2)});
+
+    EXPECT_EQ(isCommitted, (std::vector<bool>{true, false, true}));
+    EXPECT_EQ(studies(), 2) << "each of them once";
+}
+
+TEST_F(IndexStoreWriters, ChangesOfWhichNoneFailsRunOnce)
+{
+    int runs = 0;
+    const auto countOne = [&runs](int value) {
+        return IndexStore::Wanted{[value, &runs](Database &database) {
+            insert(database, value);
+            ++runs;
+        }};
+    };
+
+    EXPECT_EQ(store.tryWriteEach({countOne(1), countOne(2), countOne(3)}),
+              (std::vector<bool>{true, true, true}));
+
+    EXPECT_EQ(runs, 3);
+}
+
 TEST_F(IndexStoreWriters, SeveralChangesAreCommittedTogetherAndEachIsUndoneAlone)
 {
     QList<std::int64_t> seenBefore;
@@ -195,7 +224,7 @@ TEST_F(IndexStoreWriters, SeveralChangesAreCommittedTogetherAndEachIsUndoneAlone
         store.tryWriteEach({insertOne(1, false), insertOne(2, true), insertOne(3, false)});
 
     EXPECT_EQ(isCommitted, (std::vector<bool>{true, false, true}));
-    EXPECT_EQ(seenBefore, (QList<std::int64_t>{0, 0, 0}));
+    EXPECT_EQ(seenBefore.count(0), seenBefore.size());
     EXPECT_EQ(studies(), 2);
     EXPECT_TRUE(store.tryWriteEach({}).empty());
 }
