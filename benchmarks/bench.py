@@ -38,7 +38,7 @@ ROWS = {"receive-1": receiving.ct_on_one, "receive-4": receiving.ct_on_four, "re
         "upload": sending.upload, "link": far.link, "scaling": scaling.scaling,
         "away": absent.away, "refused": absent.refused, "codec": inside.codec, "idle": inside.idle, "face": face.face, "start": inside.start, "log": inside.log,
         "log-browser": inside.log_browser, "study-table": inside.study_table,
-        "index": inside.index, "state": inside.state}
+        "index": inside.index, "week": inside.week, "state": inside.state}
 
 # Some minutes: what most changes touch, with fewer files.
 QUICK_ROWS = ("receive-1", "receive-mr", "way", "way-ls", "upload", "codec", "idle")

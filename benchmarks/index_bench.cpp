@@ -6,6 +6,7 @@
 //   quorin-index-bench --migrate ROWS        what bringing an index of version 2 up to date takes
 //   quorin-index-bench --make ROWS HOME      only writes the index of a gateway's home
 
+#include "benchmarks/sample_rows.h"
 #include "core/home_layout.h"
 #include "index/import_recorder.h"
 #include "index/index_store.h"
@@ -16,8 +17,6 @@
 #include "platform/sqlite/database.h"
 
 #include <QtCore/QCoreApplication>
-#include <QtCore/QDir>
-#include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 #include <QtCore/QStringList>
 #include <QtCore/QTemporaryDir>
@@ -44,54 +43,25 @@ using gateway::index::PendingImageUpload;
 using gateway::index::StoredFile;
 using gateway::index::testing::TemporaryIndex;
 using gateway::platform::Database;
+using quorin::benchmarks::imageNumber;
+using quorin::benchmarks::pathStringOf;
 
 constexpr std::int64_t kImagesOfASeries = 250;
-constexpr std::int64_t kSeriesOfAStudy = 2;
 
 // The latest tenth waits, the rest is uploaded, as in a site with a backlog.
 constexpr std::int64_t kWaitingShare = 10;
 
-QVariantMap imageNumber(std::int64_t number)
-{
-    const std::int64_t series = number / kImagesOfASeries;
-    const QString study = QStringLiteral("1.2.840.99999.1.%1").arg(series / kSeriesOfAStudy);
-    return TemporaryIndex::image(
-        QStringLiteral("1.2.840.99999.3.%1.%2").arg(series).arg(number),
-        {{QStringLiteral("studyID"), study},
-         {QStringLiteral("studyNumber"), QStringLiteral("P%1").arg(series / kSeriesOfAStudy)},
-         {QStringLiteral("seriesID"), QStringLiteral("1.2.840.99999.2.%1").arg(series)},
-         {QStringLiteral("studyDescription"), QStringLiteral("Thorax with contrast")},
-         {QStringLiteral("seriesDescription"), QStringLiteral("Axial 1 mm")},
-         {QStringLiteral("imageID"), static_cast<int>(number % kImagesOfASeries)},
-         {QStringLiteral("height"), 512},
-         {QStringLiteral("width"), 512},
-         {QStringLiteral("orientation"), QVariantList{1.0, 0.0, 0.0, 0.0, 1.0, 0.0}},
-         {QStringLiteral("origin"), QVariantList{-250.0, -250.0, 1.0 * static_cast<double>(number % 250)}},
-         {QStringLiteral("sliceLocation"), 1.5}});
-}
-
-constexpr std::int64_t kFilesOfABucket = 10'000;
-
-std::int64_t bucketOf(std::int64_t number)
-{
-    return (number / kFilesOfABucket + 1) * kFilesOfABucket;
-}
-
-QString pathStringOf(std::int64_t number)
-{
-    return QStringLiteral("%1/%2.dcm").arg(bucketOf(number)).arg(number);
-}
-
-/// Writes rows as imports and uploads until `now` would have left them, and makes the folder of their last
-/// files, without which the store would count as out of sight.
+/// Writes rows as imports and uploads until `now` would have left them, and makes the last one's file,
+/// without whose folder the store would count as out of sight.
 void fill(const QString &indexFile, const QString &fileStoreRoot, std::int64_t rows, const QDateTime &now)
 {
-    QDir(fileStoreRoot).mkpath(QString::number(bucketOf(rows - 1)));
+    quorin::benchmarks::makeEmptyFiles(fileStoreRoot, rows - 1, rows);
     IndexStore store(indexFile);
-    constexpr std::int64_t kTogether = 10'000;
+    constexpr std::int64_t kTogether =
+        500; // in a larger part each statement takes longer: it may have to be undone
     const std::int64_t start = now.toMSecsSinceEpoch() - 5 * rows;
     for (std::int64_t from = 0; from < rows; from += kTogether) {
-        store.write([&](Database &database) {
+        const auto write = [&](Database &database) {
             for (std::int64_t n = from; n < std::min(from + kTogether, rows); ++n) {
                 const StoredFile file{QString(), pathStringOf(n), n};
                 gateway::index::recordImport(
@@ -103,7 +73,8 @@ void fill(const QString &indexFile, const QString &fileStoreRoot, std::int64_t r
                 .bindAll(from, rows - rows / kWaitingShare)
                 .run();
             gateway::index::rollUpAllStates(database);
-        });
+        };
+        store.write(write, IndexStore::Durability::withTheNext);
     }
 }
 
@@ -152,19 +123,9 @@ public:
         m_home.index().transferBuckets(now.addDays(-1), now, std::chrono::hours(1), 24);
     }
 
-    /// Puts an empty file where each of the first rows has its own.
     void makeFiles(std::int64_t rows) const
     {
-        for (std::int64_t n = 0; n < rows; ++n) {
-            if (n % kFilesOfABucket == 0) {
-                QDir(m_home.fileStoreRoot()).mkpath(QString::number(bucketOf(n)));
-            }
-            QFile file(m_home.fileStoreRoot() + QLatin1Char('/') + pathStringOf(n));
-            if (!file.open(QIODevice::WriteOnly)) {
-                std::fprintf(stderr, "a file could not be made\n");
-                return;
-            }
-        }
+        quorin::benchmarks::makeEmptyFiles(m_home.fileStoreRoot(), 0, rows);
     }
 
     LocalPruneResult prune() { return m_home.index().pruneSyncedImages(m_home.clock.now().addDays(1)); }
