@@ -1,5 +1,6 @@
 #include "account/device_sign_in.h"
 
+#include "account/testing/scripted_grants.h"
 #include "cloud_client/quorin_error.h"
 #include "platform/concurrency/main_executor.h"
 #include "platform/concurrency/testing/manual_clock.h"
@@ -7,10 +8,6 @@
 #include "platform/concurrency/worker_pool.h"
 
 #include <gtest/gtest.h>
-
-#include <atomic>
-#include <deque>
-#include <mutex>
 
 namespace gateway::account {
 
@@ -23,48 +20,7 @@ using cloud_client::DeviceCode;
 using cloud_client::NoAnswer;
 using cloud_client::QrnErrorKind;
 using cloud_client::QrnErrorResponse;
-
-/// Answers questions one after the other, and then that nobody has entered the code.
-class ScriptedGrants final : public cloud_client::DeviceGrantAPIProtocol
-{
-public:
-    using Step = std::function<DeviceAnswer()>;
-
-    DeviceCode begin(const cloud_client::ArchiveSignIn &) override
-    {
-        if (refusal) {
-            throw QrnErrorResponse(QrnErrorKind::credentialsRefused, *refusal);
-        }
-        return {.deviceCode = QStringLiteral("dc"),
-                .userCode = QStringLiteral("ABCD"),
-                .address = QStringLiteral("https://id.example/device"),
-                .wholeAddress = {},
-                .lifetime = 60s,
-                .interval = 5s};
-    }
-
-    DeviceAnswer ask(const cloud_client::ArchiveSignIn &, const QString &deviceCode) override
-    {
-        EXPECT_EQ(deviceCode, QStringLiteral("dc"));
-        Step step = [] { return DeviceAnswer(); };
-        {
-            const std::lock_guard lock(m_mutex);
-            if (!steps.empty()) {
-                step = steps.front();
-                steps.pop_front();
-            }
-        }
-        ++questions;
-        return step();
-    }
-
-    std::optional<QString> refusal;
-    std::deque<Step> steps; // filled before the first question
-    std::atomic<int> questions = 0;
-
-private:
-    std::mutex m_mutex;
-};
+using testing::ScriptedGrants;
 
 DeviceAnswer grant()
 {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "account/archive_sign_in_view_model.h"
 #include "app/app_delegate.h"
 #include "app/launch_ports.h"
 #include "app/missing_session.h"
@@ -81,13 +82,20 @@ struct Doors
          }}};
     cloud_client::ArchiveTrial archiveTrial{
         account.client, ground.clock, ground.options.layout.temporaryFolder};
+    account::ArchiveSignInViewModel archiveSignIn{
+        {.auth = account.auth,
+         .settings = account.client.networkSettings(),
+         .configuration = account.client.configuration(),
+         .deviceGrants = account.deviceGrants,
+         .trial = [this](const std::stop_token &stop) { return archiveTrial.run(stop); },
+         .main = ground.main,
+         .pool = ground.networkPool,
+         .clock = ground.clock}};
     terminal::ArchiveCommands archive{{.main = ground.main,
                                        .pool = ground.networkPool,
-                                       .clock = ground.clock,
                                        .auth = account.auth,
+                                       .archive = archiveSignIn,
                                        .client = account.client,
-                                       .deviceGrants = account.deviceGrants,
-                                       .trial = archiveTrial,
                                        .plainSecrets = [this] { return plainSecrets(); }}};
     terminal::SetupCommands setupCommands{setupParts()};
     terminal::InstanceSettings instanceSettings{{.defaults = ground.defaults,

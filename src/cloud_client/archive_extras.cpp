@@ -2,6 +2,7 @@
 
 #include "cloud_client/cloud_configuration.h"
 
+#include <QtCore/QCoreApplication>
 #include <QtCore/QJsonArray>
 #include <QtCore/QStringList>
 #include <QtCore/QUrl>
@@ -66,18 +67,20 @@ std::optional<QString> issueWithHeaders(const QList<ArchiveHeader> &headers)
     qsizetype bytes = 0;
     for (const ArchiveHeader &header : headers) {
         if (!isToken(header.name) || !isFieldValue(header.value)) {
-            return QStringLiteral(
+            return QCoreApplication::translate(
+                "Archive",
                 "A header needs a name of letters, digits and signs, a colon, and a value of plain "
                 "letters, digits and signs.");
         }
         if (isOwn(header.name)) {
-            return QStringLiteral("The header %1 is set by the gateway itself.")
+            return QCoreApplication::translate("Archive", "The header %1 is set by the gateway itself.")
                 .arg(QString::fromLatin1(header.name));
         }
         bytes += header.name.size() + header.value.size();
     }
     if (headers.size() > kMostHeaders || bytes > kMostBytes) {
-        return QStringLiteral("An archive can be given 16 headers at most, and 4 KiB of them.");
+        return QCoreApplication::translate("Archive",
+                                           "An archive can be given 16 headers at most, and 4 KiB of them.");
     }
     return std::nullopt;
 }
@@ -107,7 +110,8 @@ std::optional<QString> issueWith(const ArchiveExtras &extras, bool allowPlainHtt
         place.baseUrl = QUrl(root, QUrl::StrictMode);
         place.allowPlainHttp = allowPlainHttp;
         if (!root.isEmpty() && reasonNotToConnect(place)) {
-            return QStringLiteral(
+            return QCoreApplication::translate(
+                "Archive",
                 "A root of an archive's services needs an https address without a user name, a "
                 "query or a fragment; plain http is for this computer alone.");
         }

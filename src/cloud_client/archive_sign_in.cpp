@@ -2,6 +2,7 @@
 
 #include "cloud_client/signing_key.h"
 
+#include <QtCore/QCoreApplication>
 #include <QtCore/QCryptographicHash>
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
@@ -101,8 +102,10 @@ std::optional<QString> issueWithPair(const ArchiveSignIn &signIn)
         !hasControl(pair) && pair.size() <= kLongestPair) {
         return std::nullopt;
     }
-    return QStringLiteral("The archive needs a user name without a colon, and a password, both without "
-                          "control characters and of less than a thousand letters together.");
+    return QCoreApplication::translate(
+        "Archive",
+        "The archive needs a user name without a colon, and a password, both without "
+        "control characters and of less than a thousand letters together.");
 }
 
 /// True for a method by which somebody gives out access tokens.
@@ -125,21 +128,25 @@ std::optional<QString> issueWithClient(const ArchiveSignIn &signIn)
     const bool needsSecret =
         signIn.method == Method::clientCredentials && client.secretIn != SecretIn::certificate;
     if (!isWebAddress(address)) {
-        return QStringLiteral("OAuth 2.0 needs the web address of an issuer or of a token endpoint.");
+        return QCoreApplication::translate(
+            "Archive", "OAuth 2.0 needs the web address of an issuer or of a token endpoint.");
     }
     if (client.id.isEmpty() || (needsSecret && signIn.secret.isEmpty()) || hasControl(client.id)) {
-        return needsSecret ? QStringLiteral("OAuth 2.0 needs a client id and a secret.")
-                           : QStringLiteral("OAuth 2.0 needs a client id.");
+        return needsSecret
+                   ? QCoreApplication::translate("Archive", "OAuth 2.0 needs a client id and a secret.")
+                   : QCoreApplication::translate("Archive", "OAuth 2.0 needs a client id.");
     }
     if (signIn.method == Method::device && client.issuer.isEmpty() && !isWebAddress(client.deviceEndpoint)) {
-        return QStringLiteral("A sign-in by code needs the web address where codes are given out, too.");
+        return QCoreApplication::translate(
+            "Archive", "A sign-in by code needs the web address where codes are given out, too.");
     }
     if (client.secretIn == SecretIn::certificate && signIn.certificate.isEmpty()) {
-        return QStringLiteral(
-            "A client that its certificate names needs one: --certificate FILE --key FILE.");
+        return QCoreApplication::translate(
+            "Archive", "A client that its certificate names needs one: --certificate FILE --key FILE.");
     }
     if (client.secretIn == SecretIn::assertion && !SigningKey::read(signIn.secret.toUtf8())) {
-        return QStringLiteral(
+        return QCoreApplication::translate(
+            "Archive",
             "A signed statement needs a private key in PEM form without a passphrase, RSA of "
             "2048 bits or more, or of the curve P-256.");
     }
@@ -319,16 +326,19 @@ std::optional<QString> issueWith(const ArchiveSignIn &signIn)
     case Method::bearer:
         return canBeToken(signIn.secret)
                    ? std::nullopt
-                   : std::optional(QStringLiteral("A token is one word of plain letters, digits and signs."));
+                   : std::optional(QCoreApplication::translate(
+                         "Archive", "A token is one word of plain letters, digits and signs."));
     case Method::tokenFile:
         return signIn.tokenFile.startsWith(u'/')
                    ? std::nullopt
-                   : std::optional(QStringLiteral("The file of the token needs its whole path."));
+                   : std::optional(QCoreApplication::translate(
+                         "Archive", "The file of the token needs its whole path."));
     case Method::clientCredentials:
     case Method::device:
         return issueWithClient(signIn);
     case Method::unknown:
-        return QStringLiteral(
+        return QCoreApplication::translate(
+            "Archive",
             "The kept sign-in can't be read by this version of the gateway; sign in again, or "
             "run the version that kept it.");
     }

@@ -7,6 +7,7 @@
 #include "cloud_client/quorin_error.h"
 #include "cloud_client/sample_instance.h"
 
+#include <QtCore/QCoreApplication>
 #include <QtCore/QDir>
 #include <QtCore/QFile>
 #include <QtCore/QStringList>
@@ -35,7 +36,8 @@ constexpr int kDaysToWarn = 30;
 QString wordsOf(const std::exception &error)
 {
     const QString words = userFacingMessage(error, QString());
-    return words.isEmpty() ? QStringLiteral("The archive refused it without a word.") : words;
+    return words.isEmpty() ? QCoreApplication::translate("Archive", "The archive refused it without a word.")
+                           : words;
 }
 
 const QString kFolderPattern = QStringLiteral("archive-test-");
@@ -74,18 +76,23 @@ TrialStep certificateStep(const QString &step, const HttpResponse &response, con
 {
     const std::optional<CertificateFacts> facts = factsOf(response.serverCertificate);
     if (!facts) {
-        return {step, Outcome::good, QStringLiteral("The server at %1 answers.").arg(response.host)};
+        return {step,
+                Outcome::good,
+                QCoreApplication::translate("Archive", "The server at %1 answers.").arg(response.host)};
     }
     const qint64 days = now.daysTo(facts->notAfter);
     const QString words =
-        QStringLiteral("The server at %1 shows the certificate of %2 by %3, good until %4.")
+        QCoreApplication::translate("Archive",
+                                    "The server at %1 shows the certificate of %2 by %3, good until %4.")
             .arg(response.host, facts->name, facts->issuer, facts->notAfter.toString(Qt::ISODate));
     return days >= kDaysToWarn
                ? TrialStep{step, Outcome::good, words}
                : TrialStep{step,
                            Outcome::remark,
-                           words + QStringLiteral(" Have it renewed in the next days: uploads wait "
-                                                  "once it has ended.")};
+                           words +
+                               QCoreApplication::translate("Archive",
+                                                           " Have it renewed in the next days: uploads wait "
+                                                           "once it has ended.")};
 }
 
 } // namespace
@@ -112,19 +119,24 @@ TrialStep ArchiveTrial::lookUpName() const
     const auto step = QStringLiteral("name");
     const QString host = m_client.configuration().baseUrl.host();
     if (!m_client.configuration().proxy.isEmpty()) {
-        return {step, Outcome::good, QStringLiteral("A web proxy looks up %1.").arg(host)};
+        return {step,
+                Outcome::good,
+                QCoreApplication::translate("Archive", "A web proxy looks up %1.").arg(host)};
     }
     const QStringList addresses = addressesOf(host);
     if (addresses.isEmpty()) {
         return {step,
                 Outcome::failed,
-                QStringLiteral(
+                QCoreApplication::translate(
+                    "Archive",
                     "The name %1 isn't known to this network. Check the archive's address in the setting "
                     "QuorinAPI.BaseURL, and this computer's name service.")
                     .arg(host)};
     }
-    return {
-        step, Outcome::good, QStringLiteral("%1 is at %2.").arg(host, addresses.join(QStringLiteral(", ")))};
+    return {step,
+            Outcome::good,
+            QCoreApplication::translate("Archive", "%1 is at %2.")
+                .arg(host, addresses.join(QStringLiteral(", ")))};
 }
 
 TrialStep ArchiveTrial::connect() const
@@ -151,8 +163,10 @@ QList<TrialStep> ArchiveTrial::signIn() const
     if (!session) {
         return {{step,
                  Outcome::failed,
-                 QStringLiteral("Nobody is signed in. Sign in: quorin-gateway sign-in --email NAME, or "
-                                "quorin-gateway archive set.")}};
+                 QCoreApplication::translate(
+                     "Archive",
+                     "Nobody is signed in. Sign in: quorin-gateway sign-in --email NAME, or "
+                     "quorin-gateway archive set.")}};
     }
     const ArchiveSignIn signIn = archiveSignIn(*session);
     std::optional<QString> issue = issueWith(signIn);
@@ -166,15 +180,19 @@ QList<TrialStep> ArchiveTrial::signIn() const
         const ArchiveAnswer answer = askArchive(m_client, signIn);
         const TrialStep good{step,
                              Outcome::good,
-                             QStringLiteral("The archive takes the sign-in as %1.").arg(signInLabel(signIn))};
+                             QCoreApplication::translate("Archive", "The archive takes the sign-in as %1.")
+                                 .arg(signInLabel(signIn))};
         switch (answer.meaning) {
         case ArchiveAnswer::Meaning::found:
             return {good,
-                    {QStringLiteral("query"), Outcome::good, QStringLiteral("The archive answers queries.")}};
+                    {QStringLiteral("query"),
+                     Outcome::good,
+                     QCoreApplication::translate("Archive", "The archive answers queries.")}};
         case ArchiveAnswer::Meaning::queryRefused:
             return {{QStringLiteral("query"),
                      Outcome::remark,
-                     QStringLiteral(
+                     QCoreApplication::translate(
+                         "Archive",
                          "The archive answers no queries (status %1). Uploads are proven by its answers "
                          "alone, and the windows can't show what it holds; ask whoever runs it to permit "
                          "queries.")
@@ -182,13 +200,14 @@ QList<TrialStep> ArchiveTrial::signIn() const
         case ArchiveAnswer::Meaning::signInWanted:
             break;
         }
-        return {
-            {step,
-             Outcome::failed,
-             QStringLiteral("The archive refuses the sign-in as %1 (status %2). Sign in with what it knows: "
-                            "quorin-gateway archive set.")
-                 .arg(signInLabel(signIn))
-                 .arg(answer.status)}};
+        return {{step,
+                 Outcome::failed,
+                 QCoreApplication::translate(
+                     "Archive",
+                     "The archive refuses the sign-in as %1 (status %2). Sign in with what it knows: "
+                     "quorin-gateway archive set.")
+                     .arg(signInLabel(signIn))
+                     .arg(answer.status)}};
     } catch (const std::exception &error) {
         return {{step, Outcome::failed, wordsOf(error)}};
     }
@@ -215,18 +234,23 @@ TrialStep ArchiveTrial::store(const SampleInstance &sample, const QString &path)
     const auto step = QStringLiteral("store");
     QFile file(path);
     if (!file.open(QIODevice::WriteOnly) || file.write(sample.file) != sample.file.size() || !file.flush()) {
-        return {step, Outcome::failed, QStringLiteral("This computer can't write a temporary file.")};
+        return {step,
+                Outcome::failed,
+                QCoreApplication::translate("Archive", "This computer can't write a temporary file.")};
     }
     try {
         QrnStowAPI(m_client).upload(m_client.session(),
                                     StowFile{QUrl::fromLocalFile(path), sample.identity},
                                     m_client.configuration().deviceId,
                                     {});
-        return {step, Outcome::good, QStringLiteral("The archive says that it has stored the sample.")};
+        return {step,
+                Outcome::good,
+                QCoreApplication::translate("Archive", "The archive says that it has stored the sample.")};
     } catch (const QrnStowResponse &refusal) {
         return {step,
                 Outcome::failed,
-                QStringLiteral(
+                QCoreApplication::translate(
+                    "Archive",
                     "The archive doesn't name the sample as stored (reason %1). Ask whoever runs it for "
                     "the right to store, and for secondary captures to be taken.")
                     .arg(refusal.code)};
@@ -245,7 +269,8 @@ QString ArchiveTrial::takeBack(const SampleInstance &sample) const
         QrnDeleteAPI(m_client).deleteStudy(sample.identity.study, m_client.configuration().deviceId);
         return {};
     } catch (const std::exception &) {
-        return QStringLiteral(
+        return QCoreApplication::translate(
+                   "Archive",
                    " The archive may hold the sample all the same, under the patient GATEWAY-TEST, as "
                    "study %1.")
             .arg(sample.identity.study);
@@ -264,24 +289,30 @@ TrialStep ArchiveTrial::find(const platform::InstanceIdentity &identity, const s
         try {
             if (QrnStowAPI(m_client).isFound(m_client.session(), identity)) {
                 return waited == 0s
-                           ? TrialStep{step, Outcome::good, QStringLiteral("A query finds the sample.")}
+                           ? TrialStep{step,
+                                       Outcome::good,
+                                       QCoreApplication::translate("Archive", "A query finds the sample.")}
                            : TrialStep{step,
                                        Outcome::remark,
-                                       QStringLiteral("A query finds the sample only after %1 seconds; the "
-                                                      "archive stores later than it answers.")
+                                       QCoreApplication::translate(
+                                           "Archive",
+                                           "A query finds the sample only after %1 seconds; the "
+                                           "archive stores later than it answers.")
                                            .arg(waited.count())};
             }
         } catch (const std::exception &error) {
             return {step,
                     Outcome::remark,
-                    wordsOf(error) +
-                        QStringLiteral(" So a sample can't be looked for; uploads are proven by the "
-                                       "archive's answers alone.")};
+                    wordsOf(error) + QCoreApplication::translate(
+                                         "Archive",
+                                         " So a sample can't be looked for; uploads are proven by the "
+                                         "archive's answers alone.")};
         }
     }
     return {step,
             Outcome::failed,
-            QStringLiteral(
+            QCoreApplication::translate(
+                "Archive",
                 "The archive said that it has stored the sample, and no query finds it. Ask whoever runs "
                 "it where images of new patients go.")};
 }
@@ -294,16 +325,20 @@ TrialStep ArchiveTrial::readBack(const SampleInstance &sample, const QString &pa
     } catch (const std::exception &error) {
         return {step,
                 Outcome::remark,
-                wordsOf(error) +
-                    QStringLiteral(" So a corrected image, of which the archive may keep another version, "
-                                   "can't be compared and stays here as notComparable.")};
+                wordsOf(error) + QCoreApplication::translate(
+                                     "Archive",
+                                     " So a corrected image, of which the archive may keep another version, "
+                                     "can't be compared and stays here as notComparable.")};
     }
     QFile file(path);
     const bool isSame = file.open(QIODevice::ReadOnly) && file.readAll().endsWith(sample.dataset);
-    return isSame ? TrialStep{step, Outcome::good, QStringLiteral("The sample comes back as it was sent.")}
+    return isSame ? TrialStep{step,
+                              Outcome::good,
+                              QCoreApplication::translate("Archive", "The sample comes back as it was sent.")}
                   : TrialStep{step,
                               Outcome::remark,
-                              QStringLiteral(
+                              QCoreApplication::translate(
+                                  "Archive",
                                   "The sample comes back changed: the archive rewrites what it is sent. So "
                                   "a second version of an image may not be told from the first, and stays "
                                   "here.")};
@@ -314,14 +349,15 @@ TrialStep ArchiveTrial::remove(const QString &study) const
     const auto step = QStringLiteral("delete");
     try {
         QrnDeleteAPI(m_client).deleteStudy(study, m_client.configuration().deviceId);
-        return {step, Outcome::good, QStringLiteral("The sample is deleted again.")};
+        return {step, Outcome::good, QCoreApplication::translate("Archive", "The sample is deleted again.")};
     } catch (const std::exception &error) {
         return {step,
                 Outcome::remark,
-                wordsOf(error) +
-                    QStringLiteral(" So nothing there can be deleted from here; the sample stays, under "
-                                   "the patient GATEWAY-TEST, as study %1.")
-                        .arg(study)};
+                wordsOf(error) + QCoreApplication::translate(
+                                     "Archive",
+                                     " So nothing there can be deleted from here; the sample stays, under "
+                                     "the patient GATEWAY-TEST, as study %1.")
+                                     .arg(study)};
     }
 }
 

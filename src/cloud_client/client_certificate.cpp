@@ -6,6 +6,7 @@
 #include <openssl/x509.h>
 #include <openssl/x509v3.h>
 
+#include <QtCore/QCoreApplication>
 #include <QtCore/QCryptographicHash>
 
 #include <algorithm>
@@ -132,23 +133,27 @@ std::optional<QString> issueWith(const ClientCertificate &certificate, const QDa
     const Certificate parsed = certificateIn(certificate.chain);
     const Key key = keyIn(certificate.key);
     if (!parsed) {
-        return QStringLiteral("The client certificate isn't one in PEM form.");
+        return QCoreApplication::translate("Archive", "The client certificate isn't one in PEM form.");
     }
     if (!key) {
-        return QStringLiteral("The key of the client certificate isn't a private key in PEM form without a "
-                              "passphrase.");
+        return QCoreApplication::translate(
+            "Archive",
+            "The key of the client certificate isn't a private key in PEM form without a "
+            "passphrase.");
     }
     if (X509_check_private_key(parsed.get(), key.get()) != 1) {
-        return QStringLiteral("The key does not belong to the client certificate.");
+        return QCoreApplication::translate("Archive", "The key does not belong to the client certificate.");
     }
     const CertificateFacts facts = *factsOf(certificate.chain);
     if (now > facts.notAfter) {
-        return QStringLiteral(
+        return QCoreApplication::translate(
+                   "Archive",
                    "The client certificate has expired on %1, or the clock of this computer is wrong.")
             .arg(facts.notAfter.toString(Qt::ISODate));
     }
     if (now < facts.notBefore) {
-        return QStringLiteral(
+        return QCoreApplication::translate(
+                   "Archive",
                    "The client certificate is not valid before %1, or the clock of this computer is "
                    "wrong.")
             .arg(facts.notBefore.toString(Qt::ISODate));

@@ -59,7 +59,10 @@ public:
             return late;
         }
         lastLogin = request;
-        m_settings.setToken(QStringLiteral("token of ") + request.email, std::nullopt, user.id);
+        m_settings.setToken(request.archive ? cloud_client::sessionText(*request.archive)
+                                            : QStringLiteral("token of ") + request.email,
+                            request.granted ? std::optional(request.granted->refreshToken) : std::nullopt,
+                            user.id);
         return {user.id, isKept, uncheckedStatus};
     }
 

@@ -14,6 +14,7 @@
 #include "platform/process/app_image.h"
 #include "receive/store_listener_service.h"
 #include "receive/store_manual_import_service.h"
+#include "shell/account/archive_sign_in_sheet.h"
 #include "shell/account/sign_in_sheet.h"
 #include "shell/browser/browser_window_controllers.h"
 #include "shell/dashboard/frame/dashboard_window_controller.h"
@@ -237,6 +238,7 @@ PreferencesParts DesktopScreens::preferencesParts()
             .account = {.model = m_account,
                         .password = m_password,
                         .hasProfile = m_models.cloud.keepsProfiles,
+                        .archive = m_models.cloud.archive,
                         .storePage = m_models.runtime.deployment.storePage},
             .listener = {.state = m_listener, .settings = m_listenerSettings},
             .kept = {.settings = m_models.runtime.settings,
@@ -264,6 +266,7 @@ WizardParts DesktopScreens::wizardParts()
     return {.theme = m_theme,
             .setup = m_models.setup,
             .auth = m_models.cloud.auth,
+            .archive = m_models.cloud.archive,
             .terms = termsParts(),
             .autostart = m_autostart,
             .dialogs = {.chooseFolder =
@@ -324,10 +327,19 @@ QuorinCloudStudiesWindowController &DesktopScreens::cloudStudies()
         m_cloudStudies = std::make_unique<QuorinCloudStudiesWindowController>(
             browserParts(),
             CloudBrowserDoor{m_models.browsers.cloud, m_models.cloud.auth, [this](QWidget *window) {
-                                 return new SignInSheet(m_theme, m_models.cloud.auth, window);
+                                 return makeSignInSheet(window);
                              }});
     }
     return *m_cloudStudies;
+}
+
+Sheet *DesktopScreens::makeSignInSheet(QWidget *window)
+{
+    account::QuorinAuthViewModel &auth = m_models.cloud.auth;
+    if (account::ArchiveSignInViewModel *archive = m_models.cloud.archive) {
+        return new ArchiveSignInSheet({m_theme, *archive, auth, openLink}, window);
+    }
+    return new SignInSheet(m_theme, auth, window);
 }
 
 BrowserParts DesktopScreens::browserParts()
@@ -365,10 +377,7 @@ DashboardParts DesktopScreens::dashboardParts()
                       .status = m_models.cloud.watch.status(),
                       .storage = m_models.cloud.watch.storage(),
                       .failures = m_failures,
-                      .makeSignInSheet =
-                          [this](QWidget *window) {
-                              return new SignInSheet(m_theme, m_models.cloud.auth, window);
-                          }},
+                      .makeSignInSheet = [this](QWidget *window) { return makeSignInSheet(window); }},
             .logs = {.model = m_logs, .openFolder = openFolder},
             .runtime = {.defaults = m_models.runtime.defaults,
                         .main = m_models.runtime.main,

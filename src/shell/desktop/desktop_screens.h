@@ -36,6 +36,7 @@ class GatewaySetupWizardWindowController;
 class LocalStudiesWindowController;
 class PreferencesWindowController;
 class QuorinCloudStudiesWindowController;
+class Sheet;
 class StatusBarController;
 class Theme;
 class TrialWindow;
@@ -71,6 +72,7 @@ public:
     QWidget *dashboardWindow() const;
 
     void showSignInSheet();
+    Sheet *makeSignInSheet(QWidget *window);
 
     /// Shows the preferences, unless required terms come right behind, which lead there by themselves.
     void showPreferences();

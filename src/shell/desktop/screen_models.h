@@ -9,6 +9,7 @@
 #include <functional>
 
 namespace gateway::account {
+class ArchiveSignInViewModel;
 class CloudWatch;
 class QuorinAuthViewModel;
 } // namespace gateway::account
@@ -80,6 +81,7 @@ struct ScreenModels
         bool keepsProfiles; ///< false for an archive
         account::QuorinAuthViewModel &auth;
         account::CloudWatch &watch;
+        account::ArchiveSignInViewModel *archive; ///< null where an account signs in
     };
 
     /// The images and their ways in.

@@ -53,6 +53,58 @@
 <message><source>Couldn’t Move Quorin Gateway</source><translation>Quorin Gateway konnte nicht verschoben werden</translation></message>
 <message><source>Please move Quorin Gateway to Applications manually.&#10;&#10;Error: %1</source><translation>Bitte verschieben Sie Quorin Gateway von Hand in den Ordner „Applications“.&#10;&#10;Fehler: %1</translation></message>
 </context>
+<context><name>Archive</name>
+<message><source>There is no ordinary file at %1.</source><translation>Unter %1 liegt keine gewöhnliche Datei.</translation></message>
+<message><source>Another sign-in or sign-out is under way.</source><translation>Eine andere An- oder Abmeldung läuft gerade.</translation></message>
+<message><source>Sign in failed.</source><translation>Die Anmeldung ist fehlgeschlagen.</translation></message>
+<message><source>The sign-in was given up.</source><translation>Die Anmeldung wurde aufgegeben.</translation></message>
+<message><source>Name the file of the client certificate.</source><translation>Nennen Sie die Datei des Client-Zertifikats.</translation></message>
+<message><source>The file %1 can't be read: %2.</source><translation>Die Datei %1 ist nicht lesbar: %2.</translation></message>
+<message><source>A header needs a name of letters, digits and signs, a colon, and a value of plain letters, digits and signs.</source><translation>Ein Header braucht einen Namen aus Buchstaben, Ziffern und Zeichen, einen Doppelpunkt und einen Wert aus einfachen Buchstaben, Ziffern und Zeichen.</translation></message>
+<message><source>The header %1 is set by the gateway itself.</source><translation>Den Header %1 setzt das Gateway selbst.</translation></message>
+<message><source>An archive can be given 16 headers at most, and 4 KiB of them.</source><translation>Ein Archiv kann höchstens 16 Header bekommen, zusammen 4 KiB.</translation></message>
+<message><source>A root of an archive's services needs an https address without a user name, a query or a fragment; plain http is for this computer alone.</source><translation>Die Wurzel eines Dienstes des Archivs braucht eine https-Adresse ohne Benutzername, Abfrage und Fragment; einfaches http gilt nur für diesen Computer.</translation></message>
+<message><source>The archive needs a user name without a colon, and a password, both without control characters and of less than a thousand letters together.</source><translation>Das Archiv braucht einen Benutzernamen ohne Doppelpunkt und ein Passwort, beide ohne Steuerzeichen und zusammen unter tausend Zeichen.</translation></message>
+<message><source>OAuth 2.0 needs the web address of an issuer or of a token endpoint.</source><translation>OAuth 2.0 braucht die Webadresse eines Ausstellers oder eines Token-Endpunkts.</translation></message>
+<message><source>OAuth 2.0 needs a client id and a secret.</source><translation>OAuth 2.0 braucht eine Client-ID und ein Geheimnis.</translation></message>
+<message><source>OAuth 2.0 needs a client id.</source><translation>OAuth 2.0 braucht eine Client-ID.</translation></message>
+<message><source>A sign-in by code needs the web address where codes are given out, too.</source><translation>Eine Anmeldung mit Code braucht auch die Webadresse, die Codes ausgibt.</translation></message>
+<message><source>A client that its certificate names needs one: --certificate FILE --key FILE.</source><translation>Ein Client, den sein Zertifikat ausweist, braucht eines: --certificate FILE --key FILE.</translation></message>
+<message><source>A signed statement needs a private key in PEM form without a passphrase, RSA of 2048 bits or more, or of the curve P-256.</source><translation>Eine signierte Erklärung braucht einen privaten Schlüssel in PEM-Form ohne Passphrase, RSA ab 2048 Bit oder von der Kurve P-256.</translation></message>
+<message><source>A token is one word of plain letters, digits and signs.</source><translation>Ein Token ist ein Wort aus einfachen Buchstaben, Ziffern und Zeichen.</translation></message>
+<message><source>The file of the token needs its whole path.</source><translation>Die Datei des Tokens braucht ihren ganzen Pfad.</translation></message>
+<message><source>The kept sign-in can't be read by this version of the gateway; sign in again, or run the version that kept it.</source><translation>Diese Version des Gateways kann die aufbewahrte Anmeldung nicht lesen; melden Sie sich neu an, oder starten Sie die Version, die sie aufbewahrt hat.</translation></message>
+<message><source>The archive refused it without a word.</source><translation>Das Archiv hat es ohne Begründung verweigert.</translation></message>
+<message><source>The server at %1 answers.</source><translation>Der Server %1 antwortet.</translation></message>
+<message><source>The server at %1 shows the certificate of %2 by %3, good until %4.</source><translation>Der Server %1 zeigt das Zertifikat von %2, ausgestellt von %3, gültig bis %4.</translation></message>
+<message><source> Have it renewed in the next days: uploads wait once it has ended.</source><translation> Lassen Sie es in den nächsten Tagen erneuern: Danach warten die Übertragungen.</translation></message>
+<message><source>A web proxy looks up %1.</source><translation>Ein Web-Proxy schlägt %1 nach.</translation></message>
+<message><source>The name %1 isn't known to this network. Check the archive's address in the setting QuorinAPI.BaseURL, and this computer's name service.</source><translation>Dieses Netz kennt den Namen %1 nicht. Prüfen Sie die Adresse des Archivs in der Einstellung QuorinAPI.BaseURL und den Namensdienst dieses Computers.</translation></message>
+<message><source>%1 is at %2.</source><translation>%1 liegt bei %2.</translation></message>
+<message><source>Nobody is signed in. Sign in: quorin-gateway sign-in --email NAME, or quorin-gateway archive set.</source><translation>Niemand ist angemeldet. Anmelden: quorin-gateway sign-in --email NAME oder quorin-gateway archive set.</translation></message>
+<message><source>The archive takes the sign-in as %1.</source><translation>Das Archiv nimmt die Anmeldung als %1 an.</translation></message>
+<message><source>The archive answers queries.</source><translation>Das Archiv beantwortet Abfragen.</translation></message>
+<message><source>The archive answers no queries (status %1). Uploads are proven by its answers alone, and the windows can't show what it holds; ask whoever runs it to permit queries.</source><translation>Das Archiv beantwortet keine Abfragen (Status %1). Übertragungen belegt allein seine Antwort, und die Fenster können nicht zeigen, was es hat; bitten Sie den Betreiber, Abfragen zu erlauben.</translation></message>
+<message><source>The archive refuses the sign-in as %1 (status %2). Sign in with what it knows: quorin-gateway archive set.</source><translation>Das Archiv weist die Anmeldung als %1 zurück (Status %2). Melden Sie sich mit dem an, was es kennt: quorin-gateway archive set.</translation></message>
+<message><source>This computer can't write a temporary file.</source><translation>Dieser Computer kann keine temporäre Datei schreiben.</translation></message>
+<message><source>The archive says that it has stored the sample.</source><translation>Das Archiv sagt, es habe das Muster gespeichert.</translation></message>
+<message><source>The archive doesn't name the sample as stored (reason %1). Ask whoever runs it for the right to store, and for secondary captures to be taken.</source><translation>Das Archiv nennt das Muster nicht als gespeichert (Grund %1). Bitten Sie den Betreiber um das Recht zu speichern, und darum, Secondary Captures anzunehmen.</translation></message>
+<message><source> The archive may hold the sample all the same, under the patient GATEWAY-TEST, as study %1.</source><translation> Das Archiv kann das Muster trotzdem haben, unter dem Patienten GATEWAY-TEST, als Studie %1.</translation></message>
+<message><source>A query finds the sample.</source><translation>Eine Abfrage findet das Muster.</translation></message>
+<message><source>A query finds the sample only after %1 seconds; the archive stores later than it answers.</source><translation>Eine Abfrage findet das Muster erst nach %1 Sekunden; das Archiv speichert später, als es antwortet.</translation></message>
+<message><source> So a sample can't be looked for; uploads are proven by the archive's answers alone.</source><translation> Daher kann ein Muster nicht gesucht werden; Übertragungen belegt allein die Antwort des Archivs.</translation></message>
+<message><source>The archive said that it has stored the sample, and no query finds it. Ask whoever runs it where images of new patients go.</source><translation>Das Archiv hat gesagt, es habe das Muster gespeichert, und keine Abfrage findet es. Fragen Sie den Betreiber, wohin Bilder neuer Patienten kommen.</translation></message>
+<message><source> So a corrected image, of which the archive may keep another version, can't be compared and stays here as notComparable.</source><translation> Daher kann ein berichtigtes Bild, von dem das Archiv vielleicht eine andere Version hat, nicht verglichen werden und bleibt hier als notComparable.</translation></message>
+<message><source>The sample comes back as it was sent.</source><translation>Das Muster kommt zurück, wie es gesendet wurde.</translation></message>
+<message><source>The sample comes back changed: the archive rewrites what it is sent. So a second version of an image may not be told from the first, and stays here.</source><translation>Das Muster kommt verändert zurück: Das Archiv schreibt um, was es bekommt. Daher ist eine zweite Version eines Bildes vielleicht nicht von der ersten zu unterscheiden und bleibt hier.</translation></message>
+<message><source>The sample is deleted again.</source><translation>Das Muster ist wieder gelöscht.</translation></message>
+<message><source> So nothing there can be deleted from here; the sample stays, under the patient GATEWAY-TEST, as study %1.</source><translation> Daher kann von hier aus dort nichts gelöscht werden; das Muster bleibt, unter dem Patienten GATEWAY-TEST, als Studie %1.</translation></message>
+<message><source>The client certificate isn't one in PEM form.</source><translation>Das Client-Zertifikat ist keines in PEM-Form.</translation></message>
+<message><source>The key of the client certificate isn't a private key in PEM form without a passphrase.</source><translation>Der Schlüssel des Client-Zertifikats ist kein privater Schlüssel in PEM-Form ohne Passphrase.</translation></message>
+<message><source>The key does not belong to the client certificate.</source><translation>Der Schlüssel gehört nicht zum Client-Zertifikat.</translation></message>
+<message><source>The client certificate has expired on %1, or the clock of this computer is wrong.</source><translation>Das Client-Zertifikat ist am %1 abgelaufen, oder die Uhr dieses Computers geht falsch.</translation></message>
+<message><source>The client certificate is not valid before %1, or the clock of this computer is wrong.</source><translation>Das Client-Zertifikat gilt erst ab %1, oder die Uhr dieses Computers geht falsch.</translation></message>
+</context>
 <context><name>Attention</name>
 <message><source>No images can be received</source><translation>Es können keine Bilder empfangen werden</translation></message>
 <message><source>The DIMSE listener could not be started. Open the dashboard to see why.</source><translation>Der DIMSE-Listener konnte nicht starten. Die Übersicht zeigt, warum.</translation></message>
@@ -578,6 +630,7 @@
 <message><source>Signed in as</source><translation>Angemeldet als</translation></message>
 <message><source>You can continue to Summary, or switch accounts if you signed in with the wrong workspace.</source><translation>Sie können zum Überblick weitergehen oder das Konto wechseln, falls es der falsche Arbeitsbereich ist.</translation></message>
 <message><source>Cancel</source><translation>Abbrechen</translation></message>
+<message><source>Signed in</source><translation>Angemeldet</translation></message>
 </context>
 <context><name>gateway::shell::AccountSettingsPane</name>
 <message><source>Account</source><translation>Konto</translation></message>
@@ -600,6 +653,74 @@
 <message><source>Signed in</source><translation>Angemeldet</translation></message>
 <message><source>Images are still received and kept.</source><translation>Bilder werden weiter empfangen und bleiben erhalten.</translation></message>
 <message><source>Cancel</source><translation>Abbrechen</translation></message>
+<message><source>Archive</source><translation>Archiv</translation></message>
+<message><source>Try the Archive Out</source><translation>Archiv ausprobieren</translation></message>
+<message><source>How this gateway signs in at its archive.</source><translation>Wie dieses Gateway sich bei seinem Archiv anmeldet.</translation></message>
+</context>
+<context><name>gateway::shell::ArchiveForm</name>
+<message><source>Show a client certificate, too</source><translation>Dazu ein Client-Zertifikat zeigen</translation></message>
+<message><source>Cancel</source><translation>Abbrechen</translation></message>
+<message><source>Sign In</source><translation>Anmelden</translation></message>
+<message><source>Archive</source><translation>Archiv</translation></message>
+<message><source>User name and password</source><translation>Benutzername und Passwort</translation></message>
+<message><source>Token</source><translation>Token</translation></message>
+<message><source>Token from a file</source><translation>Token aus einer Datei</translation></message>
+<message><source>OAuth 2.0, by a client and its secret</source><translation>OAuth 2.0, mit Client und Geheimnis</translation></message>
+<message><source>OAuth 2.0, by a code on another device</source><translation>OAuth 2.0, mit Code auf anderem Gerät</translation></message>
+<message><source>Client certificate alone</source><translation>Nur ein Client-Zertifikat</translation></message>
+<message><source>None</source><translation>Keine</translation></message>
+<message><source>Way of signing in</source><translation>Art der Anmeldung</translation></message>
+<message><source>User name</source><translation>Benutzername</translation></message>
+<message><source>Password</source><translation>Passwort</translation></message>
+<message><source>File of the token</source><translation>Datei des Tokens</translation></message>
+<message><source>Its whole path. It is read again when it changes.</source><translation>Der ganze Pfad. Sie wird neu gelesen, wenn sie sich ändert.</translation></message>
+<message><source>Issuer</source><translation>Aussteller</translation></message>
+<message><source>Its web address. What it publishes names the endpoints.</source><translation>Seine Webadresse. Was er veröffentlicht, nennt die Endpunkte.</translation></message>
+<message><source>Client ID</source><translation>Client-ID</translation></message>
+<message><source>In the header of the request</source><translation>Im Header der Anfrage</translation></message>
+<message><source>In the body of the request</source><translation>Im Inhalt der Anfrage</translation></message>
+<message><source>As a statement signed by a key</source><translation>Als Erklärung, mit Schlüssel signiert</translation></message>
+<message><source>By the client certificate</source><translation>Mit dem Client-Zertifikat</translation></message>
+<message><source>How the client shows who it is</source><translation>Wie der Client sich ausweist</translation></message>
+<message><source>Client secret</source><translation>Geheimnis des Clients</translation></message>
+<message><source>File of the key that signs</source><translation>Datei des Schlüssels, der signiert</translation></message>
+<message><source>PEM, without a passphrase.</source><translation>PEM, ohne Passphrase.</translation></message>
+<message><source>Scope</source><translation>Scope</translation></message>
+<message><source>Audience</source><translation>Audience</translation></message>
+<message><source>Token endpoint</source><translation>Token-Endpunkt</translation></message>
+<message><source>Only where the issuer publishes none.</source><translation>Nur, wenn der Aussteller keinen veröffentlicht.</translation></message>
+<message><source>Device endpoint</source><translation>Geräte-Endpunkt</translation></message>
+<message><source>File of the client certificate</source><translation>Datei des Client-Zertifikats</translation></message>
+<message><source>File of its key</source><translation>Datei seines Schlüssels</translation></message>
+<message><source>Empty where the same file holds both.</source><translation>Leer, wenn eine Datei beides enthält.</translation></message>
+<message><source>In use is that of %1, good until %2. It stays while no file is named.</source><translation>In Gebrauch ist das von %1, gültig bis %2. Es bleibt, solange keine Datei genannt wird.</translation></message>
+<message><source>PEM, with its chain.</source><translation>PEM, mit seiner Kette.</translation></message>
+<message><source>Only where the client was given one.</source><translation>Nur, wenn der Client eines bekommen hat.</translation></message>
+<message><source>Images are still received and kept.</source><translation>Bilder werden weiter empfangen und aufbewahrt.</translation></message>
+</context>
+<context><name>gateway::shell::ArchiveSignInSheet</name>
+<message><source>Sign In</source><translation>Anmelden</translation></message>
+<message><source>Close</source><translation>Schließen</translation></message>
+<message><source>Sign In Successful</source><translation>Anmeldung erfolgreich</translation></message>
+<message><source>You are now signed in as %1.</source><translation>Sie sind jetzt als %1 angemeldet.</translation></message>
+<message><source>You are now signed in.</source><translation>Sie sind jetzt angemeldet.</translation></message>
+<message><source>Continue</source><translation>Weiter</translation></message>
+</context>
+<context><name>gateway::shell::ArchiveTrialPanel</name>
+<message><source>Name</source><translation>Name</translation></message>
+<message><source>Connection</source><translation>Verbindung</translation></message>
+<message><source>Sign-in</source><translation>Anmeldung</translation></message>
+<message><source>Query</source><translation>Abfrage</translation></message>
+<message><source>Store</source><translation>Speichern</translation></message>
+<message><source>Find</source><translation>Wiederfinden</translation></message>
+<message><source>Read back</source><translation>Zurücklesen</translation></message>
+<message><source>Delete</source><translation>Löschen</translation></message>
+<message><source>good</source><translation>gut</translation></message>
+<message><source>remark</source><translation>Anmerkung</translation></message>
+<message><source>failed</source><translation>fehlgeschlagen</translation></message>
+<message><source>Test</source><translation>Testen</translation></message>
+<message><source>Looks the archive up, signs in, asks a query, stores a small image of nobody, reads it back and deletes it.</source><translation>Schlägt das Archiv nach, meldet sich an, stellt eine Abfrage, speichert ein kleines Bild von niemandem, liest es zurück und löscht es.</translation></message>
+<message><source>%1: %2</source><comment>a step, and how it went</comment><translation>%1: %2</translation></message>
 </context>
 <context><name>gateway::shell::AttachmentList</name>
 <message><source>No files attached.</source><translation>Keine Dateien angehängt.</translation></message>
@@ -720,6 +841,13 @@
 </context>
 <context><name>gateway::shell::DashboardView</name>
 <message><source>Menu</source><translation>Menü</translation></message>
+</context>
+<context><name>gateway::shell::DeviceCodePanel</name>
+<message><source>To let this gateway in, open this page on any device and enter the code:</source><translation>Um dieses Gateway einzulassen, öffnen Sie diese Seite auf irgendeinem Gerät und geben Sie den Code ein:</translation></message>
+<message><source>Open Page</source><translation>Seite öffnen</translation></message>
+<message><source>Copy Code</source><translation>Code kopieren</translation></message>
+<message><source>Cancel Sign-In</source><translation>Anmeldung abbrechen</translation></message>
+<message><source>The code is good for %1:%2 more.</source><translation>Der Code gilt noch %1:%2.</translation></message>
 </context>
 <context><name>gateway::shell::DimseImportCard</name>
 <message><source>Open Local Studies</source><translation>Lokale Studien öffnen</translation></message>

@@ -3,6 +3,8 @@
 #include "account/account_view_model.h"
 #include "account/gateway_change_password_view_model.h"
 #include "account/session_words.h"
+#include "shell/account/archive_form.h"
+#include "shell/account/archive_trial_panel.h"
 #include "shell/account/gateway_change_password_sheet.h"
 #include "shell/account/terms_sheet.h"
 #include "shell/controls/button.h"
@@ -42,6 +44,7 @@ AccountSettingsPane::AccountSettingsPane(const PreferencesParts &parts)
 {
     addStatus();
     addSignIn();
+    addArchive();
     addSecurity();
     if (parts.account.hasProfile) {
         m_profileCard = new ProfileCard(parts.theme, parts.account.model.profile());
@@ -89,6 +92,18 @@ void AccountSettingsPane::addSignIn()
     body.addLayout(row);
 }
 
+void AccountSettingsPane::addArchive()
+{
+    const PreferencesParts::Account &account = m_parts.account;
+    if (account.archive == nullptr) {
+        return;
+    }
+    m_archive = new ArchiveForm({theme(), *account.archive, account.model.auth(), m_parts.actions.openLink});
+    page().addCard(tr("Archive")).body().addWidget(m_archive);
+    m_trialCard = &page().addCard(tr("Try the Archive Out"));
+    m_trialCard->body().addWidget(new ArchiveTrialPanel(theme(), *account.archive));
+}
+
 void AccountSettingsPane::addSecurity()
 {
     m_securityCard = &page().addCard(tr("Security"));
@@ -104,7 +119,7 @@ void AccountSettingsPane::addSecurity()
 
 void AccountSettingsPane::addStore()
 {
-    if (m_parts.account.storePage.isEmpty()) {
+    if (m_parts.account.storePage.isEmpty() || m_archive != nullptr) {
         return;
     }
     m_storeCard = &page().addCard({});
@@ -156,6 +171,9 @@ void AccountSettingsPane::hideEvent(QHideEvent *event)
     if (!event->spontaneous()) {
         m_parts.account.model.setSeen(false);
         m_password->setText({}); // unlike clear(), which could be undone
+        if (m_archive != nullptr) {
+            m_archive->forgetSecrets();
+        }
     }
 }
 
@@ -219,13 +237,18 @@ void AccountSettingsPane::openPasswordSheet()
 void AccountSettingsPane::showSession()
 {
     const bool isSignedIn = m_parts.account.model.auth().state().isSignedIn();
-    setSubtitle(isSignedIn ? tr("Manage your Quorin account profile and active session.")
-                           : tr("Sign in to connect Quorin Gateway with Quorin Cloud services."));
+    setSubtitle(m_archive != nullptr ? tr("How this gateway signs in at its archive.")
+                : isSignedIn         ? tr("Manage your Quorin account profile and active session.")
+                                     : tr("Sign in to connect Quorin Gateway with Quorin Cloud services."));
     showStatus();
     showSignIn();
     const SessionState session = m_parts.account.model.auth().standing().state;
     const bool isKnown = session != SessionState::notKnownYet; // else the form would go while it is used
-    m_signInCard->setVisible(isKnown && (!isSignedIn || session == SessionState::credentialsRefused));
+    m_signInCard->setVisible(m_archive == nullptr && isKnown &&
+                             (!isSignedIn || session == SessionState::credentialsRefused));
+    if (m_trialCard != nullptr) {
+        m_trialCard->setVisible(isSignedIn);
+    }
     m_securityCard->setVisible(isSignedIn && m_parts.account.hasProfile);
     if (m_profileCard != nullptr) {
         m_profileCard->setVisible(isSignedIn);

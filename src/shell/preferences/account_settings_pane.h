@@ -5,6 +5,7 @@
 
 namespace gateway::shell {
 
+class ArchiveForm;
 class Button;
 class Card;
 class GatewayChangePasswordSheet;
@@ -35,6 +36,7 @@ protected:
 private:
     void addStatus();
     void addSignIn();
+    void addArchive();
     void addSecurity();
     void addStore();
     void listen();
@@ -56,6 +58,8 @@ private:
     InlineError *m_termsError;
     QString m_shownTermsError;
     Card *m_signInCard = nullptr;
+    ArchiveForm *m_archive = nullptr; // in place of email and password
+    Card *m_trialCard = nullptr;      // of an archive
     TextField *m_email;
     PasswordField *m_password;
     InlineError *m_signInError;

@@ -9,6 +9,7 @@ class QWidget;
 
 namespace gateway::account {
 class AccountViewModel;
+class ArchiveSignInViewModel;
 class GatewayChangePasswordViewModel;
 } // namespace gateway::account
 
@@ -42,8 +43,9 @@ struct PreferencesParts
     {
         account::AccountViewModel &model;
         account::GatewayChangePasswordViewModel &password;
-        bool hasProfile = true; ///< false for an archive, which keeps none
-        QUrl storePage;         ///< of Quorin Lens; empty where the deployment names none
+        bool hasProfile = true;                             ///< false for an archive, which keeps none
+        account::ArchiveSignInViewModel *archive = nullptr; ///< null where an account signs in
+        QUrl storePage; ///< of Quorin Lens; empty where the deployment names none
     };
 
     /// The listener as it runs, and its settings.

@@ -1,6 +1,8 @@
 #include "shell/wizard/account_page.h"
 
 #include "account/quorin_auth_view_model.h"
+#include "shell/account/archive_form.h"
+#include "shell/account/archive_trial_panel.h"
 #include "shell/controls/button.h"
 #include "shell/controls/card.h"
 #include "shell/controls/form_field.h"
@@ -48,20 +50,35 @@ void AccountPage::addSignIn()
     m_signInCard = &addCard({});
     QVBoxLayout &body = m_signInCard->body();
     m_email->setInputMethodHints(Qt::ImhEmailCharactersOnly | Qt::ImhNoAutoUppercase);
-    body.addWidget(new FormField(theme(), tr("Email"), m_email));
-    body.addWidget(new FormField(theme(), tr("Password"), m_password));
-    auto *ways = new QHBoxLayout;
-    ways->setSpacing(theme().space(Space::tight));
-    ways->addWidget(m_signIn);
-    ways->addWidget(m_skip);
-    ways->addWidget(m_cancel);
-    ways->addStretch(1);
-    body.addLayout(ways);
+    auto *email = new FormField(theme(), tr("Email"), m_email);
+    auto *password = new FormField(theme(), tr("Password"), m_password);
+    if (m_parts.archive != nullptr) {
+        m_archive = new ArchiveForm({theme(), *m_parts.archive, m_parts.auth, m_parts.openLink});
+        body.addWidget(m_archive);
+    }
+    for (QWidget *part : {static_cast<QWidget *>(email), static_cast<QWidget *>(password)}) {
+        part->setVisible(m_archive == nullptr);
+        body.addWidget(part);
+    }
+    body.addWidget(makeWays());
     body.addWidget(paragraph(tr("Signing in is optional for setup completion. You can sign in later from the "
                                 "tray menu or Preferences.")));
-    if (!m_parts.storePage.isEmpty()) {
+    if (!m_parts.storePage.isEmpty() && m_archive == nullptr) {
         body.addWidget(makeStoreLink());
     }
+}
+
+QWidget *AccountPage::makeWays()
+{
+    auto *ways = new QWidget;
+    auto *row = new QHBoxLayout(ways);
+    row->setContentsMargins({});
+    row->setSpacing(theme().space(Space::tight));
+    for (Button *button : {m_signIn, m_skip, m_cancel}) {
+        row->addWidget(button);
+    }
+    row->addStretch(1);
+    return ways;
 }
 
 QWidget *AccountPage::makeStoreLink()
@@ -88,16 +105,21 @@ void AccountPage::addSession()
     auto *head = new QHBoxLayout;
     head->addWidget(new TextLabel(theme(), tr("Connection Status"), TypeStyle::small, Color::text2), 1);
     auto *state = new StateLabel(theme());
-    state->setState(tr("Active Quorin session"), Color::green);
+    state->setState(m_parts.archive != nullptr ? tr("Signed in") : tr("Active Quorin session"), Color::green);
     head->addWidget(state);
     body.addLayout(head);
     body.addWidget(new TextLabel(theme(), tr("Signed in as"), TypeStyle::small, Color::text2));
     m_label->setWordWrap(true);
     body.addWidget(m_label);
-    body.addWidget(paragraph(tr("You can continue to Summary, or switch accounts if you signed in with the "
-                                "wrong workspace.")));
+    if (m_parts.archive == nullptr) {
+        body.addWidget(paragraph(tr("You can continue to Summary, or switch accounts if you signed in with "
+                                    "the wrong workspace.")));
+    }
     body.addWidget(m_checkingTerms);
     body.addWidget(m_otherAccount, 0, Qt::AlignLeft);
+    if (m_parts.archive != nullptr) {
+        body.addWidget(new ArchiveTrialPanel(theme(), *m_parts.archive));
+    }
 }
 
 void AccountPage::listen()
@@ -131,7 +153,10 @@ QCoro::Task<void> AccountPage::signIn()
 
 QWidget *AccountPage::firstField()
 {
-    return m_parts.auth.state().isSignedIn() ? nullptr : m_email;
+    if (m_parts.auth.state().isSignedIn()) {
+        return nullptr;
+    }
+    return m_archive != nullptr ? m_archive->firstField() : m_email;
 }
 
 void AccountPage::refresh()
@@ -151,6 +176,7 @@ void AccountPage::refresh()
             field->setText(entered);
         }
     }
+    m_signIn->setVisible(m_archive == nullptr);
     m_signIn->setBusy(isBusy && !isSignedIn);
     m_skip->setVisible(!setup().waitsForSignIn());
     m_skip->setEnabled(!isBusy);

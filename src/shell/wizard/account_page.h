@@ -10,11 +10,13 @@
 #include <functional>
 
 namespace gateway::account {
+class ArchiveSignInViewModel;
 class QuorinAuthViewModel;
-}
+} // namespace gateway::account
 
 namespace gateway::shell {
 
+class ArchiveForm;
 class Button;
 class Card;
 class PasswordField;
@@ -34,6 +36,7 @@ public:
         const Theme &theme;
         wizard::GatewaySetupWizardViewModel &setup;
         account::QuorinAuthViewModel &auth;
+        account::ArchiveSignInViewModel *archive; ///< null where an account signs in
         platform::MainExecutor &main;
         platform::WorkerPool &pool;
         QUrl storePage; ///< empty: there is none to lead to
@@ -48,6 +51,7 @@ public:
 private:
     void addMessage();
     void addSignIn();
+    QWidget *makeWays();
     void addSession();
     QWidget *makeStoreLink();
     void listen();
@@ -57,6 +61,7 @@ private:
     Card *m_messageCard;
     TextLabel *m_message;
     Card *m_signInCard;
+    ArchiveForm *m_archive = nullptr; // in place of email and password
     TextField *m_email;
     PasswordField *m_password;
     Button *m_signIn;

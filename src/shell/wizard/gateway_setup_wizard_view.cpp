@@ -80,6 +80,7 @@ void GatewaySetupWizardView::addPages()
     addPage(new AccountPage({.theme = m_parts.theme,
                              .setup = m_setup,
                              .auth = m_parts.auth,
+                             .archive = m_parts.archive,
                              .main = m_parts.setup.main,
                              .pool = m_parts.setup.pool,
                              .storePage = m_parts.storePage,

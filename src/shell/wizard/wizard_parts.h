@@ -12,8 +12,9 @@
 class QWidget;
 
 namespace gateway::account {
+class ArchiveSignInViewModel;
 class QuorinAuthViewModel;
-}
+} // namespace gateway::account
 
 namespace gateway::shell {
 
@@ -25,6 +26,7 @@ struct WizardParts
     const Theme &theme;
     wizard::SetupWizardParts setup;
     account::QuorinAuthViewModel &auth;
+    account::ArchiveSignInViewModel *archive = nullptr; ///< null where an account signs in
     account::GatewayQuorinCloudTermsParts terms;
     platform::Autostart &autostart; ///< whether the gateway comes up with the desktop's session
 

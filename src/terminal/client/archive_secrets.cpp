@@ -1,5 +1,6 @@
 #include "terminal/client/archive_secrets.h"
 
+#include "cloud_client/sign_in_files.h"
 #include "terminal/client/console.h"
 
 #include <QtCore/QFile>
@@ -11,7 +12,7 @@ namespace {
 using cloud_client::ArchiveSignIn;
 using cloud_client::OAuthClient;
 
-// A chain of certificates and a key have room in it many times over.
+// Headers have room in it many times over.
 constexpr qint64 kLargestFile = 256 * 1024;
 
 /// What a file holds; nothing, with the reason said, where it can't be read.
@@ -42,6 +43,14 @@ QString promptFor(const ArchiveSignIn &signIn)
     return QStringLiteral("Client secret");
 }
 
+bool isRead(const std::optional<QString> &problem)
+{
+    if (problem) {
+        printError(*problem);
+    }
+    return !problem;
+}
+
 bool addSecret(const ArchiveCommand &command, ArchiveSignIn &signIn)
 {
     if (!command.needsSecret()) {
@@ -55,25 +64,13 @@ bool addSecret(const ArchiveCommand &command, ArchiveSignIn &signIn)
         signIn.secret = readSecret(promptFor(signIn));
         return true;
     }
-    const std::optional<QByteArray> content = contentOf(command.secretFile);
-    signIn.secret = QString::fromUtf8(content.value_or(QByteArray())).trimmed();
-    return content.has_value();
+    return isRead(cloud_client::addSecretFrom(command.secretFile, signIn));
 }
 
 bool addCertificate(const ArchiveCommand &command, ArchiveSignIn &signIn)
 {
-    if (command.certificateFile.isEmpty()) {
-        return true;
-    }
-    const std::optional<QByteArray> chain = contentOf(command.certificateFile);
-    // One file may hold both.
-    const std::optional<QByteArray> key =
-        chain ? contentOf(command.keyFile.isEmpty() ? command.certificateFile : command.keyFile)
-              : std::nullopt;
-    if (key) {
-        signIn.certificate = {*chain, *key};
-    }
-    return key.has_value();
+    return command.certificateFile.isEmpty() ||
+           isRead(cloud_client::addCertificateFrom(command.certificateFile, command.keyFile, signIn));
 }
 
 bool addHeaders(const ArchiveCommand &command, ArchiveSignIn &signIn)

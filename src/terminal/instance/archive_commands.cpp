@@ -1,7 +1,6 @@
 #include "terminal/instance/archive_commands.h"
 
 #include "cloud_client/quorin_api_client.h"
-#include "platform/concurrency/async.h"
 #include "platform/concurrency/main_thread.h"
 #include "terminal/commands/archive_command.h"
 #include "terminal/instance/session_commands.h"
@@ -74,7 +73,7 @@ bool ArchiveCommands::handle(const ControlRequest &request, const Answer &answer
 ControlReply ArchiveCommands::show() const
 {
     cloud_client::NetworkSettings &settings = m_with.client.networkSettings();
-    const std::optional<QString> session = presentSession();
+    const std::optional<QString> session = m_with.archive.presentSession();
     QJsonObject shown = session
                             ? archiveJson(cloud_client::archiveSignIn(*session))
                             : QJsonObject{{QStringLiteral("method"), QStringLiteral("nobody is signed in")}};
@@ -85,86 +84,36 @@ ControlReply ArchiveCommands::show() const
     return ControlReply::success(shown);
 }
 
-/// The session, or the one that was ended: what stands in it needn't be said again.
-std::optional<QString> ArchiveCommands::presentSession() const
-{
-    const cloud_client::NetworkSettings &settings = m_with.client.networkSettings();
-    const std::optional<QString> session = settings.token();
-    return session ? session : settings.endedSession();
-}
-
-std::optional<QString> ArchiveCommands::issueWith(const cloud_client::ArchiveSignIn &signIn) const
-{
-    if (auto issue = cloud_client::issueWith(signIn.certificate, m_with.clock.now())) {
-        return issue;
-    }
-    if (auto issue = cloud_client::issueWith(signIn)) {
-        return issue;
-    }
-    return cloud_client::issueWith(signIn.extras, m_with.client.configuration().allowPlainHttp);
-}
-
+/// The answer to a sign-in by a code is the code that a person has to be told; who asks waits for the end
+/// with another request.
 QCoro::Task<> ArchiveCommands::set(ControlRequest request, Answer answer)
 {
-    const std::optional<QString> present = presentSession();
-    if (const auto issue = issueWithKeeping(request, m_with.client.networkSettings().isKnown(), present)) {
+    const std::optional<QString> present = m_with.archive.presentSession();
+    if (const auto issue = issueWithKeeping(request, m_with.archive.isKnown(), present)) {
         answer(ControlReply::failure(*issue));
         co_return;
     }
-    const cloud_client::ArchiveSignIn wanted = signInIn(request, present);
-    if (const auto issue = issueWith(wanted)) {
-        answer(ControlReply::failure(*issue));
-        co_return;
-    }
-    if (m_waiting) {
-        m_waiting->stop.request_stop(); // this one takes its place
-    }
-    if (wanted.method == cloud_client::ArchiveSignIn::Method::device) {
-        co_await setByCode(wanted, answer);
-        co_return;
-    }
-    ControlReply reply = co_await signIn(wanted, std::nullopt);
-    answer(reply);
-}
-
-QCoro::Task<ControlReply> ArchiveCommands::signIn(cloud_client::ArchiveSignIn signIn,
-                                                  std::optional<cloud_client::DeviceTokens> granted)
-{
-    if (m_with.auth.isChecking()) {
-        co_return ControlReply::failure(QStringLiteral("Another sign-in or sign-out is under way."));
-    }
-    const bool isSignedIn = co_await m_with.auth.signInToArchive(std::move(signIn), std::move(granted));
-    co_return signInReply(m_with.auth, isSignedIn, m_with.plainSecrets());
-}
-
-/// The answer is the code that a person has to be told; who asks waits for the end with another request.
-QCoro::Task<> ArchiveCommands::setByCode(cloud_client::ArchiveSignIn wanted, Answer answer)
-{
     const auto waiting = std::make_shared<Waiting>();
-    m_waiting = waiting;
-    const std::stop_callback whenClosing(m_scope.stopToken(),
-                                         [stop = waiting->stop]() mutable { stop.request_stop(); });
-    const auto tell = [waiting, answer](const cloud_client::DeviceCode &code) {
+    const auto tell = [this, waiting, answer](const cloud_client::DeviceCode &code) {
+        m_waiting = waiting;
         waiting->isTold = true;
         answer(ControlReply::success(codeJson(code)));
     };
-    account::DeviceSignInEnd end =
-        co_await account::signInByCode({m_with.deviceGrants, m_with.main, m_with.pool, m_with.clock},
-                                       wanted,
-                                       tell,
-                                       waiting->stop.get_token());
-    ControlReply reply = ControlReply::failure(end.problem);
-    if (end.tokens) {
-        wanted.holder = end.tokens->holder;
-        reply = co_await signIn(std::move(wanted), std::move(end.tokens));
-    }
+    const account::ArchiveSignInEnd end =
+        co_await m_with.archive.signIn(signInIn(request, present), tell, waiting->stop.get_token());
     waiting->whenHungUp.reset();
-    waiting->end = reply;
+    waiting->end = replyTo(end);
     if (!waiting->isTold) {
-        answer(reply);
+        answer(*waiting->end);
     } else if (waiting->answer) {
-        waiting->answer(reply);
+        waiting->answer(*waiting->end);
     }
+}
+
+ControlReply ArchiveCommands::replyTo(const account::ArchiveSignInEnd &end) const
+{
+    return end.isSignedIn ? signInReply(m_with.auth, true, m_with.plainSecrets())
+                          : ControlReply::failure(end.problem);
 }
 
 void ArchiveCommands::wait(const ControlRequest &request, const Answer &answer)
@@ -183,17 +132,9 @@ void ArchiveCommands::wait(const ControlRequest &request, const Answer &answer)
 
 QCoro::Task<> ArchiveCommands::test(ControlRequest request, Answer answer)
 {
-    if (m_isTesting) {
-        answer(ControlReply::failure(QStringLiteral("Another test of the archive is under way.")));
-        co_return;
-    }
-    m_isTesting = true;
-    const QList<TrialStep> steps =
-        co_await platform::onPool(m_with.main, m_with.pool, [trial = &m_with.trial, stop = request.hungUp] {
-            return trial->run(stop);
-        });
-    m_isTesting = false;
-    answer(ControlReply::success(trialJson(steps)));
+    const std::optional<QList<TrialStep>> steps = co_await m_with.archive.test(request.hungUp);
+    answer(steps ? ControlReply::success(trialJson(*steps))
+                 : ControlReply::failure(QStringLiteral("Another test of the archive is under way.")));
 }
 
 } // namespace gateway::terminal

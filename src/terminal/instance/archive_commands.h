@@ -1,9 +1,6 @@
 #pragma once
 
-#include "account/device_sign_in.h"
-#include "account/quorin_auth_view_model.h"
-#include "cloud_client/archive_trial.h"
-#include "cloud_client/network_settings.h"
+#include "account/archive_sign_in_view_model.h"
 #include "platform/concurrency/main_executor.h"
 #include "platform/concurrency/task_scope.h"
 #include "platform/concurrency/worker_pool.h"
@@ -28,11 +25,9 @@ public:
     {
         platform::MainExecutor &main;
         platform::WorkerPool &pool;
-        platform::Clock &clock;
         account::QuorinAuthViewModel &auth;
+        account::ArchiveSignInViewModel &archive;
         cloud_client::QuorinApiClient &client;
-        cloud_client::DeviceGrantAPIProtocol &deviceGrants;
-        cloud_client::ArchiveTrial &trial;
         std::function<QString()> plainSecrets; ///< the folder where secrets lie unencrypted; empty for none
     };
 
@@ -57,17 +52,12 @@ private:
     };
 
     ControlReply show() const;
-    std::optional<QString> presentSession() const;
-    std::optional<QString> issueWith(const cloud_client::ArchiveSignIn &signIn) const;
     QCoro::Task<> set(ControlRequest request, Answer answer);
-    QCoro::Task<> setByCode(cloud_client::ArchiveSignIn signIn, Answer answer);
-    QCoro::Task<ControlReply> signIn(cloud_client::ArchiveSignIn signIn,
-                                     std::optional<cloud_client::DeviceTokens> granted);
+    ControlReply replyTo(const account::ArchiveSignInEnd &end) const;
     void wait(const ControlRequest &request, const Answer &answer);
     QCoro::Task<> test(ControlRequest request, Answer answer);
 
     const Collaborators m_with;
-    bool m_isTesting = false;
     std::shared_ptr<Waiting> m_waiting; // the last one
     platform::TaskScope m_scope;        // last: drained before the fields go
 };

@@ -1,0 +1,121 @@
+#pragma once
+
+#include "account/archive_sign_in_view_model.h"
+
+#include <QtCore/QUrl>
+#include <QtWidgets/QWidget>
+
+#include <functional>
+
+class QVBoxLayout;
+
+namespace gateway::shell {
+
+class Button;
+class ComboBox;
+class FormField;
+class InlineError;
+class PasswordField;
+class Switch;
+class TextField;
+class TextLabel;
+class Theme;
+
+/// What a form for an archive works with; all outlives it.
+struct ArchiveFormParts
+{
+    const Theme &theme;
+    account::ArchiveSignInViewModel &model;
+    account::QuorinAuthViewModel &auth;
+    std::function<void(const QUrl &)> openLink;
+};
+
+/// How the gateway is to sign in at its archive, and the way to do it. What stands in the session is filled
+/// in, but for what is secret, until somebody types here.
+///
+/// Owner: its parent. Thread: main.
+class ArchiveForm : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit ArchiveForm(const ArchiveFormParts &parts);
+
+    /// Where the keyboard goes first.
+    QWidget *firstField();
+
+    /// Gives up what was begun here.
+    void giveUp();
+
+    /// Nothing secret stays in the fields.
+    void forgetSecrets();
+
+Q_SIGNALS:
+    /// It came to a session.
+    void signedIn();
+
+private:
+    enum class Way
+    {
+        basic,
+        bearer,
+        tokenFile,
+        clientCredentials,
+        device,
+        certificate,
+        none
+    };
+
+    void addHead(QVBoxLayout &column);
+    void addFields(QVBoxLayout &column);
+    void addFoot(QVBoxLayout &column);
+    FormField *addField(QVBoxLayout &column, const QString &name, TextField *field, const QString &hint = {});
+    QWidget *labelled(const QString &name, ComboBox *box);
+    void listen();
+    Way way() const;
+    cloud_client::OAuthClient::SecretIn secretIn() const;
+    bool wantsCertificate() const;
+    void follow();
+    void fillIn(const cloud_client::ArchiveSignIn &present);
+    void showFields();
+    void showState();
+    void bringIntoView(QWidget *part);
+    account::ArchiveEntries entries() const;
+    cloud_client::OAuthClient client() const;
+    void signIn();
+    void ended(int attempt, const account::ArchiveSignInEnd &end);
+
+    const ArchiveFormParts m_parts;
+    ComboBox *m_way;
+    ComboBox *m_secretIn;
+    QWidget *m_secretInRow = nullptr;
+    TextField *m_userName;
+    PasswordField *m_password;
+    PasswordField *m_token;
+    TextField *m_tokenFile;
+    TextField *m_issuer;
+    TextField *m_clientId;
+    PasswordField *m_clientSecret;
+    TextField *m_signingKey;
+    TextField *m_scope;
+    TextField *m_audience;
+    TextField *m_tokenEndpoint;
+    TextField *m_deviceEndpoint;
+    Switch *m_withCertificate;
+    TextField *m_certificate;
+    TextField *m_key;
+    FormField *m_certificateField = nullptr;
+    FormField *m_secretField = nullptr;
+    QWidget *m_code = nullptr;
+    bool m_wasCodeShown = false;
+    InlineError *m_error;
+    TextLabel *m_remark;
+    Button *m_cancel;
+    Button *m_signIn;
+    std::optional<QString> m_shownSession;
+    bool m_isEdited = false;
+    int m_attempts = 0;
+    int m_waitingAttempt = 0; // none
+};
+
+} // namespace gateway::shell
