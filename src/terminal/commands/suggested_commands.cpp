@@ -27,7 +27,9 @@ QString withOptions(const QString &text, const GlobalOptions &options)
             words += QString::fromLatin1(name) + u' ' + quoted(*value) + u' ';
         }
     }
-    static const QRegularExpression command(QStringLiteral("\\bquorin-gateway (?=[a-z]|--headless)"));
+    // The user of the packaged unit has the program's name.
+    static const QRegularExpression command(
+        QStringLiteral("(?<!sudo -u )\\bquorin-gateway (?=[a-z]|--headless)"));
     QString told;
     qsizetype at = 0;
     for (auto found = command.globalMatch(text); found.hasNext();) {

@@ -33,5 +33,13 @@ TEST(SuggestedCommands, CanBeTypedAsTheyStand)
               u"quorin-gateway --home '/srv/Bob'\\''s \\images' status"_qs);
 }
 
+TEST(SuggestedCommands, LeaveAUserOfTheProgramsNameAlone)
+{
+    const GlobalOptions options{.home = u"/var/lib/quorin-gateway"_qs};
+
+    EXPECT_EQ(withOptions(u"Type: sudo -u quorin-gateway quorin-gateway status"_qs, options),
+              u"Type: sudo -u quorin-gateway quorin-gateway --home /var/lib/quorin-gateway status"_qs);
+}
+
 } // namespace
 } // namespace gateway::terminal
