@@ -302,7 +302,8 @@ void fillVersion2(const QString &path, std::int64_t rows)
     database.exec("COMMIT; PRAGMA wal_checkpoint(TRUNCATE)");
 }
 
-/// How long bringing an index of version 2 up to date takes, and how much more room it needs meanwhile.
+/// How long bringing an index of version 2 up to date takes with the copy that is kept of it, and how much
+/// more room it needs meanwhile.
 void reportMigration(std::int64_t rows)
 {
     const QTemporaryDir folder;
@@ -319,8 +320,10 @@ void reportMigration(std::int64_t rows)
     });
     const std::clock_t processor = std::clock();
     const auto start = std::chrono::steady_clock::now();
+    qint64 copied = 0;
     {
         const IndexStore index(path);
+        copied = QFileInfo(index.former().path().value_or(QString())).size();
     }
     const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
     const double spent = static_cast<double>(std::clock() - processor) / CLOCKS_PER_SEC;
@@ -328,13 +331,14 @@ void reportMigration(std::int64_t rows)
     watch.join();
     constexpr double kMiB = 1024.0 * 1024.0;
     std::printf("migration of %lld rows: %.1f s, %.1f s of processor; %.0f MiB before, %.0f behind, %.0f "
-                "more meanwhile\n",
+                "more meanwhile, and %.0f of a copy\n",
                 static_cast<long long>(rows),
                 took.count(),
                 spent,
                 static_cast<double>(before) / kMiB,
                 static_cast<double>(QFileInfo(path).size()) / kMiB,
-                static_cast<double>(most - before) / kMiB);
+                static_cast<double>(most - before) / kMiB,
+                static_cast<double>(copied) / kMiB);
 }
 
 std::int64_t argument(const QStringList &arguments, int at, std::int64_t fallback)
