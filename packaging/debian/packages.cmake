@@ -35,9 +35,8 @@ set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_PACKAGE_SECTION science)
 set(CPACK_DEBIAN_GATEWAY_PACKAGE_NAME quorin-gateway)
 set(CPACK_DEBIAN_DESKTOP_PACKAGE_NAME quorin-gateway-desktop)
-# The small program alone, where systemd itself isn't there, as in a container.
-set(CPACK_DEBIAN_GATEWAY_PACKAGE_DEPENDS "systemd-standalone-sysusers | systemd-sysusers")
-set(CPACK_DEBIAN_GATEWAY_PACKAGE_RECOMMENDS ca-certificates)
+# The small program alone, where systemd itself isn't there, as in a container. Without authorities nothing reaches a cloud.
+set(CPACK_DEBIAN_GATEWAY_PACKAGE_DEPENDS "systemd-standalone-sysusers | systemd-sysusers, ca-certificates")
 set(CPACK_DEBIAN_DESKTOP_PACKAGE_RECOMMENDS qt6-wayland)
 set(CPACK_DEBIAN_GATEWAY_PACKAGE_CONTROL_EXTRA
     "${CMAKE_CURRENT_LIST_DIR}/postinst;${CMAKE_CURRENT_LIST_DIR}/prerm;${CMAKE_CURRENT_LIST_DIR}/postrm")

@@ -48,8 +48,11 @@ class DebianRoot:
         self.folder = Path(folder)
         self._started = []
         call(*SUDO, "mkdir", "-p", self.folder)
-        call(*SUDO, "tar", "-xpf", self._archive(sorted({name for each in packages for name in dependencies(each)})),
-             "-C", self.folder)
+        names = self._needed({name for each in packages for name in dependencies(each)})
+        call(*SUDO, "tar", "-xpf", self._archive(sorted(names)), "-C", self.folder)
+
+    def _needed(self, names):
+        return names
 
     @staticmethod
     def _archive(names):
