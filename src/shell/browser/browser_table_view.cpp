@@ -65,13 +65,13 @@ BrowserDelegate::BrowserDelegate(const Theme &theme,
                                  const browser::BrowserTable &table,
                                  const BrowserTableModel &model,
                                  QObject *parent)
-    : QStyledItemDelegate(parent), m_theme(theme), m_table(table), m_model(model)
+    : TableDelegate(parent), m_theme(theme), m_table(table), m_model(model)
 {
 }
 
 void BrowserDelegate::initStyleOption(QStyleOptionViewItem *option, const QModelIndex &index) const
 {
-    QStyledItemDelegate::initStyleOption(option, index);
+    TableDelegate::initStyleOption(option, index);
     const int column = index.column() - m_model.leadingColumns();
     if (isUidColumn(m_table.kind(), column)) {
         option->font = m_theme.monoFont(TypeStyle::small);
@@ -94,7 +94,7 @@ void BrowserDelegate::paint(QPainter *painter,
     const bool isDetails = m_model.isDetails(index.column());
     const bool isState = stateColumn(m_table.kind()) == index.column() - m_model.leadingColumns();
     if (!isDetails && !isState) {
-        QStyledItemDelegate::paint(painter, option, index);
+        TableDelegate::paint(painter, option, index);
         return;
     }
     QStyleOptionViewItem ground = option;
@@ -105,7 +105,7 @@ void BrowserDelegate::paint(QPainter *painter,
                     m_theme,
                     QRectF(option.rect),
                     u"info.circle",
-                    (option.state & QStyle::State_MouseOver) != 0 ? Color::blueHi : Color::blue,
+                    ground.state.testFlag(QStyle::State_MouseOver) ? Color::blueHi : Color::blue,
                     m_theme.size(Size::icon));
         return;
     }

@@ -3,7 +3,6 @@
 #include "shell/controls/table_view.h"
 
 #include <QtCore/QSet>
-#include <QtWidgets/QStyledItemDelegate>
 
 namespace gateway::browser {
 class BrowserTable;
@@ -16,7 +15,7 @@ class BrowserTableModel;
 /// Paints the cells of a browser: states as chips, UIDs in the font of such, "Details" as a symbol.
 ///
 /// Owner: its table. Thread: main.
-class BrowserDelegate : public QStyledItemDelegate
+class BrowserDelegate : public TableDelegate
 {
     Q_OBJECT
 

@@ -129,6 +129,25 @@ TEST_F(CloudScreen, ShowsTheProgressOfADeletionAndStopsIt)
     EXPECT_TRUE(shows(window(), QStringLiteral("Stopped. Deleted 1 of 3 selected studies.")));
 }
 
+TEST_F(CloudScreen, TellsOfStudiesThatCouldNotBeDeletedBesideThem)
+{
+    fill(3);
+    archive.stubborn = {QStringLiteral("1.2.826.0.1.3680043.10.101")};
+    openSignedIn();
+    query();
+
+    QTest::keyClick(&view(), Qt::Key_A, Qt::ControlModifier);
+    QTest::keyClick(&view(), Qt::Key_Delete);
+    sayYes(window());
+    runUntil([&] { return screen().table().lastError() && !screen().table().isDeleting(); });
+
+    EXPECT_TRUE(shows(window(), u"Deleted 2 of 3 selected studies. 1 failed. Last error: It is held."_qs));
+    ASSERT_EQ(view().model()->rowCount(), 1);
+    EXPECT_EQ(cell(view(), 0, 1), QStringLiteral("Okafor^Chidi"));
+    EXPECT_TRUE(screen().table().selectedIDs().isEmpty());
+    picture(window(), QStringLiteral("cloud-studies-partly-deleted-dark"));
+}
+
 TEST_F(CloudScreen, EndsADeletionAlsoWhenItsWindowIsClosed)
 {
     beginToDeleteThree();

@@ -122,8 +122,10 @@ void CloudStudiesScreen::openSeries(const QString &id)
             table->startLoad(trigger);
         }
     };
-    connect(&m_series->panel(), &BrowserPanel::reloadRequested, this, [loadSeries] {
-        loadSeries(QStringLiteral("manual_refresh_button"));
+    connect(&m_series->panel(), &BrowserPanel::reloadRequested, this, [this, loadSeries] {
+        if (m_door.auth.state().isSignedIn()) {
+            loadSeries(QStringLiteral("manual_refresh_button"));
+        }
     });
     connect(&m_series->panel(), &BrowserPanel::signInRequested, this, &CloudStudiesScreen::openSignIn);
     m_series->open(&m_series->panel().currentPage());

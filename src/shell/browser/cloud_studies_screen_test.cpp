@@ -76,17 +76,34 @@ TEST_F(CloudScreen, ShowsWhatAQueryFoundUnderItsTitles)
     picture(window(), QStringLiteral("cloud-studies-light"));
 }
 
+TEST_F(CloudScreen, SaysThatItLoadsWhileThereIsNothingToShow)
+{
+    openSignedIn();
+    archive.hold(QStringLiteral("studies"));
+
+    press(window(), QStringLiteral("Query"));
+
+    EXPECT_TRUE(shows(window(), QStringLiteral("Loading Quorin Cloud studies…")));
+    EXPECT_FALSE(view().isVisible());
+    picture(window(), QStringLiteral("cloud-studies-loading-dark"));
+    archive.release();
+    runUntil([&] { return !screen().table().isLoading(); });
+    EXPECT_FALSE(shows(window(), QStringLiteral("Loading Quorin Cloud studies…")));
+}
+
 TEST_F(CloudScreen, SaysThatNothingWasFoundOrThatTheSearchHidesAll)
 {
     openSignedIn();
     query();
     EXPECT_TRUE(shows(window(), QStringLiteral("No Quorin Cloud studies found for the current filters.")));
+    picture(window(), QStringLiteral("cloud-studies-none-dark"));
 
     fill(3);
     query();
     QTest::keyClick(&view(), Qt::Key_F, Qt::ControlModifier);
     QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("nobody"));
     EXPECT_TRUE(shows(window(), QStringLiteral("Nothing here matches your search.")));
+    picture(window(), QStringLiteral("cloud-studies-no-match-dark"));
     press(window(), QStringLiteral("Clear Search"));
     EXPECT_EQ(view().model()->rowCount(), 3);
 }
@@ -138,6 +155,26 @@ TEST_F(CloudScreen, KeepsItsFiltersFromTheFieldsAndClearsThem)
     EXPECT_TRUE(field(QStringLiteral("Modality")).text().isEmpty());
     EXPECT_EQ(mode.currentText(), QStringLiteral("Any"));
     EXPECT_FALSE(days.last()->isVisible());
+}
+
+TEST_F(CloudScreen, IsOneWindowUntilItIsClosedAndOpensEmptyAgain)
+{
+    fill(3);
+    openSignedIn();
+    query();
+    const QPointer<QWidget> first = controller.window();
+    controller.show();
+    EXPECT_EQ(controller.window(), first);
+    EXPECT_EQ(view().model()->rowCount(), 3) << "what is shown stays";
+
+    window().close();
+    awaitGone(first);
+    EXPECT_EQ(controller.window(), nullptr);
+    controller.show();
+
+    EXPECT_EQ(view().model()->rowCount(), 0);
+    EXPECT_TRUE(shows(window(), QStringLiteral("No query executed yet. Set filters and click Query.")));
+    EXPECT_EQ(archive.calls().size(), 1) << "nobody asked";
 }
 
 TEST_F(CloudScreen, WaitsForNoAnswerWhenItIsClosed)
@@ -194,7 +231,14 @@ TEST_F(CloudScreen, OpensTheSeriesOfAStudyAndDeletesThere)
     fill(1);
     const QString study = QStringLiteral("1.2.826.0.1.3680043.10.100");
     for (int number = 1; number <= 6; ++number) {
-        archive.addSeries(study, QStringLiteral("%1.%2").arg(study).arg(number), number);
+        using cloud_client::QrnDicomTag;
+        archive.series[study].append(browser::testing::object(
+            {{QrnDicomTag::SeriesInstanceUID, QStringLiteral("%1.%2").arg(study).arg(number)},
+             {QrnDicomTag::SeriesNumber, number},
+             {QrnDicomTag::SeriesDescription, QStringLiteral("Axial %1 mm").arg(number)},
+             {QrnDicomTag::Modality, QStringLiteral("CT")},
+             {QrnDicomTag::SeriesDate, QStringLiteral("20260101")},
+             {QrnDicomTag::NumberOfSeriesRelatedInstances, 20 * number}}));
     }
     openSignedIn();
     query();
@@ -265,6 +309,40 @@ TEST_F(CloudScreen, NamesNoPatientOverSeriesBehindASignOut)
 
     EXPECT_FALSE(shows(sheet, QStringLiteral("Patient: Brandt^Helene (PID-7000)")));
     EXPECT_TRUE(shows(sheet, QStringLiteral("Sign in to load Quorin Cloud series.")));
+}
+
+TEST_F(CloudScreen, LoadsTheSeriesAgainBehindASignInAndWhenAskedTo)
+{
+    fill(1);
+    archive.addSeries(QStringLiteral("1.2.826.0.1.3680043.10.100"), QStringLiteral("1.9.1"), 1);
+    openSignedIn();
+    query();
+    clickCell(0, 0);
+    SeriesSheet &sheet = *screen().seriesSheet();
+    const auto awaitSeries = [&](std::size_t loads) {
+        runUntil([&] {
+            return events.count(log::GatewayLogAction::quorinCloudSeriesFetchSucceeded) == loads &&
+                   sheet.panel().view().isVisible();
+        });
+    };
+    awaitSeries(1);
+
+    finish(auth.signOut());
+    EXPECT_FALSE(sheet.panel().view().isVisible());
+    picture(window(), QStringLiteral("cloud-series-signed-out-dark"));
+    press(sheet, QStringLiteral("Refresh")); // asks nobody
+    signIn();
+    awaitSeries(2);
+    press(sheet, QStringLiteral("Refresh"));
+    awaitSeries(3);
+
+    QStringList triggers;
+    for (const log::GatewayLogEvent &event :
+         events.events(log::GatewayLogAction::quorinCloudSeriesFetchStarted)) {
+        triggers.append(event.details->value(QStringLiteral("trigger")));
+    }
+    EXPECT_EQ(triggers,
+              QStringList({u"sheet_open"_qs, u"auth_state_changed"_qs, u"manual_refresh_button"_qs}));
 }
 
 TEST_F(CloudScreen, GivesTheSeriesTheFocusWhenTheyCome)

@@ -9,6 +9,7 @@
 #include "shell/language/translations.h"
 
 #include <QtCore/QFileInfo>
+#include <QtGui/QHoverEvent>
 
 namespace gateway::shell::testing {
 
@@ -37,7 +38,12 @@ struct LocalScreen : BrowserScreenWorld
             {{QStringLiteral("studyID"), uid},
              {QStringLiteral("seriesID"), QStringLiteral("%1.%2").arg(uid).arg(series)},
              {QStringLiteral("seriesInstanceUID"), QStringLiteral("%1.%2").arg(uid).arg(series)},
+             {QStringLiteral("seriesNumber"), series},
+             {QStringLiteral("seriesDescription"), QStringLiteral("Axial %1 mm").arg(series)},
              {QStringLiteral("patientUID"), QStringLiteral("P%1").arg(study)},
+             {QStringLiteral("studyNumber"), QStringLiteral("PID-%1").arg(7000 + study)},
+             {QStringLiteral("studyDescription"), QStringLiteral("Head without contrast")},
+             {QStringLiteral("accessionNumber"), QStringLiteral("A26-%1").arg(1000 + study)},
              {QStringLiteral("patientName"), patient},
              {QStringLiteral("studyDate"), QDate(2026, 1, 1 + study)}}));
     }
@@ -131,6 +137,44 @@ TEST_F(LocalScreen, ShowsTheStudiesOfTheIndexAtOnce)
     picture(window(), QStringLiteral("local-studies-light"));
 }
 
+TEST_F(LocalScreen, SaysThatItLoads)
+{
+    controller.show(); // the answer comes in a later turn
+
+    EXPECT_TRUE(shows(window(), QStringLiteral("Loading local studies...")));
+    EXPECT_FALSE(view().isVisible());
+    runUntil([&] { return view().isVisible(); });
+    EXPECT_EQ(view().model()->rowCount(), 5);
+}
+
+TEST_F(LocalScreen, SaysThatTheSearchHidesAll)
+{
+    openLoaded();
+    QTest::keyClick(&view(), Qt::Key_F, Qt::ControlModifier);
+    QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("nobody"));
+
+    EXPECT_TRUE(shows(window(), QStringLiteral("Nothing here matches your search.")));
+    picture(window(), QStringLiteral("local-studies-no-match-dark"));
+}
+
+TEST_F(LocalScreen, IsOneWindowUntilItIsClosedAndLoadsAnewThen)
+{
+    openLoaded();
+    QTest::keyClicks(window().findChild<TextField *>(), QStringLiteral("Moreau"));
+    const QPointer<QWidget> first = controller.window();
+    controller.show();
+    EXPECT_EQ(controller.window(), first);
+    EXPECT_EQ(view().model()->rowCount(), 1) << "what is shown stays";
+
+    window().close();
+    awaitGone(first);
+    EXPECT_EQ(controller.window(), nullptr);
+    importImage(7, 1, QStringLiteral("Late^Comer"));
+    openLoaded();
+
+    EXPECT_EQ(view().model()->rowCount(), 6) << "loaded anew, and no search left";
+}
+
 TEST_F(LocalScreen, SaysThatThereAreNone)
 {
     store.index().deleteStudies({u"1.0"_qs, u"1.1"_qs, u"1.2"_qs, u"1.3"_qs, u"1.4"_qs});
@@ -196,6 +240,40 @@ TEST_F(LocalScreen, WarnsOfStudiesThatAreNotInTheCloudAndDeletesThem)
     EXPECT_EQ(store.number(QStringLiteral("SELECT count(*) FROM DicomImage")), 0);
     EXPECT_EQ(store.removals().size(), 10);
     EXPECT_EQ(refreshed, 1);
+}
+
+TEST_F(LocalScreen, MarksTheWholeRowBelowThePointer)
+{
+    openLoaded();
+    const auto ground = [&](int row) { // beside the words of three columns
+        const QImage shown = view().viewport()->grab().toImage();
+        const int low = view().rowViewportPosition(row) + view().rowHeight(row) - 3;
+        const qreal scale = shown.devicePixelRatio();
+        QList<QRgb> colors;
+        for (const int column : {1, 2, 5}) {
+            const int left = view().columnViewportPosition(column) + 3;
+            colors.append(shown.pixel(static_cast<int>(left * scale), static_cast<int>(low * scale)));
+        }
+        return colors;
+    };
+    const auto point = [&](QEvent::Type type, int row) {
+        const QPointF place = view().visualRect(view().model()->index(row, 2)).center();
+        QHoverEvent event(type, place, view().viewport()->mapToGlobal(place), place);
+        QCoreApplication::sendEvent(view().viewport(), &event);
+    };
+    const QList<QRgb> rest = ground(1);
+
+    point(QEvent::HoverMove, 1);
+    EXPECT_EQ(view().hoveredRow(), 1);
+    const QList<QRgb> marked = ground(1);
+    EXPECT_NE(marked[0], rest[0]);
+    EXPECT_EQ(marked, QList<QRgb>(3, marked[0]));
+    EXPECT_EQ(ground(2), rest);
+    picture(window(), QStringLiteral("local-studies-hovered-dark"));
+
+    point(QEvent::HoverLeave, 1);
+    EXPECT_EQ(view().hoveredRow(), -1);
+    EXPECT_EQ(ground(1), rest);
 }
 
 TEST_F(LocalScreen, ShowsFailedStudiesWithTheirReasons)

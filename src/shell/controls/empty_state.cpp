@@ -35,6 +35,9 @@ EmptyState::EmptyState(const Theme &theme, const Words &words, QWidget *parent) 
     middle->addWidget(sentence);
     middle->addStretch();
     column->addLayout(middle);
+    if (words.sentence.isEmpty()) {
+        sentence->hide(); // takes no line
+    }
     if (!words.action.isEmpty()) {
         column->addSpacing(theme.space(Space::tight));
         auto *button = new PrimaryButton(theme, words.action);

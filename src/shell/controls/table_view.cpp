@@ -2,12 +2,23 @@
 
 #include "shell/theme/theme.h"
 
+#include <QtGui/QHoverEvent>
 #include <QtWidgets/QHeaderView>
+
+#include <utility>
 
 namespace gateway::shell {
 
+void TableDelegate::initStyleOption(QStyleOptionViewItem *option, const QModelIndex &index) const
+{
+    QStyledItemDelegate::initStyleOption(option, index);
+    const auto *table = qobject_cast<const TableView *>(option->widget);
+    option->state.setFlag(QStyle::State_MouseOver, table != nullptr && table->hoveredRow() == index.row());
+}
+
 TableView::TableView(const Theme &theme, QWidget *parent) : QTableView(parent)
 {
+    setItemDelegate(new TableDelegate(this));
     setSelectionBehavior(SelectRows);
     setSelectionMode(ExtendedSelection);
     setHorizontalScrollMode(ScrollPerPixel);
@@ -26,6 +37,47 @@ TableView::TableView(const Theme &theme, QWidget *parent) : QTableView(parent)
     horizontalHeader()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     horizontalHeader()->setFixedHeight(theme.size(Size::row));
     horizontalHeader()->setStretchLastSection(true);
+}
+
+/// Cells are never marked alone: the base doesn't hear of the pointer.
+bool TableView::viewportEvent(QEvent *event)
+{
+    switch (event->type()) {
+    case QEvent::HoverEnter:
+    case QEvent::HoverMove:
+        hover(static_cast<QHoverEvent *>(event)->position().toPoint());
+        return QAbstractScrollArea::viewportEvent(event);
+    case QEvent::HoverLeave:
+        hover({});
+        return QAbstractScrollArea::viewportEvent(event);
+    default:
+        return QTableView::viewportEvent(event);
+    }
+}
+
+/// Another row comes below a pointer that rests.
+void TableView::scrollContentsBy(int dx, int dy)
+{
+    QTableView::scrollContentsBy(dx, dy);
+    hover(m_pointer);
+}
+
+void TableView::hover(std::optional<QPoint> pointer)
+{
+    m_pointer = pointer;
+    const int row = pointer ? indexAt(*pointer).row() : -1;
+    if (row == m_hoveredRow) {
+        return;
+    }
+    updateRow(std::exchange(m_hoveredRow, row));
+    updateRow(row);
+}
+
+void TableView::updateRow(int row)
+{
+    if (row >= 0) {
+        viewport()->update(0, rowViewportPosition(row), viewport()->width(), rowHeight(row));
+    }
 }
 
 } // namespace gateway::shell

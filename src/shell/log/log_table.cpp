@@ -34,13 +34,13 @@ constexpr int kLeastAction = 120;
 } // namespace
 
 LogDelegate::LogDelegate(const Theme &theme, const LogTableModel &model, QObject *parent)
-    : QStyledItemDelegate(parent), m_theme(theme), m_model(model)
+    : TableDelegate(parent), m_theme(theme), m_model(model)
 {
 }
 
 void LogDelegate::initStyleOption(QStyleOptionViewItem *option, const QModelIndex &index) const
 {
-    QStyledItemDelegate::initStyleOption(option, index);
+    TableDelegate::initStyleOption(option, index);
     Color color = Color::text2;
     switch (index.column()) {
     case LogTableModel::time:
@@ -66,7 +66,7 @@ void LogDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option, c
         return;
     }
     if (index.column() != LogTableModel::level) {
-        QStyledItemDelegate::paint(painter, option, index);
+        TableDelegate::paint(painter, option, index);
         return;
     }
     QStyleOptionViewItem ground = option;
@@ -85,7 +85,7 @@ void LogDelegate::paintAction(QPainter *painter,
                               const QStyleOptionViewItem &option,
                               const QModelIndex &index) const
 {
-    QStyledItemDelegate::paint(painter, option, index);
+    TableDelegate::paint(painter, option, index);
     QStyleOptionViewItem words = option;
     initStyleOption(&words, index);
     const int side = m_theme.space(Space::gap);

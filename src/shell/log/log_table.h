@@ -2,8 +2,6 @@
 
 #include "shell/controls/table_view.h"
 
-#include <QtWidgets/QStyledItemDelegate>
-
 namespace gateway::shell {
 
 class LogTableModel;
@@ -12,7 +10,7 @@ class LogTableModel;
 /// colour.
 ///
 /// Owner: its table. Thread: main.
-class LogDelegate : public QStyledItemDelegate
+class LogDelegate : public TableDelegate
 {
     Q_OBJECT
 
