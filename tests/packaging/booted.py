@@ -74,7 +74,7 @@ class BootedRoot(DebianRoot):
             call(*SUDO, "mkdir", group)
             call(*SUDO, "rmdir", group)
             call(*SUDO, "unshare", *NAMESPACES, "--fork", "mount", "-t", "cgroup2", "cgroup2", "/mnt")
-        except (AssertionError, FileNotFoundError) as failure:
+        except (AssertionError, OSError) as failure:
             raise CannotBoot(str(failure)) from None
 
     def _needed(self, names):
