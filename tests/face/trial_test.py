@@ -12,6 +12,7 @@ WINDOW = "Try it now"
 class TrialCase(FaceTest):
 
     IS_SET_UP = False
+    NAME_FIELD, SIGN_IN = "Email", "Sign in now"  # of the account page
 
     def finish_setup(self, signs_in=True):
         """From the first page to the offer."""
@@ -24,9 +25,9 @@ class TrialCase(FaceTest):
         self.press(wizard, "Continue")
         self.press(wizard, "Continue")
         if signs_in:
-            self.enter(wizard, "Email", EMAIL)
+            self.enter(wizard, self.NAME_FIELD, EMAIL)
             self.enter(wizard, "Password", PASSWORD)
-            self.press(wizard, "Sign in now")
+            self.press(wizard, self.SIGN_IN)
             self.see(wizard, "Account Connected")
             self.press(wizard, "Continue")
         else:
@@ -184,6 +185,8 @@ class Trial(TrialCase):
 
 class TrialAtAnArchive(TrialCase):
     """Software that isn't ours, and deletes nothing by DICOMweb."""
+
+    NAME_FIELD, SIGN_IN = "User name", "Sign In"
 
     def start_service(self):
         self.orthanc = Orthanc(self.folder)

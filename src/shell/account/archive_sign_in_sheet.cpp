@@ -4,6 +4,7 @@
 #include "shell/controls/text_label.h"
 #include "shell/theme/theme.h"
 
+#include <QtCore/QTimer>
 #include <QtGui/QShowEvent>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QScrollArea>
@@ -62,6 +63,8 @@ void ArchiveSignInSheet::showEvent(QShowEvent *event)
     Sheet::showEvent(event);
     if (!event->spontaneous()) {
         showForm();
+        // Behind the sheet's own choice, which is the first part that takes keys.
+        QTimer::singleShot(0, m_form, [this] { m_form->firstField()->setFocus(Qt::TabFocusReason); });
     }
 }
 
