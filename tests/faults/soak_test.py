@@ -22,7 +22,7 @@ import odd_objects
 from ledger import ROOT, Ledger, Version
 
 SENDERS = 20
-PACE = 0.5  # seconds from one object of a sender to its next
+QUICK_PACE, LONG_PACE = 0.5, 2  # seconds from one object of a sender to its next; each error pauses all uploads for seconds
 HOSTILE = 0.05  # of the objects
 AGAIN = 0.05  # of them come a second time, with other pixels
 ERRORS = 0.02  # of the cloud's answers
@@ -34,6 +34,10 @@ QUICK_LIFE, LONG_LIFE = 8, 150  # seconds until the next kill, about
 
 def minutes():
     return float(os.environ.get("QUORIN_SOAK_MINUTES", LONG_MINUTES if is_long() else QUICK_MINUTES))
+
+
+def takes_long():
+    return minutes() > 2
 
 
 class SoakRig(FaultRig):
@@ -123,7 +127,7 @@ class Soak(unittest.TestCase):
         senders = [SoakSender(self.machine.port, number, end) for number in range(SENDERS)]
         for sender in senders:
             sender.start()
-        begun, life = time.monotonic(), LONG_LIFE if length > 120 else QUICK_LIFE
+        begun, life = time.monotonic(), LONG_LIFE if takes_long() else QUICK_LIFE
         while (left := begun + length - time.monotonic()) > 0:
             self.live(min(left, self.chance.uniform(life / 2, life * 1.5)))
             self.machine.gateway.kill()
@@ -151,7 +155,7 @@ class Soak(unittest.TestCase):
         self.machine.controls("faults/clear")
         self.machine.command("upload")
         known = set(ledger.acceptable)
-        limit = time.monotonic() + SETTLING * (20 if minutes() > 2 else 2)
+        limit = time.monotonic() + SETTLING * (20 if takes_long() else 2)
         while lacking := self.unsettled(known):
             self.assertLess(time.monotonic(), limit, f"{len(lacking)} not settled: {sorted(lacking)[:5]}")
             self.machine.gateway.check()
@@ -192,5 +196,5 @@ def merged(senders):
 
 if __name__ == "__main__":
     sys.stdout.reconfigure(line_buffering=True)
-    SEED = seed()
+    SEED, PACE = seed(), LONG_PACE if takes_long() else QUICK_PACE
     unittest.main(verbosity=2)
