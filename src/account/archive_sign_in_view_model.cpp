@@ -6,6 +6,7 @@
 #include "platform/concurrency/async.h"
 #include "platform/concurrency/async_sleep.h"
 #include "platform/concurrency/main_thread.h"
+#include "platform/concurrency/patient_question.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QFileInfo>
@@ -20,12 +21,7 @@ using cloud_client::ArchiveSignIn;
 using cloud_client::TrialStep;
 using std::chrono::seconds;
 
-/// What was filled in, with what its files hold, or why they can't be read.
-struct WithFiles
-{
-    ArchiveSignIn signIn;
-    std::optional<QString> problem = std::nullopt;
-};
+constexpr seconds kPatience(10); // with the files of a sign-in
 
 /// A pipe in the place of a file might never end.
 std::optional<QString> issueWithFile(const QString &path)
@@ -36,9 +32,16 @@ std::optional<QString> issueWithFile(const QString &path)
                      QCoreApplication::translate("Archive", "There is no ordinary file at %1.").arg(path));
 }
 
-WithFiles withFiles(const ArchiveEntries &entries)
+ArchiveSignInEnd givenUp()
 {
-    WithFiles read{entries.signIn};
+    return {.problem = QCoreApplication::translate("Archive", "The sign-in was given up.")};
+}
+
+} // namespace
+
+ArchiveSignInViewModel::WithFiles ArchiveSignInViewModel::withFiles(const ArchiveEntries &entries)
+{
+    WithFiles read{.signIn = entries.signIn};
     for (const QString &path : {entries.secretFile, entries.certificateFile, entries.keyFile}) {
         read.problem = read.problem ? read.problem : issueWithFile(path);
     }
@@ -51,8 +54,6 @@ WithFiles withFiles(const ArchiveEntries &entries)
     }
     return read;
 }
-
-} // namespace
 
 ArchiveSignInViewModel::ArchiveSignInViewModel(ArchiveSignInParts parts)
     : m_parts(std::move(parts)), m_scope(m_parts.main, m_parts.pool)
@@ -88,6 +89,24 @@ std::optional<QString> ArchiveSignInViewModel::issueWith(const ArchiveSignIn &si
     return cloud_client::issueWith(signIn.extras, m_parts.configuration.allowPlainHttp);
 }
 
+/// The one before is given up: this one takes its place.
+ArchiveSignInViewModel::Attempt ArchiveSignInViewModel::begin()
+{
+    if (m_attempt) {
+        m_attempt->request_stop();
+    }
+    m_attempt = std::make_shared<std::stop_source>();
+    return m_attempt;
+}
+
+void ArchiveSignInViewModel::end(const Attempt &attempt)
+{
+    if (m_attempt == attempt) {
+        m_attempt.reset();
+        hideCode();
+    }
+}
+
 QCoro::Task<ArchiveSignInEnd>
 ArchiveSignInViewModel::signIn(ArchiveSignIn wanted, ShowCode show, std::stop_token stop)
 {
@@ -95,17 +114,82 @@ ArchiveSignInViewModel::signIn(ArchiveSignIn wanted, ShowCode show, std::stop_to
     if (const auto issue = issueWith(wanted)) {
         co_return ArchiveSignInEnd{.problem = *issue};
     }
-    if (m_attempt) {
-        m_attempt->request_stop(); // this one takes its place
+    const Attempt attempt = begin();
+    const std::stop_callback whenStopped(stop, [attempt] { attempt->request_stop(); });
+    ArchiveSignInEnd ended = co_await carryOut(std::move(wanted), std::move(show), attempt);
+    end(attempt);
+    co_return ended;
+}
+
+QCoro::Task<ArchiveSignInEnd> ArchiveSignInViewModel::signInBy(ArchiveEntries entries)
+{
+    const auto operation = m_scope.enter();
+    const Attempt attempt = begin();
+    WithFiles read = co_await readFiles(entries, attempt);
+    if (!read.problem) {
+        completeFromSession(read, entries.wantsCertificate);
     }
+    ArchiveSignInEnd ended{.problem = read.problem.value_or(QString())};
+    if (attempt->stop_requested()) {
+        ended = givenUp();
+    } else if (!read.problem) {
+        ended = co_await carryOut(std::move(read.signIn), nullptr, attempt);
+    }
+    end(attempt);
+    co_return ended;
+}
+
+/// Files may lie on a share that doesn't answer; who waits for them can give the sign-in up.
+QCoro::Task<ArchiveSignInViewModel::WithFiles> ArchiveSignInViewModel::readFiles(ArchiveEntries entries,
+                                                                                 Attempt attempt)
+{
+    if (entries.secretFile.isEmpty() && entries.certificateFile.isEmpty() && entries.keyFile.isEmpty()) {
+        co_return withFiles(entries);
+    }
+    const std::stop_callback whenClosing(m_scope.stopToken(), [attempt] { attempt->request_stop(); });
+    std::optional<WithFiles> read = co_await platform::askPatiently(
+        {m_parts.main, m_parts.clock, kPatience},
+        "sign-in-files",
+        [entries] { return withFiles(entries); },
+        attempt->get_token());
+    if (!read) {
+        read = WithFiles{
+            .problem = QCoreApplication::translate(
+                "Archive", "A file of the sign-in can't be read: its disk or network share doesn't answer.")};
+    }
+    co_return std::move(*read);
+}
+
+/// What isn't asked for, or was said before, comes from the present session; what can't be is the problem.
+void ArchiveSignInViewModel::completeFromSession(WithFiles &read, bool wantsCertificate) const
+{
+    if (const std::optional<QString> session = presentSession()) {
+        cloud_client::keepBesides(read.signIn, cloud_client::archiveSignIn(*session));
+    }
+    if (!wantsCertificate) {
+        read.signIn.certificate = {};
+    } else if (read.signIn.certificate.isEmpty()) {
+        read.problem = QCoreApplication::translate("Archive", "Name the file of the client certificate.");
+        return;
+    }
+    read.problem = issueWith(read.signIn);
+}
+
+QCoro::Task<ArchiveSignInEnd>
+ArchiveSignInViewModel::carryOut(ArchiveSignIn wanted, ShowCode show, Attempt attempt)
+{
     std::optional<cloud_client::DeviceTokens> granted;
     if (wanted.method == ArchiveSignIn::Method::device) {
-        DeviceSignInEnd end = co_await askForPerson(wanted, std::move(show), stop);
-        if (!end.tokens) {
-            co_return ArchiveSignInEnd{.problem = end.problem};
+        DeviceSignInEnd asked = co_await askForPerson(wanted, std::move(show), attempt);
+        if (attempt->stop_requested()) {
+            co_return givenUp();
         }
-        wanted.holder = end.tokens->holder;
-        granted = std::move(end.tokens);
+        if (!asked.tokens) {
+            co_return ArchiveSignInEnd{.problem = asked.problem};
+        }
+        wanted.holder = asked.tokens->holder;
+        granted = std::move(asked.tokens);
+        end(attempt);
     }
     if (m_parts.auth.isChecking()) {
         co_return ArchiveSignInEnd{
@@ -119,54 +203,21 @@ ArchiveSignInViewModel::signIn(ArchiveSignIn wanted, ShowCode show, std::stop_to
 
 /// Nobody has let this gateway in who was given up, also where the answer was on its way.
 QCoro::Task<DeviceSignInEnd>
-ArchiveSignInViewModel::askForPerson(ArchiveSignIn wanted, ShowCode show, std::stop_token stop)
+ArchiveSignInViewModel::askForPerson(ArchiveSignIn wanted, ShowCode show, Attempt attempt)
 {
-    const auto attempt = std::make_shared<std::stop_source>();
-    m_attempt = attempt;
-    const auto giveUp = [attempt] { attempt->request_stop(); };
-    const std::stop_callback whenStopped(stop, giveUp);
-    const std::stop_callback whenClosing(m_scope.stopToken(), giveUp);
+    const std::stop_callback whenClosing(m_scope.stopToken(), [attempt] { attempt->request_stop(); });
     const auto tell = [this, attempt, show = std::move(show)](const cloud_client::DeviceCode &code) {
         showCode(attempt, code);
         if (show && !attempt->stop_requested()) {
             show(code);
         }
     };
-    DeviceSignInEnd end =
+    DeviceSignInEnd asked =
         co_await signInByCode({m_parts.deviceGrants, m_parts.main, m_parts.pool, m_parts.clock},
                               std::move(wanted),
                               tell,
                               attempt->get_token());
-    if (m_attempt == attempt) {
-        m_attempt.reset();
-        hideCode();
-    }
-    if (attempt->stop_requested()) {
-        co_return DeviceSignInEnd{.problem =
-                                      QCoreApplication::translate("Archive", "The sign-in was given up.")};
-    }
-    co_return end;
-}
-
-QCoro::Task<ArchiveSignInEnd> ArchiveSignInViewModel::signInBy(ArchiveEntries entries)
-{
-    const auto operation = m_scope.enter();
-    WithFiles read =
-        co_await platform::onPool(m_parts.main, m_parts.pool, [entries] { return withFiles(entries); });
-    if (read.problem) {
-        co_return ArchiveSignInEnd{.problem = *read.problem};
-    }
-    if (const std::optional<QString> session = presentSession()) {
-        cloud_client::keepBesides(read.signIn, cloud_client::archiveSignIn(*session));
-    }
-    if (!entries.wantsCertificate) {
-        read.signIn.certificate = {};
-    } else if (read.signIn.certificate.isEmpty()) {
-        co_return ArchiveSignInEnd{
-            .problem = QCoreApplication::translate("Archive", "Name the file of the client certificate.")};
-    }
-    ArchiveSignInEnd end = co_await signIn(std::move(read.signIn), nullptr, std::stop_token());
-    co_return end;
+    co_return asked;
 }
 
 void ArchiveSignInViewModel::cancel()

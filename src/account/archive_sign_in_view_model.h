@@ -79,7 +79,7 @@ public:
     /// Why nobody can sign in so, in one sentence; nothing where it can be tried.
     std::optional<QString> issueWith(const cloud_client::ArchiveSignIn &signIn) const;
 
-    /// Signs in. A code that somebody else waits for is given up then.
+    /// Signs in. A sign-in that is under way here, such as a code that somebody waits for, is given up then.
     ///
     /// \param show  takes the code that somebody has to be told, where the method is of that kind.
     /// \param stop  gives it up.
@@ -114,15 +114,29 @@ Q_SIGNALS:
 private:
     using Attempt = std::shared_ptr<std::stop_source>;
 
+    /// What was filled in, with what its files hold, or why that can't be had.
+    struct WithFiles
+    {
+        cloud_client::ArchiveSignIn signIn = {};
+        std::optional<QString> problem = std::nullopt;
+    };
+
+    static WithFiles withFiles(const ArchiveEntries &entries);
+    QCoro::Task<WithFiles> readFiles(ArchiveEntries entries, Attempt attempt);
+    void completeFromSession(WithFiles &read, bool wantsCertificate) const;
+    Attempt begin();
+    void end(const Attempt &attempt);
+    QCoro::Task<ArchiveSignInEnd>
+    carryOut(cloud_client::ArchiveSignIn wanted, ShowCode show, Attempt attempt);
     QCoro::Task<DeviceSignInEnd>
-    askForPerson(cloud_client::ArchiveSignIn wanted, ShowCode show, std::stop_token stop);
+    askForPerson(cloud_client::ArchiveSignIn wanted, ShowCode show, Attempt attempt);
     QCoro::Task<> countDown(Attempt attempt);
     void showCode(const Attempt &attempt, const cloud_client::DeviceCode &code);
     void hideCode();
     void authChanged();
 
     const ArchiveSignInParts m_parts;
-    Attempt m_attempt; // the one by a code that is under way; null for none
+    Attempt m_attempt; // the one under way; null for none
     std::optional<cloud_client::DeviceCode> m_code;
     std::chrono::nanoseconds m_codeEnds{0}; // of the monotonic clock
     bool m_isTesting = false;

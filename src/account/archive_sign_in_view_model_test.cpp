@@ -57,6 +57,16 @@ struct ArchiveSignInModel : SessionWorld
         runUntil([this] { return model.code().has_value() || end; });
     }
 
+    /// Begins a sign-in by a secret in a file, which is being read then.
+    void beginWithFile()
+    {
+        ArchiveEntries entries = byCode();
+        entries.signIn.method = Method::clientCredentials;
+        entries.secretFile = file(QStringLiteral("secret"), "s");
+        begun = true;
+        task = model.signInBy(entries).then([this](ArchiveSignInEnd given) { end = std::move(given); });
+    }
+
     QString file(const QString &name, const QByteArray &content)
     {
         QFile made(folder.filePath(name));
@@ -167,6 +177,29 @@ TEST_F(ArchiveSignInModel, SignsNobodyInWhoGaveTheCodeUp)
     EXPECT_FALSE(end->isSignedIn);
     EXPECT_EQ(end->problem, QStringLiteral("The sign-in was given up."));
     EXPECT_TRUE(service.calls().isEmpty());
+}
+
+TEST_F(ArchiveSignInModel, SignsNobodyInWhoGaveUpWhileFilesWereRead)
+{
+    beginWithFile();
+
+    model.cancel();
+    runUntil([this] { return end.has_value(); });
+
+    EXPECT_EQ(end->problem, QStringLiteral("The sign-in was given up."));
+    EXPECT_TRUE(service.calls().isEmpty());
+}
+
+TEST_F(ArchiveSignInModel, GivesFilesUpForTheNextSignIn)
+{
+    beginWithFile();
+
+    EXPECT_TRUE(signIn(byToken(QStringLiteral("abc"))).isSignedIn);
+    runUntil([this] { return end.has_value(); });
+
+    EXPECT_FALSE(end->isSignedIn);
+    ASSERT_TRUE(service.lastLogin && service.lastLogin->archive);
+    EXPECT_EQ(service.lastLogin->archive->secret, QStringLiteral("abc"));
 }
 
 TEST_F(ArchiveSignInModel, GivesACodeUpForTheNextSignIn)

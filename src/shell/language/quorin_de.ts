@@ -104,6 +104,7 @@
 <message><source>The key does not belong to the client certificate.</source><translation>Der Schlüssel gehört nicht zum Client-Zertifikat.</translation></message>
 <message><source>The client certificate has expired on %1, or the clock of this computer is wrong.</source><translation>Das Client-Zertifikat ist am %1 abgelaufen, oder die Uhr dieses Computers geht falsch.</translation></message>
 <message><source>The client certificate is not valid before %1, or the clock of this computer is wrong.</source><translation>Das Client-Zertifikat gilt erst ab %1, oder die Uhr dieses Computers geht falsch.</translation></message>
+<message><source>A file of the sign-in can't be read: its disk or network share doesn't answer.</source><translation>Eine Datei der Anmeldung kann nicht gelesen werden: Ihr Datenträger oder ihre Netzwerkfreigabe antwortet nicht.</translation></message>
 </context>
 <context><name>Attention</name>
 <message><source>No images can be received</source><translation>Es können keine Bilder empfangen werden</translation></message>

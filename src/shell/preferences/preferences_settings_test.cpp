@@ -207,12 +207,15 @@ TEST_F(Preferences, ChooseTheFolderAndTheDefaultOneAgain)
     press(u"Choose"_qs);
     EXPECT_TRUE(says(chosenFolder));
     press(u"Save Changes"_qs);
-    EXPECT_EQ(appSettings.listenerDestinationFolder.get(), chosenFolder);
+    runUntil([this] {
+        return appSettings.listenerDestinationFolder.get() == chosenFolder;
+    }); // once it was looked at
+    runUntil([this] { return button(u"Reset to Default"_qs)->isEnabled(); });
     press(u"Reset to Default"_qs);
     EXPECT_EQ(appSettings.listenerDestinationFolder.get(), chosenFolder);
     press(u"Save Changes"_qs);
 
-    EXPECT_EQ(appSettings.listenerDestinationFolder.get(), std::nullopt);
+    runUntil([this] { return !appSettings.listenerDestinationFolder.get(); });
 }
 
 TEST_F(Preferences, FollowTheListenersSettingsUnlessTheyAreEdited)
