@@ -40,12 +40,12 @@ bool ManualClock::sleep(std::chrono::nanoseconds duration, std::stop_token stop)
     });
     const MutexLock lock(m_mutex);
     const auto end = m_elapsed + duration;
-    ++m_sleepers;
+    const auto self = m_sleepers.insert(m_sleepers.end(), {end, stop});
     m_changed.notifyAll();
     while (m_elapsed < end && !stop.stop_requested()) {
         m_changed.wait(m_mutex);
     }
-    --m_sleepers;
+    m_sleepers.erase(self);
     return m_elapsed >= end;
 }
 
@@ -88,7 +88,11 @@ void ManualClock::waitForSleepers(int count) const
     const auto end = std::chrono::steady_clock::now() + kGiveUp;
     const MutexLock lock(m_mutex);
     const auto sleepers = [&]() QUORIN_REQUIRES(m_mutex) {
-        return m_sleepers + std::ranges::count_if(m_waits, [](const auto &wait) { return !wait->isOver(); });
+        const auto goesOn = [&](const Sleeper &one) QUORIN_REQUIRES(m_mutex) {
+            return one.end > m_elapsed && !one.stop.stop_requested();
+        };
+        return std::ranges::count_if(m_sleepers, goesOn) +
+               std::ranges::count_if(m_waits, [](const auto &wait) { return !wait->isOver(); });
     };
     while (sleepers() < count) {
         if (std::chrono::steady_clock::now() >= end) {

@@ -32,11 +32,18 @@ public:
     void waitForSleepers(int count) const;
 
 private:
+    /// A thread; one whose time has come may be here yet, on a busy machine for a while.
+    struct Sleeper
+    {
+        std::chrono::nanoseconds end;
+        std::stop_token stop;
+    };
+
     mutable Mutex m_mutex;
     mutable Condition m_changed;
     QDateTime m_start;
     std::chrono::nanoseconds m_elapsed QUORIN_GUARDED_BY(m_mutex){0};
-    int m_sleepers QUORIN_GUARDED_BY(m_mutex) = 0; ///< threads
+    std::list<Sleeper> m_sleepers QUORIN_GUARDED_BY(m_mutex);
     std::list<std::unique_ptr<WakeUp>> m_waits QUORIN_GUARDED_BY(m_mutex);
 };
 
