@@ -159,7 +159,7 @@ void Gateway::storeWasSeen(bool isOutOfSight)
                 : QStringLiteral("The file store is in sight again."));
         if (!isOutOfSight) {
             m_receiving.store->requestUpload(QStringLiteral("store_in_sight"),
-                                             upload::UploadUrgency::whenOpen);
+                                             upload::UploadUrgency::unlessAskedToWait);
         }
     }
     m_live.setStoreOutOfSight(isOutOfSight);

@@ -396,6 +396,7 @@ TEST(StowUpload, ProvesNothingWhenTheQueryFailsToo)
     ASSERT_TRUE(refusal);
     EXPECT_EQ(refusal->failures.size(), 2);
     EXPECT_EQ(service.server.requests().size(), 2); // one question without an answer is enough
+    EXPECT_FALSE(refusal->cause) << "the upload itself was answered";
 }
 
 TEST(StowUpload, FailsWhenTheConnectionIsCutAfterStoringAndSucceedsWhenSentAgain)

@@ -32,6 +32,17 @@ bool maySettle(int status)
     return (status >= 200 && status < 300) || status == 400 || status == 409;
 }
 
+/// True where the service itself says what holds for all that it is asked, or the session is over.
+bool isOfTheSession(const QuorinError &error)
+{
+    if (const auto *response = dynamic_cast<const QrnErrorResponse *>(&error)) {
+        return response->kind == QrnErrorKind::sessionInvalid ||
+               response->kind == QrnErrorKind::termsNotAccepted;
+    }
+    const auto *failure = dynamic_cast<const AFError *>(&error);
+    return failure != nullptr && !failure->responseCode && failure->noAnswer == NoAnswer::sessionOver;
+}
+
 /// Success without a dataset: the server has taken all of it, and may still be storing. A page says nothing
 /// of that.
 bool mayStoreLater(const HttpResponse &response)
@@ -263,10 +274,12 @@ void StowBatch::proveByQuery(const Files &files, bool mayStoreLater)
             file->isProven = isInstanceFound(m_client, m_session, file->identity);
             file->isTaken = !file->isProven && mayStoreLater;
         }
-    } catch (const QuorinError &) {
-        // Whoever wasn't asked for isn't proven. One unanswered question is enough: a thousand more would
-        // each wait as long.
-        keepFirst(std::current_exception());
+    } catch (const QuorinError &error) {
+        // Whoever wasn't asked for isn't proven, and no more: the upload itself was answered. One unanswered
+        // question is enough, a thousand more would each wait as long.
+        if (isOfTheSession(error)) {
+            keepFirst(std::current_exception());
+        }
     }
 }
 

@@ -161,9 +161,10 @@ const char *sourceText(FailureClass failureClass)
                                  "from the device that made it; else delete it here.");
     case FailureClass::indexTrouble:
         return QT_TRANSLATE_NOOP("FailureSentence",
-                                 "The gateway's own record of its images could not be read or written. "
-                                 "Images are kept here, and sending goes on by itself once it can be. Check "
-                                 "the disk of this computer, and make room on it.");
+                                 "The gateway's own record of its images, or the place of their files, "
+                                 "could not be read or written. Images are kept here, and sending goes on by "
+                                 "itself once it can be. Check the disk of this computer, and make room on "
+                                 "it.");
     case FailureClass::signInUnavailable:
         return QT_TRANSLATE_NOOP("FailureSentence",
                                  "What this gateway signs in with can't be had at this moment. Images are "

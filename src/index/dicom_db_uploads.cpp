@@ -192,7 +192,7 @@ std::optional<QList<PendingImageUpload>> DicomDB::pendingImageUploads(int limit,
     PendingCursor reached = cursor;
     QList<PendingImageUpload> candidates;
     if (m_files.isOutOfSight()) {
-        return candidates; // nothing is known of the files: they are asked for when it is back
+        return std::nullopt; // nothing is known of the files, be it for a moment: they are asked for again
     }
     try {
         m_store.read([&](Database &database) {

@@ -36,8 +36,12 @@ TEST_F(MountPoint, TakesNothingInThatLosesItsVolumeWhileItIsInUse)
     EXPECT_THROW(importAs(QStringLiteral("b.dcm")), GatewayImportError);
     EXPECT_FALSE(home.index().examination().isStoreWritable());
     EXPECT_EQ(underneath(), QStringList());
+    PendingCursor fromTheOldest;
+    EXPECT_FALSE(home.index().pendingImageUploads(1, fromTheOldest))
+        << "what waits isn't known, but not nothing";
 
     mount();
+    EXPECT_EQ(home.index().pendingImageUploads(1).size(), 1);
     EXPECT_EQ(importAs(QStringLiteral("b.dcm")), QStringLiteral("10000/1.dcm"));
 }
 

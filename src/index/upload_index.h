@@ -49,7 +49,7 @@ public:
     /// a share of it while others wait, too. Reads no row of a file whose time hasn't come.
     ///
     /// \param limit  at most so many; below 1 counts as 1.
-    /// \return nothing when the index can't be read.
+    /// \return nothing when the index can't be read, or the file store isn't in sight.
     virtual std::optional<QList<PendingImageUpload>> pendingImageUploads(int limit,
                                                                          PendingCursor &cursor) = 0;
 

@@ -219,10 +219,6 @@ FailureReach reachOfStatus(int status)
     case 408:
     case 502: // a proxy's word that the service itself gave no answer
     case 504:
-    case 404: // nobody takes images at this address, or a proxy says so while its service is away
-    case 405:
-    case 410:
-    case 501:
         return FailureReach::unanswered;
     default:
         return FailureReach::file;

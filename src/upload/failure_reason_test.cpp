@@ -133,15 +133,6 @@ TEST(FailureReason, OfAServerThatPointsElsewhereConcernsTheWholeQueue)
     EXPECT_EQ(failedEnd(AFError(QString(), 400), candidate()).reach, StoreUpload::FailureReach::file);
 }
 
-TEST(FailureReason, OfAnAnswerThatSpeaksOfNoFileIsTheQueuesOnceOthersGetItToo)
-{
-    for (const int status : {404, 405, 410, 501, 408, 502, 504}) {
-        EXPECT_EQ(failedEnd(AFError(QString(), status), candidate()).reach,
-                  StoreUpload::FailureReach::unanswered)
-            << status;
-    }
-}
-
 TEST(FailureReason, ReadsTheFailureReasonsOfTheStandard)
 {
     const std::vector<std::pair<int, FailureClass>> table = {

@@ -10,8 +10,8 @@
 namespace gateway::upload {
 
 /// Whether a run may begin anything more. It may not once a request met what would meet every file, when
-/// three requests in a row, each with other files, got no answer about them, when the index failed, or when
-/// the session is over in which a page began.
+/// three requests in a row, each with other files, got no answer, when the index failed, or when the
+/// session is over in which a page began.
 ///
 /// Owner: UploadRun. Thread: any.
 class RunHalt
@@ -20,7 +20,7 @@ public:
     /// Learns how the files of one request ended; at least one.
     void requestEnded(const QList<StoreUpload::CandidateOutcome> &files);
 
-    /// Learns that the index could not be read or written.
+    /// Learns that the index could not be read or written, or its files were out of sight.
     void indexFailed();
 
     /// Learns that the session in which a page began is over.

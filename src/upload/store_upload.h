@@ -83,7 +83,7 @@ enum class AttemptResult
 enum class FailureReach
 {
     file,       ///< this file: the answer was about it, or it never left
-    unanswered, ///< this file, unless others get no answer that speaks of them either
+    unanswered, ///< this file, unless others get no answer either
     queue       ///< every file that waits
 };
 

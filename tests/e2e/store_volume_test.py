@@ -82,6 +82,22 @@ class StoreVolume(EndToEndTest):
         self.gateway.await_synced(first + later)
         self.assertEqual(self.waiting(), [])
 
+    def test_what_waits_while_the_store_is_out_of_sight_for_a_moment_has_its_next_look(self):
+        # Given a store that is away for less than the time between two looks at it
+        sent = self.samples(ct=3)
+        send(self.gateway, sent)
+        self.gateway.await_received(sent)
+        away = self.folder / "away"
+        self.store.rename(away)
+
+        # When
+        self.gateway.sign_in()
+        self.gateway.await_status("a pause", lambda s: s["waiting"]["pausedBy"] == "indexTrouble")
+        away.rename(self.store)
+
+        # Then
+        self.gateway.await_synced(sent)
+
     def test_a_store_that_cannot_be_written_and_the_images_that_wait_for_it_are_told(self):
         # Given
         obstacle = self.store / ".incoming"
