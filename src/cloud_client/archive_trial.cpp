@@ -71,6 +71,20 @@ QStringList addressesOf(const QString &host)
     return addresses;
 }
 
+/// True where an archive, or what stands before it, says by a status that it took nothing. A fault, or a wait
+/// that became too long, says nothing of what has arrived.
+bool isRefusal(const std::exception &error)
+{
+    constexpr int kRequestTimeout = 408;
+    std::optional<int> status;
+    if (const auto *response = dynamic_cast<const QrnErrorResponse *>(&error)) {
+        status = response->responseCode;
+    } else if (const auto *failure = dynamic_cast<const AFError *>(&error)) {
+        status = failure->responseCode;
+    }
+    return status && *status >= 300 && *status < 500 && *status != kRequestTimeout;
+}
+
 /// Whose certificate it is and until when it is good.
 TrialStep certificateStep(const QString &step, const HttpResponse &response, const QDateTime &now)
 {
@@ -223,9 +237,10 @@ QList<TrialStep> ArchiveTrial::tryImage(const std::stop_token &stop) const
     if (steps.last().outcome == Outcome::failed) {
         return steps;
     }
-    steps.append(find(sample.identity, stop));
+    const TrialStep found = find(sample.identity, stop);
+    steps.append(found);
     steps.append(readBack(sample, folder.filePath(QStringLiteral("returned.dcm"))));
-    steps.append(remove(sample.identity.study));
+    steps.append(remove(sample.identity.study, found.outcome != Outcome::failed));
     return steps;
 }
 
@@ -247,17 +262,23 @@ TrialStep ArchiveTrial::store(const SampleInstance &sample, const QString &path)
                 Outcome::good,
                 QCoreApplication::translate("Archive", "The archive says that it has stored the sample.")};
     } catch (const QrnStowResponse &refusal) {
+        const QString &instance = sample.identity.instance;
+        if (refusal.taken.contains(instance)) {
+            return {step,
+                    Outcome::remark,
+                    QCoreApplication::translate(
+                        "Archive", "The archive has taken the sample, and stores later than it answers.")};
+        }
         return {step,
                 Outcome::failed,
                 QCoreApplication::translate(
                     "Archive",
                     "The archive doesn't name the sample as stored (reason %1). Ask whoever runs it for "
                     "the right to store, and for secondary captures to be taken.")
-                    .arg(refusal.code)};
-    } catch (const AFError &error) {
-        return {step, Outcome::failed, wordsOf(error) + (error.responseCode ? QString() : takeBack(sample))};
+                        .arg(refusal.code) +
+                    (refusal.reasons.contains(instance) ? QString() : takeBack(sample))};
     } catch (const std::exception &error) {
-        return {step, Outcome::failed, wordsOf(error)};
+        return {step, Outcome::failed, wordsOf(error) + (isRefusal(error) ? QString() : takeBack(sample))};
     }
 }
 
@@ -344,11 +365,21 @@ TrialStep ArchiveTrial::readBack(const SampleInstance &sample, const QString &pa
                                   "here.")};
 }
 
-TrialStep ArchiveTrial::remove(const QString &study) const
+/// \param wasThere  it was found, or can't be looked for.
+TrialStep ArchiveTrial::remove(const QString &study, bool wasThere) const
 {
     const auto step = QStringLiteral("delete");
     try {
         QrnDeleteAPI(m_client).deleteStudy(study, m_client.configuration().deviceId);
+        if (!wasThere) {
+            return {
+                step,
+                Outcome::remark,
+                QCoreApplication::translate("Archive",
+                                            "The archive was asked to delete the sample. Where it comes "
+                                            "later it stays, under the patient GATEWAY-TEST, as study %1.")
+                    .arg(study)};
+        }
         return {step, Outcome::good, QCoreApplication::translate("Archive", "The sample is deleted again.")};
     } catch (const std::exception &error) {
         return {step,

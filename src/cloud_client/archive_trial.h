@@ -60,7 +60,7 @@ private:
     QString takeBack(const SampleInstance &sample) const;
     TrialStep find(const platform::InstanceIdentity &identity, const std::stop_token &stop) const;
     TrialStep readBack(const SampleInstance &sample, const QString &path) const;
-    TrialStep remove(const QString &study) const;
+    TrialStep remove(const QString &study, bool wasThere) const;
 
     QuorinApiClient &m_client;
     platform::Clock &m_clock;

@@ -25,6 +25,7 @@ public:
     std::atomic<bool> answersQueries = true, stores = true, givesBack = true, changes = false, deletes = true;
     std::atomic<bool> wantsSignIn = false;
     std::atomic<bool> hangsUp = false; ///< stores, and says nothing of it
+    std::atomic<int> statusAlone = 0;  ///< unless 0, all that it says behind storing
 
     ScriptedService service{[this](const ReceivedRequest &request) { return answer(request); },
                             CloudKind::dicomweb};
@@ -66,6 +67,9 @@ private:
         }
         if (hangsUp) {
             return {};
+        }
+        if (statusAlone != 0) {
+            return ScriptedHttpServer::answer(statusAlone);
         }
         const QByteArray sequence = stores ? "00081199" : "00081198";
         return ScriptedHttpServer::answer(stores ? 200 : 409,
@@ -195,6 +199,48 @@ TEST_F(ArchiveTrialTest, TakesBackAnImageOfWhichNobodyKnowsWhetherItArrived)
 
     archive.deletes = false;
     EXPECT_TRUE(archive.tryOut().last().words.contains(QStringLiteral("2.25."))); // what may stay is named
+}
+
+TEST_F(ArchiveTrialTest, TakesBackAnImageBehindAFaultThatMayHaveStoredIt)
+{
+    for (const int status : {504, 500, 408}) {
+        archive.statusAlone = status;
+        archive.isDeleted = false;
+
+        EXPECT_EQ(archive.tryOut().last().step, QStringLiteral("store")) << status;
+        EXPECT_TRUE(archive.isDeleted) << status;
+    }
+}
+
+TEST_F(ArchiveTrialTest, GoesOnWhereAnArchiveHasTakenTheImageAndDoesNotShowItYet)
+{
+    archive.statusAlone = 202;
+    archive.queriesUntilFound = 1;
+
+    const QList<TrialStep> steps = archive.tryOut();
+
+    EXPECT_EQ(outcomeOf(steps, "store"), Outcome::remark);
+    EXPECT_EQ(outcomeOf(steps, "find"), Outcome::good);
+    EXPECT_EQ(outcomeOf(steps, "delete"), Outcome::good);
+    EXPECT_TRUE(archive.isDeleted);
+}
+
+TEST_F(ArchiveTrialTest, NamesAnImageThatMayComeLater)
+{
+    archive.statusAlone = 202;
+    archive.queriesUntilFound = 100;
+    std::jthread time([this] {
+        for (const int pause : {1, 2, 4, 8, 15}) {
+            archive.service.clock.waitForSleepers(1);
+            archive.service.clock.advance(std::chrono::seconds(pause));
+        }
+    });
+
+    const QList<TrialStep> steps = archive.tryOut();
+
+    EXPECT_EQ(outcomeOf(steps, "find"), Outcome::failed);
+    EXPECT_EQ(outcomeOf(steps, "delete"), Outcome::remark);
+    EXPECT_TRUE(steps.last().words.contains(QStringLiteral("2.25.")));
 }
 
 TEST_F(ArchiveTrialTest, RemovesWhatATrialLeftThatWasKilled)

@@ -105,6 +105,8 @@
 <message><source>The client certificate has expired on %1, or the clock of this computer is wrong.</source><translation>Das Client-Zertifikat ist am %1 abgelaufen, oder die Uhr dieses Computers geht falsch.</translation></message>
 <message><source>The client certificate is not valid before %1, or the clock of this computer is wrong.</source><translation>Das Client-Zertifikat gilt erst ab %1, oder die Uhr dieses Computers geht falsch.</translation></message>
 <message><source>A file of the sign-in can't be read: its disk or network share doesn't answer.</source><translation>Eine Datei der Anmeldung kann nicht gelesen werden: Ihr Datenträger oder ihre Netzwerkfreigabe antwortet nicht.</translation></message>
+<message><source>The archive has taken the sample, and stores later than it answers.</source><translation>Das Archiv hat das Probebild angenommen und speichert später, als es antwortet.</translation></message>
+<message><source>The archive was asked to delete the sample. Where it comes later it stays, under the patient GATEWAY-TEST, as study %1.</source><translation>Das Archiv wurde gebeten, das Probebild zu löschen. Kommt es später an, bleibt es dort, unter dem Patienten GATEWAY-TEST, als Studie %1.</translation></message>
 </context>
 <context><name>Attention</name>
 <message><source>No images can be received</source><translation>Es können keine Bilder empfangen werden</translation></message>
