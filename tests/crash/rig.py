@@ -4,7 +4,7 @@ QUORIN_PROGRAMS names the folder of the built programs.
 """
 import json
 import os
-import random
+import pathlib
 import re
 import selectors
 import shutil
@@ -13,9 +13,13 @@ import socket
 import sqlite3
 import struct
 import subprocess
+import sys
 import tempfile
 import time
 import urllib.request
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / "support"))
+from ports import free_port  # noqa: E402
 
 EMAIL = "demo@quorin.example"
 PASSWORD = "demo-password"
@@ -35,15 +39,6 @@ def program(name):
 def environment():
     """Nothing of the user's own: no session bus, no key ring."""
     return {name: os.environ[name] for name in ("PATH", "HOME", "LANG") if name in os.environ}
-
-
-def free_port():
-    """A TCP port of the loopback that nobody uses at this moment, and that no outgoing connection is given."""
-    while True:
-        port = random.randrange(20000, 32768)  # below what Linux gives out by itself
-        with socket.socket() as probe:
-            if probe.connect_ex(("127.0.0.1", port)) != 0:
-                return port
 
 
 def await_that(what, condition):

@@ -2,17 +2,19 @@
 
 import json
 import os
-import random
 import re
 import shutil
-import socket
 import subprocess
+import sys
 import tempfile
 import time
 import unittest
 import urllib.error
 import urllib.request
 from pathlib import Path
+
+sys.path.insert(0, str(Path(__file__).resolve().parent.parent / "support"))
+from ports import free_port  # noqa: E402
 
 PROGRAMS = Path(os.environ["QUORIN_PROGRAMS"])  # the folder that holds the built programs
 TITLE = "QUORIN"
@@ -46,15 +48,6 @@ def run(*command, text_in=None, check=True):
     if check and ended.returncode != 0:
         raise AssertionError(f"{command} ended with {ended.returncode}: {ended.stdout}{ended.stderr}")
     return ended
-
-
-def free_port():
-    """A TCP port of the loopback that nobody uses at this moment, and that no outgoing connection is given."""
-    while True:
-        port = random.randrange(20000, 32768)  # below what Linux gives out by itself
-        with socket.socket() as probe:
-            if probe.connect_ex(("127.0.0.1", port)) != 0:
-                return port
 
 
 def await_true(what, condition, *processes):

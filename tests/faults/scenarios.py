@@ -197,6 +197,11 @@ class Renew(Scenario):
         shutil.rmtree(fault_rig.inbox)
         (fault_rig.inbox / ".part").mkdir(parents=True)
 
+    def check_home(self, fault_rig, calls_failed):
+        """Whoever couldn't look into it could not see that it was empty, and tells the one before as missing; a person makes it anew."""
+        if calls_failed:
+            self.change_home(fault_rig, None)
+
     def is_over(self, fault_rig, ledger):
         return listens(fault_rig)
 
