@@ -1,18 +1,11 @@
 #include "dicom_helper/scp/association_request.h"
 
 #include "dicom_helper/scp/bytes.h"
+#include "dicom_helper/scp/item_types.h"
 
 namespace gateway::dicom_helper::scp {
 
 namespace {
-
-// Types of items and sub-items (PS3.8 9.3.2, D.1).
-constexpr std::uint8_t kApplicationContext = 0x10;
-constexpr std::uint8_t kPresentationContext = 0x20;
-constexpr std::uint8_t kAbstractSyntax = 0x30;
-constexpr std::uint8_t kTransferSyntax = 0x40;
-constexpr std::uint8_t kUserInformation = 0x50;
-constexpr std::uint8_t kMaximumLength = 0x51;
 
 constexpr std::size_t kTitleBytes = 16;
 constexpr std::size_t kReservedBytes = 32;
@@ -37,9 +30,9 @@ ProposedContext parseContext(std::string_view body)
     reader.take(3);
     while (!reader.atEnd()) {
         const Item item = takeItem(reader);
-        if (item.type == kAbstractSyntax) {
+        if (item.type == item_type::kAbstractSyntax) {
             context.abstractSyntax = withoutPadding(item.body);
-        } else if (item.type == kTransferSyntax) {
+        } else if (item.type == item_type::kTransferSyntax) {
             context.transferSyntaxes.push_back(withoutPadding(item.body));
         }
     }
@@ -51,7 +44,7 @@ void parseUserInformation(std::string_view body, AssociationRequest &request)
     ByteReader reader(body);
     while (!reader.atEnd()) {
         const Item item = takeItem(reader);
-        if (item.type == kMaximumLength) {
+        if (item.type == item_type::kMaximumLength) {
             request.maximumLength = ByteReader(item.body).bigLong();
         }
     }
@@ -69,11 +62,11 @@ AssociationRequest parseAssociationRequest(std::string_view body)
     request.callingTitle = withoutPadding(std::string_view(request.titles).substr(kTitleBytes, kTitleBytes));
     while (!reader.atEnd()) {
         const Item item = takeItem(reader);
-        if (item.type == kApplicationContext) {
+        if (item.type == item_type::kApplicationContext) {
             request.applicationContext = std::string(item.body);
-        } else if (item.type == kPresentationContext) {
+        } else if (item.type == item_type::kPresentationContext) {
             request.contexts.push_back(parseContext(item.body));
-        } else if (item.type == kUserInformation) {
+        } else if (item.type == item_type::kUserInformation) {
             parseUserInformation(item.body, request);
         }
     }

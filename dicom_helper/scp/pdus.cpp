@@ -2,20 +2,13 @@
 
 #include "dicom_helper/implementation.h"
 #include "dicom_helper/scp/bytes.h"
+#include "dicom_helper/scp/item_types.h"
 
 #include <algorithm>
 
 namespace gateway::dicom_helper::scp {
 
 namespace {
-
-constexpr std::uint8_t kApplicationContext = 0x10;
-constexpr std::uint8_t kAnsweredContext = 0x21;
-constexpr std::uint8_t kTransferSyntax = 0x40;
-constexpr std::uint8_t kUserInformation = 0x50;
-constexpr std::uint8_t kMaximumLength = 0x51;
-constexpr std::uint8_t kImplementationClass = 0x52;
-constexpr std::uint8_t kImplementationVersion = 0x55;
 
 std::string contextBody(const AnsweredContext &answer)
 {
@@ -24,7 +17,7 @@ std::string contextBody(const AnsweredContext &answer)
     putBig(body, 0, 1);
     putBig(body, static_cast<std::uint8_t>(answer.result), 1);
     putBig(body, 0, 1);
-    putItem(body, kTransferSyntax, answer.transferSyntax);
+    putItem(body, item_type::kTransferSyntax, answer.transferSyntax);
     return body;
 }
 
@@ -33,9 +26,9 @@ std::string userInformation()
     std::string length;
     putBig(length, kOurMaximumLength, 4);
     std::string body;
-    putItem(body, kMaximumLength, length);
-    putItem(body, kImplementationClass, kImplementationClassUid);
-    putItem(body, kImplementationVersion, kImplementationVersionName);
+    putItem(body, item_type::kMaximumLength, length);
+    putItem(body, item_type::kImplementationClass, kImplementationClassUid);
+    putItem(body, item_type::kImplementationVersion, kImplementationVersionName);
     return body;
 }
 
@@ -58,11 +51,11 @@ std::string encodeAccept(const AssociationRequest &request, const Negotiation &n
     putBig(body, 1, 2);
     putBig(body, 0, 2);
     body += request.titles;
-    putItem(body, kApplicationContext, request.applicationContext);
+    putItem(body, item_type::kApplicationContext, request.applicationContext);
     for (const AnsweredContext &answer : negotiation.answers()) {
-        putItem(body, kAnsweredContext, contextBody(answer));
+        putItem(body, item_type::kAnsweredContext, contextBody(answer));
     }
-    putItem(body, kUserInformation, userInformation());
+    putItem(body, item_type::kUserInformation, userInformation());
     return encodePdu(PduType::associateAccept, body);
 }
 

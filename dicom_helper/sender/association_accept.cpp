@@ -1,18 +1,15 @@
 #include "dicom_helper/sender/association_accept.h"
 
 #include "dicom_helper/scp/bytes.h"
+#include "dicom_helper/scp/item_types.h"
 
 namespace gateway::dicom_helper::sender {
 
 using scp::ByteReader;
 using scp::Item;
+namespace item_type = scp::item_type;
 
 namespace {
-
-// Types of items and sub-items (PS3.8 9.3.3, D.1).
-constexpr std::uint8_t kAnsweredContext = 0x21;
-constexpr std::uint8_t kUserInformation = 0x50;
-constexpr std::uint8_t kMaximumLength = 0x51;
 
 constexpr std::size_t kTitlesAndReservedBytes = 64;
 
@@ -27,14 +24,14 @@ AssociationAccept parseAssociationAccept(std::string_view body)
     while (!reader.atEnd()) {
         const Item item = scp::takeItem(reader);
         ByteReader inner(item.body);
-        if (item.type == kAnsweredContext) {
+        if (item.type == item_type::kAnsweredContext) {
             const std::uint8_t id = inner.byte();
             inner.byte();
             accept.results[id] = inner.byte();
-        } else if (item.type == kUserInformation) {
+        } else if (item.type == item_type::kUserInformation) {
             while (!inner.atEnd()) {
                 const Item more = scp::takeItem(inner);
-                if (more.type == kMaximumLength) {
+                if (more.type == item_type::kMaximumLength) {
                     accept.maximumLength = ByteReader(more.body).bigLong();
                 }
             }

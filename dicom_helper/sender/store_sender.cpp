@@ -4,6 +4,7 @@
 #include "dicom_helper/scp/association_request.h"
 #include "dicom_helper/scp/bytes.h"
 #include "dicom_helper/scp/command_set.h"
+#include "dicom_helper/scp/item_types.h"
 #include "dicom_helper/scp/pdus.h"
 #include "dicom_helper/sender/association_accept.h"
 
@@ -19,6 +20,7 @@ using scp::PduType;
 using scp::ProtocolError;
 using scp::putBig;
 using scp::putItem;
+namespace item_type = scp::item_type;
 using Kind = StoreOutcome::Kind;
 
 namespace {
@@ -49,35 +51,25 @@ std::string padded(std::string title)
 
 std::string associationRequest(const Titles &titles)
 {
-    // Types of items and sub-items (PS3.8 9.3.2, D.1, D.3.3).
-    constexpr std::uint8_t kApplicationContext = 0x10;
-    constexpr std::uint8_t kPresentationContext = 0x20;
-    constexpr std::uint8_t kAbstractSyntax = 0x30;
-    constexpr std::uint8_t kTransferSyntax = 0x40;
-    constexpr std::uint8_t kUserInformation = 0x50;
-    constexpr std::uint8_t kMaximumLength = 0x51;
-    constexpr std::uint8_t kImplementationClass = 0x52;
-    constexpr std::uint8_t kImplementationVersion = 0x55;
-
     std::string context;
     putBig(context, kContextId, 1);
     putBig(context, 0, 3);
-    putItem(context, kAbstractSyntax, kSampleSopClass);
-    putItem(context, kTransferSyntax, kSampleTransferSyntax);
+    putItem(context, item_type::kAbstractSyntax, kSampleSopClass);
+    putItem(context, item_type::kTransferSyntax, kSampleTransferSyntax);
     std::string length;
     putBig(length, scp::kOurMaximumLength, 4);
     std::string user;
-    putItem(user, kMaximumLength, length);
-    putItem(user, kImplementationClass, kImplementationClassUid);
-    putItem(user, kImplementationVersion, kImplementationVersionName);
+    putItem(user, item_type::kMaximumLength, length);
+    putItem(user, item_type::kImplementationClass, kImplementationClassUid);
+    putItem(user, item_type::kImplementationVersion, kImplementationVersionName);
 
     std::string body;
     putBig(body, 1, 2);
     putBig(body, 0, 2);
     body += padded(titles.called) + padded(titles.calling) + std::string(32, '\0');
-    putItem(body, kApplicationContext, "1.2.840.10008.3.1.1.1");
-    putItem(body, kPresentationContext, context);
-    putItem(body, kUserInformation, user);
+    putItem(body, item_type::kApplicationContext, "1.2.840.10008.3.1.1.1");
+    putItem(body, item_type::kPresentationContext, context);
+    putItem(body, item_type::kUserInformation, user);
     return scp::encodePdu(PduType::associateRequest, body);
 }
 

@@ -201,6 +201,14 @@ TEST_F(ArchiveTrialTest, TakesBackAnImageOfWhichNobodyKnowsWhetherItArrived)
     EXPECT_TRUE(archive.tryOut().last().words.contains(QStringLiteral("2.25."))); // what may stay is named
 }
 
+TEST_F(ArchiveTrialTest, AsksForNoDeletionOfWhatWasRefusedByItsStatus)
+{
+    archive.statusAlone = 403;
+
+    EXPECT_EQ(outcomeOf(archive.tryOut(), "store"), Outcome::failed);
+    EXPECT_FALSE(archive.isDeleted);
+}
+
 TEST_F(ArchiveTrialTest, TakesBackAnImageBehindAFaultThatMayHaveStoredIt)
 {
     for (const int status : {504, 500, 408}) {

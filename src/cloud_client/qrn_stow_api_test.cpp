@@ -399,6 +399,25 @@ TEST(StowUpload, ProvesNothingWhenTheQueryFailsToo)
     EXPECT_FALSE(refusal->cause) << "the upload itself was answered";
 }
 
+TEST(StowUpload, EndsForAllWhereTheQueryIsToldThatTheSessionIsOver)
+{
+    ScriptedService service([](const ReceivedRequest &request) {
+        return request.method == "POST"
+                   ? ScriptedHttpServer::answer(200)
+                   : ScriptedHttpServer::answer(401, "application/problem+json", R"({"kind": 0})");
+    });
+    SampleFiles files;
+
+    const auto refusal = refusalOf(service.client, {files.dicom("1.2.3")});
+
+    ASSERT_TRUE(refusal && refusal->cause);
+    try {
+        std::rethrow_exception(refusal->cause);
+    } catch (const QrnErrorResponse &error) {
+        EXPECT_EQ(error.kind, QrnErrorKind::sessionInvalid);
+    }
+}
+
 TEST(StowUpload, FailsWhenTheConnectionIsCutAfterStoringAndSucceedsWhenSentAgain)
 {
     bool hasStored = false;

@@ -113,6 +113,15 @@ class IncomingFolder(EndToEndTest):
         self.gateway.await_received(images)
         await_true("all is well", lambda: self.findings() == {}, self.gateway.process)
 
+    def start_without_volume(self, make_what_lies_under_it):
+        """Two images wait on it. Returns them, and where the volume is meanwhile."""
+        obstacle = self.hold_back_imports()
+        images = self.samples(ct=2)
+        send(self.gateway, images)
+        away = self.folder / "volume"
+        self.start_again(before=lambda: (obstacle.unlink(), self.inbox.rename(away), make_what_lies_under_it()))
+        return images, away
+
     def names_in(self, folder):
         return [path.relative_to(folder).as_posix() for path in folder.rglob("*")]
 
@@ -124,14 +133,8 @@ class IncomingFolder(EndToEndTest):
         self.assertIn("Inbox      can't be seen", self.gateway.command("status", check=False).stdout)
 
     def test_one_that_is_not_mounted_at_the_start_is_not_made_anew_under_its_mount_point(self):
-        # Given
-        obstacle = self.hold_back_imports()
-        images = self.samples(ct=2)
-        send(self.gateway, images)
-        away = self.folder / "volume"
-
         # When
-        self.start_again(before=lambda: (obstacle.unlink(), self.inbox.rename(away), self.inbox.mkdir()))
+        images, away = self.start_without_volume(self.inbox.mkdir)
 
         # Then
         self.refuses()
@@ -184,14 +187,8 @@ class IncomingFolder(EndToEndTest):
         (self.inbox / ".part/order").touch()
 
     def test_nor_is_it_forgotten_where_an_earlier_program_worked_under_its_mount_point(self):
-        # Given
-        obstacle = self.hold_back_imports()
-        images = self.samples(ct=2)
-        send(self.gateway, images)
-        away = self.folder / "volume"
-
         # When
-        self.start_again(before=lambda: (obstacle.unlink(), self.inbox.rename(away), self.leave_as_an_earlier_program_did()))
+        images, away = self.start_without_volume(self.leave_as_an_earlier_program_did)
 
         # Then
         self.gateway.await_status("its words", lambda s: s["inbox"]["outOfSight"] == 1
@@ -245,11 +242,7 @@ class IncomingFolder(EndToEndTest):
 
     def test_one_that_is_out_of_sight_is_not_forgotten_when_another_is_chosen_then(self):
         # Given
-        obstacle = self.hold_back_imports()
-        images = self.samples(ct=2)
-        send(self.gateway, images)
-        away = self.folder / "volume"
-        self.start_again(before=lambda: (obstacle.unlink(), self.inbox.rename(away), self.inbox.mkdir()))
+        images, away = self.start_without_volume(self.inbox.mkdir)
         self.refuses()
 
         # When

@@ -1,6 +1,7 @@
 """The packages that the build folder makes, and a bare Debian root to install them in."""
 
 import hashlib
+import json
 import os
 import re
 import subprocess
@@ -102,3 +103,16 @@ class DebianRoot:
         for process in self._started:
             end(process)
         call(*SUDO, "rm", "-rf", "--one-file-system", self.folder)
+
+
+class OnARack:
+    """For tests with a `root` that has the headless package: asks its gateway as the user that it runs as."""
+
+    def command(self, *arguments, text_in=None):
+        return self.root.run("quorin-gateway", "--home", RACK_HOME, *arguments, user=USER, text_in=text_in)
+
+    def status(self):
+        try:
+            return json.loads(self.command("status", "--json"))
+        except AssertionError:
+            return None

@@ -9,7 +9,7 @@ import tempfile
 import unittest
 from pathlib import Path
 
-from debian import BUILD, RACK_HOME, SUDO, USER, DebianRoot, call, make_packages
+from debian import BUILD, RACK_HOME, SUDO, USER, DebianRoot, OnARack, call, make_packages
 from harness import EMAIL, PASSWORD, TITLE, EndToEndTest, await_true, end, environment, free_port
 
 SOURCES = Path(__file__).resolve().parent.parent.parent
@@ -112,7 +112,7 @@ esac
 """
 
 
-class BareDebian(EndToEndTest):
+class BareDebian(OnARack, EndToEndTest):
     """A Debian 12 root in a folder, the package in it, and a local cloud outside."""
 
     def setUp(self):
@@ -146,15 +146,6 @@ class BareDebian(EndToEndTest):
         self.gateway = self.root.start(*command, user=USER, log=self.folder / "gateway.log", variables=variables)
         await_true("the gateway", self.status, self.gateway)
         self.addCleanup(end, self.gateway)
-
-    def command(self, *arguments, text_in=None):
-        return self.root.run("quorin-gateway", "--home", RACK_HOME, *arguments, user=USER, text_in=text_in)
-
-    def status(self):
-        try:
-            return json.loads(self.command("status", "--json"))
-        except AssertionError:
-            return None
 
     def stop(self):
         end(self.gateway)

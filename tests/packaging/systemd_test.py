@@ -13,7 +13,7 @@ import unittest
 from pathlib import Path
 
 from booted import BootedRoot, CannotBoot
-from debian import RACK_HOME, USER, make_packages
+from debian import RACK_HOME, USER, OnARack, make_packages
 from guarded_archive import Authority
 from harness import EMAIL, PASSWORD, TITLE, EndToEndTest, await_true, environment, free_port, identity_of
 from orthanc import Orthanc
@@ -40,7 +40,7 @@ def from_the_operators_page(pattern):
     return re.sub(r"^    ", "", re.search(pattern, page, re.M)[0], flags=re.M)
 
 
-class UnderSystemd(EndToEndTest):
+class UnderSystemd(OnARack, EndToEndTest):
     """A booted Debian with the package."""
 
     def setUp(self):
@@ -48,15 +48,6 @@ class UnderSystemd(EndToEndTest):
         self.root = BootedRoot(self.folder / "root", [PACKAGES["quorin-gateway"]])
         self.addCleanup(self.root.remove)
         self.root.install(PACKAGES["quorin-gateway"])
-
-    def command(self, *arguments, text_in=None):
-        return self.root.run("quorin-gateway", "--home", RACK_HOME, *arguments, user=USER, text_in=text_in)
-
-    def status(self):
-        try:
-            return json.loads(self.command("status", "--json"))
-        except AssertionError:
-            return None
 
     def await_listening(self):
         await_true("the listener", lambda: (self.status() or {}).get("listener", {}).get("state") == "listening")

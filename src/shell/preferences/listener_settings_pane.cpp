@@ -4,6 +4,7 @@
 #include "shell/controls/button.h"
 #include "shell/controls/card.h"
 #include "shell/controls/card_page.h"
+#include "shell/controls/folder_rows.h"
 #include "shell/controls/form_field.h"
 #include "shell/controls/inline_error.h"
 #include "shell/controls/state_label.h"
@@ -75,17 +76,7 @@ void ListenerSettingsPane::addConnection()
 void ListenerSettingsPane::addStorage()
 {
     Card &card = page().addCard(tr("Storage"));
-    card.body().addWidget(new TextLabel(theme(), tr("Destination Folder"), TypeStyle::small, Color::text2));
-    m_folder->setMono();
-    m_folder->setWordWrap(true);
-    m_folder->setAccessibleDescription(tr("Destination Folder"));
-    card.body().addWidget(m_folder);
-    auto *ways = new QHBoxLayout;
-    ways->setSpacing(theme().space(Space::tight));
-    ways->addWidget(m_choose);
-    ways->addWidget(m_default);
-    ways->addStretch(1);
-    card.body().addLayout(ways);
+    addFolderRows(card, theme(), tr("Destination Folder"), m_folder, {m_choose, m_default});
 }
 
 void ListenerSettingsPane::addFoot()

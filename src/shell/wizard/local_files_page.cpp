@@ -2,6 +2,7 @@
 
 #include "shell/controls/button.h"
 #include "shell/controls/card.h"
+#include "shell/controls/folder_rows.h"
 #include "shell/controls/segmented_control.h"
 #include "shell/controls/text_field.h"
 #include "shell/controls/text_label.h"
@@ -61,18 +62,7 @@ LocalFilesPage::LocalFilesPage(const Theme &theme,
 void LocalFilesPage::addStorage()
 {
     Card &card = addCard(tr("Storage Location"));
-    card.body().addWidget(
-        new TextLabel(theme(), tr("Incoming Files Folder"), TypeStyle::small, Color::text2));
-    m_folder->setMono();
-    m_folder->setWordWrap(true);
-    m_folder->setAccessibleDescription(tr("Incoming Files Folder"));
-    card.body().addWidget(m_folder);
-    auto *ways = new QHBoxLayout;
-    ways->setSpacing(theme().space(Space::tight));
-    ways->addWidget(m_choose);
-    ways->addWidget(m_default);
-    ways->addStretch(1);
-    card.body().addLayout(ways);
+    addFolderRows(card, theme(), tr("Incoming Files Folder"), m_folder, {m_choose, m_default});
     card.body().addWidget(m_restore, 0, Qt::AlignLeft);
 }
 
