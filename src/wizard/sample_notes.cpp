@@ -14,24 +14,66 @@ const QString kKey = QStringLiteral("SetupTrial.samples");
 
 QStringList SampleNotes::studies() const
 {
-    QStringList kept =
-        m_defaults.object(kKey).value_or(QVariant()).toString().split(u' ', Qt::SkipEmptyParts);
-    const auto foreign =
-        std::remove_if(kept.begin(), kept.end(), [](const QString &study) { return !isSampleStudy(study); });
-    kept.erase(foreign, kept.end()); // what is noted is deleted: nothing else may come in here
-    return kept;
+    QStringList all;
+    for (const Note &note : notes()) {
+        all.append(note.study);
+    }
+    return all;
 }
 
-bool SampleNotes::add(const QString &study)
+QDateTime SampleNotes::mayComeUntil(const QString &study) const
 {
-    return m_defaults.setObject(kKey, (studies() << study).join(u' '));
+    const QList<Note> kept = notes();
+    const auto note = std::ranges::find(kept, study, &Note::study);
+    return note == kept.end() ? QDateTime() : note->mayComeUntil;
+}
+
+bool SampleNotes::add(const QString &study, const QDateTime &mayComeUntil)
+{
+    return write(notes() << Note{study, mayComeUntil});
+}
+
+void SampleNotes::setArrived(const QString &study)
+{
+    QList<Note> kept = notes();
+    for (Note &note : kept) {
+        if (note.study == study) {
+            note.mayComeUntil = QDateTime::fromSecsSinceEpoch(0, Qt::UTC);
+        }
+    }
+    write(kept);
 }
 
 void SampleNotes::remove(const QString &study)
 {
-    QStringList left = studies();
-    left.removeAll(study);
-    m_defaults.setObject(kKey, left.isEmpty() ? QVariant() : QVariant(left.join(u' ')));
+    QList<Note> left = notes();
+    left.removeIf([&study](const Note &note) { return note.study == study; });
+    write(left);
+}
+
+/// As they are written: "study@seconds study@seconds".
+QList<SampleNotes::Note> SampleNotes::notes() const
+{
+    const QStringList written =
+        m_defaults.object(kKey).value_or(QVariant()).toString().split(u' ', Qt::SkipEmptyParts);
+    QList<Note> kept;
+    for (const QString &note : written) {
+        const QString study = note.section(u'@', 0, 0);
+        if (isSampleStudy(study)) { // what is noted is deleted: nothing else may come in here
+            kept.append(
+                {study, QDateTime::fromSecsSinceEpoch(note.section(u'@', 1, 1).toLongLong(), Qt::UTC)});
+        }
+    }
+    return kept;
+}
+
+bool SampleNotes::write(const QList<Note> &notes)
+{
+    QStringList written;
+    for (const Note &note : notes) {
+        written.append(QStringLiteral("%1@%2").arg(note.study).arg(note.mayComeUntil.toSecsSinceEpoch()));
+    }
+    return m_defaults.setObject(kKey, written.isEmpty() ? QVariant() : QVariant(written.join(u' ')));
 }
 
 } // namespace gateway::wizard

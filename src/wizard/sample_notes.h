@@ -2,6 +2,8 @@
 
 #include "platform/defaults/user_defaults.h"
 
+#include <QtCore/QDateTime>
+#include <QtCore/QList>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 
@@ -19,12 +21,27 @@ public:
     /// The studies of such samples, the oldest first.
     QStringList studies() const;
 
+    /// Until when a cloud that doesn't show a sample may yet store it.
+    QDateTime mayComeUntil(const QString &study) const;
+
     /// \return false when that can't be kept in mind: the sample isn't to be sent then.
-    bool add(const QString &study);
+    bool add(const QString &study, const QDateTime &mayComeUntil);
+
+    /// The sample was in the cloud: what doesn't show it any more has nothing of it to come.
+    void setArrived(const QString &study);
 
     void remove(const QString &study);
 
 private:
+    struct Note
+    {
+        QString study;
+        QDateTime mayComeUntil;
+    };
+
+    QList<Note> notes() const;
+    bool write(const QList<Note> &notes);
+
     platform::UserDefaults &m_defaults;
 };
 

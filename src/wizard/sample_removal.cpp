@@ -59,6 +59,9 @@ QCoro::Task<SampleRemoved> SampleRemoval::remove(InstanceIdentity sample, bool w
         co_await platform::onPool(m_parts.main, m_parts.pool, [gateway = &m_parts.gateway, sample] {
             return removeHere(*gateway, sample);
         });
+    if (here.before.state == LocalSample::State::uploaded) {
+        m_notes.setArrived(sample.study);
+    }
     if (!here.isGone) {
         co_return SampleRemoved{Rest::here};
     }
@@ -79,6 +82,9 @@ QCoro::Task<SampleRemoved> SampleRemoval::remove(InstanceIdentity sample, bool w
         });
     if (refusal) {
         co_return SampleRemoved{Rest::inCloud, refusal};
+    }
+    if (m_parts.clock.now() < m_notes.mayComeUntil(sample.study)) {
+        co_return SampleRemoved{Rest::mayComeLater};
     }
     m_notes.remove(sample.study);
     co_return SampleRemoved{};

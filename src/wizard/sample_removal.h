@@ -35,7 +35,8 @@ struct SampleRemoved
         yetToCome,     ///< it may lie in an incoming folder, and isn't recorded
         here,          ///< what is recorded of it can't be deleted now
         beingUploaded, ///< an upload is under way that may carry it
-        inCloud        ///< nobody is signed in, or the cloud doesn't delete it
+        inCloud,       ///< nobody is signed in, or the cloud doesn't delete it
+        mayComeLater   ///< gone as far as is known, but the cloud may have taken it without showing it yet
     };
 
     Rest rest = Rest::none;
@@ -54,6 +55,9 @@ public:
     static constexpr std::chrono::seconds kFirstPause{30};
     static constexpr std::chrono::hours kLongestPause{1};
 
+    /// An archive that takes images and stores them later has done so by then.
+    static constexpr std::chrono::hours kLatestArrival{24};
+
     explicit SampleRemoval(const SampleParts &parts);
     ~SampleRemoval();
 
@@ -61,7 +65,10 @@ public:
     SampleRemoval &operator=(const SampleRemoval &) = delete;
 
     /// Keeps a sample in mind that is about to be sent. \return false when it isn't to be sent.
-    bool expect(const platform::InstanceIdentity &sample) { return m_notes.add(sample.study); }
+    bool expect(const platform::InstanceIdentity &sample)
+    {
+        return m_notes.add(sample.study, m_parts.clock.now().addDuration(kLatestArrival));
+    }
 
     /// The sample was sent nowhere.
     void forget(const platform::InstanceIdentity &sample) { m_notes.remove(sample.study); }

@@ -268,10 +268,12 @@ void SetupTrial::endRemoval(const SampleRemoved &removed)
     if (wasNeverSent) {
         m_removal.forget(m_sample);
     }
-    if (wasNeverSent || removed.rest == Rest::none) {
-        pass(TrialStep::remove, removedWords(!wasNeverSent));
+    if (wasNeverSent) {
+        pass(TrialStep::remove, neverSentWords());
+    } else if (removed.rest == Rest::none || removed.rest == Rest::mayComeLater) {
+        pass(TrialStep::remove, removedWords(removed));
     } else {
-        fail(TrialStep::remove, notRemovedWords(removed));
+        fail(TrialStep::remove, removedWords(removed));
     }
 }
 

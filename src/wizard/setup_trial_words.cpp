@@ -136,19 +136,17 @@ QString notFoundWords(const std::optional<QString> &problem)
                          "SetupTrial", "The cloud took it, but doesn't find it yet. It may need more time.");
 }
 
-QString removedWords(bool fromCloud)
+QString neverSentWords()
 {
-    return fromCloud
-               ? QCoreApplication::translate("SetupTrial", "Nothing of it is left, here or in the cloud.")
-               : QCoreApplication::translate("SetupTrial",
-                                             "Nothing of it is left here. It never went to the cloud.");
+    return QCoreApplication::translate("SetupTrial",
+                                       "Nothing of it is left here. It never went to the cloud.");
 }
 
-QString notRemovedWords(const SampleRemoved &removed)
+QString removedWords(const SampleRemoved &removed)
 {
     switch (removed.rest) {
     case SampleRemoved::Rest::none:
-        return removedWords(true);
+        return QCoreApplication::translate("SetupTrial", "Nothing of it is left, here or in the cloud.");
     case SampleRemoved::Rest::yetToCome:
         return QCoreApplication::translate("SetupTrial",
                                            "It isn't recorded yet. It is deleted as soon as it is.");
@@ -170,6 +168,10 @@ QString notRemovedWords(const SampleRemoved &removed)
                                                  "It is deleted here. Should it be in the cloud, it is "
                                                  "deleted there once somebody is "
                                                  "signed in.");
+    case SampleRemoved::Rest::mayComeLater:
+        return QCoreApplication::translate("SetupTrial",
+                                           "Nothing of it is left here, and nothing of it is in the cloud "
+                                           "now. Should it show up there within a day, it is deleted then.");
     }
     return {};
 }

@@ -23,10 +23,8 @@ QString foundWords();
 /// \param problem  what the cloud said; nothing where it answered and found nothing.
 QString notFoundWords(const std::optional<QString> &problem);
 
-/// \param fromCloud  it was there, or may have been.
-QString removedWords(bool fromCloud);
-
-QString notRemovedWords(const SampleRemoved &removed);
+QString neverSentWords();
+QString removedWords(const SampleRemoved &removed);
 QString nothingToRemoveWords();
 
 /// \param wasStopped  by a person.

@@ -422,6 +422,7 @@
 <message><source>Stopped.</source><translation>Angehalten.</translation></message>
 <message><source>Not tried.</source><translation>Nicht versucht.</translation></message>
 <message><source>It is deleted here. If the cloud has it, it isn't deleted there yet: %1 It is tried again by itself; else delete the study of TEST QUORIN GATEWAY there.</source><translation>Hier ist es gelöscht. Hat die Cloud es, ist es dort noch nicht gelöscht: %1 Es wird von selbst wieder versucht; sonst löschen Sie dort die Studie von TEST QUORIN GATEWAY.</translation></message>
+<message><source>Nothing of it is left here, and nothing of it is in the cloud now. Should it show up there within a day, it is deleted then.</source><translation>Hier ist nichts mehr davon, und in der Cloud zurzeit auch nicht. Taucht es dort binnen eines Tages auf, wird es dann gelöscht.</translation></message>
 </context>
 <context><name>SetupWizard</name>
 <message><source>Auto-delete in days must be a number between 1 and 3650.</source><translation>Für das Löschen nach Tagen ist eine Zahl von 1 bis 3650 nötig.</translation></message>
