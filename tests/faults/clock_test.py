@@ -8,8 +8,9 @@ import time
 import unittest
 
 import invariants
-from fault_rig import FaultRig, figure, rig
+from fault_rig import FaultRig, Sweep, figure, rig
 from ledger import Ledger, Version
+from steps import telling
 
 DAY = 24 * 3600
 KEPT = 30 * DAY
@@ -67,25 +68,24 @@ class Clock(unittest.TestCase):
             self.machine.sign_in()
 
     def test_restart(self):
-        for name, offset in MOVES.items():
-            for moved in (offset, 0):
-                with self.subTest(name, offset=moved):
-                    self.machine.move(moved)
-                    self.machine.restart()
-                    self.sign_in_where_that_ended()
-                    self.send(moved)
-        figure(f"{2 * len(MOVES)} starts with the clock moved, nothing let go of")
-        self.end()
+        self.moved("a start with the clock moved", self.machine.restart)
 
     def test_running(self):
-        for name, offset in MOVES.items():
-            for moved in (offset, 0):
-                with self.subTest(name, offset=moved):
-                    self.machine.move(moved)
-                    self.sign_in_where_that_ended()
-                    self.send(moved)
-        figure(f"the clock moved {2 * len(MOVES)} times, nothing let go of")
+        self.moved("the clock moved in life", lambda: None)
+
+    def moved(self, what, live):
+        def move(name, offset):
+            with telling(f"{name}, {offset} s"):
+                self.machine.move(offset)
+                live()
+                self.sign_in_where_that_ended()
+                self.send(offset)
+            return True
+        moves = [(name, moved) for name, offset in MOVES.items() for moved in (offset, 0)]
+        sweep = Sweep(what)
+        sweep.play(moves, lambda each: move(*each))
         self.end()
+        sweep.end(len(moves))
 
     def test_pauses(self):
         """What was to wait until a time that the clock went back from goes with the next run."""

@@ -6,11 +6,12 @@ and the last.
 """
 
 import errno
+import itertools
 import random
 import sys
 import unittest
 
-from fault_rig import figure, is_long, seed
+from fault_rig import Sweep, seed, share
 from scenarios import ALL
 from steps import Play, Stage, telling
 
@@ -33,19 +34,10 @@ def test_of(name):
         calls = stage.count(all_calls=True)
         chance = random.Random(SEED)
         points = [(step, manner) for step in ends_of_runs(calls) for manner in (ONCE, FOR_EVER)]
-        if not is_long():
-            points = sorted(chance.sample(points, SAMPLE))
-        first = chance.randrange(len(ERRORS))
-        failed, wrong = 0, []
-        for number, (step, manner) in enumerate(points):
-            try:
-                failed += fails_at(stage, step, manner, error_of(manner, first + number))
-            except AssertionError as failure:
-                wrong.append(str(failure))
-                print(failure, flush=True)
-        figure(f"{name}: failed at {failed} of {len(points)} points of {len(calls)} calls")
-        self.assertEqual(wrong, [])
-        self.assertGreaterEqual(failed, len(points) // 2)
+        chosen = share(points, SAMPLE, chance)
+        errors = itertools.count(chance.randrange(len(ERRORS)))
+        sweep = Sweep(f"{name}, errors", f" of {len(calls)} calls")
+        sweep.play(chosen, lambda point: fails_at(stage, *point, error_of(point[1], next(errors)))).end(len(chosen) // 2)
     return test
 
 

@@ -16,6 +16,7 @@ import rig  # noqa: E402  pylint: disable=wrong-import-position
 
 SETTLING = 60  # seconds; what takes longer has failed
 PASSING = 2  # seconds; what fails for ever gets this long to settle all the same
+QUIET = 0.5  # seconds; where no file is touched for so long, nothing settles any more
 
 
 class FaultRig(rig.Rig):
@@ -52,6 +53,24 @@ class FaultRig(rig.Rig):
                 program.kill()
 
     # What runs
+
+    def command_until(self, gives_up, *arguments, said=""):
+        """A person's command; None where the person gave up before it had ended."""
+        asked = subprocess.Popen([rig.program("quorin-gateway"), "--home", self.home, *arguments], env=rig.environment(),
+                                 stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+        end = time.monotonic() + rig.PATIENCE
+        while not gives_up():
+            try:
+                output, error = asked.communicate(said, timeout=0.02)
+                return subprocess.CompletedProcess(asked.args, asked.returncode, output, error)
+            except subprocess.TimeoutExpired:
+                said = None  # which it has
+            if time.monotonic() > end:
+                asked.kill()
+                raise AssertionError(f"{arguments[0]} took longer than {rig.PATIENCE} seconds")
+        asked.kill()
+        asked.communicate()
+        return None
 
     def gateway_arguments(self):
         return [rig.program("quorin-gateway"), "--home", self.home, "--bind", "127.0.0.1", "--cloud", self.address,
@@ -141,6 +160,8 @@ class Tracer:
     def __init__(self, fault_rig, *strike, all_calls=False, launch=False):
         """Of a gateway that runs, or, with launch, of one that is started by this."""
         self._path = fault_rig.path("calls")
+        self._fails_for_ever, self._struck_at = "--fail-on" in strike, None
+        self._said, self._said_at = 0, time.monotonic()
         options = ["--below", fault_rig.home, "--but", f"{fault_rig.home}/Application Support", *map(str, strike)]
         if all_calls:
             options.append("--all")
@@ -169,6 +190,19 @@ class Tracer:
         lines = self._lines()
         return lines[lines.index("hit") - 1] if "hit" in lines else None
 
+    def is_beyond_hope(self):
+        """What fails for ever has failed for a while: nobody waits any longer for what is under way."""
+        if self._fails_for_ever and self._struck_at is None and self.struck():
+            self._struck_at = time.monotonic()
+        return self._struck_at is not None and time.monotonic() > self._struck_at + PASSING
+
+    def is_quiet(self):
+        """No file has been touched for a while, as far as this counts, and as those who ask here could see."""
+        said, now = os.path.getsize(self._path), time.monotonic()
+        if said != self._said:
+            self._said, self._said_at = said, now
+        return now > self._said_at + QUIET
+
     def has_killed(self):
         return self.struck() is not None and self.process.poll() is not None
 
@@ -180,11 +214,17 @@ class Tracer:
 
 
 def seed():
-    """What QUORIN_FAULT_SEED says, or a new one; printed, so that a run can be repeated."""
+    """What QUORIN_FAULT_SEED says, or a new one; printed, so that a run can be repeated. From here on SIGTERM fails the test under
+    way, which clears up."""
+    signal.signal(signal.SIGTERM, end)
     given = os.environ.get("QUORIN_FAULT_SEED")
     number = int(given) if given else int.from_bytes(os.urandom(4), "little")
     print(f"QUORIN_FAULT_SEED={number}", flush=True)
     return number
+
+
+def end(*_):
+    raise AssertionError("ended by a signal")
 
 
 def is_long():
@@ -192,6 +232,61 @@ def is_long():
     return os.environ.get("QUORIN_FAULTS") == "long"
 
 
+def share(points, quick, chance):
+    """What is played: all points in the long run, or so many of them by chance as QUORIN_FAULT_POINTS says; else a quick sample."""
+    points = list(points)
+    most = int(os.environ.get("QUORIN_FAULT_POINTS", len(points))) if is_long() else quick
+    return points if most >= len(points) else [points[at] for at in sorted(chance.sample(range(len(points)), most))]
+
+
 def figure(text):
     """Says what was done, in a line that the long run's table is made of."""
     print(f"figure: {text}", flush=True)
+
+
+class Sweep:
+    """Many points, one after the other. A failure is told at once and ends none of the others, and a sweep that is ended by a
+    signal ends behind its point and says what it did.
+    """
+
+    TELLING = 60  # seconds between two lines about how far it is
+
+    def __init__(self, name, of=""):
+        self.name = name
+        self.of = of
+        self.struck, self.played, self.wrong = 0, 0, []
+
+    def play(self, points, play, fresh=lambda: None):
+        """Plays each; counts those for which that is true. `fresh` makes anew what a failure has left in disorder."""
+        points, ended, begun = list(points), [], time.monotonic()
+        before = {number: signal.signal(number, lambda *_: ended.append(True)) for number in (signal.SIGTERM, signal.SIGINT)}
+        told = begun
+        try:
+            for point in points:
+                try:
+                    self.struck += bool(play(point))
+                except Exception as failure:  # pylint: disable=broad-exception-caught
+                    self.wrong.append(f"{type(failure).__name__}: {failure}")
+                    print(f"{self.name}: FAILED: {self.wrong[-1]}", flush=True)
+                    fresh()
+                self.played += 1
+                if ended:
+                    break
+                if time.monotonic() > told + self.TELLING:
+                    told = time.monotonic()
+                    print(f"{self.name}: {self.played} of {len(points)} points, {len(self.wrong)} failed", flush=True)
+        finally:
+            for number, handler in before.items():
+                signal.signal(number, handler)
+        if ended:
+            self.wrong.append(f"ended by a signal before {len(points) - self.played} points were played")
+        figure(f"{self.name}: struck at {self.struck} of {len(points)} points{self.of}, {self.played} played in "
+               f"{time.monotonic() - begun:.0f} s, {len(self.wrong) - bool(ended)} failed")
+        return self
+
+    def end(self, least):
+        """Raises where one failed, or fewer were struck: the order of what threads do differs, and with it the number of calls."""
+        if self.wrong:
+            raise AssertionError("\n".join(self.wrong))
+        if self.struck < least:
+            raise AssertionError(f"{self.name}: only {self.struck} points were struck, and not {least}")

@@ -16,11 +16,12 @@ import threading
 import time
 import unittest
 
-from fault_rig import SETTLING, FaultRig, figure, is_long, rig, seed  # first: it says where the others are
+from fault_rig import SETTLING, FaultRig, Sweep, figure, is_long, rig, seed  # first: it says where the others are
 import hostile_objects
 import invariants
 import odd_objects
 from ledger import ROOT, Ledger, Version
+from steps import telling
 
 QUICK, MUTANTS = 100, 400  # of all kinds in a quick run; mutants in a long one, where all kinds are sent
 MOST_SECONDS = 10  # from the end of an object until it is stored, set aside or refused
@@ -102,15 +103,20 @@ class HostileObjects(unittest.TestCase):
         cases = self.chosen(hostile_objects.known(), hostile_objects.mutants(self.chance, MUTANTS))
         acknowledged = {}
         self.honestly(1)
-        for name, make, syntax in cases:
-            with self.subTest(name):
-                self.receive(name, make, syntax, acknowledged)
+        sweep = Sweep("hostile datasets received")
+        sweep.play(cases, lambda each: self.receive(*each, acknowledged))
         self.honestly(2)
         there = {digest(odd_objects.received(file)) for file in [*self.stored(), *(file.read_bytes() for file in self.aside())]}
         self.assertEqual({name for body, name in acknowledged.items() if body not in there}, set(), "acknowledged, and lost")
         self.end("received", len(cases))
+        sweep.end(len(cases) // 2)
 
     def receive(self, name, make, syntax, acknowledged):
+        """True where it was acknowledged."""
+        with telling(name):
+            return self.received(name, make, syntax, acknowledged)
+
+    def received(self, name, make, syntax, acknowledged):
         uid = self.uid()
         body, before = make(uid), len(self.aside())
         begun = time.monotonic()
@@ -118,11 +124,12 @@ class HostileObjects(unittest.TestCase):
         self.machine.gateway.check()
         if status != 0:
             self.counts["refused"] += 1
-            return
+            return False
         acknowledged[digest(body)] = name
         rig.await_that(name, lambda: not self.machine.waiting())
         self.took(begun, name)
         self.counts["set aside" if len(self.aside()) > before else "stored"] += 1
+        return True
 
     def answer_to(self, body, uid, syntax):
         """None where the association came to an end instead."""
@@ -146,10 +153,12 @@ class HostileObjects(unittest.TestCase):
              for name, make, syntax in [*hostile_objects.known(), *(hostile_objects.mutants(self.chance, MUTANTS) if is_long() else ())]),
             hostile_objects.headers())
         cases = self.chosen(files)
-        for number, some in enumerate(batches(cases, FOLDER)):
-            self.import_some(number, some)
+        some = batches(cases, FOLDER)
+        sweep = Sweep("folders of hostile datasets imported")
+        sweep.play(enumerate(some), lambda each: self.import_some(*each))
         self.honestly(1)
         self.end("imported", len(cases))
+        sweep.end(len(some))
 
     def import_some(self, number, cases):
         """A file that isn't imported is passed over and told; none stops those behind it."""
@@ -169,6 +178,7 @@ class HostileObjects(unittest.TestCase):
         self.assertEqual((summary["importedFiles"], told), (len(held) - len(passed), len(passed)), summary)
         self.assertEqual({file.name: digest(file.read_bytes()) for file in folder.iterdir()}, held, "a source was changed")
         self.counts.update(stored=len(held) - len(passed), refused=len(passed))
+        return True
 
     # The cloud
 

@@ -11,8 +11,9 @@ import unittest
 
 import invariants
 import odd_objects
-from fault_rig import SETTLING, FaultRig, figure, is_long, rig, seed
+from fault_rig import FaultRig, Sweep, figure, is_long, rig, seed
 from ledger import Ledger, Version
+from steps import telling
 
 CELLS_BETWEEN_HONEST = 60
 QUICK_REQUESTS, LONG_REQUESTS = 1000, 100_000
@@ -158,17 +159,23 @@ class HostilePeers(unittest.TestCase):
 
     def test_table(self):
         known = list(cells())
-        for number, (name, reach, odd) in enumerate(known):
-            with self.subTest(name):
-                peer = Peer(self.machine.port)
-                reach(peer)
-                peer.say(odd)
-                heard = peer.hear_out()
-                self.assertNotIn(struct.pack("<HHIH", 0, 0x0900, 2, 0), heard, "success for no whole object")
+        sweep = Sweep("states and PDUs")
+        sweep.play(enumerate(known), lambda each: self.cell(each[0], *each[1]))
+        self.end()
+        figure(f"{self.honest} honest senders served between {len(known)} cells of states and PDUs")
+        sweep.end(len(known))
+
+    def cell(self, number, name, reach, odd):
+        """True when it was let go of, and was told no success."""
+        with telling(name):
+            peer = Peer(self.machine.port)
+            reach(peer)
+            peer.say(odd)
+            heard = peer.hear_out()
+            self.assertNotIn(struct.pack("<HHIH", 0, 0x0900, 2, 0), heard, "success for no whole object")
             if number % CELLS_BETWEEN_HONEST == 0:
                 self.honestly()
-        figure(f"{len(known)} cells of states and PDUs, {self.honest} honest senders served between them")
-        self.end()
+        return True
 
     def test_requests(self):
         chance, count = random.Random(SEED), LONG_REQUESTS if is_long() else QUICK_REQUESTS

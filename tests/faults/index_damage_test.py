@@ -7,8 +7,9 @@ import sys
 import unittest
 
 import invariants
-from fault_rig import FaultRig, figure, is_long, rig, seed
+from fault_rig import FaultRig, Sweep, rig, seed, share
 from ledger import Ledger, Version
+from steps import telling
 
 QUICK_DAMAGES, LONG_DAMAGES = 12, 300
 PAGE = 4096
@@ -65,17 +66,24 @@ class IndexDamage(unittest.TestCase):
         self.machine.keep()
 
     def test_damage(self):
-        chance, count, refused = random.Random(SEED), LONG_DAMAGES if is_long() else QUICK_DAMAGES, 0
-        for number in range(count):
-            damage, name = DAMAGES[number % len(DAMAGES)], chance.choice(INDEX)
-            has_log = name == LOG or chance.random() < 0.3  # what stands in the log hides what stands in the file
-            with self.subTest(damage.__name__, file=name, log=has_log):
-                refused += self.damaged(lambda held, d=damage: d(chance, held), name, has_log)
-        figure(f"{count} damages of the index, {refused} refused at the start")
+        chance = random.Random(SEED)
+        damages = [self.damage(chance, number) for number in range(LONG_DAMAGES)]
+        sweep = Sweep("index damaged, refused at the start")
+        sweep.play(share(damages, QUICK_DAMAGES, chance), lambda each: self.damaged(*each)).end(0)
         self.failed = False
 
-    def damaged(self, damage, name, has_log):
+    @staticmethod
+    def damage(chance, number):
+        """The harm, its name, the file, and whether the log is there; what stands in the log hides what stands in the file."""
+        damage, own, name = DAMAGES[number % len(DAMAGES)], random.Random(chance.random()), chance.choice(INDEX)
+        return lambda held: damage(own, held), damage.__name__, name, name == LOG or chance.random() < 0.3
+
+    def damaged(self, damage, kind, name, has_log):
         """True where the gateway refused to start."""
+        with telling(f"{kind} of {name}, {'with' if has_log else 'without'} its log"):
+            return self.starts_damaged(damage, name, has_log)
+
+    def starts_damaged(self, damage, name, has_log):
         ledger = copy.deepcopy(self.ledger)
         self.machine.return_to_kept()
         path = self.machine.home_path / "index" / name

@@ -5,7 +5,7 @@ import random
 import sys
 import unittest
 
-from fault_rig import figure, is_long, seed
+from fault_rig import Sweep, seed, share
 from scenarios import ALL
 from steps import Play, Stage, telling
 
@@ -21,12 +21,9 @@ def test_of(name):
         stage = Stage(ALL[name]())
         self.addCleanup(stage.close)
         calls = stage.count()
-        steps = range(1, len(calls) + 1)
-        chosen = steps if is_long() else sorted(random.Random(SEED).sample(steps, min(SAMPLE, len(steps))))
-        killed = sum(killed_at(stage, step) for step in chosen)
-        figure(f"{name}: killed at {killed} of {len(calls)} calls, {len(chosen)} tried")
-        # The order of what threads do differs from time to time, and with it their number.
-        self.assertGreaterEqual(killed, len(chosen) // 2)
+        chosen = share(range(1, len(calls) + 1), SAMPLE, random.Random(SEED))
+        sweep = Sweep(f"{name}, kill", f" of {len(calls)} calls")
+        sweep.play(chosen, lambda step: killed_at(stage, step)).end(len(chosen) // 2)
     return test
 
 

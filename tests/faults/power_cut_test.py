@@ -11,8 +11,9 @@ import threading
 import unittest
 
 import invariants
-from fault_rig import FaultRig, figure, is_long, rig, seed
+from fault_rig import FaultRig, Sweep, figure, rig, seed, share
 from ledger import Ledger, Version
+from steps import telling
 from volume import Volume
 
 QUICK_CUTS, LONG_CUTS = 10, 1000  # of each kind of volume
@@ -61,36 +62,43 @@ class PowerCut(unittest.TestCase):
 
     def cuts(self, kind):
         chance = random.Random(SEED)
-        cuts, left, counted, cut_short = LONG_CUTS if is_long() else QUICK_CUTS, 0, 0, 0
-        left = cuts
-        while left > 0:
-            ledger, short = self.one_home(kind, chance, min(left, CUTS_OF_A_HOME))
-            counted += len(ledger.acceptable)
-            cut_short += short
-            left -= CUTS_OF_A_HOME
-            print(f"{kind}: {cuts - max(left, 0)} cuts", flush=True)
-        figure(f"{kind}: {cuts} cuts, {cut_short} of them in a sending, {counted} images acknowledged, none lost")
-        self.assertGreater(counted, cuts)
-        self.assertGreater(cut_short, cuts // 5)
+        cuts = share(range(LONG_CUTS), QUICK_CUTS, chance)
+        self.kind, self.machine, self.volume, self.counted, self.failed = kind, None, None, 0, True
+        self.addCleanup(self.close)
+        self.begin()
+        sweep = Sweep(f"{kind}, power cuts in a sending")
+        sweep.play(cuts, lambda number: self.cut(number, chance), self.begin)
+        self.counted += len(self.ledger.acceptable)
+        figure(f"{kind}: {self.counted} images acknowledged before {sweep.played} power cuts")
+        sweep.end(len(cuts) // 5)
+        self.assertGreater(self.counted, len(cuts))
+        self.failed = False
 
-    def one_home(self, kind, chance, cuts):
-        ledger = CutLedger()
-        machine = FaultRig()
-        volume = None
-        failed, short = True, 0
-        try:
-            volume = Volume(kind, machine.path("volume"))
-            machine.move_home(os.path.join(volume.folder, "home"))
-            machine.set_up()
-            for number in range(cuts):
-                short += self.one_cut(machine, volume, ledger, chance, number)
-            failed = False
-        finally:
-            machine.kill()
-            if volume:
-                volume.close()
-            machine.close(failed)
-        return ledger, short
+    def begin(self):
+        """A home on a volume of its own."""
+        self.close()
+        self.ledger, self.cuts_of_this = CutLedger(), 0
+        self.machine = FaultRig()
+        self.volume = Volume(self.kind, self.machine.path("volume"))
+        self.machine.move_home(os.path.join(self.volume.folder, "home"))
+        self.machine.set_up()
+
+    def close(self):
+        if self.machine:
+            self.machine.kill()
+            if self.volume:
+                self.volume.close()
+            self.machine.close(self.failed and self.cuts_of_this < CUTS_OF_A_HOME)
+        self.machine = self.volume = None
+
+    def cut(self, number, chance):
+        """True where senders were cut short."""
+        if self.cuts_of_this == CUTS_OF_A_HOME:  # what is there already is checked after each
+            self.counted += len(self.ledger.acceptable)
+            self.begin()
+        self.cuts_of_this += 1
+        with telling(f"{self.kind}, cut {number + 1}"):
+            return self.one_cut(self.machine, self.volume, self.ledger, chance, number)
 
     def one_cut(self, machine, volume, ledger, chance, number):
         """True where senders were cut short."""
@@ -99,13 +107,15 @@ class PowerCut(unittest.TestCase):
         senders = [threading.Thread(target=ledger.send, args=(machine.port, rig.TITLE, each)) for each in versions]
         for sender in senders:
             sender.start()
-        ledger.await_answers(chance.randint(0, SENDERS * OBJECTS))
-        threading.Event().wait(chance.choice((0, chance.uniform(0, 0.01), chance.uniform(0, 0.2))))
-        ledger.cut()
-        volume.cut_power()
-        machine.gateway.kill()
-        for sender in senders:
-            sender.join()
+        try:
+            ledger.await_answers(chance.randint(0, SENDERS * OBJECTS))
+            threading.Event().wait(chance.choice((0, chance.uniform(0, 0.01), chance.uniform(0, 0.2))))
+            ledger.cut()
+            volume.cut_power()
+        finally:
+            machine.gateway.kill()
+            for sender in senders:
+                sender.join()
         volume.unmount()
         volume.mount()
         machine.restart()

@@ -1,9 +1,8 @@
 """What a gateway is busy with when a fault strikes. Each prepares a home once, acts, and may clear up after the restart."""
 
 import shutil
-import subprocess
 
-from fault_rig import SETTLING, FaultRig, rig
+from fault_rig import FaultRig, rig
 from ledger import Ledger, Version
 from odd_objects import part10
 from older_index import VERSION, make_older, version_of
@@ -27,8 +26,8 @@ class Scenario:
     def change_home(self, fault_rig, ledger):
         """What is done to the prepared home while no gateway runs."""
 
-    def act(self, fault_rig, ledger):
-        """May be cut short at any moment."""
+    def act(self, fault_rig, ledger, gives_up):
+        """May be cut short at any moment. A person waits until gives_up()."""
 
     def is_over(self, fault_rig, ledger):
         return fault_rig.is_settled(ledger)
@@ -47,7 +46,7 @@ class Receive(Scenario):
     def __init__(self):
         self.versions = [Version(1), Version(2), Version(1, shade=1)]
 
-    def act(self, fault_rig, ledger):
+    def act(self, fault_rig, ledger, gives_up):
         ledger.send(fault_rig.port, rig.TITLE, self.versions)
 
     def ask_again(self, fault_rig, ledger):
@@ -71,14 +70,11 @@ class Import(Scenario):
             (folder / f"{number}.dcm").write_bytes(part10(version.body, version.instance))
         return folder
 
-    def act(self, fault_rig, ledger):
+    def act(self, fault_rig, ledger, gives_up):
         for version in self.versions:
             ledger.not_answered(version)
-        try:
-            ended = fault_rig.command("import", str(self.folder(fault_rig)), patience=SETTLING)
-        except subprocess.TimeoutExpired:
-            return  # a person waits no longer while the disk fails for ever
-        if ended.returncode == 0:
+        ended = fault_rig.command_until(gives_up, "import", str(self.folder(fault_rig)))
+        if ended and ended.returncode == 0:
             for version in self.versions:
                 ledger.answered(version)
 
@@ -101,8 +97,8 @@ class Upload(Scenario):
         rig.await_that("the import", lambda: len(fault_rig.asked("SELECT 1 FROM DicomImage")) == 3
                        and not fault_rig.waiting())
 
-    def act(self, fault_rig, ledger):
-        fault_rig.command("sign-in", "--email", rig.EMAIL, said=rig.PASSWORD + "\n")
+    def act(self, fault_rig, ledger, gives_up):
+        fault_rig.command_until(gives_up, "sign-in", "--email", rig.EMAIL, said=rig.PASSWORD + "\n")
 
     def ask_again(self, fault_rig, ledger):
         fault_rig.sign_in()
@@ -149,8 +145,8 @@ class Repair(Scenario):
         (aside / "0123abcd-quorin-00000000000000000000000000000001-1.dcm").write_bytes(part10(late.body, late.instance))
         ledger.answered(late)
 
-    def act(self, fault_rig, ledger):
-        fault_rig.command("doctor", "--repair")
+    def act(self, fault_rig, ledger, gives_up):
+        fault_rig.command_until(gives_up, "doctor", "--repair")
 
     def ask_again(self, fault_rig, ledger):
         # What the doctor finds again it can say of files that are under way just now.
@@ -261,11 +257,15 @@ def listens(fault_rig):
 def prepared(scenario):
     """A home and a cloud where the act begins, ended in an orderly way, and what senders were told there."""
     fault_rig, ledger = FaultRig(), Ledger()
-    fault_rig.set_up()
-    scenario.prepare(fault_rig, ledger)
-    fault_rig.stop()
-    scenario.change_home(fault_rig, ledger)
-    fault_rig.keep()
+    try:
+        fault_rig.set_up()
+        scenario.prepare(fault_rig, ledger)
+        fault_rig.stop()
+        scenario.change_home(fault_rig, ledger)
+        fault_rig.keep()
+    except BaseException:
+        fault_rig.close(True)
+        raise
     return fault_rig, ledger
 
 

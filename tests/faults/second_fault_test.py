@@ -6,7 +6,7 @@ import random
 import sys
 import unittest
 
-from fault_rig import figure, is_long, seed
+from fault_rig import Sweep, is_long, seed
 from scenarios import ALL
 from steps import Play, Stage, telling
 
@@ -25,14 +25,14 @@ def test_of(name):
         self.addCleanup(stage.close)
         chance = random.Random(SEED)
         calls = len(stage.count())
-        pairs, twice = LONG_PAIRS if is_long() else QUICK_PAIRS, 0
-        for _ in range(pairs):
-            manner, *error = chance.choice(STRIKES)
-            second = (manner, chance.randint(1, CALLS_OF_A_START), *map(int, error))
-            twice += struck_twice(stage, chance.randint(1, calls), second)
-        figure(f"{name}: {pairs} pairs, both struck in {twice}")
-        self.assertGreaterEqual(twice, pairs // 3)
+        pairs = [pair(chance, calls) for _ in range(LONG_PAIRS if is_long() else QUICK_PAIRS)]
+        Sweep(f"{name}, second faults", f" of {calls} calls").play(pairs, lambda each: struck_twice(stage, *each)).end(len(pairs) // 3)
     return test
+
+
+def pair(chance, calls):
+    manner, *error = chance.choice(STRIKES)
+    return chance.randint(1, calls), (manner, chance.randint(1, CALLS_OF_A_START), *map(int, error))
 
 
 def struck_twice(stage, first, second):

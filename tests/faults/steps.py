@@ -65,7 +65,7 @@ class Play:
             self.rig.start_gateway()
         tracer = self.launch(*strike, all_calls=all_calls) if self.scenario.launches else Tracer(
             self.rig, *strike, all_calls=all_calls)
-        self.scenario.act(self.rig, self.ledger)
+        self.scenario.act(self.rig, self.ledger, tracer.is_beyond_hope)
         return tracer
 
     def launch(self, *strike, all_calls=False):
@@ -90,7 +90,8 @@ class Play:
         is_over = is_over or (lambda: self.scenario.is_over(self.rig, self.ledger))
         rig.await_that("the fault", lambda: tracer.struck() or self.has_ended() or is_over())
         end = time.monotonic() + PASSING
-        while time.monotonic() < end and not self.has_ended() and not self.scenario.is_over(self.rig, self.ledger):
+        while (time.monotonic() < end and not tracer.is_quiet() and not self.has_ended()
+               and not self.scenario.is_over(self.rig, self.ledger)):
             time.sleep(0.02)
 
     def has_ended(self):

@@ -12,9 +12,10 @@ import time
 import unittest
 
 import invariants
-from fault_rig import SETTLING, FaultRig, figure, is_long, rig, seed
+from fault_rig import SETTLING, FaultRig, Sweep, rig, seed, share
 from ledger import Ledger, Version
 from scripted_archive import Archive, Script, referenced
+from steps import telling
 
 SAMPLE = 10
 STATUSES = (200, 202, 400, 401, 403, 404, 409, 413, 429, 500, 502, 503, 507)
@@ -111,9 +112,15 @@ class ArchiveRig(FaultRig):
 class StowAnswers(unittest.TestCase):
 
     def setUp(self):
-        self.machine, self.ledger = ArchiveRig(), Ledger()
-        self.failed = True
+        self.failed, self.machine = True, None
         self.addCleanup(lambda: self.machine.close(self.failed))
+        self.begin()
+
+    def begin(self):
+        """A gateway for which nothing waits any more."""
+        if self.machine:
+            self.machine.close(True)
+        self.machine, self.ledger = ArchiveRig(), Ledger()
         self.machine.set_up()
 
     def test_heard(self):
@@ -123,18 +130,22 @@ class StowAnswers(unittest.TestCase):
         self.play_all(self.kill)
 
     def play_all(self, end):
-        known = list(cases())
-        chosen = known if is_long() else random.Random(SEED).sample(known, SAMPLE)
-        for number, (name, script_of) in enumerate(chosen):
-            version = Version(1, study=number + 1)
-            try:
-                self.play(version, script_of(version, self.machine.elsewhere.address), end)
-            except AssertionError as failure:
-                raise AssertionError(f"{name}: {failure}") from failure
+        known = list(enumerate(cases(), 1))
+        chosen = share(known, SAMPLE, random.Random(SEED))
+        sweep = Sweep(f"{self._testMethodName[5:]}, answers to an upload")
+        sweep.play(chosen, lambda each: self.answered(*each, end), self.begin)
         invariants.check(self.machine, self.ledger, self.machine.archive.datasets())
         self.assertEqual(self.machine.elsewhere.credentials, 0, "the session left its origin")
-        figure(f"{len(chosen)} of {len(known)} answers")
+        sweep.end(len(chosen))
         self.failed = False
+
+    def answered(self, number, case, end):
+        name, script_of = case
+        version = Version(1, study=number)
+        with telling(name):
+            self.play(version, script_of(version, self.machine.elsewhere.address), end)
+            self.assertEqual(self.machine.elsewhere.credentials, 0, "the session left its origin")
+        return True
 
     def play(self, version, script, end):
         self.machine.archive.script = script
