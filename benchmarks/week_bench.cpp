@@ -88,7 +88,7 @@ struct Day
     double processorSeconds = 0;
 };
 
-SentInstance sent(const QString &instance, std::int64_t acknowledged)
+SentInstance sent(const gateway::platform::InstanceUid &instance, std::int64_t acknowledged)
 {
     constexpr std::int64_t kVersion = 1;
     return {instance, kVersion, acknowledged, QStringLiteral("1.2 1.2.3"), QStringLiteral("cloud")};

@@ -61,7 +61,8 @@ LocalSample SampleWay::look(const InstanceIdentity &sample)
 /// Nothing where the index hasn't it, or can't be read.
 std::optional<LocalSample> SampleWay::recorded(const InstanceIdentity &sample) const
 {
-    const QList<index::LocalSeriesSnapshot> series = m_parts.ground.index.seriesSnapshots(sample.study);
+    const QList<index::LocalSeriesSnapshot> series =
+        m_parts.ground.index.seriesSnapshots(sample.study.value());
     if (series.isEmpty()) {
         return std::nullopt;
     }
@@ -77,7 +78,7 @@ std::optional<LocalSample> SampleWay::recorded(const InstanceIdentity &sample) c
 }
 
 /// A sample that failed now is among the newest failures.
-std::optional<core::FailureClass> SampleWay::failureOf(const QString &study) const
+std::optional<core::FailureClass> SampleWay::failureOf(const platform::StudyUid &study) const
 {
     constexpr int kNewest = 200;
     index::UploadFailureCursor cursor;
@@ -90,17 +91,18 @@ std::optional<core::FailureClass> SampleWay::failureOf(const QString &study) con
     return std::nullopt;
 }
 
-bool SampleWay::isSurelyAbsent(const QString &study) const
+bool SampleWay::isSurelyAbsent(const platform::StudyUid &study) const
 {
     index::DicomDB &index = m_parts.ground.index;
     // An index that can't be read has no series either.
-    return index.imagesOutsideCloud({study}).has_value() && index.seriesSnapshots(study).isEmpty();
+    return index.imagesOutsideCloud({study.value()}).has_value() &&
+           index.seriesSnapshots(study.value()).isEmpty();
 }
 
 bool SampleWay::removeHere(const InstanceIdentity &sample)
 {
     index::DicomDB &index = m_parts.ground.index;
-    index.deleteStudies({sample.study}, std::nullopt);
+    index.deleteStudies({sample.study.value()}, std::nullopt);
     index.postLocalSyncStateChanged();
     return isSurelyAbsent(sample.study);
 }
@@ -128,7 +130,7 @@ bool SampleWay::isFound(const InstanceIdentity &sample)
 void SampleWay::removeInCloud(const InstanceIdentity &sample)
 {
     try {
-        m_parts.account.deleteApi.deleteStudy(sample.study, core::deviceId(m_parts.ground.defaults));
+        m_parts.account.deleteApi.deleteStudy(sample.study.value(), core::deviceId(m_parts.ground.defaults));
     } catch (const cloud_client::QrnErrorResponse &error) {
         if (error.kind != cloud_client::QrnErrorKind::notFound && !isNothingThere(error.responseCode)) {
             throw;

@@ -38,8 +38,8 @@ public:
 
 private:
     std::optional<wizard::LocalSample> recorded(const platform::InstanceIdentity &sample) const;
-    std::optional<core::FailureClass> failureOf(const QString &study) const;
-    bool isSurelyAbsent(const QString &study) const;
+    std::optional<core::FailureClass> failureOf(const platform::StudyUid &study) const;
+    bool isSurelyAbsent(const platform::StudyUid &study) const;
 
     const Parts m_parts;
 };

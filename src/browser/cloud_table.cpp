@@ -165,16 +165,16 @@ void CloudTable::deleteOne(const QString &target, const QString &device) const
 {
     const bool isSeries = holdsSeries(kind());
     const QString &study = isSeries ? m_study : target;
-    const QString series = isSeries ? target : QString();
+    const platform::SeriesUid series(isSeries ? target : QString());
     const auto note = [&](index::CloudDeletion step) {
-        return m_parts.record.noteCloudDeletion(study, series, step);
+        return m_parts.record.noteCloudDeletion(platform::StudyUid(study), series, step);
     };
     if (!note(index::CloudDeletion::begins)) {
         throw cloud_client::AFError(unnotedDeletionWords(), std::nullopt);
     }
     try {
         if (isSeries) {
-            m_parts.deletes.deleteSeries(study, series, device);
+            m_parts.deletes.deleteSeries(study, series.value(), device);
         } else {
             m_parts.deletes.deleteStudy(study, device);
         }

@@ -12,7 +12,7 @@ LocalStudySeriesRow LocalStudySeriesRow::of(const index::LocalSeriesSnapshot &se
 {
     LocalStudySeriesRow row;
     row.id = series.id;
-    row.seriesInstanceUID = shownText(series.seriesUID);
+    row.seriesInstanceUID = shownText(series.seriesUID.value());
     row.seriesNumberSort = std::max<std::int64_t>(0, series.seriesNumber);
     row.seriesNumberDisplay = series.seriesNumber < 1 ? kMissing : QString::number(series.seriesNumber);
     row.seriesDescription = shownText(series.seriesDescription);

@@ -24,7 +24,7 @@ FailureCounts failuresIn(const gateway::index::FailedUploads &failed, const std:
     QList<gateway::index::UploadFailure> failures = failed.next(kAtOnce, cursor);
     while (!failures.isEmpty() && !stop.stop_requested()) {
         for (const gateway::index::UploadFailure &failure : failures) {
-            ++counts[failure.studyInstanceUID.trimmed()][core::failureClassOf(failure.failureClass)];
+            ++counts[failure.studyInstanceUID.value().trimmed()][core::failureClassOf(failure.failureClass)];
         }
         failures = failed.next(kAtOnce, cursor);
     }

@@ -5,6 +5,7 @@
 #include "cloud_client/qrn_stow_api.h"
 #include "cloud_client/testing/client_fixture.h"
 #include "cloud_client/testing/sample_files.h"
+#include "platform/dicom/testing/identities.h"
 
 #include <QtCore/QTemporaryDir>
 
@@ -67,7 +68,7 @@ TEST(ArchiveExtras, SendEachRequestToTheRootOfItsService)
     askArchive(archive.client);
     EXPECT_THROW(QrnStowAPI(archive.client)
                      .retrieve(archive.client.session(),
-                               {QStringLiteral("1.1"), QStringLiteral("1.2"), QStringLiteral("1.2.3")},
+                               platform::testing::identity("1.1", "1.2", "1.2.3"),
                                folder.filePath(QStringLiteral("fetched")),
                                1 << 20),
                  QuorinError); // an empty list is no instance

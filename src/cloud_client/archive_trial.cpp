@@ -262,7 +262,7 @@ TrialStep ArchiveTrial::store(const SampleInstance &sample, const QString &path)
                 Outcome::good,
                 QCoreApplication::translate("Archive", "The archive says that it has stored the sample.")};
     } catch (const QrnStowResponse &refusal) {
-        const QString &instance = sample.identity.instance;
+        const platform::InstanceUid &instance = sample.identity.instance;
         if (refusal.taken.contains(instance)) {
             return {step,
                     Outcome::remark,
@@ -287,14 +287,14 @@ TrialStep ArchiveTrial::store(const SampleInstance &sample, const QString &path)
 QString ArchiveTrial::takeBack(const SampleInstance &sample) const
 {
     try {
-        QrnDeleteAPI(m_client).deleteStudy(sample.identity.study, m_client.configuration().deviceId);
+        QrnDeleteAPI(m_client).deleteStudy(sample.identity.study.value(), m_client.configuration().deviceId);
         return {};
     } catch (const std::exception &) {
         return QCoreApplication::translate(
                    "Archive",
                    " The archive may hold the sample all the same, under the patient GATEWAY-TEST, as "
                    "study %1.")
-            .arg(sample.identity.study);
+            .arg(sample.identity.study.value());
     }
 }
 
@@ -366,11 +366,11 @@ TrialStep ArchiveTrial::readBack(const SampleInstance &sample, const QString &pa
 }
 
 /// \param wasThere  it was found, or can't be looked for.
-TrialStep ArchiveTrial::remove(const QString &study, bool wasThere) const
+TrialStep ArchiveTrial::remove(const platform::StudyUid &study, bool wasThere) const
 {
     const auto step = QStringLiteral("delete");
     try {
-        QrnDeleteAPI(m_client).deleteStudy(study, m_client.configuration().deviceId);
+        QrnDeleteAPI(m_client).deleteStudy(study.value(), m_client.configuration().deviceId);
         if (!wasThere) {
             return {
                 step,
@@ -378,7 +378,7 @@ TrialStep ArchiveTrial::remove(const QString &study, bool wasThere) const
                 QCoreApplication::translate("Archive",
                                             "The archive was asked to delete the sample. Where it comes "
                                             "later it stays, under the patient GATEWAY-TEST, as study %1.")
-                    .arg(study)};
+                    .arg(study.value())};
         }
         return {step, Outcome::good, QCoreApplication::translate("Archive", "The sample is deleted again.")};
     } catch (const std::exception &error) {
@@ -388,7 +388,7 @@ TrialStep ArchiveTrial::remove(const QString &study, bool wasThere) const
                                      "Archive",
                                      " So nothing there can be deleted from here; the sample stays, under "
                                      "the patient GATEWAY-TEST, as study %1.")
-                                     .arg(study)};
+                                     .arg(study.value())};
     }
 }
 

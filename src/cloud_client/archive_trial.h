@@ -1,16 +1,13 @@
 #pragma once
 
 #include "platform/concurrency/clock.h"
+#include "platform/dicom/instance_identity.h"
 
 #include <QtCore/QList>
 #include <QtCore/QString>
 
 #include <optional>
 #include <stop_token>
-
-namespace gateway::platform {
-struct InstanceIdentity;
-}
 
 namespace gateway::cloud_client {
 
@@ -60,7 +57,7 @@ private:
     QString takeBack(const SampleInstance &sample) const;
     TrialStep find(const platform::InstanceIdentity &identity, const std::stop_token &stop) const;
     TrialStep readBack(const SampleInstance &sample, const QString &path) const;
-    TrialStep remove(const QString &study, bool wasThere) const;
+    TrialStep remove(const platform::StudyUid &study, bool wasThere) const;
 
     QuorinApiClient &m_client;
     platform::Clock &m_clock;

@@ -112,8 +112,8 @@ void QrnStowAPI::retrieve(const CloudSession &session,
     ApiCall call;
     call.service = ApiCall::Service::retrieve;
     call.within = session;
-    call.path = "/studies/" + pathSegment(identity.study) + "/series/" + pathSegment(identity.series) +
-                "/instances/" + pathSegment(identity.instance);
+    call.path = "/studies/" + pathSegment(identity.study.value()) + "/series/" +
+                pathSegment(identity.series.value()) + "/instances/" + pathSegment(identity.instance.value());
     call.accept = "multipart/related; type=\"application/dicom\"; transfer-syntax=*";
     call.isBrief = false;
     call.answerLimit = limit + kFraming;

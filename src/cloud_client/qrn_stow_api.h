@@ -81,9 +81,8 @@ public:
     virtual bool isSeriesFound(const CloudSession &session, const platform::InstanceIdentity &identity) = 0;
 };
 
-/// The instances of what `upload` returned that the server says it had before, in whatever version, by their
-/// bare UIDs.
-QSet<QString> alreadyStoredIn(const QVariantMap &proven);
+/// The instances of what `upload` returned that the server says it had before, in whatever version.
+QSet<platform::InstanceUid> alreadyStoredIn(const QVariantMap &proven);
 
 /// The uploads of the configured service, streamed from disk: memory doesn't grow with the files.
 class QrnStowAPI final : public QrnStowAPIProtocol

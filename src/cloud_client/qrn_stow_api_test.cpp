@@ -2,12 +2,15 @@
 
 #include "cloud_client/stow_answer.h"
 #include "cloud_client/testing/stow_answers.h"
+#include "platform/dicom/testing/identities.h"
 
 #include <QtCore/QRegularExpression>
 
 #include <atomic>
 
 namespace gateway::cloud_client::testing {
+
+using platform::testing::instanceUid;
 
 TEST(StowUpload, SendsOneFileAsOnePartOfKnownLength)
 {
@@ -63,10 +66,10 @@ TEST(StowUpload, NamesTheFailedInstancesOfA202)
     ASSERT_TRUE(refusal);
     EXPECT_EQ(refusal->failures, (QList<QStringList>{{QStringLiteral("1.2.4"), urls[1].toLocalFile()}}));
     EXPECT_EQ(refusal->code, 0xA700);
-    EXPECT_EQ(refusal->reasons, (QHash<QString, int>{{QStringLiteral("1.2.4"), 0xA700}}));
+    EXPECT_EQ(refusal->reasons, (QHash<platform::InstanceUid, int>{{instanceUid("1.2.4"), 0xA700}}));
     EXPECT_FALSE(refusal->cause);
-    EXPECT_FALSE(refusal->names(urls[0], {QStringLiteral("1.2.3")}));
-    EXPECT_TRUE(refusal->names(urls[1], {QStringLiteral("1.2.4")}));
+    EXPECT_FALSE(refusal->names(urls[0], instanceUid("1.2.3")));
+    EXPECT_TRUE(refusal->names(urls[1], instanceUid("1.2.4")));
 }
 
 TEST(StowUpload, LosesNoTimeOnInstancesThatA400Or409Stored)
@@ -79,8 +82,8 @@ TEST(StowUpload, LosesNoTimeOnInstancesThatA400Or409Stored)
         const auto refusal = refusalOf(service.client, urls);
 
         ASSERT_TRUE(refusal) << status;
-        EXPECT_FALSE(refusal->names(urls[0], {QStringLiteral("1.2.3")}));
-        EXPECT_TRUE(refusal->names(urls[1], {QStringLiteral("1.2.4")}));
+        EXPECT_FALSE(refusal->names(urls[0], instanceUid("1.2.3")));
+        EXPECT_TRUE(refusal->names(urls[1], instanceUid("1.2.4")));
     }
 }
 
@@ -108,8 +111,7 @@ TEST(StowUpload, TellsWhatWasThereAlreadyFromWhatIsNew)
         const QVariantMap proven =
             api.upload(service.client.session(), identified(files.dicom("1.2.3")), kDevice, {});
 
-        EXPECT_EQ(alreadyStoredIn(proven).contains(QStringLiteral("1.2.3")), wasThere)
-            << answer.toStdString();
+        EXPECT_EQ(alreadyStoredIn(proven).contains(instanceUid("1.2.3")), wasThere) << answer.toStdString();
     }
 }
 
@@ -124,7 +126,7 @@ TEST(StowUpload, TellsWhatWasThereAlreadyBesideWhatIsRefused)
     const auto refusal = refusalOf(service.client, {files.dicom("1.2.3"), files.dicom("1.2.4")});
 
     ASSERT_TRUE(refusal);
-    EXPECT_EQ(refusal->alreadyStored, (QSet<QString>{QStringLiteral("1.2.3")}));
+    EXPECT_EQ(refusal->alreadyStored, (QSet<platform::InstanceUid>{instanceUid("1.2.3")}));
 }
 
 TEST(StowUpload, RefusesAnInstanceThatIsNamedBothWays)
@@ -144,7 +146,7 @@ TEST(StowUpload, CountsAnInstanceThatTheAnswerPassesOverAsFailed)
     const auto refusal = refusalOf(service.client, {url});
 
     ASSERT_TRUE(refusal);
-    EXPECT_TRUE(refusal->names(url, {QStringLiteral("1.2.3")}));
+    EXPECT_TRUE(refusal->names(url, instanceUid("1.2.3")));
     EXPECT_EQ(service.server.requests().size(), 1);
 }
 
@@ -158,7 +160,7 @@ TEST(StowUpload, ThrowsForARefusalThatNamesAnotherInstanceAndKeepsItsOwnAsSent)
 
     ASSERT_TRUE(refusal);
     EXPECT_EQ(refusal->failures, (QList<QStringList>{{QStringLiteral("9.9.9")}}));
-    EXPECT_FALSE(refusal->names(url, {QStringLiteral("1.2.3")}));
+    EXPECT_FALSE(refusal->names(url, instanceUid("1.2.3")));
 }
 
 TEST(StowUpload, TakesANamelessRefusalForTheInstanceThatTheAnswerPassesOver)
@@ -208,7 +210,7 @@ TEST(StowUpload, MarksNothingAsSentForAPageOfHtmlWithStatus200)
     const auto refusal = refusalOf(service.client, {url});
 
     ASSERT_TRUE(refusal);
-    EXPECT_TRUE(refusal->names(url, {QStringLiteral("1.2.3")}));
+    EXPECT_TRUE(refusal->names(url, instanceUid("1.2.3")));
 }
 
 TEST(StowUpload, AsksForEachInstanceWhereAGoodAnswerCannotBeRead)
@@ -243,7 +245,7 @@ TEST(StowUpload, TellsWhatWasTakenAndCannotBeFoundYetFromWhatWasNot)
         const auto refusal = refusalOf(service.client, {files.dicom("1.2.3"), files.dicom("1.2.4")});
 
         ASSERT_TRUE(refusal);
-        EXPECT_EQ(refusal->taken, isTaken ? QSet<QString>{QStringLiteral("1.2.4")} : QSet<QString>());
+        EXPECT_EQ(refusal->taken, isTaken ? QSet{instanceUid("1.2.4")} : QSet<platform::InstanceUid>());
     }
 }
 
@@ -261,7 +263,7 @@ TEST(StowUpload, LooksWhichInstancesAreThereWhereAConflictIsAllThatIsSaid)
 
     ASSERT_TRUE(refusal);
     EXPECT_EQ(refusal->failures.size(), 2) << "a look proves none: nobody said whose it is";
-    EXPECT_EQ(refusal->found, QSet<QString>{QStringLiteral("1.2.3")});
+    EXPECT_EQ(refusal->found, QSet<platform::InstanceUid>{instanceUid("1.2.3")});
     EXPECT_TRUE(refusal->alreadyStored.isEmpty());
     ASSERT_TRUE(conflict);
     EXPECT_EQ(conflict->responseCode, 409);
@@ -278,10 +280,10 @@ TEST(StowUpload, LooksWhichInstancesAreThereWhereAConflictGivesNoReasonOfUse)
         const auto refusal = refusalOf(service.client, urls);
 
         ASSERT_TRUE(refusal) << body.toStdString();
-        EXPECT_EQ(refusal->found, QSet<QString>{QStringLiteral("1.2.3")}) << body.toStdString();
+        EXPECT_EQ(refusal->found, QSet<platform::InstanceUid>{instanceUid("1.2.3")}) << body.toStdString();
         EXPECT_TRUE(refusal->alreadyStored.isEmpty());
-        EXPECT_TRUE(refusal->names(urls[0], {QStringLiteral("1.2.3")})) << "a look proves none";
-        EXPECT_TRUE(refusal->names(urls[1], {QStringLiteral("1.2.4")}));
+        EXPECT_TRUE(refusal->names(urls[0], instanceUid("1.2.3"))) << "a look proves none";
+        EXPECT_TRUE(refusal->names(urls[1], instanceUid("1.2.4")));
     }
 }
 
@@ -302,8 +304,7 @@ TEST(StowUpload, AsksForAnInstanceInItsStudyAndSeries)
 {
     ScriptedService service(answering(ScriptedHttpServer::answer(200), {"1.2.3"}));
     SampleFiles files;
-    const StowFile file{files.dicom("1.2.3"),
-                        {QStringLiteral("1.2"), QStringLiteral("1.2.9"), QStringLiteral("1.2.3")}};
+    const StowFile file{files.dicom("1.2.3"), platform::testing::identity("1.2", "1.2.9", "1.2.3")};
 
     QrnStowAPI(service.client).upload(service.client.session(), file, kDevice, {});
 
@@ -322,8 +323,7 @@ TEST(StowUpload, BelievesNoQueryThatFindsTheInstanceInAnotherStudy)
                                             : ScriptedHttpServer::answer(200, kDicomJson, found);
         });
         SampleFiles files;
-        const StowFile file{files.dicom("1.2.3"),
-                            {QStringLiteral("1.2"), QString(), QStringLiteral("1.2.3")}};
+        const StowFile file{files.dicom("1.2.3"), platform::testing::identity("1.2", "", "1.2.3")};
         return !errorOf<QrnStowResponse>(
             [&] { QrnStowAPI(service.client).upload(service.client.session(), file, kDevice, {}); });
     };
@@ -337,7 +337,7 @@ TEST(StowUpload, TakesAnInstanceThatIsStoredInAnotherPlaceForUnproven)
     const auto retrieveUrl = [](const QByteArray &path) {
         return ",\"00081190\":{\"vr\":\"UR\",\"Value\":[\"" + path + "\"]}";
     };
-    const StowFile file{{}, {QStringLiteral("1.2"), QStringLiteral("1.2.9"), QStringLiteral("1.2.3")}};
+    const StowFile file{{}, platform::testing::identity("1.2", "1.2.9", "1.2.3")};
     SampleFiles files;
     const auto isProven = [&](const QByteArray &path) {
         ScriptedService service(
@@ -359,13 +359,11 @@ TEST(StowUpload, TakesAnInstanceThatIsStoredInAnotherPlaceForUnproven)
 TEST(StowUpload, KnowsAnOddPlaceByItsAddressWhetherThatIsEncodedOrNot)
 {
     const StowReference stored{
-        QStringLiteral("1.2.3"),
-        QStringLiteral("http://x/studies/1.2%2F%20%25%3f/series/9%23/instances/1.2.3")};
-    const StowReference plain{QStringLiteral("1.2.3"),
+        instanceUid("1.2.3"), QStringLiteral("http://x/studies/1.2%2F%20%25%3f/series/9%23/instances/1.2.3")};
+    const StowReference plain{instanceUid("1.2.3"),
                               QStringLiteral("http://x/studies/1.2 a/series/9/instances/1.2.3")};
     const auto place = [](const char *study, const char *series) {
-        return platform::InstanceIdentity{
-            QString::fromLatin1(study), QString::fromLatin1(series), QStringLiteral("1.2.3")};
+        return platform::testing::identity(study, series, "1.2.3");
     };
 
     EXPECT_TRUE(stored.names(place("1.2/ %?", "9#")));

@@ -2,6 +2,7 @@
 
 #include "cloud_client/testing/client_fixture.h"
 #include "cloud_client/testing/sample_files.h"
+#include "platform/dicom/testing/identities.h"
 
 #include <QtCore/QFile>
 
@@ -13,8 +14,7 @@ namespace gateway::cloud_client::testing {
 
 namespace {
 
-const platform::InstanceIdentity kInstance{
-    QStringLiteral("1.2"), QStringLiteral("1.2.9"), QStringLiteral("1.2.3")};
+const platform::InstanceIdentity kInstance = platform::testing::identity("1.2", "1.2.9", "1.2.3");
 
 ScriptedHttpServer::Handler answeringAlways(int status, const QByteArray &body, const QByteArray &type)
 {

@@ -1,11 +1,14 @@
 // What goes out of a batch, and what is left of it on the way.
 #include "cloud_client/testing/stow_answers.h"
+#include "platform/dicom/testing/identities.h"
 
 #include <QtCore/QFile>
 
 #include <atomic>
 
 namespace gateway::cloud_client::testing {
+
+using platform::testing::instanceUid;
 
 TEST(StowUpload, SendsABatchThatIsTooLargeInHalves)
 {
@@ -98,7 +101,7 @@ TEST(StowUpload, FailsAFileWithoutAMetaHeaderAndSendsTheOthers)
 
     ASSERT_TRUE(refusal);
     EXPECT_EQ(refusal->failures, (QList<QStringList>{{urls[1].toLocalFile()}, {urls[2].toLocalFile()}}));
-    EXPECT_TRUE(refusal->names(urls[1], {QStringLiteral("1.2.2")}));
+    EXPECT_TRUE(refusal->names(urls[1], instanceUid("1.2.2")));
     EXPECT_EQ(instancesIn(service.server.requests().first()), (QList<QByteArray>{"1.2.1", "1.2.3"}));
 }
 

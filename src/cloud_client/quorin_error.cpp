@@ -36,11 +36,11 @@ QrnNotOffered::QrnNotOffered(QString description)
 
 QrnStowResponse::QrnStowResponse(QList<QStringList> failedInstances,
                                  int reason,
-                                 QHash<QString, int> reasonOfEach,
+                                 QHash<platform::InstanceUid, int> reasonOfEach,
                                  std::exception_ptr whatEndedRequests,
-                                 QSet<QString> thereAlready,
-                                 QSet<QString> takenWithoutProof,
-                                 QSet<QString> foundByAQuery)
+                                 QSet<platform::InstanceUid> thereAlready,
+                                 QSet<platform::InstanceUid> takenWithoutProof,
+                                 QSet<platform::InstanceUid> foundByAQuery)
     : QuorinError(
           failedInstances.size() == 1
               ? QCoreApplication::translate("CloudClient", "The cloud service did not store one image.")
@@ -54,13 +54,13 @@ QrnStowResponse::QrnStowResponse(QList<QStringList> failedInstances,
 {
 }
 
-bool QrnStowResponse::names(const QUrl &file, const QStringList &sopInstanceUIDs) const
+bool QrnStowResponse::names(const QUrl &file, const platform::InstanceUid &instance) const
 {
     const QString path = file.toLocalFile();
     for (const QStringList &identifiers : failures) {
         for (const QString &identifier : identifiers) {
             const QString text = identifier.trimmed();
-            if (!text.isEmpty() && (text == path.trimmed() || sopInstanceUIDs.contains(text))) {
+            if (!text.isEmpty() && (text == path.trimmed() || text == instance.value())) {
                 return true;
             }
         }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/dicom/instance_identity.h"
+
 #include <QtCore/QByteArray>
 #include <QtCore/QHash>
 #include <QtCore/QList>
@@ -119,38 +121,37 @@ public:
     /// \param foundByAQuery      see `found`.
     QrnStowResponse(QList<QStringList> failures,
                     int reason,
-                    QHash<QString, int> reasons = {},
+                    QHash<platform::InstanceUid, int> reasons = {},
                     std::exception_ptr cause = nullptr,
-                    QSet<QString> thereAlready = {},
-                    QSet<QString> takenWithoutProof = {},
-                    QSet<QString> foundByAQuery = {});
+                    QSet<platform::InstanceUid> thereAlready = {},
+                    QSet<platform::InstanceUid> takenWithoutProof = {},
+                    QSet<platform::InstanceUid> foundByAQuery = {});
 
     /// One entry a failed instance, each with the texts that identify it: the bare SOP instance UID where
     /// it is known, and the local path of the file that was sent. A file without a readable meta header
     /// has its path alone; an instance that the server named of its own accord has its UID alone.
     QList<QStringList> failures;
 
-    /// The failure reason of each instance for which the server gave one, by its bare SOP instance UID.
-    QHash<QString, int> reasons;
+    /// The failure reason of each instance for which the server gave one.
+    QHash<platform::InstanceUid, int> reasons;
 
-    /// Those of the others that the server says it had before, in whatever version, by their bare UIDs.
-    QSet<QString> alreadyStored;
+    /// Those of the others that the server says it had before, in whatever version.
+    QSet<platform::InstanceUid> alreadyStored;
 
-    /// Those of the failed ones that the server has taken without naming them, and doesn't show yet, by their
-    /// bare UIDs.
-    QSet<QString> taken;
+    /// Those of the failed ones that the server has taken without naming them, and doesn't show yet.
+    QSet<platform::InstanceUid> taken;
 
-    /// Those of the failed ones that a query finds all the same, by their bare UIDs. In which version, and
-    /// who sent it, nobody said.
-    QSet<QString> found;
+    /// Those of the failed ones that a query finds all the same. In which version, and who sent it, nobody
+    /// said.
+    QSet<platform::InstanceUid> found;
 
     /// What ended those requests of the upload that weren't answered instance by instance; null when all
     /// were.
     std::exception_ptr cause;
 
-    /// True when the file, known to the caller by these bare SOP instance UIDs, is among the failures.
+    /// True when the file, or the instance that it holds, is among the failures; an empty UID is nobody's.
     /// The one safe question to ask before a file of a batch counts as sent.
-    bool names(const QUrl &file, const QStringList &sopInstanceUIDs) const;
+    bool names(const QUrl &file, const platform::InstanceUid &instance) const;
 };
 
 /// The words of an error as they stand; empty where it has none.

@@ -1,10 +1,14 @@
 #include "cloud_client/quorin_error.h"
 
+#include "platform/dicom/testing/identities.h"
+
 #include <gtest/gtest.h>
 
 #include <stdexcept>
 
 namespace gateway::cloud_client {
+
+using platform::testing::instanceUid;
 
 namespace {
 
@@ -73,8 +77,8 @@ TEST(QrnStowResponse, NamesAFileByItsBareInstanceAndNotByAPrefixOfIt)
 {
     const QrnStowResponse error({{QStringLiteral(" 1.2.3\n"), QStringLiteral("/store/7.dcm")}}, 0xA700);
 
-    EXPECT_TRUE(error.names(QUrl::fromLocalFile(QStringLiteral("/other.dcm")), {QStringLiteral("1.2.3")}));
-    EXPECT_FALSE(error.names(QUrl::fromLocalFile(QStringLiteral("/other.dcm")), {QStringLiteral("1.2.30")}));
+    EXPECT_TRUE(error.names(QUrl::fromLocalFile(QStringLiteral("/other.dcm")), instanceUid("1.2.3")));
+    EXPECT_FALSE(error.names(QUrl::fromLocalFile(QStringLiteral("/other.dcm")), instanceUid("1.2.30")));
     EXPECT_FALSE(error.names(QUrl::fromLocalFile(QStringLiteral("/other.dcm")), {}));
     EXPECT_EQ(error.code, 0xA700);
 }
@@ -83,9 +87,9 @@ TEST(QrnStowResponse, NamesAFileWithoutAnInstanceByItsPath)
 {
     const QrnStowResponse error({{QStringLiteral("/store/7.dcm")}, {}}, 0);
 
-    EXPECT_TRUE(error.names(QUrl::fromLocalFile(QStringLiteral("/store/7.dcm")), {QStringLiteral("1.2.3")}));
-    EXPECT_FALSE(error.names(QUrl::fromLocalFile(QStringLiteral("/store/8.dcm")), {QStringLiteral("1.2.3")}));
-    EXPECT_FALSE(error.names(QUrl(), {QString()}));
+    EXPECT_TRUE(error.names(QUrl::fromLocalFile(QStringLiteral("/store/7.dcm")), instanceUid("1.2.3")));
+    EXPECT_FALSE(error.names(QUrl::fromLocalFile(QStringLiteral("/store/8.dcm")), instanceUid("1.2.3")));
+    EXPECT_FALSE(error.names(QUrl(), {}));
 }
 
 } // namespace gateway::cloud_client

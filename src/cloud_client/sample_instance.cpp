@@ -99,7 +99,9 @@ SampleInstance makeSampleInstance(const QDateTime &madeAt)
         element(0x0020, 0x000D, "UI", study) + element(0x0020, 0x000E, "UI", series) +
         element(0x0020, 0x0010, "SH", "1") + element(0x0020, 0x0011, "IS", "1") +
         element(0x0020, 0x0013, "IS", "1") + pixelModule();
-    return {{QString::fromLatin1(study), QString::fromLatin1(series), QString::fromLatin1(instance)},
+    return {{platform::StudyUid(QString::fromLatin1(study)),
+             platform::SeriesUid(QString::fromLatin1(series)),
+             platform::InstanceUid(QString::fromLatin1(instance))},
             dataset,
             fileHeader(instance) + dataset};
 }

@@ -1,11 +1,11 @@
 #include "cloud_client/testing/stow_answers.h"
+#include "platform/dicom/testing/identities.h"
 
 namespace gateway::cloud_client::testing {
 
 namespace {
 
-const platform::InstanceIdentity kInstance{
-    QStringLiteral("1.1"), QStringLiteral("1.2"), QStringLiteral("1.2.3")};
+const platform::InstanceIdentity kInstance = platform::testing::identity("1.1", "1.2", "1.2.3");
 
 /// What a session of this name is kept as.
 QString sessionOf(CloudKind kind, const QString &name)

@@ -24,13 +24,13 @@ constexpr std::string_view kRetrieveUrl = "00081190";
 /// One item of either sequence, before it is known which.
 struct Item
 {
-    QString instance;
+    platform::InstanceUid instance;
     std::optional<int> reason;
     std::optional<int> warning;
     QString retrieveUrl;
 };
 
-QString uid(QString text)
+QString withoutPadding(QString text)
 {
     while (text.endsWith(u'\0')) {
         text.chop(1);
@@ -88,13 +88,13 @@ Item itemOf(const simdjson::dom::object &object)
         }
         std::string_view text;
         if (field.key == kInstance && value.get(text) == simdjson::SUCCESS) {
-            item.instance = uid(toText(text));
+            item.instance = platform::InstanceUid(withoutPadding(toText(text)));
         } else if (field.key == kReason) {
             item.reason = number(value);
         } else if (field.key == kWarning) {
             item.warning = number(value);
         } else if (field.key == kRetrieveUrl && value.get(text) == simdjson::SUCCESS) {
-            item.retrieveUrl = uid(toText(text));
+            item.retrieveUrl = withoutPadding(toText(text));
         }
     }
     return item;
@@ -230,9 +230,9 @@ private:
         const QString value = m_value.value_or(QString());
         m_value.reset();
         if (m_attribute == QLatin1String("00081155")) {
-            m_item->instance = uid(value);
+            m_item->instance = platform::InstanceUid(withoutPadding(value));
         } else if (m_attribute == QLatin1String("00081190")) {
-            m_item->retrieveUrl = uid(value);
+            m_item->retrieveUrl = withoutPadding(value);
         } else if (m_attribute == QLatin1String("00081197")) {
             m_item->reason = number(value);
         } else if (m_attribute == QLatin1String("00081196")) {
@@ -270,7 +270,8 @@ bool StowReference::names(const platform::InstanceIdentity &identity) const
         const qsizetype at = segments.lastIndexOf(parent);
         return expected.isEmpty() || at < 0 || at + 1 >= segments.size() || segments[at + 1] == expected;
     };
-    return isIn(QStringLiteral("studies"), identity.study) && isIn(QStringLiteral("series"), identity.series);
+    return isIn(QStringLiteral("studies"), identity.study.value()) &&
+           isIn(QStringLiteral("series"), identity.series.value());
 }
 
 std::optional<StowAnswer> parseStowAnswer(const QByteArray &mediaType, const QByteArray &body)

@@ -20,8 +20,8 @@ inline bool saysAlreadyStored(std::optional<int> reason)
 /// One entry of FailedSOPSequence (0008,1198).
 struct StowRefusal
 {
-    QString sopInstanceUid;    ///< empty when the entry names none
-    std::optional<int> reason; ///< FailureReason (0008,1197)
+    platform::InstanceUid sopInstanceUid; ///< empty when the entry names none
+    std::optional<int> reason;            ///< FailureReason (0008,1197)
 
     /// True when the reason says that an instance of this UID is there already.
     bool isAlreadyStored() const { return saysAlreadyStored(reason); }
@@ -32,9 +32,9 @@ struct StowRefusal
 /// One entry of ReferencedSOPSequence (0008,1199): an instance that is stored.
 struct StowReference
 {
-    QString sopInstanceUid;          ///< never empty
-    QString retrieveUrl;             ///< RetrieveURL (0008,1190); may be empty
-    std::optional<int> warning = {}; ///< WarningReason (0008,1196)
+    platform::InstanceUid sopInstanceUid; ///< never empty
+    QString retrieveUrl;                  ///< RetrieveURL (0008,1190); may be empty
+    std::optional<int> warning = {};      ///< WarningReason (0008,1196)
 
     /// True when this is the instance, and the address, as far as it says where, is in its study and series.
     bool names(const platform::InstanceIdentity &identity) const;

@@ -1,10 +1,14 @@
 #include "cloud_client/stow_answer.h"
 
+#include "platform/dicom/testing/identities.h"
+
 #include <QtCore/QSet>
 
 #include <gtest/gtest.h>
 
 namespace gateway::cloud_client {
+
+using platform::testing::instanceUid;
 
 namespace {
 
@@ -22,7 +26,7 @@ QSet<QString> instances(const StowAnswer &answer)
 {
     QSet<QString> found;
     for (const StowReference &reference : answer.referenced) {
-        found.insert(reference.sopInstanceUid);
+        found.insert(reference.sopInstanceUid.value());
     }
     return found;
 }
@@ -41,7 +45,7 @@ TEST(StowAnswer, ReadsWhereAnInstanceIsStored)
               "number=\"1\">http://x/1</Value></DicomAttribute>"
               "</Item></DicomAttribute>"));
 
-    const QList<StowReference> expected{{QStringLiteral("1.2.4"), QStringLiteral("http://x/1")}};
+    const QList<StowReference> expected{{instanceUid("1.2.4"), QStringLiteral("http://x/1")}};
     ASSERT_TRUE(json);
     EXPECT_EQ(json->referenced, expected);
     ASSERT_TRUE(xml);
@@ -61,7 +65,7 @@ TEST(StowAnswer, ReadsStoredAndFailedInstancesFromJson)
 
     ASSERT_TRUE(answer);
     EXPECT_EQ(instances(*answer), (QSet<QString>{QStringLiteral("1.2.4"), QStringLiteral("1.2.5")}));
-    EXPECT_EQ(answer->refused, (QList<StowRefusal>{{QStringLiteral("1.2.3"), 272}}));
+    EXPECT_EQ(answer->refused, (QList<StowRefusal>{{instanceUid("1.2.3"), 272}}));
 }
 
 TEST(StowAnswer, ReadsStoredAndFailedInstancesFromXml)
@@ -82,7 +86,7 @@ TEST(StowAnswer, ReadsStoredAndFailedInstancesFromXml)
 
     ASSERT_TRUE(answer);
     EXPECT_EQ(instances(*answer), (QSet<QString>{QStringLiteral("1.2.4"), QStringLiteral("1.2.5")}));
-    EXPECT_EQ(answer->refused, (QList<StowRefusal>{{QStringLiteral("1.2.3"), 45070}}));
+    EXPECT_EQ(answer->refused, (QList<StowRefusal>{{instanceUid("1.2.3"), 45070}}));
     EXPECT_TRUE(answer->refused.first().isAlreadyStored());
     EXPECT_TRUE(answer->referenced.first().isAlreadyStored());
     EXPECT_FALSE(answer->referenced.last().isAlreadyStored());
@@ -90,10 +94,10 @@ TEST(StowAnswer, ReadsStoredAndFailedInstancesFromXml)
 
 TEST(StowAnswer, CountsOnlyTwoReasonsAsStoredAlready)
 {
-    EXPECT_TRUE((StowRefusal{QStringLiteral("1"), 0x0111}.isAlreadyStored()));
-    EXPECT_TRUE((StowRefusal{QStringLiteral("1"), 45070}.isAlreadyStored()));
-    EXPECT_FALSE((StowRefusal{QStringLiteral("1"), 0x0110}.isAlreadyStored()));
-    EXPECT_FALSE((StowRefusal{QStringLiteral("1"), std::nullopt}.isAlreadyStored()));
+    EXPECT_TRUE((StowRefusal{instanceUid("1"), 0x0111}.isAlreadyStored()));
+    EXPECT_TRUE((StowRefusal{instanceUid("1"), 45070}.isAlreadyStored()));
+    EXPECT_FALSE((StowRefusal{instanceUid("1"), 0x0110}.isAlreadyStored()));
+    EXPECT_FALSE((StowRefusal{instanceUid("1"), std::nullopt}.isAlreadyStored()));
 }
 
 TEST(StowAnswer, TakesAnEmptySequenceAsOneWithoutEntries)
@@ -121,7 +125,7 @@ TEST(StowAnswer, KeepsARefusalThatNamesNoInstance)
         kJson, R"({"00081198": {"vr": "SQ", "Value": [{"00081197": {"Value": ["49152"]}}]}})");
 
     ASSERT_TRUE(answer);
-    EXPECT_EQ(answer->refused, (QList<StowRefusal>{{QString(), 49152}}));
+    EXPECT_EQ(answer->refused, (QList<StowRefusal>{{platform::InstanceUid(), 49152}}));
 }
 
 TEST(StowAnswer, NamesNothingForAReferenceWithoutAnInstance)

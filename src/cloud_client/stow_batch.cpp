@@ -237,7 +237,7 @@ void StowBatch::lookForUntold(const Files &files)
 
 void StowBatch::apply(const Files &files, const StowAnswer &answer)
 {
-    QSet<QString> ours;
+    QSet<platform::InstanceUid> ours;
     for (File *file : files) {
         ours.insert(file->identity.instance);
         for (const StowReference &reference : answer.referenced) {
@@ -302,13 +302,13 @@ void StowBatch::keepFirst(const std::exception_ptr &error)
 QVariantMap StowBatch::outcome() const
 {
     QList<QStringList> failures;
-    QHash<QString, int> reasons;
+    QHash<platform::InstanceUid, int> reasons;
     int reason = 0;
     bool isAnyProven = false;
     for (const File &file : m_files) {
         isAnyProven = isAnyProven || file.isProven;
         if (!file.isProven) {
-            failures.append(file.isReadable ? QStringList{file.identity.instance, file.path}
+            failures.append(file.isReadable ? QStringList{file.identity.instance.value(), file.path}
                                             : QStringList{file.path});
             if (file.reason) {
                 reasons.insert(file.identity.instance, *file.reason);
@@ -320,7 +320,7 @@ QVariantMap StowBatch::outcome() const
     for (const StowRefusal &stranger : m_strangers) {
         reason = reason == 0 ? stranger.reason.value_or(0) : reason;
         if (!stranger.sopInstanceUid.isEmpty()) {
-            failures.append(QStringList{stranger.sopInstanceUid});
+            failures.append(QStringList{stranger.sopInstanceUid.value()});
         } else if (!isAnyOfOursUnproven) {
             failures.append(QStringList{});
         } // else it means one of ours: a server that can't read an instance can't name it either
@@ -342,9 +342,9 @@ QVariantMap StowBatch::outcome() const
         failures, reason, reasons, m_error, alreadyStored(), those(&File::isTaken), those(&File::isFound));
 }
 
-QSet<QString> StowBatch::those(bool File::*mark) const
+QSet<platform::InstanceUid> StowBatch::those(bool File::*mark) const
 {
-    QSet<QString> instances;
+    QSet<platform::InstanceUid> instances;
     for (const File &file : m_files) {
         if (file.*mark) {
             instances.insert(file.identity.instance);
@@ -353,9 +353,9 @@ QSet<QString> StowBatch::those(bool File::*mark) const
     return instances;
 }
 
-QSet<QString> StowBatch::alreadyStored() const
+QSet<platform::InstanceUid> StowBatch::alreadyStored() const
 {
-    QSet<QString> instances;
+    QSet<platform::InstanceUid> instances;
     for (const File &file : m_files) {
         if (file.isProven && file.wasThere) {
             instances.insert(file.identity.instance);
@@ -368,7 +368,8 @@ QVariantMap StowBatch::provenInstances() const
 {
     QVariantList items;
     for (const File &file : m_files) {
-        QVariantMap item{{kReferencedInstance, attribute(QStringLiteral("UI"), {file.identity.instance})}};
+        QVariantMap item{
+            {kReferencedInstance, attribute(QStringLiteral("UI"), {file.identity.instance.value()})}};
         if (file.wasThere) {
             item.insert(kWarningReason, attribute(QStringLiteral("US"), {kAlreadyStored}));
         }
@@ -377,15 +378,15 @@ QVariantMap StowBatch::provenInstances() const
     return {{kReferencedSequence, attribute(QStringLiteral("SQ"), items)}};
 }
 
-QSet<QString> alreadyStoredIn(const QVariantMap &proven)
+QSet<platform::InstanceUid> alreadyStoredIn(const QVariantMap &proven)
 {
-    QSet<QString> instances;
+    QSet<platform::InstanceUid> instances;
     const QVariantList items =
         proven.value(kReferencedSequence).toMap().value(QStringLiteral("Value")).toList();
     for (const QVariant &entry : items) {
         const QVariantMap item = entry.toMap();
         if (item.contains(kWarningReason)) {
-            instances.insert(firstValue(item.value(kReferencedInstance)).toString());
+            instances.insert(platform::InstanceUid(firstValue(item.value(kReferencedInstance)).toString()));
         }
     }
     return instances;

@@ -66,8 +66,8 @@ private:
     void keepRefusal(const HttpResponse &response);
     void keepFirst(const std::exception_ptr &error);
     QVariantMap outcome() const;
-    QSet<QString> alreadyStored() const;
-    QSet<QString> those(bool File::*mark) const;
+    QSet<platform::InstanceUid> alreadyStored() const;
+    QSet<platform::InstanceUid> those(bool File::*mark) const;
     QVariantMap provenInstances() const;
 
     QuorinApiClient &m_client;

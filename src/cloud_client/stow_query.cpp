@@ -27,14 +27,15 @@ bool isEntryOf(const QVariantMap &entry, const platform::InstanceIdentity &ident
         const QString named = firstText(entry, tag);
         return !mine.isEmpty() && !named.isEmpty() && named != mine;
     };
-    return firstText(entry, kSopInstanceUid) == identity.instance &&
-           !contradicts(kStudyInstanceUid, identity.study) &&
-           !contradicts(kSeriesInstanceUid, identity.series);
+    return firstText(entry, kSopInstanceUid) == identity.instance.value() &&
+           !contradicts(kStudyInstanceUid, identity.study.value()) &&
+           !contradicts(kSeriesInstanceUid, identity.series.value());
 }
 
 QByteArray seriesPath(const platform::InstanceIdentity &identity)
 {
-    return "/studies/" + pathSegment(identity.study) + "/series/" + pathSegment(identity.series);
+    return "/studies/" + pathSegment(identity.study.value()) + "/series/" +
+           pathSegment(identity.series.value());
 }
 
 QVariantList answerTo(QuorinApiClient &client, const CloudSession &session, const QByteArray &path)
@@ -80,7 +81,7 @@ QVariantList answerForInstance(QuorinApiClient &client,
                                const platform::InstanceIdentity &identity)
 {
     const bool isPlaced = !identity.study.isEmpty() && !identity.series.isEmpty();
-    const QByteArray anywhere = instancesWhere("SOPInstanceUID", identity.instance);
+    const QByteArray anywhere = instancesWhere("SOPInstanceUID", identity.instance.value());
     return isPlaced ? answerAtPlaceOr(client, session, seriesPath(identity) + anywhere, anywhere)
                     : answerTo(client, session, anywhere);
 }
@@ -110,7 +111,7 @@ bool isSeriesFound(QuorinApiClient &client,
     return !answerAtPlaceOr(client,
                             session,
                             seriesPath(identity) + "/instances?limit=1",
-                            instancesWhere("SeriesInstanceUID", identity.series))
+                            instancesWhere("SeriesInstanceUID", identity.series.value()))
                 .isEmpty();
 }
 

@@ -29,11 +29,12 @@ using platform::SqliteError;
 
 namespace {
 
-FileName nameOf(const QUrl &fileURL, const QString &storagePath = {}, const QString &instanceUID = {})
+FileName
+nameOf(const QUrl &fileURL, const QString &storagePath = {}, const platform::InstanceUid &instance = {})
 {
     return {storagePath,
             log::hashedFileURL(fileURL).value_or(QString()),
-            log::hashedIdentifier(instanceUID).value_or(QString())};
+            log::hashedIdentifier(instance.value()).value_or(QString())};
 }
 
 /// Names of numbers in the order of the numbers.

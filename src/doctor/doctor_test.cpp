@@ -1,5 +1,6 @@
 #include "doctor/testing/doctor_world.h"
 #include "log/writing/redaction.h"
+#include "platform/dicom/testing/identities.h"
 
 namespace gateway::doctor {
 
@@ -384,7 +385,7 @@ TEST_F(DoctorTest, FindsNothingWhereTheCloudHoldsTheVeryDatasetOfTheOneThatStand
     home.index().importFile(QUrl::fromLocalFile(path), index::ImportSource::ownInbox);
     const QString brought =
         home.import(TemporaryIndex::image(QStringLiteral("9.1"), {{QStringLiteral("header"), 1}}));
-    home.index().noteSending({{QStringLiteral("9.1"), home.parser.versionOf(path)}});
+    home.index().noteSending({{platform::testing::instanceUid("9.1"), home.parser.versionOf(path)}});
     home.parser.breakDown(); // so that it stays when the other one has been sent
     home.index().recordUploadResult({}, brought, true);
     home.parser.breakDown(platform::ParsedFile::Fate::parsed);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QtCore/QString>
+#include "platform/dicom/instance_identity.h"
 
 namespace gateway::index {
 
@@ -23,10 +23,11 @@ public:
 
     /// Notes it for what was sent, or is being sent, of a study or of one series of it.
     ///
-    /// \param series  its UID; empty for all of the study.
+    /// \param series  empty for all of the study.
     /// \return false when it couldn't be noted: nothing may be deleted then.
-    virtual bool
-    noteCloudDeletion(const QString &studyInstanceUID, const QString &series, CloudDeletion step) = 0;
+    virtual bool noteCloudDeletion(const platform::StudyUid &study,
+                                   const platform::SeriesUid &series,
+                                   CloudDeletion step) = 0;
 };
 
 } // namespace gateway::index

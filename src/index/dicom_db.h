@@ -198,8 +198,9 @@ public:
                                 const QStringList &seriesInstanceUIDs,
                                 const std::optional<OutsideCloud> &known = {}) override;
 
-    bool
-    noteCloudDeletion(const QString &studyInstanceUID, const QString &series, CloudDeletion step) override;
+    bool noteCloudDeletion(const platform::StudyUid &study,
+                           const platform::SeriesUid &series,
+                           CloudDeletion step) override;
 
     /// Removes the files that an earlier deletion had to leave because the process ended or the disk failed.
     /// Called once after opening; each prune starts with it.

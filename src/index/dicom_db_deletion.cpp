@@ -161,13 +161,13 @@ std::int64_t countOutsideCloud(Database &database, const char *count, std::int64
 }
 
 /// The series with this UID, as a cloud knows it, or all of the study where it is empty.
-std::vector<std::int64_t> seriesNamed(Database &database, std::int64_t study, const QString &uid)
+std::vector<std::int64_t> seriesNamed(Database &database, std::int64_t study, const platform::SeriesUid &uid)
 {
     std::vector<std::int64_t> keys;
     Statement row =
         database.prepare("SELECT pk FROM Series WHERE study = ?1 AND "
                          "(?2 = '' OR trim(seriesDICOMUID) = ?2 OR trim(originalSeriesInstanceUID) = ?2)");
-    row.bindAll(study, uid.trimmed());
+    row.bindAll(study, uid.value().trimmed());
     while (row.step()) {
         keys.push_back(row.integer(0));
     }
@@ -358,12 +358,14 @@ DeletionCounts DicomDB::deleteParents(std::int64_t requested, const DeleteRows &
     return DeletionCounts::of(requested, deleted);
 }
 
-bool DicomDB::noteCloudDeletion(const QString &studyInstanceUID, const QString &series, CloudDeletion step)
+bool DicomDB::noteCloudDeletion(const platform::StudyUid &study,
+                                const platform::SeriesUid &series,
+                                CloudDeletion step)
 {
     return m_store.tryWrite([&](Database &database) {
-        const auto study = findStudy(database, studyInstanceUID);
+        const auto row = findStudy(database, study.value());
         for (const std::int64_t key :
-             study ? seriesNamed(database, *study, series) : std::vector<std::int64_t>()) {
+             row ? seriesNamed(database, *row, series) : std::vector<std::int64_t>()) {
             database.prepare(kNoteCloudDeletion[static_cast<int>(step)]).bindAll(key).run();
         }
     });

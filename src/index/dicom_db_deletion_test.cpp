@@ -1,8 +1,12 @@
 #include "index/testing/deletion_world.h"
+#include "platform/dicom/testing/identities.h"
 
 #include <QtCore/QDir>
 
 namespace gateway::index {
+
+using platform::testing::seriesUid;
+using platform::testing::studyUid;
 
 namespace {
 
@@ -112,8 +116,7 @@ TEST_F(Prune, OnlyTheSeriesThatAPersonDeletedFromTheCloudStays)
     const QString kept = uploaded(QStringLiteral("9.1"), ofSeries(QStringLiteral("1.9.10")));
     const QString other = uploaded(QStringLiteral("9.2"), ofSeries(QStringLiteral("1.9.1"))); // key 1.9.10
 
-    ASSERT_TRUE(
-        index.noteCloudDeletion(QStringLiteral("1.2"), QStringLiteral("1.9.10"), CloudDeletion::done));
+    ASSERT_TRUE(index.noteCloudDeletion(studyUid("1.2"), seriesUid("1.9.10"), CloudDeletion::done));
 
     EXPECT_EQ(pruneAll().deletedImageCount, 1);
     EXPECT_TRUE(isStored(kept));
@@ -124,10 +127,11 @@ TEST_F(Prune, ARefusalTakesNothingBackThatAnEarlierDeletionMayHaveDone)
 {
     const QString path = uploaded(QStringLiteral("9.1"));
     const QString study = QStringLiteral("1.2");
-    ASSERT_TRUE(index.noteCloudDeletion(study, {}, CloudDeletion::begins)); // and the program is killed
+    ASSERT_TRUE(
+        index.noteCloudDeletion(studyUid("1.2"), {}, CloudDeletion::begins)); // and the program is killed
 
-    ASSERT_TRUE(index.noteCloudDeletion(study, {}, CloudDeletion::begins));
-    ASSERT_TRUE(index.noteCloudDeletion(study, {}, CloudDeletion::refused));
+    ASSERT_TRUE(index.noteCloudDeletion(studyUid("1.2"), {}, CloudDeletion::begins));
+    ASSERT_TRUE(index.noteCloudDeletion(studyUid("1.2"), {}, CloudDeletion::refused));
 
     EXPECT_EQ(pruneAll(), LocalPruneResult{});
     EXPECT_TRUE(isStored(path));
@@ -138,12 +142,13 @@ TEST_F(Prune, AnImageThatAPersonDeletedFromTheCloudStaysUntilItIsSentAgain)
     const QString path = uploaded(QStringLiteral("9.1"));
     const QString study = QStringLiteral("1.2");
 
-    ASSERT_TRUE(index.noteCloudDeletion(study, {}, CloudDeletion::begins));
+    ASSERT_TRUE(index.noteCloudDeletion(studyUid("1.2"), {}, CloudDeletion::begins));
     EXPECT_EQ(pruneAll(), LocalPruneResult{}) << "a program that ended here knows nothing else";
-    ASSERT_TRUE(index.noteCloudDeletion(study, {}, CloudDeletion::refused));
+    ASSERT_TRUE(index.noteCloudDeletion(studyUid("1.2"), {}, CloudDeletion::refused));
     EXPECT_EQ(index.imagesOutsideCloud({study}), OutsideCloud());
-    ASSERT_TRUE(index.noteCloudDeletion(study, QStringLiteral("1.2.3"), CloudDeletion::done));
-    ASSERT_TRUE(index.noteCloudDeletion(study, {}, CloudDeletion::refused)) << "of a second deletion";
+    ASSERT_TRUE(index.noteCloudDeletion(studyUid("1.2"), seriesUid("1.2.3"), CloudDeletion::done));
+    ASSERT_TRUE(index.noteCloudDeletion(studyUid("1.2"), {}, CloudDeletion::refused))
+        << "of a second deletion";
     EXPECT_EQ(pruneAll(), LocalPruneResult{});
     EXPECT_EQ(index.imagesOutsideCloud({study}), (OutsideCloud{{study, 1}}));
     EXPECT_EQ(index.seriesImagesOutsideCloud(study, {QStringLiteral("1.2.30")}),

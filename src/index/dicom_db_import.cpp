@@ -105,7 +105,10 @@ Parsed parse(platform::DicomParsing &parser, const QString &path, ImportSource s
 
 ImportedFileSummary summaryOf(const ParsedObject &object, const Recorded &recorded, const QUrl &storedFile)
 {
-    return {object.patientUID, object.studyInstanceUID.value_or(QString()), recorded.seriesKeys, storedFile};
+    return {object.patientUID,
+            object.studyInstanceUID.value_or(platform::StudyUid()).value(),
+            recorded.seriesKeys,
+            storedFile};
 }
 
 /// An earlier import may have died, or failed, before its file's name was durable.

@@ -1,6 +1,7 @@
 // What of an upload's bookkeeping survives a power cut.
 
 #include "index/testing/temporary_index.h"
+#include "platform/dicom/testing/identities.h"
 #include "platform/files/testing/faulty_file_system.h"
 #include "platform/sqlite/database.h"
 #include "platform/sqlite/testing/forgetful_log.h"
@@ -60,7 +61,7 @@ TEST_F(UploadsAndPowerCut, WhatIsAboutToBeSentIsKnownAfterwardsAndWhatWasMarkedB
     home.index().markImagesInProgress({{1}});
     EXPECT_EQ(left(kState), 0) << "nobody waits for the disk for a mark";
 
-    home.index().noteSending({{QStringLiteral("9.1"), 7}});
+    home.index().noteSending({{platform::testing::instanceUid("9.1"), 7}});
 
     EXPECT_EQ(left(kSent), 1);
     EXPECT_EQ(left(kState), 3);
@@ -69,12 +70,12 @@ TEST_F(UploadsAndPowerCut, WhatIsAboutToBeSentIsKnownAfterwardsAndWhatWasMarkedB
 TEST_F(UploadsAndPowerCut, AResultIsKeptFromTheNextNoteOn)
 {
     const QString path = home.import(TemporaryIndex::image(QStringLiteral("9.1")));
-    home.index().noteSending({{QStringLiteral("9.1"), 7}});
+    home.index().noteSending({{platform::testing::instanceUid("9.1"), 7}});
     home.index().recordUploadResult({{1}}, path, true);
     EXPECT_EQ(left(kState), 0) << "it would be sent once more";
     EXPECT_EQ(left(kSent), 1) << "but not without knowing that it was sent before";
 
-    home.index().noteSending({{QStringLiteral("9.2"), 7}});
+    home.index().noteSending({{platform::testing::instanceUid("9.2"), 7}});
 
     EXPECT_EQ(left(kState), 1);
 }

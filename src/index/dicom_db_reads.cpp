@@ -199,7 +199,7 @@ LocalSeriesSnapshot seriesAt(const Statement &row, const RowAddress &address)
     series.modality = row.text(4).trimmed();
     series.syncState = computedState(row, 5);
     series.imageCount = row.integer(5);
-    series.seriesUID = row.text(9).trimmed();
+    series.seriesUID = platform::SeriesUid(row.text(9).trimmed());
     return series;
 }
 

@@ -1,5 +1,6 @@
 #include "index/row_identity.h"
 #include "index/testing/temporary_index.h"
+#include "platform/dicom/testing/identities.h"
 #include "platform/sqlite/database.h"
 
 #include <gtest/gtest.h>
@@ -270,7 +271,7 @@ TEST_F(SeriesSnapshots, CarryTheSeriesTrimmed)
 
     LocalSeriesSnapshot expected;
     expected.id = expected.seriesInstanceUID = QStringLiteral("1.2.30");
-    expected.seriesUID = QStringLiteral("1.2.3");
+    expected.seriesUID = platform::testing::seriesUid("1.2.3");
     expected.seriesNumber = 4;
     expected.seriesDescription = QStringLiteral("Axial");
     expected.modality = QStringLiteral("CT");

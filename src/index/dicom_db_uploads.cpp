@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <deque>
+#include <functional>
 #include <vector>
 
 namespace gateway::index {
@@ -43,18 +44,20 @@ constexpr const char *kRowsOfPath =
 
 constexpr const char *kPutBack = "UPDATE DicomImage SET syncState = 0, uploadDate = NULL WHERE pk = ?";
 
-QStringList ascending(const QSet<QString> &texts)
+template <typename Text>
+QList<Text> ascending(const QSet<Text> &texts)
 {
-    QStringList list(texts.begin(), texts.end());
-    list.sort();
+    QList<Text> list(texts.begin(), texts.end());
+    std::ranges::sort(list, std::less<>());
     return list;
 }
 
-void addTrimmed(QSet<QString> &texts, const QString &text)
+template <typename Text>
+void addTrimmed(QSet<Text> &texts, const QString &text)
 {
     const QString trimmed = text.trimmed();
     if (!trimmed.isEmpty()) {
-        texts.insert(trimmed);
+        texts.insert(Text(trimmed));
     }
 }
 
@@ -251,7 +254,7 @@ DicomDB::gather(Database &database, const QString &storedPath, bool isRetry, con
     candidate.fileURL = fileURL(candidate.storagePath);
     candidate.isRetry = isRetry;
     QSet<QString> keys;
-    QSet<QString> uids;
+    QSet<platform::InstanceUid> uids;
     Statement row = database.prepare(kRowsOfPath);
     row.bindAll(storedPath);
     while (row.step()) {

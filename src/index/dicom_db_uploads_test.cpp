@@ -1,4 +1,5 @@
 #include "index/testing/temporary_index.h"
+#include "platform/dicom/testing/identities.h"
 #include "platform/sqlite/database.h"
 
 #include <gtest/gtest.h>
@@ -6,6 +7,8 @@
 #include <QtCore/QSet>
 
 namespace gateway::index {
+
+using platform::testing::instanceUid;
 
 namespace {
 
@@ -161,7 +164,7 @@ TEST_F(PendingUploads, NameTheInstanceByKeyAndByUID)
     const PendingImageUpload candidate = index.pendingImageUploads(1)[0];
 
     EXPECT_EQ(candidate.sopInstanceUIDs, (QStringList{QStringLiteral("9.10"), QStringLiteral("9.11")}));
-    EXPECT_EQ(candidate.originalSOPInstanceUIDs, QStringList{QStringLiteral("9.1")});
+    EXPECT_EQ(candidate.originalSOPInstanceUIDs, QList{instanceUid("9.1")});
 }
 
 TEST_F(PendingUploads, TellApartInstancesWhoseKeyIsAnothersUID)
@@ -172,8 +175,8 @@ TEST_F(PendingUploads, TellApartInstancesWhoseKeyIsAnothersUID)
     const auto candidates = index.pendingImageUploads(2);
 
     ASSERT_EQ(candidates.size(), 2);
-    EXPECT_EQ(candidates[0].originalSOPInstanceUIDs, QStringList{QStringLiteral("1.2.3")});
-    EXPECT_EQ(candidates[1].originalSOPInstanceUIDs, QStringList{QStringLiteral("1.2.30")});
+    EXPECT_EQ(candidates[0].originalSOPInstanceUIDs, QList{instanceUid("1.2.3")});
+    EXPECT_EQ(candidates[1].originalSOPInstanceUIDs, QList{instanceUid("1.2.30")});
     EXPECT_EQ(candidates[0].sopInstanceUIDs, QStringList{QStringLiteral("1.2.30")}) << "the key, no UID";
 }
 
@@ -395,45 +398,45 @@ TEST_F(UploadResults, AResultForRowsDeletedMeanwhileMeetsNoStranger)
 TEST_F(UploadResults, WhatWasSentIsKnownAfterItsRowsAreGone)
 {
     const QString path = importOne(QStringLiteral("9.1"));
-    index.noteSending({{QStringLiteral("9.1"), 7}});
-    EXPECT_FALSE(index.mayOtherVersionBeSent({QStringLiteral("9.1"), 7}));
+    index.noteSending({{instanceUid("9.1"), 7}});
+    EXPECT_FALSE(index.mayOtherVersionBeSent({instanceUid("9.1"), 7}));
     index.recordUploadResult({{1}}, path, true);
 
     index.pruneSyncedImages(QDateTime::currentDateTimeUtc().addYears(100));
 
     EXPECT_EQ(index.counts().total.images, 0);
-    EXPECT_FALSE(index.mayOtherVersionBeSent({QStringLiteral("9.1"), 7}));
-    EXPECT_TRUE(index.mayOtherVersionBeSent({QStringLiteral("9.1"), 8}));
+    EXPECT_FALSE(index.mayOtherVersionBeSent({instanceUid("9.1"), 7}));
+    EXPECT_TRUE(index.mayOtherVersionBeSent({instanceUid("9.1"), 8}));
 }
 
 TEST_F(UploadResults, TheVersionThatWasOnItsWayIsKnownAfterTheProcessDied)
 {
     importOne(QStringLiteral("9.1"));
     index.markImagesInProgress({{1}});
-    EXPECT_TRUE(index.noteSending({{QStringLiteral("9.1"), 7}}));
+    EXPECT_TRUE(index.noteSending({{instanceUid("9.1"), 7}}));
 
     home.reopen();
     home.index().recoverInProgressImages();
 
-    EXPECT_FALSE(home.index().mayOtherVersionBeSent({QStringLiteral("9.1"), 7}));
-    EXPECT_TRUE(home.index().mayOtherVersionBeSent({QStringLiteral("9.1"), 8}));
+    EXPECT_FALSE(home.index().mayOtherVersionBeSent({instanceUid("9.1"), 7}));
+    EXPECT_TRUE(home.index().mayOtherVersionBeSent({instanceUid("9.1"), 8}));
 }
 
 TEST_F(UploadResults, ANoteTellsWhatWasSentBefore)
 {
-    const SentInstance first{QStringLiteral("9.1"), 7};
-    const SentInstance other{QStringLiteral("9.2"), 7};
+    const SentInstance first{instanceUid("9.1"), 7};
+    const SentInstance other{instanceUid("9.2"), 7};
 
     EXPECT_EQ(index.noteSending({first}), QList{SentBefore::nothing});
     EXPECT_EQ(index.noteSending({other, first}),
               (QList{SentBefore::nothing, SentBefore::thisVersionOnItsWay}));
-    EXPECT_EQ(index.noteSending({{QStringLiteral("9.1"), 8}}), QList{SentBefore::anotherVersion});
+    EXPECT_EQ(index.noteSending({{instanceUid("9.1"), 8}}), QList{SentBefore::anotherVersion});
     EXPECT_EQ(index.noteSending({first}), QList{SentBefore::unknown});
 }
 
 TEST_F(UploadResults, AResultTellsWhetherTheVersionArrivedAlsoWhenTheFileComesAgain)
 {
-    const SentInstance sent{QStringLiteral("9.1"), 7};
+    const SentInstance sent{instanceUid("9.1"), 7};
     const QString path = importOne(QStringLiteral("9.1"));
     index.noteSending({sent});
     EXPECT_EQ(index.sentBefore(sent), SentBefore::thisVersionOnItsWay);
@@ -451,7 +454,7 @@ TEST_F(UploadResults, AResultTellsWhetherTheVersionArrivedAlsoWhenTheFileComesAg
 
 TEST_F(UploadResults, OnlyWhatWasOnItsWayWhenAnotherProcessDiedCountsAsBrokenOff)
 {
-    const SentInstance sent{QStringLiteral("9.1"), 7};
+    const SentInstance sent{instanceUid("9.1"), 7};
     const QString path = importOne(QStringLiteral("9.1"));
     index.noteSending({sent});
     home.execute(QStringLiteral("CREATE TRIGGER refuse BEFORE UPDATE OF syncState ON DicomImage "
@@ -468,7 +471,7 @@ TEST_F(UploadResults, OnlyWhatWasOnItsWayWhenAnotherProcessDiedCountsAsBrokenOff
 
 TEST_F(UploadResults, AFailureThatIsNotedOutlivesTheProcessBeforeItsResultIsRecorded)
 {
-    const SentInstance sent{QStringLiteral("9.1"), 7};
+    const SentInstance sent{instanceUid("9.1"), 7};
     importOne(QStringLiteral("9.1"));
     index.noteSending({sent});
 
@@ -483,23 +486,22 @@ TEST_F(UploadResults, OutliveTheirRowsWithTheTimeOfWhatWasSent)
     const QString path = importOne(QStringLiteral("9.1"));
     const std::int64_t acknowledged = index.pendingImageUploads(1).first().acknowledged;
     ASSERT_GT(acknowledged, 0);
-    index.noteSending({{QStringLiteral("9.1"), 7, acknowledged}});
-    index.recordUploadResult(
-        {}, path, true, {.version = SentInstance{QStringLiteral("9.1"), 7, acknowledged}});
+    index.noteSending({{instanceUid("9.1"), 7, acknowledged}});
+    index.recordUploadResult({}, path, true, {.version = SentInstance{instanceUid("9.1"), 7, acknowledged}});
     home.execute(QStringLiteral("DELETE FROM DicomImage"));
 
-    EXPECT_EQ(index.sentBefore({QStringLiteral("9.1"), 8, acknowledged - 1}), SentBefore::laterVersion);
-    EXPECT_EQ(index.sentBefore({QStringLiteral("9.1"), 8, acknowledged + 1}), SentBefore::anotherVersion);
+    EXPECT_EQ(index.sentBefore({instanceUid("9.1"), 8, acknowledged - 1}), SentBefore::laterVersion);
+    EXPECT_EQ(index.sentBefore({instanceUid("9.1"), 8, acknowledged + 1}), SentBefore::anotherVersion);
 }
 
 TEST_F(UploadResults, WhatIsTriedAgainIsNotNotedAgain)
 {
-    index.noteSending({{QStringLiteral("9.1"), 7}, {QStringLiteral("9.2"), 7}});
+    index.noteSending({{instanceUid("9.1"), 7}, {instanceUid("9.2"), 7}});
     home.execute(QStringLiteral("CREATE TRIGGER refuse BEFORE INSERT ON SentInstance "
                                 "BEGIN SELECT raise(ABORT, 'refused'); END"));
 
-    EXPECT_TRUE(index.noteSending({{QStringLiteral("9.1"), 7}, {QStringLiteral("9.2"), 7}}));
-    EXPECT_FALSE(index.noteSending({{QStringLiteral("9.1"), 7}, {QStringLiteral("9.3"), 7}}))
+    EXPECT_TRUE(index.noteSending({{instanceUid("9.1"), 7}, {instanceUid("9.2"), 7}}));
+    EXPECT_FALSE(index.noteSending({{instanceUid("9.1"), 7}, {instanceUid("9.3"), 7}}))
         << "it could not be written";
 }
 

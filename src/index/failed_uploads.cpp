@@ -60,8 +60,8 @@ UploadFailure failureAt(Database &database, const Statement &row)
     failure.failureCode = row.integer(3);
     Statement image = database.prepare(kWhoseFile);
     if (image.bindAll(failure.storagePath).step()) {
-        failure.sopInstanceUID = image.text(0);
-        failure.studyInstanceUID = image.text(1);
+        failure.sopInstanceUID = platform::InstanceUid(image.text(0));
+        failure.studyInstanceUID = platform::StudyUid(image.text(1));
     }
     return failure;
 }

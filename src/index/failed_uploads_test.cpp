@@ -1,4 +1,5 @@
 #include "index/testing/temporary_index.h"
+#include "platform/dicom/testing/identities.h"
 
 #include <gtest/gtest.h>
 
@@ -74,8 +75,8 @@ TEST_F(UploadFailures, TellWhichFileFailedWhenAndWhy)
 
     const UploadFailure expected{path,
                                  index.fileURL(path),
-                                 QStringLiteral("1.2.3.4"),
-                                 QStringLiteral("1.2"),
+                                 platform::testing::instanceUid("1.2.3.4"),
+                                 platform::testing::studyUid("1.2"),
                                  kRefused,
                                  409,
                                  home.clock.now()};

@@ -1,6 +1,7 @@
 #include "index/file_store.h"
 
 #include "index/testing/swapped_store.h"
+#include "platform/dicom/testing/identities.h"
 
 namespace gateway::index {
 
@@ -178,7 +179,7 @@ TEST_F(SwappedStore, KeepsItsFilesOnceItIsTheOneToUse)
     const QList<PendingImageUpload> waiting = home.index().pendingImageUploads(10);
     ASSERT_EQ(waiting.size(), 1);
     EXPECT_EQ(waiting.first().storagePath, QStringLiteral("10000/0.dcm"));
-    EXPECT_EQ(waiting.first().originalSOPInstanceUIDs, QStringList(QStringLiteral("99.9")));
+    EXPECT_EQ(waiting.first().originalSOPInstanceUIDs, QList{platform::testing::instanceUid("99.9")});
     EXPECT_TRUE(QFile::exists(home.fileStoreRoot() + QStringLiteral("/10000/0.dcm")));
     EXPECT_EQ(home.index().examination().rowsWithoutFile({}), 1); // the one that wasn't sent
 }

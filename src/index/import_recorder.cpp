@@ -136,7 +136,7 @@ std::int64_t writeSeries(Database &database,
     series.bindAll(study,
                    now,
                    key,
-                   object.seriesInstanceUID.value_or(QString()),
+                   object.seriesInstanceUID.value_or(platform::SeriesUid()),
                    object.seriesDescription.value_or(QString()),
                    object.modality,
                    fittingInt32(object.seriesNumber),
@@ -162,7 +162,7 @@ void writeImages(Database &database,
                  const Extent &extent,
                  std::int64_t now)
 {
-    const QString &uid = object.sopInstanceUID;
+    const QString &uid = object.sopInstanceUID.value();
     Statement image = database.prepare(kImage);
     image.bindAll(series.row,
                   now,

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/dicom/instance_identity.h"
+
 #include <QtCore/QDateTime>
 #include <QtCore/QString>
 
@@ -30,8 +32,8 @@ struct LocalStudySnapshot
 struct LocalSeriesSnapshot
 {
     QString id; ///< the series' key within its study, or the row's own address when it has none
-    QString seriesInstanceUID; ///< that key, which is no UID
-    QString seriesUID;         ///< as it stands in the files
+    QString seriesInstanceUID;     ///< that key, which is no UID
+    platform::SeriesUid seriesUID; ///< as it stands in the files
     std::int64_t seriesNumber = 0;
     QString seriesDescription;
     QString modality;

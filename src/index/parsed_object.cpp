@@ -18,15 +18,22 @@ QString textOrEmpty(const QVariantMap &found, const QString &key)
     return text(found, key).value_or(QString());
 }
 
+template <typename Uid>
+std::optional<Uid> uid(const QVariantMap &found, const QString &key)
+{
+    const std::optional<QString> value = text(found, key);
+    return value ? std::optional(Uid(*value)) : std::nullopt;
+}
+
 void readIdentity(ParsedObject &object, const QVariantMap &found)
 {
     object.patientUID = textOrEmpty(found, QStringLiteral("patientUID"));
-    object.studyInstanceUID = text(found, QStringLiteral("studyID"));
-    object.seriesInstanceUID = text(found, QStringLiteral("seriesInstanceUID"));
+    object.studyInstanceUID = uid<platform::StudyUid>(found, QStringLiteral("studyID"));
+    object.seriesInstanceUID = uid<platform::SeriesUid>(found, QStringLiteral("seriesInstanceUID"));
     object.seriesKey = textOrEmpty(found, QStringLiteral("seriesID"));
-    object.sopInstanceUID = textOrEmpty(found, QStringLiteral("SOPUID"));
+    object.sopInstanceUID = platform::InstanceUid(textOrEmpty(found, QStringLiteral("SOPUID")));
     object.sopClassUID = text(found, QStringLiteral("SOPClassUID"));
-    object.seriesDicomUID = text(found, QStringLiteral("seriesDICOMUID"));
+    object.seriesDicomUID = uid<platform::SeriesUid>(found, QStringLiteral("seriesDICOMUID"));
 }
 
 void readDescription(ParsedObject &object, const QVariantMap &found)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/dicom/instance_identity.h"
+
 #include <QtCore/QByteArray>
 #include <QtCore/QString>
 #include <QtCore/QVariantMap>
@@ -16,12 +18,12 @@ namespace gateway::index {
 struct ParsedObject
 {
     QString patientUID; ///< never empty for an object that can be recorded
-    std::optional<QString> studyInstanceUID;
-    std::optional<QString> seriesInstanceUID; ///< of the dataset
-    QString seriesKey;                        ///< the series as the parser groups it, before its number
-    QString sopInstanceUID;
+    std::optional<platform::StudyUid> studyInstanceUID;
+    std::optional<platform::SeriesUid> seriesInstanceUID; ///< of the dataset
+    QString seriesKey;                    ///< the series as the parser groups it, before its number
+    platform::InstanceUid sopInstanceUID; ///< of the dataset; empty where it has none
     std::optional<QString> sopClassUID;
-    std::optional<QString> seriesDicomUID;
+    std::optional<platform::SeriesUid> seriesDicomUID;
 
     std::optional<QString> patientName;
     std::optional<QString> patientID;

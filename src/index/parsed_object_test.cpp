@@ -1,5 +1,7 @@
 #include "index/parsed_object.h"
 
+#include "platform/dicom/testing/identities.h"
+
 #include <QtCore/QDateTime>
 
 #include <gtest/gtest.h>
@@ -36,9 +38,9 @@ TEST(ParsedObject, TakesEachElementFromItsKey)
                                               {QStringLiteral("damaged"), true}});
 
     EXPECT_EQ(object.patientUID, QStringLiteral("P"));
-    EXPECT_EQ(object.studyInstanceUID, QStringLiteral("1.2"));
+    EXPECT_EQ(object.studyInstanceUID, platform::testing::studyUid("1.2"));
     EXPECT_EQ(object.seriesKey, QStringLiteral("1.2.3"));
-    EXPECT_EQ(object.sopInstanceUID, QStringLiteral("1.2.3.4"));
+    EXPECT_EQ(object.sopInstanceUID, platform::testing::instanceUid("1.2.3.4"));
     EXPECT_EQ(object.patientID, QStringLiteral("77"));
     EXPECT_EQ(object.studyDate, moment.toMSecsSinceEpoch());
     EXPECT_EQ(object.instanceNumber, 12);

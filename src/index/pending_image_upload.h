@@ -2,6 +2,7 @@
 
 #include "index/image_object_id.h"
 #include "index/store_turn.h"
+#include "platform/dicom/instance_identity.h"
 
 #include <QtCore/QList>
 #include <QtCore/QString>
@@ -21,12 +22,11 @@ struct PendingImageUpload
     QUrl fileURL;
 
     /// The index's instance keys: each a SOP Instance UID followed by the decimal index of its series in the
-    /// file. Without repeats, ascending. Not to be compared with UIDs that a server names.
+    /// file. Without repeats, ascending.
     QStringList sopInstanceUIDs;
 
-    /// The SOP Instance UIDs (PS3.3 C.12.1) as they stand in the file, which is what servers name. Without
-    /// repeats, ascending.
-    QStringList originalSOPInstanceUIDs;
+    /// What stands in the file and what servers name. Without repeats, ascending.
+    QList<platform::InstanceUid> originalSOPInstanceUIDs;
 
     std::int64_t acknowledged = 0;   ///< in nanoseconds since 1970; 0 where nobody knows
     bool isDamaged = false;          ///< its file is known not to hold all of the image

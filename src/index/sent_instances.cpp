@@ -88,7 +88,7 @@ SentBefore sentBefore(Database &database, const SentInstance &next, std::int64_t
 {
     Statement row = database.prepare(
         "SELECT version, arrival, acknowledged, cloud, place FROM SentInstance WHERE instance = ?");
-    if (!row.bindAll(keyOf(next.instance)).step()) {
+    if (!row.bindAll(keyOf(next.instance.value())).step()) {
         return withoutEntry(database);
     }
     if (row.integer(0) == next.version) {
@@ -102,10 +102,10 @@ SentBefore sentBefore(Database &database, const SentInstance &next, std::int64_t
     return row.integer(0) == 0 ? SentBefore::unknown : SentBefore::anotherVersion;
 }
 
-std::int64_t onlyVersionSent(Database &database, const QString &instance)
+std::int64_t onlyVersionSent(Database &database, const platform::InstanceUid &instance)
 {
     Statement row = database.prepare("SELECT version FROM SentInstance WHERE instance = ?");
-    return row.bindAll(keyOf(instance)).step() ? row.integer(0) : 0;
+    return row.bindAll(keyOf(instance.value())).step() ? row.integer(0) : 0;
 }
 
 void noteSending(Database &database, const SentInstance &sent, std::int64_t sender)
@@ -117,8 +117,12 @@ void noteSending(Database &database, const SentInstance &sent, std::int64_t send
             "ON CONFLICT (instance) DO UPDATE SET version = CASE WHEN version = ?2 THEN ?2 ELSE 0 END, "
             "arrival = CASE WHEN cloud = excluded.cloud AND arrival IN (?4, ?5) THEN arrival ELSE ?3 END, "
             "cloud = excluded.cloud")
-        .bindAll(
-            keyOf(sent.instance), sent.version, sender, kFailed, kStored, noteCloud(database, sent.cloud))
+        .bindAll(keyOf(sent.instance.value()),
+                 sent.version,
+                 sender,
+                 kFailed,
+                 kStored,
+                 noteCloud(database, sent.cloud))
         .run();
     database.exec("UPDATE Ledger SET sendCount = sendCount + 1");
 }
@@ -132,7 +136,7 @@ void noteStored(Database &database, const SentInstance &sent)
             "place = CASE WHEN acknowledged < ?4 THEN ?5 ELSE place END, "
             "acknowledged = max(acknowledged, ?4) "
             "WHERE instance = ?1 AND ((version = ?2 AND cloud = ?6 AND arrival <> ?3) OR acknowledged < ?4)")
-        .bindAll(keyOf(sent.instance),
+        .bindAll(keyOf(sent.instance.value()),
                  sent.version,
                  kStored,
                  timeThatCounts(sent),
@@ -146,7 +150,7 @@ void noteFailed(Database &database, const SentInstance &sent)
     database
         .prepare("UPDATE SentInstance SET arrival = ?3 "
                  "WHERE instance = ?1 AND version = ?2 AND cloud = ?5 AND arrival NOT IN (?3, ?4)")
-        .bindAll(keyOf(sent.instance), sent.version, kFailed, kStored, numberOf(database, sent.cloud))
+        .bindAll(keyOf(sent.instance.value()), sent.version, kFailed, kStored, numberOf(database, sent.cloud))
         .run();
 }
 
@@ -158,7 +162,7 @@ void noteVerified(Database &database, const SentInstance &seen)
                  "ON CONFLICT (instance) DO UPDATE SET version = ?2, arrival = ?3, "
                  "place = CASE WHEN acknowledged < ?4 THEN ?5 ELSE place END, "
                  "acknowledged = max(acknowledged, ?4), cloud = excluded.cloud")
-        .bindAll(keyOf(seen.instance),
+        .bindAll(keyOf(seen.instance.value()),
                  seen.version,
                  kStored,
                  timeThatCounts(seen),
@@ -170,14 +174,14 @@ void noteVerified(Database &database, const SentInstance &seen)
 bool mayOtherVersionBeSent(Database &database, const SentInstance &sent)
 {
     Statement row = database.prepare("SELECT 1 FROM SentInstance WHERE instance = ? AND version <> ?");
-    return row.bindAll(keyOf(sent.instance), sent.version).step();
+    return row.bindAll(keyOf(sent.instance.value()), sent.version).step();
 }
 
-void noteUnknownHistory(Database &database, const QString &instance)
+void noteUnknownHistory(Database &database, const platform::InstanceUid &instance)
 {
     if (!instance.isEmpty()) {
         database.prepare("INSERT OR IGNORE INTO SentInstance (instance, version) VALUES (?, 0)")
-            .bindAll(keyOf(instance))
+            .bindAll(keyOf(instance.value()))
             .run();
     }
 }
@@ -214,7 +218,7 @@ void noteSentBefore(Database &database)
     Statement row = database.prepare("SELECT DISTINCT originalSOPInstanceUID FROM DicomImage "
                                      "WHERE syncState IN (1, 2, 3) AND originalSOPInstanceUID IS NOT NULL");
     while (row.step()) {
-        noteUnknownHistory(database, row.text(0));
+        noteUnknownHistory(database, platform::InstanceUid(row.text(0)));
     }
 }
 

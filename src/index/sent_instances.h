@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/dicom/instance_identity.h"
+
 #include <QtCore/QString>
 
 #include <cstdint>
@@ -13,7 +15,7 @@ namespace gateway::index {
 /// A version of an instance that goes to the cloud, or went there.
 struct SentInstance
 {
-    QString instance = {};         ///< its SOP instance UID
+    platform::InstanceUid instance = {};
     std::int64_t version = 0;      ///< tells versions of it apart, above 0
     std::int64_t acknowledged = 0; ///< its file, in nanoseconds since 1970; 0 where nobody knows
     QString place = {};            ///< the study and the series that it belongs to
@@ -55,7 +57,7 @@ std::int64_t newSender();
 SentBefore sentBefore(platform::Database &database, const SentInstance &next, std::int64_t sender);
 
 /// The one version that was sent of the instance; 0 where none was, several were, or nobody knows which.
-std::int64_t onlyVersionSent(platform::Database &database, const QString &instance);
+std::int64_t onlyVersionSent(platform::Database &database, const platform::InstanceUid &instance);
 
 /// Notes what is about to be sent by `sender`, whatever will become of it. A try of the same version that
 /// failed before isn't forgotten for the next one, nor one that was answered as stored.
@@ -78,7 +80,7 @@ bool mayOtherVersionBeSent(platform::Database &database, const SentInstance &sen
 
 /// Notes that some version of the instance may have been sent, unless more is known of it. An empty UID is
 /// nobody's.
-void noteUnknownHistory(platform::Database &database, const QString &instance);
+void noteUnknownHistory(platform::Database &database, const platform::InstanceUid &instance);
 
 /// How many sends were noted as long as the index lives, and in any that this one came back from.
 std::int64_t sendCount(platform::Database &database);

@@ -2,6 +2,7 @@
 
 #include "index/schema.h"
 #include "index/testing/temporary_index.h"
+#include "platform/dicom/testing/identities.h"
 #include "platform/sqlite/database.h"
 
 #include <gtest/gtest.h>
@@ -10,7 +11,7 @@ namespace gateway::index {
 
 namespace {
 
-const QString kUid = QStringLiteral("1.2.3");
+const platform::InstanceUid kUid = platform::testing::instanceUid("1.2.3");
 constexpr std::int64_t kSender = 5;
 
 struct SentInstances : ::testing::Test
@@ -230,7 +231,8 @@ TEST_F(SentInstances, SayOfWhatTheyDoNotKnowThatTheyMayLackIt)
     noteUnrecordedSends(database);
 
     EXPECT_EQ(before(7), SentBefore::thisVersionOnItsWay);
-    EXPECT_EQ(sentBefore(database, {QStringLiteral("1.2.4"), 7}, kSender), SentBefore::unrecorded);
+    EXPECT_EQ(sentBefore(database, {platform::testing::instanceUid("1.2.4"), 7}, kSender),
+              SentBefore::unrecorded);
 }
 
 TEST_F(SentInstances, DoubtWhatWasRecordedAgainUntilMoreIsKnown)
@@ -239,8 +241,8 @@ TEST_F(SentInstances, DoubtWhatWasRecordedAgainUntilMoreIsKnown)
     noteUnknownHistory(database, kUid);
     EXPECT_FALSE(mayOtherBeSent(7)) << "more was known already";
 
-    noteUnknownHistory(database, QStringLiteral("1.2.9"));
-    EXPECT_TRUE(mayOtherVersionBeSent(database, {QStringLiteral("1.2.9"), 7}));
+    noteUnknownHistory(database, platform::testing::instanceUid("1.2.9"));
+    EXPECT_TRUE(mayOtherVersionBeSent(database, {platform::testing::instanceUid("1.2.9"), 7}));
 }
 
 } // namespace gateway::index

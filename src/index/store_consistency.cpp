@@ -21,15 +21,16 @@ constexpr const char *kLastRows =
     "ORDER BY pk DESC";
 
 /// Rows without their files may be many: those of the store that went, and of a fuller one than this.
-std::map<QString, QString> lastFilesThere(platform::Database &database, const QString &storeRoot)
+std::map<QString, platform::InstanceUid> lastFilesThere(platform::Database &database,
+                                                        const QString &storeRoot)
 {
-    std::map<QString, QString> instances;
+    std::map<QString, platform::InstanceUid> instances;
     QString last;
     platform::Statement row = database.prepare(kLastRows);
     while (instances.size() < kFilesToRead && row.step()) {
         const QString path = row.text(0);
         if (path != last && platform::fileIdentity(storeRoot + u'/' + path)) {
-            instances.emplace(path, row.text(1));
+            instances.emplace(path, platform::InstanceUid(row.text(1)));
         }
         last = path;
     }

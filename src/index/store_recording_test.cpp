@@ -1,6 +1,7 @@
 #include "index/dicom_db.h"
 
 #include "index/testing/temporary_index.h"
+#include "platform/dicom/testing/identities.h"
 #include "platform/files/files.h"
 #include "platform/files/folder_id.h"
 
@@ -10,6 +11,8 @@
 #include <gtest/gtest.h>
 
 namespace gateway::index {
+
+using platform::testing::instanceUid;
 
 namespace {
 
@@ -61,13 +64,13 @@ TEST_F(LostIndex, LacksNothingThatWasSentWhereTheFirstImageCameAfterIt)
     home.reopen();
 
     EXPECT_FALSE(home.index().storeRecording().lacksStoredFiles());
-    EXPECT_EQ(home.index().sentBefore({QStringLiteral("9.2"), 7}), SentBefore::nothing);
+    EXPECT_EQ(home.index().sentBefore({instanceUid("9.2"), 7}), SentBefore::nothing);
 }
 
 TEST_F(LostIndex, DoesNotKnowAllThatWasSentThoughNoFileIsLeft)
 {
     const QString path = import(QStringLiteral("9.1"));
-    home.index().noteSending({{QStringLiteral("9.1"), 7}});
+    home.index().noteSending({{instanceUid("9.1"), 7}});
     home.index().recordUploadResult({}, path, true);
     home.clock.advance(std::chrono::hours(1));
     home.index().pruneSyncedImages(home.clock.now());
@@ -77,20 +80,20 @@ TEST_F(LostIndex, DoesNotKnowAllThatWasSentThoughNoFileIsLeft)
     home.reopen();
 
     EXPECT_EQ(home.index().counts().total.images, 0);
-    EXPECT_EQ(home.index().sentBefore({QStringLiteral("9.1"), 8}), SentBefore::unrecorded);
-    home.index().noteSending({{QStringLiteral("9.1"), 8}});
-    EXPECT_EQ(home.index().sentBefore({QStringLiteral("9.1"), 8}), SentBefore::thisVersionOnItsWay);
+    EXPECT_EQ(home.index().sentBefore({instanceUid("9.1"), 8}), SentBefore::unrecorded);
+    home.index().noteSending({{instanceUid("9.1"), 8}});
+    EXPECT_EQ(home.index().sentBefore({instanceUid("9.1"), 8}), SentBefore::thisVersionOnItsWay);
 }
 
 TEST_F(LostIndex, KnowsThatItLacksSomeBeforeItsFilesAreRecordedAndAfter)
 {
     import(QStringLiteral("9.1"));
     loseIndex();
-    EXPECT_EQ(home.index().sentBefore({QStringLiteral("9.2"), 7}), SentBefore::unrecorded);
+    EXPECT_EQ(home.index().sentBefore({instanceUid("9.2"), 7}), SentBefore::unrecorded);
 
     EXPECT_TRUE(record());
 
-    EXPECT_EQ(home.index().sentBefore({QStringLiteral("9.2"), 7}), SentBefore::unrecorded);
+    EXPECT_EQ(home.index().sentBefore({instanceUid("9.2"), 7}), SentBefore::unrecorded);
 }
 
 TEST_F(LostIndex, DoubtsWhatItHasRecordedAgain)
@@ -100,7 +103,7 @@ TEST_F(LostIndex, DoubtsWhatItHasRecordedAgain)
 
     EXPECT_TRUE(record());
 
-    EXPECT_EQ(home.index().sentBefore({QStringLiteral("9.1"), 7}), SentBefore::unknown);
+    EXPECT_EQ(home.index().sentBefore({instanceUid("9.1"), 7}), SentBefore::unknown);
 }
 
 TEST_F(LostIndex, IsNoticedAndRecordedAgainInTheOrderOfItsFiles)
@@ -220,8 +223,8 @@ TEST_F(RestoredIndex, DoubtsTheFewImagesThatCameSinceItsBackup)
     EXPECT_TRUE(record());
 
     EXPECT_EQ(home.index().counts().total.images, 2);
-    EXPECT_EQ(home.index().sentBefore({QStringLiteral("9.2"), 7}), SentBefore::unknown);
-    EXPECT_EQ(home.index().sentBefore({QStringLiteral("9.3"), 7}), SentBefore::unrecorded);
+    EXPECT_EQ(home.index().sentBefore({instanceUid("9.2"), 7}), SentBefore::unknown);
+    EXPECT_EQ(home.index().sentBefore({instanceUid("9.3"), 7}), SentBefore::unrecorded);
 }
 
 TEST_F(RestoredIndex, IsComparedWithAStoreThatComesIntoSightInLife)
@@ -240,7 +243,7 @@ TEST_F(RestoredIndex, IsComparedWithAStoreThatComesIntoSightInLife)
     EXPECT_TRUE(home.index().storeRecording().lacksStoredFiles());
     EXPECT_TRUE(record());
     EXPECT_EQ(home.index().counts().total.images, 2);
-    EXPECT_EQ(home.index().sentBefore({QStringLiteral("9.2"), 7}), SentBefore::unknown);
+    EXPECT_EQ(home.index().sentBefore({instanceUid("9.2"), 7}), SentBefore::unknown);
 }
 
 TEST_F(LostIndex, RecordsNothingOfAnotherStoreThatStandsThere)
@@ -293,7 +296,7 @@ TEST_F(RestoredIndex, IsNoneWhereAKillLeftAFileThatHasItsNameInTheInboxStill)
     EXPECT_FALSE(home.index().storeRecording().lacksStoredFiles());
     EXPECT_TRUE(record());
     EXPECT_EQ(home.index().counts().total.images, 1);
-    EXPECT_EQ(home.index().sentBefore({QStringLiteral("9.1"), 7}), SentBefore::nothing);
+    EXPECT_EQ(home.index().sentBefore({instanceUid("9.1"), 7}), SentBefore::nothing);
 }
 
 TEST_F(LostIndex, WaitsForAFolderAndForAFileThatCanNotBeLookedAt)
@@ -345,21 +348,22 @@ TEST_F(LostIndex, IsAlsoOneThatCameBackFromABackup)
         EXPECT_EQ(told, later);
         EXPECT_EQ(home.index().counts().total.images, images);
         EXPECT_FALSE(home.index().storeRecording().lacksStoredFiles());
-        EXPECT_EQ(home.index().sentBefore({QStringLiteral("7.7"), 7}), SentBefore::unrecorded);
-        EXPECT_EQ(home.index().sentBefore({QStringLiteral("9.%1.1").arg(later), 7}), SentBefore::unknown);
+        EXPECT_EQ(home.index().sentBefore({instanceUid("7.7"), 7}), SentBefore::unrecorded);
+        EXPECT_EQ(home.index().sentBefore({platform::InstanceUid(QStringLiteral("9.%1.1").arg(later)), 7}),
+                  SentBefore::unknown);
     }
 }
 
 TEST_F(LostIndex, LacksWhatWasSentAfterItsBackupThoughNoFileCameSince)
 {
     const QString path = import(QStringLiteral("9.1"));
-    home.index().noteSending({{QStringLiteral("8.8"), 7}});
+    home.index().noteSending({{instanceUid("8.8"), 7}});
     home.close();
     const QString backup = home.path(QStringLiteral("backup"));
     ASSERT_TRUE(QFile::copy(home.indexFile(), backup));
     home.reopen();
-    EXPECT_EQ(home.index().sentBefore({QStringLiteral("9.1"), 7}), SentBefore::nothing);
-    home.index().noteSending({{QStringLiteral("9.1"), 7}});
+    EXPECT_EQ(home.index().sentBefore({instanceUid("9.1"), 7}), SentBefore::nothing);
+    home.index().noteSending({{instanceUid("9.1"), 7}});
     home.index().recordUploadResult({}, path, true);
 
     home.close();
@@ -367,7 +371,7 @@ TEST_F(LostIndex, LacksWhatWasSentAfterItsBackupThoughNoFileCameSince)
     ASSERT_TRUE(QFile::rename(backup, home.indexFile()));
     home.reopen();
 
-    EXPECT_EQ(home.index().sentBefore({QStringLiteral("9.1"), 8}), SentBefore::unrecorded);
+    EXPECT_EQ(home.index().sentBefore({instanceUid("9.1"), 8}), SentBefore::unrecorded);
     EXPECT_FALSE(home.index().storeRecording().lacksStoredFiles());
 }
 
@@ -381,7 +385,7 @@ TEST_F(LostIndex, LacksWhatWasSentThoughTheDefaultsAndAllFilesAreGone)
     }
     loseIndex();
 
-    EXPECT_EQ(home.index().sentBefore({QStringLiteral("9.1"), 8}), SentBefore::unrecorded);
+    EXPECT_EQ(home.index().sentBefore({instanceUid("9.1"), 8}), SentBefore::unrecorded);
 }
 
 TEST_F(LostIndex, TakesImagesMeanwhileAndRecordsNoneTwice)

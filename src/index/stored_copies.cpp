@@ -107,7 +107,7 @@ bool exists(Database &database, const char *question, const QString &pathString)
 std::vector<CurrentCopy>
 currentCopies(Database &database, const ParsedObject &object, const StoredFile &beside)
 {
-    const QString &uid = object.sopInstanceUID;
+    const QString &uid = object.sopInstanceUID.value();
     std::vector<CurrentCopy> copies;
     if (!object.studyInstanceUID || uid.isEmpty()) {
         return copies; // images without an identity stay apart
@@ -209,8 +209,10 @@ std::vector<OwedFile> owedFiles(Database &database, const QString &successor)
     Statement row = database.prepare(kOwed);
     row.bindAll(successor);
     while (row.step()) {
-        files.push_back(
-            {row.text(0), row.text(1), onlyVersionSent(database, row.text(2)), storeTurn(database)});
+        files.push_back({row.text(0),
+                         row.text(1),
+                         onlyVersionSent(database, platform::InstanceUid(row.text(2))),
+                         storeTurn(database)});
     }
     return files;
 }

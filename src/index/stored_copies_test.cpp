@@ -1,6 +1,7 @@
 #include "index/stored_copies.h"
 
 #include "index/testing/temporary_index.h"
+#include "platform/dicom/testing/identities.h"
 #include "platform/files/files.h"
 #include "platform/files/testing/faulty_file_system.h"
 
@@ -79,7 +80,7 @@ protected:
     /// Uploads the current file, with the note of what goes out.
     void sendVersion(const QString &path)
     {
-        home.index().noteSending({{QStringLiteral("9.1"), versionOf(path)}});
+        home.index().noteSending({{platform::testing::instanceUid("9.1"), versionOf(path)}});
         send(path);
     }
 
@@ -288,7 +289,7 @@ TEST_F(StoredCopies, OneIsKeptWhereNobodyKnowsWhichVersionTheCloudHolds)
 {
     const QString received = take(kMorning, saying(QStringLiteral("received")));
     const QString brought = bringIn(kUnderAnotherHeader);
-    home.index().noteSending({{QStringLiteral("9.1"), 7}});
+    home.index().noteSending({{platform::testing::instanceUid("9.1"), 7}});
 
     sendVersion(brought);
 
@@ -300,7 +301,7 @@ TEST_F(StoredCopies, OneThatCouldNotBeReadWhenItsVersionWentIsLookedAtAgain)
 {
     const QString received = take(kMorning, saying(QStringLiteral("received")));
     const QString brought = bringIn(kUnderAnotherHeader);
-    home.index().noteSending({{QStringLiteral("9.1"), versionOf(brought)}});
+    home.index().noteSending({{platform::testing::instanceUid("9.1"), versionOf(brought)}});
     home.parser.breakDown();
     send(brought);
     EXPECT_EQ(home.index().examination().owedFiles(), 1);

@@ -46,8 +46,8 @@ struct UploadFailure
 {
     QString storagePath; ///< the file's `pathString`
     QUrl fileURL;
-    QString sopInstanceUID;   ///< as it stands in the file; empty when there is none
-    QString studyInstanceUID; ///< empty when there is none
+    platform::InstanceUid sopInstanceUID; ///< as it stands in the file; empty when there is none
+    platform::StudyUid studyInstanceUID;  ///< empty when there is none
     QString failureClass;
     std::int64_t failureCode = 0;
     QDateTime failedAt; ///< UTC

@@ -37,7 +37,7 @@ std::optional<StoreUpload::CandidateOutcome> outcomeWithoutRequest(const Candida
 QList<QList<PreparedCandidate>> withoutTwins(const QList<PreparedCandidate> &files)
 {
     QList<QList<PreparedCandidate>> batches;
-    QList<QSet<QString>> instances;
+    QList<QSet<platform::InstanceUid>> instances;
     for (const PreparedCandidate &file : files) {
         qsizetype batch = 0;
         while (batch < batches.size() && instances[batch].contains(file.identity.instance)) {
@@ -45,7 +45,7 @@ QList<QList<PreparedCandidate>> withoutTwins(const QList<PreparedCandidate> &fil
         }
         if (batch == batches.size()) {
             batches.append(QList<PreparedCandidate>());
-            instances.append(QSet<QString>());
+            instances.append(QSet<platform::InstanceUid>());
         }
         batches[batch].append(file);
         instances[batch].insert(file.identity.instance);

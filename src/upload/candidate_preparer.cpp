@@ -46,8 +46,8 @@ core::FailureClass classOf(const index::PendingImageUpload &candidate, const Sen
 /// True where the file isn't the one that the rows stand for: its answer would count for another image.
 bool isOfAnotherImage(const index::PendingImageUpload &candidate, const SendableFile &file)
 {
-    const QString instance = file.identity.instance.trimmed();
-    const QStringList &known = candidate.originalSOPInstanceUIDs;
+    const platform::InstanceUid instance(file.identity.instance.value().trimmed());
+    const QList<platform::InstanceUid> &known = candidate.originalSOPInstanceUIDs;
     return !instance.isEmpty() && !known.isEmpty() && !known.contains(instance);
 }
 

@@ -1,3 +1,4 @@
+#include "platform/dicom/testing/identities.h"
 #include "upload/candidate_preparer.h"
 
 #include "upload/testing/fake_surroundings.h"
@@ -8,6 +9,8 @@
 #include <gtest/gtest.h>
 
 namespace gateway::upload {
+
+using platform::testing::instanceUid;
 
 using StoreUpload::CandidateContext;
 using StoreUpload::CandidatePreparationResult;
@@ -160,7 +163,7 @@ TEST_F(CandidatePreparerTest, SendsACopyWithARightHeaderInPlaceOfTheOriginalAndR
 
     EXPECT_EQ(prepared.details, expected(QStringLiteral("original"), QStringLiteral("false")));
     EXPECT_NE(prepared.uploadURL, QUrl::fromLocalFile(path));
-    EXPECT_EQ(prepared.identity.instance, QStringLiteral("1.2.3"));
+    EXPECT_EQ(prepared.identity.instance, instanceUid("1.2.3"));
     uncompressed.cleanUp(prepared);
     EXPECT_EQ(around.leftovers(), 0);
 }
@@ -179,7 +182,7 @@ TEST_F(CandidatePreparerTest, TellsOfAnObjectThatNoAnswerCouldName)
 TEST_F(CandidatePreparerTest, LeavesAFileThatHoldsAnotherImageThanItsRowsSay)
 {
     StoreUpload::CandidateContext other = context;
-    other.candidate.originalSOPInstanceUIDs = {QStringLiteral("1.2.3.4")};
+    other.candidate.originalSOPInstanceUIDs = {instanceUid("1.2.3.4")};
 
     const CandidatePreparationResult result = preparer.prepare(other, details);
 

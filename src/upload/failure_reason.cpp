@@ -278,7 +278,7 @@ endOfRequest(const std::exception &error, const PreparedCandidate &prepared, std
     }
     const bool isNamed =
         std::ranges::any_of(prepared.context.candidate.originalSOPInstanceUIDs,
-                            [&](const QString &uid) { return refusal->reasons.contains(uid); });
+                            [&](const platform::InstanceUid &uid) { return refusal->reasons.contains(uid); });
     if (isNamed || !refusal->cause || couldNotBeRead(*refusal, prepared.uploadURL.toLocalFile())) {
         return nullptr;
     }

@@ -1,6 +1,7 @@
 #include "upload/failure_reason.h"
 
 #include "cloud_client/quorin_error.h"
+#include "platform/dicom/testing/identities.h"
 
 #include <gtest/gtest.h>
 
@@ -9,6 +10,8 @@
 #include <vector>
 
 namespace gateway::upload {
+
+using platform::testing::instanceUid;
 
 using cloud_client::AFError;
 using cloud_client::NoAnswer;
@@ -21,7 +24,7 @@ using StoreUpload::PreparedCandidate;
 
 namespace {
 
-const QString kUid = QStringLiteral("1.2.3");
+const platform::InstanceUid kUid = instanceUid("1.2.3");
 const QString kPath = QStringLiteral("/store/10000/7.dcm");
 
 PreparedCandidate candidate()
@@ -39,7 +42,7 @@ Failure failureOf(const std::exception &error)
 
 QrnStowResponse refusalFor(int reason)
 {
-    return QrnStowResponse({{kUid, kPath}}, reason, {{kUid, reason}});
+    return QrnStowResponse({{kUid.value(), kPath}}, reason, {{kUid, reason}});
 }
 
 } // namespace
@@ -154,7 +157,7 @@ TEST(FailureReason, ReadsTheFailureReasonsOfTheStandard)
 TEST(FailureReason, OfAFileIsTheOneThatTheServerGaveForItsInstance)
 {
     const QrnStowResponse refusal(
-        {{QStringLiteral("9.9")}, {kUid}}, 0xA700, {{QStringLiteral("9.9"), 0xA700}, {kUid, 0xA900}});
+        {{QStringLiteral("9.9")}, {kUid.value()}}, 0xA700, {{instanceUid("9.9"), 0xA700}, {kUid, 0xA900}});
 
     EXPECT_EQ(failureOf(refusal), (Failure{FailureClass::contentDoesNotFit, 0xA900}));
 }
@@ -162,7 +165,7 @@ TEST(FailureReason, OfAFileIsTheOneThatTheServerGaveForItsInstance)
 TEST(FailureReason, OfAFileWithoutOneIsWhatEndedTheRestOfTheUpload)
 {
     const QrnStowResponse refusal(
-        {{kUid, kPath}},
+        {{kUid.value(), kPath}},
         0,
         {},
         std::make_exception_ptr(AFError(QString(), std::nullopt, 56, NoAnswer::connectionLost)));
@@ -179,17 +182,17 @@ TEST(FailureReason, OfAnInstanceThatIsStillBeingStoredPasses)
 
 TEST(FailureReason, OfAnInstanceThatTheAnswerDidNotNameIsThatItWasNotConfirmed)
 {
-    EXPECT_EQ(failureOf(QrnStowResponse({{kUid, kPath}}, 0)), (Failure{FailureClass::notConfirmed, 0}));
-    EXPECT_EQ(failureOf(QrnStowResponse({{kUid, kPath}}, 0, {}, nullptr, {}, {kUid})),
+    EXPECT_EQ(failureOf(QrnStowResponse({{kUid.value(), kPath}}, 0)),
+              (Failure{FailureClass::notConfirmed, 0}));
+    EXPECT_EQ(failureOf(QrnStowResponse({{kUid.value(), kPath}}, 0, {}, nullptr, {}, {kUid})),
               (Failure{FailureClass::notThereYet, 0}));
-    EXPECT_EQ(failureOf(QrnStowResponse({{kUid, kPath}}, 0, {}, nullptr, {}, {QStringLiteral("9")})),
+    EXPECT_EQ(failureOf(QrnStowResponse({{kUid.value(), kPath}}, 0, {}, nullptr, {}, {instanceUid("9")})),
               (Failure{FailureClass::notConfirmed, 0}));
 }
 
 TEST(FailureReason, OfAFileThatCouldNotBeReadIsNotTheServersReasonForOthers)
 {
-    const QrnStowResponse refusal(
-        {{kPath}, {QStringLiteral("9.9")}}, 0xA700, {{QStringLiteral("9.9"), 0xA700}});
+    const QrnStowResponse refusal({{kPath}, {QStringLiteral("9.9")}}, 0xA700, {{instanceUid("9.9"), 0xA700}});
 
     EXPECT_EQ(failureOf(refusal), (Failure{FailureClass::fileUnreadable, 0}));
 }

@@ -1,3 +1,4 @@
+#include "platform/dicom/testing/identities.h"
 #include "upload/instance_verifier.h"
 
 #include "upload/testing/fake_surroundings.h"
@@ -13,7 +14,7 @@ using StoreUpload::PreparedCandidate;
 
 namespace {
 
-const QString kUid = QStringLiteral("1.2.3");
+const platform::InstanceUid kUid = platform::testing::instanceUid("1.2.3");
 
 struct InstanceVerifierTest : ::testing::Test
 {
@@ -24,7 +25,7 @@ struct InstanceVerifierTest : ::testing::Test
     PreparedCandidate stored() const
     {
         PreparedCandidate made;
-        made.identity = {QStringLiteral("1"), QStringLiteral("1.1"), kUid};
+        made.identity = platform::testing::identity("1", "1.1", "1.2.3");
         made.version = 7;
         return made;
     }
@@ -34,7 +35,7 @@ struct InstanceVerifierTest : ::testing::Test
         around.cloud.upload({}, cloud_client::StowFile{storedFile(), prepared.identity}, {}, {});
     }
 
-    QUrl storedFile() { return QUrl::fromLocalFile(around.store(kUid)); }
+    QUrl storedFile() { return QUrl::fromLocalFile(around.store(kUid.value())); }
 };
 
 AttemptEnd failedFor(FailureClass failureClass, std::int64_t code = 0)
@@ -134,7 +135,7 @@ TEST_F(InstanceVerifierTest, FetchesASecondVersionAndComparesIt)
 
     EXPECT_EQ(verifier.confirm(prepared, CloudsWord::isStored),
               (AttemptEnd{.result = AttemptResult::success, .isVerified = true}));
-    EXPECT_EQ(around.cloud.retrieved(), QStringList{kUid});
+    EXPECT_EQ(around.cloud.retrieved(), QStringList{kUid.value()});
     EXPECT_EQ(around.leftovers(), 0);
 }
 
@@ -159,7 +160,7 @@ TEST_F(InstanceVerifierTest, TakesNothingForProvenThatCannotBeFetchedOrCompared)
     around.converter.compareAs(platform::Likeness::unknown);
     EXPECT_EQ(verifier.confirm(prepared, CloudsWord::isStored), failedFor(FailureClass::notConfirmed));
 
-    prepared.identity.study.clear();
+    prepared.identity.study = {};
     EXPECT_EQ(verifier.confirm(prepared, CloudsWord::isStored), failedFor(FailureClass::notComparable));
 }
 

@@ -20,7 +20,7 @@ public:
     bool contains(const QString &cloud, const platform::InstanceIdentity &instance) const
     {
         const platform::MutexLock lock(m_mutex);
-        return m_series.contains({cloud, instance.study, instance.series});
+        return m_series.contains({cloud, instance.study.value(), instance.series.value()});
     }
 
     /// Notes the instance's series.
@@ -31,7 +31,7 @@ public:
         if (m_series.size() >= kMost) {
             m_series.clear();
         }
-        m_series.insert({cloud, instance.study, instance.series});
+        m_series.insert({cloud, instance.study.value(), instance.series.value()});
     }
 
 private:

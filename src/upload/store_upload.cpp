@@ -73,7 +73,7 @@ index::SentInstance sentInstance(const PreparedCandidate &prepared)
     return {prepared.identity.instance,
             prepared.version,
             prepared.context.candidate.acknowledged,
-            prepared.identity.study + u' ' + prepared.identity.series,
+            prepared.identity.study.value() + u' ' + prepared.identity.series.value(),
             prepared.context.session.cloud,
             prepared.context.candidate.isDamaged};
 }

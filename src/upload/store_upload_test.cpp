@@ -1,3 +1,4 @@
+#include "platform/dicom/testing/identities.h"
 #include "upload/store_upload.h"
 
 #include <QtCore/QTemporaryDir>
@@ -127,15 +128,16 @@ TEST(CandidateDetails, AddTheNumberOfLinkedImages)
 TEST(SentInstance, SaysWhatIsKnownOfTheFile)
 {
     PreparedCandidate prepared;
-    prepared.identity = {QStringLiteral("1"), QStringLiteral("1.2"), QStringLiteral("1.3")};
+    prepared.identity = platform::testing::identity("1", "1.2", "1.3");
     prepared.version = 7;
     prepared.context.candidate.acknowledged = 200;
     prepared.context.candidate.isDamaged = true;
     prepared.context.session.cloud = QStringLiteral("a cloud");
 
-    EXPECT_EQ(sentInstance(prepared),
-              (index::SentInstance{
-                  QStringLiteral("1.3"), 7, 200, QStringLiteral("1 1.2"), QStringLiteral("a cloud"), true}));
+    EXPECT_EQ(
+        sentInstance(prepared),
+        (index::SentInstance{
+            prepared.identity.instance, 7, 200, QStringLiteral("1 1.2"), QStringLiteral("a cloud"), true}));
 }
 
 TEST(SummaryDetails, HoldEveryFigureBesideTheExecutionDetails)

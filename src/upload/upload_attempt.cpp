@@ -63,9 +63,9 @@ QList<AttemptEnd> endsAfter(const cloud_client::QrnStowResponse &refusal,
         });
     QList<AttemptEnd> ends;
     for (const PreparedCandidate &candidate : prepared) {
-        const QString &uid = candidate.identity.instance;
+        const platform::InstanceUid &uid = candidate.identity.instance;
         const bool isStored =
-            namesSomebodyEachTime && !uid.isEmpty() && !refusal.names(candidate.uploadURL, {uid});
+            namesSomebodyEachTime && !uid.isEmpty() && !refusal.names(candidate.uploadURL, uid);
         ends.append(isStored ? StoreUpload::kUploaded : failedEnd(refusal, candidate));
     }
     return ends;
@@ -81,7 +81,7 @@ QList<AttemptEnd> allFailed(const std::exception &error, const QList<PreparedCan
 }
 
 /// True where the instance was refused and is there all the same.
-bool isFoundAfter(const std::exception &error, const QString &instance)
+bool isFoundAfter(const std::exception &error, const platform::InstanceUid &instance)
 {
     const auto *refusal = dynamic_cast<const cloud_client::QrnStowResponse *>(&error);
     return refusal && refusal->found.contains(instance);
@@ -199,8 +199,8 @@ QList<CandidateOutcome> UploadAttempt::sendBatch(const QList<PreparedCandidate> 
     const SpeedSampler speed(m_with);
     m_with.emitter.emit(started(record));
     QList<AttemptEnd> ends;
-    QSet<QString> alreadyStored;
-    QSet<QString> found;
+    QSet<platform::InstanceUid> alreadyStored;
+    QSet<platform::InstanceUid> found;
     try {
         alreadyStored = cloud_client::alreadyStoredIn(
             m_with.cloud.upload(prepared.first().context.session, files, m_run.deviceId, speed.callback()));
@@ -220,7 +220,7 @@ QList<CandidateOutcome> UploadAttempt::sendBatch(const QList<PreparedCandidate> 
         ends = allFailed(error, prepared);
     }
     for (qsizetype index = 0; index < ends.size(); ++index) {
-        const QString &instance = prepared[index].identity.instance;
+        const platform::InstanceUid &instance = prepared[index].identity.instance;
         if (found.contains(instance)) {
             ends[index] = confirm(prepared[index], CloudsWord::isShown, record);
         } else if (ends[index].result == AttemptResult::success) {

@@ -1,5 +1,6 @@
 #include "upload/upload_attempt.h"
 
+#include "platform/dicom/testing/identities.h"
 #include "upload/testing/fake_surroundings.h"
 
 #include <gtest/gtest.h>
@@ -30,7 +31,7 @@ struct UploadAttemptTest : ::testing::Test
         prepared.context.candidate.storagePath = path;
         prepared.context.candidate.fileURL = QUrl::fromLocalFile(path);
         prepared.context.candidate.imageObjectIDs = {{0}};
-        prepared.identity.instance = uid;
+        prepared.identity.instance = platform::InstanceUid(uid);
         prepared.context.candidate.sopInstanceUIDs = {uid + u'0'};
         prepared.uploadURL = prepared.context.candidate.fileURL;
         prepared.details = {{QStringLiteral("upload_source"), QStringLiteral("original")}};
@@ -255,7 +256,7 @@ TEST_F(UploadAttemptTest, TellsAnInstanceFromOneWhoseKeyReadsLikeIt)
 TEST_F(UploadAttemptTest, FailsAFileWithoutAnyIdentifierWhenItsBatchWasRefusedInPart)
 {
     PreparedCandidate nameless = original(QStringLiteral("1.1"));
-    nameless.identity.instance.clear();
+    nameless.identity.instance = {};
     nameless.context.candidate.sopInstanceUIDs.clear();
     around.cloud.refuse(QStringLiteral("1.2"));
 
@@ -277,12 +278,12 @@ TEST_F(UploadAttemptTest, LetsNoFilePassWhenARefusalNamesNobody)
 TEST_F(UploadAttemptTest, ComparesWhatIsThereThoughItWasRefused)
 {
     PreparedCandidate there = original(QStringLiteral("1.1"));
-    there.identity.study = QStringLiteral("1");
-    there.identity.series = QStringLiteral("1.0");
+    there.identity.study = platform::StudyUid(QStringLiteral("1"));
+    there.identity.series = platform::SeriesUid(QStringLiteral("1.0"));
     around.cloud.upload({}, cloud_client::StowFile{there.uploadURL, there.identity}, {}, {});
     failWith([] {
         throw cloud_client::QrnStowResponse(
-            {{QStringLiteral("1.1")}}, 0, {}, nullptr, {}, {}, {QStringLiteral("1.1")});
+            {{QStringLiteral("1.1")}}, 0, {}, nullptr, {}, {}, {platform::testing::instanceUid("1.1")});
     });
     const struct
     {
@@ -324,10 +325,10 @@ TEST_F(UploadAttemptTest, TellsForEachFileOfABatchWhyItFailed)
     const QList<PreparedCandidate> batch = {
         original(QStringLiteral("1.1")), original(QStringLiteral("1.2")), original(QStringLiteral("1.3"))};
     failWith([] {
-        throw cloud_client::QrnStowResponse(
-            {{QStringLiteral("1.1")}, {QStringLiteral("1.3")}},
-            0xA700,
-            {{QStringLiteral("1.1"), 0xA700}, {QStringLiteral("1.3"), 0xC000}});
+        throw cloud_client::QrnStowResponse({{QStringLiteral("1.1")}, {QStringLiteral("1.3")}},
+                                            0xA700,
+                                            {{platform::testing::instanceUid("1.1"), 0xA700},
+                                             {platform::testing::instanceUid("1.3"), 0xC000}});
     });
 
     const QList<CandidateOutcome> outcomes = attempt.sendBatch(batch, {});

@@ -39,9 +39,9 @@ bool hasSuccess(const QList<CandidateOutcome> &outcomes)
     });
 }
 
-QStringList instancesOf(const QList<CandidateContext> &contexts)
+QList<platform::InstanceUid> instancesOf(const QList<CandidateContext> &contexts)
 {
-    QStringList instances;
+    QList<platform::InstanceUid> instances;
     for (const CandidateContext &context : contexts) {
         instances.append(context.candidate.originalSOPInstanceUIDs);
     }
@@ -148,7 +148,7 @@ void UploadRun::begin(UploadRound &round, platform::TaskGroup &window, const std
 /// \param by  1 for files of a page that begins, -1 for those of one whose results are recorded.
 void UploadRun::noteUnderWay(const Contexts &contexts, int by)
 {
-    for (const QString &instance : instancesOf(contexts)) {
+    for (const platform::InstanceUid &instance : instancesOf(contexts)) {
         const int files = m_underWay.value(instance) + by;
         if (files > 0) {
             m_underWay.insert(instance, files);
@@ -284,9 +284,9 @@ UploadRun::Contexts UploadRun::nextPage()
 /// Adds a candidate to the page, unless another version of its image is under way or in that page.
 void UploadRun::take(const CandidateContext &candidate, Contexts &page)
 {
-    const QStringList instances = instancesOf({candidate});
+    const QList<platform::InstanceUid> instances = instancesOf({candidate});
     const bool isBehind = std::ranges::any_of(
-        instances, [this](const QString &instance) { return m_underWay.contains(instance); });
+        instances, [this](const platform::InstanceUid &instance) { return m_underWay.contains(instance); });
     if (isBehind) {
         m_behind.append(candidate);
         return;

@@ -80,7 +80,7 @@ private:
     RunHalt m_halt;
     CandidateHandler m_handler;
     std::deque<std::unique_ptr<UploadRound>> m_open; // oldest first
-    QHash<QString, int> m_underWay;                  // instances in the open pages: by how many files
+    QHash<platform::InstanceUid, int> m_underWay;    // instances in the open pages: by how many files
     Contexts m_behind;                               // wait for another version of their image
     platform::WorkerPool m_pool;                     // sends
 };

@@ -1,5 +1,6 @@
 // The rules that hold in every mode.
 
+#include "platform/dicom/testing/identities.h"
 #include "upload/upload_run.h"
 
 #include "upload/testing/upload_run_world.h"
@@ -11,6 +12,8 @@
 #include <thread>
 
 namespace gateway::upload {
+
+using platform::testing::instanceUid;
 
 using log::GatewayLogAction;
 using StoreUpload::ExecutionConfig;
@@ -52,7 +55,7 @@ TEST_P(UploadRunInEachModeTest, TakesNothingForSentThatTheCloudHadBeforeItWasSen
     for (const auto *uid : {"1.0", "1.1"}) {
         around.cloud.claimToHave(QString::fromLatin1(uid));
     }
-    around.index.doubt(QStringLiteral("1.1"), index::SentBefore::thisVersion);
+    around.index.doubt(instanceUid("1.1"), index::SentBefore::thisVersion);
 
     run();
 
@@ -137,7 +140,7 @@ TEST_P(UploadRunInEachModeTest, NotesAFailureBeforeTheRestOfItsPageHasEnded)
             return;
         }
         const QDeadlineTimer patience(10'000); // the last request of the page outlasts the first
-        const auto noted = [&] { return around.index.sentBefore({QStringLiteral("1.0"), 1}); };
+        const auto noted = [&] { return around.index.sentBefore({instanceUid("1.0"), 1}); };
         while (noted() != index::SentBefore::thisVersionInVain && !patience.hasExpired()) {
             std::this_thread::yield();
         }
@@ -177,18 +180,18 @@ TEST_P(UploadRunInEachModeTest, TellsTheIndexWhatItIsAboutToSendAlsoWhenThatFail
     run();
 
     ASSERT_EQ(around.index.sent().size(), 1);
-    EXPECT_EQ(around.index.sent().first().instance, QStringLiteral("1.1"));
+    EXPECT_EQ(around.index.sent().first().instance, instanceUid("1.1"));
     EXPECT_EQ(around.index.sent().first().version, 10);
 }
 
 TEST_P(UploadRunInEachModeTest, HoldsBackAnImageInWhosePlaceTheCloudKeepsAnother)
 {
     const QString path = around.store(QStringLiteral("1.1"));
-    around.index.rememberOtherVersion(QStringLiteral("1.1"));
+    around.index.rememberOtherVersion(instanceUid("1.1"));
     around.converter.compareAs(platform::Likeness::different);
     around.converter.behave([this](const QString &source) {
         platform::SendableFile made = around.converter.write(source);
-        made.identity = {QStringLiteral("1"), QStringLiteral("1.0"), QStringLiteral("1.1")};
+        made.identity = platform::testing::identity("1", "1.0", "1.1");
         return made;
     });
 

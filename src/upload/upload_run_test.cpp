@@ -1,3 +1,4 @@
+#include "platform/dicom/testing/identities.h"
 #include "upload/upload_run.h"
 
 #include "upload/testing/upload_run_world.h"
@@ -294,7 +295,7 @@ TEST_P(UploadRunWithAnotherSessionTest, SendsNothingInAnotherSessionThanItLooked
 {
     const QString uid = QStringLiteral("1.1");
     around.store(uid);
-    around.index.doubt(uid, index::SentBefore::unrecorded);
+    around.index.doubt(platform::InstanceUid(uid), index::SentBefore::unrecorded);
     around.cloud.duringLook([this] { around.session.signInAt(QStringLiteral("another cloud")); });
 
     const RunSummary first = run();

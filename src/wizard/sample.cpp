@@ -17,18 +17,18 @@ constexpr quint64 kNumbers = 1'000'000'000'000'000; // with its ends a UID has 6
 platform::InstanceIdentity newSample()
 {
     const quint64 number = QRandomGenerator::system()->generate64() % kNumbers;
-    return sampleOfStudy(kSampleRoot + QString::number(number) + kStudyEnd);
+    return sampleOfStudy(platform::StudyUid(kSampleRoot + QString::number(number) + kStudyEnd));
 }
 
-platform::InstanceIdentity sampleOfStudy(const QString &study)
+platform::InstanceIdentity sampleOfStudy(const platform::StudyUid &study)
 {
-    const QString stem = study.chopped(kStudyEnd.size());
-    return {study, stem + kSeriesEnd, stem + kInstanceEnd};
+    const QString stem = study.value().chopped(kStudyEnd.size());
+    return {study, platform::SeriesUid(stem + kSeriesEnd), platform::InstanceUid(stem + kInstanceEnd)};
 }
 
-bool isSampleStudy(const QString &study)
+bool isSampleStudy(const platform::StudyUid &study)
 {
-    return study.startsWith(kSampleRoot) && study.endsWith(kStudyEnd);
+    return study.value().startsWith(kSampleRoot) && study.value().endsWith(kStudyEnd);
 }
 
 } // namespace gateway::wizard

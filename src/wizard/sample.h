@@ -13,9 +13,9 @@ inline const QString kSampleRoot = QStringLiteral("2.25.327607581301111544883182
 platform::InstanceIdentity newSample();
 
 /// The sample of this study, which `newSample` made.
-platform::InstanceIdentity sampleOfStudy(const QString &study);
+platform::InstanceIdentity sampleOfStudy(const platform::StudyUid &study);
 
 /// Whether the study is a sample's.
-bool isSampleStudy(const QString &study);
+bool isSampleStudy(const platform::StudyUid &study);
 
 } // namespace gateway::wizard

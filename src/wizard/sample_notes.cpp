@@ -2,6 +2,8 @@
 
 #include "wizard/sample.h"
 
+#include <QtCore/QStringList>
+
 #include <algorithm>
 
 namespace gateway::wizard {
@@ -12,28 +14,28 @@ const QString kKey = QStringLiteral("SetupTrial.samples");
 
 } // namespace
 
-QStringList SampleNotes::studies() const
+QList<platform::StudyUid> SampleNotes::studies() const
 {
-    QStringList all;
+    QList<platform::StudyUid> all;
     for (const Note &note : notes()) {
         all.append(note.study);
     }
     return all;
 }
 
-QDateTime SampleNotes::mayComeUntil(const QString &study) const
+QDateTime SampleNotes::mayComeUntil(const platform::StudyUid &study) const
 {
     const QList<Note> kept = notes();
     const auto note = std::ranges::find(kept, study, &Note::study);
     return note == kept.end() ? QDateTime() : note->mayComeUntil;
 }
 
-bool SampleNotes::add(const QString &study, const QDateTime &mayComeUntil)
+bool SampleNotes::add(const platform::StudyUid &study, const QDateTime &mayComeUntil)
 {
     return write(notes() << Note{study, mayComeUntil});
 }
 
-void SampleNotes::setArrived(const QString &study)
+void SampleNotes::setArrived(const platform::StudyUid &study)
 {
     QList<Note> kept = notes();
     for (Note &note : kept) {
@@ -44,7 +46,7 @@ void SampleNotes::setArrived(const QString &study)
     write(kept);
 }
 
-void SampleNotes::remove(const QString &study)
+void SampleNotes::remove(const platform::StudyUid &study)
 {
     QList<Note> left = notes();
     left.removeIf([&study](const Note &note) { return note.study == study; });
@@ -58,7 +60,7 @@ QList<SampleNotes::Note> SampleNotes::notes() const
         m_defaults.object(kKey).value_or(QVariant()).toString().split(u' ', Qt::SkipEmptyParts);
     QList<Note> kept;
     for (const QString &note : written) {
-        const QString study = note.section(u'@', 0, 0);
+        const platform::StudyUid study(note.section(u'@', 0, 0));
         if (isSampleStudy(study)) { // what is noted is deleted: nothing else may come in here
             kept.append(
                 {study, QDateTime::fromSecsSinceEpoch(note.section(u'@', 1, 1).toLongLong(), Qt::UTC)});
@@ -71,7 +73,8 @@ bool SampleNotes::write(const QList<Note> &notes)
 {
     QStringList written;
     for (const Note &note : notes) {
-        written.append(QStringLiteral("%1@%2").arg(note.study).arg(note.mayComeUntil.toSecsSinceEpoch()));
+        written.append(
+            QStringLiteral("%1@%2").arg(note.study.value()).arg(note.mayComeUntil.toSecsSinceEpoch()));
     }
     return m_defaults.setObject(kKey, written.isEmpty() ? QVariant() : QVariant(written.join(u' ')));
 }

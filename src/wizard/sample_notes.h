@@ -1,11 +1,10 @@
 #pragma once
 
 #include "platform/defaults/user_defaults.h"
+#include "platform/dicom/instance_identity.h"
 
 #include <QtCore/QDateTime>
 #include <QtCore/QList>
-#include <QtCore/QString>
-#include <QtCore/QStringList>
 
 namespace gateway::wizard {
 
@@ -19,23 +18,23 @@ public:
     explicit SampleNotes(platform::UserDefaults &defaults) : m_defaults(defaults) {}
 
     /// The studies of such samples, the oldest first.
-    QStringList studies() const;
+    QList<platform::StudyUid> studies() const;
 
     /// Until when a cloud that doesn't show a sample may yet store it.
-    QDateTime mayComeUntil(const QString &study) const;
+    QDateTime mayComeUntil(const platform::StudyUid &study) const;
 
     /// \return false when that can't be kept in mind: the sample isn't to be sent then.
-    bool add(const QString &study, const QDateTime &mayComeUntil);
+    bool add(const platform::StudyUid &study, const QDateTime &mayComeUntil);
 
     /// The sample was in the cloud: what doesn't show it any more has nothing of it to come.
-    void setArrived(const QString &study);
+    void setArrived(const platform::StudyUid &study);
 
-    void remove(const QString &study);
+    void remove(const platform::StudyUid &study);
 
 private:
     struct Note
     {
-        QString study;
+        platform::StudyUid study;
         QDateTime mayComeUntil;
     };
 

@@ -127,8 +127,8 @@ QCoro::Task<> SampleRemoval::keepClearing()
 /// \return whether nothing is left.
 QCoro::Task<bool> SampleRemoval::clearOnce()
 {
-    const QStringList studies = m_notes.studies();
-    for (const QString &study : studies) {
+    const QList<platform::StudyUid> studies = m_notes.studies();
+    for (const platform::StudyUid &study : studies) {
         if (isClosing()) {
             co_return false;
         }

@@ -87,7 +87,7 @@ public:
 
     /// The next samples that are cleared up are all but this one, which somebody works with; nothing for
     /// none.
-    void setInUse(const std::optional<QString> &study) { m_inUse = study; }
+    void setInUse(const std::optional<platform::StudyUid> &study) { m_inUse = study; }
 
 private:
     QCoro::Task<> keepClearing();
@@ -96,7 +96,7 @@ private:
 
     const SampleParts m_parts;
     SampleNotes m_notes;
-    std::optional<QString> m_inUse;
+    std::optional<platform::StudyUid> m_inUse;
     bool m_isClearing = false;
     bool m_wasSignedIn = false;
     std::stop_source m_wake;     // ends the present pause

@@ -12,6 +12,7 @@
 #include "cloud_client/qrn_versions_api.h"
 #include "cloud_client/quorin_error.h"
 #include "cloud_client/testing/client_fixture.h"
+#include "platform/dicom/testing/identities.h"
 
 #include <QtCore/QJsonArray>
 
@@ -204,9 +205,9 @@ TEST_F(CloudClient, NamesTheImageThatTheCloudRefuses)
         [&] { QrnStowAPI(client).upload(client.session(), identified(urls), kDevice, {}); });
 
     ASSERT_TRUE(refusal);
-    EXPECT_FALSE(refusal->names(urls[0], {QStringLiteral("1.2.10.1.1")}));
-    EXPECT_TRUE(refusal->names(urls[1], {QStringLiteral("1.2.10.1.2")}));
-    EXPECT_FALSE(refusal->names(urls[2], {QStringLiteral("1.2.10.1.3")}));
+    EXPECT_FALSE(refusal->names(urls[0], platform::testing::instanceUid("1.2.10.1.1")));
+    EXPECT_TRUE(refusal->names(urls[1], platform::testing::instanceUid("1.2.10.1.2")));
+    EXPECT_FALSE(refusal->names(urls[2], platform::testing::instanceUid("1.2.10.1.3")));
     EXPECT_EQ(storedImages(), 2);
 }
 
@@ -226,8 +227,9 @@ TEST_F(CloudClient, AsksTheCloudWhereAPageStandsInForTheAnswer)
         [&] { QrnStowAPI(client).upload(client.session(), identified(urls), kDevice, {}); });
 
     ASSERT_TRUE(refusal);
-    EXPECT_FALSE(refusal->names(urls[0], {QStringLiteral("1.2.10.1.1")})); // stored before, and found
-    EXPECT_TRUE(refusal->names(urls[1], {QStringLiteral("1.2.10.1.2")}));
+    EXPECT_FALSE(
+        refusal->names(urls[0], platform::testing::instanceUid("1.2.10.1.1"))); // stored before, and found
+    EXPECT_TRUE(refusal->names(urls[1], platform::testing::instanceUid("1.2.10.1.2")));
 }
 
 TEST_F(CloudClient, SplitsABatchThatIsLargerThanTheCloudTakes)

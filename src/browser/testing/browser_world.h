@@ -20,9 +20,12 @@ namespace gateway::browser::testing {
 /// Keeps what it is told of deletions from the cloud, in order. Thread: any, one at a time.
 struct RecordedCloudDeletions final : index::CloudDeletions
 {
-    bool noteCloudDeletion(const QString &study, const QString &series, index::CloudDeletion step) override
+    bool noteCloudDeletion(const platform::StudyUid &study,
+                           const platform::SeriesUid &series,
+                           index::CloudDeletion step) override
     {
-        notes.append(QStringLiteral("%1/%2 %3").arg(study, series).arg(static_cast<int>(step)));
+        notes.append(
+            QStringLiteral("%1/%2 %3").arg(study.value(), series.value()).arg(static_cast<int>(step)));
         return isWritable;
     }
 

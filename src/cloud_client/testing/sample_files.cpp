@@ -53,7 +53,7 @@ StowFile identified(const QUrl &url)
     }
     QByteArray uid = start.mid(at + 8, static_cast<unsigned char>(start[at + 6]));
     uid.replace('\0', "");
-    return {url, {{}, {}, QString::fromLatin1(uid)}};
+    return {url, {{}, {}, platform::InstanceUid(QString::fromLatin1(uid))}};
 }
 
 QList<StowFile> identified(const QList<QUrl> &urls)

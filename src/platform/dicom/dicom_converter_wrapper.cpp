@@ -81,7 +81,9 @@ SendableFile DicomConverterWrapper::made(const char *job, const QString &path)
     if (isAnswered && answer.word == "sendable" && (answered == target || answered == source)) {
         return {.fate = SendableFile::Fate::ready,
                 .path = answered == target ? output : path,
-                .identity = {text(answer, "study"), text(answer, "series"), text(answer, "instance")},
+                .identity = {StudyUid(text(answer, "study")),
+                             SeriesUid(text(answer, "series")),
+                             InstanceUid(text(answer, "instance"))},
                 .version = answer.number("version", 0),
                 .isConverted = answer.number("converted", 0) == 1};
     }

@@ -2,6 +2,7 @@
 
 #include "platform/concurrency/clock.h"
 #include "platform/dicom/dicom_converter_wrapper.h"
+#include "platform/dicom/testing/identities.h"
 #include "platform/dicom/testing/small_object.h"
 #include "platform/dicom/worker_process_pool.h"
 
@@ -373,7 +374,7 @@ TEST_F(DicomClients, AFileWhoseHeaderContradictsItGoesAsACopyUnderTheNameOfItsDa
     const SendableFile converted = converter.convertToJPEGLossless(m_folder.filePath(QStringLiteral("b")));
 
     EXPECT_EQ(good.path, m_folder.filePath(QStringLiteral("a")));
-    EXPECT_EQ(good.identity.instance, QStringLiteral("1.2.3.4.5"));
+    EXPECT_EQ(good.identity.instance, testing::instanceUid("1.2.3.4.5"));
     EXPECT_TRUE(copy.path.startsWith(temporaryFolder()));
     EXPECT_EQ(copy.identity, good.identity);
     EXPECT_EQ(copy.version, good.version);

@@ -40,9 +40,9 @@ Record job(const SampleDestination &destination, const InstanceIdentity &identit
                   {{"address", destination.address.toStdString()},
                    {"called", destination.calledTitle.toStdString()},
                    {"calling", destination.callingTitle.toStdString()},
-                   {"study", identity.study.toStdString()},
-                   {"series", identity.series.toStdString()},
-                   {"instance", identity.instance.toStdString()},
+                   {"study", identity.study.value().toStdString()},
+                   {"series", identity.series.value().toStdString()},
+                   {"instance", identity.instance.value().toStdString()},
                    {"date", madeAt.toString(QStringLiteral("yyyyMMdd")).toStdString()},
                    {"time", madeAt.toString(QStringLiteral("HHmmss")).toStdString()}}};
     record.setNumber("port", destination.port);

@@ -3,6 +3,7 @@
 #include "platform/concurrency/clock.h"
 #include "platform/dicom/dicom_file.h"
 #include "platform/dicom/helper_process.h"
+#include "platform/dicom/testing/identities.h"
 #include "platform/dicom/testing/running_store_scp.h"
 #include "platform/dicom/worker_process_pool.h"
 
@@ -13,8 +14,7 @@
 namespace gateway::platform {
 namespace {
 
-const InstanceIdentity kIdentity{
-    QStringLiteral("2.25.1.1"), QStringLiteral("2.25.1.2"), QStringLiteral("2.25.1.3")};
+const InstanceIdentity kIdentity = testing::identity("2.25.1.1", "2.25.1.2", "2.25.1.3");
 const QDateTime kMadeAt(QDate(2026, 2, 3), QTime(4, 5, 6), Qt::UTC);
 
 SampleDestination listenerAt(int port)
@@ -40,8 +40,8 @@ TEST(SampleSender, StoresAWholeImageWithAListener)
     DicomFile parser(workers, clock);
     const ParsedFile parsed = parser.parse(stored.first().mid(QStringLiteral("progress ").size()));
     ASSERT_EQ(parsed.fate, ParsedFile::Fate::parsed);
-    EXPECT_EQ(parsed.elements.value(QStringLiteral("studyID")), kIdentity.study);
-    EXPECT_EQ(parsed.elements.value(QStringLiteral("SOPUID")), kIdentity.instance);
+    EXPECT_EQ(parsed.elements.value(QStringLiteral("studyID")), kIdentity.study.value());
+    EXPECT_EQ(parsed.elements.value(QStringLiteral("SOPUID")), kIdentity.instance.value());
     EXPECT_EQ(parsed.elements.value(QStringLiteral("studyDate")).toDateTime().date(), kMadeAt.date());
     EXPECT_FALSE(parsed.elements.contains(QStringLiteral("damaged")));
 }

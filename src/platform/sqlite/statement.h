@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/sqlite/sqlite_error.h"
+#include "platform/values/typed_text.h"
 
 #include <QtCore/QByteArray>
 #include <QtCore/QString>
@@ -41,6 +42,12 @@ public:
     Statement &bind(int parameter, T value)
     {
         return bind(parameter, static_cast<std::int64_t>(value));
+    }
+
+    template <typename Kind>
+    Statement &bind(int parameter, const TypedText<Kind> &value)
+    {
+        return bind(parameter, value.value());
     }
 
     /// Nothing is bound as NULL.

@@ -133,7 +133,7 @@ QCoro::Task<QStringList> BrowserCommands::namesInTable(BrowserCommand command)
     for (const QString &target : command.targets) {
         const qsizetype before = names.size();
         for (const index::LocalSeriesSnapshot &one : series) {
-            if ((one.seriesUID.isEmpty() ? one.id : one.seriesUID) == target.trimmed()) {
+            if ((one.seriesUID.isEmpty() ? one.id : one.seriesUID.value()) == target.trimmed()) {
                 names.append(one.id);
             }
         }

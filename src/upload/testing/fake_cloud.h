@@ -139,9 +139,9 @@ public:
                   qint64) override
     {
         const platform::MutexLock lock(m_mutex);
-        m_retrieved.append(identity.instance);
+        m_retrieved.append(identity.instance.value());
         mayAnswer();
-        if (m_retrievalStatus != 0 || !m_stored.contains(identity.instance)) {
+        if (m_retrievalStatus != 0 || !m_stored.contains(identity.instance.value())) {
             const int status = m_retrievalStatus != 0 ? m_retrievalStatus : 404;
             throw cloud_client::AFError(QStringLiteral("status %1").arg(status), status);
         }
@@ -157,7 +157,7 @@ public:
         const platform::MutexLock lock(m_mutex);
         ++m_queries;
         mayAsk();
-        return m_stored.contains(identity.instance);
+        return m_stored.contains(identity.instance.value());
     }
 
     bool mayHold(const cloud_client::CloudSession &session,
@@ -281,7 +281,7 @@ private:
             throw cloud_client::AFError(QStringLiteral("status %1").arg(m_status), m_status);
         }
         QList<QStringList> failures;
-        QSet<QString> alreadyStored;
+        QSet<platform::InstanceUid> alreadyStored;
         QVariantList items;
         for (const QUrl &file : files) {
             if (m_refused.contains(uidOf(file)) || !QFileInfo::exists(file.toLocalFile())) {
@@ -289,7 +289,7 @@ private:
             } else {
                 m_stored.insert(uidOf(file));
                 if (m_hadBefore.contains(uidOf(file))) {
-                    alreadyStored.insert(uidOf(file));
+                    alreadyStored.insert(platform::InstanceUid(uidOf(file)));
                     items.append(QVariantMap{{QStringLiteral("00081155"), attribute(uidOf(file))},
                                              {QStringLiteral("00081196"), attribute(45070)}});
                 }

@@ -82,7 +82,7 @@ public:
     {
         return {.fate = platform::SendableFile::Fate::ready,
                 .path = path,
-                .identity = {{}, {}, source.section(u'/', -1)},
+                .identity = {{}, {}, platform::InstanceUid(source.section(u'/', -1))},
                 .version = std::max<qint64>(1, QFileInfo(source).size()),
                 .isConverted = path != source};
     }

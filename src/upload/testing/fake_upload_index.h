@@ -36,7 +36,7 @@ public:
         const platform::MutexLock lock(m_mutex);
         const QString path = file.toLocalFile();
         for (int frame = 0; frame < frames; ++frame) {
-            m_rows.push_back({path, sopInstanceUid, RowState::notSynced});
+            m_rows.push_back({path, platform::InstanceUid(sopInstanceUid), RowState::notSynced});
         }
         return path;
     }
@@ -258,7 +258,7 @@ public:
     }
 
     /// Another version of the instance was sent before.
-    void rememberOtherVersion(const QString &instance)
+    void rememberOtherVersion(const platform::InstanceUid &instance)
     {
         const platform::MutexLock lock(m_mutex);
         m_otherVersions.insert(instance);
@@ -266,7 +266,7 @@ public:
     }
 
     /// Some version of the instance may have been sent before; `unrecorded` where the index doesn't know it.
-    void doubt(const QString &instance, index::SentBefore why)
+    void doubt(const platform::InstanceUid &instance, index::SentBefore why)
     {
         const platform::MutexLock lock(m_mutex);
         m_sentBefore.insert(instance, why);
@@ -353,7 +353,7 @@ private:
     struct Row
     {
         QString path;
-        QString sopInstanceUid;
+        platform::InstanceUid sopInstanceUid;
         RowState state;
     };
 
@@ -383,7 +383,7 @@ private:
         candidate.fileURL = QUrl::fromLocalFile(first.path);
         if (!first.sopInstanceUid.isEmpty()) {
             candidate.originalSOPInstanceUIDs = {first.sopInstanceUid};
-            candidate.sopInstanceUIDs = {first.sopInstanceUid + u'0'};
+            candidate.sopInstanceUIDs = {first.sopInstanceUid.value() + u'0'};
         }
         for (; at < m_rows.size() && m_rows[at].path == first.path; ++at) {
             candidate.imageObjectIDs.append({static_cast<std::int64_t>(at)});
@@ -425,8 +425,8 @@ private:
 
     mutable platform::Mutex m_mutex;
     std::vector<Row> m_rows QUORIN_GUARDED_BY(m_mutex);
-    QSet<QString> m_otherVersions QUORIN_GUARDED_BY(m_mutex);
-    QMap<QString, index::SentBefore> m_sentBefore QUORIN_GUARDED_BY(m_mutex);
+    QSet<platform::InstanceUid> m_otherVersions QUORIN_GUARDED_BY(m_mutex);
+    QMap<platform::InstanceUid, index::SentBefore> m_sentBefore QUORIN_GUARDED_BY(m_mutex);
     QList<index::SentInstance> m_sent QUORIN_GUARDED_BY(m_mutex);
     QList<index::SentInstance> m_verified QUORIN_GUARDED_BY(m_mutex);
     QMap<QString, core::Failure> m_failures QUORIN_GUARDED_BY(m_mutex);

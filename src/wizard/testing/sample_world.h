@@ -40,9 +40,9 @@ public:
                                  const QDateTime & /*madeAt*/) override
     {
         const platform::MutexLock lock(m_mutex);
-        m_sent.append(sample.study);
+        m_sent.append(sample.study.value());
         if (m_outcome.kind == platform::SampleOutcome::Kind::stored) {
-            m_here[sample.study] = m_firstState;
+            m_here[sample.study.value()] = m_firstState;
         }
         return m_outcome;
     }
@@ -50,9 +50,9 @@ public:
     LocalSample look(const platform::InstanceIdentity &sample) override
     {
         const platform::MutexLock lock(m_mutex);
-        const State state = m_here.value(sample.study, State::absent);
+        const State state = m_here.value(sample.study.value(), State::absent);
         if (state == State::waiting && m_isAskedToUpload && !m_cause && !m_goesLast) {
-            m_here[sample.study] = State::uploaded; // seen at the next look
+            m_here[sample.study.value()] = State::uploaded; // seen at the next look
         }
         return {state, state == State::waiting || state == State::failed ? m_cause : std::nullopt};
     }
@@ -61,7 +61,7 @@ public:
     {
         const platform::MutexLock lock(m_mutex);
         if (m_mayBeRemoved) {
-            m_here.remove(sample.study);
+            m_here.remove(sample.study.value());
         }
         return m_mayBeRemoved;
     }
@@ -157,7 +157,7 @@ public:
     bool isFound(const platform::InstanceIdentity &sample) override
     {
         const platform::MutexLock lock(m_mutex);
-        m_asked.append(sample.instance);
+        m_asked.append(sample.instance.value());
         if (!m_queryProblem.isEmpty()) {
             throw std::runtime_error(m_queryProblem.toStdString());
         }
@@ -170,7 +170,7 @@ public:
         if (!m_deleteProblem.isEmpty()) {
             throw std::runtime_error(m_deleteProblem.toStdString());
         }
-        m_removed.append(sample.study);
+        m_removed.append(sample.study.value());
     }
 
     void setSignedIn(bool isSignedIn)
@@ -248,7 +248,14 @@ struct SampleWorld : platform::testing::RunsMain
     }
 
     /// The samples that aren't known to be gone.
-    QStringList kept() { return SampleNotes(defaults).studies(); }
+    QStringList kept()
+    {
+        QStringList texts;
+        for (const platform::StudyUid &study : SampleNotes(defaults).studies()) {
+            texts.append(study.value());
+        }
+        return texts;
+    }
 
     QTemporaryDir folder;
     platform::UserDefaults defaults{folder.filePath(QStringLiteral("defaults.sqlite"))};
