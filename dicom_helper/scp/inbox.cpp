@@ -1,13 +1,14 @@
 #include "dicom_helper/scp/inbox.h"
 
+#include "dicom_helper/scp/refusal.h"
+#include "platform/dicom_protocol/words.h"
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <ctime>
 #include <filesystem>
 #include <memory>
-#include <stdexcept>
-#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -19,6 +20,8 @@
 
 namespace gateway::dicom_helper::scp {
 
+namespace refusal = platform::dicom_protocol::refusal;
+
 namespace {
 
 constexpr char kPartFolder[] = ".part";
@@ -26,32 +29,15 @@ constexpr char kOrderFile[] = "order";
 constexpr char kIdFile[] = ".id";
 constexpr char kOurs[] = "quorin-";
 
-[[noreturn]] void refuse(const std::string &path, int error)
+[[noreturn]] void refuse(const std::string &path, int error, const char *code = refusal::kFolderUnusable)
 {
-    throw std::runtime_error("The incoming folder " + path +
-                             " can't be used: " + std::generic_category().message(error) + ".");
+    throw Refusal(code, {{"folder", path}, {"error", std::to_string(error)}});
 }
 
 /// Whether a failed sync of a folder means that the volume can't do it at all; other trouble may pass.
 bool isUnableToSync(int error)
 {
     return error == EINVAL || error == ENOTSUP || error == ENOSYS;
-}
-
-[[noreturn]] void refuseVolume(const std::string &path, int error)
-{
-    throw std::runtime_error("The incoming folder " + path + " lies on a volume that can't sync folders (" +
-                             std::generic_category().message(error) +
-                             "), so that no image on it would be safe. Choose a folder on another volume.");
-}
-
-[[noreturn]] void refuseVolumeOfTimes(const std::string &path, int error)
-{
-    throw std::runtime_error(
-        "The incoming folder " + path + " lies on a volume that can't keep the times of files (" +
-        std::generic_category().message(error) +
-        "), so that of two versions of an image nobody could tell the later one. Choose a "
-        "folder on another volume.");
 }
 
 platform::Descriptor openFolder(int base, const std::string &name, int flags)
@@ -180,7 +166,7 @@ Inbox::Inbox(const std::string &path, std::string id) : m_path(path), m_id(std::
         refuse(path, errno);
     }
     if (!isTheOne(m_part)) {
-        throw std::runtime_error("Another folder stands in the place of the incoming folder " + path + ".");
+        throw Refusal(refusal::kFolderExchanged, {{"folder", path}});
     }
     if (::faccessat(m_folder.get(), ".", W_OK | X_OK, AT_EACCESS) != 0 ||
         ::faccessat(m_part.get(), ".", W_OK | X_OK, AT_EACCESS) != 0) {
@@ -192,10 +178,10 @@ Inbox::Inbox(const std::string &path, std::string id) : m_path(path), m_id(std::
         refuse(path, errno);
     }
     if (const int stamped = Inbox::stamp(m_orderFile.get()); stamped != 0) {
-        refuseVolumeOfTimes(path, -stamped);
+        refuse(path, -stamped, refusal::kFolderCannotKeepTimes);
     }
     if (const int synced = syncInbox(); isUnableToSync(-synced)) {
-        refuseVolume(path, -synced);
+        refuse(path, -synced, refusal::kFolderCannotSync);
     }
     syncWayTo(path);
 }

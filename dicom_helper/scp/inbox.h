@@ -57,7 +57,7 @@ public:
     /// \param id  the number that the folder keeps, as the gateway noted it; empty where it knows none. A
     /// folder of
     ///            another number is no inbox: whoever put images there would leave them out of its sight.
-    /// \throws std::runtime_error with a sentence for people.
+    /// \throws Refusal
     explicit Inbox(const std::string &path, std::string id = {});
 
     /// Takes up the folder that stands at the path now, where that is an inbox and not the one that is open:

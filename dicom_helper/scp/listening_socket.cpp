@@ -1,17 +1,22 @@
 #include "dicom_helper/scp/listening_socket.h"
 
+#include "dicom_helper/scp/refusal.h"
+#include "platform/dicom_protocol/words.h"
+
 #include <array>
 #include <cerrno>
 #include <cstring>
 #include <memory>
-#include <stdexcept>
-#include <system_error>
+#include <string>
+#include <utility>
 
 #include <netdb.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
 
 namespace gateway::dicom_helper::scp {
+
+namespace refusal = platform::dicom_protocol::refusal;
 
 namespace {
 
@@ -27,8 +32,7 @@ AddressList resolve(const std::string &address, const std::string &port)
     addrinfo *found = nullptr;
     const int error = ::getaddrinfo(address.c_str(), port.c_str(), &hints, &found);
     if (error != 0) {
-        throw std::runtime_error("The address " + address + " can't be bound: " + ::gai_strerror(error) +
-                                 ".");
+        throw Refusal(refusal::kAddressUnknown, {{"address", address}});
     }
     return {found, ::freeaddrinfo};
 }
@@ -71,16 +75,15 @@ int tryToListen(const sockaddr *address, socklen_t size, platform::Descriptor &l
 [[noreturn]] void refuse(const std::string &address, const std::string &port, int error)
 {
     if (error == EADDRINUSE) {
-        throw std::runtime_error("Port " + port + " is already in use by another program.");
+        throw Refusal(refusal::kPortTaken, {{"port", port}});
     }
     if (error == EACCES) {
-        throw std::runtime_error("Port " + port + " is reserved; this program may not listen on it.");
+        throw Refusal(refusal::kPortReserved, {{"port", port}});
     }
     if (error == EADDRNOTAVAIL) {
-        throw std::runtime_error("The address " + address + " doesn't belong to this machine.");
+        throw Refusal(refusal::kAddressNotHere, {{"address", address}});
     }
-    throw std::runtime_error("Can't listen on port " + port + ": " + std::generic_category().message(error) +
-                             ".");
+    throw Refusal(refusal::kPortUnusable, {{"port", port}, {"error", std::to_string(error)}});
 }
 
 std::uint16_t boundPort(const platform::Descriptor &socket)
@@ -97,7 +100,7 @@ std::uint16_t boundPort(const platform::Descriptor &socket)
 ListeningSocket listenOn(const std::string &address, std::int64_t port)
 {
     if (port < 0 || port > kHighestPort) {
-        throw std::runtime_error("Port " + std::to_string(port) + " doesn't exist.");
+        throw Refusal(refusal::kPortImpossible, {{"port", std::to_string(port)}});
     }
     ListeningSocket listening;
     int error = 0;

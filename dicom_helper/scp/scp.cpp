@@ -3,6 +3,8 @@
 #include "dicom_helper/confinement/confinement.h"
 #include "dicom_helper/scp/inbox.h"
 #include "dicom_helper/scp/listener.h"
+#include "dicom_helper/scp/refusal.h"
+#include "platform/dicom_protocol/words.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -50,8 +52,12 @@ int run(Channel channel)
         confineListener();
         channel.send(listening(listener.port()));
         std::_Exit(listener.run()); // what runs at an end may miss what is forbidden now
+    } catch (const Refusal &refusal) {
+        channel.send(refusal.record());
+        return 1;
     } catch (const std::exception &error) {
-        channel.send(Record{"refused", {{"message", error.what()}}});
+        channel.send(
+            Refusal(platform::dicom_protocol::refusal::kOther, {{"message", error.what()}}).record());
         return 1;
     }
 }

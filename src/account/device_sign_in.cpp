@@ -4,6 +4,8 @@
 #include "platform/concurrency/async.h"
 #include "platform/concurrency/async_sleep.h"
 
+#include <QtCore/QCoreApplication>
+
 #include <algorithm>
 #include <utility>
 
@@ -23,7 +25,8 @@ constexpr seconds kLongestPause{60};
 
 QString wordsOf(const std::exception &error)
 {
-    return cloud_client::userFacingMessage(error, QStringLiteral("Sign in failed."));
+    return cloud_client::userFacingMessage(error,
+                                           QCoreApplication::translate("DeviceSignIn", "Sign in failed."));
 }
 
 /// A question and how it went.
@@ -73,7 +76,8 @@ QCoro::Task<DeviceSignInEnd> waitForPerson(DeviceSignInParts with,
     while (with.clock.monotonic() + pause <= end) {
         const bool sleptThrough = co_await platform::asyncSleep(with.main, with.clock, pause, stop);
         if (!sleptThrough) {
-            co_return DeviceSignInEnd{.problem = QStringLiteral("The sign-in was given up.")};
+            co_return DeviceSignInEnd{
+                .problem = QCoreApplication::translate("DeviceSignIn", "The sign-in was given up.")};
         }
         Asked asked = co_await askOnce(with, signIn, code.deviceCode);
         if (asked.answer.tokens || !asked.problem.isEmpty()) {
@@ -83,10 +87,12 @@ QCoro::Task<DeviceSignInEnd> waitForPerson(DeviceSignInParts with,
         pause = pauseAfter(asked, pause);
     }
     co_return DeviceSignInEnd{
-        .problem =
-            isAnswered
-                ? QStringLiteral("The code is over before somebody has entered it; begin again.")
-                : QStringLiteral("The sign-in service didn't answer until the code was over; begin again.")};
+        .problem = isAnswered
+                       ? QCoreApplication::translate(
+                             "DeviceSignIn", "The code is over before somebody has entered it; begin again.")
+                       : QCoreApplication::translate(
+                             "DeviceSignIn",
+                             "The sign-in service didn't answer until the code was over; begin again.")};
 }
 
 } // namespace

@@ -159,7 +159,7 @@ void AppDelegate::showDimseError(const QVariantMap &userInfo)
         return;
     }
     m_with.face.showAlert(QCoreApplication::translate("Listener", "DIMSE Listener Error"),
-                          receive::listenerFailureText(userInfo));
+                          receive::listenerFailureText(userInfo).inLanguage());
 }
 
 void AppDelegate::enforceSetupWizardIfNeeded()

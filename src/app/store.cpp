@@ -21,13 +21,13 @@ class StartFailure
 public:
     void report(const QVariantMap &userInfo)
     {
-        const QVariant message = userInfo.value(core::kMessageKey);
+        const platform::Sentence message = platform::Sentence::in(userInfo.value(core::kMessageKey));
         {
             const platform::MutexLock lock(m_mutex);
             if (!m_message) {
-                m_message = message.typeId() == QMetaType::QString
-                                ? message.toString()
-                                : QCoreApplication::translate("Listener", "Failed to start DIMSE listener.");
+                m_message = message.isEmpty()
+                                ? QCoreApplication::translate("Listener", "Failed to start DIMSE listener.")
+                                : message.inLanguage();
             }
         }
         m_stop.request_stop();

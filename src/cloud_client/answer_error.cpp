@@ -12,50 +12,50 @@ namespace gateway::cloud_client {
 
 namespace {
 
+using platform::Sentence;
+
+constexpr char kContext[] = "CloudClient";
+
 // A later service may know more kinds than this client, but not this many.
 constexpr qlonglong kLargestKind = 999;
 
 /// What a status means; %1 is the host, %2 the status.
-QString statusSentence(int status)
+const char *statusSentence(int status)
 {
     if (status >= 300 && status < 400) {
-        return QCoreApplication::translate(
+        return QT_TRANSLATE_NOOP(
             "CloudClient", "The server at %1 pointed to another address (status %2), which is not followed.");
     }
     switch (status) {
     case 401:
-        return QCoreApplication::translate("CloudClient", "The server at %1 asks for a sign-in (status %2).");
+        return QT_TRANSLATE_NOOP("CloudClient", "The server at %1 asks for a sign-in (status %2).");
     case 403:
-        return QCoreApplication::translate("CloudClient",
-                                           "The server at %1 does not allow this (status %2).");
+        return QT_TRANSLATE_NOOP("CloudClient", "The server at %1 does not allow this (status %2).");
     case 404:
-        return QCoreApplication::translate("CloudClient",
-                                           "The server at %1 does not know what was asked for (status %2).");
+        return QT_TRANSLATE_NOOP("CloudClient",
+                                 "The server at %1 does not know what was asked for (status %2).");
     case 405:
     case 501:
-        return QCoreApplication::translate("CloudClient",
-                                           "The server at %1 does not offer this (status %2).");
+        return QT_TRANSLATE_NOOP("CloudClient", "The server at %1 does not offer this (status %2).");
     case 407:
-        return QCoreApplication::translate("CloudClient",
-                                           "A web proxy on the way to %1 asks for a sign-in (status %2).");
+        return QT_TRANSLATE_NOOP("CloudClient",
+                                 "A web proxy on the way to %1 asks for a sign-in (status %2).");
     case 413:
-        return QCoreApplication::translate("CloudClient",
-                                           "The server at %1 does not take anything this large (status %2).");
+        return QT_TRANSLATE_NOOP("CloudClient",
+                                 "The server at %1 does not take anything this large (status %2).");
     case 429:
-        return QCoreApplication::translate("CloudClient",
-                                           "The server at %1 has had too many requests (status %2).");
+        return QT_TRANSLATE_NOOP("CloudClient", "The server at %1 has had too many requests (status %2).");
     case 507:
-        return QCoreApplication::translate("CloudClient", "The server at %1 has no room left (status %2).");
+        return QT_TRANSLATE_NOOP("CloudClient", "The server at %1 has no room left (status %2).");
     case 511:
-        return QCoreApplication::translate(
-            "CloudClient", "The network on the way to %1 asks for a sign-in of its own (status %2).");
+        return QT_TRANSLATE_NOOP("CloudClient",
+                                 "The network on the way to %1 asks for a sign-in of its own (status %2).");
     default:
         break;
     }
     return status >= 500
-               ? QCoreApplication::translate("CloudClient",
-                                             "The server at %1 has a fault of its own (status %2).")
-               : QCoreApplication::translate("CloudClient", "The server at %1 answered with status %2.");
+               ? QT_TRANSLATE_NOOP("CloudClient", "The server at %1 has a fault of its own (status %2).")
+               : QT_TRANSLATE_NOOP("CloudClient", "The server at %1 answered with status %2.");
 }
 
 bool isWebPage(const HttpResponse &response)
@@ -64,11 +64,15 @@ bool isWebPage(const HttpResponse &response)
 }
 
 /// Whose answer it was and what it means, in our words.
-QString sentenceOn(const HttpResponse &response)
+Sentence sentenceOn(const HttpResponse &response)
 {
-    const QString meaning = statusSentence(response.status).arg(response.host).arg(response.status);
+    const Sentence meaning(
+        kContext, statusSentence(response.status), {response.host, QString::number(response.status)});
     return isWebPage(response)
-               ? meaning + QStringLiteral(" It sent a web page, so it may be something on the way there.")
+               ? meaning.followedBy(
+                     {kContext,
+                      QT_TRANSLATE_NOOP("CloudClient",
+                                        "It sent a web page, so it may be something on the way there.")})
                : meaning;
 }
 
@@ -140,11 +144,11 @@ void throwAnswerError(const HttpResponse &response)
         }
     }
     if (isCertificateRefused(response)) {
-        throw AFError(QCoreApplication::translate(
-                          "CloudClient",
-                          "The server at %1 did not accept the client certificate of this gateway, or "
-                          "wants one.")
-                          .arg(response.host),
+        throw AFError({kContext,
+                       QT_TRANSLATE_NOOP("CloudClient",
+                                         "The server at %1 did not accept the client certificate of this "
+                                         "gateway, or wants one."),
+                       {response.host}},
                       std::nullopt,
                       response.status,
                       NoAnswer::notSecure);
@@ -154,15 +158,14 @@ void throwAnswerError(const HttpResponse &response)
 
 void throwUnusableAnswer(const HttpResponse &response)
 {
-    const QString sentence =
+    const char *sentence =
         isWebPage(response)
-            ? QCoreApplication::translate(
+            ? QT_TRANSLATE_NOOP(
                   "CloudClient",
                   "A web page came from %1 (status %2) in place of an answer of the cloud service. "
                   "This network may ask for a sign-in of its own, or the address may be wrong.")
-            : QCoreApplication::translate("CloudClient",
-                                          "The answer from %1 (status %2) is none of a cloud service.");
-    throw AFError(sentence.arg(response.host).arg(response.status),
+            : QT_TRANSLATE_NOOP("CloudClient", "The answer from %1 (status %2) is none of a cloud service.");
+    throw AFError({kContext, sentence, {response.host, QString::number(response.status)}},
                   std::nullopt,
                   response.status,
                   NoAnswer::unusableAnswer);
@@ -171,7 +174,7 @@ void throwUnusableAnswer(const HttpResponse &response)
 void throwUnreadableAnswer()
 {
     throw AFError(
-        QCoreApplication::translate("CloudClient", "The answer of the cloud service could not be read."),
+        {kContext, QT_TRANSLATE_NOOP("CloudClient", "The answer of the cloud service could not be read.")},
         std::nullopt,
         0,
         NoAnswer::unusableAnswer);

@@ -6,9 +6,9 @@
 
 namespace gateway::cloud_client {
 
-QuorinError::QuorinError(QString description, QString errorDomain, int errorCode)
-    : localizedDescription(std::move(description)), domain(std::move(errorDomain)), code(errorCode),
-      m_what(localizedDescription.toUtf8())
+QuorinError::QuorinError(const platform::Sentence &description, QString errorDomain, int errorCode)
+    : localizedDescription(description.inLanguage()), plainDescription(description.inEnglish()),
+      domain(std::move(errorDomain)), code(errorCode), m_what(plainDescription.toUtf8())
 {
 }
 
@@ -22,9 +22,11 @@ QrnErrorResponse::QrnErrorResponse(QrnErrorKind errorKind,
 {
 }
 
-AFError::AFError(QString description, std::optional<int> status, int transportCode, NoAnswer reason)
-    : QuorinError(
-          std::move(description), QStringLiteral("QuorinAPI.AFError"), status.value_or(transportCode)),
+AFError::AFError(const platform::Sentence &description,
+                 std::optional<int> status,
+                 int transportCode,
+                 NoAnswer reason)
+    : QuorinError(description, QStringLiteral("QuorinAPI.AFError"), status.value_or(transportCode)),
       responseCode(status), noAnswer(reason)
 {
 }
@@ -41,13 +43,16 @@ QrnStowResponse::QrnStowResponse(QList<QStringList> failedInstances,
                                  QSet<platform::InstanceUid> thereAlready,
                                  QSet<platform::InstanceUid> takenWithoutProof,
                                  QSet<platform::InstanceUid> foundByAQuery)
-    : QuorinError(
-          failedInstances.size() == 1
-              ? QCoreApplication::translate("CloudClient", "The cloud service did not store one image.")
-              : QCoreApplication::translate("CloudClient", "The cloud service did not store %1 images.")
-                    .arg(failedInstances.size()),
-          QStringLiteral("QuorinAPI.QrnStowResponse"),
-          reason),
+    : QuorinError(failedInstances.size() == 1
+                      ? platform::Sentence(
+                            "CloudClient",
+                            QT_TRANSLATE_NOOP("CloudClient", "The cloud service did not store one image."))
+                      : platform::Sentence(
+                            "CloudClient",
+                            QT_TRANSLATE_NOOP("CloudClient", "The cloud service did not store %1 images."),
+                            {QString::number(failedInstances.size())}),
+                  QStringLiteral("QuorinAPI.QrnStowResponse"),
+                  reason),
       failures(std::move(failedInstances)), reasons(std::move(reasonOfEach)),
       alreadyStored(std::move(thereAlready)), taken(std::move(takenWithoutProof)),
       found(std::move(foundByAQuery)), cause(std::move(whatEndedRequests))
@@ -88,7 +93,7 @@ QString plainText(const std::exception &error)
                                             .arg(*response->responseCode)
                                       : name;
     }
-    const QString words = localizedDescription(error);
+    const QString &words = known->plainDescription;
     return words.isEmpty() ? name : name + QStringLiteral(": ") + words;
 }
 

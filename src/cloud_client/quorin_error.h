@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/dicom/instance_identity.h"
+#include "platform/sentences/sentence.h"
 
 #include <QtCore/QByteArray>
 #include <QtCore/QHash>
@@ -23,11 +24,12 @@ namespace gateway::cloud_client {
 class QuorinError : public std::exception
 {
 public:
-    QuorinError(QString description, QString errorDomain, int errorCode);
+    QuorinError(const platform::Sentence &description, QString errorDomain, int errorCode);
 
     const char *what() const noexcept override { return m_what.constData(); }
 
-    QString localizedDescription;
+    QString localizedDescription; ///< in the language of the program
+    QString plainDescription;     ///< the same in English, for logs and command lines
     QString domain;
     int code;
 
@@ -35,7 +37,7 @@ public:
     std::optional<std::chrono::seconds> retryAfter;
 
 private:
-    QByteArray m_what; // the description in UTF-8
+    QByteArray m_what; // the plain description in UTF-8
 };
 
 /// The kinds of refusal that the cloud service tells apart; a number outside this list is kept as it came.
@@ -92,7 +94,7 @@ class AFError final : public QuorinError
 public:
     /// \param transportCode  the number for the log where no status came.
     /// \param reason         why no status came.
-    AFError(QString description,
+    AFError(const platform::Sentence &description,
             std::optional<int> status,
             int transportCode = 0,
             NoAnswer reason = NoAnswer::otherReason);

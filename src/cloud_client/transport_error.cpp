@@ -11,20 +11,22 @@ namespace gateway::cloud_client {
 
 namespace {
 
-QString connectSentence(int systemError)
+constexpr char kContext[] = "CloudClient";
+
+const char *connectSentence(int systemError)
 {
     switch (systemError) {
     case ECONNREFUSED:
-        return QCoreApplication::translate("CloudClient", "The cloud service at %1 refused the connection.");
+        return QT_TRANSLATE_NOOP("CloudClient", "The cloud service at %1 refused the connection.");
     case ENETUNREACH:
     case EHOSTUNREACH:
-        return QCoreApplication::translate("CloudClient",
-                                           "The cloud service at %1 can't be reached from this network.");
+        return QT_TRANSLATE_NOOP("CloudClient",
+                                 "The cloud service at %1 can't be reached from this network.");
     case ETIMEDOUT:
-        return QCoreApplication::translate("CloudClient", "The cloud service at %1 did not answer in time.");
+        return QT_TRANSLATE_NOOP("CloudClient", "The cloud service at %1 did not answer in time.");
     default:
-        return QCoreApplication::translate("CloudClient",
-                                           "The connection to the cloud service at %1 could not be made.");
+        return QT_TRANSLATE_NOOP("CloudClient",
+                                 "The connection to the cloud service at %1 could not be made.");
     }
 }
 
@@ -35,21 +37,21 @@ bool isCertificateRefused(const TransportFailure &failure)
     return failure.words.contains("alert") && failure.words.contains("certificate");
 }
 
-QString certificateSentence(long verdict)
+const char *certificateSentence(long verdict)
 {
     switch (verdict) {
     case X509_V_ERR_CERT_HAS_EXPIRED:
-        return QCoreApplication::translate(
+        return QT_TRANSLATE_NOOP(
             "CloudClient",
             "The certificate of the cloud service at %1 has expired, or the clock of this "
             "computer is wrong.");
     case X509_V_ERR_CERT_NOT_YET_VALID:
-        return QCoreApplication::translate(
+        return QT_TRANSLATE_NOOP(
             "CloudClient",
             "The certificate of the cloud service at %1 is not valid yet, or the clock of this "
             "computer is wrong.");
     default:
-        return QCoreApplication::translate(
+        return QT_TRANSLATE_NOOP(
             "CloudClient",
             "The certificate of the cloud service at %1 could not be verified. Where an authority of "
             "your own has signed it, name its PEM file in the setting "
@@ -57,10 +59,10 @@ QString certificateSentence(long verdict)
     }
 }
 
-QString sentence(const TransportFailure &failure)
+const char *sentence(const TransportFailure &failure)
 {
     if (isCertificateRefused(failure)) {
-        return QCoreApplication::translate(
+        return QT_TRANSLATE_NOOP(
             "CloudClient",
             "The server at %1 did not accept the client certificate of this gateway, or wants "
             "one.");
@@ -68,51 +70,48 @@ QString sentence(const TransportFailure &failure)
     const int systemError = failure.systemError;
     switch (failure.curlCode) {
     case CURLE_COULDNT_RESOLVE_HOST:
-        return QCoreApplication::translate("CloudClient",
-                                           "The address of the cloud service, %1, could not be found.");
+        return QT_TRANSLATE_NOOP("CloudClient", "The address of the cloud service, %1, could not be found.");
     case CURLE_COULDNT_RESOLVE_PROXY:
-        return QCoreApplication::translate(
+        return QT_TRANSLATE_NOOP(
             "CloudClient",
             "The address of the web proxy on the way to %1 could not be found; the setting "
             "QuorinAPI.Proxy or the variable https_proxy names it.");
     case CURLE_COULDNT_CONNECT:
         return connectSentence(systemError);
     case CURLE_PROXY:
-        return QCoreApplication::translate("CloudClient",
-                                           "The web proxy on the way to %1 refused the connection.");
+        return QT_TRANSLATE_NOOP("CloudClient", "The web proxy on the way to %1 refused the connection.");
     case CURLE_OPERATION_TIMEDOUT:
-        return QCoreApplication::translate("CloudClient", "The cloud service at %1 did not answer in time.");
+        return QT_TRANSLATE_NOOP("CloudClient", "The cloud service at %1 did not answer in time.");
     case CURLE_PEER_FAILED_VERIFICATION:
     case CURLE_SSL_ISSUER_ERROR:
         return certificateSentence(failure.verdict);
     case CURLE_SSL_CERTPROBLEM:
-        return QCoreApplication::translate(
-            "CloudClient", "The client certificate for the server at %1 can't be used with its key.");
+        return QT_TRANSLATE_NOOP("CloudClient",
+                                 "The client certificate for the server at %1 can't be used with its key.");
     case CURLE_SSL_CACERT_BADFILE:
-        return QCoreApplication::translate(
+        return QT_TRANSLATE_NOOP(
             "CloudClient",
             "The file of certificates for %1, which the setting QuorinAPI.CertificateFile or "
             "QUORIN_CLOUD_CA names, could not be read.");
     case CURLE_SSL_CONNECT_ERROR:
     case CURLE_SSL_CIPHER:
     case CURLE_USE_SSL_FAILED:
-        return QCoreApplication::translate(
-            "CloudClient", "A secure connection to the cloud service at %1 could not be made.");
+        return QT_TRANSLATE_NOOP("CloudClient",
+                                 "A secure connection to the cloud service at %1 could not be made.");
     case CURLE_GOT_NOTHING:
     case CURLE_SEND_ERROR:
     case CURLE_RECV_ERROR:
     case CURLE_PARTIAL_FILE:
-        return QCoreApplication::translate("CloudClient",
-                                           "The connection to the cloud service at %1 was lost.");
+        return QT_TRANSLATE_NOOP("CloudClient", "The connection to the cloud service at %1 was lost.");
     case CURLE_ABORTED_BY_CALLBACK:
-        return QCoreApplication::translate("CloudClient", "The call to the cloud service at %1 was ended.");
+        return QT_TRANSLATE_NOOP("CloudClient", "The call to the cloud service at %1 was ended.");
     case CURLE_WEIRD_SERVER_REPLY:
     case CURLE_HTTP2:
     case CURLE_BAD_CONTENT_ENCODING:
-        return QCoreApplication::translate("CloudClient",
-                                           "What answered at %1 does not speak the language of the web.");
+        return QT_TRANSLATE_NOOP("CloudClient",
+                                 "What answered at %1 does not speak the language of the web.");
     default:
-        return QCoreApplication::translate("CloudClient", "The call to the cloud service at %1 failed.");
+        return QT_TRANSLATE_NOOP("CloudClient", "The call to the cloud service at %1 failed.");
     }
 }
 
@@ -157,16 +156,17 @@ NoAnswer reasonOf(const TransportFailure &failure)
 
 AFError transportError(const TransportFailure &failure, const QString &host)
 {
-    return AFError(sentence(failure).arg(host), std::nullopt, failure.curlCode, reasonOf(failure));
+    return AFError({kContext, sentence(failure), {host}}, std::nullopt, failure.curlCode, reasonOf(failure));
 }
 
 AFError proxyAwayError(const TransportFailure &failure, const QString &host)
 {
-    return AFError(QCoreApplication::translate(
-                       "CloudClient",
-                       "The web proxy on the way to %1 can't be reached; the setting QuorinAPI.Proxy or the "
-                       "variable https_proxy names it.")
-                       .arg(host),
+    return AFError({kContext,
+                    QT_TRANSLATE_NOOP(
+                        "CloudClient",
+                        "The web proxy on the way to %1 can't be reached; the setting QuorinAPI.Proxy or the "
+                        "variable https_proxy names it."),
+                    {host}},
                    std::nullopt,
                    failure.curlCode,
                    reasonOf(failure));
@@ -174,13 +174,14 @@ AFError proxyAwayError(const TransportFailure &failure, const QString &host)
 
 AFError proxyError(int status, const QString &host)
 {
-    const QString sentence =
+    const char *sentence =
         status == 407
-            ? QCoreApplication::translate("CloudClient",
-                                          "The web proxy on the way to %1 asks for a sign-in (status %2).")
-            : QCoreApplication::translate(
-                  "CloudClient", "The web proxy on the way to %1 refused the connection (status %2).");
-    return AFError(sentence.arg(host).arg(status), std::nullopt, status, NoAnswer::proxyRefused);
+            ? QT_TRANSLATE_NOOP("CloudClient",
+                                "The web proxy on the way to %1 asks for a sign-in (status %2).")
+            : QT_TRANSLATE_NOOP("CloudClient",
+                                "The web proxy on the way to %1 refused the connection (status %2).");
+    return AFError(
+        {kContext, sentence, {host, QString::number(status)}}, std::nullopt, status, NoAnswer::proxyRefused);
 }
 
 } // namespace gateway::cloud_client

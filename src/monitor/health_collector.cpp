@@ -57,7 +57,7 @@ HealthFigures::Listener HealthCollector::listener() const
             .isListening = known.state == state::ListenerState::listening,
             .aeTitle = known.aeTitle,
             .port = known.port,
-            .failure = known.failure,
+            .failure = known.failure.inEnglish(),
             .openAssociations = static_cast<int>(m_with.receiving.state.openReceiveAssociations()),
             .receivedPerSecond = m_receiving.perSecond()};
 }

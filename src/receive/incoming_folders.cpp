@@ -20,8 +20,11 @@
 
 namespace gateway::receive {
 
+using platform::Sentence;
+
 namespace {
 
+constexpr char kContext[] = "Listener";
 const QString kKey = QStringLiteral("IncomingFoldersInUse");
 
 const QString kPath = QStringLiteral("path");
@@ -70,21 +73,30 @@ bool isMadeByHand(const QString &folder)
 }
 
 /// That another gateway works in this folder, and what to do; for people.
-QString inUseSentence(const QString &folder)
+Sentence inUseSentence(const QString &folder)
 {
     const std::optional<qint64> owner = platform::HomeLock::owner(lockFileIn(folder));
-    return owner ? QStringLiteral("The incoming folder is used by another gateway, process %1. Give each "
-                                  "gateway an incoming folder of its own.")
-                       .arg(*owner)
-                 : QStringLiteral("The incoming folder is used by another gateway. Give each gateway an "
-                                  "incoming folder of its own.");
+    if (!owner) {
+        return {kContext,
+                QT_TRANSLATE_NOOP("Listener",
+                                  "The incoming folder is used by another gateway. Give each gateway an "
+                                  "incoming folder of its own.")};
+    }
+    return {kContext,
+            QT_TRANSLATE_NOOP("Listener",
+                              "The incoming folder is used by another gateway, process %1. Give each gateway "
+                              "an incoming folder of its own."),
+            {QString::number(*owner)}};
 }
 
-QString outOfSightSentence(const QString &folder)
+Sentence outOfSightSentence(const QString &folder)
 {
-    return QStringLiteral("The incoming folder can't be seen at %1, so nothing is received; images may wait "
-                          "in it. Bring its volume back. Where it is gone for good: mkdir -p '%1/.part'.")
-        .arg(folder);
+    return {kContext,
+            QT_TRANSLATE_NOOP("Listener",
+                              "The incoming folder can't be seen at %1, so nothing is received; images may "
+                              "wait in it. Bring its volume back. Where it is gone for good: mkdir -p "
+                              "'%1/.part'."),
+            {folder}};
 }
 
 } // namespace
@@ -372,7 +384,7 @@ bool IncomingFolders::wasUsed(const QString &name) const
     return std::ranges::any_of(m_entered, [&name](const Note &note) { return note.path == name; });
 }
 
-std::optional<QString> IncomingFolders::obstacleTo(const QString &folder)
+std::optional<Sentence> IncomingFolders::obstacleTo(const QString &folder)
 {
     // Another one that stands there is an inbox as well; the one before stays noted.
     if (wasUsed(oneNameOf(folder)) && !platform::folderId(partFolderOf(folder))) {
@@ -381,7 +393,7 @@ std::optional<QString> IncomingFolders::obstacleTo(const QString &folder)
     return own(folder) ? std::nullopt : std::optional(inUseSentence(folder));
 }
 
-std::optional<QString> IncomingFolders::enter(const QString &folder, const std::function<bool()> &isWanted)
+std::optional<Sentence> IncomingFolders::enter(const QString &folder, const std::function<bool()> &isWanted)
 {
     if (auto obstacle = obstacleTo(folder)) {
         return obstacle;
@@ -389,7 +401,9 @@ std::optional<QString> IncomingFolders::enter(const QString &folder, const std::
     try {
         platform::makeFoldersDurably(partFolderOf(folder));
     } catch (const platform::FileError &error) {
-        return QStringLiteral("The incoming folder %1 can't be used. %2.").arg(folder, error.message());
+        return Sentence(kContext,
+                        QT_TRANSLATE_NOOP("Listener", "The incoming folder %1 can't be used: %2."),
+                        {folder, platform::SystemError{error.code()}});
     }
     if (!own(folder)) { // there was nothing to lock before
         return inUseSentence(folder);

@@ -4,6 +4,7 @@
 #include "platform/concurrency/mutex.h"
 #include "platform/defaults/user_defaults.h"
 #include "platform/files/home_lock.h"
+#include "platform/sentences/sentence.h"
 
 #include <QtCore/QList>
 #include <QtCore/QSet>
@@ -77,9 +78,9 @@ public:
     struct Sight
     {
         QString folder;
-        bool isOutOfSight = false;       ///< as `outOfSight()` tells it
-        bool mayTake = false;            ///< this gateway may take what lies there: no other one does
-        std::optional<QString> obstacle; ///< of the folder by the settings: what `obstacleTo` says
+        bool isOutOfSight = false; ///< as `outOfSight()` tells it
+        bool mayTake = false;      ///< this gateway may take what lies there: no other one does
+        std::optional<platform::Sentence> obstacle; ///< of the folder by the settings: what `obstacleTo` says
         bool isExchanged =
             false; ///< likewise: another one stands there than the listener's, which puts nothing there
     };
@@ -100,7 +101,7 @@ public:
 
     /// Why no listener can work in this folder now, for people; nothing where one can. Blocks as `former()`
     /// does.
-    std::optional<QString> obstacleTo(const QString &folder) QUORIN_EXCLUDES(m_mutex, m_lockMutex);
+    std::optional<platform::Sentence> obstacleTo(const QString &folder) QUORIN_EXCLUDES(m_mutex, m_lockMutex);
 
     /// Locks the folder in which a listener is about to work, makes it where it is missing, and keeps it in
     /// mind before the first file comes there. It is remembered until `lookAt` forgets it, though
@@ -111,7 +112,7 @@ public:
     /// One
     ///                  that was stopped meanwhile doesn't count as the last one that entered.
     /// \return what `obstacleTo` does: nothing is to be put there then, or taken from there.
-    std::optional<QString> enter(
+    std::optional<platform::Sentence> enter(
         const QString &folder, const std::function<bool()> &isWanted = [] { return true; })
         QUORIN_EXCLUDES(m_mutex, m_lockMutex);
 

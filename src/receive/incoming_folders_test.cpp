@@ -154,8 +154,8 @@ TEST_F(Folders, MakeNothingWhereOneThatWasUsedIsOutOfSight)
     for (const bool isMountPoint : {false, true}) {
         ASSERT_TRUE(!isMountPoint || QDir().mkdir(m_former));
         IncomingFolders afterwards(m_defaults, m_settings, {m_former, m_home.path()});
-        EXPECT_TRUE(
-            afterwards.enter(m_former).value_or(QString()).contains(u"can't be seen at "_qs + m_former));
+        EXPECT_TRUE(afterwards.enter(m_former).value_or(QString()).inEnglish().contains(
+            u"can't be seen at "_qs + m_former));
         EXPECT_EQ(owned(afterwards), QStringList{m_former});
         EXPECT_EQ(afterwards.outOfSight(), QStringList{m_former});
         EXPECT_EQ(QDir(m_former).exists(), isMountPoint);
@@ -434,7 +434,7 @@ TEST_F(Folders, BelongToOneGatewayAtATime)
         IncomingFolders others(defaults, settings, {m_former, m_home.path()});
         ASSERT_EQ(others.enter(m_former), std::nullopt);
 
-        EXPECT_TRUE(m_folders.enter(m_former).value_or(QString()).contains(
+        EXPECT_TRUE(m_folders.enter(m_former).value_or(QString()).inEnglish().contains(
             u"process %1"_qs.arg(QCoreApplication::applicationPid())));
         EXPECT_FALSE(m_folders.own(m_former));
         EXPECT_EQ(owned(m_folders), QStringList());

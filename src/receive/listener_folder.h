@@ -27,10 +27,10 @@ public:
 
     struct Entered
     {
-        std::optional<QString> path;     ///< for the receiver; nothing when no folder is configured
-        QString inbox;                   ///< where files arrive
-        QString id;                      ///< the number that it keeps; empty where it has none
-        std::optional<QString> obstacle; ///< why no listener can work there now, for people
+        std::optional<QString> path; ///< for the receiver; nothing when no folder is configured
+        QString inbox;               ///< where files arrive
+        QString id;                  ///< the number that it keeps; empty where it has none
+        std::optional<platform::Sentence> obstacle; ///< why no listener can work there now, for people
     };
 
     /// Enters the folder by the settings of this moment, as `IncomingFolders::enter` does. Blocks for as long

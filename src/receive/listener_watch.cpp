@@ -5,21 +5,21 @@
 #include "platform/concurrency/main_thread.h"
 #include "receive/network_address.h"
 
-#include <QtCore/QCoreApplication>
-
 #include <optional>
 #include <utility>
 
 namespace gateway::receive {
 
-QString listenerFailureText(const QVariantMap &userInfo)
+using platform::Sentence;
+
+Sentence listenerFailureText(const QVariantMap &userInfo)
 {
-    const QVariant message = userInfo.value(core::kMessageKey);
-    const QString text = message.typeId() == QMetaType::QString
-                             ? message.toString()
-                             : QCoreApplication::translate("Listener", "Failed to start DIMSE listener.");
-    const QString reason = userInfo.value(kListenerFailureReasonKey).toString();
-    return reason.isEmpty() ? text : text + u' ' + reason;
+    const Sentence message = Sentence::in(userInfo.value(core::kMessageKey));
+    const Sentence text =
+        message.isEmpty()
+            ? Sentence("Listener", QT_TRANSLATE_NOOP("Listener", "Failed to start DIMSE listener."))
+            : message;
+    return text.followedBy(Sentence::in(userInfo.value(kListenerFailureReasonKey)));
 }
 
 ListenerWatch::ListenerWatch(Collaborators with) : m_with(std::move(with))
@@ -41,14 +41,14 @@ state::ListenerFigures ListenerWatch::figures() const
 {
     const core::DCMListenerSettings settings = core::DCMListenerSettings::load(m_with.defaults);
     const auto &receiver = m_with.listenerService.storeListener();
-    const std::optional<QString> &interruption = m_with.listenerService.interruption();
+    const std::optional<Sentence> &interruption = m_with.listenerService.interruption();
     const int port = (receiver ? receiver->boundPort() : std::nullopt).value_or(settings.port);
     return {.isEnabled = settings.isEnabled.value_or(true),
             .state = m_with.listenerService.state(),
             .aeTitle = settings.aeTitle,
             .port = port,
             .address = addressText(port),
-            .failure = interruption.value_or(m_with.state.figures().dimseAlertMessage.value_or(QString()))};
+            .failure = interruption.value_or(m_with.state.figures().dimseAlertMessage.value_or(Sentence()))};
 }
 
 QString ListenerWatch::addressText(int port) const

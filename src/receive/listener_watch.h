@@ -12,8 +12,8 @@
 namespace gateway::receive {
 
 /// What a notification of a failed listener start says to people: its message, and the reason where it has
-/// one.
-QString listenerFailureText(const QVariantMap &userInfo);
+/// one. Never empty.
+platform::Sentence listenerFailureText(const QVariantMap &userInfo);
 
 /// Knows how the listener stands, and keeps why its last start failed in the live figures.
 ///

@@ -45,7 +45,7 @@ TEST_F(ListenerWatching, KeepsWhyAStartFailedUntilOneSucceeds)
     m_world.waitUntil([this] { return !m_world.errors.isEmpty(); });
 
     EXPECT_EQ(m_watch.figures().state, ListenerState::failed);
-    EXPECT_TRUE(m_watch.figures().failure.startsWith(u"Failed to start DIMSE listener"_qs));
+    EXPECT_TRUE(m_watch.figures().failure.inEnglish().startsWith(u"Failed to start DIMSE listener"_qs));
     EXPECT_FALSE(m_watch.figures().isAsItShouldBe());
 
     m_world.service->startListener();
@@ -81,9 +81,10 @@ TEST_F(ListenerWatching, SaysThatNobodyCanSendWhileTheReceiverIsStartedAgain)
 
 TEST(ListenerFailureText, NamesTheReasonWhereItHasOne)
 {
-    EXPECT_EQ(listenerFailureText({}), u"Failed to start DIMSE listener."_qs);
+    EXPECT_EQ(listenerFailureText({}).inEnglish(), u"Failed to start DIMSE listener."_qs);
     EXPECT_EQ(
-        listenerFailureText({{core::kMessageKey, u"No port."_qs}, {kListenerFailureReasonKey, u"Taken."_qs}}),
+        listenerFailureText({{core::kMessageKey, u"No port."_qs}, {kListenerFailureReasonKey, u"Taken."_qs}})
+            .inEnglish(),
         u"No port. Taken."_qs);
 }
 

@@ -6,8 +6,6 @@
 #include "platform/dicom/inbox_files.h"
 #include "receive/bonjour_record.h"
 
-#include <QtCore/QCoreApplication>
-
 #include <chrono>
 #include <utility>
 
@@ -345,7 +343,7 @@ void StoreListenerService::retireRun(QUuid runId)
 }
 
 /// Tells that the listener doesn't even try to start.
-void StoreListenerService::refuseStart(const Run &run, const QString &why)
+void StoreListenerService::refuseStart(const Run &run, const platform::Sentence &why)
 {
     if (m_storeListener != run.scp) {
         return; // stopped, and perhaps started anew, before this had its turn
@@ -358,11 +356,11 @@ void StoreListenerService::refuseStart(const Run &run, const QString &why)
                 GatewayLogOutcome::failed,
                 {},
                 GatewayLogLevel::error,
-                logError(core::StoreError(why)));
+                logError(core::StoreError(why.inEnglish())));
     m_hasFailed = true;
     m_refusal = why;
     tellWhetherListening();
-    m_with.notifications.post(core::kStoreListenerError, {{core::kMessageKey, why}});
+    m_with.notifications.post(core::kStoreListenerError, {{core::kMessageKey, QVariant::fromValue(why)}});
 }
 
 void StoreListenerService::incomingFolderWasSeen(const IncomingFolders::Sight &sight)
@@ -392,11 +390,13 @@ void StoreListenerService::startFailed(const Run &run)
     m_with.notifications.post(
         core::kStoreListenerError,
         {{core::kMessageKey,
-          QCoreApplication::translate(
+          QVariant::fromValue(platform::Sentence(
               "Listener",
-              "Failed to start DIMSE listener on port %1. Another app may already be using this port.")
-              .arg(run.config.port)},
-         {kListenerFailureReasonKey, run.scp->lastMessage()}});
+              QT_TRANSLATE_NOOP(
+                  "Listener",
+                  "Failed to start DIMSE listener on port %1. Another app may already be using this port."),
+              {QString::number(run.config.port)}))},
+         {kListenerFailureReasonKey, QVariant::fromValue(run.scp->lastMessage())}});
 }
 
 void StoreListenerService::stopListener()
@@ -446,7 +446,7 @@ void StoreListenerService::listeningInterrupted(QUuid runId,
                  {QStringLiteral("listener_result"), QString::number(interruption.status)},
                  {QStringLiteral("restart_in_ms"), QString::number(interruption.pause.count())}},
                 GatewayLogLevel::error,
-                logError(core::StoreError(interruption.message)));
+                logError(core::StoreError(interruption.message.inEnglish())));
     tellInterruption(runId, interruption.message);
 }
 
@@ -460,7 +460,7 @@ void StoreListenerService::listeningResumed(QUuid runId, int port)
     }
 }
 
-void StoreListenerService::tellInterruption(QUuid runId, std::optional<QString> interruption)
+void StoreListenerService::tellInterruption(QUuid runId, std::optional<platform::Sentence> interruption)
 {
     m_with.main.post(weak_from_this(), [this, runId, interruption = std::move(interruption)] {
         if (!wasStopped(runId) && m_storeListener) {

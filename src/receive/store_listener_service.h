@@ -33,7 +33,7 @@
 namespace gateway::receive {
 
 /// User information of core::kStoreListenerError besides its message: why the receiver says it failed, a
-/// sentence for people, perhaps empty.
+/// platform::Sentence, perhaps empty.
 inline const QString kListenerFailureReasonKey = QStringLiteral("reason");
 
 /// The gateway's network door: runs the DICOM listener, announces it on the local network, and sees to each
@@ -114,8 +114,8 @@ public:
     state::ListenerState state() const;
 
     /// Why nobody can send at present although the receiver is there: its process ended, and comes back by
-    /// itself. A sentence for people, without which all is well. Main thread.
-    const std::optional<QString> &interruption() const { return m_interruption; }
+    /// itself. Without it all is well. Main thread.
+    const std::optional<platform::Sentence> &interruption() const { return m_interruption; }
 
     /// The one address that the listener binds; empty for all.
     const QString &bindAddress() const { return m_places.bindAddress; }
@@ -153,13 +153,13 @@ private:
     void retireRun(QUuid runId) QUORIN_EXCLUDES(m_listenerRunStateLock);
     bool wasStopped(QUuid runId) QUORIN_EXCLUDES(m_listenerRunStateLock);
     void startFailed(const Run &run);
-    void refuseStart(const Run &run, const QString &why);
+    void refuseStart(const Run &run, const platform::Sentence &why);
 
     // The receiver's own events, on any thread.
     void listeningBegan(QUuid runId);
     void listeningInterrupted(QUuid runId, int port, const platform::StoreSCPInterruption &interruption);
     void listeningResumed(QUuid runId, int port);
-    void tellInterruption(QUuid runId, std::optional<QString> interruption);
+    void tellInterruption(QUuid runId, std::optional<platform::Sentence> interruption);
     void fileMisnamed(QUuid runId, const QString &association);
     void peersTurnedAway(QUuid runId, const platform::StoreSCPTurnedAway &away);
 
@@ -189,9 +189,9 @@ private:
     // Main thread only.
     std::shared_ptr<platform::StoreSCP> m_storeListener;
     std::shared_ptr<platform::StoreSCP> m_formerListener; // the one stopped last, until the next start
-    std::optional<QString> m_interruption;
-    bool m_hasFailed = false;         // the last start
-    std::optional<QString> m_refusal; // why the last start wasn't even tried
+    std::optional<platform::Sentence> m_interruption;
+    bool m_hasFailed = false;                    // the last start
+    std::optional<platform::Sentence> m_refusal; // why the last start wasn't even tried
     std::unique_ptr<platform::NetServicePublication> m_bonjourService;
 
     platform::Mutex m_listenerRunStateLock;

@@ -343,7 +343,7 @@ void GatewayAppState::setShowSignInSheet(bool show)
     publish(Field::showSignInSheet, &GatewayFigures::showSignInSheet, show);
 }
 
-void GatewayAppState::setDimseAlertMessage(const std::optional<QString> &message)
+void GatewayAppState::setDimseAlertMessage(const std::optional<platform::Sentence> &message)
 {
     enterMain();
     publish(Field::dimseAlertMessage, &GatewayFigures::dimseAlertMessage, message);

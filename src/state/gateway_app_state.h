@@ -133,7 +133,7 @@ public:
     // --- What others show ----------------------------------------------------------------------------
 
     void setShowSignInSheet(bool show);
-    void setDimseAlertMessage(const std::optional<QString> &message);
+    void setDimseAlertMessage(const std::optional<platform::Sentence> &message);
     void setInboxFigures(const InboxFigures &inbox);
     void setStoreOutOfSight(bool isOutOfSight);
 

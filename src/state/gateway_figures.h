@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/sentences/sentence.h"
 #include "state/inbox_figures.h"
 #include "state/received_storage_usage.h"
 #include "state/transfer_timeframe.h"
@@ -18,8 +19,8 @@ namespace gateway::state {
 /// Thread: a plain value.
 struct GatewayFigures
 {
-    bool showSignInSheet = false; ///< the dashboard is to present the sign-in sheet
-    std::optional<QString> dimseAlertMessage;
+    bool showSignInSheet = false;                        ///< the dashboard is to present the sign-in sheet
+    std::optional<platform::Sentence> dimseAlertMessage; ///< why the listener's last start failed
 
     std::int64_t receivedImagesCount = 0; ///< the sum of notSyncedImagesCount and syncedImagesCount
     std::int64_t receivedStudiesCount = 0;

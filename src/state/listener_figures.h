@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/sentences/sentence.h"
+
 #include <QtCore/QLatin1StringView>
 #include <QtCore/QString>
 
@@ -41,7 +43,8 @@ struct ListenerFigures
     QString aeTitle;
     int port = 0;    ///< the bound one, else the configured one
     QString address; ///< to register in a modality
-    QString failure; ///< why the last start failed, or why it is interrupted; empty once it listens
+    platform::Sentence
+        failure; ///< why the last start failed, or why it is interrupted; empty once it listens
 
     /// False when it should listen and doesn't. A listener that nobody has started yet is as it should be.
     bool isAsItShouldBe() const

@@ -1,6 +1,7 @@
 """Whoever chose German meets no English on the screens, in fair weather and in foul."""
 
 import re
+import socket
 import unittest
 
 from accessible import Gone
@@ -119,6 +120,40 @@ class German(GermanCase):
 
         self.picture("refused")
         self.expect_german(dashboard, 40)
+
+
+class GermanAndACommandLine(GermanCase):
+    """What is wrong, as the screens say it in German and a command in English."""
+
+    def set_up_before_the_start(self):
+        super().set_up_before_the_start()
+        taken = socket.create_server(("127.0.0.1", self.port))
+        self.addCleanup(taken.close)
+
+    def test_a_listener_that_cannot_start_is_told_in_german_and_to_commands_in_english(self):
+        alert = self.desktop.window("Fehler des DIMSE-Listeners")
+        self.see(alert, f".*Port {self.port} wird bereits von einem anderen Programm verwendet\\..*")
+        self.picture("alert")
+        self.expect_german(alert, 10)
+        self.press(alert, "OK")
+        self.press(self.open_panel(), "Übersicht öffnen")
+        dashboard = await_true("the dashboard", lambda: self.desktop.window_with("GESCHEITERT"),
+                               self.gateway.process)
+        self.see(dashboard, f".*Port {self.port} wird bereits von einem anderen Programm verwendet\\.")
+        self.picture("card")
+        self.expect_german(dashboard, 40)
+
+        status = self.gateway.status()
+
+        self.assertEqual(status["listener"]["error"],
+                         f"Failed to start DIMSE listener on port {self.port}. Another app may already be using this "
+                         f"port. Port {self.port} is already in use by another program.")
+
+    def test_a_command_is_told_in_english_why_the_cloud_does_not_answer(self):
+        self.cloud.end()
+
+        await_true("the cloud to be missed", lambda: self.gateway.status()["cloud"]["lastError"] ==
+                   "AFError 7: The cloud service at 127.0.0.1 refused the connection.", self.gateway.process)
 
 
 class GermanAtAnArchive(GermanCase):

@@ -20,6 +20,7 @@ using SteadyClock = std::chrono::steady_clock;
 
 namespace {
 
+constexpr char kContext[] = "Listener";
 constexpr std::int32_t kFailed = 1;
 constexpr int kFirstSignalStatus = 129; // 128 plus the number of a signal
 
@@ -37,18 +38,25 @@ ListenerProcess::Setup setupFor(const StoreSCPConfig &config, const StoreSCPEnvi
     return {environment.helperProgram, std::move(record), inbox, environment.timeouts};
 }
 
-QString endSentence(const ListenerProcess &process)
+Sentence endSentence(const ListenerProcess &process)
 {
     const int status = process.status().value_or(0);
     if (process.wasSilent()) {
-        return QStringLiteral("The DICOM listener's process gave no sign of life and was ended.");
+        return {kContext,
+                QT_TRANSLATE_NOOP("Listener",
+                                  "The DICOM listener's process gave no sign of life and was ended.")};
     }
     if (!process.refusal().isEmpty()) {
         return process.refusal();
     }
-    return status < kFirstSignalStatus
-               ? QStringLiteral("The DICOM listener's process ended unexpectedly (status %1).").arg(status)
-               : QStringLiteral("The DICOM listener's process was ended by signal %1.").arg(status - 128);
+    if (status < kFirstSignalStatus) {
+        return {kContext,
+                QT_TRANSLATE_NOOP("Listener", "The DICOM listener's process ended unexpectedly (status %1)."),
+                {QString::number(status)}};
+    }
+    return {kContext,
+            QT_TRANSLATE_NOOP("Listener", "The DICOM listener's process was ended by signal %1."),
+            {QString::number(status - 128)}};
 }
 
 } // namespace
@@ -106,8 +114,9 @@ void DCMTKStoreSCP::launch(Run &run)
     try {
         run.current = std::make_unique<ListenerProcess>(run.setup, run.callbacks);
     } catch (const std::system_error &error) {
-        const QString message = QStringLiteral("The DICOM listener can't be started: %1.")
-                                    .arg(QString::fromLocal8Bit(error.what()));
+        const Sentence message(kContext,
+                               QT_TRANSLATE_NOOP("Listener", "The DICOM listener can't be started: %1."),
+                               {QString::fromLocal8Bit(error.what())});
         setMessage(message);
         run.result = kFailed;
         if (run.hasListened) {
@@ -199,7 +208,7 @@ void DCMTKStoreSCP::onEnd(Run &run)
     if (run.stopSent) {
         return;
     }
-    const QString message = endSentence(ended);
+    const Sentence message = endSentence(ended);
     setMessage(message);
     if (run.hasListened) {
         const Cause ending = ended.wasSilent() ? Cause::silent : Cause::ended;
@@ -207,7 +216,7 @@ void DCMTKStoreSCP::onEnd(Run &run)
     }
 }
 
-void DCMTKStoreSCP::interrupt(Run &run, Cause cause, int status, const QString &message)
+void DCMTKStoreSCP::interrupt(Run &run, Cause cause, int status, const Sentence &message)
 {
     const auto listened = cause == Cause::notStarted || run.former.empty() ? std::chrono::milliseconds(0)
                                                                            : run.former.back()->listened();
@@ -230,7 +239,7 @@ void DCMTKStoreSCP::publish(const Run &run)
     m_changed.notifyAll();
 }
 
-void DCMTKStoreSCP::setMessage(const QString &message)
+void DCMTKStoreSCP::setMessage(const Sentence &message)
 {
     const MutexLock lock(m_mutex);
     m_message = message;
@@ -300,7 +309,7 @@ std::optional<pid_t> DCMTKStoreSCP::processId() const
     return m_processId;
 }
 
-QString DCMTKStoreSCP::lastMessage() const
+Sentence DCMTKStoreSCP::lastMessage() const
 {
     const MutexLock lock(m_mutex);
     return m_message;

@@ -41,7 +41,7 @@ public:
     void acknowledgeAfter(std::int64_t time) override;
     void awaitFreePort() override;
     std::optional<int> boundPort() const override;
-    QString lastMessage() const override;
+    Sentence lastMessage() const override;
 
     /// Waits until start(), on another thread, listens or is over. \return the bound port; nothing when over.
     std::optional<int> awaitPort();
@@ -59,9 +59,9 @@ private:
     void tellOrder(Run &run);
     void onListening(Run &run);
     void onEnd(Run &run);
-    void interrupt(Run &run, StoreSCPInterruption::Cause cause, int status, const QString &message);
+    void interrupt(Run &run, StoreSCPInterruption::Cause cause, int status, const Sentence &message);
     void publish(const Run &run);
-    void setMessage(const QString &message);
+    void setMessage(const Sentence &message);
     std::int32_t finish(const Run &run);
     bool stopRequested() const;
     std::int64_t orderSoFar() const;
@@ -77,7 +77,7 @@ private:
     bool m_mayHoldPort QUORIN_GUARDED_BY(m_mutex) = false;
     std::optional<pid_t> m_processId QUORIN_GUARDED_BY(m_mutex);
     std::optional<int> m_port QUORIN_GUARDED_BY(m_mutex);
-    QString m_message QUORIN_GUARDED_BY(m_mutex);
+    Sentence m_message QUORIN_GUARDED_BY(m_mutex);
 };
 
 } // namespace gateway::platform

@@ -125,7 +125,7 @@ TEST(DCMTKStoreSCP, TellsOfAnAssociationAndItsObjectInOrder)
     EXPECT_TRUE(QFile::exists(events[1].mid(9)));
     EXPECT_EQ(events[2].mid(9), events[0].mid(8));
     EXPECT_EQ(running.stop(), 0);
-    EXPECT_EQ(running.scp().lastMessage(), QString());
+    EXPECT_TRUE(running.scp().lastMessage().isEmpty());
 }
 
 TEST(DCMTKStoreSCP, UsesItsDefaultFolderWhereNoneIsGiven)
@@ -154,7 +154,7 @@ TEST(DCMTKStoreSCP, APortInUseIsRefusedWithASentenceThatSaysSo)
     const int result = second.start(configFor(inbox.path(), first.port()), {});
 
     EXPECT_NE(result, 0);
-    EXPECT_EQ(second.lastMessage(),
+    EXPECT_EQ(second.lastMessage().inEnglish(),
               QStringLiteral("Port %1 is already in use by another program.").arg(first.port()));
     EXPECT_FALSE(second.boundPort());
 }
@@ -166,7 +166,8 @@ TEST(DCMTKStoreSCP, AnAddressOfAnotherMachineIsRefused)
 
     EXPECT_NE(scp.start(configFor(inbox.path(), 0, QStringLiteral("192.0.2.1")), {}), 0);
 
-    EXPECT_EQ(scp.lastMessage(), QStringLiteral("The address 192.0.2.1 doesn't belong to this machine."));
+    EXPECT_EQ(scp.lastMessage().inEnglish(),
+              QStringLiteral("The address 192.0.2.1 doesn't belong to this machine."));
 }
 
 TEST(DCMTKStoreSCP, APortThatDoesNotExistIsRefused)
@@ -176,7 +177,7 @@ TEST(DCMTKStoreSCP, APortThatDoesNotExistIsRefused)
 
     EXPECT_NE(scp.start(configFor(inbox.path(), 65536), {}), 0);
 
-    EXPECT_EQ(scp.lastMessage(), QStringLiteral("Port 65536 doesn't exist."));
+    EXPECT_EQ(scp.lastMessage().inEnglish(), QStringLiteral("Port 65536 doesn't exist."));
 }
 
 TEST(DCMTKStoreSCP, AnInboxThatIsNotThereIsRefused)
@@ -188,8 +189,8 @@ TEST(DCMTKStoreSCP, AnInboxThatIsNotThereIsRefused)
 
     EXPECT_NE(scp.start(configFor(file.fileName() + QStringLiteral("/inbox"), 0), {}), 0);
 
-    EXPECT_TRUE(scp.lastMessage().startsWith(QStringLiteral("The incoming folder ")));
-    EXPECT_TRUE(scp.lastMessage().endsWith(QStringLiteral("Not a directory.")));
+    EXPECT_TRUE(scp.lastMessage().inEnglish().startsWith(QStringLiteral("The incoming folder ")));
+    EXPECT_TRUE(scp.lastMessage().inEnglish().endsWith(QStringLiteral("Not a directory.")));
 }
 
 TEST(DCMTKStoreSCP, AProgramThatIsNotThereIsAnErrorAndNotACrash)
@@ -199,7 +200,7 @@ TEST(DCMTKStoreSCP, AProgramThatIsNotThereIsAnErrorAndNotACrash)
 
     EXPECT_NE(scp.start(configFor(inbox.path(), 0), {}), 0);
 
-    EXPECT_TRUE(scp.lastMessage().contains(QStringLiteral("/nowhere/quorin-dicom")));
+    EXPECT_TRUE(scp.lastMessage().inEnglish().contains(QStringLiteral("/nowhere/quorin-dicom")));
 }
 
 TEST(DCMTKStoreSCP, AStopBeforeTheStartMakesItReturnAtOnce)
@@ -261,7 +262,7 @@ TEST(DCMTKStoreSCP, AKilledHelperThatHadListenedIsStartedAgainOnItsPort)
     EXPECT_EQ(running.await(QStringLiteral("failed")).size(), 1) << "the association ends in a defined way";
     EXPECT_EQ(running.await(QStringLiteral("resumed")).size(), 1);
     EXPECT_EQ(running.scp().boundPort(), port);
-    EXPECT_EQ(running.scp().lastMessage(), QString());
+    EXPECT_TRUE(running.scp().lastMessage().isEmpty());
     ScriptedModality after(port);
     after.associate(kOneContext);
     EXPECT_EQ(after.store(1, kCtStorage, "1.2.3", smallDataSet(kCtStorage, "1.2.3", 1000)), 0);

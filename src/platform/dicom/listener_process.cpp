@@ -1,5 +1,7 @@
 #include "platform/dicom/listener_process.h"
 
+#include "platform/dicom/listener_refusal.h"
+
 #include <algorithm>
 
 namespace gateway::platform {
@@ -113,7 +115,7 @@ void ListenerProcess::takeRecord(const Record &record)
         m_deadline.reset();
         m_nextQuestion = now + m_timeouts.signOfLife;
     } else if (record.word == "refused") {
-        m_refusal = QString::fromStdString(std::string(record.text("message")));
+        m_refusal = refusalSentence(record);
     } else if (record.word == "unbound") {
         m_hasUnbound = true;
         m_port.reset();

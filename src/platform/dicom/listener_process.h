@@ -74,7 +74,7 @@ public:
     std::optional<int> status() const { return m_status; }
 
     /// Why it couldn't listen, in its own words; else empty.
-    const QString &refusal() const { return m_refusal; }
+    const Sentence &refusal() const { return m_refusal; }
 
     /// Whether it was killed for giving no sign of life.
     bool wasSilent() const { return m_wasSilent; }
@@ -101,7 +101,7 @@ private:
     bool m_wasSilent = false;
     bool m_channelIsOver = false;
     std::optional<int> m_status;
-    QString m_refusal;
+    Sentence m_refusal;
 
     int m_unanswered = 0;                    // questions for a sign of life
     std::optional<TimePoint> m_nextQuestion; // while it listens

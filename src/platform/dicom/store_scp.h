@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/sentences/sentence.h"
+
 #include <QtCore/QString>
 
 #include <chrono>
@@ -39,7 +41,7 @@ struct StoreSCPInterruption
 
     Cause cause = Cause::ended;
     int status = 0;                  // of the process: its exit status, or 128 and the signal; 0 without one
-    QString message;                 // a sentence for people
+    Sentence message;                // for people
     std::chrono::milliseconds pause; // until it is started again
 };
 
@@ -116,9 +118,9 @@ public:
     /// The port that is listened on; nothing before and after. Any thread.
     virtual std::optional<int> boundPort() const = 0;
 
-    /// A sentence for people that says why start() returned non-zero, or why the listening is interrupted at
+    /// For people: why start() returned non-zero, or why the listening is interrupted at
     /// this moment; else empty. Any thread.
-    virtual QString lastMessage() const = 0;
+    virtual Sentence lastMessage() const = 0;
 };
 
 } // namespace gateway::platform

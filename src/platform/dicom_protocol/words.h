@@ -16,7 +16,8 @@ inline constexpr int kChannelDescriptor = 3;
 //   stop
 // From the scp:
 //   listening  port (the bound one)
-//   refused    message; the scp then ends with a non-zero status
+//   refused    code (one of `refusal`) and its values: folder, address, port, error (as errno), message; the
+//              scp then ends with a non-zero status
 //   pong
 //   leftover   an association's process ended before it could tell everything: the inbox may hold complete
 //   files
@@ -62,6 +63,21 @@ inline constexpr int kChannelDescriptor = 3;
 //   stored
 //   failed   status (of the answer to the C-STORE)
 //   unreachable, rejected, nottaken, broken, silent
+
+/// Why an scp can't listen.
+namespace refusal {
+inline constexpr char kFolderUnusable[] = "folder_unusable";                 ///< folder, error
+inline constexpr char kFolderCannotSync[] = "folder_cannot_sync";            ///< folder, error
+inline constexpr char kFolderCannotKeepTimes[] = "folder_cannot_keep_times"; ///< folder, error
+inline constexpr char kFolderExchanged[] = "folder_exchanged";               ///< folder
+inline constexpr char kAddressUnknown[] = "address_unknown";                 ///< address
+inline constexpr char kAddressNotHere[] = "address_not_here";                ///< address
+inline constexpr char kPortTaken[] = "port_taken";                           ///< port
+inline constexpr char kPortReserved[] = "port_reserved";                     ///< port
+inline constexpr char kPortImpossible[] = "port_impossible";                 ///< port
+inline constexpr char kPortUnusable[] = "port_unusable";                     ///< port, error
+inline constexpr char kOther[] = "other";                                    ///< message, in English
+} // namespace refusal
 
 inline constexpr char kTextValue = 's';    ///< UTF-8
 inline constexpr char kIntegerValue = 'i'; ///< decimal, within 64 bits

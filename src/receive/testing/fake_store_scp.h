@@ -66,7 +66,7 @@ public:
         return m_port;
     }
 
-    QString lastMessage() const override { return QStringLiteral("The fake was told to fail."); }
+    platform::Sentence lastMessage() const override { return QStringLiteral("The fake was told to fail."); }
 
     /// Binds the port that it was told, and says so.
     void listen()

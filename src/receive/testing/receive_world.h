@@ -42,7 +42,7 @@ public:
                                                 [this](const QVariantMap &) { ++stateChanges; });
         m_errorObserver =
             notifications.observe(core::kStoreListenerError, [this](const QVariantMap &userInfo) {
-                errors.append(userInfo.value(core::kMessageKey).toString());
+                errors.append(platform::Sentence::in(userInfo.value(core::kMessageKey)).inEnglish());
             });
         service = std::make_shared<WatchedService>(
             m_isServiceGone,

@@ -213,6 +213,7 @@
 <message><source>address where tokens are given out</source><translation>Adresse, unter der Token ausgegeben werden</translation></message>
 <message><source>address where codes for a sign-in are given out</source><translation>Adresse, unter der Codes für eine Anmeldung ausgegeben werden</translation></message>
 <message><source>address where tokens are taken back</source><translation>Adresse, unter der Token zurückgenommen werden</translation></message>
+<message><source>It sent a web page, so it may be something on the way there.</source><translation>Er schickte eine Webseite; es kann also etwas auf dem Weg dorthin sein.</translation></message>
 </context>
 <context><name>DesktopScreens</name>
 <message><source>Bug Report Sent</source><translation>Fehlerbericht gesendet</translation></message>
@@ -231,6 +232,12 @@
 <message><source>Choose files</source><translation>Dateien wählen</translation></message>
 <message><source>Save Support Bundle</source><translation>Diagnosepaket sichern</translation></message>
 <message><source>Text files (*.txt)</source><translation>Textdateien (*.txt)</translation></message>
+</context>
+<context><name>DeviceSignIn</name>
+<message><source>Sign in failed.</source><translation>Die Anmeldung ist fehlgeschlagen.</translation></message>
+<message><source>The sign-in was given up.</source><translation>Die Anmeldung wurde abgebrochen.</translation></message>
+<message><source>The code is over before somebody has entered it; begin again.</source><translation>Der Code ist abgelaufen, bevor ihn jemand eingegeben hat; beginnen Sie von vorn.</translation></message>
+<message><source>The sign-in service didn't answer until the code was over; begin again.</source><translation>Der Anmeldedienst antwortete nicht, bis der Code ablief; beginnen Sie von vorn.</translation></message>
 </context>
 <context><name>DoctorFinding</name>
 <message><source>The index is damaged, and nothing is changed in it. Restore it from a backup; or end the gateway, move the index away and run doctor --repair, which records the stored images anew.</source><translation>Der Index ist beschädigt; darin wird nichts geändert. Stellen Sie ihn aus einer Sicherung wieder her; oder beenden Sie das Gateway, legen Sie den Index beiseite und rufen Sie doctor --repair auf, das die gespeicherten Bilder neu verzeichnet.</translation></message>
@@ -308,6 +315,24 @@
 <message><source>DIMSE Listener Error</source><translation>Fehler des DIMSE-Listeners</translation></message>
 <message><source>Failed to start DIMSE listener.</source><translation>Der DIMSE-Listener ließ sich nicht starten.</translation></message>
 <message><source>Failed to start DIMSE listener on port %1. Another app may already be using this port.</source><translation>Der DIMSE-Listener ließ sich auf Port %1 nicht starten. Vielleicht benutzt schon ein anderes Programm diesen Port.</translation></message>
+<message><source>The DICOM listener's process gave no sign of life and was ended.</source><translation>Der Prozess des DICOM-Listeners gab kein Lebenszeichen und wurde beendet.</translation></message>
+<message><source>The DICOM listener's process ended unexpectedly (status %1).</source><translation>Der Prozess des DICOM-Listeners endete unerwartet (Status %1).</translation></message>
+<message><source>The DICOM listener's process was ended by signal %1.</source><translation>Der Prozess des DICOM-Listeners wurde durch Signal %1 beendet.</translation></message>
+<message><source>The DICOM listener can't be started: %1.</source><translation>Der DICOM-Listener lässt sich nicht starten: %1.</translation></message>
+<message><source>The incoming folder %1 can't be used: %2.</source><translation>Der Eingangsordner %1 lässt sich nicht verwenden: %2.</translation></message>
+<message><source>The incoming folder %1 lies on a volume that can't sync folders (%2), so that no image on it would be safe. Choose a folder on another volume.</source><translation>Der Eingangsordner %1 liegt auf einem Datenträger, der Ordner nicht zuverlässig sichert (%2); kein Bild wäre dort sicher. Wählen Sie einen Ordner auf einem anderen Datenträger.</translation></message>
+<message><source>The incoming folder %1 lies on a volume that can't keep the times of files (%2), so that of two versions of an image nobody could tell the later one. Choose a folder on another volume.</source><translation>Der Eingangsordner %1 liegt auf einem Datenträger, der die Zeiten von Dateien nicht festhält (%2); bei zwei Fassungen eines Bildes wäre nicht zu erkennen, welche die spätere ist. Wählen Sie einen Ordner auf einem anderen Datenträger.</translation></message>
+<message><source>Another folder stands in the place of the incoming folder %1.</source><translation>Anstelle des Eingangsordners %1 steht dort ein anderer Ordner.</translation></message>
+<message><source>The address %1 can't be bound: it isn't known.</source><translation>Die Adresse %1 lässt sich nicht verwenden: Sie ist nicht bekannt.</translation></message>
+<message><source>The address %1 doesn't belong to this machine.</source><translation>Die Adresse %1 gehört nicht zu diesem Rechner.</translation></message>
+<message><source>Port %1 is already in use by another program.</source><translation>Port %1 wird bereits von einem anderen Programm verwendet.</translation></message>
+<message><source>Port %1 is reserved; this program may not listen on it.</source><translation>Port %1 ist reserviert; dieses Programm darf darauf nicht empfangen.</translation></message>
+<message><source>Port %1 doesn't exist.</source><translation>Port %1 gibt es nicht.</translation></message>
+<message><source>Can't listen on port %1: %2.</source><translation>Auf Port %1 kann nicht empfangen werden: %2.</translation></message>
+<message><source>The DICOM listener can't listen.</source><translation>Der DICOM-Listener kann nicht empfangen.</translation></message>
+<message><source>The incoming folder is used by another gateway. Give each gateway an incoming folder of its own.</source><translation>Der Eingangsordner wird von einem anderen Gateway verwendet. Geben Sie jedem Gateway einen eigenen Eingangsordner.</translation></message>
+<message><source>The incoming folder is used by another gateway, process %1. Give each gateway an incoming folder of its own.</source><translation>Der Eingangsordner wird von einem anderen Gateway verwendet, Prozess %1. Geben Sie jedem Gateway einen eigenen Eingangsordner.</translation></message>
+<message><source>The incoming folder can't be seen at %1, so nothing is received; images may wait in it. Bring its volume back. Where it is gone for good: mkdir -p '%1/.part'.</source><translation>Der Eingangsordner ist unter %1 nicht zu sehen, deshalb wird nichts empfangen; es können noch Bilder darin warten. Binden Sie seinen Datenträger wieder ein. Ist er endgültig verloren: mkdir -p '%1/.part'.</translation></message>
 </context>
 <context><name>LogEventWords</name>
 <message><source>Listener asked to start</source><translation>Listener soll starten</translation></message>

@@ -1,6 +1,8 @@
 #include "shell/language/translations.h"
 
 #include "platform/concurrency/main_thread.h"
+#include "platform/sentences/in_english.h"
+
 #include <QtCore/QCoreApplication>
 #include <QtCore/QLibraryInfo>
 
@@ -20,6 +22,15 @@ Translations::Translations(const QLocale &locale)
             QCoreApplication::installTranslator(&m_toolkit);
         }
     }
+}
+
+QString Translations::Own::translate(const char *context,
+                                     const char *text,
+                                     const char *disambiguation,
+                                     int count) const
+{
+    return platform::InEnglish::isWanted() ? QString()
+                                           : QTranslator::translate(context, text, disambiguation, count);
 }
 
 } // namespace gateway::shell

@@ -20,7 +20,17 @@ public:
     bool isTranslated() const { return !m_own.isEmpty(); }
 
 private:
-    QTranslator m_own;
+    /// The program's own texts, which stay English for whom they are not shown.
+    class Own final : public QTranslator
+    {
+    public:
+        QString translate(const char *context,
+                          const char *text,
+                          const char *disambiguation,
+                          int count) const override;
+    };
+
+    Own m_own;
     QTranslator m_toolkit;
 };
 

@@ -478,6 +478,7 @@ TEST_P(WizardAtSize, ShowsEveryWordWhole)
     for (int page = 0; page < kTitles.size(); ++page) {
         settle();
         EXPECT_EQ(testing::clippedIn(window()), QStringList()) << page << " of " << name().toStdString();
+        EXPECT_LE(window().layout()->minimumSize().width(), GetParam().size.width()) << page;
         if (GetParam().language != Shown::lengthened) { // whose letters make one word that no page can hold
             expectNothingBesideThePage();
         }

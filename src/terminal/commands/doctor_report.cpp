@@ -1,6 +1,7 @@
 #include "terminal/commands/doctor_report.h"
 
 #include "core/log_limit.h"
+#include "platform/sentences/in_english.h"
 
 #include <QtCore/QJsonArray>
 #include <QtCore/QLocale>
@@ -131,6 +132,7 @@ QString closingLine(const QJsonObject &report)
 
 QJsonObject toJson(const doctor::Diagnosis &diagnosis, bool repaired, const upload::WaitingUploads &waiting)
 {
+    const platform::InEnglish english;
     return {{QStringLiteral("well"), diagnosis.isWell()},
             {QStringLiteral("repaired"), repaired},
             {QStringLiteral("storedFiles"), diagnosis.storedFiles},

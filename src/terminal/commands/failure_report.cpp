@@ -1,6 +1,7 @@
 #include "terminal/commands/failure_report.h"
 
 #include "core/failure_class.h"
+#include "platform/sentences/in_english.h"
 
 #include <QtCore/QJsonObject>
 #include <QtCore/QString>
@@ -12,6 +13,7 @@ namespace gateway::terminal {
 
 QJsonArray toJson(const QList<upload::FailureFigure> &figures)
 {
+    const platform::InEnglish english;
     QJsonArray failures;
     for (const auto &[failure, files] : figures) {
         failures.append(QJsonObject{{QStringLiteral("class"), QString(core::rawValue(failure.failureClass))},

@@ -1,6 +1,7 @@
 #include "terminal/commands/status_report.h"
 
 #include "account/session_words.h"
+#include "platform/sentences/in_english.h"
 #include "state/time_texts.h"
 #include "terminal/commands/failure_report.h"
 #include "terminal/commands/waiting_report.h"
@@ -77,7 +78,7 @@ QJsonObject listenerJson(const state::ListenerFigures &listener)
             {QStringLiteral("port"), listener.port},
             {QStringLiteral("address"), listener.address},
             {QStringLiteral("asItShouldBe"), listener.isAsItShouldBe()},
-            {QStringLiteral("error"), textOrNull(listener.failure)}};
+            {QStringLiteral("error"), textOrNull(listener.failure.inEnglish())}};
 }
 
 QJsonObject countersJson(const StatusReport::Counters &counters)
@@ -322,6 +323,7 @@ QStringList upkeepLines(const QJsonObject &status)
 
 QJsonObject toJson(const StatusReport &report)
 {
+    const platform::InEnglish english;
     return {
         {QStringLiteral("listener"), listenerJson(report.listener)},
         {QStringLiteral("receiving"),

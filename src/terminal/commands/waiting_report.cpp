@@ -1,5 +1,7 @@
 #include "terminal/commands/waiting_report.h"
 
+#include "platform/sentences/in_english.h"
+
 #include <QtCore/QDateTime>
 #include <QtCore/QJsonValue>
 
@@ -23,6 +25,7 @@ QString localMoment(const QJsonValue &moment)
 
 QJsonObject toJson(const upload::WaitingUploads &waiting)
 {
+    const platform::InEnglish english;
     QJsonValue cause;
     QJsonValue sentence;
     QDateTime until;

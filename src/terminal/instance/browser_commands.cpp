@@ -9,6 +9,7 @@
 #include "platform/concurrency/clock.h"
 #include "platform/concurrency/main_executor.h"
 #include "platform/concurrency/main_thread.h"
+#include "platform/sentences/in_english.h"
 
 #include <QtCore/QDate>
 #include <QtCore/QJsonArray>
@@ -70,6 +71,7 @@ bool BrowserCommands::handle(const ControlRequest &request, const Answer &answer
     }
     const BrowserCommand command = browserCommandIn(request);
     if (browser::isCloud(tableKindOf(command)) && !m_auth.state().isSignedIn()) {
+        const platform::InEnglish english;
         answer(ControlReply::failure(browser::signInWords(tableKindOf(command))));
     } else if (command.action != BrowserCommand::Action::deletion) {
         m_scope.start(list(command, request.hungUp, answer));
@@ -152,6 +154,7 @@ BrowserCommands::removeUnlessAtFault(BrowserCommand command, std::stop_token hun
     const std::unique_ptr<browser::BrowserTable> table = tableFor(command);
     const std::optional<index::OutsideCloud> outside = co_await table->imagesOutsideCloud(inTable.targets);
     if (!outside) {
+        const platform::InEnglish english;
         answer(ControlReply::failure(browser::unknownOutsideCloudWords()));
         co_return;
     }
@@ -177,6 +180,7 @@ QCoro::Task<void> BrowserCommands::remove(BrowserCommand command,
     const browser::BatchResult result =
         co_await table->deleteTargets(command.targets, command.targets.size(), told);
     const browser::OutsideCloudCount lost = browser::OutsideCloudCount::of(told);
+    const platform::InEnglish english;
     answer(ControlReply::success(
         {{QStringLiteral("requested"), result.requested},
          {QStringLiteral("deleted"), result.deleted},

@@ -125,7 +125,7 @@ StoreSCPCallbacks RunningStoreSCP::callbacks()
         note(QStringLiteral("progress ") + path);
     };
     all.interrupted = [this](StoreSCPInterruption why) {
-        note(QStringLiteral("interrupted ") + why.message);
+        note(QStringLiteral("interrupted ") + why.message.inEnglish());
     };
     all.resumed = [this] { note(QStringLiteral("resumed")); };
     all.leftFiles = [this] { note(QStringLiteral("left files")); };

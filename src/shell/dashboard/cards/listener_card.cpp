@@ -88,8 +88,8 @@ void ListenerCard::showListener()
                         hasFailed ? Color::red : Color::blue);
     m_address->setWords(canBeReached ? tr("Reached at %1").arg(m_listener.addressText(true))
                                      : tr("Modalities can't send now"));
-    const QString why = m_appState.figures().dimseAlertMessage.value_or(QString());
-    m_failure->setText(why);
+    const platform::Sentence why = m_appState.figures().dimseAlertMessage.value_or(platform::Sentence());
+    m_failure->setText(why.inLanguage());
     m_failure->setVisible(hasFailed && !why.isEmpty());
     m_aeTitle->setText(m_listener.settings().aeTitle);
     m_port->setText(QString::number(m_listener.settings().port));
