@@ -144,9 +144,9 @@ SAFEGUARDS = [
     # Sending
     Safeguard("proof for each instance", BATCH, "if (reference.names(file->identity)) {",
               "if (reference.names(file->identity) || true) {", "cloud_client_test", "Stow*"),
-    Safeguard("proof of its study", ANSWER, 'return isIn(QStringLiteral("studies"), identity.study) && ', "return ",
+    Safeguard("proof of its study", ANSWER, 'return isIn(QStringLiteral("studies"), identity.study.value()) &&\n           ', "return ",
               "cloud_client_test", "Stow*"),
-    Safeguard("proof of its series", ANSWER, '&& isIn(QStringLiteral("series"), identity.series)', "", "cloud_client_test",
+    Safeguard("proof of its series", ANSWER, ' &&\n           isIn(QStringLiteral("series"), identity.series.value())', "", "cloud_client_test",
               "Stow*"),
     Safeguard("a page of HTML proves nothing", BATCH, "        proveByQuery(files, mayStoreLater(response));\n",
               "        for (File *file : files) {\n            file->isProven = mayStoreLater(response) || response.isSuccess();\n"
