@@ -31,8 +31,8 @@ AFError::AFError(const platform::Sentence &description,
 {
 }
 
-QrnNotOffered::QrnNotOffered(QString description)
-    : QuorinError(std::move(description), QStringLiteral("QuorinAPI.QrnNotOffered"), 0)
+QrnNotOffered::QrnNotOffered(const platform::Sentence &description)
+    : QuorinError(description, QStringLiteral("QuorinAPI.QrnNotOffered"), 0)
 {
 }
 

@@ -107,7 +107,7 @@ public:
 class QrnNotOffered final : public QuorinError
 {
 public:
-    explicit QrnNotOffered(QString description);
+    explicit QrnNotOffered(const platform::Sentence &description);
 };
 
 /// The server answered an upload, but some of its instances are not proven to be stored.

@@ -98,7 +98,7 @@ StoreManualImportService::~StoreManualImportService()
     }
 }
 
-void StoreManualImportService::presentImportPanel(std::function<void(const QString &batch)> began)
+void StoreManualImportService::presentImportPanel()
 {
     if (m_with.panel == nullptr) {
         return;
@@ -107,14 +107,35 @@ void StoreManualImportService::presentImportPanel(std::function<void(const QStri
     request.title = QStringLiteral("Import DICOM Files");
     request.message = QStringLiteral("Select files and folders to import DICOM files.");
     request.confirmButton = QStringLiteral("Import");
-    m_with.panel->present(request,
-                          [weak = weak_from_this(), began = std::move(began)](const QList<QUrl> &urls) {
-                              const auto self = weak.lock();
-                              const QString batch = self ? self->importItems(urls, kManualUpload) : QString();
-                              if (began && !batch.isEmpty()) {
-                                  began(batch);
-                              }
-                          });
+    m_with.panel->present(request, [weak = weak_from_this()](const QList<QUrl> &urls) {
+        if (const auto self = weak.lock()) {
+            self->importItems(urls, kManualUpload);
+        }
+    });
+}
+
+std::shared_ptr<void> StoreManualImportService::observeBatches(BatchObserver begun)
+{
+    Q_ASSERT(m_with.main.isCurrent());
+    const auto observer = std::make_shared<BatchObserver>(std::move(begun));
+    m_observers.append(observer);
+    const QStringList underWay = batchesUnderWay();
+    for (const QString &batch : underWay) {
+        (*observer)(batch);
+    }
+    return observer;
+}
+
+QStringList StoreManualImportService::batchesUnderWay() const
+{
+    QStringList ids;
+    const platform::MutexLock lock(m_mutex);
+    for (const Batch &batch : m_batches) {
+        if (batch.report.phase != ManualImportReport::Phase::finished) {
+            ids.append(batch.id);
+        }
+    }
+    return ids;
 }
 
 QString StoreManualImportService::importItems(const QList<QUrl> &urls, const QString &trigger)
@@ -145,6 +166,13 @@ QString StoreManualImportService::importItems(const QList<QUrl> &urls, const QSt
             run(id, urls, named, stop);
         }
     });
+    m_observers.removeIf([](const auto &observer) { return observer.expired(); });
+    const auto observers = m_observers; // one of them may come or go meanwhile
+    for (const auto &observer : observers) {
+        if (const auto alive = observer.lock()) {
+            (*alive)(id);
+        }
+    }
     return id;
 }
 

@@ -14,6 +14,7 @@
 
 #include <QtCore/QList>
 #include <QtCore/QString>
+#include <QtCore/QStringList>
 #include <QtCore/QUrl>
 
 #include <atomic>
@@ -28,8 +29,8 @@ namespace gateway::receive {
 /// Takes in what the operator chooses: files, folders and archives, one batch after another, each with one
 /// summary in the log and one request for an upload. Sources are never changed or removed.
 ///
-/// Owner: Store, as a shared pointer, since the panel holds the service weakly. Thread: `presentImportPanel`
-/// and `importItems` on main; reports and stops any.
+/// Owner: Store, as a shared pointer, since the panel holds the service weakly. Thread: `presentImportPanel`,
+/// `observeBatches` and `importItems` on main; reports and stops any.
 class StoreManualImportService : public std::enable_shared_from_this<StoreManualImportService>
 {
 public:
@@ -60,9 +61,14 @@ public:
     StoreManualImportService &operator=(const StoreManualImportService &) = delete;
 
     /// Asks the operator what to import, and imports it; nothing happens on cancel or without a desktop.
+    void presentImportPanel();
+
+    /// Tells of each batch that is queued from now on, whoever asked for it; and at once of those that aren't
+    /// over.
     ///
-    /// \param began  told the id of the batch, if one came of it; on main, now or later.
-    void presentImportPanel(std::function<void(const QString &batch)> began = {});
+    /// \param begun  told the id of the batch; on main.
+    /// \return for as long as it is kept, it is told.
+    [[nodiscard]] std::shared_ptr<void> observeBatches(std::function<void(const QString &batch)> begun);
 
     /// Queues a batch and returns at once.
     ///
@@ -86,11 +92,15 @@ private:
 
     void run(const QString &id, const QList<QUrl> &urls, const QString &trigger, const std::stop_token &stop);
     void conclude(const QString &id, const ManualImportReport &report, const QString &trigger);
+    QStringList batchesUnderWay() const QUORIN_EXCLUDES(m_mutex);
     void publish(const QString &id, const ManualImportReport &report) QUORIN_EXCLUDES(m_mutex);
     void forgetOldest() QUORIN_REQUIRES(m_mutex);
 
+    using BatchObserver = std::function<void(const QString &batch)>;
+
     Collaborators m_with;
     const Places m_places;
+    QList<std::weak_ptr<BatchObserver>> m_observers; // main thread only
 
     mutable platform::Mutex m_mutex;
     std::list<Batch> m_batches QUORIN_GUARDED_BY(m_mutex); // in the order of their coming

@@ -436,6 +436,41 @@ TEST_F(ManualImport, WhatThePanelConfirmsIsAManualUpload)
     EXPECT_TRUE(m_world.imports.holds("DICM a"));
 }
 
+TEST_F(ManualImport, WhoObservesBatchesIsToldOfEachWhoeverAskedForIt)
+{
+    QStringList told;
+    auto observation = m_world.service->observeBatches([&](const QString &batch) { told.append(batch); });
+    EXPECT_EQ(told, QStringList());
+
+    const QString first = m_world.begin({m_world.source(u"a.dcm"_qs, "DICM a")});
+    EXPECT_EQ(told, QStringList{first});
+
+    observation.reset();
+    m_world.awaitEnd(m_world.begin({m_world.source(u"b.dcm"_qs, "DICM b")}));
+    EXPECT_EQ(told, QStringList{first}) << "nobody listens any more";
+}
+
+TEST_F(ManualImport, WhoObservesLateIsToldOfWhatIsNotOver)
+{
+    m_world.import({m_world.source(u"a.dcm"_qs, "DICM a")});
+    m_world.source(u"held/b.zip"_qs, archiveOf({{u"b.dcm"_qs, "DICM b"}}));
+    std::atomic<bool> mayGoOn = false;
+    m_world.unpacking.onEntry = [&](const std::stop_token &) {
+        while (!mayGoOn) {
+            std::this_thread::yield();
+        }
+    };
+    const QString underWay = m_world.begin({m_world.sources() + u"/held"_qs});
+    QStringList told;
+
+    const auto observation =
+        m_world.service->observeBatches([&](const QString &batch) { told.append(batch); });
+
+    EXPECT_EQ(told, QStringList{underWay});
+    mayGoOn = true;
+    m_world.awaitEnd(underWay);
+}
+
 TEST_F(ManualImport, APanelThatOutlivesTheServiceDoesNothing)
 {
     m_world.service->presentImportPanel();

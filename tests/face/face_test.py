@@ -195,6 +195,21 @@ class Face(FaceTest):
         self.see(dashboard, "Imported 3 of 3 files.*")
         self.gateway.await_received(files)
 
+    def test_an_import_of_the_command_line_is_shown_to_who_looks_at_the_dashboard(self):
+        # Given
+        files = self.samples(ct=3)
+        (files[0].parent / "notes.txt").write_text("no image")
+        dashboard = self.open_dashboard()
+
+        # When
+        told = self.gateway.command("import", files[0].parent).stdout
+
+        # Then
+        self.see(dashboard, "Imported 3 of 4 files")
+        self.see(dashboard, "1 not DICOM: .*notes\\.txt")
+        self.assertIn("3 files imported, 1 file passed over.", told)
+        self.picture("imported")
+
     def meet_new_terms(self, text):
         """Signs in, and has two images refused until the terms are accepted."""
         dashboard = self.open_dashboard()

@@ -141,8 +141,7 @@ TEST_F(DashboardPictures, FailingWithAnImportAndAnUpdate)
     const QString first = world.imports.source(u"a/IM1"_qs, "DICM 1");
     world.imports.source(u"a/IM2"_qs, "DICM 2");
     open();
-    controller->view()->overview().imports().follow(
-        world.imports.begin({world.imports.sources() + u"/a"_qs}));
+    world.imports.begin({world.imports.sources() + u"/a"_qs});
     world.heldImports.waitForArrivals(1);
     controller->view()->overview().imports().refresh();
     world.cloud.isAway = true;
@@ -169,7 +168,6 @@ TEST_F(DashboardPictures, AnImportThatPassedFilesOver)
     world.imports.source(u"CD/older.zip"_qs, "LOCKED");
     open();
     const QString batch = world.imports.begin({world.imports.sources() + u"/CD"_qs});
-    controller->view()->overview().imports().follow(batch);
     world.imports.awaitEnd(batch);
     controller->view()->overview().imports().refresh();
     settle();

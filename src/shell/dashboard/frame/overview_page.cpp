@@ -15,7 +15,6 @@
 #include "shell/theme/theme.h"
 
 #include <QtCore/QEvent>
-#include <QtCore/QPointer>
 #include <QtWidgets/QGridLayout>
 
 #include <algorithm>
@@ -69,8 +68,9 @@ OverviewPage::OverviewPage(const DashboardParts &parts, QWidget *parent)
     m_ground->installEventFilter(this);
     connect(m_sent, &SentItemsCard::viewLogsRequested, this, &OverviewPage::viewLogsRequested);
     connect(m_received, &DimseImportCard::importRequested, this, &OverviewPage::manualUpload);
+    m_batches = m_importService.observeBatches([this](const QString &batch) { m_imports->follow(batch); });
     connect(m_received, &DimseImportCard::dropped, this, [this](const QList<QUrl> &urls) {
-        m_imports->follow(m_importService.importItems(urls, QStringLiteral("drag_drop")));
+        m_importService.importItems(urls, QStringLiteral("drag_drop"));
     });
 }
 
@@ -82,11 +82,7 @@ void OverviewPage::setSideMargin(int margin)
 
 void OverviewPage::manualUpload()
 {
-    m_importService.presentImportPanel([card = QPointer(m_imports)](const QString &batch) {
-        if (card != nullptr) {
-            card->follow(batch);
-        }
-    });
+    m_importService.presentImportPanel();
 }
 
 void OverviewPage::signInSheetClosed()

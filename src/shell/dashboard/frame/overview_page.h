@@ -4,6 +4,8 @@
 
 #include <QtWidgets/QScrollArea>
 
+#include <memory>
+
 class QGridLayout;
 
 namespace gateway::receive {
@@ -75,6 +77,7 @@ private:
     DimseImportCard *m_received;
     SentItemsCard *m_sent;
     ImportProgressCard *m_imports;
+    std::shared_ptr<void> m_batches; // told of as long as this is kept
     TransferTrendCard *m_trend;
     int m_sideMargin = 0;
     bool m_hasTwoColumns = false;

@@ -16,7 +16,7 @@ namespace gateway::shell {
 
 class ProgressRow;
 
-/// The imports that the operator began here: how far each is, a way to stop it, and at last what was passed
+/// Imports, whoever began them: how far each is, a way to stop it, and at last what was passed
 /// over and why. Not there while there is none.
 ///
 /// Owner: OverviewPage. Thread: main.
