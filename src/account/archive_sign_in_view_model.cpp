@@ -189,13 +189,17 @@ ArchiveSignInViewModel::carryOut(ArchiveSignIn wanted, ShowCode show, Attempt at
         }
         wanted.holder = asked.tokens->holder;
         granted = std::move(asked.tokens);
-        end(attempt);
+        hideCode();
     }
     if (m_parts.auth.isChecking()) {
         co_return ArchiveSignInEnd{
             .problem = QCoreApplication::translate("Archive", "Another sign-in or sign-out is under way.")};
     }
+    const std::stop_callback whenStopped(attempt->get_token(), [this] { m_parts.auth.cancelSignIn(); });
     const bool isSignedIn = co_await m_parts.auth.signInToArchive(std::move(wanted), std::move(granted));
+    if (!isSignedIn && attempt->stop_requested()) {
+        co_return givenUp();
+    }
     const auto failed = QCoreApplication::translate("Archive", "Sign in failed.");
     co_return ArchiveSignInEnd{isSignedIn,
                                isSignedIn ? QString() : m_parts.auth.lastAuthError().value_or(failed)};
@@ -226,7 +230,7 @@ void ArchiveSignInViewModel::cancel()
         m_attempt->request_stop();
         hideCode();
     }
-    m_parts.auth.cancelSignIn();
+    m_parts.auth.cancelSignIn(); // one that didn't begin here
 }
 
 void ArchiveSignInViewModel::showCode(const Attempt &attempt, const cloud_client::DeviceCode &code)

@@ -202,6 +202,47 @@ TEST_F(ArchiveSignInModel, GivesFilesUpForTheNextSignIn)
     EXPECT_EQ(service.lastLogin->archive->secret, QStringLiteral("abc"));
 }
 
+TEST_F(ArchiveSignInModel, SignsNobodyInWhoGaveUpWhileTheArchiveWasAsked)
+{
+    service.hold(QStringLiteral("login"));
+    std::stop_source asker;
+    begun = true;
+    task = model.signIn(byToken(QStringLiteral("first")).signIn, nullptr, asker.get_token())
+               .then([this](ArchiveSignInEnd given) { end = std::move(given); });
+    runUntil([this] { return !service.calls().isEmpty(); });
+
+    asker.request_stop();
+    service.release();
+    EXPECT_TRUE(signIn(byToken(QStringLiteral("second"))).isSignedIn);
+    runUntil([this] { return end.has_value(); });
+
+    EXPECT_EQ(end->problem, QStringLiteral("The sign-in was given up."));
+    EXPECT_EQ(service.lastLogin->archive->secret, QStringLiteral("second"));
+    EXPECT_EQ(service.calls().count(QStringLiteral("login")), 2);
+}
+
+TEST_F(ArchiveSignInModel, GivesAnArchiveThatIsBeingAskedUpForTheNextSignIn)
+{
+    service.hold(QStringLiteral("login"));
+    begun = true;
+    task = model.signInBy(byToken(QStringLiteral("first"))).then([this](ArchiveSignInEnd given) {
+        end = std::move(given);
+    });
+    runUntil([this] { return !service.calls().isEmpty(); });
+
+    std::optional<ArchiveSignInEnd> next;
+    const auto second =
+        model.signInBy(byToken(QStringLiteral("second"))).then([&next](ArchiveSignInEnd given) {
+            next = std::move(given);
+        });
+    service.release();
+    runUntil([&] { return next && end; });
+
+    EXPECT_TRUE(next->isSignedIn) << next->problem.toStdString();
+    EXPECT_FALSE(end->isSignedIn);
+    EXPECT_EQ(service.lastLogin->archive->secret, QStringLiteral("second"));
+}
+
 TEST_F(ArchiveSignInModel, GivesACodeUpForTheNextSignIn)
 {
     begin();

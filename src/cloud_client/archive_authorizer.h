@@ -35,7 +35,8 @@ class ArchiveAuthorizer
 public:
     virtual ~ArchiveAuthorizer() = default;
 
-    /// The value of the header Authorization; empty for none. Blocks while a token is fetched.
+    /// The value of the header Authorization; empty for none. Blocks while a token is fetched, or its file
+    /// read.
     ///
     /// \throws QrnErrorResponse, AFError  as `FetchToken`.
     virtual QByteArray header() = 0;
@@ -59,6 +60,6 @@ public:
 /// \param fetch  of use for access tokens alone.
 /// \param clock  outlives the authorizer.
 std::unique_ptr<ArchiveAuthorizer>
-makeAuthorizer(const ArchiveSignIn &signIn, FetchToken fetch, const platform::Clock &clock);
+makeAuthorizer(const ArchiveSignIn &signIn, FetchToken fetch, platform::Clock &clock);
 
 } // namespace gateway::cloud_client

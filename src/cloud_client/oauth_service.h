@@ -45,8 +45,8 @@ public:
 
     struct Collaborators
     {
-        HttpTransport &transport;     ///< outlives this, as the clock does
-        const platform::Clock &clock; ///< whose time a signed statement names
+        HttpTransport &transport; ///< outlives this, as the clock does
+        platform::Clock &clock;   ///< whose time a signed statement names
         std::chrono::seconds timeout;
         bool allowPlainHttp = false;
     };

@@ -98,7 +98,7 @@ private:
 
 QuorinApiClient::QuorinApiClient(CloudConfiguration configuration,
                                  platform::TokenStore &store,
-                                 const platform::Clock &clock,
+                                 platform::Clock &clock,
                                  platform::UserDefaults *defaults)
     : m_configuration(std::move(configuration)), m_problem(reasonNotToConnect(m_configuration)),
       m_settings(store, sessionKey(m_configuration)), m_transport(m_configuration), m_clock(clock),

@@ -85,7 +85,7 @@ public:
     /// \param defaults  keep what was learnt of the service; outlive this. None to learn it in each run.
     QuorinApiClient(CloudConfiguration configuration,
                     platform::TokenStore &store,
-                    const platform::Clock &clock,
+                    platform::Clock &clock,
                     platform::UserDefaults *defaults = nullptr);
 
     const CloudConfiguration &configuration() const { return m_configuration; }
@@ -136,7 +136,7 @@ private:
     const std::optional<QString> m_problem; // why no call may be made
     NetworkSettings m_settings;
     HttpTransport m_transport;
-    const platform::Clock &m_clock;
+    platform::Clock &m_clock;
     RequestLimit m_requestLimit;
     KeptRefreshToken m_refreshToken;
     platform::Mutex m_mutex;

@@ -25,25 +25,24 @@ struct Patience
     std::chrono::nanoseconds limit;
 };
 
-/// Asks something that may never answer, such as a share that is dead, on a thread of its own, and resumes on
-/// the main thread. A question that is given up keeps its thread until it is answered after all.
+/// A question that was asked on a thread of its own, and its answer once that has come. Thread: any.
+template <typename Answer>
+struct Asked
+{
+    Mutex mutex;
+    std::optional<Answer> answer QUORIN_GUARDED_BY(mutex);
+    std::stop_source over; ///< answered, or given up
+};
+
+/// Asks something that may never answer, such as a share that is dead, on a thread of its own, and returns at
+/// once. A question that is given up keeps its thread until it is answered after all. Thread: any.
 ///
 /// \param name      thread name, at most 15 characters.
 /// \param question  holds nothing that dies before it; throws nothing.
-/// \return nothing when no answer came in time, or before `stop` was requested.
-///
-/// Thread: main.
 template <typename Question>
-QCoro::Task<std::optional<std::invoke_result_t<Question>>>
-askPatiently(Patience patience, const char *name, Question question, std::stop_token stop)
+std::shared_ptr<Asked<std::invoke_result_t<Question>>> askAside(const char *name, Question question)
 {
-    struct Asked
-    {
-        Mutex mutex;
-        std::optional<std::invoke_result_t<Question>> answer QUORIN_GUARDED_BY(mutex);
-        std::stop_source over; // answered, or given up
-    };
-    const auto asked = std::make_shared<Asked>();
+    const auto asked = std::make_shared<Asked<std::invoke_result_t<Question>>>();
     runUnawaited(name, [asked, question = std::move(question)] {
         auto answer = question();
         {
@@ -52,6 +51,19 @@ askPatiently(Patience patience, const char *name, Question question, std::stop_t
         }
         asked->over.request_stop();
     });
+    return asked;
+}
+
+/// Asks as `askAside`, and resumes on the main thread.
+///
+/// \return nothing when no answer came in time, or before `stop` was requested.
+///
+/// Thread: main.
+template <typename Question>
+QCoro::Task<std::optional<std::invoke_result_t<Question>>>
+askPatiently(Patience patience, const char *name, Question question, std::stop_token stop)
+{
+    const auto asked = askAside(name, std::move(question));
     const std::stop_callback whenStopped(stop, [asked] { asked->over.request_stop(); });
     co_await asyncSleep(patience.main, patience.clock, patience.limit, asked->over.get_token());
     const MutexLock lock(asked->mutex);

@@ -94,7 +94,9 @@ QCoro::Task<> ArchiveCommands::set(ControlRequest request, Answer answer)
         co_return;
     }
     const auto waiting = std::make_shared<Waiting>();
+    waiting->giveUpOn(request.hungUp);
     const auto tell = [this, waiting, answer](const cloud_client::DeviceCode &code) {
+        waiting->whenHungUp.reset(); // whoever asked goes now, and comes back to wait
         m_waiting = waiting;
         waiting->isTold = true;
         answer(ControlReply::success(codeJson(code)));
@@ -125,8 +127,7 @@ void ArchiveCommands::wait(const ControlRequest &request, const Answer &answer)
         m_waiting.reset();
     } else {
         m_waiting->answer = answer;
-        m_waiting->whenHungUp.emplace(request.hungUp,
-                                      [stop = m_waiting->stop]() mutable { stop.request_stop(); });
+        m_waiting->giveUpOn(request.hungUp);
     }
 }
 

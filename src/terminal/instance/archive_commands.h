@@ -49,6 +49,11 @@ private:
         std::optional<ControlReply> end = std::nullopt;
         Answer answer = nullptr; // of the caller who waits for the end
         std::optional<std::stop_callback<std::function<void()>>> whenHungUp = std::nullopt;
+
+        void giveUpOn(const std::stop_token &hungUp)
+        {
+            whenHungUp.emplace(hungUp, [source = stop]() mutable { source.request_stop(); });
+        }
     };
 
     ControlReply show() const;

@@ -54,6 +54,7 @@ QCoro::Task<void> SessionCommands::signIn(ControlRequest request, Answer answer)
         co_return;
     }
 
+    const std::stop_callback whenHungUp(request.hungUp, [this] { m_with.auth.cancelSignIn(); });
     const bool signedIn = co_await m_with.auth.signIn(email, password);
 
     answer(signInReply(m_with.auth, signedIn, m_with.plainSecrets()));

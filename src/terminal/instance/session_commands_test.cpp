@@ -65,6 +65,24 @@ TEST_F(SessionCommandsTest, SaysWhyASignInFailed)
     EXPECT_FALSE(auth.state().isSignedIn());
 }
 
+TEST_F(SessionCommandsTest, SignsNobodyInWhoHungUp)
+{
+    service.hold(u"login"_qs);
+    std::stop_source asker;
+    ControlRequest request = signInWith(service.password);
+    request.hungUp = asker.get_token();
+    bool isOver = false;
+    commands.handle(request, [&isOver](const ControlReply &) { isOver = true; });
+    runUntil([this] { return service.calls().contains(u"login"_qs); });
+
+    asker.request_stop();
+    EXPECT_FALSE(auth.isChecking()) << "others can sign in at once";
+    service.release();
+    runUntil([&isOver] { return isOver; });
+
+    EXPECT_FALSE(auth.state().isSignedIn());
+}
+
 TEST_F(SessionCommandsTest, EndsTheSession)
 {
     ask(signInWith(service.password));
