@@ -60,6 +60,7 @@ QString sentenceOn(const AFError &error, const QString &host)
     case NoAnswer::badAddress:
     case NoAnswer::signInUnavailable:
     case NoAnswer::sessionOver:
+    case NoAnswer::notAsked:
     case NoAnswer::unusableFile:
     case NoAnswer::answerNotKept:
         break;

@@ -394,6 +394,8 @@ TEST(StowUpload, ProvesNothingWhenTheQueryFailsToo)
     ASSERT_TRUE(refusal);
     EXPECT_EQ(refusal->failures.size(), 2);
     EXPECT_EQ(service.server.requests().size(), 2); // one question without an answer is enough
+    EXPECT_EQ(refusal->taken, (QSet{instanceUid("1.2.3"), instanceUid("1.2.4")}))
+        << "looked for before a send";
     EXPECT_FALSE(refusal->cause) << "the upload itself was answered";
 }
 

@@ -102,7 +102,8 @@ QuorinApiClient::QuorinApiClient(CloudConfiguration configuration,
                                  platform::UserDefaults *defaults)
     : m_configuration(std::move(configuration)), m_problem(reasonNotToConnect(m_configuration)),
       m_settings(store, sessionKey(m_configuration)), m_transport(m_configuration), m_clock(clock),
-      m_requestLimit(sessionKey(m_configuration), clock, defaults), m_refreshToken(m_settings, clock)
+      m_requestLimit(sessionKey(m_configuration), clock, defaults), m_querySilence(clock),
+      m_refreshToken(m_settings, clock)
 {
 }
 

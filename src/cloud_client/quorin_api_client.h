@@ -6,6 +6,7 @@
 #include "cloud_client/http_transport.h"
 #include "cloud_client/kept_refresh_token.h"
 #include "cloud_client/network_settings.h"
+#include "cloud_client/query_silence.h"
 #include "cloud_client/request_limit.h"
 #include "platform/concurrency/mutex.h"
 
@@ -118,6 +119,9 @@ public:
     /// What size of a request the service refuses.
     RequestLimit &requestLimit() { return m_requestLimit; }
 
+    /// Whether the service leaves queries unanswered.
+    QuerySilence &querySilence() { return m_querySilence; }
+
     /// Ends every call in flight and refuses later ones: for the end of the program.
     void shutDown() { m_transport.shutDown(); }
 
@@ -138,6 +142,7 @@ private:
     HttpTransport m_transport;
     platform::Clock &m_clock;
     RequestLimit m_requestLimit;
+    QuerySilence m_querySilence;
     KeptRefreshToken m_refreshToken;
     platform::Mutex m_mutex;
     std::shared_ptr<ArchiveAccess> m_access QUORIN_GUARDED_BY(m_mutex); // of the session asked for last

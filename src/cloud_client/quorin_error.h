@@ -84,6 +84,7 @@ enum class NoAnswer
     unusableAnswer,    ///< something came that isn't an answer of the service
     sessionOver,       ///< nothing was asked: the session in which it was to be asked stands no more
     signInUnavailable, ///< nothing was asked: what it takes to sign in couldn't be had at this moment
+    notAsked,          ///< nothing was asked: the service has left such questions unanswered
     unusableFile,      ///< the file to send can't be read, or changed while it was being sent
     answerNotKept      ///< this machine couldn't write down what came
 };

@@ -4,12 +4,17 @@
 #include "cloud_client/quorin_api_client.h"
 #include "cloud_client/quorin_error.h"
 
+#include <QtCore/QCoreApplication>
+
 #include <algorithm>
 
 namespace gateway::cloud_client {
 
 namespace {
 
+constexpr auto kNotAsked = QT_TRANSLATE_NOOP(
+    "CloudClient",
+    "The archive wasn't asked for the image: a moment ago it left such a question unanswered.");
 const auto kSopInstanceUid = QStringLiteral("00080018");
 const auto kStudyInstanceUid = QStringLiteral("0020000D");
 const auto kSeriesInstanceUid = QStringLiteral("0020000E");
@@ -46,7 +51,17 @@ QVariantList answerTo(QuorinApiClient &client, const CloudSession &session, cons
     call.path = path;
     call.accept = "application/dicom+json";
     call.answerLimit = kLargeAnswer; // an archive that has no limits gives out the whole series
-    return queryResult(client.request(call));
+    if (client.querySilence().isToBeExpected()) {
+        throw AFError({"CloudClient", kNotAsked, {}}, std::nullopt, 0, NoAnswer::notAsked);
+    }
+    try {
+        return queryResult(client.request(call));
+    } catch (const AFError &error) {
+        if (!error.responseCode && error.noAnswer == NoAnswer::timedOut) {
+            client.querySilence().begin();
+        }
+        throw;
+    }
 }
 
 /// Some archives say that there is nothing at the address of a series that they don't have (404), where

@@ -8,7 +8,8 @@ class QuorinApiClient;
 struct CloudSession;
 
 /// Asks by QIDO-RS (PS3.18 10.6), in this session, whether the service holds this very instance.
-/// \throws QrnErrorResponse, AFError, also where what came is no result of a query. Thread: any; blocks.
+/// \throws QrnErrorResponse, AFError, also where what came is no result of a query; with NoAnswer::notAsked
+/// while queries are known to go unanswered. Thread: any; blocks.
 bool isInstanceFound(QuorinApiClient &client,
                      const CloudSession &session,
                      const platform::InstanceIdentity &identity);

@@ -96,6 +96,7 @@ FailureClass classOf(NoAnswer reason)
     case NoAnswer::notSecure:
         return FailureClass::notSecure;
     case NoAnswer::timedOut:
+    case NoAnswer::notAsked:
         return FailureClass::timedOut;
     case NoAnswer::connectionLost:
         return FailureClass::connectionLost;
@@ -260,6 +261,7 @@ FailureReach reachOf(NoAnswer reason)
     case NoAnswer::unusableAnswer:
     case NoAnswer::otherReason:
         return FailureReach::unanswered;
+    case NoAnswer::notAsked: // others may well be sent
     case NoAnswer::unusableFile:
     case NoAnswer::answerNotKept:
         break;

@@ -117,6 +117,7 @@ TEST(FailureReason, TellsApartWhyNoAnswerCame)
         {NoAnswer::notReachable, FailureClass::notReachable},
         {NoAnswer::notSecure, FailureClass::notSecure},
         {NoAnswer::timedOut, FailureClass::timedOut},
+        {NoAnswer::notAsked, FailureClass::timedOut},
         {NoAnswer::connectionLost, FailureClass::connectionLost},
         {NoAnswer::unusableAnswer, FailureClass::unexpectedAnswer},
         {NoAnswer::unusableFile, FailureClass::fileUnreadable},

@@ -167,7 +167,10 @@ std::optional<AttemptEnd> InstanceVerifier::lookForTaken(PreparedCandidate prepa
         }
     } catch (const std::exception &error) {
         Unasked query = unasked(error, prepared);
-        if (query.end.reach == StoreUpload::FailureReach::file) {
+        // A silence holds others up once: behind it no such question is asked for a while.
+        if (query.end.reach == StoreUpload::FailureReach::file ||
+            query.end.failure.failureClass == FailureClass::timedOut) {
+            query.end.reach = StoreUpload::FailureReach::file;
             query.end.failure.failureClass =
                 FailureClass::notThereYet; // and looked for before it is sent again
         }

@@ -89,6 +89,22 @@ TEST_F(InstanceVerifierTest, LooksForWhatTheCloudHasTakenBeforeItIsSentAgain)
     EXPECT_EQ(verifier.endWithoutRequest(prepared), std::nullopt) << "it may have been lost";
 }
 
+TEST_F(InstanceVerifierTest, HoldsUpNobodyElseWhereALookForWhatWasTakenIsNotAnswered)
+{
+    around.index.doubt(kUid, index::SentBefore::thisVersionInVain);
+    prepared.context.candidate.lastFailure = QStringLiteral("notThereYet");
+    prepared.context.candidate.tries = 3;
+
+    for (const auto silence : {cloud_client::NoAnswer::timedOut, cloud_client::NoAnswer::notAsked}) {
+        around.cloud.answerOddly(silence);
+        const auto end = verifier.endWithoutRequest(prepared);
+
+        ASSERT_TRUE(end) << "it isn't sent again";
+        EXPECT_EQ(end->failure.failureClass, FailureClass::notThereYet);
+        EXPECT_EQ(end->reach, StoreUpload::FailureReach::file);
+    }
+}
+
 TEST_F(InstanceVerifierTest, ComparesWhatTheCloudShowsLaterForAnyoneMayHaveSentItMeanwhile)
 {
     upload();
