@@ -36,8 +36,9 @@ struct Fences
 };
 
 /// Takes from this process, for good, what it doesn't need: memory beyond 1 GiB, core files, more than 64
-/// descriptors, the network but for what is open, other programs, other processes, and all files but those of
-/// its places and those that are open already.
+/// descriptors, the network but for what is open, other programs, starting and reaching other processes, and
+/// all files but those of its places and those that are open already: their contents, lengths, owners, rights
+/// and times. It keeps threads.
 ///
 /// The limits hold everywhere. The rest holds where the kernel offers it (Landlock since 5.13, and since 5.19
 /// with a folder to keep files in; seccomp) and is passed over where it doesn't. What runs at a process's end

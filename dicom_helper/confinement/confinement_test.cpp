@@ -8,13 +8,19 @@
 
 #include <csignal>
 #include <functional>
+#include <thread>
+#include <tuple>
 
 #include <fcntl.h>
 #include <linux/landlock.h>
+#include <sys/mman.h>
 #include <sys/resource.h>
+#include <sys/shm.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 namespace gateway::dicom_helper {
@@ -127,7 +133,90 @@ TEST_F(Confinement, TakesTheNetworkAndOtherPrograms)
 
 TEST_F(Confinement, LeavesOtherProcessesAlone)
 {
-    EXPECT_FALSE(works([](int) { return ::kill(::getppid(), 0) == 0; }));
+    const pid_t parent = ::getpid();
+    const int priority = ::getpriority(PRIO_PROCESS, 0);
+    EXPECT_FALSE(works([=](int) { return ::kill(parent, 0) == 0; }));
+    EXPECT_FALSE(works([=](int) { return ::syscall(SYS_tgkill, parent, parent, 0) == 0; }));
+    EXPECT_FALSE(works([=](int) { return ::syscall(SYS_tkill, parent, 0) == 0; }));
+    EXPECT_FALSE(works([=](int) {
+        siginfo_t info{};
+        info.si_code = SI_QUEUE;
+        return ::syscall(SYS_rt_sigqueueinfo, parent, 0, &info) == 0;
+    }));
+    EXPECT_FALSE(works([=](int folder) { return ::fcntl(folder, F_SETOWN, parent) == 0; }));
+    EXPECT_FALSE(works([](int folder) { return ::fcntl(folder, F_SETSIG, SIGKILL) == 0; }));
+    EXPECT_FALSE(works([=](int) {
+        rlimit limits{};
+        return ::prlimit(parent, RLIMIT_NOFILE, nullptr, &limits) == 0;
+    }));
+    EXPECT_FALSE(works([=](int) { return ::setpriority(PRIO_PROCESS, static_cast<id_t>(parent), 19) == 0; }));
+    EXPECT_EQ(::getpriority(PRIO_PROCESS, 0), priority);
+}
+
+TEST_F(Confinement, LeavesAProcessItsOwnSignalsAndLimits)
+{
+    EXPECT_TRUE(works([](int) {
+        ::signal(SIGUSR1, SIG_IGN);
+        rlimit limits{};
+        return ::raise(SIGUSR1) == 0 && ::getrlimit(RLIMIT_NOFILE, &limits) == 0;
+    }));
+}
+
+TEST_F(Confinement, TakesProcessesAndLeavesThreads)
+{
+    EXPECT_FALSE(works([](int) {
+        const pid_t child = ::fork();
+        if (child == 0) {
+            ::_exit(0);
+        }
+        return child > 0;
+    }));
+    EXPECT_TRUE(works([](int) {
+        bool did = false;
+        std::thread([&did] { did = true; }).join();
+        return did;
+    }));
+}
+
+/// Landlock says nothing of these, or its first versions don't.
+TEST_F(Confinement, LeavesFilesThatItMayNotOpenAsTheyAre)
+{
+    const QString path = m_elsewhere.filePath(QStringLiteral("stored"));
+    QFile stored(path);
+    ASSERT_TRUE(stored.open(QIODevice::WriteOnly) && stored.write("an image") == 8 && stored.flush());
+    const QByteArray name = path.toLocal8Bit();
+    struct stat before = {};
+    ASSERT_EQ(::stat(name.constData(), &before), 0);
+
+    EXPECT_FALSE(works([&](int) { return ::truncate(name.constData(), 0) == 0; }));
+    EXPECT_FALSE(works([&](int) { return ::chmod(name.constData(), S_IRWXO) == 0; }));
+    EXPECT_FALSE(works([&](int) { return ::fchmodat(AT_FDCWD, name.constData(), S_IRWXO, 0) == 0; }));
+    EXPECT_FALSE(works([&](int) { return ::chown(name.constData(), 1, 1) == 0; }));
+    EXPECT_FALSE(works([&](int) { return ::lchown(name.constData(), 1, 1) == 0; }));
+    EXPECT_FALSE(works([&](int) { return ::utimensat(AT_FDCWD, name.constData(), nullptr, 0) == 0; }));
+    EXPECT_FALSE(works([&](int) { return ::setxattr(name.constData(), "user.a", "b", 1, 0) == 0; }));
+
+    struct stat after = {};
+    ASSERT_EQ(::stat(name.constData(), &after), 0);
+    EXPECT_EQ(
+        std::tuple(after.st_size, after.st_mode, after.st_uid, after.st_ctim.tv_sec, after.st_ctim.tv_nsec),
+        std::tuple(
+            before.st_size, before.st_mode, before.st_uid, before.st_ctim.tv_sec, before.st_ctim.tv_nsec));
+}
+
+TEST_F(Confinement, LeavesTheTimesOfAFileThatIsOpen)
+{
+    EXPECT_TRUE(works([](int folder) {
+        const int file = ::openat(folder, "file", O_WRONLY | O_CREAT, S_IRUSR | S_IWUSR);
+        const timespec times[2] = {{1, 0}, {1, 0}};
+        return ::futimens(file, times) == 0;
+    }));
+}
+
+TEST_F(Confinement, TakesMemoryThatWouldOutliveIt)
+{
+    EXPECT_FALSE(works([](int) { return ::shmget(IPC_PRIVATE, 4096, S_IRUSR) >= 0; }));
+    EXPECT_FALSE(works([](int) { return ::memfd_create("memory", 0) >= 0; }));
 }
 
 TEST_F(Confinement, BoundsTheSizeOfAFileAndKeepsNoCore)

@@ -8,8 +8,10 @@
 #include <QtCore/QFileInfo>
 #include <QtCore/QProcessEnvironment>
 
+#include <algorithm>
 #include <csignal>
 
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 namespace gateway::app {
@@ -25,6 +27,17 @@ QStringList argumentsOf(int argc, char **argv)
     return arguments;
 }
 
+/// Memory holds images and a session. A limit of one byte is the one that keeps a core from a program that
+/// the system pipes it to, too; what is started from here may ask for one.
+void keepNoCore()
+{
+    rlimit core{};
+    if (::getrlimit(RLIMIT_CORE, &core) == 0) {
+        core.rlim_cur = std::min<rlim_t>(1, core.rlim_max);
+        ::setrlimit(RLIMIT_CORE, &core);
+    }
+}
+
 } // namespace
 
 int enter(
@@ -36,6 +49,7 @@ int enter(
     std::signal(SIGPIPE, SIG_IGN);
     // Images and settings are for their owner's eyes.
     ::umask(S_IRWXG | S_IRWXO);
+    keepNoCore();
     // Here, since nothing has started a thread yet.
     announceDicomDictionary(QFileInfo(QStringLiteral("/proc/self/exe")).canonicalPath());
     QCoreApplication::setApplicationName(QStringLiteral("quorin-gateway"));

@@ -9,8 +9,10 @@
 
 #include <curl/curl.h>
 
+#include <linux/close_range.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -184,10 +186,19 @@ quint16 portOf(const curl_sockaddr &address)
     return ntohs(generic.sin_port);
 }
 
+/// libcurl wakes itself by pairs of sockets that a program started later would inherit; by now they are
+/// there. Nothing of this process is to be inherited but standard streams, so all is marked.
+void keepFromOtherPrograms()
+{
+    ::close_range(
+        STDERR_FILENO + 1, ~0U, CLOSE_RANGE_CLOEXEC); // since Linux 5.11; without it they are inherited
+}
+
 /// A socket that no program started later inherits.
 curl_socket_t onOpenSocket(void *exchange, curlsocktype, curl_sockaddr *address)
 {
     static_cast<Exchange *>(exchange)->peerPort = portOf(*address);
+    keepFromOtherPrograms();
     return ::socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
 }
 
