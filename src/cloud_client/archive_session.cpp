@@ -68,9 +68,10 @@ ArchiveAnswer askArchive(QuorinApiClient &client, const ArchiveSignIn &signIn)
     return ask(client, call);
 }
 
-void checkArchiveStores(QuorinApiClient &client)
+std::optional<int> statusWithoutStore(QuorinApiClient &client, const std::optional<CloudSession> &session)
 {
     ApiCall call;
+    call.within = session;
     call.service = ApiCall::Service::store;
     call.method = "POST";
     call.path = "/studies";
@@ -79,15 +80,21 @@ void checkArchiveStores(QuorinApiClient &client)
     call.body = "--quorin-none--\r\n";
     call.authorized = !client.networkSettings().areCredentialsRefused();
     const int status = client.send(call).status;
-    if (status == 404 || status == 405 || status == 501) {
+    const bool isNoStore = status == 404 || status == 405 || status == 410 || status == 501;
+    return isNoStore ? std::optional(status) : std::nullopt;
+}
+
+void checkArchiveStores(QuorinApiClient &client)
+{
+    if (const std::optional<int> status = statusWithoutStore(client, std::nullopt)) {
         throw AFError(QCoreApplication::translate(
                           "CloudClient",
                           "Nothing that takes images is found at %1 (status %2). The path of the "
                           "archive's address may be wrong.")
                           .arg(client.configuration().baseUrl.toString(QUrl::RemoveUserInfo))
-                          .arg(status),
+                          .arg(*status),
                       std::nullopt,
-                      status,
+                      *status,
                       NoAnswer::unusableAnswer);
     }
 }

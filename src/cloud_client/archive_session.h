@@ -1,6 +1,9 @@
 #pragma once
 
 #include "cloud_client/archive_sign_in.h"
+#include "cloud_client/cloud_session.h"
+
+#include <optional>
 
 namespace gateway::cloud_client {
 
@@ -28,10 +31,17 @@ ArchiveAnswer askArchive(QuorinApiClient &client);
 /// The same with another sign-in, to try it.
 ArchiveAnswer askArchive(QuorinApiClient &client, const ArchiveSignIn &signIn);
 
-/// Makes sure that images can be stored where the archive's address leads, whatever the session: by storing
-/// none, which no archive takes (PS3.18, clause 10.5).
+/// Whether nothing knows of storing images where the cloud's address leads: it is asked to store none, which
+/// no service takes (PS3.18, clause 10.5).
 ///
-/// \throws AFError  when nothing there knows of storing; as `askArchive` else.
+/// \param session  the one in which it is asked; whatever stands for none.
+/// \return the status by which it says so (404, 405, 410 or 501); nothing for any other answer.
+/// \throws AFError  when no answer came.
+std::optional<int> statusWithoutStore(QuorinApiClient &client, const std::optional<CloudSession> &session);
+
+/// Makes sure that images can be stored where the archive's address leads, whatever the session.
+///
+/// \throws AFError  when nothing there knows of storing; as `statusWithoutStore` else.
 void checkArchiveStores(QuorinApiClient &client);
 
 /// Makes sure that the archive doesn't refuse the session; one without queries can't be asked.

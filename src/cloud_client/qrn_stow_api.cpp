@@ -1,5 +1,6 @@
 #include "cloud_client/qrn_stow_api.h"
 
+#include "cloud_client/archive_session.h"
 #include "cloud_client/quorin_api_client.h"
 #include "cloud_client/quorin_error.h"
 #include "cloud_client/stow_batch.h"
@@ -97,6 +98,15 @@ QVariantMap QrnStowAPI::upload(const CloudSession &session,
                                const UploadProgressCallback &progressCompletion)
 {
     return StowBatch(m_client, session, {file}, deviceId, progressCompletion).run();
+}
+
+bool QrnStowAPI::isWithoutStore(const CloudSession &session)
+{
+    try {
+        return statusWithoutStore(m_client, session).has_value();
+    } catch (const QuorinError &) {
+        return false;
+    }
 }
 
 void QrnStowAPI::retrieve(const CloudSession &session,

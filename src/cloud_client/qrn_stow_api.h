@@ -58,6 +58,10 @@ public:
                                const QString &deviceId,
                                const UploadProgressCallback &progressCompletion) = 0;
 
+    /// Whether nothing takes images where the cloud's address leads: false where it does, and where nobody
+    /// says. Throws nothing.
+    virtual bool isWithoutStore(const CloudSession &session) = 0;
+
     /// Fetches the instance as the server holds it (PS3.18 10.4), for a look at what became of an upload.
     ///
     /// \param path   of the file that it is written to, readable by its owner alone; the caller's to remove,
@@ -99,6 +103,7 @@ public:
                        const StowFile &file,
                        const QString &deviceId,
                        const UploadProgressCallback &progressCompletion) override;
+    bool isWithoutStore(const CloudSession &session) override;
     void retrieve(const CloudSession &session,
                   const platform::InstanceIdentity &identity,
                   const QString &path,

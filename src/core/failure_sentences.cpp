@@ -163,8 +163,8 @@ const char *sourceText(FailureClass failureClass)
         return QT_TRANSLATE_NOOP("FailureSentence",
                                  "The gateway's own record of its images, or the place of their files, "
                                  "could not be read or written. Images are kept here, and sending goes on by "
-                                 "itself once it can be. Check the disk of this computer, and make room on "
-                                 "it.");
+                                 "itself once it can be. Check the disk of this computer, bring the volume "
+                                 "of the files back where it is away, or make room.");
     case FailureClass::signInUnavailable:
         return QT_TRANSLATE_NOOP("FailureSentence",
                                  "What this gateway signs in with can't be had at this moment. Images are "

@@ -108,7 +108,7 @@ public:
     std::int64_t newestAcknowledged() const { return m_files.newestAcknowledged(); }
 
     /// True while nothing is taken in because the file store can't be seen where it was.
-    bool isStoreOutOfSight() const { return m_files.isOutOfSight(); }
+    bool isStoreOutOfSight() const override { return m_files.isOutOfSight(); }
 
     /// The same, after a look whether the store can be taken up that wasn't in sight before. Blocks for as
     /// long as its volume doesn't answer.

@@ -222,7 +222,7 @@ std::int64_t FileStore::numberBehindAllFiles() const
 
 PrivateFile FileStore::takePrivateCopy(const QString &path, ImportSource source)
 {
-    if (platform::isKnownToBeAbsent(lockFile())) { // the short look; `enter` has the long one
+    if (!platform::fileIdentity(lockFile())) { // the short look; `enter` has the long one
         requireSight();
     }
     platform::makeFoldersDurably(privateFolder(), m_files);

@@ -46,6 +46,18 @@ TEST_F(MountPoint, TakesNothingInThatLosesItsVolumeWhileItIsInUse)
     EXPECT_EQ(importAs(QStringLiteral("b.dcm")), QStringLiteral("10000/1.dcm"));
 }
 
+TEST_F(MountPoint, IsNotMadeAnewWhereEvenItsRootIsAway)
+{
+    importAs(QStringLiteral("a.dcm"));
+    ASSERT_TRUE(QDir().rename(home.fileStoreRoot(), away));
+
+    EXPECT_THROW(importAs(QStringLiteral("b.dcm")), GatewayImportError);
+    EXPECT_FALSE(QFile::exists(home.fileStoreRoot()));
+
+    ASSERT_TRUE(QDir().rename(away, home.fileStoreRoot()));
+    EXPECT_EQ(importAs(QStringLiteral("b.dcm")), QStringLiteral("10000/1.dcm"));
+}
+
 TEST_F(MountPoint, IsKnownByTheIndexAloneToo)
 {
     importAs(QStringLiteral("a.dcm"));

@@ -96,6 +96,9 @@ public:
     /// counts.
     virtual bool mayOtherVersionBeSent(const SentInstance &sent) = 0;
 
+    /// True while the files can't be seen where they were stored: what seems to be gone may well be there.
+    virtual bool isStoreOutOfSight() const = 0;
+
     /// Puts those of the rows back that are in progress still. Posts nothing. \return how many.
     virtual std::int64_t resetInProgressImages(const QList<ImageObjectID> &imageObjectIDs) = 0;
 };

@@ -96,7 +96,22 @@ void CandidateHandler::begin(const Contexts &contexts) const
 
 CandidateHandler::Outcomes CandidateHandler::finish(const Contexts &chunk)
 {
-    return m_run.config.mode == ExecutionMode::parallelBatch ? finishBatch(chunk) : finishFile(chunk.first());
+    return known(m_run.config.mode == ExecutionMode::parallelBatch ? finishBatch(chunk)
+                                                                   : finishFile(chunk.first()));
+}
+
+/// A store that goes meanwhile takes its files along. Of these nothing is known: they have no outcome.
+CandidateHandler::Outcomes CandidateHandler::known(Outcomes outcomes)
+{
+    const auto lacksItsFile = [](const StoreUpload::CandidateOutcome &outcome) {
+        return outcome.end.failure.failureClass == core::FailureClass::fileMissing ||
+               outcome.end.failure.failureClass == core::FailureClass::fileUnreadable;
+    };
+    if (std::ranges::any_of(outcomes, lacksItsFile) && m_with.index.isStoreOutOfSight()) {
+        m_halt.indexFailed();
+        outcomes.removeIf(lacksItsFile);
+    }
+    return outcomes;
 }
 
 CandidateHandler::Outcomes CandidateHandler::finishFile(const CandidateContext &context)

@@ -28,10 +28,11 @@ public:
     void begin(const Contexts &chunk) const;
 
     /// Tries each candidate of a chunk once; blocks until all have an outcome. Once the run is halted nothing
-    /// is begun any more, and those candidates have none.
+    /// is begun any more, and those candidates have none; nor have those whose files went with their store.
     Outcomes finish(const Contexts &chunk);
 
 private:
+    Outcomes known(Outcomes outcomes);
     Outcomes finishFile(const StoreUpload::CandidateContext &context);
     Outcomes finishBatch(const Contexts &chunk);
     bool stands(const cloud_client::CloudSession &session) const;

@@ -64,12 +64,12 @@ bool isForGood(FailureClass failureClass)
 }
 
 /// True where an answer that seems to concern the whole queue may come of what one file holds, or of its
-/// size: a firewall's 403 or its way to a page that says no, a quota that a smaller file still fits. The file
-/// lets another one try.
+/// size: a firewall's 403 or 404 or its way to a page that says no, a quota that a smaller file still fits.
+/// The file lets another one try.
 bool mayBeOfOneFile(FailureClass failureClass)
 {
     return failureClass == FailureClass::notPermitted || failureClass == FailureClass::storageUsedUp ||
-           failureClass == FailureClass::unexpectedAnswer;
+           failureClass == FailureClass::unexpectedAnswer || failureClass == FailureClass::noImageService;
 }
 
 } // namespace

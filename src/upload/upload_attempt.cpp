@@ -12,6 +12,7 @@ namespace gateway::upload {
 using StoreUpload::AttemptEnd;
 using StoreUpload::AttemptResult;
 using StoreUpload::CandidateOutcome;
+using StoreUpload::FailureReach;
 using StoreUpload::PreparedCandidate;
 
 namespace {
@@ -151,7 +152,7 @@ AttemptEnd UploadAttempt::sendFile(const PreparedCandidate &prepared) const
         speed.tellRefused();
         if (!isFoundAfter(error, prepared.identity.instance)) {
             tellFailure(record, error);
-            return failedEnd(error, prepared);
+            return withReach({failedEnd(error, prepared)}, prepared.context.session).first();
         } // else a look decides, and tells
     }
     const AttemptEnd end = confirm(prepared, word, record);
@@ -160,6 +161,29 @@ AttemptEnd UploadAttempt::sendFile(const PreparedCandidate &prepared) const
         m_with.emitter.emit(succeeded(record));
     }
     return end;
+}
+
+/// A firewall may answer for one study as if nothing took images, and a proxy for all while its service is
+/// away: a request without an image tells them apart. In the first case only these images aren't taken.
+QList<AttemptEnd> UploadAttempt::withReach(QList<AttemptEnd> ends,
+                                           const cloud_client::CloudSession &session) const
+{
+    const auto isInDoubt = [](const AttemptEnd &end) {
+        return end.reach == FailureReach::file &&
+               end.failure.failureClass == core::FailureClass::noImageService;
+    };
+    if (std::ranges::none_of(ends, isInDoubt)) {
+        return ends;
+    }
+    const bool isWithoutStore = m_with.cloud.isWithoutStore(session);
+    for (AttemptEnd &end : ends) {
+        if (isInDoubt(end) && isWithoutStore) {
+            end.reach = FailureReach::queue;
+        } else if (isInDoubt(end)) {
+            end.failure.failureClass = core::FailureClass::refused;
+        }
+    }
+    return ends;
 }
 
 /// What the cloud's word is worth; where it isn't enough, the log tells why.
@@ -217,7 +241,7 @@ QList<CandidateOutcome> UploadAttempt::sendBatch(const QList<PreparedCandidate> 
     } catch (const std::exception &error) {
         speed.tellRefused();
         tellFailure(record, error);
-        ends = allFailed(error, prepared);
+        ends = withReach(allFailed(error, prepared), prepared.first().context.session);
     }
     for (qsizetype index = 0; index < ends.size(); ++index) {
         const platform::InstanceUid &instance = prepared[index].identity.instance;

@@ -39,6 +39,8 @@ public:
                                                    const Details &chunkDetails) const;
 
 private:
+    QList<StoreUpload::AttemptEnd> withReach(QList<StoreUpload::AttemptEnd> ends,
+                                             const cloud_client::CloudSession &session) const;
     void tellFailure(log::StoreLogRecord record, const std::exception &error) const;
     StoreUpload::AttemptEnd confirm(const StoreUpload::PreparedCandidate &prepared,
                                     CloudsWord word,

@@ -311,6 +311,21 @@ TEST_F(UploadAttemptTest, ReadsIdentifiersWithBlanksAroundThem)
               (std::vector{kFailed, kSuccess}));
 }
 
+TEST_F(UploadAttemptTest, TellsAnAddressWithoutAStoreFromAnAnswerAboutThisFile)
+{
+    for (const int status : {404, 405, 410, 501}) {
+        around.cloud.answerWith(status);
+        const AttemptEnd ofThisFile = attempt.sendFile(original(QStringLiteral("1.2.3")));
+        EXPECT_EQ(ofThisFile.reach, StoreUpload::FailureReach::file) << status;
+        EXPECT_EQ(ofThisFile.failure, (core::Failure{core::FailureClass::refused, status}));
+    }
+
+    around.cloud.beWithoutStore();
+    const AttemptEnd ofAll = attempt.sendFile(original(QStringLiteral("1.2.3")));
+    EXPECT_EQ(ofAll.reach, StoreUpload::FailureReach::queue);
+    EXPECT_EQ(ofAll.failure.failureClass, core::FailureClass::noImageService);
+}
+
 TEST_F(UploadAttemptTest, FailsEveryFileOfABatchOnAnyOtherError)
 {
     around.cloud.answerWith(500);

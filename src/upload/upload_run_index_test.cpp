@@ -60,6 +60,30 @@ struct UploadRunOnIndexTest : ::testing::Test
 
 } // namespace
 
+TEST_F(UploadRunOnIndexTest, CallsNoFileGoneWhoseStoreWentWhileItsPageWasSent)
+{
+    for (int number = 0; number < 8; ++number) {
+        import(QStringLiteral("1.%1").arg(number));
+    }
+    const QString away = store.path(QStringLiteral("away"));
+    for (const ExecutionMode mode : {ExecutionMode::single, ExecutionMode::parallelBatch}) {
+        around.cloud.duringRequest(
+            [&](const auto &, const auto &) { QDir().rename(store.fileStoreRoot(), away); });
+
+        const RunSummary summary = run(mode);
+
+        ASSERT_TRUE(summary.trouble);
+        EXPECT_EQ(summary.trouble->failure.failureClass, core::FailureClass::indexTrouble);
+        EXPECT_EQ(summary.missingFiles, 0);
+        EXPECT_EQ(summary.failedUploads, 0);
+        ASSERT_TRUE(QDir().rename(away, store.fileStoreRoot()));
+    }
+
+    around.cloud.duringRequest(nullptr);
+    run();
+    EXPECT_EQ(states(), QStringList(8, QStringLiteral("1")));
+}
+
 TEST_F(UploadRunOnIndexTest, TriesEachOfManyFilesOnceInEveryModeThoughTheOldestFail)
 {
     constexpr int kFiles = 60;

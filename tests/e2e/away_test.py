@@ -170,6 +170,24 @@ class Away(EndToEndTest):
         self.gateway.command("upload")
         self.gateway.await_synced(sent)
 
+    def test_an_address_where_nobody_takes_images_is_tried_with_one_of_them(self):
+        # Given a proxy whose service is away
+        self.start(self.cloud.address)
+        self.cloud.steer("faults", **STORE, count=None, status=404)
+        sent = self.samples(ct=40)
+
+        # When
+        send(self.gateway, sent)
+        self.gateway.await_received(sent)
+        self.await_pause("noImageService")
+
+        # Then
+        self.assertLessEqual(self.stores(), 4 * WIDEST)  # and as many questions without an image
+        self.assertIn("uploads pause until", self.gateway.command("status").stdout)
+        self.cloud.steer("faults/clear")
+        self.gateway.command("upload")
+        self.gateway.await_synced(sent)
+
     def test_what_would_meet_every_image_is_tried_with_one_of_them(self):
         # Given
         self.start(self.cloud.address)

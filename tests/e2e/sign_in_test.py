@@ -482,31 +482,6 @@ class BrokenOff(AtAnArchive):
         self.assertEqual(held["counters"]["synced"], 0)
 
 
-class WithoutADataset(AtAnArchive):
-
-    def test_a_query_service_that_is_away_holds_up_no_image(self):
-        # Given an archive that stores and says no more than 200, so that a query has to prove it
-        store, look = self.archive.store, self.archive.look
-
-        def say_nothing(headers, body):
-            store(headers, body)
-            return 200, "", b""
-        self.archive.store = say_nothing
-        self.archive.look = lambda path: (503, "", b"") if "/instances" in path else look(path)
-        self.set("none")
-        sent = self.samples(ct=6)
-
-        # When
-        send(self.gateway, sent)
-
-        # Then each goes, not the first one again and again
-        await_true("all to be stored", lambda: len(self.archive.kept) == len(sent), self.gateway.process)
-        self.gateway.await_status("words that are true", lambda s: [one["class"] for one in s["failures"]] == ["notConfirmed"])
-        self.archive.look = look
-        self.gateway.command("upload")
-        self.gateway.await_synced(sent)
-
-
 class StoringLater(AtAnArchive):
 
     def start_with(self, files):

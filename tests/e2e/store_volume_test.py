@@ -7,6 +7,7 @@ import shutil
 import time
 import unittest
 
+from at_an_archive import AtAnArchive
 from harness import TITLE, EndToEndTest, Gateway, await_true, request, send
 from odd_objects import Sender, dataset, dataset_of, part10
 
@@ -302,6 +303,32 @@ class StoreVolume(EndToEndTest):
         self.gateway.await_status("the failure", lambda s: "fileOfAnotherImage" in json.dumps(s["failures"]))
         self.assertEqual(self.cloud.instances(), {})
         self.assertTrue(stored.exists())
+
+
+class StoreThatGoes(AtAnArchive):
+
+    def test_no_file_is_called_gone_whose_store_goes_while_its_page_is_sent(self):
+        # Given
+        sent = self.samples(ct=12)
+        send(self.gateway, sent)
+        self.gateway.await_received(sent)
+        store, away = self.gateway.home / "Documents/Pavan Data", self.folder / "away"
+        self.archive.when_sent = lambda _headers: store.exists() and store.rename(away)
+
+        # When
+        self.set("none")
+
+        # Then
+        held = self.gateway.await_status("a pause", lambda s: s["waiting"]["pausedBy"] == "indexTrouble")
+        self.assertNotIn("fileMissing", json.dumps(held["failures"]))
+        self.assertEqual(held["counters"]["failed"], 0)
+
+        # When
+        self.archive.when_sent = lambda _headers: None
+        away.rename(store)
+
+        # Then
+        self.gateway.await_synced(sent)
 
 
 if __name__ == "__main__":

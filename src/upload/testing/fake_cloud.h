@@ -133,6 +133,19 @@ public:
         return upload(session, QList<cloud_client::StowFile>{file}, deviceId, progress);
     }
 
+    bool isWithoutStore(const cloud_client::CloudSession &) override
+    {
+        const platform::MutexLock lock(m_mutex);
+        return m_isWithoutStore;
+    }
+
+    /// From now on nothing at its address takes images, as it says to whoever asks without one.
+    void beWithoutStore()
+    {
+        const platform::MutexLock lock(m_mutex);
+        m_isWithoutStore = true;
+    }
+
     void retrieve(const cloud_client::CloudSession &,
                   const platform::InstanceIdentity &identity,
                   const QString &path,
@@ -315,6 +328,7 @@ private:
     int m_queries QUORIN_GUARDED_BY(m_mutex) = 0;
     bool m_takesQueries QUORIN_GUARDED_BY(m_mutex) = true;
     bool m_passesOverQuestions QUORIN_GUARDED_BY(m_mutex) = false;
+    bool m_isWithoutStore QUORIN_GUARDED_BY(m_mutex) = false;
     int m_retrievalStatus QUORIN_GUARDED_BY(m_mutex) = 0;
     std::optional<cloud_client::NoAnswer> m_oddAnswer QUORIN_GUARDED_BY(m_mutex);
     int m_atOnce QUORIN_GUARDED_BY(m_mutex) = 0;

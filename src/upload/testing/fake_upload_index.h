@@ -142,6 +142,8 @@ public:
         return counts;
     }
 
+    bool isStoreOutOfSight() const override { return false; }
+
     std::optional<QList<index::PendingImageUpload>> pendingImageUploads(int limit,
                                                                         index::PendingCursor &cursor) override
     {
