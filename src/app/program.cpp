@@ -44,6 +44,7 @@ constexpr std::chrono::seconds kStatusInterval{1};
 
 /// Between two tries of a start for which there is no room.
 constexpr std::chrono::seconds kRoomPause{2};
+constexpr std::chrono::seconds kLongestRoomPause{60};
 
 /// Hands the request to the instance that holds this home; false when none answers.
 bool handOver(const core::HomeLayout &layout)
@@ -202,8 +203,15 @@ std::optional<QString> folderWithoutRoom(const core::HomeLayout &layout)
     return std::nullopt;
 }
 
-/// How a try to start ended: with a code, or before it began, with a sentence for people.
-using Ending = std::variant<terminal::ExitCode, QString>;
+/// Why a start failed before it began.
+struct Problem
+{
+    QString sentence;                                 ///< for people
+    std::optional<QString> fullFolder = std::nullopt; ///< where the error itself says that there is no room
+};
+
+/// How a try to start ended.
+using Ending = std::variant<terminal::ExitCode, Problem>;
 
 Ending tryToLive(const core::HomeLayout &layout, const std::function<terminal::ExitCode()> &liveHere)
 {
@@ -211,17 +219,19 @@ Ending tryToLive(const core::HomeLayout &layout, const std::function<terminal::E
         core::makeFolders(layout);
         return liveOrHandOver(layout, liveHere);
     } catch (const core::HomeError &error) {
-        return error.message;
+        return Problem{error.message};
     } catch (const platform::SocketError &error) {
-        return error.message;
+        return Problem{error.message};
     } catch (const platform::FileError &error) {
-        return error.message() + u'.';
+        return Problem{error.message() + u'.'};
     } catch (const platform::DefaultsError &error) {
-        return error.message();
+        return Problem{error.message()};
     } catch (const index::StoreInUseError &error) {
-        return error.message();
+        return Problem{error.message()};
     } catch (const index::IndexOpenError &error) {
-        return QStringLiteral("The index can't be opened: %1.").arg(QString::fromUtf8(error.what()));
+        const QString folder = QFileInfo(layout.indexFile).absolutePath();
+        return Problem{QStringLiteral("The index can't be opened: %1.").arg(error.message()),
+                       error.isForLackOfRoom() ? std::optional(folder) : std::nullopt};
     }
 }
 
@@ -234,27 +244,31 @@ terminal::ExitCode runInstance(const core::HomeLayout &layout,
 {
     monitor::ServiceManager serviceManager;
     QString told;
+    std::chrono::seconds pause = kRoomPause;
     for (;;) {
         const Ending ending =
             tryToLive(layout, [&] { return live(layout, options, told.isEmpty(), face, join); });
         if (const auto *code = std::get_if<terminal::ExitCode>(&ending)) {
             return *code;
         }
-        const QString problem = std::get<QString>(ending);
+        const auto &problem = std::get<Problem>(ending);
         const auto full = folderWithoutRoom(layout);
-        if (!full) {
-            terminal::printError(problem);
+        if (!full && !problem.fullFolder) {
+            terminal::printError(problem.sentence);
             return terminal::ExitCode::failed;
         }
-        if (std::exchange(told, problem) != problem) {
+        if (std::exchange(told, problem.sentence) != problem.sentence) {
             const QString waits =
-                problem +
+                problem.sentence +
                 QStringLiteral(" There is no room at %1. The gateway starts by itself when there is some.")
-                    .arg(*full);
+                    .arg(full.value_or(problem.fullFolder.value_or(QString())));
             terminal::printError(waits);
             serviceManager.status(waits);
         }
-        std::this_thread::sleep_for(kRoomPause);
+        std::this_thread::sleep_for(pause);
+        if (!full) {
+            pause = std::min(2 * pause, kLongestRoomPause); // all that a try writes is undone again
+        }
     }
 }
 

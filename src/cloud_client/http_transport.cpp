@@ -328,11 +328,12 @@ void setCallbacks(CURL *handle, Exchange &exchange)
     curl_easy_setopt(handle, CURLOPT_OPENSOCKETDATA, &exchange);
 }
 
-/// A server that refuses a body early may close before all of it was sent; its refusal counts all the same.
+/// A server that refuses a body early may close, or end the stream (RFC 9113 8.1), before all of it was sent;
+/// its refusal counts all the same.
 bool isEarlyRefusal(CURLcode result, long status)
 {
-    return status >= 400 &&
-           (result == CURLE_SEND_ERROR || result == CURLE_RECV_ERROR || result == CURLE_PARTIAL_FILE);
+    return status >= 400 && (result == CURLE_SEND_ERROR || result == CURLE_RECV_ERROR ||
+                             result == CURLE_PARTIAL_FILE || result == CURLE_HTTP2_STREAM);
 }
 
 /// True when no connection came about, and the one that was tried went elsewhere than to the service.

@@ -102,6 +102,7 @@ const char *sentence(const TransportFailure &failure)
     case CURLE_SEND_ERROR:
     case CURLE_RECV_ERROR:
     case CURLE_PARTIAL_FILE:
+    case CURLE_HTTP2_STREAM:
         return QT_TRANSLATE_NOOP("CloudClient", "The connection to the cloud service at %1 was lost.");
     case CURLE_ABORTED_BY_CALLBACK:
         return QT_TRANSLATE_NOOP("CloudClient", "The call to the cloud service at %1 was ended.");
@@ -142,6 +143,7 @@ NoAnswer reasonOf(const TransportFailure &failure)
     case CURLE_SEND_ERROR:
     case CURLE_RECV_ERROR:
     case CURLE_PARTIAL_FILE:
+    case CURLE_HTTP2_STREAM:
         return NoAnswer::connectionLost;
     case CURLE_WEIRD_SERVER_REPLY:
     case CURLE_HTTP2:

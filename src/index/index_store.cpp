@@ -59,7 +59,7 @@ std::unique_ptr<Database> IndexStore::openWriter()
         bringSchemaUpToDate(*database);
         return database;
     } catch (const SqliteError &error) {
-        throw IndexOpenError(error.message());
+        throw IndexOpenError(error);
     } catch (const platform::FileError &error) {
         throw IndexOpenError(error.message());
     }

@@ -49,6 +49,11 @@ IndexOpenError::IndexOpenError(const QString &reason)
 {
 }
 
+IndexOpenError::IndexOpenError(const SqliteError &error) : IndexOpenError(error.message())
+{
+    m_isForLackOfRoom = error.isFull();
+}
+
 void checkIndexFile(const QString &path)
 {
     const QFileInfo file(path);
@@ -59,7 +64,7 @@ void checkIndexFile(const QString &path)
         Database database = Database::open(path, Database::Access::readOnly);
         check(database);
     } catch (const SqliteError &error) {
-        throw IndexOpenError(error.message());
+        throw IndexOpenError(error);
     }
 }
 

@@ -7,7 +7,8 @@
 
 namespace gateway::platform {
 class Database;
-}
+class SqliteError;
+} // namespace gateway::platform
 
 namespace gateway::index {
 
@@ -19,7 +20,16 @@ public:
     /// \param reason  what is wrong, as the end of the sentence.
     explicit IndexOpenError(const QString &reason);
 
+    explicit IndexOpenError(const platform::SqliteError &error);
+
     QString message() const { return QString::fromUtf8(what()); }
+
+    /// True where its volume, or a quota, had no room for what opening it writes. Once that is undone there
+    /// may be some again.
+    bool isForLackOfRoom() const { return m_isForLackOfRoom; }
+
+private:
+    bool m_isForLackOfRoom = false;
 };
 
 /// The layout of the index file that this program writes; kept in the file as PRAGMA user_version.

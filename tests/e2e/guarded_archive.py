@@ -233,16 +233,16 @@ http {{
 
 
 class Http2Door:
-    """A proxy before an Orthanc that speaks TLS and HTTP/2, and refuses whoever doesn't."""
+    """A proxy before an Orthanc that speaks TLS and HTTP/2, and refuses whoever doesn't, and bodies that are larger."""
 
-    def __init__(self, folder, orthanc, authority):
+    def __init__(self, folder, orthanc, authority, limit="Infinity"):
         self._log = folder / "http2.log"
         pair = base64.b64encode(f"{EMAIL}:{PASSWORD}".encode()).decode()
         certificate, key = authority.issue("http2")
         with open(self._log, "w", encoding="utf-8") as log:
             self.process = subprocess.Popen(
                 ["node", Path(__file__).parent / "openid" / "http2_only.mjs", certificate, key,
-                 urllib.parse.urlsplit(orthanc.address).netloc, f"Basic {pair}"],
+                 urllib.parse.urlsplit(orthanc.address).netloc, f"Basic {pair}", str(limit)],
                 stdout=log, stderr=subprocess.DEVNULL, env=environment())
         port = int(await_true("the proxy", self._log.read_text, self.process))
         self.root = f"https://127.0.0.1:{port}/dicom-web"

@@ -401,22 +401,38 @@ class BehindCertificates(GuardedTest):
 
 class BehindHttp2Alone(GuardedTest):
 
-    def test_a_proxy_that_speaks_nothing_else_takes_images_of_any_size(self):
-        # Given
+    def start(self, limit="Infinity"):
         authority = Authority(self.folder)
-        door = Http2Door(self.folder, self.orthanc, authority)
+        door = Http2Door(self.folder, self.orthanc, authority, limit)
         self.addCleanup(door.end)
         self.gateway = self.start_gateway(door.root, kind="dicomweb",
                                           variables={"QUORIN_CLOUD_CA": str(authority.certificate)})
+        self.gateway.command("archive", "set", "none")
+
+    def test_a_proxy_that_speaks_nothing_else_takes_images_of_any_size(self):
+        # Given
+        self.start()
         sent = self.samples(ct=4, mr=2, us=1, us_frames=40)
 
         # When
-        self.gateway.command("archive", "set", "none")
         send(self.gateway, sent)
         self.gateway.await_synced(sent)
 
         # Then
         self.assert_all_there(sent)
+
+    def test_a_refusal_of_a_body_that_it_does_not_read_is_taken_for_one(self):
+        # Given
+        large, small = self.samples(seed=1, us=1, us_frames=40), self.samples(seed=2, mr=2)
+        self.start(limit=2 * max(file.stat().st_size for file in small))
+
+        # When
+        send(self.gateway, large + small)
+
+        # Then
+        self.gateway.await_status("the small ones", lambda s: s["counters"]["synced"] == len(small))
+        told = self.gateway.await_status("a refusal", lambda s: s["failures"])
+        self.assertEqual([(one["class"], one["code"]) for one in told["failures"]], [("tooLarge", 413)])
 
 
 if __name__ == "__main__":

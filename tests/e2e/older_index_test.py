@@ -1,8 +1,11 @@
 """An index of the version before: its copy is kept until a start of this one has ended well, and leads back to that version."""
 
+import errno
+import threading
 import unittest
 
-from harness import EndToEndTest, send
+from failing_disk import FailingDisk
+from harness import EndToEndTest, await_true, send
 from older_index import VERSION, make_older, version_of
 
 
@@ -21,9 +24,9 @@ class OlderIndex(EndToEndTest):
         self.gateway.end()
         make_older(self.index)
 
-    def start_again(self):
+    def start_again(self, variables=None):
         port = self.gateway.port
-        self.gateway = type(self.gateway)(self.folder, self.cloud.address)
+        self.gateway = type(self.gateway)(self.folder, self.cloud.address, variables=variables)
         self.gateway.port = port
         self.addCleanup(self.gateway.end)
         self.gateway.await_status("the listener", lambda s: s["listener"]["state"] == "listening")
@@ -84,6 +87,25 @@ class OlderIndex(EndToEndTest):
         # Then what came since is recorded again, and sent once
         self.gateway.await_synced(self.files + later)
         self.assertEqual(len(self.cloud.instances()), len(self.files + later))
+
+    def test_a_start_that_has_no_room_to_bring_it_forward_waits_though_there_is_some_again_once_that_is_undone(self):
+        # Given
+        disk = FailingDisk(self.folder)
+        disk.fail("write", f"{self.index}-wal", errno.ENOSPC)
+
+        def make_room():
+            await_true("the reason", lambda: f"There is no room at {self.index.parent}." in self.gateway.said())
+            disk.heal()
+
+        waiting = threading.Thread(target=make_room)
+
+        # When
+        waiting.start()
+        self.start_again(disk.variables())
+        waiting.join()
+
+        # Then
+        self.gateway.await_synced(self.files)
 
 
 if __name__ == "__main__":

@@ -24,6 +24,11 @@ bool SqliteError::maySucceedLater() const
     }
 }
 
+bool SqliteError::isFull() const
+{
+    return code() == SQLITE_FULL;
+}
+
 bool SqliteError::saysDamaged() const
 {
     return code() == SQLITE_NOTADB || code() == SQLITE_CORRUPT;

@@ -26,6 +26,9 @@ public:
     /// a disk or share that doesn't answer, no memory. The same call may work later.
     bool maySucceedLater() const;
 
+    /// True where the volume, or a quota, has no room for what was to be written.
+    bool isFull() const;
+
     /// True where the file is damaged or is no database at all.
     bool saysDamaged() const;
 

@@ -1,11 +1,12 @@
 // A proxy that speaks TLS and HTTP/2 and nothing else, on a free port of the loopback.
 //
-// usage: node http2_only.mjs CERTIFICATE KEY HOST:PORT AUTHORIZATION; prints its port once it listens.
+// usage: node http2_only.mjs CERTIFICATE KEY HOST:PORT AUTHORIZATION [BYTES]; prints its port once it listens.
+// A larger body it refuses at once (413), and ends the stream without having read it (RFC 9113 8.1).
 import fs from "node:fs";
 import http from "node:http";
 import http2 from "node:http2";
 
-const [certificate, key, behind, authorization] = process.argv.slice(2);
+const [certificate, key, behind, authorization, limit = "Infinity"] = process.argv.slice(2);
 const [hostname, port] = behind.split(":");
 const server = http2.createSecureServer({
     cert: fs.readFileSync(certificate),
@@ -15,6 +16,11 @@ const server = http2.createSecureServer({
 });
 
 server.on("stream", (stream, headers) => {
+    if (Number(headers["content-length"] ?? 0) > Number(limit)) {
+        stream.respond({ ":status": 413 }, { endStream: true });
+        stream.close(http2.constants.NGHTTP2_CANCEL);
+        return;
+    }
     const kept = Object.entries(headers).filter(([name]) => !name.startsWith(":"));
     const onward = http.request(
         {
