@@ -192,7 +192,7 @@ void Listener::acceptPeers()
         }
         m_pending.add(
             {std::move(socket), describePeer(address), SteadyClock::now() + m_settings.requestDeadline},
-            {.most = mostAtOnce(), .mostOfAddress = m_settings.perAddress});
+            {.most = mostAtOnce(), .mostOfAddress = mostOfAddress()});
     }
 }
 
@@ -203,6 +203,13 @@ void Listener::makeRoom()
     m_acceptAgain = SteadyClock::now() + kAcceptPause;
 }
 
+/// Of associations, and of connections that aren't one yet: the same share of them where there are fewer than
+/// usual.
+std::size_t Listener::mostOfAddress() const
+{
+    return std::max<std::size_t>(m_settings.perAddress * mostAtOnce() / SpaceClaims::kSlots, 1);
+}
+
 /// Why this host gets no further association now; nothing where it does.
 const char *Listener::whyNot(const std::string &host) const
 {
@@ -211,7 +218,7 @@ const char *Listener::whyNot(const std::string &host) const
     }
     const auto ofHost = static_cast<std::size_t>(
         std::ranges::count_if(m_children, [&host](const auto &child) { return child.second.host == host; }));
-    return ofHost >= m_settings.perAddress ? kAddressHasItsAssociations : nullptr;
+    return ofHost >= mostOfAddress() ? kAddressHasItsAssociations : nullptr;
 }
 
 void Listener::startAssociation(PendingPeer peer)

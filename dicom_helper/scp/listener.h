@@ -29,7 +29,7 @@ struct ListenerSettings
     // A peer has so long for its association request (the upper layer's ARTIM timer, PS3.8 9.1.4).
     std::chrono::milliseconds requestDeadline{10'000};
 
-    std::size_t perAddress = 128; // associations at once, and connections that aren't one yet
+    std::size_t perAddress = 128; // of 256 associations at once, and of connections that aren't one yet
 };
 
 /// Takes connections, reads their association requests side by side, and gives each association a
@@ -66,6 +66,7 @@ private:
     void makeRoom();
     void sweepRest();
     void startAssociation(PendingPeer peer);
+    std::size_t mostOfAddress() const;
     const char *whyNot(const std::string &host) const;
     std::size_t freeSlot() const;
     [[noreturn]] void becomeAssociation(AssociationJob job, pid_t listener);

@@ -7,8 +7,12 @@
 
 #include <gtest/gtest.h>
 
+#include <arpa/inet.h>
+#include <netinet/in.h>
 #include <sys/resource.h>
+#include <sys/socket.h>
 
+#include <list>
 #include <thread>
 
 namespace gateway::dicom_helper::scp {
@@ -55,6 +59,20 @@ private:
     Listener m_listener;
     std::thread m_thread;
 };
+
+/// A connection of another address of this machine's.
+platform::Descriptor connectFromElsewhere(int port)
+{
+    platform::Descriptor connection(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = ::inet_addr("127.0.0.2");
+    EXPECT_EQ(::bind(connection.get(), reinterpret_cast<const sockaddr *>(&address), sizeof(address)), 0);
+    address.sin_addr.s_addr = ::inet_addr("127.0.0.1");
+    address.sin_port = ::htons(static_cast<std::uint16_t>(port));
+    EXPECT_EQ(::connect(connection.get(), reinterpret_cast<const sockaddr *>(&address), sizeof(address)), 0);
+    return connection;
+}
 
 } // namespace
 
@@ -121,6 +139,28 @@ TEST(Listener, AFloodOfConnectionsDropsTheOldestAndServesTheNewest)
     EXPECT_FALSE(flood.front().receive());
     flood.back().send("not DICOM");
     EXPECT_TRUE(flood.back().receive());
+}
+
+TEST(Listener, WithFewDescriptorsOneAddressStillCannotPushAnotherOut)
+{
+    rlimit before{};
+    ::getrlimit(RLIMIT_NOFILE, &before);
+    const rlimit few{64, before.rlim_max}; // a quarter of them is the most at once
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &few), 0);
+    {
+        ListenerOnThread listener(std::chrono::minutes(1));
+        ScriptedModality honest(listener.port());
+        std::list<platform::Descriptor> crowd;
+        for (int i = 0; i < 20; ++i) {
+            crowd.push_back(connectFromElsewhere(listener.port()));
+        }
+
+        char byte = 0;
+        EXPECT_EQ(::recv(crowd.front().get(), &byte, 1, 0), 0) << "the oldest of the crowd is closed";
+        honest.send("not DICOM");
+        EXPECT_TRUE(honest.receive());
+    }
+    ::setrlimit(RLIMIT_NOFILE, &before);
 }
 
 } // namespace gateway::dicom_helper::scp

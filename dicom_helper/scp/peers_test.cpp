@@ -357,7 +357,7 @@ TEST(Peers, AnAssociationTooManyIsRejectedForNowAndTheOthersGoOn)
 {
     const QTemporaryDir inbox;
     RunningStoreSCP running(inbox.path());
-    const rlimit limit{16, 16}; // a quarter of them is the most at once
+    const rlimit limit{32, 32}; // a quarter of them is the most at once, and half of that of one address
     ASSERT_EQ(::prlimit(running.scp().processId().value(), RLIMIT_NOFILE, &limit, nullptr), 0);
     std::list<ScriptedModality> most;
     for (int i = 0; i < 4; ++i) {

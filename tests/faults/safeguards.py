@@ -74,6 +74,8 @@ SAFEGUARDS = [
     Safeguard("a data value stays within its PDU", f"{SCP}/pdu_parser.cpp",
               "m_pduLeft < kValueHeaderBytes || length < 2 || length - 2 > m_pduLeft - kValueHeaderBytes", "length < 2",
               "dicom_scp_test", "Association.*"),
+    Safeguard("one address has its share alone where descriptors are few", f"{SCP}/listener.cpp",
+              "m_settings.perAddress * mostAtOnce() / SpaceClaims::kSlots", "m_settings.perAddress", "dicom_scp_test", "Listener.*"),
     # Files
     Safeguard("new files are synced in earnest", SYSTEM, "        m_file.sync();\n        m_file.close();", "        m_file.close();",
               ORDER, "import"),

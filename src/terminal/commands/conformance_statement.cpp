@@ -36,7 +36,7 @@ Written by `quorin-gateway conformance` of %{program}, for its settings: AE titl
 | SOP classes | every storage class that is proposed: current, retired and private; every abstract syntax that isn't known to belong to another service counts as storage (decision 0022) |
 | transfer syntaxes | each context in the first transfer syntax that its sender proposes, known or not; Explicit VR Little Endian before the other native encodings where it is proposed too (decision 0021) |
 | presentation contexts | every one that is proposed is answered, up to the 256 that an identifier can tell apart; an even identifier (PS3.8 9.3.2.2 allows odd ones) is taken like an odd one, since its images would be lost otherwise |
-| associations | as many at once as a quarter of the process's descriptors, at most 256, and of one address at most %{perAddress} (`ListenerSettings.associationsPerAddress`); beyond that A-ASSOCIATE-RJ, transient, local limit exceeded |
+| associations | as many at once as a quarter of the process's descriptors, at most 256, and of one address at most %{perAddress} (`ListenerSettings.associationsPerAddress`; with less than 1,024 descriptors the same share of fewer); beyond that A-ASSOCIATE-RJ, transient, local limit exceeded |
 | called and calling AE title | any |
 | maximum PDU received | 128 KiB |
 | time-outs | 10 s for the association request; %{timeout} s for an idle association (`ListenerSettings.timeout`); A-ABORT where an object or command that has begun comes with less than 1 KiB a second, on the average of a minute |
