@@ -237,10 +237,13 @@ QList<TrialStep> ArchiveTrial::tryImage(const std::stop_token &stop) const
     if (steps.last().outcome == Outcome::failed) {
         return steps;
     }
-    const TrialStep found = find(sample.identity, stop);
-    steps.append(found);
-    steps.append(readBack(sample, folder.filePath(QStringLiteral("returned.dcm"))));
-    steps.append(remove(sample.identity.study, found.outcome != Outcome::failed));
+    const bool mayComeLater = steps.last().outcome == Outcome::remark;
+    const std::optional<TrialStep> found = find(sample.identity, stop);
+    steps.append(found.value_or(notFound(mayComeLater)));
+    if (found || !mayComeLater) { // what isn't there yet says nothing of how it would come back
+        steps.append(readBack(sample, folder.filePath(QStringLiteral("returned.dcm"))));
+    }
+    steps.append(remove(sample.identity.study, found.has_value()));
     return steps;
 }
 
@@ -269,14 +272,22 @@ TrialStep ArchiveTrial::store(const SampleInstance &sample, const QString &path)
                     QCoreApplication::translate(
                         "Archive", "The archive has taken the sample, and stores later than it answers.")};
         }
+        if (!refusal.reasons.contains(instance)) {
+            return {step,
+                    Outcome::failed,
+                    QCoreApplication::translate(
+                        "Archive",
+                        "The archive says that it took the sample, and neither its answer nor a query shows "
+                        "that it keeps it. Ask whoever runs it to permit queries for instances.") +
+                        takeBack(sample)};
+        }
         return {step,
                 Outcome::failed,
                 QCoreApplication::translate(
                     "Archive",
                     "The archive doesn't name the sample as stored (reason %1). Ask whoever runs it for "
                     "the right to store, and for secondary captures to be taken.")
-                        .arg(refusal.code) +
-                    (refusal.reasons.contains(instance) ? QString() : takeBack(sample))};
+                    .arg(refusal.code)};
     } catch (const std::exception &error) {
         return {step, Outcome::failed, wordsOf(error) + (isRefusal(error) ? QString() : takeBack(sample))};
     }
@@ -298,7 +309,9 @@ QString ArchiveTrial::takeBack(const SampleInstance &sample) const
     }
 }
 
-TrialStep ArchiveTrial::find(const platform::InstanceIdentity &identity, const std::stop_token &stop) const
+/// \return nothing where queries are answered, and don't find it for as long as is waited.
+std::optional<TrialStep> ArchiveTrial::find(const platform::InstanceIdentity &identity,
+                                            const std::stop_token &stop) const
 {
     const auto step = QStringLiteral("find");
     std::chrono::seconds waited{0};
@@ -322,13 +335,28 @@ TrialStep ArchiveTrial::find(const platform::InstanceIdentity &identity, const s
                                            .arg(waited.count())};
             }
         } catch (const std::exception &error) {
-            return {step,
-                    Outcome::remark,
-                    wordsOf(error) + QCoreApplication::translate(
-                                         "Archive",
-                                         " So a sample can't be looked for; uploads are proven by the "
-                                         "archive's answers alone.")};
+            return TrialStep{
+                step,
+                Outcome::remark,
+                wordsOf(error) +
+                    QCoreApplication::translate("Archive",
+                                                " So a sample can't be looked for; uploads are proven by the "
+                                                "archive's answers alone.")};
         }
+    }
+    return std::nullopt;
+}
+
+TrialStep ArchiveTrial::notFound(bool mayComeLater)
+{
+    const auto step = QStringLiteral("find");
+    if (mayComeLater) {
+        return {step,
+                Outcome::remark,
+                QCoreApplication::translate(
+                    "Archive",
+                    "No query finds the sample yet. So images count as uploaded only once one does; each "
+                    "waits here for it.")};
     }
     return {step,
             Outcome::failed,

@@ -55,7 +55,9 @@ private:
     QList<TrialStep> tryImage(const std::stop_token &stop) const;
     TrialStep store(const SampleInstance &sample, const QString &path) const;
     QString takeBack(const SampleInstance &sample) const;
-    TrialStep find(const platform::InstanceIdentity &identity, const std::stop_token &stop) const;
+    std::optional<TrialStep> find(const platform::InstanceIdentity &identity,
+                                  const std::stop_token &stop) const;
+    static TrialStep notFound(bool mayComeLater);
     TrialStep readBack(const SampleInstance &sample, const QString &path) const;
     TrialStep remove(const platform::StudyUid &study, bool wasThere) const;
 

@@ -246,9 +246,24 @@ TEST_F(ArchiveTrialTest, NamesAnImageThatMayComeLater)
 
     const QList<TrialStep> steps = archive.tryOut();
 
-    EXPECT_EQ(outcomeOf(steps, "find"), Outcome::failed);
+    EXPECT_EQ(outcomeOf(steps, "find"), Outcome::remark);
+    EXPECT_EQ(outcomeOf(steps, "read back"), std::nullopt) << "nothing is said of what isn't there";
     EXPECT_EQ(outcomeOf(steps, "delete"), Outcome::remark);
     EXPECT_TRUE(steps.last().words.contains(QStringLiteral("2.25.")));
+}
+
+TEST_F(ArchiveTrialTest, AsksForQueriesWhereNothingElseCouldShowWhatWasStored)
+{
+    archive.statusAlone = 200;
+    archive.answersQueries = false;
+
+    const QList<TrialStep> steps = archive.tryOut();
+
+    EXPECT_EQ(steps.last().step, QStringLiteral("store"));
+    EXPECT_EQ(steps.last().outcome, Outcome::failed);
+    EXPECT_TRUE(steps.last().words.contains(QStringLiteral("permit queries")))
+        << steps.last().words.toStdString();
+    EXPECT_TRUE(archive.isDeleted);
 }
 
 TEST_F(ArchiveTrialTest, RemovesWhatATrialLeftThatWasKilled)

@@ -355,7 +355,8 @@ void ArchiveForm::ended(int attempt, const ArchiveSignInEnd &end)
     }
     m_waitingAttempt = 0;
     if (!end.isSignedIn) {
-        m_error->showMessage(end.problem, tr("Images are still received and kept."));
+        m_error->showMessage(end.problem,
+                             m_parts.isSetUp ? tr("Images are still received and kept.") : QString());
         showState();
         bringIntoView(m_error);
         return;

@@ -28,6 +28,7 @@ struct ArchiveFormParts
     account::ArchiveSignInViewModel &model;
     account::QuorinAuthViewModel &auth;
     std::function<void(const QUrl &)> openLink;
+    bool isSetUp = true; ///< images are received, whoever is signed in; false where that isn't sure
 };
 
 /// How the gateway is to sign in at its archive, and the way to do it. What stands in the session is filled

@@ -107,6 +107,8 @@
 <message><source>A file of the sign-in can't be read: its disk or network share doesn't answer.</source><translation>Eine Datei der Anmeldung kann nicht gelesen werden: Ihr Datenträger oder ihre Netzwerkfreigabe antwortet nicht.</translation></message>
 <message><source>The archive has taken the sample, and stores later than it answers.</source><translation>Das Archiv hat das Probebild angenommen und speichert später, als es antwortet.</translation></message>
 <message><source>The archive was asked to delete the sample. Where it comes later it stays, under the patient GATEWAY-TEST, as study %1.</source><translation>Das Archiv wurde gebeten, das Probebild zu löschen. Kommt es später an, bleibt es dort, unter dem Patienten GATEWAY-TEST, als Studie %1.</translation></message>
+<message><source>The archive says that it took the sample, and neither its answer nor a query shows that it keeps it. Ask whoever runs it to permit queries for instances.</source><translation>Das Archiv sagt, es habe das Muster angenommen, doch weder seine Antwort noch eine Abfrage zeigt, dass es das Muster behält. Bitten Sie den Betreiber, Abfragen nach Instanzen zu erlauben.</translation></message>
+<message><source>No query finds the sample yet. So images count as uploaded only once one does; each waits here for it.</source><translation>Noch findet keine Abfrage das Muster. Bilder gelten also erst als hochgeladen, wenn eine sie findet; jedes wartet hier darauf.</translation></message>
 </context>
 <context><name>Attention</name>
 <message><source>No images can be received</source><translation>Es können keine Bilder empfangen werden</translation></message>

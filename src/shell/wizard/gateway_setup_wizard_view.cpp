@@ -15,6 +15,7 @@
 
 #include <QtGui/QPainter>
 #include <QtWidgets/QHBoxLayout>
+#include <QtWidgets/QScrollBar>
 #include <QtWidgets/QStackedWidget>
 #include <QtWidgets/QVBoxLayout>
 
@@ -219,6 +220,7 @@ void GatewaySetupWizardView::showStep()
     m_stack->setCurrentIndex(index);
     m_pages.at(index)->refresh();
     refreshButtons();
+    m_pages.at(index)->verticalScrollBar()->setValue(0); // as it is first seen, wherever it was left
     focusPage();
 }
 

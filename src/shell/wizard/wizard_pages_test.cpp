@@ -5,6 +5,9 @@
 
 #include <QtGui/QClipboard>
 #include <QtWidgets/QRadioButton>
+#include <QtWidgets/QScrollArea>
+#include <QtWidgets/QScrollBar>
+#include <QtWidgets/QStackedWidget>
 
 namespace gateway::shell {
 namespace {
@@ -372,6 +375,24 @@ TEST_F(WizardPages, ShowWhatTheKeyboardIsAt)
     Button *reached = button(u"Export PDF"_qs);
     EXPECT_TRUE(reached->hasFocus());
     EXPECT_FALSE(reached->visibleRegion().isEmpty());
+}
+
+TEST_F(WizardPages, BeginAtTheTopAgainWhereverTheyWereLeft)
+{
+    open();
+    window().setFixedSize(720, 520);
+    goTo(u"Summary"_qs);
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window(), 30'000));
+    QTest::keyClick(&window(), Qt::Key_Backtab);
+    button(u"Export PDF"_qs)->setFocus();
+    const auto *page = qobject_cast<QScrollArea *>(window().findChild<QStackedWidget *>()->currentWidget());
+    ASSERT_NE(page, nullptr);
+    EXPECT_GT(page->verticalScrollBar()->value(), 0);
+
+    press(u"Back"_qs);
+    goTo(u"Summary"_qs);
+
+    EXPECT_EQ(page->verticalScrollBar()->value(), 0);
 }
 
 TEST_F(WizardPages, LeaveTheKeyboardAtTheWayOnWhileTheFolderIsLookedAt)
