@@ -181,15 +181,26 @@ ArchiveSignInViewModel::carryOut(ArchiveSignIn wanted, ShowCode show, Attempt at
     std::optional<cloud_client::DeviceTokens> granted;
     if (wanted.method == ArchiveSignIn::Method::device) {
         DeviceSignInEnd asked = co_await askForPerson(wanted, std::move(show), attempt);
-        if (attempt->stop_requested()) {
-            co_return givenUp();
-        }
         if (!asked.tokens) {
-            co_return ArchiveSignInEnd{.problem = asked.problem};
+            co_return attempt->stop_requested() ? givenUp() : ArchiveSignInEnd{.problem = asked.problem};
         }
         wanted.holder = asked.tokens->holder;
         granted = std::move(asked.tokens);
         hideCode();
+    }
+    ArchiveSignInEnd ended = co_await beginSession(wanted, granted, attempt);
+    if (!ended.isSignedIn && granted) {
+        m_parts.auth.takeBack(wanted, *granted);
+    }
+    co_return ended;
+}
+
+/// The session, with all that it takes at hand.
+QCoro::Task<ArchiveSignInEnd> ArchiveSignInViewModel::beginSession(
+    ArchiveSignIn wanted, std::optional<cloud_client::DeviceTokens> granted, Attempt attempt)
+{
+    if (attempt->stop_requested()) {
+        co_return givenUp();
     }
     if (m_parts.auth.isChecking()) {
         co_return ArchiveSignInEnd{

@@ -128,6 +128,9 @@ private:
     void end(const Attempt &attempt);
     QCoro::Task<ArchiveSignInEnd>
     carryOut(cloud_client::ArchiveSignIn wanted, ShowCode show, Attempt attempt);
+    QCoro::Task<ArchiveSignInEnd> beginSession(cloud_client::ArchiveSignIn wanted,
+                                               std::optional<cloud_client::DeviceTokens> granted,
+                                               Attempt attempt);
     QCoro::Task<DeviceSignInEnd>
     askForPerson(cloud_client::ArchiveSignIn wanted, ShowCode show, Attempt attempt);
     QCoro::Task<> countDown(Attempt attempt);

@@ -57,6 +57,15 @@ struct ArchiveSignInModel : SessionWorld
         runUntil([this] { return model.code().has_value() || end; });
     }
 
+    /// Lets time pass until the sign-in has ended.
+    void awaitEnd()
+    {
+        runUntil([this] {
+            clock.advance(1s);
+            return end.has_value();
+        });
+    }
+
     /// Begins a sign-in by a secret in a file, which is being read then.
     void beginWithFile()
     {
@@ -155,10 +164,7 @@ TEST_F(ArchiveSignInModel, ShowsACodeAndHowLongItIsGoodUntilAPersonHasEnteredIt)
     EXPECT_EQ(model.codeLeft(), 1h);
     clock.advance(1s);
     EXPECT_EQ(model.codeLeft(), 1h - 1s);
-    runUntil([this] {
-        clock.advance(1s);
-        return end.has_value();
-    });
+    awaitEnd();
 
     EXPECT_TRUE(end->isSignedIn) << end->problem.toStdString();
     EXPECT_FALSE(model.code());
@@ -252,6 +258,32 @@ TEST_F(ArchiveSignInModel, GivesACodeUpForTheNextSignIn)
 
     EXPECT_FALSE(end->isSignedIn);
     EXPECT_FALSE(model.code());
+}
+
+TEST_F(ArchiveSignInModel, TakesBackWhatWasGrantedWhereNoSessionCameOfIt)
+{
+    grants.steps = {grant};
+    grants.lifetime = 1h;
+    service.isOffline = true; // so the archive can't be asked
+    begin();
+
+    awaitEnd();
+
+    EXPECT_FALSE(end->isSignedIn);
+    runUntil([this] { return service.calls().contains(QStringLiteral("revoke")); });
+    EXPECT_EQ(service.revoked.second, QStringLiteral("r1"));
+}
+
+TEST_F(ArchiveSignInModel, TakesNothingBackThatASessionLivesBy)
+{
+    grants.steps = {grant};
+    grants.lifetime = 1h;
+    begin();
+
+    awaitEnd();
+
+    EXPECT_TRUE(end->isSignedIn) << end->problem.toStdString();
+    EXPECT_FALSE(service.calls().contains(QStringLiteral("revoke")));
 }
 
 TEST_F(ArchiveSignInModel, SaysWhyThereIsNoCode)

@@ -374,6 +374,13 @@ QCoro::Task<> QuorinAuthViewModel::logout()
     }
 }
 
+void QuorinAuthViewModel::takeBack(const cloud_client::ArchiveSignIn &archive,
+                                   const cloud_client::DeviceTokens &granted)
+{
+    enterMain();
+    m_scope.start(revoke(cloud_client::sessionText(archive), granted.refreshToken));
+}
+
 /// Whether it is taken back or not, nobody is signed in here: there is nothing to tell.
 QCoro::Task<> QuorinAuthViewModel::revoke(QString session, QString refreshToken)
 {

@@ -119,6 +119,10 @@ public:
     /// session that stood before stands. Nothing happens where none waits.
     void cancelSignIn();
 
+    /// Tells whoever gave out these tokens that they won't be used: no session came of them. Waits for
+    /// nothing.
+    void takeBack(const cloud_client::ArchiveSignIn &archive, const cloud_client::DeviceTokens &granted);
+
     /// Signs out. The session ends here whatever the service says; whoever gave out its tokens is told
     /// afterwards, while nobody waits for it.
     QCoro::Task<> signOut();
