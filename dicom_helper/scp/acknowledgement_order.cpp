@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstdlib>
 #include <new>
 #include <stdexcept>
 
@@ -24,6 +25,18 @@ std::int64_t coarserThan(std::int64_t step)
     return found == kSteps.end() ? 0 : *found;
 }
 
+std::int64_t roundedUp(std::int64_t time, std::int64_t step)
+{
+    return (time / step + (time % step == 0 ? 0 : 1)) * step;
+}
+
+void raise(std::atomic<std::int64_t> &shared, std::int64_t value)
+{
+    std::int64_t present = shared.load();
+    while (present < value && !shared.compare_exchange_weak(present, value)) {
+    }
+}
+
 } // namespace
 
 AcknowledgementOrder::AcknowledgementOrder(std::int64_t last)
@@ -40,39 +53,36 @@ AcknowledgementOrder::~AcknowledgementOrder()
     ::munmap(m_shared, sizeof(*m_shared));
 }
 
+/// The counter and the step are those of all objects, so they follow what was kept, and not what was tried: a
+/// time that the volume can't keep, of a clock that stands wrong for a moment, must not stand before all
+/// others.
 std::int64_t AcknowledgementOrder::give(std::int64_t now, const Keep &keep)
 {
+    std::int64_t step = m_shared->step.load();
     for (;;) {
-        std::int64_t step = m_shared->step.load();
-        const std::int64_t given = next(now, step);
+        std::int64_t last = m_shared->last.load();
+        const std::int64_t given = roundedUp(std::max(now, last + 1), step);
         const std::int64_t kept = keep(given);
-        if (kept == given || kept < 0) {
+        if (kept < 0) {
             return kept;
         }
-        const std::int64_t coarser = coarserThan(step);
-        if (coarser == 0) {
+        if (kept == given) {
+            if (m_shared->last.compare_exchange_strong(last, given)) {
+                scp::raise(m_shared->step, step);
+                return given;
+            }
+            continue; // another process has been quicker
+        }
+        step = coarserThan(step);
+        if (step == 0 || std::abs(given - kept) > kSteps.back()) {
             return -ERANGE;
         }
-        m_shared->step.compare_exchange_strong(step, coarser); // unless another process has been quicker
     }
 }
 
 void AcknowledgementOrder::raise(std::int64_t time)
 {
-    std::int64_t last = m_shared->last.load();
-    while (last < time && !m_shared->last.compare_exchange_weak(last, time)) {
-    }
-}
-
-std::int64_t AcknowledgementOrder::next(std::int64_t now, std::int64_t step)
-{
-    std::int64_t last = m_shared->last.load();
-    std::int64_t given = 0;
-    do {
-        const std::int64_t earliest = std::max(now, last + 1);
-        given = (earliest / step + (earliest % step == 0 ? 0 : 1)) * step;
-    } while (!m_shared->last.compare_exchange_weak(last, given));
-    return given;
+    scp::raise(m_shared->last, time);
 }
 
 } // namespace gateway::dicom_helper::scp

@@ -26,12 +26,12 @@ public:
     AcknowledgementOrder &operator=(const AcknowledgementOrder &) = delete;
 
     /// Gives the next time: `now`, or one just behind the last one given. A time counts only where the volume
-    /// keeps it as it is, so that no two objects share one; where it doesn't, the times of all from now on
-    /// are as coarse as the volume's.
+    /// keeps it as it is, so that no two objects share one; where it cuts it to a coarser one, the times of
+    /// all from now on are as coarse.
     ///
-    /// \return the time in nanoseconds since 1970; -ERANGE where the volume keeps none, else what `keep`
-    /// failed
-    ///         with.
+    /// \param keep  may be called several times; the time of its last call counts.
+    /// \return the time in nanoseconds since 1970; -ERANGE where the volume keeps none, or none that is so
+    ///         late; else what `keep` failed with.
     std::int64_t give(std::int64_t now, const Keep &keep);
 
     /// Every time given from now on is later than this one.
@@ -43,8 +43,6 @@ private:
         std::atomic<std::int64_t> last;
         std::atomic<std::int64_t> step = 1; // every time given is a multiple of it
     };
-
-    std::int64_t next(std::int64_t now, std::int64_t step);
 
     Shared *m_shared;
 };

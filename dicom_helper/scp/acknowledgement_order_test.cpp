@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cerrno>
 
 #include <sys/wait.h>
@@ -65,6 +66,41 @@ TEST(AcknowledgementOrder, SaysWhereAVolumeKeepsNoTimes)
 
     EXPECT_EQ(order.give(500, [](std::int64_t) { return 0; }), -ERANGE);
     EXPECT_EQ(order.give(500, [](std::int64_t) { return -EPERM; }), -EPERM);
+}
+
+TEST(AcknowledgementOrder, RefusesATimeBehindTheEndOfAVolumesTimesAndGoesOnWhenTheClockIsRightAgain)
+{
+    const auto keep = [end = 1000 * kSecond](std::int64_t time) { return std::min(time, end); };
+    AcknowledgementOrder order(0);
+
+    EXPECT_EQ(order.give(2000 * kSecond + 7, keep), -ERANGE);
+    EXPECT_EQ(order.give(500, keep), 500);
+    EXPECT_EQ(order.give(501, keep), 501) << "no coarser than before";
+}
+
+TEST(AcknowledgementOrder, TakesOneTimeThatWasNotKeptForNoHabit)
+{
+    AcknowledgementOrder order(0);
+    int calls = 0;
+
+    EXPECT_EQ(order.give(501, [&](std::int64_t time) { return ++calls == 1 ? time + kSecond : -EIO; }), -EIO);
+    EXPECT_EQ(order.give(501, asItIs), 501);
+}
+
+TEST(AcknowledgementOrder, GivesNoTimeTwiceWhereAnotherProcessIsQuicker)
+{
+    AcknowledgementOrder order(0);
+    bool wasOvertaken = false;
+
+    const std::int64_t given = order.give(500, [&](std::int64_t time) {
+        if (!wasOvertaken) {
+            wasOvertaken = true;
+            EXPECT_EQ(order.give(500, asItIs), 500);
+        }
+        return time;
+    });
+
+    EXPECT_EQ(given, 501);
 }
 
 TEST(AcknowledgementOrder, IsRaisedAndNeverLowered)

@@ -177,13 +177,18 @@ Inbox::Inbox(const std::string &path, std::string id) : m_path(path), m_id(std::
     if (!m_orderFile.isOpen()) {
         refuse(path, errno);
     }
-    if (const int stamped = Inbox::stamp(m_orderFile.get()); stamped != 0) {
-        refuse(path, -stamped, refusal::kFolderCannotKeepTimes);
-    }
+    requireTimes();
     if (const int synced = syncInbox(); isUnableToSync(-synced)) {
         refuse(path, -synced, refusal::kFolderCannotSync);
     }
     syncWayTo(path);
+}
+
+void Inbox::requireTimes()
+{
+    if (const int stamped = Inbox::stamp(m_orderFile.get()); stamped != 0) {
+        refuse(m_path, -stamped, refusal::kFolderCannotKeepTimes);
+    }
 }
 
 void Inbox::sweep(const std::string &prefix)

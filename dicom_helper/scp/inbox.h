@@ -67,6 +67,9 @@ public:
     /// Every object that is kept from now on has a later time than this, in nanoseconds since 1970.
     void raise(std::int64_t time) { m_order->raise(time); }
 
+    /// Makes sure that the volume keeps the time that the next object gets. \throws Refusal
+    void requireTimes();
+
     /// The folder, for as long as takeUpWhatIsThere() isn't called.
     int descriptor() const { return m_folder.get(); }
 

@@ -47,6 +47,7 @@ int run(Channel channel)
     try {
         Inbox inbox{std::string(start.text("inbox")), std::string(start.text("inboxid"))};
         inbox.raise(start.number("after", 0));
+        inbox.requireTimes();
         Listener listener(settingsOf(start), inbox, channel);
         inbox.sweep();
         confineListener();

@@ -20,13 +20,13 @@ class NoVolume(AssertionError):
 class Volume:
     """Made and mounted at `folder`, which needs the rights of root."""
 
-    def __init__(self, kind, folder):
+    def __init__(self, kind, folder, *options):
         self.folder = folder
         self._image = f"{folder}.image"
         os.makedirs(folder)
         with open(self._image, "wb") as image:
             image.truncate(BYTES)
-        run(f"mkfs.{kind}", "-q", self._image)
+        run(f"mkfs.{kind}", "-q", *options, self._image)
         self.mount()
 
     @staticmethod
