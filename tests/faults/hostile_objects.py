@@ -200,6 +200,14 @@ def representations():
     yield "a creator of no length", changed(0x00090010, raw(0x00090010, "LO")), EXPLICIT
 
 
+def ends():
+    """Pixel data that ends before its length says so, with and without all that is needed of it."""
+    for bits in (8, 12, 15, 16):
+        for cut in (1, 8, 9, 60):
+            yield f"{cut} bytes of pixels of {bits} bits cut off", lambda uid, bits=bits, cut=cut: image(
+                uid, {ALLOCATED: raw(ALLOCATED, "US", short(bits))})[:-cut], EXPLICIT
+
+
 def encodings():
     def implicit(uid):
         return b"".join(struct.pack("<HHI", tag >> 16, tag & 0xFFFF, len(value)) + value for tag, value in (
@@ -291,7 +299,7 @@ def strangers():
         yield f"not DICOM: {name}", lambda _, what=what: what, EXPLICIT
 
 
-KINDS = (lengths, cuts, nesting, tags, encapsulated, charsets, representations, encodings, squeezed, pictures, identifiers, tails, strangers)
+KINDS = (lengths, cuts, nesting, tags, encapsulated, charsets, representations, encodings, squeezed, pictures, identifiers, tails, ends, strangers)
 
 
 def known():

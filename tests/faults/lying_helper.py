@@ -15,7 +15,8 @@ import threading
 
 CHANNEL = 3
 LONGEST = 1 << 20
-MANNERS = {"scp": ("drop", "twice", "garbage", "cut", "flip", "before"), "worker": ("drop", "garbage", "cut", "twice")}
+# What a worker says of the one image before it is believed where it is said in order; what the listener says is looked up in the inbox.
+MANNERS = {"scp": ("drop", "twice", "garbage", "cut", "flip", "before"), "worker": ("drop", "garbage")}
 
 
 def lies():

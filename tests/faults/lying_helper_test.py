@@ -16,7 +16,7 @@ import invariants
 from ledger import Ledger, Version
 
 HERE = pathlib.Path(__file__).resolve().parent
-QUICK_LIES, LONG_LIES, OBJECTS = 20, 300, 8
+QUICK_LIES, LONG_LIES, OBJECTS = 10, 60, 8  # pauses of what is lied about grow to ten seconds
 SHARES = "scp=10 worker=10"
 
 
