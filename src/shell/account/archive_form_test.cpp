@@ -5,6 +5,7 @@
 #include "shell/account/archive_trial_panel.h"
 #include "shell/controls/combo_box.h"
 #include "shell/controls/switch.h"
+#include "shell/controls/text_label.h"
 #include "shell/language/translations.h"
 #include "shell/testing/screen_checks.h"
 #include "shell/testing/shown_widgets.h"
@@ -91,6 +92,14 @@ struct ArchiveFormTest : account::testing::SessionWorld
     }
 
     QString words() { return testing::shownWords(fixture.window()); }
+
+    /// Nothing of the label with these words is scrolled away.
+    bool isWhollyInView(const QString &words)
+    {
+        const auto *label = testing::shownOf<TextLabel>(
+            fixture.window(), [&](const TextLabel &one) { return one.text() == words; });
+        return label != nullptr && label->visibleRegion() == QRegion(label->rect());
+    }
 
     void askForCode()
     {
@@ -269,7 +278,10 @@ TEST_F(ArchiveFormTest, IsInASheetThatGivesUpWhatItBeganWhenItGoes)
     const QSignalSpy dismissals(&sheet, &Sheet::dismissed);
     sheet.open();
     askForCode();
-    EXPECT_TRUE(archive.model.code());
+    ASSERT_TRUE(archive.model.code());
+    for (const QString &part : {archive.model.code()->userCode, archive.model.code()->address}) {
+        EXPECT_TRUE(isWhollyInView(part)) << part.toStdString();
+    }
     EXPECT_EQ(testing::clippedIn(fixture.window()), QStringList());
     picture(QStringLiteral("sheet-code-dark"));
 

@@ -686,12 +686,11 @@
 <message><source>Signed in</source><translation>Angemeldet</translation></message>
 <message><source>Images are still received and kept.</source><translation>Bilder werden weiter empfangen und bleiben erhalten.</translation></message>
 <message><source>Cancel</source><translation>Abbrechen</translation></message>
-<message><source>Archive</source><translation>Archiv</translation></message>
 <message><source>Try the Archive Out</source><translation>Archiv ausprobieren</translation></message>
 <message><source>How this gateway signs in at its archive.</source><translation>Wie dieses Gateway sich bei seinem Archiv anmeldet.</translation></message>
 </context>
 <context><name>gateway::shell::ArchiveForm</name>
-<message><source>Show a client certificate, too</source><translation>Dazu ein Client-Zertifikat zeigen</translation></message>
+<message><source>Show a client certificate, too</source><translation>Dazu ein Client-Zertifikat vorzeigen</translation></message>
 <message><source>Cancel</source><translation>Abbrechen</translation></message>
 <message><source>Sign In</source><translation>Anmelden</translation></message>
 <message><source>Archive</source><translation>Archiv</translation></message>

@@ -99,7 +99,7 @@ void AccountSettingsPane::addArchive()
         return;
     }
     m_archive = new ArchiveForm({theme(), *account.archive, account.model.auth(), m_parts.actions.openLink});
-    page().addCard(tr("Archive")).body().addWidget(m_archive);
+    page().addCard({}).body().addWidget(m_archive); // which says itself what it is about
     m_trialCard = &page().addCard(tr("Try the Archive Out"));
     m_trialCard->body().addWidget(new ArchiveTrialPanel(theme(), *account.archive));
 }
