@@ -5,6 +5,7 @@
 #include "platform/files/folder_entries.h"
 #include "platform/files/folder_id.h"
 #include "receive/folder_bookmark.h"
+#include "receive/folder_standing.h"
 #include "receive/inbox.h"
 
 #include <QtCore/QDir>
@@ -294,6 +295,7 @@ IncomingFolders::Sight IncomingFolders::lookAtPresent()
     sight.obstacle = obstacleTo(sight.folder);
     sight.isExchanged = isExchanged(sight.folder);
     sight.mayTake = own(sight.folder);
+    sight.standing = folderStanding(sight.folder);
     return sight;
 }
 

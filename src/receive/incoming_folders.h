@@ -83,6 +83,7 @@ public:
         std::optional<platform::Sentence> obstacle; ///< of the folder by the settings: what `obstacleTo` says
         bool isExchanged =
             false; ///< likewise: another one stands there than the listener's, which puts nothing there
+        QString standing = {}; ///< likewise, as `folderStanding` tells it
     };
 
     /// Looks into the folder by the settings. Where it may take from it, that is locked against others.

@@ -3,6 +3,7 @@
 #include "core/store_errors.h"
 #include "log/writing/redaction.h"
 #include "receive/folder_bookmark.h"
+#include "receive/folder_standing.h"
 
 #include <utility>
 
@@ -18,9 +19,10 @@ ListenerFolder::ListenerFolder(core::Settings &settings,
 
 ListenerFolder::Entered ListenerFolder::enter(const std::function<bool()> &isWanted) const
 {
-    Entered entered{resolve(), {}, {}, std::nullopt};
+    Entered entered{resolve(), {}, {}, {}, std::nullopt};
     entered.inbox = entered.path.value_or(m_defaultFolder);
     entered.obstacle = m_folders.enter(entered.inbox, isWanted);
+    entered.standing = folderStanding(entered.inbox);
     entered.id = m_folders.idInUse();
     return entered;
 }

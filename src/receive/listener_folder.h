@@ -30,6 +30,7 @@ public:
         std::optional<QString> path; ///< for the receiver; nothing when no folder is configured
         QString inbox;               ///< where files arrive
         QString id;                  ///< the number that it keeps; empty where it has none
+        QString standing;            ///< as `folderStanding` tells it, as it was entered
         std::optional<platform::Sentence> obstacle; ///< why no listener can work there now, for people
     };
 

@@ -39,6 +39,29 @@ TEST_F(ListenerFolderInLife, StartsByItselfWhenWhatItWasRefusedForHasPassed)
     EXPECT_EQ(m_world.scps.back()->config().port, 1115);
 }
 
+TEST_F(ListenerFolderInLife, StartsByItselfWhenTheFolderInWhichItCouldNotWorkHasChanged)
+{
+    m_world.settings.gatewaySetupCompleted.set(true);
+    m_world.settings.gatewaySetupVersion.set(1);
+    IncomingFolders &folders = m_world.incomingFolders;
+    m_world.service->startListener();
+    m_world.scps.back()->config();
+    m_world.scps.back()->end(platform::StoreSCP::kFolderRefused);
+    m_world.waitUntil([this] { return !m_world.errors.isEmpty(); });
+    EXPECT_EQ(m_world.errors, QStringList{u"The fake was told to fail."_qs}) << "a port is not to blame";
+
+    m_world.service->incomingFolderWasSeen(folders.lookAtPresent());
+    EXPECT_EQ(m_world.scps.size(), 1U) << "it would fail again";
+    EXPECT_EQ(m_world.service->state(), state::ListenerState::failed);
+
+    ASSERT_TRUE(QDir().rename(m_world.inbox() + u"/.part"_qs, m_world.inbox() + u"/.former"_qs));
+    ASSERT_TRUE(QDir().mkdir(m_world.inbox() + u"/.part"_qs));
+    m_world.service->incomingFolderWasSeen(folders.lookAtPresent());
+
+    ASSERT_EQ(m_world.scps.size(), 2U);
+    EXPECT_EQ(m_world.scps.back()->config().port, 1115);
+}
+
 TEST_F(ListenerFolderInLife, DoesNotStartByItselfWhatAPersonSwitchedOffOrWhatWasNotRefused)
 {
     m_world.settings.gatewaySetupCompleted.set(true);

@@ -5,6 +5,7 @@
 #include "log/writing/redaction.h"
 #include "platform/dicom/inbox_files.h"
 #include "receive/bonjour_record.h"
+#include "receive/listener_config.h"
 
 #include <chrono>
 #include <utility>
@@ -72,12 +73,17 @@ void StoreListenerService::startListener()
     if (!mayStart(settings)) {
         return;
     }
-    Run run{
-        beginRun(), m_with.makeStoreSCP(), configFor(settings), {}, std::exchange(m_formerListener, nullptr)};
+    Run run{beginRun(),
+            m_with.makeStoreSCP(),
+            listenerConfig(settings, m_places.bindAddress),
+            {},
+            {},
+            std::exchange(m_formerListener, nullptr)};
     m_storeListener = run.scp;
     m_interruption.reset();
     m_hasFailed = false;
     m_refusal.reset();
+    m_refusedStanding.reset();
     publishBonjourService(settings);
     tellWhetherListening();
     launch(std::move(run));
@@ -128,23 +134,6 @@ QUuid StoreListenerService::beginRun()
     return id;
 }
 
-platform::StoreSCPConfig StoreListenerService::configFor(const core::DCMListenerSettings &settings) const
-{
-    platform::StoreSCPConfig config;
-    config.aeTitle = settings.aeTitle;
-    config.port = settings.port;
-    // The listener is plain, whatever the stored profile says.
-    config.secureConnection = false;
-    config.doAuthenticate = false;
-    config.securityProfile = 1;
-    config.verifyPeerCert = false;
-    config.timeout = settings.timeout;
-    config.bindAddress = m_places.bindAddress;
-    config.associationsPerAddress =
-        settings.associationsPerAddress.value_or(core::kDefaultAssociationsPerAddress);
-    return config;
-}
-
 void StoreListenerService::publishBonjourService(const core::DCMListenerSettings &settings)
 {
     m_bonjourService.reset();
@@ -185,6 +174,7 @@ bool StoreListenerService::enterFolder(const std::weak_ptr<StoreListenerService>
     run.config.incomingPath = std::move(entered.path);
     run.config.incomingFolderId = std::move(entered.id);
     run.inbox = std::move(entered.inbox);
+    run.standing = std::move(entered.standing);
     if (!entered.obstacle) {
         recoverInbox(importer, run.inbox);
     }
@@ -321,7 +311,8 @@ void StoreListenerService::runEnded(const Run &run, std::int32_t result)
                 {{kPort, port}, {QStringLiteral("listener_result"), QString::number(result)}},
                 GatewayLogLevel::error,
                 logError(core::StoreError(QStringLiteral("startListeningAETitle returned non-zero result"))));
-            m_with.main.post(weak_from_this(), [this, run] { startFailed(run); });
+            const bool isOfFolder = result == platform::StoreSCP::kFolderRefused;
+            m_with.main.post(weak_from_this(), [this, run, isOfFolder] { startFailed(run, isOfFolder); });
         }
     }
     retireRun(run.id);
@@ -342,22 +333,31 @@ void StoreListenerService::retireRun(QUuid runId)
     }
 }
 
+/// \return false where the start was stopped, and perhaps begun anew, before its end had its turn.
+bool StoreListenerService::endStart(const Run &run)
+{
+    if (m_storeListener != run.scp) {
+        return false;
+    }
+    m_bonjourService.reset();
+    m_storeListener.reset();
+    m_hasFailed = true;
+    return true;
+}
+
 /// Tells that the listener doesn't even try to start.
 void StoreListenerService::refuseStart(const Run &run, const platform::Sentence &why)
 {
-    if (m_storeListener != run.scp) {
-        return; // stopped, and perhaps started anew, before this had its turn
+    if (!endStart(run)) {
+        return;
     }
     m_formerListener = run.former;
-    m_bonjourService.reset();
-    m_storeListener.reset();
     m_with.observer.listenerFailed();
     logListener(GatewayLogAction::listenerStartFailed,
                 GatewayLogOutcome::failed,
                 {},
                 GatewayLogLevel::error,
                 logError(core::StoreError(why.inEnglish())));
-    m_hasFailed = true;
     m_refusal = why;
     tellWhetherListening();
     m_with.notifications.post(core::kStoreListenerError, {{core::kMessageKey, QVariant::fromValue(why)}});
@@ -373,30 +373,44 @@ void StoreListenerService::incomingFolderWasSeen(const IncomingFolders::Sight &s
     }
     const bool isWanted = !core::isSetupRequired(m_with.settings) &&
                           core::DCMListenerSettings::load(m_with.defaults).isEnabled.value_or(true);
-    if (isWanted && m_refusal && m_refusal != sight.obstacle) {
+    if (isWanted && isWorthATry(sight)) {
         startListener(); // or tells what is in the way now
     }
 }
 
-void StoreListenerService::startFailed(const Run &run)
+bool StoreListenerService::isWorthATry(const IncomingFolders::Sight &sight) const
 {
-    if (m_storeListener != run.scp) {
-        return; // stopped, and perhaps started anew, before this had its turn
+    if (m_refusedStanding) {
+        return *m_refusedStanding != sight.standing;
     }
-    m_bonjourService.reset();
-    m_storeListener.reset();
-    m_hasFailed = true;
+    return m_refusal && m_refusal != sight.obstacle;
+}
+
+/// \param isOfFolder  the receiver couldn't work in its folder, which may change, unlike a port that others
+/// have.
+void StoreListenerService::startFailed(const Run &run, bool isOfFolder)
+{
+    if (!endStart(run)) {
+        return;
+    }
+    platform::Sentence why = run.scp->lastMessage();
+    QVariantMap told{{core::kMessageKey, QVariant::fromValue(why)}};
+    if (isOfFolder) {
+        m_refusal = std::move(why);
+        m_refusedStanding = run.standing;
+    } else {
+        told = {
+            {core::kMessageKey,
+             QVariant::fromValue(platform::Sentence(
+                 "Listener",
+                 QT_TRANSLATE_NOOP("Listener",
+                                   "Failed to start DIMSE listener on port %1. Another app may already be "
+                                   "using this port."),
+                 {QString::number(run.config.port)}))},
+            {kListenerFailureReasonKey, QVariant::fromValue(why)}};
+    }
     tellWhetherListening();
-    m_with.notifications.post(
-        core::kStoreListenerError,
-        {{core::kMessageKey,
-          QVariant::fromValue(platform::Sentence(
-              "Listener",
-              QT_TRANSLATE_NOOP(
-                  "Listener",
-                  "Failed to start DIMSE listener on port %1. Another app may already be using this port."),
-              {QString::number(run.config.port)}))},
-         {kListenerFailureReasonKey, QVariant::fromValue(run.scp->lastMessage())}});
+    m_with.notifications.post(core::kStoreListenerError, told);
 }
 
 void StoreListenerService::stopListener()

@@ -87,8 +87,8 @@ public:
     /// started again by itself; so is one that was refused for its incoming folder.
     void startListener();
 
-    /// Tries again where the last start was refused for its incoming folder and something has changed there,
-    /// and starts anew where another folder has come in the place of the one in use.
+    /// Tries again where the last start was refused for its incoming folder, or failed for it, and something
+    /// has changed there, and starts anew where another folder has come in the place of the one in use.
     ///
     /// \param sight  what IncomingFolders::lookAtPresent has just found. Main thread.
     void incomingFolderWasSeen(const IncomingFolders::Sight &sight);
@@ -130,6 +130,7 @@ private:
         std::shared_ptr<platform::StoreSCP> scp;
         platform::StoreSCPConfig config;
         QString inbox;
+        QString standing;                           // of the inbox when it was entered
         std::shared_ptr<platform::StoreSCP> former; // the one before it, which may still have the port
     };
 
@@ -139,7 +140,6 @@ private:
     QUuid beginRun();
     void publishBonjourService(const core::DCMListenerSettings &settings);
     void launch(Run run);
-    platform::StoreSCPConfig configFor(const core::DCMListenerSettings &settings) const;
 
     // The run itself, on its own thread.
     static bool enterFolder(const std::weak_ptr<StoreListenerService> &weak,
@@ -152,7 +152,9 @@ private:
     void runEnded(const Run &run, std::int32_t result);
     void retireRun(QUuid runId) QUORIN_EXCLUDES(m_listenerRunStateLock);
     bool wasStopped(QUuid runId) QUORIN_EXCLUDES(m_listenerRunStateLock);
-    void startFailed(const Run &run);
+    bool endStart(const Run &run);
+    void startFailed(const Run &run, bool isOfFolder);
+    bool isWorthATry(const IncomingFolders::Sight &sight) const;
     void refuseStart(const Run &run, const platform::Sentence &why);
 
     // The receiver's own events, on any thread.
@@ -190,8 +192,10 @@ private:
     std::shared_ptr<platform::StoreSCP> m_storeListener;
     std::shared_ptr<platform::StoreSCP> m_formerListener; // the one stopped last, until the next start
     std::optional<platform::Sentence> m_interruption;
-    bool m_hasFailed = false;                    // the last start
-    std::optional<platform::Sentence> m_refusal; // why the last start wasn't even tried
+    bool m_hasFailed = false; // the last start
+    std::optional<platform::Sentence>
+        m_refusal;                            // what of the incoming folder was in the way of the last start
+    std::optional<QString> m_refusedStanding; // how it stood, where only the receiver could tell
     std::unique_ptr<platform::NetServicePublication> m_bonjourService;
 
     platform::Mutex m_listenerRunStateLock;

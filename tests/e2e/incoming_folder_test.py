@@ -49,6 +49,9 @@ class IncomingFolder(EndToEndTest):
         self.addCleanup(self.gateway.end)
         self.gateway.port = port
 
+    def await_listener(self, state):
+        return self.gateway.await_status(f"a listener that is {state}", lambda s: s["listener"]["state"] == state)
+
     def choose(self):
         self.gateway.command("settings", "set", "ListenerDestinationFolder", self.chosen)
 
@@ -71,6 +74,26 @@ class IncomingFolder(EndToEndTest):
         self.assertEqual(list(self.inbox.glob("quorin-*.dcm")), [])
         self.assertTrue((self.chosen / ".part").is_dir())
         self.assertEqual(self.findings(), {})
+
+    def test_the_listener_comes_back_when_another_folder_stood_in_the_place_of_its_own_and_could_not_be_used(self):
+        # Given a folder of another number, in which nothing can work
+        away = self.folder / "away"
+        self.inbox.rename(away)
+        (self.inbox / ".part" / "order").mkdir(parents=True)
+        (self.inbox / ".part" / ".id").write_text("00000000000000000000000000000001\n")
+        told = self.await_listener("failed")["listener"]["error"]
+        self.assertIn(f"The incoming folder {self.inbox} can't be used", told)
+        self.assertNotIn("Failed to start", told)
+
+        # When
+        shutil.rmtree(self.inbox)
+        away.rename(self.inbox)
+
+        # Then
+        self.await_listener("listening")
+        sent = self.samples(ct=1)
+        send(self.gateway, sent)
+        self.gateway.await_received(sent)
 
     def test_what_waits_in_the_one_before_is_taken_in_when_another_is_chosen(self):
         obstacle = self.hold_back_imports()

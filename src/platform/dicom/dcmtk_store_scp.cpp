@@ -204,7 +204,7 @@ void DCMTKStoreSCP::onEnd(Run &run)
 {
     ListenerProcess &ended = *run.former.emplace_back(std::move(run.current));
     const int status = *ended.status();
-    run.result = status == 0 ? kFailed : status;
+    run.result = ended.isFolderRefused() ? kFolderRefused : status == 0 ? kFailed : status;
     if (run.stopSent) {
         return;
     }

@@ -116,6 +116,7 @@ void ListenerProcess::takeRecord(const Record &record)
         m_nextQuestion = now + m_timeouts.signOfLife;
     } else if (record.word == "refused") {
         m_refusal = refusalSentence(record);
+        m_isFolderRefused = isOfFolder(record);
     } else if (record.word == "unbound") {
         m_hasUnbound = true;
         m_port.reset();

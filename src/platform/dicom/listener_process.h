@@ -76,6 +76,9 @@ public:
     /// Why it couldn't listen, in its own words; else empty.
     const Sentence &refusal() const { return m_refusal; }
 
+    /// Whether that is for the incoming folder.
+    bool isFolderRefused() const { return m_isFolderRefused; }
+
     /// Whether it was killed for giving no sign of life.
     bool wasSilent() const { return m_wasSilent; }
 
@@ -102,6 +105,7 @@ private:
     bool m_channelIsOver = false;
     std::optional<int> m_status;
     Sentence m_refusal;
+    bool m_isFolderRefused = false;
 
     int m_unanswered = 0;                    // questions for a sign of life
     std::optional<TimePoint> m_nextQuestion; // while it listens

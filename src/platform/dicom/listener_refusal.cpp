@@ -84,4 +84,11 @@ Sentence refusalSentence(const Record &refused)
                : why;
 }
 
+bool isOfFolder(const Record &refused)
+{
+    const std::string_view code = refused.text("code");
+    return code == refusal::kFolderUnusable || code == refusal::kFolderCannotSync ||
+           code == refusal::kFolderCannotKeepTimes || code == refusal::kFolderExchanged;
+}
+
 } // namespace gateway::platform

@@ -10,4 +10,7 @@ namespace gateway::platform {
 /// \param refused  its record "refused".
 Sentence refusalSentence(const dicom_protocol::Record &refused);
 
+/// Whether the incoming folder is the reason.
+bool isOfFolder(const dicom_protocol::Record &refused);
+
 } // namespace gateway::platform

@@ -93,13 +93,17 @@ struct StoreSCPCallbacks
 class StoreSCP
 {
 public:
+    /// A result of start().
+    static constexpr std::int32_t kFolderRefused = 2;
+
     virtual ~StoreSCP() = default;
 
     /// Listens until stop(); blocks for the whole run. Any thread but the main one; once an object.
     ///
     /// Once it has listened, an end of its process only interrupts it: it is started again until stop().
     ///
-    /// \return 0 when it was stopped, else non-zero: it could not listen; lastMessage() says why.
+    /// \return 0 when it was stopped, else non-zero: it could not listen; lastMessage() says why. It is
+    /// kFolderRefused where the incoming folder was the reason.
     virtual std::int32_t start(const StoreSCPConfig &config, StoreSCPCallbacks callbacks) = 0;
 
     /// Asks for the end of the listening and returns at once. The port is free soon after, while start() may
