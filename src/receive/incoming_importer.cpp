@@ -169,8 +169,10 @@ void IncomingImporter::depart(const Item &item, Fate fate)
     const InboxRemoval removal = fate == Fate::imported ? removeFromInbox(item.path) : setAside(item.path);
     // What stays because its disk is away is tried again, not put aside, when that is back.
     const bool isDecided = fate != Fate::trouble || !removal.error;
+    bool isToldAlready = false;
     if (isDecided && (removal.error || item.found)) {
         const platform::MutexLock lock(m_mutex);
+        isToldAlready = m_decided.contains(item.path);
         m_decided.insert(item.path, fate);
     }
     if (!removal.error) {
@@ -187,7 +189,8 @@ void IncomingImporter::depart(const Item &item, Fate fate)
                    GatewayLogLevel::info,
                    std::nullopt,
                    details);
-    } else {
+    } else if (!isToldAlready) { // a file that can't go is tried again at each look, for as long as that
+                                 // lasts
         emitRecord(item,
                    GatewayLogAction::incomingFileDeleted,
                    GatewayLogOutcome::failed,

@@ -333,6 +333,8 @@ TEST_F(Importer, NeverImportsAFileAgainThatOnlyCouldNotBeRemoved)
     m_importer->fileFound(path);
     m_world.settle();
     EXPECT_TRUE(QFile::exists(path));
+    EXPECT_EQ(m_world.log.events(GatewayLogAction::incomingFileDeleted).size(), 1U)
+        << "told once, not at each look";
     ASSERT_TRUE(obstacle.remove());
     m_importer->fileFound(path);
     m_world.settle();
