@@ -8,6 +8,7 @@ import base64
 import json
 import os
 import secrets
+import signal
 import subprocess
 import threading
 import time
@@ -204,7 +205,7 @@ class Door:
 daemon off;
 {whose}
 pid {self._folder}/pid;
-error_log {self._folder}/error.log;
+error_log {self._folder}/error.log info;
 events {{}}
 http {{
     log_format shown '"$request" $status $http_authorization';
@@ -224,9 +225,14 @@ http {{
         self.address = f"{'https' if authority else 'http'}://127.0.0.1:{port}"
         self.root = self.address + "/dicom-web"
         self.access_log = self._folder / "access.log"
+        self.error_log = self._folder / "error.log"  # with the handshakes that came to nothing
         self.process = subprocess.Popen(["/usr/sbin/nginx", "-c", configuration, "-e", self._folder / "error.log"],
                                         env=environment())
         await_true("nginx", (self._folder / "pid").exists, self.process)
+
+    def read_again(self):
+        """The certificate may be another one."""
+        self.process.send_signal(signal.SIGHUP)
 
     def end(self):
         end(self.process)

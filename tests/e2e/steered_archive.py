@@ -22,7 +22,7 @@ def referenced(instances, warning=None):
 class Service:
     """Answers requests on a port of its own, each by what `answer` returns: status, content type, body, headers."""
 
-    def __init__(self):
+    def __init__(self, port=0):
         self.requests = []  # method, path, headers, body
         service = self
 
@@ -48,7 +48,7 @@ class Service:
             def log_message(self, *_):
                 pass
 
-        self._server = ThreadingHTTPServer(("127.0.0.1", 0), Handler)
+        self._server = ThreadingHTTPServer(("127.0.0.1", port), Handler)
         self._server.handle_error = lambda *_: None  # of a peer that was killed
         self.address = f"http://127.0.0.1:{self._server.server_address[1]}"
         threading.Thread(target=self._server.serve_forever, args=(0.05,), daemon=True).start()
@@ -127,8 +127,8 @@ class SteeredArchive(Service):
 class SteeredTokens(Service):
     """Gives out tokens that begin with a name, one after the other; `manner` replaces its answers."""
 
-    def __init__(self, name="token"):
-        super().__init__()
+    def __init__(self, name="token", port=0):
+        super().__init__(port)
         self.name, self.lifetime, self.given = name, 300, 0
         self.manner = None
         self.issuer = f"{self.address}/realm"
