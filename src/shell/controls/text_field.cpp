@@ -61,6 +61,7 @@ SearchField::SearchField(const Theme &theme, const QString &prompt, QWidget *par
 {
     platform::assertMainThread("SearchField");
     setAccessibleName(prompt);
+    setToolTip(prompt); // which a narrow window cuts
     addAction(theme.icon(u"magnifyingglass", Color::muted), LeadingPosition)->setText(tr("Search"));
     m_clear->setText(tr("Clear search"));
     m_clear->setVisible(false);

@@ -101,14 +101,6 @@ void chooseFolder(QWidget *parent, const QString &title, const WizardParts::Chos
     ask(*dialog, chosen);
 }
 
-void chooseFile(QWidget *parent, const QString &title, const WizardParts::Chosen &chosen)
-{
-    auto *dialog = new QFileDialog(parent, title);
-    dialog->setFileMode(QFileDialog::ExistingFile);
-    dialog->setLabelText(QFileDialog::Accept, DesktopScreens::tr("Choose"));
-    ask(*dialog, chosen);
-}
-
 void chooseSummaryFile(QWidget *parent, const QString &suggestedName, const WizardParts::Chosen &chosen)
 {
     auto *dialog = new QFileDialog(parent,
@@ -257,7 +249,6 @@ PreferencesParts DesktopScreens::preferencesParts()
                             [](QWidget *parent, const WizardParts::Chosen &chosen) {
                                 chooseFolder(parent, tr("Select Destination Folder"), chosen);
                             },
-                        .chooseFile = chooseFile,
                         .openLink = openLink,
                         .termsAccepted = [this] { m_rules.termsAccepted(); }}};
 }
@@ -283,7 +274,6 @@ WizardParts DesktopScreens::wizardParts()
                                 chooseFolder(parent, tr("Select Incoming Files Folder"), chosen);
                             },
                         .chooseExportFile = chooseSummaryFile,
-                        .chooseFile = chooseFile,
                         .openLink = openLink},
             .storePage = m_models.runtime.deployment.storePage,
             .actions = {.completed = [this] { post(core::kOpenDashboard); },
@@ -347,7 +337,7 @@ Sheet *DesktopScreens::makeSignInSheet(QWidget *window)
 {
     account::QuorinAuthViewModel &auth = m_models.cloud.auth;
     if (account::ArchiveSignInViewModel *archive = m_models.cloud.archive) {
-        return new ArchiveSignInSheet({m_theme, *archive, auth, openLink, chooseFile}, window);
+        return new ArchiveSignInSheet({m_theme, *archive, auth, openLink}, window);
     }
     return new SignInSheet(m_theme, auth, window);
 }

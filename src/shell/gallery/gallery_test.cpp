@@ -1,12 +1,18 @@
 #include "shell/gallery/gallery.h"
 
 #include "shell/testing/screen_checks.h"
+#include "shell/testing/themed_window.h"
 #include "shell/theme/theme.h"
 
 #include <QtTest/QTest>
 #include <QtWidgets/QAbstractButton>
 #include <QtWidgets/QApplication>
+#include <QtWidgets/QComboBox>
+#include <QtWidgets/QHeaderView>
 #include <QtWidgets/QLabel>
+#include <QtWidgets/QLineEdit>
+#include <QtWidgets/QListWidget>
+#include <QtWidgets/QTableWidget>
 
 #include <gtest/gtest.h>
 
@@ -72,6 +78,57 @@ TEST(Gallery, TheSearchForClippedWordsFindsThem)
     QApplication::processEvents();
 
     EXPECT_EQ(testing::clippedIn(shown.gallery->page()), QStringList(label->text()));
+}
+
+/// What one widget with cut words adds to the search of a window in which nothing else is wrong.
+template <typename Prepare>
+QStringList cutBy(QWidget *widget, const Prepare &prepare)
+{
+    testing::ThemedWindow window;
+    window.add(widget);
+    EXPECT_TRUE(window.show());
+    EXPECT_EQ(testing::clippedIn(window.window()), QStringList());
+    prepare();
+    QApplication::processEvents();
+    return testing::clippedIn(window.window());
+}
+
+TEST(Gallery, TheSearchFindsMoreThanLabels)
+{
+    auto *field = new QLineEdit;
+    field->setPlaceholderText(u"Accession Number"_qs);
+    EXPECT_EQ(cutBy(field, [&] { field->setFixedWidth(40); }), QStringList(u"Accession Number"_qs));
+
+    auto *choices = new QComboBox;
+    choices->addItem(u"Accession Number"_qs);
+    EXPECT_EQ(cutBy(choices, [&] { choices->setFixedWidth(40); }), QStringList(u"Accession Number"_qs));
+
+    auto *table = new QTableWidget(1, 1);
+    table->verticalHeader()->hide();
+    table->setHorizontalHeaderLabels({u"Accession Number"_qs});
+    table->setColumnWidth(0, 300);
+    EXPECT_EQ(cutBy(table, [&] { table->setColumnWidth(0, 40); }), QStringList(u"Accession Number"_qs));
+
+    auto *list = new QListWidget;
+    list->addItem(u"Accession Number"_qs);
+    EXPECT_EQ(cutBy(list, [&] { list->setFixedWidth(40); }), QStringList(u"Accession Number"_qs));
+}
+
+TEST(Gallery, TheSearchFindsTextsUponEachOtherAndBeyondTheirRoom)
+{
+    auto *room = new QWidget;
+    room->setFixedSize(400, 100);
+    auto *one = new QLabel(u"One"_qs, room);
+    auto *other = new QLabel(u"Other"_qs, room);
+    one->setGeometry(0, 0, 90, 40);
+    other->setGeometry(100, 0, 90, 40);
+
+    const QStringList found = cutBy(room, [&] {
+        other->move(80, 0);
+        one->move(0, -10);
+    });
+
+    EXPECT_EQ(found, (QStringList{u"One, beyond its room"_qs, u"One upon Other"_qs}));
 }
 
 TEST(Gallery, IsDarkOrLightAllOver)

@@ -85,8 +85,7 @@ void GatewaySetupWizardView::addPages()
                              .main = m_parts.setup.main,
                              .pool = m_parts.setup.pool,
                              .storePage = m_parts.storePage,
-                             .openLink = m_parts.dialogs.openLink,
-                             .chooseFile = m_parts.dialogs.chooseFile}));
+                             .openLink = m_parts.dialogs.openLink}));
     addPage(m_summary);
 }
 

@@ -42,7 +42,6 @@ struct WizardScreenWorld : wizard::testing::SetupWorld
                                     suggestedName = name;
                                     chosen(exportFile);
                                 },
-                            .chooseFile = [](QWidget *, const QString &, const auto &chosen) { chosen({}); },
                             .openLink = [this](const QUrl &page) { links.append(page); }},
                 .storePage = storePage,
                 .actions = {.completed = [this] { ++completed; },
