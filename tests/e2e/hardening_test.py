@@ -8,6 +8,7 @@ import re
 import resource
 import signal
 import stat
+import sys
 import threading
 import unittest
 import zipfile
@@ -18,6 +19,7 @@ from harness import PASSWORD, TITLE, EndToEndTest, await_true, send
 from helpers_test import children_of
 from intruder import Intruder
 
+CAP_SYS_PTRACE = 19  # linux/capability.h
 CLOSE_ON_EXEC = 0o2000000
 AT_CWD, REMOVED_FROM, NOTHING = -100, 0, 0
 OWNERS_ALONE = stat.S_IRWXG | stat.S_IRWXO
@@ -59,6 +61,11 @@ def allow_cores():
     before = resource.getrlimit(resource.RLIMIT_CORE)
     resource.setrlimit(resource.RLIMIT_CORE, (before[1], before[1]))
     return before
+
+
+def sees_into_helpers():
+    """They let in nobody but who may trace every process, as root does unless a container took that away."""
+    return os.geteuid() == 0 and int(status_of(os.getpid(), "CapEff"), 16) >> CAP_SYS_PTRACE & 1 == 1
 
 
 class Hardening(EndToEndTest):
@@ -117,6 +124,7 @@ class Hardening(EndToEndTest):
                           if not path.is_symlink() and path.stat().st_mode & OWNERS_ALONE]
         self.assertEqual(open_to_others, [])
 
+    @unittest.skipUnless(sees_into_helpers(), "the right to trace every process is missing here")
     def test_shows_no_secret_to_who_lists_processes(self):
         # Given: every process that there is
         self.gateway.sign_in()
@@ -136,13 +144,13 @@ class Hardening(EndToEndTest):
                     self.assertNotIn(secret, told(process, name))
 
 
+@unittest.skipUnless(sees_into_helpers() and platform.machine() == "x86_64",
+                     "the right to trace every process is missing here, or the processor's registers have other names")
 class Confined(EndToEndTest):
     """A helper in which a stranger's code runs."""
 
     def setUp(self):
         super().setUp()
-        self.assertEqual(os.geteuid(), 0, "only root sees into these processes")
-        self.assertEqual(platform.machine(), "x86_64", "what makes a process try a call knows no other registers")
         self.gateway = self.start_gateway("http://127.0.0.1:9")
         self.sent = self.samples(ct=2)
         send(self.gateway, self.sent)
@@ -254,4 +262,5 @@ class Confined(EndToEndTest):
 
 
 if __name__ == "__main__":
-    unittest.main(verbosity=2)
+    ended = unittest.main(verbosity=2, exit=False).result
+    sys.exit(1 if not ended.wasSuccessful() else 77 if ended.skipped else 0)
