@@ -9,6 +9,7 @@ import struct
 import time
 import unittest
 import urllib.parse
+import zlib
 from pathlib import Path
 
 from at_an_archive import AtAnArchive
@@ -49,25 +50,37 @@ class Habits(AtAnArchive):
         self.assertEqual((told["counters"]["synced"], told["counters"]["images"]), (0, 2))
         self.assertLess(self.archive.count("POST"), FEW)
 
-    def test_a_limit_by_count_is_met_by_smaller_requests(self):
-        # Given
+    def test_a_limit_by_count_is_met_by_smaller_requests_and_kept(self):
+        # Given an archive that takes no more than two at once, and a gateway that sends eight
         store, most = self.archive.store, 2
-        sizes = []
+        counts = []
 
         def store_few(headers, body):
-            sizes.append(len(parts_of(headers["Content-Type"], body)))
-            return store(headers, body) if sizes[-1] <= most else (413, "", b"")
+            counts.append(len(parts_of(headers["Content-Type"], body)))
+            return store(headers, body) if counts[-1] <= most else (413, "", b"")
         self.archive.store = store_few
-        self.set("basic", "--user", "ann")
-        files = self.samples(ct=24)
+        for key, value in (("quorinCloudBatchEnabled", "true"), ("quorinCloudBatchUploadCount", "8"),
+                           ("QuorinRetrieveMode", "true"), ("quorinCloudCompressToLS", "false")):
+            self.gateway.command("settings", "set", key, value)
+        first, second = self.samples(ct=16), self.samples(seed=2, ct=16)
 
         # When
-        send(self.gateway, files)
-        self.gateway.await_synced(files)
+        send(self.gateway, first)
+        self.gateway.await_received(first)
+        self.set("basic", "--user", "ann")
+        self.gateway.await_synced(first)
 
-        # Then
-        self.assertEqual(set(self.archive.kept), self.names(files))
-        self.assertLess(len(sizes), 4 * len(files))
+        # Then it was refused, and all went in smaller ones
+        self.assertGreater(max(counts), most)
+        self.assertEqual(set(self.archive.kept), self.names(first))
+
+        # When more of these come after a restart, then none is refused
+        self.gateway.end()
+        counts.clear()
+        self.start_again()
+        send(self.gateway, second)
+        self.gateway.await_synced(first + second)
+        self.assertLessEqual(max(counts), most)
 
     def test_compressed_answers_are_read(self):
         # Given an archive that compresses whatever it says
@@ -89,9 +102,10 @@ class Habits(AtAnArchive):
         self.assertEqual(set(self.archive.kept), self.names(files))
 
     def test_an_answer_that_grows_without_end_when_it_is_unpacked_is_let_go(self):
-        # Given a gigabyte that comes as one megabyte
+        # Given a gigabyte, in one piece, that comes as some megabytes
         self.set("basic", "--user", "ann")
-        packed = gzip.compress(bytes(1 << 20)) * 1024
+        packer = zlib.compressobj(level=1, wbits=31)  # 31: as gzip
+        packed = b"".join(packer.compress(bytes(1 << 20)) for _ in range(1024)) + packer.flush()
         self.archive.words = lambda _instances: (200, DICOM_JSON, packed, ("Content-Encoding", "gzip"))
         files = self.samples(ct=1)
 

@@ -13,6 +13,7 @@
 #include <QCoro/QCoroTask>
 
 #include <QtCore/QLocale>
+#include <QtCore/QPointer>
 #include <QtCore/QTimer>
 #include <QtWidgets/QHBoxLayout>
 #include <QtWidgets/QScrollArea>
@@ -101,15 +102,34 @@ ArchiveForm::addField(QVBoxLayout &column, const QString &name, TextField *field
     return made;
 }
 
+/// Of files a path is typed or, more often, chosen.
+FormField *
+ArchiveForm::addFileField(QVBoxLayout &column, const QString &name, TextField *field, const QString &hint)
+{
+    FormField *made = addField(column, name, field, hint);
+    auto *choose = new Button(m_parts.theme, ButtonKind::secondary, tr("Choose…"));
+    choose->setAccessibleName(tr("Choose: %1").arg(name));
+    made->addBeside(choose);
+    connect(choose, &QPushButton::clicked, this, [this, name, field] {
+        m_parts.chooseFile(window(), name, [form = QPointer(this), field](const QString &path) {
+            if (form && !path.isEmpty()) {
+                field->setText(path);
+                form->m_isEdited = true;
+            }
+        });
+    });
+    return made;
+}
+
 void ArchiveForm::addFields(QVBoxLayout &column)
 {
     addField(column, tr("User name"), m_userName);
     addField(column, tr("Password"), m_password);
     addField(column, tr("Token"), m_token);
-    addField(column,
-             tr("File of the token"),
-             m_tokenFile,
-             tr("Its whole path. It is read again when it changes."));
+    addFileField(column,
+                 tr("File of the token"),
+                 m_tokenFile,
+                 tr("Its whole path. It is read again when it changes."));
     addField(column, tr("Issuer"), m_issuer, tr("Its web address. What it publishes names the endpoints."));
     addField(column, tr("Client ID"), m_clientId);
     for (const auto &[name, place] : {std::pair(tr("In the header of the request"), SecretIn::header),
@@ -121,14 +141,14 @@ void ArchiveForm::addFields(QVBoxLayout &column)
     m_secretInRow = labelled(tr("How the client shows who it is"), m_secretIn);
     column.addWidget(m_secretInRow);
     m_secretField = addField(column, tr("Client secret"), m_clientSecret);
-    addField(column, tr("File of the key that signs"), m_signingKey, tr("PEM, without a passphrase."));
+    addFileField(column, tr("File of the key that signs"), m_signingKey, tr("PEM, without a passphrase."));
     addField(column, tr("Scope"), m_scope);
     addField(column, tr("Audience"), m_audience);
     addField(column, tr("Token endpoint"), m_tokenEndpoint, tr("Only where the issuer publishes none."));
     addField(column, tr("Device endpoint"), m_deviceEndpoint, tr("Only where the issuer publishes none."));
     column.addWidget(m_withCertificate);
-    m_certificateField = addField(column, tr("File of the client certificate"), m_certificate);
-    addField(column, tr("File of its key"), m_key, tr("Empty where the same file holds both."));
+    m_certificateField = addFileField(column, tr("File of the client certificate"), m_certificate);
+    addFileField(column, tr("File of its key"), m_key, tr("Empty where the same file holds both."));
 }
 
 void ArchiveForm::addFoot(QVBoxLayout &column)

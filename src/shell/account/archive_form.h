@@ -28,6 +28,13 @@ struct ArchiveFormParts
     account::ArchiveSignInViewModel &model;
     account::QuorinAuthViewModel &auth;
     std::function<void(const QUrl &)> openLink;
+
+    /// What a person chose; empty when they changed their mind.
+    using Chosen = std::function<void(const QString &path)>;
+
+    /// Lets a person choose a file; returns at once.
+    std::function<void(QWidget *parent, const QString &title, const Chosen &chosen)> chooseFile;
+
     bool isSetUp = true; ///< images are received, whoever is signed in; false where that isn't sure
 };
 
@@ -71,6 +78,8 @@ private:
     void addFields(QVBoxLayout &column);
     void addFoot(QVBoxLayout &column);
     FormField *addField(QVBoxLayout &column, const QString &name, TextField *field, const QString &hint = {});
+    FormField *
+    addFileField(QVBoxLayout &column, const QString &name, TextField *field, const QString &hint = {});
     QWidget *labelled(const QString &name, ComboBox *box);
     void listen();
     Way way() const;

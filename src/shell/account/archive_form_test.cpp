@@ -34,9 +34,19 @@ struct ArchiveFormTest : account::testing::SessionWorld
         settle();
     }
 
-    ArchiveFormParts parts()
+    ArchiveFormParts parts() { return partsIn(fixture.theme()); }
+
+    ArchiveFormParts partsIn(const Theme &theme)
     {
-        return {fixture.theme(), archive.model, auth, [this](const QUrl &page) { links.append(page); }};
+        return {.theme = theme,
+                .model = archive.model,
+                .auth = auth,
+                .openLink = [this](const QUrl &page) { links.append(page); },
+                .chooseFile =
+                    [this](QWidget *, const QString &title, const auto &chosen) {
+                        asked.append(title);
+                        chosen(chosenFile);
+                    }};
     }
 
     ArchiveForm &open()
@@ -116,6 +126,8 @@ struct ArchiveFormTest : account::testing::SessionWorld
 
     account::testing::FakeArchive archive{*this};
     QList<QUrl> links;
+    QStringList asked; // by whom a file was to be chosen
+    QString chosenFile;
     testing::ThemedWindow fixture;
 };
 
@@ -163,6 +175,30 @@ TEST_F(ArchiveFormTest, AsksForWhatTheClientShowsInPlaceOfASecret)
     choose(QStringLiteral("How the client shows who it is"), 3);
     EXPECT_TRUE(fields().contains(QStringLiteral("File of the client certificate")));
     EXPECT_FALSE(fields().contains(QStringLiteral("File of the key that signs")));
+}
+
+TEST_F(ArchiveFormTest, TakesTheFileThatIsChosen)
+{
+    open();
+    chooseWay(2);
+    const auto pathIn = [this] {
+        return testing::shownOf<TextField>(fixture.window(),
+                                           [](const TextField &one) {
+                                               return one.accessibleName() ==
+                                                      QStringLiteral("File of the token");
+                                           })
+            ->text();
+    };
+
+    chosenFile = QStringLiteral("/srv/token");
+    press(QStringLiteral("Choose…"));
+    EXPECT_EQ(asked, QStringList{QStringLiteral("File of the token")});
+    EXPECT_EQ(pathIn(), chosenFile);
+    picture(QStringLiteral("file"));
+
+    chosenFile.clear(); // the mind was changed
+    press(QStringLiteral("Choose…"));
+    EXPECT_EQ(pathIn(), QStringLiteral("/srv/token"));
 }
 
 TEST_F(ArchiveFormTest, SignsInByWhatIsTypedAndKeepsNothingSecretInTheFields)
@@ -340,8 +376,7 @@ TEST_F(ArchiveFormTest, ClipsNothingInGermanNorWhereWordsAreLong)
             QCoreApplication::installTranslator(&wordy);
         }
         testing::ThemedWindow window;
-        ArchiveForm &form = window.add(new ArchiveForm(
-            {window.theme(), archive.model, auth, [this](const QUrl &page) { links.append(page); }}));
+        ArchiveForm &form = window.add(new ArchiveForm(partsIn(window.theme())));
         window.window().resize(430, 800);
         EXPECT_TRUE(window.show());
         auto *ways = form.findChildren<ComboBox *>().first();

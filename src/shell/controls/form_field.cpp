@@ -4,13 +4,14 @@
 #include "shell/controls/text_label.h"
 #include "shell/theme/theme.h"
 
+#include <QtWidgets/QHBoxLayout>
 #include <QtWidgets/QVBoxLayout>
 
 namespace gateway::shell {
 
 FormField::FormField(
     const Theme &theme, const QString &label, TextField *field, const QString &hint, QWidget *parent)
-    : QWidget(parent), m_field(field), m_hint(hint),
+    : QWidget(parent), m_field(field), m_line(new QHBoxLayout), m_hint(hint),
       m_below(new TextLabel(theme, hint, TypeStyle::small, Color::muted))
 {
     auto *column = new QVBoxLayout(this);
@@ -19,12 +20,19 @@ FormField::FormField(
     auto *name = new TextLabel(theme, label, TypeStyle::small, Color::text2);
     name->setBuddy(field);
     column->addWidget(name);
-    column->addWidget(field);
+    m_line->setSpacing(theme.space(Space::gap));
+    m_line->addWidget(field, 1);
+    column->addLayout(m_line);
     m_below->setWordWrap(true);
     m_below->setVisible(!hint.isEmpty());
     column->addWidget(m_below);
     field->setAccessibleName(label);
     field->setAccessibleDescription(hint);
+}
+
+void FormField::addBeside(QWidget *part)
+{
+    m_line->addWidget(part);
 }
 
 void FormField::setHint(const QString &hint)

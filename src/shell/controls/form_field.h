@@ -2,6 +2,8 @@
 
 #include <QtWidgets/QWidget>
 
+class QHBoxLayout;
+
 namespace gateway::shell {
 
 class TextField;
@@ -23,6 +25,9 @@ public:
               const QString &hint = {},
               QWidget *parent = nullptr);
 
+    /// Puts something to press at the end of the field's line; it becomes a child.
+    void addBeside(QWidget *part);
+
     /// What stands below the field while nothing is wrong.
     void setHint(const QString &hint);
 
@@ -33,6 +38,7 @@ private:
     void showBelow();
 
     TextField *m_field;
+    QHBoxLayout *m_line; // the field and what is beside it
     QString m_hint;
     QString m_reason;
     TextLabel *m_below;

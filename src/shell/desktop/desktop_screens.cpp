@@ -101,6 +101,14 @@ void chooseFolder(QWidget *parent, const QString &title, const WizardParts::Chos
     ask(*dialog, chosen);
 }
 
+void chooseFile(QWidget *parent, const QString &title, const WizardParts::Chosen &chosen)
+{
+    auto *dialog = new QFileDialog(parent, title);
+    dialog->setFileMode(QFileDialog::ExistingFile);
+    dialog->setLabelText(QFileDialog::Accept, DesktopScreens::tr("Choose"));
+    ask(*dialog, chosen);
+}
+
 void chooseSummaryFile(QWidget *parent, const QString &suggestedName, const WizardParts::Chosen &chosen)
 {
     auto *dialog = new QFileDialog(parent,
@@ -249,6 +257,7 @@ PreferencesParts DesktopScreens::preferencesParts()
                             [](QWidget *parent, const WizardParts::Chosen &chosen) {
                                 chooseFolder(parent, tr("Select Destination Folder"), chosen);
                             },
+                        .chooseFile = chooseFile,
                         .openLink = openLink,
                         .termsAccepted = [this] { m_rules.termsAccepted(); }}};
 }
@@ -274,6 +283,7 @@ WizardParts DesktopScreens::wizardParts()
                                 chooseFolder(parent, tr("Select Incoming Files Folder"), chosen);
                             },
                         .chooseExportFile = chooseSummaryFile,
+                        .chooseFile = chooseFile,
                         .openLink = openLink},
             .storePage = m_models.runtime.deployment.storePage,
             .actions = {.completed = [this] { post(core::kOpenDashboard); },
@@ -337,7 +347,7 @@ Sheet *DesktopScreens::makeSignInSheet(QWidget *window)
 {
     account::QuorinAuthViewModel &auth = m_models.cloud.auth;
     if (account::ArchiveSignInViewModel *archive = m_models.cloud.archive) {
-        return new ArchiveSignInSheet({m_theme, *archive, auth, openLink}, window);
+        return new ArchiveSignInSheet({m_theme, *archive, auth, openLink, chooseFile}, window);
     }
     return new SignInSheet(m_theme, auth, window);
 }

@@ -729,6 +729,8 @@
 <message><source>PEM, with its chain.</source><translation>PEM, mit seiner Kette.</translation></message>
 <message><source>Only where the client was given one.</source><translation>Nur, wenn der Client eines bekommen hat.</translation></message>
 <message><source>Images are still received and kept.</source><translation>Bilder werden weiter empfangen und aufbewahrt.</translation></message>
+<message><source>Choose…</source><translation>Wählen …</translation></message>
+<message><source>Choose: %1</source><translation>Wählen: %1</translation></message>
 </context>
 <context><name>gateway::shell::ArchiveSignInSheet</name>
 <message><source>Sign In</source><translation>Anmelden</translation></message>

@@ -98,7 +98,11 @@ void AccountSettingsPane::addArchive()
     if (account.archive == nullptr) {
         return;
     }
-    m_archive = new ArchiveForm({theme(), *account.archive, account.model.auth(), m_parts.actions.openLink});
+    m_archive = new ArchiveForm({.theme = theme(),
+                                 .model = *account.archive,
+                                 .auth = account.model.auth(),
+                                 .openLink = m_parts.actions.openLink,
+                                 .chooseFile = m_parts.actions.chooseFile});
     page().addCard({}).body().addWidget(m_archive); // which says itself what it is about
     m_trialCard = &page().addCard(tr("Try the Archive Out"));
     m_trialCard->body().addWidget(new ArchiveTrialPanel(theme(), *account.archive));

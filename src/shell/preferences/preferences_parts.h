@@ -70,6 +70,7 @@ struct PreferencesParts
 
         std::function<void()> openSetupWizard;
         std::function<void(QWidget *parent, const Chosen &chosen)> chooseFolder;
+        std::function<void(QWidget *parent, const QString &title, const Chosen &chosen)> chooseFile;
         std::function<void(const QUrl &)> openLink;
         std::function<void()> termsAccepted;
     };

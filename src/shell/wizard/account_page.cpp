@@ -53,8 +53,12 @@ void AccountPage::addSignIn()
     auto *email = new FormField(theme(), tr("Email"), m_email);
     auto *password = new FormField(theme(), tr("Password"), m_password);
     if (m_parts.archive != nullptr) {
-        m_archive =
-            new ArchiveForm({theme(), *m_parts.archive, m_parts.auth, m_parts.openLink, /*isSetUp=*/false});
+        m_archive = new ArchiveForm({.theme = theme(),
+                                     .model = *m_parts.archive,
+                                     .auth = m_parts.auth,
+                                     .openLink = m_parts.openLink,
+                                     .chooseFile = m_parts.chooseFile,
+                                     .isSetUp = false});
         body.addWidget(m_archive);
     }
     for (QWidget *part : {static_cast<QWidget *>(email), static_cast<QWidget *>(password)}) {

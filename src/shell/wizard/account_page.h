@@ -2,6 +2,7 @@
 
 #include "platform/concurrency/task_scope.h"
 #include "shell/wizard/wizard_page.h"
+#include "shell/wizard/wizard_parts.h"
 
 #include <QCoro/QCoroTask>
 
@@ -41,6 +42,7 @@ public:
         platform::WorkerPool &pool;
         QUrl storePage; ///< empty: there is none to lead to
         std::function<void(const QUrl &)> openLink;
+        decltype(WizardParts::Dialogs::chooseFile) chooseFile;
     };
 
     explicit AccountPage(const Parts &parts);

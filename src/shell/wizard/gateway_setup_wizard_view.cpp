@@ -85,7 +85,8 @@ void GatewaySetupWizardView::addPages()
                              .main = m_parts.setup.main,
                              .pool = m_parts.setup.pool,
                              .storePage = m_parts.storePage,
-                             .openLink = m_parts.dialogs.openLink}));
+                             .openLink = m_parts.dialogs.openLink,
+                             .chooseFile = m_parts.dialogs.chooseFile}));
     addPage(m_summary);
 }
 

@@ -39,6 +39,7 @@ struct WizardParts
         std::function<void(QWidget *parent, const Chosen &chosen)> chooseFolder;
         std::function<void(QWidget *parent, const QString &suggestedName, const Chosen &chosen)>
             chooseExportFile;
+        std::function<void(QWidget *parent, const QString &title, const Chosen &chosen)> chooseFile;
 
         std::function<void(const QUrl &)> openLink;
     };

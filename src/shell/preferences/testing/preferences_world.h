@@ -66,6 +66,7 @@ struct PreferencesWorld : wizard::testing::SetupWorld
                 .kept = {.settings = appSettings, .defaults = defaults, .main = main},
                 .actions = {.openSetupWizard = [this] { ++wizards; },
                             .chooseFolder = [this](QWidget *, const auto &chosen) { chosen(chosenFolder); },
+                            .chooseFile = [](QWidget *, const QString &, const auto &chosen) { chosen({}); },
                             .openLink = [this](const QUrl &page) { links.append(page); },
                             .termsAccepted = [this] { ++acceptances; }}};
     }

@@ -42,6 +42,7 @@ struct WizardScreenWorld : wizard::testing::SetupWorld
                                     suggestedName = name;
                                     chosen(exportFile);
                                 },
+                            .chooseFile = [](QWidget *, const QString &, const auto &chosen) { chosen({}); },
                             .openLink = [this](const QUrl &page) { links.append(page); }},
                 .storePage = storePage,
                 .actions = {.completed = [this] { ++completed; },
