@@ -79,7 +79,8 @@ class Hardening(EndToEndTest):
         self.process = self.gateway.process.pid
 
     def test_keeps_no_core(self):
-        self.assertNotIn(resource.getrlimit(resource.RLIMIT_CORE)[0], (0, 1), "this machine keeps none in any case")
+        if resource.getrlimit(resource.RLIMIT_CORE)[0] in (0, 1):
+            self.skipTest("this machine keeps none in any case")
         self.assertEqual(limit_of(self.process, "Max core file size"), 1)
 
         self.gateway.process.send_signal(signal.SIGABRT)
