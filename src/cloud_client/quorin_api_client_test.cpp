@@ -3,14 +3,15 @@
 #include "cloud_client/qrn_status_api.h"
 #include "cloud_client/testing/client_fixture.h"
 
+#include <QtCore/QDir>
+#include <QtCore/QFile>
+
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <atomic>
 #include <future>
 #include <memory>
@@ -114,30 +115,31 @@ TEST(QuorinApiClient, BelievesThatAFreshConnectionHasTimedOut)
     EXPECT_EQ(service.server.requests().size(), 1);
 }
 
+/// Asked of the system, and not of the descriptors: those of the server's threads come and go.
 TEST(QuorinApiClient, KeepsItsSocketsFromProgramsStartedLater)
 {
     ScriptedService service(kAnswerEmpty);
     service.client.request(get("/ping"));
 
-    int connections = 0;
     int sockets = 0;
-    for (int descriptor = STDERR_FILENO + 1; descriptor < 1024; ++descriptor) {
-        struct stat status = {};
-        if (::fstat(descriptor, &status) != 0 || !S_ISSOCK(status.st_mode)) {
+    const QDir::Filters all = QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot;
+    for (const QString &number : QDir(QStringLiteral("/proc/self/fd")).entryList(all)) {
+        std::array<char, 64> target{};
+        const QByteArray link = "/proc/self/fd/" + number.toLatin1();
+        QFile information(QStringLiteral("/proc/self/fdinfo/") + number);
+        const bool isSocket = ::readlink(link.constData(), target.data(), target.size() - 1) > 0 &&
+                              QByteArray(target.data()).startsWith("socket:");
+        if (number.toInt() <= STDERR_FILENO || !isSocket || !information.open(QIODevice::ReadOnly)) {
             continue;
         }
+        const QByteArray told = information.readAll();
+        const QByteArray flags = told.mid(told.indexOf("flags:") + 6).trimmed();
         ++sockets;
-        EXPECT_NE(::fcntl(descriptor, F_GETFD) & FD_CLOEXEC, 0) << descriptor;
-        sockaddr_in peer = {};
-        socklen_t length = sizeof peer;
-        if (::getpeername(descriptor, reinterpret_cast<sockaddr *>(&peer), &length) == 0 &&
-            peer.sin_family == AF_INET && ntohs(peer.sin_port) == service.server.url().port()) {
-            ++connections;
-        }
+        EXPECT_NE(flags.left(flags.indexOf('\n')).trimmed().toInt(nullptr, 8) & O_CLOEXEC, 0)
+            << told.toStdString();
     }
 
-    EXPECT_EQ(connections, 1);
-    EXPECT_GT(sockets, connections); // those by which the library wakes itself, and the server's
+    EXPECT_GT(sockets, 1); // the connection, and those by which the library wakes itself
 }
 
 TEST(QuorinApiClient, ServesManyThreadsAtOnce)

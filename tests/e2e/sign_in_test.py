@@ -240,7 +240,7 @@ class BesidesASignIn(AtAnArchive):
             return None
         self.archive.guard = guard
         self.send_in_batches()
-        first, second = self.samples(ct=16), self.samples(seed=2, ct=16)
+        first, second = self.samples(ct=16), self.samples(seed=2, ct=12)  # fewer requests than a larger one is tried after
         send(self.gateway, first)
         self.gateway.await_received(first)
         self.set("none")
