@@ -155,7 +155,8 @@ void AppDelegate::checkForUpdates()
 
 void AppDelegate::showDimseError(const QVariantMap &userInfo)
 {
-    if (m_with.face.isSetupWizardVisible() || m_with.isApplyingSetup()) {
+    const bool isKnown = userInfo.value(receive::kListenerFailureIsKnownKey).toBool();
+    if (isKnown || m_with.face.isSetupWizardVisible() || m_with.isApplyingSetup()) {
         return;
     }
     m_with.face.showAlert(QCoreApplication::translate("Listener", "DIMSE Listener Error"),

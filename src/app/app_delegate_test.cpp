@@ -158,6 +158,10 @@ TEST_F(Launch, ShowsAnAlertForAListenerThatFailed)
     m_world.receive.notifications.post(core::kStoreListenerError, {{core::kMessageKey, u"No port."_qs}});
 
     EXPECT_EQ(m_world.face.shown, QStringList{u"DIMSE Listener Error: No port."_qs});
+    m_world.receive.notifications.post(
+        core::kStoreListenerError,
+        {{core::kMessageKey, u"No port."_qs}, {receive::kListenerFailureIsKnownKey, true}});
+    EXPECT_EQ(m_world.face.shown.size(), 1) << "it was told already";
 }
 
 TEST_F(Launch, ShowsNoAlertWhileTheWizardIsVisible)

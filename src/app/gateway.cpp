@@ -128,7 +128,7 @@ void Gateway::startWatches()
                 return inbox == kPresentInbox ? lookAtPresentInbox() : folders.lookAt(inbox);
             },
             [&folders](const QString &inbox, bool isSilent) { folders.setSilent(inbox, isSilent); }},
-        [this](const QString &path) { m_receiving.store->listenerService().offerInboxFile(path); },
+        [this](const QString &path) { return m_receiving.store->listenerService().offerInboxFile(path); },
         [this](const state::InboxFigures &inbox) {
             m_ground.main.post([this, inbox] { inboxesWereSeen(inbox); });
         });
@@ -198,6 +198,7 @@ void Gateway::say(const QString &sentence)
 void Gateway::terminate()
 {
     m_doors.delegate->applicationWillTerminate();
+    m_receiving.store->listenerService().endListener();
     m_doors.upkeep.finish();
     m_ground.index.former().noteOrderlyEnd();
     m_doors.health->close();

@@ -11,7 +11,7 @@ namespace gateway::receive {
 
 InboxWatch::InboxWatch(platform::Clock &clock,
                        Inboxes inboxes,
-                       std::function<void(const QString &path)> offer,
+                       std::function<bool(const QString &path)> offer,
                        std::function<void(const state::InboxFigures &)> tell)
     : m_clock(clock), m_with(std::move(inboxes)), m_offer(std::move(offer)), m_tell(std::move(tell)),
       m_task("inbox-watch", [this](const std::stop_token &stop) {
@@ -81,11 +81,15 @@ InboxWatch::Found InboxWatch::lookInto(const QString &inbox, const Seen &before)
     for (const QString &path : platform::completeInboxFiles(sight.folder)) {
         const auto first = before.constFind(path);
         found.seen.insert(path, first == before.constEnd() ? now : *first);
-        if (first != before.constEnd()) {
+        if (first == before.constEnd()) {
+            continue;
+        }
+        if (m_offer(path)) {
             ++found.figures.waiting;
             found.figures.longestWait =
                 std::max(found.figures.longestWait, std::chrono::floor<std::chrono::seconds>(now - *first));
-            m_offer(path);
+        } else {
+            ++found.figures.notRemoved;
         }
     }
     return found;
@@ -110,6 +114,7 @@ void InboxWatch::tell() const
         const state::InboxFigures &figures = inbox.found.figures;
         all.setAside += figures.setAside;
         all.waiting += figures.waiting;
+        all.notRemoved += figures.notRemoved;
         all.longestWait = std::max(all.longestWait, figures.longestWait);
         all.outOfSight += figures.outOfSight;
     }

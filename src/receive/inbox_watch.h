@@ -51,12 +51,13 @@ public:
     };
 
     /// \param clock  borrowed; outlives this.
-    /// \param offer  takes the path of a complete file, and returns at once.
+    /// \param offer  takes the path of a complete file, and returns at once: false where it was taken in
+    /// already and only its removal is left.
     /// \param tell   is told what lies there, at the end of each look and when one doesn't end. Returns at
     /// once.
     InboxWatch(platform::Clock &clock,
                Inboxes inboxes,
-               std::function<void(const QString &path)> offer,
+               std::function<bool(const QString &path)> offer,
                std::function<void(const state::InboxFigures &)> tell);
     ~InboxWatch();
 
@@ -89,7 +90,7 @@ private:
 
     platform::Clock &m_clock;
     const Inboxes m_with;
-    const std::function<void(const QString &path)> m_offer;
+    const std::function<bool(const QString &path)> m_offer;
     const std::function<void(const state::InboxFigures &)> m_tell;
 
     std::map<QString, Inbox> m_inboxes; // touched on m_queue only

@@ -74,13 +74,17 @@ protected:
     std::binary_semaphore m_answers{1};
     QList<std::pair<QString, bool>> m_silences; // told before the figures are
     QStringList m_offered;                      // changed by the looks of the inbox, read between them
+    bool m_takes = true;                        // what it is offered, and not to remove it alone
     Told m_told;
     InboxWatch m_watch{
         m_world.clock,
         {[this] { return m_inboxes; },
          [this](const QString &inbox) { return sightOf(inbox); },
          [this](const QString &inbox, bool isSilent) { m_silences.append({inbox, isSilent}); }},
-        [this](const QString &path) { m_offered.append(path); },
+        [this](const QString &path) {
+            m_offered.append(path);
+            return m_takes;
+        },
         [this](const state::InboxFigures &figures) { m_told.set(figures); }};
 };
 
@@ -111,6 +115,20 @@ TEST_F(Watch, OffersAFileThatLiesThereAtTwoLooksAndAgainWhileItStays)
     ASSERT_TRUE(QFile::remove(path));
     look();
     EXPECT_EQ(m_offered.size(), 2);
+}
+
+TEST_F(Watch, CountsApartWhatWasTakenInAndCannotLeave)
+{
+    awaitFirstLook();
+    const QString path = m_world.receivedFile("DICM");
+    look();
+    look();
+    EXPECT_EQ(m_told.figures().waiting, 1);
+    m_takes = false;
+    look();
+
+    EXPECT_EQ(m_told.figures(), (state::InboxFigures{.notRemoved = 1}));
+    EXPECT_EQ(m_offered.size(), 2) << "its removal is tried again";
 }
 
 TEST_F(Watch, TellsHowManyWaitAndForHowLongWhateverTheirTimesSay)

@@ -454,8 +454,21 @@ void IncomingFolders::remember(const Note &entered, bool isByHand)
     const platform::MutexLock lock(m_mutex);
     m_emptyBefore.removeAll(entered);
     if (!m_entered.contains(entered)) {
-        m_entered.removeIf(isItself);
+        const bool isInPlaceOfOther = m_entered.removeIf(isItself) > 0;
+        m_enteredFirst = isInPlaceOfOther ? Note() : entered;
         m_entered.append(entered);
+        keep();
+    } else if (m_enteredFirst == entered) {
+        m_enteredFirst = {};
+    }
+}
+
+void IncomingFolders::takeBack(const QString &id)
+{
+    const platform::MutexLock lock(m_mutex);
+    if (m_inUse.id == id && m_inUse == m_enteredFirst && m_entered.removeOne(m_inUse)) {
+        m_inUse = {};
+        m_nameInUse.clear();
         keep();
     }
 }

@@ -117,6 +117,10 @@ public:
         const QString &folder, const std::function<bool()> &isWanted = [] { return true; })
         QUORIN_EXCLUDES(m_mutex, m_lockMutex);
 
+    /// Forgets the folder with this number where it was entered last and never before: no listener could work
+    /// in it after all, so nothing of one lies there. Asks no disk but that of the defaults.
+    void takeBack(const QString &id) QUORIN_EXCLUDES(m_mutex);
+
     /// The number of the folder that was entered last; empty where it has none.
     QString idInUse() const QUORIN_EXCLUDES(m_mutex);
 
@@ -166,6 +170,7 @@ private:
     QList<Note> m_entered QUORIN_GUARDED_BY(m_mutex); // in the order in which they were first used
     Note m_inUse QUORIN_GUARDED_BY(m_mutex);          // the one entered last
     QString m_nameInUse QUORIN_GUARDED_BY(m_mutex);   // as it was named then: links may lead elsewhere now
+    Note m_enteredFirst QUORIN_GUARDED_BY(m_mutex);   // one that was noted last, in no other's place
     QString m_presentName QUORIN_GUARDED_BY(m_mutex); // of the folder by the settings at the last look
     QSet<QString> m_silent QUORIN_GUARDED_BY(m_mutex);
     QList<Note> m_emptyBefore QUORIN_GUARDED_BY(m_mutex);

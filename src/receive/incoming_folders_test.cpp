@@ -306,6 +306,29 @@ TEST_F(Folders, KnowWhenTheOneInUseIsExchanged)
     EXPECT_NE(m_folders.idInUse(), id);
 }
 
+TEST_F(Folders, ForgetOneInWhichNoListenerCouldWorkAfterAll)
+{
+    const QString folder = inbox(u"inbox"_qs);
+    choose(folder);
+    m_folders.enter(folder);
+    ASSERT_TRUE(QDir().rename(folder, path(u"away"_qs)) && QDir().mkpath(folder + u"/.part/order"_qs));
+    ASSERT_EQ(m_folders.enter(folder), std::nullopt);
+    EXPECT_EQ(m_folders.outOfSight(), QStringList{folder});
+
+    m_folders.takeBack(m_folders.idInUse());
+
+    ASSERT_TRUE(QDir().rename(folder, path(u"other"_qs)) && QDir().rename(path(u"away"_qs), folder));
+    EXPECT_EQ(m_folders.outOfSight(), QStringList());
+    const IncomingFolders restarted(m_defaults, m_settings, {m_former, m_home.path()});
+    EXPECT_EQ(restarted.outOfSight(), QStringList());
+
+    // One in which a listener worked before isn't forgotten for a start that failed.
+    m_folders.enter(folder);
+    m_folders.takeBack(m_folders.idInUse());
+    ASSERT_TRUE(QDir().rename(folder, path(u"away"_qs)));
+    EXPECT_EQ(m_folders.outOfSight(), QStringList{folder});
+}
+
 TEST_F(Folders, RememberTheOneThatWasUsedThoughAnotherOneStandsInItsPlace)
 {
     const QString elsewhere = path(u"elsewhere"_qs);

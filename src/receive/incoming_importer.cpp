@@ -42,6 +42,17 @@ void IncomingImporter::fileFound(const QString &path)
     enqueue({path, std::nullopt, true});
 }
 
+bool IncomingImporter::awaitsRemoval(const QString &path) const
+{
+    {
+        const platform::MutexLock lock(m_mutex);
+        if (!m_decided.contains(path)) {
+            return false;
+        }
+    }
+    return QFileInfo::exists(path); // outside the lock: a share may take its time
+}
+
 void IncomingImporter::enqueue(Item item)
 {
     if (!takeInHand(item)) {

@@ -70,6 +70,9 @@ public:
     /// again for one file: what has been imported but could not be removed is only removed then.
     void fileFound(const QString &path);
 
+    /// Whether the fate of a file in the inbox is decided and it is only still to be removed from there.
+    bool awaitsRemoval(const QString &path) const QUORIN_EXCLUDES(m_mutex);
+
 private:
     struct Item
     {

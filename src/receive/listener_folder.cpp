@@ -21,7 +21,10 @@ ListenerFolder::Entered ListenerFolder::enter(const std::function<bool()> &isWan
 {
     Entered entered{resolve(), {}, {}, {}, std::nullopt};
     entered.inbox = entered.path.value_or(m_defaultFolder);
-    entered.obstacle = m_folders.enter(entered.inbox, isWanted);
+    if (auto why = m_folders.enter(entered.inbox, isWanted)) {
+        const bool isSeenByLooks = m_folders.obstacleTo(entered.inbox) == why;
+        entered.obstacle = Entered::Obstacle{std::move(*why), isSeenByLooks};
+    }
     entered.standing = folderStanding(entered.inbox);
     entered.id = m_folders.idInUse();
     return entered;

@@ -27,11 +27,18 @@ public:
 
     struct Entered
     {
+        /// Why no listener can work there now.
+        struct Obstacle
+        {
+            platform::Sentence why; ///< for people
+            bool isSeenByLooks;     ///< `IncomingFolders::lookAtPresent` tells it as well, while it lasts
+        };
+
         std::optional<QString> path; ///< for the receiver; nothing when no folder is configured
         QString inbox;               ///< where files arrive
         QString id;                  ///< the number that it keeps; empty where it has none
         QString standing;            ///< as `folderStanding` tells it, as it was entered
-        std::optional<platform::Sentence> obstacle; ///< why no listener can work there now, for people
+        std::optional<Obstacle> obstacle;
     };
 
     /// Enters the folder by the settings of this moment, as `IncomingFolders::enter` does. Blocks for as long

@@ -6,6 +6,8 @@
 namespace gateway::receive {
 namespace {
 
+using namespace std::chrono_literals;
+
 using testing::ReceiveWorld;
 
 /// The listener, and what becomes of its incoming folder while it is to run.
@@ -53,6 +55,7 @@ TEST_F(ListenerFolderInLife, StartsByItselfWhenTheFolderInWhichItCouldNotWorkHas
     m_world.service->incomingFolderWasSeen(folders.lookAtPresent());
     EXPECT_EQ(m_world.scps.size(), 1U) << "it would fail again";
     EXPECT_EQ(m_world.service->state(), state::ListenerState::failed);
+    EXPECT_EQ(folders.known() + folders.outOfSight(), QStringList()) << "nothing was received there";
 
     ASSERT_TRUE(QDir().rename(m_world.inbox() + u"/.part"_qs, m_world.inbox() + u"/.former"_qs));
     ASSERT_TRUE(QDir().mkdir(m_world.inbox() + u"/.part"_qs));
@@ -60,6 +63,56 @@ TEST_F(ListenerFolderInLife, StartsByItselfWhenTheFolderInWhichItCouldNotWorkHas
 
     ASSERT_EQ(m_world.scps.size(), 2U);
     EXPECT_EQ(m_world.scps.back()->config().port, 1115);
+}
+
+/// A quota or a cable that was mended leaves everything as it looked before.
+TEST_F(ListenerFolderInLife, IsTriedAgainAfterAWhileThoughNothingThereHasChanged)
+{
+    m_world.settings.gatewaySetupCompleted.set(true);
+    m_world.settings.gatewaySetupVersion.set(1);
+    IncomingFolders &folders = m_world.incomingFolders;
+    m_world.service->startListener();
+    for (qsizetype tries = 1; tries <= 3; ++tries) {
+        m_world.scps.back()->config();
+        m_world.scps.back()->end(platform::StoreSCP::kFolderRefused);
+        m_world.waitUntil([&] { return m_world.errors.size() == tries; });
+        EXPECT_EQ(m_world.isLastErrorKnown, tries > 1);
+        m_world.clock.advance(StoreListenerService::kNextTry - 1s);
+        m_world.service->incomingFolderWasSeen(folders.lookAtPresent());
+        ASSERT_EQ(m_world.scps.size(), static_cast<std::size_t>(tries));
+
+        m_world.clock.advance(1s);
+        m_world.service->incomingFolderWasSeen(folders.lookAtPresent());
+
+        ASSERT_EQ(m_world.scps.size(), static_cast<std::size_t>(tries) + 1);
+        m_world.service->incomingFolderWasSeen(folders.lookAtPresent()); // while it starts
+    }
+    m_world.scps.back()->config();
+    m_world.scps.back()->listen();
+    m_world.waitUntil([this] { return m_world.service->state() == state::ListenerState::listening; });
+    EXPECT_EQ(m_world.scps.size(), 4U);
+}
+
+/// What a look can't see, such as why the folder can't be made, is no reason for a try at each look.
+TEST_F(ListenerFolderInLife, IsNotTriedAtEachLookWhereOnlyATryTellsWhatIsInTheWay)
+{
+    m_world.settings.gatewaySetupCompleted.set(true);
+    m_world.settings.gatewaySetupVersion.set(1);
+    QFile file(m_world.path(u"file"_qs));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    m_world.settings.listenerDestinationFolder.set(file.fileName() + u"/inbox"_qs);
+    m_world.service->startListener();
+    m_world.waitUntil([this] { return !m_world.errors.isEmpty(); });
+    EXPECT_TRUE(m_world.errors.front().contains(u"can't be used"_qs)) << m_world.errors.front().toStdString();
+
+    m_world.service->incomingFolderWasSeen(m_world.incomingFolders.lookAtPresent());
+
+    EXPECT_EQ(m_world.service->state(), state::ListenerState::failed);
+    m_world.clock.advance(StoreListenerService::kNextTry);
+    m_world.service->incomingFolderWasSeen(m_world.incomingFolders.lookAtPresent());
+    EXPECT_EQ(m_world.service->state(), state::ListenerState::starting);
+    m_world.waitUntil([this] { return m_world.errors.size() == 2; });
+    EXPECT_TRUE(m_world.isLastErrorKnown);
 }
 
 TEST_F(ListenerFolderInLife, DoesNotStartByItselfWhatAPersonSwitchedOffOrWhatWasNotRefused)

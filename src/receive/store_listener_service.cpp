@@ -1,8 +1,6 @@
 #include "receive/store_listener_service.h"
 
 #include "core/notification_names.h"
-#include "core/store_errors.h"
-#include "log/writing/redaction.h"
 #include "platform/dicom/inbox_files.h"
 #include "receive/bonjour_record.h"
 #include "receive/listener_config.h"
@@ -12,39 +10,10 @@
 
 namespace gateway::receive {
 
-using log::GatewayLogAction;
-using log::GatewayLogCategory;
-using log::GatewayLogLevel;
-using log::GatewayLogOutcome;
 using platform::StoreSCPInterruption;
 
-namespace {
-
-const QString kPort = QStringLiteral("port");
-const QString kReason = QStringLiteral("reason");
-
-QString reasonOf(StoreSCPInterruption::Cause cause)
-{
-    switch (cause) {
-    case StoreSCPInterruption::Cause::ended:
-        return QStringLiteral("process_ended");
-    case StoreSCPInterruption::Cause::silent:
-        return QStringLiteral("process_gave_no_sign_of_life");
-    case StoreSCPInterruption::Cause::notStarted:
-        return QStringLiteral("restart_failed");
-    }
-    return {};
-}
-
-log::GatewayLogError logError(const core::StoreError &error)
-{
-    return log::redactedError(QStringLiteral("QuorinGateway.StoreError"), 1, error.message);
-}
-
-} // namespace
-
 StoreListenerService::StoreListenerService(Collaborators collaborators, Places places)
-    : m_with(std::move(collaborators)), m_places(std::move(places)),
+    : m_with(std::move(collaborators)), m_places(std::move(places)), m_log(m_with.logEmitter),
       m_importer(
           std::make_shared<IncomingImporter>(IncomingImporter::Collaborators{m_with.dbService,
                                                                              m_with.logEmitter,
@@ -69,6 +38,12 @@ StoreListenerService::~StoreListenerService()
 void StoreListenerService::startListener()
 {
     Q_ASSERT(m_with.main.isCurrent());
+    m_refusal.reset();
+    start();
+}
+
+void StoreListenerService::start()
+{
     const core::DCMListenerSettings settings = core::DCMListenerSettings::load(m_with.defaults);
     if (!mayStart(settings)) {
         return;
@@ -82,8 +57,6 @@ void StoreListenerService::startListener()
     m_storeListener = run.scp;
     m_interruption.reset();
     m_hasFailed = false;
-    m_refusal.reset();
-    m_refusedStanding.reset();
     publishBonjourService(settings);
     tellWhetherListening();
     launch(std::move(run));
@@ -108,14 +81,11 @@ void StoreListenerService::tellWhetherListening()
 
 bool StoreListenerService::mayStart(const core::DCMListenerSettings &settings)
 {
-    const QString port = QString::number(settings.port);
     const auto skip = [&](const QString &reason) {
-        logListener(GatewayLogAction::listenerStartRequested,
-                    GatewayLogOutcome::skipped,
-                    {{kReason, reason}, {kPort, port}});
+        m_log.startSkipped(settings.port, reason);
         return false;
     };
-    logListener(GatewayLogAction::listenerStartRequested, GatewayLogOutcome::started, {{kPort, port}});
+    m_log.startRequested(settings.port);
     if (!settings.isEnabled.value_or(true)) {
         return skip(QStringLiteral("listener_disabled"));
     }
@@ -188,8 +158,9 @@ bool StoreListenerService::enterFolder(const std::weak_ptr<StoreListenerService>
     }
     if (entered.obstacle) {
         self->retireRun(run.id);
-        self->m_with.main.post(
-            weak, [service = self.get(), run, why = *entered.obstacle] { service->refuseStart(run, why); });
+        self->m_with.main.post(weak, [service = self.get(), run, obstacle = *entered.obstacle] {
+            service->refuseStart(run, obstacle);
+        });
     }
     return !entered.obstacle;
 }
@@ -299,18 +270,11 @@ void StoreListenerService::keepOrder()
 void StoreListenerService::runEnded(const Run &run, std::int32_t result)
 {
     if (!wasStopped(run.id)) {
-        const QString port = QString::number(run.config.port);
         if (result == 0) {
-            logListener(
-                GatewayLogAction::listenerStartSucceeded, GatewayLogOutcome::succeeded, {{kPort, port}});
+            m_log.startSucceeded(run.config.port);
         } else {
             m_with.observer.listenerFailed();
-            logListener(
-                GatewayLogAction::listenerStartFailed,
-                GatewayLogOutcome::failed,
-                {{kPort, port}, {QStringLiteral("listener_result"), QString::number(result)}},
-                GatewayLogLevel::error,
-                logError(core::StoreError(QStringLiteral("startListeningAETitle returned non-zero result"))));
+            m_log.startFailed(run.config.port, result);
             const bool isOfFolder = result == platform::StoreSCP::kFolderRefused;
             m_with.main.post(weak_from_this(), [this, run, isOfFolder] { startFailed(run, isOfFolder); });
         }
@@ -346,21 +310,25 @@ bool StoreListenerService::endStart(const Run &run)
 }
 
 /// Tells that the listener doesn't even try to start.
-void StoreListenerService::refuseStart(const Run &run, const platform::Sentence &why)
+void StoreListenerService::refuseStart(const Run &run, const ListenerFolder::Entered::Obstacle &obstacle)
 {
     if (!endStart(run)) {
         return;
     }
     m_formerListener = run.former;
     m_with.observer.listenerFailed();
-    logListener(GatewayLogAction::listenerStartFailed,
-                GatewayLogOutcome::failed,
-                {},
-                GatewayLogLevel::error,
-                logError(core::StoreError(why.inEnglish())));
-    m_refusal = why;
+    m_log.startRefused(obstacle.why);
+    tellRefusal(run, obstacle.why, obstacle.isSeenByLooks);
+}
+
+void StoreListenerService::tellRefusal(const Run &run, const platform::Sentence &why, bool isSeenByLooks)
+{
+    const bool isKnown = m_refusal && m_refusal->why == why;
+    m_refusal = Refusal{why, run.standing, isSeenByLooks, m_with.clock.monotonic() + kNextTry};
     tellWhetherListening();
-    m_with.notifications.post(core::kStoreListenerError, {{core::kMessageKey, QVariant::fromValue(why)}});
+    m_with.notifications.post(
+        core::kStoreListenerError,
+        {{core::kMessageKey, QVariant::fromValue(why)}, {kListenerFailureIsKnownKey, isKnown}});
 }
 
 void StoreListenerService::incomingFolderWasSeen(const IncomingFolders::Sight &sight)
@@ -374,16 +342,18 @@ void StoreListenerService::incomingFolderWasSeen(const IncomingFolders::Sight &s
     const bool isWanted = !core::isSetupRequired(m_with.settings) &&
                           core::DCMListenerSettings::load(m_with.defaults).isEnabled.value_or(true);
     if (isWanted && isWorthATry(sight)) {
-        startListener(); // or tells what is in the way now
+        start(); // or tells what is in the way now
     }
 }
 
 bool StoreListenerService::isWorthATry(const IncomingFolders::Sight &sight) const
 {
-    if (m_refusedStanding) {
-        return *m_refusedStanding != sight.standing;
+    if (!m_refusal || m_storeListener) {
+        return false;
     }
-    return m_refusal && m_refusal != sight.obstacle;
+    const bool hasPassed = m_refusal->isSeenByLooks && m_refusal->why != sight.obstacle;
+    return hasPassed || m_refusal->standing != sight.standing ||
+           m_with.clock.monotonic() >= m_refusal->nextTry;
 }
 
 /// \param isOfFolder  the receiver couldn't work in its folder, which may change, unlike a port that others
@@ -393,24 +363,24 @@ void StoreListenerService::startFailed(const Run &run, bool isOfFolder)
     if (!endStart(run)) {
         return;
     }
-    platform::Sentence why = run.scp->lastMessage();
-    QVariantMap told{{core::kMessageKey, QVariant::fromValue(why)}};
+    const platform::Sentence why = run.scp->lastMessage();
     if (isOfFolder) {
-        m_refusal = std::move(why);
-        m_refusedStanding = run.standing;
-    } else {
-        told = {
-            {core::kMessageKey,
-             QVariant::fromValue(platform::Sentence(
-                 "Listener",
-                 QT_TRANSLATE_NOOP("Listener",
-                                   "Failed to start DIMSE listener on port %1. Another app may already be "
-                                   "using this port."),
-                 {QString::number(run.config.port)}))},
-            {kListenerFailureReasonKey, QVariant::fromValue(why)}};
+        m_with.incomingFolders.takeBack(run.config.incomingFolderId);
+        tellRefusal(run, why, false);
+        return;
     }
+    m_refusal.reset();
     tellWhetherListening();
-    m_with.notifications.post(core::kStoreListenerError, told);
+    m_with.notifications.post(
+        core::kStoreListenerError,
+        {{core::kMessageKey,
+          QVariant::fromValue(platform::Sentence(
+              "Listener",
+              QT_TRANSLATE_NOOP("Listener",
+                                "Failed to start DIMSE listener on port %1. Another app may already be "
+                                "using this port."),
+              {QString::number(run.config.port)}))},
+         {kListenerFailureReasonKey, QVariant::fromValue(why)}});
 }
 
 void StoreListenerService::stopListener()
@@ -432,11 +402,16 @@ void StoreListenerService::stopListener()
     m_hasFailed = false;
     m_bonjourService.reset();
     tellWhetherListening();
-    logListener(GatewayLogAction::listenerStopped,
-                hadListener ? GatewayLogOutcome::completed : GatewayLogOutcome::skipped,
-                {{QStringLiteral("had_active_listener"),
-                  hadListener ? QStringLiteral("true") : QStringLiteral("false")}});
+    m_log.stopped(hadListener);
     m_with.main.post(weak_from_this(), [this] { m_with.state.clearReceiveAssociations(); });
+}
+
+void StoreListenerService::endListener()
+{
+    stopListener();
+    if (m_formerListener) {
+        m_formerListener->awaitFreePort();
+    }
 }
 
 /// The port is bound: from now on modalities can send.
@@ -453,23 +428,14 @@ void StoreListenerService::listeningInterrupted(QUuid runId,
     if (wasStopped(runId)) {
         return;
     }
-    logListener(GatewayLogAction::listenerStopped,
-                GatewayLogOutcome::failed,
-                {{kPort, QString::number(port)},
-                 {kReason, reasonOf(interruption.cause)},
-                 {QStringLiteral("listener_result"), QString::number(interruption.status)},
-                 {QStringLiteral("restart_in_ms"), QString::number(interruption.pause.count())}},
-                GatewayLogLevel::error,
-                logError(core::StoreError(interruption.message.inEnglish())));
+    m_log.interrupted(port, interruption);
     tellInterruption(runId, interruption.message);
 }
 
 void StoreListenerService::listeningResumed(QUuid runId, int port)
 {
     if (!wasStopped(runId)) {
-        logListener(GatewayLogAction::listenerStartSucceeded,
-                    GatewayLogOutcome::succeeded,
-                    {{kPort, QString::number(port)}, {kReason, QStringLiteral("after_interruption")}});
+        m_log.resumed(port);
         tellInterruption(runId, std::nullopt);
     }
 }
@@ -479,6 +445,9 @@ void StoreListenerService::tellInterruption(QUuid runId, std::optional<platform:
     m_with.main.post(weak_from_this(), [this, runId, interruption = std::move(interruption)] {
         if (!wasStopped(runId) && m_storeListener) {
             m_interruption = interruption;
+            if (!interruption) {
+                m_refusal.reset();
+            }
             tellWhetherListening();
         }
     });
@@ -487,31 +456,16 @@ void StoreListenerService::tellInterruption(QUuid runId, std::optional<platform:
 /// The receiver named a file that isn't one of its own; nothing is taken by that name.
 void StoreListenerService::fileMisnamed(QUuid runId, const QString &association)
 {
-    log::StoreLogRecord record;
-    record.level = GatewayLogLevel::error;
-    record.category = GatewayLogCategory::receive;
-    record.action = GatewayLogAction::fileReceivedCallback;
-    record.outcome = GatewayLogOutcome::failed;
-    record.assocHash = log::hashedIdentifier(association);
-    record.details = {{kReason, QStringLiteral("not_a_file_of_the_inbox")}};
     if (!wasStopped(runId)) {
-        m_with.logEmitter.emit(record);
+        m_log.fileMisnamed(association);
     }
 }
 
 void StoreListenerService::peersTurnedAway(QUuid runId, const platform::StoreSCPTurnedAway &away)
 {
-    log::StoreLogRecord record;
-    record.level = GatewayLogLevel::warning;
-    record.category = GatewayLogCategory::receive;
-    record.action = GatewayLogAction::associationFailed;
-    record.outcome = GatewayLogOutcome::skipped;
-    record.details = {{kReason, away.reason},
-                      {QStringLiteral("turned_away"), QString::number(away.count)},
-                      {QStringLiteral("host_hash"), log::hashedIdentifier(away.host).value_or(QString())}};
     if (!wasStopped(runId)) {
         m_with.observer.peersTurnedAway(away.reason, away.count);
-        m_with.logEmitter.emit(record);
+        m_log.peersTurnedAway(away);
     }
 }
 
@@ -519,15 +473,17 @@ void StoreListenerService::associationStarted(QUuid runId, const QString &associ
 {
     if (!wasStopped(runId)) {
         m_with.observer.associationStarted();
+        m_log.associationStarted(association);
     }
-    logAssociation(runId, association, GatewayLogAction::associationStarted, GatewayLogOutcome::started);
     m_with.main.post(weak_from_this(),
                      [this, association] { m_with.state.beginReceiveAssociation(association); });
 }
 
 void StoreListenerService::associationCompleted(QUuid runId, const QString &association)
 {
-    logAssociation(runId, association, GatewayLogAction::associationCompleted, GatewayLogOutcome::completed);
+    if (!wasStopped(runId)) {
+        m_log.associationCompleted(association);
+    }
     endAssociation(association);
 }
 
@@ -535,13 +491,8 @@ void StoreListenerService::associationFailed(QUuid runId, const QString &associa
 {
     if (!wasStopped(runId)) {
         m_with.observer.associationFailed();
+        m_log.associationFailed(association, message);
     }
-    logAssociation(runId,
-                   association,
-                   GatewayLogAction::associationFailed,
-                   GatewayLogOutcome::failed,
-                   GatewayLogLevel::error,
-                   logError(core::StoreError(message)));
     endAssociation(association);
 }
 
@@ -549,42 +500,6 @@ void StoreListenerService::endAssociation(const QString &association)
 {
     m_with.main.post(weak_from_this(),
                      [this, association] { m_with.state.endReceiveAssociation(association); });
-}
-
-void StoreListenerService::logListener(GatewayLogAction action,
-                                       GatewayLogOutcome outcome,
-                                       QMap<QString, QString> details,
-                                       GatewayLogLevel level,
-                                       std::optional<log::GatewayLogError> error)
-{
-    log::StoreLogRecord record;
-    record.level = level;
-    record.category = GatewayLogCategory::listener;
-    record.action = action;
-    record.outcome = outcome;
-    record.details = std::move(details);
-    record.error = std::move(error);
-    m_with.logEmitter.emit(record);
-}
-
-void StoreListenerService::logAssociation(QUuid runId,
-                                          const QString &association,
-                                          GatewayLogAction action,
-                                          GatewayLogOutcome outcome,
-                                          GatewayLogLevel level,
-                                          std::optional<log::GatewayLogError> error)
-{
-    if (wasStopped(runId)) {
-        return;
-    }
-    log::StoreLogRecord record;
-    record.level = level;
-    record.category = GatewayLogCategory::receive;
-    record.action = action;
-    record.outcome = outcome;
-    record.assocHash = log::hashedIdentifier(association);
-    record.error = std::move(error);
-    m_with.logEmitter.emit(record);
 }
 
 } // namespace gateway::receive

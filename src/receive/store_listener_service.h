@@ -16,6 +16,7 @@
 #include "receive/incoming_folders.h"
 #include "receive/incoming_importer.h"
 #include "receive/listener_folder.h"
+#include "receive/listener_log.h"
 #include "receive/receive_observer.h"
 #include "state/listener_figures.h"
 #include "state/receive_state.h"
@@ -35,6 +36,10 @@ namespace gateway::receive {
 /// User information of core::kStoreListenerError besides its message: why the receiver says it failed, a
 /// platform::Sentence, perhaps empty.
 inline const QString kListenerFailureReasonKey = QStringLiteral("reason");
+
+/// User information of core::kStoreListenerError besides its message: true where the listener tried again by
+/// itself and failed as before, so that people know already.
+inline const QString kListenerFailureIsKnownKey = QStringLiteral("isKnown");
 
 /// The gateway's network door: runs the DICOM listener, announces it on the local network, and sees to each
 /// file that arrives.
@@ -87,8 +92,12 @@ public:
     /// started again by itself; so is one that was refused for its incoming folder.
     void startListener();
 
+    /// Trouble of a disk that passes leaves no trace in what a look sees: a try is worth it after so long.
+    static constexpr std::chrono::minutes kNextTry{5};
+
     /// Tries again where the last start was refused for its incoming folder, or failed for it, and something
-    /// has changed there, and starts anew where another folder has come in the place of the one in use.
+    /// has changed there or `kNextTry` has passed, and starts anew where another folder has come in the place
+    /// of the one in use.
     ///
     /// \param sight  what IncomingFolders::lookAtPresent has just found. Main thread.
     void incomingFolderWasSeen(const IncomingFolders::Sight &sight);
@@ -97,9 +106,22 @@ public:
     /// that follows waits on a thread of its own until the port is free.
     void stopListener();
 
+    /// Stops the listener and waits until its port is free, for some seconds at most: whoever starts in the
+    /// place of this program finds it so. Main thread, at the program's end.
+    void endListener();
+
     /// Takes a complete file that was found in the inbox, unless it is in hand already. Returns at once; any
     /// thread.
-    void offerInboxFile(const QString &path) { m_importer->fileFound(path); }
+    ///
+    /// \return false where it was taken in before, or refused, and only its removal is tried again.
+    bool offerInboxFile(const QString &path)
+    {
+        m_importer->fileFound(path);
+        return !awaitsRemoval(path);
+    }
+
+    /// Whether a file in the inbox was taken in, or refused, and is only still to be removed. Any thread.
+    bool awaitsRemoval(const QString &path) const { return m_importer->awaitsRemoval(path); }
 
     /// Sees to it that what is received from now on counts as acknowledged later than all that is recorded by
     /// now. To be called when something was recorded that the receiver didn't acknowledge. Returns at once;
@@ -134,7 +156,17 @@ private:
         std::shared_ptr<platform::StoreSCP> former; // the one before it, which may still have the port
     };
 
+    /// What of the incoming folder was in the way of a start.
+    struct Refusal
+    {
+        platform::Sentence why;
+        QString standing;                 // of the folder then
+        bool isSeenByLooks;               // or only by whoever tries to work there
+        std::chrono::nanoseconds nextTry; // by the clock that nobody sets
+    };
+
     // Steps of a start, on main.
+    void start();
     void tellWhetherListening();
     bool mayStart(const core::DCMListenerSettings &settings);
     QUuid beginRun();
@@ -155,7 +187,8 @@ private:
     bool endStart(const Run &run);
     void startFailed(const Run &run, bool isOfFolder);
     bool isWorthATry(const IncomingFolders::Sight &sight) const;
-    void refuseStart(const Run &run, const platform::Sentence &why);
+    void refuseStart(const Run &run, const ListenerFolder::Entered::Obstacle &obstacle);
+    void tellRefusal(const Run &run, const platform::Sentence &why, bool isSeenByLooks);
 
     // The receiver's own events, on any thread.
     void listeningBegan(QUuid runId);
@@ -171,20 +204,9 @@ private:
     void associationFailed(QUuid runId, const QString &association, const QString &message);
     void endAssociation(const QString &association);
 
-    void logListener(log::GatewayLogAction action,
-                     log::GatewayLogOutcome outcome,
-                     QMap<QString, QString> details,
-                     log::GatewayLogLevel level = log::GatewayLogLevel::info,
-                     std::optional<log::GatewayLogError> error = std::nullopt);
-    void logAssociation(QUuid runId,
-                        const QString &association,
-                        log::GatewayLogAction action,
-                        log::GatewayLogOutcome outcome,
-                        log::GatewayLogLevel level = log::GatewayLogLevel::info,
-                        std::optional<log::GatewayLogError> error = std::nullopt);
-
     Collaborators m_with;
     Places m_places;
+    ListenerLog m_log;
     std::shared_ptr<IncomingImporter> m_importer;
     std::shared_ptr<const ListenerFolder> m_folder;
 
@@ -192,10 +214,8 @@ private:
     std::shared_ptr<platform::StoreSCP> m_storeListener;
     std::shared_ptr<platform::StoreSCP> m_formerListener; // the one stopped last, until the next start
     std::optional<platform::Sentence> m_interruption;
-    bool m_hasFailed = false; // the last start
-    std::optional<platform::Sentence>
-        m_refusal;                            // what of the incoming folder was in the way of the last start
-    std::optional<QString> m_refusedStanding; // how it stood, where only the receiver could tell
+    bool m_hasFailed = false;         // the last start
+    std::optional<Refusal> m_refusal; // of the last start; kept while it is tried again
     std::unique_ptr<platform::NetServicePublication> m_bonjourService;
 
     platform::Mutex m_listenerRunStateLock;

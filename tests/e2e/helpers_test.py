@@ -4,6 +4,7 @@ for none."""
 import os
 import re
 import signal
+import socket
 import time
 import unittest
 
@@ -95,6 +96,22 @@ class Helpers(EndToEndTest):
         # Answered by the main loop, long before anybody has given the stopped process up.
         self.assertIn(request(self.health)[0], (200, 503))
         await_true("an association", lambda: self.echoes(port), self.gateway.process)
+
+    def test_the_port_is_free_when_the_gateway_has_ended_also_where_the_listener_hangs(self):
+        listener = self.listener()
+        for hangs in False, True:
+            with self.subTest(hangs=hangs):
+                if hangs:
+                    os.kill(listener, signal.SIGSTOP)
+                self.gateway.end()
+                self.assertEqual(self.gateway.process.returncode, 0)
+                with socket.socket() as successor:
+                    successor.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
+                    successor.bind(("127.0.0.1", self.gateway.port))
+                    successor.listen()
+                if not hangs:
+                    self.gateway = self.start_gateway(NOBODY)
+                    listener = self.listener()
 
     def test_an_idle_worker_that_ended_leaves_no_dead_process(self):
         samples = self.samples(ct=1)

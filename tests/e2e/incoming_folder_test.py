@@ -94,6 +94,8 @@ class IncomingFolder(EndToEndTest):
         sent = self.samples(ct=1)
         send(self.gateway, sent)
         self.gateway.await_received(sent)
+        self.gateway.await_status("the folder in sight", lambda status: status["inbox"]["outOfSight"] == 0)
+        self.assertEqual(self.findings(), {})
 
     def test_what_waits_in_the_one_before_is_taken_in_when_another_is_chosen(self):
         obstacle = self.hold_back_imports()

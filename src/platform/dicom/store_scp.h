@@ -116,7 +116,7 @@ public:
     virtual void acknowledgeAfter(std::int64_t time) = 0;
 
     /// After a stop(): waits until the port is free again, for some seconds at most, since a process that
-    /// doesn't let go of it is killed. Any thread but the main one and the one in start().
+    /// doesn't let go of it is killed. Any thread but the one in start().
     virtual void awaitFreePort() = 0;
 
     /// The port that is listened on; nothing before and after. Any thread.

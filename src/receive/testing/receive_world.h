@@ -43,6 +43,7 @@ public:
         m_errorObserver =
             notifications.observe(core::kStoreListenerError, [this](const QVariantMap &userInfo) {
                 errors.append(platform::Sentence::in(userInfo.value(core::kMessageKey)).inEnglish());
+                isLastErrorKnown = userInfo.value(kListenerFailureIsKnownKey).toBool();
             });
         service = std::make_shared<WatchedService>(
             m_isServiceGone,
@@ -179,6 +180,7 @@ public:
     std::atomic<std::int64_t> newestAcknowledged = 0;
     int stateChanges = 0;
     QStringList errors;
+    bool isLastErrorKnown = false;
     platform::WorkerPool pool{QStringLiteral("global"), 2};
     std::shared_ptr<StoreListenerService> service;
 

@@ -2,6 +2,7 @@
 
 #include "core/notification_names.h"
 #include "platform/concurrency/main_thread.h"
+#include "receive/store_listener_service.h"
 
 #include <utility>
 
@@ -24,7 +25,12 @@ AttentionWatch::AttentionWatch(const Collaborators &with)
       m_lastFailedImages(with.appState.figures().failedImagesCount)
 {
     platform::assertMainThread("AttentionWatch");
-    observe(core::kStoreListenerError, AttentionCause::listenerFailed);
+    m_observers.push_back(
+        m_with.notifications.observe(core::kStoreListenerError, [this](const QVariantMap &userInfo) {
+            if (!userInfo.value(receive::kListenerFailureIsKnownKey).toBool()) {
+                m_with.attention.call(AttentionCause::listenerFailed);
+            }
+        }));
     observe(core::kQuorinCloudTermsRequired, AttentionCause::termsNeeded);
     m_observers.push_back(m_with.notifications.observe(core::kAuthStateChanged,
                                                        [this](const QVariantMap &) { sessionChanged(); }));

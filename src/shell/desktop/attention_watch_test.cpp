@@ -2,6 +2,7 @@
 
 #include "account/testing/session_world.h"
 #include "core/notification_names.h"
+#include "receive/store_listener_service.h"
 #include "state/testing/state_world.h"
 
 #include <gtest/gtest.h>
@@ -71,6 +72,8 @@ TEST_F(Watching, CallsForAListenerThatFailed)
 {
     notifications.post(core::kStoreListenerError, {{core::kMessageKey, QStringLiteral("No port.")}});
 
+    expectCalls({AttentionCause::listenerFailed});
+    notifications.post(core::kStoreListenerError, {{receive::kListenerFailureIsKnownKey, true}});
     expectCalls({AttentionCause::listenerFailed});
 }
 
