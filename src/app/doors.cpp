@@ -138,6 +138,7 @@ std::shared_ptr<terminal::DoctorCommands> Doors::makeDoctor()
         ground.main,
         ground.clock,
         receiving.incomingFolders,
+        [this](const QString &path) { return receiving.store->listenerService().awaitsRemoval(path); },
         [this] {
             receiving.store->listenerService().keepOrder();
             receiving.store->requestUpload(QStringLiteral("doctor"));

@@ -91,8 +91,14 @@ QCoro::Task<std::optional<doctor::Diagnosis>> SupportCollector::examine()
     constexpr std::chrono::milliseconds kLook(100);
     Ground &ground = m_parts.ground;
     const auto examination = std::make_shared<Examination>();
-    ground.pool.run([&ground, &folders = m_parts.receiving.incomingFolders, examination] {
-        doctor::Doctor doctor(ground.index, folders, ground.emitter, ground.clock);
+    ground.pool.run([&ground,
+                     &folders = m_parts.receiving.incomingFolders,
+                     &listener = m_parts.receiving.store->listenerService(),
+                     examination] {
+        doctor::Doctor doctor(
+            ground.index, folders, ground.emitter, ground.clock, [&listener](const QString &path) {
+                return listener.awaitsRemoval(path);
+            });
         const doctor::Diagnosis found = doctor.examine(false, examination->stop.get_token());
         ground.main.post([examination, found] { examination->diagnosis = found; });
     });

@@ -31,6 +31,7 @@ enum class FindingKind
     waitsForRemoval,
     waitsInInbox,
     waitsLongInInbox,
+    notRemovedFromInbox,
     inboxOutOfSight,
     formerInboxOutOfSight,
     inboxOfAnotherHome,

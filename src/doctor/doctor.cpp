@@ -17,6 +17,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <functional>
 #include <map>
 #include <utility>
 
@@ -183,14 +184,9 @@ public:
         }
     }
 
-    void lookAtPresentInbox(receive::IncomingFolders &folders)
-    {
-        if (!folders.silentPresent()) {
-            lookAtInbox(folders, folders.present());
-        }
-    }
-
-    void lookAtInbox(receive::IncomingFolders &folders, const QString &folder)
+    void lookAtInbox(receive::IncomingFolders &folders,
+                     const QString &folder,
+                     const std::function<bool(const QString &)> &awaitsRemoval)
     {
         if (!folders.own(folder)) {
             add(FindingKind::inboxInUse, 1, {folder, {}, {}});
@@ -200,7 +196,9 @@ public:
             // One whose time lies far ahead was received while the clock was wrong, so nobody knows.
             const auto age = std::chrono::milliseconds(QFileInfo(path).lastModified().msecsTo(m_clock.now()));
             const bool isLong = std::chrono::abs(age) >= state::InboxFigures::kLongWait;
-            add(isLong ? FindingKind::waitsLongInInbox : FindingKind::waitsInInbox,
+            add(awaitsRemoval(path) ? FindingKind::notRemovedFromInbox
+                : isLong            ? FindingKind::waitsLongInInbox
+                                    : FindingKind::waitsInInbox,
                 1,
                 nameOf(QUrl::fromLocalFile(path)));
         }
@@ -495,10 +493,13 @@ Diagnosis Doctor::examine(bool repair, const std::stop_token &stop)
     round.step([&] { round.walkStore(); });
     round.step([&] { round.walkRows(); });
     round.step([&] { round.lookAtRemovals(); });
-    round.step([&] { round.lookAtPresentInbox(m_incomingFolders); });
+    if (!m_incomingFolders.silentPresent()) {
+        round.step(
+            [&] { round.lookAtInbox(m_incomingFolders, m_incomingFolders.present(), m_awaitsRemoval); });
+    }
     round.step([&] { round.tellInboxesOutOfReach(m_incomingFolders); });
     for (const QString &folder : m_incomingFolders.withinReach()) {
-        round.step([&] { round.lookAtInbox(m_incomingFolders, folder); });
+        round.step([&] { round.lookAtInbox(m_incomingFolders, folder, m_awaitsRemoval); });
     }
     round.step([&] { round.readFailures(); });
     return std::move(round).result();

@@ -6,7 +6,9 @@
 #include "platform/concurrency/clock.h"
 #include "receive/incoming_folders.h"
 
+#include <functional>
 #include <stop_token>
+#include <utility>
 
 namespace gateway::doctor {
 
@@ -23,11 +25,15 @@ public:
     /// \param incomingFolders  where received files arrive, or arrived; outlives this.
     /// \param emitter          told of each file that is taken in; outlives this.
     /// \param clock            by which received files wait; outlives this.
+    /// \param awaitsRemoval        whether a file in an incoming folder was taken in, or refused, and is only
+    ///                         still to be removed; asked on the thread that examines.
     Doctor(index::DicomDB &index,
            receive::IncomingFolders &incomingFolders,
            log::StoreLogEmitter &emitter,
-           const platform::Clock &clock)
-        : m_index(index), m_incomingFolders(incomingFolders), m_emitter(emitter), m_clock(clock)
+           const platform::Clock &clock,
+           std::function<bool(const QString &path)> awaitsRemoval)
+        : m_index(index), m_incomingFolders(incomingFolders), m_emitter(emitter), m_clock(clock),
+          m_awaitsRemoval(std::move(awaitsRemoval))
     {
     }
 
@@ -41,6 +47,7 @@ private:
     receive::IncomingFolders &m_incomingFolders;
     log::StoreLogEmitter &m_emitter;
     const platform::Clock &m_clock;
+    const std::function<bool(const QString &path)> m_awaitsRemoval;
 };
 
 } // namespace gateway::doctor

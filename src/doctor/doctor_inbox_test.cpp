@@ -62,6 +62,19 @@ TEST_F(DoctorTest, TakesInOnRequestWhatWasSetAsideAndCanBeReadByNow)
     EXPECT_TRUE(examine().findings.isEmpty());
 }
 
+TEST_F(DoctorTest, TellsAnImageThatWaitsFromOneThatWasTakenInAndCannotLeave)
+{
+    const QString takenIn = inbox() + QStringLiteral("/quorin-0123456789abcdef0123456789abcdef-1.dcm");
+    receive(takenIn);
+    receive(inbox() + QStringLiteral("/quorin-0123456789abcdef0123456789abcdef-2.dcm"));
+    awaitsRemoval = [&takenIn](const QString &path) { return path == takenIn; };
+
+    EXPECT_EQ(counts(),
+              (Counts{{FindingKind::waitsInInbox, {1, 0}}, {FindingKind::notRemovedFromInbox, {1, 0}}}));
+
+    EXPECT_FALSE(examine().isWell());
+}
+
 TEST_F(DoctorTest, LooksIntoTheIncomingFolderOfBeforeAsWell)
 {
     folders.enter(inbox());
@@ -143,7 +156,8 @@ TEST_F(DoctorTest, LeavesWhatAHomeThatWasCopiedKnowsOfTheInboxOfItsOriginal)
     index::testing::writeSyntheticFile(aside, TemporaryIndex::image(QStringLiteral("9.1")));
     receive::IncomingFolders copied(defaults, settings, {inbox(), home.path(QStringLiteral("copy"))});
 
-    const Diagnosis found = Doctor(home.index(), copied, emitter, home.clock).examine(true, {});
+    const Diagnosis found =
+        Doctor(home.index(), copied, emitter, home.clock, testing::nothingAwaitsRemoval).examine(true, {});
 
     ASSERT_EQ(found.findings.size(), 1);
     EXPECT_EQ(found.findings.first().kind, FindingKind::inboxOfAnotherHome);

@@ -342,7 +342,8 @@ TEST_F(DoctorTest, StopsWhenItIsToldTo)
     stop.request_stop();
 
     const Diagnosis diagnosis =
-        Doctor(home.index(), folders, emitter, home.clock).examine(true, stop.get_token());
+        Doctor(home.index(), folders, emitter, home.clock, testing::nothingAwaitsRemoval)
+            .examine(true, stop.get_token());
 
     EXPECT_TRUE(diagnosis.wasStopped);
     EXPECT_FALSE(diagnosis.isWell());

@@ -153,6 +153,14 @@ Words wordsOf(FindingKind kind)
                               "A received image has been waiting in the incoming folder for more than five "
                               "minutes. It is kept. Start the gateway and its listener where they don't "
                               "run, and see to what else is told here; it is taken in by itself then.")};
+    case FindingKind::notRemovedFromInbox:
+        return {
+            "notRemovedFromInbox",
+            true,
+            QT_TRANSLATE_NOOP("DoctorFinding",
+                              "The file of an image that was taken in can't be removed from the incoming "
+                              "folder, which fills up so. The image is safe. Let the gateway delete files "
+                              "there, or see whether the disk can be written; the gateway goes on trying.")};
     case FindingKind::inboxOutOfSight:
         return {"inboxOutOfSight",
                 true,
@@ -285,6 +293,7 @@ bool isMendable(FindingKind kind)
     case FindingKind::foreignFile:
     case FindingKind::waitsInInbox:
     case FindingKind::waitsLongInInbox:
+    case FindingKind::notRemovedFromInbox:
     case FindingKind::inboxOutOfSight:
     case FindingKind::formerInboxOutOfSight:
     case FindingKind::inboxOfAnotherHome:

@@ -116,6 +116,9 @@ void writeUpkeep(PrometheusWriter &out, const HealthFigures &figures)
     out.gauge("quorin_gateway_inbox_longest_wait_seconds",
               QStringLiteral("How long the first of them has been seen to wait; 0 when none waits."),
               asNumber(qint64{figures.inbox.longestWait.count()}));
+    out.gauge("quorin_gateway_inbox_unremoved_files",
+              QStringLiteral("Files of images that were taken in, which can't be removed from their folder."),
+              asNumber(figures.inbox.notRemoved));
     out.gauge("quorin_gateway_store_in_sight",
               QStringLiteral("0 while nothing is taken in because the file store can't be seen."),
               asNumber(!figures.isStoreOutOfSight));

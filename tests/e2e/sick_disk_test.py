@@ -92,6 +92,36 @@ class SickDisk(EndToEndTest):
         self.gateway.command("settings", "set", "ListenerDestinationFolder", folder)
         self.gateway.await_status("the folder", lambda s: s["listener"]["state"] == "listening")
 
+    def test_an_image_that_was_taken_in_and_cannot_be_removed_is_told_as_that(self):
+        # Given
+        self.gateway.sign_in()
+        files = self.samples(ct=2)
+        self.disk.fail("unlink", f"{self.inbox}/quorin-*.dcm", errno.EROFS)
+
+        # When
+        send(self.gateway, files)
+
+        # Then: it is safe, and nobody says that it waits
+        self.gateway.await_synced(files)
+        status = self.gateway.await_status("the figure", lambda s: s["inbox"]["notRemoved"] == 2)
+        self.assertEqual((status["inbox"]["waiting"], status["inbox"]["waitsLong"]), (0, False))
+        self.assertIn("can't be removed", self.gateway.command("status", check=False).stdout)
+        examined = self.gateway.command("doctor", "--json", check=False)
+        self.assertEqual(examined.returncode, 1)
+        self.assertEqual([(finding["kind"], finding["count"]) for finding in json.loads(examined.stdout)["findings"]],
+                         [("notRemovedFromInbox", 2)])
+        self.assertIn("quorin_gateway_inbox_unremoved_files 2", self.metrics())
+
+        # And they go when they can
+        self.disk.heal()
+        self.gateway.await_status("an empty folder", lambda s: s["inbox"]["notRemoved"] == 0)
+        self.assertEqual(list(self.inbox.glob("*.dcm")), [])
+        self.assertEqual(self.gateway.status()["counters"]["images"], 2)
+
+    def metrics(self):
+        address = re.search(r"Metrics are served at (http://\S+)\.", self.gateway.said()).group(1)
+        return request(address)[2].decode()
+
     def test_a_full_temporary_folder_blames_neither_an_image_nor_the_cloud(self):
         # Given
         self.gateway.command("settings", "set", "quorinCloudCompressToLS", "false")
@@ -229,9 +259,7 @@ class SickDisk(EndToEndTest):
         # Then
         self.gateway.await_status("the count", lambda s: s["inbox"]["setAside"] == 1)
         self.assertIn("Set aside  1", self.gateway.command("status").stdout)
-        address = re.search(r"Metrics are served at (http://\S+)/metrics\.", self.gateway.said()).group(1)
-        _, _, metrics = request(f"{address}/metrics")
-        self.assertIn(b"quorin_gateway_set_aside_files 1", metrics)
+        self.assertIn("quorin_gateway_set_aside_files 1", self.metrics())
         examined = self.gateway.command("doctor", check=False)
         self.assertNotEqual(examined.returncode, 0)
         self.assertIn(".rejected", examined.stdout)
@@ -261,10 +289,9 @@ class SickDisk(EndToEndTest):
         # Then
         self.gateway.await_status("two of three", lambda s: s["recordingAgain"] == {"files": 3, "recorded": 2})
         self.assertIn("2 of 3 recorded again", self.gateway.command("status").stdout)
-        address = re.search(r"Metrics are served at (http://\S+)/metrics\.", self.gateway.said()).group(1)
-        _, _, metrics = request(f"{address}/metrics")
-        self.assertIn(b"quorin_gateway_files_to_record_again 3", metrics)
-        self.assertIn(b"quorin_gateway_files_recorded_again 2", metrics)
+        metrics = self.metrics()
+        self.assertIn("quorin_gateway_files_to_record_again 3", metrics)
+        self.assertIn("quorin_gateway_files_recorded_again 2", metrics)
         self.disk.heal()
         self.gateway.await_status("the next look", lambda s: s["recordingAgain"]["files"] == 0)
         self.assertNotIn("recorded again", self.gateway.command("status").stdout)

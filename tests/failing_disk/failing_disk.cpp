@@ -6,9 +6,9 @@
 // (fnmatch;
 // "*" matches slashes, too). Its second half counts the failures given by each rule, 64 bits each, by the
 // line's number. It is mapped once, when the program starts, so it steers confined processes as well; a test
-// may write other rules at any moment. Calls: open, read, write, fsync, rename, stat; "read-behind" is a read
-// that begins kBehind bytes from the start of a file or later. A rule of "grain" lets nothing fail: its
-// number is that of the seconds whose multiples such files keep as their times. An errno of 0 lets a call
+// may write other rules at any moment. Calls: open, read, write, fsync, rename, unlink, stat; "read-behind"
+// is a read that begins kBehind bytes from the start of a file or later. A rule of "grain" lets nothing fail:
+// its number is that of the seconds whose multiples such files keep as their times. An errno of 0 lets a call
 // wait, as a share does that is dead, until all rules are taken away.
 //
 // Paths of descriptors are those by which they were opened in this process. Reads inside the C library (its
@@ -340,6 +340,12 @@ int renameat(int fromFolder, const char *from, int toFolder, const char *to)
 {
     ORIGINAL(renameat);
     return fails("rename", below(fromFolder, from).c_str()) ? -1 : next(fromFolder, from, toFolder, to);
+}
+
+int unlink(const char *path)
+{
+    ORIGINAL(unlink);
+    return fails("unlink", path) ? -1 : next(path);
 }
 
 int futimens(int descriptor, const struct timespec times[2])

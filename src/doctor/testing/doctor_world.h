@@ -18,6 +18,11 @@ using index::testing::TemporaryIndex;
 /// How often each kind was found, and how often it was mended.
 using Counts = QMap<FindingKind, std::pair<qint64, qint64>>;
 
+inline bool nothingAwaitsRemoval(const QString & /*path*/)
+{
+    return false;
+}
+
 /// A home with an index, a file store and an incoming folder, and a doctor to look at it. Thread: main.
 struct DoctorTest : ::testing::Test
 {
@@ -27,7 +32,7 @@ struct DoctorTest : ::testing::Test
 
     Diagnosis examine(bool repair = false)
     {
-        return Doctor(home.index(), folders, emitter, home.clock).examine(repair, {});
+        return Doctor(home.index(), folders, emitter, home.clock, awaitsRemoval).examine(repair, {});
     }
 
     Counts counts(bool repair = false)
@@ -88,6 +93,7 @@ struct DoctorTest : ::testing::Test
     qint64 rows() { return home.number(QStringLiteral("SELECT count(*) FROM DicomImage")); }
 
     TemporaryIndex home;
+    std::function<bool(const QString &path)> awaitsRemoval = nothingAwaitsRemoval;
     platform::UserDefaults defaults{home.path(QStringLiteral("settings.sqlite"))};
     core::Settings settings{defaults};
     receive::IncomingFolders folders{defaults, settings, {inbox(), home.path({})}};

@@ -68,6 +68,7 @@ QJsonObject inboxJson(const state::InboxFigures &inbox)
             {QStringLiteral("waiting"), inbox.waiting},
             {QStringLiteral("longestWaitSeconds"), qint64{inbox.longestWait.count()}},
             {QStringLiteral("waitsLong"), inbox.isWaitingLong()},
+            {QStringLiteral("notRemoved"), inbox.notRemoved},
             {QStringLiteral("outOfSight"), inbox.outOfSight}};
 }
 
@@ -285,6 +286,11 @@ QStringList upkeepLines(const QJsonObject &status)
                                     "quorin-gateway doctor says why")
                          .arg(waits[u"waiting"].toInteger())
                          .arg(waits[u"longestWaitSeconds"].toInteger() / kMinute));
+    }
+    if (const qint64 notRemoved = waits[u"notRemoved"].toInteger(); notRemoved > 0) {
+        lines.append(QStringLiteral("Inbox      %1 files can't be removed, though their images are taken in; "
+                                    "quorin-gateway doctor says what to do")
+                         .arg(notRemoved));
     }
     if (waits[u"outOfSight"].toInteger() > 0) {
         lines.append(QStringLiteral("Inbox      can't be seen, or another one stands in its place; received "

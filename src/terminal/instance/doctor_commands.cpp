@@ -61,10 +61,12 @@ DoctorCommands::DoctorCommands(index::DicomDB &index,
                                platform::MainExecutor &main,
                                const platform::Clock &clock,
                                receive::IncomingFolders &incomingFolders,
+                               std::function<bool(const QString &path)> awaitsRemoval,
                                std::function<void()> onImagesRecorded,
                                std::function<Standing()> standing)
     : m_index(index), m_emitter(emitter), m_main(main), m_clock(clock), m_incomingFolders(incomingFolders),
-      m_onImagesRecorded(std::move(onImagesRecorded)), m_standing(std::move(standing))
+      m_awaitsRemoval(std::move(awaitsRemoval)), m_onImagesRecorded(std::move(onImagesRecorded)),
+      m_standing(std::move(standing))
 {
     platform::assertMainThread("DoctorCommands");
 }
@@ -86,31 +88,32 @@ void DoctorCommands::examine(const ControlRequest &request, const Answer &answer
     }
     m_isExamining = true;
     const bool repair = request.arguments.value(kRepair).toBool();
-    m_task = platform::Task(
-        "doctor",
-        [weak = weak_from_this(),
-         &index = m_index,
-         &emitter = m_emitter,
-         &main = m_main,
-         &clock = m_clock,
-         &folders = m_incomingFolders,
-         repair,
-         hungUp = request.hungUp,
-         answer](const std::stop_token &quitting) {
-            std::stop_source stop;
-            const auto end = [&stop] { stop.request_stop(); };
-            const std::stop_callback whenQuitting(quitting, end);
-            const std::stop_callback whenHungUp(hungUp, end);
-            const doctor::Diagnosis diagnosis =
-                doctor::Doctor(index, folders, emitter, clock).examine(repair, stop.get_token());
-            const upload::WaitingUploads waiting = waitingIn(index);
-            const auto fences = platform::askForFences(platform::helperProgramPath());
-            main.post(weak, [weak, diagnosis, waiting, fences, repair, answer] {
-                if (const auto self = weak.lock()) {
-                    self->finish(diagnosis, waiting, fences, repair, answer);
-                }
-            });
-        });
+    m_task = platform::Task("doctor",
+                            [weak = weak_from_this(),
+                             &index = m_index,
+                             &emitter = m_emitter,
+                             &main = m_main,
+                             &clock = m_clock,
+                             &folders = m_incomingFolders,
+                             awaitsRemoval = m_awaitsRemoval,
+                             repair,
+                             hungUp = request.hungUp,
+                             answer](const std::stop_token &quitting) {
+                                std::stop_source stop;
+                                const auto end = [&stop] { stop.request_stop(); };
+                                const std::stop_callback whenQuitting(quitting, end);
+                                const std::stop_callback whenHungUp(hungUp, end);
+                                const doctor::Diagnosis diagnosis =
+                                    doctor::Doctor(index, folders, emitter, clock, awaitsRemoval)
+                                        .examine(repair, stop.get_token());
+                                const upload::WaitingUploads waiting = waitingIn(index);
+                                const auto fences = platform::askForFences(platform::helperProgramPath());
+                                main.post(weak, [weak, diagnosis, waiting, fences, repair, answer] {
+                                    if (const auto self = weak.lock()) {
+                                        self->finish(diagnosis, waiting, fences, repair, answer);
+                                    }
+                                });
+                            });
 }
 
 void DoctorCommands::finish(doctor::Diagnosis diagnosis,
@@ -175,7 +178,8 @@ ControlReply examineWithoutInstance(const core::HomeLayout &layout,
                               }});
         const bool repair = request.arguments.value(kRepair).toBool();
         receive::IncomingFolders folders(defaults, settings, {layout.incomingFolder, layout.tokenFolder()});
-        doctor::Doctor doctor(index, folders, emitter, clock);
+        const auto awaitsRemoval = [](const QString &) { return false; }; // nobody has any in hand
+        doctor::Doctor doctor(index, folders, emitter, clock, awaitsRemoval);
         const doctor::Diagnosis diagnosis = doctor.examine(repair, request.hungUp);
         QJsonObject report = toJson(diagnosis, repair, waitingIn(index));
         addFences(report, platform::askForFences(platform::helperProgramPath()));

@@ -51,6 +51,7 @@ public:
     };
 
     /// \param index, emitter, main, clock, incomingFolders  outlive this.
+    /// \param awaitsRemoval         as `doctor::Doctor` asks; any thread.
     /// \param onImagesRecorded  called when images were recorded that wait for their upload now.
     /// \param standing          asked for at the end of each examination.
     DoctorCommands(index::DicomDB &index,
@@ -58,6 +59,7 @@ public:
                    platform::MainExecutor &main,
                    const platform::Clock &clock,
                    receive::IncomingFolders &incomingFolders,
+                   std::function<bool(const QString &path)> awaitsRemoval,
                    std::function<void()> onImagesRecorded,
                    std::function<Standing()> standing);
 
@@ -79,6 +81,7 @@ private:
     platform::MainExecutor &m_main;
     const platform::Clock &m_clock;
     receive::IncomingFolders &m_incomingFolders;
+    const std::function<bool(const QString &path)> m_awaitsRemoval;
     const std::function<void()> m_onImagesRecorded;
     const std::function<Standing()> m_standing;
     bool m_isExamining = false;

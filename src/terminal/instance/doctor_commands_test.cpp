@@ -72,6 +72,7 @@ protected:
         home.main,
         home.clock,
         folders,
+        [](const QString &) { return false; },
         [this] { ++uploadRequests; },
         [this] { return standing; });
 };
