@@ -1,6 +1,7 @@
 #pragma once
 
 #include "account/archive_sign_in_view_model.h"
+#include "account/cloud_choice.h"
 #include "app/app_delegate.h"
 #include "app/launch_ports.h"
 #include "app/missing_session.h"
@@ -91,6 +92,9 @@ struct Doors
          .main = ground.main,
          .pool = ground.networkPool,
          .clock = ground.clock}};
+    account::CloudChoice cloudChoice{{.configuration = account.client.configuration(),
+                                      .defaults = ground.defaults,
+                                      .restart = [this] { return upkeep.restart(); }}};
     terminal::ArchiveCommands archive{{.main = ground.main,
                                        .pool = ground.networkPool,
                                        .auth = account.auth,

@@ -133,6 +133,11 @@ void Upkeep::finish()
     }
 }
 
+bool Upkeep::restart()
+{
+    return giveWayTo(m_appImage.isEmpty() ? QCoreApplication::applicationFilePath() : m_appImage);
+}
+
 /// Ends this program as quitting does; `runInstance` then starts the other one, once the home is free.
 bool Upkeep::giveWayTo(const QString &program)
 {

@@ -35,6 +35,9 @@ public:
     /// The program quits.
     void finish();
 
+    /// Ends this program and starts it anew. \return false where its file isn't there any more.
+    bool restart();
+
     /// The program that takes the place of this one when it has ended; empty for none.
     const QString &successor() const { return m_successor; }
 

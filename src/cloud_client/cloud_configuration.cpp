@@ -18,14 +18,22 @@ std::optional<QString> firstOf(const std::optional<QString> &flag,
     return std::nullopt;
 }
 
-bool isUsableAddress(const QUrl &url)
-{
-    const bool web = url.scheme() == QStringLiteral("https") || url.scheme() == QStringLiteral("http");
-    return url.isValid() && web && !url.host().isEmpty() && url.userInfo().isEmpty() && !url.hasQuery() &&
-           !url.hasFragment();
-}
-
 } // namespace
+
+std::optional<AddressFault> faultOf(const QUrl &address, bool allowPlainHttp)
+{
+    const bool isPlain = address.scheme() == QStringLiteral("http");
+    if (!address.isValid() || !(isPlain || address.scheme() == QStringLiteral("https")) ||
+        address.host().isEmpty() || address.hasQuery() || address.hasFragment()) {
+        return AddressFault::notOfTheWeb;
+    }
+    if (!address.userInfo().isEmpty()) {
+        return AddressFault::holdsCredentials;
+    }
+    return isPlain && !allowPlainHttp && !isLoopbackHost(address.host())
+               ? std::optional(AddressFault::plainHttp)
+               : std::nullopt;
+}
 
 CloudConfiguration resolveCloudConfiguration(const CloudSources &sources, const QString &deviceId)
 {
@@ -39,10 +47,14 @@ CloudConfiguration resolveCloudConfiguration(const CloudSources &sources, const 
     configuration.proxy = sources.proxyDefault.value_or(QString());
     configuration.allowPlainHttp = variable("QUORIN_CLOUD_ALLOW_HTTP") == QStringLiteral("1");
 
+    configuration.isGivenAtStart =
+        firstOf(sources.urlFlag, variable("QUORIN_CLOUD_URL"), std::nullopt).has_value() ||
+        firstOf(sources.kindFlag, variable("QUORIN_CLOUD_KIND"), std::nullopt).has_value();
+
     const QString address = firstOf(sources.urlFlag, variable("QUORIN_CLOUD_URL"), sources.urlDefault)
-                                .value_or(QStringLiteral("https://cloud.quorin.example"));
+                                .value_or(QString::fromLatin1(kBuiltInCloudAddress));
     configuration.baseUrl = QUrl(address, QUrl::StrictMode);
-    if (!isUsableAddress(configuration.baseUrl)) {
+    if (faultOf(configuration.baseUrl, true)) {
         configuration.problem =
             address.contains(u'@')
                 ? QStringLiteral(
@@ -113,18 +125,14 @@ std::optional<QString> reasonNotToConnect(const CloudConfiguration &configuratio
     if (configuration.problem) {
         return configuration.problem;
     }
-    if (!isUsableAddress(configuration.baseUrl)) {
-        return QStringLiteral("The cloud address is not a web address.");
-    }
-    const QString host = configuration.baseUrl.host();
-    const bool plain = configuration.baseUrl.scheme() == QStringLiteral("http");
-    if (plain && !isLoopbackHost(host) && !configuration.allowPlainHttp) {
+    const auto fault = faultOf(configuration.baseUrl, configuration.allowPlainHttp);
+    if (fault == AddressFault::plainHttp) {
         return QStringLiteral(
                    "The cloud address uses plain http to %1, which anyone on the way can read; use "
                    "https, or set QUORIN_CLOUD_ALLOW_HTTP=1 to allow it.")
-            .arg(host);
+            .arg(configuration.baseUrl.host());
     }
-    return std::nullopt;
+    return fault ? std::optional(QStringLiteral("The cloud address is not a web address.")) : std::nullopt;
 }
 
 QByteArray baseAddress(const CloudConfiguration &configuration)

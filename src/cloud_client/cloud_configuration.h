@@ -34,11 +34,23 @@ struct HttpLimits
                                        ///< the request has left
 };
 
+/// What is wrong with an address of a cloud.
+enum class AddressFault
+{
+    notOfTheWeb,      ///< no http or https address, or one with a query or a fragment
+    holdsCredentials, ///< a user name or a password stands in it
+    plainHttp         ///< anyone on the way to another machine can read along
+};
+
+/// \param allowPlainHttp  to other machines than this one.
+std::optional<AddressFault> faultOf(const QUrl &address, bool allowPlainHttp);
+
 /// Where the cloud service is and how it may be reached.
 struct CloudConfiguration
 {
     QUrl baseUrl;
     CloudKind kind = CloudKind::quorin;
+    bool isGivenAtStart = false; ///< address or kind come from the command line or the environment
     QString deviceId;            ///< sent with the operations that have one
     QString certificateFile;     ///< PEM file of private authorities, added to the system's; empty for none
     QString proxy;               ///< address of a web proxy; empty: what the environment names, if any
@@ -58,6 +70,9 @@ struct CloudSources
     std::optional<QString> certificateDefault = {}; ///< the user default kCloudCertificateFileKey
     std::optional<QString> proxyDefault = {};       ///< the user default kCloudProxyKey
 };
+
+/// Quorin's own cloud, where nothing names another one.
+inline constexpr auto kBuiltInCloudAddress = "https://cloud.quorin.example";
 
 inline constexpr auto kCloudBaseUrlKey = "QuorinAPI.BaseURL";
 inline constexpr auto kCloudKindKey = "QuorinAPI.Kind";

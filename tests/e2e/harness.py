@@ -165,16 +165,18 @@ class Cloud:
 
 
 class Gateway:
-    """A gateway in a home below the folder; without a display, unless told."""
+    """A gateway in a home below the folder; without a display, unless told. Where no address is given, its settings name
+    the cloud.
+    """
 
     def __init__(self, folder, cloud_address, kind="quorin", options=(), variables=None, face=("--headless",),
                  program=PROGRAMS / "quorin-gateway"):
         self.home = folder / "home"
         self._log = folder / "gateway.log"
+        named = () if cloud_address is None else ("--cloud", cloud_address, "--cloud-kind", kind)
         with open(self._log, "w", encoding="utf-8") as log:
             self.process = subprocess.Popen(
-                [program, "--home", self.home, "--bind", "127.0.0.1", "--cloud", cloud_address,
-                 "--cloud-kind", kind, *face, *options], stdout=log, stderr=log,
+                [program, "--home", self.home, "--bind", "127.0.0.1", *named, *face, *options], stdout=log, stderr=log,
                 env=environment() | (variables or {}))
         await_true("the gateway", self.status, self.process)
 

@@ -74,11 +74,13 @@ QWidget *ArchiveForm::labelled(const QString &name, ComboBox *box)
 
 void ArchiveForm::addHead(QVBoxLayout &column)
 {
-    column.addWidget(new TextLabel(m_parts.theme, tr("Archive"), TypeStyle::small, Color::text2));
-    auto *address = new TextLabel(m_parts.theme, m_parts.model.address(), TypeStyle::bodyStrong);
-    address->setWordWrap(true);
-    address->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    column.addWidget(address);
+    if (m_parts.isAddressShown) {
+        column.addWidget(new TextLabel(m_parts.theme, tr("Archive"), TypeStyle::small, Color::text2));
+        auto *address = new TextLabel(m_parts.theme, m_parts.model.address(), TypeStyle::bodyStrong);
+        address->setWordWrap(true);
+        address->setTextInteractionFlags(Qt::TextSelectableByMouse);
+        column.addWidget(address);
+    }
     for (const auto &[name, way] :
          {std::pair(tr("User name and password"), Way::basic),
           std::pair(tr("Token"), Way::bearer),

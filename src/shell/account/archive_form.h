@@ -35,7 +35,8 @@ struct ArchiveFormParts
     /// Lets a person choose a file; returns at once.
     std::function<void(QWidget *parent, const QString &title, const Chosen &chosen)> chooseFile;
 
-    bool isSetUp = true; ///< images are received, whoever is signed in; false where that isn't sure
+    bool isSetUp = true;        ///< images are received, whoever is signed in; false where that isn't sure
+    bool isAddressShown = true; ///< the archive's; false where it stands beside the form
 };
 
 /// How the gateway is to sign in at its archive, and the way to do it. What stands in the session is filled

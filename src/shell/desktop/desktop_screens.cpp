@@ -247,6 +247,7 @@ PreferencesParts DesktopScreens::preferencesParts()
                         .password = m_password,
                         .hasProfile = m_models.cloud.keepsProfiles,
                         .archive = m_models.cloud.archive,
+                        .cloud = m_models.cloud.choice,
                         .storePage = m_models.runtime.deployment.storePage},
             .listener = {.state = m_listener, .settings = m_listenerSettings},
             .kept = {.settings = m_models.runtime.settings,
@@ -276,6 +277,7 @@ WizardParts DesktopScreens::wizardParts()
             .setup = m_models.setup,
             .auth = m_models.cloud.auth,
             .archive = m_models.cloud.archive,
+            .cloud = m_models.cloud.choice,
             .terms = termsParts(),
             .autostart = m_autostart,
             .dialogs = {.chooseFolder =

@@ -10,6 +10,7 @@
 
 namespace gateway::account {
 class ArchiveSignInViewModel;
+class CloudChoice;
 class CloudWatch;
 class QuorinAuthViewModel;
 } // namespace gateway::account
@@ -82,6 +83,7 @@ struct ScreenModels
         account::QuorinAuthViewModel &auth;
         account::CloudWatch &watch;
         account::ArchiveSignInViewModel *archive; ///< null where an account signs in
+        account::CloudChoice &choice;
     };
 
     /// The images and their ways in.

@@ -126,6 +126,15 @@
 <message><source>Sending...</source><translation>Wird gesendet …</translation></message>
 <message><source>Sending files %1%</source><translation>Dateien werden gesendet: %1 %</translation></message>
 </context>
+<context><name>CloudChoice</name>
+<message><source>The address holds a user name or a password. They have their own fields, later.</source><translation>Die Adresse enthält einen Benutzernamen oder ein Passwort. Dafür gibt es später eigene Felder.</translation></message>
+<message><source>Anyone on the way can read plain http. Give an address that begins with https.</source><translation>Einfaches http kann unterwegs jeder mitlesen. Geben Sie eine Adresse an, die mit https beginnt.</translation></message>
+<message><source>Give a whole web address, such as https://archive.example/dicom-web.</source><translation>Geben Sie eine ganze Webadresse an, etwa https://archive.example/dicom-web.</translation></message>
+<message><source>The setting could not be saved.</source><translation>Die Einstellung konnte nicht gesichert werden.</translation></message>
+<message><source>It is saved. Quit Quorin Gateway and open it again: it counts from then on.</source><translation>Es ist gesichert. Beenden Sie Quorin Gateway und öffnen Sie es wieder: Es gilt von da an.</translation></message>
+<message><source>Quorin Cloud</source><translation>Quorin Cloud</translation></message>
+<message><source>An archive by DICOMweb</source><translation>Ein Archiv über DICOMweb</translation></message>
+</context>
 <context><name>CloudClient</name>
 <message><source>The server at %1 pointed to another address (status %2), which is not followed.</source><translation>Der Server %1 verwies an eine andere Adresse (Status %2); dem wird nicht gefolgt.</translation></message>
 <message><source>The server at %1 asks for a sign-in (status %2).</source><translation>Der Server %1 verlangt eine Anmeldung (Status %2).</translation></message>
@@ -665,6 +674,7 @@
 <message><source>You can continue to Summary, or switch accounts if you signed in with the wrong workspace.</source><translation>Sie können zum Überblick weitergehen oder das Konto wechseln, falls es der falsche Arbeitsbereich ist.</translation></message>
 <message><source>Cancel</source><translation>Abbrechen</translation></message>
 <message><source>Signed in</source><translation>Angemeldet</translation></message>
+<message><source>What was entered in the steps before is asked for again.</source><translation>Was in den Schritten davor eingegeben wurde, wird noch einmal gefragt.</translation></message>
 </context>
 <context><name>gateway::shell::AccountSettingsPane</name>
 <message><source>Account</source><translation>Konto</translation></message>
@@ -858,6 +868,23 @@
 <message><source>Account</source><translation>Konto</translation></message>
 <message><source>Listener Settings</source><translation>Listener-Einstellungen</translation></message>
 <message><source>Quorin Cloud Settings</source><translation>Cloud-Einstellungen</translation></message>
+</context>
+<context><name>gateway::shell::CloudChoiceRow</name>
+<message><source>Images go to: %1</source><translation>Bilder gehen an: %1</translation></message>
+<message><source>The command line or the environment names it.</source><translation>Die Befehlszeile oder die Umgebung nennt die Adresse.</translation></message>
+<message><source>Change…</source><translation>Ändern …</translation></message>
+<message><source>Change where images go</source><translation>Ändern, wohin Bilder gehen</translation></message>
+</context>
+<context><name>gateway::shell::CloudChoiceSheet</name>
+<message><source>Where Images Go</source><translation>Wohin Bilder gehen</translation></message>
+<message><source>Save and Restart</source><translation>Sichern und neu starten</translation></message>
+<message><source>What stands there</source><translation>Was dort steht</translation></message>
+<message><source>Address</source><translation>Adresse</translation></message>
+<message><source>Quorin Gateway starts anew for that; modalities are refused for some seconds.</source><translation>Quorin Gateway startet dafür neu; Modalitäten werden einige Sekunden lang abgewiesen.</translation></message>
+<message><source>Images that wait go to the new address; those that were sent stay where they are.</source><translation>Wartende Bilder gehen an die neue Adresse; gesendete bleiben, wo sie sind.</translation></message>
+<message><source>Sign in there afterwards.</source><translation>Melden Sie sich dort danach an.</translation></message>
+<message><source>Cancel</source><translation>Abbrechen</translation></message>
+<message><source>The root of its DICOMweb services, such as https://archive.example/dicom-web.</source><translation>Die Wurzel seiner DICOMweb-Dienste, etwa https://archive.example/dicom-web.</translation></message>
 </context>
 <context><name>gateway::shell::CloudStudiesScreen</name>
 <message><source>Quorin Cloud Studies</source><translation>Quorin-Cloud-Studien</translation></message>

@@ -5,6 +5,7 @@
 #include "account/session_words.h"
 #include "shell/account/archive_form.h"
 #include "shell/account/archive_trial_panel.h"
+#include "shell/account/cloud_choice_row.h"
 #include "shell/account/gateway_change_password_sheet.h"
 #include "shell/account/terms_sheet.h"
 #include "shell/controls/button.h"
@@ -72,6 +73,7 @@ void AccountSettingsPane::addStatus()
     body.addLayout(row);
     body.addWidget(m_sessionError);
     body.addWidget(m_termsError);
+    page().addCard({}).body().addWidget(new CloudChoiceRow(theme(), m_parts.account.cloud));
 }
 
 void AccountSettingsPane::addSignIn()
@@ -102,7 +104,8 @@ void AccountSettingsPane::addArchive()
                                  .model = *account.archive,
                                  .auth = account.model.auth(),
                                  .openLink = m_parts.actions.openLink,
-                                 .chooseFile = m_parts.actions.chooseFile});
+                                 .chooseFile = m_parts.actions.chooseFile,
+                                 .isAddressShown = false});
     page().addCard({}).body().addWidget(m_archive); // which says itself what it is about
     m_trialCard = &page().addCard(tr("Try the Archive Out"));
     m_trialCard->body().addWidget(new ArchiveTrialPanel(theme(), *account.archive));

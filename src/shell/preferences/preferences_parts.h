@@ -10,6 +10,7 @@ class QWidget;
 namespace gateway::account {
 class AccountViewModel;
 class ArchiveSignInViewModel;
+class CloudChoice;
 class GatewayChangePasswordViewModel;
 } // namespace gateway::account
 
@@ -45,6 +46,7 @@ struct PreferencesParts
         account::GatewayChangePasswordViewModel &password;
         bool hasProfile = true;                             ///< false for an archive, which keeps none
         account::ArchiveSignInViewModel *archive = nullptr; ///< null where an account signs in
+        account::CloudChoice &cloud;
         QUrl storePage; ///< of Quorin Lens; empty where the deployment names none
     };
 

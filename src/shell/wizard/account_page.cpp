@@ -3,6 +3,7 @@
 #include "account/quorin_auth_view_model.h"
 #include "shell/account/archive_form.h"
 #include "shell/account/archive_trial_panel.h"
+#include "shell/account/cloud_choice_row.h"
 #include "shell/controls/button.h"
 #include "shell/controls/card.h"
 #include "shell/controls/form_field.h"
@@ -31,6 +32,7 @@ AccountPage::AccountPage(const Parts &parts)
       m_scope(parts.main, parts.pool)
 {
     addMessage();
+    addCloud();
     addSignIn();
     addSession();
     endCards();
@@ -43,6 +45,12 @@ void AccountPage::addMessage()
     m_messageCard = &addCard({});
     m_message->setWordWrap(true);
     m_messageCard->body().addWidget(m_message);
+}
+
+void AccountPage::addCloud()
+{
+    addCard({}).body().addWidget(new CloudChoiceRow(
+        theme(), m_parts.cloud, tr("What was entered in the steps before is asked for again.")));
 }
 
 void AccountPage::addSignIn()
@@ -58,7 +66,8 @@ void AccountPage::addSignIn()
                                      .auth = m_parts.auth,
                                      .openLink = m_parts.openLink,
                                      .chooseFile = m_parts.chooseFile,
-                                     .isSetUp = false});
+                                     .isSetUp = false,
+                                     .isAddressShown = false});
         body.addWidget(m_archive);
     }
     for (QWidget *part : {static_cast<QWidget *>(email), static_cast<QWidget *>(password)}) {

@@ -12,6 +12,7 @@
 
 namespace gateway::account {
 class ArchiveSignInViewModel;
+class CloudChoice;
 class QuorinAuthViewModel;
 } // namespace gateway::account
 
@@ -38,6 +39,7 @@ public:
         wizard::GatewaySetupWizardViewModel &setup;
         account::QuorinAuthViewModel &auth;
         account::ArchiveSignInViewModel *archive; ///< null where an account signs in
+        account::CloudChoice &cloud;
         platform::MainExecutor &main;
         platform::WorkerPool &pool;
         QUrl storePage; ///< empty: there is none to lead to
@@ -52,6 +54,7 @@ public:
 
 private:
     void addMessage();
+    void addCloud();
     void addSignIn();
     QWidget *makeWays();
     void addSession();

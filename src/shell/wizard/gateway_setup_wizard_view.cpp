@@ -82,6 +82,7 @@ void GatewaySetupWizardView::addPages()
                              .setup = m_setup,
                              .auth = m_parts.auth,
                              .archive = m_parts.archive,
+                             .cloud = m_parts.cloud,
                              .main = m_parts.setup.main,
                              .pool = m_parts.setup.pool,
                              .storePage = m_parts.storePage,

@@ -13,6 +13,7 @@ class QWidget;
 
 namespace gateway::account {
 class ArchiveSignInViewModel;
+class CloudChoice;
 class QuorinAuthViewModel;
 } // namespace gateway::account
 
@@ -27,6 +28,7 @@ struct WizardParts
     wizard::SetupWizardParts setup;
     account::QuorinAuthViewModel &auth;
     account::ArchiveSignInViewModel *archive = nullptr; ///< null where an account signs in
+    account::CloudChoice &cloud;
     account::GatewayQuorinCloudTermsParts terms;
     platform::Autostart &autostart; ///< whether the gateway comes up with the desktop's session
 

@@ -45,12 +45,6 @@ Issue flagIssue(const QString &key)
     return QStringLiteral("%1 must be true or false.").arg(key);
 }
 
-bool isWebAddress(const QUrl &url)
-{
-    const bool isWeb = url.scheme() == QStringLiteral("https") || url.scheme() == QStringLiteral("http");
-    return url.isValid() && isWeb && !url.host().isEmpty();
-}
-
 std::optional<int> number(const QString &text)
 {
     bool isNumber = false;
@@ -171,12 +165,14 @@ Issue setDestinationFolder(core::Settings &settings, const SettingsDisk &disk, c
 
 Issue setCloudAddress(platform::UserDefaults &defaults, const QString &value)
 {
-    const QUrl url(value.trimmed(), QUrl::StrictMode);
-    if (!isWebAddress(url) || url.hasQuery() || url.hasFragment()) {
+    switch (cloud_client::faultOf(QUrl(value.trimmed(), QUrl::StrictMode), true)
+                .value_or(cloud_client::AddressFault::plainHttp)) {
+    case cloud_client::AddressFault::notOfTheWeb:
         return QStringLiteral("QuorinAPI.BaseURL must be an http or https address.");
-    }
-    if (!url.userInfo().isEmpty()) {
+    case cloud_client::AddressFault::holdsCredentials:
         return QStringLiteral("QuorinAPI.BaseURL must hold no user name and no password; sign in instead.");
+    case cloud_client::AddressFault::plainHttp:
+        break;
     }
     return unlessKept(
         defaults.setObject(QString::fromLatin1(cloud_client::kCloudBaseUrlKey), value.trimmed()));

@@ -2,6 +2,7 @@
 
 #include "account/account_view_model.h"
 #include "account/gateway_change_password_view_model.h"
+#include "account/testing/restarting_choice.h"
 #include "receive/dimse_listener_view_model.h"
 #include "receive/testing/receive_world.h"
 #include "shell/controls/switch.h"
@@ -61,6 +62,7 @@ struct PreferencesWorld : wizard::testing::SetupWorld
                 .account = {.model = account,
                             .password = password,
                             .hasProfile = hasProfile,
+                            .cloud = cloudChoice.choice,
                             .storePage = storePage},
                 .listener = {.state = listenerState, .settings = listenerSettings},
                 .kept = {.settings = appSettings, .defaults = defaults, .main = main},
@@ -127,6 +129,7 @@ struct PreferencesWorld : wizard::testing::SetupWorld
     void picture(const QString &name) { keepPicture(window(), QStringLiteral("preferences-") + name); }
 
     Theme theme;
+    account::testing::RestartingChoice cloudChoice{defaults};
     DesktopPreferences desktop{theme, QDBusConnection(QStringLiteral("none"))};
     AppearanceChoice appearance{theme, desktop, defaults, notifications};
     receive::testing::ReceiveWorld receive;

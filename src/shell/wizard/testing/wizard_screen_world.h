@@ -1,5 +1,6 @@
 #pragma once
 
+#include "account/testing/restarting_choice.h"
 #include "shell/controls/switch.h"
 #include "shell/testing/screen_checks.h"
 #include "shell/testing/shown_widgets.h"
@@ -34,6 +35,7 @@ struct WizardScreenWorld : wizard::testing::SetupWorld
         return {.theme = theme,
                 .setup = SetupWorld::parts(),
                 .auth = auth,
+                .cloud = cloudChoice.choice,
                 .terms = {SetupWorld::terms, defaults, main, pool, clock},
                 .autostart = autostart,
                 .dialogs = {.chooseFolder = [this](QWidget *, const auto &chosen) { chosen(chosenFolder); },
@@ -165,6 +167,7 @@ struct WizardScreenWorld : wizard::testing::SetupWorld
     }
 
     Theme theme;
+    account::testing::RestartingChoice cloudChoice{defaults};
     QTemporaryDir config;
     platform::Autostart autostart{
         config.path(),
