@@ -1,5 +1,7 @@
 #include "account/cloud_choice.h"
 
+#include "platform/concurrency/main_thread.h"
+
 #include <QtCore/QCoreApplication>
 #include <QtCore/QUrl>
 
@@ -9,7 +11,10 @@ namespace gateway::account {
 
 using cloud_client::AddressFault;
 
-CloudChoice::CloudChoice(Parts parts) : m_parts(std::move(parts)) {}
+CloudChoice::CloudChoice(Parts parts) : m_parts(std::move(parts))
+{
+    platform::assertMainThread("CloudChoice");
+}
 
 CloudChoice::Entries CloudChoice::present() const
 {
