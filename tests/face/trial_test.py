@@ -203,10 +203,13 @@ class TrialAtAnArchive(TrialCase):
         # Then
         self.see(offer, "It is deleted here\\. If the cloud has it, .*")
         self.assertEqual((self.count(offer, "Passed"), self.count(offer, "Failed")), (4, 1))
+        self.see(offer, "Read back: good")
+        self.see(offer, "The server at 127\\.0\\.0\\.1 answers\\.")
+        self.see(offer, ".* the sample stays, under the patient GATEWAY-TEST, .*")
         self.picture("archive")
         self.assertEqual(self.images_here(), 0)
-        study, = json.loads(self.orthanc.get("/studies?expand"))
-        self.assertEqual(study["PatientMainDicomTags"]["PatientName"], "TEST^QUORIN GATEWAY")
+        names = {study["PatientMainDicomTags"]["PatientName"] for study in json.loads(self.orthanc.get("/studies?expand"))}
+        self.assertEqual(names, {"TEST^QUORIN GATEWAY", "GATEWAY^TEST"})
 
 
 if __name__ == "__main__":

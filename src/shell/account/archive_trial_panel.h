@@ -4,8 +4,6 @@
 
 #include <stop_token>
 
-class QVBoxLayout;
-
 namespace gateway::account {
 class ArchiveSignInViewModel;
 }
@@ -29,14 +27,11 @@ public:
 
 private:
     void test();
-    void showSteps();
+    void showState();
 
-    const Theme &m_theme;
     account::ArchiveSignInViewModel &m_model;
-    QVBoxLayout *m_lines;
     Button *m_test;
     std::stop_source m_stop;
-    bool m_wasTesting = false;
 };
 
 } // namespace gateway::shell

@@ -510,7 +510,7 @@ bool DesktopScreens::isSetupVisible() const
 void DesktopScreens::offerTrial()
 {
     if (m_trialWindow == nullptr) {
-        m_trialWindow = std::make_unique<TrialWindow>(m_theme, m_models.trial);
+        m_trialWindow = std::make_unique<TrialWindow>(m_theme, m_models.trial, m_models.cloud.archive);
     }
     m_trialWindow->present();
 }

@@ -751,7 +751,7 @@
 <message><source>You are now signed in.</source><translation>Sie sind jetzt angemeldet.</translation></message>
 <message><source>Continue</source><translation>Weiter</translation></message>
 </context>
-<context><name>gateway::shell::ArchiveTrialPanel</name>
+<context><name>gateway::shell::ArchiveSteps</name>
 <message><source>Name</source><translation>Name</translation></message>
 <message><source>Connection</source><translation>Verbindung</translation></message>
 <message><source>Sign-in</source><translation>Anmeldung</translation></message>
@@ -763,9 +763,11 @@
 <message><source>good</source><translation>gut</translation></message>
 <message><source>remark</source><translation>Anmerkung</translation></message>
 <message><source>failed</source><translation>fehlgeschlagen</translation></message>
+<message><source>%1: %2</source><comment>a step, and how it went</comment><translation>%1: %2</translation></message>
+</context>
+<context><name>gateway::shell::ArchiveTrialPanel</name>
 <message><source>Test</source><translation>Testen</translation></message>
 <message><source>Looks the archive up, signs in, asks a query, stores a small image of nobody, reads it back and deletes it.</source><translation>Schlägt das Archiv nach, meldet sich an, stellt eine Abfrage, speichert ein kleines Bild von niemandem, liest es zurück und löscht es.</translation></message>
-<message><source>%1: %2</source><comment>a step, and how it went</comment><translation>%1: %2</translation></message>
 </context>
 <context><name>gateway::shell::AttachmentList</name>
 <message><source>No files attached.</source><translation>Keine Dateien angehängt.</translation></message>

@@ -1,11 +1,15 @@
 #include "shell/wizard/trial_window.h"
 
+#include "account/archive_sign_in_view_model.h"
+#include "shell/account/archive_steps.h"
 #include "shell/controls/button.h"
 #include "shell/controls/canvas.h"
 #include "shell/controls/card.h"
 #include "shell/controls/symbol_tile.h"
 #include "shell/controls/text_label.h"
 #include "shell/theme/theme.h"
+
+#include <QCoro/QCoroTask>
 
 #include <QtGui/QAccessible>
 #include <QtGui/QCloseEvent>
@@ -129,8 +133,10 @@ QString wordOf(TrialState state)
 
 } // namespace
 
-TrialWindow::TrialWindow(const Theme &theme, wizard::SetupTrial &trial)
-    : m_theme(theme), m_trial(trial), m_ground(new Canvas(theme)),
+TrialWindow::TrialWindow(const Theme &theme,
+                         wizard::SetupTrial &trial,
+                         account::ArchiveSignInViewModel *archive)
+    : m_theme(theme), m_trial(trial), m_archive(archive), m_ground(new Canvas(theme)),
       m_title(new TextLabel(theme, {}, TypeStyle::h1)),
       m_sentence(new TextLabel(theme, {}, TypeStyle::body, Color::text2)),
       m_leave(new Button(theme, ButtonKind::secondary, {})), m_go(new PrimaryButton(theme, {}))
@@ -142,13 +148,27 @@ TrialWindow::TrialWindow(const Theme &theme, wizard::SetupTrial &trial)
     fit();
     connect(m_leave, &QPushButton::clicked, this, &QWidget::close);
     connect(m_go, &QPushButton::clicked, this, [this] {
-        if (isOver() && !m_trial.hasFailed()) {
+        if (isOver() && !hasFailed()) {
             close();
         } else {
-            m_trial.start();
+            start();
         }
     });
     connect(&trial, &wizard::SetupTrial::changed, this, &TrialWindow::showTrial);
+}
+
+void TrialWindow::start()
+{
+    m_hasTriedArchive = false;
+    m_trial.start();
+}
+
+/// Where the sample's way was whole: what else the archive has to do makes sense only then.
+void TrialWindow::tryArchive()
+{
+    m_hasTriedArchive = true;
+    m_stopOfArchive = {};
+    QCoro::connect(m_archive->test(m_stopOfArchive.get_token()), this, [](const auto &) {});
 }
 
 void TrialWindow::addContent()
@@ -165,6 +185,13 @@ void TrialWindow::addContent()
         column->addWidget(label);
     }
     column->addWidget(makeLines());
+    if (m_archive != nullptr) {
+        m_archiveCard = new Card(m_theme);
+        m_archiveCard->body().addWidget(
+            new ArchiveSteps(m_theme, *m_archive, ArchiveSteps::Shown::besidesSample));
+        column->addWidget(m_archiveCard);
+        connect(m_archive, &account::ArchiveSignInViewModel::changed, this, &TrialWindow::showTrial);
+    }
     column->addWidget(makeButtons());
 }
 
@@ -221,6 +248,8 @@ void TrialWindow::present()
 {
     if (!isVisible()) {
         m_trial.reset();
+        m_hasTriedArchive = false;
+        showArchive();
         move(screen()->availableGeometry().center() - rect().center());
     }
     show();
@@ -229,10 +258,23 @@ void TrialWindow::present()
     m_go->setFocus();
 }
 
+bool TrialWindow::isRunning() const
+{
+    return m_trial.isRunning() || (m_hasTriedArchive && m_archive->isTesting());
+}
+
 /// A trial has run, and runs no more.
 bool TrialWindow::isOver() const
 {
-    return !m_trial.isRunning() && m_trial.lines().constFirst().state != TrialState::waiting;
+    return !isRunning() && m_trial.lines().constFirst().state != TrialState::waiting;
+}
+
+bool TrialWindow::hasFailed() const
+{
+    return m_trial.hasFailed() ||
+           (m_hasTriedArchive && std::ranges::any_of(m_archive->steps(), [](const auto &step) {
+                return step.outcome == cloud_client::TrialStep::Outcome::failed;
+            }));
 }
 
 void TrialWindow::showTrial()
@@ -240,12 +282,24 @@ void TrialWindow::showTrial()
     for (qsizetype row = 0; row < m_lines.size(); ++row) {
         showLine(m_trial.lines().at(row), m_lines.at(row));
     }
+    if (m_archive != nullptr && isVisible() && isOver() && m_wasRunning && !m_hasTriedArchive &&
+        m_trial.lines().at(m_trial.lines().size() - 2).state == TrialState::passed) {
+        tryArchive();
+    }
+    showArchive();
     showHead();
     showButtons();
-    const bool hasEnded = m_wasRunning && !m_trial.isRunning();
-    m_wasRunning = m_trial.isRunning();
+    const bool hasEnded = m_wasRunning && !isRunning();
+    m_wasRunning = isRunning();
     if (hasEnded && isVisible()) {
         tellEnd();
+    }
+}
+
+void TrialWindow::showArchive()
+{
+    if (m_archiveCard != nullptr) {
+        m_archiveCard->setVisible(m_hasTriedArchive && !m_archive->isTesting());
     }
 }
 
@@ -267,7 +321,7 @@ void TrialWindow::showHead()
         m_title->setText(tr("Try it now"));
         m_sentence->setText(tr("Quorin Gateway sends an image of nobody to itself over the network, uploads "
                                "it, finds it in the cloud and deletes it again. Nothing else changes."));
-    } else if (m_trial.hasFailed()) {
+    } else if (hasFailed()) {
         m_title->setText(tr("Something Is in the Way"));
         m_sentence->setText(
             tr("Each line says what came of it, and what helps. Your settings stay as they are."));
@@ -279,12 +333,11 @@ void TrialWindow::showHead()
 
 void TrialWindow::showButtons()
 {
-    const bool isRunning = m_trial.isRunning();
-    const bool isDone = isOver() && !m_trial.hasFailed();
-    m_leave->setText(isRunning ? tr("Stop") : isOver() ? tr("Close") : tr("Skip"));
+    const bool isDone = isOver() && !hasFailed();
+    m_leave->setText(isRunning() ? tr("Stop") : isOver() ? tr("Close") : tr("Skip"));
     m_leave->setVisible(!isDone);
     m_go->setText(isDone ? tr("Done") : isOver() ? tr("Try Again") : tr("Try it now"));
-    m_go->setBusy(isRunning);
+    m_go->setBusy(isRunning());
 }
 
 /// Words wrap, so the width decides.
@@ -310,6 +363,7 @@ void TrialWindow::tellEnd()
 void TrialWindow::closeEvent(QCloseEvent *event)
 {
     event->accept();
+    m_stopOfArchive.request_stop();
     m_trial.stop();
 }
 

@@ -1,5 +1,6 @@
 #include "shell/wizard/trial_window.h"
 
+#include "account/testing/fake_archive.h"
 #include "shell/controls/button.h"
 #include "shell/language/translations.h"
 #include "shell/testing/screen_checks.h"
@@ -115,6 +116,81 @@ TEST_F(Trial, SaysWhatIsWrongAndCanBeRepeated)
     press("Try Again");
     runToEnd();
     EXPECT_TRUE(says("It Works"));
+}
+
+/// The same at an archive, which is tried out behind.
+struct TrialAtAnArchive : account::testing::SessionWorld
+{
+    TrialAtAnArchive()
+    {
+        theme.setReducedMotion(true);
+        theme.applyTo(*qApp);
+        using cloud_client::TrialStep;
+        archive.found = {{QStringLiteral("name"), TrialStep::Outcome::good, QStringLiteral("It is there.")},
+                         {QStringLiteral("connection"),
+                          TrialStep::Outcome::good,
+                          QStringLiteral("Its certificate is good.")},
+                         {QStringLiteral("read back"),
+                          TrialStep::Outcome::good,
+                          QStringLiteral("The sample comes back as it was sent.")},
+                         {QStringLiteral("delete"),
+                          TrialStep::Outcome::remark,
+                          QStringLiteral("Nothing can be deleted there.")}};
+        window.present();
+    }
+
+    void runToEnd()
+    {
+        pressShown(window, QStringLiteral("Try it now"));
+        while (trial.isRunning()) {
+            sample.pass(SetupTrial::kLook);
+        }
+        runUntil([this] { return !archive.model.isTesting(); });
+        QApplication::processEvents();
+    }
+
+    wizard::testing::SampleWorld sample;
+    account::testing::FakeArchive archive{*this};
+    Theme theme;
+    wizard::SampleRemoval removal{sample.parts()};
+    SetupTrial trial{sample.parts(), removal};
+    TrialWindow window{theme, trial, &archive.model};
+};
+
+TEST_F(TrialAtAnArchive, TellsWhoAnswersWhatComesBackAndWhatItCannotDo)
+{
+    runToEnd();
+
+    const QString words = shownWords(window);
+    EXPECT_TRUE(words.contains(QStringLiteral("It Works"))) << words.toStdString();
+    EXPECT_TRUE(words.contains(QStringLiteral("Its certificate is good.")));
+    EXPECT_TRUE(words.contains(QStringLiteral("The sample comes back as it was sent.")));
+    EXPECT_TRUE(words.contains(QStringLiteral("Nothing can be deleted there.")));
+    EXPECT_FALSE(words.contains(QStringLiteral("It is there."))) << "the sample's way tells that";
+    EXPECT_EQ(testing::clippedIn(window), QStringList());
+    testing::keepPicture(window, QStringLiteral("trial-archive"));
+}
+
+TEST_F(TrialAtAnArchive, DoesNotSayThatItWorksWhereItDoesNot)
+{
+    archive.found = {{QStringLiteral("read back"),
+                      cloud_client::TrialStep::Outcome::failed,
+                      QStringLiteral("Nothing comes back.")}};
+
+    runToEnd();
+
+    EXPECT_TRUE(shownWords(window).contains(QStringLiteral("Something Is in the Way")));
+    EXPECT_NE(shownButton(window, QStringLiteral("Try Again")), nullptr);
+}
+
+TEST_F(TrialAtAnArchive, TriesNothingBehindASampleThatDidNotArrive)
+{
+    sample.cloud.setSignedIn(false);
+
+    runToEnd();
+
+    EXPECT_FALSE(shownWords(window).contains(QStringLiteral("Its certificate is good.")));
+    EXPECT_TRUE(archive.model.steps().isEmpty());
 }
 
 TEST_F(Trial, ShowsTheLongestSentencesWhole)
