@@ -15,8 +15,10 @@ namespace gateway::cloud_client {
 namespace {
 
 const auto kServiceMember = QStringLiteral("service");
-const auto kSizeMember = QStringLiteral("bytes");
-const auto kLearntAtMember = QStringLiteral("learntAt");
+const auto kBytesMember = QStringLiteral("bytes");
+const auto kBytesLearntAtMember = QStringLiteral("learntAt");
+const auto kInstancesMember = QStringLiteral("instances");
+const auto kInstancesLearntAtMember = QStringLiteral("instancesLearntAt");
 
 } // namespace
 
@@ -32,70 +34,113 @@ void RequestLimit::load()
                               ? m_defaults->object(QLatin1StringView(kRequestLimitKey)).value_or(QVariant())
                               : QVariant();
     const QJsonObject record = QJsonDocument::fromJson(kept.toString().toUtf8()).object();
-    const qint64 size = record.value(kSizeMember).toInteger();
-    const QDateTime learntAt = QDateTime::fromString(record.value(kLearntAtMember).toString(), Qt::ISODate);
-    if (size > 0 && learntAt.isValid() && record.value(kServiceMember).toString() == m_service) {
-        const platform::MutexLock lock(m_mutex);
-        m_size = size;
-        m_learntAt = learntAt;
-    }
-}
-
-bool RequestLimit::isReachedBy(qint64 size) const
-{
-    const platform::MutexLock lock(m_mutex);
-    const std::chrono::seconds age(
-        std::abs(m_learntAt.secsTo(m_clock.now()))); // the clock may have been moved
-    return size >= m_size && age < kMemory;
-}
-
-void RequestLimit::refused(qint64 size)
-{
-    const bool isKnown = isReachedBy(size);
-    const platform::MutexLock lock(m_mutex);
-    if (size < m_size || !isKnown) {
-        if (std::exchange(m_isTrial, false)) {
-            m_patience = std::min(2 * m_patience, kLongestPatience);
-        }
-        m_taken = 0;
-        m_size = size;
-        m_learntAt = m_clock.now();
-        keep();
-    }
-}
-
-void RequestLimit::taken(qint64 size)
-{
-    const platform::MutexLock lock(m_mutex);
-    constexpr qint64 kNone = std::numeric_limits<qint64>::max();
-    if (m_size == kNone) {
+    if (record.value(kServiceMember).toString() != m_service) {
         return;
     }
-    if (size >= m_size) {
-        m_size = kNone;
-        keep();
-    } else if (++m_taken >= m_patience) {
-        m_size = m_size <= kNone / 2 ? 2 * m_size : kNone;
-        m_taken = 0;
-        m_isTrial = true;
+    const auto read = [&record](Limit &limit, const QString &member, const QString &learntAtMember) {
+        const qint64 from = record.value(member).toInteger();
+        const QDateTime learntAt =
+            QDateTime::fromString(record.value(learntAtMember).toString(), Qt::ISODate);
+        if (from > 0 && learntAt.isValid()) {
+            limit.from = from;
+            limit.learntAt = learntAt;
+        }
+    };
+    const platform::MutexLock lock(m_mutex);
+    read(m_bytes, kBytesMember, kBytesLearntAtMember);
+    read(m_instances, kInstancesMember, kInstancesLearntAtMember);
+}
+
+bool RequestLimit::Limit::isReachedBy(qint64 value, const QDateTime &now) const
+{
+    const std::chrono::seconds age(std::abs(learntAt.secsTo(now))); // the clock may have been moved
+    return value >= from && age < kMemory;
+}
+
+bool RequestLimit::Limit::refuse(qint64 value, const QDateTime &now)
+{
+    if (value >= from && isReachedBy(value, now)) {
+        return false;
+    }
+    if (std::exchange(isTrial, false)) {
+        patience = std::min(2 * patience, kLongestPatience);
+    }
+    taken = 0;
+    from = value;
+    learntAt = now;
+    return true;
+}
+
+bool RequestLimit::Limit::take(qint64 value)
+{
+    if (from == kNone) {
+        return false;
+    }
+    if (value >= from) {
+        from = kNone;
+        return true;
+    }
+    if (++taken < patience) {
+        return false;
+    }
+    from = from <= kNone / 2 ? 2 * from : kNone;
+    taken = 0;
+    isTrial = true;
+    return true;
+}
+
+bool RequestLimit::isReachedBy(const RequestExtent &extent) const
+{
+    const QDateTime now = m_clock.now();
+    const platform::MutexLock lock(m_mutex);
+    return m_bytes.isReachedBy(extent.bytes, now) || m_instances.isReachedBy(extent.instances, now);
+}
+
+void RequestLimit::refused(const RequestExtent &extent)
+{
+    const QDateTime now = m_clock.now();
+    const platform::MutexLock lock(m_mutex);
+    const bool wereBytesTaken = extent.bytes <= m_mostTaken.bytes;
+    const bool isOfInstances =
+        wereBytesTaken && extent.instances > std::max<qint64>(m_mostTaken.instances, 1);
+    if (wereBytesTaken && !isOfInstances) {
+        m_mostTaken = {}; // what was taken once says nothing any more
+    }
+    if (isOfInstances ? m_instances.refuse(extent.instances, now) : m_bytes.refuse(extent.bytes, now)) {
         keep();
     }
 }
 
+void RequestLimit::taken(const RequestExtent &extent)
+{
+    const platform::MutexLock lock(m_mutex);
+    m_mostTaken = {std::max(m_mostTaken.bytes, extent.bytes),
+                   std::max(m_mostTaken.instances, extent.instances)};
+    const bool areOtherBytes = m_bytes.take(extent.bytes);
+    if (m_instances.take(extent.instances) || areOtherBytes) {
+        keep();
+    }
+}
+
+/// What can't be kept is learnt again.
 void RequestLimit::keep() const
 {
     if (m_defaults == nullptr) {
         return;
     }
-    const QJsonObject record{{kServiceMember, m_service},
-                             {kSizeMember, m_size},
-                             {kLearntAtMember, m_learntAt.toUTC().toString(Qt::ISODate)}};
-    const bool isLearnt = m_size < std::numeric_limits<qint64>::max();
-    // What can't be kept is learnt again.
+    QJsonObject record{{kServiceMember, m_service}};
+    const auto write = [&record](const Limit &limit, const QString &member, const QString &learntAtMember) {
+        if (limit.from < Limit::kNone) {
+            record.insert(member, limit.from);
+            record.insert(learntAtMember, limit.learntAt.toUTC().toString(Qt::ISODate));
+        }
+    };
+    write(m_bytes, kBytesMember, kBytesLearntAtMember);
+    write(m_instances, kInstancesMember, kInstancesLearntAtMember);
     m_defaults->setObject(
         QLatin1StringView(kRequestLimitKey),
-        isLearnt ? QVariant(QString::fromUtf8(QJsonDocument(record).toJson(QJsonDocument::Compact)))
-                 : QVariant());
+        record.size() > 1 ? QVariant(QString::fromUtf8(QJsonDocument(record).toJson(QJsonDocument::Compact)))
+                          : QVariant());
 }
 
 } // namespace gateway::cloud_client

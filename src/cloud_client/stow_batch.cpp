@@ -147,7 +147,8 @@ std::optional<HttpResponse> StowBatch::attempt(Files &files)
         }
         MultipartBody body(parts);
         m_total = std::max(m_total, body.size());
-        if (files.size() > 1 && m_client.requestLimit().isReachedBy(body.size())) {
+        const RequestExtent extent{body.size(), files.size()};
+        if (files.size() > 1 && m_client.requestLimit().isReachedBy(extent)) {
             HttpResponse known;
             known.status = kTooLarge; // as it would say again
             return known;
@@ -155,10 +156,10 @@ std::optional<HttpResponse> StowBatch::attempt(Files &files)
         try {
             HttpResponse response = post(body);
             if (response.status == kTooLarge) {
-                m_client.requestLimit().refused(body.size());
+                m_client.requestLimit().refused(extent);
             } else {
                 if (response.isSuccess()) {
-                    m_client.requestLimit().taken(body.size());
+                    m_client.requestLimit().taken(extent);
                 }
                 m_settledBytes += body.size();
             }
