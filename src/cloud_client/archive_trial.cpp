@@ -139,13 +139,14 @@ TrialStep ArchiveTrial::lookUpName() const
     }
     const QStringList addresses = addressesOf(host);
     if (addresses.isEmpty()) {
-        return {step,
-                Outcome::failed,
-                QCoreApplication::translate(
-                    "Archive",
-                    "The name %1 isn't known to this network. Check the archive's address in the setting "
-                    "QuorinAPI.BaseURL, and this computer's name service.")
-                    .arg(host)};
+        return {
+            step,
+            Outcome::failed,
+            QCoreApplication::translate(
+                "Archive",
+                "The name %1 isn't known to this network. Check the archive's address, and this computer's "
+                "name service.")
+                .arg(host)};
     }
     return {step,
             Outcome::good,
@@ -177,10 +178,7 @@ QList<TrialStep> ArchiveTrial::signIn() const
     if (!session) {
         return {{step,
                  Outcome::failed,
-                 QCoreApplication::translate(
-                     "Archive",
-                     "Nobody is signed in. Sign in: quorin-gateway sign-in --email NAME, or "
-                     "quorin-gateway archive set.")}};
+                 QCoreApplication::translate("Archive", "Nobody is signed in. Sign in first.")}};
     }
     const ArchiveSignIn signIn = archiveSignIn(*session);
     std::optional<QString> issue = issueWith(signIn);
@@ -214,14 +212,13 @@ QList<TrialStep> ArchiveTrial::signIn() const
         case ArchiveAnswer::Meaning::signInWanted:
             break;
         }
-        return {{step,
-                 Outcome::failed,
-                 QCoreApplication::translate(
-                     "Archive",
-                     "The archive refuses the sign-in as %1 (status %2). Sign in with what it knows: "
-                     "quorin-gateway archive set.")
-                     .arg(signInLabel(signIn))
-                     .arg(answer.status)}};
+        return {
+            {step,
+             Outcome::failed,
+             QCoreApplication::translate(
+                 "Archive", "The archive refuses the sign-in as %1 (status %2). Sign in with what it knows.")
+                 .arg(signInLabel(signIn))
+                 .arg(answer.status)}};
     } catch (const std::exception &error) {
         return {{step, Outcome::failed, wordsOf(error)}};
     }

@@ -66,7 +66,7 @@ DeviceTokens grantedTokens(const HttpResponse &response)
         throwNothing(QCoreApplication::translate(
                          "CloudClient",
                          "The sign-in service at %1 gave no token that renews the sign-in, which would "
-                         "soon end; ask for one with --scope, often by the word offline_access."),
+                         "soon end; ask for one by the scope, often with the word offline_access."),
                      response);
     }
     return {QString::fromLatin1(tokens.access.value), tokens.refresh, holderIn(tokens)};

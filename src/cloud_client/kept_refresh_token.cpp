@@ -14,8 +14,7 @@ AccessToken KeptRefreshToken::renew(const QString &session, const Exchange &exch
     if (!before) {
         throw QrnErrorResponse(
             QrnErrorKind::sessionInvalid,
-            QCoreApplication::translate("CloudClient",
-                                        "This sign-in is over; sign in again: quorin-gateway archive set."));
+            QCoreApplication::translate("CloudClient", "This sign-in is over; sign in again."));
     }
     try {
         OAuthTokens tokens = exchange(*before);

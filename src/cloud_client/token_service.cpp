@@ -53,7 +53,7 @@ OAuthTokens TokenService::tokensFor(const OAuthForm &form)
                 QCoreApplication::translate(
                     "CloudClient",
                     "The sign-in service at %1 has ended the sign-in; images are kept here until "
-                    "somebody signs in again: quorin-gateway archive set.")
+                    "somebody signs in again.")
                     .arg(response.host),
                 response.status);
         }

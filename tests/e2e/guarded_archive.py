@@ -32,6 +32,7 @@ class TokenService:
         self.given = 0  # how many tokens were given out
         self.asked = 0  # how often somebody asked for one
         self.manner = "gives"  # "gives", "refuses", "page" or "fault"
+        self.audience = None  # for whom a token has to be asked
         self.person = "waits"  # whoever is to enter the code; "waits", "lets in", "denies" or "sleeps"
         self.hurried = 0  # how many more questions for the code it calls too many
         self.let_in = 0  # how many codes were entered and taken up
@@ -69,6 +70,8 @@ class TokenService:
                     return self._answer(*service.answer_code_client(self.path, form))
                 if service.manner == "refuses" or not self._is_known(form):
                     return self._answer(401, {"error": "invalid_client"})
+                if service.audience and form.get("audience") != [service.audience]:
+                    return self._answer(400, {"error": "invalid_target"})
                 return self._answer(200, {"access_token": service.give(), "token_type": "Bearer",
                                           "expires_in": service.lifetime})
 

@@ -122,6 +122,26 @@ class BehindTokens(TokenGuardedTest):
                 self.gateway.await_status("all uploaded", lambda s: s["counters"]["synced"] == had + 3)
                 self.assertLessEqual({identity_of(file)[2] for file in sent}, self.there())
 
+    def test_a_token_is_asked_for_by_the_audience_that_its_service_wants(self):
+        # Given
+        self.tokens.audience = "archive of the site"
+
+        # When
+        refused = self.sign_in(check=False)
+
+        # Then
+        self.assertEqual(refused.returncode, 1)
+        self.assertIn("does not know the audience that is asked for", refused.stderr)
+
+        # When
+        self.sign_in(more=("--audience", "archive of the site"))
+        sent = self.samples(ct=1)
+        send(self.gateway, sent)
+
+        # Then
+        self.gateway.await_synced(sent)
+        self.assert_all_there(sent)
+
     def test_a_token_file_is_read_again_when_it_changes(self):
         # Given
         file = self.folder / "token"
