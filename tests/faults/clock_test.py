@@ -6,13 +6,16 @@ import struct
 import sys
 import time
 import unittest
+from datetime import datetime
+from zoneinfo import ZoneInfo
 
 import invariants
 from fault_rig import FaultRig, Sweep, figure, rig
 from ledger import Ledger, Version
 from steps import telling
 
-DAY = 24 * 3600
+TEN_MINUTES, HOUR = 600, 3600
+DAY = 24 * HOUR
 KEPT = 30 * DAY
 TO_1970 = -int(time.time()) + 60
 MOVES = {"an hour ahead": 3600, "26 hours ahead": 26 * 3600, "400 days ahead": 400 * DAY, "30 years ahead": 30 * 365 * DAY,
@@ -22,8 +25,9 @@ MOVES = {"an hour ahead": 3600, "26 hours ahead": 26 * 3600, "400 days ahead": 4
 class ClockRig(FaultRig):
     """A gateway whose clock can be moved."""
 
-    def __init__(self):
+    def __init__(self, zone="UTC"):
         super().__init__()
+        self._zone = zone
         with open(self.path("clock"), "w+b") as file:
             file.write(bytes(8))
             file.flush()
@@ -31,7 +35,7 @@ class ClockRig(FaultRig):
 
     def gateway_arguments(self):
         return ["/usr/bin/env", f"LD_PRELOAD={rig.program('moved_clock.so')}", f"MOVED_CLOCK={self.path('clock')}",
-                *super().gateway_arguments()]
+                f"TZ={self._zone}", *super().gateway_arguments()]
 
     def move(self, seconds):
         self._offset[:] = struct.pack("q", seconds)
@@ -102,6 +106,58 @@ class Clock(unittest.TestCase):
     def end(self):
         invariants.check(self.machine, self.ledger)
         self.failed = False
+
+
+class Nights(unittest.TestCase):
+    """The clocks of the zone are set by an hour, and images are kept for a day of its calendar."""
+
+    ZONE = ZoneInfo("Europe/Berlin")
+
+    def send(self):
+        """One more image, behind which the gateway looks for what is old."""
+        self.sent += 1
+        version = Version(self.sent)
+        self.assertTrue(self.ledger.send(self.machine.port, rig.TITLE, [version]))
+        self.machine.await_settled(self.ledger)
+        return version.instance
+
+    def here(self):
+        return {instance for instance, in self.machine.asked("SELECT originalSOPInstanceUID FROM DicomImage")}
+
+    def night(self, noon, last, first):
+        """
+        \param noon   of the day before.
+        \param last   how many seconds later the image is to be here still, a moment before the next noon.
+        \param first  how many seconds later it is old enough, a moment behind that noon.
+        """
+        self.machine, self.ledger, self.sent = ClockRig("Europe/Berlin"), Ledger(), 0
+        failed = True
+        try:
+            self.begin = int(noon.timestamp()) - int(time.time())
+            self.machine.move(self.begin)
+            self.machine.set_up()
+            self.machine.set("GatewayAutoDelete", "1-days")
+            image = self.send()
+            for later in (last // 2, last):
+                self.machine.move(self.begin + later)
+                self.send()
+                self.assertIn(image, self.here(), f"let go of {last - later + 600} s early")
+            self.machine.move(self.begin + first)
+            self.ledger.pruned.add(image)
+            self.send()
+            rig.await_that("the image to be let go of", lambda: image not in self.here())
+            invariants.check(self.machine, self.ledger)
+            failed = False
+        finally:
+            self.machine.close(failed)
+
+    def test_spring(self):
+        self.night(datetime(2027, 3, 27, 12, tzinfo=self.ZONE), 23 * HOUR - TEN_MINUTES, 23 * HOUR + TEN_MINUTES)
+        figure("the night in which an hour is missing, let go of after 23 hours and not before")
+
+    def test_autumn(self):
+        self.night(datetime(2027, 10, 30, 12, tzinfo=self.ZONE), 25 * HOUR - TEN_MINUTES, 25 * HOUR + TEN_MINUTES)
+        figure("the night in which an hour comes twice, let go of after 25 hours and not before")
 
 
 if __name__ == "__main__":
