@@ -36,7 +36,7 @@ ROWS = {"receive-1": receiving.ct_on_one, "receive-4": receiving.ct_on_four, "re
         "receive-mr": receiving.mr_on_one, "receive-large": receiving.large_objects,
         "receive-busy": receiving.while_converting, "way": sending.way_original, "way-ls": sending.way_compressed,
         "upload": sending.upload, "link": far.link, "scaling": scaling.scaling,
-        "away": absent.away, "refused": absent.refused, "codec": inside.codec, "idle": inside.idle, "face": face.face, "start": inside.start, "log": inside.log,
+        "away": absent.away, "refused": absent.refused, "codec": inside.codec, "idle": inside.idle, "face": face.face, "start": inside.start, "rebuild": inside.rebuild, "log": inside.log,
         "log-browser": inside.log_browser, "study-table": inside.study_table,
         "index": inside.index, "week": inside.week, "state": inside.state}
 

@@ -2,6 +2,7 @@
 
 import contextlib
 import re
+import shutil
 import statistics
 import time
 
@@ -156,3 +157,20 @@ def start(bench):
             await_true("the listener", lambda: accepts(port), 0.005)
             took.append(time.monotonic() - begin)
     return [Row("start to listening, 1,000,000 images, s", f"{statistics.median(took):.2f}", goal="< 0.7 s")]
+
+
+def rebuild(bench):
+    """The index made anew from the file store: its files parsed and recorded by the gateway's start, beside its listener."""
+    count = len(bench.files)
+    home = bench.fresh("rebuilt")
+    with contextlib.ExitStack() as stack:
+        gateway = Gateway(stack, bench.binaries, home)
+        gateway.must("import", str(bench.files[0].parent))
+    rates = []
+    for _ in range(bench.rounds):
+        shutil.rmtree(home / "home" / "index")
+        begin = time.monotonic()
+        with started(gateway.start_command, home / "again.log"):
+            await_true("the index to be whole", lambda: gateway.is_answering() and gateway.images() == count, 0.05)
+            rates.append(count / (time.monotonic() - begin))
+    return [Row("index made anew from the store, CT files a second", f"{statistics.median(rates):.0f}", goal=">= 1,000")]

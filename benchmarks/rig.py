@@ -154,8 +154,11 @@ class Gateway:
         self.start_command = self._command + ["--bind", "127.0.0.1", "--cloud", cloud]
         self.start_command += [] if display else ["--headless"]
         self.pid = stack.enter_context(started(self.start_command, folder / "gateway.log", self._environment)).pid
-        await_true("the start of the gateway", lambda: self.ask("status", "--json").returncode == 0)
+        await_true("the start of the gateway", self.is_answering)
         await_true("the start of the listener", lambda: accepts(self.port))
+
+    def is_answering(self):
+        return self.ask("status", "--json").returncode == 0
 
     def ask(self, *arguments, words=None):
         return subprocess.run(self._command + list(arguments), input=words, capture_output=True, text=True,
