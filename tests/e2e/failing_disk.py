@@ -37,6 +37,10 @@ class FailingDisk:
         """Such calls on paths that match wait until the disk is healed, as on a share that is dead."""
         self.fail(call, pattern, 0)
 
+    def strike(self, call, pattern, number):
+        """Whoever makes the call of that number on such paths is killed before it; failures() counts the calls."""
+        self.fail(call, pattern, -1, number)
+
     def coarsen(self, pattern, seconds):
         """Files whose paths match keep multiples of so many seconds as their times."""
         self.fail("grain", pattern, seconds)

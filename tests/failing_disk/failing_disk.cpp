@@ -21,6 +21,7 @@
 #include <array>
 #include <atomic>
 #include <cerrno>
+#include <csignal>
 #include <cstdarg>
 #include <cstdint>
 #include <cstdio>
@@ -154,6 +155,12 @@ bool fails(const char *call, const char *path)
         const std::uint64_t before = rules->failures[line]++;
         if (code == 0) {
             waitForHealth(*rules);
+            return false;
+        }
+        if (code < 0) {
+            if (before + 1 == std::strtoull(times.data(), nullptr, 10)) {
+                ::kill(::getpid(), SIGKILL);
+            }
             return false;
         }
         if (times[0] == '-' || before < std::strtoull(times.data(), nullptr, 10)) {
