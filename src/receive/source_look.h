@@ -2,7 +2,7 @@
 
 #include "platform/concurrency/clock.h"
 #include "platform/concurrency/mutex.h"
-#include "platform/concurrency/unawaited.h"
+#include "platform/concurrency/patient_question.h"
 
 #include <QtCore/QtGlobal>
 
@@ -35,30 +35,23 @@ template <typename Look>
 std::optional<std::invoke_result_t<Look, std::stop_token, Pulse &>>
 lookPatiently(platform::Clock &clock, Look look, const std::stop_token &stop)
 {
-    struct Looked
+    struct Reins
     {
         Pulse pulse{0};
-        platform::Mutex mutex;
-        std::optional<std::invoke_result_t<Look, std::stop_token, Pulse &>> answer QUORIN_GUARDED_BY(mutex);
-        std::stop_source over; // answered, or given up
+        std::stop_source givenUp;
     };
-    const auto looked = std::make_shared<Looked>();
-    const std::stop_callback whenStopped(stop, [looked] { looked->over.request_stop(); });
-    platform::runUnawaited("import-source", [looked, look = std::move(look)] {
-        auto answer = look(looked->over.get_token(), looked->pulse);
-        {
-            const platform::MutexLock lock(looked->mutex);
-            looked->answer.emplace(std::move(answer));
-        }
-        looked->over.request_stop();
+    const auto reins = std::make_shared<Reins>();
+    const auto asked = platform::askAside("import-source", [reins, look = std::move(look)] {
+        return look(reins->givenUp.get_token(), reins->pulse);
     });
+    const std::stop_callback whenStopped(stop, [asked] { asked->over.request_stop(); });
     quint64 seen = 0;
     do {
-        seen = looked->pulse;
-    } while (clock.sleep(kLongestSilence, looked->over.get_token()) && looked->pulse != seen);
-    looked->over.request_stop();
-    const platform::MutexLock lock(looked->mutex);
-    return std::move(looked->answer);
+        seen = reins->pulse;
+    } while (clock.sleep(kLongestSilence, asked->over.get_token()) && reins->pulse != seen);
+    reins->givenUp.request_stop();
+    const platform::MutexLock lock(asked->mutex);
+    return std::move(asked->answer);
 }
 
 } // namespace gateway::receive
