@@ -39,6 +39,28 @@ void GatewaySetupWizardViewModel::updateAccountPassword(const QString &text)
     Q_EMIT changed();
 }
 
+void GatewaySetupWizardViewModel::updateArchiveEntries(bool areThere)
+{
+    m_hasArchiveEntries = areThere;
+}
+
+/// Whoever entered a sign-in and went on believes to be signed in.
+void GatewaySetupWizardViewModel::tellOfUnusedEntries()
+{
+    if (isSignedIn() || m_accountMessageIsError) {
+        return; // which tells more
+    }
+    if (m_hasArchiveEntries || !m_draft.accountPassword.isEmpty()) {
+        setAccountMessage(
+            QCoreApplication::translate("SetupWizard",
+                                        "The sign-in that you entered wasn't used. Go back to sign in with "
+                                        "it, or sign in later from the tray menu or Preferences."),
+            false);
+    } else {
+        setAccountMessage(std::nullopt, false);
+    }
+}
+
 void GatewaySetupWizardViewModel::skipSignIn()
 {
     goNext();

@@ -105,6 +105,42 @@ TEST_F(SetupAccountStep, CanBeSkippedAndSaysWhereToSignInLater)
     EXPECT_FALSE(setup->accountMessageIsError());
 }
 
+TEST_F(SetupAccountStep, TellsThatWhatWasEnteredWasNotUsed)
+{
+    const QString note = u"The sign-in that you entered wasn't used. Go back to sign in with it, or sign in "
+                         u"later from the tray menu or Preferences."_qs;
+    setup->updateAccountPassword(u"right"_qs);
+    setup->goNext();
+    EXPECT_EQ(setup->step(), Step::summary);
+    EXPECT_EQ(setup->accountMessage(), note);
+    EXPECT_FALSE(setup->accountMessageIsError());
+    EXPECT_EQ(setup->draft().accountPassword, u"right"_qs) << "for whoever goes back";
+
+    setup->goBack();
+    setup->updateAccountPassword(QString());
+    setup->goNext();
+    EXPECT_EQ(setup->accountMessage(), std::nullopt);
+
+    setup->goBack();
+    setup->updateArchiveEntries(true);
+    setup->goNext();
+    EXPECT_EQ(setup->accountMessage(), note);
+}
+
+TEST_F(SetupAccountStep, SaysNothingOfEntriesThatWereUsedOrRefused)
+{
+    enter(u"ann@site.example"_qs, u"wrong"_qs);
+    const std::optional<QString> refusal = setup->accountMessage();
+    setup->goNext();
+    EXPECT_EQ(setup->accountMessage(), refusal);
+
+    setup->goBack();
+    setup->updateArchiveEntries(true);
+    enter(u"ann@site.example"_qs, u"right"_qs);
+    setup->goNext();
+    EXPECT_EQ(setup->accountMessage(), std::nullopt);
+}
+
 TEST_F(SetupAccountStep, SignsOutAndForgetsWhatWasEntered)
 {
     enter(u"ann@site.example"_qs, u"right"_qs);

@@ -105,6 +105,9 @@ QCoro::Task<void> GatewaySetupWizardViewModel::goOn()
     if (m_step == Step::summary) {
         co_return;
     }
+    if (from == Step::quorinAccount) {
+        tellOfUnusedEntries();
+    }
     enterStep(neighbour(m_step, 1));
     refreshValidation(false);
     if (m_step == Step::summary) {

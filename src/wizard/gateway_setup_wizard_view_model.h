@@ -125,6 +125,10 @@ public:
     void updateAccountEmail(const QString &text);
     void updateAccountPassword(const QString &text);
 
+    /// \param areThere  whether something stands in the fields of an archive's sign-in, which aren't the
+    /// draft's.
+    void updateArchiveEntries(bool areThere);
+
     /// The AE title's field is left: what can be used of it stays.
     void normalizeAETitle();
 
@@ -200,6 +204,7 @@ private:
     void takeRecommendedListener();
     void takeDefaultFolder();
     void setAccountMessage(const std::optional<QString> &message, bool isError);
+    void tellOfUnusedEntries();
     void authChanged();
     void checkTerms();
     QCoro::Task<> loadTerms();
@@ -215,6 +220,7 @@ private:
     std::optional<QString> m_validationMessage;
     std::optional<QString> m_accountMessage;
     bool m_accountMessageIsError = false;
+    bool m_hasArchiveEntries = false;
     bool m_isApplying = false;
     bool m_wasSignedIn = false;
     int m_signIns = 0;

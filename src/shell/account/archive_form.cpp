@@ -19,6 +19,7 @@
 #include <QtWidgets/QScrollArea>
 #include <QtWidgets/QVBoxLayout>
 
+#include <algorithm>
 #include <utility>
 
 namespace gateway::shell {
@@ -99,7 +100,7 @@ ArchiveForm::addField(QVBoxLayout &column, const QString &name, TextField *field
 {
     auto *made = new FormField(m_parts.theme, name, field, hint);
     column.addWidget(made);
-    connect(field, &QLineEdit::textEdited, this, [this] { m_isEdited = true; });
+    connect(field, &QLineEdit::textEdited, this, &ArchiveForm::edited);
     connect(field, &QLineEdit::returnPressed, this, &ArchiveForm::signIn);
     return made;
 }
@@ -116,7 +117,8 @@ ArchiveForm::addFileField(QVBoxLayout &column, const QString &name, TextField *f
         m_parts.chooseFile(window(), name, [form = QPointer(this), field](const QString &path) {
             if (form && !path.isEmpty()) {
                 field->setText(path);
-                form->m_isEdited = true;
+                field->setModified(true); // as if it were typed
+                form->edited();
             }
         });
     });
@@ -170,6 +172,9 @@ void ArchiveForm::addFoot(QVBoxLayout &column)
     m_error->hide();
     auto *row = new QHBoxLayout;
     row->setSpacing(m_parts.theme.space(Space::gap));
+    if (m_parts.otherWays != nullptr) {
+        row->addWidget(m_parts.otherWays);
+    }
     row->addStretch(1);
     row->addWidget(m_cancel);
     row->addWidget(m_signIn);
@@ -178,13 +183,13 @@ void ArchiveForm::addFoot(QVBoxLayout &column)
 
 void ArchiveForm::listen()
 {
-    const auto edited = [this] {
-        m_isEdited = true;
+    const auto chosen = [this] {
         showFields();
+        edited();
     };
-    connect(m_way, &QComboBox::activated, this, edited);
-    connect(m_secretIn, &QComboBox::activated, this, edited);
-    connect(m_withCertificate, &QAbstractButton::clicked, this, edited);
+    connect(m_way, &QComboBox::activated, this, chosen);
+    connect(m_secretIn, &QComboBox::activated, this, chosen);
+    connect(m_withCertificate, &QAbstractButton::clicked, this, chosen);
     connect(m_signIn, &QAbstractButton::clicked, this, &ArchiveForm::signIn);
     connect(m_cancel, &QAbstractButton::clicked, this, [this] {
         giveUp();
@@ -192,6 +197,20 @@ void ArchiveForm::listen()
     });
     connect(&m_parts.model, &account::ArchiveSignInViewModel::changed, this, &ArchiveForm::showState);
     connect(&m_parts.auth, &account::QuorinAuthViewModel::changed, this, &ArchiveForm::follow);
+}
+
+void ArchiveForm::edited()
+{
+    m_isEdited = true;
+    Q_EMIT entriesChanged();
+}
+
+bool ArchiveForm::hasEntries() const
+{
+    const QList<TextField *> all = findChildren<TextField *>();
+    return std::any_of(all.begin(), all.end(), [](const TextField *field) {
+        return !field->parentWidget()->isHidden() && field->isModified() && !field->text().isEmpty();
+    });
 }
 
 ArchiveForm::Way ArchiveForm::way() const
@@ -389,6 +408,7 @@ void ArchiveForm::ended(int attempt, const ArchiveSignInEnd &end)
     m_remark->setText(remark);
     m_remark->setVisible(!remark.isEmpty());
     follow();
+    Q_EMIT entriesChanged();
     Q_EMIT signedIn();
 }
 

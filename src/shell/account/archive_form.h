@@ -35,8 +35,9 @@ struct ArchiveFormParts
     /// Lets a person choose a file; returns at once.
     std::function<void(QWidget *parent, const QString &title, const Chosen &chosen)> chooseFile;
 
-    bool isSetUp = true;        ///< images are received, whoever is signed in; false where that isn't sure
-    bool isAddressShown = true; ///< the archive's; false where it stands beside the form
+    bool isSetUp = true;          ///< images are received, whoever is signed in; false where that isn't sure
+    bool isAddressShown = true;   ///< the archive's; false where it stands beside the form
+    QWidget *otherWays = nullptr; ///< stands beside the button that signs in; the form's from then on
 };
 
 /// How the gateway is to sign in at its archive, and the way to do it. What stands in the session is filled
@@ -53,6 +54,9 @@ public:
     /// Where the keyboard goes first.
     QWidget *firstField();
 
+    /// Something stands in a shown field that somebody entered, and that wasn't used to sign in.
+    bool hasEntries() const;
+
     /// Gives up what was begun here.
     void giveUp();
 
@@ -60,6 +64,9 @@ public:
     void forgetSecrets();
 
 Q_SIGNALS:
+    /// What was entered is another, or was used.
+    void entriesChanged();
+
     /// It came to a session.
     void signedIn();
 
@@ -75,6 +82,7 @@ private:
         none
     };
 
+    void edited();
     void addHead(QVBoxLayout &column);
     void addFields(QVBoxLayout &column);
     void addFoot(QVBoxLayout &column);

@@ -486,6 +486,7 @@
 <message><source>Sign in now if available. You can also skip and continue.</source><translation>Melden Sie sich an, wenn Sie schon können. Sie können das auch überspringen.</translation></message>
 <message><source>Review all settings that will be applied before finishing setup.</source><translation>Prüfen Sie alle Einstellungen, die am Ende der Einrichtung angewendet werden.</translation></message>
 <message><source>You can sign in later from the tray menu or Preferences.</source><translation>Sie können sich später über das Statusmenü oder die Einstellungen anmelden.</translation></message>
+<message><source>The sign-in that you entered wasn't used. Go back to sign in with it, or sign in later from the tray menu or Preferences.</source><translation>Die eingegebene Anmeldung wurde nicht benutzt. Gehen Sie zurück, um sich mit ihr anzumelden, oder melden Sie sich später über das Statusmenü oder die Einstellungen an.</translation></message>
 <message><source>Enter both email and password to sign in.</source><translation>Geben Sie zum Anmelden E-Mail-Adresse und Passwort ein.</translation></message>
 <message><source>Sign in failed.</source><translation>Die Anmeldung ist fehlgeschlagen.</translation></message>
 <message><source>Quorin Cloud Terms &amp; Conditions accepted.</source><translation>Die Nutzungsbedingungen von Quorin Cloud sind angenommen.</translation></message>

@@ -60,6 +60,7 @@ void AccountPage::addSignIn()
     m_email->setInputMethodHints(Qt::ImhEmailCharactersOnly | Qt::ImhNoAutoUppercase);
     auto *email = new FormField(theme(), tr("Email"), m_email);
     auto *password = new FormField(theme(), tr("Password"), m_password);
+    QWidget *ways = makeWays();
     if (m_parts.archive != nullptr) {
         m_archive = new ArchiveForm({.theme = theme(),
                                      .model = *m_parts.archive,
@@ -67,14 +68,17 @@ void AccountPage::addSignIn()
                                      .openLink = m_parts.openLink,
                                      .chooseFile = m_parts.chooseFile,
                                      .isSetUp = false,
-                                     .isAddressShown = false});
+                                     .isAddressShown = false,
+                                     .otherWays = ways});
         body.addWidget(m_archive);
     }
     for (QWidget *part : {static_cast<QWidget *>(email), static_cast<QWidget *>(password)}) {
         part->setVisible(m_archive == nullptr);
         body.addWidget(part);
     }
-    body.addWidget(makeWays());
+    if (m_archive == nullptr) {
+        body.addWidget(ways);
+    }
     body.addWidget(paragraph(tr("Signing in is optional for setup completion. You can sign in later from the "
                                 "tray menu or Preferences.")));
     if (!m_parts.storePage.isEmpty() && m_archive == nullptr) {
@@ -145,6 +149,11 @@ void AccountPage::listen()
     connect(m_signIn, &QPushButton::clicked, this, signIn);
     connect(m_email, &QLineEdit::returnPressed, this, signIn);
     connect(m_password, &QLineEdit::returnPressed, this, signIn);
+    if (m_archive != nullptr) {
+        connect(m_archive, &ArchiveForm::entriesChanged, &setup(), [this] {
+            setup().updateArchiveEntries(m_archive->hasEntries());
+        });
+    }
     connect(m_skip, &QPushButton::clicked, &setup(), &GatewaySetupWizardViewModel::skipSignIn);
     connect(m_cancel, &QPushButton::clicked, this, [this] {
         m_password->setFocus();

@@ -2,6 +2,7 @@
 
 #include "account/account_view_model.h"
 #include "account/gateway_change_password_view_model.h"
+#include "account/testing/fake_archive.h"
 #include "account/testing/restarting_choice.h"
 #include "receive/dimse_listener_view_model.h"
 #include "receive/testing/receive_world.h"
@@ -62,6 +63,7 @@ struct PreferencesWorld : wizard::testing::SetupWorld
                 .account = {.model = account,
                             .password = password,
                             .hasProfile = hasProfile,
+                            .archive = archive ? &archive->model : nullptr,
                             .cloud = cloudChoice.choice,
                             .storePage = storePage},
                 .listener = {.state = listenerState, .settings = listenerSettings},
@@ -140,6 +142,7 @@ struct PreferencesWorld : wizard::testing::SetupWorld
     account::GatewayChangePasswordViewModel password{{service, main, pool}};
     wizard::ListenerSettingsViewModel listenerSettings{SetupWorld::parts(), notifications};
     bool hasProfile = true;
+    std::optional<account::testing::FakeArchive> archive; ///< for who signs in at one
     QUrl storePage{QStringLiteral("https://store.example/lens")};
     QString chosenFolder;
     QList<QUrl> links;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "account/testing/fake_archive.h"
 #include "account/testing/restarting_choice.h"
 #include "shell/controls/switch.h"
 #include "shell/testing/screen_checks.h"
@@ -35,6 +36,7 @@ struct WizardScreenWorld : wizard::testing::SetupWorld
         return {.theme = theme,
                 .setup = SetupWorld::parts(),
                 .auth = auth,
+                .archive = archive ? &archive->model : nullptr,
                 .cloud = cloudChoice.choice,
                 .terms = {SetupWorld::terms, defaults, main, pool, clock},
                 .autostart = autostart,
@@ -181,6 +183,7 @@ struct WizardScreenWorld : wizard::testing::SetupWorld
     int completed = 0;
     int offers = 0; ///< of a trial
     int quits = 0;
+    std::optional<account::testing::FakeArchive> archive; ///< for who signs in at one
     std::optional<GatewaySetupWizardWindowController> controller;
 };
 
