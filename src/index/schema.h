@@ -24,7 +24,7 @@ public:
 
     QString message() const { return QString::fromUtf8(what()); }
 
-    /// True where its volume, or a quota, had no room for what opening it writes. Once that is undone there
+    /// True where its volume had no room for what opening it writes. Once that is undone there
     /// may be some again.
     bool isForLackOfRoom() const { return m_isForLackOfRoom; }
 

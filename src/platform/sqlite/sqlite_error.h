@@ -26,7 +26,8 @@ public:
     /// a disk or share that doesn't answer, no memory. The same call may work later.
     bool maySucceedLater() const;
 
-    /// True where the volume, or a quota, has no room for what was to be written.
+    /// True where the volume has no room for what was to be written. A quota counts as any other trouble:
+    /// SQLite doesn't tell it apart.
     bool isFull() const;
 
     /// True where the file is damaged or is no database at all.

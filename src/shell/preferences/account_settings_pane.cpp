@@ -73,7 +73,7 @@ void AccountSettingsPane::addStatus()
     body.addLayout(row);
     body.addWidget(m_sessionError);
     body.addWidget(m_termsError);
-    page().addCard({}).body().addWidget(new CloudChoiceRow(theme(), m_parts.account.cloud));
+    body.addWidget(new CloudChoiceRow(theme(), m_parts.account.cloud));
 }
 
 void AccountSettingsPane::addSignIn()
