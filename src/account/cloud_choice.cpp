@@ -43,11 +43,21 @@ std::optional<QString> CloudChoice::issueWith(const Entries &entered) const
         "CloudChoice", "Give a whole web address, such as https://archive.example/dicom-web.");
 }
 
+/// Both, or neither: an address goes with what stands there.
 bool CloudChoice::keep(const Entries &entered)
 {
-    return m_parts.defaults.setObject(QString::fromLatin1(cloud_client::kCloudBaseUrlKey), entered.address) &&
-           m_parts.defaults.setObject(QString::fromLatin1(cloud_client::kCloudKindKey),
-                                      cloud_client::cloudKindName(entered.kind));
+    platform::UserDefaults &defaults = m_parts.defaults;
+    const QString address = QString::fromLatin1(cloud_client::kCloudBaseUrlKey);
+    const QVariant before = defaults.object(address).value_or(QVariant());
+    if (!defaults.setObject(address, entered.address)) {
+        return false;
+    }
+    const bool isKept = defaults.setObject(QString::fromLatin1(cloud_client::kCloudKindKey),
+                                           cloud_client::cloudKindName(entered.kind));
+    if (!isKept) {
+        defaults.setObject(address, before);
+    }
+    return isKept;
 }
 
 std::optional<QString> CloudChoice::choose(const Entries &entered)
@@ -56,12 +66,13 @@ std::optional<QString> CloudChoice::choose(const Entries &entered)
     if (const auto issue = issueWith(wanted)) {
         return issue;
     }
+    // Also the one that runs: another may be kept for the next start.
+    if (!keep(wanted)) {
+        return QCoreApplication::translate("CloudChoice", "The setting could not be saved.");
+    }
     const QUrl address(wanted.address);
     if (wanted.kind == present().kind && address.toString(QUrl::StripTrailingSlash) == present().address) {
         return std::nullopt;
-    }
-    if (!keep(wanted)) {
-        return QCoreApplication::translate("CloudChoice", "The setting could not be saved.");
     }
     if (!m_parts.restart()) {
         return QCoreApplication::translate(

@@ -40,7 +40,7 @@ public:
     /// The command line or the environment names the cloud of each start, whatever is chosen here.
     bool isGivenAtStart() const { return m_parts.configuration.isGivenAtStart; }
 
-    /// Keeps what was entered and starts the program anew, unless it is what is there.
+    /// Keeps what was entered, and starts the program anew unless it goes there already.
     ///
     /// \return why not, in one sentence for people; nothing where it came to that.
     std::optional<QString> choose(const Entries &entered);

@@ -45,7 +45,6 @@ TEST_F(CloudChoices, OfWhatIsThereStartNothingAnew)
     EXPECT_EQ(world.choice.choose({CloudKind::dicomweb, kArchive + u'/'}), std::nullopt);
 
     EXPECT_EQ(world.restarts, 0);
-    EXPECT_EQ(keptAddress(), QString());
     EXPECT_EQ(world.choice.choose({CloudKind::quorin, kArchive}), std::nullopt);
     EXPECT_EQ(world.restarts, 1) << "the same address, and another service behind it";
 }
@@ -82,6 +81,12 @@ TEST_F(CloudChoices, AreKeptWhereTheProgramCannotStartItselfAnewAndThatIsSaid)
     ASSERT_TRUE(told);
     EXPECT_TRUE(told->contains(QStringLiteral("open it again"))) << told->toStdString();
     EXPECT_EQ(keptAddress(), kArchive);
+
+    // And it can be taken back.
+    const CloudChoice::Entries running = world.choice.present();
+    EXPECT_EQ(world.choice.choose(running), std::nullopt);
+    EXPECT_EQ(keptAddress(), running.address);
+    EXPECT_EQ(kept(cloud_client::kCloudKindKey), QStringLiteral("quorin"));
 }
 
 } // namespace

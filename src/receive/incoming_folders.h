@@ -118,7 +118,8 @@ public:
         QUORIN_EXCLUDES(m_mutex, m_lockMutex);
 
     /// Forgets the folder with this number where it was entered last and never before: no listener could work
-    /// in it after all, so nothing of one lies there. Asks no disk but that of the defaults.
+    /// in it after all. Whoever calls has seen that nothing of one lies there. Asks no disk but that of the
+    /// defaults.
     void takeBack(const QString &id) QUORIN_EXCLUDES(m_mutex);
 
     /// The number of the folder that was entered last; empty where it has none.

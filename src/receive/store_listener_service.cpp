@@ -3,6 +3,7 @@
 #include "core/notification_names.h"
 #include "platform/dicom/inbox_files.h"
 #include "receive/bonjour_record.h"
+#include "receive/inbox.h"
 #include "receive/listener_config.h"
 
 #include <chrono>
@@ -276,6 +277,9 @@ void StoreListenerService::runEnded(const Run &run, std::int32_t result)
             m_with.observer.listenerFailed();
             m_log.startFailed(run.config.port, result);
             const bool isOfFolder = result == platform::StoreSCP::kFolderRefused;
+            if (isOfFolder && contentOf(run.inbox) == InboxContent::nothing) {
+                m_with.incomingFolders.takeBack(run.config.incomingFolderId);
+            }
             m_with.main.post(weak_from_this(), [this, run, isOfFolder] { startFailed(run, isOfFolder); });
         }
     }
@@ -365,7 +369,6 @@ void StoreListenerService::startFailed(const Run &run, bool isOfFolder)
     }
     const platform::Sentence why = run.scp->lastMessage();
     if (isOfFolder) {
-        m_with.incomingFolders.takeBack(run.config.incomingFolderId);
         tellRefusal(run, why, false);
         return;
     }

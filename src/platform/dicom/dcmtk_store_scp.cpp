@@ -22,6 +22,7 @@ namespace {
 
 constexpr char kContext[] = "Listener";
 constexpr std::int32_t kFailed = 1;
+constexpr std::chrono::seconds kTimeOfAKill(2);
 constexpr int kFirstSignalStatus = 129; // 128 plus the number of a signal
 
 ListenerProcess::Setup setupFor(const StoreSCPConfig &config, const StoreSCPEnvironment &environment)
@@ -165,6 +166,7 @@ void DCMTKStoreSCP::attend(Run &run)
         }
         if (run.current->status()) {
             onEnd(run);
+            publish(run); // before a callback asks the folder, which may take its time
         }
     } else if (run.startAgainAt && SteadyClock::now() >= *run.startAgainAt) {
         launch(run);
@@ -282,9 +284,11 @@ void DCMTKStoreSCP::acknowledgeAfter(std::int64_t time)
 
 void DCMTKStoreSCP::awaitFreePort()
 {
+    // The thread in start() may be held by a callback that asks a share which is dead: nobody waits for that.
+    const auto end = SteadyClock::now() + m_environment.timeouts.unbind + kTimeOfAKill;
     const MutexLock lock(m_mutex);
-    while (m_mayHoldPort) {
-        m_changed.wait(m_mutex);
+    while (m_mayHoldPort && SteadyClock::now() < end) {
+        m_changed.waitUntil(m_mutex, end);
     }
 }
 

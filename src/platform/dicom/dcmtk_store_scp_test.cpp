@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <semaphore>
 #include <thread>
 
 #include <fcntl.h>
@@ -230,6 +231,32 @@ TEST(DCMTKStoreSCP, ThePortIsFreeForTheNextStartWhileAnAssociationStays)
     second.stop();
     thread.join();
     EXPECT_EQ(first.join(), 0);
+}
+
+/// Such as a look into a folder on a share that is dead.
+TEST(DCMTKStoreSCP, ACallbackThatDoesNotReturnHoldsUpNobodyWhoWaitsForThePort)
+{
+    const QTemporaryDir inbox;
+    StoreSCPEnvironment quick = environment();
+    quick.timeouts = shortTimeouts();
+    DCMTKStoreSCP scp(quick);
+    std::binary_semaphore isLooking(0);
+    std::binary_semaphore answers(0);
+    StoreSCPCallbacks callbacks;
+    callbacks.leftFiles = [&] {
+        isLooking.release();
+        answers.acquire();
+    };
+    std::thread thread([&] { EXPECT_EQ(scp.start(configFor(inbox.path(), 0), callbacks), 0); });
+    ASSERT_TRUE(scp.awaitPort());
+    ::kill(scp.processId().value(), SIGKILL);
+    isLooking.acquire();
+
+    scp.stop();
+    scp.awaitFreePort();
+
+    answers.release();
+    thread.join();
 }
 
 TEST(DCMTKStoreSCP, AStopFromACallbackDoesNotWaitForItself)

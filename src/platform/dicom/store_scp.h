@@ -115,8 +115,9 @@ public:
     /// the SCP acknowledge images, too. Returns at once, before every process of it knows. Any thread.
     virtual void acknowledgeAfter(std::int64_t time) = 0;
 
-    /// After a stop(): waits until the port is free again, for some seconds at most, since a process that
-    /// doesn't let go of it is killed. Any thread but the one in start().
+    /// After a stop(): waits until the port is free again, for some seconds at most: a process that doesn't
+    /// let go of it is killed, and what a callback waits for isn't waited for. Any thread but the one in
+    /// start().
     virtual void awaitFreePort() = 0;
 
     /// The port that is listened on; nothing before and after. Any thread.
