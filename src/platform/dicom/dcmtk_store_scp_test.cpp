@@ -240,22 +240,25 @@ TEST(DCMTKStoreSCP, ACallbackThatDoesNotReturnHoldsUpNobodyWhoWaitsForThePort)
     StoreSCPEnvironment quick = environment();
     quick.timeouts = shortTimeouts();
     DCMTKStoreSCP scp(quick);
-    std::binary_semaphore isLooking(0);
-    std::binary_semaphore answers(0);
+    std::counting_semaphore<> isLooking(0);
+    std::counting_semaphore<> answers(0);
     StoreSCPCallbacks callbacks;
     callbacks.leftFiles = [&] {
         isLooking.release();
         answers.acquire();
     };
     std::thread thread([&] { EXPECT_EQ(scp.start(configFor(inbox.path(), 0), callbacks), 0); });
-    ASSERT_TRUE(scp.awaitPort());
+    ScriptedModality modality(scp.awaitPort().value());
+    modality.associate(kOneContext);
+    ASSERT_TRUE(modality.release()); // so it has listened for a while
     ::kill(scp.processId().value(), SIGKILL);
     isLooking.acquire();
 
     scp.stop();
     scp.awaitFreePort();
 
-    answers.release();
+    constexpr int kLooks = 10; // a receiver that was started again by then leaves files, too
+    answers.release(kLooks);
     thread.join();
 }
 
