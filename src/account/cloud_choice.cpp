@@ -70,8 +70,10 @@ std::optional<QString> CloudChoice::choose(const Entries &entered)
     if (!keep(wanted)) {
         return QCoreApplication::translate("CloudChoice", "The setting could not be saved.");
     }
-    const QUrl address(wanted.address);
-    if (wanted.kind == present().kind && address.toString(QUrl::StripTrailingSlash) == present().address) {
+    cloud_client::CloudConfiguration next;
+    next.kind = wanted.kind;
+    next.baseUrl = QUrl(wanted.address);
+    if (cloud_client::sessionKey(next) == cloud_client::sessionKey(m_parts.configuration)) {
         return std::nullopt;
     }
     if (!m_parts.restart()) {

@@ -28,8 +28,6 @@ public:
     {
         cloud_client::CloudKind kind = cloud_client::CloudKind::quorin;
         QString address = {};
-
-        bool operator==(const Entries &) const = default;
     };
 
     explicit CloudChoice(Parts parts);

@@ -55,10 +55,11 @@ public:
     Round(index::DicomDB &index,
           log::StoreLogEmitter &emitter,
           const platform::Clock &clock,
+          const std::function<bool(const QString &path)> &awaitsRemoval,
           bool repair,
           const std::stop_token &stop)
         : m_index(index), m_examination(index.examination()), m_emitter(emitter), m_clock(clock),
-          m_repairs(repair), m_stop(stop)
+          m_awaitsRemoval(awaitsRemoval), m_repairs(repair), m_stop(stop)
     {
     }
 
@@ -184,9 +185,14 @@ public:
         }
     }
 
-    void lookAtInbox(receive::IncomingFolders &folders,
-                     const QString &folder,
-                     const std::function<bool(const QString &)> &awaitsRemoval)
+    void lookAtPresentInbox(receive::IncomingFolders &folders)
+    {
+        if (!folders.silentPresent()) {
+            lookAtInbox(folders, folders.present());
+        }
+    }
+
+    void lookAtInbox(receive::IncomingFolders &folders, const QString &folder)
     {
         if (!folders.own(folder)) {
             add(FindingKind::inboxInUse, 1, {folder, {}, {}});
@@ -196,9 +202,9 @@ public:
             // One whose time lies far ahead was received while the clock was wrong, so nobody knows.
             const auto age = std::chrono::milliseconds(QFileInfo(path).lastModified().msecsTo(m_clock.now()));
             const bool isLong = std::chrono::abs(age) >= state::InboxFigures::kLongWait;
-            add(awaitsRemoval(path) ? FindingKind::notRemovedFromInbox
-                : isLong            ? FindingKind::waitsLongInInbox
-                                    : FindingKind::waitsInInbox,
+            add(m_awaitsRemoval(path) ? FindingKind::notRemovedFromInbox
+                : isLong              ? FindingKind::waitsLongInInbox
+                                      : FindingKind::waitsInInbox,
                 1,
                 nameOf(QUrl::fromLocalFile(path)));
         }
@@ -472,6 +478,7 @@ private:
     index::IndexExamination m_examination;
     log::StoreLogEmitter &m_emitter;
     const platform::Clock &m_clock;
+    const std::function<bool(const QString &path)> &m_awaitsRemoval;
     bool m_repairs;
     bool m_isOfIndex = true; // the store that stands there
     const std::stop_token m_stop;
@@ -483,7 +490,7 @@ private:
 
 Diagnosis Doctor::examine(bool repair, const std::stop_token &stop)
 {
-    Round round(m_index, m_emitter, m_clock, repair, stop);
+    Round round(m_index, m_emitter, m_clock, m_awaitsRemoval, repair, stop);
     round.lookForFormerIndex();
     round.step([&] { round.checkIndex(); });
     round.step([&] { round.checkWriting(); });
@@ -493,13 +500,10 @@ Diagnosis Doctor::examine(bool repair, const std::stop_token &stop)
     round.step([&] { round.walkStore(); });
     round.step([&] { round.walkRows(); });
     round.step([&] { round.lookAtRemovals(); });
-    if (!m_incomingFolders.silentPresent()) {
-        round.step(
-            [&] { round.lookAtInbox(m_incomingFolders, m_incomingFolders.present(), m_awaitsRemoval); });
-    }
+    round.step([&] { round.lookAtPresentInbox(m_incomingFolders); });
     round.step([&] { round.tellInboxesOutOfReach(m_incomingFolders); });
     for (const QString &folder : m_incomingFolders.withinReach()) {
-        round.step([&] { round.lookAtInbox(m_incomingFolders, folder, m_awaitsRemoval); });
+        round.step([&] { round.lookAtInbox(m_incomingFolders, folder); });
     }
     round.step([&] { round.readFailures(); });
     return std::move(round).result();

@@ -25,8 +25,8 @@ public:
     /// \param incomingFolders  where received files arrive, or arrived; outlives this.
     /// \param emitter          told of each file that is taken in; outlives this.
     /// \param clock            by which received files wait; outlives this.
-    /// \param awaitsRemoval        whether a file in an incoming folder was taken in, or refused, and is only
-    ///                         still to be removed; asked on the thread that examines.
+    /// \param awaitsRemoval    whether a file in an incoming folder was taken in and is only still to be
+    ///                         removed; asked on the thread that examines.
     Doctor(index::DicomDB &index,
            receive::IncomingFolders &incomingFolders,
            log::StoreLogEmitter &emitter,

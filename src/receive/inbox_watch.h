@@ -51,8 +51,8 @@ public:
     };
 
     /// \param clock  borrowed; outlives this.
-    /// \param offer  takes the path of a complete file, and returns at once: false where it was taken in
-    /// already and only its removal is left.
+    /// \param offer  takes the path of a complete file, and doesn't wait for what becomes of it: false where
+    /// it was taken in already and only its removal is left.
     /// \param tell   is told what lies there, at the end of each look and when one doesn't end. Returns at
     /// once.
     InboxWatch(platform::Clock &clock,

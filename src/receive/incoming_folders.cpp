@@ -420,12 +420,14 @@ void IncomingFolders::note(const QString &folder, const std::function<bool()> &i
     const QString name = oneNameOf(folder);
     std::optional<QString> kept = platform::folderId(partFolderOf(name));
     const bool isByHand = isMadeByHand(name);
+    std::optional<Note> ahead; // what is remembered before the folder has its number
     if (kept && kept->isEmpty()) {
         kept = platform::newFolderId();
         if (isByHand) {
             // While it is bare it is taken at its word; with a number that nobody knows it would be
             // another's.
-            remember({name, *kept, m_places.home}, isByHand);
+            ahead = {name, *kept, m_places.home};
+            remember(*ahead, isByHand);
         }
         try {
             platform::giveFolderId(partFolderOf(name), *kept);
@@ -434,7 +436,9 @@ void IncomingFolders::note(const QString &folder, const std::function<bool()> &i
         }
     }
     const Note entered{name, kept.value_or(QString()), m_places.home};
-    remember(entered, isByHand);
+    if (entered != ahead) {
+        remember(entered, isByHand);
+    }
     const platform::MutexLock lock(m_mutex);
     if (isWanted()) { // asked under the lock: whoever was started after a stop comes here after this
         m_inUse = entered;

@@ -46,7 +46,8 @@ bool IncomingImporter::awaitsRemoval(const QString &path) const
 {
     {
         const platform::MutexLock lock(m_mutex);
-        if (!m_decided.contains(path)) {
+        const auto decided = m_decided.constFind(path);
+        if (decided == m_decided.constEnd() || *decided != Fate::imported) {
             return false;
         }
     }

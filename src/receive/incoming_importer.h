@@ -70,7 +70,9 @@ public:
     /// again for one file: what has been imported but could not be removed is only removed then.
     void fileFound(const QString &path);
 
-    /// Whether the fate of a file in the inbox is decided and it is only still to be removed from there.
+    /// Whether a file in the inbox is imported, its rows durable, and only still to be removed from there.
+    /// One that was refused and can't be set aside is none: it lies nowhere else. Blocks while its share is
+    /// slow.
     bool awaitsRemoval(const QString &path) const QUORIN_EXCLUDES(m_mutex);
 
 private:

@@ -124,6 +124,23 @@ TEST_F(Importer, WarnsOfAFileThatCanNotBeTakenOutOfTheInboxAndLeavesItThere)
     ASSERT_TRUE(removal.front().error.has_value());
     EXPECT_NE(removal.front().error->code, 0);
     EXPECT_EQ(m_world.imports.attempts(), 1);
+    EXPECT_FALSE(m_importer->awaitsRemoval(path)) << "it lies nowhere else";
+}
+
+TEST_F(Importer, KnowsWhatIsImportedAndOnlyToBeRemoved)
+{
+    QFile received(m_world.receivedFile("DICM"));
+    ASSERT_TRUE(received.open(QIODevice::ReadOnly));
+    const QString path = u"/proc/self/fd/%1"_qs.arg(received.handle()); // a name that nobody can take away
+    EXPECT_FALSE(m_importer->awaitsRemoval(path));
+
+    m_importer->fileArrived(path, u"A"_qs);
+    m_world.settle();
+
+    EXPECT_EQ(m_world.imports.attempts(), 1);
+    EXPECT_TRUE(m_importer->awaitsRemoval(path));
+    received.close();
+    EXPECT_FALSE(m_importer->awaitsRemoval(path));
 }
 
 TEST_F(Importer, KeepsAFileThatFoundNoStorageAndTriesItAgain)

@@ -14,6 +14,16 @@ using testing::ReceiveWorld;
 class ListenerFolderInLife : public ::testing::Test
 {
 protected:
+    /// The receiver can't work in the folder, which goes away then.
+    void refuseTheFirstUse()
+    {
+        m_world.service->startListener();
+        m_world.scps.back()->config();
+        m_world.scps.back()->end(platform::StoreSCP::kFolderRefused);
+        m_world.waitUntil([this] { return !m_world.errors.isEmpty(); });
+        ASSERT_TRUE(QDir().rename(m_world.inbox(), m_world.path(u"away"_qs)));
+    }
+
     ReceiveWorld m_world;
 };
 
@@ -55,14 +65,29 @@ TEST_F(ListenerFolderInLife, StartsByItselfWhenTheFolderInWhichItCouldNotWorkHas
     m_world.service->incomingFolderWasSeen(folders.lookAtPresent());
     EXPECT_EQ(m_world.scps.size(), 1U) << "it would fail again";
     EXPECT_EQ(m_world.service->state(), state::ListenerState::failed);
-    EXPECT_EQ(folders.known() + folders.outOfSight(), QStringList()) << "nothing was received there";
-
     ASSERT_TRUE(QDir().rename(m_world.inbox() + u"/.part"_qs, m_world.inbox() + u"/.former"_qs));
     ASSERT_TRUE(QDir().mkdir(m_world.inbox() + u"/.part"_qs));
     m_world.service->incomingFolderWasSeen(folders.lookAtPresent());
 
     ASSERT_EQ(m_world.scps.size(), 2U);
     EXPECT_EQ(m_world.scps.back()->config().port, 1115);
+}
+
+TEST_F(ListenerFolderInLife, OfAFirstUseIsForgottenWhereNoneCouldWork)
+{
+    refuseTheFirstUse();
+
+    EXPECT_EQ(m_world.incomingFolders.outOfSight(), QStringList()) << "it would be asked for for ever";
+}
+
+TEST_F(ListenerFolderInLife, OfAFirstUseIsRememberedWhereSomethingOfAListenersLies)
+{
+    m_world.imports.setNoStorage(true); // it stays where it is
+    m_world.receivedFile("DICM");
+
+    refuseTheFirstUse();
+
+    EXPECT_EQ(m_world.incomingFolders.outOfSight().size(), 1);
 }
 
 /// A quota or a cable that was mended leaves everything as it looked before.

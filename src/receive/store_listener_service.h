@@ -110,17 +110,17 @@ public:
     /// place of this program finds it so. Main thread, at the program's end.
     void endListener();
 
-    /// Takes a complete file that was found in the inbox, unless it is in hand already. Returns at once; any
-    /// thread.
+    /// Takes a complete file that was found in the inbox, unless it is in hand already. Any thread but main:
+    /// asks the disk where it was taken in before.
     ///
-    /// \return false where it was taken in before, or refused, and only its removal is tried again.
+    /// \return false where only its removal is tried again.
     bool offerInboxFile(const QString &path)
     {
         m_importer->fileFound(path);
         return !awaitsRemoval(path);
     }
 
-    /// Whether a file in the inbox was taken in, or refused, and is only still to be removed. Any thread.
+    /// Whether a file in the inbox was taken in and is only still to be removed. Any thread but main.
     bool awaitsRemoval(const QString &path) const { return m_importer->awaitsRemoval(path); }
 
     /// Sees to it that what is received from now on counts as acknowledged later than all that is recorded by

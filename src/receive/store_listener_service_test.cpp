@@ -148,6 +148,19 @@ TEST_F(ListenerService, StopsTheReceiverAndClearsWhatItWasReceiving)
     EXPECT_EQ(m_world.log.count(GatewayLogAction::listenerStartFailed), 0U);
 }
 
+TEST_F(ListenerService, EndsOnlyWhenItsPortIsFree)
+{
+    m_world.service->endListener(); // without one
+    m_world.service->startListener();
+    m_world.scps.back()->config();
+    m_world.scps.back()->listen();
+
+    m_world.service->endListener();
+
+    EXPECT_EQ(m_world.scps.back()->stops(), 1);
+    EXPECT_TRUE(m_world.scps.back()->isPortAwaited());
+}
+
 TEST_F(ListenerService, TellsTheLiveFiguresWhetherItListensBeforeAnybodyElse)
 {
     std::vector<bool> known;

@@ -105,6 +105,7 @@ class Helpers(EndToEndTest):
                     os.kill(listener, signal.SIGSTOP)
                 self.gateway.end()
                 self.assertEqual(self.gateway.process.returncode, 0)
+                self.assertTrue(self.logged("listener_stopped", had_active_listener="true"), "it waited for nobody")
                 with socket.socket() as successor:
                     successor.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
                     successor.bind(("127.0.0.1", self.gateway.port))

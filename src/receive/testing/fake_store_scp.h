@@ -55,6 +55,7 @@ public:
     void awaitFreePort() override
     {
         const platform::MutexLock lock(m_mutex);
+        m_isPortAwaited = true;
         while (m_config && !m_result && !m_staysWhenStopped) {
             m_changed.wait(m_mutex);
         }
@@ -117,6 +118,13 @@ public:
         return m_config.has_value();
     }
 
+    /// Whether somebody has waited for its port.
+    bool isPortAwaited() const
+    {
+        const platform::MutexLock lock(m_mutex);
+        return m_isPortAwaited;
+    }
+
     int stops() const
     {
         const platform::MutexLock lock(m_mutex);
@@ -132,6 +140,7 @@ private:
     std::optional<int> m_port QUORIN_GUARDED_BY(m_mutex);
     std::int64_t m_order QUORIN_GUARDED_BY(m_mutex) = 0;
     bool m_staysWhenStopped QUORIN_GUARDED_BY(m_mutex) = false;
+    bool m_isPortAwaited QUORIN_GUARDED_BY(m_mutex) = false;
     int m_stops QUORIN_GUARDED_BY(m_mutex) = 0;
 };
 

@@ -282,8 +282,10 @@ void TrialWindow::showTrial()
     for (qsizetype row = 0; row < m_lines.size(); ++row) {
         showLine(m_trial.lines().at(row), m_lines.at(row));
     }
-    if (m_archive != nullptr && isVisible() && isOver() && m_wasRunning && !m_hasTriedArchive &&
-        m_trial.lines().at(m_trial.lines().size() - 2).state == TrialState::passed) {
+    const bool isFound = std::ranges::any_of(m_trial.lines(), [](const TrialLine &line) {
+        return line.step == TrialStep::find && line.state == TrialState::passed;
+    });
+    if (m_archive != nullptr && isVisible() && isOver() && m_wasRunning && !m_hasTriedArchive && isFound) {
         tryArchive();
     }
     showArchive();
