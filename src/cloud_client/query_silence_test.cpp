@@ -25,6 +25,9 @@ struct SilentToQueries : ::testing::Test
 
     QByteArray answer(const ReceivedRequest &request)
     {
+        if (request.method == "GET" && !wantedPause.isEmpty()) {
+            return ScriptedHttpServer::answer(429, {}, {}, "Retry-After: " + wantedPause + "\r\n");
+        }
         if (request.method == "GET") {
             released.wait();
         }
@@ -47,6 +50,7 @@ struct SilentToQueries : ::testing::Test
         return count;
     }
 
+    QByteArray wantedPause; // for which a query asks in place of an answer; set before the first
     std::promise<void> end;
     const std::shared_future<void> released = end.get_future().share();
     ScriptedHttpServer server;
@@ -73,6 +77,21 @@ TEST_F(SilentToQueries, AreAskedOncePerPauseAndHoldNoUploadUpMeanwhile)
 
     clock.advance(std::chrono::seconds(1));
     EXPECT_EQ(takenOf(client), both);
+    EXPECT_EQ(queries(), 2);
+}
+
+TEST_F(SilentToQueries, AreAskedAgainBehindThePauseThatTheyAskFor)
+{
+    wantedPause = "900";
+    QuorinApiClient client(configuration, store, clock);
+
+    EXPECT_EQ(takenOf(client).size(), 2) << "looked for later";
+    clock.advance(std::chrono::seconds(899));
+    EXPECT_EQ(takenOf(client).size(), 2);
+    EXPECT_EQ(queries(), 1);
+
+    clock.advance(std::chrono::seconds(1));
+    EXPECT_EQ(takenOf(client).size(), 2);
     EXPECT_EQ(queries(), 2);
 }
 

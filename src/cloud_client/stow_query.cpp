@@ -14,7 +14,8 @@ namespace {
 
 constexpr auto kNotAsked = QT_TRANSLATE_NOOP(
     "CloudClient",
-    "The archive wasn't asked for the image: a moment ago it left such a question unanswered.");
+    "The archive wasn't asked for the image: a moment ago it left such a question unanswered, or "
+    "asked for a pause.");
 const auto kSopInstanceUid = QStringLiteral("00080018");
 const auto kStudyInstanceUid = QStringLiteral("0020000D");
 const auto kSeriesInstanceUid = QStringLiteral("0020000E");
@@ -56,8 +57,11 @@ QVariantList answerTo(QuorinApiClient &client, const CloudSession &session, cons
     }
     try {
         return queryResult(client.request(call));
-    } catch (const AFError &error) {
-        if (!error.responseCode && error.noAnswer == NoAnswer::timedOut) {
+    } catch (const QuorinError &error) {
+        const auto *unanswered = dynamic_cast<const AFError *>(&error);
+        if (error.retryAfter) {
+            client.querySilence().begin(*error.retryAfter);
+        } else if (unanswered && !unanswered->responseCode && unanswered->noAnswer == NoAnswer::timedOut) {
             client.querySilence().begin();
         }
         throw;

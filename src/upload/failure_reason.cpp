@@ -96,8 +96,9 @@ FailureClass classOf(NoAnswer reason)
     case NoAnswer::notSecure:
         return FailureClass::notSecure;
     case NoAnswer::timedOut:
-    case NoAnswer::notAsked:
         return FailureClass::timedOut;
+    case NoAnswer::notAsked:
+        return FailureClass::notConfirmed;
     case NoAnswer::connectionLost:
         return FailureClass::connectionLost;
     case NoAnswer::proxyRefused:

@@ -117,7 +117,7 @@ TEST(FailureReason, TellsApartWhyNoAnswerCame)
         {NoAnswer::notReachable, FailureClass::notReachable},
         {NoAnswer::notSecure, FailureClass::notSecure},
         {NoAnswer::timedOut, FailureClass::timedOut},
-        {NoAnswer::notAsked, FailureClass::timedOut},
+        {NoAnswer::notAsked, FailureClass::notConfirmed},
         {NoAnswer::connectionLost, FailureClass::connectionLost},
         {NoAnswer::unusableAnswer, FailureClass::unexpectedAnswer},
         {NoAnswer::unusableFile, FailureClass::fileUnreadable},

@@ -48,15 +48,25 @@ QList<platform::InstanceUid> instancesOf(const QList<CandidateContext> &contexts
     return instances;
 }
 
+/// The cloud has taken it, and didn't show it when it was last asked.
+bool isAwaited(const index::PendingImageUpload &candidate)
+{
+    return core::failureClassOf(candidate.lastFailure) == core::FailureClass::notThereYet;
+}
+
 index::UploadResult resultOf(const CandidateOutcome &outcome)
 {
     const bool isSynced = outcome.end.result == AttemptResult::success;
     index::UploadResultDetails more{.version = outcome.version, .isVerified = outcome.end.isVerified};
     if (!isSynced) {
-        more.isAwaited = outcome.end.failure.failureClass == core::FailureClass::notThereYet;
-        more.failure = index::FailedUpload{QString(core::rawValue(outcome.end.failure.failureClass)),
-                                           outcome.end.failure.code,
-                                           pausesAfter(outcome.end)};
+        const auto pauses = pausesAfter(outcome.end);
+        core::Failure failure = outcome.end.failure;
+        if (pauses.empty() && isAwaited(outcome.context.candidate)) {
+            failure = {core::FailureClass::notThereYet, 0}; // what concerns all others says nothing of it
+        }
+        more.isAwaited = failure.failureClass == core::FailureClass::notThereYet;
+        more.failure =
+            index::FailedUpload{QString(core::rawValue(failure.failureClass)), failure.code, pauses};
     }
     const index::PendingImageUpload &candidate = outcome.context.candidate;
     return {candidate.imageObjectIDs, candidate.storagePath, isSynced, more, candidate.store};

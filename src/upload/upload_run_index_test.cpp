@@ -316,4 +316,26 @@ TEST_F(UploadRunOnIndexTest, ACloudThatIsAwayCostsFilesNeitherTheirPlaceNorAWait
     EXPECT_EQ(back.successfulUploads, 60);
 }
 
+TEST_F(UploadRunOnIndexTest, WhatIsAwaitedStaysSoThoughTheCloudIsAway)
+{
+    import(QStringLiteral("1.1"));
+    store.execute(QStringLiteral("UPDATE DicomImage SET notBefore = 1"));
+    store.execute(
+        QStringLiteral("INSERT INTO UploadFailure (pathString, failureClass, failureCode, failedAt, tries) "
+                       "SELECT pathString, 'notThereYet', 0, 0, 1 FROM DicomImage"));
+    around.cloud.duringRequest([](const auto &, const auto &) {
+        throw cloud_client::AFError(
+            QStringLiteral("refused"), std::nullopt, 7, cloud_client::NoAnswer::notReachable);
+    });
+
+    const RunSummary away = run();
+
+    ASSERT_TRUE(away.trouble);
+    EXPECT_EQ(away.trouble->failure.failureClass, core::FailureClass::notReachable);
+    EXPECT_EQ(store.rows(QStringLiteral("SELECT failureClass FROM UploadFailure")),
+              QStringList{QStringLiteral("notThereYet")})
+        << "it is looked for before it is sent again";
+    EXPECT_EQ(states(), QStringList{QStringLiteral("0")}) << "not failed";
+}
+
 } // namespace gateway::upload

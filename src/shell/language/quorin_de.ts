@@ -226,7 +226,7 @@
 <message><source>address where tokens are taken back</source><translation>Adresse, unter der Token zurückgenommen werden</translation></message>
 <message><source>It sent a web page, so it may be something on the way there.</source><translation>Er schickte eine Webseite; es kann also etwas auf dem Weg dorthin sein.</translation></message>
 <message><source>The file of the archive's token, %1, can't be read: its disk or network share doesn't answer.</source><translation>Die Datei %1 mit dem Token des Archivs lässt sich nicht lesen: Ihr Datenträger oder ihre Netzwerkfreigabe antwortet nicht.</translation></message>
-<message><source>The archive wasn't asked for the image: a moment ago it left such a question unanswered.</source><translation>Das Archiv wurde nach dem Bild nicht gefragt: Vor Kurzem ließ es eine solche Frage unbeantwortet.</translation></message>
+<message><source>The archive wasn't asked for the image: a moment ago it left such a question unanswered, or asked for a pause.</source><translation>Das Archiv wurde nach dem Bild nicht gefragt: Vor Kurzem ließ es eine solche Frage unbeantwortet oder bat um eine Pause.</translation></message>
 </context>
 <context><name>DesktopScreens</name>
 <message><source>Bug Report Sent</source><translation>Fehlerbericht gesendet</translation></message>
