@@ -12,6 +12,7 @@ namespace gateway::app {
 namespace {
 
 constexpr std::chrono::seconds kSessionPoll{60};
+constexpr std::chrono::seconds kPatienceWithLog{2}; // at the end; its disk may stall
 
 const QString kPresentInbox; // has no name of its own: the settings say where it is
 
@@ -203,6 +204,7 @@ void Gateway::terminate()
     m_doors.upkeep.finish();
     m_ground.index.former().noteOrderlyEnd();
     m_doors.health->close();
+    m_ground.logger.awaitWritten(kPatienceWithLog);
 }
 
 void Gateway::handle(const terminal::ControlRequest &request,

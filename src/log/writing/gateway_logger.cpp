@@ -57,6 +57,16 @@ void GatewayLogger::log(GatewayLogEvent event)
     m_writeQueue.async([this] { writeWaiting(); });
 }
 
+bool GatewayLogger::awaitWritten(std::chrono::milliseconds patience)
+{
+    const auto end = std::chrono::steady_clock::now() + patience;
+    const platform::MutexLock lock(m_mutex);
+    while (m_writerCalled && std::chrono::steady_clock::now() < end) {
+        m_written.waitUntil(m_mutex, end);
+    }
+    return !m_writerCalled;
+}
+
 void GatewayLogger::writeWaiting()
 {
     while (true) {
@@ -67,6 +77,7 @@ void GatewayLogger::writeWaiting()
             const platform::MutexLock lock(m_mutex);
             if (m_waiting.empty() && m_lost == 0) {
                 m_writerCalled = false;
+                m_written.notifyAll();
                 return;
             }
             batch.swap(m_waiting);

@@ -6,6 +6,7 @@
 #include "platform/concurrency/serial_queue.h"
 #include "platform/system_log/system_log.h"
 
+#include <chrono>
 #include <cstddef>
 #include <deque>
 #include <memory>
@@ -30,6 +31,11 @@ public:
     /// Takes the event and returns at once.
     void log(GatewayLogEvent event) override;
 
+    /// Waits until what was logged before is written, but no longer than for `patience`: a disk may stall.
+    ///
+    /// \return whether it is written.
+    bool awaitWritten(std::chrono::milliseconds patience) QUORIN_EXCLUDES(m_mutex);
+
 private:
     void writeWaiting();
     void write(const GatewayLogEvent &event);
@@ -39,6 +45,7 @@ private:
     const std::unique_ptr<GatewayLogFileSink> m_fileSink; // used on the queue only
 
     platform::Mutex m_mutex;
+    platform::Condition m_written;
     std::deque<GatewayLogEvent> m_waiting QUORIN_GUARDED_BY(m_mutex);
     std::size_t m_lost QUORIN_GUARDED_BY(m_mutex) = 0;
     bool m_writerCalled QUORIN_GUARDED_BY(m_mutex) = false;

@@ -175,6 +175,19 @@ TEST_F(GatewayLoggerTest, ReturnsAtOnceWhileTheSystemLogStalls)
     systemLog.stall(false);
 }
 
+TEST_F(GatewayLoggerTest, HasWrittenWhatWasLoggedWhenItIsWaitedForAndDoesNotWaitForEver)
+{
+    const auto logger = makeLogger();
+    EXPECT_TRUE(logger->awaitWritten(std::chrono::hours(1))) << "nothing to write";
+    systemLog.stall(true);
+    logger->log(event(GatewayLogLevel::info));
+
+    EXPECT_FALSE(logger->awaitWritten(std::chrono::milliseconds(1)));
+    systemLog.stall(false);
+    EXPECT_TRUE(logger->awaitWritten(std::chrono::hours(1)));
+    EXPECT_EQ(writtenEvents().size(), 1U);
+}
+
 TEST_F(GatewayLoggerTest, KeepsTheOrderOfEachThreadOverRotationsWhileManyWrite)
 {
     constexpr int kThreads = 4;
