@@ -84,6 +84,28 @@ TEST(ArchiveExtras, SendEachRequestToTheRootOfItsService)
     }
 }
 
+TEST(ArchiveExtras, TellWhetherWhoeverIsAwayIsAnotherServerThanImagesGoTo)
+{
+    const QUrl nobody = [] { return ScriptedHttpServer({}).url(); }(); // its port is free again
+    ScatteredArchive archive;
+    const auto isElsewhere = [&](const QUrl &base) {
+        platform::testing::ManualClock clock;
+        MemoryTokenStore store;
+        QuorinApiClient client(configurationFor(base, CloudKind::dicomweb), store, clock);
+        ArchiveSignIn signIn;
+        signIn.method = ArchiveSignIn::Method::bearer;
+        signIn.secret = QStringLiteral("abc");
+        signIn.extras.queryRoot = nobody.toString() + QStringLiteral("/qido");
+        client.networkSettings().setToken(sessionText(signIn));
+        const auto error = errorOf<AFError>([&client] { askArchive(client); });
+        EXPECT_TRUE(error && error->noAnswer == NoAnswer::notReachable);
+        return error && error->isOfAnotherServer;
+    };
+
+    EXPECT_TRUE(isElsewhere(archive.storing.server.url()));
+    EXPECT_FALSE(isElsewhere(nobody));
+}
+
 TEST(ArchiveExtras, SendNothingOverPlainHttpToAnotherMachine)
 {
     ScatteredArchive archive;

@@ -223,7 +223,7 @@ TEST(StowUpload, AsksForEachInstanceWhereAGoodAnswerCannotBeRead)
 
     ASSERT_TRUE(refusal);
     EXPECT_EQ(refusal->failures, (QList<QStringList>{{QStringLiteral("1.2.4"), urls[1].toLocalFile()}}));
-    EXPECT_EQ(service.server.requests().at(1).target, "/dicom-web/instances?SOPInstanceUID=1.2.3&limit=1");
+    EXPECT_EQ(service.server.requests().at(1).target, "/dicom-web/instances?SOPInstanceUID=1.2.3&limit=16");
 }
 
 TEST(StowUpload, TellsWhatWasTakenAndCannotBeFoundYetFromWhatWasNot)

@@ -114,9 +114,18 @@ TEST(Queries, AskAnywhereWhereNothingIsAtTheAddressOfASeries)
     EXPECT_FALSE(QrnStowAPI(lacking.client).isFound(lacking.client.session(), kInstance));
     EXPECT_EQ(lacking.server.requests().at(1).target, "/dicom-web/instances?SeriesInstanceUID=1.2.9&limit=1");
 
-    ScriptedService holding(archive(R"([{"00080018":{"vr":"UI","Value":["1.2.3"]}}])"));
+    const QByteArray elsewhere = R"({"00080018":{"vr":"UI","Value":["1.2.3"]}})";
+    ScriptedService holding(archive("[" + elsewhere + "]"));
     EXPECT_TRUE(QrnStowAPI(holding.client).isSeriesFound(holding.client.session(), kInstance));
-    EXPECT_TRUE(QrnStowAPI(holding.client).isFound(holding.client.session(), kInstance));
+    EXPECT_TRUE(QrnStowAPI(holding.client).mayHold(holding.client.session(), kInstance));
+    EXPECT_FALSE(QrnStowAPI(holding.client).isFound(holding.client.session(), kInstance))
+        << "nothing is at its place, and this one may be of any";
+
+    const QByteArray there = R"({"00080018":{"vr":"UI","Value":["1.2.3"]},)"
+                             R"("0020000D":{"vr":"UI","Value":["1.2"]},)"
+                             R"("0020000E":{"vr":"UI","Value":["1.2.9"]}})";
+    ScriptedService both(archive("[" + elsewhere + "," + there + "]"));
+    EXPECT_TRUE(QrnStowAPI(both.client).isFound(both.client.session(), kInstance));
 }
 
 TEST(Queries, ThatFindAnotherInstanceAreNoWordThatThisOneIsNotThere)

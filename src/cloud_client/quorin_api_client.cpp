@@ -48,6 +48,27 @@ std::optional<ArchiveAuthorizer::Refusal> refusalBy(int status)
     }
 }
 
+/// The root that the session names for a service alone; empty for that of all.
+QString rootOf(ApiCall::Service service, const ArchiveExtras &extras)
+{
+    switch (service) {
+    case ApiCall::Service::query:
+        return extras.queryRoot;
+    case ApiCall::Service::retrieve:
+        return extras.retrieveRoot;
+    case ApiCall::Service::account:
+    case ApiCall::Service::store:
+        break;
+    }
+    return {};
+}
+
+bool isSameServer(const QUrl &one, const QUrl &other)
+{
+    const auto port = [](const QUrl &url) { return url.port(url.scheme() == u"http" ? 80 : 443); };
+    return one.scheme() == other.scheme() && one.host() == other.host() && port(one) == port(other);
+}
+
 } // namespace
 
 std::chrono::seconds timeLimitOf(const ApiCall &call, const HttpLimits &limits)
@@ -181,15 +202,9 @@ HttpResponse QuorinApiClient::send(const ApiCall &call)
     return response;
 }
 
-/// Lets a request go to the root of its service, where the session names one.
-void QuorinApiClient::aim(HttpRequest &request, const ApiCall &call, const ArchiveExtras &extras) const
+/// Lets a request go to the root of its service.
+void QuorinApiClient::aim(HttpRequest &request, const ApiCall &call, const QString &root) const
 {
-    const bool isQuery = call.service == ApiCall::Service::query;
-    const bool isRetrieval = call.service == ApiCall::Service::retrieve;
-    const QString root = isQuery ? extras.queryRoot : isRetrieval ? extras.retrieveRoot : QString();
-    if (root.isEmpty()) {
-        return;
-    }
     CloudConfiguration place = m_configuration;
     place.baseUrl = QUrl(root, QUrl::StrictMode);
     if (const std::optional<QString> problem = reasonNotToConnect(place)) {
@@ -204,14 +219,17 @@ HttpResponse QuorinApiClient::sendToArchive(const ApiCall &call, HttpRequest req
     const QString session = sessionOf(call).value_or(QString());
     const std::shared_ptr<ArchiveAccess> access = accessFor(session);
     request.certificate = access->signIn.certificate;
-    aim(request, call, access->signIn.extras);
-    if (!call.authorized) {
-        return m_transport.perform(request);
-    }
-    for (const ArchiveHeader &header : access->signIn.extras.headers) {
-        addHeader(request, header.name, header.value);
-    }
+    const QString root = rootOf(call.service, access->signIn.extras);
     try {
+        if (!root.isEmpty()) {
+            aim(request, call, root);
+        }
+        if (!call.authorized) {
+            return m_transport.perform(request);
+        }
+        for (const ArchiveHeader &header : access->signIn.extras.headers) {
+            addHeader(request, header.name, header.value);
+        }
         HttpResponse response = sendSignedIn(*access, request);
         if (response.status == 401 || response.isSuccess()) {
             noteCredentials(session, response.status == 401);
@@ -220,6 +238,10 @@ HttpResponse QuorinApiClient::sendToArchive(const ApiCall &call, HttpRequest req
     } catch (const QrnErrorResponse &error) {
         // Who gives out tokens refuses them; a session that is over isn't there any more.
         noteCredentials(session, error.kind == QrnErrorKind::credentialsRefused);
+        throw;
+    } catch (AFError &error) {
+        error.isOfAnotherServer = !root.isEmpty() && error.noAnswer != NoAnswer::signInUnavailable &&
+                                  !isSameServer(QUrl(root), m_configuration.baseUrl);
         throw;
     }
 }

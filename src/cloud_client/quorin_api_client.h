@@ -129,7 +129,7 @@ private:
     QByteArray address(const ApiCall &call) const;
     HttpRequest requestOf(const ApiCall &call) const;
     std::optional<QString> sessionOf(const ApiCall &call) const;
-    void aim(HttpRequest &request, const ApiCall &call, const ArchiveExtras &extras) const;
+    void aim(HttpRequest &request, const ApiCall &call, const QString &root) const;
     HttpResponse sendToArchive(const ApiCall &call, HttpRequest request);
     HttpResponse sendSignedIn(ArchiveAccess &access, const HttpRequest &request);
     HttpResponse sendWith(ArchiveAccess &access, HttpRequest request, const QByteArray &header);

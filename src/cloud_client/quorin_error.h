@@ -102,6 +102,10 @@ public:
 
     std::optional<int> responseCode; ///< the HTTP status; absent when no answer came
     NoAnswer noAnswer;               ///< of meaning only without a status
+
+    /// True where no answer came of another server than images are sent to, which the session names for this
+    /// service alone.
+    bool isOfAnotherServer = false;
 };
 
 /// The archive this gateway is set up for has no such service (any plain DICOMweb archive).

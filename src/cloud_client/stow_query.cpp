@@ -26,16 +26,24 @@ QString firstText(const QVariantMap &entry, const QString &tag)
     return values.isEmpty() ? QString() : values.first().toString().trimmed();
 }
 
-/// True for an answer that names the instance, and names no other study or series for it.
-bool isEntryOf(const QVariantMap &entry, const platform::InstanceIdentity &identity)
+/// What a query found.
+struct Answer
 {
-    const auto contradicts = [&entry](const QString &tag, const QString &mine) {
+    QVariantList entries;
+    bool isOfPlace = false; ///< of the instance's own study and series, by the question's address
+};
+
+/// True for an entry that names the instance, and no other study or series for it. One that may be of any
+/// place has to name its own: a UID stands in two studies where one was split, or copied.
+bool isEntryOf(const QVariantMap &entry, bool isOfPlace, const platform::InstanceIdentity &identity)
+{
+    const auto agrees = [&entry, isOfPlace](const QString &tag, const QString &mine) {
         const QString named = firstText(entry, tag);
-        return !mine.isEmpty() && !named.isEmpty() && named != mine;
+        return mine.isEmpty() || named == mine || (isOfPlace && named.isEmpty());
     };
     return firstText(entry, kSopInstanceUid) == identity.instance.value() &&
-           !contradicts(kStudyInstanceUid, identity.study.value()) &&
-           !contradicts(kSeriesInstanceUid, identity.series.value());
+           agrees(kStudyInstanceUid, identity.study.value()) &&
+           agrees(kSeriesInstanceUid, identity.series.value());
 }
 
 QByteArray seriesPath(const platform::InstanceIdentity &identity)
@@ -70,14 +78,14 @@ QVariantList answerTo(QuorinApiClient &client, const CloudSession &session, cons
 
 /// Some archives say that there is nothing at the address of a series that they don't have (404), where
 /// others find none. So only that answer to a question that names no place means that there are no queries.
-QVariantList answerAtPlaceOr(QuorinApiClient &client,
-                             const CloudSession &session,
-                             const QByteArray &path,
-                             const QByteArray &elsewhere)
+Answer answerAtPlaceOr(QuorinApiClient &client,
+                       const CloudSession &session,
+                       const QByteArray &path,
+                       const QByteArray &elsewhere)
 {
     constexpr int kNotFound = 404;
     try {
-        return answerTo(client, session, path);
+        return {answerTo(client, session, path), true};
     } catch (const QrnErrorResponse &error) {
         if (error.responseCode != kNotFound) {
             throw;
@@ -87,22 +95,28 @@ QVariantList answerAtPlaceOr(QuorinApiClient &client,
             throw;
         }
     }
-    return answerTo(client, session, elsewhere);
+    return {answerTo(client, session, elsewhere)};
 }
 
-QByteArray instancesWhere(const char *attribute, const QString &uid)
+/// \param most  entries that are wanted.
+QByteArray instancesWhere(const char *attribute, const QString &uid, int most)
 {
-    return QByteArray("/instances?") + attribute + '=' + QUrl::toPercentEncoding(uid) + "&limit=1";
+    return QByteArray("/instances?") + attribute + '=' + QUrl::toPercentEncoding(uid) +
+           "&limit=" + QByteArray::number(most);
 }
 
-QVariantList answerForInstance(QuorinApiClient &client,
-                               const CloudSession &session,
-                               const platform::InstanceIdentity &identity)
+Answer answerForInstance(QuorinApiClient &client,
+                         const CloudSession &session,
+                         const platform::InstanceIdentity &identity)
 {
     const bool isPlaced = !identity.study.isEmpty() && !identity.series.isEmpty();
-    const QByteArray anywhere = instancesWhere("SOPInstanceUID", identity.instance.value());
-    return isPlaced ? answerAtPlaceOr(client, session, seriesPath(identity) + anywhere, anywhere)
-                    : answerTo(client, session, anywhere);
+    const auto instancesOf = [&identity](int most) {
+        return instancesWhere("SOPInstanceUID", identity.instance.value(), most);
+    };
+    constexpr int kCopies = 16; // of one UID, in as many studies
+    return isPlaced
+               ? answerAtPlaceOr(client, session, seriesPath(identity) + instancesOf(1), instancesOf(kCopies))
+               : Answer{answerTo(client, session, instancesOf(kCopies))};
 }
 
 } // namespace
@@ -111,16 +125,17 @@ bool isInstanceFound(QuorinApiClient &client,
                      const CloudSession &session,
                      const platform::InstanceIdentity &identity)
 {
-    const QVariantList found = answerForInstance(client, session, identity);
-    return std::ranges::any_of(found,
-                               [&](const QVariant &entry) { return isEntryOf(entry.toMap(), identity); });
+    const Answer found = answerForInstance(client, session, identity);
+    return std::ranges::any_of(found.entries, [&](const QVariant &entry) {
+        return isEntryOf(entry.toMap(), found.isOfPlace, identity);
+    });
 }
 
 bool mayInstanceBeHeld(QuorinApiClient &client,
                        const CloudSession &session,
                        const platform::InstanceIdentity &identity)
 {
-    return !answerForInstance(client, session, identity).isEmpty();
+    return !answerForInstance(client, session, identity).entries.isEmpty();
 }
 
 bool isSeriesFound(QuorinApiClient &client,
@@ -130,8 +145,8 @@ bool isSeriesFound(QuorinApiClient &client,
     return !answerAtPlaceOr(client,
                             session,
                             seriesPath(identity) + "/instances?limit=1",
-                            instancesWhere("SeriesInstanceUID", identity.series.value()))
-                .isEmpty();
+                            instancesWhere("SeriesInstanceUID", identity.series.value(), 1))
+                .entries.isEmpty();
 }
 
 } // namespace gateway::cloud_client

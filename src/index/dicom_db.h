@@ -258,7 +258,8 @@ private:
     struct QueryRefusal
     {
         QString cloud;
-        std::chrono::nanoseconds since;
+        std::chrono::nanoseconds told{0};                  ///< for how long, but for the times of doubt
+        std::optional<std::chrono::nanoseconds> last = {}; ///< of the monotonic clock; none behind a doubt
     };
 
     const DicomDBCollaborators m_with;

@@ -315,7 +315,12 @@ SentBefore DicomDB::sentBefore(const SentInstance &next)
 
 void DicomDB::noteQueryAnswered(const QString &cloud)
 {
-    noteQueryFailed(cloud);
+    {
+        const platform::MutexLock lock(m_refusalMutex);
+        if (m_refusal && m_refusal->cloud == cloud) {
+            m_refusal.reset();
+        }
+    }
     try {
         const bool isNoted =
             m_store.read([&](Database &database) { return isQueryAnswerNoted(database, cloud); });
@@ -333,10 +338,12 @@ bool DicomDB::noteQueryRefused(const QString &cloud)
     const platform::MutexLock lock(m_refusalMutex);
     const std::chrono::nanoseconds now = m_with.clock.monotonic();
     if (!m_refusal || m_refusal->cloud != cloud) {
-        m_refusal = {cloud, now};
+        m_refusal = QueryRefusal{cloud};
     }
+    m_refusal->told += now - m_refusal->last.value_or(now);
+    m_refusal->last = now;
     try {
-        return now - m_refusal->since >= kUntilBelieved &&
+        return m_refusal->told >= kUntilBelieved &&
                !m_store.read([&](Database &database) { return isQueryAnswerNoted(database, cloud); });
     } catch (const SqliteError &) {
         return false;
@@ -347,7 +354,7 @@ void DicomDB::noteQueryFailed(const QString &cloud)
 {
     const platform::MutexLock lock(m_refusalMutex);
     if (m_refusal && m_refusal->cloud == cloud) {
-        m_refusal.reset();
+        m_refusal->last.reset();
     }
 }
 

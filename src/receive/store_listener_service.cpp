@@ -54,7 +54,7 @@ void StoreListenerService::start()
             listenerConfig(settings, m_places.bindAddress),
             {},
             {},
-            std::exchange(m_formerListener, nullptr)};
+            m_formerListeners};
     m_storeListener = run.scp;
     m_interruption.reset();
     m_hasFailed = false;
@@ -178,13 +178,20 @@ void StoreListenerService::perform(const std::weak_ptr<StoreListenerService> &we
         config.acknowledgeAfter = self->m_with.newestAcknowledged();
         callbacks = self->callbacksFor(run);
     }
-    if (run.former) {
-        run.former->awaitFreePort();
-    }
+    awaitFreePort(run.former);
     // May keep this thread for the whole run; the service isn't held meanwhile.
     const std::int32_t result = run.scp->start(config, std::move(callbacks));
     if (const auto self = weak.lock()) {
         self->runEnded(run, result);
+    }
+}
+
+void StoreListenerService::awaitFreePort(const FormerListeners &former)
+{
+    for (const auto &listener : former) {
+        if (const auto present = listener.lock()) {
+            present->awaitFreePort();
+        }
     }
 }
 
@@ -319,7 +326,6 @@ void StoreListenerService::refuseStart(const Run &run, const ListenerFolder::Ent
     if (!endStart(run)) {
         return;
     }
-    m_formerListener = run.former;
     m_with.observer.listenerFailed();
     m_log.startRefused(obstacle.why);
     tellRefusal(run, obstacle.why, obstacle.isSeenByLooks);
@@ -398,7 +404,8 @@ void StoreListenerService::stopListener()
             }
         }
         m_storeListener->stop();
-        m_formerListener = m_storeListener;
+        std::erase_if(m_formerListeners, [](const auto &former) { return former.expired(); });
+        m_formerListeners.push_back(m_storeListener);
     }
     m_storeListener.reset();
     m_interruption.reset();
@@ -412,9 +419,7 @@ void StoreListenerService::stopListener()
 void StoreListenerService::endListener()
 {
     stopListener();
-    if (m_formerListener) {
-        m_formerListener->awaitFreePort();
-    }
+    awaitFreePort(m_formerListeners);
 }
 
 /// The port is bound: from now on modalities can send.

@@ -30,6 +30,7 @@
 #include <list>
 #include <memory>
 #include <optional>
+#include <vector>
 
 namespace gateway::receive {
 
@@ -146,14 +147,17 @@ public:
     bool isAnnounced() const { return m_bonjourService != nullptr; }
 
 private:
+    /// Receivers that were stopped: one of them may still have the port. Gone with the thread that ran them.
+    using FormerListeners = std::vector<std::weak_ptr<platform::StoreSCP>>;
+
     struct Run
     {
         QUuid id;
         std::shared_ptr<platform::StoreSCP> scp;
         platform::StoreSCPConfig config;
         QString inbox;
-        QString standing;                           // of the inbox when it was entered
-        std::shared_ptr<platform::StoreSCP> former; // the one before it, which may still have the port
+        QString standing;       // of the inbox when it was entered
+        FormerListeners former; // those before it
     };
 
     /// What of the incoming folder was in the way of a start.
@@ -179,6 +183,7 @@ private:
                             IncomingImporter &importer,
                             Run &run);
     static void perform(const std::weak_ptr<StoreListenerService> &weak, const Run &run);
+    static void awaitFreePort(const FormerListeners &former);
     platform::StoreSCPCallbacks callbacksFor(const Run &run);
     static void recoverInbox(IncomingImporter &importer, const QString &inbox);
     void runEnded(const Run &run, std::int32_t result);
@@ -212,7 +217,7 @@ private:
 
     // Main thread only.
     std::shared_ptr<platform::StoreSCP> m_storeListener;
-    std::shared_ptr<platform::StoreSCP> m_formerListener; // the one stopped last, until the next start
+    FormerListeners m_formerListeners;
     std::optional<platform::Sentence> m_interruption;
     bool m_hasFailed = false;         // the last start
     std::optional<Refusal> m_refusal; // of the last start; kept while it is tried again

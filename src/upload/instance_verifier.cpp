@@ -74,6 +74,13 @@ bool wasAnsweredSomehow(const std::exception &error)
                                            failure->noAnswer == cloud_client::NoAnswer::proxyRefused));
 }
 
+/// True where the question had to go elsewhere than images do, and nobody was there.
+bool isOfAnotherServer(const std::exception &error)
+{
+    const auto *failure = dynamic_cast<const cloud_client::AFError *>(&error);
+    return failure && failure->isOfAnotherServer;
+}
+
 /// True where the service itself says what holds for all that it is asked.
 bool isOfTheSession(const std::exception &error)
 {
@@ -108,10 +115,11 @@ Unasked unasked(const std::exception &error, const PreparedCandidate &prepared)
     question.isNotOffered = isAnswer(error) && (failureClass == FailureClass::noImageService ||
                                                 failureClass == FailureClass::kindNotSupported ||
                                                 failureClass == FailureClass::notPermitted);
-    if (wasAnsweredSomehow(error) && !isOfTheSession(error)) {
+    if ((wasAnsweredSomehow(error) && !isOfTheSession(error)) || isOfAnotherServer(error)) {
         question.end.reach = StoreUpload::FailureReach::file;
     }
-    if (question.end.reach == StoreUpload::FailureReach::file && isOfTheLook(failureClass)) {
+    if (isOfAnotherServer(error) ||
+        (question.end.reach == StoreUpload::FailureReach::file && isOfTheLook(failureClass))) {
         question.end.failure.failureClass = FailureClass::notConfirmed;
     }
     return question;
@@ -167,12 +175,10 @@ std::optional<AttemptEnd> InstanceVerifier::lookForTaken(PreparedCandidate prepa
         }
     } catch (const std::exception &error) {
         Unasked query = unasked(error, prepared);
-        // A silence holds others up once: behind it no such question is asked for a while.
-        if (query.end.reach == StoreUpload::FailureReach::file ||
-            query.end.failure.failureClass == FailureClass::timedOut) {
+        // Without an answer, too, for what was taken is no sign that the cloud is away: others are sent.
+        if (query.end.reach != StoreUpload::FailureReach::queue) {
             query.end.reach = StoreUpload::FailureReach::file;
-            query.end.failure.failureClass =
-                FailureClass::notThereYet; // and looked for before it is sent again
+            query.end.failure.failureClass = FailureClass::notThereYet; // looked for before it is sent again
         }
         return query.isNotOffered ? std::nullopt : std::optional(query.end);
     }

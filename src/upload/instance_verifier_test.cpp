@@ -69,6 +69,19 @@ TEST_F(InstanceVerifierTest, HoldsUpNobodyElseWhereOnlyALookIsRefused)
     EXPECT_EQ(verifier.endWithoutRequest(prepared)->reach, StoreUpload::FailureReach::unanswered);
 }
 
+TEST_F(InstanceVerifierTest, HoldsUpNobodyElseWhereOnlyTheServerForLooksIsAway)
+{
+    around.index.doubt(kUid, index::SentBefore::unknown);
+    around.cloud.answerOddly(cloud_client::NoAnswer::notReachable);
+    EXPECT_EQ(verifier.endWithoutRequest(prepared)->reach, StoreUpload::FailureReach::queue);
+
+    around.cloud.beAskedElsewhere();
+    for (const auto away : {cloud_client::NoAnswer::notReachable, cloud_client::NoAnswer::timedOut}) {
+        around.cloud.answerOddly(away);
+        EXPECT_EQ(verifier.endWithoutRequest(prepared), failedFor(FailureClass::notLookedUp));
+    }
+}
+
 TEST_F(InstanceVerifierTest, TakesTheCloudsWordForTheOnlyVersionThatWasSent)
 {
     upload();
@@ -95,7 +108,9 @@ TEST_F(InstanceVerifierTest, HoldsUpNobodyElseWhereALookForWhatWasTakenIsNotAnsw
     prepared.context.candidate.lastFailure = QStringLiteral("notThereYet");
     prepared.context.candidate.tries = 3;
 
-    for (const auto silence : {cloud_client::NoAnswer::timedOut, cloud_client::NoAnswer::notAsked}) {
+    using cloud_client::NoAnswer;
+    for (const auto silence :
+         {NoAnswer::timedOut, NoAnswer::notAsked, NoAnswer::connectionLost, NoAnswer::otherReason}) {
         around.cloud.answerOddly(silence);
         const auto end = verifier.endWithoutRequest(prepared);
 

@@ -97,6 +97,15 @@ class Helpers(EndToEndTest):
         self.assertIn(request(self.health)[0], (200, 503))
         await_true("an association", lambda: self.echoes(port), self.gateway.process)
 
+    def test_the_settings_change_twice_while_the_listener_hangs(self):
+        os.kill(self.listener(), signal.SIGSTOP)
+
+        for title in "FIRST", "SECOND":
+            self.gateway.command("settings", "set", "ListenerSettings.aeTitle", title)
+
+        await_true("an association", lambda: self.echoes(self.gateway.port), self.gateway.process)
+        self.assertFalse(self.logged("listener_start_failed"))
+
     def test_the_port_is_free_when_the_gateway_has_ended_also_where_the_listener_hangs(self):
         listener = self.listener()
         for hangs in False, True:

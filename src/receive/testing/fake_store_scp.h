@@ -33,7 +33,7 @@ public:
         {
             const platform::MutexLock lock(m_mutex);
             ++m_stops;
-            if (m_staysWhenStopped) {
+            if (m_staysWhenStopped || m_keepsPort) {
                 return;
             }
         }
@@ -55,7 +55,8 @@ public:
     void awaitFreePort() override
     {
         const platform::MutexLock lock(m_mutex);
-        m_isPortAwaited = true;
+        ++m_portWaits;
+        m_changed.notifyAll();
         while (m_config && !m_result && !m_staysWhenStopped) {
             m_changed.wait(m_mutex);
         }
@@ -95,6 +96,13 @@ public:
         m_staysWhenStopped = true;
     }
 
+    /// From now on a stop neither ends the start call nor frees the port.
+    void keepPort()
+    {
+        const platform::MutexLock lock(m_mutex);
+        m_keepsPort = true;
+    }
+
     /// Blocks until the start call has come, and gives its blocks.
     platform::StoreSCPCallbacks callbacks()
     {
@@ -118,11 +126,20 @@ public:
         return m_config.has_value();
     }
 
-    /// Whether somebody has waited for its port.
-    bool isPortAwaited() const
+    /// How often somebody has waited for its port.
+    int portWaits() const
     {
         const platform::MutexLock lock(m_mutex);
-        return m_isPortAwaited;
+        return m_portWaits;
+    }
+
+    /// Blocks until so many have waited for its port, or it is free.
+    void awaitPortWaits(int waits)
+    {
+        const platform::MutexLock lock(m_mutex);
+        while (m_portWaits < waits && !m_result) {
+            m_changed.wait(m_mutex);
+        }
     }
 
     int stops() const
@@ -140,7 +157,8 @@ private:
     std::optional<int> m_port QUORIN_GUARDED_BY(m_mutex);
     std::int64_t m_order QUORIN_GUARDED_BY(m_mutex) = 0;
     bool m_staysWhenStopped QUORIN_GUARDED_BY(m_mutex) = false;
-    bool m_isPortAwaited QUORIN_GUARDED_BY(m_mutex) = false;
+    bool m_keepsPort QUORIN_GUARDED_BY(m_mutex) = false;
+    int m_portWaits QUORIN_GUARDED_BY(m_mutex) = 0;
     int m_stops QUORIN_GUARDED_BY(m_mutex) = 0;
 };
 

@@ -224,6 +224,13 @@ public:
         m_oddAnswer = reason;
     }
 
+    /// Looks go to another server than images do.
+    void beAskedElsewhere()
+    {
+        const platform::MutexLock lock(m_mutex);
+        m_isElsewhere = true;
+    }
+
     /// The instances that were fetched.
     QStringList retrieved() const
     {
@@ -268,7 +275,9 @@ private:
     void mayAnswer() const QUORIN_REQUIRES(m_mutex)
     {
         if (m_oddAnswer) {
-            throw cloud_client::AFError(QStringLiteral("odd"), std::nullopt, 0, *m_oddAnswer);
+            cloud_client::AFError odd(QStringLiteral("odd"), std::nullopt, 0, *m_oddAnswer);
+            odd.isOfAnotherServer = m_isElsewhere;
+            throw odd;
         }
     }
 
@@ -329,6 +338,7 @@ private:
     bool m_takesQueries QUORIN_GUARDED_BY(m_mutex) = true;
     bool m_passesOverQuestions QUORIN_GUARDED_BY(m_mutex) = false;
     bool m_isWithoutStore QUORIN_GUARDED_BY(m_mutex) = false;
+    bool m_isElsewhere QUORIN_GUARDED_BY(m_mutex) = false;
     int m_retrievalStatus QUORIN_GUARDED_BY(m_mutex) = 0;
     std::optional<cloud_client::NoAnswer> m_oddAnswer QUORIN_GUARDED_BY(m_mutex);
     int m_atOnce QUORIN_GUARDED_BY(m_mutex) = 0;
