@@ -53,7 +53,9 @@ Receiving::makeListener(std::function<void(QString)> onImported)
                         platform::StoreSCPEnvironment{platform::helperProgramPath(), defaultInbox});
                 },
             .onImportSucceeded = std::move(onImported),
-            .newestAcknowledged = [&index = ground.index] { return index.newestAcknowledged(); }},
+            .newestAcknowledged = [&index = ground.index] { return index.newestAcknowledged(); },
+            .isKept = [&db = ground.index](
+                          const index::ImportedFileSummary &imported) { return db.isKept(imported); }},
         receive::StoreListenerService::Places{defaultInbox, ground.options.bindAddress});
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "index/gateway_import_error.h"
+#include "index/store_turn.h"
 
 #include <QtCore/QString>
 #include <QtCore/QStringList>
@@ -17,6 +18,8 @@ struct ImportedFileSummary
     QString studyID;        ///< `studyInstanceUID` of the study
     QStringList seriesKeys; ///< the keys of the series, in order
     QUrl storedFile;        ///< where the file lies in the file store
+    QString storagePath;    ///< the same as the rows keep it
+    StoreTurn store = {};   ///< whose the path is
 
     bool operator==(const ImportedFileSummary &) const = default;
 };

@@ -7,6 +7,9 @@
 #include "platform/dicom/dicom_parsing.h"
 #include "platform/files/file_error.h"
 #include "platform/files/files.h"
+#include "platform/sqlite/database.h"
+
+#include <QtCore/QFileInfo>
 
 namespace gateway::index {
 
@@ -103,12 +106,14 @@ Parsed parse(platform::DicomParsing &parser, const QString &path, ImportSource s
     return {object, file.version};
 }
 
-ImportedFileSummary summaryOf(const ParsedObject &object, const Recorded &recorded, const QUrl &storedFile)
+ImportedFileSummary summaryOf(const ParsedObject &object, const Recorded &recorded, const StoredFile &stored)
 {
     return {object.patientUID,
             object.studyInstanceUID.value_or(platform::StudyUid()).value(),
             recorded.seriesKeys,
-            storedFile};
+            QUrl::fromLocalFile(stored.path),
+            stored.pathString,
+            stored.store};
 }
 
 /// An earlier import may have died, or failed, before its file's name was durable.
@@ -172,7 +177,30 @@ ImportedFileSummary DicomDB::importFile(const QUrl &url, ImportSource source)
     underWay.reset(); // what is being imported isn't removed
     removeReleased(recorded.released, RemovalReason::superseded);
     dropEqualCopies(recorded, *stored);
-    return summaryOf(parsed.object, recorded, fileURL(stored->pathString));
+    return summaryOf(parsed.object, recorded, *stored);
+}
+
+std::optional<bool> DicomDB::isKept(const ImportedFileSummary &imported) const
+{
+    constexpr const char *kToBeSent =
+        "SELECT 1 FROM DicomImage WHERE pathString = ? AND syncState <> ? LIMIT 1";
+    try {
+        const auto [isOfThisStore, isToBeSent] = m_store.read([&](platform::Database &database) {
+            platform::Statement row = database.prepare(kToBeSent);
+            return std::pair(storeTurn(database) == imported.store,
+                             row.bindAll(imported.storagePath, static_cast<int>(SyncState::synced)).step());
+        });
+        if (!isOfThisStore || !isToBeSent) {
+            return isOfThisStore; // the cloud has it, or it was let go of since
+        }
+    } catch (const SqliteError &) {
+        return std::nullopt;
+    }
+    const QString path = imported.storedFile.toLocalFile();
+    if (QFileInfo::exists(path)) {
+        return true;
+    }
+    return isStoreOutOfSight() || !platform::isKnownToBeAbsent(path) ? std::nullopt : std::optional(false);
 }
 
 /// Asked for before the file gets its name: should another store take its turn after this, the import fails,

@@ -44,14 +44,9 @@ void IncomingImporter::fileFound(const QString &path)
 
 bool IncomingImporter::awaitsRemoval(const QString &path) const
 {
-    {
-        const platform::MutexLock lock(m_mutex);
-        const auto decided = m_decided.constFind(path);
-        if (decided == m_decided.constEnd() || *decided != Fate::imported) {
-            return false;
-        }
-    }
-    return QFileInfo::exists(path); // outside the lock: a share may take its time
+    const std::optional<Outcome> decided = decidedOn(path);
+    return decided && decided->fate == Fate::imported && QFileInfo::exists(path) &&
+           m_with.isKept(decided->imported).value_or(false);
 }
 
 void IncomingImporter::enqueue(Item item)
@@ -78,10 +73,10 @@ bool IncomingImporter::takeInHand(const Item &item)
     return true;
 }
 
-std::optional<IncomingImporter::Fate> IncomingImporter::decidedFate(const Item &item)
+std::optional<IncomingImporter::Outcome> IncomingImporter::decidedOn(const QString &path) const
 {
     const platform::MutexLock lock(m_mutex);
-    const auto found = m_decided.constFind(item.path);
+    const auto found = m_decided.constFind(path);
     return found == m_decided.constEnd() ? std::nullopt : std::optional(*found);
 }
 
@@ -89,9 +84,9 @@ void IncomingImporter::handle(const Item &item)
 {
     const QFileInfo file(item.path);
     const bool isThere = file.exists();
-    const std::optional<Fate> decided = decidedFate(item);
+    const std::optional<Outcome> decided = decidedOn(item.path);
     if (decided && isThere) {
-        depart(item, *decided);
+        handleDecided(item, *decided);
         return;
     }
     if (!isThere && (decided || item.found)) {
@@ -104,14 +99,28 @@ void IncomingImporter::handle(const Item &item)
     leaveInbox(item, importFile(item));
 }
 
-IncomingImporter::Fate IncomingImporter::importFile(const Item &item)
+/// It was decided perhaps weeks ago, and may be the last copy by now.
+void IncomingImporter::handleDecided(const Item &item, const Outcome &decided)
+{
+    const std::optional<bool> mayGo =
+        decided.fate == Fate::imported ? m_with.isKept(decided.imported) : std::optional(true);
+    if (!mayGo) {
+        letGo(item);
+    } else if (*mayGo) {
+        depart(item, decided);
+    } else {
+        leaveInbox(item, importFile(item));
+    }
+}
+
+IncomingImporter::Outcome IncomingImporter::importFile(const Item &item)
 {
     emitRecord(item, GatewayLogAction::importAttempted, GatewayLogOutcome::started);
     QMap<QString, QString> details;
+    Outcome outcome{Fate::imported};
     try {
-        const index::ImportedFileSummary summary =
-            m_with.dbService.importFile(QUrl::fromLocalFile(item.path));
-        if (const std::optional<QString> hash = log::hashedFileURL(summary.storedFile)) {
+        outcome.imported = m_with.dbService.importFile(QUrl::fromLocalFile(item.path));
+        if (const std::optional<QString> hash = log::hashedFileURL(outcome.imported.storedFile)) {
             details.insert(log::kStoredFileHashKey, *hash); // what is told of the image from now on bears it
         }
     } catch (const index::GatewayImportError &error) {
@@ -123,7 +132,7 @@ IncomingImporter::Fate IncomingImporter::importFile(const Item &item)
                    log::redactedError(QStringLiteral("QuorinGateway.GatewayImportError"),
                                       static_cast<int>(error.kind()),
                                       error.errorDescription()));
-        return fateOf(item, error);
+        return {fateOf(item, error)};
     }
     emitRecord(item,
                GatewayLogAction::importSucceeded,
@@ -133,7 +142,7 @@ IncomingImporter::Fate IncomingImporter::importFile(const Item &item)
                details);
     m_with.main.post(weak_from_this(), [this] { m_with.state.refreshCounters(); });
     m_with.onImportSucceeded(QStringLiteral("receive_import_succeeded"));
-    return Fate::imported;
+    return outcome;
 }
 
 IncomingImporter::Fate IncomingImporter::fateOf(const Item &item, const index::GatewayImportError &error)
@@ -152,16 +161,16 @@ IncomingImporter::Fate IncomingImporter::fateOf(const Item &item, const index::G
     return error.blame() == Blame::reading ? Fate::trouble : Fate::noStorage;
 }
 
-void IncomingImporter::leaveInbox(Item item, Fate fate)
+void IncomingImporter::leaveInbox(Item item, const Outcome &outcome)
 {
-    switch (fate) {
+    switch (outcome.fate) {
     case Fate::imported:
     case Fate::refused:
-        depart(item, fate);
+        depart(item, outcome);
         return;
     case Fate::trouble:
         if (++item.troubles == kTriesInTrouble) {
-            depart(item, fate);
+            depart(item, outcome);
             return;
         }
         keepForRetry(item);
@@ -176,8 +185,9 @@ void IncomingImporter::leaveInbox(Item item, Fate fate)
 }
 
 /// Takes a file whose fate is decided out of the inbox.
-void IncomingImporter::depart(const Item &item, Fate fate)
+void IncomingImporter::depart(const Item &item, const Outcome &outcome)
 {
+    const Fate fate = outcome.fate;
     const InboxRemoval removal = fate == Fate::imported ? removeFromInbox(item.path) : setAside(item.path);
     // What stays because its disk is away is tried again, not put aside, when that is back.
     const bool isDecided = fate != Fate::trouble || !removal.error;
@@ -185,7 +195,7 @@ void IncomingImporter::depart(const Item &item, Fate fate)
     if (isDecided && (removal.error || item.found)) {
         const platform::MutexLock lock(m_mutex);
         isToldAlready = m_decided.contains(item.path);
-        m_decided.insert(item.path, fate);
+        m_decided.insert(item.path, outcome);
     }
     if (!removal.error) {
         QMap<QString, QString> details;
@@ -280,9 +290,9 @@ bool IncomingImporter::retryRound(const std::stop_token &stop)
         if (!item) {
             break;
         }
-        const Fate fate = importFile(*item);
-        leaveInbox(*item, fate);
-        if (fate == Fate::noStorage) {
+        const Outcome outcome = importFile(*item);
+        leaveInbox(*item, outcome);
+        if (outcome.fate == Fate::noStorage) {
             return false;
         }
     }

@@ -46,6 +46,10 @@ public:
         platform::WorkerPool &pool;
         platform::Clock &clock;
         std::function<void(QString)> onImportSucceeded; ///< called with the reason, on a worker
+
+        /// Whether what an import wrote is kept without its source; nothing where that can't be told at this
+        /// moment. Any thread but main.
+        std::function<std::optional<bool>(const index::ImportedFileSummary &)> isKept;
     };
 
     /// The first and the longest pause before files that found no storage are tried again.
@@ -67,12 +71,12 @@ public:
     void fileArrived(const QString &path, const QString &association);
 
     /// Imports a complete file that lies in the inbox, unless it is in hand already. May be called again and
-    /// again for one file: what has been imported but could not be removed is only removed then.
+    /// again for one file: what has been imported but could not be removed is only removed then, and imported
+    /// anew where its stored file has been lost since.
     void fileFound(const QString &path);
 
-    /// Whether a file in the inbox is imported, its rows durable, and only still to be removed from there.
-    /// One that was refused and can't be set aside is none: it lies nowhere else. Blocks while its share is
-    /// slow.
+    /// Whether a file in the inbox is imported and kept, and only still to be removed from there. One that
+    /// was refused and can't be set aside is none: it lies nowhere else. Blocks while a disk is slow.
     bool awaitsRemoval(const QString &path) const QUORIN_EXCLUDES(m_mutex);
 
 private:
@@ -93,17 +97,25 @@ private:
         outOfSight ///< it isn't there, or its folder is away
     };
 
+    /// What came of an import.
+    struct Outcome
+    {
+        Fate fate = Fate::trouble;
+        index::ImportedFileSummary imported = {}; ///< of meaning with Fate::imported
+    };
+
     void enqueue(Item item);
     bool takeInHand(const Item &item) QUORIN_EXCLUDES(m_mutex);
     void handle(const Item &item);
-    Fate importFile(const Item &item);
+    void handleDecided(const Item &item, const Outcome &decided);
+    Outcome importFile(const Item &item);
     Fate fateOf(const Item &item, const index::GatewayImportError &error);
-    void leaveInbox(Item item, Fate fate);
-    void depart(const Item &item, Fate fate);
+    void leaveInbox(Item item, const Outcome &outcome);
+    void depart(const Item &item, const Outcome &outcome);
     void keepForRetry(const Item &item);
     void keepOutOfSight(const Item &item);
     void letGo(const Item &item);
-    std::optional<Fate> decidedFate(const Item &item);
+    std::optional<Outcome> decidedOn(const QString &path) const;
 
     void retryLoop(std::stop_token stop);
     bool waitForWork(const std::stop_token &stop);
@@ -123,8 +135,9 @@ private:
     mutable platform::Mutex m_mutex;
     platform::Condition m_wake;
     QSet<QString> m_inHand QUORIN_GUARDED_BY(m_mutex); // queued, being imported or waiting
-    // Imported or refused, and still there or found before the network delivered them: never imported twice.
-    QHash<QString, Fate> m_decided QUORIN_GUARDED_BY(m_mutex);
+    // Imported or refused, and still there or found before the network delivered them: never imported twice
+    // while what was written is kept.
+    QHash<QString, Outcome> m_decided QUORIN_GUARDED_BY(m_mutex);
     std::deque<Item> m_waiting QUORIN_GUARDED_BY(m_mutex); // to be tried again
     bool m_closing QUORIN_GUARDED_BY(m_mutex) = false;
 

@@ -35,6 +35,10 @@ protected:
                                             [this](const QString &reason) {
                                                 EXPECT_EQ(reason, u"receive_import_succeeded"_qs);
                                                 ++m_world.uploadRequests;
+                                            },
+                                            [this](const index::ImportedFileSummary &imported) {
+                                                EXPECT_EQ(imported.storedFile, testing::FakeImports::kStored);
+                                                return m_world.imports.isKept();
                                             }});
     }
 
@@ -141,6 +145,38 @@ TEST_F(Importer, KnowsWhatIsImportedAndOnlyToBeRemoved)
     EXPECT_TRUE(m_importer->awaitsRemoval(path));
     received.close();
     EXPECT_FALSE(m_importer->awaitsRemoval(path));
+}
+
+/// What couldn't leave the inbox for weeks may be the last copy when it can.
+TEST_F(Importer, RemovesWhatWasImportedLongAgoOnlyWhileItIsKept)
+{
+    const QString path = m_world.receivedFile("DICM");
+    const auto lookAgain = [&] {
+        QFile again(path);
+        EXPECT_TRUE(again.open(QIODevice::WriteOnly) && again.write("DICM") > 0);
+        again.close();
+        m_importer->fileFound(path);
+        m_world.settle();
+    };
+    m_importer->fileFound(path);
+    m_world.settle();
+    ASSERT_FALSE(QFile::exists(path));
+
+    lookAgain();
+    EXPECT_FALSE(QFile::exists(path));
+    EXPECT_EQ(m_world.imports.attempts(), 1);
+
+    m_world.imports.setKept(std::nullopt);
+    lookAgain();
+    EXPECT_TRUE(QFile::exists(path)) << "nobody knows";
+    EXPECT_FALSE(m_importer->awaitsRemoval(path));
+    EXPECT_EQ(m_world.imports.attempts(), 1);
+
+    m_world.imports.setKept(false);
+    EXPECT_FALSE(m_importer->awaitsRemoval(path)) << "it waits to be taken in";
+    lookAgain();
+    EXPECT_FALSE(QFile::exists(path));
+    EXPECT_EQ(m_world.imports.attempts(), 2);
 }
 
 TEST_F(Importer, KeepsAFileThatFoundNoStorageAndTriesItAgain)

@@ -15,15 +15,15 @@ using platform::StoreSCPInterruption;
 
 StoreListenerService::StoreListenerService(Collaborators collaborators, Places places)
     : m_with(std::move(collaborators)), m_places(std::move(places)), m_log(m_with.logEmitter),
-      m_importer(
-          std::make_shared<IncomingImporter>(IncomingImporter::Collaborators{m_with.dbService,
-                                                                             m_with.logEmitter,
-                                                                             m_with.observer,
-                                                                             m_with.state,
-                                                                             m_with.main,
-                                                                             m_with.pool,
-                                                                             m_with.clock,
-                                                                             m_with.onImportSucceeded})),
+      m_importer(std::make_shared<IncomingImporter>(IncomingImporter::Collaborators{m_with.dbService,
+                                                                                    m_with.logEmitter,
+                                                                                    m_with.observer,
+                                                                                    m_with.state,
+                                                                                    m_with.main,
+                                                                                    m_with.pool,
+                                                                                    m_with.clock,
+                                                                                    m_with.onImportSucceeded,
+                                                                                    m_with.isKept})),
       m_folder(std::make_shared<const ListenerFolder>(
           m_with.settings, m_with.incomingFolders, m_with.logEmitter, m_places.defaultIncomingFolder))
 {

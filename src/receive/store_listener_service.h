@@ -73,6 +73,9 @@ public:
         /// When the last image that is recorded was acknowledged, by whomever: nanoseconds since 1970. Any
         /// thread.
         std::function<std::int64_t()> newestAcknowledged;
+
+        /// As of IncomingImporter::Collaborators.
+        std::function<std::optional<bool>(const index::ImportedFileSummary &)> isKept;
     };
 
     struct Places

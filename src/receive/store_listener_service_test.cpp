@@ -148,59 +148,6 @@ TEST_F(ListenerService, StopsTheReceiverAndClearsWhatItWasReceiving)
     EXPECT_EQ(m_world.log.count(GatewayLogAction::listenerStartFailed), 0U);
 }
 
-TEST_F(ListenerService, EndsOnlyWhenItsPortIsFree)
-{
-    m_world.service->endListener(); // without one
-    m_world.service->startListener();
-    m_world.scps.back()->config();
-    m_world.scps.back()->listen();
-
-    m_world.service->endListener();
-
-    EXPECT_EQ(m_world.scps.back()->stops(), 1);
-    EXPECT_EQ(m_world.scps.back()->portWaits(), 1);
-}
-
-/// The one between them never began: it isn't the one that has the port.
-TEST_F(ListenerService, WaitsForEachReceiverThatMayHaveThePortHoweverOftenItWasStoppedSince)
-{
-    m_world.service->startListener();
-    const auto holder = m_world.scps.back();
-    holder->config();
-    holder->keepPort();
-    m_world.service->stopListener();
-    m_world.service->startListener();
-    m_world.waitUntil([&holder] { return holder->portWaits() == 1; });
-    m_world.service->stopListener();
-    m_world.service->startListener();
-
-    m_world.waitUntil([&holder] { return holder->portWaits() == 2; });
-    EXPECT_FALSE(m_world.scps.back()->hasStarted());
-    holder->end(0);
-
-    EXPECT_EQ(m_world.scps.back()->config().port, 1115);
-}
-
-TEST_F(ListenerService, EndsOnlyWhenThePortIsFreeOfWhoeverWasStoppedBefore)
-{
-    m_world.service->startListener();
-    const auto holder = m_world.scps.back();
-    holder->config();
-    holder->keepPort();
-    m_world.service->stopListener();
-    m_world.service->startListener();
-    m_world.waitUntil([&holder] { return holder->portWaits() == 1; });
-
-    const std::jthread slow([&holder] {
-        holder->awaitPortWaits(2);
-        holder->end(0);
-    });
-    m_world.service->endListener();
-
-    EXPECT_EQ(holder->portWaits(), 2);
-    holder->end(0);
-}
-
 TEST_F(ListenerService, TellsTheLiveFiguresWhetherItListensBeforeAnybodyElse)
 {
     std::vector<bool> known;

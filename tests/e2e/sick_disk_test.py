@@ -118,6 +118,23 @@ class SickDisk(EndToEndTest):
         self.assertEqual(list(self.inbox.glob("*.dcm")), [])
         self.assertEqual(self.gateway.status()["counters"]["images"], 2)
 
+    def test_an_image_that_could_not_be_removed_is_taken_in_again_where_its_stored_file_was_lost(self):
+        # Given: it lies in the incoming folder, where nothing can be removed, and in the store
+        self.disk.fail("unlink", f"{self.inbox}/quorin-*.dcm", errno.EROFS)
+        self.store("1.2.7.1")
+        self.gateway.await_status("the figure", lambda s: s["inbox"]["notRemoved"] == 1)
+
+        # When
+        for stored in (self.gateway.home / "Documents/Pavan Data").rglob("*.dcm"):
+            stored.unlink()
+
+        # Then
+        self.gateway.await_status("no word of safety", lambda s: s["inbox"]["notRemoved"] == 0)
+        self.disk.heal()
+        await_true("an empty folder", lambda: not list(self.inbox.glob("*.dcm")), self.gateway.process)
+        self.gateway.sign_in()
+        self.await_synced(1)
+
     def metrics(self):
         address = re.search(r"Metrics are served at (http://\S+)\.", self.gateway.said()).group(1)
         return request(address)[2].decode()

@@ -44,7 +44,20 @@ public:
             throw Error(Error::Kind::dicomParseFailed, Error::Blame::file);
         }
         m_imported.insert(content);
-        return {QStringLiteral("patient"), QStringLiteral("study"), {QStringLiteral("series0")}, kStored};
+        return {QStringLiteral("patient"), QStringLiteral("study"), {QStringLiteral("series0")}, kStored, {}};
+    }
+
+    /// Whether what it imported is kept without the source; nothing where it can't tell.
+    std::optional<bool> isKept() const
+    {
+        const platform::MutexLock lock(m_mutex);
+        return m_isKept;
+    }
+
+    void setKept(std::optional<bool> isKept)
+    {
+        const platform::MutexLock lock(m_mutex);
+        m_isKept = isKept;
     }
 
     /// Every import fails for want of storage, until told otherwise.
@@ -85,6 +98,7 @@ public:
 private:
     mutable platform::Mutex m_mutex;
     platform::Condition m_changed;
+    std::optional<bool> m_isKept QUORIN_GUARDED_BY(m_mutex) = true;
     bool m_hasNoStorage QUORIN_GUARDED_BY(m_mutex) = false;
     int m_unreadable QUORIN_GUARDED_BY(m_mutex) = 0;
     int m_attempts QUORIN_GUARDED_BY(m_mutex) = 0;

@@ -47,21 +47,23 @@ public:
             });
         service = std::make_shared<WatchedService>(
             m_isServiceGone,
-            StoreListenerService::Collaborators{defaults,
-                                                settings,
-                                                notifications,
-                                                main,
-                                                pool,
-                                                clock,
-                                                imports,
-                                                emitter,
-                                                observer,
-                                                state,
-                                                netServices,
-                                                incomingFolders,
-                                                [this] { return makeSCP(); },
-                                                [this](const QString &) { ++uploadRequests; },
-                                                [this] { return newestAcknowledged.load(); }},
+            StoreListenerService::Collaborators{
+                defaults,
+                settings,
+                notifications,
+                main,
+                pool,
+                clock,
+                imports,
+                emitter,
+                observer,
+                state,
+                netServices,
+                incomingFolders,
+                [this] { return makeSCP(); },
+                [this](const QString &) { ++uploadRequests; },
+                [this] { return newestAcknowledged.load(); },
+                [this](const index::ImportedFileSummary &) { return imports.isKept(); }},
             StoreListenerService::Places{inbox(), QStringLiteral("127.0.0.1")});
     }
 
