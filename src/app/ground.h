@@ -80,7 +80,7 @@ struct Ground
 
     /// For everything else. Imports mostly wait for the disk, and share its syncs: more of them at once than
     /// there are cores.
-    platform::WorkerPool pool{QStringLiteral("global"), 12};
+    platform::WorkerPool pool{QStringLiteral("global"), 16};
 };
 
 } // namespace gateway::app

@@ -1,6 +1,7 @@
 #include "receive/incoming_importer.h"
 
 #include "log/writing/redaction.h"
+#include "platform/dicom/inbox_files.h"
 #include "platform/files/files.h"
 #include "receive/inbox.h"
 
@@ -17,8 +18,18 @@ using log::GatewayLogAction;
 using log::GatewayLogLevel;
 using log::GatewayLogOutcome;
 
+namespace {
+
+/// By the name alone: no disk is asked.
+QString folderOf(const QString &path)
+{
+    return path.left(path.lastIndexOf(u'/'));
+}
+
+} // namespace
+
 IncomingImporter::IncomingImporter(Collaborators collaborators)
-    : m_with(std::move(collaborators)),
+    : m_with(std::move(collaborators)), m_lanes(m_with.pool),
       m_retry("inbox-retry", [this](std::stop_token stop) { retryLoop(std::move(stop)); })
 {
 }
@@ -54,10 +65,23 @@ void IncomingImporter::enqueue(Item item)
     if (!takeInHand(item)) {
         return;
     }
-    m_with.pool.run([weak = weak_from_this(), item = std::move(item)] {
+    const QString folder = folderOf(item.path);
+    m_lanes.run(folder, [weak = weak_from_this(), item = std::move(item)] {
         // An importer that has gone leaves the file where it is: the next start finds it.
         if (const auto self = weak.lock()) {
             self->handle(item);
+        }
+    });
+}
+
+void IncomingImporter::lookInto(const QString &inbox)
+{
+    // By the name that its files have: of the lane that its files are in.
+    m_lanes.run(folderOf(inbox + u'/'), [weak = weak_from_this(), inbox] {
+        if (const auto self = weak.lock()) {
+            for (const QString &path : platform::completeInboxFiles(inbox)) {
+                self->fileFound(path);
+            }
         }
     });
 }
@@ -90,6 +114,16 @@ void IncomingImporter::handle(const Item &item)
         return;
     }
     if (!isThere && (decided || item.found)) {
+        letGo(item);
+        return;
+    }
+    if (file.isSymLink() || (isThere && !file.isFile())) { // the receiver is believed in nothing but a name
+        emitRecord(item,
+                   GatewayLogAction::fileReceivedCallback,
+                   GatewayLogOutcome::failed,
+                   GatewayLogLevel::warning,
+                   std::nullopt,
+                   {{QStringLiteral("reason"), QStringLiteral("not_a_file_of_the_inbox")}});
         letGo(item);
         return;
     }

@@ -7,6 +7,7 @@
 #include "platform/concurrency/mutex.h"
 #include "platform/concurrency/task.h"
 #include "platform/concurrency/worker_pool.h"
+#include "receive/folder_lanes.h"
 #include "receive/receive_observer.h"
 #include "state/receive_state.h"
 
@@ -75,6 +76,10 @@ public:
     /// anew where its stored file has been lost since.
     void fileFound(const QString &path);
 
+    /// Looks for what was acknowledged and isn't imported, as before a crash, of the gateway or of the
+    /// receiver, and takes it as found. Returns at once: the folder may not answer.
+    void lookInto(const QString &inbox);
+
     /// Whether a file in the inbox is imported and kept, and only still to be removed from there. One that
     /// was refused and can't be set aside is none: it lies nowhere else. Blocks while a disk is slow.
     bool awaitsRemoval(const QString &path) const QUORIN_EXCLUDES(m_mutex);
@@ -131,6 +136,7 @@ private:
                     QMap<QString, QString> details = {});
 
     Collaborators m_with;
+    FolderLanes m_lanes;
 
     mutable platform::Mutex m_mutex;
     platform::Condition m_wake;

@@ -134,17 +134,30 @@ TEST_F(Importer, WarnsOfAFileThatCanNotBeTakenOutOfTheInboxAndLeavesItThere)
 TEST_F(Importer, KnowsWhatIsImportedAndOnlyToBeRemoved)
 {
     QFile received(m_world.receivedFile("DICM"));
-    ASSERT_TRUE(received.open(QIODevice::ReadOnly));
-    const QString path = u"/proc/self/fd/%1"_qs.arg(received.handle()); // a name that nobody can take away
-    EXPECT_FALSE(m_importer->awaitsRemoval(path));
+    EXPECT_FALSE(m_importer->awaitsRemoval(received.fileName()));
 
-    m_importer->fileArrived(path, u"A"_qs);
+    m_importer->fileFound(received.fileName());
     m_world.settle();
 
     EXPECT_EQ(m_world.imports.attempts(), 1);
-    EXPECT_TRUE(m_importer->awaitsRemoval(path));
-    received.close();
-    EXPECT_FALSE(m_importer->awaitsRemoval(path));
+    EXPECT_FALSE(m_importer->awaitsRemoval(received.fileName())) << "it is gone";
+    ASSERT_TRUE(received.open(QIODevice::WriteOnly)); // as if it could not be removed
+    EXPECT_TRUE(m_importer->awaitsRemoval(received.fileName()));
+}
+
+TEST_F(Importer, TakesNoLinkForAFileThatTheNetworkDelivered)
+{
+    const QString link = m_world.inbox() + u"/quorin-00000000000000000000000000000000-2.dcm"_qs;
+    ASSERT_TRUE(QFile::link(m_world.receivedFile("DICM"), link));
+
+    m_importer->fileArrived(link, u"A"_qs);
+    m_world.settle();
+
+    EXPECT_EQ(m_world.imports.attempts(), 0);
+    EXPECT_EQ(m_world.observer.told(), Told());
+    const auto told = m_world.log.events(GatewayLogAction::fileReceivedCallback);
+    ASSERT_EQ(told.size(), 1U);
+    EXPECT_EQ(told.front().outcome, GatewayLogOutcome::failed);
 }
 
 /// What couldn't leave the inbox for weeks may be the last copy when it can.

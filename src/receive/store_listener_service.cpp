@@ -1,7 +1,6 @@
 #include "receive/store_listener_service.h"
 
 #include "core/notification_names.h"
-#include "platform/dicom/inbox_files.h"
 #include "receive/bonjour_record.h"
 #include "receive/inbox.h"
 #include "receive/listener_config.h"
@@ -147,7 +146,7 @@ bool StoreListenerService::enterFolder(const std::weak_ptr<StoreListenerService>
     run.inbox = std::move(entered.inbox);
     run.standing = std::move(entered.standing);
     if (!entered.obstacle) {
-        recoverInbox(importer, run.inbox);
+        importer.lookInto(run.inbox);
     }
     const auto self = weak.lock();
     if (!self) {
@@ -240,7 +239,7 @@ platform::StoreSCPCallbacks StoreListenerService::callbacksFor(const Run &run)
     };
     callbacks.leftFiles = [weak, inbox = run.inbox] {
         if (const auto self = weak.lock()) {
-            recoverInbox(*self->m_importer, inbox);
+            self->m_importer->lookInto(inbox);
         }
     };
     callbacks.misnamed = [weak, runId](const QString &association) {
@@ -254,16 +253,6 @@ platform::StoreSCPCallbacks StoreListenerService::callbacksFor(const Run &run)
         }
     };
     return callbacks;
-}
-
-/// Hands over what was acknowledged but not imported before a crash, of the gateway or of the receiver, and
-/// what found no storage. A file that is delivered as well is imported once.
-void StoreListenerService::recoverInbox(IncomingImporter &importer, const QString &inbox)
-{
-    const QStringList left = platform::completeInboxFiles(inbox);
-    for (const QString &path : left) {
-        importer.fileFound(path);
-    }
 }
 
 void StoreListenerService::keepOrder()

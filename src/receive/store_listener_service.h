@@ -188,7 +188,6 @@ private:
     static void perform(const std::weak_ptr<StoreListenerService> &weak, const Run &run);
     static void awaitFreePort(const FormerListeners &former);
     platform::StoreSCPCallbacks callbacksFor(const Run &run);
-    static void recoverInbox(IncomingImporter &importer, const QString &inbox);
     void runEnded(const Run &run, std::int32_t result);
     void retireRun(QUuid runId) QUORIN_EXCLUDES(m_listenerRunStateLock);
     bool wasStopped(QUuid runId) QUORIN_EXCLUDES(m_listenerRunStateLock);

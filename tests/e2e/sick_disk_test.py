@@ -92,6 +92,29 @@ class SickDisk(EndToEndTest):
         self.gateway.command("settings", "set", "ListenerDestinationFolder", folder)
         self.gateway.await_status("the folder", lambda s: s["listener"]["state"] == "listening")
 
+    def test_a_share_that_dies_with_images_in_it_holds_up_no_other_folder(self):
+        # Given: more of them than there are threads
+        files = self.samples(ct=30)
+        self.disk.silence("stat", f"{self.inbox}/quorin-*")
+        send(self.gateway, files[:25])
+        await_true("looks at them", lambda: self.disk.failures() >= 1, self.gateway.process)
+        chosen = self.folder / "chosen"
+        chosen.mkdir()
+
+        # When
+        self.gateway.command("settings", "set", "ListenerDestinationFolder", chosen)
+
+        # Then: the receiver of the dead folder is gone, and what comes is taken in
+        await_true("the other folder's receiver", (chosen / ".part/.lock").exists, self.gateway.process)
+        self.gateway.await_status("a listener", lambda s: s["listener"]["state"] == "listening")
+        send(self.gateway, files[25:])
+        self.gateway.await_received(files[25:])
+        self.assertGreaterEqual(len(list(self.inbox.glob("quorin-*.dcm"))), 1)
+
+        # And the others when they can
+        self.disk.heal()
+        self.gateway.await_received(files)
+
     def test_an_image_that_was_taken_in_and_cannot_be_removed_is_told_as_that(self):
         # Given
         self.gateway.sign_in()

@@ -35,8 +35,7 @@ std::optional<QString> inboxFile(const QString &folder, const QString &name)
     if (!isListenersName(name)) {
         return std::nullopt;
     }
-    const QFileInfo file(QDir(folder), name);
-    return file.isFile() && !file.isSymLink() ? std::optional(file.absoluteFilePath()) : std::nullopt;
+    return QFileInfo(QDir(folder), name).absoluteFilePath();
 }
 
 } // namespace gateway::platform

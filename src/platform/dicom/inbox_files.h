@@ -15,8 +15,8 @@ QStringList completeInboxFiles(const QString &folder);
 
 /// The path, as completeInboxFiles() tells it, of the file that a helper says has this name in its inbox.
 ///
-/// Nothing when the name isn't one that the listener gives, or names no file: a helper is believed no more
-/// than that. A link isn't a file. Any thread.
+/// Nothing when the name isn't one that the listener gives: a helper is believed no more than that. Whether
+/// it names a file isn't asked, for the folder may not answer. Any thread.
 std::optional<QString> inboxFile(const QString &folder, const QString &name);
 
 } // namespace gateway::platform
