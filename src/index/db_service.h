@@ -2,6 +2,7 @@
 
 #include "index/gateway_import_error.h"
 #include "index/store_turn.h"
+#include "platform/dicom/instance_identity.h"
 
 #include <QtCore/QString>
 #include <QtCore/QStringList>
@@ -15,11 +16,12 @@ class DicomDB;
 struct ImportedFileSummary
 {
     QString patientUID;
-    QString studyID;        ///< `studyInstanceUID` of the study
-    QStringList seriesKeys; ///< the keys of the series, in order
-    QUrl storedFile;        ///< where the file lies in the file store
-    QString storagePath;    ///< the same as the rows keep it
-    StoreTurn store = {};   ///< whose the path is
+    QString studyID;                ///< `studyInstanceUID` of the study
+    QStringList seriesKeys;         ///< the keys of the series, in order
+    platform::InstanceUid instance; ///< of the dataset; empty where it has none
+    QUrl storedFile;                ///< where the file lies in the file store
+    QString storagePath;            ///< the same as the rows keep it
+    StoreTurn store = {};           ///< whose the path is
 
     bool operator==(const ImportedFileSummary &) const = default;
 };

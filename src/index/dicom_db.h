@@ -105,7 +105,8 @@ public:
     ImportedFileSummary importFile(const QUrl &url, ImportSource source = ImportSource::foreign);
 
     /// Whether an image that was imported is kept without the file that it came in: its stored file is there,
-    /// or the cloud has it, or somebody let go of it since. Nothing where that can't be told at this moment.
+    /// or the one that has taken its place, or the cloud has it, or somebody let go of it since. Nothing
+    /// where that can't be told at this moment.
     std::optional<bool> isKept(const ImportedFileSummary &imported) const;
 
     /// When the last image that was ever recorded was acknowledged, in nanoseconds since 1970.

@@ -11,6 +11,8 @@
 
 #include <QtCore/QFileInfo>
 
+#include <algorithm>
+
 namespace gateway::index {
 
 using Blame = GatewayImportError::Blame;
@@ -111,9 +113,31 @@ ImportedFileSummary summaryOf(const ParsedObject &object, const Recorded &record
     return {object.patientUID,
             object.studyInstanceUID.value_or(platform::StudyUid()).value(),
             recorded.seriesKeys,
+            object.sopInstanceUID,
             QUrl::fromLocalFile(stored.path),
             stored.pathString,
             stored.store};
+}
+
+/// The stored files that an import's image rests on while it isn't in the cloud: its own, and whatever its
+/// rows stand for instead, since it was another name of that, or has been superseded.
+QStringList neededFor(platform::Database &database, const ImportedFileSummary &imported)
+{
+    constexpr const char *kNeeded =
+        "SELECT pathString FROM DicomImage WHERE pathString = ?1 AND syncState IS NOT 1 "
+        "UNION SELECT pathString FROM SupersededFile WHERE pathString = ?1 AND owed <> 0 "
+        "UNION SELECT pathString FROM Study JOIN Series ON Series.study = Study.pk "
+        "JOIN DicomImage ON DicomImage.series = Series.pk "
+        "WHERE studyInstanceUID = ?2 AND Series.seriesInstanceUID = ?3 AND sopInstanceUID = ?4 "
+        "AND originalSOPInstanceUID = ?5 AND DicomImage.syncState IS NOT 1";
+    platform::Statement row = database.prepare(kNeeded);
+    const QString &uid = imported.instance.value();
+    row.bindAll(imported.storagePath, imported.studyID, imported.seriesKeys.value(0), uid + u'0', uid);
+    QStringList needed;
+    while (row.step()) {
+        needed.append(row.text(0));
+    }
+    return needed;
 }
 
 /// An earlier import may have died, or failed, before its file's name was durable.
@@ -182,25 +206,27 @@ ImportedFileSummary DicomDB::importFile(const QUrl &url, ImportSource source)
 
 std::optional<bool> DicomDB::isKept(const ImportedFileSummary &imported) const
 {
-    constexpr const char *kToBeSent =
-        "SELECT 1 FROM DicomImage WHERE pathString = ? AND syncState <> ? LIMIT 1";
+    QStringList needed;
     try {
-        const auto [isOfThisStore, isToBeSent] = m_store.read([&](platform::Database &database) {
-            platform::Statement row = database.prepare(kToBeSent);
-            return std::pair(storeTurn(database) == imported.store,
-                             row.bindAll(imported.storagePath, static_cast<int>(SyncState::synced)).step());
+        const bool isOfThisStore = m_store.read([&](platform::Database &database) {
+            needed = neededFor(database, imported);
+            return storeTurn(database) == imported.store;
         });
-        if (!isOfThisStore || !isToBeSent) {
-            return isOfThisStore; // the cloud has it, or it was let go of since
+        if (!isOfThisStore) {
+            return false;
         }
     } catch (const SqliteError &) {
         return std::nullopt;
     }
-    const QString path = imported.storedFile.toLocalFile();
-    if (QFileInfo::exists(path)) {
+    const auto pathOf = [this](const QString &stored) { return fileURL(stored).toLocalFile(); };
+    const bool areAllThere = std::ranges::all_of(
+        needed, [&pathOf](const QString &stored) { return QFileInfo::exists(pathOf(stored)); });
+    if (areAllThere) {
         return true;
     }
-    return isStoreOutOfSight() || !platform::isKnownToBeAbsent(path) ? std::nullopt : std::optional(false);
+    const bool isOneLost = std::ranges::any_of(
+        needed, [&pathOf](const QString &stored) { return platform::isKnownToBeAbsent(pathOf(stored)); });
+    return isOneLost && !isStoreOutOfSight() ? std::optional(false) : std::nullopt;
 }
 
 /// Asked for before the file gets its name: should another store take its turn after this, the import fails,

@@ -77,35 +77,12 @@ TEST_F(Import, GivesTheSummaryAndLeavesTheSource)
               (ImportedFileSummary{QStringLiteral("PAT1"),
                                    QStringLiteral("1.2"),
                                    {QStringLiteral("1.2.30")},
+                                   platform::InstanceUid(QStringLiteral("9.1")),
                                    index.fileURL(QStringLiteral("10000/0.dcm")),
                                    QStringLiteral("10000/0.dcm")}));
     EXPECT_TRUE(QFile::exists(source.toLocalFile()));
     EXPECT_EQ(filesInStore(), QStringList{QStringLiteral("10000/0.dcm")});
     EXPECT_TRUE(home.parser.reads(home.fileStoreRoot() + QStringLiteral("/10000/0.dcm"))) << "whole";
-}
-
-TEST_F(Import, IsKeptWhileItsFileIsThereOrNobodyNeedsItAnyMore)
-{
-    const ImportedFileSummary imported =
-        index.importFile(home.file(TemporaryIndex::image(QStringLiteral("9.1"))));
-    const QString stored = imported.storedFile.toLocalFile();
-    EXPECT_EQ(index.isKept(imported), true);
-
-    ASSERT_TRUE(QFile::remove(stored));
-    EXPECT_EQ(index.isKept(imported), false);
-    const QDir root(home.fileStoreRoot());
-    ASSERT_TRUE(QDir().rename(root.path(), root.path() + QStringLiteral("-away")));
-    EXPECT_EQ(index.isKept(imported), std::nullopt) << "it can't be asked";
-    ASSERT_TRUE(QDir().rename(root.path() + QStringLiteral("-away"), root.path()));
-
-    ImportedFileSummary ofAnotherStore = imported;
-    ++ofAnotherStore.store.number;
-    EXPECT_EQ(index.isKept(ofAnotherStore), false) << "the name is another image's, or nobody's";
-
-    index.recordUploadResult({}, imported.storagePath, true);
-    EXPECT_EQ(index.isKept(imported), true) << "the cloud has it";
-    home.execute(QStringLiteral("DELETE FROM DicomImage"));
-    EXPECT_EQ(index.isKept(imported), true) << "let go of";
 }
 
 TEST_F(Import, ASharedInboxFileLivesOnInTheStoreWhenTheInboxLosesIt)

@@ -44,7 +44,8 @@ public:
             throw Error(Error::Kind::dicomParseFailed, Error::Blame::file);
         }
         m_imported.insert(content);
-        return {QStringLiteral("patient"), QStringLiteral("study"), {QStringLiteral("series0")}, kStored, {}};
+        return {
+            QStringLiteral("patient"), QStringLiteral("study"), {QStringLiteral("series0")}, {}, kStored, {}};
     }
 
     /// Whether what it imported is kept without the source; nothing where it can't tell.
