@@ -78,6 +78,19 @@ std::optional<QString> ArchiveSignInViewModel::presentSession() const
     return session ? session : m_parts.settings.endedSession();
 }
 
+/// A service of tokens may keep one grant for a person and a client, and end all of it (RFC 7009 2.1).
+bool ArchiveSignInViewModel::isPresentByTheSameGrant(const ArchiveSignIn &signIn) const
+{
+    const std::optional<QString> session = presentSession();
+    if (!session) {
+        return false;
+    }
+    const ArchiveSignIn present = cloud_client::archiveSignIn(*session);
+    return present.method == ArchiveSignIn::Method::device && present.client.id == signIn.client.id &&
+           present.client.issuer == signIn.client.issuer &&
+           present.client.tokenEndpoint == signIn.client.tokenEndpoint;
+}
+
 std::optional<QString> ArchiveSignInViewModel::issueWith(const ArchiveSignIn &signIn) const
 {
     if (auto issue = cloud_client::issueWith(signIn.certificate, m_parts.clock.now())) {
@@ -189,7 +202,7 @@ ArchiveSignInViewModel::carryOut(ArchiveSignIn wanted, ShowCode show, Attempt at
         hideCode();
     }
     ArchiveSignInEnd ended = co_await beginSession(wanted, granted, attempt);
-    if (!ended.isSignedIn && granted) {
+    if (!ended.isSignedIn && granted && !isPresentByTheSameGrant(wanted)) {
         m_parts.auth.takeBack(wanted, *granted);
     }
     co_return ended;

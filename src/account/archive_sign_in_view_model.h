@@ -75,6 +75,7 @@ public:
 
     /// The session, or the one that was ended: what stands in it needn't be said again.
     std::optional<QString> presentSession() const;
+    bool isPresentByTheSameGrant(const cloud_client::ArchiveSignIn &signIn) const;
 
     /// Why nobody can sign in so, in one sentence; nothing where it can be tried.
     std::optional<QString> issueWith(const cloud_client::ArchiveSignIn &signIn) const;

@@ -274,6 +274,26 @@ TEST_F(ArchiveSignInModel, TakesBackWhatWasGrantedWhereNoSessionCameOfIt)
     EXPECT_EQ(service.revoked.second, QStringLiteral("r1"));
 }
 
+/// The service of tokens may know both as one.
+TEST_F(ArchiveSignInModel, TakesNothingBackWhereTheSessionThatStandsIsByACodeAtTheSameService)
+{
+    grants.steps = {grant};
+    grants.lifetime = 1h;
+    begin();
+    awaitEnd();
+    ASSERT_TRUE(end->isSignedIn) << end->problem.toStdString();
+
+    end.reset();
+    grants.steps = {grant};
+    service.isOffline = true; // so the archive can't be asked
+    begin();
+    awaitEnd();
+
+    EXPECT_FALSE(end->isSignedIn);
+    pool.waitUntilIdle();
+    EXPECT_FALSE(service.calls().contains(QStringLiteral("revoke")));
+}
+
 TEST_F(ArchiveSignInModel, TakesNothingBackThatASessionLivesBy)
 {
     grants.steps = {grant};

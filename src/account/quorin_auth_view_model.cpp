@@ -273,11 +273,10 @@ QCoro::Task<bool> QuorinAuthViewModel::signInBy(cloud_client::QrnLoginRequest re
     setChecking(true);
     setError(std::nullopt);
     m_signInRemark.reset();
-    const std::stop_source attempt;
-    m_waitingSignIn = attempt;
-    request.givenUp = attempt.get_token();
+    const cloud_client::SignInChoice choice = request.choice;
+    m_waitingSignIn = choice;
     const bool isSignedIn = co_await login(std::move(request));
-    if (attempt.stop_requested()) {
+    if (choice.isGivenUp()) {
         co_return false; // another one may wait by now
     }
     m_waitingSignIn.reset();
@@ -292,8 +291,7 @@ QCoro::Task<bool> QuorinAuthViewModel::signInBy(cloud_client::QrnLoginRequest re
 void QuorinAuthViewModel::cancelSignIn()
 {
     enterMain();
-    if (m_waitingSignIn) {
-        m_waitingSignIn->request_stop();
+    if (m_waitingSignIn && m_waitingSignIn->giveUp()) {
         m_waitingSignIn.reset();
         setChecking(false);
     }
@@ -301,40 +299,25 @@ void QuorinAuthViewModel::cancelSignIn()
 
 QCoro::Task<bool> QuorinAuthViewModel::login(cloud_client::QrnLoginRequest request)
 {
-    const std::stop_token givenUp = request.givenUp;
+    const cloud_client::SignInChoice choice = request.choice;
     try {
         const cloud_client::QrnLoginResponse response =
             co_await platform::onPool(m_parts.main, m_parts.pool, [api = &m_parts.authentication, request] {
                 return api->login(request);
             });
-        if (!givenUp.stop_requested()) {
+        if (!response.isGivenUp) {
             m_signInRemark = remarkOn(response);
-            co_return true;
         }
-        if (response.isGivenUp) {
-            co_return false;
-        }
+        co_return !response.isGivenUp;
     } catch (const std::exception &error) {
-        if (givenUp.stop_requested()) {
-            co_return false;
+        if (!choice.isGivenUp()) {
+            setError(userFacingMessage(
+                error,
+                QCoreApplication::translate("Account",
+                                            "Sign in failed. Please check your credentials and try again.")));
         }
-        setError(userFacingMessage(
-            error,
-            QCoreApplication::translate("Account",
-                                        "Sign in failed. Please check your credentials and try again.")));
-        co_return false;
     }
-    co_await endSessionTakenTooLate();
     co_return false;
-}
-
-/// It was given up in the moment in which the session was taken.
-QCoro::Task<> QuorinAuthViewModel::endSessionTakenTooLate()
-{
-    if (!m_isChecking) {
-        co_await logout();
-        co_await refresh(true);
-    }
 }
 
 QCoro::Task<> QuorinAuthViewModel::signOut()

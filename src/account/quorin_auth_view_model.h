@@ -2,7 +2,7 @@
 
 #include "account/auth_state.h"
 #include "account/session_standing.h"
-#include "cloud_client/device_grant.h"
+#include "cloud_client/qrn_authentication_api.h"
 #include "platform/concurrency/task_scope.h"
 
 #include <QCoro/QCoroTask>
@@ -13,7 +13,6 @@
 #include <chrono>
 #include <memory>
 #include <optional>
-#include <stop_token>
 
 namespace gateway::cloud_client {
 class NetworkSettings;
@@ -116,7 +115,8 @@ public:
                                       std::optional<cloud_client::DeviceTokens> granted = std::nullopt);
 
     /// Gives up the sign-in that waits for its answer: an answer that comes later signs nobody in, and the
-    /// session that stood before stands. Nothing happens where none waits.
+    /// session that stood before stands. Nothing happens where none waits, or the answer is there and the
+    /// session is being kept: it counts.
     void cancelSignIn();
 
     /// Tells whoever gave out these tokens that they won't be used: no session came of them. Waits for
@@ -165,7 +165,6 @@ private:
     QCoro::Task<Verdict> loadUser(QString token);
     QCoro::Task<bool> signInBy(cloud_client::QrnLoginRequest request);
     QCoro::Task<bool> login(cloud_client::QrnLoginRequest request);
-    QCoro::Task<> endSessionTakenTooLate();
     QCoro::Task<> logout();
     QCoro::Task<> revoke(QString session, QString refreshToken);
 
@@ -190,7 +189,7 @@ private:
     std::optional<Lack> m_lack;
     quint64 m_sessionNumber = 0;
     bool m_isChecking = false;
-    std::optional<std::stop_source> m_waitingSignIn; // while its answer isn't there
+    std::optional<cloud_client::SignInChoice> m_waitingSignIn; // while its answer isn't there
     bool m_refreshInFlight = false;
     bool m_isPolling = false;
     std::optional<QString> m_signedInLabel;

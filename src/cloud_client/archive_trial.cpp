@@ -40,6 +40,15 @@ QString wordsOf(const std::exception &error)
                            : words;
 }
 
+/// True where the next try would end in the same way, so that something follows from it.
+bool isLasting(const std::exception &error)
+{
+    const auto *failure = dynamic_cast<const AFError *>(&error);
+    const bool isPage =
+        failure != nullptr && !failure->responseCode && failure->noAnswer == NoAnswer::unusableAnswer;
+    return isPage || !isOfThisMoment(error);
+}
+
 const QString kFolderPattern = QStringLiteral("archive-test-");
 
 /// Removes what a trial left that was killed.
@@ -312,11 +321,13 @@ std::optional<TrialStep> ArchiveTrial::find(const platform::InstanceIdentity &id
 {
     const auto step = QStringLiteral("find");
     std::chrono::seconds waited{0};
+    std::optional<TrialStep> trouble;
     for (const std::chrono::seconds pause : kPausesBeforeQueries) {
         waited += pause;
         if (pause > 0s && !m_clock.sleep(pause, stop)) {
             break;
         }
+        trouble.reset();
         try {
             if (QrnStowAPI(m_client).isFound(m_client.session(), identity)) {
                 return waited == 0s
@@ -332,16 +343,16 @@ std::optional<TrialStep> ArchiveTrial::find(const platform::InstanceIdentity &id
                                            .arg(waited.count())};
             }
         } catch (const std::exception &error) {
-            return TrialStep{
-                step,
-                Outcome::remark,
-                wordsOf(error) +
-                    QCoreApplication::translate("Archive",
-                                                " So a sample can't be looked for; uploads are proven by the "
-                                                "archive's answers alone.")};
+            trouble = TrialStep{step, Outcome::remark, wordsOf(error)};
+            if (isLasting(error)) {
+                trouble->words += QCoreApplication::translate(
+                    "Archive",
+                    " So a sample can't be looked for; uploads are proven by the archive's answers alone.");
+                return trouble;
+            }
         }
     }
-    return std::nullopt;
+    return trouble;
 }
 
 TrialStep ArchiveTrial::notFound(bool mayComeLater)
@@ -369,12 +380,13 @@ TrialStep ArchiveTrial::readBack(const SampleInstance &sample, const QString &pa
     try {
         QrnStowAPI(m_client).retrieve(m_client.session(), sample.identity, path, kMostReturned);
     } catch (const std::exception &error) {
-        return {step,
-                Outcome::remark,
-                wordsOf(error) + QCoreApplication::translate(
-                                     "Archive",
-                                     " So a corrected image, of which the archive may keep another version, "
-                                     "can't be compared and stays here as notComparable.")};
+        const QString consequence =
+            isLasting(error) ? QCoreApplication::translate(
+                                   "Archive",
+                                   " So a corrected image, of which the archive may keep another version, "
+                                   "can't be compared and stays here as notComparable.")
+                             : QString();
+        return {step, Outcome::remark, wordsOf(error) + consequence};
     }
     QFile file(path);
     const bool isSame = file.open(QIODevice::ReadOnly) && file.readAll().endsWith(sample.dataset);
@@ -407,13 +419,14 @@ TrialStep ArchiveTrial::remove(const platform::StudyUid &study, bool wasThere) c
         }
         return {step, Outcome::good, QCoreApplication::translate("Archive", "The sample is deleted again.")};
     } catch (const std::exception &error) {
-        return {step,
-                Outcome::remark,
-                wordsOf(error) + QCoreApplication::translate(
-                                     "Archive",
-                                     " So nothing there can be deleted from here; the sample stays, under "
-                                     "the patient GATEWAY-TEST, as study %1.")
-                                     .arg(study.value())};
+        const QString consequence =
+            isLasting(error)
+                ? QCoreApplication::translate("Archive",
+                                              " So nothing there can be deleted from here; the sample stays, "
+                                              "under the patient GATEWAY-TEST, as study %1.")
+                : QCoreApplication::translate(
+                      "Archive", " The sample stays, under the patient GATEWAY-TEST, as study %1.");
+        return {step, Outcome::remark, wordsOf(error) + consequence.arg(study.value())};
     }
 }
 

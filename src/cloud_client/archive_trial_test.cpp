@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <thread>
 
@@ -25,6 +26,7 @@ public:
     std::atomic<bool> answersQueries = true, stores = true, givesBack = true, changes = false, deletes = true;
     std::atomic<bool> wantsSignIn = false;
     std::atomic<bool> hangsUp = false; ///< stores, and says nothing of it
+    std::atomic<int> faults = 0;       ///< answers behind storing that are 503, before the others
     std::atomic<int> statusAlone = 0;  ///< unless 0, all that it says behind storing
 
     ScriptedService service{[this](const ReceivedRequest &request) { return answer(request); },
@@ -44,6 +46,10 @@ private:
         }
         if (request.method == "POST") {
             return store(request);
+        }
+        const bool isBehindStoring = request.method == "DELETE" || request.target.contains("/instances");
+        if (isBehindStoring && faults-- > 0) {
+            return Server::answer(503);
         }
         if (request.method == "DELETE") {
             isDeleted = deletes.load();
@@ -153,6 +159,30 @@ TEST_F(ArchiveTrialTest, WaitsForAnArchiveThatStoresLater)
 
     EXPECT_EQ(outcomeOf(steps, "find"), Outcome::remark);
     EXPECT_EQ(outcomeOf(steps, "delete"), Outcome::good);
+}
+
+TEST_F(ArchiveTrialTest, ConcludesNothingFromABadMoment)
+{
+    std::jthread time([this](const std::stop_token &stop) {
+        while (!stop.stop_requested()) {
+            archive.service.clock.advance(std::chrono::seconds(1));
+            std::this_thread::yield();
+        }
+    });
+    archive.faults = 1;
+    EXPECT_EQ(outcomeOf(archive.tryOut(), "delete"), Outcome::good) << "it was looked for again";
+
+    archive.faults = 1000;
+    const QList<TrialStep> steps = archive.tryOut();
+
+    for (const char *name : {"find", "read back", "delete"}) {
+        const auto step = std::ranges::find(steps, QLatin1StringView(name), &TrialStep::step);
+        ASSERT_NE(step, steps.end());
+        EXPECT_EQ(step->outcome, Outcome::remark);
+        EXPECT_TRUE(step->words.contains(QStringLiteral("503"))) << step->words.toStdString();
+        EXPECT_FALSE(step->words.contains(QStringLiteral(" So "))) << step->words.toStdString();
+    }
+    EXPECT_TRUE(steps.last().words.contains(QStringLiteral("GATEWAY-TEST"))) << "it may be there";
 }
 
 TEST_F(ArchiveTrialTest, RemarksOnWhatAnArchiveCanDoWithout)

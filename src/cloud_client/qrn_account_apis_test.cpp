@@ -69,9 +69,7 @@ TEST(Authentication, KeepsTheOldSessionWhereANewOneWasGivenUp)
     ScriptedService service(alwaysJson(R"({"token": "secret", "userId": 42})"));
     service.client.networkSettings().setToken(QStringLiteral("old"));
     QrnLoginRequest request = loginRequest(QStringLiteral("a@b.example"), QStringLiteral("pw"));
-    std::stop_source timeout;
-    timeout.request_stop();
-    request.givenUp = timeout.get_token();
+    ASSERT_TRUE(request.choice.giveUp());
 
     EXPECT_TRUE(QrnAuthenticationAPI(service.client).login(request).isGivenUp);
     EXPECT_EQ(service.client.networkSettings().token(), QStringLiteral("old"));
@@ -339,9 +337,7 @@ TEST(PlainArchive, TakesNoSessionThatWasGivenUp)
 {
     ScriptedService service(archive(true), CloudKind::dicomweb);
     QrnLoginRequest request = loginRequest(QStringLiteral("ann"), QStringLiteral("p:w"));
-    std::stop_source timeout;
-    timeout.request_stop();
-    request.givenUp = timeout.get_token();
+    ASSERT_TRUE(request.choice.giveUp());
 
     EXPECT_TRUE(QrnAuthenticationAPI(service.client).login(request).isGivenUp);
     EXPECT_FALSE(service.client.networkSettings().token());

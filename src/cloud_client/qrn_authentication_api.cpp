@@ -134,7 +134,7 @@ QrnLoginResponse QrnAuthenticationAPI::loginToService(const QrnLoginRequest &req
     if (userId.typeId() == QMetaType::LongLong) {
         response.userId = userId.toLongLong();
     }
-    response.isGivenUp = request.givenUp.stop_requested();
+    response.isGivenUp = !request.choice.take();
     if (!response.isGivenUp) {
         response.isKept = keepSession(token.toString(), response.userId);
     }
@@ -181,7 +181,7 @@ QrnLoginResponse QrnAuthenticationAPI::loginToArchive(const QrnLoginRequest &req
         response.uncheckedStatus = answer.status;
         break;
     }
-    response.isGivenUp = request.givenUp.stop_requested();
+    response.isGivenUp = !request.choice.take();
     if (!response.isGivenUp) {
         response.isKept =
             keepSession(sessionText(signIn),

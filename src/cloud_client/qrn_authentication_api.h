@@ -5,8 +5,9 @@
 
 #include <QtCore/QString>
 
+#include <atomic>
+#include <memory>
 #include <optional>
-#include <stop_token>
 
 namespace gateway::cloud_client {
 
@@ -31,6 +32,36 @@ struct QrnUserDeviceRequest
     QString model;
 };
 
+/// Whether the session that a sign-in gives is taken, or the sign-in was given up: who comes first decides,
+/// and then it stands. Copies share it. Thread: any.
+class SignInChoice
+{
+public:
+    /// \return whether it is taken.
+    bool take() const { return decide(State::taken); }
+
+    /// \return whether it is given up; false where the session was taken before.
+    bool giveUp() const { return decide(State::givenUp); }
+
+    bool isGivenUp() const { return *m_state == State::givenUp; }
+
+private:
+    enum class State
+    {
+        open,
+        taken,
+        givenUp
+    };
+
+    bool decide(State wanted) const
+    {
+        State found = State::open;
+        return m_state->compare_exchange_strong(found, wanted) || found == wanted;
+    }
+
+    std::shared_ptr<std::atomic<State>> m_state = std::make_shared<std::atomic<State>>(State::open);
+};
+
 /// A sign-in.
 struct QrnLoginRequest
 {
@@ -41,7 +72,7 @@ struct QrnLoginRequest
     QString deviceId;
     std::optional<QString> referrer;
     QrnUserDeviceRequest device;
-    std::stop_token givenUp = {};              ///< once it is asked for, an answer takes no session any more
+    SignInChoice choice = {};                  ///< shared with whoever may give it up
     std::optional<ArchiveSignIn> archive = {}; ///< for an archive, in place of email and password
     std::optional<DeviceTokens> granted = {};  ///< for a sign-in by a code, what it has given
 };
@@ -53,7 +84,7 @@ struct QrnLoginResponse
     bool isKept = true; ///< false when the session is known to this run alone: what keeps it didn't answer
     std::optional<int> uncheckedStatus; ///< of an archive that takes no queries: it could not be asked
                                         ///< whether the sign-in is right
-    bool isGivenUp = false;             ///< it came too late: the session that stood before still stands
+    bool isGivenUp = false;             ///< meanwhile: the session that stood before still stands
 };
 
 /// Signing in and out.

@@ -12,13 +12,14 @@ namespace gateway::cloud_client {
 /// Whether a service leaves queries unanswered, or asks to be left alone with them, while it may well take
 /// images: each unanswered question costs a whole time limit, so that one behind each upload would hold up
 /// all others. Behind one that got no answer none is asked for a while, and behind one that was answered with
-/// Retry-After (RFC 9110 10.2.3) none for as long as that.
+/// Retry-After (RFC 9110 10.2.3) none for as long as that, but no longer than that while: no person's request
+/// and no sign-in ends it.
 ///
 /// Owner: QuorinApiClient. Thread: any.
 class QuerySilence
 {
 public:
-    /// For how long no other query is asked behind one that got no answer.
+    /// For how long no other query is asked at most.
     static constexpr std::chrono::minutes kPause{5};
 
     /// \param clock  outlives this.
@@ -34,7 +35,8 @@ public:
     void begin(std::chrono::seconds pause = kPause)
     {
         const platform::MutexLock lock(m_mutex);
-        const std::chrono::nanoseconds until = m_clock.monotonic() + pause;
+        const std::chrono::nanoseconds until =
+            m_clock.monotonic() + std::min<std::chrono::seconds>(pause, kPause);
         m_until = std::max(until, m_until.value_or(until));
     }
 

@@ -82,16 +82,28 @@ TEST_F(SilentToQueries, AreAskedOncePerPauseAndHoldNoUploadUpMeanwhile)
 
 TEST_F(SilentToQueries, AreAskedAgainBehindThePauseThatTheyAskFor)
 {
-    wantedPause = "900";
+    wantedPause = "90";
     QuorinApiClient client(configuration, store, clock);
 
     EXPECT_EQ(takenOf(client).size(), 2) << "looked for later";
-    clock.advance(std::chrono::seconds(899));
+    clock.advance(std::chrono::seconds(89));
     EXPECT_EQ(takenOf(client).size(), 2);
     EXPECT_EQ(queries(), 1);
 
     clock.advance(std::chrono::seconds(1));
     EXPECT_EQ(takenOf(client).size(), 2);
+    EXPECT_EQ(queries(), 2);
+}
+
+TEST_F(SilentToQueries, AreNotBelievedThatTheyWantToRestForAnHour)
+{
+    wantedPause = "3600";
+    QuorinApiClient client(configuration, store, clock);
+    EXPECT_EQ(takenOf(client).size(), 2);
+
+    clock.advance(QuerySilence::kPause);
+    EXPECT_EQ(takenOf(client).size(), 2);
+
     EXPECT_EQ(queries(), 2);
 }
 

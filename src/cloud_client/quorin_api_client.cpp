@@ -63,6 +63,30 @@ QString rootOf(ApiCall::Service service, const ArchiveExtras &extras)
     return {};
 }
 
+/// True where it lies at the address, or on the way to it, that no answer came.
+bool isOfTheWayThere(NoAnswer reason)
+{
+    switch (reason) {
+    case NoAnswer::otherReason:
+    case NoAnswer::badAddress:
+    case NoAnswer::addressNotFound:
+    case NoAnswer::notReachable:
+    case NoAnswer::proxyRefused:
+    case NoAnswer::notSecure:
+    case NoAnswer::timedOut:
+    case NoAnswer::connectionLost:
+    case NoAnswer::unusableAnswer:
+        return true;
+    case NoAnswer::sessionOver:
+    case NoAnswer::signInUnavailable:
+    case NoAnswer::notAsked:
+    case NoAnswer::unusableFile:
+    case NoAnswer::answerNotKept:
+        break;
+    }
+    return false;
+}
+
 bool isSameServer(const QUrl &one, const QUrl &other)
 {
     const auto port = [](const QUrl &url) { return url.port(url.scheme() == u"http" ? 80 : 443); };
@@ -240,7 +264,7 @@ HttpResponse QuorinApiClient::sendToArchive(const ApiCall &call, HttpRequest req
         noteCredentials(session, error.kind == QrnErrorKind::credentialsRefused);
         throw;
     } catch (AFError &error) {
-        error.isOfAnotherServer = !root.isEmpty() && error.noAnswer != NoAnswer::signInUnavailable &&
+        error.isOfAnotherServer = !root.isEmpty() && isOfTheWayThere(error.noAnswer) &&
                                   !isSameServer(QUrl(root), m_configuration.baseUrl);
         throw;
     }

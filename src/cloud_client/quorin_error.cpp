@@ -109,4 +109,20 @@ QString userFacingMessage(const std::exception &error, const QString &fallback)
     return words.isEmpty() || words == QStringLiteral("(null)") ? fallback : words;
 }
 
+bool isOfThisMoment(const std::exception &error)
+{
+    constexpr int kRequestTimeout = 408;
+    constexpr int kTooManyRequests = 429;
+    constexpr int kServerFault = 500;
+    constexpr int kNotImplemented = 501;
+    std::optional<int> status;
+    if (const auto *response = dynamic_cast<const QrnErrorResponse *>(&error)) {
+        status = response->responseCode;
+    } else if (const auto *failure = dynamic_cast<const AFError *>(&error)) {
+        status = failure->responseCode;
+    }
+    return !status || *status == kRequestTimeout || *status == kTooManyRequests ||
+           (*status >= kServerFault && *status != kNotImplemented);
+}
+
 } // namespace gateway::cloud_client

@@ -43,21 +43,6 @@ bool isOfTheSession(const QuorinError &error)
     return failure != nullptr && !failure->responseCode && failure->noAnswer == NoAnswer::sessionOver;
 }
 
-/// True where the same question may be answered a while later.
-bool isOfThisMoment(const QuorinError &error)
-{
-    constexpr int kTooManyRequests = 429;
-    constexpr int kServerFault = 500;
-    constexpr int kNotImplemented = 501;
-    std::optional<int> status;
-    if (const auto *response = dynamic_cast<const QrnErrorResponse *>(&error)) {
-        status = response->responseCode;
-    } else if (const auto *failure = dynamic_cast<const AFError *>(&error)) {
-        status = failure->responseCode;
-    }
-    return !status || *status == kTooManyRequests || (*status >= kServerFault && *status != kNotImplemented);
-}
-
 /// Success without a dataset: the server has taken all of it, and may still be storing. A page says nothing
 /// of that.
 bool mayStoreLater(const HttpResponse &response)

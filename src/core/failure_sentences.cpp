@@ -148,11 +148,12 @@ const char *sourceText(FailureClass failureClass)
                                  "comparison. It is kept here and never removed by itself, and other images "
                                  "are sent. Ask whoever runs the cloud to permit fetching images.");
     case FailureClass::notLookedUp:
-        return QT_TRANSLATE_NOOP("FailureSentence",
-                                 "The gateway has no record of what it sent of this image before, and the "
-                                 "cloud gave no usable answer when it was asked what it holds of it. The "
-                                 "image is kept here and tried again by itself. If this goes on, ask "
-                                 "whoever runs the cloud to permit queries and fetching images.");
+        return QT_TRANSLATE_NOOP(
+            "FailureSentence",
+            "The cloud has to be asked what it holds of this image before it is sent, and "
+            "gave no usable answer. The image is kept here and tried again by itself. "
+            "If this goes on, ask whoever runs the cloud to permit queries and "
+            "fetching images.");
     case FailureClass::laterVersionSent:
         return QT_TRANSLATE_NOOP("FailureSentence",
                                  "A later version of this image has gone to the cloud already, and this one "

@@ -40,7 +40,6 @@ public:
     bool lacksSignIn = false;          ///< what it takes to sign in can't be had
     std::optional<int> uncheckedStatus;
     bool isKept = true;
-    bool isDeafToGivingUp = false; ///< takes the session in the moment in which it is given up
     bool knowsUser = true;
     std::pair<QString, QString> revoked; ///< the session and the token that it was told of last
     std::optional<cloud_client::QrnErrorKind> passwordRefusal; ///< every change of the password is refused so
@@ -53,11 +52,12 @@ public:
         if (request.password != password) {
             throw cloud_client::QrnErrorResponse(cloud_client::QrnErrorKind::credentialsRefused, refusal);
         }
-        if (request.givenUp.stop_requested() && !isDeafToGivingUp) {
+        if (!request.choice.take()) {
             cloud_client::QrnLoginResponse late;
             late.isGivenUp = true;
             return late;
         }
+        arrive(QStringLiteral("keep"));
         lastLogin = request;
         m_settings.setToken(request.archive ? cloud_client::sessionText(*request.archive)
                                             : QStringLiteral("token of ") + request.email,
