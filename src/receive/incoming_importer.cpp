@@ -29,8 +29,7 @@ QString folderOf(const QString &path)
 } // namespace
 
 IncomingImporter::IncomingImporter(Collaborators collaborators)
-    : m_with(std::move(collaborators)), m_lanes(m_with.pool),
-      m_retry("inbox-retry", [this](std::stop_token stop) { retryLoop(std::move(stop)); })
+    : m_with(std::move(collaborators)), m_lanes(m_with.pool)
 {
 }
 
@@ -266,7 +265,12 @@ void IncomingImporter::keepForRetry(const Item &item)
                {{QStringLiteral("reason"), QStringLiteral("kept_for_retry")}});
     {
         const platform::MutexLock lock(m_mutex);
-        m_waiting.push_back(item);
+        Retries &files = m_retries[folderOf(item.path)];
+        files.waiting.push_back(item);
+        if (!files.task.isSet()) {
+            files.task = platform::Task(
+                "inbox-retry", [this, &files](const std::stop_token &stop) { retryLoop(files, stop); });
+        }
     }
     m_wake.notifyAll();
 }
@@ -289,26 +293,26 @@ void IncomingImporter::letGo(const Item &item)
     m_inHand.remove(item.path);
 }
 
-void IncomingImporter::retryLoop(std::stop_token stop)
+void IncomingImporter::retryLoop(Retries &files, const std::stop_token &stop)
 {
-    while (waitForWork(stop)) {
+    while (waitForWork(files, stop)) {
         std::chrono::seconds pause = kFirstPause;
         bool more = true;
         while (more) {
             if (!m_with.clock.sleep(pause, stop)) {
                 return;
             }
-            more = !retryRound(stop);
+            more = !retryRound(files, stop);
             pause = std::min(pause * 2, kLongestPause);
         }
     }
 }
 
 /// Blocks until a file waits; false when there is nothing more to do at all.
-bool IncomingImporter::waitForWork(const std::stop_token &stop)
+bool IncomingImporter::waitForWork(const Retries &files, const std::stop_token &stop)
 {
     const platform::MutexLock lock(m_mutex);
-    while (m_waiting.empty() && !m_closing) {
+    while (files.waiting.empty() && !m_closing) {
         m_wake.wait(m_mutex);
     }
     return !m_closing && !stop.stop_requested();
@@ -317,10 +321,10 @@ bool IncomingImporter::waitForWork(const std::stop_token &stop)
 /// Tries each waiting file once, in their order, up to the first that finds no storage again.
 ///
 /// \return true when none waits any more.
-bool IncomingImporter::retryRound(const std::stop_token &stop)
+bool IncomingImporter::retryRound(Retries &files, const std::stop_token &stop)
 {
-    for (std::size_t left = waiting(); left > 0 && !stop.stop_requested(); --left) {
-        const std::optional<Item> item = nextWaiting();
+    for (std::size_t left = waiting(files); left > 0 && !stop.stop_requested(); --left) {
+        const std::optional<Item> item = nextWaiting(files);
         if (!item) {
             break;
         }
@@ -330,24 +334,24 @@ bool IncomingImporter::retryRound(const std::stop_token &stop)
             return false;
         }
     }
-    return waiting() == 0;
+    return waiting(files) == 0;
 }
 
-std::optional<IncomingImporter::Item> IncomingImporter::nextWaiting()
+std::optional<IncomingImporter::Item> IncomingImporter::nextWaiting(Retries &files)
 {
     const platform::MutexLock lock(m_mutex);
-    if (m_waiting.empty()) {
+    if (files.waiting.empty()) {
         return std::nullopt;
     }
-    Item item = std::move(m_waiting.front());
-    m_waiting.pop_front();
+    Item item = std::move(files.waiting.front());
+    files.waiting.pop_front();
     return item;
 }
 
-std::size_t IncomingImporter::waiting() const
+std::size_t IncomingImporter::waiting(const Retries &files) const
 {
     const platform::MutexLock lock(m_mutex);
-    return m_waiting.size();
+    return files.waiting.size();
 }
 
 void IncomingImporter::emitRecord(const Item &item,

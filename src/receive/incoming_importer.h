@@ -19,6 +19,7 @@
 #include <chrono>
 #include <deque>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 
@@ -122,11 +123,19 @@ private:
     void letGo(const Item &item);
     std::optional<Outcome> decidedOn(const QString &path) const;
 
-    void retryLoop(std::stop_token stop);
-    bool waitForWork(const std::stop_token &stop);
-    bool retryRound(const std::stop_token &stop);
-    std::optional<Item> nextWaiting();
-    std::size_t waiting() const;
+    /// The files of one folder that are to be tried again, in their order, and the thread that does so: one
+    /// that hangs with its share keeps no other folder's.
+    struct Retries
+    {
+        std::deque<Item> waiting = {}; // under m_mutex
+        platform::Task task = {};      // last: it uses the field above
+    };
+
+    void retryLoop(Retries &files, const std::stop_token &stop);
+    bool waitForWork(const Retries &files, const std::stop_token &stop);
+    bool retryRound(Retries &files, const std::stop_token &stop);
+    std::optional<Item> nextWaiting(Retries &files);
+    std::size_t waiting(const Retries &files) const;
 
     void emitRecord(const Item &item,
                     log::GatewayLogAction action,
@@ -144,10 +153,10 @@ private:
     // Imported or refused, and still there or found before the network delivered them: never imported twice
     // while what was written is kept.
     QHash<QString, Outcome> m_decided QUORIN_GUARDED_BY(m_mutex);
-    std::deque<Item> m_waiting QUORIN_GUARDED_BY(m_mutex); // to be tried again
     bool m_closing QUORIN_GUARDED_BY(m_mutex) = false;
 
-    platform::Task m_retry; // last: it uses the fields above
+    // By folder, from its first file on. Last: its threads use the fields above.
+    std::map<QString, Retries> m_retries QUORIN_GUARDED_BY(m_mutex);
 };
 
 } // namespace gateway::receive

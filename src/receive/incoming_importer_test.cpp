@@ -192,6 +192,30 @@ TEST_F(Importer, RemovesWhatWasImportedLongAgoOnlyWhileItIsKept)
     EXPECT_EQ(m_world.imports.attempts(), 2);
 }
 
+TEST_F(Importer, TriesTheFilesOfOneFolderAgainWhileThoseOfAnotherHang)
+{
+    const QString dead = m_world.receivedFile("DICM of a share that dies");
+    QTemporaryDir other;
+    const QString sound = other.filePath(u"quorin-1.dcm"_qs);
+    QFile file(sound);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write("DICM of another folder") > 0);
+    file.close();
+    m_world.imports.setNoStorage(true);
+    m_importer->fileArrived(dead, u"A"_qs);
+    m_importer->fileArrived(sound, u"B"_qs);
+    m_world.settle();
+    m_world.imports.setNoStorage(false);
+    m_world.imports.hold(dead);
+
+    m_world.clock.waitForSleepers(2);
+    m_world.clock.advance(IncomingImporter::kFirstPause);
+
+    m_world.waitUntil([&sound] { return !QFile::exists(sound); });
+    EXPECT_TRUE(QFile::exists(dead));
+    m_world.imports.hold({});
+    m_world.waitUntil([&dead] { return !QFile::exists(dead); });
+}
+
 TEST_F(Importer, KeepsAFileThatFoundNoStorageAndTriesItAgain)
 {
     m_world.imports.setNoStorage(true);

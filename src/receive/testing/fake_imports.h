@@ -28,6 +28,9 @@ public:
         const platform::MutexLock lock(m_mutex);
         ++m_attempts;
         m_changed.notifyAll();
+        while (url.toLocalFile() == m_held) {
+            m_changed.wait(m_mutex);
+        }
         QFile file(url.toLocalFile());
         if (m_hasNoStorage || !file.open(QIODevice::ReadOnly)) {
             throw Error(Error::Kind::copyToTemporaryFailed,
@@ -59,6 +62,14 @@ public:
     {
         const platform::MutexLock lock(m_mutex);
         m_isKept = isKept;
+    }
+
+    /// The import of this file doesn't end, until another one is named, or none.
+    void hold(const QString &path)
+    {
+        const platform::MutexLock lock(m_mutex);
+        m_held = path;
+        m_changed.notifyAll();
     }
 
     /// Every import fails for want of storage, until told otherwise.
@@ -100,6 +111,7 @@ private:
     mutable platform::Mutex m_mutex;
     platform::Condition m_changed;
     std::optional<bool> m_isKept QUORIN_GUARDED_BY(m_mutex) = true;
+    QString m_held QUORIN_GUARDED_BY(m_mutex);
     bool m_hasNoStorage QUORIN_GUARDED_BY(m_mutex) = false;
     int m_unreadable QUORIN_GUARDED_BY(m_mutex) = 0;
     int m_attempts QUORIN_GUARDED_BY(m_mutex) = 0;
