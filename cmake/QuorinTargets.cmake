@@ -88,4 +88,12 @@ function(quorin_test name)
     gtest_discover_tests(
         ${name} DISCOVERY_MODE PRE_TEST
         PROPERTIES LABELS "unit" TIMEOUT 120 ENVIRONMENT "${environment}")
+    if(ARG_WIDGETS) # the looks of a window once more, where two pixels are one
+        gtest_discover_tests(
+            ${name} DISCOVERY_MODE PRE_TEST
+            TEST_FILTER "*InEveryLook*"
+            TEST_PREFIX "scale-2."
+            TEST_LIST ${name}_scale_2
+            PROPERTIES LABELS "unit" TIMEOUT 120 ENVIRONMENT "${environment};QT_SCALE_FACTOR=2")
+    endif()
 endfunction()

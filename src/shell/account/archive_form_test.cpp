@@ -7,6 +7,7 @@
 #include "shell/controls/switch.h"
 #include "shell/controls/text_label.h"
 #include "shell/language/translations.h"
+#include "shell/testing/every_look.h"
 #include "shell/testing/screen_checks.h"
 #include "shell/testing/shown_widgets.h"
 #include "shell/testing/themed_window.h"
@@ -363,6 +364,21 @@ TEST_F(ArchiveFormTest, ShowsALineForEachStepOfATrial)
     }
     EXPECT_EQ(testing::clippedIn(fixture.window()), QStringList());
     picture(QStringLiteral("trial-dark"));
+}
+
+TEST_F(ArchiveFormTest, IsInASheetWithRoomInEveryLook)
+{
+    ASSERT_TRUE(fixture.show());
+    std::optional<ArchiveSignInSheet> sheet;
+    EXPECT_EQ(testing::clippedInEveryLook(QStringLiteral("archive-sign-in"),
+                                          {{1180, 860}, {1000, 700}},
+                                          [&] {
+                                              sheet.reset();
+                                              sheet.emplace(parts(), &fixture.window());
+                                              sheet->open();
+                                              return testing::Opened{fixture.window(), fixture.theme()};
+                                          }),
+              "");
 }
 
 TEST_F(ArchiveFormTest, ClipsNothingInGermanNorWhereWordsAreLong)

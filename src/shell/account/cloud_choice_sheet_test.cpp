@@ -6,11 +6,14 @@
 #include "shell/controls/combo_box.h"
 #include "shell/controls/inline_error.h"
 #include "shell/controls/text_field.h"
+#include "shell/testing/every_look.h"
 #include "shell/testing/screen_checks.h"
 #include "shell/testing/shown_widgets.h"
 #include "shell/testing/themed_window.h"
 
 #include <QtCore/QTemporaryDir>
+
+#include <optional>
 
 namespace gateway::shell {
 namespace {
@@ -77,6 +80,27 @@ TEST_F(CloudChoiceScreen, ForgetsWhatWasEnteredAndLeft)
 
     EXPECT_EQ(chosen.findChild<ComboBox *>()->currentData().toInt(), static_cast<int>(CloudKind::quorin));
     EXPECT_EQ(world.restarts, 0);
+}
+
+TEST_F(CloudChoiceScreen, ShowsAllOfItInEveryLook)
+{
+    ASSERT_TRUE(fixture.show());
+    std::optional<CloudChoiceSheet> other;
+    for (const CloudKind kind : {CloudKind::quorin, CloudKind::dicomweb}) {
+        EXPECT_EQ(testing::clippedInEveryLook(QStringLiteral("cloud-choice-%1").arg(static_cast<int>(kind)),
+                                              {{1040, 700}, {720, 520}},
+                                              [&] {
+                                                  other.reset();
+                                                  other.emplace(fixture.theme(),
+                                                                world.choice,
+                                                                QStringLiteral("It costs a coin."),
+                                                                &fixture.window());
+                                                  other->open();
+                                                  choose(*other, kind);
+                                                  return testing::Opened{fixture.window(), fixture.theme()};
+                                              }),
+                  "");
+    }
 }
 
 TEST_F(CloudChoiceScreen, ShowsAllOfItInAWordierLanguage)

@@ -1,4 +1,5 @@
 #include "shell/browser/cloud_studies_screen.h"
+#include "shell/testing/every_look.h"
 
 #include "browser/quorin_cloud_qido_study_row.h"
 #include "shell/browser/date_button.h"
@@ -10,6 +11,8 @@
 #include <QtCore/QFile>
 #include <QtGui/QTextDocument>
 #include <QtWidgets/QStackedWidget>
+
+#include <optional>
 
 namespace gateway::shell::testing {
 
@@ -424,6 +427,25 @@ TEST_F(CloudScreen, KeepsItsColumnsBeforeItsWindowIsClosed)
     runUntil([&] { return kept() != before; });
 
     EXPECT_EQ(kept(), QVariant(header.saveState()));
+}
+
+TEST_F(CloudScreen, ClipsNothingInEveryLook)
+{
+    fill(3);
+    signIn();
+    std::optional<QuorinCloudStudiesWindowController> other;
+    EXPECT_EQ(
+        clippedInEveryLook(QStringLiteral("cloud-studies"),
+                           {{1200, 700}, {960, 600}},
+                           [&] {
+                               other.reset();
+                               forgetColumns(); // whose widths are a person's own, in whichever language
+                               other.emplace(parts(), cloudDoor());
+                               open(*other);
+                               finish(other->screen()->table().loadStudies(QStringLiteral("filter_submit")));
+                               return Opened{*other->window(), theme};
+                           }),
+        "");
 }
 
 TEST_F(CloudScreen, ClipsNothingInALongLanguageInTheSmallestWindow)

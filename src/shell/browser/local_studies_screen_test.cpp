@@ -1,4 +1,5 @@
 #include "shell/browser/local_studies_screen.h"
+#include "shell/testing/every_look.h"
 
 #include "core/notification_names.h"
 #include "index/upload_failure.h"
@@ -10,6 +11,8 @@
 
 #include <QtCore/QFileInfo>
 #include <QtGui/QHoverEvent>
+
+#include <optional>
 
 namespace gateway::shell::testing {
 
@@ -434,6 +437,42 @@ TEST_F(LocalScreen, TellsThatAStudyHasNoFilesToShow)
     }
     EXPECT_TRUE(openedFolders.isEmpty());
     EXPECT_TRUE(followed.isEmpty());
+}
+
+TEST_F(LocalScreen, ClipsNothingInEveryLook)
+{
+    fail(3);
+    std::optional<LocalStudiesWindowController> other;
+    enum What
+    {
+        table,
+        series,
+        deletion
+    };
+    const QStringList names{
+        QStringLiteral("local-studies"), QStringLiteral("series"), QStringLiteral("delete")};
+    for (const What what : {table, series, deletion}) {
+        EXPECT_EQ(
+            clippedInEveryLook(names.at(what),
+                               {{1200, 700}, {960, 600}},
+                               [&] {
+                                   other.reset();
+                                   forgetColumns(); // whose widths are a person's own, in whichever language
+                                   other.emplace(parts(), localDoor());
+                                   open(*other);
+                                   BrowserTableView &rows = other->screen()->panel().view();
+                                   runUntil([&] { return rows.model()->rowCount() > 0; });
+                                   rows.selectRow(0);
+                                   if (what == series) {
+                                       QTest::keyClick(&rows, Qt::Key_Return);
+                                   } else if (what == deletion) {
+                                       QTest::keyClick(&rows, Qt::Key_Delete);
+                                       runUntil([&] { return question(*other->window()) != nullptr; });
+                                   }
+                                   return Opened{*other->window(), theme};
+                               }),
+            "");
+    }
 }
 
 TEST_F(LocalScreen, ClipsNothingInALongLanguageInTheSmallestWindow)

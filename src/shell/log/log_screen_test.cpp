@@ -9,6 +9,7 @@
 #include "shell/controls/toast.h"
 #include "shell/log/log_details.h"
 #include "shell/log/testing/log_screen_world.h"
+#include "shell/testing/every_look.h"
 
 #include <QtGui/QClipboard>
 #include <QtWidgets/QHeaderView>
@@ -436,22 +437,23 @@ TEST_F(LogScreenTest, ShowsDetailsLegiblyInTheSmallestWindow)
     picture(QStringLiteral("smallest"));
 }
 
-TEST_F(LogScreenTest, ClipsNoWordsThatAreFortyPercentLonger)
+TEST_F(LogScreenTest, ClipsNothingInEveryLook)
 {
-    testing::PseudoLocale longer;
-    QCoreApplication::installTranslator(&longer);
-    fill(0, 20);
-    open();
-    fixture->window().resize(kSmallest);
-    QApplication::processEvents();
-
-    EXPECT_EQ(testing::clippedIn(*screen), QStringList());
-    clickRow(2);
-    QApplication::processEvents();
-    EXPECT_EQ(testing::clippedIn(*screen), QStringList());
-    picture(QStringLiteral("longer"));
-    fixture.reset();
-    QCoreApplication::removeTranslator(&longer);
+    fill(0, 32);
+    for (const bool hasDetails : {false, true}) {
+        EXPECT_EQ(
+            testing::clippedInEveryLook(hasDetails ? QStringLiteral("log-details") : QStringLiteral("log"),
+                                        {{1180, 780}, kSmallest},
+                                        [&] {
+                                            fixture.reset();
+                                            open();
+                                            if (hasDetails) {
+                                                clickRow(0);
+                                            }
+                                            return testing::Opened{fixture->window(), fixture->theme()};
+                                        }),
+            "");
+    }
 }
 
 } // namespace

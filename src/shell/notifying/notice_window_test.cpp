@@ -1,5 +1,6 @@
 #include "shell/notifying/notice_window.h"
 
+#include "shell/testing/every_look.h"
 #include "shell/testing/screen_checks.h"
 #include "shell/testing/themed_window.h"
 
@@ -201,6 +202,21 @@ TEST_F(Alerts, CountAsAcceptedHoweverTheyAreClosedWhereThereIsNothingToChoose)
     QTest::keyClick(seen(), Qt::Key_Escape);
 
     EXPECT_EQ(answers, std::vector<bool>{true});
+}
+
+TEST_F(Alerts, CutNoWordInEveryLook)
+{
+    EXPECT_EQ(testing::clippedInEveryLook(QStringLiteral("notice"),
+                                          {QSize()},
+                                          [this] {
+                                              while (NoticeWindow *shown = seen()) {
+                                                  QTest::keyClick(shown, Qt::Key_Escape);
+                                              }
+                                              notices.show(notice(QStringLiteral("First")));
+                                              notices.show(notice(QStringLiteral("Second")));
+                                              return testing::Opened{*seen(), window.theme()};
+                                          }),
+              "");
 }
 
 TEST_F(Alerts, CutNoWord)

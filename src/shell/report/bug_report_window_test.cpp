@@ -8,6 +8,7 @@
 #include "shell/language/translations.h"
 #include "shell/report/bundle_sheet.h"
 #include "shell/report/report_alert.h"
+#include "shell/testing/every_look.h"
 #include "shell/testing/screen_checks.h"
 #include "shell/testing/shown_widgets.h"
 #include "shell/theme/theme.h"
@@ -337,6 +338,41 @@ TEST_F(BugReport, OnlySavesWhereNobodyIsThereToSendTo)
     EXPECT_EQ(button("Email Support"), nullptr);
     EXPECT_TRUE(button("Save…")->isEnabled());
     expectWhole(QStringLiteral("report-save-only"));
+}
+
+TEST_F(BugReport, CutsNoWordInEveryLook)
+{
+    EXPECT_EQ(testing::clippedInEveryLook(QStringLiteral("report"),
+                                          {{660, 800}, {520, 480}},
+                                          [this] {
+                                              open();
+                                              return testing::Opened{*window, theme};
+                                          }),
+              "");
+}
+
+TEST_F(BugReport, ShowsWhatComesOverItWholeInEveryLook)
+{
+    const QString bundle =
+        QStringLiteral("2026-01-01T11:59:00Z info receive import_succeeded\n").repeated(60);
+    EXPECT_EQ(testing::clippedInEveryLook(QStringLiteral("bundle"),
+                                          {{660, 800}, {520, 480}},
+                                          [&] {
+                                              open();
+                                              window->findChild<BundleSheet *>()->present(bundle);
+                                              return testing::Opened{*window, theme};
+                                          }),
+              "");
+    EXPECT_EQ(testing::clippedInEveryLook(QStringLiteral("report-alert"),
+                                          {{660, 800}, {520, 480}},
+                                          [&] {
+                                              open();
+                                              window->findChild<ReportAlert *>()->tell(
+                                                  QStringLiteral("Failed to Send"),
+                                                  QStringLiteral("Nobody answers."));
+                                              return testing::Opened{*window, theme};
+                                          }),
+              "");
 }
 
 TEST_F(BugReport, CutsNoWordInOtherLanguages)

@@ -3,6 +3,7 @@
 #include "account/testing/fake_archive.h"
 #include "shell/controls/button.h"
 #include "shell/language/translations.h"
+#include "shell/testing/every_look.h"
 #include "shell/testing/screen_checks.h"
 #include "shell/testing/shown_widgets.h"
 #include "shell/theme/theme.h"
@@ -13,6 +14,8 @@
 #include <QtWidgets/QLabel>
 
 #include <gtest/gtest.h>
+
+#include <optional>
 
 namespace gateway::shell {
 namespace {
@@ -208,6 +211,20 @@ TEST_F(Trial, ShowsTheLongestSentencesWhole)
 
     EXPECT_EQ(testing::clippedIn(translated), QStringList());
     testing::keepPicture(translated, QStringLiteral("trial-german"));
+}
+
+TEST_F(Trial, HasRoomInEveryLook)
+{
+    runToEnd();
+    std::optional<TrialWindow> other;
+    EXPECT_EQ(testing::clippedInEveryLook(QStringLiteral("trial"),
+                                          {QSize()},
+                                          [&] {
+                                              other.emplace(theme, trial);
+                                              other->present();
+                                              return testing::Opened{*other, theme};
+                                          }),
+              "");
 }
 
 TEST_F(Trial, HasRoomForAWordierLanguage)

@@ -1,6 +1,7 @@
 #include "shell/controls/segmented_control.h"
 #include "shell/controls/switch.h"
 #include "shell/language/translations.h"
+#include "shell/testing/every_look.h"
 #include "shell/wizard/testing/wizard_screen_world.h"
 
 #include <QtGui/QClipboard>
@@ -428,6 +429,22 @@ TEST_F(WizardPages, ExportTheSummary)
     EXPECT_TRUE(button(u"Finish Setup"_qs)->isEnabled());
 }
 
+class WizardOnItsWay : public WizardPages
+{
+protected:
+    /// Presses the way on, whatever it is called.
+    void goOn()
+    {
+        for (Button *one : window().findChildren<PrimaryButton *>()) {
+            if (one->isVisible()) {
+                one->click();
+                break;
+            }
+        }
+        settle();
+    }
+};
+
 /// A size of the window and a language.
 struct Shown
 {
@@ -440,7 +457,7 @@ struct Shown
     } language;
 };
 
-class WizardAtSize : public WizardPages, public ::testing::WithParamInterface<Shown>
+class WizardAtSize : public WizardOnItsWay, public ::testing::WithParamInterface<Shown>
 {
 protected:
     void TearDown() override { QCoreApplication::removeTranslator(&pseudoLocale); }
@@ -452,18 +469,6 @@ protected:
             .arg(GetParam().size.width())
             .arg(GetParam().size.height())
             .arg(languages.at(GetParam().language));
-    }
-
-    /// Presses the way on, whatever it is called.
-    void goOn()
-    {
-        for (Button *one : window().findChildren<PrimaryButton *>()) {
-            if (one->isVisible()) {
-                one->click();
-                break;
-            }
-        }
-        settle();
     }
 
     void expectNothingBesideThePage()
@@ -507,6 +512,23 @@ TEST_P(WizardAtSize, ShowsEveryWordWhole)
         if (page + 1 < kTitles.size()) {
             goOn();
         }
+    }
+}
+
+TEST_F(WizardOnItsWay, ShowsEveryPageWholeInEveryLook)
+{
+    for (int page = 0; page < kTitles.size(); ++page) {
+        EXPECT_EQ(testing::clippedInEveryLook(u"wizard-%1"_qs.arg(page),
+                                              {{1040, 700}, {720, 520}},
+                                              [&] {
+                                                  controller.reset();
+                                                  open();
+                                                  for (int before = 0; before < page; ++before) {
+                                                      goOn();
+                                                  }
+                                                  return testing::Opened{window(), theme};
+                                              }),
+                  "");
     }
 }
 

@@ -43,6 +43,16 @@ struct BrowserScreenWorld : account::testing::SessionWorld
 
     ~BrowserScreenWorld() override { archive.release(); }
 
+    /// Lets the next table come up with the widths that it begins with.
+    void forgetColumns()
+    {
+        for (const QString &key : defaults.keys()) {
+            if (key.contains(QLatin1StringView("olumns"))) {
+                defaults.removeObject(key);
+            }
+        }
+    }
+
     BrowserParts parts()
     {
         return {theme, defaults, main, pool, keeper, [this](QWidget *, const QString &name) {

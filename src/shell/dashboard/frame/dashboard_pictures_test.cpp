@@ -8,6 +8,7 @@
 #include "shell/dashboard/frame/overview_page.h"
 #include "shell/dashboard/imports/import_progress_card.h"
 #include "shell/dashboard/testing/dashboard_world.h"
+#include "shell/testing/every_look.h"
 #include "shell/testing/screen_checks.h"
 
 #include <QtWidgets/QScrollBar>
@@ -202,6 +203,27 @@ TEST_F(DashboardPictures, TheLogs)
 
     EXPECT_EQ(clipped(), QString());
     picture(u"logs-dark"_qs);
+}
+
+TEST_F(DashboardPictures, HasRoomInEveryLook)
+{
+    world.actions.openPreferences = [] {};
+    world.actions.openLocalStudies = [] {};
+    world.actions.openQuorinCloud = [] {};
+    aDay(3, 40);
+    world.startListener();
+    for (const Screen screen : {Screen::overview, Screen::logs}) {
+        const QString name = screen == Screen::overview ? u"dashboard"_qs : u"dashboard-logs"_qs;
+        EXPECT_EQ(testing::clippedInEveryLook(name,
+                                              {{1180, 860}, {1000, 700}},
+                                              [&] {
+                                                  QWidget &window = open();
+                                                  controller->view()->setSelectedScreen(screen);
+                                                  settle();
+                                                  return testing::Opened{window, world.theme};
+                                              }),
+                  "");
+    }
 }
 
 class AtSize : public DashboardPictures, public ::testing::WithParamInterface<QSize>

@@ -3,6 +3,7 @@
 #include "shell/controls/button.h"
 #include "shell/controls/elided_label.h"
 #include "shell/dashboard/imports/import_dialog.h"
+#include "shell/testing/every_look.h"
 #include "shell/testing/screen_checks.h"
 #include "shell/testing/themed_window.h"
 
@@ -21,6 +22,8 @@
 
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include <optional>
 
 namespace gateway::shell {
 namespace {
@@ -107,6 +110,22 @@ TEST_F(Panel, SaysWhatItIsFor)
     }));
     EXPECT_FALSE(dialog->confirmButton().isEnabled());
     EXPECT_EQ(testing::clippedIn(*dialog), QStringList());
+}
+
+TEST_F(Panel, HasRoomInEveryLook)
+{
+    show(home.path());
+    std::optional<ImportDialog> other;
+    EXPECT_EQ(testing::clippedInEveryLook(u"import"_qs,
+                                          {{860, 560}, testing::kLeast},
+                                          [&] {
+                                              other.reset();
+                                              other.emplace(
+                                                  window.theme(), request, home.path(), ImportDisk::system());
+                                              other->show();
+                                              return testing::Opened{*other, window.theme()};
+                                          }),
+              "");
 }
 
 TEST_F(Panel, TakesFilesAndFoldersTogether)
