@@ -6,7 +6,8 @@
 
 namespace gateway::app {
 
-/// An upload that is refused for its session shows that the last look at the session is out of date.
+/// An upload that is refused for its session, or finds none, shows that the last look at the session may be
+/// out of date: who renews the tokens of an archive ends a session without a word.
 ///
 /// Owner: Sending. Thread: any.
 class RefusedSession final : public upload::RunObserver
@@ -20,7 +21,9 @@ public:
 
     void runFinished(const upload::StoreUpload::RunSummary &summary, const QDateTime & /*at*/) override
     {
-        if (summary.trouble && summary.trouble->failure.failureClass == core::FailureClass::sessionEnded) {
+        const bool isRefused =
+            summary.trouble && summary.trouble->failure.failureClass == core::FailureClass::sessionEnded;
+        if (isRefused || summary.missingToken) {
             m_main.post([&auth = m_auth] { auth.refusedElsewhere(); });
         }
     }

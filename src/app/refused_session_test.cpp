@@ -33,6 +33,19 @@ TEST_F(RefusedSessions, AreLookedAtWhenAnUploadIsRefusedForThem)
     EXPECT_EQ(auth.standing().state, account::SessionState::ended);
 }
 
+TEST_F(RefusedSessions, AreLookedAtWhenARunFindsNone)
+{
+    signIn();
+    settings.endSession(clock.now());
+    upload::StoreUpload::RunSummary summary;
+    summary.missingToken = true;
+
+    watch.runFinished(summary, clock.now());
+    runUntil([&] { return !auth.state().isSignedIn(); });
+
+    EXPECT_EQ(auth.standing().state, account::SessionState::ended);
+}
+
 TEST_F(RefusedSessions, AreNotLookedAtForAnythingElse)
 {
     signIn();
