@@ -68,6 +68,7 @@ QWidget *ArchiveForm::labelled(const QString &name, ComboBox *box)
     label->setBuddy(box);
     box->setAccessibleName(name);
     box->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    connect(box, &QComboBox::currentTextChanged, box, &QWidget::setToolTip); // a long one ends in dots
     column->addWidget(label);
     column->addWidget(box);
     return row;

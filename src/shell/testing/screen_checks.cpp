@@ -69,10 +69,10 @@ bool isCutField(const QLineEdit &field)
     return field.toolTip() != words && field.fontMetrics().horizontalAdvance(words) > room.width();
 }
 
-/// One that asks for a least number of letters means to leave something out.
+/// A choice, too, may have less room where a tool tip tells it in whole.
 bool isCutChoice(const QComboBox &box)
 {
-    if (box.sizeAdjustPolicy() == QComboBox::AdjustToMinimumContentsLengthWithIcon) {
+    if (box.toolTip() == box.currentText()) {
         return false;
     }
     QStyleOptionComboBox option;

@@ -33,7 +33,7 @@ void keepPicture(QWidget &widget, const QString &name);
 /// What can't be read whole below `root`, by its words: labels, buttons, prompts, choices, titles of columns,
 /// items of lists and painted words that have less room than they need; texts beyond the widget that they are
 /// in; and texts that lie upon each other. What scrolls or means to leave something out may do so: cells of
-/// tables, an ElidedLabel, a prompt that a tool tip tells.
+/// tables, an ElidedLabel, a prompt or a choice that a tool tip tells.
 QStringList clippedIn(const QWidget &root);
 
 } // namespace gateway::shell::testing
