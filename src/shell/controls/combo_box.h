@@ -17,6 +17,8 @@ public:
     explicit ComboBox(const Theme &theme, QWidget *parent = nullptr);
 
 protected:
+    /// A choice that is longer than its room ends in dots.
+    void initStyleOption(QStyleOptionComboBox *option) const override;
     void wheelEvent(QWheelEvent *event) override;
 };
 
