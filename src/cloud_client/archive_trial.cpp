@@ -85,12 +85,7 @@ QStringList addressesOf(const QString &host)
 bool isRefusal(const std::exception &error)
 {
     constexpr int kRequestTimeout = 408;
-    std::optional<int> status;
-    if (const auto *response = dynamic_cast<const QrnErrorResponse *>(&error)) {
-        status = response->responseCode;
-    } else if (const auto *failure = dynamic_cast<const AFError *>(&error)) {
-        status = failure->responseCode;
-    }
+    const std::optional<int> status = statusOf(error);
     return status && *status >= 300 && *status < 500 && *status != kRequestTimeout;
 }
 

@@ -109,18 +109,22 @@ QString userFacingMessage(const std::exception &error, const QString &fallback)
     return words.isEmpty() || words == QStringLiteral("(null)") ? fallback : words;
 }
 
+std::optional<int> statusOf(const std::exception &error)
+{
+    if (const auto *response = dynamic_cast<const QrnErrorResponse *>(&error)) {
+        return response->responseCode;
+    }
+    const auto *failure = dynamic_cast<const AFError *>(&error);
+    return failure != nullptr ? failure->responseCode : std::nullopt;
+}
+
 bool isOfThisMoment(const std::exception &error)
 {
     constexpr int kRequestTimeout = 408;
     constexpr int kTooManyRequests = 429;
     constexpr int kServerFault = 500;
     constexpr int kNotImplemented = 501;
-    std::optional<int> status;
-    if (const auto *response = dynamic_cast<const QrnErrorResponse *>(&error)) {
-        status = response->responseCode;
-    } else if (const auto *failure = dynamic_cast<const AFError *>(&error)) {
-        status = failure->responseCode;
-    }
+    const std::optional<int> status = statusOf(error);
     return !status || *status == kRequestTimeout || *status == kTooManyRequests ||
            (*status >= kServerFault && *status != kNotImplemented);
 }

@@ -174,6 +174,9 @@ QString plainText(const std::exception &error);
 /// \param fallback  used where the error has no words of its own.
 QString userFacingMessage(const std::exception &error, const QString &fallback);
 
+/// The HTTP status by which a call failed; nothing where none came. Thread: any.
+std::optional<int> statusOf(const std::exception &error);
+
 /// True where the same call may be answered a while later: no answer came, or one of this moment (408, 429,
 /// 5xx but 501). Thread: any.
 bool isOfThisMoment(const std::exception &error);

@@ -14,6 +14,19 @@ using testing::ReceiveWorld;
 class ListenerPort : public ::testing::Test
 {
 protected:
+    /// Was stopped, and is waited for by another start. \return the one that keeps the port.
+    std::shared_ptr<testing::FakeStoreSCP> startBehindOneThatKeepsThePort()
+    {
+        m_world.service->startListener();
+        const auto holder = m_world.scps.back();
+        holder->config();
+        holder->keepPort();
+        m_world.service->stopListener();
+        m_world.service->startListener();
+        m_world.waitUntil([&holder] { return holder->portWaits() == 1; });
+        return holder;
+    }
+
     ReceiveWorld m_world;
 };
 
@@ -33,13 +46,7 @@ TEST_F(ListenerPort, EndsOnlyWhenItsPortIsFree)
 /// The one between them never began: it isn't the one that has the port.
 TEST_F(ListenerPort, WaitsForEachReceiverThatMayHaveThePortHoweverOftenItWasStoppedSince)
 {
-    m_world.service->startListener();
-    const auto holder = m_world.scps.back();
-    holder->config();
-    holder->keepPort();
-    m_world.service->stopListener();
-    m_world.service->startListener();
-    m_world.waitUntil([&holder] { return holder->portWaits() == 1; });
+    const auto holder = startBehindOneThatKeepsThePort();
     m_world.service->stopListener();
     m_world.service->startListener();
 
@@ -52,13 +59,7 @@ TEST_F(ListenerPort, WaitsForEachReceiverThatMayHaveThePortHoweverOftenItWasStop
 
 TEST_F(ListenerPort, EndsOnlyWhenThePortIsFreeOfWhoeverWasStoppedBefore)
 {
-    m_world.service->startListener();
-    const auto holder = m_world.scps.back();
-    holder->config();
-    holder->keepPort();
-    m_world.service->stopListener();
-    m_world.service->startListener();
-    m_world.waitUntil([&holder] { return holder->portWaits() == 1; });
+    const auto holder = startBehindOneThatKeepsThePort();
 
     const std::jthread slow([&holder] {
         holder->awaitPortWaits(2);

@@ -59,11 +59,7 @@ qint64 mostBytes(const PreparedCandidate &prepared)
 /// True where a status came: the service, or whoever stands for it, did answer.
 bool isAnswer(const std::exception &error)
 {
-    if (const auto *response = dynamic_cast<const cloud_client::QrnErrorResponse *>(&error)) {
-        return response->responseCode.has_value();
-    }
-    const auto *failure = dynamic_cast<const cloud_client::AFError *>(&error);
-    return failure && failure->responseCode;
+    return cloud_client::statusOf(error).has_value();
 }
 
 /// True where the question reached somebody, who answered something else than what was asked.
