@@ -171,7 +171,9 @@ void ArchiveForm::addFoot(QVBoxLayout &column)
     column.addWidget(m_remark);
     column.addWidget(m_error);
     m_error->hide();
-    auto *row = new QHBoxLayout;
+    m_actions = new QWidget;
+    auto *row = new QHBoxLayout(m_actions);
+    row->setContentsMargins({});
     row->setSpacing(m_parts.theme.space(Space::gap));
     if (m_parts.otherWays != nullptr) {
         row->addWidget(m_parts.otherWays);
@@ -179,7 +181,15 @@ void ArchiveForm::addFoot(QVBoxLayout &column)
     row->addStretch(1);
     row->addWidget(m_cancel);
     row->addWidget(m_signIn);
-    column.addLayout(row);
+    column.addWidget(m_actions);
+}
+
+QWidget *ArchiveForm::takeActions(QWidget *leave)
+{
+    auto *row = qobject_cast<QHBoxLayout *>(m_actions->layout());
+    row->insertWidget(row->indexOf(m_cancel), leave);
+    layout()->removeWidget(m_actions);
+    return m_actions;
 }
 
 void ArchiveForm::listen()

@@ -57,6 +57,11 @@ public:
     /// Something stands in a shown field that somebody entered, and that wasn't used to sign in.
     bool hasEntries() const;
 
+    /// The row of its buttons, to be put elsewhere, where they don't scroll with the fields.
+    ///
+    /// \param leave  a button that leaves the form; stands among them from then on.
+    QWidget *takeActions(QWidget *leave);
+
     /// Gives up what was begun here.
     void giveUp();
 
@@ -131,6 +136,7 @@ private:
     TextLabel *m_remark;
     Button *m_cancel;
     Button *m_signIn;
+    QWidget *m_actions = nullptr;
     std::optional<QString> m_shownSession;
     bool m_isEdited = false;
     int m_attempts = 0;

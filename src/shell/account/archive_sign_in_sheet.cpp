@@ -20,8 +20,8 @@ constexpr int kFormHeight = 420;
 
 ArchiveSignInSheet::ArchiveSignInSheet(const ArchiveFormParts &parts, QWidget *parent)
     : Sheet(parts.theme, *parent, tr("Sign In")), m_parts(parts), m_form(new ArchiveForm(parts)),
-      m_scroll(nullptr), m_success(new TextLabel(parts.theme, {}, TypeStyle::body, Color::text2)),
-      m_leave(new Button(parts.theme, ButtonKind::secondary, {}))
+      m_success(new TextLabel(parts.theme, {}, TypeStyle::body, Color::text2)),
+      m_continue(new PrimaryButton(parts.theme, tr("Continue")))
 {
     setPanelWidth(kWidth);
     auto *scroll = new QScrollArea;
@@ -46,15 +46,20 @@ ArchiveSignInSheet::ArchiveSignInSheet(const ArchiveFormParts &parts, QWidget *p
         }
     });
     body().addWidget(m_scroll, 1);
+    auto *close = new Button(parts.theme, ButtonKind::secondary, tr("Close"));
+    m_actions = m_form->takeActions(close);
+    body().addWidget(m_actions);
     m_success->setWordWrap(true);
     body().addWidget(m_success);
-    body().addWidget(m_leave, 0, Qt::AlignRight);
+    body().addWidget(m_continue, 0, Qt::AlignRight);
     setPanelMinimumHeight(kFormHeight);
     connect(m_form, &ArchiveForm::signedIn, this, &ArchiveSignInSheet::showSuccess);
-    connect(m_leave, &QAbstractButton::clicked, this, [this] {
-        closeSheet();
-        Q_EMIT dismissed();
-    });
+    for (const Button *leave : {close, m_continue}) {
+        connect(leave, &QAbstractButton::clicked, this, [this] {
+            closeSheet();
+            Q_EMIT dismissed();
+        });
+    }
     showForm();
 }
 
@@ -80,9 +85,10 @@ void ArchiveSignInSheet::hideEvent(QHideEvent *event)
 void ArchiveSignInSheet::showForm()
 {
     setTitle(tr("Sign In"));
-    m_leave->setText(tr("Close"));
     m_success->hide();
+    m_continue->hide();
     m_scroll->show();
+    m_actions->show();
 }
 
 void ArchiveSignInSheet::showSuccess()
@@ -90,10 +96,11 @@ void ArchiveSignInSheet::showSuccess()
     const std::optional<QString> &label = m_parts.auth.signedInLabel();
     setTitle(tr("Sign In Successful"));
     m_success->setText(label ? tr("You are now signed in as %1.").arg(*label) : tr("You are now signed in."));
-    m_leave->setText(tr("Continue"));
     m_scroll->hide();
+    m_actions->hide();
     m_success->show();
-    m_leave->setFocus(Qt::TabFocusReason);
+    m_continue->show();
+    m_continue->setFocus(Qt::TabFocusReason);
 }
 
 } // namespace gateway::shell

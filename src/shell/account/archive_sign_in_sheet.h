@@ -31,9 +31,10 @@ private:
 
     const ArchiveFormParts m_parts;
     ArchiveForm *m_form;
-    QWidget *m_scroll;
+    QWidget *m_scroll = nullptr;
+    QWidget *m_actions = nullptr; // of the form
     TextLabel *m_success;
-    Button *m_leave;
+    Button *m_continue;
 };
 
 } // namespace gateway::shell

@@ -53,6 +53,9 @@ NoticeWindow::NoticeWindow(const Theme &theme, const Notice &notice)
 
 void NoticeWindow::tell(const Notice &notice)
 {
+    if (!m_told.empty()) {
+        m_tellings->addSpacing(m_theme.space(Space::wide)); // another matter
+    }
     auto *title = new TextLabel(m_theme, notice.title, TypeStyle::h2);
     title->setWordWrap(true);
     m_tellings->addWidget(title);
