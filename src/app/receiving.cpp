@@ -39,7 +39,7 @@ Receiving::makeListener(std::function<void(QString)> onImported)
             .settings = ground.settings,
             .notifications = ground.notifications,
             .main = ground.main,
-            .pool = ground.pool,
+            .pool = incomingPool,
             .clock = ground.clock,
             .dbService = inboxImports,
             .logEmitter = ground.emitter,

@@ -22,6 +22,7 @@ struct ImportedFileSummary
     QUrl storedFile;                ///< where the file lies in the file store
     QString storagePath;            ///< the same as the rows keep it
     StoreTurn store = {};           ///< whose the path is
+    std::int64_t version = 0;       ///< of its dataset; 0 where it wasn't read
 
     bool operator==(const ImportedFileSummary &) const = default;
 };

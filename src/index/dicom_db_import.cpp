@@ -116,11 +116,12 @@ ImportedFileSummary summaryOf(const ParsedObject &object, const Recorded &record
             object.sopInstanceUID,
             QUrl::fromLocalFile(stored.path),
             stored.pathString,
-            stored.store};
+            stored.store,
+            stored.contentVersion};
 }
 
-/// The stored files that an import's image rests on while it isn't in the cloud: its own, and whatever its
-/// rows stand for instead, since it was another name of that, or has been superseded.
+/// The stored files that an import's image rests on while it isn't in the cloud: its own, also superseded,
+/// and what its rows stand for instead where it was another name of that.
 QStringList neededFor(platform::Database &database, const ImportedFileSummary &imported)
 {
     constexpr const char *kNeeded =
@@ -129,10 +130,16 @@ QStringList neededFor(platform::Database &database, const ImportedFileSummary &i
         "UNION SELECT pathString FROM Study JOIN Series ON Series.study = Study.pk "
         "JOIN DicomImage ON DicomImage.series = Series.pk "
         "WHERE studyInstanceUID = ?2 AND Series.seriesInstanceUID = ?3 AND sopInstanceUID = ?4 "
-        "AND originalSOPInstanceUID = ?5 AND DicomImage.syncState IS NOT 1";
+        "AND originalSOPInstanceUID = ?5 AND DicomImage.syncState IS NOT 1 "
+        "AND (contentVersion = ?6 OR contentVersion = 0 OR ?6 = 0)";
     platform::Statement row = database.prepare(kNeeded);
     const QString &uid = imported.instance.value();
-    row.bindAll(imported.storagePath, imported.studyID, imported.seriesKeys.value(0), uid + u'0', uid);
+    row.bindAll(imported.storagePath,
+                imported.studyID,
+                imported.seriesKeys.value(0),
+                uid + u'0',
+                uid,
+                imported.version);
     QStringList needed;
     while (row.step()) {
         needed.append(row.text(0));

@@ -79,7 +79,9 @@ TEST_F(Import, GivesTheSummaryAndLeavesTheSource)
                                    {QStringLiteral("1.2.30")},
                                    platform::InstanceUid(QStringLiteral("9.1")),
                                    index.fileURL(QStringLiteral("10000/0.dcm")),
-                                   QStringLiteral("10000/0.dcm")}));
+                                   QStringLiteral("10000/0.dcm"),
+                                   {},
+                                   home.parser.versionOf(summary.storedFile.toLocalFile())}));
     EXPECT_TRUE(QFile::exists(source.toLocalFile()));
     EXPECT_EQ(filesInStore(), QStringList{QStringLiteral("10000/0.dcm")});
     EXPECT_TRUE(home.parser.reads(home.fileStoreRoot() + QStringLiteral("/10000/0.dcm"))) << "whole";

@@ -99,4 +99,17 @@ TEST_F(KeptImports, ThatWereSupersededUnsentAreKeptWhileTheirOwnFileIs)
     EXPECT_EQ(index.isKept(later), true);
 }
 
+/// Or it would come again and take the place of one that was lost, of which nobody would hear.
+TEST_F(KeptImports, ThatWereSentDoNotRestOnWhatCameLater)
+{
+    const ImportedFileSummary earlier = import(receive(kMorning, QStringLiteral("an image")));
+    index.recordUploadResult({}, earlier.storagePath, true);
+    const ImportedFileSummary later = import(receive(kNoon, QStringLiteral("corrected")));
+
+    lose(later);
+
+    EXPECT_EQ(index.isKept(earlier), true);
+    EXPECT_EQ(index.isKept(later), false);
+}
+
 } // namespace gateway::index

@@ -1,6 +1,7 @@
 #include "receive/folder_lanes.h"
 
 #include <utility>
+#include <vector>
 
 namespace gateway::receive {
 
@@ -8,34 +9,46 @@ void FolderLanes::run(const QString &folder, Work work)
 {
     {
         const platform::MutexLock lock(m_lanes->mutex);
-        Lane &lane = m_lanes->byFolder[folder];
-        if (lane.running == kAtOnce) {
-            lane.waiting.push_back(std::move(work));
-            return;
-        }
-        ++lane.running;
+        m_lanes->byFolder[folder].waiting.push_back(std::move(work));
     }
-    m_lanes->pool.run([lanes = m_lanes, folder, work = std::move(work)] { perform(lanes, folder, work); });
+    startWhatMay(m_lanes);
 }
 
-/// Does the work and has the next of its folder done. That one is queued anew, so that others come between.
+void FolderLanes::startWhatMay(const std::shared_ptr<Lanes> &lanes)
+{
+    std::vector<std::pair<QString, Work>> started;
+    {
+        const platform::MutexLock lock(lanes->mutex);
+        for (auto at = lanes->byFolder.begin(); at != lanes->byFolder.end(); ++at) {
+            Lane &lane = *at;
+            const auto mayRun = [&lane, &lanes]() QUORIN_REQUIRES(lanes->mutex) {
+                return lane.running < kAlways || (lane.running < kAtOnce && lanes->running < kTogether);
+            };
+            while (!lane.waiting.empty() && mayRun()) {
+                started.emplace_back(at.key(), std::move(lane.waiting.front()));
+                lane.waiting.pop_front();
+                ++lane.running;
+                ++lanes->running;
+            }
+        }
+    }
+    for (const auto &[folder, next] : started) {
+        lanes->pool.run([lanes, folder, work = next] { perform(lanes, folder, work); });
+    }
+}
+
 void FolderLanes::perform(const std::shared_ptr<Lanes> &lanes, const QString &folder, const Work &work)
 {
     work();
-    Work next;
     {
         const platform::MutexLock lock(lanes->mutex);
-        Lane &lane = lanes->byFolder[folder];
-        if (lane.waiting.empty()) {
-            if (--lane.running == 0) {
-                lanes->byFolder.remove(folder);
-            }
-            return;
+        --lanes->running;
+        const auto lane = lanes->byFolder.find(folder);
+        if (--lane->running == 0 && lane->waiting.empty()) {
+            lanes->byFolder.erase(lane);
         }
-        next = std::move(lane.waiting.front());
-        lane.waiting.pop_front();
     }
-    lanes->pool.run([lanes, folder, next = std::move(next)] { perform(lanes, folder, next); });
+    startWhatMay(lanes);
 }
 
 } // namespace gateway::receive

@@ -13,7 +13,7 @@ const QString kSound = QStringLiteral("/sound");
 
 TEST(FolderLanes, GoOnInOtherFoldersWhileOneDoesNotAnswer)
 {
-    platform::WorkerPool pool(QStringLiteral("test"), FolderLanes::kAtOnce + 1);
+    platform::WorkerPool pool(QStringLiteral("test"), FolderLanes::kThreads);
     FolderLanes lanes(pool);
     std::counting_semaphore<> answers(0);
     std::atomic<int> atOnce = 0;
@@ -41,6 +41,27 @@ TEST(FolderLanes, GoOnInOtherFoldersWhileOneDoesNotAnswer)
     pool.waitUntilIdle();
     EXPECT_EQ(most, FolderLanes::kAtOnce);
     EXPECT_EQ(atOnce, 0);
+}
+
+TEST(FolderLanes, GoOnInOneFolderWhileFiveDoNotAnswer)
+{
+    platform::WorkerPool pool(QStringLiteral("test"), FolderLanes::kThreads);
+    FolderLanes lanes(pool);
+    std::counting_semaphore<> answers(0);
+    constexpr int kFiles = 10;
+    constexpr int kFolders = 5;
+    for (int folder = 0; folder < kFolders; ++folder) {
+        for (int file = 0; file < kFiles; ++file) {
+            lanes.run(kDead + QString::number(folder), [&answers] { answers.acquire(); });
+        }
+    }
+
+    std::binary_semaphore done(0);
+    lanes.run(kSound, [&done] { done.release(); });
+    done.acquire();
+
+    answers.release(kFiles * kFolders);
+    pool.waitUntilIdle();
 }
 
 TEST(FolderLanes, DoWhatIsQueuedAlsoWhenTheyAreGone)

@@ -59,7 +59,7 @@ public:
         core::Settings &settings;
         platform::NotificationCenter &notifications;
         platform::MainExecutor &main;
-        platform::WorkerPool &pool;
+        platform::WorkerPool &pool; ///< for what lies in incoming folders, each of which may hang
         platform::Clock &clock;
         index::DBServiceProtocol &dbService;
         log::StoreLogEmitter &logEmitter;
