@@ -7,7 +7,7 @@
 namespace gateway::dicom_helper::worker {
 
 /// The answer to a job that holds a fetched object against the one that was sent: `same`, `different`, or
-/// `failed` where one of them can't be opened, or what was fetched broke off on its way.
+/// `failed` where one of them can't be opened.
 ///
 /// The fetched object is the same when it has all elements and items of the dataset in their places with the
 /// same values as the file that went up, or as the stored file that it was made of: an archive may have
