@@ -17,6 +17,7 @@
 #include <QtCore/QTimer>
 #include <QtWidgets/QHBoxLayout>
 #include <QtWidgets/QScrollArea>
+#include <QtWidgets/QScrollBar>
 #include <QtWidgets/QVBoxLayout>
 
 #include <algorithm>
@@ -443,6 +444,17 @@ void ArchiveForm::bringIntoView(QWidget *part)
         for (QWidget *above = part->parentWidget(); above != nullptr; above = above->parentWidget()) {
             if (auto *page = qobject_cast<QScrollArea *>(above)) {
                 page->ensureWidgetVisible(part);
+                // Its texts wrap once they know their width, and it grows.
+                connect(
+                    page->verticalScrollBar(),
+                    &QScrollBar::rangeChanged,
+                    part,
+                    [page, part] {
+                        if (part->isVisible()) {
+                            page->ensureWidgetVisible(part);
+                        }
+                    },
+                    Qt::SingleShotConnection);
             }
         }
     });

@@ -576,7 +576,7 @@
 <message><source>Last 30 days</source><translation>Letzte 30 Tage</translation></message>
 </context>
 <context><name>TransferTimeframe</name>
-<message><source>Last %1</source><translation>Zeitraum: %1</translation></message>
+<message><source>Last %1</source><translation>Letzte %1</translation></message>
 </context>
 <context><name>UpdateBanner</name>
 <message><source>Update available: Quorin Gateway %1. Choose Check for Updates…</source><translation>Update verfügbar: Quorin Gateway %1. Suchen Sie nach Updates.</translation></message>
