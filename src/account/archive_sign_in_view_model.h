@@ -75,7 +75,6 @@ public:
 
     /// The session, or the one that was ended: what stands in it needn't be said again.
     std::optional<QString> presentSession() const;
-    bool isPresentByTheSameGrant(const cloud_client::ArchiveSignIn &signIn) const;
 
     /// Why nobody can sign in so, in one sentence; nothing where it can be tried.
     std::optional<QString> issueWith(const cloud_client::ArchiveSignIn &signIn) const;
@@ -125,6 +124,7 @@ private:
     static WithFiles withFiles(const ArchiveEntries &entries);
     QCoro::Task<WithFiles> readFiles(ArchiveEntries entries, Attempt attempt);
     void completeFromSession(WithFiles &read, bool wantsCertificate) const;
+    bool isPresentByTheSameGrant(const cloud_client::ArchiveSignIn &signIn) const;
     Attempt begin();
     void end(const Attempt &attempt);
     QCoro::Task<ArchiveSignInEnd>

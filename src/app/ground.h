@@ -78,8 +78,7 @@ struct Ground
     /// For calls that wait for the network.
     platform::WorkerPool networkPool{QStringLiteral("cloud"), 4};
 
-    /// For everything else but what comes into incoming folders. Imports mostly wait for the disk, and share
-    /// its syncs: more of them at once than there are cores.
+    /// For everything else but what comes into incoming folders.
     platform::WorkerPool pool{QStringLiteral("global"), 12};
 };
 

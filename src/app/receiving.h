@@ -38,6 +38,7 @@ struct Receiving
         {ground.options.layout.incomingFolder, ground.options.layout.tokenFolder()}};
     platform::ArchiveUnpacker unpacker{platform::helperProgramPath()};
     std::unique_ptr<platform::NetServicePublishing> netServices = makeNetServices();
+    /// Imports mostly wait for the disk, and share its syncs: more of them at once than there are cores.
     platform::WorkerPool incomingPool{QStringLiteral("incoming"), receive::FolderLanes::kThreads};
     std::shared_ptr<Store> store = makeStore();
     receive::ListenerWatch listenerWatch{{.defaults = ground.defaults,

@@ -108,13 +108,16 @@ Parsed parse(platform::DicomParsing &parser, const QString &path, ImportSource s
     return {object, file.version};
 }
 
-ImportedFileSummary summaryOf(const ParsedObject &object, const Recorded &recorded, const StoredFile &stored)
+ImportedFileSummary summaryOf(const ParsedObject &object,
+                              const Recorded &recorded,
+                              const StoredFile &stored,
+                              const QUrl &storedFile)
 {
     return {object.patientUID,
             object.studyInstanceUID.value_or(platform::StudyUid()).value(),
             recorded.seriesKeys,
             object.sopInstanceUID,
-            QUrl::fromLocalFile(stored.path),
+            storedFile,
             stored.pathString,
             stored.store,
             stored.contentVersion};
@@ -208,7 +211,7 @@ ImportedFileSummary DicomDB::importFile(const QUrl &url, ImportSource source)
     underWay.reset(); // what is being imported isn't removed
     removeReleased(recorded.released, RemovalReason::superseded);
     dropEqualCopies(recorded, *stored);
-    return summaryOf(parsed.object, recorded, *stored);
+    return summaryOf(parsed.object, recorded, *stored, fileURL(stored->pathString));
 }
 
 std::optional<bool> DicomDB::isKept(const ImportedFileSummary &imported) const

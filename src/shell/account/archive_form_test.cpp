@@ -14,6 +14,8 @@
 
 #include <QtTest/QSignalSpy>
 
+#include <memory>
+
 namespace gateway::shell {
 namespace {
 
@@ -319,6 +321,10 @@ TEST_F(ArchiveFormTest, IsInASheetThatGivesUpWhatItBeganWhenItGoes)
     for (const QString &part : {archive.model.code()->userCode, archive.model.code()->address}) {
         EXPECT_TRUE(isWhollyInView(part)) << part.toStdString();
     }
+    for (const char *name : {"Open Page", "Copy Code", "Close"}) {
+        const Button *button = testing::shownButton(fixture.window(), QString::fromLatin1(name));
+        EXPECT_EQ(button->visibleRegion(), QRegion(button->rect())) << name;
+    }
     EXPECT_EQ(testing::clippedIn(fixture.window()), QStringList());
     picture(QStringLiteral("sheet-code-dark"));
 
@@ -334,6 +340,13 @@ TEST_F(ArchiveFormTest, IsInASheetThatSaysWhoIsSignedIn)
     ASSERT_TRUE(fixture.show());
     ArchiveSignInSheet sheet(parts(), &fixture.window());
     sheet.open();
+    QCoreApplication::processEvents();
+    const auto middleOf = [this](const char *name) {
+        const Button *button = testing::shownButton(fixture.window(), QString::fromLatin1(name));
+        return button->mapTo(&fixture.window(), button->rect().center());
+    };
+    EXPECT_EQ(middleOf("Close").y(), middleOf("Sign In").y());
+    EXPECT_LT(middleOf("Close").x(), middleOf("Sign In").x());
     type(QStringLiteral("User name"), QStringLiteral("ann"));
     type(QStringLiteral("Password"), QStringLiteral("pw"));
     QTest::keyClick(testing::shownField(fixture.window(), QStringLiteral("Password")), Qt::Key_Return);
@@ -369,15 +382,11 @@ TEST_F(ArchiveFormTest, ShowsALineForEachStepOfATrial)
 TEST_F(ArchiveFormTest, IsInASheetWithRoomInEveryLook)
 {
     ASSERT_TRUE(fixture.show());
-    std::optional<ArchiveSignInSheet> sheet;
-    EXPECT_EQ(testing::clippedInEveryLook(QStringLiteral("archive-sign-in"),
-                                          {{1180, 860}, {1000, 700}},
-                                          [&] {
-                                              sheet.reset();
-                                              sheet.emplace(parts(), &fixture.window());
-                                              sheet->open();
-                                              return testing::Opened{fixture.window(), fixture.theme()};
-                                          }),
+    EXPECT_EQ(testing::clippedInEveryLook(
+                  QStringLiteral("archive-sign-in"),
+                  {{1180, 860}, {1000, 700}},
+                  fixture,
+                  [this] { return std::make_unique<ArchiveSignInSheet>(parts(), &fixture.window()); }),
               "");
 }
 

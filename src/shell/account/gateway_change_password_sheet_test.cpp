@@ -10,7 +10,8 @@
 #include "shell/testing/themed_window.h"
 
 #include <QtTest/QSignalSpy>
-#include <optional>
+
+#include <memory>
 
 namespace gateway::shell {
 namespace {
@@ -140,14 +141,12 @@ TEST_F(PasswordSheet, ForgetsAllWhenItGoes)
 TEST_F(PasswordSheet, HasRoomInEveryLook)
 {
     ASSERT_TRUE(fixture.show());
-    std::optional<GatewayChangePasswordSheet> other;
     EXPECT_EQ(testing::clippedInEveryLook(QStringLiteral("password"),
                                           {{860, 640}, {720, 520}},
-                                          [&] {
-                                              other.reset();
-                                              other.emplace(fixture.theme(), model, &fixture.window());
-                                              other->open();
-                                              return testing::Opened{fixture.window(), fixture.theme()};
+                                          fixture,
+                                          [this] {
+                                              return std::make_unique<GatewayChangePasswordSheet>(
+                                                  fixture.theme(), model, &fixture.window());
                                           }),
               "");
 }

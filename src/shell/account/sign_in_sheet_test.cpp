@@ -13,7 +13,7 @@
 #include <QtWidgets/QLabel>
 
 #include <functional>
-#include <optional>
+#include <memory>
 #include <vector>
 
 namespace gateway::shell {
@@ -405,16 +405,13 @@ TEST_F(SignInSheetTest, MayDieWhileTheServiceIsAsked)
 TEST_F(SignInSheetTest, HasRoomInEveryLook)
 {
     ASSERT_TRUE(fixture.show());
-    std::optional<SignInSheet> other;
-    EXPECT_EQ(testing::clippedInEveryLook(QStringLiteral("sign-in"),
-                                          {{1180, 860}, {1000, 700}},
-                                          [&] {
-                                              other.reset();
-                                              other.emplace(fixture.theme(), model, &fixture.window());
-                                              other->open();
-                                              return testing::Opened{fixture.window(), fixture.theme()};
-                                          }),
-              "");
+    EXPECT_EQ(
+        testing::clippedInEveryLook(
+            QStringLiteral("sign-in"),
+            {{1180, 860}, {1000, 700}},
+            fixture,
+            [this] { return std::make_unique<SignInSheet>(fixture.theme(), model, &fixture.window()); }),
+        "");
 }
 
 } // namespace gateway::shell

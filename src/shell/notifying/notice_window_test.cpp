@@ -1,5 +1,6 @@
 #include "shell/notifying/notice_window.h"
 
+#include "shell/controls/text_label.h"
 #include "shell/testing/every_look.h"
 #include "shell/testing/screen_checks.h"
 #include "shell/testing/themed_window.h"
@@ -202,6 +203,21 @@ TEST_F(Alerts, CountAsAcceptedHoweverTheyAreClosedWhereThereIsNothingToChoose)
     QTest::keyClick(seen(), Qt::Key_Escape);
 
     EXPECT_EQ(answers, std::vector<bool>{true});
+}
+
+TEST_F(Alerts, StandApartWhereOneWindowTellsOfTwo)
+{
+    notices.show(notice(QStringLiteral("First")));
+    notices.show(notice(QStringLiteral("Second")));
+    QCoreApplication::processEvents();
+    QList<QRect> places;
+    for (const TextLabel *label : seen()->findChildren<TextLabel *>()) {
+        places.append(label->geometry());
+    }
+
+    ASSERT_EQ(places.size(), 4);
+    const int within = places[1].top() - places[0].bottom();
+    EXPECT_GT(places[2].top() - places[1].bottom(), 2 * within);
 }
 
 TEST_F(Alerts, CutNoWordInEveryLook)

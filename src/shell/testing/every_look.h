@@ -35,4 +35,21 @@ inline constexpr QSize kLeast(0, 0);
 std::string
 clippedInEveryLook(const QString &name, const QList<QSize> &sizes, const std::function<Opened()> &open);
 
+/// The same of a sheet over a window.
+///
+/// \param under  a ThemedWindow, which is shown.
+/// \param make   makes the sheet, in the language of that moment; a unique pointer to it.
+template <typename Under, typename MakeSheet>
+std::string
+clippedInEveryLook(const QString &name, const QList<QSize> &sizes, Under &under, const MakeSheet &make)
+{
+    decltype(make()) sheet;
+    return clippedInEveryLook(name, sizes, [&] {
+        sheet.reset();
+        sheet = make();
+        sheet->open();
+        return Opened{under.window(), under.theme()};
+    });
+}
+
 } // namespace gateway::shell::testing
