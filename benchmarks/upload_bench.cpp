@@ -199,7 +199,7 @@ struct Bench
     gateway::log::StoreLogEmitter emitter{log, clock};
     upload::RunObserver observer;
     upload::NewSeries newSeries;
-    upload::UploadCollaborators with{
+    upload::UploadCollaborators collaborators{
         database, stow, converter, session, state, terms, cleanup, observer, emitter, main, clock, newSeries};
 
     cloud_client::CloudConfiguration configuration() const
@@ -230,7 +230,7 @@ struct Bench
     {
         const Clock::time_point start = Clock::now();
         const auto summary =
-            upload::UploadRun(with, QStringLiteral("RUN"), config, QStringLiteral("BENCH")).run({});
+            upload::UploadRun(collaborators, QStringLiteral("RUN"), config, QStringLiteral("BENCH")).run({});
         const auto took = Clock::now() - start;
         main.drain();
         tell(what, summary.successfulUploads, took);

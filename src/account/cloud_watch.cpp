@@ -11,18 +11,27 @@
 
 namespace gateway::account {
 
-CloudWatch::CloudWatch(const Collaborators &with)
-    : m_with(with), m_status({with.status, with.main, with.pool, with.clock}),
-      m_storage({with.user, with.networkSettings, with.main, with.pool, with.clock}),
-      m_terms({with.terms, with.defaults, with.main, with.pool, with.clock},
+CloudWatch::CloudWatch(const Collaborators &collaborators)
+    : m_collaborators(collaborators),
+      m_status({collaborators.status, collaborators.main, collaborators.pool, collaborators.clock}),
+      m_storage({collaborators.user,
+                 collaborators.networkSettings,
+                 collaborators.main,
+                 collaborators.pool,
+                 collaborators.clock}),
+      m_terms({collaborators.terms,
+               collaborators.defaults,
+               collaborators.main,
+               collaborators.pool,
+               collaborators.clock},
               TermsSigner::here(QStringLiteral(QUORIN_VERSION))),
-      m_scope(with.main, with.pool)
+      m_scope(collaborators.main, collaborators.pool)
 {
     platform::assertMainThread("CloudWatch");
-    m_authObserver = with.notifications.observe(core::kAuthStateChanged,
-                                                [this](const QVariantMap &) { authStateChanged(); });
-    m_termsObserver = with.notifications.observe(core::kQuorinCloudTermsRequired,
-                                                 [this](const QVariantMap &) { checkTerms(); });
+    m_authObserver = collaborators.notifications.observe(core::kAuthStateChanged,
+                                                         [this](const QVariantMap &) { authStateChanged(); });
+    m_termsObserver = collaborators.notifications.observe(core::kQuorinCloudTermsRequired,
+                                                          [this](const QVariantMap &) { checkTerms(); });
 }
 
 void CloudWatch::start()
@@ -51,7 +60,8 @@ QCoro::Task<> CloudWatch::look()
         });
     m_scope.start(m_status.refresh());
     if (m_status.isChecking()) {
-        co_await platform::asyncSleep(m_with.main, m_with.clock, kGracePeriod, enough.get_token());
+        co_await platform::asyncSleep(
+            m_collaborators.main, m_collaborators.clock, kGracePeriod, enough.get_token());
     }
     QObject::disconnect(connection);
 }
@@ -66,7 +76,7 @@ void CloudWatch::cloudAnswered()
 /// Posted at every look at the session, changed or not.
 void CloudWatch::authStateChanged()
 {
-    const AuthState &state = m_with.auth.state();
+    const AuthState &state = m_collaborators.auth.state();
     if (state.isSignedIn() != std::exchange(m_wasSignedIn, state.isSignedIn())) {
         m_scope.start(m_storage.refresh());
     }
@@ -88,12 +98,12 @@ void CloudWatch::checkTerms()
 
 QCoro::Task<> CloudWatch::refreshTerms()
 {
-    if (!m_with.auth.state().isSignedIn()) {
+    if (!m_collaborators.auth.state().isSignedIn()) {
         co_return;
     }
     const auto operation = m_scope.enter();
     co_await m_terms.refreshStatus();
-    m_areTermsKnown = m_with.auth.state().isSignedIn() && !m_terms.errorMessage();
+    m_areTermsKnown = m_collaborators.auth.state().isSignedIn() && !m_terms.errorMessage();
 }
 
 std::optional<bool> CloudWatch::isOnline() const

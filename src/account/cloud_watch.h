@@ -42,7 +42,7 @@ public:
     /// How long somebody who asks for the state waits for a cloud that doesn't answer.
     static constexpr std::chrono::seconds kGracePeriod{2};
 
-    explicit CloudWatch(const Collaborators &with);
+    explicit CloudWatch(const Collaborators &collaborators);
 
     /// Begins to look.
     void start();
@@ -78,7 +78,7 @@ private:
     void authStateChanged();
     QCoro::Task<> refreshTerms();
 
-    const Collaborators m_with;
+    const Collaborators m_collaborators;
     QuorinCloudStatusViewModel m_status;
     QuorinCloudStorageLimitViewModel m_storage;
     GatewayQuorinCloudTermsCoordinator m_terms;

@@ -38,12 +38,12 @@ struct Asked
     std::optional<seconds> retryAfter = std::nullopt; // how long to leave the service alone
 };
 
-QCoro::Task<Asked> askOnce(DeviceSignInParts with, cloud_client::ArchiveSignIn signIn, QString deviceCode)
+QCoro::Task<Asked> askOnce(DeviceSignInParts parts, cloud_client::ArchiveSignIn signIn, QString deviceCode)
 {
     Asked asked;
     try {
         const DeviceAnswer answer =
-            co_await platform::onPool(with.main, with.pool, [api = &with.api, signIn, deviceCode] {
+            co_await platform::onPool(parts.main, parts.pool, [api = &parts.api, signIn, deviceCode] {
                 return api->ask(signIn, deviceCode);
             });
         asked.answer = answer;
@@ -65,21 +65,21 @@ seconds pauseAfter(const Asked &asked, seconds pause)
     return asked.answer.isTooOften ? pause + kSlower : pause;
 }
 
-QCoro::Task<DeviceSignInEnd> waitForPerson(DeviceSignInParts with,
+QCoro::Task<DeviceSignInEnd> waitForPerson(DeviceSignInParts parts,
                                            cloud_client::ArchiveSignIn signIn,
                                            DeviceCode code,
                                            std::stop_token stop)
 {
-    const std::chrono::nanoseconds end = with.clock.monotonic() + code.lifetime;
+    const std::chrono::nanoseconds end = parts.clock.monotonic() + code.lifetime;
     seconds pause = code.interval;
     bool isAnswered = true;
-    while (with.clock.monotonic() + pause <= end) {
-        const bool sleptThrough = co_await platform::asyncSleep(with.main, with.clock, pause, stop);
+    while (parts.clock.monotonic() + pause <= end) {
+        const bool sleptThrough = co_await platform::asyncSleep(parts.main, parts.clock, pause, stop);
         if (!sleptThrough) {
             co_return DeviceSignInEnd{
                 .problem = QCoreApplication::translate("DeviceSignIn", "The sign-in was given up.")};
         }
-        Asked asked = co_await askOnce(with, signIn, code.deviceCode);
+        Asked asked = co_await askOnce(parts, signIn, code.deviceCode);
         if (asked.answer.tokens || !asked.problem.isEmpty()) {
             co_return DeviceSignInEnd{std::move(asked.answer.tokens), asked.problem};
         }
@@ -97,7 +97,7 @@ QCoro::Task<DeviceSignInEnd> waitForPerson(DeviceSignInParts with,
 
 } // namespace
 
-QCoro::Task<DeviceSignInEnd> signInByCode(DeviceSignInParts with,
+QCoro::Task<DeviceSignInEnd> signInByCode(DeviceSignInParts parts,
                                           cloud_client::ArchiveSignIn signIn,
                                           std::function<void(const DeviceCode &)> show,
                                           std::stop_token stop)
@@ -106,7 +106,7 @@ QCoro::Task<DeviceSignInEnd> signInByCode(DeviceSignInParts with,
     QString problem;
     try {
         const DeviceCode given = co_await platform::onPool(
-            with.main, with.pool, [api = &with.api, signIn] { return api->begin(signIn); });
+            parts.main, parts.pool, [api = &parts.api, signIn] { return api->begin(signIn); });
         code = given;
     } catch (const std::exception &error) {
         problem = wordsOf(error);
@@ -115,7 +115,7 @@ QCoro::Task<DeviceSignInEnd> signInByCode(DeviceSignInParts with,
         co_return DeviceSignInEnd{.problem = problem};
     }
     show(code);
-    DeviceSignInEnd end = co_await waitForPerson(with, std::move(signIn), std::move(code), std::move(stop));
+    DeviceSignInEnd end = co_await waitForPerson(parts, std::move(signIn), std::move(code), std::move(stop));
     co_return end;
 }
 

@@ -40,7 +40,7 @@ struct DeviceSignInEnd
 /// \param stop  gives it up.
 ///
 /// Thread: main.
-QCoro::Task<DeviceSignInEnd> signInByCode(DeviceSignInParts with,
+QCoro::Task<DeviceSignInEnd> signInByCode(DeviceSignInParts parts,
                                           cloud_client::ArchiveSignIn signIn,
                                           std::function<void(const cloud_client::DeviceCode &)> show,
                                           std::stop_token stop);

@@ -11,18 +11,19 @@
 
 namespace gateway::app {
 
-AppDelegate::AppDelegate(Collaborators collaborators) : m_with(std::move(collaborators))
+AppDelegate::AppDelegate(Collaborators collaborators) : m_collaborators(std::move(collaborators))
 {
     platform::assertMainThread("AppDelegate");
 }
 
 void AppDelegate::applicationDidFinishLaunching()
 {
-    m_with.face.showStatusBar();
+    m_collaborators.face.showStatusBar();
     observeRequests();
-    m_with.main.post(weak_from_this(), [this] { finishLaunching(); });
-    m_with.store.requestUpload(QStringLiteral("app_launch"));
-    m_with.autoDeleteCleanupService.runCleanup(QStringLiteral("app_launch"), std::nullopt, std::nullopt);
+    m_collaborators.main.post(weak_from_this(), [this] { finishLaunching(); });
+    m_collaborators.store.requestUpload(QStringLiteral("app_launch"));
+    m_collaborators.autoDeleteCleanupService.runCleanup(
+        QStringLiteral("app_launch"), std::nullopt, std::nullopt);
     startPeriodicCleanup();
 }
 
@@ -35,7 +36,7 @@ void AppDelegate::observeRequests()
     observe(core::kQuorinCloudTermsRequired, &AppDelegate::showTermsRequired);
     observe(core::kOpenSetupWizard, &AppDelegate::openSetupWizard);
     observe(core::kCheckForUpdatesRequested, &AppDelegate::checkForUpdates);
-    m_observers.push_back(m_with.notifications.observe(
+    m_observers.push_back(m_collaborators.notifications.observe(
         core::kStoreListenerError, [weak = weak_from_this()](const QVariantMap &userInfo) {
             if (const auto self = weak.lock()) {
                 self->showDimseError(userInfo);
@@ -45,8 +46,8 @@ void AppDelegate::observeRequests()
 
 void AppDelegate::observe(const QString &name, void (AppDelegate::*operation)())
 {
-    m_observers.push_back(
-        m_with.notifications.observe(name, [weak = weak_from_this(), operation](const QVariantMap &) {
+    m_observers.push_back(m_collaborators.notifications.observe(
+        name, [weak = weak_from_this(), operation](const QVariantMap &) {
             if (const auto self = weak.lock()) {
                 (self.get()->*operation)();
             }
@@ -55,14 +56,14 @@ void AppDelegate::observe(const QString &name, void (AppDelegate::*operation)())
 
 void AppDelegate::finishLaunching()
 {
-    m_with.upkeep.checkInstallLocation();
-    m_with.upkeep.startUpdater();
-    m_with.upkeep.startVersionPolicy();
-    if (core::isSetupRequired(m_with.settings)) {
+    m_collaborators.upkeep.checkInstallLocation();
+    m_collaborators.upkeep.startUpdater();
+    m_collaborators.upkeep.startVersionPolicy();
+    if (core::isSetupRequired(m_collaborators.settings)) {
         presentWizard(true);
     }
-    if (!core::isSetupRequired(m_with.settings)) {
-        m_with.store.listenerService().startListener();
+    if (!core::isSetupRequired(m_collaborators.settings)) {
+        m_collaborators.store.listenerService().startListener();
     }
 }
 
@@ -72,13 +73,14 @@ void AppDelegate::startPeriodicCleanup()
         return;
     }
     // The service only queues the work, so this thread does nothing but wait.
-    m_periodicAutoDeleteCleanupTask = platform::Task(
-        "auto-delete",
-        [&clock = m_with.clock, &service = m_with.autoDeleteCleanupService](const std::stop_token &stop) {
-            while (clock.sleep(kPeriodicAutoDeleteCleanupInterval, stop)) {
-                service.runCleanup(QStringLiteral("periodic_1h"), std::nullopt, std::nullopt);
-            }
-        });
+    m_periodicAutoDeleteCleanupTask =
+        platform::Task("auto-delete",
+                       [&clock = m_collaborators.clock,
+                        &service = m_collaborators.autoDeleteCleanupService](const std::stop_token &stop) {
+                           while (clock.sleep(kPeriodicAutoDeleteCleanupInterval, stop)) {
+                               service.runCleanup(QStringLiteral("periodic_1h"), std::nullopt, std::nullopt);
+                           }
+                       });
 }
 
 void AppDelegate::applicationWillTerminate()
@@ -88,95 +90,97 @@ void AppDelegate::applicationWillTerminate()
 
 void AppDelegate::presentWizard(bool blocking)
 {
-    m_with.face.bringForward();
-    m_with.face.showSetupWizard(blocking);
+    m_collaborators.face.bringForward();
+    m_collaborators.face.showSetupWizard(blocking);
 }
 
 /// While setup isn't finished, queues the wizard in place of what was asked for.
 bool AppDelegate::landsInWizard()
 {
-    if (!core::isSetupRequired(m_with.settings)) {
+    if (!core::isSetupRequired(m_collaborators.settings)) {
         return false;
     }
-    m_with.main.post(weak_from_this(), [this] { presentWizard(true); });
+    m_collaborators.main.post(weak_from_this(), [this] { presentWizard(true); });
     return true;
 }
 
 void AppDelegate::openDashboard()
 {
     if (!landsInWizard()) {
-        m_with.face.bringForward();
-        m_with.face.showDashboard();
+        m_collaborators.face.bringForward();
+        m_collaborators.face.showDashboard();
     }
 }
 
 void AppDelegate::openSignIn()
 {
     if (!landsInWizard()) {
-        m_with.face.bringForward();
-        m_with.face.showDashboard();
-        m_with.main.post(weak_from_this(), [this] { m_with.face.showSignInSheet(); });
+        m_collaborators.face.bringForward();
+        m_collaborators.face.showDashboard();
+        m_collaborators.main.post(weak_from_this(), [this] { m_collaborators.face.showSignInSheet(); });
     }
 }
 
 void AppDelegate::openPreferences()
 {
     if (!landsInWizard()) {
-        m_with.face.bringForward();
-        m_with.face.showPreferences();
+        m_collaborators.face.bringForward();
+        m_collaborators.face.showPreferences();
     }
 }
 
 void AppDelegate::openBugReport()
 {
-    m_with.main.post(weak_from_this(), [this] {
+    m_collaborators.main.post(weak_from_this(), [this] {
         if (!landsInWizard()) {
-            m_with.face.bringForward();
-            m_with.face.showBugReport();
+            m_collaborators.face.bringForward();
+            m_collaborators.face.showBugReport();
         }
     });
 }
 
 void AppDelegate::showTermsRequired()
 {
-    m_with.face.showTermsRequired();
+    m_collaborators.face.showTermsRequired();
 }
 
 void AppDelegate::openSetupWizard()
 {
-    m_with.main.post(weak_from_this(), [this] { presentWizard(core::isSetupRequired(m_with.settings)); });
+    m_collaborators.main.post(weak_from_this(),
+                              [this] { presentWizard(core::isSetupRequired(m_collaborators.settings)); });
 }
 
 void AppDelegate::checkForUpdates()
 {
-    m_with.main.post(
-        [self = shared_from_this()] { self->m_with.upkeep.checkForUpdates(QStringLiteral("manual_menu")); });
+    m_collaborators.main.post([self = shared_from_this()] {
+        self->m_collaborators.upkeep.checkForUpdates(QStringLiteral("manual_menu"));
+    });
 }
 
 void AppDelegate::showDimseError(const QVariantMap &userInfo)
 {
     const bool isKnown = userInfo.value(receive::kListenerFailureIsKnownKey).toBool();
-    if (isKnown || m_with.face.isSetupWizardVisible() || m_with.isApplyingSetup()) {
+    if (isKnown || m_collaborators.face.isSetupWizardVisible() || m_collaborators.isApplyingSetup()) {
         return;
     }
-    m_with.face.showAlert(QCoreApplication::translate("Listener", "DIMSE Listener Error"),
-                          receive::listenerFailureText(userInfo).inLanguage());
+    m_collaborators.face.showAlert(QCoreApplication::translate("Listener", "DIMSE Listener Error"),
+                                   receive::listenerFailureText(userInfo).inLanguage());
 }
 
 void AppDelegate::enforceSetupWizardIfNeeded()
 {
-    if (core::isSetupRequired(m_with.settings)) {
+    if (core::isSetupRequired(m_collaborators.settings)) {
         presentWizard(true);
     }
 }
 
 void AppDelegate::reopen()
 {
-    if (core::isSetupRequired(m_with.settings)) {
+    if (core::isSetupRequired(m_collaborators.settings)) {
         presentWizard(true);
     } else {
-        m_with.face.bringForward();
-        m_with.face.reopen();
+        m_collaborators.face.bringForward();
+        m_collaborators.face.reopen();
     }
 }
 

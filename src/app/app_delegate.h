@@ -79,7 +79,7 @@ private:
     void presentWizard(bool blocking);
     bool landsInWizard();
 
-    Collaborators m_with;
+    Collaborators m_collaborators;
     std::vector<platform::NotificationCenter::Token> m_observers;
     platform::Task m_periodicAutoDeleteCleanupTask;
 };

@@ -7,7 +7,7 @@
 
 namespace gateway::app {
 
-IndexRecording::IndexRecording(Collaborators with) : m_with(std::move(with))
+IndexRecording::IndexRecording(Collaborators collaborators) : m_collaborators(std::move(collaborators))
 {
     platform::assertMainThread("IndexRecording");
     m_task = platform::Task("recording", [this](const std::stop_token &stop) { watch(stop); });
@@ -19,12 +19,12 @@ void IndexRecording::watch(const std::stop_token &stop)
     constexpr std::chrono::minutes kPause(1); // also for trouble of the disk
     do {
         record(stop);
-    } while (m_with.clock.sleep(kPause, stop));
+    } while (m_collaborators.clock.sleep(kPause, stop));
 }
 
 void IndexRecording::record(const std::stop_token &stop)
 {
-    index::StoreRecording &recording = m_with.index.storeRecording();
+    index::StoreRecording &recording = m_collaborators.index.storeRecording();
     if (!m_isTold && recording.lacksStoredFiles()) {
         m_isTold = true;
         say(QStringLiteral("The index lacks stored images: it was made anew, or came back from a backup. "
@@ -33,8 +33,9 @@ void IndexRecording::record(const std::stop_token &stop)
     }
     const auto count = [this](std::int64_t files) {
         m_recorded += files;
-        m_with.listener.keepOrder();
-        m_with.uploads.requestUpload(QStringLiteral("store_recorded_again"), upload::UploadUrgency::whenOpen);
+        m_collaborators.listener.keepOrder();
+        m_collaborators.uploads.requestUpload(QStringLiteral("store_recorded_again"),
+                                              upload::UploadUrgency::whenOpen);
     };
     if (!recording.recordStoredFiles(stop, count)) {
         return;
@@ -47,11 +48,11 @@ void IndexRecording::record(const std::stop_token &stop)
 
 void IndexRecording::say(const QString &sentence)
 {
-    m_with.systemLog.write(platform::SystemLogLevel::error,
-                           QStringLiteral("com.ovelt.pavan.gateway"),
-                           QStringLiteral("index"),
-                           sentence);
-    m_with.writeLine(sentence);
+    m_collaborators.systemLog.write(platform::SystemLogLevel::error,
+                                    QStringLiteral("com.ovelt.pavan.gateway"),
+                                    QStringLiteral("index"),
+                                    sentence);
+    m_collaborators.writeLine(sentence);
 }
 
 } // namespace gateway::app

@@ -34,14 +34,14 @@ public:
     };
 
     /// Begins at once; the destructor stops and waits.
-    explicit IndexRecording(Collaborators with);
+    explicit IndexRecording(Collaborators collaborators);
 
 private:
     void watch(const std::stop_token &stop);
     void record(const std::stop_token &stop);
     void say(const QString &sentence);
 
-    const Collaborators m_with;
+    const Collaborators m_collaborators;
 
     // Touched on the task's thread only.
     bool m_isTold = false;

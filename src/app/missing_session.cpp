@@ -9,16 +9,16 @@
 
 namespace gateway::app {
 
-MissingSession::MissingSession(Collaborators with) : m_with(std::move(with))
+MissingSession::MissingSession(Collaborators collaborators) : m_collaborators(std::move(collaborators))
 {
     platform::assertMainThread("MissingSession");
-    m_sessionObserver =
-        m_with.notifications.observe(core::kAuthStateChanged, [this](const QVariantMap &) { tell(); });
+    m_sessionObserver = m_collaborators.notifications.observe(core::kAuthStateChanged,
+                                                              [this](const QVariantMap &) { tell(); });
 }
 
 QString MissingSession::sentence() const
 {
-    const account::SessionStanding &standing = m_with.auth.standing();
+    const account::SessionStanding &standing = m_collaborators.auth.standing();
     switch (standing.state) {
     case account::SessionState::signedIn:
     case account::SessionState::notKnownYet:
@@ -51,14 +51,14 @@ void MissingSession::tell()
         return;
     }
     if (!words.isEmpty()) {
-        if (!m_with.areImagesWaiting()) {
+        if (!m_collaborators.areImagesWaiting()) {
             return;
         }
-        m_with.writeLine(words);
-        m_with.systemLog.write(platform::SystemLogLevel::error,
-                               QStringLiteral("com.ovelt.QuorinGateway"),
-                               QStringLiteral("session"),
-                               words);
+        m_collaborators.writeLine(words);
+        m_collaborators.systemLog.write(platform::SystemLogLevel::error,
+                                        QStringLiteral("com.ovelt.QuorinGateway"),
+                                        QStringLiteral("session"),
+                                        words);
     }
     m_told = words;
 }

@@ -27,7 +27,7 @@ public:
         std::function<void(const QString &)> writeLine; ///< one plain line for operators
     };
 
-    explicit MissingSession(Collaborators with);
+    explicit MissingSession(Collaborators collaborators);
 
     /// What happened and what to do; empty where nobody ended the session.
     QString sentence() const;
@@ -35,7 +35,7 @@ public:
 private:
     void tell();
 
-    const Collaborators m_with;
+    const Collaborators m_collaborators;
     QString m_told; // last
     platform::NotificationCenter::Token m_sessionObserver;
 };

@@ -53,7 +53,7 @@ Store::Store(Collaborators collaborators,
              std::shared_ptr<upload::StoreUploadCoordinator> coordinator,
              const MakeListener &makeListener,
              const MakeManualImport &makeManualImport)
-    : m_with(collaborators), m_uploadCoordinator(std::move(coordinator)),
+    : m_collaborators(collaborators), m_uploadCoordinator(std::move(coordinator)),
       m_listenerService(makeListener(uploadRequest())),
       m_manualImportService(makeManualImport(uploadRequest()))
 {
@@ -70,7 +70,7 @@ std::function<void(QString)> Store::uploadRequest() const
 
 void Store::requestUpload(const QString &reason, upload::UploadUrgency urgency)
 {
-    if (!core::isSetupRequired(m_with.settings)) {
+    if (!core::isSetupRequired(m_collaborators.settings)) {
         m_uploadCoordinator->requestUploadRun(reason, urgency);
     }
 }
@@ -78,10 +78,10 @@ void Store::requestUpload(const QString &reason, upload::UploadUrgency urgency)
 QCoro::Task<void> Store::waitForListenerStart(std::chrono::nanoseconds wait, double seconds)
 {
     const std::weak_ptr<receive::StoreListenerService> listener = m_listenerService;
-    platform::MainExecutor &main = m_with.main;
-    platform::Clock &clock = m_with.clock;
+    platform::MainExecutor &main = m_collaborators.main;
+    platform::Clock &clock = m_collaborators.clock;
     const auto failure = std::make_shared<StartFailure>();
-    const auto token = m_with.notifications.observe(
+    const auto token = m_collaborators.notifications.observe(
         core::kStoreListenerError, [failure](const QVariantMap &userInfo) { failure->report(userInfo); });
 
     co_await platform::asyncSleep(main, clock, wait, failure->stopToken());

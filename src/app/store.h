@@ -75,7 +75,7 @@ private:
     /// Asks for an upload run as long as the coordinator lives.
     std::function<void(QString)> uploadRequest() const;
 
-    Collaborators m_with;
+    Collaborators m_collaborators;
     std::shared_ptr<upload::StoreUploadCoordinator> m_uploadCoordinator;
     std::shared_ptr<receive::StoreListenerService> m_listenerService;
     std::shared_ptr<receive::StoreManualImportService> m_manualImportService;

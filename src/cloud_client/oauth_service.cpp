@@ -303,7 +303,7 @@ void OAuthService::needReachable(const QUrl &url) const
 {
     const bool isPlain = url.scheme() != QStringLiteral("https");
     if (!url.isValid() || url.host().isEmpty() ||
-        (isPlain && !isLoopbackHost(url.host()) && !m_with.allowPlainHttp)) {
+        (isPlain && !isLoopbackHost(url.host()) && !m_collaborators.allowPlainHttp)) {
         throw away(QCoreApplication::translate(
                        "CloudClient", "The sign-in service must have an https address, and %1 is none.")
                        .arg(url.toString(QUrl::RemoveUserInfo | QUrl::RemoveQuery)));
@@ -315,11 +315,11 @@ HttpResponse OAuthService::send(HttpRequest request) const
     const QUrl url = QUrl::fromEncoded(request.url, QUrl::StrictMode);
     needReachable(url);
     request.answerLimit = kLargestAnswer;
-    request.total = m_with.timeout;
+    request.total = m_collaborators.timeout;
     request.certificate = m_signIn.certificate;
     HttpResponse response;
     try {
-        response = m_with.transport.perform(request);
+        response = m_collaborators.transport.perform(request);
     } catch (const AFError &error) {
         throw away(sentenceOn(error, url.host()), error.code);
     }
@@ -378,7 +378,8 @@ OAuthForm OAuthService::assertion(const QString &endpoint) const
     return {
         {"client_assertion_type", QStringLiteral("urn:ietf:params:oauth:client-assertion-type:jwt-bearer")},
         {"client_assertion",
-         QString::fromLatin1(clientAssertion(*key, m_signIn.client.id, endpoint, m_with.clock.now()))}};
+         QString::fromLatin1(
+             clientAssertion(*key, m_signIn.client.id, endpoint, m_collaborators.clock.now()))}};
 }
 
 QString OAuthService::refusalIn(const HttpResponse &response)
@@ -408,7 +409,7 @@ QString OAuthService::refusalIn(const HttpResponse &response)
 void OAuthService::throwRefusal(const HttpResponse &response, const QString &code) const
 {
     QString sentence = sentenceOnRefusal(code, m_signIn).arg(response.host);
-    const qint64 seconds = response.date ? std::abs(response.date->secsTo(m_with.clock.now())) : 0;
+    const qint64 seconds = response.date ? std::abs(response.date->secsTo(m_collaborators.clock.now())) : 0;
     if (m_signIn.client.secretIn == SecretIn::assertion && seconds >= kNoticeableSeconds) {
         sentence = QCoreApplication::translate(
                        "CloudClient",

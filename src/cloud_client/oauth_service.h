@@ -51,7 +51,8 @@ public:
         bool allowPlainHttp = false;
     };
 
-    OAuthService(const Collaborators &with, ArchiveSignIn signIn) : m_with(with), m_signIn(std::move(signIn))
+    OAuthService(const Collaborators &collaborators, ArchiveSignIn signIn)
+        : m_collaborators(collaborators), m_signIn(std::move(signIn))
     {
     }
 
@@ -88,7 +89,7 @@ private:
     OAuthForm assertion(const QString &endpoint) const;
     void needReachable(const QUrl &url) const;
 
-    const Collaborators m_with;
+    const Collaborators m_collaborators;
     const ArchiveSignIn m_signIn;
     platform::Mutex m_mutex;
     QVariantMap m_configuration QUORIN_GUARDED_BY(m_mutex); // that the issuer publishes, once it is known

@@ -116,9 +116,12 @@ struct ArchiveAccess
     TokenService tokens;
     const std::unique_ptr<ArchiveAuthorizer> authorizer;
 
-    ArchiveAccess(const QString &text, const OAuthService::Collaborators &with, KeptRefreshToken &kept)
-        : session(text), signIn(text.isEmpty() ? ArchiveSignIn() : archiveSignIn(text)), tokens(with, signIn),
-          authorizer(makeAuthorizer(signIn, [this, &kept] { return fetch(kept); }, with.clock))
+    ArchiveAccess(const QString &text,
+                  const OAuthService::Collaborators &collaborators,
+                  KeptRefreshToken &kept)
+        : session(text), signIn(text.isEmpty() ? ArchiveSignIn() : archiveSignIn(text)),
+          tokens(collaborators, signIn),
+          authorizer(makeAuthorizer(signIn, [this, &kept] { return fetch(kept); }, collaborators.clock))
     {
     }
 

@@ -11,8 +11,8 @@ namespace gateway::cloud_client {
 class TokenService
 {
 public:
-    TokenService(const OAuthService::Collaborators &with, ArchiveSignIn signIn)
-        : m_service(with, std::move(signIn))
+    TokenService(const OAuthService::Collaborators &collaborators, ArchiveSignIn signIn)
+        : m_service(collaborators, std::move(signIn))
     {
     }
 

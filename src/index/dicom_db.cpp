@@ -26,21 +26,24 @@ std::int64_t ledger(const IndexStore &store, const char *sql)
 
 } // namespace
 
-DicomDB::DicomDB(DicomDBPaths paths, DicomDBCollaborators with)
-    : m_with(with), m_store(paths.indexFile),
+DicomDB::DicomDB(DicomDBPaths paths, DicomDBCollaborators collaborators)
+    : m_collaborators(collaborators), m_store(paths.indexFile),
       m_files(paths.fileStoreRoot,
-              with.defaults,
-              with.clock,
-              with.files,
+              collaborators.defaults,
+              collaborators.clock,
+              collaborators.files,
               {.nextNumber = ledger(m_store, "SELECT nextFileNumber FROM Ledger"),
                .newestAcknowledged = ledger(m_store, "SELECT newestAcknowledged FROM Ledger"),
                .whoseFiles =
-                   [this, root = paths.fileStoreRoot] { return whoseFiles(root, m_store, m_with.parser); },
+                   [this, root = paths.fileStoreRoot] {
+                       return whoseFiles(root, m_store, m_collaborators.parser);
+                   },
                .letGoOfFiles = [this] { return letGoOfFiles(); },
                .forgetRemovals = [this] { return forgetRemovals(); },
                .takenUp = [this] { m_storeRecording.noteWhatIsLacking(); }}),
-      m_announcement(std::make_shared<Announcement>()), m_failedUploads(m_store, m_files, with.clock),
-      m_sendCount(with.defaults, with.clock),
+      m_announcement(std::make_shared<Announcement>()),
+      m_failedUploads(m_store, m_files, collaborators.clock),
+      m_sendCount(collaborators.defaults, collaborators.clock),
       m_storeRecording(
           m_store, m_files, examination(), m_sendCount.kept(), [this] { postLocalSyncStateChanged(); })
 {
@@ -69,12 +72,12 @@ QUrl DicomDB::fileURL(const QString &pathString) const
 
 IndexExamination DicomDB::examination()
 {
-    return {m_store, m_files, m_with.parser, m_with.clock};
+    return {m_store, m_files, m_collaborators.parser, m_collaborators.clock};
 }
 
 std::int64_t DicomDB::nowInMilliseconds() const
 {
-    return m_with.clock.now().toMSecsSinceEpoch();
+    return m_collaborators.clock.now().toMSecsSinceEpoch();
 }
 
 bool DicomDB::rollUpAllStates()
@@ -105,10 +108,11 @@ void DicomDB::postLocalSyncStateChanged()
     if (m_announcement->queued.exchange(true)) {
         return; // the one that is queued runs after this change
     }
-    m_with.main.post([announcement = m_announcement, &notifications = m_with.notifications] {
-        announcement->queued.store(false);
-        notifications.post(core::kLocalSyncStateChanged);
-    });
+    m_collaborators.main.post(
+        [announcement = m_announcement, &notifications = m_collaborators.notifications] {
+            announcement->queued.store(false);
+            notifications.post(core::kLocalSyncStateChanged);
+        });
 }
 
 } // namespace gateway::index

@@ -81,7 +81,7 @@ class DicomDB final : public UploadIndex, public FigureIndex, public StudyIndex,
 {
 public:
     /// Opens or makes the index. \throws IndexOpenError  with the sentence for the operator.
-    DicomDB(DicomDBPaths paths, DicomDBCollaborators with);
+    DicomDB(DicomDBPaths paths, DicomDBCollaborators collaborators);
     ~DicomDB() override;
 
     DicomDB(const DicomDB &) = delete;
@@ -267,7 +267,7 @@ private:
         std::optional<std::chrono::nanoseconds> last = {}; ///< of the monotonic clock; none behind a doubt
     };
 
-    const DicomDBCollaborators m_with;
+    const DicomDBCollaborators m_collaborators;
     IndexStore m_store;
     FileStore m_files;
     platform::Mutex m_deletion; // one deletion at a time, from its rows to its files

@@ -411,7 +411,7 @@ std::int64_t DicomDB::removeFiles(const QSet<QString> &paths, RemovalReason reas
         switch (m_files.removeUnless(path, isInUse)) {
         case FileStore::Removal::removed:
             ++removed;
-            m_with.onFileRemoved(fileURL(path), reason);
+            m_collaborators.onFileRemoved(fileURL(path), reason);
             [[fallthrough]];
         case FileStore::Removal::absent:
             gone.append(path);

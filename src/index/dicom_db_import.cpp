@@ -185,7 +185,7 @@ ImportedFileSummary DicomDB::importFile(const QUrl &url, ImportSource source)
     if (path.isEmpty()) {
         throw GatewayImportError(Kind::invalidSourceURL, Blame::file);
     }
-    StorageRetry retry(m_with.clock, m_stop.get_token());
+    StorageRetry retry(m_collaborators.clock, m_stop.get_token());
     settleUnsaved(retry);
     const StoreTurn store = turnToImportInto(retry);
     std::optional<StoredFile> stored = takeUpEarlierImport(path, source);
@@ -194,10 +194,10 @@ ImportedFileSummary DicomDB::importFile(const QUrl &url, ImportSource source)
     if (stored) {
         underWay.emplace(m_files, *stored);
         makeDurableWithRetries(m_files, retry, *stored);
-        parsed = parse(m_with.parser, stored->path, source);
+        parsed = parse(m_collaborators.parser, stored->path, source);
     } else {
         PrivateCopy copy(m_files, copyWithRetries(m_files, retry, path, source));
-        parsed = parse(m_with.parser, copy.path(), source);
+        parsed = parse(m_collaborators.parser, copy.path(), source);
         stored = moveInWithRetries(m_files, retry, copy);
         underWay.emplace(m_files, *stored);
     }

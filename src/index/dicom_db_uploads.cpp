@@ -336,7 +336,7 @@ bool DicomDB::noteQueryRefused(const QString &cloud)
 {
     constexpr std::chrono::hours kUntilBelieved{1}; // a service that starts, or a proxy's bad moment
     const platform::MutexLock lock(m_refusalMutex);
-    const std::chrono::nanoseconds now = m_with.clock.monotonic();
+    const std::chrono::nanoseconds now = m_collaborators.clock.monotonic();
     if (!m_refusal || m_refusal->cloud != cloud) {
         m_refusal = QueryRefusal{cloud};
     }

@@ -42,7 +42,7 @@ public:
         std::function<Counts()> count; ///< on the pool
     };
 
-    explicit FailedFiles(Collaborators collaborators) : m_with(std::move(collaborators)) {}
+    explicit FailedFiles(Collaborators collaborators) : m_collaborators(std::move(collaborators)) {}
 
     /// Counts, unless that is under way or was done a moment ago; returns at once.
     void refresh();
@@ -53,7 +53,7 @@ public:
 private:
     void counted(const Counts &counts);
 
-    const Collaborators m_with;
+    const Collaborators m_collaborators;
     Counts m_counts;
     std::optional<std::chrono::nanoseconds> m_askedAt;
     bool m_isCounting = false;

@@ -8,14 +8,14 @@
 namespace gateway::monitor {
 
 FreeSpaceWatch::FreeSpaceWatch(Folders folders, const Collaborators &collaborators)
-    : m_folders(std::move(folders)), m_with(collaborators)
+    : m_folders(std::move(folders)), m_collaborators(collaborators)
 {
     platform::assertMainThread("FreeSpaceWatch");
 }
 
 void FreeSpaceWatch::refresh()
 {
-    const std::chrono::nanoseconds now = m_with.clock.monotonic();
+    const std::chrono::nanoseconds now = m_collaborators.clock.monotonic();
     for (auto folder = m_folders.cbegin(); folder != m_folders.cend(); ++folder) {
         Room &room = m_rooms[folder.key()];
         if (!room.isMeasuring && (!room.askedAt || now - *room.askedAt >= kFresh)) {
@@ -28,8 +28,8 @@ void FreeSpaceWatch::refresh()
 
 void FreeSpaceWatch::measure(const QString &folder)
 {
-    m_with.pool.run(
-        [weak = weak_from_this(), &main = m_with.main, folder, findPath = m_folders.value(folder)] {
+    m_collaborators.pool.run(
+        [weak = weak_from_this(), &main = m_collaborators.main, folder, findPath = m_folders.value(folder)] {
             const QString path = findPath();
             std::optional<qint64> freeBytes;
             if (const auto figures = platform::volumeFigures(path)) {
@@ -54,7 +54,7 @@ void FreeSpaceWatch::measured(const QString &folder, const QString &path, std::o
     room.path = path;
     room.freeBytes = freeBytes;
     if (freeBytes) {
-        room.forecast.add(m_with.clock.monotonic(), *freeBytes);
+        room.forecast.add(m_collaborators.clock.monotonic(), *freeBytes);
     }
 }
 

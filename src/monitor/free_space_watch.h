@@ -60,7 +60,7 @@ private:
     void measured(const QString &folder, const QString &path, std::optional<qint64> freeBytes);
 
     const Folders m_folders;
-    const Collaborators m_with;
+    const Collaborators m_collaborators;
     QMap<QString, Room> m_rooms;
 };
 

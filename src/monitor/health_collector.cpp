@@ -14,28 +14,28 @@ constexpr double kBytesPerMegabit = 1'000'000.0 / 8;
 
 } // namespace
 
-HealthCollector::HealthCollector(Collaborators collaborators) : m_with(std::move(collaborators))
+HealthCollector::HealthCollector(Collaborators collaborators) : m_collaborators(std::move(collaborators))
 {
     platform::assertMainThread("HealthCollector");
 }
 
 void HealthCollector::sample()
 {
-    m_receiving.add(m_with.clock.monotonic(), m_with.events.totals().receivedImages);
-    m_with.freeSpace->refresh();
+    m_receiving.add(m_collaborators.clock.monotonic(), m_collaborators.events.totals().receivedImages);
+    m_collaborators.freeSpace->refresh();
 }
 
 void HealthCollector::refresh()
 {
-    m_with.freeSpace->refresh();
-    m_with.sending.failedFiles->refresh();
+    m_collaborators.freeSpace->refresh();
+    m_collaborators.sending.failedFiles->refresh();
 }
 
 HealthFigures HealthCollector::collect()
 {
     HealthFigures figures;
     figures.listener = listener();
-    const state::UpkeepFigures upkeep = m_with.upkeep();
+    const state::UpkeepFigures upkeep = m_collaborators.upkeep();
     figures.inbox = upkeep.inbox;
     figures.isStoreOutOfSight = upkeep.isStoreOutOfSight;
     figures.isRetentionHeldBack = upkeep.isRetentionHeldBack;
@@ -45,26 +45,26 @@ HealthFigures HealthCollector::collect()
     figures.index = index();
     figures.storage = storage();
     figures.cloud = cloud();
-    figures.isSetupFinished = !core::isSetupRequired(m_with.settings);
-    figures.totals = m_with.events.totals();
+    figures.isSetupFinished = !core::isSetupRequired(m_collaborators.settings);
+    figures.totals = m_collaborators.events.totals();
     return figures;
 }
 
 HealthFigures::Listener HealthCollector::listener() const
 {
-    const state::ListenerFigures known = m_with.receiving.listener.figures();
+    const state::ListenerFigures known = m_collaborators.receiving.listener.figures();
     return {.isEnabled = known.isEnabled,
             .isListening = known.state == state::ListenerState::listening,
             .aeTitle = known.aeTitle,
             .port = known.port,
             .failure = known.failure.inEnglish(),
-            .openAssociations = static_cast<int>(m_with.receiving.state.openReceiveAssociations()),
+            .openAssociations = static_cast<int>(m_collaborators.receiving.state.openReceiveAssociations()),
             .receivedPerSecond = m_receiving.perSecond()};
 }
 
 HealthFigures::Index HealthCollector::index() const
 {
-    const std::optional<index::IndexFigures> known = m_with.sending.index.figures();
+    const std::optional<index::IndexFigures> known = m_collaborators.sending.index.figures();
     if (!known) {
         return {};
     }
@@ -79,9 +79,9 @@ HealthFigures::Index HealthCollector::index() const
                                  .oldestUnsentAge = {}};
     if (known->oldestUnsentImageDate) {
         // A clock that was set back makes no negative age.
-        figures.oldestUnsentAge =
-            std::max(std::chrono::milliseconds(known->oldestUnsentImageDate->msecsTo(m_with.clock.now())),
-                     std::chrono::milliseconds(0));
+        figures.oldestUnsentAge = std::max(
+            std::chrono::milliseconds(known->oldestUnsentImageDate->msecsTo(m_collaborators.clock.now())),
+            std::chrono::milliseconds(0));
     }
     return figures;
 }
@@ -89,12 +89,12 @@ HealthFigures::Index HealthCollector::index() const
 HealthFigures::Storage HealthCollector::storage() const
 {
     std::optional<qint64> usedBytes;
-    if (m_with.receiving.state.isStorageMeasured()) {
-        usedBytes = m_with.receiving.state.figures().receivedStorageUsage.usedBytes;
+    if (m_collaborators.receiving.state.isStorageMeasured()) {
+        usedBytes = m_collaborators.receiving.state.figures().receivedStorageUsage.usedBytes;
     }
     return {.usedBytes = usedBytes,
             .reserveBytes = platform::kFreeSpaceReserveBytes,
-            .rooms = m_with.freeSpace->rooms(platform::kFreeSpaceReserveBytes)};
+            .rooms = m_collaborators.freeSpace->rooms(platform::kFreeSpaceReserveBytes)};
 }
 
 std::optional<std::chrono::milliseconds> HealthCollector::until(const std::optional<QDateTime> &moment) const
@@ -102,21 +102,22 @@ std::optional<std::chrono::milliseconds> HealthCollector::until(const std::optio
     if (!moment) {
         return std::nullopt;
     }
-    const std::chrono::milliseconds left(m_with.clock.now().msecsTo(*moment));
+    const std::chrono::milliseconds left(m_collaborators.clock.now().msecsTo(*moment));
     return std::max(left, std::chrono::milliseconds(0));
 }
 
 HealthFigures::Cloud HealthCollector::cloud() const
 {
-    const auto pause = m_with.sending.coordinator.closure();
-    return {.isOnline = m_with.cloud.watch.isOnline(),
-            .session = m_with.cloud.auth.standing().state,
-            .areTermsRequired = m_with.cloud.watch.areTermsRequired(),
-            .isUploading = m_with.sending.runs.figures().isRunning,
-            .uploadBytesPerSecond = m_with.receiving.state.figures().uploadSpeedMbps * kBytesPerMegabit,
-            .failedFiles = m_with.sending.failedFiles->counts().byClass,
-            .waitingFiles = m_with.sending.failedFiles->counts().waiting.files,
-            .untilNextTry = until(m_with.sending.failedFiles->counts().waiting.next),
+    const auto pause = m_collaborators.sending.coordinator.closure();
+    return {.isOnline = m_collaborators.cloud.watch.isOnline(),
+            .session = m_collaborators.cloud.auth.standing().state,
+            .areTermsRequired = m_collaborators.cloud.watch.areTermsRequired(),
+            .isUploading = m_collaborators.sending.runs.figures().isRunning,
+            .uploadBytesPerSecond =
+                m_collaborators.receiving.state.figures().uploadSpeedMbps * kBytesPerMegabit,
+            .failedFiles = m_collaborators.sending.failedFiles->counts().byClass,
+            .waitingFiles = m_collaborators.sending.failedFiles->counts().waiting.files,
+            .untilNextTry = until(m_collaborators.sending.failedFiles->counts().waiting.next),
             .pause = pause ? until(pause->until) : std::nullopt};
 }
 

@@ -86,7 +86,7 @@ private:
     HealthFigures::Cloud cloud() const;
     std::optional<std::chrono::milliseconds> until(const std::optional<QDateTime> &moment) const;
 
-    const Collaborators m_with;
+    const Collaborators m_collaborators;
     RecentRate m_receiving;
 };
 

@@ -25,10 +25,10 @@ class HealthServer::Loop
 {
 public:
     Loop(std::vector<platform::ListeningSocket> sockets,
-         const Collaborators &with,
+         const Collaborators &collaborators,
          platform::EventDescriptor &wake,
          Board &board)
-        : m_sockets(std::move(sockets)), m_with(with), m_wake(wake), m_board(board)
+        : m_sockets(std::move(sockets)), m_collaborators(collaborators), m_wake(wake), m_board(board)
     {
     }
 
@@ -36,7 +36,7 @@ public:
     {
         while (!stop.stop_requested()) {
             wait();
-            const std::chrono::nanoseconds now = m_with.clock.monotonic();
+            const std::chrono::nanoseconds now = m_collaborators.clock.monotonic();
             acceptAll(now);
             for (HealthConnection &connection : m_connections) {
                 connection.checkDeadline(now);
@@ -67,7 +67,7 @@ private:
         if (polled.front().revents != 0) {
             m_wake.reset();
         }
-        const std::chrono::nanoseconds now = m_with.clock.monotonic();
+        const std::chrono::nanoseconds now = m_collaborators.clock.monotonic();
         std::size_t index = 1;
         for (HealthConnection &connection : m_connections) {
             if (polled.at(index++).revents != 0) {
@@ -129,7 +129,7 @@ private:
     {
         if (m_asked < number) {
             m_asked = number;
-            m_with.askForFigures();
+            m_collaborators.askForFigures();
         }
     }
 
@@ -151,12 +151,12 @@ private:
         }
         view.isMainLoopAnswering = isMainLoopAnswering;
         view.process = readProcessFigures();
-        view.version = m_with.version;
+        view.version = m_collaborators.version;
         return view;
     }
 
     const std::vector<platform::ListeningSocket> m_sockets;
-    const Collaborators &m_with;
+    const Collaborators &m_collaborators;
     platform::EventDescriptor &m_wake;
     Board &m_board;
     HealthAnswers m_answers;
@@ -166,8 +166,8 @@ private:
 };
 
 HealthServer::HealthServer(std::vector<platform::ListeningSocket> sockets, Collaborators collaborators)
-    : m_with(std::move(collaborators)),
-      m_loop(std::make_unique<Loop>(std::move(sockets), m_with, m_wake, m_board)),
+    : m_collaborators(std::move(collaborators)),
+      m_loop(std::make_unique<Loop>(std::move(sockets), m_collaborators, m_wake, m_board)),
       m_thread("health", [this](const std::stop_token &stop) { m_loop->run(stop); })
 {
 }
@@ -184,7 +184,7 @@ void HealthServer::publish(HealthFigures figures)
     {
         const platform::MutexLock lock(m_board.mutex);
         m_board.figures = std::move(figures);
-        m_board.publishedAt = m_with.clock.monotonic();
+        m_board.publishedAt = m_collaborators.clock.monotonic();
         ++m_board.count;
     }
     m_wake.set();

@@ -65,7 +65,7 @@ private:
         std::uint64_t count QUORIN_GUARDED_BY(mutex) = 0; // how often they were published
     };
 
-    const Collaborators m_with;
+    const Collaborators m_collaborators;
     platform::EventDescriptor m_wake;
     Board m_board;
     std::unique_ptr<Loop> m_loop;

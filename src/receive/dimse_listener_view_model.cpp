@@ -9,9 +9,9 @@
 namespace gateway::receive {
 
 DimseListenerViewModel::DimseListenerViewModel(Collaborators collaborators)
-    : m_with(std::move(collaborators)),
-      m_observer(m_with.notifications.observe(core::kStoreListenerStateChanged,
-                                              [this](const QVariantMap &) { refresh(); }))
+    : m_collaborators(std::move(collaborators)),
+      m_observer(m_collaborators.notifications.observe(core::kStoreListenerStateChanged,
+                                                       [this](const QVariantMap &) { refresh(); }))
 {
     platform::assertMainThread("DimseListenerViewModel");
     refresh();
@@ -19,35 +19,35 @@ DimseListenerViewModel::DimseListenerViewModel(Collaborators collaborators)
 
 void DimseListenerViewModel::refresh()
 {
-    m_settings = core::DCMListenerSettings::load(m_with.defaults);
-    m_isOn = m_with.listenerService.storeListener() != nullptr;
-    m_state = m_with.listenerService.state();
-    const QString chosen = m_with.settings.listenerDestinationFolder.get().value_or(QString());
-    m_storagePath = chosen.trimmed().isEmpty() ? m_with.defaultIncomingFolder : chosen;
+    m_settings = core::DCMListenerSettings::load(m_collaborators.defaults);
+    m_isOn = m_collaborators.listenerService.storeListener() != nullptr;
+    m_state = m_collaborators.listenerService.state();
+    const QString chosen = m_collaborators.settings.listenerDestinationFolder.get().value_or(QString());
+    m_storagePath = chosen.trimmed().isEmpty() ? m_collaborators.defaultIncomingFolder : chosen;
     Q_EMIT changed();
 }
 
 QString DimseListenerViewModel::addressText(bool withPort) const
 {
-    return listenerAddressText(m_with.listenerService.bindAddress(),
+    return listenerAddressText(m_collaborators.listenerService.bindAddress(),
                                withPort ? std::optional(m_settings.port) : std::nullopt);
 }
 
 void DimseListenerViewModel::setEnabled(bool enabled)
 {
-    const bool isSetUp = !core::isSetupRequired(m_with.settings);
+    const bool isSetUp = !core::isSetupRequired(m_collaborators.settings);
     if (enabled && !isSetUp) {
-        m_with.notifications.post(core::kOpenSetupWizard);
+        m_collaborators.notifications.post(core::kOpenSetupWizard);
         refresh();
         return;
     }
-    core::DCMListenerSettings settings = core::DCMListenerSettings::load(m_with.defaults);
+    core::DCMListenerSettings settings = core::DCMListenerSettings::load(m_collaborators.defaults);
     settings.isEnabled = enabled;
-    settings.save(m_with.defaults);
+    settings.save(m_collaborators.defaults);
     if (enabled) {
-        m_with.listenerService.startListener();
+        m_collaborators.listenerService.startListener();
     } else {
-        m_with.listenerService.stopListener();
+        m_collaborators.listenerService.stopListener();
     }
     refresh();
 }

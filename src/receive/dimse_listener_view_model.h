@@ -58,7 +58,7 @@ Q_SIGNALS:
     void changed();
 
 private:
-    Collaborators m_with;
+    Collaborators m_collaborators;
     bool m_isOn = false;
     state::ListenerState m_state = state::ListenerState::stopped;
     core::DCMListenerSettings m_settings;

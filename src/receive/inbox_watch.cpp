@@ -13,7 +13,7 @@ InboxWatch::InboxWatch(platform::Clock &clock,
                        Inboxes inboxes,
                        std::function<bool(const QString &path)> offer,
                        std::function<void(const state::InboxFigures &)> tell)
-    : m_clock(clock), m_with(std::move(inboxes)), m_offer(std::move(offer)), m_tell(std::move(tell)),
+    : m_clock(clock), m_collaborators(std::move(inboxes)), m_offer(std::move(offer)), m_tell(std::move(tell)),
       m_task("inbox-watch", [this](const std::stop_token &stop) {
           do {
               m_queue.async([this] { startLooks(); });
@@ -37,7 +37,7 @@ InboxWatch::~InboxWatch()
 /// One that is still under way since the round before is of a folder that doesn't answer.
 void InboxWatch::startLooks()
 {
-    const QStringList known = m_with.known();
+    const QStringList known = m_collaborators.known();
     std::erase_if(m_inboxes, [&known](const auto &each) {
         return !each.second.isUnderWay && !known.contains(each.first);
     });
@@ -46,7 +46,7 @@ void InboxWatch::startLooks()
         Inbox &inbox = m_inboxes[name];
         if (inbox.isUnderWay) {
             inbox.found.figures.outOfSight = 1;
-            m_with.silence(name, true);
+            m_collaborators.silence(name, true);
             isOneSilent = true;
         } else {
             start(name, inbox);
@@ -69,7 +69,7 @@ void InboxWatch::start(const QString &name, Inbox &inbox)
 
 InboxWatch::Found InboxWatch::lookInto(const QString &inbox, const Seen &before) const
 {
-    const IncomingFolders::Sight sight = m_with.look(inbox);
+    const IncomingFolders::Sight sight = m_collaborators.look(inbox);
     Found found;
     found.figures.outOfSight = sight.isOutOfSight ? 1 : 0;
     if (!sight.mayTake) {
@@ -103,7 +103,7 @@ void InboxWatch::take(const QString &name, Found found)
     Inbox &inbox = m_inboxes[name];
     inbox.found = std::move(found);
     inbox.isUnderWay = false;
-    m_with.silence(name, false);
+    m_collaborators.silence(name, false);
     tell();
 }
 

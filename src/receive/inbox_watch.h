@@ -89,7 +89,7 @@ private:
     void tell() const;
 
     platform::Clock &m_clock;
-    const Inboxes m_with;
+    const Inboxes m_collaborators;
     const std::function<bool(const QString &path)> m_offer;
     const std::function<void(const state::InboxFigures &)> m_tell;
 

@@ -29,7 +29,7 @@ QString folderOf(const QString &path)
 } // namespace
 
 IncomingImporter::IncomingImporter(Collaborators collaborators)
-    : m_with(std::move(collaborators)), m_lanes(m_with.pool)
+    : m_collaborators(std::move(collaborators)), m_lanes(m_collaborators.pool)
 {
 }
 
@@ -56,7 +56,7 @@ bool IncomingImporter::awaitsRemoval(const QString &path) const
 {
     const std::optional<Outcome> decided = decidedOn(path);
     return decided && decided->fate == Fate::imported && QFileInfo::exists(path) &&
-           m_with.isKept(decided->imported).value_or(false);
+           m_collaborators.isKept(decided->imported).value_or(false);
 }
 
 void IncomingImporter::enqueue(Item item)
@@ -126,9 +126,9 @@ void IncomingImporter::handle(const Item &item)
         letGo(item);
         return;
     }
-    m_with.observer.fileReceived(file.size());
+    m_collaborators.observer.fileReceived(file.size());
     emitRecord(item, GatewayLogAction::fileReceivedCallback, GatewayLogOutcome::started);
-    m_with.main.post(weak_from_this(), [this] { m_with.state.recordReceivedItem(); });
+    m_collaborators.main.post(weak_from_this(), [this] { m_collaborators.state.recordReceivedItem(); });
     leaveInbox(item, importFile(item));
 }
 
@@ -136,7 +136,7 @@ void IncomingImporter::handle(const Item &item)
 void IncomingImporter::handleDecided(const Item &item, const Outcome &decided)
 {
     const std::optional<bool> mayGo =
-        decided.fate == Fate::imported ? m_with.isKept(decided.imported) : std::optional(true);
+        decided.fate == Fate::imported ? m_collaborators.isKept(decided.imported) : std::optional(true);
     if (!mayGo) {
         letGo(item);
     } else if (*mayGo) {
@@ -152,12 +152,12 @@ IncomingImporter::Outcome IncomingImporter::importFile(const Item &item)
     QMap<QString, QString> details;
     Outcome outcome{Fate::imported};
     try {
-        outcome.imported = m_with.dbService.importFile(QUrl::fromLocalFile(item.path));
+        outcome.imported = m_collaborators.dbService.importFile(QUrl::fromLocalFile(item.path));
         if (const std::optional<QString> hash = log::hashedFileURL(outcome.imported.storedFile)) {
             details.insert(log::kStoredFileHashKey, *hash); // what is told of the image from now on bears it
         }
     } catch (const index::GatewayImportError &error) {
-        m_with.observer.importFailed();
+        m_collaborators.observer.importFailed();
         emitRecord(item,
                    GatewayLogAction::importFailed,
                    GatewayLogOutcome::failed,
@@ -173,8 +173,8 @@ IncomingImporter::Outcome IncomingImporter::importFile(const Item &item)
                GatewayLogLevel::info,
                std::nullopt,
                details);
-    m_with.main.post(weak_from_this(), [this] { m_with.state.refreshCounters(); });
-    m_with.onImportSucceeded(QStringLiteral("receive_import_succeeded"));
+    m_collaborators.main.post(weak_from_this(), [this] { m_collaborators.state.refreshCounters(); });
+    m_collaborators.onImportSucceeded(QStringLiteral("receive_import_succeeded"));
     return outcome;
 }
 
@@ -299,7 +299,7 @@ void IncomingImporter::retryLoop(Retries &files, const std::stop_token &stop)
         std::chrono::seconds pause = kFirstPause;
         bool more = true;
         while (more) {
-            if (!m_with.clock.sleep(pause, stop)) {
+            if (!m_collaborators.clock.sleep(pause, stop)) {
                 return;
             }
             more = !retryRound(files, stop);
@@ -370,7 +370,7 @@ void IncomingImporter::emitRecord(const Item &item,
     record.fileURL = QUrl::fromLocalFile(item.path);
     record.details = std::move(details);
     record.error = std::move(error);
-    m_with.logEmitter.emit(record);
+    m_collaborators.logEmitter.emit(record);
 }
 
 } // namespace gateway::receive

@@ -144,7 +144,7 @@ private:
                     std::optional<log::GatewayLogError> error = std::nullopt,
                     QMap<QString, QString> details = {});
 
-    Collaborators m_with;
+    Collaborators m_collaborators;
     FolderLanes m_lanes;
 
     mutable platform::Mutex m_mutex;

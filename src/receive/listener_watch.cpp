@@ -22,38 +22,39 @@ Sentence listenerFailureText(const QVariantMap &userInfo)
     return text.followedBy(Sentence::in(userInfo.value(kListenerFailureReasonKey)));
 }
 
-ListenerWatch::ListenerWatch(Collaborators with) : m_with(std::move(with))
+ListenerWatch::ListenerWatch(Collaborators collaborators) : m_collaborators(std::move(collaborators))
 {
     platform::assertMainThread("ListenerWatch");
     m_errorObserver =
-        m_with.notifications.observe(core::kStoreListenerError, [this](const QVariantMap &userInfo) {
-            m_with.state.setDimseAlertMessage(listenerFailureText(userInfo));
+        m_collaborators.notifications.observe(core::kStoreListenerError, [this](const QVariantMap &userInfo) {
+            m_collaborators.state.setDimseAlertMessage(listenerFailureText(userInfo));
         });
     m_stateObserver =
-        m_with.notifications.observe(core::kStoreListenerStateChanged, [this](const QVariantMap &) {
-            if (m_with.listenerService.storeListener()) {
-                m_with.state.setDimseAlertMessage(std::nullopt);
+        m_collaborators.notifications.observe(core::kStoreListenerStateChanged, [this](const QVariantMap &) {
+            if (m_collaborators.listenerService.storeListener()) {
+                m_collaborators.state.setDimseAlertMessage(std::nullopt);
             }
         });
 }
 
 state::ListenerFigures ListenerWatch::figures() const
 {
-    const core::DCMListenerSettings settings = core::DCMListenerSettings::load(m_with.defaults);
-    const auto &receiver = m_with.listenerService.storeListener();
-    const std::optional<Sentence> &interruption = m_with.listenerService.interruption();
+    const core::DCMListenerSettings settings = core::DCMListenerSettings::load(m_collaborators.defaults);
+    const auto &receiver = m_collaborators.listenerService.storeListener();
+    const std::optional<Sentence> &interruption = m_collaborators.listenerService.interruption();
     const int port = (receiver ? receiver->boundPort() : std::nullopt).value_or(settings.port);
     return {.isEnabled = settings.isEnabled.value_or(true),
-            .state = m_with.listenerService.state(),
+            .state = m_collaborators.listenerService.state(),
             .aeTitle = settings.aeTitle,
             .port = port,
             .address = addressText(port),
-            .failure = interruption.value_or(m_with.state.figures().dimseAlertMessage.value_or(Sentence()))};
+            .failure = interruption.value_or(
+                m_collaborators.state.figures().dimseAlertMessage.value_or(Sentence()))};
 }
 
 QString ListenerWatch::addressText(int port) const
 {
-    return listenerAddressText(m_with.bindAddress, port);
+    return listenerAddressText(m_collaborators.bindAddress, port);
 }
 
 } // namespace gateway::receive

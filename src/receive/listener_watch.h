@@ -31,7 +31,7 @@ public:
         QString bindAddress; ///< the one address that the listener binds; empty for all
     };
 
-    explicit ListenerWatch(Collaborators with);
+    explicit ListenerWatch(Collaborators collaborators);
 
     state::ListenerFigures figures() const;
 
@@ -39,7 +39,7 @@ public:
     QString addressText(int port) const;
 
 private:
-    const Collaborators m_with;
+    const Collaborators m_collaborators;
     platform::NotificationCenter::Token m_errorObserver;
     platform::NotificationCenter::Token m_stateObserver;
 };

@@ -66,8 +66,9 @@ std::optional<SkipReason> reasonFor(SourceOutcome outcome)
 } // namespace
 
 ManualImportBatch::ManualImportBatch(Collaborators collaborators, Places places, std::stop_token stop)
-    : m_with(std::move(collaborators)), m_places(std::move(places)), m_stop(std::move(stop)),
-      m_begun(m_with.clock.monotonic()), m_collector(std::make_shared<FileCollector>(m_places.ownFolders))
+    : m_collaborators(std::move(collaborators)), m_places(std::move(places)), m_stop(std::move(stop)),
+      m_begun(m_collaborators.clock.monotonic()),
+      m_collector(std::make_shared<FileCollector>(m_places.ownFolders))
 {
 }
 
@@ -91,11 +92,11 @@ ManualImportReport ManualImportBatch::run(const QList<QUrl> &urls)
 template <typename Look>
 auto ManualImportBatch::look(Look look)
 {
-    using Answer = decltype(lookPatiently(m_with.clock, std::move(look), m_stop));
+    using Answer = decltype(lookPatiently(m_collaborators.clock, std::move(look), m_stop));
     if (m_isSilent || m_stop.stop_requested()) {
         return Answer();
     }
-    Answer answer = lookPatiently(m_with.clock, std::move(look), m_stop);
+    Answer answer = lookPatiently(m_collaborators.clock, std::move(look), m_stop);
     m_isSilent = !answer && !m_stop.stop_requested();
     return answer;
 }
@@ -172,7 +173,7 @@ std::optional<SkipReason> ManualImportBatch::unpack(const Item &item, const QStr
         const qint64 allowed = std::max(kAlwaysAllowedBytes, item.file.bytes * kLargestRatio);
         inside.tree = std::make_shared<Tree>(Tree{QFile::decodeName(item.file.path), kMostEntries, allowed});
     }
-    const platform::UnpackedArchive unpacked = m_with.unpacking.unpack(
+    const platform::UnpackedArchive unpacked = m_collaborators.unpacking.unpack(
         input,
         root->extractedFolder(),
         limitsFor(*inside.tree),
@@ -258,7 +259,7 @@ std::optional<SkipReason> ManualImportBatch::importFile(const QString &path)
     using Error = index::GatewayImportError;
     using Blame = Error::Blame;
     try {
-        m_with.dbService.importFile(QUrl::fromLocalFile(path));
+        m_collaborators.dbService.importFile(QUrl::fromLocalFile(path));
         return std::nullopt;
     } catch (const Error &error) {
         switch (error.kind()) {
@@ -281,7 +282,7 @@ std::optional<SkipReason> ManualImportBatch::importFile(const QString &path)
 
 bool ManualImportBatch::hasRoomFor(qint64 bytes) const
 {
-    const std::optional<qint64> available = m_with.availableBytes();
+    const std::optional<qint64> available = m_collaborators.availableBytes();
     return !available || *available - bytes >= kReserveBytes;
 }
 
@@ -303,8 +304,8 @@ void ManualImportBatch::enter(ManualImportReport::Phase phase)
 
 void ManualImportBatch::tellProgress()
 {
-    m_report.elapsed = m_with.clock.monotonic() - m_begun;
-    m_with.onProgress(m_report);
+    m_report.elapsed = m_collaborators.clock.monotonic() - m_begun;
+    m_collaborators.onProgress(m_report);
 }
 
 } // namespace gateway::receive

@@ -105,7 +105,7 @@ private:
     void enter(ManualImportReport::Phase phase);
     void tellProgress();
 
-    Collaborators m_with;
+    Collaborators m_collaborators;
     Places m_places;
     std::stop_token m_stop;
     std::chrono::nanoseconds m_begun;

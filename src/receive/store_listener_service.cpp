@@ -13,18 +13,22 @@ namespace gateway::receive {
 using platform::StoreSCPInterruption;
 
 StoreListenerService::StoreListenerService(Collaborators collaborators, Places places)
-    : m_with(std::move(collaborators)), m_places(std::move(places)), m_log(m_with.logEmitter),
-      m_importer(std::make_shared<IncomingImporter>(IncomingImporter::Collaborators{m_with.dbService,
-                                                                                    m_with.logEmitter,
-                                                                                    m_with.observer,
-                                                                                    m_with.state,
-                                                                                    m_with.main,
-                                                                                    m_with.pool,
-                                                                                    m_with.clock,
-                                                                                    m_with.onImportSucceeded,
-                                                                                    m_with.isKept})),
-      m_folder(std::make_shared<const ListenerFolder>(
-          m_with.settings, m_with.incomingFolders, m_with.logEmitter, m_places.defaultIncomingFolder))
+    : m_collaborators(std::move(collaborators)), m_places(std::move(places)),
+      m_log(m_collaborators.logEmitter),
+      m_importer(std::make_shared<IncomingImporter>(
+          IncomingImporter::Collaborators{m_collaborators.dbService,
+                                          m_collaborators.logEmitter,
+                                          m_collaborators.observer,
+                                          m_collaborators.state,
+                                          m_collaborators.main,
+                                          m_collaborators.pool,
+                                          m_collaborators.clock,
+                                          m_collaborators.onImportSucceeded,
+                                          m_collaborators.isKept})),
+      m_folder(std::make_shared<const ListenerFolder>(m_collaborators.settings,
+                                                      m_collaborators.incomingFolders,
+                                                      m_collaborators.logEmitter,
+                                                      m_places.defaultIncomingFolder))
 {
 }
 
@@ -37,19 +41,19 @@ StoreListenerService::~StoreListenerService()
 
 void StoreListenerService::startListener()
 {
-    Q_ASSERT(m_with.main.isCurrent());
+    Q_ASSERT(m_collaborators.main.isCurrent());
     m_refusal.reset();
     start();
 }
 
 void StoreListenerService::start()
 {
-    const core::DCMListenerSettings settings = core::DCMListenerSettings::load(m_with.defaults);
+    const core::DCMListenerSettings settings = core::DCMListenerSettings::load(m_collaborators.defaults);
     if (!mayStart(settings)) {
         return;
     }
     Run run{beginRun(),
-            m_with.makeStoreSCP(),
+            m_collaborators.makeStoreSCP(),
             listenerConfig(settings, m_places.bindAddress),
             {},
             {},
@@ -75,8 +79,8 @@ state::ListenerState StoreListenerService::state() const
 
 void StoreListenerService::tellWhetherListening()
 {
-    m_with.state.setListening(m_storeListener != nullptr);
-    m_with.notifications.post(core::kStoreListenerStateChanged);
+    m_collaborators.state.setListening(m_storeListener != nullptr);
+    m_collaborators.notifications.post(core::kStoreListenerStateChanged);
 }
 
 bool StoreListenerService::mayStart(const core::DCMListenerSettings &settings)
@@ -108,7 +112,7 @@ void StoreListenerService::publishBonjourService(const core::DCMListenerSettings
 {
     m_bonjourService.reset();
     if (const auto record = bonjourRecord(settings)) {
-        m_bonjourService = m_with.netServices.publish(*record);
+        m_bonjourService = m_collaborators.netServices.publish(*record);
     }
 }
 
@@ -158,7 +162,7 @@ bool StoreListenerService::enterFolder(const std::weak_ptr<StoreListenerService>
     }
     if (entered.obstacle) {
         self->retireRun(run.id);
-        self->m_with.main.post(weak, [service = self.get(), run, obstacle = *entered.obstacle] {
+        self->m_collaborators.main.post(weak, [service = self.get(), run, obstacle = *entered.obstacle] {
             service->refuseStart(run, obstacle);
         });
     }
@@ -174,7 +178,7 @@ void StoreListenerService::perform(const std::weak_ptr<StoreListenerService> &we
         if (!self) {
             return;
         }
-        config.acknowledgeAfter = self->m_with.newestAcknowledged();
+        config.acknowledgeAfter = self->m_collaborators.newestAcknowledged();
         callbacks = self->callbacksFor(run);
     }
     awaitFreePort(run.former);
@@ -257,7 +261,7 @@ platform::StoreSCPCallbacks StoreListenerService::callbacksFor(const Run &run)
 
 void StoreListenerService::keepOrder()
 {
-    m_with.main.post(weak_from_this(), [this, newest = m_with.newestAcknowledged()] {
+    m_collaborators.main.post(weak_from_this(), [this, newest = m_collaborators.newestAcknowledged()] {
         if (m_storeListener) {
             m_storeListener->acknowledgeAfter(newest);
         }
@@ -270,13 +274,14 @@ void StoreListenerService::runEnded(const Run &run, std::int32_t result)
         if (result == 0) {
             m_log.startSucceeded(run.config.port);
         } else {
-            m_with.observer.listenerFailed();
+            m_collaborators.observer.listenerFailed();
             m_log.startFailed(run.config.port, result);
             const bool isOfFolder = result == platform::StoreSCP::kFolderRefused;
             if (isOfFolder && contentOf(run.inbox) == InboxContent::nothing) {
-                m_with.incomingFolders.takeBack(run.config.incomingFolderId);
+                m_collaborators.incomingFolders.takeBack(run.config.incomingFolderId);
             }
-            m_with.main.post(weak_from_this(), [this, run, isOfFolder] { startFailed(run, isOfFolder); });
+            m_collaborators.main.post(weak_from_this(),
+                                      [this, run, isOfFolder] { startFailed(run, isOfFolder); });
         }
     }
     retireRun(run.id);
@@ -315,7 +320,7 @@ void StoreListenerService::refuseStart(const Run &run, const ListenerFolder::Ent
     if (!endStart(run)) {
         return;
     }
-    m_with.observer.listenerFailed();
+    m_collaborators.observer.listenerFailed();
     m_log.startRefused(obstacle.why);
     tellRefusal(run, obstacle.why, obstacle.isSeenByLooks);
 }
@@ -323,23 +328,23 @@ void StoreListenerService::refuseStart(const Run &run, const ListenerFolder::Ent
 void StoreListenerService::tellRefusal(const Run &run, const platform::Sentence &why, bool isSeenByLooks)
 {
     const bool isKnown = m_refusal && m_refusal->why == why;
-    m_refusal = Refusal{why, run.standing, isSeenByLooks, m_with.clock.monotonic() + kNextTry};
+    m_refusal = Refusal{why, run.standing, isSeenByLooks, m_collaborators.clock.monotonic() + kNextTry};
     tellWhetherListening();
-    m_with.notifications.post(
+    m_collaborators.notifications.post(
         core::kStoreListenerError,
         {{core::kMessageKey, QVariant::fromValue(why)}, {kListenerFailureIsKnownKey, isKnown}});
 }
 
 void StoreListenerService::incomingFolderWasSeen(const IncomingFolders::Sight &sight)
 {
-    Q_ASSERT(m_with.main.isCurrent());
+    Q_ASSERT(m_collaborators.main.isCurrent());
     if (sight.isExchanged && m_storeListener && state() != state::ListenerState::starting) {
         stopListener();
         startListener();
         return;
     }
-    const bool isWanted = !core::isSetupRequired(m_with.settings) &&
-                          core::DCMListenerSettings::load(m_with.defaults).isEnabled.value_or(true);
+    const bool isWanted = !core::isSetupRequired(m_collaborators.settings) &&
+                          core::DCMListenerSettings::load(m_collaborators.defaults).isEnabled.value_or(true);
     if (isWanted && isWorthATry(sight)) {
         start(); // or tells what is in the way now
     }
@@ -352,7 +357,7 @@ bool StoreListenerService::isWorthATry(const IncomingFolders::Sight &sight) cons
     }
     const bool hasPassed = m_refusal->isSeenByLooks && m_refusal->why != sight.obstacle;
     return hasPassed || m_refusal->standing != sight.standing ||
-           m_with.clock.monotonic() >= m_refusal->nextTry;
+           m_collaborators.clock.monotonic() >= m_refusal->nextTry;
 }
 
 /// \param isOfFolder  the receiver couldn't work in its folder, which may change, unlike a port that others
@@ -369,7 +374,7 @@ void StoreListenerService::startFailed(const Run &run, bool isOfFolder)
     }
     m_refusal.reset();
     tellWhetherListening();
-    m_with.notifications.post(
+    m_collaborators.notifications.post(
         core::kStoreListenerError,
         {{core::kMessageKey,
           QVariant::fromValue(platform::Sentence(
@@ -383,7 +388,7 @@ void StoreListenerService::startFailed(const Run &run, bool isOfFolder)
 
 void StoreListenerService::stopListener()
 {
-    Q_ASSERT(m_with.main.isCurrent());
+    Q_ASSERT(m_collaborators.main.isCurrent());
     const bool hadListener = m_storeListener != nullptr;
     if (hadListener) {
         {
@@ -402,7 +407,7 @@ void StoreListenerService::stopListener()
     m_bonjourService.reset();
     tellWhetherListening();
     m_log.stopped(hadListener);
-    m_with.main.post(weak_from_this(), [this] { m_with.state.clearReceiveAssociations(); });
+    m_collaborators.main.post(weak_from_this(), [this] { m_collaborators.state.clearReceiveAssociations(); });
 }
 
 void StoreListenerService::endListener()
@@ -439,7 +444,7 @@ void StoreListenerService::listeningResumed(QUuid runId, int port)
 
 void StoreListenerService::tellInterruption(QUuid runId, std::optional<platform::Sentence> interruption)
 {
-    m_with.main.post(weak_from_this(), [this, runId, interruption = std::move(interruption)] {
+    m_collaborators.main.post(weak_from_this(), [this, runId, interruption = std::move(interruption)] {
         if (!wasStopped(runId) && m_storeListener) {
             m_interruption = interruption;
             if (!interruption) {
@@ -461,7 +466,7 @@ void StoreListenerService::fileMisnamed(QUuid runId, const QString &association)
 void StoreListenerService::peersTurnedAway(QUuid runId, const platform::StoreSCPTurnedAway &away)
 {
     if (!wasStopped(runId)) {
-        m_with.observer.peersTurnedAway(away.reason, away.count);
+        m_collaborators.observer.peersTurnedAway(away.reason, away.count);
         m_log.peersTurnedAway(away);
     }
 }
@@ -469,11 +474,12 @@ void StoreListenerService::peersTurnedAway(QUuid runId, const platform::StoreSCP
 void StoreListenerService::associationStarted(QUuid runId, const QString &association)
 {
     if (!wasStopped(runId)) {
-        m_with.observer.associationStarted();
+        m_collaborators.observer.associationStarted();
         m_log.associationStarted(association);
     }
-    m_with.main.post(weak_from_this(),
-                     [this, association] { m_with.state.beginReceiveAssociation(association); });
+    m_collaborators.main.post(weak_from_this(), [this, association] {
+        m_collaborators.state.beginReceiveAssociation(association);
+    });
 }
 
 void StoreListenerService::associationCompleted(QUuid runId, const QString &association)
@@ -487,7 +493,7 @@ void StoreListenerService::associationCompleted(QUuid runId, const QString &asso
 void StoreListenerService::associationFailed(QUuid runId, const QString &association, const QString &message)
 {
     if (!wasStopped(runId)) {
-        m_with.observer.associationFailed();
+        m_collaborators.observer.associationFailed();
         m_log.associationFailed(association, message);
     }
     endAssociation(association);
@@ -495,8 +501,8 @@ void StoreListenerService::associationFailed(QUuid runId, const QString &associa
 
 void StoreListenerService::endAssociation(const QString &association)
 {
-    m_with.main.post(weak_from_this(),
-                     [this, association] { m_with.state.endReceiveAssociation(association); });
+    m_collaborators.main.post(
+        weak_from_this(), [this, association] { m_collaborators.state.endReceiveAssociation(association); });
 }
 
 } // namespace gateway::receive

@@ -211,7 +211,7 @@ private:
     void associationFailed(QUuid runId, const QString &association, const QString &message);
     void endAssociation(const QString &association);
 
-    Collaborators m_with;
+    Collaborators m_collaborators;
     Places m_places;
     ListenerLog m_log;
     std::shared_ptr<IncomingImporter> m_importer;

@@ -78,7 +78,7 @@ summaryRecord(const QString &batch, const ManualImportReport &report, const QStr
 } // namespace
 
 StoreManualImportService::StoreManualImportService(Collaborators collaborators, Places places)
-    : m_with(std::move(collaborators)), m_places(std::move(places)),
+    : m_collaborators(std::move(collaborators)), m_places(std::move(places)),
       m_manualImportQueue(QStringLiteral("com.ovelt.pavan.gateway.manualImport.queue"),
                           platform::Quality::userInitiated)
 {
@@ -100,14 +100,14 @@ StoreManualImportService::~StoreManualImportService()
 
 void StoreManualImportService::presentImportPanel()
 {
-    if (m_with.panel == nullptr) {
+    if (m_collaborators.panel == nullptr) {
         return;
     }
     ImportPanelRequest request;
     request.title = QStringLiteral("Import DICOM Files");
     request.message = QStringLiteral("Select files and folders to import DICOM files.");
     request.confirmButton = QStringLiteral("Import");
-    m_with.panel->present(request, [weak = weak_from_this()](const QList<QUrl> &urls) {
+    m_collaborators.panel->present(request, [weak = weak_from_this()](const QList<QUrl> &urls) {
         if (const auto self = weak.lock()) {
             self->importItems(urls, kManualUpload);
         }
@@ -116,7 +116,7 @@ void StoreManualImportService::presentImportPanel()
 
 std::shared_ptr<void> StoreManualImportService::observeBatches(BatchObserver begun)
 {
-    Q_ASSERT(m_with.main.isCurrent());
+    Q_ASSERT(m_collaborators.main.isCurrent());
     const auto observer = std::make_shared<BatchObserver>(std::move(begun));
     m_observers.append(observer);
     const QStringList underWay = batchesUnderWay();
@@ -155,11 +155,12 @@ QString StoreManualImportService::importItems(const QList<QUrl> &urls, const QSt
         m_batches.push_back(std::move(batch));
         forgetOldest();
     }
-    m_with.logEmitter.emit(recordFor(id,
-                                     GatewayLogLevel::info,
-                                     GatewayLogAction::importAttempted,
-                                     GatewayLogOutcome::started,
-                                     {{kTrigger, named}, {kSelectedItems, QString::number(urls.size())}}));
+    m_collaborators.logEmitter.emit(
+        recordFor(id,
+                  GatewayLogLevel::info,
+                  GatewayLogAction::importAttempted,
+                  GatewayLogOutcome::started,
+                  {{kTrigger, named}, {kSelectedItems, QString::number(urls.size())}}));
     // The queue is drained before the service goes, so that its work may name it.
     m_manualImportQueue.async([this, id, urls, named, stop] {
         if (!m_closing) {
@@ -184,10 +185,10 @@ void StoreManualImportService::run(const QString &id,
     ManualImportReport report;
     {
         // The temporary roots go with it.
-        ManualImportBatch batch({m_with.dbService,
-                                 m_with.unpacking,
-                                 m_with.clock,
-                                 m_with.availableBytes,
+        ManualImportBatch batch({m_collaborators.dbService,
+                                 m_collaborators.unpacking,
+                                 m_collaborators.clock,
+                                 m_collaborators.availableBytes,
                                  [this, &id](const ManualImportReport &now) { publish(id, now); }},
                                 m_places,
                                 stop);
@@ -203,16 +204,16 @@ void StoreManualImportService::conclude(const QString &id,
                                         const QString &trigger)
 {
     if (report.importedFiles == 0) {
-        m_with.observer.importFailed();
+        m_collaborators.observer.importFailed();
     }
     if (report.candidateFiles == 0) {
-        m_with.logEmitter.emit(emptyRecord(id, report, trigger));
+        m_collaborators.logEmitter.emit(emptyRecord(id, report, trigger));
         return;
     }
-    m_with.logEmitter.emit(summaryRecord(id, report, trigger));
-    m_with.main.post(m_with.refresh);
+    m_collaborators.logEmitter.emit(summaryRecord(id, report, trigger));
+    m_collaborators.main.post(m_collaborators.refresh);
     if (report.importedFiles > 0) {
-        m_with.onImportSucceeded(trigger + QStringLiteral("_import_succeeded"));
+        m_collaborators.onImportSucceeded(trigger + QStringLiteral("_import_succeeded"));
     }
 }
 

@@ -98,7 +98,7 @@ private:
 
     using BatchObserver = std::function<void(const QString &batch)>;
 
-    Collaborators m_with;
+    Collaborators m_collaborators;
     const Places m_places;
     QList<std::weak_ptr<BatchObserver>> m_observers; // main thread only
 

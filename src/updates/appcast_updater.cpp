@@ -19,7 +19,7 @@ constexpr qint64 kStepsOfProgress = 200;
 } // namespace
 
 AppcastUpdater::AppcastUpdater(Collaborators collaborators, const Runtime &runtime)
-    : m_with(std::move(collaborators)), m_runtime(runtime), m_life(std::make_shared<int>()),
+    : m_collaborators(std::move(collaborators)), m_runtime(runtime), m_life(std::make_shared<int>()),
       m_scope(runtime.main, runtime.pool)
 {
     platform::assertMainThread("AppcastUpdater");
@@ -40,12 +40,12 @@ void AppcastUpdater::close()
 
 bool AppcastUpdater::automaticallyChecksForUpdates() const
 {
-    return core::areUpdatesCheckedAutomatically(m_with.defaults);
+    return core::areUpdatesCheckedAutomatically(m_collaborators.defaults);
 }
 
 void AppcastUpdater::setAutomaticallyChecksForUpdates(bool areOn)
 {
-    m_with.defaults.setObject(core::kAutomaticUpdateChecksKey, areOn);
+    m_collaborators.defaults.setObject(core::kAutomaticUpdateChecksKey, areOn);
 }
 
 QCoro::Task<> AppcastUpdater::checkByItself()
@@ -72,7 +72,7 @@ void AppcastUpdater::checkForUpdates()
         stand({.phase = Phase::checking});
         m_scope.start(check());
     }
-    m_with.show(*this);
+    m_collaborators.show(*this);
 }
 
 /// One check for all who want one: a person who asks while one is under way is told what that one finds.
@@ -87,7 +87,7 @@ QCoro::Task<> AppcastUpdater::check()
     std::optional<UpdateError> error;
     try {
         found = co_await platform::onPool(
-            m_runtime.main, m_runtime.pool, [source = &m_with.source, stop = m_scope.stopToken()] {
+            m_runtime.main, m_runtime.pool, [source = &m_collaborators.source, stop = m_scope.stopToken()] {
                 return source->newerItem(stop);
             });
     } catch (const UpdateError &failure) {
@@ -107,16 +107,16 @@ QCoro::Task<> AppcastUpdater::check()
 void AppcastUpdater::applyFound(const Found &item)
 {
     if (item) {
-        m_with.delegate.updaterDidFindValidUpdate(item->names());
+        m_collaborators.delegate.updaterDidFindValidUpdate(item->names());
     }
     if (m_standing.phase == Phase::checking) {
         stand({.phase = item ? Phase::available : Phase::upToDate, .item = item});
     } else if (item && m_standing.phase == Phase::idle &&
-               !m_with.delegate.supportsGentleScheduledUpdateReminders()) {
+               !m_collaborators.delegate.supportsGentleScheduledUpdateReminders()) {
         stand({.phase = Phase::available, .item = item});
-        m_with.show(*this);
+        m_collaborators.show(*this);
     }
-    if (item && m_standing.phase == Phase::idle && m_with.installer.installsByItself() &&
+    if (item && m_standing.phase == Phase::idle && m_collaborators.installer.installsByItself() &&
         automaticallyChecksForUpdates()) {
         m_ahead = std::stop_source();
         m_scope.start(fetchAhead(*item, m_ahead.get_token()));
@@ -127,12 +127,13 @@ void AppcastUpdater::applyFound(const Found &item)
 QCoro::Task<> AppcastUpdater::fetchAhead(AppcastItem item, std::stop_token stop)
 {
     try {
-        co_await platform::onPool(m_runtime.main, m_runtime.pool, [source = &m_with.source, item, stop] {
-            return source->fetch(item, [](qint64) {}, stop);
-        });
+        co_await platform::onPool(
+            m_runtime.main, m_runtime.pool, [source = &m_collaborators.source, item, stop] {
+                return source->fetch(item, [](qint64) {}, stop);
+            });
     } catch (const UpdateError &error) {
         if (!stop.stop_requested()) {
-            m_with.backgroundFailed(error);
+            m_collaborators.backgroundFailed(error);
         }
         co_return;
     }
@@ -151,10 +152,11 @@ void AppcastUpdater::installOnQuit()
     std::stop_source noServer;
     noServer.request_stop();
     try {
-        const QString verified = m_with.source.fetch(*m_itemAhead, [](qint64) {}, noServer.get_token());
-        m_with.installer.install(verified, *m_itemAhead);
+        const QString verified =
+            m_collaborators.source.fetch(*m_itemAhead, [](qint64) {}, noServer.get_token());
+        m_collaborators.installer.install(verified, *m_itemAhead);
     } catch (const UpdateError &error) {
-        m_with.backgroundFailed(error);
+        m_collaborators.backgroundFailed(error);
     }
 }
 
@@ -163,7 +165,7 @@ void AppcastUpdater::applyFailure(const UpdateError &error)
     if (m_standing.phase == Phase::checking) {
         stand({.phase = Phase::failed, .error = error});
     } else {
-        m_with.backgroundFailed(error);
+        m_collaborators.backgroundFailed(error);
     }
 }
 
@@ -189,7 +191,7 @@ QCoro::Task<> AppcastUpdater::fetchAndInstall(AppcastItem item, std::stop_token 
         }
         stand({.phase = Phase::installing, .item = item, .received = item.length});
         outcome = co_await platform::onPool(
-            m_runtime.main, m_runtime.pool, [installer = &m_with.installer, verified, item] {
+            m_runtime.main, m_runtime.pool, [installer = &m_collaborators.installer, verified, item] {
                 return installer->install(verified, item);
             });
     } catch (const UpdateError &error) {
@@ -202,7 +204,7 @@ QCoro::Task<> AppcastUpdater::fetchAndInstall(AppcastItem item, std::stop_token 
         stand({.phase = Phase::handedOver, .item = item, .received = item.length});
     } else {
         stand({.phase = Phase::installed, .item = item, .received = item.length});
-        m_with.relaunch();
+        m_collaborators.relaunch();
     }
 }
 
@@ -222,7 +224,7 @@ QCoro::Task<QString> AppcastUpdater::fetch(AppcastItem item, std::stop_token sto
             }
         };
     const QString verified = co_await platform::onPool(
-        m_runtime.main, m_runtime.pool, [source = &m_with.source, item, progress, stop] {
+        m_runtime.main, m_runtime.pool, [source = &m_collaborators.source, item, progress, stop] {
             return source->fetch(item, progress, stop);
         });
     co_return verified;

@@ -119,7 +119,7 @@ private:
     void noteReceived(qint64 received);
     void stand(Standing standing);
 
-    const Collaborators m_with;
+    const Collaborators m_collaborators;
     const Runtime m_runtime;
     Standing m_standing;
     bool m_isChecking = false;

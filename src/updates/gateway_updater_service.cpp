@@ -8,7 +8,8 @@
 
 namespace gateway::updates {
 
-GatewayUpdaterService::GatewayUpdaterService(Collaborators collaborators) : m_with(std::move(collaborators))
+GatewayUpdaterService::GatewayUpdaterService(Collaborators collaborators)
+    : m_collaborators(std::move(collaborators))
 {
     platform::assertMainThread("GatewayUpdaterService");
 }
@@ -18,9 +19,9 @@ void GatewayUpdaterService::start()
     if (std::exchange(m_hasStarted, true)) {
         return;
     }
-    m_with.emitter.emit({.category = log::GatewayLogCategory::updater,
-                         .action = log::GatewayLogAction::updaterStarted,
-                         .outcome = log::GatewayLogOutcome::started});
+    m_collaborators.emitter.emit({.category = log::GatewayLogCategory::updater,
+                                  .action = log::GatewayLogAction::updaterStarted,
+                                  .outcome = log::GatewayLogOutcome::started});
     if (updater().automaticallyChecksForUpdates()) {
         logCheckRequested(QStringLiteral("startup_background"));
         updater().checkForUpdatesInBackground();
@@ -36,23 +37,23 @@ void GatewayUpdaterService::checkForUpdates(const QString &reason)
 
 void GatewayUpdaterService::updaterDidFindValidUpdate(const UpdateItem &item)
 {
-    m_with.showBanner(state::updateAvailableBanner(item.displayVersionString, item.versionString));
+    m_collaborators.showBanner(state::updateAvailableBanner(item.displayVersionString, item.versionString));
 }
 
 Updater &GatewayUpdaterService::updater()
 {
     if (!m_updater) {
-        m_updater = m_with.makeUpdater(*this);
+        m_updater = m_collaborators.makeUpdater(*this);
     }
     return *m_updater;
 }
 
 void GatewayUpdaterService::logCheckRequested(const QString &reason)
 {
-    m_with.emitter.emit({.category = log::GatewayLogCategory::updater,
-                         .action = log::GatewayLogAction::updaterCheckRequested,
-                         .outcome = log::GatewayLogOutcome::started,
-                         .details = {{QStringLiteral("reason"), reason}}});
+    m_collaborators.emitter.emit({.category = log::GatewayLogCategory::updater,
+                                  .action = log::GatewayLogAction::updaterCheckRequested,
+                                  .outcome = log::GatewayLogOutcome::started,
+                                  .details = {{QStringLiteral("reason"), reason}}});
 }
 
 } // namespace gateway::updates

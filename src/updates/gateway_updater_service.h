@@ -53,7 +53,7 @@ private:
     Updater &updater();
     void logCheckRequested(const QString &reason);
 
-    const Collaborators m_with;
+    const Collaborators m_collaborators;
     bool m_hasStarted = false;
     std::unique_ptr<Updater> m_updater; // absent before its first use
 };

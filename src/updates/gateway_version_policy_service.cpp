@@ -44,7 +44,7 @@ bool isWithin(const std::optional<QDateTime> &date, const QDateTime &now, std::c
 } // namespace
 
 GatewayVersionPolicyService::GatewayVersionPolicyService(Collaborators collaborators, const Runtime &runtime)
-    : m_with(std::move(collaborators)), m_runtime(runtime), m_scope(runtime.main, runtime.pool)
+    : m_collaborators(std::move(collaborators)), m_runtime(runtime), m_scope(runtime.main, runtime.pool)
 {
     platform::assertMainThread("GatewayVersionPolicyService");
 }
@@ -116,8 +116,10 @@ QCoro::Task<GatewayVersionPolicyService::Answer> GatewayVersionPolicyService::ch
 {
     Answer answer;
     try {
-        const cloud_client::QrnVersionsResponse result = co_await platform::onPool(
-            m_runtime.main, m_runtime.pool, [api = &m_with.versionsAPI] { return api->checkVersions(); });
+        const cloud_client::QrnVersionsResponse result =
+            co_await platform::onPool(m_runtime.main, m_runtime.pool, [api = &m_collaborators.versionsAPI] {
+                return api->checkVersions();
+            });
         answer = result;
     } catch (const std::exception &error) {
         answer = inWords(error);
@@ -140,8 +142,8 @@ QCoro::Task<> GatewayVersionPolicyService::applyAnswer(QString trigger, Answer a
 void GatewayVersionPolicyService::noteSuccess(const QString &trigger,
                                               const cloud_client::QrnVersionsResponse &result)
 {
-    m_with.settings.gatewayUpdatePolicyLastSuccessAt.set(m_runtime.clock.now());
-    m_with.settings.gatewayUpdatePolicyLastFailureAt.set(std::nullopt);
+    m_collaborators.settings.gatewayUpdatePolicyLastSuccessAt.set(m_runtime.clock.now());
+    m_collaborators.settings.gatewayUpdatePolicyLastFailureAt.set(std::nullopt);
     emit(GatewayLogAction::versionPolicyCheckSucceeded,
          GatewayLogLevel::info,
          GatewayLogOutcome::succeeded,
@@ -154,8 +156,8 @@ void GatewayVersionPolicyService::noteSuccess(const QString &trigger,
 /// The date of the last failure is that of the first one since the last success.
 void GatewayVersionPolicyService::noteFailure(const QString &trigger, const log::GatewayLogError &error)
 {
-    if (!m_with.settings.gatewayUpdatePolicyLastFailureAt.get()) {
-        m_with.settings.gatewayUpdatePolicyLastFailureAt.set(m_runtime.clock.now());
+    if (!m_collaborators.settings.gatewayUpdatePolicyLastFailureAt.get()) {
+        m_collaborators.settings.gatewayUpdatePolicyLastFailureAt.set(m_runtime.clock.now());
     }
     emit(GatewayLogAction::versionPolicyCheckFailed,
          GatewayLogLevel::warning,
@@ -167,18 +169,18 @@ void GatewayVersionPolicyService::noteFailure(const QString &trigger, const log:
 QCoro::Task<> GatewayVersionPolicyService::applyResult(cloud_client::QrnVersionsResponse result)
 {
     if (result.critical) {
-        m_with.showBanner(state::criticalUpdateBanner());
+        m_collaborators.showBanner(state::criticalUpdateBanner());
         emit(GatewayLogAction::versionPolicyCriticalUpdateDetected,
              GatewayLogLevel::warning,
              GatewayLogOutcome::succeeded);
         co_await promptForCriticalUpdate();
     } else if (result.nonCritical) {
-        m_with.showBanner(state::installsOnQuitBanner());
+        m_collaborators.showBanner(state::installsOnQuitBanner());
         emit(GatewayLogAction::versionPolicyNonCriticalUpdateDetected,
              GatewayLogLevel::info,
              GatewayLogOutcome::succeeded);
     } else {
-        m_with.showBanner(std::nullopt);
+        m_collaborators.showBanner(std::nullopt);
         emit(GatewayLogAction::versionPolicyNoUpdate, GatewayLogLevel::debug, GatewayLogOutcome::succeeded);
     }
 }
@@ -186,27 +188,29 @@ QCoro::Task<> GatewayVersionPolicyService::applyResult(cloud_client::QrnVersions
 QCoro::Task<> GatewayVersionPolicyService::promptForCriticalUpdate()
 {
     const QDateTime now = m_runtime.clock.now();
-    if (isWithin(
-            m_with.settings.gatewayCriticalUpdatePromptLastShownAt.get(), now, kCriticalPromptThrottle)) {
+    if (isWithin(m_collaborators.settings.gatewayCriticalUpdatePromptLastShownAt.get(),
+                 now,
+                 kCriticalPromptThrottle)) {
         co_return;
     }
-    m_with.settings.gatewayCriticalUpdatePromptLastShownAt.set(now);
+    m_collaborators.settings.gatewayCriticalUpdatePromptLastShownAt.set(now);
     const bool isWanted = co_await ask(criticalUpdateAlert());
     if (isWanted && !m_scope.stopToken().stop_requested()) {
-        m_with.updaterService.checkForUpdates(QStringLiteral("critical_policy_prompt"));
+        m_collaborators.updaterService.checkForUpdates(QStringLiteral("critical_policy_prompt"));
     }
 }
 
 /// A gateway that never reached the service counts from its first failure.
 bool GatewayVersionPolicyService::isOfflineWarningDue(const QDateTime &now) const
 {
-    std::optional<QDateTime> since = m_with.settings.gatewayUpdatePolicyLastSuccessAt.get();
+    std::optional<QDateTime> since = m_collaborators.settings.gatewayUpdatePolicyLastSuccessAt.get();
     if (!since) {
-        since = m_with.settings.gatewayUpdatePolicyLastFailureAt.get();
+        since = m_collaborators.settings.gatewayUpdatePolicyLastFailureAt.get();
     }
     return since && !isWithin(since, now, kLongOfflineThreshold) &&
-           !isWithin(
-               m_with.settings.gatewayOfflineUpdateWarningLastShownAt.get(), now, kOfflineWarningThrottle);
+           !isWithin(m_collaborators.settings.gatewayOfflineUpdateWarningLastShownAt.get(),
+                     now,
+                     kOfflineWarningThrottle);
 }
 
 QCoro::Task<> GatewayVersionPolicyService::evaluateOfflineWarning(QDateTime now)
@@ -214,8 +218,8 @@ QCoro::Task<> GatewayVersionPolicyService::evaluateOfflineWarning(QDateTime now)
     if (!isOfflineWarningDue(now)) {
         co_return;
     }
-    m_with.settings.gatewayOfflineUpdateWarningLastShownAt.set(now);
-    m_with.showBanner(state::longUncheckedBanner());
+    m_collaborators.settings.gatewayOfflineUpdateWarningLastShownAt.set(now);
+    m_collaborators.showBanner(state::longUncheckedBanner());
     emit(GatewayLogAction::versionPolicyOfflineWarningShown,
          GatewayLogLevel::warning,
          GatewayLogOutcome::succeeded);
@@ -225,7 +229,7 @@ QCoro::Task<> GatewayVersionPolicyService::evaluateOfflineWarning(QDateTime now)
 QCoro::Task<bool> GatewayVersionPolicyService::ask(Alert alert)
 {
     m_openAlert = std::make_shared<PendingAnswer>(m_runtime.main);
-    const bool accepted = co_await updates::ask(m_with.alerts, std::move(alert), m_openAlert);
+    const bool accepted = co_await updates::ask(m_collaborators.alerts, std::move(alert), m_openAlert);
     m_openAlert.reset();
     co_return accepted;
 }
@@ -236,12 +240,12 @@ void GatewayVersionPolicyService::emit(GatewayLogAction action,
                                        QMap<QString, QString> details,
                                        std::optional<log::GatewayLogError> error)
 {
-    m_with.emitter.emit({.level = level,
-                         .category = log::GatewayLogCategory::updater,
-                         .action = action,
-                         .outcome = outcome,
-                         .details = std::move(details),
-                         .error = std::move(error)});
+    m_collaborators.emitter.emit({.level = level,
+                                  .category = log::GatewayLogCategory::updater,
+                                  .action = action,
+                                  .outcome = outcome,
+                                  .details = std::move(details),
+                                  .error = std::move(error)});
 }
 
 } // namespace gateway::updates

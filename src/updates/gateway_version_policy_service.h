@@ -111,7 +111,7 @@ private:
               QMap<QString, QString> details = {},
               std::optional<log::GatewayLogError> error = std::nullopt);
 
-    const Collaborators m_with;
+    const Collaborators m_collaborators;
     const Runtime m_runtime;
     std::optional<std::stop_source> m_periodicCheckTask; // set while the daily checks run
     bool m_isChecking = false;

@@ -49,25 +49,26 @@ std::optional<QString> copyProgram(const QString &source, const QString &destina
 } // namespace
 
 MoveToApplicationsService::MoveToApplicationsService(Collaborators collaborators, Place place)
-    : m_with(std::move(collaborators)), m_place(std::move(place)), m_life(std::make_shared<int>())
+    : m_collaborators(std::move(collaborators)), m_place(std::move(place)), m_life(std::make_shared<int>())
 {
     platform::assertMainThread("MoveToApplicationsService");
 }
 
 void MoveToApplicationsService::checkInstallLocation()
 {
-    if (!m_with.main.isCurrent()) {
-        m_with.main.post(m_life, [this] { checkInstallLocation(); });
+    if (!m_collaborators.main.isCurrent()) {
+        m_collaborators.main.post(m_life, [this] { checkInstallLocation(); });
         return;
     }
     if (std::exchange(m_hasCheckedInstallLocation, true) || !shouldOfferMove()) {
         return;
     }
-    m_with.alerts.ask(moveToApplicationsAlert(), [this, life = std::weak_ptr(m_life)](bool isWanted) {
-        if (isWanted && !life.expired()) {
-            performMove();
-        }
-    });
+    m_collaborators.alerts.ask(moveToApplicationsAlert(),
+                               [this, life = std::weak_ptr(m_life)](bool isWanted) {
+                                   if (isWanted && !life.expired()) {
+                                       performMove();
+                                   }
+                               });
 }
 
 bool MoveToApplicationsService::shouldOfferMove() const
@@ -81,25 +82,28 @@ void MoveToApplicationsService::performMove()
 {
     const QString destination =
         applicationsOf(m_place.homeFolder) + u'/' + QFileInfo(m_place.bundle).fileName();
-    m_with.pool.run(
-        [this, destination, source = m_place.bundle, &main = m_with.main, life = std::weak_ptr(m_life)] {
-            const std::optional<QString> problem = copyProgram(source, destination);
-            main.post(life, [this, destination, problem] { moved(destination, problem); });
-        });
+    m_collaborators.pool.run([this,
+                              destination,
+                              source = m_place.bundle,
+                              &main = m_collaborators.main,
+                              life = std::weak_ptr(m_life)] {
+        const std::optional<QString> problem = copyProgram(source, destination);
+        main.post(life, [this, destination, problem] { moved(destination, problem); });
+    });
 }
 
 void MoveToApplicationsService::moved(const QString &destination, const std::optional<QString> &problem)
 {
     if (problem) {
         showFailure(*problem);
-    } else if (!m_with.open(destination)) {
+    } else if (!m_collaborators.open(destination)) {
         showFailure(QStringLiteral("%1 can't be started.").arg(destination));
     }
 }
 
 void MoveToApplicationsService::showFailure(const QString &why)
 {
-    m_with.alerts.ask(moveFailedAlert(why), [](bool) {});
+    m_collaborators.alerts.ask(moveFailedAlert(why), [](bool) {});
 }
 
 } // namespace gateway::updates

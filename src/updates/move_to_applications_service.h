@@ -54,7 +54,7 @@ private:
     void moved(const QString &destination, const std::optional<QString> &problem);
     void showFailure(const QString &why);
 
-    const Collaborators m_with;
+    const Collaborators m_collaborators;
     const Place m_place;
     bool m_hasCheckedInstallLocation = false;
     std::shared_ptr<const void> m_life; // last: what is posted to the main thread is dropped once it has died

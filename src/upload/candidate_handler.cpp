@@ -55,8 +55,11 @@ QList<QList<PreparedCandidate>> withoutTwins(const QList<PreparedCandidate> &fil
 
 } // namespace
 
-CandidateHandler::CandidateHandler(const UploadCollaborators &with, const RunIdentity &run, RunHalt &halt)
-    : m_with(with), m_run(run), m_halt(halt), m_preparer(with, run), m_attempt(with, run, m_preparer)
+CandidateHandler::CandidateHandler(const UploadCollaborators &collaborators,
+                                   const RunIdentity &run,
+                                   RunHalt &halt)
+    : m_collaborators(collaborators), m_run(run), m_halt(halt), m_preparer(collaborators, run),
+      m_attempt(collaborators, run, m_preparer)
 {
 }
 
@@ -82,16 +85,16 @@ void CandidateHandler::begin(const Contexts &contexts) const
 {
     QList<index::ImageObjectID> images;
     for (const CandidateContext &context : contexts) {
-        m_with.emitter.emit({.category = log::GatewayLogCategory::send,
-                             .action = log::GatewayLogAction::uploadCandidateSelected,
-                             .outcome = log::GatewayLogOutcome::started,
-                             .correlationId = m_run.runId,
-                             .fileURL = context.candidate.fileURL,
-                             .attempt = context.attempt,
-                             .details = candidateDetails(context, m_run.executionDetails)});
+        m_collaborators.emitter.emit({.category = log::GatewayLogCategory::send,
+                                      .action = log::GatewayLogAction::uploadCandidateSelected,
+                                      .outcome = log::GatewayLogOutcome::started,
+                                      .correlationId = m_run.runId,
+                                      .fileURL = context.candidate.fileURL,
+                                      .attempt = context.attempt,
+                                      .details = candidateDetails(context, m_run.executionDetails)});
         images.append(context.candidate.imageObjectIDs);
     }
-    m_with.index.markImagesInProgress(images);
+    m_collaborators.index.markImagesInProgress(images);
 }
 
 CandidateHandler::Outcomes CandidateHandler::finish(const Contexts &chunk)
@@ -107,7 +110,7 @@ CandidateHandler::Outcomes CandidateHandler::known(Outcomes outcomes)
         return outcome.end.failure.failureClass == core::FailureClass::fileMissing ||
                outcome.end.failure.failureClass == core::FailureClass::fileUnreadable;
     };
-    if (std::ranges::any_of(outcomes, lacksItsFile) && m_with.index.isStoreOutOfSight()) {
+    if (std::ranges::any_of(outcomes, lacksItsFile) && m_collaborators.index.isStoreOutOfSight()) {
         m_halt.indexFailed();
         outcomes.removeIf(lacksItsFile);
     }
@@ -138,7 +141,7 @@ CandidateHandler::Outcomes CandidateHandler::finishFile(const CandidateContext &
 /// waits for the next one.
 bool CandidateHandler::stands(const cloud_client::CloudSession &session) const
 {
-    if (!m_halt.isHalted() && m_with.session.present() != session) {
+    if (!m_halt.isHalted() && m_collaborators.session.present() != session) {
         m_halt.sessionOver();
     }
     return !m_halt.isHalted();
@@ -171,7 +174,7 @@ bool CandidateHandler::mayBeSent(QList<PreparedCandidate> &files)
     for (const PreparedCandidate &file : files) {
         instances.append(StoreUpload::sentInstance(file));
     }
-    const auto before = m_with.index.noteSending(instances);
+    const auto before = m_collaborators.index.noteSending(instances);
     if (!before) {
         m_halt.indexFailed();
         return false;
@@ -192,7 +195,7 @@ void CandidateHandler::noteFailures(const Outcomes &outcomes) const
         }
     }
     if (!failed.isEmpty()) {
-        m_with.index.noteTriedInVain(failed);
+        m_collaborators.index.noteTriedInVain(failed);
     }
 }
 

@@ -18,7 +18,7 @@ public:
     using Outcomes = QList<StoreUpload::CandidateOutcome>;
 
     /// \param halt  told how each request ended, and asked before each; outlives the handler.
-    CandidateHandler(const UploadCollaborators &with, const RunIdentity &run, RunHalt &halt);
+    CandidateHandler(const UploadCollaborators &collaborators, const RunIdentity &run, RunHalt &halt);
 
     /// The candidates from `from` on that go together: one, or in batches as many as a batch holds. One that
     /// failed before goes alone, so that it takes nobody down with it.
@@ -45,7 +45,7 @@ private:
     bool mayBeSent(QList<StoreUpload::PreparedCandidate> &files);
     StoreUpload::CandidatePreparationResult prepare(const StoreUpload::CandidateContext &context) const;
 
-    const UploadCollaborators &m_with;
+    const UploadCollaborators &m_collaborators;
     const RunIdentity &m_run;
     RunHalt &m_halt;
     const CandidatePreparer m_preparer;

@@ -71,7 +71,7 @@ CandidatePreparationResult CandidatePreparer::prepare(const CandidateContext &co
     if (!m_run.config.compressionEnabled) {
         return asItIs(context, sourceURL, asOriginal);
     }
-    const SendableFile made = m_with.converter.convertToJPEGLossless(sourceURL.toLocalFile());
+    const SendableFile made = m_collaborators.converter.convertToJPEGLossless(sourceURL.toLocalFile());
     if (made.fate == SendableFile::Fate::nameless) {
         return reportUnsendable(context, classOf(context.candidate, made), asOriginal);
     }
@@ -105,7 +105,7 @@ CandidatePreparer::asItIs(const CandidateContext &context, const QUrl &sourceURL
     if (!exists(sourceURL)) {
         return reportMissing(context, details);
     }
-    const SendableFile made = m_with.converter.makeSendable(sourceURL.toLocalFile());
+    const SendableFile made = m_collaborators.converter.makeSendable(sourceURL.toLocalFile());
     if (made.fate == SendableFile::Fate::ready) {
         return ready(context, made, details);
     }
@@ -151,7 +151,7 @@ UnsendableFile CandidatePreparer::reportUnsendable(const CandidateContext &conte
                                   .attempt = context.attempt,
                                   .details = details};
     record.details.insert(QStringLiteral("unsendable_reason"), QString(core::rawValue(failureClass)));
-    m_with.emitter.emit(record);
+    m_collaborators.emitter.emit(record);
     return {failureClass, details};
 }
 
@@ -166,14 +166,14 @@ void CandidatePreparer::cleanUp(const PreparedCandidate &prepared) const
 
 MissingFile CandidatePreparer::reportMissing(const CandidateContext &context, const Details &details) const
 {
-    m_with.emitter.emit({.level = log::GatewayLogLevel::warning,
-                         .category = log::GatewayLogCategory::send,
-                         .action = log::GatewayLogAction::uploadCandidateFileMissing,
-                         .outcome = log::GatewayLogOutcome::failed,
-                         .correlationId = m_run.runId,
-                         .fileURL = standardized(context.candidate.fileURL),
-                         .attempt = context.attempt,
-                         .details = details});
+    m_collaborators.emitter.emit({.level = log::GatewayLogLevel::warning,
+                                  .category = log::GatewayLogCategory::send,
+                                  .action = log::GatewayLogAction::uploadCandidateFileMissing,
+                                  .outcome = log::GatewayLogOutcome::failed,
+                                  .correlationId = m_run.runId,
+                                  .fileURL = standardized(context.candidate.fileURL),
+                                  .attempt = context.attempt,
+                                  .details = details});
     return {details};
 }
 

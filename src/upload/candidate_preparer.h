@@ -12,7 +12,10 @@ namespace gateway::upload {
 class CandidatePreparer
 {
 public:
-    CandidatePreparer(const UploadCollaborators &with, const RunIdentity &run) : m_with(with), m_run(run) {}
+    CandidatePreparer(const UploadCollaborators &collaborators, const RunIdentity &run)
+        : m_collaborators(collaborators), m_run(run)
+    {
+    }
 
     /// Converts if the run is told to, and puts a header right that contradicts its dataset; blocks for so
     /// long.
@@ -42,7 +45,7 @@ private:
                                                  core::FailureClass failureClass,
                                                  const Details &details) const;
 
-    const UploadCollaborators &m_with;
+    const UploadCollaborators &m_collaborators;
     const RunIdentity &m_run;
 };
 

@@ -41,14 +41,14 @@ bool CloudTermsFollowUp::promptIfRequired(const QString &runId, const QUrl &file
 {
     cloud_client::QrnQuorinCloudTermsStatusResponse status;
     try {
-        status = m_with.terms.status();
+        status = m_collaborators.terms.status();
     } catch (const std::exception &) {
         return false; // the next failed upload asks again
     }
     if (!status.required) {
         return false;
     }
-    m_with.emitter.emit(
+    m_collaborators.emitter.emit(
         {.level = log::GatewayLogLevel::warning,
          .category = log::GatewayLogCategory::send,
          .action = log::GatewayLogAction::uploadAttemptFailed,
@@ -57,7 +57,7 @@ bool CloudTermsFollowUp::promptIfRequired(const QString &runId, const QUrl &file
          .fileURL = fileURL,
          .details = {{QStringLiteral("follow_up"), QStringLiteral("quorin_cloud_terms_required")},
                      {QStringLiteral("required_version"), status.requiredVersion}}});
-    m_with.main.post([&notifications = m_with.notifications] {
+    m_collaborators.main.post([&notifications = m_collaborators.notifications] {
         notifications.post(core::kOpenPreferences);
         notifications.post(core::kQuorinCloudTermsRequired);
     });

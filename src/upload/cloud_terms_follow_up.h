@@ -26,7 +26,10 @@ public:
         const platform::Clock &clock;
     };
 
-    explicit CloudTermsFollowUp(const Collaborators &with) : m_with(with), m_gate(with.clock) {}
+    explicit CloudTermsFollowUp(const Collaborators &collaborators)
+        : m_collaborators(collaborators), m_gate(collaborators.clock)
+    {
+    }
 
     void checkTermsAfterUploadFailure(const std::exception &error,
                                       const QString &runId,
@@ -35,7 +38,7 @@ public:
 private:
     bool promptIfRequired(const QString &runId, const QUrl &fileURL) const;
 
-    const Collaborators m_with;
+    const Collaborators m_collaborators;
     QuorinCloudTermsPromptGate m_gate;
 };
 

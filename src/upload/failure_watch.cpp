@@ -29,22 +29,24 @@ std::optional<core::FailureClass> mostFrequentIn(const QList<FailureFigure> &fig
 
 } // namespace
 
-FailureWatch::FailureWatch(const Collaborators &with) : m_with(with)
+FailureWatch::FailureWatch(const Collaborators &collaborators) : m_collaborators(collaborators)
 {
     platform::assertMainThread("FailureWatch");
 }
 
 void FailureWatch::refresh()
 {
-    const std::chrono::nanoseconds now = m_with.clock.monotonic();
+    const std::chrono::nanoseconds now = m_collaborators.clock.monotonic();
     if (m_readAt && now - *m_readAt < kPause) {
         return;
     }
     m_readAt = now;
-    m_with.pool.run(
-        [this, &main = m_with.main, read = m_with.read, life = std::weak_ptr<const void>(m_life)] {
-            main.post(life, [this, figures = read()] { show(figures); });
-        });
+    m_collaborators.pool.run([this,
+                              &main = m_collaborators.main,
+                              read = m_collaborators.read,
+                              life = std::weak_ptr<const void>(m_life)] {
+        main.post(life, [this, figures = read()] { show(figures); });
+    });
 }
 
 void FailureWatch::show(const QList<FailureFigure> &figures)

@@ -35,7 +35,7 @@ public:
     /// The index is read at most this often: a cloud that refuses everything fails very many.
     static constexpr std::chrono::seconds kPause{2};
 
-    explicit FailureWatch(const Collaborators &with);
+    explicit FailureWatch(const Collaborators &collaborators);
 
     /// Nothing before the first reading, or while nothing has failed.
     std::optional<core::FailureClass> mostFrequent() const { return m_mostFrequent; }
@@ -50,7 +50,7 @@ Q_SIGNALS:
 private:
     void show(const QList<FailureFigure> &figures);
 
-    const Collaborators m_with;
+    const Collaborators m_collaborators;
     std::optional<core::FailureClass> m_mostFrequent;
     std::optional<std::chrono::nanoseconds> m_readAt;
     std::shared_ptr<const bool> m_life = std::make_shared<const bool>(true);

@@ -33,7 +33,7 @@ private:
 };
 
 GatewayAutoDeleteCleanupService::GatewayAutoDeleteCleanupService(Collaborators collaborators)
-    : m_with(std::move(collaborators)),
+    : m_collaborators(std::move(collaborators)),
       m_queue(QStringLiteral("com.ovelt.pavan.gateway.autoDelete.queue"), platform::Quality::utility)
 {
 }
@@ -63,17 +63,17 @@ GatewayAutoDeleteCleanupService::performCleanup(const QString &trigger,
     if (!running.isOurs()) {
         return std::nullopt; // the next trigger catches up
     }
-    const QDateTime now = overrideCutoff ? *overrideCutoff : m_with.dateProvider();
-    const std::optional<QDateTime> cutoff = m_with.cutoffDateProvider(now);
+    const QDateTime now = overrideCutoff ? *overrideCutoff : m_collaborators.dateProvider();
+    const std::optional<QDateTime> cutoff = m_collaborators.cutoffDateProvider(now);
     if (!cutoff || (!overrideCutoff && !mayTrustClock(trigger, correlationId))) {
         return std::nullopt;
     }
-    const index::LocalPruneResult result = m_with.pruner(*cutoff);
+    const index::LocalPruneResult result = m_collaborators.pruner(*cutoff);
     tell(result, trigger, correlationId);
     const bool changed = result.deletedImageCount != 0 || result.deletedSeriesCount != 0 ||
                          result.deletedStudyCount != 0 || result.deletedFileCount != 0;
     if (changed) {
-        m_with.main.post(m_with.appStateRefreshHandler);
+        m_collaborators.main.post(m_collaborators.appStateRefreshHandler);
     }
     return result;
 }
@@ -82,7 +82,7 @@ GatewayAutoDeleteCleanupService::performCleanup(const QString &trigger,
 bool GatewayAutoDeleteCleanupService::mayTrustClock(const QString &trigger,
                                                     const std::optional<QString> &correlationId)
 {
-    const bool isBelieved = m_with.isClockBelieved();
+    const bool isBelieved = m_collaborators.isClockBelieved();
     if (!m_isHeldBack.exchange(!isBelieved) && !isBelieved) {
         log::StoreLogRecord record;
         record.level = log::GatewayLogLevel::warning;
@@ -92,7 +92,7 @@ bool GatewayAutoDeleteCleanupService::mayTrustClock(const QString &trigger,
         record.correlationId = correlationId;
         record.details = {{QStringLiteral("trigger"), trigger},
                           {QStringLiteral("reason"), QStringLiteral("clock_in_doubt")}};
-        m_with.logger.emit(std::move(record));
+        m_collaborators.logger.emit(std::move(record));
     }
     return isBelieved;
 }
@@ -116,7 +116,7 @@ void GatewayAutoDeleteCleanupService::tell(const index::LocalPruneResult &result
         {QStringLiteral("deleted_files"), QString::number(result.deletedFileCount)},
         {QStringLiteral("failed_images"), QString::number(result.failedImageCount)},
     };
-    m_with.logger.emit(std::move(record));
+    m_collaborators.logger.emit(std::move(record));
 }
 
 } // namespace gateway::upload

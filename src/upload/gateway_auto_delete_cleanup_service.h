@@ -76,7 +76,7 @@ private:
               const QString &trigger,
               const std::optional<QString> &correlationId);
 
-    const Collaborators m_with;
+    const Collaborators m_collaborators;
     std::atomic<bool> m_closing = false;
     std::atomic<bool> m_isHeldBack = false;
     platform::Mutex m_stateLock;

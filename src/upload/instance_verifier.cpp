@@ -134,7 +134,7 @@ std::optional<AttemptEnd> InstanceVerifier::endWithoutRequest(const PreparedCand
 
 std::optional<AttemptEnd> InstanceVerifier::lookFirst(const PreparedCandidate &prepared) const
 {
-    const index::SentBefore before = m_with.index.sentBefore(StoreUpload::sentInstance(prepared));
+    const index::SentBefore before = m_collaborators.index.sentBefore(StoreUpload::sentInstance(prepared));
     switch (before) {
     case index::SentBefore::nothing:
     case index::SentBefore::anotherVersion:
@@ -165,7 +165,7 @@ std::optional<AttemptEnd> InstanceVerifier::lookForTaken(PreparedCandidate prepa
         return std::nullopt;
     }
     try {
-        if (m_with.cloud.isFound(prepared.context.session, prepared.identity)) {
+        if (m_collaborators.cloud.isFound(prepared.context.session, prepared.identity)) {
             prepared.sentBefore = before;
             return confirm(prepared, CloudsWord::isShown);
         }
@@ -192,10 +192,10 @@ std::optional<AttemptEnd> InstanceVerifier::lookForUnrecorded(const PreparedCand
     } catch (const std::exception &error) {
         const Unasked query = unasked(error, prepared);
         if (!query.isNotOffered) {
-            m_with.index.noteQueryFailed(prepared.context.session.cloud);
+            m_collaborators.index.noteQueryFailed(prepared.context.session.cloud);
             return query.end;
         }
-        if (m_with.index.noteQueryRefused(prepared.context.session.cloud)) {
+        if (m_collaborators.index.noteQueryRefused(prepared.context.session.cloud)) {
             return std::nullopt; // its word is all there is
         }
         return failed(FailureClass::notLookedUp, query.end.failure.code);
@@ -219,7 +219,7 @@ std::optional<AttemptEnd> InstanceVerifier::lookForUnknown(const PreparedCandida
     const bool wasCalledStored =
         core::failureClassOf(prepared.context.candidate.lastFailure) == FailureClass::notComparable;
     try {
-        return wasCalledStored && m_with.cloud.isFound(prepared.context.session, prepared.identity)
+        return wasCalledStored && m_collaborators.cloud.isFound(prepared.context.session, prepared.identity)
                    ? std::optional(look.end)
                    : std::nullopt;
     } catch (const std::exception &error) {
@@ -232,18 +232,18 @@ bool InstanceVerifier::mayBeHeld(const cloud_client::CloudSession &session,
                                  const platform::InstanceIdentity &identity) const
 {
     if (!identity.study.isEmpty() && !identity.series.isEmpty()) {
-        if (m_with.newSeries.contains(session.cloud, identity)) {
+        if (m_collaborators.newSeries.contains(session.cloud, identity)) {
             return false;
         }
-        const bool isSeriesFound = m_with.cloud.isSeriesFound(session, identity);
-        m_with.index.noteQueryAnswered(session.cloud);
+        const bool isSeriesFound = m_collaborators.cloud.isSeriesFound(session, identity);
+        m_collaborators.index.noteQueryAnswered(session.cloud);
         if (!isSeriesFound) {
-            m_with.newSeries.add(session.cloud, identity);
+            m_collaborators.newSeries.add(session.cloud, identity);
             return false;
         }
     }
-    const bool mayHold = m_with.cloud.mayHold(session, identity);
-    m_with.index.noteQueryAnswered(session.cloud);
+    const bool mayHold = m_collaborators.cloud.mayHold(session, identity);
+    m_collaborators.index.noteQueryAnswered(session.cloud);
     return mayHold;
 }
 
@@ -251,7 +251,7 @@ bool InstanceVerifier::mayBeHeld(const cloud_client::CloudSession &session,
 bool InstanceVerifier::noteDoubt(const PreparedCandidate &prepared) const
 {
     constexpr std::int64_t kNobodyKnowsWhich = 0;
-    return m_with.index
+    return m_collaborators.index
         .noteSending({{.instance = prepared.identity.instance,
                        .version = kNobodyKnowsWhich,
                        .cloud = prepared.context.session.cloud}})
@@ -264,7 +264,7 @@ AttemptEnd InstanceVerifier::confirm(const PreparedCandidate &prepared, CloudsWo
     if (!isNew && !mayBeFromHere(prepared.sentBefore, word) && !noteDoubt(prepared)) {
         return kDoubtNotNoted;
     }
-    const bool isInDoubt = m_with.index.mayOtherVersionBeSent(StoreUpload::sentInstance(prepared));
+    const bool isInDoubt = m_collaborators.index.mayOtherVersionBeSent(StoreUpload::sentInstance(prepared));
     if (isNew && !isInDoubt) {
         return StoreUpload::kUploaded;
     }
@@ -286,7 +286,7 @@ AttemptEnd InstanceVerifier::endByRecord(const PreparedCandidate &prepared) cons
         return failed(FailureClass::notConfirmed); // the result of that one tells, the next time
     }
     try {
-        return m_with.cloud.isFound(prepared.context.session, prepared.identity)
+        return m_collaborators.cloud.isFound(prepared.context.session, prepared.identity)
                    ? StoreUpload::kUploaded
                    : failed(FailureClass::notConfirmed);
     } catch (const std::exception &error) {
@@ -300,7 +300,7 @@ AttemptEnd InstanceVerifier::endByRecord(const PreparedCandidate &prepared) cons
 InstanceVerifier::Look InstanceVerifier::compareWithCloud(const PreparedCandidate &prepared) const
 {
     const platform::InstanceIdentity &identity = prepared.identity;
-    const QString fetched = m_with.converter.temporaryPath();
+    const QString fetched = m_collaborators.converter.temporaryPath();
     if (identity.study.isEmpty() || identity.series.isEmpty()) {
         return {failed(FailureClass::notComparable)}; // nobody could be asked for it
     }
@@ -309,12 +309,12 @@ InstanceVerifier::Look InstanceVerifier::compareWithCloud(const PreparedCandidat
     }
     const auto cleanUp = qScopeGuard([&fetched] { QFile::remove(fetched); });
     try {
-        m_with.cloud.retrieve(prepared.context.session, identity, fetched, mostBytes(prepared));
+        m_collaborators.cloud.retrieve(prepared.context.session, identity, fetched, mostBytes(prepared));
     } catch (const std::exception &error) {
         const Unasked fetch = unasked(error, prepared);
         return {fetch.isNotOffered ? failed(FailureClass::notComparable, fetch.end.failure.code) : fetch.end};
     }
-    switch (m_with.converter.compare(
+    switch (m_collaborators.converter.compare(
         fetched, prepared.uploadURL.toLocalFile(), prepared.context.candidate.fileURL.toLocalFile())) {
     case platform::Likeness::same:
         return {{.result = AttemptResult::success, .isVerified = true}, true};

@@ -26,7 +26,7 @@ enum class CloudsWord
 class InstanceVerifier
 {
 public:
-    explicit InstanceVerifier(const UploadCollaborators &with) : m_with(with) {}
+    explicit InstanceVerifier(const UploadCollaborators &collaborators) : m_collaborators(collaborators) {}
 
     /// Looks into the cloud before a request where nobody knows which version was sent before: what it holds
     /// already isn't sent again. Never throws.
@@ -59,7 +59,7 @@ private:
     StoreUpload::AttemptEnd endByRecord(const StoreUpload::PreparedCandidate &prepared) const;
     Look compareWithCloud(const StoreUpload::PreparedCandidate &prepared) const;
 
-    const UploadCollaborators &m_with;
+    const UploadCollaborators &m_collaborators;
 };
 
 } // namespace gateway::upload

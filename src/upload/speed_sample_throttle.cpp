@@ -8,12 +8,13 @@ namespace {
 
 constexpr std::chrono::seconds kMinimumInterval{1}; // the figure on the screen is read by people
 
-void tell(const UploadCollaborators &with, qint64 bytes, std::chrono::nanoseconds elapsed)
+void tell(const UploadCollaborators &collaborators, qint64 bytes, std::chrono::nanoseconds elapsed)
 {
     if (bytes < 1 || elapsed.count() <= 0) {
         return;
     }
-    with.main.post([&state = with.state, bytes, elapsed] { state.recordUploadThroughput(bytes, elapsed); });
+    collaborators.main.post(
+        [&state = collaborators.state, bytes, elapsed] { state.recordUploadThroughput(bytes, elapsed); });
 }
 
 } // namespace
@@ -31,23 +32,23 @@ bool SpeedSampleThrottle::takeSample(std::chrono::nanoseconds now)
 cloud_client::UploadProgressCallback SpeedSampler::callback() const
 {
     return [throttle = std::make_shared<SpeedSampleThrottle>(kMinimumInterval),
-            &with = m_with,
+            &collaborators = m_collaborators,
             start = m_start](const cloud_client::UploadProgress &progress) {
-        const std::chrono::nanoseconds now = with.clock.monotonic();
+        const std::chrono::nanoseconds now = collaborators.clock.monotonic();
         if (throttle->takeSample(now)) {
-            tell(with, progress.completedUnitCount, now - start);
+            tell(collaborators, progress.completedUnitCount, now - start);
         }
     };
 }
 
 void SpeedSampler::tellWhole(qint64 bytes) const
 {
-    tell(m_with, bytes, m_with.clock.monotonic() - m_start);
+    tell(m_collaborators, bytes, m_collaborators.clock.monotonic() - m_start);
 }
 
 void SpeedSampler::tellRefused() const
 {
-    m_with.main.post([&state = m_with.state] { state.resetUploadSpeed(); });
+    m_collaborators.main.post([&state = m_collaborators.state] { state.resetUploadSpeed(); });
 }
 
 } // namespace gateway::upload

@@ -37,7 +37,10 @@ class SpeedSampler
 {
 public:
     /// Starts counting now.
-    explicit SpeedSampler(const UploadCollaborators &with) : m_with(with), m_start(with.clock.monotonic()) {}
+    explicit SpeedSampler(const UploadCollaborators &collaborators)
+        : m_collaborators(collaborators), m_start(collaborators.clock.monotonic())
+    {
+    }
 
     /// For the upload's progress: at most one sample a second, of all bytes since the start.
     cloud_client::UploadProgressCallback callback() const;
@@ -49,7 +52,7 @@ public:
     void tellRefused() const;
 
 private:
-    const UploadCollaborators &m_with;
+    const UploadCollaborators &m_collaborators;
     const std::chrono::nanoseconds m_start;
 };
 

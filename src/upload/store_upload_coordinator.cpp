@@ -26,8 +26,8 @@ Details requestDetails(const StoreUpload::ExecutionConfig &config, const QString
 
 } // namespace
 
-StoreUploadCoordinator::StoreUploadCoordinator(Collaborators with)
-    : m_with(std::move(with)), m_gate(m_with.clock, m_with.random),
+StoreUploadCoordinator::StoreUploadCoordinator(Collaborators collaborators)
+    : m_collaborators(std::move(collaborators)), m_gate(m_collaborators.clock, m_collaborators.random),
       m_uploadCoordinationQueue(QStringLiteral("com.ovelt.pavan.gateway.cloudUpload.queue"))
 {
 }
@@ -49,9 +49,9 @@ StoreUploadCoordinator::~StoreUploadCoordinator()
 
 void StoreUploadCoordinator::requestUploadRun(const QString &trigger, UploadUrgency urgency)
 {
-    m_with.emitter.emit(event(log::GatewayLogAction::uploadRunRequested,
-                              log::GatewayLogOutcome::queued,
-                              requestDetails(m_with.readConfig(), trigger)));
+    m_collaborators.emitter.emit(event(log::GatewayLogAction::uploadRunRequested,
+                                       log::GatewayLogOutcome::queued,
+                                       requestDetails(m_collaborators.readConfig(), trigger)));
     m_uploadCoordinationQueue.async([this, trigger, urgency] { startOrRequeue(trigger, urgency); });
 }
 
@@ -63,12 +63,12 @@ void StoreUploadCoordinator::startOrRequeue(const QString &trigger, UploadUrgenc
     openFor(urgency);
     if (m_uploadTask.isSet()) {
         m_requestedWhileRunning = std::max(urgency, m_requestedWhileRunning.value_or(urgency));
-        Details details = requestDetails(m_with.readConfig(), trigger);
+        Details details = requestDetails(m_collaborators.readConfig(), trigger);
         details.insert(QStringLiteral("reason"), QStringLiteral("run_already_in_progress"));
-        m_with.emitter.emit(event(
+        m_collaborators.emitter.emit(event(
             log::GatewayLogAction::uploadRunRequeued, log::GatewayLogOutcome::queued, std::move(details)));
     } else if (m_gate.isOpen()) {
-        start(trigger, m_with.readConfig());
+        start(trigger, m_collaborators.readConfig());
     } // else the run that begins when the gate opens finds whatever this one would have
 }
 
@@ -86,7 +86,7 @@ void StoreUploadCoordinator::openFor(UploadUrgency urgency)
         m_gate.open();
         break;
     case UploadUrgency::everythingNow:
-        m_with.retries.releaseRetries();
+        m_collaborators.retries.releaseRetries();
         m_gate.open();
         break;
     }
@@ -99,11 +99,11 @@ void StoreUploadCoordinator::start(const QString &trigger, StoreUpload::Executio
                                         log::GatewayLogOutcome::started,
                                         requestDetails(config, trigger));
     started.correlationId = runId;
-    m_with.observer.runStarted(config);
-    m_with.emitter.emit(std::move(started));
+    m_collaborators.observer.runStarted(config);
+    m_collaborators.emitter.emit(std::move(started));
     config.probesFirst = m_gate.isTroubled();
     m_uploadTask = platform::Task("uploadRun", [this, runId, config](const std::stop_token &stop) {
-        const StoreUpload::RunSummary summary = m_with.performRun(runId, config, stop);
+        const StoreUpload::RunSummary summary = m_collaborators.performRun(runId, config, stop);
         m_uploadCoordinationQueue.async([this, runId, summary] { finish(runId, summary); });
     });
 }
@@ -119,8 +119,8 @@ void StoreUploadCoordinator::finish(const QString &runId, const StoreUpload::Run
                                          log::GatewayLogOutcome::completed,
                                          StoreUpload::summaryDetails(summary));
     finished.correlationId = runId;
-    m_with.observer.runFinished(summary, m_with.clock.now());
-    m_with.emitter.emit(std::move(finished));
+    m_collaborators.observer.runFinished(summary, m_collaborators.clock.now());
+    m_collaborators.emitter.emit(std::move(finished));
     if (const auto wanted = std::exchange(m_requestedWhileRunning, std::nullopt)) {
         openFor(*wanted);
         if (m_gate.isOpen()) {
@@ -140,7 +140,7 @@ void StoreUploadCoordinator::setTimer()
         return;
     }
     m_timer = platform::Task("uploadTimer", [this, wait = *wait](const std::stop_token &stop) {
-        if (m_with.clock.sleep(wait, stop)) {
+        if (m_collaborators.clock.sleep(wait, stop)) {
             m_uploadCoordinationQueue.async([this] { timerFired(); });
         }
     });
@@ -159,8 +159,8 @@ void StoreUploadCoordinator::timerFired()
         }
         return;
     }
-    const std::optional<QDateTime> next = m_with.retries.nextRetry();
-    if (next && *next <= m_with.clock.now()) {
+    const std::optional<QDateTime> next = m_collaborators.retries.nextRetry();
+    if (next && *next <= m_collaborators.clock.now()) {
         requestUploadRun(QStringLiteral("retry_due"));
     } else {
         setTimer();
@@ -173,11 +173,12 @@ std::optional<std::chrono::nanoseconds> StoreUploadCoordinator::untilNextRetry()
     constexpr std::chrono::milliseconds kSoonest =
         std::chrono::seconds(5); // also where nothing can be written
     constexpr std::chrono::milliseconds kLatest = std::chrono::minutes(5);
-    const std::optional<QDateTime> next = m_with.retries.nextRetry();
+    const std::optional<QDateTime> next = m_collaborators.retries.nextRetry();
     if (!next) {
         return std::nullopt;
     }
-    return std::clamp(std::chrono::milliseconds(m_with.clock.now().msecsTo(*next)), kSoonest, kLatest);
+    return std::clamp(
+        std::chrono::milliseconds(m_collaborators.clock.now().msecsTo(*next)), kSoonest, kLatest);
 }
 
 } // namespace gateway::upload

@@ -55,7 +55,7 @@ public:
         UploadGate::Random random;
     };
 
-    explicit StoreUploadCoordinator(Collaborators with);
+    explicit StoreUploadCoordinator(Collaborators collaborators);
     ~StoreUploadCoordinator();
 
     StoreUploadCoordinator(const StoreUploadCoordinator &) = delete;
@@ -79,7 +79,7 @@ private:
     void timerFired();
     std::optional<std::chrono::nanoseconds> untilNextRetry() const;
 
-    const Collaborators m_with;
+    const Collaborators m_collaborators;
     UploadGate m_gate;
 
     // Touched on the queue only.

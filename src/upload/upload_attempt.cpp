@@ -140,11 +140,11 @@ AttemptEnd UploadAttempt::sendFile(const PreparedCandidate &prepared) const
                                         .fileSizeBytes = size,
                                         .attempt = prepared.context.attempt,
                                         .details = prepared.details};
-    const SpeedSampler speed(m_with);
-    m_with.emitter.emit(started(record));
+    const SpeedSampler speed(m_collaborators);
+    m_collaborators.emitter.emit(started(record));
     CloudsWord word = CloudsWord::isShown;
     try {
-        const QVariantMap proven = m_with.cloud.upload(
+        const QVariantMap proven = m_collaborators.cloud.upload(
             prepared.context.session, stowFile(prepared), m_run.deviceId, speed.callback());
         word = wordOf(cloud_client::alreadyStoredIn(proven).contains(prepared.identity.instance));
         speed.tellWhole(size.value_or(0));
@@ -157,8 +157,8 @@ AttemptEnd UploadAttempt::sendFile(const PreparedCandidate &prepared) const
     }
     const AttemptEnd end = confirm(prepared, word, record);
     if (end.result == AttemptResult::success) {
-        m_with.observer.requestSucceeded(size.value_or(0));
-        m_with.emitter.emit(succeeded(record));
+        m_collaborators.observer.requestSucceeded(size.value_or(0));
+        m_collaborators.emitter.emit(succeeded(record));
     }
     return end;
 }
@@ -175,7 +175,7 @@ QList<AttemptEnd> UploadAttempt::withReach(QList<AttemptEnd> ends,
     if (std::ranges::none_of(ends, isInDoubt)) {
         return ends;
     }
-    const bool isWithoutStore = m_with.cloud.isWithoutStore(session);
+    const bool isWithoutStore = m_collaborators.cloud.isWithoutStore(session);
     for (AttemptEnd &end : ends) {
         if (isInDoubt(end) && isWithoutStore) {
             end.reach = FailureReach::queue;
@@ -199,7 +199,7 @@ AttemptEnd UploadAttempt::confirm(const PreparedCandidate &prepared,
         unproven.fileURL = prepared.context.candidate.fileURL;
         unproven.details.insert(QStringLiteral("unproven_reason"),
                                 QString(core::rawValue(end.failure.failureClass)));
-        m_with.emitter.emit(unproven);
+        m_collaborators.emitter.emit(unproven);
     }
     return end;
 }
@@ -220,16 +220,16 @@ QList<CandidateOutcome> UploadAttempt::sendBatch(const QList<PreparedCandidate> 
     for (const PreparedCandidate &candidate : prepared) {
         files.append(stowFile(candidate));
     }
-    const SpeedSampler speed(m_with);
-    m_with.emitter.emit(started(record));
+    const SpeedSampler speed(m_collaborators);
+    m_collaborators.emitter.emit(started(record));
     QList<AttemptEnd> ends;
     QSet<platform::InstanceUid> alreadyStored;
     QSet<platform::InstanceUid> found;
     try {
-        alreadyStored = cloud_client::alreadyStoredIn(
-            m_with.cloud.upload(prepared.first().context.session, files, m_run.deviceId, speed.callback()));
-        m_with.observer.requestSucceeded(total);
-        m_with.emitter.emit(succeeded(record));
+        alreadyStored = cloud_client::alreadyStoredIn(m_collaborators.cloud.upload(
+            prepared.first().context.session, files, m_run.deviceId, speed.callback()));
+        m_collaborators.observer.requestSucceeded(total);
+        m_collaborators.emitter.emit(succeeded(record));
         speed.tellWhole(total);
         ends.fill(StoreUpload::kUploaded, prepared.size());
     } catch (const cloud_client::QrnStowResponse &refusal) {
@@ -263,9 +263,9 @@ void UploadAttempt::tellFailure(log::StoreLogRecord record, const std::exception
     const QUrl fileURL = *record.fileURL;
     record.level = log::GatewayLogLevel::error;
     record.error = redacted(error);
-    m_with.emitter.emit(
+    m_collaborators.emitter.emit(
         as(std::move(record), log::GatewayLogAction::uploadAttemptFailed, log::GatewayLogOutcome::failed));
-    m_with.terms.checkTermsAfterUploadFailure(error, m_run.runId, fileURL);
+    m_collaborators.terms.checkTermsAfterUploadFailure(error, m_run.runId, fileURL);
 }
 
 } // namespace gateway::upload

@@ -15,8 +15,10 @@ namespace gateway::upload {
 class UploadAttempt
 {
 public:
-    UploadAttempt(const UploadCollaborators &with, const RunIdentity &run, const CandidatePreparer &preparer)
-        : m_with(with), m_run(run), m_preparer(preparer), m_verifier(with)
+    UploadAttempt(const UploadCollaborators &collaborators,
+                  const RunIdentity &run,
+                  const CandidatePreparer &preparer)
+        : m_collaborators(collaborators), m_run(run), m_preparer(preparer), m_verifier(collaborators)
     {
     }
 
@@ -46,7 +48,7 @@ private:
                                     CloudsWord word,
                                     const log::StoreLogRecord &record) const;
 
-    const UploadCollaborators &m_with;
+    const UploadCollaborators &m_collaborators;
     const RunIdentity &m_run;
     const CandidatePreparer &m_preparer;
     const InstanceVerifier m_verifier;

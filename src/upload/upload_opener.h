@@ -32,7 +32,7 @@ public:
         UploadRequests &requests;
     };
 
-    explicit UploadOpener(Collaborators with);
+    explicit UploadOpener(Collaborators collaborators);
 
     /// Lets everything be tried at once if files were refused by another cloud, or sent by another program.
     ///
@@ -44,7 +44,7 @@ private:
     void cloudLookedAt();
     void termsLookedAt();
 
-    const Collaborators m_with;
+    const Collaborators m_collaborators;
     account::SessionState m_session;
     std::optional<bool> m_wasOnline;
     bool m_wereTermsRequired = false;

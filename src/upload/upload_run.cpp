@@ -16,20 +16,21 @@ using StoreUpload::CandidateOutcome;
 
 namespace {
 
-UploadCollaborators withConverter(const UploadCollaborators &with, platform::DicomConverting &converter)
+UploadCollaborators withConverter(const UploadCollaborators &collaborators,
+                                  platform::DicomConverting &converter)
 {
-    return {.index = with.index,
-            .cloud = with.cloud,
+    return {.index = collaborators.index,
+            .cloud = collaborators.cloud,
             .converter = converter,
-            .session = with.session,
-            .state = with.state,
-            .terms = with.terms,
-            .cleanup = with.cleanup,
-            .observer = with.observer,
-            .emitter = with.emitter,
-            .main = with.main,
-            .clock = with.clock,
-            .newSeries = with.newSeries};
+            .session = collaborators.session,
+            .state = collaborators.state,
+            .terms = collaborators.terms,
+            .cleanup = collaborators.cleanup,
+            .observer = collaborators.observer,
+            .emitter = collaborators.emitter,
+            .main = collaborators.main,
+            .clock = collaborators.clock,
+            .newSeries = collaborators.newSeries};
 }
 
 bool hasSuccess(const QList<CandidateOutcome> &outcomes)
@@ -91,13 +92,13 @@ void assertMayBeRecorded(const QList<CandidateContext> &contexts, const QList<Ca
 
 } // namespace
 
-UploadRun::UploadRun(const UploadCollaborators &with,
+UploadRun::UploadRun(const UploadCollaborators &collaborators,
                      QString runId,
                      const StoreUpload::ExecutionConfig &config,
                      QString deviceId)
     : m_run(std::move(runId), config, std::move(deviceId)),
-      m_ahead(with.converter, config.compressionEnabled, requestsAtOnce(config)),
-      m_with(withConverter(with, m_ahead)), m_handler(m_with, m_run, m_halt),
+      m_ahead(collaborators.converter, config.compressionEnabled, requestsAtOnce(config)),
+      m_collaborators(withConverter(collaborators, m_ahead)), m_handler(m_collaborators, m_run, m_halt),
       m_pool(QStringLiteral("upload"), requestsAtOnce(config))
 {
     m_summary.orders = m_run.config;
@@ -221,7 +222,7 @@ bool UploadRun::mayBeginPage(const std::stop_token &stop)
     if (mustEnd(stop) || m_summary.missingToken) {
         return false;
     }
-    m_session = m_with.session.present();
+    m_session = m_collaborators.session.present();
     m_summary.missingToken = !m_session.isSignedIn();
     return !m_summary.missingToken;
 }
@@ -236,7 +237,7 @@ void UploadRun::settle(UploadRound &round)
     assertMayBeRecorded(round.contexts(), outcomes);
     record(outcomes);
     if (hasSuccess(outcomes)) {
-        m_with.cleanup.runCleanup(QStringLiteral("upload_success"), m_run.runId, std::nullopt);
+        m_collaborators.cleanup.runCleanup(QStringLiteral("upload_success"), m_run.runId, std::nullopt);
     }
     if (!outcomes.isEmpty() || resetImages > 0) {
         refreshState();
@@ -245,21 +246,22 @@ void UploadRun::settle(UploadRound &round)
 
 void UploadRun::recover()
 {
-    const index::RecoveryCounts counts = m_with.index.recoverInProgressImages();
+    const index::RecoveryCounts counts = m_collaborators.index.recoverInProgressImages();
     if (counts.images < 1) {
         return;
     }
     m_summary.recoveredInProgressImages = counts.images;
     m_summary.recoveredInProgressSeries = counts.series;
     m_summary.recoveredInProgressStudies = counts.studies;
-    m_with.emitter.emit({.level = log::GatewayLogLevel::warning,
-                         .category = log::GatewayLogCategory::uploadQueue,
-                         .action = log::GatewayLogAction::uploadStateRecovered,
-                         .outcome = log::GatewayLogOutcome::completed,
-                         .correlationId = m_run.runId,
-                         .details = with({{QStringLiteral("recovered_images"), counts.images},
-                                          {QStringLiteral("affected_series"), counts.series},
-                                          {QStringLiteral("affected_studies"), counts.studies}})});
+    m_collaborators.emitter.emit(
+        {.level = log::GatewayLogLevel::warning,
+         .category = log::GatewayLogCategory::uploadQueue,
+         .action = log::GatewayLogAction::uploadStateRecovered,
+         .outcome = log::GatewayLogOutcome::completed,
+         .correlationId = m_run.runId,
+         .details = runDetails({{QStringLiteral("recovered_images"), counts.images},
+                                {QStringLiteral("affected_series"), counts.series},
+                                {QStringLiteral("affected_studies"), counts.studies}})});
     refreshState();
 }
 
@@ -271,7 +273,7 @@ UploadRun::Contexts UploadRun::nextPage()
         take({waiting.candidate, waiting.attempt, m_session}, contexts);
     }
     while (contexts.isEmpty()) {
-        const auto page = m_with.index.pendingImageUploads(limit, m_cursor);
+        const auto page = m_collaborators.index.pendingImageUploads(limit, m_cursor);
         if (!page) {
             m_halt.indexFailed(); // what waits isn't known, so the run comes again
             break;
@@ -325,16 +327,17 @@ std::int64_t UploadRun::reconcile(const Contexts &contexts, const Outcomes &outc
     if (unresolved == 0) {
         return 0;
     }
-    const std::int64_t resetImages = m_with.index.resetInProgressImages(images);
-    m_with.emitter.emit({.level = log::GatewayLogLevel::warning,
-                         .category = log::GatewayLogCategory::uploadQueue,
-                         .action = log::GatewayLogAction::uploadIterationReconciled,
-                         .outcome = log::GatewayLogOutcome::completed,
-                         .correlationId = m_run.runId,
-                         .details = with({{QStringLiteral("selected_candidates"), contexts.size()},
-                                          {QStringLiteral("completed_outcomes"), outcomes.size()},
-                                          {QStringLiteral("unresolved_candidates"), unresolved},
-                                          {QStringLiteral("reset_images"), resetImages}})});
+    const std::int64_t resetImages = m_collaborators.index.resetInProgressImages(images);
+    m_collaborators.emitter.emit(
+        {.level = log::GatewayLogLevel::warning,
+         .category = log::GatewayLogCategory::uploadQueue,
+         .action = log::GatewayLogAction::uploadIterationReconciled,
+         .outcome = log::GatewayLogOutcome::completed,
+         .correlationId = m_run.runId,
+         .details = runDetails({{QStringLiteral("selected_candidates"), contexts.size()},
+                                {QStringLiteral("completed_outcomes"), outcomes.size()},
+                                {QStringLiteral("unresolved_candidates"), unresolved},
+                                {QStringLiteral("reset_images"), resetImages}})});
     m_summary.reconciledCandidates += unresolved;
     m_summary.reconciledImages += resetImages;
     return resetImages;
@@ -349,7 +352,7 @@ void UploadRun::record(const Outcomes &outcomes)
     for (const CandidateOutcome &outcome : outcomes) {
         results.append(resultOf(outcome));
     }
-    const QList<std::optional<std::int64_t>> updated = m_with.index.recordUploadResults(results);
+    const QList<std::optional<std::int64_t>> updated = m_collaborators.index.recordUploadResults(results);
     for (qsizetype at = 0; at < outcomes.size(); ++at) {
         if (!updated[at]) {
             m_halt.indexFailed(); // its rows stay in progress until the next run's recovery
@@ -374,12 +377,12 @@ void UploadRun::tellRecorded(const CandidateOutcome &outcome, std::int64_t updat
     const index::PendingImageUpload &candidate = outcome.context.candidate;
     const bool didSync = outcome.end.result == AttemptResult::success;
     const bool isWell = didSync && updated > 0;
-    m_with.observer.fileEnded(didSync);
+    m_collaborators.observer.fileEnded(didSync);
     Details details = outcome.details;
     details.insert(QStringLiteral("linked_images"), QString::number(candidate.imageObjectIDs.size()));
     details.insert(QStringLiteral("did_sync"), StoreUpload::boolText(didSync));
     details.insert(QStringLiteral("updated_images"), QString::number(updated));
-    m_with.emitter.emit(
+    m_collaborators.emitter.emit(
         {.level = isWell ? log::GatewayLogLevel::info : log::GatewayLogLevel::warning,
          .category = log::GatewayLogCategory::send,
          .action = log::GatewayLogAction::uploadResultRecorded,
@@ -392,13 +395,13 @@ void UploadRun::tellRecorded(const CandidateOutcome &outcome, std::int64_t updat
 
 void UploadRun::refreshState() const
 {
-    m_with.main.post([&state = m_with.state] {
+    m_collaborators.main.post([&state = m_collaborators.state] {
         state.refreshCounters();
         state.refreshTransferSeries();
     });
 }
 
-Details UploadRun::with(std::initializer_list<std::pair<QString, std::int64_t>> figures) const
+Details UploadRun::runDetails(std::initializer_list<std::pair<QString, std::int64_t>> figures) const
 {
     Details details = m_run.executionDetails;
     for (const auto &[key, value] : figures) {

@@ -38,7 +38,7 @@ public:
     /// \param with      outlives the run.
     /// \param runId     ties the run's events together.
     /// \param deviceId  sent with each request.
-    UploadRun(const UploadCollaborators &with,
+    UploadRun(const UploadCollaborators &collaborators,
               QString runId,
               const StoreUpload::ExecutionConfig &config,
               QString deviceId);
@@ -68,11 +68,11 @@ private:
     void record(const Outcomes &outcomes);
     void tellRecorded(const StoreUpload::CandidateOutcome &outcome, std::int64_t updated);
     void refreshState() const;
-    Details with(std::initializer_list<std::pair<QString, std::int64_t>> figures) const;
+    Details runDetails(std::initializer_list<std::pair<QString, std::int64_t>> figures) const;
 
     const RunIdentity m_run;
     ConversionAhead m_ahead;
-    const UploadCollaborators m_with; // its converter is `m_ahead`
+    const UploadCollaborators m_collaborators; // its converter is `m_ahead`
     StoreUpload::RunSummary m_summary;
     index::PendingCursor m_cursor;
     cloud_client::CloudSession m_session; // of the page that began last

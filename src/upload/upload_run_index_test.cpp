@@ -23,24 +23,25 @@ struct UploadRunOnIndexTest : ::testing::Test
 
     RunSummary run(ExecutionMode mode = ExecutionMode::parallelBatch)
     {
-        const UploadCollaborators with = {store.index(),
-                                          around.cloud,
-                                          around.converter,
-                                          around.session,
-                                          around.state,
-                                          around.terms,
-                                          around.cleanup,
-                                          around.observer,
-                                          around.emitter,
-                                          around.main,
-                                          around.clock,
-                                          around.newSeries};
+        const UploadCollaborators collaborators = {store.index(),
+                                                   around.cloud,
+                                                   around.converter,
+                                                   around.session,
+                                                   around.state,
+                                                   around.terms,
+                                                   around.cleanup,
+                                                   around.observer,
+                                                   around.emitter,
+                                                   around.main,
+                                                   around.clock,
+                                                   around.newSeries};
         const ExecutionConfig orders = {
             .mode = mode, .maxConcurrent = 2, .batchSize = 2, .compressionEnabled = true, .fetchLimit = 8};
         // The converter of these tests calls an image by its stored file's name, and knows no versions.
         store.execute(QStringLiteral("UPDATE DicomImage SET originalSOPInstanceUID = "
                                      "substr(pathString, instr(pathString, '/') + 1), contentVersion = 0"));
-        RunSummary summary = UploadRun(with, QStringLiteral("RUN"), orders, QStringLiteral("DEVICE")).run({});
+        RunSummary summary =
+            UploadRun(collaborators, QStringLiteral("RUN"), orders, QStringLiteral("DEVICE")).run({});
         around.main.drain();
         return summary;
     }

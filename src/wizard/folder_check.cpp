@@ -94,10 +94,10 @@ FolderValidationResult validateFolder(const QString &folder, platform::FileSyste
     return result;
 }
 
-QCoro::Task<FolderValidationResult> askFolder(FolderAsking with, QString folder, std::stop_token stop)
+QCoro::Task<FolderValidationResult> askFolder(FolderAsking asking, QString folder, std::stop_token stop)
 {
-    const platform::Patience patience{with.main, with.clock, kPatience};
-    auto look = [validate = with.validate, folder] { return validate(folder); };
+    const platform::Patience patience{asking.main, asking.clock, kPatience};
+    auto look = [validate = asking.validate, folder] { return validate(folder); };
     const std::optional<FolderValidationResult> answer =
         co_await platform::askPatiently(patience, "folder-check", std::move(look), std::move(stop));
     co_return answer ? *answer : silent(folder);
@@ -105,7 +105,7 @@ QCoro::Task<FolderValidationResult> askFolder(FolderAsking with, QString folder,
 
 QCoro::Task<void> FolderCheck::ask(std::optional<QString> folder)
 {
-    const auto operation = m_with.scope.enter();
+    const auto operation = m_collaborators.scope.enter();
     const int look = ++m_looks;
     m_folder = folder;
     m_found = {};
@@ -113,19 +113,20 @@ QCoro::Task<void> FolderCheck::ask(std::optional<QString> folder)
     if (!folder) {
         co_return;
     }
-    const FolderValidationResult found = co_await askFolder(m_with.asking, *folder, m_with.scope.stopToken());
-    if (m_with.scope.stopToken().stop_requested() || look != m_looks) {
+    const FolderValidationResult found =
+        co_await askFolder(m_collaborators.asking, *folder, m_collaborators.scope.stopToken());
+    if (m_collaborators.scope.stopToken().stop_requested() || look != m_looks) {
         co_return;
     }
     m_found = found;
     m_isChecking = false;
-    m_with.answerArrived();
+    m_collaborators.answerArrived();
 }
 
 void FolderCheck::follow(const std::optional<QString> &folder)
 {
     if (folder != m_folder) {
-        m_with.scope.start(ask(folder));
+        m_collaborators.scope.start(ask(folder));
     }
 }
 

@@ -52,7 +52,7 @@ struct FolderAsking
 /// Looks at the folder on a thread of its own. One that has said nothing for ten seconds, or by the time when
 /// `stop` is requested, has the issue that it doesn't answer. What `with` names outlives the wait. Thread:
 /// main.
-QCoro::Task<FolderValidationResult> askFolder(FolderAsking with, QString folder, std::stop_token stop);
+QCoro::Task<FolderValidationResult> askFolder(FolderAsking asking, QString folder, std::stop_token stop);
 
 /// Remembers what was found out about a folder, so that a redisplay asks no disk.
 ///
@@ -67,7 +67,7 @@ public:
         std::function<void()> answerArrived; ///< something else is known of the folder
     };
 
-    explicit FolderCheck(Collaborators collaborators) : m_with(std::move(collaborators)) {}
+    explicit FolderCheck(Collaborators collaborators) : m_collaborators(std::move(collaborators)) {}
 
     /// Looks at the folder, also where it is the one that was looked at last, and returns when it has
     /// answered, or is called silent. A look overtakes those before it.
@@ -84,7 +84,7 @@ public:
     bool isChecking() const { return m_isChecking; }
 
 private:
-    const Collaborators m_with;
+    const Collaborators m_collaborators;
     std::optional<QString> m_folder;
     FolderValidationResult m_found;
     bool m_isChecking = false;

@@ -18,7 +18,7 @@ constexpr int kLastPort = 65535;
 } // namespace
 
 PortCheck::PortCheck(Collaborators collaborators)
-    : m_with(std::move(collaborators)), m_scope(m_with.main, m_with.pool)
+    : m_collaborators(std::move(collaborators)), m_scope(m_collaborators.main, m_collaborators.pool)
 {
     platform::assertMainThread("PortCheck");
 }
@@ -52,14 +52,16 @@ void PortCheck::schedule(std::optional<int> port)
 QCoro::Task<void> PortCheck::validate(int port, std::stop_token stop)
 {
     const auto operation = m_scope.enter();
-    const bool isDue = co_await platform::asyncSleep(m_with.main, m_with.clock, kDebounce, stop);
+    const bool isDue =
+        co_await platform::asyncSleep(m_collaborators.main, m_collaborators.clock, kDebounce, stop);
     if (!isDue || stop.stop_requested()) {
         co_return;
     }
     PortState state = PortState::available;
-    if (m_with.ownPort() != port) {
-        state = co_await platform::onPool(
-            m_with.main, m_with.pool, [probe = m_with.probe, port] { return probe(port); });
+    if (m_collaborators.ownPort() != port) {
+        state = co_await platform::onPool(m_collaborators.main,
+                                          m_collaborators.pool,
+                                          [probe = m_collaborators.probe, port] { return probe(port); });
     }
     if (stop.stop_requested()) {
         co_return; // another port is entered by now
@@ -67,7 +69,7 @@ QCoro::Task<void> PortCheck::validate(int port, std::stop_token stop)
     m_portValidationTask.reset();
     m_isChecking = false;
     m_checked = Checked{port, state};
-    m_with.answerArrived();
+    m_collaborators.answerArrived();
 }
 
 void PortCheck::verifyNow(std::optional<int> port)
@@ -75,17 +77,18 @@ void PortCheck::verifyNow(std::optional<int> port)
     cancel();
     forget();
     if (port) {
-        m_checked = Checked{*port, m_with.ownPort() == port ? PortState::available : m_with.probe(*port)};
+        m_checked = Checked{
+            *port, m_collaborators.ownPort() == port ? PortState::available : m_collaborators.probe(*port)};
     }
 }
 
 std::optional<int> PortCheck::suggest(int start)
 {
     const int first = std::clamp(start, 1, kLastPort);
-    const std::optional<int> own = m_with.ownPort();
+    const std::optional<int> own = m_collaborators.ownPort();
     const auto search = [&](int from, int to) -> std::optional<int> {
         for (int port = from; port <= to; ++port) {
-            if (port == own || m_with.probe(port) == PortState::available) {
+            if (port == own || m_collaborators.probe(port) == PortState::available) {
                 return port;
             }
         }

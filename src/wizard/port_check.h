@@ -71,7 +71,7 @@ private:
         PortState state;
     };
 
-    const Collaborators m_with;
+    const Collaborators m_collaborators;
     std::optional<std::stop_source> m_portValidationTask;
     bool m_isChecking = false;
     std::optional<Checked> m_checked;

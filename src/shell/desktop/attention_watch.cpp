@@ -20,31 +20,32 @@ bool isNearlyFull(qint64 availableBytes)
     return availableBytes < kNearlyFullBytes;
 }
 
-AttentionWatch::AttentionWatch(const Collaborators &with)
-    : m_with(with), m_lastSession(with.auth.standing().state),
-      m_lastFailedImages(with.appState.figures().failedImagesCount)
+AttentionWatch::AttentionWatch(const Collaborators &collaborators)
+    : m_collaborators(collaborators), m_lastSession(collaborators.auth.standing().state),
+      m_lastFailedImages(collaborators.appState.figures().failedImagesCount)
 {
     platform::assertMainThread("AttentionWatch");
     m_observers.push_back(
-        m_with.notifications.observe(core::kStoreListenerError, [this](const QVariantMap &userInfo) {
+        m_collaborators.notifications.observe(core::kStoreListenerError, [this](const QVariantMap &userInfo) {
             if (!userInfo.value(receive::kListenerFailureIsKnownKey).toBool()) {
-                m_with.attention.call(AttentionCause::listenerFailed);
+                m_collaborators.attention.call(AttentionCause::listenerFailed);
             }
         }));
     observe(core::kQuorinCloudTermsRequired, AttentionCause::termsNeeded);
-    m_observers.push_back(m_with.notifications.observe(core::kAuthStateChanged,
-                                                       [this](const QVariantMap &) { sessionChanged(); }));
-    connect(&m_with.cloudStorage,
+    m_observers.push_back(m_collaborators.notifications.observe(
+        core::kAuthStateChanged, [this](const QVariantMap &) { sessionChanged(); }));
+    connect(&m_collaborators.cloudStorage,
             &account::QuorinCloudStorageLimitViewModel::changed,
             this,
             &AttentionWatch::cloudStorageChanged);
-    connect(&m_with.appState, &state::GatewayAppState::published, this, &AttentionWatch::figureChanged);
+    connect(
+        &m_collaborators.appState, &state::GatewayAppState::published, this, &AttentionWatch::figureChanged);
 }
 
 void AttentionWatch::observe(const QString &name, AttentionCause cause)
 {
-    m_observers.push_back(m_with.notifications.observe(
-        name, [this, cause](const QVariantMap &) { m_with.attention.call(cause); }));
+    m_observers.push_back(m_collaborators.notifications.observe(
+        name, [this, cause](const QVariantMap &) { m_collaborators.attention.call(cause); }));
 }
 
 /// Whoever signs out on purpose needn't be called; a session that the cloud has ended leaves images waiting,
@@ -52,27 +53,27 @@ void AttentionWatch::observe(const QString &name, AttentionCause cause)
 void AttentionWatch::sessionChanged()
 {
     using account::SessionState;
-    const SessionState now = m_with.auth.standing().state;
+    const SessionState now = m_collaborators.auth.standing().state;
     const SessionState before = std::exchange(m_lastSession, now);
     if (now != before && (now == SessionState::ended || now == SessionState::credentialsRefused)) {
-        m_with.attention.call(AttentionCause::signInNeeded);
+        m_collaborators.attention.call(AttentionCause::signInNeeded);
     }
 }
 
 void AttentionWatch::cloudStorageChanged()
 {
-    const auto &usage = m_with.cloudStorage.storageUsage();
+    const auto &usage = m_collaborators.cloudStorage.storageUsage();
     const bool isUsedUp = usage && usage->allowanceInKb > 0 && usage->usedInKb >= usage->allowanceInKb;
-    if (isUsedUp && m_with.appState.figures().notSyncedImagesCount > 0) {
-        m_with.attention.call(AttentionCause::allowanceUsedUp);
+    if (isUsedUp && m_collaborators.appState.figures().notSyncedImagesCount > 0) {
+        m_collaborators.attention.call(AttentionCause::allowanceUsedUp);
     }
 }
 
 void AttentionWatch::figureChanged(state::GatewayField field)
 {
-    if (field == state::GatewayField::receivedStorageUsage && m_with.appState.isStorageMeasured() &&
-        isNearlyFull(m_with.appState.figures().receivedStorageUsage.availableBytes)) {
-        m_with.attention.call(AttentionCause::diskNearlyFull);
+    if (field == state::GatewayField::receivedStorageUsage && m_collaborators.appState.isStorageMeasured() &&
+        isNearlyFull(m_collaborators.appState.figures().receivedStorageUsage.availableBytes)) {
+        m_collaborators.attention.call(AttentionCause::diskNearlyFull);
     } else if (field == state::GatewayField::failedImagesCount) {
         failuresChanged();
     }
@@ -81,7 +82,7 @@ void AttentionWatch::figureChanged(state::GatewayField field)
 /// Only failures that have just happened call: those of yesterday may have been seen to by now.
 void AttentionWatch::failuresChanged()
 {
-    const std::int64_t failed = m_with.appState.figures().failedImagesCount;
+    const std::int64_t failed = m_collaborators.appState.figures().failedImagesCount;
     if (failed > std::exchange(m_lastFailedImages, failed)) {
         askWhyUploadsFail();
     }
@@ -89,27 +90,29 @@ void AttentionWatch::failuresChanged()
 
 void AttentionWatch::askWhyUploadsFail()
 {
-    const std::chrono::nanoseconds now = m_with.clock.monotonic();
+    const std::chrono::nanoseconds now = m_collaborators.clock.monotonic();
     if (m_askedAt && now - *m_askedAt < kAskingPause) {
         return;
     }
     m_askedAt = now;
-    m_with.pool.run(
-        [this, &main = m_with.main, ask = m_with.failureClasses, life = std::weak_ptr<const void>(m_life)] {
-            main.post(life, [this, classes = ask()] { uploadsFail(classes); });
-        });
+    m_collaborators.pool.run([this,
+                              &main = m_collaborators.main,
+                              ask = m_collaborators.failureClasses,
+                              life = std::weak_ptr<const void>(m_life)] {
+        main.post(life, [this, classes = ask()] { uploadsFail(classes); });
+    });
 }
 
 void AttentionWatch::uploadsFail(const QList<core::FailureClass> &classes)
 {
-    if (classes.contains(core::FailureClass::sessionEnded) && !m_with.auth.state().isSignedIn()) {
-        m_with.attention.call(AttentionCause::signInNeeded);
+    if (classes.contains(core::FailureClass::sessionEnded) && !m_collaborators.auth.state().isSignedIn()) {
+        m_collaborators.attention.call(AttentionCause::signInNeeded);
     }
     if (classes.contains(core::FailureClass::termsNotAccepted)) {
-        m_with.attention.call(AttentionCause::termsNeeded);
+        m_collaborators.attention.call(AttentionCause::termsNeeded);
     }
     if (classes.contains(core::FailureClass::storageUsedUp)) {
-        m_with.attention.call(AttentionCause::allowanceUsedUp);
+        m_collaborators.attention.call(AttentionCause::allowanceUsedUp);
     }
 }
 

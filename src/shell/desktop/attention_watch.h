@@ -50,7 +50,7 @@ public:
     /// Why uploads fail is asked for at most this often: a cloud that refuses everything fails very many.
     static constexpr std::chrono::seconds kAskingPause{10};
 
-    explicit AttentionWatch(const Collaborators &with);
+    explicit AttentionWatch(const Collaborators &collaborators);
 
 private:
     void observe(const QString &name, AttentionCause cause);
@@ -61,7 +61,7 @@ private:
     void askWhyUploadsFail();
     void uploadsFail(const QList<core::FailureClass> &classes);
 
-    const Collaborators m_with;
+    const Collaborators m_collaborators;
     account::SessionState m_lastSession;
     std::int64_t m_lastFailedImages = 0;
     std::optional<std::chrono::nanoseconds> m_askedAt;

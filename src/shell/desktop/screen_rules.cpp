@@ -11,36 +11,38 @@
 
 namespace gateway::shell {
 
-ScreenRules::ScreenRules(const Collaborators &with) : m_with(with)
+ScreenRules::ScreenRules(const Collaborators &collaborators) : m_collaborators(collaborators)
 {
     platform::assertMainThread("ScreenRules");
-    QObject::connect(
-        &with.account, &account::AccountViewModel::termsChecked, &m_context, [this] { termsChecked(); });
+    QObject::connect(&collaborators.account, &account::AccountViewModel::termsChecked, &m_context, [this] {
+        termsChecked();
+    });
 }
 
 void ScreenRules::statusItemShown(bool hasPlace)
 {
     if (!hasPlace) {
-        m_with.main.post(m_life, [this] { m_with.notifications.post(core::kOpenDashboard); });
+        m_collaborators.main.post(m_life,
+                                  [this] { m_collaborators.notifications.post(core::kOpenDashboard); });
     }
 }
 
 void ScreenRules::signInAskedFor()
 {
-    m_with.appState.setShowSignInSheet(true);
+    m_collaborators.appState.setShowSignInSheet(true);
 }
 
 void ScreenRules::preferencesAskedFor()
 {
     m_arePreferencesDue = true;
-    m_with.main.post(m_life, [this] {
+    m_collaborators.main.post(m_life, [this] {
         if (!std::exchange(m_arePreferencesDue, false)) {
             return;
         }
         if (std::exchange(m_isAccountWanted, false)) {
-            m_with.screens.presentAccount();
+            m_collaborators.screens.presentAccount();
         } else {
-            m_with.screens.presentPreferences();
+            m_collaborators.screens.presentPreferences();
         }
     });
 }
@@ -48,31 +50,31 @@ void ScreenRules::preferencesAskedFor()
 void ScreenRules::accountAskedFor()
 {
     m_isAccountWanted = true;
-    m_with.notifications.post(core::kOpenPreferences);
+    m_collaborators.notifications.post(core::kOpenPreferences);
 }
 
 void ScreenRules::termsRequired()
 {
     m_arePreferencesDue = false;
-    m_with.account.checkTerms();
+    m_collaborators.account.checkTerms();
 }
 
 void ScreenRules::termsChecked()
 {
-    const account::GatewayQuorinCloudTermsCoordinator &terms = m_with.account.terms();
-    if (!terms.showTerms() || m_with.screens.isSetupInTheWay()) {
+    const account::GatewayQuorinCloudTermsCoordinator &terms = m_collaborators.account.terms();
+    if (!terms.showTerms() || m_collaborators.screens.isSetupInTheWay()) {
         return;
     }
-    const Presented waiting{m_with.account.auth().sessionNumber(), terms.termsVersion()};
+    const Presented waiting{m_collaborators.account.auth().sessionNumber(), terms.termsVersion()};
     if (m_presented != waiting) {
         m_presented = waiting;
-        m_with.screens.presentAccount();
+        m_collaborators.screens.presentAccount();
     }
 }
 
 void ScreenRules::termsAccepted()
 {
-    m_with.cloudWatch.checkTerms();
+    m_collaborators.cloudWatch.checkTerms();
 }
 
 } // namespace gateway::shell

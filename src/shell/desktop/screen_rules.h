@@ -56,7 +56,7 @@ public:
         account::AccountViewModel &account;
     };
 
-    explicit ScreenRules(const Collaborators &with);
+    explicit ScreenRules(const Collaborators &collaborators);
 
     /// The launch has shown the status item. Without a place for it on this desktop the dashboard follows, as
     /// the way in.
@@ -91,7 +91,7 @@ private:
 
     void termsChecked();
 
-    const Collaborators m_with;
+    const Collaborators m_collaborators;
     bool m_arePreferencesDue = false;
     bool m_isAccountWanted = false;
     std::optional<Presented> m_presented;

@@ -26,17 +26,20 @@ QString sentence(const std::optional<QString> &message)
 
 } // namespace
 
-AccountCommands::AccountCommands(const Collaborators &with)
-    : m_with(with), m_profile({with.user, with.auth, with.main, with.pool}),
-      m_password({with.user, with.main, with.pool}),
-      m_report({with.bugReports, with.defaults, with.main, with.pool}), m_scope(with.main, with.pool)
+AccountCommands::AccountCommands(const Collaborators &collaborators)
+    : m_collaborators(collaborators),
+      m_profile({collaborators.user, collaborators.auth, collaborators.main, collaborators.pool}),
+      m_password({collaborators.user, collaborators.main, collaborators.pool}),
+      m_report({collaborators.bugReports, collaborators.defaults, collaborators.main, collaborators.pool}),
+      m_scope(collaborators.main, collaborators.pool)
 {
     platform::assertMainThread("AccountCommands");
-    m_authObserver = with.notifications.observe(core::kAuthStateChanged, [this](const QVariantMap &) {
-        if (!m_with.auth.state().isSignedIn()) {
-            m_profile.reset();
-        }
-    });
+    m_authObserver =
+        collaborators.notifications.observe(core::kAuthStateChanged, [this](const QVariantMap &) {
+            if (!m_collaborators.auth.state().isSignedIn()) {
+                m_profile.reset();
+            }
+        });
 }
 
 bool AccountCommands::handle(const ControlRequest &request, const Answer &answer)
@@ -50,7 +53,7 @@ bool AccountCommands::handle(const ControlRequest &request, const Answer &answer
     if (!isShow && !isSet && request.command != requests::kAccountPassword) {
         return false;
     }
-    if (!m_with.auth.state().isSignedIn()) {
+    if (!m_collaborators.auth.state().isSignedIn()) {
         answer(noSessionReply());
     } else if (m_profile.isLoading() || m_profile.isSaving() || m_password.isSaving()) {
         answer(busy());

@@ -33,7 +33,7 @@ public:
 
     using Answer = std::function<void(ControlReply)>;
 
-    explicit AccountCommands(const Collaborators &with);
+    explicit AccountCommands(const Collaborators &collaborators);
 
     /// Carries the request out if it is one about the account; `answer` is called once then, now or later.
     ///
@@ -46,7 +46,7 @@ private:
     QCoro::Task<> changePassword(ControlRequest request, Answer answer);
     QCoro::Task<> report(ControlRequest request, Answer answer);
 
-    const Collaborators m_with;
+    const Collaborators m_collaborators;
     account::GatewayAccountSettingsViewModel m_profile;
     account::GatewayChangePasswordViewModel m_password;
     account::GatewayBugReportViewModel m_report;

@@ -41,7 +41,8 @@ QJsonObject trialJson(const QList<TrialStep> &steps)
 
 } // namespace
 
-ArchiveCommands::ArchiveCommands(const Collaborators &with) : m_with(with), m_scope(with.main, with.pool)
+ArchiveCommands::ArchiveCommands(const Collaborators &collaborators)
+    : m_collaborators(collaborators), m_scope(collaborators.main, collaborators.pool)
 {
     platform::assertMainThread("ArchiveCommands");
 }
@@ -54,7 +55,7 @@ bool ArchiveCommands::handle(const ControlRequest &request, const Answer &answer
     if (!isSet && !isTest && !isWait && request.command != requests::kArchiveShow) {
         return false;
     }
-    if (!m_with.client.isPlainArchive()) {
+    if (!m_collaborators.client.isPlainArchive()) {
         answer(ControlReply::failure(QStringLiteral(
             "The cloud of this gateway is of the kind quorin, where an account signs in: quorin-gateway "
             "sign-in --email ADDRESS.")));
@@ -72,13 +73,13 @@ bool ArchiveCommands::handle(const ControlRequest &request, const Answer &answer
 
 ControlReply ArchiveCommands::show() const
 {
-    cloud_client::NetworkSettings &settings = m_with.client.networkSettings();
-    const std::optional<QString> session = m_with.archive.presentSession();
+    cloud_client::NetworkSettings &settings = m_collaborators.client.networkSettings();
+    const std::optional<QString> session = m_collaborators.archive.presentSession();
     QJsonObject shown = session
                             ? archiveJson(cloud_client::archiveSignIn(*session))
                             : QJsonObject{{QStringLiteral("method"), QStringLiteral("nobody is signed in")}};
     shown.insert(QStringLiteral("archive"),
-                 m_with.client.configuration().baseUrl.toString(QUrl::RemoveUserInfo));
+                 m_collaborators.client.configuration().baseUrl.toString(QUrl::RemoveUserInfo));
     shown.insert(QStringLiteral("refused"), settings.areCredentialsRefused());
     shown.insert(QStringLiteral("ended"), settings.endedSession().has_value());
     return ControlReply::success(shown);
@@ -88,8 +89,8 @@ ControlReply ArchiveCommands::show() const
 /// with another request.
 QCoro::Task<> ArchiveCommands::set(ControlRequest request, Answer answer)
 {
-    const std::optional<QString> present = m_with.archive.presentSession();
-    if (const auto issue = issueWithKeeping(request, m_with.archive.isKnown(), present)) {
+    const std::optional<QString> present = m_collaborators.archive.presentSession();
+    if (const auto issue = issueWithKeeping(request, m_collaborators.archive.isKnown(), present)) {
         answer(ControlReply::failure(*issue));
         co_return;
     }
@@ -102,7 +103,7 @@ QCoro::Task<> ArchiveCommands::set(ControlRequest request, Answer answer)
         answer(ControlReply::success(codeJson(code)));
     };
     const account::ArchiveSignInEnd end =
-        co_await m_with.archive.signIn(signInIn(request, present), tell, waiting->stop.get_token());
+        co_await m_collaborators.archive.signIn(signInIn(request, present), tell, waiting->stop.get_token());
     waiting->whenHungUp.reset();
     waiting->end = replyTo(end);
     if (!waiting->isTold) {
@@ -114,7 +115,7 @@ QCoro::Task<> ArchiveCommands::set(ControlRequest request, Answer answer)
 
 ControlReply ArchiveCommands::replyTo(const account::ArchiveSignInEnd &end) const
 {
-    return end.isSignedIn ? signInReply(m_with.auth, true, m_with.plainSecrets())
+    return end.isSignedIn ? signInReply(m_collaborators.auth, true, m_collaborators.plainSecrets())
                           : ControlReply::failure(end.problem);
 }
 
@@ -133,7 +134,7 @@ void ArchiveCommands::wait(const ControlRequest &request, const Answer &answer)
 
 QCoro::Task<> ArchiveCommands::test(ControlRequest request, Answer answer)
 {
-    const std::optional<QList<TrialStep>> steps = co_await m_with.archive.test(request.hungUp);
+    const std::optional<QList<TrialStep>> steps = co_await m_collaborators.archive.test(request.hungUp);
     answer(steps ? ControlReply::success(trialJson(*steps))
                  : ControlReply::failure(QStringLiteral("Another test of the archive is under way.")));
 }

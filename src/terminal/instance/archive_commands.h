@@ -33,7 +33,7 @@ public:
 
     using Answer = std::function<void(ControlReply)>;
 
-    explicit ArchiveCommands(const Collaborators &with);
+    explicit ArchiveCommands(const Collaborators &collaborators);
 
     /// Carries the request out if it is one of these; `answer` is called once then, now or later.
     ///
@@ -62,7 +62,7 @@ private:
     void wait(const ControlRequest &request, const Answer &answer);
     QCoro::Task<> test(ControlRequest request, Answer answer);
 
-    const Collaborators m_with;
+    const Collaborators m_collaborators;
     std::shared_ptr<Waiting> m_waiting; // the last one
     platform::TaskScope m_scope;        // last: drained before the fields go
 };

@@ -11,7 +11,7 @@
 
 namespace gateway::terminal {
 
-InstanceCommands::InstanceCommands(Collaborators collaborators) : m_with(std::move(collaborators))
+InstanceCommands::InstanceCommands(Collaborators collaborators) : m_collaborators(std::move(collaborators))
 {
     platform::assertMainThread("InstanceCommands");
 }
@@ -24,8 +24,9 @@ void InstanceCommands::handle(const ControlRequest &request, const Answer &answe
     } else if (request.command == requests::kUpload) {
         answer(requestUpload());
     } else if (isImportRequest(request)) {
-        answer(answerImport(m_with.manualImports, request, core::isSetupRequired(m_with.settings)));
-    } else if (std::none_of(m_with.handlers.begin(), m_with.handlers.end(), isHandled)) {
+        answer(answerImport(
+            m_collaborators.manualImports, request, core::isSetupRequired(m_collaborators.settings)));
+    } else if (std::none_of(m_collaborators.handlers.begin(), m_collaborators.handlers.end(), isHandled)) {
         answer(ControlReply::failure(
             QStringLiteral("The running gateway doesn't know the command %1.").arg(request.command),
             ExitCode::usage));
@@ -34,19 +35,20 @@ void InstanceCommands::handle(const ControlRequest &request, const Answer &answe
 
 ControlReply InstanceCommands::activate()
 {
-    m_with.reopen();
+    m_collaborators.reopen();
     return ControlReply::success({{QStringLiteral("pid"), QCoreApplication::applicationPid()}});
 }
 
 ControlReply InstanceCommands::requestUpload()
 {
-    if (core::isSetupRequired(m_with.settings)) {
+    if (core::isSetupRequired(m_collaborators.settings)) {
         return ControlReply::failure(QStringLiteral("Setup isn't finished, so nothing can be uploaded."));
     }
-    if (!m_with.auth.state().isSignedIn()) {
+    if (!m_collaborators.auth.state().isSignedIn()) {
         return ControlReply::failure(QStringLiteral("No account is signed in, so nothing can be uploaded."));
     }
-    m_with.uploadRequests.requestUpload(QStringLiteral("command_line"), upload::UploadUrgency::everythingNow);
+    m_collaborators.uploadRequests.requestUpload(QStringLiteral("command_line"),
+                                                 upload::UploadUrgency::everythingNow);
     return ControlReply::success();
 }
 

@@ -41,7 +41,7 @@ private:
     ControlReply activate();
     ControlReply requestUpload();
 
-    const Collaborators m_with;
+    const Collaborators m_collaborators;
 };
 
 } // namespace gateway::terminal

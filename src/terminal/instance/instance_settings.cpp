@@ -78,7 +78,7 @@ ControlReply silent(const Paths &paths)
 } // namespace
 
 InstanceSettings::InstanceSettings(Collaborators collaborators)
-    : m_with(collaborators), m_scope(m_with.main, m_with.pool)
+    : m_collaborators(collaborators), m_scope(m_collaborators.main, m_collaborators.pool)
 {
     platform::assertMainThread("InstanceSettings");
 }
@@ -102,7 +102,7 @@ QCoro::Task<void> InstanceSettings::answerOnce(ControlRequest request, Answer an
         answer(carryOut(request, {}));
         co_return;
     }
-    const platform::Patience patience{m_with.main, m_with.clock, kPatience};
+    const platform::Patience patience{m_collaborators.main, m_collaborators.clock, kPatience};
     auto look = [paths] { return lookAt(paths); };
     const std::optional<Found> found =
         co_await platform::askPatiently(patience, "settings-paths", std::move(look), m_scope.stopToken());
@@ -121,7 +121,7 @@ QCoro::Task<void> InstanceSettings::answerOnce(ControlRequest request, Answer an
 /// \param disk  is asked only for the paths in the request.
 ControlReply InstanceSettings::carryOut(const ControlRequest &request, SettingsDisk disk)
 {
-    SettingsCatalogue catalogue(m_with.settings, m_with.defaults, std::move(disk));
+    SettingsCatalogue catalogue(m_collaborators.settings, m_collaborators.defaults, std::move(disk));
     SettingsAnswer answer = answerSettings(catalogue, request);
     if (answer.needsListenerRestart) {
         restartListener();
@@ -133,7 +133,7 @@ ControlReply InstanceSettings::carryOut(const ControlRequest &request, SettingsD
     const bool isChange = request.command != requests::kSettingsGet &&
                           request.command != requests::kSettingsList && answer.reply.code == ExitCode::done;
     if (isChange) {
-        m_with.notifications.post(core::kSettingsChanged);
+        m_collaborators.notifications.post(core::kSettingsChanged);
     }
     if (isChange && std::ranges::any_of(changed, [](const QString &key) {
             return key.startsWith(QStringLiteral("QuorinAPI."));
@@ -148,12 +148,12 @@ ControlReply InstanceSettings::carryOut(const ControlRequest &request, SettingsD
 /// started.
 void InstanceSettings::restartListener()
 {
-    receive::StoreListenerService &listener = m_with.listenerService;
-    const bool isEnabled = core::DCMListenerSettings::load(m_with.defaults).isEnabled.value_or(true);
+    receive::StoreListenerService &listener = m_collaborators.listenerService;
+    const bool isEnabled = core::DCMListenerSettings::load(m_collaborators.defaults).isEnabled.value_or(true);
     if (!isEnabled || listener.storeListener()) {
         listener.stopListener();
     }
-    if (isEnabled && !core::isSetupRequired(m_with.settings)) {
+    if (isEnabled && !core::isSetupRequired(m_collaborators.settings)) {
         listener.startListener();
     }
 }

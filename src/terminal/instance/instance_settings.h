@@ -51,7 +51,7 @@ private:
     ControlReply carryOut(const ControlRequest &request, SettingsDisk disk);
     void restartListener();
 
-    const Collaborators m_with;
+    const Collaborators m_collaborators;
     platform::TaskScope m_scope; // last: drained before the fields go
 };
 

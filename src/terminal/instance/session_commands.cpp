@@ -23,7 +23,8 @@ signInReply(const account::QuorinAuthViewModel &auth, bool isSignedIn, const QSt
                                   {QStringLiteral("remark"), remarks.join(u' ')}});
 }
 
-SessionCommands::SessionCommands(const Collaborators &with) : m_with(with), m_scope(with.main, with.pool)
+SessionCommands::SessionCommands(const Collaborators &collaborators)
+    : m_collaborators(collaborators), m_scope(collaborators.main, collaborators.pool)
 {
     platform::assertMainThread("SessionCommands");
 }
@@ -49,29 +50,29 @@ QCoro::Task<void> SessionCommands::signIn(ControlRequest request, Answer answer)
         answer(ControlReply::failure(QStringLiteral("Enter both email and password to sign in.")));
         co_return;
     }
-    if (m_with.auth.isChecking()) {
+    if (m_collaborators.auth.isChecking()) {
         answer(ControlReply::failure(QStringLiteral("Another sign-in or sign-out is under way.")));
         co_return;
     }
 
-    const std::stop_callback whenHungUp(request.hungUp, [this] { m_with.auth.cancelSignIn(); });
-    const bool signedIn = co_await m_with.auth.signIn(email, password);
+    const std::stop_callback whenHungUp(request.hungUp, [this] { m_collaborators.auth.cancelSignIn(); });
+    const bool signedIn = co_await m_collaborators.auth.signIn(email, password);
 
-    answer(signInReply(m_with.auth, signedIn, m_with.plainSecrets()));
+    answer(signInReply(m_collaborators.auth, signedIn, m_collaborators.plainSecrets()));
 }
 
 QCoro::Task<void> SessionCommands::signOut(Answer answer)
 {
-    if (m_with.auth.isChecking()) {
+    if (m_collaborators.auth.isChecking()) {
         answer(ControlReply::failure(QStringLiteral("Another sign-in or sign-out is under way.")));
         co_return;
     }
 
-    co_await m_with.auth.signOut();
+    co_await m_collaborators.auth.signOut();
 
     // The session has ended here in any case; what the cloud had to say about it is told.
-    answer(
-        ControlReply::success({{QStringLiteral("notice"), m_with.auth.lastAuthError().value_or(QString())}}));
+    answer(ControlReply::success(
+        {{QStringLiteral("notice"), m_collaborators.auth.lastAuthError().value_or(QString())}}));
 }
 
 } // namespace gateway::terminal

@@ -34,7 +34,7 @@ public:
 
     using Answer = std::function<void(ControlReply)>;
 
-    explicit SessionCommands(const Collaborators &with);
+    explicit SessionCommands(const Collaborators &collaborators);
 
     /// Carries the request out if it is one of these; `answer` is called once then, now or later.
     ///
@@ -45,7 +45,7 @@ private:
     QCoro::Task<> signIn(ControlRequest request, Answer answer);
     QCoro::Task<> signOut(Answer answer);
 
-    const Collaborators m_with;
+    const Collaborators m_collaborators;
     platform::TaskScope m_scope; // last: drained before the fields go
 };
 

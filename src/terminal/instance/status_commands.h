@@ -92,7 +92,7 @@ private:
     StatusReport::Terms termsReport() const;
     StatusReport::Session sessionReport() const;
 
-    const Collaborators m_with;
+    const Collaborators m_collaborators;
     platform::TaskScope m_scope; // last: drained before the fields go
 };
 

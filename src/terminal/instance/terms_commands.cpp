@@ -29,17 +29,23 @@ ControlReply showFirst()
 
 } // namespace
 
-TermsCommands::TermsCommands(const Collaborators &with)
-    : m_with(with), m_coordinator({with.api, with.defaults, with.main, with.pool, with.clock},
-                                  account::TermsSigner::here(QStringLiteral(QUORIN_VERSION))),
-      m_scope(with.main, with.pool)
+TermsCommands::TermsCommands(const Collaborators &collaborators)
+    : m_collaborators(collaborators),
+      m_coordinator({collaborators.api,
+                     collaborators.defaults,
+                     collaborators.main,
+                     collaborators.pool,
+                     collaborators.clock},
+                    account::TermsSigner::here(QStringLiteral(QUORIN_VERSION))),
+      m_scope(collaborators.main, collaborators.pool)
 {
     platform::assertMainThread("TermsCommands");
-    m_authObserver = with.notifications.observe(core::kAuthStateChanged, [this](const QVariantMap &) {
-        if (!m_with.auth.state().isSignedIn()) {
-            m_coordinator.reset();
-        }
-    });
+    m_authObserver =
+        collaborators.notifications.observe(core::kAuthStateChanged, [this](const QVariantMap &) {
+            if (!m_collaborators.auth.state().isSignedIn()) {
+                m_coordinator.reset();
+            }
+        });
 }
 
 bool TermsCommands::handle(const ControlRequest &request, const Answer &answer)
@@ -49,7 +55,7 @@ bool TermsCommands::handle(const ControlRequest &request, const Answer &answer)
     if (!isShow && !isAccept && request.command != requests::kTermsDecline) {
         return false;
     }
-    if (!m_with.auth.state().isSignedIn()) {
+    if (!m_collaborators.auth.state().isSignedIn()) {
         answer(noSessionReply());
     } else if (m_coordinator.isLoading()) {
         answer(ControlReply::failure(QStringLiteral("Another question about the terms is under way.")));
@@ -84,7 +90,9 @@ QCoro::Task<ControlReply> TermsCommands::readTerms()
 {
     try {
         const cloud_client::QrnQuorinCloudTermsResponse terms =
-            co_await platform::onPool(m_with.main, m_with.pool, [api = &m_with.api] { return api->terms(); });
+            co_await platform::onPool(m_collaborators.main,
+                                      m_collaborators.pool,
+                                      [api = &m_collaborators.api] { return api->terms(); });
         co_return termsReply(false, terms.version, terms.text, QString());
     } catch (const std::exception &error) {
         co_return ControlReply::failure(cloud_client::userFacingMessage(
@@ -100,7 +108,7 @@ QCoro::Task<> TermsCommands::accept(Answer answer)
         answer(failure());
         co_return;
     }
-    m_with.answered();
+    m_collaborators.answered();
     answer(ControlReply::success({{QStringLiteral("version"), version}}));
 }
 
@@ -111,7 +119,7 @@ QCoro::Task<> TermsCommands::decline(Answer answer)
         answer(failure());
         co_return;
     }
-    co_await m_with.auth.signOut();
+    co_await m_collaborators.auth.signOut();
     answer(ControlReply::success());
 }
 

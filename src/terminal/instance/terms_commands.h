@@ -33,7 +33,7 @@ public:
 
     using Answer = std::function<void(ControlReply)>;
 
-    explicit TermsCommands(const Collaborators &with);
+    explicit TermsCommands(const Collaborators &collaborators);
 
     /// Carries the request out if it is one about the terms; `answer` is called once then, now or later.
     ///
@@ -48,7 +48,7 @@ private:
     QCoro::Task<ControlReply> readTerms();
     ControlReply failure() const;
 
-    const Collaborators m_with;
+    const Collaborators m_collaborators;
     account::GatewayQuorinCloudTermsCoordinator m_coordinator;
     platform::NotificationCenter::Token m_authObserver;
     platform::TaskScope m_scope; // last: drained before the fields go

@@ -218,7 +218,7 @@ struct FakeSurroundings
     RecordingCleanup cleanup;
     RecordingRunObserver observer;
     NewSeries newSeries;
-    UploadCollaborators with{
+    UploadCollaborators collaborators{
         index, cloud, converter, session, state, terms, cleanup, observer, emitter, main, clock, newSeries};
 
     /// Stores a file of one instance and lists it in the index.
