@@ -28,7 +28,7 @@ class KilledAtAnyMoment(unittest.TestCase):
             stored, sent = self.one_round(number)
             acknowledged |= stored
             cut_short += len(stored) < sent
-        print(f"{len(acknowledged)} objects acknowledged, {cut_short} of {ROUNDS} sendings cut short", flush=True)
+        print(f"figure: {len(acknowledged)} objects acknowledged, {cut_short} of {ROUNDS} sendings cut short", flush=True)
         # A run in which nothing was interrupted, or nothing got through, would show nothing.
         self.assertGreater(len(acknowledged), ROUNDS)
         self.assertGreater(cut_short, ROUNDS // 5)
