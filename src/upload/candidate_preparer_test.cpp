@@ -23,7 +23,7 @@ struct CandidatePreparerTest : ::testing::Test
 {
     testing::FakeSurroundings around;
     RunIdentity run{QStringLiteral("RUN"), {.compressionEnabled = true}, QStringLiteral("DEVICE")};
-    CandidatePreparer preparer{around.with, run};
+    CandidatePreparer preparer{around.collaborators, run};
     QString path = around.store(QStringLiteral("1.2.3"));
     CandidateContext context = contextOf(path);
     Details details = {{QStringLiteral("linked_images"), QStringLiteral("1")}};
@@ -84,7 +84,8 @@ TEST_F(CandidatePreparerTest, SendsTheOriginalWithoutConvertingWhenCompressionIs
 {
     const RunIdentity plain(QStringLiteral("RUN"), {.compressionEnabled = false}, QString());
 
-    const CandidatePreparationResult result = CandidatePreparer(around.with, plain).prepare(context, details);
+    const CandidatePreparationResult result =
+        CandidatePreparer(around.collaborators, plain).prepare(context, details);
 
     EXPECT_EQ(std::get<PreparedCandidate>(result).details,
               expected(QStringLiteral("original"), QStringLiteral("false")));
@@ -152,7 +153,7 @@ TEST_F(CandidatePreparerTest, FallsBackToTheOriginalWhenConversionGivesBlankText
 TEST_F(CandidatePreparerTest, SendsACopyWithARightHeaderInPlaceOfTheOriginalAndRemovesIt)
 {
     const RunIdentity plain(QStringLiteral("RUN"), {.compressionEnabled = false}, QString());
-    const CandidatePreparer uncompressed(around.with, plain);
+    const CandidatePreparer uncompressed(around.collaborators, plain);
     around.converter.behaveUnconverted([this](const QString &source) {
         platform::SendableFile made = around.converter.write(source);
         made.isConverted = false;

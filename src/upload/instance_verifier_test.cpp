@@ -19,7 +19,7 @@ const platform::InstanceUid kUid = platform::testing::instanceUid("1.2.3");
 struct InstanceVerifierTest : ::testing::Test
 {
     testing::FakeSurroundings around;
-    InstanceVerifier verifier{around.with};
+    InstanceVerifier verifier{around.collaborators};
     PreparedCandidate prepared = stored();
 
     PreparedCandidate stored() const

@@ -31,7 +31,7 @@ TEST(StoreUploadCoordinatorWithRuns, SendsEveryFileThatThreadsStoreAndAskFor)
         around.index,
         [&] { return orders; },
         [&](const QString &runId, const ExecutionConfig &config, const std::stop_token &stop) {
-            return UploadRun(around.with, runId, config, QStringLiteral("DEVICE")).run(stop);
+            return UploadRun(around.collaborators, runId, config, QStringLiteral("DEVICE")).run(stop);
         },
         [] { return 0.0; }});
     {

@@ -367,7 +367,7 @@ TEST_F(StoreUploadCoordinatorTest, TellsARunWithoutATokenAsCompletedWithoutOne)
         around.index,
         [] { return ExecutionConfig(); },
         [&around](const QString &runId, const ExecutionConfig &config, const std::stop_token &stop) {
-            return UploadRun(around.with, runId, config, QStringLiteral("DEVICE")).run(stop);
+            return UploadRun(around.collaborators, runId, config, QStringLiteral("DEVICE")).run(stop);
         },
         [] { return 0.0; }});
 

@@ -20,8 +20,8 @@ struct UploadAttemptTest : ::testing::Test
 {
     testing::FakeSurroundings around;
     RunIdentity run{QStringLiteral("RUN"), {.compressionEnabled = true}, QStringLiteral("DEVICE")};
-    CandidatePreparer preparer{around.with, run};
-    UploadAttempt attempt{around.with, run, preparer};
+    CandidatePreparer preparer{around.collaborators, run};
+    UploadAttempt attempt{around.collaborators, run, preparer};
 
     /// A stored file with its rows, ready to be sent as it is.
     PreparedCandidate original(const QString &uid, int bytes = 10)

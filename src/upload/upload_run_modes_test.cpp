@@ -526,10 +526,11 @@ TEST_P(UploadRunInEachModeTest, EndsAtWhatConcernsTheWholeQueueAndPutsTheRestBac
         }
         fresh.cloud.answerWith(status);
 
-        const RunSummary summary =
-            UploadRun(
-                fresh.with, QStringLiteral("RUN"), testing::config(GetParam()), QStringLiteral("DEVICE"))
-                .run({});
+        const RunSummary summary = UploadRun(fresh.collaborators,
+                                             QStringLiteral("RUN"),
+                                             testing::config(GetParam()),
+                                             QStringLiteral("DEVICE"))
+                                       .run({});
         fresh.main.drain();
 
         ASSERT_TRUE(summary.trouble) << status;

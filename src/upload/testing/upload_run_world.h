@@ -27,7 +27,7 @@ struct UploadRunTest : ::testing::Test
     StoreUpload::RunSummary run(const StoreUpload::ExecutionConfig &orders)
     {
         StoreUpload::RunSummary summary =
-            UploadRun(around.with, QStringLiteral("RUN"), orders, QStringLiteral("DEVICE"))
+            UploadRun(around.collaborators, QStringLiteral("RUN"), orders, QStringLiteral("DEVICE"))
                 .run(stop.get_token());
         around.main.drain();
         return summary;
