@@ -52,6 +52,7 @@ ArchiveForm::ArchiveForm(const ArchiveFormParts &parts)
     addHead(*column);
     addFields(*column);
     addFoot(*column);
+    column->addStretch(1); // rows stay beside each other where there is more room than they need
     listen();
     ArchiveSignIn usual;
     usual.method = Method::basic;

@@ -390,6 +390,21 @@ TEST_F(ArchiveFormTest, IsInASheetWithRoomInEveryLook)
               "");
 }
 
+TEST_F(ArchiveFormTest, KeepsItsRowsBesideEachOtherWhereThereIsMoreRoom)
+{
+    testing::ThemedWindow window;
+    ArchiveForm &form = window.add(new ArchiveForm(partsIn(window.theme())));
+    const auto endsAt = [&](int height) {
+        window.window().resize(430, height);
+        EXPECT_TRUE(window.show());
+        QCoreApplication::processEvents();
+        const auto *signIn = form.findChild<PrimaryButton *>();
+        return signIn->mapTo(&form, QPoint(0, signIn->height())).y();
+    };
+
+    EXPECT_EQ(endsAt(1500), endsAt(800));
+}
+
 TEST_F(ArchiveFormTest, ClipsNothingInGermanNorWhereWordsAreLong)
 {
     testing::PseudoLocale wordy;

@@ -35,7 +35,6 @@ ArchiveSignInSheet::ArchiveSignInSheet(const ArchiveFormParts &parts, QWidget *p
     auto *column = new QVBoxLayout(inner);
     column->setContentsMargins(0, 0, parts.theme.space(Space::wide), 0);
     column->addWidget(m_form);
-    column->addStretch(1);
     inner->setAutoFillBackground(false);
     scroll->setWidget(inner);
     inner->setAutoFillBackground(false);

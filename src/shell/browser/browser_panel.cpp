@@ -92,6 +92,7 @@ void BrowserPanel::restoreColumns()
     if (stored && stored->typeId() == QMetaType::QByteArray) {
         const browser::SortOrder order = m_parts.table.sortOrder(); // which always begins the same
         m_view->horizontalHeader()->restoreState(stored->toByteArray());
+        m_view->widenToTitles();
         m_view->horizontalHeader()->setSortIndicator(m_model->leadingColumns() + order.column,
                                                      order.ascending ? Qt::AscendingOrder
                                                                      : Qt::DescendingOrder);

@@ -25,7 +25,6 @@ using browser::TableKind;
 
 constexpr int kCellMargin = 12; // beside the words
 constexpr int kDetailsWidth = 76;
-constexpr int kSortMark = 12; // has its room beside every title
 
 /// Widths of the columns, "Details" left out; the last one takes what is left.
 std::initializer_list<int> widthsOf(TableKind kind)
@@ -147,23 +146,16 @@ BrowserTableView::BrowserTableView(const Theme &theme,
     connect(&theme, &Theme::themeChanged, viewport(), qOverload<>(&QWidget::update));
 }
 
-/// A language with longer titles gets wider columns: a title is never cut.
 void BrowserTableView::setColumnWidths()
 {
-    ensurePolished(); // whose font the titles have
-    horizontalHeader()->ensurePolished();
-    const auto setWidth = [this](int column, int width) {
-        const QString title = m_model.headerData(column, Qt::Horizontal, Qt::DisplayRole).toString();
-        const int words = horizontalHeader()->fontMetrics().horizontalAdvance(title);
-        setColumnWidth(column, std::max(width, words + 2 * kCellMargin + kSortMark));
-    };
     int column = 0;
     if (m_model.leadingColumns() > 0) {
-        setWidth(column++, kDetailsWidth);
+        setColumnWidth(column++, kDetailsWidth);
     }
     for (const int width : widthsOf(m_table.kind())) {
-        setWidth(column++, width);
+        setColumnWidth(column++, width);
     }
+    widenToTitles();
 }
 
 BrowserTableView::~BrowserTableView()

@@ -413,6 +413,21 @@ TEST_F(CloudScreen, RemembersItsColumns)
     EXPECT_EQ(view().horizontalHeader()->visualIndex(4), 1);
 }
 
+TEST_F(CloudScreen, ShowsTitlesWholeWhereNarrowerColumnsWereKept)
+{
+    openSignedIn();
+    view().setColumnWidth(1, 30);
+    const QPointer<QWidget> closed = controller.window();
+    window().close();
+    awaitGone(closed);
+
+    open(controller);
+
+    const QHeaderView &header = *view().horizontalHeader();
+    const QString title = view().model()->headerData(1, Qt::Horizontal).toString();
+    EXPECT_GT(view().columnWidth(1), header.fontMetrics().horizontalAdvance(title) + 20);
+}
+
 TEST_F(CloudScreen, KeepsItsColumnsBeforeItsWindowIsClosed)
 {
     openSignedIn();

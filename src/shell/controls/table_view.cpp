@@ -5,9 +5,17 @@
 #include <QtGui/QHoverEvent>
 #include <QtWidgets/QHeaderView>
 
+#include <algorithm>
 #include <utility>
 
 namespace gateway::shell {
+
+namespace {
+
+constexpr int kTitleMargin = 12; // on either side of a column's title
+constexpr int kSortMark = 12;    // has its room beside every title
+
+} // namespace
 
 void TableDelegate::initStyleOption(QStyleOptionViewItem *option, const QModelIndex &index) const
 {
@@ -37,6 +45,17 @@ TableView::TableView(const Theme &theme, QWidget *parent) : QTableView(parent)
     horizontalHeader()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     horizontalHeader()->setFixedHeight(theme.size(Size::row));
     horizontalHeader()->setStretchLastSection(true);
+}
+
+void TableView::widenToTitles()
+{
+    ensurePolished(); // whose font the titles have
+    horizontalHeader()->ensurePolished();
+    for (int column = 0; column < model()->columnCount(); ++column) {
+        const QString title = model()->headerData(column, Qt::Horizontal).toString();
+        const int words = horizontalHeader()->fontMetrics().horizontalAdvance(title);
+        setColumnWidth(column, std::max(columnWidth(column), words + 2 * kTitleMargin + kSortMark));
+    }
 }
 
 /// Cells are never marked alone: the base doesn't hear of the pointer.

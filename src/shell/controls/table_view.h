@@ -38,6 +38,10 @@ public:
     /// The row below the pointer; -1 when there is none.
     int hoveredRow() const { return m_hoveredRow; }
 
+    /// Columns that are narrower than their title get as wide as it is: a language has longer ones than the
+    /// one in which widths were kept.
+    void widenToTitles();
+
 protected:
     bool viewportEvent(QEvent *event) override;
     void scrollContentsBy(int dx, int dy) override;

@@ -98,6 +98,7 @@ void LogScreen::restoreColumns()
     const std::optional<QVariant> stored = m_parts.defaults.object(kColumnsKey);
     if (stored && stored->typeId() == QMetaType::QByteArray) {
         m_table->horizontalHeader()->restoreState(stored->toByteArray());
+        m_table->widenToTitles();
         m_table->stretchAction(); // which one stretches is stored, too: perhaps none
     }
 }

@@ -176,6 +176,22 @@ TEST_F(LogScreenTest, RemembersItsColumns)
     EXPECT_EQ(table().horizontalHeader()->visualIndex(LogTableModel::outcome), 1);
 }
 
+TEST_F(LogScreenTest, ShowsTitlesWholeWhereNarrowerColumnsWereKept)
+{
+    fill(0, 3);
+    open();
+    table().horizontalHeader()->resizeSection(LogTableModel::category, 30);
+    fixture->window().hide();
+    fixture.reset();
+
+    open();
+
+    const QHeaderView &header = *table().horizontalHeader();
+    const QString title = table().model()->headerData(LogTableModel::category, Qt::Horizontal).toString();
+    EXPECT_GT(table().columnWidth(LogTableModel::category),
+              header.fontMetrics().horizontalAdvance(title) + 20);
+}
+
 TEST_F(LogScreenTest, CopiesTheLinesThatAreSelected)
 {
     fill(0, 10);
